@@ -1,0 +1,19 @@
+# One function for each kind of target.
+
+set(KX_CONTRACT_DIR ${CMAKE_SOURCE_DIR}/plugin/frame/contract)
+
+# A part of the plug-in: its sources see Qt, Boost, Python, TBB, the other plug-in folders and the contract.
+function(kx_add_plugin_part name)
+    add_library(${name} STATIC ${ARGN})
+    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/plugin)
+    target_link_libraries(${name} PUBLIC kxPlatform)
+endfunction()
+
+# A test: <name>.cpp and the libraries it needs, run without a display.
+function(kx_add_test name)
+    add_executable(${name} ${name}.cpp)
+    target_link_libraries(${name} PRIVATE kxTestSupport Qt5::Test ${ARGN})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KX_SETTINGS_DIR=${CMAKE_BINARY_DIR}/test-settings/${name}")
+endfunction()
