@@ -5,6 +5,7 @@
 #include <osg/Vector.h>
 
 #include <functional>
+#include <limits>
 #include <string>
 #include <variant>
 #include <vector>
@@ -201,11 +202,11 @@ FieldDescription& FieldDescription::animatable(const char* channel, std::vector<
         [](FieldContainer& container) { return detail::firstFloat(static_cast<C&>(container).*Member); });
 }
 
-/// A field that holds a reference with a share, with a setter of its own. A value of another class than T is refused;
-/// null is taken.
-template <class C, class T>
-FieldDescription referenceField(const char* name, const BitVector& mask, FCPtr<T> (C::*get)() const,
-                                void (C::*set)(const FCPtr<T>&))
+/// A field that holds a reference with a share, with a setter of its own. `Handle` is a handle class. A value of
+/// another class is refused; null is taken.
+template <class C, class Handle>
+FieldDescription referenceField(const char* name, const BitVector& mask, Handle (C::*get)() const,
+                                void (C::*set)(const Handle&))
 {
     return FieldDescription(
         name, mask,
@@ -216,7 +217,7 @@ FieldDescription referenceField(const char* name, const BitVector& mask, FCPtr<T
             const FieldContainerPtr* const typed = std::get_if<FieldContainerPtr>(&value);
             if (typed == nullptr)
                 return false;
-            const FCPtr<T> reference = FCPtr<T>::dcast(*typed);
+            const Handle reference = Handle::dcast(*typed);
             if (reference == NullFC && *typed != NullFC)
                 return false;
             (static_cast<C&>(container).*set)(reference);

@@ -1,0 +1,131 @@
+#include <kxNodePtr.h>
+#include <kxScenegraph.h>
+#include <osg/AnimNode.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
+
+#include <unordered_set>
+
+using namespace osg;
+
+namespace
+{
+/// Names of all animation nodes but `except`, and whether a name is among them.
+std::unordered_set<std::string> animationNames(const NodePtr& except)
+{
+    std::unordered_set<std::string> names;
+    for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
+    {
+        const NodePtr node = NodePtr::dcast(FieldContainerPtr(container));
+        if (node != NullFC && node != except &&
+            (node->getType().isDerivedFrom(AnimNode::_type) ||
+             (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(AnimObject::_type))))
+            names.insert(node->getNodeName());
+    }
+    return names;
+}
+
+template <class Names>
+std::string uniqueAmong(const std::string& proposal, const Names& names)
+{
+    if (names.count(proposal) == 0)
+        return proposal;
+    for (std::size_t number = 1;; ++number)
+    {
+        const std::string candidate = proposal + "_" + std::to_string(number);
+        if (names.count(candidate) == 0)
+            return candidate;
+    }
+}
+} // namespace
+
+std::string kxNodeUtils::getName(const NodePtr& node)
+{
+    return node == NullFC ? std::string() : node->getNodeName();
+}
+
+void kxNodeUtils::setName(const NodePtr& node, const std::string& name, bool unique, const NodePtr&)
+{
+    if (node == NullFC)
+        return;
+    const bool animation = node->getType().isDerivedFrom(AnimNode::_type);
+    const std::string final = unique && animation ? uniqueAmong(name, animationNames(node)) : name;
+    if (final == node->getNodeName())
+        return;
+    node->setNodeName(final);
+    markChanged(node, AttachmentContainer::NodeNameFieldMask);
+}
+
+std::string kxNodeUtils::getUniqueName(const std::string& proposal, const std::vector<std::string>& names)
+{
+    return uniqueAmong(proposal, std::unordered_set<std::string>(names.begin(), names.end()));
+}
+
+void kxNodeUtils::destroy(const NodePtr& node)
+{
+    if (node != NullFC)
+        node->subRef();
+}
+
+bool kxNodeUtils::hasParent(const NodePtr& node, const NodePtr& ancestor)
+{
+    for (NodePtr above = node; above != NullFC; above = above->getParent())
+        if (above == ancestor)
+            return true;
+    return false;
+}
+
+bool kxNodeUtils::isGeometryComponent(const NodePtr& node)
+{
+    if (node == NullFC || GeometryPtr::dcast(node->getCore()) == NullFC || node->getParent() == NullFC)
+        return false;
+    return GeometryPtr::dcast(node->getParent()->getCore()) != NullFC && node->getNodeName().empty();
+}
+
+void kxNodeUtils::syncCloneNodesAttachment(const NodePtr& node, const FieldContainerType& type)
+{
+    if (node == NullFC || node->getCore() == NullFC)
+        return;
+    const AttachmentPtr attachment = node->findAttachment(type);
+    if (attachment == NullFC)
+        return;
+    for (const NodePtr& clone : std::vector<NodePtr>(node->getCore()->getParents()))
+        if (clone != node && clone->findAttachment(type) != attachment)
+        {
+            clone->addAttachment(attachment);
+            markChanged(clone, AttachmentContainer::AttachmentsFieldMask);
+        }
+}
+
+std::string kxMaterials::getName(const MaterialPtr& material)
+{
+    return material == NullFC ? std::string() : material->getNodeName();
+}
+
+bool kxMaterials::isEditable(const MaterialPtr& material)
+{
+    return material != NullFC;
+}
+
+kxMaterialPool* kxMaterials::getMaterialPool()
+{
+    static kxMaterialPool pool;
+    pool.setSceneplateRoot(kxScene::the()->sceneplateRoot());
+    return &pool;
+}
+
+bool kxUberMaterialUtils::isXRiteSubMaterial(const MaterialPtr&)
+{
+    return false;
+}
+
+NodePtr kxSceneData::getRoot() const
+{
+    return kxScene::the()->root();
+}
+
+kxSceneData* kxSceneDataManager::getSceneData(int)
+{
+    static kxSceneData data;
+    return &data;
+}
