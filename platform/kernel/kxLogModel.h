@@ -1,0 +1,51 @@
+#pragma once
+
+#include <kxExport.h>
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+
+#include <deque>
+
+/// One line of the log.
+struct kxLogEntry
+{
+    enum Level
+    {
+        Info,
+        Warning,
+        Error
+    };
+
+    QDateTime time;
+    Level level;
+    QString text;
+};
+
+/// The log's newest entries, and a signal for whoever shows them. Main thread only.
+class KX_API kxLogModel : public QObject
+{
+    Q_OBJECT
+public:
+    /// The oldest entry goes when another comes in.
+    static constexpr std::size_t Capacity = 5000;
+
+    static kxLogModel& the();
+
+    const std::deque<kxLogEntry>& entries() const { return _entries; }
+    /// Keeps the entry and prints it on the standard error stream.
+    void add(kxLogEntry::Level level, const QString& text);
+    void clear();
+
+    /// "info", "warning" or "error".
+    static const char* levelName(kxLogEntry::Level level);
+
+Q_SIGNALS:
+    void added(const kxLogEntry& entry);
+    void cleared();
+
+private:
+    kxLogModel() = default;
+    std::deque<kxLogEntry> _entries;
+};

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <kxUndo.h>
+
+#include <undo/kxUndoStep.h>
+
+#include <QObject>
+
+class QUndoStack;
+
+/// Turns added commands into steps of Qt's stack, and tells the modules of each step that ran.
+///
+/// A command runs when it is added and waits for the end of the outermost scope; what has gathered there becomes one
+/// step. A command that is added by another's redo() joins its step. One that is added while a step is undone or redone
+/// waits until that is over, since the stack can't take it then.
+class kxUndoRecorder : public QObject
+{
+public:
+    /// Steps the stack holds; the oldest go.
+    static constexpr int Limit = 500;
+
+    static kxUndoRecorder& the();
+
+    /// For the one stack, while it is empty; not owned.
+    void setStack(QUndoStack* stack);
+
+    void add(std::unique_ptr<kxUndoCommand> command);
+    void openScope() { ++_depth; }
+    void closeScope();
+
+    /// Around the commands of a step that is undone or redone.
+    class Running
+    {
+    public:
+        explicit Running(bool forward);
+        ~Running();
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+    };
+    /// `command` ran inside a Running.
+    void note(const kxUndoCommand& command);
+
+private:
+    kxUndoRecorder() = default;
+    void run(std::unique_ptr<kxUndoCommand> command);
+    void drop(const kxUndoCommand* command);
+    void push();
+    /// The stack stands still: the messages of what ran go out, and what had to wait is added.
+    void settle();
+
+    QUndoStack* _stack = nullptr;
+    int _depth = 0;
+    kxUndoStep::Commands _pending;  // have run, wait for the end of the scope
+    kxUndoStep::Commands _deferred; // haven't run, wait for the end of an undo or redo
+    int _running = 0;
+    bool _forward = false;
+    std::vector<int> _undone; // class ids, each once
+    std::vector<int> _redone;
+};
