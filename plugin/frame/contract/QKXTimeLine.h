@@ -48,6 +48,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void currentFrameChanged(int frame);
+    /// The user has finished a change: the mouse was let go, or a key or the wheel stepped.
     void finishedSliding();
 
 protected:
@@ -62,6 +63,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void stepBy(qint64 frames);
+
     int _currentFrame = 0;
     int _startFrame = 0;
     int _endFrame = 25;
@@ -71,5 +74,6 @@ private:
     QColor _backGradientColor1 = QColor(45, 45, 45, 200);
     QColor _backGradientColor2 = QColor(45, 45, 45, 200);
     bool _sliding = false;
-    int _hoverX = -1; // device-independent pixels, -1 while the mouse is elsewhere
+    int _hoverX = -1;   // device-independent pixels, -1 while the mouse is elsewhere
+    int _wheelRest = 0; // eighths of a degree that make no whole notch yet
 };

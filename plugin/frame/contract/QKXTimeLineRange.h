@@ -50,6 +50,10 @@ private:
         Middle,
         End
     };
+    Grip gripAt(int x) const;
+    void setHover(Grip grip);
+    void setRange(int start, int end);
+
     int _startFrame = 0;
     int _endFrame = 50;
     int _rangeStartFrame = 0;

@@ -1,0 +1,159 @@
+#include <QKXDockWindowManager.h>
+#include <widgets/kxDockTitleBar.h>
+
+#include <QMainWindow>
+#include <QMenu>
+#include <QPointer>
+#include <QToolBar>
+
+void QKXDockWidget::setMinimized(bool minimized)
+{
+    if (!widget() || !titleBarWidget())
+        return;
+    widget()->setVisible(!minimized);
+    setMaximumHeight(minimized ? titleBarWidget()->sizeHint().height() : QWIDGETSIZE_MAX);
+}
+
+struct QKXDockWindowManager::Private
+{
+    struct Dock
+    {
+        QString category;
+        QPointer<QKXDockWidget> dock;
+        bool placedByManager;
+    };
+
+    QPointer<QMainWindow> mainWindow;
+    QList<Dock> docks;
+    QList<QPointer<QToolBar>> toolBars;
+
+    /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with the others of its category.
+    void place(QKXDockWidget* dock, const QString& category, int area)
+    {
+        if (area != 0)
+            return mainWindow->addDockWidget(Qt::DockWidgetArea(area & Qt::DockWidgetArea_Mask), dock);
+        mainWindow->addDockWidget(Qt::BottomDockWidgetArea, dock);
+        for (const Dock& other : qAsConst(docks))
+        {
+            if (other.dock && other.placedByManager && other.category == category && !other.dock->isFloating() &&
+                mainWindow->dockWidgetArea(other.dock) == Qt::BottomDockWidgetArea)
+                return mainWindow->tabifyDockWidget(other.dock, dock);
+        }
+    }
+};
+
+QKXDockWindowManager::QKXDockWindowManager(QMainWindow* mainWindow) : QObject(mainWindow), _p(new Private)
+{
+    _p->mainWindow = mainWindow;
+}
+
+QKXDockWindowManager::~QKXDockWindowManager()
+{
+    delete _p;
+}
+
+QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& category, QWidget* widget,
+                                         const QString& toolclip, const QIcon& icon, const QString& title, int area,
+                                         bool hidden, QMenu* menu)
+{
+    if (!_p->mainWindow || !widget || getDockWidget(name))
+        return nullptr;
+    auto* dock = new QKXDockWidget(title, _p->mainWindow);
+    dock->setObjectName(name); // the key of the remembered layout
+    dock->setWindowIcon(icon);
+    dock->setProperty("category", category);
+    dock->setProperty("toolclip", toolclip);
+    dock->setTitleBarWidget(new kxDockTitleBar(dock, icon, menu));
+    dock->hide();
+    dock->setWidget(widget);
+    widget->show(); // a former window counts as hidden by its owner; it appears together with the dock
+    if (!_p->mainWindow->restoreDockWidget(dock))
+    {
+        _p->place(dock, category, area);
+        dock->setVisible(!hidden);
+    }
+    _p->docks.append({category, dock, area == 0});
+    Q_EMIT added(name);
+    return dock;
+}
+
+QToolBar* QKXDockWindowManager::addToolbar(const QString& name, const QString& category, QWidget* widget, bool visible,
+                                           QMenu* menu)
+{
+    if (!_p->mainWindow || !widget || getToolbar(name))
+        return nullptr;
+    auto* bar = new QToolBar(name, _p->mainWindow);
+    bar->setObjectName(name);
+    bar->setProperty("category", category);
+    bar->setAllowedAreas(Qt::TopToolBarArea | Qt::BottomToolBarArea);
+    bar->setFloatable(false);
+    widget->setSizePolicy(QSizePolicy::Expanding, widget->sizePolicy().verticalPolicy());
+    bar->addWidget(widget);
+    widget->show();
+    if (menu)
+    {
+        bar->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(bar, &QWidget::customContextMenuRequested, menu,
+                [bar, menu](const QPoint& place) { menu->popup(bar->mapToGlobal(place)); });
+    }
+    // A line of its own, so that the widget spans the window.
+    _p->mainWindow->addToolBarBreak(Qt::BottomToolBarArea);
+    _p->mainWindow->addToolBar(Qt::BottomToolBarArea, bar);
+    bar->setVisible(visible);
+    _p->toolBars.append(bar);
+    Q_EMIT added(name);
+    return bar;
+}
+
+QToolBar* QKXDockWindowManager::getToolbar(const QString& name) const
+{
+    for (QToolBar* bar : toolBars())
+    {
+        if (bar->objectName() == name)
+            return bar;
+    }
+    return nullptr;
+}
+
+QKXDockWidget* QKXDockWindowManager::getDockWidget(const QString& name) const
+{
+    for (QKXDockWidget* dock : dockWidgets())
+    {
+        if (dock->objectName() == name)
+            return dock;
+    }
+    return nullptr;
+}
+
+void QKXDockWindowManager::show(const QString& name)
+{
+    QKXDockWidget* dock = getDockWidget(name);
+    if (!dock)
+        return;
+    dock->show();
+    dock->raise();
+    if (dock->isFloating())
+        dock->activateWindow();
+}
+
+QList<QKXDockWidget*> QKXDockWindowManager::dockWidgets() const
+{
+    QList<QKXDockWidget*> found;
+    for (const Private::Dock& entry : qAsConst(_p->docks))
+    {
+        if (entry.dock)
+            found.append(entry.dock);
+    }
+    return found;
+}
+
+QList<QToolBar*> QKXDockWindowManager::toolBars() const
+{
+    QList<QToolBar*> found;
+    for (const QPointer<QToolBar>& bar : qAsConst(_p->toolBars))
+    {
+        if (bar)
+            found.append(bar);
+    }
+    return found;
+}
