@@ -1,0 +1,275 @@
+#define PY_SSIZE_T_CLEAN
+#include <Python.h>
+
+#include <python/kxInterpreter.h>
+
+#include <kxLog.h>
+#include <kxScript.h>
+#include <python/kxPythonSetup.h>
+#include <python/kxPythonTypes.h>
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace
+{
+struct Release
+{
+    void operator()(PyObject* object) const { Py_DECREF(object); }
+};
+/// A reference that is given back; null where the call that made it raised.
+typedef std::unique_ptr<PyObject, Release> Ref;
+
+struct NumberedListener
+{
+    int number;
+    kxInterpreter::Listener listener;
+};
+
+PyObject* runner = nullptr; // the module of kxRunner.py; never released
+std::vector<NumberedListener> listeners;
+int lastListener = 0;
+
+/// Runs `action` on the main thread: at once there, else at the next turn of its event loop.
+void onMainThread(std::function<void()> action)
+{
+    QCoreApplication* const application = QCoreApplication::instance();
+    if (application == nullptr || application->thread() == QThread::currentThread())
+        action();
+    else
+        QMetaObject::invokeMethod(application, std::move(action), Qt::QueuedConnection);
+}
+
+void tellListeners(kxInterpreter::Stream stream, const std::string& text)
+{
+    const std::vector<NumberedListener> present = listeners; // a listener may add and remove listeners
+    for (const NumberedListener& entry : present)
+        entry.listener(stream, text);
+}
+
+PyObject* writeStream(PyObject*, PyObject* arguments)
+{
+    int isError = 0;
+    const char* bytes = nullptr;
+    Py_ssize_t size = 0;
+    if (!PyArg_ParseTuple(arguments, "py#", &isError, &bytes, &size))
+        return nullptr;
+    const std::string text(bytes, std::size_t(size));
+    std::FILE* const file = isError != 0 ? stderr : stdout;
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fflush(file);
+    onMainThread([isError, text] { tellListeners(isError != 0 ? kxInterpreter::Error : kxInterpreter::Output, text); });
+    Py_RETURN_NONE;
+}
+
+/// The log prints on the process's error stream itself.
+PyObject* unhandledError(PyObject*, PyObject* arguments)
+{
+    const char* bytes = nullptr;
+    Py_ssize_t size = 0;
+    if (!PyArg_ParseTuple(arguments, "y#", &bytes, &size))
+        return nullptr;
+    const std::string text(bytes, std::size_t(size));
+    onMainThread(
+        [text]
+        {
+            kxLog::error(QString::fromStdString(text).trimmed());
+            tellListeners(kxInterpreter::Error, text);
+        });
+    Py_RETURN_NONE;
+}
+
+PyObject* initStreams()
+{
+    static PyMethodDef methods[] = {{"write", writeStream, METH_VARARGS, nullptr},
+                                    {"unhandled", unhandledError, METH_VARARGS, nullptr},
+                                    {nullptr, nullptr, 0, nullptr}};
+    static PyModuleDef definition = {
+        PyModuleDef_HEAD_INIT, "_kxStreams", nullptr, -1, methods, nullptr, nullptr, nullptr, nullptr};
+    return PyModule_Create(&definition);
+}
+
+bool failed(const PyStatus& status)
+{
+    if (PyStatus_Exception(status) == 0)
+        return false;
+    kxLog::error("Python can't start: %s", status.err_msg != nullptr ? status.err_msg : "unknown reason");
+    return true;
+}
+
+bool initialize()
+{
+    PyPreConfig preConfig;
+    PyPreConfig_InitIsolatedConfig(&preConfig);
+    preConfig.utf8_mode = 1;
+#ifdef KX_SANITIZED
+    preConfig.allocator = PYMEM_ALLOCATOR_MALLOC; // Python's own pools hide faults from the sanitizers
+#endif
+    if (failed(Py_PreInitialize(&preConfig)))
+        return false;
+
+    PyConfig config;
+    PyConfig_InitIsolatedConfig(&config);
+    config.buffered_stdio = 0;
+    config.write_bytecode = 0; // users' folders stay as they are
+    const bool started = !failed(PyConfig_SetString(&config, &config.home, kxPythonHome)) &&
+                         !failed(PyConfig_SetString(&config, &config.program_name, kxPythonProgram)) &&
+                         !failed(Py_InitializeFromConfig(&config));
+    PyConfig_Clear(&config);
+    return started;
+}
+
+bool loadRunner()
+{
+    const Ref code(Py_CompileString(kxRunnerSource, "<runner>", Py_file_input));
+    runner = code ? PyImport_ExecCodeModule("_kxRunner", code.get()) : nullptr;
+    if (runner != nullptr)
+        return true;
+    PyErr_Print();
+    kxLog::error(QStringLiteral("Python started, but can't run scripts."));
+    return false;
+}
+
+kxScriptResult notRunning()
+{
+    kxScriptResult result;
+    result.ok = false;
+    result.exitCode = 1;
+    result.trace = "Python isn't running.\n";
+    return result;
+}
+
+/// The pending exception, of the machinery and not of a script.
+kxScriptResult internalError()
+{
+    PyErr_Print();
+    kxScriptResult result = notRunning();
+    result.trace = "The script can't be run.\n";
+    return result;
+}
+
+/// Reads (ok, exited, code, trace).
+kxScriptResult toResult(PyObject* outcome)
+{
+    int ok = 0;
+    int exited = 0;
+    kxScriptResult result;
+    PyObject* trace = nullptr;
+    if (!PyArg_ParseTuple(outcome, "ppiU", &ok, &exited, &result.exitCode, &trace))
+        return internalError();
+    const Ref bytes(PyUnicode_AsEncodedString(trace, "utf-8", "backslashreplace"));
+    if (!bytes)
+        return internalError();
+    result.ok = ok != 0;
+    result.exited = exited != 0;
+    result.trace.assign(PyBytes_AS_STRING(bytes.get()), std::size_t(PyBytes_GET_SIZE(bytes.get())));
+    return result;
+}
+
+kxScriptResult logged(kxScriptResult result)
+{
+    if (!result.trace.empty())
+        kxLog::error(QString::fromStdString(result.trace).trimmed());
+    return result;
+}
+} // namespace
+
+bool kxInterpreter::start()
+{
+    if (isRunning())
+        return true;
+    if (Py_IsInitialized() != 0)
+    {
+        kxLog::error(QStringLiteral("Python runs already, but not for scripts."));
+        return false;
+    }
+    PyImport_AppendInittab("_kxStreams", initStreams);
+    PyImport_AppendInittab(kxPythonTypes::ModuleName, kxPythonTypes::initModule);
+    kxPythonRegisterFactory::run(kxPythonRegisterFactory::BeforeStart);
+    if (!initialize() || !loadRunner())
+        return false;
+    if (!kxScript::run(std::string("from ") + kxPythonTypes::ModuleName + " import *"))
+        return false;
+    kxPythonRegisterFactory::run(kxPythonRegisterFactory::AfterStart);
+    return true;
+}
+
+bool kxInterpreter::isRunning()
+{
+    return runner != nullptr;
+}
+
+kxScriptResult kxInterpreter::run(const std::string& text, const std::string& name)
+{
+    if (!isRunning())
+        return logged(notRunning());
+    const Ref outcome(
+        PyObject_CallMethod(runner, "run_text", "y#s", text.data(), Py_ssize_t(text.size()), name.c_str()));
+    return logged(outcome ? toResult(outcome.get()) : internalError());
+}
+
+kxScriptResult kxInterpreter::runFile(const std::string& path)
+{
+    if (!isRunning())
+        return logged(notRunning());
+    const Ref decoded(PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size())));
+    const Ref outcome(decoded ? PyObject_CallMethod(runner, "run_file", "O", decoded.get()) : nullptr);
+    return logged(outcome ? toResult(outcome.get()) : internalError());
+}
+
+kxScriptResult kxInterpreter::runInteractive(const std::string& text, bool* needsMore)
+{
+    if (needsMore != nullptr)
+        *needsMore = false;
+    if (!isRunning())
+        return notRunning();
+    const Ref source(PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace"));
+    const Ref answer(source ? PyObject_CallMethod(runner, "run_interactive", "O", source.get()) : nullptr);
+    int more = 0;
+    PyObject* outcome = nullptr;
+    if (!answer || !PyArg_ParseTuple(answer.get(), "pO", &more, &outcome))
+        return internalError();
+    if (needsMore != nullptr)
+        *needsMore = more != 0;
+    return toResult(outcome);
+}
+
+std::vector<std::string> kxInterpreter::complete(const std::string& text)
+{
+    std::vector<std::string> names;
+    if (!isRunning())
+        return names;
+    const Ref source(PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace"));
+    const Ref found(source ? PyObject_CallMethod(runner, "complete", "O", source.get()) : nullptr);
+    if (!found || !PyList_Check(found.get()))
+    {
+        PyErr_Clear();
+        return names;
+    }
+    for (Py_ssize_t i = 0; i < PyList_GET_SIZE(found.get()); ++i)
+    {
+        const char* const name = PyUnicode_AsUTF8(PyList_GET_ITEM(found.get(), i));
+        if (name != nullptr)
+            names.emplace_back(name);
+        else
+            PyErr_Clear();
+    }
+    return names;
+}
+
+int kxInterpreter::addListener(Listener listener)
+{
+    listeners.push_back({++lastListener, std::move(listener)});
+    return lastListener;
+}
+
+void kxInterpreter::removeListener(int number)
+{
+    listeners.erase(std::remove_if(listeners.begin(), listeners.end(),
+                                   [number](const NumberedListener& entry) { return entry.number == number; }),
+                    listeners.end());
+}

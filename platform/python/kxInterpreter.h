@@ -1,0 +1,50 @@
+#pragma once
+
+#include <kxExport.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// What became of a piece of script.
+struct kxScriptResult
+{
+    bool ok = true;      ///< nothing was raised, or the script left by SystemExit with code 0
+    bool exited = false; ///< the script left by SystemExit
+    int exitCode = 0;    ///< of SystemExit; 1 where another exception came out
+    std::string trace;   ///< UTF-8, ends with a line break; empty unless an exception other than SystemExit came out
+};
+
+/// The application's one Python interpreter. Main thread only, which holds the interpreter's lock all the time.
+///
+/// All scripts share one namespace, that of `__main__`. An error ends the script, never the application.
+class KX_API kxInterpreter
+{
+public:
+    enum Stream
+    {
+        Output,
+        Error
+    };
+    /// Gets UTF-8 as scripts write it, in pieces of any length, always on the main thread.
+    typedef std::function<void(Stream stream, const std::string& text)> Listener;
+
+    /// Starts Python and runs the registered script modules through both levels. Later calls do nothing. False, with
+    /// the reason in the log, where Python can't start. It is never shut down.
+    static bool start();
+    static bool isRunning();
+
+    /// Runs a text. A trace goes to the log too. `name` stands for the text in traces.
+    static kxScriptResult run(const std::string& text, const std::string& name = "<script>");
+    /// Runs a file, with its path as `__file__` and `sys.argv[0]` and its folder on the module path.
+    static kxScriptResult runFile(const std::string& path);
+    /// Runs what was typed at a prompt; values of expressions are shown. Where `text` is the beginning of a statement,
+    /// `*needsMore` becomes true and nothing runs. A trace is in the result only: the prompt shows it.
+    static kxScriptResult runInteractive(const std::string& text, bool* needsMore);
+    /// The names in the script namespace that the dotted name `text` may go on as.
+    static std::vector<std::string> complete(const std::string& text);
+
+    /// `listener` gets what scripts write, besides the process's own streams, until it is removed by the number given.
+    static int addListener(Listener listener);
+    static void removeListener(int number);
+};

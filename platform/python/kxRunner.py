@@ -1,0 +1,173 @@
+"""Runs the application's scripts: an error ends the script and nothing else.
+
+Every run gives (ok, exited, code, trace). `ok`: nothing was raised, or the script left with code 0. `trace` is empty
+unless an exception other than SystemExit came out.
+"""
+
+import ast
+import codeop
+import io
+import linecache
+import os
+import rlcompleter
+import sys
+import traceback
+
+import __main__
+import _kxStreams
+
+_commands = codeop.CommandCompiler()
+
+
+class _Stream(io.TextIOBase):
+    """sys.stdout or sys.stderr; passes UTF-8 on to the application."""
+
+    encoding = "utf-8"
+    errors = "backslashreplace"
+
+    def __init__(self, is_error):
+        self._is_error = is_error
+
+    def writable(self):
+        return True
+
+    def write(self, text):
+        if not isinstance(text, str):
+            raise TypeError("write() argument must be str, not " + type(text).__name__)
+        _kxStreams.write(self._is_error, text.encode(self.encoding, self.errors))
+        return len(text)
+
+    def close(self):
+        """Stays open: scripts share it."""
+
+
+def _trace(error):
+    """The trace without the frames of this file."""
+    position = error.__traceback__
+    while position is not None and position.tb_frame.f_code.co_filename == _trace.__code__.co_filename:
+        position = position.tb_next
+    return "".join(traceback.format_exception(type(error), error, position))
+
+
+def _exit_code(error):
+    """As at the end of a process: no code is 0, a text is written to the error stream and is 1."""
+    if error.code is None:
+        return 0
+    if isinstance(error.code, int):
+        return max(-(2**31), min(error.code, 2**31 - 1))
+    print(error.code, file=sys.stderr)
+    return 1
+
+
+def _guard(body):
+    try:
+        body()
+    except SystemExit as error:
+        code = _exit_code(error)
+        return code == 0, True, code, ""
+    except BaseException as error:
+        return False, False, 1, _trace(error)
+    return True, False, 0, ""
+
+
+def _remember(name, source):
+    """Lets traces show the lines of a text that is no file."""
+    lines = [line + "\n" for line in source.decode("utf-8", "replace").splitlines()]
+    linecache.cache[name] = (len(source), None, lines, name)
+
+
+def run_text(source, name):
+    """`source`: bytes, in UTF-8 unless its first lines say otherwise."""
+
+    def body():
+        _remember(name, source)
+        exec(compile(source, name, "exec", dont_inherit=True), __main__.__dict__)
+
+    return _guard(body)
+
+
+def run_file(path):
+    """Runs a file in the script namespace, with its path as sys.argv[0] and `__file__`.
+
+    Its folder stays on the module path, so that what the script leaves behind can import its neighbours later.
+    """
+    names = __main__.__dict__
+    kept_arguments, kept_file = sys.argv, names.get("__file__")
+
+    def body():
+        with open(path, "rb") as file:
+            source = file.read()
+        folder = os.path.dirname(os.path.abspath(path))
+        if folder not in sys.path:
+            sys.path.insert(0, folder)
+        linecache.checkcache(path)
+        sys.argv = [path]
+        names["__file__"] = path
+        exec(compile(source, path, "exec", dont_inherit=True), names)
+
+    try:
+        return _guard(body)
+    finally:
+        sys.argv = kept_arguments
+        if kept_file is None:
+            names.pop("__file__", None)
+        else:
+            names["__file__"] = kept_file
+
+
+def _compile_pasted(text, name):
+    """Several statements at once: all run, and the value of a last expression is shown."""
+    body = ast.parse(text, name).body
+    steps = [compile(ast.Module(body[:-1], []), name, "exec")] if len(body) > 1 else []
+    return steps + [compile(ast.Interactive(body[-1:]), name, "single")]
+
+
+def run_interactive(text):
+    """(needs more, outcome): runs `text` as the interactive prompt does, unless it is an unfinished statement."""
+    name = "<console>"
+    steps = []
+
+    def prepare():
+        try:
+            steps.append(_commands(text, name, "single"))
+        except SyntaxError:
+            if "\n" not in text.strip():
+                raise
+            steps.extend(_compile_pasted(text, name))
+
+    def body():
+        for step in steps:
+            exec(step, __main__.__dict__)
+
+    _remember(name, text.encode("utf-8", "replace"))
+    outcome = _guard(prepare)
+    if not outcome[0]:
+        return False, outcome
+    if steps == [None]:
+        return True, outcome
+    return False, _guard(body)
+
+
+def complete(text):
+    """The names that the dotted name `text` may go on as, without their brackets."""
+    completer = rlcompleter.Completer(__main__.__dict__)
+    found = []
+    try:
+        while len(found) < 500:
+            match = completer.complete(text, len(found))
+            if match is None:
+                break
+            found.append(match)
+    except Exception:
+        pass  # a property of the object raised: there is nothing to offer
+    return list(dict.fromkeys(match.split("(")[0].strip() for match in found if match.strip()))
+
+
+def _unhandled(kind, error, position):
+    """Takes what comes out of code that no script runs any more, such as a slot that a script connected."""
+    _kxStreams.unhandled("".join(traceback.format_exception(kind, error, position)).encode("utf-8", "replace"))
+
+
+sys.stdout = _Stream(False)
+sys.stderr = _Stream(True)
+sys.excepthook = _unhandled
