@@ -67,6 +67,8 @@ void kxPreferencesStore::load()
         const QStringList keys = file.allKeys();
         for (const QString& key : keys)
         {
+            if (key.isEmpty())
+                continue;
             const boost::any value = kxPreferencesValue::fromFile(file.value(key), type);
             if (value.empty())
                 warnAbout(key.toStdString());
@@ -79,12 +81,12 @@ void kxPreferencesStore::load()
     for (const auto& [key, value] : _stored)
         kxPreferences::getData().set(key, value, true);
 
-    const std::vector<kxPreferences*> known = _pages;
+    const std::vector<kxPreferences*> fresh = _newPages; // these hear of it below
     initialisePages();
     forEachPage(
         [&](kxPreferences& page)
         {
-            if (!contains(known, &page))
+            if (contains(fresh, &page))
                 return;
             initialise(page);
             page.preferencesLoaded(kxPreferences::getData());

@@ -1,0 +1,201 @@
+#include <kxController.h>
+#include <kxModuleBase.h>
+
+#include <kernel/kxModuleRegistry.h>
+
+#include <QStringList>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+typedef QList<kxController::Callback> Handlers;
+constexpr const char Name[] = "test";
+QStringList ran;
+
+void first(kxMessage&)
+{
+    ran << QStringLiteral("first");
+}
+void last(kxMessage&)
+{
+    ran << QStringLiteral("last");
+}
+void removesItself(kxMessage&)
+{
+    ran << QStringLiteral("self");
+    kxController::subCB(Name, &removesItself);
+}
+void removesLast(kxMessage&)
+{
+    ran << QStringLiteral("remover");
+    kxController::subCB(Name, &last);
+}
+void renewsLast(kxMessage&)
+{
+    ran << QStringLiteral("renewer");
+    kxController::subCB(Name, &last);
+    kxController::addCB(Name, &last);
+}
+void addsLast(kxMessage&)
+{
+    ran << QStringLiteral("adder");
+    kxController::addCB(Name, &last);
+}
+/// The message that it sends reaches the handler it added, the one that it was called for doesn't.
+void addsLastAndSends(kxMessage& message)
+{
+    if (!message.get("inner").empty())
+        return;
+    kxController::addCB(Name, &last);
+    kxMessage inner;
+    inner.set("inner", true);
+    kxController::call(Name, inner, 0);
+    ran << QStringLiteral("outer");
+}
+void throws(kxMessage&)
+{
+    ran << QStringLiteral("thrower");
+    throw 1;
+}
+void answers(kxMessage& message)
+{
+    message.set("answer", 42);
+}
+
+/// Notes its name at each message, then does what the test wants.
+class Module : public kxModuleBase
+{
+public:
+    Module(const QString& name, std::uint64_t mask) : kxModuleBase(name, QStringLiteral("Test"), mask, nullptr) {}
+
+    int receivedMessage(kxMessage&) override
+    {
+        ran << name();
+        if (action)
+            action();
+        return 0;
+    }
+
+    std::function<void()> action;
+};
+
+QStringList delivered(std::uint64_t id)
+{
+    ran.clear();
+    kxMessage message(id);
+    kxModuleRegistry::the().deliver(message);
+    return ran;
+}
+} // namespace
+
+Q_DECLARE_METATYPE(Handlers)
+
+class tst_kxController : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void handlersDuringDelivery_data();
+    void handlersDuringDelivery();
+    void queries();
+    void modulesByMask();
+    void modulesDuringDelivery();
+};
+
+void tst_kxController::handlersDuringDelivery_data()
+{
+    QTest::addColumn<Handlers>("handlers");
+    QTest::addColumn<QStringList>("once");
+    QTest::addColumn<QStringList>("again");
+
+    const auto row = [](const char* name, const Handlers& handlers, const char* once, const char* again)
+    {
+        QTest::newRow(name) << handlers << QString(once).split(' ', Qt::SkipEmptyParts)
+                            << QString(again).split(' ', Qt::SkipEmptyParts);
+    };
+    row("in order, a pair counts once", {&first, &last, &first, nullptr}, "first last", "first last");
+    row("one that leaves skips nobody", {&removesItself, &last}, "self last", "last");
+    row("one that is removed is left out", {&removesLast, &last, &first}, "remover first", "remover first");
+    row("one removed and added again waits", {&renewsLast, &last}, "renewer", "renewer");
+    row("one that is added waits", {&addsLast}, "adder", "adder last");
+    row("a message inside reaches new ones", {&addsLastAndSends}, "last outer", "last outer last");
+    row("an exception ends one handler", {&throws, &last}, "thrower last", "thrower last");
+}
+
+void tst_kxController::handlersDuringDelivery()
+{
+    QFETCH(Handlers, handlers);
+    for (const kxController::Callback handler : handlers)
+        kxController::addCB(Name, handler);
+    kxMessage message;
+    ran.clear();
+    kxController::call(Name, message, 0);
+    QTEST(ran, "once");
+    ran.clear();
+    const int count = kxController::call(Name, message, 0);
+    QTEST(ran, "again");
+    QVERIFY(count > 0);
+
+    handlers << &last;
+    for (const kxController::Callback handler : handlers)
+        kxController::subCB(Name, handler);
+    QCOMPARE(kxController::call(Name, message, 0), 0);
+}
+
+void tst_kxController::queries()
+{
+    kxController::addCB(Name, &answers);
+    kxMessage query;
+    query.set("kept", 1);
+    query.set("kept", 2, false);
+    QCOMPARE(kxController::call(Name, query, 0), 1);
+    kxController::subCB(Name, &answers);
+
+    QCOMPARE(boost::any_cast<int>(query.get("answer")), 42);
+    QCOMPARE(boost::any_cast<int>(query.get("kept")), 1);
+    QVERIFY(query.get("nothing").empty());
+    kxController::subCB("unknown", &answers);
+    QCOMPARE(kxController::call("unknown", query, 0), 0);
+}
+
+void tst_kxController::modulesByMask()
+{
+    Module a(QStringLiteral("a"), 0x30);
+    Module b(QStringLiteral("b"), 0x8000000000000010);
+    QCOMPARE(delivered(0x10), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    QCOMPARE(delivered(0x20), QStringList(QStringLiteral("a")));
+    QCOMPARE(delivered(0x8000000000000000), QStringList(QStringLiteral("b")));
+    QCOMPARE(delivered(0x40), QStringList());
+    QCOMPARE(delivered(0), QStringList());
+}
+
+void tst_kxController::modulesDuringDelivery()
+{
+    auto doomed = std::make_unique<Module>(QStringLiteral("doomed"), 1);
+    std::unique_ptr<Module> late;
+    Module killer(QStringLiteral("killer"), 1);
+    auto victim = std::make_unique<Module>(QStringLiteral("victim"), 1);
+    Module witness(QStringLiteral("witness"), 1);
+    doomed->action = [] { throw std::runtime_error("on purpose"); };
+    killer.action = [&]
+    {
+        victim.reset();
+        doomed.reset();
+        if (!late)
+            late = std::make_unique<Module>(QStringLiteral("late"), 1);
+    };
+
+    const QStringList once{QStringLiteral("doomed"), QStringLiteral("killer"), QStringLiteral("witness")};
+    QCOMPARE(delivered(1), once);
+    const QStringList again{QStringLiteral("killer"), QStringLiteral("witness"), QStringLiteral("late")};
+    QCOMPARE(delivered(1), again);
+
+    // A module may end itself while it answers.
+    late->action = [&] { late.reset(); };
+    QCOMPARE(delivered(1), again);
+    QCOMPARE(kxModuleRegistry::the().modules().size(), std::size_t(2));
+}
+
+QTEST_GUILESS_MAIN(tst_kxController)
+#include "tst_kxController.moc"

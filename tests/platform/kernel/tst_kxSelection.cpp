@@ -1,0 +1,150 @@
+#include <kxController.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxModuleBase.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+
+#include <kernel/kxSelection.h>
+#include <scene/UberMaterial.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+namespace
+{
+typedef std::vector<osg::NodePtr> Nodes;
+typedef std::vector<osg::MaterialPtr> Materials;
+
+/// Notes what the modules hear of the selection.
+class Listener : public kxModuleBase
+{
+public:
+    Listener()
+        : kxModuleBase(QStringLiteral("Listener"), QStringLiteral("Test"),
+                       kxMessageId::SelectionChanged | kxMessageId::MaterialSelection, nullptr)
+    {
+    }
+
+    int receivedMessage(kxMessage& message) override
+    {
+        if (message.id() == kxMessageId::SelectionChanged)
+            heard << QStringLiteral("nodes %1").arg(kxScenegraph::getSelectedNodes().size());
+        else
+            heard << QStringLiteral("materials %1").arg(boost::any_cast<Materials>(message.get("materials")).size());
+        return 0;
+    }
+    QStringList takeHeard() { return std::exchange(heard, {}); }
+
+    QStringList heard;
+};
+} // namespace
+
+class tst_kxSelection : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void nodesAreSteps();
+    void materialsByMessage();
+    void deadOnesDropOut();
+
+private:
+    Nodes _nodes;
+    Materials _materials;
+    QUndoStack* _stack = kxUndoStack::get(0).stack();
+};
+
+void tst_kxSelection::init()
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        _nodes.push_back(osg::Node::create());
+        _nodes.back()->addRef();
+        _materials.push_back(osg::UberMaterial::create());
+        _materials.back()->addRef();
+    }
+    kxSelection::the().clear();
+    _stack->clear();
+}
+
+void tst_kxSelection::cleanup()
+{
+    for (const osg::NodePtr& node : _nodes)
+        node->subRef();
+    for (const osg::MaterialPtr& material : _materials)
+        material->subRef();
+    _nodes.clear();
+    _materials.clear();
+}
+
+void tst_kxSelection::nodesAreSteps()
+{
+    Listener listener;
+    const QStringList two{QStringLiteral("nodes 2"), QStringLiteral("materials 0")};
+    kxSelectionManager::selectNodes({_nodes[2], osg::NullFC, _nodes[0], _nodes[2]});
+    QCOMPARE(listener.takeHeard(), two);
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
+    QCOMPARE(_stack->undoText(), QStringLiteral("Select"));
+
+    kxSelectionManager::selectNodes({_nodes[2], _nodes[0]});
+    QCOMPARE(_stack->count(), 1);
+    QVERIFY(listener.heard.isEmpty());
+    kxSelectionManager::selectNodes({_nodes[0], _nodes[2]});
+    kxSelectionManager::selectNode(osg::NullFC);
+    QCOMPARE(_stack->count(), 3);
+    QVERIFY(kxScenegraph::getSelectedNodes().empty());
+
+    _stack->undo();
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[0], _nodes[2]}));
+    listener.takeHeard();
+    _stack->undo();
+    QCOMPARE(listener.takeHeard(), two);
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
+    _stack->setIndex(0);
+    QVERIFY(kxScenegraph::getSelectedNodes().empty());
+    _stack->setIndex(2);
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[0], _nodes[2]}));
+}
+
+void tst_kxSelection::materialsByMessage()
+{
+    Listener listener;
+    const auto selected = []
+    {
+        kxMessage query;
+        kxController::call(kxMessageName::GetSelectedMaterials, query, 0);
+        return boost::any_cast<Materials>(query.get("matvector"));
+    };
+    kxMessage message;
+    kxController::call(kxMessageName::SelectMaterials, message, 0);
+    message.set("materials", _nodes);
+    kxController::call(kxMessageName::SelectMaterials, message, 0);
+    QVERIFY(selected().empty() && _stack->count() == 0);
+
+    message.set("materials", Materials{_materials[1], _materials[0]});
+    kxController::call(kxMessageName::SelectMaterials, message, 0);
+    QVERIFY(selected() == Materials({_materials[1], _materials[0]}));
+    QCOMPARE(listener.takeHeard(), QStringList(QStringLiteral("materials 2")));
+    kxSelectionManager::selectNode(_nodes[0]);
+    QVERIFY(selected().size() == 2);
+    _stack->setIndex(0);
+    QVERIFY(selected().empty());
+}
+
+void tst_kxSelection::deadOnesDropOut()
+{
+    kxSelectionManager::selectNodes(_nodes);
+    kxSelectionManager::selectNode(_nodes[0]);
+    const osg::NodePtr dead = _nodes[1];
+    _nodes.erase(_nodes.begin() + 1);
+    dead->subRef();
+    _stack->undo();
+    QVERIFY(kxScenegraph::getSelectedNodes() == _nodes);
+    kxSelectionManager::selectNodes(_nodes);
+    QCOMPARE(_stack->count(), 2); // selected already, so the step that was undone stays
+}
+
+QTEST_MAIN(tst_kxSelection)
+#include "tst_kxSelection.moc"
