@@ -88,8 +88,8 @@ public:
     /// 0, negative or not finite does nothing.
     void scaleBy(float factor, float pivotSeconds);
 
-    /// The extent with post cycles, in seconds of the parent's time; 0 and 0 where nothing has an extent. Endless cycles
-    /// count as one pass.
+    /// The extent with post cycles, in seconds of the parent's time; the offset twice where nothing has an extent.
+    /// Endless cycles count as one pass.
     void getBounds(float& start, float& end) const;
     /// The content extent [a, b] in the node's own time, one pass; false where there is none.
     bool getContentExtent(float& start, float& end) const;

@@ -1,0 +1,168 @@
+#include <kxCurveMath.h>
+
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using namespace osg;
+
+namespace
+{
+constexpr double FloatLimit = std::numeric_limits<float>::max();
+
+double slope(const kxCurveMath::Place& a, const kxCurveMath::Place& b)
+{
+    const double dx = b.x - a.x;
+    return dx > 0 ? (b.y - a.y) / dx : 0;
+}
+
+/// A number that a record can hold.
+double narrowable(double value)
+{
+    return std::isnan(value) ? 0 : std::clamp(value, -FloatLimit, FloatLimit);
+}
+
+/// Type 5: the present vector, shortened where a side has reached a neighbour.
+kxCurveMath::Place freeVector(kxCurveMath::Side side, const kxCurveMath::Neighbourhood& n)
+{
+    const bool isIn = side == kxCurveMath::Side::In;
+    const kxCurveMath::Place& vector = isIn ? n.in : n.out;
+    const bool isInClear = n.previous == nullptr || n.key.x + n.in.x > n.previous->x;
+    const bool isOutClear = n.next == nullptr || n.next->x > n.key.x + n.out.x;
+    if ((isInClear && isOutClear) || vector.x == 0)
+        return vector;
+    double length = std::numeric_limits<double>::infinity();
+    if (n.previous != nullptr)
+        length = n.key.x - n.previous->x;
+    if (n.next != nullptr)
+        length = std::min(length, n.next->x - n.key.x);
+    const double x = isIn ? -length : length;
+    return {x, narrowable(x * (vector.y / vector.x))};
+}
+} // namespace
+
+kxCurveMath::Place kxCurveMath::tangentVector(Side side, UInt32 type, const Neighbourhood& n)
+{
+    const bool isIn = side == Side::In;
+    if (n.previous == nullptr && n.next == nullptr)
+        return isIn ? n.in : n.out;
+    if (type == UInt32(TangentType::Constant))
+        return {};
+    if (type == UInt32(TangentType::Free))
+        return freeVector(side, n);
+    if (type > UInt32(TangentType::Free))
+        return {isIn ? -n.otherLength : n.otherLength, 0};
+
+    const bool isFirst = n.previous == nullptr, isLast = n.next == nullptr;
+    const double left = isFirst ? 0 : n.key.x - n.previous->x;
+    const double right = isLast ? 0 : n.next->x - n.key.x;
+    const double toPrevious = isFirst ? 0 : slope(*n.previous, n.key);
+    const double toNext = isLast ? 0 : slope(n.key, *n.next);
+    const bool isInside = !isFirst && !isLast;
+    double length = (isFirst ? right : isLast ? left : isIn ? left : right) / 2;
+    double m = 0;
+    switch (TangentType(type))
+    {
+    case TangentType::Linear:
+        m = isIn ? toPrevious : toNext;
+        break;
+    case TangentType::Hermite:
+        m = isFirst ? toNext : isLast ? toPrevious : slope(*n.previous, *n.next);
+        break;
+    case TangentType::Following:
+        m = toNext;
+        break;
+    default:
+        break;
+    }
+    if (isInside && type != UInt32(TangentType::Linear))
+        length = std::min(length, (left + right) / 3);
+    const double x = isIn ? -length : length;
+    return {x, narrowable(x * m)};
+}
+
+namespace
+{
+/// x(u) and y(u) of a segment as polynomials without constant terms; x runs from 0 to 1.
+struct Segment
+{
+    double x3, x2, x1;
+    double y3, y2, y1;
+
+    double x(double u) const { return ((x3 * u + x2) * u + x1) * u; }
+    double xSlope(double u) const { return (3 * x3 * u + 2 * x2) * u + x1; }
+    double y(double u) const { return ((y3 * u + y2) * u + y1) * u; }
+};
+
+/// The u in [0, 1] with x(u) = s, for 0 < s < 1.
+///
+/// Newton's steps while they stay inside the bracket and get shorter; else the bracket is halved. x(0) = 0 and x(1) = 1
+/// lie on both sides of s, so that there is a root even where x runs back on the way.
+double solve(const Segment& segment, double s)
+{
+    double low = 0, high = 1, u = s, previousStep = 1;
+    for (int i = 0; i < 100; ++i)
+    {
+        const double error = segment.x(u) - s;
+        (error > 0 ? high : low) = u;
+        const double gradient = segment.xSlope(u);
+        const double step = error / gradient;
+        double next = u - step;
+        const bool isGood = next > low && next < high && std::abs(step) < 0.9 * previousStep;
+        if (!isGood)
+        {
+            if (error == 0)
+                return u;
+            next = 0.5 * (low + high);
+        }
+        const double moved = std::abs(next - u);
+        // Newton's error after a step is about step^2 * x''/(2 x'): below 1e-9 where the gradient isn't small.
+        if (moved < 1.0e-9 || (isGood && moved < 1.0e-5 && gradient > 0.2))
+            return next;
+        previousStep = moved;
+        u = next;
+    }
+    return u;
+}
+
+float finite(double value, float fallback)
+{
+    if (std::isnan(value))
+        return std::isfinite(fallback) ? fallback : 0.0f;
+    return float(std::clamp(value, -FloatLimit, FloatLimit));
+}
+} // namespace
+
+float kxCurveMath::segmentValue(const CCPnt& a, const CCPnt& b, double seconds)
+{
+    const double length = double(b.x()) - a.x();
+    const double s = (seconds - a.x()) / length;
+    if (!(s > 0))
+        return finite(a.y(), 0);
+    if (!(s < 1))
+        return finite(b.y(), 0);
+
+    const double rise = double(b.y()) - a.y();
+    const double outX = a.outX() / length, inX = b.inX() / length;
+    const double outY = a.outY(), inY = b.inY();
+    if (outX == 0 && inX == 0 && outY == 0 && inY == 0)
+        return finite(a.y(), 0); // a step
+    // Both vectors on the chord, as linear sides and flat stretches have it: the curve is the chord, however fast it is
+    // run through. Not for vectors that run past the other key: there the way matters.
+    const double slack = 2.0e-7 * std::abs(rise) + 5.0e-8 * std::abs(a.y());
+    if (std::abs(outY - rise * outX) <= slack && std::abs(inY - rise * inX) <= slack && outX >= 0 && outX <= 1 &&
+        inX <= 0 && inX >= -1)
+        return finite(a.y() + rise * s, a.y());
+
+    Segment segment;
+    segment.x1 = 3 * outX;
+    segment.x2 = 3 * (1 + inX) - 6 * outX;
+    segment.x3 = 1 - segment.x1 - segment.x2;
+    segment.y1 = 3 * outY;
+    segment.y2 = 3 * (rise + inY) - 6 * outY;
+    segment.y3 = rise - segment.y1 - segment.y2;
+    // Vectors of a third of the segment's length: x(u) is the straight line.
+    const bool isStraight = std::abs(outX - 1.0 / 3) < 1.0e-9 && std::abs(inX + 1.0 / 3) < 1.0e-9;
+    return finite(a.y() + segment.y(isStraight ? s : solve(segment, s)), a.y());
+}
