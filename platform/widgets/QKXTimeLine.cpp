@@ -48,10 +48,16 @@ QRectF badgeRect(const QKXTimeLine* line, int frame)
     return {left, 1.0, width, double(BadgeHeight)};
 }
 
-/// All that is drawn for the cursor at `frame`, with the edge of anti-aliasing.
+double labelWidth(const QKXTimeLine* line, const QFontMetricsF& metrics)
+{
+    return metrics.horizontalAdvance(QLatin1Char('0')) * kxRulerMath::longestLabel(scaleOf(line));
+}
+
+/// All that changes with the cursor at `frame`: its own parts, and the labels that give way to its head.
 QRect cursorRect(const QKXTimeLine* line, int frame)
 {
-    QRect rect = badgeRect(line, frame).toAlignedRect().adjusted(-6, 0, 6, 0);
+    const int reach = int(labelWidth(line, QFontMetricsF(rulerFont(line)))) + 6;
+    QRect rect = badgeRect(line, frame).toAlignedRect().adjusted(-reach, 0, reach, 0);
     rect.setTop(0);
     rect.setBottom(line->height());
     return rect;
@@ -89,15 +95,14 @@ public:
     void ruler(QPainter& painter) const
     {
         const QFontMetricsF metrics(painter.font());
-        const double digit = metrics.horizontalAdvance(QLatin1Char('0'));
-        const double labelWidth = digit * kxRulerMath::longestLabel(_scale);
-        const qint64 major = kxRulerMath::majorStep(_scale, labelWidth + 3 * digit);
+        const double room = labelWidth(_line, metrics);
+        const qint64 major = kxRulerMath::majorStep(_scale, room + 3 * metrics.horizontalAdvance(QLatin1Char('0')));
         const qint64 minor = kxRulerMath::minorStep(_scale, major, MinorPixels);
         const QColor color = foreground();
         QColor faint = color;
         faint.setAlphaF(color.alphaF() * 0.35);
         // A label reaches into the exposed part from half its width away.
-        const double reach = labelWidth + 2;
+        const double reach = room + 2;
         const double last = qMin(_scale.end(), _scale.toFrame(_exposed.right() + 1 + reach));
         const double first = qMax(_scale.start, _scale.toFrame(_exposed.left() - reach));
         const double bottom = _line->height() - 1;
@@ -110,7 +115,7 @@ public:
             painter.setPen(QPen(isMajor ? color : faint, 1 / _ratio));
             painter.drawLine(QPointF(x, isMajor ? bottom - 9 : bottom - 5), QPointF(x, bottom));
             if (isMajor)
-                label(painter, metrics, frame, x, labelWidth);
+                label(painter, metrics, frame, x);
         }
     }
 
@@ -146,8 +151,14 @@ public:
         if (!isInside(_scale, frame))
             return pointer(painter, accent, frame > _scale.start);
         const double x = kxRulerMath::snapToDevice(_scale.toPixel(frame), _ratio);
-        painter.setPen(QPen(accent, qMax(1.0, std::round(1.5 * _ratio)) / _ratio, Qt::SolidLine, Qt::FlatCap));
-        painter.drawLine(QPointF(x, BadgeHeight), QPointF(x, _line->height()));
+        const double width = qMax(1.0, std::round(1.5 * _ratio)) / _ratio;
+        // A dark edge keeps the line apart from crowded key marks.
+        for (const QPen& pen : {QPen(kxColors::border(), width + 2, Qt::SolidLine, Qt::FlatCap),
+                                QPen(accent, width, Qt::SolidLine, Qt::FlatCap)})
+        {
+            painter.setPen(pen);
+            painter.drawLine(QPointF(x, BadgeHeight), QPointF(x, _line->height()));
+        }
         const QRectF badge = badgeRect(_line, frame);
         painter.setPen(Qt::NoPen);
         painter.setBrush(accent);
@@ -175,15 +186,18 @@ private:
         return color;
     }
 
-    void label(QPainter& painter, const QFontMetricsF& metrics, qint64 frame, double x, double width) const
+    void label(QPainter& painter, const QFontMetricsF& metrics, qint64 frame, double x) const
     {
         const QString text = QString::number(frame);
-        const double own = metrics.horizontalAdvance(text);
+        const double width = metrics.horizontalAdvance(text);
         // At the ends a label stays whole inside the widget.
-        const double left = qBound(1.0, x - own / 2, qMax(1.0, _line->width() - own - 1));
+        const double left = qBound(1.0, x - width / 2, qMax(1.0, _line->width() - width - 1));
+        const QRectF place(left, 2, width + 2, BadgeHeight - 1);
+        if (isInside(_scale, _line->currentFrame()) &&
+            badgeRect(_line, _line->currentFrame()).adjusted(-3, 0, 3, 0).intersects(place))
+            return;
         painter.setPen(foreground());
-        painter.drawText(QRectF(left, 2, qMax(own, width) + 2, BadgeHeight - 1), Qt::AlignLeft | Qt::AlignVCenter,
-                         text);
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, text);
     }
 
     /// The cursor stands outside the extent: an arrow at the edge shows on which side.
@@ -191,7 +205,7 @@ private:
     {
         const double x = right ? _line->width() - 3 : 3;
         const double back = right ? x - 6 : x + 6;
-        const double middle = _line->height() / 2.0;
+        const double middle = _line->height() - 9;
         painter.setPen(Qt::NoPen);
         painter.setBrush(color);
         painter.drawPolygon(QPolygonF({QPointF(x, middle), QPointF(back, middle - 5), QPointF(back, middle + 5)}));

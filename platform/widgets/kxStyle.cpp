@@ -12,6 +12,8 @@
 
 namespace
 {
+constexpr double FontSize = 9.5; // points
+
 /// Metrics that a style sheet can't give: row heights, delays, sizes of marks.
 class ProxyStyle : public QProxyStyle
 {
@@ -61,8 +63,9 @@ public:
         case SH_EtchDisabledText:
             return 0;
         case SH_ItemView_ShowDecorationSelected:
+            return 1;
         case SH_Slider_AbsoluteSetButtons: // a click on the groove of a slider goes there
-            return hint == SH_Slider_AbsoluteSetButtons ? int(Qt::LeftButton) : 1;
+            return int(Qt::LeftButton);
         default:
             return QProxyStyle::styleHint(hint, option, widget, data);
         }
@@ -143,6 +146,9 @@ QString styleSheet()
 void kxStyle::apply(QApplication& application)
 {
     application.setStyle(new ProxyStyle);
+    QFont font = application.font();
+    font.setPointSizeF(FontSize);
+    application.setFont(font);
     application.setPalette(palette());
     QToolTip::setPalette(palette());
     application.setStyleSheet(styleSheet());

@@ -1,0 +1,357 @@
+#include <QKXTimeLine.h>
+#include <QKXTimeLineRange.h>
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include <climits>
+
+namespace
+{
+constexpr int Margin = 14; // of the time line
+constexpr int Inset = 2;   // of the range
+
+void sendMouse(QWidget* w, QEvent::Type type, QPoint p, Qt::MouseButton b, Qt::MouseButtons held)
+{
+    QMouseEvent e(type, p, w->mapTo(w->window(), p), w->mapToGlobal(p), b, held, Qt::NoModifier);
+    QApplication::sendEvent(w, &e);
+}
+
+void press(QWidget* w, int x)
+{
+    sendMouse(w, QEvent::MouseButtonPress, QPoint(x, 10), Qt::LeftButton, Qt::LeftButton);
+}
+
+void drag(QWidget* w, int x)
+{
+    sendMouse(w, QEvent::MouseMove, QPoint(x, 10), Qt::NoButton, Qt::LeftButton);
+}
+
+void release(QWidget* w, int x)
+{
+    sendMouse(w, QEvent::MouseButtonRelease, QPoint(x, 10), Qt::LeftButton, Qt::NoButton);
+}
+
+void wheel(QWidget* w, int eighths)
+{
+    QWheelEvent e(QPointF(10, 10), w->mapToGlobal(QPointF(10, 10).toPoint()), QPoint(), QPoint(0, eighths),
+                  Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(w, &e);
+}
+
+QList<int> values(const QSignalSpy& spy)
+{
+    QList<int> frames;
+    for (const QList<QVariant>& call : spy)
+        frames.append(call.at(0).toInt());
+    return frames;
+}
+} // namespace
+
+class tst_QKXTimeLine : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void announcesEachChangeOnce();
+    void scrubStaysInTheExtent();
+    void otherButtonsDontScrub();
+    void keys_data();
+    void keys();
+    void unknownKeysGoToTheParent();
+    void wheelGathersParts();
+    void paintsAnyExtent();
+    void scrubRepaintsNothingFarAway();
+
+    void rangeDrag_data();
+    void rangeDrag();
+    void randomDragsKeepTheRangeInside();
+    void listenersNeverSeeATurnedRange();
+    void rangeKeys();
+};
+
+void tst_QKXTimeLine::announcesEachChangeOnce()
+{
+    QKXTimeLine line;
+    QSignalSpy changed(&line, &QKXTimeLine::currentFrameChanged);
+    line.setCurrentFrame(7);
+    line.setCurrentFrame(7);
+    line.setCurrentFrame(7, true);
+    line.setCurrentFrame(900); // outside the extent
+    QCOMPARE(values(changed), QList<int>({7, 7, 900}));
+    QCOMPARE(line.currentFrame(), 900);
+    line.setEndFrame(-5);
+    QCOMPARE(line.endFrame(), -5);
+}
+
+void tst_QKXTimeLine::scrubStaysInTheExtent()
+{
+    QKXTimeLine line;
+    line.resize(100 + 2 * Margin, 32);
+    line.setStartFrame(10);
+    line.setEndFrame(20); // ten pixels a frame
+    line.setCurrentFrame(10);
+    QSignalSpy changed(&line, &QKXTimeLine::currentFrameChanged);
+    QSignalSpy finished(&line, &QKXTimeLine::finishedSliding);
+    press(&line, Margin + 31);
+    drag(&line, Margin + 33); // the same frame
+    drag(&line, Margin + 44);
+    drag(&line, 5000);
+    drag(&line, -5000);
+    QCOMPARE(finished.count(), 0);
+    release(&line, -5000);
+    QCOMPARE(values(changed), QList<int>({13, 14, 20, 10}));
+    QCOMPARE(finished.count(), 1);
+    drag(&line, Margin + 50); // let go
+    QCOMPARE(line.currentFrame(), 10);
+}
+
+void tst_QKXTimeLine::otherButtonsDontScrub()
+{
+    QKXTimeLine line;
+    line.resize(200, 32);
+    QSignalSpy changed(&line, &QKXTimeLine::currentFrameChanged);
+    QSignalSpy finished(&line, &QKXTimeLine::finishedSliding);
+    sendMouse(&line, QEvent::MouseButtonPress, QPoint(150, 10), Qt::RightButton, Qt::RightButton);
+    sendMouse(&line, QEvent::MouseMove, QPoint(90, 10), Qt::NoButton, Qt::RightButton);
+    sendMouse(&line, QEvent::MouseButtonRelease, QPoint(90, 10), Qt::RightButton, Qt::NoButton);
+    QVERIFY(changed.isEmpty() && finished.isEmpty());
+    press(&line, 100);
+    line.setEnabled(false); // in the middle of a drag
+    line.setEnabled(true);
+    const int frame = line.currentFrame();
+    drag(&line, 180);
+    QCOMPARE(line.currentFrame(), frame);
+}
+
+void tst_QKXTimeLine::keys_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("left") << 12 << int(Qt::Key_Left) << 11;
+    QTest::newRow("right") << 12 << int(Qt::Key_Right) << 13;
+    QTest::newRow("left at the start") << -5 << int(Qt::Key_Left) << -5;
+    QTest::newRow("page up is cut at the end") << 22 << int(Qt::Key_PageUp) << 25;
+    QTest::newRow("page down") << 12 << int(Qt::Key_PageDown) << 2;
+    QTest::newRow("home") << 12 << int(Qt::Key_Home) << -5;
+    QTest::newRow("end") << 12 << int(Qt::Key_End) << 25;
+    QTest::newRow("from outside back into the extent") << INT_MAX << int(Qt::Key_Right) << 25;
+    QTest::newRow("far below to the end") << INT_MIN << int(Qt::Key_End) << 25;
+}
+
+void tst_QKXTimeLine::keys()
+{
+    QFETCH(int, from);
+    QFETCH(int, key);
+    QFETCH(int, expected);
+    QKXTimeLine line;
+    line.setStartFrame(-5);
+    line.setEndFrame(25);
+    line.setCurrentFrame(from);
+    QSignalSpy finished(&line, &QKXTimeLine::finishedSliding);
+    QTest::keyClick(&line, Qt::Key(key));
+    QCOMPARE(line.currentFrame(), expected);
+    QCOMPARE(finished.count(), from == expected ? 0 : 1);
+}
+
+void tst_QKXTimeLine::unknownKeysGoToTheParent()
+{
+    QKXTimeLine line;
+    const std::pair<int, Qt::KeyboardModifiers> others[] = {
+        {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_V, Qt::NoModifier}, {Qt::Key_Left, Qt::ControlModifier}};
+    for (const auto& other : others)
+    {
+        QKeyEvent event(QEvent::KeyPress, other.first, other.second);
+        QApplication::sendEvent(&line, &event);
+        QVERIFY(!event.isAccepted());
+    }
+    QCOMPARE(line.currentFrame(), 0);
+}
+
+void tst_QKXTimeLine::wheelGathersParts()
+{
+    QKXTimeLine line;
+    line.resize(200, 32);
+    line.setCurrentFrame(5);
+    wheel(&line, 40);
+    wheel(&line, 40);
+    QCOMPARE(line.currentFrame(), 5);
+    wheel(&line, 40);
+    QCOMPARE(line.currentFrame(), 6);
+    wheel(&line, -360);
+    QCOMPARE(line.currentFrame(), 3);
+}
+
+void tst_QKXTimeLine::paintsAnyExtent()
+{
+    const int extents[][2] = {{0, 1}, {0, 1000000000}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}};
+    QMap<float, QColor> keys{{0, Qt::red}, {-1e38f, Qt::blue}, {1e38f, Qt::blue}};
+    keys.insert(std::numeric_limits<float>::infinity(), Qt::red);
+    for (const auto& extent : extents)
+    {
+        for (const QSize& size : {QSize(600, 32), QSize(1, 1), QSize(20, 60)})
+        {
+            QKXTimeLine line;
+            line.resize(size);
+            line.setStartFrame(extent[0]);
+            line.setEndFrame(extent[1]);
+            line.setKeyFrames(keys);
+            line.setCurrentFrame(extent[1]);
+            QCOMPARE(line.keyFrames().size(), 3); // the one at infinity has no place
+            QVERIFY(!line.grab().isNull());
+            QKXTimeLineRange range;
+            range.resize(size);
+            range.setStartFrame(extent[0]);
+            range.setEndFrame(extent[1]);
+            range.setRangeEndFrame(extent[1]);
+            QVERIFY(!range.grab().isNull());
+        }
+    }
+}
+
+/// Notes what is painted.
+class PaintedLine : public QKXTimeLine
+{
+public:
+    QRegion painted;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        painted += event->region();
+        QKXTimeLine::paintEvent(event);
+    }
+};
+
+void tst_QKXTimeLine::scrubRepaintsNothingFarAway()
+{
+    PaintedLine line;
+    line.resize(1000 + 2 * Margin, 32);
+    line.setEndFrame(1000);
+    line.setCurrentFrame(500);
+    line.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&line));
+    QCoreApplication::processEvents();
+    const QImage before = line.grab().toImage();
+    line.painted = QRegion();
+    line.setCurrentFrame(510);
+    QCoreApplication::processEvents();
+    QVERIFY(line.painted.boundingRect().width() < 250);
+    QVERIFY(line.painted.contains(QPoint(Margin + 500, 20)) && line.painted.contains(QPoint(Margin + 510, 20)));
+    // What changes lies in the painted part, labels included.
+    const QImage after = line.grab().toImage();
+    const QRect strip = line.painted.boundingRect();
+    for (int x = 0; x < after.width(); ++x)
+    {
+        for (int y = 0; !strip.contains(x, y) && y < after.height(); ++y)
+            QCOMPARE(after.pixel(x, y), before.pixel(x, y));
+        if (strip.left() < x && x < strip.right())
+            x = strip.right() - 1;
+    }
+}
+
+void tst_QKXTimeLine::rangeDrag_data()
+{
+    QTest::addColumn<int>("from"); // pixels in a trough of ten pixels a frame, range 20 to 40
+    QTest::addColumn<int>("to");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::newRow("start") << 203 << 153 << 15 << 40;
+    QTest::newRow("start past the end") << 203 << 900 << 39 << 40;
+    QTest::newRow("end") << 397 << 447 << 20 << 45;
+    QTest::newRow("end past the start") << 397 << -900 << 20 << 21;
+    QTest::newRow("middle") << 300 << 351 << 25 << 45;
+    QTest::newRow("middle past the full end") << 300 << 5000 << 80 << 100;
+    QTest::newRow("middle past the full start") << 300 << -5000 << 0 << 20;
+    QTest::newRow("beside the block") << 100 << 300 << 20 << 40;
+}
+
+void tst_QKXTimeLine::rangeDrag()
+{
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QKXTimeLineRange range;
+    range.resize(1000 + 2 * Inset, 26);
+    range.setEndFrame(100);
+    range.setRangeEndFrame(40);
+    range.setRangeStartFrame(20);
+    press(&range, Inset + from);
+    drag(&range, Inset + (from + to) / 2);
+    drag(&range, Inset + to);
+    release(&range, Inset + to);
+    QTEST(range.rangeStartFrame(), "start");
+    QTEST(range.rangeEndFrame(), "end");
+    sendMouse(&range, QEvent::MouseButtonDblClick, QPoint(range.rangeStartFrame() * 10 + 12, 10), Qt::LeftButton,
+              Qt::LeftButton);
+    QCOMPARE(range.rangeStartFrame(), 0);
+    QCOMPARE(range.rangeEndFrame(), 100);
+}
+
+void tst_QKXTimeLine::randomDragsKeepTheRangeInside()
+{
+    QRandomGenerator random(7);
+    for (int round = 0; round < 200; ++round)
+    {
+        QKXTimeLineRange range;
+        range.resize(random.bounded(30, 900), 26);
+        const int start = random.bounded(-2000, 2000);
+        const int end = start + random.bounded(1, 4000);
+        range.setStartFrame(start);
+        range.setEndFrame(end);
+        range.setRangeStartFrame(start);
+        range.setRangeEndFrame(end);
+        for (int i = 0; i < 20; ++i)
+        {
+            press(&range, random.bounded(0, range.width()));
+            drag(&range, random.bounded(-100, range.width() + 100));
+            drag(&range, random.bounded(-100, range.width() + 100));
+            release(&range, 0);
+            QVERIFY(start <= range.rangeStartFrame());
+            QVERIFY(range.rangeStartFrame() < range.rangeEndFrame());
+            QVERIFY(range.rangeEndFrame() <= end);
+        }
+    }
+}
+
+void tst_QKXTimeLine::listenersNeverSeeATurnedRange()
+{
+    QKXTimeLineRange range;
+    range.resize(1000 + 2 * Inset, 26);
+    range.setEndFrame(100);
+    range.setRangeEndFrame(10);
+    bool ordered = true;
+    int calls = 0;
+    const auto check = [&]
+    {
+        ordered = ordered && range.rangeStartFrame() < range.rangeEndFrame();
+        ++calls;
+    };
+    connect(&range, &QKXTimeLineRange::rangeStartChanged, check);
+    connect(&range, &QKXTimeLineRange::rangeEndChanged, check);
+    press(&range, Inset + 50);
+    drag(&range, Inset + 850); // farther than its length, both ways
+    drag(&range, Inset + 50);
+    release(&range, Inset + 50);
+    QCOMPARE(calls, 4);
+    QVERIFY(ordered);
+}
+
+void tst_QKXTimeLine::rangeKeys()
+{
+    QKXTimeLineRange range;
+    range.setEndFrame(100);
+    range.setRangeStartFrame(20);
+    range.setRangeEndFrame(40);
+    QTest::keyClick(&range, Qt::Key_Right);
+    QTest::keyClick(&range, Qt::Key_Left, Qt::ControlModifier);
+    QTest::keyClick(&range, Qt::Key_Right, Qt::ShiftModifier);
+    QCOMPARE(range.rangeStartFrame(), 20);
+    QCOMPARE(range.rangeEndFrame(), 42);
+    QTest::keyClick(&range, Qt::Key_End);
+    QCOMPARE(range.rangeStartFrame(), 78);
+    QTest::keyClick(&range, Qt::Key_Home);
+    QCOMPARE(range.rangeEndFrame(), 22);
+}
+
+QTEST_MAIN(tst_QKXTimeLine)
+#include "tst_QKXTimeLine.moc"

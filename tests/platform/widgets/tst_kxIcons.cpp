@@ -1,0 +1,177 @@
+#include <kxIconManager.h>
+#include <widgets/kxStyle.h>
+
+#include <QPainter>
+#include <QTextEdit>
+#include <QtTest>
+
+namespace
+{
+/// Opaque enough pixels of a picture, and whether any of them is coloured.
+struct Ink
+{
+    int pixels = 0;
+    bool coloured = false;
+};
+
+Ink inkOf(const QImage& image)
+{
+    Ink ink;
+    for (int y = 0; y < image.height(); ++y)
+    {
+        for (int x = 0; x < image.width(); ++x)
+        {
+            const QColor color = image.pixelColor(x, y);
+            if (color.alpha() < 24)
+                continue;
+            ++ink.pixels;
+            ink.coloured = ink.coloured || (color.alpha() > 80 && color.saturation() > 60);
+        }
+    }
+    return ink;
+}
+} // namespace
+
+class tst_kxIcons : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void namesOfTheToolsLoad();
+    void picturesLoad();
+    void disabledIsGreyAndFaint();
+    void unknownNamesAreEmpty();
+    void styleKnowsItsColours();
+};
+
+void tst_kxIcons::namesOfTheToolsLoad()
+{
+    const QStringList names{"KeyAll",
+                            "KeySelected",
+                            "CenterCurves",
+                            "Close",
+                            "Optimize",
+                            "JumpStart",
+                            "OneFrameBack",
+                            "PlayBackSpecial",
+                            "Stop",
+                            "PlaySpecial",
+                            "OneFrameForward",
+                            "JumpEnd",
+                            "CreateAnimationBlock",
+                            "FrameCurves",
+                            "ConstantTangents",
+                            "LinearTangents",
+                            "FlatTangents",
+                            "HermiteTangents",
+                            "FollowingTangents",
+                            "BreakTangents",
+                            "HorizontalGridSnapping",
+                            "VerticalGridSnapping",
+                            "ModuleCurveEditor",
+                            "ModuleClipMaker",
+                            "ModulePostProcessing",
+                            "Reload",
+                            "CreateNew",
+                            "FrameClip",
+                            "RemoveUnused",
+                            "Delete",
+                            "Search",
+                            "Open",
+                            "Save",
+                            "Undo",
+                            "Redo",
+                            "Import",
+                            "Export",
+                            "New",
+                            "Render",
+                            "FrameAll",
+                            "Move",
+                            "Rotate",
+                            "Scale",
+                            "Select",
+                            "Play",
+                            "Console",
+                            "Log",
+                            "Help",
+                            "Visible",
+                            "Hidden",
+                            "Warning",
+                            "Error",
+                            "Info",
+                            "AppIcon",
+                            "Menu",
+                            "Float"};
+    QList<QImage> seen;
+    for (const QString& name : names)
+    {
+        const QIcon icon = kxIconManager::getIcon(name, {});
+        for (const int side : {16, 24, 32, 48})
+        {
+            const QImage image = icon.pixmap(side, side).toImage();
+            QVERIFY2(image.size() == QSize(side, side), qPrintable(name));
+            const int ink = inkOf(image).pixels;
+            QVERIFY2(ink > side * side / 16, qPrintable(name));
+        }
+        // No two tools look the same.
+        const QImage image = icon.pixmap(48, 48).toImage();
+        QVERIFY2(!seen.contains(image), qPrintable(name));
+        seen.append(image);
+    }
+    QVERIFY(!kxIconCache::General::getSearchIcon().isNull());
+}
+
+void tst_kxIcons::picturesLoad()
+{
+    for (const char* name :
+         {"GroupNode",     "Node",         "TransformNode", "GeometryNode", "SwitchNode",   "CameraNode",
+          "LightNode",     "AnimBlock",    "AnimClip",      "AnimCurve",    "AnimSequence", "AnimShot",
+          "AnimWizClip",   "Material",     "lockTrack",     "unlockTrack",  "lockTrackOff", "lockTrackOn",
+          "unlockTrackOn", "showTrackOff", "showTrackOn",   "hideTrackOff", "hideTrackOn"})
+    {
+        const QPixmap picture = kxIconManager::get(QStringLiteral("scenegraph/%1.svg").arg(name));
+        QVERIFY2(!picture.isNull() && picture.width() >= 20, name);
+        QVERIFY2(inkOf(picture.toImage()).pixels > 30, name);
+        const bool hot = QByteArray(name).endsWith("On");
+        QVERIFY2(!hot || inkOf(picture.toImage()).coloured, name);
+    }
+    QVERIFY(!QIcon(":/style/intermediate.png").pixmap(16, 16).isNull());
+}
+
+void tst_kxIcons::disabledIsGreyAndFaint()
+{
+    const QIcon icon = kxIconManager::getIcon("PlaySpecial", {});
+    QVERIFY(inkOf(icon.pixmap(24, 24).toImage()).coloured);
+    const QImage faint = icon.pixmap(24, 24, QIcon::Disabled).toImage();
+    QVERIFY(inkOf(faint).pixels > 0);
+    QVERIFY(!inkOf(faint).coloured);
+    QVERIFY(faint.pixelColor(11, 12).alpha() < 128);
+}
+
+void tst_kxIcons::unknownNamesAreEmpty()
+{
+    for (const char* name : {"", "NoSuchIcon", "../style/check", "scenegraph"})
+    {
+        QVERIFY(kxIconManager::getIcon(name, {}).isNull());
+        QVERIFY(kxIconManager::get(name).isNull());
+    }
+    // A theme without its own picture takes the standard one.
+    QVERIFY(!kxIconManager::getIcon("Stop", "NoSuchTheme").isNull());
+}
+
+void tst_kxIcons::styleKnowsItsColours()
+{
+    kxStyle::apply(*qApp);
+    QVERIFY(!qApp->styleSheet().isEmpty());
+    QVERIFY2(!qApp->styleSheet().contains('@'), "a colour of the sheet has no value");
+    const QRegularExpression urls(QStringLiteral("url\\(([^)]*)\\)"));
+    auto matches = urls.globalMatch(qApp->styleSheet());
+    QVERIFY(matches.hasNext());
+    while (matches.hasNext())
+    {
+        const QString file = matches.next().captured(1);
+        QVERIFY2(QFile::exists(file), qPrintable(file));
+    }
+}
+
+QTEST_MAIN(tst_kxIcons)
+#include "tst_kxIcons.moc"
