@@ -1,0 +1,118 @@
+#include <clipmaker/kxAnimClipEditorGUI.h>
+
+#include <QKXSpiner.h>
+
+#include <QCoreApplication>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolButton>
+
+namespace
+{
+template <class T>
+T* named(const char* name, QWidget* parent)
+{
+    T* const widget = new T(parent);
+    widget->setObjectName(QString::fromLatin1(name));
+    return widget;
+}
+
+QLabel* makeLabel(const char* name, const char* source, QWidget* parent)
+{
+    QLabel* const label = named<QLabel>(name, parent);
+    label->setText(QCoreApplication::translate("kxAnimClipEditorGUI", source));
+    return label;
+}
+} // namespace
+
+void Ui::kxAnimClipEditorGUI::setupUi(QMainWindow* window)
+{
+    centralwidget = named<QWidget>("centralwidget", window);
+    gridLayout_2 = new QGridLayout(centralwidget);
+    gridLayout_2->setObjectName(QStringLiteral("gridLayout_2"));
+    _splitter = named<QSplitter>("_splitter", centralwidget);
+    _splitter->setOrientation(Qt::Horizontal);
+    _clipsFrame = named<QFrame>("_clipsFrame", _splitter);
+    _clipsFrame->setFrameShape(QFrame::NoFrame);
+
+    layoutWidget = named<QWidget>("layoutWidget", _splitter);
+    verticalLayout_2 = new QVBoxLayout(layoutWidget);
+    verticalLayout_2->setObjectName(QStringLiteral("verticalLayout_2"));
+    verticalLayout_2->setContentsMargins(0, 0, 0, 0);
+    setupStats();
+    verticalLayout = new QVBoxLayout;
+    verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
+    verticalLayout->setSpacing(0);
+    _viewFrame = named<QFrame>("_viewFrame", layoutWidget);
+    _viewFrame->setFrameShape(QFrame::NoFrame);
+    setupPlayer();
+    verticalLayout->addWidget(_viewFrame, 1);
+    verticalLayout->addWidget(frame);
+    verticalLayout_2->addWidget(_statsFrame);
+    verticalLayout_2->addLayout(verticalLayout, 1);
+
+    gridLayout_2->addWidget(_splitter, 0, 0);
+    window->setCentralWidget(centralwidget);
+    menubar = named<QMenuBar>("menubar", window);
+    menubar->setNativeMenuBar(false);
+    window->setMenuBar(menubar);
+    statusbar = named<QStatusBar>("statusbar", window);
+    window->setStatusBar(statusbar);
+}
+
+void Ui::kxAnimClipEditorGUI::setupStats()
+{
+    _statsFrame = named<QFrame>("_statsFrame", layoutWidget);
+    _statsFrame->setFrameShape(QFrame::NoFrame);
+    QPalette palette = _statsFrame->palette();
+    palette.setBrush(QPalette::Active, QPalette::Window, QColor(70, 70, 70, 255));
+    _statsFrame->setPalette(palette);
+    _statsFrame->setAutoFillBackground(true);
+    horizontalLayout = new QHBoxLayout(_statsFrame);
+    horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    horizontalLayout->setContentsMargins(0, 0, 0, 6);
+
+    _startLabel = makeLabel("_startLabel", "Start", _statsFrame);
+    _start = named<QKXDoubleSpiner>("_start", _statsFrame);
+    _start->setDecimals(2);
+    _start->setMinimumWidth(90);
+    _durationLabel = makeLabel("_durationLabel", "Duration", _statsFrame);
+    _duration = named<QKXDoubleSpiner>("_duration", _statsFrame);
+    _duration->setDecimals(2);
+    _duration->setMinimum(0.0);
+    _duration->setMinimumWidth(90);
+    _postCyclesLabel = makeLabel("_postCyclesLabel", "Cycles", _statsFrame);
+    _postCycles = named<QKXSpiner>("_postCycles", _statsFrame);
+    _postCycles->setMinimum(-1);
+    _postCycles->setMinimumWidth(90);
+    for (QWidget* widget : {static_cast<QWidget*>(_startLabel), static_cast<QWidget*>(_start),
+                            static_cast<QWidget*>(_durationLabel), static_cast<QWidget*>(_duration),
+                            static_cast<QWidget*>(_postCyclesLabel), static_cast<QWidget*>(_postCycles)})
+        horizontalLayout->addWidget(widget);
+    horizontalLayout->addStretch(1);
+}
+
+void Ui::kxAnimClipEditorGUI::setupPlayer()
+{
+    frame = named<QFrame>("frame", layoutWidget);
+    frame->setFrameShape(QFrame::StyledPanel);
+    frame->setStyleSheet(QStringLiteral("background-color: rgb(25, 25, 25);"));
+    gridLayout = new QGridLayout(frame);
+    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout->addItem(new QSpacerItem(140, 15, QSizePolicy::Expanding, QSizePolicy::Minimum), 0, 0);
+    _gotoStart = named<QToolButton>("_gotoStart", frame);
+    _playRev = named<QToolButton>("_playRev", frame);
+    _stop = named<QToolButton>("_stop", frame);
+    _play = named<QToolButton>("_play", frame);
+    _gotoEnd = named<QToolButton>("_gotoEnd", frame);
+    _playRev->setCheckable(true);
+    _play->setCheckable(true);
+    int column = 1;
+    for (QToolButton* button : {_gotoStart, _playRev, _stop, _play, _gotoEnd})
+        gridLayout->addWidget(button, 0, column++);
+    gridLayout->addItem(new QSpacerItem(140, 15, QSizePolicy::Expanding, QSizePolicy::Minimum), 0, 6);
+}

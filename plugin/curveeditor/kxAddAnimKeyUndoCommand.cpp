@@ -1,0 +1,156 @@
+#include <curveeditor/kxAddAnimKeyUndoCommand.h>
+
+#include <curveeditor/kxAnimKeyMath.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
+{
+    return a.x() < b.x();
+}
+} // namespace
+
+kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, std::vector<osg::CCPnt>&& points,
+                                                 QUndoCommand* parent)
+    : kxUndoCommand(kxUndoString("Add Animation Key Points", "Animation"), parent), _isDelete(false),
+      _curveId(curve.getFieldContainerId()), _points(std::move(points))
+{
+    points.clear();
+    _points.erase(std::remove_if(_points.begin(), _points.end(),
+                                 [](const osg::CCPnt& key) { return !kxAnimKeyMath::isFinite(key); }),
+                  _points.end());
+    std::stable_sort(_points.begin(), _points.end(), isBefore);
+}
+
+kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, const osg::CCPnt& point,
+                                                 QUndoCommand* parent)
+    : kxAddAnimKeyUndoCommand(curve, std::vector<osg::CCPnt>(1, point), parent)
+{
+}
+
+kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, std::vector<unsigned int>&& indices,
+                                                 QUndoCommand* parent)
+    : kxUndoCommand(kxUndoString("Delete Animation Key Points", "Animation"), parent), _isDelete(true),
+      _curveId(curve.getFieldContainerId()), _indices(std::move(indices))
+{
+    indices.clear();
+    std::sort(_indices.begin(), _indices.end());
+    _indices.erase(std::unique(_indices.begin(), _indices.end()), _indices.end());
+}
+
+int kxAddAnimKeyUndoCommand::commandId()
+{
+    static const int classId = makeId(typeid(kxAddAnimKeyUndoCommand));
+    return classId;
+}
+
+int kxAddAnimKeyUndoCommand::id() const
+{
+    return commandId();
+}
+
+void kxAddAnimKeyUndoCommand::redo()
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    if (curve == osg::NullFC)
+        return;
+    keepAffected(curve);
+    if (_isDelete)
+        removeIndices(curve);
+    else
+        addPoints(curve);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxAddAnimKeyUndoCommand::undo()
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    if (curve == osg::NullFC)
+        return;
+    if (_isDelete)
+        addPoints(curve);
+    else
+        removeIndices(curve);
+    restoreKept(curve);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxAddAnimKeyUndoCommand::removeIndices(const osg::AnimCurvePtr& curve)
+{
+    if (_isDelete)
+        _points.clear();
+    unsigned int removed = 0;
+    for (const unsigned int index : _indices)
+    {
+        const unsigned int k = index - removed; // where the key stands after the removals before it
+        if (k >= curve->getControlPoints().size())
+            break;
+        if (_isDelete)
+            _points.push_back(curve->getControlPoints(k));
+        curve->subPoint(k);
+        if (index != removed) // else no key is left before it
+            curve->computeOuttangent(k - 1, -1);
+        curve->computeIntangent(k, -1);
+        ++removed;
+    }
+}
+
+void kxAddAnimKeyUndoCommand::addPoints(const osg::AnimCurvePtr& curve)
+{
+    if (!_isDelete)
+        _indices.clear();
+    for (const osg::CCPnt& key : _points)
+    {
+        // A deleted key may have stood at the time of one that is still there.
+        const bool replace = !_isDelete;
+        const std::size_t size = curve->getControlPoints().size();
+        const osg::UInt32 index =
+            curve->addPoint(key.point(), key.intangent(), key.outtangent(), key.inType, key.outType, replace, true);
+        const bool inserted = curve->getControlPoints().size() > size;
+        if (!_isDelete && inserted && index != osg::AnimCurve::NoKey)
+            _indices.push_back(index);
+    }
+}
+
+void kxAddAnimKeyUndoCommand::keepAffected(const osg::AnimCurvePtr& curve)
+{
+    const auto& keys = curve->getControlPoints();
+    _kept.clear();
+    _keptSize = keys.size();
+    if (_isDelete)
+    {
+        for (const unsigned int index : _indices)
+            keepAround(curve, index);
+        return;
+    }
+    for (const osg::CCPnt& key : _points)
+        keepAround(curve, unsigned(std::lower_bound(keys.begin(), keys.end(), key, isBefore) - keys.begin()));
+}
+
+void kxAddAnimKeyUndoCommand::keepAround(const osg::AnimCurvePtr& curve, unsigned int index)
+{
+    for (unsigned int i = index == 0 ? 0 : index - 1; i <= index + 1 && i < curve->getControlPoints().size(); ++i)
+        _kept.emplace(i, curve->getControlPoints(i));
+}
+
+void kxAddAnimKeyUndoCommand::restoreKept(const osg::AnimCurvePtr& curve)
+{
+    if (curve->getControlPoints().size() != _keptSize)
+        return; // the curve changed behind the stack's back
+    for (const auto& [index, key] : _kept)
+        if (curve->getControlPoints(index).x() == key.x())
+            curve->getControlPoints(index) = key;
+}
+
+bool kxAddAnimKeyUndoCommand::canMergeWith(const QUndoCommand*) const
+{
+    return false;
+}
+
+bool kxAddAnimKeyUndoCommand::mergeWith(const QUndoCommand*)
+{
+    return false;
+}

@@ -1,0 +1,109 @@
+#include <curveeditor/kxAnimCurveUndoCommand.h>
+
+#include <curveeditor/kxAnimKeyMath.h>
+
+#include <algorithm>
+
+namespace
+{
+bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
+{
+    return a.x() < b.x();
+}
+
+bool areFinite(const std::vector<osg::CCPnt>& keys)
+{
+    return std::all_of(keys.begin(), keys.end(), kxAnimKeyMath::isFinite);
+}
+
+std::vector<osg::CCPnt> differencesTo(const std::vector<osg::CCPnt>& points, const osg::AnimCurvePtr& curve)
+{
+    std::vector<osg::CCPnt> differences;
+    if (curve == osg::NullFC || points.size() != curve->getControlPoints().size() ||
+        !std::is_sorted(points.begin(), points.end(), isBefore))
+        return differences;
+    differences.reserve(points.size());
+    for (osg::UInt32 i = 0; i < points.size(); ++i)
+        differences.push_back(kxAnimKeyMath::difference(points[i], curve->getControlPoints(i)));
+    if (!areFinite(points) || !areFinite(differences))
+        differences.clear();
+    return differences;
+}
+
+/// Float rounding may leave a key a last digit before its neighbour where both were moved to nearly one time.
+void keepSorted(std::vector<osg::CCPnt>& keys)
+{
+    for (std::size_t i = 1; i < keys.size(); ++i)
+        if (isBefore(keys[i], keys[i - 1]))
+            keys[i].setX(keys[i - 1].x());
+}
+} // namespace
+
+kxAnimCurveUndoCommand::kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, const std::vector<osg::CCPnt>& points,
+                                               QUndoCommand* parent)
+    : kxUndoCommand(kxUndoString("Move Control Points", "Animation"), parent), _curveId(curve.getFieldContainerId()),
+      _differences(differencesTo(points, curve))
+{
+}
+
+int kxAnimCurveUndoCommand::commandId()
+{
+    static const int classId = makeId(typeid(kxAnimCurveUndoCommand));
+    return classId;
+}
+
+int kxAnimCurveUndoCommand::id() const
+{
+    return commandId();
+}
+
+void kxAnimCurveUndoCommand::undo()
+{
+    apply(-1);
+}
+
+void kxAnimCurveUndoCommand::redo()
+{
+    apply(1);
+}
+
+void kxAnimCurveUndoCommand::apply(int sign)
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    // A curve that gained or lost keys behind the stack's back is none that the differences fit.
+    if (curve == osg::NullFC || _differences.empty() || curve->getControlPoints().size() != _differences.size())
+        return;
+    std::vector<osg::CCPnt> keys;
+    keys.reserve(_differences.size());
+    for (osg::UInt32 i = 0; i < _differences.size(); ++i)
+        keys.push_back(kxAnimKeyMath::added(curve->getControlPoints(i), _differences[i], sign));
+    if (!areFinite(keys))
+        return;
+    keepSorted(keys);
+    std::copy(keys.begin(), keys.end(), curve->editControlPoints().begin());
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+bool kxAnimCurveUndoCommand::canMergeWith(const QUndoCommand* other) const
+{
+    if (!kxUndoCommand::canMergeWith(other))
+        return false;
+    const auto& next = static_cast<const kxAnimCurveUndoCommand&>(*other);
+    if (next._curveId != _curveId || next._differences.size() != _differences.size())
+        return false;
+    for (std::size_t i = 0; i < _differences.size(); ++i)
+        if (!kxAnimKeyMath::isFinite(kxAnimKeyMath::added(_differences[i], next._differences[i], 1)))
+            return false;
+    return true;
+}
+
+bool kxAnimCurveUndoCommand::mergeWith(const QUndoCommand* other)
+{
+    if (!canMergeWith(other))
+        return false;
+    const auto& next = static_cast<const kxAnimCurveUndoCommand&>(*other);
+    setMergeValue(next.mergeValue());
+    for (std::size_t i = 0; i < _differences.size(); ++i)
+        _differences[i] = kxAnimKeyMath::added(_differences[i], next._differences[i], 1);
+    return true;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kxUndo.h>
+#include <osg/AnimCurve.h>
+
+#include <vector>
+
+/// Moves the keys of one curve, by differences; the moves of one drag merge into one step.
+///
+/// The differences go by key index, so that a drag that passes other keys is undone as a whole: a merged step holds for
+/// each index the sum of the movements of whatever key stood there.
+class kxAnimCurveUndoCommand : public kxUndoCommand
+{
+public:
+    /// `points`: the keys as they are to be, as many as the curve has and in its order, sorted by time. Others, and any
+    /// number that isn't finite, give a command that changes nothing.
+    kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, const std::vector<osg::CCPnt>& points,
+                           QUndoCommand* parent = nullptr);
+
+    /// The class id, as id() gives it.
+    static int commandId();
+
+    void undo() override;
+    void redo() override;
+    int id() const override;
+    bool mergeWith(const QUndoCommand* other) override;
+    bool canMergeWith(const QUndoCommand* other) const override;
+
+private:
+    void apply(int sign);
+
+    unsigned int _curveId;
+    std::vector<osg::CCPnt> _differences; // one a key, in key order
+};

@@ -1,0 +1,163 @@
+#include <curveeditor/kxAnimTangentUndoCommand.h>
+
+#include <curveeditor/kxAnimKeyMath.h>
+
+#include <cmath>
+
+namespace
+{
+constexpr unsigned int Constant = unsigned(osg::TangentType::Constant);
+constexpr unsigned int Free = unsigned(osg::TangentType::Free);
+
+bool hasKey(const osg::AnimCurvePtr& curve, unsigned int index)
+{
+    return curve != osg::NullFC && index < curve->getControlPoints().size();
+}
+
+bool isFinite(const osg::Vec2f& vector)
+{
+    return std::isfinite(vector.x()) && std::isfinite(vector.y());
+}
+
+osg::Vec2f tangent(const osg::CCPnt& key, bool isIn)
+{
+    return isIn ? key.intangent() : key.outtangent();
+}
+
+unsigned int tangentType(const osg::CCPnt& key, bool isIn)
+{
+    return isIn ? key.inType : key.outType;
+}
+
+void computeTangent(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn, unsigned int type)
+{
+    if (isIn)
+        curve->computeIntangent(index, osg::Int32(type));
+    else
+        curve->computeOuttangent(index, osg::Int32(type));
+}
+} // namespace
+
+kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
+                                                   const osg::Vector<float, 2>& vector, QUndoCommand* parent)
+    : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
+      _oldType(Free), _newType(Free)
+{
+    if (!hasKey(curve, index))
+        return;
+    const osg::CCPnt& key = curve->getControlPoints(index);
+    const osg::Vec2f difference = vector - tangent(key, isIn);
+    if (!isFinite(difference))
+        return;
+    _curveId = curve.getFieldContainerId();
+    _oldType = tangentType(key, isIn);
+    _difference = difference;
+}
+
+kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
+                                                   unsigned int type, QUndoCommand* parent)
+    : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
+      _oldType(type), _newType(type)
+{
+    if (!hasKey(curve, index) || type > Free)
+        return;
+    _curveId = curve.getFieldContainerId();
+    const osg::Vec2f before = tangent(curve->getControlPoints(index), isIn);
+    _oldType = tangentType(curve->getControlPoints(index), isIn);
+    if (_oldType == Free)
+    {
+        computeTangent(curve, index, isIn, type);
+        _difference = tangent(curve->getControlPoints(index), isIn) - before;
+    }
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+int kxAnimTangentUndoCommand::commandId()
+{
+    static const int classId = makeId(typeid(kxAnimTangentUndoCommand));
+    return classId;
+}
+
+int kxAnimTangentUndoCommand::id() const
+{
+    return commandId();
+}
+
+bool kxAnimTangentUndoCommand::touchesNextIn() const
+{
+    return !_isIn && (_flattensNext || _newType == Constant || _oldType == Constant);
+}
+
+void kxAnimTangentUndoCommand::redo()
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    _nextIn.reset();
+    if (!_isIn && hasKey(curve, _index + 1))
+    {
+        const osg::CCPnt& next = curve->getControlPoints(_index + 1);
+        _nextIn = NextIn{next.intangent(), next.inType};
+    }
+    apply(_difference, _newType);
+    if (_flattensNext && hasKey(curve, _index + 1))
+    {
+        curve->computeIntangent(_index + 1, Constant);
+        osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+    }
+    _flattensNext = _flattensNext || (!_isIn && _newType == Constant);
+}
+
+void kxAnimTangentUndoCommand::undo()
+{
+    apply(-_difference, _oldType);
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    if (!_nextIn || !touchesNextIn() || !hasKey(curve, _index + 1))
+        return;
+    osg::CCPnt& next = curve->getControlPoints(_index + 1);
+    next.setIntangent(_nextIn->vector);
+    next.inType = _nextIn->type;
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxAnimTangentUndoCommand::apply(const osg::Vector<float, 2>& difference, unsigned int type)
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    if (!hasKey(curve, _index))
+        return;
+    if (type == Free)
+    {
+        osg::CCPnt key = curve->getControlPoints(_index);
+        const osg::Vec2f moved = tangent(key, _isIn) + difference;
+        if (!isFinite(moved))
+            return;
+        if (_isIn)
+            key.setIntangent(moved);
+        else
+            key.setOuttangent(moved);
+        curve->getControlPoints(_index) = key;
+    }
+    computeTangent(curve, _index, _isIn, type);
+    if (!_isIn && type == Constant)
+        curve->computeIntangent(_index + 1, Constant);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+bool kxAnimTangentUndoCommand::canMergeWith(const QUndoCommand* other) const
+{
+    if (!kxUndoCommand::canMergeWith(other))
+        return false;
+    const auto& next = static_cast<const kxAnimTangentUndoCommand&>(*other);
+    return next._curveId == _curveId && next._isIn == _isIn && next._index == _index &&
+           isFinite(_difference + next._difference);
+}
+
+bool kxAnimTangentUndoCommand::mergeWith(const QUndoCommand* other)
+{
+    if (!canMergeWith(other))
+        return false;
+    const auto& next = static_cast<const kxAnimTangentUndoCommand&>(*other);
+    setMergeValue(next.mergeValue());
+    _difference += next._difference;
+    _newType = next._newType;
+    _flattensNext = _flattensNext || next._flattensNext;
+    return true;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <kxUndo.h>
+#include <osg/AnimCurve.h>
+
+#include <optional>
+
+/// Moves one tangent of one key, which makes it free, or sets its type.
+class kxAnimTangentUndoCommand : public kxUndoCommand
+{
+public:
+    /// Moves: `vector` is where the tangent is to be, relative to its key. An index beyond the keys, or a vector that
+    /// isn't finite, gives a command that changes nothing.
+    kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
+                             const osg::Vector<float, 2>& vector, QUndoCommand* parent = nullptr);
+    /// Sets the type. A free tangent takes its new shape at once, so that its vector can be remembered. An index beyond
+    /// the keys or a type that doesn't exist gives a command that changes nothing.
+    kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn, unsigned int type,
+                             QUndoCommand* parent = nullptr);
+
+    /// The class id, as id() gives it.
+    static int commandId();
+
+    void undo() override;
+    void redo() override;
+    int id() const override;
+    bool mergeWith(const QUndoCommand* other) override;
+    bool canMergeWith(const QUndoCommand* other) const override;
+
+private:
+    /// The in side of the key behind: a constant out side flattens it too.
+    struct NextIn
+    {
+        osg::Vector<float, 2> vector;
+        unsigned int type;
+    };
+
+    void apply(const osg::Vector<float, 2>& difference, unsigned int type);
+    bool touchesNextIn() const;
+
+    unsigned int _curveId;
+    unsigned int _index;
+    bool _isIn;
+    osg::Vector<float, 2> _difference;
+    unsigned int _oldType;
+    unsigned int _newType;
+    bool _flattensNext = false;    // one of the merged moves set a constant out side
+    std::optional<NextIn> _nextIn; // as it was before redo()
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <kxPreferences.h>
+
+#include <QObject>
+#include <QPointer>
+
+class kxAnimPreferencesGUIW;
+
+/// The animation settings: their defaults, their page, and how they reach the kernel.
+///
+/// The values live in kxPreferences::getData(); this object keeps none of them.
+class kxAnimPreferencesGUII : public QObject, public kxPreferences
+{
+    Q_OBJECT
+public:
+    kxAnimPreferencesGUII();
+    ~kxAnimPreferencesGUII() override;
+
+    void preferencesSetDefaults(bool overwrite) override;
+    void preferencesApply() override;
+    void preferencesToGUI() override;
+    void preferencesFromGUI() override;
+
+private Q_SLOTS:
+    void changedSpeed(int index);
+
+private:
+    template <class T>
+    void takeFromGUI(const char* key, T value);
+
+    QPointer<kxAnimPreferencesGUIW> _page; // owned, unless a dialog that showed it has taken it along
+};

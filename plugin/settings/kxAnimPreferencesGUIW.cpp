@@ -1,0 +1,6 @@
+#include <settings/kxAnimPreferencesGUIW.h>
+
+kxAnimPreferencesGUIW::kxAnimPreferencesGUIW(QWidget* parent) : QWidget(parent)
+{
+    setupUi(this);
+}

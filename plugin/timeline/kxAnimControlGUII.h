@@ -1,0 +1,70 @@
+#pragma once
+
+#include <frame/kxCallbacks.h>
+#include <timeline/kxAnimControlGUI.h>
+
+#include <QWidget>
+
+#include <set>
+
+class kxFramePlayer;
+
+/// The timeline bar: shows and sets ranges and current frame, and plays. Frames are whole numbers.
+///
+/// The kernel holds all of it; the bar writes there and follows what the kernel announces.
+class kxAnimControlGUII : public QWidget, public Ui::kxAnimControlGUI
+{
+    Q_OBJECT
+public:
+    explicit kxAnimControlGUII(QWidget* parent);
+    ~kxAnimControlGUII() override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+public Q_SLOTS:
+    void setRangeStart(int value);
+    void setRangeEnd(int value);
+    void setStart(int value);
+    void setEnd(int value);
+    /// Ends the playback and goes back to the start of the detailed range.
+    void stop();
+
+private Q_SLOTS:
+    void udpateRangeSpiner(int value);
+    void updateFrameSpiner(int value);
+    void setCurrentFrame(int value);
+    void gotoStart();
+    void gotoEnd();
+    void gotoPrevKey();
+    void gotoNextKey();
+    void play(bool value);
+    void playRev(bool value);
+    void pause();
+    void startChanged(int value);
+    void endChanged(int value);
+    void rangeStartChanged(int value);
+    void rangeEndChanged(int value);
+    void openAnimPrefs();
+    void keyAll();
+    void changedLocalMode(bool value);
+
+private:
+    void connectForm();
+    void connectCameraService();
+    void setIcons();
+    void setPlaying(bool playing, bool reverse);
+    void setPlayState(bool playing);
+    void showFrame(int frame);
+    void followKernel(const kxMessage& message);
+    void showKeys(const kxMessage& message);
+
+    static void kernelChanged(kxMessage& message);
+    static void animationsSelected(kxMessage& message);
+    static void curveEditorMovedFrame(kxMessage& message);
+    static void framePlayerUserChanged(kxMessage& message);
+
+    kxInstancePointer<kxAnimControlGUII> _instance;
+    kxFramePlayer* _framePlayer;
+    std::set<float> _keyFrames; // of the selected animations
+    kxCallbacks _callbacks;
+};
