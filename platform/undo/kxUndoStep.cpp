@@ -87,7 +87,7 @@ bool kxUndoStep::run(kxUndoCommand& command, bool forward)
 {
     if (command.isObsolete())
         return true;
-    const char* reason = "unknown exception";
+    QString reason = QStringLiteral("unknown exception");
     try
     {
         forward ? command.redo() : command.undo();
@@ -96,13 +96,12 @@ bool kxUndoStep::run(kxUndoCommand& command, bool forward)
     }
     catch (const std::exception& e)
     {
-        reason = e.what();
-        kxLog::error("The step '%s' failed and is dropped: %s", qUtf8Printable(text()), reason);
+        reason = QString::fromUtf8(e.what());
     }
     catch (...)
     {
-        kxLog::error("The step '%s' failed and is dropped: %s", qUtf8Printable(text()), reason);
     }
+    kxLog::error("The step '%s' failed and is dropped: %s", qUtf8Printable(text()), qUtf8Printable(reason));
     setObsolete(true);
     return false;
 }

@@ -9,7 +9,7 @@
 ///
 /// They have run when the step is pushed, so that the redo of the push does nothing. A command that throws is logged
 /// and takes its step off the stack.
-class kxUndoStep : public QUndoCommand
+class KX_API kxUndoStep : public QUndoCommand
 {
 public:
     typedef std::vector<std::unique_ptr<kxUndoCommand>> Commands;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QWidget>
+
+/// Sends a mouse event as the window system would; of a graphics view, `widget` is the viewport.
+inline void kxSendMouse(QWidget* widget, QEvent::Type type, const QPoint& at, Qt::MouseButton button,
+                        Qt::MouseButtons held, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QMouseEvent event(type, at, widget->mapTo(widget->window(), at), widget->mapToGlobal(at), button, held, modifiers);
+    QApplication::sendEvent(widget, &event);
+}
+
+inline void kxPress(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    kxSendMouse(widget, QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton, modifiers);
+}
+inline void kxDragTo(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    kxSendMouse(widget, QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, modifiers);
+}
+inline void kxRelease(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    kxSendMouse(widget, QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton, modifiers);
+}
