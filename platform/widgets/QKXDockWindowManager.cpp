@@ -1,17 +1,50 @@
 #include <QKXDockWindowManager.h>
 #include <widgets/kxDockTitleBar.h>
 
+#include <QLayout>
 #include <QMainWindow>
 #include <QMenu>
 #include <QPointer>
 #include <QToolBar>
 
+namespace
+{
+/// What a minimized dock window gets back: properties of the window.
+constexpr char FullHeight[] = "fullHeight";
+constexpr char ContentHeights[] = "contentHeights"; // a size: minimum and maximum height
+
+bool isOneArea(int area)
+{
+    return area == Qt::LeftDockWidgetArea || area == Qt::RightDockWidgetArea || area == Qt::TopDockWidgetArea ||
+           area == Qt::BottomDockWidgetArea;
+}
+} // namespace
+
 void QKXDockWidget::setMinimized(bool minimized)
 {
-    if (!widget() || !titleBarWidget())
+    if (!widget() || !titleBarWidget() || property(ContentHeights).isValid() == minimized)
         return;
-    widget()->setVisible(!minimized);
-    setMaximumHeight(minimized ? titleBarWidget()->sizeHint().height() : QWIDGETSIZE_MAX);
+    const QSize before = size();
+    const int bar = titleBarWidget()->sizeHint().height();
+    // The content stays shown without any height: the layout would take the width from the title bar of a hidden one.
+    if (minimized)
+    {
+        setProperty(FullHeight, before.height());
+        setProperty(ContentHeights, QSize(widget()->minimumHeight(), widget()->maximumHeight()));
+        widget()->setFixedHeight(0);
+    }
+    else
+    {
+        const QSize heights = property(ContentHeights).toSize();
+        setProperty(ContentHeights, QVariant());
+        widget()->setMinimumHeight(heights.width());
+        widget()->setMaximumHeight(heights.height());
+    }
+    // A docked one gets its size from the main window's layout.
+    if (!isFloating())
+        return;
+    layout()->activate();
+    resize(before.width(), minimized ? bar : property(FullHeight).toInt());
 }
 
 struct QKXDockWindowManager::Private
@@ -30,8 +63,8 @@ struct QKXDockWindowManager::Private
     /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with the others of its category.
     void place(QKXDockWidget* dock, const QString& category, int area)
     {
-        if (area != 0)
-            return mainWindow->addDockWidget(Qt::DockWidgetArea(area & Qt::DockWidgetArea_Mask), dock);
+        if (isOneArea(area))
+            return mainWindow->addDockWidget(Qt::DockWidgetArea(area), dock);
         mainWindow->addDockWidget(Qt::BottomDockWidgetArea, dock);
         for (const Dock& other : qAsConst(docks))
         {
@@ -72,7 +105,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
         _p->place(dock, category, area);
         dock->setVisible(!hidden);
     }
-    _p->docks.append({category, dock, area == 0});
+    _p->docks.append({category, dock, !isOneArea(area)});
     Q_EMIT added(name);
     return dock;
 }

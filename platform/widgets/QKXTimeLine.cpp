@@ -17,6 +17,7 @@ namespace
 constexpr int Margin = 14;        // pixels before the first and after the last frame
 constexpr int BadgeHeight = 15;   // the cursor's head
 constexpr int BadgePadding = 5;   // beside the number in it
+constexpr int Reach = 2;          // pixels beside a key mark that still mean it
 constexpr int PageFrames = 10;    // Page Up and Page Down
 constexpr int WheelNotch = 120;   // QWheelEvent: eighths of a degree
 constexpr double MinorPixels = 5; // between two minor ticks
@@ -61,6 +62,16 @@ QRect cursorRect(const QKXTimeLine* line, int frame)
     rect.setTop(0);
     rect.setBottom(line->height());
     return rect;
+}
+
+/// "Key at 10.5" for a mark below the mouse, which may lie between frames; empty where there is none.
+QString keyText(const QKXTimeLine* line, int x)
+{
+    const kxRulerMath::Scale scale = scaleOf(line);
+    const auto key = line->keyFrames().lowerBound(float(scale.toFrame(x - Reach)));
+    if (key == line->keyFrames().constEnd() || double(key.key()) > scale.toFrame(x + Reach))
+        return {};
+    return QKXTimeLine::tr("Key at %1").arg(QString::number(double(key.key()), 'g', 9));
 }
 
 QRect hoverRect(const QKXTimeLine* line, int x)
@@ -315,9 +326,12 @@ bool QKXTimeLine::event(QEvent* event)
     {
         const auto* help = static_cast<QHelpEvent*>(event);
         const int frame = scaleOf(this).frameAt(help->pos().x());
+        QString text = tr("Frame %1").arg(frame);
         const QString time = kxRulerMath::timeText(frame, _fps);
-        const QString text = tr("Frame %1").arg(frame);
-        QToolTip::showText(help->globalPos(), time.isEmpty() ? text : QStringLiteral("%1  (%2)").arg(text, time), this);
+        if (!time.isEmpty())
+            text += QStringLiteral("  (%1)").arg(time);
+        const QString key = keyText(this, help->pos().x());
+        QToolTip::showText(help->globalPos(), key.isEmpty() ? text : text + QLatin1Char('\n') + key, this);
         return true;
     }
     if (event->type() == QEvent::Hide)

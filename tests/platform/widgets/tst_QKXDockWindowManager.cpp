@@ -107,9 +107,20 @@ void tst_QKXDockWindowManager::minimizedShowsTheTitleAlone()
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     dock->setMinimized(true);
-    QTRY_VERIFY(!content->isVisible() && dock->height() < 40);
+    QTRY_VERIFY(content->height() == 0 && dock->height() < 40);
+    const int width = dock->width();
     dock->setMinimized(false);
-    QTRY_VERIFY(content->isVisible() && dock->height() >= 120);
+    QTRY_VERIFY(content->height() >= 120);
+    QCOMPARE(content->minimumHeight(), 120);
+    QCOMPARE(dock->width(), width);
+
+    dock->setFloating(true);
+    dock->resize(310, 290);
+    dock->setMinimized(true);
+    dock->setMinimized(true);
+    QTRY_VERIFY(dock->height() < 40 && dock->width() == 310);
+    dock->setMinimized(false);
+    QTRY_COMPARE(dock->size(), QSize(310, 290));
 }
 
 void tst_QKXDockWindowManager::toolBarSpansTheWindow()

@@ -2,6 +2,7 @@
 #include <QKXTimeLineRange.h>
 
 #include <QRandomGenerator>
+#include <QToolTip>
 #include <QtTest>
 
 #include <climits>
@@ -59,6 +60,7 @@ private Q_SLOTS:
     void keys();
     void unknownKeysGoToTheParent();
     void wheelGathersParts();
+    void toolTipNamesFrameAndKey();
     void paintsAnyExtent();
     void scrubRepaintsNothingFarAway();
 
@@ -180,6 +182,26 @@ void tst_QKXTimeLine::wheelGathersParts()
     QCOMPARE(line.currentFrame(), 6);
     wheel(&line, -360);
     QCOMPARE(line.currentFrame(), 3);
+}
+
+void tst_QKXTimeLine::toolTipNamesFrameAndKey()
+{
+    QKXTimeLine line;
+    line.resize(1000 + 2 * Margin, 32);
+    line.setEndFrame(100);
+    line.setFps(24);
+    line.setKeyFrames({{10.5f, Qt::red}});
+    line.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&line));
+    const std::pair<int, QString> texts[] = {{360, "Frame 36  (0:01.500)"}, {106, "Frame 11  (0:00.458)\nKey at 10.5"}};
+    for (const auto& text : texts)
+    {
+        const QPoint place(Margin + text.first, 10);
+        QHelpEvent help(QEvent::ToolTip, place, line.mapToGlobal(place));
+        QApplication::sendEvent(&line, &help);
+        QCOMPARE(QToolTip::text(), text.second);
+    }
+    QToolTip::hideText();
 }
 
 void tst_QKXTimeLine::paintsAnyExtent()
