@@ -1,0 +1,203 @@
+#include <scene/CameraLight.h>
+#include <scene/Mesh.h>
+#include <scene/kxScene.h>
+
+#include <QQuaternion>
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace osg;
+
+namespace
+{
+NodePtr makeNode(const NodeCorePtr& core)
+{
+    const NodePtr node = Node::create();
+    node->setCore(core);
+    return node;
+}
+
+bool near(const QMatrix4x4& a, const QMatrix4x4& b, float tolerance)
+{
+    for (int i = 0; i < 16; ++i)
+        if (std::abs(a.constData()[i] - b.constData()[i]) > tolerance)
+            return false;
+    return true;
+}
+
+MeshPtr box(float size)
+{
+    const MeshPtr mesh = Mesh::create();
+    mesh->setPositions({-size, -size, -size, size, size, size, size, -size, size});
+    mesh->setIndices({0, 1, 2});
+    return mesh;
+}
+} // namespace
+
+class tst_kxSceneMath : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void aMatrixSurvivesItsParts();
+    void aMatrixWithoutInverseIsRefused();
+    void anglesGoOnFromTheNearest();
+    void turnsAreCounted();
+    void theLensHasTwoViews();
+    void onlyWhatIsShownHasBounds();
+    void skinnedBoundsFollowTheJoints();
+};
+
+void tst_kxSceneMath::aMatrixSurvivesItsParts()
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> angle(-400, 400), place(-50, 50), size(0.2f, 4);
+    const NodePtr node = makeNode(Transform::create());
+    node->addRef();
+    const TransformPtr transform = TransformPtr::dcast(node->getCore());
+    for (int i = 0; i < 500; ++i)
+    {
+        transform->setTranslation(Vec3f(place(random), place(random), place(random)));
+        transform->setEulerRotation(Vec3f(angle(random), angle(random), angle(random)));
+        transform->setEulerRotationOrientation(i % 2 ? Vec3f(30, -70, 110) : Vec3f());
+        transform->setScale(Vec3f(size(random), size(random), i % 3 ? size(random) : -size(random)));
+        const QMatrix4x4 matrix = transform->getMatrix();
+        // From another pose, so that nothing is left over.
+        transform->setEulerRotation(Vec3f(1, 2, 3));
+        QVERIFY(kxSceneMath::setLocalMatrix(node, matrix));
+        QVERIFY2(near(transform->getMatrix(), matrix, 2e-3f), qPrintable(QString::number(i)));
+    }
+    node->subRef();
+}
+
+void tst_kxSceneMath::aMatrixWithoutInverseIsRefused()
+{
+    const NodePtr node = makeNode(Transform::create());
+    node->addRef();
+    QMatrix4x4 flat;
+    flat.scale(1, 0, 1);
+    QVERIFY(!kxSceneMath::setLocalMatrix(node, flat));
+    QMatrix4x4 broken;
+    broken(0, 3) = std::numeric_limits<float>::quiet_NaN();
+    QVERIFY(!kxSceneMath::setLocalMatrix(node, broken));
+    QVERIFY(TransformPtr::dcast(node->getCore())->getScale() == Vec3f(1, 1, 1));
+    node->subRef();
+}
+
+void tst_kxSceneMath::anglesGoOnFromTheNearest()
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> angle(-720, 720), step(-20, 20);
+    for (int i = 0; i < 2000; ++i)
+    {
+        // Every fourth rotation stands in gimbal lock.
+        const Vec3f start(angle(random), i % 4 ? angle(random) : (i % 8 ? 90.0f : -90.0f), angle(random));
+        float w, x, y, z;
+        kxSceneMath::quaternionFromEuler(start, w, x, y, z);
+        const Vec3f found =
+            kxSceneMath::eulerFromQuaternion(w, x, y, z, start + Vec3f(step(random), step(random), step(random)));
+        float w2, x2, y2, z2;
+        kxSceneMath::quaternionFromEuler(found, w2, x2, y2, z2);
+        const float same = std::abs(w * w2 + x * x2 + y * y2 + z * z2);
+        QVERIFY2(same > 0.99999f, qPrintable(QString::number(double(same))));
+        if (i % 4 && std::abs(std::cos(double(start.y()) * M_PI / 180)) > 0.5)
+            for (std::size_t k = 0; k < 3; ++k)
+                QVERIFY2(std::abs(found[k] - start[k]) < 0.5f, qPrintable(QString::number(i)));
+    }
+    const Vec3f kept = kxSceneMath::eulerFromQuaternion(0, 0, 0, 0, Vec3f(1, 2, 3));
+    QVERIFY(kept == Vec3f(1, 2, 3));
+}
+
+void tst_kxSceneMath::turnsAreCounted()
+{
+    // A wheel that turns by 40 degrees a key for ten turns, as a file with quaternions stores it.
+    Vec3f angles;
+    for (int key = 1; key <= 90; ++key)
+    {
+        const QQuaternion q = QQuaternion::fromAxisAndAngle(0, 0, 1, 40.0f * float(key));
+        angles = kxSceneMath::eulerFromQuaternion(q.scalar(), q.x(), q.y(), q.z(), angles);
+    }
+    QVERIFY(std::abs(angles.z() - 3600.0f) < 0.05f);
+    QVERIFY(std::abs(angles.x()) < 0.01f);
+}
+
+void tst_kxSceneMath::theLensHasTwoViews()
+{
+    const CameraPtr camera = Camera::create();
+    camera->addRef();
+    camera->setFieldOfView(60);
+    QVERIFY(std::abs(camera->getFieldOfView() - 60) < 1e-3f);
+    QVERIFY(std::abs(camera->getFocalLength() - 12.0f / std::tan(float(M_PI) / 6)) < 1e-3f);
+    camera->setFocalLength(std::numeric_limits<float>::infinity());
+    camera->setFieldOfView(std::numeric_limits<float>::quiet_NaN());
+    QVERIFY(std::abs(camera->getFieldOfView() - 60) < 1e-3f);
+    camera->setFieldOfView(1000);
+    QVERIFY(camera->getFieldOfView() < 180);
+    camera->subRef();
+}
+
+void tst_kxSceneMath::onlyWhatIsShownHasBounds()
+{
+    const SwitchPtr choice = Switch::create();
+    const NodePtr root = makeNode(choice);
+    root->addRef();
+    for (int i = 0; i < 2; ++i)
+    {
+        const GeometryPtr geometry = Geometry::create();
+        geometry->setMesh(box(1));
+        geometry->setTranslation(Vec3f(10.0f * float(i), 0, 0));
+        root->addChild(makeNode(geometry));
+    }
+    choice->setScale(Vec3f(2, 2, 2));
+    const auto right = [&root]
+    {
+        Pnt3f low, high;
+        kxSceneMath::worldBounds(root).getBounds(low, high);
+        return high.x();
+    };
+    choice->setChoice(0);
+    QCOMPARE(right(), 2.0f);
+    QVERIFY(!kxSceneMath::isShown(root->getChild(1)));
+    choice->setChoice(1);
+    QCOMPARE(right(), 22.0f);
+    choice->setChoice(Switch::All);
+    QCOMPARE(right(), 22.0f);
+    root->getChild(1)->setTravMask(0);
+    QCOMPARE(right(), 2.0f);
+    QVERIFY(!kxSceneMath::isShown(root->getChild(1)));
+    choice->setChoice(Switch::None);
+    QVERIFY(kxSceneMath::worldBounds(root).isEmpty());
+    root->subRef();
+}
+
+void tst_kxSceneMath::skinnedBoundsFollowTheJoints()
+{
+    const NodePtr root = makeNode(Transform::create());
+    root->addRef();
+    const NodePtr joint = makeNode(Transform::create());
+    root->addChild(joint);
+    const GeometryPtr geometry = Geometry::create();
+    geometry->setMesh(box(1));
+    geometry->setTranslation(Vec3f(500, 0, 0)); // plays no part for a skinned mesh
+    const SkinPtr skin = Skin::create();
+    skin->setJoints({joint});
+    skin->setInverseBindMatrices({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    skin->setVertexJoints(std::vector<UInt32>(12, 0));
+    skin->setVertexWeights({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0});
+    geometry->setSkin(skin);
+    root->addChild(makeNode(geometry));
+    TransformPtr::dcast(joint->getCore())->setTranslation(Vec3f(7, 0, 0));
+
+    Pnt3f low, high;
+    kxSceneMath::worldBounds(root).getBounds(low, high);
+    QCOMPARE(high.x(), 8.0f);
+    root->subChild(joint); // a joint that dies leaves its vertices out
+    kxSceneMath::worldBounds(root).getBounds(low, high);
+    QCOMPARE(high.x(), 0.0f);
+    root->subRef();
+}
+
+QTEST_GUILESS_MAIN(tst_kxSceneMath)
+#include "tst_kxSceneMath.moc"
