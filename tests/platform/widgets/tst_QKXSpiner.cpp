@@ -174,6 +174,17 @@ void tst_QKXSpiner::stepsAreOperators()
     QTest::keyClicks(&field, "7"); // typed, not finished: the step starts from it
     QTest::keyClick(&field, Qt::Key_Up);
     QCOMPARE(field.value(), 7.5);
+
+    // The same where the listener sets the value: each input counts once.
+    field.setRelativeOperatorHandlingMode(1);
+    field.selectAll();
+    QTest::keyClicks(&field, "+=4");
+    applied.clear();
+    QTest::keyClick(&field, Qt::Key_Up);
+    QTest::keyClick(&field, Qt::Key_Return);
+    QCOMPARE(applied.count(), 2);
+    QCOMPARE(applied.at(0).at(1).toDouble(), 4.0);
+    QCOMPARE(applied.at(1).at(1).toDouble(), 0.5);
 }
 
 void tst_QKXSpiner::neverHoldsANumberThatIsNotFinite()
