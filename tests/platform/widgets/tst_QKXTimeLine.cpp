@@ -250,26 +250,25 @@ void tst_QKXTimeLine::scrubRepaintsNothingFarAway()
     PaintedLine line;
     line.resize(1000 + 2 * Margin, 32);
     line.setEndFrame(1000);
-    line.setCurrentFrame(500);
+    line.setCurrentFrame(520); // its number covers a part of the label 500
     line.show();
     QVERIFY(QTest::qWaitForWindowExposed(&line));
     QCoreApplication::processEvents();
     const QImage before = line.grab().toImage();
     line.painted = QRegion();
-    line.setCurrentFrame(510);
+    line.setCurrentFrame(780);
     QCoreApplication::processEvents();
-    QVERIFY(line.painted.boundingRect().width() < 250);
-    QVERIFY(line.painted.contains(QPoint(Margin + 500, 20)) && line.painted.contains(QPoint(Margin + 510, 20)));
-    // What changes lies in the painted part, labels included.
+    const QRegion painted = line.painted;
+    int columns = 0;
     const QImage after = line.grab().toImage();
-    const QRect strip = line.painted.boundingRect();
     for (int x = 0; x < after.width(); ++x)
     {
-        for (int y = 0; !strip.contains(x, y) && y < after.height(); ++y)
+        if (painted.contains(QPoint(x, 5)))
+            ++columns;
+        for (int y = 0; !painted.contains(QPoint(x, 5)) && y < after.height(); ++y)
             QCOMPARE(after.pixel(x, y), before.pixel(x, y));
-        if (strip.left() < x && x < strip.right())
-            x = strip.right() - 1;
     }
+    QVERIFY(columns > 0 && columns < 250);
 }
 
 void tst_QKXTimeLine::rangeDrag_data()
