@@ -1,0 +1,17 @@
+#pragma once
+
+#include <kxExport.h>
+#include <osg/FCPtr.h>
+
+#include <QString>
+
+#include <vector>
+
+/// Files of animations alone, with their curves and cores; nothing of the objects that they move.
+namespace kxAnimFile
+{
+/// False with the reason in `error`. Null handles are left out.
+KX_API bool write(const QString& path, const std::vector<osg::AnimNodePtr>& animations, QString& error);
+/// Appends the animations of a file; they have no owner yet. False with the reason in `error`, `out` as it was.
+KX_API bool read(const QString& path, std::vector<osg::AnimNodePtr>& out, QString& error);
+} // namespace kxAnimFile

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QCborStreamReader>
+
+#include <string>
+#include <vector>
+
+class kxFileReport;
+
+/// Reads CBOR that may be damaged in any way: never deeper than a limit, never a length beyond what is left.
+///
+/// After the first failure each call gives its empty value and failed() holds; loops end by counts that were checked.
+class kxCborInput
+{
+public:
+    /// `data` has to outlive this. `size` fits an int.
+    kxCborInput(const char* data, qint64 size, kxFileReport& report);
+
+    bool failed() const;
+    bool fail(const QString& reason);
+    kxFileReport& report() { return _report; }
+
+    /// Steps into an array or map and gives its number of elements (of pairs); 0 on failure.
+    quint64 enterArray();
+    quint64 enterMap();
+    void leave();
+
+    bool isArray() const { return _reader.isArray(); }
+    bool isBytes() const { return _reader.isByteArray(); }
+
+    bool readBool();
+    /// A number from 0 to `largest`.
+    quint64 readUInt(quint64 largest);
+    qint64 readInt(qint64 smallest, qint64 largest);
+    /// A single or double precision number, finite.
+    double readNumber();
+    std::string readText();
+    /// Bytes of a length that is a multiple of `unit`.
+    void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
+    /// Passes over a value of any kind.
+    void skip();
+    /// True where all was read.
+    bool atEnd() const { return _reader.currentOffset() >= _size; }
+
+private:
+    static constexpr int DeepestNesting = 32;
+
+    quint64 enter();
+    /// The length of the string that stands next; -1 on failure.
+    qint64 stringLength();
+    bool readString(char* out, qint64 length);
+
+    QCborStreamReader _reader;
+    qint64 _size;
+    kxFileReport& _report;
+    int _depth = 0;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <kxExport.h>
+
+#include <QString>
+#include <QStringList>
+
+/// What reading or writing one file came to: why it failed, or what had to be left out.
+class KX_API kxFileReport
+{
+public:
+    explicit kxFileReport(const QString& file = QString()) : _file(file) {}
+
+    const QString& file() const { return _file; }
+    bool failed() const { return !_error.isEmpty(); }
+    /// Empty where nothing failed. Doesn't name the file.
+    const QString& error() const { return _error; }
+    /// "'FILE': REASON", as the log and dialogs show it.
+    QString message() const;
+    /// What was left out or repaired, each line once.
+    const QStringList& notes() const { return _notes; }
+
+    /// Keeps the first reason; false, so that a reader can return it.
+    bool fail(const QString& reason);
+    void note(const QString& line);
+    /// Writes the reason and the notes to the log.
+    void log() const;
+
+private:
+    static constexpr int MostNotes = 100;
+
+    QString _file;
+    QString _error;
+    QStringList _notes;
+    int _unlisted = 0; ///< notes beyond MostNotes
+};

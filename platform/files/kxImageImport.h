@@ -1,0 +1,26 @@
+#pragma once
+
+#include <osg/Image.h>
+
+#include <QString>
+
+#include <vector>
+
+class QImage;
+class kxFileReport;
+
+/// Pictures of other programs' files.
+namespace kxImageImport
+{
+/// Keeps PNG and JPEG as they are and decodes what else can be read. Null, noted in the report under `name`, for what
+/// can't. `opaque`: the alpha of the picture means nothing and is taken out.
+osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, kxFileReport& report);
+/// The mean of each channel, 0 to 1, in `mean` (red, green, blue); false where the picture can't be read.
+bool mean(const std::vector<unsigned char>& bytes, float* mean);
+/// The mean's sRGB value as a linear one.
+float linearFromSrgb(float value);
+/// The bytes of a PNG or JPEG file that show the picture; empty where there is none. `jpeg` tells which.
+std::vector<unsigned char> encoded(const osg::ImagePtr& image, bool& jpeg);
+/// True where a texel of the picture isn't opaque.
+bool hasAlpha(const osg::ImagePtr& image);
+} // namespace kxImageImport

@@ -1,0 +1,31 @@
+#include <files/kxSceneContent.h>
+
+#include <files/kxAnimSettings.h>
+#include <kxAnimManager.h>
+#include <osg/AnimCores.h>
+#include <scene/kxScene.h>
+
+using namespace osg;
+
+kxSceneContent kxSceneContent::empty()
+{
+    kxSceneContent content;
+    content.root = Node::create();
+    content.root->setCore(Group::create());
+    content.clips = AnimNodeBase::create();
+    content.clips->setCore(AnimClipBase::create());
+    return content;
+}
+
+kxSceneContent kxSceneContent::ofScene()
+{
+    kxSceneContent content;
+    content.root = kxScene::the()->root();
+    content.sceneplates = kxScene::the()->sceneplateRoot();
+    content.materials.assign(kxScene::the()->materials().begin(), kxScene::the()->materials().end());
+    content.clips = kxAnimManager::the()->clipStructureRoot();
+    content.sceneStructure = kxAnimManager::the()->sceneStructureRoot();
+    content.settings = kxScene::the()->settings();
+    content.animation = kxAnimSettings::values();
+    return content;
+}
