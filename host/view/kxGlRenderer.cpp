@@ -1,0 +1,387 @@
+#include "kxGlRenderer.h"
+
+#include "kxGlCache.h"
+#include "kxGlProgram.h"
+#include "kxGlShaders.h"
+#include "kxGlTarget.h"
+#include "kxViewColors.h"
+
+namespace
+{
+// Texture units.
+enum Unit
+{
+    PictureUnit,
+    SunUnit,
+    ContactUnit
+};
+} // namespace
+
+struct kxGlRenderer::Data
+{
+    kxGlFunctions gl;
+    kxGlCache cache;
+    kxGlProgram surface, flat, contact, backdrop, floor, blur, outline;
+    kxGlTarget samples, mask, picture, sunMap, contactMap, contactBlur;
+    GLuint empty = 0; // vertex array without attributes
+    osg::UInt64 mapsRevision = ~osg::UInt64(0);
+
+    void drawMesh(const kxGlCache::Mesh& mesh) const
+    {
+        gl.BindVertexArray(mesh.vertexArray);
+        gl.DrawElements(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_INT, nullptr);
+    }
+    void drawScreen() const
+    {
+        gl.BindVertexArray(empty);
+        gl.DrawArrays(GL_TRIANGLES, 0, 3);
+    }
+    void bindTexture(Unit unit, GLuint texture) const
+    {
+        gl.ActiveTexture(GL_TEXTURE0 + GLenum(unit));
+        gl.BindTexture(GL_TEXTURE_2D, texture);
+    }
+    void useShading(kxGlProgram& program, const kxFrame& frame)
+    {
+        program.use(gl);
+        program.set(gl, frame.uniforms);
+        program.set(gl, "uSunMap", int(SunUnit));
+        program.set(gl, "uContact", int(ContactUnit));
+        program.set(gl, "uPicture", int(PictureUnit));
+    }
+    /// Colours of the source over what is there, which may be transparent.
+    void blend() const
+    {
+        gl.Enable(GL_BLEND);
+        gl.BlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    }
+};
+
+kxGlRenderer::kxGlRenderer() : _data(std::make_unique<Data>()) {}
+
+kxGlRenderer::~kxGlRenderer() = default;
+
+bool kxGlRenderer::init(const std::function<void*(const char* name)>& loader)
+{
+    _data = std::make_unique<Data>();
+    Data& d = *_data;
+    _ready = false;
+    if (!d.gl.load(loader))
+        return false;
+    d.cache.init(d.gl);
+    d.gl.GenVertexArrays(1, &d.empty);
+    using namespace kxGlShaders;
+    _ready = d.surface.build(d.gl, "surface", surfaceVertex(), surfaceFragment()) &&
+             d.flat.build(d.gl, "flat", flatVertex(), flatFragment()) &&
+             d.contact.build(d.gl, "contact", flatVertex(), contactFragment()) &&
+             d.backdrop.build(d.gl, "backdrop", screenVertex(), backdropFragment()) &&
+             d.floor.build(d.gl, "floor", floorVertex(), floorFragment()) &&
+             d.blur.build(d.gl, "blur", screenVertex(), blurFragment()) &&
+             d.outline.build(d.gl, "outline", screenVertex(), outlineFragment());
+    return _ready;
+}
+
+void kxGlRenderer::release()
+{
+    if (!_ready)
+        return;
+    Data& d = *_data;
+    d.cache.release(d.gl);
+    for (kxGlProgram* const program : {&d.surface, &d.flat, &d.contact, &d.backdrop, &d.floor, &d.blur, &d.outline})
+        program->release(d.gl);
+    for (kxGlTarget* const target : {&d.samples, &d.mask, &d.picture, &d.sunMap, &d.contactMap, &d.contactBlur})
+        target->release(d.gl);
+    d.gl.DeleteVertexArrays(1, &d.empty);
+    _data = std::make_unique<Data>();
+    _ready = false;
+}
+
+bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    if (!_ready || frame.size.isEmpty() || !d.samples.prepare(gl, kxGlTarget::Multisampled, frame.size))
+        return false;
+    gl.VertexAttrib4f(1, 0, 0, 0, 0);
+    gl.VertexAttrib4f(2, 0, 0, 0, 0);
+    gl.VertexAttrib4f(3, 1, 1, 1, 1);
+    gl.Disable(GL_BLEND);
+    gl.Disable(GL_SCISSOR_TEST);
+    gl.Enable(GL_DEPTH_TEST);
+    gl.DepthFunc(GL_LEQUAL);
+    gl.DepthMask(GL_TRUE);
+    gl.ColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    drawMaps(scene, frame);
+
+    d.samples.bind(gl);
+    gl.ClearColor(0, 0, 0, 0);
+    gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    d.bindTexture(SunUnit, d.sunMap.texture());
+    d.bindTexture(ContactUnit, d.contactMap.texture());
+    drawSurfaces(scene, frame, false);
+    if (!frame.options.transparent)
+    {
+        // Behind everything, and only where nothing was drawn.
+        d.useShading(d.backdrop, frame);
+        gl.DepthMask(GL_FALSE);
+        d.drawScreen();
+        gl.DepthMask(GL_TRUE);
+    }
+    if (frame.options.wire)
+        drawEdges(scene, frame);
+    drawFloor(frame);
+    drawSurfaces(scene, frame, true);
+
+    const GLint w = frame.size.width(), h = frame.size.height();
+    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.samples.frameBuffer());
+    gl.BindFramebuffer(GL_DRAW_FRAMEBUFFER, frameBuffer);
+    gl.BlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    if (frame.options.outline && frame.anySelected)
+        drawOutline(scene, frame, frameBuffer);
+
+    gl.BindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
+    gl.Disable(GL_DEPTH_TEST);
+    gl.Disable(GL_BLEND);
+    gl.ActiveTexture(GL_TEXTURE0);
+    gl.BindVertexArray(0);
+    gl.UseProgram(0);
+    d.cache.sweep(gl);
+    return true;
+}
+
+QImage kxGlRenderer::renderToImage(kxRenderScene& scene, const kxFrame& frame)
+{
+    Data& d = *_data;
+    if (!_ready || frame.size.isEmpty() || !d.picture.prepare(d.gl, kxGlTarget::Picture, frame.size) ||
+        !render(scene, frame, d.picture.frameBuffer()))
+        return QImage();
+    QImage image(frame.size,
+                 frame.options.transparent ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBX8888);
+    if (image.isNull())
+        return QImage();
+    d.gl.BindFramebuffer(GL_FRAMEBUFFER, d.picture.frameBuffer());
+    d.gl.PixelStorei(GL_PACK_ALIGNMENT, 4);
+    d.gl.ReadPixels(0, 0, image.width(), image.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    return image.mirrored();
+}
+
+void kxGlRenderer::drawMaps(const kxRenderScene& scene, const kxFrame& frame)
+{
+    if (_data->mapsRevision == scene.revision())
+        return;
+    _data->mapsRevision = scene.revision();
+    _data->gl.Disable(GL_CULL_FACE);
+    drawShadow(scene, frame);
+    drawContact(scene, frame);
+}
+
+void kxGlRenderer::drawShadow(const kxRenderScene& scene, const kxFrame& frame)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    d.sunMap.prepare(gl, kxGlTarget::Shadow, QSize(kxFrame::ShadowMapSize, kxFrame::ShadowMapSize));
+    d.sunMap.bind(gl);
+    gl.Clear(GL_DEPTH_BUFFER_BIT);
+    if (!frame.hasShadow)
+        return;
+    d.flat.use(gl);
+    d.flat.set(gl, "uClip", frame.sun);
+    gl.Enable(GL_POLYGON_OFFSET_FILL);
+    gl.PolygonOffset(1.5f, 2.0f);
+    for (const kxRenderScene::Item& item : scene.items())
+    {
+        const kxRenderScene::Look& look = scene.looks()[item.look];
+        const kxGlCache::Mesh* const mesh = look.opacity < 0.5f ? nullptr : d.cache.mesh(gl, scene, item);
+        if (mesh == nullptr)
+            continue;
+        d.flat.set(gl, "uWorld", item.world);
+        d.drawMesh(*mesh);
+    }
+    gl.Disable(GL_POLYGON_OFFSET_FILL);
+}
+
+void kxGlRenderer::drawContact(const kxRenderScene& scene, const kxFrame& frame)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    const QSize size(kxFrame::ContactMapSize, kxFrame::ContactMapSize);
+    d.contactMap.prepare(gl, kxGlTarget::Map, size);
+    d.contactBlur.prepare(gl, kxGlTarget::Map, size);
+    d.contactMap.bind(gl);
+    gl.ClearColor(0, 0, 0, 0);
+    gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    const float ground = frame.uniforms.uFloor.x;
+    d.contact.use(gl);
+    d.contact.set(gl, "uClip", frame.contact);
+    d.contact.set(gl, "uColor", ground, frame.contactHeight, 0, 0);
+    for (const kxRenderScene::Item& item : scene.items())
+    {
+        osg::Pnt3f low, high;
+        item.bounds.getBounds(low, high);
+        const bool counts = low.y() < ground + frame.contactHeight && scene.looks()[item.look].opacity >= 0.5f;
+        const kxGlCache::Mesh* const mesh = counts ? d.cache.mesh(gl, scene, item) : nullptr;
+        if (mesh == nullptr)
+            continue;
+        d.contact.set(gl, "uWorld", item.world);
+        d.drawMesh(*mesh);
+    }
+    gl.Disable(GL_DEPTH_TEST);
+    d.blur.use(gl);
+    d.blur.set(gl, "uPicture", int(PictureUnit));
+    const float step = 1.0f / float(kxFrame::ContactMapSize);
+    d.contactBlur.bind(gl);
+    d.bindTexture(PictureUnit, d.contactMap.texture());
+    d.blur.set(gl, "uColor", step, 0, 0, 0);
+    d.drawScreen();
+    d.contactMap.bind(gl);
+    d.bindTexture(PictureUnit, d.contactBlur.texture());
+    d.blur.set(gl, "uColor", 0, step, 0, 0);
+    d.drawScreen();
+    gl.Enable(GL_DEPTH_TEST);
+}
+
+void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool transparent)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    const std::vector<const kxRenderScene::Item*>& items = transparent ? frame.transparent : frame.opaque;
+    if (items.empty())
+        return;
+    d.useShading(d.surface, frame);
+    d.surface.set(gl, "uClip", frame.camera.viewProjection());
+    if (transparent)
+    {
+        d.blend();
+        gl.DepthMask(GL_FALSE);
+    }
+    std::size_t lastLook = ~std::size_t(0);
+    bool lastNormals = false;
+    for (const kxRenderScene::Item* const item : items)
+    {
+        const kxGlCache::Mesh* const mesh = d.cache.mesh(gl, scene, *item);
+        if (mesh == nullptr)
+            continue;
+        const kxRenderScene::Look& look = scene.looks()[item->look];
+        if (item->look != lastLook || mesh->hasNormals != lastNormals)
+        {
+            lastLook = item->look;
+            lastNormals = mesh->hasNormals;
+            const GLuint texture = d.cache.texture(gl, scene, look.imageId);
+            d.bindTexture(PictureUnit, texture);
+            d.surface.set(gl, "uBase", look.base[0], look.base[1], look.base[2], look.opacity);
+            d.surface.set(gl, "uEmissive", look.emissive[0], look.emissive[1], look.emissive[2], look.alphaCutoff);
+            d.surface.set(gl, "uSurface", look.metallic, look.roughness, texture != 0 ? 1.0f : 0.0f,
+                          mesh->hasNormals ? 1.0f : 0.0f);
+        }
+        d.surface.set(gl, "uWorld", item->world);
+        gl.UniformMatrix3fv(d.surface.place(gl, "uNormal"), 1, GL_FALSE, item->world.normalMatrix().constData());
+        gl.FrontFace(item->mirrored ? GL_CW : GL_CCW);
+        if (!look.doubleSided)
+        {
+            gl.Enable(GL_CULL_FACE);
+            gl.CullFace(GL_BACK);
+            d.drawMesh(*mesh);
+        }
+        else if (transparent)
+        {
+            gl.Enable(GL_CULL_FACE);
+            for (const GLenum side : {GL_FRONT, GL_BACK})
+            {
+                gl.CullFace(side);
+                d.drawMesh(*mesh);
+            }
+        }
+        else
+        {
+            gl.Disable(GL_CULL_FACE);
+            d.drawMesh(*mesh);
+        }
+    }
+    gl.FrontFace(GL_CCW);
+    gl.Disable(GL_CULL_FACE);
+    gl.Disable(GL_BLEND);
+    gl.DepthMask(GL_TRUE);
+}
+
+void kxGlRenderer::drawEdges(const kxRenderScene& scene, const kxFrame& frame)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    d.flat.use(gl);
+    d.flat.set(gl, "uClip", frame.camera.viewProjection());
+    d.flat.set(gl, "uColor", 0.05f, 0.05f, 0.06f, 0.55f);
+    d.blend();
+    gl.DepthMask(GL_FALSE);
+    gl.PolygonMode(GL_FRONT_AND_BACK, GL_LINE);
+    gl.Enable(GL_POLYGON_OFFSET_LINE);
+    gl.PolygonOffset(-1.0f, -1.0f);
+    for (const auto* const items : {&frame.opaque, &frame.transparent})
+        for (const kxRenderScene::Item* const item : *items)
+            if (const kxGlCache::Mesh* const mesh = d.cache.mesh(gl, scene, *item))
+            {
+                d.flat.set(gl, "uWorld", item->world);
+                d.drawMesh(*mesh);
+            }
+    gl.Disable(GL_POLYGON_OFFSET_LINE);
+    gl.PolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+    gl.DepthMask(GL_TRUE);
+    gl.Disable(GL_BLEND);
+}
+
+void kxGlRenderer::drawFloor(const kxFrame& frame)
+{
+    const kxShadeUniforms& u = frame.uniforms;
+    if ((u.uFloor.z < 0.5f && u.uFloor.w < 0.5f) || u.uEye.y <= u.uFloor.x)
+        return;
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    d.useShading(d.floor, frame);
+    d.floor.set(gl, "uClip", frame.camera.viewProjection());
+    d.blend();
+    gl.DepthMask(GL_FALSE);
+    gl.BindVertexArray(d.empty);
+    gl.DrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+    gl.DepthMask(GL_TRUE);
+    gl.Disable(GL_BLEND);
+}
+
+void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    if (!d.mask.prepare(gl, kxGlTarget::Picture, frame.size))
+        return;
+    // The mask is drawn with all samples, so that the line is as smooth as the picture.
+    d.samples.bind(gl);
+    gl.ClearColor(0, 0, 0, 0);
+    gl.Clear(GL_COLOR_BUFFER_BIT);
+    gl.Disable(GL_DEPTH_TEST);
+    d.flat.use(gl);
+    d.flat.set(gl, "uClip", frame.camera.viewProjection());
+    d.flat.set(gl, "uColor", 1, 1, 1, 1);
+    for (const auto* const items : {&frame.opaque, &frame.transparent})
+        for (const kxRenderScene::Item* const item : *items)
+        {
+            const kxGlCache::Mesh* const mesh = item->selected ? d.cache.mesh(gl, scene, *item) : nullptr;
+            if (mesh == nullptr)
+                continue;
+            d.flat.set(gl, "uWorld", item->world);
+            d.drawMesh(*mesh);
+        }
+    const GLint w = frame.size.width(), h = frame.size.height();
+    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.samples.frameBuffer());
+    gl.BindFramebuffer(GL_DRAW_FRAMEBUFFER, d.mask.frameBuffer());
+    gl.BlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+
+    gl.BindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
+    gl.Viewport(0, 0, w, h);
+    d.outline.use(gl);
+    d.bindTexture(PictureUnit, d.mask.texture());
+    d.outline.set(gl, "uPicture", int(PictureUnit));
+    d.outline.set(gl, "uColor", kxViewColor::Selection.redF(), kxViewColor::Selection.greenF(),
+                  kxViewColor::Selection.blueF(), 1);
+    d.outline.set(gl, "uStep", 1.0f / float(w), 1.0f / float(h), frame.outlineWidth, 0);
+    d.blend();
+    d.drawScreen();
+    gl.Disable(GL_BLEND);
+}

@@ -1,0 +1,112 @@
+#include "kxOffscreen.h"
+
+#include "kxCameraRig.h"
+#include "kxEglContext.h"
+#include "kxGlRenderer.h"
+#include "kxSoftwareRenderer.h"
+
+#include <QOpenGLContext>
+
+namespace
+{
+constexpr int LargestSide = 16384;
+}
+
+kxOffscreen::kxOffscreen()
+    : _scene(std::make_unique<kxRenderScene>()), _software(std::make_unique<kxSoftwareRenderer>())
+{
+}
+
+kxOffscreen::~kxOffscreen()
+{
+    if (_context && _renderer && _context->makeCurrent())
+    {
+        _renderer->release();
+        _context->doneCurrent();
+    }
+}
+
+bool kxOffscreen::isSoftwareWanted()
+{
+    return qEnvironmentVariableIntValue("KX_SOFTWARE_RENDERER") != 0;
+}
+
+void kxOffscreen::prepare()
+{
+    if (_prepared)
+        return;
+    _prepared = true;
+    if (isSoftwareWanted())
+        return;
+    auto context = std::make_unique<kxEglContext>();
+    if (!context->makeCurrent())
+        return;
+    auto renderer = std::make_unique<kxGlRenderer>();
+    if (renderer->init(&kxEglContext::entryPoint))
+    {
+        _context = std::move(context);
+        _renderer = std::move(renderer);
+        _context->doneCurrent();
+    }
+    else
+        context->doneCurrent();
+}
+
+kxOffscreen::Path kxOffscreen::path()
+{
+    if (!_prepared)
+    {
+        // A thread has one current context; a window's goes back to it by itself before it draws.
+        if (QOpenGLContext* const other = QOpenGLContext::currentContext())
+            other->doneCurrent();
+        prepare();
+    }
+    return _renderer ? OpenGL : Software;
+}
+
+QString kxOffscreen::pathName()
+{
+    return path() == OpenGL ? QStringLiteral("OpenGL") : QStringLiteral("software");
+}
+
+QImage kxOffscreen::render(int width, int height, kxViewCamera camera, const kxRenderOptions& options)
+{
+    if (width < 1 || height < 1 || width > LargestSide || height > LargestSide)
+        return QImage();
+    camera.aspect = float(width) / float(height);
+    _scene->update();
+    kxFrame frame = kxFrame::make(*_scene, camera, QSize(width, height), options);
+    frame.outlineWidth = std::max(1.5f, float(height) / 540);
+    if (path() == OpenGL)
+    {
+        const QImage image = renderOpenGl(frame);
+        if (!image.isNull())
+            return image;
+    }
+    return _software->render(*_scene, frame);
+}
+
+QImage kxOffscreen::renderOpenGl(const kxFrame& frame)
+{
+    QOpenGLContext* const other = QOpenGLContext::currentContext();
+    QSurface* const surface = other != nullptr ? other->surface() : nullptr;
+    if (other != nullptr)
+        other->doneCurrent();
+    QImage image;
+    if (_context->makeCurrent())
+    {
+        image = _renderer->renderToImage(*_scene, frame);
+        _context->doneCurrent();
+    }
+    if (other != nullptr && surface != nullptr)
+        other->makeCurrent(surface);
+    return image;
+}
+
+kxViewCamera kxOffscreen::framingCamera(float aspect)
+{
+    _scene->update();
+    kxCameraRig rig;
+    rig.setPose(rig.framed(_scene->bounds(), aspect));
+    return rig.camera(aspect, _scene->bounds());
+}

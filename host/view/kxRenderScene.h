@@ -1,0 +1,131 @@
+#pragma once
+
+#include <osg/ChangeList.h>
+#include <osg/Volume.h>
+#include <scene/Mesh.h>
+
+#include <QImage>
+#include <QMatrix4x4>
+#include <QVector3D>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+/// A skinned mesh in its present shape, in the root's coordinates.
+struct kxBentMesh
+{
+    std::vector<float> positions;
+    std::vector<float> normals; ///< empty where the mesh has none
+    osg::BoxVolume bounds;
+    std::vector<float> jointMatrices; ///< 16 floats a joint, that bent it
+    osg::UInt32 version = 0;          ///< grows with each new shape
+};
+
+/// What is drawn of the open scene, gathered in one walk: shown surfaces with their places and looks, lights, cameras.
+///
+/// Listens to change lists: update() walks again only after a change of something that is drawn. Holds ids, no handles;
+/// pictures are decoded once and kept while their container lives. Main thread only.
+class kxRenderScene : private osg::ChangeListener
+{
+public:
+    /// A surface's look, as UberMaterial has it.
+    struct Look
+    {
+        float base[3] = {0.8f, 0.8f, 0.8f};
+        float emissive[3] = {0, 0, 0};
+        float metallic = 0;
+        float roughness = 0.5f;
+        float opacity = 1;
+        float alphaCutoff = 0;
+        bool doubleSided = false;
+        bool transparent = false; ///< blends with what is behind
+        osg::UInt32 imageId = 0;  ///< 0 for none
+    };
+    struct Item
+    {
+        osg::UInt32 nodeId = 0;
+        osg::UInt32 meshId = 0;
+        std::size_t look = 0; ///< index in looks()
+        QMatrix4x4 world;     ///< identity for a bent mesh
+        bool mirrored = false;
+        bool selected = false;                  ///< it, or a node above it
+        osg::BoxVolume bounds;                  ///< in the root's coordinates
+        std::shared_ptr<const kxBentMesh> bent; ///< null for a mesh without skin
+    };
+    struct LightItem
+    {
+        osg::UInt32 nodeId = 0;
+        osg::UInt32 kind = 0; ///< osg::Light::Kind
+        QVector3D color;      ///< times intensity
+        QVector3D place;
+        QVector3D aim; ///< where it shines, unit length
+        float coneAngle = 45;
+        bool selected = false;
+    };
+    struct CameraItem
+    {
+        osg::UInt32 nodeId = 0;
+        QMatrix4x4 world;
+        float fieldOfView = 35;
+        bool selected = false;
+    };
+
+    kxRenderScene();
+    ~kxRenderScene() override;
+    kxRenderScene(const kxRenderScene&) = delete;
+    kxRenderScene& operator=(const kxRenderScene&) = delete;
+
+    /// The ids of the selected nodes; they and what stands below them are marked selected.
+    void setSelection(std::vector<osg::UInt32> ids);
+
+    /// Brings everything up to date; true where something had changed.
+    bool update();
+    /// Grows with each update that found a change.
+    osg::UInt64 revision() const { return _revision; }
+
+    const std::vector<Item>& items() const { return _items; }
+    const std::vector<Look>& looks() const { return _looks; }
+    const std::vector<LightItem>& lights() const { return _lights; }
+    const std::vector<CameraItem>& cameras() const { return _cameras; }
+    const osg::BoxVolume& bounds() const { return _bounds; }
+    osg::BoxVolume selectionBounds() const;
+
+    /// Of an item; null where it died.
+    static const osg::Mesh* mesh(osg::UInt32 id);
+    /// Grows with each change of a mesh or a picture.
+    osg::UInt32 version(osg::UInt32 id) const;
+    /// 32-bit RGBA, not premultiplied; null where there is no picture.
+    const QImage* picture(osg::UInt32 imageId);
+
+private:
+    struct Picture
+    {
+        QImage image;
+        bool hasAlpha = false;
+    };
+
+    void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
+    void containerDestroyed(osg::UInt32 id) override;
+
+    void visit(const osg::NodePtr& node, const QMatrix4x4& world, bool selected);
+    void addGeometry(const osg::NodePtr& node, const QMatrix4x4& world, bool selected);
+    void bend(Item& item, const osg::Mesh& mesh, const osg::Skin& skin, const osg::NodePtr& node);
+    bool isDrawable(const osg::Mesh& mesh);
+    std::size_t lookOf(const osg::MaterialPtr& material);
+    const Picture& decoded(osg::UInt32 imageId);
+
+    std::vector<osg::UInt32> _selection;
+    std::vector<Item> _items;
+    std::vector<Look> _looks;
+    std::vector<LightItem> _lights;
+    std::vector<CameraItem> _cameras;
+    osg::BoxVolume _bounds;
+    std::unordered_map<osg::UInt32, std::size_t> _lookIndex;            // by material id, during a walk
+    std::unordered_map<osg::UInt32, osg::UInt32> _versions;             // by id of a mesh or picture that changed
+    std::unordered_map<osg::UInt32, bool> _drawable;                    // by mesh id: the costly check, made once
+    std::unordered_map<osg::UInt32, Picture> _pictures;                 // by image id
+    std::unordered_map<osg::UInt32, std::shared_ptr<kxBentMesh>> _bent; // by node id
+    osg::UInt64 _revision = 0;
+    bool _stale = true;
+};
