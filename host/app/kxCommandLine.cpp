@@ -1,0 +1,200 @@
+#include "kxCommandLine.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace
+{
+constexpr int LargestPicture = 16384;
+constexpr int MostFrames = 1000000;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxCommandLine", text);
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(tr("Shows, animates and renders 3D scenes."));
+    parser.addPositionalArgument(QStringLiteral("scene"), tr("Scene or model to open."), QStringLiteral("[scene]"));
+    const auto add = [&parser](const char* name, const QString& description, const char* value)
+    { parser.addOption(QCommandLineOption(QString::fromLatin1(name), description, QString::fromLatin1(value))); };
+    add("plugin", tr("Animation plug-in to load instead of the one beside the program."), "FILE");
+    add("script", tr("Python script to run; may be given more than once."), "FILE.py");
+    add("frame", tr("Frame to go to."), "N");
+    add("frames", tr("Frames to render, first and last included."), "A:B");
+    add("render", tr("Picture to render; for frames a pattern such as out_%04d.png."), "FILE.png");
+    add("screenshot", tr("Picture of the window to write."), "FILE.png");
+    add("export", tr("glTF file to write."), "FILE.glb");
+    add("size", tr("Size of the pictures in pixels (1280x720)."), "WxH");
+    add("headless", tr("Show no window, do what is asked, and quit."), "");
+    parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
+    parser.addOption({{QStringLiteral("v"), QStringLiteral("version")}, tr("Show the version.")});
+}
+
+std::optional<kxCommandLine::Range> parseRange(const QString& text)
+{
+    static const QRegularExpression form(QStringLiteral("^(-?\\d+):(-?\\d+)$"));
+    const QRegularExpressionMatch match = form.match(text);
+    bool firstFits = false, lastFits = false;
+    const int first = match.captured(1).toInt(&firstFits), last = match.captured(2).toInt(&lastFits);
+    if (!match.hasMatch() || !firstFits || !lastFits || last < first || qint64(last) - first >= MostFrames)
+        return std::nullopt;
+    return kxCommandLine::Range{first, last};
+}
+
+std::optional<QSize> parseSize(const QString& text)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,5})[xX](\\d{1,5})$"));
+    const QRegularExpressionMatch match = form.match(text);
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    if (!match.hasMatch() || size.width() < 1 || size.height() < 1 || size.width() > LargestPicture ||
+        size.height() > LargestPicture)
+        return std::nullopt;
+    return size;
+}
+
+void checkFiles(kxCommandLine& line)
+{
+    const auto needFile = [&line](const QString& file, const QString& text)
+    {
+        if (!file.isEmpty() && !QFileInfo(file).isFile())
+            line.errors << text.arg(file);
+    };
+    needFile(line.scene, tr("there is no file '%1' to open"));
+    needFile(line.plugin, tr("there is no plug-in '%1'"));
+    for (const QString& script : qAsConst(line.scripts))
+        needFile(script, tr("there is no script '%1'"));
+    const QString suffix = QFileInfo(line.exportFile).suffix().toLower();
+    if (!line.exportFile.isEmpty() && suffix != QLatin1String("glb") && suffix != QLatin1String("gltf"))
+        line.errors << tr("--export writes .glb and .gltf files, not '%1'").arg(line.exportFile);
+}
+
+void checkPictures(kxCommandLine& line)
+{
+    if (line.frames && line.render.isEmpty())
+        line.errors << tr("--frames needs --render with the files to write, such as --render out_%04d.png");
+    if (line.frames && line.frame)
+        line.errors << tr("--frame and --frames exclude each other");
+    if (!line.render.isEmpty())
+    {
+        const bool several = line.frames && line.frames->last > line.frames->first;
+        const QString problem = kxFramePattern::problem(line.render, several);
+        if (!problem.isEmpty())
+            line.errors << tr("--render '%1': %2").arg(line.render, problem);
+    }
+    if (!line.screenshot.isEmpty() &&
+        !kxFramePattern::problem(QString(line.screenshot).remove(QLatin1Char('%')), false).isEmpty())
+        line.errors << tr("--screenshot writes .png and .jpg files, not '%1'").arg(line.screenshot);
+}
+
+QString oneValue(const QCommandLineParser& parser, const char* name, kxCommandLine& line)
+{
+    const QStringList values = parser.values(QString::fromLatin1(name));
+    if (values.size() > 1)
+        line.errors << tr("--%1 is given more than once").arg(QString::fromLatin1(name));
+    if (!values.isEmpty() && values.last().isEmpty())
+        line.errors << tr("--%1 needs a value").arg(QString::fromLatin1(name));
+    return values.isEmpty() ? QString() : values.last();
+}
+} // namespace
+
+kxCommandLine kxCommandLine::parse(const QStringList& arguments)
+{
+    kxCommandLine line;
+    QCommandLineParser parser;
+    addOptions(parser);
+    if (!parser.parse(arguments))
+    {
+        line.errors << parser.errorText();
+        return line;
+    }
+    line.help = parser.isSet(QStringLiteral("help"));
+    line.version = parser.isSet(QStringLiteral("version"));
+    line.headless = parser.isSet(QStringLiteral("headless"));
+    const QStringList scenes = parser.positionalArguments();
+    if (scenes.size() > 1)
+        line.errors << tr("one scene can be opened, not %1: '%2' is too much").arg(scenes.size()).arg(scenes.at(1));
+    line.scene = scenes.value(0);
+    line.scripts = parser.values(QStringLiteral("script"));
+    line.plugin = oneValue(parser, "plugin", line);
+    line.render = oneValue(parser, "render", line);
+    line.screenshot = oneValue(parser, "screenshot", line);
+    line.exportFile = oneValue(parser, "export", line);
+
+    const QString frame = oneValue(parser, "frame", line), frames = oneValue(parser, "frames", line),
+                  size = oneValue(parser, "size", line);
+    if (!frame.isEmpty())
+    {
+        bool isNumber = false;
+        const double number = frame.toDouble(&isNumber);
+        if (!isNumber || !qIsFinite(number) || qAbs(number) > 1e9)
+            line.errors << tr("--frame needs a number, not '%1'").arg(frame);
+        else
+            line.frame = number;
+    }
+    line.frames = parseRange(frames);
+    if (!frames.isEmpty() && !line.frames)
+        line.errors
+            << tr("--frames needs two whole numbers such as 0:50, the first not above the last, not '%1'").arg(frames);
+    line.size = parseSize(size);
+    if (!size.isEmpty() && !line.size)
+        line.errors << tr("--size needs a width and a height from 1 to %1, such as 1280x720, not '%2'")
+                           .arg(LargestPicture)
+                           .arg(size);
+    checkFiles(line);
+    checkPictures(line);
+    if (line.headless && line.scene.isEmpty() && !line.hasWork())
+        line.errors << tr("--headless has nothing to do: name a scene, a script or a picture");
+    return line;
+}
+
+QString kxCommandLine::helpText()
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    return parser.helpText();
+}
+
+QString kxFramePattern::problem(const QString& pattern, bool needsNumber)
+{
+    static const QRegularExpression number(QStringLiteral("%0?[1-9]?d"));
+    QString rest = pattern;
+    rest.remove(QStringLiteral("%%"));
+    int count = 0;
+    for (auto match = number.match(rest); match.hasMatch(); match = number.match(rest))
+    {
+        rest.remove(match.capturedStart(), match.capturedLength());
+        ++count;
+    }
+    const QString suffix = QFileInfo(pattern).suffix().toLower();
+    if (rest.contains(QLatin1Char('%')))
+        return tr("the only thing that may follow a percent sign is a frame number, such as %d or %04d");
+    if (count > 1)
+        return tr("it has more than one place for the frame number");
+    if (count == 0 && needsNumber)
+        return tr("several frames need a place for their number, such as %04d");
+    if (suffix != QLatin1String("png") && suffix != QLatin1String("jpg") && suffix != QLatin1String("jpeg"))
+        return tr("the name has to end in .png or .jpg");
+    return QString();
+}
+
+QString kxFramePattern::fileName(const QString& pattern, int frame)
+{
+    static const QRegularExpression part(QStringLiteral("%%|%(0?)([1-9]?)d"));
+    QString name;
+    int from = 0;
+    for (auto matches = part.globalMatch(pattern); matches.hasNext();)
+    {
+        const QRegularExpressionMatch match = matches.next();
+        name += pattern.midRef(from, match.capturedStart() - from);
+        from = match.capturedEnd();
+        const int width = match.captured(2).toInt();
+        if (match.captured() == QLatin1String("%%"))
+            name += QLatin1Char('%');
+        else
+            name += QString::asprintf(match.captured(1).isEmpty() ? "%*d" : "%0*d", width, frame);
+    }
+    return name + pattern.midRef(from);
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/// What the user asked for at the start, checked.
+struct kxCommandLine
+{
+    struct Range
+    {
+        int first = 0, last = 0; ///< both included
+    };
+
+    QString scene;       ///< empty: a new scene
+    QString plugin;      ///< empty: beside the executable
+    QStringList scripts; ///< in order
+    std::optional<double> frame;
+    std::optional<Range> frames;
+    QString render; ///< file name, or a pattern for a range
+    QString screenshot;
+    QString exportFile;
+    std::optional<QSize> size; ///< of rendered pictures, or of the window for a screenshot
+    bool headless = false;
+    bool help = false;
+    bool version = false;
+    QStringList errors; ///< one line each; empty where the command line can be followed
+
+    /// `arguments` begin with the program's name.
+    static kxCommandLine parse(const QStringList& arguments);
+    static QString helpText();
+
+    bool writesPictures() const { return !render.isEmpty() || !screenshot.isEmpty(); }
+    /// Something is to be done that needs no user.
+    bool hasWork() const { return writesPictures() || !exportFile.isEmpty() || !scripts.isEmpty(); }
+};
+
+/// File names of a sequence of pictures, as in "out_%04d.png".
+namespace kxFramePattern
+{
+/// Empty where `pattern` fits; else what is wrong with it. `needsNumber`: it stands for more than one picture.
+QString problem(const QString& pattern, bool needsNumber);
+/// "%d" and "%04d" become the frame, "%%" a percent sign.
+QString fileName(const QString& pattern, int frame);
+} // namespace kxFramePattern

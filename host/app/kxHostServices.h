@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kxServices.h>
+
+#include <functional>
+
+/// Opens the dialog for whoever asks the service.
+class kxHostPreferencesService : public kxPreferencesService
+{
+    Q_OBJECT
+public:
+    explicit kxHostPreferencesService(std::function<void(const QString& page)> open) : _open(std::move(open)) {}
+    void openPreferences(const QString& page) override { _open(page); }
+
+private:
+    std::function<void(const QString& page)> _open;
+};
+
+/// The services that the host offers, known to the factory for as long as this lives.
+class kxHostServices
+{
+public:
+    explicit kxHostServices(std::function<void(const QString& page)> openPreferences);
+
+    kxCameraService& camera() { return _camera; }
+
+private:
+    kxSceneplateService _sceneplates;
+    kxMaterialService _materials;
+    kxCameraService _camera;
+    kxObjectService _objects;
+    kxNodeService _nodes;
+    kxHostPreferencesService _preferences;
+};

@@ -1,0 +1,70 @@
+#include "kxPluginLoader.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <exception>
+
+namespace
+{
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxPluginLoader", text);
+}
+} // namespace
+
+QString kxPluginLoader::defaultFile()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/libkxAnimationWidgets.so");
+}
+
+bool kxPluginLoader::load(const QString& file)
+{
+    const QFileInfo info(file);
+    if (!info.isFile())
+    {
+        _error = tr("There is no animation plug-in '%1'.").arg(QDir::toNativeSeparators(file));
+        return false;
+    }
+    _library.setFileName(info.absoluteFilePath());
+    // Its code stays for as long as the process: handlers, statics and script classes point into it.
+    _library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
+    if (!_library.load())
+    {
+        _error = tr("The animation plug-in can't be loaded: %1").arg(_library.errorString());
+        return false;
+    }
+    const auto version = reinterpret_cast<VersionFunction>(_library.resolve("getPluginVersion"));
+    _initPreferences = reinterpret_cast<InitFunction>(_library.resolve("initPreferencesPlugin"));
+    _initPlugin = reinterpret_cast<InitFunction>(_library.resolve("initPlugin"));
+    if (version == nullptr || _initPreferences == nullptr || _initPlugin == nullptr)
+    {
+        _initPlugin = nullptr;
+        _error = tr("'%1' is no animation plug-in: it lacks an entry point.").arg(file);
+        return false;
+    }
+    _version = QString::fromUtf8(version());
+    return true;
+}
+
+bool kxPluginLoader::start()
+{
+    if (!isLoaded())
+        return false;
+    try
+    {
+        _initPreferences();
+        _initPlugin();
+        return true;
+    }
+    catch (const std::exception& exception)
+    {
+        _error = tr("The animation plug-in failed to start: %1").arg(QString::fromLocal8Bit(exception.what()));
+    }
+    catch (...)
+    {
+        _error = tr("The animation plug-in failed to start.");
+    }
+    return false;
+}

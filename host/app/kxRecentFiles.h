@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+
+/// The scenes that were opened and saved last, newest first, kept between two starts.
+class kxRecentFiles : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr int Most = 10;
+
+    explicit kxRecentFiles(QObject* parent = nullptr);
+
+    /// Absolute paths.
+    const QStringList& files() const { return _files; }
+    void add(const QString& file);
+    void remove(const QString& file);
+    void clear();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void store();
+    QStringList _files;
+};

@@ -1,0 +1,143 @@
+#include "kxRenderDialog.h"
+
+#include "kxCommandLine.h"
+#include "kxHostSettings.h"
+
+#include <QKXSpiner.h>
+#include <kxAnimManager.h>
+#include <widgets/kxColors.h>
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+namespace
+{
+QKXSpiner* makeSpinner(int minimum, int maximum, int value, const QString& name, const QString& text, QWidget* parent)
+{
+    auto* const spinner = new QKXSpiner(parent);
+    spinner->setObjectName(name);
+    spinner->setAccessibleName(text);
+    spinner->setRange(minimum, maximum);
+    spinner->setValue(value);
+    return spinner;
+}
+
+QHBoxLayout* pair(QWidget* first, const QString& between, QWidget* second)
+{
+    auto* const row = new QHBoxLayout;
+    row->addWidget(first, 1);
+    row->addWidget(new QLabel(between));
+    row->addWidget(second, 1);
+    return row;
+}
+} // namespace
+
+kxRenderDialog::kxRenderDialog(Mode mode, const QString& proposal, QWidget* parent)
+    : QDialog(parent), _mode(mode), _file(new QLineEdit(this)), _transparent(new QCheckBox(tr("Transparent"), this)),
+      _problem(new QLabel(this))
+{
+    setObjectName(QStringLiteral("_renderDialog"));
+    setWindowTitle(mode == Image ? tr("Render Image") : tr("Render Frames"));
+    kxHostSettings settings;
+    const QSize last = settings.value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
+    const QString folder = settings.value(QStringLiteral("renderFolder"), QDir::homePath()).toString();
+    _file->setObjectName(QStringLiteral("_file"));
+    _file->setText(
+        QDir(folder).filePath(proposal + (mode == Image ? QStringLiteral(".png") : QStringLiteral("_%04d.png"))));
+    _file->setMinimumWidth(360);
+    _width = makeSpinner(1, 16384, last.width(), QStringLiteral("_width"), tr("Width"), this);
+    _height = makeSpinner(1, 16384, last.height(), QStringLiteral("_height"), tr("Height"), this);
+    auto* const browse = new QToolButton(this);
+    browse->setText(QStringLiteral("..."));
+    browse->setToolTip(tr("Choose a file"));
+    connect(browse, &QToolButton::clicked, this, &kxRenderDialog::choose);
+    auto* const fileRow = new QHBoxLayout;
+    fileRow->addWidget(_file, 1);
+    fileRow->addWidget(browse);
+
+    auto* const form = new QFormLayout(this);
+    form->addRow(mode == Image ? tr("File") : tr("Files"), fileRow);
+    form->addRow(tr("Size"), pair(_width, QStringLiteral("\u00d7"), _height));
+    if (mode == Frames)
+    {
+        const kxAnimManager* const manager = kxAnimManager::the();
+        _first = makeSpinner(-1000000, 1000000, manager->detailedRangeStart(), QStringLiteral("_first"),
+                             tr("First frame"), this);
+        _last = makeSpinner(-1000000, 1000000, manager->detailedRangeEnd(), QStringLiteral("_last"), tr("Last frame"),
+                            this);
+        form->addRow(tr("Frames"), pair(_first, tr("to"), _last));
+        connect(_first, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
+        connect(_last, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
+    }
+    form->addRow(tr("Background"), _transparent);
+    QPalette colors = _problem->palette();
+    colors.setColor(QPalette::WindowText, kxColors::accent());
+    _problem->setPalette(colors);
+    _problem->setWordWrap(true);
+    form->addRow(QString(), _problem);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    _render = buttons->addButton(tr("Render"), QDialogButtonBox::AcceptRole);
+    _render->setObjectName(QStringLiteral("_render"));
+    connect(buttons, &QDialogButtonBox::accepted, this,
+            [this]
+            {
+                kxHostSettings stored;
+                stored.setValue(QStringLiteral("renderSize"), size());
+                stored.setValue(QStringLiteral("renderFolder"), QFileInfo(file()).absolutePath());
+                accept();
+            });
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    form->addRow(buttons);
+    connect(_file, &QLineEdit::textChanged, this, &kxRenderDialog::check);
+    check();
+}
+
+void kxRenderDialog::choose()
+{
+    const QString chosen = QFileDialog::getSaveFileName(this, windowTitle(), file(), tr("Pictures (*.png *.jpg)"));
+    if (!chosen.isEmpty())
+        _file->setText(chosen);
+}
+
+void kxRenderDialog::check()
+{
+    const bool several = _mode == Frames && _last->value() > _first->value();
+    QString problem = kxFramePattern::problem(_file->text(), several);
+    if (problem.isEmpty() && _mode == Frames && _last->value() < _first->value())
+        problem = tr("the last frame stands before the first");
+    if (problem.isEmpty() && !QFileInfo(_file->text()).absoluteDir().exists())
+        problem = tr("there is no such folder");
+    if (!problem.isEmpty())
+        problem[0] = problem[0].toUpper();
+    _problem->setText(problem);
+    _render->setEnabled(problem.isEmpty());
+}
+
+QString kxRenderDialog::file() const
+{
+    return _file->text();
+}
+
+QSize kxRenderDialog::size() const
+{
+    return QSize(_width->value(), _height->value());
+}
+
+kxRenderJob::Range kxRenderDialog::range() const
+{
+    return _first == nullptr ? kxRenderJob::Range{} : kxRenderJob::Range{_first->value(), _last->value()};
+}
+
+bool kxRenderDialog::isTransparent() const
+{
+    return _transparent->isChecked();
+}

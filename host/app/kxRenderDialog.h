@@ -1,0 +1,43 @@
+#pragma once
+
+#include "kxRenderJob.h"
+
+#include <QDialog>
+
+class QCheckBox;
+class QKXSpiner;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+/// Asks what to render and where to: one picture, or a range of frames.
+class kxRenderDialog : public QDialog
+{
+    Q_OBJECT
+public:
+    enum Mode
+    {
+        Image,
+        Frames
+    };
+    kxRenderDialog(Mode mode, const QString& proposal, QWidget* parent);
+
+    QString file() const;
+    QSize size() const;
+    kxRenderJob::Range range() const;
+    bool isTransparent() const;
+
+private:
+    void choose();
+    void check();
+
+    Mode _mode;
+    QLineEdit* _file;
+    QKXSpiner* _width;
+    QKXSpiner* _height;
+    QKXSpiner* _first = nullptr; // of a range
+    QKXSpiner* _last = nullptr;
+    QCheckBox* _transparent;
+    QLabel* _problem;
+    QPushButton* _render;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QImage>
+#include <QSize>
+#include <QString>
+#include <view/kxOffscreen.h>
+
+#include <functional>
+
+/// Draws the open scene into picture files.
+///
+/// While it draws, the host says that it takes pictures.
+class kxRenderJob
+{
+public:
+    struct Range
+    {
+        int first = 0, last = 0; ///< both included
+    };
+
+    static bool isRunning();
+
+    /// Fills in the camera for a picture of this aspect; where empty, one that shows the whole scene.
+    std::function<kxViewCamera(float aspect)> camera;
+    /// Told after each picture; false ends the job. May be empty.
+    std::function<bool(int frame, const QString& file)> progress;
+    bool transparent = false;
+
+    /// One picture at the present frame.
+    bool renderImage(const QString& file, const QSize& size, QString& error);
+    /// A picture for each frame, by a pattern as in kxFramePattern. The frame that stood is set again at the end. Gives
+    /// how many were written; `error` says why it were less, empty where progress() ended it.
+    int renderFrames(const QString& pattern, const Range& range, const QSize& size, QString& error);
+
+private:
+    bool write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error);
+    kxViewCamera viewFor(const QSize& size);
+    static kxOffscreen& offscreen();
+};

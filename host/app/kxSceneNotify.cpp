@@ -1,0 +1,65 @@
+#include "kxSceneNotify.h"
+
+#include <kernel/kxModuleRegistry.h>
+#include <kxController.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxServices.h>
+#include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+namespace
+{
+void send(const char* name)
+{
+    kxMessage message;
+    kxController::call(name, message, 0);
+}
+
+void sendPropertyChanged()
+{
+    kxObjectService* const service = kxKernelServiceFactory::the().getService<kxObjectService>();
+    if (service != nullptr)
+        Q_EMIT service->propertyChangedBS();
+}
+} // namespace
+
+void kxSceneNotify::structureChanged()
+{
+    kxScene::the()->markStructureChanged();
+    kxMessage message(kxMessageId::SceneChanged);
+    kxModuleRegistry::the().deliver(message);
+    kxController::updateRender(false);
+}
+
+void kxSceneNotify::animationsChanged()
+{
+    kxAnimationService::the().animationsChanged();
+}
+
+void kxSceneNotify::fieldChanged(const osg::FieldContainerPtr& container)
+{
+    if (container == osg::NullFC)
+        return;
+    const osg::FieldContainerType& type = container->getType();
+    if (type.isDerivedFrom(osg::Material::_type))
+        send(kxMessageName::UberMaterialChanged);
+    else if (type.isDerivedFrom(osg::Camera::_type))
+        send(kxMessageName::UpdateNavigator);
+    else if (type.isDerivedFrom(osg::Light::_type))
+        send(kxMessageName::UpdateLight);
+    if (type.isDerivedFrom(osg::Transform::_type))
+        send(kxMessageName::ChangedTransformation);
+    sendPropertyChanged();
+    kxController::updateRender(false);
+}
+
+void kxSceneNotify::materialsChanged()
+{
+    kxScene::the()->markStructureChanged();
+    kxMaterialService* const service = kxKernelServiceFactory::the().getService<kxMaterialService>();
+    if (service != nullptr)
+        Q_EMIT service->materialsChanged();
+    send(kxMessageName::UberMaterialChanged);
+}

@@ -1,0 +1,89 @@
+#include "kxUnsavedWatch.h"
+
+#include <kxUndo.h>
+#include <osg/AnimAttachments.h>
+#include <osg/AnimNode.h>
+
+#include <QUndoStack>
+
+#include <algorithm>
+
+kxUnsavedWatch::kxUnsavedWatch(QObject* parent) : QObject(parent), _stack(kxUndoStack::get(0).stack())
+{
+    connect(_stack, &QUndoStack::indexChanged, this, &kxUnsavedWatch::stackMoved);
+    connect(_stack, &QUndoStack::cleanChanged, this, &kxUnsavedWatch::stackMoved);
+    if (osg::ChangeList* const list = osg::WinThreadBase::getCurrentChangeList())
+        list->addListener(this);
+}
+
+kxUnsavedWatch::~kxUnsavedWatch()
+{
+    if (osg::ChangeList* const list = osg::WinThreadBase::getCurrentChangeList())
+        list->subListener(this);
+}
+
+void kxUnsavedWatch::containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField)
+{
+    const osg::FieldContainerType& type = container->getType();
+    if (_editedBeside || _pending)
+        return;
+    // Marked by every evaluation, and no part of what a user makes.
+    const osg::BitVector transient =
+        osg::AnimNodeBase::PlayingFieldMask | osg::AnimNodeBase::LastEvaluationTimeFieldMask;
+    const bool isNode = type.isDerivedFrom(osg::AnimNodeBase::_type);
+    if (isNode ? !whichField.intersects(~transient)
+               : !type.isDerivedFrom(osg::AnimObject::_type) && !type.isDerivedFrom(osg::AnimAttachmentBase::_type) &&
+                     !type.isDerivedFrom(osg::TagAttachmentBase::_type))
+        return;
+    _pending = true;
+    // A step that made this edit reports within the same turn.
+    QMetaObject::invokeMethod(this, &kxUnsavedWatch::turnEnded, Qt::QueuedConnection);
+}
+
+void kxUnsavedWatch::stackMoved()
+{
+    _pending = false;
+    update();
+}
+
+void kxUnsavedWatch::turnEnded()
+{
+    _editedBeside = _editedBeside || _pending;
+    _pending = false;
+    update();
+}
+
+bool kxUnsavedWatch::hasSteps() const
+{
+    const int clean = _stack->cleanIndex(), index = _stack->index();
+    if (clean < 0)
+        return true;
+    const QString selection = kxUndoString(QStringLiteral("Select"), QStringLiteral("Scene"));
+    for (int i = std::min(clean, index); i < std::max(clean, index); ++i)
+        if (_stack->text(i) != selection)
+            return true;
+    return false;
+}
+
+void kxUnsavedWatch::update()
+{
+    const bool unsaved = _editedBeside || hasSteps();
+    if (unsaved == _unsaved)
+        return;
+    _unsaved = unsaved;
+    Q_EMIT unsavedChanged(unsaved);
+}
+
+void kxUnsavedWatch::markSaved()
+{
+    _editedBeside = false;
+    _pending = false;
+    _stack->setClean();
+    update();
+}
+
+void kxUnsavedWatch::startOver()
+{
+    _stack->clear();
+    markSaved();
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "kxFieldLook.h"
+
+#include <QWidget>
+#include <osg/FieldContainerFactory.h>
+#include <scene/FieldDescription.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+class QCheckBox;
+class QComboBox;
+class QKXDoubleSpiner;
+class kxColorButton;
+
+/// One field of the selected containers: shows the first one's value, and writes to all.
+class kxPropertyRow : public QWidget
+{
+    Q_OBJECT
+public:
+    /// The row that fits the field, null for one that isn't shown. `containers` isn't empty and all have the field.
+    static kxPropertyRow* make(const std::vector<osg::FieldContainerPtr>& containers,
+                               const osg::FieldDescription& field);
+
+    /// Reads the values again; a field that the user is typing in is left alone.
+    virtual void refresh() = 0;
+    /// The components that animations drive, by suffix.
+    virtual void setDriven(const std::set<std::string>& suffixes);
+
+    const std::string& field() const { return _field; }
+    const std::string& channel() const { return _channel; }
+    QString label() const { return _look.label; }
+    /// Those that live.
+    std::vector<osg::FieldContainerPtr> containers() const;
+
+protected:
+    kxPropertyRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field);
+    /// Null once all containers are gone.
+    osg::FieldContainerPtr first() const;
+    const osg::FieldDescription* description() const;
+    osg::FieldValue value() const;
+    void write(const osg::FieldValue& value);
+
+    kxFieldLook _look;
+
+private:
+    std::vector<unsigned int> _ids;
+    std::string _field, _channel;
+};
+
+/// Numbers side by side, with a colour patch before them where they are red, green and blue.
+class kxNumberRow : public kxPropertyRow
+{
+    Q_OBJECT
+public:
+    kxNumberRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field);
+    void refresh() override;
+    void setDriven(const std::set<std::string>& suffixes) override;
+
+private:
+    void addSpinner(unsigned component, const osg::FieldDescription& field);
+    float number(const osg::FieldContainerPtr& container, unsigned component) const;
+
+    std::vector<QKXDoubleSpiner*> _spinners;
+    std::vector<std::string> _suffixes;
+    kxColorButton* _color = nullptr; // null where the field is no colour
+};
+
+/// Yes or no.
+class kxCheckRow : public kxPropertyRow
+{
+    Q_OBJECT
+public:
+    kxCheckRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field);
+    void refresh() override;
+    void setDriven(const std::set<std::string>& suffixes) override;
+
+private:
+    QCheckBox* _box;
+};
+
+/// One of a few named values, or one of the scene's materials.
+class kxChoiceRow : public kxPropertyRow
+{
+    Q_OBJECT
+public:
+    kxChoiceRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field,
+                bool materials);
+    void refresh() override;
+
+private:
+    void fillMaterials();
+    bool _materials;
+    QComboBox* _box;
+};
