@@ -51,6 +51,13 @@ void tellListeners(kxInterpreter::Stream stream, const std::string& text)
         entry.listener(stream, text);
 }
 
+/// The log prints on the process's error stream itself.
+void report(const std::string& trace)
+{
+    kxLog::error(QString::fromStdString(trace).trimmed());
+    tellListeners(kxInterpreter::Error, trace);
+}
+
 PyObject* writeStream(PyObject*, PyObject* arguments)
 {
     int isError = 0;
@@ -66,7 +73,6 @@ PyObject* writeStream(PyObject*, PyObject* arguments)
     Py_RETURN_NONE;
 }
 
-/// The log prints on the process's error stream itself.
 PyObject* unhandledError(PyObject*, PyObject* arguments)
 {
     const char* bytes = nullptr;
@@ -74,12 +80,7 @@ PyObject* unhandledError(PyObject*, PyObject* arguments)
     if (!PyArg_ParseTuple(arguments, "y#", &bytes, &size))
         return nullptr;
     const std::string text(bytes, std::size_t(size));
-    onMainThread(
-        [text]
-        {
-            kxLog::error(QString::fromStdString(text).trimmed());
-            tellListeners(kxInterpreter::Error, text);
-        });
+    onMainThread([text] { report(text); });
     Py_RETURN_NONE;
 }
 
@@ -170,10 +171,10 @@ kxScriptResult toResult(PyObject* outcome)
     return result;
 }
 
-kxScriptResult logged(kxScriptResult result)
+kxScriptResult reported(kxScriptResult result)
 {
     if (!result.trace.empty())
-        kxLog::error(QString::fromStdString(result.trace).trimmed());
+        report(result.trace);
     return result;
 }
 } // namespace
@@ -203,22 +204,39 @@ bool kxInterpreter::isRunning()
     return runner != nullptr;
 }
 
+void kxInterpreter::adoptBuiltInModules()
+{
+    if (!isRunning())
+        return;
+    // Python imports only what stands in this tuple, which it fills at its start.
+    const Ref names(PyList_New(0));
+    for (const _inittab* entry = PyImport_Inittab; names && entry->name != nullptr; ++entry)
+    {
+        const Ref name(PyUnicode_FromString(entry->name));
+        if (!name || PyList_Append(names.get(), name.get()) != 0)
+            break;
+    }
+    const Ref tuple(names ? PyList_AsTuple(names.get()) : nullptr);
+    if (!tuple || PySys_SetObject("builtin_module_names", tuple.get()) != 0)
+        PyErr_Print();
+}
+
 kxScriptResult kxInterpreter::run(const std::string& text, const std::string& name)
 {
     if (!isRunning())
-        return logged(notRunning());
+        return reported(notRunning());
     const Ref outcome(
         PyObject_CallMethod(runner, "run_text", "y#s", text.data(), Py_ssize_t(text.size()), name.c_str()));
-    return logged(outcome ? toResult(outcome.get()) : internalError());
+    return reported(outcome ? toResult(outcome.get()) : internalError());
 }
 
 kxScriptResult kxInterpreter::runFile(const std::string& path)
 {
     if (!isRunning())
-        return logged(notRunning());
+        return reported(notRunning());
     const Ref decoded(PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size())));
     const Ref outcome(decoded ? PyObject_CallMethod(runner, "run_file", "O", decoded.get()) : nullptr);
-    return logged(outcome ? toResult(outcome.get()) : internalError());
+    return reported(outcome ? toResult(outcome.get()) : internalError());
 }
 
 kxScriptResult kxInterpreter::runInteractive(const std::string& text, bool* needsMore)

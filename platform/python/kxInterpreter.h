@@ -26,13 +26,16 @@ public:
         Output,
         Error
     };
-    /// Gets UTF-8 as scripts write it, in pieces of any length, always on the main thread.
+    /// Gets UTF-8 as scripts write it, in pieces of any length, and the traces that go to the log. Always called on the
+    /// main thread.
     typedef std::function<void(Stream stream, const std::string& text)> Listener;
 
     /// Starts Python and runs the registered script modules through both levels. Later calls do nothing. False, with
     /// the reason in the log, where Python can't start. It is never shut down.
     static bool start();
     static bool isRunning();
+    /// Lets modules be imported that entered the list of built-in modules after the start; before it this does nothing.
+    static void adoptBuiltInModules();
 
     /// Runs a text. A trace goes to the log too. `name` stands for the text in traces.
     static kxScriptResult run(const std::string& text, const std::string& name = "<script>");
@@ -44,7 +47,8 @@ public:
     /// The names in the script namespace that the dotted name `text` may go on as.
     static std::vector<std::string> complete(const std::string& text);
 
-    /// `listener` gets what scripts write, besides the process's own streams, until it is removed by the number given.
+    /// `listener` gets what scripts write, beside the process's own streams, until it is removed by the number that
+    /// this gives.
     static int addListener(Listener listener);
     static void removeListener(int number);
 };

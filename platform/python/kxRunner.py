@@ -100,7 +100,7 @@ def run_file(path):
         folder = os.path.dirname(os.path.abspath(path))
         if folder not in sys.path:
             sys.path.insert(0, folder)
-        linecache.checkcache(path)
+        linecache.cache.pop(path, None)
         sys.argv = [path]
         names["__file__"] = path
         exec(compile(source, path, "exec", dont_inherit=True), names)

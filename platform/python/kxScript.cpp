@@ -80,7 +80,10 @@ kxPythonRegister::kxPythonRegister(std::function<void(kxPythonRegisterFactory::L
     all.entries.push_back({this, 0});
     const std::set<kxPythonRegisterFactory::Level> passed = all.passed;
     for (const kxPythonRegisterFactory::Level level : passed)
+    {
         callSafely(_function, level);
+        kxInterpreter::adoptBuiltInModules();
+    }
 }
 
 kxPythonRegister::~kxPythonRegister()
