@@ -1,6 +1,5 @@
 #include <kxCurveMath.h>
 
-
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,0 +1,101 @@
+#include <kxAnimEvaluator.h>
+
+#include <animation/kxAnimWatch.h>
+#include <animation/kxChannelTarget.h>
+#include <animation/kxPlaybackQueue.h>
+#include <animation/kxTriggers.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace osg;
+
+struct kxAnimEvaluator::Private
+{
+};
+
+namespace
+{
+void writeValue(const kxChannelTarget& target, float value, bool mark)
+{
+    if (target.isNull() || !std::isfinite(value))
+        return;
+    target.write(value);
+    if (mark)
+        markChanged(FieldContainerPtr(target.container), target.field->mask());
+}
+} // namespace
+
+kxAnimEvaluator::kxAnimEvaluator() = default;
+
+kxAnimEvaluator* kxAnimEvaluator::the()
+{
+    static kxAnimEvaluator* const evaluator = new kxAnimEvaluator;
+    return evaluator;
+}
+
+void kxAnimEvaluator::enqueue(const AnimNodePtr& node, bool restart)
+{
+    kxPlaybackQueue::the().enqueue(node, restart);
+}
+
+void kxAnimEvaluator::dequeue(const AnimNodePtr& node, bool reset)
+{
+    kxPlaybackQueue::the().dequeue(node, reset);
+}
+
+void kxAnimEvaluator::dequeueAll()
+{
+    kxPlaybackQueue::the().dequeueAll();
+}
+
+bool kxAnimEvaluator::isPlaying(const AnimNodePtr& node) const
+{
+    return kxPlaybackQueue::the().isPlaying(node);
+}
+
+void kxAnimEvaluator::blockSequenceEvaluation(bool block)
+{
+    kxTriggers::setBlocked(block);
+}
+
+bool kxAnimEvaluator::isSequenceEvaluationBlocked() const
+{
+    return kxTriggers::isBlocked();
+}
+
+void kxAnimEvaluator::setOSGFieldValue(const AnimCurvePtr& curve, float value, bool mark)
+{
+    if (curve == NullFC)
+        return;
+    for (const FieldContainerPtr& aim : kxAims::ofCore(curve))
+        writeValue(kxChannelTarget::find(aim, *curve), value, mark);
+}
+
+void kxAnimEvaluator::setOSGFieldValue(const kxAnimManager::kxOSGChannelData& channel, float value, bool mark)
+{
+    writeValue(kxChannelTarget::find(channel.container, channel.name, channel.suffix), value, mark);
+}
+
+bool kxAnimEvaluator::computeAim(const AnimCurvePtr& curve, const FieldContainerPtr& container,
+                                 FieldContainerPtr& target, std::vector<FieldContainerPtr>& aims) const
+{
+    target = FieldContainerPtr();
+    aims.clear();
+    if (curve == NullFC)
+        return false;
+    aims = kxAims::ofCore(curve);
+    const FieldContainerPtr object = container != NullFC ? container : getFirstAim(curve);
+    const kxChannelTarget found = kxChannelTarget::find(object, *curve);
+    if (found.isNull())
+        return false;
+    target = FieldContainerPtr(found.container);
+    if (std::find(aims.begin(), aims.end(), object) == aims.end())
+        aims.push_back(object);
+    return true;
+}
+
+FieldContainerPtr kxAnimEvaluator::getFirstAim(const AnimCurvePtr& curve) const
+{
+    return kxAnimManager::the()->findFirstParent(curve);
+}

@@ -1,0 +1,342 @@
+#include <kxAnimManager.h>
+
+#include <animation/kxAnimManagerPrivate.h>
+#include <animation/kxAnimScene.h>
+#include <animation/kxAnimWatch.h>
+#include <animation/kxClipProgram.h>
+#include <animation/kxFrameTime.h>
+#include <animation/kxNodeTime.h>
+#include <animation/kxPlaybackQueue.h>
+#include <animation/kxRestValues.h>
+#include <animation/kxScenePlan.h>
+#include <animation/kxTimeRescale.h>
+#include <animation/kxTriggers.h>
+#include <kxController.h>
+#include <kxLog.h>
+#include <kxMessageNames.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+AnimNodePtr makeRoot(const char* name)
+{
+    const AnimNodePtr root = AnimNodeBase::create();
+    root->addRef();
+    root->setCore(Group::create());
+    root->setNodeName(name);
+    return root;
+}
+
+void sendChangedFPS()
+{
+    kxMessage message;
+    kxController::call(kxMessageName::ChangedFPS, message, 0);
+}
+} // namespace
+
+kxAnimManager* kxAnimManager::the()
+{
+    static kxAnimManager* const manager = new kxAnimManager;
+    return manager;
+}
+
+kxAnimManager::kxAnimManager() : _p(new Private)
+{
+    kxAnimWatch::the(); // listens from here on
+    _p->clipRoot = makeRoot("Clips");
+    _p->sceneRoot = makeRoot("Structure");
+}
+
+double kxAnimManager::fps() const
+{
+    return _p->fps;
+}
+
+void kxAnimManager::setFPS(double fps)
+{
+    if (!std::isfinite(fps) || fps <= 0)
+    {
+        kxLog::warning("A frame rate has to be above 0.");
+        return;
+    }
+    if (fps == _p->fps)
+        return;
+    const double old = _p->fps;
+    _p->fps = fps;
+    if (_p->keepKeysAtFrame)
+        kxTimeRescale::keepFrames(old, fps);
+    sendChangedFPS();
+    _p->evaluate(true); // another time at the same frame
+}
+
+double kxAnimManager::playbackFPS() const
+{
+    return _p->playbackFps;
+}
+
+void kxAnimManager::setPlaybackFPS(double fps)
+{
+    if (fps != -1.0 && (!std::isfinite(fps) || fps <= 0))
+    {
+        kxLog::warning("A playback rate has to be above 0, or -1 for every frame.");
+        return;
+    }
+    if (fps == _p->playbackFps)
+        return;
+    _p->playbackFps = fps;
+    sendChangedFPS();
+}
+
+double kxAnimManager::currentFrame() const
+{
+    return _p->frame;
+}
+
+double kxAnimManager::currentTime() const
+{
+    return _p->frame / _p->fps;
+}
+
+void kxAnimManager::Private::evaluate(bool all)
+{
+    // The time as records hold it, so that a frame meets the key that was made at it.
+    const double seconds = kxFrameTime::seconds(frame, fps);
+    if (playbackContextHint == 0 || !curveEditorData)
+    {
+        kxScenePlan::the().evaluate(seconds, all);
+        return;
+    }
+    std::vector<kxCurveData> shown;
+    curveEditorData(shown);
+    std::vector<AnimNodePtr> nodes;
+    for (const kxCurveData& data : shown)
+        if (const AnimNodePtr node = FieldContainerFactory::the()->get<AnimNode>(data.nodeId))
+            nodes.push_back(node);
+    kxScenePlan::the().update(); // rest values are known before anything is written
+    if (all || kxScenePlan::the().isStale())
+        kxClipPrograms::the().ofCurves(nodes).evaluate(seconds);
+    kxAnimWatch::the().clearStale();
+}
+
+void kxAnimManager::Private::announce(bool force)
+{
+    const double now = frame;
+    const int full = kxFrameTime::wholeFrame(now);
+    const bool hasFullChanged = force || full != announcedFullFrame;
+    announcedFrame = now;
+    announcedFullFrame = full;
+    kxMessage message;
+    message.set("frame", now);
+    kxController::call(kxMessageName::CurrentFrameChanged, message, 0);
+    if (!hasFullChanged)
+        return;
+    kxMessage fullMessage;
+    fullMessage.set("frame", full);
+    kxController::call(kxMessageName::CurrentFullFrameChanged, fullMessage, 0);
+}
+
+void kxAnimManager::setCurrentFrame(double frame, bool force, bool announce)
+{
+    if (!std::isfinite(frame))
+        return;
+    const bool moves = frame != _p->frame;
+    _p->frame = frame;
+    if (moves || force || kxScenePlan::the().isStale())
+        _p->evaluate(moves || force);
+    if (announce && (moves || force || frame != _p->announcedFrame))
+        _p->announce(force);
+}
+
+void kxAnimManager::setCurrentFrameNoEvaluation(double frame, bool announce)
+{
+    if (!std::isfinite(frame))
+        return;
+    const bool moves = frame != _p->frame;
+    _p->frame = frame;
+    if (announce && (moves || frame != _p->announcedFrame))
+        _p->announce(false);
+}
+
+void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool update, bool triggers, bool recordTime)
+{
+    if (node == NullFC || !std::isfinite(frame))
+        return;
+    const UInt32 id = node->getId();
+    const float seconds = kxFrameTime::seconds(frame, _p->fps);
+    const float before = node->getLastEvaluationTime();
+    const kxNodeTime::Map toRoot = kxNodeTime::toRoot(node->getParent());
+    kxClipPrograms::the().of(node).evaluate(toRoot.from(seconds));
+    if (triggers || recordTime)
+        node->setLastEvaluationTime(seconds);
+    if (recordTime)
+        markChanged(node, AnimNodeBase::LastEvaluationTimeFieldMask);
+    if (triggers)
+        kxTriggers::pass(FieldContainerFactory::the()->get<AnimNode>(id), toRoot.from(before), toRoot.from(seconds));
+    if (update)
+        kxController::updateRender(true);
+}
+
+int kxAnimManager::fullRangeStart() const
+{
+    return _p->fullRangeStart;
+}
+
+void kxAnimManager::setFullRangeStart(int frame)
+{
+    _p->fullRangeStart = frame;
+}
+
+int kxAnimManager::fullRangeEnd() const
+{
+    return _p->fullRangeEnd;
+}
+
+void kxAnimManager::setFullRangeEnd(int frame)
+{
+    _p->fullRangeEnd = frame;
+}
+
+int kxAnimManager::detailedRangeStart() const
+{
+    return _p->detailedRangeStart;
+}
+
+void kxAnimManager::setDetailedRangeStart(int frame)
+{
+    _p->detailedRangeStart = frame;
+}
+
+int kxAnimManager::detailedRangeEnd() const
+{
+    return _p->detailedRangeEnd;
+}
+
+void kxAnimManager::setDetailedRangeEnd(int frame)
+{
+    _p->detailedRangeEnd = frame;
+}
+
+bool kxAnimManager::loopTimeline() const
+{
+    return _p->loopTimeline;
+}
+
+void kxAnimManager::setLoopTimeline(bool value)
+{
+    _p->loopTimeline = value;
+}
+
+bool kxAnimManager::evaluateSubframes() const
+{
+    return _p->evaluateSubframes;
+}
+
+void kxAnimManager::setEvaluateSubframes(bool value)
+{
+    _p->evaluateSubframes = value;
+}
+
+bool kxAnimManager::keepKeysAtFrame() const
+{
+    return _p->keepKeysAtFrame;
+}
+
+void kxAnimManager::setKeepKeysAtFrame(bool value)
+{
+    _p->keepKeysAtFrame = value;
+}
+
+int kxAnimManager::playbackRangeHint() const
+{
+    return _p->playbackRangeHint;
+}
+
+void kxAnimManager::setPlaybackRangeHint(int value)
+{
+    _p->playbackRangeHint = value;
+}
+
+int kxAnimManager::playbackContextHint() const
+{
+    return _p->playbackContextHint;
+}
+
+void kxAnimManager::setPlaybackContextHint(int value)
+{
+    _p->playbackContextHint = value;
+}
+
+bool kxAnimManager::getVerifyClipStructure() const
+{
+    return _p->verifyClipStructure;
+}
+
+void kxAnimManager::setVerifyClipStructure(bool value)
+{
+    _p->verifyClipStructure = value;
+}
+
+void kxAnimManager::reevaluateAnimations(bool force)
+{
+    if (force || kxScenePlan::the().isStale())
+        _p->evaluate(force);
+}
+
+void kxAnimManager::updateSceneAnimCurveData()
+{
+    if (kxScenePlan::the().isStale())
+        _p->evaluate(false);
+}
+
+void kxAnimManager::setMotionBlurObjectID(unsigned int id)
+{
+    _p->motionBlurObjectId = id;
+}
+
+void kxAnimManager::resetMotionBlurObjectID()
+{
+    _p->motionBlurObjectId = 0;
+}
+
+unsigned int kxAnimManager::motionBlurObjectID() const
+{
+    return _p->motionBlurObjectId;
+}
+
+void kxAnimManager::setGetCurveEditorDataCB(CurveEditorDataCB function)
+{
+    _p->curveEditorData = std::move(function);
+}
+
+void kxAnimManager::pySetCurrentFrame(double frame)
+{
+    the()->setCurrentFrame(frame, false, true);
+}
+
+double kxAnimManager::pyGetCurrentFrame()
+{
+    return the()->currentFrame();
+}
+
+void kxAnimScene::clear()
+{
+    kxPlaybackQueue::the().dequeueAll();
+    kxTriggers::clear();
+    kxRestValues::the().clear();
+    kxScenePlan::the().clear();
+    kxClipPrograms::the().clear();
+    kxAnimManager* const manager = kxAnimManager::the();
+    for (const AnimNodePtr& root : {manager->clipStructureRoot(), manager->sceneStructureRoot()})
+    {
+        while (root->getNChildren() > 0)
+            root->subChild(root->getChild(root->getNChildren() - 1));
+        markChanged(root, Node::ChildrenFieldMask);
+    }
+    manager->resetMotionBlurObjectID();
+    manager->setCurrentFrameNoEvaluation(0, false);
+    kxAnimWatch::the().clearStale();
+}

@@ -1,0 +1,178 @@
+#include <kxAnimManager.h>
+
+#include <animation/kxAnimManagerPrivate.h>
+#include <animation/kxAnimTree.h>
+#include <animation/kxAttachmentRegistry.h>
+#include <animation/kxNodeTime.h>
+#include <kxScenegraph.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+/// One thing that was copied, twice: with the cores it had, for clones, and as it was, for copies.
+struct Copied
+{
+    AnimNodePtr shared; // a share of each
+    AnimNodePtr own;
+};
+
+std::vector<Copied>& clipboard()
+{
+    static std::vector<Copied>* const entries = new std::vector<Copied>; // for the life of the process
+    return *entries;
+}
+
+void clearClipboard()
+{
+    for (const Copied& entry : clipboard())
+    {
+        entry.shared->subRef();
+        entry.own->subRef();
+    }
+    clipboard().clear();
+}
+
+void addToClipboard(const AnimNodePtr& node)
+{
+    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false)};
+    entry.shared->addRef();
+    entry.own->addRef();
+    clipboard().push_back(entry);
+}
+
+/// Where pasted animations go: a node of the animation tree itself, or the root of an object's attachment.
+AnimNodePtr pasteParent(const FieldContainerPtr& target)
+{
+    if (const AnimNodePtr node = AnimNodePtr::dcast(target))
+        return AnimCurvePtr::dcast(node->getCore()) == NullFC ? node : AnimNodePtr();
+    const AttachmentContainerPtr object = AttachmentContainerPtr::dcast(target);
+    if (object == NullFC)
+        return AnimNodePtr();
+    AnimAttachmentPtr attachment = object->findAttachment<AnimAttachment>();
+    if (attachment == NullFC)
+    {
+        attachment = AnimAttachmentBase::create();
+        object->addAttachment(attachment);
+        markChanged(object, AttachmentContainer::AttachmentsFieldMask);
+    }
+    return attachment->getAnimationRoot();
+}
+
+std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores, bool flipped, bool keepNames)
+{
+    std::vector<AnimNodePtr> pasted;
+    const AnimNodePtr parent = clipboard().empty() ? AnimNodePtr() : pasteParent(target);
+    if (parent == NullFC)
+        return pasted;
+    for (const Copied& entry : clipboard())
+    {
+        const AnimNodePtr clone = cloneAnimTree(shareCores ? entry.shared : entry.own, shareCores);
+        if (flipped)
+            clone->setFlipped(true);
+        parent->addChild(clone);
+        // A bare channel curve is known by its channel's name.
+        if (!keepNames && AnimCurvePtr::dcast(clone->getCore()) == NullFC)
+            kxNodeUtils::setName(clone, entry.shared->getNodeName(), true, NodePtr());
+        pasted.push_back(clone);
+    }
+    markChanged(parent, Node::ChildrenFieldMask);
+    return pasted;
+}
+
+void unshareCore(const NodePtr& node)
+{
+    if (node->getCore() == NullFC || node->getCore()->getParents().size() < 2)
+        return;
+    node->setCore(kxAnimTree::copyCore(node->getCore()));
+    markChanged(node, Node::CoreFieldMask);
+}
+} // namespace
+
+void kxAnimManager::copy(const AnimNodePtr& node, const FieldContainerPtr&)
+{
+    copy(std::vector<AnimNodePtr>(1, node));
+}
+
+void kxAnimManager::copy(const std::vector<AnimNodePtr>& nodes)
+{
+    if (std::all_of(nodes.begin(), nodes.end(), [](const AnimNodePtr& node) { return node == NullFC; }))
+        return; // what was copied before stays
+    clearClipboard();
+    for (const AnimNodePtr& node : nodes)
+        if (node != NullFC)
+            addToClipboard(node);
+}
+
+std::vector<AnimNodePtr> kxAnimManager::pasteTo(const FieldContainerPtr& target, bool flipped, bool keepNames)
+{
+    return paste(target, false, flipped, keepNames);
+}
+
+std::vector<AnimNodePtr> kxAnimManager::clonePasteTo(const FieldContainerPtr& target, bool flipped, bool keepNames)
+{
+    return paste(target, true, flipped, keepNames);
+}
+
+std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr& clip, double seconds, bool flipped,
+                                                               bool unshareClips)
+{
+    if (!std::isfinite(seconds))
+        return {};
+    const std::vector<AnimNodePtr> pasted = paste(clip, true, flipped, false);
+    double earliest = INFINITY;
+    for (const AnimNodePtr& node : pasted)
+    {
+        float start = 0, end = 0;
+        node->getBounds(start, end);
+        earliest = std::min(earliest, double(start));
+    }
+    // Nodes that still have to find their track don't stand in each other's way.
+    std::vector<AnimNodePtr> waiting = pasted;
+    for (const AnimNodePtr& node : waiting)
+        clip->subChild((node->addRef(), node));
+    const double shift = kxNodeTime::toRoot(clip).from(seconds) - earliest;
+    for (const AnimNodePtr& node : waiting)
+    {
+        node->setOffset(Vec2f(float(node->getOffset().x() + shift), node->getOffset().y()));
+        node->invalidateExtent();
+        node->setOffset(Vec2f(node->getOffset().x(), calculateFreeOffsetYFor(node, clip, AnimNodePtr())));
+        if (AnimBlockPtr::dcast(node->getCore()) != NullFC)
+            node->setHidden(true);
+        clip->addChild(node);
+        node->subRef();
+        markChanged(node, AnimNodeBase::OffsetFieldMask | AnimNodeBase::HiddenFieldMask);
+        if (unshareClips)
+            unshareClipsR(node);
+    }
+    if (!pasted.empty())
+        markChanged(clip, Node::ChildrenFieldMask);
+    return pasted;
+}
+
+void kxAnimManager::unshareFrom(const AnimNodePtr& animation, const FieldContainerPtr& container)
+{
+    const AnimAttachmentPtr attachment = getAnimAttachment(container);
+    if (animation == NullFC || attachment == NullFC || kxAttachmentRegistry::above(animation) != attachment)
+        return;
+    traverse(animation,
+             [](const NodePtr& node)
+             {
+                 unshareCore(node);
+                 return Action::Continue;
+             });
+}
+
+void kxAnimManager::unshareClipsR(const AnimNodePtr& node)
+{
+    traverse(node,
+             [](const NodePtr& below)
+             {
+                 if (AnimClipPtr::dcast(below->getCore()) != NullFC)
+                     unshareCore(below);
+                 return Action::Continue;
+             });
+}

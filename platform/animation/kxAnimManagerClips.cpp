@@ -1,0 +1,122 @@
+#include <kxAnimManager.h>
+
+#include <animation/kxAnimManagerPrivate.h>
+#include <animation/kxCameraShots.h>
+#include <animation/kxNodeTime.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+using namespace osg;
+
+namespace
+{
+constexpr float TrackPitch = 50;
+
+/// Bars side by side on one track may meet; a point in time needs room of its own.
+bool overlap(double startA, double endA, double startB, double endB)
+{
+    const double slack = kxNodeTime::tolerance(std::max({std::abs(startA), std::abs(endA), std::abs(startB)}));
+    if (endA - startA <= slack || endB - startB <= slack)
+        return startA <= endB + slack && startB <= endA + slack;
+    return startA < endB - slack && startB < endA - slack;
+}
+
+/// The first free track for [start, end] in the time that the children of `parent` are placed in.
+float freeTrack(double start, double end, const AnimNodePtr& parent, const AnimNodePtr& excluded)
+{
+    std::set<long> taken;
+    if (parent != NullFC)
+        for (const NodePtr& child : parent->getChildren())
+        {
+            const AnimNodePtr node = AnimNodePtr::dcast(child);
+            double s = 0, e = 0;
+            if (node == NullFC || node == excluded || !kxNodeTime::extent(*node, s, e) || !overlap(start, end, s, e))
+                continue;
+            taken.insert(std::lround(std::clamp(double(node->getOffset().y()), -1.0e8, 1.0e8) / TrackPitch));
+        }
+    long track = 0;
+    while (taken.count(track) != 0)
+        ++track;
+    return float(track) * TrackPitch;
+}
+
+/// Takes out what a clip holds of blocks that no object has any more, and clips left empty. True where `node` is to go.
+bool isUnused(const AnimNodePtr& node, bool& changed)
+{
+    const bool isClip = AnimClipPtr::dcast(node->getCore()) != NullFC;
+    const bool isGroup = node->getCore() == NullFC || GroupPtr::dcast(node->getCore()) != NullFC;
+    if (!isClip && !isGroup)
+        return AnimSequencePtr::dcast(node->getCore()) == NullFC && AnimShotPtr::dcast(node->getCore()) == NullFC &&
+               kxAnimManager::the()->blockSceneRefCount(node) == 0;
+    bool hasLost = false;
+    const std::vector<NodePtr> children = node->getChildren();
+    for (const NodePtr& child : children)
+    {
+        const AnimNodePtr animation = AnimNodePtr::dcast(child);
+        if (animation == NullFC || !isUnused(animation, changed))
+            continue;
+        node->subChild(child);
+        hasLost = true;
+    }
+    if (hasLost)
+        markChanged(node, Node::ChildrenFieldMask);
+    changed = changed || hasLost;
+    return isClip && node->getNChildren() == 0;
+}
+} // namespace
+
+float kxAnimManager::calculateFreeOffsetYFor(const AnimNodePtr& node, const AnimNodePtr& parent,
+                                             const AnimNodePtr& excluded) const
+{
+    double start = 0, end = 0;
+    if (node == NullFC)
+        return 0;
+    if (!kxNodeTime::extent(*node, start, end))
+        start = end = node->getOffset().x();
+    return freeTrack(start, end, parent, excluded);
+}
+
+float kxAnimManager::calculateFreeOffsetYFor(float start, float end, const AnimNodePtr& parent,
+                                             const AnimNodePtr& excluded) const
+{
+    const kxNodeTime::Map map = kxNodeTime::toRoot(parent);
+    return freeTrack(map.from(start), map.from(std::max(start, end)), parent, excluded);
+}
+
+void kxAnimManager::verifyClipStructure()
+{
+    if (!_p->verifyClipStructure)
+        return;
+    bool changed = false;
+    isUnused(_p->clipRoot, changed);
+}
+
+void kxAnimManager::updateCameraShotCurves(const AnimNodePtr& node)
+{
+    kxCameraShots::updateCurves(node);
+}
+
+AnimNodePtr kxAnimManager::getCameraTrackBlock(const NodePtr& track) const
+{
+    AnimNodePtr block;
+    traverse(track,
+             [&block, this](const NodePtr& node)
+             {
+                 std::vector<AnimNodePtr> animations;
+                 if (const AnimAttachmentPtr attachment = getAnimAttachment(node))
+                     attachment->getTopLevelAnimations(animations, true);
+                 for (const AnimNodePtr& animation : animations)
+                     if (AnimBlockPtr::dcast(animation->getCore()) != NullFC &&
+                         (block == NullFC || (!block->isActive() && animation->isActive())))
+                         block = animation;
+                 return block == NullFC ? Action::Continue : Action::Quit;
+             });
+    return block;
+}
+
+void kxAnimManager::updateCameraTrackBlockForNode(const AnimNodePtr& block)
+{
+    kxCameraShots::updateCurves(block);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <kxAnimManager.h>
+
+/// What the manager keeps beside the engines of evaluation and playing.
+struct kxAnimManager::Private
+{
+    double fps = 24.0;
+    double playbackFps = 24.0;
+    double frame = 0;
+    // What the listeners were told last, so that an unannounced change in between doesn't swallow a message.
+    double announcedFrame = 0;
+    int announcedFullFrame = 0;
+
+    int fullRangeStart = 0;
+    int fullRangeEnd = 50;
+    int detailedRangeStart = 0;
+    int detailedRangeEnd = 25;
+    bool loopTimeline = true;
+    bool evaluateSubframes = true;
+    bool keepKeysAtFrame = false;
+    int playbackRangeHint = 0;
+    int playbackContextHint = 0;
+    bool verifyClipStructure = false;
+    unsigned int motionBlurObjectId = 0;
+    CurveEditorDataCB curveEditorData;
+
+    osg::AnimNodePtr clipRoot;  // a share
+    osg::AnimNodePtr sceneRoot; // a share
+
+    /// Writes the scene's values at the current frame: all, or those that are stale.
+    void evaluate(bool all);
+    void announce(bool force);
+};

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <osg/ChangeList.h>
+
+#include <vector>
+
+/// Notes what the marked changes make stale, for the plans of evaluation. Main thread only.
+class kxAnimWatch : public osg::ChangeListener
+{
+public:
+    static kxAnimWatch& the();
+
+    /// What the plans have met a container as.
+    enum Role : osg::UInt8
+    {
+        Used = 1,        ///< a plan points to it
+        SceneNode = 2,   ///< its place in time counts for the scene
+        SceneCurve = 4,  ///< its values count for the scene
+        FilledCurve = 8, ///< had keys when a plan was made
+        EmptyCurve = 16, ///< had none
+        StaleCurve = 32  ///< is in staleCurves()
+    };
+    void addRole(osg::UInt32 id, osg::UInt8 roles);
+    void subRole(osg::UInt32 id, osg::UInt8 roles);
+    /// Notes a curve with the role of its present state.
+    void addCurve(osg::UInt32 id, bool isEmpty, osg::UInt8 roles);
+
+    /// Moves on when the trees, the objects or the channels of curves have changed: a plan made at another count is not
+    /// used again.
+    osg::UInt64 structureCount() const { return _structureCount; }
+    void markStructure() { ++_structureCount; }
+
+    /// Curves of the scene whose keys changed since clearStale().
+    const std::vector<osg::UInt32>& staleCurves() const { return _staleCurves; }
+    /// A node of the scene's plan was moved in time.
+    bool areSceneTimesStale() const { return _sceneTimesStale; }
+    void clearStale();
+
+    /// While evaluation writes values nothing becomes stale.
+    void setMuted(bool muted) { _muted = muted; }
+
+    void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
+    void containerDestroyed(osg::UInt32 id) override;
+
+private:
+    kxAnimWatch();
+    void curveChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField);
+    osg::UInt8 roles(osg::UInt32 id) const { return id < _roles.size() ? _roles[id] : osg::UInt8(0); }
+
+    std::vector<osg::UInt8> _roles; // by container id
+    std::vector<osg::UInt32> _staleCurves;
+    osg::UInt64 _structureCount = 1;
+    bool _sceneTimesStale = false;
+    bool _muted = false;
+};

@@ -1,0 +1,252 @@
+#include <animation/kxClipProgram.h>
+
+#include <animation/kxAnimWatch.h>
+#include <animation/kxCurveEvaluation.h>
+#include <animation/kxNodeTime.h>
+#include <osg/AnimCores.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace osg;
+
+/// Options by channel, in the order in which the channels were met.
+struct kxClipProgram::Gathered
+{
+    std::vector<kxChannelTarget> targets;
+    std::vector<std::vector<Option>> options; ///< beside targets
+    std::unordered_map<kxChannelTarget, std::size_t> places;
+
+    std::vector<Option>& at(const kxChannelTarget& target)
+    {
+        const auto found = places.emplace(target, targets.size());
+        if (found.second)
+        {
+            targets.push_back(target);
+            options.emplace_back();
+        }
+        return options[found.first->second];
+    }
+};
+
+namespace
+{
+constexpr std::size_t MaxPrograms = 256; // more are the sign of a script that walks through all animations
+
+void addUsed(const FieldContainer& container)
+{
+    kxAnimWatch::the().addRole(container.getId(), kxAnimWatch::Used);
+}
+} // namespace
+
+kxClipProgram::~kxClipProgram() = default;
+
+/// What `node` drives, as one option of itself for each channel.
+kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
+{
+    Gathered result;
+    addUsed(node);
+    if (!isRoot && !node.isActive())
+        return result;
+    if (const AnimCurvePtr curve = AnimCurvePtr::dcast(node.getCore()))
+    {
+        kxAnimWatch::the().addCurve(curve->getId(), curve->isEmpty(), 0);
+        if (curve->isEmpty())
+            return result;
+        for (const FieldContainerPtr& object : kxAims::ofNode(NodePtr(const_cast<AnimNode*>(&node))))
+        {
+            const kxChannelTarget target = kxChannelTarget::find(object, *curve);
+            addUsed(*object);
+            if (target.isNull())
+                continue;
+            addUsed(*target.container);
+            Option option;
+            option.node = &node;
+            option.curve = curve.getCPtr();
+            result.at(target).push_back(std::move(option));
+        }
+        return result;
+    }
+    const bool isTimed = AnimBlockPtr::dcast(node.getCore()) == NullFC;
+    Gathered below;
+    for (const NodePtr& child : node.getChildren())
+    {
+        const AnimNodePtr animation = AnimNodePtr::dcast(child);
+        if (animation == NullFC)
+            continue;
+        Gathered fromChild = gather(*animation, false);
+        for (std::size_t i = 0; i < fromChild.targets.size(); ++i)
+        {
+            std::vector<Option>& options = below.at(fromChild.targets[i]);
+            if (!isTimed)
+                options.clear();
+            options.push_back(std::move(fromChild.options[i].front()));
+        }
+    }
+    for (std::size_t i = 0; i < below.targets.size(); ++i)
+    {
+        Option option;
+        option.node = &node;
+        option.isTimed = isTimed;
+        option.below = std::make_unique<Choice>();
+        option.below->options = std::move(below.options[i]);
+        result.at(below.targets[i]).push_back(std::move(option));
+    }
+    return result;
+}
+
+kxClipProgram::kxClipProgram(const AnimNodePtr& root)
+{
+    addChannels(gather(*root, true));
+}
+
+kxClipProgram::kxClipProgram(const std::vector<AnimNodePtr>& curveNodes)
+{
+    Gathered all;
+    for (const AnimNodePtr& node : curveNodes)
+    {
+        Gathered gathered = gather(*node, true);
+        for (std::size_t i = 0; i < gathered.targets.size(); ++i)
+        {
+            Option option = std::move(gathered.options[i].front());
+            // The nodes above place the curve as they do in the scene.
+            for (NodePtr above = node->getParent(); above != NullFC; above = above->getParent())
+                if (const AnimNodePtr animation = AnimNodePtr::dcast(above))
+                {
+                    addUsed(*animation);
+                    Option outer;
+                    outer.node = animation.getCPtr();
+                    outer.below = std::make_unique<Choice>();
+                    outer.below->options.push_back(std::move(option));
+                    option = std::move(outer);
+                }
+            std::vector<Option>& options = all.at(gathered.targets[i]);
+            options.clear();
+            options.push_back(std::move(option));
+        }
+    }
+    addChannels(std::move(all));
+}
+
+void kxClipProgram::addChannels(Gathered&& gathered)
+{
+    std::unordered_map<const FieldContainer*, std::size_t> order;
+    for (std::size_t i = 0; i < gathered.targets.size(); ++i)
+    {
+        order.emplace(gathered.targets[i].container, order.size());
+        _channels.push_back(Channel{gathered.targets[i], std::move(gathered.options[i].front())});
+    }
+    std::stable_sort(_channels.begin(), _channels.end(),
+                     [&order](const Channel& a, const Channel& b)
+                     { return order[a.target.container] < order[b.target.container]; });
+}
+
+/// Chooses by `time`, which is moved to the end of the option it lies outside of.
+kxClipProgram::Option& kxClipProgram::choose(Choice& choice, double& time, double tolerance)
+{
+    enum Rank
+    {
+        StartsLater,
+        Ended,
+        Holds
+    };
+    Option* best = nullptr;
+    Rank bestRank = StartsLater;
+    double bestNearness = 0, bestTime = time;
+    for (Option& option : choice.options)
+    {
+        double start = 0, end = 0;
+        if (!kxNodeTime::extent(*option.node, start, end))
+            continue;
+        const Rank rank = time < start - tolerance ? StartsLater : time > end + tolerance ? Ended : Holds;
+        // Greater is better: the latest end, the earliest start.
+        const double nearness = rank == Ended ? end : rank == StartsLater ? -start : 0;
+        const float track = option.node->getOffset().y();
+        if (best != nullptr)
+        {
+            if (rank < bestRank || (rank == bestRank && nearness < bestNearness))
+                continue;
+            if (rank == bestRank && nearness == bestNearness && track < best->node->getOffset().y())
+                continue;
+        }
+        best = &option;
+        bestRank = rank;
+        bestNearness = nearness;
+        bestTime = std::clamp(time, start, end);
+    }
+    time = bestTime;
+    return best == nullptr ? choice.options.back() : *best;
+}
+
+float kxClipProgram::valueOf(Option& option, double parentTime, double tolerance)
+{
+    double time = kxNodeTime::contentTime(*option.node, parentTime, tolerance);
+    const double ownTolerance = tolerance / option.node->getScale();
+    if (option.curve != nullptr)
+        return kxCurveEvaluation::value(*option.curve, time, option.cursor, ownTolerance);
+    Option& below = option.isTimed ? choose(*option.below, time, ownTolerance) : option.below->options.front();
+    return valueOf(below, time, ownTolerance);
+}
+
+void kxClipProgram::evaluate(double seconds)
+{
+    if (_channels.empty() || !std::isfinite(seconds))
+        return;
+    const double tolerance = kxNodeTime::tolerance(seconds);
+    for (std::size_t i = 0; i < _channels.size();)
+    {
+        FieldContainer* const container = _channels[i].target.container;
+        BitVector changed;
+        for (; i < _channels.size() && _channels[i].target.container == container; ++i)
+        {
+            const kxChannelTarget& target = _channels[i].target;
+            if (target.write(valueOf(_channels[i].root, seconds, tolerance)))
+                changed |= target.field->mask();
+        }
+        if (!changed.any())
+            continue;
+        kxAnimWatch::the().setMuted(true);
+        markChanged(FieldContainerPtr(container), changed);
+        kxAnimWatch::the().setMuted(false);
+    }
+}
+
+kxClipPrograms& kxClipPrograms::the()
+{
+    static kxClipPrograms* const programs = new kxClipPrograms;
+    return *programs;
+}
+
+void kxClipPrograms::clear()
+{
+    _programs.clear();
+    _curvesProgram.reset();
+    _curveNodes.clear();
+}
+
+void kxClipPrograms::dropStale()
+{
+    if (_madeAt != kxAnimWatch::the().structureCount() || _programs.size() > MaxPrograms)
+        clear();
+    _madeAt = kxAnimWatch::the().structureCount();
+}
+
+kxClipProgram& kxClipPrograms::of(const AnimNodePtr& root)
+{
+    dropStale();
+    std::unique_ptr<kxClipProgram>& program = _programs[root->getId()];
+    if (program == nullptr)
+        program = std::make_unique<kxClipProgram>(root);
+    return *program;
+}
+
+kxClipProgram& kxClipPrograms::ofCurves(const std::vector<AnimNodePtr>& curveNodes)
+{
+    dropStale();
+    if (_curvesProgram == nullptr || _curveNodes != curveNodes)
+    {
+        _curvesProgram = std::make_unique<kxClipProgram>(curveNodes);
+        _curveNodes = curveNodes;
+    }
+    return *_curvesProgram;
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <animation/kxChannelTarget.h>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+/// What one animation drives, made ready for evaluation at any time.
+///
+/// For each channel that anything below the root drives, a clip chooses among its active children: the one whose extent
+/// holds the time (of several the one on the higher track, then the later child); else the one that ended last, held at
+/// its end; else the one that starts first, at its start. In a block the last child counts. The root itself counts
+/// whether it is active or not: it was asked for.
+class kxClipProgram
+{
+public:
+    explicit kxClipProgram(const osg::AnimNodePtr& root);
+    /// The curves of these nodes alone, each at the time that its place in the tree gives, active or not. `seconds` of
+    /// evaluate() is the time of their trees' roots.
+    explicit kxClipProgram(const std::vector<osg::AnimNodePtr>& curveNodes);
+    ~kxClipProgram();
+
+    /// Writes all values at `seconds` of the parent's time, and marks each container once.
+    void evaluate(double seconds);
+    bool isEmpty() const { return _channels.empty(); }
+
+private:
+    struct Option;
+    /// The options of one channel at one place of the tree.
+    struct Choice
+    {
+        std::vector<Option> options;
+    };
+    struct Option
+    {
+        const osg::AnimNode* node = nullptr;
+        const osg::AnimCurve* curve = nullptr; ///< for a leaf
+        osg::UInt32 cursor = 0;
+        bool isTimed = false; ///< the choice below is made by time, else it has one option
+        std::unique_ptr<Choice> below;
+    };
+    struct Gathered;
+
+    static Gathered gather(const osg::AnimNode& node, bool isRoot);
+    static float valueOf(Option& option, double parentTime, double tolerance);
+    static Option& choose(Choice& choice, double& time, double tolerance);
+
+    struct Channel
+    {
+        kxChannelTarget target;
+        Option root;
+    };
+    void addChannels(Gathered&& gathered);
+    std::vector<Channel> _channels; // those of one container in a row
+};
+
+/// The programs of the animations that were evaluated lately; made anew when trees change.
+class kxClipPrograms
+{
+public:
+    static kxClipPrograms& the();
+    kxClipProgram& of(const osg::AnimNodePtr& root);
+    /// For the curves that the graph shows.
+    kxClipProgram& ofCurves(const std::vector<osg::AnimNodePtr>& curveNodes);
+    void clear();
+
+private:
+    void dropStale();
+    std::unordered_map<osg::UInt32, std::unique_ptr<kxClipProgram>> _programs; // by root id
+    std::unique_ptr<kxClipProgram> _curvesProgram;
+    std::vector<osg::AnimNodePtr> _curveNodes;
+    osg::UInt64 _madeAt = 0;
+};

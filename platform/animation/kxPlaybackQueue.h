@@ -1,0 +1,45 @@
+#pragma once
+
+#include <osg/AnimNode.h>
+
+#include <vector>
+
+/// Animations that play in their own time beside the timeline, one pass of their extent each.
+///
+/// "dequeuedAnimation" goes out for each one that leaves.
+class kxPlaybackQueue
+{
+public:
+    static kxPlaybackQueue& the();
+
+    void enqueue(const osg::AnimNodePtr& node, bool restart);
+    /// `reset`: the objects go to the state at the animation's start.
+    void dequeue(const osg::AnimNodePtr& node, bool reset);
+    void dequeueAll();
+    void pause(const osg::AnimNodePtr& node, bool pause);
+    bool isPlaying(const osg::AnimNodePtr& node) const;
+    bool isPlaying(const std::string& name) const;
+    /// Writes the values at the start of the animation's extent.
+    void showStart(const osg::AnimNodePtr& node);
+
+private:
+    kxPlaybackQueue() = default;
+
+    struct Entry
+    {
+        osg::UInt32 nodeId;
+        double position;  // seconds of the parent's time
+        double lastClock; // of the playback clock
+        bool isPaused;
+        bool isFresh; // nothing of it was shown yet
+    };
+    std::vector<Entry>::iterator find(osg::UInt32 nodeId);
+    std::vector<Entry>::const_iterator find(osg::UInt32 nodeId) const;
+    void leave(osg::UInt32 nodeId);
+    void tick();
+    void advance(osg::UInt32 nodeId, double now);
+    void updateTicks();
+
+    std::vector<Entry> _entries;
+    int _ticks = 0; // number of the clock's ticker, 0 for none
+};

@@ -1,0 +1,239 @@
+#include <animation/kxScenePlan.h>
+
+#include <animation/kxAnimWatch.h>
+#include <animation/kxAttachmentRegistry.h>
+#include <animation/kxCurveEvaluation.h>
+#include <animation/kxNodeTime.h>
+#include <animation/kxRestValues.h>
+#include <animation/kxScenePlanBuilder.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+
+#include <algorithm>
+#include <unordered_map>
+
+using namespace osg;
+
+namespace
+{
+/// Below this many curves the start of threads costs more than it saves.
+constexpr std::size_t ParallelThreshold = 4000;
+
+std::size_t pairHash(UInt32 node, UInt32 curve)
+{
+    return (std::size_t(node) << 32) | curve;
+}
+} // namespace
+
+kxScenePlan& kxScenePlan::the()
+{
+    static kxScenePlan* const plan = new kxScenePlan;
+    return *plan;
+}
+
+bool kxScenePlan::isStale() const
+{
+    const kxAnimWatch& watch = kxAnimWatch::the();
+    return _madeAt != watch.structureCount() || watch.areSceneTimesStale() || !watch.staleCurves().empty() ||
+           !_dirty.empty();
+}
+
+void kxScenePlan::clear()
+{
+    _entries.clear();
+    _infos.clear();
+    _groups.clear();
+    _masks.clear();
+    _changed.clear();
+    _dirty.clear();
+    _contexts.clear();
+    _madeAt = 0;
+}
+
+void kxScenePlan::update()
+{
+    kxAnimWatch& watch = kxAnimWatch::the();
+    if (_madeAt == watch.structureCount())
+        return;
+    collectStaleCurves();
+    // What stays as it was keeps its cursor and isn't written again before the time moves, so that a value that the
+    // user has just changed stands.
+    std::unordered_map<std::size_t, UInt32> oldEntries;
+    std::unordered_map<std::size_t, bool> oldDirty;
+    for (std::size_t i = 0; i < _infos.size(); ++i)
+        oldEntries.emplace(
+            pairHash(_infos[i].nodeId, _infos[i].curveId) ^ std::hash<kxChannelTarget>()(_infos[i].target), UInt32(i));
+    for (const UInt32 index : _dirty)
+        oldDirty[index] = true;
+    for (const Info& info : _infos)
+        watch.subRole(info.curveId, kxAnimWatch::SceneCurve);
+    for (const UInt32 id : _sceneNodes)
+        watch.subRole(id, kxAnimWatch::SceneNode);
+    _sceneNodes.clear();
+
+    kxScenePlanBuilder builder;
+    builder.build();
+    _contexts.assign(1, Context{nullptr, 0});
+    for (const kxScenePlanBuilder::Place& place : builder.places)
+        _contexts.push_back(Context{place.node, place.parent});
+
+    std::vector<Entry> entries;
+    std::vector<Info> infos;
+    std::vector<kxChannelTarget> driven;
+    entries.reserve(builder.drives.size());
+    infos.reserve(builder.drives.size());
+    driven.reserve(builder.drives.size());
+    _groups.clear();
+    _masks.clear();
+    _dirty.clear();
+    for (const kxScenePlanBuilder::Drive& drive : builder.drives)
+    {
+        if (_groups.empty() || _groups.back().container != drive.target.container)
+        {
+            _groups.push_back(Group{drive.target.container, UInt32(entries.size()), UInt32(entries.size())});
+            _masks.emplace_back();
+        }
+        ++_groups.back().end;
+        _masks.back() |= drive.target.field->mask();
+        const auto old =
+            oldEntries.find(pairHash(drive.nodeId, drive.curve->getId()) ^ std::hash<kxChannelTarget>()(drive.target));
+        const bool isKnown = old != oldEntries.end() && _infos[old->second].target == drive.target;
+        if (!isKnown || oldDirty.count(old->second) != 0)
+            _dirty.push_back(UInt32(entries.size()));
+        entries.push_back(
+            Entry{drive.curve, drive.target.address(), drive.place, isKnown ? _entries[old->second].cursor : 0});
+        infos.push_back(Info{drive.target, drive.nodeId, drive.curve->getId()});
+        driven.push_back(drive.target);
+        watch.addRole(drive.target.container->getId(), kxAnimWatch::Used);
+        watch.addRole(drive.curve->getId(), kxAnimWatch::SceneCurve);
+    }
+    _entries.swap(entries);
+    _infos.swap(infos);
+    _changed.assign(_groups.size(), 0);
+    _sceneNodes = builder.nodeIds;
+    watch.setMuted(true);
+    kxRestValues::the().update(driven);
+    watch.setMuted(false);
+    _madeAt = watch.structureCount();
+}
+
+/// Turns the curves that changed into entries to evaluate.
+void kxScenePlan::collectStaleCurves()
+{
+    kxAnimWatch& watch = kxAnimWatch::the();
+    if (watch.areSceneTimesStale())
+    {
+        _dirty.resize(_entries.size());
+        for (std::size_t i = 0; i < _dirty.size(); ++i)
+            _dirty[i] = UInt32(i);
+    }
+    else if (!watch.staleCurves().empty())
+    {
+        std::vector<UInt32> stale = watch.staleCurves();
+        std::sort(stale.begin(), stale.end());
+        for (std::size_t i = 0; i < _infos.size(); ++i)
+            if (std::binary_search(stale.begin(), stale.end(), _infos[i].curveId))
+                _dirty.push_back(UInt32(i));
+    }
+    // Entries that were made dirty twice are evaluated twice: no harm.
+    watch.clearStale();
+}
+
+void kxScenePlan::computeTimes(double seconds)
+{
+    _times.resize(_contexts.size());
+    _tolerance = kxNodeTime::tolerance(seconds);
+    _times[0] = seconds;
+    for (std::size_t i = 1; i < _contexts.size(); ++i)
+        _times[i] = kxNodeTime::contentTime(*_contexts[i].node, _times[_contexts[i].parent], _tolerance);
+}
+
+float kxScenePlan::valueOf(Entry& entry) const
+{
+    return kxCurveEvaluation::value(*entry.curve, _times[entry.context], entry.cursor, _tolerance);
+}
+
+bool kxScenePlan::writeEntry(std::size_t index)
+{
+    Entry& entry = _entries[index];
+    const float value = valueOf(entry);
+    if (entry.address == nullptr)
+        return _infos[index].target.write(value);
+    if (*entry.address == value)
+        return false;
+    *entry.address = value;
+    return true;
+}
+
+bool kxScenePlan::evaluateGroup(const Group& group)
+{
+    bool changed = false;
+    for (std::size_t i = group.begin; i < group.end; ++i)
+        changed = writeEntry(i) || changed;
+    return changed;
+}
+
+void kxScenePlan::markGroup(const Group& group, const BitVector& mask) const
+{
+    markChanged(FieldContainerPtr(group.container), mask);
+}
+
+void kxScenePlan::evaluateAll()
+{
+    const auto evaluateRange = [this](std::size_t begin, std::size_t end)
+    {
+        for (std::size_t g = begin; g < end; ++g)
+            _changed[g] = evaluateGroup(_groups[g]) ? 1 : 0;
+    };
+    // A container is written by one thread: the writers of its fields may share data.
+    if (_entries.size() < ParallelThreshold)
+        evaluateRange(0, _groups.size());
+    else
+        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, _groups.size(), 64),
+                          [&](const tbb::blocked_range<std::size_t>& r) { evaluateRange(r.begin(), r.end()); });
+    for (std::size_t g = 0; g < _groups.size(); ++g)
+        if (_changed[g] != 0)
+            markGroup(_groups[g], _masks[g]);
+}
+
+void kxScenePlan::evaluateDirty()
+{
+    std::sort(_dirty.begin(), _dirty.end());
+    std::size_t g = 0;
+    for (std::size_t i = 0; i < _dirty.size();)
+    {
+        while (_groups[g].end <= _dirty[i])
+            ++g;
+        bool changed = false;
+        BitVector mask;
+        for (; i < _dirty.size() && _dirty[i] < _groups[g].end; ++i)
+            if (writeEntry(_dirty[i]))
+            {
+                changed = true;
+                mask |= _infos[_dirty[i]].target.field->mask();
+            }
+        if (changed)
+            markGroup(_groups[g], mask);
+    }
+}
+
+void kxScenePlan::evaluate(double seconds, bool all)
+{
+    update();
+    collectStaleCurves();
+    if (_entries.empty() || (!all && _dirty.empty()))
+    {
+        _dirty.clear();
+        return;
+    }
+    computeTimes(seconds);
+    kxAnimWatch::the().setMuted(true);
+    if (all)
+        evaluateAll();
+    else
+        evaluateDirty();
+    kxAnimWatch::the().setMuted(false);
+    _dirty.clear();
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <animation/kxChannelTarget.h>
+#include <osg/AnimCurve.h>
+
+#include <vector>
+
+/// What a change of the scene's time does: a flat list of (curve, target) pairs, grouped by target container.
+///
+/// Made from all attachments of objects in the scene and of materials: active channel curves and the curves of active
+/// blocks; a node counts as active where it and all above it are. Of several curves that drive one channel the last one
+/// in the tree's order counts. Made again only when kxAnimWatch says that trees or channels changed.
+class kxScenePlan
+{
+public:
+    static kxScenePlan& the();
+
+    /// True where the trees, the places in time or the keys have changed since the last evaluation.
+    bool isStale() const;
+    /// Evaluates at a time of the scene, in seconds: all, or what is stale.
+    void evaluate(double seconds, bool all);
+    /// Makes the plan anew where it is stale, which also settles the rest values.
+    void update();
+    /// Forgets all.
+    void clear();
+
+    std::size_t curveCount() const { return _entries.size(); }
+
+private:
+    kxScenePlan() = default;
+
+    /// A place in time: what nodes on the way from the attachment's root to a curve do to the time.
+    struct Context
+    {
+        const osg::AnimNode* node; ///< null for the scene's own time
+        osg::UInt32 parent;
+    };
+    struct Entry
+    {
+        const osg::AnimCurve* curve;
+        float* address; ///< null where the field's writer is needed
+        osg::UInt32 context;
+        osg::UInt32 cursor;
+    };
+    struct Info
+    {
+        kxChannelTarget target;
+        osg::UInt32 nodeId;
+        osg::UInt32 curveId;
+    };
+    struct Group
+    {
+        osg::FieldContainer* container;
+        osg::UInt32 begin, end; ///< entries
+    };
+    class Builder;
+
+    float valueOf(Entry& entry) const;
+    bool writeEntry(std::size_t index);
+    void computeTimes(double seconds);
+    void evaluateAll();
+    void evaluateDirty();
+    bool evaluateGroup(const Group& group);
+    void markGroup(const Group& group, const osg::BitVector& mask) const;
+    void collectStaleCurves();
+
+    std::vector<Context> _contexts; // a parent before its children; the first is the scene's time
+    std::vector<double> _times;     // of the contexts at the present evaluation
+    std::vector<Entry> _entries;
+    std::vector<Info> _infos; // beside _entries: what the hot loop doesn't need
+    std::vector<Group> _groups;
+    std::vector<osg::BitVector> _masks; // beside _groups: all fields that the group writes
+    std::vector<osg::UInt8> _changed;   // beside _groups
+    std::vector<osg::UInt32> _dirty;    // entries to evaluate though time stands
+    std::vector<osg::UInt32> _sceneNodes;
+    double _tolerance = 0;
+    osg::UInt64 _madeAt = 0; // structure count
+};

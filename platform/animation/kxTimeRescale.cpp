@@ -1,0 +1,84 @@
+#include <animation/kxTimeRescale.h>
+
+#include <animation/kxFrameTime.h>
+#include <osg/AnimCores.h>
+#include <osg/AnimCurve.h>
+#include <osg/AnimNode.h>
+#include <osg/FieldContainerFactory.h>
+
+using namespace osg;
+
+namespace
+{
+class Rescale
+{
+public:
+    Rescale(double oldFps, double newFps) : _oldFps(oldFps), _newFps(newFps) {}
+
+    float operator()(float seconds) const
+    {
+        return kxFrameTime::seconds(kxFrameTime::frame(seconds, _oldFps), _newFps);
+    }
+    Vec2f vector(const Vec2f& v) const { return Vec2f(float(v.x() * (_oldFps / _newFps)), v.y()); }
+
+private:
+    double _oldFps, _newFps;
+};
+
+void rescaleCurve(AnimCurve& curve, const Rescale& rescale)
+{
+    for (CCPnt& key : curve.editControlPoints())
+    {
+        key.setX(rescale(key.x()));
+        key.setIntangent(rescale.vector(key.intangent()));
+        key.setOuttangent(rescale.vector(key.outtangent()));
+    }
+}
+
+void rescaleNode(AnimNode& node, const Rescale& rescale)
+{
+    node.setOffset(Vec2f(rescale(node.getOffset().x()), node.getOffset().y()));
+    node.setPlayRange(Pnt2f(rescale(node.getPlayRange().x()), rescale(node.getPlayRange().y())));
+    node.setLastEvaluationTime(rescale(node.getLastEvaluationTime()));
+}
+} // namespace
+
+void kxTimeRescale::keepFrames(double oldFps, double newFps)
+{
+    const Rescale rescale(oldFps, newFps);
+    const FieldContainerFactory& factory = *FieldContainerFactory::the();
+    const std::size_t count = factory.getFieldContainerStore().size();
+    for (UInt32 id = 1; id < count; ++id)
+    {
+        const FieldContainerPtr container = factory.getContainer(id);
+        if (container == NullFC)
+            continue;
+        if (const AnimCurvePtr curve = AnimCurvePtr::dcast(container))
+        {
+            rescaleCurve(*curve, rescale);
+            markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+        }
+        else if (const AnimNodePtr node = AnimNodePtr::dcast(container))
+        {
+            rescaleNode(*node, rescale);
+            markChanged(node, AnimNodeBase::OffsetFieldMask | AnimNodeBase::UsePlayRangeFieldMask);
+        }
+        else if (const AnimShotPtr shot = AnimShotPtr::dcast(container))
+        {
+            shot->setShotDuration(rescale(shot->getShotDuration()));
+            shot->setTransitionDuration(rescale(shot->getTransitionDuration()));
+            markChanged(shot, AnimShotBase::ShotFieldMask);
+        }
+        else if (const AnimWizClipPtr clip = AnimWizClipPtr::dcast(container))
+        {
+            clip->setStart(rescale(clip->getStart()));
+            clip->setDuration(rescale(clip->getDuration()));
+            markChanged(clip, AnimWizClipBase::StartFieldMask | AnimWizClipBase::DurationFieldMask);
+        }
+        else if (const TimeShapeCachePtr cache = TimeShapeCachePtr::dcast(container))
+        {
+            cache->setRange(Pnt2f(rescale(cache->getRange().x()), rescale(cache->getRange().y())));
+            markChanged(cache, TimeShapeCacheBase::RangeFieldMask);
+        }
+    }
+}

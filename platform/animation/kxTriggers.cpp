@@ -1,0 +1,176 @@
+#include <animation/kxTriggers.h>
+
+#include <animation/kxNodeTime.h>
+#include <osg/AnimCores.h>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+#include <vector>
+
+using namespace osg;
+
+namespace
+{
+/// More passes of a cycle than this inside one frame fire as this many.
+constexpr double MaxPasses = 100;
+
+struct Span
+{
+    double from = 0;
+    double to = 0;
+    bool includesFrom = false;
+    double tolerance = 0;
+
+    bool isForward() const { return from <= to; }
+    bool contains(double t) const
+    {
+        // What lies at `from` fired when the time got there, and it got there within the rounding of floats.
+        if (std::abs(t - from) <= tolerance)
+            return includesFrom;
+        return isForward() ? t > from && t <= to + tolerance : t < from && t >= to - tolerance;
+    }
+    /// The way through the span up to t, for the order of firing.
+    double distance(double t) const { return std::abs(t - from); }
+};
+
+struct Event
+{
+    double distance;
+    UInt32 nodeId;
+    std::string name;
+    kxTriggers::Kind kind;
+};
+typedef std::vector<Event> Events;
+
+struct State
+{
+    kxTriggers::Handler handler;
+    bool isBlocked = false;
+    UInt32 rootId = 0; // where the time stands, and what has fired there
+    double standingAt = 0;
+    std::unordered_set<UInt32> firedHere;
+};
+
+State& state()
+{
+    static State* const instance = new State;
+    return *instance;
+}
+
+void collect(const AnimNode& node, const Span& span, double travelled, double rate, Events& events, bool isRoot);
+
+void collectContent(const AnimNode& node, const Span& span, double travelled, double rate, Events& events)
+{
+    if (const AnimSequencePtr sequence = AnimSequencePtr::dcast(node.getCore()))
+    {
+        const kxTriggers::Kind kind = sequence->getIsVariant()     ? kxTriggers::Kind::Variant
+                                      : sequence->getIsViewpoint() ? kxTriggers::Kind::Viewpoint
+                                                                   : kxTriggers::Kind::Sequence;
+        if (span.contains(0))
+            events.push_back({travelled + rate * span.distance(0), node.getId(), sequence->getName(), kind});
+        return;
+    }
+    for (const NodePtr& child : node.getChildren())
+        if (const AnimNodePtr animation = AnimNodePtr::dcast(child))
+            collect(*animation, span, travelled, rate, events, false);
+}
+
+/// Splits a span of the parent's time at the borders of passes and goes on into each.
+void collect(const AnimNode& node, const Span& span, double travelled, double rate, Events& events, bool isRoot)
+{
+    if (!isRoot && !node.isActive())
+        return;
+    const double scale = node.getScale(), offset = node.getOffset().x();
+    Span own = {(span.from - offset) / scale, (span.to - offset) / scale, span.includesFrom, span.tolerance / scale};
+    rate *= scale;
+    float start = 0, end = 0;
+    if (!node.getContentExtent(start, end))
+        return;
+    const double length = double(end) - start;
+    const auto pass = [&](Span piece, double passTravelled)
+    {
+        if (node.getUsePlayRange())
+        {
+            piece.from = std::clamp(piece.from, double(start), double(end));
+            piece.to = std::clamp(piece.to, double(start), double(end));
+        }
+        if (node.getFlipped())
+        {
+            piece.from = double(start) + end - piece.from;
+            piece.to = double(start) + end - piece.to;
+        }
+        collectContent(node, piece, passTravelled, rate, events);
+    };
+    if (node.getPostCycles() == 0 || length <= 0)
+    {
+        pass(own, travelled);
+        return;
+    }
+    const double last = node.getPostCycles() < 0 ? INFINITY : double(node.getPostCycles());
+    const auto passOf = [&](double t)
+    { return std::clamp(std::floor((t - start + own.tolerance) / length), 0.0, last); };
+    const double first = passOf(own.from), final = passOf(own.to);
+    const bool isForward = first <= final;
+    const double count = std::min(std::abs(final - first), MaxPasses);
+    for (double i = 0; i <= count; ++i)
+    {
+        const double index = i == count ? final : isForward ? first + i : first - i;
+        const double shift = index * length;
+        const double begin = start + shift + (isForward ? 0 : length),
+                     border = start + shift + (isForward ? length : 0);
+        const double from = i == 0 ? own.from : begin;
+        pass({from - shift, (i == count ? own.to : border) - shift, i > 0 || own.includesFrom, own.tolerance},
+             travelled + rate * std::abs(from - own.from));
+    }
+}
+} // namespace
+
+void kxTriggers::setHandler(Handler handler)
+{
+    state().handler = std::move(handler);
+}
+
+void kxTriggers::setBlocked(bool blocked)
+{
+    state().isBlocked = blocked;
+}
+
+bool kxTriggers::isBlocked()
+{
+    return state().isBlocked;
+}
+
+void kxTriggers::clear()
+{
+    state().rootId = 0;
+    state().firedHere.clear();
+}
+
+void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
+{
+    State& s = state();
+    if (node == NullFC || s.isBlocked || !std::isfinite(from) || !std::isfinite(to))
+        return;
+    const double tolerance = kxNodeTime::tolerance(std::max(std::abs(from), std::abs(to)));
+    const bool isStanding = std::abs(to - from) <= tolerance;
+    Events events;
+    collect(*node, Span{from, to, isStanding, tolerance}, 0, 1, events, true);
+    std::stable_sort(events.begin(), events.end(),
+                     [](const Event& a, const Event& b) { return a.distance < b.distance; });
+    const bool isSamePlace = s.rootId == node->getId() && std::abs(s.standingAt - to) <= tolerance;
+    if (!isSamePlace)
+        s.firedHere.clear();
+    s.rootId = node->getId();
+    s.standingAt = to;
+    std::unordered_set<UInt32> firedBefore;
+    if (isStanding && isSamePlace)
+        firedBefore = s.firedHere;
+    for (const Event& event : events)
+        if (isStanding || std::abs(event.distance - std::abs(to - from)) <= 2 * tolerance)
+            s.firedHere.insert(event.nodeId);
+    const Handler handler = s.handler; // it may set another
+    for (const Event& event : events)
+        if (handler && firedBefore.count(event.nodeId) == 0)
+            handler(event.name, event.kind);
+}
