@@ -3,6 +3,7 @@
 #include <curveeditor/kxAnimKeyMath.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace
@@ -10,6 +11,15 @@ namespace
 bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
 {
     return a.x() < b.x();
+}
+
+/// True where the key at `index` is `key` as far as undone moves, which come back within float rounding, let it be
+/// told.
+bool isNear(const osg::AnimCurvePtr& curve, unsigned int index, const osg::CCPnt& key)
+{
+    constexpr float Tolerance = 1e-3f;
+    return index < curve->getControlPoints().size() &&
+           std::abs(curve->getControlPoints(index).x() - key.x()) <= Tolerance * std::max(1.0f, std::abs(key.x()));
 }
 } // namespace
 
@@ -100,19 +110,30 @@ void kxAddAnimKeyUndoCommand::removeIndices(const osg::AnimCurvePtr& curve)
 
 void kxAddAnimKeyUndoCommand::addPoints(const osg::AnimCurvePtr& curve)
 {
-    if (!_isDelete)
-        _indices.clear();
-    for (const osg::CCPnt& key : _points)
+    if (_isDelete)
     {
-        // A deleted key may have stood at the time of one that is still there.
-        const bool replace = !_isDelete;
+        // A deleted key comes back beside one of its own time, not in its place.
+        for (const osg::CCPnt& key : _points)
+            curve->addControlPoint(key, false, true);
+        return;
+    }
+    const bool isFirstRun = _added.empty();
+    std::vector<Added> added;
+    _indices.clear();
+    for (std::size_t i = 0; i < _points.size(); ++i)
+    {
+        osg::CCPnt key = _points[i];
+        const bool replaces = !isFirstRun && !_added[i].isNew;
+        if (replaces && isNear(curve, _added[i].index, key))
+            key.setX(curve->getControlPoints(_added[i].index).x());
         const std::size_t size = curve->getControlPoints().size();
-        const osg::UInt32 index =
-            curve->addPoint(key.point(), key.intangent(), key.outtangent(), key.inType, key.outType, replace, true);
-        const bool inserted = curve->getControlPoints().size() > size;
-        if (!_isDelete && inserted && index != osg::AnimCurve::NoKey)
+        const osg::UInt32 index = curve->addControlPoint(key, isFirstRun || replaces, true);
+        const bool isNew = curve->getControlPoints().size() > size;
+        added.push_back({index, isNew});
+        if (isNew)
             _indices.push_back(index);
     }
+    _added = std::move(added);
 }
 
 void kxAddAnimKeyUndoCommand::keepAffected(const osg::AnimCurvePtr& curve)
@@ -127,7 +148,10 @@ void kxAddAnimKeyUndoCommand::keepAffected(const osg::AnimCurvePtr& curve)
         return;
     }
     for (const osg::CCPnt& key : _points)
-        keepAround(curve, unsigned(std::lower_bound(keys.begin(), keys.end(), key, isBefore) - keys.begin()));
+    {
+        const auto behind = std::upper_bound(keys.begin(), keys.end(), key, isBefore);
+        keepAround(curve, behind == keys.begin() ? 0 : unsigned(behind - keys.begin()) - 1);
+    }
 }
 
 void kxAddAnimKeyUndoCommand::keepAround(const osg::AnimCurvePtr& curve, unsigned int index)
@@ -140,9 +164,15 @@ void kxAddAnimKeyUndoCommand::restoreKept(const osg::AnimCurvePtr& curve)
 {
     if (curve->getControlPoints().size() != _keptSize)
         return; // the curve changed behind the stack's back
-    for (const auto& [index, key] : _kept)
-        if (curve->getControlPoints(index).x() == key.x())
-            curve->getControlPoints(index) = key;
+    for (const auto& [index, kept] : _kept)
+    {
+        if (!isNear(curve, index, kept))
+            continue;
+        osg::CCPnt& key = curve->getControlPoints(index);
+        const float seconds = key.x(); // so that the order stays
+        key = kept;
+        key.setX(seconds);
+    }
 }
 
 bool kxAddAnimKeyUndoCommand::canMergeWith(const QUndoCommand*) const

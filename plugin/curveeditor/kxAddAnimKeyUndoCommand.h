@@ -31,6 +31,13 @@ public:
     bool canMergeWith(const QUndoCommand* other) const override;
 
 private:
+    /// What became of a point that was added.
+    struct Added
+    {
+        unsigned int index;
+        bool isNew; // else it replaced the key of its time
+    };
+
     void addPoints(const osg::AnimCurvePtr& curve);
     void removeIndices(const osg::AnimCurvePtr& curve);
     void keepAround(const osg::AnimCurvePtr& curve, unsigned int index);
@@ -41,6 +48,8 @@ private:
     unsigned int _curveId;
     std::vector<osg::CCPnt> _points;    // in ascending time
     std::vector<unsigned int> _indices; // of the keys that were inserted, or that are deleted; ascending
+
+    std::vector<Added> _added; // one a point, of the last redo(): the next one takes the same choices
 
     std::map<unsigned int, osg::CCPnt> _kept; // by index: keys that redo() changes, as they were before it
     std::size_t _keptSize = 0;                // keys of the curve before redo()

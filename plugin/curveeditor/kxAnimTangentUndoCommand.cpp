@@ -29,6 +29,14 @@ unsigned int tangentType(const osg::CCPnt& key, bool isIn)
     return isIn ? key.inType : key.outType;
 }
 
+void setTangent(osg::CCPnt& key, bool isIn, const osg::Vec2f& vector)
+{
+    if (isIn)
+        key.setIntangent(vector);
+    else
+        key.setOuttangent(vector);
+}
+
 void computeTangent(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn, unsigned int type)
 {
     if (isIn)
@@ -51,6 +59,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
         return;
     _curveId = curve.getFieldContainerId();
     _oldType = tangentType(key, isIn);
+    _oldVector = tangent(key, isIn);
     _difference = difference;
 }
 
@@ -62,12 +71,12 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     if (!hasKey(curve, index) || type > Free)
         return;
     _curveId = curve.getFieldContainerId();
-    const osg::Vec2f before = tangent(curve->getControlPoints(index), isIn);
+    _oldVector = tangent(curve->getControlPoints(index), isIn);
     _oldType = tangentType(curve->getControlPoints(index), isIn);
     if (_oldType == Free)
     {
         computeTangent(curve, index, isIn, type);
-        _difference = tangent(curve->getControlPoints(index), isIn) - before;
+        _difference = tangent(curve->getControlPoints(index), isIn) - _oldVector;
     }
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
@@ -81,11 +90,6 @@ int kxAnimTangentUndoCommand::commandId()
 int kxAnimTangentUndoCommand::id() const
 {
     return commandId();
-}
-
-bool kxAnimTangentUndoCommand::touchesNextIn() const
-{
-    return !_isIn && (_flattensNext || _newType == Constant || _oldType == Constant);
 }
 
 void kxAnimTangentUndoCommand::redo()
@@ -110,12 +114,27 @@ void kxAnimTangentUndoCommand::undo()
 {
     apply(-_difference, _oldType);
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
-    if (!_nextIn || !touchesNextIn() || !hasKey(curve, _index + 1))
+    if (!hasKey(curve, _index))
+        return;
+    restoreOldVector(curve);
+    restoreNextIn(curve);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxAnimTangentUndoCommand::restoreOldVector(const osg::AnimCurvePtr& curve) const
+{
+    if (_oldType != Free) // whose vector came back by its difference
+        setTangent(curve->getControlPoints(_index), _isIn, _oldVector);
+}
+
+void kxAnimTangentUndoCommand::restoreNextIn(const osg::AnimCurvePtr& curve) const
+{
+    const bool touched = _flattensNext || _oldType == Constant;
+    if (!_nextIn || !touched || !hasKey(curve, _index + 1))
         return;
     osg::CCPnt& next = curve->getControlPoints(_index + 1);
     next.setIntangent(_nextIn->vector);
     next.inType = _nextIn->type;
-    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
 void kxAnimTangentUndoCommand::apply(const osg::Vector<float, 2>& difference, unsigned int type)
@@ -129,10 +148,7 @@ void kxAnimTangentUndoCommand::apply(const osg::Vector<float, 2>& difference, un
         const osg::Vec2f moved = tangent(key, _isIn) + difference;
         if (!isFinite(moved))
             return;
-        if (_isIn)
-            key.setIntangent(moved);
-        else
-            key.setOuttangent(moved);
+        setTangent(key, _isIn, moved);
         curve->getControlPoints(_index) = key;
     }
     computeTangent(curve, _index, _isIn, type);

@@ -35,13 +35,15 @@ private:
         unsigned int type;
     };
 
+    void restoreOldVector(const osg::AnimCurvePtr& curve) const;
+    void restoreNextIn(const osg::AnimCurvePtr& curve) const;
     void apply(const osg::Vector<float, 2>& difference, unsigned int type);
-    bool touchesNextIn() const;
 
     unsigned int _curveId;
     unsigned int _index;
     bool _isIn;
     osg::Vector<float, 2> _difference;
+    osg::Vector<float, 2> _oldVector; // as it was; the kernel computes another where a neighbour changed since it did
     unsigned int _oldType;
     unsigned int _newType;
     bool _flattensNext = false;    // one of the merged moves set a constant out side

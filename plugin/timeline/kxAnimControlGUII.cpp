@@ -391,7 +391,7 @@ void kxAnimControlGUII::animationsSelected(kxMessage& message)
 void kxAnimControlGUII::curveEditorMovedFrame(kxMessage& message)
 {
     double frame = 0;
-    if (thePanel == nullptr || !getFromMessage(message, "frame", frame))
+    if (thePanel == nullptr || !getFromMessage(message, "frame", frame) || !std::isfinite(frame))
         return;
     thePanel->showFrame(kxKeyFrames::truncated(frame));
     kxAnimManager::the()->setCurrentFrame(frame, false, false);

@@ -1,0 +1,454 @@
+#include <settings/kxAnimPreferencesGUII.h>
+#include <settings/kxAnimPreferencesGUIW.h>
+#include <timeline/kxAnimControlGUII.h>
+#include <timeline/kxAnimControlWidget.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxModuleRegistry.h>
+#include <kxCapturedStderr.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <QKXTimeLine.h>
+#include <QKXTimeLineRange.h>
+#include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxFramePlayer.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxPreferenceKeys.h>
+#include <kxPreferences.h>
+
+#include <QComboBox>
+#include <QToolBar>
+#include <QToolButton>
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+
+namespace
+{
+namespace Key = kxPreferenceKey;
+
+/// Messages that the panel sent, as "name" or "name value".
+QStringList sent;
+
+void noteTimeLineChangedPlay(kxMessage& message)
+{
+    sent.append(boost::any_cast<bool>(message.get("playing")) ? "playing" : "stopped");
+}
+
+void notePasteKeys(kxMessage&)
+{
+    sent.append("pasteKeys");
+}
+
+void noteKeyAll(kxMessage&)
+{
+    sent.append("keyAll");
+}
+
+void send(const char* name, const char* key = nullptr, const boost::any& value = boost::any())
+{
+    kxMessage message;
+    if (key != nullptr)
+        message.set(key, value, true);
+    kxController::call(name, message, 0);
+}
+
+void deliver(std::uint64_t id)
+{
+    kxMessage message(id);
+    kxModuleRegistry::the().deliver(message);
+}
+
+/// Start, detailed start, detailed end, end.
+typedef QVector<int> Ranges;
+
+Ranges kernelRanges()
+{
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    return {kernel.fullRangeStart(), kernel.detailedRangeStart(), kernel.detailedRangeEnd(), kernel.fullRangeEnd()};
+}
+
+void setKernelRanges(const Ranges& ranges)
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setFullRangeStart(ranges[0]);
+    kernel.setDetailedRangeStart(ranges[1]);
+    kernel.setDetailedRangeEnd(ranges[2]);
+    kernel.setFullRangeEnd(ranges[3]);
+    send(kxMessageName::UpdateAnimControlGUI);
+}
+
+/// An animation of one curve with keys at these frames of 24 a second.
+osg::AnimNodePtr makeAnimation(std::initializer_list<float> frames, const osg::Color3f& color)
+{
+    const osg::AnimCurvePtr curve = osg::AnimCurveBase::create();
+    for (const float frame : frames)
+        curve->addPoint({frame / 24, 1}, {}, {}, 1, 1, true, true);
+    curve->setColor(color);
+    const osg::AnimNodePtr node = osg::AnimNodeBase::create();
+    node->setCore(curve);
+    return node;
+}
+} // namespace
+
+class tst_kxTimeline : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void rangesStayOrdered_data();
+    void rangesStayOrdered();
+    void rangeReachesTimeLine();
+    void playsAndStops();
+    void playRange_data();
+    void playRange();
+    void walksKeys();
+    void followsKernel();
+    void curveEditorMovesFrame_data();
+    void curveEditorMovesFrame();
+    void pasteKey();
+    void loadsPreferences_data();
+    void loadsPreferences();
+    void newSceneRestoresPreferences();
+    void stopMessage();
+    void preferencesPage();
+
+private:
+    kxAnimControlGUII& panel() const { return *static_cast<kxAnimControlGUII*>(_module->moduleWidget()); }
+    Ranges shownRanges() const
+    {
+        return {panel()._start->value(), panel()._rangeStart->value(), panel()._rangeEnd->value(),
+                panel()._end->value()};
+    }
+
+    std::unique_ptr<QMainWindow> _window;
+    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxAnimControlWidget> _module;
+};
+
+void tst_kxTimeline::init()
+{
+    _window = std::make_unique<QMainWindow>();
+    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
+    kxHostHooks::the().setMainWindow(_window.get());
+    kxHostHooks::the().setDockWindowManager(_docks.get());
+    _module = std::make_unique<kxAnimControlWidget>();
+    kxController::addCB(kxMessageName::TimeLineChangedPlay, noteTimeLineChangedPlay);
+    kxController::addCB(kxMessageName::PasteKeys, notePasteKeys);
+    kxController::addCB(kxMessageName::KeyAll, noteKeyAll);
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setFPS(24);
+    kernel.setPlaybackFPS(24);
+    kernel.setPlaybackRangeHint(0);
+    setKernelRanges({0, 0, 25, 50});
+    kernel.setCurrentFrame(0, false, true);
+    sent.clear();
+}
+
+void tst_kxTimeline::cleanup()
+{
+    kxFramePlayer::the()->stop(nullptr);
+    _module.reset();
+    _docks.reset();
+    _window.reset();
+    // The panel has gone with the window, and its callbacks with it.
+    kxMessage message;
+    QCOMPARE(kxController::call(kxMessageName::SelectedAnimations, message, 0), 0);
+}
+
+void tst_kxTimeline::rangesStayOrdered_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<int>("value");
+    QTest::addColumn<Ranges>("expected");
+    QTest::newRow("start within") << "_start" << 10 << Ranges{10, 10, 25, 50};
+    QTest::newRow("start behind the detailed end") << "_start" << 30 << Ranges{30, 30, 31, 50};
+    QTest::newRow("start behind all") << "_start" << 60 << Ranges{60, 60, 61, 61};
+    QTest::newRow("end before the detailed end") << "_end" << 20 << Ranges{0, 0, 20, 20};
+    QTest::newRow("end before all") << "_end" << -5 << Ranges{-6, -6, -5, -5};
+    QTest::newRow("detailed start behind its end") << "_rangeStart" << 40 << Ranges{0, 40, 41, 50};
+    QTest::newRow("detailed start behind all") << "_rangeStart" << 70 << Ranges{0, 70, 71, 71};
+    QTest::newRow("detailed start before the start") << "_rangeStart" << -8 << Ranges{-8, -8, 25, 50};
+    QTest::newRow("detailed end behind the end") << "_rangeEnd" << 80 << Ranges{0, 0, 80, 80};
+    QTest::newRow("detailed end before all") << "_rangeEnd" << -3 << Ranges{-4, -4, -3, 50};
+}
+
+void tst_kxTimeline::rangesStayOrdered()
+{
+    QFETCH(QString, field);
+    QFETCH(int, value);
+    QFETCH(Ranges, expected);
+    QKXSpiner* const spiner = panel().findChild<QKXSpiner*>(field);
+    QVERIFY(spiner != nullptr);
+    spiner->setValue(value);
+    QCOMPARE(shownRanges(), expected);
+    QCOMPARE(kernelRanges(), expected);
+}
+
+void tst_kxTimeline::rangeReachesTimeLine()
+{
+    panel()._rangeStart->setValue(5);
+    panel()._range->setRangeEndFrame(20); // as a drag does
+    QCOMPARE(panel()._timeLine->startFrame(), 5);
+    QCOMPARE(panel()._timeLine->endFrame(), 20);
+    QCOMPARE(kernelRanges(), (Ranges{0, 5, 20, 50}));
+    QCOMPARE(panel()._range->endFrame(), 50);
+}
+
+void tst_kxTimeline::playsAndStops()
+{
+    kxFramePlayer& player = *kxFramePlayer::the();
+    panel()._rangeStart->setValue(3);
+    panel()._current->setValue(7);
+    QCOMPARE(kxAnimManager::the()->currentFrame(), 7.0);
+    for (int click = 0; click < 2; ++click) // a second click starts again
+    {
+        panel()._play->click();
+        QVERIFY(player.isPlaying() && player.owner() == &panel());
+        QVERIFY(!panel()._gotoStart->isEnabled() && !panel()._nextKey->isEnabled());
+        QVERIFY(panel()._play->isEnabled() && !panel()._play->isChecked());
+    }
+    int other = 0;
+    send(kxMessageName::FramePlayerUserChanged, "user", static_cast<void*>(&panel()));
+    QVERIFY(!panel()._gotoStart->isEnabled());
+    send(kxMessageName::FramePlayerUserChanged, "user", static_cast<void*>(&other));
+    QVERIFY(panel()._gotoStart->isEnabled());
+
+    panel()._playRev->click();
+    QVERIFY(player.getPlaybackParams().reverse && !panel()._prevKey->isEnabled());
+    send(kxMessageName::FinishedPlayingGlobal, "finished", false);
+    QVERIFY(!panel()._prevKey->isEnabled());
+    send(kxMessageName::FinishedPlayingGlobal, "finished", true);
+    QVERIFY(panel()._prevKey->isEnabled());
+
+    sent.clear();
+    panel()._stop->click();
+    QVERIFY(!player.isPlaying());
+    QCOMPARE(sent, QStringList("stopped"));
+    QCOMPARE(kxAnimManager::the()->currentFrame(), 3.0);
+    QCOMPARE(panel()._current->value(), 3);
+}
+
+void tst_kxTimeline::playRange_data()
+{
+    QTest::addColumn<int>("hint");
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("end");
+    QTest::newRow("detailed") << 0 << 4.0 << 25.0;
+    QTest::newRow("full") << 1 << 0.0 << 50.0;
+}
+
+void tst_kxTimeline::playRange()
+{
+    QFETCH(int, hint);
+    QFETCH(double, start);
+    QFETCH(double, end);
+    kxAnimManager::the()->setPlaybackRangeHint(hint);
+    kxAnimManager::the()->setPlaybackFPS(-1.0);
+    panel()._rangeStart->setValue(4);
+    panel()._current->setValue(9);
+    panel()._play->click();
+    const kxFramePlaybackParams params = kxFramePlayer::the()->getPlaybackParams();
+    QCOMPARE(params.start, start);
+    QCOMPARE(params.end, end);
+    QCOMPARE(params.current, 9.0);
+    QCOMPARE(params.fps, -1.0);
+    QCOMPARE(params.loop, kxAnimManager::the()->loopTimeline());
+    QCOMPARE(sent, QStringList("playing"));
+}
+
+void tst_kxTimeline::walksKeys()
+{
+    const std::vector<osg::AnimNodePtr> nodes = {makeAnimation({10.5f, 0}, {1, 0.5f, 0}), osg::AnimNodePtr(),
+                                                 makeAnimation({24, 10.5f}, {0, 0, 2})};
+    panel()._nextKey->click();
+    QCOMPARE(panel()._timeLine->currentFrame(), 0); // there are no keys yet
+    send(kxMessageName::SelectedAnimations, "nodes", nodes);
+    const QMap<float, QColor> expected = {
+        {0, QColor(255, 127, 0)}, {10.5f, QColor(255, 127, 0)}, {24, QColor(0, 0, 255)}};
+    QCOMPARE(panel()._timeLine->keyFrames(), expected);
+
+    const auto walk = [this](QToolButton* button)
+    {
+        button->click();
+        return panel()._timeLine->currentFrame();
+    };
+    QCOMPARE(walk(panel()._prevKey), 24);
+    QCOMPARE(walk(panel()._nextKey), 0);
+    QCOMPARE(walk(panel()._nextKey), 10);
+    QCOMPARE(walk(panel()._nextKey), 10); // 10.5 lies behind 10
+    QCOMPARE(walk(panel()._prevKey), 0);
+    QCOMPARE(kxAnimManager::the()->currentFrame(), 0.0);
+
+    send(kxMessageName::SelectedAnimations); // without nodes the walk ends, the marks stay
+    QCOMPARE(walk(panel()._nextKey), 0);
+    QCOMPARE(panel()._timeLine->keyFrames(), expected);
+    send(kxMessageName::SelectedAnimations, "nodes", std::vector<osg::AnimNodePtr>());
+    QVERIFY(panel()._timeLine->keyFrames().isEmpty());
+}
+
+void tst_kxTimeline::followsKernel()
+{
+    QSignalSpy moved(panel()._timeLine, SIGNAL(currentFrameChanged(int)));
+    send(kxMessageName::CurrentFullFrameChanged, "frame", 12);
+    QCOMPARE(panel()._timeLine->currentFrame(), 12);
+    QCOMPARE(panel()._current->value(), 12);
+    QCOMPARE(moved.count(), 0);
+    {
+        kxCapturedStderr captured;
+        send(kxMessageName::CurrentFullFrameChanged, "frame", 14.0);
+        QVERIFY(captured.text().contains("Attribute 'frame' has wrong type"));
+    }
+    QCOMPARE(panel()._current->value(), 12);
+
+    kxAnimManager::the()->setPlaybackContextHint(1);
+    kxAnimManager::the()->setPlaybackFPS(30);
+    setKernelRanges({100, 110, 190, 200}); // beyond all that is shown
+    QVERIFY(panel()._local->isChecked());
+    QCOMPARE(panel()._timeLine->fps(), 30.0);
+    QCOMPARE(shownRanges(), (Ranges{100, 110, 190, 200}));
+    QCOMPARE(kernelRanges(), (Ranges{100, 110, 190, 200}));
+    panel()._local->click();
+    QCOMPARE(kxAnimManager::the()->playbackContextHint(), 0);
+}
+
+void tst_kxTimeline::curveEditorMovesFrame_data()
+{
+    QTest::addColumn<double>("frame");
+    QTest::addColumn<int>("shown");
+    QTest::newRow("cut") << 12.75 << 12;
+    QTest::newRow("cut towards 0") << -3.5 << -3;
+    QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN() << 0;
+}
+
+void tst_kxTimeline::curveEditorMovesFrame()
+{
+    QFETCH(double, frame);
+    QFETCH(int, shown);
+    send(kxMessageName::FrameChangedCurveEditor, "frame", frame);
+    QCOMPARE(panel()._current->value(), shown);
+    QCOMPARE(panel()._timeLine->currentFrame(), shown);
+    QCOMPARE(kxAnimManager::the()->currentFrame(), std::isnan(frame) ? 0.0 : frame);
+}
+
+void tst_kxTimeline::pasteKey()
+{
+    QTest::keyClick(panel()._timeLine, Qt::Key_V);
+    QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(sent, QStringList());
+    QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier);
+    panel()._key->click();
+    QCOMPARE(sent, (QStringList{"pasteKeys", "keyAll"}));
+}
+
+void tst_kxTimeline::loadsPreferences_data()
+{
+    QTest::addColumn<int>("speed");
+    QTest::addColumn<double>("rate");
+    QTest::newRow("every frame") << 0 << -1.0;
+    QTest::newRow("film") << 1 << 24.0;
+    QTest::newRow("PAL") << 2 << 25.0;
+    QTest::newRow("NTSC") << 3 << 30.0;
+    QTest::newRow("custom") << 4 << 59.94;
+    QTest::newRow("unknown") << 7 << 24.0;
+    QTest::newRow("negative") << -1 << 24.0;
+}
+
+void tst_kxTimeline::loadsPreferences()
+{
+    QFETCH(int, speed);
+    QFETCH(double, rate);
+    kxAnimPreferencesGUII preferences;
+    preferences.preferencesSetDefaults(true);
+    kxMessage& data = kxPreferences::getData();
+    data.set(Key::PlaybackCustomSpeed, 59.94, true);
+    data.set(Key::PlaybackSpeed, speed, true);
+    kxAnimManager::the()->setPlaybackFPS(12);
+    deliver(kxMessageId::NewScene);
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), rate);
+    QCOMPARE(panel()._timeLine->fps(), rate);
+    kxAnimManager::the()->setPlaybackFPS(12);
+    preferences.preferencesApply(); // the page takes the same table
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), rate);
+}
+
+void tst_kxTimeline::newSceneRestoresPreferences()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    {
+        kxAnimPreferencesGUII preferences;
+        preferences.preferencesSetDefaults(true);
+        kxMessage& data = kxPreferences::getData();
+        data.set(Key::Time, 30.0, true);
+        data.set(Key::DetailedRangeEnd, 33, true);
+        data.set(Key::FullRangeEnd, std::string("50"), true); // of the wrong type: its preset stands
+        data.set(Key::KeepKeys, true, true);
+        panel()._end->setValue(400);
+        const kxCapturedStderr silent;
+        deliver(kxMessageId::NewScene);
+        QCOMPARE(kernel.fps(), 30.0);
+        QVERIFY(kernel.keepKeysAtFrame());
+        QCOMPARE(shownRanges(), (Ranges{0, 0, 33, 50}));
+        preferences.preferencesSetDefaults(false); // keeps what is there
+        QCOMPARE(boost::any_cast<double>(data.get(Key::Time)), 30.0);
+    }
+    // The page has taken its keys along: presets stand, and what has none stays.
+    QVERIFY(kxPreferences::getData().get(Key::Time).empty());
+    kernel.setLoopTimeline(false);
+    deliver(kxMessageId::NewScene);
+    QCOMPARE(kernel.playbackFPS(), 25.0);
+    QCOMPARE(kernel.fps(), 30.0);
+    QVERIFY(!kernel.loopTimeline() && !kernel.keepKeysAtFrame());
+    QCOMPARE(kernelRanges(), (Ranges{0, 0, 25, 50}));
+}
+
+void tst_kxTimeline::stopMessage()
+{
+    panel()._rangeStart->setValue(6);
+    panel()._play->click();
+    deliver(kxMessageId::StopPlayback);
+    QVERIFY(!kxFramePlayer::the()->isPlaying());
+    QCOMPARE(kxAnimManager::the()->currentFrame(), 6.0);
+    QToolBar* const bar = _docks->getToolbar("Timeline");
+    QVERIFY(bar != nullptr);
+    bar->show();
+    panel()._close->click();
+    QVERIFY(bar->isHidden());
+}
+
+void tst_kxTimeline::preferencesPage()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kxAnimPreferencesGUII preferences;
+    preferences.preferencesSetDefaults(true);
+    kxAnimPreferencesGUIW* page = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (auto* const found = qobject_cast<kxAnimPreferencesGUIW*>(widget))
+            page = found;
+    QVERIFY(page != nullptr);
+
+    preferences.preferencesToGUI();
+    QCOMPARE(page->_speed->currentIndex(), 1);
+    kernel.setFPS(48);
+    kernel.setFullRangeEnd(77);
+    preferences.preferencesFromGUI();
+    preferences.preferencesApply(); // nothing was changed on the page
+    QCOMPARE(kernel.fps(), 48.0);
+    QCOMPARE(kernel.fullRangeEnd(), 77);
+
+    kxPreferences::getData().set(Key::PlaybackSpeed, 4, true);
+    preferences.preferencesToGUI();
+    QVERIFY(!page->_customSpeed->isEnabled());
+    Q_EMIT page->_speed->activated(4);
+    QVERIFY(page->_customSpeed->isEnabled());
+    Q_EMIT page->_speed->activated(0);
+    QVERIFY(!page->_customSpeed->isEnabled());
+}
+
+QTEST_MAIN(tst_kxTimeline)
+#include "tst_kxTimeline.moc"
