@@ -61,6 +61,7 @@ void Ui::kxAnimClipEditorGUI::setupUi(QMainWindow* window)
     menubar->setNativeMenuBar(false);
     window->setMenuBar(menubar);
     statusbar = named<QStatusBar>("statusbar", window);
+    statusbar->setSizeGripEnabled(false); // the window stands in a dock
     window->setStatusBar(statusbar);
 }
 
@@ -74,7 +75,7 @@ void Ui::kxAnimClipEditorGUI::setupStats()
     _statsFrame->setAutoFillBackground(true);
     horizontalLayout = new QHBoxLayout(_statsFrame);
     horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
-    horizontalLayout->setContentsMargins(0, 0, 0, 6);
+    horizontalLayout->setContentsMargins(6, 6, 6, 6);
 
     _startLabel = makeLabel("_startLabel", "Start", _statsFrame);
     _start = named<QKXDoubleSpiner>("_start", _statsFrame);

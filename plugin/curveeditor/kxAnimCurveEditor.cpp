@@ -154,9 +154,14 @@ void kxAnimCurveEditor::startAnimation(kxMessage& message)
 
 void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
 {
-    bool added = true;
+    bool added = false;
     int id = 0;
-    if (theEditor != nullptr && getFromMessage(message, "added", added) && !added &&
-        getFromMessage(message, "id", id) && isKeyCommand(id))
+    if (theEditor == nullptr || !getFromMessage(message, "added", added) || !getFromMessage(message, "id", id) ||
+        !isKeyCommand(id))
+        return;
+    // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
+    if (added)
+        kxAnimManager::the()->reevaluateAnimations(false);
+    else
         kxAnimManager::the()->updateSceneAnimCurveData();
 }

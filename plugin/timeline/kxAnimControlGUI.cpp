@@ -94,8 +94,7 @@ void Ui::kxAnimControlGUI::setupRanges(QWidget* form)
 
 void Ui::kxAnimControlGUI::setupTime(QWidget* form)
 {
-    horizontalLayout_3 = new QHBoxLayout;
-    horizontalLayout_3->setObjectName(QStringLiteral("horizontalLayout_3"));
+    horizontalLayout_3 = namedLayout<QHBoxLayout>("horizontalLayout_3", 6);
     _timeLine = named<QKXTimeLine>("_timeLine", form);
     _timeLine->setForegroundColor(QColor(200, 200, 200, 255));
     _timeLine->setBackGradientColor1(QColor(45, 45, 45, 200));

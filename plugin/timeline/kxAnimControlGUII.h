@@ -50,6 +50,7 @@ private Q_SLOTS:
 
 private:
     void connectForm();
+    void connectPreferencesService();
     void connectCameraService();
     void setIcons();
     void setPlaying(bool playing, bool reverse);

@@ -1,12 +1,11 @@
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
+#include <python/kxInterpreter.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxModuleBase.h>
-#include <kxPreferenceKeys.h>
-#include <kxPreferences.h>
 #include <kxScript.h>
 
 #include <QLibrary>
@@ -64,6 +63,9 @@ int runHost(int argc, char** argv)
     std::printf("version %s\n", version());
     kxPythonRegisterFactory::run(kxPythonRegisterFactory::Level(7));
     initPlugin(); // there is no main window yet
+    std::printf("interpreter %d\n", kxInterpreter::start());
+    std::printf("script %d\n", kxScript::run("assert kxAnimWidgets.__name__ == 'kxAnimWidgets'\n"
+                                             "assert kxAnimWidgets.__doc__ is None"));
     std::printf("modules %d\n", int(kxModuleRegistry::the().modules().size()));
 
     QMainWindow window;
@@ -120,6 +122,8 @@ void tst_kxPlugin::livesAndDies()
     QCOMPARE(output.split('\n'), (QStringList{
                                      "handlers left 0",
                                      "version 15.3",
+                                     "interpreter 1",
+                                     "script 1",
                                      "modules 0",
                                      "module Curve Editor Animation 38288130",
                                      "module Clip Maker Animation 4a88130",

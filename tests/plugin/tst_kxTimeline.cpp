@@ -18,6 +18,7 @@
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
 #include <kxPreferences.h>
+#include <kxServices.h>
 
 #include <QComboBox>
 #include <QToolBar>
@@ -82,6 +83,20 @@ void setKernelRanges(const Ranges& ranges)
     send(kxMessageName::UpdateAnimControlGUI);
 }
 
+/// Counts the requests that the camera's panels get.
+class CameraService : public kxCameraService
+{
+public:
+    int requests = 0;
+    void requestGUIUpdate() override { ++requests; }
+};
+
+class PreferencesService : public kxPreferencesService
+{
+public:
+    void openPreferences(const QString& page) override { sent.append("open " + page); }
+};
+
 /// An animation of one curve with keys at these frames of 24 a second.
 osg::AnimNodePtr makeAnimation(std::initializer_list<float> frames, const osg::Color3f& color)
 {
@@ -112,6 +127,7 @@ private Q_SLOTS:
     void curveEditorMovesFrame_data();
     void curveEditorMovesFrame();
     void pasteKey();
+    void asksServices();
     void loadsPreferences_data();
     void loadsPreferences();
     void newSceneRestoresPreferences();
@@ -344,6 +360,29 @@ void tst_kxTimeline::pasteKey()
     QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier);
     panel()._key->click();
     QCOMPARE(sent, (QStringList{"pasteKeys", "keyAll"}));
+}
+
+void tst_kxTimeline::asksServices()
+{
+    QVERIFY(!panel()._prefs->isEnabled()); // nothing to open
+    CameraService camera;
+    PreferencesService preferences;
+    kxKernelServiceFactory::the().addService<kxCameraService>(&camera);
+    kxKernelServiceFactory::the().addService<kxPreferencesService>(&preferences);
+    kxAnimControlGUII panel(_window.get());
+    panel._prefs->click();
+    QCOMPARE(sent, QStringList("open Animation"));
+    for (QToolButton* button :
+         {panel._play, panel._playRev, panel._stop, panel._gotoStart, panel._gotoEnd, panel._prevKey, panel._nextKey})
+    {
+        const int before = camera.requests;
+        button->click();
+        QCOMPARE(camera.requests, before + 1);
+        panel._stop->click();
+    }
+    const int before = camera.requests;
+    Q_EMIT panel._timeLine->finishedSliding();
+    QCOMPARE(camera.requests, before + 1);
 }
 
 void tst_kxTimeline::loadsPreferences_data()
