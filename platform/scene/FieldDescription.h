@@ -23,7 +23,7 @@ typedef std::variant<bool, Int32, UInt32, float, Vec2f, Vec3f, Vec4f, std::strin
 ///
 /// Writers don't mark: the caller does, with mask(). A writer refuses a value of another type, a number that isn't
 /// finite and a reference of the wrong class with false, and changes nothing then.
-class FieldDescription
+class KX_API FieldDescription
 {
 public:
     typedef std::function<FieldValue(const FieldContainer&)> Getter;
@@ -95,7 +95,7 @@ private:
 
 namespace detail
 {
-bool isFinite(const float* values, std::size_t count);
+KX_API bool isFinite(const float* values, std::size_t count);
 
 /// Conversion of a member's type to the alternative that stands for it, and back.
 template <class T>
