@@ -67,14 +67,21 @@ void kxCameraRig::pan(float dx, float dy, float pictureHeight)
     setPose(pose);
 }
 
-void kxCameraRig::dolly(float steps, const QVector3D* towards)
+void kxCameraRig::dolly(float steps)
 {
-    const float factor = std::pow(0.9f, std::clamp(steps, -100.0f, 100.0f));
     Pose pose = _pose;
-    pose.distance = std::clamp(pose.distance * factor, Closest, Farthest);
-    if (towards != nullptr)
-        pose.target = *towards + (pose.target - *towards) * (pose.distance / _pose.distance);
+    pose.distance *= std::pow(0.9f, std::clamp(steps, -100.0f, 100.0f));
     setPose(pose);
+}
+
+kxCameraRig::Pose kxCameraRig::poseOf(const kxViewCamera& camera) const
+{
+    Pose pose = _pose;
+    const QVector3D back = -camera.forward();
+    pose.yaw = qRadiansToDegrees(std::atan2(back.x(), back.z()));
+    pose.pitch = qRadiansToDegrees(std::asin(std::clamp(back.y(), -1.0f, 1.0f)));
+    pose.target = camera.eye() - back * pose.distance;
+    return pose;
 }
 
 kxCameraRig::Pose kxCameraRig::framed(const osg::BoxVolume& box, float aspect) const

@@ -29,8 +29,10 @@ public:
     void orbit(float dx, float dy, float pictureHeight);
     /// Moves so that what lies at the target's depth follows the drag.
     void pan(float dx, float dy, float pictureHeight);
-    /// One step comes closer by a tenth, a negative one goes back. `towards`, where not null, stays where it is seen.
-    void dolly(float steps, const QVector3D* towards = nullptr);
+    /// One step comes closer by a tenth, a negative one goes back.
+    void dolly(float steps);
+    /// The pose of a camera of the scene, upright, its target at the present distance.
+    Pose poseOf(const kxViewCamera& camera) const;
 
     /// The pose that shows all of `box` from the present direction, with some room around it; the present pose for an
     /// empty box.

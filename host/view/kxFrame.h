@@ -31,11 +31,11 @@ struct kxFrame
     std::vector<const kxRenderScene::Item*> opaque;      ///< nearest first
     std::vector<const kxRenderScene::Item*> transparent; ///< farthest first
     bool anySelected = false;
-    bool hasShadow = false;  ///< there is a light that throws one, and something to throw it
-    QMatrix4x4 sun;          ///< from the root's coordinates to the shadow map's clip space
-    QMatrix4x4 contact;      ///< the same for the contact map: from below, the floor nearest
-    float contactHeight = 1; ///< where above the floor an object no longer counts as close
-    float outlineWidth = 2;  ///< pixels
+    bool hasShadow = false;    ///< there is a light that throws one, and something to throw it
+    QMatrix4x4 sun;            ///< from the root's coordinates to the shadow map's clip space
+    QMatrix4x4 contact;        ///< the same for the contact map: from below, the floor nearest
+    float contactHeight = 1;   ///< where above the floor an object no longer counts as close
+    float outlineWidth = 2.5f; ///< pixels
 
     /// `scene` is up to date and outlives the frame.
     static kxFrame make(const kxRenderScene& scene, const kxViewCamera& camera, const QSize& size,

@@ -76,7 +76,7 @@ QImage kxOffscreen::render(int width, int height, kxViewCamera camera, const kxR
     camera.aspect = float(width) / float(height);
     _scene->update();
     kxFrame frame = kxFrame::make(*_scene, camera, QSize(width, height), options);
-    frame.outlineWidth = std::max(1.5f, float(height) / 540);
+    frame.outlineWidth = std::max(2.0f, float(height) / 400);
     if (path() == OpenGL)
     {
         const QImage image = renderOpenGl(frame);

@@ -1,0 +1,86 @@
+#include "kxGlSurface.h"
+
+#include "kxGlRenderer.h"
+#include "kxSoftwareRenderer.h"
+
+#include <QOpenGLContext>
+#include <QPainter>
+
+kxGlSurface::kxGlSurface(const kxViewContent& content, QWidget* parent)
+    : QOpenGLWidget(parent), _content(content), _renderer(std::make_unique<kxGlRenderer>())
+{
+    setFormat(wantedFormat());
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+kxGlSurface::~kxGlSurface()
+{
+    releaseGl();
+}
+
+QSurfaceFormat kxGlSurface::wantedFormat()
+{
+    QSurfaceFormat format;
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setVersion(3, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    // The renderer has samples and depth of its own.
+    format.setSamples(0);
+    format.setDepthBufferSize(0);
+    return format;
+}
+
+void kxGlSurface::initializeGL()
+{
+    _contextGoes = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] { releaseGl(); });
+    QOpenGLContext* const current = context();
+    const bool good =
+        _renderer->init([current](const char* name) { return reinterpret_cast<void*>(current->getProcAddress(name)); });
+    _software = good ? nullptr : std::make_unique<kxSoftwareRenderer>();
+}
+
+void kxGlSurface::releaseGl()
+{
+    disconnect(_contextGoes);
+    if (context() == nullptr || !_renderer->isReady())
+        return;
+    makeCurrent();
+    _renderer->release();
+    doneCurrent();
+}
+
+void kxGlSurface::paintGL()
+{
+    const QSize pixels = size() * devicePixelRatioF();
+    const kxFrame frame = _content.frame(pixels);
+    QImage below;
+    if (_software || !_renderer->render(*_content.scene, frame, defaultFramebufferObject()))
+    {
+        if (!_software)
+            _software = std::make_unique<kxSoftwareRenderer>();
+        below = _software->render(*_content.scene, frame);
+    }
+    paintOverlay(below);
+    _content.drawn();
+}
+
+void kxGlSurface::paintOverlay(const QImage& below)
+{
+    // Painted on the processor: text and thin lines are smoother than by triangles.
+    const QSize pixels = size() * devicePixelRatioF();
+    if (_overlay.size() != pixels)
+        _overlay = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+    if (_overlay.isNull())
+        return;
+    _overlay.setDevicePixelRatio(devicePixelRatioF());
+    _overlay.fill(Qt::transparent);
+    {
+        QPainter painter(&_overlay);
+        painter.setFont(font());
+        _content.overlay(painter);
+    }
+    QPainter painter(this);
+    if (!below.isNull())
+        painter.drawImage(rect(), below);
+    painter.drawImage(QPointF(0, 0), _overlay);
+}

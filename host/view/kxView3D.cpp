@@ -1,0 +1,446 @@
+#include "kxView3D.h"
+
+#include "kxTransformEdit.h"
+#include "kxViewActions.h"
+#include "kxViewOverlay.h"
+
+#include <kernel/kxSelection.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/CameraLight.h>
+#include <scene/kxScene.h>
+
+#include <QLocale>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTimer>
+#include <QUndoStack>
+
+#include <algorithm>
+
+namespace
+{
+constexpr int WayTime = 260;       // milliseconds from one pose to another
+constexpr int WayStep = 12;        // milliseconds
+constexpr int MovingTime = 150;    // milliseconds after a change of the view
+constexpr double ClickReach = 4;   // pixels that a click may move
+constexpr double DollyPixels = 12; // pixels of a drag for one step
+constexpr double SameMoment = 0.4; // seconds: frames further apart don't count for the rate
+} // namespace
+
+kxView3D::kxView3D(QWidget* parent) : QWidget(parent), _scene(std::make_unique<kxRenderScene>()), _way(new QTimer(this))
+{
+    setObjectName(QStringLiteral("kxView3D"));
+    setAccessibleName(tr("3D view"));
+    setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
+    setMinimumSize(160, 120);
+    _surface = kxViewSurface::create(content(), this);
+    _actions = new kxViewActions(this);
+    _way->setInterval(WayStep);
+    connect(_way, &QTimer::timeout, this, &kxView3D::walk);
+    const auto changed = [this] { redraw(false); };
+    connect(kxScene::the(), &kxScene::appearanceChanged, this, changed);
+    connect(kxScene::the(), &kxScene::structureChanged, this, changed);
+    connect(&kxSelection::the(), &kxSelection::nodesChanged, this, changed);
+    kxOSGWidget::setMGLW(this);
+}
+
+kxView3D::~kxView3D()
+{
+    if (kxOSGWidget::getMGLW(-1) == this)
+        kxOSGWidget::setMGLW(nullptr);
+    // It asks this view for its content until it is gone.
+    delete _surface;
+}
+
+kxViewContent kxView3D::content()
+{
+    kxViewContent content;
+    content.scene = _scene.get();
+    content.frame = [this](const QSize& pixels) { return makeFrame(pixels); };
+    content.overlay = [this](QPainter& painter) { paintOverlay(painter); };
+    content.drawn = [this] { noteDrawn(); };
+    content.isMoving = [this]
+    { return _drag != Drag::None || _rig.isAnimating() || (_moveTime.isValid() && _moveTime.elapsed() < MovingTime); };
+    return content;
+}
+
+kxFrame kxView3D::makeFrame(const QSize& pixels)
+{
+    _scene->setSelection(kxSelection::the().ids(kxSelection::Nodes));
+    _scene->update();
+    const float aspect = float(pixels.width()) / float(std::max(1, pixels.height()));
+    kxFrame frame = kxFrame::make(*_scene, viewCamera(aspect), pixels, _options);
+    frame.outlineWidth = 2.2f * float(devicePixelRatioF());
+    return frame;
+}
+
+kxViewCamera kxView3D::viewCamera(float aspect)
+{
+    _scene->update();
+    if (cameraNodeId() != 0)
+        return kxViewCamera::fromNode(osg::FieldContainerFactory::the()->get<osg::Node>(_cameraNodeId), aspect);
+    return _rig.camera(aspect, _scene->bounds());
+}
+
+osg::UInt32 kxView3D::cameraNodeId() const
+{
+    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(_cameraNodeId);
+    const bool inScene = node != osg::NullFC && kxNodeUtils::hasParent(node, kxScene::the()->superRoot());
+    return inScene && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC ? _cameraNodeId : 0;
+}
+
+void kxView3D::noteDrawn()
+{
+    if (_frameTime.isValid())
+    {
+        const double seconds = double(_frameTime.nsecsElapsed()) * 1e-9;
+        if (seconds > SameMoment)
+            _frameSeconds = 0;
+        else
+            _frameSeconds = _frameSeconds > 0 ? _frameSeconds * 0.85 + seconds * 0.15 : seconds;
+    }
+    _frameTime.start();
+    Q_EMIT frameDrawn();
+}
+
+bool kxView3D::placeGizmo()
+{
+    const QSizeF shape(size());
+    _gizmo.setView(viewCamera(float(shape.width() / std::max(1.0, shape.height()))), shape);
+    if (_gizmo.tool() == kxGizmo::SelectTool)
+        return false;
+    const kxTransformEdit now(kxScenegraph::getSelectedNodes());
+    if (!now.isEmpty())
+        _gizmo.setPlace(now.pivot(), now.axes(_local || _gizmo.tool() == kxGizmo::ScaleTool));
+    return !now.isEmpty();
+}
+
+void kxView3D::paintOverlay(QPainter& painter)
+{
+    const QSizeF shape(size());
+    const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
+    kxViewOverlay::paintSigns(painter, *_scene, camera, shape);
+    if (placeGizmo())
+        _gizmo.paint(painter);
+    kxViewOverlay::paintTriad(painter, camera, shape);
+    if (_scene->items().empty() && _scene->lights().empty() && _scene->cameras().empty())
+        kxViewOverlay::paintHint(painter, tr("Nothing to see yet"),
+                                 tr("Open a model: File > Open, or drop a file here"), shape);
+    kxViewOverlay::paintStatus(painter, statusText(), shape);
+    if (_gizmo.isDragging() && !_gizmo.dragText().isEmpty())
+        kxViewOverlay::paintLabel(painter, _gizmo.dragText(), _lastAt + QPointF(18, -8));
+}
+
+QString kxView3D::statusText() const
+{
+    if (_scene->items().empty())
+        return QString();
+    osg::UInt64 triangles = 0;
+    for (const kxRenderScene::Item& item : _scene->items())
+        if (const osg::Mesh* const mesh = kxRenderScene::mesh(item.meshId))
+            triangles += mesh->triangleCount();
+    const QLocale locale;
+    QString text = tr("%n surface(s)", nullptr, int(_scene->items().size())) + QStringLiteral("  \u00b7  ") +
+                   tr("%1 triangles").arg(locale.toString(triangles));
+    if (_frameSeconds > 0)
+        text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));
+    if (const osg::UInt32 id = cameraNodeId())
+        text.prepend(tr("Through %1  \u00b7  ")
+                         .arg(QString::fromUtf8(
+                             kxNodeUtils::getName(osg::FieldContainerFactory::the()->get<osg::Node>(id)).c_str())));
+    return text;
+}
+
+void kxView3D::redraw(bool now)
+{
+    if (now && isVisible())
+        _surface->widget()->repaint();
+    else
+        _surface->widget()->update();
+}
+
+QImage kxView3D::grabFrameBuffer(bool withAlpha)
+{
+    return _surface->grab().convertToFormat(withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+void kxView3D::resizeEvent(QResizeEvent*)
+{
+    _surface->widget()->setGeometry(rect());
+}
+
+void kxView3D::setTool(kxGizmo::Tool tool)
+{
+    if (_gizmo.isDragging() || tool == _gizmo.tool())
+        return;
+    _gizmo.setTool(tool);
+    _gizmo.setHover(kxGizmo::NoHandle);
+    _actions->showTool(tool);
+    redraw(false);
+    Q_EMIT toolChanged(int(tool));
+}
+
+void kxView3D::setLocalAxes(bool local)
+{
+    _local = local;
+    redraw(false);
+}
+
+void kxView3D::setGridShown(bool shown)
+{
+    _options.grid = shown;
+    redraw(false);
+}
+
+void kxView3D::setEdgesShown(bool shown)
+{
+    _options.wire = shown;
+    redraw(false);
+}
+
+void kxView3D::frameAll()
+{
+    _scene->update();
+    leaveCamera();
+    startWay(_rig.framed(_scene->bounds(), float(width()) / float(std::max(1, height()))));
+}
+
+void kxView3D::frameSelection()
+{
+    _scene->setSelection(kxSelection::the().ids(kxSelection::Nodes));
+    _scene->update();
+    const osg::BoxVolume box = _scene->selectionBounds();
+    leaveCamera();
+    startWay(_rig.framed(box.isEmpty() ? _scene->bounds() : box, float(width()) / float(std::max(1, height()))));
+}
+
+void kxView3D::setPose(const kxCameraRig::Pose& pose)
+{
+    _way->stop();
+    _cameraNodeId = 0;
+    _rig.setPose(pose);
+    redraw(false);
+    Q_EMIT viewChanged();
+}
+
+void kxView3D::lookFrom(float yaw, float pitch)
+{
+    leaveCamera();
+    kxCameraRig::Pose pose = _rig.pose();
+    pose.yaw = yaw;
+    pose.pitch = pitch;
+    startWay(pose);
+}
+
+void kxView3D::lookThrough(osg::UInt32 nodeId)
+{
+    if (nodeId == 0)
+        leaveCamera();
+    else
+    {
+        _way->stop();
+        _cameraNodeId = nodeId;
+    }
+    redraw(false);
+    Q_EMIT viewChanged();
+}
+
+void kxView3D::leaveCamera()
+{
+    if (cameraNodeId() != 0)
+        _rig.setPose(_rig.poseOf(viewCamera(1)));
+    _cameraNodeId = 0;
+}
+
+void kxView3D::startWay(const kxCameraRig::Pose& pose)
+{
+    // Before the first frame there is nothing that the eye could follow.
+    if (!isVisible() || !_frameTime.isValid())
+    {
+        setPose(pose);
+        return;
+    }
+    _rig.animateTo(pose);
+    _wayTime.start();
+    _way->start();
+}
+
+void kxView3D::walk()
+{
+    _rig.advance(float(_wayTime.elapsed()) / WayTime);
+    const bool arrived = !_rig.isAnimating();
+    if (arrived)
+        _way->stop();
+    redraw(false);
+    Q_EMIT viewChanged();
+    if (arrived)
+        Q_EMIT viewWentIdle();
+}
+
+void kxView3D::moveView(Drag drag, const QPointF& by)
+{
+    _way->stop();
+    leaveCamera();
+    const float dx = float(by.x()), dy = float(by.y());
+    if (drag == Drag::Orbit)
+        _rig.orbit(dx, dy, float(height()));
+    else if (drag == Drag::Pan)
+        _rig.pan(dx, dy, float(height()));
+    else
+        _rig.dolly(float((by.x() - by.y()) / DollyPixels));
+    _moveTime.start();
+    redraw(false);
+    Q_EMIT viewChanged();
+}
+
+void kxView3D::mousePressEvent(QMouseEvent* event)
+{
+    if (_drag != Drag::None) // a second button
+        return;
+    _pressedAt = _lastAt = event->localPos();
+    const bool alt = event->modifiers() & Qt::AltModifier;
+    if (event->button() == Qt::MiddleButton)
+        _drag = Drag::Pan;
+    else if (event->button() == Qt::RightButton)
+        _drag = Drag::Dolly;
+    else if (event->button() == Qt::LeftButton)
+    {
+        const kxGizmo::Handle handle = !alt && placeGizmo() ? _gizmo.handleAt(_pressedAt) : kxGizmo::NoHandle;
+        if (handle != kxGizmo::NoHandle)
+            beginGizmoDrag(handle, _pressedAt);
+        else
+            _drag = alt ? Drag::Orbit : Drag::Click;
+    }
+    event->accept();
+}
+
+void kxView3D::beginGizmoDrag(kxGizmo::Handle handle, const QPointF& point)
+{
+    auto edit = std::make_unique<kxTransformEdit>(kxScenegraph::getSelectedNodes());
+    if (edit->isEmpty())
+        return;
+    _edit = std::move(edit);
+    _edited = false;
+    _drag = Drag::Gizmo;
+    _gizmo.setPlace(_edit->pivot(), _edit->axes(_local || _gizmo.tool() == kxGizmo::ScaleTool));
+    _gizmo.beginDrag(handle, point);
+    redraw(false);
+}
+
+void kxView3D::mouseMoveEvent(QMouseEvent* event)
+{
+    const QPointF at = event->localPos(), by = at - _lastAt;
+    if (_drag == Drag::Click && QLineF(_pressedAt, at).length() > ClickReach)
+        _drag = Drag::Orbit;
+    if (_drag == Drag::None)
+    {
+        const kxGizmo::Handle hover = placeGizmo() ? _gizmo.handleAt(at) : kxGizmo::NoHandle;
+        if (hover != _gizmo.hover())
+        {
+            _gizmo.setHover(hover);
+            redraw(false);
+        }
+        return;
+    }
+    _lastAt = at;
+    if (_drag == Drag::Gizmo)
+    {
+        _edited = _edit->apply(_gizmo.drag(at, event->modifiers() & Qt::ControlModifier)) || _edited;
+        redraw(false);
+    }
+    else if (_drag != Drag::Click)
+        moveView(_drag, by);
+}
+
+void kxView3D::mouseReleaseEvent(QMouseEvent* event)
+{
+    const Drag drag = _drag;
+    if (event->buttons() != Qt::NoButton) // another one is still held
+        return;
+    _drag = Drag::None;
+    if (drag == Drag::Gizmo)
+    {
+        _gizmo.endDrag();
+        _edit.reset();
+    }
+    else if (drag == Drag::Click && event->button() == Qt::LeftButton)
+        click(event->localPos(), event->modifiers());
+    else if (drag != Drag::None && drag != Drag::Click)
+        Q_EMIT viewWentIdle();
+    redraw(false);
+}
+
+void kxView3D::cancelDrag()
+{
+    _drag = Drag::None;
+    _gizmo.endDrag();
+    _edit.reset();
+    if (_edited)
+        kxUndoStack::get(0).stack()->undo();
+    _edited = false;
+    redraw(false);
+}
+
+osg::NodePtr kxView3D::nodeAt(const QPointF& point)
+{
+    const QSizeF shape(size());
+    const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
+    osg::UInt32 id = kxViewOverlay::signAt(point, *_scene, camera, shape);
+    if (id == 0)
+        id = _picking.pick(*_scene, camera.ray(point, shape)).nodeId;
+    return kxPicking::selectableNode(osg::FieldContainerFactory::the()->get<osg::Node>(id));
+}
+
+void kxView3D::click(const QPointF& point, Qt::KeyboardModifiers modifiers)
+{
+    const osg::NodePtr node = nodeAt(point);
+    std::vector<osg::NodePtr> nodes;
+    if (modifiers & (Qt::ControlModifier | Qt::ShiftModifier))
+    {
+        if (node == osg::NullFC)
+            return;
+        nodes = kxScenegraph::getSelectedNodes();
+        const auto found = std::find(nodes.begin(), nodes.end(), node);
+        if (found == nodes.end())
+            nodes.push_back(node);
+        else
+            nodes.erase(found);
+    }
+    else if (node != osg::NullFC)
+        nodes.push_back(node);
+    kxSelectionManager::selectNodes(nodes);
+}
+
+void kxView3D::wheelEvent(QWheelEvent* event)
+{
+    const double notches = event->angleDelta().y() / 120.0;
+    if (notches != 0 && _drag == Drag::None)
+        moveView(Drag::Dolly, QPointF(0, -notches * DollyPixels * 1.2));
+    event->accept();
+}
+
+void kxView3D::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Escape)
+    {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    if (_drag == Drag::Gizmo)
+        cancelDrag();
+    else if (cameraNodeId() != 0)
+        lookThrough(0);
+    else
+        setTool(kxGizmo::SelectTool);
+}
+
+void kxView3D::leaveEvent(QEvent*)
+{
+    if (_gizmo.hover() == kxGizmo::NoHandle || _gizmo.isDragging())
+        return;
+    _gizmo.setHover(kxGizmo::NoHandle);
+    redraw(false);
+}

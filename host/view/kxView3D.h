@@ -1,0 +1,128 @@
+#pragma once
+
+#include "kxCameraRig.h"
+#include "kxGizmo.h"
+#include "kxPicking.h"
+#include "kxViewSurface.h"
+
+#include <kxRenderWidget.h>
+
+#include <QElapsedTimer>
+#include <QWidget>
+
+#include <memory>
+
+class QTimer;
+class kxTransformEdit;
+class kxViewActions;
+
+/// The 3D view: shows the open scene, picks objects, and moves them by a gizmo.
+///
+/// Draws anew only when the scene, the selection or the view changed, at most once a turn of the event loop. While it
+/// lives it is the current render widget. Drops of files are its parent's business.
+class kxView3D : public QWidget, public kxQGLWidget
+{
+    Q_OBJECT
+public:
+    explicit kxView3D(QWidget* parent = nullptr);
+    ~kxView3D() override;
+
+    kxViewActions* actions3D() const { return _actions; }
+    kxRenderScene& scene() { return *_scene; }
+    const kxCameraRig& rig() const { return _rig; }
+    const kxGizmo& gizmo() const { return _gizmo; }
+    bool isOpenGl() const { return _surface->isOpenGl(); }
+
+    /// What the view shows, for a picture of another shape.
+    kxViewCamera viewCamera(float aspect);
+    /// Jumps there; leaves a camera of the scene.
+    void setPose(const kxCameraRig::Pose& pose);
+
+    /// Looks through a camera of the scene, by the id of its node; 0 leaves it where it stands.
+    void lookThrough(osg::UInt32 nodeId);
+    /// The node of the camera that is looked through, 0 for none.
+    osg::UInt32 cameraNodeId() const;
+    /// Turns around the target, on a short way.
+    void lookFrom(float yaw, float pitch);
+
+    void setTool(kxGizmo::Tool tool);
+    kxGizmo::Tool tool() const { return _gizmo.tool(); }
+    bool isLocal() const { return _local; }
+
+    /// Draws when the event loop comes to it, or `now`.
+    void redraw(bool now);
+    QImage grabFrameBuffer(bool withAlpha) override;
+
+public Q_SLOTS:
+    /// Everything into the picture; at once where nothing was shown yet.
+    void frameAll();
+    /// What is selected, or everything.
+    void frameSelection();
+    void setLocalAxes(bool local);
+    void setGridShown(bool shown);
+    void setEdgesShown(bool shown);
+
+Q_SIGNALS:
+    /// A frame is on the screen; the first one counts for the start of the application.
+    void frameDrawn();
+    void toolChanged(int tool);
+    /// The eye stands elsewhere.
+    void viewChanged();
+    /// The eye has come to rest after a drag or a way.
+    void viewWentIdle();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    enum class Drag
+    {
+        None,
+        Click, ///< pressed, not moved yet
+        Orbit,
+        Pan,
+        Dolly,
+        Gizmo
+    };
+    kxViewContent content();
+    kxFrame makeFrame(const QSize& pixels);
+    void paintOverlay(QPainter& painter);
+    QString statusText() const;
+    void noteDrawn();
+
+    /// Puts the gizmo where the selection is; false where there is nothing to grasp.
+    bool placeGizmo();
+    void beginGizmoDrag(kxGizmo::Handle handle, const QPointF& point);
+    void cancelDrag();
+    void click(const QPointF& point, Qt::KeyboardModifiers modifiers);
+    osg::NodePtr nodeAt(const QPointF& point);
+    void moveView(Drag drag, const QPointF& by);
+    void leaveCamera();
+    void startWay(const kxCameraRig::Pose& pose);
+    void walk();
+
+    std::unique_ptr<kxRenderScene> _scene;
+    kxPicking _picking;
+    kxCameraRig _rig;
+    kxGizmo _gizmo;
+    kxRenderOptions _options;
+    kxViewSurface* _surface = nullptr; // a child
+    kxViewActions* _actions = nullptr; // a child
+    osg::UInt32 _cameraNodeId = 0;
+    bool _local = false;
+
+    Drag _drag = Drag::None;
+    QPointF _pressedAt, _lastAt;
+    std::unique_ptr<kxTransformEdit> _edit; // during a drag of the gizmo
+    bool _edited = false;                   // that has changed something
+
+    QTimer* _way;
+    QElapsedTimer _wayTime, _frameTime, _moveTime;
+    double _frameSeconds = 0; // smoothed, between frames that follow each other; 0 for none
+};

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "kxRenderScene.h"
+#include "kxViewCamera.h"
+
+#include <QString>
+
+class QPainter;
+
+/// What lies over the picture of the 3D view: signs of lights and cameras, directions, hints, numbers. Painted flat, so
+/// that it is sharp at any pixel ratio and the same over both renderers.
+namespace kxViewOverlay
+{
+/// A small picture at each light and camera of the scene.
+void paintSigns(QPainter& painter, const kxRenderScene& scene, const kxViewCamera& camera, const QSizeF& size);
+/// The node whose sign lies at `point`, the nearest to the eye; 0 for none.
+osg::UInt32 signAt(const QPointF& point, const kxRenderScene& scene, const kxViewCamera& camera, const QSizeF& size);
+/// The three directions of the scene, in the lower right corner.
+void paintTriad(QPainter& painter, const kxViewCamera& camera, const QSizeF& size);
+/// In the middle of an empty view.
+void paintHint(QPainter& painter, const QString& title, const QString& text, const QSizeF& size);
+/// A line on a plate, its lower left corner at `corner`.
+void paintLabel(QPainter& painter, const QString& text, const QPointF& corner);
+/// Quiet text in the lower left corner.
+void paintStatus(QPainter& painter, const QString& text, const QSizeF& size);
+} // namespace kxViewOverlay

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "kxFrame.h"
+
+#include <functional>
+
+class QPainter;
+class QWidget;
+
+/// What a surface draws: asked for at each frame.
+struct kxViewContent
+{
+    std::function<kxFrame(const QSize& pixels)> frame; ///< scene and camera, brought up to date
+    std::function<void(QPainter& painter)> overlay;    ///< in device-independent pixels
+    std::function<void()> drawn;                       ///< after each frame
+    std::function<bool()> isMoving;                    ///< true while speed matters more than sharpness
+    kxRenderScene* scene = nullptr;
+};
+
+/// The part of the 3D view that shows pixels: by OpenGL, or painted on the processor. Mouse events go to its parent.
+class kxViewSurface
+{
+public:
+    virtual ~kxViewSurface() = default;
+    virtual QWidget* widget() = 0;
+    /// What is shown, drawn anew at once.
+    virtual QImage grab() = 0;
+    virtual bool isOpenGl() const = 0;
+
+    /// OpenGL where a context of 3.3 can be made, unless the user asked for the processor.
+    static kxViewSurface* create(const kxViewContent& content, QWidget* parent);
+};
