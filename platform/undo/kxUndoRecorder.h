@@ -17,7 +17,7 @@ class kxUndoRecorder : public QObject
 {
 public:
     /// Steps the stack holds; the oldest go.
-    static constexpr int Limit = 500;
+    static constexpr int Limit = 2000;
 
     static kxUndoRecorder& the();
 
