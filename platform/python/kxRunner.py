@@ -129,11 +129,14 @@ def run_interactive(text):
 
     def prepare():
         try:
-            steps.append(_commands(text, name, "single"))
-        except SyntaxError:
-            if "\n" not in text.strip():
-                raise
-            steps.extend(_compile_pasted(text, name))
+            try:
+                steps.append(_commands(text, name, "single"))
+            except SyntaxError:
+                if "\n" not in text.strip():
+                    raise
+                steps.extend(_compile_pasted(text, name))
+        except Exception as error:
+            raise error.with_traceback(None) from None  # the way through the compiler says nothing to a user
 
     def body():
         for step in steps:

@@ -1,0 +1,295 @@
+#include "kxRaise.h"
+
+#include "kxHostModule.h"
+
+#include "kxHostChannels.h"
+#include "kxHostFiles.h"
+#include "kxHostMessages.h"
+
+#include <kernel/kxSelection.h>
+#include <kxScenegraph.h>
+#include <kxScript.h>
+#include <kxUndo.h>
+#include <scene/kxScene.h>
+
+#include <QCoreApplication>
+#include <QUndoStack>
+
+namespace bp = boost::python;
+
+namespace
+{
+constexpr int LargestPicture = 16384; // pixels, on each side
+
+// Objects
+
+osg::NodePtr findNode(const std::string& name)
+{
+    osg::NodePtr found;
+    if (name.empty())
+        return found;
+    osg::traverse(kxScene::the()->root(),
+                  [&name, &found](const osg::NodePtr& node)
+                  {
+                      if (kxNodeUtils::getName(node) == name)
+                          found = node;
+                      return found == osg::NullFC ? osg::Action::Continue : osg::Action::Quit;
+                  });
+    return found;
+}
+
+osg::MaterialPtr findMaterial(const std::string& name)
+{
+    if (!name.empty())
+        for (const osg::MaterialPtr& material : kxScene::the()->materials())
+            if (kxMaterials::getName(material) == name)
+                return material;
+    return osg::MaterialPtr();
+}
+
+std::vector<osg::NodePtr> selectedNodes()
+{
+    return kxScenegraph::getSelectedNodes();
+}
+
+void selectNodes(const std::vector<osg::NodePtr>& nodes)
+{
+    kxSelectionManager::selectNodes(nodes);
+}
+
+void selectMaterials(const std::vector<osg::MaterialPtr>& materials)
+{
+    kxSelection::the().selectMaterials(materials);
+}
+
+// Steps
+
+bool undo()
+{
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    const bool possible = stack->canUndo();
+    stack->undo();
+    return possible;
+}
+
+bool redo()
+{
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    const bool possible = stack->canRedo();
+    stack->redo();
+    return possible;
+}
+
+int undoCount()
+{
+    return kxUndoStack::get(0).stack()->index();
+}
+
+std::string undoText()
+{
+    return kxUndoStack::get(0).stack()->undoText().toStdString();
+}
+
+// Pictures and events
+
+void check(bool succeeded, const QString& reason)
+{
+    if (!succeeded)
+        kxRaise(PyExc_RuntimeError, reason.isEmpty() ? "no picture was made" : reason.toStdString());
+}
+
+void render(const std::string& path, int width, int height)
+{
+    if (width < 1 || height < 1 || width > LargestPicture || height > LargestPicture)
+        kxRaise(PyExc_ValueError, "width and height have to be 1 to " + std::to_string(LargestPicture));
+    QString reason = QStringLiteral("There is no view that could draw the scene.");
+    const auto draw = kxHostModule::hooks().render;
+    check(draw && draw(QString::fromStdString(path), width, height, reason), reason);
+}
+
+void screenshot(const std::string& path)
+{
+    QString reason = QStringLiteral("There is no window.");
+    const auto save = kxHostModule::hooks().screenshot;
+    check(save && save(QString::fromStdString(path), reason), reason);
+}
+
+void processEvents()
+{
+    kxScene::the()->flush();
+    QCoreApplication::processEvents();
+}
+
+// The module
+
+void defineFiles()
+{
+    bp::def("newScene", kxHostFiles::newScene,
+            "Closes the scene without asking and starts an empty one. The undo stack is emptied.");
+    bp::def("openScene", kxHostFiles::open, bp::args("path"),
+            "Opens a scene file or a model in place of the present scene, without asking.\n\n"
+            "@param path: The file; its ending says which kind it is.\n\n"
+            "@type path: string\n\n"
+            "@raise OSError: The file can't be read; the text says why, and the present scene stays.");
+    bp::def("importScene", kxHostFiles::import, bp::args("path"),
+            "Adds the content of a scene file or a model to the present scene.\n\n"
+            "@param path: The file; its ending says which kind it is.\n\n"
+            "@type path: string\n\n"
+            "@raise OSError: The file can't be read; the text says why, and the scene stays as it is.");
+    bp::def("saveScene", kxHostFiles::save, bp::args("path"),
+            "Saves the scene.\n\n"
+            "@param path: The file to write; one that exists is replaced once the new one is complete.\n\n"
+            "@type path: string\n\n"
+            "@raise OSError: The file can't be written; the text says why.");
+    bp::def("exportScene", kxHostFiles::exportTo, bp::args("path"),
+            "Writes the scene with its animations for other programs.\n\n"
+            "@param path: The file to write, ending in .glb or .gltf.\n\n"
+            "@type path: string\n\n"
+            "@raise OSError: The file can't be written; the text says why.");
+}
+
+void defineObjects()
+{
+    bp::def("findNode", findNode, bp::args("name"),
+            "Finds a node of the scene by name.\n\n"
+            "@param name: The name, in upper and lower case as written.\n\n"
+            "@type name: string\n\n"
+            "@return: The first node of this name in the order of the tree; a null handle if there is none.\n\n"
+            "@rtype: NodePtr");
+    bp::def("findMaterial", findMaterial, bp::args("name"),
+            "Finds a material of the scene by name.\n\n"
+            "@param name: The name, in upper and lower case as written.\n\n"
+            "@type name: string\n\n"
+            "@return: The first material of this name; a null handle if there is none.\n\n"
+            "@rtype: MaterialPtr");
+    bp::def("selectedNodes", selectedNodes,
+            "Gets the selected nodes.\n\n"
+            "@return: The nodes in the order in which they were selected.\n\n"
+            "@rtype: list of NodePtr");
+    bp::def("selectNodes", selectNodes, bp::args("nodes"),
+            "Selects nodes and deselects all others. One step on the undo stack.\n\n"
+            "@param nodes: The nodes; null handles are left out. An empty list selects nothing.\n\n"
+            "@type nodes: sequence of NodePtr or kxNodePtr");
+    bp::def("selectMaterials", selectMaterials, bp::args("materials"),
+            "Selects materials and deselects all others. One step on the undo stack.\n\n"
+            "@param materials: The materials; null handles are left out. An empty list selects nothing.\n\n"
+            "@type materials: sequence of MaterialPtr");
+}
+
+void defineChannels()
+{
+    bp::def("channelNames", kxHostChannels::names, bp::args("object"),
+            "Gets the names of the values of an object that can be keyed.\n\n"
+            "@param object: A node or a material.\n\n"
+            "@type object: NodePtr or MaterialPtr\n\n"
+            "@return: Names as in \"translation.X\" or \"visible\".\n\n"
+            "@rtype: list of string\n\n"
+            "@raise ValueError: The object is null, or it is gone.");
+    bp::def("channelValue", kxHostChannels::value, bp::args("object", "channel"),
+            "Gets the present value of a channel.\n\n"
+            "@param object: A node or a material.\n\n"
+            "@type object: NodePtr or MaterialPtr\n\n"
+            "@param channel: A name out of channelNames(object).\n\n"
+            "@type channel: string\n\n"
+            "@return: Angles in degrees, lengths in scene units, colours linear from 0 to 1, \"visible\" 0 or 1.\n\n"
+            "@rtype: float\n\n"
+            "@raise KeyError: There is no such channel; the text names those there are.\n"
+            "@raise ValueError: The object is null, or it is gone.");
+    bp::def("setChannelValue", kxHostChannels::setValue, bp::args("object", "channel", "value"),
+            "Sets the value of a channel. One step on the undo stack, \"Set Value\", where the value changes.\n\n"
+            "The next frame change overwrites it where an animation drives the channel.\n\n"
+            "@param object: A node or a material.\n\n"
+            "@type object: NodePtr or MaterialPtr\n\n"
+            "@param channel: A name out of channelNames(object).\n\n"
+            "@type channel: string\n\n"
+            "@param value: The value, in the units of channelValue().\n\n"
+            "@type value: float\n\n"
+            "@return: The value as it stands then: values outside of what the channel allows are clamped.\n\n"
+            "@rtype: float\n\n"
+            "@raise KeyError: There is no such channel; the text names those there are.\n"
+            "@raise ValueError: The object is null or gone, or the value isn't a finite number.");
+}
+
+void defineRest()
+{
+    bp::def("undo", undo, "Takes the last step back.\n\n@return: False if there was none.\n\n@rtype: bool");
+    bp::def("redo", redo,
+            "Makes the step again that was taken back.\n\n@return: False if there was none.\n\n"
+            "@rtype: bool");
+    bp::def("undoCount", undoCount, "Gets the number of steps that undo() can take back.\n\n@rtype: int");
+    bp::def("undoText", undoText,
+            "Gets the name of the step that undo() takes back next; empty if there is none.\n\n@rtype: string");
+    bp::def("sendMessage", kxHostMessages::send, (bp::arg("name"), bp::arg("attributes") = bp::dict()),
+            "Sends a named message to the application and its tools, and waits for the answer.\n\n"
+            "@param name: The name of the message, as in \"pastedAnimations\".\n\n"
+            "@type name: string\n\n"
+            "@param attributes: Values by name: bool, int, float, string, handles of nodes and materials, lists of "
+            "handles, sets of strings. A list whose nodes are all animations is sent as animations.\n\n"
+            "@type attributes: dict\n\n"
+            "@return: All attributes of the message afterwards, with what the answer added.\n\n"
+            "@rtype: dict\n\n"
+            "@raise TypeError: A value is of a type that a message can't carry.");
+    bp::def("render", render, bp::args("path", "width", "height"),
+            "Draws the scene at the current frame into a picture file, as File, Render Image does.\n\n"
+            "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"
+            "@type path: string\n\n"
+            "@param width: Pixels.\n\n"
+            "@type width: int\n\n"
+            "@param height: Pixels.\n\n"
+            "@type height: int\n\n"
+            "@raise ValueError: A size is below 1 or above 16384.\n"
+            "@raise RuntimeError: Nothing can be drawn, or the file can't be written.");
+    bp::def("screenshot", screenshot, bp::args("path"),
+            "Saves a picture of the main window.\n\n"
+            "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"
+            "@type path: string\n\n"
+            "@raise RuntimeError: There is no window, or the file can't be written.");
+    bp::def("processEvents", processEvents, "Lets the application draw and answer the user before the script goes on.");
+}
+
+void defineModule()
+{
+    const bp::docstring_options docstrings(true, false);
+    const bp::object types = bp::import("kxTypes");
+    for (const char* const name : {"Vec3f", "NodePtr", "AnimNodePtr", "MaterialPtr", "kxNodePtr"})
+        bp::scope().attr(name) = types.attr(name);
+    defineFiles();
+    defineObjects();
+    defineChannels();
+    defineRest();
+}
+
+extern "C" PyObject* initKxHost()
+{
+    static PyModuleDef definition = {
+        PyModuleDef_HEAD_INIT,
+        "kxHost",
+        "The application for scripts: files, objects and their values, selection, undo, messages and pictures.\n\n"
+        "A handle whose object was deleted is null and tests as False.",
+        -1,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr};
+    return bp::detail::init_module(definition, defineModule);
+}
+} // namespace
+
+void kxHostModule::install()
+{
+    static kxPythonRegister registration(
+        [](kxPythonRegisterFactory::Level level)
+        {
+            if (level == kxPythonRegisterFactory::BeforeStart)
+                PyImport_AppendInittab("kxHost", initKxHost);
+            else if (level == kxPythonRegisterFactory::AfterStart)
+                kxScript::run("import kxHost\nfrom kxHost import *");
+        });
+}
+
+kxHostModule::Hooks& kxHostModule::hooks()
+{
+    static Hooks hooks;
+    return hooks;
+}

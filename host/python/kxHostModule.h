@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+/// The Python module `kxHost`: the application for scripts.
+class kxHostModule
+{
+public:
+    /// What scripts ask of the application's views. A function that isn't set, and one that gives false, raises
+    /// RuntimeError with the reason.
+    struct Hooks
+    {
+        /// Draws the scene at the present frame into a picture file of `width` x `height` pixels.
+        std::function<bool(const QString& file, int width, int height, QString& reason)> render;
+        /// Saves a picture of the main window.
+        std::function<bool(const QString& file, QString& reason)> screenshot;
+    };
+
+    /// Registers the module. To be called once, before the interpreter starts.
+    static void install();
+    static Hooks& hooks();
+};

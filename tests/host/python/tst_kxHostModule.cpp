@@ -1,0 +1,262 @@
+#include <kernel/kxSelection.h>
+#include <kxController.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+#include <osg/AnimCores.h>
+#include <osg/AnimNode.h>
+#include <python/kxHostModule.h>
+#include <python/kxInterpreter.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+#include <set>
+
+namespace
+{
+kxMessage received; // what the last message of a test carried
+
+void receive(kxMessage& message)
+{
+    received = message;
+    message.set("answer", 7u);
+    message.set("names", std::set<QString>{QString::fromUtf8("gr\xc3\xbcn"), "red"});
+    message.set("owner", static_cast<void*>(nullptr));
+}
+
+template <class T>
+const T* attribute(const char* key)
+{
+    static boost::any kept;
+    kept = received.get(key);
+    return boost::any_cast<T>(&kept);
+}
+} // namespace
+
+/// Each row of scripts() is a script that asserts; `refused(error, part, function, *arguments)` wants an exception of
+/// this type whose text has this part.
+class tst_kxHostModule : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void scripts_data();
+    void scripts();
+    void settingAValueIsOneStep();
+    void messagesCarryExactTypes();
+    void messagesGiveTheAnswerBack();
+    void picturesComeFromTheHooks();
+    void everyFunctionIsDescribed();
+
+private:
+    void run(const QString& script);
+    osg::NodePtr _door;
+};
+
+void tst_kxHostModule::initTestCase()
+{
+    kxHostModule::install();
+    QVERIFY(kxInterpreter::start());
+    run("import os\n"
+        "def refused(error, part, function, *arguments):\n"
+        "    try:\n"
+        "        function(*arguments)\n"
+        "    except error as raised:\n"
+        "        assert part in str(raised), str(raised)\n"
+        "    else:\n"
+        "        assert False, 'taken'\n");
+    kxController::addCB("probe", receive);
+}
+
+void tst_kxHostModule::init()
+{
+    _door = osg::Node::create();
+    _door->setCore(osg::Transform::create());
+    _door->setNodeName("Door");
+    const osg::NodePtr knob = osg::Node::create();
+    knob->setCore(osg::Transform::create());
+    knob->setNodeName("Knob");
+    _door->addChild(knob);
+    kxScene::the()->root()->addChild(_door);
+    const osg::UberMaterialPtr paint = osg::UberMaterial::create();
+    paint->setNodeName("Paint");
+    kxScene::the()->addMaterial(paint);
+    kxUndoStack::get(0).stack()->clear();
+    kxHostModule::hooks() = {};
+    received = kxMessage();
+}
+
+void tst_kxHostModule::cleanup()
+{
+    kxSelection::the().clear();
+    kxUndoStack::get(0).stack()->clear();
+    kxScene::the()->clear();
+}
+
+void tst_kxHostModule::run(const QString& script)
+{
+    const kxScriptResult result = kxInterpreter::run(script.toStdString());
+    QVERIFY2(result.ok, result.trace.c_str());
+}
+
+void tst_kxHostModule::scripts_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::newRow("find")
+        << "assert findNode('Knob').parent == findNode('Door') and findMaterial('Paint').name == 'Paint'\n"
+           "assert not findNode('knob') and not findNode('') and not findMaterial('Door')\n"
+           "refused(TypeError, '', findNode, None)";
+    QTest::newRow("select nodes")
+        << "door, knob = findNode('Door'), findNode('Knob')\n"
+           "selectNodes([knob, NodePtr(), kxNodePtr(door), knob])\n"
+           "assert selectedNodes() == [knob, door] and undoCount() == 1\n"
+           "assert undo() and selectedNodes() == [] and redo() and len(selectedNodes()) == 2\n"
+           "selectNodes([]); assert selectedNodes() == []\n"
+           "refused(TypeError, '', selectNodes, [findMaterial('Paint')])";
+    QTest::newRow("select materials") << "selectMaterials([findMaterial('Paint')])\n"
+                                         "assert undoCount() == 1\n"
+                                         "refused(TypeError, '', selectMaterials, [findNode('Door')])";
+    QTest::newRow("undo at the ends") << "assert not undo() and not redo() and undoCount() == 0 and undoText() == ''";
+    QTest::newRow("values") << "door, paint = findNode('Door'), findMaterial('Paint')\n"
+                               "names = channelNames(door)\n"
+                               "assert 'visible' in names and 'translation.X' in names and 'rotation.Z' in names\n"
+                               "for owner in (door, kxNodePtr(door), paint):\n"
+                               "    for name in channelNames(owner):\n"
+                               "        setChannelValue(owner, name, channelValue(owner, name))\n"
+                               "assert undoCount() == 0, 'nothing has changed'\n"
+                               "assert setChannelValue(door, 'scale.Y', 2) == channelValue(door, 'scale.Y') == 2";
+    QTest::newRow("value is clamped") << "paint = findMaterial('Paint')\n"
+                                         "name = [n for n in channelNames(paint) if 'rough' in n.lower()][0]\n"
+                                         "assert setChannelValue(paint, name, 7) == channelValue(paint, name) == 1";
+    QTest::newRow("values refused")
+        << "door, knob = findNode('Door'), findNode('Knob')\n"
+           "for bad in (float('nan'), float('inf'), -float('inf'), 1e300):\n"
+           "    refused(ValueError, 'finite', setChannelValue, door, 'translation.X', bad)\n"
+           "refused(TypeError, '', setChannelValue, door, 'translation.X', '1')\n"
+           "refused(TypeError, '', channelNames, 'Door')\n"
+           "refused(KeyError, 'translation.X', channelValue, door, 'translation.W')\n"
+           "refused(KeyError, 'visible', setChannelValue, door, '', 1)\n"
+           "for f in (channelNames, lambda n: channelValue(n, 'visible'), lambda n: setChannelValue(n, 'visible', "
+           "1)):\n"
+           "    refused(ValueError, 'null', f, NodePtr()); refused(ValueError, 'null', f, None)\n"
+           "assert undoCount() == 0";
+    QTest::newRow("objects that are gone") << "door = findNode('Door')\n"
+                                              "newScene()\n"
+                                              "assert not door and not findNode('Door')\n"
+                                              "refused(ValueError, 'gone', channelValue, door, 'visible')";
+    QTest::newRow("files that can't be read")
+        << "refused(OSError, '/nowhere/a.kxs', openScene, '/nowhere/a.kxs')\n"
+           "refused(OSError, '/nowhere/a.glb', importScene, '/nowhere/a.glb')\n"
+           "refused(OSError, '', openScene, ''); refused(OSError, '/', openScene, '/')\n"
+           "refused(OSError, '/nowhere/a.kxs', saveScene, '/nowhere/a.kxs')\n"
+           "refused(OSError, '/nowhere/a.glb', exportScene, '/nowhere/a.glb')\n"
+           "assert findNode('Door'), 'the scene stays'";
+    QTest::newRow("save and open") << "import tempfile\n"
+                                      "with tempfile.TemporaryDirectory() as folder:\n"
+                                      "    path = os.path.join(folder, 'sz\\xe9ne.kxs')\n"
+                                      "    setChannelValue(findNode('Door'), 'rotation.Y', 30)\n"
+                                      "    saveScene(path)\n"
+                                      "    newScene()\n"
+                                      "    openScene(path)\n"
+                                      "    assert channelValue(findNode('Door'), 'rotation.Y') == 30\n"
+                                      "    importScene(path)\n"
+                                      "    exportScene(os.path.join(folder, 'a.glb'))\n"
+                                      "    assert os.path.getsize(os.path.join(folder, 'a.glb')) > 0";
+    QTest::newRow("messages refused")
+        << "for bad in (None, object(), 1j, [1], [findNode('Door'), findMaterial('Paint')], {'a': 1}):\n"
+           "    refused(TypeError, \"'key'\", sendMessage, 'probe', {'key': bad})\n"
+           "refused(OverflowError, \"'key'\", sendMessage, 'probe', {'key': 2**31})\n"
+           "refused(TypeError, 'str', sendMessage, 'probe', {1: 2})\n"
+           "assert sendMessage('nobody listens', {'a': 1}) == {'a': 1} and sendMessage('nobody') == {}";
+    QTest::newRow("events") << "processEvents()";
+}
+
+void tst_kxHostModule::scripts()
+{
+    QFETCH(QString, script);
+    run(script);
+}
+
+void tst_kxHostModule::settingAValueIsOneStep()
+{
+    const osg::TransformPtr core = osg::TransformPtr::dcast(_door->getCore());
+    run("setChannelValue(findNode('Door'), 'translation.X', 1.5)\n"
+        "setChannelValue(findNode('Door'), 'translation.X', 2.5)\n"
+        "setChannelValue(findNode('Door'), 'translation.Y', -1)\n"
+        "assert undoCount() == 3 and 'Set Value' in undoText()");
+    QCOMPARE(core->getTranslation(), osg::Vec3f(2.5f, -1, 0));
+    run("undo(); undo()");
+    QCOMPARE(core->getTranslation(), osg::Vec3f(1.5f, 0, 0));
+    run("undo()");
+    QCOMPARE(core->getTranslation(), osg::Vec3f());
+    run("while redo(): pass");
+    QCOMPARE(core->getTranslation(), osg::Vec3f(2.5f, -1, 0));
+}
+
+void tst_kxHostModule::messagesCarryExactTypes()
+{
+    const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
+    clip->addRef();
+    clip->setCore(osg::AnimClipBase::create());
+    run(QStringLiteral("nodes = [findNode('Door'), kxNodePtr(findNode('Knob'))]\n"
+                       "sendMessage('probe', {'truth': True, 'int': -5, 'double': 2.0, 'text': 'gr\\xfcn',\n"
+                       "    'node': nodes[1], 'noAnim': AnimNodePtr(), 'nodes': nodes, 'none': (),\n"
+                       "    'materials': [findMaterial('Paint')], 'names': {'a', 'b'}, 'list': ['b', 'b']})"));
+    QVERIFY(attribute<bool>("truth") && *attribute<bool>("truth"));
+    QVERIFY(attribute<int>("int") && *attribute<int>("int") == -5);
+    QVERIFY(attribute<double>("double") && *attribute<double>("double") == 2.0);
+    QVERIFY(attribute<std::string>("text") && *attribute<std::string>("text") == "gr\xc3\xbcn");
+    QVERIFY(attribute<osg::NodePtr>("node") && *attribute<osg::NodePtr>("node") == _door->getChild(0));
+    QVERIFY(attribute<osg::AnimNodePtr>("noAnim") && *attribute<osg::AnimNodePtr>("noAnim") == osg::NullFC);
+    const auto* nodes = attribute<std::vector<osg::NodePtr>>("nodes");
+    QVERIFY(nodes != nullptr && *nodes == (std::vector<osg::NodePtr>{_door, _door->getChild(0)}));
+    QVERIFY(attribute<std::vector<osg::NodePtr>>("none"));
+    QVERIFY(attribute<std::vector<osg::MaterialPtr>>("materials"));
+    QVERIFY(attribute<std::set<QString>>("names") && attribute<std::set<QString>>("names")->size() == 2);
+    QVERIFY(attribute<std::set<QString>>("list") && attribute<std::set<QString>>("list")->size() == 1);
+
+    // A plain handle of an animation node goes out as an animation.
+    _door->addChild(clip);
+    clip->setNodeName("Clip");
+    run("sendMessage('probe', {'one': findNode('Clip'), 'all': [kxNodePtr(findNode('Clip'))]})");
+    QVERIFY(attribute<osg::AnimNodePtr>("one") && *attribute<osg::AnimNodePtr>("one") == clip);
+    QVERIFY(attribute<std::vector<osg::AnimNodePtr>>("all"));
+    clip->subRef();
+}
+
+void tst_kxHostModule::messagesGiveTheAnswerBack()
+{
+    run("answer = sendMessage('probe', {'node': findNode('Door'), 'answer': 1})\n"
+        "assert answer['node'] == findNode('Door') and answer['answer'] == 7\n"
+        "assert answer['names'] == {'gr\\xfcn', 'red'} and 'owner' not in answer");
+}
+
+void tst_kxHostModule::picturesComeFromTheHooks()
+{
+    run("refused(RuntimeError, 'no view', render, '/tmp/a.png', 10, 10)\n"
+        "refused(RuntimeError, 'no window', screenshot, '/tmp/a.png')\n"
+        "for size in ((0, 10), (10, -1), (10, 10**6)): refused(ValueError, '16384', render, 'a.png', *size)");
+    QString drawn;
+    kxHostModule::hooks().render = [&drawn](const QString& file, int width, int height, QString& reason)
+    {
+        drawn = QStringLiteral("%1 %2 %3").arg(file).arg(width).arg(height);
+        reason = "disk full";
+        return width == 320;
+    };
+    run("render('\\xfc.png', 320, 200)\nrefused(RuntimeError, 'disk full', render, 'a.png', 10, 20)");
+    QCOMPARE(drawn, QString("a.png 10 20"));
+}
+
+void tst_kxHostModule::everyFunctionIsDescribed()
+{
+    run("import inspect\n"
+        "names = [n for n in dir(kxHost) if not n.startswith('_')]\n"
+        "for name in names: assert len(inspect.getdoc(getattr(kxHost, name)) or '') > 20, name");
+}
+
+QTEST_MAIN(tst_kxHostModule)
+#include "tst_kxHostModule.moc"

@@ -1,0 +1,130 @@
+#include <python/kxConsoleHistory.h>
+#include <python/kxInterpreter.h>
+#include <python/kxPromptInput.h>
+#include <python/kxPythonConsole.h>
+#include <python/kxPythonEditor.h>
+#include <python/kxPythonPrompt.h>
+
+#include <QtTest>
+
+class tst_kxPythonConsole : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(kxInterpreter::start()); }
+    void historyKeepsTheDraft();
+    void typingABlock();
+    void tabCompletes();
+    void outputFollowsItsStatement();
+    void errorMarksItsLine();
+    void scriptFiles();
+};
+
+void tst_kxPythonConsole::historyKeepsTheDraft()
+{
+    kxConsoleHistory history;
+    QCOMPARE(history.previous("draft"), QString("draft"));
+    for (const char* text : {"one", "two", "two", "  "})
+        history.add(text);
+    QCOMPARE(history.previous("draft"), QString("two"));
+    QCOMPARE(history.previous("two"), QString("one"));
+    QCOMPARE(history.previous("one"), QString("one"));
+    QCOMPARE(history.next("one"), QString("two"));
+    QCOMPARE(history.next("two"), QString("draft"));
+    QCOMPARE(history.next("draft"), QString("draft"));
+    for (int i = 0; i < 2 * kxConsoleHistory::Capacity; ++i)
+        history.add(QString::number(i));
+    QString text;
+    for (int i = 0; i < 2 * kxConsoleHistory::Capacity; ++i)
+        text = history.previous(text);
+    QCOMPARE(text, QString::number(kxConsoleHistory::Capacity));
+}
+
+void tst_kxPythonConsole::typingABlock()
+{
+    kxPythonPrompt prompt;
+    kxPromptInput* const input = prompt.findChild<kxPromptInput*>();
+    const int oneLine = input->height();
+    QTest::keyClicks(input, "for i in range(2):");
+    QTest::keyClick(input, Qt::Key_Return);
+    QCOMPARE(input->toPlainText(), QString("for i in range(2):\n    "));
+    QVERIFY(input->height() > oneLine);
+    QTest::keyClicks(input, "print('i is', i)");
+    QTest::keyClick(input, Qt::Key_Return);
+    QCOMPARE(input->blockCount(), 3);
+    QTest::keyClick(input, Qt::Key_Return); // the empty line ends the block
+    QCOMPARE(input->toPlainText(), QString());
+    QCOMPARE(input->height(), oneLine);
+    QVERIFY2(prompt.text().endsWith(">>> for i in range(2):\n...     print('i is', i)\ni is 0\ni is 1\n"),
+             qPrintable(prompt.text()));
+    QTest::keyClick(input, Qt::Key_Up);
+    QCOMPARE(input->toPlainText(), QString("for i in range(2):\n    print('i is', i)"));
+}
+
+void tst_kxPythonConsole::tabCompletes()
+{
+    kxPythonPrompt prompt;
+    kxPromptInput* const input = prompt.findChild<kxPromptInput*>();
+    QTest::keyClicks(input, "len(isinst");
+    QTest::keyClick(input, Qt::Key_Tab);
+    QCOMPARE(input->toPlainText(), QString("len(isinstance"));
+    input->clear();
+    QTest::keyClick(input, Qt::Key_Tab); // the name is complete
+    QCOMPARE(input->toPlainText(), QString("len(isinstance"));
+    input->clear();
+    QTest::keyClick(input, Qt::Key_Tab); // there is no name
+    QCOMPARE(input->toPlainText(), QString("    "));
+    input->clear();
+    QTest::keyClicks(input, "str.is");
+    QTest::keyClick(input, Qt::Key_Tab); // several fit: none is chosen
+    QCOMPARE(input->toPlainText(), QString("str.is"));
+}
+
+void tst_kxPythonConsole::outputFollowsItsStatement()
+{
+    kxPythonPrompt prompt;
+    prompt.clear();
+    QVERIFY(prompt.run("print('first')"));
+    QVERIFY(prompt.run("1 / 0"));
+    QVERIFY(!prompt.run("if True:"));
+    QVERIFY(prompt.run("import sys; sys.exit(4)"));
+    const QString text = prompt.text();
+    QVERIFY2(text.startsWith(">>> print('first')\nfirst\n>>> 1 / 0\nTraceback"), qPrintable(text));
+    QVERIFY2(!text.contains("if True") && text.endsWith("ended with code 4.\n"), qPrintable(text));
+    QVERIFY(kxInterpreter::run("print('elsewhere')").ok);
+    QTRY_VERIFY(prompt.text().endsWith("elsewhere\n"));
+}
+
+void tst_kxPythonConsole::errorMarksItsLine()
+{
+    constexpr int ErrorMarks = 1 << 1;
+    kxPythonConsole console;
+    console.editor()->setText("def f():\n    return [][0]\n\nf()\n");
+    console.runScript();
+    QCOMPARE(console.editor()->markerFindNext(0, ErrorMarks), 1);
+    QVERIFY2(console.prompt()->text().contains("IndexError"), qPrintable(console.prompt()->text()));
+    QCOMPARE(console.prompt()->text().count("IndexError"), 1);
+    console.editor()->setText("x = 1\n");
+    QCOMPARE(console.editor()->markerFindNext(0, ErrorMarks), -1);
+}
+
+void tst_kxPythonConsole::scriptFiles()
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath("a.py");
+    kxPythonConsole console;
+    QVERIFY(console.mayClose());
+    console.editor()->setText("print('grün')\n");
+    QVERIFY(console.saveScript(file));
+    QVERIFY(!console.saveScript("/nowhere/a.py"));
+    kxPythonConsole other;
+    QVERIFY(other.openScript(file));
+    QVERIFY(!other.openScript(folder.filePath("missing.py")));
+    QCOMPARE(other.editor()->text(), QString("print('grün')\n"));
+    QVERIFY(other.mayClose());
+    QTest::keyClick(other.editor(), Qt::Key_Return, Qt::ControlModifier);
+    QVERIFY(other.prompt()->text().contains("grün\n"));
+}
+
+QTEST_MAIN(tst_kxPythonConsole)
+#include "tst_kxPythonConsole.moc"
