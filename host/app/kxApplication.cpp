@@ -1,0 +1,116 @@
+#include "kxApplication.h"
+
+#include "kxBatch.h"
+#include "kxRenderJob.h"
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxPreferencesStore.h>
+#include <kxAnimManager.h>
+#include <kxFramePlayer.h>
+#include <kxLog.h>
+#include <panels/kxSceneTreePanel.h>
+#include <python/kxHostModule.h>
+#include <python/kxInterpreter.h>
+#include <scene/kxScene.h>
+#include <view/kxView3D.h>
+#include <widgets/kxStyle.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+
+bool kxApplication::hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+void kxApplication::prepare(const kxCommandLine& line)
+{
+    if (line.headless || !hasDisplay())
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+}
+
+kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
+{
+    kxStyle::apply(*qApp);
+    QDir().mkpath(kxPreferencesStore::settingsFolder());
+    kxPreferencesStore::the().load();
+    kxScene::the(); // the main thread's list of changes
+
+    _window = std::make_unique<kxMainWindow>();
+    _window->setUnattended(_line.headless);
+    kxMainWindow* const window = _window.get();
+    _services = std::make_unique<kxHostServices>([window](const QString& page) { window->openPreferences(page); });
+    QObject::connect(window->view(), &kxView3D::viewWentIdle, &_services->camera(), &kxCameraService::viewWentIdle);
+    setHooks();
+    startTools();
+    window->finishLayout();
+    if (_line.headless)
+        window->document().dialogs() = kxDocument::Dialogs();
+    if (_line.headless && _line.size)
+        window->resize(*_line.size);
+    window->document().newScene();
+}
+
+kxApplication::~kxApplication()
+{
+    kxFramePlayer::the()->stop(nullptr);
+    kxHostHooks& hooks = kxHostHooks::the();
+    hooks.render = nullptr;
+    hooks.updateBehavior = nullptr;
+    hooks.scrollToNode = nullptr;
+    kxHostModule::hooks() = kxHostModule::Hooks();
+}
+
+void kxApplication::setHooks()
+{
+    kxMainWindow* const window = _window.get();
+    kxHostHooks& hooks = kxHostHooks::the();
+    hooks.render = [window](bool now) { window->view()->redraw(now && window->isVisible()); };
+    hooks.updateBehavior = [](bool force) { kxAnimManager::the()->reevaluateAnimations(force); };
+    hooks.isSnapshotRendering = &kxRenderJob::isRunning;
+    hooks.scrollToNode = [window](const osg::NodePtr& node) { window->sceneTree()->scrollToNode(node); };
+
+    kxHostModule::hooks().render = [window](const QString& file, int width, int height, QString& reason)
+    {
+        kxRenderJob job;
+        job.camera = [window](float aspect) { return window->view()->viewCamera(aspect); };
+        return job.renderImage(file, QSize(width, height), reason);
+    };
+    kxHostModule::hooks().screenshot = [window](const QString& file, QString& reason)
+    { return window->saveScreenshot(file, reason); };
+}
+
+void kxApplication::startTools()
+{
+    const bool isLoaded = _plugin.load(_line.plugin.isEmpty() ? kxPluginLoader::defaultFile() : _line.plugin);
+    kxHostModule::install();
+    kxInterpreter::start();
+    if (isLoaded && _plugin.start())
+    {
+        kxLog::info(QCoreApplication::translate("kxApplication", "Animation plug-in %1").arg(_plugin.version()));
+        _window->setPluginVersion(_plugin.version());
+        return;
+    }
+    kxLog::warning(_plugin.error());
+    _window->showNotice(
+        QCoreApplication::translate("kxApplication", "Animation tools are missing: see the log for the reason."));
+}
+
+int kxApplication::run()
+{
+    _window->show();
+    kxBatch batch(_window.get(), _line);
+    if (_line.headless)
+    {
+        QApplication::processEvents();
+        return batch.run() ? Success : Failure;
+    }
+    if (!_line.scene.isEmpty() || _line.frame || _line.hasWork())
+        QTimer::singleShot(0, _window.get(), [&batch] { batch.run(); });
+    return QApplication::exec();
+}

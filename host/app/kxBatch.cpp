@@ -1,0 +1,92 @@
+#include "kxBatch.h"
+
+#include "kxMainWindow.h"
+#include "kxRenderJob.h"
+
+#include <kxAnimManager.h>
+#include <kxLog.h>
+#include <view/kxView3D.h>
+
+#include <QApplication>
+#include <QTextStream>
+
+namespace
+{
+constexpr QSize PictureSize(1280, 720);
+}
+
+bool kxBatch::run()
+{
+    if (!_line.scene.isEmpty() && !_window->document().openFile(_line.scene))
+        return false;
+    if (!runScripts())
+        return false;
+    if (_line.frame)
+        kxAnimManager::the()->setCurrentFrame(*_line.frame, true, true);
+    return exportScene() && render() && takeScreenshot();
+}
+
+bool kxBatch::failed(const QString& reason)
+{
+    kxLog::error(reason);
+    return false;
+}
+
+void kxBatch::wrote(const QString& file)
+{
+    QTextStream(stdout) << "wrote " << file << Qt::endl;
+}
+
+bool kxBatch::runScripts()
+{
+    for (const QString& script : _line.scripts)
+        if (!_window->runScript(script))
+            return failed(QCoreApplication::translate("kxBatch", "The script '%1' failed.").arg(script));
+    return true;
+}
+
+bool kxBatch::exportScene()
+{
+    if (_line.exportFile.isEmpty())
+        return true;
+    if (!_window->document().exportTo(_line.exportFile))
+        return false;
+    wrote(_line.exportFile);
+    return true;
+}
+
+bool kxBatch::render()
+{
+    if (_line.render.isEmpty())
+        return true;
+    kxRenderJob job;
+    job.camera = [this](float aspect) { return _window->view()->viewCamera(aspect); };
+    job.progress = [](int, const QString& file)
+    {
+        wrote(file);
+        return true;
+    };
+    const QSize size = _line.size.value_or(PictureSize);
+    QString error;
+    if (_line.frames)
+        job.renderFrames(_line.render, {_line.frames->first, _line.frames->last}, size, error);
+    else
+    {
+        const QString file = kxFramePattern::fileName(_line.render, int(kxAnimManager::the()->currentFrame()));
+        if (job.renderImage(file, size, error))
+            wrote(file);
+    }
+    return error.isEmpty() || failed(error);
+}
+
+bool kxBatch::takeScreenshot()
+{
+    if (_line.screenshot.isEmpty())
+        return true;
+    QApplication::processEvents(); // panels follow the scene at the next turn
+    QString error;
+    if (!_window->saveScreenshot(_line.screenshot, error))
+        return failed(error);
+    wrote(_line.screenshot);
+    return true;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "kxCommandLine.h"
+
+class kxMainWindow;
+
+/// What the command line asks for: opens the scene, runs the scripts, goes to the frame, writes files; in this order.
+///
+/// One line of plain text on the standard output for each file written; what failed is in the log.
+class kxBatch
+{
+public:
+    kxBatch(kxMainWindow* window, const kxCommandLine& line) : _window(window), _line(line) {}
+
+    /// False where a file failed, a script raised, or nothing was rendered that should have been. What comes after the
+    /// first failure isn't done.
+    bool run();
+
+private:
+    bool runScripts();
+    bool exportScene();
+    bool render();
+    bool takeScreenshot();
+    static bool failed(const QString& reason);
+    static void wrote(const QString& file);
+
+    kxMainWindow* _window;
+    const kxCommandLine& _line;
+};

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "kxRecentFiles.h"
+#include "kxUnsavedWatch.h"
+
+#include <QObject>
+#include <QString>
+#include <files/kxFileReport.h>
+
+#include <functional>
+#include <memory>
+
+/// The open scene as a file: its path, whether it is unsaved, and every way in and out of files.
+///
+/// Knows no windows: what has to be asked or shown goes through `Dialogs`.
+class kxDocument : public QObject
+{
+    Q_OBJECT
+public:
+    enum Answer
+    {
+        Save,
+        Discard,
+        Cancel
+    };
+    /// Empty functions answer as a program without a user would: nothing is saved, nothing stops.
+    struct Dialogs
+    {
+        std::function<Answer(const QString& sceneName)> askToSave;
+        /// A path for the scene, empty where the user takes it back. `proposal` is a path or a name.
+        std::function<QString(const QString& proposal)> askForPath;
+        /// `action` as in "The scene can't be opened".
+        std::function<void(const QString& action, const kxFileReport& report)> showError;
+        /// Around what may take long; `what` empty at the end.
+        std::function<void(const QString& what)> busy;
+    };
+
+    explicit kxDocument(QObject* parent = nullptr);
+    ~kxDocument() override;
+
+    Dialogs& dialogs() { return _dialogs; }
+    kxRecentFiles& recentFiles() { return _recent; }
+    /// Empty for a scene that was never saved.
+    const QString& path() const { return _path; }
+    /// The file's name without its folder, or a word for a scene without one.
+    QString name() const;
+    bool isUnsaved() const { return _watch.isUnsaved(); }
+
+    /// Asks where there is something to lose. False: the user wants to go back, or it couldn't be saved.
+    bool mayLeave();
+
+    /// Each asks by mayLeave() first. False where the open scene stays.
+    bool newScene();
+    bool openFile(const QString& file);
+    /// Adds a file to the scene, as one step.
+    bool importFile(const QString& file);
+    bool save();
+    bool saveAs();
+    bool saveTo(const QString& file);
+    bool exportTo(const QString& file);
+
+Q_SIGNALS:
+    /// Another scene, path or state of saving.
+    void changed();
+    /// Another scene is open.
+    void opened(const QString& file);
+    void saved(const QString& file);
+
+private:
+    class SceneModule;
+    void sceneReplaced();
+    bool run(const QString& what, const QString& failure, kxFileReport& report, const std::function<bool()>& work);
+    void setPath(const QString& path);
+
+    Dialogs _dialogs;
+    kxRecentFiles _recent;
+    kxUnsavedWatch _watch;
+    QString _path;           // of our own format
+    QString _source;         // what was opened, of any format; proposes the name
+    bool _replacing = false; // an operation of this class is at it
+    std::unique_ptr<SceneModule> _module;
+};

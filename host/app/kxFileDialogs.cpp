@@ -1,0 +1,133 @@
+#include "kxFileDialogs.h"
+
+#include "kxHostSettings.h"
+
+#include <files/kxSceneIO.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+
+namespace
+{
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxFileDialogs", text);
+}
+
+QString folder(const QString& kind)
+{
+    return kxHostSettings().value(QStringLiteral("folder/") + kind, QDir::homePath()).toString();
+}
+
+QString remembered(const QString& kind, const QString& file)
+{
+    if (!file.isEmpty())
+        kxHostSettings().setValue(QStringLiteral("folder/") + kind, QFileInfo(file).absolutePath());
+    return file;
+}
+
+QString withSuffix(const QString& file, const QString& suffix)
+{
+    return file.isEmpty() || !QFileInfo(file).suffix().isEmpty() ? file : file + QLatin1Char('.') + suffix;
+}
+
+kxDocument::Answer askToSave(QMainWindow* window, const QString& name)
+{
+    QMessageBox box(QMessageBox::Warning, tr("Unsaved Changes"), tr("\"%1\" has changes that are not saved.").arg(name),
+                    QMessageBox::NoButton, window);
+    box.setObjectName(QStringLiteral("_unsavedQuestion"));
+    box.setInformativeText(tr("Without saving they are lost."));
+    const QPushButton* const save = box.addButton(tr("Save"), QMessageBox::AcceptRole);
+    const QPushButton* const discard = box.addButton(tr("Don't Save"), QMessageBox::DestructiveRole);
+    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    box.setDefaultButton(const_cast<QPushButton*>(save));
+    box.exec();
+    return box.clickedButton() == save      ? kxDocument::Save
+           : box.clickedButton() == discard ? kxDocument::Discard
+                                            : kxDocument::Cancel;
+}
+
+QString askForPath(QMainWindow* window, const QString& proposal)
+{
+    const QString start =
+        QFileInfo(proposal).isAbsolute() ? proposal : QDir(folder(QStringLiteral("scene"))).filePath(proposal);
+    const QString suffix = kxSceneIO::sceneSuffix();
+    QFileDialog dialog(window, tr("Save Scene As"), QFileInfo(start).absolutePath(), kxSceneIO::saveFilter());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(suffix);
+    dialog.selectFile(QFileInfo(start).completeBaseName() + QLatin1Char('.') + suffix);
+    if (dialog.exec() != QDialog::Accepted)
+        return QString();
+    return remembered(QStringLiteral("scene"), dialog.selectedFiles().value(0));
+}
+
+void showBusy(QMainWindow* window, const QString& what)
+{
+    if (what.isEmpty())
+    {
+        QApplication::restoreOverrideCursor();
+        window->statusBar()->clearMessage();
+        return;
+    }
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    window->statusBar()->showMessage(what);
+    window->statusBar()->repaint(); // the work doesn't come back to the event loop before it is done
+}
+} // namespace
+
+void kxFileDialogs::showError(QMainWindow* window, const QString& action, const kxFileReport& report)
+{
+    QMessageBox box(QMessageBox::Critical, action, action + QLatin1Char('.'), QMessageBox::Ok, window);
+    box.setObjectName(QStringLiteral("_fileError"));
+    box.setInformativeText(QDir::toNativeSeparators(report.file()) + QStringLiteral("\n\n") + report.error());
+    if (!report.notes().isEmpty())
+        box.setDetailedText(report.notes().join(QLatin1Char('\n')));
+    box.exec();
+}
+
+void kxFileDialogs::install(kxDocument& document, QMainWindow* window)
+{
+    kxDocument::Dialogs& dialogs = document.dialogs();
+    dialogs.askToSave = [window](const QString& name) { return askToSave(window, name); };
+    dialogs.askForPath = [window](const QString& proposal) { return askForPath(window, proposal); };
+    dialogs.showError = [window](const QString& action, const kxFileReport& report)
+    { showError(window, action, report); };
+    dialogs.busy = [window](const QString& what) { showBusy(window, what); };
+}
+
+QString kxFileDialogs::askForScene(QMainWindow* window)
+{
+    return remembered(
+        QStringLiteral("scene"),
+        QFileDialog::getOpenFileName(window, tr("Open"), folder(QStringLiteral("scene")), kxSceneIO::openFilter()));
+}
+
+QString kxFileDialogs::askForModel(QMainWindow* window)
+{
+    return remembered(
+        QStringLiteral("model"),
+        QFileDialog::getOpenFileName(window, tr("Import"), folder(QStringLiteral("model")), kxSceneIO::openFilter()));
+}
+
+QString kxFileDialogs::askForExport(QMainWindow* window, const QString& proposal)
+{
+    const QString file =
+        QFileDialog::getSaveFileName(window, tr("Export glTF"),
+                                     QDir(folder(QStringLiteral("export")))
+                                         .filePath(QFileInfo(proposal).completeBaseName() + QStringLiteral(".glb")),
+                                     kxSceneIO::exportFilter());
+    return remembered(QStringLiteral("export"), withSuffix(file, QStringLiteral("glb")));
+}
+
+QString kxFileDialogs::askForScript(QMainWindow* window)
+{
+    return remembered(QStringLiteral("script"),
+                      QFileDialog::getOpenFileName(window, tr("Run Script"), folder(QStringLiteral("script")),
+                                                   tr("Python scripts (*.py);;All files (*)")));
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "kxDocument.h"
+
+class QMainWindow;
+
+/// What a document asks and shows, as dialogs of the main window.
+namespace kxFileDialogs
+{
+/// Fills in the document's dialogs.
+void install(kxDocument& document, QMainWindow* window);
+
+/// A file the user chooses, empty where they take it back. The folder of the last one of its `kind` is remembered.
+QString askForScene(QMainWindow* window);
+QString askForModel(QMainWindow* window);
+QString askForExport(QMainWindow* window, const QString& proposal);
+QString askForScript(QMainWindow* window);
+
+void showError(QMainWindow* window, const QString& action, const kxFileReport& report);
+} // namespace kxFileDialogs

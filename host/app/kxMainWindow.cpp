@@ -1,0 +1,362 @@
+#include "kxMainWindow.h"
+
+#include "kxFileDialogs.h"
+#include "kxGuideWindow.h"
+#include "kxHostSettings.h"
+#include "kxMainMenus.h"
+#include "kxRenderDialog.h"
+#include "kxShortcutsDialog.h"
+#include "kxWelcome.h"
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
+#include <kxIconManager.h>
+#include <kxLog.h>
+#include <kxPlatform.h>
+#include <kxScenegraph.h>
+#include <panels/kxLogPanel.h>
+#include <panels/kxMaterialPanel.h>
+#include <panels/kxPreferencesDialog.h>
+#include <panels/kxPropertyPanel.h>
+#include <panels/kxSceneTreePanel.h>
+#include <panels/kxUndoPanel.h>
+#include <python/kxInterpreter.h>
+#include <python/kxPythonConsole.h>
+#include <scene/kxScene.h>
+#include <view/kxView3D.h>
+#include <view/kxViewActions.h>
+#include <widgets/kxColors.h>
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProgressDialog>
+#include <QScreen>
+#include <QStatusBar>
+#include <QToolBar>
+
+namespace
+{
+constexpr int LayoutVersion = 1;
+constexpr QSize FirstSize(1600, 950);
+constexpr int SideWidth = 290;
+constexpr int BottomHeight = 150;
+
+QStringList localFiles(const QMimeData* data)
+{
+    QStringList files;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile())
+            files.append(url.toLocalFile());
+    return files;
+}
+} // namespace
+
+kxMainWindow::kxMainWindow(QWidget* parent)
+    : QMainWindow(parent), _document(new kxDocument(this)), _docks(new QKXDockWindowManager(this)),
+      _selectionText(new QLabel(this)), _notice(new QLabel(this))
+{
+    setObjectName(QStringLiteral("_mainWindow"));
+    setAcceptDrops(true);
+    setDockNestingEnabled(true);
+    setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
+    setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    kxHostHooks::the().setMainWindow(this);
+    kxHostHooks::the().setDockWindowManager(_docks);
+    kxFileDialogs::install(*_document, this);
+
+    _view = new kxView3D(this);
+    _view->setObjectName(QStringLiteral("_view"));
+    setCentralWidget(_view);
+    new kxWelcome(this, _view);
+    _menus = new kxMainMenus(this);
+    createDocks();
+    createToolBar();
+    _menus->addObjectKeys(_view);
+    _menus->addObjectKeys(_sceneTree);
+
+    QPalette colors = _notice->palette();
+    colors.setColor(QPalette::WindowText, kxColors::accent());
+    _notice->setPalette(colors);
+    statusBar()->addPermanentWidget(_notice);
+    statusBar()->addPermanentWidget(_selectionText);
+    connect(_document, &kxDocument::changed, this, &kxMainWindow::updateTitle);
+    connect(_document, &kxDocument::saved, this,
+            [this](const QString& file)
+            { statusBar()->showMessage(tr("Saved %1").arg(QFileInfo(file).fileName()), 4000); });
+    connect(_document, &kxDocument::opened, _view, &kxView3D::frameAll);
+    connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMainWindow::updateSelectionText);
+    connect(kxScene::the(), &kxScene::structureChanged, this, &kxMainWindow::updateSelectionText);
+    updateTitle();
+    updateSelectionText();
+}
+
+kxMainWindow::~kxMainWindow() = default;
+
+void kxMainWindow::createToolBar()
+{
+    auto* const bar = new QToolBar(tr("Tools"), this);
+    bar->setObjectName(QStringLiteral("Tools"));
+    bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    bar->setIconSize(QSize(kxPlatform::getMediumIconSize(), kxPlatform::getMediumIconSize()));
+    bar->setMovable(false);
+    bar->addActions(_menus->quickActions());
+    bar->addSeparator();
+    _view->actions3D()->addTo(bar);
+    addToolBar(Qt::TopToolBarArea, bar);
+}
+
+void kxMainWindow::createDocks()
+{
+    _sceneTree = new kxSceneTreePanel(_menus->objectMenu());
+    _properties = new kxPropertyPanel;
+    _materials = new kxMaterialPanel;
+    _undo = new kxUndoPanel;
+    _log = new kxLogPanel;
+    _console = new kxPythonConsole;
+    const auto add = [this](const char* name, QWidget* widget, const char* icon, const QString& title, int area)
+    {
+        _docks->add(QString::fromLatin1(name), QStringLiteral("Scene"), widget, QString(),
+                    kxIconManager::getIcon(QString::fromLatin1(icon), QString()), title, area, false, nullptr);
+    };
+    add("Scene", _sceneTree, "SceneTree", tr("Scene"), Qt::LeftDockWidgetArea);
+    add("Materials", _materials, "Materials", tr("Materials"), Qt::LeftDockWidgetArea);
+    add("Properties", _properties, "Properties", tr("Properties"), Qt::RightDockWidgetArea);
+    add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
+    add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
+    add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
+    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
+    _docks->getDockWidget(QStringLiteral("Log"))->raise();
+}
+
+void kxMainWindow::arrange()
+{
+    const auto dock = [this](const char* name) { return _docks->getDockWidget(QString::fromLatin1(name)); };
+    const int height = this->height();
+    resizeDocks({dock("Scene"), dock("Properties")}, {SideWidth, SideWidth + 30}, Qt::Horizontal);
+    resizeDocks({dock("Scene"), dock("Materials")}, {height * 58 / 100, height * 42 / 100}, Qt::Vertical);
+    resizeDocks({dock("Properties"), dock("History")}, {height * 70 / 100, height * 30 / 100}, Qt::Vertical);
+    resizeDocks({dock("Log")}, {BottomHeight}, Qt::Vertical);
+    dock("Log")->raise();
+}
+
+void kxMainWindow::finishLayout()
+{
+    _menus->fillViewMenu();
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    const QSize room = screen == nullptr ? FirstSize : screen->availableSize();
+    resize(FirstSize.boundedTo(QSize(room.width() * 96 / 100, room.height() * 94 / 100)));
+    arrange();
+    _initialState = saveState(LayoutVersion);
+    if (!_unattended)
+        restoreLayout();
+}
+
+void kxMainWindow::restoreLayout()
+{
+    kxHostSettings settings;
+    restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
+    restoreState(settings.value(QStringLiteral("layout")).toByteArray(), LayoutVersion);
+}
+
+void kxMainWindow::saveLayout()
+{
+    kxHostSettings settings;
+    settings.setValue(QStringLiteral("geometry"), saveGeometry());
+    settings.setValue(QStringLiteral("layout"), saveState(LayoutVersion));
+}
+
+void kxMainWindow::resetLayout()
+{
+    restoreState(_initialState, LayoutVersion);
+    arrange();
+}
+
+void kxMainWindow::updateTitle()
+{
+    setWindowTitle(QStringLiteral("%1[*] - kxhost").arg(_document->name()));
+    setWindowModified(_document->isUnsaved());
+    setWindowFilePath(_document->path());
+}
+
+void kxMainWindow::updateSelectionText()
+{
+    const auto nodes = kxSelection::the().nodes();
+    _selectionText->setText(nodes.empty()       ? QString()
+                            : nodes.size() == 1 ? QString::fromStdString(kxNodeUtils::getName(nodes.front()))
+                                                : tr("%n objects selected", nullptr, int(nodes.size())));
+}
+
+void kxMainWindow::showNotice(const QString& text)
+{
+    _notice->setText(text);
+    _notice->setVisible(!text.isEmpty());
+}
+
+void kxMainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!_unattended && (!_document->mayLeave() || !_console->mayClose()))
+        return event->ignore();
+    if (!_unattended)
+        saveLayout();
+    event->accept();
+}
+
+void kxMainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (localFiles(event->mimeData()).isEmpty())
+        return;
+    event->acceptProposedAction();
+    statusBar()->showMessage(tr("Drop to open; hold Shift to add to the scene"), 5000);
+}
+
+void kxMainWindow::dropEvent(QDropEvent* event)
+{
+    const QStringList files = localFiles(event->mimeData());
+    const bool adds = (event->keyboardModifiers() & Qt::ShiftModifier) != 0;
+    event->acceptProposedAction();
+    // The other program waits for the drop to end: questions come after it.
+    QMetaObject::invokeMethod(
+        this,
+        [this, files, adds]
+        {
+            bool open = !adds;
+            for (const QString& file : files)
+            {
+                if (QFileInfo(file).suffix() == QLatin1String("py"))
+                    runScript(file);
+                else if (open ? !_document->openFile(file) : !_document->importFile(file))
+                    return;
+                else
+                    open = false; // several files: the others join the first
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+QMenu* kxMainWindow::createPopupMenu()
+{
+    return nullptr; // docks have title bars of their own, and the View menu lists them
+}
+
+void kxMainWindow::openPreferences(const QString& page)
+{
+    if (_preferences == nullptr)
+        _preferences = new kxPreferencesDialog(this);
+    _preferences->openPage(page);
+}
+
+bool kxMainWindow::runScript(const QString& file)
+{
+    const kxScriptResult result = kxInterpreter::runFile(file.toStdString());
+    if (!result.ok)
+        _docks->show(QStringLiteral("Log"));
+    return result.ok;
+}
+
+bool kxMainWindow::saveScreenshot(const QString& file, QString& error)
+{
+    if (grab().save(file))
+        return true;
+    error = tr("'%1' can't be written.").arg(file);
+    return false;
+}
+
+void kxMainWindow::openWithDialog()
+{
+    const QString file = kxFileDialogs::askForScene(this);
+    if (!file.isEmpty())
+        _document->openFile(file);
+}
+
+void kxMainWindow::importWithDialog()
+{
+    const QString file = kxFileDialogs::askForModel(this);
+    if (!file.isEmpty() && _document->importFile(file))
+        _view->frameAll();
+}
+
+void kxMainWindow::exportWithDialog()
+{
+    const QString file = kxFileDialogs::askForExport(this, _document->name());
+    if (!file.isEmpty() && _document->exportTo(file))
+        statusBar()->showMessage(tr("Exported %1").arg(QFileInfo(file).fileName()), 4000);
+}
+
+void kxMainWindow::renderImage()
+{
+    kxRenderDialog dialog(kxRenderDialog::Image, QFileInfo(_document->name()).completeBaseName(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        renderWith(dialog, false);
+}
+
+void kxMainWindow::renderFrames()
+{
+    kxRenderDialog dialog(kxRenderDialog::Frames, QFileInfo(_document->name()).completeBaseName(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        renderWith(dialog, true);
+}
+
+void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
+{
+    kxRenderJob job;
+    job.camera = [this](float aspect) { return _view->viewCamera(aspect); };
+    job.transparent = dialog.isTransparent();
+    const kxRenderJob::Range range = dialog.range();
+    QProgressDialog progress(tr("Rendering..."), tr("Cancel"), range.first, range.last + 1, this);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(400);
+    job.progress = [&progress](int frame, const QString& file)
+    {
+        progress.setLabelText(QFileInfo(file).fileName());
+        progress.setValue(frame + 1);
+        return !progress.wasCanceled();
+    };
+    QString error;
+    const int written = frames ? job.renderFrames(dialog.file(), range, dialog.size(), error)
+                               : int(job.renderImage(dialog.file(), dialog.size(), error));
+    if (!error.isEmpty())
+    {
+        kxLog::error(error);
+        QMessageBox::critical(this, tr("Render"), error);
+        return;
+    }
+    const QString text = frames ? tr("%n pictures written to %1", nullptr, written).arg(QFileInfo(dialog.file()).path())
+                                : tr("%1 written").arg(dialog.file());
+    kxLog::info(text);
+    statusBar()->showMessage(text, 6000);
+}
+
+void kxMainWindow::runScriptWithDialog()
+{
+    const QString file = kxFileDialogs::askForScript(this);
+    if (!file.isEmpty())
+        runScript(file);
+}
+
+void kxMainWindow::showShortcuts()
+{
+    (new kxShortcutsDialog(_menus->menus(), this))->show();
+}
+
+void kxMainWindow::showGuide()
+{
+    (new kxGuideWindow(this))->show();
+}
+
+void kxMainWindow::showAbout()
+{
+    QMessageBox::about(this, tr("About kxhost"),
+                       tr("<b>kxhost %1</b><p>Open a model, animate it, play it, render it, hand it on.</p>"
+                          "<p>%2</p>")
+                           .arg(QCoreApplication::applicationVersion(),
+                                _pluginVersion.isEmpty() ? tr("Without the animation plug-in.")
+                                                         : tr("Animation plug-in %1.").arg(_pluginVersion)));
+}

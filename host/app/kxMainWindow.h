@@ -1,0 +1,96 @@
+#pragma once
+
+#include "kxDocument.h"
+
+#include <QKXDockWindowManager.h>
+
+#include <QMainWindow>
+
+class QLabel;
+class kxLogPanel;
+class kxMainMenus;
+class kxMaterialPanel;
+class kxPreferencesDialog;
+class kxPropertyPanel;
+class kxPythonConsole;
+class kxRenderDialog;
+class kxSceneTreePanel;
+class kxUndoPanel;
+class kxView3D;
+
+/// The application's window: the 3D view, the docks around it, menus, and the remembered layout.
+class kxMainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    explicit kxMainWindow(QWidget* parent = nullptr);
+    ~kxMainWindow() override;
+
+    kxDocument& document() { return *_document; }
+    kxView3D* view() const { return _view; }
+    QKXDockWindowManager* dockManager() const { return _docks; }
+    kxSceneTreePanel* sceneTree() const { return _sceneTree; }
+    kxPythonConsole* console() const { return _console; }
+
+    /// Takes the tools of the plug-in into the menus and puts everything where it stood last. Once, when all docks and
+    /// tool bars are there.
+    void finishLayout();
+    void resetLayout();
+    /// Nothing is asked at the end and nothing is remembered: for runs without a user.
+    void setUnattended(bool unattended) { _unattended = unattended; }
+
+    /// For the user; empty without the plug-in.
+    void setPluginVersion(const QString& version) { _pluginVersion = version; }
+
+    void openPreferences(const QString& page);
+    /// Runs a Python file; false where it raised.
+    bool runScript(const QString& file);
+    /// A picture of the whole window.
+    bool saveScreenshot(const QString& file, QString& error);
+    /// A line for the user that stays in the status bar.
+    void showNotice(const QString& text);
+
+    // What the menus ask for
+    void openWithDialog();
+    void importWithDialog();
+    void exportWithDialog();
+    void renderImage();
+    void renderFrames();
+    void runScriptWithDialog();
+    void showShortcuts();
+    void showGuide();
+    void showAbout();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    QMenu* createPopupMenu() override;
+
+private:
+    void createDocks();
+    void createToolBar();
+    void arrange();
+    void restoreLayout();
+    void saveLayout();
+    void updateTitle();
+    void updateSelectionText();
+    void renderWith(kxRenderDialog& dialog, bool frames);
+
+    kxDocument* _document;
+    QKXDockWindowManager* _docks;
+    kxMainMenus* _menus = nullptr;
+    kxView3D* _view = nullptr;
+    kxSceneTreePanel* _sceneTree = nullptr;
+    kxPropertyPanel* _properties = nullptr;
+    kxMaterialPanel* _materials = nullptr;
+    kxUndoPanel* _undo = nullptr;
+    kxLogPanel* _log = nullptr;
+    kxPythonConsole* _console = nullptr;
+    kxPreferencesDialog* _preferences = nullptr; // made at first use
+    QLabel* _selectionText = nullptr;
+    QLabel* _notice = nullptr;
+    QString _pluginVersion;   // empty without the plug-in
+    QByteArray _initialState; // of docks and tool bars
+    bool _unattended = false;
+};

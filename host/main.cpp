@@ -1,0 +1,71 @@
+#include <app/kxApplication.h>
+
+#include <QApplication>
+#include <QIcon>
+#include <QTextStream>
+
+#include <kxIconManager.h>
+
+namespace
+{
+constexpr const char Version[] = "1.0";
+
+QStringList argumentList(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+/// Gives true where the program ends here, with its exit code.
+bool answersAtOnce(const kxCommandLine& line, int& exitCode)
+{
+    exitCode = kxApplication::Success;
+    if (line.help)
+        QTextStream(stdout) << kxCommandLine::helpText();
+    else if (line.version)
+        QTextStream(stdout) << "kxhost " << Version << Qt::endl;
+    else if (!line.errors.isEmpty())
+    {
+        QTextStream errors(stderr);
+        for (const QString& error : line.errors)
+            errors << "kxhost: " << error << Qt::endl;
+        exitCode = kxApplication::BadArguments;
+    }
+    else
+        return false;
+    return true;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    kxCommandLine line = kxCommandLine::parse(argumentList(argc, argv));
+    int exitCode = 0;
+    if (line.help)
+    {
+        const QCoreApplication name(argc, argv); // the help text names the program
+        answersAtOnce(line, exitCode);
+        return exitCode;
+    }
+    if (answersAtOnce(line, exitCode))
+        return exitCode;
+    if (!line.headless && !kxApplication::hasDisplay())
+    {
+        QTextStream(stderr) << "kxhost: there is no display for a window"
+                            << (line.hasWork() ? "; doing the work without one" : "; --headless works without one")
+                            << Qt::endl;
+        if (!line.hasWork())
+            return kxApplication::NoDisplay;
+        line.headless = true;
+    }
+    kxApplication::prepare(line);
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("kxhost"));
+    QApplication::setApplicationVersion(QString::fromLatin1(Version));
+    QApplication::setDesktopFileName(QStringLiteral("kxhost"));
+    QApplication::setWindowIcon(kxIconManager::getIcon(QStringLiteral("AppIcon"), QString()));
+    kxApplication host(line);
+    return host.run();
+}

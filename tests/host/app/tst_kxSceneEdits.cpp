@@ -1,0 +1,227 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxSceneEdits.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+#include <osg/AnimAttachments.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace kxSceneFixture;
+
+class tst_kxSceneEdits : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { clear(); }
+    void randomEditsComeBack_data();
+    void randomEditsComeBack();
+    void deletedNodeComesBackWhole();
+    void movedNodeKeepsItsPlaceInTheWorld();
+    void moveAmongSiblings_data();
+    void moveAmongSiblings();
+    void impossibleMovesChangeNothing();
+    void copiesAreIndependent();
+    void viewsOfOneFieldComeBackExactly();
+    void relativeEditOfSeveralIsOneStep();
+    void deletedMaterialComesBackToItsSurfaces();
+    void refusesBadValues();
+
+private:
+    static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
+};
+
+void tst_kxSceneEdits::randomEditsComeBack_data()
+{
+    QTest::addColumn<unsigned>("seed");
+    for (unsigned seed = 1; seed <= 8; ++seed)
+        QTest::newRow(qPrintable(QString::number(seed))) << seed;
+}
+
+void tst_kxSceneEdits::randomEditsComeBack()
+{
+    QFETCH(unsigned, seed);
+    const osg::MaterialPtr material = addMaterial("Steel");
+    osg::NodePtr above;
+    for (const char* const name : {"A", "B", "C", "D"})
+        above = addObject(name, seed % 2 == 0 ? above : osg::NodePtr());
+    animate(addSurface("Surface", material));
+    const QByteArray before = bytes();
+    std::mt19937 random(seed);
+    for (int i = 0; i < 60; ++i)
+        randomEdit(random);
+    const QByteArray after = bytes();
+    for (int round = 0; round < 2; ++round)
+    {
+        stack()->setIndex(0);
+        QCOMPARE(bytes(), before);
+        stack()->setIndex(stack()->count());
+        QCOMPARE(bytes(), after);
+    }
+}
+
+void tst_kxSceneEdits::deletedNodeComesBackWhole()
+{
+    const osg::NodePtr parent = addObject("Parent");
+    addObject("First", parent);
+    const osg::NodePtr middle = addObject("Middle", parent), child = addObject("Child", middle);
+    addObject("Last", parent);
+    animate(child);
+    const unsigned int id = child.getFieldContainerId();
+    kxSelection::the().selectNodes({middle});
+    QCOMPARE(kxSceneEdits::deleteNodes({middle, child}), 1); // the child goes with its parent
+    QVERIFY(kxSelection::the().nodes().empty());
+    QCOMPARE(parent->getNChildren(), 2u);
+    stack()->undo();
+    QCOMPARE(parent->findChild(middle), 1);
+    const osg::NodePtr back = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+    QVERIFY(back != osg::NullFC && back->findAttachment<osg::AnimAttachment>() != osg::NullFC);
+    QCOMPARE(kxSelection::the().nodes().size(), std::size_t(1));
+}
+
+void tst_kxSceneEdits::movedNodeKeepsItsPlaceInTheWorld()
+{
+    const osg::NodePtr parent = addObject("Parent"), node = addObject("Node");
+    const auto place = osg::TransformPtr::dcast(parent->getCore()), own = osg::TransformPtr::dcast(node->getCore());
+    place->setTranslation(osg::Vec3f(3, -1, 2));
+    place->setEulerRotation(osg::Vec3f(20, 130, -40));
+    place->setScale(osg::Vec3f(2, 2, 2));
+    own->setTranslation(osg::Vec3f(1, 5, 0));
+    own->setEulerRotation(osg::Vec3f(0, 370, 15)); // a turn and a bit stays a turn and a bit
+    const QMatrix4x4 world = kxSceneMath::worldMatrix(node);
+    QVERIFY(kxSceneEdits::moveNodes({node}, parent, -1));
+    QCOMPARE(node->getParent(), parent);
+    const QMatrix4x4 moved = kxSceneMath::worldMatrix(node);
+    for (int i = 0; i < 16; ++i)
+        QVERIFY(std::abs(moved.constData()[i] - world.constData()[i]) < 1e-4f);
+    QCOMPARE(stack()->count(), 1);
+    stack()->undo();
+    QVERIFY(own->getEulerRotation() == osg::Vec3f(0, 370, 15));
+}
+
+void tst_kxSceneEdits::moveAmongSiblings_data()
+{
+    QTest::addColumn<QString>("moved");
+    QTest::addColumn<int>("before");
+    QTest::addColumn<QString>("order");
+    QTest::newRow("down") << "a" << 3 << "bcade";
+    QTest::newRow("up") << "d" << 1 << "adbce";
+    QTest::newRow("to the end") << "b" << -1 << "acdeb";
+    QTest::newRow("two that stand apart") << "bd" << 0 << "bdace";
+    QTest::newRow("before itself") << "c" << 2 << "abcde";
+    QTest::newRow("two before one of them") << "bc" << 2 << "abcde";
+    QTest::newRow("all") << "abcde" << 3 << "abcde";
+}
+
+void tst_kxSceneEdits::moveAmongSiblings()
+{
+    QFETCH(QString, moved);
+    QFETCH(int, before);
+    QFETCH(QString, order);
+    const osg::NodePtr parent = addObject("Parent");
+    std::vector<osg::NodePtr> nodes;
+    for (const char* const name : {"a", "b", "c", "d", "e"})
+    {
+        const osg::NodePtr node = addObject(name, parent);
+        if (moved.contains(QLatin1String(name)))
+            nodes.push_back(node);
+    }
+    QVERIFY(kxSceneEdits::moveNodes(nodes, parent, before));
+    QString result;
+    for (const osg::NodePtr& child : parent->getChildren())
+        result += QString::fromStdString(child->getNodeName());
+    QCOMPARE(result, order);
+}
+
+void tst_kxSceneEdits::impossibleMovesChangeNothing()
+{
+    const osg::NodePtr parent = addObject("Parent"), child = addObject("Child", parent);
+    const QByteArray before = bytes();
+    QVERIFY(!kxSceneEdits::moveNodes({parent}, child, -1));
+    QVERIFY(!kxSceneEdits::moveNodes({parent}, parent, 0));
+    QVERIFY(!kxSceneEdits::moveNodes({child}, osg::NodePtr(), 0));
+    QVERIFY(!kxSceneEdits::moveNodes({}, parent, 0));
+    QCOMPARE(kxSceneEdits::deleteNodes({kxScene::the()->root(), kxScene::the()->superRoot(), osg::NodePtr()}), 0);
+    QVERIFY(!kxSceneEdits::rename(parent, QStringLiteral("  ")));
+    QCOMPARE(stack()->count(), 0);
+    QCOMPARE(bytes(), before);
+}
+
+void tst_kxSceneEdits::copiesAreIndependent()
+{
+    const osg::NodePtr original = addSurface("Wheel_3", addMaterial("Steel"));
+    animate(original);
+    QVERIFY(kxSceneEdits::duplicateNodes({original}));
+    const osg::NodePtr copy = kxSelection::the().nodes().at(0);
+    QCOMPARE(QString::fromStdString(copy->getNodeName()), QString("Wheel"));
+    const auto first = osg::GeometryPtr::dcast(original->getCore()), second = osg::GeometryPtr::dcast(copy->getCore());
+    QVERIFY(first != second && first->getMesh() == second->getMesh() && first->getMaterial() == second->getMaterial());
+    std::vector<osg::AnimCurvePtr> ofFirst, ofSecond;
+    kxAnimManager* const manager = kxAnimManager::the();
+    manager->getAnimCurves(manager->getAnimAttachment(original)->getAnimationRoot(), ofFirst, true, false, true);
+    manager->getAnimCurves(manager->getAnimAttachment(copy)->getAnimationRoot(), ofSecond, true, false, true);
+    QCOMPARE(ofFirst.size(), std::size_t(1));
+    QCOMPARE(ofSecond.size(), std::size_t(1));
+    QVERIFY(ofFirst[0] != ofSecond[0]);
+}
+
+void tst_kxSceneEdits::viewsOfOneFieldComeBackExactly()
+{
+    const osg::NodePtr node = addObject("Node");
+    node->setTravMask(0x5); // hidden in a way of its own
+    const QByteArray before = bytes();
+    kxSceneEdits::setVisible({node}, true);
+    QVERIFY(node->isActive());
+    stack()->undo();
+    QCOMPARE(node->getTravMask(), 0x5u);
+    QCOMPARE(bytes(), before);
+}
+
+void tst_kxSceneEdits::relativeEditOfSeveralIsOneStep()
+{
+    const osg::NodePtr a = addObject("A"), b = addObject("B");
+    const auto coreA = osg::TransformPtr::dcast(a->getCore()), coreB = osg::TransformPtr::dcast(b->getCore());
+    coreB->setTranslation(osg::Vec3f(10, 0, 0));
+    kxSceneEdits::setComponent({coreA, coreB}, "translation", 0, RelativeAdd, 2.5);
+    QCOMPARE(coreA->getTranslation().x(), 2.5f);
+    QCOMPARE(coreB->getTranslation().x(), 12.5f);
+    QCOMPARE(stack()->count(), 1);
+    stack()->undo();
+    QCOMPARE(coreB->getTranslation().x(), 10.0f);
+}
+
+void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
+{
+    const osg::MaterialPtr steel = addMaterial("Steel"), glass = addMaterial("Glass");
+    const auto surface = osg::GeometryPtr::dcast(addSurface("Surface", steel)->getCore());
+    kxSceneEdits::deleteMaterials({steel});
+    QVERIFY(surface->getMaterial() == osg::NullFC);
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
+    stack()->undo();
+    QVERIFY(surface->getMaterial() == steel);
+    QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
+}
+
+void tst_kxSceneEdits::refusesBadValues()
+{
+    const osg::NodePtr node = addObject("Node");
+    const QByteArray before = bytes();
+    const osg::FieldContainerPtr core = node->getCore();
+    kxSceneEdits::setComponent({core}, "translation", 0, RelativeDivide, 0);
+    kxSceneEdits::setComponent({core}, "translation", 7, RelativeSet, 1);
+    kxSceneEdits::setComponent({core}, "translation", 0, RelativeSet, std::nan(""));
+    kxSceneEdits::setField({core}, "translation", osg::FieldValue(std::string("far away")));
+    kxSceneEdits::setField({core, osg::FieldContainerPtr()}, "no such field", osg::FieldValue(1.0f));
+    QCOMPARE(stack()->count(), 0);
+    QCOMPARE(bytes(), before);
+}
+
+QTEST_MAIN(tst_kxSceneEdits)
+#include "tst_kxSceneEdits.moc"
