@@ -4,8 +4,8 @@
 
 #include <vector>
 
-/// While this lives, the given containers hold the values that they have of themselves in place of those that animations
-/// give them. Nothing is marked: nobody sees the difference, and all is as it was afterwards.
+/// While this lives, the given containers hold the values that they have of themselves in place of those that
+/// animations give them. Nothing is marked: nobody sees the difference, and all is as it was afterwards.
 class kxRestScope
 {
 public:

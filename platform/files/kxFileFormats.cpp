@@ -1,0 +1,83 @@
+#include <files/kxFileFormats.h>
+
+#include <files/kxAssimpImport.h>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace
+{
+/// What users of 3D models have; named before the rest.
+struct Named
+{
+    const char* name;
+    QStringList suffixes;
+};
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxFileFormats", text);
+}
+
+const QStringList& assimpSuffixes()
+{
+    static const QStringList suffixes = kxAssimpImport::suffixes();
+    return suffixes;
+}
+
+QString pattern(const QStringList& suffixes)
+{
+    QStringList patterns;
+    for (const QString& suffix : suffixes)
+        patterns.append(QStringLiteral("*.") + suffix);
+    return patterns.join(QLatin1Char(' '));
+}
+
+QString entry(const QString& name, const QStringList& suffixes)
+{
+    return QStringLiteral("%1 (%2)").arg(name, pattern(suffixes));
+}
+
+const QStringList Gltf = {QLatin1String(kxFileFormats::GltfSuffix), QLatin1String(kxFileFormats::BinaryGltfSuffix)};
+const QStringList Scene = {QLatin1String(kxFileFormats::SceneSuffix)};
+} // namespace
+
+kxFileFormats::Reader kxFileFormats::readerOf(const QString& path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (Scene.contains(suffix))
+        return Reader::Scene;
+    if (Gltf.contains(suffix))
+        return Reader::Gltf;
+    return Reader::Assimp;
+}
+
+bool kxFileFormats::isKnown(const QString& path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    return Scene.contains(suffix) || Gltf.contains(suffix) || assimpSuffixes().contains(suffix);
+}
+
+QString kxFileFormats::openFilter()
+{
+    const Named named[] = {{"FBX", {"fbx"}}, {"Collada", {"dae"}},         {"OBJ", {"obj"}},
+                           {"3DS", {"3ds"}}, {"STL, PLY", {"stl", "ply"}}, {"Blender", {"blend"}},
+                           {"X", {"x"}}};
+    QStringList filters = {entry(tr("All scenes and models"), Scene + Gltf + assimpSuffixes()),
+                           entry(tr("Scenes"), Scene), entry(QStringLiteral("glTF"), Gltf)};
+    for (const Named& format : named)
+        filters.append(entry(QLatin1String(format.name), format.suffixes));
+    filters.append(tr("All files") + QStringLiteral(" (*)"));
+    return filters.join(QStringLiteral(";;"));
+}
+
+QString kxFileFormats::saveFilter()
+{
+    return entry(tr("Scenes"), Scene);
+}
+
+QString kxFileFormats::exportFilter()
+{
+    return entry(tr("glTF, one file"), {QLatin1String(BinaryGltfSuffix)}) + QStringLiteral(";;") +
+           entry(tr("glTF, as text"), {QLatin1String(GltfSuffix)});
+}

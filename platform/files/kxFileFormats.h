@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QStringList>
+
+/// The one table of formats: which suffix is read and written by what.
+namespace kxFileFormats
+{
+enum class Reader
+{
+    Scene,
+    Gltf,
+    Assimp
+};
+
+constexpr char SceneSuffix[] = "kxs";
+constexpr char GltfSuffix[] = "gltf";
+constexpr char BinaryGltfSuffix[] = "glb";
+
+/// By the suffix, in any case; files of an unknown suffix are tried by what knows most formats.
+Reader readerOf(const QString& path);
+bool isKnown(const QString& path);
+QString openFilter();
+QString saveFilter();
+QString exportFilter();
+} // namespace kxFileFormats

@@ -1,0 +1,262 @@
+#include <files/kxSceneIO.h>
+
+#include <animation/kxAnimScene.h>
+#include <files/kxAnimSettings.h>
+#include <files/kxAssimpImport.h>
+#include <files/kxFileFormats.h>
+#include <files/kxGltfExport.h>
+#include <files/kxGltfImport.h>
+#include <files/kxImportCommand.h>
+#include <files/kxSceneFile.h>
+#include <files/kxSceneMessages.h>
+#include <files/kxUniqueNames.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxFramePlayer.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+#include <scene/kxScene.h>
+
+#include <QFileInfo>
+#include <QUndoStack>
+
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+constexpr double LargestFrame = 1.0e6; ///< of a range that is set from a file
+
+void call(const char* name)
+{
+    kxMessage message;
+    kxController::call(name, message, 0);
+}
+
+/// What can't be read as one version of a format may be one that another reader knows.
+bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
+{
+    switch (kxFileFormats::readerOf(path))
+    {
+    case kxFileFormats::Reader::Scene:
+        return kxSceneFile::read(path, content, report);
+    case kxFileFormats::Reader::Gltf:
+    {
+        bool firstVersion = false;
+        kxFileReport own(report.file());
+        if (kxGltfImport::read(path, content, own, &firstVersion) || !firstVersion)
+        {
+            report = own;
+            return !own.failed();
+        }
+        break;
+    }
+    case kxFileFormats::Reader::Assimp:
+        break;
+    }
+    return kxAssimpImport::read(path, content, report);
+}
+
+template <class T>
+void moveChildren(const FCPtr<T>& from, const NodePtr& to)
+{
+    if (from == NullFC)
+        return;
+    while (from->getNChildren() > 0)
+        to->addChild(from->getChild(0));
+    markChanged(to, Node::ChildrenFieldMask);
+}
+
+/// The tops of the trees stay; they take over what a file says of them.
+void replaceTop(const NodePtr& from, const NodePtr& to)
+{
+    if (from == NullFC)
+        return;
+    to->setNodeName(from->getNodeName());
+    to->setTravMask(from->getTravMask());
+    if (from->getCore() != NullFC)
+        to->setCore(from->getCore());
+    for (const AttachmentPtr& attachment : from->getAttachments())
+        to->addAttachment(attachment);
+    moveChildren(from, to);
+    markChanged(to, Node::CoreFieldMask | Node::TravMaskFieldMask | AttachmentContainer::AttachmentsFieldMask |
+                        AttachmentContainer::NodeNameFieldMask);
+}
+
+void coverAnimations(const kxSceneContent& content)
+{
+    if (!(content.animationEnd > content.animationStart))
+        return;
+    constexpr double Slack = 1e-3; // of a frame: times that mean a frame aren't exact
+    kxAnimManager* const manager = kxAnimManager::the();
+    const double fps = manager->fps();
+    const double start = std::floor(std::clamp(content.animationStart * fps + Slack, -LargestFrame, LargestFrame));
+    const double end = std::ceil(std::clamp(content.animationEnd * fps - Slack, -LargestFrame, LargestFrame));
+    manager->setFullRangeStart(int(start));
+    manager->setFullRangeEnd(int(end));
+    manager->setDetailedRangeStart(int(start));
+    manager->setDetailedRangeEnd(int(end));
+    manager->setCurrentFrameNoEvaluation(start, false);
+}
+
+/// Top-level animations and clips: those whose names tell them apart.
+bool isNamed(const NodePtr& node)
+{
+    return AnimCurvePtr::dcast(node->getCore()) == NullFC && AnimObjectPtr::dcast(node->getCore()) != NullFC;
+}
+
+/// Calls `use` with each animation of a tree of objects, of materials and of clips.
+void forAnimations(const kxSceneContent& content, const std::function<void(const AnimNodePtr&)>& use)
+{
+    const auto visit = [&use](const NodePtr& root)
+    {
+        traverse(root,
+                 [&use](const NodePtr& node)
+                 {
+                     if (AnimNodePtr::dcast(node) != NullFC && isNamed(node))
+                         use(AnimNodePtr::dcast(node));
+                     return Action::Continue;
+                 });
+    };
+    const auto visitAttached = [&visit](const AttachmentContainerPtr& object)
+    {
+        if (const AnimAttachmentPtr attachment = object->findAttachment<AnimAttachment>(); attachment != NullFC)
+            visit(attachment->getAnimationRoot());
+    };
+    traverse(content.root.get(),
+             [&visitAttached](const NodePtr& node)
+             {
+                 visitAttached(node);
+                 return Action::Continue;
+             });
+    for (const kxShare<Material>& material : content.materials)
+        visitAttached(material.get());
+    visit(content.clips.get());
+}
+
+/// Names that the open scene has go to its animations; those of the file that collide get a number.
+void renameCollisions(const kxSceneContent& content)
+{
+    kxUniqueNames names;
+    forAnimations(kxSceneContent::ofScene(), [&names](const AnimNodePtr& node) { names.reserve(node->getNodeName()); });
+    // New names mustn't collide within the file either; clones of a block keep its name.
+    std::vector<AnimNodePtr> colliding;
+    std::map<UInt32, std::string> nameOfCore;
+    forAnimations(content,
+                  [&](const AnimNodePtr& node)
+                  {
+                      if (names.isTaken(node->getNodeName()))
+                          colliding.push_back(node);
+                  });
+    forAnimations(content, [&names](const AnimNodePtr& node) { names.reserve(node->getNodeName()); });
+    for (const AnimNodePtr& node : colliding)
+    {
+        std::string& name = nameOfCore[node->getCore().getFieldContainerId()];
+        if (name.empty())
+            name = names.take(node->getNodeName());
+        node->setNodeName(name);
+        AnimObjectPtr::dcast(node->getCore())->setName(name);
+    }
+}
+} // namespace
+
+void kxSceneIO::newScene()
+{
+    kxSceneMessages::stopPlayback();
+    kxFramePlayer::the()->stop(nullptr);
+    kxUndoStack::get(0).stack()->clear();
+    kxSelection::the().clear();
+    kxAnimScene::clear();
+    kxScene::the()->clear();
+    call(kxMessageName::TrashCleared);
+    kxSceneMessages::newScene();
+}
+
+bool kxSceneIO::open(const QString& path, kxFileReport& report)
+{
+    kxSceneContent content;
+    if (!read(path, content, report))
+        return false;
+    newScene();
+    kxAnimSettings::apply(content.animation);
+    kxScene* const scene = kxScene::the();
+    // A foreign file brings no top of its own.
+    if (isSceneFile(path))
+        replaceTop(content.root.get(), scene->root());
+    else
+        moveChildren(content.root.get(), scene->root());
+    replaceTop(content.sceneplates.get(), scene->sceneplateRoot());
+    for (const kxShare<Material>& material : content.materials)
+        scene->addMaterial(material.get());
+    moveChildren(content.clips.get(), kxAnimManager::the()->clipStructureRoot());
+    moveChildren(content.sceneStructure.get(), kxAnimManager::the()->sceneStructureRoot());
+    for (const auto& [key, value] : content.settings)
+        scene->setSetting(key, value);
+    coverAnimations(content);
+
+    scene->markStructureChanged();
+    kxAnimManager::the()->updateSceneAnimCurveData();
+    kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
+    call(kxMessageName::UpdateAnimControlGUI);
+    kxSceneMessages::contentChanged();
+    return true;
+}
+
+bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
+{
+    kxSceneContent content;
+    if (!read(path, content, report))
+        return false;
+    renameCollisions(content);
+    const NodePtr group = Node::create();
+    group->setCore(Transform::create());
+    group->setNodeName(QFileInfo(path).completeBaseName().toStdString());
+    for (const AttachmentPtr& attachment : content.root->getAttachments())
+        group->addAttachment(attachment);
+    moveChildren(content.root.get(), group);
+    const QString text = kxUndoString(QStringLiteral("Import"), QStringLiteral("File"));
+    kxUndoStack::get(0).add(new kxImportCommand(text, group, content));
+    return true;
+}
+
+bool kxSceneIO::save(const QString& path, kxFileReport& report)
+{
+    return kxSceneFile::save(path, report);
+}
+
+bool kxSceneIO::exportScene(const QString& path, kxFileReport& report)
+{
+    return kxGltfExport::write(path, report);
+}
+
+QString kxSceneIO::sceneSuffix()
+{
+    return QLatin1String(kxFileFormats::SceneSuffix);
+}
+
+bool kxSceneIO::isSceneFile(const QString& path)
+{
+    return kxFileFormats::readerOf(path) == kxFileFormats::Reader::Scene;
+}
+
+bool kxSceneIO::canOpen(const QString& path)
+{
+    return kxFileFormats::isKnown(path);
+}
+
+QString kxSceneIO::openFilter()
+{
+    return kxFileFormats::openFilter();
+}
+
+QString kxSceneIO::saveFilter()
+{
+    return kxFileFormats::saveFilter();
+}
+
+QString kxSceneIO::exportFilter()
+{
+    return kxFileFormats::exportFilter();
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <files/kxFileReport.h>
+
+/// The whole acts on the open scene: from a file and into one, with all that must follow.
+///
+/// A file is read apart from the scene first; where that fails, the scene stays as it is. The caller logs the report.
+namespace kxSceneIO
+{
+/// An empty scene: playback stops, the undo stack and the selection are emptied, "trashCleared" goes out, then the
+/// message of a new scene.
+KX_API void newScene();
+/// Puts the scene of a file in place of the open one. Messages as in newScene(), then that content and animations
+/// changed. The timeline covers the animations of a file of another program; our own bring their ranges.
+KX_API bool open(const QString& path, kxFileReport& report);
+/// Adds the scene of a file below a new group that bears the file's name; one step on the undo stack.
+KX_API bool importFile(const QString& path, kxFileReport& report);
+KX_API bool save(const QString& path, kxFileReport& report);
+KX_API bool exportScene(const QString& path, kxFileReport& report);
+
+/// The suffix of our own scene files, without a dot.
+KX_API QString sceneSuffix();
+KX_API bool isSceneFile(const QString& path);
+/// True where the suffix is one of openFilter(): for files that are dropped.
+KX_API bool canOpen(const QString& path);
+/// For file dialogs.
+KX_API QString openFilter();
+KX_API QString saveFilter();
+KX_API QString exportFilter();
+} // namespace kxSceneIO
