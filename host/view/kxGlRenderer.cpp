@@ -21,8 +21,10 @@ struct kxGlRenderer::Data
 {
     kxGlFunctions gl;
     kxGlCache cache;
-    kxGlProgram surface, flat, contact, backdrop, floor, blur, outline;
+    kxGlProgram surface, flat, contact, backdrop, floor, blur, outline, over;
     kxGlTarget samples, mask, picture, sunMap, contactMap, contactBlur;
+    GLuint overTexture = 0;
+    QSize overSize;
     GLuint empty = 0; // vertex array without attributes
     osg::UInt64 mapsRevision = ~osg::UInt64(0);
 
@@ -77,7 +79,8 @@ bool kxGlRenderer::init(const std::function<void*(const char* name)>& loader)
              d.backdrop.build(d.gl, "backdrop", screenVertex(), backdropFragment()) &&
              d.floor.build(d.gl, "floor", floorVertex(), floorFragment()) &&
              d.blur.build(d.gl, "blur", screenVertex(), blurFragment()) &&
-             d.outline.build(d.gl, "outline", screenVertex(), outlineFragment());
+             d.outline.build(d.gl, "outline", screenVertex(), outlineFragment()) &&
+             d.over.build(d.gl, "over", screenVertex(), pictureFragment());
     return _ready;
 }
 
@@ -87,10 +90,12 @@ void kxGlRenderer::release()
         return;
     Data& d = *_data;
     d.cache.release(d.gl);
-    for (kxGlProgram* const program : {&d.surface, &d.flat, &d.contact, &d.backdrop, &d.floor, &d.blur, &d.outline})
+    for (kxGlProgram* const program :
+         {&d.surface, &d.flat, &d.contact, &d.backdrop, &d.floor, &d.blur, &d.outline, &d.over})
         program->release(d.gl);
     for (kxGlTarget* const target : {&d.samples, &d.mask, &d.picture, &d.sunMap, &d.contactMap, &d.contactBlur})
         target->release(d.gl);
+    d.gl.DeleteTextures(1, &d.overTexture);
     d.gl.DeleteVertexArrays(1, &d.empty);
     _data = std::make_unique<Data>();
     _ready = false;
@@ -163,6 +168,40 @@ QImage kxGlRenderer::renderToImage(kxRenderScene& scene, const kxFrame& frame)
     d.gl.PixelStorei(GL_PACK_ALIGNMENT, 4);
     d.gl.ReadPixels(0, 0, image.width(), image.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
     return image.mirrored();
+}
+
+void kxGlRenderer::drawOver(const QImage& picture, unsigned int frameBuffer)
+{
+    Data& d = *_data;
+    const kxGlFunctions& gl = d.gl;
+    if (!_ready || picture.format() != QImage::Format_ARGB32_Premultiplied)
+        return;
+    const GLsizei w = picture.width(), h = picture.height();
+    gl.ActiveTexture(GL_TEXTURE0 + GLenum(PictureUnit));
+    gl.PixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    if (d.overTexture == 0 || d.overSize != picture.size())
+    {
+        gl.DeleteTextures(1, &d.overTexture);
+        gl.GenTextures(1, &d.overTexture);
+        gl.BindTexture(GL_TEXTURE_2D, d.overTexture);
+        gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, w, h, 0, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, nullptr);
+        gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        d.overSize = picture.size();
+    }
+    gl.BindTexture(GL_TEXTURE_2D, d.overTexture);
+    gl.TexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, w, h, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8_REV, picture.constBits());
+    gl.BindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
+    gl.Viewport(0, 0, w, h);
+    gl.Disable(GL_DEPTH_TEST);
+    gl.Enable(GL_BLEND);
+    gl.BlendFuncSeparate(GL_ONE, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    d.over.use(gl);
+    d.over.set(gl, "uPicture", int(PictureUnit));
+    d.drawScreen();
+    gl.Disable(GL_BLEND);
+    gl.BindVertexArray(0);
+    gl.UseProgram(0);
 }
 
 void kxGlRenderer::drawMaps(const kxRenderScene& scene, const kxFrame& frame)

@@ -26,6 +26,9 @@ public:
     /// Makes a frame buffer of its own, draws there and reads it; null where the driver refuses.
     QImage renderToImage(kxRenderScene& scene, const kxFrame& frame);
 
+    /// Lays a picture (Format_ARGB32_Premultiplied) over all of a frame buffer of the same size.
+    void drawOver(const QImage& picture, unsigned int frameBuffer);
+
 private:
     struct Data;
     void drawMaps(const kxRenderScene& scene, const kxFrame& frame);

@@ -237,3 +237,13 @@ void main()
 }
 )";
 }
+
+QByteArray kxGlShaders::pictureFragment()
+{
+    return QByteArray(Head) + R"(
+in vec2 vAt;
+uniform sampler2D uPicture;
+out vec4 oColor;
+void main() { oColor = texture(uPicture, vec2(vAt.x * 0.5 + 0.5, 0.5 - vAt.y * 0.5)); }
+)";
+}

@@ -16,4 +16,5 @@ QByteArray floorVertex(); ///< one large rectangle, four corners as a strip
 QByteArray floorFragment();
 QByteArray blurFragment();
 QByteArray outlineFragment();
+QByteArray pictureFragment(); ///< rows from the top, colours premultiplied
 } // namespace kxGlShaders

@@ -79,8 +79,12 @@ void kxGlSurface::paintOverlay(const QImage& below)
         painter.setFont(font());
         _content.overlay(painter);
     }
+    if (below.isNull())
+    {
+        _renderer->drawOver(_overlay, defaultFramebufferObject());
+        return;
+    }
     QPainter painter(this);
-    if (!below.isNull())
-        painter.drawImage(rect(), below);
+    painter.drawImage(rect(), below);
     painter.drawImage(QPointF(0, 0), _overlay);
 }

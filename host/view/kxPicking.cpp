@@ -82,9 +82,8 @@ kxPicking::Hit kxPicking::pick(const kxRenderScene& scene, const kxRay& ray)
         const osg::Mesh* const mesh = meetsBox(item.bounds, ray, limit) ? kxRenderScene::mesh(item.meshId) : nullptr;
         if (mesh == nullptr)
             continue;
-        const kxMeshBvh::Sides sides = scene.looks()[item.look].doubleSided ? kxMeshBvh::Both
-                                       : item.mirrored                      ? kxMeshBvh::Back
-                                                                            : kxMeshBvh::Front;
+        // In the mesh's own coordinates a mirror above it plays no part.
+        const kxMeshBvh::Sides sides = scene.looks()[item.look].doubleSided ? kxMeshBvh::Both : kxMeshBvh::Front;
         float distance = 0;
         bool found = false;
         if (item.bent)

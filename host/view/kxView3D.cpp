@@ -143,7 +143,8 @@ QString kxView3D::statusText() const
         if (const osg::Mesh* const mesh = kxRenderScene::mesh(item.meshId))
             triangles += mesh->triangleCount();
     const QLocale locale;
-    QString text = tr("%n surface(s)", nullptr, int(_scene->items().size())) + QStringLiteral("  \u00b7  ") +
+    const int count = int(_scene->items().size());
+    QString text = (count == 1 ? tr("1 surface") : tr("%1 surfaces").arg(count)) + QStringLiteral("  \u00b7  ") +
                    tr("%1 triangles").arg(locale.toString(triangles));
     if (_frameSeconds > 0)
         text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));

@@ -1,0 +1,258 @@
+#include "kxTestObjects.h"
+
+#include <kernel/kxSelection.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxPrimitives.h>
+#include <kxScenegraph.h>
+#include <kxSendMouse.h>
+#include <kxUndo.h>
+#include <kxView3D.h>
+#include <kxViewActions.h>
+#include <scene/CameraLight.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QUndoStack>
+#include <QtTest>
+
+class tst_kxView3D : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void clickSelectsAndIsUndone();
+    void dragOfAHandleIsOneStep();
+    void escapeTakesADragBack();
+    void mouseMovesTheEye();
+    void drawsOnlyWhatChanged();
+    void looksThroughACamera();
+    void survivesObjectsThatGo();
+    void isTheRenderWidget();
+
+private:
+    QPoint seen(const QVector3D& point) const;
+    int draws() const { return _drawn->count(); }
+    void settle();
+
+    std::unique_ptr<kxView3D> _view;
+    std::unique_ptr<QSignalSpy> _drawn;
+    osg::NodePtr _left, _right;
+};
+
+void tst_kxView3D::init()
+{
+    const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(0.5f, 0.5f, 0.5f));
+    _left = kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(-1, 0.5f, 0));
+    _right = kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(1, 0.5f, 0));
+    kxScene::the()->flush();
+    _view = std::make_unique<kxView3D>();
+    _view->resize(320, 240);
+    _view->frameAll();
+    _drawn = std::make_unique<QSignalSpy>(_view.get(), &kxView3D::frameDrawn);
+    _view->show();
+    settle();
+    kxUndoStack::get(0).stack()->clear();
+}
+
+void tst_kxView3D::cleanup()
+{
+    _drawn.reset();
+    _view.reset();
+    kxSelection::the().clear();
+    kxUndoStack::get(0).stack()->clear();
+    kxScene::the()->clear();
+}
+
+void tst_kxView3D::settle()
+{
+    for (int i = 0; i < 4; ++i)
+        QCoreApplication::processEvents();
+}
+
+QPoint tst_kxView3D::seen(const QVector3D& point) const
+{
+    QPointF at;
+    _view->viewCamera(320.0f / 240).project(point, QSizeF(_view->size()), at);
+    return at.toPoint();
+}
+
+void tst_kxView3D::clickSelectsAndIsUndone()
+{
+    const auto click = [this](const QPoint& at, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        kxPress(_view.get(), at, modifiers);
+        kxRelease(_view.get(), at, modifiers);
+        settle();
+    };
+    const QPoint left = seen(QVector3D(-1, 0.5f, 0)), right = seen(QVector3D(1, 0.5f, 0));
+    click(left);
+    QVERIFY(kxScenegraph::getSelectedNodes() == std::vector<osg::NodePtr>{_left});
+    click(right, Qt::ControlModifier);
+    QVERIFY((kxScenegraph::getSelectedNodes() == std::vector<osg::NodePtr>{_left, _right}));
+    click(left, Qt::ShiftModifier);
+    QVERIFY(kxScenegraph::getSelectedNodes() == std::vector<osg::NodePtr>{_right});
+    click(QPoint(3, 3), Qt::ControlModifier); // beside everything: nothing is lost
+    QCOMPARE(kxScenegraph::getSelectedNodes().size(), std::size_t(1));
+    click(QPoint(3, 3));
+    QVERIFY(kxScenegraph::getSelectedNodes().empty());
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    while (stack->canUndo())
+        stack->undo();
+    QVERIFY(kxScenegraph::getSelectedNodes().empty());
+    stack->redo();
+    QVERIFY(kxScenegraph::getSelectedNodes() == std::vector<osg::NodePtr>{_left});
+}
+
+namespace
+{
+int changedTransformations = 0;
+void countChangedTransformation(kxMessage&)
+{
+    ++changedTransformations;
+}
+} // namespace
+
+void tst_kxView3D::dragOfAHandleIsOneStep()
+{
+    kxSelection::the().setIds(kxSelection::Nodes, {_left->getId()});
+    _view->setTool(kxGizmo::MoveTool);
+    settle();
+    const osg::TransformPtr transform = osg::TransformPtr::dcast(_left->getCore());
+    const osg::Vec3f before = transform->getTranslation();
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    changedTransformations = 0;
+    kxController::addCB(kxMessageName::ChangedTransformation, &countChangedTransformation);
+    for (int drag = 1; drag <= 2; ++drag)
+    {
+        const QPoint start = seen(kxSceneMath::worldMatrix(_left).column(3).toVector3D());
+        kxPress(_view.get(), start);
+        for (int i = 1; i <= 10; ++i)
+            kxDragTo(_view.get(), start + QPoint(3 * i, -i));
+        kxRelease(_view.get(), start + QPoint(30, -10));
+        settle();
+        QCOMPARE(stack->count(), drag);
+    }
+    kxController::subCB(kxMessageName::ChangedTransformation, &countChangedTransformation);
+    QCOMPARE(changedTransformations, 20);
+    QVERIFY(transform->getTranslation() != before);
+    stack->undo();
+    stack->undo();
+    QVERIFY(transform->getTranslation() == before);
+}
+
+void tst_kxView3D::escapeTakesADragBack()
+{
+    kxSelection::the().setIds(kxSelection::Nodes, {_left->getId()});
+    _view->setTool(kxGizmo::ScaleTool);
+    settle();
+    const osg::TransformPtr transform = osg::TransformPtr::dcast(_left->getCore());
+    const QPoint start = seen(QVector3D(-1, 0.5f, 0));
+    kxPress(_view.get(), start);
+    kxDragTo(_view.get(), start + QPoint(40, 0));
+    QVERIFY(transform->getScale().x() > 1.1f);
+    QTest::keyClick(_view.get(), Qt::Key_Escape);
+    QVERIFY(transform->getScale() == osg::Vec3f(1, 1, 1));
+    kxDragTo(_view.get(), start + QPoint(80, 0)); // the rest of the drag does nothing
+    kxRelease(_view.get(), start + QPoint(80, 0));
+    QVERIFY(transform->getScale() == osg::Vec3f(1, 1, 1));
+    QTest::keyClick(_view.get(), Qt::Key_Escape);
+    QCOMPARE(_view->tool(), kxGizmo::SelectTool);
+}
+
+void tst_kxView3D::mouseMovesTheEye()
+{
+    QSignalSpy idle(_view.get(), &kxView3D::viewWentIdle);
+    const kxCameraRig::Pose before = _view->rig().pose();
+    kxPress(_view.get(), QPoint(5, 5));
+    kxDragTo(_view.get(), QPoint(65, 25));
+    kxRelease(_view.get(), QPoint(65, 25));
+    const kxCameraRig::Pose turned = _view->rig().pose();
+    QVERIFY(turned.yaw < before.yaw - 20 && turned.pitch > before.pitch + 5);
+    QCOMPARE(turned.target, before.target);
+    kxSendMouse(_view.get(), QEvent::MouseButtonPress, QPoint(50, 50), Qt::MiddleButton, Qt::MiddleButton);
+    kxSendMouse(_view.get(), QEvent::MouseMove, QPoint(80, 50), Qt::NoButton, Qt::MiddleButton);
+    kxSendMouse(_view.get(), QEvent::MouseButtonRelease, QPoint(80, 50), Qt::MiddleButton, Qt::NoButton);
+    QVERIFY(_view->rig().pose().target != before.target);
+    QCOMPARE(_view->rig().pose().distance, before.distance);
+    QWheelEvent wheel(QPointF(50, 50), QPointF(50, 50), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(_view.get(), &wheel);
+    QVERIFY(_view->rig().pose().distance < before.distance);
+    QCOMPARE(idle.count(), 2);
+    QVERIFY(kxUndoStack::get(0).stack()->count() == 0); // looking around is no edit
+}
+
+void tst_kxView3D::drawsOnlyWhatChanged()
+{
+    QTRY_VERIFY(draws() > 0);
+    QTest::qWait(250); // a coarse frame is followed by a sharp one
+    int before = draws();
+    settle();
+    QCOMPARE(draws(), before);
+    for (int i = 0; i < 50; ++i) // many changes, one frame
+        osg::markChanged(_left->getCore(), osg::Transform::TranslationFieldMask);
+    QTRY_COMPARE(draws(), before + 1);
+    settle();
+    QCOMPARE(draws(), before + 1);
+}
+
+void tst_kxView3D::looksThroughACamera()
+{
+    const osg::NodePtr node = osg::Node::create();
+    const osg::CameraPtr camera = osg::Camera::create();
+    camera->setTranslation(osg::Vec3f(0, 0.5f, 5));
+    camera->setFieldOfView(60);
+    node->setCore(camera);
+    kxScene::the()->root()->addChild(node);
+    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
+    _view->actions3D()->cameraMenu()->aboutToShow();
+    QAction* const last = _view->actions3D()->cameraMenu()->actions().last();
+    last->trigger();
+    QCOMPARE(_view->cameraNodeId(), node->getId());
+    QVERIFY((_view->viewCamera(1).eye() - QVector3D(0, 0.5f, 5)).length() < 1e-4f);
+    QVERIFY(qAbs(_view->viewCamera(1).fieldOfView - 60) < 1e-3f);
+    // A turn of the view leaves the camera where it stands, without a jump.
+    kxPress(_view.get(), QPoint(5, 5));
+    kxDragTo(_view.get(), QPoint(10, 5));
+    kxRelease(_view.get(), QPoint(10, 5));
+    QCOMPARE(_view->cameraNodeId(), 0u);
+    QVERIFY((_view->viewCamera(1).eye() - QVector3D(0, 0.5f, 5)).length() < 1.0f);
+    QVERIFY(camera->getTranslation() == osg::Vec3f(0, 0.5f, 5));
+    // A camera that is taken away while it is looked through.
+    _view->lookThrough(node->getId());
+    kxScene::the()->root()->subChild(node);
+    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
+    QCOMPARE(_view->cameraNodeId(), 0u);
+    settle();
+}
+
+void tst_kxView3D::survivesObjectsThatGo()
+{
+    kxSelection::the().setIds(kxSelection::Nodes, {_left->getId(), _right->getId()});
+    _view->setTool(kxGizmo::RotateTool);
+    settle();
+    const QPoint start = seen(QVector3D(0, 0.5f, 0)) + QPoint(0, int(kxGizmo::Size * 1.12));
+    kxPress(_view.get(), start);
+    kxDragTo(_view.get(), start + QPoint(10, 0));
+    kxScene::the()->clear(); // in the middle of the drag
+    kxDragTo(_view.get(), start + QPoint(20, 0));
+    kxRelease(_view.get(), start + QPoint(20, 0));
+    _view->frameSelection();
+    _view->frameAll();
+    settle();
+    QVERIFY(!_view->grabFrameBuffer(false).isNull());
+}
+
+void tst_kxView3D::isTheRenderWidget()
+{
+    QCOMPARE(kxOSGWidget::getMGLW(-1), static_cast<kxQGLWidget*>(_view.get()));
+    QCOMPARE(_view->grabFrameBuffer(true).size(), QSize(320, 240) * _view->devicePixelRatioF());
+    _view.reset();
+    QVERIFY(kxOSGWidget::getMGLW(-1) == nullptr);
+}
+
+QTEST_MAIN(tst_kxView3D)
+#include "tst_kxView3D.moc"
