@@ -76,6 +76,14 @@ kxPythonPrompt::kxPythonPrompt(QWidget* parent)
     layout->addWidget(rule);
     layout->addLayout(line);
 
+    QScrollBar* const bar = _output->verticalScrollBar();
+    connect(bar, &QScrollBar::valueChanged, this, [this, bar](int value) { _atEnd = value >= bar->maximum(); });
+    connect(bar, &QScrollBar::rangeChanged, this,
+            [this, bar](int, int maximum)
+            {
+                if (_atEnd)
+                    bar->setValue(maximum);
+            });
     connect(_input, &kxPromptInput::submitted, this, &kxPythonPrompt::submit);
     _listener = kxInterpreter::addListener(
         [this](kxInterpreter::Stream stream, const std::string& written)
@@ -172,8 +180,6 @@ void kxPythonPrompt::flush()
 {
     if (_pending.empty())
         return;
-    QScrollBar* const bar = _output->verticalScrollBar();
-    const bool atEnd = bar->value() >= bar->maximum() - 1;
     QTextCursor cursor(_output->document());
     cursor.movePosition(QTextCursor::End);
     cursor.beginEditBlock();
@@ -186,8 +192,6 @@ void kxPythonPrompt::flush()
     cursor.endEditBlock();
     _pending.clear();
     _pendingSize = 0;
-    if (atEnd)
-        bar->setValue(bar->maximum());
 }
 
 void kxPythonPrompt::clear()

@@ -57,4 +57,5 @@ private:
     QString _echo;                // what runs and has not been shown yet
     int _listener;
     bool _running = false;
+    bool _atEnd = true; // the end of the output shows, and stays in sight
 };

@@ -122,6 +122,16 @@ def _compile_pasted(text, name):
     return steps + [compile(ast.Interactive(body[-1:]), name, "single")]
 
 
+def _compile_typed(text, name):
+    """The steps of what was typed; None stands for those of an unfinished statement."""
+    try:
+        return [_commands(text, name, "single")]
+    except SyntaxError:
+        if "\n" in text.strip():
+            return _compile_pasted(text, name)
+        return [compile(text, name, "single", dont_inherit=True)]  # raises with the better text
+
+
 def run_interactive(text):
     """(needs more, outcome): runs `text` as the interactive prompt does, unless it is an unfinished statement."""
     name = "<console>"
@@ -129,12 +139,7 @@ def run_interactive(text):
 
     def prepare():
         try:
-            try:
-                steps.append(_commands(text, name, "single"))
-            except SyntaxError:
-                if "\n" not in text.strip():
-                    raise
-                steps.extend(_compile_pasted(text, name))
+            steps.extend(_compile_typed(text, name))
         except Exception as error:
             raise error.with_traceback(None) from None  # the way through the compiler says nothing to a user
 

@@ -224,6 +224,7 @@ void tst_kxInterpreter::promptRunsWholeStatements_data()
     QTest::newRow("block ends") << "for i in range(2):\n    print(i)\n" << false << "0\n1\n";
     QTest::newRow("several statements") << "a = 2\nfor i in (a, 3):\n    print(i)\na * 4" << false << "2\n3\n8\n";
     QTest::newRow("never valid") << "1 +* 2" << false << "SyntaxError";
+    QTest::newRow("colon left out") << "for i in x" << false << "expected ':'";
     QTest::newRow("error in second line") << "a = 1\na +* 2" << false << "line 2";
     QTest::newRow("raises") << "[][1]" << false << "IndexError";
     QTest::newRow("comment") << "# nothing" << false << "";
