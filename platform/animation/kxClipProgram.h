@@ -12,7 +12,7 @@
 /// holds the time (of several the one on the higher track, then the later child); else the one that ended last, held at
 /// its end; else the one that starts first, at its start. In a block the last child counts. The root itself counts
 /// whether it is active or not: it was asked for.
-class kxClipProgram
+class KX_API kxClipProgram
 {
 public:
     explicit kxClipProgram(const osg::AnimNodePtr& root);

@@ -10,7 +10,7 @@
 /// Made from all attachments of objects in the scene and of materials: active channel curves and the curves of active
 /// blocks; a node counts as active where it and all above it are. Of several curves that drive one channel the last one
 /// in the tree's order counts. Made again only when kxAnimWatch says that trees or channels changed.
-class kxScenePlan
+class KX_API kxScenePlan
 {
 public:
     static kxScenePlan& the();

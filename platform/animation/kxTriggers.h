@@ -22,13 +22,13 @@ typedef std::function<void(const std::string& name, Kind kind)> Handler;
 KX_API void setHandler(Handler handler);
 
 /// While blocked nothing fires.
-void setBlocked(bool blocked);
-bool isBlocked();
+KX_API void setBlocked(bool blocked);
+KX_API bool isBlocked();
 
 /// Fires the active triggers below `node` between `from` and `to`, both in the parent's time of `node`, in the order of
 /// time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation starts anew
 /// there: a trigger at that very time fires, unless it was the last thing that fired there.
-void pass(const osg::AnimNodePtr& node, double from, double to);
+KX_API void pass(const osg::AnimNodePtr& node, double from, double to);
 
 /// Forgets what fired last.
 void clear();

@@ -1,0 +1,357 @@
+#include <QtTest>
+
+#include <animation/kxTriggers.h>
+#include <kxAnimEvaluator.h>
+#include <kxAnimFixture.h>
+
+#include <random>
+
+using namespace osg;
+
+namespace
+{
+kxAnimManager* manager()
+{
+    return kxAnimManager::the();
+}
+
+/// An object with an inactive block whose X goes from `low` to `low` + 24 in a second: what a clip holds clones of.
+struct Source
+{
+    explicit Source(float low)
+        : object(kxAnimFixture::object()),
+          block(kxAnimFixture::block("block", {kxAnimFixture::curve("translation", "X", {{0, low}, {1, low + 24}})}))
+    {
+        manager()->addAnimation(object, block);
+    }
+    /// A second block on the same object.
+    AnimNodePtr another(float low, float length = 1) const
+    {
+        const AnimNodePtr node = kxAnimFixture::block(
+            "other", {kxAnimFixture::curve("translation", "X", {{0, low}, {length, low + 24 * length}})});
+        manager()->addAnimation(object, node);
+        return node;
+    }
+    float x() const { return kxAnimFixture::transform(object)->getTranslation().x(); }
+
+    NodePtr object;
+    AnimNodePtr block;
+};
+
+float shown(const Source& source, const AnimNodePtr& clip, double frame)
+{
+    manager()->evaluateByFrame(clip, frame, false, false, false);
+    return source.x();
+}
+
+/// What fired, as a text: "s:name v:name".
+struct Fired
+{
+    Fired()
+    {
+        kxTriggers::setHandler([this](const std::string& name, kxTriggers::Kind kind)
+                               { text += QString("%1%2 ").arg("spv"[int(kind)]).arg(QString::fromStdString(name)); });
+    }
+    ~Fired() { kxTriggers::setHandler(nullptr); }
+    QString take()
+    {
+        const QString result = text.trimmed();
+        text.clear();
+        return result;
+    }
+    QString text;
+};
+
+AnimNodePtr trigger(const char* name, float seconds, bool variant = false, bool viewpoint = false)
+{
+    const AnimNodePtr node = kxAnimFixture::group<AnimSequenceBase>(name, {});
+    const AnimSequencePtr core = AnimSequencePtr::dcast(node->getCore());
+    core->setName(name);
+    core->setIsVariant(variant);
+    core->setIsViewpoint(viewpoint);
+    node->setOffset(Vec2f(seconds, 0));
+    return node;
+}
+
+void pass(const AnimNodePtr& clip, double frame)
+{
+    manager()->evaluateByFrame(clip, frame, false, true, false);
+}
+} // namespace
+
+class tst_kxClipEvaluation : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void whoHoldsTheTimeWins();
+    void tiesGoToTheHigherTrackThenTheLaterChild();
+    void inactiveChildrenDontCount();
+    void nestedCyclesAndFlips();
+    void sharedBlocksDriveEveryObject();
+    void structureChangesAreSeen();
+    void evaluationIsPure();
+    void triggersFireOnceInPlayingDirection();
+    void triggersInNestedCycles_data();
+    void triggersInNestedCycles();
+    void blockedTriggersStaySilent();
+};
+
+///        0    1    2    3    4    5    6
+///   a         |===|
+///   b                   |==========|
+void tst_kxClipEvaluation::whoHoldsTheTimeWins()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr other = s.another(500, 2);
+    const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 1), f.clone(other, 3)});
+    manager()->addToClipStructure(clip);
+    QCOMPARE(shown(s, clip, 0), 100.0f);  // the first gives its start
+    QCOMPARE(shown(s, clip, 36), 112.0f); // inside the first
+    QCOMPARE(shown(s, clip, 60), 124.0f); // the first has ended and holds
+    QCOMPARE(shown(s, clip, 72), 500.0f); // the second begins
+    QCOMPARE(shown(s, clip, 96), 524.0f);
+    QCOMPARE(shown(s, clip, 1000), 548.0f);
+    // The order of children changes nothing while there is no tie.
+    const AnimNodePtr turned = f.clip("turned", {f.clone(other, 3), f.clone(s.block, 1)});
+    manager()->addToClipStructure(turned);
+    QCOMPARE(shown(s, turned, 0), 100.0f);
+    QCOMPARE(shown(s, turned, 1000), 548.0f);
+}
+
+void tst_kxClipEvaluation::tiesGoToTheHigherTrackThenTheLaterChild()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr other = s.another(500);
+    const AnimNodePtr later = f.clip("later", {f.clone(s.block, 0), f.clone(other, 0)});
+    const AnimNodePtr higher = f.clip("higher", {f.clone(s.block, 0, 2), f.clone(other, 0, 1)});
+    for (const AnimNodePtr& clip : {later, higher})
+        manager()->addToClipStructure(clip);
+    for (const double frame : {-5.0, 0.0, 24.0, 99.0})
+    {
+        QVERIFY(shown(s, later, frame) >= 500);
+        QVERIFY(shown(s, higher, frame) < 500);
+    }
+}
+
+void tst_kxClipEvaluation::inactiveChildrenDontCount()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
+    off->setTravMask(0);
+    const AnimNodePtr clip = f.clip("clip", {on, off});
+    clip->setTravMask(0); // asked for by name, it plays all the same
+    manager()->addToClipStructure(clip);
+    QCOMPARE(shown(s, clip, 12), 112.0f);
+    manager()->setTreeActive(off, true);
+    QCOMPARE(shown(s, clip, 12), 512.0f);
+    manager()->setTreeActive(off, false);
+    manager()->setTreeActive(on, false);
+    QCOMPARE(shown(s, clip, 3), 512.0f); // nobody drives the channel: it stays
+}
+
+/// An inner clip of half speed, twice, flipped, inside a clip that begins at 10 seconds.
+void tst_kxClipEvaluation::nestedCyclesAndFlips()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr inner = f.clip("inner", {f.clone(s.block, 0)});
+    inner->setScale(2);
+    inner->setPostCycles(1);
+    inner->setFlipped(true);
+    const AnimNodePtr outer = f.clip("outer", {inner});
+    outer->setOffset(Vec2f(10, 0));
+    manager()->addToClipStructure(outer);
+    const auto at = [&](double seconds) { return shown(s, outer, seconds * 24); };
+    QCOMPARE(at(0), 124.0f);
+    QCOMPARE(at(10.5), 118.0f);
+    QCOMPARE(at(12), 124.0f); // the second pass begins
+    QCOMPARE(at(13), 112.0f);
+    QCOMPARE(at(14), 100.0f);
+    QCOMPARE(at(50), 100.0f);
+    // The inner clip by itself: a frame is one of the root's time.
+    QCOMPARE(shown(s, inner, 10.5 * 24), 118.0f);
+    inner->setPostCycles(-1);
+    f.changed(inner, AnimNodeBase::PostCyclesFieldMask);
+    QCOMPARE(at(1000.5), 118.0f);
+    inner->setPostCycles(0);
+    inner->setFlipped(false);
+    inner->setUsePlayRange(true);
+    inner->setPlayRange(Pnt2f(0.25f, 0.75f));
+    f.changed(inner, AnimNodeBase::UsePlayRangeFieldMask | AnimNodeBase::PostCyclesFieldMask);
+    QCOMPARE(at(0), 106.0f);
+    QCOMPARE(at(11), 112.0f);
+    QCOMPARE(at(50), 118.0f);
+}
+
+void tst_kxClipEvaluation::sharedBlocksDriveEveryObject()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const NodePtr second = f.object();
+    manager()->addAnimation(second, cloneAnimTree(s.block, true));
+    const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 0)});
+    manager()->addToClipStructure(clip);
+    QCOMPARE(shown(s, clip, 6), 106.0f);
+    QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
+    // Under an object a block moves that object alone.
+    QCOMPARE(shown(s, s.block, 12), 112.0f);
+    QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
+    const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
+    FieldContainerPtr target;
+    std::vector<FieldContainerPtr> aims;
+    QVERIFY(kxAnimEvaluator::the()->computeAim(curve, second, target, aims));
+    QVERIFY(target == second->getCore());
+    QCOMPARE(aims.size(), std::size_t(2));
+    QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == s.object);
+    QCOMPARE(manager()->blockSceneRefCount(s.block), 2u);
+}
+
+void tst_kxClipEvaluation::structureChangesAreSeen()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr clone = f.clone(s.block, 0), clip = f.clip("clip", {clone});
+    manager()->addToClipStructure(clip);
+    QCOMPARE(shown(s, clip, 6), 106.0f);
+    clone->moveBy(0.25f, 0);
+    f.changed(clone, AnimNodeBase::OffsetFieldMask);
+    QCOMPARE(shown(s, clip, 12), 106.0f);
+    const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
+    curve->clear();
+    markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+    QCOMPARE(shown(s, clip, 6), 106.0f); // no key: the channel keeps its value
+    curve->addPoint(Pnt2f(0, 7), Vec2f(), Vec2f(), 1, 1, true, true);
+    markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+    QCOMPARE(shown(s, clip, 6), 7.0f);
+    clip->subChild(clone); // it dies
+    f.changed(clip, Node::ChildrenFieldMask);
+    kxAnimFixture::transform(s.object)->setTranslation(Vec3f(1, 2, 3));
+    QCOMPARE(shown(s, clip, 6), 1.0f);
+    // The object goes, and with it the block: the clip evaluates what is left.
+    kxScene::the()->root()->subChild(s.object);
+    f.changed(clip, Node::ChildrenFieldMask);
+    manager()->evaluateByFrame(clip, 3, false, true, true);
+}
+
+void tst_kxClipEvaluation::evaluationIsPure()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    std::mt19937 random(6);
+    const AnimNodePtr other = s.another(500, 2);
+    std::vector<AnimNodePtr> children;
+    for (int i = 0; i < 12; ++i)
+    {
+        const AnimNodePtr child = f.clone(i % 2 ? other : s.block, float(random() % 40) / 4, int(random() % 3));
+        child->setPostCycles(int(random() % 3));
+        child->setFlipped(random() % 2);
+        child->setScale(0.5f + float(random() % 3) / 2);
+        children.push_back(i % 3 == 0 ? f.clip("inner", {child}) : child);
+    }
+    const AnimNodePtr clip = f.clip("clip", children);
+    manager()->addToClipStructure(clip);
+    std::vector<float> values;
+    for (int frame = 0; frame < 400; ++frame)
+        values.push_back(shown(s, clip, frame));
+    for (int i = 0; i < 1000; ++i)
+    {
+        const int frame = int(random() % 400);
+        QCOMPARE(shown(s, clip, frame), values[std::size_t(frame)]);
+    }
+}
+
+void tst_kxClipEvaluation::triggersFireOnceInPlayingDirection()
+{
+    kxAnimFixture f;
+    Fired fired;
+    const AnimNodePtr off = trigger("off", 1.5f);
+    off->setTravMask(0);
+    const AnimNodePtr clip =
+        f.clip("clip", {trigger("c", 2), trigger("a", 0), trigger("b", 1, true), trigger("e", 3, false, true), off});
+    manager()->addToClipStructure(clip);
+    pass(clip, 0);
+    QCOMPARE(fired.take(), QString("sa")); // the evaluation begins on it
+    pass(clip, 0);
+    QCOMPARE(fired.take(), QString()); // once
+    pass(clip, 12);
+    pass(clip, 24);
+    QCOMPARE(fired.take(), QString("vb"));
+    pass(clip, 24.5);
+    QCOMPARE(fired.take(), QString());
+    pass(clip, 72);
+    QCOMPARE(fired.take(), QString("sc pe"));
+    pass(clip, 12);
+    QCOMPARE(fired.take(), QString("sc vb")); // backwards; where it stood is not passed again
+    pass(clip, 0);
+    QCOMPARE(fired.take(), QString("sa"));
+    // A loop: on to the end, then anew at the start.
+    pass(clip, 71);
+    fired.take();
+    pass(clip, 72);
+    clip->setLastEvaluationTime(0);
+    pass(clip, 0);
+    QCOMPARE(fired.take(), QString("pe sa"));
+}
+
+void tst_kxClipEvaluation::triggersInNestedCycles_data()
+{
+    QTest::addColumn<int>("cycles");
+    QTest::addColumn<bool>("flipped");
+    QTest::addColumn<double>("from");
+    QTest::addColumn<double>("to");
+    QTest::addColumn<QString>("expected");
+    // Inner time 0 to 2 with a trigger at each end and one at 0.5, in an outer clip from second 10 on.
+    QTest::newRow("one pass") << 0 << false << 9.0 << 20.0 << "s0 sh s2";
+    QTest::newRow("three passes") << 2 << false << 9.0 << 99.0 << "s0 sh s2 s0 sh s2 s0 sh s2";
+    QTest::newRow("from the middle of one to the middle of another") << 2 << false << 11.0 << 13.0 << "s2 s0 sh";
+    QTest::newRow("backwards") << 2 << false << 13.0 << 11.0 << "sh s0 s2";
+    QTest::newRow("flipped") << 1 << true << 9.0 << 13.0 << "s2 sh s0 s2";
+    QTest::newRow("endless") << -1 << false << 1010.2 << 1012.2 << "sh s2 s0";
+    QTest::newRow("nothing on the way") << 2 << false << 10.6 << 11.9 << "";
+}
+
+void tst_kxClipEvaluation::triggersInNestedCycles()
+{
+    QFETCH(int, cycles);
+    QFETCH(bool, flipped);
+    QFETCH(double, from);
+    QFETCH(double, to);
+    kxAnimFixture f;
+    Fired fired;
+    const AnimNodePtr inner = f.clip("inner", {trigger("0", 0), trigger("h", 0.5f), trigger("2", 2)});
+    inner->setPostCycles(cycles);
+    inner->setFlipped(flipped);
+    const AnimNodePtr outer = f.clip("outer", {inner});
+    inner->setOffset(Vec2f(10, 0));
+    manager()->addToClipStructure(outer);
+    kxTriggers::pass(outer, from, to);
+    QTEST(fired.take(), "expected");
+}
+
+void tst_kxClipEvaluation::blockedTriggersStaySilent()
+{
+    kxAnimFixture f;
+    Fired fired;
+    const AnimNodePtr clip = f.clip("clip", {trigger("a", 0), trigger("b", 1), trigger("c", 2)});
+    manager()->addToClipStructure(clip);
+    pass(clip, 48);
+    fired.take();
+    // As "go to the start" does it, and play after that.
+    kxAnimEvaluator::the()->blockSequenceEvaluation(true);
+    pass(clip, 0);
+    kxAnimEvaluator::the()->blockSequenceEvaluation(false);
+    QCOMPARE(fired.take(), QString());
+    pass(clip, 0);
+    pass(clip, 30);
+    QCOMPARE(fired.take(), QString("sa sb"));
+    // Without triggers asked for, the way isn't remembered either.
+    manager()->evaluateByFrame(clip, 60, false, false, false);
+    pass(clip, 40);
+    QCOMPARE(fired.take(), QString());
+}
+
+QTEST_GUILESS_MAIN(tst_kxClipEvaluation)
+#include "tst_kxClipEvaluation.moc"
