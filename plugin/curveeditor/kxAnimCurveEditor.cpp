@@ -112,7 +112,8 @@ void kxAnimCurveEditor::handle(const kxMessage& message)
 
 bool kxAnimCurveEditor::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == _window && event->type() == QEvent::WindowActivate && !kxController::isSnapshotRendering())
+    // Installed on the window alone.
+    if (event->type() == QEvent::WindowActivate && !kxController::isSnapshotRendering())
         kxAnimManager::the()->resetMotionBlurObjectID();
     return kxModuleBase::eventFilter(watched, event);
 }

@@ -1,3 +1,5 @@
+#include "kxOwned.h"
+
 #include <frame/kxMessageRead.h>
 #include <kxCapturedStderr.h>
 
@@ -31,16 +33,16 @@ void tst_kxMessageRead::readsEachType()
 {
     const kxCapturedStderr silent;
     int pointee = 0;
-    const osg::NodePtr node = osg::Node::create();
-    const osg::AnimNodePtr animation = osg::AnimNodeBase::create();
+    const kxOwned<osg::Node> node(osg::Node::create());
+    const kxOwned<osg::AnimNode> animation(osg::AnimNodeBase::create());
     QVERIFY(comesThrough(true));
     QVERIFY(comesThrough(-7));
     QVERIFY(comesThrough(7u));
     QVERIFY(comesThrough(0.5));
     QVERIFY(comesThrough(std::string("text")));
     QVERIFY(comesThrough(static_cast<void*>(&pointee)));
-    QVERIFY(comesThrough(node));
-    QVERIFY(comesThrough(animation));
+    QVERIFY(comesThrough(node.get()));
+    QVERIFY(comesThrough(animation.get()));
     QVERIFY(comesThrough(std::vector<osg::NodePtr>{node}));
     QVERIFY(comesThrough(std::vector<osg::AnimNodePtr>{animation, animation}));
     QVERIFY(comesThrough(std::vector<osg::MaterialPtr>{osg::MaterialPtr()}));

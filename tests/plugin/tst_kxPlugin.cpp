@@ -61,7 +61,6 @@ int runHost(int argc, char** argv)
         return 1;
     }
     std::printf("version %s\n", version());
-    kxPythonRegisterFactory::run(kxPythonRegisterFactory::Level(7));
     initPlugin(); // there is no main window yet
     std::printf("interpreter %d\n", kxInterpreter::start());
     std::printf("script %d\n", kxScript::run("assert kxAnimWidgets.__name__ == 'kxAnimWidgets'\n"

@@ -1,3 +1,5 @@
+#include "kxOwned.h"
+
 #include <settings/kxAnimPreferencesGUII.h>
 #include <settings/kxAnimPreferencesGUIW.h>
 #include <timeline/kxAnimControlGUII.h>
@@ -280,8 +282,9 @@ void tst_kxTimeline::playRange()
 
 void tst_kxTimeline::walksKeys()
 {
-    const std::vector<osg::AnimNodePtr> nodes = {makeAnimation({10.5f, 0}, {1, 0.5f, 0}), osg::AnimNodePtr(),
-                                                 makeAnimation({24, 10.5f}, {0, 0, 2})};
+    const kxOwned<osg::AnimNode> first(makeAnimation({10.5f, 0}, {1, 0.5f, 0}));
+    const kxOwned<osg::AnimNode> second(makeAnimation({24, 10.5f}, {0, 0, 2}));
+    const std::vector<osg::AnimNodePtr> nodes = {first, osg::AnimNodePtr(), second};
     panel()._nextKey->click();
     QCOMPARE(panel()._timeLine->currentFrame(), 0); // there are no keys yet
     send(kxMessageName::SelectedAnimations, "nodes", nodes);
