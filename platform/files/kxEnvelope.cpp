@@ -78,9 +78,10 @@ qint64 kxEnvelopeWriter::writeData(const char* data, qint64 size)
     if (_failed)
         return size; // told at commit()
     _checksum = crc(_checksum, data, size);
-    if (_block.size() + size > BlockSize)
+    const bool isLarge = size > BlockSize / 2; // goes past the block, and so behind what the block holds
+    if (isLarge || _block.size() + size > BlockSize)
         flushBlock();
-    if (size > BlockSize / 2)
+    if (isLarge)
         _failed = _failed || _file.write(data, size) != size;
     else
         _block.append(data, int(size));
