@@ -16,7 +16,8 @@ constexpr int BlockSize = 1 << 20;
 
 quint32 crc(quint32 start, const char* data, qint64 size)
 {
-    return quint32(crc32_z(start, reinterpret_cast<const Bytef*>(data), z_size_t(size)));
+    // zlib starts anew for a null pointer, as an empty array may give it.
+    return size == 0 ? start : quint32(crc32_z(start, reinterpret_cast<const Bytef*>(data), z_size_t(size)));
 }
 } // namespace
 
