@@ -1,0 +1,457 @@
+#include <QtTest>
+
+#include <kxAnimEvaluator.h>
+#include <kxAnimFixture.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
+
+#include <cmath>
+#include <set>
+
+using namespace osg;
+
+namespace
+{
+kxAnimManager* manager()
+{
+    return kxAnimManager::the();
+}
+
+QStringList names(const std::vector<AnimNodePtr>& nodes)
+{
+    QStringList result;
+    for (const AnimNodePtr& node : nodes)
+        result << QString::fromStdString(node->getNodeName());
+    return result;
+}
+
+QStringList childNames(const AnimNodePtr& node)
+{
+    QStringList result;
+    for (const NodePtr& child : node->getChildren())
+        result << QString::fromStdString(child->getNodeName());
+    return result;
+}
+
+AnimNodePtr rootOf(const FieldContainerPtr& object)
+{
+    return manager()->getAnimAttachment(object)->getAnimationRoot();
+}
+} // namespace
+
+class tst_kxAnimManager : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void keyableChannels();
+    void valuesOfChannels();
+    void blocksAreMadeOfChannelCurves();
+    void blocksMove();
+    void lookUps();
+    void curvesAndCounts();
+    void tracks_data();
+    void tracks();
+    void clipboardHoldsWhatDied();
+    void clonesShareAndUnshare();
+    void pastingAtATime();
+    void unusedClonesAreTakenOut();
+    void keysKeepTheirFrames();
+    void cameraShots();
+    void nullAndDeadHandles();
+};
+
+void tst_kxAnimManager::keyableChannels()
+{
+    kxAnimFixture f;
+    const NodePtr camera = f.object("cam");
+    camera->setCore(Camera::create());
+    const auto channelsOf = [](const FieldContainerPtr& object)
+    {
+        std::vector<kxAnimManager::kxOSGChannelData> channels;
+        manager()->getKeyableChannels(object, channels);
+        return channels;
+    };
+    const auto channels = channelsOf(camera);
+    QStringList texts;
+    for (const auto& channel : channels)
+    {
+        texts << QString::fromStdString(channel.name + "." + channel.suffix);
+        QCOMPARE(channel.objectName, std::string("cam"));
+        QVERIFY(channel.container == camera);
+    }
+    QCOMPARE(texts.mid(0, 6).join(" "),
+             QString("translation.X translation.Y translation.Z rotation.X rotation.Y rotation.Z"));
+    QVERIFY(texts.contains("focalLength.") && texts.contains("visible."));
+    QCOMPARE(channels[4].fieldName, std::string("eulerRotation"));
+    QCOMPARE(channels[4].component, UInt64(1));
+    QVERIFY(!channelsOf(UberMaterial::create()).empty());
+    QVERIFY(channelsOf(f.curve("scale", "X", {})).empty());
+    QVERIFY(channelsOf(FieldContainerPtr()).empty());
+    // Every channel leads to a curve and back.
+    const AnimAttachmentPtr attachment = AnimAttachmentBase::create();
+    attachment->addRef();
+    for (const auto& channel : channels)
+    {
+        const AnimNodePtr node = manager()->createChannelCurveNode(channel, attachment);
+        QVERIFY(manager()->findChannelCurveNode(channel, attachment) == node);
+        FieldContainerPtr target;
+        std::vector<FieldContainerPtr> aims;
+        QVERIFY(kxAnimEvaluator::the()->computeAim(f.curveOf(node), camera, target, aims));
+        QCOMPARE(manager()->getOSGFieldValue(f.curveOf(node), target), manager()->getOSGFieldValue(channel));
+    }
+    const AnimNodePtr byField = manager()->createChannelCurveNode(attachment, "eulerRotation", 1, "W", "rotation");
+    QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "W") == byField);
+    QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "Q") == NullFC);
+    attachment->subRef();
+}
+
+void tst_kxAnimManager::valuesOfChannels()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const AnimNodePtr node = f.curve("rotation", "Y", {});
+    manager()->addAnimation(object, node);
+    kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 30, true);
+    QCOMPARE(f.transform(object)->getEulerRotation(), Vec3f(0, 30, 0));
+    kxAnimManager::kxOSGChannelData channel;
+    channel.container = object;
+    channel.name = "visible";
+    kxAnimEvaluator::the()->setOSGFieldValue(channel, 0, true);
+    QVERIFY(!object->isActive());
+    QCOMPARE(manager()->getOSGFieldValue(channel), 0.0f);
+    channel.name = "translation";
+    channel.suffix = "Z";
+    kxAnimEvaluator::the()->setOSGFieldValue(channel, NAN, true);
+    QCOMPARE(f.transform(object)->getTranslation(), Vec3f());
+    QCOMPARE(manager()->getOSGFieldValue(f.curveOf(node), FieldContainerPtr()), 30.0f);
+    QVERIFY(manager()->ignoreChannel("visible") && !manager()->ignoreChannel("translation"));
+}
+
+void tst_kxAnimManager::blocksAreMadeOfChannelCurves()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    QVERIFY(manager()->createBlock(manager()->getAnimAttachment(object), "b") == NullFC);
+    const AnimNodePtr old = f.block("old", {});
+    for (const AnimNodePtr& node : {old, f.curve("scale", "X", {}), f.curve("scale", "Y", {{0, 1}})})
+        manager()->addAnimation(object, node);
+    const AnimAttachmentPtr attachment = manager()->getAnimAttachment(object);
+    const AnimNodePtr block = manager()->createBlock(attachment, "old");
+    QCOMPARE(QString::fromStdString(block->getNodeName()), QString("old_1"));
+    QCOMPARE(childNames(block), QStringList("scale.Y"));
+    QCOMPARE(childNames(rootOf(object)), QStringList({"old", "scale.X", "old_1"}));
+    QVERIFY(block->isActive() && !old->isActive());
+    QVERIFY(manager()->createBlock(attachment, "again") == NullFC);
+    std::vector<AnimNodePtr> animations, curves;
+    attachment->getTopLevelAnimations(animations, true);
+    attachment->getTopLevelCurveNodes(curves);
+    QCOMPARE(names(animations), QStringList({"old", "old_1"}));
+    QCOMPARE(names(curves), QStringList("scale.X"));
+}
+
+void tst_kxAnimManager::blocksMove()
+{
+    kxAnimFixture f;
+    const NodePtr one = f.object(), two = f.object();
+    const AnimNodePtr a = f.block("a", {}), b = f.block("b", {});
+    manager()->addAnimation(one, a);
+    manager()->addAnimation(two, b);
+    QVERIFY(!manager()->moveBlockToNode(b, one, two, true)); // not its source
+    QVERIFY(!manager()->moveBlockToNode(a, one, one, true));
+    QVERIFY(manager()->moveBlockToNode(a, one, two, true));
+    QCOMPARE(childNames(rootOf(two)), QStringList({"b", "a"}));
+    QVERIFY(a->isActive() && !b->isActive());
+    const MaterialPtr material = UberMaterial::create(), other = UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    kxScene::the()->addMaterial(other);
+    manager()->addAnimation(material, f.block("m", {}));
+    QVERIFY(manager()->moveBlockToMaterial(manager()->findMaterialBlock("m"), material, other, false));
+    QVERIFY(manager()->getAnimAttachment(other) != NullFC);
+}
+
+void tst_kxAnimManager::lookUps()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object(), child = f.object();
+    object->addChild(child);
+    manager()->addAnimation(child, f.block("same", {}));
+    const AnimNodePtr hidden = f.block("hidden", {});
+    hidden->setHidden(true);
+    manager()->addToClipStructure(f.clip("outer", {f.clip("same", {hidden})}));
+    QVERIFY(manager()->find("same") == manager()->findClip("same"));
+    QVERIFY(manager()->findBlockR(object, "same") != NullFC);
+    QVERIFY(manager()->find("hidden") == NullFC); // a block in a clip has its object elsewhere
+    QVERIFY(manager()->find("nobody") == NullFC);
+    QCOMPARE(kxAnimManager::pyGetClips(), (std::vector<std::string>{"outer", "same"}));
+    QCOMPARE(kxAnimManager::pyGetBlocks(false), (std::vector<std::string>{"same"}));
+    QCOMPARE(kxAnimManager::pyGetBlocks(true), (std::vector<std::string>{"same", "hidden"}));
+    kxAnimManager::NodeTopLevelAnimations found;
+    manager()->getNodesWithAnimation(kxScenegraph::getSuperRoot(), found);
+    QCOMPARE(found.size(), std::size_t(1));
+    QVERIFY(found[0].node == child && found[0].animations.size() == 1);
+    QVERIFY(!manager()->rename(hidden, ""));
+    QVERIFY(!manager()->rename(hidden, "outer"));
+    QVERIFY(manager()->rename(hidden, "hidden"));
+    QVERIFY(manager()->rename(hidden, "free"));
+    QCOMPARE(hidden->getNodeName(), std::string("free"));
+}
+
+void tst_kxAnimManager::curvesAndCounts()
+{
+    kxAnimFixture f;
+    const AnimNodePtr x = f.curve("translation", "X", {{0, 1}, {1, 2}}), y = f.curve("translation", "Y", {{0, 1}});
+    y->setTravMask(0);
+    const AnimNodePtr block = f.block("block", {x, y, cloneAnimTree(x, true)});
+    const AnimNodePtr clip = f.clip("clip", {block});
+    clip->addRef();
+    clip->setOffset(Vec2f(10, 0));
+    clip->setScale(2);
+    block->setOffset(Vec2f(3, 50));
+    const auto count = [](const AnimNodePtr& node, bool recursive, bool activeOnly, bool unique)
+    {
+        std::vector<AnimCurvePtr> curves;
+        manager()->getAnimCurves(node, curves, recursive, activeOnly, unique);
+        return curves.size();
+    };
+    QCOMPARE(count(clip, true, false, false), std::size_t(3));
+    QCOMPARE(count(clip, true, false, true), std::size_t(2));
+    QCOMPARE(count(clip, true, true, true), std::size_t(1));
+    QCOMPARE(count(clip, false, false, false), std::size_t(0));
+    QCOMPARE(count(block, false, false, false), std::size_t(3));
+    QCOMPARE(count(x, false, true, true), std::size_t(1));
+    const kxAnimManager::kxAnimInfo info = manager()->getInfo(block);
+    QCOMPARE(info.curves, UInt64(3));
+    QCOMPARE(info.points, UInt64(5));
+    QCOMPARE(info.controlPoints, UInt64(15));
+    QCOMPARE(QPointF(info.start, info.end), QPointF(16, 18));
+    QCOMPARE(QPointF(info.localScale, info.globalScale), QPointF(1, 2));
+    QCOMPARE(QPointF(info.localOffset.x(), info.globalOffset.x()), QPointF(3, 16));
+    clip->subRef();
+}
+
+/// Tracks 0 and 1 are taken from 1 to 2 and from 1.5 to 3; a trigger stands at 5 on track 0.
+void tst_kxAnimManager::tracks_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<double>("expected");
+    QTest::newRow("over both") << 1.6 << 1.8 << 100.0;
+    QTest::newRow("over the first") << 0.0 << 1.2 << 50.0;
+    QTest::newRow("over the second") << 2.5 << 4.0 << 0.0;
+    QTest::newRow("meeting the first") << 0.0 << 1.0 << 0.0;
+    QTest::newRow("behind the first") << 2.0 << 2.2 << 0.0;
+    QTest::newRow("point on an edge") << 1.0 << 1.0 << 50.0;
+    QTest::newRow("end before start counts as start") << 1.7 << 0.0 << 100.0;
+    QTest::newRow("over the trigger") << 4.5 << 5.5 << 50.0;
+    QTest::newRow("point on the trigger") << 5.0 << 0.0 << 50.0;
+}
+
+void tst_kxAnimManager::tracks()
+{
+    QFETCH(double, start);
+    QFETCH(double, end);
+    kxAnimFixture f;
+    const AnimNodePtr one = f.block("1", {f.curve("scale", "X", {{0, 0}, {1, 0}})});
+    const AnimNodePtr two = f.block("2", {f.curve("scale", "X", {{0, 0}, {1.5f, 0}})});
+    const AnimNodePtr trigger = f.group<AnimSequenceBase>("3", {});
+    one->setOffset(Vec2f(1, 0));
+    two->setOffset(Vec2f(1.5f, 50));
+    trigger->setOffset(Vec2f(5, 0));
+    const AnimNodePtr clip = f.clip("clip", {one, two, trigger, f.clip("empty", {})});
+    clip->setOffset(Vec2f(100, 0)); // times are those of the root
+    manager()->addToClipStructure(clip);
+    QTEST(double(manager()->calculateFreeOffsetYFor(float(100 + start), end > 0 ? float(100 + end) : 0, clip,
+                                                    AnimNodePtr())),
+          "expected");
+    QCOMPARE(manager()->calculateFreeOffsetYFor(one, clip, AnimNodePtr()), 100.0f);
+    QCOMPARE(manager()->calculateFreeOffsetYFor(one, clip, one), 0.0f);
+}
+
+void tst_kxAnimManager::clipboardHoldsWhatDied()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}, {1, 5}})});
+    manager()->addAnimation(object, block);
+    manager()->copy(block, object);
+    f.curveOf(AnimNodePtr::dcast(block->getChild(0)))->clear();
+    manager()->subAnimation(object, block);              // dies
+    manager()->copy(AnimNodePtr(), FieldContainerPtr()); // nothing: what was copied stays
+    const NodePtr target = f.object();
+    const std::vector<AnimNodePtr> pasted = manager()->pasteTo(target, true, false);
+    QCOMPARE(pasted.size(), std::size_t(1));
+    QVERIFY(pasted[0]->getFlipped() && pasted[0]->getParent() == NodePtr(rootOf(target)));
+    QCOMPARE(f.curveOf(AnimNodePtr::dcast(pasted[0]->getChild(0)))->getControlPoints().size(), std::size_t(2));
+    const std::vector<AnimNodePtr> again = manager()->pasteTo(target, false, false);
+    QCOMPARE(names(again), QStringList("block_2")); // the clipboard's own copies have names too
+    QVERIFY(again[0]->getCore() != pasted[0]->getCore());
+    QVERIFY(manager()->pasteTo(FieldContainerPtr(), false, false).empty());
+}
+
+void tst_kxAnimManager::clonesShareAndUnshare()
+{
+    kxAnimFixture f;
+    const NodePtr one = f.object(), two = f.object();
+    const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}})});
+    manager()->addAnimation(one, block);
+    manager()->copy(block, one);
+    const AnimNodePtr clone = manager()->clonePasteTo(two, false, true)[0];
+    QVERIFY(clone->getCore() == block->getCore());
+    QCOMPARE(clone->getNodeName(), std::string("block"));
+    QVERIFY(clone->getChild(0)->getCore() == block->getChild(0)->getCore());
+    manager()->unshareFrom(clone, one); // stands elsewhere
+    QVERIFY(clone->getCore() == block->getCore());
+    manager()->unshareFrom(clone, two);
+    QVERIFY(clone->getCore() != block->getCore());
+    const AnimCurvePtr own = AnimCurvePtr::dcast(clone->getChild(0)->getCore());
+    QVERIFY(own != block->getChild(0)->getCore());
+    QCOMPARE(own->getControlPoints().size(), std::size_t(1));
+    QCOMPARE(own->getSuffix(), std::string("X"));
+    // Clips get their own cores, the blocks in them stay shared.
+    const AnimNodePtr clip = f.clip("clip", {f.clip("inner", {f.clone(block, 0)})});
+    manager()->addToClipStructure(clip);
+    const AnimNodePtr copy = cloneAnimTree(clip, true);
+    manager()->addToClipStructure(copy);
+    manager()->unshareClipsR(copy);
+    QVERIFY(copy->getCore() != clip->getCore());
+    QVERIFY(copy->getChild(0)->getCore() != clip->getChild(0)->getCore());
+    QVERIFY(copy->getChild(0)->getChild(0)->getCore() == block->getCore());
+}
+
+void tst_kxAnimManager::pastingAtATime()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{1, 0}, {2, 0}})});
+    manager()->addAnimation(object, block);
+    const AnimNodePtr early = f.clone(block, 4), late = f.clone(block, 6);
+    const AnimNodePtr source = f.clip("source", {early, late}), target = f.clip("target", {f.clone(block, 9)});
+    target->setOffset(Vec2f(20, 0));
+    target->setScale(2);
+    manager()->addToClipStructure(source);
+    manager()->addToClipStructure(target);
+    manager()->copy({late, early});
+    const std::vector<AnimNodePtr> pasted = manager()->clonePasteToWithOffset(target, 40, false, true);
+    QCOMPARE(pasted.size(), std::size_t(2));
+    BoxVolume volume;
+    Pnt3f minimum, maximum;
+    pasted[1]->getWorldVolume(volume);
+    volume.getBounds(minimum, maximum);
+    QCOMPARE(QPointF(minimum.x(), maximum.x()), QPointF(40, 42));
+    pasted[0]->getWorldVolume(volume);
+    volume.getBounds(minimum, maximum);
+    QCOMPARE(minimum.x(), 44.0f); // the distance of what was copied, in the target's scale
+    QCOMPARE(pasted[1]->getOffset().y(), 50.0f);
+    QCOMPARE(pasted[0]->getOffset().y(), 0.0f);
+    QVERIFY(pasted[0]->getHidden() && pasted[0]->getCore() == block->getCore());
+}
+
+void tst_kxAnimManager::unusedClonesAreTakenOut()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const AnimNodePtr kept = f.block("kept", {}), gone = f.block("gone", {});
+    manager()->addAnimation(object, kept);
+    manager()->addAnimation(object, gone);
+    const AnimNodePtr trigger = f.group<AnimSequenceBase>("trigger", {});
+    for (const AnimNodePtr& clip :
+         {f.clip("mixed", {f.clone(kept, 0), f.clone(gone, 0)}),
+          f.clip("nothing left", {f.clip("inner", {f.clone(gone, 0)})}), f.clip("only a trigger", {trigger})})
+        manager()->addToClipStructure(clip);
+    manager()->subAnimation(object, gone);
+    manager()->verifyClipStructure(); // off by default
+    QCOMPARE(manager()->clipStructureRoot()->getNChildren(), 3u);
+    manager()->setVerifyClipStructure(true);
+    manager()->verifyClipStructure();
+    manager()->setVerifyClipStructure(false);
+    QCOMPARE(childNames(manager()->clipStructureRoot()), QStringList({"mixed", "only a trigger"}));
+    QCOMPARE(childNames(manager()->findClip("mixed")), QStringList("kept"));
+}
+
+void tst_kxAnimManager::keysKeepTheirFrames()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    std::vector<std::pair<float, float>> keys;
+    for (int frame = 0; frame < 500; ++frame)
+        keys.push_back({float(frame / 24.0), float(frame % 9)});
+    const AnimNodePtr node = f.curve("translation", "X", keys);
+    const AnimNodePtr block = f.block("block", {node});
+    block->setOffset(Vec2f(10 / 24.0f, 0));
+    manager()->addAnimation(object, block);
+    manager()->setCurrentFrame(113, false, false);
+    const float value = f.transform(object)->getTranslation().x();
+    manager()->setKeepKeysAtFrame(true);
+    for (const double fps : {29.97, 59.94, 23.976, 25.0})
+    {
+        manager()->setFPS(fps);
+        for (UInt32 i = 0; i < 500; ++i)
+            QVERIFY(std::abs(f.curveOf(node)->getControlPoints(i).x() * fps - i) < 1.0e-4);
+        QVERIFY(std::abs(f.transform(object)->getTranslation().x() - value) < 1.0e-3);
+    }
+    manager()->setKeepKeysAtFrame(false);
+    const float before = f.curveOf(node)->getControlPoints(7).x();
+    manager()->setFPS(24);
+    QCOMPARE(f.curveOf(node)->getControlPoints(7).x(), before);
+}
+
+/// From (0, 0, 10) with the look at the origin to (10, 0, 0): a quarter turn about y.
+void tst_kxAnimManager::cameraShots()
+{
+    kxAnimFixture f;
+    const AnimNodePtr x = f.curve("translation", "X", {}), turn = f.curve("rotation", "Y", {}),
+                      other = f.curve("focalLength", "", {{0, 35}});
+    const AnimNodePtr shot = f.group<AnimShotBase>("shot", {x, turn, other});
+    shot->addRef();
+    manager()->updateCameraShotCurves(shot);
+    QVERIFY(f.curveOf(x)->isEmpty()); // no duration yet
+    const AnimShotPtr core = AnimShotPtr::dcast(shot->getCore());
+    QVERIFY(shot->getType().field("travMask") != nullptr);
+    core->setShotDuration(2);
+    core->setStartFrom(Pnt3f(0, 0, 10));
+    core->setEndFrom(Pnt3f(10, 0, 0));
+    core->setInterpolation(3);
+    manager()->updateCameraShotCurves(shot);
+    QCOMPARE(f.curveOf(x)->getControlPoints(1).point(), Pnt2f(2, 10));
+    QCOMPARE(f.curveOf(x)->getControlPoints(0).outtangent().y(), 0.0f);
+    QVERIFY(std::abs(f.curveOf(turn)->getControlPoints(0).y()) < 1.0e-3f);
+    QVERIFY(std::abs(f.curveOf(turn)->getControlPoints(1).y() - 90) < 1.0e-3f);
+    QCOMPARE(f.curveOf(other)->getControlPoints().size(), std::size_t(1));
+    shot->subRef();
+}
+
+void tst_kxAnimManager::nullAndDeadHandles()
+{
+    kxAnimFixture f;
+    kxAnimManager* const m = manager();
+    const AnimNodePtr none;
+    m->evaluateByFrame(none, 3, true, true, true);
+    m->enqueue(none, true);
+    m->dequeue(none);
+    m->reset(none, true);
+    m->pause(none, true);
+    m->addAnimation(FieldContainerPtr(), none);
+    m->subAnimation(FieldContainerPtr(), none);
+    m->addToClipStructure(none);
+    m->setAllBlocksInactive(FieldContainerPtr());
+    m->setTreeActive(none, true);
+    m->unshareFrom(none, FieldContainerPtr());
+    m->unshareClipsR(none);
+    m->updateCameraShotCurves(none);
+    QVERIFY(m->getAnimAttachment(FieldContainerPtr()) == NullFC);
+    QVERIFY(m->findFirstParent(NodeCorePtr()) == NullFC);
+    QVERIFY(m->getCameraTrackBlock(NodePtr()) == NullFC);
+    QVERIFY(!m->rename(none, "x") && !m->moveBlockToNode(none, NodePtr(), NodePtr(), true));
+    QCOMPARE(m->calculateFreeOffsetYFor(none, none, none), 0.0f);
+    QCOMPARE(m->getInfo(none).curves, UInt64(0));
+    QCOMPARE(m->getOSGFieldValue(AnimCurvePtr(), NodePtr()), 0.0f);
+    QVERIFY(cloneAnimTree(none, true) == NullFC);
+    QVERIFY(m->clonePasteToWithOffset(none, 1, false, false).empty());
+    QVERIFY(m->createBlock(AnimAttachmentPtr(), "b") == NullFC);
+    QVERIFY(m->createChannelCurveNode(AnimAttachmentPtr(), "", 0, "X", "") == NullFC);
+}
+
+QTEST_MAIN(tst_kxAnimManager)
+#include "tst_kxAnimManager.moc"
