@@ -3,6 +3,7 @@
 #include "kxHostSettings.h"
 
 #include <files/kxSceneIO.h>
+#include <kxIconManager.h>
 
 #include <QApplication>
 #include <QDir>
@@ -37,11 +38,20 @@ QString withSuffix(const QString& file, const QString& suffix)
     return file.isEmpty() || !QFileInfo(file).suffix().isEmpty() ? file : file + QLatin1Char('.') + suffix;
 }
 
+/// The application's own icon, and text that isn't broken after a few words.
+void setLook(QMessageBox& box, const QString& icon)
+{
+    box.setIconPixmap(kxIconManager::getIcon(icon, QString()).pixmap(32));
+    box.setStyleSheet(
+        QStringLiteral("QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 380px; }"));
+}
+
 kxDocument::Answer askToSave(QMainWindow* window, const QString& name)
 {
     QMessageBox box(QMessageBox::Warning, tr("Unsaved Changes"), tr("\"%1\" has changes that are not saved.").arg(name),
                     QMessageBox::NoButton, window);
     box.setObjectName(QStringLiteral("_unsavedQuestion"));
+    setLook(box, QStringLiteral("Warning"));
     box.setInformativeText(tr("Without saving they are lost."));
     const QPushButton* const save = box.addButton(tr("Save"), QMessageBox::AcceptRole);
     const QPushButton* const discard = box.addButton(tr("Don't Save"), QMessageBox::DestructiveRole);
@@ -85,6 +95,7 @@ void kxFileDialogs::showError(QMainWindow* window, const QString& action, const 
 {
     QMessageBox box(QMessageBox::Critical, action, action + QLatin1Char('.'), QMessageBox::Ok, window);
     box.setObjectName(QStringLiteral("_fileError"));
+    setLook(box, QStringLiteral("Error"));
     box.setInformativeText(QDir::toNativeSeparators(report.file()) + QStringLiteral("\n\n") + report.error());
     if (!report.notes().isEmpty())
         box.setDetailedText(report.notes().join(QLatin1Char('\n')));

@@ -6,42 +6,26 @@
 
 #include <kxIconManager.h>
 #include <scene/kxScene.h>
-#include <widgets/kxColors.h>
 
 #include <QEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace
 {
-QLabel* makeText(const QString& text, const QColor& color, QWidget* parent)
-{
-    auto* const label = new QLabel(text, parent);
-    label->setAlignment(Qt::AlignCenter);
-    QPalette colors = label->palette();
-    colors.setColor(QPalette::WindowText, color);
-    label->setPalette(colors);
-    return label;
+constexpr int BelowMiddle = 44; // clears the view's own words
 }
-} // namespace
 
 QString kxWelcome::sampleFile()
 {
     return kxHostFolders::find(QStringLiteral("examples/turntable.kxs"));
 }
 
-kxWelcome::kxWelcome(kxMainWindow* window, QWidget* view) : QFrame(view)
+kxWelcome::kxWelcome(kxMainWindow* window, QWidget* view) : QWidget(view)
 {
     setObjectName(QStringLiteral("_welcome"));
-    QLabel* const title = makeText(tr("The scene is empty"), kxColors::text(), this);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.5);
-    title->setFont(font);
-    QLabel* const hint = makeText(tr("Drop a model here, open a file, or add an object."), kxColors::dimText(), this);
-
-    auto* const buttons = new QHBoxLayout;
+    auto* const buttons = new QHBoxLayout(this);
+    buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(8);
     const auto addButton = [this, buttons](const QString& text, const QString& icon, const QString& name)
     {
@@ -58,13 +42,6 @@ kxWelcome::kxWelcome(kxMainWindow* window, QWidget* view) : QFrame(view)
     connect(addButton(tr("Add a Box"), QStringLiteral("Geometry"), QStringLiteral("_welcomeBox")),
             &QPushButton::clicked, window, [] { kxSceneObjects::add(kxSceneObjects::primitives().front()); });
 
-    auto* const layout = new QVBoxLayout(this);
-    layout->setSpacing(10);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(title);
-    layout->addWidget(hint);
-    layout->addSpacing(4);
-    layout->addLayout(buttons);
     view->installEventFilter(this);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxWelcome::follow);
     follow();
@@ -74,18 +51,18 @@ void kxWelcome::follow()
 {
     setVisible(kxScene::the()->root()->getNChildren() == 0);
     raise();
-    centre();
+    place();
 }
 
-void kxWelcome::centre()
+void kxWelcome::place()
 {
     adjustSize();
-    move((parentWidget()->width() - width()) / 2, (parentWidget()->height() - height()) / 2);
+    move((parentWidget()->width() - width()) / 2, parentWidget()->height() / 2 + BelowMiddle);
 }
 
 bool kxWelcome::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Resize || event->type() == QEvent::Show)
-        centre();
-    return QFrame::eventFilter(watched, event);
+        place();
+    return QWidget::eventFilter(watched, event);
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QFrame>
+#include <QWidget>
 
 class kxMainWindow;
 
-/// What to do next, in the middle of the 3D view while the scene is empty.
-class kxWelcome : public QFrame
+/// Ways to begin, as buttons below the words that the 3D view shows while the scene is empty.
+class kxWelcome : public QWidget
 {
     Q_OBJECT
 public:
@@ -18,5 +18,5 @@ public:
 
 private:
     void follow();
-    void centre();
+    void place();
 };

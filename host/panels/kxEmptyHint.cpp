@@ -14,6 +14,7 @@ kxEmptyHint::kxEmptyHint(const QString& text, QAbstractItemView* view) : QLabel(
     QPalette colors = palette();
     colors.setColor(QPalette::WindowText, kxColors::disabledText());
     setPalette(colors);
+    setForegroundRole(QPalette::WindowText); // a viewport hands on its own role, the colour of rows
     view->viewport()->installEventFilter(this);
     const QAbstractItemModel* const model = view->model();
     connect(model, &QAbstractItemModel::rowsInserted, this, &kxEmptyHint::update);

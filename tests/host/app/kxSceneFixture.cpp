@@ -2,16 +2,14 @@
 
 #include <app/kxSceneEdits.h>
 #include <files/kxSceneFile.h>
-#include <kernel/kxSelection.h>
+#include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
-#include <kxUndo.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 #include <view/kxPrimitives.h>
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <QUndoStack>
 
 namespace
 {
@@ -24,9 +22,7 @@ T any(const std::vector<T>& values, std::mt19937& random)
 
 void kxSceneFixture::clear()
 {
-    kxUndoStack::get(0).stack()->clear();
-    kxSelection::the().clear();
-    kxScene::the()->clear();
+    kxSceneIO::newScene();
     kxScene::the()->flush();
 }
 

@@ -6,6 +6,7 @@
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 

@@ -1,0 +1,189 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxDocument.h>
+#include <app/kxSceneEdits.h>
+#include <files/kxSceneIO.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
+#include <kxUndo.h>
+#include <osg/AnimAttachments.h>
+#include <scene/kxScene.h>
+
+#include <QTemporaryDir>
+#include <QUndoStack>
+#include <QtTest>
+
+using namespace kxSceneFixture;
+
+/// Whether something is lost, and what a save writes over.
+class tst_kxDocument : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void mayLeave_data();
+    void mayLeave();
+    void whatMakesUnsaved();
+    void failedSaveKeepsTheScene();
+    void failedOpenKeepsTheScene();
+    void scriptsSceneHasNoPath();
+    void sourceOfAnotherProgramIsNotSavedOver();
+
+private:
+    QString path(const char* name) const { return _folder.filePath(QString::fromLatin1(name)); }
+    static void edit() { kxSceneEdits::addNode(kxSceneEdits::makeNode(osg::Transform::create(), "N"), {}, "Add"); }
+
+    QTemporaryDir _folder;
+    QScopedPointer<kxDocument> _document;
+    QStringList _asked;
+    QStringList _errors;
+    kxDocument::Answer _answer = kxDocument::Cancel;
+    QString _chosen;
+};
+
+void tst_kxDocument::init()
+{
+    clear();
+    _document.reset(new kxDocument);
+    _asked.clear();
+    _errors.clear();
+    _chosen.clear();
+    _document->dialogs().askToSave = [this](const QString& name)
+    {
+        _asked << name;
+        return _answer;
+    };
+    _document->dialogs().askForPath = [this](const QString&) { return _chosen; };
+    _document->dialogs().showError = [this](const QString&, const kxFileReport& report)
+    { _errors << report.message(); };
+    _document->newScene();
+}
+
+void tst_kxDocument::mayLeave_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<bool>("leaves");
+    QTest::addColumn<bool>("file");
+    QTest::newRow("saves") << int(kxDocument::Save) << "a.kxs" << true << true;
+    QTest::newRow("saves, then chooses no file") << int(kxDocument::Save) << "" << false << false;
+    QTest::newRow("saves where it can't") << int(kxDocument::Save) << "no/such/folder/a.kxs" << false << false;
+    QTest::newRow("doesn't save") << int(kxDocument::Discard) << "" << true << false;
+    QTest::newRow("goes back") << int(kxDocument::Cancel) << "" << false << false;
+}
+
+void tst_kxDocument::mayLeave()
+{
+    QFETCH(int, answer);
+    QFETCH(QString, chosen);
+    QFETCH(bool, leaves);
+    QFETCH(bool, file);
+    QFile::remove(path("a.kxs"));
+    QVERIFY(_document->mayLeave() && _asked.isEmpty()); // nothing to lose
+    edit();
+    _answer = kxDocument::Answer(answer);
+    _chosen = chosen.isEmpty() ? QString() : _folder.filePath(chosen);
+    QCOMPARE(_document->newScene(), leaves);
+    QCOMPARE(_asked.size(), 1);
+    QCOMPARE(kxScene::the()->root()->getNChildren(), leaves ? 0u : 1u);
+    QCOMPARE(_document->isUnsaved(), !leaves);
+    QCOMPARE(QFile::exists(path("a.kxs")), file);
+}
+
+void tst_kxDocument::whatMakesUnsaved()
+{
+    const osg::NodePtr node = addObject("Node");
+    animate(node);
+    QCoreApplication::processEvents();
+    QVERIFY(_document->saveTo(path("b.kxs")));
+    QCoreApplication::processEvents();
+    QVERIFY(!_document->isUnsaved());
+
+    kxSelection::the().selectNodes({node});
+    kxAnimManager::the()->setCurrentFrame(12, true, true); // writes into the object
+    QCoreApplication::processEvents();
+    QVERIFY(!_document->isUnsaved());
+
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    kxSceneEdits::rename(node, "Other");
+    QVERIFY(_document->isUnsaved());
+    stack->undo();
+    QVERIFY(!_document->isUnsaved());
+    stack->redo();
+    QVERIFY(_document->isUnsaved() && _document->save() && !_document->isUnsaved());
+    stack->undo(); // back over the place of the save
+    QVERIFY(_document->isUnsaved());
+    stack->redo();
+
+    // A bar that is dragged: an edit of an animation that is no step.
+    std::vector<osg::AnimNodePtr> curves;
+    kxAnimManager::the()->getChannelCurveNodes(node, curves);
+    QCOMPARE(curves.size(), std::size_t(1));
+    curves[0]->moveBy(1, 0);
+    osg::markChanged(curves[0], osg::AnimNode::OffsetFieldMask);
+    QCoreApplication::processEvents();
+    QVERIFY(_document->isUnsaved());
+    stack->undo();
+    stack->redo();
+    QVERIFY(_document->isUnsaved()); // steps don't take it back
+}
+
+void tst_kxDocument::failedSaveKeepsTheScene()
+{
+    edit();
+    QVERIFY(_document->saveTo(path("c.kxs")));
+    edit();
+    QVERIFY(!_document->saveTo(path("no/such/folder/d.kxs")));
+    QCOMPARE(_errors.size(), 1);
+    QVERIFY(_errors.first().contains("d.kxs"));
+    QCOMPARE(_document->path(), path("c.kxs"));
+    QVERIFY(_document->isUnsaved());
+}
+
+void tst_kxDocument::failedOpenKeepsTheScene()
+{
+    edit();
+    QVERIFY(_document->saveTo(path("e.kxs")));
+    QFile broken(path("broken.kxs"));
+    QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("nothing of a scene") > 0);
+    broken.close();
+    const QByteArray before = bytes();
+    QVERIFY(!_document->openFile(path("broken.kxs")));
+    QCOMPARE(_errors.size(), 1);
+    QCOMPARE(_document->path(), path("e.kxs"));
+    QCOMPARE(bytes(), before);
+    QVERIFY(_document->openFile(path("e.kxs")));
+    QCOMPARE(_document->recentFiles().files().first(), path("e.kxs"));
+}
+
+void tst_kxDocument::scriptsSceneHasNoPath()
+{
+    edit();
+    QVERIFY(_document->saveTo(path("f.kxs")));
+    kxSceneIO::newScene(); // as a script does it, past the document
+    QCOMPARE(_document->path(), QString());
+    _chosen.clear();
+    QVERIFY(!_document->save()); // asks for a path, and gets none
+    QVERIFY(_document->openFile(path("f.kxs")));
+    QCOMPARE(kxScene::the()->root()->getNChildren(), 1u);
+}
+
+void tst_kxDocument::sourceOfAnotherProgramIsNotSavedOver()
+{
+    edit();
+    QVERIFY(_document->exportTo(path("g.glb")));
+    QVERIFY(_document->openFile(path("g.glb")));
+    QCOMPARE(_document->path(), QString());
+    QCOMPARE(_document->name(), QString("g.glb"));
+    QString proposed;
+    _document->dialogs().askForPath = [&proposed](const QString& proposal)
+    {
+        proposed = proposal;
+        return QString();
+    };
+    QVERIFY(!_document->save());
+    QCOMPARE(proposed, path("g"));
+}
+
+QTEST_MAIN(tst_kxDocument)
+#include "tst_kxDocument.moc"

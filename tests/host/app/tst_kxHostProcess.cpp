@@ -1,0 +1,139 @@
+#include <QFileInfo>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+/// The real program without a display: what it writes, and its exit codes.
+class tst_kxHostProcess : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void exitCode_data();
+    void exitCode();
+    void writesEveryFrame();
+    void goesOnWithoutThePlugin();
+    void saysWhereThereIsNoDisplay();
+    void scriptsSeeTheScene();
+
+private:
+    struct Result
+    {
+        int code;
+        QString output, errors;
+    };
+    Result run(const QStringList& arguments, bool display = true) const;
+    void write(const QString& name, const QByteArray& text) const;
+
+    QTemporaryDir _folder;
+};
+
+tst_kxHostProcess::Result tst_kxHostProcess::run(const QStringList& arguments, bool display) const
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(QString::fromLatin1(name));
+    if (display)
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("KX_SETTINGS_DIR", _folder.filePath("settings"));
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(_folder.path());
+    process.start(QStringLiteral(KX_HOST), arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, QString(), QStringLiteral("crashed or hung: ") + process.readAllStandardError()};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+void tst_kxHostProcess::write(const QString& name, const QByteArray& text) const
+{
+    QFile file(_folder.filePath(name));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+}
+
+void tst_kxHostProcess::initTestCase()
+{
+    write("good.py", "print('hello from a script')\n");
+    write("raises.py", "raise ValueError('spoiled')\n");
+    write("leaves.py", "import sys; sys.exit(3)\n");
+    write("broken.kxs", "nothing of a scene");
+    write("save.py", "import kxHost\nkxHost.saveScene('made.kxs')\n");
+    const Result made = run({"--headless", "--script", "save.py"});
+    QVERIFY2(made.code == 0 && QFileInfo(_folder.filePath("made.kxs")).isFile(), qPrintable(made.errors));
+}
+
+void tst_kxHostProcess::exitCode_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("says");
+    QTest::newRow("opens") << "made.kxs" << 0 << "";
+    QTest::newRow("renders") << "made.kxs --render one.png --size 32x24" << 0 << "wrote one.png";
+    QTest::newRow("screenshot") << "made.kxs --screenshot window.png --size 900x600" << 0 << "wrote window.png";
+    QTest::newRow("exports") << "made.kxs --export out.glb" << 0 << "wrote out.glb";
+    QTest::newRow("script") << "--script good.py" << 0 << "hello from a script";
+    QTest::newRow("script raises") << "--script raises.py --render never.png" << 1 << "spoiled";
+    QTest::newRow("script leaves") << "--script leaves.py" << 1 << "";
+    QTest::newRow("damaged scene") << "broken.kxs --render never.png" << 1 << "broken.kxs";
+    QTest::newRow("picture nowhere") << "made.kxs --render no/such/folder/a.png --size 8x8" << 1 << "a.png";
+    QTest::newRow("bad argument") << "--frames 5:1" << 2 << "5:1";
+    QTest::newRow("version") << "--version" << 0 << "kxhost";
+    QTest::newRow("help") << "--help" << 0 << "--frames";
+}
+
+void tst_kxHostProcess::exitCode()
+{
+    QFETCH(QString, arguments);
+    QFETCH(int, code);
+    QFETCH(QString, says);
+    const Result result = run(arguments.split(' ') + QStringList{"--headless"});
+    QVERIFY2(result.code == code, qPrintable(result.errors));
+    QVERIFY2((result.output + result.errors).contains(says), qPrintable(result.output + result.errors));
+    QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
+}
+
+void tst_kxHostProcess::writesEveryFrame()
+{
+    const Result result =
+        run({"made.kxs", "--headless", "--frames", "-1:2", "--render", "f_%03d.png", "--size", "40x30"});
+    QCOMPARE(result.code, 0);
+    for (const char* const name : {"f_-01.png", "f_000.png", "f_001.png", "f_002.png"})
+    {
+        const QImage picture(_folder.filePath(QString::fromLatin1(name)));
+        QCOMPARE(picture.size(), QSize(40, 30));
+    }
+    QCOMPARE(result.output.count("wrote "), 4);
+}
+
+void tst_kxHostProcess::goesOnWithoutThePlugin()
+{
+    write("none.so", "no library");
+    const Result result = run({"made.kxs", "--headless", "--plugin", "none.so", "--render", "n.png", "--size", "8x8"});
+    QCOMPARE(result.code, 0);
+    QVERIFY2(result.errors.contains("plug-in"), qPrintable(result.errors));
+}
+
+void tst_kxHostProcess::saysWhereThereIsNoDisplay()
+{
+    const Result idle = run({"made.kxs"}, false);
+    QCOMPARE(idle.code, 3);
+    QVERIFY(idle.errors.contains("display"));
+    const Result working = run({"made.kxs", "--render", "w.png", "--size", "8x8"}, false);
+    QCOMPARE(working.code, 0);
+    QVERIFY(QFileInfo(_folder.filePath("w.png")).isFile());
+}
+
+void tst_kxHostProcess::scriptsSeeTheScene()
+{
+    write("look.py", "import kxHost\nassert kxHost.undoCount() == 0\nkxHost.render('s.png', 16, 16)\n"
+                     "kxHost.screenshot('shot.png')\n");
+    const Result result = run({"made.kxs", "--headless", "--script", "look.py"});
+    QVERIFY2(result.code == 0, qPrintable(result.errors));
+    QCOMPARE(QImage(_folder.filePath("s.png")).size(), QSize(16, 16));
+    QVERIFY(!QImage(_folder.filePath("shot.png")).isNull());
+}
+
+QTEST_GUILESS_MAIN(tst_kxHostProcess)
+#include "tst_kxHostProcess.moc"
