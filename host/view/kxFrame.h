@@ -15,6 +15,7 @@ struct kxRenderOptions
     bool floorShadow = true;
     bool wire = false;        ///< edges of the triangles over the surfaces
     bool outline = true;      ///< around what is selected
+    bool quick = false;       ///< one sample a pixel
     bool transparent = false; ///< no backdrop; the picture has an alpha channel
 };
 

@@ -22,7 +22,7 @@ struct kxGlRenderer::Data
     kxGlFunctions gl;
     kxGlCache cache;
     kxGlProgram surface, flat, contact, backdrop, floor, blur, outline, over;
-    kxGlTarget samples, mask, picture, sunMap, contactMap, contactBlur;
+    kxGlTarget samples, single, mask, picture, sunMap, contactMap, contactBlur;
     GLuint overTexture = 0;
     QSize overSize;
     GLuint empty = 0; // vertex array without attributes
@@ -51,6 +51,8 @@ struct kxGlRenderer::Data
         program.set(gl, "uContact", int(ContactUnit));
         program.set(gl, "uPicture", int(PictureUnit));
     }
+    /// Where the picture is drawn first.
+    kxGlTarget& canvas(const kxFrame& frame) { return frame.options.quick ? single : samples; }
     /// Colours of the source over what is there, which may be transparent.
     void blend() const
     {
@@ -93,7 +95,8 @@ void kxGlRenderer::release()
     for (kxGlProgram* const program :
          {&d.surface, &d.flat, &d.contact, &d.backdrop, &d.floor, &d.blur, &d.outline, &d.over})
         program->release(d.gl);
-    for (kxGlTarget* const target : {&d.samples, &d.mask, &d.picture, &d.sunMap, &d.contactMap, &d.contactBlur})
+    for (kxGlTarget* const target :
+         {&d.samples, &d.single, &d.mask, &d.picture, &d.sunMap, &d.contactMap, &d.contactBlur})
         target->release(d.gl);
     d.gl.DeleteTextures(1, &d.overTexture);
     d.gl.DeleteVertexArrays(1, &d.empty);
@@ -101,11 +104,12 @@ void kxGlRenderer::release()
     _ready = false;
 }
 
-bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer)
+bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer, const QSize& size)
 {
     Data& d = *_data;
     const kxGlFunctions& gl = d.gl;
-    if (!_ready || frame.size.isEmpty() || !d.samples.prepare(gl, kxGlTarget::Multisampled, frame.size))
+    const kxGlTarget::Kind kind = frame.options.quick ? kxGlTarget::SingleSample : kxGlTarget::Multisampled;
+    if (!_ready || frame.size.isEmpty() || !d.canvas(frame).prepare(gl, kind, frame.size))
         return false;
     gl.VertexAttrib4f(1, 0, 0, 0, 0);
     gl.VertexAttrib4f(2, 0, 0, 0, 0);
@@ -118,7 +122,7 @@ bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned i
     gl.ColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     drawMaps(scene, frame);
 
-    d.samples.bind(gl);
+    d.canvas(frame).bind(gl);
     gl.ClearColor(0, 0, 0, 0);
     gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     d.bindTexture(SunUnit, d.sunMap.texture());
@@ -137,12 +141,12 @@ bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned i
     drawFloor(frame);
     drawSurfaces(scene, frame, true);
 
-    const GLint w = frame.size.width(), h = frame.size.height();
-    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.samples.frameBuffer());
+    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.canvas(frame).frameBuffer());
     gl.BindFramebuffer(GL_DRAW_FRAMEBUFFER, frameBuffer);
-    gl.BlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    gl.BlitFramebuffer(0, 0, frame.size.width(), frame.size.height(), 0, 0, size.width(), size.height(),
+                       GL_COLOR_BUFFER_BIT, size == frame.size ? GL_NEAREST : GL_LINEAR);
     if (frame.options.outline && frame.anySelected)
-        drawOutline(scene, frame, frameBuffer);
+        drawOutline(scene, frame, frameBuffer, size);
 
     gl.BindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
     gl.Disable(GL_DEPTH_TEST);
@@ -158,7 +162,7 @@ QImage kxGlRenderer::renderToImage(kxRenderScene& scene, const kxFrame& frame)
 {
     Data& d = *_data;
     if (!_ready || frame.size.isEmpty() || !d.picture.prepare(d.gl, kxGlTarget::Picture, frame.size) ||
-        !render(scene, frame, d.picture.frameBuffer()))
+        !render(scene, frame, d.picture.frameBuffer(), frame.size))
         return QImage();
     QImage image(frame.size,
                  frame.options.transparent ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBX8888);
@@ -168,6 +172,12 @@ QImage kxGlRenderer::renderToImage(kxRenderScene& scene, const kxFrame& frame)
     d.gl.PixelStorei(GL_PACK_ALIGNMENT, 4);
     d.gl.ReadPixels(0, 0, image.width(), image.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
     return image.mirrored();
+}
+
+void kxGlRenderer::finish()
+{
+    if (_ready)
+        _data->gl.Finish();
 }
 
 void kxGlRenderer::drawOver(const QImage& picture, unsigned int frameBuffer)
@@ -348,7 +358,7 @@ void kxGlRenderer::drawEdges(const kxRenderScene& scene, const kxFrame& frame)
     const kxGlFunctions& gl = d.gl;
     d.flat.use(gl);
     d.flat.set(gl, "uClip", frame.camera.viewProjection());
-    d.flat.set(gl, "uColor", 0.05f, 0.05f, 0.06f, 0.55f);
+    d.flat.set(gl, "uColor", 0.05f, 0.05f, 0.06f, 0.4f);
     d.blend();
     gl.DepthMask(GL_FALSE);
     gl.PolygonMode(GL_FRONT_AND_BACK, GL_LINE);
@@ -384,14 +394,15 @@ void kxGlRenderer::drawFloor(const kxFrame& frame)
     gl.Disable(GL_BLEND);
 }
 
-void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer)
+void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer,
+                               const QSize& size)
 {
     Data& d = *_data;
     const kxGlFunctions& gl = d.gl;
     if (!d.mask.prepare(gl, kxGlTarget::Picture, frame.size))
         return;
     // The mask is drawn with all samples, so that the line is as smooth as the picture.
-    d.samples.bind(gl);
+    d.canvas(frame).bind(gl);
     gl.ClearColor(0, 0, 0, 0);
     gl.Clear(GL_COLOR_BUFFER_BIT);
     gl.Disable(GL_DEPTH_TEST);
@@ -408,12 +419,12 @@ void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame,
             d.drawMesh(*mesh);
         }
     const GLint w = frame.size.width(), h = frame.size.height();
-    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.samples.frameBuffer());
+    gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.canvas(frame).frameBuffer());
     gl.BindFramebuffer(GL_DRAW_FRAMEBUFFER, d.mask.frameBuffer());
     gl.BlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
 
     gl.BindFramebuffer(GL_FRAMEBUFFER, frameBuffer);
-    gl.Viewport(0, 0, w, h);
+    gl.Viewport(0, 0, size.width(), size.height());
     d.outline.use(gl);
     d.bindTexture(PictureUnit, d.mask.texture());
     d.outline.set(gl, "uPicture", int(PictureUnit));

@@ -20,9 +20,11 @@ public:
     void release();
     bool isReady() const { return _ready; }
 
-    /// Draws `frame` into the frame buffer of this name. Colours come premultiplied where the frame is transparent.
-    /// False where the driver refuses the size.
-    bool render(kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer);
+    /// Draws `frame` into the frame buffer of this name and size, larger than the frame only where that is quick.
+    /// Colours come premultiplied where the frame is transparent. False where the driver refuses the size.
+    bool render(kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer, const QSize& size);
+    /// Waits until all is drawn.
+    void finish();
     /// Makes a frame buffer of its own, draws there and reads it; null where the driver refuses.
     QImage renderToImage(kxRenderScene& scene, const kxFrame& frame);
 
@@ -37,7 +39,7 @@ private:
     void drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool transparent);
     void drawEdges(const kxRenderScene& scene, const kxFrame& frame);
     void drawFloor(const kxFrame& frame);
-    void drawOutline(const kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer);
+    void drawOutline(const kxRenderScene& scene, const kxFrame& frame, unsigned int frameBuffer, const QSize& size);
 
     std::unique_ptr<Data> _data;
     bool _ready = false;

@@ -3,8 +3,10 @@
 #include "kxGlRenderer.h"
 #include "kxSoftwareRenderer.h"
 
+#include <QElapsedTimer>
 #include <QOpenGLContext>
 #include <QPainter>
+#include <QScopedValueRollback>
 
 kxGlSurface::kxGlSurface(const kxViewContent& content, QWidget* parent)
     : QOpenGLWidget(parent), _content(content), _renderer(std::make_unique<kxGlRenderer>())
@@ -49,19 +51,31 @@ void kxGlSurface::releaseGl()
     doneCurrent();
 }
 
+QImage kxGlSurface::grab()
+{
+    const QScopedValueRollback<bool> full(_grabbing, true);
+    return grabFramebuffer();
+}
+
 void kxGlSurface::paintGL()
 {
+    QElapsedTimer time;
+    time.start();
+    const kxFrameGovernor::Level level = _grabbing ? kxFrameGovernor::Full : _content.level();
     const QSize pixels = size() * devicePixelRatioF();
-    const kxFrame frame = _content.frame(pixels);
+    kxFrame frame = _content.frame(level == kxFrameGovernor::Coarse ? (pixels / 2).expandedTo(QSize(1, 1)) : pixels);
+    frame.options.quick = level != kxFrameGovernor::Full;
     QImage below;
-    if (_software || !_renderer->render(*_content.scene, frame, defaultFramebufferObject()))
+    if (_software || !_renderer->render(*_content.scene, frame, defaultFramebufferObject(), pixels))
     {
         if (!_software)
             _software = std::make_unique<kxSoftwareRenderer>();
         below = _software->render(*_content.scene, frame);
     }
     paintOverlay(below);
-    _content.drawn();
+    // The time counts when the work is done, not when it is handed over.
+    _renderer->finish();
+    _content.drawn(level, double(time.nsecsElapsed()) * 1e-6);
 }
 
 void kxGlSurface::paintOverlay(const QImage& below)

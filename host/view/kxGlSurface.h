@@ -18,7 +18,7 @@ public:
 
     static QSurfaceFormat wantedFormat();
     QWidget* widget() override { return this; }
-    QImage grab() override { return grabFramebuffer(); }
+    QImage grab() override;
     bool isOpenGl() const override { return true; }
 
 protected:
@@ -35,4 +35,5 @@ private:
     std::unique_ptr<kxSoftwareRenderer> _software; // null unless the driver failed
     QMetaObject::Connection _contextGoes;
     QImage _overlay;
+    bool _grabbing = false; // always in full
 };

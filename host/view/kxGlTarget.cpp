@@ -40,11 +40,11 @@ bool kxGlTarget::prepare(const kxGlFunctions& gl, Kind kind, const QSize& size)
     _size = size;
     gl.GenFramebuffers(1, &_frameBuffer);
     gl.BindFramebuffer(GL_FRAMEBUFFER, _frameBuffer);
-    if (kind == Multisampled)
+    if (kind == Multisampled || kind == SingleSample)
     {
         GLint most = 0;
         gl.GetIntegerv(GL_MAX_SAMPLES, &most);
-        const GLsizei samples = std::min<GLint>(4, most);
+        const GLsizei samples = kind == SingleSample ? 0 : std::min<GLint>(4, most);
         _color = newBuffer(gl, GL_RGBA8, samples, size);
         _depth = newBuffer(gl, GL_DEPTH_COMPONENT24, samples, size);
         gl.FramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, _color);

@@ -11,6 +11,7 @@ public:
     enum Kind
     {
         Multisampled, ///< RGBA and depth, 4 samples a pixel; only to be copied from
+        SingleSample, ///< RGBA and depth; only to be copied from
         Picture,      ///< an RGBA texture
         Map,          ///< a texture of one channel, and depth
         Shadow        ///< a depth texture to compare with

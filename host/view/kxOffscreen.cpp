@@ -10,7 +10,29 @@
 namespace
 {
 constexpr int LargestSide = 16384;
-}
+
+/// A thread has one current context: takes a window's away, and gives it back at the end.
+class ContextPause
+{
+public:
+    ContextPause() : _context(QOpenGLContext::currentContext()), _surface(_context ? _context->surface() : nullptr)
+    {
+        if (_context != nullptr)
+            _context->doneCurrent();
+    }
+    ~ContextPause()
+    {
+        if (_context != nullptr && _surface != nullptr)
+            _context->makeCurrent(_surface);
+    }
+    ContextPause(const ContextPause&) = delete;
+    ContextPause& operator=(const ContextPause&) = delete;
+
+private:
+    QOpenGLContext* _context;
+    QSurface* _surface;
+};
+} // namespace
 
 kxOffscreen::kxOffscreen()
     : _scene(std::make_unique<kxRenderScene>()), _software(std::make_unique<kxSoftwareRenderer>())
@@ -19,6 +41,7 @@ kxOffscreen::kxOffscreen()
 
 kxOffscreen::~kxOffscreen()
 {
+    const ContextPause pause;
     if (_context && _renderer && _context->makeCurrent())
     {
         _renderer->release();
@@ -56,9 +79,7 @@ kxOffscreen::Path kxOffscreen::path()
 {
     if (!_prepared)
     {
-        // A thread has one current context; a window's goes back to it by itself before it draws.
-        if (QOpenGLContext* const other = QOpenGLContext::currentContext())
-            other->doneCurrent();
+        const ContextPause pause;
         prepare();
     }
     return _renderer ? OpenGL : Software;
@@ -88,18 +109,13 @@ QImage kxOffscreen::render(int width, int height, kxViewCamera camera, const kxR
 
 QImage kxOffscreen::renderOpenGl(const kxFrame& frame)
 {
-    QOpenGLContext* const other = QOpenGLContext::currentContext();
-    QSurface* const surface = other != nullptr ? other->surface() : nullptr;
-    if (other != nullptr)
-        other->doneCurrent();
+    const ContextPause pause;
     QImage image;
     if (_context->makeCurrent())
     {
         image = _renderer->renderToImage(*_scene, frame);
         _context->doneCurrent();
     }
-    if (other != nullptr && surface != nullptr)
-        other->makeCurrent(surface);
     return image;
 }
 

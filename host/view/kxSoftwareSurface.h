@@ -5,9 +5,7 @@
 
 #include <QWidget>
 
-class QTimer;
-
-/// The view's pixels painted on the processor, coarser while things move.
+/// The view's pixels painted on the processor.
 class kxSoftwareSurface : public QWidget, public kxViewSurface
 {
 public:
@@ -21,10 +19,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    static constexpr int SharpAfter = 180; ///< milliseconds without a coarse frame
-    QImage picture(double scale);
+    QImage picture(kxFrameGovernor::Level level);
 
     kxViewContent _content;
     kxSoftwareRenderer _renderer;
-    QTimer* _sharpen;
 };

@@ -300,7 +300,7 @@ vec4 kxSoftwareTile::shade(const kxRasterTriangle& triangle, float x, float y)
     s.roughness = look.roughness;
     const float opacity = look.alphaCutoff > 0 ? 1.0f : kxShade::clamp(color.w, 0.0f, 1.0f);
     const vec4 result = _shader.surfaceColor(s, opacity);
-    const float line = _frame.options.wire ? 0.55f * kxShade::clamp(1.1f - edge, 0.0f, 1.0f) : 0.0f;
+    const float line = _frame.options.wire ? 0.4f * kxShade::clamp(1.1f - edge, 0.0f, 1.0f) : 0.0f;
     return vec4(mix(vec3(result.x, result.y, result.z), vec3(0.05f, 0.05f, 0.06f), line), result.w);
 }
 

@@ -23,13 +23,15 @@ namespace
 {
 constexpr int WayTime = 260;       // milliseconds from one pose to another
 constexpr int WayStep = 12;        // milliseconds
-constexpr int MovingTime = 150;    // milliseconds after a change of the view
+constexpr int MovingTime = 150;    // milliseconds after a change of the view or the last frame
+constexpr int SharpAfter = 190;    // milliseconds without a quick frame
 constexpr double ClickReach = 4;   // pixels that a click may move
 constexpr double DollyPixels = 12; // pixels of a drag for one step
 constexpr double SameMoment = 0.4; // seconds: frames further apart don't count for the rate
 } // namespace
 
-kxView3D::kxView3D(QWidget* parent) : QWidget(parent), _scene(std::make_unique<kxRenderScene>()), _way(new QTimer(this))
+kxView3D::kxView3D(QWidget* parent)
+    : QWidget(parent), _scene(std::make_unique<kxRenderScene>()), _way(new QTimer(this)), _sharpen(new QTimer(this))
 {
     setObjectName(QStringLiteral("kxView3D"));
     setAccessibleName(tr("3D view"));
@@ -38,6 +40,9 @@ kxView3D::kxView3D(QWidget* parent) : QWidget(parent), _scene(std::make_unique<k
     setMinimumSize(160, 120);
     _surface = kxViewSurface::create(content(), this);
     _actions = new kxViewActions(this);
+    _sharpen->setSingleShot(true);
+    _sharpen->setInterval(SharpAfter);
+    connect(_sharpen, &QTimer::timeout, this, [this] { redraw(false); });
     _way->setInterval(WayStep);
     connect(_way, &QTimer::timeout, this, &kxView3D::walk);
     const auto changed = [this] { redraw(false); };
@@ -61,9 +66,8 @@ kxViewContent kxView3D::content()
     content.scene = _scene.get();
     content.frame = [this](const QSize& pixels) { return makeFrame(pixels); };
     content.overlay = [this](QPainter& painter) { paintOverlay(painter); };
-    content.drawn = [this] { noteDrawn(); };
-    content.isMoving = [this]
-    { return _drag != Drag::None || _rig.isAnimating() || (_moveTime.isValid() && _moveTime.elapsed() < MovingTime); };
+    content.drawn = [this](kxFrameGovernor::Level level, double time) { noteDrawn(level, time); };
+    content.level = [this] { return _governor.level(isMoving()); };
     return content;
 }
 
@@ -92,8 +96,18 @@ osg::UInt32 kxView3D::cameraNodeId() const
     return inScene && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC ? _cameraNodeId : 0;
 }
 
-void kxView3D::noteDrawn()
+bool kxView3D::isMoving() const
 {
+    return _rig.isAnimating() || (_moveTime.isValid() && _moveTime.elapsed() < MovingTime) ||
+           (_frameTime.isValid() && _frameTime.elapsed() < MovingTime);
+}
+
+void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
+{
+    _governor.note(level, milliseconds);
+    if (level != kxFrameGovernor::Full)
+        _sharpen->start();
+
     if (_frameTime.isValid())
     {
         const double seconds = double(_frameTime.nsecsElapsed()) * 1e-9;

@@ -94,7 +94,8 @@ private:
     kxFrame makeFrame(const QSize& pixels);
     void paintOverlay(QPainter& painter);
     QString statusText() const;
-    void noteDrawn();
+    void noteDrawn(kxFrameGovernor::Level level, double milliseconds);
+    bool isMoving() const;
 
     /// Puts the gizmo where the selection is; false where there is nothing to grasp.
     bool placeGizmo();
@@ -123,6 +124,8 @@ private:
     bool _edited = false;                   // that has changed something
 
     QTimer* _way;
+    QTimer* _sharpen; // draws in full what was drawn quickly
+    kxFrameGovernor _governor;
     QElapsedTimer _wayTime, _frameTime, _moveTime;
     double _frameSeconds = 0; // smoothed, between frames that follow each other; 0 for none
 };

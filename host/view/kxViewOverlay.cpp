@@ -189,6 +189,12 @@ void kxViewOverlay::paintHint(QPainter& painter, const QString& title, const QSt
     painter.setFont(font);
     painter.setPen(kxViewColor::Text);
     const QRectF box(16, size.height() * 0.5 - 40, size.width() - 32, 30);
+    const double width = std::min(380.0, box.width());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kxViewColor::Plate);
+    painter.drawRoundedRect(QRectF(size.width() / 2 - width / 2, box.top() - 14, width, 92), 8, 8);
+    painter.setPen(kxViewColor::Text);
     painter.drawText(box, Qt::AlignHCenter | Qt::AlignBottom, title);
     font.setPixelSize(13);
     painter.setFont(font);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kxFrame.h"
+#include "kxFrameGovernor.h"
 
 #include <functional>
 
@@ -12,8 +13,8 @@ struct kxViewContent
 {
     std::function<kxFrame(const QSize& pixels)> frame; ///< scene and camera, brought up to date
     std::function<void(QPainter& painter)> overlay;    ///< in device-independent pixels
-    std::function<void()> drawn;                       ///< after each frame
-    std::function<bool()> isMoving;                    ///< true while speed matters more than sharpness
+    std::function<kxFrameGovernor::Level()> level;     ///< of the next frame
+    std::function<void(kxFrameGovernor::Level level, double milliseconds)> drawn; ///< after each frame
     kxRenderScene* scene = nullptr;
 };
 

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void escapeTakesADragBack();
     void mouseMovesTheEye();
     void drawsOnlyWhatChanged();
+    void slowFramesAreDrawnQuickly();
     void looksThroughACamera();
     void survivesObjectsThatGo();
     void isTheRenderWidget();
@@ -197,6 +198,25 @@ void tst_kxView3D::drawsOnlyWhatChanged()
     QTRY_COMPARE(draws(), before + 1);
     settle();
     QCOMPARE(draws(), before + 1);
+}
+
+void tst_kxView3D::slowFramesAreDrawnQuickly()
+{
+    kxFrameGovernor governor;
+    QCOMPARE(governor.level(true), kxFrameGovernor::Full);
+    governor.note(kxFrameGovernor::Full, 200);
+    QCOMPARE(governor.level(true), kxFrameGovernor::Quick);
+    QCOMPARE(governor.level(false), kxFrameGovernor::Full);
+    governor.note(kxFrameGovernor::Full, 200); // at rest; says nothing new
+    QCOMPARE(governor.level(true), kxFrameGovernor::Quick);
+    governor.note(kxFrameGovernor::Quick, 30); // good enough, and not so fast that the level before would do
+    QCOMPARE(governor.level(true), kxFrameGovernor::Quick);
+    governor.note(kxFrameGovernor::Quick, 90);
+    governor.note(kxFrameGovernor::Coarse, 300);
+    QCOMPARE(governor.level(true), kxFrameGovernor::Coarse);
+    governor.note(kxFrameGovernor::Coarse, 2);
+    governor.note(kxFrameGovernor::Quick, 2);
+    QCOMPARE(governor.level(true), kxFrameGovernor::Full);
 }
 
 void tst_kxView3D::looksThroughACamera()
