@@ -170,7 +170,7 @@ std::vector<Key> rotationKeys(const Channel& channel, const std::array<float, 3>
             appendWay(turns[i - 1], turns[i], channel.interpolation == Interpolation::Linear ? MostHalvings : 0, keys);
     }
     if (keys.size() > turns.size())
-        report.note(QStringLiteral("%1: %2 keys were added so that the rotation stays on its way")
+        report.note(QStringLiteral("%1: keys were added so that the rotation stays on its way (%2)")
                         .arg(what)
                         .arg(keys.size() - turns.size()));
     return keys;

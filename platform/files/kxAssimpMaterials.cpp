@@ -3,6 +3,7 @@
 #include <files/kxFileReport.h>
 #include <files/kxImageImport.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -28,6 +29,18 @@ Color3f linear(const aiColor4D& color)
 {
     const auto one = [](float value) { return kxImageImport::linearFromSrgb(finite(value, 0.0f, 1.0f, 0.8f)); };
     return Color3f(one(color.r), one(color.g), one(color.b));
+}
+
+/// The file of this path, in any case of its name's letters; empty where there is none.
+QString existingFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isFile())
+        return path;
+    for (const QString& entry : info.dir().entryList(QDir::Files))
+        if (entry.compare(info.fileName(), Qt::CaseInsensitive) == 0)
+            return info.dir().filePath(entry);
+    return QString();
 }
 
 ImagePtr fromTexels(const aiTexture& texture)
@@ -102,6 +115,8 @@ ImagePtr kxAssimpMaterials::picture(const aiMaterial& source)
     if (source.GetTexture(aiTextureType_BASE_COLOR, 0, &path) != AI_SUCCESS &&
         source.GetTexture(aiTextureType_DIFFUSE, 0, &path) != AI_SUCCESS)
         return ImagePtr();
+    if (path.length == 0)
+        return ImagePtr();
     for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT, aiTextureType_SPECULAR})
         if (source.GetTextureCount(type) > 0)
             _report.note(QStringLiteral("pictures of other things than the base colour are left out"));
@@ -128,15 +143,15 @@ std::vector<unsigned char> kxAssimpMaterials::fileBytes(const QString& path) con
 {
     QString relative = path;
     relative.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    // The place that the file names is one of its author's machine more often than not.
+    // The place that the file names is one of its author's machine more often than not, and so is the case of its
+    // letters.
     const QString name = relative.section(QLatin1Char('/'), -1);
-    for (const QString& candidate : {relative, name, QStringLiteral("textures/") + name, QStringLiteral("../") + name})
+    const QString beside = _folder + QLatin1Char('/');
+    for (const QString& candidate : {QFileInfo(relative).isAbsolute() ? relative : beside + relative, beside + name,
+                                     beside + "textures/" + name, beside + "../" + name})
     {
-        const QFileInfo info(candidate == relative && QFileInfo(relative).isAbsolute()
-                                 ? relative
-                                 : _folder + QLatin1Char('/') + candidate);
-        QFile file(info.filePath());
-        if (!info.isFile() || info.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
+        QFile file(existingFile(candidate));
+        if (file.fileName().isEmpty() || file.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
             continue;
         const QByteArray bytes = file.readAll();
         return std::vector<unsigned char>(bytes.begin(), bytes.end());

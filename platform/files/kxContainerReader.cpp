@@ -230,9 +230,11 @@ bool kxContainerReader::checkNumbers() const
     {
         good = good && allInRange(structure.attachments) && inRange(structure.core) && allInRange(structure.children) &&
                allInRange(structure.coreParents);
+        if (!good)
+            break;
         for (const quint32 child : structure.children)
         {
-            if (!good || placed[child])
+            if (placed[child])
                 return _in.report().fail(QStringLiteral("object %1 stands in two places").arg(child));
             placed[child] = child != 0;
         }

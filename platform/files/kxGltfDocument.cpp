@@ -114,6 +114,12 @@ bool kxGltfDocument::load(const QString& path, kxFileReport& report)
     _folder = QFileInfo(path).absolutePath();
     if (_folder.endsWith(QLatin1Char('/')))
         _folder.chop(1);
+    constexpr int VersionAt = 4;
+    if (binary && bytes.size() > VersionAt && bytes[VersionAt] == 1)
+    {
+        _firstVersion = true;
+        return report.fail(QStringLiteral("the file has version 1 of its format"));
+    }
     if ((binary && !splitBinary(bytes, json, report)) || !checkJson(json, report))
         return false;
 

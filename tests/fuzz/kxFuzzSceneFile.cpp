@@ -1,0 +1,22 @@
+#include <files/kxSceneFile.h>
+
+#include <QGuiApplication>
+
+#include <cstddef>
+#include <cstdint>
+
+// The content behind the head of a scene file: a checksum would turn almost every change away before it is read.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    static QGuiApplication* const application = new QGuiApplication(*argc, *argv);
+    return application == nullptr;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    kxSceneContent content;
+    kxFileReport report;
+    kxSceneFile::readPayload(reinterpret_cast<const char*>(data), qint64(size), content, report);
+    return 0;
+}

@@ -1,0 +1,479 @@
+#include "kxFilesFixture.h"
+
+#include <animation/kxCurveEvaluation.h>
+#include <files/kxGltfImport.h>
+#include <osg/AnimCores.h>
+#include <scene/CameraLight.h>
+#include <scene/Mesh.h>
+#include <scene/UberMaterial.h>
+
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QQuaternion>
+#include <QtTest>
+
+#include <assimp/Importer.hpp>
+#include <assimp/scene.h>
+#include <tiny_gltf.h>
+
+#include <cmath>
+#include <set>
+
+using namespace osg;
+
+namespace
+{
+/// One key as the file has it: 3 numbers, or the 4 of a rotation.
+struct FileKey
+{
+    std::string object;
+    std::size_t animation;
+    std::string channel;
+    double time;
+    std::vector<float> value;
+};
+
+/// Read by nothing of the import but the libraries.
+std::vector<FileKey> keysOfGltf(const QString& path)
+{
+    tinygltf::TinyGLTF loader;
+    tinygltf::Model model;
+    std::string error, warning;
+    loader.SetImageLoader([](tinygltf::Image*, const int, std::string*, std::string*, int, int, const unsigned char*,
+                             int, void*) { return true; },
+                          nullptr);
+    const bool binary = path.endsWith(QLatin1String(".glb"));
+    if (!(binary ? loader.LoadBinaryFromFile(&model, &error, &warning, path.toStdString())
+                 : loader.LoadASCIIFromFile(&model, &error, &warning, path.toStdString())))
+        return {};
+    const auto floats = [&model](int index)
+    {
+        const tinygltf::Accessor& accessor = model.accessors[std::size_t(index)];
+        const tinygltf::BufferView& view = model.bufferViews[std::size_t(accessor.bufferView)];
+        const auto* const from = reinterpret_cast<const float*>(model.buffers[std::size_t(view.buffer)].data.data() +
+                                                                view.byteOffset + accessor.byteOffset);
+        const std::size_t count =
+            accessor.count * std::size_t(tinygltf::GetNumComponentsInType(unsigned(accessor.type)));
+        return std::vector<float>(from, from + count);
+    };
+    std::vector<FileKey> keys;
+    for (std::size_t a = 0; a < model.animations.size(); ++a)
+        for (const tinygltf::AnimationChannel& channel : model.animations[a].channels)
+        {
+            const tinygltf::AnimationSampler& sampler = model.animations[a].samplers[std::size_t(channel.sampler)];
+            const std::vector<float> times = floats(sampler.input), values = floats(sampler.output);
+            if (channel.target_path == "weights")
+                continue;
+            const std::size_t width = channel.target_path == "rotation" ? 4 : 3;
+            const bool spline = sampler.interpolation == "CUBICSPLINE";
+            for (std::size_t k = 0; k < times.size(); ++k)
+            {
+                const auto from = values.begin() + long((spline ? 3 * k + 1 : k) * width);
+                keys.push_back({model.nodes[std::size_t(channel.target_node)].name, a, channel.target_path,
+                                double(times[k]), std::vector<float>(from, from + long(width))});
+            }
+        }
+    return keys;
+}
+
+std::vector<FileKey> keysOfAssimp(const QString& path)
+{
+    Assimp::Importer importer;
+    const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
+    std::vector<FileKey> keys;
+    for (unsigned a = 0; scene != nullptr && a < scene->mNumAnimations; ++a)
+    {
+        const aiAnimation& animation = *scene->mAnimations[a];
+        const double rate = animation.mTicksPerSecond > 0 ? animation.mTicksPerSecond : kxAnimManager::the()->fps();
+        for (unsigned c = 0; c < animation.mNumChannels; ++c)
+        {
+            const aiNodeAnim& channel = *animation.mChannels[c];
+            const std::string name = channel.mNodeName.C_Str();
+            for (unsigned k = 0; k < channel.mNumPositionKeys; ++k)
+            {
+                const aiVectorKey& key = channel.mPositionKeys[k];
+                keys.push_back({name, a, "translation", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z}});
+            }
+            for (unsigned k = 0; k < channel.mNumScalingKeys; ++k)
+            {
+                const aiVectorKey& key = channel.mScalingKeys[k];
+                keys.push_back({name, a, "scale", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z}});
+            }
+            for (unsigned k = 0; k < channel.mNumRotationKeys; ++k)
+            {
+                const aiQuatKey& key = channel.mRotationKeys[k];
+                keys.push_back(
+                    {name, a, "rotation", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z, key.mValue.w}});
+            }
+        }
+    }
+    return keys;
+}
+
+Vec3f valueAt(const AnimNodePtr& block, const std::string& channel, double seconds)
+{
+    const auto curves = curvesOf(block);
+    Vec3f value;
+    for (std::size_t i = 0; i < 3; ++i)
+        value[i] = kxCurveEvaluation::value(*curves.at(channel + "." + "XYZ"[i]), seconds);
+    return value;
+}
+
+double angleBetween(const Vec3f& degrees, const std::vector<float>& q)
+{
+    float w, x, y, z;
+    kxSceneMath::quaternionFromEuler(degrees, w, x, y, z);
+    const QQuaternion file = QQuaternion(q[3], q[0], q[1], q[2]).normalized();
+    const QQuaternion d = QQuaternion(w, x, y, z).conjugated() * file;
+    return 2 * std::atan2(double(d.vector().length()), std::abs(double(d.scalar()))) * 57.2957795;
+}
+
+/// A copy of a glTF file whose nodes all have names.
+QString withNames(const QString& path, const QString& copy)
+{
+    QJsonObject root = QJsonDocument::fromJson(bytesOfFile(path)).object();
+    QJsonArray nodes = root.value(QStringLiteral("nodes")).toArray();
+    for (int i = 0; i < nodes.size(); ++i)
+    {
+        QJsonObject node = nodes[i].toObject();
+        node[QStringLiteral("name")] = QStringLiteral("node %1").arg(i);
+        nodes[i] = node;
+    }
+    root[QStringLiteral("nodes")] = nodes;
+    writeFile(copy, QJsonDocument(root).toJson());
+    return copy;
+}
+
+/// A glTF file of one node "n" with the given channels, as data in one buffer.
+class AnimatedFile
+{
+public:
+    void add(const char* path, const char* interpolation, const std::vector<float>& times,
+             const std::vector<float>& values)
+    {
+        _samplers << QStringLiteral(R"({"input":%1,"output":%2,"interpolation":"%3"})")
+                         .arg(accessor(times, 1))
+                         .arg(accessor(values, qstrcmp(path, "rotation") == 0 ? 4 : 3))
+                         .arg(QLatin1String(interpolation));
+        _channels << QStringLiteral(R"({"sampler":%1,"target":{"node":0,"path":"%2"}})")
+                         .arg(_channels.size())
+                         .arg(QLatin1String(path));
+    }
+
+    QByteArray json(const QString& extra = QString()) const
+    {
+        return QStringLiteral(R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}],)"
+                              R"("animations":[{"name":"move","channels":[%1],"samplers":[%2]}],"accessors":[%3],)"
+                              R"("bufferViews":[%4],"buffers":[{"byteLength":%5,"uri":)"
+                              R"("data:application/octet-stream;base64,%6"}]%7})")
+            .arg(_channels.join(','), _samplers.join(','), _accessors.join(','), _views.join(','))
+            .arg(_bytes.size())
+            .arg(QString::fromLatin1(_bytes.toBase64()), extra)
+            .toUtf8();
+    }
+
+private:
+    int accessor(const std::vector<float>& values, int components)
+    {
+        const char* const types[] = {"", "SCALAR", "", "VEC3", "VEC4"};
+        _views << QStringLiteral(R"({"buffer":0,"byteOffset":%1,"byteLength":%2})")
+                      .arg(_bytes.size())
+                      .arg(values.size() * sizeof(float));
+        _bytes.append(reinterpret_cast<const char*>(values.data()), int(values.size() * sizeof(float)));
+        _accessors << QStringLiteral(R"({"bufferView":%1,"componentType":5126,"count":%2,"type":"%3"})")
+                          .arg(_views.size() - 1)
+                          .arg(int(values.size()) / components)
+                          .arg(QLatin1String(types[components]));
+        return _accessors.size() - 1;
+    }
+
+    QStringList _samplers, _channels, _accessors, _views;
+    QByteArray _bytes;
+};
+} // namespace
+
+class tst_kxImport : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { kxSceneIO::newScene(); }
+    void valuesAtKeyTimes_data();
+    void valuesAtKeyTimes();
+    void splinesBecomeBezierSegments();
+    void stepsStaySteps();
+    void rotationsGoTheShortWay();
+    void brokenKeysAreMended();
+    void clipsHoldClonesAndTheFirstPlays();
+    void surfacesAndPictures();
+    void hostileFiles_data();
+    void hostileFiles();
+
+private:
+    bool open(const QByteArray& json, QString* notes = nullptr)
+    {
+        const QString path = _folder.filePath(QStringLiteral("file.gltf"));
+        kxFileReport report(path);
+        const bool opened = writeFile(path, json) && kxSceneIO::open(path, report);
+        if (notes != nullptr)
+            *notes = opened ? report.notes().join(QLatin1Char('\n')) : report.error();
+        return opened;
+    }
+    AnimNodePtr block() { return blocksOf(nodeNamed("n")).at(0); }
+
+    QTemporaryDir _folder;
+};
+
+void tst_kxImport::valuesAtKeyTimes_data()
+{
+    QTest::addColumn<int>("atLeast"); // keys in the file
+    QTest::newRow("glTF2/simple_skin/simple_skin.gltf") << 2;
+    QTest::newRow("FBX/animation_with_skeleton.fbx") << 60;
+    QTest::newRow("FBX/huesitos.fbx") << 60;
+    QTest::newRow("Collada/box_nested_animation.dae") << 120;
+    QTest::newRow("Collada/anims_with_full_rotations_between_keys.DAE") << 20;
+    QTest::newRow("X/anim_test.x") << 200;
+    QTest::newRow("3DS/CameraRollAnim.3ds") << 4;
+    QTest::newRow("BVH/01_01.bvh") << 1000;
+    QTest::newRow("MDL/MDL (HL1)/man.mdl") << 100;
+}
+
+void tst_kxImport::valuesAtKeyTimes()
+{
+    QFETCH(int, atLeast);
+    if (modelsFolder().isEmpty())
+        QSKIP("the model collection isn't installed");
+    QString path = modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag());
+    if (path.endsWith(QLatin1String(".gltf")))
+        path = withNames(path, _folder.filePath(QStringLiteral("glTF.gltf")));
+    kxFileReport report(path);
+    QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+    const std::vector<FileKey> keys = path.contains(QLatin1String("glTF")) ? keysOfGltf(path) : keysOfAssimp(path);
+    QVERIFY2(int(keys.size()) >= atLeast, qPrintable(QString::number(keys.size())));
+    std::map<std::pair<std::string, std::size_t>, AnimNodePtr> blocks;
+    const AnimNodePtr clips = kxAnimManager::the()->clipStructureRoot();
+    for (UInt32 c = 0; c < clips->getNChildren(); ++c)
+        for (const NodePtr& clone : clips->getChild(c)->getChildren())
+        {
+            const NodePtr object = NodePtr::dcast(kxAnimManager::the()->findFirstParent(clone->getCore()));
+            QVERIFY(object != NullFC);
+            blocks[{object->getNodeName(), c}] = AnimNodePtr::dcast(clone);
+        }
+    for (const FileKey& key : keys)
+    {
+        const auto found = blocks.find({key.object, key.animation});
+        QVERIFY2(found != blocks.end(), key.object.c_str());
+        const Vec3f value = valueAt(found->second, key.channel, key.time);
+        if (key.value.size() == 4)
+            QVERIFY2(angleBetween(value, key.value) < 0.02, key.object.c_str());
+        for (std::size_t i = 0; key.value.size() == 3 && i < 3; ++i)
+            QVERIFY2(std::abs(value[i] - key.value[i]) <= 1e-4f * std::max(1.0f, std::abs(key.value[i])),
+                     qPrintable(QStringLiteral("%1 %2 at %3: %4 is not %5")
+                                    .arg(key.object.c_str(), key.channel.c_str())
+                                    .arg(key.time)
+                                    .arg(double(value[i]))
+                                    .arg(double(key.value[i]))));
+    }
+}
+
+void tst_kxImport::splinesBecomeBezierSegments()
+{
+    AnimatedFile file;
+    // Two keys a channel: in tangent, value, out tangent of each. Values and slopes differ by axis.
+    const std::vector<float> times = {1, 4};
+    file.add("translation", "CUBICSPLINE", times, {9, 9, 9, 1, 2, 3, 0.5f, -1, 2, -2, 4, 1, 7, 8, 9, 5, 5, 5});
+    const float half = std::sqrt(0.5f); // about z from 0 to 90 degrees, at 60 degrees a second at first
+    const float spin = 60 * 0.0174532925f / 2;
+    file.add("rotation", "CUBICSPLINE", times,
+             {0, 0, 0, 0, 0, 0, 0, 1, 0, 0, spin, 0, 0, 0, 0, 0, 0, 0, half, half, 0, 0, 0, 0});
+    QString notes;
+    QVERIFY2(open(file.json(), &notes), qPrintable(notes));
+    const auto curves = curvesOf(block());
+    QCOMPARE(curves.size(), std::size_t(6));
+    const AnimCurvePtr y = curves.at("translation.Y");
+    QCOMPARE(y->getControlPoints(0).outX(), 1.0f); // a third of 3 seconds
+    QCOMPARE(y->getControlPoints(0).outY(), -1.0f);
+    QCOMPARE(y->getControlPoints(1).inX(), -1.0f);
+    QCOMPARE(y->getControlPoints(1).inY(), -4.0f);
+    QCOMPARE(y->getControlPoints(0).outType, UInt32(TangentType::Free));
+    // The format's own formula (Hermite) at a third of the way.
+    const double t = 1.0 / 3, d = 3;
+    const double expected = (2 * t * t * t - 3 * t * t + 1) * 2 + d * (t * t * t - 2 * t * t + t) * -1 +
+                            (-2 * t * t * t + 3 * t * t) * 8 + d * (t * t * t - t * t) * 4;
+    QVERIFY(std::abs(double(kxCurveEvaluation::value(*y, 2.0)) - expected) < 1e-5);
+    const AnimCurvePtr z = curves.at("rotation.Z");
+    QVERIFY(std::abs(z->getControlPoints(1).y() - 90) < 1e-3f);
+    QVERIFY(std::abs(z->getControlPoints(0).outY() - 60) < 1e-3f);
+}
+
+void tst_kxImport::stepsStaySteps()
+{
+    AnimatedFile file;
+    file.add("scale", "STEP", {0, 1, 2}, {1, 1, 1, 2, 3, 4, 5, 5, 5});
+    QVERIFY(open(file.json()));
+    const AnimCurvePtr y = curvesOf(block()).at("scale.Y");
+    QCOMPARE(kxCurveEvaluation::value(*y, 0.999), 1.0f);
+    QCOMPARE(kxCurveEvaluation::value(*y, 1.999), 3.0f);
+    QCOMPARE(y->getControlPoints(1).inType, UInt32(TangentType::Constant));
+}
+
+void tst_kxImport::rotationsGoTheShortWay()
+{
+    // Full turns about y, one key each 40 degrees, whose quaternions change their sign on the way.
+    AnimatedFile file;
+    std::vector<float> times, values;
+    for (int i = 0; i <= 27; ++i)
+    {
+        const double angle = i * 40.0 / 2 * 0.01745329252;
+        const float sign = i % 5 == 3 ? -1.0f : 1.0f;
+        times.push_back(float(i));
+        values.insert(values.end(), {0, sign * float(std::sin(angle)), 0, sign * float(std::cos(angle))});
+    }
+    file.add("rotation", "LINEAR", times, values);
+    QVERIFY(open(file.json()));
+    for (double seconds = 0; seconds <= 27; seconds += 0.25)
+    {
+        const double angle = seconds * 40.0 / 2 * 0.01745329252;
+        const std::vector<float> expected = {0, float(std::sin(angle)), 0, float(std::cos(angle))};
+        const double off = angleBetween(valueAt(block(), "rotation", seconds), expected);
+        QVERIFY2(off < 2.5, qPrintable(QStringLiteral("%1 s: %2").arg(seconds).arg(off)));
+    }
+}
+
+void tst_kxImport::brokenKeysAreMended()
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    AnimatedFile file;
+    file.add("translation", "LINEAR", {2, 0, nan, 1, 1, 3}, {20, 0, 0, 0, 0, 0, 5, 5, 5, 7, 0, 0, 10, 0, 0, nan, 0, 0});
+    QString notes;
+    QVERIFY2(open(file.json(), &notes), qPrintable(notes));
+    const AnimCurvePtr x = curvesOf(block()).at("translation.X");
+    QCOMPARE(x->getControlPoints().size(), std::size_t(3));
+    for (int i = 0; i < 3; ++i)
+        QCOMPARE(kxCurveEvaluation::value(*x, i + 0.0), float(10 * i));
+    QVERIFY(notes.contains(QLatin1String("finite")) && notes.contains(QLatin1String("order")) &&
+            notes.contains(QLatin1String("same time")));
+}
+
+void tst_kxImport::clipsHoldClonesAndTheFirstPlays()
+{
+    if (modelsFolder().isEmpty())
+        QSKIP("the model collection isn't installed");
+    kxFileReport report(modelsFolder() + QStringLiteral("/MDL/MDL (HL1)/man.mdl"));
+    QVERIFY(kxSceneIO::open(report.file(), report));
+    const AnimNodePtr clips = kxAnimManager::the()->clipStructureRoot();
+    QCOMPARE(clips->getNChildren(), UInt32(6));
+    std::set<std::string> names;
+    for (UInt32 c = 0; c < clips->getNChildren(); ++c)
+    {
+        QVERIFY(names.insert(clips->getChild(c)->getNodeName()).second);
+        for (const NodePtr& clone : clips->getChild(c)->getChildren())
+        {
+            QVERIFY(AnimNodePtr::dcast(clone)->getHidden() && clone->isActive());
+            const NodePtr block = clone->getCore()->getParents().front();
+            QVERIFY(block != clone);
+            QCOMPARE(block->isActive(), c == 0);
+        }
+    }
+    QVERIFY(kxAnimManager::the()->fullRangeEnd() > kxAnimManager::the()->fullRangeStart());
+}
+
+void tst_kxImport::surfacesAndPictures()
+{
+    if (modelsFolder().isEmpty())
+        QSKIP("the model collection isn't installed");
+    for (const char* name : {"BoxTextured-glTF/BoxTextured.gltf", "BoxTextured-glTF-Binary/BoxTextured.glb",
+                             "BoxTextured-glTF-Embedded/BoxTextured.gltf"})
+    {
+        kxFileReport report(modelsFolder() + QStringLiteral("/glTF2/") + QLatin1String(name));
+        QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
+        const UberMaterialPtr material = UberMaterialPtr::dcast(kxScene::the()->materials().at(0));
+        QVERIFY(material->getBaseColorImage() != NullFC);
+        const std::vector<UInt8>& bytes = material->getBaseColorImage()->getEncoded();
+        QVERIFY(!QImage::fromData(bytes.data(), int(bytes.size())).isNull());
+        const BoxVolume box = kxSceneMath::worldBounds(kxScene::the()->root());
+        Pnt3f low, high;
+        box.getBounds(low, high);
+        QVERIFY(std::abs(high[1] - low[1] - 1) < 1e-5f);
+    }
+    // Every way to tell triangles shows the same square.
+    for (int i = 4; i <= 15; ++i)
+    {
+        const QString file =
+            QStringLiteral("/glTF2/glTF-Asset-Generator/Mesh_PrimitiveMode/Mesh_PrimitiveMode_%1.gltf");
+        kxFileReport report(modelsFolder() + file.arg(i, 2, 10, QLatin1Char('0')));
+        QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
+        double area = 0;
+        traverse(kxScene::the()->root(),
+                 [&area](const NodePtr& node)
+                 {
+                     const GeometryPtr geometry = GeometryPtr::dcast(node->getCore());
+                     const MeshPtr mesh = geometry == NullFC ? MeshPtr() : MeshPtr::dcast(geometry->getMesh());
+                     for (UInt32 t = 0; mesh != NullFC && t < mesh->triangleCount(); ++t)
+                     {
+                         QVector3D p[3];
+                         for (UInt32 c = 0; c < 3; ++c)
+                             for (int axis = 0; axis < 3; ++axis)
+                                 p[c][axis] = mesh->positions()[3 * mesh->indices()[3 * t + c] + UInt32(axis)];
+                         area += double(QVector3D::crossProduct(p[1] - p[0], p[2] - p[0]).z()) / 2;
+                     }
+                     return Action::Continue;
+                 });
+        if (i < 7 || i > 10) // points and lines with indices
+            QVERIFY2(area > 0, qPrintable(report.file()));
+    }
+}
+
+void tst_kxImport::hostileFiles_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    AnimatedFile file;
+    file.add("translation", "LINEAR", {0, 1}, {0, 0, 0, 1, 1, 1});
+    const QByteArray good = file.json();
+    const auto changed = [&good](const QByteArray& from, const QByteArray& to)
+    {
+        QByteArray json = good;
+        return json.replace(from, to);
+    };
+    QTest::newRow("huge count") << changed("\"count\":2,\"type\":\"VEC3\"",
+                                           "\"count\":9007199254740991,\"type\":\"VEC3\"");
+    QTest::newRow("huge count without data") << changed("\"bufferView\":1,\"componentType\":5126,\"count\":2",
+                                                        "\"componentType\":5126,\"count\":4000000000");
+    QTest::newRow("offset behind the end") << changed("\"byteOffset\":8", "\"byteOffset\":4294967295");
+    QTest::newRow("offset that wraps") << changed("\"byteLength\":24}", "\"byteLength\":9007199254740991}");
+    QTest::newRow("component type") << changed("5126", "77");
+    QTest::newRow("type") << changed("VEC3", "VEC9");
+    QTest::newRow("other type") << changed("VEC3", "MAT4");
+    QTest::newRow("sampler") << changed("\"sampler\":0", "\"sampler\":5");
+    QTest::newRow("node") << changed("\"node\":0", "\"node\":5");
+    QTest::newRow("buffer length") << changed("\"byteLength\":32", "\"byteLength\":320000");
+    QTest::newRow("stride") << changed("\"byteLength\":24}", "\"byteLength\":24,\"byteStride\":4}");
+    QTest::newRow("not finite") << changed("\"name\":\"n\"", "\"translation\":[1e999,0,0]");
+    QTest::newRow("nested") << changed("\"name\":\"n\"",
+                                       QByteArray("\"extras\":" + QByteArray(5000, '[') + QByteArray(5000, ']')));
+    QTest::newRow("deep tree") << [&]
+    {
+        QByteArray nodes = "{\"name\":\"n\",\"children\":[1]}";
+        for (int i = 2; i < 5000; ++i)
+            nodes += ",{\"children\":[" + QByteArray::number(i) + "]}";
+        return changed("{\"name\":\"n\"}", nodes + ",{}");
+    }();
+    QTest::newRow("cut") << good.left(good.size() / 2);
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("text") << QByteArray("hello");
+    QTest::newRow("list") << QByteArray("[1,2]");
+    QTest::newRow("needs an extension") << changed("\"scene\":0",
+                                                   "\"extensionsRequired\":[\"EXT_meshopt_compression\"],\"scene\":0");
+}
+
+void tst_kxImport::hostileFiles()
+{
+    QFETCH(QByteArray, json);
+    QString reason;
+    QVERIFY(!open(json, &reason));
+    QVERIFY(!reason.isEmpty());
+}
+
+QTEST_MAIN(tst_kxImport)
+#include "tst_kxImport.moc"

@@ -1,0 +1,281 @@
+#include "kxFilesFixture.h"
+#include "kxRichScene.h"
+
+#include <files/kxAnimFile.h>
+#include <files/kxEnvelope.h>
+#include <files/kxSceneFile.h>
+#include <scene/Mesh.h>
+
+#include <QtTest>
+
+#include <QCborStreamWriter>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+
+#include <random>
+
+using namespace osg;
+
+class tst_kxSceneFile : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void savingWhatWasReadGivesTheSameBytes();
+    void everythingComesBack();
+    void animatedValuesAreSavedAtRest();
+    void damagedFilesAreRefused();
+    void damagedContentNeverHarms();
+    void unknownClassesAndFieldsAreNamed();
+    void refusedStructures_data();
+    void refusedStructures();
+    void animationsKeepSharedCores();
+
+private:
+    QTemporaryDir _folder;
+};
+
+void tst_kxSceneFile::init()
+{
+    kxSceneIO::newScene();
+}
+
+void tst_kxSceneFile::savingWhatWasReadGivesTheSameBytes()
+{
+    kxRichScene::make();
+    const QByteArray first = bytesOfScene();
+    QVERIFY(first.size() > kxEnvelope::HeadSize);
+    const QString path = _folder.filePath(QStringLiteral("a.kxs"));
+    QVERIFY(writeFile(path, first));
+    for (int pass = 0; pass < 2; ++pass)
+    {
+        kxFileReport report(path);
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        QVERIFY2(report.notes().isEmpty(), qPrintable(report.notes().join(QLatin1Char('\n'))));
+        QCOMPARE(bytesOfScene(), first);
+    }
+}
+
+void tst_kxSceneFile::everythingComesBack()
+{
+    kxRichScene::make();
+    const QString path = _folder.filePath(QStringLiteral("b.kxs"));
+    kxFileReport report(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    kxSceneIO::newScene();
+    QVERIFY(nodeNamed("Body") == NullFC);
+    QVERIFY(kxSceneIO::open(path, report));
+
+    const NodePtr body = nodeNamed("Body"), twin = nodeNamed("Twin");
+    const GeometryPtr geometry = GeometryPtr::dcast(body->getCore());
+    QVERIFY(geometry != NullFC && twin->getCore() == body->getCore());
+    QVERIFY(geometry->getParents() == std::vector<NodePtr>({twin, body})); // as they took it
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(2));
+    QVERIFY(geometry->getMaterial() == kxScene::the()->materials()[1]);
+    QVERIFY(SkinPtr::dcast(geometry->getSkin())->joints()[0] == nodeNamed("Joint"));
+    QVERIFY(!nodeNamed("Hidden")->isActive());
+    const AnimNodePtr block = blocksOf(body).front();
+    QCOMPARE(curvesOf(block).at("rotation.Y")->getControlPoints().size(), std::size_t(3));
+    const NodePtr clip = kxAnimManager::the()->clipStructureRoot()->getChild(0);
+    QVERIFY(clip->getChild(0)->getCore() == block->getCore());
+    QCOMPARE(kxAnimManager::the()->fps(), 29.97);
+    QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), 77);
+    QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
+    QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
+             QStringLiteral("R\u00e4der"));
+}
+
+void tst_kxSceneFile::animatedValuesAreSavedAtRest()
+{
+    kxRichScene::make();
+    kxAnimManager* const manager = kxAnimManager::the();
+    const TransformPtr core = TransformPtr::dcast(nodeNamed("Body")->getCore());
+    manager->setCurrentFrame(0, true, false);
+    const QByteArray before = bytesOfScene();
+    manager->setCurrentFrame(20, true, false);
+    const Vec3f animated = core->getEulerRotation();
+    QVERIFY(animated != Vec3f(1, 2, 3));
+    const QByteArray later = bytesOfScene();
+    QVERIFY(core->getEulerRotation() == animated); // saving changes nothing
+    manager->setCurrentFrame(0, true, false);
+    QCOMPARE(bytesOfScene(), before);
+
+    const QString path = _folder.filePath(QStringLiteral("rest.kxs"));
+    QVERIFY(writeFile(path, later));
+    kxSceneContent content;
+    kxFileReport report(path);
+    QVERIFY(kxSceneFile::read(path, content, report));
+    const TransformPtr read = TransformPtr::dcast(content.root->getChild(0)->getCore());
+    QVERIFY(read->getEulerRotation() == Vec3f(1, 2, 3));
+}
+
+void tst_kxSceneFile::damagedFilesAreRefused()
+{
+    addNode(kxScene::the()->root(), "only", Transform::create());
+    const QByteArray good = bytesOfScene();
+    const QString path = _folder.filePath(QStringLiteral("damaged.kxs"));
+    const auto refused = [&](const QByteArray& bytes)
+    {
+        kxFileReport report(path);
+        kxSceneContent content;
+        return writeFile(path, bytes) && !kxSceneFile::read(path, content, report) && !report.error().isEmpty();
+    };
+    for (int size = 0; size < good.size(); ++size)
+        QVERIFY2(refused(good.left(size)), qPrintable(QStringLiteral("cut at %1").arg(size)));
+    for (int i = 0; i < good.size(); ++i)
+        for (const int bits : {0x01, 0x80, 0xff})
+        {
+            QByteArray bytes = good;
+            bytes[i] = char(bytes[i] ^ bits);
+            QVERIFY2(refused(bytes), qPrintable(QStringLiteral("byte %1").arg(i)));
+        }
+    QVERIFY(refused(good + '\0'));
+    kxFileReport report(path);
+    QVERIFY(!kxSceneIO::open(path, report));
+    QCOMPARE(bytesOfScene(), good); // the open scene stays
+}
+
+void tst_kxSceneFile::damagedContentNeverHarms()
+{
+    kxRichScene::make();
+    const QByteArray good = bytesOfScene().mid(kxEnvelope::HeadSize);
+    std::mt19937 random(7);
+    int refused = 0;
+    for (int round = 0; round < 3000; ++round)
+    {
+        QByteArray bytes = good;
+        for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
+            bytes[int(random() % unsigned(bytes.size()))] = char(random());
+        if (round % 3 == 0)
+            bytes.truncate(int(random() % unsigned(bytes.size())));
+        kxSceneContent content;
+        kxFileReport report;
+        refused += kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report) ? 0 : 1;
+        QCOMPARE(report.failed(), !report.error().isEmpty());
+    }
+    QVERIFY(refused > 1000);
+}
+
+void tst_kxSceneFile::unknownClassesAndFieldsAreNamed()
+{
+    kxRichScene::make();
+    QByteArray content = bytesOfScene().mid(kxEnvelope::HeadSize);
+    content.replace("Camera", "Kamera").replace("roughness", "raughness");
+    kxSceneContent scene;
+    kxFileReport report;
+    QVERIFY2(kxSceneFile::readPayload(content.constData(), content.size(), scene, report), qPrintable(report.error()));
+    const QString notes = report.notes().join(QLatin1Char('\n'));
+    QVERIFY2(notes.contains(QLatin1String("'Kamera'")) && notes.contains(QLatin1String("'raughness'")),
+             qPrintable(notes));
+    // What stood on the unknown object stays in the tree.
+    bool child = false;
+    traverse(scene.root.get(),
+             [&child](const NodePtr& node)
+             {
+                 child = child || node->getNodeName() == "On the camera";
+                 return Action::Continue;
+             });
+    QVERIFY(child);
+}
+
+void tst_kxSceneFile::refusedStructures_data()
+{
+    // Objects: 1 is a node with the children given, 2 and 3 are nodes below, 4 a group.
+    QTest::addColumn<QByteArray>("structures");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("good") << QByteArray("{2:4,3:[2]};{3:[3]};{};{}") << QString();
+    QTest::newRow("ring") << QByteArray("{3:[2]};{3:[3]};{3:[1]};{}") << QStringLiteral("contains itself");
+    QTest::newRow("itself") << QByteArray("{3:[1]};{};{};{}") << QStringLiteral("contains itself");
+    QTest::newRow("two places") << QByteArray("{3:[2,3]};{3:[3]};{};{}") << QStringLiteral("two places");
+    QTest::newRow("no such object") << QByteArray("{3:[9]};{};{};{}") << QStringLiteral("isn't there");
+    QTest::newRow("core of a wrong class") << QByteArray("{2:2};{};{};{}") << QStringLiteral("class");
+    QTest::newRow("child of a wrong class") << QByteArray("{3:[4]};{};{};{}") << QStringLiteral("class");
+    QTest::newRow("attachment of a wrong class") << QByteArray("{1:[2]};{};{};{}") << QStringLiteral("class");
+    QTest::newRow("parents that don't have it") << QByteArray("{2:4};{};{};{4:[1,2]}") << QStringLiteral("class");
+}
+
+void tst_kxSceneFile::refusedStructures()
+{
+    QFETCH(QByteArray, structures);
+    QFETCH(QString, reason);
+    QByteArray bytes;
+    {
+        QCborStreamWriter out(&bytes);
+        out.startMap(3);
+        out.append(QLatin1String("classes"));
+        out.startArray(2);
+        for (const char* name : {"Node", "Group"})
+        {
+            out.startArray(2);
+            out.append(QLatin1String(name));
+            out.startArray(0);
+            out.endArray();
+            out.endArray();
+        }
+        out.endArray();
+        out.append(QLatin1String("containers"));
+        const QList<QByteArray> parts = structures.split(';');
+        out.startArray(quint64(parts.size()));
+        for (int i = 0; i < parts.size(); ++i)
+        {
+            out.startArray(3);
+            out.append(i == 3 ? 1 : 0);
+            out.startArray(0);
+            out.endArray();
+            // "{2:4,3:[2]}" is JSON but for its keys.
+            const QString json = QString::fromLatin1(parts[i]).replace(QRegularExpression("(\\d):"), "\"\\1\":");
+            const QJsonObject table = QJsonDocument::fromJson(json.toUtf8()).object();
+            out.startMap(quint64(table.size()));
+            for (auto entry = table.begin(); entry != table.end(); ++entry)
+            {
+                out.append(entry.key().toInt());
+                if (entry.value().isDouble())
+                    out.append(entry.value().toInt());
+                else
+                {
+                    out.startArray(quint64(entry.value().toArray().size()));
+                    for (const QJsonValue& number : entry.value().toArray())
+                        out.append(number.toInt());
+                    out.endArray();
+                }
+            }
+            out.endMap();
+            out.endArray();
+        }
+        out.endArray();
+        out.append(QLatin1String("root"));
+        out.append(1);
+        out.endMap();
+    }
+    kxSceneContent content;
+    kxFileReport report;
+    QCOMPARE(kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report), reason.isEmpty());
+    QVERIFY2(report.error().contains(reason), qPrintable(report.error()));
+}
+
+void tst_kxSceneFile::animationsKeepSharedCores()
+{
+    kxRichScene::make();
+    const AnimNodePtr block = blocksOf(nodeNamed("Body")).front();
+    const AnimNodePtr clip = AnimNodePtr::dcast(kxAnimManager::the()->clipStructureRoot()->getChild(0));
+    const QString path = _folder.filePath(QStringLiteral("walk.osb"));
+    QString error;
+    QVERIFY2(kxAnimFile::write(path, {block, clip, AnimNodePtr()}, error), qPrintable(error));
+    std::vector<AnimNodePtr> read;
+    QVERIFY2(kxAnimFile::read(path, read, error), qPrintable(error));
+    QCOMPARE(read.size(), std::size_t(2));
+    std::vector<kxShare<AnimNode>> owned(read.begin(), read.end());
+    QCOMPARE(read[0]->getNodeName(), block->getNodeName());
+    QVERIFY(read[0]->getParent() == NullFC && read[0]->getCore() != block->getCore());
+    QVERIFY(read[1]->getChild(0)->getCore() == read[0]->getCore());
+    QVERIFY(curvesOf(read[0]).at("rotation.Y")->getControlPoints() ==
+            curvesOf(block).at("rotation.Y")->getControlPoints());
+    QVERIFY(!kxAnimFile::read(_folder.filePath(QStringLiteral("none.osb")), read, error) && !error.isEmpty());
+    QVERIFY(writeFile(path, bytesOfScene()) && !kxAnimFile::read(path, read, error)); // a file of another kind
+    QCOMPARE(read.size(), std::size_t(2));
+}
+
+QTEST_MAIN(tst_kxSceneFile)
+#include "tst_kxSceneFile.moc"

@@ -1,0 +1,156 @@
+#include "kxFilesFixture.h"
+#include "kxRichScene.h"
+
+#include <kernel/kxSelection.h>
+#include <kxController.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxModuleBase.h>
+#include <kxUndo.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+using namespace osg;
+
+namespace
+{
+QStringList heard;
+
+void hearTrash(kxMessage&)
+{
+    heard.append(QStringLiteral("trash"));
+}
+
+/// Notes what comes, and how much the scene holds then.
+class Listener : public kxModuleBase
+{
+public:
+    Listener() : kxModuleBase(QStringLiteral("Listener"), QStringLiteral("Test"), ~std::uint64_t(0), nullptr) {}
+    int receivedMessage(kxMessage& message) override
+    {
+        using namespace kxMessageId;
+        if ((message.id() & (StopPlayback | NewScene | SceneChanged | AnimationsLoaded)) != 0)
+            heard.append(QStringLiteral("%1:%2").arg(message.id(), 0, 16).arg(kxScene::the()->root()->getNChildren()));
+        return 0;
+    }
+};
+} // namespace
+
+class tst_kxSceneIO : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { kxSceneIO::newScene(); }
+    void messagesComeInOrder();
+    void failuresLeaveTheSceneAlone();
+    void savingKeepsTheOldFileOnFailure();
+    void importIsOneStep();
+    void importedNamesAreNew();
+    void formats();
+
+private:
+    QTemporaryDir _folder;
+};
+
+void tst_kxSceneIO::messagesComeInOrder()
+{
+    kxRichScene::make();
+    const QString path = _folder.filePath(QStringLiteral("a.kxs"));
+    kxFileReport report(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    kxSelection::the().selectNodes({nodeNamed("Body")});
+    QVERIFY(kxUndoStack::get(0).stack()->count() > 0);
+    const Listener listener;
+    kxController::addCB(kxMessageName::TrashCleared, &hearTrash);
+    heard.clear();
+    QVERIFY(kxSceneIO::open(path, report));
+    kxController::subCB(kxMessageName::TrashCleared, &hearTrash);
+    QCOMPARE(heard, QStringList({"800000:4", "trash", "10:0", "20:4", "200000:4"}));
+    QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
+    QVERIFY(kxSelection::the().nodes().empty());
+}
+
+void tst_kxSceneIO::failuresLeaveTheSceneAlone()
+{
+    kxRichScene::make();
+    kxSelection::the().selectNodes({nodeNamed("Body")});
+    const int steps = kxUndoStack::get(0).stack()->count();
+    const QByteArray before = bytesOfScene();
+    const QString damaged = _folder.filePath(QStringLiteral("damaged.kxs"));
+    QVERIFY(writeFile(damaged, before.left(before.size() / 2)));
+    for (const QString& path : {damaged, _folder.filePath(QStringLiteral("missing.glb")), _folder.path(),
+                                _folder.filePath(QStringLiteral("missing.fbx")), QString()})
+        for (const bool import : {false, true})
+        {
+            kxFileReport report(path);
+            QVERIFY(!(import ? kxSceneIO::importFile(path, report) : kxSceneIO::open(path, report)));
+            QVERIFY(!report.error().isEmpty());
+        }
+    QCOMPARE(bytesOfScene(), before);
+    QCOMPARE(kxUndoStack::get(0).stack()->count(), steps);
+    QCOMPARE(kxSelection::the().nodes().size(), std::size_t(1));
+}
+
+void tst_kxSceneIO::savingKeepsTheOldFileOnFailure()
+{
+    kxFileReport report;
+    QVERIFY(!kxSceneIO::save(_folder.filePath(QStringLiteral("no/such/folder.kxs")), report));
+    QVERIFY(report.failed());
+    QVERIFY(!kxSceneIO::exportScene(_folder.filePath(QStringLiteral("no/such/folder.glb")), report));
+}
+
+void tst_kxSceneIO::importIsOneStep()
+{
+    kxRichScene::make();
+    const QString path = _folder.filePath(QStringLiteral("part.kxs"));
+    kxFileReport report(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    const QByteArray before = bytesOfScene();
+    const int steps = stack->count();
+    QVERIFY(kxSceneIO::importFile(path, report));
+    QVERIFY(kxSceneIO::importFile(path, report));
+    QCOMPARE(stack->count(), steps + 2);
+    const QByteArray after = bytesOfScene();
+    QCOMPARE(kxScene::the()->root()->getNChildren(), UInt32(6));
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(6));
+    kxSelection::the().selectNodes({nodeNamed("part")->getChild(0)});
+    while (stack->canUndo())
+        stack->undo();
+    QCOMPARE(bytesOfScene(), before);
+    QVERIFY(kxSelection::the().nodes().empty());
+    while (stack->canRedo())
+        stack->redo();
+    QCOMPARE(bytesOfScene(), after);
+}
+
+void tst_kxSceneIO::importedNamesAreNew()
+{
+    kxRichScene::make();
+    const QString path = _folder.filePath(QStringLiteral("part.kxs"));
+    kxFileReport report(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    QVERIFY(kxSceneIO::importFile(path, report));
+    const NodePtr clips = kxAnimManager::the()->clipStructureRoot();
+    QCOMPARE(clips->getChild(0)->getNodeName(), std::string("Show"));
+    QCOMPARE(clips->getChild(1)->getNodeName(), std::string("Show_1"));
+    // A clone goes by the name of its block.
+    const NodePtr clone = clips->getChild(1)->getChild(0);
+    QCOMPARE(clone->getNodeName(), std::string("Spin_1"));
+    for (const NodePtr& same : clone->getCore()->getParents())
+        QCOMPARE(same->getNodeName(), std::string("Spin_1"));
+}
+
+void tst_kxSceneIO::formats()
+{
+    QVERIFY(kxSceneIO::isSceneFile(QStringLiteral("/a/B.KXS")) && !kxSceneIO::isSceneFile(QStringLiteral("kxs")));
+    for (const char* name : {"a.glb", "a.GLTF", "a.fbx", "a.Dae", "a.3ds", "a.obj", "a.kxs"})
+        QVERIFY2(kxSceneIO::canOpen(QLatin1String(name)), name);
+    for (const char* name : {"a.txt", "a", "", "a.osb"})
+        QVERIFY2(!kxSceneIO::canOpen(QLatin1String(name)), name);
+    QVERIFY(kxSceneIO::openFilter().contains(QLatin1String("*.kxs *.gltf *.glb")));
+}
+
+QTEST_MAIN(tst_kxSceneIO)
+#include "tst_kxSceneIO.moc"
