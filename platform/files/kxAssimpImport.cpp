@@ -58,6 +58,20 @@ QMatrix4x4 lookMatrix(const QVector3D& place, const QVector3D& direction, const 
     return matrix;
 }
 
+/// True where a place, a turn and a size don't come to the matrix.
+bool isSheared(const QMatrix4x4& matrix, const QMatrix4x4& made)
+{
+    constexpr float Tolerance = 1e-3f;
+    float largest = 0, off = 0;
+    for (int column = 0; column < 3; ++column)
+        for (int row = 0; row < 3; ++row)
+        {
+            largest = std::max(largest, std::abs(matrix(row, column)));
+            off = std::max(off, std::abs(matrix(row, column) - made(row, column)));
+        }
+    return off > Tolerance * largest;
+}
+
 NodeCorePtr makeCamera(const aiCamera& source)
 {
     const CameraPtr camera = Camera::create();
@@ -98,6 +112,9 @@ public:
         : _scene(scene), _content(content), _report(report), _materials(scene, QFileInfo(path).absolutePath(), report),
           _meshes(scene, _materials, report)
     {
+        for (unsigned i = 0; i < scene.mNumAnimations; ++i)
+            for (unsigned c = 0; c < scene.mAnimations[i]->mNumChannels; ++c)
+                _animated.insert(scene.mAnimations[i]->mChannels[c]->mNodeName.C_Str());
     }
 
     bool read()
@@ -126,7 +143,7 @@ private:
         const aiNode* meant = &source;
         aiMatrix4x4 matrix = source.mTransformation;
         if (kxAssimpPivots::isHelper(source))
-            if (const kxAssimpPivots pivots = kxAssimpPivots::below(source); pivots.merges)
+            if (const kxAssimpPivots pivots = kxAssimpPivots::below(source, _animated); pivots.merges)
             {
                 meant = pivots.node;
                 matrix = pivots.matrix;
@@ -178,6 +195,9 @@ private:
         if (!kxSceneMath::setLocalMatrix(node, matrix))
             _report.note(QStringLiteral("'%1': a matrix without an inverse is left out")
                              .arg(QString::fromStdString(node->getNodeName())));
+        else if (isSheared(matrix, kxSceneMath::localMatrix(node)))
+            _report.note(
+                QStringLiteral("'%1': its shear is left out").arg(QString::fromStdString(node->getNodeName())));
         return true;
     }
 
@@ -315,6 +335,7 @@ private:
     kxAssimpMaterials _materials;
     kxAssimpMeshes _meshes;
     std::map<std::string, NodePtr> _nodes;         // the first of each name
+    std::set<std::string> _animated;               // names of nodes
     std::map<std::string, kxAssimpPivots> _pivots; // by the name of a helper that was merged
 };
 } // namespace

@@ -39,10 +39,10 @@ bool kxAssimpPivots::isHelper(const aiNode& node)
     return std::string(node.mName.C_Str()).find(Marker) != std::string::npos;
 }
 
-kxAssimpPivots kxAssimpPivots::below(const aiNode& top)
+kxAssimpPivots kxAssimpPivots::below(const aiNode& top, const std::set<std::string>& animated)
 {
     kxAssimpPivots pivots;
-    pivots.merges = true;
+    bool stands = true, inOrder = true, empty = true;
     int last = -1;
     const aiNode* at = &top;
     for (; isHelper(*at); at = at->mChildren[0])
@@ -51,8 +51,10 @@ kxAssimpPivots kxAssimpPivots::below(const aiNode& top)
         const Step step = stepOf(name);
         pivots.helpers.push_back(at);
         pivots.matrix = pivots.matrix * at->mTransformation;
+        stands = stands && animated.count(name) == 0;
+        empty = empty && at->mNumMeshes == 0;
         // A step out of order, or one that moves what turns, can't be told by one place, turn and size.
-        pivots.merges = pivots.merges && step != Other && int(step) > last && at->mNumMeshes == 0;
+        inOrder = inOrder && step != Other && int(step) > last;
         last = int(step);
         if (step == Translation)
             pivots.translation = name;
@@ -65,12 +67,11 @@ kxAssimpPivots kxAssimpPivots::below(const aiNode& top)
         else if (step == PostRotation)
             pivots.behind = rotationOf(at->mTransformation);
         if (at->mNumChildren != 1)
-        {
-            pivots.merges = false;
             return pivots;
-        }
     }
     pivots.node = at;
-    pivots.merges = pivots.merges && at->mTransformation.IsIdentity();
+    pivots.matrix = pivots.matrix * at->mTransformation;
+    pivots.merges = empty && (inOrder ? at->mTransformation.IsIdentity() || stands : stands) &&
+                    (animated.count(at->mName.C_Str()) == 0);
     return pivots;
 }

@@ -3,6 +3,7 @@
 #include <QQuaternion>
 
 #include <assimp/scene.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,6 @@ struct kxAssimpPivots
     std::string translation, rotation, scaling; ///< names of the helpers that may be animated, empty for none
 
     static bool isHelper(const aiNode& node);
-    /// The chain that starts at a helper.
-    static kxAssimpPivots below(const aiNode& top);
+    /// The chain that starts at a helper; `animated` names the nodes that move.
+    static kxAssimpPivots below(const aiNode& top, const std::set<std::string>& animated);
 };

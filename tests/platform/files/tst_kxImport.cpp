@@ -201,6 +201,8 @@ private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
     void valuesAtKeyTimes_data();
     void valuesAtKeyTimes();
+    void placesAreThoseOfTheFile_data();
+    void placesAreThoseOfTheFile();
     void splinesBecomeBezierSegments();
     void stepsStaySteps();
     void rotationsGoTheShortWay();
@@ -275,6 +277,61 @@ void tst_kxImport::valuesAtKeyTimes()
                                     .arg(double(value[i]))
                                     .arg(double(key.value[i]))));
     }
+}
+
+void tst_kxImport::placesAreThoseOfTheFile_data()
+{
+    QTest::addColumn<QString>("path");
+    for (const char* folder : {"FBX", "Collada", "3DS", "ASE", "X"})
+    {
+        QDirIterator files(modelsFolder() + QLatin1Char('/') + QLatin1String(folder), QDir::Files);
+        while (files.hasNext())
+        {
+            const QString path = files.next();
+            if (!modelsFolder().isEmpty() && kxSceneIO::canOpen(path))
+                QTest::newRow(qPrintable(path.mid(modelsFolder().size() + 1))) << path;
+        }
+    }
+}
+
+// Steps of FBX files that are merged into one node, and the axis that is up, mustn't move anything.
+void tst_kxImport::placesAreThoseOfTheFile()
+{
+    QFETCH(QString, path);
+    Assimp::Importer importer;
+    const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
+    kxFileReport report(path);
+    if (scene == nullptr || !kxSceneIO::open(path, report))
+        QSKIP("the file can't be read");
+    const auto matrixOf = [](const aiMatrix4x4& m) {
+        return QMatrix4x4(m.a1, m.a2, m.a3, m.a4, m.b1, m.b2, m.b3, m.b4, m.c1, m.c2, m.c3, m.c4, m.d1, m.d2, m.d3,
+                          m.d4);
+    };
+    const NodePtr root = kxScene::the()->root()->getChild(0);
+    const QMatrix4x4 turn = kxSceneMath::worldMatrix(root) * matrixOf(scene->mRootNode->mTransformation).inverted();
+    std::function<void(const aiNode&, const QMatrix4x4&)> compare = [&](const aiNode& node, const QMatrix4x4& above)
+    {
+        const QMatrix4x4 matrix = above * matrixOf(node.mTransformation);
+        const NodePtr found = nodeNamed(node.mName.C_Str());
+        int sameName = 0;
+        traverse(kxScene::the()->root(),
+                 [&](const NodePtr& other)
+                 {
+                     sameName += other->getNodeName() == node.mName.C_Str();
+                     return Action::Continue;
+                 });
+        if (node.mNumMeshes > 0 && sameName == 1 && scene->mNumAnimations == 0) // at rest
+            for (const QVector3D& point :
+                 {QVector3D(0, 0, 0), QVector3D(1, 0, 0), QVector3D(0, 1, 0), QVector3D(0, 0, 1)})
+            {
+                const QVector3D expected = turn.map(matrix.map(point));
+                const QVector3D off = kxSceneMath::worldMatrix(found).map(point) - expected;
+                QVERIFY2(off.length() <= 1e-3f * std::max(1.0f, expected.length()), node.mName.C_Str());
+            }
+        for (unsigned i = 0; i < node.mNumChildren; ++i)
+            compare(*node.mChildren[i], matrix);
+    };
+    compare(*scene->mRootNode, QMatrix4x4());
 }
 
 void tst_kxImport::splinesBecomeBezierSegments()
