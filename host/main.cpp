@@ -61,7 +61,9 @@ int main(int argc, char** argv)
         line.headless = true;
     }
     kxApplication::prepare(line);
-    QApplication application(argc, argv);
+    // Never destroyed: the plug-in's tools are statics, which take down their widgets while the process ends.
+    static const QApplication* const application = new QApplication(argc, argv);
+    Q_UNUSED(application);
     QApplication::setApplicationName(QStringLiteral("kxhost"));
     QApplication::setApplicationVersion(QString::fromLatin1(Version));
     QApplication::setDesktopFileName(QStringLiteral("kxhost"));

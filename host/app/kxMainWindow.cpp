@@ -46,6 +46,7 @@ constexpr int LayoutVersion = 1;
 constexpr QSize FirstSize(1600, 950);
 constexpr int SideWidth = 290;
 constexpr int BottomHeight = 150;
+constexpr int SmallestBottom = 80;
 
 QStringList localFiles(const QMimeData* data)
 {
@@ -59,7 +60,7 @@ QStringList localFiles(const QMimeData* data)
 
 kxMainWindow::kxMainWindow(QWidget* parent)
     : QMainWindow(parent), _document(new kxDocument(this)), _docks(new QKXDockWindowManager(this)),
-      _selectionText(new QLabel(this)), _notice(new QLabel(this))
+      _selectionText(new QLabel(this)), _notice(new QLabel(this)), _hint(new QLabel(this))
 {
     setObjectName(QStringLiteral("_mainWindow"));
     setAcceptDrops(true);
@@ -85,6 +86,11 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     QPalette colors = _notice->palette();
     colors.setColor(QPalette::WindowText, kxColors::accent());
     _notice->setPalette(colors);
+    colors.setColor(QPalette::WindowText, kxColors::disabledText());
+    _hint->setPalette(colors);
+    _hint->setContentsMargins(6, 0, 0, 0);
+    statusBar()->addWidget(_hint);
+    connect(_view, &kxView3D::toolChanged, this, &kxMainWindow::updateHint);
     statusBar()->addPermanentWidget(_notice);
     statusBar()->addPermanentWidget(_selectionText);
     connect(_document, &kxDocument::changed, this, &kxMainWindow::updateTitle);
@@ -132,6 +138,7 @@ void kxMainWindow::createDocks()
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
+    _console->setMinimumHeight(SmallestBottom); // in tabs, the largest of all wishes would hold
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
     _docks->getDockWidget(QStringLiteral("Log"))->raise();
 }
@@ -179,6 +186,18 @@ void kxMainWindow::resetLayout()
     arrange();
 }
 
+void kxMainWindow::updateHint()
+{
+    const QString view = tr("Drag: turn \u00b7 Middle button: pan \u00b7 Wheel: zoom \u00b7 F: frame the selection");
+    const auto nodes = kxSelection::the().nodes();
+    if (nodes.empty())
+        _hint->setText(tr("Click selects \u00b7 ") + view);
+    else if (_view->tool() == kxGizmo::SelectTool)
+        _hint->setText(tr("W moves, E rotates, R scales the selection \u00b7 ") + view);
+    else
+        _hint->setText(tr("Drag a handle, Ctrl in steps, Esc takes it back \u00b7 Q: select only"));
+}
+
 void kxMainWindow::updateTitle()
 {
     setWindowTitle(QStringLiteral("%1[*] - kxhost").arg(_document->name()));
@@ -189,6 +208,7 @@ void kxMainWindow::updateTitle()
 void kxMainWindow::updateSelectionText()
 {
     const auto nodes = kxSelection::the().nodes();
+    updateHint();
     _selectionText->setText(nodes.empty()       ? QString()
                             : nodes.size() == 1 ? QString::fromStdString(kxNodeUtils::getName(nodes.front()))
                                                 : tr("%n objects selected", nullptr, int(nodes.size())));

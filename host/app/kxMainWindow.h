@@ -75,6 +75,8 @@ private:
     void saveLayout();
     void updateTitle();
     void updateSelectionText();
+    /// What the mouse and the keys do to the view at this moment.
+    void updateHint();
     void renderWith(kxRenderDialog& dialog, bool frames);
 
     kxDocument* _document;
@@ -90,6 +92,7 @@ private:
     kxPreferencesDialog* _preferences = nullptr; // made at first use
     QLabel* _selectionText = nullptr;
     QLabel* _notice = nullptr;
+    QLabel* _hint = nullptr;
     QString _pluginVersion;   // empty without the plug-in
     QByteArray _initialState; // of docks and tool bars
     bool _unattended = false;

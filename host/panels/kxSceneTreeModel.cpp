@@ -1,7 +1,7 @@
 #include "kxSceneTreeModel.h"
 
 #include <app/kxSceneEdits.h>
-#include <kxIconManager.h>
+#include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
@@ -262,6 +262,19 @@ int kxSceneTreeModel::columnCount(const QModelIndex&) const
     return ColumnCount;
 }
 
+QIcon kxSceneTreeModel::iconOf(const osg::NodePtr& node, bool visible) const
+{
+    const osg::NodeCorePtr core = node->getCore();
+    QIcon& icon = _icons[{core == osg::NullFC ? 0 : core->getType().getId(), visible}];
+    if (icon.isNull())
+    {
+        const QPixmap pixmap = kxScenegraph::getNodeIcon(core, node, !visible).pixmap(kxPlatform::getSmallIconSize());
+        icon.addPixmap(pixmap);
+        icon.addPixmap(pixmap, QIcon::Selected); // as it is: Qt would tint it in the colour of the selection
+    }
+    return icon;
+}
+
 QVariant kxSceneTreeModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
@@ -290,7 +303,7 @@ QVariant kxSceneTreeModel::data(const QModelIndex& index, int role) const
         return entry->name;
     const osg::NodePtr node = nodeById(entry->id);
     if (role == Qt::DecorationRole && node != osg::NullFC)
-        return kxScenegraph::getNodeIcon(node->getCore(), node, !entry->visible);
+        return iconOf(node, entry->visible);
     if (role == Qt::ToolTipRole && entry->core != nullptr)
         return QStringLiteral("%1 - %2").arg(entry->name, QString::fromLatin1(entry->core->getName()));
     return QVariant();

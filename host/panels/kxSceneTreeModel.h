@@ -5,6 +5,7 @@
 #include <QAbstractItemModel>
 #include <QIcon>
 
+#include <map>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -86,7 +87,9 @@ private:
     void forget(Entry* entry);
     static void renumber(Entry* parent, int from);
     void read(Entry* entry) const;
+    QIcon iconOf(const osg::NodePtr& node, bool visible) const;
 
     std::unordered_map<unsigned int, std::unique_ptr<Entry>> _entries;
     Entry _root;
+    mutable std::map<std::pair<osg::UInt32, bool>, QIcon> _icons; // by class of the core, and visible or not
 };

@@ -1,5 +1,6 @@
 #include "kxSceneFixture.h"
 
+#include <app/kxHostServices.h>
 #include <app/kxSceneEdits.h>
 #include <files/kxSceneFile.h>
 #include <files/kxSceneIO.h>
@@ -22,6 +23,7 @@ T any(const std::vector<T>& values, std::mt19937& random)
 
 void kxSceneFixture::clear()
 {
+    static const kxHostServices services([](const QString&) {});
     kxSceneIO::newScene();
     kxScene::the()->flush();
 }
