@@ -12,15 +12,24 @@ namespace
 {
 typedef std::vector<CCPnt> Keys;
 
-/// The last i with keys[i].x() <= seconds, where the first key is at or before `seconds`.
-std::size_t findSegment(const Keys& keys, double seconds, UInt32 cursor)
+/// The segment of `seconds` at or beside `cursor`, the number of keys where it is none of these. Playing forwards stays
+/// in a segment or enters the next one; nothing else of the keys is touched then.
+std::size_t nearSegment(const Keys& keys, double seconds, std::size_t cursor)
 {
     const std::size_t count = keys.size();
     std::size_t i = cursor;
-    // Playing forwards stays in the segment or enters the next one.
-    for (int step = 0; step < 2 && i < count && keys[i].x() <= seconds; ++step, ++i)
-        if (i + 1 == count || seconds < keys[i + 1].x())
-            return i;
+    if (i + 1 >= count)
+        return count;
+    if (seconds < keys[i].x())
+        return i > 0 && keys[i - 1].x() <= seconds ? i - 1 : count;
+    if (seconds < keys[i + 1].x())
+        return i;
+    return i + 2 < count && seconds < keys[i + 2].x() ? i + 1 : count;
+}
+
+/// The last i with keys[i].x() <= seconds, where the first key is at or before `seconds`.
+std::size_t findSegment(const Keys& keys, double seconds)
+{
     const auto behind =
         std::upper_bound(keys.begin(), keys.end(), seconds, [](double t, const CCPnt& key) { return t < key.x(); });
     return std::size_t(behind - keys.begin()) - 1;
@@ -31,11 +40,9 @@ bool isStep(const CCPnt& a, const CCPnt& b)
     return a.outtangent() == Vec2f() && b.intangent() == Vec2f();
 }
 
-/// Inside the keys: keys.front().x() <= seconds <= keys.back().x().
-float insideValue(const Keys& keys, double seconds, UInt32& cursor, double tolerance)
+/// In the segment from key i to key i + 1, or at its start where i is the last key.
+float valueFrom(const Keys& keys, std::size_t i, double seconds, double tolerance)
 {
-    std::size_t i = findSegment(keys, seconds, cursor);
-    cursor = UInt32(i);
     // A jump lies at the end of a step and where two keys share a time.
     while (i + 1 < keys.size() && keys[i + 1].x() - seconds <= tolerance &&
            (isStep(keys[i], keys[i + 1]) || (i + 2 < keys.size() && keys[i + 2].x() == keys[i + 1].x())))
@@ -43,9 +50,15 @@ float insideValue(const Keys& keys, double seconds, UInt32& cursor, double toler
         ++i;
         seconds = std::max(seconds, double(keys[i].x()));
     }
-    if (i + 1 >= keys.size())
-        return kxCurveMath::segmentValue(keys.back(), keys.back(), seconds);
-    return kxCurveMath::segmentValue(keys[i], keys[i + 1], seconds);
+    return kxCurveMath::segmentValue(keys[i], keys[std::min(i + 1, keys.size() - 1)], seconds);
+}
+
+/// Inside the keys: keys.front().x() <= seconds <= keys.back().x().
+float insideValue(const Keys& keys, double seconds, UInt32& cursor, double tolerance)
+{
+    const std::size_t i = findSegment(keys, seconds);
+    cursor = UInt32(i);
+    return valueFrom(keys, i, seconds, tolerance);
 }
 
 float finite(double value)
@@ -90,6 +103,14 @@ float outsideValue(const Keys& keys, double seconds, InfinityMode mode, UInt32& 
 float kxCurveEvaluation::value(const AnimCurve& curve, double seconds, UInt32& cursor, double tolerance)
 {
     const Keys& keys = curve.getControlPoints();
+    std::size_t near = nearSegment(keys, seconds, cursor);
+    if (near == keys.size())
+        near = nearSegment(keys, seconds, likelySegment(curve, seconds, cursor));
+    if (near < keys.size())
+    {
+        cursor = UInt32(near);
+        return valueFrom(keys, near, seconds, tolerance);
+    }
     if (keys.empty() || std::isnan(seconds))
         return 0;
     const double first = keys.front().x(), last = keys.back().x();

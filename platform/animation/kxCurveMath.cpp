@@ -96,7 +96,7 @@ struct Segment
 
 /// The u in [0, 1] with x(u) = s, for 0 < s < 1.
 ///
-/// Newton's steps while they stay inside the bracket and get shorter; else the bracket is halved. x(0) = 0 and x(1) = 1
+/// Halley's steps while they stay inside the bracket and get shorter; else the bracket is halved. x(0) = 0 and x(1) = 1
 /// lie on both sides of s, so that there is a root even where x runs back on the way.
 double solve(const Segment& segment, double s)
 {
@@ -106,7 +106,8 @@ double solve(const Segment& segment, double s)
         const double error = segment.x(u) - s;
         (error > 0 ? high : low) = u;
         const double gradient = segment.xSlope(u);
-        const double step = error / gradient;
+        const double bend = 3 * segment.x3 * u + segment.x2; // half the second derivative
+        const double step = error * gradient / (gradient * gradient - error * bend);
         double next = u - step;
         const bool isGood = next > low && next < high && std::abs(step) < 0.9 * previousStep;
         if (!isGood)
@@ -116,8 +117,8 @@ double solve(const Segment& segment, double s)
             next = 0.5 * (low + high);
         }
         const double moved = std::abs(next - u);
-        // Newton's error after a step is about step^2 * x''/(2 x'): below 1e-9 where the gradient isn't small.
-        if (moved < 1.0e-9 || (isGood && moved < 1.0e-5 && gradient > 0.2))
+        // What a step leaves is of the order of its cube; where the gradient isn't small that is below 1e-8.
+        if (moved < 1.0e-9 || (isGood && moved < 3.0e-4 && gradient > 0.2))
             return next;
         previousStep = moved;
         u = next;
@@ -136,14 +137,15 @@ float finite(double value, float fallback)
 float kxCurveMath::segmentValue(const CCPnt& a, const CCPnt& b, double seconds)
 {
     const double length = double(b.x()) - a.x();
-    const double s = (seconds - a.x()) / length;
+    const double perSecond = 1 / length;
+    const double s = (seconds - a.x()) * perSecond;
     if (!(s > 0))
         return finite(a.y(), 0);
     if (!(s < 1))
         return finite(b.y(), 0);
 
     const double rise = double(b.y()) - a.y();
-    const double outX = a.outX() / length, inX = b.inX() / length;
+    const double outX = a.outX() * perSecond, inX = b.inX() * perSecond;
     const double outY = a.outY(), inY = b.inY();
     if (outX == 0 && inX == 0 && outY == 0 && inY == 0)
         return finite(a.y(), 0); // a step

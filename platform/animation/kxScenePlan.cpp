@@ -167,12 +167,27 @@ bool kxScenePlan::writeEntry(std::size_t index)
     return true;
 }
 
-bool kxScenePlan::evaluateGroup(const Group& group)
+/// Evaluates the groups from `first` to before `last` and notes which of them changed.
+void kxScenePlan::evaluateGroups(std::size_t first, std::size_t last)
 {
+    if (first == last)
+        return;
+    const std::size_t begin = _groups[first].begin;
+    std::size_t group = first;
     bool changed = false;
-    for (std::size_t i = group.begin; i < group.end; ++i)
-        changed = writeEntry(i) || changed;
-    return changed;
+    kxCurveEvaluation::forEachFetched(
+        &_entries[begin], _groups[last - 1].end - begin, [this](const Entry& entry) { return _times[entry.context]; },
+        [&](Entry& entry)
+        {
+            const std::size_t index = std::size_t(&entry - _entries.data());
+            if (index == _groups[group].end)
+            {
+                _changed[group++] = changed ? 1 : 0;
+                changed = false;
+            }
+            changed = writeEntry(index) || changed;
+        });
+    _changed[group] = changed ? 1 : 0;
 }
 
 void kxScenePlan::markGroup(const Group& group, const BitVector& mask) const
@@ -182,17 +197,12 @@ void kxScenePlan::markGroup(const Group& group, const BitVector& mask) const
 
 void kxScenePlan::evaluateAll()
 {
-    const auto evaluateRange = [this](std::size_t begin, std::size_t end)
-    {
-        for (std::size_t g = begin; g < end; ++g)
-            _changed[g] = evaluateGroup(_groups[g]) ? 1 : 0;
-    };
     // A container is written by one thread: the writers of its fields may share data.
     if (_entries.size() < ParallelThreshold)
-        evaluateRange(0, _groups.size());
+        evaluateGroups(0, _groups.size());
     else
-        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, _groups.size(), 64),
-                          [&](const tbb::blocked_range<std::size_t>& r) { evaluateRange(r.begin(), r.end()); });
+        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, _groups.size(), 128),
+                          [this](const tbb::blocked_range<std::size_t>& r) { evaluateGroups(r.begin(), r.end()); });
     for (std::size_t g = 0; g < _groups.size(); ++g)
         if (_changed[g] != 0)
             markGroup(_groups[g], _masks[g]);

@@ -60,7 +60,7 @@ private:
     void computeTimes(double seconds);
     void evaluateAll();
     void evaluateDirty();
-    bool evaluateGroup(const Group& group);
+    void evaluateGroups(std::size_t first, std::size_t last);
     void markGroup(const Group& group, const osg::BitVector& mask) const;
     void collectStaleCurves();
 
