@@ -79,22 +79,52 @@ kxSceneTreePanel::kxSceneTreePanel(QMenu* menu, QWidget* parent)
     takeSelection();
 }
 
+std::unordered_set<unsigned int> kxSceneTreePanel::shownSelection() const
+{
+    std::unordered_set<unsigned int> ids;
+    for (const QItemSelectionRange& range : _view->selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            ids.insert(_proxy->index(row, 0, range.parent()).data(kxSceneTreeModel::IdRole).toUInt());
+    return ids;
+}
+
 void kxSceneTreePanel::takeSelection()
 {
     if (_busy)
         return;
-    const QScopedValueRollback<bool> busy(_busy, true);
-    QItemSelection rows;
-    QModelIndex current;
+    std::vector<QModelIndex> rows;
     for (const unsigned int id : kxSelection::the().ids(kxSelection::Nodes))
     {
         const QModelIndex index = _proxy->mapFromSource(_model->indexOf(id));
-        if (!index.isValid())
-            continue;
-        current = index;
-        rows.select(index, index.siblingAtColumn(kxSceneTreeModel::ColumnCount - 1));
+        if (index.isValid())
+            rows.push_back(index);
     }
-    _view->selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+    const std::unordered_set<unsigned int> shown = shownSelection();
+    if (shown.size() == rows.size() &&
+        std::all_of(rows.begin(), rows.end(),
+                    [&shown](const QModelIndex& row)
+                    { return shown.count(row.data(kxSceneTreeModel::IdRole).toUInt()) != 0; }))
+        return;
+
+    const QScopedValueRollback<bool> busy(_busy, true);
+    const QModelIndex current = rows.empty() ? QModelIndex() : rows.back();
+    // Neighbours are one range: the view's cost grows with the square of the ranges.
+    std::sort(rows.begin(), rows.end(),
+              [](const QModelIndex& a, const QModelIndex& b)
+              {
+                  const QModelIndex aboveA = a.parent(), aboveB = b.parent();
+                  return aboveA == aboveB ? a.row() < b.row() : aboveA < aboveB;
+              });
+    QItemSelection selection;
+    for (std::size_t first = 0, next = 1; first < rows.size(); first = next++)
+    {
+        while (next < rows.size() && rows[next].row() == rows[next - 1].row() + 1 &&
+               rows[next].parent() == rows[first].parent())
+            ++next;
+        selection.append(
+            QItemSelectionRange(rows[first], rows[next - 1].siblingAtColumn(kxSceneTreeModel::ColumnCount - 1)));
+    }
+    _view->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     _view->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     if (current.isValid())
         _view->scrollTo(current);
@@ -106,15 +136,15 @@ void kxSceneTreePanel::giveSelection()
         return;
     const QScopedValueRollback<bool> busy(_busy, true);
     // In the order of selection: what stays keeps its place, what is new comes last.
+    std::unordered_set<unsigned int> left = shownSelection();
     std::vector<osg::NodePtr> nodes;
-    const auto rows = _view->selectionModel()->selectedRows();
     for (const osg::NodePtr& node : kxSelection::the().nodes())
-        if (_view->selectionModel()->isSelected(_proxy->mapFromSource(_model->indexOf(node.getFieldContainerId()))))
+        if (left.erase(node.getFieldContainerId()) != 0)
             nodes.push_back(node);
-    for (const QModelIndex& row : rows)
+    for (const QModelIndex& row : _view->selectionModel()->selectedRows())
     {
         const osg::NodePtr node = _model->node(_proxy->mapToSource(row));
-        if (node != osg::NullFC && std::find(nodes.begin(), nodes.end(), node) == nodes.end())
+        if (node != osg::NullFC && left.erase(node.getFieldContainerId()) != 0)
             nodes.push_back(node);
     }
     kxSelection::the().selectNodes(nodes);

@@ -3,6 +3,8 @@
 #include <QWidget>
 #include <osg/FCPtr.h>
 
+#include <unordered_set>
+
 class QLineEdit;
 class QMenu;
 class QSortFilterProxyModel;
@@ -26,6 +28,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    /// Ids of the rows that the view shows as selected.
+    std::unordered_set<unsigned int> shownSelection() const;
     void takeSelection();
     void giveSelection();
     void filter(const QString& text);
