@@ -43,22 +43,27 @@ std::size_t kxContainerWriter::classOf(const FieldContainerPtr& container)
     return _classByType[type.getId()] = _classes.size() - 1;
 }
 
-void kxContainerWriter::collect(const FieldContainerPtr& container)
+bool kxContainerWriter::collect(const FieldContainerPtr& container)
 {
-    std::vector<FieldContainerPtr> open = {container}, owned;
+    std::vector<std::pair<FieldContainerPtr, unsigned>> open = {{container, 1u}};
+    std::vector<FieldContainerPtr> owned;
+    bool flat = true;
     while (!open.empty())
     {
-        const FieldContainerPtr next = open.back();
+        const auto [next, depth] = open.back();
         open.pop_back();
         if (next == NullFC || !_numbers.emplace(next->getId(), quint32(_containers.size() + 1)).second)
             continue;
+        flat = flat && depth <= DeepestNesting;
         const std::size_t classIndex = classOf(next);
         _containers.push_back(next);
         _classOfContainer.push_back(classIndex);
         owned.clear();
         ownedBy(next, classIndex, owned);
-        open.insert(open.end(), owned.rbegin(), owned.rend());
+        for (auto below = owned.rbegin(); below != owned.rend(); ++below)
+            open.emplace_back(*below, depth + 1);
     }
+    return flat;
 }
 
 void kxContainerWriter::ownedBy(const FieldContainerPtr& container, std::size_t classIndex,

@@ -16,6 +16,9 @@
 class kxContainerWriter
 {
 public:
+    /// Readers allow some more: the way by which a container is met first needn't be the longest.
+    static constexpr unsigned DeepestNesting = 1500;
+
     /// Keys of the structure table.
     enum Structure : quint64
     {
@@ -25,8 +28,8 @@ public:
         CoreParents = 4 ///< of a core that several nodes have: those nodes, in the order in which they took it
     };
 
-    /// Takes in a container with all below it. Null does nothing.
-    void collect(const osg::FieldContainerPtr& container);
+    /// Takes in a container with all below it. Null does nothing. False where it is nested deeper than readers allow.
+    bool collect(const osg::FieldContainerPtr& container);
     /// The number of a container, 0 for null and for one that wasn't collected.
     quint32 number(const osg::FieldContainerPtr& container) const;
 

@@ -35,6 +35,12 @@ void appendNumbers(QCborStreamWriter& out, const T* values, std::size_t count)
     appendBytes(out, bytes);
 }
 
+/// Readers refuse what isn't finite; a file that was written can be read.
+float finite(float value)
+{
+    return std::isfinite(value) ? value : 0.0f;
+}
+
 struct Writer
 {
     QCborStreamWriter& out;
@@ -42,15 +48,22 @@ struct Writer
     void operator()(bool value) { out.append(value); }
     void operator()(Int32 value) { out.append(qint64(value)); }
     void operator()(UInt32 value) { out.append(quint64(value)); }
-    void operator()(float value) { out.append(value); }
+    void operator()(float value) { out.append(finite(value)); }
     template <std::size_t N>
     void operator()(const Vector<float, N>& value)
     {
-        appendNumbers(out, value.data(), N);
+        (*this)(std::vector<float>(value.data(), value.data() + N));
     }
     void operator()(const std::string& value) { out.appendTextString(value.data(), qsizetype(value.size())); }
     void operator()(const std::vector<UInt32>& values) { appendNumbers(out, values.data(), values.size()); }
-    void operator()(const std::vector<float>& values) { appendNumbers(out, values.data(), values.size()); }
+    void operator()(const std::vector<float>& values)
+    {
+        if (detail::isFinite(values.data(), values.size()))
+            return appendNumbers(out, values.data(), values.size());
+        std::vector<float> repaired(values.size());
+        std::transform(values.begin(), values.end(), repaired.begin(), finite);
+        appendNumbers(out, repaired.data(), repaired.size());
+    }
     void operator()(const std::vector<std::string>& values)
     {
         out.startArray(quint64(values.size()));
@@ -87,7 +100,7 @@ struct Writer
         {
             const CCPnt& key = keys[i];
             for (const float number : {key.x(), key.y(), key.inX(), key.inY(), key.outX(), key.outY()})
-                *n++ = number;
+                *n++ = finite(number);
             small = small && key.inType < 16 && key.outType < 16;
             types[i] = static_cast<unsigned char>((key.inType & 15u) | (key.outType & 15u) << 4);
         }

@@ -23,11 +23,12 @@ constexpr std::size_t HeadSize = 12, ChunkHeadSize = 8;
 /// Accessors may show one buffer many times over; beyond this factor a file only wants memory.
 constexpr std::size_t LargestGrowth = 64, SmallestBudget = std::size_t(64) << 20;
 
-const char* const KnownExtensions[] = {
-    "KHR_materials_unlit", "KHR_materials_emissive_strength", "KHR_texture_transform",
-    "KHR_lights_punctual", "KHR_mesh_quantization",           "KHR_materials_pbrSpecularGlossiness",
-    "KHR_materials_ior",   "KHR_materials_specular",          "KHR_materials_clearcoat",
-    "KHR_materials_sheen", "KHR_materials_variants"};
+/// Extensions that are read, wholly or nearly.
+const char* const KnownExtensions[] = {"KHR_materials_unlit",   "KHR_materials_emissive_strength",
+                                       "KHR_texture_transform", "KHR_lights_punctual",
+                                       "KHR_mesh_quantization", "KHR_materials_pbrSpecularGlossiness"};
+/// Extensions of the look alone: a file that needs one is shown without it.
+constexpr char LookExtensions[] = "KHR_materials_";
 
 /// Where external files of one model lie, and how long its buffers are.
 struct Files
@@ -193,7 +194,7 @@ bool kxGltfDocument::checkJson(const QByteArray& json, kxFileReport& report)
                            [&name](const char* entry) { return name == QLatin1String(entry); });
     };
     for (const QJsonValue& name : root.value(QStringLiteral("extensionsRequired")).toArray())
-        if (!known(name.toString()))
+        if (!known(name.toString()) && !name.toString().startsWith(QLatin1String(LookExtensions)))
             return report.fail(
                 QStringLiteral("the file needs the extension '%1', which isn't supported").arg(name.toString()));
     for (const QJsonValue& name : root.value(QStringLiteral("extensionsUsed")).toArray())

@@ -12,15 +12,17 @@ namespace
 {
 constexpr std::size_t Entries = 9;
 
-void writeContent(QCborStreamWriter& out, const kxSceneContent& content)
+void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileReport& report)
 {
     kxContainerWriter writer;
-    writer.collect(content.root.get());
-    writer.collect(content.sceneplates.get());
+    bool flat = writer.collect(content.root.get());
+    flat = writer.collect(content.sceneplates.get()) && flat;
     for (const kxShare<Material>& material : content.materials)
-        writer.collect(material.get());
-    writer.collect(content.clips.get());
-    writer.collect(content.sceneStructure.get());
+        flat = writer.collect(material.get()) && flat;
+    flat = writer.collect(content.clips.get()) && flat;
+    flat = writer.collect(content.sceneStructure.get()) && flat;
+    if (!flat)
+        report.fail(QStringLiteral("the scene is nested more than %1 deep").arg(kxContainerWriter::DeepestNesting));
 
     const kxRestScope rest(writer.containers());
     out.startMap(Entries);
@@ -116,8 +118,8 @@ bool kxSceneFile::save(const QString& path, kxFileReport& report)
     if (!file.begin(report))
         return false;
     QCborStreamWriter out(&file);
-    writeContent(out, kxSceneContent::ofScene());
-    return file.commit(report);
+    writeContent(out, kxSceneContent::ofScene(), report);
+    return !report.failed() && file.commit(report);
 }
 
 bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileReport& report)

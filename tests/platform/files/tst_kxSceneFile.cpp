@@ -26,6 +26,7 @@ private Q_SLOTS:
     void savingWhatWasReadGivesTheSameBytes();
     void everythingComesBack();
     void animatedValuesAreSavedAtRest();
+    void whatIsWrittenCanBeRead();
     void damagedFilesAreRefused();
     void damagedContentNeverHarms();
     void unknownClassesAndFieldsAreNamed();
@@ -109,6 +110,27 @@ void tst_kxSceneFile::animatedValuesAreSavedAtRest()
     QVERIFY(kxSceneFile::read(path, content, report));
     const TransformPtr read = TransformPtr::dcast(content.root->getChild(0)->getCore());
     QVERIFY(read->getEulerRotation() == Vec3f(1, 2, 3));
+}
+
+void tst_kxSceneFile::whatIsWrittenCanBeRead()
+{
+    // Numbers that a script may have spoilt, and a tree too deep for any reader.
+    const TransformPtr core = Transform::create();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    core->setTranslation(Vec3f(nan, 5, std::numeric_limits<float>::infinity()));
+    NodePtr node = addNode(kxScene::the()->root(), "spoilt \xff\xfe", core);
+    const QString path = _folder.filePath(QStringLiteral("c.kxs"));
+    kxFileReport report(path), deep(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+    QCOMPARE(TransformPtr::dcast(nodeNamed("spoilt \xff\xfe")->getCore())->getTranslation()[1], 5.0f);
+    const QByteArray before = bytesOfFile(path);
+    node = kxScene::the()->root();
+    for (int i = 0; i < 1800; ++i)
+        node = addNode(node, "deep", Group::create());
+    QVERIFY(!kxSceneIO::save(path, deep));
+    QVERIFY(deep.error().contains(QLatin1String("nested")));
+    QCOMPARE(bytesOfFile(path), before);
 }
 
 void tst_kxSceneFile::damagedFilesAreRefused()
