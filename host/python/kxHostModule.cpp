@@ -5,6 +5,7 @@
 #include "kxHostChannels.h"
 #include "kxHostFiles.h"
 #include "kxHostMessages.h"
+#include "kxHostWidgets.h"
 
 #include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
@@ -247,6 +248,30 @@ void defineRest()
     bp::def("processEvents", processEvents, "Lets the application draw and answer the user before the script goes on.");
 }
 
+void defineWidgets()
+{
+    bp::def("widgetRect", kxHostWidgets::rect, bp::args("name"),
+            "Gets the place of a visible widget on the screen, for scripts that show or test how the application is "
+            "used.\n\n"
+            "@param name: The object name of the widget, as in \"_play\"; where several bear it, behind the name of a "
+            "widget above it, as in \"_properties/_name\".\n\n"
+            "@type name: string\n\n"
+            "@return: x, y, width and height in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: No visible widget has this name, or more than one has.");
+    bp::def("widgetProperty", kxHostWidgets::property, bp::args("name", "property"),
+            "Gets what a visible widget shows.\n\n"
+            "@param name: The object name of the widget, as for widgetRect().\n\n"
+            "@type name: string\n\n"
+            "@param property: The name of the property, as in \"value\", \"text\", \"checked\", \"enabled\".\n\n"
+            "@type property: string\n\n"
+            "@return: The property.\n\n"
+            "@rtype: bool, int, float or string\n\n"
+            "@raise LookupError: No visible widget has this name, or more than one has.\n"
+            "@raise KeyError: The widget has no such property.\n"
+            "@raise TypeError: The property is of another type.");
+}
+
 void defineModule()
 {
     const bp::docstring_options docstrings(true, false);
@@ -257,6 +282,7 @@ void defineModule()
     defineObjects();
     defineChannels();
     defineRest();
+    defineWidgets();
 }
 
 extern "C" PyObject* initKxHost()

@@ -9,6 +9,7 @@
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
+#include <QSpinBox>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -50,6 +51,7 @@ private Q_SLOTS:
     void messagesCarryExactTypes();
     void messagesGiveTheAnswerBack();
     void picturesComeFromTheHooks();
+    void widgetsByTheirNames();
     void everyFunctionIsDescribed();
 
 private:
@@ -249,6 +251,38 @@ void tst_kxHostModule::picturesComeFromTheHooks()
     };
     run("render('\\xfc.png', 320, 200)\nrefused(RuntimeError, 'disk full', render, 'a.png', 10, 20)");
     QCOMPARE(drawn, QString("a.png 10 20"));
+}
+
+void tst_kxHostModule::widgetsByTheirNames()
+{
+    QWidget window;
+    window.setObjectName("_window");
+    for (const char* const name : {"_left", "_right"})
+    {
+        auto* const box = new QWidget(&window);
+        box->setObjectName(QString::fromLatin1(name));
+        box->setGeometry(window.children().size() * 100, 20, 90, 60);
+        auto* const field = new QSpinBox(box);
+        field->setObjectName("_field");
+        field->setGeometry(5, 7, 40, 25);
+        field->setValue(window.children().size());
+    }
+    run("refused(LookupError, 'no visible', widgetRect, '_left')");
+    window.move(30, 40);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QPoint field = window.mapToGlobal(QPoint(205, 27));
+    run(QStringLiteral("assert widgetRect('_window/_right/_field') == (%1, %2, 40, 25), widgetRect('_right/_field')\n"
+                       "assert widgetProperty('_left/_field', 'value') == 1\n"
+                       "assert widgetProperty('_right/_field', 'enabled') is True\n"
+                       "assert widgetProperty('_window', 'objectName') == '_window'\n"
+                       "refused(LookupError, 'more than one', widgetRect, '_field')\n"
+                       "refused(LookupError, 'no visible', widgetProperty, '_right/_left', 'value')\n"
+                       "refused(LookupError, 'no visible', widgetRect, '')\n"
+                       "refused(KeyError, 'speed', widgetProperty, '_left', 'speed')\n"
+                       "refused(TypeError, 'palette', widgetProperty, '_left', 'palette')")
+            .arg(field.x())
+            .arg(field.y()));
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()
