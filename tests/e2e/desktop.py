@@ -1,0 +1,232 @@
+"""A virtual display with a window manager, and the application on it, driven by real mouse and key events."""
+import ctypes
+import json
+import os
+import select
+import signal
+import socket
+import subprocess
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+SCREEN = "1600x1000x24"
+PATIENCE = 30.0  # seconds until something that is waited for counts as missing
+PR_SET_PDEATHSIG = 1
+LIBC = ctypes.CDLL(None)
+
+
+class Missing(AssertionError):
+    """Something that was waited for did not come."""
+
+
+def until(what, condition, seconds=PATIENCE):
+    """Waits for a true value of condition() and gives it."""
+    end = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise Missing("waited %g s in vain: %s" % (seconds, what))
+        time.sleep(0.01)
+
+
+def start(command, environment, log, **more):
+    """Starts a process group of its own, which dies with this test whatever happens to it."""
+    return subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT,
+                            start_new_session=True, preexec_fn=lambda: LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL),
+                            **more)
+
+
+def end(process):
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+
+def private_environment(folder):
+    """The environment without a display, with settings, home and runtime folder below `folder`."""
+    environment = {name: value for name, value in os.environ.items()
+                   if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "QT_SCALE_FACTOR", "XAUTHORITY")}
+    for name, part in (("HOME", "home"), ("XDG_RUNTIME_DIR", "runtime"), ("KX_SETTINGS_DIR", "settings")):
+        environment[name] = os.path.join(folder, part)
+        os.makedirs(environment[name], mode=0o700, exist_ok=True)
+    environment["LC_ALL"] = "C.UTF-8"
+    return environment
+
+
+class Display:
+    """Xvfb on a free number and openbox on it, without which no window would be active."""
+
+    def __init__(self, folder):
+        self.environment = private_environment(folder)
+        self._log = open(os.path.join(folder, "display.log"), "wb")
+        self._processes = []
+        reading, writing = os.pipe()
+        self._start(["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp"],
+                    pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as numbers:
+            if not select.select([numbers], [], [], PATIENCE)[0]:
+                raise Missing("Xvfb names no display")
+            number = numbers.readline().strip()
+        if not number:
+            raise Missing("Xvfb doesn't start")
+        self.environment.update(DISPLAY=":" + number, QT_QPA_PLATFORM="xcb", LIBGL_ALWAYS_SOFTWARE="1")
+        self._start(["openbox", "--sm-disable"])
+        until("a window manager", lambda: self.xdotool("get_num_desktops", check=False).returncode == 0)
+
+    def _start(self, command, **more):
+        self._processes.append(start(command, self.environment, self._log, **more))
+
+    def xdotool(self, *words, check=True):
+        done = subprocess.run(["xdotool"] + [str(word) for word in words], env=self.environment, timeout=PATIENCE,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        if check and done.returncode != 0:
+            raise Missing("xdotool %s: %s" % (" ".join(map(str, words)), done.stderr.strip()))
+        return done
+
+    def wait_for_window(self, title):
+        """Waits for an active window whose title contains `title`."""
+        def is_active():
+            return title in self.xdotool("getactivewindow", "getwindowname", check=False).stdout
+        until("a window '%s'" % title, is_active)
+
+    def picture(self, path):
+        subprocess.run(["import", "-window", "root", path], env=self.environment, timeout=PATIENCE, check=False)
+
+    def close(self):
+        for process in reversed(self._processes):
+            end(process)
+        self._log.close()
+
+
+class Application:
+    """The application in a window. Questions go to agent.py inside it, deeds are done by mouse and keyboard."""
+
+    def __init__(self, host, display, folder, *arguments):
+        self._display = display
+        self._log_path = os.path.join(folder, "application.log")
+        socket_path = os.path.join(folder, "agent.socket")
+        listener = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+        listener.bind(socket_path)
+        listener.listen(1)
+        listener.settimeout(PATIENCE)
+        with open(self._log_path, "wb") as log:
+            self._process = start([host, *arguments, "--script", os.path.join(HERE, "agent.py")],
+                                  dict(display.environment, KX_E2E_SOCKET=socket_path), log)
+        try:
+            self._connection, _ = listener.accept()
+        except TimeoutError:
+            raise Missing("the application doesn't run its script:\n" + self.log()) from None
+        finally:
+            listener.close()
+        self._connection.settimeout(PATIENCE)
+        self._answers = self._connection.makefile("r")
+        self._display.wait_for_window("kxhost")
+        self.click("_view", 0.5, 0.97)
+
+    def log(self):
+        with open(self._log_path, encoding="utf-8", errors="replace") as log:
+            return log.read()[-3000:]
+
+    def _request(self, **request):
+        try:
+            self._connection.sendall(json.dumps(request).encode() + b"\n")
+            line = self._answers.readline()
+        except OSError as error:
+            line = ""
+            reason = str(error)
+        else:
+            reason = "it is gone"
+        if not line:
+            raise Missing("the application doesn't answer (%s, exit code %s) to %s\n%s" %
+                          (reason, self._process.poll(), request, self.log()))
+        answer = json.loads(line)
+        if "error" in answer:
+            raise AssertionError("%s\n%s" % (request, answer["error"]))
+        return answer["value"]
+
+    def ask(self, expression):
+        return self._request(eval=expression)
+
+    def run(self, statements):
+        self._request(run=statements)
+
+    def shown(self, widget, what="value"):
+        return self.ask("widgetProperty(%r, %r)" % (widget, what))
+
+    def wait_for(self, expression, seconds=PATIENCE):
+        return until(expression, lambda: self.ask(expression), seconds)
+
+    def set_frame(self, frame):
+        self.run("sendMessage('frameChangedCurveEditor', {'frame': float(%r)})" % frame)
+
+    def point(self, widget, x, y):
+        """A place in a widget as a pixel of the screen; x and y are parts of its size, or pixels from its right or
+        bottom where negative, from its left or top where above 1."""
+        left, top, width, height = self.ask("widgetRect(%r)" % widget)
+
+        def place(start, size, part):
+            return start + round(part * (size - 1) if 0 <= part <= 1 else part if part > 1 else size + part)
+        return place(left, width, x), place(top, height, y)
+
+    def click(self, widget, x=0.5, y=0.5, count=1):
+        self._display.xdotool("mousemove", *self.point(widget, x, y), "click", "--repeat", count, "--delay", 40, 1)
+
+    def press(self, widget, x, y):
+        self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", 1)
+
+    def drag_to(self, widget, x, y):
+        """Moves the held mouse there in steps, as a hand does."""
+        target = self.point(widget, x, y)
+        here = dict(line.split("=") for line in self._display.xdotool("getmouselocation", "--shell").stdout.split())
+        start_point = int(here["X"]), int(here["Y"])
+        words = []
+        for step in range(1, 9):
+            words += ["mousemove"] + [round(a + (b - a) * step / 8) for a, b in zip(start_point, target)]
+        self._display.xdotool(*words)
+
+    def release(self):
+        self._display.xdotool("mouseup", 1)
+
+    def keys(self, *names):
+        self._display.xdotool("key", "--delay", 30, *names)
+
+    def type(self, text):
+        self._display.xdotool("type", "--delay", 8, text)
+
+    def answer_file_dialog(self, title, path, next_window="kxhost"):
+        """Types a path into the file dialog that is about to open, and waits for the window that comes then."""
+        self._display.wait_for_window(title)
+        self.keys("ctrl+a")
+        self.type(path)
+        self.keys("Return")
+        self._display.wait_for_window(next_window)
+
+    def open_file(self, path):
+        """Opens a file by the menu's shortcut and the file dialog."""
+        self.keys("ctrl+o")
+        self.answer_file_dialog("Open", path)
+        until("the title of " + path, lambda: os.path.basename(path) in self.shown("_mainWindow", "windowTitle"))
+
+    def quit(self):
+        """Ends the application as its user would, and gives its exit code."""
+        self._answers.close()
+        self._connection.close()
+        self.keys("ctrl+q")
+        try:
+            return self._process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            raise Missing("the application doesn't quit\n" + self.log()) from None
+
+    def close(self):
+        end(self._process)
+
+
+def run_headless(host, folder, *arguments, seconds=60):
+    """Runs the application without a display; gives its exit code and all it printed."""
+    done = subprocess.run([host, "--headless", *arguments], env=private_environment(folder), cwd=folder,
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=seconds,
+                          encoding="utf-8", errors="replace")
+    return done.returncode, done.stdout
