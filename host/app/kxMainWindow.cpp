@@ -147,7 +147,7 @@ void kxMainWindow::arrange()
 {
     const auto dock = [this](const char* name) { return _docks->getDockWidget(QString::fromLatin1(name)); };
     const int height = this->height();
-    resizeDocks({dock("Scene"), dock("Properties")}, {SideWidth, SideWidth + 30}, Qt::Horizontal);
+    resizeDocks({dock("Scene"), dock("Properties")}, {SideWidth, SideWidth + 50}, Qt::Horizontal);
     resizeDocks({dock("Scene"), dock("Materials")}, {height * 58 / 100, height * 42 / 100}, Qt::Vertical);
     resizeDocks({dock("Properties"), dock("History")}, {height * 70 / 100, height * 30 / 100}, Qt::Vertical);
     resizeDocks({dock("Log")}, {BottomHeight}, Qt::Vertical);

@@ -4,7 +4,6 @@
 
 #include <QKXCollapsibleFrame.h>
 #include <app/kxSceneEdits.h>
-#include <kxAnimManager.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
@@ -50,36 +49,6 @@ QString titleOf(const osg::FieldContainerType& type)
     if (name == "UberMaterial")
         return kxPropertyPanel::tr("Material");
     return kxFieldLook::words(name);
-}
-
-/// Whose attachments hold the animations of these containers: a core's are those of its nodes.
-std::vector<osg::FieldContainerPtr> animationHolders(const std::vector<osg::FieldContainerPtr>& containers)
-{
-    std::vector<osg::FieldContainerPtr> holders;
-    for (const osg::FieldContainerPtr& container : containers)
-    {
-        const osg::NodeCorePtr core = osg::NodeCorePtr::dcast(container);
-        if (core == osg::NullFC)
-            holders.push_back(container);
-        else
-            holders.insert(holders.end(), core->getParents().begin(), core->getParents().end());
-    }
-    return holders;
-}
-
-/// The components of a channel that active animations under `container` drive.
-std::set<std::string> drivenSuffixes(const osg::FieldContainerPtr& container, const std::string& channel)
-{
-    std::set<std::string> suffixes;
-    const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(container);
-    if (attachment == osg::NullFC)
-        return suffixes;
-    std::vector<osg::AnimCurvePtr> curves;
-    kxAnimManager::the()->getAnimCurves(attachment->getAnimationRoot(), curves, true, true, true);
-    for (const osg::AnimCurvePtr& curve : curves)
-        if (curve->getChannelName() == channel && !curve->getControlPoints().empty())
-            suffixes.insert(curve->getSuffix());
-    return suffixes;
 }
 } // namespace
 
@@ -152,10 +121,7 @@ void kxPropertyPanel::follow()
     else if (parts() != _parts)
         rebuild();
     else
-    {
         refresh();
-        markDriven();
-    }
 }
 
 void kxPropertyPanel::refresh()
@@ -166,6 +132,7 @@ void kxPropertyPanel::refresh()
         return rebuild(); // another material, say
     for (kxPropertyRow* const row : _rows)
         row->refresh();
+    markDriven();
     if (_name != nullptr && !_name->isModified() && !_named.empty())
     {
         const auto named = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_named.front());
@@ -316,10 +283,5 @@ void kxPropertyPanel::markDriven()
     if (_stale || !isVisible())
         return;
     for (kxPropertyRow* const row : _rows)
-    {
-        std::set<std::string> suffixes;
-        for (const osg::FieldContainerPtr& holder : animationHolders(row->containers()))
-            suffixes.merge(drivenSuffixes(holder, row->channel()));
-        row->setDriven(suffixes);
-    }
+        row->updateDriven();
 }

@@ -3,6 +3,7 @@
 #include "kxColorButton.h"
 
 #include <QKXSpiner.h>
+#include <animation/kxRestValues.h>
 #include <app/kxSceneEdits.h>
 #include <kxScenegraph.h>
 #include <scene/kxScene.h>
@@ -21,14 +22,9 @@ namespace
 /// Text in the colour of what animations drive.
 void markDriven(QWidget* widget, bool driven, const QString& toolTip)
 {
-    QPalette colors = widget->palette();
-    const QColor color = driven ? kxColors::accent() : kxColors::text();
-    if (colors.color(QPalette::Text) != color)
-    {
-        colors.setColor(QPalette::Text, color);
-        colors.setColor(QPalette::WindowText, color);
-        widget->setPalette(colors);
-    }
+    widget->setProperty("driven", driven);
+    // By a sheet of its own: the application's would win over a palette.
+    widget->setStyleSheet(driven ? QStringLiteral("color: %1;").arg(kxColors::accent().name()) : QString());
     widget->setToolTip(driven ? toolTip + QLatin1Char('\n') +
                                     kxPropertyRow::tr("Driven by an animation: the next frame writes it again. Set a "
                                                       "key to keep a value.")
@@ -63,7 +59,7 @@ kxPropertyRow* kxPropertyRow::make(const std::vector<osg::FieldContainerPtr>& co
 }
 
 kxPropertyRow::kxPropertyRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field)
-    : _look(kxFieldLook::of(field.name())), _field(field.name()), _channel(field.channel())
+    : _look(kxFieldLook::of(field.name())), _field(field.name())
 {
     setObjectName(QString::fromStdString(field.name()));
     for (const osg::FieldContainerPtr& container : containers)
@@ -106,7 +102,25 @@ void kxPropertyRow::write(const osg::FieldValue& value)
     refresh();
 }
 
-void kxPropertyRow::setDriven(const std::set<std::string>&) {}
+void kxPropertyRow::updateDriven()
+{
+    const osg::FieldDescription* const own = description();
+    std::set<unsigned> driven;
+    for (unsigned i = 0; own != nullptr && own->isAnimatable() && i < own->components(); ++i)
+        for (const osg::FieldContainerPtr& container : containers())
+        {
+            // What is driven has a value of its own beside the one that it shows.
+            float rest = 0;
+            if (kxRestValues::the().get(container->getId(), _field, i, rest))
+                driven.insert(i);
+        }
+    if (driven == _driven)
+        return;
+    _driven = driven;
+    setDriven(driven);
+}
+
+void kxPropertyRow::setDriven(const std::set<unsigned>&) {}
 
 kxNumberRow::kxNumberRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field)
     : kxPropertyRow(containers, field), _suffixes(field.suffixes())
@@ -200,10 +214,10 @@ void kxNumberRow::refresh()
         _color->setColor(osg::Vec3f(number(all.front(), 0), number(all.front(), 1), number(all.front(), 2)));
 }
 
-void kxNumberRow::setDriven(const std::set<std::string>& suffixes)
+void kxNumberRow::setDriven(const std::set<unsigned>& components)
 {
-    for (std::size_t i = 0; i < _spinners.size(); ++i)
-        markDriven(_spinners[i], suffixes.count(_suffixes[i]) != 0, _spinners[i]->accessibleName());
+    for (unsigned i = 0; i < _spinners.size(); ++i)
+        markDriven(_spinners[i], components.count(i) != 0, _spinners[i]->accessibleName());
 }
 
 kxCheckRow::kxCheckRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field)
@@ -231,10 +245,10 @@ void kxCheckRow::refresh()
     _box->setTristate(false);
 }
 
-void kxCheckRow::setDriven(const std::set<std::string>& suffixes)
+void kxCheckRow::setDriven(const std::set<unsigned>& components)
 {
-    markDriven(_box, !suffixes.empty(), label());
-    _box->setText(suffixes.empty() ? QString() : tr("animated"));
+    markDriven(_box, !components.empty(), label());
+    _box->setText(components.empty() ? QString() : tr("animated"));
 }
 
 kxChoiceRow::kxChoiceRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field,

@@ -26,11 +26,10 @@ public:
 
     /// Reads the values again; a field that the user is typing in is left alone.
     virtual void refresh() = 0;
-    /// The components that animations drive, by suffix.
-    virtual void setDriven(const std::set<std::string>& suffixes);
+    /// Marks the components that animations drive at this moment.
+    void updateDriven();
 
     const std::string& field() const { return _field; }
-    const std::string& channel() const { return _channel; }
     QString label() const { return _look.label; }
     /// Those that live.
     std::vector<osg::FieldContainerPtr> containers() const;
@@ -42,12 +41,14 @@ protected:
     const osg::FieldDescription* description() const;
     osg::FieldValue value() const;
     void write(const osg::FieldValue& value);
+    virtual void setDriven(const std::set<unsigned>& components);
 
     kxFieldLook _look;
 
 private:
     std::vector<unsigned int> _ids;
-    std::string _field, _channel;
+    std::string _field;
+    std::set<unsigned> _driven; // as it is shown
 };
 
 /// Numbers side by side, with a colour patch before them where they are red, green and blue.
@@ -57,7 +58,9 @@ class kxNumberRow : public kxPropertyRow
 public:
     kxNumberRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field);
     void refresh() override;
-    void setDriven(const std::set<std::string>& suffixes) override;
+
+protected:
+    void setDriven(const std::set<unsigned>& components) override;
 
 private:
     void addSpinner(unsigned component, const osg::FieldDescription& field);
@@ -75,7 +78,9 @@ class kxCheckRow : public kxPropertyRow
 public:
     kxCheckRow(const std::vector<osg::FieldContainerPtr>& containers, const osg::FieldDescription& field);
     void refresh() override;
-    void setDriven(const std::set<std::string>& suffixes) override;
+
+protected:
+    void setDriven(const std::set<unsigned>& components) override;
 
 private:
     QCheckBox* _box;

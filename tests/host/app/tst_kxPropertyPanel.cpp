@@ -7,11 +7,11 @@
 #include <kxSendMouse.h>
 #include <kxServices.h>
 #include <kxUndo.h>
+#include <osg/AnimAttachments.h>
 #include <panels/kxColorButton.h>
 #include <panels/kxPropertyPanel.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
-#include <widgets/kxColors.h>
 
 #include <QLineEdit>
 #include <QUndoStack>
@@ -120,9 +120,17 @@ void tst_kxPropertyPanel::marksWhatIsDriven()
     const osg::NodePtr node = addObject("Node");
     animate(node);
     kxAnimManager::the()->updateSceneAnimCurveData();
+    kxAnimManager::the()->setCurrentFrame(6, true, true);
     select({node});
-    QCOMPARE(spinner("translationX")->palette().color(QPalette::Text), kxColors::accent());
-    QVERIFY(spinner("translationY")->palette().color(QPalette::Text) != kxColors::accent());
+    QVERIFY(spinner("translationX")->property("driven").toBool());
+    QVERIFY(!spinner("translationY")->property("driven").toBool());
+    // As soon as nothing drives it any more.
+    node->subAttachment(node->findAttachment<osg::AnimAttachment>());
+    osg::markChanged(node, osg::Node::AttachmentsFieldMask);
+    kxAnimManager::the()->reevaluateAnimations(true);
+    kxScene::the()->markStructureChanged();
+    kxScene::the()->flush();
+    QVERIFY(!spinner("translationX")->property("driven").toBool());
 }
 
 void tst_kxPropertyPanel::survivesTheEndOfItsObject()
