@@ -86,8 +86,11 @@ void tst_kxAnimManager::keyableChannels()
     QVERIFY(texts.contains("focalLength.") && texts.contains("visible."));
     QCOMPARE(channels[4].fieldName, std::string("eulerRotation"));
     QCOMPARE(channels[4].component, UInt64(1));
-    QVERIFY(!channelsOf(UberMaterial::create()).empty());
-    QVERIFY(channelsOf(f.curve("scale", "X", {})).empty());
+    const MaterialPtr material = UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    QVERIFY(!channelsOf(material).empty());
+    manager()->addToSceneStructure(f.curve("scale", "X", {}));
+    QVERIFY(channelsOf(manager()->sceneStructureRoot()->getChild(0)).empty());
     QVERIFY(channelsOf(FieldContainerPtr()).empty());
     // Every channel leads to a curve and back.
     const AnimAttachmentPtr attachment = AnimAttachmentBase::create();

@@ -419,7 +419,8 @@ void tst_kxPlayback::queueIsStoppedPausedAndReset()
     QVERIFY(manager()->isPlaying("block")); // endless
     manager()->dequeueAll();
     QCOMPARE(take(), QString("dequeued"));
-    manager()->enqueue(f.clip("empty", {}), true); // nothing to play
+    manager()->addToClipStructure(f.clip("empty", {}));
+    manager()->enqueue(manager()->findClip("empty"), true); // nothing to play
     QVERIFY(!manager()->isPlaying("empty"));
 }
 
