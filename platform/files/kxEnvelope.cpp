@@ -6,6 +6,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <zlib.h>
 
@@ -23,13 +24,13 @@ quint32 crc(quint32 start, const char* data, qint64 size)
 
 QByteArray kxEnvelope::head(const char* magic, quint64 length, quint32 checksum)
 {
-    QByteArray bytes(HeadSize, '\0');
+    std::array<char, HeadSize> bytes{};
     std::memcpy(bytes.data(), magic, MagicSize);
     qToLittleEndian(Version, bytes.data() + VersionAt);
     qToLittleEndian(length, bytes.data() + LengthAt);
     qToLittleEndian(checksum, bytes.data() + ChecksumAt);
-    qToLittleEndian(crc(0, bytes.constData(), HeadSize), bytes.data() + HeadChecksumAt);
-    return bytes;
+    qToLittleEndian(crc(0, bytes.data(), HeadSize), bytes.data() + HeadChecksumAt);
+    return QByteArray(bytes.data(), HeadSize);
 }
 
 bool kxEnvelope::check(const char* magic, const char* bytes, qint64 size, kxFileReport& report)
