@@ -8,9 +8,12 @@ import socket
 import subprocess
 import time
 
+import poses
+
 HERE = os.path.dirname(os.path.abspath(__file__))
 SCREEN = "1600x1000x24"
-PATIENCE = 30.0  # seconds until something that is waited for counts as missing
+PATIENCE = 20.0  # seconds until something that is waited for counts as missing
+CAMERA_RESTS = 0.3  # seconds without another picture
 PR_SET_PDEATHSIG = 1
 LIBC = ctypes.CDLL(None)
 
@@ -159,6 +162,25 @@ class Application:
     def wait_for(self, expression, seconds=PATIENCE):
         return until(expression, lambda: self.ask(expression), seconds)
 
+    def picture(self):
+        """What the view's camera sees, small."""
+        path = self._log_path + ".png"
+        self.run("render(%r, 64, 36)" % path)
+        with open(path, "rb") as file:
+            return file.read()
+
+    def wait_for_camera(self, before):
+        """Waits until the camera has left the picture `before` and has come to rest."""
+        until("another view", lambda: self.picture() != before)
+        last, since = self.picture(), time.monotonic()
+        end_time = since + PATIENCE
+        while time.monotonic() - since < CAMERA_RESTS:
+            picture = self.picture()
+            if picture != last:
+                last, since = picture, time.monotonic()
+            if time.monotonic() > end_time:
+                raise Missing("the camera never comes to rest")
+
     def set_frame(self, frame):
         self.run("sendMessage('frameChangedCurveEditor', {'frame': float(%r)})" % frame)
 
@@ -204,6 +226,11 @@ class Application:
         self.keys("Return")
         self._display.wait_for_window(next_window)
 
+    def answer_question(self, title, key):
+        self._display.wait_for_window(title)
+        self.keys(key)
+        self._display.wait_for_window("kxhost")
+
     def open_file(self, path):
         """Opens a file by the menu's shortcut and the file dialog."""
         self.keys("ctrl+o")
@@ -230,3 +257,28 @@ def run_headless(host, folder, *arguments, seconds=60):
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=seconds,
                           encoding="utf-8", errors="replace")
     return done.returncode, done.stdout
+
+
+SHOW_VALUES = """
+import json, sys
+sys.path.insert(0, %(here)r)
+import agent, kxHost
+seen = []
+for frame in %(frames)r:
+    kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
+    seen.append(agent.values(%(paths)r, %(channels)r))
+with open(%(answer)r, 'w') as file:
+    json.dump(seen, file)
+"""
+
+
+def values_at_frames(host, folder, scene, paths, frames):
+    """Opens a file in a process of its own without a display; gives {path: channel values} for each frame."""
+    script, answer = os.path.join(folder, "values.py"), os.path.join(folder, "values.json")
+    with open(script, "w", encoding="utf-8") as file:
+        file.write(SHOW_VALUES % {"here": HERE, "frames": frames, "paths": paths, "channels": poses.CHANNELS,
+                                  "answer": answer})
+    code, output = run_headless(host, folder, scene, "--script", script)
+    assert code == 0, "opening %s gives %s:\n%s" % (scene, code, output)
+    with open(answer, encoding="utf-8") as file:
+        return json.load(file)

@@ -97,6 +97,24 @@ def read_gltf(path, name_of=lambda index, node: node["name"], between=()):
     return found
 
 
+def read_gltf_tree(path, top):
+    """The local matrices of objects that stand still, by their way down from `top`: "Root/0/3"."""
+    document, _ = gltf_parts(path)
+    found = {}
+
+    def go(indices, above):
+        for place, index in enumerate(indices):
+            node = document["nodes"][index]
+            here = "%s/%d" % (above, place)
+            columns = node.get("matrix")
+            found[here] = ([list(columns[row::4]) for row in range(4)] if columns else poses.compose(
+                node.get("translation", RESTS["translation"]),
+                poses.from_quaternion(*node.get("rotation", RESTS["rotation"])), node.get("scale", RESTS["scale"])))
+            go(node.get("children", []), here)
+    go(document["scenes"][document.get("scene", 0)]["nodes"], top)
+    return found
+
+
 # Collada: channels that are whole matrices
 
 def read_collada(path):
