@@ -84,6 +84,24 @@ void AnimNodeBase::describeFields(FieldList& fields)
             .transient());
 }
 
+void AnimNodeBase::setOffset(const Vec2f& offset)
+{
+    if (std::isfinite(offset.x()) && std::isfinite(offset.y()))
+        _offset = offset;
+}
+
+void AnimNodeBase::setPlayRange(const Pnt2f& range)
+{
+    if (std::isfinite(range.x()) && std::isfinite(range.y()))
+        _playRange = range;
+}
+
+void AnimNodeBase::setLastEvaluationTime(float seconds)
+{
+    if (std::isfinite(seconds))
+        _lastEvaluationTime = seconds;
+}
+
 void AnimNodeBase::setScale(float scale)
 {
     if (std::isfinite(scale) && scale > 0)

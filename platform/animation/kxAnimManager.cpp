@@ -116,10 +116,17 @@ void kxAnimManager::Private::evaluate(bool all)
     for (const kxCurveData& data : shown)
         if (const AnimNodePtr node = FieldContainerFactory::the()->get<AnimNode>(data.nodeId))
             nodes.push_back(node);
-    kxScenePlan::the().update(); // rest values are known before anything is written
-    if (all || kxScenePlan::the().isStale())
+    kxScenePlan& plan = kxScenePlan::the();
+    plan.update(); // rest values are known before anything is written
+    if (all || plan.isStale())
         kxClipPrograms::the().ofCurves(nodes).evaluate(seconds);
-    kxAnimWatch::the().clearStale();
+    plan.settle();
+}
+
+void kxAnimManager::Private::forgetAnnounced()
+{
+    announcedFrame.reset();
+    announcedFullFrame.reset();
 }
 
 void kxAnimManager::Private::announce(bool force)
@@ -145,10 +152,13 @@ void kxAnimManager::setCurrentFrame(double frame, bool force, bool announce)
         return;
     const bool moves = frame != _p->frame;
     _p->frame = frame;
-    if (moves || force || kxScenePlan::the().isStale())
-        _p->evaluate(moves || force);
+    const bool all = moves || force || !kxScenePlan::the().isShown();
+    if (all || kxScenePlan::the().isStale())
+        _p->evaluate(all);
     if (announce && (moves || force || frame != _p->announcedFrame))
         _p->announce(force);
+    else if (moves)
+        _p->forgetAnnounced();
 }
 
 void kxAnimManager::setCurrentFrameNoEvaluation(double frame, bool announce)
@@ -157,8 +167,12 @@ void kxAnimManager::setCurrentFrameNoEvaluation(double frame, bool announce)
         return;
     const bool moves = frame != _p->frame;
     _p->frame = frame;
+    if (moves)
+        kxScenePlan::the().setOverwritten();
     if (announce && (moves || frame != _p->announcedFrame))
         _p->announce(false);
+    else if (moves)
+        _p->forgetAnnounced();
 }
 
 void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool update, bool triggers, bool recordTime)
@@ -169,7 +183,7 @@ void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool 
     const float seconds = kxFrameTime::seconds(frame, _p->fps);
     const float before = node->getLastEvaluationTime();
     const kxNodeTime::Map toRoot = kxNodeTime::toRoot(node->getParent());
-    kxClipPrograms::the().of(node).evaluate(toRoot.from(seconds));
+    kxClipPrograms::the().show(node, toRoot.from(seconds));
     if (triggers || recordTime)
         node->setLastEvaluationTime(seconds);
     if (recordTime)
@@ -267,7 +281,10 @@ int kxAnimManager::playbackContextHint() const
 
 void kxAnimManager::setPlaybackContextHint(int value)
 {
+    const bool changes = (value == 0) != (_p->playbackContextHint == 0);
     _p->playbackContextHint = value;
+    if (changes)
+        _p->evaluate(true);
 }
 
 bool kxAnimManager::getVerifyClipStructure() const

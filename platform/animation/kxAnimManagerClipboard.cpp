@@ -18,7 +18,32 @@ struct Copied
 {
     AnimNodePtr shared; // a share of each
     AnimNodePtr own;
+    // Of the nodes in the order of a walk. The copies themselves have none: a name in the clipboard is nobody's.
+    std::vector<std::string> names;
 };
+
+void setNames(const AnimNodePtr& root, const std::vector<std::string>& names)
+{
+    std::size_t next = 0;
+    traverse(root,
+             [&](const NodePtr& node)
+             {
+                 node->setNodeName(next < names.size() ? names[next++] : std::string());
+                 return osg::Action::Continue;
+             });
+}
+
+std::vector<std::string> namesOf(const AnimNodePtr& root)
+{
+    std::vector<std::string> names;
+    traverse(root,
+             [&names](const NodePtr& node)
+             {
+                 names.push_back(node->getNodeName());
+                 return osg::Action::Continue;
+             });
+    return names;
+}
 
 std::vector<Copied>& clipboard()
 {
@@ -38,7 +63,9 @@ void clearClipboard()
 
 void addToClipboard(const AnimNodePtr& node)
 {
-    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false)};
+    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false), namesOf(node)};
+    setNames(entry.shared, {});
+    setNames(entry.own, {});
     entry.shared->addRef();
     entry.own->addRef();
     clipboard().push_back(entry);
@@ -71,12 +98,13 @@ std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores,
     for (const Copied& entry : clipboard())
     {
         const AnimNodePtr clone = cloneAnimTree(shareCores ? entry.shared : entry.own, shareCores);
+        setNames(clone, entry.names);
         if (flipped)
             clone->setFlipped(true);
         parent->addChild(clone);
         // A bare channel curve is known by its channel's name.
         if (!keepNames && AnimCurvePtr::dcast(clone->getCore()) == NullFC)
-            kxNodeUtils::setName(clone, entry.shared->getNodeName(), true, NodePtr());
+            kxNodeUtils::setName(clone, entry.names.front(), true, NodePtr());
         pasted.push_back(clone);
     }
     markChanged(parent, Node::ChildrenFieldMask);
@@ -138,13 +166,14 @@ std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr
     for (const AnimNodePtr& node : waiting)
     {
         node->setOffset(Vec2f(float(node->getOffset().x() + shift), node->getOffset().y()));
+        node->setTravMask(Node::Active); // of a block's siblings only one is active; what is placed plays
         node->invalidateExtent();
         node->setOffset(Vec2f(node->getOffset().x(), calculateFreeOffsetYFor(node, clip, AnimNodePtr())));
         if (AnimBlockPtr::dcast(node->getCore()) != NullFC)
             node->setHidden(true);
         clip->addChild(node);
         node->subRef();
-        markChanged(node, AnimNodeBase::OffsetFieldMask | AnimNodeBase::HiddenFieldMask);
+        markChanged(node, AnimNodeBase::OffsetFieldMask | AnimNodeBase::HiddenFieldMask | Node::TravMaskFieldMask);
         if (unshareClips)
             unshareClipsR(node);
     }

@@ -2,15 +2,17 @@
 
 #include <kxAnimManager.h>
 
+#include <optional>
+
 /// What the manager keeps beside the engines of evaluation and playing.
 struct kxAnimManager::Private
 {
     double fps = 24.0;
     double playbackFps = 24.0;
     double frame = 0;
-    // What the listeners were told last, so that an unannounced change in between doesn't swallow a message.
-    double announcedFrame = 0;
-    int announcedFullFrame = 0;
+    // What the listeners were told last; none after an unannounced change, so that the next message isn't swallowed.
+    std::optional<double> announcedFrame = 0.0;
+    std::optional<int> announcedFullFrame = 0;
 
     int fullRangeStart = 0;
     int fullRangeEnd = 50;
@@ -31,4 +33,5 @@ struct kxAnimManager::Private
     /// Writes the scene's values at the current frame: all, or those that are stale.
     void evaluate(bool all);
     void announce(bool force);
+    void forgetAnnounced();
 };

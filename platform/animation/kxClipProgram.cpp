@@ -3,6 +3,8 @@
 #include <animation/kxAnimWatch.h>
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxNodeTime.h>
+#include <animation/kxRestValues.h>
+#include <animation/kxScenePlan.h>
 #include <osg/AnimCores.h>
 
 #include <algorithm>
@@ -211,6 +213,12 @@ void kxClipProgram::evaluate(double seconds)
     }
 }
 
+void kxClipProgram::noteRestValues() const
+{
+    for (const Channel& channel : _channels)
+        kxRestValues::the().note(channel.target);
+}
+
 kxClipPrograms& kxClipPrograms::the()
 {
     static kxClipPrograms* const programs = new kxClipPrograms;
@@ -238,6 +246,15 @@ kxClipProgram& kxClipPrograms::of(const AnimNodePtr& root)
     if (program == nullptr)
         program = std::make_unique<kxClipProgram>(root);
     return *program;
+}
+
+void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
+{
+    kxScenePlan::the().update(); // what the scene drives is noted before it is written over
+    kxClipProgram& program = of(root);
+    program.noteRestValues();
+    kxScenePlan::the().setOverwritten();
+    program.evaluate(seconds);
 }
 
 kxClipProgram& kxClipPrograms::ofCurves(const std::vector<AnimNodePtr>& curveNodes)

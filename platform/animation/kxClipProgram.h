@@ -24,6 +24,8 @@ public:
     /// Writes all values at `seconds` of the parent's time, and marks each container once.
     void evaluate(double seconds);
     bool isEmpty() const { return _channels.empty(); }
+    /// Notes the rest values of what evaluate() writes.
+    void noteRestValues() const;
 
 private:
     struct Option;
@@ -61,6 +63,9 @@ class kxClipPrograms
 public:
     static kxClipPrograms& the();
     kxClipProgram& of(const osg::AnimNodePtr& root);
+    /// Shows an animation beside the scene's time, at `seconds` of its parent's time. What it drives has its rest value
+    /// noted, and gets it back when the scene is evaluated next.
+    void show(const osg::AnimNodePtr& root, double seconds);
     /// For the curves that the graph shows.
     kxClipProgram& ofCurves(const std::vector<osg::AnimNodePtr>& curveNodes);
     void clear();

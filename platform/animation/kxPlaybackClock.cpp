@@ -71,7 +71,12 @@ void kxPlaybackClock::updateTimer()
 void kxPlaybackClock::tick()
 {
     if (_p->isTicking)
-        return; // a ticker runs an event loop of its own
+        return;  // a ticker runs an event loop of its own
+    struct Guard // also where a ticker throws
+    {
+        bool& flag;
+        ~Guard() { flag = false; }
+    } const guard{_p->isTicking};
     _p->isTicking = true;
     int number = 0;
     for (auto next = _p->tickers.upper_bound(number); next != _p->tickers.end(); next = _p->tickers.upper_bound(number))
@@ -80,5 +85,4 @@ void kxPlaybackClock::tick()
         const Ticker ticker = next->second; // it may end itself
         ticker();
     }
-    _p->isTicking = false;
 }

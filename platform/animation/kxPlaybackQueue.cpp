@@ -56,8 +56,11 @@ void kxPlaybackQueue::enqueue(const AnimNodePtr& node, bool restart)
         _entries.push_back(Entry{node->getId(), start, now, false, true});
     else if (restart)
         *known = Entry{node->getId(), start, now, false, true};
-    else
+    else if (known->isPaused)
+    {
         known->isPaused = false;
+        known->lastClock = now; // the pause is no time that passed
+    }
     setPlaying(node, true);
     updateTicks();
 }
@@ -122,7 +125,7 @@ void kxPlaybackQueue::showStart(const AnimNodePtr& node)
 {
     double start = 0, end = 0;
     if (node != NullFC && kxNodeTime::extent(*node, start, end))
-        kxClipPrograms::the().of(node).evaluate(start);
+        kxClipPrograms::the().show(node, start);
 }
 
 void kxPlaybackQueue::updateTicks()
@@ -140,11 +143,16 @@ void kxPlaybackQueue::tick()
 {
     const double now = kxPlaybackClock::the().seconds();
     std::vector<UInt32> ids;
+    bool moves = false;
     for (const Entry& entry : _entries)
+    {
         ids.push_back(entry.nodeId);
+        moves = moves || !entry.isPaused;
+    }
     for (const UInt32 id : ids)
         advance(id, now);
-    kxController::updateRender(true);
+    if (moves)
+        kxController::updateRender(true);
 }
 
 /// Moves one entry on to the clock. Handlers of triggers and messages may change the queue meanwhile.
@@ -168,7 +176,7 @@ void kxPlaybackQueue::advance(UInt32 nodeId, double now)
     entry->position = after;
     const bool isFresh = entry->isFresh;
     entry->isFresh = false;
-    kxClipPrograms::the().of(node).evaluate(after);
+    kxClipPrograms::the().show(node, after);
     if (isFresh)
     {
         kxTriggers::clear();

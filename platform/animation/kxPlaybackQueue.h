@@ -19,6 +19,7 @@ public:
     void pause(const osg::AnimNodePtr& node, bool pause);
     bool isPlaying(const osg::AnimNodePtr& node) const;
     bool isPlaying(const std::string& name) const;
+    bool isEmpty() const { return _entries.empty(); }
     /// Writes the values at the start of the animation's extent.
     void showStart(const osg::AnimNodePtr& node);
 

@@ -30,8 +30,10 @@ struct KeyHash
 struct Rest
 {
     float value;
-    UInt64 round; ///< of the last update() that named it
+    UInt64 round; ///< of the last update() that named it, Noted where only note() did
 };
+
+constexpr UInt64 Noted = 0;
 
 /// The living container's field of this name; false where there is none.
 bool resolve(UInt32 id, const std::string& field, unsigned component, Key& key)
@@ -48,7 +50,11 @@ bool resolve(UInt32 id, const std::string& field, unsigned component, Key& key)
 struct kxRestValues::Private
 {
     std::unordered_map<Key, Rest, KeyHash> values;
-    UInt64 round = 0;
+    UInt64 round = Noted;
+    std::size_t noted = 0; ///< how many values only note() named
+
+    template <class Ceases>
+    void writeBack(Ceases ceases);
 };
 
 kxRestValues::kxRestValues() : _p(new Private) {}
@@ -88,6 +94,7 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
 {
     const UInt64 round = ++_p->round;
     _p->values.reserve(driven.size());
+    std::size_t known = 0;
     for (const kxChannelTarget& target : driven)
     {
         const Key key = {target.container->getId(), target.field, target.component};
@@ -95,14 +102,39 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
         if (found == _p->values.end())
             _p->values.emplace(key, Rest{target.value(), round});
         else
+        {
+            if (found->second.round == Noted)
+                --_p->noted;
             found->second.round = round;
+        }
+        ++known;
     }
-    if (_p->values.size() == driven.size())
+    if (_p->values.size() != known + _p->noted)
+        _p->writeBack([round](const Rest& rest) { return rest.round != round && rest.round != Noted; });
+}
+
+void kxRestValues::note(const kxChannelTarget& target)
+{
+    const Key key = {target.container->getId(), target.field, target.component};
+    if (_p->values.emplace(key, Rest{target.value(), Noted}).second)
+        ++_p->noted;
+}
+
+void kxRestValues::writeBackNoted()
+{
+    if (_p->noted == 0)
         return;
+    _p->noted = 0;
+    _p->writeBack([](const Rest& rest) { return rest.round == Noted; });
+}
+
+template <class Ceases>
+void kxRestValues::Private::writeBack(Ceases ceases)
+{
     std::unordered_map<UInt32, BitVector> changed;
-    for (auto entry = _p->values.begin(); entry != _p->values.end();)
+    for (auto entry = values.begin(); entry != values.end();)
     {
-        if (entry->second.round == round)
+        if (!ceases(entry->second))
         {
             ++entry;
             continue;
@@ -112,7 +144,7 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
         if (container != NullFC &&
             kxChannelTarget{container.getCPtr(), key.field, key.component}.write(entry->second.value))
             changed[key.id] |= key.field->mask();
-        entry = _p->values.erase(entry);
+        entry = values.erase(entry);
     }
     for (const auto& entry : changed)
         markChanged(FieldContainerFactory::the()->getContainer(entry.first), entry.second);
@@ -121,6 +153,7 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
 void kxRestValues::clear()
 {
     _p->values.clear();
+    _p->noted = 0;
 }
 
 std::size_t kxRestValues::size() const

@@ -10,6 +10,7 @@ struct kxChannelTarget;
 ///
 /// A channel's value is remembered when the scene's animations begin to drive it and written back when they cease, so
 /// that the state shown is a function of scene and time, and a saved scene holds no value that depends on the frame.
+/// What a clip alone drives is noted when the clip is shown, and written back when the scene is evaluated next.
 class KX_API kxRestValues
 {
 public:
@@ -23,6 +24,10 @@ public:
 
     /// Makes `driven` the channels that are driven: new ones are remembered, others get their value back, marked.
     void update(const std::vector<kxChannelTarget>& driven);
+    /// Remembers a channel that an animation beside the scene's time is about to write; one that is known stays.
+    void note(const kxChannelTarget& target);
+    /// Writes back what note() remembered and the scene doesn't drive, marked.
+    void writeBackNoted();
     /// Forgets all without writing anything back, for a new scene.
     void clear();
 

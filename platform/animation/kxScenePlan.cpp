@@ -4,6 +4,7 @@
 #include <animation/kxAttachmentRegistry.h>
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxNodeTime.h>
+#include <animation/kxPlaybackQueue.h>
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlanBuilder.h>
 #include <osg/FieldContainerFactory.h>
@@ -50,6 +51,12 @@ void kxScenePlan::clear()
     _dirty.clear();
     _contexts.clear();
     _madeAt = 0;
+}
+
+void kxScenePlan::settle()
+{
+    _dirty.clear();
+    kxAnimWatch::the().clearStale();
 }
 
 void kxScenePlan::update()
@@ -233,6 +240,13 @@ void kxScenePlan::evaluate(double seconds, bool all)
 {
     update();
     collectStaleCurves();
+    if (all)
+    {
+        // What plays beside the timeline keeps what it shows until it has ended.
+        if (kxPlaybackQueue::the().isEmpty())
+            kxRestValues::the().writeBackNoted();
+        _isShown = true;
+    }
     if (_entries.empty() || (!all && _dirty.empty()))
     {
         _dirty.clear();

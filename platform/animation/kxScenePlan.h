@@ -24,6 +24,12 @@ public:
     /// Forgets all.
     void clear();
 
+    /// False after something else than the scene's time was shown, as a clip at its own time.
+    bool isShown() const { return _isShown; }
+    void setOverwritten() { _isShown = false; }
+    /// Takes all that is stale as shown, for an evaluation that went another way.
+    void settle();
+
     std::size_t curveCount() const { return _entries.size(); }
 
 private:
@@ -74,5 +80,6 @@ private:
     std::vector<osg::UInt32> _dirty;    // entries to evaluate though time stands
     std::vector<osg::UInt32> _sceneNodes;
     double _tolerance = 0;
+    bool _isShown = true;
     osg::UInt64 _madeAt = 0; // structure count
 };

@@ -10,6 +10,8 @@ using namespace osg;
 
 namespace
 {
+int pauses = 0;
+
 class Rescale
 {
 public:
@@ -43,8 +45,20 @@ void rescaleNode(AnimNode& node, const Rescale& rescale)
 }
 } // namespace
 
+kxTimeRescale::Pause::Pause()
+{
+    ++pauses;
+}
+
+kxTimeRescale::Pause::~Pause()
+{
+    --pauses;
+}
+
 void kxTimeRescale::keepFrames(double oldFps, double newFps)
 {
+    if (pauses > 0)
+        return;
     const Rescale rescale(oldFps, newFps);
     const FieldContainerFactory& factory = *FieldContainerFactory::the();
     const std::size_t count = factory.getFieldContainerStore().size();

@@ -1,6 +1,7 @@
 #include <files/kxSceneIO.h>
 
 #include <animation/kxAnimScene.h>
+#include <animation/kxTimeRescale.h>
 #include <files/kxAnimSettings.h>
 #include <files/kxAssimpImport.h>
 #include <files/kxFileFormats.h>
@@ -179,8 +180,12 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxSceneContent content;
     if (!read(path, content, report))
         return false;
-    newScene();
-    kxAnimSettings::apply(content.animation);
+    {
+        // What was read is in memory already, with times at its own rate.
+        const kxTimeRescale::Pause pause;
+        newScene();
+        kxAnimSettings::apply(content.animation);
+    }
     kxScene* const scene = kxScene::the();
     // A foreign file brings no top of its own.
     if (isSceneFile(path))
@@ -197,6 +202,7 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     coverAnimations(content);
 
     scene->markStructureChanged();
+    kxAnimManager::the()->verifyClipStructure(); // where the user wants it
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
     call(kxMessageName::UpdateAnimControlGUI);

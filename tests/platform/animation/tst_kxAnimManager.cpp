@@ -1,7 +1,10 @@
 #include <QtTest>
 
+#include <animation/kxTimeRescale.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
@@ -57,6 +60,7 @@ private Q_SLOTS:
     void clonesShareAndUnshare();
     void pastingAtATime();
     void unusedClonesAreTakenOut();
+    void unannouncedMovesSwallowNoMessage();
     void keysKeepTheirFrames();
     void cameraShots();
     void nullAndDeadHandles();
@@ -288,7 +292,7 @@ void tst_kxAnimManager::clipboardHoldsWhatDied()
     QVERIFY(pasted[0]->getFlipped() && pasted[0]->getParent() == NodePtr(rootOf(target)));
     QCOMPARE(f.curveOf(AnimNodePtr::dcast(pasted[0]->getChild(0)))->getControlPoints().size(), std::size_t(2));
     const std::vector<AnimNodePtr> again = manager()->pasteTo(target, false, false);
-    QCOMPARE(names(again), QStringList("block_2")); // the clipboard's own copies have names too
+    QCOMPARE(names(pasted) + names(again), QStringList({"block", "block_1"})); // copies in the clipboard hold no name
     QVERIFY(again[0]->getCore() != pasted[0]->getCore());
     QVERIFY(manager()->pasteTo(FieldContainerPtr(), false, false).empty());
 }
@@ -373,6 +377,34 @@ void tst_kxAnimManager::unusedClonesAreTakenOut()
     QCOMPARE(childNames(manager()->findClip("mixed")), QStringList("kept"));
 }
 
+void tst_kxAnimManager::unannouncedMovesSwallowNoMessage()
+{
+    static QStringList sent;
+    const auto frame = [](kxMessage& message)
+    { sent << QString::number(boost::any_cast<double>(message.get("frame"))); };
+    const auto full = [](kxMessage& message)
+    { sent << "full " + QString::number(boost::any_cast<int>(message.get("frame"))); };
+    kxAnimFixture f;
+    manager()->setCurrentFrame(0, true, true);
+    kxController::addCB(kxMessageName::CurrentFrameChanged, frame);
+    kxController::addCB(kxMessageName::CurrentFullFrameChanged, full);
+    sent.clear();
+    manager()->setCurrentFrame(15, false, false);
+    manager()->setCurrentFrame(0, false, true);
+    QCOMPARE(sent, QStringList({"0", "full 0"}));
+    sent.clear();
+    manager()->setCurrentFrame(0.25, false, true);
+    manager()->setCurrentFrame(0.25, false, true);
+    QCOMPARE(sent, QStringList({"0.25"}));
+    sent.clear();
+    manager()->setCurrentFrameNoEvaluation(7, false);
+    kxAnimScene::clear();
+    manager()->setCurrentFrame(0, false, true);
+    QCOMPARE(sent, QStringList({"0", "full 0"}));
+    kxController::subCB(kxMessageName::CurrentFrameChanged, frame);
+    kxController::subCB(kxMessageName::CurrentFullFrameChanged, full);
+}
+
 void tst_kxAnimManager::keysKeepTheirFrames()
 {
     kxAnimFixture f;
@@ -398,6 +430,18 @@ void tst_kxAnimManager::keysKeepTheirFrames()
     const float before = f.curveOf(node)->getControlPoints(7).x();
     manager()->setFPS(24);
     QCOMPARE(f.curveOf(node)->getControlPoints(7).x(), before);
+
+    // Times that are being read belong to the rate that is read with them.
+    f.clear();
+    const AnimNodePtr read = f.block("read", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
+    manager()->addAnimation(f.object(), read);
+    manager()->setKeepKeysAtFrame(true);
+    {
+        const kxTimeRescale::Pause pause;
+        manager()->setFPS(30);
+    }
+    manager()->setKeepKeysAtFrame(false);
+    QCOMPARE(f.curveOf(AnimNodePtr::dcast(read->getChild(0)))->getControlPoints(1).x(), 1.0f);
 }
 
 /// From (0, 0, 10) with the look at the origin to (10, 0, 0): a quarter turn about y.

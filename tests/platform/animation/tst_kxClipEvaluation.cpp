@@ -1,5 +1,6 @@
 #include <QtTest>
 
+#include <animation/kxRestValues.h>
 #include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
@@ -89,6 +90,7 @@ private Q_SLOTS:
     void nestedCyclesAndFlips();
     void sharedBlocksDriveEveryObject();
     void structureChangesAreSeen();
+    void theSceneTakesOverAgain();
     void evaluationIsPure();
     void triggersFireOnceInPlayingDirection();
     void triggersInNestedCycles_data();
@@ -209,6 +211,30 @@ void tst_kxClipEvaluation::sharedBlocksDriveEveryObject()
     QCOMPARE(manager()->blockSceneRefCount(s.block), 2u);
 }
 
+void tst_kxClipEvaluation::theSceneTakesOverAgain()
+{
+    kxAnimFixture f;
+    const Source driven(0), idle(50);
+    idle.block->setTravMask(0);
+    kxAnimFixture::transform(idle.object)->setTranslation(Vec3f(3, 0, 0));
+    const AnimNodePtr clip = f.clip("clip", {f.clone(driven.block, 2), f.clone(idle.block, 2)});
+    clip->getChild(1)->setTravMask(Node::Active);
+    manager()->addToClipStructure(clip);
+    manager()->setCurrentFrame(5, false, false);
+    QCOMPARE(driven.x(), 5.0f);
+    QCOMPARE(shown(driven, clip, 60), 12.0f);
+    QCOMPARE(idle.x(), 62.0f);
+    float rest = 0;
+    QVERIFY(kxRestValues::the().get(idle.object->getCore()->getId(), "translation", 0, rest));
+    QCOMPARE(rest, 3.0f);
+    manager()->setCurrentFrame(5, false, false); // the frame that stands, but not what is shown
+    QCOMPARE(driven.x(), 5.0f);
+    QCOMPARE(idle.x(), 3.0f);
+    manager()->setCurrentFrameNoEvaluation(9, false);
+    manager()->setCurrentFrame(9, false, false);
+    QCOMPARE(driven.x(), 9.0f);
+}
+
 void tst_kxClipEvaluation::structureChangesAreSeen()
 {
     kxAnimFixture f;
@@ -222,7 +248,7 @@ void tst_kxClipEvaluation::structureChangesAreSeen()
     const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
     curve->clear();
     markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
-    QCOMPARE(shown(s, clip, 6), 106.0f); // no key: the channel keeps its value
+    QCOMPARE(shown(s, clip, 6), 0.0f); // no key: the channel has its own value
     curve->addPoint(Pnt2f(0, 7), Vec2f(), Vec2f(), 1, 1, true, true);
     markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
     QCOMPARE(shown(s, clip, 6), 7.0f);

@@ -26,7 +26,8 @@ public:
 
     /// x: seconds; y: track position, 50 units a track.
     const Vector<float, 2>& getOffset() const { return _offset; }
-    void setOffset(const Vector<float, 2>& offset) { _offset = offset; }
+    /// Refuses numbers that aren't finite, as the setters of other times do.
+    void setOffset(const Vector<float, 2>& offset);
     /// Time scale, never 0.
     float getScale() const { return _scale; }
     void setScale(float scale);
@@ -48,10 +49,10 @@ public:
     void setUsePlayRange(bool value) { _usePlayRange = value; }
     /// Start and end in seconds; in use while getUsePlayRange().
     const Point<float, 2>& getPlayRange() const { return _playRange; }
-    void setPlayRange(const Point<float, 2>& range) { _playRange = range; }
+    void setPlayRange(const Point<float, 2>& range);
     /// Seconds.
     float getLastEvaluationTime() const { return _lastEvaluationTime; }
-    void setLastEvaluationTime(float seconds) { _lastEvaluationTime = seconds; }
+    void setLastEvaluationTime(float seconds);
 
 protected:
     AnimNodeBase() = default;
