@@ -66,7 +66,8 @@ class Display:
         self._log = open(os.path.join(folder, "display.log"), "wb")
         self._processes = []
         reading, writing = os.pipe()
-        self._start(["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp"],
+        # Without -noreset it starts anew, and refuses clients meanwhile, when its only client leaves.
+        self._start(["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp", "-noreset"],
                     pass_fds=[writing])
         os.close(writing)
         with os.fdopen(reading) as numbers:
