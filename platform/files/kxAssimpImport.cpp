@@ -3,6 +3,7 @@
 #include <files/kxAnimImport.h>
 #include <files/kxAssimpMeshes.h>
 #include <files/kxAssimpPivots.h>
+#include <files/kxMemoryLimit.h>
 #include <kxAnimManager.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
@@ -24,6 +25,9 @@ constexpr float Degrees = 57.2957795130823f;
 /// Deeper trees would exhaust the stack of those who walk them.
 constexpr int DeepestTree = 1000;
 constexpr float SmoothAngle = 60.0f;
+/// Memory that reading a file may take: so much, and so many times its size.
+constexpr quint64 SmallestGrowth = quint64(2) << 30;
+constexpr quint64 GrowthAByte = 200;
 
 constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
                            aiProcess_LimitBoneWeights | aiProcess_SortByPType | aiProcess_FlipUVs |
@@ -347,12 +351,18 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         return report.fail(QStringLiteral("there is no such file"));
     try
     {
+        const kxMemoryLimit limit(SmallestGrowth + GrowthAByte * quint64(QFileInfo(path).size()));
         Assimp::Importer importer;
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
         const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), Steps);
         if (scene == nullptr)
-            return report.fail(QString::fromUtf8(importer.GetErrorString()));
+        {
+            const QString reason = QString::fromUtf8(importer.GetErrorString());
+            return report.fail(reason.contains(QLatin1String("bad_alloc"))
+                                   ? QStringLiteral("the file claims more than it can hold")
+                                   : reason);
+        }
         return Reader(*scene, path, content, report).read();
     }
     catch (const std::exception& e)

@@ -7,7 +7,6 @@
 #include <QtTest>
 
 #include <cmath>
-#include <sys/resource.h>
 
 using namespace osg;
 
@@ -68,11 +67,6 @@ void tst_kxModels::initTestCase()
 {
     if (modelsFolder().isEmpty())
         QSKIP("the model collection isn't installed");
-#ifndef KX_SANITIZED
-    // A length that a file only claims fails here instead of filling the machine.
-    const rlimit limit = {rlim_t(8) << 30, rlim_t(8) << 30};
-    setrlimit(RLIMIT_AS, &limit);
-#endif
 }
 
 void tst_kxModels::opens_data()
@@ -82,6 +76,10 @@ void tst_kxModels::opens_data()
     while (files.hasNext())
     {
         const QString path = files.next();
+#ifdef KX_SANITIZED
+        if (path.contains(QLatin1String("OutOfMemory"))) // the limit on memory is off there
+            continue;
+#endif
         if (kxSceneIO::canOpen(path))
             QTest::newRow(qPrintable(path.mid(modelsFolder().size() + 1))) << path;
     }
@@ -135,7 +133,9 @@ void tst_kxModels::malformed_data()
     QTest::newRow("glTF2/draco/2CylinderEngine.gltf") << "KHR_draco_mesh_compression";
     QTest::newRow("glTF2/BoxWithInfinites-glTF-Binary/BoxWithInfinites.glb") << "finite";
     QTest::newRow("invalid/empty.obj") << "";
-    QTest::newRow("invalid/OutOfMemory.off") << "";
+#ifndef KX_SANITIZED
+    QTest::newRow("invalid/OutOfMemory.off") << "claims more";
+#endif
 }
 
 void tst_kxModels::malformed()
