@@ -68,12 +68,6 @@ void computeOut(Keys& keys, std::size_t index)
     if (key.outType != UInt32(TangentType::Free))
         key.setOuttangent(computedVector(keys, index, kxCurveMath::Side::Out, key.outType));
 }
-
-/// Whether two values are one but for the rounding of their way here.
-bool isSame(float a, float b)
-{
-    return std::abs(a - b) <= 1.0e-6f * std::max(1.0f, std::max(std::abs(a), std::abs(b)));
-}
 } // namespace
 
 FieldContainerType AnimCurveBase::_type("AnimCurveBase", &AnimObject::_type, nullptr, nullptr,
@@ -188,7 +182,13 @@ void AnimCurve::clearConstantControlPoints()
     Keys& keys = _controlPoints;
     if (keys.empty())
         return;
-    const auto isFlat = [](const CCPnt& key) { return isSame(key.inY(), 0) && isSame(key.outY(), 0); };
+    // Values are one where they differ by no more than the rounding of the curve's largest.
+    float largest = 0;
+    for (const CCPnt& key : keys)
+        largest = std::max(largest, std::abs(key.y()));
+    const float slack = 1.0e-6f * largest;
+    const auto isSame = [slack](float a, float b) { return std::abs(a - b) <= slack; };
+    const auto isFlat = [&isSame](const CCPnt& key) { return isSame(key.inY(), 0) && isSame(key.outY(), 0); };
     const float value = keys.front().y();
     if (std::all_of(keys.begin(), keys.end(), [&](const CCPnt& key) { return isFlat(key) && isSame(key.y(), value); }))
     {

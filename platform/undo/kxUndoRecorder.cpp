@@ -60,7 +60,11 @@ void kxUndoRecorder::add(std::unique_ptr<kxUndoCommand> command)
         return;
     }
     _deferred.push_back(std::move(command));
-    // The stack is silent where the running step drops out of it.
+    settleLater(); // the stack is silent where the running step drops out of it
+}
+
+void kxUndoRecorder::settleLater()
+{
     QMetaObject::invokeMethod(
         this, [this] { settle(); }, Qt::QueuedConnection);
 }

@@ -39,6 +39,8 @@ public:
     };
     /// `command` ran inside a Running.
     void note(const kxUndoCommand& command);
+    /// Sends what note() gathered at the next turn of the event loop, for a step that the stack drops in silence.
+    void settleLater();
 
 private:
     kxUndoRecorder() = default;

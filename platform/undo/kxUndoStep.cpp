@@ -103,6 +103,7 @@ bool kxUndoStep::run(kxUndoCommand& command, bool forward)
     }
     kxLog::error("The step '%s' failed and is dropped: %s", qUtf8Printable(text()), qUtf8Printable(reason));
     setObsolete(true);
+    kxUndoRecorder::the().settleLater();
     return false;
 }
 

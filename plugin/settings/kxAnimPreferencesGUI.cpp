@@ -55,6 +55,7 @@ QKXDoubleSpiner* makeRate(const char* name, QWidget* parent)
 {
     QKXDoubleSpiner* const field = makeField<QKXDoubleSpiner>(name, parent);
     field->setSuffix(text(" fps"));
+    field->setDecimals(3); // 23.976 comes back as it was
     field->setValue(24.0);
     return field;
 }
