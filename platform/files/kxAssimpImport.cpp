@@ -26,7 +26,7 @@ constexpr float Degrees = 57.2957795130823f;
 constexpr int DeepestTree = 1000;
 constexpr float SmoothAngle = 60.0f;
 /// Memory that reading a file may take: so much, and so many times its size.
-constexpr quint64 SmallestGrowth = quint64(2) << 30;
+constexpr quint64 SmallestGrowth = quint64(512) << 20;
 constexpr quint64 GrowthAByte = 200;
 
 constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
