@@ -5,6 +5,8 @@
 
 #include <kxAnimManager.h>
 #include <kxLog.h>
+#include <scene/CameraLight.h>
+#include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
 #include <QApplication>
@@ -13,7 +15,22 @@
 namespace
 {
 constexpr QSize PictureSize(1280, 720);
+
+/// The first camera that the scene shows, null where there is none.
+osg::NodePtr sceneCamera()
+{
+    osg::NodePtr camera;
+    osg::traverse(kxScene::the()->root(),
+                  [&camera](const osg::NodePtr& node)
+                  {
+                      if (osg::CameraPtr::dcast(node->getCore()) == osg::NullFC || !kxSceneMath::isShown(node))
+                          return osg::Action::Continue;
+                      camera = node;
+                      return osg::Action::Quit;
+                  });
+    return camera;
 }
+} // namespace
 
 bool kxBatch::run()
 {
@@ -60,7 +77,12 @@ bool kxBatch::render()
     if (_line.render.isEmpty())
         return true;
     kxRenderJob job;
-    job.camera = [this](float aspect) { return _window->view()->viewCamera(aspect); };
+    // Nobody looks through the view of a window that isn't shown: then the scene's camera counts, and without one the
+    // whole scene is framed.
+    if (!_line.headless)
+        job.camera = [this](float aspect) { return _window->view()->viewCamera(aspect); };
+    else if (sceneCamera() != osg::NullFC)
+        job.camera = [](float aspect) { return kxViewCamera::fromNode(sceneCamera(), aspect); };
     job.progress = [](int, const QString& file)
     {
         wrote(file);

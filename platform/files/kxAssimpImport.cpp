@@ -354,6 +354,7 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         const kxMemoryLimit limit(SmallestGrowth + GrowthAByte * quint64(QFileInfo(path).size()));
         Assimp::Importer importer;
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
         importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
         const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), Steps);
         if (scene == nullptr)

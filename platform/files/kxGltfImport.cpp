@@ -101,7 +101,7 @@ private:
             return _report.fail(QStringLiteral("the nodes are nested more than %1 deep").arg(DeepestTree));
         const NodePtr node = Node::create();
         _nodes[std::size_t(index)] = node;
-        node->setNodeName(source.name.empty() ? "Node" : source.name);
+        node->setNodeName(source.name.empty() ? "Node " + std::to_string(index) : source.name);
         parent->addChild(node);
         if (!addCore(index, node) || !place(index, node))
             return false;

@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <widgets/kxFieldUndo.h>
 #include <widgets/kxSpinerText.h>
 
 #include <QFocusEvent>
@@ -62,6 +63,7 @@ QKXDoubleSpiner::QKXDoubleSpiner(QWidget* parent) : QDoubleSpinBox(parent)
     setKeyboardTracking(false);
     setFocusPolicy(Qt::StrongFocus);
     setAlignment(Qt::AlignRight);
+    new kxFieldUndo(this, lineEdit());
     // Texts are read with both separators and written with a point, whatever the language.
     setLocale(QLocale::c());
     setGroupSeparatorShown(false);

@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <widgets/kxFieldUndo.h>
 #include <widgets/kxSpinerText.h>
 
 #include <QFocusEvent>
@@ -14,6 +15,7 @@ QKXSpiner::QKXSpiner(QWidget* parent) : QSpinBox(parent)
     setKeyboardTracking(false);
     setFocusPolicy(Qt::StrongFocus);
     setAlignment(Qt::AlignRight);
+    new kxFieldUndo(this, lineEdit());
 }
 
 QSize QKXSpiner::sizeHint() const

@@ -23,9 +23,10 @@ struct Setting
     boost::any defaultValue;
 };
 
+/// Never freed: the page, which takes its keys away when it dies, is older and goes after it.
 const std::vector<Setting>& settings()
 {
-    static const std::vector<Setting> table = {
+    static const std::vector<Setting>& table = *new std::vector<Setting>{
         {Key::PlaybackSpeed, int(kxPlaybackSpeed::Film)},
         {Key::PlaybackCustomSpeed, 24.0},
         {Key::Time, 24.0},

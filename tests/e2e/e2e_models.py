@@ -72,8 +72,8 @@ def try_model(application, path, expected):
 
 def gltf_skin(application, folder):
     path = os.path.join(models_folder(), "glTF2/simple_skin/simple_skin.gltf")
-    # The file names nothing: its objects hang one below the other, and each is called by what it is.
-    try_model(application, path, models.read_gltf(path, lambda index, node: "Node" + "/0" * index))
+    # The file names nothing: each object is called by its index.
+    try_model(application, path, models.read_gltf(path, lambda index, node: "Node %d" % index))
 
 
 def gltf_interpolations(application, folder):

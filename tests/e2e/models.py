@@ -131,7 +131,7 @@ def read_collada(path):
         node_id, target = channel.get("target").split("/")
         assert by_id[node_id].find("c:matrix", space).get("sid") == target, "only whole matrices are read"
         values = numbers(inputs["OUTPUT"])
-        found[node_id] = {
+        found[by_id[node_id].get("name")] = {
             seconds: [values[16 * i + 4 * row:16 * i + 4 * row + 4] for row in range(4)]
             for i, seconds in enumerate(numbers(inputs["INPUT"]))}
     return found

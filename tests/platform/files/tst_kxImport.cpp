@@ -15,6 +15,7 @@
 #include <QtTest>
 
 #include <assimp/Importer.hpp>
+#include <assimp/config.h>
 #include <assimp/scene.h>
 #include <tiny_gltf.h>
 
@@ -81,6 +82,7 @@ std::vector<FileKey> keysOfGltf(const QString& path)
 std::vector<FileKey> keysOfAssimp(const QString& path)
 {
     Assimp::Importer importer;
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
     const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
     std::vector<FileKey> keys;
     for (unsigned a = 0; scene != nullptr && a < scene->mNumAnimations; ++a)
@@ -299,6 +301,7 @@ void tst_kxImport::placesAreThoseOfTheFile()
 {
     QFETCH(QString, path);
     Assimp::Importer importer;
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
     const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
     kxFileReport report(path);
     if (scene == nullptr || !kxSceneIO::open(path, report))

@@ -20,6 +20,7 @@ class tst_QKXSpiner : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void undoKeysGoOnUnlessTextWaits();
     void parses_data();
     void parses();
     void entersNumbers_data();
@@ -227,6 +228,26 @@ void tst_QKXSpiner::wheelNeedsFocus()
     }
     QCOMPARE(whole.value(), 0);
     QCOMPARE(number.value(), 0.0);
+}
+
+void tst_QKXSpiner::undoKeysGoOnUnlessTextWaits()
+{
+    QKXDoubleSpiner field;
+    // What Qt asks the widget with the focus before a shortcut runs; accepted means that the widget wants the key.
+    const auto wantsUndo = [&field]
+    {
+        QKeyEvent event(QEvent::ShortcutOverride, Qt::Key_Z, Qt::ControlModifier);
+        event.ignore();
+        QApplication::sendEvent(&field, &event);
+        return event.isAccepted();
+    };
+    QVERIFY(!wantsUndo());
+    QTest::keyClick(&field, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(&field, "2");
+    QVERIFY(wantsUndo());
+    QTest::keyClick(&field, Qt::Key_Return);
+    QCOMPARE(field.value(), 2.0);
+    QVERIFY(!wantsUndo());
 }
 
 QTEST_MAIN(tst_QKXSpiner)
