@@ -111,6 +111,15 @@ int kxApplication::run()
         return batch.run() ? Success : Failure;
     }
     if (!_line.scene.isEmpty() || _line.frame || _line.hasWork())
-        QTimer::singleShot(0, _window.get(), [&batch] { batch.run(); });
+        QTimer::singleShot(0, _window.get(),
+                           [this, &batch]
+                           {
+                               batch.run();
+                               // For the measurement of the start: the frame that shows what was opened is the last
+                               // one.
+                               if (qEnvironmentVariableIsSet("KX_QUIT_AT_FIRST_FRAME"))
+                                   QObject::connect(_window->view(), &kxView3D::frameDrawn, qApp, &QApplication::quit,
+                                                    Qt::QueuedConnection);
+                           });
     return QApplication::exec();
 }
