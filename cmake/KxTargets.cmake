@@ -17,3 +17,12 @@ function(kx_add_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT 120
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KX_SETTINGS_DIR=${CMAKE_BINARY_DIR}/test-settings/${name}")
 endfunction()
+
+# Sources of `target` that hold Boost.Python's classes: its holders are asked for their type once more after they have
+# died, which the check of the undefined-behaviour sanitizer makes a crash.
+function(kx_boost_python_sources target)
+    if(KX_SANITIZE)
+        list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} APPEND PROPERTY COMPILE_OPTIONS -fno-sanitize=vptr)
+    endif()
+endfunction()

@@ -17,24 +17,41 @@ private Q_SLOTS:
     void bodies_data();
     void bodies();
     void strangeSizesStillMakeABody();
+    void cleanupTestCase();
+
+private:
+    std::vector<osg::MeshPtr> _meshes; // a share of each
 };
+
+void tst_kxPrimitives::cleanupTestCase()
+{
+    for (const osg::MeshPtr& mesh : _meshes)
+        mesh->subRef();
+}
 
 void tst_kxPrimitives::bodies_data()
 {
+    // The rows hold no share: what is made for them lives until the test has ended.
+    const auto owned = [this](const osg::MeshPtr& mesh)
+    {
+        mesh->addRef();
+        _meshes.push_back(mesh);
+        return mesh;
+    };
     QTest::addColumn<osg::MeshPtr>("mesh");
     QTest::addColumn<float>("volume"); // of the exact body
     QTest::addColumn<float>("slack");
     const float pi = float(M_PI);
-    QTest::newRow("box") << kxPrimitives::box(Vec3f(1, 2, 3)) << 6.0f << 1e-4f;
-    QTest::newRow("rounded box") << kxPrimitives::roundedBox(Vec3f(2, 2, 2), 0.5f, 12)
+    QTest::newRow("box") << owned(kxPrimitives::box(Vec3f(1, 2, 3))) << 6.0f << 1e-4f;
+    QTest::newRow("rounded box") << owned(kxPrimitives::roundedBox(Vec3f(2, 2, 2), 0.5f, 12))
                                  << 1.0f + 6 * 0.5f + 12 * pi * 0.25f / 4 + 4.0f / 3 * pi * 0.125f << 0.05f;
-    QTest::newRow("sphere") << kxPrimitives::sphere(1, 96) << 4.0f / 3 * pi << 0.02f;
-    QTest::newRow("cylinder") << kxPrimitives::cylinder(1, 2, 96) << 2 * pi << 0.02f;
-    QTest::newRow("cone") << kxPrimitives::cone(1, 3, 96) << pi << 0.02f;
-    QTest::newRow("torus") << kxPrimitives::torus(2, 0.5f, 128, 64) << 2 * pi * pi * 2 * 0.25f << 0.05f;
-    QTest::newRow("lathe") << kxPrimitives::lathe(
+    QTest::newRow("sphere") << owned(kxPrimitives::sphere(1, 96)) << 4.0f / 3 * pi << 0.02f;
+    QTest::newRow("cylinder") << owned(kxPrimitives::cylinder(1, 2, 96)) << 2 * pi << 0.02f;
+    QTest::newRow("cone") << owned(kxPrimitives::cone(1, 3, 96)) << pi << 0.02f;
+    QTest::newRow("torus") << owned(kxPrimitives::torus(2, 0.5f, 128, 64)) << 2 * pi * pi * 2 * 0.25f << 0.05f;
+    QTest::newRow("lathe") << owned(kxPrimitives::lathe(
                                   {Vec2f(0, 0), Vec2f(1, 0), Vec2f(1, 1), Vec2f(0.5f, 1), Vec2f(0.5f, 2), Vec2f(0, 2)},
-                                  96)
+                                  96))
                            << 1.25f * pi << 0.02f;
 }
 
@@ -75,7 +92,11 @@ void tst_kxPrimitives::strangeSizesStillMakeABody()
          {kxPrimitives::box(Vec3f(0, -1, nan)), kxPrimitives::roundedBox(Vec3f(1, 1, 1), 9, -4),
           kxPrimitives::sphere(nan, 0), kxPrimitives::cylinder(1, 0, 1), kxPrimitives::torus(-1, nan, 1000000, 3),
           kxPrimitives::plane(nan, 0)})
+    {
         QVERIFY(mesh != osg::NullFC && mesh->isValid() && mesh->triangleCount() > 0);
+        mesh->addRef();
+        _meshes.push_back(mesh);
+    }
     QVERIFY(kxPrimitives::lathe({Vec2f(1, 1)}) == osg::NullFC);
 }
 
