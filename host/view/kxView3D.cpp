@@ -220,7 +220,9 @@ void kxView3D::frameAll()
 {
     _scene->update();
     leaveCamera();
-    startWay(_rig.framed(_scene->bounds(), float(width()) / float(std::max(1, height()))));
+    // An empty scene gets the first view back, so that what is added next is seen.
+    startWay(_scene->bounds().isEmpty() ? kxCameraRig::Pose()
+                                        : _rig.framed(_scene->bounds(), float(width()) / float(std::max(1, height()))));
 }
 
 void kxView3D::frameSelection()
