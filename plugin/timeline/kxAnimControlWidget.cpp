@@ -23,6 +23,8 @@ namespace
 {
 constexpr std::uint64_t MessageMask = 0xA00010;
 
+kxAnimControlWidget* theTimeline = nullptr;
+
 /// The stored value of a setting, `preset` where it is absent or of another type.
 template <class T>
 T stored(const char* key, T preset)
@@ -53,7 +55,8 @@ void loadPreferences()
 }
 } // namespace
 
-kxAnimControlWidget::kxAnimControlWidget() : kxModuleBase("Timeline", "Animation", MessageMask, nullptr)
+kxAnimControlWidget::kxAnimControlWidget()
+    : kxModuleBase("Timeline", "Animation", MessageMask, nullptr), _instance(theTimeline, this)
 {
     QKXDockWindowManager* const docks = kxRequireDockWindowManager();
     _panel = new kxAnimControlGUII(kxRequireMainWindow());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <frame/kxCallbacks.h>
+
 #include <kxModuleBase.h>
 
 #include <QPointer>
@@ -20,5 +22,6 @@ public:
     int receivedMessage(kxMessage& message) override;
 
 private:
+    kxInstancePointer<kxAnimControlWidget> _instance;
     QPointer<kxAnimControlGUII> _panel; // owned by the tool bar
 };
