@@ -248,6 +248,52 @@ void defineRest()
     bp::def("processEvents", processEvents, "Lets the application draw and answer the user before the script goes on.");
 }
 
+void defineRows()
+{
+    bp::def("widgetRows", kxHostWidgets::rows, bp::args("name"),
+            "Gets the rows of a visible list or tree that are not folded away, from the top.\n\n"
+            "@param name: The object name of the widget, as for widgetRect().\n\n"
+            "@type name: string\n\n"
+            "@return: For each row the texts of the rows above it and its own, each in the first column.\n\n"
+            "@rtype: list of lists of strings\n\n"
+            "@raise LookupError: No visible widget has this name, or more than one has.\n"
+            "@raise TypeError: The widget is no list or tree.");
+    bp::def("rowText", kxHostWidgets::rowText, (bp::arg("name"), bp::arg("row"), bp::arg("column") = 0),
+            "Gets the text that a row of a list or tree shows.\n\n"
+            "@param name: The object name of the widget, as for widgetRect().\n\n"
+            "@type name: string\n\n"
+            "@param row: The row, as widgetRows() gives it.\n\n"
+            "@type row: list of strings\n\n"
+            "@param column: The column, from 0.\n\n"
+            "@type column: int\n\n"
+            "@return: The text.\n\n"
+            "@rtype: string\n\n"
+            "@raise LookupError: There is no such widget or row.");
+    bp::def("rowRect", kxHostWidgets::rowRect, (bp::arg("name"), bp::arg("row"), bp::arg("column") = 0),
+            "Gets the place of a row of a list or tree on the screen.\n\n"
+            "@param name: The object name of the widget, as for widgetRect().\n\n"
+            "@type name: string\n\n"
+            "@param row: The row, as widgetRows() gives it.\n\n"
+            "@type row: list of strings\n\n"
+            "@param column: The column, from 0.\n\n"
+            "@type column: int\n\n"
+            "@return: x, y, width and height in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: There is no such widget or row, or the row is out of sight.");
+    bp::def("scenePoint", kxHostWidgets::scenePoint, bp::args("name", "x", "y"),
+            "Gets where a point of the curve graph or of the clip timeline lies on the screen.\n\n"
+            "@param name: The object name of the graphics view, as for widgetRect().\n\n"
+            "@type name: string\n\n"
+            "@param x: The frame.\n\n"
+            "@type x: float\n\n"
+            "@param y: The value, or the height in the timeline.\n\n"
+            "@type y: float\n\n"
+            "@return: x and y in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: No visible widget has this name, or more than one has.\n"
+            "@raise TypeError: The widget is no graphics view.");
+}
+
 void defineWidgets()
 {
     bp::def("widgetRect", kxHostWidgets::rect, bp::args("name"),
@@ -270,6 +316,7 @@ void defineWidgets()
             "@raise LookupError: No visible widget has this name, or more than one has.\n"
             "@raise KeyError: The widget has no such property.\n"
             "@raise TypeError: The property is of another type.");
+    defineRows();
 }
 
 void defineModule()

@@ -2,8 +2,11 @@
 
 #include "kxHostWidgets.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QGraphicsView>
 #include <QScreen>
+#include <QTreeView>
 #include <QVariant>
 #include <QWidget>
 
@@ -42,19 +45,106 @@ const QWidget* find(const std::string& path)
         kxRaise(PyExc_LookupError, "there is no visible widget '" + path + "'");
     return found;
 }
+
+/// Pixels of the screen for a place in a widget. Qt keeps the corner of each screen in pixels and scales what lies on
+/// it.
+QPoint onScreen(const QWidget& widget, const QPointF& place)
+{
+    const QScreen* const screen = widget.screen();
+    const QPoint corner = screen->geometry().topLeft();
+    const QPointF inside = QPointF(widget.mapToGlobal(QPoint(0, 0)) - corner) + place;
+    const double ratio = screen->devicePixelRatio();
+    return corner + QPoint(int(std::lround(inside.x() * ratio)), int(std::lround(inside.y() * ratio)));
+}
+
+bp::tuple rectOnScreen(const QWidget& widget, const QRect& rect)
+{
+    const QPoint corner = onScreen(widget, rect.topLeft());
+    const double ratio = widget.screen()->devicePixelRatio();
+    return bp::make_tuple(corner.x(), corner.y(), int(std::lround(rect.width() * ratio)),
+                          int(std::lround(rect.height() * ratio)));
+}
+
+template <class Widget>
+const Widget& findAs(const std::string& path, const char* kind)
+{
+    const auto* const widget = qobject_cast<const Widget*>(find(path));
+    if (widget == nullptr)
+        kxRaise(PyExc_TypeError, "the widget '" + path + "' is no " + kind);
+    return *widget;
+}
+
+const QAbstractItemView& findView(const std::string& path)
+{
+    return findAs<QAbstractItemView>(path, "list or tree");
+}
+
+QModelIndex findRow(const QAbstractItemView& view, const bp::list& row)
+{
+    QModelIndex index;
+    for (bp::ssize_t i = 0; i < bp::len(row); ++i)
+    {
+        const QString text = QString::fromStdString(bp::extract<std::string>(row[i]));
+        QModelIndex next;
+        for (int child = 0; child < view.model()->rowCount(index) && !next.isValid(); ++child)
+            if (const QModelIndex candidate = view.model()->index(child, 0, index); candidate.data() == text)
+                next = candidate;
+        if (!next.isValid())
+            kxRaise(PyExc_LookupError, "there is no row '" + text.toStdString() + "'");
+        index = next;
+    }
+    return index;
+}
+
+void appendRows(const QAbstractItemView& view, const QModelIndex& parent, const bp::list& above, bp::list& out)
+{
+    const auto* const tree = qobject_cast<const QTreeView*>(&view);
+    for (int child = 0; child < view.model()->rowCount(parent); ++child)
+    {
+        const QModelIndex index = view.model()->index(child, 0, parent);
+        const bp::list row{bp::object(above)}; // a copy
+        row.attr("append")(index.data().toString().toStdString());
+        out.append(row);
+        if (tree != nullptr && tree->isExpanded(index))
+            appendRows(view, index, row, out);
+    }
+}
 } // namespace
 
 bp::tuple kxHostWidgets::rect(const std::string& path)
 {
-    const QWidget* const widget = find(path);
-    const QScreen* const screen = widget->screen();
-    // Qt keeps the corner of each screen in pixels and scales what lies on it.
-    const QPoint corner = screen->geometry().topLeft();
-    const double ratio = screen->devicePixelRatio();
-    const QPoint place = widget->mapToGlobal(QPoint(0, 0)) - corner;
-    return bp::make_tuple(corner.x() + int(std::lround(place.x() * ratio)),
-                          corner.y() + int(std::lround(place.y() * ratio)), int(std::lround(widget->width() * ratio)),
-                          int(std::lround(widget->height() * ratio)));
+    const QWidget& widget = *find(path);
+    return rectOnScreen(widget, widget.rect());
+}
+
+bp::tuple kxHostWidgets::rowRect(const std::string& path, const bp::list& row, int column)
+{
+    const QAbstractItemView& view = findView(path);
+    const QModelIndex index = findRow(view, row);
+    const QRect rect = view.visualRect(index.sibling(index.row(), column)) & view.viewport()->rect();
+    if (rect.isEmpty())
+        kxRaise(PyExc_LookupError, "the row is out of sight");
+    return rectOnScreen(*view.viewport(), rect);
+}
+
+bp::list kxHostWidgets::rows(const std::string& path)
+{
+    bp::list out;
+    appendRows(findView(path), QModelIndex(), bp::list(), out);
+    return out;
+}
+
+std::string kxHostWidgets::rowText(const std::string& path, const bp::list& row, int column)
+{
+    const QModelIndex index = findRow(findView(path), row);
+    return index.sibling(index.row(), column).data().toString().toStdString();
+}
+
+bp::tuple kxHostWidgets::scenePoint(const std::string& path, double x, double y)
+{
+    const auto& view = findAs<QGraphicsView>(path, "graphics view");
+    const QPoint place = onScreen(*view.viewport(), view.viewportTransform().map(QPointF(x, y)));
+    return bp::make_tuple(place.x(), place.y());
 }
 
 bp::object kxHostWidgets::property(const std::string& path, const std::string& name)

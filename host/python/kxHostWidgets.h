@@ -12,6 +12,15 @@ namespace kxHostWidgets
 {
 /// (x, y, width, height) in pixels of the screen, as a mouse that is moved by another program sees them.
 boost::python::tuple rect(const std::string& path);
+/// The place of a row's text, as rect(). `row` is the texts of the rows above it and its own, each in column 0. Raises
+/// LookupError where the widget has no such row in sight.
+boost::python::tuple rowRect(const std::string& path, const boost::python::list& row, int column);
+/// The texts of all rows that are not folded away, from the top, each a list as rowRect() takes.
+boost::python::list rows(const std::string& path);
+/// The text that a row shows in a column.
+std::string rowText(const std::string& path, const boost::python::list& row, int column);
+/// (x, y) in pixels of the screen of a point of the scene that a graphics view shows.
+boost::python::tuple scenePoint(const std::string& path, double x, double y);
 /// A property that is a truth value, a number or a text; others raise TypeError, unknown ones KeyError.
 boost::python::object property(const std::string& path, const std::string& name);
 } // namespace kxHostWidgets

@@ -9,7 +9,9 @@
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
+#include <QGraphicsView>
 #include <QSpinBox>
+#include <QTreeWidget>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -52,6 +54,7 @@ private Q_SLOTS:
     void messagesGiveTheAnswerBack();
     void picturesComeFromTheHooks();
     void widgetsByTheirNames();
+    void rowsAndScenePoints();
     void everyFunctionIsDescribed();
 
 private:
@@ -283,6 +286,43 @@ void tst_kxHostModule::widgetsByTheirNames()
                        "refused(TypeError, 'palette', widgetProperty, '_left', 'palette')")
             .arg(field.x())
             .arg(field.y()));
+}
+
+void tst_kxHostModule::rowsAndScenePoints()
+{
+    QTreeWidget tree;
+    tree.setObjectName("_tree");
+    tree.resize(300, 80);
+    auto* const upper = new QTreeWidgetItem(&tree, {"Upper", "1"});
+    new QTreeWidgetItem(upper, {"Same", "2"});
+    auto* const lower = new QTreeWidgetItem(&tree, {"Lower", "3"});
+    new QTreeWidgetItem(lower, {"Same", "4"});
+    tree.setColumnCount(2);
+    lower->setExpanded(true);
+    tree.move(40, 50);
+    tree.show();
+    QGraphicsScene scene(0, -50, 100, 100);
+    QGraphicsView view(&scene);
+    view.setObjectName("_graph");
+    view.scale(2, -3);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&tree));
+    const QRect row = tree.visualItemRect(lower);
+    const QPoint corner = tree.viewport()->mapToGlobal(row.topLeft());
+    const QPoint point = view.viewport()->mapToGlobal(view.mapFromScene(10, 20));
+    run(QStringLiteral("assert widgetRows('_tree') == [['Upper'], ['Lower'], ['Lower', 'Same']]\n"
+                       "assert rowText('_tree', ['Upper', 'Same'], 1) == '2'\n"
+                       "assert rowText('_tree', ['Lower', 'Same'], 1) == '4'\n"
+                       "assert rowRect('_tree', ['Lower'])[:2] == (%1, %2)\n"
+                       "refused(LookupError, 'no row', rowRect, '_tree', ['Middle'])\n"
+                       "refused(LookupError, 'out of sight', rowRect, '_tree', ['Upper', 'Same'])\n"
+                       "refused(TypeError, 'no list', widgetRows, '_graph')\n"
+                       "assert scenePoint('_graph', 10, 20) == (%3, %4), scenePoint('_graph', 10, 20)\n"
+                       "refused(TypeError, 'no graphics', scenePoint, '_tree', 0, 0)")
+            .arg(corner.x())
+            .arg(corner.y())
+            .arg(point.x())
+            .arg(point.y()));
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()
