@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+
+class QAbstractItemView;
+
+/// Paints a line or two of advice into the middle of a view that has no rows. Called from the view's paint event,
+/// behind the base class.
+void kxPaintTreeHint(const QAbstractItemView& view, const QString& text);
