@@ -1,0 +1,86 @@
+#pragma once
+
+#include <osg/AnimCurve.h>
+
+#include <QGraphicsPathItem>
+#include <QList>
+#include <QObject>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class kxAnimGraphPoint;
+class kxAnimGraphScene;
+
+/// One curve in the graph: a path with a key item on each key.
+///
+/// Scene units: x in frames, y in channel values; the item stays at (0, 0). Its only children are the key items, which
+/// it owns. The kernel's curve is the truth and is looked up by its id at each use, so that a curve that has gone turns
+/// every operation into one that does nothing. Edits of the items become commands that write the kernel's curve.
+class kxAnimGraphCurve : public QObject, public QGraphicsPathItem
+{
+    Q_OBJECT
+public:
+    enum
+    {
+        Type = UserType + 230
+    };
+
+    /// Adds itself to `scene`, which owns it then; null for none.
+    kxAnimGraphCurve(const osg::AnimCurvePtr& curve, kxAnimGraphScene* scene);
+    ~kxAnimGraphCurve() override;
+
+    /// Null once the curve has gone.
+    osg::AnimCurvePtr animCurve() const;
+    unsigned int curveId() const { return _curveId; }
+    /// Null past the end.
+    kxAnimGraphPoint* point(unsigned int index) const;
+    /// The key items, in time order between edits.
+    const QList<kxAnimGraphPoint*>& points() const { return _points; }
+
+    /// Makes all key items anew from the keys of `curve`; pointers to the old ones dangle. Null does nothing.
+    void buildPoints(const osg::AnimCurvePtr& curve);
+    /// buildPoints() with the curve of this item.
+    void rebuildFromCurve();
+    /// Takes places, tangents and types over from the kernel's keys; makes the items anew where their number differs.
+    void updateFromCurve();
+    /// Lays the path through the items as they stand.
+    void rebuildPath();
+
+    /// The keys as the items stand: sorts the items by time, recomputes all tangents by their types, appends the keys
+    /// to `out`, rebuilds the path and emits curveChanged(). Keys that nothing near has touched cost a copy.
+    void collectControlPoints(std::vector<osg::CCPnt>& out);
+
+    /// True where another key than `key` stands at exactly `x`. Finds it without a walk over the keys, also while they
+    /// are being moved past one another.
+    bool isTimeTaken(double x, const kxAnimGraphPoint* key) const;
+
+    int type() const override { return Type; }
+    /// Path and key squares; empty without keys.
+    QRectF boundingRect() const override;
+    /// Empty: the mouse meets keys and handles, never the line.
+    QPainterPath shape() const override;
+    bool contains(const QPointF& point) const override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+public Q_SLOTS:
+    /// A handle was dragged: writes its key's tangents.
+    void movedInTangent(kxAnimGraphPoint* point);
+    void movedOutTangent(kxAnimGraphPoint* point);
+
+Q_SIGNALS:
+    void curveChanged();
+
+private:
+    friend class kxAnimGraphPoint;
+    /// A key item stands elsewhere than it did.
+    void keyMoved(kxAnimGraphPoint* key, double oldX);
+
+    void movedTangent(kxAnimGraphPoint* point, bool isIn);
+    void sortPoints();
+
+    QPainterPath* _path; // owned
+    QList<kxAnimGraphPoint*> _points;
+    unsigned int _curveId; // field container id, 0 for none
+};
