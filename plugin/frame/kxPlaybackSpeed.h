@@ -28,3 +28,13 @@ inline double kxPlaybackRate(int speed, double customSpeed)
     }
     return 24.0;
 }
+
+/// The playback speed that lists exactly this rate; Custom for all that aren't listed.
+inline kxPlaybackSpeed kxPlaybackSpeedOf(double rate)
+{
+    for (const kxPlaybackSpeed speed :
+         {kxPlaybackSpeed::EveryFrame, kxPlaybackSpeed::Film, kxPlaybackSpeed::Pal, kxPlaybackSpeed::Ntsc})
+        if (kxPlaybackRate(int(speed), 0) == rate)
+            return speed;
+    return kxPlaybackSpeed::Custom;
+}

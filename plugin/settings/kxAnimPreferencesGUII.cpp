@@ -7,6 +7,7 @@
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
+#include <kxLog.h>
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
 
@@ -136,7 +137,7 @@ void kxAnimPreferencesGUII::preferencesToGUI()
     if (_page == nullptr)
         return;
     const auto choose = [](const char* key, QComboBox* box)
-    { withStored<int>(key, [box](int value) { box->setCurrentIndex(value); }); };
+    { withStored<int>(key, [box](int value) { Ui::kxAnimSettingsFrames::choose(box, value); }); };
     const auto setNumber = [](const char* key, QKXDoubleSpiner* field)
     { withStored<double>(key, [field](double value) { field->setValue(value); }); };
     const auto setFrame = [](const char* key, QKXSpiner* field)
@@ -166,15 +167,36 @@ void kxAnimPreferencesGUII::takeFromGUI(const char* key, T value)
         addUnchanged(key);
 }
 
+void kxAnimPreferencesGUII::takeChoice(const char* key, const QComboBox* box)
+{
+    int value = box->currentIndex();
+    withStored<int>(key, [&](int stored) { value = Ui::kxAnimSettingsFrames::chosen(box, stored); });
+    takeFromGUI(key, value);
+}
+
+void kxAnimPreferencesGUII::takeRate(const char* key, QKXDoubleSpiner* field)
+{
+    double value = field->value();
+    withStored<double>(key, [&](double stored) { value = Ui::kxAnimSettingsFrames::rate(field, stored); });
+    if (value > 0)
+    {
+        takeFromGUI(key, value);
+        return;
+    }
+    kxLog::warning("A frame rate has to be above 0; '%s' keeps its value.", key);
+    withStored<double>(key, [field](double stored) { field->setValue(stored); });
+    addUnchanged(key);
+}
+
 void kxAnimPreferencesGUII::preferencesFromGUI()
 {
     if (_page == nullptr)
         return;
-    takeFromGUI(Key::PlaybackSpeed, _page->_speed->currentIndex());
-    takeFromGUI(Key::PlaybackRange, _page->_range->currentIndex());
-    takeFromGUI(Key::PlaybackContext, _page->_context->currentIndex());
-    takeFromGUI(Key::PlaybackCustomSpeed, _page->_customSpeed->value());
-    takeFromGUI(Key::Time, _page->_fps->value());
+    takeChoice(Key::PlaybackSpeed, _page->_speed);
+    takeChoice(Key::PlaybackRange, _page->_range);
+    takeChoice(Key::PlaybackContext, _page->_context);
+    takeRate(Key::PlaybackCustomSpeed, _page->_customSpeed);
+    takeRate(Key::Time, _page->_fps);
     takeFromGUI(Key::LoopTimeline, _page->_loop->isChecked());
     takeFromGUI(Key::EvaluateSubframes, _page->_evaluate_subframes->isChecked());
     takeFromGUI(Key::KeepKeys, _page->_keepFrames->isChecked());

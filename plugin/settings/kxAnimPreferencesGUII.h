@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QPointer>
 
+class QComboBox;
+class QKXDoubleSpiner;
 class kxAnimPreferencesGUIW;
 
 /// The animation settings: their defaults, their page, and how they reach the kernel.
@@ -28,6 +30,9 @@ private Q_SLOTS:
 private:
     template <class T>
     void takeFromGUI(const char* key, T value);
+    void takeChoice(const char* key, const QComboBox* box);
+    /// Refuses a rate that isn't above 0: what is stored stays.
+    void takeRate(const char* key, QKXDoubleSpiner* field);
 
     QPointer<kxAnimPreferencesGUIW> _page; // owned, unless a dialog that showed it has taken it along
 };

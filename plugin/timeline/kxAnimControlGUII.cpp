@@ -1,6 +1,7 @@
 #include <timeline/kxAnimControlGUII.h>
 
 #include <frame/kxMessageRead.h>
+#include <settings/kxAnimSettings.h>
 #include <timeline/kxKeyFrames.h>
 
 #include <QKXSpiner.h>
@@ -42,7 +43,6 @@ kxAnimControlGUII::kxAnimControlGUII(QWidget* parent)
 {
     setupUi(this);
     connectForm();
-    connectPreferencesService();
     connectCameraService();
     setIcons();
     _framePlayer->stop(nullptr);
@@ -75,6 +75,7 @@ void kxAnimControlGUII::connectForm()
     connect(_rangeEnd, SIGNAL(valueChanged(int)), this, SLOT(rangeEndChanged(int)));
     connect(_range, SIGNAL(rangeStartChanged(int)), this, SLOT(setRangeStart(int)));
     connect(_range, SIGNAL(rangeEndChanged(int)), this, SLOT(setRangeEnd(int)));
+    connect(_prefs, SIGNAL(clicked()), this, SLOT(openAnimPrefs()));
     connect(_key, SIGNAL(clicked()), this, SLOT(keyAll()));
     connect(_local, SIGNAL(toggled(bool)), this, SLOT(changedLocalMode(bool)));
 }
@@ -89,12 +90,6 @@ void kxAnimControlGUII::connectCameraService()
     for (QToolButton* button : {_stop, _gotoStart, _gotoEnd, _prevKey, _nextKey})
         connect(button, SIGNAL(clicked()), camera, SLOT(requestGUIUpdate()));
     connect(_timeLine, SIGNAL(finishedSliding()), camera, SLOT(requestGUIUpdate()));
-}
-
-void kxAnimControlGUII::connectPreferencesService()
-{
-    _prefs->setEnabled(kxKernelServiceFactory::the().getService<kxPreferencesService>() != nullptr);
-    connect(_prefs, SIGNAL(clicked()), this, SLOT(openAnimPrefs()));
 }
 
 void kxAnimControlGUII::setIcons()
@@ -303,8 +298,7 @@ void kxAnimControlGUII::rangeEndChanged(int value)
 
 void kxAnimControlGUII::openAnimPrefs()
 {
-    if (auto* const preferences = kxKernelServiceFactory::the().getService<kxPreferencesService>())
-        preferences->openPreferences(QStringLiteral("Animation"));
+    kxAnimSettings::openSettings();
 }
 
 void kxAnimControlGUII::keyAll()

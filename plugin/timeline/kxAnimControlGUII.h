@@ -50,7 +50,6 @@ private Q_SLOTS:
 
 private:
     void connectForm();
-    void connectPreferencesService();
     void connectCameraService();
     void setIcons();
     void setPlaying(bool playing, bool reverse);

@@ -1,7 +1,6 @@
 #include "kxOwned.h"
 
 #include <settings/kxAnimPreferencesGUII.h>
-#include <settings/kxAnimPreferencesGUIW.h>
 #include <timeline/kxAnimControlGUII.h>
 #include <timeline/kxAnimControlWidget.h>
 
@@ -22,11 +21,14 @@
 #include <kxPreferences.h>
 #include <kxServices.h>
 
-#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
 #include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -93,12 +95,6 @@ public:
     void requestGUIUpdate() override { ++requests; }
 };
 
-class PreferencesService : public kxPreferencesService
-{
-public:
-    void openPreferences(const QString& page) override { sent.append("open " + page); }
-};
-
 /// An animation of one curve with keys at these frames of 24 a second.
 osg::AnimNodePtr makeAnimation(std::initializer_list<float> frames, const osg::Color3f& color)
 {
@@ -134,7 +130,7 @@ private Q_SLOTS:
     void loadsPreferences();
     void newSceneRestoresPreferences();
     void stopMessage();
-    void preferencesPage();
+    void settingsDialog();
 
 private:
     kxAnimControlGUII& panel() const { return *static_cast<kxAnimControlGUII*>(_module->moduleWidget()); }
@@ -367,14 +363,9 @@ void tst_kxTimeline::pasteKey()
 
 void tst_kxTimeline::asksServices()
 {
-    QVERIFY(!panel()._prefs->isEnabled()); // nothing to open
     CameraService camera;
-    PreferencesService preferences;
     kxKernelServiceFactory::the().addService<kxCameraService>(&camera);
-    kxKernelServiceFactory::the().addService<kxPreferencesService>(&preferences);
     kxAnimControlGUII panel(_window.get());
-    panel._prefs->click();
-    QCOMPARE(sent, QStringList("open Animation"));
     for (QToolButton* button :
          {panel._play, panel._playRev, panel._stop, panel._gotoStart, panel._gotoEnd, panel._prevKey, panel._nextKey})
     {
@@ -463,33 +454,21 @@ void tst_kxTimeline::stopMessage()
     QVERIFY(bar->isHidden());
 }
 
-void tst_kxTimeline::preferencesPage()
+void tst_kxTimeline::settingsDialog()
 {
-    kxAnimManager& kernel = *kxAnimManager::the();
-    kxAnimPreferencesGUII preferences;
-    preferences.preferencesSetDefaults(true);
-    kxAnimPreferencesGUIW* page = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets())
-        if (auto* const found = qobject_cast<kxAnimPreferencesGUIW*>(widget))
-            page = found;
-    QVERIFY(page != nullptr);
-
-    preferences.preferencesToGUI();
-    QCOMPARE(page->_speed->currentIndex(), 1);
-    kernel.setFPS(48);
-    kernel.setFullRangeEnd(77);
-    preferences.preferencesFromGUI();
-    preferences.preferencesApply(); // nothing was changed on the page
-    QCOMPARE(kernel.fps(), 48.0);
-    QCOMPARE(kernel.fullRangeEnd(), 77);
-
-    kxPreferences::getData().set(Key::PlaybackSpeed, 4, true);
-    preferences.preferencesToGUI();
-    QVERIFY(!page->_customSpeed->isEnabled());
-    Q_EMIT page->_speed->activated(4);
-    QVERIFY(page->_customSpeed->isEnabled());
-    Q_EMIT page->_speed->activated(0);
-    QVERIFY(!page->_customSpeed->isEnabled());
+    panel()._prefs->click();
+    QDialog* const dialog = _window->findChild<QDialog*>(QStringLiteral("Animation Settings"));
+    QVERIFY(dialog != nullptr && dialog->isVisible() && !dialog->isModal());
+    QKXSpiner* const start = dialog->findChild<QKXSpiner*>("_fullRangeStart");
+    QKXSpiner* const end = dialog->findChild<QKXSpiner*>("_fullRangeEnd");
+    QCOMPARE(end->value(), 50);
+    start->setValue(60);
+    end->setValue(40);
+    dialog->findChild<QDialogButtonBox*>("_buttonBox")->button(QDialogButtonBox::Ok)->click();
+    QVERIFY(!dialog->isVisible());
+    const Ranges ranges = shownRanges(); // the panel has put them in order
+    QVERIFY(std::is_sorted(ranges.begin(), ranges.end()));
+    QCOMPARE(kernelRanges(), ranges);
 }
 
 QTEST_MAIN(tst_kxTimeline)

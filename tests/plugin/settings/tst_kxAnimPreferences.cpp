@@ -1,0 +1,235 @@
+#include <settings/kxAnimPreferencesGUII.h>
+#include <settings/kxAnimPreferencesGUIW.h>
+
+#include <kernel/kxPreferencesStore.h>
+#include <kxCapturedStderr.h>
+
+#include <QKXSpiner.h>
+#include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxPreferenceKeys.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QtTest>
+
+#include <limits>
+
+namespace
+{
+namespace Key = kxPreferenceKey;
+
+int updates = 0;
+void noteUpdate(kxMessage&)
+{
+    ++updates;
+}
+
+/// The page, as the host's dialog works with it: accept() is what the OK button does.
+struct Page
+{
+    kxAnimPreferencesGUII preferences;
+    kxAnimPreferencesGUIW* form = nullptr;
+
+    Page()
+    {
+        preferences.preferencesSetDefaults(true);
+        form = qobject_cast<kxAnimPreferencesGUIW*>(kxPreferencesStore::widget(&preferences));
+    }
+    void open() { kxPreferencesStore::the().toGUI(); }
+    void accept() { kxPreferencesStore::the().apply(); }
+};
+
+template <class T>
+T stored(const char* key)
+{
+    return boost::any_cast<T>(kxPreferences::getData().get(key));
+}
+
+void store(const char* key, const boost::any& value)
+{
+    kxPreferences::getData().set(key, value, true);
+}
+} // namespace
+
+class tst_kxAnimPreferences : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { kxController::addCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
+    void cleanupTestCase() { kxController::subCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
+    void init();
+    void defaults();
+    void untouchedPageAppliesNothing_data();
+    void untouchedPageAppliesNothing();
+    void eachFieldReachesItsSetter();
+    void customSpeed();
+    void refusesRates_data();
+    void refusesRates();
+    void damagedValues();
+};
+
+void tst_kxAnimPreferences::init()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setFPS(24);
+    kernel.setPlaybackFPS(24);
+    updates = 0;
+}
+
+void tst_kxAnimPreferences::defaults()
+{
+    {
+        Page page;
+        QVERIFY(page.form != nullptr);
+        QCOMPARE(stored<int>(Key::PlaybackSpeed), 1);
+        QCOMPARE(stored<int>(Key::FullRangeEnd), 50);
+        QCOMPARE(stored<bool>(Key::VerifyClipStructure), false);
+        store(Key::Time, 30.0);
+        page.preferences.preferencesSetDefaults(false);
+        QCOMPARE(stored<double>(Key::Time), 30.0);
+        page.preferences.preferencesSetDefaults(true);
+        QCOMPARE(stored<double>(Key::Time), 24.0);
+    }
+    QVERIFY(kxPreferences::getData().get(Key::DontShowCreateCurveDialog).empty()); // the page took its keys along
+}
+
+void tst_kxAnimPreferences::untouchedPageAppliesNothing_data()
+{
+    QTest::addColumn<int>("speed");
+    QTest::addColumn<double>("time");
+    QTest::newRow("defaults") << 1 << 24.0;
+    QTest::newRow("more decimals than the field shows") << 4 << 24000.0 / 1001.0;
+    QTest::newRow("entries that aren't listed") << 7 << 24.0;
+}
+
+void tst_kxAnimPreferences::untouchedPageAppliesNothing()
+{
+    QFETCH(int, speed);
+    QFETCH(double, time);
+    Page page;
+    store(Key::PlaybackSpeed, speed);
+    store(Key::PlaybackRange, speed);
+    store(Key::Time, time);
+    store(Key::PlaybackCustomSpeed, time);
+    page.open();
+    QVERIFY(page.form->_speed->currentIndex() >= 0 && page.form->_range->currentIndex() >= 0);
+
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setFPS(48);
+    kernel.setPlaybackFPS(12);
+    kernel.setFullRangeEnd(77);
+    kernel.setVerifyClipStructure(true);
+    page.accept();
+    QCOMPARE(kernel.fps(), 48.0);
+    QCOMPARE(kernel.playbackFPS(), 12.0);
+    QCOMPARE(kernel.fullRangeEnd(), 77);
+    QVERIFY(kernel.getVerifyClipStructure());
+    QCOMPARE(stored<int>(Key::PlaybackSpeed), speed);
+    QCOMPARE(stored<double>(Key::Time), time);
+    QCOMPARE(updates, 1); // sent whether anything changed or not
+}
+
+void tst_kxAnimPreferences::eachFieldReachesItsSetter()
+{
+    Page page;
+    page.open();
+    kxAnimPreferencesGUIW& form = *page.form;
+    form._speed->setCurrentIndex(0);
+    form._range->setCurrentIndex(1);
+    form._context->setCurrentIndex(1);
+    form._fps->setValue(29.97);
+    form._loop->setChecked(false);
+    form._evaluate_subframes->setChecked(false);
+    form._keepFrames->setChecked(true);
+    form._fullRangeStart->setValue(-10);
+    form._fullRangeEnd->setValue(110);
+    form._detailedRangeStart->setValue(5);
+    form._detailedRangeEnd->setValue(95);
+    form._verifyClips->setChecked(true);
+    form._dontShowCreateCurveDialog->setChecked(true);
+    page.accept();
+
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    QCOMPARE(kernel.playbackFPS(), -1.0);
+    QCOMPARE(kernel.playbackRangeHint(), 1);
+    QCOMPARE(kernel.playbackContextHint(), 1);
+    QCOMPARE(kernel.fps(), 29.97);
+    QVERIFY(!kernel.loopTimeline() && !kernel.evaluateSubframes() && kernel.keepKeysAtFrame());
+    QCOMPARE(kernel.fullRangeStart(), -10);
+    QCOMPARE(kernel.fullRangeEnd(), 110);
+    QCOMPARE(kernel.detailedRangeStart(), 5);
+    QCOMPARE(kernel.detailedRangeEnd(), 95);
+    QVERIFY(kernel.getVerifyClipStructure());
+    QVERIFY(stored<bool>(Key::DontShowCreateCurveDialog));
+
+    kxPreferencesStore::the().restoreDefaults(&page.preferences);
+    QCOMPARE(kernel.fps(), 24.0);
+    QCOMPARE(form._fullRangeEnd->value(), 50);
+    QVERIFY(!kernel.keepKeysAtFrame() && kernel.loopTimeline());
+}
+
+void tst_kxAnimPreferences::customSpeed()
+{
+    Page page;
+    store(Key::PlaybackSpeed, 4);
+    page.open();
+    QVERIFY(!page.form->_customSpeed->isEnabled()); // only a choice by the user enables it
+    Q_EMIT page.form->_speed->activated(4);
+    QVERIFY(page.form->_customSpeed->isEnabled());
+    page.form->_customSpeed->setValue(59.94);
+    page.accept(); // the other of the two keys is as it was
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), 59.94);
+    Q_EMIT page.form->_speed->activated(0);
+    QVERIFY(!page.form->_customSpeed->isEnabled());
+}
+
+void tst_kxAnimPreferences::refusesRates_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::newRow("none") << 0.0;
+    QTest::newRow("negative") << -25.0;
+    QTest::newRow("rounded to none") << 0.0001;
+}
+
+void tst_kxAnimPreferences::refusesRates()
+{
+    QFETCH(double, rate);
+    Page page;
+    page.open();
+    page.form->_fps->setValue(rate);
+    page.form->_customSpeed->setValue(rate);
+    page.form->_speed->setCurrentIndex(4);
+    const kxCapturedStderr silent;
+    page.accept();
+    QCOMPARE(kxAnimManager::the()->fps(), 24.0);
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
+    QCOMPARE(stored<double>(Key::Time), 24.0);
+    QCOMPARE(page.form->_fps->value(), 24.0); // the page shows what stands
+    QCOMPARE(page.form->_customSpeed->value(), 24.0);
+}
+
+void tst_kxAnimPreferences::damagedValues()
+{
+    Page page;
+    page.open();
+    store(Key::FullRangeEnd, std::string("50"));
+    store(Key::Time, std::numeric_limits<double>::quiet_NaN());
+    store(Key::PlaybackCustomSpeed, std::numeric_limits<double>::infinity());
+    store(Key::LoopTimeline, 1);
+    kxCapturedStderr captured;
+    page.open();
+    QVERIFY(captured.text().contains("Attribute 'Animation full timeline range end' has wrong type"));
+    QCOMPARE(page.form->_fullRangeEnd->value(), 50); // it keeps what it showed
+    QCOMPARE(page.form->_fps->value(), 24.0);
+    page.accept();
+    QCOMPARE(stored<int>(Key::FullRangeEnd), 50); // one of another type is replaced
+    QCOMPARE(stored<bool>(Key::LoopTimeline), true);
+    QCOMPARE(stored<double>(Key::Time), 24.0);
+    QCOMPARE(kxAnimManager::the()->fps(), 24.0);
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
+}
+
+QTEST_MAIN(tst_kxAnimPreferences)
+#include "tst_kxAnimPreferences.moc"

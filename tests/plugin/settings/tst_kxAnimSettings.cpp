@@ -1,0 +1,221 @@
+#include <settings/kxAnimSettings.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kxCapturedStderr.h>
+
+#include <QKXSpiner.h>
+#include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxServices.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QtTest>
+
+namespace
+{
+int updates = 0;
+void noteUpdate(kxMessage&)
+{
+    ++updates;
+}
+
+class PreferencesService : public kxPreferencesService
+{
+public:
+    QStringList opened;
+    void openPreferences(const QString& page) override { opened.append(page); }
+};
+} // namespace
+
+class tst_kxAnimSettings : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { kxController::addCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
+    void cleanupTestCase() { kxController::subCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
+    void init();
+    void cleanup();
+    void showsRate_data();
+    void showsRate();
+    void appliesAll();
+    void untouchedDialogKeepsAll();
+    void cancelChangesNothing();
+    void openedTwice();
+    void refusesRates_data();
+    void refusesRates();
+    void opensPreferences();
+
+private:
+    kxAnimSettings& opened()
+    {
+        kxAnimSettings::openSettings();
+        return *_window->findChild<kxAnimSettings*>(QStringLiteral("Animation Settings"));
+    }
+    static void press(kxAnimSettings& dialog, QDialogButtonBox::StandardButton button)
+    {
+        dialog._buttonBox->button(button)->click();
+    }
+
+    PreferencesService _service;
+    std::unique_ptr<QMainWindow> _window;
+};
+
+void tst_kxAnimSettings::init()
+{
+    kxKernelServiceFactory::the().addService<kxPreferencesService>(&_service);
+    _window = std::make_unique<QMainWindow>();
+    kxHostHooks::the().setMainWindow(_window.get());
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setKeepKeysAtFrame(false);
+    kernel.setFPS(24);
+    kernel.setPlaybackFPS(24);
+    kernel.setPlaybackRangeHint(0);
+    kernel.setPlaybackContextHint(0);
+    kernel.setFullRangeEnd(50);
+    updates = 0;
+}
+
+void tst_kxAnimSettings::cleanup()
+{
+    // The dialog goes with the window; the next test opens another.
+    _window.reset();
+    kxHostHooks::the().setMainWindow(nullptr);
+}
+
+void tst_kxAnimSettings::showsRate_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<int>("entry");
+    QTest::newRow("every frame") << -1.0 << 0;
+    QTest::newRow("film") << 24.0 << 1;
+    QTest::newRow("PAL") << 25.0 << 2;
+    QTest::newRow("NTSC") << 30.0 << 3;
+    QTest::newRow("custom") << 27.0 << 4;
+    QTest::newRow("nearly film") << 24000.0 / 1001.0 << 4;
+}
+
+void tst_kxAnimSettings::showsRate()
+{
+    QFETCH(double, rate);
+    QFETCH(int, entry);
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setPlaybackFPS(rate);
+    kxAnimSettings& dialog = opened();
+    QCOMPARE(dialog._speed->currentIndex(), entry);
+    QVERIFY(qAbs(dialog._customSpeed->value() - rate) < 0.0005);
+    QVERIFY(!dialog._customSpeed->isEnabled());
+    Q_EMIT dialog._speed->activated(entry);
+    QCOMPARE(dialog._customSpeed->isEnabled(), entry == 4);
+    press(dialog, QDialogButtonBox::Ok);
+    QCOMPARE(kernel.playbackFPS(), rate);
+    QCOMPARE(updates, 1);
+}
+
+void tst_kxAnimSettings::appliesAll()
+{
+    kxAnimSettings& dialog = opened();
+    QVERIFY(dialog.isVisible() && !dialog.isModal());
+    dialog._fps->setValue(59.94);
+    dialog._keepFrames->setChecked(true);
+    dialog._verifyClips->setChecked(true);
+    dialog._speed->setCurrentIndex(3);
+    dialog._range->setCurrentIndex(1);
+    dialog._context->setCurrentIndex(1);
+    dialog._loop->setChecked(false);
+    dialog._evaluate_subframes->setChecked(false);
+    dialog._fullRangeStart->setValue(-20);
+    dialog._fullRangeEnd->setValue(220);
+    dialog._detailedRangeStart->setValue(10);
+    dialog._detailedRangeEnd->setValue(190);
+    press(dialog, QDialogButtonBox::Ok);
+    QVERIFY(!dialog.isVisible());
+
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    QCOMPARE(kernel.fps(), 59.94);
+    QVERIFY(kernel.keepKeysAtFrame() && kernel.getVerifyClipStructure());
+    QCOMPARE(kernel.playbackFPS(), 30.0);
+    QCOMPARE(kernel.playbackRangeHint(), 1);
+    QCOMPARE(kernel.playbackContextHint(), 1);
+    QVERIFY(!kernel.loopTimeline() && !kernel.evaluateSubframes());
+    QCOMPARE(kernel.fullRangeStart(), -20);
+    QCOMPARE(kernel.fullRangeEnd(), 220);
+    QCOMPARE(kernel.detailedRangeStart(), 10);
+    QCOMPARE(kernel.detailedRangeEnd(), 190);
+}
+
+void tst_kxAnimSettings::untouchedDialogKeepsAll()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setFPS(30000.0 / 1001.0); // has more decimals than the field
+    kernel.setPlaybackRangeHint(3);
+    kernel.setPlaybackContextHint(-2);
+    kxAnimSettings& dialog = opened();
+    QCOMPARE(dialog._range->currentText(), QStringLiteral("Full Range"));
+    press(dialog, QDialogButtonBox::Ok);
+    QCOMPARE(kernel.fps(), 30000.0 / 1001.0);
+    QCOMPARE(kernel.playbackRangeHint(), 3);
+    QCOMPARE(kernel.playbackContextHint(), -2);
+}
+
+void tst_kxAnimSettings::cancelChangesNothing()
+{
+    kxAnimSettings& dialog = opened();
+    dialog._fps->setValue(12);
+    dialog._fullRangeEnd->setValue(7);
+    press(dialog, QDialogButtonBox::Cancel);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(kxAnimManager::the()->fps(), 24.0);
+    QCOMPARE(kxAnimManager::the()->fullRangeEnd(), 50);
+    QCOMPARE(updates, 0);
+}
+
+void tst_kxAnimSettings::openedTwice()
+{
+    kxAnimSettings& dialog = opened();
+    dialog._fps->setValue(12);
+    kxAnimManager::the()->setFullRangeEnd(90);
+    QCOMPARE(&opened(), &dialog);
+    QCOMPARE(dialog._fps->value(), 24.0); // what wasn't accepted is lost
+    QCOMPARE(dialog._fullRangeEnd->value(), 90);
+}
+
+void tst_kxAnimSettings::refusesRates_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::newRow("none") << 0.0;
+    QTest::newRow("negative") << -25.0;
+}
+
+void tst_kxAnimSettings::refusesRates()
+{
+    QFETCH(double, rate);
+    kxAnimSettings& dialog = opened();
+    dialog._fps->setValue(rate);
+    dialog._speed->setCurrentIndex(4);
+    dialog._customSpeed->setValue(rate);
+    dialog._fullRangeEnd->setValue(60);
+    const kxCapturedStderr silent;
+    press(dialog, QDialogButtonBox::Ok);
+    QCOMPARE(kxAnimManager::the()->fps(), 24.0);
+    QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
+    QCOMPARE(kxAnimManager::the()->fullRangeEnd(), 60); // the rest is taken
+    QCOMPARE(opened()._fps->value(), 24.0);
+}
+
+void tst_kxAnimSettings::opensPreferences()
+{
+    kxAnimSettings& dialog = opened();
+    dialog._openPreferences->click();
+    QCOMPARE(_service.opened, QStringList("Animation"));
+    kxKernelServiceFactory::the().addService<kxPreferencesService>(nullptr);
+    const kxCapturedStderr silent;
+    QVERIFY(!opened()._openPreferences->isEnabled()); // nothing to open
+}
+
+QTEST_MAIN(tst_kxAnimSettings)
+#include "tst_kxAnimSettings.moc"
