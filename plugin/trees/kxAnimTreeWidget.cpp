@@ -1,17 +1,174 @@
 #include <trees/kxAnimTreeWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxScenegraph.h>
+
+#include <QAction>
+#include <QDrag>
+#include <QMenu>
+#include <QMimeData>
+#include <QSet>
+#include <QTreeWidgetItemIterator>
 
 #include <algorithm>
 
 std::vector<kxAnimTreeWidget*> kxAnimTreeWidget::_trees;
+QMap<unsigned int, QTreeWidgetItem*> kxAnimTreeWidget::_itemMap;
+QMap<unsigned int, kxAnimTreeWidget::ItemState> kxAnimTreeWidget::_stateMap;
 
-kxAnimTreeWidget::kxAnimTreeWidget(QWidget* parent) : QTreeWidget(parent)
+namespace
+{
+/// Calls `act` with each row of the tree, in the order of the tree.
+template <class Act>
+void forEachRow(QTreeWidget* tree, Act act)
+{
+    for (QTreeWidgetItemIterator item(tree); *item != nullptr; ++item)
+        if (auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(*item))
+            act(row);
+}
+
+bool isInSearch(const QTreeWidgetItem* item)
+{
+    const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
+    return row != nullptr && row->animNode() != osg::NullFC;
+}
+} // namespace
+
+kxAnimTreeWidget::kxAnimTreeWidget(QWidget* parent)
+    : QTreeWidget(parent), _contextMenu(new QMenu), _hiddenTree(new QTreeWidget)
 {
     _trees.push_back(this);
+    setAnimated(true);
+    setRootIsDecorated(true);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    setEditTriggers(QAbstractItemView::SelectedClicked);
+    setExpandsOnDoubleClick(true);
+    _hiddenTree->setSortingEnabled(false);
+    _hiddenTree->hide();
+
+    _playAction = _contextMenu->addAction(tr("Play"), this, SLOT(playSelected()));
+    _resetAction = _contextMenu->addAction(tr("Reset"), this, SLOT(resetSelected()));
+    _contextMenu->addSeparator();
+    auto* const deselect = new QAction(tr("Deselect all"), this);
+    deselect->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
+    deselect->setShortcutContext(Qt::WidgetShortcut);
+    connect(deselect, SIGNAL(triggered()), this, SLOT(clearSelection()));
+    addAction(deselect);
+
+    connect(this, SIGNAL(customContextMenuRequested(const QPoint&)), this, SLOT(showContextMenu(const QPoint&)));
+    connect(this, SIGNAL(itemChanged(QTreeWidgetItem*, int)), this, SLOT(changedItem(QTreeWidgetItem*, int)));
+    connect(this, SIGNAL(itemSelectionChanged()), this, SLOT(updateContextMenu()));
 }
 
 kxAnimTreeWidget::~kxAnimTreeWidget()
 {
     _trees.erase(std::remove(_trees.begin(), _trees.end(), this), _trees.end());
+    delete _contextMenu;
+    delete _hiddenTree;
+}
+
+kxAnimTreeWidgetItem* kxAnimTreeWidget::row(QTreeWidgetItem* item)
+{
+    return dynamic_cast<kxAnimTreeWidgetItem*>(item);
+}
+
+void kxAnimTreeWidget::collectTopLevelItems(QList<kxAnimTreeWidgetItem*>& items) const
+{
+    for (int i = 0; i < topLevelItemCount(); ++i)
+        if (kxAnimTreeWidgetItem* const item = row(topLevelItem(i)))
+            items.append(item);
+}
+
+void kxAnimTreeWidget::collectSelectedTopLevelItems(QList<kxAnimTreeWidgetItem*>& items) const
+{
+    QList<kxAnimTreeWidgetItem*> all;
+    collectTopLevelItems(all);
+    std::copy_if(all.begin(), all.end(), std::back_inserter(items), std::mem_fn(&QTreeWidgetItem::isSelected));
+}
+
+void kxAnimTreeWidget::collectChildItems(QList<kxAnimTreeWidgetItem*>& items) const
+{
+    for (int i = 0; i < topLevelItemCount(); ++i)
+        for (int j = 0; j < topLevelItem(i)->childCount(); ++j)
+            if (kxAnimTreeWidgetItem* const item = row(topLevelItem(i)->child(j)))
+                items.append(item);
+}
+
+void kxAnimTreeWidget::collectSelectedChildItems(QList<kxAnimTreeWidgetItem*>& items) const
+{
+    QList<kxAnimTreeWidgetItem*> all;
+    collectChildItems(all);
+    std::copy_if(all.begin(), all.end(), std::back_inserter(items), std::mem_fn(&QTreeWidgetItem::isSelected));
+}
+
+void kxAnimTreeWidget::collectTopSelectedItems(QList<kxAnimTreeWidgetItem*>& items) const
+{
+    const QList<QTreeWidgetItem*> selected = selectedItems();
+    const QSet<QTreeWidgetItem*> isSelected(selected.begin(), selected.end());
+    QSet<QTreeWidgetItem*> taken;
+    for (const kxAnimTreeWidgetItem* item : items)
+        taken.insert(const_cast<kxAnimTreeWidgetItem*>(item));
+    for (QTreeWidgetItem* item : selected)
+    {
+        QTreeWidgetItem* top = item;
+        for (QTreeWidgetItem* above = item->parent(); above != nullptr; above = above->parent())
+            if (isSelected.contains(above))
+                top = above;
+        if (kxAnimTreeWidgetItem* const found = row(top); found != nullptr && !taken.contains(top))
+        {
+            taken.insert(top);
+            items.append(found);
+        }
+    }
+}
+
+void kxAnimTreeWidget::saveItemStates()
+{
+    _stateMap.clear();
+    forEachRow(this,
+               [](kxAnimTreeWidgetItem* item)
+               {
+                   if (item->node() != osg::NullFC)
+                       _stateMap[item->nodeId()] = {item->isExpanded(), item->isSelected()};
+               });
+}
+
+void kxAnimTreeWidget::restoreItemStates()
+{
+    QItemSelection select;
+    QItemSelection deselect;
+    forEachRow(this,
+               [&](kxAnimTreeWidgetItem* item)
+               {
+                   const auto state = _stateMap.constFind(item->nodeId());
+                   if (state == _stateMap.constEnd() || item->node() == osg::NullFC)
+                       return;
+                   if (item->isExpanded() != state->expanded)
+                       item->setExpanded(state->expanded);
+                   if (item->isSelected() == state->selected)
+                       return;
+                   const QModelIndex index = indexFromItem(item);
+                   (state->selected ? select : deselect).append(QItemSelectionRange(index));
+               });
+    if (!deselect.isEmpty())
+        selectionModel()->select(deselect, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+    if (!select.isEmpty())
+        selectionModel()->select(select, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+}
+
+void kxAnimTreeWidget::updateNames()
+{
+    for (kxAnimTreeWidget* tree : _trees)
+    {
+        const QSignalBlocker blocker(tree);
+        forEachRow(tree,
+                   [](kxAnimTreeWidgetItem* item)
+                   {
+                       if (const osg::NodePtr node = item->node())
+                           item->setText(0, QString::fromStdString(kxNodeUtils::getName(node)));
+                   });
+    }
 }
 
 void kxAnimTreeWidget::rebuildAnimationLists()
@@ -22,12 +179,150 @@ void kxAnimTreeWidget::rebuildAnimationLists()
             tree->rebuild(true);
 }
 
+bool kxAnimTreeWidget::listsAnimations() const
+{
+    return false;
+}
+
 QSize kxAnimTreeWidget::sizeHint() const
 {
     return QSize(100, 300);
 }
 
-bool kxAnimTreeWidget::listsAnimations() const
+void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)
 {
-    return false;
+    const QList<QTreeWidgetItem*> items = selectedItems();
+    if (items.isEmpty())
+        return;
+    QMimeData* const payload = mimeData(items);
+    if (payload == nullptr)
+        return;
+    auto* const drag = new QDrag(this); // Qt deletes it, and the payload with it, when the drag has ended
+    drag->setMimeData(payload);
+    drag->exec(supportedActions);
+}
+
+void kxAnimTreeWidget::buildItems(const osg::AnimNodePtr& root)
+{
+    _itemMap.clear();
+    const auto build = [&root](const osg::NodePtr& node)
+    {
+        const osg::NodeCorePtr core = node->getCore();
+        if (core == osg::NullFC || core->getType().isDerivedFrom(osg::AnimCurve::_type))
+            return osg::Action::Continue;
+        const osg::NodePtr parent = node->getParent();
+        if (parent == osg::NullFC)
+        {
+            _itemMap.insert(node->getId(), nullptr);
+            return osg::Action::Continue;
+        }
+        const auto above = _itemMap.constFind(parent->getId());
+        // Below a node that is left out nobody would ask for the row.
+        if (above == _itemMap.constEnd() && node != root && parent != root)
+            return osg::Action::Continue;
+        auto* const item = new kxAnimTreeWidgetItem(above == _itemMap.constEnd() ? nullptr : *above, true);
+        item->setNode(node, true, true);
+        _itemMap.insert(node->getId(), item);
+        return osg::Action::Continue;
+    };
+    osg::traverse(root, build);
+}
+
+QTreeWidgetItem* kxAnimTreeWidget::builtItem(const osg::NodePtr& node)
+{
+    return _itemMap.value(node.getFieldContainerId(), nullptr);
+}
+
+QTreeWidgetItem* kxAnimTreeWidget::buildItem(const osg::AnimNodePtr& root)
+{
+    buildItems(root);
+    return builtItem(root);
+}
+
+void kxAnimTreeWidget::rebuild(kxAnimTreeWidgetItem* item)
+{
+    if (item == nullptr)
+        return;
+    saveItemStates();
+    qDeleteAll(item->takeChildren());
+
+    std::vector<osg::AnimNodePtr> animations;
+    if (const osg::AnimNodePtr animation = item->animNode())
+    {
+        for (const osg::NodePtr& child : animation->getChildren())
+            animations.push_back(osg::AnimNodePtr::dcast(child));
+    }
+    else
+    {
+        const osg::NodePtr node = item->node();
+        const osg::FieldContainerPtr container =
+            node != osg::NullFC ? osg::FieldContainerPtr(node) : osg::FieldContainerPtr(item->material());
+        if (const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(container))
+            attachment->getTopLevelAnimations(animations, true);
+    }
+    QList<QTreeWidgetItem*> children;
+    for (const osg::AnimNodePtr& animation : animations)
+        if (QTreeWidgetItem* const child = buildItem(animation))
+            children.append(child);
+    item->addChildren(children);
+    restoreItemStates();
+}
+
+void kxAnimTreeWidget::rebuildFrom(std::vector<osg::AnimNodePtr> nodes)
+{
+    clear();
+    setSortingEnabled(false);
+    QList<QTreeWidgetItem*> items;
+    for (const osg::AnimNodePtr& node : nodes)
+    {
+        if (node == osg::NullFC)
+            continue;
+        auto* const item = new kxAnimTreeWidgetItem(true);
+        item->setNode(node, true, true);
+        for (const osg::NodePtr& child : node->getChildren())
+            if (osg::AnimNodePtr::dcast(child) != osg::NullFC)
+                (new kxAnimTreeWidgetItem(item, true))->setNode(child, true, true);
+        items.append(item);
+    }
+    addTopLevelItems(items);
+    for (QTreeWidgetItem* item : items)
+        item->setExpanded(true);
+    setSortingEnabled(true);
+    sortItems(0, Qt::AscendingOrder);
+    resizeColumnToContents(0);
+}
+
+void kxAnimTreeWidget::rebuildFrom(std::vector<osg::MaterialPtr>) {}
+
+void kxAnimTreeWidget::parkItems()
+{
+    saveItemStates();
+    _hiddenTree->clear();
+    _hiddenTree->addTopLevelItems(invisibleRootItem()->takeChildren());
+}
+
+void kxAnimTreeWidget::search(QString text)
+{
+    if (text.isEmpty())
+    {
+        rebuild(false);
+        restoreItemStates();
+        _searchText = text;
+        _hiddenTree->clear();
+        return;
+    }
+    if (_searchText.isEmpty())
+        parkItems();
+
+    const QLatin1Char quote('"');
+    const bool isPattern = text.size() >= 2 && text.startsWith(quote) && text.endsWith(quote);
+    const QList<QTreeWidgetItem*> found =
+        isPattern ? _hiddenTree->findItems(text.mid(1, text.size() - 2), Qt::MatchRecursive | Qt::MatchWildcard)
+                  : _hiddenTree->findItems(text, Qt::MatchRecursive | Qt::MatchContains);
+    std::vector<osg::AnimNodePtr> animations;
+    for (QTreeWidgetItem* item : found)
+        if (isInSearch(item))
+            animations.push_back(row(item)->animNode());
+    _searchText = text;
+    rebuildFrom(animations);
 }

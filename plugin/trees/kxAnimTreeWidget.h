@@ -1,12 +1,23 @@
 #pragma once
 
+#include <kxAnimManager.h>
+
+#include <QMap>
 #include <QTreeWidget>
 
 #include <vector>
 
+class QAction;
+class QMenu;
+class kxAnimTreeWidgetItem;
+
 /// Base of every tree that lists animations.
 ///
-/// Holds no animation data: a tree shows what the kernel holds and is built anew when that has changed.
+/// Holds no animation data: a tree shows what the kernel holds and is built anew when that has changed. All rows are
+/// kxAnimTreeWidgetItem; what acts on the selection notes ids first, since a call into the kernel may rebuild any tree.
+///
+/// A derived tree that replaces one form of rebuild(), rebuildFrom(), paste() or pasteClone() brings the other forms
+/// back into sight by a using-declaration.
 class kxAnimTreeWidget : public QTreeWidget
 {
     Q_OBJECT
@@ -14,19 +25,129 @@ public:
     explicit kxAnimTreeWidget(QWidget* parent = nullptr);
     ~kxAnimTreeWidget() override;
 
+    // Rows in the order of the tree; appended, null left out.
+    void collectTopLevelItems(QList<kxAnimTreeWidgetItem*>& items) const;
+    void collectSelectedTopLevelItems(QList<kxAnimTreeWidgetItem*>& items) const;
+    /// The children of the top-level rows, one level deep.
+    void collectChildItems(QList<kxAnimTreeWidgetItem*>& items) const;
+    void collectSelectedChildItems(QList<kxAnimTreeWidgetItem*>& items) const;
+    /// For each selected row the uppermost selected one of itself and those above it; each once, in the order of
+    /// selection.
+    void collectTopSelectedItems(QList<kxAnimTreeWidgetItem*>& items) const;
+
+    /// Keeps which rows are expanded and selected, by the ids of their nodes. All trees share the one store: a save
+    /// replaces what another tree saved.
+    void saveItemStates();
+    /// Applies the store to every row that it knows; the selection changes once.
+    void restoreItemStates();
+
+    /// Brings the texts of all rows in all trees up to their nodes' names, with the trees' signals blocked.
+    static void updateNames();
     /// Builds anew every living tree that lists whole animations.
     static void rebuildAnimationLists();
 
     QSize sizeHint() const override;
 
 public Q_SLOTS:
-    /// `saveStates`: rows stay expanded and selected as they are.
-    virtual void rebuild(bool saveStates) = 0;
+    /// Builds the whole tree anew. `saveStates`: rows stay expanded and selected as they are.
+    virtual void rebuild(bool saveStates = true) = 0;
+    /// Builds the rows below `item` anew, with their states kept. Null does nothing.
+    virtual void rebuild(kxAnimTreeWidgetItem* item);
+    /// A flat list of `nodes`, each with its direct animation children.
+    virtual void rebuildFrom(std::vector<osg::AnimNodePtr> nodes);
+    /// Does nothing here.
+    virtual void rebuildFrom(std::vector<osg::MaterialPtr> mats);
+    /// Deletes the selected animations without a question.
+    virtual void remove();
+    /// Pastes the copied animations to each selected object or material. `rebuildListView`: its rows are built anew.
+    virtual void paste(bool rebuildListView = true);
+    /// Shows the animations whose names contain `text`; between double quotes it is a pattern with wildcards. The empty
+    /// text ends the search.
+    void search(QString text);
+    /// Brings the check boxes up to the scene, with signals blocked.
+    void updateCheckStates();
+    void copy();
+    /// Asks for a file and writes the one selected row's animations.
+    void saveSelected();
+
+protected Q_SLOTS:
+    virtual void updateContextMenu();
+    virtual void showContextMenu(QPoint p);
+    virtual void changedItem(QTreeWidgetItem* item, int column) = 0;
+    /// As paste(), but the results share the cores of what was copied.
+    virtual void pasteClone(bool rebuildListView = true);
+    void playSelected();
+    void resetSelected();
+    /// copy(), then deletes with a question for what is used elsewhere.
+    void cut();
+    void clone();
+    void cloneFlipped();
+    /// An independent copy, which becomes the only active block of its object.
+    void duplicate();
+    void duplicateFlipped();
+    void toggledActive(bool value);
+    void startRename();
+    void unshare();
+    void info();
+    void changedMotionBlur(bool value);
 
 protected:
     /// True for the trees of animations and clips; a tree of channels or of structure follows by other ways.
     virtual bool listsAnimations() const;
 
+    void startDrag(Qt::DropActions supportedActions) override;
+
+    /// Deletes the animations of the selected rows in one step of undo. `checkReferences`: asks about those that are
+    /// used outside the scene's objects.
+    void removeSelected(bool checkReferences);
+
+    /// Builds rows for `root` and what is below it, curves left out. A root without parent gets no row of its own.
+    /// The caller puts what it gets by builtItem() into a tree; all other rows stand below those.
+    static void buildItems(const osg::AnimNodePtr& root);
+    /// The row that the last buildItems() made for `node`, null where it made none.
+    static QTreeWidgetItem* builtItem(const osg::NodePtr& node);
+    /// Both in one: the row of `root`, null for a curve. The caller owns it until it stands in a tree.
+    static QTreeWidgetItem* buildItem(const osg::AnimNodePtr& root);
+
+    /// The row as what it is; null for null.
+    static kxAnimTreeWidgetItem* row(QTreeWidgetItem* item);
+    /// The animations of the selected rows, in the order of selection.
+    std::vector<osg::AnimNodePtr> selectedAnimations() const;
+
+    /// Derived trees append their own actions.
+    QMenu* contextMenu() const { return _contextMenu; }
+    /// Empty while no search is on.
+    const QString& searchText() const { return _searchText; }
+
+private Q_SLOTS:
+    void debug();
+
 private:
-    static std::vector<kxAnimTreeWidget*> _trees; // the living ones, in the order of their construction
+    struct ItemState
+    {
+        bool expanded = false;
+        bool selected = false;
+    };
+    struct Place;
+    struct Entry;
+
+    Place placeOf(QTreeWidgetItem* item) const;
+    std::vector<Entry> selectedEntries() const;
+    /// Builds the rows below each place anew, once each.
+    void rebuildPlaces(const std::vector<Place>& places, bool expand);
+    void pasteToSelected(bool shareCores, bool rebuildListView);
+    void cloneSelected(bool flipped);
+    void updateCheckStates(QTreeWidgetItem* item);
+    /// Moves all rows into the hidden tree.
+    void parkItems();
+
+    QMenu* _contextMenu; // owned
+    QString _searchText;
+    QAction* _playAction;     // owned by the menu
+    QAction* _resetAction;    // owned by the menu
+    QTreeWidget* _hiddenTree; // owned; holds all rows while a search is on
+
+    static std::vector<kxAnimTreeWidget*> _trees;         // the living ones, in the order of their construction
+    static QMap<unsigned int, QTreeWidgetItem*> _itemMap; // by node id, of the rows just built
+    static QMap<unsigned int, ItemState> _stateMap;       // by node id
 };

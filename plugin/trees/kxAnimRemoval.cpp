@@ -1,0 +1,70 @@
+#include <trees/kxAnimRemoval.h>
+
+#include <kxAnimManager.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+
+namespace
+{
+bool isUsedElsewhere(const osg::AnimNodePtr& animation)
+{
+    const osg::NodeCorePtr core = animation->getCore();
+    return osg::AnimObjectPtr::dcast(core) != osg::NullFC && core->getRefCount() >= 2 &&
+           kxAnimManager::the()->blockSceneRefCount(animation) == 1;
+}
+
+void addAnimationsOf(const osg::FieldContainerPtr& container, kxRemoval& removal)
+{
+    const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(container);
+    if (attachment == osg::NullFC)
+        return;
+    std::vector<osg::AnimNodePtr> animations;
+    attachment->getTopLevelAnimations(animations, true);
+    for (const osg::AnimNodePtr& animation : animations)
+        removal.nodes.emplace_back(animation);
+}
+} // namespace
+
+kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkReferences,
+                           const std::function<kxRemovalAnswer(const QString& name)>& ask)
+{
+    kxRemoval removal;
+    bool asks = true;
+    for (const kxRemovalRow& row : rows)
+    {
+        const osg::FieldContainerFactory& factory = *osg::FieldContainerFactory::the();
+        const osg::AnimNodePtr animation = factory.get<osg::AnimNode>(row.nodeId);
+        if (animation == osg::NullFC)
+        {
+            if (row.nodeId != 0)
+                addAnimationsOf(factory.get<osg::Node>(row.nodeId), removal);
+            else
+                addAnimationsOf(factory.get<osg::Material>(row.materialId), removal);
+            continue;
+        }
+        if (animation->getCore() == osg::NullFC)
+            continue;
+        if (!checkReferences || !isUsedElsewhere(animation))
+        {
+            removal.nodes.emplace_back(animation);
+            continue;
+        }
+        if (asks)
+        {
+            const kxRemovalAnswer answer = ask(QString::fromStdString(kxNodeUtils::getName(animation)));
+            if (answer == kxRemovalAnswer::NoToAll)
+                break;
+            if (answer == kxRemovalAnswer::No)
+                continue;
+            asks = answer != kxRemovalAnswer::YesToAll;
+        }
+        // The host may have deleted it while the question stood.
+        const osg::AnimNodePtr accepted = factory.get<osg::AnimNode>(row.nodeId);
+        if (accepted == osg::NullFC || accepted->getCore() == osg::NullFC)
+            continue;
+        for (const osg::NodePtr& user : accepted->getCore()->getParents())
+            removal.nodes.emplace_back(user);
+        removal.sharedDeleted = true;
+    }
+    return removal;
+}
