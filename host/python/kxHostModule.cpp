@@ -280,6 +280,15 @@ void defineRows()
             "@return: x, y, width and height in pixels of the screen.\n\n"
             "@rtype: tuple of int\n\n"
             "@raise LookupError: There is no such widget or row, or the row is out of sight.");
+    bp::def("actionRect", kxHostWidgets::actionRect, bp::args("name", "text"),
+            "Gets the place of an entry of a menu, a menu bar or a tool bar on the screen.\n\n"
+            "@param name: The object name of the menu or bar, as for widgetRect(); empty for the menu that is open.\n\n"
+            "@type name: string\n\n"
+            "@param text: The entry's text.\n\n"
+            "@type text: string\n\n"
+            "@return: x, y, width and height in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: There is no such widget, or it shows no such entry.");
     bp::def("scenePoint", kxHostWidgets::scenePoint, bp::args("name", "x", "y"),
             "Gets where a point of the curve graph or of the clip timeline lies on the screen.\n\n"
             "@param name: The object name of the graphics view, as for widgetRect().\n\n"

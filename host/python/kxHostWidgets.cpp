@@ -5,7 +5,11 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QGraphicsView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRegularExpression>
 #include <QScreen>
+#include <QToolBar>
 #include <QTreeView>
 #include <QVariant>
 #include <QWidget>
@@ -74,6 +78,25 @@ const Widget& findAs(const std::string& path, const char* kind)
     return *widget;
 }
 
+/// Without the marks of keys.
+QString bareText(const QAction& action)
+{
+    return action.text().remove(QRegularExpression(QStringLiteral("&(?!&)")));
+}
+
+/// Empty where `widget` shows no entries, or not this one.
+QRect actionGeometry(const QWidget& widget, QAction* action)
+{
+    if (const auto* const menu = qobject_cast<const QMenu*>(&widget))
+        return menu->actionGeometry(action);
+    if (const auto* const bar = qobject_cast<const QMenuBar*>(&widget))
+        return bar->actionGeometry(action);
+    if (const auto* const tools = qobject_cast<const QToolBar*>(&widget))
+        if (const QWidget* const button = tools->widgetForAction(action); button != nullptr && button->isVisible())
+            return button->geometry();
+    return QRect();
+}
+
 const QAbstractItemView& findView(const std::string& path)
 {
     return findAs<QAbstractItemView>(path, "list or tree");
@@ -138,6 +161,18 @@ std::string kxHostWidgets::rowText(const std::string& path, const bp::list& row,
 {
     const QModelIndex index = findRow(findView(path), row);
     return index.sibling(index.row(), column).data().toString().toStdString();
+}
+
+bp::tuple kxHostWidgets::actionRect(const std::string& path, const std::string& text)
+{
+    const QWidget* const widget = path.empty() ? QApplication::activePopupWidget() : find(path);
+    if (widget == nullptr)
+        kxRaise(PyExc_LookupError, "no menu is open");
+    for (QAction* const action : widget->actions())
+        if (action->isVisible() && bareText(*action) == QString::fromStdString(text))
+            if (const QRect rect = actionGeometry(*widget, action); !rect.isEmpty())
+                return rectOnScreen(*widget, rect);
+    kxRaise(PyExc_LookupError, "there is no entry '" + text + "' in sight");
 }
 
 bp::tuple kxHostWidgets::scenePoint(const std::string& path, double x, double y)

@@ -10,7 +10,10 @@
 #include <scene/kxScene.h>
 
 #include <QGraphicsView>
+#include <QMainWindow>
+#include <QMenuBar>
 #include <QSpinBox>
+#include <QToolBar>
 #include <QTreeWidget>
 #include <QUndoStack>
 #include <QtTest>
@@ -55,6 +58,7 @@ private Q_SLOTS:
     void picturesComeFromTheHooks();
     void widgetsByTheirNames();
     void rowsAndScenePoints();
+    void entriesOfMenus();
     void everyFunctionIsDescribed();
 
 private:
@@ -323,6 +327,32 @@ void tst_kxHostModule::rowsAndScenePoints()
             .arg(corner.y())
             .arg(point.x())
             .arg(point.y()));
+}
+
+void tst_kxHostModule::entriesOfMenus()
+{
+    QMainWindow window;
+    window.setObjectName("_window");
+    window.menuBar()->setObjectName("_menus");
+    QMenu* const menu = window.menuBar()->addMenu("&Things");
+    menu->addAction("First");
+    QAction* const second = menu->addAction("Se&cond...");
+    QToolBar* const bar = window.addToolBar("tools");
+    bar->setObjectName("_tools");
+    bar->addAction("Tool");
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    run("refused(LookupError, 'no menu', actionRect, '', 'First')");
+    menu->popup(window.mapToGlobal(QPoint(5, 30)));
+    const QPoint place = menu->mapToGlobal(menu->actionGeometry(second).topLeft());
+    run(QStringLiteral("assert actionRect('', 'Second...')[:2] == (%1, %2)\n"
+                       "assert actionRect('_menus', 'Things')[2] > 10\n"
+                       "assert actionRect('_tools', 'Tool')[2] > 10\n"
+                       "refused(LookupError, 'no entry', actionRect, '', 'Third')\n"
+                       "refused(LookupError, 'no entry', actionRect, '_window', 'First')")
+            .arg(place.x())
+            .arg(place.y()));
+    menu->hide();
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()
