@@ -1,0 +1,6 @@
+#include <curveeditor/NoEditDelegate.h>
+
+QWidget* NoEditDelegate::createEditor(QWidget*, const QStyleOptionViewItem&, const QModelIndex&) const
+{
+    return nullptr;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <osg/AnimAttachments.h>
+#include <osg/AnimCurve.h>
+
+#include <QString>
+
+#include <vector>
+
+/// Writing of keys from channel values, as far as it needs no window. Curves are named by id, since what is called here
+/// may end their life.
+namespace kxAnimChannelKeys
+{
+/// A value that is about to become a key.
+struct Value
+{
+    unsigned int curveId = 0;
+    float value = 0;
+};
+
+/// Reads a value text in plain notation ("-1.500"); false where it is no finite number, and `value` stays.
+bool parse(const QString& text, float& value);
+
+/// Adds a key at the current frame to each curve, as one step of undo; none for an empty list. Curves that have no keys
+/// yet join the kernel's evaluation.
+void add(const std::vector<Value>& values);
+
+/// The attachment of an object, made where it has none; null where the container can carry none.
+osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container);
+
+/// Switches the blocks directly below the attachment off, so that its channel curves move the object.
+void switchBlocksOff(const osg::AnimAttachmentPtr& attachment);
+
+/// Deletes, as one step of undo, the keys of these curves that change nothing. Null and repeated curves are skipped.
+void removeConstant(const std::vector<osg::AnimCurvePtr>& curves);
+
+/// Appends the curves of `root` and of all below it.
+void collectCurves(const osg::NodePtr& root, std::vector<osg::AnimCurvePtr>& curves);
+} // namespace kxAnimChannelKeys

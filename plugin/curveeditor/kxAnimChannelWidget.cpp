@@ -1,0 +1,601 @@
+#include <curveeditor/kxAnimChannelWidget.h>
+
+#include <curveeditor/NoEditDelegate.h>
+#include <curveeditor/ValidatorEditDelegate.h>
+#include <curveeditor/kxAnimChannelKeys.h>
+#include <curveeditor/kxAnimChannelRows.h>
+#include <curveeditor/kxAnimInfinityMenu.h>
+#include <frame/kxCallbacks.h>
+#include <trees/kxTreeHint.h>
+
+#include <kxLog.h>
+#include <kxMessageNames.h>
+#include <kxScenegraph.h>
+#include <kxServices.h>
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCoreApplication>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSet>
+
+#include <algorithm>
+#include <memory>
+
+std::vector<kxAnimChannelWidget*> kxAnimChannelWidget::_instances;
+
+namespace
+{
+/// Those of all instances together; there while any lives.
+std::unique_ptr<kxCallbacks>& callbacks()
+{
+    static std::unique_ptr<kxCallbacks> entries;
+    return entries;
+}
+
+void send(const char* name)
+{
+    kxMessage message;
+    kxController::call(name, message, 0);
+}
+
+} // namespace
+
+kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(parent)
+{
+    setHeaderLabels({tr("Channel"), tr("Value")});
+    setItemDelegateForColumn(kxAnimChannelRows::Channel, new NoEditDelegate(this));
+    setItemDelegateForColumn(kxAnimChannelRows::Value, new ValidatorEditDelegate(this));
+    setUniformRowHeights(true); // a new value then costs no layout
+    setUpMenu();
+    connect(model(), &QAbstractItemModel::modelReset, this, [this] { _isOverLimit = false; });
+
+    _instances.push_back(this);
+    if (_instances.size() == 1)
+        addCallbacks();
+    connectServices();
+}
+
+kxAnimChannelWidget::~kxAnimChannelWidget()
+{
+    _instances.erase(std::remove(_instances.begin(), _instances.end(), this), _instances.end());
+    if (_instances.empty())
+        callbacks().reset();
+}
+
+void kxAnimChannelWidget::setUpMenu()
+{
+    QMenu* const menu = contextMenu();
+    menu->addAction(tr("Key Selected"), this, &kxAnimChannelWidget::keySelected);
+    _keyAllSelectedType = menu->addAction(tr("Key All Selected Type"), this, &kxAnimChannelWidget::keyAllSelectedType);
+    menu->addAction(tr("Key All"), this, &kxAnimChannelWidget::keyAll);
+    menu->addAction(tr("Create Block"), this, &kxAnimChannelWidget::createBlocks);
+    menu->addSeparator();
+    const auto addPaste = [this, menu](const QString& text, const QKeySequence& keys)
+    {
+        QAction* const action = menu->addAction(text);
+        action->setShortcut(keys);
+        action->setShortcutContext(Qt::WidgetShortcut);
+        addAction(action); // a shortcut of the widget alone works on actions that it has
+        return action;
+    };
+    connect(addPaste(tr("Paste"), QKeySequence::Paste), &QAction::triggered, this, [this] { paste(true); });
+    connect(addPaste(tr("Paste Clone"), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_V)), &QAction::triggered, this,
+            [this] { pasteClone(true); });
+    menu->addSeparator();
+    _preModes = new kxAnimInfinityMenu(tr("Pre Infinity Mode"), menu);
+    _postModes = new kxAnimInfinityMenu(tr("Post Infinity Mode"), menu);
+    menu->addMenu(_preModes);
+    menu->addMenu(_postModes);
+    connect(_preModes->group(), &QActionGroup::triggered, this, &kxAnimChannelWidget::changedPreInfinityMode);
+    connect(_postModes->group(), &QActionGroup::triggered, this, &kxAnimChannelWidget::changedPostInfinityMode);
+    menu->addSeparator();
+    _motionBlur = menu->addAction(tr("Motion Blur"));
+    _motionBlur->setCheckable(true);
+    connect(_motionBlur, &QAction::toggled, this, [this](bool value) { changedMotionBlur(value); });
+    menu->addSeparator();
+    _removeConstCurves = menu->addAction(tr("Remove Constant Curves"), this, &kxAnimChannelWidget::removeConstCurves);
+    _showEmptyCurves = menu->addAction(tr("Show Empty Curves"));
+    _showEmptyCurves->setCheckable(true);
+    _showEmptyCurves->setChecked(true);
+    connect(_showEmptyCurves, &QAction::toggled, this, &kxAnimChannelWidget::rebuildTopLevelItems);
+}
+
+void kxAnimChannelWidget::addCallbacks()
+{
+    callbacks() = std::make_unique<kxCallbacks>();
+    for (const char* name :
+         {kxMessageName::ChangedTransformation, kxMessageName::CurrentFrameChanged, kxMessageName::UpdateNavigator,
+          kxMessageName::UpdateLight, kxMessageName::UberMaterialChanged})
+        callbacks()->add(name, valuesChanged);
+    callbacks()->add(kxMessageName::FrameChangedCurveEditor, frameDragged);
+    callbacks()->add(kxMessageName::KeyAll, keyAllRequested);
+}
+
+void kxAnimChannelWidget::connectServices()
+{
+    const auto update = [this] { updateValues(false); };
+    const kxKernelServiceFactory& services = kxKernelServiceFactory::the();
+    if (auto* const objects = services.getService<kxObjectService>())
+        connect(objects, &kxObjectService::propertyChangedBS, this, update);
+    if (auto* const cameras = services.getService<kxCameraService>())
+    {
+        connect(cameras, &kxCameraService::viewWentIdle, this, update);
+        connect(cameras, &kxCameraService::attributesPasted, this, update);
+        connect(cameras, &kxCameraService::viewpointActivated, this, update);
+    }
+}
+
+void kxAnimChannelWidget::valuesChanged(kxMessage&)
+{
+    for (kxAnimChannelWidget* const instance : _instances)
+        instance->updateValues(false);
+}
+
+void kxAnimChannelWidget::frameDragged(kxMessage& message)
+{
+    valuesChanged(message);
+    // The panel that moves the kernel's frame may hear of the drag after this tree, and tells nobody then.
+    for (kxAnimChannelWidget* const instance : _instances)
+        QMetaObject::invokeMethod(
+            instance, [instance] { instance->updateValues(false); }, Qt::QueuedConnection);
+}
+
+void kxAnimChannelWidget::keyAllRequested(kxMessage&)
+{
+    if (_instances.empty())
+        return;
+    kxAnimChannelWidget* const newest = _instances.back();
+    if (!newest->isVisible())
+    {
+        newest->rebuild(true);
+        newest->updateValues(true);
+    }
+    newest->keyAll();
+}
+
+// Filling the tree
+
+void kxAnimChannelWidget::rebuildRows(std::size_t objectCount, bool saveStates, const std::function<void()>& addRows)
+{
+    const std::vector<unsigned int> selected = selectedIds();
+    {
+        // Rows come and go, but what is selected is told once, and only where it is something else.
+        const QSignalBlocker blocker(this);
+        if (saveStates)
+            saveItemStates();
+        clear();
+        _isOverLimit = objectCount > ObjectLimit;
+        if (!_isOverLimit)
+        {
+            addRows();
+            if (saveStates)
+                restoreItemStates();
+            resizeColumnToContents(kxAnimChannelRows::Channel);
+        }
+    }
+    viewport()->update();
+    updateValues(false);
+    if (selectedIds() != selected)
+        Q_EMIT itemSelectionChanged();
+}
+
+std::vector<unsigned int> kxAnimChannelWidget::selectedIds() const
+{
+    std::vector<unsigned int> ids;
+    for (QTreeWidgetItem* const item : selectedItems())
+        if (const kxAnimTreeWidgetItem* const selected = row(item))
+            ids.push_back(selected->nodeId() != 0 ? selected->nodeId() : selected->materialId());
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+void kxAnimChannelWidget::addTop(kxAnimTreeWidgetItem* top)
+{
+    if (top == nullptr)
+        return;
+    addTopLevelItem(top);
+    top->setExpanded(true);
+}
+
+void kxAnimChannelWidget::rebuild(bool saveStates)
+{
+    rebuildFromNodes(kxScenegraph::getSelectedNodes(), saveStates);
+}
+
+void kxAnimChannelWidget::rebuildFrom(std::vector<osg::AnimNodePtr> nodes)
+{
+    rebuildRows(0, false,
+                [this, &nodes]
+                {
+                    for (const osg::AnimNodePtr& node : nodes)
+                    {
+                        if (node == osg::NullFC)
+                            break;
+                        addTop(kxAnimChannelRows::ofAnimation(node, true));
+                    }
+                });
+}
+
+void kxAnimChannelWidget::rebuildFromNode(osg::NodePtr node, bool saveStates)
+{
+    if (node != osg::NullFC)
+        rebuildFromNodes({node}, saveStates);
+}
+
+void kxAnimChannelWidget::rebuildFromNodes(std::vector<osg::NodePtr> nodes, bool saveStates)
+{
+    rebuildRows(nodes.size(), saveStates,
+                [this, &nodes]
+                {
+                    for (const osg::NodePtr& node : nodes)
+                        addTop(kxAnimChannelRows::ofNode(node, _showEmptyCurves->isChecked()));
+                });
+}
+
+void kxAnimChannelWidget::rebuildFromMaterial(osg::MaterialPtr mat, bool saveStates)
+{
+    if (mat != osg::NullFC)
+        rebuildFromMaterials({mat}, saveStates);
+}
+
+void kxAnimChannelWidget::rebuildFromMaterials(std::vector<osg::MaterialPtr> mats, bool saveStates)
+{
+    rebuildRows(mats.size(), saveStates,
+                [this, &mats]
+                {
+                    for (const osg::MaterialPtr& material : mats)
+                        addTop(kxAnimChannelRows::ofMaterial(material, _showEmptyCurves->isChecked()));
+                });
+}
+
+void kxAnimChannelWidget::rebuildFromFieldContainer(osg::FieldContainerPtr fc, bool saveStates)
+{
+    if (fc != osg::NullFC)
+        rebuildFromFieldContainers({fc}, saveStates);
+}
+
+void kxAnimChannelWidget::rebuildFromFieldContainers(std::vector<osg::FieldContainerPtr> fcs, bool saveStates)
+{
+    rebuildRows(fcs.size(), saveStates,
+                [this, &fcs]
+                {
+                    for (const osg::FieldContainerPtr& container : fcs)
+                    {
+                        if (const osg::NodePtr node = osg::NodePtr::dcast(container))
+                            addTop(kxAnimChannelRows::ofNode(node, _showEmptyCurves->isChecked()));
+                        else if (const osg::MaterialPtr material = osg::MaterialPtr::dcast(container))
+                            addTop(kxAnimChannelRows::ofMaterial(material, _showEmptyCurves->isChecked()));
+                    }
+                });
+}
+
+void kxAnimChannelWidget::rebuildTopLevelItems()
+{
+    Rows tops;
+    collectTopLevelItems(tops);
+    std::vector<osg::NodePtr> nodes;
+    std::vector<osg::MaterialPtr> materials;
+    for (const kxAnimTreeWidgetItem* const top : tops)
+    {
+        if (!kxAnimChannelRows::isGone(top->node()))
+            nodes.push_back(top->node());
+        if (top->material() != osg::NullFC)
+            materials.push_back(top->material());
+    }
+    if (!nodes.empty())
+        rebuildFromNodes(nodes, true);
+    else if (!materials.empty())
+        rebuildFromMaterials(materials, true);
+}
+
+void kxAnimChannelWidget::removeDeadTopLevelItems()
+{
+    for (int i = topLevelItemCount() - 1; i >= 0; --i)
+    {
+        const kxAnimTreeWidgetItem* const top = row(topLevelItem(i));
+        if (top != nullptr && kxAnimChannelRows::isTopGone(*top))
+            delete takeTopLevelItem(i);
+    }
+    viewport()->update();
+}
+
+void kxAnimChannelWidget::showTooManySelected()
+{
+    rebuildRows(ObjectLimit + 1, false, [] {});
+}
+
+// Values
+
+void kxAnimChannelWidget::updateValues()
+{
+    updateValues(false);
+}
+
+void kxAnimChannelWidget::updateValues(bool force)
+{
+    if (!force && !isVisible())
+        return;
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    const QTreeWidgetItem* const edited = state() == EditingState ? currentItem() : nullptr;
+    const QSignalBlocker blocker(this);
+    for (kxAnimTreeWidgetItem* const shown : channelRows())
+    {
+        if (shown == edited)
+            continue;
+        const osg::AnimCurvePtr curve = shown->curve();
+        const kxAnimManager::kxOSGChannelData channel = shown->channelData();
+        if (curve == osg::NullFC && channel.isEmpty())
+            continue;
+        const float value =
+            curve != osg::NullFC ? kernel.getOSGFieldValue(curve, channel.container) : kernel.getOSGFieldValue(channel);
+        const QString text = QString::number(double(value), 'f', 3);
+        if (shown->text(kxAnimChannelRows::Value) != text)
+            shown->setText(kxAnimChannelRows::Value, text);
+    }
+}
+
+void kxAnimChannelWidget::showEvent(QShowEvent* event)
+{
+    kxAnimTreeWidget::showEvent(event);
+    updateValues(false);
+}
+
+void kxAnimChannelWidget::paintEvent(QPaintEvent* event)
+{
+    kxAnimTreeWidget::paintEvent(event);
+    if (topLevelItemCount() > 0)
+        return;
+    const bool isTooMany = _isOverLimit || kxScenegraph::getSelectedNodes().size() > ObjectLimit;
+    kxPaintTreeHint(*this,
+                    isTooMany ? tr("More than 20 objects are selected.") : tr("Select an object to see its channels."));
+}
+
+void kxAnimChannelWidget::changedItem(QTreeWidgetItem*, int) {}
+
+// Keying
+
+kxAnimChannelWidget::Rows kxAnimChannelWidget::channelRows() const
+{
+    Rows tops;
+    collectTopLevelItems(tops);
+    Rows rows;
+    for (kxAnimTreeWidgetItem* const top : tops)
+    {
+        if (!top->channelData().isEmpty())
+            rows.append(top);
+        for (int i = 0; i < top->childCount(); ++i)
+            rows.append(row(top->child(i)));
+    }
+    return rows;
+}
+
+kxAnimChannelWidget::Rows kxAnimChannelWidget::rowsToKey(Keyed which) const
+{
+    Rows rows = channelRows();
+    if (which == Keyed::All)
+        return rows;
+    QSet<QString> texts;
+    for (const kxAnimTreeWidgetItem* const selected : rows)
+        if (selected->isSelected())
+            texts.insert(selected->text(kxAnimChannelRows::Channel));
+    rows.erase(std::remove_if(rows.begin(), rows.end(),
+                              [which, &texts](const kxAnimTreeWidgetItem* candidate)
+                              {
+                                  return which == Keyed::Selected
+                                             ? !candidate->isSelected()
+                                             : !texts.contains(candidate->text(kxAnimChannelRows::Channel));
+                              }),
+               rows.end());
+    return rows;
+}
+
+std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    const QSignalBlocker blocker(this);
+    std::vector<osg::AnimAttachmentPtr> attachments;
+    for (kxAnimTreeWidgetItem* const listed : channelRows())
+    {
+        const kxAnimManager::kxOSGChannelData channel = listed->channelData();
+        if (channel.isEmpty() || kxAnimChannelRows::isObjectGone(*listed))
+            continue;
+        const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container);
+        if (attachment == osg::NullFC)
+            continue;
+        if (std::find(attachments.begin(), attachments.end(), attachment) == attachments.end())
+            attachments.push_back(attachment);
+        osg::AnimNodePtr curveNode = kernel.findChannelCurveNode(channel, attachment);
+        if (curveNode == osg::NullFC)
+            curveNode = kernel.createChannelCurveNode(channel, attachment);
+        listed->setNode(curveNode, false, false);
+    }
+    return attachments;
+}
+
+void kxAnimChannelWidget::key(Keyed which)
+{
+    closeEditor();
+    const std::vector<osg::AnimAttachmentPtr> attachments = createChannelCurves();
+    std::vector<kxAnimChannelKeys::Value> values;
+    for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
+    {
+        const osg::AnimCurvePtr curve = keyed->curve();
+        if (curve == osg::NullFC || kxAnimChannelRows::isGone(keyed->node()) || kxAnimChannelRows::isObjectGone(*keyed))
+            continue;
+        if (which == Keyed::All && kxAnimManager::the()->ignoreChannel(curve->getChannelName()))
+            continue;
+        kxAnimChannelKeys::Value value{curve->getId(), 0};
+        if (kxAnimChannelKeys::parse(keyed->text(kxAnimChannelRows::Value), value.value))
+            values.push_back(value);
+        else
+            kxLog::warning(tr("Channel '%1' is not keyed: its value '%2' is no number.")
+                               .arg(keyed->text(kxAnimChannelRows::Channel), keyed->text(kxAnimChannelRows::Value)));
+    }
+    // What follows is heard by everyone, and anyone may build the rows anew.
+    for (const osg::AnimAttachmentPtr& attachment : attachments)
+        kxAnimChannelKeys::switchBlocksOff(attachment);
+    if (!attachments.empty())
+        kxAnimationService::the().animationsChanged();
+    kxAnimChannelKeys::add(values);
+    Q_EMIT keyedChannels();
+}
+
+void kxAnimChannelWidget::keySelected()
+{
+    key(Keyed::Selected);
+}
+
+void kxAnimChannelWidget::keyAllSelectedType()
+{
+    key(Keyed::SelectedTypes);
+}
+
+void kxAnimChannelWidget::keyAll()
+{
+    key(Keyed::All);
+    QItemSelection tops;
+    if (topLevelItemCount() > 0)
+        tops.select(indexFromItem(topLevelItem(0)), indexFromItem(topLevelItem(topLevelItemCount() - 1)));
+    selectionModel()->select(tops, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void kxAnimChannelWidget::closeEditor()
+{
+    QWidget* const editor = indexWidget(currentIndex());
+    const auto* const line = qobject_cast<QLineEdit*>(editor);
+    if (line == nullptr)
+        return;
+    if (line->hasAcceptableInput())
+        commitData(editor);
+    kxAnimTreeWidget::closeEditor(editor, QAbstractItemDelegate::NoHint);
+}
+
+// Commands on animations
+
+void kxAnimChannelWidget::createBlocks()
+{
+    std::vector<std::pair<osg::AnimAttachmentPtr, std::string>> objects; // with the block's name, each once
+    for (const kxAnimTreeWidgetItem* const listed : channelRows())
+    {
+        const kxAnimManager::kxOSGChannelData channel = listed->channelData();
+        const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(channel.container);
+        if (attachment == osg::NullFC || kxAnimChannelRows::isObjectGone(*listed))
+            continue;
+        if (std::none_of(objects.begin(), objects.end(),
+                         [&attachment](const auto& object) { return object.first == attachment; }))
+            objects.emplace_back(attachment, channel.objectName);
+    }
+    QList<osg::AnimNodePtr> blocks;
+    for (const auto& [attachment, name] : objects)
+        if (const osg::AnimNodePtr block = kxAnimManager::the()->createBlock(attachment, name))
+            blocks.append(block);
+    Q_EMIT blocksCreated(blocks);
+}
+
+void kxAnimChannelWidget::removeConstCurves()
+{
+    Rows rows;
+    collectTopSelectedItems(rows);
+    std::vector<osg::AnimCurvePtr> curves;
+    for (const kxAnimTreeWidgetItem* const chosen : rows)
+    {
+        if (const osg::AnimCurvePtr curve = chosen->curve())
+        {
+            curves.push_back(curve);
+            continue;
+        }
+        if (osg::AnimBlockPtr::dcast(chosen->animObject()) != osg::NullFC)
+        {
+            kxAnimChannelKeys::collectCurves(chosen->node(), curves);
+            continue;
+        }
+        osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(chosen->node());
+        if (attachment == osg::NullFC)
+            attachment = kxAnimManager::the()->getAnimAttachment(chosen->material());
+        if (attachment != osg::NullFC)
+            kxAnimChannelKeys::collectCurves(attachment->getAnimationRoot(), curves);
+    }
+    kxAnimChannelKeys::removeConstant(curves);
+    update();
+    send(kxMessageName::UpdateGraphView);
+}
+
+void kxAnimChannelWidget::changedPreInfinityMode(QAction* action)
+{
+    const int mode = _preModes->modeOf(action);
+    if (mode == kxAnimInfinityMenu::NoMode)
+        return;
+    for (const osg::AnimCurvePtr& curve : chosenCurves())
+    {
+        curve->setPreInfinityMode(osg::UInt32(mode));
+        osg::markChanged(curve, osg::AnimCurveBase::PreInfinityModeFieldMask);
+    }
+}
+
+void kxAnimChannelWidget::changedPostInfinityMode(QAction* action)
+{
+    const int mode = _postModes->modeOf(action);
+    if (mode == kxAnimInfinityMenu::NoMode)
+        return;
+    for (const osg::AnimCurvePtr& curve : chosenCurves())
+    {
+        curve->setPostInfinityMode(osg::UInt32(mode));
+        osg::markChanged(curve, osg::AnimCurveBase::PostInfinityModeFieldMask);
+    }
+}
+
+std::vector<osg::AnimCurvePtr> kxAnimChannelWidget::chosenCurves() const
+{
+    Rows tops;
+    collectSelectedTopLevelItems(tops);
+    Rows rows;
+    for (const kxAnimTreeWidgetItem* const top : tops)
+        for (int i = 0; i < top->childCount(); ++i)
+            rows.append(row(top->child(i)));
+    collectSelectedChildItems(rows);
+    std::vector<osg::AnimCurvePtr> curves;
+    for (const kxAnimTreeWidgetItem* const chosen : rows)
+        if (const osg::AnimCurvePtr curve = chosen->curve())
+            curves.push_back(curve);
+    return curves;
+}
+
+void kxAnimChannelWidget::paste(bool)
+{
+    kxAnimTreeWidget::paste(false);
+    send(kxMessageName::PastedAnimations);
+}
+
+void kxAnimChannelWidget::pasteClone(bool)
+{
+    kxAnimTreeWidget::pasteClone(false);
+    send(kxMessageName::PastedAnimations);
+}
+
+void kxAnimChannelWidget::showContextMenu(QPoint p)
+{
+    if (contextMenu() == nullptr)
+        return;
+    updateMenu(row(itemAt(p)));
+    contextMenu()->exec(QCursor::pos());
+}
+
+void kxAnimChannelWidget::updateMenu(const kxAnimTreeWidgetItem* under)
+{
+    const osg::AnimNodePtr animation = under != nullptr ? under->animNode() : osg::AnimNodePtr();
+    const osg::AnimCurvePtr curve = under != nullptr ? under->curve() : osg::AnimCurvePtr();
+    {
+        const QSignalBlocker blocker(_motionBlur);
+        _motionBlur->setEnabled(animation != osg::NullFC);
+        _motionBlur->setChecked(animation != osg::NullFC && animation->getMotionBlur());
+    }
+    _removeConstCurves->setEnabled(under != nullptr);
+    _preModes->setEnabled(under != nullptr);
+    _postModes->setEnabled(under != nullptr);
+    _preModes->setMode(curve ? int(curve->getPreInfinityMode()) : kxAnimInfinityMenu::NoMode);
+    _postModes->setMode(curve ? int(curve->getPostInfinityMode()) : kxAnimInfinityMenu::NoMode);
+    _keyAllSelectedType->setEnabled(topLevelItemCount() >= 2);
+}

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <trees/kxAnimTreeWidget.h>
+
+#include <QList>
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+class QAction;
+class kxAnimInfinityMenu;
+class kxMessage;
+
+/// The channels of what is selected: a top-level row for each object, material or animation, below it a row for each
+/// channel or curve with its present value.
+///
+/// Keying a row writes a key at the current frame from the value that the row shows. Objects that have left the scene
+/// are skipped while their rows are still listed.
+class kxAnimChannelWidget : public kxAnimTreeWidget
+{
+    Q_OBJECT
+public:
+    /// With more objects than this the tree stays empty and says so.
+    static constexpr std::size_t ObjectLimit = 20;
+
+    explicit kxAnimChannelWidget(QWidget* parent = nullptr);
+    ~kxAnimChannelWidget() override;
+
+    using kxAnimTreeWidget::rebuild;
+    using kxAnimTreeWidget::rebuildFrom;
+
+    /// Takes out the rows of objects that are gone.
+    void removeDeadTopLevelItems();
+    /// Empties the tree, which says that too much is selected until it is filled or emptied again.
+    void showTooManySelected();
+    /// Brings the values up to date; where the widget is hidden only with `force`.
+    void updateValues(bool force);
+
+Q_SIGNALS:
+    /// After each keying, also one that added no key.
+    void keyedChannels();
+    void blocksCreated(QList<osg::AnimNodePtr> blockNodes);
+
+public Q_SLOTS:
+    /// Lists the nodes that are selected in the scene.
+    void rebuild(bool saveStates = true) override;
+    /// Lists animations with what stands directly below each, up to the first null one.
+    void rebuildFrom(std::vector<osg::AnimNodePtr> nodes) override;
+    void paste(bool rebuildListView = true) override;
+    // One null object does nothing; among several it is skipped. `saveStates`: rows stay expanded and selected.
+    void rebuildFromNode(osg::NodePtr node, bool saveStates = true);
+    void rebuildFromNodes(std::vector<osg::NodePtr> nodes, bool saveStates = true);
+    void rebuildFromMaterial(osg::MaterialPtr mat, bool saveStates = true);
+    void rebuildFromMaterials(std::vector<osg::MaterialPtr> mats, bool saveStates = true);
+    void rebuildFromFieldContainer(osg::FieldContainerPtr fc, bool saveStates = true);
+    /// Nodes and materials in any mixture.
+    void rebuildFromFieldContainers(std::vector<osg::FieldContainerPtr> fcs, bool saveStates = true);
+    // Each keying adds its keys in one step of undo. Before that it gives all listed channels a curve and switches the
+    // blocks of the listed objects off; this stays where the step is undone.
+    void keySelected();
+    /// Keys all rows whose text is that of a selected one.
+    void keyAllSelectedType();
+    /// Keys all rows but those that the kernel leaves out, and selects the objects.
+    void keyAll();
+    /// Makes a block of the curves of each listed object.
+    void createBlocks();
+    void updateValues();
+
+protected Q_SLOTS:
+    void pasteClone(bool rebuildListView = true) override;
+    void showContextMenu(QPoint p) override;
+    /// A row writes an edited value by itself.
+    void changedItem(QTreeWidgetItem* item, int column) override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    /// An empty tree says what to do next.
+    void paintEvent(QPaintEvent* event) override;
+
+private Q_SLOTS:
+    /// Lists again what is listed; of a mixed list only the nodes.
+    void rebuildTopLevelItems();
+    void removeConstCurves();
+    void changedPostInfinityMode(QAction* action);
+    void changedPreInfinityMode(QAction* action);
+
+private:
+    typedef QList<kxAnimTreeWidgetItem*> Rows;
+
+    enum class Keyed
+    {
+        Selected,
+        SelectedTypes,
+        All
+    };
+
+    void setUpMenu();
+    static void addCallbacks();
+    void connectServices();
+
+    void rebuildRows(std::size_t objectCount, bool saveStates, const std::function<void()>& addRows);
+    /// Takes the row over; null does nothing.
+    void addTop(kxAnimTreeWidgetItem* top);
+    /// Of the rows' nodes and materials, sorted.
+    std::vector<unsigned int> selectedIds() const;
+
+    /// Rows of channels and curves; a tree whose channels stand at the top has those.
+    Rows channelRows() const;
+    Rows rowsToKey(Keyed which) const;
+    void key(Keyed which);
+    /// The attachments of the listed objects, each once, made where there was none.
+    std::vector<osg::AnimAttachmentPtr> createChannelCurves();
+    /// Takes over what is being typed.
+    void closeEditor();
+    /// The curves of the selected objects' rows, then those of the selected rows.
+    std::vector<osg::AnimCurvePtr> chosenCurves() const;
+    /// For a click on a row, null for none.
+    void updateMenu(const kxAnimTreeWidgetItem* under);
+
+    static void valuesChanged(kxMessage& message);
+    static void frameDragged(kxMessage& message);
+    static void keyAllRequested(kxMessage& message);
+
+    // Owned by the menu.
+    kxAnimInfinityMenu* _preModes = nullptr;
+    kxAnimInfinityMenu* _postModes = nullptr;
+    QAction* _showEmptyCurves = nullptr;
+    QAction* _removeConstCurves = nullptr;
+    QAction* _motionBlur = nullptr;
+    QAction* _keyAllSelectedType = nullptr;
+    bool _isOverLimit = false;
+
+    static std::vector<kxAnimChannelWidget*> _instances; // the living ones; the last was built last
+};
