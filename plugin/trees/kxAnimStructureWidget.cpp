@@ -1,0 +1,202 @@
+#include <trees/kxAnimStructureWidget.h>
+
+#include <trees/kxAnimLibraryPayload.h>
+#include <trees/kxAnimMimeData.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+#include <trees/kxTreeHint.h>
+
+#include <kxAnimManager.h>
+#include <kxScenegraph.h>
+
+#include <QAction>
+#include <QDropEvent>
+#include <QHeaderView>
+#include <QMenu>
+
+using namespace osg;
+
+namespace
+{
+/// Takes a node out of its parent while it lives, and puts it back in front of the other children.
+class OutOfParent
+{
+public:
+    explicit OutOfParent(const NodePtr& node) : _node(node), _parent(node->getParent())
+    {
+        if (_parent == NullFC)
+            return;
+        _node->addRef();
+        _parent->subChild(_node);
+        markChanged(_parent, Node::ChildrenFieldMask);
+    }
+    ~OutOfParent()
+    {
+        if (_parent == NullFC)
+            return;
+        _parent->insertChild(0, _node);
+        markChanged(_parent, Node::ChildrenFieldMask);
+        _node->subRef();
+    }
+    OutOfParent(const OutOfParent&) = delete;
+    OutOfParent& operator=(const OutOfParent&) = delete;
+
+private:
+    NodePtr _node;
+    NodePtr _parent; // null where there was none
+};
+
+/// `node` as a child of `parent`: a node of the structure, or of nowhere, moves; one that belongs to an object or a
+/// clip stays there, and a clone of it goes below `parent`. False where `parent` is the node itself or stands below it.
+bool addToStructure(const NodePtr& parent, const AnimNodePtr& node)
+{
+    if (kxNodeUtils::hasParent(parent, node))
+        return false;
+    const NodePtr before = node->getParent();
+    const bool moves = before == NullFC || kxNodeUtils::hasParent(node, kxAnimManager::the()->sceneStructureRoot());
+    if (!parent->addChild(moves ? node : cloneAnimTree(node, true)))
+        return false;
+    if (moves && before != NullFC && before != parent)
+        markChanged(before, Node::ChildrenFieldMask);
+    markChanged(parent, Node::ChildrenFieldMask);
+    return true;
+}
+
+/// The node of a row, or the structure root without a row; null for a row of anything else, or of a dead node.
+NodePtr targetOf(const QTreeWidgetItem* row)
+{
+    return row == nullptr ? NodePtr(kxAnimManager::the()->sceneStructureRoot())
+                          : static_cast<const kxAnimTreeWidgetItem*>(row)->node();
+}
+} // namespace
+
+kxAnimStructureWidget::kxAnimStructureWidget(QWidget* parent) : kxAnimTreeWidget(parent)
+{
+    setColumnCount(1);
+    setDefaultDropAction(Qt::MoveAction);
+    setHeaderHidden(true);
+
+    const auto addEntry = [this](const QString& text, const QKeySequence& shortcut, const char* slot)
+    {
+        QAction* const action = contextMenu()->addAction(text);
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetShortcut);
+        connect(action, SIGNAL(triggered()), this, slot);
+        addAction(action);
+    };
+    addEntry(tr("Paste"), QKeySequence::Paste, SLOT(pasteClone()));
+    addEntry(tr("Delete"), QKeySequence(Qt::Key_Delete), SLOT(remove()));
+    contextMenu()->addSeparator();
+    addEntry(tr("Create group"), QKeySequence(Qt::CTRL + Qt::Key_G), SLOT(createGroup()));
+}
+
+void kxAnimStructureWidget::rebuild(bool saveStates)
+{
+    if (saveStates)
+        saveItemStates();
+    clear();
+    QList<QTreeWidgetItem*> rows;
+    if (const AnimNodePtr root = kxAnimManager::the()->sceneStructureRoot())
+    {
+        // The builder makes no row for a node without a parent.
+        const OutOfParent detached(root);
+        for (const NodePtr& child : root->getChildren())
+            if (const AnimNodePtr animation = AnimNodePtr::dcast(child))
+                if (QTreeWidgetItem* const row = buildItem(animation))
+                    rows.append(row);
+    }
+    addTopLevelItems(rows);
+    if (saveStates)
+        restoreItemStates();
+}
+
+void kxAnimStructureWidget::createGroup()
+{
+    const AnimNodePtr node = AnimNodeBase::create();
+    node->setCore(GroupBase::create());
+    markChanged(node, Node::CoreFieldMask);
+    kxNodeUtils::setName(node, tr("Group").toStdString(), true, NodePtr());
+    kxAnimManager::the()->addToSceneStructure(node);
+    auto* const row = new kxAnimTreeWidgetItem(true);
+    row->setNode(node, true, true);
+    addTopLevelItem(row);
+}
+
+void kxAnimStructureWidget::showContextMenu(QPoint p)
+{
+    kxAnimTreeWidget::showContextMenu(p);
+}
+
+void kxAnimStructureWidget::changedItem(QTreeWidgetItem* item, int column)
+{
+    if (item == nullptr || column != 0)
+        return;
+    const NodePtr node = static_cast<kxAnimTreeWidgetItem*>(item)->node();
+    const std::string name = item->text(0).toStdString();
+    if (node != NullFC && name != kxNodeUtils::getName(node)) // a clone keeps its name when its row is checked
+        kxNodeUtils::setName(node, name, true, NodePtr());
+    updateNames();
+}
+
+QStringList kxAnimStructureWidget::mimeTypes() const
+{
+    return {QLatin1String(kxAnimLibraryPayload::MimeType), QLatin1String(MimeType)};
+}
+
+QMimeData* kxAnimStructureWidget::mimeData(const QList<QTreeWidgetItem*> items) const
+{
+    QMimeData* const mime = QTreeWidget::mimeData(items);
+    if (auto* const nodes = qobject_cast<kxAnimMimeData*>(mime))
+        nodes->setFormat(QLatin1String(MimeType));
+    return mime;
+}
+
+bool kxAnimStructureWidget::dropMimeData(QTreeWidgetItem* parent, int, const QMimeData* mime, Qt::DropAction)
+{
+    if (parent == nullptr)
+        return false;
+    const NodePtr target = targetOf(parent);
+    if (target == NullFC || target->getCore() == NullFC ||
+        target->getCore()->getType().getGroupId() != Group::_type.getGroupId())
+        return false;
+    const auto* const payload = qobject_cast<const kxAnimMimeData*>(mime);
+    if (payload == nullptr || payload->format() != QLatin1String(kxAnimLibraryPayload::MimeType))
+        return false;
+    std::vector<AnimNodePtr> nodes;
+    payload->getNodes(nodes);
+    for (const AnimNodePtr& node : nodes)
+    {
+        const AnimNodePtr copy = cloneAnimTree(node, true);
+        target->addChild(copy);
+        markChanged(target, Node::ChildrenFieldMask);
+        auto* const row = new kxAnimTreeWidgetItem(true);
+        row->setNode(copy, true, true);
+        parent->addChild(row);
+    }
+    return true;
+}
+
+void kxAnimStructureWidget::dropEvent(QDropEvent* event)
+{
+    const NodePtr target = targetOf(itemAt(event->pos()));
+    const auto* const payload = qobject_cast<const kxAnimMimeData*>(event->mimeData());
+    const bool taken = target != NullFC && target->getCore() != NullFC && payload != nullptr &&
+                       payload->format() == QLatin1String(MimeType);
+    bool changed = false;
+    if (taken)
+    {
+        std::vector<AnimNodePtr> nodes;
+        payload->getNodes(nodes);
+        for (const AnimNodePtr& node : nodes)
+            changed = addToStructure(target, node) || changed;
+    }
+    QTreeWidget::dropEvent(event);
+    if (changed)
+        rebuild(true); // the view moves its own rows at most
+}
+
+void kxAnimStructureWidget::paintEvent(QPaintEvent* event)
+{
+    kxAnimTreeWidget::paintEvent(event);
+    if (topLevelItemCount() == 0)
+        kxPaintTreeHint(*this, tr("No groups yet. Press Ctrl+G to create one."));
+}

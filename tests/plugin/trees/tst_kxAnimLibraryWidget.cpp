@@ -1,0 +1,683 @@
+#include <trees/kxAnimLibraryPayload.h>
+#include <trees/kxAnimLibraryWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxLogModel.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimFixture.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QDragMoveEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTimer>
+#include <QTreeWidgetItemIterator>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <random>
+
+using namespace osg;
+
+namespace
+{
+struct Library : kxAnimLibraryWidget
+{
+    using kxAnimLibraryWidget::contextMenu;
+    using kxAnimLibraryWidget::dragMoveEvent;
+    using kxAnimLibraryWidget::dropMimeData;
+    using kxAnimLibraryWidget::mimeData;
+    using kxAnimLibraryWidget::showContextMenu;
+
+    /// The row whose texts from the top level down are these, null where there is none.
+    kxAnimTreeWidgetItem* row(const QString& path)
+    {
+        QTreeWidgetItem* found = invisibleRootItem();
+        for (const QString& text : path.split('/'))
+        {
+            QTreeWidgetItem* next = nullptr;
+            for (int i = 0; found != nullptr && i < found->childCount() && next == nullptr; ++i)
+                if (found->child(i)->text(0) == text)
+                    next = found->child(i);
+            found = next;
+        }
+        return static_cast<kxAnimTreeWidgetItem*>(found);
+    }
+    void select(const QString& paths)
+    {
+        clearSelection();
+        for (const QString& path : paths.split(','))
+            row(path)->setSelected(true);
+    }
+    /// One line a row: its depth as dots and its text; "+" behind an expanded row, "*" behind a selected one.
+    QStringList dump(bool withStates = false)
+    {
+        QStringList lines;
+        for (QTreeWidgetItemIterator it(this); *it != nullptr; ++it)
+        {
+            QString line = (*it)->text(0);
+            for (QTreeWidgetItem* above = (*it)->parent(); above != nullptr; above = above->parent())
+                line.prepend('.');
+            if (withStates && (*it)->isExpanded())
+                line.append('+');
+            if (withStates && (*it)->isSelected())
+                line.append('*');
+            lines.append(line);
+        }
+        return lines;
+    }
+    kxAnimLibraryPayload payload()
+    {
+        const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
+        return kxAnimLibraryPayload::of(mime.get());
+    }
+    bool drop(const QString& source, const QString& target)
+    {
+        select(source);
+        const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
+        return dropMimeData(target.isEmpty() ? nullptr : row(target), 0, mime.get(), Qt::CopyAction);
+    }
+};
+
+kxAnimManager* kernel()
+{
+    return kxAnimManager::the();
+}
+
+AnimNodePtr block(const char* name)
+{
+    return kxAnimFixture::block(name, {kxAnimFixture::curve("translation", "X", {{0.0f, 0.0f}, {1.0f, 1.0f}})});
+}
+
+NodePtr object(const char* name, const std::vector<AnimNodePtr>& animations)
+{
+    const NodePtr node = kxAnimFixture::object(name);
+    for (const AnimNodePtr& animation : animations)
+        kernel()->addAnimation(node, animation);
+    return node;
+}
+
+MaterialPtr material(const char* name, const std::vector<AnimNodePtr>& animations)
+{
+    const UberMaterialPtr made = UberMaterial::create();
+    made->setNodeName(name);
+    kxScene::the()->addMaterial(made);
+    for (const AnimNodePtr& animation : animations)
+        kernel()->addAnimation(made, animation);
+    return made;
+}
+
+void tag(const AttachmentContainerPtr& object, const std::vector<std::string>& names)
+{
+    const TagAttachmentPtr tags = TagAttachmentBase::create();
+    tags->editAnimations() = names;
+    object->addAttachment(tags);
+}
+
+std::vector<std::string> tagsOf(const AttachmentContainerPtr& object)
+{
+    const TagAttachmentPtr tags = object->findAttachment<TagAttachment>();
+    return tags == NullFC ? std::vector<std::string>() : tags->getAnimations();
+}
+} // namespace
+
+class tst_kxAnimLibraryWidget : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void showsTheScene();
+    void keepsStates();
+    void dragsRows_data();
+    void dragsRows();
+    void dropsRows_data();
+    void dropsRows();
+    void refusesDrops();
+    void refusesDropsOnWhatIsDragged();
+    void groupsTheSelection();
+    void groupOfNothing();
+    void makesBlocks();
+    void findsAndSelects();
+    void selectsInTheScene();
+    void expandsToDepth_data();
+    void expandsToDepth();
+    void blursWhatIsBelow();
+    void searchShowsPlainRows();
+    void survivesRandomEdits();
+
+private:
+    std::unique_ptr<kxAnimFixture> _scene;
+    std::unique_ptr<Library> _library;
+    NodePtr _car, _door, _wheel; // the wheel in the groups "round" and "small", the door in "small"
+    MaterialPtr _paint, _glass;
+    AnimNodePtr _drive; // a clip over the block "roll", on the car
+    AnimNodePtr _open;  // a block on the door
+};
+
+void tst_kxAnimLibraryWidget::init()
+{
+    _scene = std::make_unique<kxAnimFixture>();
+    _drive = kxAnimFixture::clip("drive", {block("roll")});
+    _open = block("open");
+    // Not in the order of their names.
+    _wheel = object("wheel", {block("turn")});
+    _car = object("car", {_drive, kxAnimFixture::curve("translation", "X", {{0.0f, 0.0f}})});
+    _door = object("door", {_open});
+    _paint = material("paint", {block("fade")});
+    _glass = material("glass", {block("mist")});
+    tag(_wheel, {"round", "small", "round"});
+    tag(_door, {"small"});
+    kxAnimFixture::object("still");
+    _library = std::make_unique<Library>();
+    _library->rebuild(false);
+}
+
+void tst_kxAnimLibraryWidget::cleanup()
+{
+    _library.reset();
+    kxSelection::the().clear();
+    kxUndoStack::get(0).stack()->clear();
+    _scene.reset();
+}
+
+void tst_kxAnimLibraryWidget::showsTheScene()
+{
+    const QStringList expected = {"car",    ".drive", "..roll", "glass", ".mist",  "paint",  ".fade", "round",
+                                  ".wheel", "..turn", "small",  ".door", "..open", ".wheel", "..turn"};
+    QCOMPARE(_library->dump(), expected);
+
+    // A node that is named as a group stands beside it; a scene plate has one row; bare curves show their node alone.
+    object("round", {block("spin")});
+    const NodePtr plate = object("plate", {block("blink")});
+    kxScene::the()->sceneplateRoot()->addChild(plate);
+    object("zoom", {kxAnimFixture::curve("scale", "X", {{0.0f, 1.0f}})});
+    _library->rebuild(false);
+    QStringList extended = expected;
+    extended.insert(extended.indexOf("round"), ".blink");
+    extended.insert(extended.indexOf(".blink"), "plate");
+    extended << "zoom";
+    const int round = extended.indexOf("round");
+    QStringList found = _library->dump();
+    QCOMPARE(found.count("round"), 2);
+    found.removeAt(found.indexOf(".spin") - 1);
+    found.removeAll(".spin");
+    QCOMPARE(found.mid(0, round), extended.mid(0, round));
+    QCOMPARE(found, extended);
+    QVERIFY(_library->row("small/wheel/turn")->icon(0).availableSizes().size() > 0);
+    QVERIFY(!_library->row("small")->isGroup());
+}
+
+void tst_kxAnimLibraryWidget::keepsStates()
+{
+    _library->row("car")->setExpanded(false);
+    _library->row("car/drive")->setExpanded(true);
+    _library->select("small/door,paint/fade");
+    const QStringList before = _library->dump(true);
+    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
+    _library->rebuild();
+    QCOMPARE(_library->dump(true), before);
+    QVERIFY(changes.count() <= 2);
+    _library->rebuild(false);
+    QCOMPARE(_library->selectedItems().size(), 0);
+    QVERIFY(_library->row("car")->isExpanded());
+}
+
+void tst_kxAnimLibraryWidget::dragsRows_data()
+{
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QStringList>("carried"); // the names of animation and container of each row
+
+    QTest::newRow("animation of a node") << "small/door/open" << QStringList{"open", "door"};
+    QTest::newRow("animation of a material") << "paint/fade" << QStringList{"fade", "paint"};
+    QTest::newRow("animation below an animation") << "car/drive/roll" << QStringList{"roll", ""};
+    QTest::newRow("scene node") << "car" << QStringList{"", "car"};
+    QTest::newRow("scene node in a group") << "small/door" << QStringList{"", "door"};
+    QTest::newRow("material") << "paint" << QStringList{"", ""};
+    QTest::newRow("group") << "small" << QStringList{"", ""};
+    QTest::newRow("what is below a selected row goes with it")
+        << "car/drive/roll,car/drive,paint/fade" << QStringList{"drive", "car", "fade", "paint"};
+}
+
+void tst_kxAnimLibraryWidget::dragsRows()
+{
+    QFETCH(QString, selected);
+    _library->select(selected);
+    QStringList carried;
+    for (const kxAnimLibraryPayload::Row& row : _library->payload().rows)
+    {
+        carried << (row.animation() ? QString::fromStdString(row.animation()->getNodeName()) : QString());
+        carried << (row.container() ? QString::fromStdString(row.container()->getNodeName()) : QString());
+    }
+    QTEST(carried, "carried");
+    QVERIFY(_library->mimeData({}) == nullptr);
+}
+
+void tst_kxAnimLibraryWidget::dropsRows_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target"); // empty: no row
+    QTest::addColumn<bool>("taken");
+    QTest::addColumn<QString>("path"); // of a row that stands in the tree afterwards
+
+    QTest::newRow("block to a node") << "small/door/open"
+                                     << "car" << true << "car/open";
+    QTest::newRow("block to a material") << "paint/fade"
+                                         << "glass" << true << "glass/fade";
+    QTest::newRow("block of a node to a material") << "small/door/open"
+                                                   << "paint" << true << "small/door/open";
+    QTest::newRow("block of a material to a node") << "paint/fade"
+                                                   << "car" << true << "paint/fade";
+    QTest::newRow("block in a clip to a node") << "car/drive/roll"
+                                               << "small/door" << true << "car/drive/roll";
+    QTest::newRow("block to its own node") << "small/door/open"
+                                           << "small/door" << true << "small/door/open";
+    QTest::newRow("node to a node") << "car"
+                                    << "small/door" << true << "car/drive";
+    QTest::newRow("node to a group") << "car"
+                                     << "small" << true << "small/car/drive";
+    QTest::newRow("node from two groups to one") << "small/wheel"
+                                                 << "round" << true << "round/wheel/turn";
+    QTest::newRow("node to no row") << "small/wheel"
+                                    << "" << true << "wheel/turn";
+    QTest::newRow("block to no row") << "small/door/open"
+                                     << "" << true << "small/door/open";
+    QTest::newRow("block to a group") << "small/door/open"
+                                      << "round" << true << "small/door/open";
+    QTest::newRow("material to a group") << "paint"
+                                         << "small" << true << "paint/fade";
+    QTest::newRow("anything to an animation") << "small/door/open"
+                                              << "car/drive" << false << "small/door/open";
+}
+
+void tst_kxAnimLibraryWidget::dropsRows()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QFETCH(QString, path);
+    const int rows = _library->dump().size();
+    QTEST(_library->drop(source, target), "taken");
+    QVERIFY2(_library->row(path) != nullptr, qPrintable(_library->dump().join('\n')));
+    const bool leavesGroup = source == "small/wheel";
+    QCOMPARE(_library->row("small/wheel") == nullptr, leavesGroup);
+    QVERIFY(_library->dump().size() <= rows + 1);
+}
+
+void tst_kxAnimLibraryWidget::refusesDrops()
+{
+    _library->select("small/door/open");
+    const std::unique_ptr<QMimeData> mime(_library->mimeData(_library->selectedItems()));
+    QVERIFY(!_library->dropMimeData(_library->row("car"), 0, nullptr, Qt::CopyAction));
+    QVERIFY(!_library->dropMimeData(_library->row("car"), 0, mime.get(), Qt::MoveAction));
+    QMimeData other;
+    other.setData("application/anim-clip-item", mime->data("application/anim-lib-item"));
+    QVERIFY(!_library->dropMimeData(_library->row("car"), 0, &other, Qt::CopyAction));
+
+    // The row of a node that has died is no group, whatever its text.
+    kxScene::the()->root()->subChild(_car);
+    _library->select("small/wheel");
+    const std::unique_ptr<QMimeData> wheel(_library->mimeData(_library->selectedItems()));
+    QVERIFY(!_library->dropMimeData(_library->row("car"), 0, wheel.get(), Qt::CopyAction));
+    QCOMPARE(tagsOf(_wheel).size(), std::size_t(3));
+    // What was dragged may die as well.
+    kxScene::the()->root()->subChild(_wheel);
+    QVERIFY(_library->dropMimeData(_library->row("small"), 0, wheel.get(), Qt::CopyAction));
+    QVERIFY(_library->row("small/wheel") == nullptr);
+}
+
+void tst_kxAnimLibraryWidget::refusesDropsOnWhatIsDragged()
+{
+    _library->resize(200, 400);
+    _library->show();
+    _library->expandAll();
+    _library->select("car");
+    const std::unique_ptr<QMimeData> mime(_library->mimeData(_library->selectedItems()));
+    const auto accepted = [&](const QString& path)
+    {
+        QDragMoveEvent event(_library->visualItemRect(_library->row(path)).center(), Qt::CopyAction, mime.get(),
+                             Qt::LeftButton, Qt::NoModifier);
+        event.setDropAction(Qt::CopyAction);
+        event.accept();
+        _library->dragMoveEvent(&event);
+        return event.isAccepted();
+    };
+    QVERIFY(!accepted("car"));
+    QVERIFY(!accepted("car/drive/roll"));
+    QVERIFY(accepted("small"));
+}
+
+void tst_kxAnimLibraryWidget::groupsTheSelection()
+{
+    QSignalSpy created(_library.get(), &kxAnimLibraryWidget::groupCreated);
+    _library->show();
+    _library->row("paint")->setExpanded(false);
+    _library->select("car,paint,small/door,small/door/open");
+    _library->createGroupFromSelected();
+    QCOMPARE(created.count(), 1);
+    kxAnimTreeWidgetItem* const group = static_cast<kxAnimTreeWidgetItem*>(_library->topLevelItem(0));
+    QVERIFY(group->isGroup() && group->text(0).isEmpty());
+    QCOMPARE(group->childCount(), 2);
+    QVERIFY(_library->row("/car")->isExpanded() && !_library->row("/paint")->isExpanded());
+    QCOMPARE(_library->selectedItems().size(), 4);
+    QVERIFY(tagsOf(_car).empty());
+
+    // The name is asked for at once, and writes the tags.
+    QLineEdit* const editor = _library->viewport()->findChild<QLineEdit*>();
+    QVERIFY(editor != nullptr);
+    QTest::keyClicks(editor, "fast");
+    QTest::keyClick(editor, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    QCOMPARE(tagsOf(_car), std::vector<std::string>{"fast"});
+    QCOMPARE(tagsOf(_paint), std::vector<std::string>{"fast"});
+    QCOMPARE(tagsOf(_door), std::vector<std::string>{"small"});
+    _library->rebuild();
+    QVERIFY(_library->row("fast/car/drive/roll") != nullptr && _library->row("fast/paint/fade") != nullptr);
+}
+
+void tst_kxAnimLibraryWidget::groupOfNothing()
+{
+    QSignalSpy created(_library.get(), &kxAnimLibraryWidget::groupCreated);
+    kxLogModel::the().clear();
+    _library->select("small/door/open");
+    const QStringList before = _library->dump();
+    _library->createGroupFromSelected();
+    QCOMPARE(created.count(), 1);
+    QCOMPARE(_library->dump(), before);
+    QCOMPARE(kxLogModel::the().entries().back().text,
+             QString("Warning: Can not create group because there are no node items selected!"));
+
+    _library->createGroup();
+    QCOMPARE(_library->dump().size(), before.size() + 1);
+    // A drop on a group that has no name yet gives it the one that an empty name stands for.
+    QVERIFY(_library->drop("car", ""));
+    _library->createGroup();
+    _library->select("car");
+    const std::unique_ptr<QMimeData> mime(_library->mimeData(_library->selectedItems()));
+    QVERIFY(_library->dropMimeData(_library->row(""), 0, mime.get(), Qt::CopyAction));
+    QVERIFY(_library->row("Group/car/drive") != nullptr);
+}
+
+void tst_kxAnimLibraryWidget::makesBlocks()
+{
+    _library->select("car,small/door,paint/fade,small");
+    _library->createBlocksForSelected();
+    QCOMPARE(_library->selectedItems().size(), 1);
+    QCOMPARE(_library->selectedItems().front(), static_cast<QTreeWidgetItem*>(_library->row("car/car")));
+
+    kernel()->addAnimation(_paint, kxAnimFixture::curve("baseColor", "R", {{0.0f, 0.5f}}));
+    kernel()->addAnimation(_door, kxAnimFixture::curve("rotation", "X", {{0.0f, 0.5f}}));
+    _library->rebuild();
+    _library->select("paint,small/door");
+    _library->createBlocksForSelected();
+    QVERIFY(_library->row("paint/paint") != nullptr && _library->row("small/door/door") != nullptr);
+    QCOMPARE(_library->selectedItems().size(), 0);
+}
+
+void tst_kxAnimLibraryWidget::findsAndSelects()
+{
+    QCOMPARE(_library->findItem(_open), _library->row("small/door/open"));
+    QVERIFY(_library->findItem(AnimNodePtr()) == nullptr);
+    // Clones have the core in common: the first row wins.
+    kernel()->addAnimation(_car, cloneAnimTree(_open, true));
+    _library->rebuild();
+    QCOMPARE(_library->findItem(_open), _library->row("car/open"));
+
+    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
+    _library->selectItemsForNodes({_wheel, _car});
+    _library->selectItemsForMaterials({_glass});
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(_library->selectedItems().size(), 4);
+    for (const char* path : {"car", "round/wheel", "small/wheel", "glass"})
+        QVERIFY2(_library->row(path)->isSelected(), path);
+    _library->clearSelection();
+    _library->selectItemsForNodes({NodePtr()}); // stands for rows without a node
+    QCOMPARE(_library->selectedItems().size(), 4);
+
+    changes.clear();
+    const auto send = [](const boost::any& blocks)
+    {
+        kxMessage message;
+        message.set("blockNodes", blocks, true);
+        kxController::call(kxMessageName::ClipBlockSelected, message, 0);
+    };
+    send(std::vector<AnimNodePtr>{AnimNodePtr(), _drive, _open});
+    QVERIFY(changes.count() > 0);
+    QCOMPARE(_library->selectedItems().size(), 2);
+    QVERIFY(_library->row("car/drive")->isSelected() && _library->row("car/open")->isSelected());
+    send(std::vector<NodePtr>{_drive});
+    QCOMPARE(_library->selectedItems().size(), 1);
+    send(std::vector<AnimNodePtr>{kxAnimFixture::block("elsewhere", {})});
+    QCOMPARE(_library->selectedItems().size(), 1);
+
+    kernel()->addAnimation(_car, block("late"));
+    kxMessage message;
+    kxController::call(kxMessageName::PastedAnimations, message, 0);
+    QVERIFY(_library->row("car/late") != nullptr);
+}
+
+void tst_kxAnimLibraryWidget::selectsInTheScene()
+{
+    int scrolls = 0;
+    kxHostHooks::the().scrollToNode = [&scrolls](const NodePtr&) { ++scrolls; };
+    const auto selected = [] { return kxSelection::the().nodes(); };
+    const auto doubleClick = [this](const char* path) { Q_EMIT _library->itemDoubleClicked(_library->row(path), 0); };
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+
+    doubleClick("car");
+    QVERIFY(selected() == std::vector<NodePtr>{_car});
+    QCOMPARE(scrolls, 1);
+    QCOMPARE(stack->count(), 1);
+    for (const char* path : {"car/drive", "small", "paint"})
+        doubleClick(path);
+    QCOMPARE(stack->count(), 1);
+
+    _library->select("small/door/open,car/drive/roll,paint,small");
+    QMetaObject::invokeMethod(_library.get(), "selectNodes");
+    QVERIFY(selected() == std::vector<NodePtr>{_door});
+    QCOMPARE(stack->count(), 2);
+    _library->row("small")->setGroup(true);
+    _library->select("small");
+    QMetaObject::invokeMethod(_library.get(), "selectNodes");
+    QVERIFY((selected() == std::vector<NodePtr>{_door, _wheel}));
+    stack->undo();
+    QVERIFY(selected() == std::vector<NodePtr>{_door});
+    kxHostHooks::the().scrollToNode = nullptr;
+}
+
+void tst_kxAnimLibraryWidget::expandsToDepth_data()
+{
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<int>("depth");
+    QTest::addColumn<QStringList>("expanded");
+
+    QTest::newRow("nothing") << "" << -1 << QStringList();
+    QTest::newRow("top level") << "" << 0 << QStringList{"car", "glass", "paint", "round", "small"};
+    QTest::newRow("one below") << "" << 1 << QStringList{"car",   "drive", "glass", "paint", "round",
+                                                         "wheel", "small", "door",  "wheel"};
+    QTest::newRow("selection closed") << "car" << -1
+                                      << QStringList{"glass", "paint", "round", "wheel", "small", "door", "wheel"};
+    QTest::newRow("selection by its own depth")
+        << "small/door,car" << 0 << QStringList{"car", "glass", "paint", "round", "wheel", "small", "wheel"};
+}
+
+void tst_kxAnimLibraryWidget::expandsToDepth()
+{
+    QFETCH(QString, selected);
+    QFETCH(int, depth);
+    if (!selected.isEmpty())
+        _library->select(selected);
+    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
+    _library->expandToDepth(depth);
+    QStringList expanded;
+    for (QTreeWidgetItemIterator it(_library.get()); *it != nullptr; ++it)
+        if ((*it)->isExpanded() && (*it)->childCount() > 0)
+            expanded.append((*it)->text(0));
+    QTEST(expanded, "expanded");
+    QCOMPARE(changes.count(), 0);
+    QVERIFY(_library->isAnimated() && _library->updatesEnabled());
+}
+
+void tst_kxAnimLibraryWidget::blursWhatIsBelow()
+{
+    _library->resize(200, 400);
+    _library->show();
+    const auto action = [this](const QString& text)
+    {
+        for (QAction* const entry : _library->contextMenu()->actions())
+            if (entry->text() == text)
+                return entry;
+        return static_cast<QAction*>(nullptr);
+    };
+    QAction* const blur = action("Motion Blur");
+    QAction* const save = action("Save...");
+    const auto open = [this](const QString& path)
+    {
+        QTimer::singleShot(0, _library->contextMenu(), &QMenu::close);
+        _library->showContextMenu(_library->visualItemRect(_library->row(path)).center());
+    };
+    _library->select("car/drive");
+    open("car/drive");
+    QVERIFY(blur->isEnabled() && !blur->isChecked() && save->isEnabled());
+    blur->trigger();
+    const AnimNodePtr roll = AnimNodePtr::dcast(_drive->getChild(0));
+    QVERIFY(_drive->getMotionBlur() && roll->getMotionBlur() && !_open->getMotionBlur());
+    open("car/drive");
+    QVERIFY(blur->isChecked());
+    blur->trigger();
+    QVERIFY(!_drive->getMotionBlur() && !roll->getMotionBlur());
+
+    open("car");
+    QVERIFY(!blur->isEnabled() && !blur->isChecked());
+    _library->select("car,paint");
+    open("car");
+    QVERIFY(!save->isEnabled());
+}
+
+void tst_kxAnimLibraryWidget::searchShowsPlainRows()
+{
+    _library->search("o");
+    QCOMPARE(_library->dump(), QStringList({"open", "roll"}));
+    // A hit stands alone: its object isn't carried.
+    _library->select("open");
+    QCOMPARE(_library->payload().rows.front().containerId, 0u);
+    _library->search("nowhere");
+    QCOMPARE(_library->topLevelItemCount(), 0);
+    _library->rebuild();
+    QVERIFY(_library->row("car/drive") != nullptr);
+    _library->search("");
+    QVERIFY(_library->row("car/drive") != nullptr);
+}
+
+/// Edits of every kind behind the library's back and through it; rows may be stale at any time and have to stay
+/// harmless.
+void tst_kxAnimLibraryWidget::survivesRandomEdits()
+{
+    std::mt19937 random(11);
+    const auto below = [&random](std::size_t count) { return int(random() % unsigned(count)); };
+    _library->resize(200, 300);
+    _library->show();
+    QTimer answers; // a deletion may ask about what is used elsewhere
+    connect(&answers, &QTimer::timeout,
+            []
+            {
+                if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                    box->button(QMessageBox::YesToAll)->click();
+            });
+    answers.start(0);
+    const auto rows = [this]
+    {
+        QList<QTreeWidgetItem*> all;
+        for (QTreeWidgetItemIterator it(_library.get()); *it != nullptr; ++it)
+            all.append(*it);
+        return all;
+    };
+    const auto anyObject = [&]() -> NodePtr
+    {
+        const auto& nodes = kxScene::the()->root()->getChildren();
+        return nodes.empty() ? NodePtr() : nodes[std::size_t(below(nodes.size()))];
+    };
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+
+    const std::vector<std::function<void()>> edits = {
+        [&] {
+            object("new", {block("new"), kxAnimFixture::curve("scale", "X", {{0.0f, 1.0f}})});
+        },
+        [&]
+        {
+            if (const NodePtr node = anyObject())
+                kxScene::the()->root()->subChild(node);
+        },
+        [&]
+        {
+            if (const AnimAttachmentPtr attachment = kernel()->getAnimAttachment(anyObject()))
+                if (const NodePtr animation = attachment->getAnimationRoot()->getChild(0))
+                    attachment->getAnimationRoot()->subChild(animation);
+        },
+        [&] { material("new", {block("shine")}); },
+        [&]
+        {
+            if (!kxScene::the()->materials().empty())
+                kxScene::the()->subMaterial(kxScene::the()->materials().front());
+        },
+        [&] { stack->undo(); },
+        [&] { stack->redo(); },
+        [&] { _library->rebuild(true); },
+        [&] { _library->rebuild(false); },
+        [&] { _library->search(below(2) == 0 ? "n" : ""); },
+        [&] { _library->clearSelection(); },
+        [&]
+        {
+            for (QTreeWidgetItem* const row : rows())
+                row->setSelected(below(4) == 0);
+        },
+        [&]
+        {
+            const std::unique_ptr<QMimeData> mime(_library->mimeData(_library->selectedItems()));
+            const QList<QTreeWidgetItem*> all = rows();
+            _library->dropMimeData(all.isEmpty() || below(4) == 0 ? nullptr : all[below(std::size_t(all.size()))], 0,
+                                   mime.get(), Qt::CopyAction);
+        },
+        [&] { _library->createGroupFromSelected(); },
+        [&]
+        {
+            if (auto* const editor = _library->viewport()->findChild<QLineEdit*>())
+                QTest::keyClick(editor, below(2) == 0 ? Qt::Key_Return : Qt::Key_Escape);
+        },
+        [&] { _library->createBlocksForSelected(); },
+        [&] { _library->expandToDepth(below(3) - 1); },
+        [&] { _library->remove(); },
+        [&] { QMetaObject::invokeMethod(_library.get(), below(2) == 0 ? "clone" : "duplicate"); },
+        [&] { QMetaObject::invokeMethod(_library.get(), "changedMotionBlurR", Q_ARG(bool, below(2) == 0)); },
+        [&] { QMetaObject::invokeMethod(_library.get(), "selectNodes"); },
+        [&] { kxSelection::the().clear(); },
+    };
+    for (int step = 0; step < 1500; ++step)
+    {
+        edits[std::size_t(below(edits.size()))]();
+        if (step % 10 == 0)
+        {
+            QCoreApplication::processEvents();
+            _library->grab();
+        }
+    }
+    _library->search("");
+    _library->rebuild(true);
+    Library fresh;
+    fresh.rebuild(false);
+    QCOMPARE(_library->dump(), fresh.dump());
+}
+
+QTEST_MAIN(tst_kxAnimLibraryWidget)
+#include "tst_kxAnimLibraryWidget.moc"
