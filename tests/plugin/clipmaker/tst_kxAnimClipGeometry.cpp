@@ -1,0 +1,214 @@
+#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/kxAnimClipRows.h>
+
+#include <QGraphicsRectItem>
+#include <QtTest>
+
+#include <limits>
+
+namespace Geometry = kxClipGeometry;
+using Geometry::Handle;
+
+Q_DECLARE_METATYPE(kxClipGeometry::Handle)
+
+namespace
+{
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+}
+
+class tst_kxAnimClipGeometry : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void snapsToFramesAndTracks();
+    void findsTracks_data();
+    void findsTracks();
+    void findsHandles_data();
+    void findsHandles();
+    void hidesLabels_data();
+    void hidesLabels();
+    void ticksStandBetweenCycles_data();
+    void ticksStandBetweenCycles();
+    void makesRoundingGood();
+    void refusesStretches_data();
+    void refusesStretches();
+    void rowsTellWhatOverlaps_data();
+    void rowsTellWhatOverlaps();
+    void textsStandOutFromTheirBars();
+};
+
+void tst_kxAnimClipGeometry::snapsToFramesAndTracks()
+{
+    QCOMPARE(Geometry::snappedFrame(10.5), 11.0);
+    QCOMPARE(Geometry::snappedFrame(-10.5), -11.0);
+    QCOMPARE(Geometry::snappedFrame(-10.4), -10.0);
+    QCOMPARE(Geometry::snappedTrack(74, 1), 50.0);
+    QCOMPARE(Geometry::snappedTrack(75, 1), 100.0);
+    QCOMPARE(Geometry::snappedTrack(-200, 1), 0.0);
+    QCOMPARE(Geometry::snappedTrack(120, 2), 100.0);
+}
+
+void tst_kxAnimClipGeometry::findsTracks_data()
+{
+    QTest::addColumn<double>("y");
+    QTest::addColumn<float>("dpi");
+    QTest::addColumn<int>("track");
+    QTest::newRow("inside") << 149.0 << 1.0f << 2;
+    QTest::newRow("above the first") << -30.0 << 1.0f << 0;
+    QTest::newRow("far above") << -130.0 << 1.0f << -2;
+    QTest::newRow("short of a track by rounding") << double(1.0416666f * 250.0f) << 1.0416666f << 5;
+    QTest::newRow("doubled") << 149.0 << 2.0f << 1;
+    QTest::newRow("beyond every number") << 1.0e300 << 1.0f << 1000000;
+}
+
+void tst_kxAnimClipGeometry::findsTracks()
+{
+    QFETCH(double, y);
+    QFETCH(float, dpi);
+    QTEST(Geometry::trackOf(y, dpi), "track");
+}
+
+void tst_kxAnimClipGeometry::findsHandles_data()
+{
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<double>("width");
+    QTest::addColumn<double>("scale");
+    QTest::addColumn<float>("dpi");
+    QTest::addColumn<Handle>("handle");
+    const auto row = [](const char* name, QPointF point, double width, double scale, float dpi, Handle handle)
+    { QTest::newRow(name) << point << width << scale << dpi << handle; };
+    row("left", {7.9, 20}, 100, 1, 1, Handle::Left);
+    row("right", {92.1, 20}, 100, 1, 1, Handle::Right);
+    row("between", {8.1, 20}, 100, 1, 1, Handle::None);
+    row("zoomed in, handles are thin in frames", {1, 20}, 100, 16, 1, Handle::None);
+    row("zoomed out, handles are wide in frames", {15, 20}, 100, 0.5, 1, Handle::Left);
+    row("as wide as the limit", {1, 20}, 24, 1, 1, Handle::None);
+    row("above the limit", {1, 20}, 24.1, 1, 1, Handle::Left);
+    row("the limit grows with the screen", {1, 20}, 40, 1, 2, Handle::None);
+    row("on the upper edge", {1, 0}, 100, 1, 1, Handle::None);
+    row("on the lower edge", {1, 49}, 100, 1, 1, Handle::None);
+}
+
+void tst_kxAnimClipGeometry::findsHandles()
+{
+    QFETCH(QPointF, point);
+    QFETCH(double, width);
+    QFETCH(double, scale);
+    QFETCH(float, dpi);
+    QTEST(Geometry::handleAt(point, QRectF(0, 0, width, 49), scale, dpi), "handle");
+}
+
+void tst_kxAnimClipGeometry::hidesLabels_data()
+{
+    QTest::addColumn<double>("viewScale");
+    QTest::addColumn<double>("barFrames");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("with room") << 1.0 << 124.5 << true;
+    QTest::newRow("exactly filled") << 1.0 << 124.0 << false;
+    QTest::newRow("zoomed in") << 2.0 << 62.5 << true;
+    QTest::newRow("zoomed out") << 0.5 << 124.5 << false;
+}
+
+void tst_kxAnimClipGeometry::hidesLabels()
+{
+    QFETCH(double, viewScale);
+    QFETCH(double, barFrames);
+    QTEST(Geometry::labelFits(100, viewScale, float(12 / viewScale), barFrames), "fits");
+}
+
+void tst_kxAnimClipGeometry::ticksStandBetweenCycles_data()
+{
+    QTest::addColumn<double>("step");
+    QTest::addColumn<double>("width");
+    QTest::addColumn<double>("from");
+    QTest::addColumn<double>("to");
+    QTest::addColumn<double>("scale");
+    QTest::addColumn<QList<double>>("ticks");
+    const QList<double> none;
+    QTest::newRow("none at the end") << 50.0 << 150.0 << 0.0 << 150.0 << 1.0 << QList<double>{50, 100};
+    QTest::newRow("one cycle has no border") << 50.0 << 50.0 << 0.0 << 50.0 << 1.0 << none;
+    QTest::newRow("a third rounds to no tick at the end")
+        << 100.0 / 3 << 100.0 << 0.0 << 100.0 << 1.0 << QList<double>{100.0 / 3, 200.0 / 3};
+    QTest::newRow("what is seen alone") << 10.0 << 1.0e6 << 503.0 << 525.0 << 1.0 << QList<double>{500, 510, 520};
+    QTest::newRow("one for a pixel") << 0.25 << 100.0 << 10.0 << 12.0 << 1.0 << QList<double>{10, 11, 12};
+    QTest::newRow("no length") << 0.0 << 0.0 << 0.0 << 10.0 << 1.0 << none;
+    QTest::newRow("without end") << 10.0 << Infinity << 0.0 << 10.0 << 1.0 << none;
+}
+
+void tst_kxAnimClipGeometry::ticksStandBetweenCycles()
+{
+    QFETCH(double, step);
+    QFETCH(double, width);
+    QFETCH(double, from);
+    QFETCH(double, to);
+    QFETCH(double, scale);
+    QList<double> drawn;
+    const Geometry::Ticks ticks = Geometry::cycleTicks(step, width, from, to, scale);
+    for (qint64 tick = ticks.first; tick <= ticks.last; tick += ticks.stride)
+        drawn.append(double(tick) * step);
+    QTEST(drawn, "ticks");
+}
+
+void tst_kxAnimClipGeometry::makesRoundingGood()
+{
+    // A node that lost a little under its bar catches up; one that stands elsewhere keeps its distance.
+    QCOMPARE(Geometry::movedFrames(10, 12, 10.0001), 1.9999);
+    QCOMPARE(Geometry::movedFrames(10, 12, 500), 2.0);
+    QCOMPARE(Geometry::stretchFactor(100, 50, 100.01), float(50 / 100.01));
+    QCOMPARE(Geometry::stretchFactor(100, 50, 300), 0.5f);
+}
+
+void tst_kxAnimClipGeometry::refusesStretches_data()
+{
+    QTest::addColumn<double>("from");
+    QTest::addColumn<double>("to");
+    QTest::newRow("to nothing") << 10.0 << 0.0;
+    QTest::newRow("past the other end") << 10.0 << -2.0;
+    QTest::newRow("of a bar without length") << 0.0 << 10.0;
+    QTest::newRow("without end") << 10.0 << Infinity;
+    QTest::newRow("to no number") << 10.0 << std::numeric_limits<double>::quiet_NaN();
+    QTest::newRow("beyond a record's numbers") << 10.0 << 1.0e300;
+    QTest::newRow("below a record's numbers") << 10.0 << 1.0e-300;
+}
+
+void tst_kxAnimClipGeometry::refusesStretches()
+{
+    QFETCH(double, from);
+    QFETCH(double, to);
+    QCOMPARE(Geometry::stretchFactor(from, to, from), 0.0f);
+}
+
+void tst_kxAnimClipGeometry::rowsTellWhatOverlaps_data()
+{
+    QTest::addColumn<QRectF>("area");
+    QTest::addColumn<bool>("hit");
+    QTest::newRow("overlaps") << QRectF(90, 50, 50, 49) << true;
+    QTest::newRow("touches") << QRectF(100, 50, 50, 49) << false;
+    QTest::newRow("overlaps by rounding") << QRectF(99.9996, 50, 50, 49) << false;
+    QTest::newRow("one track below") << QRectF(0, 100, 50, 49) << false;
+    QTest::newRow("between two tracks") << QRectF(0, 20, 50, 49) << true;
+    QTest::newRow("inside") << QRectF(40, 50, 5, 49) << true;
+}
+
+void tst_kxAnimClipGeometry::rowsTellWhatOverlaps()
+{
+    QFETCH(QRectF, area);
+    QGraphicsRectItem other, self;
+    kxAnimClipRows rows(1);
+    rows.add(&other, QRectF(0, 50, 100, 49));
+    rows.add(&self, area);
+    const QList<QGraphicsItem*> hits = rows.hits(area, &self);
+    QTEST(hits == QList<QGraphicsItem*>{&other}, "hit");
+    QVERIFY(hits.size() < 2);
+}
+
+void tst_kxAnimClipGeometry::textsStandOutFromTheirBars()
+{
+    QCOMPARE(kxClipColor::textOn(kxClipColor::Bar), kxClipColor::DarkText);
+    QCOMPARE(kxClipColor::textOn(kxClipColor::Selected), kxClipColor::LightText);
+    QCOMPARE(kxClipColor::textOn(kxClipColor::Inactive), kxClipColor::LightText);
+}
+
+QTEST_GUILESS_MAIN(tst_kxAnimClipGeometry)
+#include "tst_kxAnimClipGeometry.moc"
