@@ -1,12 +1,14 @@
 #pragma once
 
+#include <curveeditor/kxAnimGraphLine.h>
+
 #include <osg/AnimCurve.h>
 
 #include <QGraphicsPathItem>
 #include <QList>
 #include <QObject>
+#include <QSet>
 
-#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -74,13 +76,25 @@ Q_SIGNALS:
 
 private:
     friend class kxAnimGraphPoint;
-    /// A key item stands elsewhere than it did.
-    void keyMoved(kxAnimGraphPoint* key, double oldX);
+    /// A key item came to stand elsewhere.
+    void keyMoved(kxAnimGraphPoint* key);
+    void keySelected(kxAnimGraphPoint* key, bool isSelected);
+    /// True while places come from the kernel, which no snapping, lock or tie holds back.
+    bool isFollowingKernel() const { return _isFollowingKernel; }
+    /// Before the size of the squares changes.
+    static void aboutToScale();
 
-    void movedTangent(kxAnimGraphPoint* point, bool isIn);
+    void movedTangent(const kxAnimGraphPoint* point, bool isIn);
+    void deletePoints();
     void sortPoints();
+    void computeTangents();
+    void paintSquares(QPainter& painter, const QRectF& area, const QPalette& palette) const;
 
-    QPainterPath* _path; // owned
+    kxAnimGraphLine _line; // through the keys as they stood at the last rebuildPath()
     QList<kxAnimGraphPoint*> _points;
-    unsigned int _curveId; // field container id, 0 for none
+    QRectF _bounds; // of line and keys, without the squares
+    QSet<kxAnimGraphPoint*> _selected;
+    std::unordered_multimap<double, kxAnimGraphPoint*> _moved; // by x, since the line was laid; old places may linger
+    unsigned int _curveId;                                     // field container id, 0 for none
+    bool _isFollowingKernel = false;
 };

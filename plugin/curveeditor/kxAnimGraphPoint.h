@@ -73,7 +73,7 @@ public:
     void cacheTangents();
 
     /// The type of a handle.
-    int tangentType() const;
+    int tangentType() const { return _type; }
     void setTangentType(int type);
     /// The types of a key's sides.
     int inTangentType() const { return _inType; }
@@ -126,6 +126,7 @@ private Q_SLOTS:
     void movedOutTangent(kxAnimGraphPoint* outTangent);
 
 private:
+    friend class kxAnimGraphCurve;
     struct Handle
     {
         kxAnimGraphPoint* point;
@@ -141,9 +142,12 @@ private:
     Handle makeHandle(bool isIn);
     void placeHandle(bool isIn, const QPointF& pos);
     QPointF filteredPos(const QPointF& proposed) const;
-    QPointF computedTangent(kxCurveMath::Side side, kxAnimGraphPoint* previous, kxAnimGraphPoint* next) const;
+    QPointF computedTangent(kxCurveMath::Side side, const kxAnimGraphPoint* previous,
+                            const kxAnimGraphPoint* next) const;
     void moveTangent(const QPointF& mouse);
-    void mirrorHandle(bool isIn);
+    void followHandle(kxAnimGraphPoint* handle, bool isIn);
+    void dragHandle(QGraphicsSceneMouseEvent* event);
+    void dragKeys(QGraphicsSceneMouseEvent* event);
     kxAnimGraphScene* graphScene() const;
 
     mutable std::unique_ptr<Handles> _handles; // the items are children, deleted in the destructor
@@ -153,11 +157,13 @@ private:
     QPointF _cachedOut;
     QPointF _lastScenePos; // the mouse's, at the last press, move or release
     int _index = -1;
-    qint8 _inType = 1; // of a handle: its own, in the one of its side
-    qint8 _outType = 1;
-    bool _isKey;
+    int _type = 1; // of a handle
+    int _inType = 1;
+    int _outType = 1;
+    const bool _isKey;
     bool _isTangent = false;
     bool _isInTangent = false;
     bool _tangentsShown = false;
     bool _isDragging = false;
+    bool _isTouched = true; // since the curve last computed its tangents
 };

@@ -1,0 +1,506 @@
+#include <curveeditor/kxAnimGraphPoint.h>
+
+#include <curveeditor/kxAnimGraphCurve.h>
+#include <curveeditor/kxAnimGraphGeometry.h>
+#include <curveeditor/kxAnimGraphMarks.h>
+#include <curveeditor/kxAnimGraphScene.h>
+
+#include <osg/CCPnt.h>
+
+#include <QBrush>
+#include <QCursor>
+#include <QGraphicsLineItem>
+#include <QGraphicsSceneMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPen>
+#include <QStyleOptionGraphicsItem>
+
+#include <cmath>
+
+namespace
+{
+constexpr int Constant = int(osg::TangentType::Constant);
+constexpr int Free = int(osg::TangentType::Free);
+/// Length of a tangent whose type has no rule.
+constexpr double OtherLength = 10;
+
+/// One pixel in scene units.
+double g_scaleX = 1;
+double g_scaleY = 1;
+/// Counts the keys that came to stand elsewhere.
+quint64 g_keyMoves = 0;
+
+kxCurveMath::Place place(const QPointF& point)
+{
+    return {point.x(), point.y()};
+}
+
+/// Shared by all points, where each would hold its own.
+const QBrush& squareBrush(bool isKey)
+{
+    static const QBrush key(Qt::white), handle(Qt::yellow);
+    return isKey ? key : handle;
+}
+
+const QPen& linePen()
+{
+    static const QPen pen = []
+    {
+        QPen line((QColor(Qt::yellow)));
+        line.setCosmetic(true);
+        return line;
+    }();
+    return pen;
+}
+} // namespace
+
+kxAnimGraphPoint::kxAnimGraphPoint(QGraphicsItem* parent, bool withTangents)
+    : QGraphicsRectItem(parent), _isKey(withTangents)
+{
+    setPen(Qt::NoPen);
+    setBrush(squareBrush(_isKey));
+    setAcceptHoverEvents(true);
+    if (_isKey)
+        setFlags(ItemIsMovable | ItemIsSelectable | ItemSendsScenePositionChanges | ItemHasNoContents);
+    else
+        setFlags(ItemIsMovable);
+}
+
+kxAnimGraphPoint::kxAnimGraphPoint(const QPointF& pos, QGraphicsItem* parent, bool withTangents)
+    : kxAnimGraphPoint(parent, withTangents)
+{
+    setPos(pos);
+}
+
+kxAnimGraphPoint::~kxAnimGraphPoint()
+{
+    if (!_handles)
+        return;
+    delete _handles->in.point;
+    delete _handles->in.line;
+    delete _handles->out.point;
+    delete _handles->out.line;
+}
+
+kxAnimGraphPoint* kxAnimGraphPoint::key()
+{
+    return _isTangent ? qgraphicsitem_cast<kxAnimGraphPoint*>(parentItem()) : this;
+}
+
+kxAnimGraphCurve* kxAnimGraphPoint::curve() const
+{
+    QGraphicsItem* parent = parentItem();
+    return qgraphicsitem_cast<kxAnimGraphCurve*>(_isTangent && parent ? parent->parentItem() : parent);
+}
+
+kxAnimGraphScene* kxAnimGraphPoint::graphScene() const
+{
+    return qobject_cast<kxAnimGraphScene*>(scene());
+}
+
+void kxAnimGraphPoint::setIndex(int index)
+{
+    _index = index;
+    if (!_handles)
+        return;
+    _handles->in.point->_index = index;
+    _handles->out.point->_index = index;
+}
+
+void kxAnimGraphPoint::setKeyPos(double x, double y)
+{
+    setPos(x, y);
+    Q_EMIT graphPointMoved(this);
+}
+
+void kxAnimGraphPoint::makeHandles() const
+{
+    if (_handles || !_isKey)
+        return;
+    auto* self = const_cast<kxAnimGraphPoint*>(this); // to others the handles have been there from the start
+    _handles = std::make_unique<Handles>();
+    _handles->in = self->makeHandle(true);
+    _handles->out = self->makeHandle(false);
+    connect(_handles->in.point, &kxAnimGraphPoint::graphPointMoved, self, &kxAnimGraphPoint::movedInTangent);
+    connect(_handles->out.point, &kxAnimGraphPoint::graphPointMoved, self, &kxAnimGraphPoint::movedOutTangent);
+    if (kxAnimGraphCurve* parent = curve())
+    {
+        connect(self, &kxAnimGraphPoint::inTangentMoved, parent, &kxAnimGraphCurve::movedInTangent);
+        connect(self, &kxAnimGraphPoint::outTangentMoved, parent, &kxAnimGraphCurve::movedOutTangent);
+    }
+}
+
+kxAnimGraphPoint::Handle kxAnimGraphPoint::makeHandle(bool isIn)
+{
+    const QPointF place = isIn ? _in : _out;
+    auto* line = new QGraphicsLineItem(this);
+    line->setPen(linePen());
+    line->setLine(QLineF(QPointF(), place));
+    line->setVisible(false);
+
+    auto* handle = new kxAnimGraphPoint(place, this, false);
+    handle->_isTangent = true;
+    handle->_isInTangent = isIn;
+    handle->_index = _index;
+    handle->_type = isIn ? _inType : _outType;
+    handle->setFlag(ItemIsMovable, flags() & ItemIsMovable); // not in a locked scene
+    handle->setVisible(false);
+    return {handle, line};
+}
+
+void kxAnimGraphPoint::placeHandle(bool isIn, const QPointF& pos)
+{
+    if (!_isKey)
+        return;
+    (isIn ? _in : _out) = pos;
+    _isTouched = true;
+    if (!_handles)
+        return;
+    const Handle& handle = isIn ? _handles->in : _handles->out;
+    handle.point->setPos(pos);
+    handle.line->setLine(QLineF(QPointF(), pos));
+}
+
+void kxAnimGraphPoint::setInTangentPos(const QPointF& pos)
+{
+    placeHandle(true, pos);
+}
+
+void kxAnimGraphPoint::setOutTangentPos(const QPointF& pos)
+{
+    placeHandle(false, pos);
+}
+
+QPointF kxAnimGraphPoint::inTangentPos() const
+{
+    return _handles ? _handles->in.point->pos() : _in;
+}
+
+QPointF kxAnimGraphPoint::outTangentPos() const
+{
+    return _handles ? _handles->out.point->pos() : _out;
+}
+
+QPointF kxAnimGraphPoint::inTangentScenePos() const
+{
+    return _isKey ? mapToScene(inTangentPos()) : QPointF();
+}
+
+QPointF kxAnimGraphPoint::outTangentScenePos() const
+{
+    return _isKey ? mapToScene(outTangentPos()) : QPointF();
+}
+
+void kxAnimGraphPoint::cacheTangents()
+{
+    kxAnimGraphPoint* owner = key();
+    if (owner == nullptr)
+        return;
+    owner->_cachedIn = owner->inTangentPos();
+    owner->_cachedOut = owner->outTangentPos();
+    owner->_isTouched = true;
+}
+
+void kxAnimGraphPoint::setTangentType(int type)
+{
+    _type = type;
+    kxAnimGraphPoint* owner = _isTangent ? key() : nullptr;
+    if (owner == nullptr)
+        return;
+    (_isInTangent ? owner->_inType : owner->_outType) = type;
+    owner->_isTouched = true;
+}
+
+void kxAnimGraphPoint::setTangentTypes(int inType, int outType)
+{
+    if (!_isKey)
+        return;
+    _inType = inType;
+    _outType = outType;
+    _isTouched = true;
+    if (!_handles)
+        return;
+    _handles->in.point->_type = inType;
+    _handles->out.point->_type = outType;
+}
+
+kxAnimGraphPoint* kxAnimGraphPoint::inTangentItem() const
+{
+    makeHandles();
+    return _handles ? _handles->in.point : nullptr;
+}
+
+kxAnimGraphPoint* kxAnimGraphPoint::outTangentItem() const
+{
+    makeHandles();
+    return _handles ? _handles->out.point : nullptr;
+}
+
+void kxAnimGraphPoint::setTangentsVisible(bool visible)
+{
+    if (!_isKey || (_handles && (_handles->in.point->isSelected() || _handles->out.point->isSelected())))
+        return;
+    _tangentsShown = visible;
+    const bool showsIn = visible && _inType != Constant;
+    const bool showsOut = visible && _outType != Constant;
+    if (showsIn || showsOut)
+        makeHandles();
+    if (!_handles)
+        return;
+    _handles->in.point->setVisible(showsIn);
+    _handles->in.line->setVisible(showsIn);
+    _handles->out.point->setVisible(showsOut);
+    _handles->out.line->setVisible(showsOut);
+}
+
+QPointF kxAnimGraphPoint::computedTangent(kxCurveMath::Side side, const kxAnimGraphPoint* previous,
+                                          const kxAnimGraphPoint* next) const
+{
+    const bool isIn = side == kxCurveMath::Side::In;
+    kxCurveMath::Neighbourhood around;
+    kxCurveMath::Place before, after;
+    if (previous != nullptr)
+    {
+        before = place(previous->pos());
+        around.previous = &before;
+    }
+    if (next != nullptr)
+    {
+        after = place(next->pos());
+        around.next = &after;
+    }
+    const QPointF own = pos();
+    around.key = place(own);
+    around.in = place(inTangentPos());
+    around.out = place(outTangentPos());
+    around.otherLength = OtherLength;
+    const int type = isIn ? _inType : _outType;
+    const kxCurveMath::Place& present = isIn ? around.in : around.out;
+    const kxCurveMath::Place vector = kxCurveMath::tangentVector(side, osg::UInt32(type), around);
+    if (type == Free && vector.x == present.x && vector.y == present.y)
+        return QPointF(present.x, present.y);
+    if (vector.x == 0 && vector.y == 0)
+        return QPointF(); // only a vector of no length at all makes a step
+    // The kernel's keys hold floats; so do the handles' places.
+    const QPointF absolute(float(own.x() + vector.x), float(own.y() + vector.y));
+    return absolute - own;
+}
+
+void kxAnimGraphPoint::computeInTangent(kxAnimGraphPoint* previous, kxAnimGraphPoint* next)
+{
+    if (_isKey && (previous != nullptr || next != nullptr))
+        setInTangentPos(computedTangent(kxCurveMath::Side::In, previous, next));
+}
+
+void kxAnimGraphPoint::computeOutTangent(kxAnimGraphPoint* previous, kxAnimGraphPoint* next)
+{
+    if (_isKey && (previous != nullptr || next != nullptr))
+        setOutTangentPos(computedTangent(kxCurveMath::Side::Out, previous, next));
+}
+
+void kxAnimGraphPoint::moveTangent(const QPointF& mouse)
+{
+    const kxAnimGraphPoint* owner = key();
+    if (owner == nullptr)
+        return;
+    kxAnimGraphGeometry::HandleLimits limits;
+    limits.key = owner->scenePos();
+    if (const kxAnimGraphCurve* parent = curve())
+    {
+        if (const kxAnimGraphPoint* previous = parent->point(unsigned(_index) - 1))
+            limits.previousX = previous->pos().x();
+        if (const kxAnimGraphPoint* next = parent->point(unsigned(_index) + 1))
+            limits.nextX = next->pos().x();
+        limits.isMirrored = graphScene() != nullptr && !graphScene()->breakTangents();
+    }
+    setPos(
+        kxAnimGraphGeometry::handlePos(_isInTangent ? kxCurveMath::Side::In : kxCurveMath::Side::Out, mouse, limits));
+    Q_EMIT graphPointMoved(this);
+}
+
+void kxAnimGraphPoint::followHandle(kxAnimGraphPoint* handle, bool isIn)
+{
+    const QPointF pos = handle->pos();
+    placeHandle(isIn, pos);
+    if (graphScene() != nullptr && !graphScene()->breakTangents())
+        placeHandle(!isIn, -pos);
+}
+
+void kxAnimGraphPoint::movedInTangent(kxAnimGraphPoint* inTangent)
+{
+    followHandle(inTangent, true);
+    Q_EMIT inTangentMoved(inTangent);
+}
+
+void kxAnimGraphPoint::movedOutTangent(kxAnimGraphPoint* outTangent)
+{
+    followHandle(outTangent, false);
+    Q_EMIT outTangentMoved(outTangent);
+}
+
+void kxAnimGraphPoint::mousePressEvent(QGraphicsSceneMouseEvent* event)
+{
+    if (!_isTangent)
+        QGraphicsRectItem::mousePressEvent(event);
+    else if (!(flags() & ItemIsMovable))
+        event->ignore();
+    _lastScenePos = event->scenePos();
+    _isDragging = false;
+}
+
+void kxAnimGraphPoint::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
+{
+    // Some window systems send a move of no length with a click.
+    if (!_isDragging && event->scenePos() == _lastScenePos)
+        return;
+    _isDragging = true;
+    if (_isTangent)
+        dragHandle(event);
+    else
+        dragKeys(event);
+    _lastScenePos = event->scenePos();
+}
+
+void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
+{
+    moveTangent(event->scenePos());
+    if (kxAnimGraphPoint* owner = key())
+    {
+        owner->setTangentTypes(Free, Free);
+        owner->setTangentsVisible(owner->tangentsShown()); // a constant side is one no more
+    }
+    cacheTangents();
+}
+
+void kxAnimGraphPoint::dragKeys(QGraphicsSceneMouseEvent* event)
+{
+    const quint64 movesBefore = g_keyMoves;
+    QGraphicsRectItem::mouseMoveEvent(event);
+    // Keys that snapping, locks or ties hold where they are leave no step.
+    if (g_keyMoves != movesBefore && graphScene() != nullptr)
+        graphScene()->moveSelectedPoints();
+}
+
+void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
+{
+    if (!_isTangent)
+        QGraphicsRectItem::mouseReleaseEvent(event);
+    cacheTangents();
+    _lastScenePos = event->scenePos();
+    _isDragging = false;
+}
+
+void kxAnimGraphPoint::hoverEnterEvent(QGraphicsSceneHoverEvent* event)
+{
+    // Only the point under the mouse has a cursor: one for each would cost each its memory.
+    if (flags() & ItemIsMovable)
+    {
+        const kxAnimGraphScene* graph = _isTangent ? nullptr : graphScene();
+        const bool locksX = graph != nullptr && graph->lockX(), locksY = graph != nullptr && graph->lockY();
+        setCursor(locksY && !locksX ? Qt::SizeHorCursor : locksX && !locksY ? Qt::SizeVerCursor : Qt::SizeAllCursor);
+    }
+    QGraphicsRectItem::hoverEnterEvent(event);
+}
+
+void kxAnimGraphPoint::hoverLeaveEvent(QGraphicsSceneHoverEvent* event)
+{
+    unsetCursor();
+    QGraphicsRectItem::hoverLeaveEvent(event);
+}
+
+QPointF kxAnimGraphPoint::filteredPos(const QPointF& proposed) const
+{
+    const kxAnimGraphCurve* parent = curve();
+    if (parent != nullptr && parent->isFollowingKernel())
+        return proposed;
+    const QPointF old = pos();
+    QPointF result = proposed;
+    if (const kxAnimGraphScene* graph = graphScene())
+    {
+        if (_isDragging && graph->snapToGridX())
+            result.setX(kxAnimGraphGeometry::snapped(old.x(), proposed.x()));
+        if (_isDragging && graph->snapToGridY())
+            result.setY(kxAnimGraphGeometry::snapped(old.y(), proposed.y()));
+        if (graph->lockX())
+            result.setX(old.x());
+        if (graph->lockY())
+            result.setY(old.y());
+    }
+    return parent != nullptr && parent->isTimeTaken(result.x(), this) ? old : result;
+}
+
+QVariant kxAnimGraphPoint::itemChange(GraphicsItemChange change, const QVariant& value)
+{
+    if (!_isKey)
+        return QGraphicsRectItem::itemChange(change, value);
+    switch (change)
+    {
+    case ItemPositionChange:
+        return scene() != nullptr ? filteredPos(value.toPointF()) : value;
+    case ItemPositionHasChanged:
+        ++g_keyMoves;
+        _isTouched = true;
+        if (kxAnimGraphCurve* parent = curve())
+        {
+            parent->keyMoved(this);
+            if (scene() != nullptr)
+                Q_EMIT graphPointMoved(this);
+        }
+        break;
+    case ItemSelectedHasChanged:
+        if (kxAnimGraphCurve* parent = curve())
+            parent->keySelected(this, value.toBool());
+        break;
+    default:
+        break;
+    }
+    return QGraphicsRectItem::itemChange(change, value);
+}
+
+void kxAnimGraphPoint::setScale(double sx, double sy)
+{
+    if (!std::isfinite(sx) || !std::isfinite(sy))
+        return;
+    kxAnimGraphCurve::aboutToScale();
+    g_scaleX = sx;
+    g_scaleY = sy;
+}
+
+QRectF kxAnimGraphPoint::square()
+{
+    constexpr double size = kxAnimGraphMarks::Size;
+    return QRectF(-size / 2 * g_scaleX, -size / 2 * g_scaleY, size * g_scaleX, size * g_scaleY);
+}
+
+QRectF kxAnimGraphPoint::boundingRect() const
+{
+    return square().normalized();
+}
+
+QPainterPath kxAnimGraphPoint::shape() const
+{
+    QPainterPath path;
+    path.addRect(boundingRect());
+    return path;
+}
+
+bool kxAnimGraphPoint::contains(const QPointF& point) const
+{
+    return boundingRect().contains(point);
+}
+
+bool kxAnimGraphPoint::collidesWithPath(const QPainterPath& path, Qt::ItemSelectionMode mode) const
+{
+    const bool isWhole = mode == Qt::ContainsItemShape || mode == Qt::ContainsItemBoundingRect;
+    return isWhole ? path.contains(boundingRect()) : path.intersects(boundingRect());
+}
+
+void kxAnimGraphPoint::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*)
+{
+    const kxAnimGraphMarks::InPixels pixels(*painter);
+    const QPointF place = pixels.transform().map(QPointF());
+    kxAnimGraphMarks::drawSquare(*painter, place, QGraphicsRectItem::brush().color());
+    if (option->state & QStyle::State_Selected)
+        kxAnimGraphMarks::drawOutline(*painter, place, option->palette);
+}
