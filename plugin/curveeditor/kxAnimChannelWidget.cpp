@@ -319,12 +319,11 @@ void kxAnimChannelWidget::updateValues(bool force)
     if (!force && !isVisible())
         return;
     const kxAnimManager& kernel = *kxAnimManager::the();
-    const QTreeWidgetItem* const edited = state() == EditingState ? currentItem() : nullptr;
     const QSignalBlocker blocker(this);
     for (kxAnimTreeWidgetItem* const shown : channelRows())
     {
-        if (shown == edited)
-            continue;
+        if (valueEditor(shown) != nullptr)
+            continue; // the user types
         const osg::AnimCurvePtr curve = shown->curve();
         const kxAnimManager::kxOSGChannelData channel = shown->channelData();
         if (curve == osg::NullFC && channel.isEmpty())
@@ -417,9 +416,10 @@ std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves()
 
 void kxAnimChannelWidget::key(Keyed which)
 {
-    closeEditor();
+    closeValueEditor();
     const std::vector<osg::AnimAttachmentPtr> attachments = createChannelCurves();
     std::vector<kxAnimChannelKeys::Value> values;
+    QStringList refused;
     for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
     {
         const osg::AnimCurvePtr curve = keyed->curve();
@@ -431,9 +431,11 @@ void kxAnimChannelWidget::key(Keyed which)
         if (kxAnimChannelKeys::parse(keyed->text(kxAnimChannelRows::Value), value.value))
             values.push_back(value);
         else
-            kxLog::warning(tr("Channel '%1' is not keyed: its value '%2' is no number.")
-                               .arg(keyed->text(kxAnimChannelRows::Channel), keyed->text(kxAnimChannelRows::Value)));
+            refused << QStringLiteral("%1 '%2'").arg(keyed->text(kxAnimChannelRows::Channel),
+                                                     keyed->text(kxAnimChannelRows::Value));
     }
+    if (!refused.isEmpty())
+        kxLog::warning(tr("Not keyed, since the value is no number: %1").arg(refused.join(QStringLiteral(", "))));
     // What follows is heard by everyone, and anyone may build the rows anew.
     for (const osg::AnimAttachmentPtr& attachment : attachments)
         kxAnimChannelKeys::switchBlocksOff(attachment);
@@ -462,15 +464,25 @@ void kxAnimChannelWidget::keyAll()
     selectionModel()->select(tops, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
-void kxAnimChannelWidget::closeEditor()
+QLineEdit* kxAnimChannelWidget::valueEditor(kxAnimTreeWidgetItem* edited) const
 {
-    QWidget* const editor = indexWidget(currentIndex());
-    const auto* const line = qobject_cast<QLineEdit*>(editor);
-    if (line == nullptr)
+    if (state() != EditingState)
+        return nullptr;
+    return qobject_cast<QLineEdit*>(indexWidget(indexFromItem(edited, kxAnimChannelRows::Value)));
+}
+
+void kxAnimChannelWidget::closeValueEditor()
+{
+    for (kxAnimTreeWidgetItem* const edited : channelRows())
+    {
+        QLineEdit* const editor = valueEditor(edited);
+        if (editor == nullptr)
+            continue;
+        if (editor->hasAcceptableInput())
+            commitData(editor);
+        kxAnimTreeWidget::closeEditor(editor, QAbstractItemDelegate::NoHint);
         return;
-    if (line->hasAcceptableInput())
-        commitData(editor);
-    kxAnimTreeWidget::closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
 }
 
 // Commands on animations

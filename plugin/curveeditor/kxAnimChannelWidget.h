@@ -9,6 +9,7 @@
 #include <vector>
 
 class QAction;
+class QLineEdit;
 class kxAnimInfinityMenu;
 class kxMessage;
 
@@ -111,8 +112,10 @@ private:
     void key(Keyed which);
     /// The attachments of the listed objects, each once, made where there was none.
     std::vector<osg::AnimAttachmentPtr> createChannelCurves();
+    /// The editor of the row's value, null while nobody types there.
+    QLineEdit* valueEditor(kxAnimTreeWidgetItem* edited) const;
     /// Takes over what is being typed.
-    void closeEditor();
+    void closeValueEditor();
     /// The curves of the selected objects' rows, then those of the selected rows.
     std::vector<osg::AnimCurvePtr> chosenCurves() const;
     /// For a click on a row, null for none.

@@ -1,0 +1,571 @@
+#include <curveeditor/kxAnimChannelWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxLogModel.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimFixture.h>
+#include <kxOwned.h>
+#include <scene/UberMaterial.h>
+
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxServices.h>
+#include <kxUndo.h>
+
+#include <QAction>
+#include <QLineEdit>
+#include <QMenu>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+QStringList sent; // names of messages
+
+void noteGraph(kxMessage&)
+{
+    sent.append("updateGraphView");
+}
+void notePasted(kxMessage&)
+{
+    sent.append("pastedAnimations");
+}
+void send(const char* name)
+{
+    kxMessage message;
+    kxController::call(name, message, 0);
+}
+
+class Tree : public kxAnimChannelWidget
+{
+public:
+    using kxAnimTreeWidget::contextMenu;
+};
+
+/// The keys of a curve as "frame:value:in type", so that a failure shows them.
+QString keysOf(const osg::AnimCurvePtr& curve)
+{
+    QStringList keys;
+    for (const osg::CCPnt& key : curve->getControlPoints())
+        keys << QString("%1:%2:%3%4")
+                    .arg(double(key.x()) * kxAnimManager::the()->fps())
+                    .arg(double(key.y()))
+                    .arg(key.inType)
+                    .arg(key.outType);
+    return keys.join(' ');
+}
+} // namespace
+
+class tst_kxAnimChannelWidget : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void listsWhatIsSelected();
+    void listsUpToTheLimit();
+    void hidesEmptyCurves();
+    void keepsTheSelection();
+    void keysRows_data();
+    void keysRows();
+    void keysOfOneFrameAreReplaced();
+    void refusesTexts_data();
+    void refusesTexts();
+    void keyingSwitchesBlocksOff();
+    void keyAllMessageReachesTheNewest();
+    void followsTheScene();
+    void editedValueMovesTheObject();
+    void skipsWhatIsGone();
+    void setsInfinityModes();
+    void removesConstantCurves();
+    void createsBlocks();
+    void pastes();
+
+private:
+    QStringList tops() const;
+    kxAnimTreeWidgetItem* row(const char* text, int object = 0) const;
+    osg::AnimCurvePtr curve(const char* text, int object = 0) const { return row(text, object)->curve(); }
+    void select(const char* text, int object = 0) { row(text, object)->setSelected(true); }
+    QAction* action(const char* text) const;
+    QUndoStack& stack() const { return *kxUndoStack::get(0).stack(); }
+
+    std::unique_ptr<kxAnimFixture> _scene;
+    std::unique_ptr<Tree> _tree;
+    osg::NodePtr _first, _second;
+};
+
+void tst_kxAnimChannelWidget::init()
+{
+    sent.clear();
+    _scene = std::make_unique<kxAnimFixture>();
+    _tree = std::make_unique<Tree>();
+    _first = kxAnimFixture::object("a");
+    _second = kxAnimFixture::object("b");
+    kxAnimFixture::transform(_first)->setTranslation(osg::Vec3f(1, 2, 3.00049f));
+    kxAnimManager::the()->setCurrentFrame(12, true, false);
+}
+
+void tst_kxAnimChannelWidget::cleanup()
+{
+    _tree.reset();
+    stack().clear();
+    kxSelection::the().clear();
+    _scene.reset();
+}
+
+QStringList tst_kxAnimChannelWidget::tops() const
+{
+    QStringList texts;
+    for (int i = 0; i < _tree->topLevelItemCount(); ++i)
+        texts << QString("%1/%2").arg(_tree->topLevelItem(i)->text(0)).arg(_tree->topLevelItem(i)->childCount());
+    return texts;
+}
+
+kxAnimTreeWidgetItem* tst_kxAnimChannelWidget::row(const char* text, int object) const
+{
+    const QTreeWidgetItem* const top = _tree->topLevelItem(object);
+    for (int i = 0; top != nullptr && i < top->childCount(); ++i)
+        if (top->child(i)->text(0) == text)
+            return dynamic_cast<kxAnimTreeWidgetItem*>(top->child(i));
+    return nullptr;
+}
+
+QAction* tst_kxAnimChannelWidget::action(const char* text) const
+{
+    for (QAction* const candidate : _tree->contextMenu()->actions())
+        if (candidate->text() == text)
+            return candidate;
+    return nullptr;
+}
+
+void tst_kxAnimChannelWidget::listsWhatIsSelected()
+{
+    const osg::NodePtr mesh = kxAnimFixture::object("mesh");
+    mesh->setCore(osg::Geometry::create());
+    const osg::NodePtr part = osg::Node::create();
+    part->setCore(osg::Geometry::create());
+    mesh->addChild(part); // without a name: a part of the mesh
+    const osg::NodePtr bare = osg::Node::create();
+    bare->setCore(osg::Group::create());
+    bare->setNodeName("bare");
+    mesh->addChild(bare);
+    const osg::FCPtr<osg::UberMaterial> material = osg::UberMaterial::create();
+    material->setNodeName("paint");
+    kxScene::the()->addMaterial(material);
+    const osg::AnimNodePtr block = kxAnimFixture::block(
+        "move", {kxAnimFixture::curve("translation", "X", {{0, 1}}), kxAnimFixture::curve("translation", "Y", {})});
+    kxAnimManager::the()->addAnimation(_second, block);
+
+    kxSelection::the().setIds(kxSelection::Nodes, {_first->getId(), part->getId(), bare->getId()});
+    _tree->rebuild();
+    QCOMPARE(tops(), QStringList({"a/13", "bare/1"}));
+    QStringList channels;
+    for (int i = 0; i < 13; ++i)
+        channels << _tree->topLevelItem(0)->child(i)->text(0);
+    QCOMPARE(channels.join(' '),
+             QString("translation.X translation.Y translation.Z rotation.X rotation.Y rotation.Z rotationOrientation.X "
+                     "rotationOrientation.Y rotationOrientation.Z scale.X scale.Y scale.Z visible"));
+    QVERIFY(_tree->topLevelItem(0)->isExpanded());
+    QCOMPARE(row("translation.Z")->text(1), QString()); // hidden, so that no value is read
+
+    _tree->rebuildFromFieldContainers({_second, material, osg::FieldContainerPtr(), block});
+    QCOMPARE(tops(), QStringList({"b/13", "paint/9", "move/2"}));
+    QCOMPARE(row("translation.X", 2)->curve(), kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(block->getChild(0))));
+    QVERIFY(_tree->topLevelItem(2)->flags() & Qt::ItemIsUserCheckable);
+    QVERIFY(!(_tree->topLevelItem(0)->flags() & Qt::ItemIsUserCheckable));
+
+    QMetaObject::invokeMethod(_tree.get(), "rebuildTopLevelItems"); // a mixed list keeps its nodes
+    QCOMPARE(tops(), QStringList({"b/13", "move/2"}));
+    _tree->rebuildFromMaterial(material);
+    QCOMPARE(tops(), QStringList("paint/9"));
+    _tree->rebuildFromNode(osg::NodePtr());
+    QCOMPARE(tops(), QStringList("paint/9"));
+    _tree->rebuildFrom({block, osg::AnimNodePtr(), block});
+    QCOMPARE(tops(), QStringList("move/2"));
+}
+
+void tst_kxAnimChannelWidget::listsUpToTheLimit()
+{
+    std::vector<osg::NodePtr> nodes(20, _first);
+    _tree->rebuildFromNodes(nodes);
+    QCOMPARE(_tree->topLevelItemCount(), 20);
+    nodes.push_back(osg::NodePtr());
+    _tree->rebuildFromNodes(nodes);
+    QCOMPARE(_tree->topLevelItemCount(), 0);
+    _tree->rebuildFromMaterials(std::vector<osg::MaterialPtr>(21, osg::UberMaterial::create()));
+    QCOMPARE(_tree->topLevelItemCount(), 0);
+}
+
+void tst_kxAnimChannelWidget::hidesEmptyCurves()
+{
+    kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve("scale", "X", {}));
+    kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve("scale", "Y", {{0, 1}}));
+    _tree->rebuildFromNode(_first);
+    QCOMPARE(tops(), QStringList("a/13"));
+    action("Show Empty Curves")->trigger();
+    QCOMPARE(tops(), QStringList("a/12")); // channels without a curve stay
+    QVERIFY(row("scale.X") == nullptr);
+    select("scale.Y");
+    _tree->keySelected();
+    _tree->rebuildFromNode(_first);
+    QCOMPARE(tops(), QStringList("a/1"));
+    action("Show Empty Curves")->trigger();
+    QCOMPARE(tops(), QStringList("a/13"));
+}
+
+void tst_kxAnimChannelWidget::keepsTheSelection()
+{
+    _tree->rebuildFromNodes({_first, _second});
+    QSignalSpy spy(_tree.get(), &QTreeWidget::itemSelectionChanged);
+    _tree->topLevelItem(1)->setSelected(true);
+    QCOMPARE(spy.count(), 1);
+    _tree->topLevelItem(0)->setExpanded(false);
+    _tree->rebuildFromNodes({_first, _second});
+    QVERIFY(_tree->topLevelItem(1)->isSelected());
+    QVERIFY(!_tree->topLevelItem(0)->isExpanded());
+    QCOMPARE(spy.count(), 1); // the same rows are selected: nobody has to draw anything anew
+    _tree->rebuildFromNode(_first);
+    QCOMPARE(spy.count(), 2);
+}
+
+void tst_kxAnimChannelWidget::keysRows_data()
+{
+    QTest::addColumn<QByteArray>("slot");
+    QTest::addColumn<QString>("keyed"); // rows of both objects that have a key then
+    QTest::newRow("selected rows") << QByteArray("keySelected") << "a translation.Z, a visible";
+    QTest::newRow("rows of the selected types")
+        << QByteArray("keyAllSelectedType") << "a translation.Z, a visible, b translation.Z, b visible";
+    QTest::newRow("all but what the kernel leaves out") << QByteArray("keyAll") << "all";
+}
+
+void tst_kxAnimChannelWidget::keysRows()
+{
+    QFETCH(QByteArray, slot);
+    QFETCH(QString, keyed);
+    _tree->rebuildFromNodes({_first, _second});
+    _tree->updateValues(true);
+    QSignalSpy spy(_tree.get(), &kxAnimChannelWidget::keyedChannels);
+    select("translation.Z");
+    select("visible");
+    const auto keyedRows = [this]
+    {
+        QStringList rows;
+        for (int object = 0; object < 2; ++object)
+            for (int i = 0; i < 13; ++i)
+            {
+                const auto* const item = dynamic_cast<kxAnimTreeWidgetItem*>(_tree->topLevelItem(object)->child(i));
+                if (!item->curve()->isEmpty())
+                    rows << _tree->topLevelItem(object)->text(0) + ' ' + item->text(0);
+            }
+        return rows;
+    };
+
+    QMetaObject::invokeMethod(_tree.get(), slot.constData());
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(stack().count(), 1);
+    QCOMPARE(stack().undoText(), QString("Add Animation Keys"));
+    if (keyed == "all")
+    {
+        QCOMPARE(keyedRows().size(), 24); // "visible" of both is left out
+        QVERIFY(_tree->topLevelItem(0)->isSelected() && _tree->topLevelItem(1)->isSelected());
+        QCOMPARE(_tree->selectedItems().size(), 2);
+    }
+    else
+        QCOMPARE(keyedRows().join(", "), keyed);
+    QCOMPARE(keysOf(curve("translation.Z")), QString("12:3:11")); // three decimals of 3.00049
+    if (keyed != "all")
+        QCOMPARE(keysOf(curve("visible")), QString("12:1:00")); // a step
+    const QStringList after = keyedRows();
+    stack().undo();
+    QCOMPARE(keyedRows(), QStringList());
+    stack().redo();
+    QCOMPARE(keyedRows(), after);
+
+    _tree->clearSelection();
+    _tree->keySelected();
+    QCOMPARE(stack().count(), 1); // nothing was selected
+    QCOMPARE(spy.count(), 2);
+}
+
+void tst_kxAnimChannelWidget::keysOfOneFrameAreReplaced()
+{
+    _tree->rebuildFromNode(_first);
+    _tree->updateValues(true);
+    select("translation.X");
+    _tree->keySelected();
+    row("translation.X")->setText(1, "7");
+    _tree->keySelected();
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:7:11"));
+    kxAnimManager::the()->setCurrentFrame(36, false, false);
+    row("translation.X")->setText(1, "9");
+    _tree->keySelected();
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:7:11 36:9:11"));
+    QCOMPARE(stack().count(), 3);
+    stack().undo();
+    stack().undo();
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:1:11"));
+    stack().undo();
+    QVERIFY(curve("translation.X")->isEmpty());
+}
+
+void tst_kxAnimChannelWidget::refusesTexts_data()
+{
+    QTest::addColumn<QString>("keys");
+    QTest::newRow("1.5") << "12:1.5:11";
+    QTest::newRow(" -2e1 ") << "12:-20:11";
+    for (const char* const text : {"", "nan", "inf", "-inf", "1e39", "1,5", "1,500", "two", "1.5 m"})
+        QTest::newRow(text) << "";
+}
+
+void tst_kxAnimChannelWidget::refusesTexts()
+{
+    QFETCH(QString, keys);
+    _tree->rebuildFromNode(_first);
+    _tree->updateValues(true);
+    row("scale.X")->setText(1, QTest::currentDataTag());
+    select("scale.X");
+    select("scale.Y");
+    kxLogModel::the().clear();
+    _tree->keySelected();
+    QCOMPARE(keysOf(curve("scale.X")), keys);
+    QCOMPARE(keysOf(curve("scale.Y")), QString("12:1:11")); // the others are keyed all the same
+    QCOMPARE(kxLogModel::the().entries().empty(), !keys.isEmpty());
+}
+
+void tst_kxAnimChannelWidget::keyingSwitchesBlocksOff()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.addAnimation(_first,
+                        kxAnimFixture::block("move", {kxAnimFixture::curve("translation", "X", {{0, 4}, {1, 8}})}));
+    kernel.setCurrentFrame(12, true, true);
+    _tree->rebuildFromNode(_first);
+    _tree->updateValues(true);
+    _tree->show();
+    QCOMPARE(row("translation.X")->text(1), QString("6.000"));
+    _tree->keyAll();
+    std::vector<osg::AnimNodePtr> blocks;
+    kernel.getAnimAttachment(_first)->getTopLevelAnimations(blocks, true);
+    QCOMPARE(blocks.front()->getTravMask(), osg::UInt32(0));
+    // Without the block the object rests elsewhere, but the key holds what was shown.
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:6:11"));
+    QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 6.0f);
+}
+
+void tst_kxAnimChannelWidget::keyAllMessageReachesTheNewest()
+{
+    kxSelection::the().setIds(kxSelection::Nodes, {_first->getId()});
+    auto newest = std::make_unique<kxAnimChannelWidget>();
+    QSignalSpy oldSpy(_tree.get(), &kxAnimChannelWidget::keyedChannels);
+    QSignalSpy newSpy(newest.get(), &kxAnimChannelWidget::keyedChannels);
+    send(kxMessageName::KeyAll); // hidden: it lists the selection first
+    QCOMPARE(oldSpy.count(), 0);
+    QCOMPARE(newSpy.count(), 1);
+    QCOMPARE(stack().count(), 1);
+    newest.reset();
+    send(kxMessageName::KeyAll);
+    QCOMPARE(oldSpy.count(), 1);
+    QCOMPARE(keysOf(curve("translation.Y")), QString("12:2:11"));
+    _tree.reset();
+    send(kxMessageName::KeyAll);
+    send(kxMessageName::CurrentFrameChanged);
+}
+
+void tst_kxAnimChannelWidget::followsTheScene()
+{
+    kxObjectService objects;
+    kxKernelServiceFactory::the().addService(&objects);
+    _tree = std::make_unique<Tree>();
+    _tree->rebuildFromNode(_first);
+    _tree->show();
+    QCOMPARE(row("translation.X")->text(1), QString("1.000"));
+    const osg::TransformPtr core = kxAnimFixture::transform(_first);
+    QSignalSpy spy(_tree.get(), &QTreeWidget::itemChanged);
+    float x = 1;
+    for (const char* const name : {kxMessageName::ChangedTransformation, kxMessageName::CurrentFrameChanged,
+                                   kxMessageName::FrameChangedCurveEditor, kxMessageName::UpdateNavigator,
+                                   kxMessageName::UpdateLight, kxMessageName::UberMaterialChanged})
+    {
+        core->setTranslation(osg::Vec3f(++x, 0, 0));
+        send(name);
+        QCOMPARE(row("translation.X")->text(1).toFloat(), x);
+    }
+    core->setTranslation(osg::Vec3f(-1, 0, 0));
+    QCoreApplication::processEvents(); // behind the drag of the frame, for what was late
+    QCOMPARE(row("translation.X")->text(1), QString("-1.000"));
+    core->setTranslation(osg::Vec3f(-2, 0, 0));
+    Q_EMIT objects.propertyChangedBS();
+    QCOMPARE(row("translation.X")->text(1), QString("-2.000"));
+    QCOMPARE(spy.count(), 0);
+
+    _tree->hide();
+    core->setTranslation(osg::Vec3f(-3, 0, 0));
+    send(kxMessageName::CurrentFrameChanged);
+    QCOMPARE(row("translation.X")->text(1), QString("-2.000"));
+    _tree->show();
+    QCOMPARE(row("translation.X")->text(1), QString("-3.000"));
+}
+
+void tst_kxAnimChannelWidget::editedValueMovesTheObject()
+{
+    _tree->rebuildFromNode(_first);
+    _tree->show();
+    kxAnimTreeWidgetItem* const edited = row("translation.X");
+    _tree->setCurrentItem(edited);
+    _tree->editItem(edited, 0);
+    QVERIFY(_tree->findChild<QLineEdit*>() == nullptr);
+    _tree->editItem(edited, 1);
+    auto* const line = _tree->findChild<QLineEdit*>();
+    QVERIFY(line != nullptr);
+    line->clear();
+    QTest::keyClicks(line, "x-12.34567"); // a letter and what is behind three decimals don't go in
+    QCOMPARE(line->text(), QString("-12.345"));
+    kxAnimFixture::transform(_first)->setTranslation(osg::Vec3f(8, 0, 0));
+    send(kxMessageName::CurrentFrameChanged);
+    QCOMPARE(line->text(), QString("-12.345")); // a frame doesn't take it from under the user's hands
+    _tree->keySelected();
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:-12.345:11"));
+    QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), -12.345f);
+
+    stack().undo();
+    edited->setData(1, Qt::EditRole, "5");
+    QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 5.0f);
+    QVERIFY(curve("translation.X")->isEmpty()); // a value is no key, and no step
+    QCOMPARE(stack().index(), 0);
+}
+
+void tst_kxAnimChannelWidget::skipsWhatIsGone()
+{
+    const osg::FCPtr<osg::UberMaterial> material = osg::UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    kxOwned<osg::Node> onTheStack(_first); // as the step that deletes it holds it
+    const osg::AnimNodePtr block = kxAnimFixture::block("move", {kxAnimFixture::curve("scale", "X", {{0, 1}})});
+    kxAnimManager::the()->addAnimation(_first, block);
+    const osg::NodePtr child = kxAnimFixture::object("child");
+    _first->addChild(child);
+    _tree->rebuildFromFieldContainers({_first, child, _second, material, block});
+    _tree->show();
+    kxScene::the()->root()->subChild(_first);  // out of the scene with its child
+    kxScene::the()->root()->subChild(_second); // dead
+    kxScene::the()->subMaterial(material);
+    kxAnimManager::the()->subAnimation(_first, block);
+    _tree->updateValues(true);
+    _tree->keyAll();
+    _tree->createBlocks();
+    QCOMPARE(stack().count(), 0);
+    QVERIFY(kxAnimManager::the()->getAnimAttachment(child) == osg::NullFC);
+    for (const char* const slot : {"removeConstCurves", "rebuildTopLevelItems"})
+        QMetaObject::invokeMethod(_tree.get(), slot);
+    _tree->removeDeadTopLevelItems();
+    QCOMPARE(tops(), QStringList());
+    QVERIFY(!_tree->grab().isNull());
+}
+
+void tst_kxAnimChannelWidget::setsInfinityModes()
+{
+    for (const char* const channel : {"translation", "scale"})
+        kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve(channel, "X", {{0, 1}}));
+    kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("scale", "X", {{0, 1}}));
+    _tree->rebuildFromNodes({_first, _second});
+    const auto choose = [this](const char* menu, const char* mode)
+    {
+        for (QAction* const entry : action(menu)->menu()->actions())
+            if (entry->text() == mode)
+                entry->trigger();
+    };
+    select("scale.X", 1);
+    choose("Pre Infinity Mode", "Loop with Offset");
+    QCOMPARE(curve("scale.X", 1)->getPreInfinityMode(), 3u);
+    QCOMPARE(curve("scale.X")->getPreInfinityMode(), 0u);
+    _tree->topLevelItem(0)->setSelected(true);
+    choose("Post Infinity Mode", "Oscillate");
+    QCOMPARE(curve("translation.X")->getPostInfinityMode(), 4u);
+    QCOMPARE(curve("scale.X")->getPostInfinityMode(), 4u);
+    QCOMPARE(curve("scale.X", 1)->getPostInfinityMode(), 4u);
+    QCOMPARE(stack().count(), 0);
+
+    // The menu opens with the modes of the row under the cursor.
+    curve("scale.X")->setPreInfinityMode(9);
+    QStringList checked;
+    QTimer::singleShot(0, _tree.get(),
+                       [this, &checked]
+                       {
+                           for (const char* const menu : {"Pre Infinity Mode", "Post Infinity Mode"})
+                               for (QAction* const entry : action(menu)->menu()->actions())
+                                   if (entry->isChecked())
+                                       checked << entry->text();
+                           QVERIFY(action("Key All Selected Type")->isEnabled());
+                           QVERIFY(action("Motion Blur")->isEnabled());
+                           QApplication::activePopupWidget()->close();
+                       });
+    _tree->show();
+    const QPoint at = _tree->visualItemRect(row("scale.X")).center();
+    QMetaObject::invokeMethod(_tree.get(), "showContextMenu", Q_ARG(QPoint, at));
+    QCOMPARE(checked, QStringList("Oscillate"));
+}
+
+void tst_kxAnimChannelWidget::removesConstantCurves()
+{
+    kxController::addCB(kxMessageName::UpdateGraphView, noteGraph);
+    const osg::AnimNodePtr flat = kxAnimFixture::curve("scale", "X", {{0, 2}, {1, 2}, {2, 2}});
+    const osg::AnimNodePtr partly = kxAnimFixture::curve("scale", "Y", {{0, 2}, {1, 2}, {2, 2}, {3, 5}});
+    const osg::AnimNodePtr inBlock = kxAnimFixture::curve("scale", "Z", {{0, 1}, {1, 1}});
+    kxAnimManager::the()->addAnimation(_first, flat);
+    kxAnimManager::the()->addAnimation(_first, partly);
+    kxAnimManager::the()->addAnimation(_first, kxAnimFixture::block("move", {inBlock}));
+    _tree->rebuildFromNodes({_first, _second});
+    const QString before = keysOf(curve("scale.Y"));
+    _tree->topLevelItem(0)->setSelected(true);
+    _tree->topLevelItem(1)->setSelected(true); // has no animation
+    QMetaObject::invokeMethod(_tree.get(), "removeConstCurves");
+    kxController::subCB(kxMessageName::UpdateGraphView, noteGraph);
+    QCOMPARE(sent, QStringList("updateGraphView"));
+    QCOMPARE(keysOf(curve("scale.X")), QString());
+    QCOMPARE(keysOf(curve("scale.Y")), QString("0:2:11 48:2:11 72:5:11"));
+    QVERIFY(kxAnimFixture::curveOf(inBlock)->isEmpty());
+    QCOMPARE(stack().count(), 1);
+    stack().undo();
+    QCOMPARE(keysOf(curve("scale.Y")), before);
+    QCOMPARE(keysOf(kxAnimFixture::curveOf(inBlock)), QString("0:1:11 24:1:11"));
+}
+
+void tst_kxAnimChannelWidget::createsBlocks()
+{
+    kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve("scale", "X", {{0, 2}, {1, 3}}));
+    kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("scale", "X", {})); // nothing to gather
+    _tree->rebuildFromNodes({_second, _first});
+    QList<osg::AnimNodePtr> made;
+    connect(_tree.get(), &kxAnimChannelWidget::blocksCreated, this,
+            [&made](const QList<osg::AnimNodePtr>& blocks) { made = blocks; });
+    _tree->createBlocks();
+    QCOMPARE(made.size(), 1);
+    QCOMPARE(made.first()->getNodeName(), std::string("a"));
+    QCOMPARE(made.first()->getNChildren(), 1u);
+    _tree->updateValues(true);
+    select("scale.X", 1);
+    _tree->keySelected(); // the block took the curve along: the channel gets another
+    QCOMPARE(keysOf(curve("scale.X", 1)).count(':'), 2);
+    QCOMPARE(keysOf(kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(made.first()->getChild(0)))).count(':'), 4);
+}
+
+void tst_kxAnimChannelWidget::pastes()
+{
+    const kxOwned<osg::AnimNode> copied(
+        kxAnimFixture::block("move", {kxAnimFixture::curve("scale", "X", {{0, 2}, {1, 3}})}));
+    kxAnimManager::the()->copy(copied.get(), osg::FieldContainerPtr());
+    kxController::addCB(kxMessageName::PastedAnimations, notePasted);
+    _tree->rebuildFromNode(_first);
+    _tree->topLevelItem(0)->setSelected(true);
+    _tree->paste();
+    action("Paste Clone")->trigger();
+    kxController::subCB(kxMessageName::PastedAnimations, notePasted);
+    QCOMPARE(sent, QStringList({"pastedAnimations", "pastedAnimations"}));
+    std::vector<osg::AnimNodePtr> blocks;
+    kxAnimManager::the()->getAnimAttachment(_first)->getTopLevelAnimations(blocks, true);
+    QCOMPARE(blocks.size(), std::size_t(2));
+    QCOMPARE(tops(), QStringList("a/13")); // blocks are not among the channels
+}
+
+QTEST_MAIN(tst_kxAnimChannelWidget)
+#include "tst_kxAnimChannelWidget.moc"
