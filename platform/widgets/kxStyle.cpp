@@ -79,6 +79,12 @@ public:
             needed.setHeight(qMax(needed.height(), 22));
         return needed;
     }
+
+    /// The icons are drawn for dark ground, that of a selected row too: mixed with its colour they would fade.
+    QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap, const QStyleOption* option) const override
+    {
+        return mode == QIcon::Selected ? pixmap : QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    }
 };
 
 QPalette palette()
