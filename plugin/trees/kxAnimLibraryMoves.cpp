@@ -1,6 +1,7 @@
 #include <trees/kxAnimLibraryMoves.h>
 
 #include <trees/kxAnimLibraryPayload.h>
+#include <trees/kxAnimTags.h>
 
 #include <kxAnimManager.h>
 #include <osg/SceneCores.h>
@@ -9,18 +10,6 @@ using namespace osg;
 
 namespace
 {
-TagAttachmentPtr ensureTags(const AttachmentContainerPtr& object)
-{
-    TagAttachmentPtr tags = object->findAttachment<TagAttachment>();
-    if (tags == NullFC)
-    {
-        tags = TagAttachmentBase::create();
-        object->addAttachment(tags);
-        markChanged(object, AttachmentContainer::AttachmentsFieldMask);
-    }
-    return tags;
-}
-
 /// Calls `move` for each row that stands for an object.
 template <class Move>
 void forEachObject(const kxAnimLibraryPayload& payload, const Move& move)
@@ -50,9 +39,9 @@ void kxAnimLibraryMoves::moveToGroup(const kxAnimLibraryPayload& payload, const 
     forEachObject(payload,
                   [&group](const AttachmentContainerPtr& object)
                   {
-                      const TagAttachmentPtr tags = ensureTags(object);
+                      const TagAttachmentPtr tags = kxAnimTags::require(object);
                       tags->editAnimations().clear();
-                      tags->addAnimationTag(group.empty() ? "Group" : group); // the name of a group without one
+                      tags->addAnimationTag(group.empty() ? kxAnimTags::DefaultName : group);
                       markChanged(tags, TagAttachmentBase::AnimationsFieldMask);
                   });
 }

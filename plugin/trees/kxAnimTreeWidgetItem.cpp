@@ -1,3 +1,4 @@
+#include <trees/kxAnimTags.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimEvaluator.h>
@@ -31,18 +32,6 @@ QColor colorOf(const osg::AnimCurvePtr& curve)
     const auto bounded = [](float value) { return value > 0 ? qMin(qreal(value), 1.0) : 0.0; }; // 0 for NaN
     const osg::Color3f& color = curve->getColor();
     return QColor::fromRgbF(bounded(color.red()), bounded(color.green()), bounded(color.blue()), 1.0);
-}
-
-/// The tags of a container, made where it has none.
-osg::TagAttachmentPtr requireTags(const osg::AttachmentContainerPtr& container)
-{
-    osg::TagAttachmentPtr tags = container->findAttachment<osg::TagAttachment>();
-    if (tags != osg::NullFC)
-        return tags;
-    tags = osg::TagAttachmentBase::create();
-    container->addAttachment(tags);
-    osg::markChanged(container, osg::AttachmentContainer::AttachmentsFieldMask);
-    return tags;
 }
 } // namespace
 
@@ -243,7 +232,7 @@ bool kxAnimTreeWidgetItem::editName(const QVariant& value)
 
 void kxAnimTreeWidgetItem::renameGroup(const QString& text)
 {
-    const QString newName = text.isEmpty() ? QStringLiteral("Group") : text;
+    const QString newName = text.isEmpty() ? QString::fromLatin1(kxAnimTags::DefaultName) : text;
     const std::string oldTag = this->text(0).toStdString();
     const std::string newTag = newName.toStdString();
     for (int i = 0; i < childCount(); ++i)
@@ -256,7 +245,7 @@ void kxAnimTreeWidgetItem::renameGroup(const QString& text)
             container = member->material();
         if (container == osg::NullFC)
             continue;
-        const osg::TagAttachmentPtr tags = requireTags(container);
+        const osg::TagAttachmentPtr tags = kxAnimTags::require(container);
         if (!tags->replaceAnimationTag(oldTag, newTag))
             tags->addAnimationTag(newTag);
         osg::markChanged(tags, osg::TagAttachmentBase::AnimationsFieldMask);

@@ -1,0 +1,12 @@
+#include <trees/kxAnimTags.h>
+
+osg::TagAttachmentPtr kxAnimTags::require(const osg::AttachmentContainerPtr& object)
+{
+    osg::TagAttachmentPtr tags = object->findAttachment<osg::TagAttachment>();
+    if (tags != osg::NullFC)
+        return tags;
+    tags = osg::TagAttachmentBase::create();
+    object->addAttachment(tags);
+    osg::markChanged(object, osg::AttachmentContainer::AttachmentsFieldMask);
+    return tags;
+}
