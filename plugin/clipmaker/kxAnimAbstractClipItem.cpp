@@ -3,9 +3,9 @@
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipInfo.h>
 #include <clipmaker/kxAnimClipLabel.h>
+#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
 
-#include <kxAnimManager.h>
 #include <kxIconManager.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
@@ -45,22 +45,6 @@ QPixmap lockPixmap()
     }
     return pixmap;
 }
-
-void writeMotionBlur(const osg::AnimNodePtr& node, bool value)
-{
-    if (node->getMotionBlur() == value)
-        return;
-    node->setMotionBlur(value);
-    osg::markChanged(node, osg::AnimNode::MotionBlurFieldMask);
-}
-
-void writeMotionBlurBelow(const osg::AnimNodePtr& node, bool value)
-{
-    writeMotionBlur(node, value);
-    for (const osg::NodePtr& child : node->getChildren())
-        if (const osg::AnimNodePtr below = osg::AnimNodePtr::dcast(child))
-            writeMotionBlurBelow(below, value);
-}
 } // namespace
 
 kxAnimAbstractClipItem::kxAnimAbstractClipItem(osg::AnimNodePtr node, QGraphicsItem* parent)
@@ -85,7 +69,7 @@ void kxAnimAbstractClipItem::takeOver(const osg::AnimNodePtr& node)
 {
     _nodeId = node->getId();
     const float dpi = kxPlatform::getDpiScaleX();
-    const kxClipGeometry::Span span = spanOf(node);
+    const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
     setRect(0, 0, span.width, double(kxClipGeometry::barHeight(dpi)));
     setPos(span.x, double(dpi * node->getOffset().y()));
     setActive(node->isActive());
@@ -116,18 +100,6 @@ void kxAnimAbstractClipItem::makeLabels()
 kxAnimAbstractClipItem* kxAnimAbstractClipItem::fromItem(QGraphicsItem* item)
 {
     return item != nullptr && item->type() == Type ? static_cast<kxAnimAbstractClipItem*>(item) : nullptr;
-}
-
-kxClipGeometry::Span kxAnimAbstractClipItem::spanOf(const osg::AnimNodePtr& node)
-{
-    if (node == osg::NullFC)
-        return {};
-    osg::BoxVolume volume;
-    node->getWorldVolume(volume);
-    osg::Pnt3f start, end;
-    volume.getBounds(start, end);
-    return kxClipGeometry::barSpan(double(start.x()), double(end.x()), node->getPostCycles(),
-                                   kxAnimManager::the()->fps());
 }
 
 osg::AnimNodePtr kxAnimAbstractClipItem::node() const
@@ -278,11 +250,7 @@ void kxAnimAbstractClipItem::setActive(bool value)
     const osg::AnimNodePtr own = node();
     if (own == osg::NullFC)
         return;
-    if (own->isActive() != value)
-    {
-        own->setTravMask(value ? osg::Node::Active : 0);
-        osg::markChanged(own, osg::Node::TravMaskFieldMask);
-    }
+    kxClipNodes::setActive(own, value);
     _active = value;
     update();
     Q_EMIT activeChanged(value);
@@ -292,11 +260,7 @@ void kxAnimAbstractClipItem::setLocked(bool value)
 {
     if (const osg::AnimNodePtr own = node())
     {
-        if (own->getLocked() != value)
-        {
-            own->setLocked(value);
-            osg::markChanged(own, osg::AnimNode::LockedFieldMask);
-        }
+        kxClipNodes::setLocked(own, value);
         const bool free = !own->getLocked();
         if (!free)
             unsetCursor(); // the mouse may be over the bar
@@ -318,11 +282,7 @@ void kxAnimAbstractClipItem::setFlipped(bool value)
     const osg::AnimNodePtr own = node();
     if (own == osg::NullFC)
         return;
-    if (own->getFlipped() != value)
-    {
-        own->setFlipped(value);
-        osg::markChanged(own, osg::AnimNode::FlippedFieldMask);
-    }
+    kxClipNodes::setFlipped(own, value);
     _flipped = value;
     updateInfoText(true);
     Q_EMIT flipChanged(value);
@@ -331,12 +291,7 @@ void kxAnimAbstractClipItem::setFlipped(bool value)
 void kxAnimAbstractClipItem::setMotionBlur(bool value)
 {
     if (const osg::AnimNodePtr own = node())
-    {
-        if (osg::AnimBlockPtr::dcast(own->getCore()) != osg::NullFC)
-            writeMotionBlurBelow(own, value);
-        else
-            writeMotionBlur(own, value);
-    }
+        kxClipNodes::setMotionBlur(own, value);
     _motionBlur = value;
     updateInfoText(true);
     Q_EMIT motionBlurChanged(value);
@@ -405,22 +360,9 @@ void kxAnimAbstractClipItem::duplicateFlippedSelected()
 void kxAnimAbstractClipItem::duplicateNode(bool flip)
 {
     const osg::AnimNodePtr own = node();
-    const osg::AnimNodePtr parent = own == osg::NullFC ? own : osg::AnimNodePtr::dcast(own->getParent());
-    if (parent == osg::NullFC)
-        return;
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(own, parent, osg::AnimNodePtr());
-    const osg::AnimNodePtr clone = osg::cloneAnimTree(own, true);
-    clone->setOffset(osg::Vec2f(clone->getOffset().x(), y));
-    osg::markChanged(clone, osg::AnimNode::OffsetFieldMask);
-    if (flip)
-    {
-        clone->setFlipped(!clone->getFlipped());
-        osg::markChanged(clone, osg::AnimNode::FlippedFieldMask);
-    }
-    parent->addChild(clone);
-    osg::markChanged(parent, osg::Node::ChildrenFieldMask);
-    kxAnimManager::the()->unshareClipsR(clone);
-    Q_EMIT duplicated(clone);
+    const osg::AnimNodePtr clone = own == osg::NullFC ? own : kxClipNodes::duplicate(own, flip);
+    if (clone != osg::NullFC)
+        Q_EMIT duplicated(clone);
 }
 
 void kxAnimAbstractClipItem::info()
@@ -428,6 +370,18 @@ void kxAnimAbstractClipItem::info()
     const osg::AnimNodePtr own = node();
     if (own != osg::NullFC)
         kxClipInfo::show(own); // the bar may be gone when it returns
+}
+
+bool kxAnimAbstractClipItem::canGoTo(const QPointF& position) const
+{
+    return clipScene() != nullptr && std::isfinite(position.x()) && std::isfinite(position.y());
+}
+
+QPointF kxAnimAbstractClipItem::takeNodeTo(const QPointF& position)
+{
+    const osg::AnimNodePtr own = node();
+    const QPointF old = pos();
+    return position == old || own == osg::NullFC || kxClipNodes::move(own, old, position) ? position : old;
 }
 
 QPointF kxAnimAbstractClipItem::snapped(const QPointF& position, bool tracks) const
@@ -441,22 +395,6 @@ QPointF kxAnimAbstractClipItem::snapped(const QPointF& position, bool tracks) co
     if (tracks)
         place.setY(kxClipGeometry::snappedTrack(place.y(), kxPlatform::getDpiScaleX()));
     return place;
-}
-
-bool kxAnimAbstractClipItem::moveNode(const QPointF& from, const QPointF& to)
-{
-    const osg::AnimNodePtr own = node();
-    const double frames = own == osg::NullFC ? 0 : kxClipGeometry::movedFrames(from.x(), to.x(), spanOf(own).x);
-    const float seconds = float(frames) / float(kxAnimManager::the()->fps());
-    const float tracks = float(to.y() - from.y()) / kxPlatform::getDpiScaleX();
-    if (!std::isfinite(seconds) || !std::isfinite(tracks))
-        return false;
-    if (own != osg::NullFC)
-    {
-        own->moveBy(seconds, tracks);
-        osg::markChanged(own, osg::AnimNode::OffsetFieldMask);
-    }
-    return true;
 }
 
 // Mouse and menu

@@ -35,8 +35,6 @@ public:
 
     /// `item` as a bar; null where it is none.
     static kxAnimAbstractClipItem* fromItem(QGraphicsItem* item);
-    /// Where a node stands on the timeline: its start and one pass, in frames. Empty for null.
-    static kxClipGeometry::Span spanOf(const osg::AnimNodePtr& node);
 
     int type() const override { return Type; }
 
@@ -118,8 +116,10 @@ protected:
     void addMenuSeparator();
     /// `position` on the grid of the scene, with `tracks` on a track as well; as it is while the bar slides back.
     QPointF snapped(const QPointF& position, bool tracks) const;
-    /// Takes the node along from `from` to `to`. False where the way is none that a node can hold; the bar stays then.
-    bool moveNode(const QPointF& from, const QPointF& to);
+    /// Whether the bar may go there at all: it is on a timeline, and the place is finite.
+    bool canGoTo(const QPointF& position) const;
+    /// Takes the node along to where the bar goes; gives that place, or the present one where the node can't go.
+    QPointF takeNodeTo(const QPointF& position);
     void setTextColor(const QColor& color);
 
     QMenu* _menu = nullptr;

@@ -67,6 +67,13 @@ double kxClipGeometry::movedFrames(double from, double to, double node)
     return agree ? to - node : to - from;
 }
 
+float kxClipGeometry::movedUnits(double from, double to, float node, float dpi)
+{
+    const double start = from / double(dpi), exact = to / double(dpi), whole = std::round(exact);
+    const double end = std::abs(exact - whole) < 1.0e-3 ? whole : exact;
+    return float(std::abs(start - double(node)) <= 0.01 ? end - double(node) : exact - start);
+}
+
 float kxClipGeometry::stretchFactor(double from, double to, double node)
 {
     if (!isLength(from) || !isLength(to))

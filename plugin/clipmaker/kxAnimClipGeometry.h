@@ -68,6 +68,9 @@ int trackOf(double y, float dpi);
 /// stands under its bar, what rounding took from it in earlier steps is made good, so that a long drag adds up no
 /// error.
 double movedFrames(double from, double to, double node);
+/// The same for y: scene units for the bar, units of an offset (50 a track) for the node and the result. A bar that
+/// stands on a track takes its node to a whole multiple.
+float movedUnits(double from, double to, float node, float dpi);
 /// The same for lengths: the factor that takes a node of length `node` along when its bar goes from length `from` to
 /// `to`. 0 where there is none: each length has to be finite and above 0.
 float stretchFactor(double from, double to, double node);

@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
+#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
 
 #include <kxAnimManager.h>
@@ -232,7 +233,7 @@ QVariant kxAnimClipItem::itemChange(GraphicsItemChange change, const QVariant& v
 QPointF kxAnimClipItem::acceptedPosition(const QPointF& proposed)
 {
     const QPointF old = pos();
-    if (clipScene() == nullptr || !std::isfinite(proposed.x()) || !std::isfinite(proposed.y()))
+    if (!canGoTo(proposed))
         return old;
     QPointF place = snapped(proposed, !_leftPressed && !_rightPressed);
     if (_rightPressed)
@@ -252,9 +253,7 @@ QPointF kxAnimClipItem::acceptedPosition(const QPointF& proposed)
         }
         place.setY(old.y());
     }
-    if (place == old)
-        return place;
-    return moveNode(old, place) ? place : old;
+    return takeNodeTo(place);
 }
 
 bool kxAnimClipItem::stretch(double frames)
@@ -270,19 +269,9 @@ bool kxAnimClipItem::stretch(double frames)
 
 QTransform kxAnimClipItem::acceptedTransform(const QTransform& proposed)
 {
-    const QTransform old = transform();
+    const double from = rect().width() * transform().m11(), to = rect().width() * proposed.m11();
     const osg::AnimNodePtr own = node();
-    const double from = rect().width() * old.m11();
-    const float factor = kxClipGeometry::stretchFactor(from, rect().width() * proposed.m11(),
-                                                       own == osg::NullFC ? from : spanOf(own).width);
-    if (!(factor > 0))
-        return old;
-    if (own == osg::NullFC)
-        return proposed;
-    const float scale = own->getScale();
-    own->scaleBy(factor, float(mapToScene(rect().topLeft()).x() / kxAnimManager::the()->fps()));
-    if (own->getScale() == scale && factor != 1.0f)
-        return old; // beyond what a node can hold
-    osg::markChanged(own, osg::AnimNode::ScaleFieldMask);
-    return proposed;
+    const bool accepted = own == osg::NullFC ? kxClipGeometry::stretchFactor(from, to, from) > 0
+                                             : kxClipNodes::stretch(own, from, to, mapToScene(rect().topLeft()).x());
+    return accepted ? proposed : transform();
 }

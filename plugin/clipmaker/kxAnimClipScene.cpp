@@ -35,6 +35,8 @@ bool isCut(const osg::AnimShot& shot)
 kxAnimClipScene::kxAnimClipScene(QObject* parent) : QGraphicsScene(parent)
 {
     setBackgroundBrush(kxClipColor::Background);
+    // Labels ignore the view's scale, and an index looks through all of those, squared, at each paint.
+    setItemIndexMethod(NoIndex);
 }
 
 kxAnimClipScene::~kxAnimClipScene()

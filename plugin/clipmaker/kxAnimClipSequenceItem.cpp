@@ -14,8 +14,6 @@
 #include <QSignalBlocker>
 #include <QStyleOptionGraphicsItem>
 
-#include <cmath>
-
 namespace
 {
 constexpr double TextTop = 2; // pixels
@@ -142,13 +140,7 @@ void kxAnimClipSequenceItem::updateTimeText()
 QVariant kxAnimClipSequenceItem::itemChange(GraphicsItemChange change, const QVariant& value)
 {
     if (change == ItemPositionChange)
-    {
-        const QPointF old = pos(), proposed = value.toPointF();
-        if (clipScene() == nullptr || !std::isfinite(proposed.x()) || !std::isfinite(proposed.y()))
-            return old;
-        const QPointF place = snapped(proposed, true);
-        return place == old || moveNode(old, place) ? place : old;
-    }
+        return canGoTo(value.toPointF()) ? takeNodeTo(snapped(value.toPointF(), true)) : pos();
     if (change == ItemPositionHasChanged)
     {
         updateTimeText();

@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipLabel.h>
+#include <clipmaker/kxAnimClipNodes.h>
 
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -27,7 +28,7 @@ void noteShowCurves(kxMessage& message)
 /// What the bar shows is where its node lies.
 void compareToNode(const kxAnimClipItem* bar)
 {
-    const kxClipGeometry::Span span = kxAnimAbstractClipItem::spanOf(bar->node());
+    const kxClipGeometry::Span span = kxClipNodes::spanOf(bar->node());
     const double width = bar->rect().width() * bar->transform().m11();
     QVERIFY2(
         std::abs(bar->x() - span.x) < 2.0e-3 && std::abs(width - span.width) < 2.0e-3,
@@ -58,6 +59,7 @@ private Q_SLOTS:
     void slidesBackFromACollision();
     void staysLockedWhileItSlidesBack();
     void lockedBarsStayWhereTheyAre();
+    void cursorTellsWhatADragDoes();
     void labelsHideAndComeBack();
     void menuTellsMixedStates();
     void menuActsOnTheSelection();
@@ -138,6 +140,7 @@ void tst_kxAnimClipItem::dragsTakeTheNodeAlong()
     QCOMPARE(shown.left(), expected.left());
     QCOMPARE(float(shown.top()), float(expected.top()) * kxClipGeometry::trackPitch(kxPlatform::getDpiScaleX()));
     QVERIFY(std::abs(shown.width() - expected.width()) < 1.0e-4);
+    QCOMPARE(double(bar->node()->getOffset().y()), 50 * expected.top()); // at any scale of the screen
 }
 
 void tst_kxAnimClipItem::randomDragsKeepBarAndNodeTogether()
@@ -247,6 +250,25 @@ void tst_kxAnimClipItem::lockedBarsStayWhereTheyAre()
     QCOMPARE(bar->sceneBoundingRect().width(), 48.0);
     QCOMPARE(bar->x(), 100.0);
     compareToNode(bar);
+}
+
+void tst_kxAnimClipItem::cursorTellsWhatADragDoes()
+{
+    kxClipFixture f;
+    kxAnimClipItem* const bar = f.bar(4, 2);
+    const auto cursorAt = [&f, bar](const QPointF& point)
+    {
+        kxSendMouse(f.view.viewport(), QEvent::MouseMove, f.view.mapFromScene(point), Qt::NoButton, Qt::NoButton);
+        return bar->hasCursor() ? int(bar->cursor().shape()) : -1;
+    };
+    QCOMPARE(cursorAt(f.middle(bar)), int(Qt::SizeAllCursor));
+    QCOMPARE(cursorAt(f.leftEnd(bar)), int(Qt::SizeHorCursor));
+    QCOMPARE(cursorAt(f.rightEnd(bar)), int(Qt::SizeHorCursor));
+    bar->setLocked(true); // under the mouse
+    QCOMPARE(cursorAt(f.middle(bar)), -1);
+    bar->setLocked(false);
+    QCOMPARE(cursorAt(f.middle(bar)), int(Qt::SizeAllCursor));
+    QCOMPARE(cursorAt(QPointF(500, 300)), -1);
 }
 
 void tst_kxAnimClipItem::labelsHideAndComeBack()

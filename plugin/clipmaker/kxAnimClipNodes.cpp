@@ -1,0 +1,107 @@
+#include <clipmaker/kxAnimClipNodes.h>
+
+#include <kxAnimManager.h>
+#include <kxPlatform.h>
+#include <osg/AnimCores.h>
+
+#include <cmath>
+
+namespace
+{
+void writeMotionBlur(const osg::AnimNodePtr& node, bool value, bool below)
+{
+    if (node->getMotionBlur() != value)
+    {
+        node->setMotionBlur(value);
+        osg::markChanged(node, osg::AnimNode::MotionBlurFieldMask);
+    }
+    if (!below)
+        return;
+    for (const osg::NodePtr& child : node->getChildren())
+        if (const osg::AnimNodePtr inner = osg::AnimNodePtr::dcast(child))
+            writeMotionBlur(inner, value, true);
+}
+} // namespace
+
+kxClipGeometry::Span kxClipNodes::spanOf(const osg::AnimNodePtr& node)
+{
+    if (node == osg::NullFC)
+        return {};
+    osg::BoxVolume volume;
+    node->getWorldVolume(volume);
+    osg::Pnt3f start, end;
+    volume.getBounds(start, end);
+    return kxClipGeometry::barSpan(double(start.x()), double(end.x()), node->getPostCycles(),
+                                   kxAnimManager::the()->fps());
+}
+
+void kxClipNodes::setActive(const osg::AnimNodePtr& node, bool value)
+{
+    if (node->isActive() == value)
+        return;
+    node->setTravMask(value ? osg::Node::Active : 0);
+    osg::markChanged(node, osg::Node::TravMaskFieldMask);
+}
+
+void kxClipNodes::setLocked(const osg::AnimNodePtr& node, bool value)
+{
+    if (node->getLocked() == value)
+        return;
+    node->setLocked(value);
+    osg::markChanged(node, osg::AnimNode::LockedFieldMask);
+}
+
+void kxClipNodes::setFlipped(const osg::AnimNodePtr& node, bool value)
+{
+    if (node->getFlipped() == value)
+        return;
+    node->setFlipped(value);
+    osg::markChanged(node, osg::AnimNode::FlippedFieldMask);
+}
+
+void kxClipNodes::setMotionBlur(const osg::AnimNodePtr& node, bool value)
+{
+    writeMotionBlur(node, value, osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC);
+}
+
+bool kxClipNodes::move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to)
+{
+    const double frames = kxClipGeometry::movedFrames(from.x(), to.x(), spanOf(node).x);
+    const float seconds = float(frames) / float(kxAnimManager::the()->fps());
+    const float units = kxClipGeometry::movedUnits(from.y(), to.y(), node->getOffset().y(), kxPlatform::getDpiScaleX());
+    if (!std::isfinite(seconds) || !std::isfinite(units))
+        return false;
+    node->moveBy(seconds, units);
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+    return true;
+}
+
+bool kxClipNodes::stretch(const osg::AnimNodePtr& node, double from, double to, double x)
+{
+    const float factor = kxClipGeometry::stretchFactor(from, to, spanOf(node).width);
+    if (!(factor > 0))
+        return false;
+    const float scale = node->getScale();
+    node->scaleBy(factor, float(x / kxAnimManager::the()->fps()));
+    if (node->getScale() == scale && factor != 1.0f)
+        return false; // beyond a record's numbers
+    osg::markChanged(node, osg::AnimNode::ScaleFieldMask);
+    return true;
+}
+
+osg::AnimNodePtr kxClipNodes::duplicate(const osg::AnimNodePtr& node, bool flip)
+{
+    const osg::AnimNodePtr parent = osg::AnimNodePtr::dcast(node->getParent());
+    if (parent == osg::NullFC)
+        return osg::AnimNodePtr();
+    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(node, parent, osg::AnimNodePtr());
+    const osg::AnimNodePtr clone = osg::cloneAnimTree(node, true);
+    clone->setOffset(osg::Vec2f(clone->getOffset().x(), y));
+    osg::markChanged(clone, osg::AnimNode::OffsetFieldMask);
+    if (flip)
+        setFlipped(clone, !clone->getFlipped());
+    parent->addChild(clone);
+    osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+    kxAnimManager::the()->unshareClipsR(clone);
+    return clone;
+}

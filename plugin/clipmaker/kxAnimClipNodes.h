@@ -1,0 +1,30 @@
+#pragma once
+
+#include <clipmaker/kxAnimClipGeometry.h>
+
+#include <osg/AnimNode.h>
+
+/// What bars do with their nodes. A write that changes nothing is left out and marks nothing, so that showing a clip
+/// leaves the scene as it is. The nodes aren't null.
+namespace kxClipNodes
+{
+/// Where a node stands on the timeline: its start and one pass, in frames. Empty for null.
+kxClipGeometry::Span spanOf(const osg::AnimNodePtr& node);
+
+void setActive(const osg::AnimNodePtr& node, bool value);
+void setLocked(const osg::AnimNodePtr& node, bool value);
+void setFlipped(const osg::AnimNodePtr& node, bool value);
+/// Of a block, for all nodes below it as well.
+void setMotionBlur(const osg::AnimNodePtr& node, bool value);
+
+/// Takes a node along with its bar, which goes from `from` to `to` in scene units. False where that is no way that a
+/// node can hold.
+bool move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to);
+/// Takes a node along with its bar, whose length goes from `from` to `to` frames about its start at frame `x`. False
+/// where that is no length that a node can hold.
+bool stretch(const osg::AnimNodePtr& node, double from, double to, double x);
+
+/// A clone of a node that shares its blocks, beside it on a free track, `flip`ped the other way. Null where the node
+/// has no parent.
+osg::AnimNodePtr duplicate(const osg::AnimNodePtr& node, bool flip);
+} // namespace kxClipNodes
