@@ -4,13 +4,27 @@
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 
+#include <algorithm>
+
 namespace
 {
+/// True for a node under an object, a material or a structure. What the clipboard and the undo stack hold ends in an
+/// animation at its top.
+bool isPlaced(osg::NodePtr node)
+{
+    while (node->getParent() != osg::NullFC)
+        node = node->getParent();
+    return osg::AnimObjectPtr::dcast(node->getCore()) == osg::NullFC;
+}
+
 bool isUsedElsewhere(const osg::AnimNodePtr& animation)
 {
     const osg::NodeCorePtr core = animation->getCore();
-    return osg::AnimObjectPtr::dcast(core) != osg::NullFC && core->getRefCount() >= 2 &&
-           kxAnimManager::the()->blockSceneRefCount(animation) == 1;
+    if (osg::AnimObjectPtr::dcast(core) == osg::NullFC || core->getRefCount() < 2 ||
+        kxAnimManager::the()->blockSceneRefCount(animation) != 1)
+        return false;
+    const std::vector<osg::NodePtr>& users = core->getParents();
+    return std::count_if(users.begin(), users.end(), isPlaced) >= 2;
 }
 
 void addAnimationsOf(const osg::FieldContainerPtr& container, kxRemoval& removal)
@@ -63,7 +77,8 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
         if (accepted == osg::NullFC || accepted->getCore() == osg::NullFC)
             continue;
         for (const osg::NodePtr& user : accepted->getCore()->getParents())
-            removal.nodes.emplace_back(user);
+            if (isPlaced(user))
+                removal.nodes.emplace_back(user);
         removal.sharedDeleted = true;
     }
     return removal;

@@ -27,10 +27,19 @@ void forEachRow(QTreeWidget* tree, Act act)
             act(row);
 }
 
-bool isInSearch(const QTreeWidgetItem* item)
+/// The selected rows. Asking each row costs a walk through all ranges of the selection.
+QSet<QTreeWidgetItem*> selectedSet(const QTreeWidget* tree)
 {
-    const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
-    return row != nullptr && row->animNode() != osg::NullFC;
+    const QList<QTreeWidgetItem*> selected = tree->selectedItems();
+    return QSet<QTreeWidgetItem*>(selected.begin(), selected.end());
+}
+
+void appendMembers(const QList<kxAnimTreeWidgetItem*>& items, const QSet<QTreeWidgetItem*>& set,
+                   QList<kxAnimTreeWidgetItem*>& members)
+{
+    for (kxAnimTreeWidgetItem* item : items)
+        if (set.contains(item))
+            members.append(item);
 }
 } // namespace
 
@@ -84,7 +93,7 @@ void kxAnimTreeWidget::collectSelectedTopLevelItems(QList<kxAnimTreeWidgetItem*>
 {
     QList<kxAnimTreeWidgetItem*> all;
     collectTopLevelItems(all);
-    std::copy_if(all.begin(), all.end(), std::back_inserter(items), std::mem_fn(&QTreeWidgetItem::isSelected));
+    appendMembers(all, selectedSet(this), items);
 }
 
 void kxAnimTreeWidget::collectChildItems(QList<kxAnimTreeWidgetItem*>& items) const
@@ -99,7 +108,7 @@ void kxAnimTreeWidget::collectSelectedChildItems(QList<kxAnimTreeWidgetItem*>& i
 {
     QList<kxAnimTreeWidgetItem*> all;
     collectChildItems(all);
-    std::copy_if(all.begin(), all.end(), std::back_inserter(items), std::mem_fn(&QTreeWidgetItem::isSelected));
+    appendMembers(all, selectedSet(this), items);
 }
 
 void kxAnimTreeWidget::collectTopSelectedItems(QList<kxAnimTreeWidgetItem*>& items) const
@@ -107,8 +116,8 @@ void kxAnimTreeWidget::collectTopSelectedItems(QList<kxAnimTreeWidgetItem*>& ite
     const QList<QTreeWidgetItem*> selected = selectedItems();
     const QSet<QTreeWidgetItem*> isSelected(selected.begin(), selected.end());
     QSet<QTreeWidgetItem*> taken;
-    for (const kxAnimTreeWidgetItem* item : items)
-        taken.insert(const_cast<kxAnimTreeWidgetItem*>(item));
+    for (kxAnimTreeWidgetItem* item : items)
+        taken.insert(item);
     for (QTreeWidgetItem* item : selected)
     {
         QTreeWidgetItem* top = item;
@@ -126,16 +135,18 @@ void kxAnimTreeWidget::collectTopSelectedItems(QList<kxAnimTreeWidgetItem*>& ite
 void kxAnimTreeWidget::saveItemStates()
 {
     _stateMap.clear();
+    const QSet<QTreeWidgetItem*> selected = selectedSet(this);
     forEachRow(this,
-               [](kxAnimTreeWidgetItem* item)
+               [&selected](kxAnimTreeWidgetItem* item)
                {
                    if (item->node() != osg::NullFC)
-                       _stateMap[item->nodeId()] = {item->isExpanded(), item->isSelected()};
+                       _stateMap[item->nodeId()] = {item->isExpanded(), selected.contains(item)};
                });
 }
 
 void kxAnimTreeWidget::restoreItemStates()
 {
+    const QSet<QTreeWidgetItem*> selected = selectedSet(this);
     QItemSelection select;
     QItemSelection deselect;
     forEachRow(this,
@@ -146,7 +157,7 @@ void kxAnimTreeWidget::restoreItemStates()
                        return;
                    if (item->isExpanded() != state->expanded)
                        item->setExpanded(state->expanded);
-                   if (item->isSelected() == state->selected)
+                   if (selected.contains(item) == state->selected)
                        return;
                    const QModelIndex index = indexFromItem(item);
                    (state->selected ? select : deselect).append(QItemSelectionRange(index));
@@ -165,10 +176,23 @@ void kxAnimTreeWidget::updateNames()
         forEachRow(tree,
                    [](kxAnimTreeWidgetItem* item)
                    {
-                       if (const osg::NodePtr node = item->node())
+                       const osg::NodePtr node = item->node();
+                       if (node != osg::NullFC && !item->isChannel())
                            item->setText(0, QString::fromStdString(kxNodeUtils::getName(node)));
                    });
     }
+}
+
+void kxAnimTreeWidget::bindRowsAgain()
+{
+    const QSignalBlocker blocker(this);
+    forEachRow(this,
+               [](kxAnimTreeWidgetItem* item)
+               {
+                   const osg::NodePtr node = item->node();
+                   if (node != osg::NullFC && node->getCore().getFieldContainerId() != item->coreId())
+                       item->setNode(node, false, false);
+               });
 }
 
 void kxAnimTreeWidget::rebuildAnimationLists()
@@ -275,12 +299,12 @@ void kxAnimTreeWidget::rebuildFrom(std::vector<osg::AnimNodePtr> nodes)
     QList<QTreeWidgetItem*> items;
     for (const osg::AnimNodePtr& node : nodes)
     {
-        if (node == osg::NullFC)
+        if (node == osg::NullFC || node->getCore() == osg::NullFC)
             continue;
         auto* const item = new kxAnimTreeWidgetItem(true);
         item->setNode(node, true, true);
         for (const osg::NodePtr& child : node->getChildren())
-            if (osg::AnimNodePtr::dcast(child) != osg::NullFC)
+            if (osg::AnimNodePtr::dcast(child) != osg::NullFC && child->getCore() != osg::NullFC)
                 (new kxAnimTreeWidgetItem(item, true))->setNode(child, true, true);
         items.append(item);
     }
@@ -321,8 +345,8 @@ void kxAnimTreeWidget::search(QString text)
                   : _hiddenTree->findItems(text, Qt::MatchRecursive | Qt::MatchContains);
     std::vector<osg::AnimNodePtr> animations;
     for (QTreeWidgetItem* item : found)
-        if (isInSearch(item))
-            animations.push_back(row(item)->animNode());
-    _searchText = text;
+        if (const osg::AnimNodePtr animation = row(item)->animNode())
+            animations.push_back(animation);
     rebuildFrom(animations);
+    _searchText = text;
 }

@@ -41,7 +41,8 @@ public:
     /// Applies the store to every row that it knows; the selection changes once.
     void restoreItemStates();
 
-    /// Brings the texts of all rows in all trees up to their nodes' names, with the trees' signals blocked.
+    /// Brings the texts of all rows in all trees but those of channels up to their nodes' names, with the trees'
+    /// signals blocked.
     static void updateNames();
     /// Builds anew every living tree that lists whole animations.
     static void rebuildAnimationLists();
@@ -138,6 +139,8 @@ private:
     void pasteToSelected(bool shareCores, bool rebuildListView);
     void cloneSelected(bool flipped);
     void updateCheckStates(QTreeWidgetItem* item);
+    /// Lets the rows follow nodes that took another core.
+    void bindRowsAgain();
     /// Moves all rows into the hidden tree.
     void parkItems();
 

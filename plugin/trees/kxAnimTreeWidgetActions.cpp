@@ -274,6 +274,7 @@ void kxAnimTreeWidget::unshare()
         if (animation == osg::NullFC || container == osg::NullFC)
             continue;
         kxAnimManager::the()->unshareFrom(animation, container);
+        bindRowsAgain();
         viewport()->update();
     }
 }

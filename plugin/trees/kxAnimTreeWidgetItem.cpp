@@ -139,7 +139,7 @@ QVariant kxAnimTreeWidgetItem::data(int column, int role) const
                     return QBrush(colorOf(shown));
         break;
     case Qt::DisplayRole:
-        if (column == 0)
+        if (column == 0 && !isChannel())
             if (const osg::AnimNodePtr animation = animNode())
                 return QString::fromStdString(kxNodeUtils::getName(animation));
         break;

@@ -40,6 +40,8 @@ public:
     bool isGroup() const { return _isGroup; }
     void setGroup(bool value) { _isGroup = value; }
 
+    /// A row with channel data shows the text that it was given, whatever its curve's node is called.
+    bool isChannel() const { return _channelContainerId != 0; }
     void setChannelData(const kxAnimManager::kxOSGChannelData& data);
     /// Its container is null, so that the record is empty, once the object died.
     kxAnimManager::kxOSGChannelData channelData() const;

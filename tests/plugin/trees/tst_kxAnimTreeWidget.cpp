@@ -1,0 +1,431 @@
+#include <trees/kxAnimInfoText.h>
+#include <trees/kxAnimRemoval.h>
+#include <trees/kxAnimTreeWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxAnimFixture.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QUndoStack>
+#include <QtTest>
+
+namespace
+{
+/// Lists the scene's objects with their animations, as the library does.
+class ObjectTree : public kxAnimTreeWidget
+{
+public:
+    using kxAnimTreeWidget::rebuild;
+    using kxAnimTreeWidget::removeSelected;
+    int rebuilds = 0;
+
+    void rebuild(bool saveStates) override
+    {
+        ++rebuilds;
+        if (saveStates)
+            saveItemStates();
+        clear();
+        for (const osg::NodePtr& object : kxScene::the()->root()->getChildren())
+        {
+            auto* const item = new kxAnimTreeWidgetItem(true);
+            item->setNode(object, true, true);
+            std::vector<osg::AnimNodePtr> animations;
+            if (const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(object))
+                attachment->getTopLevelAnimations(animations, true);
+            for (const osg::AnimNodePtr& animation : animations)
+                item->addChild(buildItem(animation));
+            addTopLevelItem(item);
+        }
+        if (saveStates)
+            restoreItemStates();
+    }
+    void changedItem(QTreeWidgetItem*, int) override { updateNames(); }
+
+    /// The row with these texts on the way to it: "Box/Walk"; null where there is none.
+    kxAnimTreeWidgetItem* find(const QString& path) const
+    {
+        QTreeWidgetItem* item = invisibleRootItem();
+        for (const QString& name : path.split('/'))
+        {
+            QTreeWidgetItem* below = nullptr;
+            for (int i = 0; i < item->childCount() && below == nullptr; ++i)
+                if (item->child(i)->text(0) == name)
+                    below = item->child(i);
+            if (below == nullptr)
+                return nullptr;
+            item = below;
+        }
+        return row(item);
+    }
+    void select(const QStringList& paths)
+    {
+        clearSelection();
+        for (const QString& path : paths)
+            find(path)->setSelected(true);
+    }
+    QStringList texts(const QTreeWidgetItem* item = nullptr) const
+    {
+        QStringList texts;
+        if (item == nullptr)
+            item = invisibleRootItem();
+        for (int i = 0; i < item->childCount(); ++i)
+        {
+            texts << item->child(i)->text(0);
+            for (const QString& below : this->texts(item->child(i)))
+                texts << item->child(i)->text(0) + '/' + below;
+        }
+        return texts;
+    }
+    void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(this, slot)); }
+};
+
+/// Presses `button` of the next message box.
+void answer(QMessageBox::StandardButton button)
+{
+    QTimer::singleShot(0, qApp,
+                       [button]
+                       {
+                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                           QVERIFY(box != nullptr);
+                           QCOMPARE(box->standardButton(box->defaultButton()), QMessageBox::No);
+                           box->button(button)->click();
+                       });
+}
+} // namespace
+
+Q_DECLARE_METATYPE(QTreeWidgetItem*)
+Q_DECLARE_METATYPE(QList<kxRemovalAnswer>)
+
+class tst_kxAnimTreeWidget : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void statesSurviveRebuilds();
+    void namesFollowEverywhere();
+    void searches_data();
+    void searches();
+    void searchOutlivesTheScene();
+    void deletesWithAnswers_data();
+    void deletesWithAnswers();
+    void deleteAsksAndComesBack();
+    void cutAndPaste();
+    void pasteOverNestedRows();
+    void clonesAndUnshares();
+    void duplicateIsTheOnlyActive();
+    void checkStatesFollow();
+    void infoText();
+
+private:
+    QStringList animationNames(const osg::NodePtr& object) const;
+
+    kxAnimFixture _fixture;
+    std::unique_ptr<ObjectTree> _tree;
+    osg::NodePtr _box, _ball;
+    osg::AnimNodePtr _walk; // under the box
+    osg::AnimNodePtr _roll; // under the ball, a clone of it in the clip
+    osg::AnimNodePtr _clip; // stands under the box, "Scene *", and holds the clone "roll in"
+};
+
+void tst_kxAnimTreeWidget::init()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    _box = _fixture.object("Box");
+    _ball = _fixture.object("Ball");
+    _walk = _fixture.block("Walk", {_fixture.curve("translation", "X", {{0, 1}, {1, 2}})});
+    kernel.addAnimation(_box, _walk);
+    _roll = _fixture.block("Roll \"2\"", {_fixture.curve("translation", "Y", {{0, 1}, {2, 2}})});
+    kernel.addAnimation(_ball, _roll);
+    const osg::AnimNodePtr clone = _fixture.clone(_roll, 1);
+    clone->setNodeName("roll in");
+    _clip = _fixture.clip("Scene *", {clone});
+    kernel.addToClipStructure(_clip);
+    qRegisterMetaType<QTreeWidgetItem*>("QTreeWidgetItem*");
+    _tree = std::make_unique<ObjectTree>();
+    _tree->rebuild(true);
+}
+
+void tst_kxAnimTreeWidget::cleanup()
+{
+    kxUndoStack::get(0).stack()->clear();
+    _tree.reset();
+    _fixture.clear();
+}
+
+QStringList tst_kxAnimTreeWidget::animationNames(const osg::NodePtr& object) const
+{
+    std::vector<osg::AnimNodePtr> animations;
+    kxAnimManager::the()->getAnimAttachment(object)->getTopLevelAnimations(animations, true);
+    QStringList names;
+    for (const osg::AnimNodePtr& animation : animations)
+        names << QString::fromStdString(kxNodeUtils::getName(animation));
+    return names;
+}
+
+void tst_kxAnimTreeWidget::statesSurviveRebuilds()
+{
+    QCOMPARE(_tree->texts(), (QStringList{"Box", "Box/Walk", "Ball", "Ball/Roll \"2\""})); // no curves
+    _tree->find("Ball")->setExpanded(true);
+    _tree->select({"Box", "Ball/Roll \"2\""});
+    QSignalSpy changes(_tree.get(), SIGNAL(itemSelectionChanged()));
+    for (int i = 0; i < 2; ++i)
+    {
+        changes.clear();
+        _tree->rebuild(true);
+        QCOMPARE(changes.size(), 2); // cleared, and selected again in one go
+        QVERIFY(_tree->find("Ball")->isExpanded() && !_tree->find("Box")->isExpanded());
+        QVERIFY(_tree->find("Box")->isSelected() && _tree->find("Ball/Roll \"2\"")->isSelected());
+        QCOMPARE(_tree->selectedItems().size(), 2);
+    }
+    QList<kxAnimTreeWidgetItem*> tops;
+    _tree->find("Ball")->setSelected(true);
+    _tree->collectTopSelectedItems(tops);
+    QCOMPARE(tops, (QList<kxAnimTreeWidgetItem*>{_tree->find("Box"), _tree->find("Ball")}));
+}
+
+void tst_kxAnimTreeWidget::namesFollowEverywhere()
+{
+    ObjectTree other;
+    other.rebuild(true);
+    QSignalSpy changes(&other, SIGNAL(itemChanged(QTreeWidgetItem*, int)));
+    _tree->find("Box/Walk")->setData(0, Qt::EditRole, "Stroll");
+    QVERIFY(other.find("Box/Stroll") != nullptr);
+    QCOMPARE(changes.size(), 0);
+    _box->setNodeName("Crate"); // rows of objects show a stored text
+    kxAnimTreeWidget::updateNames();
+    QVERIFY(other.find("Crate/Stroll") != nullptr && _tree->find("Crate/Stroll") != nullptr);
+}
+
+void tst_kxAnimTreeWidget::searches_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("found");
+    QTest::newRow("part of a name, any case") << "WAL" << QStringList{"Walk"};
+    QTest::newRow("objects are no hits") << "b" << QStringList();
+    QTest::newRow("every animation, sorted") << "l" << QStringList{"Roll \"2\"", "Walk"};
+    QTest::newRow("a quote at one end is text") << "\"2" << QStringList{"Roll \"2\""};
+    QTest::newRow("a quoted pattern fits whole names") << "\"w?lk\"" << QStringList{"Walk"};
+    QTest::newRow("a quoted part doesn't fit") << "\"al\"" << QStringList();
+    QTest::newRow("wildcards only between quotes") << "W*" << QStringList();
+    QTest::newRow("quotes alone") << "\"\"" << QStringList();
+    QTest::newRow("one quote") << "\"" << QStringList{"Roll \"2\""};
+}
+
+void tst_kxAnimTreeWidget::searches()
+{
+    QFETCH(QString, text);
+    QFETCH(QStringList, found);
+    _tree->find("Ball")->setExpanded(true);
+    _tree->select({"Ball/Roll \"2\""});
+    _tree->search("nothing is called so"); // later texts match the same rows
+    _tree->search(text);
+    QStringList names;
+    for (int i = 0; i < _tree->topLevelItemCount(); ++i)
+        names << _tree->topLevelItem(i)->text(0);
+    QCOMPARE(names, found);
+    _tree->search("");
+    QVERIFY(_tree->find("Ball")->isExpanded() && _tree->find("Ball/Roll \"2\"")->isSelected());
+    QCOMPARE(_tree->texts().size(), 4);
+}
+
+void tst_kxAnimTreeWidget::searchOutlivesTheScene()
+{
+    _tree->search("walk");
+    QCOMPARE(_tree->topLevelItemCount(), 1);
+    _tree->rebuild(true);
+    _fixture.clear();
+    _tree->rebuild(true);
+    _tree->search("l");
+    QCOMPARE(_tree->topLevelItemCount(), 0);
+    _tree->search("");
+    QCOMPARE(_tree->topLevelItemCount(), 0);
+}
+
+void tst_kxAnimTreeWidget::deletesWithAnswers_data()
+{
+    typedef QList<kxRemovalAnswer> Answers;
+    QTest::addColumn<bool>("check");
+    QTest::addColumn<Answers>("answers");
+    QTest::addColumn<QStringList>("deleted");
+    const QStringList both{"Roll \"2\"", "roll in"}, second{"Spin", "spin in"};
+    // The rows: an unshared animation, two shared ones, an unshared one.
+    QTest::newRow("unchecked") << false << Answers() << QStringList{"Walk", "Roll \"2\"", "Spin", "Last"};
+    QTest::newRow("yes to both") << true << Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::Yes}
+                                 << QStringList{"Walk"} + both + second + QStringList{"Last"};
+    QTest::newRow("no, then yes") << true << Answers{kxRemovalAnswer::No, kxRemovalAnswer::Yes}
+                                  << QStringList{"Walk"} + second + QStringList{"Last"};
+    QTest::newRow("yes to all") << true << Answers{kxRemovalAnswer::YesToAll}
+                                << QStringList{"Walk"} + both + second + QStringList{"Last"};
+    QTest::newRow("no to all") << true << Answers{kxRemovalAnswer::NoToAll} << QStringList{"Walk"};
+    QTest::newRow("yes, then no to all") << true << Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::NoToAll}
+                                         << QStringList{"Walk"} + both;
+}
+
+void tst_kxAnimTreeWidget::deletesWithAnswers()
+{
+    QFETCH(bool, check);
+    QFETCH(QList<kxRemovalAnswer>, answers);
+    QFETCH(QStringList, deleted);
+    const osg::AnimNodePtr spin = _fixture.block("Spin", {});
+    kxAnimManager::the()->addAnimation(_ball, spin);
+    const osg::AnimNodePtr clone = _fixture.clone(spin, 2);
+    clone->setNodeName("spin in");
+    _clip->addChild(clone);
+    const osg::NodePtr object = _fixture.object("Last owner");
+    kxAnimManager::the()->addAnimation(object, _fixture.block("Last", {}));
+
+    const std::vector<kxRemovalRow> rows = {{_walk->getId(), 0},  {_roll->getId(), 0}, {spin->getId(), 0},
+                                            {object->getId(), 0}, {0xFFFFFFF0u, 0},    {0, 0}};
+    QStringList asked;
+    const kxRemoval removal = kxCollectRemoval(rows, check,
+                                               [&](const QString& name)
+                                               {
+                                                   asked << name;
+                                                   return answers.takeFirst();
+                                               });
+    QVERIFY(answers.isEmpty());
+    QStringList names;
+    for (const kxNodePtr& node : removal.nodes)
+        names << QString::fromStdString(node.node()->getNodeName());
+    QCOMPARE(names, deleted);
+    QCOMPARE(removal.sharedDeleted, deleted.contains("roll in") || deleted.contains("spin in"));
+    QVERIFY(asked.isEmpty() || asked.front() == "Roll \"2\"");
+}
+
+void tst_kxAnimTreeWidget::deleteAsksAndComesBack()
+{
+    ObjectTree other;
+    _tree->select({"Ball/Roll \"2\""});
+    answer(QMessageBox::No);
+    _tree->removeSelected(true);
+    QVERIFY(_tree->find("Ball/Roll \"2\"") != nullptr);
+    QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
+
+    answer(QMessageBox::Yes);
+    _tree->removeSelected(true);
+    QCOMPARE(_tree->texts(), (QStringList{"Box", "Box/Walk", "Ball"}));
+    QVERIFY(_tree->find("Ball")->isSelected()); // the row above is next
+    QCOMPARE(_clip->getNChildren(), 0u);
+    QCOMPARE(other.rebuilds, 1);
+    kxUndoStack::get(0).stack()->undo();
+    _tree->rebuild(true);
+    QVERIFY(_tree->find("Ball/Roll \"2\"") != nullptr);
+    QCOMPARE(_clip->getNChildren(), 1u);
+
+    _tree->select({"Ball", "Ball/Roll \"2\""});
+    _tree->remove(); // an object's row stands for its animations, and nobody asks
+    QCOMPARE(animationNames(_ball), QStringList());
+    QCOMPARE(_clip->getNChildren(), 1u);
+}
+
+void tst_kxAnimTreeWidget::cutAndPaste()
+{
+    _tree->select({"Box/Walk"});
+    _tree->call("cut");
+    QCOMPARE(animationNames(_box), QStringList());
+    _tree->select({"Ball"});
+    _tree->paste();
+    QCOMPARE(animationNames(_ball).size(), 2);
+    QVERIFY(_tree->find("Ball")->isExpanded());
+    QCOMPARE(_tree->find("Ball")->childCount(), 2);
+}
+
+void tst_kxAnimTreeWidget::pasteOverNestedRows()
+{
+    _tree->select({"Box/Walk"});
+    _tree->copy();
+    _tree->select({"Box", "Box/Walk"}); // the second row dies with the rebuild of the first
+    _tree->paste();
+    QCOMPARE(animationNames(_box).size(), 2);
+    QCOMPARE(_tree->find("Box")->childCount(), 2);
+    QCOMPARE(_tree->find("Box/Walk")->childCount(), 1);
+}
+
+void tst_kxAnimTreeWidget::clonesAndUnshares()
+{
+    _tree->select({"Box/Walk", "Ball/Roll \"2\""});
+    _tree->call("cloneFlipped");
+    kxAnimTreeWidgetItem* const box = _tree->find("Box");
+    QCOMPARE(box->childCount(), 2);
+    auto* const clone = static_cast<kxAnimTreeWidgetItem*>(box->child(1));
+    QVERIFY(clone->animNode()->getFlipped() && clone->animNode()->getCore() == _walk->getCore());
+    QCOMPARE(_tree->find("Ball")->childCount(), 2);
+
+    _tree->clearSelection();
+    clone->setSelected(true);
+    _tree->call("unshare");
+    QVERIFY(clone->animNode()->getCore() != _walk->getCore());
+    QCOMPARE(clone->coreId(), clone->animNode()->getCore()->getId());
+
+    // In a flat list the node above the animation takes the clone.
+    _tree->rebuildFrom(std::vector<osg::AnimNodePtr>{_roll});
+    _tree->select({"Roll \"2\""});
+    const int rebuilds = _tree->rebuilds;
+    _tree->call("clone");
+    QCOMPARE(_tree->rebuilds, rebuilds + 1);
+    QCOMPARE(_tree->find("Ball")->childCount(), 3);
+}
+
+void tst_kxAnimTreeWidget::duplicateIsTheOnlyActive()
+{
+    _tree->select({"Box/Walk"});
+    _tree->call("duplicate");
+    kxAnimTreeWidgetItem* const box = _tree->find("Box");
+    QCOMPARE(box->childCount(), 2);
+    const osg::AnimNodePtr copy = static_cast<kxAnimTreeWidgetItem*>(box->child(1))->animNode();
+    QVERIFY(copy->getCore() != _walk->getCore());
+    QVERIFY(copy->isActive() && !_walk->isActive());
+    QCOMPARE(box->child(0)->checkState(0), Qt::Unchecked);
+    QCOMPARE(box->child(1)->checkState(0), Qt::Checked);
+    _tree->select({"Box/Walk"});
+    _tree->call("duplicateFlipped");
+    QCOMPARE(animationNames(_box).size(), 2);
+}
+
+void tst_kxAnimTreeWidget::checkStatesFollow()
+{
+    _tree->rebuildFrom(std::vector<osg::AnimNodePtr>{_clip});
+    QTreeWidgetItem* const clip = _tree->topLevelItem(0);
+    QCOMPARE(clip->childCount(), 1);
+    const osg::AnimNodePtr placed = osg::AnimNodePtr::dcast(_clip->getChild(0));
+    placed->setTravMask(0);
+    placed->setLocked(true);
+    _clip->setLocked(true);
+    QSignalSpy changes(_tree.get(), SIGNAL(itemChanged(QTreeWidgetItem*, int)));
+    _tree->updateCheckStates();
+    QCOMPARE(clip->checkState(0), Qt::Checked);
+    QCOMPARE(clip->child(0)->checkState(0), Qt::Unchecked);
+    QCOMPARE(clip->child(0)->checkState(1), Qt::Checked);
+    QVERIFY(!clip->data(1, Qt::CheckStateRole).isValid()); // only rows below another can be locked here
+    QCOMPARE(changes.size(), 0);
+    QVERIFY(placed->getTravMask() == 0 && placed->getLocked());
+}
+
+void tst_kxAnimTreeWidget::infoText()
+{
+    kxAnimManager::kxAnimInfo info;
+    info.curves = 3;
+    info.points = 12;
+    info.inTangents = 4;
+    info.outTangents = 5;
+    info.controlPoints = 21;
+    info.start = -0.5f;
+    info.end = 1.0f / 3;
+    info.localScale = 2;
+    info.globalScale = 1.0e-7f;
+    info.localOffset = osg::Vec2f(1.25f, 50);
+    info.globalOffset = osg::Vec2f(2000000, 0);
+    QCOMPARE(kxAnimInfoText(info, 24),
+             QString("Curves:\t3\nPoints:\t12\nInTangents:\t4\nOutTangents:\t5\nControlPoints:\t21\n"
+                     "Start:\t-0.5 seconds (-12 frames)\nEnd:\t0.333333 seconds (8 frames)\n"
+                     "Local Scale:\t2\nGlobal Scale:\t1e-07\nLocal Offset:\t1.25 seconds (30 frames)\n"
+                     "Global Offset:\t2e+06 seconds (4.8e+07 frames)"));
+}
+
+QTEST_MAIN(tst_kxAnimTreeWidget)
+#include "tst_kxAnimTreeWidget.moc"
