@@ -20,6 +20,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QSet>
+#include <QStyle>
 
 #include <algorithm>
 #include <memory>
@@ -48,7 +49,8 @@ kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(par
     setHeaderLabels({tr("Channel"), tr("Value")});
     setItemDelegateForColumn(kxAnimChannelRows::Channel, new NoEditDelegate(this));
     setItemDelegateForColumn(kxAnimChannelRows::Value, new ValidatorEditDelegate(this));
-    setUniformRowHeights(true); // a new value then costs no layout
+    setTextElideMode(Qt::ElideMiddle); // the component stays readable
+    setUniformRowHeights(true);        // a new value then costs no layout
     setUpMenu();
     connect(model(), &QAbstractItemModel::modelReset, this, [this] { _isOverLimit = false; });
 
@@ -174,8 +176,10 @@ void kxAnimChannelWidget::rebuildRows(std::size_t objectCount, bool saveStates, 
             if (saveStates)
                 restoreItemStates();
             resizeColumnToContents(kxAnimChannelRows::Channel);
+            _namesWidth = _fittedWidth = columnWidth(kxAnimChannelRows::Channel);
         }
     }
+    fitColumns();
     viewport()->update();
     updateValues(false);
     if (selectedIds() != selected)
@@ -198,6 +202,7 @@ void kxAnimChannelWidget::addTop(kxAnimTreeWidgetItem* top)
         return;
     addTopLevelItem(top);
     top->setExpanded(true);
+    top->setFirstColumnSpanned(true); // an object has no value
 }
 
 void kxAnimChannelWidget::rebuild(bool saveStates)
@@ -334,6 +339,26 @@ void kxAnimChannelWidget::updateValues(bool force)
         if (shown->text(kxAnimChannelRows::Value) != text)
             shown->setText(kxAnimChannelRows::Value, text);
     }
+}
+
+void kxAnimChannelWidget::fitColumns()
+{
+    if (columnWidth(kxAnimChannelRows::Channel) != _fittedWidth)
+        return; // the user wants it so
+    const int valueWidth = fontMetrics().horizontalAdvance(QStringLiteral("-0000.000")) +
+                           2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) +
+                           fontMetrics().averageCharWidth();
+    const int leastWidth = 2 * indentation() + 10 * fontMetrics().averageCharWidth();
+    const int available = std::max(viewport()->width() - valueWidth, leastWidth);
+    setColumnWidth(kxAnimChannelRows::Channel, std::min(_namesWidth, available));
+    setColumnWidth(kxAnimChannelRows::Value, valueWidth); // at least: the header stretches it
+    _fittedWidth = columnWidth(kxAnimChannelRows::Channel);
+}
+
+void kxAnimChannelWidget::resizeEvent(QResizeEvent* event)
+{
+    kxAnimTreeWidget::resizeEvent(event);
+    fitColumns();
 }
 
 void kxAnimChannelWidget::showEvent(QShowEvent* event)

@@ -78,6 +78,7 @@ protected:
     void showEvent(QShowEvent* event) override;
     /// An empty tree says what to do next.
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private Q_SLOTS:
     /// Lists again what is listed; of a mixed list only the nodes.
@@ -103,6 +104,8 @@ private:
     void rebuildRows(std::size_t objectCount, bool saveStates, const std::function<void()>& addRows);
     /// Takes the row over; null does nothing.
     void addTop(kxAnimTreeWidgetItem* top);
+    /// Shortens the names where the values would have no place, unless the user has set the column's width.
+    void fitColumns();
     /// Of the rows' nodes and materials, sorted.
     std::vector<unsigned int> selectedIds() const;
 
@@ -133,6 +136,8 @@ private:
     QAction* _motionBlur = nullptr;
     QAction* _keyAllSelectedType = nullptr;
     bool _isOverLimit = false;
+    int _namesWidth = 0;  // what the first column needs, in pixels
+    int _fittedWidth = 0; // what fitColumns() gave it
 
     static std::vector<kxAnimChannelWidget*> _instances; // the living ones; the last was built last
 };
