@@ -1,0 +1,324 @@
+#include <boost/python.hpp>
+
+#include <script/kxAnimScript.h>
+
+#include <kernel/kxLogModel.h>
+#include <kxAnimFixture.h>
+#include <kxCapturedStderr.h>
+#include <kxNodePtr.h>
+#include <kxScript.h>
+#include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
+#include <python/kxInterpreter.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+
+namespace bp = boost::python;
+
+namespace
+{
+extern "C" PyObject* initModule()
+{
+    static PyModuleDef definition = {
+        PyModuleDef_HEAD_INIT, "kxAnimWidgets", nullptr, -1, nullptr, nullptr, nullptr, nullptr, nullptr};
+    return bp::detail::init_module(definition, kxAnimScript::registerFunctions);
+}
+
+void setGlobal(const char* name, const bp::object& value)
+{
+    bp::import("__main__").attr(name) = value;
+}
+
+bool logIsEmpty()
+{
+    const auto& entries = kxLogModel::the().entries();
+    return std::none_of(entries.begin(), entries.end(),
+                        [](const kxLogEntry& entry) { return entry.level == kxLogEntry::Error; });
+}
+
+/// What every number of the animations has to be, whatever scripts were run.
+bool everythingIsSound()
+{
+    for (osg::FieldContainer* const container : osg::FieldContainerFactory::the()->getFieldContainerStore())
+    {
+        const osg::FieldContainerPtr handle(container);
+        if (const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(handle))
+        {
+            float last = -std::numeric_limits<float>::infinity();
+            for (const osg::CCPnt& key : curve->getControlPoints())
+            {
+                const double sum = double(key.x()) + key.y() + key.inX() + key.inY() + key.outX() + key.outY();
+                if (!std::isfinite(sum) || key.x() < last)
+                    return false;
+                last = key.x();
+            }
+        }
+        if (const osg::AnimNodePtr node = osg::AnimNodePtr::dcast(handle))
+        {
+            if (!std::isfinite(node->getOffset().x()) || !std::isfinite(node->getOffset().y()) ||
+                !std::isnormal(node->getScale()))
+                return false;
+        }
+    }
+    return std::isfinite(kxAnimManager::the()->currentFrame());
+}
+
+/// Values of each kind that a script could hand in by mistake.
+constexpr const char* Values = R"(
+nan, inf = float("nan"), float("inf")
+values = {
+    "name": ["", "nobody", "block", "clip", "\u00e9\U0001F3AC", "\0", "x" * 100000],
+    "node": [None, NodePtr(), gone, thing, thing2, clip, block, curve],
+    "material": [None, MaterialPtr()],
+    "nodes": [[], [None], [kxNodePtr(), gone, thing2], (curve, curve)],
+    "real": [0.0, -1, 12, nan, inf, -inf, 3e38, -3e38, 1e300, 10**30],
+    "reals": [[], [0], [nan, 1.0, inf], (-5, 3e38, 0), [1e300] * 3, [0.5] * 1000],
+    "vec": [(0, 0, 0), Vec3f(1, 2, 3), (nan, inf, -inf), (3e38, -3e38, 1e300)],
+    "vecs": [[], [(1, 2, 3)], [(nan, 0, 1), Vec3f(), (inf, -inf, 0)], [(1, 1, 1)] * 1000],
+    "int": [0, -1, 12, 2**31 - 1, -2**31, 2**31, 10**30],
+    "ints": [[], [0], [-2**31, 2**31 - 1, 7], [2**31] * 3],
+    "bool": [False, True],
+}
+wrong = [object(), {}, len, [object()], 1j]
+)";
+
+/// All functions with the kinds of their arguments.
+constexpr const char* Functions = R"(
+import itertools
+functions = {
+    "playAnim": ["name", "name real real"], "stopAnim": ["name"], "resetAnim": ["name"],
+    "playCAnimation": ["name", "name real real"], "pauseCAnimation": ["name bool"], "resetCAnimation": ["name"],
+    "isPlaying": ["name"], "trashAnimation": ["node"], "trashAnimations": ["nodes"], "restoreAnimation": ["node"],
+    "restoreAnimations": ["nodes"], "addTranslationControlPoint": ["node real vec bool"],
+    "addTranslationControlPoints": ["node reals vecs bool"], "addScaleControlPoint": ["node real vec"],
+    "addScaleControlPoints": ["node reals vecs"], "addRotationControlPoint": ["node real vec"],
+    "addRotationControlPoints": ["node reals vecs"], "addRotationOrientationControlPoint": ["node real vec"],
+    "addRotationOrientationControlPoints": ["node reals vecs"], "addVisibleControlPoint": ["node real real"],
+    "addVisibleControlPoints": ["node reals reals"], "addChoiceControlPoint": ["node real int"],
+    "addChoiceControlPoints": ["node reals ints"], "createAnimationBlockForNode": ["node bool"],
+    "createAnimationBlockForMaterial": ["material bool"], "setCurrentFrame": ["real"], "getCurrentFrame": [""],
+    "getAnimClips": [""], "getAnimClipNodes": [""], "getAnimBlocks": ["bool"], "getAnimBlockNodes": ["bool"],
+    "createAnimClip": ["name node"], "findAnimClip": ["name"], "findAnimBlock": ["name"],
+    "findCameraTrackBlock": ["name"], "addToAnimClip": ["node node int"], "setAnimClipDuration": ["node int"],
+    "setAnimClipStart": ["node int bool"], "setAnimClipEnd": ["node int bool"], "setAnimClipActive": ["node bool"],
+    "setAnimClipLocked": ["node bool"], "setAnimClipFlipped": ["node bool"],
+}
+)";
+} // namespace
+
+/// The functions as scripts see them; what they do stands in tst_kxScriptFunctions.
+class tst_kxAnimScript : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void hasEveryFunction();
+    void documentation_data();
+    void documentation();
+    void calls_data();
+    void calls();
+    void wrongTypes_data();
+    void wrongTypes();
+    void badInput_data();
+    void badInput();
+
+private:
+    void eachFunction();
+};
+
+void tst_kxAnimScript::initTestCase()
+{
+    PyImport_AppendInittab("kxAnimWidgets", initModule);
+    QVERIFY(kxInterpreter::start());
+    QVERIFY(kxScript::run("from kxTypes import *\nfrom kxAnimWidgets import *\nimport kxAnimWidgets\n"
+                          "def raises(error, function, *arguments):\n"
+                          "    try:\n        function(*arguments)\n    except error:\n        return True\n"
+                          "    return False\n"));
+    QVERIFY(kxScript::run(Functions));
+}
+
+void tst_kxAnimScript::cleanupTestCase()
+{
+    kxUndoStack::get(0).stack()->clear();
+    kxAnimFixture::clear();
+}
+
+/// "thing" is an object with keys, "block" and "curve" stand under "thing2", "clip" holds a copy; "gone" has died.
+void tst_kxAnimScript::init()
+{
+    kxAnimManager::the()->dequeueAll();
+    kxUndoStack::get(0).stack()->clear();
+    kxAnimFixture::clear();
+    kxLogModel::the().clear();
+    const osg::NodePtr thing = kxAnimFixture::object("thing"), thing2 = kxAnimFixture::object("thing2");
+    const osg::AnimNodePtr curve = kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 5}});
+    const osg::AnimNodePtr block = kxAnimFixture::block("block", {curve});
+    kxAnimManager::the()->addAnimation(thing2, block);
+    const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::clone(block, 1)});
+    kxAnimManager::the()->addToClipStructure(clip);
+    const osg::NodePtr dying = osg::Node::create();
+    dying->addRef();
+    setGlobal("gone", bp::object(kxNodePtr(dying)));
+    dying->subRef();
+    setGlobal("thing", bp::object(thing));
+    setGlobal("thing2", bp::object(kxNodePtr(thing2)));
+    setGlobal("block", bp::object(kxNodePtr(block)));
+    setGlobal("curve", bp::object(curve));
+    setGlobal("clip", bp::object(kxNodePtr(clip)));
+    QVERIFY(kxScript::run(Values));
+}
+
+void tst_kxAnimScript::hasEveryFunction()
+{
+    QVERIFY(kxScript::run("missing = [f for f in functions if not callable(getattr(kxAnimWidgets, f, None))]\n"
+                          "assert not missing, missing"));
+    // Whatever else is public would lack its bad input below.
+    QVERIFY(kxScript::run("untested = [f for f in dir(kxAnimWidgets) if f[0] != '_' and f not in functions\n"
+                          "            and f not in ('keyAll', 'keySelected', 'animateClippingTransform')]\n"
+                          "assert not untested, untested"));
+}
+
+void tst_kxAnimScript::documentation_data()
+{
+    QTest::addColumn<QString>("function");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("no parameters") << "getCurrentFrame"
+                                   << "Gets the current frame of the time line.\n\n"
+                                      "@return: Current frame\n\n@rtype: Real64";
+    QTest::newRow("no result") << "setAnimClipEnd"
+                               << "Sets the end frame of an animation clip.\n\n"
+                                  "@param clip: The target clip.\n\n@type clip: kxNodePtr\n\n"
+                                  "@param frame: The end frame of the clip.\n\n@type frame: int\n\n"
+                                  "@param keepStart: If True the start frame will be kept and the length of the clip "
+                                  "changes. The new end frame must be greater than the start frame.\n\n"
+                                  "@type keepStart: bool";
+    QTest::newRow("vectors") << "addRotationOrientationControlPoints"
+                             << "Adds multiple control points to rotation orientation channel of node.\n\n"
+                                "@param node: Node\n\n@type node: NodePtr\n\n"
+                                "@param times: Time values for control points\n\n@type times: std::vector<Real32>\n\n"
+                                "@param rots: Rotation values\n\n@type rots: std::vector<Vec3f>\n\n"
+                                "@return: True if added, false otherwise\n\n@rtype: bool";
+    QTest::newRow("one of two forms") << "playCAnimation"
+                                      << "Plays an animation block or animation clip via name. This function returns "
+                                         "immediatly.\n\n@param name: name of the animation object\n\n"
+                                         "@type name: string";
+}
+
+void tst_kxAnimScript::documentation()
+{
+    QFETCH(QString, function);
+    QFETCH(QString, expected);
+    setGlobal("expected", bp::object(expected.toStdString()));
+    QVERIFY(kxScript::run(QStringLiteral("shown = %1.__doc__.strip()\nassert shown == expected, repr(shown)")
+                              .arg(function)
+                              .toStdString()));
+    QVERIFY(kxScript::run("assert not playAnim.__doc__ and not pauseCAnimation.__doc__"));
+    QVERIFY(kxScript::run("assert all('C++' not in (getattr(kxAnimWidgets, f).__doc__ or '') for f in functions)"));
+}
+
+void tst_kxAnimScript::calls_data()
+{
+    QTest::addColumn<QString>("script");
+    const auto row = [](const char* name, const char* script) { QTest::newRow(name) << QString(script); };
+    row("keywords", "assert addTranslationControlPoint(node=thing, time=1, trans=(1, 2, 3), updateGui=False)\n"
+                    "assert createAnimationBlockForNode(node=thing, updateGui=True)\n"
+                    "c = createAnimClip(name='c', parentClip=kxNodePtr())\n"
+                    "assert addToAnimClip(clip=c, object=findAnimBlock(name='thing'), frame=12)\n"
+                    "setAnimClipStart(clip=c, frame=5, keepEnd=False)\n"
+                    "setAnimClipFlipped(clip=c, flipped=True)\n"
+                    "setCurrentFrame(frame=7.5)\nassert getCurrentFrame() == 7.5");
+    row("no defaults", "assert raises(TypeError, addTranslationControlPoint, thing, 1.0, (1, 2, 3))\n"
+                       "assert raises(TypeError, createAnimationBlockForNode, thing)");
+    row("positional only", "try:\n    playAnim(name='clip')\nexcept TypeError:\n    pass\nelse:\n    assert False");
+    row("sequences for vectors", "assert addScaleControlPoints(thing, (0, 1), [Vec3f(1, 1, 1), (2, 2, 2)])\n"
+                                 "assert addVisibleControlPoints(thing, range(3), [True, 0, 1.0])");
+    row("lists", "assert 'clip' in getAnimClips() and clip in getAnimClipNodes()\n"
+                 "assert getAnimBlocks(False) == ['block'] and len(getAnimBlockNodes(True)) == 2");
+    row("found and not found", "assert findAnimClip('clip') == clip and type(findAnimClip('clip')) is kxNodePtr\n"
+                               "assert findAnimBlock('block') == block\n"
+                               "assert findAnimClip('').isNull() and findAnimBlock('clip').isNull()");
+    row("trash", "assert trashAnimation(clip) and findAnimClip('clip').isNull()\n"
+                 "assert trashAnimations([block, curve])\n"
+                 "assert restoreAnimation(clip) is False and restoreAnimations([clip]) is False\n"
+                 "assert trashAnimations([]) is False and trashAnimation(None) is False");
+    row("own child", "inner = createAnimClip('inner', clip)\nassert addToAnimClip(inner, clip, 0) is False\n"
+                     "assert addToAnimClip(clip, inner, 0) is True");
+}
+
+void tst_kxAnimScript::calls()
+{
+    QFETCH(QString, script);
+    QVERIFY(kxScript::run(script.toStdString()));
+    QVERIFY(everythingIsSound());
+}
+
+void tst_kxAnimScript::eachFunction()
+{
+    QTest::addColumn<QString>("function");
+    const bp::list names(bp::import("__main__").attr("functions"));
+    for (long i = 0; i < bp::len(names); ++i)
+    {
+        const std::string name = bp::extract<std::string>(names[i]);
+        QTest::newRow(name.c_str()) << QString::fromStdString(name);
+    }
+}
+
+void tst_kxAnimScript::wrongTypes_data()
+{
+    eachFunction();
+}
+
+void tst_kxAnimScript::wrongTypes()
+{
+    QFETCH(QString, function);
+    setGlobal("name", bp::object(function.toStdString()));
+    QVERIFY(kxScript::run(R"(
+f = getattr(kxAnimWidgets, name)
+for signature in functions[name]:
+    kinds = signature.split()
+    good = [values[k][1] for k in kinds]
+    assert raises(TypeError, f, *good, "one too many", 1, 2)
+    for i, kind in enumerate(kinds):
+        for bad in wrong:
+            if kind != "bool":
+                assert raises(TypeError, f, *good[:i], bad, *good[i + 1:]), (name, kind, bad)
+)"));
+}
+
+void tst_kxAnimScript::badInput_data()
+{
+    eachFunction();
+}
+
+void tst_kxAnimScript::badInput()
+{
+    QFETCH(QString, function);
+    setGlobal("name", bp::object(function.toStdString()));
+    const kxCapturedStderr silent; // a missing service is told there
+    QVERIFY(kxScript::run(R"(
+f = getattr(kxAnimWidgets, name)
+for signature in functions[name]:
+    for arguments in itertools.product(*[values[k] for k in signature.split()]):
+        try:
+            answer = f(*arguments)
+        except OverflowError:  # a number of more than 32 bits, refused on the way in
+            assert any(isinstance(a, int) and abs(a) >= 2**31 or isinstance(a, list) and 2**31 in a or
+                       10**30 in arguments for a in arguments), arguments
+            continue
+        assert answer is None or type(answer) in (bool, float, list, kxNodePtr), answer
+        if signature.startswith("node") and not arguments[0]:
+            assert answer in (None, False), (arguments, answer)
+)"));
+    QVERIFY(everythingIsSound());
+    QVERIFY(logIsEmpty());
+    kxAnimManager::the()->setCurrentFrame(10, true, true);
+}
+
+QTEST_MAIN(tst_kxAnimScript)
+#include "tst_kxAnimScript.moc"

@@ -1,0 +1,542 @@
+#include <frame/kxClipRefresh.h>
+#include <script/kxScriptBlocks.h>
+#include <script/kxScriptClips.h>
+#include <script/kxScriptKeys.h>
+#include <script/kxScriptPlaying.h>
+#include <script/kxScriptTrash.h>
+
+#include <kxAnimFixture.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxScenegraph.h>
+#include <kxServices.h>
+#include <kxUndo.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace
+{
+constexpr float NoNumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float Infinite = std::numeric_limits<float>::infinity();
+typedef std::vector<float> Floats;
+typedef std::vector<osg::Vec3f> Vectors;
+
+int pasted = 0;
+void notePasted(kxMessage&)
+{
+    ++pasted;
+}
+
+int refreshed = 0;
+void noteRefresh()
+{
+    ++refreshed;
+}
+
+enum Core
+{
+    None,
+    Transform,
+    Geometry,
+    Switch,
+    Group
+};
+
+osg::NodePtr objectWith(int core)
+{
+    const osg::NodePtr node = kxAnimFixture::object();
+    switch (core)
+    {
+    case None:
+        node->setCore(osg::NodeCorePtr());
+        break;
+    case Transform:
+        break;
+    case Geometry:
+        node->setCore(osg::Geometry::create());
+        break;
+    case Switch:
+        node->setCore(osg::Switch::create());
+        break;
+    case Group:
+        node->setCore(osg::Group::create());
+        break;
+    }
+    return node;
+}
+
+/// "translation.X" and so on, in the order of the attachment; empty where there is none.
+QStringList curveNames(const osg::NodePtr& node)
+{
+    std::vector<osg::AnimNodePtr> nodes;
+    kxAnimManager::the()->getChannelCurveNodes(node, nodes);
+    QStringList names;
+    for (const osg::AnimNodePtr& each : nodes)
+        names.append(QString::fromStdString(each->getNodeName()));
+    return names;
+}
+
+osg::AnimCurvePtr curve(const osg::NodePtr& node, const char* channel, const char* axis)
+{
+    const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(node);
+    return kxAnimFixture::curveOf(kxAnimManager::the()->findChannelCurveNode(attachment, channel, axis));
+}
+
+/// Times and values in turn.
+QVector<float> keysOf(const osg::AnimCurvePtr& of)
+{
+    QVector<float> keys;
+    for (const osg::CCPnt& key : of->getControlPoints())
+        keys << key.x() << key.y();
+    return keys;
+}
+
+bool hasAttachment(const osg::NodePtr& node)
+{
+    return kxAnimManager::the()->getAnimAttachment(node) != osg::NullFC;
+}
+
+osg::AnimNodePtr animation(const kxNodePtr& handle)
+{
+    return osg::AnimNodePtr::dcast(handle.node());
+}
+
+/// An object with keys from 0 to 1 second in a block of this name.
+kxNodePtr makeBlock(const char* name)
+{
+    const osg::NodePtr node = kxAnimFixture::object(name);
+    kxScriptKeys::addTranslations(node, {0, 1}, {{0, 0, 0}, {1, 2, 3}}, false);
+    kxScriptBlocks::createForNode(node, false);
+    return kxScriptClips::findBlock(name);
+}
+
+QPair<double, double> frames(const kxNodePtr& clip)
+{
+    float start = 0, end = 0;
+    animation(clip)->getBounds(start, end);
+    const double fps = kxAnimManager::the()->fps();
+    return qMakePair(std::round(start * fps * 100) / 100, std::round(end * fps * 100) / 100);
+}
+
+class CameraService : public kxCameraService
+{
+public:
+    QList<kxdCameraTrackNode> tracks;
+    QList<kxdCameraTrackNode> getCameraTracks() const override { return tracks; }
+};
+} // namespace
+
+/// What the script functions do; how they look from Python stands in tst_kxAnimScript.
+class tst_kxScriptFunctions : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void refusedKeys_data();
+    void refusedKeys();
+    void makesCurves();
+    void anyOrderOfTimes();
+    void numbersThatArentFinite();
+    void createsBlocks();
+    void playRanges_data();
+    void playRanges();
+    void stopsAndPlays();
+    void trashes();
+    void createsClips();
+    void fillsClips();
+    void refusesToFill();
+    void placesClips_data();
+    void placesClips();
+    void emptyClipStaysFinite();
+    void clipFlags();
+    void findsCameraTracks();
+};
+
+void tst_kxScriptFunctions::initTestCase()
+{
+    kxController::addCB(kxMessageName::PastedAnimations, notePasted);
+    kxClipRefresh::setHandler(noteRefresh);
+}
+
+void tst_kxScriptFunctions::cleanupTestCase()
+{
+    kxController::subCB(kxMessageName::PastedAnimations, notePasted);
+    kxClipRefresh::setHandler(nullptr);
+    kxUndoStack::get(0).stack()->clear();
+    kxAnimFixture::clear();
+}
+
+void tst_kxScriptFunctions::init()
+{
+    kxUndoStack::get(0).stack()->clear();
+    kxAnimFixture::clear();
+    pasted = refreshed = 0;
+}
+
+void tst_kxScriptFunctions::refusedKeys_data()
+{
+    QTest::addColumn<int>("core");
+    QTest::addColumn<bool>("placed");
+    QTest::addColumn<bool>("visible");
+    QTest::addColumn<bool>("choice");
+    QTest::newRow("no core") << int(None) << false << false << false;
+    QTest::newRow("transform") << int(Transform) << true << true << false;
+    QTest::newRow("geometry") << int(Geometry) << true << true << false;
+    QTest::newRow("switch") << int(Switch) << true << true << true; // is a transform too
+    QTest::newRow("group") << int(Group) << false << true << false;
+}
+
+void tst_kxScriptFunctions::refusedKeys()
+{
+    QFETCH(int, core);
+    QFETCH(bool, placed);
+    QFETCH(bool, visible);
+    QFETCH(bool, choice);
+    const Floats times = {0, 1, 2};
+    const Vectors two(2), three(3);
+    const osg::NodePtr node = objectWith(core);
+    QVERIFY(!kxScriptKeys::addTranslations(node, times, two, true));
+    QVERIFY(!kxScriptKeys::addRotations(node, {}, {}));
+    QVERIFY(!kxScriptKeys::addVisible(node, times, {1}));
+    QVERIFY(!kxScriptKeys::addScales(osg::NodePtr(), times, three));
+    QVERIFY(!hasAttachment(node)); // nothing was made on the way
+    QCOMPARE(pasted, 0);
+
+    QCOMPARE(kxScriptKeys::addTranslations(node, times, three, false), placed);
+    QCOMPARE(kxScriptKeys::addScales(node, times, three), placed);
+    QCOMPARE(kxScriptKeys::addRotations(node, times, three), placed);
+    QCOMPARE(kxScriptKeys::addRotationOrientations(node, times, three), placed);
+    QCOMPARE(hasAttachment(node), placed);
+    QCOMPARE(kxScriptKeys::addChoices(node, times, {0, 1, 2}), choice);
+    QCOMPARE(kxScriptKeys::addVisible(node, times, {0, 1, 0}), visible);
+}
+
+void tst_kxScriptFunctions::makesCurves()
+{
+    const osg::NodePtr node = kxAnimFixture::object();
+    QVERIFY(kxScriptKeys::addRotations(node, {1, 3}, {{10, 20, 30}, {40, 50, 60}}));
+    QCOMPARE(curveNames(node), (QStringList{"rotation.X", "rotation.Y", "rotation.Z"}));
+    QCOMPARE(keysOf(curve(node, "rotation", "Z")), (QVector<float>{1, 30, 3, 60}));
+    const osg::CCPnt first = curve(node, "rotation", "X")->getControlPoints(0);
+    QCOMPARE(first.outType, 1u);
+    QVERIFY(first.outX() > 0 && first.outY() > 0); // linear, with the tangents that belong to it
+
+    // The curves that are there take the next keys.
+    QVERIFY(kxScriptKeys::addRotations(node, {2}, {{1, 2, 3}}));
+    QCOMPARE(curveNames(node).size(), 3);
+    QCOMPARE(keysOf(curve(node, "rotation", "X")), (QVector<float>{1, 10, 2, 1, 3, 40}));
+
+    QVERIFY(kxScriptKeys::addVisible(node, {0, 1}, {1, 0}));
+    QVERIFY(kxScriptKeys::addRotationOrientations(node, {0}, {{1, 2, 3}}));
+    QCOMPARE(curveNames(node).mid(3),
+             (QStringList{"visible", "rotationOrientation.X", "rotationOrientation.Y", "rotationOrientation.Z"}));
+    QCOMPARE(curve(node, "visible", "")->getControlPoints(1).inType, 0u);
+
+    QCOMPARE(pasted, 0);
+    QVERIFY(kxScriptKeys::addTranslations(node, {0, 1}, {{}, {8, 0, 0}}, true));
+    QCOMPARE(pasted, 1);
+    kxAnimManager::the()->setCurrentFrame(12, false, false); // the scene moves by them
+    QCOMPARE(kxAnimFixture::transform(node)->getTranslation().x(), 4.0f);
+}
+
+void tst_kxScriptFunctions::anyOrderOfTimes()
+{
+    const osg::NodePtr sorted = kxAnimFixture::object("sorted"), mixed = kxAnimFixture::object("mixed");
+    QVERIFY(kxScriptKeys::addTranslations(sorted, {-1, 0, 2, 2, 5},
+                                          {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}, {4, 0, 0}, {5, 0, 0}}, false));
+    QVERIFY(kxScriptKeys::addTranslations(mixed, {5, 2, 0, 2, -1},
+                                          {{5, 0, 0}, {3, 0, 0}, {2, 0, 0}, {4, 0, 0}, {1, 0, 0}}, false));
+    QCOMPARE(keysOf(curve(mixed, "translation", "X")), keysOf(curve(sorted, "translation", "X")));
+    for (osg::UInt32 i = 0; i < 5; ++i)
+        QCOMPARE(curve(mixed, "translation", "X")->getControlPoints(i).outY(),
+                 curve(sorted, "translation", "X")->getControlPoints(i).outY());
+}
+
+void tst_kxScriptFunctions::numbersThatArentFinite()
+{
+    const osg::NodePtr node = kxAnimFixture::object();
+    QVERIFY(kxScriptKeys::addTranslations(node, {NoNumber, 0, Infinite, 1, -Infinite, 3e38f},
+                                          {{}, {1, NoNumber, 3}, {}, {4, 5, Infinite}, {}, {-3e38f, 3e38f, 0}}, false));
+    QCOMPARE(keysOf(curve(node, "translation", "X")), (QVector<float>{0, 1, 1, 4, 3e38f, -3e38f}));
+    QCOMPARE(keysOf(curve(node, "translation", "Y")), (QVector<float>{1, 5, 3e38f, 3e38f}));
+    for (const osg::CCPnt& key : curve(node, "translation", "X")->getControlPoints())
+        QVERIFY(std::isfinite(key.inX() + key.inY()) && std::isfinite(key.outX() + key.outY()));
+}
+
+void tst_kxScriptFunctions::createsBlocks()
+{
+    const osg::NodePtr node = kxAnimFixture::object("lid");
+    QVERIFY(!kxScriptBlocks::createForNode(node, true));
+    QVERIFY(!kxScriptBlocks::createForNode(osg::NodePtr(), true));
+    QVERIFY(!kxScriptBlocks::createForMaterial(osg::MaterialPtr(), true));
+    QVERIFY(!hasAttachment(node)); // none is made for it
+    QCOMPARE(pasted, 0);
+    kxScriptKeys::addVisible(node, {0}, {1});
+    QVERIFY(kxScriptBlocks::createForNode(node, true));
+    QCOMPARE(pasted, 1);
+    QVERIFY(!kxScriptClips::findBlock("lid").isNull());
+    QVERIFY(!kxScriptBlocks::createForNode(node, true)); // its keys are in the block
+    QCOMPARE(kxScriptBlocks::blockNodes(false).size(), std::size_t(1));
+}
+
+void tst_kxScriptFunctions::playRanges_data()
+{
+    QTest::addColumn<float>("start");
+    QTest::addColumn<float>("end");
+    QTest::addColumn<bool>("used");
+    QTest::newRow("both") << 12.0f << 18.0f << true;
+    QTest::newRow("from 0") << 0.0f << 18.0f << true;
+    QTest::newRow("to 0") << -24.0f << 0.0f << true;
+    QTest::newRow("no range") << 0.0f << 0.0f << false;
+    QTest::newRow("no number") << NoNumber << 18.0f << false;
+    QTest::newRow("without end") << 0.0f << Infinite << false;
+}
+
+void tst_kxScriptFunctions::playRanges()
+{
+    QFETCH(float, start);
+    QFETCH(float, end);
+    QFETCH(bool, used);
+    const osg::AnimNodePtr block = animation(makeBlock("lid"));
+    for (const auto play : {kxScriptPlaying::enqueueRange, kxScriptPlaying::playRange})
+    {
+        play("lid", start, end);
+        QCOMPARE(block->getUsePlayRange(), used);
+        if (used)
+            QCOMPARE(block->getPlayRange(), osg::Pnt2f(start / 24, end / 24));
+        QVERIFY(kxScriptPlaying::isPlaying("lid"));
+        block->setPlayRange(osg::Pnt2f(0.25f, 0.5f));
+        block->setUsePlayRange(true);
+        play("lid", 0, 0); // an earlier range stays in force
+        QCOMPARE(block->getPlayRange(), osg::Pnt2f(0.25f, 0.5f));
+        kxScriptPlaying::stop("lid");
+        QVERIFY(!block->getUsePlayRange());
+        kxAnimManager::the()->dequeueAll();
+    }
+}
+
+void tst_kxScriptFunctions::stopsAndPlays()
+{
+    const osg::AnimNodePtr block = animation(makeBlock("lid"));
+    for (const char* name : {"", "nobody"})
+    {
+        kxScriptPlaying::play(name);
+        kxScriptPlaying::playRange(name, 1, 2);
+        kxScriptPlaying::enqueue(name);
+        kxScriptPlaying::enqueueRange(name, 1, 2);
+        kxScriptPlaying::stop(name);
+        kxScriptPlaying::reset(name);
+        kxScriptPlaying::pause(name, true);
+        QVERIFY(!kxScriptPlaying::isPlaying(name));
+    }
+    QVERIFY(!kxScriptPlaying::isPlaying("lid"));
+    kxScriptPlaying::enqueue("lid");
+    QVERIFY(kxScriptPlaying::isPlaying("lid"));
+    kxScriptPlaying::pause("lid", true);
+    block->setPlaying(true);
+    kxScriptPlaying::stop("lid");
+    QVERIFY(!block->getPlaying());
+    kxAnimManager::the()->dequeueAll();
+
+    const osg::TransformPtr lid = kxAnimFixture::transform(kxScene::the()->root()->getChild(0));
+    kxAnimManager::the()->setCurrentFrame(24, false, false);
+    QCOMPARE(lid->getTranslation().y(), 2.0f);
+    kxScriptPlaying::reset("lid");
+    QCOMPARE(lid->getTranslation().y(), 0.0f);
+}
+
+void tst_kxScriptFunctions::trashes()
+{
+    const kxNodePtr block = makeBlock("lid");
+    const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
+    QVERIFY(!kxScriptTrash::trash(kxNodePtr()));
+    QVERIFY(!kxScriptTrash::trash(kxNodePtr(block.node()->getParent()))); // stands under nothing
+    QVERIFY(!kxScriptTrash::trashAll({}));
+    QUndoStack& stack = *kxUndoStack::get(0).stack();
+    QCOMPARE(stack.count(), 0);
+
+    QVERIFY(kxScriptTrash::trash(clip));
+    QVERIFY(kxScriptClips::findClip("open").isNull());
+    QVERIFY(!kxScriptTrash::trash(clip)); // it is out already
+    QVERIFY(kxScriptTrash::trashAll({block, kxNodePtr()}));
+    QVERIFY(kxScriptClips::findBlock("lid").isNull());
+    while (stack.canUndo())
+        stack.undo();
+    QVERIFY(kxScriptClips::findClip("open") == clip);
+    QVERIFY(kxScriptClips::findBlock("lid") == block);
+}
+
+void tst_kxScriptFunctions::createsClips()
+{
+    const kxNodePtr outer = kxScriptClips::create("open", kxNodePtr());
+    QCOMPARE(outer.node()->getParent(), osg::NodePtr(kxAnimManager::the()->clipStructureRoot()));
+    const kxNodePtr inner = kxScriptClips::create("open", outer);
+    QCOMPARE(inner.node()->getParent(), outer.node());
+    QVERIFY(kxNodeUtils::getName(inner.node()) != "open"); // names are unique
+    const kxNodePtr block = makeBlock("lid");
+    const kxNodePtr besides = kxScriptClips::create("close", block); // no clip: top-level
+    QCOMPARE(besides.node()->getParent(), osg::NodePtr(kxAnimManager::the()->clipStructureRoot()));
+    QCOMPARE(refreshed, 3);
+    QVERIFY(kxScriptClips::findClip("close") == besides);
+    QVERIFY(kxScriptClips::findClip("lid").isNull() && kxScriptClips::findBlock("close").isNull());
+}
+
+void tst_kxScriptFunctions::fillsClips()
+{
+    const kxNodePtr block = makeBlock("lid");
+    const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
+    refreshed = 0;
+    QVERIFY(kxScriptClips::add(clip, block, 12));
+    QVERIFY(kxScriptClips::add(clip, block, 24));
+    QCOMPARE(refreshed, 2);
+    QCOMPARE(clip.node()->getNChildren(), 2u);
+    const osg::AnimNodePtr first = osg::AnimNodePtr::dcast(clip.node()->getChild(0));
+    const osg::AnimNodePtr second = osg::AnimNodePtr::dcast(clip.node()->getChild(1));
+    QVERIFY(first->getHidden() && second->getHidden() && !animation(block)->getHidden());
+    QCOMPARE(first->getCore(), block.node()->getCore()); // a copy of the same block
+    QCOMPARE(first->getOffset(), osg::Vec2f(0.5f, 0));
+    QCOMPARE(second->getOffset(), osg::Vec2f(1, 50)); // they overlap, so it lies on another track
+    QCOMPARE(frames(clip), qMakePair(12.0, 48.0));
+
+    const kxNodePtr outer = kxScriptClips::create("all", kxNodePtr());
+    QVERIFY(kxScriptClips::add(outer, clip, 100)); // the clip itself, where it is
+    QCOMPARE(clip.node()->getParent(), outer.node());
+    QCOMPARE(frames(outer), qMakePair(12.0, 48.0));
+}
+
+void tst_kxScriptFunctions::refusesToFill()
+{
+    const kxNodePtr block = makeBlock("lid");
+    const kxNodePtr outer = kxScriptClips::create("outer", kxNodePtr());
+    const kxNodePtr inner = kxScriptClips::create("inner", outer);
+    kxNodePtr dead;
+    {
+        const osg::AnimNodePtr node = kxAnimFixture::clip("dead", {});
+        node->addRef();
+        dead = kxNodePtr(node);
+        node->subRef();
+    }
+    refreshed = 0;
+    QVERIFY(!kxScriptClips::add(inner, outer, 0)); // would stand in itself
+    QVERIFY(!kxScriptClips::add(outer, outer, 0));
+    QVERIFY(!kxScriptClips::add(kxNodePtr(), block, 0));
+    QVERIFY(!kxScriptClips::add(block, block, 0));
+    QVERIFY(!kxScriptClips::add(outer, kxNodePtr(), 0));
+    QVERIFY(!kxScriptClips::add(outer, dead, 0));
+    QVERIFY(!kxScriptClips::add(dead, block, 0));
+    QVERIFY(!kxScriptClips::add(outer, kxNodePtr(kxScene::the()->root()), 0));
+    QVERIFY(!kxScriptClips::add(outer, kxNodePtr(block.node()->getChild(0)), 0)); // a curve
+    for (const kxNodePtr& none : {kxNodePtr(), dead, block})
+    {
+        kxScriptClips::setDuration(none, 10);
+        kxScriptClips::setStart(none, 10, true);
+        kxScriptClips::setEnd(none, 10, false);
+        kxScriptClips::setActive(none, false);
+        kxScriptClips::setLocked(none, true);
+        kxScriptClips::setFlipped(none, true);
+    }
+    QVERIFY(block.node()->isActive() && !animation(block)->getLocked() && !animation(block)->getFlipped());
+    QCOMPARE(refreshed, 0);
+    QCOMPARE(outer.node()->getNChildren(), 1u);
+}
+
+typedef void (*Place)(const kxNodePtr&);
+Q_DECLARE_METATYPE(Place)
+
+void tst_kxScriptFunctions::placesClips_data()
+{
+    QTest::addColumn<Place>("place");
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<bool>("done");
+    const auto row = [](const char* name, Place place, double start, double end, bool done = true)
+    { QTest::newRow(name) << place << start << end << done; };
+    // From 12 to 36.
+    row(
+        "longer", [](const kxNodePtr& clip) { kxScriptClips::setDuration(clip, 48); }, 12, 60);
+    row(
+        "shorter", [](const kxNodePtr& clip) { kxScriptClips::setDuration(clip, 6); }, 12, 18);
+    row(
+        "no duration", [](const kxNodePtr& clip) { kxScriptClips::setDuration(clip, 0); }, 12, 36);
+    row(
+        "negative duration", [](const kxNodePtr& clip) { kxScriptClips::setDuration(clip, -5); }, 12, 36);
+    row(
+        "start", [](const kxNodePtr& clip) { kxScriptClips::setStart(clip, -4, false); }, -4, 20);
+    row(
+        "start, end kept", [](const kxNodePtr& clip) { kxScriptClips::setStart(clip, 30, true); }, 30, 36);
+    row(
+        "earlier start, end kept", [](const kxNodePtr& clip) { kxScriptClips::setStart(clip, -12, true); }, -12, 36);
+    row(
+        "start at the kept end", [](const kxNodePtr& clip) { kxScriptClips::setStart(clip, 36, true); }, 12, 36, false);
+    row(
+        "start past the kept end", [](const kxNodePtr& clip) { kxScriptClips::setStart(clip, 90, true); }, 12, 36,
+        false);
+    row(
+        "end", [](const kxNodePtr& clip) { kxScriptClips::setEnd(clip, 10, false); }, -14, 10);
+    row(
+        "end, start kept", [](const kxNodePtr& clip) { kxScriptClips::setEnd(clip, 84, true); }, 12, 84);
+    row(
+        "end at the kept start", [](const kxNodePtr& clip) { kxScriptClips::setEnd(clip, 12, true); }, 12, 36, false);
+}
+
+void tst_kxScriptFunctions::placesClips()
+{
+    QFETCH(Place, place);
+    QFETCH(double, start);
+    QFETCH(double, end);
+    QFETCH(bool, done);
+    const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
+    kxScriptClips::add(clip, makeBlock("lid"), 12);
+    refreshed = 0;
+    place(clip);
+    QCOMPARE(frames(clip), qMakePair(start, end));
+    QCOMPARE(refreshed, done ? 1 : 0); // the tree follows where something changed
+}
+
+void tst_kxScriptFunctions::emptyClipStaysFinite()
+{
+    const kxNodePtr clip = kxScriptClips::create("empty", kxNodePtr());
+    kxScriptClips::setDuration(clip, 10);
+    kxScriptClips::setStart(clip, -5, true);
+    kxScriptClips::setEnd(clip, 5, true);
+    kxScriptClips::setDuration(clip, std::numeric_limits<int>::max());
+    kxScriptClips::setStart(clip, std::numeric_limits<int>::min(), false);
+    const osg::AnimNodePtr node = animation(clip);
+    QVERIFY(std::isfinite(node->getOffset().x()) && std::isnormal(node->getScale()));
+}
+
+void tst_kxScriptFunctions::clipFlags()
+{
+    const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
+    refreshed = 0;
+    kxScriptClips::setActive(clip, false);
+    QCOMPARE(clip.node()->getTravMask(), 0u);
+    kxScriptClips::setActive(clip, true);
+    QVERIFY(clip.node()->isActive());
+    kxScriptClips::setLocked(clip, true);
+    kxScriptClips::setFlipped(clip, true);
+    QVERIFY(animation(clip)->getLocked() && animation(clip)->getFlipped());
+    QCOMPARE(refreshed, 4);
+}
+
+void tst_kxScriptFunctions::findsCameraTracks()
+{
+    CameraService service;
+    kxKernelServiceFactory::the().addService<kxCameraService>(&service);
+    QVERIFY(kxScriptClips::findCameraTrackBlock("Fahrt").isNull());
+    const kxNodePtr block = makeBlock("Kamera");
+    const osg::NodePtr track = kxScene::the()->root()->getChild(0);
+    service.tracks = {kxdCameraTrackNode(0), kxdCameraTrackNode(track->getId())};
+    QVERIFY(kxScriptClips::findCameraTrackBlock("Kamera") == block);
+    QVERIFY(kxScriptClips::findCameraTrackBlock("kamera").isNull());
+}
+
+QTEST_MAIN(tst_kxScriptFunctions)
+#include "tst_kxScriptFunctions.moc"
