@@ -178,8 +178,8 @@ void kxAnimLibraryWidget::addRows(const kxAnimManager::NodeTopLevelAnimations& e
     List topLevel, expanded;
     for (const kxAnimManager::kxAnimNodeData& entry : entries)
     {
-        if (entry.node == NullFC && entry.material == NullFC)
-            continue;
+        if (entry.node == NullFC ? entry.material == NullFC : entry.node->getCore() == NullFC)
+            continue; // no row can be bound to it
         if (entry.tags.isEmpty())
         {
             topLevel.append(makeObjectRow(entry));
@@ -228,6 +228,8 @@ void kxAnimLibraryWidget::rebuildFrom(std::vector<AnimNodePtr> nodes)
     List rows;
     for (const AnimNodePtr& node : nodes)
     {
+        if (node == NullFC)
+            continue;
         auto* const row = new kxAnimTreeWidgetItem(true);
         row->setNode(node, true, true);
         rows.append(row);

@@ -1,13 +1,10 @@
-#include <trees/kxAnimLibraryPayload.h>
-#include <trees/kxAnimLibraryWidget.h>
+#include "kxTestLibrary.h"
+
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
-#include <kxAnimFixture.h>
-#include <scene/UberMaterial.h>
-#include <scene/kxScene.h>
 
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -18,120 +15,14 @@
 #include <QDragMoveEvent>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QTreeWidgetItemIterator>
 #include <QUndoStack>
 #include <QtTest>
 
-#include <random>
-
 using namespace osg;
-
-namespace
-{
-struct Library : kxAnimLibraryWidget
-{
-    using kxAnimLibraryWidget::contextMenu;
-    using kxAnimLibraryWidget::dragMoveEvent;
-    using kxAnimLibraryWidget::dropMimeData;
-    using kxAnimLibraryWidget::mimeData;
-    using kxAnimLibraryWidget::showContextMenu;
-
-    /// The row whose texts from the top level down are these, null where there is none.
-    kxAnimTreeWidgetItem* row(const QString& path)
-    {
-        QTreeWidgetItem* found = invisibleRootItem();
-        for (const QString& text : path.split('/'))
-        {
-            QTreeWidgetItem* next = nullptr;
-            for (int i = 0; found != nullptr && i < found->childCount() && next == nullptr; ++i)
-                if (found->child(i)->text(0) == text)
-                    next = found->child(i);
-            found = next;
-        }
-        return static_cast<kxAnimTreeWidgetItem*>(found);
-    }
-    void select(const QString& paths)
-    {
-        clearSelection();
-        for (const QString& path : paths.split(','))
-            row(path)->setSelected(true);
-    }
-    /// One line a row: its depth as dots and its text; "+" behind an expanded row, "*" behind a selected one.
-    QStringList dump(bool withStates = false)
-    {
-        QStringList lines;
-        for (QTreeWidgetItemIterator it(this); *it != nullptr; ++it)
-        {
-            QString line = (*it)->text(0);
-            for (QTreeWidgetItem* above = (*it)->parent(); above != nullptr; above = above->parent())
-                line.prepend('.');
-            if (withStates && (*it)->isExpanded())
-                line.append('+');
-            if (withStates && (*it)->isSelected())
-                line.append('*');
-            lines.append(line);
-        }
-        return lines;
-    }
-    kxAnimLibraryPayload payload()
-    {
-        const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
-        return kxAnimLibraryPayload::of(mime.get());
-    }
-    bool drop(const QString& source, const QString& target)
-    {
-        select(source);
-        const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
-        return dropMimeData(target.isEmpty() ? nullptr : row(target), 0, mime.get(), Qt::CopyAction);
-    }
-};
-
-kxAnimManager* kernel()
-{
-    return kxAnimManager::the();
-}
-
-AnimNodePtr block(const char* name)
-{
-    return kxAnimFixture::block(name, {kxAnimFixture::curve("translation", "X", {{0.0f, 0.0f}, {1.0f, 1.0f}})});
-}
-
-NodePtr object(const char* name, const std::vector<AnimNodePtr>& animations)
-{
-    const NodePtr node = kxAnimFixture::object(name);
-    for (const AnimNodePtr& animation : animations)
-        kernel()->addAnimation(node, animation);
-    return node;
-}
-
-MaterialPtr material(const char* name, const std::vector<AnimNodePtr>& animations)
-{
-    const UberMaterialPtr made = UberMaterial::create();
-    made->setNodeName(name);
-    kxScene::the()->addMaterial(made);
-    for (const AnimNodePtr& animation : animations)
-        kernel()->addAnimation(made, animation);
-    return made;
-}
-
-void tag(const AttachmentContainerPtr& object, const std::vector<std::string>& names)
-{
-    const TagAttachmentPtr tags = TagAttachmentBase::create();
-    tags->editAnimations() = names;
-    object->addAttachment(tags);
-}
-
-std::vector<std::string> tagsOf(const AttachmentContainerPtr& object)
-{
-    const TagAttachmentPtr tags = object->findAttachment<TagAttachment>();
-    return tags == NullFC ? std::vector<std::string>() : tags->getAnimations();
-}
-} // namespace
+using namespace kxTestLibrary;
 
 class tst_kxAnimLibraryWidget : public QObject
 {
@@ -156,7 +47,6 @@ private Q_SLOTS:
     void expandsToDepth();
     void blursWhatIsBelow();
     void searchShowsPlainRows();
-    void survivesRandomEdits();
 
 private:
     std::unique_ptr<kxAnimFixture> _scene;
@@ -578,105 +468,6 @@ void tst_kxAnimLibraryWidget::searchShowsPlainRows()
     QVERIFY(_library->row("car/drive") != nullptr);
     _library->search("");
     QVERIFY(_library->row("car/drive") != nullptr);
-}
-
-/// Edits of every kind behind the library's back and through it; rows may be stale at any time and have to stay
-/// harmless.
-void tst_kxAnimLibraryWidget::survivesRandomEdits()
-{
-    std::mt19937 random(11);
-    const auto below = [&random](std::size_t count) { return int(random() % unsigned(count)); };
-    _library->resize(200, 300);
-    _library->show();
-    QTimer answers; // a deletion may ask about what is used elsewhere
-    connect(&answers, &QTimer::timeout,
-            []
-            {
-                if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-                    box->button(QMessageBox::YesToAll)->click();
-            });
-    answers.start(0);
-    const auto rows = [this]
-    {
-        QList<QTreeWidgetItem*> all;
-        for (QTreeWidgetItemIterator it(_library.get()); *it != nullptr; ++it)
-            all.append(*it);
-        return all;
-    };
-    const auto anyObject = [&]() -> NodePtr
-    {
-        const auto& nodes = kxScene::the()->root()->getChildren();
-        return nodes.empty() ? NodePtr() : nodes[std::size_t(below(nodes.size()))];
-    };
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-
-    const std::vector<std::function<void()>> edits = {
-        [&] {
-            object("new", {block("new"), kxAnimFixture::curve("scale", "X", {{0.0f, 1.0f}})});
-        },
-        [&]
-        {
-            if (const NodePtr node = anyObject())
-                kxScene::the()->root()->subChild(node);
-        },
-        [&]
-        {
-            if (const AnimAttachmentPtr attachment = kernel()->getAnimAttachment(anyObject()))
-                if (const NodePtr animation = attachment->getAnimationRoot()->getChild(0))
-                    attachment->getAnimationRoot()->subChild(animation);
-        },
-        [&] { material("new", {block("shine")}); },
-        [&]
-        {
-            if (!kxScene::the()->materials().empty())
-                kxScene::the()->subMaterial(kxScene::the()->materials().front());
-        },
-        [&] { stack->undo(); },
-        [&] { stack->redo(); },
-        [&] { _library->rebuild(true); },
-        [&] { _library->rebuild(false); },
-        [&] { _library->search(below(2) == 0 ? "n" : ""); },
-        [&] { _library->clearSelection(); },
-        [&]
-        {
-            for (QTreeWidgetItem* const row : rows())
-                row->setSelected(below(4) == 0);
-        },
-        [&]
-        {
-            const std::unique_ptr<QMimeData> mime(_library->mimeData(_library->selectedItems()));
-            const QList<QTreeWidgetItem*> all = rows();
-            _library->dropMimeData(all.isEmpty() || below(4) == 0 ? nullptr : all[below(std::size_t(all.size()))], 0,
-                                   mime.get(), Qt::CopyAction);
-        },
-        [&] { _library->createGroupFromSelected(); },
-        [&]
-        {
-            if (auto* const editor = _library->viewport()->findChild<QLineEdit*>())
-                QTest::keyClick(editor, below(2) == 0 ? Qt::Key_Return : Qt::Key_Escape);
-        },
-        [&] { _library->createBlocksForSelected(); },
-        [&] { _library->expandToDepth(below(3) - 1); },
-        [&] { _library->remove(); },
-        [&] { QMetaObject::invokeMethod(_library.get(), below(2) == 0 ? "clone" : "duplicate"); },
-        [&] { QMetaObject::invokeMethod(_library.get(), "changedMotionBlurR", Q_ARG(bool, below(2) == 0)); },
-        [&] { QMetaObject::invokeMethod(_library.get(), "selectNodes"); },
-        [&] { kxSelection::the().clear(); },
-    };
-    for (int step = 0; step < 1500; ++step)
-    {
-        edits[std::size_t(below(edits.size()))]();
-        if (step % 10 == 0)
-        {
-            QCoreApplication::processEvents();
-            _library->grab();
-        }
-    }
-    _library->search("");
-    _library->rebuild(true);
-    Library fresh;
-    fresh.rebuild(false);
-    QCOMPARE(_library->dump(), fresh.dump());
 }
 
 QTEST_MAIN(tst_kxAnimLibraryWidget)
