@@ -59,7 +59,7 @@ kxAnimGraphCurve::kxAnimGraphCurve(const osg::AnimCurvePtr& curve, kxAnimGraphSc
     setCacheMode(DeviceCoordinateCache);
     setFlag(ItemUsesExtendedStyleOption); // paint() is told what is seen
     if (scene != nullptr)
-        scene->addItem(this);
+        scene->addCurve(this);
     if (curve == osg::NullFC)
         return;
     QPen line(lineColor(curve));

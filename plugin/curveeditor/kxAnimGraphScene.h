@@ -55,10 +55,16 @@ public:
     /// While the view pans, draws its rubber band or zooms, no event reaches the items. Set by the view.
     void setEventsBlocked(bool value) { _eventsBlocked = value; }
 
+    /// Takes a curve item over.
+    void addCurve(kxAnimGraphCurve* curve);
+    /// No curve has a key, and nothing else is shown.
+    bool isEmpty() const;
     /// The curve items, in the order in which they were made.
     QList<kxAnimGraphCurve*> curves() const;
-    /// Appends the selected keys, no handles.
+    /// Appends the selected keys, no handles, by curve and index.
     void selectedPoints(QList<kxAnimGraphPoint*>& out) const;
+    /// Selects the keys that this rectangle touches, and no others.
+    void selectPointsIn(const QRectF& rect);
     /// Selects every key, no handles.
     void selectAllPoints();
 
@@ -113,6 +119,7 @@ private:
     bool _eventsBlocked = false;
     kxAnimTimeItem* _timeItem; // owned through the scene
 
+    std::vector<QPointer<kxAnimGraphCurve>> _curves;       // in the order in which they were made
     std::vector<QPointer<kxAnimGraphPoint>> _withTangents; // the keys that were selected, and so show their handles
     kxCallbacks _callbacks;
 };

@@ -62,6 +62,7 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void drawBackground(QPainter* painter, const QRectF& rect) override;
     void drawForeground(QPainter* painter, const QRectF& rect) override;
 
 private Q_SLOTS:
@@ -69,19 +70,20 @@ private Q_SLOTS:
     void sceneChanged(const QList<QRectF>& rects);
 
 private:
-    bool addBar(const osg::AnimNodePtr& node);
-    void showNodes(const std::vector<osg::AnimNodePtr>& nodes);
+    /// `report`: edits of the curves emit sceneChanged().
+    void showAnimations(const std::vector<osg::AnimNodePtr>& nodes, bool report);
 
-    void pan(QMouseEvent* event);
-    void zoomByDrag(QMouseEvent* event);
-    void drawRubberBand(QMouseEvent* event);
-    void selectInRubberBand(const QPoint& corner);
+    void pan(const QPoint& to);
+    void zoomByDrag(int y);
+    void drawRubberBand(const QPoint& to);
     /// Zooms about `at` of the viewport; false where the lower bound is met and nothing changed.
     bool zoomAbout(const QPoint& at, bool in, double factor);
-    void setOnlyAxis(bool x, bool y);
+    /// `rect`, with an axis along which it has no extent of its own as wide as what is seen.
+    QRectF withExtent(const QRectF& rect) const;
+    void holdAxes(bool onlyX, bool onlyY);
     void endGesture();
     void announceNodes();
-    void updateCursor();
+    void drawHint(QPainter* painter);
 
     void collectCurveData(std::vector<kxAnimManager::kxCurveData>& out) const;
     static void changedFPS(kxMessage& message);

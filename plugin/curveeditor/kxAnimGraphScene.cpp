@@ -1,0 +1,404 @@
+#include <curveeditor/kxAnimGraphScene.h>
+
+#include <curveeditor/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/kxAnimGraphColors.h>
+#include <curveeditor/kxAnimGraphCurve.h>
+#include <curveeditor/kxAnimGraphGrid.h>
+#include <curveeditor/kxAnimGraphPoint.h>
+#include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/kxAnimTimeItem.h>
+#include <frame/kxMessageRead.h>
+
+#include <kxAnimManager.h>
+#include <kxLog.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QGraphicsSceneMouseEvent>
+#include <QGraphicsView>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace
+{
+kxAnimGraphScene* theScene = nullptr; // the one that was built last; serves the host's callback
+
+const QRectF TimeItemRect(-15, -1000000, 30, 2000000);
+
+unsigned int curveIdOf(const kxAnimGraphPoint* point)
+{
+    const kxAnimGraphCurve* const curve = point->curve();
+    return curve == nullptr ? 0 : curve->curveId();
+}
+
+/// The curves of these keys that are still there, each with its item, in the order of their ids: the same keys always
+/// give a group of the same commands, so that the steps of a drag merge.
+std::map<unsigned int, kxAnimGraphCurve*> curveItemsOf(const QList<kxAnimGraphPoint*>& points)
+{
+    std::map<unsigned int, kxAnimGraphCurve*> items;
+    const kxAnimGraphCurve* last = nullptr; // neighbours in the list are mostly of one curve
+    for (const kxAnimGraphPoint* const point : points)
+    {
+        kxAnimGraphCurve* const curve = point->curve();
+        if (curve == nullptr || curve == last)
+            continue;
+        last = curve;
+        if (curve->animCurve() != osg::NullFC)
+            items.emplace(curve->animCurve().getFieldContainerId(), curve);
+    }
+    return items;
+}
+
+void sendUpdateClipScene()
+{
+    kxMessage message;
+    kxController::call(kxMessageName::UpdateClipScene, message, 0);
+}
+
+} // namespace
+
+kxAnimGraphScene::Rebuild::Rebuild(kxAnimGraphScene* scene) : _scene(scene)
+{
+    if (_scene.isNull())
+        return;
+    _selected = _scene->selectedItems().size();
+    _wasBlocked = _scene->blockSignals(true);
+}
+
+kxAnimGraphScene::Rebuild::~Rebuild()
+{
+    if (_scene.isNull())
+        return;
+    _scene->blockSignals(_wasBlocked);
+    if (_selected != _scene->selectedItems().size())
+        Q_EMIT _scene->selectionChanged();
+}
+
+kxAnimGraphScene::kxAnimGraphScene(QObject* parent) : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem)
+{
+    // Keys lie below their curves and move in crowds: an index would be built anew at each step, and never asked.
+    setItemIndexMethod(NoIndex);
+    setBackgroundBrush(kxAnimGraphColors::Background);
+    connect(this, &QGraphicsScene::selectionChanged, this, &kxAnimGraphScene::changedSelection);
+    _timeItem->setRect(TimeItemRect);
+    connect(_timeItem, &kxAnimTimeItem::timeChanged, this, &kxAnimGraphScene::timeItemChanged);
+    addItem(_timeItem);
+    installEventFilter(this);
+    theScene = this;
+    _callbacks.add(kxMessageName::TimeLineChangedPlay, timeLineChangedPlay);
+}
+
+kxAnimGraphScene::~kxAnimGraphScene()
+{
+    disconnect(this, &QGraphicsScene::selectionChanged, this, nullptr); // items die after this part of the scene
+    if (theScene == this)
+        theScene = nullptr;
+}
+
+bool kxAnimGraphScene::eventFilter(QObject* watched, QEvent* event)
+{
+    // Calls that the scene queues to itself have to arrive: it never draws or reports a change again otherwise.
+    if (_eventsBlocked && event->type() != QEvent::MetaCall)
+        return true;
+    return QGraphicsScene::eventFilter(watched, event);
+}
+
+void kxAnimGraphScene::timeLineChangedPlay(kxMessage& message)
+{
+    bool playing = false;
+    if (theScene != nullptr && getFromMessage(message, "playing", playing))
+        theScene->_timeItem->setPlaying(playing);
+}
+
+void kxAnimGraphScene::clear()
+{
+    const Rebuild rebuild(this);
+    if (_timeItem->isMoving())
+    {
+        // It loses the mouse here, and wouldn't hear of the release.
+        QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
+        sendEvent(_timeItem, &release);
+    }
+    removeItem(_timeItem);
+    QGraphicsScene::clear();
+    _curves.clear();
+    addItem(_timeItem);
+}
+
+void kxAnimGraphScene::setFrame(double frame)
+{
+    _timeItem->setTime(frame);
+}
+
+bool kxAnimGraphScene::timeItemMoving() const
+{
+    return _timeItem->isMoving();
+}
+
+void kxAnimGraphScene::timeItemChanged(double value)
+{
+    kxMessage message;
+    message.set("frame", value, true);
+    kxController::call(kxMessageName::FrameChangedCurveEditor, message, 0);
+}
+
+void kxAnimGraphScene::addCurve(kxAnimGraphCurve* curve)
+{
+    addItem(curve);
+    _curves.emplace_back(curve);
+}
+
+QList<kxAnimGraphCurve*> kxAnimGraphScene::curves() const
+{
+    QList<kxAnimGraphCurve*> curves;
+    for (const QPointer<kxAnimGraphCurve>& curve : _curves)
+        if (!curve.isNull() && curve->scene() == this)
+            curves.append(curve);
+    return curves;
+}
+
+bool kxAnimGraphScene::isEmpty() const
+{
+    for (const QGraphicsItem* const item : items())
+        if (item != _timeItem && qgraphicsitem_cast<const kxAnimGraphCurve*>(item) == nullptr)
+            return false; // a key or a bar
+    return true;
+}
+
+void kxAnimGraphScene::selectedPoints(QList<kxAnimGraphPoint*>& out) const
+{
+    const int first = out.size();
+    for (QGraphicsItem* const item : selectedItems())
+    {
+        auto* const point = qgraphicsitem_cast<kxAnimGraphPoint*>(item);
+        if (point != nullptr && point->isKey())
+            out.append(point);
+    }
+    std::sort(out.begin() + first, out.end(),
+              [](const kxAnimGraphPoint* a, const kxAnimGraphPoint* b)
+              {
+                  const unsigned int idA = curveIdOf(a), idB = curveIdOf(b);
+                  return idA != idB ? idA < idB : a->index() < b->index();
+              });
+}
+
+void kxAnimGraphScene::selectPointsIn(const QRectF& rect)
+{
+    const auto touches = [&rect](const QRectF& square) // also where the band has no width
+    {
+        return square.right() >= rect.left() && square.left() <= rect.right() && square.bottom() >= rect.top() &&
+               square.top() <= rect.bottom();
+    };
+    const QRectF square = kxAnimGraphPoint::square().normalized();
+    bool changed = false;
+    const bool wasBlocked = blockSignals(true); // one signal for all
+    for (kxAnimGraphCurve* const curve : curves())
+    {
+        for (kxAnimGraphPoint* const point : curve->points())
+        {
+            const bool inside = touches(square.translated(point->pos()));
+            if (inside == point->isSelected())
+                continue;
+            point->setSelected(inside);
+            changed = true;
+        }
+    }
+    blockSignals(wasBlocked);
+    if (changed)
+        Q_EMIT selectionChanged();
+}
+
+void kxAnimGraphScene::selectAllPoints()
+{
+    const Rebuild rebuild(this); // one signal for all
+    for (kxAnimGraphCurve* const curve : curves())
+        for (kxAnimGraphPoint* const point : curve->points())
+            point->setSelected(true);
+}
+
+void kxAnimGraphScene::lockItems(bool value)
+{
+    const Rebuild rebuild(this); // what is locked is no longer selected
+    for (QGraphicsItem* const item : items())
+        if (auto* const point = qgraphicsitem_cast<kxAnimGraphPoint*>(item))
+        {
+            point->setFlag(QGraphicsItem::ItemIsMovable, !value);
+            point->setFlag(QGraphicsItem::ItemIsSelectable, !value);
+        }
+}
+
+void kxAnimGraphScene::changedSelection()
+{
+    QList<kxAnimGraphPoint*> selected;
+    selectedPoints(selected);
+    for (const QPointer<kxAnimGraphPoint>& point : _withTangents)
+        if (!point.isNull() && !point->isSelected())
+            point->setTangentsVisible(false);
+    _withTangents.assign(selected.begin(), selected.end());
+    for (kxAnimGraphPoint* const point : selected)
+        point->setTangentsVisible(true);
+}
+
+void kxAnimGraphScene::moveSelectedPoints()
+{
+    QList<kxAnimGraphPoint*> selected;
+    selectedPoints(selected);
+    auto group = std::make_unique<kxMultiCommand>("Move Control Points", "Animation");
+    bool changed = false;
+    std::vector<osg::CCPnt> keys;
+    for (const auto& [id, item] : curveItemsOf(selected))
+    {
+        keys.clear();
+        item->collectControlPoints(keys);
+        const osg::AnimCurvePtr curve = item->animCurve();
+        const auto& present = curve->getControlPoints();
+        changed = changed || !std::equal(keys.begin(), keys.end(), present.begin(), present.end());
+        new kxAnimCurveUndoCommand(curve, keys, group.get());
+    }
+    if (!changed)
+        return; // a drag that hasn't reached the next grid line is no step
+    const kxScopedUndo scope(true);
+    kxUndoStack::get(0).add(group.release());
+    kxAnimManager::the()->reevaluateAnimations(false);
+}
+
+void kxAnimGraphScene::copySelectedPoints()
+{
+    _copiedKeys.clear();
+    const float fps = float(kxAnimManager::the()->fps());
+    QList<kxAnimGraphPoint*> selected;
+    selectedPoints(selected);
+    for (const kxAnimGraphPoint* const point : selected)
+    {
+        const kxAnimGraphCurve* const item = point->curve();
+        const osg::AnimCurvePtr curve = item == nullptr ? osg::AnimCurvePtr() : item->animCurve();
+        if (curve == osg::NullFC || point->index() < 0 ||
+            osg::UInt32(point->index()) >= curve->getControlPoints().size())
+            continue;
+        const osg::CCPnt& key = curve->getControlPoints(osg::UInt32(point->index()));
+        _copiedKeys[curve.getFieldContainerId()].emplace_back(
+            float(point->pos().x() / double(fps)), float(point->pos().y()), float(key.inType), float(key.outType));
+    }
+}
+
+namespace
+{
+/// The copied keys of one curve as keys to add, the first of them at `now`, in ascending time.
+std::vector<osg::CCPnt> keysAt(float now, std::vector<osg::Vec4f> copied)
+{
+    std::sort(copied.begin(), copied.end(), [](const osg::Vec4f& a, const osg::Vec4f& b) { return a.x() < b.x(); });
+    std::vector<osg::CCPnt> keys;
+    keys.reserve(copied.size());
+    for (const osg::Vec4f& key : copied)
+        keys.emplace_back(osg::Pnt2f(key.x() - copied.front().x() + now, key.y()), osg::Vec2f(), osg::Vec2f(),
+                          osg::UInt32(key.z()), osg::UInt32(key.w()));
+    return keys;
+}
+} // namespace
+
+void kxAnimGraphScene::pasteKeys()
+{
+    const QList<kxAnimGraphCurve*> items = curves();
+    std::map<unsigned int, osg::AnimCurvePtr> shown;
+    for (const kxAnimGraphCurve* const item : items)
+        if (const osg::AnimCurvePtr curve = item->animCurve())
+            shown.emplace(curve.getFieldContainerId(), curve);
+
+    auto group = std::make_unique<kxMultiCommand>("Paste Control Points", "Animation");
+    const float now = float(kxAnimManager::the()->currentFrame() / kxAnimManager::the()->fps());
+    for (const auto& [id, copied] : _copiedKeys)
+    {
+        const auto found = shown.find(id);
+        if (found != shown.end() && !copied.empty())
+            new kxAddAnimKeyUndoCommand(found->second, keysAt(now, copied), group.get());
+    }
+
+    const kxScopedUndo scope(true);
+    kxUndoStack::get(0).add(group.release());
+    {
+        const Rebuild rebuild(this);
+        for (kxAnimGraphCurve* const item : items)
+            item->rebuildFromCurve();
+    }
+    sendUpdateClipScene();
+}
+
+void kxAnimGraphScene::deleteSelectedPoints()
+{
+    QList<kxAnimGraphPoint*> selected;
+    selectedPoints(selected);
+    const auto items = curveItemsOf(selected);
+    std::map<const kxAnimGraphCurve*, std::vector<unsigned int>> indices;
+    for (const kxAnimGraphPoint* const point : selected)
+        if (point->index() >= 0)
+            indices[point->curve()].push_back(unsigned(point->index()));
+
+    auto group = std::make_unique<kxMultiCommand>("Delete Animation Keys", "Animation");
+    for (const auto& [id, item] : items)
+        new kxAddAnimKeyUndoCommand(item->animCurve(), std::move(indices[item]), group.get());
+
+    const kxScopedUndo scope(true);
+    {
+        const Rebuild rebuild(this);
+        kxUndoStack::get(0).add(group.release());
+        for (const auto& [id, item] : items)
+            item->rebuildFromCurve();
+    }
+    sendUpdateClipScene();
+}
+
+namespace
+{
+/// The extent of items, without those whose numbers are bad: each of them is worth a warning.
+class Extent
+{
+public:
+    void add(const QRectF& rect)
+    {
+        if (std::isfinite(rect.x()) && std::isfinite(rect.x() + rect.width()) && std::isfinite(rect.y()) &&
+            std::isfinite(rect.y() + rect.height()))
+            _rect |= rect;
+        else
+            kxLog::warning("Detected corrupted curve or tangent value. Please check your tangents!");
+    }
+    /// A key with its handles and their lines, whether or not they have been made.
+    void addKey(const kxAnimGraphPoint& key)
+    {
+        const QRectF square = kxAnimGraphPoint::square();
+        add(square.translated(key.pos()));
+        for (const QPointF& handle : {key.inTangentScenePos(), key.outTangentScenePos()})
+        {
+            add(square.translated(handle));
+            add(QRectF(key.pos(), handle)); // the line
+        }
+    }
+    const QRectF& rect() const { return _rect; }
+
+private:
+    QRectF _rect;
+};
+} // namespace
+
+QRectF kxAnimGraphScene::curvesBoundingRect() const
+{
+    Extent extent;
+    for (const QGraphicsItem* const item : items())
+    {
+        if (item == _timeItem || item->parentItem() != nullptr)
+            continue;
+        extent.add(item->sceneBoundingRect());
+        if (const auto* const curve = qgraphicsitem_cast<const kxAnimGraphCurve*>(item))
+            for (const kxAnimGraphPoint* const key : curve->points())
+                extent.addKey(*key);
+    }
+    return extent.rect();
+}
+
+void kxAnimGraphScene::drawBackground(QPainter* painter, const QRectF& rect)
+{
+    QGraphicsScene::drawBackground(painter, rect);
+    kxAnimGraphGrid(painter, rect, views().isEmpty() ? nullptr : views().first()).draw();
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <curveeditor/kxAnimGraphCurve.h>
+#include <curveeditor/kxAnimGraphPoint.h>
+#include <curveeditor/kxAnimGraphScene.h>
+#include <curveeditor/kxAnimGraphView.h>
+#include <kxAnimFixture.h>
+#include <kxSendMouse.h>
+
+#include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QUndoStack>
+
+#include <memory>
+
+/// A graph in a window of 600 x 400, an object's curves, and the mouse. One frame is 10 pixels
+/// and one value 20.
+class kxGraphFixture
+{
+public:
+    kxGraphFixture()
+    {
+        stack()->clear();
+        kxAnimManager::the()->setCurrentFrame(0, true, false);
+        view.resize(600, 400);
+        view.show();
+        view.setTransform(QTransform::fromScale(10, -20));
+        view.updatePointScale();
+    }
+    ~kxGraphFixture()
+    {
+        stack()->clear();
+        for (const osg::AnimNodePtr& node : nodes)
+            if (osg::FieldContainerFactory::the()->getContainer(node.getFieldContainerId()) != osg::NullFC)
+                node->subRef();
+    }
+
+    static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
+
+    /// Shows curves through these (frame, value), linear.
+    void show(const std::vector<std::vector<std::pair<float, float>>>& curves)
+    {
+        static const char* const suffixes[] = {"X", "Y", "Z"};
+        std::vector<osg::AnimNodePtr> shown;
+        for (std::size_t i = 0; i < curves.size(); ++i)
+        {
+            std::vector<std::pair<float, float>> keys = curves[i];
+            for (auto& key : keys)
+                key.first /= 24;
+            const osg::AnimNodePtr node = kxAnimFixture::curve("translation", suffixes[i % 3], keys);
+            node->addRef();
+            ids.push_back(node.getFieldContainerId());
+            nodes.push_back(node);
+            shown.push_back(node);
+        }
+        view.setAnimations(shown);
+    }
+
+    kxAnimGraphScene* scene() const { return view.scene(); }
+    kxAnimGraphPoint* point(int curve, unsigned int index) const { return scene()->curves().at(curve)->point(index); }
+    osg::CCPnt key(std::size_t curve, osg::UInt32 index) const
+    {
+        return kxAnimFixture::curveOf(nodes[curve])->getControlPoints(index);
+    }
+    /// Frame and value of a key of the kernel.
+    QPointF place(std::size_t curve, osg::UInt32 index) const
+    {
+        return QPointF(double(key(curve, index).x()) * 24, double(key(curve, index).y()));
+    }
+
+    QWidget* port() const { return view.viewport(); }
+    QPoint at(const QPointF& scenePlace) const { return view.mapFromScene(scenePlace); }
+    QPoint at(const QGraphicsItem* item) const { return at(item->scenePos()); }
+
+    void click(const QPoint& place) const
+    {
+        kxPress(port(), place);
+        kxRelease(port(), place);
+    }
+    /// A drag with the left button in steps.
+    void drag(const QPoint& from, const QPoint& to, int steps = 4) const
+    {
+        kxPress(port(), from);
+        for (int i = 1; i <= steps; ++i)
+            kxDragTo(port(), from + (to - from) * i / steps);
+        kxRelease(port(), to);
+    }
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers);
+        QApplication::sendEvent(&view, &event);
+    }
+    void release(int key)
+    {
+        QKeyEvent event(QEvent::KeyRelease, key, Qt::NoModifier);
+        QApplication::sendEvent(&view, &event);
+    }
+
+    kxAnimFixture scope;
+    std::vector<osg::AnimNodePtr> nodes; // a share of each, until a test gives it back
+    std::vector<unsigned int> ids;
+    kxAnimGraphView view;
+};
