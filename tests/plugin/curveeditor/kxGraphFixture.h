@@ -12,6 +12,7 @@
 
 #include <QUndoStack>
 
+#include <cmath>
 #include <memory>
 
 /// A graph in a window of 600 x 400, an object's curves, and the mouse. One frame is 10 pixels
@@ -63,10 +64,11 @@ public:
     {
         return kxAnimFixture::curveOf(nodes[curve])->getControlPoints(index);
     }
-    /// Frame and value of a key of the kernel.
+    /// Frame and value of a key of the kernel, to a thousandth.
     QPointF place(std::size_t curve, osg::UInt32 index) const
     {
-        return QPointF(double(key(curve, index).x()) * 24, double(key(curve, index).y()));
+        const auto rounded = [](double number) { return std::round(number * 1000) / 1000; };
+        return QPointF(rounded(double(key(curve, index).x()) * 24), rounded(double(key(curve, index).y())));
     }
 
     QWidget* port() const { return view.viewport(); }

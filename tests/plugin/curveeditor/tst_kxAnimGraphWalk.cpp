@@ -79,8 +79,9 @@ void tst_kxAnimGraphWalk::moveKeys(kxGraphFixture& graph)
     graph.scene()->selectedPoints(points);
     if (points.isEmpty())
         return;
-    graph.view.frameAll();
-    const QPoint from = graph.at(points.first());
+    kxAnimGraphPoint* const key = points[random(points.size())];
+    graph.view.centerOn(key->pos());
+    const QPoint from = graph.at(key);
     graph.drag(from, from + QPoint(random(160) - 80, random(160) - 80), 1 + random(6));
 }
 
@@ -91,7 +92,8 @@ void tst_kxAnimGraphWalk::dragHandle(kxGraphFixture& graph)
     if (points.isEmpty())
         return;
     graph.scene()->setBreakTangents(random(2) == 0);
-    const kxAnimGraphPoint* const key = points.first();
+    const kxAnimGraphPoint* const key = points[random(points.size())];
+    graph.view.centerOn(key->pos());
     const QPoint from = graph.at(random(2) == 0 ? key->inTangentItem() : key->outTangentItem());
     graph.drag(from, from + QPoint(random(120) - 60, random(120) - 60), 1 + random(6));
 }
@@ -100,7 +102,6 @@ void tst_kxAnimGraphWalk::showOthers(kxGraphFixture& graph)
 {
     const std::size_t first = std::size_t(random(int(graph.nodes.size())));
     graph.view.setAnimations(std::vector<osg::AnimNodePtr>(graph.nodes.begin() + int(first), graph.nodes.end()));
-    graph.view.frameAll();
 }
 
 void tst_kxAnimGraphWalk::edit(kxGraphFixture& graph)
