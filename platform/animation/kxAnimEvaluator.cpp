@@ -84,7 +84,7 @@ bool kxAnimEvaluator::computeAim(const AnimCurvePtr& curve, const FieldContainer
     aims.clear();
     if (curve == NullFC)
         return false;
-    aims = kxAims::ofCore(curve);
+    aims = kxAims::inScene(curve);
     const FieldContainerPtr object = container != NullFC ? container : getFirstAim(curve);
     const kxChannelTarget found = kxChannelTarget::find(object, *curve);
     if (found.isNull())

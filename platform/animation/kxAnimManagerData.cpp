@@ -92,7 +92,10 @@ void kxAnimManager::getAnimCurveData(const AnimNodePtr& node, std::vector<kxCurv
                     if (withTargets)
                     {
                         const std::vector<FieldContainerPtr> aims = kxAims::ofNode(curveNode);
-                        entry.targetId = aims.empty() ? 0 : aims.front().getFieldContainerId();
+                        const auto shown =
+                            std::find_if(aims.begin(), aims.end(),
+                                         [](const FieldContainerPtr& aim) { return kxScene::the()->contains(aim); });
+                        entry.targetId = shown == aims.end() ? 0 : shown->getFieldContainerId();
                     }
                     data.push_back(entry);
                     nodes.push_back(curveNode);
@@ -182,7 +185,7 @@ float kxAnimManager::getOSGFieldValue(const AnimCurvePtr& curve, const FieldCont
         const kxChannelTarget found = kxChannelTarget::find(target, *curve);
         return found.isNull() ? 0 : found.value();
     }
-    for (const FieldContainerPtr& aim : kxAims::ofCore(curve))
+    for (const FieldContainerPtr& aim : kxAims::inScene(curve))
     {
         const kxChannelTarget found = kxChannelTarget::find(aim, *curve);
         if (!found.isNull())
@@ -211,12 +214,17 @@ unsigned int kxAnimManager::blockSceneRefCount(const AnimNodePtr& node) const
                                   [](const NodePtr& other)
                                   {
                                       const AnimAttachmentPtr attachment = kxAttachmentRegistry::above(other);
-                                      return attachment != NullFC && !attachment->getParents().empty();
+                                      if (attachment == NullFC)
+                                          return false;
+                                      const auto& objects = attachment->getParents();
+                                      return std::any_of(objects.begin(), objects.end(),
+                                                         [](const AttachmentContainerPtr& object)
+                                                         { return kxScene::the()->contains(object); });
                                   }));
 }
 
 FieldContainerPtr kxAnimManager::findFirstParent(const NodeCorePtr& core) const
 {
-    const std::vector<FieldContainerPtr> objects = kxAims::ofCore(core);
+    const std::vector<FieldContainerPtr> objects = kxAims::inScene(core);
     return objects.empty() ? FieldContainerPtr() : objects.front();
 }

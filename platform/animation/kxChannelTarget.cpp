@@ -1,6 +1,7 @@
 #include <animation/kxChannelTarget.h>
 
 #include <animation/kxAttachmentRegistry.h>
+#include <scene/kxScene.h>
 
 #include <algorithm>
 #include <limits>
@@ -66,6 +67,15 @@ kxChannelTarget kxChannelTarget::find(const FieldContainerPtr& object, const std
 kxChannelTarget kxChannelTarget::find(const FieldContainerPtr& object, const AnimCurve& curve)
 {
     return find(object, curve.getChannelName(), curve.getSuffix());
+}
+
+std::vector<FieldContainerPtr> kxAims::inScene(const NodeCorePtr& core)
+{
+    std::vector<FieldContainerPtr> objects = ofCore(core);
+    objects.erase(std::remove_if(objects.begin(), objects.end(),
+                                 [](const FieldContainerPtr& object) { return !kxScene::the()->contains(object); }),
+                  objects.end());
+    return objects;
 }
 
 std::vector<FieldContainerPtr> kxAims::ofCore(const NodeCorePtr& core)

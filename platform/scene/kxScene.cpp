@@ -127,6 +127,16 @@ void kxScene::subMaterial(const MaterialPtr& material)
     markStructureChanged();
 }
 
+bool kxScene::contains(const FieldContainerPtr& object) const
+{
+    if (const MaterialPtr material = MaterialPtr::dcast(object))
+        return std::find(_materials.begin(), _materials.end(), material) != _materials.end();
+    NodePtr top = NodePtr::dcast(object);
+    while (top != NullFC && top->getParent() != NullFC)
+        top = top->getParent();
+    return top != NullFC && top == _superRoot;
+}
+
 std::string kxScene::setting(const std::string& key) const
 {
     const auto found = _settings.find(key);

@@ -31,6 +31,10 @@ public:
     void insertMaterial(std::size_t index, const osg::MaterialPtr& material);
     void subMaterial(const osg::MaterialPtr& material);
 
+    /// False for a node outside the tree and a material outside the list: what only the undo stack, the clipboard or a
+    /// script holds.
+    bool contains(const osg::FieldContainerPtr& object) const;
+
     /// Values that belong to the scene and to no object, by key, as text; saved with it.
     const std::map<std::string, std::string>& settings() const { return _settings; }
     std::string setting(const std::string& key) const;

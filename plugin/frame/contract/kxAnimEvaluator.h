@@ -18,8 +18,8 @@ public:
     void blockSequenceEvaluation(bool block);
     bool isSequenceEvaluationBlocked() const;
 
-    /// Writes a value into the channel that `curve` drives, or into a channel of an object. A value that isn't finite is
-    /// refused. `mark`: the field is marked.
+    /// Writes a value into the channel that `curve` drives, or into a channel of an object. A value that isn't finite
+    /// is refused. `mark`: the field is marked.
     void setOSGFieldValue(const osg::AnimCurvePtr& curve, float value, bool mark);
     void setOSGFieldValue(const kxAnimManager::kxOSGChannelData& channel, float value, bool mark);
 
@@ -27,7 +27,7 @@ public:
     /// drives. False where it drives nothing there.
     bool computeAim(const osg::AnimCurvePtr& curve, const osg::FieldContainerPtr& container,
                     osg::FieldContainerPtr& target, std::vector<osg::FieldContainerPtr>& aims) const;
-    /// The first object under whose attachment the curve stands, null where there is none.
+    /// The first object of the scene under whose attachment the curve stands, null where there is none.
     osg::FieldContainerPtr getFirstAim(const osg::AnimCurvePtr& curve) const;
 
 private:

@@ -71,7 +71,8 @@ public:
 
     double fps() const;
     /// A rate that is not above 0 or not finite is refused with a warning. "changedFPS" goes out where it changes. With
-    /// keepKeysAtFrame() key times are rescaled so that keys stay on their frames.
+    /// keepKeysAtFrame() key times are rescaled so that keys stay on their frames; where one moved, that is a step on
+    /// the undo stack.
     void setFPS(double fps);
     double playbackFPS() const;
     /// -1.0 means every frame; any other rate has to be above 0. "changedFPS" goes out where it changes.
@@ -82,8 +83,8 @@ public:
 
     // Frame
 
-    /// Makes `frame` the current one and evaluates the scene. `force`: also where the frame stands and nothing is stale.
-    /// `announce`: "currentFrameChanged" goes out, then "currentFullFrameChanged" when the whole frame changed.
+    /// Makes `frame` the current one and evaluates the scene. `force`: also where the frame stands and nothing is
+    /// stale. `announce`: "currentFrameChanged" goes out, then "currentFullFrameChanged" when the whole frame changed.
     void setCurrentFrame(double frame, bool force, bool announce);
     /// As above without an evaluation.
     void setCurrentFrameNoEvaluation(double frame, bool announce);
@@ -176,9 +177,11 @@ public:
     float getOSGFieldValue(const kxOSGChannelData& channel) const;
     /// True for a channel that "key all" leaves out: "visible".
     bool ignoreChannel(const std::string& channelName) const;
-    /// How many nodes with the core of `node` stand under objects' or materials' attachments.
+    /// How many nodes with the core of `node` stand under the attachments of objects or materials that are in the
+    /// scene.
     unsigned int blockSceneRefCount(const osg::AnimNodePtr& node) const;
-    /// The object or material under whose attachment a node with this core stands first; null where there is none.
+    /// The first object or material of the scene under whose attachment a node with this core stands; null where there
+    /// is none.
     osg::FieldContainerPtr findFirstParent(const osg::NodeCorePtr& core) const;
 
     // Building

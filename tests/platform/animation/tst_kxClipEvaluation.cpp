@@ -209,6 +209,18 @@ void tst_kxClipEvaluation::sharedBlocksDriveEveryObject()
     QCOMPARE(aims.size(), std::size_t(2));
     QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == s.object);
     QCOMPARE(manager()->blockSceneRefCount(s.block), 2u);
+
+    // An object that only the undo stack holds is no aim and counts for nothing, until it comes back.
+    const NodePtr root = kxScene::the()->root();
+    s.object->addRef();
+    root->subChild(s.object);
+    QCOMPARE(manager()->blockSceneRefCount(s.block), 1u);
+    QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == second);
+    QVERIFY(!kxAnimEvaluator::the()->computeAim(curve, NodePtr(), target, aims) || aims.size() == 1);
+    root->subChild(second);
+    root->addChild(s.object);
+    QVERIFY(manager()->findFirstParent(curve) == s.object);
+    s.object->subRef();
 }
 
 void tst_kxClipEvaluation::theSceneTakesOverAgain()
