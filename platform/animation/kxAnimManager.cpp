@@ -7,6 +7,7 @@
 #include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>
 #include <animation/kxPlaybackQueue.h>
+#include <animation/kxRateCommand.h>
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlan.h>
 #include <animation/kxTimeRescale.h>
@@ -66,11 +67,19 @@ void kxAnimManager::setFPS(double fps)
     if (fps == _p->fps)
         return;
     const double old = _p->fps;
-    _p->fps = fps;
-    if (_p->keepKeysAtFrame)
-        kxTimeRescale::keepFrames(old, fps);
+    // The steps on the undo stack hold seconds of the rate they were made at, so the way back to them leads over this.
+    if (_p->changeRate(old, fps, _p->keepKeysAtFrame))
+        kxUndoStack::get(0).add(
+            new kxRateCommand(old, fps, [this](double from, double to) { _p->changeRate(from, to, true); }));
+}
+
+bool kxAnimManager::Private::changeRate(double from, double to, bool keepFrames)
+{
+    fps = to;
+    const bool hasMoved = keepFrames && kxTimeRescale::keepFrames(from, to);
     sendChangedFPS();
-    _p->evaluate(true); // another time at the same frame
+    evaluate(true); // another time at the same frame
+    return hasMoved;
 }
 
 double kxAnimManager::playbackFPS() const

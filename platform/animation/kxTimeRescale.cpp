@@ -17,14 +17,24 @@ class Rescale
 public:
     Rescale(double oldFps, double newFps) : _oldFps(oldFps), _newFps(newFps) {}
 
-    float operator()(float seconds) const
+    /// For a time that says when something was shown, which is no content.
+    float quietly(float seconds) const
     {
         return kxFrameTime::seconds(kxFrameTime::frame(seconds, _oldFps), _newFps);
     }
+    float operator()(float seconds) const
+    {
+        const float moved = quietly(seconds);
+        _hasMoved = _hasMoved || moved != seconds;
+        return moved;
+    }
     Vec2f vector(const Vec2f& v) const { return Vec2f(float(v.x() * (_oldFps / _newFps)), v.y()); }
+
+    bool hasMoved() const { return _hasMoved; }
 
 private:
     double _oldFps, _newFps;
+    mutable bool _hasMoved = false;
 };
 
 void rescaleCurve(AnimCurve& curve, const Rescale& rescale)
@@ -41,7 +51,7 @@ void rescaleNode(AnimNode& node, const Rescale& rescale)
 {
     node.setOffset(Vec2f(rescale(node.getOffset().x()), node.getOffset().y()));
     node.setPlayRange(Pnt2f(rescale(node.getPlayRange().x()), rescale(node.getPlayRange().y())));
-    node.setLastEvaluationTime(rescale(node.getLastEvaluationTime()));
+    node.setLastEvaluationTime(rescale.quietly(node.getLastEvaluationTime()));
 }
 } // namespace
 
@@ -55,10 +65,10 @@ kxTimeRescale::Pause::~Pause()
     --pauses;
 }
 
-void kxTimeRescale::keepFrames(double oldFps, double newFps)
+bool kxTimeRescale::keepFrames(double oldFps, double newFps)
 {
     if (pauses > 0)
-        return;
+        return false;
     const Rescale rescale(oldFps, newFps);
     const FieldContainerFactory& factory = *FieldContainerFactory::the();
     const std::size_t count = factory.getFieldContainerStore().size();
@@ -95,4 +105,5 @@ void kxTimeRescale::keepFrames(double oldFps, double newFps)
             markChanged(cache, TimeShapeCacheBase::RangeFieldMask);
         }
     }
+    return rescale.hasMoved();
 }

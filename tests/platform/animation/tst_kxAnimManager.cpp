@@ -6,9 +6,12 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
+#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
+
+#include <QUndoStack>
 
 #include <cmath>
 #include <set>
@@ -62,6 +65,7 @@ private Q_SLOTS:
     void unusedClonesAreTakenOut();
     void unannouncedMovesSwallowNoMessage();
     void keysKeepTheirFrames();
+    void aRateThatTakesKeysAlongIsAStep();
     void cameraShots();
     void nullAndDeadHandles();
 };
@@ -442,6 +446,32 @@ void tst_kxAnimManager::keysKeepTheirFrames()
     }
     manager()->setKeepKeysAtFrame(false);
     QCOMPARE(f.curveOf(AnimNodePtr::dcast(read->getChild(0)))->getControlPoints(1).x(), 1.0f);
+}
+
+/// Steps hold the seconds of their rate: undo all gives the start, redo all the end, whatever rates lie between.
+void tst_kxAnimManager::aRateThatTakesKeysAlongIsAStep()
+{
+    kxAnimFixture f;
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    stack->clear();
+    manager()->setKeepKeysAtFrame(true);
+    const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 5}, {2.5f, 7}});
+    manager()->addAnimation(f.object(), node);
+    const auto last = [&] { return f.curveOf(node)->getControlPoints(2).x(); };
+    manager()->setFPS(30);
+    manager()->setFPS(29.97);
+    QCOMPARE(stack->count(), 2);
+    manager()->setKeepKeysAtFrame(false);
+    manager()->setFPS(60); // seconds stay
+    QCOMPARE(stack->count(), 2);
+    const float end = last();
+    stack->setIndex(0);
+    QCOMPARE(manager()->fps(), 24.0);
+    QCOMPARE(last(), 2.5f);
+    stack->setIndex(2);
+    QCOMPARE(manager()->fps(), 29.97);
+    QCOMPARE(last(), end);
+    stack->clear();
 }
 
 /// From (0, 0, 10) with the look at the origin to (10, 0, 0): a quarter turn about y.
