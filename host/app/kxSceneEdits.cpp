@@ -7,6 +7,7 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
+#include <panels/kxFieldLook.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -20,6 +21,22 @@ typedef kxSceneEdits::Nodes Nodes;
 QString stepText(const char* text)
 {
     return kxUndoString(QString::fromLatin1(text), QStringLiteral("Scene"));
+}
+
+/// "Change Roughness of Steel", "Change Intensity of 2 Objects".
+QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field)
+{
+    const QString label = kxFieldLook::of(field).label;
+    const QString what = label.isEmpty() ? kxFieldLook::words(field) : label;
+    if (containers.size() != 1)
+        return stepText("Change %1 of %2 Objects").arg(what).arg(containers.size());
+    const osg::NodeCorePtr core = osg::NodeCorePtr::dcast(containers.front());
+    const osg::AttachmentContainerPtr named = core != osg::NullFC && !core->getParents().empty()
+                                                  ? osg::AttachmentContainerPtr(core->getParents().front())
+                                                  : osg::AttachmentContainerPtr::dcast(containers.front());
+    const std::string name = named == osg::NullFC ? std::string() : named->getNodeName();
+    return name.empty() ? stepText("Change %1").arg(what)
+                        : stepText("Change %1 of %2").arg(what, QString::fromStdString(name));
 }
 
 std::string freeName(const std::string& wanted, const std::vector<std::string>& taken)
@@ -108,6 +125,19 @@ void warnOfSharedAnimations(const osg::NodePtr& root)
 }
 } // namespace
 
+kxSceneEdits::Nodes kxSceneEdits::allNodes()
+{
+    Nodes nodes;
+    for (const osg::NodePtr& child : kxScene::the()->root()->getChildren())
+        osg::traverse(child,
+                      [&nodes](const osg::NodePtr& node)
+                      {
+                          nodes.push_back(node);
+                          return osg::Action::Continue;
+                      });
+    return nodes;
+}
+
 kxSceneEdits::Nodes kxSceneEdits::topmost(const Nodes& nodes)
 {
     std::set<unsigned int> wanted;
@@ -145,6 +175,7 @@ bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent,
     auto* const command = new kxPlaceNodesCommand(kxUndoString(text, QStringLiteral("Scene")));
     command->insertNode(node, target, -1);
     add(command);
+    adoptMaterial(node);
     kxSelectionManager::selectNode(node);
     return true;
 }
@@ -283,8 +314,9 @@ void kxSceneEdits::setField(const std::vector<osg::FieldContainerPtr>& container
                             const osg::FieldValue& value)
 {
     const kxScopedUndo scope(true);
+    const QString text = changeText(containers, field);
     for (const osg::FieldContainerPtr& container : containers)
-        add(kxSetFieldCommand::make(container, field, value, stepText("Change Value")));
+        add(kxSetFieldCommand::make(container, field, value, text));
 }
 
 void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
@@ -297,8 +329,9 @@ void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& conta
         return component < description.components() && QKXDoubleSpiner::applyRelative(op, operand, value) &&
                description.setComponent(target, component, float(value));
     };
+    const QString text = changeText(containers, field);
     for (const osg::FieldContainerPtr& container : containers)
-        add(kxSetFieldCommand::make(container, field, write, stepText("Change Value")));
+        add(kxSetFieldCommand::make(container, field, write, text));
 }
 
 osg::MaterialPtr kxSceneEdits::addMaterial()
@@ -307,6 +340,16 @@ osg::MaterialPtr kxSceneEdits::addMaterial()
     material->setNodeName(freeName(QObject::tr("Material").toStdString(), namesOfMaterials()));
     add(kxMaterialListCommand::add(material, -1));
     return material;
+}
+
+void kxSceneEdits::adoptMaterial(const osg::NodePtr& node)
+{
+    const osg::GeometryPtr geometry = osg::GeometryPtr::dcast(node->getCore());
+    const osg::MaterialPtr material = geometry == osg::NullFC ? osg::MaterialPtr() : geometry->getMaterial();
+    if (material == osg::NullFC || kxScene::the()->contains(material))
+        return;
+    material->setNodeName(freeName(node->getNodeName(), namesOfMaterials()));
+    add(kxMaterialListCommand::add(material, -1));
 }
 
 void kxSceneEdits::duplicateMaterials(const std::vector<osg::MaterialPtr>& materials)

@@ -13,7 +13,8 @@ namespace kxSceneEdits
 typedef std::vector<osg::NodePtr> Nodes;
 
 /// Puts a new object into the scene and selects it. `parent` null: under the scene's root. A name that is taken there
-/// gets a number. False where the parent takes no children.
+/// gets a number; a material that it brings comes into the list, under the object's name. False where the parent takes
+/// no children.
 bool addNode(const osg::NodePtr& node, const osg::NodePtr& parent, const QString& text);
 osg::NodePtr makeNode(const osg::NodeCorePtr& core, const QString& name);
 /// The selected objects under a new group that stands where the first of them stood.
@@ -38,12 +39,16 @@ void setComponent(const std::vector<osg::FieldContainerPtr>& containers, const s
                   RelativeOperator op, double operand);
 
 osg::MaterialPtr addMaterial();
+/// Puts the material of a node's surface into the scene's list, under the node's name, where it isn't there yet.
+void adoptMaterial(const osg::NodePtr& node);
 void duplicateMaterials(const std::vector<osg::MaterialPtr>& materials);
 /// Objects that show one of them show none then.
 void deleteMaterials(const std::vector<osg::MaterialPtr>& materials);
 /// Gives the surfaces among and below the nodes a material, and says how many there are.
 int assignMaterial(const Nodes& nodes, const osg::MaterialPtr& material);
 
+/// All objects of the scene, in the order of the tree.
+Nodes allNodes();
 /// The nodes of the scene without those that stand below another one of them, in the order of the tree.
 Nodes topmost(const Nodes& nodes);
 } // namespace kxSceneEdits

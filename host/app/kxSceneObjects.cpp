@@ -2,9 +2,8 @@
 
 #include "kxSceneEdits.h"
 
-#include <kxUndo.h>
 #include <scene/CameraLight.h>
-#include <scene/kxScene.h>
+#include <scene/UberMaterial.h>
 #include <view/kxPrimitives.h>
 
 #include <QCoreApplication>
@@ -25,8 +24,7 @@ kxSceneObjects::Entry body(const QString& name, osg::MeshPtr (*mesh)(), float li
                 const osg::GeometryPtr geometry = osg::Geometry::create();
                 geometry->setMesh(mesh());
                 geometry->setTranslation(osg::Vec3f(0, lift, 0));
-                const auto& materials = kxScene::the()->materials();
-                geometry->setMaterial(materials.empty() ? kxSceneEdits::addMaterial() : materials.front());
+                geometry->setMaterial(osg::UberMaterial::create()); // its own: a colour changes this body alone
                 return kxSceneEdits::makeNode(geometry, name);
             }};
 }
@@ -92,6 +90,5 @@ kxSceneObjects::Entry kxSceneObjects::group()
 
 bool kxSceneObjects::add(const Entry& entry)
 {
-    const kxScopedUndo scope(true); // a first body brings its material along
     return kxSceneEdits::addNode(entry.make(), osg::NodePtr(), tr("Add %1").arg(entry.name));
 }

@@ -17,7 +17,7 @@ struct Entry
     std::function<osg::NodePtr()> make; ///< a node that stands nowhere yet
 };
 
-/// Bodies, each with the scene's first material or a new one where it has none.
+/// Bodies, each with a material of its own.
 std::vector<Entry> primitives();
 std::vector<Entry> lights();
 Entry camera();

@@ -1,12 +1,26 @@
 #include "kxUnsavedWatch.h"
 
+#include <kernel/kxSelectCommand.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimNode.h>
+#include <undo/kxUndoStep.h>
 
 #include <QUndoStack>
 
 #include <algorithm>
+
+namespace
+{
+/// What is selected is no part of a file.
+bool isSelection(const QUndoCommand* command)
+{
+    const auto* const step = dynamic_cast<const kxUndoStep*>(command);
+    return step != nullptr && std::all_of(step->commands().begin(), step->commands().end(),
+                                          [](const std::unique_ptr<kxUndoCommand>& part)
+                                          { return dynamic_cast<const kxSelectCommand*>(part.get()) != nullptr; });
+}
+} // namespace
 
 kxUnsavedWatch::kxUnsavedWatch(QObject* parent) : QObject(parent), _stack(kxUndoStack::get(0).stack())
 {
@@ -58,9 +72,8 @@ bool kxUnsavedWatch::hasSteps() const
     const int clean = _stack->cleanIndex(), index = _stack->index();
     if (clean < 0)
         return true;
-    const QString selection = kxUndoString(QStringLiteral("Select"), QStringLiteral("Scene"));
     for (int i = std::min(clean, index); i < std::max(clean, index); ++i)
-        if (_stack->text(i) != selection)
+        if (!isSelection(_stack->command(i)))
             return true;
     return false;
 }

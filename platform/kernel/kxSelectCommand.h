@@ -4,8 +4,9 @@
 
 #include <kernel/kxSelection.h>
 
-/// A change of the selection. The changes of one drag are one step.
-class kxSelectCommand : public kxUndoCommand
+/// A change of the selection. Changes with nothing between them are one step, of one gesture or of several: looking
+/// around leaves a single line in the list of steps.
+class KX_API kxSelectCommand : public kxUndoCommand
 {
 public:
     kxSelectCommand(kxSelection::Kind kind, std::vector<unsigned int> before, std::vector<unsigned int> after);

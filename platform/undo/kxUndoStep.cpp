@@ -65,6 +65,8 @@ bool kxUndoStep::mergeWith(const QUndoCommand* other)
         return false;
     }
     dropObsolete();
+    if (!_commands.empty())
+        setText(_commands.front()->text());
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneEdits.h>
+#include <app/kxSceneObjects.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void relativeEditOfSeveralIsOneStep();
     void deletedMaterialComesBackToItsSurfaces();
     void refusesBadValues();
+    void stepsSayWhatWasDone();
 
 private:
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
@@ -208,6 +210,24 @@ void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
     stack()->undo();
     QVERIFY(surface->getMaterial() == steel);
     QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
+}
+
+void tst_kxSceneEdits::stepsSayWhatWasDone()
+{
+    const auto bodies = kxSceneObjects::primitives();
+    QVERIFY(kxSceneObjects::add(bodies.front()));
+    QCOMPARE(stack()->undoText(), QStringLiteral("Add Box"));
+    QVERIFY(kxSceneObjects::add(bodies.front()));
+    QCOMPARE(stack()->count(), 2);
+    const auto& materials = kxScene::the()->materials();
+    QCOMPARE(materials.size(), std::size_t(2)); // each its own, named after it
+    QCOMPARE(materials[1]->getNodeName(), kxSelection::the().nodes().front()->getNodeName());
+    kxSceneEdits::setField({materials[0]}, "roughness", osg::FieldValue(0.2f));
+    QCOMPARE(stack()->undoText(), QStringLiteral("Change Roughness of Box"));
+    kxSceneEdits::setComponent({kxSelection::the().nodes().front()->getCore()}, "translation", 0, RelativeAdd, 1);
+    QCOMPARE(stack()->undoText(), QStringLiteral("Change Position of Box_1"));
+    stack()->setIndex(0);
+    QVERIFY(materials.empty());
 }
 
 void tst_kxSceneEdits::refusesBadValues()

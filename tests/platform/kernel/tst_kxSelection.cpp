@@ -86,26 +86,32 @@ void tst_kxSelection::nodesAreSteps()
     kxSelectionManager::selectNodes({_nodes[2], osg::NullFC, _nodes[0], _nodes[2]});
     QCOMPARE(listener.takeHeard(), two);
     QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
-    QCOMPARE(_stack->undoText(), QStringLiteral("Select"));
+    QCOMPARE(_stack->undoText(), QStringLiteral("Select 2 Objects"));
 
     kxSelectionManager::selectNodes({_nodes[2], _nodes[0]});
     QCOMPARE(_stack->count(), 1);
     QVERIFY(listener.heard.isEmpty());
+    // Selections with nothing between them are one step, which says what is selected at its end.
     kxSelectionManager::selectNodes({_nodes[0], _nodes[2]});
+    _nodes[1]->setNodeName("Box");
+    kxSelectionManager::selectNode(_nodes[1]);
+    QCOMPARE(_stack->count(), 1);
+    QCOMPARE(_stack->undoText(), QStringLiteral("Select Box"));
+    kxSelection::the().selectMaterials(_materials);
     kxSelectionManager::selectNode(osg::NullFC);
     QCOMPARE(_stack->count(), 3);
     QVERIFY(kxScenegraph::getSelectedNodes().empty());
 
-    _stack->undo();
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[0], _nodes[2]}));
     listener.takeHeard();
     _stack->undo();
-    QCOMPARE(listener.takeHeard(), two);
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
+    QCOMPARE(listener.takeHeard(), QStringList({QStringLiteral("nodes 1"), QStringLiteral("materials 3")}));
     _stack->setIndex(0);
     QVERIFY(kxScenegraph::getSelectedNodes().empty());
-    _stack->setIndex(2);
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[0], _nodes[2]}));
+    _stack->setIndex(1);
+    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
+    kxSelectionManager::selectNode(osg::NullFC);
+    QCOMPARE(_stack->count(), 0); // back where it began
 }
 
 void tst_kxSelection::materialsByMessage()
@@ -136,6 +142,7 @@ void tst_kxSelection::materialsByMessage()
 void tst_kxSelection::deadOnesDropOut()
 {
     kxSelectionManager::selectNodes(_nodes);
+    kxSelection::the().selectMaterials(_materials);
     kxSelectionManager::selectNode(_nodes[0]);
     const osg::NodePtr dead = _nodes[1];
     _nodes.erase(_nodes.begin() + 1);
@@ -143,7 +150,7 @@ void tst_kxSelection::deadOnesDropOut()
     _stack->undo();
     QVERIFY(kxScenegraph::getSelectedNodes() == _nodes);
     kxSelectionManager::selectNodes(_nodes);
-    QCOMPARE(_stack->count(), 2); // selected already, so the step that was undone stays
+    QCOMPARE(_stack->count(), 3); // selected already, so the step that was undone stays
 }
 
 QTEST_MAIN(tst_kxSelection)

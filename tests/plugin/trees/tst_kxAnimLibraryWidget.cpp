@@ -376,13 +376,13 @@ void tst_kxAnimLibraryWidget::selectsInTheScene()
     _library->select("small/door/open,car/drive/roll,paint,small");
     QMetaObject::invokeMethod(_library.get(), "selectNodes");
     QVERIFY(selected() == std::vector<NodePtr>{_door});
-    QCOMPARE(stack->count(), 2);
+    QCOMPARE(stack->count(), 1); // selections with nothing between them are one step
     _library->row("small")->setGroup(true);
     _library->select("small");
     QMetaObject::invokeMethod(_library.get(), "selectNodes");
     QVERIFY((selected() == std::vector<NodePtr>{_door, _wheel}));
     stack->undo();
-    QVERIFY(selected() == std::vector<NodePtr>{_door});
+    QVERIFY(selected().empty());
     kxHostHooks::the().scrollToNode = nullptr;
 }
 
