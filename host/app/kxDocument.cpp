@@ -1,6 +1,7 @@
 #include "kxDocument.h"
 
 #include <files/kxSceneIO.h>
+#include <kernel/kxLogModel.h>
 
 #include <kxMessage.h>
 #include <kxMessageIds.h>
@@ -8,6 +9,8 @@
 
 #include <QFileInfo>
 #include <QScopedValueRollback>
+
+#include <utility>
 
 /// Hears of scenes that others open: a path that stayed would let the next save write over another scene's file.
 class kxDocument::SceneModule : public kxModuleBase
@@ -50,6 +53,12 @@ QString kxDocument::name() const
 {
     return _path.isEmpty() ? (_source.isEmpty() ? tr("Untitled") : QFileInfo(_source).fileName())
                            : QFileInfo(_path).fileName();
+}
+
+QString kxDocument::folder() const
+{
+    const QString& file = _path.isEmpty() ? _source : _path;
+    return file.isEmpty() ? QString() : QFileInfo(file).absolutePath();
 }
 
 bool kxDocument::mayLeave()
@@ -95,6 +104,8 @@ bool kxDocument::newScene()
         return false;
     const QScopedValueRollback<bool> replacing(_replacing, true);
     kxSceneIO::newScene();
+    if (std::exchange(_hasBegun, true))
+        kxLogModel::the().startScene(tr("New scene"));
     _watch.startOver();
     _source.clear();
     setPath(QString());

@@ -44,6 +44,8 @@ public:
     const QString& path() const { return _path; }
     /// The file's name without its folder, or a word for a scene without one.
     QString name() const;
+    /// Where the scene lies, or the model that it came from; empty for a scene of neither.
+    QString folder() const;
     bool isUnsaved() const { return _watch.isUnsaved(); }
 
     /// Asks where there is something to lose. False: the user wants to go back, or it couldn't be saved.
@@ -77,6 +79,7 @@ private:
     kxUnsavedWatch _watch;
     QString _path;           // of our own format
     QString _source;         // what was opened, of any format; proposes the name
+    bool _hasBegun = false;  // a first scene has been made
     bool _replacing = false; // an operation of this class is at it
     std::unique_ptr<SceneModule> _module;
 };

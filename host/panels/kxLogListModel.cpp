@@ -1,5 +1,7 @@
 #include "kxLogListModel.h"
 
+#include <QApplication>
+#include <QFont>
 #include <kxIconManager.h>
 #include <widgets/kxColors.h>
 
@@ -62,7 +64,15 @@ QVariant kxLogListModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole:
         return QString::fromLatin1(kxLogModel::levelName(entry.level)) + QStringLiteral(": ") + entry.text;
     case Qt::ForegroundRole:
-        return entry.level == kxLogEntry::Info ? QVariant(kxColors::dimText()) : QVariant();
+        return entry.level == kxLogEntry::Info && !entry.startsScene ? QVariant(kxColors::dimText()) : QVariant();
+    case Qt::FontRole:
+    {
+        if (!entry.startsScene)
+            return QVariant();
+        QFont font = QApplication::font("QAbstractItemView");
+        font.setBold(true);
+        return font;
+    }
     default:
         return QVariant();
     }

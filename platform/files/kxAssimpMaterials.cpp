@@ -2,6 +2,7 @@
 
 #include <files/kxFileReport.h>
 #include <files/kxImageImport.h>
+#include <files/kxSceneSummary.h>
 
 #include <QDir>
 #include <QFile>
@@ -77,7 +78,7 @@ void kxAssimpMaterials::add(const aiMaterial& source)
     _materials.emplace_back(material);
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
-    material->setNodeName(name.length == 0 ? "Material" : name.C_Str());
+    material->setNodeName(name.C_Str());
     addSurface(source, *material);
     material->setBaseColorImage(picture(source));
     const Color3f& color = material->getBaseColor();
@@ -112,11 +113,13 @@ void kxAssimpMaterials::addSurface(const aiMaterial& source, UberMaterial& mater
 ImagePtr kxAssimpMaterials::picture(const aiMaterial& source)
 {
     aiString path;
-    if (source.GetTexture(aiTextureType_BASE_COLOR, 0, &path) != AI_SUCCESS &&
-        source.GetTexture(aiTextureType_DIFFUSE, 0, &path) != AI_SUCCESS)
+    aiTextureMapMode wrap[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
+    const auto find = [&](aiTextureType type)
+    { return source.GetTexture(type, 0, &path, nullptr, nullptr, nullptr, nullptr, wrap) == AI_SUCCESS; };
+    if ((!find(aiTextureType_BASE_COLOR) && !find(aiTextureType_DIFFUSE)) || path.length == 0)
         return ImagePtr();
-    if (path.length == 0)
-        return ImagePtr();
+    if (wrap[0] != aiTextureMapMode_Wrap || wrap[1] != aiTextureMapMode_Wrap)
+        _report.note(QString::fromLatin1(kxSceneSummary::WrapNote));
     for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT, aiTextureType_SPECULAR})
         if (source.GetTextureCount(type) > 0)
             _report.note(QStringLiteral("pictures of other things than the base colour are left out"));

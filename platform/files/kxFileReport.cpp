@@ -1,6 +1,9 @@
 #include <files/kxFileReport.h>
 
+#include <kernel/kxLogModel.h>
 #include <kxLog.h>
+
+#include <QFileInfo>
 
 QString kxFileReport::message() const
 {
@@ -24,8 +27,22 @@ void kxFileReport::note(const QString& line)
         ++_unlisted;
 }
 
+void kxFileReport::setSummary(const QString& line, bool opened)
+{
+    _summary = line;
+    _opened = opened;
+}
+
 void kxFileReport::log() const
 {
+    if (!_summary.isEmpty() && !failed())
+    {
+        const QString name = QFileInfo(_file).fileName();
+        if (_opened)
+            kxLogModel::the().startScene(QStringLiteral("Opened '%1': %2").arg(name, _summary));
+        else
+            kxLog::info(QStringLiteral("Imported '%1': %2").arg(name, _summary));
+    }
     for (const QString& line : _notes)
         kxLog::warning(QStringLiteral("'%1': %2").arg(_file, line));
     if (_unlisted > 0)

@@ -23,7 +23,10 @@ public:
     /// Keeps the first reason; false, so that a reader can return it.
     bool fail(const QString& reason);
     void note(const QString& line);
-    /// Writes the reason and the notes to the log.
+    /// What was read, in one line; `opened` where it stands in place of the scene before.
+    void setSummary(const QString& line, bool opened);
+    const QString& summary() const { return _summary; }
+    /// Writes the summary, the notes and the reason to the log.
     void log() const;
 
 private:
@@ -32,5 +35,7 @@ private:
     QString _file;
     QString _error;
     QStringList _notes;
+    QString _summary;
+    bool _opened = false;
     int _unlisted = 0; ///< notes beyond MostNotes
 };

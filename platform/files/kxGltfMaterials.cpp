@@ -2,6 +2,7 @@
 
 #include <files/kxFileReport.h>
 #include <files/kxImageImport.h>
+#include <files/kxSceneSummary.h>
 
 #include <algorithm>
 #include <cmath>
@@ -92,7 +93,7 @@ void kxGltfMaterials::add(const tinygltf::Material& source)
 {
     const UberMaterialPtr material = UberMaterial::create();
     _materials.emplace_back(material);
-    material->setNodeName(source.name.empty() ? "Material" : source.name);
+    material->setNodeName(source.name);
     material->setDoubleSided(source.doubleSided);
     Mapping mapping;
     addBaseColor(source, *material, mapping);
@@ -195,6 +196,12 @@ ImagePtr kxGltfMaterials::picture(int texture, bool opaque)
     const int index = imageOf(texture);
     if (index < 0)
         return ImagePtr();
+    const int sampler = _document.model().textures[std::size_t(texture)].sampler;
+    const auto& samplers = _document.model().samplers;
+    if (sampler >= 0 && std::size_t(sampler) < samplers.size() &&
+        (samplers[std::size_t(sampler)].wrapS != TINYGLTF_TEXTURE_WRAP_REPEAT ||
+         samplers[std::size_t(sampler)].wrapT != TINYGLTF_TEXTURE_WRAP_REPEAT))
+        _report.note(QString::fromLatin1(kxSceneSummary::WrapNote));
     Picture& picture = _pictures[opaque ? 1 : 0][std::size_t(index)];
     if (!picture.read)
     {

@@ -10,6 +10,7 @@
 #include <files/kxImportCommand.h>
 #include <files/kxSceneFile.h>
 #include <files/kxSceneMessages.h>
+#include <files/kxSceneSummary.h>
 #include <files/kxUniqueNames.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -102,6 +103,14 @@ void coverAnimations(const kxSceneContent& content)
     manager->setCurrentFrameNoEvaluation(start, false);
 }
 
+/// A model without animations has no part of the range that would matter more than the rest.
+void showFullRange()
+{
+    kxAnimManager* const manager = kxAnimManager::the();
+    manager->setDetailedRangeStart(manager->fullRangeStart());
+    manager->setDetailedRangeEnd(manager->fullRangeEnd());
+}
+
 /// Top-level animations and clips: those whose names tell them apart.
 bool isNamed(const NodePtr& node)
 {
@@ -173,6 +182,7 @@ void kxSceneIO::newScene()
     kxScene::the()->clear();
     call(kxMessageName::TrashCleared);
     kxSceneMessages::newScene();
+    kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
 }
 
 bool kxSceneIO::open(const QString& path, kxFileReport& report)
@@ -180,6 +190,9 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxSceneContent content;
     if (!read(path, content, report))
         return false;
+    if (!isSceneFile(path))
+        kxSceneSummary::nameMaterials(content, {});
+    report.setSummary(kxSceneSummary::of(content), true);
     {
         // What was read is in memory already, with times at its own rate.
         const kxTimeRescale::Pause pause;
@@ -200,6 +213,8 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     for (const auto& [key, value] : content.settings)
         scene->setSetting(key, value);
     coverAnimations(content);
+    if (!isSceneFile(path) && !(content.animationEnd > content.animationStart))
+        showFullRange();
 
     scene->markStructureChanged();
     kxAnimManager::the()->verifyClipStructure(); // where the user wants it
@@ -216,6 +231,8 @@ bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
     if (!read(path, content, report))
         return false;
     renameCollisions(content);
+    kxSceneSummary::nameMaterials(content, kxScene::the()->materials());
+    report.setSummary(kxSceneSummary::of(content), false);
     const NodePtr group = Node::create();
     group->setCore(Transform::create());
     group->setNodeName(QFileInfo(path).completeBaseName().toStdString());

@@ -11,9 +11,17 @@ kxLogModel& kxLogModel::the()
 
 void kxLogModel::add(kxLogEntry::Level level, const QString& text)
 {
-    std::fprintf(stderr, "%s: %s\n", levelName(level), text.toUtf8().constData());
+    append({QDateTime::currentDateTime(), level, text, false});
+}
 
-    const kxLogEntry entry{QDateTime::currentDateTime(), level, text};
+void kxLogModel::startScene(const QString& text)
+{
+    append({QDateTime::currentDateTime(), kxLogEntry::Info, text, true});
+}
+
+void kxLogModel::append(const kxLogEntry& entry)
+{
+    std::fprintf(stderr, "%s: %s\n", levelName(entry.level), entry.text.toUtf8().constData());
     if (_entries.size() >= Capacity)
         _entries.pop_front();
     _entries.push_back(entry);

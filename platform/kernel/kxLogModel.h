@@ -21,6 +21,7 @@ struct kxLogEntry
     QDateTime time;
     Level level;
     QString text;
+    bool startsScene = false; ///< what stands above it tells of other scenes
 };
 
 /// The log's newest entries, and a signal for whoever shows them. Main thread only.
@@ -36,6 +37,8 @@ public:
     const std::deque<kxLogEntry>& entries() const { return _entries; }
     /// Keeps the entry and prints it on the standard error stream.
     void add(kxLogEntry::Level level, const QString& text);
+    /// The same for the line with which another scene begins.
+    void startScene(const QString& text);
     void clear();
 
     /// "info", "warning" or "error".
@@ -47,5 +50,6 @@ Q_SIGNALS:
 
 private:
     kxLogModel() = default;
+    void append(const kxLogEntry& entry);
     std::deque<kxLogEntry> _entries;
 };
