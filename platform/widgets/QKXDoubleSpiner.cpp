@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <widgets/kxFieldHint.h>
 #include <widgets/kxFieldUndo.h>
 #include <widgets/kxSpinerText.h>
 
@@ -64,6 +65,7 @@ QKXDoubleSpiner::QKXDoubleSpiner(QWidget* parent) : QDoubleSpinBox(parent)
     setFocusPolicy(Qt::StrongFocus);
     setAlignment(Qt::AlignRight);
     new kxFieldUndo(this, lineEdit());
+    new kxFieldHint(this, lineEdit());
     // Texts are read with both separators and written with a point, whatever the language.
     setLocale(QLocale::c());
     setGroupSeparatorShown(false);

@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <widgets/kxFieldHint.h>
 #include <widgets/kxFieldUndo.h>
 #include <widgets/kxSpinerText.h>
 
@@ -16,6 +17,7 @@ QKXSpiner::QKXSpiner(QWidget* parent) : QSpinBox(parent)
     setFocusPolicy(Qt::StrongFocus);
     setAlignment(Qt::AlignRight);
     new kxFieldUndo(this, lineEdit());
+    new kxFieldHint(this, lineEdit());
 }
 
 QSize QKXSpiner::sizeHint() const

@@ -1,6 +1,7 @@
 #include <QKXSpiner.h>
 
 #include <QLineEdit>
+#include <QToolTip>
 #include <QtTest>
 
 #include <cmath>
@@ -21,6 +22,7 @@ class tst_QKXSpiner : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void undoKeysGoOnUnlessTextWaits();
+    void refusedInputIsExplained();
     void parses_data();
     void parses();
     void entersNumbers_data();
@@ -32,6 +34,28 @@ private Q_SLOTS:
     void wholeNumbersHaveRoomForSums();
     void wheelNeedsFocus();
 };
+
+void tst_QKXSpiner::refusedInputIsExplained()
+{
+    QKXSpiner whole;
+    whole.setRange(1, 64);
+    whole.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&whole));
+    whole.setFocus();
+    type(whole, "12");
+    QVERIFY(!QToolTip::isVisible());
+    type(whole, "x");
+    QVERIFY(QToolTip::text().contains("from 1 to 64"));
+    QCOMPARE(whole.value(), 12);
+    QToolTip::hideText();
+
+    QKXDoubleSpiner real;
+    real.setMinimum(0);
+    real.show();
+    type(real, "+="); // an operator without its number
+    QVERIFY(QToolTip::text().contains("0 or more"));
+    QToolTip::hideText();
+}
 
 void tst_QKXSpiner::parses_data()
 {
