@@ -126,13 +126,13 @@ QString kxFileDialogs::askForModel(QMainWindow* window)
         QFileDialog::getOpenFileName(window, tr("Import"), folder(QStringLiteral("model")), kxSceneIO::openFilter()));
 }
 
-QString kxFileDialogs::askForExport(QMainWindow* window, const QString& proposal)
+QString kxFileDialogs::askForExport(QMainWindow* window, const QString& folderOfScene, const QString& proposal)
 {
-    const QString file =
-        QFileDialog::getSaveFileName(window, tr("Export glTF"),
-                                     QDir(folder(QStringLiteral("export")))
-                                         .filePath(QFileInfo(proposal).completeBaseName() + QStringLiteral(".glb")),
-                                     kxSceneIO::exportFilter());
+    const QString start = folderOfScene.isEmpty() ? folder(QStringLiteral("export")) : folderOfScene;
+    const QString file = QFileDialog::getSaveFileName(
+        window, tr("Export glTF"),
+        QDir(start).filePath(QFileInfo(proposal).completeBaseName() + QStringLiteral(".glb")),
+        kxSceneIO::exportFilter());
     return remembered(QStringLiteral("export"), withSuffix(file, QStringLiteral("glb")));
 }
 

@@ -13,7 +13,8 @@ void install(kxDocument& document, QMainWindow* window);
 /// A file the user chooses, empty where they take it back. The folder of the last one of its `kind` is remembered.
 QString askForScene(QMainWindow* window);
 QString askForModel(QMainWindow* window);
-QString askForExport(QMainWindow* window, const QString& proposal);
+/// Starts in `folder`, or in the one remembered where that is empty.
+QString askForExport(QMainWindow* window, const QString& folder, const QString& name);
 QString askForScript(QMainWindow* window);
 
 void showError(QMainWindow* window, const QString& action, const kxFileReport& report);

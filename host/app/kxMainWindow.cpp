@@ -40,12 +40,16 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int LayoutVersion = 1;
 constexpr QSize FirstSize(1600, 950);
-constexpr int SideWidth = 290;
-constexpr int BottomHeight = 150;
+// Of the first layout, in pixels; between them, a share of the window.
+constexpr int LeftWidth[] = {220, 290};
+constexpr int RightWidth[] = {280, 340};
+constexpr int BottomHeight[] = {180, 250};
 constexpr int SmallestBottom = 80;
 
 QStringList localFiles(const QMimeData* data)
@@ -146,11 +150,13 @@ void kxMainWindow::createDocks()
 void kxMainWindow::arrange()
 {
     const auto dock = [this](const char* name) { return _docks->getDockWidget(QString::fromLatin1(name)); };
-    const int height = this->height();
-    resizeDocks({dock("Scene"), dock("Properties")}, {SideWidth, SideWidth + 50}, Qt::Horizontal);
+    const int width = this->width(), height = this->height();
+    const auto within = [](int size, const int(&limits)[2]) { return std::clamp(size, limits[0], limits[1]); };
+    resizeDocks({dock("Scene"), dock("Properties")},
+                {within(width * 19 / 100, LeftWidth), within(width * 23 / 100, RightWidth)}, Qt::Horizontal);
     resizeDocks({dock("Scene"), dock("Materials")}, {height * 58 / 100, height * 42 / 100}, Qt::Vertical);
     resizeDocks({dock("Properties"), dock("History")}, {height * 70 / 100, height * 30 / 100}, Qt::Vertical);
-    resizeDocks({dock("Log")}, {BottomHeight}, Qt::Vertical);
+    resizeDocks({dock("Log")}, {within(height * 28 / 100, BottomHeight)}, Qt::Vertical);
     dock("Log")->raise();
 }
 
@@ -305,21 +311,23 @@ void kxMainWindow::importWithDialog()
 
 void kxMainWindow::exportWithDialog()
 {
-    const QString file = kxFileDialogs::askForExport(this, _document->name());
+    const QString file = kxFileDialogs::askForExport(this, _document->folder(), _document->name());
     if (!file.isEmpty() && _document->exportTo(file))
         statusBar()->showMessage(tr("Exported %1").arg(QFileInfo(file).fileName()), 4000);
 }
 
 void kxMainWindow::renderImage()
 {
-    kxRenderDialog dialog(kxRenderDialog::Image, QFileInfo(_document->name()).completeBaseName(), this);
+    kxRenderDialog dialog(kxRenderDialog::Image, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
+                          this);
     if (dialog.exec() == QDialog::Accepted)
         renderWith(dialog, false);
 }
 
 void kxMainWindow::renderFrames()
 {
-    kxRenderDialog dialog(kxRenderDialog::Frames, QFileInfo(_document->name()).completeBaseName(), this);
+    kxRenderDialog dialog(kxRenderDialog::Frames, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
+                          this);
     if (dialog.exec() == QDialog::Accepted)
         renderWith(dialog, true);
 }

@@ -41,7 +41,7 @@ QHBoxLayout* pair(QWidget* first, const QString& between, QWidget* second)
 }
 } // namespace
 
-kxRenderDialog::kxRenderDialog(Mode mode, const QString& proposal, QWidget* parent)
+kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& name, QWidget* parent)
     : QDialog(parent), _mode(mode), _file(new QLineEdit(this)), _transparent(new QCheckBox(tr("Transparent"), this)),
       _problem(new QLabel(this))
 {
@@ -49,10 +49,10 @@ kxRenderDialog::kxRenderDialog(Mode mode, const QString& proposal, QWidget* pare
     setWindowTitle(mode == Image ? tr("Render Image") : tr("Render Frames"));
     kxHostSettings settings;
     const QSize last = settings.value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
-    const QString folder = settings.value(QStringLiteral("renderFolder"), QDir::homePath()).toString();
+    const QString start =
+        folder.isEmpty() ? settings.value(QStringLiteral("renderFolder"), QDir::homePath()).toString() : folder;
     _file->setObjectName(QStringLiteral("_file"));
-    _file->setText(
-        QDir(folder).filePath(proposal + (mode == Image ? QStringLiteral(".png") : QStringLiteral("_%04d.png"))));
+    _file->setText(QDir(start).filePath(name + (mode == Image ? QStringLiteral(".png") : QStringLiteral("_%04d.png"))));
     _file->setMinimumWidth(360);
     _width = makeSpinner(1, 16384, last.width(), QStringLiteral("_width"), tr("Width"), this);
     _height = makeSpinner(1, 16384, last.height(), QStringLiteral("_height"), tr("Height"), this);

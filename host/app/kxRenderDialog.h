@@ -20,7 +20,8 @@ public:
         Image,
         Frames
     };
-    kxRenderDialog(Mode mode, const QString& proposal, QWidget* parent);
+    /// `folder` empty: the one that was rendered to last.
+    kxRenderDialog(Mode mode, const QString& folder, const QString& name, QWidget* parent);
 
     QString file() const;
     QSize size() const;

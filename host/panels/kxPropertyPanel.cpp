@@ -175,6 +175,8 @@ void kxPropertyPanel::rebuild()
     }
     _scroll->setWidget(page);
     _scroll->verticalScrollBar()->setValue(kept);
+    // There is no scroll bar for the width: whatever became of the window, no field is cut off.
+    _scroll->setMinimumWidth(page->minimumSizeHint().width() + _scroll->verticalScrollBar()->sizeHint().width());
     _scroll->setVisible(!empty);
     _hint->setVisible(empty);
     markDriven();

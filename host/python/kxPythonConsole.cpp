@@ -23,7 +23,9 @@
 
 namespace
 {
-constexpr int SideBySideWidth = 680; // pixels; below it the prompt stands under the editor
+// Pixels. The prompt stands under the editor where both have room for some lines that way, and little side by side.
+constexpr int SideBySideWidth = 680;
+constexpr int StackedHeight = 320;
 const char Filter[] = "Python (*.py)";
 
 /// The line, counted from 1, that the trace names last in the text called `name`; 0 where it names none.
@@ -198,5 +200,6 @@ void kxPythonConsole::updateTitle()
 void kxPythonConsole::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    _splitter->setOrientation(width() < SideBySideWidth ? Qt::Vertical : Qt::Horizontal);
+    const bool stacked = width() < SideBySideWidth && height() >= StackedHeight;
+    _splitter->setOrientation(stacked ? Qt::Vertical : Qt::Horizontal);
 }
