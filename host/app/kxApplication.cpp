@@ -19,6 +19,18 @@
 #include <QDir>
 #include <QTimer>
 
+namespace
+{
+QtMessageHandler nextHandler = nullptr;
+
+/// A window that nobody sees has no size hints; Qt's platform without a display says so for each.
+void leaveOutSizeHints(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (!text.contains(QLatin1String("propagateSizeHints")))
+        nextHandler(type, context, text);
+}
+} // namespace
+
 bool kxApplication::hasDisplay()
 {
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
@@ -29,6 +41,8 @@ void kxApplication::prepare(const kxCommandLine& line)
 {
     if (line.headless || !hasDisplay())
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qgetenv("QT_QPA_PLATFORM") == "offscreen" && nextHandler == nullptr)
+        nextHandler = qInstallMessageHandler(&leaveOutSizeHints);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

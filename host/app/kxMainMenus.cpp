@@ -7,11 +7,13 @@
 
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
+#include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <panels/kxSceneTreePanel.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
+#include <view/kxViewActions.h>
 
 #include <QAction>
 #include <QDir>
@@ -51,16 +53,23 @@ QMenu* kxMainMenus::addMenu(const QString& title, const QString& objectName)
     return menu;
 }
 
-QAction* kxMainMenus::add(QMenu* menu, const QString& text, const QString& icon, const QKeySequence& key,
-                          const Work& work)
+QAction* kxMainMenus::make(const QString& text, const QString& icon, const QKeySequence& key, const Work& work)
 {
-    QAction* const action = menu->addAction(text);
+    auto* const action = new QAction(text, this);
     if (!icon.isEmpty())
         action->setIcon(kxIconManager::getIcon(icon, QString()));
     action->setShortcut(key);
     action->setObjectName(QStringLiteral("_action") +
                           QString(text).remove(QRegularExpression(QStringLiteral("[^A-Za-z]"))));
     connect(action, &QAction::triggered, this, [work] { work(); });
+    return action;
+}
+
+QAction* kxMainMenus::add(QMenu* menu, const QString& text, const QString& icon, const QKeySequence& key,
+                          const Work& work)
+{
+    QAction* const action = make(text, icon, key, work);
+    menu->addAction(action);
     return action;
 }
 
@@ -125,6 +134,8 @@ void kxMainMenus::fillEditMenu()
     menu->addActions({undo, redo});
     _quickActions << undo << redo;
     menu->addSeparator();
+    menu->addActions({_selectAll, _duplicate, _delete});
+    menu->addSeparator();
     add(menu, tr("&Preferences..."), QStringLiteral("Preferences"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
         [this] { _window->openPreferences(QString()); });
 }
@@ -140,12 +151,11 @@ QAction* kxMainMenus::addForObjects(const QString& text, const QString& icon, co
 void kxMainMenus::makeObjectActions()
 {
     const auto selected = [] { return kxSelection::the().nodes(); };
-    addForObjects(tr("&Frame in View"), QStringLiteral("FrameAll"), QKeySequence(),
-                  [this] { _window->view()->frameSelection(); });
+    _objectMenu->addAction(_window->view()->actions3D()->frameSelection());
     _objectMenu->addSeparator();
     addForObjects(tr("&Rename"), QString(), QKeySequence(Qt::Key_F2), [this] { _window->sceneTree()->editName(); });
-    addForObjects(tr("D&uplicate"), QStringLiteral("Copy"), QKeySequence(Qt::CTRL | Qt::Key_D),
-                  [selected] { kxSceneEdits::duplicateNodes(selected()); });
+    _duplicate = addForObjects(tr("D&uplicate"), QStringLiteral("Copy"), QKeySequence(Qt::CTRL | Qt::Key_D),
+                               [selected] { kxSceneEdits::duplicateNodes(selected()); });
     addForObjects(tr("&Group"), QString(), QKeySequence(Qt::CTRL | Qt::Key_G),
                   [selected] { kxSceneEdits::groupNodes(selected()); });
     addForObjects(tr("Show or &Hide"), QStringLiteral("Visible"), QKeySequence(Qt::Key_H),
@@ -156,13 +166,18 @@ void kxMainMenus::makeObjectActions()
                           kxSceneEdits::setVisible(nodes, !nodes.front()->isActive());
                   });
     _objectMenu->addSeparator();
-    addForObjects(tr("&Delete"), QStringLiteral("Delete"), QKeySequence::Delete,
-                  [selected] { kxSceneEdits::deleteNodes(selected()); });
+    _delete = addForObjects(tr("&Delete"), QStringLiteral("Delete"), QKeySequence::Delete,
+                            [selected] { kxSceneEdits::deleteNodes(selected()); });
+    _selectAll = make(tr("Select &All"), QString(), QKeySequence::SelectAll,
+                      [] { kxSelectionManager::selectNodes(kxSceneEdits::allNodes()); });
+    _selectAll->setShortcutContext(Qt::WidgetWithChildrenShortcut);
 }
 
 void kxMainMenus::addObjectKeys(QWidget* widget)
 {
     widget->addActions(_objectActions);
+    const kxViewActions* const view = _window->view()->actions3D();
+    widget->addActions({_selectAll, view->frameSelection(), view->frameAll()});
 }
 
 void kxMainMenus::fillAddMenu(QMenu* menu)
@@ -188,7 +203,7 @@ void kxMainMenus::fillSceneMenu()
     menu->addSeparator();
     menu->addActions(_objectMenu->actions());
     menu->addSeparator();
-    add(menu, tr("Frame &All"), QStringLiteral("FrameAll"), QKeySequence(), [this] { _window->view()->frameAll(); });
+    menu->addAction(_window->view()->actions3D()->frameAll());
 }
 
 void kxMainMenus::fillScriptMenu()
@@ -214,9 +229,7 @@ void kxMainMenus::fillViewMenu()
     _viewMenu->clear();
     for (const QKXDockWidget* const dock : _window->dockManager()->dockWidgets())
     {
-        QAction* const action = dock->toggleViewAction();
-        action->setIcon(dock->windowIcon());
-        _viewMenu->addAction(action);
+        _viewMenu->addAction(dock->toggleViewAction()); // without an icon: it would stand in place of the check mark
     }
     _viewMenu->addSeparator();
     for (const QToolBar* const bar : _window->dockManager()->toolBars())
@@ -227,6 +240,7 @@ void kxMainMenus::fillViewMenu()
 
 void kxMainMenus::updateObjectActions()
 {
+    _selectAll->setEnabled(kxScene::the()->root()->getNChildren() > 0);
     const bool any = !kxSelection::the().ids(kxSelection::Nodes).empty();
     for (QAction* const action : qAsConst(_objectActions))
         action->setEnabled(any);

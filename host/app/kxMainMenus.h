@@ -26,12 +26,14 @@ public:
     QMenu* objectMenu() const { return _objectMenu; }
     /// Entries for the docks and tool bars that are there.
     void fillViewMenu();
-    /// Makes the keys of the object's entries work in `widget` and below it, and only there.
+    /// Makes the keys of the object's entries, of "Select All" and of the frame commands work in `widget` and below it,
+    /// and only there.
     void addObjectKeys(QWidget* widget);
 
 private:
     typedef std::function<void()> Work;
     QMenu* addMenu(const QString& title, const QString& objectName);
+    QAction* make(const QString& text, const QString& icon, const QKeySequence& key, const Work& work);
     QAction* add(QMenu* menu, const QString& text, const QString& icon, const QKeySequence& key, const Work& work);
     QAction* addForObjects(const QString& text, const QString& icon, const QKeySequence& key, const Work& work);
     void fillFileMenu();
@@ -52,4 +54,7 @@ private:
     QMenu* _objectMenu = nullptr;
     QList<QAction*> _quickActions;
     QList<QAction*> _objectActions; // enabled while objects are selected
+    QAction* _selectAll = nullptr;
+    QAction* _duplicate = nullptr;
+    QAction* _delete = nullptr;
 };

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QMap>
 #include <QMenu>
+#include <QSet>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -28,19 +29,27 @@ QTreeWidgetItem* groupItem(QTreeWidget* tree, QMap<QString, QTreeWidgetItem*>& g
     return item;
 }
 
-void addKey(QTreeWidgetItem* group, const QString& text, const QKeySequence& key)
+void addKey(QTreeWidgetItem* group, const QString& text, const QString& keys)
 {
-    auto* const item = new QTreeWidgetItem(group, {text, key.toString(QKeySequence::NativeText)});
+    auto* const item = new QTreeWidgetItem(group, {text, keys});
     item->setForeground(1, kxColors::accent());
 }
 
-void addMenu(QTreeWidgetItem* group, const QMenu* menu)
+/// `listed` keeps an entry that several menus show to the first of them.
+void addMenu(QTreeWidgetItem* group, const QMenu* menu, QSet<const QAction*>& listed)
 {
     for (const QAction* const action : menu->actions())
+    {
         if (action->menu() != nullptr)
-            addMenu(group, action->menu());
-        else if (!action->shortcut().isEmpty())
-            addKey(group, action->text().remove(QLatin1Char('&')).remove(QStringLiteral("...")), action->shortcut());
+            addMenu(group, action->menu(), listed);
+        else if (!action->shortcut().isEmpty() && !listed.contains(action))
+        {
+            listed.insert(action);
+            addKey(group, action->text().remove(QLatin1Char('&')).remove(QStringLiteral("...")),
+                   QKeySequence::listToString(action->shortcuts(), QKeySequence::NativeText)
+                       .replace(QStringLiteral("; "), QStringLiteral(", ")));
+        }
+    }
 }
 } // namespace
 
@@ -62,10 +71,11 @@ kxShortcutsDialog::kxShortcutsDialog(const QList<QMenu*>& menus, QWidget* parent
     tree->header()->setStretchLastSection(false);
 
     QMap<QString, QTreeWidgetItem*> groups;
+    QSet<const QAction*> listed;
     for (const QMenu* const menu : menus)
-        addMenu(groupItem(tree, groups, menu->title().remove(QLatin1Char('&'))), menu);
+        addMenu(groupItem(tree, groups, menu->title().remove(QLatin1Char('&'))), menu, listed);
     for (const kxShortcut::Entry& entry : kxShortcut::entries())
-        addKey(groupItem(tree, groups, entry.group), entry.text, entry.sequence());
+        addKey(groupItem(tree, groups, entry.group), entry.text, entry.sequence().toString(QKeySequence::NativeText));
     for (int i = tree->topLevelItemCount() - 1; i >= 0; --i)
         if (tree->topLevelItem(i)->childCount() == 0)
             delete tree->takeTopLevelItem(i);

@@ -21,11 +21,11 @@ kxViewActions::kxViewActions(kxView3D* view)
     addTool(tr("Rotate"), QStringLiteral("Rotate"), Qt::Key_E, kxGizmo::RotateTool);
     addTool(tr("Scale"), QStringLiteral("Scale"), Qt::Key_R, kxGizmo::ScaleTool);
     _actions << nullptr;
-    connect(add(tr("Frame All"), QStringLiteral("FrameAll"), Qt::Key_A, QStringLiteral("frameAll")),
-            &QAction::triggered, view, &kxView3D::frameAll);
-    QAction* const frame = add(tr("Frame Selection"), QString(), Qt::Key_F, QStringLiteral("frameSelection"));
-    connect(frame, &QAction::triggered, view, &kxView3D::frameSelection);
-    _actions.removeOne(frame); // a key and a menu entry are enough
+    _frameAll = add(tr("Frame All"), QStringLiteral("FrameAll"), Qt::Key_A, QStringLiteral("frameAll"));
+    connect(_frameAll, &QAction::triggered, view, &kxView3D::frameAll);
+    _frameSelection = add(tr("Frame Selection"), QString(), Qt::Key_F, QStringLiteral("frameSelection"));
+    connect(_frameSelection, &QAction::triggered, view, &kxView3D::frameSelection);
+    _actions.removeOne(_frameSelection); // a key and a menu entry are enough
     _actions << nullptr;
     addDisplay();
     _cameraMenu->setObjectName(QStringLiteral("cameraMenu"));

@@ -11,7 +11,8 @@ class QMenu;
 class QToolBar;
 class kxView3D;
 
-/// The commands of the 3D view with their keys, for tool bars and menus. Keys act while the view has the focus.
+/// The commands of the 3D view with their keys, for tool bars and menus. Keys act while the view, or
+/// another widget that has the action, has the focus.
 class kxViewActions : public QObject
 {
     Q_OBJECT
@@ -24,6 +25,9 @@ public:
     void addTo(QToolBar* bar) const;
     /// What is seen from where: free view, directions, the scene's cameras. Filled each time it opens.
     QMenu* cameraMenu() const { return _cameraMenu; }
+    /// For menus and for other widgets that show what the view shows.
+    QAction* frameAll() const { return _frameAll; }
+    QAction* frameSelection() const { return _frameSelection; }
     void showTool(kxGizmo::Tool tool);
 
 private:
@@ -36,4 +40,6 @@ private:
     QActionGroup* _tools;
     QMenu* _cameraMenu; // owned
     QList<QAction*> _actions;
+    QAction* _frameAll = nullptr;
+    QAction* _frameSelection = nullptr;
 };

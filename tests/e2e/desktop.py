@@ -194,11 +194,11 @@ class Application:
             return start + round(part * (size - 1) if 0 <= part <= 1 else part if part > 1 else size + part)
         return place(left, width, x), place(top, height, y)
 
-    def click(self, widget, x=0.5, y=0.5, count=1):
-        self._display.xdotool("mousemove", *self.point(widget, x, y), "click", "--repeat", count, "--delay", 40, 1)
+    def click(self, widget, x=0.5, y=0.5, count=1, button=1):
+        self._display.xdotool("mousemove", *self.point(widget, x, y), "click", "--repeat", count, "--delay", 40, button)
 
-    def press(self, widget, x, y):
-        self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", 1)
+    def press(self, widget, x, y, button=1):
+        self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", button)
 
     def drag_to(self, widget, x, y):
         """Moves the held mouse there in steps, as a hand does."""
@@ -210,8 +210,8 @@ class Application:
             words += ["mousemove"] + [round(a + (b - a) * step / 8) for a, b in zip(start_point, target)]
         self._display.xdotool(*words)
 
-    def release(self):
-        self._display.xdotool("mouseup", 1)
+    def release(self, button=1):
+        self._display.xdotool("mouseup", button)
 
     def keys(self, *names):
         self._display.xdotool("key", "--delay", 30, *names)

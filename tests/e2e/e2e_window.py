@@ -4,6 +4,7 @@ saves and quits.
 e2e_window.py <application> <folder for pictures of failures>
 """
 import os
+import random
 import sys
 
 import cases
@@ -32,6 +33,12 @@ def type_into(application, field, text):
     application.keys("ctrl+a")
     application.type(text)
     application.keys("Return")
+
+
+def drag(application, widget, start, end, button=1):
+    application.press(widget, *start, button=button)
+    application.drag_to(widget, *end)
+    application.release(button)
 
 
 def scrubs(application, folder):
@@ -138,6 +145,47 @@ def moves_with_the_gizmo(application, folder):
     application.keys("q")
 
 
+def edits_by_keys(application, folder):
+    """The keys of the Edit menu act while the view has the focus, and leave the text of a field alone."""
+    application.run("selectNodes([findNode('Still')])")
+    application.keys("ctrl+d")
+    application.wait_for("bool(findNode('Still_1'))")
+    application.keys("ctrl+a", "Delete")
+    application.wait_for("not findNode('Still') and not findNode('Mover')")
+    application.keys("ctrl+z", "ctrl+z", "ctrl+z")
+    application.wait_for("bool(findNode('Still')) and not findNode('Still_1')")
+    application.run("selectNodes([findNode('Still')])")
+    application.click("_current", 0.3)
+    application.keys("ctrl+a", "Delete", "Escape")
+    application.click("_view", 0.02, 0.96)
+    assert application.ask("bool(findNode('Still'))"), "Delete in a field deletes objects"
+
+
+def lives_through_wild_use(application, folder):
+    """Plays, scrubs, drags ranges and looks around, one on top of the other."""
+    chance = random.Random(2)
+    deeds = [
+        lambda: application.click("_play"),
+        lambda: application.click("_stop"),
+        lambda: application.click("_playRev"),
+        lambda: drag(application, "_timeLine", (chance.random(), 0.5), (chance.random(), 0.5)),
+        lambda: drag(application, "_range", (-4, 0.5), (0.3 + 0.6 * chance.random(), 0.5)),
+        lambda: drag(application, "_range", (0.3, 0.5), (chance.random(), 0.5)),
+        lambda: application.click("_range", 0.5, 0.5, count=2),
+        lambda: drag(application, "_view", (0.4, 0.6), (chance.random(), chance.random())),
+        lambda: drag(application, "_view", (0.4, 0.6), (chance.random(), chance.random()), button=2),
+        lambda: application.click("_view", 0.5, 0.5, count=3, button=chance.choice([4, 5])),
+        lambda: application.click("_view", chance.random(), 0.5),
+        lambda: application.keys(chance.choice(["a", "f", "w", "e", "r", "q", "Escape", "ctrl+z", "ctrl+y"])),
+    ]
+    for _ in range(40):
+        chance.choice(deeds)()
+    application.click("_stop")
+    application.click("_range", 0.5, 0.5, count=2)
+    application.keys("q")
+    assert application.ask("1 + 1") == 2
+
+
 def types_properties(application, folder):
     application.run("selectNodes([findNode('Still')])")
     before = place(application, "Still")
@@ -175,7 +223,8 @@ def asks_before_losing_work(application, folder):
     application.wait_for("not widgetProperty('_mainWindow', 'windowModified')")
 
 
-def quits(application, folder):
+def quits_in_spite_of_changes(application, folder):
+    application.run("newScene()")
     code = application.quit()
     assert code == 0, "the exit code is %s\n%s" % (code, application.log())
 
@@ -191,7 +240,9 @@ def main(folder):
     try:
         application = desktop.Application(HOST, display, folder, path)
         tests = [scrubs, drags_the_detailed_range, plays_the_detailed_range_only, types_frames, renames,
-                 moves_with_the_gizmo, types_properties, saves_for_another_process, asks_before_losing_work, quits]
+                 moves_with_the_gizmo, edits_by_keys,
+                 types_properties, saves_for_another_process, asks_before_losing_work,
+                 lives_through_wild_use, quits_in_spite_of_changes]
         return cases.run(tests, application, folder,
                          on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
     finally:
