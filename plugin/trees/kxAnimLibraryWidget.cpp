@@ -437,7 +437,7 @@ void kxAnimLibraryWidget::addToSelection(const List& rows)
         else
             selection.append(QItemSelectionRange(index));
     }
-    selectionModel()->select(selection, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    selectionModel()->select(selection, QItemSelectionModel::Select); // one column: these are whole rows
 }
 
 void kxAnimLibraryWidget::selectItemsForNodes(const std::vector<NodePtr>& nodes)

@@ -159,13 +159,15 @@ void kxAnimTreeWidget::restoreItemStates()
                        item->setExpanded(state->expanded);
                    if (selected.contains(item) == state->selected)
                        return;
+                   // Whole rows by themselves: the selection model widens ranges in quadratic time.
                    const QModelIndex index = indexFromItem(item);
-                   (state->selected ? select : deselect).append(QItemSelectionRange(index));
+                   const QModelIndex last = index.sibling(index.row(), columnCount() - 1);
+                   (state->selected ? select : deselect).append(QItemSelectionRange(index, last));
                });
     if (!deselect.isEmpty())
-        selectionModel()->select(deselect, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+        selectionModel()->select(deselect, QItemSelectionModel::Deselect);
     if (!select.isEmpty())
-        selectionModel()->select(select, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        selectionModel()->select(select, QItemSelectionModel::Select);
 }
 
 void kxAnimTreeWidget::updateNames()
