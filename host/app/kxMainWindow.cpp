@@ -48,6 +48,7 @@ constexpr int LayoutVersion = 1;
 constexpr QSize FirstSize(1600, 950);
 // Of the first layout, in pixels; between them, a share of the window.
 constexpr int LeftWidth[] = {220, 290};
+constexpr int SmallestLeft = 170; // names stay readable; docks that shrink with a narrow window don't grow back with it
 constexpr int RightWidth[] = {280, 340};
 constexpr int BottomHeight[] = {180, 250};
 constexpr int SmallestBottom = 80;
@@ -142,6 +143,7 @@ void kxMainWindow::createDocks()
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
+    _sceneTree->setMinimumWidth(SmallestLeft);
     _console->setMinimumHeight(SmallestBottom); // in tabs, the largest of all wishes would hold
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
     _docks->getDockWidget(QStringLiteral("Log"))->raise();
