@@ -28,7 +28,7 @@ void kxAnimClipCyclesItem::setCycles(int cycles)
         setRect(0, 0, kxClipGeometry::cyclesWidth(bar->rect().width(), cycles, bar->transform().m11()),
                 double(kxClipGeometry::barHeight(kxPlatform::getDpiScaleX())));
     _cycles = cycles;
-    setVisible(cycles != 0 && rect().width() > 0);
+    setVisible(cycles != 0);
 }
 
 void kxAnimClipCyclesItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*)

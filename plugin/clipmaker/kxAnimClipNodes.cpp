@@ -85,7 +85,7 @@ bool kxClipNodes::stretch(const osg::AnimNodePtr& node, double from, double to, 
     node->scaleBy(factor, float(x / kxAnimManager::the()->fps()));
     if (node->getScale() == scale && factor != 1.0f)
         return false; // beyond a record's numbers
-    osg::markChanged(node, osg::AnimNode::ScaleFieldMask);
+    osg::markChanged(node, osg::AnimNode::ScaleFieldMask | osg::AnimNode::OffsetFieldMask);
     return true;
 }
 

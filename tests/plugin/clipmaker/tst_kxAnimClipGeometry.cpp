@@ -21,7 +21,6 @@ class tst_kxAnimClipGeometry : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void snapsToFramesAndTracks();
     void findsTracks_data();
     void findsTracks();
     void findsHandles_data();
@@ -31,23 +30,10 @@ private Q_SLOTS:
     void ticksStandBetweenCycles_data();
     void ticksStandBetweenCycles();
     void makesRoundingGood();
-    void refusesStretches_data();
-    void refusesStretches();
     void rowsTellWhatOverlaps_data();
     void rowsTellWhatOverlaps();
     void textsStandOutFromTheirBars();
 };
-
-void tst_kxAnimClipGeometry::snapsToFramesAndTracks()
-{
-    QCOMPARE(Geometry::snappedFrame(10.5), 11.0);
-    QCOMPARE(Geometry::snappedFrame(-10.5), -11.0);
-    QCOMPARE(Geometry::snappedFrame(-10.4), -10.0);
-    QCOMPARE(Geometry::snappedTrack(74, 1), 50.0);
-    QCOMPARE(Geometry::snappedTrack(75, 1), 100.0);
-    QCOMPARE(Geometry::snappedTrack(-200, 1), 0.0);
-    QCOMPARE(Geometry::snappedTrack(120, 2), 100.0);
-}
 
 void tst_kxAnimClipGeometry::findsTracks_data()
 {
@@ -157,26 +143,6 @@ void tst_kxAnimClipGeometry::makesRoundingGood()
     QCOMPARE(Geometry::movedFrames(10, 12, 500), 2.0);
     QCOMPARE(Geometry::stretchFactor(100, 50, 100.01), float(50 / 100.01));
     QCOMPARE(Geometry::stretchFactor(100, 50, 300), 0.5f);
-}
-
-void tst_kxAnimClipGeometry::refusesStretches_data()
-{
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("to");
-    QTest::newRow("to nothing") << 10.0 << 0.0;
-    QTest::newRow("past the other end") << 10.0 << -2.0;
-    QTest::newRow("of a bar without length") << 0.0 << 10.0;
-    QTest::newRow("without end") << 10.0 << Infinity;
-    QTest::newRow("to no number") << 10.0 << std::numeric_limits<double>::quiet_NaN();
-    QTest::newRow("beyond a record's numbers") << 10.0 << 1.0e300;
-    QTest::newRow("below a record's numbers") << 10.0 << 1.0e-300;
-}
-
-void tst_kxAnimClipGeometry::refusesStretches()
-{
-    QFETCH(double, from);
-    QFETCH(double, to);
-    QCOMPARE(Geometry::stretchFactor(from, to, from), 0.0f);
 }
 
 void tst_kxAnimClipGeometry::rowsTellWhatOverlaps_data()

@@ -98,7 +98,7 @@ void tst_kxAnimClipItem::standsWhereItsNodeLies()
     QCOMPARE(bar->x(), 4 * fps);
     QCOMPARE(float(bar->y()), 100 * kxPlatform::getDpiScaleX());
     QTEST(bar->rect().width(), "width");
-    QCOMPARE(bar->cyclesItem()->isVisible(), extension > 0);
+    QCOMPARE(bar->cyclesItem()->isVisible(), cycles != 0);
     QCOMPARE(bar->cyclesItem()->rect().width(), extension);
 }
 
@@ -111,6 +111,7 @@ void tst_kxAnimClipItem::dragsTakeTheNodeAlong_data()
     QTest::addColumn<QRectF>("expected"); // start, track, length
     QTest::newRow("move") << false << "middle" << 10.5 << 2.0 << QRectF(82.5, 2, 48, 1);
     QTest::newRow("move to whole frames") << true << "middle" << 10.5 << 0.4 << QRectF(83, 0, 48, 1);
+    QTest::newRow("move past the start of time") << true << "middle" << -82.5 << 0.0 << QRectF(-11, 0, 48, 1);
     QTest::newRow("not above the first track") << false << "middle" << 0.0 << -3.0 << QRectF(72, 0, 48, 1);
     QTest::newRow("right end") << false << "right" << 12.5 << 2.0 << QRectF(72, 0, 60.5, 1);
     QTest::newRow("right end on whole frames") << true << "right" << -12.5 << 0.0 << QRectF(72, 0, 36, 1);
