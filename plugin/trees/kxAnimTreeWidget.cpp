@@ -7,10 +7,12 @@
 #include <QDrag>
 #include <QMenu>
 #include <QMimeData>
+#include <QRegExp>
 #include <QSet>
 #include <QTreeWidgetItemIterator>
 
 #include <algorithm>
+#include <functional>
 
 std::vector<kxAnimTreeWidget*> kxAnimTreeWidget::_trees;
 QMap<unsigned int, QTreeWidgetItem*> kxAnimTreeWidget::_itemMap;
@@ -32,6 +34,33 @@ QSet<QTreeWidgetItem*> selectedSet(const QTreeWidget* tree)
 {
     const QList<QTreeWidgetItem*> selected = tree->selectedItems();
     return QSet<QTreeWidgetItem*>(selected.begin(), selected.end());
+}
+
+/// Tells whether a name fits what the user searches for. The pattern is compiled once: QTreeWidget::findItems() does it
+/// for each row.
+std::function<bool(const QString&)> matcher(const QString& text)
+{
+    const QLatin1Char quote('"');
+    if (text.size() < 2 || !text.startsWith(quote) || !text.endsWith(quote))
+        return [text](const QString& name) { return name.contains(text, Qt::CaseInsensitive); };
+    const QRegExp pattern(text.mid(1, text.size() - 2), Qt::CaseInsensitive, QRegExp::Wildcard);
+    return [pattern](const QString& name) { return pattern.exactMatch(name); };
+}
+
+/// The whole rows of `indexes`, which are in the order of the tree, with neighbours in one range. The selection model's
+/// own way to whole rows costs the square of the count.
+QItemSelection rangesOf(const QModelIndexList& indexes)
+{
+    QItemSelection selection;
+    for (int i = 0, end = 0; i < indexes.size(); i = end)
+    {
+        for (end = i + 1; end < indexes.size() && indexes[end].row() == indexes[end - 1].row() + 1 &&
+                          indexes[end].parent() == indexes[i].parent();)
+            ++end;
+        const int lastColumn = indexes[i].model()->columnCount(indexes[i].parent()) - 1;
+        selection.append(QItemSelectionRange(indexes[i], indexes[end - 1].sibling(indexes[end - 1].row(), lastColumn)));
+    }
+    return selection;
 }
 
 void appendMembers(const QList<kxAnimTreeWidgetItem*>& items, const QSet<QTreeWidgetItem*>& set,
@@ -147,8 +176,8 @@ void kxAnimTreeWidget::saveItemStates()
 void kxAnimTreeWidget::restoreItemStates()
 {
     const QSet<QTreeWidgetItem*> selected = selectedSet(this);
-    QItemSelection select;
-    QItemSelection deselect;
+    QModelIndexList select;
+    QModelIndexList deselect;
     forEachRow(this,
                [&](kxAnimTreeWidgetItem* item)
                {
@@ -159,15 +188,12 @@ void kxAnimTreeWidget::restoreItemStates()
                        item->setExpanded(state->expanded);
                    if (selected.contains(item) == state->selected)
                        return;
-                   // Whole rows by themselves: the selection model widens ranges in quadratic time.
-                   const QModelIndex index = indexFromItem(item);
-                   const QModelIndex last = index.sibling(index.row(), columnCount() - 1);
-                   (state->selected ? select : deselect).append(QItemSelectionRange(index, last));
+                   (state->selected ? select : deselect).append(indexFromItem(item));
                });
     if (!deselect.isEmpty())
-        selectionModel()->select(deselect, QItemSelectionModel::Deselect);
+        selectionModel()->select(rangesOf(deselect), QItemSelectionModel::Deselect);
     if (!select.isEmpty())
-        selectionModel()->select(select, QItemSelectionModel::Select);
+        selectionModel()->select(rangesOf(select), QItemSelectionModel::Select);
 }
 
 void kxAnimTreeWidget::updateNames()
@@ -228,6 +254,19 @@ void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)
     drag->exec(supportedActions);
 }
 
+void kxAnimTreeWidget::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
+{
+    // Each range is looked up on the screen by a walk through the rows; with many of them the whole view is drawn anew
+    // at less cost.
+    constexpr int ManyRanges = 50;
+    const bool drawsAll = updatesEnabled() && selected.size() + deselected.size() > ManyRanges;
+    if (drawsAll)
+        setUpdatesEnabled(false);
+    QTreeWidget::selectionChanged(selected, deselected);
+    if (drawsAll)
+        setUpdatesEnabled(true);
+}
+
 void kxAnimTreeWidget::buildItems(const osg::AnimNodePtr& root)
 {
     _itemMap.clear();
@@ -270,6 +309,12 @@ void kxAnimTreeWidget::rebuild(kxAnimTreeWidgetItem* item)
     if (item == nullptr)
         return;
     saveItemStates();
+    rebuildChildren(item);
+    restoreItemStates();
+}
+
+void kxAnimTreeWidget::rebuildChildren(kxAnimTreeWidgetItem* item)
+{
     qDeleteAll(item->takeChildren());
 
     std::vector<osg::AnimNodePtr> animations;
@@ -291,7 +336,6 @@ void kxAnimTreeWidget::rebuild(kxAnimTreeWidgetItem* item)
         if (QTreeWidgetItem* const child = buildItem(animation))
             children.append(child);
     item->addChildren(children);
-    restoreItemStates();
 }
 
 void kxAnimTreeWidget::rebuildFrom(std::vector<osg::AnimNodePtr> nodes)
@@ -340,15 +384,15 @@ void kxAnimTreeWidget::search(QString text)
     if (_searchText.isEmpty())
         parkItems();
 
-    const QLatin1Char quote('"');
-    const bool isPattern = text.size() >= 2 && text.startsWith(quote) && text.endsWith(quote);
-    const QList<QTreeWidgetItem*> found =
-        isPattern ? _hiddenTree->findItems(text.mid(1, text.size() - 2), Qt::MatchRecursive | Qt::MatchWildcard)
-                  : _hiddenTree->findItems(text, Qt::MatchRecursive | Qt::MatchContains);
+    const std::function<bool(const QString&)> matches = matcher(text);
     std::vector<osg::AnimNodePtr> animations;
-    for (QTreeWidgetItem* item : found)
-        if (const osg::AnimNodePtr animation = row(item)->animNode())
-            animations.push_back(animation);
+    forEachRow(_hiddenTree,
+               [&](kxAnimTreeWidgetItem* item)
+               {
+                   const osg::AnimNodePtr animation = item->animNode();
+                   if (animation != osg::NullFC && matches(item->text(0)))
+                       animations.push_back(animation);
+               });
     rebuildFrom(animations);
     _searchText = text;
 }

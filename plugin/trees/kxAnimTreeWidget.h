@@ -97,6 +97,7 @@ protected:
     virtual bool listsAnimations() const;
 
     void startDrag(Qt::DropActions supportedActions) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
     /// Deletes the animations of the selected rows in one step of undo. `checkReferences`: asks about those that are
     /// used outside the scene's objects.
@@ -134,7 +135,9 @@ private:
 
     Place placeOf(QTreeWidgetItem* item) const;
     std::vector<Entry> selectedEntries() const;
-    /// Builds the rows below each place anew, once each.
+    /// Builds the rows below `item` anew, whatever their states.
+    void rebuildChildren(kxAnimTreeWidgetItem* item);
+    /// Builds the rows below each place anew, once each, with the states of all rows kept.
     void rebuildPlaces(const std::vector<Place>& places, bool expand);
     void pasteToSelected(bool shareCores, bool rebuildListView);
     void cloneSelected(bool flipped);

@@ -16,6 +16,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
+#include <QSet>
 
 #include <algorithm>
 
@@ -49,6 +50,7 @@ kxRemovalAnswer askRemoval(QWidget* parent, const QString& name)
                 kxAnimTreeWidget::tr("If you delete this animation all references will be lost. Really delete?"));
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::YesToAll | QMessageBox::No | QMessageBox::NoToAll);
     box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
     switch (box.exec())
     {
     case QMessageBox::Yes:
@@ -117,16 +119,20 @@ std::vector<kxAnimTreeWidget::Entry> kxAnimTreeWidget::selectedEntries() const
 
 void kxAnimTreeWidget::rebuildPlaces(const std::vector<Place>& places, bool expand)
 {
-    std::vector<QPersistentModelIndex> done;
+    saveItemStates();
+    QSet<QPersistentModelIndex> done;
     for (const Place& place : places)
     {
-        if (!place.index.isValid() || std::find(done.begin(), done.end(), place.index) != done.end())
+        if (!place.index.isValid() || done.contains(place.index))
             continue;
-        done.push_back(place.index);
-        rebuild(row(itemFromIndex(place.index)));
-        if (expand && place.index.isValid())
-            itemFromIndex(place.index)->setExpanded(true);
+        done.insert(place.index);
+        rebuildChildren(row(itemFromIndex(place.index)));
     }
+    restoreItemStates();
+    if (expand)
+        for (const QPersistentModelIndex& index : done)
+            if (index.isValid())
+                itemFromIndex(index)->setExpanded(true);
 }
 
 std::vector<osg::AnimNodePtr> kxAnimTreeWidget::selectedAnimations() const
@@ -274,9 +280,9 @@ void kxAnimTreeWidget::unshare()
         if (animation == osg::NullFC || container == osg::NullFC)
             continue;
         kxAnimManager::the()->unshareFrom(animation, container);
-        bindRowsAgain();
-        viewport()->update();
     }
+    bindRowsAgain();
+    viewport()->update();
 }
 
 void kxAnimTreeWidget::playSelected()
