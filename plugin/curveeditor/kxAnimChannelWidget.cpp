@@ -147,15 +147,22 @@ void kxAnimChannelWidget::frameDragged(kxMessage& message)
 
 void kxAnimChannelWidget::keyAllRequested(kxMessage&)
 {
-    if (_instances.empty())
+    const auto found = std::find_if(_instances.rbegin(), _instances.rend(),
+                                    [](const kxAnimChannelWidget* instance) { return instance->listsSelection(); });
+    if (found == _instances.rend())
         return;
-    kxAnimChannelWidget* const newest = _instances.back();
+    kxAnimChannelWidget* const newest = *found;
     if (!newest->isVisible())
     {
         newest->rebuild(true);
         newest->updateValues(true);
     }
     newest->keyAll();
+}
+
+bool kxAnimChannelWidget::listsSelection() const
+{
+    return true;
 }
 
 // Filling the tree

@@ -73,16 +73,18 @@ protected Q_SLOTS:
     void showContextMenu(QPoint p) override;
     /// A row writes an edited value by itself.
     void changedItem(QTreeWidgetItem* item, int column) override;
+    /// Lists again what is listed; of a mixed list only the nodes.
+    virtual void rebuildTopLevelItems();
 
 protected:
+    /// False for a tree that is filled by other ways, which the application's "key all" passes by.
+    virtual bool listsSelection() const;
     void showEvent(QShowEvent* event) override;
     /// An empty tree says what to do next.
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private Q_SLOTS:
-    /// Lists again what is listed; of a mixed list only the nodes.
-    void rebuildTopLevelItems();
     void removeConstCurves();
     void changedPostInfinityMode(QAction* action);
     void changedPreInfinityMode(QAction* action);

@@ -1,0 +1,118 @@
+#include <script/kxAnimNodeChannelWidget.h>
+
+#include <curveeditor/kxAnimChannelRows.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+#include <trees/kxTreeHint.h>
+
+#include <QKXDockWindowManager.h>
+#include <kxController.h>
+#include <kxIconManager.h>
+#include <kxNodePtr.h>
+
+#include <QCoreApplication>
+
+namespace
+{
+constexpr const char DockName[] = "Node Channels";
+
+kxAnimNodeChannelWidget* theWidget = nullptr;
+
+QString translated(const std::string& text)
+{
+    return QCoreApplication::translate("kxAnimChannelWidget", text.c_str());
+}
+
+QString rowText(const kxAnimManager::kxOSGChannelData& channel)
+{
+    const QString text = translated(channel.objectName) + QLatin1Char('.') + translated(channel.channelName);
+    return channel.suffix.empty() ? text : text + QLatin1Char('.') + QString::fromStdString(channel.suffix);
+}
+
+/// The last that animates the channel, null where none does.
+osg::AnimNodePtr curveNodeOf(const kxAnimManager::kxOSGChannelData& channel,
+                             const std::vector<osg::AnimNodePtr>& curveNodes)
+{
+    osg::AnimNodePtr found;
+    for (const osg::AnimNodePtr& node : curveNodes)
+    {
+        const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(node->getCore());
+        if (curve != osg::NullFC && curve->getName() + curve->getSuffix() == channel.name + channel.suffix)
+            found = node;
+    }
+    return found;
+}
+} // namespace
+
+kxAnimNodeChannelWidget::kxAnimNodeChannelWidget(QWidget* parent)
+    : kxAnimChannelWidget(parent), _instance(theWidget, this)
+{
+    setRootIsDecorated(false);
+}
+
+kxAnimNodeChannelWidget::~kxAnimNodeChannelWidget() = default;
+
+kxAnimNodeChannelWidget* kxAnimNodeChannelWidget::instance()
+{
+    return theWidget;
+}
+
+void kxAnimNodeChannelWidget::show(const osg::NodePtr& node)
+{
+    QKXDockWindowManager* const docks = kxController::getDockWindowManager();
+    if (theWidget == nullptr && docks != nullptr)
+        docks->add(DockName, "Animation", new kxAnimNodeChannelWidget, "Toolclip_Curves",
+                   kxIconManager::getIcon("ModuleCurveEditor", ""), tr("Node Channels"), 0, false, nullptr);
+    if (theWidget == nullptr)
+        return;
+    theWidget->rebuildFromNode(node);
+    if (docks != nullptr)
+        docks->show(DockName);
+}
+
+void kxAnimNodeChannelWidget::rebuild(bool saveStates)
+{
+    if (saveStates)
+        saveItemStates();
+    rebuildFromNode(kxNodePtr::toNode(_listedId));
+    if (saveStates)
+        restoreItemStates();
+}
+
+void kxAnimNodeChannelWidget::rebuildFromNode(osg::NodePtr node)
+{
+    clear();
+    _listedId = node.getFieldContainerId();
+    std::vector<kxAnimManager::kxOSGChannelData> channels;
+    std::vector<osg::AnimNodePtr> curveNodes;
+    kxAnimManager::the()->getKeyableChannels(node, channels);
+    kxAnimManager::the()->getChannelCurveNodes(node, curveNodes);
+    for (const kxAnimManager::kxOSGChannelData& channel : channels)
+    {
+        auto* const item = new kxAnimTreeWidgetItem(false);
+        item->setText(kxAnimChannelRows::Channel, rowText(channel));
+        item->setChannelData(channel);
+        const osg::AnimNodePtr curveNode = curveNodeOf(channel, curveNodes);
+        if (curveNode != osg::NullFC)
+            item->setNode(curveNode, false, false);
+        addTopLevelItem(item);
+    }
+    resizeColumnToContents(kxAnimChannelRows::Channel);
+    updateValues();
+}
+
+void kxAnimNodeChannelWidget::rebuildTopLevelItems()
+{
+    rebuild(true);
+}
+
+bool kxAnimNodeChannelWidget::listsSelection() const
+{
+    return false;
+}
+
+void kxAnimNodeChannelWidget::paintEvent(QPaintEvent* event)
+{
+    kxAnimTreeWidget::paintEvent(event);
+    if (topLevelItemCount() == 0)
+        kxPaintTreeHint(*this, tr("A script lists the channels of a node here: animateClippingTransform()"));
+}
