@@ -1,6 +1,7 @@
 #include <kxAnimManager.h>
 
 #include <animation/kxAnimManagerPrivate.h>
+#include <animation/kxBlockNames.h>
 #include <animation/kxPlaybackQueue.h>
 #include <kxScenegraph.h>
 #include <scene/kxScene.h>
@@ -66,6 +67,16 @@ private:
 void visitClips(const Visitor& visit)
 {
     visitCores<AnimClip>(kxAnimManager::the()->clipStructureRoot(), visit);
+}
+
+void visitTopLevelClips(const Visitor& visit)
+{
+    for (const NodePtr& node : kxAnimManager::the()->clipStructureRoot()->getChildren())
+    {
+        const AnimNodePtr animation = AnimNodePtr::dcast(node);
+        if (animation != NullFC && AnimClipPtr::dcast(animation->getCore()) != NullFC)
+            visit(animation);
+    }
 }
 
 /// Blocks under objects and materials; `hidden`: also the clones in clips.
@@ -147,9 +158,7 @@ AnimNodePtr kxAnimManager::findClip(const std::string& name) const
 
 AnimNodePtr kxAnimManager::findBlockR(const NodePtr& root, const std::string& name) const
 {
-    NameFinder finder(name);
-    visitBlocksBelow(root, std::ref(finder));
-    return finder.found();
+    return kxBlockNames::the().find(root, name);
 }
 
 AnimNodePtr kxAnimManager::findMaterialBlock(const std::string& name) const
@@ -161,7 +170,7 @@ AnimNodePtr kxAnimManager::findMaterialBlock(const std::string& name) const
 
 std::vector<std::string> kxAnimManager::pyGetClips()
 {
-    return namesOf([](const Visitor& visit) { visitClips(visit); });
+    return namesOf([](const Visitor& visit) { visitTopLevelClips(visit); });
 }
 
 std::vector<std::string> kxAnimManager::pyGetBlocks(bool includeHidden)
@@ -172,7 +181,7 @@ std::vector<std::string> kxAnimManager::pyGetBlocks(bool includeHidden)
 std::vector<NodePtr> kxAnimManager::getClipNodes()
 {
     std::vector<NodePtr> nodes;
-    visitClips([&nodes](const AnimNodePtr& node) { nodes.push_back(node); });
+    visitTopLevelClips([&nodes](const AnimNodePtr& node) { nodes.push_back(node); });
     return nodes;
 }
 

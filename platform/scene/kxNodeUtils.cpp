@@ -10,14 +10,14 @@ using namespace osg;
 
 namespace
 {
-/// Names of all animation nodes but `except`, and whether a name is among them.
-std::unordered_set<std::string> animationNames(const NodePtr& except)
+/// Names of all animation nodes but `except`, as far as they begin with `beginning`.
+std::unordered_set<std::string> animationNames(const NodePtr& except, const std::string& beginning)
 {
     std::unordered_set<std::string> names;
     for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
     {
         const NodePtr node = NodePtr::dcast(FieldContainerPtr(container));
-        if (node != NullFC && node != except &&
+        if (node != NullFC && node != except && node->getNodeName().compare(0, beginning.size(), beginning) == 0 &&
             (node->getType().isDerivedFrom(AnimNode::_type) ||
              (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(AnimObject::_type))))
             names.insert(node->getNodeName());
@@ -49,7 +49,7 @@ void kxNodeUtils::setName(const NodePtr& node, const std::string& name, bool uni
     if (node == NullFC)
         return;
     const bool animation = node->getType().isDerivedFrom(AnimNode::_type);
-    const std::string final = unique && animation ? uniqueAmong(name, animationNames(node)) : name;
+    const std::string final = unique && animation ? uniqueAmong(name, animationNames(node, name)) : name;
     if (final == node->getNodeName())
         return;
     node->setNodeName(final);

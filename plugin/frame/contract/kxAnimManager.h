@@ -261,7 +261,9 @@ public:
 
     static void pySetCurrentFrame(double frame);
     static double pyGetCurrentFrame();
+    /// Of the clips that stand in no other, as getClipNodes() gives them.
     static std::vector<std::string> pyGetClips();
+    /// `includeHidden`: the copies in clips too.
     static std::vector<std::string> pyGetBlocks(bool includeHidden);
     static std::vector<osg::NodePtr> getClipNodes();
     static std::vector<osg::NodePtr> getBlockNodes(bool includeHidden);
