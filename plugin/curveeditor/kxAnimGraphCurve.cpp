@@ -10,7 +10,9 @@
 #include <kxAnimManager.h>
 #include <kxUndo.h>
 
+#include <QGraphicsView>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QSignalBlocker>
 #include <QStyleOptionGraphicsItem>
 
@@ -159,15 +161,25 @@ void kxAnimGraphCurve::updateFromCurve()
 
 void kxAnimGraphCurve::rebuildPath()
 {
-    setPath(QPainterPath()); // comparing the old path with the new one takes longer than drawing it
-    _line.start(_points.size());
+    std::vector<QPointF> places;
+    places.reserve(std::size_t(_points.size()));
     for (const kxAnimGraphPoint* point : qAsConst(_points))
+        places.push_back(point->pos());
+    layLine(places);
+}
+
+void kxAnimGraphCurve::layLine(const std::vector<QPointF>& places)
+{
+    setPath(QPainterPath()); // comparing the old path with the new one takes longer than laying it
+    _line.start(_points.size());
+    for (int i = 0; i < _points.size(); ++i)
     {
-        const QPointF place = point->pos();
-        _line.addKey(place, place + point->inTangentPos(), place + point->outTangentPos());
+        const QPointF& place = places[std::size_t(i)];
+        _line.addKey(place, place + _points.at(i)->inTangentPos(), place + _points.at(i)->outTangentPos());
     }
     _moved.clear();
-    prepareGeometryChange();
+    if (_line.path().isEmpty())
+        prepareGeometryChange(); // setPath() doesn't
     _bounds = _line.bounds();
     setPath(_line.path());
     update();
@@ -175,72 +187,93 @@ void kxAnimGraphCurve::rebuildPath()
 
 void kxAnimGraphCurve::collectControlPoints(std::vector<osg::CCPnt>& out)
 {
-    sortPoints();
+    const std::vector<QPointF> places = sortPoints();
     computeTangents();
     const float fps = framesPerSecond();
-    out.reserve(out.size() + std::size_t(_points.size()));
+    out.reserve(out.size() + places.size());
     for (int i = 0; i < _points.size(); ++i)
     {
-        kxAnimGraphPoint* point = _points.at(i);
-        const osg::Vec2f place = toSeconds(point->pos(), fps);
+        const kxAnimGraphPoint* point = _points.at(i);
+        const osg::Vec2f place = toSeconds(places[std::size_t(i)], fps);
         out.emplace_back(osg::Pnt2f(place.x(), place.y()), toSeconds(point->inTangentPos(), fps),
                          toSeconds(point->outTangentPos(), fps), osg::UInt32(point->inTangentType()),
                          osg::UInt32(point->outTangentType()));
     }
-    rebuildPath();
+    layLine(places);
     Q_EMIT curveChanged();
 }
 
-void kxAnimGraphCurve::sortPoints()
+std::vector<QPointF> kxAnimGraphCurve::sortPoints()
 {
-    if (_moved.empty() && _line.isSorted())
-        return;
+    std::vector<QPointF> places = presentPlaces();
+    const auto isBefore = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+    if (std::is_sorted(places.begin(), places.end(), isBefore))
+        return places;
     struct Entry
     {
-        double x;
+        QPointF place;
         kxAnimGraphPoint* point;
     };
     std::vector<Entry> entries;
-    entries.reserve(std::size_t(_points.size()));
-    for (kxAnimGraphPoint* point : qAsConst(_points))
-        entries.push_back({point->pos().x(), point});
-    const auto isBefore = [](const Entry& a, const Entry& b) { return a.x < b.x; };
-    if (std::is_sorted(entries.begin(), entries.end(), isBefore))
-        return;
-    std::stable_sort(entries.begin(), entries.end(), isBefore);
+    entries.reserve(places.size());
+    for (int i = 0; i < _points.size(); ++i)
+        entries.push_back({places[std::size_t(i)], _points.at(i)});
+    std::stable_sort(entries.begin(), entries.end(),
+                     [isBefore](const Entry& a, const Entry& b) { return isBefore(a.place, b.place); });
     for (int i = 0; i < _points.size(); ++i)
     {
-        kxAnimGraphPoint* point = entries[std::size_t(i)].point;
-        if (_points.at(i) == point)
+        const Entry& entry = entries[std::size_t(i)];
+        places[std::size_t(i)] = entry.place;
+        if (_points.at(i) == entry.point)
             continue;
-        _points[i] = point;
-        point->setIndex(i);
-        point->_isTouched = true;
+        _points[i] = entry.point;
+        entry.point->setIndex(i);
+        entry.point->_isTouched = true;
     }
+    return places;
+}
+
+std::vector<QPointF> kxAnimGraphCurve::presentPlaces() const
+{
+    std::vector<QPointF> places;
+    places.reserve(std::size_t(_points.size()));
+    // An item's own place lies anywhere in memory; those of the line lie in a row.
+    const bool hasLine = _line.size() == _points.size();
+    for (int i = 0; i < _points.size(); ++i)
+        places.push_back(hasLine ? _line.key(i) : _points.at(i)->pos());
+    for (const auto& moved : _moved)
+        places[std::size_t(moved.second->index())] = moved.second->pos();
+    return places;
 }
 
 void kxAnimGraphCurve::computeTangents()
 {
-    // A side depends on its key and the two around it; where none of them was touched it stays as it was computed.
+    // A side depends on its key, the two around it and, where it is free, on the other side as it was. Where none of
+    // them changed it stays as it was computed.
     bool isPreviousTouched = false;
     for (int i = 0; i < _points.size(); ++i)
     {
         kxAnimGraphPoint* key = _points.at(i);
         kxAnimGraphPoint* previous = i > 0 ? _points.at(i - 1) : nullptr;
         kxAnimGraphPoint* next = i + 1 < _points.size() ? _points.at(i + 1) : nullptr;
-        const bool isTouched = std::exchange(key->_isTouched, false);
-        if (!isTouched && !isPreviousTouched && !(next != nullptr && next->_isTouched) && !key->_handles)
-            continue;
+        const bool isTouched = key->_isTouched;
+        if (isTouched || isPreviousTouched || (next != nullptr && next->_isTouched) || key->_handles)
+            computeTangents(key, previous, next);
         isPreviousTouched = isTouched;
-        // A free handle starts from where the user left it, so that what a passing key shortened grows again.
-        if (key->inTangentType() == Free)
-            key->setInTangentPos(key->cachedInTangentPos());
-        if (key->outTangentType() == Free)
-            key->setOutTangentPos(key->cachedOutTangentPos());
-        key->computeInTangent(previous, next);
-        key->computeOutTangent(previous, next);
-        key->_isTouched = false;
     }
+}
+
+void kxAnimGraphCurve::computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* previous, kxAnimGraphPoint* next)
+{
+    const QPointF in = key->inTangentPos(), out = key->outTangentPos();
+    // A free handle starts from where the user left it, so that what a passing key shortened grows again.
+    if (key->inTangentType() == Free)
+        key->setInTangentPos(key->cachedInTangentPos());
+    if (key->outTangentType() == Free)
+        key->setOutTangentPos(key->cachedOutTangentPos());
+    key->computeInTangent(previous, next);
+    key->computeOutTangent(previous, next);
+    key->_isTouched = key->inTangentPos() != in || key->outTangentPos() != out;
 }
 
 bool kxAnimGraphCurve::isTimeTaken(double x, const kxAnimGraphPoint* key) const
@@ -258,7 +291,7 @@ bool kxAnimGraphCurve::isTimeTaken(double x, const kxAnimGraphPoint* key) const
 
 void kxAnimGraphCurve::keyMoved(kxAnimGraphPoint* key)
 {
-    if (_isFollowingKernel)
+    if (_isFollowingKernel || _points.value(key->index()) != key)
         return;
     const QPointF place = key->pos();
     _moved.emplace(place.x(), key);
@@ -317,9 +350,25 @@ void kxAnimGraphCurve::aboutToScale()
 {
     for (kxAnimGraphCurve* curve : livingCurves())
     {
-        curve->prepareGeometryChange();
+        // Qt walks all children in prepareGeometryChange(). Without an index nobody remembers the old extent.
+        if (curve->scene() != nullptr && curve->scene()->itemIndexMethod() != QGraphicsScene::NoIndex)
+            curve->prepareGeometryChange();
         curve->update();
+        curve->setCacheMode(curve->isWorthCaching() ? DeviceCoordinateCache : NoCache);
     }
+}
+
+bool kxAnimGraphCurve::isWorthCaching() const
+{
+    // Zoomed in, each curve's pixmap is as large as the view. More of them than Qt keeps would be made anew at each
+    // repaint, which takes ten times as long as drawing the curves.
+    const QList<QGraphicsView*> views = scene() != nullptr ? scene()->views() : QList<QGraphicsView*>();
+    if (views.isEmpty())
+        return true;
+    const QWidget* viewport = views.first()->viewport();
+    const double ratio = viewport->devicePixelRatioF();
+    const double bytes = 4 * ratio * ratio * viewport->width() * viewport->height();
+    return double(livingCurves().size()) * bytes < 1024.0 * QPixmapCache::cacheLimit();
 }
 
 QRectF kxAnimGraphCurve::boundingRect() const
@@ -342,8 +391,13 @@ bool kxAnimGraphCurve::contains(const QPointF&) const
 
 void kxAnimGraphCurve::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*)
 {
+    // What Qt calls exposed is the whole curve where it paints into the cache for the first time.
+    const QPaintDevice* device = painter->device();
+    const QSizeF size = QSizeF(device->width(), device->height()) / device->devicePixelRatioF();
+    const QRectF visible = painter->worldTransform().inverted().mapRect(QRectF(QPointF(), size));
     const QRectF square = kxAnimGraphPoint::square().normalized();
-    const QRectF area = option->exposedRect.adjusted(square.left(), square.top(), square.right(), square.bottom());
+    const QRectF area =
+        option->exposedRect.intersected(visible).adjusted(square.left(), square.top(), square.right(), square.bottom());
     _line.paint(*painter, area.left(), area.right(), pen());
     paintSquares(*painter, area, option->palette);
 }

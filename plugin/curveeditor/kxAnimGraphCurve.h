@@ -86,8 +86,13 @@ private:
 
     void movedTangent(const kxAnimGraphPoint* point, bool isIn);
     void deletePoints();
-    void sortPoints();
+    /// Puts the items in order of time; gives their places.
+    std::vector<QPointF> sortPoints();
+    std::vector<QPointF> presentPlaces() const;
+    void layLine(const std::vector<QPointF>& places);
+    bool isWorthCaching() const;
     void computeTangents();
+    static void computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* previous, kxAnimGraphPoint* next);
     void paintSquares(QPainter& painter, const QRectF& area, const QPalette& palette) const;
 
     kxAnimGraphLine _line; // through the keys as they stood at the last rebuildPath()

@@ -30,6 +30,8 @@ double g_scaleX = 1;
 double g_scaleY = 1;
 /// Counts the keys that came to stand elsewhere.
 quint64 g_keyMoves = 0;
+/// Where the mouse was at the last press, move or release.
+QPointF g_lastScenePos;
 
 kxCurveMath::Place place(const QPointF& point)
 {
@@ -56,7 +58,8 @@ const QPen& linePen()
 } // namespace
 
 kxAnimGraphPoint::kxAnimGraphPoint(QGraphicsItem* parent, bool withTangents)
-    : QGraphicsRectItem(parent), _isKey(withTangents)
+    : QGraphicsRectItem(parent), _isKey(withTangents), _isTangent(false), _isInTangent(false), _tangentsShown(false),
+      _isDragging(false), _isTouched(true)
 {
     setPen(Qt::NoPen);
     setBrush(squareBrush(_isKey));
@@ -143,7 +146,7 @@ kxAnimGraphPoint::Handle kxAnimGraphPoint::makeHandle(bool isIn)
     handle->_isTangent = true;
     handle->_isInTangent = isIn;
     handle->_index = _index;
-    handle->_type = isIn ? _inType : _outType;
+    handle->setTangentTypes(_inType, _outType);
     handle->setFlag(ItemIsMovable, flags() & ItemIsMovable); // not in a locked scene
     handle->setVisible(false);
     return {handle, line};
@@ -204,25 +207,20 @@ void kxAnimGraphPoint::cacheTangents()
 
 void kxAnimGraphPoint::setTangentType(int type)
 {
-    _type = type;
     kxAnimGraphPoint* owner = _isTangent ? key() : nullptr;
-    if (owner == nullptr)
-        return;
-    (_isInTangent ? owner->_inType : owner->_outType) = type;
-    owner->_isTouched = true;
+    if (owner != nullptr)
+        owner->setTangentTypes(_isInTangent ? type : owner->_inType, _isInTangent ? owner->_outType : type);
 }
 
 void kxAnimGraphPoint::setTangentTypes(int inType, int outType)
 {
-    if (!_isKey)
-        return;
     _inType = inType;
     _outType = outType;
     _isTouched = true;
     if (!_handles)
         return;
-    _handles->in.point->_type = inType;
-    _handles->out.point->_type = outType;
+    _handles->in.point->setTangentTypes(inType, outType);
+    _handles->out.point->setTangentTypes(inType, outType);
 }
 
 kxAnimGraphPoint* kxAnimGraphPoint::inTangentItem() const
@@ -345,21 +343,21 @@ void kxAnimGraphPoint::mousePressEvent(QGraphicsSceneMouseEvent* event)
         QGraphicsRectItem::mousePressEvent(event);
     else if (!(flags() & ItemIsMovable))
         event->ignore();
-    _lastScenePos = event->scenePos();
+    g_lastScenePos = event->scenePos();
     _isDragging = false;
 }
 
 void kxAnimGraphPoint::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
 {
     // Some window systems send a move of no length with a click.
-    if (!_isDragging && event->scenePos() == _lastScenePos)
+    if (!_isDragging && event->scenePos() == g_lastScenePos)
         return;
     _isDragging = true;
     if (_isTangent)
         dragHandle(event);
     else
         dragKeys(event);
-    _lastScenePos = event->scenePos();
+    g_lastScenePos = event->scenePos();
 }
 
 void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
@@ -387,7 +385,7 @@ void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     if (!_isTangent)
         QGraphicsRectItem::mouseReleaseEvent(event);
     cacheTangents();
-    _lastScenePos = event->scenePos();
+    g_lastScenePos = event->scenePos();
     _isDragging = false;
 }
 

@@ -73,7 +73,7 @@ public:
     void cacheTangents();
 
     /// The type of a handle.
-    int tangentType() const { return _type; }
+    int tangentType() const { return _isInTangent ? _inType : _outType; }
     void setTangentType(int type);
     /// The types of a key's sides.
     int inTangentType() const { return _inType; }
@@ -155,15 +155,13 @@ private:
     QPointF _out;
     QPointF _cachedIn;
     QPointF _cachedOut;
-    QPointF _lastScenePos; // the mouse's, at the last press, move or release
     int _index = -1;
-    int _type = 1; // of a handle
-    int _inType = 1;
+    int _inType = 1; // of a handle: its own, in the one of its side
     int _outType = 1;
-    const bool _isKey;
-    bool _isTangent = false;
-    bool _isInTangent = false;
-    bool _tangentsShown = false;
-    bool _isDragging = false;
-    bool _isTouched = true; // since the curve last computed its tangents
+    bool _isKey : 1;
+    bool _isTangent : 1;
+    bool _isInTangent : 1;
+    bool _tangentsShown : 1;
+    bool _isDragging : 1; // from the first move of the mouse to the next press or release
+    bool _isTouched : 1;  // since the curve last computed its tangents
 };
