@@ -4,7 +4,9 @@
 #include <animation/kxAnimTree.h>
 #include <animation/kxAttachmentRegistry.h>
 #include <animation/kxNodeTime.h>
+#include <kxLog.h>
 #include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +20,7 @@ struct Copied
 {
     AnimNodePtr shared; // a share of each
     AnimNodePtr own;
+    UInt32 sourceId = 0; // of what was copied, which may be gone
     // Of the nodes in the order of a walk. The copies themselves have none: a name in the clipboard is nobody's.
     std::vector<std::string> names;
 };
@@ -63,7 +66,7 @@ void clearClipboard()
 
 void addToClipboard(const AnimNodePtr& node)
 {
-    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false), namesOf(node)};
+    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false), node->getId(), namesOf(node)};
     setNames(entry.shared, {});
     setNames(entry.own, {});
     entry.shared->addRef();
@@ -89,6 +92,16 @@ AnimNodePtr pasteParent(const FieldContainerPtr& target)
     return attachment->getAnimationRoot();
 }
 
+/// A node takes no copy of itself, nor of what stands above it.
+bool takes(const AnimNodePtr& parent, const Copied& entry)
+{
+    const AnimNodePtr source = FieldContainerFactory::the()->get<AnimNode>(entry.sourceId);
+    if (source == NullFC || !kxNodeUtils::hasParent(parent, source))
+        return true;
+    kxLog::warning("\"%s\" can't be pasted into itself.", kxNodeUtils::getName(source).c_str());
+    return false;
+}
+
 std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores, bool flipped, bool keepNames)
 {
     std::vector<AnimNodePtr> pasted;
@@ -97,6 +110,8 @@ std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores,
         return pasted;
     for (const Copied& entry : clipboard())
     {
+        if (!takes(parent, entry))
+            continue;
         const AnimNodePtr clone = cloneAnimTree(shareCores ? entry.shared : entry.own, shareCores);
         setNames(clone, entry.names);
         if (flipped)

@@ -3,6 +3,7 @@
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimMimeData.h>
 #include <trees/kxAnimTreeWidgetItem.h>
+#include <trees/kxOutOfParent.h>
 #include <trees/kxTreeHint.h>
 
 #include <kxAnimManager.h>
@@ -17,34 +18,6 @@ using namespace osg;
 
 namespace
 {
-/// Takes a node out of its parent while it lives, and puts it back in front of the other children.
-class OutOfParent
-{
-public:
-    explicit OutOfParent(const NodePtr& node) : _node(node), _parent(node->getParent())
-    {
-        if (_parent == NullFC)
-            return;
-        _node->addRef();
-        _parent->subChild(_node);
-        markChanged(_parent, Node::ChildrenFieldMask);
-    }
-    ~OutOfParent()
-    {
-        if (_parent == NullFC)
-            return;
-        _parent->insertChild(0, _node);
-        markChanged(_parent, Node::ChildrenFieldMask);
-        _node->subRef();
-    }
-    OutOfParent(const OutOfParent&) = delete;
-    OutOfParent& operator=(const OutOfParent&) = delete;
-
-private:
-    NodePtr _node;
-    NodePtr _parent; // null where there was none
-};
-
 /// `node` as a child of `parent`: a node of the structure, or of nowhere, moves; one that belongs to an object or a
 /// clip stays there, and a clone of it goes below `parent`. False where `parent` is the node itself or stands below it.
 bool addToStructure(const NodePtr& parent, const AnimNodePtr& node)
@@ -98,7 +71,7 @@ void kxAnimStructureWidget::rebuild(bool saveStates)
     if (const AnimNodePtr root = kxAnimManager::the()->sceneStructureRoot())
     {
         // The builder makes no row for a node without a parent.
-        const OutOfParent detached(root);
+        const kxOutOfParent detached(root, 0);
         for (const NodePtr& child : root->getChildren())
             if (const AnimNodePtr animation = AnimNodePtr::dcast(child))
                 if (QTreeWidgetItem* const row = buildItem(animation))

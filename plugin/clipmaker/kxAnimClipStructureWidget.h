@@ -1,0 +1,92 @@
+#pragma once
+
+#include <frame/kxCallbacks.h>
+#include <trees/kxAnimTreeWidget.h>
+
+/// The tree of clips: what stands below the kernel's clip structure root, clips in clips and blocks in clips.
+///
+/// A row of this tree that is dropped moves its node; a row of the library that is dropped makes a clone. Both go into
+/// clips alone.
+class kxAnimClipStructureWidget : public kxAnimTreeWidget
+{
+    Q_OBJECT
+public:
+    /// Of a drag of rows of this tree, as the bytes of a kxAnimLibraryPayload whose containers are the nodes of the
+    /// rows above.
+    static constexpr const char MimeType[] = "application/anim-clip-item";
+
+    explicit kxAnimClipStructureWidget(QWidget* parent = nullptr);
+
+    /// The node of the one selected row where it is a clip, else null.
+    osg::AnimNodePtr selectedClip() const;
+
+    using kxAnimTreeWidget::rebuild;
+    using kxAnimTreeWidget::rebuildFrom;
+
+    QStringList mimeTypes() const override;
+    Qt::DropActions supportedDropActions() const override;
+
+Q_SIGNALS:
+    /// The user pastes: whoever knows the clip maker's time is to do it.
+    void pasteCloneRequested();
+    void gotFocus(QWidget* widget);
+
+public Q_SLOTS:
+    void rebuild(bool saveStates = true) override;
+    /// A flat list for what a search found. A null node ends it, and the rows stay unsorted.
+    void rebuildFrom(std::vector<osg::AnimNodePtr> nodes) override;
+    /// A clip in each selected clip; where none is selected, or with `ignoreSelection`, one at the top level, which
+    /// becomes the selection.
+    void newClip(bool ignoreSelection = false);
+    /// Of the one selected row, as editPostCycles().
+    void setFlipped(bool value);
+    /// Asks for the passes after the first.
+    void editPostCycles();
+    void resizeFirstColumn(QTreeWidgetItem* item);
+    void pasteCloneTriggered();
+    /// A clone of each selected row beside it; its blocks are shared, its clips are its own.
+    void duplicateSpecial();
+    void duplicateFlippedSpecial();
+
+protected:
+    bool listsAnimations() const override { return true; }
+
+    QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override;
+    bool dropMimeData(QTreeWidgetItem* parent, int index, const QMimeData* mime, Qt::DropAction action) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+protected Q_SLOTS:
+    void updateContextMenu() override;
+    void changedItem(QTreeWidgetItem* item, int column) override;
+
+private:
+    static void pastedAnimations(kxMessage& message);
+    static void createNewClip(kxMessage& message);
+
+    void createMenu();
+    /// The selected rows that are clips, in the order of selection.
+    QList<QPersistentModelIndex> selectedClipRows() const;
+    void addClipBelow(const QPersistentModelIndex& index);
+    /// Rows for a node that was added to the node of `parent`; none where that row died.
+    void addRow(const QPersistentModelIndex& parent, const osg::AnimNodePtr& node);
+    void addTopLevelClip();
+    void duplicateSelected(bool flipped);
+    /// True where the drop was taken.
+    bool dropLibraryRows(QTreeWidgetItem* parent, const QByteArray& bytes);
+    bool dropClipRows(QTreeWidgetItem* parent, const QByteArray& bytes);
+    /// Makes the row at `index` the selection; where it died, nothing is selected.
+    void selectAlone(const QPersistentModelIndex& index);
+
+    QAction* _copy = nullptr; // these seven owned by the menu
+    QAction* _paste = nullptr;
+    QAction* _duplicate = nullptr;
+    QAction* _duplicateFlipped = nullptr;
+    QAction* _delete = nullptr;
+    QAction* _rename = nullptr;
+    QAction* _information = nullptr;
+    bool _showsHits = false; // the rows are what a search found
+    kxInstancePointer<kxAnimClipStructureWidget> _instance;
+    kxCallbacks _callbacks;
+};

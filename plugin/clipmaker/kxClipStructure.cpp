@@ -1,0 +1,80 @@
+#include <clipmaker/kxClipStructure.h>
+
+#include <kxAnimManager.h>
+#include <kxScenegraph.h>
+#include <osg/AnimCores.h>
+#include <osg/FieldContainerFactory.h>
+
+using namespace osg;
+
+namespace
+{
+/// Gives `node` a place in `clip` where it covers no neighbour; its time stays.
+void moveToFreeTrack(const AnimNodePtr& node, const AnimNodePtr& clip)
+{
+    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node);
+    node->setOffset(Vec2f(node->getOffset().x(), y));
+    markChanged(node, AnimNodeBase::OffsetFieldMask);
+}
+} // namespace
+
+bool kxClipStructure::isClip(const NodePtr& node)
+{
+    return node != NullFC && AnimClipPtr::dcast(node->getCore()) != NullFC;
+}
+
+std::string kxClipStructure::uniqueName(const std::string& proposal)
+{
+    std::vector<std::string> names;
+    for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
+        if (const AnimNodePtr node = AnimNodePtr::dcast(FieldContainerPtr(container)))
+            names.push_back(kxNodeUtils::getName(node));
+    return kxNodeUtils::getUniqueName(proposal, names);
+}
+
+AnimNodePtr kxClipStructure::makeClip(const std::string& name)
+{
+    const AnimNodePtr clip = AnimNodeBase::create();
+    clip->setCore(AnimClipBase::create());
+    markChanged(clip, Node::CoreFieldMask);
+    kxNodeUtils::setName(clip, uniqueName(name), true, NodePtr());
+    return clip;
+}
+
+bool kxClipStructure::moveInto(const AnimNodePtr& node, const AnimNodePtr& parent)
+{
+    const NodePtr before = node->getParent();
+    if (!parent->addChild(node))
+        return false;
+    if (before != NullFC && before != NodePtr(parent))
+        markChanged(before, Node::ChildrenFieldMask);
+    markChanged(parent, Node::ChildrenFieldMask);
+    return true;
+}
+
+AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr& clip)
+{
+    if (kxNodeUtils::hasParent(clip, node))
+        return AnimNodePtr();
+    const AnimNodePtr clone = cloneAnimTree(node, true);
+    moveToFreeTrack(clone, clip);
+    clip->addChild(clone);
+    markChanged(clip, Node::ChildrenFieldMask);
+    return clone;
+}
+
+std::vector<AnimNodePtr> kxClipStructure::duplicate(const AnimNodePtr& node, bool flipped)
+{
+    const NodePtr parent = node->getParent();
+    if (parent == NullFC)
+        return {};
+    kxAnimManager::the()->copy(node, FieldContainerPtr());
+    const std::vector<AnimNodePtr> clones = kxAnimManager::the()->clonePasteTo(parent, flipped, false);
+    for (const AnimNodePtr& clone : clones)
+    {
+        kxAnimManager::the()->unshareClipsR(clone);
+        if (isClip(parent))
+            moveToFreeTrack(clone, AnimNodePtr::dcast(parent));
+    }
+    return clones;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <osg/AnimNode.h>
+
+#include <string>
+#include <vector>
+
+/// Edits of the tree of clips. Each marks what it changes; nodes aren't null where nothing else is said.
+namespace kxClipStructure
+{
+/// True for a node with the core of a clip, of whatever kind; false for null.
+bool isClip(const osg::NodePtr& node);
+
+/// `proposal`, made unlike the names of all other animations.
+std::string uniqueName(const std::string& proposal);
+
+/// A clip of that name, made unique, that stands nowhere yet: it dies unless it is given a parent.
+osg::AnimNodePtr makeClip(const std::string& name);
+
+/// Moves `node`, with all below it, to the end of the children of `parent`. False where `parent` is the node itself or
+/// stands below it.
+bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
+
+/// A clone of `node` that shares its cores, at the same time in `clip`, on a free track. Null where `clip` is the node
+/// itself or stands below it.
+osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
+
+/// A clone of `node` beside it, in a clip on a free track: its blocks are shared, its clips are its own. Empty for a
+/// node without a parent. The animations' clipboard holds `node` from then on.
+std::vector<osg::AnimNodePtr> duplicate(const osg::AnimNodePtr& node, bool flipped);
+} // namespace kxClipStructure
