@@ -1,0 +1,499 @@
+#include "kxGraphFixture.h"
+
+#include <curveeditor/kxAnimGraphLine.h>
+#include <curveeditor/kxAnimTimeItem.h>
+
+#include <kxAwkwardCurves.h>
+#include <kxCurveMath.h>
+
+#include <QGraphicsLineItem>
+#include <QPainter>
+#include <QtTest>
+
+#include <algorithm>
+#include <random>
+
+class tst_kxAnimGraphItems : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void tangents_data();
+    void tangents();
+    void handlesAreThereFromTheStart();
+    void handlesShowOnSidesThatHaveThem();
+    void exactTiesAreRefused();
+    void keysPassEachOther();
+    void aFreeHandleGrowsBack();
+    void untouchedKeysStayAsComputed();
+    void pathIsStepsAndCubics();
+    void theKernelIsFollowed();
+    void aCurveThatIsGone();
+    void drawnIsPlayed();
+    void awkwardCurves();
+    void squaresAreSixPixels();
+    void whatIsSeenLooksLikeTheWhole();
+    void denseLinesHaveNoGaps();
+};
+
+void tst_kxAnimGraphItems::tangents_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("hasPrevious");
+    QTest::addColumn<bool>("hasNext");
+    QTest::addColumn<QPointF>("in"); // frames, value, relative to the key
+    QTest::addColumn<QPointF>("out");
+    // A key at (12, 6) between (0, 0) and (48, -12), with handles at (-1, 2) and (3, 4).
+    QTest::newRow("alone") << 3 << false << false << QPointF(-1, 2) << QPointF(3, 4);
+    QTest::newRow("constant") << 0 << true << true << QPointF(0, 0) << QPointF(0, 0);
+    QTest::newRow("linear") << 1 << true << true << QPointF(-6, -3) << QPointF(18, -9);
+    QTest::newRow("linear, first") << 1 << false << true << QPointF(-18, 0) << QPointF(18, -9);
+    QTest::newRow("linear, last") << 1 << true << false << QPointF(-6, -3) << QPointF(6, 0);
+    QTest::newRow("flat") << 2 << true << true << QPointF(-6, 0) << QPointF(16, 0);
+    QTest::newRow("hermite") << 3 << true << true << QPointF(-6, 1.5) << QPointF(16, -4);
+    QTest::newRow("hermite, last") << 3 << true << false << QPointF(-6, -3) << QPointF(6, 3);
+    QTest::newRow("following") << 4 << true << true << QPointF(-6, 3) << QPointF(16, -8);
+    QTest::newRow("following, last") << 4 << true << false << QPointF(-6, 0) << QPointF(6, 0);
+    QTest::newRow("free") << 5 << true << true << QPointF(-1, 2) << QPointF(3, 4);
+    QTest::newRow("no such type") << 9 << true << true << QPointF(-10, 0) << QPointF(10, 0);
+}
+
+void tst_kxAnimGraphItems::tangents()
+{
+    QFETCH(int, type);
+    QFETCH(bool, hasPrevious);
+    QFETCH(bool, hasNext);
+    kxAnimGraphPoint previous(QPointF(0, 0), nullptr, true), key(QPointF(12, 6), nullptr, true);
+    kxAnimGraphPoint next(QPointF(48, -12), nullptr, true);
+    key.setInTangentPos(-1, 2);
+    key.setOutTangentPos(3, 4);
+    key.inTangentItem()->setTangentType(type);
+    key.outTangentItem()->setTangentType(type);
+    key.computeInTangent(hasPrevious ? &previous : nullptr, hasNext ? &next : nullptr);
+    key.computeOutTangent(hasPrevious ? &previous : nullptr, hasNext ? &next : nullptr);
+    QTEST(key.inTangentPos(), "in");
+    QTEST(key.outTangentPos(), "out");
+    QCOMPARE(key.outTangentItem()->pos(), key.outTangentPos());
+}
+
+/// What is asked of a key before its handles were made is what they show then.
+void tst_kxAnimGraphItems::handlesAreThereFromTheStart()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+    kxAnimGraphPoint* key = graph.point(0, 1);
+    QVERIFY(key->isKey() && key->childItems().isEmpty());
+    key->setTangentTypes(3, 4);
+    key->setInTangentPos(-2, 7);
+    QCOMPARE(key->inTangentScenePos(), QPointF(8, 9));
+
+    kxAnimGraphPoint* in = key->inTangentItem();
+    QCOMPARE(key->childItems().size(), 4);
+    QCOMPARE(in->pos(), QPointF(-2, 7));
+    QCOMPARE(in->tangentType(), 3);
+    QCOMPARE(key->outTangentItem()->tangentType(), 4);
+    QCOMPARE(in->index(), 1);
+    QVERIFY(in->isTangent() && in->isInTangent() && !in->isVisible());
+    QVERIFY(!in->isKey() && in->inTangentItem() == nullptr);
+    key->setIndex(5);
+    QCOMPARE(in->index(), 5);
+
+    // A handle that is moved from code is the handle of the key, and so is its line.
+    in->setPos(-3, 1);
+    Q_EMIT in->graphPointMoved(in);
+    QCOMPARE(key->inTangentPos(), QPointF(-3, 1));
+    QCOMPARE(key->outTangentPos(), QPointF(3, -1)); // mirrored
+    for (QGraphicsItem* child : key->childItems())
+        if (auto* line = qgraphicsitem_cast<QGraphicsLineItem*>(child))
+            QVERIFY(line->line().p2() == key->inTangentPos() || line->line().p2() == key->outTangentPos());
+}
+
+void tst_kxAnimGraphItems::handlesShowOnSidesThatHaveThem()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+    kxAnimGraphPoint* key = graph.point(0, 1);
+    key->setTangentTypes(1, 0);
+    key->setSelected(true);
+    const auto shown = [key] {
+        return QList<bool>{key->inTangentItem()->isVisible(), key->outTangentItem()->isVisible()};
+    };
+    QCOMPARE(shown(), (QList<bool>{true, false}));
+
+    // Dragging one side frees both, so that the other one shows too.
+    const QPoint from = graph.at(key->inTangentItem());
+    graph.drag(from, from + QPoint(5, 20));
+    QCOMPARE(shown(), (QList<bool>{true, true}));
+    key->setTangentsVisible(false);
+    QCOMPARE(shown(), (QList<bool>{false, false}));
+}
+
+void tst_kxAnimGraphItems::exactTiesAreRefused()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}, {20, 0}, {30, 1}}});
+    kxAnimGraphPoint *first = graph.point(0, 0), *second = graph.point(0, 1);
+    first->setPos(10, 7);
+    QCOMPARE(first->pos(), QPointF(0, 0));
+    // While keys are on the move their places count, not those that they came from.
+    second->setPos(25, 2);
+    first->setPos(25, 5);
+    QCOMPARE(first->pos(), QPointF(0, 0));
+    first->setPos(10, 5);
+    QCOMPARE(first->pos(), QPointF(10, 5));
+    second->setPos(10, 1);
+    QCOMPARE(second->pos(), QPointF(25, 2));
+    second->setPos(0, 1);
+    QCOMPARE(second->pos(), QPointF(0, 1));
+    // And after the order was made good again.
+    std::vector<osg::CCPnt> keys;
+    graph.scene()->curves().first()->collectControlPoints(keys);
+    QCOMPARE(graph.point(0, 0), second);
+    first->setPos(0, 3);
+    QCOMPARE(first->pos(), QPointF(10, 5));
+    first->setPos(-4, 3);
+    second->setPos(10, 3);
+    QCOMPARE(second->pos(), QPointF(10, 3));
+    second->setY(-8); // its own place is no tie
+    QCOMPARE(second->pos(), QPointF(10, -8));
+}
+
+/// Random moves: the collected keys are the items in order of time, and each knows its index.
+void tst_kxAnimGraphItems::keysPassEachOther()
+{
+    kxGraphFixture graph;
+    std::vector<std::pair<float, float>> places;
+    for (int i = 0; i < 40; ++i)
+        places.emplace_back(float(3 * i), float(i % 5));
+    graph.show({places});
+    kxAnimGraphCurve* curve = graph.scene()->curves().first();
+    std::mt19937 random(7);
+    for (int step = 0; step < 60; ++step)
+    {
+        for (unsigned int moves = random() % 6; moves > 0; --moves)
+            graph.point(0, random() % 40)->setPos(double(random() % 1000) / 8, double(random() % 50));
+        std::vector<osg::CCPnt> keys;
+        curve->collectControlPoints(keys);
+        QCOMPARE(keys.size(), std::size_t(40));
+        for (int i = 0; i < 40; ++i)
+        {
+            const kxAnimGraphPoint* key = curve->point(unsigned(i));
+            QCOMPARE(key->index(), i);
+            QCOMPARE(keys[std::size_t(i)].x(), float(key->pos().x() / 24));
+            QVERIFY(i == 0 || curve->point(unsigned(i) - 1)->pos().x() < key->pos().x());
+        }
+    }
+}
+
+void tst_kxAnimGraphItems::aFreeHandleGrowsBack()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {20, 2}, {50, 0}}});
+    kxAnimGraphPoint *key = graph.point(0, 1), *next = graph.point(0, 2);
+    key->setTangentTypes(5, 5);
+    key->setInTangentPos(-4, -1);
+    key->setOutTangentPos(10, 5);
+    key->cacheTangents();
+    const auto outAfter = [&](double x)
+    {
+        next->setPos(x, 0);
+        std::vector<osg::CCPnt> keys;
+        graph.scene()->curves().first()->collectControlPoints(keys);
+        return key->outTangentPos();
+    };
+    QCOMPARE(outAfter(26), QPointF(6, 3)); // shortened along its direction
+    QCOMPARE(outAfter(23), QPointF(3, 1.5));
+    QCOMPARE(outAfter(40), QPointF(10, 5));
+    QCOMPARE(key->inTangentPos(), QPointF(-4, -1));
+}
+
+/// Computing tangents where something moved gives what computing all of them at each step does.
+void tst_kxAnimGraphItems::untouchedKeysStayAsComputed()
+{
+    std::vector<std::pair<float, float>> places;
+    for (int i = 0; i < 30; ++i)
+        places.emplace_back(float(4 * i), float((i * 7) % 11));
+    const auto walk = [&places](bool touchesAll)
+    {
+        kxGraphFixture graph;
+        graph.show({places});
+        kxAnimGraphCurve* curve = graph.scene()->curves().first();
+        std::mt19937 random(3);
+        for (kxAnimGraphPoint* key : curve->points())
+        {
+            key->setOutTangentPos(double(random() % 5), double(random() % 7));
+            key->setTangentTypes(int(random() % 6), int(random() % 6));
+            key->cacheTangents();
+        }
+        std::vector<osg::CCPnt> keys;
+        for (int step = 0; step < 80; ++step)
+        {
+            curve->point(random() % 30)->setPos(double(random() % 960) / 8, double(random() % 50) / 4);
+            for (kxAnimGraphPoint* key : curve->points())
+                if (touchesAll)
+                    key->setTangentTypes(key->inTangentType(), key->outTangentType());
+            curve->collectControlPoints(keys);
+        }
+        return keys;
+    };
+    QVERIFY(walk(false) == walk(true));
+}
+
+void tst_kxAnimGraphItems::pathIsStepsAndCubics()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 1}, {10, 2}, {20, 5}}, {{3, 4}}});
+    QVERIFY(graph.scene()->curves().at(1)->path().isEmpty());
+    QVERIFY(graph.scene()->curves().at(1)->boundingRect().contains(QPointF(3, 4)));
+
+    kxAnimGraphCurve* curve = graph.scene()->curves().first();
+    graph.point(0, 0)->setOutTangentPos(0, 0);
+    graph.point(0, 1)->setInTangentPos(0, 0);
+    graph.point(0, 1)->setOutTangentPos(0, 0); // of this segment only one side has no length
+    curve->rebuildPath();
+    const QPainterPath path = curve->path();
+    QCOMPARE(path.elementCount(), 6);
+    QCOMPARE(QPointF(path.elementAt(1)), QPointF(10, 1));
+    QVERIFY(path.elementAt(2).isLineTo());
+    QVERIFY(path.elementAt(3).isCurveTo());
+    QCOMPARE(QPointF(path.elementAt(3)), QPointF(10, 2));
+    QCOMPARE(QPointF(path.elementAt(5)), QPointF(20, 5));
+}
+
+/// Places that come from the kernel are neither snapped nor locked nor refused.
+void tst_kxAnimGraphItems::theKernelIsFollowed()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+    kxAnimGraphCurve* curve = graph.scene()->curves().first();
+    const osg::AnimCurvePtr kernel = curve->animCurve();
+    graph.scene()->setLockX(true);
+    for (osg::UInt32 i = 0; i < 3; ++i)
+        kernel->getControlPoints(i).setX(float(10 * (i + 1)) / 24); // each where its neighbour stood
+    kernel->computeOuttangent(1, 0);
+    curve->updateFromCurve();
+    QCOMPARE(graph.point(0, 0)->pos().x(), 10.0);
+    QCOMPARE(graph.point(0, 2)->pos().x(), 30.0);
+    QCOMPARE(graph.point(0, 1)->outTangentType(), 0);
+    QVERIFY(curve->isTimeTaken(30, graph.point(0, 0)) && !curve->isTimeTaken(0, graph.point(0, 1)));
+
+    kernel->subPoint(0);
+    curve->updateFromCurve();
+    QCOMPARE(curve->points().size(), 2);
+    kernel->clear();
+    curve->updateFromCurve();
+    QVERIFY(curve->points().isEmpty() && curve->path().isEmpty() && curve->boundingRect().isNull());
+}
+
+void tst_kxAnimGraphItems::aCurveThatIsGone()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}}});
+    kxAnimGraphCurve* curve = graph.scene()->curves().first();
+    kxAnimGraphPoint* handle = graph.point(0, 1)->inTangentItem();
+    graph.nodes[0]->subRef();
+    QVERIFY(curve->animCurve() == osg::NullFC);
+    curve->updateFromCurve();
+    curve->rebuildFromCurve();
+    curve->movedInTangent(handle);
+    QCOMPARE(curve->points().size(), 2);
+    QCOMPARE(graph.stack()->count(), 0);
+    QCOMPARE(kxAnimGraphCurve(osg::AnimCurvePtr(), nullptr).point(0), nullptr);
+}
+
+namespace
+{
+/// The point of the path's segment that starts before element `first`, at `u`.
+QPointF onCubic(const QPainterPath& path, int first, double u)
+{
+    const QPointF a = path.elementAt(first - 1), b = path.elementAt(first), c = path.elementAt(first + 1);
+    const QPointF d = path.elementAt(first + 2);
+    const double v = 1 - u;
+    return v * v * v * a + 3 * v * v * u * b + 3 * v * u * u * c + u * u * u * d;
+}
+
+/// The greatest difference between what the path shows and what the curve's keys say, over all cubic segments.
+double greatestDifference(const QPainterPath& path, const osg::AnimCurvePtr& curve, int* segments)
+{
+    double greatest = 0;
+    osg::UInt32 key = 0;
+    for (int i = 1; i < path.elementCount(); ++key)
+    {
+        const osg::CCPnt &a = curve->getControlPoints(key), &b = curve->getControlPoints(key + 1);
+        const bool isCubic = path.elementAt(i).isCurveTo();
+        for (int step = 1; step < 16; ++step)
+        {
+            const double u = step / 16.0;
+            const QPointF stepEnd = path.elementAt(i);
+            const QPointF drawn =
+                isCubic ? onCubic(path, i, u) : QPointF((1 - u) * a.x() * 24.0 + u * stepEnd.x(), stepEnd.y());
+            const double played = double(kxCurveMath::segmentValue(a, b, drawn.x() / 24));
+            greatest = std::max(greatest, std::abs(played - drawn.y()));
+        }
+        i += isCubic ? 3 : path.elementAt(i).y == path.elementAt(i + 1).y ? 1 : 2;
+        ++*segments;
+    }
+    return greatest;
+}
+} // namespace
+
+/// Over all pairs of types: the path, the kernel's keys, and the channel when the scene is evaluated.
+void tst_kxAnimGraphItems::drawnIsPlayed()
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> value(-50, 50), gap(0.5f, 12), part(0.05f, 0.6f);
+    for (osg::UInt32 inType = 0; inType < 6; ++inType)
+        for (osg::UInt32 outType = 0; outType < 6; ++outType)
+        {
+            kxGraphFixture graph;
+            const osg::NodePtr object = graph.scope.object();
+            const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
+            const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
+            kxAnimManager::the()->addAnimation(object, node);
+            float frame = 0;
+            for (int i = 0; i < 30; ++i)
+            {
+                const float before = gap(random);
+                frame += before;
+                const osg::Vec2f in(-part(random) * 0.5f / 24, value(random) / 9);
+                const osg::Vec2f out(part(random) * 0.5f / 24, value(random) / 9);
+                curve->addPoint(osg::Pnt2f(frame / 24, value(random)), in, out, inType, outType, true, true);
+            }
+            for (osg::UInt32 i = 0; i < 30; ++i)
+            {
+                curve->computeIntangent(i, -1);
+                curve->computeOuttangent(i, -1);
+            }
+            graph.scope.keysChanged(node);
+            kxAnimGraphCurve item(curve, graph.scene());
+            int segments = 0;
+            const double difference = greatestDifference(item.path(), curve, &segments);
+            QCOMPARE(segments, 29);
+            QVERIFY2(difference < 1e-4 * 100, qPrintable(QString("%1 %2 %3").arg(inType).arg(outType).arg(difference)));
+
+            for (int i = 1; i < 29; ++i)
+            {
+                const double at = 0.5 * (item.point(unsigned(i))->pos().x() + item.point(unsigned(i) + 1)->pos().x());
+                kxAnimManager::the()->setCurrentFrame(at, true, false);
+                const double played = double(graph.scope.transform(object)->getTranslation()[0]);
+                const double expected = double(kxCurveMath::segmentValue(
+                    curve->getControlPoints(osg::UInt32(i)), curve->getControlPoints(osg::UInt32(i) + 1), at / 24));
+                QVERIFY(std::abs(played - expected) < 1e-4 * 100);
+            }
+            // The live tangents of the items are those of the kernel.
+            std::vector<osg::CCPnt> keys;
+            item.collectControlPoints(keys);
+            for (osg::UInt32 i = 0; i < 30; ++i)
+            {
+                const osg::CCPnt& key = curve->getControlPoints(i);
+                QVERIFY(std::abs(keys[i].inX() - key.inX()) < 1e-5f && std::abs(keys[i].inY() - key.inY()) < 1e-3f);
+                QVERIFY(std::abs(keys[i].outX() - key.outX()) < 1e-5f && std::abs(keys[i].outY() - key.outY()) < 1e-3f);
+            }
+        }
+}
+
+void tst_kxAnimGraphItems::awkwardCurves()
+{
+    for (const kxAwkwardCurve& awkward : kxAwkwardCurves())
+    {
+        kxGraphFixture graph;
+        const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
+        const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
+        for (const osg::CCPnt& key : awkward.keys)
+            curve->editControlPoints().push_back(key);
+        kxAnimGraphCurve item(curve, graph.scene());
+        QCOMPARE(item.points().size(), int(awkward.keys.size()));
+        graph.view.grab();
+        item.point(0)->setSelected(true);
+        item.point(0)->setPos(item.point(0)->pos() + QPointF(0.25, 1));
+        std::vector<osg::CCPnt> keys;
+        item.collectControlPoints(keys);
+        QVERIFY(std::is_sorted(keys.begin(), keys.end(),
+                               [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); }));
+        graph.view.grab();
+    }
+}
+
+/// What is drawn and what the mouse meets is a square of 6 by 6 pixels at any zoom.
+void tst_kxAnimGraphItems::squaresAreSixPixels()
+{
+    for (const QPointF& zoom : {QPointF(10, -20), QPointF(0.01, -3), QPointF(900, -0.2)})
+    {
+        kxGraphFixture graph;
+        graph.show({{{7, 1}}});
+        graph.view.setTransform(QTransform::fromScale(zoom.x(), zoom.y()));
+        graph.view.updatePointScale();
+        graph.view.centerOn(7, 1);
+        graph.scene()->timeItem()->hide();
+        const QPoint middle = graph.at(graph.point(0, 0));
+        const QImage image = graph.view.viewport()->grab().toImage();
+        int met = 0, white = 0;
+        for (int x = -6; x < 6; ++x)
+            for (int y = -6; y < 6; ++y)
+            {
+                const QPoint place = middle + QPoint(x, y);
+                met += graph.view.itemAt(place) == graph.point(0, 0);
+                white += image.pixelColor(place) == QColor(Qt::white);
+            }
+        QCOMPARE(white, 36);
+        QVERIFY2(met >= 36 && met <= 49, qPrintable(QString::number(met))); // the edge belongs to it
+    }
+}
+
+/// A line through keys with tangents that stick out of their segments, painted in part.
+void tst_kxAnimGraphItems::whatIsSeenLooksLikeTheWhole()
+{
+    std::mt19937 random(5);
+    kxAnimGraphLine line;
+    line.start(300);
+    const auto some = [&](int range) { return double(random() % unsigned(range)); };
+    for (int i = 0; i < 300; ++i)
+    {
+        const QPointF key(4 * i, some(100));
+        const bool isStep = random() % 5 == 0;
+        line.addKey(key, isStep ? key : key - QPointF(some(9), some(20)),
+                    isStep ? key : key + QPointF(some(9), -some(20)));
+    }
+    QPen pen(Qt::red);
+    pen.setCosmetic(true);
+    for (const int left : {-60, 0, 333, 1150})
+    {
+        const auto painted = [&](bool isWhole)
+        {
+            QImage image(400, 120, QImage::Format_RGB32);
+            image.fill(Qt::black);
+            QPainter painter(&image);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setWorldTransform(QTransform(4, 0, 0, 1, -4.0 * left, 10));
+            if (isWhole)
+                painter.strokePath(line.path(), pen);
+            else
+                line.paint(painter, left, left + 100, pen);
+            return image;
+        };
+        QVERIFY(painted(true) == painted(false));
+    }
+}
+
+void tst_kxAnimGraphItems::denseLinesHaveNoGaps()
+{
+    kxAnimGraphLine line;
+    line.start(50000);
+    for (int i = 0; i < 50000; ++i)
+    {
+        const QPointF key(i, 50 + 40 * std::sin(i * 0.0003) + i % 7);
+        line.addKey(key, key - QPointF(0.5, 0), key + QPointF(0.5, 0));
+    }
+    QImage image(400, 120, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    painter.setWorldTransform(QTransform::fromScale(400 / 50000.0, 1));
+    QPen pen(Qt::red);
+    pen.setCosmetic(true);
+    line.paint(painter, 0, 50000, pen);
+    painter.end();
+    for (int i = 0; i < 50000; i += 11)
+        QCOMPARE(image.pixelColor(int(line.key(i).x() * 400 / 50000), int(line.key(i).y())), QColor(Qt::red));
+}
+
+QTEST_MAIN(tst_kxAnimGraphItems)
+#include "tst_kxAnimGraphItems.moc"
