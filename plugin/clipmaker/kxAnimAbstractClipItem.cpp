@@ -107,6 +107,12 @@ osg::AnimNodePtr kxAnimAbstractClipItem::node() const
     return osg::FieldContainerFactory::the()->get<osg::AnimNode>(_nodeId);
 }
 
+void kxAnimAbstractClipItem::invalidateNode()
+{
+    _nodeId = 0;
+    _active = true;
+}
+
 kxAnimClipScene* kxAnimAbstractClipItem::clipScene() const
 {
     return qobject_cast<kxAnimClipScene*>(scene());
@@ -447,6 +453,15 @@ void kxAnimAbstractClipItem::slideBack()
     _returnAnimation->setPosAt(0.0, pos());
     _returnAnimation->setPosAt(1.0, _dragStart);
     _returnTimeLine->start();
+}
+
+void kxAnimAbstractClipItem::endReturn()
+{
+    if (_returnAnimation == nullptr)
+        return;
+    _returnAnimation->setStep(1.0);
+    _returnTimeLine->stop();
+    finishedAnimation();
 }
 
 void kxAnimAbstractClipItem::finishedAnimation()

@@ -42,8 +42,10 @@ public:
     osg::AnimNodePtr node() const;
     /// Field container id, 0 in a bar without a node.
     unsigned int nodeId() const { return _nodeId; }
-    /// The bar stands for no node from here on, and writes to none.
-    void invalidateNode() { _nodeId = 0; }
+    /// The bar stands for no node from here on, and writes to none; it looks active.
+    void invalidateNode();
+    /// A bar that slides back after a collision is there at once.
+    void endReturn();
 
     bool isActive() const { return _active; }
     bool isLocked() const { return _locked; }

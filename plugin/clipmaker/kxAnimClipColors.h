@@ -12,6 +12,15 @@ constexpr QColor TrackLine{0, 0, 0, 255};
 constexpr QColor TrackFree{22, 222, 22, 20};
 constexpr QColor TrackTaken{222, 22, 22, 20};
 
+constexpr QColor Ruler{25, 25, 25, 255};
+constexpr QColor RulerText{160, 160, 164, 255};
+constexpr QColor CurrentTime{244, 133, 22, 255};
+constexpr QColor HintTitle{150, 150, 150, 255};
+constexpr QColor Hint{120, 120, 120, 255};
+
+/// A library item that is dragged over the tracks.
+constexpr QColor Ghost{240, 240, 240, 50};
+
 constexpr QColor Bar{140, 140, 140, 255};
 constexpr QColor Selected{244, 133, 22, 100};
 constexpr QColor Inactive{90, 90, 90, 150};

@@ -89,6 +89,14 @@ bool kxClipNodes::stretch(const osg::AnimNodePtr& node, double from, double to, 
     return true;
 }
 
+bool kxClipNodes::holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip)
+{
+    for (osg::NodePtr above = clip; above != osg::NullFC; above = above->getParent())
+        if (above == node || (above->getCore() != osg::NullFC && above->getCore() == node->getCore()))
+            return true;
+    return false;
+}
+
 osg::AnimNodePtr kxClipNodes::duplicate(const osg::AnimNodePtr& node, bool flip)
 {
     const osg::AnimNodePtr parent = osg::AnimNodePtr::dcast(node->getParent());

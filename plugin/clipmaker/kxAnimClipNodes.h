@@ -24,6 +24,10 @@ bool move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to);
 /// where that is no length that a node can hold.
 bool stretch(const osg::AnimNodePtr& node, double from, double to, double x);
 
+/// Whether `clip` is `node` or stands below it, or below one that shares its core: a clip that took such a node in
+/// would hold itself.
+bool holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
+
 /// A clone of a node that shares its blocks, beside it on a free track, `flip`ped the other way. Null where the node
 /// has no parent.
 osg::AnimNodePtr duplicate(const osg::AnimNodePtr& node, bool flip);

@@ -2,22 +2,41 @@
 
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
+#include <clipmaker/kxAnimClipDrop.h>
 #include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipRows.h>
+#include <clipmaker/kxAnimClipRuler.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/kxAnimTimeItem.h>
 
 #include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
 #include <kxPlatform.h>
-#include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
 
+#include <QCoreApplication>
+#include <QGraphicsSceneDragDropEvent>
+#include <QGraphicsSceneHelpEvent>
 #include <QGraphicsView>
 #include <QPainter>
+#include <QSet>
+#include <QSignalBlocker>
+#include <QToolTip>
 
 #include <cmath>
 
 namespace
 {
+kxAnimClipScene* theScene = nullptr; // the one that was built last; serves the host's callbacks
+
+constexpr double TimeItemHeight = 1e30; // z value, in front of all bars
+/// How far a bar may stand from its node's place, in frames and in units of y.
+constexpr double Rounding = 0.01;
+/// How far a bar may stand from the top of its track, in pixels times dpi.
+constexpr double TrackReach = 5;
+
 /// The extension of a bar that has one and shows it; else null.
 kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
 {
@@ -30,19 +49,181 @@ bool isCut(const osg::AnimShot& shot)
 {
     return shot.getTransitionType() == 0 && shot.getShotType() == 0;
 }
+
+enum class BarKind
+{
+    None,
+    Marker,
+    Bar
+};
+BarKind kindOf(const osg::AnimNodePtr& node)
+{
+    const osg::NodeCorePtr core = node == osg::NullFC ? osg::NodeCorePtr() : node->getCore();
+    const osg::AnimShotPtr shot = osg::AnimShotPtr::dcast(core);
+    if (osg::AnimSequencePtr::dcast(core) != osg::NullFC || (shot != osg::NullFC && isCut(*shot)))
+        return BarKind::Marker;
+    const bool bar = shot != osg::NullFC || osg::AnimClipPtr::dcast(core) != osg::NullFC ||
+                     osg::AnimBlockPtr::dcast(core) != osg::NullFC ||
+                     osg::VertexAnimCurvesPtr::dcast(core) != osg::NullFC ||
+                     osg::TimeShapeCachePtr::dcast(core) != osg::NullFC;
+    return bar ? BarKind::Bar : BarKind::None;
+}
+
+kxAnimAbstractClipItem* newBar(const osg::AnimNodePtr& node)
+{
+    switch (kindOf(node))
+    {
+    case BarKind::Marker:
+        return new kxAnimClipSequenceItem(node, nullptr);
+    case BarKind::Bar:
+        return new kxAnimClipItem(node, nullptr);
+    case BarKind::None:
+        break;
+    }
+    return nullptr;
+}
 } // namespace
 
-kxAnimClipScene::kxAnimClipScene(QObject* parent) : QGraphicsScene(parent)
+kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _selected(scene->selectedItems())
+{
+    // A scene looks each item that dies up among its new ones until a posted call has seen those. What it tells its
+    // views there has to arrive.
+    QCoreApplication::sendPostedEvents(scene, QEvent::MetaCall);
+    _wasBlocked = scene->blockSignals(true);
+}
+
+kxAnimClipScene::Rebuild::~Rebuild()
+{
+    _scene->blockSignals(_wasBlocked);
+    if (_selected != _scene->selectedItems()) // compared alone: they may have died
+        Q_EMIT _scene->selectionChanged();
+}
+
+kxAnimClipScene::StateChanges::StateChanges(kxAnimClipScene* scene) : _scene(scene)
+{
+    ++_scene->_batches;
+}
+
+kxAnimClipScene::StateChanges::~StateChanges()
+{
+    if (--_scene->_batches > 0 || !_scene->_stateChanged)
+        return;
+    _scene->_stateChanged = false;
+    Q_EMIT _scene->itemsChangedState();
+}
+
+kxAnimClipScene::kxAnimClipScene(QObject* parent) : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem)
 {
     setBackgroundBrush(kxClipColor::Background);
     // Labels ignore the view's scale, and an index looks through all of those, squared, at each paint.
     setItemIndexMethod(NoIndex);
+    _timeItem->setZValue(TimeItemHeight);
+    connect(_timeItem, &kxAnimTimeItem::timePressed, this, &kxAnimClipScene::timeItemPressed);
+    connect(_timeItem, &kxAnimTimeItem::timeChanged, this, &kxAnimClipScene::timeItemChanged);
+    addItem(_timeItem);
+    theScene = this;
+    _callbacks.add(kxMessageName::Undo, undoStackMoved);
+    _callbacks.add(kxMessageName::Redo, undoStackMoved);
 }
 
 kxAnimClipScene::~kxAnimClipScene()
 {
+    if (theScene == this)
+        theScene = nullptr;
+    blockSignals(true); // items die after this part of the scene
     for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
         bar->disconnect(this);
+    if (_timeItem != nullptr && _timeItem->scene() == nullptr)
+        delete _timeItem;
+}
+
+// The clip
+
+osg::AnimNodePtr kxAnimClipScene::clip() const
+{
+    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(_clipId);
+}
+
+void kxAnimClipScene::setClip(const osg::AnimNodePtr& node, bool force)
+{
+    if (node == osg::NullFC)
+    {
+        _clipId = 0;
+        return;
+    }
+    const bool same = node->getId() == _clipId;
+    if (same && !force)
+        return;
+    const Rebuild rebuild(this);
+    QSet<unsigned int> selected;
+    for (const kxAnimAbstractClipItem* bar : same ? selectedBars() : QVector<kxAnimAbstractClipItem*>())
+        selected.insert(bar->nodeId());
+    clear();
+    buildBars(node);
+    for (kxAnimAbstractClipItem* bar : selected.isEmpty() ? QVector<kxAnimAbstractClipItem*>() : _bars)
+        bar->setSelected(selected.contains(bar->nodeId()));
+    _clipId = node->getId();
+    update();
+}
+
+void kxAnimClipScene::buildBars(const osg::AnimNodePtr& node)
+{
+    for (const osg::NodePtr& child : node->getChildren())
+        if (const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(child))
+            addBar(animation);
+}
+
+void kxAnimClipScene::clear()
+{
+    const Rebuild rebuild(this);
+    deleteBars();
+    endDrag();
+    _clipId = 0;
+    kxAnimManager::the()->resetMotionBlurObjectID();
+}
+
+void kxAnimClipScene::deleteBars()
+{
+    const QVector<kxAnimAbstractClipItem*> bars = _bars;
+    _bars.clear();
+    for (kxAnimAbstractClipItem* bar : bars)
+    {
+        bar->endReturn(); // its node isn't left halfway
+        bar->disconnect(this);
+        removeItem(bar);
+        delete bar;
+    }
+}
+
+void kxAnimClipScene::undoStackMoved(kxMessage&)
+{
+    if (theScene != nullptr && !theScene->isUpToDate())
+        theScene->setClip(theScene->clip(), true);
+}
+
+bool kxAnimClipScene::isUpToDate() const
+{
+    const osg::AnimNodePtr shown = clip();
+    if (shown == osg::NullFC)
+        return true;
+    QSet<unsigned int> missing;
+    for (const osg::NodePtr& child : shown->getChildren())
+        if (kindOf(osg::AnimNodePtr::dcast(child)) != BarKind::None)
+            missing.insert(child->getId());
+    const double dpi = double(kxPlatform::getDpiScaleX());
+    for (const kxAnimAbstractClipItem* bar : _bars)
+    {
+        if (!missing.remove(bar->nodeId()))
+            return false;
+        const osg::AnimNodePtr node = bar->node();
+        const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
+        const bool isMarker = dynamic_cast<const kxAnimClipSequenceItem*>(bar) != nullptr;
+        if (std::abs(bar->x() - span.x) > Rounding ||
+            std::abs(bar->y() - dpi * double(node->getOffset().y())) > Rounding ||
+            (!isMarker && std::abs(bar->rect().width() * bar->transform().m11() - span.width) > Rounding))
+            return false;
+    }
+    return missing.isEmpty();
 }
 
 double kxAnimClipScene::viewScale(const QGraphicsScene* scene)
@@ -54,15 +235,7 @@ double kxAnimClipScene::viewScale(const QGraphicsScene* scene)
 
 kxAnimAbstractClipItem* kxAnimClipScene::addBar(const osg::AnimNodePtr& node)
 {
-    const osg::NodeCorePtr core = node == osg::NullFC ? osg::NodeCorePtr() : node->getCore();
-    kxAnimAbstractClipItem* bar = nullptr;
-    const osg::AnimShotPtr shot = osg::AnimShotPtr::dcast(core);
-    if (osg::AnimSequencePtr::dcast(core) != osg::NullFC || (shot != osg::NullFC && isCut(*shot)))
-        bar = new kxAnimClipSequenceItem(node, nullptr);
-    else if (shot != osg::NullFC || osg::AnimClipPtr::dcast(core) != osg::NullFC ||
-             osg::AnimBlockPtr::dcast(core) != osg::NullFC || osg::VertexAnimCurvesPtr::dcast(core) != osg::NullFC ||
-             osg::TimeShapeCachePtr::dcast(core) != osg::NullFC)
-        bar = new kxAnimClipItem(node, nullptr);
+    kxAnimAbstractClipItem* const bar = newBar(node);
     if (bar == nullptr)
         return nullptr;
     connect(bar, SIGNAL(duplicated(osg::AnimNodePtr)), this, SLOT(createdItemDuplicate(osg::AnimNodePtr)));
@@ -170,116 +343,209 @@ bool kxAnimClipScene::resolveCollisions(const QList<QGraphicsItem*>& items)
     return any;
 }
 
-// The selection
+// Time
 
-bool kxAnimClipScene::activeSelectedItems(bool value)
+double kxAnimClipScene::time() const
 {
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        bar->setActive(value);
-    return !bars.isEmpty();
+    return _timeItem->time();
 }
 
-bool kxAnimClipScene::flipSelectedItems(bool value)
+void kxAnimClipScene::setTime(double frame)
 {
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        bar->setFlipped(value);
-    return !bars.isEmpty();
+    if (std::isfinite(frame))
+        _timeItem->setTime(frame);
 }
 
-bool kxAnimClipScene::lockSelectedItems(bool value)
+void kxAnimClipScene::setTimePlaying(bool value)
 {
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        bar->setLocked(value);
-    return !bars.isEmpty();
+    _timeItem->setPlaying(value);
 }
 
-bool kxAnimClipScene::motionBlurSelectedItems(bool value)
+void kxAnimClipScene::hideTimeItem()
 {
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        bar->setMotionBlur(value);
-    return !bars.isEmpty();
-}
-
-bool kxAnimClipScene::playSelected()
-{
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        if (auto* const clip = dynamic_cast<kxAnimClipItem*>(bar))
-            clip->play();
-    return !bars.isEmpty();
-}
-
-bool kxAnimClipScene::resetSelected()
-{
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
-    for (kxAnimAbstractClipItem* bar : bars)
-        if (auto* const clip = dynamic_cast<kxAnimClipItem*>(bar))
-            clip->reset();
-    return !bars.isEmpty();
-}
-
-void kxAnimClipScene::deleteSelectedItems()
-{
-    std::vector<kxNodePtr> nodes;
-    for (kxAnimAbstractClipItem* bar : selectedBars())
-    {
-        if (const osg::AnimNodePtr node = bar->node())
-            nodes.emplace_back(node);
-        forget(bar);
-        removeItem(bar);
-        bar->deleteLater(); // a signal of the bar may be what calls
-    }
-    if (nodes.empty())
+    if (_timeItem->scene() == nullptr)
         return;
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
+    if (_timeItem->isMoving())
+    {
+        // It loses the mouse here, and wouldn't hear of the release.
+        QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
+        sendEvent(_timeItem, &release);
+    }
+    removeItem(_timeItem);
 }
 
-bool kxAnimClipScene::duplicateSelectedItems(bool flipped)
+void kxAnimClipScene::showTimeItem()
 {
-    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    if (_timeItem->scene() == nullptr)
+        addItem(_timeItem);
+}
+
+void kxAnimClipScene::timeItemPressed(double)
+{
+    if (const osg::AnimNodePtr shown = clip())
+        kxAnimManager::the()->updateCameraShotCurves(shown);
+}
+
+void kxAnimClipScene::timeItemChanged(double value)
+{
+    const osg::AnimNodePtr shown = clip();
+    if (shown == osg::NullFC)
+        return;
+    kxAnimManager::the()->setCurrentFrameNoEvaluation(value, false);
+    kxAnimManager::the()->evaluateByFrame(shown, value, false, true, false);
+    kxMessage message;
+    kxController::call(kxMessageName::FrameChangedClipMaker, message, 0);
+    kxController::updateRender(true);
+}
+
+// Track buttons
+
+kxClipLayout::TrackButton kxAnimClipScene::trackButtonAt(const QPointF& place) const
+{
+    return kxClipLayout::trackButtonAt(place, _visible.left(), viewScale(this), kxPlatform::getDpiScaleX());
+}
+
+void kxAnimClipScene::pressTrackButton(const kxClipLayout::TrackButton& pressed)
+{
+    const StateChanges changes(this);
+    const Rebuild rebuild(this);
+    const double dpi = double(kxPlatform::getDpiScaleX());
+    const double top = pressed.track * double(kxClipGeometry::trackPitch(float(dpi)));
+    const QVector<kxAnimAbstractClipItem*> bars = _bars;
     for (kxAnimAbstractClipItem* bar : bars)
     {
-        const osg::AnimNodePtr node = bar->node();
-        const osg::NodePtr parent = node == osg::NullFC ? osg::NodePtr() : node->getParent();
-        if (parent == osg::NullFC)
+        if (std::abs(bar->scenePos().y() - top) >= TrackReach * dpi)
             continue;
-        kxAnimManager::the()->copy(node, osg::FieldContainerPtr());
-        for (const osg::AnimNodePtr& clone : kxAnimManager::the()->clonePasteTo(parent, false, false))
+        _stateChanged = true;
+        if (pressed.button == kxClipLayout::Button::Show || pressed.button == kxClipLayout::Button::Hide)
         {
-            if (clone == osg::NullFC)
-                continue;
-            kxAnimManager::the()->unshareClipsR(clone);
-            kxAnimAbstractClipItem* const copy = addBar(clone);
-            if (copy != nullptr && flipped)
-                copy->setFlipped(true);
+            bar->setActive(pressed.button == kxClipLayout::Button::Show);
+            continue;
         }
+        const QSignalBlocker blocker(bar);
+        bar->setLocked(pressed.button == kxClipLayout::Button::Lock);
     }
-    if (!bars.isEmpty())
-        Q_EMIT itemDuplicated();
-    return !bars.isEmpty();
 }
 
-bool kxAnimClipScene::duplicateSelectedItems()
+void kxAnimClipScene::mousePressEvent(QGraphicsSceneMouseEvent* event)
 {
-    return duplicateSelectedItems(false);
+    const kxClipLayout::TrackButton pressed = trackButtonAt(event->scenePos());
+    if (pressed.button != kxClipLayout::Button::None)
+        pressTrackButton(pressed);
+    QGraphicsScene::mousePressEvent(event);
 }
 
-void kxAnimClipScene::createdItemDuplicate(osg::AnimNodePtr node)
+void kxAnimClipScene::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
 {
-    if (node == osg::NullFC)
+    const kxClipLayout::TrackButton before = _hovered;
+    _hovered = trackButtonAt(event->scenePos());
+    if (before.button != _hovered.button || before.track != _hovered.track)
+        update();
+    QGraphicsScene::mouseMoveEvent(event);
+}
+
+void kxAnimClipScene::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
+{
+    QGraphicsScene::mouseReleaseEvent(event);
+}
+
+void kxAnimClipScene::helpEvent(QGraphicsSceneHelpEvent* event)
+{
+    const QString texts[] = {tr("Unlock the track"), tr("Lock the track"), tr("Switch the track on"),
+                             tr("Switch the track off")};
+    const kxClipLayout::TrackButton hovered = trackButtonAt(event->scenePos());
+    if (hovered.button == kxClipLayout::Button::None)
+        QGraphicsScene::helpEvent(event);
+    else
+        QToolTip::showText(event->screenPos(), texts[int(hovered.button)], event->widget());
+}
+
+void kxAnimClipScene::clearHover()
+{
+    _hovered = kxClipLayout::TrackButton();
+    update();
+}
+
+// Drags out of the library
+
+QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
+{
+    const float dpi = kxPlatform::getDpiScaleX();
+    const double x = double(float(place.x()));
+    return QPointF(_snapToGridX ? std::trunc(x) : x,
+                   std::max(0, kxClipGeometry::trackOf(place.y(), dpi)) * double(kxClipGeometry::trackPitch(dpi)));
+}
+
+void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
+{
+    const osg::AnimNodePtr node = clip() == osg::NullFC ? osg::AnimNodePtr() : kxClipDrop::nodeOf(event->mimeData());
+    if (node == osg::NullFC || kxClipNodes::holds(node, clip()))
         return;
-    addBar(node);
-    Q_EMIT itemDuplicated();
+    delete _ghost;
+    _ghost = new kxAnimClipItem(node, nullptr);
+    _ghost->setTextsVisible(false);
+    _ghost->setHandlesShown(false);
+    _ghost->invalidateNode();
+    _ghost->setColor(kxClipColor::Ghost);
+    _ghost->setFlags({});
+    _ghost->setPos(dropPlace(event->scenePos()));
+    addItem(_ghost);
 }
 
-void kxAnimClipScene::itemStateChanged(bool)
+void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
 {
-    Q_EMIT itemsChangedState();
+    event->ignore();
+    if (clip() == osg::NullFC)
+        return;
+    _rowMarks.clear();
+    update();
+    if (kxClipDrop::nodeOf(event->mimeData()) == osg::NullFC)
+        return;
+    bool taken = false;
+    if (_ghost != nullptr)
+    {
+        const QPointF place = dropPlace(event->scenePos());
+        _ghost->setPos(place);
+        taken = isHit(rows(), _ghost);
+        _rowMarks[kxClipGeometry::trackOf(place.y(), kxPlatform::getDpiScaleX())] =
+            taken ? kxClipColor::TrackTaken : kxClipColor::TrackFree;
+    }
+    if (!taken)
+    {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void kxAnimClipScene::dragLeaveEvent(QGraphicsSceneDragDropEvent*)
+{
+    endDrag();
+}
+
+void kxAnimClipScene::dropEvent(QGraphicsSceneDragDropEvent* event)
+{
+    const osg::AnimNodePtr shown = clip();
+    const osg::AnimNodePtr node = shown == osg::NullFC ? osg::AnimNodePtr() : kxClipDrop::nodeOf(event->mimeData());
+    const bool isMarked = !_rowMarks.isEmpty();
+    const int track = isMarked ? _rowMarks.firstKey() : 0;
+    const double frames = isMarked ? dropPlace(event->scenePos()).x() : 0;
+    endDrag();
+    if (kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
+    {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    setClip(shown, true);
+    Q_EMIT dropEventOccured();
+}
+
+void kxAnimClipScene::endDrag()
+{
+    delete _ghost;
+    _rowMarks.clear();
+    update();
 }
 
 // Looks
@@ -301,4 +567,15 @@ void kxAnimClipScene::drawBackground(QPainter* painter, const QRectF& rect)
         painter->setBrush(mark.value());
         painter->drawRect(QRectF(rect.left(), double(pitch) * mark.key(), rect.width(), double(pitch)));
     }
+}
+
+void kxAnimClipScene::drawForeground(QPainter* painter, const QRectF& rect)
+{
+    const QTransform transform = views().isEmpty() ? QTransform() : views().first()->transform();
+    kxAnimClipRuler ruler(painter, rect, transform.m11(), transform.m22());
+    ruler.drawTracks(_hovered);
+    ruler.drawTimes();
+    if (_timeItem->scene() != nullptr)
+        ruler.drawCurrentTime(_timeItem->time());
+    _visible = rect;
 }

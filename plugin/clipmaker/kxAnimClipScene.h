@@ -1,18 +1,28 @@
 #pragma once
 
+#include <clipmaker/kxAnimClipLayout.h>
+#include <frame/kxCallbacks.h>
+
 #include <osg/AnimNode.h>
 
 #include <QColor>
 #include <QGraphicsScene>
 #include <QMap>
+#include <QPointer>
 #include <QVector>
 
 class kxAnimAbstractClipItem;
+class kxAnimClipItem;
 class kxAnimClipRows;
+class kxAnimTimeItem;
 
-/// The timeline of the clip maker: the bars of one clip's children on tracks.
+class QTreeWidgetItem;
+
+/// The timeline of the clip maker: the bars of one clip's children on tracks, with ruler, track column and time line.
 ///
-/// x in frames, tracks of pitch 50 * dpi downward from y = 0. Owns the bars.
+/// x in frames, tracks of pitch 50 * dpi downward from y = 0. Owns the bars and the time line. The clip is looked up by
+/// id at each use, and without one every operation on it does nothing. There is one scene, which follows the host's
+/// undo and redo.
 class kxAnimClipScene : public QGraphicsScene
 {
     Q_OBJECT
@@ -22,6 +32,24 @@ public:
 
     /// Pixels a frame of the scene's first view; 1 without a scene, a view or a usable scale.
     static double viewScale(const QGraphicsScene* scene);
+
+    /// The clip that is shown; null for none and for one that has died.
+    osg::AnimNodePtr clip() const;
+    /// Shows a clip; `force`: also the one that is shown, whose selected bars stay selected. Null leaves the bars as
+    /// they are, without a clip: clear() takes them away.
+    void setClip(const osg::AnimNodePtr& node, bool force);
+    /// Takes all bars away; the time line stays.
+    void clear();
+
+    /// Frames.
+    double time() const;
+    /// Evaluates the clip as well.
+    void setTime(double frame);
+    /// While playing, the time line can't be grabbed.
+    void setTimePlaying(bool value);
+    /// Takes the time line out of the scene and back, to measure the bars alone.
+    void hideTimeItem();
+    void showTimeItem();
 
     /// Makes the bar or marker that shows `node`, a child of the clip. Null where the node's core has none.
     kxAnimAbstractClipItem* addBar(const osg::AnimNodePtr& node);
@@ -37,6 +65,14 @@ public:
     bool checkCollisions(const QList<QGraphicsItem*>& items);
     /// Takes the marks away at the end of a drag; true where any of `items` lies over another bar.
     bool resolveCollisions(const QList<QGraphicsItem*>& items);
+
+    void selectAll();
+    /// To the clipboard; false where no bar is selected.
+    bool copySelectedItems();
+    /// Pastes into the clip at the time line; what comes is selected. False where nothing came.
+    bool paste();
+    /// No track button is under the mouse.
+    void clearHover();
 
     /// Both for all selected bars; false where none is selected.
     bool playSelected();
@@ -54,27 +90,99 @@ public Q_SLOTS:
     bool duplicateSelectedItems();
 
     void setSnapToGridX(bool value);
+    // For all bars.
+    void lockItems();
+    void unlockItems();
+    void lockItems(bool value);
+    /// Reads the state of a clip tree's row into its bar; null does nothing.
+    void updateFromItem(QTreeWidgetItem* item, int column);
     /// Takes the selected bars away and hands their nodes to the trash, as one step on the undo stack.
     void deleteSelectedItems();
+    void timeItemPressed(double value);
+    void timeItemChanged(double value);
     void itemStateChanged(bool value);
     void createdItemDuplicate(osg::AnimNodePtr node);
 
 Q_SIGNALS:
     void itemChanged(kxAnimAbstractClipItem* item);
     void itemDuplicated();
+    /// Once for an operation on many bars.
     void itemsChangedState();
+    void dropEventOccured();
 
 protected:
+    void dragEnterEvent(QGraphicsSceneDragDropEvent* event) override;
+    void dragMoveEvent(QGraphicsSceneDragDropEvent* event) override;
+    void dragLeaveEvent(QGraphicsSceneDragDropEvent* event) override;
+    void dropEvent(QGraphicsSceneDragDropEvent* event) override;
+    void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
+    void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;
+    void mouseReleaseEvent(QGraphicsSceneMouseEvent* event) override;
+    void helpEvent(QGraphicsSceneHelpEvent* event) override;
     void drawBackground(QPainter* painter, const QRectF& rect) override;
+    /// `rect`: what the view shows.
+    void drawForeground(QPainter* painter, const QRectF& rect) override;
 
 private:
+    /// Many changes of bars and selection, while nobody hears of them; selectionChanged() goes out at the end.
+    class Rebuild
+    {
+    public:
+        explicit Rebuild(kxAnimClipScene* scene);
+        ~Rebuild();
+        Rebuild(const Rebuild&) = delete;
+        Rebuild& operator=(const Rebuild&) = delete;
+
+    private:
+        kxAnimClipScene* _scene;
+        QList<QGraphicsItem*> _selected;
+        bool _wasBlocked = false;
+    };
+    /// An operation on the states of many bars: itemsChangedState() goes out once, at its end.
+    class StateChanges
+    {
+    public:
+        explicit StateChanges(kxAnimClipScene* scene);
+        ~StateChanges();
+        StateChanges(const StateChanges&) = delete;
+        StateChanges& operator=(const StateChanges&) = delete;
+
+    private:
+        kxAnimClipScene* _scene;
+    };
+
+    static void undoStackMoved(kxMessage& message);
+    /// Whether the bars are those of the clip's children, each where its node stands.
+    bool isUpToDate() const;
+    void buildBars(const osg::AnimNodePtr& node);
+    /// The selection goes with them.
+    void deleteBars();
+
     kxAnimClipRows rows() const;
     /// Whether `item` or its extension lies over anything.
     static bool isHit(const kxAnimClipRows& rows, QGraphicsItem* item);
     static void fitToView(kxAnimAbstractClipItem* bar);
     void forget(QObject* bar);
 
+    /// What lies under a place of the scene, in the view's scale.
+    kxClipLayout::TrackButton trackButtonAt(const QPointF& place) const;
+    void pressTrackButton(const kxClipLayout::TrackButton& pressed);
+
+    /// Where a library item that is held over `place` would start.
+    QPointF dropPlace(const QPointF& place) const;
+    /// Takes ghost and marks away.
+    void endDrag();
+
+    unsigned int _clipId = 0;
+    QPointer<kxAnimTimeItem> _timeItem; // owned, in the scene or not
     bool _snapToGridX = false;
-    QMap<int, QColor> _rowMarks; // track to colour
+    QRectF _visible;                 // what the view showed when it was last drawn
+    QMap<int, QColor> _rowMarks;     // track to colour
+    QPointer<kxAnimClipItem> _ghost; // while a library item is dragged over the tracks
+    kxClipLayout::TrackButton _hovered;
+
     QVector<kxAnimAbstractClipItem*> _bars;
+    int _batches = 0;
+    bool _stateChanged = false; // in a batch, which tells of it at its end
+    kxCallbacks _callbacks;
 };

@@ -1,0 +1,208 @@
+#include <clipmaker/kxAnimClipScene.h>
+
+#include <clipmaker/kxAnimClipItem.h>
+#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxAnimManager.h>
+#include <kxUndo.h>
+
+// What the scene does with its selected bars, and with all of them.
+
+bool kxAnimClipScene::activeSelectedItems(bool value)
+{
+    const StateChanges changes(this);
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        bar->setActive(value);
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::flipSelectedItems(bool value)
+{
+    const StateChanges changes(this);
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        bar->setFlipped(value);
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::lockSelectedItems(bool value)
+{
+    const StateChanges changes(this);
+    const Rebuild rebuild(this); // a locked bar leaves the selection
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        bar->setLocked(value);
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::motionBlurSelectedItems(bool value)
+{
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        bar->setMotionBlur(value);
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::playSelected()
+{
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        if (auto* const clip = dynamic_cast<kxAnimClipItem*>(bar))
+            clip->play();
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::resetSelected()
+{
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+        if (auto* const clip = dynamic_cast<kxAnimClipItem*>(bar))
+            clip->reset();
+    return !bars.isEmpty();
+}
+
+void kxAnimClipScene::selectAll()
+{
+    const Rebuild rebuild(this);
+    for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
+        bar->setSelected(true);
+}
+
+void kxAnimClipScene::lockItems()
+{
+    lockItems(true);
+}
+
+void kxAnimClipScene::unlockItems()
+{
+    lockItems(false);
+}
+
+void kxAnimClipScene::lockItems(bool value)
+{
+    const StateChanges changes(this);
+    const Rebuild rebuild(this); // a locked bar leaves the selection
+    const QVector<kxAnimAbstractClipItem*> bars = _bars;
+    for (kxAnimAbstractClipItem* bar : bars)
+        bar->setLocked(value);
+}
+
+void kxAnimClipScene::updateFromItem(QTreeWidgetItem* item, int)
+{
+    const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
+    const unsigned int id = row == nullptr ? 0 : row->nodeId();
+    const auto bar = std::find_if(_bars.begin(), _bars.end(),
+                                  [id](const kxAnimAbstractClipItem* each) { return each->nodeId() == id; });
+    if (id == 0 || bar == _bars.end())
+        return;
+    const StateChanges changes(this);
+    (*bar)->syncFromNode();
+    (*bar)->updateAllTexts(true);
+}
+
+void kxAnimClipScene::deleteSelectedItems()
+{
+    std::vector<kxNodePtr> nodes;
+    {
+        const Rebuild rebuild(this);
+        for (kxAnimAbstractClipItem* bar : selectedBars())
+        {
+            bar->endReturn();
+            if (const osg::AnimNodePtr node = bar->node())
+                nodes.emplace_back(node);
+            bar->disconnect(this);
+            forget(bar);
+            removeItem(bar);
+            bar->deleteLater(); // a signal of the bar may be what calls
+        }
+    }
+    if (nodes.empty())
+        return;
+    const kxScopedUndo scope(true);
+    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
+}
+
+bool kxAnimClipScene::copySelectedItems()
+{
+    std::vector<osg::AnimNodePtr> nodes;
+    for (const kxAnimAbstractClipItem* bar : selectedBars())
+        if (const osg::AnimNodePtr node = bar->node())
+            nodes.push_back(node);
+    if (!nodes.empty())
+        kxAnimManager::the()->copy(nodes);
+    return !nodes.empty();
+}
+
+bool kxAnimClipScene::paste()
+{
+    const osg::AnimNodePtr shown = clip();
+    if (shown == osg::NullFC)
+        return false;
+    bool any = false;
+    {
+        const Rebuild rebuild(this);
+        const double seconds = time() / kxAnimManager::the()->fps();
+        const std::vector<osg::AnimNodePtr> pasted =
+            kxAnimManager::the()->clonePasteToWithOffset(shown, seconds, false, true);
+        if (!pasted.empty())
+            clearSelection();
+        for (const osg::AnimNodePtr& node : pasted)
+        {
+            kxAnimAbstractClipItem* const bar = addBar(node);
+            any = any || bar != nullptr;
+            if (bar != nullptr)
+                bar->setSelected(true);
+        }
+    }
+    if (any)
+        Q_EMIT itemDuplicated();
+    return any;
+}
+
+bool kxAnimClipScene::duplicateSelectedItems(bool flipped)
+{
+    const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    for (kxAnimAbstractClipItem* bar : bars)
+    {
+        const osg::AnimNodePtr node = bar->node();
+        const osg::NodePtr parent = node == osg::NullFC ? osg::NodePtr() : node->getParent();
+        if (parent == osg::NullFC)
+            continue;
+        kxAnimManager::the()->copy(node, osg::FieldContainerPtr());
+        for (const osg::AnimNodePtr& clone : kxAnimManager::the()->clonePasteTo(parent, false, false))
+        {
+            if (clone == osg::NullFC)
+                continue;
+            kxAnimManager::the()->unshareClipsR(clone);
+            kxAnimAbstractClipItem* const copy = addBar(clone);
+            if (copy != nullptr && flipped)
+                copy->setFlipped(true);
+        }
+    }
+    if (!bars.isEmpty())
+        Q_EMIT itemDuplicated();
+    return !bars.isEmpty();
+}
+
+bool kxAnimClipScene::duplicateSelectedItems()
+{
+    return duplicateSelectedItems(false);
+}
+
+void kxAnimClipScene::createdItemDuplicate(osg::AnimNodePtr node)
+{
+    if (node == osg::NullFC)
+        return;
+    addBar(node);
+    Q_EMIT itemDuplicated();
+}
+
+void kxAnimClipScene::itemStateChanged(bool)
+{
+    if (_batches > 0)
+        _stateChanged = true;
+    else
+        Q_EMIT itemsChangedState();
+}

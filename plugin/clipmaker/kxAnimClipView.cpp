@@ -1,0 +1,285 @@
+#include <clipmaker/kxAnimClipView.h>
+
+#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxAnimClipScene.h>
+
+#include <kxAnimManager.h>
+#include <kxPlatform.h>
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace
+{
+constexpr double WheelZoom = 1.15;
+constexpr double DragZoom = 1.05;
+
+enum class Command
+{
+    None,
+    Frame,
+    Copy,
+    Paste,
+    Delete,
+    SelectAll,
+    Duplicate
+};
+
+Command commandOf(const QKeyEvent* event)
+{
+    const bool control = (event->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier;
+    switch (event->key())
+    {
+    case Qt::Key_F:
+        return Command::Frame;
+    case Qt::Key_Delete:
+        return Command::Delete;
+    case Qt::Key_C:
+        return control ? Command::Copy : Command::None;
+    case Qt::Key_V:
+        return control ? Command::Paste : Command::None;
+    case Qt::Key_A:
+        return control ? Command::SelectAll : Command::None;
+    case Qt::Key_D:
+        return control ? Command::Duplicate : Command::None;
+    default:
+        return Command::None;
+    }
+}
+
+bool isPan(const QMouseEvent* event)
+{
+    return event->buttons() == Qt::MiddleButton ||
+           (event->buttons() == Qt::LeftButton && event->modifiers() == Qt::ControlModifier);
+}
+} // namespace
+
+kxAnimClipView::kxAnimClipView(QWidget* parent) : QGraphicsView(parent)
+{
+    setDragMode(RubberBandDrag);
+    setViewportUpdateMode(FullViewportUpdate);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    setFrameShape(NoFrame);
+    _scene = new kxAnimClipScene(this);
+    setScene(_scene);
+    const double dpi = double(kxPlatform::getDpiScaleX());
+    setSceneRect(-kxClipGeometry::TimelineFrames / 2, -kxClipLayout::StripHeight * dpi, kxClipGeometry::TimelineFrames,
+                 10000);
+    translate(0, kxClipLayout::StripHeight * dpi);
+    centerOn(0, 0);
+}
+
+kxAnimClipView::~kxAnimClipView() = default;
+
+// Zoom
+
+void kxAnimClipView::zoomAbout(const QPoint& at, double factor)
+{
+    const double kept = mapToScene(at).x();
+    scale(kxClipLayout::boundedZoom(transform().m11(), factor), 1);
+    _scene->updateAllTexts();
+    // Not by centerOn(), which cuts fractions of pixels off: over the steps of a drag they add up.
+    const double off = viewportTransform().map(QPointF(kept, 0)).x() - at.x();
+    horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(off));
+}
+
+void kxAnimClipView::pan(const QPoint& to)
+{
+    const QPoint by = _panPosition - to;
+    horizontalScrollBar()->setValue(horizontalScrollBar()->value() + by.x());
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + by.y());
+    _panPosition = to;
+}
+
+void kxAnimClipView::frame()
+{
+    const osg::AnimNodePtr clip = _scene->clip();
+    if (clip == osg::NullFC)
+        return;
+    _scene->hideTimeItem();
+    const QRectF bars = _scene->itemsBoundingRect();
+    _scene->showTimeItem();
+    setSceneRect(sceneRect() | bars);
+
+    osg::BoxVolume volume;
+    clip->getWorldVolume(volume);
+    osg::Pnt3f start, end;
+    volume.getBounds(start, end);
+    const double fps = kxAnimManager::the()->fps();
+    const QRectF part = kxClipLayout::framed(double(start.x()) * fps, double(end.x() - start.x()) * fps, bars.y(),
+                                             bars.height(), viewport()->width(), kxPlatform::getDpiScaleX());
+    if (part.width() > 0)
+        fitInView(QRectF(part.x(), part.y(), part.width(), std::max(1.0, part.height())), Qt::IgnoreAspectRatio);
+    else
+        centerOn(part.topLeft()); // a point in time has no width to zoom to
+    scale(kxClipLayout::boundedZoom(transform().m11(), 1), 1 / transform().m22());
+    _scene->updateAllTexts();
+}
+
+// Mouse
+
+void kxAnimClipView::mousePressEvent(QMouseEvent* event)
+{
+    _lastY = event->y();
+    _panPosition = _zoomAnchor = event->pos();
+    if (event->button() != Qt::LeftButton || event->modifiers().testFlag(Qt::ControlModifier))
+        return;
+    _isPressed = true;
+    QGraphicsView::mousePressEvent(event);
+}
+
+void kxAnimClipView::mouseReleaseEvent(QMouseEvent* event)
+{
+    // A double click reaches the scene with any button.
+    const bool isAwaited = _isPressed ? event->button() == Qt::LeftButton : _scene->mouseGrabberItem() != nullptr;
+    if (!isAwaited)
+        return;
+    _isPressed = false;
+    QGraphicsView::mouseReleaseEvent(event);
+}
+
+void kxAnimClipView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (isPan(event))
+        pan(event->pos());
+    else if (event->buttons() == Qt::RightButton)
+    {
+        zoomAbout(_zoomAnchor, event->y() > _lastY ? DragZoom : 1 / DragZoom);
+        _lastY = event->y();
+    }
+    else
+        QGraphicsView::mouseMoveEvent(event);
+}
+
+void kxAnimClipView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (_scene->selectedItems().isEmpty() && event->buttons() == Qt::LeftButton)
+        frame();
+    else if (_scene->selectedItems().isEmpty() && event->buttons() == Qt::RightButton)
+        centerOn(mapToScene(event->pos()).x(), visibleRect().top());
+    _isPressed = _isPressed || event->button() == Qt::LeftButton;
+    QGraphicsView::mouseDoubleClickEvent(event);
+}
+
+void kxAnimClipView::wheelEvent(QWheelEvent* event)
+{
+    if (event->buttons() == Qt::NoButton)
+        zoomAbout(event->position().toPoint(), event->angleDelta().y() >= 1 ? WheelZoom : 1 / WheelZoom);
+}
+
+void kxAnimClipView::leaveEvent(QEvent* event)
+{
+    _scene->clearHover();
+    QGraphicsView::leaveEvent(event);
+}
+
+// Keys
+
+bool kxAnimClipView::event(QEvent* event)
+{
+    // With the focus here these keys are the timeline's, whatever the application's menus have on them.
+    if (event->type() == QEvent::ShortcutOverride && commandOf(static_cast<QKeyEvent*>(event)) != Command::None)
+    {
+        event->accept();
+        return true;
+    }
+    return QGraphicsView::event(event);
+}
+
+void kxAnimClipView::keyPressEvent(QKeyEvent* event)
+{
+    switch (commandOf(event))
+    {
+    case Command::None:
+        break;
+    case Command::Frame:
+        frame();
+        break;
+    case Command::Copy:
+        _scene->copySelectedItems();
+        break;
+    case Command::Paste:
+        _scene->paste();
+        break;
+    case Command::Delete:
+        _scene->deleteSelectedItems();
+        Q_EMIT itemsDeleted();
+        break;
+    case Command::SelectAll:
+        _scene->selectAll();
+        break;
+    case Command::Duplicate:
+        _scene->duplicateSelectedItems(false);
+        break;
+    }
+    QGraphicsView::keyPressEvent(event);
+}
+
+void kxAnimClipView::keyReleaseEvent(QKeyEvent* event)
+{
+    QGraphicsView::keyReleaseEvent(event);
+}
+
+void kxAnimClipView::focusInEvent(QFocusEvent* event)
+{
+    Q_EMIT gotFocus(this);
+    QGraphicsView::focusInEvent(event);
+}
+
+void kxAnimClipView::resizeEvent(QResizeEvent* event)
+{
+    QGraphicsView::resizeEvent(event);
+}
+
+// Drawing
+
+QRectF kxAnimClipView::visibleRect() const
+{
+    return mapToScene(viewport()->rect()).boundingRect();
+}
+
+void kxAnimClipView::drawBackground(QPainter* painter, const QRectF&)
+{
+    QGraphicsView::drawBackground(painter, visibleRect());
+}
+
+void kxAnimClipView::drawForeground(QPainter* painter, const QRectF&)
+{
+    // Ruler and track column stand at the viewport's edges, also where only a part of it is drawn anew.
+    QGraphicsView::drawForeground(painter, visibleRect());
+    if (_scene->bars().isEmpty())
+        drawHint(painter);
+}
+
+void kxAnimClipView::drawHint(QPainter* painter)
+{
+    const bool hasClip = _scene->clip() != osg::NullFC;
+    const QString title = hasClip ? tr("The clip is empty") : tr("No clip to show");
+    const QString text = hasClip ? tr("Drag an animation block from the library onto a track.")
+                                 : tr("Select a clip in the tree, or create one.");
+    const int dpi = int(kxPlatform::getDpiScaleX());
+    const QRect area = viewport()->rect().adjusted(int(kxClipLayout::ColumnWidth) * dpi + 20, 20, -20, -20);
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * 1.25);
+    const QFontMetrics largeMetrics(large), metrics(font());
+    const int gap = metrics.height() / 2;
+    const int textHeight = metrics.boundingRect(area, Qt::AlignHCenter | Qt::TextWordWrap, text).height();
+    const int top = area.center().y() - (largeMetrics.height() + gap + textHeight) / 2;
+    painter->save();
+    painter->resetTransform();
+    painter->setFont(large);
+    painter->setPen(kxClipColor::HintTitle);
+    painter->drawText(QRect(area.left(), top, area.width(), largeMetrics.height()), Qt::AlignCenter, title);
+    painter->setFont(font());
+    painter->setPen(kxClipColor::Hint);
+    painter->drawText(QRect(area.left(), top + largeMetrics.height() + gap, area.width(), textHeight),
+                      Qt::AlignHCenter | Qt::TextWordWrap, text);
+    painter->restore();
+}
