@@ -39,6 +39,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QToolButton>
 
 #include <algorithm>
 
@@ -51,6 +52,7 @@ constexpr int LeftWidth[] = {220, 290};
 constexpr int SmallestLeft = 170; // names stay readable; docks that shrink with a narrow window don't grow back with it
 constexpr int RightWidth[] = {280, 340};
 constexpr int BottomHeight[] = {180, 250};
+constexpr int ToolHeightPercent = 40; // of the window, at least, for a tool that works in a dock
 constexpr int SmallestBottom = 80;
 
 QStringList localFiles(const QMimeData* data)
@@ -162,9 +164,34 @@ void kxMainWindow::arrange()
     dock("Log")->raise();
 }
 
+void kxMainWindow::addTools()
+{
+    auto* const bar = findChild<QToolBar*>(QStringLiteral("Tools"));
+    auto* const room = new QWidget;
+    room->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar->addWidget(room);
+    for (QKXDockWidget* const dock : _docks->dockWidgets())
+    {
+        if (dock->property("category").toString() != QStringLiteral("Animation"))
+            continue;
+        QAction* const action = bar->addAction(dock->windowIcon(), dock->windowTitle());
+        action->setToolTip(tr("Show the window \"%1\"").arg(dock->windowTitle()));
+        connect(action, &QAction::triggered, this, [this, dock] { _docks->show(dock->objectName()); });
+        static_cast<QToolButton*>(bar->widgetForAction(action))->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        connect(dock, &QDockWidget::visibilityChanged, this,
+                [this, dock](bool isVisible)
+                {
+                    const int least = height() * ToolHeightPercent / 100;
+                    if (isVisible && !dock->isFloating() && dock->height() < least)
+                        resizeDocks({dock}, {least}, Qt::Vertical);
+                });
+    }
+}
+
 void kxMainWindow::finishLayout()
 {
     _menus->fillViewMenu();
+    addTools();
     const QScreen* const screen = QGuiApplication::primaryScreen();
     const QSize room = screen == nullptr ? FirstSize : screen->availableSize();
     resize(FirstSize.boundedTo(QSize(room.width() * 96 / 100, room.height() * 94 / 100)));

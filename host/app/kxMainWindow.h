@@ -70,6 +70,8 @@ protected:
 private:
     void createDocks();
     void createToolBar();
+    /// Buttons for the windows of the animation tools, which get room when they appear.
+    void addTools();
     void arrange();
     void restoreLayout();
     void saveLayout();

@@ -1,6 +1,7 @@
 #include <QKXDockWindowManager.h>
 #include <widgets/kxDockTitleBar.h>
 
+#include <QAction>
 #include <QLayout>
 #include <QMainWindow>
 #include <QMenu>
@@ -49,29 +50,19 @@ void QKXDockWidget::setMinimized(bool minimized)
 
 struct QKXDockWindowManager::Private
 {
-    struct Dock
-    {
-        QString category;
-        QPointer<QKXDockWidget> dock;
-        bool placedByManager;
-    };
-
     QPointer<QMainWindow> mainWindow;
-    QList<Dock> docks;
+    QList<QPointer<QKXDockWidget>> docks;
     QList<QPointer<QToolBar>> toolBars;
 
-    /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with the others of its category.
-    void place(QKXDockWidget* dock, const QString& category, int area)
+    /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with what stands there.
+    void place(QKXDockWidget* dock, int area)
     {
         if (isOneArea(area))
             return mainWindow->addDockWidget(Qt::DockWidgetArea(area), dock);
         mainWindow->addDockWidget(Qt::BottomDockWidgetArea, dock);
-        for (const Dock& other : qAsConst(docks))
-        {
-            if (other.dock && other.placedByManager && other.category == category && !other.dock->isFloating() &&
-                mainWindow->dockWidgetArea(other.dock) == Qt::BottomDockWidgetArea)
-                return mainWindow->tabifyDockWidget(other.dock, dock);
-        }
+        for (const QPointer<QKXDockWidget>& other : qAsConst(docks))
+            if (other && !other->isFloating() && mainWindow->dockWidgetArea(other) == Qt::BottomDockWidgetArea)
+                return mainWindow->tabifyDockWidget(other, dock);
     }
 };
 
@@ -102,10 +93,16 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
     widget->show(); // a former window counts as hidden by its owner; it appears together with the dock
     if (!_p->mainWindow->restoreDockWidget(dock))
     {
-        _p->place(dock, category, area);
+        _p->place(dock, area);
         dock->setVisible(!hidden);
     }
-    _p->docks.append({category, dock, !isOneArea(area)});
+    connect(dock->toggleViewAction(), &QAction::triggered, dock,
+            [dock](bool isShown)
+            {
+                if (isShown)
+                    dock->raise(); // it may stand behind other tabs
+            });
+    _p->docks.append(dock);
     Q_EMIT added(name);
     return dock;
 }
@@ -172,11 +169,9 @@ void QKXDockWindowManager::show(const QString& name)
 QList<QKXDockWidget*> QKXDockWindowManager::dockWidgets() const
 {
     QList<QKXDockWidget*> found;
-    for (const Private::Dock& entry : qAsConst(_p->docks))
-    {
-        if (entry.dock)
-            found.append(entry.dock);
-    }
+    for (const QPointer<QKXDockWidget>& dock : qAsConst(_p->docks))
+        if (dock)
+            found.append(dock);
     return found;
 }
 
