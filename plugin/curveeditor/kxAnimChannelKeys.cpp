@@ -2,6 +2,7 @@
 
 #include <curveeditor/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/kxChannelCurvesUndoCommand.h>
 
 #include <kxAnimManager.h>
 
@@ -84,7 +85,8 @@ void kxAnimChannelKeys::add(const std::vector<Value>& values)
         kxAnimManager::the()->updateSceneAnimCurveData();
 }
 
-osg::AnimAttachmentPtr kxAnimChannelKeys::requireAttachment(const osg::FieldContainerPtr& container)
+osg::AnimAttachmentPtr kxAnimChannelKeys::requireAttachment(const osg::FieldContainerPtr& container,
+                                                            kxChannelCurvesUndoCommand& step)
 {
     const osg::AttachmentContainerPtr object = osg::AttachmentContainerPtr::dcast(container);
     if (object == osg::NullFC)
@@ -95,11 +97,25 @@ osg::AnimAttachmentPtr kxAnimChannelKeys::requireAttachment(const osg::FieldCont
         attachment = osg::AnimAttachmentBase::create();
         object->addAttachment(attachment);
         osg::markChanged(object, osg::AttachmentContainer::AttachmentsFieldMask);
+        step.noteAttachment(object, attachment);
     }
     return attachment;
 }
 
-void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment)
+osg::AnimNodePtr kxAnimChannelKeys::requireCurveNode(const kxAnimManager::kxOSGChannelData& channel,
+                                                     const osg::AnimAttachmentPtr& attachment,
+                                                     kxChannelCurvesUndoCommand& step)
+{
+    osg::AnimNodePtr node = kxAnimManager::the()->findChannelCurveNode(channel, attachment);
+    if (node != osg::NullFC)
+        return node;
+    node = kxAnimManager::the()->createChannelCurveNode(channel, attachment);
+    if (node != osg::NullFC)
+        step.noteCurve(osg::AttachmentContainerPtr::dcast(channel.container), node);
+    return node;
+}
+
+void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step)
 {
     std::vector<osg::AnimNodePtr> animations;
     attachment->getTopLevelAnimations(animations, true);
@@ -107,6 +123,7 @@ void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment
     {
         if (osg::AnimBlockPtr::dcast(animation->getCore()) == osg::NullFC || animation->getTravMask() == 0)
             continue;
+        step.noteSwitchedOff(animation, animation->getTravMask());
         animation->setTravMask(0);
         osg::markChanged(animation, osg::Node::TravMaskFieldMask);
     }

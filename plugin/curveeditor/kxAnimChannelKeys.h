@@ -1,11 +1,14 @@
 #pragma once
 
+#include <kxAnimManager.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCurve.h>
 
 #include <QString>
 
 #include <vector>
+
+class kxChannelCurvesUndoCommand;
 
 /// Writing of keys from channel values, as far as it needs no window. Curves are named by id, since what is called here
 /// may end their life.
@@ -25,11 +28,15 @@ bool parse(const QString& text, float& value);
 /// yet join the kernel's evaluation.
 void add(const std::vector<Value>& values);
 
-/// The attachment of an object, made where it has none; null where the container can carry none.
-osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container);
+/// The attachment of an object, made and noted in `step` where it has none; null where the container can carry none.
+osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container, kxChannelCurvesUndoCommand& step);
+
+/// The curve node of a channel, made and noted in `step` where there is none; null where none can be made.
+osg::AnimNodePtr requireCurveNode(const kxAnimManager::kxOSGChannelData& channel,
+                                  const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step);
 
 /// Switches the blocks directly below the attachment off, so that its channel curves move the object.
-void switchBlocksOff(const osg::AnimAttachmentPtr& attachment);
+void switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step);
 
 /// Deletes, as one step of undo, the keys of these curves that change nothing. Null and repeated curves are skipped.
 void removeConstant(const std::vector<osg::AnimCurvePtr>& curves);

@@ -5,6 +5,7 @@
 #include <curveeditor/kxAnimChannelKeys.h>
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimInfinityMenu.h>
+#include <curveeditor/kxChannelCurvesUndoCommand.h>
 #include <frame/kxCallbacks.h>
 #include <trees/kxTreeHint.h>
 
@@ -423,9 +424,8 @@ kxAnimChannelWidget::Rows kxAnimChannelWidget::rowsToKey(Keyed which) const
     return rows;
 }
 
-std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves()
+std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves(kxChannelCurvesUndoCommand& step)
 {
-    kxAnimManager& kernel = *kxAnimManager::the();
     const QSignalBlocker blocker(this);
     std::vector<osg::AnimAttachmentPtr> attachments;
     for (kxAnimTreeWidgetItem* const listed : channelRows())
@@ -433,15 +433,12 @@ std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves()
         const kxAnimManager::kxOSGChannelData channel = listed->channelData();
         if (channel.isEmpty() || kxAnimChannelRows::isObjectGone(*listed))
             continue;
-        const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container);
+        const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container, step);
         if (attachment == osg::NullFC)
             continue;
         if (std::find(attachments.begin(), attachments.end(), attachment) == attachments.end())
             attachments.push_back(attachment);
-        osg::AnimNodePtr curveNode = kernel.findChannelCurveNode(channel, attachment);
-        if (curveNode == osg::NullFC)
-            curveNode = kernel.createChannelCurveNode(channel, attachment);
-        listed->setNode(curveNode, false, false);
+        listed->setNode(kxAnimChannelKeys::requireCurveNode(channel, attachment, step), false, false);
     }
     return attachments;
 }
@@ -449,7 +446,8 @@ std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves()
 void kxAnimChannelWidget::key(Keyed which)
 {
     closeValueEditor();
-    const std::vector<osg::AnimAttachmentPtr> attachments = createChannelCurves();
+    auto step = std::make_unique<kxChannelCurvesUndoCommand>();
+    const std::vector<osg::AnimAttachmentPtr> attachments = createChannelCurves(*step);
     std::vector<kxAnimChannelKeys::Value> values;
     QStringList refused;
     for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
@@ -470,10 +468,15 @@ void kxAnimChannelWidget::key(Keyed which)
         kxLog::warning(tr("Not keyed, since the value is no number: %1").arg(refused.join(QStringLiteral(", "))));
     // What follows is heard by everyone, and anyone may build the rows anew.
     for (const osg::AnimAttachmentPtr& attachment : attachments)
-        kxAnimChannelKeys::switchBlocksOff(attachment);
+        kxAnimChannelKeys::switchBlocksOff(attachment, *step);
     if (!attachments.empty())
         kxAnimationService::the().animationsChanged();
-    kxAnimChannelKeys::add(values);
+    {
+        const kxScopedUndo scope(true);
+        if (!step->isEmpty())
+            kxUndoStack::get(0).add(step.release());
+        kxAnimChannelKeys::add(values);
+    }
     Q_EMIT keyedChannels();
 }
 

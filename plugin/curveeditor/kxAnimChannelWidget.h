@@ -11,6 +11,7 @@
 class QAction;
 class QLineEdit;
 class kxAnimInfinityMenu;
+class kxChannelCurvesUndoCommand;
 class kxMessage;
 
 /// The channels of what is selected: a top-level row for each object, material or animation, below it a row for each
@@ -116,7 +117,7 @@ private:
     Rows rowsToKey(Keyed which) const;
     void key(Keyed which);
     /// The attachments of the listed objects, each once, made where there was none.
-    std::vector<osg::AnimAttachmentPtr> createChannelCurves();
+    std::vector<osg::AnimAttachmentPtr> createChannelCurves(kxChannelCurvesUndoCommand& step);
     /// The editor of the row's value, null while nobody types there.
     QLineEdit* valueEditor(kxAnimTreeWidgetItem* edited) const;
     /// Takes over what is being typed.

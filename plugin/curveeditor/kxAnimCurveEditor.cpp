@@ -1,55 +1,149 @@
 #include <curveeditor/kxAnimCurveEditor.h>
 
 #include <curveeditor/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
+#include <curveeditor/kxAnimCurveEditorMenus.h>
 #include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/kxAnimGraphScene.h>
+#include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
+#include <trees/kxAnimLibraryWidget.h>
+#include <trees/kxAnimStructureWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <QKXDockWindowManager.h>
-#include <QKXSpiner.h>
 #include <kxAnimManager.h>
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
-#include <kxServices.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <QEvent>
 #include <QLabel>
+#include <QLineEdit>
+#include <QSignalBlocker>
+#include <QSlider>
 #include <QSplitter>
+#include <QStatusBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace
 {
+/// What was selected elsewhere comes into sight.
+void scrollToSelection(QTreeWidget* tree)
+{
+    const QList<QTreeWidgetItem*> items = tree->selectedItems();
+    if (!items.isEmpty())
+        tree->scrollToItem(items.front());
+}
+
 constexpr std::uint64_t MessageMask = 0x38288130;
 
 kxAnimCurveEditor* theEditor = nullptr;
 
+/// The host announces a selection of objects, then that of their materials, which belongs to it and is no new one.
+bool skipNextMaterialSelection = false;
+
 bool isKeyCommand(int id)
 {
-    return id == kxAnimCurveUndoCommand::commandId() || id == kxAnimTangentUndoCommand::commandId() ||
-           id == kxAddAnimKeyUndoCommand::commandId() || id == kxTrashAnimationUndoCommand::commandId();
+    static const int Ids[] = {kxAnimCurveUndoCommand::commandId(), kxAnimTangentUndoCommand::commandId(),
+                              kxAddAnimKeyUndoCommand::commandId(), kxTrashAnimationUndoCommand::commandId()};
+    return std::find(std::begin(Ids), std::end(Ids), id) != std::end(Ids);
 }
 
-void setUpStats(const kxAnimCurveEditorGUIW& window)
+/// A layout without margins in `parent`, null for one that goes into another layout.
+template <class Layout>
+Layout* makeBareLayout(QWidget* parent, int spacing)
 {
-    QPalette palette = window._statsFrame->palette();
-    palette.setBrush(QPalette::Active, QPalette::Window, QColor(70, 70, 70, 255));
-    window._statsFrame->setPalette(palette);
-    window._statsFrame->setAutoFillBackground(true);
-    window._frameLabel->setEnabled(false);
-    window._frame->setEnabled(false);
-    window._valueLabel->setEnabled(false);
-    window._value->setEnabled(false);
-    window._frame->setRelativeOperatorHandlingMode(1);
-    window._value->setRelativeOperatorHandlingMode(1);
+    Layout* const layout = parent != nullptr ? new Layout(parent) : new Layout;
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+    return layout;
+}
+
+void fill(QWidget* frame, QWidget* content)
+{
+    makeBareLayout<QHBoxLayout>(frame, 0)->addWidget(content);
+}
+
+void clearQuietly(kxAnimTreeWidget* tree)
+{
+    const QSignalBlocker blocker(tree);
+    tree->clearSelection();
+}
+
+/// What a selection stands for. An object that is selected twice, as one that stands in two groups, counts once.
+struct SelectedContainers
+{
+    std::vector<osg::FieldContainerPtr> containers;
+    std::vector<osg::AnimNodePtr> curveNodes;
+
+    void add(const kxAnimTreeWidgetItem& item)
+    {
+        const osg::NodePtr node = item.node();
+        const osg::FieldContainerPtr container =
+            node != osg::NullFC ? osg::FieldContainerPtr(node) : osg::FieldContainerPtr(item.material());
+        if (container == osg::NullFC || std::find(containers.begin(), containers.end(), container) != containers.end())
+            return;
+        containers.push_back(container);
+        if (const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(node); animation != osg::NullFC)
+            curveNodes.push_back(animation);
+        else if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
+            attachment->getTopLevelCurveNodes(curveNodes);
+    }
+};
+
+void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes)
+{
+    kxMessage message;
+    message.set("nodes", nodes, true);
+    kxController::call(kxMessageName::SelectedAnimations, message, 0);
+}
+
+std::vector<osg::NodePtr> resolve(const QList<kxdNode>& nodes)
+{
+    std::vector<osg::NodePtr> resolved;
+    for (const kxdNode& node : nodes)
+        if (const auto found = osg::FieldContainerFactory::the()->get<osg::Node>(node.getObjectId());
+            found != osg::NullFC)
+            resolved.push_back(found);
+    return resolved;
 }
 } // namespace
 
 kxAnimCurveEditor::kxAnimCurveEditor()
     : kxModuleBase("Curve Editor", "Animation", MessageMask, nullptr), _instance(theEditor, this)
+{
+    addWindow();
+    makeGraph();
+    makeLibrary();
+    setUpFields();
+    makeLibraryPane();
+    makeChannels();
+    _window->_splitter->setSizes({200, 400, 200});
+    makeCommands();
+    connectHost();
+    updateStatus();
+}
+
+kxAnimCurveEditor::~kxAnimCurveEditor()
+{
+    delete _graphView;
+    delete _library;
+    delete _structure;
+    delete _channels;
+}
+
+void kxAnimCurveEditor::addWindow()
 {
     QKXDockWindowManager* const docks = kxRequireDockWindowManager();
     _window = new kxAnimCurveEditorGUIW(kxRequireMainWindow());
@@ -57,25 +151,131 @@ kxAnimCurveEditor::kxAnimCurveEditor()
                tr("Curves"), 0, true, nullptr);
     _window->installEventFilter(this);
     connect(_window, SIGNAL(show()), this, SLOT(show()));
+}
+
+void kxAnimCurveEditor::makeGraph()
+{
+    _graphView = new kxAnimGraphView;
+    _graphView->setObjectName(QStringLiteral("_graphView"));
+    connect(_graphView->scene(), SIGNAL(selectionChanged()), this, SLOT(updateFrameAndValue()));
+    connect(_graphView, SIGNAL(sceneChanged()), this, SLOT(updateFrameAndValue()));
+    connect(_graphView, SIGNAL(controlPointsDeleted()), this, SLOT(updateChannelView()));
+    connect(_graphView, SIGNAL(controlPointsDeleted()), this, SLOT(updateFrameAndValue()));
+    if (auto* const plates = kxKernelServiceFactory::the().getService<kxSceneplateService>())
+        connect(plates, SIGNAL(nodesSelected(QList<kxdNode>)), this, SLOT(setSelectedKxdNodes(QList<kxdNode>)));
     if (auto* const materials = kxKernelServiceFactory::the().getService<kxMaterialService>())
         connect(materials, SIGNAL(materialsChanged()), this, SLOT(updateOnSceneChange()));
-    setUpStats(*_window);
-    kxAddHint(_window->_graphFrame, tr("No curves to show"),
-              tr("Play and scrub the animations of the scene on the timeline bar."));
-    // A pane that holds nothing takes no place.
-    _window->_treeFrame->hide();
-    _window->_attributeFrame->hide();
-    _window->_splitter->setSizes({200, 400, 200});
+    QPalette palette = _window->_statsFrame->palette();
+    palette.setBrush(QPalette::Active, QPalette::Window, QColor(70, 70, 70, 255));
+    _window->_statsFrame->setPalette(palette);
+    _window->_statsFrame->setAutoFillBackground(true);
+    fill(_window->_graphFrame, _graphView);
+}
+
+void kxAnimCurveEditor::makeLibrary()
+{
+    _structure = new kxAnimStructureWidget;
+    connect(_structure, SIGNAL(itemSelectionChanged()), this, SLOT(changedStructureSelection()));
+    _library = new kxAnimLibraryWidget;
+    _library->setObjectName(QStringLiteral("_library"));
+    connect(_library, SIGNAL(itemSelectionChanged()), this, SLOT(changedLibrarySelection()));
+    connect(_library, SIGNAL(groupCreated()), _structure, SLOT(rebuild()));
+
+    _depthSlider = new QSlider(Qt::Horizontal);
+    _depthSlider->setTickInterval(1);
+    _depthSlider->setRange(-1, 1);
+    _depthSlider->setAccessibleName(tr("Depth of the library"));
+    connect(_depthSlider, SIGNAL(valueChanged(int)), _library, SLOT(expandToDepth(int)));
+
+    _searchLine = new QLineEdit;
+    _searchLine->setObjectName(QStringLiteral("SearchLine"));
+    _searchLine->setAccessibleName(tr("Search animations"));
+    _searchLine->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    connect(_searchLine, SIGNAL(textChanged(QString)), _library, SLOT(search(QString)));
+    _searchButton = new QToolButton;
+    _searchButton->setObjectName(QStringLiteral("SearchButton"));
+    _searchButton->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    _searchButton->setIcon(kxIconCache::General::getSearchIcon());
+    _searchButton->setToolTip(tr("Search animations"));
+    _updateButton = new QToolButton;
+    _updateButton->setObjectName(QStringLiteral("UpdateTreeButton"));
+    _updateButton->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    _updateButton->setIcon(kxIconManager::getIcon("Reload", ""));
+    _updateButton->setToolTip(tr("Update animation tree"));
+    connect(_updateButton, SIGNAL(clicked()), this, SLOT(updateTree()));
+}
+
+void kxAnimCurveEditor::setUpFields()
+{
+    for (QWidget* const widget : {static_cast<QWidget*>(_window->_frameLabel), static_cast<QWidget*>(_window->_frame),
+                                  static_cast<QWidget*>(_window->_valueLabel), static_cast<QWidget*>(_window->_value)})
+        widget->setEnabled(false);
+    _window->_frame->setRelativeOperatorHandlingMode(1);
+    _window->_value->setRelativeOperatorHandlingMode(1);
+    _status = new QLabel;
+    _window->statusbar->addWidget(_status);
+    connect(_window->_frame, SIGNAL(relativeOperatorApplied(RelativeOperator, double)), this,
+            SLOT(modifiedFrameValues(RelativeOperator, double)));
+    connect(_window->_value, SIGNAL(relativeOperatorApplied(RelativeOperator, double)), this,
+            SLOT(modifiedCurveValues(RelativeOperator, double)));
+}
+
+void kxAnimCurveEditor::makeLibraryPane()
+{
+    auto* const searchRow = makeBareLayout<QHBoxLayout>(nullptr, 0);
+    searchRow->addWidget(_searchButton);
+    searchRow->addWidget(_searchLine);
+    auto* const topRow = makeBareLayout<QHBoxLayout>(nullptr, 4);
+    topRow->addLayout(searchRow);
+    topRow->addWidget(_updateButton);
+    auto* const pane = makeBareLayout<QVBoxLayout>(_window->_treeFrame, -1);
+    pane->addLayout(topRow);
+    pane->addWidget(_library);
+    pane->addWidget(_depthSlider);
+}
+
+void kxAnimCurveEditor::makeChannels()
+{
+    _channels = new kxAnimChannelWidget;
+    _channels->setObjectName(QStringLiteral("_channels"));
+    connect(_channels, SIGNAL(itemSelectionChanged()), this, SLOT(changedChannelSelection()));
+    connect(_channels, SIGNAL(keyedChannels()), this, SLOT(changedChannelSelection()));
+    connect(_channels, SIGNAL(keyedChannels()), _library, SLOT(rebuild()));
+    connect(_channels, SIGNAL(blocksCreated(QList<osg::AnimNodePtr>)), this,
+            SLOT(rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr>)));
+    fill(_window->_attributeFrame, _channels);
+}
+
+void kxAnimCurveEditor::makeCommands()
+{
+    const kxAnimCurveEditorMenus menus(_window, {this, scene(), _library, _channels});
+    _preInfinityMenu = menus.preInfinityMenu();
+    _postInfinityMenu = menus.postInfinityMenu();
+    _saveAction = menus.saveAction();
+}
+
+void kxAnimCurveEditor::connectHost()
+{
+    _callbacks.add(kxMessageName::CurrentFrameChanged, changeFrame);
     _callbacks.add(kxMessageName::AnimationStart, startAnimation);
+    _callbacks.add(kxMessageName::ShowCurves, showCurves);
     _callbacks.add(kxMessageName::Undo, undoStackMoved);
     _callbacks.add(kxMessageName::Redo, undoStackMoved);
 }
 
-kxAnimCurveEditor::~kxAnimCurveEditor() = default;
-
 QWidget* kxAnimCurveEditor::moduleWidget()
 {
     return _window;
+}
+
+bool kxAnimCurveEditor::isVisible() const
+{
+    return _window != nullptr && _window->isVisible();
+}
+
+kxAnimGraphScene* kxAnimCurveEditor::scene() const
+{
+    return _graphView != nullptr ? _graphView->scene() : nullptr;
 }
 
 int kxAnimCurveEditor::receivedMessage(kxMessage& message)
@@ -99,12 +299,39 @@ void kxAnimCurveEditor::handle(const kxMessage& message)
     {
     case kxMessageId::NewScene:
         clear();
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        kxAnimManager::the()->setCurrentFrame(0.0, false, true);
         break;
     case kxMessageId::SceneChanged:
-    case kxMessageId::AnimationsChanged:
-    case kxMessageId::AnimationsLoaded:
         updateOnSceneChange();
         break;
+    case kxMessageId::SelectionChanged:
+        if (isVisible())
+            showNodes(kxScenegraph::getSelectedNodes());
+        skipNextMaterialSelection = true;
+        break;
+    case kxMessageId::AnimationsChanged:
+    case kxMessageId::AnimationsLoaded:
+        rebuildTrees();
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        break;
+    case kxMessageId::MaterialSelection:
+    {
+        std::vector<osg::MaterialPtr> materials;
+        if (skipNextMaterialSelection)
+            skipNextMaterialSelection = false;
+        else if (isVisible() && getFromMessage(message, "materials", materials))
+            showMaterials(materials);
+        break;
+    }
+    case kxMessageId::NodeSelection:
+    case kxMessageId::NodePicked:
+    {
+        std::vector<osg::NodePtr> nodes;
+        if (isVisible() && getFromMessage(message, "nodes", nodes) && !nodes.empty())
+            showNodes(nodes);
+        break;
+    }
     default:
         break;
     }
@@ -120,19 +347,157 @@ bool kxAnimCurveEditor::eventFilter(QObject* watched, QEvent* event)
 
 void kxAnimCurveEditor::show()
 {
+    _library->rebuild(true);
+    _channels->removeDeadTopLevelItems();
     kxAnimManager::the()->updateSceneAnimCurveData();
+    _graphView->refresh();
     _window->raise();
+}
+
+void kxAnimCurveEditor::changedLibrarySelection()
+{
+    clearQuietly(_structure);
+    showSelectionOf(_library, true);
+}
+
+void kxAnimCurveEditor::changedStructureSelection()
+{
+    clearQuietly(_library);
+    showSelectionOf(_structure, true);
+}
+
+void kxAnimCurveEditor::changedChannelSelection()
+{
+    clearQuietly(_library);
+    showSelectionOf(_channels, false);
+}
+
+void kxAnimCurveEditor::clear()
+{
+    _library->clear();
+    _structure->clear();
+    _channels->clear();
+    _graphView->setAnimations({});
+}
+
+void kxAnimCurveEditor::updateTree()
+{
+    kxAnimManager::the()->updateSceneAnimCurveData();
+    rebuildTrees();
+}
+
+void kxAnimCurveEditor::rebuildTrees()
+{
+    _library->rebuild(true);
+    _structure->rebuild(true);
+}
+
+void kxAnimCurveEditor::search(QString text)
+{
+    if (text.isEmpty())
+        updateTree();
+    else
+        _library->search(text);
+}
+
+void kxAnimCurveEditor::updateChannelView()
+{
+    _channels->setFocus(Qt::OtherFocusReason);
+    _graphView->setFocus(Qt::OtherFocusReason);
+    sendSelectedAnimations(_graphView->nodes());
+}
+
+void kxAnimCurveEditor::rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr> blockNodes)
+{
+    if (blockNodes.isEmpty())
+        return;
+    _library->rebuild(false);
+    QTreeWidgetItem* const item = blockNodes.size() == 1 ? _library->findItem(blockNodes.front()) : nullptr;
+    if (item == nullptr)
+        return;
+    _library->scrollToItem(item, QAbstractItemView::PositionAtCenter);
+    item->setSelected(true);
+}
+
+void kxAnimCurveEditor::setSelectedKxdNodes(QList<kxdNode> nodes)
+{
+    if (isVisible())
+        showNodes(resolve(nodes));
 }
 
 void kxAnimCurveEditor::updateOnSceneChange()
 {
     kxAnimManager::the()->updateSceneAnimCurveData();
+    if (!isVisible())
+        return;
+    _library->rebuild(true);
+    _channels->removeDeadTopLevelItems();
 }
 
-void kxAnimCurveEditor::clear()
+void kxAnimCurveEditor::showNodes(const std::vector<osg::NodePtr>& nodes)
 {
-    kxAnimManager::the()->updateSceneAnimCurveData();
-    kxAnimManager::the()->setCurrentFrame(0.0, false, true);
+    _library->clearSelection();
+    _library->selectItemsForNodes(nodes);
+    scrollToSelection(_library);
+    clearQuietly(_structure);
+    showSelectionOf(_library, true);
+    _channels->rebuildFromNodes(nodes, true);
+}
+
+void kxAnimCurveEditor::showMaterials(const std::vector<osg::MaterialPtr>& materials)
+{
+    std::vector<osg::MaterialPtr> shown = materials;
+    shown.erase(std::remove_if(shown.begin(), shown.end(), &kxUberMaterialUtils::isXRiteSubMaterial), shown.end());
+    if (shown.empty())
+        return;
+    _library->clearSelection();
+    _library->selectItemsForMaterials(shown);
+    scrollToSelection(_library);
+    changedLibrarySelection();
+    _channels->rebuildFromMaterials(shown, true);
+}
+
+void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels)
+{
+    if (tree == nullptr || _graphView == nullptr)
+        return;
+    if (rebuildChannels)
+    {
+        const QSignalBlocker blocker(_channels.data());
+        _channels->clear();
+    }
+    _graphView->setAnimations({});
+    SelectedContainers selected;
+    for (QTreeWidgetItem* const item : tree->selectedItems())
+        if (const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
+            selected.add(*row);
+    _tooMany = selected.containers.size() > kxAnimChannelWidget::ObjectLimit;
+    if (_tooMany)
+    {
+        if (rebuildChannels)
+            _channels->showTooManySelected();
+        updateStatus();
+        return;
+    }
+    if (!tree->selectedItems().isEmpty())
+    {
+        if (rebuildChannels)
+            _channels->rebuildFromFieldContainers(selected.containers, true);
+        _graphView->setAnimations(selected.curveNodes);
+    }
+    updateStatus();
+    sendSelectedAnimations(selected.curveNodes);
+}
+
+void kxAnimCurveEditor::changeFrame(kxMessage& message)
+{
+    kxAnimGraphScene* const scene = theEditor != nullptr ? theEditor->scene() : nullptr;
+    if (scene == nullptr)
+        return;
+    double frame = 0;
+    if (getFromMessage(message, "frame", frame))
+        scene->setFrame(frame);
+    scene->update();
 }
 
 void kxAnimCurveEditor::startAnimation(kxMessage& message)
@@ -153,16 +518,31 @@ void kxAnimCurveEditor::startAnimation(kxMessage& message)
         kxAnimManager::the()->enqueue(animation, true);
 }
 
+void kxAnimCurveEditor::showCurves(kxMessage& message)
+{
+    osg::AnimNodePtr node;
+    if (theEditor == nullptr || theEditor->scene() == nullptr || !getFromMessage(message, "node", node) ||
+        node == osg::NullFC)
+        return;
+    theEditor->scene()->clear();
+    theEditor->_graphView->setAnimation(node);
+}
+
 void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
 {
     bool added = false;
     int id = 0;
-    if (theEditor == nullptr || !getFromMessage(message, "added", added) || !getFromMessage(message, "id", id) ||
-        !isKeyCommand(id))
+    if (theEditor == nullptr || theEditor->_graphView == nullptr || !getFromMessage(message, "added", added) ||
+        !getFromMessage(message, "id", id) || !isKeyCommand(id))
         return;
-    // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
     if (added)
+    {
+        // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
         kxAnimManager::the()->reevaluateAnimations(false);
-    else
-        kxAnimManager::the()->updateSceneAnimCurveData();
+        return;
+    }
+    theEditor->_library->rebuild(true);
+    kxAnimManager::the()->updateSceneAnimCurveData();
+    theEditor->_graphView->refresh();
+    theEditor->updateStatus();
 }

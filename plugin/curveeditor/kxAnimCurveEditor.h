@@ -2,13 +2,35 @@
 
 #include <frame/kxCallbacks.h>
 
+#include <QKXSpiner.h>
 #include <kxModuleBase.h>
+#include <kxServices.h>
 
+#include <QList>
 #include <QPointer>
 
-class kxAnimCurveEditorGUIW;
+#include <vector>
 
-/// The module that owns the curve editor's window and keeps what it shows in step with the scene.
+class QAction;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QSlider;
+class QToolButton;
+class kxAnimChannelWidget;
+class kxAnimCurveEditorGUIW;
+class kxAnimGraphScene;
+class kxAnimGraphView;
+class kxAnimLibraryWidget;
+class kxAnimStructureWidget;
+class kxAnimTreeWidget;
+
+/// The module that owns the curve editor: a window with the library of animations, the graph of their curves and the
+/// list of what can be keyed.
+///
+/// Draws nothing itself. It decides which curves the graph shows and which objects the channel list shows, and keeps
+/// the panes in step with scene, selection, undo stack and current frame. The commands of its menus, most of which only
+/// route to a pane, are in kxAnimCurveEditorCommands.cpp.
 class kxAnimCurveEditor : public kxModuleBase
 {
     Q_OBJECT
@@ -23,16 +45,87 @@ public:
 
 private Q_SLOTS:
     void show();
+    void changedLibrarySelection();
+    void changedStructureSelection();
+    void changedChannelSelection();
+    void clear();
+    void updateTree();
+    void search(QString text);
+    void updateChannelView();
+    void rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr> blockNodes);
+    void setSelectedKxdNodes(QList<kxdNode> nodes);
     void updateOnSceneChange();
 
-private:
-    void clear();
-    void handle(const kxMessage& message);
+    void frameCurves();
+    void constantTangents();
+    void linearTangents();
+    void flatTangents();
+    void hermiteTangents();
+    void followingTangents();
+    void copySelectedControlPoints();
+    void pasteControlPoints();
+    void copy();
+    void paste();
+    void changedPreInfinityMode(QAction* action);
+    void changedPostInfinityMode(QAction* action);
+    void updateFrameAndValue();
+    void modifiedFrameValues(RelativeOperator op, double value);
+    void modifiedCurveValues(RelativeOperator op, double value);
+    void updateCurveMenu();
+    void updateEditMenu();
+    /// Says in the status bar what can't be seen otherwise: too many objects, locked keys, broken tangents, snapping.
+    void updateStatus();
 
+private:
+    enum class Axis
+    {
+        Frame,
+        Value
+    };
+
+    void addWindow();
+    void makeGraph();
+    void makeLibrary();
+    void makeLibraryPane();
+    void makeChannels();
+    void setUpFields();
+    void makeCommands();
+    void connectHost();
+
+    /// Shows the curves of what is selected in `tree`; null does nothing. `rebuildChannels`: the channel list shows the
+    /// selected objects too.
+    void showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels);
+    void showNodes(const std::vector<osg::NodePtr>& nodes);
+    void showMaterials(const std::vector<osg::MaterialPtr>& materials);
+    void handle(const kxMessage& message);
+    void rebuildTrees();
+    bool isVisible() const;
+    kxAnimGraphScene* scene() const; // null without a graph
+    void setTangentType(unsigned int type);
+    /// Applies an operator to one coordinate of each selected key and moves the keys there as one step. False where a
+    /// result would not be a number that a key can hold; nothing is moved then.
+    bool modifyKeys(Axis axis, RelativeOperator op, double value);
+
+    static void changeFrame(kxMessage& message);
     static void startAnimation(kxMessage& message);
+    static void showCurves(kxMessage& message);
     static void undoStackMoved(kxMessage& message);
 
     kxInstancePointer<kxAnimCurveEditor> _instance;
     QPointer<kxAnimCurveEditorGUIW> _window; // owned by the dock window manager
+    // The panes stand in the window, which may go first.
+    QPointer<kxAnimGraphView> _graphView;
+    QPointer<kxAnimLibraryWidget> _library;
+    QPointer<kxAnimStructureWidget> _structure; // in no layout
+    QPointer<kxAnimChannelWidget> _channels;
+    QLineEdit* _searchLine = nullptr;
+    QSlider* _depthSlider = nullptr;
+    QToolButton* _searchButton = nullptr;
+    QToolButton* _updateButton = nullptr;
+    QMenu* _preInfinityMenu = nullptr;
+    QMenu* _postInfinityMenu = nullptr;
+    QAction* _saveAction = nullptr;
+    QLabel* _status = nullptr; // in the status bar
+    bool _tooMany = false;     // objects selected
     kxCallbacks _callbacks;
 };

@@ -15,6 +15,7 @@
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 
+#include <QCoreApplication>
 #include <QGraphicsSceneMouseEvent>
 #include <QGraphicsView>
 
@@ -64,6 +65,8 @@ kxAnimGraphScene::Rebuild::Rebuild(kxAnimGraphScene* scene) : _scene(scene)
 {
     if (_scene.isNull())
         return;
+    // A scene looks every dying item up in its list of new ones, until it has polished those in an event of its own.
+    QCoreApplication::sendPostedEvents(_scene, QEvent::MetaCall);
     _selected = _scene->selectedItems().size();
     _wasBlocked = _scene->blockSignals(true);
 }
@@ -93,7 +96,7 @@ kxAnimGraphScene::kxAnimGraphScene(QObject* parent) : QGraphicsScene(parent), _t
 
 kxAnimGraphScene::~kxAnimGraphScene()
 {
-    disconnect(this, &QGraphicsScene::selectionChanged, this, nullptr); // items die after this part of the scene
+    blockSignals(true); // items die after this part of the scene, and nobody is to look at it meanwhile
     if (theScene == this)
         theScene = nullptr;
 }

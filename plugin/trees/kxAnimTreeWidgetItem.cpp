@@ -189,7 +189,9 @@ void kxAnimTreeWidgetItem::writeValue(const QString& text)
     const float value = text.toFloat(&isNumber);
     if (!isNumber)
         return;
-    if (const osg::AnimCurvePtr shown = curve())
+    // A curve that an undo took out of the scene drives nothing; its channel is there all the same.
+    const bool isInScene = node() != osg::NullFC && node()->getParent() != osg::NullFC;
+    if (const osg::AnimCurvePtr shown = curve(); shown != osg::NullFC && (isInScene || channelData().isEmpty()))
     {
         kxAnimEvaluator::the()->setOSGFieldValue(shown, value, true);
         return;

@@ -213,6 +213,54 @@ class Application:
     def release(self, button=1):
         self._display.xdotool("mouseup", button)
 
+    def click_at(self, point, button=1, count=1):
+        self._display.xdotool("mousemove", *point, "click", "--repeat", count, "--delay", 40, button)
+
+    def drag(self, points, button=1, held=None):
+        """Presses at the first point, goes in steps over the others, and lets go; `held` is a key that is down."""
+        words = ["mousemove", *points[0], "mousedown", button]
+        for (x, y), (next_x, next_y) in zip(points, points[1:]):
+            for step in range(1, 7):
+                words += ["mousemove", round(x + (next_x - x) * step / 6), round(y + (next_y - y) * step / 6),
+                          "sleep", 0.01]
+        words += ["mouseup", button]
+        if held:
+            words = ["keydown", held, "sleep", 0.1, *words, "sleep", 0.1, "keyup", held]
+        self._display.xdotool(*words)
+
+    def wheel(self, point, clicks):
+        """Above 0 zooms in."""
+        self._display.xdotool("mousemove", *point, "click", "--repeat", abs(clicks), "--delay", 30,
+                              4 if clicks > 0 else 5)
+
+    def middle(self, expression):
+        left, top, width, height = self.wait_for(expression)
+        return left + width // 2, top + height // 2
+
+    def click_row(self, widget, row, column=0, count=1, held=None):
+        left, top, width, height = self.ask("rowRect(%r, %r, %r)" % (widget, row, column))
+        if held:
+            self._display.xdotool("keydown", held)
+        self.click_at((left + min(70, width // 2), top + height // 2), count=count)  # the text, not its check box
+        if held:
+            self._display.xdotool("keyup", held)
+
+    def click_entry(self, widget, text):
+        """An entry of a menu bar or tool bar; of the open menu where `widget` is empty."""
+        def rect():
+            try:
+                return self.ask("actionRect(%r, %r)" % (widget, text))
+            except AssertionError:
+                return None
+        left, top, width, height = until("an entry '%s'" % text, rect)
+        self.click_at((left + min(width // 2, 30), top + height // 2))
+
+    def choose(self, bar, *texts):
+        """A row of entries, from the menu bar on."""
+        self.click_entry(bar, texts[0])
+        for text in texts[1:]:
+            self.click_entry("", text)
+
     def keys(self, *names):
         self._display.xdotool("key", "--delay", 30, *names)
 

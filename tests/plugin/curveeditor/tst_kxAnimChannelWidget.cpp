@@ -74,6 +74,7 @@ private Q_SLOTS:
     void refusesTexts_data();
     void refusesTexts();
     void keyingSwitchesBlocksOff();
+    void undoneKeyingLeavesNoAttachment();
     void keyAllMessageReachesTheNewest();
     void followsTheScene();
     void editedValueMovesTheObject();
@@ -351,6 +352,37 @@ void tst_kxAnimChannelWidget::keyingSwitchesBlocksOff()
     // Without the block the object rests elsewhere, but the key holds what was shown.
     QCOMPARE(keysOf(curve("translation.X")), QString("12:6:11"));
     QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 6.0f);
+    stack().undo();
+    QVERIFY2(blocks.front()->isActive(), "the block moves the object again");
+    std::vector<osg::AnimNodePtr> curves;
+    kernel.getChannelCurveNodes(_first, curves);
+    QVERIFY2(curves.empty(), "no curve is left of a keying that was taken back");
+    stack().redo();
+    QVERIFY(!blocks.front()->isActive());
+    QCOMPARE(keysOf(curve("translation.X")), QString("12:6:11"));
+}
+
+void tst_kxAnimChannelWidget::undoneKeyingLeavesNoAttachment()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    _tree->rebuildFromNode(_first);
+    _tree->updateValues(true);
+    _tree->show();
+    _tree->keyAll();
+    const osg::AnimCurvePtr keyed = curve("translation.Y");
+    stack().undo();
+    QCOMPARE(kernel.getAnimAttachment(_first), osg::AnimAttachmentPtr());
+    // What comes to the object meanwhile is kept by a redo.
+    kernel.addAnimation(_first, kxAnimFixture::block("move", {kxAnimFixture::curve("scale", "X", {{0, 4}, {1, 8}})}));
+    stack().redo();
+    std::vector<osg::AnimNodePtr> blocks;
+    kernel.getAnimAttachment(_first)->getTopLevelAnimations(blocks, true);
+    QCOMPARE(blocks.size(), std::size_t(1));
+    QCOMPARE(keysOf(keyed), QString("12:2:11"));
+    stack().undo();
+    QVERIFY(kernel.getAnimAttachment(_first) != osg::NullFC);
+    stack().clear(); // drops what it holds
+    QCOMPARE(kernel.getAnimAttachment(_first)->getAnimationRoot()->getNChildren(), 1u);
 }
 
 void tst_kxAnimChannelWidget::keyAllMessageReachesTheNewest()

@@ -1,20 +1,12 @@
-#include <curveeditor/kxAnimCurveEditor.h>
+#include "kxCurveEditorFixture.h"
+
 #include <curveeditor/kxAnimCurveUndoCommand.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
-#include <kernel/kxHostHooks.h>
-#include <kernel/kxModuleRegistry.h>
+#include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
-#include <scene/kxScene.h>
+#include <scene/UberMaterial.h>
 
-#include <QKXDockWindowManager.h>
-#include <kxAnimManager.h>
-#include <kxController.h>
-#include <kxMessageIds.h>
-#include <kxMessageNames.h>
-
-#include <QMainWindow>
-#include <QUndoStack>
 #include <QtTest>
 
 namespace
@@ -27,6 +19,27 @@ void start(const boost::any& name, const boost::any& instantaneous = boost::any(
         message.set("instantaneous", instantaneous, true);
     kxController::call(kxMessageName::AnimationStart, message, 0);
 }
+
+/// The last "selectedAnimations" and how many there were.
+struct Announced
+{
+    static int count;
+    static std::size_t nodes;
+    static void take(kxMessage& message)
+    {
+        ++count;
+        nodes = boost::any_cast<std::vector<osg::AnimNodePtr>>(message.get("nodes")).size();
+    }
+    Announced()
+    {
+        count = 0;
+        nodes = 0;
+        kxController::addCB(kxMessageName::SelectedAnimations, take);
+    }
+    ~Announced() { kxController::subCB(kxMessageName::SelectedAnimations, take); }
+};
+int Announced::count = 0;
+std::size_t Announced::nodes = 0;
 } // namespace
 
 class tst_kxAnimCurveEditor : public QObject
@@ -34,75 +47,53 @@ class tst_kxAnimCurveEditor : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init();
-    void cleanup();
+    void cleanup() { _editor.reset(); }
     void newSceneGoesToTheStart();
     void startsAnimations();
     void sceneFollowsUndo();
+    void showsTheSelectionUpToALimit();
+    void materialsOfASelectionDoNotReplaceIt();
+    void followsTheSceneWhileVisible();
+    void showsCurvesThatAreAskedFor();
+    void keyingShowsUpEverywhere();
+    void survivesDeletions();
 
 private:
-    float x() const { return _core->getTranslation().x(); }
+    float x() const { return kxAnimFixture::transform(_box)->getTranslation().x(); }
 
-    std::unique_ptr<QMainWindow> _window;
-    std::unique_ptr<QKXDockWindowManager> _docks;
-    std::unique_ptr<kxAnimCurveEditor> _module;
-    osg::TransformPtr _core;     // of the one object in the scene
-    osg::AnimCurvePtr _curve;    // moves it along x
+    std::unique_ptr<kxCurveEditorFixture> _editor;
+    osg::NodePtr _box;           // the one object, moved along x
+    osg::AnimCurvePtr _curve;    // moves it: 1 at 0 s, 5 at 2 s
     osg::AnimNodePtr _animation; // the block of the curve, "Move"
 };
 
 void tst_kxAnimCurveEditor::init()
 {
-    _window = std::make_unique<QMainWindow>();
-    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-    kxHostHooks::the().setMainWindow(_window.get());
-    kxHostHooks::the().setDockWindowManager(_docks.get());
-    _module = std::make_unique<kxAnimCurveEditor>();
-
-    kxAnimManager& kernel = *kxAnimManager::the();
-    _core = osg::Transform::create();
-    const osg::NodePtr object = osg::Node::create();
-    object->setCore(_core);
-    kxScene::the()->root()->addChild(object);
-    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
-    std::vector<kxAnimManager::kxOSGChannelData> channels;
-    kernel.getKeyableChannels(object, channels);
-    const auto channel = std::find_if(channels.begin(), channels.end(),
-                                      [](const auto& c) { return c.name == "translation" && c.suffix == "X"; });
-    QVERIFY(channel != channels.end());
-    kernel.addAnimation(object, kernel.createChannelCurveNode(*channel, osg::AnimAttachmentPtr()));
-    std::vector<osg::AnimNodePtr> nodes;
-    kernel.getChannelCurveNodes(object, nodes);
-    QCOMPARE(nodes.size(), std::size_t(1));
-    _curve = osg::AnimCurvePtr::dcast(nodes.front()->getCore());
-    _curve->addPoint({0, 1}, {}, {}, 1, 1, true, true);
-    _curve->addPoint({2, 5}, {}, {}, 1, 1, true, true);
-    osg::markChanged(_curve, osg::AnimCurveBase::ControlPointsFieldMask);
-    _animation = kernel.createBlock(kernel.getAnimAttachment(object), "Move");
+    _editor = std::make_unique<kxCurveEditorFixture>();
+    _box = _editor->animated("Box", {{0, 1}, {2, 5}}, "Move");
+    _animation = kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Move");
     QVERIFY(_animation != osg::NullFC);
-    kernel.setCurrentFrame(0, true, true);
+    _curve = kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(_animation->getChild(0)));
+    kxAnimManager::the()->setCurrentFrame(0, true, true);
     QCOMPARE(x(), 1.0f);
-}
-
-void tst_kxAnimCurveEditor::cleanup()
-{
-    kxAnimManager::the()->dequeueAll();
-    kxUndoStack::get(0).stack()->clear();
-    kxScene::the()->clear();
-    _module.reset();
-    _docks.reset();
-    _window.reset();
 }
 
 void tst_kxAnimCurveEditor::newSceneGoesToTheStart()
 {
-    QVERIFY(_docks->getDockWidget("Curve Editor") != nullptr);
+    QVERIFY(_editor->docks.getDockWidget("Curve Editor") != nullptr);
+    _editor->show();
+    _editor->library->findItem(_animation)->setSelected(true);
+    QCOMPARE(_editor->curves().size(), 1);
     kxAnimManager::the()->setCurrentFrame(12, false, true);
-    kxMessage message(kxMessageId::NewScene);
-    kxModuleRegistry::the().deliver(message);
+    kxAnimFixture::clear();
+    _editor->deliver(kxMessageId::NewScene);
     QCOMPARE(kxAnimManager::the()->currentFrame(), 0.0);
-    delete _module->moduleWidget();
+    QVERIFY(_editor->curves().isEmpty());
+    QCOMPARE(_editor->library->topLevelItemCount(), 0);
+    QCOMPARE(_editor->channels->topLevelItemCount(), 0);
+    delete _editor->form;
     kxAnimManager::the()->setCurrentFrame(12, false, true);
-    kxModuleRegistry::the().deliver(message); // without its window the module does nothing
+    _editor->deliver(kxMessageId::NewScene); // without its window the module does nothing
     QCOMPARE(kxAnimManager::the()->currentFrame(), 12.0);
 }
 
@@ -143,6 +134,113 @@ void tst_kxAnimCurveEditor::sceneFollowsUndo()
     QCOMPARE(x(), 1.0f);
     stack->redo();
     QCOMPARE(x(), 3.0f);
+}
+
+void tst_kxAnimCurveEditor::showsTheSelectionUpToALimit()
+{
+    _editor->show();
+    std::vector<osg::NodePtr> objects{_box};
+    for (int i = 1; i <= 20; ++i)
+        objects.push_back(_editor->animated(qPrintable(QString("Box %1").arg(i))));
+    _editor->library->rebuild(true);
+    const Announced announced;
+    _editor->library->selectItemsForNodes({objects.begin(), objects.begin() + 20});
+    Q_EMIT _editor->library->itemSelectionChanged();
+    QCOMPARE(_editor->channels->topLevelItemCount(), 20);
+    QCOMPARE(_editor->curves().size(), 19); // the curve of the first one stands in its block
+    QCOMPARE(Announced::nodes, std::size_t(19));
+    const int count = Announced::count;
+    _editor->library->selectItemsForNodes({objects.back()});
+    Q_EMIT _editor->library->itemSelectionChanged();
+    QVERIFY(_editor->curves().isEmpty());
+    QCOMPARE(_editor->channels->topLevelItemCount(), 0);
+    QCOMPARE(Announced::count, count);
+    _editor->library->clearSelection();
+    QCOMPARE(Announced::count, count + 1);
+    QCOMPARE(Announced::nodes, std::size_t(0));
+}
+
+void tst_kxAnimCurveEditor::materialsOfASelectionDoNotReplaceIt()
+{
+    _editor->show();
+    const osg::MaterialPtr material = osg::MaterialPtr(osg::UberMaterial::create());
+    kxScene::the()->addMaterial(material);
+    kxSelection::the().selectNodes({_box});
+    _editor->deliver(kxMessageId::SelectionChanged);
+    QCOMPARE(_editor->channels->topLevelItemCount(), 1);
+    const auto rowIsMaterial = [&]
+    {
+        const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(_editor->channels->topLevelItem(0));
+        return row != nullptr && row->material() == material;
+    };
+    _editor->deliver(kxMessageId::MaterialSelection, "materials", std::vector<osg::MaterialPtr>{material});
+    QVERIFY(!rowIsMaterial());
+    _editor->deliver(kxMessageId::MaterialSelection, "materials", std::vector<osg::MaterialPtr>{material});
+    QVERIFY(rowIsMaterial());
+}
+
+void tst_kxAnimCurveEditor::followsTheSceneWhileVisible()
+{
+    _editor->deliver(kxMessageId::SceneChanged);
+    QCOMPARE(_editor->library->topLevelItemCount(), 0); // hidden
+    _editor->show();
+    QCOMPARE(_editor->library->topLevelItemCount(), 1);
+    _editor->animated("Ball", {{0, 1}}, "Roll");
+    _editor->deliver(kxMessageId::SceneChanged);
+    QCOMPARE(_editor->library->topLevelItemCount(), 2);
+}
+
+void tst_kxAnimCurveEditor::showsCurvesThatAreAskedFor()
+{
+    _editor->show();
+    const auto ask = [](const osg::AnimNodePtr& node)
+    {
+        kxMessage message;
+        message.set("node", node, true);
+        kxController::call(kxMessageName::ShowCurves, message, 0);
+    };
+    ask(_animation);
+    QCOMPARE(_editor->curves().size(), 1);
+    QCOMPARE(_editor->curves().front()->animCurve(), _curve);
+    ask(osg::AnimNodePtr());
+    QCOMPARE(_editor->curves().size(), 1);
+}
+
+void tst_kxAnimCurveEditor::keyingShowsUpEverywhere()
+{
+    _editor->show();
+    const osg::NodePtr ball = kxAnimFixture::object("Ball");
+    _editor->select({ball});
+    QCOMPARE(_editor->channels->topLevelItemCount(), 1);
+    QVERIFY(_editor->curves().isEmpty());
+    kxAnimManager::the()->setCurrentFrame(12, false, true);
+    _editor->channels->keyAll();
+    QVERIFY(!_editor->curves().isEmpty());
+    QVERIFY(_editor->curves().front()->point(0) != nullptr);
+    QCOMPARE(_editor->curves().front()->point(0)->pos().x(), 12.0);
+    QCOMPARE(_editor->library->topLevelItemCount(), 2);
+    kxUndoStack::get(0).stack()->undo();
+    for (const kxAnimGraphCurve* const curve : _editor->curves())
+        QVERIFY(curve->point(0) == nullptr);
+}
+
+void tst_kxAnimCurveEditor::survivesDeletions()
+{
+    _editor->show();
+    _editor->library->findItem(_animation)->setSelected(true);
+    _editor->graph->scene()->selectAllPoints();
+    QCOMPARE(_editor->curves().size(), 1);
+    kxAnimFixture::clear(); // the host takes everything away and says so later
+    QCOMPARE(_editor->curves().front()->animCurve(), osg::AnimCurvePtr());
+    _editor->graph->scene()->moveSelectedPoints();
+    _editor->graph->scene()->copySelectedPoints();
+    _editor->graph->scene()->deleteSelectedPoints();
+    _editor->graph->refresh();
+    QVERIFY(_editor->curves().isEmpty());
+    _editor->channels->keyAll();
+    _editor->deliver(kxMessageId::SceneChanged);
+    QCOMPARE(_editor->library->topLevelItemCount(), 0);
+    QCOMPARE(_editor->channels->topLevelItemCount(), 0);
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditor)

@@ -1,0 +1,288 @@
+#include <curveeditor/kxAnimCurveEditor.h>
+
+#include <curveeditor/kxAnimChannelWidget.h>
+#include <curveeditor/kxAnimCurveEditorGUIW.h>
+#include <curveeditor/kxAnimGraphCurve.h>
+#include <curveeditor/kxAnimGraphPoint.h>
+#include <curveeditor/kxAnimGraphScene.h>
+#include <curveeditor/kxAnimGraphView.h>
+#include <curveeditor/kxKeyArithmetic.h>
+#include <trees/kxAnimLibraryWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxAnimManager.h>
+#include <kxMessageNames.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QSignalBlocker>
+#include <QStatusBar>
+
+#include <optional>
+
+namespace
+{
+/// Of the fields while several keys are selected: the value shown is that of one of them.
+constexpr const char ManyKeysStyle[] =
+    "background: qlineargradient(x1:0.0, y1:0.1, x2:0.0, y2:0.45, stop:0 rgba(235, 185, 55, 175), stop:1 rgba(165, "
+    "155, 45, 135));";
+
+constexpr int NoticeMilliseconds = 6000;
+
+/// The mode that an infinity entry names. The texts are compared as they stand in the menu, untranslated.
+std::optional<osg::InfinityMode> infinityMode(const QString& text)
+{
+    constexpr const char* Texts[] = {"Constant", "Linear", "Loop", "Loop with Offset", "Oscillate"};
+    for (std::size_t mode = 0; mode < std::size(Texts); ++mode)
+        if (text == QLatin1String(Texts[mode]))
+            return osg::InfinityMode(mode);
+    return std::nullopt;
+}
+
+enum class Side
+{
+    Pre,
+    Post
+};
+
+void setInfinity(const osg::AnimCurvePtr& curve, Side side, osg::InfinityMode mode)
+{
+    if (side == Side::Pre)
+        curve->setPreInfinityMode(osg::UInt32(mode));
+    else
+        curve->setPostInfinityMode(osg::UInt32(mode));
+    osg::markChanged(curve, side == Side::Pre ? osg::AnimCurveBase::PreInfinityModeFieldMask
+                                              : osg::AnimCurveBase::PostInfinityModeFieldMask);
+}
+
+/// Of the curves directly under the selected blocks.
+void setInfinityOfSelectedBlocks(const kxAnimTreeWidget& library, Side side, const QAction* action)
+{
+    const std::optional<osg::InfinityMode> mode = action != nullptr ? infinityMode(action->text()) : std::nullopt;
+    if (!mode)
+        return;
+    for (const QTreeWidgetItem* const item : library.selectedItems())
+    {
+        const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
+        const osg::AnimNodePtr block = row != nullptr ? osg::AnimNodePtr::dcast(row->node()) : osg::AnimNodePtr();
+        if (block == osg::NullFC || osg::AnimBlockPtr::dcast(block->getCore()) == osg::NullFC)
+            continue;
+        for (unsigned int i = 0; i < block->getNChildren(); ++i)
+            if (const auto curve = osg::AnimCurvePtr::dcast(block->getChild(i)->getCore()); curve != osg::NullFC)
+                setInfinity(curve, side, *mode);
+    }
+    kxAnimManager::the()->reevaluateAnimations(false);
+}
+
+bool isAnimationRow(const kxAnimTreeWidgetItem* row)
+{
+    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(row->nodeId()) != osg::NullFC;
+}
+
+/// All keys of a curve are locked and unlocked together.
+bool hasLockedKeys(const kxAnimGraphScene& scene)
+{
+    const QList<kxAnimGraphCurve*> curves = scene.curves();
+    return std::any_of(curves.begin(), curves.end(),
+                       [](const kxAnimGraphCurve* curve)
+                       {
+                           const kxAnimGraphPoint* const key = curve->point(0);
+                           return key != nullptr && !key->flags().testFlag(QGraphicsItem::ItemIsMovable);
+                       });
+}
+
+void show(QKXDoubleSpiner* field, QLabel* label, std::size_t selected, double value)
+{
+    const QSignalBlocker blocker(field);
+    const QString style = selected > 1 ? QString::fromLatin1(ManyKeysStyle) : QString();
+    if (field->styleSheet() != style) // setting one costs a repolish, and this runs at each mouse move
+        field->setStyleSheet(style);
+    label->setEnabled(selected > 0);
+    field->setEnabled(selected > 0);
+    field->setValue(value);
+}
+} // namespace
+
+void kxAnimCurveEditor::frameCurves()
+{
+    _graphView->frameAll();
+}
+
+void kxAnimCurveEditor::setTangentType(unsigned int type)
+{
+    _graphView->setTangentType(type);
+}
+
+void kxAnimCurveEditor::constantTangents()
+{
+    setTangentType(unsigned(osg::TangentType::Constant));
+}
+
+void kxAnimCurveEditor::linearTangents()
+{
+    setTangentType(unsigned(osg::TangentType::Linear));
+}
+
+void kxAnimCurveEditor::flatTangents()
+{
+    setTangentType(unsigned(osg::TangentType::Flat));
+}
+
+void kxAnimCurveEditor::hermiteTangents()
+{
+    setTangentType(unsigned(osg::TangentType::Hermite));
+}
+
+void kxAnimCurveEditor::followingTangents()
+{
+    setTangentType(unsigned(osg::TangentType::Following));
+}
+
+void kxAnimCurveEditor::copySelectedControlPoints()
+{
+    if (scene() != nullptr)
+        scene()->copySelectedPoints();
+}
+
+void kxAnimCurveEditor::pasteControlPoints()
+{
+    if (scene() == nullptr)
+        return;
+    scene()->pasteKeys();
+    _graphView->updatePointScale();
+}
+
+void kxAnimCurveEditor::copy()
+{
+    const QWidget* const focus = _window->focusWidget();
+    if (focus == nullptr)
+        return;
+    if (focus == _library)
+        _library->copy();
+    else if (focus == _graphView)
+        copySelectedControlPoints();
+    else if (focus == _channels)
+        _channels->copy();
+}
+
+void kxAnimCurveEditor::paste()
+{
+    const QWidget* const focus = _window->focusWidget();
+    if (focus == nullptr)
+        return;
+    if (focus == _library)
+        _library->paste(true);
+    else if (focus == _graphView)
+        pasteControlPoints();
+    else if (focus == _channels)
+        _channels->paste(true);
+}
+
+void kxAnimCurveEditor::changedPreInfinityMode(QAction* action)
+{
+    setInfinityOfSelectedBlocks(*_library, Side::Pre, action);
+}
+
+void kxAnimCurveEditor::changedPostInfinityMode(QAction* action)
+{
+    setInfinityOfSelectedBlocks(*_library, Side::Post, action);
+}
+
+void kxAnimCurveEditor::updateFrameAndValue()
+{
+    if (scene() == nullptr)
+        return;
+    QList<kxAnimGraphPoint*> points;
+    scene()->selectedPoints(points);
+    const QPointF shown = points.isEmpty() ? QPointF() : points.back()->pos();
+    ::show(_window->_frame, _window->_frameLabel, std::size_t(points.size()), shown.x());
+    ::show(_window->_value, _window->_valueLabel, std::size_t(points.size()), shown.y());
+    updateStatus();
+}
+
+bool kxAnimCurveEditor::modifyKeys(Axis axis, RelativeOperator op, double value)
+{
+    QList<kxAnimGraphPoint*> points;
+    scene()->selectedPoints(points);
+    std::vector<double> present;
+    for (const kxAnimGraphPoint* const point : points)
+        present.push_back(axis == Axis::Frame ? point->pos().x() : point->pos().y());
+    const std::optional<std::vector<double>> targets = kxAppliedToAll(present, op, value);
+    if (!targets)
+        return false;
+    for (const std::size_t i : kxCollisionFreeOrder(present, *targets))
+    {
+        kxAnimGraphPoint* const point = points[int(i)];
+        const double target = (*targets)[i];
+        point->setKeyPos(axis == Axis::Frame ? target : point->pos().x(),
+                         axis == Axis::Value ? target : point->pos().y());
+    }
+    if (!points.isEmpty())
+        scene()->moveSelectedPoints();
+    return true;
+}
+
+void kxAnimCurveEditor::modifiedFrameValues(RelativeOperator op, double value)
+{
+    if (scene() == nullptr)
+        return;
+    if (!modifyKeys(Axis::Frame, op, value))
+        _window->statusbar->showMessage(tr("No key was moved: the result is no frame that a key can stand on."),
+                                        NoticeMilliseconds);
+    updateFrameAndValue();
+    kxMessage message;
+    kxController::call(kxMessageName::UpdateClipScene, message, 0);
+}
+
+void kxAnimCurveEditor::modifiedCurveValues(RelativeOperator op, double value)
+{
+    if (scene() == nullptr)
+        return;
+    if (!modifyKeys(Axis::Value, op, value))
+        _window->statusbar->showMessage(tr("No key was changed: the result is no value that a key can hold."),
+                                        NoticeMilliseconds);
+    updateFrameAndValue();
+}
+
+void kxAnimCurveEditor::updateCurveMenu()
+{
+    QList<kxAnimTreeWidgetItem*> items;
+    for (QTreeWidgetItem* const item : _library->selectedItems())
+        if (auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
+            items.append(row);
+    if (items.isEmpty())
+        _channels->collectSelectedTopLevelItems(items);
+    const bool areAnimations = !items.isEmpty() && std::all_of(items.begin(), items.end(), isAnimationRow);
+    _preInfinityMenu->setEnabled(areAnimations);
+    _postInfinityMenu->setEnabled(areAnimations);
+}
+
+void kxAnimCurveEditor::updateEditMenu()
+{
+    const QList<QTreeWidgetItem*> items = _library->selectedItems();
+    const auto* const row = items.size() == 1 ? dynamic_cast<kxAnimTreeWidgetItem*>(items.front()) : nullptr;
+    _saveAction->setEnabled(row != nullptr && !row->isGroup());
+}
+
+void kxAnimCurveEditor::updateStatus()
+{
+    QStringList texts;
+    if (_tooMany)
+        texts << tr("More than %1 objects are selected: none is shown").arg(kxAnimChannelWidget::ObjectLimit);
+    if (scene() != nullptr)
+    {
+        if (hasLockedKeys(*scene()))
+            texts << tr("Keys are locked");
+        if (scene()->breakTangents())
+            texts << tr("Tangents are broken");
+        if (scene()->snapToGridX() && scene()->snapToGridY())
+            texts << tr("Snapping to whole frames and values");
+        else if (scene()->snapToGridX())
+            texts << tr("Snapping to whole frames");
+        else if (scene()->snapToGridY())
+            texts << tr("Snapping to whole values");
+    }
+    _status->setText(texts.join(QStringLiteral("  \u00b7  ")));
+}

@@ -1,0 +1,148 @@
+#include <curveeditor/kxChannelCurvesUndoCommand.h>
+
+#include <kxAnimManager.h>
+#include <kxServices.h>
+#include <osg/FieldContainerFactory.h>
+
+namespace
+{
+template <class T>
+osg::FCPtr<T> find(unsigned int id)
+{
+    return osg::FieldContainerFactory::the()->get<T>(id);
+}
+
+void setMask(unsigned int id, osg::UInt32 mask)
+{
+    const osg::AnimNodePtr block = find<osg::AnimNode>(id);
+    if (block == osg::NullFC || block->getTravMask() == mask)
+        return;
+    block->setTravMask(mask);
+    osg::markChanged(block, osg::Node::TravMaskFieldMask);
+}
+} // namespace
+
+kxChannelCurvesUndoCommand::kxChannelCurvesUndoCommand()
+    : kxUndoCommand(kxUndoString("Add Animation Keys", "Animation"))
+{
+}
+
+kxChannelCurvesUndoCommand::~kxChannelCurvesUndoCommand()
+{
+    for (const std::vector<Made>* const made : {&_curves, &_attachments})
+        for (const Made& entry : *made)
+            if (const auto container = find<osg::FieldContainer>(entry.id); entry.isOut && container != osg::NullFC)
+                container->subRef();
+}
+
+void kxChannelCurvesUndoCommand::noteAttachment(const osg::AttachmentContainerPtr& container,
+                                                const osg::AnimAttachmentPtr& attachment)
+{
+    _attachments.push_back({container->getId(), attachment->getId(), false});
+}
+
+void kxChannelCurvesUndoCommand::noteCurve(const osg::AttachmentContainerPtr& container, const osg::AnimNodePtr& node)
+{
+    _curves.push_back({container->getId(), node->getId(), false});
+}
+
+void kxChannelCurvesUndoCommand::noteSwitchedOff(const osg::AnimNodePtr& block, osg::UInt32 mask)
+{
+    _blocks.push_back({block->getId(), mask});
+}
+
+int kxChannelCurvesUndoCommand::commandId()
+{
+    static const int classId = makeId(typeid(kxChannelCurvesUndoCommand));
+    return classId;
+}
+
+int kxChannelCurvesUndoCommand::id() const
+{
+    return commandId();
+}
+
+void kxChannelCurvesUndoCommand::undo()
+{
+    for (const Block& block : _blocks)
+        setMask(block.id, block.mask);
+    takeOutCurves();
+    takeOutAttachments();
+    kxAnimationService::the().animationsChanged();
+}
+
+void kxChannelCurvesUndoCommand::redo()
+{
+    putBackAttachments();
+    putBackCurves();
+    for (const Block& block : _blocks)
+        setMask(block.id, 0);
+    kxAnimationService::the().animationsChanged();
+}
+
+void kxChannelCurvesUndoCommand::takeOutCurves()
+{
+    for (Made& curve : _curves)
+    {
+        const osg::AnimNodePtr node = find<osg::AnimNode>(curve.id);
+        const osg::NodePtr parent = node != osg::NullFC ? node->getParent() : osg::NodePtr();
+        if (parent == osg::NullFC)
+            continue; // gathered into a block, moved or deleted since: no longer ours to take
+        node->addRef();
+        parent->subChild(node);
+        osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+        curve.isOut = true;
+    }
+}
+
+void kxChannelCurvesUndoCommand::takeOutAttachments()
+{
+    for (Made& made : _attachments)
+    {
+        const auto container = find<osg::AttachmentContainer>(made.containerId);
+        const auto attachment = find<osg::AnimAttachment>(made.id);
+        // What came to stand in it by other ways stays.
+        if (container == osg::NullFC || attachment == osg::NullFC ||
+            kxAnimManager::the()->getAnimAttachment(container) != attachment ||
+            attachment->getAnimationRoot()->getNChildren() > 0)
+            continue;
+        attachment->addRef();
+        container->subAttachment(attachment);
+        osg::markChanged(container, osg::AttachmentContainer::AttachmentsFieldMask);
+        made.isOut = true;
+    }
+}
+
+void kxChannelCurvesUndoCommand::putBackAttachments()
+{
+    for (Made& made : _attachments)
+    {
+        const auto container = find<osg::AttachmentContainer>(made.containerId);
+        const auto attachment = find<osg::AnimAttachment>(made.id);
+        // One that was made by other ways meanwhile is kept, and takes the curves.
+        if (!made.isOut || container == osg::NullFC || attachment == osg::NullFC ||
+            kxAnimManager::the()->getAnimAttachment(container) != osg::NullFC)
+            continue;
+        container->addAttachment(attachment);
+        osg::markChanged(container, osg::AttachmentContainer::AttachmentsFieldMask);
+        attachment->subRef();
+        made.isOut = false;
+    }
+}
+
+void kxChannelCurvesUndoCommand::putBackCurves()
+{
+    for (Made& curve : _curves)
+    {
+        const osg::AnimNodePtr node = find<osg::AnimNode>(curve.id);
+        const auto attachment = kxAnimManager::the()->getAnimAttachment(find<osg::FieldContainer>(curve.containerId));
+        if (!curve.isOut || node == osg::NullFC || attachment == osg::NullFC)
+            continue;
+        const osg::AnimNodePtr root = attachment->getAnimationRoot();
+        if (!root->addChild(node))
+            continue;
+        osg::markChanged(root, osg::Node::ChildrenFieldMask);
+        node->subRef();
+        curve.isOut = false;
+    }
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <kxUndo.h>
+#include <osg/AnimAttachments.h>
+
+#include <vector>
+
+/// What keying changes besides keys, so that undoing it leaves no trace: the curves and attachments that it made for
+/// channels without one, and the blocks that it switched off.
+///
+/// All of it has been done when the command is added; the first redo() changes nothing. What undo() takes out lives on
+/// with a share that the command holds, until it is dropped.
+class kxChannelCurvesUndoCommand : public kxUndoCommand
+{
+public:
+    kxChannelCurvesUndoCommand();
+    ~kxChannelCurvesUndoCommand() override;
+
+    /// `attachment` was made for `container`.
+    void noteAttachment(const osg::AttachmentContainerPtr& container, const osg::AnimAttachmentPtr& attachment);
+    /// `node` was made under an attachment of `container`.
+    void noteCurve(const osg::AttachmentContainerPtr& container, const osg::AnimNodePtr& node);
+    /// `block` was switched off, and had this traversal mask before.
+    void noteSwitchedOff(const osg::AnimNodePtr& block, osg::UInt32 mask);
+    bool isEmpty() const { return _attachments.empty() && _curves.empty() && _blocks.empty(); }
+
+    /// The class id, as id() gives it.
+    static int commandId();
+
+    void undo() override;
+    void redo() override;
+    int id() const override;
+
+private:
+    struct Made
+    {
+        unsigned int containerId;
+        unsigned int id; // of the attachment, or of the curve's node
+        bool isOut;      // a share is held
+    };
+    struct Block
+    {
+        unsigned int id;
+        osg::UInt32 mask;
+    };
+
+    void takeOutCurves();
+    void takeOutAttachments();
+    void putBackAttachments();
+    void putBackCurves();
+
+    std::vector<Made> _attachments;
+    std::vector<Made> _curves;
+    std::vector<Block> _blocks;
+};

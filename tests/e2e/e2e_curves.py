@@ -1,0 +1,256 @@
+"""Animates an object as a user does: keys it, moves it, edits its curve in the graph, makes a block of it, keeps and opens
+the file again.
+
+e2e_curves.py <application> <folder for pictures of failures>
+"""
+import os
+import sys
+
+import cases
+import desktop
+import fixtures
+
+OBJECT = "Still"
+X, Y = [OBJECT, "translation.X"], [OBJECT, "translation.Y"]
+
+
+def value(application, channel="translation.Y"):
+    return application.ask("channelValue(findNode(%r), %r)" % (OBJECT, channel))
+
+
+def value_at(application, frame, channel="translation.Y"):
+    application.set_frame(frame)
+    return value(application, channel)
+
+
+def key(application, frame, height):
+    """Where a key stands on the screen."""
+    return tuple(application.ask("scenePoint('_graphView', %r, %r)" % (frame, height)))
+
+
+def frame_curves(application, *keys):
+    """Gives the graph the focus and frames its curves; waits until the keys (frame, value) are in sight."""
+    application.click("_graphView", 0.97, 0.97)
+    application.keys("f")
+    left, top, width, height = application.ask("widgetRect('_graphView')")
+
+    def in_sight(place):
+        return left <= place[0] < left + width and top <= place[1] < top + height
+    desktop.until("the keys in sight", lambda: all(in_sight(key(application, *at)) for at in keys))
+
+
+def near(a, b, tolerance=1e-2):
+    return abs(a - b) <= tolerance
+
+
+def opens_the_editor(application, folder):
+    application.keys("alt+v")
+    application.click_entry("", "Curves")
+    application.wait_for("widgetRect('_graphView')[3] > 80")
+
+
+def shows_living_values(application, folder):
+    """The channels of the object that is clicked in the view, with the values that the gizmo gives it."""
+    application.run("selectNodes([])")
+    application.click_row("_objects", [OBJECT])
+    application.wait_for("%r in widgetRows('_channels')" % (Y,))
+    before = application.ask("rowText('_channels', %r, 1)" % (Y,))
+    application.run("setChannelValue(findNode(%r), 'translation.Y', 1.25)" % OBJECT)
+    application.wait_for("rowText('_channels', %r, 1) == '1.250'" % (Y,))
+    application.keys("ctrl+z")
+    application.wait_for("rowText('_channels', %r, 1) == %r" % (Y, before))
+
+
+def keys_twice(application, folder):
+    application.set_frame(0)
+    steps = application.ask("undoCount()")
+    application.keys("ctrl+k")
+    application.wait_for("undoCount() == %d" % (steps + 1))
+    application.set_frame(24)
+    picture = application.picture()
+    application.click("_view", 0.03, 0.9)
+    application.run("selectNodes([findNode(%r)])" % OBJECT)
+    application.keys("w", "f")
+    application.wait_for_camera(picture)
+    application.press("_view", 0.5, 0.5)
+    application.drag_to("_view", 0.62, 0.3)
+    application.release()
+    moved = desktop.until("another place", lambda: not near(value(application), -3) and value(application))
+    application.keys("ctrl+k")
+    application.wait_for("undoCount() == %d" % (steps + 3))
+    assert near(value_at(application, 0), -3), "the first key is lost"
+    assert near(value_at(application, 24), moved, 1e-3), "the second key isn't what was seen"
+    middle = value_at(application, 12)
+    assert min(-3, moved) < middle < max(-3, moved), "nothing moves between the keys"
+
+
+def drags_keys(application, folder):
+    """One key of one channel: along time with the field following, then back by one undo."""
+    application.click_row("_channels", Y)
+    top = value_at(application, 24)
+    frame_curves(application, (0, value_at(application, 0)), (24, top))
+    left, _, width, _ = application.ask("widgetRect('_graphView')")
+    application.wheel((left + width // 2, key(application, 12, top)[1]), -2)
+    desktop.until("room for a drag", lambda: key(application, 40, top)[0] < left + width)
+    steps = application.ask("undoCount()")
+    application.click_at(key(application, 0, value_at(application, 0)))
+    application.wait_for("widgetProperty('_frame', 'enabled') and widgetProperty('_frame', 'value') == 0")
+    assert application.ask("undoCount()") == steps, "a click is no step"
+    application.drag([key(application, 24, top), key(application, 30, top), key(application, 36.5, top)])
+    application.wait_for("widgetProperty('_frame', 'value') == 36")
+    assert application.ask("undoCount()") == steps + 1, "one drag is one step"
+    here = application.ask("widgetProperty('_statsFrame/_value', 'value')")
+    assert near(value_at(application, 36), here), "the scene doesn't follow"
+    application.keys("ctrl+z")
+    desktop.until("the key's old place", lambda: near(value_at(application, 24), top, 1e-3))
+
+
+def types_into_the_fields(application, folder):
+    top = value_at(application, 24)
+    application.click_at(key(application, 24, top))
+    application.wait_for("widgetProperty('_frame', 'enabled')")
+    for field, text in (("_frame", "+=6"), ("_statsFrame/_value", "4"), ("_statsFrame/_value", "*=2")):
+        application.click(field, 0.3)
+        application.keys("ctrl+a")
+        application.type(text)
+        application.keys("Return")
+    application.wait_for("widgetProperty('_frame', 'value') == 30 and "
+                         "widgetProperty('_statsFrame/_value', 'value') == 8")
+    assert near(value_at(application, 30), 8), "the scene doesn't follow"
+
+
+def shapes_tangents(application, folder):
+    """Flat at both keys leaves slowly and comes in slowly; a dragged handle is free and bends the curve."""
+    start, end = value_at(application, 0), value_at(application, 30)
+    frame_curves(application, (0, start), (30, end))
+    application.keys("ctrl+a")
+    application.wait_for("widgetProperty('_statsFrame/_value', 'styleSheet') != ''")
+    application.click_entry("QuickActionBar", "Flat")
+    desktop.until("flat ends", lambda: near((value_at(application, 3) - start) / (end - start), 0.0146, 0.002))
+    steps = application.ask("undoCount()")
+    frame_curves(application, (0, start), (30, end))
+    application.click_at(key(application, 0, start))
+    handle = key(application, 15, start)
+    x, y = handle
+    application.drag([handle, (x, y - 60)])
+    application.wait_for("undoCount() == %d" % (steps + 1))
+    desktop.until("a steeper start", lambda: (value_at(application, 3) - start) / (end - start) > 0.05)
+    application.click_entry("QuickActionBar", "Linear")
+    desktop.until("a line", lambda: near(value_at(application, 3), start + (end - start) * 0.1, 0.2))
+    application.keys("ctrl+z", "ctrl+z")
+    desktop.until("flat ends again", lambda: near((value_at(application, 3) - start) / (end - start), 0.0146, 0.002))
+
+
+def selects_copies_and_deletes(application, folder):
+    """A rubber band over both keys; copies at the cursor; deletes; each one step."""
+    start, end = value_at(application, 0), value_at(application, 30)
+    frame_curves(application, (0, start), (30, end))
+    left, top, width, height = application.ask("widgetRect('_graphView')")
+    before = key(application, 30, end)
+    application.wheel((left + width // 2, top + height // 2), -2)
+    desktop.until("a zoom", lambda: key(application, 30, end) != before)
+    application.drag([(left + 3, top + 3), (left + width - 4, top + height - 4)])
+    application.wait_for("widgetProperty('_statsFrame/_value', 'styleSheet') != ''")
+    steps = application.ask("undoCount()")
+    application.keys("ctrl+c")
+    application.set_frame(60)
+    application.keys("ctrl+v")
+    application.wait_for("undoCount() == %d" % (steps + 1))
+    assert near(value_at(application, 60), start) and near(value_at(application, 90), end), "pasted at the cursor"
+    application.keys("ctrl+z")
+    desktop.until("one key at the end", lambda: near(value_at(application, 90), end) and
+                  near(value_at(application, 60), end))
+    frame_curves(application, (0, start), (30, end))
+    application.click_at(key(application, 30, end))
+    application.wait_for("widgetProperty('_frame', 'value') == 30")
+    application.keys("Delete")
+    desktop.until("one key", lambda: near(value_at(application, 30), start))
+    application.keys("ctrl+z")
+    desktop.until("two keys", lambda: near(value_at(application, 30), end))
+
+
+def zooms_each_axis(application, folder):
+    frame_curves(application, (0, value_at(application, 0)), (30, value_at(application, 30)))
+    at = application.middle("widgetRect('_graphView')")
+
+    def spans():
+        (x, y), (right, up) = key(application, 0, 0), key(application, 10, 1)
+        return right - x, y - up
+    wide, high = spans()
+    for held in ("x", "y"):
+        application.drag([at, (at[0], at[1] + 30)], button=3, held=held)
+        desktop.until("a zoom with " + held, lambda: spans() != (wide, high))
+        now = spans()
+        unchanged = 1 if held == "x" else 0
+        assert near(now[unchanged], (wide, high)[unchanged], 1), "the other axis zooms with " + held
+        wide, high = now
+    application.keys("f")
+
+
+def makes_a_block(application, folder):
+    application.run("selectNodes([findNode(%r)])" % OBJECT)
+    application.wait_for("rowRect('_library', [%r])" % OBJECT)
+    application.click_row("_library", [OBJECT])
+    application.keys("ctrl+shift+k")
+    application.wait_for("[%r, %r] in widgetRows('_library')" % (OBJECT, OBJECT))
+    application.keys("ctrl+r", "ctrl+a")  # the new block is selected
+    application.type("Jump")
+    application.keys("Return")
+    application.wait_for("[%r, 'Jump'] in widgetRows('_library')" % OBJECT)
+    assert near(value_at(application, 30), 8), "the block moves the object"
+
+
+def searches_and_groups(application, folder):
+    application.click("SearchLine")
+    application.type("jum")
+    application.wait_for("widgetRows('_library') == [['Jump']]")
+    application.keys("ctrl+a", "BackSpace")
+    application.wait_for("[%r, 'Jump'] in widgetRows('_library')" % OBJECT)
+    application.wheel(application.middle("widgetRect('_library')"), -8)
+    application.click_row("_library", [OBJECT])
+    application.keys("ctrl+shift+g", "ctrl+a")
+    application.type("Parts")
+    application.keys("Return")
+    application.wait_for("['Parts', %r, 'Jump'] in widgetRows('_library')" % OBJECT)
+
+
+def keeps_it_all(application, folder):
+    path = os.path.join(folder, "curves.kxs")
+    expected = [value_at(application, frame) for frame in range(0, 48, 7)]
+    application.click("_view", 0.02, 0.96)
+    application.keys("ctrl+shift+s")
+    application.answer_file_dialog("Save Scene As", path)
+    application.wait_for("'curves.kxs' in widgetProperty('_mainWindow', 'windowTitle')")
+    application.open_file(path)
+    application.wait_for("['Parts', %r, 'Jump'] in widgetRows('_library')" % OBJECT)
+    seen = [value_at(application, frame) for frame in range(0, 48, 7)]
+    assert seen == expected, "%s became %s" % (expected, seen)
+
+
+def quits(application, folder):
+    application.click("_view", 0.02, 0.96)
+    code = application.quit()
+    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
+
+
+HOST, PICTURES = sys.argv[1:]
+
+
+def main(folder):
+    path = os.path.join(folder, "movers.glb")
+    fixtures.write_movers(path)
+    display = desktop.Display(folder)
+    application = None
+    try:
+        application = desktop.Application(HOST, display, folder, path)
+        tests = [opens_the_editor, shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
+                 selects_copies_and_deletes, zooms_each_axis, makes_a_block, searches_and_groups, keeps_it_all, quits]
+        return cases.run(tests, application, folder,
+                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
+    finally:
+        if application:
+            application.close()
+        display.close()
+
+
+cases.limited(main)

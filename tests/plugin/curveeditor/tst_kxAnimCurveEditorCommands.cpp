@@ -1,0 +1,206 @@
+#include "kxCurveEditorFixture.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QtTest>
+
+namespace
+{
+QMenu* menuOf(const kxCurveEditorFixture& editor, const char* title)
+{
+    for (QMenu* const menu : editor.form->menubar->findChildren<QMenu*>())
+        if (menu->title() == QLatin1String(title))
+            return menu;
+    return nullptr;
+}
+
+QAction* entry(const QMenu* menu, const char* text)
+{
+    for (QAction* const action : menu->actions())
+        if (action->text() == QLatin1String(text))
+            return action;
+    return nullptr;
+}
+
+void choose(const kxCurveEditorFixture& editor, const char* menu, const char* text)
+{
+    entry(menuOf(editor, menu), text)->trigger();
+}
+
+std::vector<std::pair<float, float>> keysOf(const osg::AnimCurvePtr& curve)
+{
+    std::vector<std::pair<float, float>> keys;
+    for (const osg::CCPnt& key : curve->getControlPoints())
+        keys.emplace_back(key.x() * 24, key.y());
+    return keys;
+}
+
+int steps()
+{
+    return kxUndoStack::get(0).stack()->count();
+}
+} // namespace
+
+typedef std::vector<std::pair<float, float>> Keys; // frame, value
+
+class tst_kxAnimCurveEditorCommands : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { _editor = std::make_unique<kxCurveEditorFixture>(); }
+    void cleanup() { _editor.reset(); }
+
+    void fieldsShowTheLastSelectedKey();
+    void fieldsMoveKeysAsOneStep();
+    void refusedInputMovesNothing();
+    void infinityModesGoToSelectedBlocks();
+    void menusKnowWhatTheyCanDo();
+    void copyAndPasteGoByFocus();
+    void stateThatCannotBeSeenIsSaid();
+
+private:
+    std::unique_ptr<kxCurveEditorFixture> _editor;
+};
+
+void tst_kxAnimCurveEditorCommands::fieldsShowTheLastSelectedKey()
+{
+    _editor->show();
+    _editor->select({_editor->animated("Box", {{0, 1}, {1, 5}, {2, -3.5f}})});
+    kxAnimGraphCurve* const curve = _editor->curves().front();
+    QVERIFY(!_editor->form->_frame->isEnabled());
+    curve->point(1)->setSelected(true);
+    QVERIFY(_editor->form->_frame->isEnabled() && _editor->form->_valueLabel->isEnabled());
+    QCOMPARE(_editor->form->_frame->value(), 24.0);
+    QCOMPARE(_editor->form->_value->value(), 5.0);
+    QVERIFY(_editor->form->_frame->styleSheet().isEmpty());
+    curve->point(2)->setSelected(true);
+    QVERIFY(_editor->form->_value->styleSheet().contains("rgba(235, 185, 55, 175)"));
+    _editor->graph->scene()->clearSelection();
+    QVERIFY(!_editor->form->_value->isEnabled());
+    QCOMPARE(_editor->form->_value->value(), 0.0);
+    QVERIFY(_editor->form->_value->styleSheet().isEmpty());
+}
+
+void tst_kxAnimCurveEditorCommands::fieldsMoveKeysAsOneStep()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1 / 24.0f, 2}, {2 / 24.0f, 3}});
+    const osg::AnimCurvePtr curve = _editor->curveOf(box);
+    _editor->select({box});
+    _editor->graph->scene()->selectAllPoints();
+    const int before = steps();
+    Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 2);
+    QCOMPARE(steps(), before + 1);
+    QCOMPARE(keysOf(curve), (Keys{{0, 2}, {1, 4}, {2, 6}}));
+    // Each key lands where another stood.
+    Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 1);
+    QCOMPARE(keysOf(curve), (Keys{{1, 2}, {2, 4}, {3, 6}}));
+    kxUndoStack::get(0).stack()->undo();
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(keysOf(curve), (Keys{{0, 1}, {1, 2}, {2, 3}}));
+    QCOMPARE(_editor->curves().front()->point(2)->pos(), QPointF(2, 3));
+}
+
+void tst_kxAnimCurveEditorCommands::refusedInputMovesNothing()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box");
+    _editor->select({box});
+    _editor->graph->scene()->selectAllPoints();
+    const int before = steps();
+    Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeDivide, 0);
+    QVERIFY(_editor->form->statusbar->currentMessage().contains("No key was moved"));
+    Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 1e39);
+    QVERIFY(_editor->form->statusbar->currentMessage().contains("No key was changed"));
+    QCOMPARE(steps(), before);
+    QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}}));
+}
+
+void tst_kxAnimCurveEditorCommands::infinityModesGoToSelectedBlocks()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1, 5}}, "Move");
+    const osg::AnimNodePtr block = kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Move");
+    QVERIFY(block != osg::NullFC);
+    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(block->getChild(0)));
+    _editor->library->rebuild(true);
+    const auto chooseModes = [&]
+    {
+        entry(menuOf(*_editor, "Pre Infinity Mode"), "Oscillate")->trigger();
+        entry(menuOf(*_editor, "Post Infinity Mode"), "Loop with Offset")->trigger();
+    };
+    _editor->library->selectItemsForNodes({box});
+    chooseModes(); // an object, no block
+    QCOMPARE(curve->getPreInfinityMode(), osg::UInt32(osg::InfinityMode::Constant));
+    _editor->library->clearSelection();
+    _editor->library->findItem(block)->setSelected(true);
+    chooseModes();
+    QCOMPARE(curve->getPreInfinityMode(), osg::UInt32(osg::InfinityMode::Oscillate));
+    QCOMPARE(curve->getPostInfinityMode(), osg::UInt32(osg::InfinityMode::LoopWithOffset));
+}
+
+void tst_kxAnimCurveEditorCommands::menusKnowWhatTheyCanDo()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1, 5}}, "Move");
+    const osg::AnimNodePtr block = kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Move");
+    _editor->library->rebuild(true);
+    QMenu* const curve = menuOf(*_editor, "Curve");
+    QMenu* const edit = menuOf(*_editor, "Edit");
+    const auto state = [&]
+    {
+        Q_EMIT curve->aboutToShow();
+        Q_EMIT edit->aboutToShow();
+        return std::make_pair(menuOf(*_editor, "Pre Infinity Mode")->isEnabled(), entry(edit, "Save...")->isEnabled());
+    };
+    QCOMPARE(state(), std::make_pair(false, false));
+    _editor->library->findItem(block)->setSelected(true);
+    QCOMPARE(state(), std::make_pair(true, true));
+    _editor->library->selectItemsForNodes({box});
+    QCOMPARE(state(), std::make_pair(false, false));
+}
+
+void tst_kxAnimCurveEditorCommands::copyAndPasteGoByFocus()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box");
+    _editor->select({box});
+    _editor->graph->scene()->selectAllPoints();
+    kxAnimManager::the()->setCurrentFrame(48, false, true);
+    _editor->form->_value->setFocus();
+    choose(*_editor, "Edit", "Copy"); // of the field, nothing for us
+    _editor->graph->setFocus();
+    choose(*_editor, "Edit", "Paste");
+    QCOMPARE(keysOf(_editor->curveOf(box)).size(), std::size_t(2));
+    _editor->graph->scene()->selectAllPoints();
+    choose(*_editor, "Edit", "Copy");
+    choose(*_editor, "Edit", "Paste");
+    QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}, {48, 1}, {72, 5}}));
+}
+
+void tst_kxAnimCurveEditorCommands::stateThatCannotBeSeenIsSaid()
+{
+    _editor->show();
+    _editor->select({_editor->animated("Box")});
+    const auto said = [&](const char* text)
+    {
+        for (const QLabel* const label : _editor->form->statusbar->findChildren<QLabel*>())
+            if (label->text().contains(QLatin1String(text)))
+                return true;
+        return false;
+    };
+    QVERIFY(said("Snapping to whole frames"));
+    QVERIFY(!said("locked"));
+    choose(*_editor, "View", "Lock Objects");
+    choose(*_editor, "Tangents", "Break");
+    QVERIFY(said("Keys are locked"));
+    QVERIFY(said("Tangents are broken"));
+    choose(*_editor, "View", "Unlock Objects");
+    QVERIFY(!said("locked"));
+}
+
+QTEST_MAIN(tst_kxAnimCurveEditorCommands)
+#include "tst_kxAnimCurveEditorCommands.moc"
