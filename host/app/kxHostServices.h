@@ -16,6 +16,16 @@ private:
     std::function<void(const QString& page)> _open;
 };
 
+/// Lists what the open scene has.
+class kxHostCameraService : public kxCameraService
+{
+    Q_OBJECT
+public:
+    using kxCameraService::kxCameraService;
+    QList<kxdViewpointNode> getViewpoints() const override;
+    QList<kxdCameraTrackNode> getCameraTracks() const override;
+};
+
 /// The services that the host offers, known to the factory for as long as this lives.
 class kxHostServices
 {
@@ -27,7 +37,7 @@ public:
 private:
     kxSceneplateService _sceneplates;
     kxMaterialService _materials;
-    kxCameraService _camera;
+    kxHostCameraService _camera;
     kxObjectService _objects;
     kxNodeService _nodes;
     kxHostPreferencesService _preferences;

@@ -24,6 +24,7 @@
 #include <python/kxInterpreter.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
+#include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 #include <view/kxViewActions.h>
 #include <widgets/kxColors.h>
@@ -83,6 +84,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _view = new kxView3D(this);
     _view->setObjectName(QStringLiteral("_view"));
     setCentralWidget(_view);
+    _stage = new kxSceneryStage(_view, this);
     new kxWelcome(this, _view);
     _menus = new kxMainMenus(this);
     createDocks();

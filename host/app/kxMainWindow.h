@@ -15,6 +15,7 @@ class kxPropertyPanel;
 class kxPythonConsole;
 class kxRenderDialog;
 class kxSceneTreePanel;
+class kxSceneryStage;
 class kxUndoPanel;
 class kxView3D;
 
@@ -31,6 +32,7 @@ public:
     QKXDockWindowManager* dockManager() const { return _docks; }
     kxSceneTreePanel* sceneTree() const { return _sceneTree; }
     kxPythonConsole* console() const { return _console; }
+    kxSceneryStage* stage() const { return _stage; }
 
     /// Takes the tools of the plug-in into the menus and puts everything where it stood last. Once, when all docks and
     /// tool bars are there.
@@ -85,6 +87,7 @@ private:
     QKXDockWindowManager* _docks;
     kxMainMenus* _menus = nullptr;
     kxView3D* _view = nullptr;
+    kxSceneryStage* _stage = nullptr;
     kxSceneTreePanel* _sceneTree = nullptr;
     kxPropertyPanel* _properties = nullptr;
     kxMaterialPanel* _materials = nullptr;

@@ -10,6 +10,7 @@
 #include <panels/kxFieldLook.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
+#include <scenery/kxSceneryEdits.h>
 
 #include <algorithm>
 #include <set>
@@ -296,8 +297,17 @@ bool kxSceneEdits::rename(const osg::AttachmentContainerPtr& container, const QS
     const QString trimmed = name.trimmed();
     if (container == osg::NullFC || trimmed.isEmpty())
         return false;
-    if (trimmed.toStdString() != container->getNodeName())
-        add(new kxRenameCommand(container, trimmed.toStdString()));
+    if (trimmed.toStdString() == container->getNodeName())
+        return true;
+    const QString problem = kxSceneryEdits::problemOfName(osg::NodePtr::dcast(container), trimmed);
+    if (!problem.isEmpty())
+    {
+        kxLog::warning(problem);
+        return false;
+    }
+    const kxScopedUndo scope(true);
+    kxSceneryEdits::followRename(container, trimmed.toStdString());
+    add(new kxRenameCommand(container, trimmed.toStdString()));
     return true;
 }
 

@@ -27,7 +27,7 @@ bool duplicateNodes(const Nodes& nodes);
 /// world. False where one of them may not go there; nothing moves then.
 bool moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int index);
 bool canMoveNodes(const Nodes& nodes, const osg::NodePtr& parent);
-/// An empty name is refused.
+/// An empty name is refused. Triggers and steps of sequences that name it follow.
 bool rename(const osg::AttachmentContainerPtr& container, const QString& name);
 void setVisible(const Nodes& nodes, bool visible);
 

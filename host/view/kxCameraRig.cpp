@@ -74,9 +74,19 @@ void kxCameraRig::dolly(float steps)
     setPose(pose);
 }
 
-kxCameraRig::Pose kxCameraRig::poseOf(const kxViewCamera& camera) const
+bool kxCameraRig::isUpright(const kxViewCamera& camera)
+{
+    constexpr float SameAngle = 0.05f; // degrees, of the field of view
+    constexpr float SameTilt = 1e-3f;
+    return std::fabs(camera.fieldOfView - FieldOfView) < SameAngle && std::fabs(camera.right().y()) < SameTilt &&
+           camera.up().y() > 0;
+}
+
+kxCameraRig::Pose kxCameraRig::poseOf(const kxViewCamera& camera, float distance) const
 {
     Pose pose = _pose;
+    if (distance > 0)
+        pose.distance = std::clamp(distance, Closest, Farthest);
     const QVector3D back = -camera.forward();
     pose.yaw = qRadiansToDegrees(std::atan2(back.x(), back.z()));
     pose.pitch = qRadiansToDegrees(std::asin(std::clamp(back.y(), -1.0f, 1.0f)));

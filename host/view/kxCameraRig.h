@@ -31,8 +31,10 @@ public:
     void pan(float dx, float dy, float pictureHeight);
     /// One step comes closer by a tenth, a negative one goes back.
     void dolly(float steps);
-    /// The pose of a camera of the scene, upright, its target at the present distance.
-    Pose poseOf(const kxViewCamera& camera) const;
+    /// The pose of a camera of the scene, upright, its target `distance` before it; 0 is the present distance.
+    Pose poseOf(const kxViewCamera& camera, float distance = 0) const;
+    /// True where the pose of poseOf() sees what the camera sees: it stands upright and is as wide.
+    static bool isUpright(const kxViewCamera& camera);
 
     /// The pose that shows all of `box` from the present direction, with some room around it; the present pose for an
     /// empty box.

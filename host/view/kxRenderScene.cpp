@@ -113,7 +113,8 @@ bool kxRenderScene::update()
     _lights.clear();
     _cameras.clear();
     _bounds.setEmpty();
-    visit(kxScene::the()->superRoot(), QMatrix4x4(), false);
+    for (const osg::NodePtr& top : {kxScene::the()->root(), kxScene::the()->sceneplateRoot()})
+        visit(top, QMatrix4x4(), false);
     for (const Item& item : _items)
         _bounds.extendBy(item.bounds);
     ++_revision;

@@ -5,6 +5,7 @@
 #include "kxViewOverlay.h"
 
 #include <kernel/kxSelection.h>
+#include <kxController.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
@@ -265,6 +266,21 @@ void kxView3D::lookThrough(osg::UInt32 nodeId)
     Q_EMIT viewChanged();
 }
 
+void kxView3D::goTo(osg::UInt32 nodeId, float distance)
+{
+    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(nodeId);
+    if (node == osg::NullFC || osg::CameraPtr::dcast(node->getCore()) == osg::NullFC)
+        return;
+    const kxViewCamera camera = kxViewCamera::fromNode(node, 1);
+    if (!kxCameraRig::isUpright(camera))
+    {
+        lookThrough(nodeId);
+        return;
+    }
+    leaveCamera();
+    startWay(_rig.poseOf(camera, distance));
+}
+
 void kxView3D::leaveCamera()
 {
     if (cameraNodeId() != 0)
@@ -274,8 +290,8 @@ void kxView3D::leaveCamera()
 
 void kxView3D::startWay(const kxCameraRig::Pose& pose)
 {
-    // Before the first frame there is nothing that the eye could follow.
-    if (!isVisible() || !_frameTime.isValid())
+    // Before the first frame there is nothing that the eye could follow; pictures of a film are no moments of a way.
+    if (!isVisible() || !_frameTime.isValid() || kxController::isSnapshotRendering())
     {
         setPose(pose);
         return;

@@ -42,6 +42,10 @@ public:
     void lookThrough(osg::UInt32 nodeId);
     /// The node of the camera that is looked through, 0 for none.
     osg::UInt32 cameraNodeId() const;
+    /// Goes where a node of the scene looks from, on a short way, and stays free to move; the target lies `distance`
+    /// before the eye. What isn't upright, or sees another angle, is looked through. Does nothing for a node that is
+    /// no camera.
+    void goTo(osg::UInt32 nodeId, float distance);
     /// Turns around the target, on a short way.
     void lookFrom(float yaw, float pitch);
 

@@ -30,6 +30,8 @@ kxImportCommand::kxImportCommand(const QString& text, const NodePtr& group, cons
 {
     for (UInt32 i = 0; content.clips && i < content.clips->getNChildren(); ++i)
         _clips.emplace_back(AnimNodePtr::dcast(content.clips->getChild(i)));
+    for (UInt32 i = 0; content.scenery && i < content.scenery->getNChildren(); ++i)
+        _scenery.emplace_back(content.scenery->getChild(i));
 }
 
 void kxImportCommand::redo()
@@ -41,6 +43,10 @@ void kxImportCommand::redo()
         kxScene::the()->addMaterial(material.get());
     for (const kxShare<AnimNode>& clip : _clips)
         kxAnimManager::the()->addToClipStructure(clip.get());
+    const NodePtr scenery = kxScene::the()->sceneryRoot();
+    for (const kxShare<Node>& node : _scenery)
+        scenery->addChild(node.get());
+    markChanged(scenery, Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->reevaluateAnimations(true);
@@ -54,6 +60,10 @@ void kxImportCommand::undo()
     for (const kxShare<AnimNode>& clip : _clips)
         clips->subChild(clip.get());
     markChanged(clips, Node::ChildrenFieldMask);
+    const NodePtr scenery = kxScene::the()->sceneryRoot();
+    for (const kxShare<Node>& node : _scenery)
+        scenery->subChild(node.get());
+    markChanged(scenery, Node::ChildrenFieldMask);
     for (const kxShare<Material>& material : _materials)
         kxScene::the()->subMaterial(material.get());
     const NodePtr root = kxScene::the()->root();

@@ -3,7 +3,8 @@
 #include <files/kxSceneContent.h>
 #include <kxUndo.h>
 
-/// Adds what was read from a file to the scene: one node, its materials, its clips.
+/// Adds what was read from a file to the scene: one node, its materials, its clips, its viewpoints and
+/// sequences.
 ///
 /// Holds a share of each, so that they outlive a time out of the scene.
 class kxImportCommand : public kxUndoCommand
@@ -22,4 +23,5 @@ private:
     kxShare<osg::Node> _group;
     std::vector<kxShare<osg::Material>> _materials;
     std::vector<kxShare<osg::AnimNode>> _clips;
+    std::vector<kxShare<osg::Node>> _scenery;
 };

@@ -22,6 +22,7 @@ kxSceneContent kxSceneContent::ofScene()
     kxSceneContent content;
     content.root = kxScene::the()->root();
     content.sceneplates = kxScene::the()->sceneplateRoot();
+    content.scenery = kxScene::the()->sceneryRoot();
     content.materials.assign(kxScene::the()->materials().begin(), kxScene::the()->materials().end());
     content.clips = kxAnimManager::the()->clipStructureRoot();
     content.sceneStructure = kxAnimManager::the()->sceneStructureRoot();

@@ -15,6 +15,7 @@ struct kxSceneContent
 {
     kxShare<osg::Node> root;                       ///< its children go under the scene's root
     kxShare<osg::Node> sceneplates;                ///< null, or the same for scene plates
+    kxShare<osg::Node> scenery;                    ///< null, or a node with viewpoints and sequences
     std::vector<kxShare<osg::Material>> materials; ///< in order
     kxShare<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
     kxShare<osg::AnimNode> sceneStructure;         ///< the same for the scene structure

@@ -10,13 +10,14 @@ using namespace osg;
 
 namespace
 {
-constexpr std::size_t Entries = 9;
+constexpr std::size_t Entries = 10;
 
 void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileReport& report)
 {
     kxContainerWriter writer;
     bool flat = writer.collect(content.root.get());
     flat = writer.collect(content.sceneplates.get()) && flat;
+    flat = writer.collect(content.scenery.get()) && flat;
     for (const kxShare<Material>& material : content.materials)
         flat = writer.collect(material.get()) && flat;
     flat = writer.collect(content.clips.get()) && flat;
@@ -34,6 +35,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
     };
     writeNumber("root", content.root.get());
     writeNumber("sceneplates", content.sceneplates.get());
+    writeNumber("scenery", content.scenery.get());
     writeNumber("clips", content.clips.get());
     writeNumber("sceneStructure", content.sceneStructure.get());
     kxContainerWriter::appendKey(out, "materials");
@@ -63,7 +65,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
 /// What stands in a file beside its containers.
 struct Top
 {
-    quint32 root = 0, sceneplates = 0, clips = 0, sceneStructure = 0;
+    quint32 root = 0, sceneplates = 0, scenery = 0, clips = 0, sceneStructure = 0;
     std::vector<quint32> materials;
 };
 
@@ -75,6 +77,8 @@ void readEntry(const std::string& key, kxCborInput& in, kxContainerReader& reade
         top.root = reader.readNumber();
     else if (key == "sceneplates")
         top.sceneplates = reader.readNumber();
+    else if (key == "scenery")
+        top.scenery = reader.readNumber();
     else if (key == "clips")
         top.clips = reader.readNumber();
     else if (key == "sceneStructure")
@@ -146,6 +150,7 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
         return false;
     content.root = reader.getRoot<Node>(top.root);
     content.sceneplates = reader.getRoot<Node>(top.sceneplates);
+    content.scenery = reader.getRoot<Node>(top.scenery);
     content.clips = reader.getRoot<AnimNode>(top.clips);
     content.sceneStructure = reader.getRoot<AnimNode>(top.sceneStructure);
     for (const quint32 number : top.materials)

@@ -19,6 +19,7 @@
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 #include <scene/kxScene.h>
+#include <scene/kxScenery.h>
 
 #include <QFileInfo>
 #include <QUndoStack>
@@ -146,9 +147,42 @@ void forAnimations(const kxSceneContent& content, const std::function<void(const
     visit(content.clips.get());
 }
 
+/// Viewpoints and sequences that come into a scene with some of the same name get another; what came with them and
+/// names them follows.
+void renameScenery(const kxSceneContent& content)
+{
+    if (!content.scenery)
+        return;
+    const auto forKind = [&content](kxScenery::Kind kind, const FieldContainerType& type)
+    {
+        kxUniqueNames names;
+        for (const std::string& name : kxScenery::names(kind))
+            names.reserve(name);
+        std::vector<NodePtr> colliding, all;
+        for (const NodePtr& node : content.scenery->getChildren())
+            if (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(type))
+            {
+                all.push_back(node);
+                if (names.isTaken(node->getNodeName()))
+                    colliding.push_back(node);
+            }
+        for (const NodePtr& node : all) // new names mustn't collide within the file either
+            names.reserve(node->getNodeName());
+        for (const NodePtr& node : colliding)
+        {
+            const std::string before = node->getNodeName();
+            node->setNodeName(names.take(before));
+            kxScenery::rename(kind, before, node->getNodeName(), content.clips.get(), content.scenery.get());
+        }
+    };
+    forKind(kxScenery::Kind::Viewpoint, Viewpoint::_type);
+    forKind(kxScenery::Kind::Sequence, SceneSequence::_type);
+}
+
 /// Names that the open scene has go to its animations; those of the file that collide get a number.
 void renameCollisions(const kxSceneContent& content)
 {
+    renameScenery(content);
     kxUniqueNames names;
     forAnimations(kxSceneContent::ofScene(), [&names](const AnimNodePtr& node) { names.reserve(node->getNodeName()); });
     // New names mustn't collide within the file either; clones of a block keep its name.
@@ -206,6 +240,7 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     else
         moveChildren(content.root.get(), scene->root());
     replaceTop(content.sceneplates.get(), scene->sceneplateRoot());
+    replaceTop(content.scenery.get(), scene->sceneryRoot());
     for (const kxShare<Material>& material : content.materials)
         scene->addMaterial(material.get());
     moveChildren(content.clips.get(), kxAnimManager::the()->clipStructureRoot());

@@ -98,6 +98,8 @@ kxScene::kxScene()
     _sceneplateRoot = makeGroup("Sceneplates");
     _superRoot->addChild(_root);
     _superRoot->addChild(_sceneplateRoot);
+    _sceneryRoot = makeGroup("Scenery");
+    _superRoot->addChild(_sceneryRoot);
     _watcher = new Watcher(this);
     WinThreadBase::getCurrentChangeList()->addListener(_watcher);
 }
@@ -150,7 +152,7 @@ void kxScene::setSetting(const std::string& key, const std::string& value)
 
 void kxScene::clear()
 {
-    for (const NodePtr& top : {_root, _sceneplateRoot})
+    for (const NodePtr& top : {_root, _sceneplateRoot, _sceneryRoot})
     {
         while (top->getNChildren() > 0)
             top->subChild(top->getChild(top->getNChildren() - 1));

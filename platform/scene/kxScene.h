@@ -14,6 +14,7 @@
 /// Super root (never null, never replaced)
 ///   +- scene root: what the user sees in the scene tree
 ///   +- scene plates: the root of overlays, empty at first
+///   +- scenery: viewpoints and sequences; what stands here is no object, see kxScenery
 /// Animations stand in attachments and in the kernel's structure roots; a new scene empties those too.
 class KX_API kxScene : public QObject
 {
@@ -24,6 +25,7 @@ public:
     osg::NodePtr superRoot() const { return _superRoot; }
     osg::NodePtr root() const { return _root; }
     osg::NodePtr sceneplateRoot() const { return _sceneplateRoot; }
+    osg::NodePtr sceneryRoot() const { return _sceneryRoot; }
 
     /// The materials of the scene, in order; the scene holds a share of each. Null and doubles are skipped.
     const std::vector<osg::MaterialPtr>& materials() const { return _materials; }
@@ -59,8 +61,8 @@ private:
     kxScene();
     class Watcher;
 
-    osg::NodePtr _superRoot, _root, _sceneplateRoot; // a share of the super root
-    std::vector<osg::MaterialPtr> _materials;        // a share of each
+    osg::NodePtr _superRoot, _root, _sceneplateRoot, _sceneryRoot; // a share of the super root
+    std::vector<osg::MaterialPtr> _materials;                      // a share of each
     std::map<std::string, std::string> _settings;
     Watcher* _watcher; // lives as long as the process
 };

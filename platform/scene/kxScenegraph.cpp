@@ -5,6 +5,7 @@
 #include <osg/AnimCores.h>
 #include <osg/AnimCurve.h>
 #include <scene/CameraLight.h>
+#include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -29,6 +30,7 @@ const CoreIcon CoreIcons[] = {
     {&AnimBlockBase::_type, "scenegraph/AnimBlock.svg"}, {&AnimSequenceBase::_type, "scenegraph/AnimSequence.svg"},
     {&AnimShotBase::_type, "scenegraph/AnimShot.svg"},   {&AnimCurveBase::_type, "scenegraph/AnimCurve.svg"},
     {&AnimObject::_type, "scenegraph/AnimBlock.svg"},    {&Geometry::_type, "scenegraph/GeometryNode.svg"},
+    {&Viewpoint::_type, "scenegraph/Viewpoint.svg"},     {&SceneSequence::_type, "scenegraph/Sequence.svg"},
     {&Switch::_type, "scenegraph/SwitchNode.svg"},       {&Camera::_type, "scenegraph/CameraNode.svg"},
     {&Light::_type, "scenegraph/LightNode.svg"},         {&Transform::_type, "scenegraph/TransformNode.svg"},
     {&Group::_type, "scenegraph/GroupNode.svg"},

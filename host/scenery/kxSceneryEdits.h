@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+#include <scene/kxScenery.h>
+#include <view/kxCameraRig.h>
+
+#include <vector>
+
+/// What a user does to viewpoints, camera tracks, variant sets and sequences, each a step on the undo list. Names that
+/// are taken get a number.
+namespace kxSceneryEdits
+{
+typedef std::vector<osg::NodePtr> Nodes;
+
+/// Where `camera` stands, with a target `distance` before it. `name` empty: a word and a number.
+osg::NodePtr addViewpoint(const kxViewCamera& camera, float distance, const QString& name = QString());
+/// Gives a viewpoint another place.
+void updateViewpoint(const osg::NodePtr& viewpoint, const kxViewCamera& camera, float distance);
+
+/// A camera that travels from one viewpoint to the next, `seconds` each. Null for fewer than two.
+osg::NodePtr addCameraTrack(const Nodes& viewpoints, double seconds, const QString& name = QString());
+/// A camera that goes once around the target of `pose` in `seconds`, in steady motion.
+osg::NodePtr addTurntable(const kxCameraRig::Pose& pose, double seconds, const QString& name = QString());
+
+/// A switch in the place of the first of the nodes, which become its choices; without nodes an empty one. The first
+/// choice is shown.
+osg::NodePtr addVariantSet(const Nodes& nodes, const QString& name = QString());
+/// False where the set has no such choice.
+bool setChoice(const osg::NodePtr& set, int choice);
+
+osg::NodePtr addSequence(const std::vector<kxSequenceStep>& steps, const QString& name = QString());
+void setSteps(const osg::NodePtr& sequence, const std::vector<kxSequenceStep>& steps);
+
+/// Copies of viewpoints, sequences and objects.
+void duplicate(const Nodes& nodes);
+/// Says in the log where triggers and steps go on naming what went.
+void remove(const Nodes& nodes);
+
+/// Why a thing can't bear a name, empty where it can: names are trimmed, not empty, and tell viewpoints from
+/// viewpoints and sequences from sequences.
+QString problemOfName(const osg::NodePtr& node, const QString& name);
+/// The triggers and steps that name `node` by its present name follow it to `name`; for whoever renames it next.
+void followRename(const osg::AttachmentContainerPtr& node, const std::string& name);
+/// How many triggers and steps name it.
+int countUses(const osg::NodePtr& node);
+} // namespace kxSceneryEdits

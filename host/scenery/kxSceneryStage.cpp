@@ -1,0 +1,214 @@
+#include "kxSceneryStage.h"
+
+#include <animation/kxChannelTarget.h>
+#include <animation/kxRestValues.h>
+#include <animation/kxTriggers.h>
+#include <kxAnimEvaluator.h>
+#include <kxController.h>
+#include <kxLog.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxModuleBase.h>
+#include <kxServices.h>
+#include <osg/FieldContainerFactory.h>
+#include <python/kxInterpreter.h>
+#include <scene/kxScene.h>
+#include <scene/kxScenery.h>
+#include <view/kxView3D.h>
+
+#include <set>
+
+namespace
+{
+QString quoted(const std::string& name)
+{
+    return QStringLiteral("\"%1\"").arg(QString::fromStdString(name));
+}
+
+void answer(kxMessage& message, const char* key, const std::vector<std::string>& names)
+{
+    std::set<QString> texts;
+    for (const std::string& name : names)
+        if (!name.empty())
+            texts.insert(QString::fromStdString(name));
+    message.set(key, texts, true);
+}
+
+void answerVariants(kxMessage& message)
+{
+    answer(message, "variants", kxScenery::variantNames());
+}
+
+void answerSequences(kxMessage& message)
+{
+    answer(message, "sequences", kxScenery::names(kxScenery::Kind::Sequence));
+}
+
+/// The one that hears of ends: there is one window.
+kxSceneryStage* listening = nullptr;
+
+void animationEnded(kxMessage&)
+{
+    if (listening != nullptr)
+        Q_EMIT listening->changed();
+}
+
+osg::AnimNodePtr animationById(unsigned int id)
+{
+    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
+}
+} // namespace
+
+/// What runs belongs to the scene that it was started in.
+class kxSceneryStage::SceneModule : public kxModuleBase
+{
+public:
+    explicit SceneModule(kxSceneryStage* stage)
+        : kxModuleBase(QStringLiteral("Scenery"), QStringLiteral("Host"),
+                       kxMessageId::NewScene | kxMessageId::StopPlayback, nullptr),
+          _stage(stage)
+    {
+    }
+    int receivedMessage(kxMessage&) override
+    {
+        _stage->stopAll();
+        return 0;
+    }
+
+private:
+    kxSceneryStage* _stage;
+};
+
+kxSceneryStage::kxSceneryStage(kxView3D* view, QObject* parent)
+    : QObject(parent), _view(view), _runner(world()), _module(new SceneModule(this))
+{
+    connect(&_runner, &kxSequenceRunner::changed, this, &kxSceneryStage::changed);
+    listening = this;
+    kxController::addCB(kxMessageName::DequeuedAnimation, animationEnded);
+    kxController::addCB(kxMessageName::GetVariants, answerVariants);
+    kxController::addCB(kxMessageName::GetSequences, answerSequences);
+    kxTriggers::setHandler(
+        [this](const std::string& name, kxTriggers::Kind kind)
+        {
+            QString problem;
+            if (kind == kxTriggers::Kind::Viewpoint)
+                problem = showViewpoint(name);
+            else if (kind == kxTriggers::Kind::Sequence)
+                _runner.start(name);
+            else
+            {
+                const auto [set, choice] = kxScenery::findVariant(name);
+                problem = setVariant(set == osg::NullFC ? name : set->getNodeName(), choice);
+            }
+            if (!problem.isEmpty())
+                kxLog::warning(tr("A trigger did nothing: %1.").arg(problem));
+        });
+}
+
+kxSceneryStage::~kxSceneryStage()
+{
+    kxTriggers::setHandler(nullptr);
+    listening = nullptr;
+    kxController::subCB(kxMessageName::DequeuedAnimation, animationEnded);
+    kxController::subCB(kxMessageName::GetVariants, answerVariants);
+    kxController::subCB(kxMessageName::GetSequences, answerSequences);
+}
+
+kxSequenceRunner::World kxSceneryStage::world()
+{
+    kxSequenceRunner::World world;
+    world.showViewpoint = [this](const std::string& name) { return showViewpoint(name); };
+    world.setVariant = [this](const std::string& set, const std::string& choice) { return setVariant(set, choice); };
+    world.startClip = [this](const std::string& name, unsigned int& id) { return playClip(name, id); };
+    world.isPlaying = [](unsigned int id)
+    {
+        const osg::AnimNodePtr node = animationById(id);
+        return node != osg::NullFC && kxAnimEvaluator::the()->isPlaying(node);
+    };
+    world.isEndless = [](unsigned int id)
+    {
+        const osg::AnimNodePtr node = animationById(id);
+        return node != osg::NullFC && node->getPostCycles() < 0;
+    };
+    world.stopClip = [](unsigned int id) { kxAnimEvaluator::the()->dequeue(animationById(id), false); };
+    world.runPython = [](const std::string& text, const std::string& title)
+    {
+        const kxScriptResult result = kxInterpreter::run(text, "<sequence " + title + ">");
+        return result.ok ? QString() : tr("the script raised; its trace stands above");
+    };
+    world.find = [](const std::string& name, std::vector<kxSequenceStep>& steps, int& unread)
+    {
+        const osg::NodePtr sequence = kxScenery::find(kxScenery::Kind::Sequence, name);
+        steps = kxScenery::steps(sequence, &unread);
+        return sequence != osg::NullFC;
+    };
+    return world;
+}
+
+QString kxSceneryStage::showViewpoint(const std::string& name)
+{
+    const osg::NodePtr node = kxScenery::find(kxScenery::Kind::Viewpoint, name);
+    if (node == osg::NullFC)
+        return tr("there is no viewpoint %1").arg(quoted(name));
+    _view->goTo(node.getFieldContainerId(), osg::ViewpointPtr::dcast(node->getCore())->getTargetDistance());
+    if (auto* const service = kxKernelServiceFactory::the().getService<kxCameraService>())
+        Q_EMIT service->viewpointActivated();
+    return QString();
+}
+
+QString kxSceneryStage::playCameraTrack(const osg::NodePtr& track)
+{
+    const osg::AnimNodePtr block = kxAnimManager::the()->getCameraTrackBlock(track);
+    if (block == osg::NullFC)
+        return tr("it is no camera track, or its animation was deleted");
+    kxAnimManager::the()->updateCameraTrackBlockForNode(block);
+    _view->lookThrough(track.getFieldContainerId());
+    _trackBlockId = block.getFieldContainerId();
+    kxAnimEvaluator::the()->enqueue(block, true);
+    Q_EMIT changed();
+    return QString();
+}
+
+QString kxSceneryStage::setVariant(const std::string& set, const std::string& choice)
+{
+    const osg::NodePtr node = kxScenery::find(kxScenery::Kind::VariantSet, set);
+    if (node == osg::NullFC)
+        return tr("there is no variant set %1").arg(quoted(set));
+    const int index = kxScenery::choiceIndex(node, choice);
+    if (index < 0)
+        return choice.empty() ? tr("the variant set %1 has no choices").arg(quoted(set))
+                              : tr("the variant set %1 has no choice %2").arg(quoted(set), quoted(choice));
+    const osg::SwitchPtr core = osg::SwitchPtr::dcast(node->getCore());
+    if (core->getChoice() == index)
+        return QString();
+    kxRestValues::the().note(kxChannelTarget{&*core, osg::Switch::_type.field("choice"), 0});
+    core->setChoice(index);
+    osg::markChanged(core, osg::Switch::ChoiceFieldMask);
+    kxController::updateRender(false);
+    return QString();
+}
+
+QString kxSceneryStage::playClip(const std::string& name, unsigned int& id)
+{
+    const osg::AnimNodePtr node = kxAnimManager::the()->find(name);
+    if (node == osg::NullFC)
+        return tr("there is no clip or block %1").arg(quoted(name));
+    kxAnimEvaluator::the()->enqueue(node, true);
+    id = node.getFieldContainerId();
+    return QString();
+}
+
+bool kxSceneryStage::isPlaying() const
+{
+    const osg::AnimNodePtr block = animationById(_trackBlockId);
+    return !_runner.running().empty() || (block != osg::NullFC && kxAnimEvaluator::the()->isPlaying(block));
+}
+
+void kxSceneryStage::stopAll()
+{
+    _runner.stopAll();
+    if (const osg::AnimNodePtr block = animationById(_trackBlockId))
+        kxAnimEvaluator::the()->dequeue(block, false);
+    _trackBlockId = 0;
+    Q_EMIT changed();
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "kxSequenceRunner.h"
+
+#include <osg/FCPtr.h>
+
+#include <memory>
+
+class kxView3D;
+
+/// Where viewpoints are shown, variants set and sequences run: by the user's hand, by scripts and by the triggers of
+/// animations.
+///
+/// What is set here passes like what an animation shows: it is no step, a saved scene doesn't hold it, and the next
+/// frame of the timeline takes variants back. While it lives, triggers reach it and the names of what there is are
+/// answered.
+class kxSceneryStage : public QObject
+{
+    Q_OBJECT
+public:
+    /// `view` outlives it.
+    explicit kxSceneryStage(kxView3D* view, QObject* parent = nullptr);
+    ~kxSceneryStage() override;
+
+    kxView3D* view() const { return _view; }
+    kxSequenceRunner& runner() { return _runner; }
+
+    /// Each gives the reason why nothing was done, as part of a sentence; empty for success.
+    QString showViewpoint(const std::string& name);
+    QString playCameraTrack(const osg::NodePtr& track);
+    /// `choice` empty: the next one.
+    QString setVariant(const std::string& set, const std::string& choice);
+    /// Plays a clip or a block beside the timeline; `id` becomes its node's.
+    QString playClip(const std::string& name, unsigned int& id);
+
+    /// Sequences, camera tracks, and what they play.
+    void stopAll();
+    bool isPlaying() const;
+
+Q_SIGNALS:
+    /// Something began or ended to play, or a sequence came to another step.
+    void changed();
+
+private:
+    class SceneModule;
+    kxSequenceRunner::World world();
+
+    kxView3D* _view;
+    kxSequenceRunner _runner;
+    unsigned int _trackBlockId = 0; // the camera track that was played last
+    std::unique_ptr<SceneModule> _module;
+};
