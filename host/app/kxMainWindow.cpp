@@ -53,7 +53,9 @@ constexpr int LeftWidth[] = {220, 290};
 constexpr int SmallestLeft = 170; // names stay readable; docks that shrink with a narrow window don't grow back with it
 constexpr int RightWidth[] = {280, 340};
 constexpr int BottomHeight[] = {180, 250};
-constexpr int ToolHeightPercent = 40; // of the window, at least, for a tool that works in a dock
+// For a tool that works in a dock: what it wants, within parts of the window's height.
+constexpr int ToolHeight = 420;
+constexpr int ToolHeightPercent[] = {40, 52};
 constexpr int SmallestBottom = 80;
 
 QStringList localFiles(const QMimeData* data)
@@ -183,7 +185,8 @@ void kxMainWindow::addTools()
         connect(dock, &QDockWidget::visibilityChanged, this,
                 [this, dock](bool isVisible)
                 {
-                    const int least = height() * ToolHeightPercent / 100;
+                    const int least = std::clamp(ToolHeight, height() * ToolHeightPercent[0] / 100,
+                                                 height() * ToolHeightPercent[1] / 100);
                     if (isVisible && !dock->isFloating() && dock->height() < least)
                         resizeDocks({dock}, {least}, Qt::Vertical);
                 });

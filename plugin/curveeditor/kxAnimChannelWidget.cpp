@@ -353,7 +353,7 @@ void kxAnimChannelWidget::fitColumns()
 {
     if (columnWidth(kxAnimChannelRows::Channel) != _fittedWidth)
         return; // the user wants it so
-    const int valueWidth = fontMetrics().horizontalAdvance(QStringLiteral("-0000.000")) +
+    const int valueWidth = fontMetrics().horizontalAdvance(QStringLiteral("-000.000")) +
                            2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) +
                            fontMetrics().averageCharWidth();
     const int leastWidth = 2 * indentation() + 10 * fontMetrics().averageCharWidth();

@@ -48,6 +48,9 @@ void scrollToSelection(QTreeWidget* tree)
 
 constexpr std::uint64_t MessageMask = 0x38288130;
 
+/// Of the channel list at its narrowest: a curve's row with check box and icon, its name and its value.
+constexpr int ChannelLetters = 32;
+
 kxAnimCurveEditor* theEditor = nullptr;
 
 /// The host announces a selection of objects, then that of their materials, which belongs to it and is no new one.
@@ -243,6 +246,7 @@ void kxAnimCurveEditor::makeChannels()
     connect(_channels, SIGNAL(keyedChannels()), _library, SLOT(rebuild()));
     connect(_channels, SIGNAL(blocksCreated(QList<osg::AnimNodePtr>)), this,
             SLOT(rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr>)));
+    _channels->setMinimumWidth(ChannelLetters * _channels->fontMetrics().averageCharWidth());
     fill(_window->_attributeFrame, _channels);
 }
 
