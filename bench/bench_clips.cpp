@@ -1,14 +1,17 @@
 #include <clipmaker/kxAnimAbstractClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipView.h>
 
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
 #include <scene/kxScene.h>
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
-#include <QGraphicsView>
+#include <QWheelEvent>
 
 using namespace osg;
 
@@ -47,31 +50,22 @@ struct Clip
     AnimNodePtr node = AnimNodeBase::create();
 };
 
-/// The clip in a view of 1200 by 700 pixels at two pixels a frame.
+/// The clip in a view of 1200 by 700 pixels.
 struct Shown : Clip
 {
-    Shown() : view(&scene)
+    Shown()
     {
-        view.setViewportUpdateMode(QGraphicsView::FullViewportUpdate);
-        view.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-        view.setSceneRect(-100000, -20, 200000, 10000);
         view.resize(1200, 700);
-        view.scale(2, 1);
         view.show();
-        view.centerOn(250, 300);
-        addBars();
+        scene->setClip(node, false);
+        view.frame();
         settle();
     }
 
-    void addBars()
-    {
-        for (const NodePtr& child : node->getChildren())
-            scene.addBar(AnimNodePtr::dcast(child));
-    }
     static void settle() { QApplication::processEvents(); }
 
-    kxAnimClipScene scene;
-    QGraphicsView view;
+    kxAnimClipView view;
+    kxAnimClipScene* const scene = view.clipScene();
 };
 
 void show(benchmark::State& state)
@@ -79,10 +73,7 @@ void show(benchmark::State& state)
     Shown shown;
     for (auto _ : state)
     {
-        state.PauseTiming();
-        shown.scene.clear();
-        state.ResumeTiming();
-        shown.addBars();
+        shown.scene->setClip(shown.node, true); // with the old bars taken away
         shown.view.viewport()->repaint();
     }
 }
@@ -93,8 +84,10 @@ void wheelStep(benchmark::State& state)
     int step = 0;
     for (auto _ : state)
     {
-        shown.view.scale(step++ % 2 == 0 ? 1.15 : 1 / 1.15, 1);
-        shown.scene.updateAllTexts();
+        QWheelEvent wheel(QPointF(600, 300), shown.view.mapToGlobal(QPoint(600, 300)), QPoint(),
+                          QPoint(0, step++ % 2 == 0 ? 120 : -120), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(shown.view.viewport(), &wheel);
         shown.view.viewport()->repaint();
     }
 }
@@ -103,21 +96,33 @@ void dragStep(benchmark::State& state)
 {
     Shown shown;
     for (int i = 0; i < int(state.range(0)); ++i)
-        shown.scene.bars()[i]->setSelected(true);
+        shown.scene->bars()[i]->setSelected(true);
     int step = 0;
     for (auto _ : state)
     {
         const QPointF way(step++ % 20 < 10 ? 1 : -1, 0);
-        for (kxAnimAbstractClipItem* bar : shown.scene.selectedBars())
+        for (kxAnimAbstractClipItem* bar : shown.scene->selectedBars())
             bar->setPos(bar->pos() + way);
-        shown.scene.checkCollisions(shown.scene.selectedItems());
+        shown.scene->checkCollisions(shown.scene->selectedItems());
         shown.view.viewport()->repaint();
+    }
+}
+
+/// What follows each step that is put onto the undo stack, whoever made it.
+void undoStep(benchmark::State& state)
+{
+    Shown shown;
+    for (auto _ : state)
+    {
+        kxMessage message;
+        kxController::call(kxMessageName::Redo, message, 0);
     }
 }
 } // namespace
 
 BENCHMARK(show)->Unit(benchmark::kMillisecond);
 BENCHMARK(wheelStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(undoStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(dragStep)->ArgName("bars")->Arg(1)->Arg(200)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)

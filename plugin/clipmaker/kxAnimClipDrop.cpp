@@ -6,21 +6,21 @@
 #include <kxPlatform.h>
 #include <osg/AnimCores.h>
 
-osg::AnimNodePtr kxClipDrop::nodeOf(const QMimeData* data)
+osg::AnimNodePtr kxClipDrop::nodeFor(const osg::AnimNodePtr& clip, const QMimeData* data)
 {
     const kxAnimLibraryPayload payload = kxAnimLibraryPayload::of(data);
-    const osg::AnimNodePtr node = payload.rows.size() == 1 ? payload.rows.front().animation() : osg::AnimNodePtr();
+    if (clip == osg::NullFC || payload.rows.size() != 1)
+        return osg::AnimNodePtr();
+    const osg::AnimNodePtr node = payload.rows.front().animation();
     const osg::NodeCorePtr core = node == osg::NullFC ? osg::NodeCorePtr() : node->getCore();
     if (osg::AnimBlockPtr::dcast(core) == osg::NullFC && osg::TimeShapeCachePtr::dcast(core) == osg::NullFC)
         return osg::AnimNodePtr();
-    return node;
+    return kxClipNodes::holds(node, clip) ? osg::AnimNodePtr() : node;
 }
 
 osg::AnimNodePtr kxClipDrop::insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames,
                                     int tracks)
 {
-    if (node == osg::NullFC || clip == osg::NullFC || kxClipNodes::holds(node, clip))
-        return osg::AnimNodePtr();
     const osg::AnimNodePtr clone = osg::cloneAnimTree(node, true);
     const float dpi = kxPlatform::getDpiScaleX();
     const double alone = kxClipNodes::spanOf(clone).x, y = double(dpi * clone->getOffset().y());

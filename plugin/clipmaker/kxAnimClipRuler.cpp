@@ -54,8 +54,8 @@ QPixmap buttonIcon(const char* path, double ratio)
 }
 } // namespace
 
-kxAnimClipRuler::kxAnimClipRuler(QPainter* painter, const QRectF& rect, double scaleX, double scaleY)
-    : _painter(painter), _rect(rect), _scaleX(scaleX), _scaleY(scaleY), _dpi(double(kxPlatform::getDpiScaleX())),
+kxAnimClipRuler::kxAnimClipRuler(QPainter* painter, const QRectF& rect, double scaleX)
+    : _painter(painter), _rect(rect), _scaleX(scaleX), _dpi(double(kxPlatform::getDpiScaleX())),
       _text(kxClipColor::RulerText, 1 / scaleX)
 {
     _painter->setRenderHint(QPainter::Antialiasing, false);
@@ -65,11 +65,10 @@ kxAnimClipRuler::kxAnimClipRuler(QPainter* painter, const QRectF& rect, double s
 void kxAnimClipRuler::drawTracks(const kxClipLayout::TrackButton& hovered)
 {
     const double width = kxClipLayout::ColumnWidth * _dpi / _scaleX;
-    _painter->setPen(QPen(kxClipColor::TrackLine, 0.1 / _scaleX));
+    const QPen line(kxClipColor::TrackLine, 0); // a hairline at any zoom and pixel ratio
+    _painter->setPen(line);
     _painter->setBrush(kxClipColor::Background);
     _painter->drawRect(QRectF(_rect.x(), _rect.y(), width, _rect.height()));
-    const QPen line(kxClipColor::TrackLine, 0.1 / _scaleY);
-    _painter->setPen(line);
     _painter->drawLine(QLineF(_rect.x(), -1, _rect.x() + width, -1));
 
     const double pitch = double(kxClipGeometry::trackPitch(float(_dpi)));
@@ -77,7 +76,6 @@ void kxAnimClipRuler::drawTracks(const kxClipLayout::TrackButton& hovered)
     for (int track = std::max(0, int(_rect.y() / pitch)); track * pitch < _rect.bottom(); ++track)
     {
         const double y = track * pitch;
-        _painter->setPen(line);
         if (y > 0 && y >= _rect.y())
             _painter->drawLine(QLineF(_rect.x(), y, _rect.x() + width, y));
         drawTrack(track, y, hovered);

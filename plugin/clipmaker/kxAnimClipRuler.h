@@ -12,8 +12,8 @@ class QPainter;
 class kxAnimClipRuler
 {
 public:
-    /// `rect`: what the view shows, in scene units. `scaleX`, `scaleY`: pixels of a unit.
-    kxAnimClipRuler(QPainter* painter, const QRectF& rect, double scaleX, double scaleY);
+    /// `rect`: what the view shows, in scene units. `scaleX`: pixels a frame; one a unit of y.
+    kxAnimClipRuler(QPainter* painter, const QRectF& rect, double scaleX);
 
     /// `hovered`: the button that is drawn hot.
     void drawTracks(const kxClipLayout::TrackButton& hovered);
@@ -26,7 +26,6 @@ private:
     QPainter* _painter;
     QRectF _rect;
     double _scaleX;
-    double _scaleY;
     double _dpi;
     QPen _text;
 };

@@ -37,6 +37,21 @@ constexpr double Rounding = 0.01;
 /// How far a bar may stand from the top of its track, in pixels times dpi.
 constexpr double TrackReach = 5;
 
+/// Whether a bar stands where its node does, with its length and its cycles.
+bool isInPlace(const kxAnimAbstractClipItem& bar)
+{
+    const osg::AnimNodePtr node = bar.node();
+    if (node == osg::NullFC)
+        return false;
+    const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
+    const double y = double(kxPlatform::getDpiScaleX() * node->getOffset().y());
+    if (std::abs(bar.x() - span.x) > Rounding || std::abs(bar.y() - y) > Rounding)
+        return false;
+    const auto* const clip = dynamic_cast<const kxAnimClipItem*>(&bar);
+    return clip == nullptr || (std::abs(bar.rect().width() * bar.transform().m11() - span.width) <= Rounding &&
+                               clip->cyclesItem()->cycles() == node->getPostCycles());
+}
+
 /// The extension of a bar that has one and shows it; else null.
 kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
 {
@@ -176,20 +191,19 @@ void kxAnimClipScene::buildBars(const osg::AnimNodePtr& node)
 void kxAnimClipScene::clear()
 {
     const Rebuild rebuild(this);
-    deleteBars();
+    deleteBars(QVector<kxAnimAbstractClipItem*>(std::move(_bars)));
     endDrag();
     _clipId = 0;
     kxAnimManager::the()->resetMotionBlurObjectID();
 }
 
-void kxAnimClipScene::deleteBars()
+void kxAnimClipScene::deleteBars(const QVector<kxAnimAbstractClipItem*>& bars)
 {
-    const QVector<kxAnimAbstractClipItem*> bars = _bars;
-    _bars.clear();
     for (kxAnimAbstractClipItem* bar : bars)
     {
         bar->endReturn(); // its node isn't left halfway
         bar->disconnect(this);
+        forget(bar);
         removeItem(bar);
         delete bar;
     }
@@ -197,33 +211,37 @@ void kxAnimClipScene::deleteBars()
 
 void kxAnimClipScene::undoStackMoved(kxMessage&)
 {
-    if (theScene != nullptr && !theScene->isUpToDate())
-        theScene->setClip(theScene->clip(), true);
+    if (theScene != nullptr)
+        theScene->followClip();
 }
 
-bool kxAnimClipScene::isUpToDate() const
+void kxAnimClipScene::followClip()
 {
     const osg::AnimNodePtr shown = clip();
     if (shown == osg::NullFC)
-        return true;
-    QSet<unsigned int> missing;
+        return;
+    QSet<unsigned int> missing, selected;
     for (const osg::NodePtr& child : shown->getChildren())
         if (kindOf(osg::AnimNodePtr::dcast(child)) != BarKind::None)
             missing.insert(child->getId());
-    const double dpi = double(kxPlatform::getDpiScaleX());
-    for (const kxAnimAbstractClipItem* bar : _bars)
+    QVector<kxAnimAbstractClipItem*> outdated;
+    for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
     {
-        if (!missing.remove(bar->nodeId()))
-            return false;
-        const osg::AnimNodePtr node = bar->node();
-        const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
-        const bool isMarker = dynamic_cast<const kxAnimClipSequenceItem*>(bar) != nullptr;
-        if (std::abs(bar->x() - span.x) > Rounding ||
-            std::abs(bar->y() - dpi * double(node->getOffset().y())) > Rounding ||
-            (!isMarker && std::abs(bar->rect().width() * bar->transform().m11() - span.width) > Rounding))
-            return false;
+        if (missing.contains(bar->nodeId()) && isInPlace(*bar))
+            missing.remove(bar->nodeId());
+        else
+            outdated.append(bar);
     }
-    return missing.isEmpty();
+    if (outdated.isEmpty() && missing.isEmpty())
+        return;
+    const Rebuild rebuild(this);
+    for (const kxAnimAbstractClipItem* bar : qAsConst(outdated))
+        if (bar->isSelected())
+            selected.insert(bar->nodeId());
+    deleteBars(outdated);
+    for (const osg::NodePtr& child : shown->getChildren())
+        if (missing.contains(child->getId()))
+            addBar(osg::AnimNodePtr::dcast(child))->setSelected(selected.contains(child->getId()));
 }
 
 double kxAnimClipScene::viewScale(const QGraphicsScene* scene)
@@ -478,8 +496,8 @@ QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
 
 void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
 {
-    const osg::AnimNodePtr node = clip() == osg::NullFC ? osg::AnimNodePtr() : kxClipDrop::nodeOf(event->mimeData());
-    if (node == osg::NullFC || kxClipNodes::holds(node, clip()))
+    const osg::AnimNodePtr node = kxClipDrop::nodeFor(clip(), event->mimeData());
+    if (node == osg::NullFC)
         return;
     delete _ghost;
     _ghost = new kxAnimClipItem(node, nullptr);
@@ -495,11 +513,9 @@ void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
 void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
 {
     event->ignore();
-    if (clip() == osg::NullFC)
-        return;
     _rowMarks.clear();
     update();
-    if (kxClipDrop::nodeOf(event->mimeData()) == osg::NullFC)
+    if (kxClipDrop::nodeFor(clip(), event->mimeData()) == osg::NullFC)
         return;
     bool taken = false;
     if (_ghost != nullptr)
@@ -525,12 +541,12 @@ void kxAnimClipScene::dragLeaveEvent(QGraphicsSceneDragDropEvent*)
 void kxAnimClipScene::dropEvent(QGraphicsSceneDragDropEvent* event)
 {
     const osg::AnimNodePtr shown = clip();
-    const osg::AnimNodePtr node = shown == osg::NullFC ? osg::AnimNodePtr() : kxClipDrop::nodeOf(event->mimeData());
+    const osg::AnimNodePtr node = kxClipDrop::nodeFor(shown, event->mimeData());
     const bool isMarked = !_rowMarks.isEmpty();
     const int track = isMarked ? _rowMarks.firstKey() : 0;
     const double frames = isMarked ? dropPlace(event->scenePos()).x() : 0;
     endDrag();
-    if (kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
+    if (node == osg::NullFC || kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
     {
         event->ignore();
         return;
@@ -554,8 +570,7 @@ void kxAnimClipScene::drawBackground(QPainter* painter, const QRectF& rect)
 {
     QGraphicsScene::drawBackground(painter, rect);
     painter->setRenderHint(QPainter::Antialiasing, false);
-    const double vertical = views().isEmpty() ? 1.0 : views().first()->transform().m22();
-    painter->setPen(QPen(kxClipColor::TrackLine, 0.1 / vertical));
+    painter->setPen(QPen(kxClipColor::TrackLine, 0)); // a hairline at any zoom and pixel ratio
     const float pitch = kxClipGeometry::trackPitch(kxPlatform::getDpiScaleX());
     const int last = kxClipGeometry::trackOf(rect.bottom(), kxPlatform::getDpiScaleX());
     for (int track = std::max(1, kxClipGeometry::trackOf(rect.top(), kxPlatform::getDpiScaleX())); track <= last;
@@ -571,8 +586,7 @@ void kxAnimClipScene::drawBackground(QPainter* painter, const QRectF& rect)
 
 void kxAnimClipScene::drawForeground(QPainter* painter, const QRectF& rect)
 {
-    const QTransform transform = views().isEmpty() ? QTransform() : views().first()->transform();
-    kxAnimClipRuler ruler(painter, rect, transform.m11(), transform.m22());
+    kxAnimClipRuler ruler(painter, rect, viewScale(this));
     ruler.drawTracks(_hovered);
     ruler.drawTimes();
     if (_timeItem->scene() != nullptr)

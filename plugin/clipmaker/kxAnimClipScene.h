@@ -152,11 +152,10 @@ private:
     };
 
     static void undoStackMoved(kxMessage& message);
-    /// Whether the bars are those of the clip's children, each where its node stands.
-    bool isUpToDate() const;
+    /// Makes the bars anew that don't stand where their nodes do; adds and removes those whose nodes came and went.
+    void followClip();
     void buildBars(const osg::AnimNodePtr& node);
-    /// The selection goes with them.
-    void deleteBars();
+    void deleteBars(const QVector<kxAnimAbstractClipItem*>& bars);
 
     kxAnimClipRows rows() const;
     /// Whether `item` or its extension lies over anything.

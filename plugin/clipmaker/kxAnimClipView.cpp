@@ -13,6 +13,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -82,11 +83,12 @@ kxAnimClipView::~kxAnimClipView() = default;
 
 void kxAnimClipView::zoomAbout(const QPoint& at, double factor)
 {
-    const double kept = mapToScene(at).x();
+    // As long as one point is zoomed about, roundings to whole pixels don't add up.
+    if (std::abs(viewportTransform().map(QPointF(_keptX, 0)).x() - at.x()) > 1)
+        _keptX = mapToScene(at).x();
     scale(kxClipLayout::boundedZoom(transform().m11(), factor), 1);
     _scene->updateAllTexts();
-    // Not by centerOn(), which cuts fractions of pixels off: over the steps of a drag they add up.
-    const double off = viewportTransform().map(QPointF(kept, 0)).x() - at.x();
+    const double off = viewportTransform().map(QPointF(_keptX, 0)).x() - at.x();
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() + qRound(off));
 }
 
@@ -274,6 +276,11 @@ void kxAnimClipView::drawHint(QPainter* painter)
     const int top = area.center().y() - (largeMetrics.height() + gap + textHeight) / 2;
     painter->save();
     painter->resetTransform();
+    const int width =
+        std::min(area.width(), std::max(largeMetrics.horizontalAdvance(title), metrics.horizontalAdvance(text)));
+    // The time line doesn't cut through the words.
+    painter->fillRect(QRect(area.center().x() - width / 2, top, width, largeMetrics.height() + gap + textHeight),
+                      kxClipColor::Background);
     painter->setFont(large);
     painter->setPen(kxClipColor::HintTitle);
     painter->drawText(QRect(area.left(), top, area.width(), largeMetrics.height()), Qt::AlignCenter, title);

@@ -49,6 +49,7 @@ private:
     kxAnimClipScene* _scene;
     QPoint _panPosition;
     QPoint _zoomAnchor;
+    double _keptX = 0; // the frame that the last zoom left where it was
     int _lastY = 0;
     bool _isPressed = false; // the scene got a press, and has to get its release
 };

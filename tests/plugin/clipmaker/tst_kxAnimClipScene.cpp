@@ -1,0 +1,463 @@
+#include "kxShownClip.h"
+
+#include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxAnimClipNodes.h>
+#include <clipmaker/kxAnimClipSequenceItem.h>
+#include <curveeditor/kxAnimTimeItem.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace osg;
+
+class tst_kxAnimClipScene : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void stepsTheRuler_data();
+    void stepsTheRuler();
+    void numbersTheRuler();
+    void findsTrackButtons_data();
+    void findsTrackButtons();
+    void showsChildrenByTheirCores();
+    void showsAnotherClip();
+    void evaluatesAtItsTime();
+    void switchesTracks_data();
+    void switchesTracks();
+    void changesAllBars();
+    void followsTheTree();
+    void refusesDrags_data();
+    void refusesDrags();
+    void marksTracksUnderADrag();
+    void takesDrops_data();
+    void takesDrops();
+    void followsUndo();
+};
+
+void tst_kxAnimClipScene::stepsTheRuler_data()
+{
+    QTest::addColumn<double>("width");
+    QTest::addColumn<int>("step");
+    const std::pair<double, int> rows[] = {{0, 1},     {10.9, 1},   {11, 1},     {25, 2},         {50, 5},
+                                           {100, 5},   {101, 10},   {150, 10},   {250, 20},       {450, 50},
+                                           {1000, 50}, {3999, 200}, {1e5, 5000}, {1e300, 5000000}};
+    for (const auto& row : rows)
+        QTest::newRow(qPrintable(QString::number(row.first))) << row.first << row.second;
+}
+
+void tst_kxAnimClipScene::stepsTheRuler()
+{
+    QFETCH(double, width);
+    QTEST(kxClipLayout::tickStep(width), "step");
+}
+
+void tst_kxAnimClipScene::numbersTheRuler()
+{
+    QCOMPARE(kxClipLayout::ticks(-10, 15, 5), (std::vector<double>{-5, 0, 5, 10}));
+    QVERIFY(kxClipLayout::ticks(0, NAN, 5).empty() && kxClipLayout::ticks(0, 10, 0).empty());
+    QCOMPARE(kxClipLayout::readableStep(5, 10, 40), 5);
+    QCOMPARE(kxClipLayout::readableStep(5, 2, 40), 25);
+    QCOMPARE(kxClipLayout::frameText(-0.0), QString("0"));
+    QCOMPARE(kxClipLayout::frameText(24.00009), QString("24"));
+    QCOMPARE(kxClipLayout::frameText(-24.5), QString("-24.50"));
+}
+
+void tst_kxAnimClipScene::findsTrackButtons_data()
+{
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<int>("track");
+    QTest::addColumn<int>("button");
+    // The column begins at frame 7; 2 pixels a frame.
+    QTest::newRow("unlock, left end") << QPointF(7, 11) << 0 << 0;
+    QTest::newRow("left of the column") << QPointF(6.9, 20) << 0 << -1;
+    QTest::newRow("lock, left end") << QPointF(17, 29.9) << 0 << 1;
+    QTest::newRow("show") << QPointF(36.9, 120) << 2 << 2;
+    QTest::newRow("hide") << QPointF(46.9, 70) << 1 << 3;
+    QTest::newRow("right of the column") << QPointF(47, 70) << 1 << -1;
+    QTest::newRow("above the buttons") << QPointF(8, 60.9) << -1 << -1;
+    QTest::newRow("below the buttons") << QPointF(8, 80) << -1 << -1;
+    QTest::newRow("above the tracks") << QPointF(8, -35) << -1 << -1;
+}
+
+void tst_kxAnimClipScene::findsTrackButtons()
+{
+    QFETCH(QPointF, point);
+    const kxClipLayout::TrackButton hit = kxClipLayout::trackButtonAt(point, 7, 2, 1);
+    QTEST(hit.track, "track");
+    QTEST(int(hit.button), "button");
+}
+
+void tst_kxAnimClipScene::showsChildrenByTheirCores()
+{
+    kxShownClip f;
+    const auto shot = [](UInt32 transition, UInt32 kind)
+    {
+        const AnimNodePtr node = AnimNodeBase::create();
+        const AnimShotPtr core = AnimShotBase::create();
+        core->setTransitionType(transition);
+        core->setShotType(kind);
+        node->setCore(core);
+        return node;
+    };
+    const std::vector<AnimNodePtr> bars = {f.blockOf(1),
+                                           f.clip("Inner", {f.blockOf(1)}),
+                                           f.group<AnimWizClipBase>("Wizard", {}),
+                                           f.group<VertexAnimCurvesBase>("Vertices", {}),
+                                           f.group<TimeShapeCacheBase>("Shapes", {}),
+                                           shot(1, 0),
+                                           shot(0, 1)};
+    const std::vector<AnimNodePtr> markers = {f.group<AnimSequenceBase>("Trigger", {}), shot(0, 0)};
+    for (const auto* const list : {&bars, &markers})
+        for (const AnimNodePtr& node : *list)
+            f.add(node);
+    f.add(f.curve("translation", "X", {{0, 0}, {1, 1}}));
+    f.add(AnimNodeBase::create()); // without a core
+    f.clipNode->addChild(Node::create());
+    f.show();
+    QCOMPARE(f.scene.bars().size(), int(bars.size() + markers.size()));
+    for (const AnimNodePtr& node : bars)
+        QVERIFY(dynamic_cast<kxAnimClipItem*>(f.barOf(node)) != nullptr);
+    for (const AnimNodePtr& node : markers)
+        QVERIFY(dynamic_cast<kxAnimClipSequenceItem*>(f.barOf(node)) != nullptr);
+}
+
+void tst_kxAnimClipScene::showsAnotherClip()
+{
+    kxShownClip f;
+    const AnimNodePtr first = f.add(f.blockOf(1)), second = f.add(f.blockOf(1), 2);
+    f.show();
+    f.barOf(second)->setSelected(true);
+    QSignalSpy selections(&f.scene, SIGNAL(selectionChanged()));
+
+    f.add(f.blockOf(1), 4);
+    f.scene.setClip(f.clipNode, false);
+    QCOMPARE(f.scene.bars().size(), 2); // shown already
+    f.scene.setClip(f.clipNode, true);
+    QCOMPARE(f.scene.bars().size(), 3);
+    QVERIFY(f.barOf(second)->isSelected() && !f.barOf(first)->isSelected());
+
+    kxOwned<AnimNode> other(f.clip("Other", {f.blockOf(1)}));
+    selections.clear();
+    f.scene.setClip(other, false);
+    QCOMPARE(f.scene.bars().size(), 1);
+    QCOMPARE(selections.count(), 1);
+    f.scene.setClip(AnimNodePtr(), false);
+    QVERIFY(f.scene.clip() == NullFC);
+    QCOMPARE(f.scene.bars().size(), 1); // left for clear() to take away
+    f.scene.setClip(other, false);
+    other.release();
+    QVERIFY(f.scene.clip() == NullFC); // died
+    f.scene.setTime(5);
+    f.scene.clear();
+    QCOMPARE(f.barItems(), 0);
+    QCOMPARE(f.scene.time(), 5.0); // the time line stays
+}
+
+void tst_kxAnimClipScene::evaluatesAtItsTime()
+{
+    static int heard;
+    heard = 0;
+    kxShownClip f;
+    const NodePtr box = f.object("box");
+    const AnimNodePtr block = f.blockOf(1); // 0 to 5 in 24 frames
+    kxAnimManager::the()->addAnimation(box, block);
+    f.add(f.clone(block, 0), 1);
+    f.show();
+    kxCallbacks callbacks;
+    callbacks.add(kxMessageName::FrameChangedClipMaker, [](kxMessage&) { ++heard; });
+    f.scene.setTime(36);
+    QCOMPARE(heard, 1);
+    QCOMPARE(kxAnimManager::the()->currentFrame(), 36.0);
+    QCOMPARE(f.transform(box)->getTranslation().x(), 2.5f);
+    f.scene.setTime(NAN);
+    QCOMPARE(f.scene.time(), 36.0);
+    f.scene.hideTimeItem();
+    f.scene.hideTimeItem();
+    QVERIFY(f.scene.itemsBoundingRect().height() < f.pitch());
+    f.scene.setTime(48);
+    f.scene.showTimeItem();
+    QCOMPARE(heard, 2);
+    f.scene.clear();
+    f.scene.setTime(50); // without a clip
+    QCOMPARE(heard, 2);
+}
+
+void tst_kxAnimClipScene::switchesTracks_data()
+{
+    QTest::addColumn<int>("button");
+    QTest::addColumn<bool>("active");
+    QTest::addColumn<bool>("locked");
+    QTest::newRow("unlock") << 0 << false << false;
+    QTest::newRow("lock") << 1 << false << true;
+    QTest::newRow("show") << 2 << true << true;
+    QTest::newRow("hide") << 3 << false << true;
+}
+
+void tst_kxAnimClipScene::switchesTracks()
+{
+    QFETCH(int, button);
+    QFETCH(bool, active);
+    QFETCH(bool, locked);
+    kxShownClip f;
+    const AnimNodePtr on[] = {f.add(f.blockOf(1), 5, 1), f.add(f.blockOf(1), 7, 1)};
+    const AnimNodePtr off = f.add(f.blockOf(1), 5, 2);
+    for (const AnimNodePtr& node : {on[0], on[1], off})
+    {
+        kxClipNodes::setActive(node, button == 3);
+        kxClipNodes::setLocked(node, button != 1);
+    }
+    f.show();
+    f.port()->grab(); // the column is where it was drawn
+    QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
+    const double dpi = double(kxPlatform::getDpiScaleX());
+    const QPoint place = QPoint(qRound((button * 20 + 10) * dpi), f.view.mapFromScene(0, f.pitch() + 20).y());
+    kxPress(f.port(), place);
+    kxRelease(f.port(), place);
+    QCOMPARE(states.count(), 1);
+    for (const AnimNodePtr& node : on)
+    {
+        QCOMPARE(node->isActive(), active);
+        QCOMPARE(node->getLocked(), locked);
+    }
+    QCOMPARE(off->isActive(), button == 3);
+    QCOMPARE(off->getLocked(), button != 1);
+}
+
+void tst_kxAnimClipScene::changesAllBars()
+{
+    kxShownClip f;
+    const AnimNodePtr nodes[] = {f.add(f.blockOf(1)), f.add(f.blockOf(1), 2), f.add(f.blockOf(1), 4)};
+    f.show();
+    QSignalSpy selections(&f.scene, SIGNAL(selectionChanged())), states(&f.scene, SIGNAL(itemsChangedState()));
+    f.barOf(nodes[0])->setLocked(true);
+    f.scene.selectAll();
+    QCOMPARE(f.scene.selectedBars().size(), 2); // a locked bar can't be selected
+    QCOMPARE(selections.count(), 1);
+    states.clear();
+    f.scene.lockItems();
+    QCOMPARE(states.count(), 1);
+    QCOMPARE(selections.count(), 2);
+    for (const AnimNodePtr& node : nodes)
+        QVERIFY(node->getLocked());
+    f.scene.unlockItems();
+    for (const AnimNodePtr& node : nodes)
+        QVERIFY(!node->getLocked());
+
+    QSignalSpy duplicates(&f.scene, SIGNAL(itemDuplicated()));
+    QVERIFY(!f.scene.duplicateSelectedItems() && !f.scene.copySelectedItems());
+    QCOMPARE(duplicates.count(), 0);
+    f.barOf(nodes[1])->setSelected(true);
+    f.barOf(nodes[2])->setSelected(true);
+    QVERIFY(f.scene.copySelectedItems());
+    f.scene.setTime(240);
+    QVERIFY(f.scene.paste());
+    QCOMPARE(duplicates.count(), 1);
+    QCOMPARE(f.scene.selectedBars().size(), 2);
+    for (const kxAnimAbstractClipItem* bar : f.scene.selectedBars())
+        QVERIFY(bar->x() == 240.0 || bar->x() == 288.0);
+    f.scene.clear();
+    QVERIFY(!f.scene.paste());
+}
+
+void tst_kxAnimClipScene::followsTheTree()
+{
+    kxShownClip f;
+    const AnimNodePtr block = f.add(f.blockOf(1));
+    f.show();
+    kxAnimTreeWidgetItem row(true);
+    row.setNode(block, true, false);
+    block->setTravMask(0);
+    block->setLocked(true);
+    QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
+    f.scene.updateFromItem(&row, 0);
+    QCOMPARE(states.count(), 1);
+    QVERIFY(!f.barOf(block)->isActive() && f.barOf(block)->isLocked());
+    QTreeWidgetItem foreign;
+    kxAnimTreeWidgetItem empty(true);
+    f.scene.updateFromItem(&foreign, 0);
+    f.scene.updateFromItem(&empty, 0);
+    f.scene.updateFromItem(nullptr, 0);
+    QCOMPARE(states.count(), 1);
+}
+
+void tst_kxAnimClipScene::refusesDrags_data()
+{
+    QTest::addColumn<int>("kind");
+    int kind = 0;
+    for (const char* const name : {"another format", "cut off", "no rows", "two rows", "stale id", "an object",
+                                   "a clip", "no core", "no clip shown", "the block that the clip stands in"})
+        QTest::newRow(name) << kind++;
+}
+
+void tst_kxAnimClipScene::refusesDrags()
+{
+    QFETCH(int, kind);
+    kxShownClip f;
+    kxOwned<AnimNode> block(f.blockOf(1)), other(f.clip("Other", {})), bare(AnimNodeBase::create());
+    QMimeData data;
+    const unsigned int id = block->getId();
+    kxSetLibraryPayload(data, {id});
+    const QByteArray bytes = data.data(QLatin1String(kxAnimLibraryPayload::MimeType));
+    f.show();
+    switch (kind)
+    {
+    case 0:
+        data.clear();
+        data.setData("application/anim-clip-item", bytes);
+        break;
+    case 1:
+        data.setData(QLatin1String(kxAnimLibraryPayload::MimeType), bytes.left(10));
+        break;
+    case 2:
+        kxSetLibraryPayload(data, {});
+        break;
+    case 3:
+        kxSetLibraryPayload(data, {id, id});
+        break;
+    case 4:
+        block.release();
+        break;
+    case 5:
+        kxSetLibraryPayload(data, {f.object()->getId()});
+        break;
+    case 6:
+        kxSetLibraryPayload(data, {other->getId()});
+        break;
+    case 7:
+        kxSetLibraryPayload(data, {bare->getId()});
+        break;
+    case 8:
+        f.scene.clear();
+        break;
+    default:
+        block->addChild(f.clipNode.get());
+        break;
+    }
+    QSignalSpy drops(&f.scene, SIGNAL(dropEventOccured()));
+    const QPoint place = f.at(10, 1);
+    f.enter(data, place);
+    QCOMPARE(f.barItems(), 0);
+    QVERIFY(!f.hold(data, place));
+    QVERIFY(!f.drop(data, place)); // that no window system would send
+    QCOMPARE(drops.count(), 0);
+    QCOMPARE(f.clipNode->getNChildren(), 0u);
+}
+
+void tst_kxAnimClipScene::marksTracksUnderADrag()
+{
+    kxShownClip f;
+    f.add(f.blockOf(2), 1, 1);
+    f.show();
+    kxOwned<AnimNode> block(f.blockOf(1));
+    kxClipNodes::setActive(block, false);
+    QMimeData data;
+    kxSetLibraryPayload(data, {block->getId()});
+    f.enter(data, f.at(30, 0));
+    QCOMPARE(f.barItems(), 2);
+    const auto colour = [&f](int track)
+    { return f.port()->grab().toImage().pixelColor(f.at(-3, track) - QPoint(0, 3)); };
+    QVERIFY(f.hold(data, f.at(30, 0)));
+    QVERIFY(colour(0).green() > colour(0).red());
+    QVERIFY(!f.hold(data, f.at(30, 1)));
+    QVERIFY(colour(1).red() > colour(1).green());
+    QCOMPARE(colour(0), colour(2));
+    QVERIFY(f.hold(data, f.at(72, 1))); // touches the bar's end
+    f.enter(data, f.at(30, 0));         // without a leave
+    QCOMPARE(f.barItems(), 2);
+    f.leave();
+    QCOMPARE(f.barItems(), 1);
+    QCOMPARE(colour(1), colour(2));
+    QVERIFY(!block->isActive());
+    f.enter(data, f.at(30, 0));
+    f.scene.clear(); // in the middle of a drag
+    QVERIFY(!f.hold(data, f.at(30, 0)));
+    QCOMPARE(f.barItems(), 0);
+}
+
+void tst_kxAnimClipScene::takesDrops_data()
+{
+    QTest::addColumn<bool>("snap");
+    QTest::addColumn<float>("clipOffset");
+    QTest::addColumn<float>("clipScale");
+    QTest::addColumn<float>("firstKey");
+    QTest::newRow("plain") << false << 0.0f << 1.0f << 0.0f;
+    QTest::newRow("snapped") << true << 0.0f << 1.0f << 0.0f;
+    QTest::newRow("into a nested clip") << false << 2.0f << 1.5f << 0.0f;
+    QTest::newRow("that starts later") << true << 0.0f << 1.0f << 0.5f;
+}
+
+void tst_kxAnimClipScene::takesDrops()
+{
+    QFETCH(bool, snap);
+    QFETCH(float, clipOffset);
+    QFETCH(float, clipScale);
+    QFETCH(float, firstKey);
+    kxShownClip f;
+    kxOwned<AnimNode> above(f.clip("Above", {f.clipNode}));
+    f.clipNode->setOffset(Vec2f(clipOffset, 0));
+    f.clipNode->setScale(clipScale);
+    f.changed(f.clipNode, AnimNode::OffsetFieldMask | AnimNode::ScaleFieldMask);
+    f.add(f.blockOf(10), 0, 0);
+    f.show();
+    f.scene.setSnapToGridX(snap);
+    f.view.scale(7, 1);
+    f.view.centerOn(10, 0);
+    kxOwned<AnimNode> block(f.block("Block", {f.curve("translation", "X", {{firstKey, 0}, {firstKey + 1, 5}})}));
+    kxClipNodes::setActive(block, false);
+    QMimeData data;
+    kxSetLibraryPayload(data, {block->getId()});
+    const QPoint place = f.at(10, 2) + QPoint(4, 0);
+    const double x = f.view.mapToScene(place).x();
+    QVERIFY(x > 10.1 && x < 10.9);
+    QSignalSpy drops(&f.scene, SIGNAL(dropEventOccured()));
+    QVERIFY(f.dragTo(data, place));
+    QCOMPARE(drops.count(), 1);
+    QCOMPARE(f.barItems(), 2);
+    const AnimNodePtr clone = AnimNodePtr::dcast(f.clipNode->getChild(1));
+    QVERIFY(clone != block.get() && clone->getCore() == block->getCore());
+    QVERIFY(clone->isActive());
+    QVERIFY(std::abs(f.barOf(clone)->x() - (snap ? 10 : x) - double(firstKey) * 24) < 0.01);
+    QCOMPARE(f.barOf(clone)->y(), 2 * f.pitch());
+    QCOMPARE(clone->getOffset().y(), 100.0f);
+    QVERIFY(!f.dragTo(data, place)); // it stands there
+    QCOMPARE(f.clipNode->getNChildren(), 2u);
+}
+
+void tst_kxAnimClipScene::followsUndo()
+{
+    kxShownClip f;
+    const AnimNodePtr kept = f.add(f.blockOf(1)), gone = f.add(f.blockOf(1), 2), moved = f.add(f.blockOf(1), 4);
+    f.show();
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    const kxAnimAbstractClipItem* const bar = f.barOf(kept);
+    f.barOf(moved)->setSelected(true);
+    f.barOf(gone)->setSelected(true);
+    f.scene.deleteSelectedItems();
+    QCOMPARE(f.scene.bars().size(), 1);
+    QCOMPARE(f.clipNode->getNChildren(), 1u);
+    stack->undo();
+    QCOMPARE(f.scene.bars().size(), 3);
+    QVERIFY(f.barOf(gone) != nullptr && f.barOf(kept) == bar); // the others stay
+    f.barOf(moved)->setSelected(true);
+    moved->setOffset(Vec2f(5, 50)); // behind the scene's back
+    f.changed(moved, AnimNode::OffsetFieldMask);
+    stack->redo();
+    QCOMPARE(f.scene.bars().size(), 1);
+    stack->undo();
+    QCOMPARE(f.barOf(moved)->pos(), QPointF(120, f.pitch()));
+    f.scene.clear();
+    stack->redo();
+    QCOMPARE(f.barItems(), 0);
+    stack->clear();
+}
+
+QTEST_MAIN(tst_kxAnimClipScene)
+#include "tst_kxAnimClipScene.moc"

@@ -1,0 +1,239 @@
+#include "kxShownClip.h"
+
+#include <kxUndo.h>
+
+#include <QScrollBar>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <functional>
+#include <random>
+
+using namespace osg;
+
+class tst_kxAnimClipView : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void zoomsAboutAPoint();
+    void frames();
+    void pansAndLetsGo();
+    void framesAtADoubleClick();
+    void hearsKeys();
+    void survivesRandomEdits();
+};
+
+namespace
+{
+void wheel(const kxAnimClipView& view, const QPoint& at, int delta, Qt::MouseButtons held = Qt::NoButton)
+{
+    QWheelEvent event(at, view.mapToGlobal(at), QPoint(), QPoint(0, delta), held, Qt::NoModifier, Qt::NoScrollPhase,
+                      false);
+    QApplication::sendEvent(view.viewport(), &event);
+}
+
+void doubleClick(const kxShownClip& f, const QPoint& at, Qt::MouseButton button)
+{
+    kxSendMouse(f.port(), QEvent::MouseButtonDblClick, at, button, button);
+    kxSendMouse(f.port(), QEvent::MouseButtonRelease, at, button, Qt::NoButton);
+}
+} // namespace
+
+void tst_kxAnimClipView::zoomsAboutAPoint()
+{
+    kxShownClip f;
+    const QPoint at(300, 120);
+    const QPointF before = f.view.mapToScene(at);
+    for (int i = 0; i < 20; ++i)
+        wheel(f.view, at, 120);
+    QVERIFY(std::abs(f.view.transform().m11() - std::pow(1.15, 20)) < 1e-6);
+    QCOMPARE(f.view.transform().m22(), 1.0);
+    QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 0.2);
+    for (int i = 0; i < 20; ++i)
+        wheel(f.view, at, -120);
+    QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
+    QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 2);
+    wheel(f.view, at, 120, Qt::LeftButton);
+    QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
+
+    kxSendMouse(f.port(), QEvent::MouseButtonPress, at, Qt::RightButton, Qt::RightButton);
+    for (const int y : {130, 140, 100}) // down, down, up
+        kxSendMouse(f.port(), QEvent::MouseMove, QPoint(500, y), Qt::NoButton, Qt::RightButton);
+    kxSendMouse(f.port(), QEvent::MouseButtonRelease, QPoint(500, 100), Qt::RightButton, Qt::NoButton);
+    QVERIFY(std::abs(f.view.transform().m11() - 1.05) < 1e-9);
+    for (int i = 0; i < 400; ++i) // as far as there is a bound
+        wheel(f.view, at, i < 200 ? -120 : 120);
+    QVERIFY(std::isfinite(f.view.mapToScene(at).x()));
+}
+
+void tst_kxAnimClipView::frames()
+{
+    kxShownClip f;
+    f.view.frame(); // nothing to frame
+    QCOMPARE(f.view.transform().m11(), 1.0);
+    f.add(f.blockOf(2), 10, 0);
+    f.add(f.blockOf(2), 14, 3);
+    f.show();
+    f.view.frame();
+    // Frames 240 to 384, with room for the column.
+    const QRectF seen = f.view.mapToScene(f.port()->rect()).boundingRect();
+    const double margin = 144 * 80 * double(kxPlatform::getDpiScaleX()) / f.port()->width();
+    QVERIFY(std::abs(seen.left() - (240 - margin)) < 1);
+    QVERIFY(std::abs(seen.right() - 384) < 1);
+    QVERIFY(std::abs(f.view.transform().m22() - 1) < 1e-9);
+    QVERIFY(seen.top() < 0 && seen.bottom() > 200);
+
+    // A lone trigger is a point in time: the zoom stays.
+    kxShownClip lone;
+    lone.add(lone.group<AnimSequenceBase>("Trigger", {}), 100);
+    lone.show();
+    lone.view.frame();
+    QCOMPARE(lone.view.transform().m11(), 1.0);
+    QVERIFY(lone.view.mapToScene(lone.port()->rect()).boundingRect().contains(QPointF(2400, 0)));
+}
+
+void tst_kxAnimClipView::pansAndLetsGo()
+{
+    kxShownClip f;
+    f.add(f.blockOf(2), 2, 1);
+    f.show();
+    const QPointF before = f.view.mapToScene(0, 0);
+    kxPress(f.port(), {200, 200}, Qt::ControlModifier);
+    kxDragTo(f.port(), {170, 180}, Qt::ControlModifier);
+    kxRelease(f.port(), {170, 180}, Qt::ControlModifier);
+    QCOMPARE(f.view.mapToScene(0, 0) - before, QPointF(30, 20));
+    kxSendMouse(f.port(), QEvent::MouseButtonPress, {200, 200}, Qt::MiddleButton, Qt::MiddleButton);
+    kxSendMouse(f.port(), QEvent::MouseMove, {230, 220}, Qt::NoButton, Qt::MiddleButton);
+    QCOMPARE(f.view.mapToScene(0, 0), before);
+
+    // The modifier that comes late doesn't keep a bar at the mouse.
+    kxPress(f.port(), f.at(60, 1));
+    kxRelease(f.port(), f.at(60, 1), Qt::ControlModifier);
+    QVERIFY(f.scene.mouseGrabberItem() == nullptr);
+}
+
+void tst_kxAnimClipView::framesAtADoubleClick()
+{
+    kxShownClip f;
+    const AnimNodePtr block = f.add(f.blockOf(2), 2, 1);
+    f.show();
+    f.barOf(block)->setSelected(true);
+    doubleClick(f, f.at(60, 1), Qt::LeftButton);
+    QCOMPARE(f.view.transform().m11(), 1.0);
+    f.scene.clearSelection();
+    doubleClick(f, f.at(60, 1), Qt::RightButton); // on the bar, which takes the mouse
+    QVERIFY(f.scene.mouseGrabberItem() == nullptr);
+    const QPointF middle = f.view.mapToScene(f.port()->rect().center());
+    QVERIFY(std::abs(middle.x() - 60) < 2);
+    doubleClick(f, f.at(60, 4), Qt::LeftButton);
+    QVERIFY(f.view.transform().m11() > 5);
+}
+
+void tst_kxAnimClipView::hearsKeys()
+{
+    kxShownClip f;
+    f.add(f.blockOf(1), 0, 0);
+    f.add(f.blockOf(1), 2, 0);
+    f.show();
+    QSignalSpy deleted(&f.view, SIGNAL(itemsDeleted())), focus(&f.view, SIGNAL(gotFocus(QWidget*)));
+    QFocusEvent in(QEvent::FocusIn);
+    QApplication::sendEvent(&f.view, &in);
+    QCOMPARE(focus.count(), 1);
+    QTest::keyClick(&f.view, Qt::Key_A);
+    QCOMPARE(f.scene.selectedBars().size(), 0);
+    QTest::keyClick(&f.view, Qt::Key_A, Qt::ControlModifier);
+    QCOMPARE(f.scene.selectedBars().size(), 2);
+    QTest::keyClick(&f.view, Qt::Key_C, Qt::ControlModifier);
+    f.scene.setTime(240);
+    QTest::keyClick(&f.view, Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(f.clipNode->getNChildren(), 4u);
+    QCOMPARE(f.scene.bars().size(), 4);
+    QTest::keyClick(&f.view, Qt::Key_D, Qt::ControlModifier);
+    QCOMPARE(f.clipNode->getNChildren(), 6u);
+    QTest::keyClick(&f.view, Qt::Key_Delete); // what was pasted
+    QCOMPARE(f.clipNode->getNChildren(), 4u);
+    QCOMPARE(deleted.count(), 1);
+    QTest::keyClick(&f.view, Qt::Key_F);
+    QVERIFY(f.view.transform().m11() != 1.0);
+    kxUndoStack::get(0).stack()->clear();
+}
+
+/// Edits through view and scene, behind their backs, and of what they show; bars and nodes agree in the end, and
+/// nothing that has died is touched.
+void tst_kxAnimClipView::survivesRandomEdits()
+{
+    kxShownClip f;
+    std::mt19937 random(5);
+    const auto below = [&random](int count) { return int(random() % unsigned(count)); };
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    kxOwned<AnimNode> library(f.blockOf(1, "Library")), other(f.clip("Other", {f.blockOf(1)}));
+    QMimeData data;
+    kxSetLibraryPayload(data, {library->getId()});
+    const auto place = [&] { return QPoint(below(f.port()->width()), below(f.port()->height())); };
+    const auto child = [&]
+    {
+        const UInt32 count = f.clipNode->getNChildren();
+        return AnimNodePtr::dcast(f.clipNode->getChild(count == 0 ? 0 : UInt32(below(int(count)))));
+    };
+    const std::vector<std::function<void()>> edits = {
+        [&] { f.add(f.blockOf(0.5f + float(below(3))), float(below(20)), below(6)); },
+        [&] { f.add(f.group<AnimSequenceBase>("Trigger", {}), float(below(20)), below(6)); },
+        [&] { f.clipNode->subChild(child()); },
+        [&] { f.clipNode->subChild(child()); },
+        [&] { f.show(); },
+        [&] { f.scene.setClip(other, below(2) == 0); },
+        [&] { f.scene.clear(); },
+        [&] { f.scene.setClip(AnimNodePtr(), false); },
+        [&] { f.scene.setClip(f.clipNode, false); },
+        [&] { f.scene.selectAll(); },
+        [&] { f.scene.deleteSelectedItems(); },
+        [&]
+        {
+            if (f.clipNode->getNChildren() < 40)
+                f.scene.duplicateSelectedItems(below(2) == 0);
+        },
+        [&] { f.scene.copySelectedItems(); },
+        [&]
+        {
+            if (f.clipNode->getNChildren() < 40)
+                f.scene.paste();
+        },
+        [&] { f.scene.lockItems(below(4) == 0); },
+        [&] { f.scene.activeSelectedItems(below(2) == 0); },
+        [&] { f.scene.setTime(below(400)); },
+        [&] { f.view.frame(); },
+        [&] { wheel(f.view, place(), below(2) == 0 ? 120 : -120); },
+        [&] { f.dragTo(data, place()); },
+        [&] { f.enter(data, place()); },
+        [&] { f.hold(data, place()); },
+        [&] { kxPress(f.port(), place()); },
+        [&] { kxDragTo(f.port(), place()); },
+        [&] { kxRelease(f.port(), place()); },
+        [&] { stack->undo(); },
+        [&] { stack->redo(); },
+        [&] { f.port()->grab(); },
+        [&] { QApplication::processEvents(); },
+        [&] { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); },
+    };
+    for (int step = 0; step < 1500; ++step)
+        edits[std::size_t(below(int(edits.size())))]();
+
+    kxRelease(f.port(), place());
+    f.leave();
+    f.scene.clear();
+    QCOMPARE(f.barItems(), 0);
+    f.show();
+    QCOMPARE(f.scene.bars().size(), int(f.clipNode->getNChildren()));
+    for (kxAnimAbstractClipItem* bar : f.scene.bars())
+    {
+        BoxVolume volume;
+        bar->node()->getWorldVolume(volume);
+        Pnt3f start, end;
+        volume.getBounds(start, end);
+        QVERIFY(std::abs(bar->x() - double(start.x()) * 24) < 0.01);
+    }
+    stack->clear();
+}
+
+QTEST_MAIN(tst_kxAnimClipView)
+#include "tst_kxAnimClipView.moc"
