@@ -115,6 +115,8 @@ bool kxDocument::newScene()
 
 bool kxDocument::openFile(const QString& file)
 {
+    if (kxSceneIO::isAnimationFile(file))
+        return importFile(file);
     if (!mayLeave())
         return false;
     const QScopedValueRollback<bool> replacing(_replacing, true);

@@ -51,7 +51,8 @@ public:
     /// Asks where there is something to lose. False: the user wants to go back, or it couldn't be saved.
     bool mayLeave();
 
-    /// Each asks by mayLeave() first. False where the open scene stays.
+    /// Each asks by mayLeave() first. False where the open scene stays. A file of animations is imported: it is no
+    /// scene.
     bool newScene();
     bool openFile(const QString& file);
     /// Adds a file to the scene, as one step.

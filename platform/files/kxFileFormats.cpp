@@ -1,8 +1,10 @@
 #include <files/kxFileFormats.h>
 
 #include <files/kxAssimpImport.h>
+#include <files/kxEnvelope.h>
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 
 namespace
@@ -40,6 +42,13 @@ QString entry(const QString& name, const QStringList& suffixes)
 
 const QStringList Gltf = {QLatin1String(kxFileFormats::GltfSuffix), QLatin1String(kxFileFormats::BinaryGltfSuffix)};
 const QStringList Scene = {QLatin1String(kxFileFormats::SceneSuffix)};
+const QStringList Animation = {QLatin1String(kxFileFormats::AnimationSuffix)};
+
+bool beginsLikeAnimations(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(kxEnvelope::MagicSize) == kxEnvelope::AnimationMagic;
+}
 } // namespace
 
 kxFileFormats::Reader kxFileFormats::readerOf(const QString& path)
@@ -49,13 +58,15 @@ kxFileFormats::Reader kxFileFormats::readerOf(const QString& path)
         return Reader::Scene;
     if (Gltf.contains(suffix))
         return Reader::Gltf;
+    if (Animation.contains(suffix) || (!isKnown(path) && beginsLikeAnimations(path)))
+        return Reader::Animations;
     return Reader::Assimp;
 }
 
 bool kxFileFormats::isKnown(const QString& path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    return Scene.contains(suffix) || Gltf.contains(suffix) || assimpSuffixes().contains(suffix);
+    return (Scene + Gltf + Animation).contains(suffix) || assimpSuffixes().contains(suffix);
 }
 
 QString kxFileFormats::openFilter()
@@ -63,10 +74,11 @@ QString kxFileFormats::openFilter()
     const Named named[] = {{"FBX", {"fbx"}}, {"Collada", {"dae"}},         {"OBJ", {"obj"}},
                            {"3DS", {"3ds"}}, {"STL, PLY", {"stl", "ply"}}, {"Blender", {"blend"}},
                            {"X", {"x"}}};
-    QStringList filters = {entry(tr("All scenes and models"), Scene + Gltf + assimpSuffixes()),
+    QStringList filters = {entry(tr("All scenes, models and animations"), Scene + Gltf + Animation + assimpSuffixes()),
                            entry(tr("Scenes"), Scene), entry(QStringLiteral("glTF"), Gltf)};
     for (const Named& format : named)
         filters.append(entry(QLatin1String(format.name), format.suffixes));
+    filters.append(entry(tr("Animations of an object"), Animation));
     filters.append(tr("All files") + QStringLiteral(" (*)"));
     return filters.join(QStringLiteral(";;"));
 }

@@ -9,14 +9,17 @@ enum class Reader
 {
     Scene,
     Gltf,
-    Assimp
+    Assimp,
+    Animations ///< of one object
 };
 
 constexpr char SceneSuffix[] = "kxs";
+constexpr char AnimationSuffix[] = "osb";
 constexpr char GltfSuffix[] = "gltf";
 constexpr char BinaryGltfSuffix[] = "glb";
 
-/// By the suffix, in any case; files of an unknown suffix are tried by what knows most formats.
+/// By the suffix, in any case. Files of an unknown suffix are tried by what knows most formats, but for animations,
+/// which are known by their first bytes too.
 Reader readerOf(const QString& path);
 bool isKnown(const QString& path);
 QString openFilter();

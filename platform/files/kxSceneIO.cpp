@@ -2,12 +2,14 @@
 
 #include <animation/kxAnimScene.h>
 #include <animation/kxTimeRescale.h>
+#include <files/kxAnimFile.h>
 #include <files/kxAnimSettings.h>
 #include <files/kxAssimpImport.h>
 #include <files/kxFileFormats.h>
 #include <files/kxGltfExport.h>
 #include <files/kxGltfImport.h>
 #include <files/kxImportCommand.h>
+#include <files/kxLoadAnimationsCommand.h>
 #include <files/kxSceneFile.h>
 #include <files/kxSceneMessages.h>
 #include <files/kxSceneSummary.h>
@@ -56,6 +58,9 @@ bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
         }
         break;
     }
+    case kxFileFormats::Reader::Animations:
+        return report.fail(QStringLiteral("it holds animations of an object. Select the object that gets them, and "
+                                          "import the file."));
     case kxFileFormats::Reader::Assimp:
         break;
     }
@@ -204,6 +209,47 @@ void renameCollisions(const kxSceneContent& content)
         AnimObjectPtr::dcast(node->getCore())->setName(name);
     }
 }
+
+/// The selected object, or the selected material where no object is; null for none and for several.
+AttachmentContainerPtr selectedObject()
+{
+    const std::vector<NodePtr> nodes = kxSelection::the().nodes();
+    const std::vector<MaterialPtr> materials = kxSelection::the().materials();
+    if (!nodes.empty())
+        return nodes.size() == 1 ? AttachmentContainerPtr(nodes.front()) : AttachmentContainerPtr();
+    return materials.size() == 1 ? AttachmentContainerPtr(materials.front()) : AttachmentContainerPtr();
+}
+
+bool importAnimations(const QString& path, kxFileReport& report)
+{
+    std::vector<AnimNodePtr> animations;
+    QString reason;
+    if (!kxAnimFile::read(path, animations, reason))
+        return report.fail(reason);
+    // Below a root of their own they are content like clips, which lives as long as it.
+    kxSceneContent content;
+    content.clips = AnimNodePtr(AnimNodeBase::create());
+    for (const AnimNodePtr& animation : animations)
+        content.clips->addChild(animation);
+    if (animations.empty())
+        return report.fail(QStringLiteral("there are no animations in it."));
+    const AttachmentContainerPtr object = selectedObject();
+    if (object == NullFC)
+        return report.fail(QStringLiteral("it holds animations of an object. Select the one object or material that "
+                                          "gets them, and import it again."));
+    renameCollisions(content);
+    const QString text = kxUndoString(QStringLiteral("Import"), QStringLiteral("Animations"));
+    auto* const command = new kxLoadAnimationsCommand(text, object, animations);
+    for (const AnimNodePtr& animation : animations)
+        content.clips->subChild(animation);
+    report.setSummary(QStringLiteral("%1 %2 for '%3'")
+                          .arg(animations.size())
+                          .arg(QLatin1String(animations.size() == 1 ? "animation" : "animations"),
+                               QString::fromStdString(object->getNodeName())),
+                      false);
+    kxUndoStack::get(0).add(command);
+    return true;
+}
 } // namespace
 
 void kxSceneIO::newScene()
@@ -262,6 +308,8 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
 
 bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
 {
+    if (isAnimationFile(path))
+        return importAnimations(path, report);
     kxSceneContent content;
     if (!read(path, content, report))
         return false;
@@ -297,6 +345,11 @@ QString kxSceneIO::sceneSuffix()
 bool kxSceneIO::isSceneFile(const QString& path)
 {
     return kxFileFormats::readerOf(path) == kxFileFormats::Reader::Scene;
+}
+
+bool kxSceneIO::isAnimationFile(const QString& path)
+{
+    return kxFileFormats::readerOf(path) == kxFileFormats::Reader::Animations;
 }
 
 bool kxSceneIO::canOpen(const QString& path)

@@ -13,7 +13,8 @@ KX_API void newScene();
 /// Puts the scene of a file in place of the open one. Messages as in newScene(), then that content and animations
 /// changed. The timeline covers the animations of a file of another program; our own bring their ranges.
 KX_API bool open(const QString& path, kxFileReport& report);
-/// Adds the scene of a file below a new group that bears the file's name; one step on the undo stack.
+/// Adds the scene of a file below a new group that bears the file's name; animations of an object go to the one object
+/// or material that is selected. One step on the undo stack.
 KX_API bool importFile(const QString& path, kxFileReport& report);
 KX_API bool save(const QString& path, kxFileReport& report);
 KX_API bool exportScene(const QString& path, kxFileReport& report);
@@ -21,6 +22,8 @@ KX_API bool exportScene(const QString& path, kxFileReport& report);
 /// The suffix of our own scene files, without a dot.
 KX_API QString sceneSuffix();
 KX_API bool isSceneFile(const QString& path);
+/// True for animations of an object, which can be imported only.
+KX_API bool isAnimationFile(const QString& path);
 /// True where the suffix is one of openFilter(): for files that are dropped.
 KX_API bool canOpen(const QString& path);
 /// For file dialogs.

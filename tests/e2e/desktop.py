@@ -286,6 +286,11 @@ class Application:
         self.answer_file_dialog("Open", path)
         until("the title of " + path, lambda: os.path.basename(path) in self.shown("_mainWindow", "windowTitle"))
 
+    def open_animations(self, path):
+        """Opens a file of animations by the menu's shortcut: onto the selected object."""
+        self.keys("ctrl+o")
+        self.answer_file_dialog("Open", path)
+
     def quit(self):
         """Ends the application as its user would, and gives its exit code."""
         self._answers.close()

@@ -200,6 +200,26 @@ def makes_a_block(application, folder):
     assert near(value_at(application, 30), 8), "the block moves the object"
 
 
+def keeps_a_block_in_a_file(application, folder):
+    """Saves a block by the row's menu and opens the file onto another object, as one step."""
+    path = os.path.join(folder, "jump.osb")
+    left, top, width, height = application.ask("rowRect('_library', [%r, 'Jump'])" % OBJECT)
+    application.click_at((left + min(70, width // 2), top + height // 2), button=3)
+    application.keys("Down", "Down", "Down", "Return")  # below "Play" and "Reset"; the menu holds up all questions
+    application.answer_file_dialog("Save Animations...", path)
+    application.click("_view", 0.03, 0.9)
+    application.run("selectNodes([findNode('Pulser')])")
+    steps = application.ask("undoCount()")
+    application.open_animations(path)
+    application.wait_for("['Pulser', 'Jump_1'] in widgetRows('_library')")
+    assert application.ask("undoCount()") == steps + 1
+    application.set_frame(30)
+    assert near(application.ask("channelValue(findNode('Pulser'), 'translation.Y')"), 8), "the block moves the object"
+    application.keys("ctrl+z")
+    application.wait_for("['Pulser', 'Jump_1'] not in widgetRows('_library')")
+    application.run("selectNodes([findNode(%r)])" % OBJECT)
+
+
 def searches_and_groups(application, folder):
     application.click("SearchLine")
     application.type("jum")
@@ -244,7 +264,8 @@ def main(folder):
     try:
         application = desktop.Application(HOST, display, folder, path)
         tests = [opens_the_editor, shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
-                 selects_copies_and_deletes, zooms_each_axis, makes_a_block, searches_and_groups, keeps_it_all, quits]
+                 selects_copies_and_deletes, zooms_each_axis, makes_a_block, keeps_a_block_in_a_file,
+                 searches_and_groups, keeps_it_all, quits]
         return cases.run(tests, application, folder,
                          on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
     finally:

@@ -49,6 +49,8 @@ private Q_SLOTS:
     void savingKeepsTheOldFileOnFailure();
     void importIsOneStep();
     void importedNamesAreNew();
+    void animationsGoToTheSelectedObject();
+    void animationsNeedOneObject();
     void tellsWhatWasRead();
     void formats();
 
@@ -145,6 +147,73 @@ void tst_kxSceneIO::importedNamesAreNew()
         QCOMPARE(same->getNodeName(), std::string("Spin_1"));
 }
 
+/// A block and bare curves of an object, back onto it and onto one without animations.
+void tst_kxSceneIO::animationsGoToTheSelectedObject()
+{
+    kxRichScene::make();
+    kxAnimManager* const manager = kxAnimManager::the();
+    const NodePtr body = nodeNamed("Body"), bare = addNode(kxScene::the()->root(), "Bare", Transform::create());
+    const AnimNodePtr block = blocksOf(body).front();
+    const AnimAttachmentPtr attachment = manager->getAnimAttachment(body);
+    std::vector<kxAnimManager::kxOSGChannelData> channels;
+    manager->getKeyableChannels(body, channels);
+    QVERIFY(!channels.empty() && channels.front().name == "translation" && channels.front().suffix == "X");
+    manager->createChannelCurveNode(channels.front(), attachment);
+    const std::string name = block->getNodeName();
+    const QString path = _folder.filePath(QStringLiteral("Walk without suffix"));
+    QVERIFY(manager->saveAnimations(path.toStdString(), body));
+    QVERIFY(kxSceneIO::isAnimationFile(path));
+    const UInt32 count = attachment->getAnimationRoot()->getNChildren(), blocks = UInt32(blocksOf(body).size());
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    stack->clear();
+    const QByteArray before = bytesOfScene();
+    for (const NodePtr& target : {body, bare})
+    {
+        kxSelection::the().setIds(kxSelection::Nodes, {target.getFieldContainerId()});
+        kxFileReport report(path);
+        QVERIFY2(kxSceneIO::importFile(path, report), qPrintable(report.error()));
+        QVERIFY(report.summary().contains(QString::fromStdString(target->getNodeName())));
+    }
+    QCOMPARE(stack->count(), 2);
+    // The curve is the file's, the block stands beside its original.
+    QCOMPARE(attachment->getAnimationRoot()->getNChildren(), count + blocks);
+    QCOMPARE(blocksOf(bare).size(), std::size_t(blocks));
+    QVERIFY(manager->findChannelCurveNode(manager->getAnimAttachment(bare), "translation", "X") != NullFC);
+    QVERIFY(blocksOf(bare).front()->getNodeName() != name && blocksOf(body).back()->getNodeName() != name);
+    const QByteArray after = bytesOfScene();
+    stack->setIndex(0);
+    QCOMPARE(bytesOfScene(), before);
+    stack->setIndex(2);
+    QCOMPARE(bytesOfScene(), after);
+    stack->clear();
+    QCOMPARE(blocksOf(bare).size(), std::size_t(blocks));
+}
+
+void tst_kxSceneIO::animationsNeedOneObject()
+{
+    kxRichScene::make();
+    const QString path = _folder.filePath(QStringLiteral("walk.osb"));
+    const NodePtr body = nodeNamed("Body");
+    QVERIFY(kxAnimManager::the()->saveAnimations(path.toStdString(), body));
+    const QByteArray before = bytesOfScene();
+    const auto refuses = [&](bool (*act)(const QString&, kxFileReport&), const QString& file, const char* reason)
+    {
+        kxFileReport report(file);
+        return !act(file, report) && report.error().contains(QLatin1String(reason)) && bytesOfScene() == before;
+    };
+    for (const std::vector<unsigned int>& ids :
+         {std::vector<unsigned int>(), {body.getFieldContainerId(), nodeNamed("Twin").getFieldContainerId()}})
+    {
+        kxSelection::the().setIds(kxSelection::Nodes, ids);
+        QVERIFY(refuses(kxSceneIO::importFile, path, "Select the one object"));
+    }
+    kxSelection::the().setIds(kxSelection::Nodes, {body.getFieldContainerId()});
+    QVERIFY(refuses(kxSceneIO::open, path, "Select the object"));
+    QVERIFY(writeFile(path, "Something else"));
+    QVERIFY(refuses(kxSceneIO::importFile, path, ""));
+    QVERIFY(refuses(kxSceneIO::importFile, _folder.filePath(QStringLiteral("none.osb")), ""));
+}
+
 /// A model with unnamed and equally named materials, a clamped picture and no animation.
 void tst_kxSceneIO::tellsWhatWasRead()
 {
@@ -197,9 +266,9 @@ void tst_kxSceneIO::tellsWhatWasRead()
 void tst_kxSceneIO::formats()
 {
     QVERIFY(kxSceneIO::isSceneFile(QStringLiteral("/a/B.KXS")) && !kxSceneIO::isSceneFile(QStringLiteral("kxs")));
-    for (const char* name : {"a.glb", "a.GLTF", "a.fbx", "a.Dae", "a.3ds", "a.obj", "a.kxs"})
+    for (const char* name : {"a.glb", "a.GLTF", "a.fbx", "a.Dae", "a.3ds", "a.obj", "a.kxs", "a.osb"})
         QVERIFY2(kxSceneIO::canOpen(QLatin1String(name)), name);
-    for (const char* name : {"a.txt", "a", "", "a.osb"})
+    for (const char* name : {"a.txt", "a", ""})
         QVERIFY2(!kxSceneIO::canOpen(QLatin1String(name)), name);
     QVERIFY(kxSceneIO::openFilter().contains(QLatin1String("*.kxs *.gltf *.glb")));
 }

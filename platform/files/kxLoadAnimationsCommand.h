@@ -1,0 +1,38 @@
+#pragma once
+
+#include <files/kxShare.h>
+#include <kxUndo.h>
+#include <osg/AnimAttachments.h>
+
+#include <vector>
+
+/// Puts animations that were read from a file under an object or a material. A curve takes the place of the one that
+/// the object has for the same channel: two would fight over it.
+///
+/// Holds a share of all that comes and goes, so that it outlives a time out of the scene.
+class kxLoadAnimationsCommand : public kxUndoCommand
+{
+public:
+    kxLoadAnimationsCommand(const QString& text, const osg::AttachmentContainerPtr& object,
+                            const std::vector<osg::AnimNodePtr>& animations);
+
+    void undo() override;
+    void redo() override;
+    int id() const override;
+    /// Each file is a step of its own.
+    bool canMergeWith(const QUndoCommand*) const override { return false; }
+
+private:
+    struct Replaced
+    {
+        kxShare<osg::AnimNode> curve;
+        int position; // below the object's animation root, with those before it taken out
+    };
+    void takeOut(const osg::AnimNodePtr& curve);
+
+    kxShare<osg::AttachmentContainer> _object;
+    kxShare<osg::AnimAttachment> _attachment;
+    bool _bringsAttachment; // the object has none of its own
+    std::vector<kxShare<osg::AnimNode>> _animations;
+    std::vector<Replaced> _replaced;
+};
