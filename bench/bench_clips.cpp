@@ -50,7 +50,7 @@ struct Clip
     AnimNodePtr node = AnimNodeBase::create();
 };
 
-/// The clip in a view of 1200 by 700 pixels.
+/// The clip in a view of 1200 by 700 pixels at two pixels a frame.
 struct Shown : Clip
 {
     Shown()
@@ -58,7 +58,9 @@ struct Shown : Clip
         view.resize(1200, 700);
         view.show();
         scene->setClip(node, false);
-        view.frame();
+        view.scale(2, 1);
+        view.centerOn(250, 300);
+        view.clipScene()->updateAllTexts();
         settle();
     }
 

@@ -276,8 +276,8 @@ void kxAnimClipView::drawHint(QPainter* painter)
     const int top = area.center().y() - (largeMetrics.height() + gap + textHeight) / 2;
     painter->save();
     painter->resetTransform();
-    const int width =
-        std::min(area.width(), std::max(largeMetrics.horizontalAdvance(title), metrics.horizontalAdvance(text)));
+    const int width = std::min(
+        area.width(), 2 * gap + std::max(largeMetrics.horizontalAdvance(title), metrics.horizontalAdvance(text)));
     // The time line doesn't cut through the words.
     painter->fillRect(QRect(area.center().x() - width / 2, top, width, largeMetrics.height() + gap + textHeight),
                       kxClipColor::Background);
