@@ -1,21 +1,41 @@
 #include <clipmaker/kxAnimClipEditor.h>
 
 #include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipEditorMenus.h>
+#include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <clipmaker/kxAnimSequenceGUIW.h>
+#include <frame/kxClipRefresh.h>
 #include <frame/kxHostWindows.h>
+#include <frame/kxMessageRead.h>
+#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
+#include <kxAnimManager.h>
 #include <kxFramePlayer.h>
 #include <kxIconManager.h>
+#include <kxLog.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
 #include <kxPlatform.h>
 
+#include <QEvent>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
+#include <QSignalBlocker>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QToolButton>
 
 namespace
 {
 constexpr std::uint64_t MessageMask = 0x4A88130;
+
+kxAnimClipEditor* theEditor = nullptr;
 
 void setUpPlayerButtons(const kxAnimClipEditorGUIW& window)
 {
@@ -24,10 +44,78 @@ void setUpPlayerButtons(const kxAnimClipEditorGUIW& window)
     window._stop->setIcon(kxIconManager::getIcon("Stop", ""));
     window._play->setIcon(kxIconManager::getIcon("PlaySpecial", ""));
     window._gotoEnd->setIcon(kxIconManager::getIcon("JumpEnd", ""));
+    window._gotoStart->setAccessibleName(kxAnimClipEditor::tr("To the start of the clip"));
+    window._playRev->setAccessibleName(kxAnimClipEditor::tr("Play the clip back"));
+    window._stop->setAccessibleName(kxAnimClipEditor::tr("Stop"));
+    window._play->setAccessibleName(kxAnimClipEditor::tr("Play the clip"));
+    window._gotoEnd->setAccessibleName(kxAnimClipEditor::tr("To the end of the clip"));
+}
+
+QToolButton* makeButton(const char* name, const QIcon& icon, const QString& toolTip)
+{
+    QToolButton* const button = new QToolButton;
+    button->setObjectName(QString::fromLatin1(name));
+    button->setIcon(icon);
+    button->setToolTip(toolTip);
+    const int size = kxPlatform::getMediumIconSize() + 2;
+    button->setFixedSize(size, size);
+    return button;
+}
+
+/// Tells the library which blocks are selected; nothing where there are none.
+void announceBlocks(const std::vector<osg::AnimNodePtr>& blocks)
+{
+    if (blocks.empty())
+        return;
+    kxMessage message;
+    message.set("blockNodes", blocks, true);
+    kxController::call(kxMessageName::ClipBlockSelected, message, 0);
+}
+
+bool isBlock(const osg::AnimNodePtr& node)
+{
+    return node != osg::NullFC && osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC;
+}
+
+/// What has no tracks of its own and is shown in the clip that holds it.
+bool isShownInParent(const osg::AnimNodePtr& node)
+{
+    const osg::NodeCorePtr core = node->getCore();
+    return osg::AnimBlockPtr::dcast(core) != osg::NullFC || osg::VertexAnimCurvesPtr::dcast(core) != osg::NullFC ||
+           osg::TimeShapeCachePtr::dcast(core) != osg::NullFC;
+}
+
+osg::AnimNodePtr animationOf(const QTreeWidgetItem* item)
+{
+    const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
+    return row != nullptr ? osg::AnimNodePtr::dcast(row->node()) : osg::AnimNodePtr();
 }
 } // namespace
 
-kxAnimClipEditor::kxAnimClipEditor() : kxModuleBase("Clip Maker", "Animation", MessageMask, nullptr)
+kxAnimClipEditor::kxAnimClipEditor()
+    : kxModuleBase("Clip Maker", "Animation", MessageMask, nullptr), _instance(theEditor, this),
+      _player(kxFramePlayer::the())
+{
+    addWindow();
+    makeTree();
+    makeView();
+    _triggerDialog = new kxAnimSequenceGUIW;
+    makeCommands();
+    _player->stop(nullptr);
+    connectHost();
+    updateStartAndDuration();
+    updateStatus();
+}
+
+kxAnimClipEditor::~kxAnimClipEditor()
+{
+    kxClipRefresh::setHandler(nullptr);
+    delete _tree;
+    delete _view;
+    delete _triggerDialog;
+}
+
+void kxAnimClipEditor::addWindow()
 {
     QKXDockWindowManager* const docks = kxRequireDockWindowManager();
     _window = new kxAnimClipEditorGUIW(kxRequireMainWindow());
@@ -35,25 +123,291 @@ kxAnimClipEditor::kxAnimClipEditor() : kxModuleBase("Clip Maker", "Animation", M
     _window->_splitter->setSizes({int(200 * dpi), int(400 * dpi)});
     docks->add("Clip Maker", "Animation", _window, "Toolclip_Clips", kxIconManager::getIcon("ModuleClipMaker", ""),
                tr("Clips"), 0, true, nullptr);
+    _window->installEventFilter(this);
     setUpPlayerButtons(*_window);
+    connect(_window->_gotoStart, SIGNAL(clicked()), this, SLOT(gotoStart()));
+    connect(_window->_gotoEnd, SIGNAL(clicked()), this, SLOT(gotoEnd()));
+    connect(_window->_stop, SIGNAL(clicked()), this, SLOT(stop()));
+    connect(_window->_play, SIGNAL(toggled(bool)), this, SLOT(play(bool)));
+    connect(_window->_playRev, SIGNAL(toggled(bool)), this, SLOT(playRev(bool)));
     connect(_window, SIGNAL(show()), this, SLOT(show()));
-    kxAddHint(_window->_viewFrame, tr("No clip to show"),
-              tr("Play and scrub the animations of the scene on the timeline bar."));
-    // Without a clip there is nothing to edit and to play, and a pane that holds nothing takes no place.
-    _window->_statsFrame->setEnabled(false);
-    _window->frame->setEnabled(false);
-    _window->_clipsFrame->hide();
-    kxFramePlayer::the()->stop(nullptr);
+    connect(_window->_start, SIGNAL(valueChanged(double)), this, SLOT(changedStart(double)));
+    connect(_window->_duration, SIGNAL(valueChanged(double)), this, SLOT(changedDuration(double)));
+    connect(_window->_postCycles, SIGNAL(valueChanged(int)), this, SLOT(changedPostCycles(int)));
 }
 
-kxAnimClipEditor::~kxAnimClipEditor() = default;
+void kxAnimClipEditor::makeTree()
+{
+    _tree = new kxAnimClipStructureWidget;
+    _tree->setObjectName(QStringLiteral("_clips"));
+    connect(_tree, SIGNAL(itemSelectionChanged()), this, SLOT(changedClipsSelection()));
+    connect(_tree, SIGNAL(pasteCloneRequested()), this, SLOT(pasteClone()));
+    connect(_tree, SIGNAL(gotFocus(QWidget*)), this, SLOT(updateLastDeleteFocus(QWidget*)));
+
+    QToolButton* const wizard = new QToolButton;
+    wizard->setObjectName(QStringLiteral("AnimationWizardButton"));
+    wizard->setText(tr("Wizard"));
+    wizard->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    wizard->setIcon(kxIconManager::getIcon("ModulePostProcessing", ""));
+    wizard->setToolTip(tr("Toolclip_Wizard"));
+    wizard->setEnabled(false); // there is no wizard to open
+    QToolButton* const searchButton =
+        makeButton("SearchButton", kxIconCache::General::getSearchIcon(), tr("Search clips"));
+    QLineEdit* const searchLine = new QLineEdit;
+    searchLine->setObjectName(QStringLiteral("SearchLine"));
+    searchLine->setAccessibleName(tr("Search clips"));
+    connect(searchLine, SIGNAL(textChanged(QString)), _tree, SLOT(search(QString)));
+    QToolButton* const update =
+        makeButton("UpdateStructureButton", kxIconManager::getIcon("Reload", ""), tr("Update animation tree"));
+    connect(update, SIGNAL(clicked()), this, SLOT(updateStructure()));
+
+    QHBoxLayout* const topRow = new QHBoxLayout;
+    topRow->setSpacing(4);
+    topRow->addWidget(wizard);
+    QHBoxLayout* const searchRow = new QHBoxLayout;
+    searchRow->setSpacing(0);
+    searchRow->addWidget(searchButton);
+    searchRow->addWidget(searchLine);
+    topRow->addLayout(searchRow);
+    topRow->addWidget(update);
+    QVBoxLayout* const pane = new QVBoxLayout(_window->_clipsFrame);
+    pane->setContentsMargins(0, 0, 0, 0);
+    pane->addLayout(topRow);
+    pane->addWidget(_tree);
+}
+
+void kxAnimClipEditor::makeView()
+{
+    _view = new kxAnimClipView;
+    _view->setObjectName(QStringLiteral("_clipView"));
+    _view->installEventFilter(this);
+    kxAnimClipScene* const shown = scene();
+    connect(_view, SIGNAL(itemsDeleted()), _tree, SLOT(rebuild()));
+    connect(_view, SIGNAL(gotFocus(QWidget*)), this, SLOT(updateLastDeleteFocus(QWidget*)));
+    connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateStartAndDuration()));
+    connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateLibrarySelection()));
+    connect(shown, SIGNAL(itemChanged(kxAnimAbstractClipItem*)), this,
+            SLOT(updateStartAndDuration(kxAnimAbstractClipItem*)));
+    connect(shown, SIGNAL(itemsChangedState()), _tree, SLOT(updateCheckStates()));
+    connect(shown, SIGNAL(dropEventOccured()), _tree, SLOT(rebuild()));
+    connect(shown, SIGNAL(itemDuplicated()), this, SLOT(updateSelectedClipTree()));
+    connect(_tree, SIGNAL(itemChanged(QTreeWidgetItem*, int)), shown, SLOT(updateFromItem(QTreeWidgetItem*, int)));
+    QHBoxLayout* const pane = new QHBoxLayout(_window->_viewFrame);
+    pane->setContentsMargins(0, 0, 0, 0);
+    pane->addWidget(_view);
+}
+
+void kxAnimClipEditor::makeCommands()
+{
+    const kxAnimClipEditorMenus menus(_window, {this, _tree, _view, scene()});
+    _createMenu = menus.createMenu();
+    _createButton = menus.createButton();
+    _createClip = menus.clip();
+    _createViewpoint = menus.viewpoint();
+    _createVariant = menus.variantSet();
+    _createSequence = menus.sequence();
+}
+
+void kxAnimClipEditor::connectHost()
+{
+    _callbacks.add(kxMessageName::TrashCleared, trashCleared);
+    _callbacks.add(kxMessageName::UpdateClipScene, updateClipScene);
+    _callbacks.add(kxMessageName::SelectedClipNode, selectedClipNode);
+    _callbacks.add(kxMessageName::FramePlayerUserChanged, framePlayerUserChanged);
+    _callbacks.add(kxMessageName::FramePlayerLoopChanged, framePlayerLoopChanged);
+    _callbacks.add(kxMessageName::FramePlayerFrameChanged, framePlayerFrameChanged);
+    kxClipRefresh::setHandler(refreshTree);
+}
 
 QWidget* kxAnimClipEditor::moduleWidget()
 {
     return _window;
 }
 
+bool kxAnimClipEditor::isVisible() const
+{
+    return _window != nullptr && _window->isVisible();
+}
+
+kxAnimClipScene* kxAnimClipEditor::scene() const
+{
+    return _view != nullptr ? _view->clipScene() : nullptr;
+}
+
+osg::AnimNodePtr kxAnimClipEditor::shownClip() const
+{
+    return scene() != nullptr ? scene()->clip() : osg::AnimNodePtr();
+}
+
+int kxAnimClipEditor::receivedMessage(kxMessage& message)
+{
+    if (_window == nullptr)
+        return 0;
+    try
+    {
+        handle(message);
+    }
+    catch (...)
+    {
+        kxLog::error("kxAnimClipEditor::receivedMessage : An unknown exception occurred!");
+    }
+    return 0;
+}
+
+void kxAnimClipEditor::handle(const kxMessage& message)
+{
+    switch (message.id())
+    {
+    case kxMessageId::NewScene:
+        clear();
+        break;
+    case kxMessageId::SceneChanged:
+        if (isVisible())
+            _tree->rebuild(true);
+        break;
+    case kxMessageId::AnimationsChanged:
+    case kxMessageId::AnimationsLoaded:
+    case kxMessageId::ClipsChanged:
+        _tree->rebuild(true);
+        break;
+    default:
+        break;
+    }
+}
+
+bool kxAnimClipEditor::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == _view && event->type() == QEvent::FocusIn && !kxController::isSnapshotRendering())
+        if (const osg::AnimNodePtr clip = shownClip(); clip != osg::NullFC)
+            kxAnimManager::the()->setMotionBlurObjectID(clip->getId());
+    return kxModuleBase::eventFilter(watched, event);
+}
+
 void kxAnimClipEditor::show()
 {
+    _tree->rebuild(true);
     _window->raise();
+}
+
+void kxAnimClipEditor::clear()
+{
+    _tree->clear();
+    scene()->clear();
+}
+
+void kxAnimClipEditor::updateStructure()
+{
+    _tree->rebuild(true);
+}
+
+void kxAnimClipEditor::pause()
+{
+    _player->stop(this);
+    setPlayState(false, false);
+}
+
+void kxAnimClipEditor::updateLastDeleteFocus(QWidget* widget)
+{
+    _lastDeleteFocus = widget;
+}
+
+void kxAnimClipEditor::changedClipsSelection()
+{
+    if (_view == nullptr || _tree == nullptr || scene() == nullptr)
+        return;
+    pause();
+    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
+    std::vector<osg::AnimNodePtr> blocks;
+    for (const QTreeWidgetItem* const item : items)
+        if (const osg::AnimNodePtr node = animationOf(item); isBlock(node))
+            blocks.push_back(node);
+    const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
+    const osg::AnimNodePtr node = animationOf(only);
+    const osg::AnimNodePtr above = only != nullptr ? animationOf(only->parent()) : osg::AnimNodePtr();
+    if (only == nullptr)
+        scene()->clear();
+    else if (node != osg::NullFC)
+        scene()->setClip(isShownInParent(node) && above != osg::NullFC ? above : node, false);
+    updateStartAndDuration();
+    updateStatus();
+    announceBlocks(blocks); // the library follows, and what it does may build the rows anew
+}
+
+void kxAnimClipEditor::updateLibrarySelection()
+{
+    std::vector<osg::AnimNodePtr> blocks;
+    for (QGraphicsItem* const item : scene()->selectedItems())
+        if (const auto* const bar = dynamic_cast<kxAnimClipItem*>(item); bar != nullptr && isBlock(bar->node()))
+            blocks.push_back(bar->node());
+    announceBlocks(blocks);
+}
+
+void kxAnimClipEditor::updateSelectedClipTree()
+{
+    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
+    if (items.size() != 1)
+        return;
+    const osg::AnimNodePtr node = animationOf(items.front());
+    const bool isClip = node != osg::NullFC && osg::AnimClipPtr::dcast(node->getCore()) != osg::NullFC;
+    if (!isClip && items.front()->parent() == nullptr)
+        return;
+    const QSignalBlocker blocker(_tree.data());
+    _tree->rebuild(true);
+}
+
+void kxAnimClipEditor::updateStatus()
+{
+    QStringList texts;
+    if (_tree->selectedItems().size() > 1)
+        texts << tr("Several rows are selected: no clip is shown");
+    if (scene()->snapToGridX())
+        texts << tr("Snapping to whole frames");
+    _window->statusbar->showMessage(texts.join(QStringLiteral("  \u00b7  ")));
+}
+
+void kxAnimClipEditor::trashCleared(kxMessage&)
+{
+    if (theEditor != nullptr && theEditor->_tree != nullptr)
+        theEditor->_tree->rebuild(true);
+}
+
+void kxAnimClipEditor::updateClipScene(kxMessage&)
+{
+    if (theEditor != nullptr && theEditor->scene() != nullptr)
+        theEditor->scene()->setClip(theEditor->scene()->clip(), true);
+}
+
+void kxAnimClipEditor::selectedClipNode(kxMessage& message)
+{
+    const osg::AnimNodePtr clip =
+        theEditor != nullptr && theEditor->_tree != nullptr ? theEditor->_tree->selectedClip() : osg::AnimNodePtr();
+    if (clip != osg::NullFC)
+        message.set("node", clip, true);
+}
+
+void kxAnimClipEditor::framePlayerUserChanged(kxMessage& message)
+{
+    void* user = nullptr;
+    if (theEditor != nullptr && theEditor->_window != nullptr && getFromMessage(message, "user", user) &&
+        user != theEditor)
+        theEditor->setPlayState(false, false);
+}
+
+void kxAnimClipEditor::framePlayerLoopChanged(kxMessage&)
+{
+    if (theEditor != nullptr)
+        theEditor->wrapPlayback();
+}
+
+void kxAnimClipEditor::framePlayerFrameChanged(kxMessage& message)
+{
+    double frame = 0;
+    if (theEditor != nullptr && theEditor->scene() != nullptr && getFromMessage(message, "frame", frame))
+        theEditor->scene()->setTime(frame);
+}
+
+void kxAnimClipEditor::refreshTree()
+{
+    if (theEditor != nullptr && theEditor->isVisible() && theEditor->_tree != nullptr)
+        theEditor->_tree->rebuild(true);
 }

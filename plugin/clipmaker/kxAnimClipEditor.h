@@ -1,12 +1,31 @@
 #pragma once
 
+#include <frame/kxCallbacks.h>
+
 #include <kxModuleBase.h>
+#include <osg/AnimNode.h>
 
 #include <QPointer>
 
+class QAction;
+class QGraphicsItem;
+class QLineEdit;
+class QMenu;
+class QToolButton;
+class kxAnimAbstractClipItem;
 class kxAnimClipEditorGUIW;
+class kxAnimClipScene;
+class kxAnimClipStructureWidget;
+class kxAnimClipView;
+class kxAnimSequenceGUIW;
+class kxFramePlayer;
 
-/// The module that owns the clip maker's window.
+/// The module that owns the clip maker: a window with the tree of clips, the timeline of one clip, its fields and its
+/// transport buttons.
+///
+/// Shows the clip that is selected in the tree, keeps start, duration and cycles in step with the selected bars, and
+/// plays the clip through the frame player, as an owner of its own. Fields and playback are in
+/// kxAnimClipEditorPlayback.cpp, what is added to clips in kxAnimClipEditorCommands.cpp.
 class kxAnimClipEditor : public kxModuleBase
 {
     Q_OBJECT
@@ -16,10 +35,85 @@ public:
     ~kxAnimClipEditor() override;
 
     QWidget* moduleWidget() override;
+    int receivedMessage(kxMessage& message) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private Q_SLOTS:
     void show();
+    void clear();
+    void updateStructure();
+    void pause();
+    void updateLastDeleteFocus(QWidget* widget);
+    void changedClipsSelection();
+    void updateLibrarySelection();
+    void updateSelectedClipTree();
+    /// Says in the status bar what can't be seen otherwise: locked bars, no snapping, several rows.
+    void updateStatus();
+
+    void updateStartAndDuration();
+    void updateStartAndDuration(kxAnimAbstractClipItem* item);
+    void changedStart(double value);
+    void changedDuration(double value);
+    void changedPostCycles(int value);
+    void play(bool value);
+    void playRev(bool value);
+    void stop();
+    void gotoStart();
+    void gotoEnd();
+
+    void addSequence();
+    void addViewpoint();
+    void addVariant();
+    void addCameraTrack();
+    void showCreateMenu();
+    void clickedVerify();
+    void clickedDelete();
+    void pasteClone();
 
 private:
+    void addWindow();
+    void makeTree();
+    void makeView();
+    void makeCommands();
+    void connectHost();
+    void handle(const kxMessage& message);
+    bool isVisible() const;
+    kxAnimClipScene* scene() const; // null without a view
+    /// The clip that is shown, null for none.
+    osg::AnimNodePtr shownClip() const;
+
+    void enableFields(bool hasRange, bool hasCycles);
+    void fillFields(const osg::AnimNodePtr& node);
+    bool startPlayback(bool on, bool reverse);
+    void setPlayState(bool playing, bool reverse);
+    /// Shows the clip at the far end and at the near one, so that the evaluation starts anew there.
+    void wrapPlayback();
+    void addTrigger(unsigned int type);
+    /// The clip that a camera track called `name` goes to: the selected one, else a new one.
+    osg::AnimNodePtr requireClipFor(const std::string& name);
+    void showClip(const osg::AnimNodePtr& clip);
+
+    static void trashCleared(kxMessage& message);
+    static void updateClipScene(kxMessage& message);
+    static void selectedClipNode(kxMessage& message);
+    static void framePlayerUserChanged(kxMessage& message);
+    static void framePlayerLoopChanged(kxMessage& message);
+    static void framePlayerFrameChanged(kxMessage& message);
+    static void refreshTree();
+
+    kxInstancePointer<kxAnimClipEditor> _instance;
+    kxFramePlayer* _player;
     QPointer<kxAnimClipEditorGUIW> _window; // owned by the dock window manager
+    // Tree and view stand in the window, which may go first.
+    QPointer<kxAnimClipStructureWidget> _tree;
+    QPointer<kxAnimClipView> _view;
+    QPointer<kxAnimSequenceGUIW> _triggerDialog; // without parent
+    QMenu* _createMenu = nullptr;
+    QAction* _createClip = nullptr;
+    QAction* _createViewpoint = nullptr;
+    QAction* _createVariant = nullptr;
+    QAction* _createSequence = nullptr;
+    QToolButton* _createButton = nullptr;
+    QPointer<QWidget> _lastDeleteFocus; // tree or view, null at first
+    kxCallbacks _callbacks;
 };

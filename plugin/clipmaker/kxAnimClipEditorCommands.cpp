@@ -1,0 +1,232 @@
+#include <clipmaker/kxAnimClipEditor.h>
+
+#include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <clipmaker/kxAnimSequenceGUIW.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <QKXSpiner.h>
+#include <kxAnimManager.h>
+#include <kxLog.h>
+#include <kxScenegraph.h>
+#include <kxServices.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QMenu>
+#include <QMessageBox>
+#include <QToolButton>
+
+namespace
+{
+/// What the log calls the things of a trigger type.
+const char* wordFor(unsigned int type)
+{
+    switch (type)
+    {
+    case kxAnimSequenceGUIW::Viewpoint:
+        return "viewpoints";
+    case kxAnimSequenceGUIW::VariantSet:
+        return "variant sets";
+    default:
+        return "sequences";
+    }
+}
+
+/// A node that fires `name` when its time is passed; it stands nowhere yet.
+osg::AnimNodePtr makeTrigger(unsigned int type, const std::string& name)
+{
+    const osg::AnimSequencePtr core = osg::AnimSequence::create();
+    core->setName(name);
+    core->setIsViewpoint(type == kxAnimSequenceGUIW::Viewpoint);
+    core->setIsVariant(type == kxAnimSequenceGUIW::VariantSet);
+    osg::markChanged(core, osg::AnimSequence::NameFieldMask | osg::AnimSequence::IsViewpointFieldMask |
+                               osg::AnimSequence::IsVariantFieldMask);
+    const osg::AnimNodePtr node = osg::AnimNode::create();
+    node->setCore(core);
+    osg::markChanged(node, osg::Node::CoreFieldMask);
+    return node;
+}
+
+/// Puts a node that stands nowhere into a clip, on the first free track at `frame`.
+void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frame)
+{
+    const float seconds = float(frame) / float(kxAnimManager::the()->fps());
+    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(seconds, 0.0f, clip, osg::AnimNodePtr());
+    node->moveBy(seconds, y);
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+    clip->addChild(node);
+    osg::markChanged(clip, osg::Node::ChildrenFieldMask);
+}
+
+osg::NodePtr findCameraTrack(const QString& name)
+{
+    auto* const cameras = kxKernelServiceFactory::the().getService<kxCameraService>();
+    if (cameras == nullptr)
+        return osg::NodePtr();
+    for (const kxdCameraTrackNode& track : cameras->getCameraTracks())
+        if (track.getName() == name)
+            return kxQRPCConverter::idToNode(track.getObjectId());
+    return osg::NodePtr();
+}
+
+std::vector<std::string> namesOfAnimations()
+{
+    std::vector<std::string> names;
+    for (osg::FieldContainer* const container : osg::FieldContainerFactory::the()->getFieldContainerStore())
+    {
+        const osg::NodePtr node = osg::NodePtr::dcast(osg::FieldContainerPtr(container));
+        if (node != osg::NullFC &&
+            (osg::AnimNodePtr::dcast(node) != osg::NullFC || osg::AnimObjectPtr::dcast(node->getCore()) != osg::NullFC))
+            names.push_back(kxNodeUtils::getName(node));
+    }
+    return names;
+}
+} // namespace
+
+void kxAnimClipEditor::addSequence()
+{
+    addTrigger(kxAnimSequenceGUIW::Sequence);
+}
+
+void kxAnimClipEditor::addViewpoint()
+{
+    addTrigger(kxAnimSequenceGUIW::Viewpoint);
+}
+
+void kxAnimClipEditor::addVariant()
+{
+    addTrigger(kxAnimSequenceGUIW::VariantSet);
+}
+
+void kxAnimClipEditor::addTrigger(unsigned int type)
+{
+    const osg::AnimNodePtr clip = _tree->selectedClip();
+    if (clip == osg::NullFC)
+        return;
+    const unsigned int clipId = clip->getId();
+    _triggerDialog->setType(type);
+    if (_triggerDialog->_names->count() == 0)
+    {
+        kxLog::warning("Can't add animation object! There are no existing %s.", wordFor(type));
+        return;
+    }
+    if (_triggerDialog->exec() != QDialog::Accepted)
+        return;
+    // The dialog ran an event loop, in which the clip may have gone.
+    const auto target = osg::FieldContainerFactory::the()->get<osg::AnimNode>(clipId);
+    if (target == osg::NullFC)
+        return;
+    const std::string name = _triggerDialog->_names->currentText().toStdString();
+    const osg::AnimNodePtr node = makeTrigger(type, name);
+    kxNodeUtils::setName(node, name, true, osg::NodePtr());
+    place(node, target, _triggerDialog->_frame->value());
+    showClip(target);
+}
+
+void kxAnimClipEditor::addCameraTrack()
+{
+    _triggerDialog->setType(kxAnimSequenceGUIW::CameraTrack);
+    if (_triggerDialog->_names->count() == 0)
+    {
+        QMessageBox::warning(_window, tr("Add Camera Track..."),
+                             tr("Can't add animation object! There are no existing camera tracks!"), QMessageBox::Close,
+                             QMessageBox::Close);
+        return;
+    }
+    if (_triggerDialog->exec() != QDialog::Accepted)
+        return;
+    const QString name = _triggerDialog->_names->currentText();
+    const osg::AnimNodePtr block = kxAnimManager::the()->getCameraTrackBlock(findCameraTrack(name));
+    if (block == osg::NullFC)
+        return;
+    kxAnimManager::the()->updateCameraTrackBlockForNode(block);
+    const osg::AnimNodePtr clip = requireClipFor(name.toStdString());
+    if (clip == osg::NullFC)
+        return;
+    const osg::AnimNodePtr clone = osg::cloneAnimTree(block, true);
+    clone->setHidden(true);
+    osg::markChanged(clone, osg::AnimNode::HiddenFieldMask);
+    place(clone, clip, _triggerDialog->_frame->value());
+    showClip(clip);
+}
+
+osg::AnimNodePtr kxAnimClipEditor::requireClipFor(const std::string& name)
+{
+    const osg::AnimNodePtr selected = _tree->selectedClip();
+    if (selected != osg::NullFC)
+        return selected;
+    _tree->newClip(false);
+    const osg::AnimNodePtr clip = _tree->selectedClip();
+    if (clip != osg::NullFC)
+        kxNodeUtils::setName(clip, kxNodeUtils::getUniqueName(name + tr("_Clip").toStdString(), namesOfAnimations()),
+                             true, osg::NodePtr());
+    return clip;
+}
+
+void kxAnimClipEditor::showClip(const osg::AnimNodePtr& clip)
+{
+    _tree->rebuild(true);
+    scene()->setClip(clip, true);
+}
+
+void kxAnimClipEditor::showCreateMenu()
+{
+    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
+    const bool isClip = _tree->selectedClip() != osg::NullFC;
+    _createClip->setEnabled(items.size() != 1 || isClip);
+    for (QAction* const trigger : {_createViewpoint, _createVariant, _createSequence})
+        trigger->setEnabled(isClip);
+    if (_createButton != nullptr)
+        _createButton->showMenu();
+}
+
+void kxAnimClipEditor::clickedVerify()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    const bool before = kernel.getVerifyClipStructure();
+    kernel.setVerifyClipStructure(true);
+    kernel.verifyClipStructure();
+    kernel.setVerifyClipStructure(before);
+    _tree->rebuild(true);
+}
+
+void kxAnimClipEditor::clickedDelete()
+{
+    if (_lastDeleteFocus == nullptr)
+        return;
+    if (_lastDeleteFocus == _tree)
+    {
+        _tree->remove();
+    }
+    else if (_lastDeleteFocus == _view)
+    {
+        scene()->deleteSelectedItems();
+        _tree->rebuild(true);
+    }
+}
+
+void kxAnimClipEditor::pasteClone()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    const double seconds = scene() != nullptr ? scene()->time() / kernel.fps() : 0.0;
+    const auto pasteTo = [&](const osg::AnimNodePtr& target)
+    {
+        for (const osg::AnimNodePtr& pasted : kernel.clonePasteToWithOffset(target, seconds, false, false))
+            kernel.unshareClipsR(pasted);
+    };
+    std::vector<unsigned int> targets;
+    for (const QTreeWidgetItem* const item : _tree->selectedItems())
+        if (const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item); row->node() != osg::NullFC)
+            targets.push_back(row->nodeId());
+    if (_tree->selectedItems().isEmpty())
+        pasteTo(kernel.clipStructureRoot());
+    for (const unsigned int id : targets)
+        pasteTo(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id));
+    _tree->rebuild(true);
+    for (QTreeWidgetItem* const item : _tree->selectedItems())
+        item->setExpanded(true);
+}
