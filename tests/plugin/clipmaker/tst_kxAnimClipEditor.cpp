@@ -1,0 +1,241 @@
+#include <clipmaker/kxAnimClipEditor.h>
+#include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxModuleRegistry.h>
+#include <kxAnimFixture.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <kxController.h>
+#include <kxFramePlayer.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QToolButton>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <memory>
+
+/// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
+/// "Show", which holds the block twice: at frame 0 and at frame 48.
+class tst_kxAnimClipEditor : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void showsWhatIsSelected();
+    void fieldsFollowTheBars();
+    void fieldsEditBarsAndClip();
+    void playsTheClip();
+    void deletesByTheLastFocus();
+    void pastesAtTheTime();
+    void answersAndFollows();
+    void doesNothingWithoutItsWindow();
+
+private:
+    void select(const osg::AnimNodePtr& node);
+    kxAnimClipScene* shown() const { return _form->findChild<kxAnimClipView*>()->clipScene(); }
+    kxAnimClipStructureWidget* tree() const { return _form->findChild<kxAnimClipStructureWidget*>(); }
+    void press(const char* button) { _form->findChild<QToolButton*>(button)->click(); }
+    static osg::AnimNodePtr child(const osg::AnimNodePtr& node, unsigned int index)
+    {
+        return osg::AnimNodePtr::dcast(node->getChild(index));
+    }
+
+    std::unique_ptr<kxAnimFixture> _scene;
+    std::unique_ptr<QMainWindow> _window;
+    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxAnimClipEditor> _module;
+    kxAnimClipEditorGUIW* _form = nullptr;
+    osg::NodePtr _object;
+    osg::AnimNodePtr _clip;
+};
+
+void tst_kxAnimClipEditor::init()
+{
+    _scene = std::make_unique<kxAnimFixture>();
+    _object = kxAnimFixture::object("Box");
+    const osg::AnimNodePtr block =
+        kxAnimFixture::block("Move", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})});
+    kxAnimManager::the()->addAnimation(_object, block);
+    _clip = kxAnimFixture::clip("Show", {kxAnimFixture::clone(block, 0), kxAnimFixture::clone(block, 2)});
+    kxAnimManager::the()->addToClipStructure(_clip);
+    _window = std::make_unique<QMainWindow>();
+    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
+    kxHostHooks::the().setMainWindow(_window.get());
+    kxHostHooks::the().setDockWindowManager(_docks.get());
+    _module = std::make_unique<kxAnimClipEditor>();
+    _form = static_cast<kxAnimClipEditorGUIW*>(_module->moduleWidget());
+    _window->resize(1000, 600);
+    _window->show();
+    _docks->show("Clip Maker");
+}
+
+void tst_kxAnimClipEditor::cleanup()
+{
+    kxUndoStack::get(0).stack()->clear();
+    _module.reset();
+    kxHostHooks::the().setMainWindow(nullptr);
+    kxHostHooks::the().setDockWindowManager(nullptr);
+    _docks.reset();
+    _window.reset();
+    _scene.reset();
+}
+
+void tst_kxAnimClipEditor::select(const osg::AnimNodePtr& node)
+{
+    tree()->clearSelection();
+    for (QTreeWidgetItemIterator it(tree()); *it != nullptr; ++it)
+        if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
+            (*it)->setSelected(true);
+}
+
+void tst_kxAnimClipEditor::showsWhatIsSelected()
+{
+    QVERIFY(!_form->_start->isEnabled() && !_form->_postCycles->isEnabled());
+    select(_clip);
+    QCOMPARE(shown()->clip(), _clip);
+    QCOMPARE(shown()->bars().size(), 2);
+    QCOMPARE(_form->_duration->value(), 72.0);
+    QVERIFY(_form->_postCycles->isEnabled() && !_form->_duration->isEnabled());
+    select(child(_clip, 1)); // a block is shown in the clip that holds it
+    QCOMPARE(shown()->clip(), _clip);
+    tree()->expandAll();
+    tree()->selectAll();
+    QCOMPARE(shown()->bars().size(), 0);
+}
+
+void tst_kxAnimClipEditor::fieldsFollowTheBars()
+{
+    select(_clip);
+    shown()->bars()[1]->setSelected(true);
+    QVERIFY(_form->_start->isEnabled() && _form->_duration->isEnabled());
+    QCOMPARE(_form->_start->value(), 48.0);
+    QCOMPARE(_form->_duration->value(), 24.0);
+    shown()->bars()[1]->setPos(60, shown()->bars()[1]->pos().y());
+    QCOMPARE(_form->_start->value(), 60.0);
+    shown()->selectAll();
+    QVERIFY(_form->_start->styleSheet().contains("rgba(235, 185, 55, 175)"));
+}
+
+void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
+{
+    select(_clip);
+    kxAnimAbstractClipItem* const bar = shown()->bars()[1];
+    bar->setSelected(true);
+    _form->_start->setValue(50);
+    QCOMPARE(bar->node()->getOffset()[0] * 24, 50.0f);
+    _form->_duration->setValue(48);
+    QCOMPARE(bar->node()->getScale(), 2.0f);
+    _form->_duration->setValue(0); // refused: nothing could make it longer again
+    QVERIFY(bar->node()->getScale() > 0);
+    _form->_postCycles->setValue(3);
+    QCOMPARE(bar->node()->getPostCycles(), 3);
+    shown()->clearSelection();
+    _form->_postCycles->setValue(-1);
+    QCOMPARE(_clip->getPostCycles(), -1);
+    QVERIFY(std::isfinite(_form->_duration->value()));
+}
+
+void tst_kxAnimClipEditor::playsTheClip()
+{
+    const kxFramePlayer& player = *kxFramePlayer::the();
+    press("_play"); // no clip, nothing to play
+    QVERIFY(!player.isPlaying() && !_form->_play->isChecked());
+    select(_clip);
+    press("_gotoEnd");
+    QCOMPARE(shown()->time(), 72.0);
+    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 10.0f);
+    press("_gotoStart");
+    QCOMPARE(shown()->time(), 0.0);
+    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 0.0f);
+    press("_play");
+    QVERIFY(player.isPlaying());
+    QCOMPARE(player.owner(), static_cast<void*>(_module.get()));
+    QCOMPARE(player.getPlaybackParams().end, 72.0);
+    QVERIFY(!_form->_gotoStart->isEnabled());
+    press("_playRev");
+    QVERIFY(player.getPlaybackParams().reverse && _form->_playRev->isChecked() && !_form->_play->isChecked());
+    press("_stop");
+    QVERIFY(!player.isPlaying() && _form->_gotoStart->isEnabled() && !_form->_playRev->isChecked());
+    press("_play");
+    kxFramePlayer::the()->start(kxFramePlaybackParams(), false, this); // another owner takes the player
+    QVERIFY(!_form->_play->isChecked());
+    kxFramePlayer::the()->stop(this);
+    press("_play");
+    select(child(_clip, 0));
+    QVERIFY2(!player.isPlaying(), "another selection stops the playback");
+}
+
+void tst_kxAnimClipEditor::deletesByTheLastFocus()
+{
+    select(_clip);
+    const auto remove = [this] { QVERIFY(QMetaObject::invokeMethod(_module.get(), "clickedDelete")); };
+    remove(); // neither had the focus
+    QCOMPARE(_clip->getNChildren(), 2u);
+    QVERIFY(QMetaObject::invokeMethod(_module.get(), "updateLastDeleteFocus",
+                                      Q_ARG(QWidget*, _form->findChild<kxAnimClipView*>())));
+    shown()->bars()[0]->setSelected(true);
+    remove();
+    QCOMPARE(_clip->getNChildren(), 1u);
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(_clip->getNChildren(), 2u);
+    QCOMPARE(shown()->bars().size(), 2);
+}
+
+void tst_kxAnimClipEditor::pastesAtTheTime()
+{
+    select(_clip);
+    kxAnimManager::the()->copy(child(_clip, 0), osg::FieldContainerPtr());
+    shown()->setTime(120);
+    QVERIFY(QMetaObject::invokeMethod(_module.get(), "pasteClone"));
+    QCOMPARE(_clip->getNChildren(), 3u);
+    QCOMPARE(child(_clip, 2)->getOffset()[0] * 24, 120.0f);
+}
+
+void tst_kxAnimClipEditor::answersAndFollows()
+{
+    kxMessage question;
+    kxController::call(kxMessageName::SelectedClipNode, question, 0);
+    QVERIFY(question.get("node").empty());
+    select(_clip);
+    kxController::call(kxMessageName::SelectedClipNode, question, 0);
+    QCOMPARE(boost::any_cast<osg::AnimNodePtr>(question.get("node")), _clip);
+    kxMessage frame;
+    frame.set("frame", 36.0, true);
+    kxController::call(kxMessageName::FramePlayerFrameChanged, frame, 0);
+    QCOMPARE(shown()->time(), 36.0);
+    kxAnimFixture::clear();
+    kxMessage newScene(kxMessageId::NewScene);
+    kxModuleRegistry::the().deliver(newScene);
+    QCOMPARE(tree()->topLevelItemCount(), 0);
+    QCOMPARE(shown()->bars().size(), 0);
+}
+
+void tst_kxAnimClipEditor::doesNothingWithoutItsWindow()
+{
+    delete _form;
+    for (const kxMessageId::Id id : {kxMessageId::NewScene, kxMessageId::SceneChanged, kxMessageId::ClipsChanged})
+    {
+        kxMessage message(id);
+        QCOMPARE(_module->receivedMessage(message), 0);
+    }
+    kxMessage message;
+    for (const char* const name : {kxMessageName::TrashCleared, kxMessageName::UpdateClipScene,
+                                   kxMessageName::SelectedClipNode, kxMessageName::FramePlayerLoopChanged})
+        kxController::call(name, message, 0);
+}
+
+QTEST_MAIN(tst_kxAnimClipEditor)
+#include "tst_kxAnimClipEditor.moc"
