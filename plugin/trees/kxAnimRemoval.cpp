@@ -8,15 +8,6 @@
 
 namespace
 {
-/// True for a node under an object, a material or a structure. What the clipboard and the undo stack hold ends in an
-/// animation at its top.
-bool isPlaced(osg::NodePtr node)
-{
-    while (node->getParent() != osg::NullFC)
-        node = node->getParent();
-    return osg::AnimObjectPtr::dcast(node->getCore()) == osg::NullFC;
-}
-
 bool isUsedElsewhere(const osg::AnimNodePtr& animation)
 {
     const osg::NodeCorePtr core = animation->getCore();
@@ -24,7 +15,7 @@ bool isUsedElsewhere(const osg::AnimNodePtr& animation)
         kxAnimManager::the()->blockSceneRefCount(animation) != 1)
         return false;
     const std::vector<osg::NodePtr>& users = core->getParents();
-    return std::count_if(users.begin(), users.end(), isPlaced) >= 2;
+    return std::count_if(users.begin(), users.end(), kxIsPlaced) >= 2;
 }
 
 void addAnimationsOf(const osg::FieldContainerPtr& container, kxRemoval& removal)
@@ -38,6 +29,13 @@ void addAnimationsOf(const osg::FieldContainerPtr& container, kxRemoval& removal
         removal.nodes.emplace_back(animation);
 }
 } // namespace
+
+bool kxIsPlaced(osg::NodePtr node)
+{
+    while (node->getParent() != osg::NullFC)
+        node = node->getParent();
+    return osg::AnimObjectPtr::dcast(node->getCore()) == osg::NullFC;
+}
 
 kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkReferences,
                            const std::function<kxRemovalAnswer(const QString& name)>& ask)
@@ -77,7 +75,7 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
         if (accepted == osg::NullFC || accepted->getCore() == osg::NullFC)
             continue;
         for (const osg::NodePtr& user : accepted->getCore()->getParents())
-            if (isPlaced(user))
+            if (kxIsPlaced(user))
                 removal.nodes.emplace_back(user);
         removal.sharedDeleted = true;
     }

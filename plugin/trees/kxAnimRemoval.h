@@ -30,6 +30,10 @@ struct kxRemoval
     bool sharedDeleted = false; ///< the user let an animation go that is used elsewhere
 };
 
+/// True for a node under an object, a material or a structure. What the clipboard and the undo stack hold ends in an
+/// animation at its top.
+bool kxIsPlaced(osg::NodePtr node);
+
 /// Decides which animations go with the rows: a row of an animation stands for itself, any other for all animations of
 /// its object or material.
 ///

@@ -1,3 +1,4 @@
+#include <trees/kxAnimRemoval.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
@@ -390,7 +391,8 @@ void kxAnimTreeWidget::search(QString text)
                [&](kxAnimTreeWidgetItem* item)
                {
                    const osg::AnimNodePtr animation = item->animNode();
-                   if (animation != osg::NullFC && matches(item->text(0)))
+                   // What was deleted during the search lives on the undo stack.
+                   if (animation != osg::NullFC && matches(item->text(0)) && kxIsPlaced(animation))
                        animations.push_back(animation);
                });
     rebuildFrom(animations);

@@ -111,6 +111,7 @@ private Q_SLOTS:
     void searches_data();
     void searches();
     void searchOutlivesTheScene();
+    void searchLeavesOutWhatWasDeleted();
     void deletesWithAnswers_data();
     void deletesWithAnswers();
     void deleteAsksAndComesBack();
@@ -244,6 +245,20 @@ void tst_kxAnimTreeWidget::searchOutlivesTheScene()
     QCOMPARE(_tree->topLevelItemCount(), 0);
     _tree->search("");
     QCOMPARE(_tree->topLevelItemCount(), 0);
+}
+
+void tst_kxAnimTreeWidget::searchLeavesOutWhatWasDeleted()
+{
+    _tree->search("walk");
+    _tree->select({"Walk"});
+    _tree->removeSelected(false);
+    _tree->search("l");
+    QCOMPARE(_tree->topLevelItemCount(), 1);
+    QVERIFY(_tree->find("Roll \"2\"") != nullptr);
+    kxUndoStack::get(0).stack()->undo();
+    _tree->search("wa");
+    QVERIFY(_tree->find("Walk") != nullptr);
+    _tree->search("");
 }
 
 void tst_kxAnimTreeWidget::deletesWithAnswers_data()
