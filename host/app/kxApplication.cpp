@@ -95,6 +95,7 @@ void kxApplication::setHooks()
         job.camera = [window](float aspect) { return window->view()->viewCamera(aspect); };
         return job.renderImage(file, QSize(width, height), reason);
     };
+    kxHostModule::hooks().stage = window->stage();
     kxHostModule::hooks().screenshot = [window](const QString& file, QString& reason)
     { return window->saveScreenshot(file, reason); };
 }

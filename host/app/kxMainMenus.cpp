@@ -12,6 +12,7 @@
 #include <panels/kxSceneTreePanel.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
+#include <scenery/kxSceneryActions.h>
 #include <view/kxView3D.h>
 #include <view/kxViewActions.h>
 
@@ -200,6 +201,10 @@ void kxMainMenus::fillSceneMenu()
         addEntry(lights, entry.name, entry);
     addEntry(menu, tr("Add &Camera"), kxSceneObjects::camera());
     addEntry(menu, tr("Add &Empty Group"), kxSceneObjects::group());
+    menu->addSeparator();
+    menu->addActions(_window->sceneryActions()->all());
+    connect(_window->sceneryActions(), &kxSceneryActions::added, this,
+            [this] { _window->dockManager()->show(QStringLiteral("Scenery")); });
     menu->addSeparator();
     menu->addActions(_objectMenu->actions());
     menu->addSeparator();

@@ -20,10 +20,12 @@
 #include <panels/kxPreferencesDialog.h>
 #include <panels/kxPropertyPanel.h>
 #include <panels/kxSceneTreePanel.h>
+#include <panels/kxSceneryPanel.h>
 #include <panels/kxUndoPanel.h>
 #include <python/kxInterpreter.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
+#include <scenery/kxSceneryActions.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 #include <view/kxViewActions.h>
@@ -46,7 +48,7 @@
 
 namespace
 {
-constexpr int LayoutVersion = 1;
+constexpr int LayoutVersion = 2;
 constexpr QSize FirstSize(1600, 950);
 // Of the first layout, in pixels; between them, a share of the window.
 constexpr int LeftWidth[] = {220, 290};
@@ -87,6 +89,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _view->setObjectName(QStringLiteral("_view"));
     setCentralWidget(_view);
     _stage = new kxSceneryStage(_view, this);
+    _sceneryActions = new kxSceneryActions(_stage, this);
     new kxWelcome(this, _view);
     _menus = new kxMainMenus(this);
     createDocks();
@@ -135,6 +138,7 @@ void kxMainWindow::createDocks()
     _sceneTree = new kxSceneTreePanel(_menus->objectMenu());
     _properties = new kxPropertyPanel;
     _materials = new kxMaterialPanel;
+    _scenery = new kxSceneryPanel(_stage, _sceneryActions);
     _undo = new kxUndoPanel;
     _log = new kxLogPanel;
     _console = new kxPythonConsole;
@@ -145,12 +149,15 @@ void kxMainWindow::createDocks()
     };
     add("Scene", _sceneTree, "SceneTree", tr("Scene"), Qt::LeftDockWidgetArea);
     add("Materials", _materials, "Materials", tr("Materials"), Qt::LeftDockWidgetArea);
+    add("Scenery", _scenery, "scenegraph/Viewpoint", tr("Scenery"), Qt::LeftDockWidgetArea);
     add("Properties", _properties, "Properties", tr("Properties"), Qt::RightDockWidgetArea);
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
     _sceneTree->setMinimumWidth(SmallestLeft);
     _console->setMinimumHeight(SmallestBottom); // in tabs, the largest of all wishes would hold
+    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Materials")),
+                     _docks->getDockWidget(QStringLiteral("Scenery")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
     _docks->getDockWidget(QStringLiteral("Log"))->raise();
 }
@@ -166,6 +173,7 @@ void kxMainWindow::arrange()
     resizeDocks({dock("Properties"), dock("History")}, {height * 70 / 100, height * 30 / 100}, Qt::Vertical);
     resizeDocks({dock("Log")}, {within(height * 28 / 100, BottomHeight)}, Qt::Vertical);
     dock("Log")->raise();
+    dock("Materials")->raise();
 }
 
 void kxMainWindow::addTools()

@@ -15,6 +15,8 @@ class kxPropertyPanel;
 class kxPythonConsole;
 class kxRenderDialog;
 class kxSceneTreePanel;
+class kxSceneryActions;
+class kxSceneryPanel;
 class kxSceneryStage;
 class kxUndoPanel;
 class kxView3D;
@@ -33,6 +35,7 @@ public:
     kxSceneTreePanel* sceneTree() const { return _sceneTree; }
     kxPythonConsole* console() const { return _console; }
     kxSceneryStage* stage() const { return _stage; }
+    kxSceneryActions* sceneryActions() const { return _sceneryActions; }
 
     /// Takes the tools of the plug-in into the menus and puts everything where it stood last. Once, when all docks and
     /// tool bars are there.
@@ -88,9 +91,11 @@ private:
     kxMainMenus* _menus = nullptr;
     kxView3D* _view = nullptr;
     kxSceneryStage* _stage = nullptr;
+    kxSceneryActions* _sceneryActions = nullptr;
     kxSceneTreePanel* _sceneTree = nullptr;
     kxPropertyPanel* _properties = nullptr;
     kxMaterialPanel* _materials = nullptr;
+    kxSceneryPanel* _scenery = nullptr;
     kxUndoPanel* _undo = nullptr;
     kxLogPanel* _log = nullptr;
     kxPythonConsole* _console = nullptr;

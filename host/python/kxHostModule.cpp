@@ -5,6 +5,7 @@
 #include "kxHostChannels.h"
 #include "kxHostFiles.h"
 #include "kxHostMessages.h"
+#include "kxHostScenery.h"
 #include "kxHostWidgets.h"
 
 #include <kernel/kxSelection.h>
@@ -337,6 +338,7 @@ void defineModule()
     defineFiles();
     defineObjects();
     defineChannels();
+    kxHostScenery::define();
     defineRest();
     defineWidgets();
 }

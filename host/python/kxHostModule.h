@@ -4,6 +4,8 @@
 
 #include <functional>
 
+class kxSceneryStage;
+
 /// The Python module `kxHost`: the application for scripts.
 class kxHostModule
 {
@@ -16,6 +18,8 @@ public:
         std::function<bool(const QString& file, int width, int height, QString& reason)> render;
         /// Saves a picture of the main window.
         std::function<bool(const QString& file, QString& reason)> screenshot;
+        /// Shows viewpoints and runs sequences; not owned.
+        kxSceneryStage* stage = nullptr;
     };
 
     /// Registers the module. To be called once, before the interpreter starts.

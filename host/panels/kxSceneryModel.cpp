@@ -1,0 +1,256 @@
+#include "kxSceneryModel.h"
+
+#include <QFont>
+#include <app/kxSceneEdits.h>
+#include <kxIconManager.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
+#include <scenery/kxSceneryStage.h>
+#include <widgets/kxColors.h>
+
+namespace
+{
+// What an index carries: nothing for a section, the section's row for a thing, and the thing's row above it for a
+// choice.
+constexpr quintptr LevelMask = 3, ItemLevel = 1, ChoiceLevel = 2;
+constexpr int SectionShift = 2, ItemShift = 5;
+
+int sectionOf(quintptr id)
+{
+    return int((id >> SectionShift) & 7);
+}
+} // namespace
+
+kxSceneryModel::kxSceneryModel(kxSceneryStage* stage, QObject* parent) : QAbstractItemModel(parent), _stage(stage)
+{
+    connect(kxScene::the(), &kxScene::structureChanged, this, &kxSceneryModel::sync);
+    connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxSceneryModel::syncChoices);
+    connect(stage, &kxSceneryStage::changed, this, &kxSceneryModel::sync);
+    sync();
+}
+
+kxSceneryModel::Sections kxSceneryModel::read() const
+{
+    Sections sections;
+    for (int i = 0; i < kxScenery::KindCount; ++i)
+    {
+        Section section{kxScenery::Kind(i), {}};
+        for (const osg::NodePtr& node : kxScenery::all(section.kind))
+        {
+            Item item{node.getFieldContainerId(), QString::fromStdString(node->getNodeName()), {}, {}, false};
+            if (section.kind == kxScenery::Kind::VariantSet)
+            {
+                for (const std::string& choice : kxScenery::choices(node))
+                    item.choices << QString::fromStdString(choice);
+                item.shown = QString::fromStdString(kxScenery::shownChoice(node));
+            }
+            item.isRunning =
+                section.kind == kxScenery::Kind::Sequence && _stage->runner().currentStep(node->getNodeName()) >= 0;
+            section.items.push_back(item);
+        }
+        if (!section.items.empty())
+            sections.push_back(std::move(section));
+    }
+    return sections;
+}
+
+bool kxSceneryModel::haveSameRows(const Sections& a, const Sections& b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+    {
+        if (a[i].kind != b[i].kind || a[i].items.size() != b[i].items.size())
+            return false;
+        for (std::size_t j = 0; j < a[i].items.size(); ++j)
+            if (a[i].items[j].id != b[i].items[j].id || a[i].items[j].choices.size() != b[i].items[j].choices.size())
+                return false;
+    }
+    return true;
+}
+
+void kxSceneryModel::sync()
+{
+    Sections sections = read();
+    if (!haveSameRows(sections, _sections))
+    {
+        beginResetModel();
+        _sections = std::move(sections);
+        endResetModel();
+        return;
+    }
+    for (std::size_t i = 0; i < sections.size(); ++i)
+        for (std::size_t j = 0; j < sections[i].items.size(); ++j)
+        {
+            Item& shown = _sections[i].items[j];
+            const Item& now = sections[i].items[j];
+            if (shown.name == now.name && shown.choices == now.choices && shown.shown == now.shown &&
+                shown.isRunning == now.isRunning)
+                continue;
+            shown = now;
+            const QModelIndex row = index(int(j), 0, index(int(i), 0));
+            Q_EMIT dataChanged(row, row);
+            if (!now.choices.isEmpty())
+                Q_EMIT dataChanged(index(0, 0, row), index(now.choices.size() - 1, 0, row));
+        }
+}
+
+void kxSceneryModel::syncChoices()
+{
+    for (std::size_t i = 0; i < _sections.size(); ++i)
+        for (std::size_t j = 0; _sections[i].kind == kxScenery::Kind::VariantSet && j < _sections[i].items.size(); ++j)
+        {
+            Item& set = _sections[i].items[j];
+            const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(set.id);
+            const QString shown = QString::fromStdString(kxScenery::shownChoice(node));
+            if (shown == set.shown || set.choices.isEmpty())
+                continue;
+            set.shown = shown;
+            const QModelIndex row = index(int(j), 0, index(int(i), 0));
+            Q_EMIT dataChanged(index(0, 0, row), index(set.choices.size() - 1, 0, row));
+        }
+}
+
+const kxSceneryModel::Item* kxSceneryModel::item(const QModelIndex& index) const
+{
+    const quintptr id = index.internalId();
+    const std::size_t section = std::size_t(sectionOf(id));
+    const std::size_t row = (id & LevelMask) == ItemLevel ? std::size_t(index.row()) : std::size_t(id >> ItemShift);
+    if (!index.isValid() || (id & LevelMask) == 0 || section >= _sections.size() ||
+        row >= _sections[section].items.size())
+        return nullptr;
+    return &_sections[section].items[row];
+}
+
+osg::NodePtr kxSceneryModel::node(const QModelIndex& index) const
+{
+    const Item* const found = item(index);
+    return found == nullptr ? osg::NodePtr() : osg::FieldContainerFactory::the()->get<osg::Node>(found->id);
+}
+
+int kxSceneryModel::choice(const QModelIndex& index) const
+{
+    return index.isValid() && (index.internalId() & LevelMask) == ChoiceLevel ? index.row() : -1;
+}
+
+QModelIndex kxSceneryModel::indexOf(unsigned int nodeId) const
+{
+    for (std::size_t i = 0; i < _sections.size(); ++i)
+        for (std::size_t j = 0; j < _sections[i].items.size(); ++j)
+            if (_sections[i].items[j].id == nodeId)
+                return index(int(j), 0, index(int(i), 0));
+    return QModelIndex();
+}
+
+QModelIndex kxSceneryModel::index(int row, int column, const QModelIndex& parent) const
+{
+    if (row < 0 || column != 0 || row >= rowCount(parent))
+        return QModelIndex();
+    if (!parent.isValid())
+        return createIndex(row, 0, quintptr(0));
+    const quintptr above = parent.internalId();
+    if ((above & LevelMask) == 0)
+        return createIndex(row, 0, quintptr(parent.row()) << SectionShift | ItemLevel);
+    return createIndex(row, 0,
+                       quintptr(parent.row()) << ItemShift | quintptr(sectionOf(above)) << SectionShift | ChoiceLevel);
+}
+
+QModelIndex kxSceneryModel::parent(const QModelIndex& child) const
+{
+    const quintptr id = child.internalId();
+    if (!child.isValid() || (id & LevelMask) == 0)
+        return QModelIndex();
+    if ((id & LevelMask) == ItemLevel)
+        return createIndex(sectionOf(id), 0, quintptr(0));
+    return createIndex(int(id >> ItemShift), 0, quintptr(sectionOf(id)) << SectionShift | ItemLevel);
+}
+
+int kxSceneryModel::rowCount(const QModelIndex& parent) const
+{
+    if (!parent.isValid())
+        return int(_sections.size());
+    const quintptr level = parent.internalId() & LevelMask;
+    if (level == 0)
+        return int(_sections[std::size_t(parent.row())].items.size());
+    const Item* const above = level == ItemLevel ? item(parent) : nullptr;
+    return above == nullptr ? 0 : above->choices.size();
+}
+
+QVariant kxSceneryModel::sectionData(const Section& section, int role) const
+{
+    static const char* const Titles[kxScenery::KindCount] = {QT_TR_NOOP("Viewpoints"), QT_TR_NOOP("Camera Tracks"),
+                                                             QT_TR_NOOP("Variant Sets"), QT_TR_NOOP("Sequences")};
+    if (role == Qt::DisplayRole)
+        return tr(Titles[int(section.kind)]);
+    return role == Qt::ForegroundRole ? QVariant(kxColors::dimText()) : QVariant();
+}
+
+QVariant kxSceneryModel::choiceData(const Item& set, int row, int role) const
+{
+    const bool isShown = set.choices[row] == set.shown;
+    switch (role)
+    {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        return set.choices[row];
+    case Qt::DecorationRole:
+        return kxIconManager::getIcon(isShown ? QStringLiteral("Visible") : QStringLiteral("Hidden"), QString());
+    case Qt::ForegroundRole:
+        return isShown ? QVariant() : QVariant(kxColors::dimText());
+    case Qt::ToolTipRole:
+        return isShown ? tr("Is shown") : tr("Double-click shows it");
+    default:
+        return QVariant();
+    }
+}
+
+QVariant kxSceneryModel::data(const QModelIndex& index, int role) const
+{
+    const Item* const found = item(index);
+    if (found == nullptr)
+        return index.isValid() ? sectionData(_sections[std::size_t(index.row())], role) : QVariant();
+    if (choice(index) >= 0)
+        return choiceData(*found, index.row(), role);
+    const kxScenery::Kind kind = _sections[std::size_t(sectionOf(index.internalId()))].kind;
+    static const char* const Icons[kxScenery::KindCount] = {"scenegraph/Viewpoint", "scenegraph/CameraTrack",
+                                                            "scenegraph/SwitchNode", "scenegraph/Sequence"};
+    static const char* const Tips[kxScenery::KindCount] = {
+        QT_TR_NOOP("Double-click takes the view there"), QT_TR_NOOP("Double-click plays it through its camera"),
+        QT_TR_NOOP("Double-click shows the next choice"), QT_TR_NOOP("Double-click runs it")};
+    switch (role)
+    {
+    case Qt::DisplayRole:
+        return found->name.isEmpty() ? tr("(unnamed)") : found->name;
+    case Qt::EditRole:
+        return found->name;
+    case Qt::DecorationRole:
+        return kxIconManager::getIcon(found->isRunning ? QStringLiteral("Play") : QString::fromLatin1(Icons[int(kind)]),
+                                      QString());
+    case Qt::ForegroundRole:
+        return found->isRunning ? QVariant(kxColors::accent()) : QVariant();
+    case Qt::ToolTipRole:
+        return found->isRunning ? tr("Runs") : tr(Tips[int(kind)]);
+    default:
+        return QVariant();
+    }
+}
+
+bool kxSceneryModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    const osg::NodePtr above = node(index);
+    const int row = choice(index);
+    const osg::NodePtr target = row < 0 || above == osg::NullFC ? above : above->getChild(unsigned(row));
+    if (role != Qt::EditRole || !kxSceneEdits::rename(target, value.toString()))
+        return false;
+    kxScene::the()->flush();
+    return true;
+}
+
+Qt::ItemFlags kxSceneryModel::flags(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    return item(index) == nullptr ? Qt::ItemFlags(Qt::ItemIsEnabled)
+                                  : Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable;
+}

@@ -1,0 +1,81 @@
+#include "kxSceneryActions.h"
+
+#include "kxSceneryEdits.h"
+#include "kxSceneryStage.h"
+
+#include <QAction>
+#include <kernel/kxSelection.h>
+#include <kxIconManager.h>
+#include <scene/kxScene.h>
+#include <view/kxView3D.h>
+
+#include <QRegularExpression>
+
+namespace
+{
+constexpr double LegSeconds = 2;  // from one viewpoint to the next
+constexpr double TurnSeconds = 8; // of a turn around the scene
+} // namespace
+
+kxSceneryActions::kxSceneryActions(kxSceneryStage* stage, QObject* parent) : QObject(parent), _stage(stage)
+{
+    add(tr("Add &Viewpoint"), QStringLiteral("scenegraph/Viewpoint"), tr("Keeps the place where the view stands"),
+        &kxSceneryActions::addViewpoint);
+    _track = add(tr("Add Camera &Track through Viewpoints"), QStringLiteral("scenegraph/CameraTrack"),
+                 tr("A camera that travels from each viewpoint to the next; needs two viewpoints"),
+                 &kxSceneryActions::addTrack);
+    add(tr("Add Camera Track a&round the View's Target"), QStringLiteral("scenegraph/CameraTrack"),
+        tr("A camera that turns once around what the view looks at"), &kxSceneryActions::addTurntable);
+    add(tr("Add Variant &Set"), QStringLiteral("scenegraph/SwitchNode"),
+        tr("The selected objects become choices of which one is shown"), &kxSceneryActions::addVariantSet);
+    add(tr("Add Se&quence"), QStringLiteral("scenegraph/Sequence"),
+        tr("Steps that follow each other: clips, viewpoints, variants, pauses, scripts"),
+        &kxSceneryActions::addSequence);
+    connect(kxScene::the(), &kxScene::structureChanged, this, &kxSceneryActions::update);
+    update();
+}
+
+QAction* kxSceneryActions::add(const QString& text, const QString& icon, const QString& tip,
+                               void (kxSceneryActions::*slot)())
+{
+    auto* const action = new QAction(kxIconManager::getIcon(icon, QString()), text, this);
+    action->setObjectName(QStringLiteral("_action") +
+                          QString(text).remove(QRegularExpression(QStringLiteral("[^A-Za-z]"))));
+    action->setToolTip(tip);
+    connect(action, &QAction::triggered, this, slot);
+    _all.append(action);
+    return action;
+}
+
+void kxSceneryActions::update()
+{
+    _track->setEnabled(kxScenery::all(kxScenery::Kind::Viewpoint).size() > 1);
+}
+
+void kxSceneryActions::addViewpoint()
+{
+    kxView3D* const view = _stage->view();
+    const osg::NodePtr made = kxSceneryEdits::addViewpoint(view->viewCamera(1), view->rig().pose().distance);
+    Q_EMIT added(made.getFieldContainerId());
+}
+
+void kxSceneryActions::addTrack()
+{
+    const osg::NodePtr made = kxSceneryEdits::addCameraTrack(kxScenery::all(kxScenery::Kind::Viewpoint), LegSeconds);
+    Q_EMIT added(made.getFieldContainerId());
+}
+
+void kxSceneryActions::addTurntable()
+{
+    Q_EMIT added(kxSceneryEdits::addTurntable(_stage->view()->rig().pose(), TurnSeconds).getFieldContainerId());
+}
+
+void kxSceneryActions::addVariantSet()
+{
+    Q_EMIT added(kxSceneryEdits::addVariantSet(kxSelection::the().nodes()).getFieldContainerId());
+}
+
+void kxSceneryActions::addSequence()
+{
+    Q_EMIT added(kxSceneryEdits::addSequence({}).getFieldContainerId());
+}
