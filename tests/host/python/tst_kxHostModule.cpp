@@ -119,6 +119,25 @@ void tst_kxHostModule::scripts_data()
         << "assert findNode('Knob').parent == findNode('Door') and findMaterial('Paint').name == 'Paint'\n"
            "assert not findNode('knob') and not findNode('') and not findMaterial('Door')\n"
            "refused(TypeError, '', findNode, None)";
+    QTest::newRow("variants")
+        << "door = findNode('Door')\nlook = addVariantSet(list(door.children) + [], 'Look')\n"
+           "assert variantChoices('Look') == ['Knob'] and variant(look) == 'Knob' and undoCount() == 1\n"
+           "refused(LookupError, 'Open', setVariant, look, 'Open')\n"
+           "refused(LookupError, 'Lock', variant, 'Lock'); refused(TypeError, '', variant, 3)\n"
+           "renameScenery(look, 'Lock'); assert variantSets() == [look] and variant('Lock') == 'Knob'\n"
+           "refused(ValueError, 'empty', renameScenery, look, ' '); refused(ValueError, '', deleteScenery, door)\n"
+           "deleteScenery(look); assert not variantSets() and undo() and variantSets() == [look]";
+    QTest::newRow("sequences")
+        << "steps = [('clip', 'a'), ('variant', 'D'), ('variant', 'D', 'x'), ('wait', 0.5), ('python', 'x\\ny')]\n"
+           "tour = addSequence(steps, 'Tour')\n"
+           "assert sequenceSteps(tour) == steps and addSequence([], 'Tour').name != 'Tour'\n"
+           "for error, part, step in [(ValueError, 'jump', ('jump', 'a')), (ValueError, 'step 1', ('wait',)),\n"
+           "        (ValueError, '86400', ('wait', -1)), (ValueError, '', ('wait', float('nan'))),\n"
+           "        (TypeError, 'seconds', ('wait', 'a')), (TypeError, '', ('clip', 3)), (TypeError, '', 'clip')]:\n"
+           "    refused(error, part, setSequenceSteps, tour, [step])\n"
+           "assert sequenceSteps('Tour') == steps and undoCount() == 2\n"
+           "refused(LookupError, 'Gone', setSequenceSteps, 'Gone', [])\n"
+           "refused(RuntimeError, 'view', runSequence, tour); refused(ValueError, 'two', addCameraTrack, [])";
     QTest::newRow("select nodes")
         << "door, knob = findNode('Door'), findNode('Knob')\n"
            "selectNodes([knob, NodePtr(), kxNodePtr(door), knob])\n"
