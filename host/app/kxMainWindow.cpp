@@ -149,14 +149,14 @@ void kxMainWindow::createDocks()
     };
     add("Scene", _sceneTree, "SceneTree", tr("Scene"), Qt::LeftDockWidgetArea);
     add("Materials", _materials, "Materials", tr("Materials"), Qt::LeftDockWidgetArea);
-    add("Scenery", _scenery, "scenegraph/Viewpoint", tr("Scenery"), Qt::LeftDockWidgetArea);
     add("Properties", _properties, "Properties", tr("Properties"), Qt::RightDockWidgetArea);
+    add("Scenery", _scenery, "scenegraph/Viewpoint", tr("Scenery"), Qt::RightDockWidgetArea);
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
     _sceneTree->setMinimumWidth(SmallestLeft);
     _console->setMinimumHeight(SmallestBottom); // in tabs, the largest of all wishes would hold
-    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Materials")),
+    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Properties")),
                      _docks->getDockWidget(QStringLiteral("Scenery")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
     _docks->getDockWidget(QStringLiteral("Log"))->raise();
@@ -173,7 +173,7 @@ void kxMainWindow::arrange()
     resizeDocks({dock("Properties"), dock("History")}, {height * 70 / 100, height * 30 / 100}, Qt::Vertical);
     resizeDocks({dock("Log")}, {within(height * 28 / 100, BottomHeight)}, Qt::Vertical);
     dock("Log")->raise();
-    dock("Materials")->raise();
+    dock("Properties")->raise();
 }
 
 void kxMainWindow::addTools()

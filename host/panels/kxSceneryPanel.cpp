@@ -93,6 +93,8 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
     topLayout->addLayout(buttons);
     splitter->addWidget(top);
     splitter->addWidget(makeSteps());
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
     layout->addWidget(splitter);
 
     auto* const menu = new QMenu(this);
