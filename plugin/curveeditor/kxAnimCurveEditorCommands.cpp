@@ -6,6 +6,7 @@
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
+#include <curveeditor/kxAnimJointMove.h>
 #include <curveeditor/kxKeyArithmetic.h>
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
@@ -212,12 +213,14 @@ bool kxAnimCurveEditor::modifyKeys(Axis axis, RelativeOperator op, double value)
     const std::optional<std::vector<double>> targets = kxAppliedToAll(present, op, value);
     if (!targets)
         return false;
-    for (const std::size_t i : kxCollisionFreeOrder(present, *targets))
     {
-        kxAnimGraphPoint* const point = points[int(i)];
-        const double target = (*targets)[i];
-        point->setKeyPos(axis == Axis::Frame ? target : point->pos().x(),
-                         axis == Axis::Value ? target : point->pos().y());
+        const kxAnimJointMove move(points);
+        for (int i = 0; i < points.size(); ++i)
+        {
+            const double target = (*targets)[std::size_t(i)];
+            points[i]->setKeyPos(axis == Axis::Frame ? target : points[i]->pos().x(),
+                                 axis == Axis::Value ? target : points[i]->pos().y());
+        }
     }
     if (!points.isEmpty())
         scene()->moveSelectedPoints();

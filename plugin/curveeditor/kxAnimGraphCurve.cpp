@@ -278,7 +278,11 @@ void kxAnimGraphCurve::computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* 
 
 bool kxAnimGraphCurve::isTimeTaken(double x, const kxAnimGraphPoint* key) const
 {
-    const auto isThere = [x, key](const kxAnimGraphPoint* other) { return other != key && other->pos().x() == x; };
+    const auto isThere = [x, key](const kxAnimGraphPoint* other)
+    {
+        const bool isCompanion = key->isMovingJointly() && other->isMovingJointly();
+        return other != key && !isCompanion && other->pos().x() == x;
+    };
     if (!_line.isSorted() || _line.size() != _points.size())
         return std::any_of(_points.begin(), _points.end(), isThere);
     const kxAnimGraphLine::Range range = _line.keysIn(x, x);

@@ -54,8 +54,8 @@ public:
     /// to `out`, rebuilds the path and emits curveChanged(). Keys that nothing near has touched cost a copy.
     void collectControlPoints(std::vector<osg::CCPnt>& out);
 
-    /// True where another key than `key` stands at exactly `x`. Finds it without a walk over the keys, also while they
-    /// are being moved past one another.
+    /// True where another key than `key` and those that move jointly with it stands at exactly `x`. Finds it without a
+    /// walk over the keys, also while they are being moved past one another.
     bool isTimeTaken(double x, const kxAnimGraphPoint* key) const;
 
     int type() const override { return Type; }

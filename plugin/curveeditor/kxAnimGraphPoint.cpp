@@ -4,6 +4,7 @@
 #include <curveeditor/kxAnimGraphGeometry.h>
 #include <curveeditor/kxAnimGraphMarks.h>
 #include <curveeditor/kxAnimGraphScene.h>
+#include <curveeditor/kxAnimJointMove.h>
 
 #include <osg/CCPnt.h>
 
@@ -14,9 +15,12 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPen>
+#include <QPointer>
 #include <QStyleOptionGraphicsItem>
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace
 {
@@ -32,6 +36,14 @@ double g_scaleY = 1;
 quint64 g_keyMoves = 0;
 /// Where the mouse was at the last press, move or release.
 QPointF g_lastScenePos;
+
+/// The keys that the mouse drags, and where each stood at the first move.
+struct DraggedKey
+{
+    QPointer<kxAnimGraphPoint> key;
+    QPointF start;
+};
+std::vector<DraggedKey> g_dragged;
 
 kxCurveMath::Place place(const QPointF& point)
 {
@@ -59,7 +71,7 @@ const QPen& linePen()
 
 kxAnimGraphPoint::kxAnimGraphPoint(QGraphicsItem* parent, bool withTangents)
     : QGraphicsRectItem(parent), _isKey(withTangents), _isTangent(false), _isInTangent(false), _tangentsShown(false),
-      _isDragging(false), _isTouched(true)
+      _isDragging(false), _isTouched(true), _isMovingJointly(false), _isGoingBack(false)
 {
     setPen(Qt::NoPen);
     setBrush(squareBrush(_isKey));
@@ -352,6 +364,8 @@ void kxAnimGraphPoint::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
     // Some window systems send a move of no length with a click.
     if (!_isDragging && event->scenePos() == g_lastScenePos)
         return;
+    if (!_isDragging && !_isTangent)
+        beginKeyDrag();
     _isDragging = true;
     if (_isTangent)
         dragHandle(event);
@@ -371,10 +385,45 @@ void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
     cacheTangents();
 }
 
+void kxAnimGraphPoint::beginKeyDrag()
+{
+    QList<kxAnimGraphPoint*> keys;
+    if (const kxAnimGraphScene* graph = graphScene())
+        graph->selectedPoints(keys);
+    if (!isSelected())
+        keys.append(this);
+    g_dragged.clear();
+    g_dragged.reserve(std::size_t(keys.size()));
+    for (kxAnimGraphPoint* key : qAsConst(keys))
+        g_dragged.push_back({key, key->pos()});
+}
+
 void kxAnimGraphPoint::dragKeys(QGraphicsSceneMouseEvent* event)
 {
+    if (!(event->buttons() & Qt::LeftButton) || !(flags() & ItemIsMovable))
+    {
+        event->ignore();
+        return;
+    }
     const quint64 movesBefore = g_keyMoves;
-    QGraphicsRectItem::mouseMoveEvent(event);
+    // This key follows the mouse, and the grid where it snaps; the others follow this one, so that the keys keep their
+    // distances in time and in value. The base would let each go its own way.
+    const auto isOut = [](const DraggedKey& one) { return one.key.isNull() || !(one.key->flags() & ItemIsMovable); };
+    g_dragged.erase(std::remove_if(g_dragged.begin(), g_dragged.end(), isOut), g_dragged.end());
+    const auto own =
+        std::find_if(g_dragged.begin(), g_dragged.end(), [this](const DraggedKey& one) { return one.key == this; });
+    if (own == g_dragged.end())
+        return;
+    const QPointF target = snapped(own->start + event->scenePos() - event->buttonDownScenePos(Qt::LeftButton));
+    const QPointF way = target - own->start;
+    QList<kxAnimGraphPoint*> keys;
+    for (const DraggedKey& one : g_dragged)
+        keys.append(one.key);
+    {
+        const kxAnimJointMove step(keys);
+        for (const DraggedKey& one : g_dragged)
+            one.key->setPos(one.key == this ? target : one.start + way);
+    }
     // Keys that snapping, locks or ties hold where they are leave no step.
     if (g_keyMoves != movesBefore && graphScene() != nullptr)
         graphScene()->moveSelectedPoints();
@@ -387,6 +436,7 @@ void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     cacheTangents();
     g_lastScenePos = event->scenePos();
     _isDragging = false;
+    g_dragged.clear();
 }
 
 void kxAnimGraphPoint::hoverEnterEvent(QGraphicsSceneHoverEvent* event)
@@ -407,19 +457,33 @@ void kxAnimGraphPoint::hoverLeaveEvent(QGraphicsSceneHoverEvent* event)
     QGraphicsRectItem::hoverLeaveEvent(event);
 }
 
+void kxAnimGraphPoint::putBack(const QPointF& pos)
+{
+    _isGoingBack = true;
+    setPos(pos);
+    _isGoingBack = false;
+}
+
+QPointF kxAnimGraphPoint::snapped(const QPointF& proposed) const
+{
+    const kxAnimGraphScene* graph = graphScene();
+    QPointF result = proposed;
+    if (graph != nullptr && graph->snapToGridX())
+        result.setX(kxAnimGraphGeometry::snapped(pos().x(), proposed.x()));
+    if (graph != nullptr && graph->snapToGridY())
+        result.setY(kxAnimGraphGeometry::snapped(pos().y(), proposed.y()));
+    return result;
+}
+
 QPointF kxAnimGraphPoint::filteredPos(const QPointF& proposed) const
 {
     const kxAnimGraphCurve* parent = curve();
-    if (parent != nullptr && parent->isFollowingKernel())
+    if (_isGoingBack || (parent != nullptr && parent->isFollowingKernel()))
         return proposed;
     const QPointF old = pos();
-    QPointF result = proposed;
+    QPointF result = _isDragging ? snapped(proposed) : proposed;
     if (const kxAnimGraphScene* graph = graphScene())
     {
-        if (_isDragging && graph->snapToGridX())
-            result.setX(kxAnimGraphGeometry::snapped(old.x(), proposed.x()));
-        if (_isDragging && graph->snapToGridY())
-            result.setY(kxAnimGraphGeometry::snapped(old.y(), proposed.y()));
         if (graph->lockX())
             result.setX(old.x());
         if (graph->lockY())

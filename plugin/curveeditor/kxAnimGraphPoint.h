@@ -55,6 +55,12 @@ public:
     /// Moves a key and emits graphPointMoved().
     void setKeyPos(double x, double y);
 
+    /// While true, keys that move with this one don't refuse it the frame that they stand on. See kxAnimJointMove.
+    void setMovingJointly(bool value) { _isMovingJointly = value; }
+    bool isMovingJointly() const { return _isMovingJointly; }
+    /// Moves a key past snapping, locks and ties to where it was.
+    void putBack(const QPointF& pos);
+
     /// Places a handle relative to its key; nothing without handles.
     void setInTangentPos(const QPointF& pos);
     void setInTangentPos(double x, double y) { setInTangentPos(QPointF(x, y)); }
@@ -148,6 +154,8 @@ private:
     void followHandle(kxAnimGraphPoint* handle, bool isIn);
     void dragHandle(QGraphicsSceneMouseEvent* event);
     void dragKeys(QGraphicsSceneMouseEvent* event);
+    void beginKeyDrag();
+    QPointF snapped(const QPointF& proposed) const;
     kxAnimGraphScene* graphScene() const;
 
     mutable std::unique_ptr<Handles> _handles; // the items are children, deleted in the destructor
@@ -164,4 +172,6 @@ private:
     bool _tangentsShown : 1;
     bool _isDragging : 1; // from the first move of the mouse to the next press or release
     bool _isTouched : 1;  // since the curve last computed its tangents
+    bool _isMovingJointly : 1;
+    bool _isGoingBack : 1;
 };

@@ -53,6 +53,9 @@ class tst_kxAnimGraphView : public QObject
 private Q_SLOTS:
     void aDragIsOneStep();
     void aClickLeavesNoStep();
+    void draggedKeysKeepTheirDistances_data();
+    void draggedKeysKeepTheirDistances();
+    void keysThatStayHoldTheirFrames();
     void heldAxes();
     void handleDragIsOneStep();
     void rubberBand_data();
@@ -125,6 +128,95 @@ void tst_kxAnimGraphView::aClickLeavesNoStep()
     const QPoint from = graph.at(graph.point(0, 1));
     graph.drag(from, from + QPoint(4, 3));
     QCOMPARE(graph.stack()->count(), 0);
+}
+
+void tst_kxAnimGraphView::draggedKeysKeepTheirDistances_data()
+{
+    using Places = QVector<QPointF>;
+    QTest::addColumn<bool>("snaps");
+    QTest::addColumn<Places>("places");
+    QTest::addColumn<int>("grabbed");
+    Places onEachFrame;
+    for (int i = -4; i < 5; ++i)
+        onEachFrame.append(QPointF(i, i % 3));
+    const Places offTheGrid{{0.25, 0.5}, {4, 0.75}, {7.5, 1}, {12.25, 0}};
+    for (const bool snaps : {false, true})
+    {
+        const char* how = snaps ? "snapped" : "freely";
+        for (const int grabbed : {0, 5, 8})
+            QTest::addRow("on each frame, %s, by key %d", how, grabbed) << snaps << onEachFrame << grabbed;
+        QTest::addRow("off the grid, %s", how) << snaps << offTheGrid << 1;
+    }
+}
+
+/// Selected keys on neighbouring frames neither block each other nor drift apart, whichever is grabbed.
+void tst_kxAnimGraphView::draggedKeysKeepTheirDistances()
+{
+    QFETCH(bool, snaps);
+    QFETCH(QVector<QPointF>, places);
+    QFETCH(int, grabbed);
+    kxGraphFixture graph;
+    std::vector<std::pair<float, float>> keys;
+    for (const QPointF& place : places)
+        keys.emplace_back(float(place.x()), float(place.y()));
+    graph.show({keys});
+    graph.scene()->setSnapToGridX(snaps);
+    graph.scene()->setSnapToGridY(snaps);
+    graph.press(Qt::Key_A, Qt::ControlModifier);
+
+    const QPoint from = graph.at(graph.point(0, unsigned(grabbed)));
+    const auto areAllMovedBy = [&](const QPointF& way)
+    {
+        for (int i = 0; i < places.size(); ++i)
+            if (!isNear(graph.place(0, osg::UInt32(i)), places[i] + way, 2e-3))
+                return false;
+        return true;
+    };
+    kxPress(graph.port(), from);
+    for (const int x : {3, 7, 10, 13, 24, 30, 17, 10, -2, -5, -10, -25, -30, -18, -10, 2, 10, 0})
+    {
+        kxDragTo(graph.port(), from + QPoint(x, x));
+        const QPointF moved = graph.place(0, osg::UInt32(grabbed)) - places[grabbed];
+        QVERIFY2(areAllMovedBy(moved), qPrintable(QString("after %1 pixels").arg(x)));
+        if (x % 10 == 0)
+            QCOMPARE(moved.x(), x / 10.0);
+    }
+    kxRelease(graph.port(), from);
+}
+
+/// A key that doesn't move keeps its frame to itself: who would come there, and who would follow onto theirs, wait
+/// until they are past it.
+void tst_kxAnimGraphView::keysThatStayHoldTheirFrames()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {1, 1}, {2, 2}, {3, 3}, {6, 1}, {9, 2}}});
+    graph.scene()->setSnapToGridX(true);
+    const auto frames = [&]
+    {
+        QVector<int> all;
+        for (osg::UInt32 i = 0; i < 6; ++i)
+            all.append(qRound(graph.place(0, i).x()));
+        return all;
+    };
+    for (const unsigned int i : {0, 1, 2, 3})
+        graph.point(0, i)->setSelected(true);
+    const QPoint from = graph.at(graph.point(0, 0));
+    kxPress(graph.port(), from);
+    const auto dragTo = [&](int frame)
+    {
+        kxDragTo(graph.port(), from + QPoint(10 * frame, 0));
+        return frames();
+    };
+    QCOMPARE(dragTo(2), (QVector<int>{2, 3, 4, 5, 6, 9}));
+    // The last one is refused, so that each of those before it finds the frame before it taken.
+    QCOMPARE(dragTo(3), (QVector<int>{2, 3, 4, 5, 6, 9}));
+    QCOMPARE(dragTo(7), (QVector<int>{4, 6, 7, 8, 9, 10}));
+    QCOMPARE(dragTo(11), (QVector<int>{6, 9, 11, 12, 13, 14}));
+    QCOMPARE(dragTo(0), (QVector<int>{0, 1, 2, 3, 6, 9}));
+    kxRelease(graph.port(), from);
+    QCOMPARE(graph.stack()->count(), 1);
+    graph.stack()->undo();
+    QCOMPARE(frames(), (QVector<int>{0, 1, 2, 3, 6, 9}));
 }
 
 void tst_kxAnimGraphView::heldAxes()

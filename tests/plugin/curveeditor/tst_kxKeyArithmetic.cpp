@@ -13,8 +13,6 @@ class tst_kxKeyArithmetic : public QObject
 private Q_SLOTS:
     void appliedToAll_data();
     void appliedToAll();
-    void orderAvoidsCollisions_data();
-    void orderAvoidsCollisions();
 };
 
 void tst_kxKeyArithmetic::appliedToAll_data()
@@ -40,29 +38,6 @@ void tst_kxKeyArithmetic::appliedToAll()
     const auto results = kxAppliedToAll({3, -4, 0}, RelativeOperator(op), operand);
     QCOMPARE(results.has_value(), !expected.empty());
     QCOMPARE(results.value_or(Values{}), expected);
-}
-
-void tst_kxKeyArithmetic::orderAvoidsCollisions_data()
-{
-    QTest::addColumn<Values>("from");
-    QTest::addColumn<Values>("to");
-    QTest::newRow("one to the right") << Values{2, 0, 1, 3} << Values{3, 1, 2, 4};
-    QTest::newRow("one to the left") << Values{2, 0, 1, 3} << Values{1, -1, 0, 2};
-    QTest::newRow("away from 0") << Values{-4, -2, 1, 2, 4} << Values{-8, -4, 2, 4, 8};
-    QTest::newRow("towards 0") << Values{-4, -2, 4, 2, 8} << Values{-2, -1, 2, 1, 4};
-}
-
-void tst_kxKeyArithmetic::orderAvoidsCollisions()
-{
-    QFETCH(Values, from);
-    QFETCH(Values, to);
-    Values present = from;
-    for (const std::size_t i : kxCollisionFreeOrder(from, to))
-    {
-        QVERIFY2(std::count(present.begin(), present.end(), to[i]) == 0, "a key lands on one that waits");
-        present[i] = to[i];
-    }
-    QCOMPARE(present, to);
 }
 
 QTEST_MAIN(tst_kxKeyArithmetic)
