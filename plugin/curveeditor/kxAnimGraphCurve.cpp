@@ -46,6 +46,13 @@ osg::Vec2f toSeconds(const QPointF& pos, float fps)
     return osg::Vec2f(float(pos.x() / double(fps)), float(pos.y()));
 }
 
+/// Equal but for the rounding of the kernel's floats.
+bool isNear(const QPointF& a, const QPointF& b)
+{
+    const auto isSame = [](double x, double y) { return std::abs(x - y) <= 1e-5 * (1 + std::abs(x)); };
+    return isSame(a.x(), b.x()) && isSame(a.y(), b.y());
+}
+
 QColor lineColor(const osg::AnimCurvePtr& curve)
 {
     const osg::Color3<float> color = curve->getColor();
@@ -91,9 +98,12 @@ void kxAnimGraphCurve::deletePoints()
     _points.clear();
     _selected.clear();
     _moved.clear();
-    // From the front: the scene and the parent look for a dying item from there.
     const QList<QGraphicsItem*> items = childItems();
-    qDeleteAll(items);
+    // The scene keeps a list of items that it is going to polish, and searches it for each that dies before: of 100,000
+    // keys that takes seconds.
+    if (scene() != nullptr && !items.isEmpty())
+        QMetaObject::invokeMethod(scene(), "_q_polishItems", Qt::DirectConnection);
+    qDeleteAll(items); // from the front, where scene and parent look for them first
 }
 
 void kxAnimGraphCurve::buildPoints(const osg::AnimCurvePtr& curve)
@@ -350,6 +360,22 @@ void kxAnimGraphCurve::movedTangent(const kxAnimGraphPoint* point, bool isIn)
     Q_EMIT curveChanged();
 }
 
+void kxAnimGraphCurve::takeTangents(kxAnimGraphPoint* key)
+{
+    const osg::AnimCurvePtr curve = animCurve();
+    const osg::UInt32 index = osg::UInt32(key->index());
+    if (curve == osg::NullFC || index >= curve->getControlPoints().size())
+        return;
+    const float fps = framesPerSecond();
+    const osg::CCPnt& kept = curve->getControlPoints(index);
+    const QPointF in = toFrames(kept.inX(), kept.inY(), fps), out = toFrames(kept.outX(), kept.outY(), fps);
+    if (isNear(in, key->inTangentPos()) && isNear(out, key->outTangentPos()))
+        return;
+    key->setInTangentPos(in);
+    key->setOutTangentPos(out);
+    rebuildPath();
+}
+
 void kxAnimGraphCurve::aboutToScale()
 {
     for (kxAnimGraphCurve* curve : livingCurves())
@@ -395,10 +421,10 @@ bool kxAnimGraphCurve::contains(const QPointF&) const
 
 void kxAnimGraphCurve::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*)
 {
-    // What Qt calls exposed is the whole curve where it paints into the cache for the first time.
-    const QPaintDevice* device = painter->device();
-    const QSizeF size = QSizeF(device->width(), device->height()) / device->devicePixelRatioF();
-    const QRectF visible = painter->worldTransform().inverted().mapRect(QRectF(QPointF(), size));
+    // What Qt calls exposed is the whole curve where it paints into the cache for the first time. The device is cut off
+    // by its width in its own units, which are pixels of the widget or smaller.
+    const QRectF device(0, 0, painter->device()->width(), painter->device()->height());
+    const QRectF visible = painter->worldTransform().inverted().mapRect(device);
     const QRectF square = kxAnimGraphPoint::square().normalized();
     const QRectF area =
         option->exposedRect.intersected(visible).adjusted(square.left(), square.top(), square.right(), square.bottom());

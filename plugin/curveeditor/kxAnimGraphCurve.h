@@ -81,6 +81,8 @@ private:
     void keySelected(kxAnimGraphPoint* key, bool isSelected);
     /// True while places come from the kernel, which no snapping, lock or tie holds back.
     bool isFollowingKernel() const { return _isFollowingKernel; }
+    /// Takes the vectors of a key over from the kernel, which shortens a free one that reaches a neighbour.
+    void takeTangents(kxAnimGraphPoint* key);
     /// Before the size of the squares changes.
     static void aboutToScale();
 

@@ -4,16 +4,18 @@
 
 #include <cmath>
 
-kxAnimGraphMarks::InPixels::InPixels(QPainter& painter) : _painter(painter), _transform(painter.worldTransform())
+kxAnimGraphMarks::InPixels::InPixels(QPainter& painter)
+    : _painter(painter), _transform(painter.worldTransform()), _isSmooth(painter.testRenderHint(QPainter::Antialiasing))
 {
-    painter.save();
+    // Not save() and restore(): of 20,000 handles they would take longer than the squares.
     painter.setWorldTransform(QTransform());
     painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
 kxAnimGraphMarks::InPixels::~InPixels()
 {
-    _painter.restore();
+    _painter.setWorldTransform(_transform);
+    _painter.setRenderHint(QPainter::Antialiasing, _isSmooth);
 }
 
 void kxAnimGraphMarks::drawSquare(QPainter& painter, const QPointF& place, const QColor& color)

@@ -25,6 +25,7 @@ public:
 private:
     QPainter& _painter;
     QTransform _transform;
+    bool _isSmooth;
 };
 
 /// A square around `place`, a point in pixels. Inside InPixels.

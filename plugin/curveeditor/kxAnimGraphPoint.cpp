@@ -67,6 +67,22 @@ const QPen& linePen()
     }();
     return pen;
 }
+
+/// The base asks its outline, which it strokes each time, where it is and whether the mouse is on it.
+class TangentLine : public QGraphicsLineItem
+{
+public:
+    using QGraphicsLineItem::QGraphicsLineItem;
+    QRectF boundingRect() const override
+    {
+        const QRectF pixels = kxAnimGraphPoint::square().normalized();
+        return QRectF(line().p1(), line().p2())
+            .normalized()
+            .adjusted(pixels.left(), pixels.top(), pixels.right(), pixels.bottom());
+    }
+    QPainterPath shape() const override { return QPainterPath(); }
+    bool contains(const QPointF&) const override { return false; }
+};
 } // namespace
 
 kxAnimGraphPoint::kxAnimGraphPoint(QGraphicsItem* parent, bool withTangents)
@@ -149,7 +165,7 @@ void kxAnimGraphPoint::makeHandles() const
 kxAnimGraphPoint::Handle kxAnimGraphPoint::makeHandle(bool isIn)
 {
     const QPointF place = isIn ? _in : _out;
-    auto* line = new QGraphicsLineItem(this);
+    auto* line = new TangentLine(this);
     line->setPen(linePen());
     line->setLine(QLineF(QPointF(), place));
     line->setVisible(false);
@@ -433,6 +449,8 @@ void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
     if (!_isTangent)
         QGraphicsRectItem::mouseReleaseEvent(event);
+    else if (_isDragging && curve() != nullptr)
+        curve()->takeTangents(key());
     cacheTangents();
     g_lastScenePos = event->scenePos();
     _isDragging = false;
