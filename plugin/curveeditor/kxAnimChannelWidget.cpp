@@ -194,16 +194,6 @@ void kxAnimChannelWidget::rebuildRows(std::size_t objectCount, bool saveStates, 
         Q_EMIT itemSelectionChanged();
 }
 
-std::vector<unsigned int> kxAnimChannelWidget::selectedIds() const
-{
-    std::vector<unsigned int> ids;
-    for (QTreeWidgetItem* const item : selectedItems())
-        if (const kxAnimTreeWidgetItem* const selected = row(item))
-            ids.push_back(selected->nodeId() != 0 ? selected->nodeId() : selected->materialId());
-    std::sort(ids.begin(), ids.end());
-    return ids;
-}
-
 void kxAnimChannelWidget::addTop(kxAnimTreeWidgetItem* top)
 {
     if (top == nullptr)
@@ -580,6 +570,7 @@ void kxAnimChannelWidget::changedPreInfinityMode(QAction* action)
         curve->setPreInfinityMode(osg::UInt32(mode));
         osg::markChanged(curve, osg::AnimCurveBase::PreInfinityModeFieldMask);
     }
+    kxAnimManager::the()->reevaluateAnimations(false);
 }
 
 void kxAnimChannelWidget::changedPostInfinityMode(QAction* action)
@@ -592,6 +583,7 @@ void kxAnimChannelWidget::changedPostInfinityMode(QAction* action)
         curve->setPostInfinityMode(osg::UInt32(mode));
         osg::markChanged(curve, osg::AnimCurveBase::PostInfinityModeFieldMask);
     }
+    kxAnimManager::the()->reevaluateAnimations(false);
 }
 
 std::vector<osg::AnimCurvePtr> kxAnimChannelWidget::chosenCurves() const

@@ -109,8 +109,6 @@ private:
     void addTop(kxAnimTreeWidgetItem* top);
     /// Shortens the names where the values would have no place, unless the user has set the column's width.
     void fitColumns();
-    /// Of the rows' nodes and materials, sorted.
-    std::vector<unsigned int> selectedIds() const;
 
     /// Rows of channels and curves; a tree whose channels stand at the top has those.
     Rows channelRows() const;

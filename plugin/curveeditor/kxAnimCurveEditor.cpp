@@ -1,6 +1,7 @@
 #include <curveeditor/kxAnimCurveEditor.h>
 
 #include <curveeditor/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
 #include <curveeditor/kxAnimCurveEditorMenus.h>
@@ -182,6 +183,7 @@ void kxAnimCurveEditor::makeLibrary()
     _library = new kxAnimLibraryWidget;
     _library->setObjectName(QStringLiteral("_library"));
     connect(_library, SIGNAL(itemSelectionChanged()), this, SLOT(changedLibrarySelection()));
+    connect(_library, SIGNAL(selectionRebuilt()), this, SLOT(rebuiltLibrarySelection()));
     connect(_library, SIGNAL(groupCreated()), _structure, SLOT(rebuild()));
 
     _depthSlider = new QSlider(Qt::Horizontal);
@@ -312,6 +314,7 @@ void kxAnimCurveEditor::handle(const kxMessage& message)
     case kxMessageId::SelectionChanged:
         if (isVisible())
             showNodes(kxScenegraph::getSelectedNodes());
+        _missedSelection = !isVisible();
         skipNextMaterialSelection = true;
         break;
     case kxMessageId::AnimationsChanged:
@@ -355,6 +358,9 @@ void kxAnimCurveEditor::show()
     _channels->removeDeadTopLevelItems();
     kxAnimManager::the()->updateSceneAnimCurveData();
     _graphView->refresh();
+    if (_missedSelection)
+        showNodes(kxScenegraph::getSelectedNodes());
+    _missedSelection = false;
     _window->raise();
 }
 
@@ -362,6 +368,15 @@ void kxAnimCurveEditor::changedLibrarySelection()
 {
     clearQuietly(_structure);
     showSelectionOf(_library, true);
+}
+
+void kxAnimCurveEditor::rebuiltLibrarySelection()
+{
+    // The channel list may hold more than the selected rows: objects that aren't animated have none.
+    const std::vector<osg::FieldContainerPtr> listed = listedContainers();
+    showSelectionOf(_library, listed.empty());
+    if (!listed.empty())
+        _channels->rebuildFromFieldContainers(listed, true);
 }
 
 void kxAnimCurveEditor::changedStructureSelection()
@@ -436,6 +451,39 @@ void kxAnimCurveEditor::updateOnSceneChange()
         return;
     _library->rebuild(true);
     _channels->removeDeadTopLevelItems();
+    selectListedObjects();
+    _channels->updateValues();
+}
+
+std::vector<osg::FieldContainerPtr> kxAnimCurveEditor::listedContainers() const
+{
+    QList<kxAnimTreeWidgetItem*> tops;
+    _channels->collectTopLevelItems(tops);
+    std::vector<osg::FieldContainerPtr> containers;
+    for (const kxAnimTreeWidgetItem* const top : tops)
+    {
+        if (kxAnimChannelRows::isTopGone(*top))
+            continue;
+        const osg::NodePtr node = top->node();
+        containers.push_back(node != osg::NullFC ? osg::FieldContainerPtr(node)
+                                                 : osg::FieldContainerPtr(top->material()));
+    }
+    return containers;
+}
+
+void kxAnimCurveEditor::selectListedObjects()
+{
+    if (!_library->selectedItems().isEmpty() || !_channels->selectedItems().isEmpty())
+        return;
+    std::vector<osg::NodePtr> nodes;
+    for (const osg::FieldContainerPtr& container : listedContainers())
+        if (const osg::NodePtr node = osg::NodePtr::dcast(container); node != osg::NullFC)
+            nodes.push_back(node);
+    _library->selectItemsForNodes(nodes);
+    if (_library->selectedItems().isEmpty())
+        return;
+    scrollToSelection(_library);
+    showSelectionOf(_library, false);
 }
 
 void kxAnimCurveEditor::showNodes(const std::vector<osg::NodePtr>& nodes)

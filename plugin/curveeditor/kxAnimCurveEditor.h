@@ -46,6 +46,8 @@ public:
 private Q_SLOTS:
     void show();
     void changedLibrarySelection();
+    /// The library's rows were built anew: the graph takes up what came and went below the selected ones.
+    void rebuiltLibrarySelection();
     void changedStructureSelection();
     void changedChannelSelection();
     void clear();
@@ -99,6 +101,10 @@ private:
     void showMaterials(const std::vector<osg::MaterialPtr>& materials);
     void handle(const kxMessage& message);
     void rebuildTrees();
+    /// What the channel list shows at its top level and is still in the scene.
+    std::vector<osg::FieldContainerPtr> listedContainers() const;
+    /// Selects the listed objects in the library where nothing is selected: they may have got rows since.
+    void selectListedObjects();
     bool isVisible() const;
     kxAnimGraphScene* scene() const; // null without a graph
     void setTangentType(unsigned int type);
@@ -125,7 +131,8 @@ private:
     QMenu* _preInfinityMenu = nullptr;
     QMenu* _postInfinityMenu = nullptr;
     QAction* _saveAction = nullptr;
-    QLabel* _status = nullptr; // in the status bar
-    bool _tooMany = false;     // objects selected
+    QLabel* _status = nullptr;     // in the status bar
+    bool _tooMany = false;         // objects selected
+    bool _missedSelection = false; // of objects in the scene, while the window was hidden
     kxCallbacks _callbacks;
 };

@@ -121,8 +121,24 @@ void kxAnimLibraryWidget::createMenu()
 
 void kxAnimLibraryWidget::rebuild(bool saveStates)
 {
-    if (saveStates)
-        saveItemStates();
+    const std::vector<unsigned int> selected = selectedIds();
+    {
+        // Who follows the selection would take the moment without rows for the end of it.
+        const QSignalBlocker blocker(this);
+        if (saveStates)
+            saveItemStates();
+        fill();
+        if (saveStates)
+            restoreItemStates();
+    }
+    if (selectedIds() != selected)
+        Q_EMIT itemSelectionChanged();
+    else if (!selected.empty())
+        Q_EMIT selectionRebuilt();
+}
+
+void kxAnimLibraryWidget::fill()
+{
     clear();
     setSortingEnabled(false);
     setAnimated(false);
@@ -136,8 +152,6 @@ void kxAnimLibraryWidget::rebuild(bool saveStates)
     setSortingEnabled(true);
     setAnimated(true);
     sortItems(0, Qt::AscendingOrder);
-    if (saveStates)
-        restoreItemStates();
 }
 
 void kxAnimLibraryWidget::addSceneNodes()

@@ -32,6 +32,8 @@ public:
 
 Q_SIGNALS:
     void groupCreated();
+    /// The rows were built anew, and the same ones are selected.
+    void selectionRebuilt();
 
 public Q_SLOTS:
     /// Shows all animations of the scene, whether a search runs or not.
@@ -79,6 +81,7 @@ private:
     void createMenu();
     QAction* addEntry(const QString& text, const QKeySequence& shortcut, const char* slot,
                       Qt::ShortcutContext context = Qt::WidgetShortcut);
+    void fill();
     /// Adds what is animated to the top level, or to the groups of its tags.
     void addRows(const kxAnimManager::NodeTopLevelAnimations& entries);
     kxAnimTreeWidgetItem* makeObjectRow(const kxAnimManager::kxAnimNodeData& entry);

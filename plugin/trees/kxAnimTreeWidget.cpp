@@ -237,6 +237,16 @@ bool kxAnimTreeWidget::listsAnimations() const
     return false;
 }
 
+std::vector<unsigned int> kxAnimTreeWidget::selectedIds() const
+{
+    std::vector<unsigned int> ids;
+    for (QTreeWidgetItem* const item : selectedItems())
+        if (const kxAnimTreeWidgetItem* const selected = row(item))
+            ids.push_back(selected->nodeId() != 0 ? selected->nodeId() : selected->materialId());
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
 QSize kxAnimTreeWidget::sizeHint() const
 {
     return QSize(100, 300);

@@ -115,6 +115,8 @@ protected:
     static kxAnimTreeWidgetItem* row(QTreeWidgetItem* item);
     /// The animations of the selected rows, in the order of selection.
     std::vector<osg::AnimNodePtr> selectedAnimations() const;
+    /// Of the nodes, else the materials, of the selected rows, sorted.
+    std::vector<unsigned int> selectedIds() const;
 
     /// Derived trees append their own actions.
     QMenu* contextMenu() const { return _contextMenu; }

@@ -5,6 +5,7 @@
 
 #include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
+#include <kxScenegraph.h>
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
@@ -57,6 +58,8 @@ private Q_SLOTS:
     void showsCurvesThatAreAskedFor();
     void keyingShowsUpEverywhere();
     void survivesDeletions();
+    void listedObjectsStay();
+    void selectionReachesTheGraph();
 
 private:
     float x() const { return kxAnimFixture::transform(_box)->getTranslation().x(); }
@@ -241,6 +244,46 @@ void tst_kxAnimCurveEditor::survivesDeletions()
     _editor->deliver(kxMessageId::SceneChanged);
     QCOMPARE(_editor->library->topLevelItemCount(), 0);
     QCOMPARE(_editor->channels->topLevelItemCount(), 0);
+}
+
+void tst_kxAnimCurveEditor::listedObjectsStay()
+{
+    kxCurveEditorFixture editor;
+    editor.show();
+    const osg::NodePtr box = editor.animated("Box");
+    const osg::NodePtr still = kxAnimFixture::object("Still"); // has no row in the library
+    editor.select({box, still});
+    editor.deliver(kxMessageId::SceneChanged);
+    QCOMPARE(editor.channels->topLevelItemCount(), 2);
+    kxAnimGraphPoint* const key = editor.curves().front()->point(0);
+    key->setSelected(true);
+    key->setKeyPos(3, 2);
+    editor.graph->scene()->moveSelectedPoints();
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(editor.channels->topLevelItemCount(), 2);
+    QCOMPARE(editor.curves().size(), 1);
+    kxScene::the()->root()->subChild(box);
+    editor.deliver(kxMessageId::SceneChanged);
+    QVERIFY(editor.curves().isEmpty());
+}
+
+void tst_kxAnimCurveEditor::selectionReachesTheGraph()
+{
+    kxCurveEditorFixture editor;
+    editor.show();
+    const osg::NodePtr box = editor.animated("Box");
+    // The undo of a deletion tells the selection before the change of the scene.
+    editor.deliver(kxMessageId::NodeSelection, "nodes", std::vector<osg::NodePtr>{box});
+    editor.deliver(kxMessageId::SceneChanged);
+    QCOMPARE(editor.curves().size(), 1);
+    QCOMPARE(editor.library->selectedItems().size(), 1);
+    editor.docks.getDockWidget("Curve Editor")->hide();
+    const osg::NodePtr other = editor.animated("Other");
+    kxSelectionManager::selectNode(other);
+    editor.deliver(kxMessageId::SelectionChanged);
+    editor.show();
+    QCOMPARE(editor.channels->topLevelItem(0)->text(0), QString("Other"));
+    QCOMPARE(editor.curves().size(), 1);
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditor)
