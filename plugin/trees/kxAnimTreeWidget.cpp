@@ -102,6 +102,7 @@ kxAnimTreeWidget::kxAnimTreeWidget(QWidget* parent)
 
 kxAnimTreeWidget::~kxAnimTreeWidget()
 {
+    disconnect(model(), nullptr, this, nullptr); // it is reset once more below, when a derived tree is gone
     _trees.erase(std::remove(_trees.begin(), _trees.end(), this), _trees.end());
     delete _contextMenu;
     delete _hiddenTree;

@@ -32,12 +32,20 @@ public:
     ~kxGraphFixture()
     {
         stack()->clear();
-        for (const osg::AnimNodePtr& node : nodes)
-            if (osg::FieldContainerFactory::the()->getContainer(node.getFieldContainerId()) != osg::NullFC)
+        for (const unsigned int id : ids) // a test may have given up a share itself
+            if (const auto node = osg::FieldContainerFactory::the()->getContainer(id); node != osg::NullFC)
                 node->subRef();
     }
 
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
+
+    /// Keeps a node alive as long as the graph.
+    void own(const osg::AnimNodePtr& node)
+    {
+        node->addRef();
+        ids.push_back(node.getFieldContainerId());
+        nodes.push_back(node);
+    }
 
     /// Shows curves through these (frame, value), linear.
     void show(const std::vector<std::vector<std::pair<float, float>>>& curves)
@@ -50,9 +58,7 @@ public:
             for (auto& key : keys)
                 key.first /= 24;
             const osg::AnimNodePtr node = kxAnimFixture::curve("translation", suffixes[i % 3], keys);
-            node->addRef();
-            ids.push_back(node.getFieldContainerId());
-            nodes.push_back(node);
+            own(node);
             shown.push_back(node);
         }
         view.setAnimations(shown);

@@ -3,6 +3,7 @@
 #include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
 #include <kernel/kxLogModel.h>
+#include <kxOwned.h>
 
 #include <kxMessageNames.h>
 
@@ -701,13 +702,13 @@ void tst_kxAnimGraphView::bars()
     const osg::TimeShapeCachePtr cache = osg::TimeShapeCacheBase::create();
     cache->setRange({1, 3});
     node->setCore(cache);
-    node->addRef();
-    graph.nodes.push_back(node);
+    graph.own(node);
     graph.view.setAnimations(graph.nodes);
     QVERIFY(!graph.scene()->isEmpty());
     QCOMPARE(graph.scene()->curvesBoundingRect(), QRectF(24, -5, 48, 10));
     graph.view.setAnimation(osg::AnimNodePtr());
-    graph.view.setAnimation(osg::AnimNodeBase::create()); // no core
+    const kxOwned<osg::AnimNode> bare(osg::AnimNodeBase::create());
+    graph.view.setAnimation(bare); // no core
     QCOMPARE(graph.view.nodes(), graph.nodes);
 }
 
