@@ -8,6 +8,8 @@
 #include <kxMessageNames.h>
 #include <kxServices.h>
 
+#include <kxOwned.h>
+
 #include <QComboBox>
 #include <QLabel>
 #include <QtTest>
@@ -123,7 +125,8 @@ void tst_kxAnimClipSequence::cutsAreMarkers()
     const osg::AnimNodePtr ride = f.group<osg::AnimShotBase>("Ride", {});
     osg::AnimShotPtr::dcast(ride->getCore())->setShotType(1);
     QVERIFY(qobject_cast<kxAnimClipItem*>(f.add(ride, 0, 1)));
-    QVERIFY(f.scene.addBar(f.curve("translation", "X", {})) == nullptr);
+    const kxOwned<osg::AnimNode> curve(f.curve("translation", "X", {}));
+    QVERIFY(f.scene.addBar(curve) == nullptr);
 }
 
 void tst_kxAnimClipSequence::menuActsOnTheMarkerAlone()

@@ -7,7 +7,9 @@
 
 #include <QDropEvent>
 #include <QTreeWidgetItemIterator>
+#include <QUndoStack>
 #include <QtTest>
+#include <kxUndo.h>
 
 using namespace osg;
 
@@ -100,6 +102,7 @@ void tst_kxAnimStructureWidget::init()
 
 void tst_kxAnimStructureWidget::cleanup()
 {
+    kxUndoStack::get(0).stack()->clear(); // holds what was deleted
     _tree.reset();
     _scene.reset();
 }
