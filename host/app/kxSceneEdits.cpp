@@ -104,6 +104,16 @@ void keepWorldPlace(const osg::NodePtr& node, const QMatrix4x4& world)
     add(kxSetFieldCommand::make(core, "scale", osg::FieldValue(newScale), stepText("Move")));
 }
 
+bool standsInClip(const osg::AnimNodePtr& animation)
+{
+    if (animation->getCore() == osg::NullFC)
+        return false;
+    const std::vector<osg::NodePtr>& nodes = animation->getCore()->getParents();
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [](const osg::NodePtr& node)
+                       { return kxNodeUtils::hasParent(node, kxAnimManager::the()->clipStructureRoot()); });
+}
+
 /// Names the animations of `root` and below that clips go on using without their object.
 void warnOfSharedAnimations(const osg::NodePtr& root)
 {
@@ -116,7 +126,7 @@ void warnOfSharedAnimations(const osg::NodePtr& root)
                       std::vector<osg::AnimNodePtr> animations;
                       attachment->getTopLevelAnimations(animations, true);
                       for (const osg::AnimNodePtr& animation : animations)
-                          if (animation->getCore() != osg::NullFC && animation->getCore()->getParents().size() > 1)
+                          if (standsInClip(animation))
                               kxLog::warning(QObject::tr("\"%1\" was deleted, and its animation \"%2\" stands in a "
                                                          "clip that moves nothing by it any more.")
                                                  .arg(QString::fromStdString(node->getNodeName()),

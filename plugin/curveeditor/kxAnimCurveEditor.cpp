@@ -397,6 +397,7 @@ void kxAnimCurveEditor::clear()
     _structure->clear();
     _channels->clear();
     _graphView->setAnimations({});
+    _hasFramed = false;
 }
 
 void kxAnimCurveEditor::updateTree()
@@ -536,9 +537,18 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         if (rebuildChannels)
             _channels->rebuildFromFieldContainers(selected.containers, true);
         _graphView->setAnimations(selected.curveNodes);
+        frameFirstCurves();
     }
     updateStatus();
     sendSelectedAnimations(selected.curveNodes);
+}
+
+void kxAnimCurveEditor::frameFirstCurves()
+{
+    if (_hasFramed || scene()->curves().isEmpty())
+        return;
+    _hasFramed = true;
+    _graphView->frameAll();
 }
 
 void kxAnimCurveEditor::changeFrame(kxMessage& message)
@@ -591,10 +601,14 @@ void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
     {
         // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
         kxAnimManager::the()->reevaluateAnimations(false);
+        theEditor->_channels->updateValues();
         return;
     }
     theEditor->_library->rebuild(true);
     kxAnimManager::the()->updateSceneAnimCurveData();
     theEditor->_graphView->refresh();
+    if (theEditor->_graphView->nodes().empty())
+        theEditor->selectListedObjects(); // their curves may have come back
+    theEditor->_channels->updateValues();
     theEditor->updateStatus();
 }

@@ -105,6 +105,8 @@ private:
     std::vector<osg::FieldContainerPtr> listedContainers() const;
     /// Selects the listed objects in the library where nothing is selected: they may have got rows since.
     void selectListedObjects();
+    /// The first curves of a scene come into view; later the view is the user's.
+    void frameFirstCurves();
     bool isVisible() const;
     kxAnimGraphScene* scene() const; // null without a graph
     void setTangentType(unsigned int type);
@@ -131,7 +133,8 @@ private:
     QMenu* _preInfinityMenu = nullptr;
     QMenu* _postInfinityMenu = nullptr;
     QAction* _saveAction = nullptr;
-    QLabel* _status = nullptr;     // in the status bar
+    QLabel* _status = nullptr; // in the status bar
+    bool _hasFramed = false;
     bool _tooMany = false;         // objects selected
     bool _missedSelection = false; // of objects in the scene, while the window was hidden
     kxCallbacks _callbacks;

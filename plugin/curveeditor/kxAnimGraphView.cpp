@@ -29,6 +29,14 @@ kxAnimGraphView* theView = nullptr; // serves the host's callbacks
 /// What can be reached by panning until something lies outside it.
 const QRectF SceneRect(-100000, -1000000, 200000, 2000000);
 
+/// Whether `inner`, which has an extent, is a small part of `outer` along an axis.
+bool isLostIn(const QRectF& inner, const QRectF& outer)
+{
+    constexpr double Small = 0.5;
+    return (inner.width() > 0 && inner.width() < Small * outer.width()) ||
+           (inner.height() > 0 && inner.height() < Small * outer.height());
+}
+
 /// Pixels that QGraphicsView::fitInView() leaves free on each side.
 constexpr int FitMargin = 2;
 
@@ -235,14 +243,27 @@ void kxAnimGraphView::updatePointScale()
 
 void kxAnimGraphView::frameAll()
 {
-    const QRectF extent = _scene->curvesBoundingRect();
-    if (!sceneRect().contains(extent))
+    QRectF extent = _scene->curvesBoundingRect();
+    if (const QRectF keys = keysExtent(); isLostIn(keys, extent))
     {
-        _scene->setSceneRect(sceneRect() | extent);
-        setSceneRect(_scene->sceneRect());
+        // Far out, the squares of the keys are larger than the curves: without this the view would stay there.
+        fitInView(withExtent(keys), Qt::IgnoreAspectRatio);
+        updatePointScale();
+        extent = _scene->curvesBoundingRect();
     }
+    _scene->setSceneRect(SceneRect.contains(extent) ? SceneRect : SceneRect | extent);
+    setSceneRect(_scene->sceneRect());
     fitInView(withExtent(extent), Qt::IgnoreAspectRatio);
     updatePointScale();
+}
+
+QRectF kxAnimGraphView::keysExtent() const
+{
+    QPolygonF places;
+    for (const kxAnimGraphCurve* const curve : _scene->curves())
+        for (const kxAnimGraphPoint* const key : curve->points())
+            places << key->pos() << key->inTangentScenePos() << key->outTangentScenePos();
+    return places.boundingRect();
 }
 
 QRectF kxAnimGraphView::withExtent(const QRectF& rect) const

@@ -80,6 +80,8 @@ private:
     bool zoomAbout(const QPoint& at, bool in, double factor);
     /// `rect`, with an axis along which it has no extent of its own as wide as what is seen.
     QRectF withExtent(const QRectF& rect) const;
+    /// Of all keys and handles, without their squares.
+    QRectF keysExtent() const;
     void holdAxes(bool onlyX, bool onlyY);
     void endGesture();
     void announceNodes();
