@@ -277,7 +277,8 @@ void kxAnimClipEditor::handle(const kxMessage& message)
 
 bool kxAnimClipEditor::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == _view && event->type() == QEvent::FocusIn && !kxController::isSnapshotRendering())
+    // The type first: a view that is being destroyed sends events too, and is no view any more.
+    if (event->type() == QEvent::FocusIn && watched == _view && !kxController::isSnapshotRendering())
         if (const osg::AnimNodePtr clip = shownClip(); clip != osg::NullFC)
             kxAnimManager::the()->setMotionBlurObjectID(clip->getId());
     return kxModuleBase::eventFilter(watched, event);

@@ -195,7 +195,8 @@ void tst_kxAnimChannelWidget::listsUpToTheLimit()
     nodes.push_back(osg::NodePtr());
     _tree->rebuildFromNodes(nodes);
     QCOMPARE(_tree->topLevelItemCount(), 0);
-    _tree->rebuildFromMaterials(std::vector<osg::MaterialPtr>(21, osg::UberMaterial::create()));
+    const kxOwned<osg::UberMaterial> material(osg::UberMaterial::create());
+    _tree->rebuildFromMaterials(std::vector<osg::MaterialPtr>(21, material.get()));
     QCOMPARE(_tree->topLevelItemCount(), 0);
 }
 

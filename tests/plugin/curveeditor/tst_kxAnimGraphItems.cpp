@@ -414,6 +414,7 @@ void tst_kxAnimGraphItems::awkwardCurves()
     {
         kxGraphFixture graph;
         const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
+        graph.own(node);
         const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
         for (const osg::CCPnt& key : awkward.keys)
             curve->editControlPoints().push_back(key);

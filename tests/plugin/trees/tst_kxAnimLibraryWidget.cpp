@@ -10,6 +10,8 @@
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 
+#include <kxOwned.h>
+
 #include <QAction>
 #include <QApplication>
 #include <QDragMoveEvent>
@@ -348,7 +350,8 @@ void tst_kxAnimLibraryWidget::findsAndSelects()
     QVERIFY(_library->row("car/drive")->isSelected() && _library->row("car/open")->isSelected());
     send(std::vector<NodePtr>{_drive});
     QCOMPARE(_library->selectedItems().size(), 1);
-    send(std::vector<AnimNodePtr>{kxAnimFixture::block("elsewhere", {})});
+    const kxOwned<AnimNode> elsewhere(kxAnimFixture::block("elsewhere", {}));
+    send(std::vector<AnimNodePtr>{elsewhere.get()});
     QCOMPARE(_library->selectedItems().size(), 1);
 
     kernel()->addAnimation(_car, block("late"));
