@@ -92,11 +92,11 @@ AnimNodePtr pasteParent(const FieldContainerPtr& target)
     return attachment->getAnimationRoot();
 }
 
-/// A node takes no copy of itself, nor of what stands above it.
+/// A clip takes no copy of itself, nor of a clip that it stands in.
 bool takes(const AnimNodePtr& parent, const Copied& entry)
 {
     const AnimNodePtr source = FieldContainerFactory::the()->get<AnimNode>(entry.sourceId);
-    if (source == NullFC || !kxNodeUtils::hasParent(parent, source))
+    if (source == NullFC || AnimClipPtr::dcast(source->getCore()) == NullFC || !kxNodeUtils::hasParent(parent, source))
         return true;
     kxLog::warning("\"%s\" can't be pasted into itself.", kxNodeUtils::getName(source).c_str());
     return false;

@@ -57,6 +57,19 @@ AnimNodePtr clipOf(const QTreeWidgetItem* row)
     return kxClipStructure::isClip(node) ? node : AnimNodePtr();
 }
 
+/// Gives the rows below `row` their locks while they stand in no tree: there, each is announced and looked up in the
+/// view.
+void showLocks(QTreeWidgetItem* row)
+{
+    for (int i = 0; i < row->childCount(); ++i)
+    {
+        QTreeWidgetItem* const child = row->child(i);
+        if (const AnimNodePtr node = nodeOf(child))
+            child->setCheckState(1, node->getLocked() ? Qt::Checked : Qt::Unchecked);
+        showLocks(child);
+    }
+}
+
 kxAnimTreeWidgetItem* makeRow(const AnimNodePtr& node)
 {
     auto* const row = new kxAnimTreeWidgetItem(true);
@@ -158,11 +171,14 @@ void kxAnimClipStructureWidget::rebuild(bool saveStates)
         for (const NodePtr& child : root->getChildren())
             if (const AnimNodePtr animation = AnimNodePtr::dcast(child))
                 if (QTreeWidgetItem* const row = buildItem(animation))
+                {
+                    showLocks(row);
                     rows.append(row);
+                }
     }
     addTopLevelItems(rows);
     if (saveStates)
-        restoreItemStates();
+        expandMany([this] { restoreItemStates(); });
     resizeColumnToContents(1);
     updateCheckStates();
     setSortingEnabled(true);
@@ -203,8 +219,12 @@ void kxAnimClipStructureWidget::newClip(bool ignoreSelection)
     const QList<QPersistentModelIndex> clips = ignoreSelection ? QList<QPersistentModelIndex>() : selectedClipRows();
     if (clips.isEmpty())
         addTopLevelClip();
-    for (const QPersistentModelIndex& index : clips)
-        addClipBelow(index);
+    expandMany(
+        [this, &clips]
+        {
+            for (const QPersistentModelIndex& index : clips)
+                addClipBelow(index);
+        });
     updateCheckStates(); // a new row shows its lock
 }
 
@@ -217,7 +237,7 @@ void kxAnimClipStructureWidget::addClipBelow(const QPersistentModelIndex& index)
     kxClipStructure::moveInto(clip, parent);
     addRow(index, clip);
     if (index.isValid())
-        itemFromIndex(index)->setExpanded(true); // shows what was made
+        expandAtOnce(itemFromIndex(index), true); // shows what was made
 }
 
 void kxAnimClipStructureWidget::addRow(const QPersistentModelIndex& parent, const AnimNodePtr& node)
@@ -299,7 +319,19 @@ void kxAnimClipStructureWidget::editPostCycles()
 
 void kxAnimClipStructureWidget::resizeFirstColumn(QTreeWidgetItem*)
 {
-    resizeColumnToContents(0);
+    _firstColumnWaits = _isExpandingMany;
+    if (!_isExpandingMany)
+        resizeColumnToContents(0);
+}
+
+void kxAnimClipStructureWidget::expandMany(const std::function<void()>& expand)
+{
+    // Measuring the column walks through the rows on screen and below: once for all, not for each.
+    _isExpandingMany = true;
+    expand();
+    _isExpandingMany = false;
+    if (_firstColumnWaits)
+        resizeFirstColumn(nullptr);
 }
 
 QStringList kxAnimClipStructureWidget::mimeTypes() const

@@ -3,6 +3,8 @@
 #include <frame/kxCallbacks.h>
 #include <trees/kxAnimTreeWidget.h>
 
+#include <functional>
+
 /// The tree of clips: what stands below the kernel's clip structure root, clips in clips and blocks in clips.
 ///
 /// A row of this tree that is dropped moves its node; a row of the library that is dropped makes a clone. Both go into
@@ -68,6 +70,8 @@ private:
     void createMenu();
     /// The selected rows that are clips, in the order of selection.
     QList<QPersistentModelIndex> selectedClipRows() const;
+    /// Fits the first column once, after `expand`.
+    void expandMany(const std::function<void()>& expand);
     void addClipBelow(const QPersistentModelIndex& index);
     /// Rows for a node that was added to the node of `parent`; none where that row died.
     void addRow(const QPersistentModelIndex& parent, const osg::AnimNodePtr& node);
@@ -86,7 +90,9 @@ private:
     QAction* _delete = nullptr;
     QAction* _rename = nullptr;
     QAction* _information = nullptr;
-    bool _showsHits = false; // the rows are what a search found
+    bool _showsHits = false;        // the rows are what a search found
+    bool _isExpandingMany = false;  // the first column is fitted when that is done
+    bool _firstColumnWaits = false; // to be fitted
     kxInstancePointer<kxAnimClipStructureWidget> _instance;
     kxCallbacks _callbacks;
 };

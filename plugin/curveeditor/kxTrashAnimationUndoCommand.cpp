@@ -69,6 +69,8 @@ void kxTrashAnimationUndoCommand::redo()
     }
     for (const auto& [id, parentId] : taken)
         _parents[id] = parentId;
+    if (_wasUndone)
+        kxAnimTreeWidget::rebuildAnimationLists(); // the first time, whoever deletes does it
     kxAnimationService::the().animationsChanged();
 }
 
@@ -91,6 +93,7 @@ void kxTrashAnimationUndoCommand::undo()
     }
     for (const unsigned int id : restored)
         _parents.erase(id);
+    _wasUndone = true;
     kxAnimTreeWidget::rebuildAnimationLists();
     kxAnimationService::the().animationsChanged();
 }

@@ -187,7 +187,7 @@ void kxAnimTreeWidget::restoreItemStates()
                    if (state == _stateMap.constEnd() || item->node() == osg::NullFC)
                        return;
                    if (item->isExpanded() != state->expanded)
-                       item->setExpanded(state->expanded);
+                       expandAtOnce(item, state->expanded);
                    if (selected.contains(item) == state->selected)
                        return;
                    (state->selected ? select : deselect).append(indexFromItem(item));
@@ -196,6 +196,14 @@ void kxAnimTreeWidget::restoreItemStates()
         selectionModel()->select(rangesOf(deselect), QItemSelectionModel::Deselect);
     if (!select.isEmpty())
         selectionModel()->select(rangesOf(select), QItemSelectionModel::Select);
+}
+
+void kxAnimTreeWidget::expandAtOnce(QTreeWidgetItem* item, bool expanded)
+{
+    const bool animated = isAnimated();
+    setAnimated(false);
+    item->setExpanded(expanded);
+    setAnimated(animated);
 }
 
 void kxAnimTreeWidget::updateNames()

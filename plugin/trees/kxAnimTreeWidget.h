@@ -41,6 +41,9 @@ public:
     /// Applies the store to every row that it knows; the selection changes once.
     void restoreItemStates();
 
+    /// Expands or collapses a row without animation, which hides an open editor: Qt crashes over it.
+    void expandAtOnce(QTreeWidgetItem* item, bool expanded);
+
     /// Brings the texts of all rows in all trees but those of channels up to their nodes' names, with the trees'
     /// signals blocked.
     static void updateNames();

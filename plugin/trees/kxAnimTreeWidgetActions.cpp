@@ -132,7 +132,7 @@ void kxAnimTreeWidget::rebuildPlaces(const std::vector<Place>& places, bool expa
     if (expand)
         for (const QPersistentModelIndex& index : done)
             if (index.isValid())
-                itemFromIndex(index)->setExpanded(true);
+                expandAtOnce(itemFromIndex(index), true);
 }
 
 std::vector<osg::AnimNodePtr> kxAnimTreeWidget::selectedAnimations() const

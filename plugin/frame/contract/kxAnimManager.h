@@ -232,7 +232,7 @@ public:
     void copy(const osg::AnimNodePtr& node, const osg::FieldContainerPtr& container);
     void copy(const std::vector<osg::AnimNodePtr>& nodes);
     /// Pastes copies with cores of their own. A target that is an animation node gets them as children, any other under
-    /// its attachment. `flipped`: the results are flipped. What was copied isn't pasted into itself or below itself.
+    /// its attachment. `flipped`: the results are flipped. A clip isn't pasted into itself or below itself.
     std::vector<osg::AnimNodePtr> pasteTo(const osg::FieldContainerPtr& target, bool flipped, bool keepNames);
     /// As pasteTo() with the cores of what was copied.
     std::vector<osg::AnimNodePtr> clonePasteTo(const osg::FieldContainerPtr& target, bool flipped, bool keepNames);

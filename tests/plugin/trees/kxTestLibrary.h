@@ -2,75 +2,21 @@
 
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimLibraryWidget.h>
-#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimFixture.h>
+#include <kxTreeProbe.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
-#include <QMimeData>
-#include <QTreeWidgetItemIterator>
-
-#include <memory>
-
-/// A library whose protected parts are open, and short words for what it shows.
+/// A library to look into, and short words for scenes with animations.
 namespace kxTestLibrary
 {
-struct Library : kxAnimLibraryWidget
+struct Library : kxTreeProbe<kxAnimLibraryWidget>
 {
-    using kxAnimLibraryWidget::contextMenu;
-    using kxAnimLibraryWidget::dragMoveEvent;
-    using kxAnimLibraryWidget::dropMimeData;
-    using kxAnimLibraryWidget::mimeData;
-    using kxAnimLibraryWidget::showContextMenu;
-
-    /// The row whose texts from the top level down are these, null where there is none.
-    kxAnimTreeWidgetItem* row(const QString& path)
-    {
-        QTreeWidgetItem* found = invisibleRootItem();
-        for (const QString& text : path.split('/'))
-        {
-            QTreeWidgetItem* next = nullptr;
-            for (int i = 0; found != nullptr && i < found->childCount() && next == nullptr; ++i)
-                if (found->child(i)->text(0) == text)
-                    next = found->child(i);
-            found = next;
-        }
-        return static_cast<kxAnimTreeWidgetItem*>(found);
-    }
-    void select(const QString& paths)
-    {
-        clearSelection();
-        for (const QString& path : paths.split(','))
-            row(path)->setSelected(true);
-    }
-    /// One line a row: its depth as dots and its text; "+" behind an expanded row, "*" behind a selected one.
-    QStringList dump(bool withStates = false)
-    {
-        QStringList lines;
-        for (QTreeWidgetItemIterator it(this); *it != nullptr; ++it)
-        {
-            QString line = (*it)->text(0);
-            for (QTreeWidgetItem* above = (*it)->parent(); above != nullptr; above = above->parent())
-                line.prepend('.');
-            if (withStates && (*it)->isExpanded())
-                line.append('+');
-            if (withStates && (*it)->isSelected())
-                line.append('*');
-            lines.append(line);
-        }
-        return lines;
-    }
     kxAnimLibraryPayload payload()
     {
         const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
         return kxAnimLibraryPayload::of(mime.get());
-    }
-    bool drop(const QString& source, const QString& target)
-    {
-        select(source);
-        const std::unique_ptr<QMimeData> mime(mimeData(selectedItems()));
-        return dropMimeData(target.isEmpty() ? nullptr : row(target), 0, mime.get(), Qt::CopyAction);
     }
 };
 

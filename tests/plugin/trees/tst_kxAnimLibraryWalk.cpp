@@ -43,13 +43,7 @@ void tst_kxAnimLibraryWalk::survivesRandomEdits()
                     box->button(QMessageBox::YesToAll)->click();
             });
     answers.start(0);
-    const auto rows = [&library]
-    {
-        QList<QTreeWidgetItem*> all;
-        for (QTreeWidgetItemIterator it(&library); *it != nullptr; ++it)
-            all.append(*it);
-        return all;
-    };
+    const auto rows = [&library] { return library.rows(); };
     const auto anyObject = [&]() -> NodePtr
     {
         const auto& nodes = kxScene::the()->root()->getChildren();

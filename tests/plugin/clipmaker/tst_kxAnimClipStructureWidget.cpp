@@ -1,0 +1,354 @@
+#include "kxClipTree.h"
+
+#include <kxController.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QDragMoveEvent>
+#include <QInputDialog>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTimer>
+#include <QtTest>
+
+using namespace osg;
+
+class tst_kxAnimClipStructureWidget : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void newClips_data();
+    void newClips();
+    void newClipByMessage();
+    void menuFollowsSelection_data();
+    void menuFollowsSelection();
+    void dropsOfRows_data();
+    void dropsOfRows();
+    void dropsOfLibrary();
+    void dragsAreRefusedBelowThemselves();
+    void dragNamesRowsAndParents();
+    void duplicates();
+    void namesStayUnlessEdited();
+    void searchIsFlat();
+    void editsTheOneSelected();
+    void pasteIntoItselfIsRefused();
+    void followsTheKernel();
+};
+
+void tst_kxAnimClipStructureWidget::newClips_data()
+{
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<bool>("ignoreSelection");
+    QTest::addColumn<QString>("made");
+    QTest::addColumn<QString>("selectedAfter");
+    QTest::newRow("nothing selected") << "" << false << "Clip"
+                                      << "Clip";
+    QTest::newRow("one in each clip") << "A,B" << false << "A/Clip,B/Clip_1"
+                                      << "A,B";
+    QTest::newRow("nested clip") << "A/inner" << false << "A/inner/Clip"
+                                 << "A/inner";
+    QTest::newRow("a block takes none") << "B/step" << false << "Clip"
+                                        << "Clip";
+    QTest::newRow("the block beside a clip doesn't count") << "B/step,C" << false << "C/Clip"
+                                                           << "B/step,C";
+    QTest::newRow("selection ignored") << "A" << true << "Clip"
+                                       << "Clip";
+}
+
+void tst_kxAnimClipStructureWidget::newClips()
+{
+    QFETCH(QString, selected);
+    QFETCH(bool, ignoreSelection);
+    QFETCH(QString, made);
+    QFETCH(QString, selectedAfter);
+    kxClipTree f;
+    f.tree.select(selected);
+    f.tree.newClip(ignoreSelection);
+    for (const QString& path : made.split(','))
+        QVERIFY2(f.tree.row(path) != nullptr, qPrintable(path));
+    QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+    QStringList now = f.tree.dump(true);
+    f.tree.select(selectedAfter);
+    QCOMPARE(now, f.tree.dump(true));
+}
+
+void tst_kxAnimClipStructureWidget::newClipByMessage()
+{
+    kxClipTree f;
+    f.tree.select("A");
+    kxMessage message;
+    message.set("ignoreSelection", true, true);
+    kxController::call("createNewClip", message, 0);
+    QCOMPARE(boost::any_cast<AnimNodePtr>(message.get("node")), f.node("Clip"));
+    f.tree.select("A,B");
+    kxMessage silent;
+    kxController::call("createNewClip", silent, 0);
+    QCOMPARE(boost::any_cast<AnimNodePtr>(silent.get("node")), AnimNodePtr());
+    QVERIFY(f.tree.row("A/Clip_1") != nullptr && f.tree.row("B/Clip_2") != nullptr);
+}
+
+void tst_kxAnimClipStructureWidget::menuFollowsSelection_data()
+{
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("disabled");
+    QTest::newRow("nothing") << ""
+                             << "Copy,Paste,Duplicate,Duplicate Flipped,Delete,Rename,Information...";
+    QTest::newRow("a clip") << "A"
+                            << "";
+    QTest::newRow("a block") << "B/step"
+                             << "Paste";
+    QTest::newRow("a clip and a block") << "A,B/step"
+                                        << "Rename,Information...";
+    QTest::newRow("blocks") << "A/inner/jump,B/step"
+                            << "Paste,Rename,Information...";
+}
+
+void tst_kxAnimClipStructureWidget::menuFollowsSelection()
+{
+    QFETCH(QString, selected);
+    QFETCH(QString, disabled);
+    kxClipTree f;
+    f.tree.select("A");
+    f.tree.select(selected);
+    QStringList found;
+    for (const QAction* action : f.tree.contextMenu()->actions())
+        if (!action->isEnabled() && !action->isSeparator() && action->text() != "Play" && action->text() != "Reset")
+            found.append(action->text());
+    QCOMPARE(found.join(','), disabled);
+}
+
+void tst_kxAnimClipStructureWidget::dropsOfRows_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("result");
+    QTest::addColumn<QString>("movedTo"); // empty: nothing changes
+    QTest::newRow("clip into a clip") << "B"
+                                      << "A/inner" << true << "A/inner/B";
+    QTest::newRow("block into a clip") << "B/step"
+                                       << "C" << true << "C/step";
+    QTest::newRow("nested clip to the top level") << "A/inner"
+                                                  << "" << false << "inner";
+    QTest::newRow("block to the top level") << "B/step"
+                                            << "" << false << "";
+    QTest::newRow("onto a block") << "C"
+                                  << "B/step" << false << "";
+    QTest::newRow("into itself") << "A"
+                                 << "A" << false << "";
+    QTest::newRow("into its child") << "A"
+                                    << "A/inner" << false << "";
+    QTest::newRow("one of two into its child") << "A,C"
+                                               << "A/inner" << true << "A/inner/C";
+}
+
+void tst_kxAnimClipStructureWidget::dropsOfRows()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QFETCH(bool, result);
+    QFETCH(QString, movedTo);
+    kxClipTree f;
+    const AnimNodePtr moved = f.node(source.split(',').back());
+    const QStringList before = f.tree.dump();
+    QCOMPARE(f.tree.drop(source, target), result);
+    if (movedTo.isEmpty())
+        QCOMPARE(f.tree.dump(), before);
+    else
+        QCOMPARE(f.node(movedTo), moved);
+    if (result)
+        QCOMPARE(f.tree.selectedClip(), f.node(target));
+    QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+}
+
+void tst_kxAnimClipStructureWidget::dropsOfLibrary()
+{
+    kxClipTree f;
+    const unsigned int walk = kxClipTree::find("walk")->getId();
+    QVERIFY(!f.dropFromLibrary({walk}, ""));
+    QVERIFY(!f.dropFromLibrary({walk}, "B/step"));
+    QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+
+    // Every entry is taken, what is dead or no animation is skipped, and a clip above isn't cloned into itself.
+    const unsigned int dead = FieldContainerFactory::the()->getFieldContainerStore().size() + 7;
+    QVERIFY(f.dropFromLibrary({dead, walk, 0, f.node("A")->getId(), walk}, "A/inner"));
+    const AnimNodePtr inner = f.node("A/inner");
+    QCOMPARE(inner->getNChildren(), UInt32(3));
+    const AnimNodePtr first = AnimNodePtr::dcast(inner->getChild(1)), second = AnimNodePtr::dcast(inner->getChild(2));
+    QVERIFY(first->getCore() == kxClipTree::find("walk")->getCore());
+    QCOMPARE(first->getOffset(), Vec2f(0, 50));
+    QCOMPARE(second->getOffset(), Vec2f(0, 100));
+    QCOMPARE(first->getNodeName(), std::string("walk"));
+    QCOMPARE(f.tree.selectedClip(), inner);
+    QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+
+    const std::unique_ptr<QMimeData> mime(kxClipTree::libraryDrag({walk}));
+    QVERIFY(!f.tree.dropMimeData(f.tree.row("C"), 0, mime.get(), Qt::MoveAction));
+    QVERIFY(!f.tree.dropMimeData(f.tree.row("C"), 0, nullptr, Qt::CopyAction));
+}
+
+void tst_kxAnimClipStructureWidget::dragsAreRefusedBelowThemselves()
+{
+    kxClipTree f;
+    f.tree.show();
+    f.tree.select("A");
+    const std::unique_ptr<QMimeData> rows(f.tree.mimeData(f.tree.selectedItems()));
+    const std::unique_ptr<QMimeData> library(kxClipTree::libraryDrag({1}));
+    const auto takes = [&f](const char* over, const QMimeData* mime)
+    {
+        QDragMoveEvent event(f.tree.visualItemRect(f.tree.row(over)).center(), Qt::CopyAction, mime, Qt::LeftButton,
+                             Qt::NoModifier);
+        f.tree.dragMoveEvent(&event);
+        return event.isAccepted();
+    };
+    QVERIFY(!takes("A", rows.get()));
+    QVERIFY(!takes("A/inner", rows.get()));
+    QVERIFY(!takes("A/inner/jump", rows.get()));
+    QVERIFY(takes("B", rows.get()));
+    QVERIFY(takes("A/inner", library.get()));
+}
+
+void tst_kxAnimClipStructureWidget::dragNamesRowsAndParents()
+{
+    kxClipTree f;
+    f.tree.select("B/step,A,A/inner");
+    const std::unique_ptr<QMimeData> mime(f.tree.mimeData(f.tree.selectedItems()));
+    QCOMPARE(mime->formats(), QStringList("application/anim-clip-item"));
+    const QByteArray bytes = mime->data("application/anim-clip-item");
+    QCOMPARE(bytes.size(), 5 * 4); // "inner" goes with "A"
+    const std::vector<kxAnimLibraryPayload::Row> rows = kxAnimLibraryPayload::decode(bytes).rows;
+    const std::size_t clip = rows[0].containerId == 0 ? 0 : 1;
+    QCOMPARE(rows[clip].animationId, f.node("A")->getId());
+    QCOMPARE(rows[1 - clip].animationId, f.node("B/step")->getId());
+    QCOMPARE(rows[1 - clip].containerId, f.node("B")->getId());
+    f.tree.select("");
+    QVERIFY(f.tree.mimeData({}) == nullptr);
+}
+
+void tst_kxAnimClipStructureWidget::duplicates()
+{
+    kxClipTree f;
+    f.tree.select("A,B/step");
+    f.tree.duplicateFlippedSpecial();
+    const AnimNodePtr copy = f.node("A_1"), inner = f.node("A_1/inner"), block = f.node("B/step_1");
+    QVERIFY(copy->getFlipped() && !inner->getFlipped() && block->getFlipped());
+    QVERIFY(copy->getCore() != f.node("A")->getCore() && inner->getCore() != f.node("A/inner")->getCore());
+    QVERIFY(f.node("A_1/inner/jump")->getCore() == f.node("A/inner/jump")->getCore());
+    QVERIFY(block->getCore() == f.node("B/step")->getCore());
+    QCOMPARE(block->getOffset(), Vec2f(0, 50)); // beside, not on top
+    f.tree.select("C");
+    f.tree.duplicateSpecial();
+    QVERIFY(!f.node("C_1")->getFlipped());
+    QCOMPARE(f.tree.selectedClip(), f.node("C"));
+}
+
+void tst_kxAnimClipStructureWidget::namesStayUnlessEdited()
+{
+    kxClipTree f;
+    kxAnimTreeWidgetItem* const row = f.tree.row("B/step");
+    row->setCheckState(0, Qt::Unchecked); // the block under the object has the same name
+    QVERIFY(!row->animNode()->isActive());
+    row->setCheckState(1, Qt::Checked);
+    QVERIFY(row->animNode()->getLocked());
+    QCOMPARE(row->animNode()->getNodeName(), std::string("step"));
+    row->setData(0, Qt::EditRole, "limp");
+    QCOMPARE(row->animNode()->getNodeName(), std::string("limp"));
+    row->setData(0, Qt::EditRole, "A"); // taken
+    QCOMPARE(row->animNode()->getNodeName(), std::string("limp"));
+    QCOMPARE(row->text(0), QString("limp"));
+    // The column of locks has nothing to type into.
+    f.tree.show();
+    f.tree.editItem(row, 1);
+    QVERIFY(f.tree.viewport()->findChild<QLineEdit*>() == nullptr);
+}
+
+void tst_kxAnimClipStructureWidget::searchIsFlat()
+{
+    kxClipTree f;
+    f.tree.select("A/inner");
+    f.tree.search("n");
+    QCOMPARE(f.tree.dump(), QStringList("inner"));
+    f.tree.search("no such clip");
+    QCOMPARE(f.tree.dump(), QStringList());
+    f.tree.search("");
+    QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+    QCOMPARE(f.tree.selectedClip(), f.node("A/inner"));
+    f.tree.rebuildFrom({f.node("C"), f.node("B"), AnimNodePtr(), f.node("A")});
+    QCOMPARE(f.tree.dump(), QStringList({"C", "B"}));
+    QVERIFY(!f.tree.isSortingEnabled());
+}
+
+void tst_kxAnimClipStructureWidget::editsTheOneSelected()
+{
+    kxClipTree f;
+    const AnimNodePtr a = f.node("A"), b = f.node("B");
+    int cycles = 7;
+    const auto answer = [&cycles]
+    {
+        auto* const dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        dialog->setIntValue(cycles);
+        dialog->accept();
+    };
+    f.tree.select("A,B");
+    f.tree.setFlipped(true);
+    f.tree.editPostCycles(); // no question
+    QVERIFY(!a->getFlipped() && !b->getFlipped());
+    f.tree.select("B");
+    f.tree.setFlipped(true);
+    QTimer::singleShot(0, &f.tree, answer);
+    f.tree.editPostCycles();
+    QVERIFY(b->getFlipped() && !a->getFlipped());
+    QCOMPARE(b->getPostCycles(), 7);
+    // The clip may go while the question stands.
+    QTimer::singleShot(0, &f.tree,
+                       [&]
+                       {
+                           kxAnimFixture::clear();
+                           answer();
+                       });
+    f.tree.editPostCycles();
+}
+
+void tst_kxAnimClipStructureWidget::pasteIntoItselfIsRefused()
+{
+    kxClipTree f;
+    const AnimNodePtr a = f.node("A"), inner = f.node("A/inner"), c = f.node("C");
+    kxAnimManager* const kernel = kxClipTree::kernel();
+    kernel->copy({a, f.node("B")});
+    QCOMPARE(kernel->clonePasteToWithOffset(inner, 1, false, false).size(), std::size_t(1));
+    QCOMPARE(kernel->clonePasteTo(a, false, false).size(), std::size_t(1));
+    QCOMPARE(kernel->pasteTo(c, false, false).size(), std::size_t(2));
+    kernel->addToClipStructure(kernel->clipStructureRoot());
+    QVERIFY(kernel->clipStructureRoot()->getParent() == NullFC);
+    // What was copied is the clip, not the name: once it is elsewhere, its place takes it.
+    kernel->addToClipStructure(inner);
+    QCOMPARE(kernel->clonePasteTo(inner, false, false).size(), std::size_t(2));
+}
+
+void tst_kxAnimClipStructureWidget::followsTheKernel()
+{
+    kxClipTree f;
+    f.tree.row("A")->setExpanded(false);
+    f.tree.select("B/step");
+    const AnimNodePtr root = kxClipTree::kernel()->clipStructureRoot();
+    const NodePtr above = Node::create();
+    above->addRef();
+    for (const NodePtr& child : {NodePtr(root), NodePtr(Node::create()), NodePtr(Node::create())})
+        above->addChild(child);
+    const QStringList before = f.tree.dump(true);
+    kxMessage message;
+    kxController::call("pastedAnimations", message, 0);
+    QCOMPARE(f.tree.dump(true), before);
+    QCOMPARE(above->findChild(root), 1); // the structure's place under a node above it
+    above->subChild(root);
+    above->subRef();
+
+    QSignalSpy focus(&f.tree, SIGNAL(gotFocus(QWidget*)));
+    QFocusEvent event(QEvent::FocusIn);
+    QApplication::sendEvent(&f.tree, &event);
+    QCOMPARE(focus.size(), 1);
+    QCOMPARE(focus[0][0].value<QWidget*>(), static_cast<QWidget*>(&f.tree));
+}
+
+QTEST_MAIN(tst_kxAnimClipStructureWidget)
+#include "tst_kxAnimClipStructureWidget.moc"
