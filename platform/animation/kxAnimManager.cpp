@@ -13,6 +13,7 @@
 #include <animation/kxTimeRescale.h>
 #include <animation/kxTriggers.h>
 #include <kxController.h>
+#include <kxFrameRate.h>
 #include <kxLog.h>
 #include <kxMessageNames.h>
 #include <osg/FieldContainerFactory.h>
@@ -59,9 +60,9 @@ double kxAnimManager::fps() const
 
 void kxAnimManager::setFPS(double fps)
 {
-    if (!std::isfinite(fps) || fps <= 0)
+    if (!kxIsFrameRate(fps))
     {
-        kxLog::warning("A frame rate has to be above 0.");
+        kxLog::warning("A frame rate has to be above 0, and at most a million.");
         return;
     }
     if (fps == _p->fps)
@@ -89,9 +90,9 @@ double kxAnimManager::playbackFPS() const
 
 void kxAnimManager::setPlaybackFPS(double fps)
 {
-    if (fps != -1.0 && (!std::isfinite(fps) || fps <= 0))
+    if (fps != -1.0 && !kxIsFrameRate(fps))
     {
-        kxLog::warning("A playback rate has to be above 0, or -1 for every frame.");
+        kxLog::warning("A playback rate has to be above 0 and at most a million, or -1 for every frame.");
         return;
     }
     if (fps == _p->playbackFps)

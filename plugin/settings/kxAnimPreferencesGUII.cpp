@@ -7,6 +7,7 @@
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
+#include <kxFrameRate.h>
 #include <kxLog.h>
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
@@ -178,12 +179,12 @@ void kxAnimPreferencesGUII::takeRate(const char* key, QKXDoubleSpiner* field)
 {
     double value = field->value();
     withStored<double>(key, [&](double stored) { value = Ui::kxAnimSettingsFrames::rate(field, stored); });
-    if (value > 0)
+    if (kxIsFrameRate(value))
     {
         takeFromGUI(key, value);
         return;
     }
-    kxLog::warning("A frame rate has to be above 0; '%s' keeps its value.", key);
+    kxLog::warning("A frame rate has to be above 0, and at most a million; '%s' keeps its value.", key);
     withStored<double>(key, [field](double stored) { field->setValue(stored); });
     addUnchanged(key);
 }

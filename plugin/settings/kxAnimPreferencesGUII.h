@@ -31,7 +31,7 @@ private:
     template <class T>
     void takeFromGUI(const char* key, T value);
     void takeChoice(const char* key, const QComboBox* box);
-    /// Refuses a rate that isn't above 0: what is stored stays.
+    /// Refuses what is no frame rate: what is stored stays.
     void takeRate(const char* key, QKXDoubleSpiner* field);
 
     QPointer<kxAnimPreferencesGUIW> _page; // owned, unless a dialog that showed it has taken it along

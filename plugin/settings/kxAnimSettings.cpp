@@ -76,7 +76,7 @@ void kxAnimSettings::applySettings()
     kxAnimManager& kernel = *kxAnimManager::the();
     kernel.setVerifyClipStructure(_verifyClips->isChecked());
     kernel.setKeepKeysAtFrame(_keepFrames->isChecked());
-    kernel.setFPS(rate(_fps, kernel.fps())); // a rate that isn't above 0 is refused there
+    kernel.setFPS(rate(_fps, kernel.fps())); // what is no frame rate is refused there
     kernel.setPlaybackFPS(kxPlaybackRate(_speed->currentIndex(), rate(_customSpeed, kernel.playbackFPS())));
     kernel.setPlaybackRangeHint(chosen(_range, kernel.playbackRangeHint()));
     kernel.setPlaybackContextHint(chosen(_context, kernel.playbackContextHint()));

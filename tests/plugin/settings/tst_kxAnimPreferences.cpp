@@ -67,6 +67,7 @@ private Q_SLOTS:
     void customSpeed();
     void refusesRates_data();
     void refusesRates();
+    void storedRatesThatAreNone();
     void damagedValues();
 };
 
@@ -191,6 +192,7 @@ void tst_kxAnimPreferences::refusesRates_data()
     QTest::newRow("none") << 0.0;
     QTest::newRow("negative") << -25.0;
     QTest::newRow("rounded to none") << 0.0001;
+    QTest::newRow("more than times can tell apart") << 1.0e12;
 }
 
 void tst_kxAnimPreferences::refusesRates()
@@ -208,6 +210,25 @@ void tst_kxAnimPreferences::refusesRates()
     QCOMPARE(stored<double>(Key::Time), 24.0);
     QCOMPARE(page.form->_fps->value(), 24.0); // the page shows what stands
     QCOMPARE(page.form->_customSpeed->value(), 24.0);
+}
+
+/// What somebody wrote into the file of the settings by hand.
+void tst_kxAnimPreferences::storedRatesThatAreNone()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    Page page;
+    page.open();
+    page.form->_speed->setCurrentIndex(4);
+    const kxCapturedStderr silent;
+    for (const double rate : {0.0, -24.0, 1.0e-300, 1.0e300, std::numeric_limits<double>::quiet_NaN()})
+    {
+        store(Key::Time, rate);
+        store(Key::PlaybackCustomSpeed, rate);
+        store(Key::PlaybackSpeed, 4);
+        page.preferences.preferencesApply();
+        QCOMPARE(kernel.fps(), 24.0);
+        QCOMPARE(kernel.playbackFPS(), 24.0);
+    }
 }
 
 void tst_kxAnimPreferences::damagedValues()

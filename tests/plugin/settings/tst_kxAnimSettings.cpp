@@ -189,6 +189,7 @@ void tst_kxAnimSettings::refusesRates_data()
     QTest::addColumn<double>("rate");
     QTest::newRow("none") << 0.0;
     QTest::newRow("negative") << -25.0;
+    QTest::newRow("more than times can tell apart") << 1.0e12;
 }
 
 void tst_kxAnimSettings::refusesRates()
