@@ -61,6 +61,7 @@ public:
     {
         view.resize(1200, 700);
         view.show();
+        QApplication::processEvents();
         showAll();
         view.frameAll();
         paint();
@@ -68,7 +69,11 @@ public:
     ~Graph() { stack()->clear(); }
 
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
-    void paint() { view.viewport()->repaint(); }
+    void paint()
+    {
+        view.viewport()->update();
+        QApplication::processEvents(); // with what the scene has put off
+    }
     void showAll() { view.setAnimations(nodes); }
     void select(int keys)
     {
@@ -177,8 +182,8 @@ void undoDrag(benchmark::State& state)
         else
             graph.stack()->redo();
         graph.view.refresh();
+        graph.paint();
     }
-    graph.paint();
     graph.stack()->clear();
 }
 

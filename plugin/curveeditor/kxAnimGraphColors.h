@@ -10,6 +10,6 @@ const QColor Grid(Qt::black); // axes and lines of the grid alike
 const QColor Label(Qt::gray);
 const QColor Bar(220, 220, 20, 150); // an animation without curves
 const QColor RubberBand(Qt::white);
-const QColor HintTitle(150, 150, 150);
-const QColor Hint(120, 120, 120);
+const QColor HintTitle(190, 190, 190);
+const QColor Hint(150, 150, 150);
 } // namespace kxAnimGraphColors

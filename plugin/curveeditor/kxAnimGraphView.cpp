@@ -405,10 +405,12 @@ void kxAnimGraphView::mouseDoubleClickEvent(QMouseEvent* event)
 
 void kxAnimGraphView::wheelEvent(QWheelEvent* event)
 {
-    if (event->buttons() != Qt::NoButton)
+    const int delta = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
+    const bool isTurned = delta != 0 || event->phase() == Qt::NoScrollPhase; // touch pads tell where a turn begins
+    if (event->buttons() != Qt::NoButton || !isTurned)
         return;
     _scene->setEventsBlocked(true);
-    zoomAbout(event->position().toPoint(), event->angleDelta().y() >= 1, kxAnimGraphLayout::WheelZoom);
+    zoomAbout(event->position().toPoint(), delta >= 1, kxAnimGraphLayout::WheelZoom);
     _scene->setEventsBlocked(false);
 }
 
@@ -549,23 +551,32 @@ void kxAnimGraphView::drawForeground(QPainter* painter, const QRectF& rect)
 
 void kxAnimGraphView::drawHint(QPainter* painter)
 {
-    const QRect area = viewport()->rect().adjusted(20, 20, -20, -20);
-    painter->save();
-    painter->resetTransform();
-    QFont title = font();
-    title.setPointSizeF(title.pointSizeF() * 1.25);
     const QString titleText = tr("No curves to show");
     const QString text = tr("Select an object, then press Ctrl+K to key it.");
-    const QFontMetrics titleMetrics(title), metrics(font());
-    const int gap = metrics.height() / 2;
-    const int textHeight = metrics.boundingRect(area, Qt::AlignHCenter | Qt::TextWordWrap, text).height();
-    const int top = area.center().y() - (titleMetrics.height() + gap + textHeight) / 2;
-    painter->setFont(title);
+    QFont titleFont = font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.25);
+    constexpr int Flags = Qt::AlignHCenter | Qt::TextWordWrap;
+    constexpr int Space = 12;
+
+    const QRect area = viewport()->rect().adjusted(2 * Space, 0, -2 * Space, 0);
+    QRect title = QFontMetrics(titleFont).boundingRect(area, Flags, titleText);
+    QRect body = QFontMetrics(font()).boundingRect(area, Flags, text);
+    title.moveTop(area.center().y() - (title.height() + Space / 2 + body.height()) / 2);
+    body.moveTop(title.bottom() + Space / 2);
+    const QRect sheet = (title | body).adjusted(-Space, -Space, Space, Space);
+    if (!viewport()->rect().contains(sheet))
+        return;
+
+    painter->save();
+    painter->resetTransform();
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(kxAnimGraphColors::Background); // no line of the grid runs through the text
+    painter->drawRoundedRect(sheet, Space / 2, Space / 2);
+    painter->setFont(titleFont);
     painter->setPen(kxAnimGraphColors::HintTitle);
-    painter->drawText(QRect(area.left(), top, area.width(), titleMetrics.height()), Qt::AlignCenter, titleText);
+    painter->drawText(title, Flags, titleText);
     painter->setFont(font());
     painter->setPen(kxAnimGraphColors::Hint);
-    painter->drawText(QRect(area.left(), top + titleMetrics.height() + gap, area.width(), textHeight),
-                      Qt::AlignHCenter | Qt::TextWordWrap, text);
+    painter->drawText(body, Flags, text);
     painter->restore();
 }
