@@ -85,13 +85,15 @@ public:
     }
     void mouse(QEvent::Type type, const QPoint& at, Qt::MouseButton button, Qt::MouseButtons held)
     {
-        QMouseEvent event(type, at, button, held, Qt::NoModifier);
+        QMouseEvent event(type, at, view.viewport()->mapTo(&view, at), view.viewport()->mapToGlobal(at), button, held,
+                          Qt::NoModifier);
         QApplication::sendEvent(view.viewport(), &event);
     }
     void wheel(int delta)
     {
         const QPoint at(500, 300);
-        QWheelEvent event(at, at, QPoint(), QPoint(0, delta), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QWheelEvent event(at, view.viewport()->mapToGlobal(at), QPoint(), QPoint(0, delta), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(view.viewport(), &event);
     }
 

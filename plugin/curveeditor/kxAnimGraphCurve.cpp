@@ -10,9 +10,7 @@
 #include <kxAnimManager.h>
 #include <kxUndo.h>
 
-#include <QGraphicsView>
 #include <QPainter>
-#include <QPixmapCache>
 #include <QSignalBlocker>
 #include <QStyleOptionGraphicsItem>
 
@@ -66,9 +64,11 @@ kxAnimGraphCurve::kxAnimGraphCurve(const osg::AnimCurvePtr& curve, kxAnimGraphSc
 {
     livingCurves().insert(this);
     setCacheMode(DeviceCoordinateCache);
-    setFlag(ItemUsesExtendedStyleOption); // paint() is told what is seen
     if (scene != nullptr)
+    {
+        setFlag(ItemHasNoContents);
         scene->addCurve(this);
+    }
     if (curve == osg::NullFC)
         return;
     QPen line(lineColor(curve));
@@ -97,6 +97,7 @@ void kxAnimGraphCurve::deletePoints()
 {
     _points.clear();
     _selected.clear();
+    _withHandles.clear();
     _moved.clear();
     const QList<QGraphicsItem*> items = childItems();
     // The scene keeps a list of items that it is going to polish, and searches it for each that dies before: of 100,000
@@ -192,7 +193,7 @@ void kxAnimGraphCurve::layLine(const std::vector<QPointF>& places)
         prepareGeometryChange(); // setPath() doesn't
     _bounds = _line.bounds();
     setPath(_line.path());
-    update();
+    redraw();
 }
 
 void kxAnimGraphCurve::collectControlPoints(std::vector<osg::CCPnt>& out)
@@ -315,7 +316,7 @@ void kxAnimGraphCurve::keyMoved(kxAnimGraphPoint* key)
         _bounds = QRectF(QPointF(std::min(_bounds.left(), place.x()), std::min(_bounds.top(), place.y())),
                          QPointF(std::max(_bounds.right(), place.x()), std::max(_bounds.bottom(), place.y())));
     }
-    update();
+    redraw();
 }
 
 void kxAnimGraphCurve::keySelected(kxAnimGraphPoint* key, bool isSelected)
@@ -324,7 +325,7 @@ void kxAnimGraphCurve::keySelected(kxAnimGraphPoint* key, bool isSelected)
         _selected.insert(key);
     else
         _selected.remove(key);
-    update();
+    redraw();
 }
 
 void kxAnimGraphCurve::movedInTangent(kxAnimGraphPoint* point)
@@ -383,22 +384,16 @@ void kxAnimGraphCurve::aboutToScale()
         // Qt walks all children in prepareGeometryChange(). Without an index nobody remembers the old extent.
         if (curve->scene() != nullptr && curve->scene()->itemIndexMethod() != QGraphicsScene::NoIndex)
             curve->prepareGeometryChange();
-        curve->update();
-        curve->setCacheMode(curve->isWorthCaching() ? DeviceCoordinateCache : NoCache);
+        curve->redraw();
     }
 }
 
-bool kxAnimGraphCurve::isWorthCaching() const
+void kxAnimGraphCurve::redraw()
 {
-    // Zoomed in, each curve's pixmap is as large as the view. More of them than Qt keeps would be made anew at each
-    // repaint, which takes ten times as long as drawing the curves.
-    const QList<QGraphicsView*> views = scene() != nullptr ? scene()->views() : QList<QGraphicsView*>();
-    if (views.isEmpty())
-        return true;
-    const QWidget* viewport = views.first()->viewport();
-    const double ratio = viewport->devicePixelRatioF();
-    const double bytes = 4 * ratio * ratio * viewport->width() * viewport->height();
-    return double(livingCurves().size()) * bytes < 1024.0 * QPixmapCache::cacheLimit();
+    static quint64 looks = 0;
+    _look = ++looks;
+    if (scene() != nullptr)
+        scene()->update();
 }
 
 QRectF kxAnimGraphCurve::boundingRect() const
@@ -421,15 +416,53 @@ bool kxAnimGraphCurve::contains(const QPointF&) const
 
 void kxAnimGraphCurve::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*)
 {
-    // What Qt calls exposed is the whole curve where it paints into the cache for the first time. The device is cut off
-    // by its width in its own units, which are pixels of the widget or smaller.
-    const QRectF device(0, 0, painter->device()->width(), painter->device()->height());
-    const QRectF visible = painter->worldTransform().inverted().mapRect(device);
+    draw(*painter, option->exposedRect, option->palette);
+    drawHandles(*painter);
+}
+
+void kxAnimGraphCurve::draw(QPainter& painter, const QRectF& visible, const QPalette& palette) const
+{
     const QRectF square = kxAnimGraphPoint::square().normalized();
-    const QRectF area =
-        option->exposedRect.intersected(visible).adjusted(square.left(), square.top(), square.right(), square.bottom());
-    _line.paint(*painter, area.left(), area.right(), pen());
-    paintSquares(*painter, area, option->palette);
+    const QRectF area = visible.adjusted(square.left(), square.top(), square.right(), square.bottom());
+    _line.paint(painter, area.left(), area.right(), pen());
+    paintSquares(painter, area, palette);
+}
+
+void kxAnimGraphCurve::drawHandles(QPainter& painter) const
+{
+    if (_withHandles.isEmpty())
+        return;
+    QVector<QLineF> lines;
+    for (const kxAnimGraphPoint* const key : _withHandles)
+    {
+        if (key->showsInTangent())
+            lines.append(QLineF(key->pos(), key->pos() + key->inTangentPos()));
+        if (key->showsOutTangent())
+            lines.append(QLineF(key->pos(), key->pos() + key->outTangentPos()));
+    }
+    painter.setPen(kxAnimGraphMarks::handlePen());
+    painter.drawLines(lines);
+    const kxAnimGraphMarks::InPixels pixels(painter);
+    for (const QLineF& line : qAsConst(lines))
+        kxAnimGraphMarks::drawSquare(painter, pixels.transform().map(line.p2()), kxAnimGraphMarks::handlePen().color());
+}
+
+void kxAnimGraphCurve::makeHandlesAt(const QPointF& place)
+{
+    const QRectF around = kxAnimGraphPoint::square().normalized().translated(place);
+    for (const kxAnimGraphPoint* const key : qAsConst(_withHandles))
+        if (around.contains(key->pos() + key->inTangentPos()) || around.contains(key->pos() + key->outTangentPos()))
+            key->inTangentItem();
+}
+
+void kxAnimGraphCurve::keyShowsHandles(kxAnimGraphPoint* key, bool shows)
+{
+    if (shows)
+        _withHandles.insert(key);
+    else
+        _withHandles.remove(key);
+    if (scene() != nullptr)
+        scene()->update(); // what draw() draws stays
 }
 
 void kxAnimGraphCurve::paintSquares(QPainter& painter, const QRectF& area, const QPalette& palette) const

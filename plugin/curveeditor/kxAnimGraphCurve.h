@@ -66,6 +66,15 @@ public:
     bool contains(const QPointF& point) const override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
+    /// Draws line and keys, or the handles that are shown, in the scene's units. The scene does so for all its curves:
+    /// for it the item has no contents of its own.
+    void draw(QPainter& painter, const QRectF& visible, const QPalette& palette) const;
+    void drawHandles(QPainter& painter) const;
+    /// A number that is another one after each change of what draw() draws, and that no other curve has.
+    quint64 look() const { return _look; }
+    /// Makes the items of the handles that are shown at `place`, so that the mouse meets them.
+    void makeHandlesAt(const QPointF& place);
+
 public Q_SLOTS:
     /// A handle was dragged: writes its key's tangents.
     void movedInTangent(kxAnimGraphPoint* point);
@@ -79,6 +88,7 @@ private:
     /// A key item came to stand elsewhere.
     void keyMoved(kxAnimGraphPoint* key);
     void keySelected(kxAnimGraphPoint* key, bool isSelected);
+    void keyShowsHandles(kxAnimGraphPoint* key, bool shows);
     /// True while places come from the kernel, which no snapping, lock or tie holds back.
     bool isFollowingKernel() const { return _isFollowingKernel; }
     /// Takes the vectors of a key over from the kernel, which shortens a free one that reaches a neighbour.
@@ -92,7 +102,7 @@ private:
     std::vector<QPointF> sortPoints();
     std::vector<QPointF> presentPlaces() const;
     void layLine(const std::vector<QPointF>& places);
-    bool isWorthCaching() const;
+    void redraw();
     void computeTangents();
     static void computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* previous, kxAnimGraphPoint* next);
     void paintSquares(QPainter& painter, const QRectF& area, const QPalette& palette) const;
@@ -101,6 +111,8 @@ private:
     QList<kxAnimGraphPoint*> _points;
     QRectF _bounds; // of line and keys, without the squares
     QSet<kxAnimGraphPoint*> _selected;
+    QSet<kxAnimGraphPoint*> _withHandles;
+    quint64 _look = 0;
     std::unordered_multimap<double, kxAnimGraphPoint*> _moved; // by x, since the line was laid; old places may linger
     unsigned int _curveId;                                     // field container id, 0 for none
     bool _isFollowingKernel = false;

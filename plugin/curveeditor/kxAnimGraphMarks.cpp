@@ -18,6 +18,17 @@ kxAnimGraphMarks::InPixels::~InPixels()
     _painter.setRenderHint(QPainter::Antialiasing, _isSmooth);
 }
 
+const QPen& kxAnimGraphMarks::handlePen()
+{
+    static const QPen pen = []
+    {
+        QPen line((QColor(Qt::yellow)));
+        line.setCosmetic(true);
+        return line;
+    }();
+    return pen;
+}
+
 void kxAnimGraphMarks::drawSquare(QPainter& painter, const QPointF& place, const QColor& color)
 {
     painter.fillRect(QRectF(place.x() - Size / 2, place.y() - Size / 2, Size, Size), color);

@@ -28,6 +28,8 @@ private:
     bool _isSmooth;
 };
 
+/// Of the lines from keys to their handles, and of the handles.
+const QPen& handlePen();
 /// A square around `place`, a point in pixels. Inside InPixels.
 void drawSquare(QPainter& painter, const QPointF& place, const QColor& color);
 /// The outline that Qt gives a selected item, around drawSquare().

@@ -57,17 +57,6 @@ const QBrush& squareBrush(bool isKey)
     return isKey ? key : handle;
 }
 
-const QPen& linePen()
-{
-    static const QPen pen = []
-    {
-        QPen line((QColor(Qt::yellow)));
-        line.setCosmetic(true);
-        return line;
-    }();
-    return pen;
-}
-
 /// The base asks its outline, which it strokes each time, where it is and whether the mouse is on it.
 class TangentLine : public QGraphicsLineItem
 {
@@ -160,13 +149,14 @@ void kxAnimGraphPoint::makeHandles() const
         connect(self, &kxAnimGraphPoint::inTangentMoved, parent, &kxAnimGraphCurve::movedInTangent);
         connect(self, &kxAnimGraphPoint::outTangentMoved, parent, &kxAnimGraphCurve::movedOutTangent);
     }
+    showHandles();
 }
 
 kxAnimGraphPoint::Handle kxAnimGraphPoint::makeHandle(bool isIn)
 {
     const QPointF place = isIn ? _in : _out;
     auto* line = new TangentLine(this);
-    line->setPen(linePen());
+    line->setPen(kxAnimGraphMarks::handlePen());
     line->setLine(QLineF(QPointF(), place));
     line->setVisible(false);
 
@@ -177,6 +167,11 @@ kxAnimGraphPoint::Handle kxAnimGraphPoint::makeHandle(bool isIn)
     handle->setTangentTypes(_inType, _outType);
     handle->setFlag(ItemIsMovable, flags() & ItemIsMovable); // not in a locked scene
     handle->setVisible(false);
+    if (curve() != nullptr) // it draws them
+    {
+        handle->setFlag(ItemHasNoContents);
+        line->setFlag(ItemHasNoContents);
+    }
     return {handle, line};
 }
 
@@ -268,16 +263,29 @@ void kxAnimGraphPoint::setTangentsVisible(bool visible)
     if (!_isKey || (_handles && (_handles->in.point->isSelected() || _handles->out.point->isSelected())))
         return;
     _tangentsShown = visible;
-    const bool showsIn = visible && _inType != Constant;
-    const bool showsOut = visible && _outType != Constant;
-    if (showsIn || showsOut)
-        makeHandles();
+    if (kxAnimGraphCurve* parent = curve())
+        parent->keyShowsHandles(this, visible);
+    showHandles();
+}
+
+bool kxAnimGraphPoint::showsInTangent() const
+{
+    return _tangentsShown && _inType != Constant;
+}
+
+bool kxAnimGraphPoint::showsOutTangent() const
+{
+    return _tangentsShown && _outType != Constant;
+}
+
+void kxAnimGraphPoint::showHandles() const
+{
     if (!_handles)
         return;
-    _handles->in.point->setVisible(showsIn);
-    _handles->in.line->setVisible(showsIn);
-    _handles->out.point->setVisible(showsOut);
-    _handles->out.line->setVisible(showsOut);
+    _handles->in.point->setVisible(showsInTangent());
+    _handles->in.line->setVisible(showsInTangent());
+    _handles->out.point->setVisible(showsOutTangent());
+    _handles->out.line->setVisible(showsOutTangent());
 }
 
 QPointF kxAnimGraphPoint::computedTangent(kxCurveMath::Side side, const kxAnimGraphPoint* previous,

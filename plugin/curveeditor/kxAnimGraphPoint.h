@@ -15,13 +15,13 @@ class kxAnimGraphScene;
 /// A key is a child of its curve item, which stands at the scene's origin, so that a key's pos() is its place in frames
 /// and value. A handle is a child of its key; its pos() is the tangent vector, in frames and value.
 ///
-/// A key makes its handles and their lines when they are first shown or asked for, since most keys of a scene never
-/// show theirs. Until then it holds their places and types itself, and every operation answers as if they were there.
-/// So childItems() tells nothing: isKey() and isTangent() tell keys from handles, inTangentType() and outTangentType()
-/// read types without making handles.
+/// A key makes its handles and their lines when the mouse first meets them or they are asked for, since most keys never
+/// need theirs, not even among those that show them. Until then it holds their places and types itself, and every
+/// operation answers as if they were there. So childItems() tells nothing: isKey() and isTangent() tell keys from
+/// handles, inTangentType() and outTangentType() read types without making handles.
 ///
-/// Keys have no contents of their own for the scene: their curve paints them in one go. With 100,000 keys under a
-/// curve, an item that paints itself costs 256 bytes a view and twice the time where it isn't even seen.
+/// Keys and handles have no contents of their own for the scene: their curve paints them in one go. With 100,000 keys
+/// under a curve, an item that paints itself costs 256 bytes a view and twice the time where it isn't even seen.
 ///
 /// The size in scene units is one for all points (setScale), so that a zoom touches none of them. A scene index that
 /// remembers bounding rectangles would have to be told of each: use QGraphicsScene::NoIndex.
@@ -94,6 +94,9 @@ public:
     void setTangentsVisible(bool visible);
     /// What was last asked of setTangentsVisible().
     bool tangentsShown() const { return _tangentsShown; }
+    /// Whether the handle of this side is to be seen.
+    bool showsInTangent() const;
+    bool showsOutTangent() const;
 
     /// Recomputes a handle's place by its type and the keys around, as the kernel does with keys. Null for a key that
     /// isn't there; nothing where both are missing.
@@ -146,6 +149,7 @@ private:
 
     void makeHandles() const;
     Handle makeHandle(bool isIn);
+    void showHandles() const;
     void placeHandle(bool isIn, const QPointF& pos);
     QPointF filteredPos(const QPointF& proposed) const;
     QPointF computedTangent(kxCurveMath::Side side, const kxAnimGraphPoint* previous,

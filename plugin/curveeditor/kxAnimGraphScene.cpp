@@ -222,6 +222,25 @@ void kxAnimGraphScene::selectAllPoints()
             point->setSelected(true);
 }
 
+void kxAnimGraphScene::mousePressEvent(QGraphicsSceneMouseEvent* event)
+{
+    makeHandlesAt(event->scenePos());
+    QGraphicsScene::mousePressEvent(event);
+}
+
+void kxAnimGraphScene::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
+{
+    if (event->buttons() == Qt::NoButton)
+        makeHandlesAt(event->scenePos());
+    QGraphicsScene::mouseMoveEvent(event);
+}
+
+void kxAnimGraphScene::makeHandlesAt(const QPointF& place)
+{
+    for (kxAnimGraphCurve* const curve : curves())
+        curve->makeHandlesAt(place);
+}
+
 void kxAnimGraphScene::lockItems(bool value)
 {
     const Rebuild rebuild(this); // what is locked is no longer selected
@@ -404,4 +423,12 @@ void kxAnimGraphScene::drawBackground(QPainter* painter, const QRectF& rect)
 {
     QGraphicsScene::drawBackground(painter, rect);
     kxAnimGraphGrid(painter, rect, views().isEmpty() ? nullptr : views().first()).draw();
+}
+
+void kxAnimGraphScene::drawForeground(QPainter* painter, const QRectF& rect)
+{
+    QGraphicsScene::drawForeground(painter, rect);
+    painter->save();
+    _picture.draw(*painter, curves(), palette());
+    painter->restore();
 }

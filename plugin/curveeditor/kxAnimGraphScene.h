@@ -1,5 +1,6 @@
 #pragma once
 
+#include <curveeditor/kxAnimGraphPicture.h>
 #include <frame/kxCallbacks.h>
 
 #include <osg/Vector.h>
@@ -101,13 +102,17 @@ public Q_SLOTS:
     void lockItems(bool value);
 
 protected:
+    void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
+    void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;
     void drawBackground(QPainter* painter, const QRectF& rect) override;
+    void drawForeground(QPainter* painter, const QRectF& rect) override;
 
 private Q_SLOTS:
     void changedSelection();
     void timeItemChanged(double value);
 
 private:
+    void makeHandlesAt(const QPointF& place);
     static void timeLineChangedPlay(kxMessage& message);
 
     std::map<unsigned int, std::vector<osg::Vector<float, 4>>> _copiedKeys; // by curve id: seconds, value, both types
@@ -121,5 +126,6 @@ private:
 
     std::vector<QPointer<kxAnimGraphCurve>> _curves;       // in the order in which they were made
     std::vector<QPointer<kxAnimGraphPoint>> _withTangents; // the keys that were selected, and so show their handles
+    kxAnimGraphPicture _picture;
     kxCallbacks _callbacks;
 };
