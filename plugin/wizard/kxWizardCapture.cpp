@@ -1,0 +1,159 @@
+#include <wizard/kxWizardCapture.h>
+
+#include <clipmaker/kxClipStructure.h>
+
+#include <QAbstractButton>
+#include <QCoreApplication>
+#include <QIcon>
+
+#include <algorithm>
+#include <cmath>
+
+using osg::CCPnt;
+using osg::TangentType;
+
+namespace
+{
+struct Interpolation
+{
+    const char* text;
+    TangentType firstOut;
+    TangentType lastIn;
+};
+const Interpolation Interpolations[] = {
+    {"Linear", TangentType::Linear, TangentType::Linear},
+    {"Ease In", TangentType::Flat, TangentType::Linear},
+    {"Ease Out", TangentType::Linear, TangentType::Flat},
+    {"Ease In/Ease Out", TangentType::Flat, TangentType::Flat},
+};
+
+bool hasKeys(const osg::AnimCurvePtr& curve)
+{
+    return curve != osg::NullFC && !curve->isEmpty();
+}
+
+CCPnt& lastKey(const osg::AnimCurvePtr& curve)
+{
+    return curve->getControlPoints(osg::UInt32(curve->getControlPoints().size()) - 1);
+}
+
+void writeValue(CCPnt& key, float value)
+{
+    if (std::isfinite(value))
+        key.setY(value);
+}
+
+void writeEndTime(const osg::AnimCurvePtr& curve, double seconds)
+{
+    const std::size_t count = curve->getControlPoints().size();
+    const float time = float(seconds);
+    if (std::isfinite(time))
+        lastKey(curve).setX(count > 1 ? std::max(time, curve->getControlPoints(osg::UInt32(count) - 2).x()) : time);
+}
+} // namespace
+
+kxWizardCapture::Tangents kxWizardCapture::tangentsOf(int interpolation)
+{
+    const bool isListed = interpolation >= 0 && interpolation < int(std::size(Interpolations));
+    const Interpolation& entry = Interpolations[isListed ? interpolation : 0];
+    return {osg::Int32(entry.firstOut), osg::Int32(entry.lastIn)};
+}
+
+QStringList kxWizardCapture::interpolationTexts(const char* context)
+{
+    QStringList texts;
+    for (const Interpolation& entry : Interpolations)
+        texts << QCoreApplication::translate(context, entry.text);
+    return texts;
+}
+
+void kxWizardCapture::setInterpolation(const osg::AnimCurvePtr& curve, int interpolation)
+{
+    if (!hasKeys(curve))
+        return;
+    const Tangents tangents = tangentsOf(interpolation);
+    const osg::UInt32 last = osg::UInt32(curve->getControlPoints().size()) - 1;
+    curve->computeIntangent(0, osg::Int32(TangentType::Linear));
+    curve->computeOuttangent(0, tangents.firstOut);
+    curve->computeIntangent(last, tangents.lastIn);
+    curve->computeOuttangent(last, osg::Int32(TangentType::Linear));
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxWizardCapture::setStart(const osg::AnimCurvePtr& curve, float value, int interpolation)
+{
+    if (!hasKeys(curve))
+        return;
+    writeValue(curve->getControlPoints(0), value);
+    setInterpolation(curve, interpolation);
+}
+
+void kxWizardCapture::setEnd(const osg::AnimCurvePtr& curve, double seconds, float value, int interpolation)
+{
+    if (!hasKeys(curve))
+        return;
+    writeEndTime(curve, seconds);
+    writeValue(lastKey(curve), value);
+    setInterpolation(curve, interpolation);
+}
+
+void kxWizardCapture::setDuration(const osg::AnimCurvePtr& curve, double seconds, int interpolation)
+{
+    if (!hasKeys(curve))
+        return;
+    writeEndTime(curve, seconds);
+    setInterpolation(curve, interpolation);
+}
+
+QImage kxWizardCapture::centredSquare(const QImage& picture)
+{
+    const int side = std::min(picture.width(), picture.height());
+    return picture.copy((picture.width() - side) / 2, (picture.height() - side) / 2, side, side);
+}
+
+QPixmap kxWizardCapture::grab(kxQGLWidget* widget, const QSize& size)
+{
+    const QImage shown = widget != nullptr ? widget->grabFrameBuffer(false) : QImage();
+    if (shown.isNull() || size.isEmpty())
+        return QPixmap();
+    QImage square = centredSquare(shown);
+    square.setDevicePixelRatio(1); // a frame of a dense screen brings its own
+    return QPixmap::fromImage(square.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+}
+
+void kxWizardCapture::showPicture(QAbstractButton* button, const QPixmap& picture)
+{
+    if (picture.isNull())
+        return;
+    button->setIcon(QIcon(picture));
+    button->setText(QString());
+}
+
+void kxWizardCapture::showText(QAbstractButton* button, const QString& text)
+{
+    button->setIcon(QIcon());
+    button->setText(text);
+}
+
+osg::ImagePtr kxWizardCapture::toImage(const QIcon& icon)
+{
+    const osg::ImagePtr image = osg::Image::create();
+    QImage picture = icon.pixmap(PictureSide, PictureSide).toImage();
+    if (picture.isNull())
+        return image;
+    picture.setDevicePixelRatio(1);
+    if (picture.size() != QSize(PictureSide, PictureSide))
+        picture = picture.scaled(PictureSide, PictureSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImageConverter::convertToOSGImage(picture, image);
+    return image;
+}
+
+QPixmap kxWizardCapture::toPixmap(const osg::ImagePtr& image)
+{
+    return QPixmap::fromImage(QImageConverter::convertToQImage(image));
+}
+
+QString kxWizardCapture::uniqueName(const QString& proposal)
+{
+    return QString::fromStdString(kxClipStructure::uniqueName(proposal.toStdString()));
+}

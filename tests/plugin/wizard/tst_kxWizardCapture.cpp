@@ -1,0 +1,183 @@
+#include <wizard/kxWizardCapture.h>
+
+#include <kxAnimFixture.h>
+#include <kxOwned.h>
+
+#include <QPushButton>
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+
+namespace
+{
+/// Shows a picture whose left, middle and right differ, or whose top, middle and bottom do.
+class Screen : public kxQGLWidget
+{
+public:
+    explicit Screen(const QSize& size) : _picture(size, QImage::Format_RGB32)
+    {
+        _picture.fill(Qt::red);
+        const int side = std::min(size.width(), size.height());
+        for (int y = 0; y < size.height(); ++y)
+            for (int x = 0; x < size.width(); ++x)
+                if (std::abs(2 * x + 1 - size.width()) < side && std::abs(2 * y + 1 - size.height()) < side)
+                    _picture.setPixelColor(x, y, x < size.width() / 2 ? Qt::green : Qt::blue);
+        _picture.setDevicePixelRatio(2);
+    }
+    QImage grabFrameBuffer(bool) override { return _picture; }
+
+private:
+    QImage _picture;
+};
+} // namespace
+
+class tst_kxWizardCapture : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void interpolates_data();
+    void interpolates();
+    void writesKeys();
+    void keepsKeysSortedAndFinite();
+    void grabsTheMiddle_data();
+    void grabsTheMiddle();
+    void keepsThePicture();
+    void survivesDamagedPictures();
+};
+
+void tst_kxWizardCapture::interpolates_data()
+{
+    QTest::addColumn<int>("interpolation");
+    QTest::addColumn<unsigned>("firstOut");
+    QTest::addColumn<unsigned>("lastIn");
+    QTest::addColumn<bool>("startsFlat");
+    QTest::addColumn<bool>("endsFlat");
+    QTest::newRow("Linear") << 0 << 1u << 1u << false << false;
+    QTest::newRow("Ease In") << 1 << 2u << 1u << true << false;
+    QTest::newRow("Ease Out") << 2 << 1u << 2u << false << true;
+    QTest::newRow("Ease In/Ease Out") << 3 << 2u << 2u << true << true;
+    QTest::newRow("unknown") << 4 << 1u << 1u << false << false;
+    QTest::newRow("none") << -1 << 1u << 1u << false << false;
+}
+
+void tst_kxWizardCapture::interpolates()
+{
+    QFETCH(int, interpolation);
+    QFETCH(unsigned, firstOut);
+    QFETCH(unsigned, lastIn);
+    QFETCH(bool, startsFlat);
+    QFETCH(bool, endsFlat);
+    const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 3}, {2, 9}}));
+    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
+    kxWizardCapture::setInterpolation(curve, interpolation);
+    const osg::CCPnt& first = curve->getControlPoints(0);
+    const osg::CCPnt& last = curve->getControlPoints(1);
+    QCOMPARE(first.inType, 1u);
+    QCOMPARE(first.outType, firstOut);
+    QCOMPARE(last.inType, lastIn);
+    QCOMPARE(last.outType, 1u);
+    QCOMPARE(first.outY() == 0, startsFlat);
+    QCOMPARE(last.inY() == 0, endsFlat);
+    QCOMPARE(kxWizardCapture::interpolationTexts("form").value(interpolation, QTest::currentDataTag()),
+             QString(QTest::currentDataTag()));
+}
+
+void tst_kxWizardCapture::writesKeys()
+{
+    const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 0}}));
+    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
+    kxWizardCapture::setStart(curve, 4, 0);
+    kxWizardCapture::setEnd(curve, 3, 10, 0);
+    QCOMPARE(curve->getControlPoints(0).point(), osg::Pnt2f(0, 4));
+    QCOMPARE(curve->getControlPoints(1).point(), osg::Pnt2f(3, 10));
+    QCOMPARE(curve->getControlPoints(0).outY() / curve->getControlPoints(0).outX(), 2.0f);
+    kxWizardCapture::setDuration(curve, 1.5, 0);
+    QCOMPARE(curve->getControlPoints(1).point(), osg::Pnt2f(1.5f, 10));
+    QCOMPARE(curve->getControlPoints(0).outY() / curve->getControlPoints(0).outX(), 4.0f); // follows the new time
+}
+
+void tst_kxWizardCapture::keepsKeysSortedAndFinite()
+{
+    const float infinite = std::numeric_limits<float>::infinity();
+    const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 1}, {2, 5}, {4, 2}}));
+    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
+    kxWizardCapture::setDuration(curve, 1, 3);
+    QCOMPARE(curve->getControlPoints(2).x(), 2.0f);
+    kxWizardCapture::setDuration(curve, -7, 3);
+    kxWizardCapture::setStart(curve, std::nanf(""), 3);
+    kxWizardCapture::setEnd(curve, double(infinite), -infinite, 3);
+    kxWizardCapture::setEnd(curve, 1e300, 8, 3);
+    QCOMPARE(curve->getControlPoints(0).point(), osg::Pnt2f(0, 1));
+    QCOMPARE(curve->getControlPoints(2).point(), osg::Pnt2f(2, 8));
+    for (const osg::CCPnt& key : curve->getControlPoints())
+        QVERIFY(std::isfinite(key.inX() + key.inY() + key.outX() + key.outY()));
+
+    const kxOwned<osg::AnimNode> empty(kxAnimFixture::curve("translation", "Y", {}));
+    for (const osg::AnimCurvePtr& nothing : {osg::AnimCurvePtr(), kxAnimFixture::curveOf(empty)})
+    {
+        kxWizardCapture::setStart(nothing, 1, 0);
+        kxWizardCapture::setEnd(nothing, 1, 1, 0);
+        kxWizardCapture::setDuration(nothing, 1, 0);
+    }
+    QVERIFY(kxAnimFixture::curveOf(empty)->isEmpty());
+}
+
+void tst_kxWizardCapture::grabsTheMiddle_data()
+{
+    QTest::addColumn<QSize>("screen");
+    QTest::newRow("wide") << QSize(640, 200);
+    QTest::newRow("high") << QSize(200, 450);
+    QTest::newRow("square") << QSize(96, 96);
+    QTest::newRow("smaller than the picture") << QSize(40, 20);
+}
+
+void tst_kxWizardCapture::grabsTheMiddle()
+{
+    QFETCH(QSize, screen);
+    Screen widget(screen);
+    const QPixmap picture = kxWizardCapture::grab(&widget, QSize(120, 96));
+    QCOMPARE(picture.size(), QSize(120, 96));
+    QCOMPARE(picture.devicePixelRatio(), 1.0);
+    const QImage image = picture.toImage();
+    for (const int y : {0, 95})
+    {
+        QCOMPARE(image.pixelColor(0, y), QColor(Qt::green)); // nothing of what lies beside the square
+        QCOMPARE(image.pixelColor(119, y), QColor(Qt::blue));
+    }
+    QVERIFY(kxWizardCapture::grab(nullptr, QSize(96, 96)).isNull());
+    QVERIFY(kxWizardCapture::grab(&widget, QSize()).isNull());
+}
+
+void tst_kxWizardCapture::keepsThePicture()
+{
+    Screen widget(QSize(300, 200));
+    QPushButton button("Capture Start");
+    kxWizardCapture::showPicture(&button, QPixmap());
+    QCOMPARE(button.text(), QString("Capture Start"));
+    kxWizardCapture::showPicture(&button, kxWizardCapture::grab(&widget, QSize(144, 144)));
+    QVERIFY(button.text().isEmpty() && !button.icon().isNull());
+    const osg::ImagePtr image = kxWizardCapture::toImage(button.icon());
+    const kxOwned<osg::Image> owner(image);
+    const QImage picture = kxWizardCapture::toPixmap(image).toImage();
+    QCOMPARE(picture.size(), QSize(96, 96));
+    QCOMPARE(picture.pixelColor(20, 48), QColor(Qt::green));
+    QCOMPARE(picture.pixelColor(75, 48), QColor(Qt::blue));
+    kxWizardCapture::showText(&button, "Capture End");
+    QVERIFY(button.icon().isNull());
+    QCOMPARE(button.text(), QString("Capture End"));
+}
+
+void tst_kxWizardCapture::survivesDamagedPictures()
+{
+    const osg::ImagePtr none = kxWizardCapture::toImage(QIcon());
+    const kxOwned<osg::Image> owner(none);
+    QVERIFY(none != osg::NullFC && none->getPixels().empty());
+    QVERIFY(kxWizardCapture::toPixmap(none).isNull());
+    QVERIFY(kxWizardCapture::toPixmap(osg::ImagePtr()).isNull());
+    none->setEncoded({'n', 'o', ' ', 'p', 'i', 'c', 't', 'u', 'r', 'e'});
+    QVERIFY(kxWizardCapture::toPixmap(none).isNull());
+}
+
+QTEST_MAIN(tst_kxWizardCapture)
+#include "tst_kxWizardCapture.moc"
