@@ -26,6 +26,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
@@ -206,6 +207,8 @@ void kxAnimClipEditor::makeCommands()
     _createViewpoint = menus.viewpoint();
     _createVariant = menus.variantSet();
     _createSequence = menus.sequence();
+    connect(_createMenu, &QMenu::aboutToShow, this, &kxAnimClipEditor::updateCreateMenu);
+    updateCreateMenu();
 }
 
 void kxAnimClipEditor::connectHost()
@@ -317,11 +320,12 @@ void kxAnimClipEditor::changedClipsSelection()
     if (_view == nullptr || _tree == nullptr || scene() == nullptr)
         return;
     pause();
-    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     std::vector<osg::AnimNodePtr> blocks;
-    for (const QTreeWidgetItem* const item : items)
+    for (const QTreeWidgetItem* const item : _tree->selectedItems())
         if (const osg::AnimNodePtr node = animationOf(item); isBlock(node))
             blocks.push_back(node);
+    announceBlocks(blocks); // the library follows, and what it does may build the rows anew
+    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
     const osg::AnimNodePtr node = animationOf(only);
     const osg::AnimNodePtr above = only != nullptr ? animationOf(only->parent()) : osg::AnimNodePtr();
@@ -330,8 +334,8 @@ void kxAnimClipEditor::changedClipsSelection()
     else if (node != osg::NullFC)
         scene()->setClip(isShownInParent(node) && above != osg::NullFC ? above : node, false);
     updateStartAndDuration();
+    updateCreateMenu();
     updateStatus();
-    announceBlocks(blocks); // the library follows, and what it does may build the rows anew
 }
 
 void kxAnimClipEditor::updateLibrarySelection()

@@ -66,6 +66,8 @@ private Q_SLOTS:
     void addVariant();
     void addCameraTrack();
     void showCreateMenu();
+    /// Enables what can be made with the present selection; the menu may be torn off.
+    void updateCreateMenu();
     void clickedVerify();
     void clickedDelete();
     void pasteClone();

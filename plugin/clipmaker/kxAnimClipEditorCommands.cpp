@@ -5,6 +5,7 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
+#include <clipmaker/kxClipStructure.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <QKXSpiner.h>
@@ -71,19 +72,6 @@ osg::NodePtr findCameraTrack(const QString& name)
         if (track.getName() == name)
             return kxQRPCConverter::idToNode(track.getObjectId());
     return osg::NodePtr();
-}
-
-std::vector<std::string> namesOfAnimations()
-{
-    std::vector<std::string> names;
-    for (osg::FieldContainer* const container : osg::FieldContainerFactory::the()->getFieldContainerStore())
-    {
-        const osg::NodePtr node = osg::NodePtr::dcast(osg::FieldContainerPtr(container));
-        if (node != osg::NullFC &&
-            (osg::AnimNodePtr::dcast(node) != osg::NullFC || osg::AnimObjectPtr::dcast(node->getCore()) != osg::NullFC))
-            names.push_back(kxNodeUtils::getName(node));
-    }
-    return names;
 }
 } // namespace
 
@@ -159,11 +147,10 @@ osg::AnimNodePtr kxAnimClipEditor::requireClipFor(const std::string& name)
     const osg::AnimNodePtr selected = _tree->selectedClip();
     if (selected != osg::NullFC)
         return selected;
-    _tree->newClip(false);
+    _tree->newClip(true); // one clip, also where several are selected
     const osg::AnimNodePtr clip = _tree->selectedClip();
     if (clip != osg::NullFC)
-        kxNodeUtils::setName(clip, kxNodeUtils::getUniqueName(name + tr("_Clip").toStdString(), namesOfAnimations()),
-                             true, osg::NodePtr());
+        kxNodeUtils::setName(clip, kxClipStructure::uniqueName(name + tr("_Clip").toStdString()), true, osg::NodePtr());
     return clip;
 }
 
@@ -175,13 +162,20 @@ void kxAnimClipEditor::showClip(const osg::AnimNodePtr& clip)
 
 void kxAnimClipEditor::showCreateMenu()
 {
+    updateCreateMenu();
+    if (_createButton != nullptr)
+        _createButton->showMenu();
+}
+
+void kxAnimClipEditor::updateCreateMenu()
+{
+    if (_tree == nullptr)
+        return;
     const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     const bool isClip = _tree->selectedClip() != osg::NullFC;
     _createClip->setEnabled(items.size() != 1 || isClip);
     for (QAction* const trigger : {_createViewpoint, _createVariant, _createSequence})
         trigger->setEnabled(isClip);
-    if (_createButton != nullptr)
-        _createButton->showMenu();
 }
 
 void kxAnimClipEditor::clickedVerify()
@@ -228,5 +222,5 @@ void kxAnimClipEditor::pasteClone()
         pasteTo(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id));
     _tree->rebuild(true);
     for (QTreeWidgetItem* const item : _tree->selectedItems())
-        item->setExpanded(true);
+        _tree->expandAtOnce(item, true);
 }

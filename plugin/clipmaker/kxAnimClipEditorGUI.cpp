@@ -31,6 +31,7 @@ QLabel* makeLabel(const char* name, const char* source, QWidget* parent)
 
 void Ui::kxAnimClipEditorGUI::setupUi(QMainWindow* window)
 {
+    window->setObjectName(QStringLiteral("kxAnimClipEditorGUI"));
     centralwidget = named<QWidget>("centralwidget", window);
     gridLayout_2 = new QGridLayout(centralwidget);
     gridLayout_2->setObjectName(QStringLiteral("gridLayout_2"));

@@ -123,6 +123,7 @@ void kxAnimClipEditor::changedDuration(double value)
             item->setTransform(QTransform().scale(double(factor), 1), true);
     }
     scene()->updateAllTexts();
+    updateStartAndDuration(); // what was refused isn't shown
 }
 
 void kxAnimClipEditor::changedPostCycles(int value)
@@ -205,9 +206,8 @@ void kxAnimClipEditor::gotoStart()
 {
     kxAnimEvaluator& evaluator = *kxAnimEvaluator::the();
     evaluator.dequeueAll();
-    const osg::AnimNodePtr clip = shownClip();
-    evaluator.blockSequenceEvaluation(clip != osg::NullFC);
-    scene()->setTime(extentOf(clip).start);
+    evaluator.blockSequenceEvaluation(true);
+    scene()->setTime(extentOf(shownClip()).start);
     evaluator.blockSequenceEvaluation(false);
 }
 
@@ -220,7 +220,8 @@ void kxAnimClipEditor::gotoEnd()
 void kxAnimClipEditor::wrapPlayback()
 {
     const osg::AnimNodePtr clip = shownClip();
-    if (clip == osg::NullFC || _player->owner() != this)
+    const bool isOthers = _player->isPlaying() && _player->owner() != this;
+    if (clip == osg::NullFC || isOthers)
         return;
     const kxFramePlaybackParams params = _player->getPlaybackParams();
     const double far = params.reverse ? params.start : params.end;

@@ -1,6 +1,7 @@
 #include <clipmaker/kxAnimClipScene.h>
 
 #include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxClipStructure.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
@@ -167,15 +168,10 @@ bool kxAnimClipScene::duplicateSelectedItems(bool flipped)
     for (kxAnimAbstractClipItem* bar : bars)
     {
         const osg::AnimNodePtr node = bar->node();
-        const osg::NodePtr parent = node == osg::NullFC ? osg::NodePtr() : node->getParent();
-        if (parent == osg::NullFC)
+        if (node == osg::NullFC)
             continue;
-        kxAnimManager::the()->copy(node, osg::FieldContainerPtr());
-        for (const osg::AnimNodePtr& clone : kxAnimManager::the()->clonePasteTo(parent, false, false))
+        for (const osg::AnimNodePtr& clone : kxClipStructure::duplicate(node, false))
         {
-            if (clone == osg::NullFC)
-                continue;
-            kxAnimManager::the()->unshareClipsR(clone);
             kxAnimAbstractClipItem* const copy = addBar(clone);
             if (copy != nullptr && flipped)
                 copy->setFlipped(true);

@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QStyledItemDelegate>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -79,14 +80,18 @@ kxAnimTreeWidgetItem* makeRow(const AnimNodePtr& node)
 } // namespace
 
 kxAnimClipStructureWidget::kxAnimClipStructureWidget(QWidget* parent)
-    : kxAnimTreeWidget(parent), _instance(theTree, this)
+    : kxAnimTreeWidget(parent), _firstColumnPause(new QTimer(this)), _instance(theTree, this)
 {
+    _firstColumnPause->setSingleShot(true);
+    _firstColumnPause->setInterval(0);
+    connect(_firstColumnPause, &QTimer::timeout, this, &kxAnimClipStructureWidget::settleFirstColumn);
     setColumnCount(2);
     setHeaderLabels({tr("Clips"), QString()});
     headerItem()->setIcon(1, QIcon(kxIconManager::get(QStringLiteral("scenegraph/lockTrack.svg"))));
     const float dpi = kxPlatform::getDpiScaleX();
     header()->setSortIndicator(0, Qt::AscendingOrder);
     header()->setMinimumSectionSize(int(16 * dpi));
+    header()->setStretchLastSection(false);
     setColumnWidth(1, int(16 * dpi));
     setColumnWidth(0, int(130 * dpi));
     setItemDelegateForColumn(1, new NoEditorDelegate(this));
@@ -178,7 +183,8 @@ void kxAnimClipStructureWidget::rebuild(bool saveStates)
     }
     addTopLevelItems(rows);
     if (saveStates)
-        expandMany([this] { restoreItemStates(); });
+        restoreItemStates();
+    settleFirstColumn();
     resizeColumnToContents(1);
     updateCheckStates();
     setSortingEnabled(true);
@@ -219,12 +225,9 @@ void kxAnimClipStructureWidget::newClip(bool ignoreSelection)
     const QList<QPersistentModelIndex> clips = ignoreSelection ? QList<QPersistentModelIndex>() : selectedClipRows();
     if (clips.isEmpty())
         addTopLevelClip();
-    expandMany(
-        [this, &clips]
-        {
-            for (const QPersistentModelIndex& index : clips)
-                addClipBelow(index);
-        });
+    for (const QPersistentModelIndex& index : clips)
+        addClipBelow(index);
+    settleFirstColumn();
     updateCheckStates(); // a new row shows its lock
 }
 
@@ -269,6 +272,11 @@ void kxAnimClipStructureWidget::selectAlone(const QPersistentModelIndex& index)
 void kxAnimClipStructureWidget::duplicateSpecial()
 {
     duplicateSelected(false);
+}
+
+void kxAnimClipStructureWidget::clone()
+{
+    duplicateSpecial();
 }
 
 void kxAnimClipStructureWidget::duplicateFlippedSpecial()
@@ -319,19 +327,25 @@ void kxAnimClipStructureWidget::editPostCycles()
 
 void kxAnimClipStructureWidget::resizeFirstColumn(QTreeWidgetItem*)
 {
-    _firstColumnWaits = _isExpandingMany;
-    if (!_isExpandingMany)
-        resizeColumnToContents(0);
+    // Measuring walks through the rows on screen and below: once for many rows, not for each.
+    _firstColumnWaits = _firstColumnPause->isActive();
+    if (_firstColumnWaits)
+        return;
+    fitFirstColumn();
+    _firstColumnPause->start();
 }
 
-void kxAnimClipStructureWidget::expandMany(const std::function<void()>& expand)
+void kxAnimClipStructureWidget::fitFirstColumn()
 {
-    // Measuring the column walks through the rows on screen and below: once for all, not for each.
-    _isExpandingMany = true;
-    expand();
-    _isExpandingMany = false;
+    resizeColumnToContents(0);
+    setColumnWidth(0, std::max(columnWidth(0), viewport()->width() - columnWidth(1)));
+}
+
+void kxAnimClipStructureWidget::settleFirstColumn()
+{
     if (_firstColumnWaits)
-        resizeFirstColumn(nullptr);
+        fitFirstColumn();
+    _firstColumnWaits = false;
 }
 
 QStringList kxAnimClipStructureWidget::mimeTypes() const
@@ -432,6 +446,12 @@ void kxAnimClipStructureWidget::focusInEvent(QFocusEvent* event)
 {
     Q_EMIT gotFocus(this);
     kxAnimTreeWidget::focusInEvent(event);
+}
+
+void kxAnimClipStructureWidget::resizeEvent(QResizeEvent* event)
+{
+    kxAnimTreeWidget::resizeEvent(event);
+    resizeFirstColumn(nullptr);
 }
 
 void kxAnimClipStructureWidget::paintEvent(QPaintEvent* event)

@@ -3,7 +3,7 @@
 #include <frame/kxCallbacks.h>
 #include <trees/kxAnimTreeWidget.h>
 
-#include <functional>
+class QTimer;
 
 /// The tree of clips: what stands below the kernel's clip structure root, clips in clips and blocks in clips.
 ///
@@ -44,6 +44,7 @@ public Q_SLOTS:
     void setFlipped(bool value);
     /// Asks for the passes after the first.
     void editPostCycles();
+    /// Fits the first column: at once, and then once more for all that asks until the event loop's next turn.
     void resizeFirstColumn(QTreeWidgetItem* item);
     void pasteCloneTriggered();
     /// A clone of each selected row beside it; its blocks are shared, its clips are its own.
@@ -58,10 +59,13 @@ protected:
     void dragMoveEvent(QDragMoveEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 protected Q_SLOTS:
     void updateContextMenu() override;
     void changedItem(QTreeWidgetItem* item, int column) override;
+    /// As duplicateSpecial(): nothing in this tree comes to lie on what it was made of.
+    void clone();
 
 private:
     static void pastedAnimations(kxMessage& message);
@@ -70,8 +74,10 @@ private:
     void createMenu();
     /// The selected rows that are clips, in the order of selection.
     QList<QPersistentModelIndex> selectedClipRows() const;
-    /// Fits the first column once, after `expand`.
-    void expandMany(const std::function<void()>& expand);
+    /// Makes the first column as wide as its rows, and so that the locks stand at the right edge.
+    void fitFirstColumn();
+    /// Does so now where it waits for that.
+    void settleFirstColumn();
     void addClipBelow(const QPersistentModelIndex& index);
     /// Rows for a node that was added to the node of `parent`; none where that row died.
     void addRow(const QPersistentModelIndex& parent, const osg::AnimNodePtr& node);
@@ -91,8 +97,8 @@ private:
     QAction* _rename = nullptr;
     QAction* _information = nullptr;
     bool _showsHits = false;        // the rows are what a search found
-    bool _isExpandingMany = false;  // the first column is fitted when that is done
-    bool _firstColumnWaits = false; // to be fitted
+    QTimer* _firstColumnPause;      // runs to the end of the event loop's turn once the first column was fitted
+    bool _firstColumnWaits = false; // to be fitted, until then
     kxInstancePointer<kxAnimClipStructureWidget> _instance;
     kxCallbacks _callbacks;
 };

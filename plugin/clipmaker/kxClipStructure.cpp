@@ -27,8 +27,11 @@ std::string kxClipStructure::uniqueName(const std::string& proposal)
 {
     std::vector<std::string> names;
     for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
-        if (const AnimNodePtr node = AnimNodePtr::dcast(FieldContainerPtr(container)))
+    {
+        const NodePtr node = NodePtr::dcast(FieldContainerPtr(container));
+        if (node != NullFC && (AnimNodePtr::dcast(node) != NullFC || AnimObjectPtr::dcast(node->getCore()) != NullFC))
             names.push_back(kxNodeUtils::getName(node));
+    }
     return kxNodeUtils::getUniqueName(proposal, names);
 }
 

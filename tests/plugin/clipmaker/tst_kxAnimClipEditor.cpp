@@ -4,6 +4,8 @@
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
+#include <clipmaker/kxAnimSequenceGUIW.h>
+#include <frame/kxCallbacks.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kernel/kxHostHooks.h>
@@ -16,14 +18,18 @@
 #include <kxFramePlayer.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
+#include <kxServices.h>
 #include <kxUndo.h>
+#include <scene/CameraLight.h>
 
+#include <QAction>
 #include <QLabel>
 #include <QMainWindow>
 #include <QToolButton>
 #include <QUndoStack>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 /// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
@@ -38,6 +44,11 @@ private Q_SLOTS:
     void fieldsFollowTheBars();
     void fieldsEditBarsAndClip();
     void playsTheClip();
+    void wrapsAtTheEnds();
+    void tellsTheLibraryFirst();
+    void offersWhatCanBeMade();
+    void placesCameraTracks_data();
+    void placesCameraTracks();
     void deletesByTheLastFocus();
     void pastesAtTheTime();
     void answersAndFollows();
@@ -140,6 +151,7 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     QCOMPARE(bar->node()->getScale(), 2.0f);
     _form->_duration->setValue(0); // refused: nothing could make it longer again
     QVERIFY(bar->node()->getScale() > 0);
+    QCOMPARE(_form->_duration->value(), 48.0);
     _form->_postCycles->setValue(3);
     QCOMPARE(bar->node()->getPostCycles(), 3);
     shown()->clearSelection();
@@ -176,6 +188,147 @@ void tst_kxAnimClipEditor::playsTheClip()
     press("_play");
     select(child(_clip, 0));
     QVERIFY2(!player.isPlaying(), "another selection stops the playback");
+}
+
+void tst_kxAnimClipEditor::wrapsAtTheEnds()
+{
+    kxFramePlayer& player = *kxFramePlayer::the();
+    kxMessage message;
+    select(_clip);
+    press("_play");
+    shown()->setTime(30);
+    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+    QCOMPARE(shown()->time(), 0.0);
+    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 0.0f);
+    press("_playRev");
+    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+    QCOMPARE(shown()->time(), 72.0);
+    press("_stop");
+    shown()->setTime(30);
+    player.start(kxFramePlaybackParams(), false, this); // the loops of others are no business of the clip
+    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+    QCOMPARE(shown()->time(), 30.0);
+    player.stop(this);
+}
+
+namespace
+{
+std::vector<osg::AnimNodePtr> announced;
+std::function<void()> onAnnounced;
+
+void hearBlocks(kxMessage& message)
+{
+    announced = boost::any_cast<std::vector<osg::AnimNodePtr>>(message.get("blockNodes"));
+    onAnnounced();
+}
+
+class Cameras : public kxCameraService
+{
+public:
+    QList<kxdCameraTrackNode> getCameraTracks() const override { return tracks; }
+    QList<kxdCameraTrackNode> tracks;
+};
+} // namespace
+
+/// What the library does with it may build the tree anew before the clip is shown.
+void tst_kxAnimClipEditor::tellsTheLibraryFirst()
+{
+    select(_clip);
+    tree()->expandAll();
+    osg::AnimNodePtr shownThen = _clip;
+    onAnnounced = [&]
+    {
+        shownThen = shown()->clip();
+        const QSignalBlocker blocker(tree());
+        tree()->rebuild(true);
+    };
+    kxCallbacks callbacks;
+    callbacks.add(kxMessageName::ClipBlockSelected, hearBlocks);
+    tree()->clearSelection();
+    QCOMPARE(shown()->bars().size(), 0);
+    select(child(_clip, 1));
+    QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 1)});
+    QVERIFY(shownThen == osg::NullFC);
+    QCOMPARE(shown()->clip(), _clip);
+    QCOMPARE(shown()->bars().size(), 2);
+    onAnnounced = [] {};
+    announced.clear();
+    shown()->bars()[0]->setSelected(true);
+    QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 0)});
+}
+
+/// Also in a menu that stands open, torn off.
+void tst_kxAnimClipEditor::offersWhatCanBeMade()
+{
+    const auto offered = [this]
+    {
+        QStringList texts;
+        for (const QAction* const action : _form->findChildren<QAction*>())
+            if (QStringList({"Clip", "Camera Track", "Viewpoint", "Variant Set", "Sequence"})
+                    .contains(action->text()) &&
+                action->isEnabled())
+                texts << action->text();
+        return texts.join(',');
+    };
+    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+    select(_clip);
+    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track,Viewpoint,Variant Set,Sequence"));
+    select(child(_clip, 0));
+    QCOMPARE(offered(), QStringLiteral("Camera Track"));
+    tree()->expandAll();
+    tree()->selectAll();
+    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+}
+
+void tst_kxAnimClipEditor::placesCameraTracks_data()
+{
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<int>("clipsBefore");
+    QTest::addColumn<QString>("clip"); // that gets the track
+    QTest::newRow("nothing selected") << "" << 1 << "Crane_Clip";
+    QTest::newRow("into the selected clip") << "Show" << 1 << "Show";
+    QTest::newRow("several selected") << "Show,Other" << 2 << "Crane_Clip";
+}
+
+void tst_kxAnimClipEditor::placesCameraTracks()
+{
+    QFETCH(QString, selected);
+    QFETCH(int, clipsBefore);
+    QFETCH(QString, clip);
+    const osg::NodePtr camera = kxAnimFixture::object("Crane");
+    camera->setCore(osg::Camera::create());
+    kxAnimManager::the()->addAnimation(
+        camera, kxAnimFixture::block("Way", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})}));
+    Cameras cameras;
+    cameras.tracks = {kxdCameraTrackNode(camera.getFieldContainerId())};
+    kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
+    kxNodeService nodes;
+    kxKernelServiceFactory::the().addService<kxNodeService>(&nodes);
+    if (clipsBefore > 1)
+        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("Other", {}));
+    tree()->rebuild(false);
+    tree()->clearSelection();
+    for (int i = 0; i < tree()->topLevelItemCount(); ++i)
+        tree()->topLevelItem(i)->setSelected(selected.split(',').contains(tree()->topLevelItem(i)->text(0)));
+    QTimer::singleShot(0, this,
+                       []
+                       {
+                           auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
+                           dialog->_frame->setValue(12);
+                           dialog->accept();
+                       });
+    QVERIFY(QMetaObject::invokeMethod(_module.get(), "addCameraTrack"));
+    kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
+    kxKernelServiceFactory::the().addService<kxNodeService>(nullptr);
+    const osg::AnimNodePtr target = shown()->clip();
+    QCOMPARE(QString::fromStdString(target->getNodeName()), clip);
+    QCOMPARE(tree()->selectedClip(), target);
+    const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
+    QVERIFY(placed->getHidden());
+    QCOMPARE(placed->getOffset()[0] * 24, 12.0f);
+    // No clip came but that one, and the clips that were there hold what they held.
+    QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
+    QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
 }
 
 void tst_kxAnimClipEditor::deletesByTheLastFocus()

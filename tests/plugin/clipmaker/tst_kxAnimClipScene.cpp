@@ -263,6 +263,11 @@ void tst_kxAnimClipScene::changesAllBars()
     QCOMPARE(f.scene.selectedBars().size(), 2);
     for (const kxAnimAbstractClipItem* bar : f.scene.selectedBars())
         QVERIFY(bar->x() == 240.0 || bar->x() == 288.0);
+    QVERIFY(f.scene.duplicateSelectedItems(false));
+    QCOMPARE(duplicates.count(), 2);
+    QCOMPARE(f.scene.bars().size(), 7);
+    for (const kxAnimAbstractClipItem* bar : f.scene.bars()) // a duplicate lies beside, not on top
+        QVERIFY(f.scene.collidingItems(bar, Qt::IntersectsItemShape).isEmpty());
     f.scene.clear();
     QVERIFY(!f.scene.paste());
 }

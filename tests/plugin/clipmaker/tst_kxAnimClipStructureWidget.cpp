@@ -29,6 +29,8 @@ private Q_SLOTS:
     void dragsAreRefusedBelowThemselves();
     void dragNamesRowsAndParents();
     void duplicates();
+    void duplicateOfTheEditMenu();
+    void measuresItsColumnOnce();
     void namesStayUnlessEdited();
     void searchIsFlat();
     void editsTheOneSelected();
@@ -240,6 +242,54 @@ void tst_kxAnimClipStructureWidget::duplicates()
     f.tree.duplicateSpecial();
     QVERIFY(!f.node("C_1")->getFlipped());
     QCOMPARE(f.tree.selectedClip(), f.node("C"));
+}
+
+/// "clone" is what menus call, in whatever tree.
+void tst_kxAnimClipStructureWidget::duplicateOfTheEditMenu()
+{
+    kxClipTree f;
+    f.tree.select("A,B/step");
+    QVERIFY(QMetaObject::invokeMethod(&f.tree, "clone"));
+    QVERIFY(f.node("A_1/inner")->getCore() != f.node("A/inner")->getCore());
+    QCOMPARE(f.node("B/step_1")->getOffset(), Vec2f(0, 50));
+}
+
+void tst_kxAnimClipStructureWidget::measuresItsColumnOnce()
+{
+    struct Measured : kxClipTree::Tree
+    {
+        int sizeHintForColumn(int column) const override
+        {
+            count += column == 0 ? 1 : 0;
+            return kxClipTree::Tree::sizeHintForColumn(column);
+        }
+        mutable int count = 0;
+    };
+    kxClipTree f;
+    for (int i = 0; i < 50; ++i)
+        kxClipTree::kernel()->addToClipStructure(
+            kxAnimFixture::clip(qPrintable(QString("clip %1").arg(i)),
+                                {kxAnimFixture::clip("a clip with a name that is much wider than the column", {})}));
+    Measured tree;
+    tree.setAnimated(false);
+    tree.rebuild(false);
+    QCoreApplication::processEvents();
+    tree.count = 0;
+    const int narrow = tree.columnWidth(0);
+    tree.topLevelItem(3)->setExpanded(true);
+    QCOMPARE(tree.count, 1); // one row is fitted before it is drawn
+    QVERIFY(tree.columnWidth(0) > narrow);
+    for (int i = 4; i < 50; ++i)
+        tree.topLevelItem(i)->setExpanded(true);
+    QCOMPARE(tree.count, 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(tree.count, 2);
+    tree.count = 0;
+    tree.rebuild(true);
+    QVERIFY(tree.count <= 2);
+    const int width = tree.columnWidth(0);
+    QCoreApplication::processEvents();
+    QCOMPARE(tree.columnWidth(0), width); // all is done when rebuild() comes back
 }
 
 void tst_kxAnimClipStructureWidget::namesStayUnlessEdited()
