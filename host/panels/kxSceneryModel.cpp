@@ -7,6 +7,7 @@
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryStage.h>
+#include <view/kxView3D.h>
 #include <widgets/kxColors.h>
 
 namespace
@@ -27,6 +28,7 @@ kxSceneryModel::kxSceneryModel(kxSceneryStage* stage, QObject* parent) : QAbstra
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxSceneryModel::sync);
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxSceneryModel::syncChoices);
     connect(stage, &kxSceneryStage::changed, this, &kxSceneryModel::sync);
+    connect(stage->view(), &kxView3D::viewChanged, this, &kxSceneryModel::syncLook);
     sync();
 }
 
@@ -38,13 +40,14 @@ kxSceneryModel::Sections kxSceneryModel::read() const
         Section section{kxScenery::Kind(i), {}};
         for (const osg::NodePtr& node : kxScenery::all(section.kind))
         {
-            Item item{node.getFieldContainerId(), QString::fromStdString(node->getNodeName()), {}, {}, false};
+            Item item{node.getFieldContainerId(), QString::fromStdString(node->getNodeName()), {}, {}, false, false};
             if (section.kind == kxScenery::Kind::VariantSet)
             {
                 for (const std::string& choice : kxScenery::choices(node))
                     item.choices << QString::fromStdString(choice);
                 item.shown = QString::fromStdString(kxScenery::shownChoice(node));
             }
+            item.isLooked = section.kind == kxScenery::Kind::CameraTrack && item.id == _stage->view()->cameraNodeId();
             item.isRunning =
                 section.kind == kxScenery::Kind::Sequence && _stage->runner().currentStep(node->getNodeName()) >= 0;
             section.items.push_back(item);
@@ -86,7 +89,7 @@ void kxSceneryModel::sync()
             Item& shown = _sections[i].items[j];
             const Item& now = sections[i].items[j];
             if (shown.name == now.name && shown.choices == now.choices && shown.shown == now.shown &&
-                shown.isRunning == now.isRunning)
+                shown.isRunning == now.isRunning && shown.isLooked == now.isLooked)
                 continue;
             shown = now;
             const QModelIndex row = index(int(j), 0, index(int(i), 0));
@@ -109,6 +112,21 @@ void kxSceneryModel::syncChoices()
             set.shown = shown;
             const QModelIndex row = index(int(j), 0, index(int(i), 0));
             Q_EMIT dataChanged(index(0, 0, row), index(set.choices.size() - 1, 0, row));
+        }
+}
+
+void kxSceneryModel::syncLook()
+{
+    const unsigned int looked = _stage->view()->cameraNodeId();
+    for (std::size_t i = 0; i < _sections.size(); ++i)
+        for (std::size_t j = 0; _sections[i].kind == kxScenery::Kind::CameraTrack && j < _sections[i].items.size(); ++j)
+        {
+            Item& track = _sections[i].items[j];
+            if (track.isLooked == (track.id == looked))
+                continue;
+            track.isLooked = !track.isLooked;
+            const QModelIndex row = index(int(j), 0, index(int(i), 0));
+            Q_EMIT dataChanged(row, row);
         }
 }
 
@@ -228,9 +246,12 @@ QVariant kxSceneryModel::data(const QModelIndex& index, int role) const
         return kxIconManager::getIcon(found->isRunning ? QStringLiteral("Play") : QString::fromLatin1(Icons[int(kind)]),
                                       QString());
     case Qt::ForegroundRole:
-        return found->isRunning ? QVariant(kxColors::accent()) : QVariant();
+        return found->isRunning || found->isLooked ? QVariant(kxColors::accent()) : QVariant();
     case Qt::ToolTipRole:
-        return found->isRunning ? tr("Runs") : tr(Tips[int(kind)]);
+        return found->isRunning ? tr("Runs")
+               : found->isLooked
+                   ? tr("The view looks through it; moving the view leaves it. %1").arg(tr(Tips[int(kind)]))
+                   : tr(Tips[int(kind)]);
     default:
         return QVariant();
     }

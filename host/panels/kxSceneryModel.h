@@ -38,6 +38,7 @@ private:
         QStringList choices;
         QString shown; // of the choices
         bool isRunning;
+        bool isLooked; // the view looks through it
     };
     struct Section
     {
@@ -50,6 +51,8 @@ private:
     void sync();
     /// Frame after frame while something plays: looks at what sets show, and no further.
     void syncChoices();
+    /// The same for the camera that is looked through.
+    void syncLook();
     /// Null for a section.
     const Item* item(const QModelIndex& index) const;
     QVariant sectionData(const Section& section, int role) const;

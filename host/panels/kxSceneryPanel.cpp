@@ -16,6 +16,7 @@
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryActions.h>
 #include <scenery/kxSceneryEdits.h>
@@ -109,6 +110,9 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
     _move =
         addAction(buttons, _view, tr("Put the Viewpoint Where the View Stands"), QStringLiteral("scenegraph/Viewpoint"),
                   QStringLiteral("_moveViewpoint"), &kxSceneryPanel::moveViewpoint);
+    _look = addAction(buttons, _view, tr("Look Through the Camera"), QStringLiteral("scenegraph/CameraNode"),
+                      QStringLiteral("_lookThrough"), &kxSceneryPanel::lookThrough);
+    _look->setCheckable(true);
     _rename =
         addAction(nullptr, _view, tr("Rename"), QString(), QStringLiteral("_renameScenery"), &kxSceneryPanel::rename);
     _duplicate = addAction(buttons, _view, tr("Duplicate"), QStringLiteral("Copy"), QStringLiteral("_duplicateScenery"),
@@ -124,6 +128,7 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
     connect(_view->selectionModel(), &QItemSelectionModel::currentChanged, this, &kxSceneryPanel::update);
     connect(_view, &QTreeView::doubleClicked, this, &kxSceneryPanel::tryCurrent);
     connect(stage, &kxSceneryStage::changed, this, &kxSceneryPanel::update);
+    connect(stage->view(), &kxView3D::viewChanged, this, &kxSceneryPanel::updateLook);
     connect(actions, &kxSceneryActions::added, this, &kxSceneryPanel::select);
     update();
 }
@@ -241,12 +246,29 @@ void kxSceneryPanel::update()
     _rename->setEnabled(_try->isEnabled());
     _duplicate->setEnabled(!nodes.empty());
     _delete->setEnabled(!nodes.empty());
+    updateLook();
     const bool isSequence = isOne && osg::SceneSequencePtr::dcast(nodes.front()->getCore()) != osg::NullFC;
     const unsigned int sequence = isSequence ? nodes.front().getFieldContainerId() : 0;
     if (sequence != _steps->sequence())
         _steps->setSequence(sequence);
     _stepPane->setVisible(isSequence);
     updateSteps();
+}
+
+void kxSceneryPanel::updateLook()
+{
+    const unsigned int id = _selectedIds.size() == 1 ? _selectedIds.front() : 0;
+    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+    const bool isTrack = node != osg::NullFC && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC &&
+                         osg::ViewpointPtr::dcast(node->getCore()) == osg::NullFC;
+    _look->setEnabled(isTrack);
+    _look->setChecked(isTrack && _stage->view()->cameraNodeId() == id);
+}
+
+void kxSceneryPanel::lookThrough()
+{
+    if (_selectedIds.size() == 1)
+        _stage->view()->lookThrough(_look->isChecked() ? _selectedIds.front() : 0);
 }
 
 void kxSceneryPanel::updateSteps()

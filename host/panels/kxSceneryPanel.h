@@ -33,8 +33,11 @@ private:
     void keepSelection();
     void update();
     void updateSteps();
+    /// Shows whether the view looks through the selected camera track.
+    void updateLook();
     void tryCurrent();
     void moveViewpoint();
+    void lookThrough();
     void rename();
     void duplicate();
     void remove();
@@ -53,6 +56,7 @@ private:
     QAction* _try;
     QAction* _stop;
     QAction* _move;
+    QAction* _look = nullptr;
     QAction* _rename;
     QAction* _duplicate;
     QAction* _delete;

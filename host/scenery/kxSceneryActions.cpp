@@ -61,13 +61,24 @@ void kxSceneryActions::addViewpoint()
 
 void kxSceneryActions::addTrack()
 {
-    const osg::NodePtr made = kxSceneryEdits::addCameraTrack(kxScenery::all(kxScenery::Kind::Viewpoint), LegSeconds);
-    Q_EMIT added(made.getFieldContainerId());
+    showTrack(kxSceneryEdits::addCameraTrack(kxScenery::all(kxScenery::Kind::Viewpoint), LegSeconds));
 }
 
 void kxSceneryActions::addTurntable()
 {
-    Q_EMIT added(kxSceneryEdits::addTurntable(_stage->view()->rig().pose(), TurnSeconds).getFieldContainerId());
+    kxView3D* const view = _stage->view();
+    const kxCameraRig& rig = view->rig();
+    showTrack(kxSceneryEdits::addTurntable(view->cameraNodeId() == 0 ? rig.pose() : rig.poseOf(view->viewCamera(1)),
+                                           TurnSeconds));
+}
+
+void kxSceneryActions::showTrack(const osg::NodePtr& track)
+{
+    if (track == osg::NullFC)
+        return;
+    // Whoever makes a way for the camera wants to see it: the time line takes the view along from here on.
+    _stage->view()->lookThrough(track.getFieldContainerId());
+    Q_EMIT added(track.getFieldContainerId());
 }
 
 void kxSceneryActions::addVariantSet()

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QObject>
+#include <osg/FCPtr.h>
 
 class QAction;
 class kxSceneryStage;
@@ -26,6 +27,7 @@ private:
     void addViewpoint();
     void addTrack();
     void addTurntable();
+    void showTrack(const osg::NodePtr& track);
     void addVariantSet();
     void addSequence();
 

@@ -204,7 +204,10 @@ void renameCollisions(const kxSceneContent& content)
     {
         std::string& name = nameOfCore[node->getCore().getFieldContainerId()];
         if (name.empty())
+        {
             name = names.take(node->getNodeName());
+            kxScenery::renameAnimation(node->getNodeName(), name, content.scenery.get());
+        }
         node->setNodeName(name);
         AnimObjectPtr::dcast(node->getCore())->setName(name);
     }

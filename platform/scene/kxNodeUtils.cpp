@@ -3,6 +3,7 @@
 #include <osg/AnimNode.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
+#include <scene/kxScenery.h>
 
 #include <unordered_set>
 
@@ -52,6 +53,8 @@ void kxNodeUtils::setName(const NodePtr& node, const std::string& name, bool uni
     const std::string final = unique && animation ? uniqueAmong(name, animationNames(node, name)) : name;
     if (final == node->getNodeName())
         return;
+    if (animation)
+        kxScenery::followAnimation(AnimNodePtr::dcast(node), final);
     node->setNodeName(final);
     markChanged(node, AttachmentContainer::NodeNameFieldMask);
 }

@@ -35,6 +35,11 @@ NodePtr rootOf(kxScenery::Kind kind)
     return ofScenery ? kxScene::the()->sceneryRoot() : kxScene::the()->root();
 }
 
+bool plays(const kxSequenceStep& step)
+{
+    return step.kind == kxSequenceStep::Kind::PlayClip || step.kind == kxSequenceStep::Kind::StartClip;
+}
+
 std::string choiceName(const NodePtr& set, UInt32 index)
 {
     const std::string& name = set->getChild(index)->getNodeName();
@@ -257,4 +262,45 @@ void kxScenery::rename(Kind kind, const std::string& before, const std::string& 
         }
         core->setSteps(texts);
     }
+}
+
+bool kxScenery::renameAnimation(const std::string& before, const std::string& after, const NodePtr& scenery,
+                                const std::function<bool()>& isMeant)
+{
+    bool isKnown = false;
+    for (UInt32 i = 0; scenery != NullFC && i < scenery->getNChildren(); ++i)
+    {
+        const SceneSequencePtr core = SceneSequencePtr::dcast(scenery->getChild(i)->getCore());
+        if (core == NullFC)
+            continue;
+        std::vector<std::string> texts = core->getSteps();
+        const std::vector<std::string> old = texts;
+        for (std::string& text : texts)
+        {
+            kxSequenceStep step;
+            if (!kxSequenceStep::fromText(text, step) || step.name != before || !plays(step))
+                continue;
+            if (!isKnown && isMeant && !isMeant())
+                return false;
+            isKnown = true;
+            step.name = after;
+            text = step.toText();
+        }
+        if (texts == old)
+            continue;
+        core->setSteps(texts);
+        markChanged(core, SceneSequence::StepsFieldMask);
+    }
+    return isKnown;
+}
+
+void kxScenery::followAnimation(const AnimNodePtr& animation, const std::string& after)
+{
+    const std::string before = animation->getNodeName();
+    if (before.empty() || before == after)
+        return;
+    // Clones in clips have the name of their block: a step means what it would play.
+    const auto isMeant = [&] { return kxAnimManager::the()->find(before) == animation; };
+    if (renameAnimation(before, after, kxScene::the()->sceneryRoot(), isMeant))
+        kxScene::the()->markStructureChanged();
 }

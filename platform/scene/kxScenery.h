@@ -62,4 +62,10 @@ KX_API void rename(Kind kind, const std::string& before, const std::string& afte
                    const osg::NodePtr& scenery);
 /// The same for a step.
 KX_API bool renamed(Kind kind, const std::string& before, const std::string& after, kxSequenceStep& step);
+/// For whoever gives a clip or block the name `after` next: the steps that play it by its present name follow.
+KX_API void followAnimation(const osg::AnimNodePtr& animation, const std::string& after);
+/// Writes the new name of a clip or block into the steps below `scenery` that play it. `isMeant`, where given, is asked
+/// once there is such a step, and has the last word. False where nothing was written.
+KX_API bool renameAnimation(const std::string& before, const std::string& after, const osg::NodePtr& scenery,
+                            const std::function<bool()>& isMeant = {});
 } // namespace kxScenery

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void eachEntryMakesItsKind();
     void stepsAreEditedInPlace();
     void doubleClickTries();
+    void tracksAreLookedThrough();
     void rowsOutliveEdits();
 
 private:
@@ -123,6 +124,33 @@ void tst_kxSceneryPanel::doubleClickTries()
     QVERIFY(_stage.runner().isRunning("Tour"));
     trigger("_stopSceneryAction");
     QVERIFY(!_stage.isPlaying());
+}
+
+void tst_kxSceneryPanel::tracksAreLookedThrough()
+{
+    auto* const look = _panel->findChild<QAction*>(QStringLiteral("_lookThroughAction"));
+    _actions.all()[0]->trigger();
+    QVERIFY(!look->isEnabled()); // a viewpoint is no camera that moves
+    _actions.all()[2]->trigger();
+    const unsigned int first = kxScenery::all(Kind::CameraTrack)[0].getFieldContainerId();
+    QCOMPARE(_view.cameraNodeId(), first); // what was made is seen
+    QVERIFY(look->isChecked());
+    _actions.all()[2]->trigger();
+    _panel->select(first);
+    QVERIFY(look->isEnabled() && !look->isChecked());
+    look->trigger();
+    QCOMPARE(_view.cameraNodeId(), first);
+    QVERIFY(list()->currentIndex().data(Qt::ForegroundRole).isValid());
+    look->trigger();
+    QCOMPARE(_view.cameraNodeId(), 0u);
+    look->trigger();
+    _view.setPose(kxCameraRig::Pose()); // as a hand that turns the view
+    QVERIFY(!look->isChecked() && !list()->currentIndex().data(Qt::ForegroundRole).isValid());
+    look->trigger();
+    kxUndoStack::get(0).stack()->setIndex(0); // the tracks go, the view stands free
+    kxScene::the()->flush();
+    QCOMPARE(_view.cameraNodeId(), 0u);
+    QVERIFY(!look->isEnabled());
 }
 
 void tst_kxSceneryPanel::rowsOutliveEdits()

@@ -5,6 +5,7 @@
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
+#include <kxScenegraph.h>
 #include <kxServices.h>
 #include <kxUndo.h>
 #include <scene/kxScenery.h>
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void filesKeepAll();
     void importsMeetNames();
     void renamesFollow();
+    void renamedClipsFollow();
     void triggersFireOnceForward();
     void triggersOfMissingThings();
     void variantsOfTriggersPass();
@@ -188,6 +190,41 @@ void tst_kxSceneryStage::renamesFollow()
     QCOMPARE(bytes(), before);
     kxSceneryEdits::remove({front});
     QVERIFY(log().join(QString()).contains(QStringLiteral("2 triggers and steps")));
+}
+
+void tst_kxSceneryStage::renamedClipsFollow()
+{
+    typedef kxSequenceStep::Kind Step;
+    const osg::NodePtr object = addObject("A");
+    const osg::AnimNodePtr block = kxAnimFixture::block("Jump", {});
+    kxAnimManager::the()->addAnimation(object, block);
+    const osg::AnimNodePtr clone = kxAnimFixture::clone(block, 1);
+    const osg::AnimNodePtr clip = kxAnimFixture::clip("Show", {clone});
+    kxAnimManager::the()->addToClipStructure(clip);
+    const osg::NodePtr tour = kxSceneryEdits::addSequence(
+        {{Step::PlayClip, "Show", "", 0}, {Step::StartClip, "Jump", "", 0}, {Step::ShowViewpoint, "Show", "", 0}});
+    const auto names = [&tour]
+    {
+        QStringList all;
+        for (const kxSequenceStep& step : kxScenery::steps(tour))
+            all << QString::fromStdString(step.name);
+        return all.join(',');
+    };
+    kxNodeUtils::setName(clone, "Hop", true, osg::NodePtr()); // the step plays the object's block
+    QCOMPARE(names(), QStringLiteral("Show,Jump,Show"));
+    kxNodeUtils::setName(clip, "Opening", true, osg::NodePtr());
+    kxNodeUtils::setName(block, "Leap", true, osg::NodePtr());
+    QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
+
+    // The same scene brought in a second time: its steps play what came with them.
+    const QTemporaryDir folder;
+    kxFileReport report(folder.filePath(QStringLiteral("s.kxs")));
+    QVERIFY(kxSceneIO::save(report.file(), report));
+    QVERIFY(kxSceneIO::importFile(report.file(), report));
+    QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
+    const auto imported = kxScenery::steps(kxScenery::all(Kind::Sequence).back());
+    QCOMPARE(imported[0].name, std::string("Opening_1"));
+    QCOMPARE(imported[1].name, std::string("Leap_1"));
 }
 
 void tst_kxSceneryStage::triggersFireOnceForward()
