@@ -5,10 +5,12 @@
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <wizard/kxAnimWizClipGUI.h>
 
 #include <kxIconManager.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
+#include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QEasingCurve>
@@ -433,6 +435,15 @@ void kxAnimAbstractClipItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
         for (kxAnimAbstractClipItem* bar : selectedBars())
             bar->slideBack();
     QGraphicsRectItem::mouseReleaseEvent(event);
+}
+
+void kxAnimAbstractClipItem::mouseDoubleClickEvent(QGraphicsSceneMouseEvent* event)
+{
+    const osg::AnimNodePtr own = node();
+    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+    if (dialog != nullptr && own != osg::NullFC && osg::AnimWizClipPtr::dcast(own->getCore()) != osg::NullFC)
+        dialog->show(own);
+    QGraphicsRectItem::mouseDoubleClickEvent(event);
 }
 
 void kxAnimAbstractClipItem::slideBack()

@@ -104,6 +104,8 @@ protected:
     void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
     void mouseMoveEvent(QGraphicsSceneMouseEvent* event) override;
     void mouseReleaseEvent(QGraphicsSceneMouseEvent* event) override;
+    /// Opens the dialog of a clip that the animation wizard made.
+    void mouseDoubleClickEvent(QGraphicsSceneMouseEvent* event) override;
 
     /// Null outside a clip scene.
     kxAnimClipScene* clipScene() const;

@@ -11,6 +11,7 @@
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimTreeWidgetItem.h>
+#include <wizard/kxAnimWizClipGUI.h>
 
 #include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
@@ -98,6 +99,7 @@ kxAnimClipEditor::kxAnimClipEditor()
       _player(kxFramePlayer::the())
 {
     addWindow();
+    kxAnimWizClipGUI::create(_window);
     makeTree();
     makeView();
     _triggerDialog = new kxAnimSequenceGUIW;
@@ -111,6 +113,7 @@ kxAnimClipEditor::kxAnimClipEditor()
 kxAnimClipEditor::~kxAnimClipEditor()
 {
     kxClipRefresh::setHandler(nullptr);
+    kxAnimWizClipGUI::destroy();
     delete _tree;
     delete _view;
     delete _triggerDialog;
@@ -262,7 +265,12 @@ void kxAnimClipEditor::handle(const kxMessage& message)
     switch (message.id())
     {
     case kxMessageId::NewScene:
+        kxAnimWizClipGUI::the()->reject(); // its clip goes
         clear();
+        break;
+    case kxMessageId::StopPlayback:
+        if (isVisible())
+            kxAnimWizClipGUI::the()->reject();
         break;
     case kxMessageId::SceneChanged:
         if (isVisible())

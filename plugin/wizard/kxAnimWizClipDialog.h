@@ -1,0 +1,52 @@
+#pragma once
+
+class QComboBox;
+class QDialog;
+class QDialogButtonBox;
+class QFrame;
+class QGridLayout;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QWidget;
+class QKXCollapsibleFrame;
+class QKXDoubleSpiner;
+
+namespace Ui
+{
+/// The form of the dialog that edits a clip of the animation wizard.
+class kxAnimWizClipDialog
+{
+public:
+    void setupUi(QDialog* dialog);
+
+    QGridLayout* gridLayout_2;
+    QKXCollapsibleFrame* collapsibleFrame;
+    QWidget* page;
+    QGridLayout* gridLayout;
+    QLabel* textLabel1_2;
+    QLineEdit* _name;
+    QLabel* textLabel1_6;
+    QKXDoubleSpiner* _startTime; // seconds
+    QFrame* frame_3;             // takes the width beside the fields
+    QLabel* _transitionDurationLabel;
+    QKXDoubleSpiner* _duration; // seconds
+    QLabel* _interpolationLabel;
+    QComboBox* _interpolation;
+    QHBoxLayout* horizontalLayout;
+    QPushButton* _captureStart;
+    QPushButton* _captureEnd;
+    QFrame* frame_2; // keeps the buttons together on the left
+    QHBoxLayout* horizontalLayout_2;
+    QPushButton* _preview;
+    QPushButton* _reset;
+    QFrame* frame; // takes the height that is left
+    QDialogButtonBox* buttonBox;
+
+private:
+    void setupFields();
+    void setupButtons();
+    void connectPreview();
+};
+} // namespace Ui
