@@ -158,7 +158,7 @@ AnimNodePtr kxAnimManager::findClip(const std::string& name) const
 
 AnimNodePtr kxAnimManager::findBlockR(const NodePtr& root, const std::string& name) const
 {
-    return kxBlockNames::the().find(root, name);
+    return kxBlockNames::find(root, name);
 }
 
 AnimNodePtr kxAnimManager::findMaterialBlock(const std::string& name) const

@@ -1,9 +1,11 @@
 #include <animation/kxBlockNames.h>
 
+#include <animation/kxAttachmentRegistry.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCores.h>
-#include <osg/ChangeList.h>
-#include <osg/FieldContainerFactory.h>
+#include <scene/kxNodeNames.h>
+
+#include <algorithm>
 
 using namespace osg;
 
@@ -14,70 +16,60 @@ bool isBlock(const NodePtr& node)
     return AnimBlockPtr::dcast(node->getCore()) != NullFC && AnimNodePtr::dcast(node) != NullFC;
 }
 
-/// Calls `visit` for all nodes of the animations under `root` until it gives Quit.
-template <class Visit>
-void visitAnimations(const NodePtr& root, const Visit& visit)
+bool isUnder(const NodePtr& root, NodePtr node)
 {
+    while (node != NullFC && node != root)
+        node = node->getParent();
+    return node != NullFC;
+}
+
+/// Of an object of the scene, at any depth of its animations.
+bool isInScene(const NodePtr& root, const NodePtr& block)
+{
+    const AnimAttachmentPtr attachment = kxAttachmentRegistry::above(block);
+    if (attachment == NullFC)
+        return false;
+    const auto& owners = attachment->getParents();
+    return std::any_of(owners.begin(), owners.end(),
+                       [&root](const AttachmentContainerPtr& owner) { return isUnder(root, NodePtr::dcast(owner)); });
+}
+
+/// The first in the order of the scene.
+AnimNodePtr walk(const NodePtr& root, const std::string& name)
+{
+    AnimNodePtr found;
+    const auto visit = [&](const NodePtr& node)
+    {
+        if (node->getNodeName() != name || !isBlock(node))
+            return Action::Continue;
+        found = AnimNodePtr::dcast(node);
+        return Action::Quit;
+    };
     traverse(root,
              [&visit](const NodePtr& node)
              {
                  const AnimAttachmentPtr attachment = node->findAttachment<AnimAttachment>();
                  return attachment == NullFC ? Action::Continue : traverse(attachment->getAnimationRoot(), visit);
              });
-}
-
-AnimNodePtr walk(const NodePtr& root, const std::string& name)
-{
-    AnimNodePtr found;
-    visitAnimations(root,
-                    [&](const NodePtr& node)
-                    {
-                        if (node->getNodeName() != name || !isBlock(node))
-                            return Action::Continue;
-                        found = AnimNodePtr::dcast(node);
-                        return Action::Quit;
-                    });
     return found;
 }
 } // namespace
 
-kxBlockNames& kxBlockNames::the()
-{
-    static kxBlockNames* const names = new kxBlockNames;
-    return *names;
-}
-
 AnimNodePtr kxBlockNames::find(const NodePtr& root, const std::string& name)
 {
-    const ChangeList* const changes = WinThreadBase::getCurrentChangeList();
-    if (root == NullFC || changes == nullptr)
-        return walk(root, name);
-    if (_rootId != root->getId() || _changes != changes->count())
-    {
-        _rootId = root->getId();
-        _changes = changes->count();
-        _isNoted = false;
-        _ids.clear();
-        return walk(root, name);
-    }
-    if (!_isNoted)
-        note(root);
-    const auto entry = _ids.find(name);
-    if (entry == _ids.end())
+    if (root == NullFC)
         return AnimNodePtr();
-    // Nobody has marked a change, but a container that dies marks none.
-    const AnimNodePtr node = FieldContainerFactory::the()->get<AnimNode>(entry->second);
-    return node != NullFC && node->getNodeName() == name ? node : walk(root, name);
-}
-
-void kxBlockNames::note(const NodePtr& root)
-{
-    _isNoted = true;
-    visitAnimations(root,
-                    [this](const NodePtr& node)
-                    {
-                        if (isBlock(node))
-                            _ids.emplace(node->getNodeName(), node->getId());
-                        return Action::Continue;
-                    });
+    kxNodeNames* const names = name.empty() ? nullptr : kxNodeNames::the();
+    if (names == nullptr)
+        return walk(root, name);
+    AnimNodePtr found;
+    for (const NodePtr& node : names->called(name))
+    {
+        if (!isBlock(node) || !isInScene(root, node))
+            continue;
+        if (found != NullFC)
+            return walk(root, name);
+        found = AnimNodePtr::dcast(node);
+    }
+    return found;
 }

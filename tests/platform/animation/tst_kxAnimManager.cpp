@@ -186,27 +186,50 @@ void tst_kxAnimManager::blocksMove()
 void tst_kxAnimManager::blocksAreFoundAfterEdits()
 {
     kxAnimFixture f;
-    const NodePtr object = f.object();
+    const NodePtr object = f.object(), earlier = f.object(), shelf = f.object();
     const AnimNodePtr first = f.block("same", {}), second = f.block("same", {});
     manager()->addAnimation(object, first);
-    const auto find = [](const char* name)
-    {
-        // What is found must not hang on how often it was asked for.
-        const AnimNodePtr found = manager()->findBlockR(kxScenegraph::getSuperRoot(), name);
-        for (int i = 0; i < 2; ++i)
-            if (manager()->findBlockR(kxScenegraph::getSuperRoot(), name) != found)
-                return AnimNodePtr();
-        return found;
-    };
+    const auto find = [](const char* name) { return manager()->findBlockR(kxScenegraph::getSuperRoot(), name); };
     QVERIFY(find("same") == first && find("other") == NullFC);
     manager()->addAnimation(object, second);
     QVERIFY(find("same") == first);
-    kxNodeUtils::setName(first, "other", false, NodePtr());
+    manager()->addToClipStructure(f.clip("clip", {f.clone(second, 0)})); // a copy is no block of the scene
+    QVERIFY(find("same") == first);
+
+    const auto rename = [](const AnimNodePtr& node, const char* name)
+    { kxNodeUtils::setName(node, name, false, NodePtr()); };
+    rename(first, "other");
     QVERIFY(find("same") == second && find("other") == first);
+    rename(first, "same");
+    QVERIFY(find("same") == first && find("other") == NullFC);
+    first->setCore(AnimClipBase::create());
+    QVERIFY(find("same") == second);
+    first->setCore(AnimBlockBase::create());
+    object->getParent()->insertChild(0, earlier);
+    const AnimNodePtr third = f.block("same", {});
+    manager()->addAnimation(earlier, third);
+    QVERIFY(find("same") == third);                          // the order of the scene, not of making
+    kxNodeUtils::setName(earlier, "same", false, NodePtr()); // an object of the same name
+    QVERIFY(find("same") == third);
+    shelf->addRef();
+    shelf->getParent()->subChild(shelf);
+    shelf->addChild(earlier); // out of the scene
+    QVERIFY(find("same") == first);
+    QVERIFY(manager()->findBlockR(earlier, "same") == third);
+    shelf->subRef(); // dies
+    manager()->subAnimation(object, first);
+    QVERIFY(find("same") == second);
     manager()->subAnimation(object, second);
     QVERIFY(find("same") == NullFC);
-    QVERIFY(manager()->findBlockR(f.object(), "other") == NullFC); // below another node
-    QVERIFY(find("other") == first);
+
+    // Many changes of names leave nothing behind.
+    manager()->addAnimation(object, f.block("block", {}));
+    const AnimNodePtr block = find("block");
+    for (int i = 0; i < 5000; ++i)
+        rename(block, i % 2 == 0 ? "turn" : ("name " + std::to_string(i)).c_str());
+    QVERIFY(find("turn") == NullFC && find("name 4999") == block && find("name 4997") == NullFC);
+    rename(block, "turn");
+    QVERIFY(find("turn") == block);
 }
 
 void tst_kxAnimManager::lookUps()
