@@ -3,6 +3,8 @@
 #include <script/kxAnimScript.h>
 
 #include <animation/kxAnimScene.h>
+#include <clipmaker/kxAnimClipEditor.h>
+#include <kernel/kxHostHooks.h>
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <kxScript.h>
@@ -13,7 +15,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QKXDockWindowManager.h>
+
 #include <QApplication>
+#include <QMainWindow>
 
 namespace bp = boost::python;
 using namespace osg;
@@ -99,8 +104,37 @@ void findNames(benchmark::State& state, const char* script)
         run(state, script);
 }
 
+/// The clip maker on screen, which follows each step of a script.
+struct OpenClipMaker
+{
+    OpenClipMaker() : docks(&window)
+    {
+        kxHostHooks::the().setMainWindow(&window);
+        kxHostHooks::the().setDockWindowManager(&docks);
+        editor = std::make_unique<kxAnimClipEditor>();
+        window.resize(1600, 950);
+        window.show();
+        docks.show("Clip Maker");
+        QApplication::processEvents();
+    }
+    ~OpenClipMaker()
+    {
+        editor.reset();
+        kxHostHooks::the().setDockWindowManager(nullptr);
+        kxHostHooks::the().setMainWindow(nullptr);
+    }
+    QMainWindow window;
+    QKXDockWindowManager docks;
+    std::unique_ptr<kxAnimClipEditor> editor;
+};
+
+/// `open`: with the clip maker. `nested`: all in one clip, else at the top.
 void buildClips(benchmark::State& state)
 {
+    const auto clipMaker = state.range(0) != 0 ? std::make_unique<OpenClipMaker>() : nullptr;
+    if (clipMaker && !clipMaker->docks.getDockWidget("Clip Maker")->isVisible())
+        return state.SkipWithError("the clip maker isn't visible");
+    bp::import("__main__").attr("nested") = state.range(1) != 0;
     for (auto _ : state)
     {
         state.PauseTiming();
@@ -112,20 +146,28 @@ createAnimationBlockForNode(thing, False)
 block = findAnimBlock("thing")
 top = createAnimClip("top", kxNodePtr())
 for i in range(1000):
-    clip = createAnimClip("clip", top)
+    clip = createAnimClip("clip", top if nested else kxNodePtr())
     addToAnimClip(clip, block, i)
     setAnimClipDuration(clip, 12)
     setAnimClipStart(clip, i * 2, False)
 )");
+        QApplication::processEvents();
     }
 }
 } // namespace
 
-BENCHMARK(buildClips)->Unit(benchmark::kMillisecond);
+BENCHMARK(buildClips)
+    ->ArgNames({"open", "nested"})
+    ->Args({0, 1})
+    ->Args({1, 1})
+    ->Args({1, 0})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(manyKeys)->Unit(benchmark::kMillisecond);
 BENCHMARK(singleKeys)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(findNames, clips, "findAnimClip('clip_9999')")->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(findNames, blocks, "findAnimBlock('block_9999')")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(findNames, block_after_edit, "addVisibleControlPoint(thing, 0, 1)\nfindAnimBlock('block_9999')")
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(findNames, no_block, "findAnimBlock('nobody')")->Unit(benchmark::kMicrosecond);
 
 int main(int count, char** arguments)

@@ -422,5 +422,5 @@ void kxAnimClipEditor::framePlayerFrameChanged(kxMessage& message)
 void kxAnimClipEditor::refreshTree()
 {
     if (theEditor != nullptr && theEditor->isVisible() && theEditor->_tree != nullptr)
-        theEditor->_tree->rebuild(true);
+        theEditor->_tree->refresh();
 }

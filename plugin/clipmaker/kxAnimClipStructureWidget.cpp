@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 
+#include <clipmaker/kxClipRows.h>
 #include <clipmaker/kxClipStructure.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryPayload.h>
@@ -189,6 +190,40 @@ void kxAnimClipStructureWidget::rebuild(bool saveStates)
     updateCheckStates();
     setSortingEnabled(true);
     setAnimated(true);
+}
+
+void kxAnimClipStructureWidget::refresh()
+{
+    if (_showsHits || !followClips())
+        return rebuild(true);
+    viewport()->update();
+    if (!selectedItems().isEmpty())
+        Q_EMIT itemSelectionChanged(); // whoever shows what is selected follows it
+}
+
+bool kxAnimClipStructureWidget::followClips()
+{
+    std::vector<kxClipRows::Missing> missing;
+    {
+        const QSignalBlocker blocker(this);
+        if (!kxClipRows::follow(invisibleRootItem(), kxAnimManager::the()->clipStructureRoot(), missing))
+            return false;
+    }
+    bool isSeen = false;
+    for (const kxClipRows::Missing& entry : missing)
+    {
+        QTreeWidgetItem* const row = buildItem(entry.node);
+        if (row == nullptr)
+            continue;
+        showLocks(row);
+        if (entry.parent != invisibleRootItem())
+            row->setCheckState(1, entry.node->getLocked() ? Qt::Checked : Qt::Unchecked);
+        entry.parent->addChild(row); // at its place in the order
+        isSeen = isSeen || (entry.parent != invisibleRootItem() && entry.parent->isExpanded());
+    }
+    if (isSeen)
+        resizeFirstColumn(nullptr);
+    return true;
 }
 
 void kxAnimClipStructureWidget::rebuildFrom(std::vector<AnimNodePtr> nodes)

@@ -35,6 +35,9 @@ Q_SIGNALS:
 
 public Q_SLOTS:
     void rebuild(bool saveStates = true) override;
+    /// Comes to the same as rebuild(true). Where just clips and blocks were added, or switched on, off or locked, the
+    /// rows that there are stay, which a script that makes a thousand clips feels.
+    void refresh();
     /// A flat list for what a search found. A null node ends it, and the rows stay unsorted.
     void rebuildFrom(std::vector<osg::AnimNodePtr> nodes) override;
     /// A clip in each selected clip; where none is selected, or with `ignoreSelection`, one at the top level, which
@@ -72,6 +75,8 @@ private:
     static void createNewClip(kxMessage& message);
 
     void createMenu();
+    /// False where the rows have to be built anew.
+    bool followClips();
     /// The selected rows that are clips, in the order of selection.
     QList<QPersistentModelIndex> selectedClipRows() const;
     /// Makes the first column as wide as its rows, and so that the locks stand at the right edge.

@@ -36,7 +36,66 @@ private Q_SLOTS:
     void editsTheOneSelected();
     void pasteIntoItselfIsRefused();
     void followsTheKernel();
+    void refreshesAfterScripts_data();
+    void refreshesAfterScripts();
 };
+
+typedef void (*ScriptEdit)(kxClipTree& clips);
+Q_DECLARE_METATYPE(ScriptEdit)
+
+void tst_kxAnimClipStructureWidget::refreshesAfterScripts_data()
+{
+    QTest::addColumn<ScriptEdit>("edit");
+    QTest::addColumn<bool>("rowsStay");
+    const auto row = [](const char* name, bool rowsStay, ScriptEdit edit) { QTest::newRow(name) << edit << rowsStay; };
+    row("nothing", true, [](kxClipTree&) {});
+    row("a clip at the top, in its order", true,
+        [](kxClipTree& f) { f.kernel()->addToClipStructure(f.clip("Ab", {f.clip("below", {})})); });
+    row("a locked block in an open clip", true,
+        [](kxClipTree& f)
+        {
+            const AnimNodePtr copy = f.clone(f.find("walk"), 3);
+            copy->setLocked(true);
+            f.node("A/inner")->addChild(copy);
+        });
+    row("flags", true,
+        [](kxClipTree& f)
+        {
+            f.node("B")->setTravMask(0);
+            f.node("B/step")->setLocked(true);
+            f.node("A/inner/jump")->setTravMask(0);
+        });
+    row("a clip that moved", false, [](kxClipTree& f) { f.node("C")->addChild(f.node("A/inner")); });
+    row("a block that is gone", false, [](kxClipTree& f) { f.node("B")->subChild(f.node("B/step")); });
+    row("one gone and one new", false,
+        [](kxClipTree& f)
+        {
+            f.node("B")->subChild(f.node("B/step"));
+            f.node("B")->addChild(f.clip("new", {}));
+        });
+    row("another core", false, [](kxClipTree& f) { f.node("C")->setCore(AnimBlockBase::create()); });
+}
+
+void tst_kxAnimClipStructureWidget::refreshesAfterScripts()
+{
+    QFETCH(ScriptEdit, edit);
+    QFETCH(bool, rowsStay);
+    for (const char* const selected : {"", "A/inner", "A,B/step"})
+    {
+        kxClipTree f;
+        f.tree.select(selected);
+        f.tree.row("B")->setExpanded(false);
+        const QSignalSpy reset(f.tree.model(), &QAbstractItemModel::modelReset);
+        const QSignalSpy announced(&f.tree, &QTreeWidget::itemSelectionChanged);
+        edit(f);
+        f.tree.refresh();
+        QCOMPARE(reset.isEmpty(), rowsStay);
+        QCOMPARE(announced.isEmpty(), *selected == 0);
+        const QStringList refreshed = f.tree.dump(true);
+        f.tree.rebuild(true);
+        QCOMPARE(refreshed, f.tree.dump(true));
+    }
+}
 
 void tst_kxAnimClipStructureWidget::newClips_data()
 {

@@ -10,6 +10,7 @@
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 #include <python/kxInterpreter.h>
+#include <scene/UberMaterial.h>
 
 #include <QUndoStack>
 #include <QtTest>
@@ -72,9 +73,9 @@ constexpr const char* Values = R"(
 nan, inf = float("nan"), float("inf")
 values = {
     "name": ["", "nobody", "block", "clip", "\u00e9\U0001F3AC", "\0", "x" * 100000],
-    "node": [None, NodePtr(), gone, thing, thing2, clip, block, curve],
-    "material": [None, MaterialPtr()],
-    "nodes": [[], [None], [kxNodePtr(), gone, thing2], (curve, curve)],
+    "node": [None, NodePtr(), gone, goneNode, thing, thing2, clip, empty, block, curve],
+    "material": [None, MaterialPtr(), goneMaterial, material],
+    "nodes": [[], [None], [kxNodePtr(), gone, goneNode, thing2], (curve, curve)],
     "real": [0.0, -1, 12, nan, inf, -inf, 3e38, -3e38, 1e300, 10**30],
     "reals": [[], [0], [nan, 1.0, inf], (-5, 3e38, 0), [1e300] * 3, [0.5] * 1000],
     "vec": [(0, 0, 0), Vec3f(1, 2, 3), (nan, inf, -inf), (3e38, -3e38, 1e300)],
@@ -83,17 +84,25 @@ values = {
     "ints": [[], [0], [-2**31, 2**31 - 1, 7], [2**31] * 3],
     "bool": [False, True],
 }
-wrong = [object(), {}, len, [object()], 1j]
+wrong = [object(), {}, len, [object()], 1j, {1, 2, 3}]
+# What is right for another kind only.
+wrongFor = {
+    "name": [None, 1, ["a"], clip], "node": ["clip", 0, [], material], "material": [thing, "m", 0],
+    "nodes": ["ab", 1, [1], ["clip"], [material], clip], "real": ["1", None, (0,), clip],
+    "reals": ["12", 1, None, ["1"], [None], [[1]]], "vec": ["123", 1, None, (1, 2), (1, 2, 3, 4), ("1", 2, 3)],
+    "vecs": ["", (1, 2, 3), None, [(1, 2)], [None]], "int": ["1", 1.5, None, [1]],
+    "ints": ["12", [1.5], None, [None]], "bool": ["True", [], 0.5, clip],
+}
 )";
 
 /// All functions with the kinds of their arguments.
 constexpr const char* Functions = R"(
 import itertools
 functions = {
-    "keyAll": [""], "keySelected": [""], "animateClippingTransform": [""],
+    "keyAll": [""], "keySelected": [""],
     "playAnim": ["name", "name real real"], "stopAnim": ["name"], "resetAnim": ["name"],
     "playCAnimation": ["name", "name real real"], "pauseCAnimation": ["name bool"], "resetCAnimation": ["name"],
-    "isPlaying": ["name"], "trashAnimation": ["node"], "trashAnimations": ["nodes"], "restoreAnimation": ["node"],
+    "isPlaying": ["name"], "animateClippingTransform": [""], "trashAnimation": ["node"], "trashAnimations": ["nodes"], "restoreAnimation": ["node"],
     "restoreAnimations": ["nodes"], "addTranslationControlPoint": ["node real vec bool"],
     "addTranslationControlPoints": ["node reals vecs bool"], "addScaleControlPoint": ["node real vec"],
     "addScaleControlPoints": ["node reals vecs"], "addRotationControlPoint": ["node real vec"],
@@ -128,6 +137,7 @@ private Q_SLOTS:
     void wrongTypes();
     void badInput_data();
     void badInput();
+    void enormousCounts();
 
 private:
     void eachFunction();
@@ -150,7 +160,8 @@ void tst_kxAnimScript::cleanupTestCase()
     kxAnimFixture::clear();
 }
 
-/// "thing" is an object with keys, "block" and "curve" stand under "thing2", "clip" holds a copy; "gone" has died.
+/// "thing" is an object without animations, "block" and "curve" stand under "thing2", "clip" holds a copy, "empty" is a
+/// clip without anything, "material" has a curve; what is called "gone..." has died.
 void tst_kxAnimScript::init()
 {
     kxAnimManager::the()->dequeueAll();
@@ -163,10 +174,21 @@ void tst_kxAnimScript::init()
     kxAnimManager::the()->addAnimation(thing2, block);
     const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::clone(block, 1)});
     kxAnimManager::the()->addToClipStructure(clip);
+    const osg::AnimNodePtr empty = kxAnimFixture::clip("empty", {});
+    kxAnimManager::the()->addToClipStructure(empty);
+    setGlobal("empty", bp::object(kxNodePtr(empty)));
     const osg::NodePtr dying = osg::Node::create();
     dying->addRef();
     setGlobal("gone", bp::object(kxNodePtr(dying)));
+    setGlobal("goneNode", bp::object(dying));
     dying->subRef();
+    const osg::MaterialPtr material = osg::UberMaterial::create(), dyingMaterial = osg::UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    kxAnimManager::the()->addAnimation(material, kxAnimFixture::curve("roughness", "", {{0, 0}, {1, 1}}));
+    setGlobal("material", bp::object(material));
+    dyingMaterial->addRef();
+    setGlobal("goneMaterial", bp::object(dyingMaterial));
+    dyingMaterial->subRef();
     setGlobal("thing", bp::object(thing));
     setGlobal("thing2", bp::object(kxNodePtr(thing2)));
     setGlobal("block", bp::object(kxNodePtr(block)));
@@ -179,6 +201,10 @@ void tst_kxAnimScript::hasEveryFunction()
 {
     QVERIFY(kxScript::run("missing = [f for f in functions if not callable(getattr(kxAnimWidgets, f, None))]\n"
                           "assert not missing, missing"));
+    // In the order in which help() shows what belongs together.
+    QVERIFY(kxScript::run("order = [f for f in vars(kxAnimWidgets) if f[0] != '_']\n"
+                          "assert order == list(functions), order\n"
+                          "assert sum(len(forms) for forms in functions.values()) == 47"));
     // Whatever else is public would lack its bad input below.
     QVERIFY(kxScript::run("untested = [f for f in dir(kxAnimWidgets) if f[0] != '_' and f not in functions]\n"
                           "assert not untested, untested"));
@@ -284,10 +310,10 @@ for signature in functions[name]:
     kinds = signature.split()
     good = [values[k][1] for k in kinds]
     assert raises(TypeError, f, *good, "one too many", 1, 2)
+    assert not good or raises(TypeError, f, *good[:-1]) or name.startswith("play")  # no defaults
     for i, kind in enumerate(kinds):
-        for bad in wrong:
-            if kind != "bool":
-                assert raises(TypeError, f, *good[:i], bad, *good[i + 1:]), (name, kind, bad)
+        for bad in wrong + wrongFor[kind]:
+            assert raises(TypeError, f, *good[:i], bad, *good[i + 1:]), (name, kind, bad)
 )"));
 }
 
@@ -318,6 +344,25 @@ for signature in functions[name]:
     QVERIFY(everythingIsSound());
     QVERIFY(logIsEmpty());
     kxAnimManager::the()->setCurrentFrame(10, true, true);
+}
+
+void tst_kxAnimScript::enormousCounts()
+{
+    QVERIFY(kxScript::run(R"(
+count = 200000
+times = [(i * 7919 % count) / 24 for i in range(count)]
+assert addTranslationControlPoints(thing, times, [(i, nan, -i) for i in range(count)], False)
+assert addVisibleControlPoints(thing, [1.0] * count, [inf, 1] * (count // 2))
+assert not addScaleControlPoints(thing, times, [(1, 1, 1)] * (count - 1))
+assert not trashAnimations([]) and trashAnimations([kxNodePtr()] * count)
+setAnimClipDuration(clip, 2**31 - 1)
+setAnimClipStart(clip, -2**31, True)
+setAnimClipEnd(clip, 2**31 - 1, False)
+assert addToAnimClip(clip, block, 2**31 - 1) and addToAnimClip(clip, block, -2**31)
+assert findAnimClip("x" * 10000000).isNull()
+)"));
+    QVERIFY(everythingIsSound());
+    QVERIFY(logIsEmpty());
 }
 
 QTEST_MAIN(tst_kxAnimScript)
