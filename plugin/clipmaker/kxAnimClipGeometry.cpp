@@ -108,11 +108,16 @@ bool kxClipGeometry::labelFits(double labelWidth, double viewScale, float offset
     return labelWidth / viewScale + double(offset) < barWidth - double(offset);
 }
 
+QString kxClipGeometry::frameText(double frame)
+{
+    return QString::number(std::abs(frame) < 0.005 ? 0.0 : frame, 'f', 2);
+}
+
 QString kxClipGeometry::timeText(double from, double width)
 {
     const double to = from + width;
-    return QString::number(from, 'f', 2) + QLatin1String(" - ") + QString::number(to, 'f', 2) + QLatin1String(" (") +
-           QString::number(to - from, 'f', 2) + QLatin1Char(')');
+    return frameText(from) + QLatin1String(" - ") + frameText(to) + QLatin1String(" (") + frameText(to - from) +
+           QLatin1Char(')');
 }
 
 float kxClipGeometry::markerHalfWidth(float dpi, double viewScale)

@@ -100,6 +100,8 @@ Handle handleAt(const QPointF& point, const QRectF& bar, double scale, float dpi
 ///   |<-offset->|<- label ->|<-offset->|
 ///   +------------ bar ----------------+
 bool labelFits(double labelWidth, double viewScale, float offset, double barWidth);
+/// "24.00"; never "-0.00".
+QString frameText(double frame);
 /// "24.00 - 72.00 (48.00)": from, to and length in frames.
 QString timeText(double from, double width);
 

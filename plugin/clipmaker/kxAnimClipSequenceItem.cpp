@@ -131,7 +131,7 @@ void kxAnimClipSequenceItem::updateTimeText()
 {
     if (_timeText == nullptr)
         return;
-    _timeText->setLine(QLatin1Char('(') + QString::number(x(), 'f', 2) + QLatin1Char(')'));
+    _timeText->setLine(QLatin1Char('(') + kxClipGeometry::frameText(x()) + QLatin1Char(')'));
     centre(_timeText);
 }
 

@@ -172,8 +172,11 @@ void kxAnimClipView::mouseDoubleClickEvent(QMouseEvent* event)
 
 void kxAnimClipView::wheelEvent(QWheelEvent* event)
 {
-    if (event->buttons() == Qt::NoButton)
-        zoomAbout(event->position().toPoint(), event->angleDelta().y() >= 1 ? WheelZoom : 1 / WheelZoom);
+    // With some modifiers the turn comes on the other axis; the events around a gesture turn nothing.
+    const QPoint turned = event->angleDelta();
+    const int delta = turned.y() != 0 ? turned.y() : turned.x();
+    if (event->buttons() == Qt::NoButton && delta != 0)
+        zoomAbout(event->position().toPoint(), delta >= 1 ? WheelZoom : 1 / WheelZoom);
 }
 
 void kxAnimClipView::leaveEvent(QEvent* event)

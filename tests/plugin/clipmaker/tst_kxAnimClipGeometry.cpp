@@ -27,6 +27,7 @@ private Q_SLOTS:
     void findsHandles();
     void hidesLabels_data();
     void hidesLabels();
+    void timesHaveNoNegativeZero();
     void ticksStandBetweenCycles_data();
     void ticksStandBetweenCycles();
     void makesRoundingGood();
@@ -101,6 +102,12 @@ void tst_kxAnimClipGeometry::hidesLabels()
     QFETCH(double, viewScale);
     QFETCH(double, barFrames);
     QTEST(Geometry::labelFits(100, viewScale, float(12 / viewScale), barFrames), "fits");
+}
+
+void tst_kxAnimClipGeometry::timesHaveNoNegativeZero()
+{
+    QCOMPARE(Geometry::timeText(-0.001, 24), QString("0.00 - 24.00 (24.00)"));
+    QCOMPARE(Geometry::timeText(-24.006, 24), QString("-24.01 - -0.01 (24.00)"));
 }
 
 void tst_kxAnimClipGeometry::ticksStandBetweenCycles_data()

@@ -54,7 +54,13 @@ void tst_kxAnimClipView::zoomsAboutAPoint()
     QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
     QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 2);
     wheel(f.view, at, 120, Qt::LeftButton);
+    wheel(f.view, at, 0); // the end of a gesture
     QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
+    QWheelEvent sideways(at, f.view.mapToGlobal(at), QPoint(), QPoint(120, 0), Qt::NoButton, Qt::AltModifier,
+                         Qt::NoScrollPhase, false);
+    QApplication::sendEvent(f.port(), &sideways); // with a key that swaps the axes
+    QVERIFY(std::abs(f.view.transform().m11() - 1.15) < 1e-9);
+    wheel(f.view, at, -120);
 
     kxSendMouse(f.port(), QEvent::MouseButtonPress, at, Qt::RightButton, Qt::RightButton);
     for (const int y : {130, 140, 100}) // down, down, up
