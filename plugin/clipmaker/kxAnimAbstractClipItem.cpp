@@ -253,6 +253,13 @@ void kxAnimAbstractClipItem::syncFromNode()
     setFlipped(own->getFlipped());
 }
 
+bool kxAnimAbstractClipItem::showsStateOf(const osg::AnimNode& node) const
+{
+    return _active == node.isActive() && _locked == node.getLocked() && _flipped == node.getFlipped() &&
+           _motionBlur == node.getMotionBlur() && _nameText != nullptr &&
+           _nameText->text() == QString::fromStdString(kxNodeUtils::getName(this->node()));
+}
+
 void kxAnimAbstractClipItem::setActive(bool value)
 {
     const osg::AnimNodePtr own = node();
@@ -418,7 +425,11 @@ void kxAnimAbstractClipItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
     _pressPosition = pos();
     QGraphicsRectItem::mousePressEvent(event);
     for (kxAnimAbstractClipItem* bar : selectedBars())
+    {
         bar->_dragStart = bar->pos();
+        bar->_dragStretch = bar->transform().m11();
+        bar->_savedSelected = false;
+    }
 }
 
 void kxAnimAbstractClipItem::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
@@ -449,8 +460,10 @@ void kxAnimAbstractClipItem::mouseDoubleClickEvent(QGraphicsSceneMouseEvent* eve
 void kxAnimAbstractClipItem::slideBack()
 {
     // A bar that was only clicked has no way to go, and stays selected.
-    if (_returnTimeLine != nullptr || _returnAnimation != nullptr || pos() == _dragStart)
+    const double stretch = transform().m11();
+    if (_returnTimeLine != nullptr || _returnAnimation != nullptr || (pos() == _dragStart && stretch == _dragStretch))
         return;
+    _savedSelected = isSelected();
     _savedMovable = flags().testFlag(ItemIsMovable);
     _savedSelectable = flags().testFlag(ItemIsSelectable);
     setFlag(ItemIsMovable, false);
@@ -463,7 +476,16 @@ void kxAnimAbstractClipItem::slideBack()
     _returnAnimation->setTimeLine(_returnTimeLine);
     _returnAnimation->setPosAt(0.0, pos());
     _returnAnimation->setPosAt(1.0, _dragStart);
+    // An end that was dragged goes back as well.
+    if (stretch != _dragStretch)
+        connect(_returnTimeLine, &QTimeLine::valueChanged, this,
+                [this, stretch](double step) { stretchTo(stretch + (_dragStretch - stretch) * step); });
     _returnTimeLine->start();
+}
+
+void kxAnimAbstractClipItem::stretchTo(double stretch)
+{
+    setTransform(QTransform::fromScale(stretch, 1));
 }
 
 void kxAnimAbstractClipItem::endReturn()
@@ -471,6 +493,7 @@ void kxAnimAbstractClipItem::endReturn()
     if (_returnAnimation == nullptr)
         return;
     _returnAnimation->setStep(1.0);
+    stretchTo(_dragStretch);
     _returnTimeLine->stop();
     finishedAnimation();
 }
@@ -484,6 +507,11 @@ void kxAnimAbstractClipItem::finishedAnimation()
     if (_returnTimeLine != nullptr)
         _returnTimeLine->deleteLater(); // it is what calls
     _returnTimeLine = nullptr;
+    // A bar that can't be selected leaves the selection. It comes back unless the user has selected something else.
+    const QVector<kxAnimAbstractClipItem*> selected = selectedBars();
+    if (_savedSelected && std::all_of(selected.begin(), selected.end(),
+                                      [](const kxAnimAbstractClipItem* bar) { return bar->_savedSelected; }))
+        setSelected(true);
 }
 
 void kxAnimAbstractClipItem::hoverEnterEvent(QGraphicsSceneHoverEvent* event)

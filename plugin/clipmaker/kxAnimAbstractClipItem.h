@@ -44,8 +44,12 @@ public:
     unsigned int nodeId() const { return _nodeId; }
     /// The bar stands for no node from here on, and writes to none; it looks active.
     void invalidateNode();
+    /// It slides back after a collision.
+    bool isReturning() const;
     /// A bar that slides back after a collision is there at once.
     void endReturn();
+    /// Whether flags and name are those of `node`.
+    bool showsStateOf(const osg::AnimNode& node) const;
 
     bool isActive() const { return _active; }
     bool isLocked() const { return _locked; }
@@ -113,7 +117,6 @@ protected:
     double viewScale() const;
     /// viewScale() times the bar's own stretch; 1 without a view.
     double paintScale() const;
-    bool isReturning() const;
     /// Appends to the context menu, which is made where there is none. `slot` as SLOT() gives it; a checkable entry's
     /// `signal` carries its state.
     QAction* addMenuEntry(const QString& text, const char* signal, const char* slot, bool checkable = false);
@@ -133,8 +136,9 @@ protected:
     QAction* _motionBlurAction = nullptr;
     QAction* _showSourceAction = nullptr;
     QAction* _infoAction = nullptr;
-    QPointF _pressPosition; // where a pressed handle was taken from
-    QPointF _dragStart;     // where the bar slides back to after a collision
+    QPointF _pressPosition;  // where a pressed handle was taken from
+    QPointF _dragStart;      // where the bar slides back to after a collision
+    double _dragStretch = 1; // and the stretch that it has there
     QTimeLine* _returnTimeLine = nullptr;
     QColor _color;
     kxAnimClipLabel* _nameText = nullptr;
@@ -147,6 +151,7 @@ protected:
     bool _motionBlur = true;
     bool _savedMovable = false; // the flags to give back when the bar has slid back
     bool _savedSelectable = false;
+    bool _savedSelected = false; // until the next press
     unsigned int _nodeId = 0;
     QGraphicsItemAnimation* _returnAnimation = nullptr;
 
@@ -157,5 +162,6 @@ private:
     QString infoOf(const osg::AnimNode& node) const;
     void duplicateNode(bool flip);
     void slideBack();
+    void stretchTo(double stretch);
     QVector<kxAnimAbstractClipItem*> selectedBars() const;
 };

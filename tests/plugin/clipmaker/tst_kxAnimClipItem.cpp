@@ -57,6 +57,8 @@ private Q_SLOTS:
     void randomDragsKeepBarAndNodeTogether();
     void refusesWhatNoNodeHolds();
     void slidesBackFromACollision();
+    void endsGoBackFromACollision_data();
+    void endsGoBackFromACollision();
     void staysLockedWhileItSlidesBack();
     void lockedBarsStayWhereTheyAre();
     void cursorTellsWhatADragDoes();
@@ -221,6 +223,36 @@ void tst_kxAnimClipItem::slidesBackFromACollision()
     f.drag(f.middle(bar), -48, 0); // touches its neighbour
     QVERIFY(bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
     QCOMPARE(bar->x(), 48.0);
+}
+
+void tst_kxAnimClipItem::endsGoBackFromACollision_data()
+{
+    QTest::addColumn<bool>("left");
+    QTest::addColumn<double>("frames");
+    QTest::newRow("right end") << false << 40.0;
+    QTest::newRow("left end") << true << -40.0;
+}
+
+void tst_kxAnimClipItem::endsGoBackFromACollision()
+{
+    QFETCH(bool, left);
+    QFETCH(double, frames);
+    kxClipFixture f;
+    f.bar(0, 2);
+    kxAnimClipItem* const bar = f.bar(3, 2);
+    f.bar(6, 2);
+    f.drag(left ? f.leftEnd(bar) : f.rightEnd(bar), frames, 0);
+    QVERIFY(bar->isReturning());
+    QTRY_VERIFY(std::abs(bar->sceneBoundingRect().width() - 68) < 15); // on its way
+    compareToNode(bar);
+    QTRY_VERIFY(!bar->isReturning());
+    QCOMPARE(bar->x(), 72.0);
+    QVERIFY(std::abs(bar->sceneBoundingRect().width() - 48) < 1.0e-3);
+    compareToNode(bar);
+    QVERIFY(bar->isSelected()); // as before the drag
+    f.drag(f.rightEnd(bar), 10, 0);
+    QVERIFY(std::abs(bar->sceneBoundingRect().width() - 58) < 1.0e-3);
+    QVERIFY(!bar->isReturning());
 }
 
 void tst_kxAnimClipItem::staysLockedWhileItSlidesBack()
