@@ -1,13 +1,14 @@
 #include <clipmaker/kxAnimClipScene.h>
 
+#include <clipmaker/kxAnimClipBars.h>
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipDrop.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipRows.h>
 #include <clipmaker/kxAnimClipRuler.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
+#include <clipmaker/kxAnimClipWatch.h>
 #include <curveeditor/kxAnimTimeItem.h>
 
 #include <kxAnimManager.h>
@@ -32,25 +33,8 @@ namespace
 kxAnimClipScene* theScene = nullptr; // the one that was built last; serves the host's callbacks
 
 constexpr double TimeItemHeight = 1e30; // z value, in front of all bars
-/// How far a bar may stand from its node's place, in frames and in units of y.
-constexpr double Rounding = 0.01;
 /// How far a bar may stand from the top of its track, in pixels times dpi.
 constexpr double TrackReach = 5;
-
-/// Whether a bar stands where its node does, with its length and its cycles.
-bool isInPlace(const kxAnimAbstractClipItem& bar)
-{
-    const osg::AnimNodePtr node = bar.node();
-    if (node == osg::NullFC)
-        return false;
-    const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
-    const double y = double(kxPlatform::getDpiScaleX() * node->getOffset().y());
-    if (std::abs(bar.x() - span.x) > Rounding || std::abs(bar.y() - y) > Rounding)
-        return false;
-    const auto* const clip = dynamic_cast<const kxAnimClipItem*>(&bar);
-    return clip == nullptr || (std::abs(bar.rect().width() * bar.transform().m11() - span.width) <= Rounding &&
-                               clip->cyclesItem()->cycles() == node->getPostCycles());
-}
 
 /// The extension of a bar that has one and shows it; else null.
 kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
@@ -58,44 +42,6 @@ kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
     const auto* const bar = dynamic_cast<const kxAnimClipItem*>(item);
     kxAnimClipCyclesItem* const cycles = bar == nullptr ? nullptr : bar->cyclesItem();
     return cycles != nullptr && cycles->isVisible() ? cycles : nullptr;
-}
-
-bool isCut(const osg::AnimShot& shot)
-{
-    return shot.getTransitionType() == 0 && shot.getShotType() == 0;
-}
-
-enum class BarKind
-{
-    None,
-    Marker,
-    Bar
-};
-BarKind kindOf(const osg::AnimNodePtr& node)
-{
-    const osg::NodeCorePtr core = node == osg::NullFC ? osg::NodeCorePtr() : node->getCore();
-    const osg::AnimShotPtr shot = osg::AnimShotPtr::dcast(core);
-    if (osg::AnimSequencePtr::dcast(core) != osg::NullFC || (shot != osg::NullFC && isCut(*shot)))
-        return BarKind::Marker;
-    const bool bar = shot != osg::NullFC || osg::AnimClipPtr::dcast(core) != osg::NullFC ||
-                     osg::AnimBlockPtr::dcast(core) != osg::NullFC ||
-                     osg::VertexAnimCurvesPtr::dcast(core) != osg::NullFC ||
-                     osg::TimeShapeCachePtr::dcast(core) != osg::NullFC;
-    return bar ? BarKind::Bar : BarKind::None;
-}
-
-kxAnimAbstractClipItem* newBar(const osg::AnimNodePtr& node)
-{
-    switch (kindOf(node))
-    {
-    case BarKind::Marker:
-        return new kxAnimClipSequenceItem(node, nullptr);
-    case BarKind::Bar:
-        return new kxAnimClipItem(node, nullptr);
-    case BarKind::None:
-        break;
-    }
-    return nullptr;
 }
 } // namespace
 
@@ -127,7 +73,8 @@ kxAnimClipScene::StateChanges::~StateChanges()
     Q_EMIT _scene->itemsChangedState();
 }
 
-kxAnimClipScene::kxAnimClipScene(QObject* parent) : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem)
+kxAnimClipScene::kxAnimClipScene(QObject* parent)
+    : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem), _watch(new kxAnimClipWatch(this))
 {
     setBackgroundBrush(kxClipColor::Background);
     // Labels ignore the view's scale, and an index looks through all of those, squared, at each paint.
@@ -135,6 +82,7 @@ kxAnimClipScene::kxAnimClipScene(QObject* parent) : QGraphicsScene(parent), _tim
     _timeItem->setZValue(TimeItemHeight);
     connect(_timeItem, &kxAnimTimeItem::timePressed, this, &kxAnimClipScene::timeItemPressed);
     connect(_timeItem, &kxAnimTimeItem::timeChanged, this, &kxAnimClipScene::timeItemChanged);
+    connect(_watch, &kxAnimClipWatch::animationsChanged, this, &kxAnimClipScene::followChanges);
     addItem(_timeItem);
     theScene = this;
     _callbacks.add(kxMessageName::Undo, undoStackMoved);
@@ -215,19 +163,30 @@ void kxAnimClipScene::undoStackMoved(kxMessage&)
         theScene->followClip();
 }
 
+void kxAnimClipScene::followChanges()
+{
+    _isBehind = mouseGrabberItem() != nullptr; // a bar isn't taken from under the mouse
+    if (!_isBehind)
+        followClip();
+}
+
 void kxAnimClipScene::followClip()
 {
     const osg::AnimNodePtr shown = clip();
     if (shown == osg::NullFC)
+    {
+        if (_clipId != 0)
+            clear();
         return;
+    }
     QSet<unsigned int> missing, selected;
     for (const osg::NodePtr& child : shown->getChildren())
-        if (kindOf(osg::AnimNodePtr::dcast(child)) != BarKind::None)
+        if (kxClipBars::isShown(osg::AnimNodePtr::dcast(child)))
             missing.insert(child->getId());
     QVector<kxAnimAbstractClipItem*> outdated;
     for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
     {
-        if (missing.contains(bar->nodeId()) && isInPlace(*bar))
+        if (missing.contains(bar->nodeId()) && (bar->isReturning() || kxClipBars::isCurrent(*bar)))
             missing.remove(bar->nodeId());
         else
             outdated.append(bar);
@@ -253,7 +212,7 @@ double kxAnimClipScene::viewScale(const QGraphicsScene* scene)
 
 kxAnimAbstractClipItem* kxAnimClipScene::addBar(const osg::AnimNodePtr& node)
 {
-    kxAnimAbstractClipItem* const bar = newBar(node);
+    kxAnimAbstractClipItem* const bar = kxClipBars::make(node);
     if (bar == nullptr)
         return nullptr;
     connect(bar, SIGNAL(duplicated(osg::AnimNodePtr)), this, SLOT(createdItemDuplicate(osg::AnimNodePtr)));
@@ -465,6 +424,8 @@ void kxAnimClipScene::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
 void kxAnimClipScene::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
     QGraphicsScene::mouseReleaseEvent(event);
+    if (_isBehind)
+        _watch->tellLater();
 }
 
 void kxAnimClipScene::helpEvent(QGraphicsSceneHelpEvent* event)

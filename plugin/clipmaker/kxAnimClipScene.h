@@ -14,6 +14,7 @@
 class kxAnimAbstractClipItem;
 class kxAnimClipItem;
 class kxAnimClipRows;
+class kxAnimClipWatch;
 class kxAnimTimeItem;
 
 class QTreeWidgetItem;
@@ -21,8 +22,9 @@ class QTreeWidgetItem;
 /// The timeline of the clip maker: the bars of one clip's children on tracks, with ruler, track column and time line.
 ///
 /// x in frames, tracks of pitch 50 * dpi downward from y = 0. Owns the bars and the time line. The clip is looked up by
-/// id at each use, and without one every operation on it does nothing. There is one scene, which follows the host's
-/// undo and redo.
+/// id at each use, and without one every operation on it does nothing. Follows every change of the clip's nodes,
+/// whoever makes it: that of a step on the undo stack at once, any other in the next turn of the event loop. There is
+/// one scene, which serves the host's callbacks.
 class kxAnimClipScene : public QGraphicsScene
 {
     Q_OBJECT
@@ -152,8 +154,11 @@ private:
     };
 
     static void undoStackMoved(kxMessage& message);
-    /// Makes the bars anew that don't stand where their nodes do; adds and removes those whose nodes came and went.
+    /// Makes the bars anew that don't show what their nodes are; adds and removes those whose nodes came and went. The
+    /// bars of a clip that has died go.
     void followClip();
+    /// As soon as nothing is dragged.
+    void followChanges();
     void buildBars(const osg::AnimNodePtr& node);
     void deleteBars(const QVector<kxAnimAbstractClipItem*>& bars);
 
@@ -184,4 +189,6 @@ private:
     int _batches = 0;
     bool _stateChanged = false; // in a batch, which tells of it at its end
     kxCallbacks _callbacks;
+    kxAnimClipWatch* const _watch; // a child
+    bool _isBehind = false;        // changes that came during a drag are still to be followed
 };

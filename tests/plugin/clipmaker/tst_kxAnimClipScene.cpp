@@ -1,5 +1,6 @@
 #include "kxShownClip.h"
 
+#include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipNodes.h>
@@ -9,6 +10,7 @@
 
 #include <kxController.h>
 #include <kxMessageNames.h>
+#include <kxScenegraph.h>
 #include <kxUndo.h>
 
 #include <QUndoStack>
@@ -40,6 +42,9 @@ private Q_SLOTS:
     void takesDrops_data();
     void takesDrops();
     void followsUndo();
+    void followsEditsOfOthers_data();
+    void followsEditsOfOthers();
+    void followsWhenADragEnds();
 };
 
 void tst_kxAnimClipScene::stepsTheRuler_data()
@@ -462,6 +467,94 @@ void tst_kxAnimClipScene::followsUndo()
     stack->redo();
     QCOMPARE(f.barItems(), 0);
     stack->clear();
+}
+
+void tst_kxAnimClipScene::followsEditsOfOthers_data()
+{
+    QTest::addColumn<QString>("what");
+    for (const char* const what :
+         {"time", "length", "cycles", "keys", "state", "name", "comes", "goes", "clip", "dies"})
+        QTest::newRow(what) << what;
+}
+
+void tst_kxAnimClipScene::followsEditsOfOthers()
+{
+    QFETCH(QString, what);
+    kxShownClip f;
+    const AnimNodePtr node = f.add(f.blockOf(2)), other = f.add(f.blockOf(1), 4);
+    f.show();
+    f.barOf(node)->setSelected(true);
+    const kxAnimAbstractClipItem* const untouched = f.barOf(other);
+    QSignalSpy selections(&f.scene, SIGNAL(selectionChanged()));
+    QRectF expected(0, 0, 48, 1);
+    if (what == "time")
+        node->moveBy(1, 50), f.changed(node, AnimNode::OffsetFieldMask), expected.translate(24, 1);
+    else if (what == "length")
+        node->setScale(0.5f), f.changed(node, AnimNode::ScaleFieldMask), expected.setWidth(24);
+    else if (what == "cycles")
+        node->setPostCycles(3), f.changed(node, AnimNode::PostCyclesFieldMask);
+    else if (what == "keys")
+    {
+        const AnimNodePtr curve = AnimNodePtr::dcast(node->getChild(0));
+        f.curveOf(curve)->addPoint(Pnt2f(5, 0), Vec2f(), Vec2f(), 1, 1, true, true);
+        f.keysChanged(curve);
+        expected.setWidth(120);
+    }
+    else if (what == "state")
+        node->setTravMask(0), f.changed(node, Node::TravMaskFieldMask);
+    else if (what == "name")
+        kxNodeUtils::setName(node, "Other name", true, NodePtr());
+    else if (what == "comes")
+        f.add(f.blockOf(1), 8);
+    else if (what == "goes")
+        f.clipNode->subChild(node); // dies without a word
+    else if (what == "clip")
+        f.clipNode->setOffset(Vec2f(2, 0)), f.changed(f.clipNode, AnimNode::OffsetFieldMask), expected.translate(48, 0);
+    else
+        f.clipNode.release();
+    QVERIFY(what == "dies" || f.barOf(other) == untouched); // in the turn of an edit nothing goes under its hands
+    QApplication::processEvents();
+    if (what == "dies")
+    {
+        QCOMPARE(f.barItems(), 0);
+        return;
+    }
+    QCOMPARE(f.scene.bars().size(), what == "comes" ? 3 : what == "goes" ? 1 : 2);
+    QCOMPARE(f.barOf(other) == untouched, what != "clip");
+    QCOMPARE(selections.count(), what == "comes" ? 0 : 1);
+    if (what == "goes")
+        return;
+    const auto* const bar = dynamic_cast<const kxAnimClipItem*>(f.barOf(node));
+    QCOMPARE(bar->pos(), QPointF(expected.x(), expected.y() * f.pitch()));
+    QCOMPARE(bar->sceneBoundingRect().width(), expected.width());
+    QCOMPARE(bar->cyclesItem()->cycles(), node->getPostCycles());
+    QCOMPARE(bar->isActive(), node->isActive());
+    QCOMPARE(bar->toolTip(), QString::fromStdString(kxNodeUtils::getName(node)));
+    QVERIFY(bar->isSelected());
+}
+
+void tst_kxAnimClipScene::followsWhenADragEnds()
+{
+    kxShownClip f;
+    const AnimNodePtr held = f.add(f.blockOf(2)), other = f.add(f.blockOf(2), 4);
+    f.show();
+    QPointer<kxAnimAbstractClipItem> bar = f.barOf(held);
+    f.port()->grab(); // the column is where it was drawn
+    kxPress(f.port(), f.at(24, 0));
+    kxDragTo(f.port(), f.at(30, 0));
+    for (const AnimNodePtr& node : {held, other})
+    {
+        node->moveBy(0, 100);
+        f.changed(node, AnimNode::OffsetFieldMask);
+    }
+    QApplication::processEvents();
+    QVERIFY(!bar.isNull());
+    QCOMPARE(f.barOf(other)->y(), 0.0);
+    kxRelease(f.port(), f.at(30, 0));
+    QApplication::processEvents();
+    QCOMPARE(f.barOf(other)->y(), 2 * f.pitch());
+    QCOMPARE(f.barOf(held)->y(), 2 * f.pitch());
+    QCOMPARE(f.barOf(held)->x(), 6.0);
 }
 
 QTEST_MAIN(tst_kxAnimClipScene)

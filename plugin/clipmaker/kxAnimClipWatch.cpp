@@ -1,0 +1,46 @@
+#include <clipmaker/kxAnimClipWatch.h>
+
+#include <osg/AnimNode.h>
+
+kxAnimClipWatch::kxAnimClipWatch(QObject* parent) : QObject(parent)
+{
+    if (osg::ChangeList* const changes = osg::WinThreadBase::getCurrentChangeList())
+        changes->addListener(this);
+}
+
+kxAnimClipWatch::~kxAnimClipWatch()
+{
+    if (osg::ChangeList* const changes = osg::WinThreadBase::getCurrentChangeList())
+        changes->subListener(this);
+}
+
+void kxAnimClipWatch::tellLater()
+{
+    if (_isPending)
+        return;
+    _isPending = true;
+    QMetaObject::invokeMethod(this, &kxAnimClipWatch::tell, Qt::QueuedConnection);
+}
+
+void kxAnimClipWatch::tell()
+{
+    _isPending = false;
+    Q_EMIT animationsChanged();
+}
+
+void kxAnimClipWatch::containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField)
+{
+    if (_isPending)
+        return;
+    const osg::BitVector transient =
+        osg::AnimNodeBase::PlayingFieldMask | osg::AnimNodeBase::LastEvaluationTimeFieldMask;
+    const osg::FieldContainerType& type = container->getType();
+    if (type.isDerivedFrom(osg::AnimNodeBase::_type) ? whichField.intersects(~transient)
+                                                     : type.isDerivedFrom(osg::AnimObject::_type))
+        tellLater();
+}
+
+void kxAnimClipWatch::containerDestroyed(osg::UInt32)
+{
+    tellLater(); // what died is known by nothing but its id
+}

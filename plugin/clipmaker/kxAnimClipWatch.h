@@ -1,0 +1,31 @@
+#pragma once
+
+#include <osg/ChangeList.h>
+
+#include <QObject>
+
+/// Hears of every marked change of animation and of every death, whoever caused it, and tells of it once a turn of the
+/// event loop.
+///
+/// What playback alone writes doesn't count. Main thread only.
+class kxAnimClipWatch : public QObject, public osg::ChangeListener
+{
+    Q_OBJECT
+public:
+    explicit kxAnimClipWatch(QObject* parent);
+    ~kxAnimClipWatch() override;
+
+    /// Tells in the next turn, as after a change.
+    void tellLater();
+
+    void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
+    void containerDestroyed(osg::UInt32 id) override;
+
+Q_SIGNALS:
+    void animationsChanged();
+
+private:
+    void tell();
+
+    bool _isPending = false;
+};

@@ -1,0 +1,353 @@
+#include <clipmaker/kxAnimClipCyclesItem.h>
+#include <clipmaker/kxAnimClipEditor.h>
+#include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kxAnimFixture.h>
+#include <kxSendMouse.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <kxPlatform.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+
+#include <QMainWindow>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+#include <random>
+
+using namespace osg;
+
+/// Everything that a user and a script can do to a clip, at random: through the timeline, its fields and the tree, and
+/// to the nodes themselves. The bars show their nodes in the end of each turn, and what the clip shows at a frame
+/// doesn't depend on the frames before.
+class tst_kxAnimClipWalk : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void barsFollowTheirNodes_data();
+    void barsFollowTheirNodes();
+
+private:
+    int below(int count) { return int(_random() % unsigned(count)); }
+    float part(float most) { return most * float(below(1000)) / 1000; }
+    QPoint place() { return {below(_view->viewport()->width()), below(_view->viewport()->height())}; }
+    /// A child of the shown clip; null where it has none.
+    AnimNodePtr child();
+    void write(const AnimNodePtr& node, const BitVector& mask) const
+    {
+        if (node != NullFC)
+            kxAnimFixture::changed(node, mask);
+    }
+    void openClipMaker(const AnimNodePtr& clip);
+    void addMouseEdits();
+    void addScriptEdits();
+    void drag();
+    void selectRow(const AnimNodePtr& node);
+    void compareBars();
+    void compareFrames();
+
+    std::mt19937 _random;
+    std::vector<std::function<void()>> _edits;
+    std::vector<TransformPtr> _objects;
+    std::vector<AnimNodePtr> _blocks;
+    AnimNodePtr _clip;
+    kxAnimClipView* _view = nullptr;
+    kxAnimClipScene* _shown = nullptr;
+    kxAnimClipStructureWidget* _tree = nullptr;
+    kxAnimClipEditorGUIW* _form = nullptr;
+    bool _isPressed = false;
+    std::unique_ptr<QMainWindow> _window;
+    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxAnimClipEditor> _module;
+};
+
+AnimNodePtr tst_kxAnimClipWalk::child()
+{
+    const UInt32 count = _clip->getNChildren();
+    return count == 0 ? AnimNodePtr() : AnimNodePtr::dcast(_clip->getChild(UInt32(below(int(count)))));
+}
+
+void tst_kxAnimClipWalk::openClipMaker(const AnimNodePtr& clip)
+{
+    _clip = clip;
+    _window = std::make_unique<QMainWindow>();
+    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
+    kxHostHooks::the().setMainWindow(_window.get());
+    kxHostHooks::the().setDockWindowManager(_docks.get());
+    _module = std::make_unique<kxAnimClipEditor>();
+    _form = static_cast<kxAnimClipEditorGUIW*>(_module->moduleWidget());
+    _window->resize(1200, 700);
+    _window->show();
+    _docks->show("Clip Maker");
+    _view = _form->findChild<kxAnimClipView*>();
+    _shown = _view->clipScene();
+    _tree = _form->findChild<kxAnimClipStructureWidget*>();
+    _tree->expandAll();
+    selectRow(_clip);
+    QCOMPARE(_shown->clip(), _clip);
+}
+
+void tst_kxAnimClipWalk::selectRow(const AnimNodePtr& node)
+{
+    _tree->clearSelection();
+    for (QTreeWidgetItemIterator it(_tree); *it != nullptr; ++it)
+        if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
+        {
+            (*it)->setSelected(true);
+            return;
+        }
+}
+
+void tst_kxAnimClipWalk::drag()
+{
+    if (_shown->bars().isEmpty())
+        return;
+    QWidget* const port = _view->viewport();
+    const QRectF bar = _shown->bars()[below(_shown->bars().size())]->sceneBoundingRect();
+    const double ends[] = {bar.left() + 1, bar.center().x(), bar.right() - 1};
+    QPoint at = _view->mapFromScene(QPointF(ends[below(3)], bar.center().y()));
+    kxPress(port, at);
+    for (int step = below(12); step >= 0; --step)
+        kxDragTo(port, at += QPoint(below(41) - 20, below(41) - 20));
+    kxRelease(port, at);
+}
+
+void tst_kxAnimClipWalk::addMouseEdits()
+{
+    const auto few = [this] { return _clip->getNChildren() < 30; };
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    for (int i = 0; i < 8; ++i)
+        _edits.emplace_back([this] { drag(); });
+    const std::vector<std::function<void()>> more = {
+        [this] { kxPress(_view->viewport(), place()), _isPressed = true; },
+        [this] { kxDragTo(_view->viewport(), place()); },
+        [this] { kxRelease(_view->viewport(), place()), _isPressed = false; },
+        [this] { _view->frame(); },
+        [this] { _shown->setSnapToGridX(below(2) == 0); },
+        [this] { _shown->selectAll(); },
+        [this] { _shown->clearSelection(); },
+        [this, few]
+        {
+            if (few())
+                _shown->duplicateSelectedItems(below(2) == 0);
+        },
+        [this] { _shown->deleteSelectedItems(); },
+        [this] { _shown->copySelectedItems(); },
+        [this, few]
+        {
+            if (few())
+                _shown->paste();
+        },
+        [this] { _shown->flipSelectedItems(below(2) == 0); },
+        [this] { _shown->activeSelectedItems(below(3) != 0); },
+        [this] { _shown->lockItems(below(8) == 0); },
+        [this] { _shown->motionBlurSelectedItems(below(2) == 0); },
+        [this] { _form->_start->setValue(double(part(400)) - 50); },
+        [this] { _form->_duration->setValue(double(part(300))); },
+        [this] { _form->_postCycles->setValue(below(5) - 1); },
+        [this] { _shown->setTime(double(part(300))); },
+        [this] { _shown->setClip(_clip, true); },
+        [this] { _shown->clear(), _shown->setClip(_clip, false); },
+        [this] { _tree->rebuild(true); },
+        [this] { _tree->clearSelection(), selectRow(_clip); },
+        [this] { _view->viewport()->grab(); },
+        [stack] { stack->undo(); },
+        [stack] { stack->undo(); },
+        [stack] { stack->redo(); },
+    };
+    _edits.insert(_edits.end(), more.begin(), more.end());
+}
+
+void tst_kxAnimClipWalk::addScriptEdits()
+{
+    const auto to = [this](const BitVector& mask, const std::function<void(const AnimNodePtr&)>& edit)
+    {
+        _edits.emplace_back(
+            [this, mask, edit]
+            {
+                // The clip and what stands above it as well as a bar's own node.
+                const int which = below(8);
+                const AnimNodePtr above = AnimNodePtr::dcast(_clip->getParent());
+                const AnimNodePtr node = which == 0 ? _clip : which == 1 ? above : child();
+                if (node == NullFC)
+                    return;
+                edit(node);
+                write(node, mask);
+            });
+    };
+    to(AnimNode::OffsetFieldMask,
+       [this](const AnimNodePtr& node) { node->setOffset(Vec2f(part(12), 50.0f * float(below(6)))); });
+    to(AnimNode::ScaleFieldMask, [this](const AnimNodePtr& node) { node->setScale(0.4f + part(2)); });
+    to(AnimNode::PostCyclesFieldMask, [this](const AnimNodePtr& node) { node->setPostCycles(below(4) - 1); });
+    to(AnimNode::FlippedFieldMask, [this](const AnimNodePtr& node) { node->setFlipped(below(2) == 0); });
+    to(AnimNode::LockedFieldMask, [this](const AnimNodePtr& node) { node->setLocked(below(6) == 0); });
+    to(Node::TravMaskFieldMask,
+       [this](const AnimNodePtr& node) { node->setTravMask(below(4) == 0 ? 0 : Node::Active); });
+    to(AnimNode::MotionBlurFieldMask, [this](const AnimNodePtr& node) { node->setMotionBlur(below(2) == 0); });
+    to(BitVector(), [this](const AnimNodePtr& node)
+       { kxNodeUtils::setName(node, "Name " + std::to_string(below(9)), false, NodePtr()); });
+    _edits.emplace_back(
+        [this]
+        {
+            const AnimNodePtr curve = AnimNodePtr::dcast(_blocks[std::size_t(below(2))]->getChild(0));
+            kxAnimFixture::curveOf(curve)->addPoint(Pnt2f(part(3), part(9)), Vec2f(), Vec2f(), 1, 1, true, true);
+            kxAnimFixture::keysChanged(curve);
+        });
+    _edits.emplace_back(
+        [this]
+        {
+            if (_clip->getNChildren() > 20)
+                return;
+            const AnimNodePtr copy = kxAnimFixture::clone(_blocks[std::size_t(below(2))], part(10), below(6));
+            _clip->addChild(below(3) == 0 ? kxAnimFixture::clip("Inner", {copy}) : copy);
+            write(_clip, Node::ChildrenFieldMask);
+        });
+    _edits.emplace_back(
+        [this]
+        {
+            _clip->addChild(kxAnimFixture::group<AnimSequenceBase>("Trigger", {}));
+            write(_clip, Node::ChildrenFieldMask);
+        });
+    for (const bool isMarked : {true, false}) // what dies is missed by nobody who holds its id
+        _edits.emplace_back(
+            [this, isMarked]
+            {
+                if (const AnimNodePtr gone = child())
+                    _clip->subChild(gone);
+                if (isMarked)
+                    write(_clip, Node::ChildrenFieldMask);
+            });
+}
+
+void tst_kxAnimClipWalk::compareBars()
+{
+    QCOMPARE(_shown->clip(), _clip);
+    QCOMPARE(_shown->bars().size(), int(_clip->getNChildren()));
+    const double fps = kxAnimManager::the()->fps();
+    for (const kxAnimAbstractClipItem* bar : _shown->bars())
+    {
+        const AnimNodePtr node = bar->node();
+        QVERIFY(node != NullFC);
+        BoxVolume volume;
+        node->getWorldVolume(volume);
+        Pnt3f start, end;
+        volume.getBounds(start, end);
+        const double from = double(start.x()) * fps, to = double(end.x()) * fps;
+        const double error = 0.02 + 1.0e-6 * (std::abs(from) + std::abs(to));
+        double shownTo = bar->x();
+        if (const auto* const block = dynamic_cast<const kxAnimClipItem*>(bar))
+        {
+            const int passes = 1 + std::max(0, block->cyclesItem()->cycles());
+            shownTo += passes * block->rect().width() * block->transform().m11();
+            QCOMPARE(block->cyclesItem()->cycles(), node->getPostCycles());
+        }
+        QVERIFY2(
+            std::abs(bar->x() - from) < error && std::abs(shownTo - to) < error,
+            qPrintable(QStringLiteral("bar %1 to %2, node %3 to %4").arg(bar->x()).arg(shownTo).arg(from).arg(to)));
+        QVERIFY(std::abs(bar->y() - double(kxPlatform::getDpiScaleX() * node->getOffset().y())) < 0.02);
+        QCOMPARE(bar->isActive(), node->isActive());
+        QCOMPARE(bar->isLocked(), node->getLocked());
+    }
+}
+
+void tst_kxAnimClipWalk::compareFrames()
+{
+    const auto valuesAt = [this](int frame)
+    {
+        _shown->setTime(frame);
+        std::vector<float> values;
+        for (const TransformPtr& object : _objects)
+            values.push_back(object->getTranslation().x());
+        return values;
+    };
+    constexpr int Frames = 150;
+    std::vector<std::vector<float>> forward;
+    for (int frame = 0; frame < Frames; ++frame)
+        forward.push_back(valuesAt(frame));
+    for (int frame = Frames - 1; frame >= 0; frame -= 7)
+        QCOMPARE(valuesAt(frame), forward[std::size_t(frame)]);
+    for (int i = 0; i < 40; ++i)
+    {
+        const int frame = below(Frames);
+        QCOMPARE(valuesAt(frame), forward[std::size_t(frame)]);
+    }
+}
+
+void tst_kxAnimClipWalk::barsFollowTheirNodes_data()
+{
+    QTest::addColumn<double>("fps");
+    QTest::addColumn<bool>("nested");
+    QTest::newRow("a clip") << 24.0 << false;
+    QTest::newRow("a clip in a clip with an own time") << 23.976 << true;
+}
+
+void tst_kxAnimClipWalk::barsFollowTheirNodes()
+{
+    QFETCH(double, fps);
+    QFETCH(bool, nested);
+    kxAnimFixture scene;
+    kxAnimManager::the()->setFPS(fps);
+    _random.seed(7);
+    _objects.clear();
+    _blocks.clear();
+    _edits.clear();
+    _isPressed = false;
+    for (const char* name : {"Box", "Ball"})
+    {
+        const NodePtr object = scene.object(name);
+        _objects.push_back(scene.transform(object));
+        _blocks.push_back(scene.block(name, {scene.curve("translation", "X", {{0, 0}, {1, 10}})}));
+        kxAnimManager::the()->addAnimation(object, _blocks.back());
+    }
+    const AnimNodePtr clip = scene.clip("Show", {scene.clone(_blocks[0], 0), scene.clone(_blocks[1], 2, 1)});
+    const AnimNodePtr above = scene.clip("Above", {});
+    kxAnimManager::the()->addToClipStructure(nested ? above : clip);
+    if (nested)
+    {
+        above->addChild(clip);
+        clip->setOffset(Vec2f(1.3f, 0));
+        above->setScale(1.7f);
+        above->setPostCycles(2);
+        write(above, Node::ChildrenFieldMask | AnimNode::ScaleFieldMask | AnimNode::PostCyclesFieldMask);
+    }
+    openClipMaker(clip);
+    addMouseEdits();
+    addScriptEdits();
+    for (int step = 0; step < 1200 && !QTest::currentTestFailed(); ++step)
+    {
+        const std::size_t which = std::size_t(below(int(_edits.size())));
+        _edits[which]();
+        if (below(3) == 0 || _isPressed)
+            continue; // several in one turn, also while bars slide back
+        for (kxAnimAbstractClipItem* bar : _shown->bars())
+            bar->endReturn(); // not by the clock
+        QApplication::processEvents();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(_shown->clip() == clip || _shown->clip() == NullFC);
+        if (_shown->clip() != NullFC)
+            compareBars();
+        if (QTest::currentTestFailed())
+            qWarning("after edit %d in step %d", int(which), step);
+        else if (step % 100 == 0)
+            compareFrames();
+    }
+    kxUndoStack::get(0).stack()->clear();
+    _module.reset();
+    kxHostHooks::the().setMainWindow(nullptr);
+    kxHostHooks::the().setDockWindowManager(nullptr);
+    _docks.reset();
+    _window.reset();
+}
+
+QTEST_MAIN(tst_kxAnimClipWalk)
+#include "tst_kxAnimClipWalk.moc"
