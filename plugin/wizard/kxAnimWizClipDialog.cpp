@@ -20,6 +20,10 @@ constexpr const char Context[] = "kxAnimWizClipDialog";
 constexpr int ColumnWidth = 130;
 /// Of a capture button, which leaves a margin around its picture.
 constexpr int CaptureSide = 100;
+/// A button with a picture in a style of wide margins is no higher than one with a text.
+constexpr int CaptureMargin = 8;
+/// Above and below the buttons.
+constexpr int GroupSpace = 6;
 
 QString text(const char* source)
 {
@@ -70,6 +74,7 @@ QPushButton* makeCapture(const char* name, const char* source, QWidget* parent)
     button->setAccessibleName(text(source)); // also while it shows a picture
     button->setToolTip(text("Click to capture"));
     button->setMinimumSize(CaptureSide, CaptureSide);
+    button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
     button->setIconSize(QSize(kxWizardCapture::PictureSide, kxWizardCapture::PictureSide));
     return button;
 }
@@ -115,7 +120,8 @@ void Ui::kxAnimWizClipDialog::setupFields()
     _name = named<QLineEdit>("_name", page);
     textLabel1_6 = makeLabel("textLabel1_6", "Start Time", page);
     _startTime = makeSeconds("_startTime", 0.0, page);
-    frame_3 = makeSpace("frame_3", QSizePolicy::Expanding, QSizePolicy::Preferred, page);
+    frame_3 = makeSpace("frame_3", QSizePolicy::Preferred, QSizePolicy::Preferred, page);
+    frame_3->setFixedHeight(GroupSpace);
     _transitionDurationLabel = makeLabel("_transitionDurationLabel", "Base Duration", page);
     _duration = makeSeconds("_duration", 2.0, page);
     _duration->setMinimum(0.0);
@@ -129,38 +135,39 @@ void Ui::kxAnimWizClipDialog::setupFields()
     _interpolationLabel->setBuddy(_interpolation);
 
     gridLayout->addWidget(textLabel1_2, 0, 0);
-    gridLayout->addWidget(_name, 0, 1, 1, 2);
+    gridLayout->addWidget(_name, 0, 1);
     gridLayout->addWidget(textLabel1_6, 1, 0);
     gridLayout->addWidget(_startTime, 1, 1);
-    gridLayout->addWidget(frame_3, 1, 2, 3, 1);
     gridLayout->addWidget(_transitionDurationLabel, 2, 0);
     gridLayout->addWidget(_duration, 2, 1);
     gridLayout->addWidget(_interpolationLabel, 3, 0);
     gridLayout->addWidget(_interpolation, 3, 1);
+    gridLayout->addWidget(frame_3, 4, 1);
 }
 
 void Ui::kxAnimWizClipDialog::setupButtons()
 {
     _captureStart = makeCapture("_captureStart", "Capture Start", page);
     _captureEnd = makeCapture("_captureEnd", "Capture End", page);
-    frame_2 = makeSpace("frame_2", QSizePolicy::Expanding, QSizePolicy::Preferred, page);
     horizontalLayout = new QHBoxLayout;
     horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
-    horizontalLayout->addWidget(_captureStart);
-    horizontalLayout->addWidget(_captureEnd);
-    horizontalLayout->addWidget(frame_2);
+    horizontalLayout->addWidget(_captureStart, 1);
+    horizontalLayout->addWidget(_captureEnd, 1);
 
     _preview = makeButton("_preview", "Preview", page);
     _preview->setCheckable(true);
     _reset = makeButton("_reset", "Reset Preview", page);
     horizontalLayout_2 = new QHBoxLayout;
     horizontalLayout_2->setObjectName(QStringLiteral("horizontalLayout_2"));
-    horizontalLayout_2->addWidget(_preview);
-    horizontalLayout_2->addWidget(_reset);
-    horizontalLayout_2->addStretch(1);
+    horizontalLayout_2->addWidget(_preview, 1);
+    horizontalLayout_2->addWidget(_reset, 1);
 
-    gridLayout->addLayout(horizontalLayout, 4, 1, 1, 2);
-    gridLayout->addLayout(horizontalLayout_2, 5, 1, 1, 2);
+    gridLayout->addLayout(horizontalLayout, 5, 1);
+    gridLayout->setRowMinimumHeight(5, CaptureSide + CaptureMargin);
+    gridLayout->addLayout(horizontalLayout_2, 6, 1);
+    frame_2 = makeSpace("frame_2", QSizePolicy::Preferred, QSizePolicy::Preferred, page);
+    frame_2->setFixedHeight(GroupSpace);
+    gridLayout->addWidget(frame_2, 7, 1);
 }
 
 void Ui::kxAnimWizClipDialog::connectPreview()

@@ -29,19 +29,19 @@ public:
     QLineEdit* _name;
     QLabel* textLabel1_6;
     QKXDoubleSpiner* _startTime; // seconds
-    QFrame* frame_3;             // takes the width beside the fields
     QLabel* _transitionDurationLabel;
     QKXDoubleSpiner* _duration; // seconds
     QLabel* _interpolationLabel;
     QComboBox* _interpolation;
+    QFrame* frame_3; // sets the buttons off from the fields
     QHBoxLayout* horizontalLayout;
     QPushButton* _captureStart;
     QPushButton* _captureEnd;
-    QFrame* frame_2; // keeps the buttons together on the left
     QHBoxLayout* horizontalLayout_2;
     QPushButton* _preview;
     QPushButton* _reset;
-    QFrame* frame; // takes the height that is left
+    QFrame* frame_2; // ends the page
+    QFrame* frame;   // takes the height that is left
     QDialogButtonBox* buttonBox;
 
 private:

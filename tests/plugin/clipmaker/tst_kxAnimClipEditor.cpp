@@ -7,6 +7,7 @@
 #include <clipmaker/kxAnimSequenceGUIW.h>
 #include <frame/kxCallbacks.h>
 #include <trees/kxAnimTreeWidgetItem.h>
+#include <wizard/kxAnimWizClipGUI.h>
 
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
@@ -52,6 +53,7 @@ private Q_SLOTS:
     void deletesByTheLastFocus();
     void pastesAtTheTime();
     void answersAndFollows();
+    void holdsTheDialogOfWizardClips();
     void doesNothingWithoutItsWindow();
 
 private:
@@ -374,6 +376,43 @@ void tst_kxAnimClipEditor::answersAndFollows()
     kxModuleRegistry::the().deliver(newScene);
     QCOMPARE(tree()->topLevelItemCount(), 0);
     QCOMPARE(shown()->bars().size(), 0);
+}
+
+void tst_kxAnimClipEditor::holdsTheDialogOfWizardClips()
+{
+    const osg::AnimNodePtr made = kxAnimFixture::group<osg::AnimWizClipBase>("Made", {});
+    made->addChild(kxAnimFixture::clone(child(_clip, 0), 0));
+    made->setOffset(osg::Vec2f(4, 0));
+    _clip->addChild(made);
+    kxAnimFixture::changed(_clip, osg::Node::ChildrenFieldMask);
+    select(_clip);
+    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+    const auto deliver = [](kxMessageId::Id id)
+    {
+        kxMessage message(id);
+        kxModuleRegistry::the().deliver(message);
+    };
+    const auto length = [this] { return shown()->bars()[2]->sceneBoundingRect().width(); };
+
+    dialog->show(made);
+    dialog->_duration->setValue(3);
+    QCoreApplication::processEvents();
+    QCOMPARE(length(), 72.0); // the bar follows
+    _docks->getDockWidget("Clip Maker")->close();
+    deliver(kxMessageId::StopPlayback);
+    QVERIFY(dialog->isVisible());
+    _docks->show("Clip Maker");
+    deliver(kxMessageId::StopPlayback);
+    QVERIFY(!dialog->isVisible());
+    QCoreApplication::processEvents();
+    select(_clip);
+    QCOMPARE(length(), 24.0);
+
+    dialog->show(made);
+    deliver(kxMessageId::NewScene);
+    QVERIFY(!dialog->isVisible() && dialog->clip() == osg::NullFC);
+    _module.reset();
+    QVERIFY(kxAnimWizClipGUI::the() == nullptr);
 }
 
 void tst_kxAnimClipEditor::doesNothingWithoutItsWindow()
