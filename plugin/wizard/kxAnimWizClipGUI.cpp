@@ -45,6 +45,12 @@ Extent extentOf(const AnimNodePtr& node)
     return {minimum.x(), maximum.x()};
 }
 
+void send(const char* name)
+{
+    kxMessage message;
+    kxController::call(name, message, 0);
+}
+
 AnimWizClipPtr wizClipOf(const AnimNodePtr& node)
 {
     return node != NullFC ? AnimWizClipPtr::dcast(node->getCore()) : AnimWizClipPtr();
@@ -115,7 +121,7 @@ kxAnimWizClipGUI::kxAnimWizClipGUI(QWidget* parent) : QDialog(parent), _instance
     connect(_startTime, SIGNAL(valueChanged(double)), this, SLOT(changedStartTime(double)));
     connect(_duration, SIGNAL(valueChanged(double)), this, SLOT(changedDuration(double)));
     _refresh.setSingleShot(true);
-    connect(&_refresh, SIGNAL(timeout()), this, SLOT(refreshViews()));
+    connect(&_refresh, SIGNAL(timeout()), this, SLOT(refreshGraph()));
     _callbacks.add(kxMessageName::DequeuedAnimation, dequeuedAnimation);
 }
 
@@ -267,13 +273,9 @@ void kxAnimWizClipGUI::forEachCurve(const std::function<void(const AnimCurvePtr&
     _refresh.start();
 }
 
-void kxAnimWizClipGUI::refreshViews()
+void kxAnimWizClipGUI::refreshGraph()
 {
-    for (const char* const name : {kxMessageName::UpdateClipScene, kxMessageName::UpdateGraphView})
-    {
-        kxMessage message;
-        kxController::call(name, message, 0);
-    }
+    send(kxMessageName::UpdateGraphView);
 }
 
 // Preview
@@ -324,7 +326,6 @@ void kxAnimWizClipGUI::changedStartTime(double value)
                                                                   AnimNodePtr::dcast(moved->getParent()), moved);
     moved->moveBy(start - extent.start, y - moved->getOffset().y());
     markChanged(moved, AnimNodeBase::OffsetFieldMask);
-    _refresh.start();
 }
 
 void kxAnimWizClipGUI::changedDuration(double value)
@@ -347,9 +348,8 @@ void kxAnimWizClipGUI::createFinalAnimations()
         const std::string name = _name->text().toStdString();
         if (!_name->text().trimmed().isEmpty() && name != kxNodeUtils::getName(edited))
             kxNodeUtils::setName(edited, kxWizardCapture::uniqueName(_name->text()).toStdString(), true, NodePtr());
-        kxMessage message;
-        kxController::call(kxMessageName::PastedAnimations, message, 0);
-        _refresh.start();
+        send(kxMessageName::PastedAnimations);
+        send(kxMessageName::UpdateClipScene); // the bar bears the name
     }
     _savedKeys.clear(); // accepted, also where the clip has died: the keys of a block that lives on stay
     reset();

@@ -47,8 +47,8 @@ private Q_SLOTS:
     void changedInterpolation(int interpolation);
     void changedStartTime(double value);
     void changedDuration(double value);
-    /// Bars and graph show what the records hold by now.
-    void refreshViews();
+    /// The graph shows what the curves hold by now; bars follow by themselves.
+    void refreshGraph();
 
 private:
     explicit kxAnimWizClipGUI(QWidget* parent);
@@ -67,6 +67,6 @@ private:
     kxInstancePointer<kxAnimWizClipGUI> _instance;
     osg::UInt32 _clipId = 0;
     std::map<osg::UInt32, osg::MField<osg::CCPnt, 0>> _savedKeys; // by the id of their curve
-    QTimer _refresh; // once for the edits of one turn, and never under the bar that opens the dialog
+    QTimer _refresh;                                              // once for the edits of one turn
     kxCallbacks _callbacks;
 };
