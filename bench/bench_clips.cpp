@@ -1,3 +1,5 @@
+#include "kxBenchScene.h"
+
 #include <clipmaker/kxAnimAbstractClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipView.h>
@@ -107,6 +109,7 @@ void dragStep(benchmark::State& state)
             bar->setPos(bar->pos() + way);
         shown.scene->checkCollisions(shown.scene->selectedItems());
         shown.view.viewport()->repaint();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall); // what the scene does with its own writes
     }
 }
 
@@ -120,12 +123,81 @@ void undoStep(benchmark::State& state)
         kxController::call(kxMessageName::Redo, message, 0);
     }
 }
+/// 500 objects with 9 curves of 50 keys each, and a clip that places a block of each on 100 tracks, overlapping, inside
+/// of `depth` clips.
+struct Playing
+{
+    explicit Playing(int depth)
+    {
+        clip->addRef();
+        clip->setCore(AnimClipBase::create());
+        AnimNodePtr inner = clip;
+        for (int i = 0; i < depth; ++i)
+        {
+            const AnimNodePtr below = AnimNodeBase::create();
+            below->setCore(AnimClipBase::create());
+            below->setOffset(Vec2f(0.25f, 0));
+            inner->addChild(below);
+            inner = below;
+        }
+        for (const NodePtr& object : scene.objects)
+        {
+            const AnimNodePtr block =
+                kxAnimManager::the()->createBlock(kxAnimManager::the()->getAnimAttachment(object), "Block");
+            const AnimNodePtr copy = cloneAnimTree(block, true);
+            const UInt32 place = inner->getNChildren();
+            copy->setOffset(Vec2f(0.5f * float(place / Tracks), 50.0f * float(place % Tracks)));
+            inner->addChild(copy);
+        }
+        kxAnimManager::the()->addToClipStructure(clip);
+        markChanged(clip, Node::ChildrenFieldMask);
+    }
+    ~Playing()
+    {
+        clip->subRef();
+        kxScene::the()->clear();
+        kxAnimScene::clear();
+    }
+
+    kxBenchScene scene = kxBenchScene::make(500, 50);
+    AnimNodePtr clip = AnimNodeBase::create();
+};
+
+/// A frame of the clip's playback: evaluated, and the timeline drawn.
+void playFrame(benchmark::State& state)
+{
+    Playing playing(0);
+    kxAnimClipView view;
+    view.resize(1200, 700);
+    view.show();
+    view.clipScene()->setClip(playing.clip, false);
+    view.frame();
+    Shown::settle();
+    int frame = 0;
+    for (auto _ : state)
+    {
+        view.clipScene()->setTime(frame++ % 100);
+        view.viewport()->repaint();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    }
+}
+
+void evaluateFrame(benchmark::State& state)
+{
+    Playing playing(int(state.range(0)));
+    int frame = 0;
+    for (auto _ : state)
+        kxAnimManager::the()->evaluateByFrame(playing.clip, frame++ % 100, false, true, false);
+    state.counters["values"] = double(playing.scene.curves.size());
+}
 } // namespace
 
 BENCHMARK(show)->Unit(benchmark::kMillisecond);
 BENCHMARK(wheelStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(undoStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(dragStep)->ArgName("bars")->Arg(1)->Arg(200)->Unit(benchmark::kMillisecond);
+BENCHMARK(playFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(evaluateFrame)->ArgName("depth")->Arg(0)->Arg(1)->Arg(8)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {

@@ -137,10 +137,40 @@ void kxClipProgram::addChannels(Gathered&& gathered)
     {
         order.emplace(gathered.targets[i].container, order.size());
         _channels.push_back(Channel{gathered.targets[i], std::move(gathered.options[i].front())});
+        shorten(_channels.back().root, nullptr, false);
     }
+    _passageOf.clear();
     std::stable_sort(_channels.begin(), _channels.end(),
                      [&order](const Channel& a, const Channel& b)
                      { return order[a.target.container] < order[b.target.container]; });
+}
+
+void kxClipProgram::shorten(Option& option, Passage* above, bool isHeld)
+{
+    Passage*& passage = _passageOf[{option.node, above}];
+    if (passage == nullptr)
+    {
+        _passages.emplace_back();
+        passage = &_passages.back();
+        passage->node = option.node;
+        passage->above = above;
+        passage->isHeld = isHeld;
+    }
+    option.passage = passage;
+    if (option.curve != nullptr)
+        return;
+    std::vector<Option>& below = option.below->options;
+    if (below.size() > 1)
+    {
+        for (Option& each : below)
+            shorten(each, nullptr, false); // a choice holds the time itself
+        return;
+    }
+    shorten(below.front(), passage, option.isTimed);
+    const AnimNode* const chosen = option.node;
+    Option only = std::move(below.front());
+    option = std::move(only);
+    option.node = chosen;
 }
 
 /// Chooses by `time`, which is moved to the end of the option it lies outside of.
@@ -180,20 +210,42 @@ kxClipProgram::Option& kxClipProgram::choose(Choice& choice, double& time, doubl
     return best == nullptr ? choice.options.back() : *best;
 }
 
+const kxClipProgram::Passage& kxClipProgram::passed(Passage& passage, double entry, double tolerance) const
+{
+    if (passage.evaluation == _evaluation && passage.entry == entry)
+        return passage;
+    double time = entry, ownTolerance = tolerance;
+    if (passage.above != nullptr)
+    {
+        const Passage& above = passed(*passage.above, entry, tolerance);
+        time = above.time;
+        ownTolerance = above.tolerance;
+    }
+    double start = 0, end = 0;
+    if (passage.isHeld && kxNodeTime::extent(*passage.node, start, end))
+        time = std::clamp(time, start, end);
+    passage.time = kxNodeTime::contentTime(*passage.node, time, ownTolerance);
+    passage.tolerance = ownTolerance / passage.node->getScale();
+    passage.entry = entry;
+    passage.evaluation = _evaluation;
+    return passage;
+}
+
 float kxClipProgram::valueOf(Option& option, double parentTime, double tolerance)
 {
-    double time = kxNodeTime::contentTime(*option.node, parentTime, tolerance);
-    const double ownTolerance = tolerance / option.node->getScale();
+    const Passage& passage = passed(*option.passage, parentTime, tolerance);
     if (option.curve != nullptr)
-        return kxCurveEvaluation::value(*option.curve, time, option.cursor, ownTolerance);
-    Option& below = option.isTimed ? choose(*option.below, time, ownTolerance) : option.below->options.front();
-    return valueOf(below, time, ownTolerance);
+        return kxCurveEvaluation::value(*option.curve, passage.time, option.cursor, passage.tolerance);
+    double time = passage.time;
+    Option& chosen = choose(*option.below, time, passage.tolerance);
+    return valueOf(chosen, time, passage.tolerance);
 }
 
 void kxClipProgram::evaluate(double seconds)
 {
     if (_channels.empty() || !std::isfinite(seconds))
         return;
+    ++_evaluation;
     const double tolerance = kxNodeTime::tolerance(seconds);
     for (std::size_t i = 0; i < _channels.size();)
     {

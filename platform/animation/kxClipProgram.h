@@ -2,6 +2,8 @@
 
 #include <animation/kxChannelTarget.h>
 
+#include <deque>
+#include <map>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -28,6 +30,18 @@ public:
     void noteRestValues() const;
 
 private:
+    /// The way of a time down the tree to a node, through nodes that leave no choice. Channels that go the same way
+    /// share it, so that nesting costs once a frame and not once a channel.
+    struct Passage
+    {
+        const osg::AnimNode* node = nullptr;
+        Passage* above = nullptr;   ///< null where the way begins
+        bool isHeld = false;        ///< a time outside of the node's extent is taken to its end
+        osg::UInt64 evaluation = 0; ///< what stands below was found in
+        double entry = 0;           ///< the time where the way begins
+        double time = 0;            ///< the node's own
+        double tolerance = 0;
+    };
     struct Option;
     /// The options of one channel at one place of the tree.
     struct Choice
@@ -36,7 +50,8 @@ private:
     };
     struct Option
     {
-        const osg::AnimNode* node = nullptr;
+        const osg::AnimNode* node = nullptr;   ///< what is chosen
+        Passage* passage = nullptr;            ///< from there to the curve or to the next choice
         const osg::AnimCurve* curve = nullptr; ///< for a leaf
         osg::UInt32 cursor = 0;
         bool isTimed = false; ///< the choice below is made by time, else it has one option
@@ -45,7 +60,8 @@ private:
     struct Gathered;
 
     static Gathered gather(const osg::AnimNode& node, bool isRoot);
-    static float valueOf(Option& option, double parentTime, double tolerance);
+    float valueOf(Option& option, double parentTime, double tolerance);
+    const Passage& passed(Passage& passage, double entry, double tolerance) const;
     static Option& choose(Choice& choice, double& time, double tolerance);
 
     struct Channel
@@ -54,7 +70,13 @@ private:
         Option root;
     };
     void addChannels(Gathered&& gathered);
+    /// Takes choices with one option out of the way.
+    void shorten(Option& option, Passage* above, bool isHeld);
+
     std::vector<Channel> _channels; // those of one container in a row
+    std::deque<Passage> _passages;
+    std::map<std::pair<const osg::AnimNode*, const Passage*>, Passage*> _passageOf; // by node and what is above
+    osg::UInt64 _evaluation = 0;
 };
 
 /// The programs of the animations that were evaluated lately; made anew when trees change.
