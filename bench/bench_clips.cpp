@@ -123,7 +123,7 @@ void undoStep(benchmark::State& state)
         kxController::call(kxMessageName::Redo, message, 0);
     }
 }
-/// 500 objects with 9 curves of 50 keys each, and a clip that places a block of each on 100 tracks, overlapping, inside
+/// 500 objects with 9 curves of 50 keys each, and a clip that places a block of each on 100 tracks, inside
 /// of `depth` clips.
 struct Playing
 {
@@ -146,7 +146,7 @@ struct Playing
                 kxAnimManager::the()->createBlock(kxAnimManager::the()->getAnimAttachment(object), "Block");
             const AnimNodePtr copy = cloneAnimTree(block, true);
             const UInt32 place = inner->getNChildren();
-            copy->setOffset(Vec2f(0.5f * float(place / Tracks), 50.0f * float(place % Tracks)));
+            copy->setOffset(Vec2f(4.5f * float(place / Tracks), 50.0f * float(place % Tracks)));
             inner->addChild(copy);
         }
         kxAnimManager::the()->addToClipStructure(clip);
@@ -176,7 +176,7 @@ void playFrame(benchmark::State& state)
     int frame = 0;
     for (auto _ : state)
     {
-        view.clipScene()->setTime(frame++ % 100);
+        view.clipScene()->setTime(frame++ % 500);
         view.viewport()->repaint();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
     }
@@ -187,7 +187,7 @@ void evaluateFrame(benchmark::State& state)
     Playing playing(int(state.range(0)));
     int frame = 0;
     for (auto _ : state)
-        kxAnimManager::the()->evaluateByFrame(playing.clip, frame++ % 100, false, true, false);
+        kxAnimManager::the()->evaluateByFrame(playing.clip, frame++ % 500, false, true, false);
     state.counters["values"] = double(playing.scene.curves.size());
 }
 } // namespace
