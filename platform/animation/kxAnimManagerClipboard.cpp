@@ -199,9 +199,16 @@ std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr
 
 void kxAnimManager::unshareFrom(const AnimNodePtr& animation, const FieldContainerPtr& container)
 {
-    const AnimAttachmentPtr attachment = getAnimAttachment(container);
-    if (animation == NullFC || attachment == NullFC || kxAttachmentRegistry::above(animation) != attachment)
+    const AnimAttachmentPtr above = kxAttachmentRegistry::above(animation);
+    const AnimNodePtr parent = AnimNodePtr::dcast(container);
+    if (animation == NullFC || (parent != NullFC ? !kxNodeUtils::hasParent(animation, parent)
+                                                 : above == NullFC || getAnimAttachment(container) != above))
         return;
+    if (above == NullFC)
+    {
+        unshareClipsR(animation);
+        return;
+    }
     traverse(animation,
              [](const NodePtr& node)
              {

@@ -379,6 +379,18 @@ void tst_kxAnimManager::clonesShareAndUnshare()
     QVERIFY(copy->getCore() != clip->getCore());
     QVERIFY(copy->getChild(0)->getCore() != clip->getChild(0)->getCore());
     QVERIFY(copy->getChild(0)->getChild(0)->getCore() == block->getCore());
+    // What stands in a clip beside the objects finds its object through the core that it shares.
+    const AnimNodePtr beside = AnimNodePtr::dcast(copy->getChild(0)->getChild(0));
+    manager()->unshareFrom(beside, copy->getChild(0));
+    QVERIFY(beside->getCore() == block->getCore());
+    const AnimNodePtr below = cloneAnimTree(clip, true);
+    manager()->addAnimation(one, below);
+    const AnimNodePtr inner = AnimNodePtr::dcast(below->getChild(0)), leaf = AnimNodePtr::dcast(inner->getChild(0));
+    manager()->unshareFrom(leaf, clip); // stands in another clip
+    QVERIFY(leaf->getCore() == block->getCore());
+    manager()->unshareFrom(leaf, inner);
+    QVERIFY(leaf->getCore() != block->getCore() && inner->getCore() == clip->getChild(0)->getCore());
+    QVERIFY(kxAnimEvaluator::the()->getFirstAim(AnimCurvePtr::dcast(leaf->getChild(0)->getCore())) == one);
 }
 
 void tst_kxAnimManager::pastingAtATime()
