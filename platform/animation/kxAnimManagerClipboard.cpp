@@ -15,11 +15,13 @@ using namespace osg;
 
 namespace
 {
-/// One thing that was copied, twice: with the cores it had, for clones, and as it was, for copies.
+/// One thing that was copied: as it was, for copies, and the cores it had, for clones. A share of each.
 struct Copied
 {
-    AnimNodePtr shared; // a share of each
     AnimNodePtr own;
+    // Of the nodes in the order of a walk. No node of the clipboard has one of them: what was only copied is not
+    // shared.
+    std::vector<NodeCorePtr> cores;
     UInt32 sourceId = 0; // of what was copied, which may be gone
     // Of the nodes in the order of a walk. The copies themselves have none: a name in the clipboard is nobody's.
     std::vector<std::string> names;
@@ -48,6 +50,32 @@ std::vector<std::string> namesOf(const AnimNodePtr& root)
     return names;
 }
 
+std::vector<NodeCorePtr> coresOf(const AnimNodePtr& root)
+{
+    std::vector<NodeCorePtr> cores;
+    traverse(root,
+             [&cores](const NodePtr& node)
+             {
+                 cores.push_back(node->getCore());
+                 return Action::Continue;
+             });
+    return cores;
+}
+
+AnimNodePtr copyOf(const Copied& entry, bool shareCores)
+{
+    const AnimNodePtr copy = cloneAnimTree(entry.own, shareCores);
+    std::size_t next = 0;
+    if (shareCores)
+        traverse(copy,
+                 [&](const NodePtr& node)
+                 {
+                     node->setCore(entry.cores[next++]);
+                     return Action::Continue;
+                 });
+    return copy;
+}
+
 std::vector<Copied>& clipboard()
 {
     static std::vector<Copied>* const entries = new std::vector<Copied>; // for the life of the process
@@ -58,7 +86,9 @@ void clearClipboard()
 {
     for (const Copied& entry : clipboard())
     {
-        entry.shared->subRef();
+        for (const NodeCorePtr& core : entry.cores)
+            if (core != NullFC)
+                core->subRef();
         entry.own->subRef();
     }
     clipboard().clear();
@@ -66,11 +96,15 @@ void clearClipboard()
 
 void addToClipboard(const AnimNodePtr& node)
 {
-    const Copied entry = {cloneAnimTree(node, true), cloneAnimTree(node, false), node->getId(), namesOf(node)};
-    setNames(entry.shared, {});
+    const AnimNodePtr shared = cloneAnimTree(node, true); // in the order of the copy
+    shared->addRef();
+    const Copied entry = {cloneAnimTree(node, false), coresOf(shared), node->getId(), namesOf(node)};
     setNames(entry.own, {});
-    entry.shared->addRef();
     entry.own->addRef();
+    for (const NodeCorePtr& core : entry.cores)
+        if (core != NullFC)
+            core->addRef();
+    shared->subRef();
     clipboard().push_back(entry);
 }
 
@@ -112,7 +146,7 @@ std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores,
     {
         if (!takes(parent, entry))
             continue;
-        const AnimNodePtr clone = cloneAnimTree(shareCores ? entry.shared : entry.own, shareCores);
+        const AnimNodePtr clone = copyOf(entry, shareCores);
         setNames(clone, entry.names);
         if (flipped)
             clone->setFlipped(true);

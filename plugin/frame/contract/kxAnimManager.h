@@ -240,8 +240,7 @@ public:
     /// `unshareClips`: clips among the results get cores of their own.
     std::vector<osg::AnimNodePtr> clonePasteToWithOffset(const osg::AnimNodePtr& clip, double seconds, bool flipped,
                                                          bool unshareClips);
-    /// Gives `animation`, where it stands under `container` (an object, a material or a clip), cores of its own. A
-    /// block in a clip that stands under no object keeps its core: by that alone it is known which object it moves.
+    /// Cores of its own for `animation` below `container`; a block that no object holds keeps the core it shares.
     void unshareFrom(const osg::AnimNodePtr& animation, const osg::FieldContainerPtr& container);
     /// Gives the clips from `node` down cores of their own; blocks stay shared.
     void unshareClipsR(const osg::AnimNodePtr& node);

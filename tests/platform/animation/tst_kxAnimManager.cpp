@@ -358,6 +358,9 @@ void tst_kxAnimManager::clonesShareAndUnshare()
     const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}})});
     manager()->addAnimation(one, block);
     manager()->copy(block, one);
+    const NodeCorePtr core = block->getCore();
+    manager()->unshareFrom(block, one); // a copy in the clipboard is no second user
+    QVERIFY(block->getCore() == core && core->getParents().size() == 1);
     const AnimNodePtr clone = manager()->clonePasteTo(two, false, true)[0];
     QVERIFY(clone->getCore() == block->getCore());
     QCOMPARE(clone->getNodeName(), std::string("block"));
