@@ -12,13 +12,11 @@ osg::FCPtr<T> find(unsigned int id)
     return osg::FieldContainerFactory::the()->get<T>(id);
 }
 
-void setMask(unsigned int id, osg::UInt32 mask)
+/// The root that the curves of an object's channels stand under; null where the object has none.
+osg::NodePtr curveRoot(unsigned int containerId)
 {
-    const osg::AnimNodePtr block = find<osg::AnimNode>(id);
-    if (block == osg::NullFC || block->getTravMask() == mask)
-        return;
-    block->setTravMask(mask);
-    osg::markChanged(block, osg::Node::TravMaskFieldMask);
+    const auto attachment = kxAnimManager::the()->getAnimAttachment(find<osg::FieldContainer>(containerId));
+    return attachment != osg::NullFC ? osg::NodePtr(attachment->getAnimationRoot()) : osg::NodePtr();
 }
 } // namespace
 
@@ -38,12 +36,12 @@ kxChannelCurvesUndoCommand::~kxChannelCurvesUndoCommand()
 void kxChannelCurvesUndoCommand::noteAttachment(const osg::AttachmentContainerPtr& container,
                                                 const osg::AnimAttachmentPtr& attachment)
 {
-    _attachments.push_back({container->getId(), attachment->getId(), false});
+    _attachments.push_back({container->getId(), attachment->getId(), false, 0});
 }
 
 void kxChannelCurvesUndoCommand::noteCurve(const osg::AttachmentContainerPtr& container, const osg::AnimNodePtr& node)
 {
-    _curves.push_back({container->getId(), node->getId(), false});
+    _curves.push_back({container->getId(), node->getId(), false, 0});
 }
 
 void kxChannelCurvesUndoCommand::noteSwitchedOff(const osg::AnimNodePtr& block, osg::UInt32 mask)
@@ -64,10 +62,10 @@ int kxChannelCurvesUndoCommand::id() const
 
 void kxChannelCurvesUndoCommand::undo()
 {
-    for (const Block& block : _blocks)
-        setMask(block.id, block.mask);
+    swapMasks();
     takeOutCurves();
     takeOutAttachments();
+    _wasUndone = true;
     kxAnimationService::the().animationsChanged();
 }
 
@@ -75,9 +73,24 @@ void kxChannelCurvesUndoCommand::redo()
 {
     putBackAttachments();
     putBackCurves();
-    for (const Block& block : _blocks)
-        setMask(block.id, 0);
+    if (_wasUndone)
+        swapMasks();
     kxAnimationService::the().animationsChanged();
+}
+
+void kxChannelCurvesUndoCommand::swapMasks()
+{
+    // Blocks are switched by other ways too, which are no steps: redo() gives back what undo() found.
+    for (Block& block : _blocks)
+    {
+        const osg::AnimNodePtr node = find<osg::AnimNode>(block.id);
+        if (node == osg::NullFC || node->getTravMask() == block.mask)
+            continue;
+        const osg::UInt32 mask = node->getTravMask();
+        node->setTravMask(block.mask);
+        block.mask = mask;
+        osg::markChanged(node, osg::Node::TravMaskFieldMask);
+    }
 }
 
 void kxChannelCurvesUndoCommand::takeOutCurves()
@@ -86,9 +99,10 @@ void kxChannelCurvesUndoCommand::takeOutCurves()
     {
         const osg::AnimNodePtr node = find<osg::AnimNode>(curve.id);
         const osg::NodePtr parent = node != osg::NullFC ? node->getParent() : osg::NodePtr();
-        if (parent == osg::NullFC)
+        if (parent == osg::NullFC || parent != curveRoot(curve.containerId))
             continue; // gathered into a block, moved or deleted since: no longer ours to take
         node->addRef();
+        curve.position = unsigned(parent->findChild(node));
         parent->subChild(node);
         osg::markChanged(parent, osg::Node::ChildrenFieldMask);
         curve.isOut = true;
@@ -132,17 +146,16 @@ void kxChannelCurvesUndoCommand::putBackAttachments()
 
 void kxChannelCurvesUndoCommand::putBackCurves()
 {
-    for (Made& curve : _curves)
+    // Against the order of takeOutCurves(), so that each position means what it meant there. Of two animations of one
+    // channel the later wins.
+    for (auto curve = _curves.rbegin(); curve != _curves.rend(); ++curve)
     {
-        const osg::AnimNodePtr node = find<osg::AnimNode>(curve.id);
-        const auto attachment = kxAnimManager::the()->getAnimAttachment(find<osg::FieldContainer>(curve.containerId));
-        if (!curve.isOut || node == osg::NullFC || attachment == osg::NullFC)
-            continue;
-        const osg::AnimNodePtr root = attachment->getAnimationRoot();
-        if (!root->addChild(node))
+        const osg::AnimNodePtr node = find<osg::AnimNode>(curve->id);
+        const osg::NodePtr root = curveRoot(curve->containerId);
+        if (!curve->isOut || node == osg::NullFC || root == osg::NullFC || !root->insertChild(curve->position, node))
             continue;
         osg::markChanged(root, osg::Node::ChildrenFieldMask);
         node->subRef();
-        curve.isOut = false;
+        curve->isOut = false;
     }
 }

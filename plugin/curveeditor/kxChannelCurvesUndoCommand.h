@@ -35,15 +35,17 @@ private:
     struct Made
     {
         unsigned int containerId;
-        unsigned int id; // of the attachment, or of the curve's node
-        bool isOut;      // a share is held
+        unsigned int id;           // of the attachment, or of the curve's node
+        bool isOut;                // a share is held
+        unsigned int position = 0; // below its parent, of a curve that is out
     };
     struct Block
     {
         unsigned int id;
-        osg::UInt32 mask;
+        osg::UInt32 mask; // of the other side of this step
     };
 
+    void swapMasks();
     void takeOutCurves();
     void takeOutAttachments();
     void putBackAttachments();
@@ -52,4 +54,5 @@ private:
     std::vector<Made> _attachments;
     std::vector<Made> _curves;
     std::vector<Block> _blocks;
+    bool _wasUndone = false;
 };

@@ -1,10 +1,14 @@
 #include "kxCurveEditorFixture.h"
 
+#include <curveeditor/kxAnimKeyMath.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
+#include <QMimeData>
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <random>
 
 namespace
@@ -46,6 +50,29 @@ Snapshot snapshot()
     return taken;
 }
 
+/// The keys of every curve in memory that isn't empty, by the id of the curve.
+using Keys = std::map<unsigned int, std::vector<osg::CCPnt>>;
+
+void addKeys(const osg::NodePtr& root, Keys& keys)
+{
+    osg::traverse(root,
+                  [&keys](const osg::NodePtr& node)
+                  {
+                      if (const auto curve = osg::AnimCurvePtr::dcast(node->getCore()); curve != osg::NullFC)
+                          keys[curve->getId()] = {curve->getControlPoints().begin(), curve->getControlPoints().end()};
+                      if (const auto attachment = kxAnimManager::the()->getAnimAttachment(node))
+                          addKeys(attachment->getAnimationRoot(), keys);
+                      return osg::Action::Continue;
+                  });
+}
+
+bool areFiniteAndSorted(const std::vector<osg::CCPnt>& keys)
+{
+    const auto isBefore = [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); };
+    return std::is_sorted(keys.begin(), keys.end(), isBefore) &&
+           std::all_of(keys.begin(), keys.end(), kxAnimKeyMath::isFinite);
+}
+
 /// Moved keys come back within the float rounding of their differences.
 bool areSame(const Snapshot& a, const Snapshot& b)
 {
@@ -65,6 +92,8 @@ class tst_kxCurveEditorWalk : public QObject
 private Q_SLOTS:
     void undoOfAllIsTheStart_data();
     void undoOfAllIsTheStart();
+    void undoStaysRightAmongOtherEdits_data();
+    void undoStaysRightAmongOtherEdits();
     void survivesWhatTheHostTakesAway();
 
 private:
@@ -74,6 +103,8 @@ private:
     void selectKeys(kxCurveEditorFixture& editor);
     void dragSelected(kxCurveEditorFixture& editor);
     void edit(kxCurveEditorFixture& editor);
+    void selectRow(kxCurveEditorFixture& editor);
+    void editAside(kxCurveEditorFixture& editor);
     void look(kxCurveEditorFixture& editor, const std::vector<osg::NodePtr>& objects);
 
     std::mt19937 _random;
@@ -212,6 +243,121 @@ void tst_kxCurveEditorWalk::undoOfAllIsTheStart()
     while (stack->index() < index)
         stack->redo();
     QVERIFY2(areSame(snapshot(), last), "redo of all is not the end");
+}
+
+void tst_kxCurveEditorWalk::selectRow(kxCurveEditorFixture& editor)
+{
+    QList<QTreeWidgetItem*> rows;
+    for (QTreeWidgetItemIterator row(editor.library); *row != nullptr; ++row)
+        rows.append(*row);
+    editor.library->clearSelection();
+    if (!rows.isEmpty())
+        rows[number(rows.size())]->setSelected(true);
+}
+
+/// What is no step on the stack.
+void tst_kxCurveEditorWalk::editAside(kxCurveEditorFixture& editor)
+{
+    const bool isCrowded = editor.library->findItems(QString(), Qt::MatchContains | Qt::MatchRecursive).size() > 40;
+    const char* const copies[] = {"clone", "duplicate", "paste", "pasteClone"};
+    selectRow(editor);
+    const QList<QTreeWidgetItem*> rows = editor.library->selectedItems();
+    switch (number(8))
+    {
+    case 0:
+    case 1:
+        editor.library->createBlocksForSelected();
+        break;
+    case 2:
+        if (!isCrowded)
+            QMetaObject::invokeMethod(editor.library, copies[number(4)]);
+        break;
+    case 3:
+        QMetaObject::invokeMethod(editor.library, "unshare");
+        break;
+    case 4:
+        editor.library->copy();
+        break;
+    case 5:
+        for (QTreeWidgetItem* const row : rows)
+            row->setCheckState(0, number(2) == 0 ? Qt::Checked : Qt::Unchecked);
+        break;
+    case 6:
+        for (QTreeWidgetItem* const row : rows)
+            row->setText(0, QString("Name %1").arg(number(100)));
+        break;
+    default:
+    {
+        const std::unique_ptr<QMimeData> mime(static_cast<QTreeWidget*>(editor.library)
+                                                  ->model()
+                                                  ->mimeData(editor.library->selectionModel()->selectedIndexes()));
+        const QModelIndex target = editor.library->model()->index(number(editor.library->topLevelItemCount() + 1), 0);
+        if (mime != nullptr && target.isValid())
+            editor.library->model()->dropMimeData(mime.get(), Qt::CopyAction, -1, -1, target);
+    }
+    }
+}
+
+void tst_kxCurveEditorWalk::undoStaysRightAmongOtherEdits_data()
+{
+    QTest::addColumn<int>("seed");
+    for (int seed = 1; seed <= 3; ++seed)
+        QTest::addRow("seed %d", seed) << seed;
+}
+
+/// Blocks, copies, clones and the like are no steps. Undo of the steps around them brings each curve of the start back
+/// to its keys, wherever it stands by then, and redo brings everything back to the end.
+void tst_kxCurveEditorWalk::undoStaysRightAmongOtherEdits()
+{
+    QFETCH(int, seed);
+    _random.seed(unsigned(seed));
+    kxCurveEditorFixture editor;
+    editor.show();
+    std::vector<osg::NodePtr> objects;
+    for (int i = 0; i < 4; ++i)
+        objects.push_back(editor.animated(qPrintable(QString("Box %1").arg(i)), {{0, 1}, {1, 5}, {2, -1}},
+                                          i == 0 ? "Move" : nullptr));
+    objects.push_back(kxAnimFixture::object("Still")); // keying makes its attachment
+    editor.library->rebuild(true);
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    stack->clear();
+    Keys start;
+    addKeys(kxScene::the()->root(), start);
+    for (int i = 0; i < 200; ++i)
+    {
+        if (number(3) == 0)
+            editAside(editor);
+        if (number(3) == 0)
+            look(editor, objects);
+        edit(editor);
+        if (number(10) == 0)
+            stack->undo();
+        if (number(20) == 0)
+            stack->redo();
+    }
+    const Snapshot last = snapshot();
+    const int index = stack->index();
+    QVERIFY2(index > 40, "the walk edits too little to tell anything");
+    while (stack->canUndo())
+        stack->undo();
+    Keys undone;
+    addKeys(kxScene::the()->root(), undone);
+    for (const auto& [id, keys] : undone)
+    {
+        QVERIFY(areFiniteAndSorted(keys));
+        const auto before = start.find(id);
+        if (before == start.end())
+            continue;
+        QCOMPARE(keys.size(), before->second.size());
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            QVERIFY(std::abs(keys[i].x() - before->second[i].x()) < 1e-3f &&
+                    std::abs(keys[i].y() - before->second[i].y()) < 1e-3f);
+    }
+    while (stack->index() < index)
+        stack->redo();
+    const Snapshot redone = snapshot();
+    QCOMPARE(redone.structure, last.structure);
+    QVERIFY2(areSame(redone, last), "redo of all is not the end");
 }
 
 void tst_kxCurveEditorWalk::survivesWhatTheHostTakesAway()
