@@ -2,6 +2,8 @@
 
 #include "kxView3D.h"
 
+#include <QKXTimeLine.h>
+#include <QKXTimeLineRange.h>
 #include <kxIconManager.h>
 #include <kxScenegraph.h>
 #include <kxShortcut.h>
@@ -9,6 +11,7 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QApplication>
 #include <QMenu>
 #include <QToolBar>
 #include <QToolButton>
@@ -30,6 +33,13 @@ kxViewActions::kxViewActions(kxView3D* view)
     addDisplay();
     _cameraMenu->setObjectName(QStringLiteral("cameraMenu"));
     connect(_cameraMenu, &QMenu::aboutToShow, this, &kxViewActions::fillCameraMenu);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget*, QWidget* focused)
+            {
+                if (qobject_cast<QKXTimeLine*>(focused) != nullptr ||
+                    qobject_cast<QKXTimeLineRange*>(focused) != nullptr)
+                    addToolsTo(focused);
+            });
     kxShortcut::addKey(tr("3D view"), Qt::Key_Escape, Qt::NoModifier, tr("Cancel the drag, leave the camera"));
 }
 
@@ -60,6 +70,14 @@ QAction* kxViewActions::addTool(const QString& text, const QString& icon, int ke
     _tools->addAction(action);
     connect(action, &QAction::triggered, _view, [this, tool] { _view->setTool(tool); });
     return action;
+}
+
+void kxViewActions::addToolsTo(QWidget* ruler)
+{
+    // A user who has just set the frame goes on to pose the object; a ruler has no use for letters.
+    for (QAction* const tool : _tools->actions())
+        if (!ruler->actions().contains(tool))
+            ruler->addAction(tool);
 }
 
 void kxViewActions::addDisplay()

@@ -9,10 +9,11 @@ class QAction;
 class QActionGroup;
 class QMenu;
 class QToolBar;
+class QWidget;
 class kxView3D;
 
 /// The commands of the 3D view with their keys, for tool bars and menus. Keys act while the view, or
-/// another widget that has the action, has the focus.
+/// another widget that has the action, has the focus; those of the tools in a ruler too, whoever made it.
 class kxViewActions : public QObject
 {
     Q_OBJECT
@@ -35,6 +36,7 @@ private:
     QAction* addTool(const QString& text, const QString& icon, int key, kxGizmo::Tool tool);
     void addDisplay();
     void fillCameraMenu();
+    void addToolsTo(QWidget* ruler);
 
     kxView3D* _view;
     QActionGroup* _tools;

@@ -1,7 +1,7 @@
+#include <QKXSpiner.h>
 #include <widgets/kxFieldHint.h>
 
 #include <QCoreApplication>
-#include <QDoubleSpinBox>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QSpinBox>
@@ -40,8 +40,9 @@ QString kxFieldHint::text(const QAbstractSpinBox& field)
 {
     if (const auto* const whole = qobject_cast<const QSpinBox*>(&field))
         return withRange(tr("A whole number"), whole->minimum(), whole->maximum());
-    if (const auto* const real = qobject_cast<const QDoubleSpinBox*>(&field))
-        return withRange(tr("A number"), real->minimum(), real->maximum());
+    if (const auto* const real = qobject_cast<const QKXDoubleSpiner*>(&field))
+        return tr("%1; += -= *= /= before it change the value")
+            .arg(withRange(tr("A number"), real->minimum(), real->maximum()));
     return QString();
 }
 
