@@ -50,7 +50,6 @@ kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(par
     setHeaderLabels({tr("Channel"), tr("Value")});
     setItemDelegateForColumn(kxAnimChannelRows::Channel, new NoEditDelegate(this));
     setItemDelegateForColumn(kxAnimChannelRows::Value, new ValidatorEditDelegate(this));
-    setTextElideMode(Qt::ElideMiddle); // the component stays readable
     setUniformRowHeights(true);        // a new value then costs no layout
     setUpMenu();
     connect(model(), &QAbstractItemModel::modelReset, this, [this] { _isOverLimit = false; });

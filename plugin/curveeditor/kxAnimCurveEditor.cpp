@@ -104,6 +104,14 @@ struct SelectedContainers
         else if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
             attachment->getTopLevelCurveNodes(curveNodes);
     }
+    bool hasBlocks() const
+    {
+        std::vector<osg::AnimNodePtr> animations;
+        for (const osg::FieldContainerPtr& container : containers)
+            if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
+                attachment->getTopLevelAnimations(animations, true);
+        return !animations.empty();
+    }
 };
 
 void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes)
@@ -184,6 +192,7 @@ void kxAnimCurveEditor::makeLibrary()
     _library->setObjectName(QStringLiteral("_library"));
     connect(_library, SIGNAL(itemSelectionChanged()), this, SLOT(changedLibrarySelection()));
     connect(_library, SIGNAL(selectionRebuilt()), this, SLOT(rebuiltLibrarySelection()));
+    connect(_library, SIGNAL(rebuilt()), this, SLOT(rebuiltLibrary()));
     connect(_library, SIGNAL(groupCreated()), _structure, SLOT(rebuild()));
 
     _depthSlider = new QSlider(Qt::Horizontal);
@@ -370,6 +379,12 @@ void kxAnimCurveEditor::changedLibrarySelection()
     showSelectionOf(_library, true);
 }
 
+void kxAnimCurveEditor::rebuiltLibrary()
+{
+    if (_searchLine != nullptr && !_searchLine->text().isEmpty())
+        _library->searchAnew(_searchLine->text());
+}
+
 void kxAnimCurveEditor::rebuiltLibrarySelection()
 {
     // The channel list may hold more than the selected rows: objects that aren't animated have none.
@@ -495,6 +510,14 @@ void kxAnimCurveEditor::showNodes(const std::vector<osg::NodePtr>& nodes)
     clearQuietly(_structure);
     showSelectionOf(_library, true);
     _channels->rebuildFromNodes(nodes, true);
+    noteCount(nodes.size());
+}
+
+void kxAnimCurveEditor::noteCount(std::size_t selected)
+{
+    // Objects that aren't animated have no row in the library that would count.
+    _tooMany = _tooMany || selected > kxAnimChannelWidget::ObjectLimit;
+    updateStatus();
 }
 
 void kxAnimCurveEditor::showMaterials(const std::vector<osg::MaterialPtr>& materials)
@@ -508,6 +531,7 @@ void kxAnimCurveEditor::showMaterials(const std::vector<osg::MaterialPtr>& mater
     scrollToSelection(_library);
     changedLibrarySelection();
     _channels->rebuildFromMaterials(shown, true);
+    noteCount(shown.size());
 }
 
 void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels)
@@ -525,6 +549,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         if (const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
             selected.add(*row);
     _tooMany = selected.containers.size() > kxAnimChannelWidget::ObjectLimit;
+    _onlyBlocks = !_tooMany && selected.curveNodes.empty() && selected.hasBlocks();
     if (_tooMany)
     {
         if (rebuildChannels)

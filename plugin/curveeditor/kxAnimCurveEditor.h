@@ -48,6 +48,8 @@ private Q_SLOTS:
     void changedLibrarySelection();
     /// The library's rows were built anew: the graph takes up what came and went below the selected ones.
     void rebuiltLibrarySelection();
+    /// A running search goes on among the new rows.
+    void rebuiltLibrary();
     void changedStructureSelection();
     void changedChannelSelection();
     void clear();
@@ -71,6 +73,8 @@ private Q_SLOTS:
     void changedPreInfinityMode(QAction* action);
     void changedPostInfinityMode(QAction* action);
     void updateFrameAndValue();
+    /// Says why "Create Block" finds nothing to gather; runs before it.
+    void explainCreateBlock();
     void modifiedFrameValues(RelativeOperator op, double value);
     void modifiedCurveValues(RelativeOperator op, double value);
     void updateCurveMenu();
@@ -98,6 +102,7 @@ private:
     /// selected objects too.
     void showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels);
     void showNodes(const std::vector<osg::NodePtr>& nodes);
+    void noteCount(std::size_t selected);
     void showMaterials(const std::vector<osg::MaterialPtr>& materials);
     void handle(const kxMessage& message);
     void rebuildTrees();
@@ -136,6 +141,7 @@ private:
     QLabel* _status = nullptr; // in the status bar
     bool _hasFramed = false;
     bool _tooMany = false;         // objects selected
+    bool _onlyBlocks = false;      // objects selected whose curves all stand in blocks
     bool _missedSelection = false; // of objects in the scene, while the window was hidden
     kxCallbacks _callbacks;
 };

@@ -191,6 +191,13 @@ void kxAnimCurveEditor::changedPostInfinityMode(QAction* action)
     setInfinityOfSelectedBlocks(*_library, Side::Post, action);
 }
 
+void kxAnimCurveEditor::explainCreateBlock()
+{
+    if (_library->selectedItems().isEmpty())
+        _window->statusbar->showMessage(tr("No block was made: select an object in the library first."),
+                                        NoticeMilliseconds);
+}
+
 void kxAnimCurveEditor::updateFrameAndValue()
 {
     if (scene() == nullptr)
@@ -274,6 +281,8 @@ void kxAnimCurveEditor::updateStatus()
     QStringList texts;
     if (_tooMany)
         texts << tr("More than %1 objects are selected: none is shown").arg(kxAnimChannelWidget::ObjectLimit);
+    if (_onlyBlocks)
+        texts << tr("All curves are in blocks: select a block to see its curves");
     if (scene() != nullptr)
     {
         if (hasLockedKeys(*scene()))

@@ -87,7 +87,8 @@ void kxAnimCurveEditorMenus::makeKeyActions()
                                QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Block"),
                                QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Create an animation block element"),
                                QKeySequence("Ctrl+Shift+K")},
-                              _receivers.library, SLOT(createBlocksForSelected()));
+                              _receivers.module, SLOT(explainCreateBlock()));
+    QObject::connect(_createBlock, SIGNAL(triggered()), _receivers.library, SLOT(createBlocksForSelected()));
 }
 
 void kxAnimCurveEditorMenus::makeGraphActions()
@@ -145,25 +146,33 @@ void kxAnimCurveEditorMenus::makeEditMenu()
     QObject::connect(menu, SIGNAL(aboutToShow()), _receivers.module, SLOT(updateEditMenu()));
     QObject* const library = _receivers.library;
     QObject* const module = _receivers.module;
-    const auto add = [&](const char* name, QObject* receiver, const char* slot)
-    { return menu->addAction(text(name), receiver, slot); };
+    // The keys are only shown: the pane that has the focus answers them, and this menu never has it.
+    const auto add = [&](const char* name, QObject* receiver, const char* slot, const QKeySequence& key = {})
+    {
+        QAction* const action = menu->addAction(text(name), receiver, slot);
+        action->setShortcut(key);
+        action->setShortcutContext(Qt::WidgetShortcut);
+        return action;
+    };
     _save = add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Save..."), library, SLOT(saveSelected()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Rename"), library, SLOT(startRename()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Delete"), library, SLOT(remove()));
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Rename"), library, SLOT(startRename()), Qt::CTRL + Qt::Key_R);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Delete"), library, SLOT(remove()), Qt::Key_Delete);
     menu->addSeparator();
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Copy"), module, SLOT(copy()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Cut"), library, SLOT(cut()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Paste"), module, SLOT(paste()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Paste Clone"), library, SLOT(pasteClone()));
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Copy"), module, SLOT(copy()), QKeySequence::Copy);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Cut"), library, SLOT(cut()), QKeySequence::Cut);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Paste"), module, SLOT(paste()), QKeySequence::Paste);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Paste Clone"), library, SLOT(pasteClone()),
+        Qt::CTRL + Qt::SHIFT + Qt::Key_V);
     menu->addSeparator();
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Clone"), library, SLOT(clone()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Duplicate"), library, SLOT(duplicate()));
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Clone"), library, SLOT(clone()), Qt::CTRL + Qt::SHIFT + Qt::Key_D);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Duplicate"), library, SLOT(duplicate()), Qt::CTRL + Qt::Key_D);
     add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Unshare"), library, SLOT(unshare()));
     menu->addSeparator();
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Group Selection"), library, SLOT(createGroupFromSelected()));
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Select Node"), library, SLOT(selectNodes()));
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Group Selection"), library, SLOT(createGroupFromSelected()),
+        Qt::CTRL + Qt::SHIFT + Qt::Key_G);
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Select Node"), library, SLOT(selectNodes()), QKeySequence::New);
     menu->addSeparator();
-    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Information..."), library, SLOT(info()));
+    add(QT_TRANSLATE_NOOP("kxAnimCurveEditor", "Information..."), library, SLOT(info()), Qt::CTRL + Qt::Key_I);
 }
 
 void kxAnimCurveEditorMenus::makeViewMenu()

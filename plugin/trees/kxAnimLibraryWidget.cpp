@@ -131,6 +131,7 @@ void kxAnimLibraryWidget::rebuild(bool saveStates)
         if (saveStates)
             restoreItemStates();
     }
+    Q_EMIT rebuilt();
     if (selectedIds() != selected)
         Q_EMIT itemSelectionChanged();
     else if (!selected.empty())

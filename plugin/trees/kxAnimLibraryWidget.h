@@ -32,6 +32,8 @@ public:
 
 Q_SIGNALS:
     void groupCreated();
+    /// All rows were built anew; comes before any change of the selection is announced.
+    void rebuilt();
     /// The rows were built anew, and the same ones are selected.
     void selectionRebuilt();
 

@@ -83,6 +83,7 @@ kxAnimTreeWidget::kxAnimTreeWidget(QWidget* parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     setEditTriggers(QAbstractItemView::SelectedClicked);
     setExpandsOnDoubleClick(true);
+    setTextElideMode(Qt::ElideMiddle); // names that begin alike differ at their ends
     _hiddenTree->setSortingEnabled(false);
     _hiddenTree->hide();
 
@@ -416,4 +417,12 @@ void kxAnimTreeWidget::search(QString text)
                });
     rebuildFrom(animations);
     _searchText = text;
+}
+
+void kxAnimTreeWidget::searchAnew(QString text)
+{
+    const QSignalBlocker blocker(this); // the moment without rows is no end of the selection
+    _searchText.clear();
+    search(text);
+    restoreItemStates();
 }

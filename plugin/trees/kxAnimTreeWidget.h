@@ -68,6 +68,9 @@ public Q_SLOTS:
     /// Shows the animations whose names contain `text`; between double quotes it is a pattern with wildcards. The empty
     /// text ends the search.
     void search(QString text);
+    /// As search() with a text, among the rows that stand in the tree now instead of those at the search's start. The
+    /// selection stays as far as its rows are found.
+    void searchAnew(QString text);
     /// Brings the check boxes up to the scene, with signals blocked.
     void updateCheckStates();
     void copy();

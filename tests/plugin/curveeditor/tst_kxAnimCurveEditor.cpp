@@ -8,6 +8,8 @@
 #include <kxScenegraph.h>
 #include <scene/UberMaterial.h>
 
+#include <QLineEdit>
+#include <QSignalSpy>
 #include <QtTest>
 
 namespace
@@ -60,6 +62,7 @@ private Q_SLOTS:
     void survivesDeletions();
     void listedObjectsStay();
     void selectionReachesTheGraph();
+    void searchOutlivesRebuilds();
 
 private:
     float x() const { return kxAnimFixture::transform(_box)->getTranslation().x(); }
@@ -284,6 +287,42 @@ void tst_kxAnimCurveEditor::selectionReachesTheGraph()
     editor.show();
     QCOMPARE(editor.channels->topLevelItem(0)->text(0), QString("Other"));
     QCOMPARE(editor.curves().size(), 1);
+}
+
+void tst_kxAnimCurveEditor::searchOutlivesRebuilds()
+{
+    _editor->show();
+    _editor->animated("Ball", {{0, 1}, {1, 5}}, "Roll");
+    _editor->animated("Cup", {{0, 1}, {1, 5}}, "Rest");
+    _editor->library->rebuild(true);
+    const auto shown = [this]
+    {
+        QStringList names;
+        for (int i = 0; i < _editor->library->topLevelItemCount(); ++i)
+            names << _editor->library->topLevelItem(i)->text(0);
+        return names;
+    };
+    auto* const line = _editor->form->findChild<QLineEdit*>("SearchLine");
+    line->setText("r");
+    QCOMPARE(shown(), QStringList({"Rest", "Roll"}));
+    _editor->library->topLevelItem(1)->setSelected(true);
+    _editor->select({_box});
+    _editor->channels->keyAll();
+    QCOMPARE(shown(), QStringList({"Rest", "Roll"}));
+    _editor->library->topLevelItem(0)->setSelected(true);
+    QSignalSpy changes(_editor->library, SIGNAL(itemSelectionChanged()));
+    _editor->library->rebuild(true);
+    QVERIFY(_editor->library->topLevelItem(0)->isSelected() && changes.isEmpty());
+    _editor->library->remove();
+    QCOMPARE(shown(), QStringList({"Roll"}));
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(shown(), QStringList({"Rest", "Roll"}));
+    _editor->animated("Door", {{0, 1}, {1, 5}}, "Turn"); // made during the search
+    _editor->library->rebuild(true);
+    line->setText("tu");
+    QCOMPARE(shown(), QStringList({"Turn"}));
+    line->clear();
+    QCOMPARE(shown(), QStringList({"Ball", "Box", "Cup", "Door"}));
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditor)

@@ -200,6 +200,18 @@ void tst_kxAnimCurveEditorCommands::stateThatCannotBeSeenIsSaid()
     QVERIFY(said("Tangents are broken"));
     choose(*_editor, "View", "Unlock Objects");
     QVERIFY(!said("locked"));
+    _editor->select({_editor->animated("Walker", {{0, 1}, {1, 5}}, "Walk")});
+    QVERIFY(said("select a block"));
+    std::vector<osg::NodePtr> crowd;
+    for (std::size_t i = 0; i <= kxAnimChannelWidget::ObjectLimit; ++i)
+        crowd.push_back(kxAnimFixture::object("Still"));
+    _editor->select(crowd); // none of them has a row in the library
+    QVERIFY(said("More than 20 objects") && !said("select a block"));
+    crowd.pop_back();
+    _editor->select(crowd);
+    QVERIFY(!said("More than 20 objects"));
+    choose(*_editor, "Curve", "Create Block");
+    QVERIFY(_editor->form->statusbar->currentMessage().contains("select an object in the library"));
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditorCommands)
