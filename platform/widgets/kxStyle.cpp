@@ -40,6 +40,8 @@ public:
             return 2;
         case PM_ToolBarFrameWidth:
             return 1;
+        case PM_ToolBarExtensionExtent:
+            return 18; // what doesn't fit is behind it, so it has to be seen
         case PM_DockWidgetSeparatorExtent:
         case PM_SplitterWidth:
             return 5;
