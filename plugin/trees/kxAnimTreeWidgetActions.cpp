@@ -283,6 +283,8 @@ void kxAnimTreeWidget::unshare()
     }
     bindRowsAgain();
     viewport()->update();
+    if (!selectedItems().isEmpty())
+        Q_EMIT itemSelectionChanged(); // the same rows stand for other curves
 }
 
 void kxAnimTreeWidget::playSelected()

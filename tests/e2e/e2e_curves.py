@@ -187,6 +187,18 @@ def zooms_each_axis(application, folder):
     application.keys("f")
 
 
+ROW_MENU = ["Play", "Reset", "Save...", "Rename", "Delete", "Copy", "Cut", "Paste", "Paste Clone", "Clone", "Duplicate",
+            "Unshare"]
+
+
+def choose_of_row(application, row, entry):
+    """An entry of the menu of a row in the library, by keys: the open menu holds up all questions."""
+    application.click_row("_library", row)
+    left, top, width, height = application.ask("rowRect('_library', %r)" % row)
+    application.click_at((left + min(70, width // 2), top + height // 2), button=3)
+    application.keys(*["Down"] * (ROW_MENU.index(entry) + 1), "Return")
+
+
 def makes_a_block(application, folder):
     application.run("selectNodes([findNode(%r)])" % OBJECT)
     application.wait_for("rowRect('_library', [%r])" % OBJECT)
@@ -203,9 +215,7 @@ def makes_a_block(application, folder):
 def keeps_a_block_in_a_file(application, folder):
     """Saves a block by the row's menu and opens the file onto another object, as one step."""
     path = os.path.join(folder, "jump.osb")
-    left, top, width, height = application.ask("rowRect('_library', [%r, 'Jump'])" % OBJECT)
-    application.click_at((left + min(70, width // 2), top + height // 2), button=3)
-    application.keys("Down", "Down", "Down", "Return")  # below "Play" and "Reset"; the menu holds up all questions
+    choose_of_row(application, [OBJECT, "Jump"], "Save...")
     application.answer_file_dialog("Save Animations...", path)
     application.click("_view", 0.03, 0.9)
     application.run("selectNodes([findNode('Pulser')])")
@@ -234,6 +244,35 @@ def searches_and_groups(application, folder):
     application.wait_for("['Parts', %r, 'Jump'] in widgetRows('_library')" % OBJECT)
 
 
+def block(name):
+    return ["Parts", OBJECT, name]
+
+
+def set_height(application, name, before, after):
+    """Selects the block and gives its key at frame 30 another value."""
+    application.click_row("_library", block(name))
+    frame_curves(application, (30, before))
+    application.click_at(key(application, 30, before))
+    application.wait_for("widgetProperty('_frame', 'value') == 30")
+    application.click("_statsFrame/_value", 0.3)
+    application.keys("ctrl+a")
+    application.type(str(after))
+    application.keys("Return")
+    application.wait_for("widgetProperty('_statsFrame/_value', 'value') == %r" % after)
+
+
+def clones_duplicates_and_unshares(application, folder):
+    """A clone follows its original until it is unshared, a duplicate never does; the file is asked for that later."""
+    choose_of_row(application, block("Jump"), "Clone")
+    application.wait_for("%r in widgetRows('_library')" % block("Jump_1"))
+    application.click_row("_library", block("Jump"))
+    application.keys("ctrl+d")
+    application.wait_for("%r in widgetRows('_library')" % block("Jump_2"))
+    set_height(application, "Jump", 8, 4)
+    choose_of_row(application, block("Jump_1"), "Unshare")
+    set_height(application, "Jump_1", 4, 2)
+
+
 def keeps_it_all(application, folder):
     path = os.path.join(folder, "curves.kxs")
     expected = [value_at(application, frame) for frame in range(0, 48, 7)]
@@ -247,7 +286,20 @@ def keeps_it_all(application, folder):
     assert seen == expected, "%s became %s" % (expected, seen)
 
 
+def keeps_each_block(application, folder):
+    """In the file that was opened: the duplicate is the one active block, the others are switched on by their boxes."""
+    def switch(name):
+        left, top, _, height = application.ask("rowRect('_library', %r)" % block(name))
+        application.click_at((left + 10, top + height // 2))
+    for name, height, others in (("Jump_2", 8, []), ("Jump", 4, ["Jump_2"]), ("Jump_1", 2, ["Jump"])):
+        for switched in others:
+            switch(switched)
+            switch(name)
+        desktop.until("%s lifts to %d" % (name, height), lambda at=height: near(value_at(application, 30), at))
+
+
 def quits(application, folder):
+    application.run("newScene()")
     application.click("_view", 0.02, 0.96)
     code = application.quit()
     assert code == 0, "the exit code is %s\n%s" % (code, application.log())
@@ -265,7 +317,7 @@ def main(folder):
         application = desktop.Application(HOST, display, folder, path)
         tests = [opens_the_editor, shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
                  selects_copies_and_deletes, zooms_each_axis, makes_a_block, keeps_a_block_in_a_file,
-                 searches_and_groups, keeps_it_all, quits]
+                 searches_and_groups, clones_duplicates_and_unshares, keeps_it_all, keeps_each_block, quits]
         return cases.run(tests, application, folder,
                          on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
     finally:

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void listedObjectsStay();
     void selectionReachesTheGraph();
     void searchOutlivesRebuilds();
+    void unsharedCurvesAreTheOnesEdited();
 
 private:
     float x() const { return kxAnimFixture::transform(_box)->getTranslation().x(); }
@@ -323,6 +324,22 @@ void tst_kxAnimCurveEditor::searchOutlivesRebuilds()
     QCOMPARE(shown(), QStringList({"Turn"}));
     line->clear();
     QCOMPARE(shown(), QStringList({"Ball", "Box", "Cup", "Door"}));
+}
+
+void tst_kxAnimCurveEditor::unsharedCurvesAreTheOnesEdited()
+{
+    _editor->show();
+    kxAnimManager::the()->copy(_animation, _box);
+    const osg::AnimNodePtr clone = kxAnimManager::the()->clonePasteTo(_box, false, false).front();
+    _editor->library->rebuild(true);
+    for (QTreeWidgetItemIterator row(_editor->library); *row != nullptr; ++row)
+        (*row)->setSelected(static_cast<kxAnimTreeWidgetItem*>(*row)->nodeId() == clone->getId());
+    QCOMPARE(_editor->curves().front()->animCurve(), _curve);
+    QMetaObject::invokeMethod(_editor->library, "unshare");
+    const osg::AnimCurvePtr own = kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(clone->getChild(0)));
+    QVERIFY(own != _curve);
+    QCOMPARE(_editor->curves().size(), 1);
+    QCOMPARE(_editor->curves().front()->animCurve(), own);
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditor)
