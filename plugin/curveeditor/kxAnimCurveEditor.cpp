@@ -9,6 +9,7 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
+#include <curveeditor/kxSelectedContainers.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
@@ -84,35 +85,6 @@ void clearQuietly(kxAnimTreeWidget* tree)
     const QSignalBlocker blocker(tree);
     tree->clearSelection();
 }
-
-/// What a selection stands for. An object that is selected twice, as one that stands in two groups, counts once.
-struct SelectedContainers
-{
-    std::vector<osg::FieldContainerPtr> containers;
-    std::vector<osg::AnimNodePtr> curveNodes;
-
-    void add(const kxAnimTreeWidgetItem& item)
-    {
-        const osg::NodePtr node = item.node();
-        const osg::FieldContainerPtr container =
-            node != osg::NullFC ? osg::FieldContainerPtr(node) : osg::FieldContainerPtr(item.material());
-        if (container == osg::NullFC || std::find(containers.begin(), containers.end(), container) != containers.end())
-            return;
-        containers.push_back(container);
-        if (const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(node); animation != osg::NullFC)
-            curveNodes.push_back(animation);
-        else if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
-            attachment->getTopLevelCurveNodes(curveNodes);
-    }
-    bool hasBlocks() const
-    {
-        std::vector<osg::AnimNodePtr> animations;
-        for (const osg::FieldContainerPtr& container : containers)
-            if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
-                attachment->getTopLevelAnimations(animations, true);
-        return !animations.empty();
-    }
-};
 
 void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes)
 {
@@ -544,7 +516,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         _channels->clear();
     }
     _graphView->setAnimations({});
-    SelectedContainers selected;
+    kxSelectedContainers selected;
     for (QTreeWidgetItem* const item : tree->selectedItems())
         if (const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
             selected.add(*row);

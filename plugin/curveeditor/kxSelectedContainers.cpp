@@ -1,0 +1,30 @@
+#include <curveeditor/kxSelectedContainers.h>
+
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kxAnimManager.h>
+
+#include <algorithm>
+
+void kxSelectedContainers::add(const kxAnimTreeWidgetItem& item)
+{
+    const osg::NodePtr node = item.node();
+    const osg::FieldContainerPtr container =
+        node != osg::NullFC ? osg::FieldContainerPtr(node) : osg::FieldContainerPtr(item.material());
+    if (container == osg::NullFC || std::find(containers.begin(), containers.end(), container) != containers.end())
+        return;
+    containers.push_back(container);
+    if (const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(node); animation != osg::NullFC)
+        curveNodes.push_back(animation);
+    else if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
+        attachment->getTopLevelCurveNodes(curveNodes);
+}
+
+bool kxSelectedContainers::hasBlocks() const
+{
+    std::vector<osg::AnimNodePtr> animations;
+    for (const osg::FieldContainerPtr& container : containers)
+        if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)
+            attachment->getTopLevelAnimations(animations, true);
+    return !animations.empty();
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <osg/AnimNode.h>
+
+#include <vector>
+
+class kxAnimTreeWidgetItem;
+
+/// What the selected rows of a tree stand for. An object that is selected twice, as one that stands in two groups,
+/// counts once.
+struct kxSelectedContainers
+{
+    std::vector<osg::FieldContainerPtr> containers; // objects, materials and animations
+    std::vector<osg::AnimNodePtr> curveNodes;       // what the graph shows of them
+
+    void add(const kxAnimTreeWidgetItem& item);
+    bool hasBlocks() const;
+};
