@@ -290,6 +290,13 @@ void defineRows()
             "@return: x, y, width and height in pixels of the screen.\n\n"
             "@rtype: tuple of int\n\n"
             "@raise LookupError: There is no such widget, or it shows no such entry.");
+    bp::def("tabRect", kxHostWidgets::tabRect, bp::args("text"),
+            "Gets the place of a tab on the screen, as of dock windows that stand behind each other.\n\n"
+            "@param text: The tab's text.\n\n"
+            "@type text: string\n\n"
+            "@return: x, y, width and height in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: There is no such tab in sight.");
     bp::def("scenePoint", kxHostWidgets::scenePoint, bp::args("name", "x", "y"),
             "Gets where a point of the curve graph or of the clip timeline lies on the screen.\n\n"
             "@param name: The object name of the graphics view, as for widgetRect().\n\n"

@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTabBar>
 #include <QToolBar>
 #include <QTreeView>
 #include <QVariant>
@@ -173,6 +174,20 @@ bp::tuple kxHostWidgets::actionRect(const std::string& path, const std::string& 
             if (const QRect rect = actionGeometry(*widget, action); !rect.isEmpty())
                 return rectOnScreen(*widget, rect);
     kxRaise(PyExc_LookupError, "there is no entry '" + text + "' in sight");
+}
+
+bp::tuple kxHostWidgets::tabRect(const std::string& text)
+{
+    const auto widgets = QApplication::allWidgets();
+    for (const QWidget* const widget : widgets)
+    {
+        const auto* const bar = qobject_cast<const QTabBar*>(widget);
+        for (int i = 0; bar != nullptr && bar->isVisible() && i < bar->count(); ++i)
+            if (const QRect rect = bar->tabRect(i) & bar->rect();
+                !rect.isEmpty() && bar->tabText(i) == QString::fromStdString(text))
+                return rectOnScreen(*bar, rect);
+    }
+    kxRaise(PyExc_LookupError, "there is no tab '" + text + "' in sight");
 }
 
 bp::tuple kxHostWidgets::scenePoint(const std::string& path, double x, double y)

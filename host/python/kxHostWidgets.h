@@ -22,6 +22,8 @@ std::string rowText(const std::string& path, const boost::python::list& row, int
 /// The place of an entry of a menu, menu bar or tool bar, as rect(). `path` empty: of the menu that is open. Raises
 /// LookupError where there is no visible entry of this text.
 boost::python::tuple actionRect(const std::string& path, const std::string& text);
+/// The place of a tab of this text, as rect(): of tabbed dock windows, mostly. Raises LookupError where none is visible.
+boost::python::tuple tabRect(const std::string& text);
 /// (x, y) in pixels of the screen of a point of the scene that a graphics view shows.
 boost::python::tuple scenePoint(const std::string& path, double x, double y);
 /// A property that is a truth value, a number or a text; others raise TypeError, unknown ones KeyError.

@@ -2,10 +2,12 @@
 #include <widgets/kxDockTitleBar.h>
 
 #include <QAction>
+#include <QChildEvent>
 #include <QLayout>
 #include <QMainWindow>
 #include <QMenu>
 #include <QPointer>
+#include <QTabBar>
 #include <QToolBar>
 
 namespace
@@ -19,6 +21,25 @@ bool isOneArea(int area)
     return area == Qt::LeftDockWidgetArea || area == Qt::RightDockWidgetArea || area == Qt::TopDockWidgetArea ||
            area == Qt::BottomDockWidgetArea;
 }
+
+/// Lets what is dragged over a tab of dock windows open it, so that it can be dropped into a window behind another.
+class TabsOpenToDrags : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        // Qt makes the bars when windows come together.
+        if (event->type() == QEvent::ChildPolished)
+            if (auto* const bar = qobject_cast<QTabBar*>(static_cast<QChildEvent*>(event)->child()))
+            {
+                bar->setAcceptDrops(true);
+                bar->setChangeCurrentOnDrag(true);
+            }
+        return QObject::eventFilter(watched, event);
+    }
+};
 } // namespace
 
 void QKXDockWidget::setMinimized(bool minimized)
@@ -69,6 +90,8 @@ struct QKXDockWindowManager::Private
 QKXDockWindowManager::QKXDockWindowManager(QMainWindow* mainWindow) : QObject(mainWindow), _p(new Private)
 {
     _p->mainWindow = mainWindow;
+    if (mainWindow != nullptr)
+        mainWindow->installEventFilter(new TabsOpenToDrags(this));
 }
 
 QKXDockWindowManager::~QKXDockWindowManager()

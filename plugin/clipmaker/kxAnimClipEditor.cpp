@@ -128,6 +128,9 @@ void kxAnimClipEditor::addWindow()
     docks->add("Clip Maker", "Animation", _window, "Toolclip_Clips", kxIconManager::getIcon("ModuleClipMaker", ""),
                tr("Clips"), 0, true, nullptr);
     _window->installEventFilter(this);
+    _status = new QLabel;
+    _status->setObjectName(QStringLiteral("_status"));
+    _window->statusbar->addWidget(_status); // comes back when a tip goes
     setUpPlayerButtons(*_window);
     connect(_window->_gotoStart, SIGNAL(clicked()), this, SLOT(gotoStart()));
     connect(_window->_gotoEnd, SIGNAL(clicked()), this, SLOT(gotoEnd()));
@@ -370,12 +373,14 @@ void kxAnimClipEditor::updateSelectedClipTree()
 
 void kxAnimClipEditor::updateStatus()
 {
+    if (_window == nullptr || _tree == nullptr || scene() == nullptr)
+        return;
     QStringList texts;
     if (_tree->selectedItems().size() > 1)
         texts << tr("Several rows are selected: no clip is shown");
     if (scene()->snapToGridX())
         texts << tr("Snapping to whole frames");
-    _window->statusbar->showMessage(texts.join(QStringLiteral("  \u00b7  ")));
+    _status->setText(texts.join(QStringLiteral("  \u00b7  ")));
 }
 
 void kxAnimClipEditor::trashCleared(kxMessage&)

@@ -9,7 +9,7 @@
 
 class QAction;
 class QGraphicsItem;
-class QLineEdit;
+class QLabel;
 class QMenu;
 class QToolButton;
 class kxAnimAbstractClipItem;
@@ -106,6 +106,7 @@ private:
     kxInstancePointer<kxAnimClipEditor> _instance;
     kxFramePlayer* _player;
     QPointer<kxAnimClipEditorGUIW> _window; // owned by the dock window manager
+    QLabel* _status = nullptr;
     // Tree and view stand in the window, which may go first.
     QPointer<kxAnimClipStructureWidget> _tree;
     QPointer<kxAnimClipView> _view;

@@ -60,6 +60,7 @@ void kxAnimClipEditorMenus::makeCreateMenu()
     _clip =
         addCreateEntry(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Clip"),
                        QT_TRANSLATE_NOOP("kxAnimClipEditor", "Create a new clip"), _receivers.tree, SLOT(newClip()));
+    QObject::connect(_clip, SIGNAL(triggered()), _receivers.tree, SLOT(setFocus())); // its keys act on the new clip
     QAction* const animation = _createMenu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Animation")));
     const QString wizardTip =
         text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Create an animation with the animation wizard"));
@@ -128,7 +129,9 @@ void kxAnimClipEditorMenus::makeEditMenu()
     QMenu* const menu = _window->menubar->addMenu(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Edit")));
     menu->setTearOffEnabled(true);
     QObject* const tree = _receivers.tree;
-    menu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "New Clip")), tree, SLOT(newClip()));
+    QAction* const clip =
+        menu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "New Clip")), tree, SLOT(newClip()));
+    QObject::connect(clip, SIGNAL(triggered()), tree, SLOT(setFocus()));
     menu->addSeparator();
     menu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Rename")), tree, SLOT(startRename()));
     menu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Delete")), tree, SLOT(remove()));

@@ -74,7 +74,7 @@ kxAnimClipView::kxAnimClipView(QWidget* parent) : QGraphicsView(parent)
     setSceneRect(-kxClipGeometry::TimelineFrames / 2, -kxClipLayout::StripHeight * dpi, kxClipGeometry::TimelineFrames,
                  10000);
     translate(0, kxClipLayout::StripHeight * dpi);
-    centerOn(0, 0);
+    centerOn(0, sceneRect().top()); // the first track stands below the ruler, whatever height the view gets
 }
 
 kxAnimClipView::~kxAnimClipView() = default;
@@ -122,6 +122,11 @@ void kxAnimClipView::frame()
     else
         centerOn(part.topLeft()); // a point in time has no width to zoom to
     scale(kxClipLayout::boundedZoom(transform().m11(), 1), 1 / transform().m22());
+    // Of more tracks than there is room for, the first ones are seen, and not those in the middle.
+    const double strip = kxClipLayout::StripHeight * double(kxPlatform::getDpiScaleX());
+    const double hidden = strip - viewportTransform().map(QPointF(0, std::max(0.0, bars.top()))).y();
+    if (hidden > 0)
+        verticalScrollBar()->setValue(verticalScrollBar()->value() - qRound(hidden));
     _scene->updateAllTexts();
 }
 

@@ -216,13 +216,16 @@ class Application:
     def click_at(self, point, button=1, count=1):
         self._display.xdotool("mousemove", *point, "click", "--repeat", count, "--delay", 40, button)
 
-    def drag(self, points, button=1, held=None):
-        """Presses at the first point, goes in steps over the others, and lets go; `held` is a key that is down."""
+    def drag(self, points, button=1, held=None, rests=None):
+        """Presses at the first point, goes in steps over the others, and lets go; `held` is a key that is down, `rests`
+        gives the seconds of rest at a point by its number."""
         words = ["mousemove", *points[0], "mousedown", button]
-        for (x, y), (next_x, next_y) in zip(points, points[1:]):
+        for number, ((x, y), (next_x, next_y)) in enumerate(zip(points, points[1:]), 1):
             for step in range(1, 7):
                 words += ["mousemove", round(x + (next_x - x) * step / 6), round(y + (next_y - y) * step / 6),
                           "sleep", 0.01]
+            if rests and number in rests:
+                words += ["sleep", rests[number]]
         words += ["mouseup", button]
         if held:
             words = ["keydown", held, "sleep", 0.1, *words, "sleep", 0.1, "keyup", held]
@@ -275,9 +278,9 @@ class Application:
         self.keys("Return")
         self._display.wait_for_window(next_window)
 
-    def answer_question(self, title, key):
+    def answer_question(self, title, *keys):
         self._display.wait_for_window(title)
-        self.keys(key)
+        self.keys(*keys)
         self._display.wait_for_window("kxhost")
 
     def open_file(self, path):

@@ -13,6 +13,7 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QToolBar>
 #include <QTreeWidget>
 #include <QUndoStack>
@@ -359,6 +360,10 @@ void tst_kxHostModule::entriesOfMenus()
     QToolBar* const bar = window.addToolBar("tools");
     bar->setObjectName("_tools");
     bar->addAction("Tool");
+    QTabBar tabs(&window);
+    tabs.addTab("Near");
+    tabs.addTab("Far");
+    tabs.setGeometry(100, 60, 200, 30);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     run("refused(LookupError, 'no menu', actionRect, '', 'First')");
@@ -367,6 +372,8 @@ void tst_kxHostModule::entriesOfMenus()
     run(QStringLiteral("assert actionRect('', 'Second...')[:2] == (%1, %2)\n"
                        "assert actionRect('_menus', 'Things')[2] > 10\n"
                        "assert actionRect('_tools', 'Tool')[2] > 10\n"
+                       "assert tabRect('Far')[2] > 10 and tabRect('Far')[0] > tabRect('Near')[0]\n"
+                       "refused(LookupError, 'no tab', tabRect, 'Behind')\n"
                        "refused(LookupError, 'no entry', actionRect, '', 'Third')\n"
                        "refused(LookupError, 'no entry', actionRect, '_window', 'First')")
             .arg(place.x())

@@ -89,6 +89,22 @@ void tst_kxAnimClipView::frames()
     QVERIFY(std::abs(f.view.transform().m22() - 1) < 1e-9);
     QVERIFY(seen.top() < 0 && seen.bottom() > 200);
 
+    // Where there is no room for all tracks, the first one stands below the ruler; so it does at the start.
+    const double strip = 20 * double(kxPlatform::getDpiScaleX());
+    kxAnimClipView fresh;
+    fresh.resize(300, 10); // as a layout may, before it has all sizes
+    fresh.show();
+    fresh.resize(600, 150);
+    QCOMPARE(fresh.viewportTransform().map(QPointF(0, 0)).y(), strip);
+    kxShownClip low;
+    low.view.resize(600, 150);
+    const auto firstTrack = [&low] { return low.view.viewportTransform().map(QPointF(0, 0)).y(); };
+    for (int track = 0; track < 12; ++track)
+        low.add(low.blockOf(2), 0, track);
+    low.show();
+    low.view.frame();
+    QCOMPARE(firstTrack(), strip);
+
     // A lone trigger is a point in time: the zoom stays.
     kxShownClip lone;
     lone.add(lone.group<AnimSequenceBase>("Trigger", {}), 100);

@@ -1,0 +1,217 @@
+"""Puts animations in time as a user does: drags a block from the library into a clip, moves, stretches and repeats it,
+lets a viewpoint be shown on the way, plays it all with the clip maker's own buttons, keeps and opens it again.
+
+e2e_clips.py <application> <folder for pictures of failures>
+"""
+import os
+import sys
+
+import cases
+import desktop
+import fixtures
+
+OBJECT = "Mover"  # its block goes along x from 0 to LENGTH
+BLOCK_FRAMES = fixtures.SECONDS * fixtures.FPS
+TRACK = 50  # height of a track in the timeline
+SEEN = {}  # what the stories hand on to each other
+
+
+def x(application):
+    return application.ask("channelValue(findNode(%r), 'translation.X')" % OBJECT)
+
+
+def near(a, b, tolerance=1e-2):
+    return abs(a - b) <= tolerance
+
+
+def place(application, frame, track):
+    """A place of the timeline on the screen, half a track down."""
+    return tuple(application.ask("scenePoint('_clipView', %r, %r)" % (frame, (track + 0.5) * TRACK)))
+
+
+def field(application, name):
+    return application.shown("_statsFrame/" + name)
+
+
+def open_dock(application, name):
+    """Brings a dock window to the front by its tab."""
+    application.click_at(application.middle("tabRect(%r)" % name))
+
+
+def create(application, *keys):
+    """An entry of the menu behind the button; it holds up all questions until it is closed."""
+    application.click_entry("Clip Maker/QuickActionBar", "Create")
+    application.keys(*keys)
+
+
+def unfold(application):
+    left, top, _, height = application.ask("rowRect('_clips', ['Show'])")
+    application.click_at((left - 10, top + height // 2))
+
+
+def show_frame(application, frame):
+    """As the frame player does while it plays."""
+    application.run("sendMessage('framePlayerFrameChanged', {'frame': float(%r)})" % frame)
+
+
+def opens_the_windows(application, folder):
+    for name, view in (("Curves", "_graphView"), ("Clips", "_clipView")):
+        application.keys("alt+v")
+        application.click_entry("", name)
+        application.wait_for("widgetRect(%r)[3] > 80" % view)
+
+
+def makes_a_clip(application, folder):
+    create(application, "Down", "Return")
+    application.wait_for("['Clip'] in widgetRows('_clips')")
+    application.keys("ctrl+r", "ctrl+a")  # it is selected, and the tree has the focus
+    application.type("Show")
+    application.keys("Return")
+    application.wait_for("['Show'] in widgetRows('_clips')")
+
+
+def drags_a_block_into_it(application, folder):
+    """The library stands behind the clip maker: the drag waits over the tab until that comes to the front. Questions
+    have to wait until the drag has ended."""
+    target, beside = place(application, 60, 0), place(application, 90, 0)
+    open_dock(application, "Curves")
+    block = application.wait_for("[row for row in widgetRows('_library') if row[:-1] == [%r]]" % OBJECT)[0]
+    left, top, width, height = application.ask("rowRect('_library', %r)" % block)
+    application.drag([(left + 60, top + height // 2), (left + 90, top - 20), application.middle("tabRect('Clips')"),
+                      beside, target], rests={2: 1.2})
+    application.wait_for("widgetRect('_clipView')[3] > 80")
+    desktop.until("a bar", lambda: field(application, "_duration") == BLOCK_FRAMES)
+    application.click("_clipView", 0.97, 0.9)
+    application.keys("f")
+    desktop.until("a zoom", lambda: place(application, 70, 0)[0] - place(application, 60, 0)[0] > 20)
+
+
+def moves_and_stretches_it(application, folder):
+    start = 60
+    application.click_at(place(application, start + 20, 0))
+    application.wait_for("widgetProperty('_statsFrame/_start', 'enabled')")
+    start = field(application, "_start")
+    assert start == round(start) and near(start, 60, 3), "the block fell at frame %g" % start
+    assert field(application, "_duration") == BLOCK_FRAMES
+    application.wheel(place(application, start + 10, 1), -5)
+    desktop.until("room", lambda: place(application, start + 10, 0)[0] - place(application, start, 0)[0] < 60)
+    middle = start + BLOCK_FRAMES / 2
+    application.drag([place(application, middle, 0), place(application, middle - 30, 0),
+                      place(application, middle - start + 24, 0)])
+    desktop.until("another start", lambda: near(field(application, "_start"), 24, 1))
+    assert field(application, "_start") == round(field(application, "_start")), "bars snap to whole frames"
+    start = field(application, "_start")
+    right = place(application, start + BLOCK_FRAMES, 0)
+    application.drag([(right[0] - 3, right[1]), place(application, start + 2 * BLOCK_FRAMES, 0)])
+    desktop.until("another length", lambda: field(application, "_duration") > 1.8 * BLOCK_FRAMES)
+    assert field(application, "_start") == start, "the other end moved"
+
+
+def types_into_the_fields(application, folder):
+    for name, text in (("_start", "24"), ("_duration", "72"), ("_postCycles", "2")):
+        application.click("_statsFrame/" + name, 0.3)
+        application.keys("ctrl+a")
+        application.type(text)
+        application.keys("Return")
+        desktop.until("a value in " + name, lambda n=name, t=text: field(application, n) == float(t))
+    for frame, part in ((24, 0), (60, 0.5), (24 + 72 + 18, 0.25), (24 + 3 * 72, 1)):
+        show_frame(application, frame)
+        assert near(x(application), part * fixtures.LENGTH), "frame %d shows %g" % (frame, x(application))
+
+
+def places_a_viewpoint(application, folder):
+    """Made from the view as it stands; then the view goes elsewhere."""
+    application.click("_view", 0.03, 0.9)
+    before = application.picture()
+    application.drag([application.point("_view", 0.3, 0.8), application.point("_view", 0.5, 0.7)])
+    application.wait_for_camera(before)
+    show_frame(application, 0)
+    SEEN["side"] = application.picture()
+    application.keys("alt+s")
+    application.click_entry("", "Add Viewpoint")
+    application.wait_for("len(viewpoints()) == 1")
+    application.drag([application.point("_view", 0.5, 0.7), application.point("_view", 0.25, 0.75)])
+    application.wait_for_camera(SEEN["side"])
+
+    create(application, *["Down"] * 3, "Return")  # behind the clip and the camera track, which can always be made
+    application.answer_question("Add Viewpoint", "Tab", "ctrl+a", "4", "8", "Return")
+    unfold(application)
+    application.wait_for("['Show', 'Viewpoint'] in widgetRows('_clips')")
+
+
+def plays(application, folder):
+    """The clip maker's own buttons: values follow, the viewpoint is shown once the time comes by."""
+    application.click("frame/_gotoStart")
+    desktop.until("the start", lambda: near(x(application), 0))
+    assert application.picture() != SEEN["side"], "the view didn't turn away"
+    application.click("frame/_play")
+    application.wait_for("widgetProperty('frame/_play', 'checked')")
+    desktop.until("a value on the way", lambda: 1 < x(application) < 4)
+    desktop.until("a value behind the trigger", lambda: x(application) > 6)
+    assert application.shown("frame/_play", "checked"), "the trigger ended the playback"
+    application.click("frame/_stop")
+    application.wait_for("not widgetProperty('frame/_play', 'checked')")
+    desktop.until("the start", lambda: near(x(application), 0))
+    desktop.until("the view from the side", lambda: application.picture() == SEEN["side"])
+    application.click("frame/_gotoEnd")
+    desktop.until("the end", lambda: near(x(application), fixtures.LENGTH))
+    application.click("frame/_playRev")
+    desktop.until("the way back", lambda: 1 < x(application) < 11)
+    application.click("frame/_stop")
+
+
+def state(application):
+    seen = {"rows": application.ask("[row for row in widgetRows('_clips') if row[0] == 'Show']")}
+    for frame in range(0, 260, 13):
+        show_frame(application, frame)
+        seen[frame] = x(application)
+    return seen
+
+
+def keeps_it_all(application, folder):
+    path = os.path.join(folder, "clips.kxs")
+    before = state(application)
+    assert len(set(before[frame] for frame in before if frame != "rows")) > 5, "nothing moves: %s" % before
+    application.click("_view", 0.02, 0.96)
+    application.keys("ctrl+shift+s")
+    application.answer_file_dialog("Save Scene As", path)
+    application.wait_for("'clips.kxs' in widgetProperty('_mainWindow', 'windowTitle')")
+    application.keys("ctrl+n")
+    application.wait_for("widgetRows('_clips') == []")
+    application.open_file(path)
+    application.wait_for("['Show'] in widgetRows('_clips')")
+    application.click_row("_clips", ["Show"])
+    application.wait_for("widgetProperty('_statsFrame/_duration', 'value') == 216")
+    unfold(application)
+    application.wait_for("len([row for row in widgetRows('_clips') if row[0] == 'Show']) == 3")
+    after = state(application)
+    assert after == before, "%s became %s" % (before, after)
+
+
+def quits(application, folder):
+    application.click("_view", 0.02, 0.96)
+    code = application.quit()
+    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
+
+
+HOST, PICTURES = sys.argv[1:]
+
+
+def main(folder):
+    path = os.path.join(folder, "movers.glb")
+    fixtures.write_movers(path)
+    display = desktop.Display(folder)
+    application = None
+    try:
+        application = desktop.Application(HOST, display, folder, path)
+        tests = [opens_the_windows, makes_a_clip, drags_a_block_into_it, moves_and_stretches_it, types_into_the_fields,
+                 places_a_viewpoint, plays, keeps_it_all, quits]
+        return cases.run(tests, application, folder,
+                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
+    finally:
+        if application:
+            application.close()
+        display.close()
+
+
+cases.limited(main)
