@@ -47,7 +47,6 @@ std::uint64_t kxUndoGesture::forCommand()
     if (_held != Qt::NoButton)
         return _number;
     moveOn();
-    // A drag that begins after this doesn't merge into it.
     return _number++;
 }
 
@@ -57,7 +56,11 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
     {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
+        // It comes to the window first. What then loses the focus may write what was typed: no part of the drag that
+        // begins when the press comes to the widget.
         _held = static_cast<QMouseEvent*>(event)->buttons();
+        if (_held == static_cast<QMouseEvent*>(event)->button())
+            moveOn();
         break;
     case QEvent::MouseButtonRelease:
         _held = static_cast<QMouseEvent*>(event)->buttons();

@@ -8,8 +8,9 @@
 
 /// Numbers the user's gestures: commands merge only within one.
 ///
-/// The number moves on at each mouse release, at each key press, and at each command that is added while no mouse
-/// button is held. Modifier keys don't count, so that one pressed in the middle of a drag doesn't cut it in two.
+/// The number moves on when a first mouse button goes down, at each mouse release, at each key press, and at each
+/// command that is added while no mouse button is held. Modifier keys don't count, so that one pressed in the middle of
+/// a drag doesn't cut it in two.
 class kxUndoGesture : public QObject
 {
 public:

@@ -164,6 +164,7 @@ private Q_SLOTS:
     void init();
     void gestures_data();
     void gestures();
+    void fieldLeftByAPress();
     void groupsMerge_data();
     void groupsMerge();
     void scopesGroup();
@@ -241,6 +242,19 @@ void tst_kxUndoStack::gestures()
     QCOMPARE(document, QString("x"));
     _stack->setIndex(_stack->count());
     QCOMPARE(document, QString("xxxxx"));
+}
+
+void tst_kxUndoStack::fieldLeftByAPress()
+{
+    // The press comes to the window, a field loses the focus and writes what was typed, the press comes to the canvas.
+    QWidget window;
+    const auto edit = [] { add(new Append("x", "a")); };
+    kxPress(&window, Place);
+    edit();
+    drag(_canvas, edit);
+    QCOMPARE(_stack->count(), 2);
+    _stack->undo();
+    QCOMPARE(document, QString("x"));
 }
 
 void tst_kxUndoStack::groupsMerge_data()
