@@ -4,6 +4,7 @@
 #include <animation/kxChannelTarget.h>
 #include <animation/kxPlaybackQueue.h>
 #include <animation/kxTriggers.h>
+#include <animation/kxValueCommand.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,13 +17,23 @@ struct kxAnimEvaluator::Private
 
 namespace
 {
-void writeValue(const kxChannelTarget& target, float value, bool mark)
+/// Marked, it is a deed of the user, who may take it back.
+void writeValue(std::vector<kxChannelTarget> targets, float value, bool mark)
 {
-    if (target.isNull() || !std::isfinite(value))
+    targets.erase(
+        std::remove_if(targets.begin(), targets.end(), [](const kxChannelTarget& target) { return target.isNull(); }),
+        targets.end());
+    if (targets.empty() || !std::isfinite(value))
         return;
-    target.write(value);
-    if (mark)
-        markChanged(FieldContainerPtr(target.container), target.field->mask());
+    if (!mark)
+    {
+        for (const kxChannelTarget& target : targets)
+            target.write(value);
+        return;
+    }
+    auto command = std::make_unique<kxValueCommand>(targets, value);
+    if (command->changesAnything())
+        kxUndoStack::get(0).add(command.release());
 }
 } // namespace
 
@@ -68,13 +79,15 @@ void kxAnimEvaluator::setOSGFieldValue(const AnimCurvePtr& curve, float value, b
 {
     if (curve == NullFC)
         return;
+    std::vector<kxChannelTarget> targets;
     for (const FieldContainerPtr& aim : kxAims::ofCore(curve))
-        writeValue(kxChannelTarget::find(aim, *curve), value, mark);
+        targets.push_back(kxChannelTarget::find(aim, *curve));
+    writeValue(std::move(targets), value, mark);
 }
 
 void kxAnimEvaluator::setOSGFieldValue(const kxAnimManager::kxOSGChannelData& channel, float value, bool mark)
 {
-    writeValue(kxChannelTarget::find(channel.container, channel.name, channel.suffix), value, mark);
+    writeValue({kxChannelTarget::find(channel.container, channel.name, channel.suffix)}, value, mark);
 }
 
 bool kxAnimEvaluator::computeAim(const AnimCurvePtr& curve, const FieldContainerPtr& container,

@@ -19,7 +19,7 @@ public:
     bool isSequenceEvaluationBlocked() const;
 
     /// Writes a value into the channel that `curve` drives, or into a channel of an object. A value that isn't finite
-    /// is refused. `mark`: the field is marked.
+    /// is refused. `mark`: the field is marked, and the change is a step of the undo stack.
     void setOSGFieldValue(const osg::AnimCurvePtr& curve, float value, bool mark);
     void setOSGFieldValue(const kxAnimManager::kxOSGChannelData& channel, float value, bool mark);
 
