@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxClippingPlane.h"
 #include "kxCommandLine.h"
 #include "kxHostServices.h"
 #include "kxMainWindow.h"
@@ -42,4 +43,5 @@ private:
     kxPluginLoader _plugin;
     std::unique_ptr<kxMainWindow> _window;
     std::unique_ptr<kxHostServices> _services;
+    kxClippingPlane::Answer _clippingPlane;
 };

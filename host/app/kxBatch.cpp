@@ -78,11 +78,11 @@ bool kxBatch::render()
     if (_line.render.isEmpty())
         return true;
     kxRenderJob job;
-    // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours counts. Without one,
-    // and for models whose cameras mean something else, the whole scene is framed.
+    // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours, or of a script's,
+    // counts. Without one, and for models whose cameras mean something else, the whole scene is framed.
     if (!_line.headless)
         job.camera = [this](float aspect) { return _window->view()->viewCamera(aspect); };
-    else if (kxSceneIO::isSceneFile(_line.scene) && sceneCamera() != osg::NullFC)
+    else if ((_line.scene.isEmpty() || kxSceneIO::isSceneFile(_line.scene)) && sceneCamera() != osg::NullFC)
         job.camera = [](float aspect) { return kxViewCamera::fromNode(sceneCamera(), aspect); };
     job.progress = [](int, const QString& file)
     {

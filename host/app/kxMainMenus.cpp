@@ -1,5 +1,6 @@
 #include "kxMainMenus.h"
 
+#include "kxClippingPlane.h"
 #include "kxMainWindow.h"
 #include "kxSceneEdits.h"
 #include "kxSceneObjects.h"
@@ -201,6 +202,12 @@ void kxMainMenus::fillSceneMenu()
         addEntry(lights, entry.name, entry);
     addEntry(menu, tr("Add &Camera"), kxSceneObjects::camera());
     addEntry(menu, tr("Add &Empty Group"), kxSceneObjects::group());
+    QAction* const clipping = add(menu, tr("Cl&ipping Plane"), QString(), QKeySequence(),
+                                  [this] { kxClippingPlane::setOn(!kxClippingPlane::isOn()); });
+    clipping->setToolTip(tr("Hide what stands before a plane, which is moved and animated like an object"));
+    clipping->setCheckable(true);
+    // Asked when it is looked at: undo, scripts and the eye in the scene tree switch it too.
+    connect(menu, &QMenu::aboutToShow, clipping, [clipping] { clipping->setChecked(kxClippingPlane::isOn()); });
     menu->addSeparator();
     menu->addActions(_window->sceneryActions()->all());
     connect(_window->sceneryActions(), &kxSceneryActions::added, this,

@@ -5,6 +5,7 @@
 #include "kxHostChannels.h"
 #include "kxHostFiles.h"
 #include "kxHostMessages.h"
+#include "kxHostObjects.h"
 #include "kxHostScenery.h"
 #include "kxHostWidgets.h"
 
@@ -345,6 +346,7 @@ void defineModule()
     defineFiles();
     defineObjects();
     defineChannels();
+    kxHostObjects::define();
     kxHostScenery::define();
     defineRest();
     defineWidgets();

@@ -72,7 +72,7 @@ void sortItems(kxFrame& frame, const kxRenderScene& scene)
     for (const kxRenderScene::Item& item : scene.items())
     {
         frame.anySelected = frame.anySelected || item.selected;
-        if (!isSeen(item.bounds, clip))
+        if (item.isCutAway || !isSeen(item.bounds, clip))
             continue;
         auto& list = scene.looks()[item.look].transparent ? clear : solid;
         list.emplace_back(depthOf(item, frame.camera.view), &item);
@@ -209,6 +209,7 @@ kxFrame kxFrame::make(const kxRenderScene& scene, const kxViewCamera& camera, co
     frame.camera = camera;
     frame.size = size;
     frame.options = options;
+    frame.kept = scene.kept();
     frame.uniforms.uEye = toVec(camera.eye());
     frame.uniforms.uAspect = camera.aspect;
     QVector3D shadowDirection = KeyDirection;

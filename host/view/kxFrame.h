@@ -35,6 +35,7 @@ struct kxFrame
     bool hasShadow = false;    ///< there is a light that throws one, and something to throw it
     QMatrix4x4 sun;            ///< from the root's coordinates to the shadow map's clip space
     QMatrix4x4 contact;        ///< the same for the contact map: from below, the floor nearest
+    QVector4D kept;            ///< as kxRenderScene::kept()
     float contactHeight = 1;   ///< where above the floor an object no longer counts as close
     float outlineWidth = 2.5f; ///< pixels
 

@@ -51,6 +51,14 @@ struct kxGlRenderer::Data
         program.set(gl, "uContact", int(ContactUnit));
         program.set(gl, "uPicture", int(PictureUnit));
     }
+    /// What the scene's clipping plane cuts away isn't drawn by this program until endCut(). No other program may draw
+    /// in between: those of whole screens don't say where they are.
+    void beginCut(kxGlProgram& program, const kxFrame& frame) const
+    {
+        program.set(gl, "uKept", frame.kept.x(), frame.kept.y(), frame.kept.z(), frame.kept.w());
+        gl.Enable(GL_CLIP_DISTANCE0);
+    }
+    void endCut() const { gl.Disable(GL_CLIP_DISTANCE0); }
     /// Where the picture is drawn first.
     kxGlTarget& canvas(const kxFrame& frame) { return frame.options.quick ? single : samples; }
     /// Colours of the source over what is there, which may be transparent.
@@ -235,18 +243,21 @@ void kxGlRenderer::drawShadow(const kxRenderScene& scene, const kxFrame& frame)
         return;
     d.flat.use(gl);
     d.flat.set(gl, "uClip", frame.sun);
+    d.beginCut(d.flat, frame);
     gl.Enable(GL_POLYGON_OFFSET_FILL);
     gl.PolygonOffset(1.5f, 2.0f);
     for (const kxRenderScene::Item& item : scene.items())
     {
         const kxRenderScene::Look& look = scene.looks()[item.look];
-        const kxGlCache::Mesh* const mesh = look.opacity < 0.5f ? nullptr : d.cache.mesh(gl, scene, item);
+        const bool throwsOne = look.opacity >= 0.5f && !item.isCutAway;
+        const kxGlCache::Mesh* const mesh = throwsOne ? d.cache.mesh(gl, scene, item) : nullptr;
         if (mesh == nullptr)
             continue;
         d.flat.set(gl, "uWorld", item.world);
         d.drawMesh(*mesh);
     }
     gl.Disable(GL_POLYGON_OFFSET_FILL);
+    d.endCut();
 }
 
 void kxGlRenderer::drawContact(const kxRenderScene& scene, const kxFrame& frame)
@@ -263,17 +274,20 @@ void kxGlRenderer::drawContact(const kxRenderScene& scene, const kxFrame& frame)
     d.contact.use(gl);
     d.contact.set(gl, "uClip", frame.contact);
     d.contact.set(gl, "uColor", ground, frame.contactHeight, 0, 0);
+    d.beginCut(d.contact, frame);
     for (const kxRenderScene::Item& item : scene.items())
     {
         osg::Pnt3f low, high;
         item.bounds.getBounds(low, high);
-        const bool counts = low.y() < ground + frame.contactHeight && scene.looks()[item.look].opacity >= 0.5f;
+        const bool counts =
+            low.y() < ground + frame.contactHeight && scene.looks()[item.look].opacity >= 0.5f && !item.isCutAway;
         const kxGlCache::Mesh* const mesh = counts ? d.cache.mesh(gl, scene, item) : nullptr;
         if (mesh == nullptr)
             continue;
         d.contact.set(gl, "uWorld", item.world);
         d.drawMesh(*mesh);
     }
+    d.endCut();
     gl.Disable(GL_DEPTH_TEST);
     d.blur.use(gl);
     d.blur.set(gl, "uPicture", int(PictureUnit));
@@ -298,6 +312,7 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
         return;
     d.useShading(d.surface, frame);
     d.surface.set(gl, "uClip", frame.camera.viewProjection());
+    d.beginCut(d.surface, frame);
     if (transparent)
     {
         d.blend();
@@ -325,7 +340,8 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
         d.surface.set(gl, "uWorld", item->world);
         gl.UniformMatrix3fv(d.surface.place(gl, "uNormal"), 1, GL_FALSE, item->world.normalMatrix().constData());
         gl.FrontFace(item->mirrored ? GL_CW : GL_CCW);
-        if (!look.doubleSided)
+        // Through a cut the inside is seen.
+        if (!look.doubleSided && !item->isCut)
         {
             gl.Enable(GL_CULL_FACE);
             gl.CullFace(GL_BACK);
@@ -346,6 +362,7 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
             d.drawMesh(*mesh);
         }
     }
+    d.endCut();
     gl.FrontFace(GL_CCW);
     gl.Disable(GL_CULL_FACE);
     gl.Disable(GL_BLEND);
@@ -359,6 +376,7 @@ void kxGlRenderer::drawEdges(const kxRenderScene& scene, const kxFrame& frame)
     d.flat.use(gl);
     d.flat.set(gl, "uClip", frame.camera.viewProjection());
     d.flat.set(gl, "uColor", 0.05f, 0.05f, 0.06f, 0.4f);
+    d.beginCut(d.flat, frame);
     d.blend();
     gl.DepthMask(GL_FALSE);
     gl.PolygonMode(GL_FRONT_AND_BACK, GL_LINE);
@@ -371,6 +389,7 @@ void kxGlRenderer::drawEdges(const kxRenderScene& scene, const kxFrame& frame)
                 d.flat.set(gl, "uWorld", item->world);
                 d.drawMesh(*mesh);
             }
+    d.endCut();
     gl.Disable(GL_POLYGON_OFFSET_LINE);
     gl.PolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     gl.DepthMask(GL_TRUE);
@@ -409,6 +428,7 @@ void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame,
     d.flat.use(gl);
     d.flat.set(gl, "uClip", frame.camera.viewProjection());
     d.flat.set(gl, "uColor", 1, 1, 1, 1);
+    d.beginCut(d.flat, frame);
     for (const auto* const items : {&frame.opaque, &frame.transparent})
         for (const kxRenderScene::Item* const item : *items)
         {
@@ -418,6 +438,7 @@ void kxGlRenderer::drawOutline(const kxRenderScene& scene, const kxFrame& frame,
             d.flat.set(gl, "uWorld", item->world);
             d.drawMesh(*mesh);
         }
+    d.endCut();
     const GLint w = frame.size.width(), h = frame.size.height();
     gl.BindFramebuffer(GL_READ_FRAMEBUFFER, d.canvas(frame).frameBuffer());
     gl.BindFramebuffer(GL_DRAW_FRAMEBUFFER, d.mask.frameBuffer());

@@ -43,6 +43,7 @@ in vec4 aColor;
 uniform mat4 uClip;
 uniform mat4 uWorld;
 uniform mat3 uNormal;
+uniform vec4 uKept;
 out vec3 vPosition;
 out vec3 vNormal;
 out vec2 vTexCoord;
@@ -54,6 +55,7 @@ void main()
     vNormal = uNormal * aNormal;
     vTexCoord = aTexCoord;
     vColor = aColor;
+    gl_ClipDistance[0] = dot(uKept, world);
     gl_Position = uClip * world;
 }
 )";
@@ -104,11 +106,13 @@ QByteArray kxGlShaders::flatVertex()
 in vec3 aPosition;
 uniform mat4 uClip;
 uniform mat4 uWorld;
+uniform vec4 uKept;
 out float vHeight;
 void main()
 {
     vec4 world = uWorld * vec4(aPosition, 1.0);
     vHeight = world.y;
+    gl_ClipDistance[0] = dot(uKept, world);
     gl_Position = uClip * world;
 }
 )";

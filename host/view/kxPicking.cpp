@@ -33,6 +33,20 @@ bool meetsBox(const osg::BoxVolume& box, const kxRay& ray, float limit)
     return enter <= leave;
 }
 
+/// Shortens a ray, from `start` on and `limit` long, to what the clipping plane leaves of it; false for nothing.
+bool keptPart(const QVector4D& kept, const kxRay& ray, float& start, float& limit)
+{
+    const float at = QVector4D::dotProduct(kept, QVector4D(ray.origin, 1));
+    const float slope = QVector3D::dotProduct(kept.toVector3D(), ray.direction);
+    if (at < 0 && slope <= 0)
+        return false;
+    if (at < 0)
+        start = -at / slope;
+    else if (slope < 0)
+        limit = -at / slope;
+    return true;
+}
+
 /// A bent mesh has another shape each time: a tree would cost more than it saves.
 bool hitBent(const kxBentMesh& bent, const osg::Mesh& mesh, const kxRay& ray, float limit, kxMeshBvh::Sides sides,
              float& distance)
@@ -73,17 +87,22 @@ const kxMeshBvh& kxPicking::tree(const kxRenderScene& scene, const osg::Mesh& me
     return tree.bvh;
 }
 
-kxPicking::Hit kxPicking::pick(const kxRenderScene& scene, const kxRay& ray)
+kxPicking::Hit kxPicking::pick(const kxRenderScene& scene, const kxRay& seen)
 {
     Hit best;
-    float limit = std::numeric_limits<float>::max();
+    float start = 0, limit = std::numeric_limits<float>::max();
+    if (!keptPart(scene.kept(), seen, start, limit))
+        return best;
+    const kxRay ray = {seen.at(start), seen.direction};
     for (const kxRenderScene::Item& item : scene.items())
     {
-        const osg::Mesh* const mesh = meetsBox(item.bounds, ray, limit) ? kxRenderScene::mesh(item.meshId) : nullptr;
+        const osg::Mesh* const mesh =
+            !item.isCutAway && meetsBox(item.bounds, ray, limit) ? kxRenderScene::mesh(item.meshId) : nullptr;
         if (mesh == nullptr)
             continue;
         // In the mesh's own coordinates a mirror above it plays no part.
-        const kxMeshBvh::Sides sides = scene.looks()[item.look].doubleSided ? kxMeshBvh::Both : kxMeshBvh::Front;
+        const bool both = scene.looks()[item.look].doubleSided || item.isCut;
+        const kxMeshBvh::Sides sides = both ? kxMeshBvh::Both : kxMeshBvh::Front;
         float distance = 0;
         bool found = false;
         if (item.bent)
@@ -102,7 +121,7 @@ kxPicking::Hit kxPicking::pick(const kxRenderScene& scene, const kxRay& ray)
         if (found)
         {
             limit = distance;
-            best = {item.nodeId, distance, ray.at(distance)};
+            best = {item.nodeId, start + distance, ray.at(distance)};
         }
     }
     return best;

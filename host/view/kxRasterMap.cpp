@@ -15,13 +15,14 @@ constexpr int BandRows = 64;
 struct Corner
 {
     float x, y, z;
+    float kept; // below 0 before the clipping plane
 };
 
-Corner mapped(const vec4 (&rows)[3], const QVector3D& p, float size)
+Corner mapped(const vec4 (&rows)[3], const QVector4D& plane, const QVector3D& p, float size)
 {
     const vec3 q(p.x(), p.y(), p.z());
     const auto row = [&](int i) { return dot(vec3(rows[i].x, rows[i].y, rows[i].z), q) + rows[i].w; };
-    return {row(0) * size, row(1) * size, row(2)};
+    return {row(0) * size, row(1) * size, row(2), QVector4D::dotProduct(plane, QVector4D(p, 1))};
 }
 
 void fillTriangle(kxShadeMap& map, const Corner (&c)[3], int firstRow, int lastRow, float nearest)
@@ -42,7 +43,8 @@ void fillTriangle(kxShadeMap& map, const Corner (&c)[3], int firstRow, int lastR
             const float b = ((c[2].x - px) * (c[0].y - py) - (c[0].x - px) * (c[2].y - py)) / area;
             const float depth = a * c[0].z + b * c[1].z + (1 - a - b) * c[2].z;
             float& texel = map.values[std::size_t(y) * std::size_t(map.size) + std::size_t(x)];
-            if (a >= 0 && b >= 0 && a + b <= 1 && depth >= nearest && depth < texel)
+            const bool isKept = a * c[0].kept + b * c[1].kept + (1 - a - b) * c[2].kept >= 0;
+            if (a >= 0 && b >= 0 && a + b <= 1 && isKept && depth >= nearest && depth < texel)
                 texel = depth;
         }
 }
@@ -76,12 +78,13 @@ kxShadeMap kxRasterMap::nearestDepths(const kxRenderScene& scene, int size, cons
     for (const kxRenderScene::Item& item : scene.items())
     {
         const osg::Mesh* const mesh = kxRenderScene::mesh(item.meshId);
-        if (mesh == nullptr || scene.looks()[item.look].opacity < 0.5f)
+        if (mesh == nullptr || item.isCutAway || scene.looks()[item.look].opacity < 0.5f)
             continue;
         const std::vector<float>& p = item.bent ? item.bent->positions : mesh->positions();
         places.clear();
         for (std::size_t i = 0; i + 2 < p.size(); i += 3)
-            places.push_back(mapped(rows, item.world.map(QVector3D(p[i], p[i + 1], p[i + 2])), float(size)));
+            places.push_back(
+                mapped(rows, scene.kept(), item.world.map(QVector3D(p[i], p[i + 1], p[i + 2])), float(size)));
         for (const osg::UInt32 index : mesh->indices())
             corners.push_back(places[index]);
     }

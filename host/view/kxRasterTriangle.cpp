@@ -88,10 +88,17 @@ void kxRasterTriangles::append(std::vector<kxRasterTriangle>& out, const kxRende
 
     const std::vector<float>& source = item.bent ? item.bent->positions : mesh->positions();
     std::vector<QVector4D> places;
+    std::vector<float> kept; // empty where nothing is cut
     places.reserve(source.size() / 3);
+    const QVector4D plane = scene.kept() * item.world; // in the coordinates of the mesh
     for (std::size_t i = 0; i + 2 < source.size(); i += 3)
-        places.push_back(matrix * QVector4D(source[i], source[i + 1], source[i + 2], 1));
-    const bool both = everySide || scene.looks()[item.look].doubleSided;
+    {
+        const QVector4D place(source[i], source[i + 1], source[i + 2], 1);
+        places.push_back(matrix * place);
+        if (item.isCut)
+            kept.push_back(QVector4D::dotProduct(plane, place));
+    }
+    const bool both = everySide || item.isCut || scene.looks()[item.look].doubleSided;
     const std::vector<osg::UInt32>& indices = mesh->indices();
     for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
     {
@@ -104,6 +111,8 @@ void kxRasterTriangles::append(std::vector<kxRasterTriangle>& out, const kxRende
             continue;
         t.index = osg::UInt32(i);
         t.item = &item;
+        for (std::size_t k = 0; k < 3; ++k)
+            t.kept[k] = item.isCut ? kept[indices[i + k]] : 1.0f;
         out.push_back(t);
     }
 }

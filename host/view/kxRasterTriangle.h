@@ -14,6 +14,7 @@ struct kxRasterTriangle
 {
     float a[3], b[3], c[3];
     float depth[3];               ///< of the corners, z before the division
+    float kept[3];                ///< of the corners, below 0 before the clipping plane
     int left, top, right, bottom; ///< pixels that it may cover, the last ones included
     osg::UInt32 index;            ///< first of its three indices in the mesh
     const kxRenderScene::Item* item;
@@ -27,6 +28,7 @@ struct kxRasterTriangle
             e[i] = a[i] * dx + b[i] * dy + c[i];
         return e[0] >= 0 && e[1] >= 0 && e[2] >= 0;
     }
+    bool isKeptAt(const float (&e)[3]) const { return kept[0] * e[0] + kept[1] * e[1] + kept[2] * e[2] >= 0; }
     /// -1 at the near plane, 1 at the far one.
     float depthAt(const float (&e)[3]) const { return depth[0] * e[0] + depth[1] * e[1] + depth[2] * e[2]; }
 };

@@ -5,6 +5,7 @@
 #include <kxRenderWidget.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -43,6 +44,18 @@ bool isMirrored(const QMatrix4x4& m)
 {
     return QVector3D::dotProduct(QVector3D::crossProduct(m.column(0).toVector3D(), m.column(1).toVector3D()),
                                  m.column(2).toVector3D()) < 0;
+}
+
+/// What a plane leaves that lies in x and y of `world` and cuts away what has a positive z; everything where the map
+/// leaves no plane of it.
+QVector4D keptBy(const QMatrix4x4& world)
+{
+    QVector3D ahead = QVector3D::crossProduct(world.column(0).toVector3D(), world.column(1).toVector3D()).normalized();
+    if (QVector3D::dotProduct(ahead, world.column(2).toVector3D()) < 0) // a mirror above it
+        ahead = -ahead;
+    const float distance = QVector3D::dotProduct(ahead, world.column(3).toVector3D());
+    const bool isPlane = !ahead.isNull() && std::isfinite(distance) && std::isfinite(ahead.lengthSquared());
+    return isPlane ? QVector4D(-ahead, distance) : QVector4D(0, 0, 0, 1);
 }
 
 void copyColor(float (&target)[3], const osg::Color3f& color)
@@ -112,11 +125,13 @@ bool kxRenderScene::update()
     _lookIndex.clear();
     _lights.clear();
     _cameras.clear();
+    _planes.clear();
     _bounds.setEmpty();
     for (const osg::NodePtr& top : {kxScene::the()->root(), kxScene::the()->sceneplateRoot()})
         visit(top, QMatrix4x4(), false);
     for (const Item& item : _items)
         _bounds.extendBy(item.bounds);
+    cut();
     ++_revision;
     return true;
 }
@@ -149,6 +164,8 @@ void kxRenderScene::visit(const osg::NodePtr& node, const QMatrix4x4& world, boo
         }
         else if (const osg::CameraPtr camera = osg::CameraPtr::dcast(core))
             _cameras.push_back({node->getId(), place, camera->getFieldOfView(), selected});
+        else if (type.isDerivedFrom(osg::ClippingPlane::_type))
+            _planes.push_back({node->getId(), place, selected});
     }
     for (osg::UInt32 i = 0; i < node->getNChildren(); ++i)
         if (choice == osg::Switch::All || choice == osg::Int32(i))
@@ -178,6 +195,27 @@ void kxRenderScene::addGeometry(const osg::NodePtr& node, const QMatrix4x4& worl
         return;
     item.look = lookOf(geometry->getMaterial());
     _items.push_back(std::move(item));
+}
+
+void kxRenderScene::cut()
+{
+    _kept = _planes.empty() ? QVector4D(0, 0, 0, 1) : keptBy(_planes.front().world);
+    if (_kept.toVector3D().isNull())
+        return;
+    for (Item& item : _items)
+    {
+        osg::Pnt3f low, high;
+        item.bounds.getBounds(low, high);
+        float nearest = _kept.w(), farthest = _kept.w();
+        for (int i = 0; i < 3; ++i)
+        {
+            const float a = low[std::size_t(i)] * _kept[i], b = high[std::size_t(i)] * _kept[i];
+            nearest += std::min(a, b);
+            farthest += std::max(a, b);
+        }
+        item.isCutAway = farthest < 0;
+        item.isCut = nearest < 0 && !item.isCutAway;
+    }
 }
 
 void kxRenderScene::bend(Item& item, const osg::Mesh& mesh, const osg::Skin& skin, const osg::NodePtr& node)
@@ -250,6 +288,12 @@ osg::BoxVolume kxRenderScene::selectionBounds() const
     for (const CameraItem& camera : _cameras)
         if (camera.selected)
             around(camera.world.column(3).toVector3D());
+    osg::BoxVolume quad;
+    quad.extendBy(osg::Pnt3f(-0.5f, -0.5f, 0));
+    quad.extendBy(osg::Pnt3f(0.5f, 0.5f, 0));
+    for (const PlaneItem& plane : _planes)
+        if (plane.selected)
+            box.extendBy(transformed(quad, plane.world));
     return box;
 }
 

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QMatrix4x4>
 #include <QVector3D>
+#include <QVector4D>
 
 #include <memory>
 #include <unordered_map>
@@ -50,6 +51,8 @@ public:
         QMatrix4x4 world;     ///< identity for a bent mesh
         bool mirrored = false;
         bool selected = false;                  ///< it, or a node above it
+        bool isCut = false;                     ///< the clipping plane goes through it
+        bool isCutAway = false;                 ///< it lies before the clipping plane
         osg::BoxVolume bounds;                  ///< in the root's coordinates
         std::shared_ptr<const kxBentMesh> bent; ///< null for a mesh without skin
     };
@@ -71,6 +74,14 @@ public:
         bool selected = false;
     };
 
+    /// A quad of side 1 in x and y.
+    struct PlaneItem
+    {
+        osg::UInt32 nodeId = 0;
+        QMatrix4x4 world;
+        bool selected = false;
+    };
+
     kxRenderScene();
     ~kxRenderScene() override;
     kxRenderScene(const kxRenderScene&) = delete;
@@ -88,6 +99,11 @@ public:
     const std::vector<Look>& looks() const { return _looks; }
     const std::vector<LightItem>& lights() const { return _lights; }
     const std::vector<CameraItem>& cameras() const { return _cameras; }
+    /// The clipping planes that are shown.
+    const std::vector<PlaneItem>& planes() const { return _planes; }
+    /// What the first of them leaves: places where the dot product with (x, y, z, 1) isn't below 0. (0, 0, 0, 1), which
+    /// leaves everything, where nothing is cut.
+    const QVector4D& kept() const { return _kept; }
     const osg::BoxVolume& bounds() const { return _bounds; }
     osg::BoxVolume selectionBounds() const;
 
@@ -111,6 +127,7 @@ private:
     void visit(const osg::NodePtr& node, const QMatrix4x4& world, bool selected);
     void addGeometry(const osg::NodePtr& node, const QMatrix4x4& world, bool selected);
     void bend(Item& item, const osg::Mesh& mesh, const osg::Skin& skin, const osg::NodePtr& node);
+    void cut();
     bool isDrawable(const osg::Mesh& mesh);
     std::size_t lookOf(const osg::MaterialPtr& material);
     const Picture& decoded(osg::UInt32 imageId);
@@ -120,6 +137,8 @@ private:
     std::vector<Look> _looks;
     std::vector<LightItem> _lights;
     std::vector<CameraItem> _cameras;
+    std::vector<PlaneItem> _planes;
+    QVector4D _kept{0, 0, 0, 1};
     osg::BoxVolume _bounds;
     std::unordered_map<osg::UInt32, std::size_t> _lookIndex;            // by material id, during a walk
     std::unordered_map<osg::UInt32, osg::UInt32> _versions;             // by id of a mesh or picture that changed

@@ -84,7 +84,8 @@ void kxSoftwareTile::drawSolid(const std::vector<kxRasterTriangle>& triangles, c
                           if (!triangle.weights(px, py, e))
                               continue;
                           const float depth = triangle.depthAt(e);
-                          if (depth < -1 || depth >= pixel[s].depth || (cut && isCutOut(triangle, px, py)))
+                          if (depth < -1 || depth >= pixel[s].depth || !triangle.isKeptAt(e) ||
+                              (cut && isCutOut(triangle, px, py)))
                               continue;
                           pixel[s].depth = depth;
                           pixel[s].triangle = index;
@@ -193,7 +194,7 @@ void kxSoftwareTile::drawTransparent(const std::vector<kxRasterTriangle>& triang
                           if (!triangle.weights(float(x) + Offsets[s].x, float(y) + Offsets[s].y, e))
                               continue;
                           const float depth = triangle.depthAt(e);
-                          covered[s] = depth >= -1 && depth < pixel[s].depth;
+                          covered[s] = depth >= -1 && depth < pixel[s].depth && triangle.isKeptAt(e);
                           if (covered[s])
                           {
                               px += Offsets[s].x;
@@ -335,7 +336,8 @@ void kxSoftwareTile::markSelected(const std::vector<kxRasterTriangle>& triangles
                       for (int s = 0; s < Samples; ++s)
                       {
                           float e[3];
-                          if (triangles[index].weights(float(x) + Offsets[s].x, float(y) + Offsets[s].y, e))
+                          if (triangles[index].weights(float(x) + Offsets[s].x, float(y) + Offsets[s].y, e) &&
+                              triangles[index].isKeptAt(e))
                               bits[std::size_t((y - _top) * Side + x - _left)] |= osg::UInt8(1 << s);
                       }
                   });

@@ -1,5 +1,6 @@
 #include "kxView3D.h"
 
+#include "kxClipQuad.h"
 #include "kxTransformEdit.h"
 #include "kxViewActions.h"
 #include "kxViewOverlay.h"
@@ -137,11 +138,12 @@ void kxView3D::paintOverlay(QPainter& painter)
 {
     const QSizeF shape(size());
     const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
+    kxClipQuad::paint(painter, *_scene, camera, shape);
     kxViewOverlay::paintSigns(painter, *_scene, camera, shape);
     if (placeGizmo())
         _gizmo.paint(painter);
     kxViewOverlay::paintTriad(painter, camera, shape);
-    if (_scene->items().empty() && _scene->lights().empty() && _scene->cameras().empty())
+    if (_scene->items().empty() && _scene->lights().empty() && _scene->cameras().empty() && _scene->planes().empty())
         kxViewOverlay::paintHint(painter, tr("Nothing to see yet"),
                                  tr("Open a model: File > Open, or drop a file here"), shape);
     kxViewOverlay::paintStatus(painter, statusText(), shape);
@@ -422,6 +424,8 @@ osg::NodePtr kxView3D::nodeAt(const QPointF& point)
     const QSizeF shape(size());
     const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
     osg::UInt32 id = kxViewOverlay::signAt(point, *_scene, camera, shape);
+    if (id == 0)
+        id = kxClipQuad::at(point, *_scene, camera, shape);
     if (id == 0)
         id = _picking.pick(*_scene, camera.ray(point, shape)).nodeId;
     return kxPicking::selectableNode(osg::FieldContainerFactory::the()->get<osg::Node>(id));

@@ -5,6 +5,7 @@
 #include <osg/AnimCores.h>
 #include <osg/AnimCurve.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 #include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
@@ -32,8 +33,8 @@ const CoreIcon CoreIcons[] = {
     {&AnimObject::_type, "scenegraph/AnimBlock.svg"},    {&Geometry::_type, "scenegraph/GeometryNode.svg"},
     {&Viewpoint::_type, "scenegraph/Viewpoint.svg"},     {&SceneSequence::_type, "scenegraph/Sequence.svg"},
     {&Switch::_type, "scenegraph/SwitchNode.svg"},       {&Camera::_type, "scenegraph/CameraNode.svg"},
-    {&Light::_type, "scenegraph/LightNode.svg"},         {&Transform::_type, "scenegraph/TransformNode.svg"},
-    {&Group::_type, "scenegraph/GroupNode.svg"},
+    {&Light::_type, "scenegraph/LightNode.svg"},         {&ClippingPlane::_type, "scenegraph/ClippingPlane.svg"},
+    {&Transform::_type, "scenegraph/TransformNode.svg"}, {&Group::_type, "scenegraph/GroupNode.svg"},
 };
 
 /// Linear 0 to 1 as the screen's 0 to 255.

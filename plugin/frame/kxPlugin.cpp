@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipEditor.h>
 #include <curveeditor/kxAnimCurveEditor.h>
+#include <script/kxAnimNodeChannelWidget.h>
 #include <script/kxAnimScript.h>
 #include <settings/kxAnimPreferencesGUII.h>
 #include <timeline/kxAnimControlWidget.h>
@@ -70,6 +71,7 @@ void initPlugin()
                      static kxAnimCurveEditor curveEditor;
                      static kxAnimClipEditor clipEditor;
                      static kxAnimControlWidget timeline;
+                     kxAnimNodeChannelWidget::addDock();
                  });
 }
 

@@ -1,15 +1,18 @@
 #include <script/kxAnimNodeChannelWidget.h>
 
 #include <curveeditor/kxAnimChannelRows.h>
+#include <frame/kxMessageRead.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <trees/kxTreeHint.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxController.h>
 #include <kxIconManager.h>
+#include <kxMessageNames.h>
 #include <kxNodePtr.h>
 
 #include <QCoreApplication>
+#include <QVBoxLayout>
 
 namespace
 {
@@ -43,6 +46,29 @@ osg::AnimNodePtr curveNodeOf(const kxAnimManager::kxOSGChannelData& channel,
 }
 } // namespace
 
+/// What the dock window holds before its list is made.
+class kxAnimNodeChannelWidget::Holder : public QWidget
+{
+public:
+    Holder() : _layout(new QVBoxLayout(this)) { _layout->setContentsMargins(0, 0, 0, 0); }
+
+    void fill()
+    {
+        if (theWidget == nullptr)
+            _layout->addWidget(new kxAnimNodeChannelWidget(this));
+    }
+
+protected:
+    void showEvent(QShowEvent*) override
+    {
+        fill();
+        theWidget->listClippingNode();
+    }
+
+private:
+    QVBoxLayout* _layout;
+};
+
 kxAnimNodeChannelWidget::kxAnimNodeChannelWidget(QWidget* parent)
     : kxAnimChannelWidget(parent), _instance(theWidget, this)
 {
@@ -56,17 +82,43 @@ kxAnimNodeChannelWidget* kxAnimNodeChannelWidget::instance()
     return theWidget;
 }
 
-void kxAnimNodeChannelWidget::show(const osg::NodePtr& node)
+void kxAnimNodeChannelWidget::addDock()
 {
     QKXDockWindowManager* const docks = kxController::getDockWindowManager();
-    if (theWidget == nullptr && docks != nullptr)
-        docks->add(DockName, "Animation", new kxAnimNodeChannelWidget, "Toolclip_Curves",
-                   kxIconManager::getIcon("ModuleCurveEditor", ""), tr("Node Channels"), 0, false, nullptr);
+    if (docks == nullptr || docks->getDockWidget(DockName) != nullptr)
+        return;
+    auto* const holder = new Holder;
+    if (docks->add(DockName, "Channels", holder, "Toolclip_Curves", kxIconManager::getIcon("ModuleCurveEditor", ""),
+                   tr("Node Channels"), 0, true, nullptr) == nullptr)
+        delete holder;
+}
+
+void kxAnimNodeChannelWidget::show(const osg::NodePtr& node)
+{
+    addDock();
+    QKXDockWindowManager* const docks = kxController::getDockWindowManager();
+    const QDockWidget* const dock = docks == nullptr ? nullptr : docks->getDockWidget(DockName);
+    if (dock != nullptr)
+        static_cast<Holder*>(dock->widget())->fill();
     if (theWidget == nullptr)
         return;
     theWidget->rebuildFromNode(node);
     if (docks != nullptr)
         docks->show(DockName);
+}
+
+osg::NodePtr kxAnimNodeChannelWidget::clippingNode()
+{
+    kxMessage message;
+    kxController::call(kxMessageName::GetClippingTransformNode, message, 0);
+    osg::NodePtr node;
+    return getFromMessage(message, "node", node) ? node : osg::NodePtr();
+}
+
+void kxAnimNodeChannelWidget::listClippingNode()
+{
+    if (kxNodePtr::toNode(_listedId) == osg::NullFC)
+        rebuildFromNode(clippingNode());
 }
 
 void kxAnimNodeChannelWidget::rebuild(bool saveStates)
@@ -114,5 +166,6 @@ void kxAnimNodeChannelWidget::paintEvent(QPaintEvent* event)
 {
     kxAnimTreeWidget::paintEvent(event);
     if (topLevelItemCount() == 0)
-        kxPaintTreeHint(*this, tr("A script lists the channels of a node here: animateClippingTransform()"));
+        kxPaintTreeHint(
+            *this, tr("Scene > Clipping Plane makes a plane that cuts the view open. Its channels are keyed here."));
 }

@@ -13,9 +13,15 @@ public:
 
     /// Null while none lives.
     static kxAnimNodeChannelWidget* instance();
-    /// Lists `node` in the dock window "Node Channels", which is made on the first call and belongs to the dock window
-    /// manager; without one nothing happens.
+    /// Adds the dock window "Node Channels", hidden and empty: the list in it is made when the window is first shown,
+    /// and lists the clipping plane then. The window belongs to the dock window manager; without one nothing happens.
+    static void addDock();
+    /// Lists `node` in the dock window, which is added where it isn't there.
     static void show(const osg::NodePtr& node);
+    /// The node that moves the application's clipping plane, null where there is none.
+    static osg::NodePtr clippingNode();
+    /// Lists it where nothing is listed.
+    void listClippingNode();
 
     using kxAnimChannelWidget::rebuild;
 
@@ -34,5 +40,6 @@ protected:
 
 private:
     kxInstancePointer<kxAnimNodeChannelWidget> _instance;
+    class Holder;
     unsigned int _listedId = 0; // of the node
 };

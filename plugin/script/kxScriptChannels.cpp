@@ -2,12 +2,8 @@
 
 #include <script/kxScriptChannels.h>
 
-#include <frame/kxMessageRead.h>
 #include <script/kxAnimNodeChannelWidget.h>
 #include <script/kxScriptDoc.h>
-
-#include <kxController.h>
-#include <kxMessageNames.h>
 
 namespace
 {
@@ -35,10 +31,8 @@ void kxScriptChannels::keySelected()
 
 void kxScriptChannels::animateClippingTransform()
 {
-    kxMessage message;
-    kxController::call(kxMessageName::GetClippingTransformNode, message, 0);
-    osg::NodePtr node;
-    if (getFromMessage(message, "node", node) && node != osg::NullFC)
+    const osg::NodePtr node = kxAnimNodeChannelWidget::clippingNode();
+    if (node != osg::NullFC)
         kxAnimNodeChannelWidget::show(node);
 }
 

@@ -3,6 +3,7 @@
 #include <kxPicking.h>
 #include <kxPrimitives.h>
 #include <kxSkinning.h>
+#include <scene/ClippingPlane.h>
 
 #include <QtTest>
 
@@ -16,6 +17,7 @@ private Q_SLOTS:
     void degenerateMeshesAreHarmless();
     void nearestObjectWins();
     void placesSidesAndChangesCount();
+    void cutAwayIsNotPicked();
     void skinnedMeshIsPickedWhereItIsBent();
     void cleanup() { kxScene::the()->clear(); }
 };
@@ -150,6 +152,29 @@ void tst_kxPicking::placesSidesAndChangesCount()
     scene.update();
     QCOMPARE(picking.pick(scene, fromFront(6)).nodeId, 0u);
     QCOMPARE(picking.pick(scene, fromFront(45)).nodeId, node->getId());
+}
+
+void tst_kxPicking::cutAwayIsNotPicked()
+{
+    const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
+    const osg::NodePtr shell = kxTestObjects::add(kxPrimitives::box(osg::Vec3f(4, 4, 4)), material, osg::Vec3f());
+    const osg::NodePtr kernel = kxTestObjects::add(kxPrimitives::box(osg::Vec3f(1, 1, 1)), material, osg::Vec3f());
+    const osg::NodePtr node = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
+    const osg::ClippingPlanePtr plane = osg::ClippingPlane::create();
+    plane->setTranslation(osg::Vec3f(0, 0, 1));
+    node->setCore(plane);
+    osg::markChanged(node, osg::Node::CoreFieldMask);
+    kxRenderScene scene;
+    scene.update();
+    kxPicking picking;
+    const kxPicking::Hit front = picking.pick(scene, towards(QVector3D(0, 0, 10), QVector3D(0, 0, 0)));
+    QCOMPARE(front.nodeId, kernel->getId()); // into the open shell
+    QVERIFY(qAbs(front.distance - 9.5f) < 1e-3f && qAbs(front.point.z() - 0.5f) < 1e-3f);
+    const kxPicking::Hit inside = picking.pick(scene, towards(QVector3D(1.5f, 0, 10), QVector3D(1.5f, 0, 0)));
+    QCOMPARE(inside.nodeId, shell->getId()); // its back from within
+    QVERIFY(qAbs(inside.point.z() + 2) < 1e-3f);
+    QCOMPARE(picking.pick(scene, towards(QVector3D(-9, 0, 1.5f), QVector3D(0, 0, 1.5f))).nodeId, 0u);
+    QCOMPARE(picking.pick(scene, towards(QVector3D(0, 0, -10), QVector3D(0, 0, 0))).nodeId, shell->getId());
 }
 
 void tst_kxPicking::skinnedMeshIsPickedWhereItIsBent()

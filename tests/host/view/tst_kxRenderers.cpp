@@ -6,6 +6,7 @@
 #include <kxRenderWidget.h>
 #include <kxSoftwareRenderer.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 
 #include <QtTest>
 
@@ -32,6 +33,8 @@ private Q_SLOTS:
     void lightsOfTheSceneCount();
     void surfacesThroughTheEyeAndWildNumbers_data() { addPaths(); }
     void surfacesThroughTheEyeAndWildNumbers();
+    void clippingPlaneCuts_data() { addPaths(); }
+    void clippingPlaneCuts();
     void bothPathsShowTheSame();
     void impossibleSizesAreRefused();
 
@@ -278,6 +281,47 @@ void tst_kxRenderers::surfacesThroughTheEyeAndWildNumbers()
     QVERIFY(!picture(kxRenderOptions()).isNull());
     QVERIFY(!picture(kxRenderOptions(), QSize(1, 1)).isNull());
     QVERIFY(!picture(kxRenderOptions(), QSize(33, 257)).isNull());
+}
+
+void tst_kxRenderers::clippingPlaneCuts()
+{
+    KX_NEEDS_PATH();
+    const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
+    const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
+    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(1, 1, 1)), red, osg::Vec3f());
+    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(0.2f, 0.2f, 0.2f)), green, osg::Vec3f()); // within the red one
+    const osg::NodePtr node = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
+    const osg::ClippingPlanePtr plane = osg::ClippingPlane::create();
+    node->setCore(plane);
+    const auto place = [&plane](const osg::Vec3f& at, const osg::Vec3f& angles)
+    {
+        plane->setTranslation(at);
+        plane->setEulerRotation(angles);
+        osg::markChanged(plane, osg::Transform::TranslationFieldMask | osg::Transform::EulerRotationFieldMask);
+    };
+    const auto isRed = [](const QColor& color) { return color.red() > 60 && color.red() > 2 * color.green(); };
+    const auto isGreen = [](const QColor& color) { return color.green() > 60 && color.green() > 2 * color.red(); };
+    place(osg::Vec3f(0, 0, 0.8f), osg::Vec3f()); // before all
+    QVERIFY(isRed(middle(picture())));
+    place(osg::Vec3f(0, 0, 0.3f), osg::Vec3f()); // opens the red box
+    QVERIFY(isGreen(middle(picture())));
+    QVERIFY(isRed(picture().pixelColor(38, 38))); // the inside of its back
+    place(osg::Vec3f(0, 0, -0.7f), osg::Vec3f()); // all of it lies before
+    QVERIFY(!isRed(middle(picture())) && !isGreen(middle(picture())));
+    place(osg::Vec3f(), osg::Vec3f(0, 90, 0)); // the right half
+    const QImage half = picture();
+    QVERIFY(isRed(half.pixelColor(36, 48)) && !isRed(half.pixelColor(60, 48)) && !isGreen(half.pixelColor(50, 48)));
+    place(osg::Vec3f(), osg::Vec3f(0, -90, 0));
+    QVERIFY(isRed(picture().pixelColor(60, 48)));
+    node->setTravMask(0);
+    osg::markChanged(node, osg::Node::TravMaskFieldMask);
+    QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
+    node->setTravMask(osg::Node::Active);
+    osg::markChanged(node, osg::Node::TravMaskFieldMask);
+    plane->setScale(osg::Vec3f(0, 0, 0)); // no plane is left
+    osg::markChanged(plane, osg::Transform::ScaleFieldMask);
+    QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
+    picture(kxRenderOptions()); // with the floor and its shadow
 }
 
 void tst_kxRenderers::bothPathsShowTheSame()

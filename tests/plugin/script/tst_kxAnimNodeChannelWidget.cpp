@@ -57,6 +57,7 @@ private Q_SLOTS:
     void keysByScript();
     void keyAllMessageGoesToTheSelection();
     void nodeIsGone();
+    void dockListsWhatThereIs();
 
 private:
     std::unique_ptr<QMainWindow> _window;
@@ -161,6 +162,29 @@ void tst_kxAnimNodeChannelWidget::nodeIsGone()
     QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
     kxAnimNodeChannelWidget::instance()->rebuild();
     QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
+}
+
+void tst_kxAnimNodeChannelWidget::dockListsWhatThereIs()
+{
+    kxAnimNodeChannelWidget::addDock();
+    kxAnimNodeChannelWidget::addDock(); // once
+    QDockWidget* const dock = _docks->getDockWidget("Node Channels");
+    QVERIFY(dock != nullptr && dock->isHidden() && kxAnimNodeChannelWidget::instance() == nullptr);
+    const osg::NodePtr plane = clippingNode;
+    clippingNode = osg::NodePtr();
+    _window->show();
+    dock->toggleViewAction()->trigger();
+    QVERIFY(kxAnimNodeChannelWidget::instance() != nullptr);
+    QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
+    dock->hide();
+    clippingNode = plane;
+    _docks->show("Node Channels");
+    QVERIFY(row("Plane.translation.X") != nullptr);
+    // What a script listed stays.
+    kxAnimNodeChannelWidget::instance()->rebuildFromNode(kxAnimFixture::object("Other"));
+    dock->hide();
+    dock->show();
+    QVERIFY(row("Other.translation.X") != nullptr);
 }
 
 QTEST_MAIN(tst_kxAnimNodeChannelWidget)

@@ -1,0 +1,257 @@
+#include "kxRaise.h"
+
+#include "kxHostObjects.h"
+
+#include <app/kxClippingPlane.h>
+#include <app/kxSceneCommands.h>
+#include <app/kxSceneEdits.h>
+#include <app/kxSceneObjects.h>
+#include <kxAnimManager.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <QCoreApplication>
+
+#include <cmath>
+#include <limits>
+
+namespace bp = boost::python;
+
+namespace
+{
+constexpr int LongestRange = 1000000; // frames
+
+std::vector<kxSceneObjects::Entry> entries()
+{
+    std::vector<kxSceneObjects::Entry> all = kxSceneObjects::primitives();
+    for (const kxSceneObjects::Entry& light : kxSceneObjects::lights())
+        all.push_back(light);
+    all.push_back(kxSceneObjects::camera());
+    all.push_back(kxSceneObjects::group());
+    all.back().name = QStringLiteral("Group");
+    return all;
+}
+
+bool isFinite(const osg::Vec3f& value)
+{
+    return std::isfinite(value.x()) && std::isfinite(value.y()) && std::isfinite(value.z());
+}
+
+osg::NodePtr addObject(const std::string& kind, const std::string& name, const osg::NodePtr& parent,
+                       const osg::MaterialPtr& material)
+{
+    const QString wanted = QString::fromStdString(kind).toLower();
+    QStringList known;
+    for (const kxSceneObjects::Entry& entry : entries())
+    {
+        known << entry.name.toLower();
+        if (known.back() != wanted)
+            continue;
+        const osg::NodePtr node = entry.make();
+        if (!name.empty())
+            node->setNodeName(name);
+        if (const osg::GeometryPtr surface = osg::GeometryPtr::dcast(node->getCore()); material != osg::NullFC)
+        {
+            if (surface == osg::NullFC)
+                kxRaise(PyExc_ValueError, "a " + kind + " has no material");
+            surface->setMaterial(material);
+        }
+        if (!kxSceneEdits::addNode(node, parent, QStringLiteral("Add %1").arg(entry.name)))
+            kxRaise(PyExc_ValueError, "the parent takes no children");
+        return node;
+    }
+    kxRaise(PyExc_ValueError, "no object is called '" + kind + "'; there are: " + known.join(", ").toStdString());
+}
+
+osg::MaterialPtr addMaterial(const std::string& name, const osg::Vec3f& color, double roughness, double metallic)
+{
+    if (!isFinite(color) || !std::isfinite(roughness) || !std::isfinite(metallic))
+        kxRaise(PyExc_ValueError, "the colour, the roughness and the metallic have to be finite numbers");
+    const osg::MaterialPtr material = kxSceneEdits::addMaterial();
+    if (!name.empty())
+        kxSceneEdits::rename(material, QString::fromStdString(name));
+    const std::vector<osg::FieldContainerPtr> target = {material};
+    kxSceneEdits::setField(target, "baseColor", osg::FieldValue(color));
+    kxSceneEdits::setField(target, "roughness", osg::FieldValue(float(roughness)));
+    kxSceneEdits::setField(target, "metallic", osg::FieldValue(float(metallic)));
+    return material;
+}
+
+osg::NodePtr clippingPlane(bool on)
+{
+    kxClippingPlane::setOn(on);
+    return kxClippingPlane::node();
+}
+
+osg::AnimCurvePtr curveOf(const osg::NodePtr& object, const std::string& channel)
+{
+    std::vector<osg::AnimNodePtr> nodes;
+    kxAnimManager::the()->getChannelCurveNodes(object, nodes);
+    for (const osg::AnimNodePtr& node : nodes)
+        if (node->getNodeName() == channel)
+            if (const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(node->getCore()))
+                return curve;
+    kxRaise(PyExc_ValueError, "the object has no keys of '" + channel + "'");
+}
+
+void setInfinity(const osg::NodePtr& object, const std::string& channel, const std::string& before,
+                 const std::string& after)
+{
+    static constexpr const char* Words[] = {"constant", "linear", "loop", "loop with offset", "oscillate"};
+    const auto modeOf = [](const std::string& word)
+    {
+        for (osg::UInt32 mode = 0; mode < 5; ++mode)
+            if (word == Words[mode])
+                return mode;
+        kxRaise(PyExc_ValueError,
+                "no mode is called '" + word + "'; there are: constant, linear, loop, loop with offset, oscillate");
+    };
+    const osg::UInt32 pre = modeOf(before), post = modeOf(after);
+    if (object == osg::NullFC)
+        kxRaise(PyExc_ValueError, "the object is null, or it is gone");
+    const std::vector<osg::FieldContainerPtr> target = {curveOf(object, channel)};
+    kxSceneEdits::setField(target, "preInfinityMode", osg::FieldValue(pre));
+    kxSceneEdits::setField(target, "postInfinityMode", osg::FieldValue(post));
+}
+
+osg::AnimNodePtr living(const osg::AnimNodePtr& animation)
+{
+    if (animation == osg::NullFC)
+        kxRaise(PyExc_ValueError, "the animation is null, or it is gone");
+    return animation;
+}
+
+void setCycles(const osg::AnimNodePtr& animation, int cycles)
+{
+    if (cycles < -1 || cycles > 100000)
+        kxRaise(PyExc_ValueError, "the cycles have to be -1 to 100000");
+    kxSceneEdits::setField({living(animation)}, "postCycles", osg::FieldValue(osg::Int32(cycles)));
+}
+
+osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kind, const std::string& name,
+                            double frame)
+{
+    if (osg::AnimClipPtr::dcast(living(clip)->getCore()) == osg::NullFC)
+        kxRaise(PyExc_ValueError, "a trigger stands in a clip");
+    if (kind != "viewpoint" && kind != "variant" && kind != "sequence")
+        kxRaise(PyExc_ValueError, "no trigger is called '" + kind + "'; there are: viewpoint, variant, sequence");
+    const float seconds = float(frame / kxAnimManager::the()->fps());
+    if (!std::isfinite(seconds))
+        kxRaise(PyExc_ValueError, "the frame has to be a finite number");
+    const osg::AnimSequencePtr core = osg::AnimSequenceBase::create();
+    core->setName(name);
+    core->setIsVariant(kind == "variant");
+    core->setIsViewpoint(kind == "viewpoint");
+    const osg::AnimNodePtr node = osg::AnimNodeBase::create();
+    node->setCore(core);
+    node->moveBy(seconds, kxAnimManager::the()->calculateFreeOffsetYFor(seconds, 0, clip, osg::AnimNodePtr()));
+    auto* const command = new kxPlaceNodesCommand(kxUndoString(QStringLiteral("Add Trigger"), QStringLiteral("Scene")));
+    command->insertNode(node, clip, -1);
+    kxUndoStack::get(0).add(command);
+    return node;
+}
+
+void setFrameRange(int start, int end)
+{
+    if (start >= end || double(end) - start > LongestRange)
+        kxRaise(PyExc_ValueError,
+                "the end has to lie 1 to " + std::to_string(LongestRange) + " frames behind the start");
+    kxAnimManager* const manager = kxAnimManager::the();
+    manager->setFullRangeStart(start);
+    manager->setFullRangeEnd(end);
+    manager->setDetailedRangeStart(start);
+    manager->setDetailedRangeEnd(end);
+}
+
+void defineScene()
+{
+    bp::def("addObject", addObject,
+            (bp::arg("kind"), bp::arg("name") = std::string(), bp::arg("parent") = osg::NodePtr(),
+             bp::arg("material") = osg::MaterialPtr()),
+            "Adds an object to the scene, at the origin or, for bodies, standing on the floor. One step on the undo "
+            "stack.\n\n"
+            "@param kind: \"box\", \"rounded box\", \"sphere\", \"cylinder\", \"cone\", \"torus\", \"plane\", "
+            "\"directional light\", \"point light\", \"spot light\", \"camera\" or \"group\".\n\n"
+            "@type kind: string\n\n"
+            "@param name: A name that is taken gets a number; empty is the kind.\n\n"
+            "@type name: string\n\n"
+            "@param parent: The node to stand below; null is the top of the scene.\n\n"
+            "@type parent: NodePtr\n\n"
+            "@param material: Of a body; null makes one for it.\n\n"
+            "@type material: MaterialPtr\n\n"
+            "@return: The new node.\n\n"
+            "@rtype: NodePtr\n\n"
+            "@raise ValueError: There is no such kind, it has no material, or the parent takes no children.");
+    bp::def("addMaterial", addMaterial,
+            (bp::arg("name"), bp::arg("color") = osg::Vec3f(0.8f, 0.8f, 0.8f), bp::arg("roughness") = 0.5,
+             bp::arg("metallic") = 0.0),
+            "Adds a material to the scene.\n\n"
+            "@param name: A name that is taken gets a number.\n\n"
+            "@type name: string\n\n"
+            "@param color: Linear, 0 to 1.\n\n"
+            "@type color: Vec3f\n\n"
+            "@param roughness: From 0, a mirror, to 1.\n\n"
+            "@type roughness: float\n\n"
+            "@param metallic: 0, or 1 for metal.\n\n"
+            "@type metallic: float\n\n"
+            "@return: The new material.\n\n"
+            "@rtype: MaterialPtr\n\n"
+            "@raise ValueError: A number isn't finite.");
+    bp::def("clippingPlane", clippingPlane, bp::args("on"),
+            "Switches the clipping plane of the scene, which hides what stands before it: on the side of its positive "
+            "z axis. It is made when it is switched on for the first time, and is moved and keyed as any object. One "
+            "step on the undo stack where it changes.\n\n"
+            "@param on: True where it shall cut.\n\n"
+            "@type on: bool\n\n"
+            "@return: The node that moves it; a null handle where there is none.\n\n"
+            "@rtype: NodePtr");
+}
+
+void defineAnimation()
+{
+    bp::def("setInfinity", setInfinity, bp::args("object", "channel", "before", "after"),
+            "Says what a keyed channel does before its first and after its last key.\n\n"
+            "@param object: A node with keys that stand in no block.\n\n"
+            "@type object: NodePtr\n\n"
+            "@param channel: As in \"rotation.Y\".\n\n"
+            "@type channel: string\n\n"
+            "@param before: \"constant\", \"linear\", \"loop\", \"loop with offset\" or \"oscillate\".\n\n"
+            "@type before: string\n\n"
+            "@param after: The same.\n\n"
+            "@type after: string\n\n"
+            "@raise ValueError: There is no such mode, or the channel has no keys.");
+    bp::def("setCycles", setCycles, bp::args("animation", "cycles"),
+            "Says how often a clip or a block repeats after its first pass.\n\n"
+            "@param animation: The clip, or the copy of a block that stands in one.\n\n"
+            "@type animation: AnimNodePtr\n\n"
+            "@param cycles: 0 to 100000; -1 repeats without end.\n\n"
+            "@type cycles: int\n\n"
+            "@raise ValueError: The animation is null, or the number out of range.");
+    bp::def("addTrigger", addTrigger, bp::args("clip", "kind", "name", "frame"),
+            "Places a trigger in a clip, which fires when playing passes over it. One step on the undo stack.\n\n"
+            "@param clip: The clip.\n\n"
+            "@type clip: AnimNodePtr\n\n"
+            "@param kind: \"viewpoint\", \"variant\" or \"sequence\".\n\n"
+            "@type kind: string\n\n"
+            "@param name: What fires; of a variant set its name, or \"Set/Choice\".\n\n"
+            "@type name: string\n\n"
+            "@param frame: Its place.\n\n"
+            "@type frame: float\n\n"
+            "@return: The trigger.\n\n"
+            "@rtype: AnimNodePtr\n\n"
+            "@raise ValueError: The clip is none, there is no such kind, or the frame isn't finite.");
+    bp::def("setFrameRange", setFrameRange, bp::args("start", "end"),
+            "Sets the frames that the timeline shows and plays.\n\n"
+            "@param start: The first frame.\n\n"
+            "@type start: int\n\n"
+            "@param end: The last frame, above the first.\n\n"
+            "@type end: int\n\n"
+            "@raise ValueError: The range is empty, or longer than a million frames.");
+}
+} // namespace
+
+void kxHostObjects::define()
+{
+    defineScene();
+    defineAnimation();
+}

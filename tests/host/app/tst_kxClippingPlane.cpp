@@ -1,0 +1,103 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxClippingPlane.h>
+#include <app/kxSceneEdits.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+#include <scene/ClippingPlane.h>
+#include <scene/kxScene.h>
+#include <view/kxClipQuad.h>
+#include <view/kxPrimitives.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+using namespace kxSceneFixture;
+
+namespace
+{
+osg::NodePtr answered()
+{
+    kxMessage message;
+    kxController::call(kxMessageName::GetClippingTransformNode, message, 0);
+    const boost::any node = message.get("node");
+    return node.empty() ? osg::NodePtr() : boost::any_cast<osg::NodePtr>(node);
+}
+} // namespace
+
+class tst_kxClippingPlane : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { clear(); }
+    void isSwitched();
+    void standsInTheMiddle();
+    void isGraspedByItsOutline();
+};
+
+void tst_kxClippingPlane::isSwitched()
+{
+    const kxClippingPlane::Answer answer;
+    QUndoStack& stack = *kxUndoStack::get(0).stack();
+    const QByteArray before = bytes();
+    kxClippingPlane::setOn(false); // there is none
+    QVERIFY(!kxClippingPlane::isOn() && answered() == osg::NullFC);
+    QCOMPARE(stack.count(), 0);
+    kxClippingPlane::setOn(true);
+    const osg::NodePtr plane = kxClippingPlane::node();
+    QVERIFY(kxClippingPlane::isOn() && answered() == plane);
+    kxClippingPlane::setOn(false);
+    QVERIFY(!kxClippingPlane::isOn() && answered() == plane); // can be animated while it is off
+    kxClippingPlane::setOn(true);
+    QVERIFY(kxClippingPlane::node() == plane); // not a second one
+    QCOMPARE(stack.count(), 3);
+
+    // Of two, the one that is shown counts.
+    kxSceneEdits::duplicateNodes({plane});
+    kxSceneEdits::setVisible({plane}, false);
+    QVERIFY(kxClippingPlane::isOn() && kxClippingPlane::node() != plane);
+    kxClippingPlane::setOn(false);
+    QVERIFY(!kxClippingPlane::isOn());
+    const QByteArray after = bytes();
+    while (stack.canUndo())
+        stack.undo();
+    QCOMPARE(bytes(), before);
+    while (stack.canRedo())
+        stack.redo();
+    QCOMPARE(bytes(), after);
+}
+
+void tst_kxClippingPlane::standsInTheMiddle()
+{
+    const osg::NodePtr surface = addSurface("Surface", osg::MaterialPtr());
+    const osg::GeometryPtr core = osg::GeometryPtr::dcast(surface->getCore());
+    core->setMesh(kxPrimitives::box(osg::Vec3f(2, 8, 4)));
+    core->setTranslation(osg::Vec3f(5, 0, 1));
+    osg::markChanged(core, osg::FieldBits);
+    kxClippingPlane::setOn(true);
+    const osg::ClippingPlanePtr plane = osg::ClippingPlanePtr::dcast(kxClippingPlane::node()->getCore());
+    QCOMPARE(plane->getTranslation(), osg::Vec3f(5, 0, 1));
+    QVERIFY(plane->getScale().x() > 8 && plane->getScale().x() < 12);
+}
+
+void tst_kxClippingPlane::isGraspedByItsOutline()
+{
+    kxClippingPlane::setOn(true); // a square of side 2 around the origin
+    kxRenderScene scene;
+    scene.update();
+    kxViewCamera camera;
+    camera.fieldOfView = 90;
+    camera.view.translate(0, 0, -2);
+    const QSizeF size(400, 400);
+    const osg::UInt32 id = kxClippingPlane::node()->getId();
+    QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), id); // its middle
+    QCOMPARE(kxClipQuad::at(QPointF(300, 160), scene, camera, size), id); // its right side
+    QCOMPARE(kxClipQuad::at(QPointF(250, 250), scene, camera, size), 0u); // through it
+    QCOMPARE(kxClipQuad::at(QPointF(350, 350), scene, camera, size), 0u);
+    camera.view.translate(0, 0, 9); // behind the eye
+    QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), 0u);
+}
+
+QTEST_MAIN(tst_kxClippingPlane)
+#include "tst_kxClippingPlane.moc"
