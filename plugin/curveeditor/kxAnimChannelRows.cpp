@@ -1,6 +1,7 @@
 #include <curveeditor/kxAnimChannelRows.h>
 
 #include <kxScenegraph.h>
+#include <trees/kxAnimRemoval.h>
 
 #include <QCoreApplication>
 
@@ -96,7 +97,7 @@ bool kxAnimChannelRows::isGone(const osg::NodePtr& node)
         return true;
     const kxAnimManager& kernel = *kxAnimManager::the();
     if (osg::AnimNodePtr::dcast(node) != osg::NullFC)
-        return node->getParent() == osg::NullFC && node != kernel.clipStructureRoot() &&
+        return (node->getParent() == osg::NullFC || !kxIsPlaced(node)) && node != kernel.clipStructureRoot() &&
                node != kernel.sceneStructureRoot();
     return !kxNodeUtils::hasParent(node, kxScenegraph::getSuperRoot());
 }

@@ -437,9 +437,10 @@ void kxAnimCurveEditor::updateOnSceneChange()
     kxAnimManager::the()->updateSceneAnimCurveData();
     if (!isVisible())
         return;
+    const std::vector<osg::NodePtr> withoutRow = listedWithoutRow();
     _library->rebuild(true);
     _channels->removeDeadTopLevelItems();
-    selectListedObjects();
+    selectNewRows(withoutRow);
     _channels->updateValues();
 }
 
@@ -459,14 +460,19 @@ std::vector<osg::FieldContainerPtr> kxAnimCurveEditor::listedContainers() const
     return containers;
 }
 
-void kxAnimCurveEditor::selectListedObjects()
+std::vector<osg::NodePtr> kxAnimCurveEditor::listedWithoutRow() const
 {
-    if (!_library->selectedItems().isEmpty() || !_channels->selectedItems().isEmpty())
-        return;
     std::vector<osg::NodePtr> nodes;
     for (const osg::FieldContainerPtr& container : listedContainers())
         if (const osg::NodePtr node = osg::NodePtr::dcast(container); node != osg::NullFC)
             nodes.push_back(node);
+    return _library->withoutItem(nodes);
+}
+
+void kxAnimCurveEditor::selectNewRows(const std::vector<osg::NodePtr>& nodes)
+{
+    if (!_library->selectedItems().isEmpty() || !_channels->selectedItems().isEmpty())
+        return;
     _library->selectItemsForNodes(nodes);
     if (_library->selectedItems().isEmpty())
         return;
@@ -599,13 +605,15 @@ void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
         // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
         kxAnimManager::the()->reevaluateAnimations(false);
         theEditor->_channels->updateValues();
+        theEditor->updateStatus(); // keys that were pasted aren't locked
         return;
     }
+    const std::vector<osg::NodePtr> withoutRow = theEditor->listedWithoutRow();
     theEditor->_library->rebuild(true);
     kxAnimManager::the()->updateSceneAnimCurveData();
     theEditor->_graphView->refresh();
     if (theEditor->_graphView->nodes().empty())
-        theEditor->selectListedObjects(); // their curves may have come back
+        theEditor->selectNewRows(withoutRow); // their curves may have come back
     theEditor->_channels->updateValues();
     theEditor->updateStatus();
 }

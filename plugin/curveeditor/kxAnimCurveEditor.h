@@ -108,8 +108,10 @@ private:
     void rebuildTrees();
     /// What the channel list shows at its top level and is still in the scene.
     std::vector<osg::FieldContainerPtr> listedContainers() const;
-    /// Selects the listed objects in the library where nothing is selected: they may have got rows since.
-    void selectListedObjects();
+    /// The objects among them that have no row in the library.
+    std::vector<osg::NodePtr> listedWithoutRow() const;
+    /// Selects, where nothing is selected in the library or the list, those of `nodes` that have got rows since.
+    void selectNewRows(const std::vector<osg::NodePtr>& nodes);
     /// The first curves of a scene come into view; later the view is the user's.
     void frameFirstCurves();
     bool isVisible() const;

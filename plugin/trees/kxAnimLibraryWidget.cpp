@@ -470,6 +470,17 @@ void kxAnimLibraryWidget::selectItemsForMaterials(const std::vector<MaterialPtr>
         matching(*this, [&ids](const kxAnimTreeWidgetItem& row) { return ids.count(row.materialId()) > 0; }));
 }
 
+std::vector<osg::NodePtr> kxAnimLibraryWidget::withoutItem(std::vector<NodePtr> nodes) const
+{
+    std::unordered_set<UInt32> shown;
+    for (QTreeWidgetItem* const item : matching(*this, [](const kxAnimTreeWidgetItem&) { return true; }))
+        shown.insert(rowOf(item)->nodeId());
+    nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
+                               [&shown](const NodePtr& node) { return shown.count(node.getFieldContainerId()) > 0; }),
+                nodes.end());
+    return nodes;
+}
+
 kxAnimTreeWidgetItem* kxAnimLibraryWidget::findItem(const AnimNodePtr& animation) const
 {
     if (animation == NullFC || animation->getCore() == NullFC)

@@ -21,6 +21,8 @@ public:
     /// signal goes out. A null entry stands for rows that show no node (no material).
     void selectItemsForNodes(const std::vector<osg::NodePtr>& nodes);
     void selectItemsForMaterials(const std::vector<osg::MaterialPtr>& materials);
+    /// Those of `nodes` that selectItemsForNodes() finds no row for.
+    std::vector<osg::NodePtr> withoutItem(std::vector<osg::NodePtr> nodes) const;
     /// The first row, depth first, that shows a node with the core of `animation`; null where there is none.
     kxAnimTreeWidgetItem* findItem(const osg::AnimNodePtr& animation) const;
 

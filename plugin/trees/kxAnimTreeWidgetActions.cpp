@@ -119,6 +119,8 @@ std::vector<kxAnimTreeWidget::Entry> kxAnimTreeWidget::selectedEntries() const
 
 void kxAnimTreeWidget::rebuildPlaces(const std::vector<Place>& places, bool expand)
 {
+    if (places.empty())
+        return; // a search keeps the states that it found
     saveItemStates();
     QSet<QPersistentModelIndex> done;
     for (const Place& place : places)

@@ -266,6 +266,12 @@ void tst_kxAnimCurveEditor::listedObjectsStay()
     kxUndoStack::get(0).stack()->undo();
     QCOMPARE(editor.channels->topLevelItemCount(), 2);
     QCOMPARE(editor.curves().size(), 1);
+
+    editor.library->clearSelection(); // by its user, who doesn't want it back
+    editor.deliver(kxMessageId::SceneChanged);
+    QVERIFY(editor.curves().isEmpty() && editor.library->selectedItems().isEmpty());
+    editor.select({box, still});
+    QCOMPARE(editor.curves().size(), 1);
     kxScene::the()->root()->subChild(box);
     editor.deliver(kxMessageId::SceneChanged);
     QVERIFY(editor.curves().isEmpty());
