@@ -1,5 +1,6 @@
 #include "kxTestObjects.h"
 
+#include <QKXTimeLine.h>
 #include <kernel/kxSelection.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void looksThroughACamera();
     void survivesObjectsThatGo();
     void isTheRenderWidget();
+    void toolsAreChosenFromARulerToo();
 
 private:
     QPoint seen(const QVector3D& point) const;
@@ -273,6 +275,18 @@ void tst_kxView3D::isTheRenderWidget()
     QCOMPARE(_view->grabFrameBuffer(true).size(), QSize(320, 240) * _view->devicePixelRatioF());
     _view.reset();
     QVERIFY(kxOSGWidget::getMGLW(-1) == nullptr);
+}
+
+void tst_kxView3D::toolsAreChosenFromARulerToo()
+{
+    QKXTimeLine ruler;
+    ruler.show();
+    QVERIFY(QTest::qWaitForWindowActive(&ruler));
+    ruler.setFocus();
+    QTest::keyClick(&ruler, Qt::Key_W);
+    QCOMPARE(_view->tool(), kxGizmo::MoveTool);
+    QTest::keyClick(&ruler, Qt::Key_Right); // the ruler's own keys
+    QCOMPARE(_view->tool(), kxGizmo::MoveTool);
 }
 
 QTEST_MAIN(tst_kxView3D)
