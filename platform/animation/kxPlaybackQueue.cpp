@@ -149,27 +149,33 @@ void kxPlaybackQueue::tick()
         ids.push_back(entry.nodeId);
         moves = moves || !entry.isPaused;
     }
+    // All show the same moment before anybody hears that one has ended, and perhaps stops the others.
+    std::vector<UInt32> ended;
     for (const UInt32 id : ids)
-        advance(id, now);
+        if (advance(id, now))
+            ended.push_back(id);
+    for (const UInt32 id : ended)
+        if (const auto entry = find(id); entry != _entries.end() && !entry->isFresh) // else somebody started it anew
+            leave(id);
     if (moves)
         kxController::updateRender(true);
 }
 
-/// Moves one entry on to the clock. Handlers of triggers and messages may change the queue meanwhile.
-void kxPlaybackQueue::advance(UInt32 nodeId, double now)
+/// Moves one entry on to the clock; true where it has ended. Handlers of triggers may change the queue meanwhile.
+bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
 {
     const auto entry = find(nodeId);
     const AnimNodePtr node = nodeOf(nodeId);
     double start = 0, end = 0;
     if (entry == _entries.end())
-        return;
+        return false;
     if (node == NullFC || !node->getPlaying() || !kxNodeTime::extent(*node, start, end))
     {
-        leave(nodeId); // died, was stopped by a script, or lost its keys
-        return;
+        entry->isFresh = false;
+        return true; // died, was stopped by a script, or lost its keys
     }
     if (entry->isPaused)
-        return;
+        return false;
     const double before = entry->position;
     const double after = std::min(std::max(before, start) + std::max(0.0, now - entry->lastClock), end);
     entry->lastClock = now;
@@ -183,6 +189,5 @@ void kxPlaybackQueue::advance(UInt32 nodeId, double now)
         kxTriggers::pass(node, before, before); // what stands at the very start
     }
     kxTriggers::pass(node, before, after);
-    if (after >= end)
-        leave(nodeId);
+    return after >= end;
 }

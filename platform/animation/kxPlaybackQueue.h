@@ -38,7 +38,7 @@ private:
     std::vector<Entry>::const_iterator find(osg::UInt32 nodeId) const;
     void leave(osg::UInt32 nodeId);
     void tick();
-    void advance(osg::UInt32 nodeId, double now);
+    bool advance(osg::UInt32 nodeId, double now);
     void updateTicks();
 
     std::vector<Entry> _entries;

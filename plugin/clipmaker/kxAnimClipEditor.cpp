@@ -12,6 +12,7 @@
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <wizard/kxAnimWizClipGUI.h>
+#include <wizard/kxAnimWizardGUII.h>
 
 #include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
@@ -99,6 +100,7 @@ kxAnimClipEditor::kxAnimClipEditor()
       _player(kxFramePlayer::the())
 {
     addWindow();
+    _wizard = kxAnimWizardGUII::create(kxRequireMainWindow());
     kxAnimWizClipGUI::create(_window);
     makeTree();
     makeView();
@@ -117,6 +119,7 @@ kxAnimClipEditor::~kxAnimClipEditor()
     delete _tree;
     delete _view;
     delete _triggerDialog;
+    delete _wizard;
 }
 
 void kxAnimClipEditor::addWindow()
@@ -157,7 +160,7 @@ void kxAnimClipEditor::makeTree()
     wizard->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     wizard->setIcon(kxIconManager::getIcon("ModulePostProcessing", ""));
     wizard->setToolTip(tr("Toolclip_Wizard"));
-    wizard->setEnabled(false); // there is no wizard to open
+    connect(wizard, SIGNAL(clicked()), _wizard, SLOT(showWizard()));
     QToolButton* const searchButton =
         makeButton("SearchButton", kxIconCache::General::getSearchIcon(), tr("Search clips"));
     QLineEdit* const searchLine = new QLineEdit;
@@ -206,7 +209,7 @@ void kxAnimClipEditor::makeView()
 
 void kxAnimClipEditor::makeCommands()
 {
-    const kxAnimClipEditorMenus menus(_window, {this, _tree, _view, scene()});
+    const kxAnimClipEditorMenus menus(_window, {this, _tree, _view, scene(), _wizard});
     _createMenu = menus.createMenu();
     _createButton = menus.createButton();
     _createClip = menus.clip();
@@ -274,6 +277,8 @@ void kxAnimClipEditor::handle(const kxMessage& message)
     case kxMessageId::StopPlayback:
         if (isVisible())
             kxAnimWizClipGUI::the()->reject();
+        if (_wizard != nullptr && (isVisible() || _wizard->isVisible()))
+            _wizard->reject();
         break;
     case kxMessageId::SceneChanged:
         if (isVisible())

@@ -18,6 +18,7 @@ class kxAnimClipScene;
 class kxAnimClipStructureWidget;
 class kxAnimClipView;
 class kxAnimSequenceGUIW;
+class kxAnimWizardGUII;
 class kxFramePlayer;
 
 /// The module that owns the clip maker: a window with the tree of clips, the timeline of one clip, its fields and its
@@ -111,6 +112,7 @@ private:
     QPointer<kxAnimClipStructureWidget> _tree;
     QPointer<kxAnimClipView> _view;
     QPointer<kxAnimSequenceGUIW> _triggerDialog; // without parent
+    QPointer<kxAnimWizardGUII> _wizard;          // the main window's child
     QMenu* _createMenu = nullptr;
     QAction* _createClip = nullptr;
     QAction* _createViewpoint = nullptr;

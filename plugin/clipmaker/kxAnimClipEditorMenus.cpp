@@ -61,12 +61,9 @@ void kxAnimClipEditorMenus::makeCreateMenu()
         addCreateEntry(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Clip"),
                        QT_TRANSLATE_NOOP("kxAnimClipEditor", "Create a new clip"), _receivers.tree, SLOT(newClip()));
     QObject::connect(_clip, SIGNAL(triggered()), _receivers.tree, SLOT(setFocus())); // its keys act on the new clip
-    QAction* const animation = _createMenu->addAction(text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Animation")));
-    const QString wizardTip =
-        text(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Create an animation with the animation wizard"));
-    animation->setStatusTip(wizardTip);
-    animation->setToolTip(wizardTip);
-    animation->setEnabled(false); // there is no wizard to open
+    addCreateEntry(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Animation"),
+                   QT_TRANSLATE_NOOP("kxAnimClipEditor", "Create an animation with the animation wizard"),
+                   _receivers.wizard, SLOT(showWizard()));
     addCreateEntry(QT_TRANSLATE_NOOP("kxAnimClipEditor", "Camera Track"),
                    QT_TRANSLATE_NOOP("kxAnimClipEditor", "Add an existing camera track"), module,
                    SLOT(addCameraTrack()));

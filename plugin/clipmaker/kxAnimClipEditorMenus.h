@@ -20,6 +20,7 @@ public:
         kxAnimClipStructureWidget* tree;
         kxAnimClipView* view;
         kxAnimClipScene* scene;
+        QObject* wizard;
     };
 
     kxAnimClipEditorMenus(kxAnimClipEditorGUIW* window, const Receivers& receivers);

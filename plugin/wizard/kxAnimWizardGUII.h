@@ -1,0 +1,70 @@
+#pragma once
+
+#include <frame/kxCallbacks.h>
+#include <wizard/kxAnimWizardUI.h>
+#include <wizard/kxCaptureTable.h>
+#include <wizard/kxWizardPreview.h>
+
+#include <QWizard>
+
+class QPushButton;
+
+/// Makes a simple animation from two captured states: choose objects, capture, change them, capture again.
+///
+/// Made once and hidden until it is asked for. Nothing of it reaches the scene before it is finished but a running
+/// preview; a cancel takes that back, the values that previews wrote as well.
+class kxAnimWizardGUII : public QWizard, public Ui::kxAnimWizardUI
+{
+    Q_OBJECT
+public:
+    /// The one wizard, made hidden where there is none; `parent` owns it.
+    static kxAnimWizardGUII* create(QWidget* parent);
+    ~kxAnimWizardGUII() override;
+
+    bool validateCurrentPage() override;
+
+public Q_SLOTS:
+    void showWizard();
+
+private Q_SLOTS:
+    void captureStart();
+    void captureEnd();
+    void changedPage(int id);
+    void playPreview(bool value);
+    void resetPreview();
+    void createFinalAnimations();
+    void resetWizard();
+    void changedInterpolation(int interpolation);
+    void changedDuration(double value);
+    void nameChanged();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    explicit kxAnimWizardGUII(QWidget* parent);
+    void connectForm();
+
+    bool coversNodes() const;
+    bool coversMaterials() const;
+    /// What is selected of the kinds that the mode covers: nodes, then materials.
+    std::vector<osg::FieldContainerPtr> selectedObjects() const;
+    void addSelectedObjects();
+    void warn(const QString& text);
+
+    bool leaveChoicePage();
+    bool leaveCapturePage();
+    bool settleInterference();
+    /// Takes the picture for a capture button and brings the table up to date with the selection; false where there is
+    /// nothing to capture, which is said.
+    bool beginCapture(QPushButton* button, const char* noWidgetText);
+    void showDock();
+
+    static void showAnimationWizard(kxMessage& message);
+    static void dequeuedAnimation(kxMessage& message);
+
+    kxInstancePointer<kxAnimWizardGUII> _instance;
+    kxCaptureTable _table;
+    kxWizardPreview _previewed;
+    kxCallbacks _callbacks;
+};

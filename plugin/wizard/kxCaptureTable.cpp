@@ -1,0 +1,206 @@
+#include <wizard/kxCaptureTable.h>
+
+#include <wizard/kxWizardCapture.h>
+
+#include <kxAnimEvaluator.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+/// Channels that a captured state leaves alone.
+bool isPassedOver(const std::string& channelName)
+{
+    static const char* const names[] = {"focalLength", "turntableAngle", "turntableHeight", "turntableDistance"};
+    return std::any_of(std::begin(names), std::end(names),
+                       [&channelName](const char* name) { return channelName == name; });
+}
+
+/// A curve node with a first and a last key of the channel's present value; null for a channel that is passed over.
+AnimNodePtr makeChannel(const kxAnimManager::kxOSGChannelData& channel, const FieldContainerPtr& object)
+{
+    if (isPassedOver(channel.channelName))
+        return AnimNodePtr();
+    const AnimNodePtr node = kxAnimManager::the()->createChannelCurveNode(channel, AnimAttachmentPtr());
+    const AnimCurvePtr curve = node != NullFC ? AnimCurvePtr::dcast(node->getCore()) : AnimCurvePtr();
+    if (curve == NullFC)
+        return node;
+    const float present = kxCaptureTable::presentValue(curve, object);
+    const float value = std::isfinite(present) ? present : 0;
+    for (const float seconds : {0.0f, 1.0f})
+        curve->addPoint(Pnt2f(seconds, value), Vec2f(), Vec2f(), UInt32(TangentType::Linear),
+                        UInt32(TangentType::Linear), false, true);
+    markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+    return node;
+}
+} // namespace
+
+bool kxCaptureTable::Entry::lives() const
+{
+    return FieldContainerFactory::the()->getContainer(containerId) != NullFC;
+}
+
+bool kxCaptureTable::Entry::isOutOfScene() const
+{
+    if (!lives())
+        return true;
+    const NodePtr node = NodePtr::dcast(container);
+    return node != NullFC && !kxNodeUtils::hasParent(node, kxScenegraph::getSuperRoot());
+}
+
+std::string kxCaptureTable::Entry::objectName() const
+{
+    if (!lives())
+        return std::string();
+    if (const NodePtr node = NodePtr::dcast(container))
+        return kxNodeUtils::getName(node);
+    return kxMaterials::getName(MaterialPtr::dcast(container));
+}
+
+void kxCaptureTable::add(const FieldContainerPtr& container)
+{
+    dropDead(); // a new container may have the address of a dead one
+    if (container == NullFC || _entries.count(container) != 0 ||
+        (NodePtr::dcast(container) == NullFC && FCPtr<MaterialBase>::dcast(container) == NullFC))
+        return;
+    std::vector<kxAnimManager::kxOSGChannelData> channels;
+    kxAnimManager::the()->getKeyableChannels(container, channels);
+    if (channels.empty())
+        return;
+    Entry entry;
+    entry.container = container;
+    entry.containerId = container.getFieldContainerId();
+    entry.block = AnimNodeBase::create();
+    entry.block->addRef();
+    entry.block->setCore(AnimBlockBase::create());
+    for (const kxAnimManager::kxOSGChannelData& channel : channels)
+        if (const AnimNodePtr node = makeChannel(channel, container))
+            entry.block->addChild(node);
+    markChanged(entry.block, Node::CoreFieldMask | Node::ChildrenFieldMask);
+    _entries.emplace(container, entry);
+}
+
+void kxCaptureTable::captureStart(int interpolation)
+{
+    dropDead();
+    eachCurve([interpolation](const AnimCurvePtr& curve, const Entry& entry)
+              { kxWizardCapture::setStart(curve, presentValue(curve, entry.container), interpolation); });
+    for (auto& entry : _entries)
+        entry.second.startCaptured = true;
+}
+
+void kxCaptureTable::captureEnd(double duration, int interpolation)
+{
+    dropDead();
+    eachCurve([=](const AnimCurvePtr& curve, const Entry& entry)
+              { kxWizardCapture::setEnd(curve, duration, presentValue(curve, entry.container), interpolation); });
+    for (auto& entry : _entries)
+        entry.second.endCaptured = true;
+}
+
+void kxCaptureTable::setInterpolation(int interpolation)
+{
+    eachCurve([interpolation](const AnimCurvePtr& curve, const Entry&)
+              { kxWizardCapture::setInterpolation(curve, interpolation); });
+}
+
+void kxCaptureTable::setDuration(double duration, int interpolation)
+{
+    eachCurve([=](const AnimCurvePtr& curve, const Entry&)
+              { kxWizardCapture::setDuration(curve, duration, interpolation); });
+}
+
+std::vector<kxCaptureTable::Entry> kxCaptureTable::present() const
+{
+    std::vector<Entry> found;
+    for (const auto& entry : _entries)
+        if (!entry.second.isOutOfScene())
+            found.push_back(entry.second);
+    return found;
+}
+
+std::vector<kxCaptureTable::Entry> kxCaptureTable::living() const
+{
+    std::vector<Entry> found;
+    for (const auto& entry : _entries)
+        if (entry.second.lives())
+            found.push_back(entry.second);
+    return found;
+}
+
+bool kxCaptureTable::holdsBlock(unsigned int id) const
+{
+    return std::any_of(_entries.begin(), _entries.end(),
+                       [id](const Entries::value_type& entry) { return entry.second.block->getId() == id; });
+}
+
+QString kxCaptureTable::missingCaptures() const
+{
+    const auto text = [](const char* source) { return QCoreApplication::translate("kxAnimWizardGUII", source); };
+    QString lines;
+    for (const Entry& entry : present())
+    {
+        if (entry.startCaptured && entry.endCaptured)
+            continue;
+        lines += QString::fromStdString(entry.objectName());
+        if (entry.startCaptured)
+            lines += text(": end");
+        else
+            lines += text(": start") + (entry.endCaptured ? QString() : text(" and end"));
+        lines += QLatin1Char('\n');
+    }
+    return lines;
+}
+
+void kxCaptureTable::dropDead()
+{
+    for (auto entry = _entries.begin(); entry != _entries.end();)
+    {
+        if (entry->second.lives())
+        {
+            ++entry;
+            continue;
+        }
+        entry->second.block->subRef();
+        entry = _entries.erase(entry);
+    }
+}
+
+void kxCaptureTable::clear()
+{
+    Entries entries;
+    entries.swap(_entries);
+    for (auto& entry : entries)
+        entry.second.block->subRef();
+}
+
+std::vector<AnimCurvePtr> kxCaptureTable::curvesOf(const AnimNodePtr& block)
+{
+    std::vector<AnimCurvePtr> curves;
+    for (const NodePtr& child : block->getChildren())
+        if (const AnimCurvePtr curve = AnimCurvePtr::dcast(child->getCore()))
+            curves.push_back(curve);
+    return curves;
+}
+
+float kxCaptureTable::presentValue(const AnimCurvePtr& curve, const FieldContainerPtr& object)
+{
+    FieldContainerPtr target;
+    std::vector<FieldContainerPtr> aims;
+    kxAnimEvaluator::the()->computeAim(curve, object, target, aims);
+    return kxAnimManager::the()->getOSGFieldValue(curve, target);
+}
+
+void kxCaptureTable::eachCurve(const std::function<void(const AnimCurvePtr&, const Entry&)>& visit) const
+{
+    for (const Entry& entry : living())
+        for (const AnimCurvePtr& curve : curvesOf(entry.block))
+            visit(curve, entry);
+}

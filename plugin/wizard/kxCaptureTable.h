@@ -1,0 +1,69 @@
+#pragma once
+
+#include <osg/AnimCurve.h>
+#include <osg/AnimNode.h>
+
+#include <QString>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+/// The objects that the animation wizard captures, each with a block of the curves captured so far.
+///
+/// The blocks stand nowhere: one that isn't attached to its object dies with the table. An object that has died stays
+/// in the table until the next add() or dropDead(), and is never touched.
+class kxCaptureTable
+{
+public:
+    struct Entry
+    {
+        osg::FieldContainerPtr container; ///< a node or a material; dangles once it has died
+        osg::AnimNodePtr block;           ///< one curve node of two keys a channel; the table holds a share
+        bool startCaptured = false;
+        bool endCaptured = false;
+        unsigned int containerId = 0;
+
+        bool lives() const;
+        /// True too for an object that only the undo stack keeps: it isn't there for the user.
+        bool isOutOfScene() const;
+        std::string objectName() const;
+    };
+    typedef std::map<osg::FieldContainerPtr, Entry> Entries;
+
+    kxCaptureTable() = default;
+    kxCaptureTable(const kxCaptureTable&) = delete;
+    kxCaptureTable& operator=(const kxCaptureTable&) = delete;
+    ~kxCaptureTable() { clear(); }
+
+    /// Does nothing for what is neither a node nor a material, has no keyable channels, or is in the table.
+    void add(const osg::FieldContainerPtr& container);
+    /// Takes the present values of all objects into the first keys, or into the last keys at `duration` seconds.
+    void captureStart(int interpolation);
+    void captureEnd(double duration, int interpolation);
+    void setInterpolation(int interpolation);
+    void setDuration(double duration, int interpolation);
+
+    /// What can be animated: the entries whose object is in the scene.
+    std::vector<Entry> present() const;
+    /// All entries whose object lives, out of the scene or not.
+    std::vector<Entry> living() const;
+    const Entries& entries() const { return _entries; }
+    bool holdsBlock(unsigned int id) const;
+    /// One line for each object in the scene that lacks a capture; empty where none does.
+    QString missingCaptures() const;
+
+    void dropDead();
+    void clear();
+
+    /// The curves of a block.
+    static std::vector<osg::AnimCurvePtr> curvesOf(const osg::AnimNodePtr& block);
+    /// The present value of what `curve` drives on the object.
+    static float presentValue(const osg::AnimCurvePtr& curve, const osg::FieldContainerPtr& object);
+
+private:
+    void eachCurve(const std::function<void(const osg::AnimCurvePtr&, const Entry&)>& visit) const;
+
+    Entries _entries;
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <wizard/kxCaptureTable.h>
+
+#include <osg/AnimCores.h>
+
+#include <QString>
+
+/// What the fields of the wizard say about the clip that it makes.
+struct kxWizardClip
+{
+    QString name;
+    double start = 0;    ///< seconds of the time of the tree's root
+    double duration = 0; ///< seconds
+    int interpolation = 0;
+    osg::ImagePtr startImage;
+    osg::ImagePtr endImage;
+
+    /// Attaches the blocks of `table` to their objects for good, under names of their own, and gives a clip with clones
+    /// of them. It stands nowhere: it dies unless it is given a parent.
+    osg::AnimNodePtr make(const kxCaptureTable& table) const;
+    /// Puts the clip below `target`, to begin at `start`, on the first free track.
+    void place(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& target) const;
+
+private:
+    osg::AnimWizClipPtr makeCore() const;
+    void addClone(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block) const;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <wizard/kxCaptureTable.h>
+
+#include <vector>
+
+/// Animations that the same objects already have in a clip while a new one is to run.
+struct kxWizardInterference
+{
+    std::vector<osg::AnimNodePtr> nodes; ///< the bars in the way, each once
+    float end = 0;                       ///< seconds: where the last of them ends
+
+    /// What the blocks of `table`, begun at `start` seconds, meet in the clip `target` or below it.
+    static kxWizardInterference find(const kxCaptureTable& table, double start, const osg::AnimNodePtr& target);
+
+    /// Takes the bars out of their clips, and clips that this leaves empty out of theirs; those in `kept` stay.
+    void discard(const std::vector<osg::AnimNodePtr>& kept) const;
+};

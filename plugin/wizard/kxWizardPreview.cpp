@@ -1,0 +1,118 @@
+#include <wizard/kxWizardPreview.h>
+
+#include <kxAnimEvaluator.h>
+#include <osg/FieldContainerFactory.h>
+
+using namespace osg;
+
+namespace
+{
+/// The channel where its object lives, else an empty one.
+kxAnimManager::kxOSGChannelData channelOf(const std::tuple<unsigned int, std::string, std::string>& key)
+{
+    kxAnimManager::kxOSGChannelData data;
+    data.container = FieldContainerFactory::the()->getContainer(std::get<0>(key));
+    data.name = data.channelName = std::get<1>(key);
+    data.suffix = std::get<2>(key);
+    return data;
+}
+} // namespace
+
+void kxWizardPreview::start(const kxCaptureTable& table)
+{
+    for (const kxCaptureTable::Entry& entry : table.present())
+    {
+        noteBefore(entry);
+        attach(entry);
+        kxAnimEvaluator::the()->enqueue(entry.block, false);
+    }
+}
+
+void kxWizardPreview::stop(const kxCaptureTable& table)
+{
+    noteLeft();
+    for (const auto& entry : table.entries()) // of dead objects too
+        kxAnimEvaluator::the()->dequeue(entry.second.block, false);
+    for (const kxCaptureTable::Entry& entry : table.living())
+        detach(entry);
+    leaveValues();
+}
+
+void kxWizardPreview::showStart(const kxCaptureTable& table)
+{
+    for (const kxCaptureTable::Entry& entry : table.present())
+    {
+        noteBefore(entry);
+        attach(entry);
+        kxAnimManager::the()->reset(entry.block, false);
+    }
+    noteLeft();
+    for (const kxCaptureTable::Entry& entry : table.present())
+        detach(entry);
+    leaveValues();
+}
+
+void kxWizardPreview::takeBack()
+{
+    for (const auto& value : _values)
+    {
+        const auto channel = channelOf(value.first);
+        if (!channel.isEmpty() && kxAnimManager::the()->getOSGFieldValue(channel) == value.second.left)
+            kxAnimEvaluator::the()->setOSGFieldValue(channel, value.second.before, true);
+    }
+    _values.clear();
+}
+
+void kxWizardPreview::attach(const kxCaptureTable::Entry& entry)
+{
+    if (kxAnimManager::the()->getAnimAttachment(entry.container) == NullFC)
+        _madeAttachments.insert(entry.containerId);
+    kxAnimManager::the()->addAnimation(entry.container, entry.block);
+}
+
+void kxWizardPreview::detach(const kxCaptureTable::Entry& entry)
+{
+    kxAnimManager::the()->subAnimation(entry.container, entry.block);
+    const AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(entry.container);
+    if (_madeAttachments.erase(entry.containerId) == 0 || attachment == NullFC ||
+        attachment->getAnimationRoot()->getNChildren() != 0) // keyed by the user meanwhile
+        return;
+    const AttachmentContainerPtr object = AttachmentContainerPtr::dcast(entry.container);
+    object->subAttachment(attachment);
+    markChanged(object, AttachmentContainer::AttachmentsFieldMask);
+}
+
+void kxWizardPreview::noteBefore(const kxCaptureTable::Entry& entry)
+{
+    for (const AnimCurvePtr& curve : kxCaptureTable::curvesOf(entry.block))
+    {
+        const float present = kxCaptureTable::presentValue(curve, entry.container);
+        const auto known =
+            _values.emplace(Channel(entry.containerId, curve->getChannelName(), curve->getSuffix()), Value{present, 0});
+        if (!known.second && known.first->second.left != present)
+            known.first->second.before = present; // changed by somebody else
+    }
+}
+
+void kxWizardPreview::noteLeft()
+{
+    for (auto& value : _values)
+    {
+        const auto channel = channelOf(value.first);
+        if (!channel.isEmpty())
+            value.second.left = kxAnimManager::the()->getOSGFieldValue(channel);
+    }
+}
+
+void kxWizardPreview::leaveValues()
+{
+    // Channels that aren't driven any more get back what they had before; what is shown becomes their own value, so
+    // that the user's next change starts from it and lasts.
+    kxAnimManager::the()->updateSceneAnimCurveData();
+    for (const auto& value : _values)
+    {
+        const auto channel = channelOf(value.first);
+        if (!channel.isEmpty() && kxAnimManager::the()->getOSGFieldValue(channel) != value.second.left)
+            kxAnimEvaluator::the()->setOSGFieldValue(channel, value.second.left, true);
+    }
+}

@@ -1,0 +1,660 @@
+#include <clipmaker/kxAnimClipEditor.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+#include <wizard/kxAnimWizardGUII.h>
+
+#include <animation/kxPlaybackClock.h>
+#include <files/kxSceneIO.h>
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxModuleRegistry.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimFixture.h>
+#include <kxOwned.h>
+#include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <kxAnimEvaluator.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxRenderWidget.h>
+#include <kxScenegraph.h>
+#include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <cmath>
+#include <memory>
+
+namespace
+{
+double clockSeconds = 0;
+
+void tickAt(double seconds)
+{
+    clockSeconds = seconds;
+    kxPlaybackClock::the().tick();
+}
+
+struct Screen : kxQGLWidget
+{
+    QImage grabFrameBuffer(bool) override
+    {
+        QImage picture(300, 200, QImage::Format_RGB32);
+        picture.fill(QColor(10, 200, 30));
+        return picture;
+    }
+};
+
+float x(const osg::NodePtr& object)
+{
+    return kxAnimFixture::transform(object)->getTranslation().x();
+}
+void moveTo(const osg::NodePtr& object, float position)
+{
+    kxAnimFixture::transform(object)->setTranslation(osg::Vec3f(position, 0, 0));
+    osg::markChanged(kxAnimFixture::transform(object), osg::Transform::TranslationFieldMask);
+}
+osg::AnimNodePtr child(const osg::NodePtr& node, unsigned index = 0)
+{
+    return osg::AnimNodePtr::dcast(node->getChild(index));
+}
+std::vector<osg::AnimNodePtr> blocksOf(const osg::FieldContainerPtr& object)
+{
+    std::vector<osg::AnimNodePtr> blocks;
+    if (const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(object))
+        attachment->getTopLevelAnimations(blocks, true);
+    return blocks;
+}
+/// The curve of a channel, null where the block has none.
+osg::AnimCurvePtr curveIn(const osg::AnimNodePtr& block, const std::string& channel, const std::string& suffix)
+{
+    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
+        if (curve->getChannelName() == channel && curve->getSuffix() == suffix)
+            return curve;
+    return osg::AnimCurvePtr();
+}
+void select(const std::vector<osg::NodePtr>& nodes, const std::vector<osg::MaterialPtr>& materials = {})
+{
+    kxSelection::the().selectNodes(nodes);
+    kxSelection::the().selectMaterials(materials);
+}
+} // namespace
+
+/// The wizard of the clip maker, with a screen to take pictures of, and the objects "Box" and "Lid" in the scene.
+class tst_kxAnimWizardGUII : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+    void coversWhatTheModeSays_data();
+    void coversWhatTheModeSays();
+    void namesMissingCaptures();
+    void makesTheClip();
+    void capturesMaterialsAndCameras();
+    void goesIntoTheSelectedClip();
+    void settlesInterference_data();
+    void settlesInterference();
+    void previewsToTheEnd();
+    void cancelLeavesNoTrace_data();
+    void cancelLeavesNoTrace();
+    void finishesDuringThePreview();
+    void survivesDeletedObjects();
+    void keepsTheKeysWithTheFields();
+    void returnInTheNamePressesNothing();
+    void capturesNothingWithoutAScreen();
+    void opensAndClosesByMessages();
+
+private:
+    /// Runs `action`, gives the text of the message box that it opens, and closes that.
+    template <class Action>
+    QString said(Action action)
+    {
+        QString text;
+        QTimer::singleShot(0, _window.get(),
+                           [&text]
+                           {
+                               auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                               if (box == nullptr)
+                                   return;
+                               text = box->text();
+                               box->buttons().front()->click();
+                           });
+        action();
+        QCoreApplication::processEvents();
+        return text;
+    }
+    void open(const std::vector<osg::NodePtr>& nodes)
+    {
+        select(nodes);
+        _wizard->showWizard();
+        _wizard->next();
+    }
+    /// Opens the wizard for Box and captures it at two places.
+    void captureBox(float from, float to)
+    {
+        open({_box});
+        moveTo(_box, from);
+        _wizard->_captureStart->click();
+        moveTo(_box, to);
+        _wizard->_captureEnd->click();
+    }
+    void finish() { _wizard->button(QWizard::FinishButton)->click(); }
+    void selectClip(const osg::AnimNodePtr& clip);
+    QByteArray saved();
+    static osg::AnimNodePtr clips() { return kxAnimManager::the()->clipStructureRoot(); }
+
+    std::unique_ptr<kxAnimFixture> _scene;
+    std::unique_ptr<QMainWindow> _window;
+    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxAnimClipEditor> _module;
+    kxAnimWizardGUII* _wizard = nullptr;
+    Screen _screen;
+    QTemporaryDir _folder;
+    osg::NodePtr _box;
+    osg::NodePtr _lid;
+};
+
+void tst_kxAnimWizardGUII::initTestCase()
+{
+    kxPlaybackClock::the().setSource([] { return clockSeconds; });
+}
+
+void tst_kxAnimWizardGUII::cleanupTestCase()
+{
+    kxPlaybackClock::the().setSource(nullptr);
+}
+
+void tst_kxAnimWizardGUII::init()
+{
+    _scene = std::make_unique<kxAnimFixture>();
+    _box = kxAnimFixture::object("Box");
+    _lid = kxAnimFixture::object("Lid");
+    _window = std::make_unique<QMainWindow>();
+    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
+    kxHostHooks::the().setMainWindow(_window.get());
+    kxHostHooks::the().setDockWindowManager(_docks.get());
+    kxOSGWidget::setMGLW(&_screen);
+    _module = std::make_unique<kxAnimClipEditor>();
+    _wizard = _window->findChild<kxAnimWizardGUII*>();
+    QVERIFY(_wizard != nullptr && _wizard->isHidden());
+    _window->show();
+    clockSeconds = 0;
+}
+
+void tst_kxAnimWizardGUII::cleanup()
+{
+    kxSelection::the().clear();
+    kxUndoStack::get(0).stack()->clear();
+    _module.reset();
+    kxOSGWidget::setMGLW(nullptr);
+    kxHostHooks::the().setMainWindow(nullptr);
+    kxHostHooks::the().setDockWindowManager(nullptr);
+    _docks.reset();
+    _window.reset();
+    _scene.reset();
+}
+
+void tst_kxAnimWizardGUII::selectClip(const osg::AnimNodePtr& clip)
+{
+    auto* const tree = _module->moduleWidget()->findChild<kxAnimClipStructureWidget*>();
+    tree->rebuild(true);
+    tree->clearSelection();
+    for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
+        if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == clip->getId())
+            (*it)->setSelected(true);
+}
+
+QByteArray tst_kxAnimWizardGUII::saved()
+{
+    const QString path = _folder.filePath("scene.kxs");
+    kxFileReport report;
+    QFile file(path);
+    return kxSceneIO::save(path, report) && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void tst_kxAnimWizardGUII::coversWhatTheModeSays_data()
+{
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<bool>("withNode");
+    QTest::addColumn<bool>("withMaterial");
+    QTest::addColumn<QString>("warning");
+    QTest::addColumn<QString>("missing");
+    const QString box = "Box: start and end\n", paint = "Paint: start and end\n";
+    QTest::newRow("object") << "_geoType" << true << true << "" << box;
+    QTest::newRow("material") << "_matType" << true << true << "" << paint;
+    QTest::newRow("both, with an object") << "_geoMatType" << true << false << "" << box;
+    QTest::newRow("both, with a material") << "_geoMatType" << false << true << "" << paint;
+    QTest::newRow("no object") << "_geoType" << false << true << "Please select aim in the scenegraph!"
+                               << "";
+    QTest::newRow("no material") << "_matType" << true << false << "Please select aim in the material editor!"
+                                 << "";
+    QTest::newRow("neither") << "_geoMatType" << false << false
+                             << "Please select aim in the scenegraph and/or material editor!"
+                             << "";
+}
+
+void tst_kxAnimWizardGUII::coversWhatTheModeSays()
+{
+    QFETCH(QString, mode);
+    QFETCH(bool, withNode);
+    QFETCH(bool, withMaterial);
+    QFETCH(QString, missing);
+    const osg::MaterialPtr paint = osg::UberMaterial::create();
+    paint->setNodeName("Paint");
+    kxScene::the()->addMaterial(paint);
+    select(withNode ? std::vector<osg::NodePtr>{_box} : std::vector<osg::NodePtr>(),
+           withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
+    _wizard->showWizard();
+    _wizard->findChild<QRadioButton*>(mode)->click();
+    QTEST(said([this] { _wizard->next(); }), "warning");
+    QCOMPARE(_wizard->currentId(), missing.isEmpty() ? 0 : 1);
+    if (missing.isEmpty())
+        return;
+    QCOMPARE(said([this] { finish(); }),
+             "Captures of the following objects are missing:\n\n" + missing + "\nPlease capture start and end state!");
+    QVERIFY(_wizard->isVisible());
+}
+
+void tst_kxAnimWizardGUII::namesMissingCaptures()
+{
+    open({_box});
+    _wizard->_captureStart->click();
+    select({_lid}); // joins, and what was captured stays
+    _wizard->_captureEnd->click();
+    const QString frame = "Captures of the following objects are missing:\n\n%1\nPlease capture start and end state!";
+    QCOMPARE(said([this] { finish(); }), frame.arg("Lid: start\n"));
+    _wizard->_captureStart->click();
+    const osg::NodePtr late = kxAnimFixture::object("Late");
+    select({late});
+    _wizard->_captureStart->click();
+    QCOMPARE(said([this] { finish(); }), frame.arg("Late: end\n"));
+    select({});
+    QCOMPARE(said([this] { _wizard->_captureEnd->click(); }),
+             QString("Nothing selected. Please select aims in the scene respectively scenegraph!"));
+    QCOMPARE(clips()->getNChildren(), 0u);
+}
+
+void tst_kxAnimWizardGUII::makesTheClip()
+{
+    captureBox(1, 5);
+    _wizard->_name->setText("Door");
+    _wizard->_startTime->setValue(1.5);
+    _wizard->_duration->setValue(4);
+    _wizard->_interpolation->setCurrentIndex(3);
+    finish();
+    QVERIFY(_wizard->isHidden());
+    QCOMPARE(clips()->getNChildren(), 1u); // a clip of its own below a new one
+    const osg::AnimNodePtr clip = child(child(clips()));
+    QCOMPARE(kxNodeUtils::getName(clip), std::string("Door"));
+    QCOMPARE(clip->getOffset(), osg::Vec2f(1.5f, 0));
+    const osg::AnimWizClipPtr core = osg::AnimWizClipPtr::dcast(clip->getCore());
+    QVERIFY(core != osg::NullFC);
+    QCOMPARE(core->getStart(), 1.5f);
+    QCOMPARE(core->getDuration(), 4.0f);
+    QCOMPARE(core->getInterpolation(), 3u);
+    for (const osg::ImagePtr& image : {core->getStartImage(), core->getEndImage()})
+        QCOMPARE(QImageConverter::convertToQImage(image).pixelColor(48, 48), QColor(10, 200, 30));
+
+    QCOMPARE(blocksOf(_box).size(), std::size_t(1));
+    const osg::AnimNodePtr block = blocksOf(_box).front();
+    QCOMPARE(kxNodeUtils::getName(block), std::string("Box_Door"));
+    QCOMPARE(osg::AnimBlockPtr::dcast(block->getCore())->getName(), std::string("Box_Door"));
+    QVERIFY(child(clip)->getCore() == block->getCore() && child(clip) != block);
+    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
+    {
+        QCOMPARE(curve->getControlPoints().size(), std::size_t(2));
+        const bool moves = curve->getChannelName() == "translation" && curve->getSuffix() == "X";
+        const osg::CCPnt &first = curve->getControlPoints(0), &last = curve->getControlPoints(1);
+        QCOMPARE(first.x(), 0.0f);
+        QCOMPARE(last.x(), 4.0f);
+        QCOMPARE(last.y() - first.y(), moves ? 4.0f : 0.0f);
+        QCOMPARE(first.outType, 2u);
+        QCOMPARE(last.outType, 1u);
+    }
+    QVERIFY(curveIn(block, "rotation", "Z") != osg::NullFC);
+    kxAnimManager::the()->setCurrentFrame(48, true, false);
+    QCOMPARE(x(_box), 3.0f); // half way, eased on both sides
+
+    // The next one starts anew, and bears no name that is taken.
+    captureBox(5, 6);
+    QCOMPARE(_wizard->_duration->value(), 2.0);
+    _wizard->_name->setText("Door");
+    _wizard->_startTime->setValue(20); // clear of the first
+    finish();
+    QCOMPARE(blocksOf(_box).size(), std::size_t(2));
+    QCOMPARE(kxNodeUtils::getName(blocksOf(_box).back()), std::string("Box_Door_1"));
+    _wizard->showWizard();
+    QCOMPARE(_wizard->_name->text(), QString("Animation"));
+    QVERIFY(_wizard->_captureStart->icon().isNull() && !_wizard->_captureStart->text().isEmpty());
+}
+
+void tst_kxAnimWizardGUII::capturesMaterialsAndCameras()
+{
+    const osg::MaterialPtr paint = osg::UberMaterial::create();
+    paint->setNodeName("Paint");
+    kxScene::the()->addMaterial(paint);
+    const osg::NodePtr camera = kxAnimFixture::object("Camera");
+    camera->setCore(osg::Camera::create());
+    select({camera}, {paint});
+    _wizard->showWizard();
+    _wizard->_geoMatType->click();
+    _wizard->next();
+    _wizard->_captureStart->click();
+    kxAnimManager::kxOSGChannelData channel;
+    channel.container = paint;
+    std::vector<kxAnimManager::kxOSGChannelData> channels;
+    kxAnimManager::the()->getKeyableChannels(paint, channels);
+    QVERIFY(!channels.empty());
+    const kxAnimManager::kxOSGChannelData changed = channels.front();
+    const float before = kxAnimManager::the()->getOSGFieldValue(changed);
+    kxAnimEvaluator::the()->setOSGFieldValue(changed, before + 0.125f, true);
+    const float after = kxAnimManager::the()->getOSGFieldValue(changed);
+    _wizard->_captureEnd->click();
+    finish();
+    QCOMPARE(blocksOf(paint).size(), std::size_t(1));
+    const osg::AnimCurvePtr curve = curveIn(blocksOf(paint).front(), changed.name, changed.suffix);
+    QCOMPARE(curve->getControlPoints(0).y(), before);
+    QCOMPARE(curve->getControlPoints(1).y(), after);
+    QVERIFY(before != after);
+    const osg::AnimNodePtr shot = blocksOf(camera).front();
+    QVERIFY(curveIn(shot, "translation", "X") != osg::NullFC);
+    QVERIFY(curveIn(shot, "focalLength", "") == osg::NullFC);
+    const osg::AnimNodePtr clip = child(child(clips()));
+    QCOMPARE(clip->getNChildren(), 2u);
+    QVERIFY(child(clip, 0)->getOffset().y() != child(clip, 1)->getOffset().y());
+}
+
+void tst_kxAnimWizardGUII::goesIntoTheSelectedClip()
+{
+    const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {});
+    const osg::AnimNodePtr outer = kxAnimFixture::clip("Outer", {inner});
+    kxAnimManager::the()->addToClipStructure(outer);
+    inner->setOffset(osg::Vec2f(10, 0));
+    const osg::AnimNodePtr other =
+        kxAnimFixture::block("Other", {kxAnimFixture::curve("translation", "X", {{0, 0}, {9, 1}})});
+    kxAnimManager::the()->addAnimation(_lid, other);
+    inner->addChild(kxAnimFixture::clone(other, 0));
+    kxAnimFixture::changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
+    selectClip(inner);
+    captureBox(0, 1);
+    _wizard->_startTime->setValue(12);
+    finish();
+    QCOMPARE(outer->getNChildren(), 1u);
+    QCOMPARE(inner->getNChildren(), 2u);
+    QCOMPARE(child(inner, 1)->getOffset(), osg::Vec2f(2, 50)); // at second 12 of the scene, beside the other
+}
+
+void tst_kxAnimWizardGUII::settlesInterference_data()
+{
+    QTest::addColumn<QString>("choice"); // empty to cancel, "-" where nothing is asked
+    QTest::addColumn<float>("existingAt");
+    QTest::addColumn<QString>("after");
+    // The clip with its children, each with its start.
+    QTest::newRow("cancel") << "" << 1.0f << "Show(Sub(Old@1)),";
+    QTest::newRow("move") << "_moveAnim" << 1.0f << "Show(Sub(Old@1)Animation@2.5),";
+    QTest::newRow("discard") << "_discardExisting" << 1.0f << "Show(Animation@0),";
+    QTest::newRow("new clip") << "_newClip" << 1.0f << "Show(Sub(Old@1)),Clip(Animation@0),";
+    QTest::newRow("meets in one point") << "_newClip" << 2.0f << "Show(Sub(Old@2)),Clip(Animation@0),";
+    QTest::newRow("behind") << "-" << 2.5f << "Show(Sub(Old@2.5)Animation@0),";
+}
+
+void tst_kxAnimWizardGUII::settlesInterference()
+{
+    QFETCH(QString, choice);
+    QFETCH(float, existingAt);
+    kxAnimManager::the()->setFPS(2);
+    const osg::AnimNodePtr old =
+        kxAnimFixture::block("Old", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 1}})});
+    kxAnimManager::the()->addAnimation(_box, old);
+    const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
+    const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
+    kxAnimManager::the()->addToClipStructure(show);
+    selectClip(show);
+    captureBox(0, 1);
+    bool asked = false;
+    QTimer::singleShot(0, _window.get(),
+                       [&]
+                       {
+                           QWidget* const dialog = QApplication::activeModalWidget();
+                           asked = dialog != nullptr;
+                           if (asked && choice.isEmpty())
+                               static_cast<QDialog*>(dialog)->reject();
+                           else if (asked)
+                           {
+                               dialog->findChild<QRadioButton*>(choice)->click();
+                               static_cast<QDialog*>(dialog)->accept();
+                           }
+                       });
+    finish();
+    QCoreApplication::processEvents();
+    QCOMPARE(asked, choice != "-");
+    QCOMPARE(_wizard->isVisible(), choice.isEmpty());
+    QString dump;
+    const std::function<void(const osg::NodePtr&)> add = [&](const osg::NodePtr& node)
+    {
+        dump += QString::fromStdString(kxNodeUtils::getName(node));
+        const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(node);
+        const bool isPlain = animation->getCore()->getType().getId() == osg::AnimClip::_type.getId();
+        if (!isPlain)
+            dump += "@" + QString::number(double(animation->getOffset().x()));
+        if (!isPlain)
+            return;
+        dump += "(";
+        for (const osg::NodePtr& below : node->getChildren())
+            add(below);
+        dump += ")";
+    };
+    for (const osg::NodePtr& clip : clips()->getChildren())
+    {
+        add(clip);
+        dump += ",";
+    }
+    QTEST(dump, "after");
+}
+
+void tst_kxAnimWizardGUII::previewsToTheEnd()
+{
+    open({_box, _lid});
+    _wizard->_captureStart->click();
+    moveTo(_box, 8);
+    moveTo(_lid, 4);
+    _wizard->_captureEnd->click();
+    _wizard->_preview->click();
+    for (QWidget* const field : {static_cast<QWidget*>(_wizard->_captureStart), static_cast<QWidget*>(_wizard->_name),
+                                 static_cast<QWidget*>(_wizard->_duration)})
+        QVERIFY(!field->isEnabled());
+    tickAt(1);
+    QCOMPARE(x(_box), 4.0f);
+    QCOMPARE(x(_lid), 2.0f);
+    tickAt(30);
+    QVERIFY(!_wizard->_preview->isChecked() && _wizard->_duration->isEnabled());
+    QCOMPARE(x(_box), 8.0f);
+    QCOMPARE(x(_lid), 4.0f); // not stopped by the end of the other
+    QVERIFY(kxAnimManager::the()->getAnimAttachment(_box) == osg::NullFC);
+
+    _wizard->_preview->click();
+    kxMessage stranger;
+    stranger.set("animNodeId", 0u, true);
+    kxController::call(kxMessageName::DequeuedAnimation, stranger, 0);
+    QVERIFY(_wizard->_preview->isChecked());
+    tickAt(31);
+    _wizard->_reset->click();
+    QVERIFY(!_wizard->_preview->isChecked());
+    QCOMPARE(x(_box), 0.0f);
+    tickAt(32);
+    QCOMPARE(x(_box), 0.0f);
+}
+
+void tst_kxAnimWizardGUII::cancelLeavesNoTrace_data()
+{
+    QTest::addColumn<QString>("steps"); // p: preview on or off, t: time goes on, r: reset, u: the user moves Lid
+    QTest::newRow("no preview") << "";
+    QTest::newRow("running") << "pt";
+    QTest::newRow("stopped half way") << "ptp";
+    QTest::newRow("reset, and again") << "rptr";
+    QTest::newRow("many") << "ptpptprpt";
+    QTest::newRow("the user's change stays") << "ptpuptp";
+    QTest::newRow("the user has the last word") << "ptpu";
+}
+
+void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
+{
+    QFETCH(QString, steps);
+    kxAnimManager::the()->addAnimation(
+        _lid, kxAnimFixture::block("Own", {kxAnimFixture::curve("visible", "", {{0, 1}, {1, 1}})}));
+    const osg::UInt32 highest = osg::UInt32(osg::FieldContainerFactory::the()->getFieldContainerStore().size());
+    open({_box, _lid});
+    _wizard->_captureStart->click();
+    moveTo(_box, 8);
+    moveTo(_lid, 4);
+    _wizard->_captureEnd->click();
+    if (steps.contains('u'))
+        moveTo(_lid, 6);
+    const QByteArray before = saved();
+    QVERIFY(!before.isEmpty());
+    moveTo(_lid, 4);
+    double now = clockSeconds;
+    for (const QChar step : steps)
+    {
+        if (step == 'p')
+            _wizard->_preview->click();
+        else if (step == 't')
+            tickAt(now += 0.75);
+        else if (step == 'r')
+            _wizard->_reset->click();
+        else
+            moveTo(_lid, 6);
+    }
+    _wizard->reject();
+    QCOMPARE(saved(), before);
+    tickAt(now + 5);
+    QCOMPARE(saved(), before);
+    QVERIFY(!_wizard->_preview->isChecked());
+    for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
+        QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
+}
+
+void tst_kxAnimWizardGUII::finishesDuringThePreview()
+{
+    captureBox(2, 6);
+    _wizard->_preview->click();
+    tickAt(0.5);
+    finish();
+    QCOMPARE(blocksOf(_box).size(), std::size_t(1));
+    QVERIFY(!kxAnimEvaluator::the()->isPlaying(blocksOf(_box).front()));
+    const float stopped = x(_box);
+    tickAt(1.5);
+    QCOMPARE(x(_box), stopped);
+    QVERIFY(_wizard->_captureStart->isEnabled());
+    QCOMPARE(child(child(clips()))->getNChildren(), 1u);
+}
+
+void tst_kxAnimWizardGUII::survivesDeletedObjects()
+{
+    open({_box, _lid});
+    const kxOwned<osg::Node> kept(kxAnimFixture::object("Undoable"));
+    const osg::NodePtr gone = kept;
+    select({_box, _lid, gone});
+    _wizard->_captureStart->click();
+    _wizard->_preview->click();
+    kxScene::the()->root()->subChild(_box); // dies
+    kxScene::the()->root()->subChild(gone); // as after a delete that can be undone
+    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
+    tickAt(0.5);
+    _wizard->_preview->click();
+    select({_lid});
+    _wizard->_captureEnd->click();
+    _wizard->_interpolation->setCurrentIndex(2);
+    _wizard->_duration->setValue(3);
+    _wizard->_reset->click();
+    finish();
+    QVERIFY(_wizard->isHidden());
+    QCOMPARE(child(child(clips()))->getNChildren(), 1u);
+    QCOMPARE(blocksOf(_lid).size(), std::size_t(1));
+    QVERIFY(blocksOf(gone).empty());
+
+    open({_lid});
+    _wizard->_captureStart->click();
+    _wizard->_preview->click();
+    kxSelection::the().clear();
+    kxScene::the()->clear(); // another scene is opened
+    tickAt(1);
+    _wizard->reject();
+    QVERIFY(!_wizard->_preview->isChecked());
+}
+
+void tst_kxAnimWizardGUII::keepsTheKeysWithTheFields()
+{
+    moveTo(_box, std::nanf(""));
+    open({_box});
+    _wizard->_captureStart->click();
+    _wizard->_captureEnd->click();
+    _wizard->_duration->setValue(-5);
+    QCOMPARE(_wizard->_duration->value(), 0.0);
+    _wizard->_duration->setValue(7.0 / 24);
+    _wizard->_name->setText("  ");
+    finish();
+    const osg::AnimNodePtr clip = child(child(clips()));
+    QCOMPARE(kxNodeUtils::getName(clip), std::string("Animation"));
+    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(child(clip)))
+        for (const osg::CCPnt& key : curve->getControlPoints())
+            QVERIFY(std::isfinite(key.x() + key.y() + key.inX() + key.inY() + key.outX() + key.outY()));
+    const osg::AnimCurvePtr curve = curveIn(child(clip), "translation", "Y");
+    QVERIFY(std::abs(double(curve->getControlPoints(1).x()) * 24 - 7) < 1e-4); // stays on its frame
+}
+
+void tst_kxAnimWizardGUII::returnInTheNamePressesNothing()
+{
+    open({_box});
+    _wizard->_name->setFocus();
+    QTest::keyClick(_wizard->_name, Qt::Key_Return);
+    QVERIFY(!_wizard->_name->hasFocus() && _wizard->isVisible());
+    QCOMPARE(_wizard->currentId(), 1);
+    QVERIFY(_wizard->_captureStart->icon().isNull());
+}
+
+void tst_kxAnimWizardGUII::capturesNothingWithoutAScreen()
+{
+    open({_box});
+    kxOSGWidget::setMGLW(nullptr);
+    _wizard->_captureStart->click();
+    QVERIFY(_wizard->_captureStart->icon().isNull());
+    QVERIFY(said([this] { finish(); }).contains("Box: start and end"));
+}
+
+void tst_kxAnimWizardGUII::opensAndClosesByMessages()
+{
+    kxMessage message;
+    kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
+    QVERIFY(_wizard->isVisible());
+    kxMessage stop(kxMessageId::StopPlayback);
+    _module->receivedMessage(stop);
+    QVERIFY(_wizard->isHidden());
+    _module->moduleWidget()->findChild<QAbstractButton*>("AnimationWizardButton")->click();
+    QVERIFY(_wizard->isVisible());
+    _wizard->_openClipMaker->setChecked(true);
+    captureBox(0, 1);
+    finish();
+    QVERIFY(_docks->getDockWidget("Clip Maker")->isVisible());
+}
+
+QTEST_MAIN(tst_kxAnimWizardGUII)
+#include "tst_kxAnimWizardGUII.moc"
