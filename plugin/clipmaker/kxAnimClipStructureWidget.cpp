@@ -494,8 +494,8 @@ void kxAnimClipStructureWidget::paintEvent(QPaintEvent* event)
     kxAnimTreeWidget::paintEvent(event);
     if (topLevelItemCount() == 0)
         kxPaintTreeHint(*this, _showsHits ? tr("Nothing found")
-                                          : tr("No clips yet. Right-click here and choose New Clip, then drag "
-                                               "animations from the library onto it."));
+                                          : tr("No clips yet. Create > Clip makes one; then drag animations onto "
+                                               "it from the library of the curve editor."));
 }
 
 void kxAnimClipStructureWidget::pastedAnimations(kxMessage&)

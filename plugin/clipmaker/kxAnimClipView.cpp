@@ -272,7 +272,7 @@ void kxAnimClipView::drawHint(QPainter* painter)
 {
     const bool hasClip = _scene->clip() != osg::NullFC;
     const QString title = hasClip ? tr("The clip is empty") : tr("No clip to show");
-    const QString text = hasClip ? tr("Drag an animation block from the library onto a track.")
+    const QString text = hasClip ? tr("Drag an animation block from the curve editor's library onto a track.")
                                  : tr("Select a clip in the tree, or create one.");
     const int dpi = int(kxPlatform::getDpiScaleX());
     const QRect area = viewport()->rect().adjusted(int(kxClipLayout::ColumnWidth) * dpi + 20, 20, -20, -20);

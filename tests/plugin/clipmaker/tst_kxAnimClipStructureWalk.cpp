@@ -5,7 +5,10 @@
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 
+#include <QApplication>
+#include <QInputDialog>
 #include <QLineEdit>
+#include <QTimer>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -122,6 +125,32 @@ void tst_kxAnimClipStructureWalk::survivesRandomEdits()
         [&] { stack->redo(); },
         [&] { tree.copy(); },
         [&] { tree.setFlipped(below(2) == 0); },
+        [&]
+        {
+            QTimer::singleShot(0, &tree,
+                               [&]
+                               {
+                                   auto* const dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+                                   if (dialog == nullptr)
+                                       return;
+                                   if (below(4) == 0)
+                                       tree.rebuild(true); // as anything may while the question stands
+                                   dialog->setIntValue(below(5));
+                                   below(3) == 0 ? dialog->reject() : dialog->accept();
+                               });
+            tree.editPostCycles();
+            QCoreApplication::processEvents();
+        },
+        [&]
+        {
+            if (QTreeWidgetItem* const row = anyRow())
+                row->setData(0, Qt::EditRole, below(2) == 0 ? "A" : QString("name %1").arg(below(50)));
+        },
+        [&]
+        {
+            if (hasRoom())
+                QMetaObject::invokeMethod(&tree, "clone");
+        },
         [&] { QMetaObject::invokeMethod(&tree, "startRename"); },
         [&]
         {

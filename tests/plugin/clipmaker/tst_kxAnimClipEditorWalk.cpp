@@ -1,0 +1,249 @@
+#include <clipmaker/kxAnimAbstractClipItem.h>
+#include <clipmaker/kxAnimClipEditor.h>
+#include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxModuleRegistry.h>
+#include <kxAnimFixture.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <kxController.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMimeData>
+#include <QToolButton>
+#include <QUndoStack>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+/// The whole window in a random walk: what tree, timeline, fields and buttons do to each other.
+class tst_kxAnimClipEditorWalk : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void survivesRandomEdits();
+};
+
+namespace
+{
+/// The tree's own ways to make a drag and to take one.
+struct Drags : kxAnimClipStructureWidget
+{
+    static QMimeData* make(const kxAnimClipStructureWidget* tree)
+    {
+        return (tree->*(&Drags::mimeData))(tree->selectedItems());
+    }
+    static void drop(kxAnimClipStructureWidget* tree, QTreeWidgetItem* parent, const QMimeData* mime)
+    {
+        (tree->*(&Drags::dropMimeData))(parent, 0, mime, Qt::CopyAction);
+    }
+};
+
+/// Three clips over two objects, one clip inside another.
+void fill()
+{
+    std::vector<osg::AnimNodePtr> blocks;
+    for (const char* name : {"walk", "jump"})
+    {
+        blocks.push_back(kxAnimFixture::block(name, {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 5}})}));
+        kxAnimManager::the()->addAnimation(kxAnimFixture::object(name), blocks.back());
+    }
+    const osg::AnimNodePtr inner = kxAnimFixture::clip("inner", {kxAnimFixture::clone(blocks[1], 1)});
+    const osg::AnimNodePtr trigger = kxAnimFixture::group<osg::AnimSequenceBase>("trigger", {});
+    for (const osg::AnimNodePtr& clip :
+         {kxAnimFixture::clip("A", {inner, kxAnimFixture::clone(blocks[0], 0, 1)}),
+          kxAnimFixture::clip("B", {kxAnimFixture::clone(blocks[0], 0), trigger}), kxAnimFixture::clip("C", {})})
+        kxAnimManager::the()->addToClipStructure(clip);
+}
+} // namespace
+
+void tst_kxAnimClipEditorWalk::survivesRandomEdits()
+{
+    kxAnimFixture scene;
+    QMainWindow window;
+    QKXDockWindowManager docks(&window);
+    kxHostHooks::the().setMainWindow(&window);
+    kxHostHooks::the().setDockWindowManager(&docks);
+    auto module = std::make_unique<kxAnimClipEditor>();
+    auto* const form = static_cast<kxAnimClipEditorGUIW*>(module->moduleWidget());
+    auto* const tree = form->findChild<kxAnimClipStructureWidget*>();
+    auto* const view = form->findChild<kxAnimClipView*>();
+    kxAnimClipScene* const shown = view->clipScene();
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    kxAnimManager* const kernel = kxAnimManager::the();
+    window.resize(1000, 600);
+    window.show();
+    docks.show("Clip Maker");
+    fill();
+    tree->rebuild(false);
+
+    std::mt19937 random(7);
+    const auto below = [&random](int count) { return count < 1 ? 0 : int(random() % unsigned(count)); };
+    const auto rows = [tree]
+    {
+        QList<QTreeWidgetItem*> all;
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
+            all.append(*it);
+        return all;
+    };
+    const auto anyRow = [&]() -> QTreeWidgetItem*
+    {
+        const QList<QTreeWidgetItem*> all = rows();
+        return all.isEmpty() || below(6) == 0 ? nullptr : all[below(all.size())];
+    };
+    const auto anyBar = [&] { return shown->bars().isEmpty() ? nullptr : shown->bars()[below(shown->bars().size())]; };
+    const auto hasRoom = [&] { return rows().size() < 60; };
+    const auto send = [](kxMessageId::Id id)
+    {
+        kxMessage message(id);
+        kxModuleRegistry::the().deliver(message);
+    };
+    const auto slot = [&](const char* name) { QMetaObject::invokeMethod(module.get(), name); };
+
+    const auto select = [&]
+    {
+        tree->clearSelection();
+        if (QTreeWidgetItem* const row = anyRow())
+            row->setSelected(true);
+    };
+    const std::vector<std::function<void()>> steps = {
+        select,
+        select,
+        [&]
+        {
+            if (QTreeWidgetItem* const row = anyRow())
+                row->setSelected(below(2) == 0);
+        },
+        [&]
+        {
+            if (kxAnimAbstractClipItem* const bar = anyBar())
+                bar->setSelected(below(3) != 0);
+        },
+        [&]
+        {
+            if (kxAnimAbstractClipItem* const bar = anyBar())
+                bar->setPos(below(200), 50 * below(4));
+        },
+        [&] { form->_start->setValue(below(300)); },
+        [&] { form->_duration->setValue(below(100)); },
+        [&] { form->_postCycles->setValue(below(4) - 1); },
+        [&]
+        {
+            if (hasRoom())
+                tree->newClip(below(2) == 0);
+        },
+        [&]
+        {
+            const std::unique_ptr<QMimeData> mime(Drags::make(tree));
+            Drags::drop(tree, anyRow(), mime.get());
+        },
+        [&]
+        {
+            if (hasRoom())
+                below(2) == 0 ? tree->duplicateSpecial() : tree->duplicateFlippedSpecial();
+        },
+        [&]
+        {
+            if (hasRoom())
+                shown->duplicateSelectedItems(below(2) == 0);
+        },
+        [&] { tree->setFlipped(below(2) == 0); },
+        [&]
+        {
+            if (QTreeWidgetItem* const row = anyRow())
+                row->setCheckState(below(2), below(2) == 0 ? Qt::Checked : Qt::Unchecked);
+        },
+        [&]
+        {
+            QMetaObject::invokeMethod(module.get(), "updateLastDeleteFocus",
+                                      Q_ARG(QWidget*, below(2) == 0 ? static_cast<QWidget*>(tree) : view));
+            slot("clickedDelete");
+        },
+        [&] { stack->undo(); },
+        [&] { stack->redo(); },
+        [&] { below(2) == 0 ? tree->copy() : void(shown->copySelectedItems()); },
+        [&]
+        {
+            if (hasRoom())
+                slot("pasteClone");
+        },
+        [&]
+        {
+            const QString name = QStringList({"_play", "_playRev", "_stop", "_gotoStart", "_gotoEnd"})[below(5)];
+            form->findChild<QToolButton*>(name)->click();
+        },
+        [&]
+        {
+            kxMessage message;
+            message.set("frame", double(below(200)), true);
+            kxController::call(kxMessageName::FramePlayerFrameChanged, message, 0);
+        },
+        [&]
+        {
+            kxMessage message;
+            kxController::call(below(2) == 0 ? kxMessageName::FramePlayerLoopChanged : kxMessageName::UpdateClipScene,
+                               message, 0);
+        },
+        [&] { send(below(2) == 0 ? kxMessageId::SceneChanged : kxMessageId::ClipsChanged); },
+        [&]
+        {
+            // Behind the window's back: the shown clip, or what stands in it, dies.
+            const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(anyRow());
+            const osg::AnimNodePtr node = row == nullptr ? osg::AnimNodePtr() : row->animNode();
+            if (below(4) == 0 && node != osg::NullFC && node->getParent() != osg::NullFC)
+                node->getParent()->subChild(node);
+        },
+        [&] { slot("clickedVerify"); },
+        [&] { form->findChild<QLineEdit*>("SearchLine")->setText(below(2) == 0 ? "a" : ""); },
+        [&]
+        {
+            // Nothing would be left to walk over.
+            if (below(6) != 0 && kernel->clipStructureRoot()->getNChildren() > 1)
+                return;
+            stack->clear();
+            kxAnimFixture::clear();
+            if (below(2) == 0)
+                send(kxMessageId::NewScene);
+            fill();
+            send(kxMessageId::AnimationsLoaded);
+        },
+    };
+    int most = 0;
+    for (int step = 0; step < 1500; ++step)
+    {
+        steps[std::size_t(below(int(steps.size())))]();
+        most = std::max(most, shown->bars().size());
+        for (const kxAnimAbstractClipItem* const bar : shown->bars())
+            QVERIFY(std::isfinite(bar->x()) && std::isfinite(bar->sceneBoundingRect().width()));
+        QVERIFY(std::isfinite(form->_start->value()) && std::isfinite(form->_duration->value()));
+        if (step % 10 == 0)
+            QCoreApplication::processEvents();
+        if (step % 50 == 0)
+            form->grab();
+    }
+    QVERIFY(most > 4);
+    form->findChild<QLineEdit*>("SearchLine")->setText("");
+    send(kxMessageId::ClipsChanged);
+    for (QTreeWidgetItem* const item : rows())
+        QVERIFY(static_cast<kxAnimTreeWidgetItem*>(item)->node() != osg::NullFC);
+    QCOMPARE(tree->topLevelItemCount(), int(kernel->clipStructureRoot()->getNChildren()));
+    stack->clear();
+    module.reset();
+    kxHostHooks::the().setMainWindow(nullptr);
+    kxHostHooks::the().setDockWindowManager(nullptr);
+}
+
+QTEST_MAIN(tst_kxAnimClipEditorWalk)
+#include "tst_kxAnimClipEditorWalk.moc"
