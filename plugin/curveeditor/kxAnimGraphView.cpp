@@ -552,7 +552,7 @@ void kxAnimGraphView::drawForeground(QPainter* painter, const QRectF& rect)
 void kxAnimGraphView::drawHint(QPainter* painter)
 {
     const QString titleText = tr("No curves to show");
-    const QString text = tr("Select an object, then press Ctrl+K to key it.");
+    const QString text = tr("Select an object and press Ctrl+K to key it, or select a block to see its curves.");
     QFont titleFont = font();
     titleFont.setPointSizeF(titleFont.pointSizeF() * 1.25);
     constexpr int Flags = Qt::AlignHCenter | Qt::TextWordWrap;
