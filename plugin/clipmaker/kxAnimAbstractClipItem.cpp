@@ -27,7 +27,9 @@
 namespace
 {
 constexpr int ReturnMilliseconds = 500;
-constexpr double BarDepth = -10; // z value
+// z values
+constexpr double BarDepth = -10;
+constexpr double DraggedDepth = -9; // what is dragged isn't hidden by what it is dragged over
 
 // Places of the labels, in pixels times dpi.
 constexpr double TextLeft = 12;
@@ -429,6 +431,7 @@ void kxAnimAbstractClipItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
         bar->_dragStart = bar->pos();
         bar->_dragStretch = bar->transform().m11();
         bar->_savedSelected = false;
+        bar->setZValue(DraggedDepth);
     }
 }
 
@@ -445,6 +448,9 @@ void kxAnimAbstractClipItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     if (clips != nullptr && clips->resolveCollisions(clips->selectedItems()))
         for (kxAnimAbstractClipItem* bar : selectedBars())
             bar->slideBack();
+    for (kxAnimAbstractClipItem* bar : clips == nullptr ? QVector<kxAnimAbstractClipItem*>() : clips->bars())
+        if (!bar->isReturning())
+            bar->setZValue(BarDepth);
     QGraphicsRectItem::mouseReleaseEvent(event);
 }
 
@@ -502,6 +508,7 @@ void kxAnimAbstractClipItem::finishedAnimation()
 {
     setFlag(ItemIsMovable, _savedMovable);
     setFlag(ItemIsSelectable, _savedSelectable);
+    setZValue(BarDepth);
     delete _returnAnimation;
     _returnAnimation = nullptr;
     if (_returnTimeLine != nullptr)

@@ -204,12 +204,13 @@ void tst_kxAnimClipItem::slidesBackFromACollision()
 {
     kxClipFixture f;
     f.scene.setSnapToGridX(true);
-    f.bar(0, 2);
     kxAnimClipItem* const bar = f.bar(4, 2); // frames 96 to 144
+    f.bar(0, 2);
     // Cycles count as well: a bar on the next track repeats to frame 144.
     f.bar(0, 2, 1, 2);
     f.drag(f.middle(bar), -60, 0, 3, false);
     QVERIFY(f.scene.checkCollisions(f.scene.selectedItems()));
+    QCOMPARE(kxAnimAbstractClipItem::fromItem(f.scene.items(QPointF(40, 40)).value(0)), bar); // over its neighbour
     kxRelease(f.view.viewport(), f.view.mapFromScene(f.middle(bar)));
     QVERIFY(!bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
     QTRY_VERIFY(bar->x() > 40 && bar->x() < 90); // on its way
