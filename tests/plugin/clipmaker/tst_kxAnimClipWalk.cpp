@@ -9,6 +9,7 @@
 
 #include <kernel/kxHostHooks.h>
 #include <kxAnimFixture.h>
+#include <kxOwned.h>
 #include <kxSendMouse.h>
 
 #include <QKXDockWindowManager.h>
@@ -310,8 +311,8 @@ void tst_kxAnimClipWalk::barsFollowTheirNodes()
         kxAnimManager::the()->addAnimation(object, _blocks.back());
     }
     const AnimNodePtr clip = scene.clip("Show", {scene.clone(_blocks[0], 0), scene.clone(_blocks[1], 2, 1)});
-    const AnimNodePtr above = scene.clip("Above", {});
-    kxAnimManager::the()->addToClipStructure(nested ? above : clip);
+    const kxOwned<AnimNode> above(scene.clip("Above", {}));
+    kxAnimManager::the()->addToClipStructure(nested ? above.get() : clip);
     if (nested)
     {
         above->addChild(clip);
