@@ -7,11 +7,13 @@
 #include <app/kxSceneEdits.h>
 #include <app/kxSceneObjects.h>
 #include <kxAnimManager.h>
+#include <kxScenegraph.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -67,13 +69,18 @@ osg::MaterialPtr addMaterial(const std::string& name, const osg::Vec3f& color, d
 {
     if (!isFinite(color) || !std::isfinite(roughness) || !std::isfinite(metallic))
         kxRaise(PyExc_ValueError, "the colour, the roughness and the metallic have to be finite numbers");
+    std::vector<std::string> taken;
+    for (const osg::MaterialPtr& other : kxScene::the()->materials())
+        taken.push_back(kxMaterials::getName(other));
     const osg::MaterialPtr material = kxSceneEdits::addMaterial();
     if (!name.empty())
-        kxSceneEdits::rename(material, QString::fromStdString(name));
+        kxSceneEdits::rename(material, QString::fromStdString(kxNodeUtils::getUniqueName(name, taken)));
     const std::vector<osg::FieldContainerPtr> target = {material};
-    kxSceneEdits::setField(target, "baseColor", osg::FieldValue(color));
-    kxSceneEdits::setField(target, "roughness", osg::FieldValue(float(roughness)));
-    kxSceneEdits::setField(target, "metallic", osg::FieldValue(float(metallic)));
+    const auto share = [](double value) { return float(std::clamp(value, 0.0, 1.0)); };
+    const osg::Vec3f shown(share(color.x()), share(color.y()), share(color.z()));
+    kxSceneEdits::setField(target, "baseColor", osg::FieldValue(shown));
+    kxSceneEdits::setField(target, "roughness", osg::FieldValue(share(roughness)));
+    kxSceneEdits::setField(target, "metallic", osg::FieldValue(share(metallic)));
     return material;
 }
 
@@ -151,6 +158,13 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
     return node;
 }
 
+void showAnimation(const osg::AnimNodePtr& animation, double frame)
+{
+    if (!std::isfinite(frame))
+        kxRaise(PyExc_ValueError, "the frame has to be a finite number");
+    kxAnimManager::the()->evaluateByFrame(living(animation), frame, true, false, false);
+}
+
 void setFrameRange(int start, int end)
 {
     if (start >= end || double(end) - start > LongestRange)
@@ -188,7 +202,7 @@ void defineScene()
             "Adds a material to the scene.\n\n"
             "@param name: A name that is taken gets a number.\n\n"
             "@type name: string\n\n"
-            "@param color: Linear, 0 to 1.\n\n"
+            "@param color: Linear, 0 to 1; other values are clamped, here and below.\n\n"
             "@type color: Vec3f\n\n"
             "@param roughness: From 0, a mirror, to 1.\n\n"
             "@type roughness: float\n\n"
@@ -240,6 +254,15 @@ void defineAnimation()
             "@return: The trigger.\n\n"
             "@rtype: AnimNodePtr\n\n"
             "@raise ValueError: The clip is none, there is no such kind, or the frame isn't finite.");
+    bp::def(
+        "showAnimation", showAnimation, bp::args("animation", "frame"),
+        "Puts the objects into the state that a clip or a block has at a frame, as the clip maker does. The timeline "
+        "shows blocks alone; it takes over at the next change of the current frame.\n\n"
+        "@param animation: The clip or block.\n\n"
+        "@type animation: AnimNodePtr\n\n"
+        "@param frame: The frame; triggers don't fire.\n\n"
+        "@type frame: float\n\n"
+        "@raise ValueError: The animation is null, or the frame isn't finite.");
     bp::def("setFrameRange", setFrameRange, bp::args("start", "end"),
             "Sets the frames that the timeline shows and plays.\n\n"
             "@param start: The first frame.\n\n"

@@ -339,6 +339,7 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
         }
         d.surface.set(gl, "uWorld", item->world);
         gl.UniformMatrix3fv(d.surface.place(gl, "uNormal"), 1, GL_FALSE, item->world.normalMatrix().constData());
+        d.surface.set(gl, "uSection", item->isCut && !look.doubleSided && look.opacity >= 1 ? 1.0f : 0.0f);
         gl.FrontFace(item->mirrored ? GL_CW : GL_CCW);
         // Through a cut the inside is seen.
         if (!look.doubleSided && !item->isCut)

@@ -72,6 +72,8 @@ uniform vec4 uBase;     // rgb, opacity
 uniform vec4 uEmissive; // rgb, alpha cut-off
 uniform vec4 uSurface;  // metallic, roughness, 1 with picture, 1 with normals
 uniform sampler2D uPicture;
+uniform vec4 uKept;
+uniform float uSection; // 1: the inside is shown as the cut through a solid body
 out vec4 oColor;
 void main()
 {
@@ -95,6 +97,8 @@ void main()
     s.emissive = uEmissive.rgb;
     s.metallic = uSurface.x;
     s.roughness = uSurface.y;
+    if (uSection > 0.5 && !gl_FrontFacing)
+        s = sectionOf(s, uKept);
     oColor = surfaceColor(s, base.a);
 }
 )";

@@ -299,6 +299,8 @@ vec4 kxSoftwareTile::shade(const kxRasterTriangle& triangle, float x, float y)
     s.emissive = vec3(look.emissive[0], look.emissive[1], look.emissive[2]);
     s.metallic = look.metallic;
     s.roughness = look.roughness;
+    if (item.isCut && !triangle.front && !look.doubleSided && look.opacity >= 1)
+        s = _shader.sectionOf(s, vec4(_frame.kept.x(), _frame.kept.y(), _frame.kept.z(), _frame.kept.w()));
     const float opacity = look.alphaCutoff > 0 ? 1.0f : kxShade::clamp(color.w, 0.0f, 1.0f);
     const vec4 result = _shader.surfaceColor(s, opacity);
     const float line = _frame.options.wire ? 0.4f * kxShade::clamp(1.1f - edge, 0.0f, 1.0f) : 0.0f;

@@ -201,6 +201,34 @@ void tst_kxHostModule::scripts_data()
            "refused(OverflowError, \"'key'\", sendMessage, 'probe', {'key': 2**31})\n"
            "refused(TypeError, 'str', sendMessage, 'probe', {1: 2})\n"
            "assert sendMessage('nobody listens', {'a': 1}) == {'a': 1} and sendMessage('nobody') == {}";
+    QTest::newRow("building")
+        << "paint = addMaterial('Paint', (0.1, 2, 0.3), 7)\n"
+           "assert paint.name != 'Paint' and channelValue(paint, 'roughness') == 1\n"
+           "ball = addObject('Sphere', 'Knob', findNode('Door'), paint)\n"
+           "assert ball.parent == findNode('Door') and ball.name != 'Knob'\n"
+           "assert addObject('spot light').typeName == 'Light' and addObject('group').name == 'Group'\n"
+           "count = undoCount()\n"
+           "refused(ValueError, 'rounded box', addObject, 'ball'); refused(ValueError, 'material', addObject, "
+           "'camera', '', None, paint)\n"
+           "refused(ValueError, 'finite', addMaterial, 'x', (float('nan'), 0, 0)); refused(TypeError, '', addObject, "
+           "3)\n"
+           "assert undoCount() == count and not clippingPlane(False)\n"
+           "plane = clippingPlane(True); assert plane == clippingPlane(True) and undoCount() == count + 1\n"
+           "assert clippingPlane(False) == plane and channelValue(plane, 'visible') == 0\n"
+           "while undo(): pass\n"
+           "assert len(findNode('Door').children) == 1 and not findNode('Clipping Plane')";
+    QTest::newRow("animations refused")
+        << "door = findNode('Door')\n"
+           "refused(ValueError, 'no keys', setInfinity, door, 'rotation.Y', 'loop', 'loop')\n"
+           "refused(ValueError, 'oscillate', setInfinity, door, 'rotation.Y', 'loop', 'for ever')\n"
+           "refused(ValueError, 'null', setInfinity, None, 'rotation.Y', 'loop', 'loop')\n"
+           "refused(ValueError, 'null', setCycles, None, 1); refused(ValueError, 'null', showAnimation, None, 1)\n"
+           "refused(ValueError, 'null', addTrigger, None, 'sequence', 'a', 1)\n"
+           "for frame in (float('nan'), float('inf')):\n"
+           "    refused(ValueError, 'finite', showAnimation, None, frame)\n"
+           "for range_ in ((0, 0), (5, 4), (-2**31, 2**31 - 1)):\n"
+           "    refused(ValueError, 'behind', setFrameRange, *range_)\n"
+           "assert undoCount() == 0";
     QTest::newRow("events") << "processEvents()";
 }
 
