@@ -133,7 +133,7 @@ def places_a_viewpoint(application, folder):
     application.drag([application.point("_view", 0.5, 0.7), application.point("_view", 0.25, 0.75)])
     application.wait_for_camera(SEEN["side"])
 
-    create(application, *["Down"] * 3, "Return")  # behind the clip and the camera track, which can always be made
+    create(application, *["Down"] * 4, "Return")  # behind clip, wizard and camera track, which can always be made
     application.answer_question("Add Viewpoint", "Tab", "ctrl+a", "4", "8", "Return")
     unfold(application)
     application.wait_for("['Show', 'Viewpoint'] in widgetRows('_clips')")
