@@ -127,7 +127,7 @@ void tst_kxPlugin::livesAndDies()
                                      "module Curve Editor Animation 38288130",
                                      "module Clip Maker Animation 4a88130",
                                      "module Timeline Animation a00010",
-                                     "docks 2 bars 1",
+                                     "docks 3 bars 1",
                                      "handlers of one message 1",
                                      "kxAnimControlWidget::~kxAnimControlWidget",
                                      "gone Timeline",
