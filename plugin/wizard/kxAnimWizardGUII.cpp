@@ -74,6 +74,10 @@ kxAnimWizardGUII* kxAnimWizardGUII::create(QWidget* parent)
 kxAnimWizardGUII::kxAnimWizardGUII(QWidget* parent) : QWizard(parent), _instance(theWizard, this)
 {
     setupUi(this);
+    // Return in a field ends the input there; it presses nothing.
+    for (const WizardButton which : {BackButton, NextButton, FinishButton, CancelButton})
+        if (QPushButton* const shown = qobject_cast<QPushButton*>(button(which)))
+            shown->setAutoDefault(false);
     connectForm();
     _callbacks.add(kxMessageName::ShowAnimationWizard, showAnimationWizard);
     _callbacks.add(kxMessageName::DequeuedAnimation, dequeuedAnimation);
@@ -221,7 +225,7 @@ bool kxAnimWizardGUII::beginCapture(QPushButton* button, const char* noWidgetTex
     addSelectedObjects();
     const QSize size(int(kxWizardCapture::PictureSide * kxPlatform::getDpiScaleX()),
                      int(kxWizardCapture::PictureSide * kxPlatform::getDpiScaleY()));
-    kxWizardCapture::showPicture(button, kxWizardCapture::grab(widget, size));
+    kxWizardCapture::showPicture(button, kxWizardCapture::grabIcon(widget, size, devicePixelRatioF()));
     button->setMinimumSize(size);
     return true;
 }

@@ -50,6 +50,16 @@ void writeEndTime(const osg::AnimCurvePtr& curve, double seconds)
     if (std::isfinite(time))
         lastKey(curve).setX(count > 1 ? std::max(time, curve->getControlPoints(osg::UInt32(count) - 2).x()) : time);
 }
+
+/// The middle of a picture in this size in pixels; null where one of both is empty.
+QPixmap scaledSquare(const QImage& picture, const QSize& size)
+{
+    if (picture.isNull() || size.isEmpty())
+        return QPixmap();
+    QImage square = kxWizardCapture::centredSquare(picture);
+    square.setDevicePixelRatio(1); // a frame of a dense screen brings its own
+    return QPixmap::fromImage(square.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+}
 } // namespace
 
 kxWizardCapture::Tangents kxWizardCapture::tangentsOf(int interpolation)
@@ -113,19 +123,33 @@ QImage kxWizardCapture::centredSquare(const QImage& picture)
 
 QPixmap kxWizardCapture::grab(kxQGLWidget* widget, const QSize& size)
 {
+    return scaledSquare(widget != nullptr ? widget->grabFrameBuffer(false) : QImage(), size);
+}
+
+QIcon kxWizardCapture::grabIcon(kxQGLWidget* widget, const QSize& size, qreal ratio)
+{
     const QImage shown = widget != nullptr ? widget->grabFrameBuffer(false) : QImage();
-    if (shown.isNull() || size.isEmpty())
-        return QPixmap();
-    QImage square = centredSquare(shown);
-    square.setDevicePixelRatio(1); // a frame of a dense screen brings its own
-    return QPixmap::fromImage(square.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation));
+    QIcon icon(scaledSquare(shown, size));
+    if (ratio > 1 && !icon.isNull())
+    {
+        QPixmap dense = scaledSquare(shown, size * ratio);
+        dense.setDevicePixelRatio(ratio);
+        icon.addPixmap(dense);
+    }
+    return icon;
 }
 
 void kxWizardCapture::showPicture(QAbstractButton* button, const QPixmap& picture)
 {
+    if (!picture.isNull())
+        showPicture(button, QIcon(picture));
+}
+
+void kxWizardCapture::showPicture(QAbstractButton* button, const QIcon& picture)
+{
     if (picture.isNull())
         return;
-    button->setIcon(QIcon(picture));
+    button->setIcon(picture);
     button->setText(QString());
 }
 

@@ -45,8 +45,11 @@ void setDuration(const osg::AnimCurvePtr& curve, double seconds, int interpolati
 QImage centredSquare(const QImage& picture);
 /// The middle of what `widget` shows, of this size in pixels; null for no widget, and where it shows nothing.
 QPixmap grab(kxQGLWidget* widget, const QSize& size);
+/// grab() as an icon that is sharp too where `ratio` pixels make up a device-independent one.
+QIcon grabIcon(kxQGLWidget* widget, const QSize& size, qreal ratio);
 /// Shows a picture on a capture button in place of its text; a null one does nothing.
 void showPicture(QAbstractButton* button, const QPixmap& picture);
+void showPicture(QAbstractButton* button, const QIcon& picture);
 /// Shows `text` on a capture button in place of its picture.
 void showText(QAbstractButton* button, const QString& text);
 /// The picture of a capture button for the scene, PictureSide pixels wide and high; without pixels where there is none.

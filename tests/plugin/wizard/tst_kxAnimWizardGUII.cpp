@@ -118,7 +118,7 @@ private Q_SLOTS:
     void finishesDuringThePreview();
     void survivesDeletedObjects();
     void keepsTheKeysWithTheFields();
-    void returnInTheNamePressesNothing();
+    void returnInAFieldPressesNothing();
     void capturesNothingWithoutAScreen();
     void opensAndClosesByMessages();
 
@@ -621,14 +621,20 @@ void tst_kxAnimWizardGUII::keepsTheKeysWithTheFields()
     QVERIFY(std::abs(double(curve->getControlPoints(1).x()) * 24 - 7) < 1e-4); // stays on its frame
 }
 
-void tst_kxAnimWizardGUII::returnInTheNamePressesNothing()
+void tst_kxAnimWizardGUII::returnInAFieldPressesNothing()
 {
-    open({_box});
+    captureBox(0, 1);
     _wizard->_name->setFocus();
     QTest::keyClick(_wizard->_name, Qt::Key_Return);
-    QVERIFY(!_wizard->_name->hasFocus() && _wizard->isVisible());
-    QCOMPARE(_wizard->currentId(), 1);
-    QVERIFY(_wizard->_captureStart->icon().isNull());
+    QVERIFY(!_wizard->_name->hasFocus());
+    for (QWidget* const field : {static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
+    {
+        _wizard->button(QWizard::FinishButton)->setFocus(); // a button that had the focus stays the default one
+        field->setFocus();
+        QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY(_wizard->isVisible());
+        QCOMPARE(_wizard->currentId(), 1);
+    }
 }
 
 void tst_kxAnimWizardGUII::capturesNothingWithoutAScreen()

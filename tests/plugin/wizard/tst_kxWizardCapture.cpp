@@ -157,6 +157,9 @@ void tst_kxWizardCapture::keepsThePicture()
     QCOMPARE(button.text(), QString("Capture Start"));
     kxWizardCapture::showPicture(&button, kxWizardCapture::grab(&widget, QSize(144, 144)));
     QVERIFY(button.text().isEmpty() && !button.icon().isNull());
+    const QIcon dense = kxWizardCapture::grabIcon(&widget, QSize(96, 96), 2);
+    QCOMPARE(dense.availableSizes().size(), 2);
+    kxWizardCapture::showPicture(&button, dense);
     const osg::ImagePtr image = kxWizardCapture::toImage(button.icon());
     const kxOwned<osg::Image> owner(image);
     const QImage picture = kxWizardCapture::toPixmap(image).toImage();
