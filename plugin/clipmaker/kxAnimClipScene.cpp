@@ -45,7 +45,8 @@ kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
 }
 } // namespace
 
-kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _selected(scene->selectedItems())
+kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene)
+    : _scene(scene), _selected(scene->selectedBars()), _selectedNodes(scene->selectedNodes())
 {
     // A scene looks each item that dies up among its new ones until a posted call has seen those. What it tells its
     // views there has to arrive.
@@ -56,8 +57,15 @@ kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _sele
 kxAnimClipScene::Rebuild::~Rebuild()
 {
     _scene->blockSignals(_wasBlocked);
-    if (_selected != _scene->selectedItems()) // compared alone: they may have died
+    if (_selectedNodes != _scene->selectedNodes())
+    {
         Q_EMIT _scene->selectionChanged();
+        return;
+    }
+    // Who hears of a selection shows its curves, and may be editing those.
+    for (kxAnimAbstractClipItem* bar : _scene->selectedBars())
+        if (!_selected.contains(bar))
+            Q_EMIT _scene->itemChanged(bar);
 }
 
 kxAnimClipScene::StateChanges::StateChanges(kxAnimClipScene* scene) : _scene(scene)
@@ -246,6 +254,15 @@ QVector<kxAnimAbstractClipItem*> kxAnimClipScene::selectedBars() const
         if (kxAnimAbstractClipItem* const bar = kxAnimAbstractClipItem::fromItem(item))
             bars.append(bar);
     return bars;
+}
+
+QVector<unsigned int> kxAnimClipScene::selectedNodes() const
+{
+    QVector<unsigned int> ids;
+    for (const kxAnimAbstractClipItem* bar : selectedBars())
+        ids.append(bar->nodeId());
+    std::sort(ids.begin(), ids.end());
+    return ids;
 }
 
 void kxAnimClipScene::setSnapToGridX(bool value)

@@ -126,7 +126,8 @@ protected:
     void drawForeground(QPainter* painter, const QRectF& rect) override;
 
 private:
-    /// Many changes of bars and selection, while nobody hears of them; selectionChanged() goes out at the end.
+    /// Many changes of bars and selection, while nobody hears of them. At the end selectionChanged() goes out where
+    /// other nodes are selected, else itemChanged() for each selected bar that was made anew.
     class Rebuild
     {
     public:
@@ -137,7 +138,8 @@ private:
 
     private:
         kxAnimClipScene* _scene;
-        QList<QGraphicsItem*> _selected;
+        QVector<kxAnimAbstractClipItem*> _selected; // may die; compared alone
+        QVector<unsigned int> _selectedNodes;
         bool _wasBlocked = false;
     };
     /// An operation on the states of many bars: itemsChangedState() goes out once, at its end.
@@ -153,6 +155,8 @@ private:
         kxAnimClipScene* _scene;
     };
 
+    /// Ids, sorted.
+    QVector<unsigned int> selectedNodes() const;
     static void undoStackMoved(kxMessage& message);
     /// Makes the bars anew that don't show what their nodes are; adds and removes those whose nodes came and went. The
     /// bars of a clip that has died go.
