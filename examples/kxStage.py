@@ -35,6 +35,7 @@ def begin(eye, target, floor=(0.055, 0.06, 0.07), lights=True, lastFrame=96):
     Without a floor shadows fall on the ground of the view, without lights the light is that of a studio.
     """
     newScene()
+    processEvents()  # the view frames a new scene at the next turn, and not again after the script
     setFrameRange(0, lastFrame)
     if floor is not None:
         body("cylinder", "Floor", addMaterial("Floor", floor, 0.7), (0, -0.1, 0), scale=(26, 0.2, 26))
@@ -45,6 +46,7 @@ def begin(eye, target, floor=(0.055, 0.06, 0.07), lights=True, lastFrame=96):
         fill = place(addObject("directional light", "Fill light"), (-4, 4, 4), (-24, -48, 0))
         setChannelValue(fill, "intensity", 0.9)
         setChannelValue(fill, "color.R", 0.8)
+    look(addViewpoint("Start"), eye, target)
     return look(addObject("camera", "Camera"), eye, target)
 
 
@@ -55,9 +57,10 @@ def blockOf(node):
 
 
 def finish(frame=0, clip=None):
-    """Shows the result: the trees of animations, and a frame of the timeline or of a clip."""
+    """Shows the result from the start: the trees of animations, and a frame of the timeline or of a clip."""
     selectNodes([])
     sendMessage("pastedAnimations")
     setCurrentFrame(frame)
     if clip is not None:
         showAnimation(clip, frame)
+    showViewpoint("Start")
