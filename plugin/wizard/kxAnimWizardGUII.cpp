@@ -254,10 +254,10 @@ void kxAnimWizardGUII::changedDuration(double value)
 
 void kxAnimWizardGUII::playPreview(bool value)
 {
-    if (value)
-        _previewed.start(_table);
-    else
+    if (!value)
         _previewed.stop(_table);
+    else if (!_previewed.start(_table))
+        _preview->setChecked(false); // nothing will end by itself
 }
 
 void kxAnimWizardGUII::resetPreview()

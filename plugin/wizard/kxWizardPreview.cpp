@@ -18,14 +18,17 @@ kxAnimManager::kxOSGChannelData channelOf(const std::tuple<unsigned int, std::st
 }
 } // namespace
 
-void kxWizardPreview::start(const kxCaptureTable& table)
+bool kxWizardPreview::start(const kxCaptureTable& table)
 {
+    bool isPlaying = false;
     for (const kxCaptureTable::Entry& entry : table.present())
     {
         noteBefore(entry);
         attach(entry);
         kxAnimEvaluator::the()->enqueue(entry.block, false);
+        isPlaying = isPlaying || kxAnimEvaluator::the()->isPlaying(entry.block);
     }
+    return isPlaying;
 }
 
 void kxWizardPreview::stop(const kxCaptureTable& table)

@@ -13,7 +13,8 @@
 class kxWizardPreview
 {
 public:
-    void start(const kxCaptureTable& table);
+    /// False where there is nothing to play: no block, or none that lasts.
+    bool start(const kxCaptureTable& table);
     void stop(const kxCaptureTable& table);
     /// Puts the objects into the state at the start of their blocks.
     void showStart(const kxCaptureTable& table);

@@ -501,6 +501,14 @@ void tst_kxAnimWizardGUII::previewsToTheEnd()
     QCOMPARE(x(_box), 0.0f);
     tickAt(32);
     QCOMPARE(x(_box), 0.0f);
+
+    _wizard->_duration->setValue(0);
+    _wizard->_preview->click();
+    tickAt(33);
+    QVERIFY(!_wizard->_preview->isChecked());
+    _wizard->reject();
+    _wizard->_preview->click(); // of nothing
+    QVERIFY(!_wizard->_preview->isChecked() && _wizard->_name->isEnabled());
 }
 
 void tst_kxAnimWizardGUII::cancelLeavesNoTrace_data()
