@@ -188,6 +188,27 @@ def keeps_it_all(application, folder):
     assert after == before, "%s became %s" % (before, after)
 
 
+def takes_the_view_along(application, folder):
+    """A camera track is looked through from the moment it is made, and moves the view in a clip that it gets without one
+    being selected."""
+    application.click("_clips", 0.5, 0.95)  # below the rows
+    application.keys("alt+s")
+    application.click_entry("", "Add Camera Track around the View's Target")
+    application.wait_for("widgetProperty('_lookThrough', 'checked')")
+    create(application, *["Down"] * 3, "Return")
+    application.answer_question("Add Camera Track", "Return")
+    application.wait_for("['Turntable_Clip'] in widgetRows('_clips')")
+    camera = "channelValue(cameraTracks()[0], 'translation.X')"
+    start = application.ask(camera)
+    application.click("frame/_play")
+    desktop.until("another place of the camera", lambda: abs(application.ask(camera) - start) > 0.5)
+    assert application.shown("_lookThrough", "checked"), "the playback left the camera"
+    application.click("frame/_stop")
+    application.wait_for("abs(%s - %r) < 0.01" % (camera, start))
+    application.keys("ctrl+s")
+    application.wait_for("not widgetProperty('_mainWindow', 'windowModified')")
+
+
 def quits(application, folder):
     application.click("_view", 0.02, 0.96)
     code = application.quit()
@@ -205,7 +226,7 @@ def main(folder):
     try:
         application = desktop.Application(HOST, display, folder, path)
         tests = [opens_the_windows, makes_a_clip, drags_a_block_into_it, moves_and_stretches_it, types_into_the_fields,
-                 places_a_viewpoint, plays, keeps_it_all, quits]
+                 places_a_viewpoint, plays, keeps_it_all, takes_the_view_along, quits]
         return cases.run(tests, application, folder,
                          on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
     finally:
