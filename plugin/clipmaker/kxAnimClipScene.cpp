@@ -45,9 +45,10 @@ kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
 }
 } // namespace
 
-kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene)
-    : _scene(scene), _selected(scene->selectedBars()), _selectedNodes(scene->selectedNodes())
+kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _selectedNodes(scene->selectedNodes())
 {
+    for (kxAnimAbstractClipItem* bar : scene->selectedBars())
+        _selected.append(bar);
     // A scene looks each item that dies up among its new ones until a posted call has seen those. What it tells its
     // views there has to arrive.
     QCoreApplication::sendPostedEvents(scene, QEvent::MetaCall);

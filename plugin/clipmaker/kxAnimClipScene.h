@@ -138,7 +138,7 @@ private:
 
     private:
         kxAnimClipScene* _scene;
-        QVector<kxAnimAbstractClipItem*> _selected; // may die; compared alone
+        QVector<QPointer<kxAnimAbstractClipItem>> _selected; // a new bar may stand where a dead one stood
         QVector<unsigned int> _selectedNodes;
         bool _wasBlocked = false;
     };
