@@ -24,6 +24,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShowEvent>
 #include <QSignalBlocker>
 
 namespace
@@ -105,7 +106,9 @@ void kxAnimWizardGUII::connectForm()
 
 void kxAnimWizardGUII::showWizard()
 {
+    _preview->setChecked(false); // the first page has no button for it
     restart();
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();
@@ -113,7 +116,8 @@ void kxAnimWizardGUII::showWizard()
 
 void kxAnimWizardGUII::showEvent(QShowEvent* event)
 {
-    setQuietly(_name, &QLineEdit::setText, kxWizardCapture::uniqueName(tr("Animation")));
+    if (!event->spontaneous()) // a name that was typed outlasts the window's being minimised
+        setQuietly(_name, &QLineEdit::setText, kxWizardCapture::uniqueName(tr("Animation")));
     QWizard::showEvent(event);
 }
 
@@ -199,8 +203,26 @@ bool kxAnimWizardGUII::leaveChoicePage()
 
 void kxAnimWizardGUII::changedPage(int id)
 {
-    if (id == CapturePage)
-        addSelectedObjects();
+    if (id != CapturePage)
+        return;
+    dropUncovered();
+    addSelectedObjects();
+}
+
+void kxAnimWizardGUII::dropUncovered()
+{
+    if (!_table.keepOnly(coversNodes(), coversMaterials()))
+        return;
+    _previewed.takeBack();
+    if (!_table.entries().empty())
+        return;
+    showNoPictures();
+}
+
+void kxAnimWizardGUII::showNoPictures()
+{
+    kxWizardCapture::showText(_captureStart, tr("Capture Start"));
+    kxWizardCapture::showText(_captureEnd, tr("Capture End"));
 }
 
 bool kxAnimWizardGUII::beginCapture(QPushButton* button, const char* noWidgetText)
@@ -268,6 +290,11 @@ void kxAnimWizardGUII::resetPreview()
 
 bool kxAnimWizardGUII::leaveCapturePage()
 {
+    if (_table.present().empty())
+    {
+        warn(tr("There is nothing to animate: no object that can be animated was captured."));
+        return false;
+    }
     const QString missing = _table.missingCaptures();
     if (missing.isEmpty())
         return settleInterference();
@@ -328,7 +355,11 @@ void kxAnimWizardGUII::createFinalAnimations()
 
     osg::AnimNodePtr target = askedNode(kxMessageName::SelectedClipNode);
     if (target == osg::NullFC)
-        target = askedNode(kxMessageName::CreateNewClip);
+    {
+        kxMessage topLevel;
+        topLevel.set("ignoreSelection", true, true); // one clip, also where several rows are selected
+        target = askedNode(kxMessageName::CreateNewClip, topLevel);
+    }
     if (target != osg::NullFC)
         recipe.place(clip, target);
     clip->subRef();
@@ -360,8 +391,7 @@ void kxAnimWizardGUII::resetWizard()
     setQuietly(_startTime, &QKXDoubleSpiner::setValue, kxAnimManager::the()->currentTime());
     setQuietly(_duration, &QKXDoubleSpiner::setValue, DefaultDuration);
     setQuietly(_interpolation, &QComboBox::setCurrentIndex, 0);
-    kxWizardCapture::showText(_captureStart, tr("Capture Start"));
-    kxWizardCapture::showText(_captureEnd, tr("Capture End"));
+    showNoPictures();
     restart();
 }
 

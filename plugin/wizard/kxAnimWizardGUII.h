@@ -24,6 +24,7 @@ public:
     bool validateCurrentPage() override;
 
 public Q_SLOTS:
+    /// Opens the first page. What an open wizard has captured stays, as far as the mode chosen there covers it.
     void showWizard();
 
 private Q_SLOTS:
@@ -50,6 +51,9 @@ private:
     /// What is selected of the kinds that the mode covers: nodes, then materials.
     std::vector<osg::FieldContainerPtr> selectedObjects() const;
     void addSelectedObjects();
+    /// Forgets what was captured in another mode.
+    void dropUncovered();
+    void showNoPictures();
     void warn(const QString& text);
 
     bool leaveChoicePage();

@@ -161,9 +161,22 @@ QString kxCaptureTable::missingCaptures() const
 
 void kxCaptureTable::dropDead()
 {
+    dropWhere([](const Entry& entry) { return !entry.lives(); });
+}
+
+bool kxCaptureTable::keepOnly(bool nodes, bool materials)
+{
+    dropDead();
+    return dropWhere([=](const Entry& entry)
+                     { return NodePtr::dcast(entry.container) != NullFC ? !nodes : !materials; });
+}
+
+bool kxCaptureTable::dropWhere(const std::function<bool(const Entry&)>& isDropped)
+{
+    const std::size_t before = _entries.size();
     for (auto entry = _entries.begin(); entry != _entries.end();)
     {
-        if (entry->second.lives())
+        if (!isDropped(entry->second))
         {
             ++entry;
             continue;
@@ -171,6 +184,7 @@ void kxCaptureTable::dropDead()
         entry->second.block->subRef();
         entry = _entries.erase(entry);
     }
+    return _entries.size() != before;
 }
 
 void kxCaptureTable::clear()
@@ -190,12 +204,17 @@ std::vector<AnimCurvePtr> kxCaptureTable::curvesOf(const AnimNodePtr& block)
     return curves;
 }
 
-float kxCaptureTable::presentValue(const AnimCurvePtr& curve, const FieldContainerPtr& object)
+FieldContainerPtr kxCaptureTable::aimOf(const AnimCurvePtr& curve, const FieldContainerPtr& object)
 {
     FieldContainerPtr target;
     std::vector<FieldContainerPtr> aims;
     kxAnimEvaluator::the()->computeAim(curve, object, target, aims);
-    return kxAnimManager::the()->getOSGFieldValue(curve, target);
+    return target;
+}
+
+float kxCaptureTable::presentValue(const AnimCurvePtr& curve, const FieldContainerPtr& object)
+{
+    return kxAnimManager::the()->getOSGFieldValue(curve, aimOf(curve, object));
 }
 
 void kxCaptureTable::eachCurve(const std::function<void(const AnimCurvePtr&, const Entry&)>& visit) const

@@ -55,14 +55,19 @@ public:
     QString missingCaptures() const;
 
     void dropDead();
+    /// Drops the nodes or the materials where they aren't covered; true where any entry went.
+    bool keepOnly(bool nodes, bool materials);
     void clear();
 
     /// The curves of a block.
     static std::vector<osg::AnimCurvePtr> curvesOf(const osg::AnimNodePtr& block);
+    /// The container, the object or its core, that holds what `curve` drives on the object.
+    static osg::FieldContainerPtr aimOf(const osg::AnimCurvePtr& curve, const osg::FieldContainerPtr& object);
     /// The present value of what `curve` drives on the object.
     static float presentValue(const osg::AnimCurvePtr& curve, const osg::FieldContainerPtr& object);
 
 private:
+    bool dropWhere(const std::function<bool(const Entry&)>& isDropped);
     void eachCurve(const std::function<void(const osg::AnimCurvePtr&, const Entry&)>& visit) const;
 
     Entries _entries;

@@ -16,6 +16,15 @@ kxAnimManager::kxOSGChannelData channelOf(const std::tuple<unsigned int, std::st
     data.suffix = std::get<2>(key);
     return data;
 }
+
+/// All fields of a container that channels are components of.
+BitVector valueFields(const FieldContainerPtr& container)
+{
+    const BitVector shape = AttachmentContainer::AttachmentsFieldMask | AttachmentContainer::NodeNameFieldMask;
+    return FieldBits & ~(NodePtr::dcast(container) != NullFC
+                             ? shape | Node::CoreFieldMask | Node::ChildrenFieldMask | Node::ParentFieldMask
+                             : shape);
+}
 } // namespace
 
 bool kxWizardPreview::start(const kxCaptureTable& table)
@@ -61,9 +70,16 @@ void kxWizardPreview::takeBack()
     {
         const auto channel = channelOf(value.first);
         if (!channel.isEmpty() && kxAnimManager::the()->getOSGFieldValue(channel) == value.second.left)
-            kxAnimEvaluator::the()->setOSGFieldValue(channel, value.second.before, true);
+            write(value.first, value.second.holderId, value.second.before);
     }
     _values.clear();
+}
+
+void kxWizardPreview::write(const Channel& channel, UInt32 holderId, float value)
+{
+    kxAnimEvaluator::the()->setOSGFieldValue(channelOf(channel), value, false);
+    if (const FieldContainerPtr holder = FieldContainerFactory::the()->getContainer(holderId))
+        markChanged(holder, valueFields(holder));
 }
 
 void kxWizardPreview::attach(const kxCaptureTable::Entry& entry)
@@ -89,9 +105,10 @@ void kxWizardPreview::noteBefore(const kxCaptureTable::Entry& entry)
 {
     for (const AnimCurvePtr& curve : kxCaptureTable::curvesOf(entry.block))
     {
-        const float present = kxCaptureTable::presentValue(curve, entry.container);
-        const auto known =
-            _values.emplace(Channel(entry.containerId, curve->getChannelName(), curve->getSuffix()), Value{present, 0});
+        const FieldContainerPtr holder = kxCaptureTable::aimOf(curve, entry.container);
+        const float present = kxAnimManager::the()->getOSGFieldValue(curve, holder);
+        const auto known = _values.emplace(Channel(entry.containerId, curve->getChannelName(), curve->getSuffix()),
+                                           Value{present, 0, holder != NullFC ? holder.getFieldContainerId() : 0});
         if (!known.second && known.first->second.left != present)
             known.first->second.before = present; // changed by somebody else
     }
@@ -116,6 +133,6 @@ void kxWizardPreview::leaveValues()
     {
         const auto channel = channelOf(value.first);
         if (!channel.isEmpty() && kxAnimManager::the()->getOSGFieldValue(channel) != value.second.left)
-            kxAnimEvaluator::the()->setOSGFieldValue(channel, value.second.left, true);
+            write(value.first, value.second.holderId, value.second.left);
     }
 }

@@ -9,7 +9,8 @@
 
 /// Plays the blocks of a capture table on their objects, and leaves no trace of that where it is asked to.
 ///
-/// The blocks are attached to their objects for the length of a preview only.
+/// The blocks are attached to their objects for the length of a preview only. No value that it writes is a step of the
+/// undo stack.
 class kxWizardPreview
 {
 public:
@@ -29,8 +30,9 @@ private:
     typedef std::tuple<unsigned int, std::string, std::string> Channel; // id of the object, name, suffix
     struct Value
     {
-        float before; ///< the first preview
-        float left;   ///< by the last preview
+        float before;         ///< the first preview
+        float left;           ///< by the last preview
+        osg::UInt32 holderId; ///< of the container that has the field
     };
 
     void attach(const kxCaptureTable::Entry& entry);
@@ -38,6 +40,7 @@ private:
     void noteBefore(const kxCaptureTable::Entry& entry);
     void noteLeft();
     void leaveValues();
+    static void write(const Channel& channel, osg::UInt32 holderId, float value);
 
     std::map<Channel, Value> _values;        // what previews did
     std::set<unsigned int> _madeAttachments; // ids of objects that had no animations

@@ -121,6 +121,9 @@ private Q_SLOTS:
     void returnInAFieldPressesNothing();
     void capturesNothingWithoutAScreen();
     void opensAndClosesByMessages();
+    void isPressedWhileItStandsOpen();
+    void makesNoEmptyClip();
+    void makesOneClipWhereManyAreSelected();
 
 private:
     /// Runs `action`, gives the text of the message box that it opens, and closes that.
@@ -539,6 +542,7 @@ void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
     const QByteArray before = saved();
     QVERIFY(!before.isEmpty());
     moveTo(_lid, 4);
+    const int undoCount = kxUndoStack::get(0).stack()->count();
     double now = clockSeconds;
     for (const QChar step : steps)
     {
@@ -555,6 +559,7 @@ void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
     QCOMPARE(saved(), before);
     tickAt(now + 5);
     QCOMPARE(saved(), before);
+    QCOMPARE(kxUndoStack::get(0).stack()->count(), undoCount);
     QVERIFY(!_wizard->_preview->isChecked());
     for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
         QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
@@ -668,6 +673,63 @@ void tst_kxAnimWizardGUII::opensAndClosesByMessages()
     captureBox(0, 1);
     finish();
     QVERIFY(_docks->getDockWidget("Clip Maker")->isVisible());
+    open({_box});
+    kxMessage newScene(kxMessageId::NewScene);
+    _module->receivedMessage(newScene);
+    QVERIFY(_wizard->isHidden());
+}
+
+void tst_kxAnimWizardGUII::isPressedWhileItStandsOpen()
+{
+    captureBox(1, 5);
+    _wizard->_name->setText("Door");
+    QShowEvent unminimised;
+    QSpontaneKeyEvent::setSpontaneous(&unminimised);
+    qApp->notify(_wizard, &unminimised);
+    QCOMPARE(_wizard->_name->text(), QString("Door"));
+    _wizard->_preview->click();
+    tickAt(0.5);
+    open({_box, _lid}); // what is captured stays
+    QVERIFY(!_wizard->_preview->isChecked() && !_wizard->_captureStart->icon().isNull());
+    QVERIFY(said([this] { finish(); }).contains("\nLid: start and end"));
+
+    const osg::MaterialPtr paint = osg::UberMaterial::create();
+    kxScene::the()->addMaterial(paint);
+    select({}, {paint});
+    _wizard->showWizard();
+    _wizard->_matType->click();
+    _wizard->next();
+    QCOMPARE(_wizard->_captureStart->text(), QString("Capture Start"));
+    QCOMPARE(x(_box), 5.0f);
+    _wizard->_captureStart->click();
+    _wizard->_captureEnd->click();
+    finish();
+    QVERIFY(_wizard->isHidden() && blocksOf(_box).empty());
+    QCOMPARE(blocksOf(paint).size(), std::size_t(1));
+}
+
+void tst_kxAnimWizardGUII::makesNoEmptyClip()
+{
+    captureBox(1, 5);
+    kxSelection::the().clear();
+    kxScene::the()->root()->subChild(_box);
+    QVERIFY(said([this] { finish(); }).contains("nothing to animate"));
+    QVERIFY(_wizard->isVisible());
+    QCOMPARE(clips()->getNChildren(), 0u);
+}
+
+void tst_kxAnimWizardGUII::makesOneClipWhereManyAreSelected()
+{
+    for (const char* const name : {"A", "B"})
+        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip(name, {}));
+    auto* const tree = _module->moduleWidget()->findChild<kxAnimClipStructureWidget*>();
+    tree->rebuild(true);
+    tree->selectAll();
+    captureBox(1, 5);
+    finish();
+    QCOMPARE(clips()->getNChildren(), 3u);
+    QCOMPARE(child(clips(), 0)->getNChildren() + child(clips(), 1)->getNChildren(), 0u);
+    QCOMPARE(blocksOf(_box).front()->getCore(), child(child(child(clips(), 2)))->getCore());
 }
 
 QTEST_MAIN(tst_kxAnimWizardGUII)
