@@ -75,6 +75,20 @@ std::vector<AnimCurvePtr> curvesIn(const AnimNodePtr& clip)
     return curves;
 }
 
+/// Seconds in the time of its curves, where captures write it: the longest curve's end. A clip without keys has the
+/// length of one pass as it is shown.
+double baseDuration(const AnimNodePtr& clip)
+{
+    double end = -1;
+    for (const AnimCurvePtr& curve : curvesIn(clip))
+        if (!curve->isEmpty())
+            end = std::max(end, double(curve->getControlPoints().back().x()));
+    if (end >= 0)
+        return end;
+    const Extent extent = extentOf(clip);
+    return (double(extent.end) - double(extent.start)) / (std::max(0, clip->getPostCycles()) + 1.0);
+}
+
 template <class Handle>
 void addOnce(std::vector<Handle>& list, const Handle& handle)
 {
@@ -172,10 +186,9 @@ void kxAnimWizClipGUI::load(const AnimNodePtr& an)
 void kxAnimWizClipGUI::fill(const AnimNodePtr& an)
 {
     const AnimWizClipPtr core = wizClipOf(an);
-    const Extent extent = extentOf(an);
     _name->setText(QString::fromStdString(kxNodeUtils::getName(an)));
-    _startTime->setValue(double(extent.start));
-    _duration->setValue(double(extent.end) - double(extent.start));
+    _startTime->setValue(double(extentOf(an).start));
+    _duration->setValue(baseDuration(an));
     // A number that isn't listed works as the first entry.
     _interpolation->setCurrentIndex(
         int(core->getInterpolation() < UInt32(_interpolation->count()) ? core->getInterpolation() : 0));

@@ -120,6 +120,7 @@ private Q_SLOTS:
     void cancelGivesTheKeysBack_data();
     void cancelGivesTheKeysBack();
     void okKeepsWhatWasEdited();
+    void capturesKeepTheLength();
     void namesStayUnique();
     void otherNodesOpenItEmpty();
     void anotherClipTakesTheFirstBack();
@@ -245,6 +246,26 @@ void tst_kxAnimWizClipGUI::okKeepsWhatWasEdited()
     dialog.show(f.node);
     press(dialog, QDialogButtonBox::Cancel);
     QVERIFY(f.x() == x);
+}
+
+/// Of a clip that is stretched and repeated, in one that is stretched.
+void tst_kxAnimWizClipGUI::capturesKeepTheLength()
+{
+    WizClip f;
+    View view;
+    f.outer->setScale(3);
+    f.node->setScale(2);
+    f.node->setPostCycles(4);
+    f.changed(f.outer, AnimNode::ScaleFieldMask | Node::ChildrenFieldMask);
+    f.changed(f.node, AnimNode::ScaleFieldMask | AnimNode::PostCyclesFieldMask);
+    kxAnimWizClipGUI& dialog = f.open();
+    QCOMPARE(dialog._duration->value(), 2.0);
+    dialog._captureEnd->click();
+    QCOMPARE(f.x().back().x(), 2.0f);
+    dialog._duration->setValue(3);
+    press(dialog, QDialogButtonBox::Ok);
+    dialog.show(f.node);
+    QCOMPARE(dialog._duration->value(), 3.0);
 }
 
 void tst_kxAnimWizClipGUI::namesStayUnique()
