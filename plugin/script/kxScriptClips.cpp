@@ -63,9 +63,10 @@ void finish(const osg::AnimNodePtr& clip, const osg::BitVector& changed)
 
 void addBlock(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block, float seconds)
 {
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(seconds, 0, clip, osg::AnimNodePtr());
     const osg::AnimNodePtr copy = osg::cloneAnimTree(block, true);
-    copy->moveBy(seconds, y);
+    copy->moveBy(seconds, 0); // standing nowhere yet, it moves in the time of the clip
+    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(copy, clip, osg::AnimNodePtr());
+    copy->moveBy(0, y - copy->getOffset().y());
     copy->setHidden(true);
     osg::markChanged(copy, osg::AnimNodeBase::HiddenFieldMask | osg::AnimNodeBase::OffsetFieldMask);
     clip->addChild(copy);

@@ -409,6 +409,9 @@ void tst_kxScriptFunctions::fillsClips()
     QVERIFY(kxScriptClips::add(outer, clip, 100)); // the clip itself, where it is
     QCOMPARE(clip.node()->getParent(), outer.node());
     QCOMPARE(frames(outer), qMakePair(12.0, 48.0));
+    kxScriptClips::setStart(outer, 120, false);
+    QVERIFY(kxScriptClips::add(clip, block, 12)); // in the clip's own time, where two tracks are taken
+    QCOMPARE(osg::AnimNodePtr::dcast(clip.node()->getChild(2))->getOffset(), osg::Vec2f(0.5f, 100));
 }
 
 void tst_kxScriptFunctions::refusesToFill()
