@@ -272,10 +272,12 @@ void kxAnimClipEditor::handle(const kxMessage& message)
     {
     case kxMessageId::NewScene:
         kxAnimWizClipGUI::the()->reject(); // its clip goes
+        if (_wizard != nullptr)
+            _wizard->reject(); // its objects go
         clear();
         break;
     case kxMessageId::StopPlayback:
-        if (isVisible())
+        if (isVisible() || kxAnimWizClipGUI::the()->isVisible())
             kxAnimWizClipGUI::the()->reject();
         if (_wizard != nullptr && (isVisible() || _wizard->isVisible()))
             _wizard->reject();

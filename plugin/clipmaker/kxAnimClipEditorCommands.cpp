@@ -52,14 +52,15 @@ osg::AnimNodePtr makeTrigger(unsigned int type, const std::string& name)
     return node;
 }
 
-/// Puts a node that stands nowhere into a clip, on the first free track at `frame`.
+/// Puts a node that stands nowhere into a clip, on the first free track, so that its time 0 lies at `frame` of the
+/// ruler.
 void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frame)
 {
-    const float seconds = float(frame) / float(kxAnimManager::the()->fps());
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(seconds, 0.0f, clip, osg::AnimNodePtr());
-    node->moveBy(seconds, y);
-    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
     clip->addChild(node);
+    const double seconds = frame / kxAnimManager::the()->fps();
+    node->moveBy(float(seconds - kxClipStructure::sceneTime(clip, 0)), 0);
+    node->moveBy(0, kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node) - node->getOffset().y());
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
     osg::markChanged(clip, osg::Node::ChildrenFieldMask);
 }
 

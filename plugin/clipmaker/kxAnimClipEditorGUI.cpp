@@ -71,7 +71,7 @@ void Ui::kxAnimClipEditorGUI::setupStats()
     _statsFrame = named<QFrame>("_statsFrame", layoutWidget);
     _statsFrame->setFrameShape(QFrame::NoFrame);
     QPalette palette = _statsFrame->palette();
-    palette.setBrush(QPalette::Active, QPalette::Window, QColor(70, 70, 70, 255));
+    palette.setBrush(QPalette::Window, QColor(70, 70, 70, 255)); // a window in the background keeps it
     _statsFrame->setPalette(palette);
     _statsFrame->setAutoFillBackground(true);
     horizontalLayout = new QHBoxLayout(_statsFrame);

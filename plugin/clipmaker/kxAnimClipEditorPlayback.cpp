@@ -101,7 +101,7 @@ void kxAnimClipEditor::fillFields(const osg::AnimNodePtr& node)
     const int passes = node != osg::NullFC ? std::max(node->getPostCycles(), -1) : 0;
     _window->_start->setValue(extent.start);
     // An endless node has the extent of one pass.
-    _window->_duration->setValue((extent.end - extent.start) / (passes < 0 ? 1 : passes + 1));
+    _window->_duration->setValue((extent.end - extent.start) / (passes < 0 ? 1 : passes + 1.0));
     _window->_postCycles->setValue(passes);
 }
 
@@ -110,6 +110,7 @@ void kxAnimClipEditor::changedStart(double value)
     for (kxAnimAbstractClipItem* const bar : scene()->selectedBars())
         bar->setPos(value, bar->pos().y());
     scene()->updateAllTexts();
+    updateStartAndDuration(); // what was refused isn't shown
 }
 
 void kxAnimClipEditor::changedDuration(double value)

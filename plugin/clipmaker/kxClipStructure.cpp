@@ -23,6 +23,14 @@ bool kxClipStructure::isClip(const NodePtr& node)
     return node != NullFC && AnimClipPtr::dcast(node->getCore()) != NullFC;
 }
 
+double kxClipStructure::sceneTime(const AnimNodePtr& node, double seconds)
+{
+    for (NodePtr above = node; above != NullFC; above = above->getParent())
+        if (const AnimNodePtr animation = AnimNodePtr::dcast(above))
+            seconds = double(animation->getOffset().x()) + seconds * double(animation->getScale());
+    return seconds;
+}
+
 std::string kxClipStructure::uniqueName(const std::string& proposal)
 {
     std::vector<std::string> names;

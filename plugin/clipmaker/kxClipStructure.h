@@ -11,6 +11,9 @@ namespace kxClipStructure
 /// True for a node with the core of a clip, of whatever kind; false for null.
 bool isClip(const osg::NodePtr& node);
 
+/// The time of the tree's root, which rulers show, at `seconds` of the time that the children of `node` are placed in.
+double sceneTime(const osg::AnimNodePtr& node, double seconds);
+
 /// `proposal`, made unlike the names of all other animations.
 std::string uniqueName(const std::string& proposal);
 

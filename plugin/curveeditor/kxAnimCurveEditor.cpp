@@ -150,7 +150,7 @@ void kxAnimCurveEditor::makeGraph()
     if (auto* const materials = kxKernelServiceFactory::the().getService<kxMaterialService>())
         connect(materials, SIGNAL(materialsChanged()), this, SLOT(updateOnSceneChange()));
     QPalette palette = _window->_statsFrame->palette();
-    palette.setBrush(QPalette::Active, QPalette::Window, QColor(70, 70, 70, 255));
+    palette.setBrush(QPalette::Window, QColor(70, 70, 70, 255)); // a window in the background keeps it
     _window->_statsFrame->setPalette(palette);
     _window->_statsFrame->setAutoFillBackground(true);
     fill(_window->_graphFrame, _graphView);

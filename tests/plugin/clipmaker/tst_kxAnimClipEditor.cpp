@@ -31,6 +31,7 @@
 #include <QtTest>
 
 #include <functional>
+#include <limits>
 #include <memory>
 
 /// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
@@ -149,6 +150,8 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     bar->setSelected(true);
     _form->_start->setValue(50);
     QCOMPARE(bar->node()->getOffset()[0] * 24, 50.0f);
+    _form->_start->setValue(50.3); // snapped away
+    QCOMPARE(_form->_start->value(), 50.0);
     _form->_duration->setValue(48);
     QCOMPARE(bar->node()->getScale(), 2.0f);
     _form->_duration->setValue(0); // refused: nothing could make it longer again
@@ -160,6 +163,10 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     _form->_postCycles->setValue(-1);
     QCOMPARE(_clip->getPostCycles(), -1);
     QVERIFY(std::isfinite(_form->_duration->value()));
+    _clip->setPostCycles(std::numeric_limits<int>::max());
+    select(child(_clip, 0));
+    select(_clip);
+    QVERIFY(_form->_duration->value() >= 0);
 }
 
 void tst_kxAnimClipEditor::playsTheClip()
@@ -297,6 +304,9 @@ void tst_kxAnimClipEditor::placesCameraTracks()
     QFETCH(QString, selected);
     QFETCH(int, clipsBefore);
     QFETCH(QString, clip);
+    _clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
+    _clip->setScale(2);
+    kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
     const osg::NodePtr camera = kxAnimFixture::object("Crane");
     camera->setCore(osg::Camera::create());
     kxAnimManager::the()->addAnimation(
@@ -327,7 +337,9 @@ void tst_kxAnimClipEditor::placesCameraTracks()
     QCOMPARE(tree()->selectedClip(), target);
     const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
     QVERIFY(placed->getHidden());
-    QCOMPARE(placed->getOffset()[0] * 24, 12.0f);
+    QCOMPARE(shown()->bars().back()->x(), 12.0);
+    // In "Show" a block begins before its end.
+    QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
     // No clip came but that one, and the clips that were there hold what they held.
     QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
     QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
@@ -399,11 +411,9 @@ void tst_kxAnimClipEditor::holdsTheDialogOfWizardClips()
     QCoreApplication::processEvents();
     QCOMPARE(length(), 72.0); // the bar follows
     _docks->getDockWidget("Clip Maker")->close();
-    deliver(kxMessageId::StopPlayback);
-    QVERIFY(dialog->isVisible());
-    _docks->show("Clip Maker");
-    deliver(kxMessageId::StopPlayback);
+    deliver(kxMessageId::StopPlayback); // with the window hidden too
     QVERIFY(!dialog->isVisible());
+    _docks->show("Clip Maker");
     QCoreApplication::processEvents();
     select(_clip);
     QCOMPARE(length(), 24.0);
