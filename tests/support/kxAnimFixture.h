@@ -70,6 +70,17 @@ public:
     {
         return group<osg::AnimClipBase>(name, children);
     }
+    /// A trigger of this name, as clips hold it.
+    static osg::AnimNodePtr trigger(const char* name, float seconds, bool isVariant = false, bool isViewpoint = false)
+    {
+        const osg::AnimNodePtr node = group<osg::AnimSequenceBase>(name, {});
+        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(node->getCore());
+        core->setName(name);
+        core->setIsVariant(isVariant);
+        core->setIsViewpoint(isViewpoint);
+        node->setOffset(osg::Vec2f(seconds, 0));
+        return node;
+    }
     /// A clone as clips hold it, at a place in time and on a track.
     static osg::AnimNodePtr clone(const osg::AnimNodePtr& block, float seconds, int track = 0)
     {

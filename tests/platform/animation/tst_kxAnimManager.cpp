@@ -3,8 +3,6 @@
 #include <animation/kxTimeRescale.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
-#include <kxController.h>
-#include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
@@ -52,19 +50,14 @@ class tst_kxAnimManager : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void keyableChannels();
-    void valuesOfChannels();
     void blocksAreMadeOfChannelCurves();
-    void blocksMove();
     void lookUps();
     void blocksAreFoundAfterEdits();
-    void curvesAndCounts();
     void tracks_data();
     void tracks();
     void clipboardHoldsWhatDied();
     void clonesShareAndUnshare();
-    void pastingAtATime();
     void unusedClonesAreTakenOut();
-    void unannouncedMovesSwallowNoMessage();
     void keysKeepTheirFrames();
     void aRateThatTakesKeysAlongIsAStep();
     void cameraShots();
@@ -119,28 +112,6 @@ void tst_kxAnimManager::keyableChannels()
     attachment->subRef();
 }
 
-void tst_kxAnimManager::valuesOfChannels()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr node = f.curve("rotation", "Y", {});
-    manager()->addAnimation(object, node);
-    kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 30, true);
-    QCOMPARE(f.transform(object)->getEulerRotation(), Vec3f(0, 30, 0));
-    kxAnimManager::kxOSGChannelData channel;
-    channel.container = object;
-    channel.name = "visible";
-    kxAnimEvaluator::the()->setOSGFieldValue(channel, 0, true);
-    QVERIFY(!object->isActive());
-    QCOMPARE(manager()->getOSGFieldValue(channel), 0.0f);
-    channel.name = "translation";
-    channel.suffix = "Z";
-    kxAnimEvaluator::the()->setOSGFieldValue(channel, NAN, true);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f());
-    QCOMPARE(manager()->getOSGFieldValue(f.curveOf(node), FieldContainerPtr()), 30.0f);
-    QVERIFY(manager()->ignoreChannel("visible") && !manager()->ignoreChannel("translation"));
-}
-
 void tst_kxAnimManager::blocksAreMadeOfChannelCurves()
 {
     kxAnimFixture f;
@@ -161,26 +132,6 @@ void tst_kxAnimManager::blocksAreMadeOfChannelCurves()
     attachment->getTopLevelCurveNodes(curves);
     QCOMPARE(names(animations), QStringList({"old", "old_1"}));
     QCOMPARE(names(curves), QStringList("scale.X"));
-}
-
-void tst_kxAnimManager::blocksMove()
-{
-    kxAnimFixture f;
-    const NodePtr one = f.object(), two = f.object();
-    const AnimNodePtr a = f.block("a", {}), b = f.block("b", {});
-    manager()->addAnimation(one, a);
-    manager()->addAnimation(two, b);
-    QVERIFY(!manager()->moveBlockToNode(b, one, two, true)); // not its source
-    QVERIFY(!manager()->moveBlockToNode(a, one, one, true));
-    QVERIFY(manager()->moveBlockToNode(a, one, two, true));
-    QCOMPARE(childNames(rootOf(two)), QStringList({"b", "a"}));
-    QVERIFY(a->isActive() && !b->isActive());
-    const MaterialPtr material = UberMaterial::create(), other = UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    kxScene::the()->addMaterial(other);
-    manager()->addAnimation(material, f.block("m", {}));
-    QVERIFY(manager()->moveBlockToMaterial(manager()->findMaterialBlock("m"), material, other, false));
-    QVERIFY(manager()->getAnimAttachment(other) != NullFC);
 }
 
 void tst_kxAnimManager::blocksAreFoundAfterEdits()
@@ -257,39 +208,6 @@ void tst_kxAnimManager::lookUps()
     QVERIFY(manager()->rename(hidden, "hidden"));
     QVERIFY(manager()->rename(hidden, "free"));
     QCOMPARE(hidden->getNodeName(), std::string("free"));
-}
-
-void tst_kxAnimManager::curvesAndCounts()
-{
-    kxAnimFixture f;
-    const AnimNodePtr x = f.curve("translation", "X", {{0, 1}, {1, 2}}), y = f.curve("translation", "Y", {{0, 1}});
-    y->setTravMask(0);
-    const AnimNodePtr block = f.block("block", {x, y, cloneAnimTree(x, true)});
-    const AnimNodePtr clip = f.clip("clip", {block});
-    clip->addRef();
-    clip->setOffset(Vec2f(10, 0));
-    clip->setScale(2);
-    block->setOffset(Vec2f(3, 50));
-    const auto count = [](const AnimNodePtr& node, bool recursive, bool activeOnly, bool unique)
-    {
-        std::vector<AnimCurvePtr> curves;
-        manager()->getAnimCurves(node, curves, recursive, activeOnly, unique);
-        return curves.size();
-    };
-    QCOMPARE(count(clip, true, false, false), std::size_t(3));
-    QCOMPARE(count(clip, true, false, true), std::size_t(2));
-    QCOMPARE(count(clip, true, true, true), std::size_t(1));
-    QCOMPARE(count(clip, false, false, false), std::size_t(0));
-    QCOMPARE(count(block, false, false, false), std::size_t(3));
-    QCOMPARE(count(x, false, true, true), std::size_t(1));
-    const kxAnimManager::kxAnimInfo info = manager()->getInfo(block);
-    QCOMPARE(info.curves, UInt64(3));
-    QCOMPARE(info.points, UInt64(5));
-    QCOMPARE(info.controlPoints, UInt64(15));
-    QCOMPARE(QPointF(info.start, info.end), QPointF(16, 18));
-    QCOMPARE(QPointF(info.localScale, info.globalScale), QPointF(1, 2));
-    QCOMPARE(QPointF(info.localOffset.x(), info.globalOffset.x()), QPointF(3, 16));
-    clip->subRef();
 }
 
 /// Tracks 0 and 1 are taken from 1 to 2 and from 1.5 to 3; a trigger stands at 5 on track 0.
@@ -396,34 +314,6 @@ void tst_kxAnimManager::clonesShareAndUnshare()
     QVERIFY(kxAnimEvaluator::the()->getFirstAim(AnimCurvePtr::dcast(leaf->getChild(0)->getCore())) == one);
 }
 
-void tst_kxAnimManager::pastingAtATime()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{1, 0}, {2, 0}})});
-    manager()->addAnimation(object, block);
-    const AnimNodePtr early = f.clone(block, 4), late = f.clone(block, 6);
-    const AnimNodePtr source = f.clip("source", {early, late}), target = f.clip("target", {f.clone(block, 9)});
-    target->setOffset(Vec2f(20, 0));
-    target->setScale(2);
-    manager()->addToClipStructure(source);
-    manager()->addToClipStructure(target);
-    manager()->copy({late, early});
-    const std::vector<AnimNodePtr> pasted = manager()->clonePasteToWithOffset(target, 40, false, true);
-    QCOMPARE(pasted.size(), std::size_t(2));
-    BoxVolume volume;
-    Pnt3f minimum, maximum;
-    pasted[1]->getWorldVolume(volume);
-    volume.getBounds(minimum, maximum);
-    QCOMPARE(QPointF(minimum.x(), maximum.x()), QPointF(40, 42));
-    pasted[0]->getWorldVolume(volume);
-    volume.getBounds(minimum, maximum);
-    QCOMPARE(minimum.x(), 44.0f); // the distance of what was copied, in the target's scale
-    QCOMPARE(pasted[1]->getOffset().y(), 50.0f);
-    QCOMPARE(pasted[0]->getOffset().y(), 0.0f);
-    QVERIFY(pasted[0]->getHidden() && pasted[0]->getCore() == block->getCore());
-}
-
 void tst_kxAnimManager::unusedClonesAreTakenOut()
 {
     kxAnimFixture f;
@@ -444,34 +334,6 @@ void tst_kxAnimManager::unusedClonesAreTakenOut()
     manager()->setVerifyClipStructure(false);
     QCOMPARE(childNames(manager()->clipStructureRoot()), QStringList({"mixed", "only a trigger"}));
     QCOMPARE(childNames(manager()->findClip("mixed")), QStringList("kept"));
-}
-
-void tst_kxAnimManager::unannouncedMovesSwallowNoMessage()
-{
-    static QStringList sent;
-    const auto frame = [](kxMessage& message)
-    { sent << QString::number(boost::any_cast<double>(message.get("frame"))); };
-    const auto full = [](kxMessage& message)
-    { sent << "full " + QString::number(boost::any_cast<int>(message.get("frame"))); };
-    kxAnimFixture f;
-    manager()->setCurrentFrame(0, true, true);
-    kxController::addCB(kxMessageName::CurrentFrameChanged, frame);
-    kxController::addCB(kxMessageName::CurrentFullFrameChanged, full);
-    sent.clear();
-    manager()->setCurrentFrame(15, false, false);
-    manager()->setCurrentFrame(0, false, true);
-    QCOMPARE(sent, QStringList({"0", "full 0"}));
-    sent.clear();
-    manager()->setCurrentFrame(0.25, false, true);
-    manager()->setCurrentFrame(0.25, false, true);
-    QCOMPARE(sent, QStringList({"0.25"}));
-    sent.clear();
-    manager()->setCurrentFrameNoEvaluation(7, false);
-    kxAnimScene::clear();
-    manager()->setCurrentFrame(0, false, true);
-    QCOMPARE(sent, QStringList({"0", "full 0"}));
-    kxController::subCB(kxMessageName::CurrentFrameChanged, frame);
-    kxController::subCB(kxMessageName::CurrentFullFrameChanged, full);
 }
 
 void tst_kxAnimManager::keysKeepTheirFrames()

@@ -6,7 +6,6 @@
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlan.h>
 #include <kxAnimFixture.h>
-#include <osg/ChangeList.h>
 #include <scene/UberMaterial.h>
 
 #include <map>
@@ -21,20 +20,6 @@ kxAnimManager* manager()
     return kxAnimManager::the();
 }
 
-/// Counts the marks that evaluation makes.
-class MarkCounter : public ChangeListener
-{
-public:
-    MarkCounter() { WinThreadBase::getCurrentChangeList()->addListener(this); }
-    ~MarkCounter() override { WinThreadBase::getCurrentChangeList()->subListener(this); }
-    void containerChanged(const FieldContainerPtr& container, const BitVector& mask) override
-    {
-        ++marks[container->getId()];
-        masks[container->getId()] |= mask;
-    }
-    std::map<UInt32, int> marks;
-    std::map<UInt32, BitVector> masks;
-};
 } // namespace
 
 class tst_kxSceneEvaluation : public QObject
@@ -43,9 +28,7 @@ class tst_kxSceneEvaluation : public QObject
 private Q_SLOTS:
     void aLargeSceneEqualsANaiveEvaluation();
     void scrubbingIsPure();
-    void eachContainerIsMarkedOnce();
     void onlyActiveAnimationsCount();
-    void laterChildrenWin();
     void whatIsStaleIsEvaluatedAndNothingElse();
     void aUsersValueStandsUntilTheFrameMoves();
     void restValuesComeBack();
@@ -128,26 +111,6 @@ void tst_kxSceneEvaluation::scrubbingIsPure()
     }
 }
 
-void tst_kxSceneEvaluation::eachContainerIsMarkedOnce()
-{
-    kxAnimFixture f;
-    const NodePtr moving = f.object(), still = f.object();
-    for (const char* suffix : {"X", "Y"})
-        manager()->addAnimation(moving, f.curve("translation", suffix, {{0, 0}, {1, 24}}));
-    manager()->addAnimation(moving, f.curve("scale", "X", {{0, 1}, {1, 2}}));
-    manager()->addAnimation(still, f.curve("translation", "X", {{0, 4}, {1, 4}}));
-    manager()->setCurrentFrame(1, false, false);
-    MarkCounter counter;
-    manager()->setCurrentFrame(2, false, false);
-    QCOMPARE(counter.marks.size(), std::size_t(1));
-    const UInt32 id = moving->getCore()->getId();
-    QCOMPARE(counter.marks[id], 1);
-    QCOMPARE(counter.masks[id], Transform::TranslationFieldMask | Transform::ScaleFieldMask);
-    manager()->setCurrentFrame(2, false, false);
-    manager()->reevaluateAnimations(false);
-    QCOMPARE(counter.marks[id], 1); // nothing stale
-}
-
 void tst_kxSceneEvaluation::onlyActiveAnimationsCount()
 {
     kxAnimFixture f;
@@ -173,22 +136,6 @@ void tst_kxSceneEvaluation::onlyActiveAnimationsCount()
     manager()->updateSceneAnimCurveData();
     QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(0));
     object->subRef();
-}
-
-void tst_kxSceneEvaluation::laterChildrenWin()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    manager()->addAnimation(object, f.block("one", {f.curve("translation", "X", {{0, 1}})}));
-    manager()->addAnimation(object, f.block("two", {f.curve("translation", "X", {{0, 2}})}));
-    const AnimNodePtr empty = f.curve("translation", "X", {});
-    manager()->addAnimation(object, empty);
-    manager()->setCurrentFrame(1, false, false);
-    QCOMPARE(f.transform(object)->getTranslation().x(), 2.0f); // an empty curve doesn't drive
-    f.curveOf(empty)->addPoint(Pnt2f(0, 3), Vec2f(), Vec2f(), 1, 1, true, true);
-    f.keysChanged(empty);
-    manager()->reevaluateAnimations(false);
-    QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);
 }
 
 void tst_kxSceneEvaluation::whatIsStaleIsEvaluatedAndNothingElse()

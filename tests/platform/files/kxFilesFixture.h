@@ -1,12 +1,16 @@
 #pragma once
 
+#include <animation/kxCurveEvaluation.h>
 #include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
 #include <scene/kxScene.h>
 
 #include <QDirIterator>
 #include <QFile>
+#include <QQuaternion>
 #include <QTemporaryDir>
+
+#include <cmath>
 
 /// Where the models of others lie; empty where they aren't installed.
 inline QString modelsFolder()
@@ -69,6 +73,30 @@ inline std::map<std::string, osg::AnimCurvePtr> curvesOf(const osg::AnimNodePtr&
         if (const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(block->getChild(i)->getCore()))
             curves[curve->getChannelName() + "." + curve->getSuffix()] = curve;
     return curves;
+}
+
+/// What the three curves of a channel give.
+inline osg::Vec3f valueAt(const osg::AnimNodePtr& block, const std::string& channel, double seconds)
+{
+    const auto curves = curvesOf(block);
+    osg::Vec3f value;
+    for (std::size_t i = 0; i < 3; ++i)
+        value[i] = kxCurveEvaluation::value(*curves.at(channel + "." + "XYZ"[i]), seconds);
+    return value;
+}
+
+inline QQuaternion quaternionOf(const osg::Vec3f& degrees)
+{
+    float w, x, y, z;
+    kxSceneMath::quaternionFromEuler(degrees, w, x, y, z);
+    return QQuaternion(w, x, y, z);
+}
+
+/// In degrees.
+inline double angleBetween(const QQuaternion& a, const QQuaternion& b)
+{
+    const QQuaternion d = a.conjugated() * b;
+    return 2 * std::atan2(double(d.vector().length()), std::abs(double(d.scalar()))) * 57.2957795;
 }
 
 /// The animations of an object, without bare curves.

@@ -1,6 +1,5 @@
 #include "kxFilesFixture.h"
 
-#include <animation/kxCurveEvaluation.h>
 #include <files/kxGltfExport.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
@@ -8,10 +7,8 @@
 #include <scene/Mesh.h>
 #include <scene/UberMaterial.h>
 
-#include <QQuaternion>
 #include <QtTest>
 
-#include <cmath>
 #include <tiny_gltf.h>
 
 using namespace osg;
@@ -48,27 +45,6 @@ void makeCubic(const AnimCurvePtr& curve, const std::vector<float>& slopes)
     }
 }
 
-Vec3f valueAt(const NodePtr& object, const std::string& channel, double seconds)
-{
-    const auto curves = curvesOf(blocksOf(object).at(0));
-    Vec3f value;
-    for (std::size_t i = 0; i < 3; ++i)
-        value[i] = kxCurveEvaluation::value(*curves.at(channel + "." + "XYZ"[i]), seconds);
-    return value;
-}
-
-QQuaternion quaternion(const Vec3f& degrees)
-{
-    float w, x, y, z;
-    kxSceneMath::quaternionFromEuler(degrees, w, x, y, z);
-    return QQuaternion(w, x, y, z);
-}
-
-double angleBetween(const Vec3f& a, const Vec3f& b)
-{
-    const QQuaternion d = quaternion(a).conjugated() * quaternion(b);
-    return 2 * std::atan2(double(d.vector().length()), std::abs(double(d.scalar()))) * 57.2957795;
-}
 } // namespace
 
 class tst_kxGltfExport : public QObject
@@ -152,7 +128,7 @@ void tst_kxGltfExport::keysPassExactly()
     QCOMPARE(_notes.contains(QLatin1String("sampled")), !exact);
     for (const auto& [seconds, value] : before)
     {
-        const Vec3f after = valueAt(nodeNamed("object"), "translation", seconds);
+        const Vec3f after = valueAt(blocksOf(nodeNamed("object")).at(0), "translation", seconds);
         for (std::size_t i = 0; i < 3; ++i)
             QVERIFY2(
                 std::abs(after[i] - value[i]) < (exact ? 2e-5f : 0.05f),
@@ -171,12 +147,12 @@ void tst_kxGltfExport::everyTurnIsKept()
     std::vector<QQuaternion> before;
     for (int i = 0; i <= 60; ++i)
         before.push_back(
-            quaternion(Vec3f(30, kxCurveEvaluation::value(*y, i * 0.05), kxCurveEvaluation::value(*z, i * 0.05))) *
-            quaternion(Vec3f(0, 0, 20)));
+            quaternionOf(Vec3f(30, kxCurveEvaluation::value(*y, i * 0.05), kxCurveEvaluation::value(*z, i * 0.05))) *
+            quaternionOf(Vec3f(0, 0, 20)));
     QVERIFY(roundTrip());
     for (int i = 0; i <= 60; ++i)
     {
-        const QQuaternion after = quaternion(valueAt(nodeNamed("object"), "rotation", i * 0.05));
+        const QQuaternion after = quaternionOf(valueAt(blocksOf(nodeNamed("object")).at(0), "rotation", i * 0.05));
         const double dot = std::abs(double(QQuaternion::dotProduct(after, before[std::size_t(i)])));
         QVERIFY2(dot > 0.9997, qPrintable(QStringLiteral("%1 s: %2").arg(i * 0.05).arg(dot))); // 3 degrees
     }
@@ -192,7 +168,7 @@ void tst_kxGltfExport::repeatsAreSampledAndNamed()
     QVERIFY(roundTrip());
     QVERIFY(_notes.contains(QLatin1String("sampled")));
     const double seconds = 1.5; // the middle of the second pass
-    QVERIFY(std::abs(valueAt(nodeNamed("object"), "scale", seconds)[0] - 1.5f) < 1e-3f);
+    QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
 }
 
 void tst_kxGltfExport::theSceneStaysAsItIs()
@@ -250,7 +226,7 @@ void tst_kxGltfExport::objectsComeBack()
         QVERIFY(roundTrip(suffix));
         const NodePtr back = nodeNamed("R\u00e4der \"1\"");
         const GeometryPtr shape = GeometryPtr::dcast(back->getCore());
-        QVERIFY(angleBetween(shape->getEulerRotation(), Vec3f(10, -70, 200)) < 0.01);
+        QVERIFY(angleBetween(quaternionOf(shape->getEulerRotation()), quaternionOf(Vec3f(10, -70, 200))) < 0.01);
         const MeshPtr read = MeshPtr::dcast(shape->getMesh());
         QCOMPARE(read->positions(), std::vector<float>({0, 0, 0, 1, 0, 0, 0, 1, 0}));
         QCOMPARE(read->indices(), std::vector<UInt32>({0, 1, 2}));

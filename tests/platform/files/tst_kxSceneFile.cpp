@@ -1,7 +1,6 @@
 #include "kxFilesFixture.h"
 #include "kxRichScene.h"
 
-#include <files/kxAnimFile.h>
 #include <files/kxEnvelope.h>
 #include <files/kxSceneFile.h>
 #include <scene/Mesh.h>
@@ -33,7 +32,6 @@ private Q_SLOTS:
     void unknownClassesAndFieldsAreNamed();
     void refusedStructures_data();
     void refusedStructures();
-    void animationsKeepSharedCores();
 
 private:
     QTemporaryDir _folder;
@@ -308,28 +306,6 @@ void tst_kxSceneFile::refusedStructures()
     kxFileReport report;
     QCOMPARE(kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report), reason.isEmpty());
     QVERIFY2(report.error().contains(reason), qPrintable(report.error()));
-}
-
-void tst_kxSceneFile::animationsKeepSharedCores()
-{
-    kxRichScene::make();
-    const AnimNodePtr block = blocksOf(nodeNamed("Body")).front();
-    const AnimNodePtr clip = AnimNodePtr::dcast(kxAnimManager::the()->clipStructureRoot()->getChild(0));
-    const QString path = _folder.filePath(QStringLiteral("walk.osb"));
-    QString error;
-    QVERIFY2(kxAnimFile::write(path, {block, clip, AnimNodePtr()}, error), qPrintable(error));
-    std::vector<AnimNodePtr> read;
-    QVERIFY2(kxAnimFile::read(path, read, error), qPrintable(error));
-    QCOMPARE(read.size(), std::size_t(2));
-    std::vector<kxShare<AnimNode>> owned(read.begin(), read.end());
-    QCOMPARE(read[0]->getNodeName(), block->getNodeName());
-    QVERIFY(read[0]->getParent() == NullFC && read[0]->getCore() != block->getCore());
-    QVERIFY(read[1]->getChild(0)->getCore() == read[0]->getCore());
-    QVERIFY(curvesOf(read[0]).at("rotation.Y")->getControlPoints() ==
-            curvesOf(block).at("rotation.Y")->getControlPoints());
-    QVERIFY(!kxAnimFile::read(_folder.filePath(QStringLiteral("none.osb")), read, error) && !error.isEmpty());
-    QVERIFY(writeFile(path, bytesOfScene()) && !kxAnimFile::read(path, read, error)); // a file of another kind
-    QCOMPARE(read.size(), std::size_t(2));
 }
 
 QTEST_MAIN(tst_kxSceneFile)

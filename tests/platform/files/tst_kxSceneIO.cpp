@@ -8,8 +8,6 @@
 #include <kxModuleBase.h>
 #include <kxUndo.h>
 
-#include <QBuffer>
-#include <QImage>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -46,13 +44,9 @@ private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
     void messagesComeInOrder();
     void failuresLeaveTheSceneAlone();
-    void savingKeepsTheOldFileOnFailure();
     void importIsOneStep();
-    void importedNamesAreNew();
     void animationsGoToTheSelectedObject();
     void animationsNeedOneObject();
-    void tellsWhatWasRead();
-    void formats();
 
 private:
     QTemporaryDir _folder;
@@ -97,14 +91,6 @@ void tst_kxSceneIO::failuresLeaveTheSceneAlone()
     QCOMPARE(kxSelection::the().nodes().size(), std::size_t(1));
 }
 
-void tst_kxSceneIO::savingKeepsTheOldFileOnFailure()
-{
-    kxFileReport report;
-    QVERIFY(!kxSceneIO::save(_folder.filePath(QStringLiteral("no/such/folder.kxs")), report));
-    QVERIFY(report.failed());
-    QVERIFY(!kxSceneIO::exportScene(_folder.filePath(QStringLiteral("no/such/folder.glb")), report));
-}
-
 void tst_kxSceneIO::importIsOneStep()
 {
     kxRichScene::make();
@@ -128,23 +114,6 @@ void tst_kxSceneIO::importIsOneStep()
     while (stack->canRedo())
         stack->redo();
     QCOMPARE(bytesOfScene(), after);
-}
-
-void tst_kxSceneIO::importedNamesAreNew()
-{
-    kxRichScene::make();
-    const QString path = _folder.filePath(QStringLiteral("part.kxs"));
-    kxFileReport report(path);
-    QVERIFY(kxSceneIO::save(path, report));
-    QVERIFY(kxSceneIO::importFile(path, report));
-    const NodePtr clips = kxAnimManager::the()->clipStructureRoot();
-    QCOMPARE(clips->getChild(0)->getNodeName(), std::string("Show"));
-    QCOMPARE(clips->getChild(1)->getNodeName(), std::string("Show_1"));
-    // A clone goes by the name of its block.
-    const NodePtr clone = clips->getChild(1)->getChild(0);
-    QCOMPARE(clone->getNodeName(), std::string("Spin_1"));
-    for (const NodePtr& same : clone->getCore()->getParents())
-        QCOMPARE(same->getNodeName(), std::string("Spin_1"));
 }
 
 /// A block and bare curves of an object, back onto it and onto one without animations.
@@ -212,65 +181,6 @@ void tst_kxSceneIO::animationsNeedOneObject()
     QVERIFY(writeFile(path, "Something else"));
     QVERIFY(refuses(kxSceneIO::importFile, path, ""));
     QVERIFY(refuses(kxSceneIO::importFile, _folder.filePath(QStringLiteral("none.osb")), ""));
-}
-
-/// A model with unnamed and equally named materials, a clamped picture and no animation.
-void tst_kxSceneIO::tellsWhatWasRead()
-{
-    QImage pixel(1, 1, QImage::Format_RGB32);
-    pixel.fill(Qt::red);
-    QByteArray png;
-    QBuffer buffer(&png);
-    QVERIFY(buffer.open(QIODevice::WriteOnly) && pixel.save(&buffer, "PNG"));
-    const float corners[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
-    const QByteArray data(reinterpret_cast<const char*>(corners), sizeof corners);
-    QByteArray meshes, nodes;
-    for (int i = 0; i < 4; ++i)
-    {
-        meshes += QByteArray(i > 0 ? "," : "") + R"({"primitives":[{"attributes":{"POSITION":0},"material":)" +
-                  QByteArray::number(i) + "}]}";
-        nodes += QByteArray(i > 0 ? "," : "") + R"({"mesh":)" + QByteArray::number(i) + R"(,"name":"Leg )" +
-                 QByteArray::number(i) + "\"}";
-    }
-    const QByteArray text =
-        R"({"asset":{"version":"2.0"},"scenes":[{"nodes":[0,1,2,3]}],"nodes":[)" + nodes + R"(],"meshes":[)" + meshes +
-        R"(],"materials":[{"name":"Wood","pbrMetallicRoughness":{"baseColorTexture":{"index":0}}},{},{"name":"Wood"},)"
-        R"({"name":"Wood_1"}],"textures":[{"source":0,"sampler":0}],"samplers":[{"wrapS":33071}],)"
-        R"("images":[{"uri":"data:image/png;base64,)" +
-        png.toBase64() +
-        R"("}],"accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}],)"
-        R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,)"
-        R"("uri":"data:application/octet-stream;base64,)" +
-        data.toBase64() + R"("}]})";
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("parts.gltf"));
-    QVERIFY(writeFile(path, text));
-    kxAnimManager* const manager = kxAnimManager::the();
-    manager->setDetailedRangeEnd(manager->fullRangeEnd() / 2);
-    kxFileReport report(path);
-    QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
-    QCOMPARE(report.summary(), QStringLiteral("4 objects, 4 materials, 1 texture, 0 animations, 0 clips"));
-    QCOMPARE(report.notes().size(), 1);
-    QVERIFY(report.notes().first().contains(QStringLiteral("edges")));
-    QStringList names;
-    for (const MaterialPtr& material : kxScene::the()->materials())
-        names << QString::fromStdString(material->getNodeName());
-    QCOMPARE(names, QStringList({"Wood", "Leg 1", "Wood_2", "Wood_1"}));
-    QCOMPARE(manager->detailedRangeStart(), manager->fullRangeStart());
-    QCOMPARE(manager->detailedRangeEnd(), manager->fullRangeEnd());
-    // What joins a scene takes names that are free there.
-    QVERIFY(kxSceneIO::importFile(path, report));
-    QCOMPARE(kxScene::the()->materials().at(4)->getNodeName(), std::string("Wood_3"));
-}
-
-void tst_kxSceneIO::formats()
-{
-    QVERIFY(kxSceneIO::isSceneFile(QStringLiteral("/a/B.KXS")) && !kxSceneIO::isSceneFile(QStringLiteral("kxs")));
-    for (const char* name : {"a.glb", "a.GLTF", "a.fbx", "a.Dae", "a.3ds", "a.obj", "a.kxs", "a.osb"})
-        QVERIFY2(kxSceneIO::canOpen(QLatin1String(name)), name);
-    for (const char* name : {"a.txt", "a", ""})
-        QVERIFY2(!kxSceneIO::canOpen(QLatin1String(name)), name);
-    QVERIFY(kxSceneIO::openFilter().contains(QLatin1String("*.kxs *.gltf *.glb")));
 }
 
 QTEST_MAIN(tst_kxSceneIO)

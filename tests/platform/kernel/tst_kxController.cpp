@@ -59,11 +59,6 @@ void throws(kxMessage&)
     ran << QStringLiteral("thrower");
     throw 1;
 }
-void answers(kxMessage& message)
-{
-    message.set("answer", 42);
-}
-
 /// Notes its name at each message, then does what the test wants.
 class Module : public kxModuleBase
 {
@@ -98,8 +93,6 @@ class tst_kxController : public QObject
 private Q_SLOTS:
     void handlersDuringDelivery_data();
     void handlersDuringDelivery();
-    void queries();
-    void modulesByMask();
     void modulesDuringDelivery();
 };
 
@@ -141,33 +134,6 @@ void tst_kxController::handlersDuringDelivery()
     for (const kxController::Callback handler : handlers)
         kxController::subCB(Name, handler);
     QCOMPARE(kxController::call(Name, message, 0), 0);
-}
-
-void tst_kxController::queries()
-{
-    kxController::addCB(Name, &answers);
-    kxMessage query;
-    query.set("kept", 1);
-    query.set("kept", 2, false);
-    QCOMPARE(kxController::call(Name, query, 0), 1);
-    kxController::subCB(Name, &answers);
-
-    QCOMPARE(boost::any_cast<int>(query.get("answer")), 42);
-    QCOMPARE(boost::any_cast<int>(query.get("kept")), 1);
-    QVERIFY(query.get("nothing").empty());
-    kxController::subCB("unknown", &answers);
-    QCOMPARE(kxController::call("unknown", query, 0), 0);
-}
-
-void tst_kxController::modulesByMask()
-{
-    Module a(QStringLiteral("a"), 0x30);
-    Module b(QStringLiteral("b"), 0x8000000000000010);
-    QCOMPARE(delivered(0x10), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
-    QCOMPARE(delivered(0x20), QStringList(QStringLiteral("a")));
-    QCOMPARE(delivered(0x8000000000000000), QStringList(QStringLiteral("b")));
-    QCOMPARE(delivered(0x40), QStringList());
-    QCOMPARE(delivered(0), QStringList());
 }
 
 void tst_kxController::modulesDuringDelivery()

@@ -1,14 +1,12 @@
 #include <kxCapturedStderr.h>
 
 #include <kxLog.h>
-#include <kxNodePtr.h>
 #include <kxRenderWidget.h>
 #include <kxServices.h>
 
 #include <kernel/kxLogModel.h>
 
 #include <QBuffer>
-#include <QSignalSpy>
 #include <QtTest>
 
 /// The small parts of the kernel: log, services, handles by id, pictures.
@@ -19,8 +17,6 @@ private Q_SLOTS:
     void logTexts();
     void logIsBounded();
     void services();
-    void animationsChangedEnds();
-    void handlesOfDeadNodes();
     void pictures();
     void damagedPictures();
 };
@@ -79,33 +75,6 @@ void tst_kxKernelParts::services()
     QVERIFY(factory.getService<kxCameraService>() == nullptr);
     QCOMPARE(captured.text(), unknown + null + unknown);
     QCOMPARE(factory.getService<kxAnimationService>(), &kxAnimationService::the());
-}
-
-void tst_kxKernelParts::animationsChangedEnds()
-{
-    kxAnimationService& service = kxAnimationService::the();
-    QSignalSpy heard(&service, &kxAnimationService::changed);
-    service.animationsChanged();
-    QCOMPARE(heard.count(), 1);
-    const auto answering = connect(&service, &kxAnimationService::changed, [&] { service.animationsChanged(); });
-    service.animationsChanged();
-    disconnect(answering);
-    QCOMPARE(heard.count(), 3);
-}
-
-void tst_kxKernelParts::handlesOfDeadNodes()
-{
-    const osg::NodePtr node = osg::Node::create();
-    node->addRef();
-    node->setNodeName("wheel");
-    const kxNodePtr held(node);
-    const kxdNode named(held.id());
-    QCOMPARE(named.getName(), QStringLiteral("wheel"));
-    QVERIFY(held.node() == node);
-    node->subRef();
-    QVERIFY(held.isNull() && named.isNull() && held.node() == osg::NullFC);
-    QCOMPARE(named.getName(), QString());
-    QVERIFY(kxdNode().isNull() && kxNodePtr().isNull() && kxdNode(4000000000u).isNull());
 }
 
 void tst_kxKernelParts::pictures()

@@ -114,25 +114,18 @@ void tst_kxPreferencesStore::roundTrip_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<QString>("text");
-    QTest::newRow("false") << "bool"
-                           << "";
-    QTest::newRow("true") << "bool"
-                          << "1";
-    QTest::newRow("smallest int") << "int"
-                                  << "-2147483648";
-    QTest::newRow("whole double stays a double") << "double"
-                                                 << "24";
-    QTest::newRow("double to its last digit") << "double"
-                                              << "0.10000000000000001";
-    QTest::newRow("tiny double") << "double"
-                                 << "4.9406564584124654e-324";
-    QTest::newRow("empty text") << "string"
-                                << "";
-    QTest::newRow("text like a number") << "string"
-                                        << "12";
-    QTest::newRow("text with marks of the format") << "string"
-                                                   << "a, b; \"c\"=@Variant(x) \\ %20\n";
-    QTest::newRow("text in another script") << "string" << QString::fromUtf8("\xe6\x97\xa5\xe6\x9c\xac");
+    const auto row = [](const char* name, const char* kind, const char* text)
+    { QTest::newRow(name) << QString(kind) << QString::fromUtf8(text); };
+    row("false", "bool", "");
+    row("true", "bool", "1");
+    row("smallest int", "int", "-2147483648");
+    row("whole double stays a double", "double", "24");
+    row("double to its last digit", "double", "0.10000000000000001");
+    row("tiny double", "double", "4.9406564584124654e-324");
+    row("empty text", "string", "");
+    row("text like a number", "string", "12");
+    row("text with marks of the format", "string", "a, b; \"c\"=@Variant(x) \\ %20\n");
+    row("text in another script", "string", "\xe6\x97\xa5\xe6\x9c\xac");
 }
 
 void tst_kxPreferencesStore::roundTrip()

@@ -58,16 +58,11 @@ private Q_SLOTS:
     void errorsEndTheScriptAlone();
     void exitGivesItsCode_data();
     void exitGivesItsCode();
-    void scriptsShareOneNamespace();
     void filesKnowTheirPlace();
-    void missingFileIsAnError();
     void promptRunsWholeStatements_data();
     void promptRunsWholeStatements();
     void streamsReachListeners();
     void threadsWriteOnTheMainThread();
-    void unhandledErrorsReachTheLog();
-    void completion_data();
-    void completion();
 
 private:
     QList<int> _levels;          // as the early registration was called
@@ -170,12 +165,6 @@ void tst_kxInterpreter::exitGivesItsCode()
     QCOMPARE(written.texts[kxInterpreter::Error], argument.startsWith('\'') ? QString("too hot\n") : QString());
 }
 
-void tst_kxInterpreter::scriptsShareOneNamespace()
-{
-    QVERIFY(kxScript::run("shared = 20"));
-    QVERIFY(kxScript::run("import __main__\nassert shared == __main__.shared == 20"));
-}
-
 void tst_kxInterpreter::filesKnowTheirPlace()
 {
     QTemporaryDir folder;
@@ -201,13 +190,6 @@ void tst_kxInterpreter::filesKnowTheirPlace()
     write(script, "\nraise ValueError('here')\n");
     const QString trace = QString::fromStdString(kxInterpreter::runFile(path).trace);
     QVERIFY2(trace.contains("line 2") && trace.contains("    raise ValueError('here')"), qPrintable(trace));
-}
-
-void tst_kxInterpreter::missingFileIsAnError()
-{
-    const kxScriptResult result = kxInterpreter::runFile("/nowhere/script.py");
-    QVERIFY(!result.ok);
-    QVERIFY(logHas("No such file or directory: '/nowhere/script.py'"));
 }
 
 void tst_kxInterpreter::promptRunsWholeStatements_data()
@@ -268,47 +250,6 @@ void tst_kxInterpreter::threadsWriteOnTheMainThread()
     QVERIFY(kxScript::run("import threading\nt = threading.Thread(target=print, args=('far',))\nt.start()\nt.join()"));
     QTRY_COMPARE(thread, QThread::currentThread());
     kxInterpreter::removeListener(listener);
-}
-
-void tst_kxInterpreter::unhandledErrorsReachTheLog()
-{
-    const Written written;
-    QVERIFY(kxScript::run("import sys\ntry:\n    {}['lost']\nexcept KeyError:\n    sys.excepthook(*sys.exc_info())"));
-    QVERIFY(logHas("KeyError: 'lost'"));
-    QVERIFY(written.texts[kxInterpreter::Error].contains("KeyError: 'lost'"));
-}
-
-void tst_kxInterpreter::completion_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("expected"); // one of the names, empty for none at all
-    QTest::newRow("function") << "isinst"
-                              << "isinstance";
-    QTest::newRow("attribute") << "completed.uppe"
-                               << "completed.upper";
-    QTest::newRow("type of the scene") << "kxNod"
-                                       << "kxNodePtr";
-    QTest::newRow("nothing fits") << "zzz"
-                                  << "";
-    QTest::newRow("no such object") << "zzz.a"
-                                    << "";
-    QTest::newRow("property raises") << "raising.value."
-                                     << "";
-}
-
-void tst_kxInterpreter::completion()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, expected);
-    QVERIFY(kxScript::run("completed = ''\nclass Raising:\n    @property\n    def value(self): raise OSError\n"
-                          "raising = Raising()"));
-    QStringList names;
-    for (const std::string& name : kxInterpreter::complete(text.toStdString()))
-        names.append(QString::fromStdString(name));
-    if (expected.isEmpty())
-        QCOMPARE(names, QStringList());
-    else
-        QVERIFY2(names.contains(expected), qPrintable(names.join(' ')));
 }
 
 QTEST_GUILESS_MAIN(tst_kxInterpreter)

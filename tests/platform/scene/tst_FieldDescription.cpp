@@ -3,8 +3,10 @@
 #include <osg/AnimCurve.h>
 #include <osg/Image.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 #include <scene/FieldDescription.h>
 #include <scene/Mesh.h>
+#include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
@@ -20,12 +22,13 @@ const float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
 /// Every class that files create.
 const FieldContainerType* const Classes[] = {
-    &Node::_type,           &Group::_type,        &Transform::_type,      &Switch::_type,
-    &Geometry::_type,       &Camera::_type,       &Light::_type,          &UberMaterial::_type,
-    &Mesh::_type,           &Skin::_type,         &osg::Image::_type,     &AnimNode::_type,
-    &AnimCurve::_type,      &AnimBlock::_type,    &AnimClip::_type,       &AnimSequence::_type,
-    &AnimShot::_type,       &AnimWizClip::_type,  &TimeShapeCache::_type, &VertexAnimCurves::_type,
-    &AnimAttachment::_type, &TagAttachment::_type};
+    &Node::_type,           &Group::_type,         &Transform::_type,      &Switch::_type,
+    &Geometry::_type,       &Camera::_type,        &Light::_type,          &UberMaterial::_type,
+    &Mesh::_type,           &Skin::_type,          &osg::Image::_type,     &AnimNode::_type,
+    &AnimCurve::_type,      &AnimBlock::_type,     &AnimClip::_type,       &AnimSequence::_type,
+    &AnimShot::_type,       &AnimWizClip::_type,   &TimeShapeCache::_type, &VertexAnimCurves::_type,
+    &AnimAttachment::_type, &TagAttachment::_type, &Viewpoint::_type,      &SceneSequence::_type,
+    &ClippingPlane::_type};
 } // namespace
 
 class tst_FieldDescription : public QObject

