@@ -8,7 +8,6 @@
 #include <scene/ClippingPlane.h>
 #include <scene/kxScene.h>
 #include <view/kxClipQuad.h>
-#include <view/kxPrimitives.h>
 
 #include <QUndoStack>
 #include <QtTest>
@@ -32,7 +31,6 @@ class tst_kxClippingPlane : public QObject
 private Q_SLOTS:
     void init() { clear(); }
     void isSwitched();
-    void standsInTheMiddle();
     void isGraspedByItsOutline();
 };
 
@@ -66,19 +64,6 @@ void tst_kxClippingPlane::isSwitched()
     while (stack.canRedo())
         stack.redo();
     QCOMPARE(bytes(), after);
-}
-
-void tst_kxClippingPlane::standsInTheMiddle()
-{
-    const osg::NodePtr surface = addSurface("Surface", osg::MaterialPtr());
-    const osg::GeometryPtr core = osg::GeometryPtr::dcast(surface->getCore());
-    core->setMesh(kxPrimitives::box(osg::Vec3f(2, 8, 4)));
-    core->setTranslation(osg::Vec3f(5, 0, 1));
-    osg::markChanged(core, osg::FieldBits);
-    kxClippingPlane::setOn(true);
-    const osg::ClippingPlanePtr plane = osg::ClippingPlanePtr::dcast(kxClippingPlane::node()->getCore());
-    QCOMPARE(plane->getTranslation(), osg::Vec3f(5, 0, 1));
-    QVERIFY(plane->getScale().x() > 8 && plane->getScale().x() < 12);
 }
 
 void tst_kxClippingPlane::isGraspedByItsOutline()

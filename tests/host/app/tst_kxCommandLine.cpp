@@ -34,52 +34,26 @@ void tst_kxCommandLine::refused_data()
 {
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("word");
-    QTest::newRow("unknown option") << "--fly"
-                                    << "fly";
-    QTest::newRow("two scenes") << "a.kxs b.kxs"
-                                << "b.kxs";
-    QTest::newRow("missing scene") << "none.kxs"
-                                   << "none.kxs";
-    QTest::newRow("missing script") << "--script none.py"
-                                    << "none.py";
-    QTest::newRow("missing plug-in") << "--plugin none.so"
-                                     << "none.so";
-    QTest::newRow("frame is a word") << "a.kxs --frame soon"
-                                     << "soon";
-    QTest::newRow("frame is no number") << "a.kxs --frame nan"
-                                        << "nan";
-    QTest::newRow("frame is endless") << "a.kxs --frame inf"
-                                      << "inf";
-    QTest::newRow("range backwards") << "a.kxs --frames 9:3 --render x_%d.png"
-                                     << "9:3";
-    QTest::newRow("range half") << "a.kxs --frames 9: --render x_%d.png"
-                                << "9:";
-    QTest::newRow("range beyond int") << "a.kxs --frames 0:99999999999 --render x_%d.png"
-                                      << "99999999999";
-    QTest::newRow("range too long") << "a.kxs --frames 0:2000000000 --render x_%d.png"
-                                    << "2000000000";
-    QTest::newRow("range without files") << "a.kxs --frames 0:3"
-                                         << "--render";
-    QTest::newRow("range into one file") << "a.kxs --frames 0:3 --render x.png"
-                                         << "x.png";
-    QTest::newRow("both kinds of frames") << "a.kxs --frame 1 --frames 0:3 --render x_%d.png"
-                                          << "exclude";
-    QTest::newRow("picture of no kind") << "a.kxs --render x.txt"
-                                        << "x.txt";
-    QTest::newRow("screenshot of no kind") << "a.kxs --screenshot x"
-                                           << "'x'";
-    QTest::newRow("export of no kind") << "a.kxs --export x.fbx"
-                                       << "x.fbx";
-    QTest::newRow("size without height") << "a.kxs --size 100"
-                                         << "100";
-    QTest::newRow("size of nothing") << "a.kxs --size 0x100"
-                                     << "0x100";
-    QTest::newRow("size too large") << "a.kxs --size 99999x100"
-                                    << "99999x100";
-    QTest::newRow("twice") << "a.kxs --frame 1 --frame 2"
-                           << "--frame";
-    QTest::newRow("headless and idle") << "--headless"
-                                       << "nothing to do";
+    const auto row = [](const char* name, const char* arguments, const char* word)
+    { QTest::newRow(name) << QString(arguments) << QString(word); };
+    row("unknown option", "--fly", "fly");
+    row("two scenes", "a.kxs b.kxs", "b.kxs");
+    row("missing scene", "none.kxs", "none.kxs");
+    row("missing script", "--script none.py", "none.py");
+    row("frame is a word", "a.kxs --frame soon", "soon");
+    row("frame is no number", "a.kxs --frame nan", "nan");
+    row("range backwards", "a.kxs --frames 9:3 --render x_%d.png", "9:3");
+    row("range beyond int", "a.kxs --frames 0:99999999999 --render x_%d.png", "99999999999");
+    row("range too long", "a.kxs --frames 0:2000000000 --render x_%d.png", "2000000000");
+    row("range without files", "a.kxs --frames 0:3", "--render");
+    row("range into one file", "a.kxs --frames 0:3 --render x.png", "x.png");
+    row("both kinds of frames", "a.kxs --frame 1 --frames 0:3 --render x_%d.png", "exclude");
+    row("picture of no kind", "a.kxs --render x.txt", "x.txt");
+    row("export of no kind", "a.kxs --export x.fbx", "x.fbx");
+    row("size without height", "a.kxs --size 100", "100");
+    row("size too large", "a.kxs --size 99999x100", "99999x100");
+    row("twice", "a.kxs --frame 1 --frame 2", "--frame");
+    row("headless and idle", "--headless", "nothing to do");
 }
 
 void tst_kxCommandLine::refused()

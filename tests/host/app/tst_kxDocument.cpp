@@ -24,8 +24,6 @@ private Q_SLOTS:
     void mayLeave_data();
     void mayLeave();
     void whatMakesUnsaved();
-    void failedSaveKeepsTheScene();
-    void failedOpenKeepsTheScene();
     void scriptsSceneHasNoPath();
     void sourceOfAnotherProgramIsNotSavedOver();
 
@@ -126,34 +124,6 @@ void tst_kxDocument::whatMakesUnsaved()
     stack->undo();
     stack->redo();
     QVERIFY(_document->isUnsaved()); // steps don't take it back
-}
-
-void tst_kxDocument::failedSaveKeepsTheScene()
-{
-    edit();
-    QVERIFY(_document->saveTo(path("c.kxs")));
-    edit();
-    QVERIFY(!_document->saveTo(path("no/such/folder/d.kxs")));
-    QCOMPARE(_errors.size(), 1);
-    QVERIFY(_errors.first().contains("d.kxs"));
-    QCOMPARE(_document->path(), path("c.kxs"));
-    QVERIFY(_document->isUnsaved());
-}
-
-void tst_kxDocument::failedOpenKeepsTheScene()
-{
-    edit();
-    QVERIFY(_document->saveTo(path("e.kxs")));
-    QFile broken(path("broken.kxs"));
-    QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("nothing of a scene") > 0);
-    broken.close();
-    const QByteArray before = bytes();
-    QVERIFY(!_document->openFile(path("broken.kxs")));
-    QCOMPARE(_errors.size(), 1);
-    QCOMPARE(_document->path(), path("e.kxs"));
-    QCOMPARE(bytes(), before);
-    QVERIFY(_document->openFile(path("e.kxs")));
-    QCOMPARE(_document->recentFiles().files().first(), path("e.kxs"));
 }
 
 void tst_kxDocument::scriptsSceneHasNoPath()

@@ -1,5 +1,4 @@
 #include <QFileInfo>
-#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -12,10 +11,8 @@ private Q_SLOTS:
     void initTestCase();
     void exitCode_data();
     void exitCode();
-    void writesEveryFrame();
     void goesOnWithoutThePlugin();
     void saysWhereThereIsNoDisplay();
-    void scriptsSeeTheScene();
 
 private:
     struct Result
@@ -70,9 +67,6 @@ void tst_kxHostProcess::exitCode_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("says");
     QTest::newRow("opens") << "made.kxs" << 0 << "";
-    QTest::newRow("renders") << "made.kxs --render one.png --size 32x24" << 0 << "wrote one.png";
-    QTest::newRow("screenshot") << "made.kxs --screenshot window.png --size 900x600" << 0 << "wrote window.png";
-    QTest::newRow("exports") << "made.kxs --export out.glb" << 0 << "wrote out.glb";
     QTest::newRow("script") << "--script good.py" << 0 << "hello from a script";
     QTest::newRow("script raises") << "--script raises.py --render never.png" << 1 << "spoiled";
     QTest::newRow("script leaves") << "--script leaves.py" << 1 << "";
@@ -94,19 +88,6 @@ void tst_kxHostProcess::exitCode()
     QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
 }
 
-void tst_kxHostProcess::writesEveryFrame()
-{
-    const Result result =
-        run({"made.kxs", "--headless", "--frames", "-1:2", "--render", "f_%03d.png", "--size", "40x30"});
-    QCOMPARE(result.code, 0);
-    for (const char* const name : {"f_-01.png", "f_000.png", "f_001.png", "f_002.png"})
-    {
-        const QImage picture(_folder.filePath(QString::fromLatin1(name)));
-        QCOMPARE(picture.size(), QSize(40, 30));
-    }
-    QCOMPARE(result.output.count("wrote "), 4);
-}
-
 void tst_kxHostProcess::goesOnWithoutThePlugin()
 {
     write("none.so", "no library");
@@ -123,16 +104,6 @@ void tst_kxHostProcess::saysWhereThereIsNoDisplay()
     const Result working = run({"made.kxs", "--render", "w.png", "--size", "8x8"}, false);
     QCOMPARE(working.code, 0);
     QVERIFY(QFileInfo(_folder.filePath("w.png")).isFile());
-}
-
-void tst_kxHostProcess::scriptsSeeTheScene()
-{
-    write("look.py", "import kxHost\nassert kxHost.undoCount() == 0\nkxHost.render('s.png', 16, 16)\n"
-                     "kxHost.screenshot('shot.png')\n");
-    const Result result = run({"made.kxs", "--headless", "--script", "look.py"});
-    QVERIFY2(result.code == 0, qPrintable(result.errors));
-    QCOMPARE(QImage(_folder.filePath("s.png")).size(), QSize(16, 16));
-    QVERIFY(!QImage(_folder.filePath("shot.png")).isNull());
 }
 
 QTEST_GUILESS_MAIN(tst_kxHostProcess)

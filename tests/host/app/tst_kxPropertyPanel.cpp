@@ -13,7 +13,6 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
-#include <QLineEdit>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -27,7 +26,6 @@ private Q_SLOTS:
     void cleanup() { _panel.reset(); }
     void typedValueGoesToAll();
     void aDragIsOneStep();
-    void followsTheScene();
     void marksWhatIsDriven();
     void survivesTheEndOfItsObject();
 
@@ -93,26 +91,6 @@ void tst_kxPropertyPanel::aDragIsOneStep()
     QCOMPARE(stack()->count(), 2);
     stack()->setIndex(0);
     QVERIFY(osg::LightPtr::dcast(node->getCore())->getColor() == osg::Color3f(1, 1, 1));
-}
-
-void tst_kxPropertyPanel::followsTheScene()
-{
-    const osg::NodePtr node = addObject("Node");
-    select({node});
-    kxSceneEdits::setComponent({node->getCore()}, "translation", 1, RelativeSet, 7);
-    kxSceneEdits::rename(node, "Renamed");
-    kxScene::the()->flush();
-    QCOMPARE(spinner("translationY")->value(), 7.0);
-    QCOMPARE(_panel->findChild<QLineEdit*>("_name")->text(), QString("Renamed"));
-    // What the user is typing isn't overwritten.
-    QKXDoubleSpiner* const y = spinner("translationY");
-    y->setFocus();
-    QLineEdit* const edit = y->findChild<QLineEdit*>();
-    edit->selectAll();
-    QTest::keyClicks(edit, "12");
-    kxSceneEdits::setComponent({node->getCore()}, "translation", 1, RelativeSet, 8);
-    kxScene::the()->flush();
-    QVERIFY(!y->hasFocus() || edit->text().startsWith("12"));
 }
 
 void tst_kxPropertyPanel::marksWhatIsDriven()

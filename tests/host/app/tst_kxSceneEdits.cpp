@@ -1,13 +1,11 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneEdits.h>
-#include <app/kxSceneObjects.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
-#include <osg/FieldContainerFactory.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -25,17 +23,12 @@ private Q_SLOTS:
     void init() { clear(); }
     void randomEditsComeBack_data();
     void randomEditsComeBack();
-    void deletedNodeComesBackWhole();
     void movedNodeKeepsItsPlaceInTheWorld();
     void moveAmongSiblings_data();
     void moveAmongSiblings();
     void impossibleMovesChangeNothing();
     void copiesAreIndependent();
-    void viewsOfOneFieldComeBackExactly();
-    void relativeEditOfSeveralIsOneStep();
-    void deletedMaterialComesBackToItsSurfaces();
     void refusesBadValues();
-    void stepsSayWhatWasDone();
 
 private:
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
@@ -68,25 +61,6 @@ void tst_kxSceneEdits::randomEditsComeBack()
         stack()->setIndex(stack()->count());
         QCOMPARE(bytes(), after);
     }
-}
-
-void tst_kxSceneEdits::deletedNodeComesBackWhole()
-{
-    const osg::NodePtr parent = addObject("Parent");
-    addObject("First", parent);
-    const osg::NodePtr middle = addObject("Middle", parent), child = addObject("Child", middle);
-    addObject("Last", parent);
-    animate(child);
-    const unsigned int id = child.getFieldContainerId();
-    kxSelection::the().selectNodes({middle});
-    QCOMPARE(kxSceneEdits::deleteNodes({middle, child}), 1); // the child goes with its parent
-    QVERIFY(kxSelection::the().nodes().empty());
-    QCOMPARE(parent->getNChildren(), 2u);
-    stack()->undo();
-    QCOMPARE(parent->findChild(middle), 1);
-    const osg::NodePtr back = osg::FieldContainerFactory::the()->get<osg::Node>(id);
-    QVERIFY(back != osg::NullFC && back->findAttachment<osg::AnimAttachment>() != osg::NullFC);
-    QCOMPARE(kxSelection::the().nodes().size(), std::size_t(1));
 }
 
 void tst_kxSceneEdits::movedNodeKeepsItsPlaceInTheWorld()
@@ -173,61 +147,6 @@ void tst_kxSceneEdits::copiesAreIndependent()
     QCOMPARE(ofFirst.size(), std::size_t(1));
     QCOMPARE(ofSecond.size(), std::size_t(1));
     QVERIFY(ofFirst[0] != ofSecond[0]);
-}
-
-void tst_kxSceneEdits::viewsOfOneFieldComeBackExactly()
-{
-    const osg::NodePtr node = addObject("Node");
-    node->setTravMask(0x5); // hidden in a way of its own
-    const QByteArray before = bytes();
-    kxSceneEdits::setVisible({node}, true);
-    QVERIFY(node->isActive());
-    stack()->undo();
-    QCOMPARE(node->getTravMask(), 0x5u);
-    QCOMPARE(bytes(), before);
-}
-
-void tst_kxSceneEdits::relativeEditOfSeveralIsOneStep()
-{
-    const osg::NodePtr a = addObject("A"), b = addObject("B");
-    const auto coreA = osg::TransformPtr::dcast(a->getCore()), coreB = osg::TransformPtr::dcast(b->getCore());
-    coreB->setTranslation(osg::Vec3f(10, 0, 0));
-    kxSceneEdits::setComponent({coreA, coreB}, "translation", 0, RelativeAdd, 2.5);
-    QCOMPARE(coreA->getTranslation().x(), 2.5f);
-    QCOMPARE(coreB->getTranslation().x(), 12.5f);
-    QCOMPARE(stack()->count(), 1);
-    stack()->undo();
-    QCOMPARE(coreB->getTranslation().x(), 10.0f);
-}
-
-void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
-{
-    const osg::MaterialPtr steel = addMaterial("Steel"), glass = addMaterial("Glass");
-    const auto surface = osg::GeometryPtr::dcast(addSurface("Surface", steel)->getCore());
-    kxSceneEdits::deleteMaterials({steel});
-    QVERIFY(surface->getMaterial() == osg::NullFC);
-    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
-    stack()->undo();
-    QVERIFY(surface->getMaterial() == steel);
-    QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
-}
-
-void tst_kxSceneEdits::stepsSayWhatWasDone()
-{
-    const auto bodies = kxSceneObjects::primitives();
-    QVERIFY(kxSceneObjects::add(bodies.front()));
-    QCOMPARE(stack()->undoText(), QStringLiteral("Add Box"));
-    QVERIFY(kxSceneObjects::add(bodies.front()));
-    QCOMPARE(stack()->count(), 2);
-    const auto& materials = kxScene::the()->materials();
-    QCOMPARE(materials.size(), std::size_t(2)); // each its own, named after it
-    QCOMPARE(materials[1]->getNodeName(), kxSelection::the().nodes().front()->getNodeName());
-    kxSceneEdits::setField({materials[0]}, "roughness", osg::FieldValue(0.2f));
-    QCOMPARE(stack()->undoText(), QStringLiteral("Change Roughness of Box"));
-    kxSceneEdits::setComponent({kxSelection::the().nodes().front()->getCore()}, "translation", 0, RelativeAdd, 1);
-    QCOMPARE(stack()->undoText(), QStringLiteral("Change Position of Box_1"));
-    stack()->setIndex(0);
-    QVERIFY(materials.empty());
 }
 
 void tst_kxSceneEdits::refusesBadValues()

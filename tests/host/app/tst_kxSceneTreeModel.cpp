@@ -1,7 +1,6 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneEdits.h>
-#include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <panels/kxSceneTreeModel.h>
@@ -27,7 +26,6 @@ private Q_SLOTS:
     void keepsWhatIsExpanded();
     void dropCountsVisibleRows();
     void undoOfAnAddKeepsItsRedo();
-    void selectsBothWays();
 
 private:
     static void compare(const kxSceneTreeModel& model, const QModelIndex& index, const osg::NodePtr& node);
@@ -156,21 +154,6 @@ void tst_kxSceneTreeModel::undoOfAnAddKeepsItsRedo()
     kxScene::the()->flush();
     QCoreApplication::processEvents();
     QVERIFY(stack->canRedo()); // the row that left took its selection along, and that was no step
-}
-
-void tst_kxSceneTreeModel::selectsBothWays()
-{
-    const osg::NodePtr a = addObject("A"), b = addObject("B");
-    kxScene::the()->flush();
-    kxSceneTreePanel panel(nullptr);
-    QTreeView* const view = panel.view();
-    kxSelection::the().selectNodes({b});
-    QCOMPARE(view->selectionModel()->selectedRows().size(), 1);
-    QCOMPARE(view->selectionModel()->selectedRows().first().data().toString(), QString("B"));
-    view->selectionModel()->select(view->model()->index(0, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    const auto nodes = kxSelection::the().nodes();
-    QCOMPARE(nodes.size(), std::size_t(2));
-    QVERIFY(nodes[0] == b && nodes[1] == a); // in the order of selection
 }
 
 QTEST_MAIN(tst_kxSceneTreeModel)

@@ -9,13 +9,6 @@
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
-#include <QGraphicsView>
-#include <QMainWindow>
-#include <QMenuBar>
-#include <QSpinBox>
-#include <QTabBar>
-#include <QToolBar>
-#include <QTreeWidget>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -55,11 +48,6 @@ private Q_SLOTS:
     void scripts();
     void settingAValueIsOneStep();
     void messagesCarryExactTypes();
-    void messagesGiveTheAnswerBack();
-    void picturesComeFromTheHooks();
-    void widgetsByTheirNames();
-    void rowsAndScenePoints();
-    void entriesOfMenus();
     void everyFunctionIsDescribed();
 
 private:
@@ -158,9 +146,6 @@ void tst_kxHostModule::scripts_data()
                                "        setChannelValue(owner, name, channelValue(owner, name))\n"
                                "assert undoCount() == 0, 'nothing has changed'\n"
                                "assert setChannelValue(door, 'scale.Y', 2) == channelValue(door, 'scale.Y') == 2";
-    QTest::newRow("value is clamped") << "paint = findMaterial('Paint')\n"
-                                         "name = [n for n in channelNames(paint) if 'rough' in n.lower()][0]\n"
-                                         "assert setChannelValue(paint, name, 7) == channelValue(paint, name) == 1";
     QTest::newRow("values refused")
         << "door, knob = findNode('Door'), findNode('Knob')\n"
            "for bad in (float('nan'), float('inf'), -float('inf'), 1e300):\n"
@@ -229,7 +214,6 @@ void tst_kxHostModule::scripts_data()
            "for range_ in ((0, 0), (5, 4), (-2**31, 2**31 - 1)):\n"
            "    refused(ValueError, 'behind', setFrameRange, *range_)\n"
            "assert undoCount() == 0";
-    QTest::newRow("events") << "processEvents()";
 }
 
 void tst_kxHostModule::scripts()
@@ -283,130 +267,6 @@ void tst_kxHostModule::messagesCarryExactTypes()
     QVERIFY(attribute<osg::AnimNodePtr>("one") && *attribute<osg::AnimNodePtr>("one") == clip);
     QVERIFY(attribute<std::vector<osg::AnimNodePtr>>("all"));
     clip->subRef();
-}
-
-void tst_kxHostModule::messagesGiveTheAnswerBack()
-{
-    run("answer = sendMessage('probe', {'node': findNode('Door'), 'answer': 1})\n"
-        "assert answer['node'] == findNode('Door') and answer['answer'] == 7\n"
-        "assert answer['names'] == {'gr\\xfcn', 'red'} and 'owner' not in answer");
-}
-
-void tst_kxHostModule::picturesComeFromTheHooks()
-{
-    run("refused(RuntimeError, 'no view', render, '/tmp/a.png', 10, 10)\n"
-        "refused(RuntimeError, 'no window', screenshot, '/tmp/a.png')\n"
-        "for size in ((0, 10), (10, -1), (10, 10**6)): refused(ValueError, '16384', render, 'a.png', *size)");
-    QString drawn;
-    kxHostModule::hooks().render = [&drawn](const QString& file, int width, int height, QString& reason)
-    {
-        drawn = QStringLiteral("%1 %2 %3").arg(file).arg(width).arg(height);
-        reason = "disk full";
-        return width == 320;
-    };
-    run("render('\\xfc.png', 320, 200)\nrefused(RuntimeError, 'disk full', render, 'a.png', 10, 20)");
-    QCOMPARE(drawn, QString("a.png 10 20"));
-}
-
-void tst_kxHostModule::widgetsByTheirNames()
-{
-    QWidget window;
-    window.setObjectName("_window");
-    for (const char* const name : {"_left", "_right"})
-    {
-        auto* const box = new QWidget(&window);
-        box->setObjectName(QString::fromLatin1(name));
-        box->setGeometry(window.children().size() * 100, 20, 90, 60);
-        auto* const field = new QSpinBox(box);
-        field->setObjectName("_field");
-        field->setGeometry(5, 7, 40, 25);
-        field->setValue(window.children().size());
-    }
-    run("refused(LookupError, 'no visible', widgetRect, '_left')");
-    window.move(30, 40);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    const QPoint field = window.mapToGlobal(QPoint(205, 27));
-    run(QStringLiteral("assert widgetRect('_window/_right/_field') == (%1, %2, 40, 25), widgetRect('_right/_field')\n"
-                       "assert widgetProperty('_left/_field', 'value') == 1\n"
-                       "assert widgetProperty('_right/_field', 'enabled') is True\n"
-                       "assert widgetProperty('_window', 'objectName') == '_window'\n"
-                       "refused(LookupError, 'more than one', widgetRect, '_field')\n"
-                       "refused(LookupError, 'no visible', widgetProperty, '_right/_left', 'value')\n"
-                       "refused(LookupError, 'no visible', widgetRect, '')\n"
-                       "refused(KeyError, 'speed', widgetProperty, '_left', 'speed')\n"
-                       "refused(TypeError, 'palette', widgetProperty, '_left', 'palette')")
-            .arg(field.x())
-            .arg(field.y()));
-}
-
-void tst_kxHostModule::rowsAndScenePoints()
-{
-    QTreeWidget tree;
-    tree.setObjectName("_tree");
-    tree.resize(300, 80);
-    auto* const upper = new QTreeWidgetItem(&tree, {"Upper", "1"});
-    new QTreeWidgetItem(upper, {"Same", "2"});
-    auto* const lower = new QTreeWidgetItem(&tree, {"Lower", "3"});
-    new QTreeWidgetItem(lower, {"Same", "4"});
-    tree.setColumnCount(2);
-    lower->setExpanded(true);
-    tree.move(40, 50);
-    tree.show();
-    QGraphicsScene scene(0, -50, 100, 100);
-    QGraphicsView view(&scene);
-    view.setObjectName("_graph");
-    view.scale(2, -3);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&tree));
-    const QRect row = tree.visualItemRect(lower);
-    const QPoint corner = tree.viewport()->mapToGlobal(row.topLeft());
-    const QPoint point = view.viewport()->mapToGlobal(view.mapFromScene(10, 20));
-    run(QStringLiteral("assert widgetRows('_tree') == [['Upper'], ['Lower'], ['Lower', 'Same']]\n"
-                       "assert rowText('_tree', ['Upper', 'Same'], 1) == '2'\n"
-                       "assert rowText('_tree', ['Lower', 'Same'], 1) == '4'\n"
-                       "assert rowRect('_tree', ['Lower'])[:2] == (%1, %2)\n"
-                       "refused(LookupError, 'no row', rowRect, '_tree', ['Middle'])\n"
-                       "refused(LookupError, 'out of sight', rowRect, '_tree', ['Upper', 'Same'])\n"
-                       "refused(TypeError, 'no list', widgetRows, '_graph')\n"
-                       "assert scenePoint('_graph', 10, 20) == (%3, %4), scenePoint('_graph', 10, 20)\n"
-                       "refused(TypeError, 'no graphics', scenePoint, '_tree', 0, 0)")
-            .arg(corner.x())
-            .arg(corner.y())
-            .arg(point.x())
-            .arg(point.y()));
-}
-
-void tst_kxHostModule::entriesOfMenus()
-{
-    QMainWindow window;
-    window.setObjectName("_window");
-    window.menuBar()->setObjectName("_menus");
-    QMenu* const menu = window.menuBar()->addMenu("&Things");
-    menu->addAction("First");
-    QAction* const second = menu->addAction("Se&cond...");
-    QToolBar* const bar = window.addToolBar("tools");
-    bar->setObjectName("_tools");
-    bar->addAction("Tool");
-    QTabBar tabs(&window);
-    tabs.addTab("Near");
-    tabs.addTab("Far");
-    tabs.setGeometry(100, 60, 200, 30);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    run("refused(LookupError, 'no menu', actionRect, '', 'First')");
-    menu->popup(window.mapToGlobal(QPoint(5, 30)));
-    const QPoint place = menu->mapToGlobal(menu->actionGeometry(second).topLeft());
-    run(QStringLiteral("assert actionRect('', 'Second...')[:2] == (%1, %2)\n"
-                       "assert actionRect('_menus', 'Things')[2] > 10\n"
-                       "assert actionRect('_tools', 'Tool')[2] > 10\n"
-                       "assert tabRect('Far')[2] > 10 and tabRect('Far')[0] > tabRect('Near')[0]\n"
-                       "refused(LookupError, 'no tab', tabRect, 'Behind')\n"
-                       "refused(LookupError, 'no entry', actionRect, '', 'Third')\n"
-                       "refused(LookupError, 'no entry', actionRect, '_window', 'First')")
-            .arg(place.x())
-            .arg(place.y()));
-    menu->hide();
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()

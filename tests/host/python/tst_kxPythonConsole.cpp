@@ -17,7 +17,6 @@ private Q_SLOTS:
     void tabCompletes();
     void outputFollowsItsStatement();
     void errorMarksItsLine();
-    void scriptFiles();
 };
 
 void tst_kxPythonConsole::historyKeepsTheDraft()
@@ -105,24 +104,6 @@ void tst_kxPythonConsole::errorMarksItsLine()
     QCOMPARE(console.prompt()->text().count("IndexError"), 1);
     console.editor()->setText("x = 1\n");
     QCOMPARE(console.editor()->markerFindNext(0, ErrorMarks), -1);
-}
-
-void tst_kxPythonConsole::scriptFiles()
-{
-    QTemporaryDir folder;
-    const QString file = folder.filePath("a.py");
-    kxPythonConsole console;
-    QVERIFY(console.mayClose());
-    console.editor()->setText("print('grün')\n");
-    QVERIFY(console.saveScript(file));
-    QVERIFY(!console.saveScript("/nowhere/a.py"));
-    kxPythonConsole other;
-    QVERIFY(other.openScript(file));
-    QVERIFY(!other.openScript(folder.filePath("missing.py")));
-    QCOMPARE(other.editor()->text(), QString("print('grün')\n"));
-    QVERIFY(other.mayClose());
-    QTest::keyClick(other.editor(), Qt::Key_Return, Qt::ControlModifier);
-    QVERIFY(other.prompt()->text().contains("grün\n"));
 }
 
 QTEST_MAIN(tst_kxPythonConsole)

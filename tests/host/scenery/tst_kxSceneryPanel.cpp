@@ -28,9 +28,7 @@ private Q_SLOTS:
     void cleanup() { kxSceneFixture::clear(); }
     void eachEntryMakesItsKind();
     void stepsAreEditedInPlace();
-    void doubleClickTries();
     void tracksAreLookedThrough();
-    void rowsOutliveEdits();
 
 private:
     void trigger(const char* name) { _panel->findChild<QAction*>(QLatin1String(name))->trigger(); }
@@ -106,26 +104,6 @@ void tst_kxSceneryPanel::stepsAreEditedInPlace()
     QCOMPARE(model->rowCount(), 3);
 }
 
-void tst_kxSceneryPanel::doubleClickTries()
-{
-    const osg::NodePtr set = kxSceneryEdits::addVariantSet(
-        {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, QStringLiteral("Door"));
-    kxScene::the()->flush();
-    const QModelIndex row = list()->model()->index(0, 0, list()->model()->index(0, 0));
-    list()->setCurrentIndex(row);
-    trigger("_trySceneryAction");
-    QCOMPARE(kxScenery::shownChoice(set), std::string("Shut"));
-    list()->setCurrentIndex(list()->model()->index(0, 0, row));
-    trigger("_trySceneryAction");
-    QCOMPARE(kxScenery::shownChoice(set), std::string("Open"));
-    kxSceneryEdits::addSequence({kxSequenceStep()}, QStringLiteral("Tour"));
-    _panel->select(kxScenery::all(Kind::Sequence).front().getFieldContainerId());
-    trigger("_trySceneryAction");
-    QVERIFY(_stage.runner().isRunning("Tour"));
-    trigger("_stopSceneryAction");
-    QVERIFY(!_stage.isPlaying());
-}
-
 void tst_kxSceneryPanel::tracksAreLookedThrough()
 {
     auto* const look = _panel->findChild<QAction*>(QStringLiteral("_lookThroughAction"));
@@ -151,20 +129,6 @@ void tst_kxSceneryPanel::tracksAreLookedThrough()
     kxScene::the()->flush();
     QCOMPARE(_view.cameraNodeId(), 0u);
     QVERIFY(!look->isEnabled());
-}
-
-void tst_kxSceneryPanel::rowsOutliveEdits()
-{
-    for (int i = 0; i < 3; ++i)
-        _actions.all()[0]->trigger();
-    _panel->select(kxScenery::all(Kind::Viewpoint)[1].getFieldContainerId());
-    const QString name = list()->currentIndex().data().toString();
-    kxSceneryEdits::remove({kxScenery::all(Kind::Viewpoint)[0]});
-    kxScene::the()->flush();
-    QCOMPARE(list()->currentIndex().data().toString(), name);
-    QVERIFY(list()->model()->setData(list()->currentIndex(), QStringLiteral("Good"), Qt::EditRole));
-    QVERIFY(!list()->model()->setData(list()->currentIndex(), QStringLiteral(" "), Qt::EditRole));
-    QCOMPARE(list()->currentIndex().data().toString(), QStringLiteral("Good"));
 }
 
 QTEST_MAIN(tst_kxSceneryPanel)

@@ -19,8 +19,6 @@ class tst_kxRenderers : public QObject
 private Q_SLOTS:
     void init() { _offscreen = std::make_unique<kxOffscreen>(); }
     void cleanup();
-    void emptySceneIsBackdrop_data() { addPaths(); }
-    void emptySceneIsBackdrop();
     void materialsShow_data() { addPaths(); }
     void materialsShow();
     void sidesAndDepth_data() { addPaths(); }
@@ -102,19 +100,6 @@ QImage tst_kxRenderers::picture(const kxRenderOptions& options, const QSize& siz
     QFETCH(bool, openGl);                                                                                              \
     if (openGl && _offscreen->path() != kxOffscreen::OpenGL)                                                           \
     QSKIP("No OpenGL without a display here")
-
-void tst_kxRenderers::emptySceneIsBackdrop()
-{
-    KX_NEEDS_PATH();
-    const QImage image = picture();
-    QCOMPARE(image.size(), QSize(96, 96));
-    const QColor color = middle(image);
-    QVERIFY(color.red() > 30 && color.red() < 110 && qAbs(color.red() - color.blue()) < 20);
-    kxRenderOptions clear = bare();
-    clear.transparent = true;
-    QCOMPARE(qAlpha(picture(clear).pixel(10, 10)), 0);
-    picture(kxRenderOptions()); // with the floor
-}
 
 void tst_kxRenderers::materialsShow()
 {

@@ -1,6 +1,5 @@
 #include "kxTestObjects.h"
 
-#include <QKXTimeLine.h>
 #include <kernel/kxSelection.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -27,13 +26,10 @@ private Q_SLOTS:
     void clickSelectsAndIsUndone();
     void dragOfAHandleIsOneStep();
     void escapeTakesADragBack();
-    void mouseMovesTheEye();
     void drawsOnlyWhatChanged();
     void slowFramesAreDrawnQuickly();
     void looksThroughACamera();
     void survivesObjectsThatGo();
-    void isTheRenderWidget();
-    void toolsAreChosenFromARulerToo();
 
 private:
     QPoint seen(const QVector3D& point) const;
@@ -166,29 +162,6 @@ void tst_kxView3D::escapeTakesADragBack()
     QCOMPARE(_view->tool(), kxGizmo::SelectTool);
 }
 
-void tst_kxView3D::mouseMovesTheEye()
-{
-    QSignalSpy idle(_view.get(), &kxView3D::viewWentIdle);
-    const kxCameraRig::Pose before = _view->rig().pose();
-    kxPress(_view.get(), QPoint(5, 5));
-    kxDragTo(_view.get(), QPoint(65, 25));
-    kxRelease(_view.get(), QPoint(65, 25));
-    const kxCameraRig::Pose turned = _view->rig().pose();
-    QVERIFY(turned.yaw < before.yaw - 20 && turned.pitch > before.pitch + 5);
-    QCOMPARE(turned.target, before.target);
-    kxSendMouse(_view.get(), QEvent::MouseButtonPress, QPoint(50, 50), Qt::MiddleButton, Qt::MiddleButton);
-    kxSendMouse(_view.get(), QEvent::MouseMove, QPoint(80, 50), Qt::NoButton, Qt::MiddleButton);
-    kxSendMouse(_view.get(), QEvent::MouseButtonRelease, QPoint(80, 50), Qt::MiddleButton, Qt::NoButton);
-    QVERIFY(_view->rig().pose().target != before.target);
-    QCOMPARE(_view->rig().pose().distance, before.distance);
-    QWheelEvent wheel(QPointF(50, 50), QPointF(50, 50), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
-                      Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(_view.get(), &wheel);
-    QVERIFY(_view->rig().pose().distance < before.distance);
-    QCOMPARE(idle.count(), 2);
-    QVERIFY(kxUndoStack::get(0).stack()->count() == 0); // looking around is no edit
-}
-
 void tst_kxView3D::drawsOnlyWhatChanged()
 {
     QTRY_VERIFY(draws() > 0);
@@ -267,26 +240,6 @@ void tst_kxView3D::survivesObjectsThatGo()
     _view->frameAll();
     settle();
     QVERIFY(!_view->grabFrameBuffer(false).isNull());
-}
-
-void tst_kxView3D::isTheRenderWidget()
-{
-    QCOMPARE(kxOSGWidget::getMGLW(-1), static_cast<kxQGLWidget*>(_view.get()));
-    QCOMPARE(_view->grabFrameBuffer(true).size(), QSize(320, 240) * _view->devicePixelRatioF());
-    _view.reset();
-    QVERIFY(kxOSGWidget::getMGLW(-1) == nullptr);
-}
-
-void tst_kxView3D::toolsAreChosenFromARulerToo()
-{
-    QKXTimeLine ruler;
-    ruler.show();
-    QVERIFY(QTest::qWaitForWindowActive(&ruler));
-    ruler.setFocus();
-    QTest::keyClick(&ruler, Qt::Key_W);
-    QCOMPARE(_view->tool(), kxGizmo::MoveTool);
-    QTest::keyClick(&ruler, Qt::Key_Right); // the ruler's own keys
-    QCOMPARE(_view->tool(), kxGizmo::MoveTool);
 }
 
 QTEST_MAIN(tst_kxView3D)
