@@ -2,6 +2,7 @@
 
 #include "kxHostObjects.h"
 
+#include <animation/kxNodeTime.h>
 #include <app/kxClippingPlane.h>
 #include <app/kxSceneCommands.h>
 #include <app/kxSceneEdits.h>
@@ -151,7 +152,8 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
     core->setIsViewpoint(kind == "viewpoint");
     const osg::AnimNodePtr node = osg::AnimNodeBase::create();
     node->setCore(core);
-    node->moveBy(seconds, kxAnimManager::the()->calculateFreeOffsetYFor(seconds, 0, clip, osg::AnimNodePtr()));
+    node->moveBy(seconds, kxAnimManager::the()->calculateFreeOffsetYFor(
+                              float(kxNodeTime::toRoot(clip).to(double(seconds))), 0, clip, osg::AnimNodePtr()));
     auto* const command = new kxPlaceNodesCommand(kxUndoString(QStringLiteral("Add Trigger"), QStringLiteral("Scene")));
     command->insertNode(node, clip, -1);
     kxUndoStack::get(0).add(command);
