@@ -4,6 +4,7 @@
 
 #include <animation/kxNodeTime.h>
 #include <app/kxClippingPlane.h>
+#include <app/kxContainerShare.h>
 #include <app/kxSceneCommands.h>
 #include <app/kxSceneEdits.h>
 #include <app/kxSceneObjects.h>
@@ -51,6 +52,7 @@ osg::NodePtr addObject(const std::string& kind, const std::string& name, const o
         if (known.back() != wanted)
             continue;
         const osg::NodePtr node = entry.make();
+        const kxContainerShare share(node); // until the scene has one
         if (!name.empty())
             node->setNodeName(name);
         if (const osg::GeometryPtr surface = osg::GeometryPtr::dcast(node->getCore()); material != osg::NullFC)

@@ -14,9 +14,16 @@ bool kxAnimManager::saveAnimations(const std::string& fileName, const FieldConta
     else if (const AnimAttachmentPtr attachment = getAnimAttachment(container))
         attachment->getTopLevelAnimations(animations, false);
     QString reason = QStringLiteral("the object has no animations.");
-    if (!animations.empty() && kxAnimFile::write(QString::fromStdString(fileName), animations, reason))
+    const QString path = QString::fromStdString(fileName);
+    if (!animations.empty() && kxAnimFile::write(path, animations, reason))
+    {
+        kxLog::info(QStringLiteral("Saved %1 to \"%2\"")
+                        .arg(animations.size() == 1 ? QStringLiteral("1 animation")
+                                                    : QStringLiteral("%1 animations").arg(animations.size()),
+                             path));
         return true;
-    kxLog::error(QStringLiteral("Can't save animations to \"%1\": %2").arg(QString::fromStdString(fileName), reason));
+    }
+    kxLog::error(QStringLiteral("Can't save animations to \"%1\": %2").arg(path, reason));
     return false;
 }
 

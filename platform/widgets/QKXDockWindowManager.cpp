@@ -125,6 +125,17 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
                 if (isShown)
                     dock->raise(); // it may stand behind other tabs
             });
+    // Without this the field that follows in the main window gets the keys, and what is docked stays behind a tab.
+    connect(
+        dock, &QDockWidget::topLevelChanged, dock,
+        [dock]
+        {
+            dock->raise();
+            QWidget* const last = dock->widget() != nullptr ? dock->widget()->focusWidget() : nullptr;
+            if (QWidget* const target = last != nullptr ? last : dock->widget(); target != nullptr && dock->isVisible())
+                target->setFocus();
+        },
+        Qt::QueuedConnection);
     _p->docks.append(dock);
     Q_EMIT added(name);
     return dock;
