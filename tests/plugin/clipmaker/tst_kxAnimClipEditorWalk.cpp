@@ -1,27 +1,10 @@
+#include "kxClipMakerFixture.h"
+
 #include <clipmaker/kxAnimAbstractClipItem.h>
-#include <clipmaker/kxAnimClipEditor.h>
-#include <clipmaker/kxAnimClipEditorGUIW.h>
-#include <clipmaker/kxAnimClipScene.h>
-#include <clipmaker/kxAnimClipStructureWidget.h>
-#include <clipmaker/kxAnimClipView.h>
-#include <trees/kxAnimTreeWidgetItem.h>
-
-#include <kernel/kxHostHooks.h>
-#include <kernel/kxModuleRegistry.h>
-#include <kxAnimFixture.h>
-
-#include <QKXDockWindowManager.h>
-#include <QKXSpiner.h>
-#include <kxController.h>
-#include <kxMessageIds.h>
-#include <kxMessageNames.h>
-#include <kxUndo.h>
 
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QMimeData>
 #include <QToolButton>
-#include <QUndoStack>
 #include <QtTest>
 
 #include <cmath>
@@ -71,21 +54,13 @@ void fill()
 
 void tst_kxAnimClipEditorWalk::survivesRandomEdits()
 {
-    kxAnimFixture scene;
-    QMainWindow window;
-    QKXDockWindowManager docks(&window);
-    kxHostHooks::the().setMainWindow(&window);
-    kxHostHooks::the().setDockWindowManager(&docks);
-    auto module = std::make_unique<kxAnimClipEditor>();
-    auto* const form = static_cast<kxAnimClipEditorGUIW*>(module->moduleWidget());
-    auto* const tree = form->findChild<kxAnimClipStructureWidget*>();
-    auto* const view = form->findChild<kxAnimClipView*>();
-    kxAnimClipScene* const shown = view->clipScene();
+    kxClipMakerFixture maker;
+    kxAnimClipEditorGUIW* const form = maker.form;
+    kxAnimClipStructureWidget* const tree = maker.tree;
+    kxAnimClipScene* const shown = maker.shown;
     QUndoStack* const stack = kxUndoStack::get(0).stack();
     kxAnimManager* const kernel = kxAnimManager::the();
-    window.resize(1000, 600);
-    window.show();
-    docks.show("Clip Maker");
+    maker.show();
     fill();
     tree->rebuild(false);
 
@@ -105,12 +80,7 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
     };
     const auto anyBar = [&] { return shown->bars().isEmpty() ? nullptr : shown->bars()[below(shown->bars().size())]; };
     const auto hasRoom = [&] { return rows().size() < 60; };
-    const auto send = [](kxMessageId::Id id)
-    {
-        kxMessage message(id);
-        kxModuleRegistry::the().deliver(message);
-    };
-    const auto slot = [&](const char* name) { QMetaObject::invokeMethod(module.get(), name); };
+    const auto slot = [&](const char* name) { QMetaObject::invokeMethod(maker.module.get(), name); };
 
     const auto select = [&]
     {
@@ -167,8 +137,8 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
         },
         [&]
         {
-            QMetaObject::invokeMethod(module.get(), "updateLastDeleteFocus",
-                                      Q_ARG(QWidget*, below(2) == 0 ? static_cast<QWidget*>(tree) : view));
+            QMetaObject::invokeMethod(maker.module.get(), "updateLastDeleteFocus",
+                                      Q_ARG(QWidget*, below(2) == 0 ? static_cast<QWidget*>(tree) : maker.view));
             slot("clickedDelete");
         },
         [&] { stack->undo(); },
@@ -196,7 +166,7 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
             kxController::call(below(2) == 0 ? kxMessageName::FramePlayerLoopChanged : kxMessageName::UpdateClipScene,
                                message, 0);
         },
-        [&] { send(below(2) == 0 ? kxMessageId::SceneChanged : kxMessageId::ClipsChanged); },
+        [&] { maker.deliver(below(2) == 0 ? kxMessageId::SceneChanged : kxMessageId::ClipsChanged); },
         [&]
         {
             // Behind the window's back: the shown clip, or what stands in it, dies.
@@ -215,9 +185,9 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
             stack->clear();
             kxAnimFixture::clear();
             if (below(2) == 0)
-                send(kxMessageId::NewScene);
+                maker.deliver(kxMessageId::NewScene);
             fill();
-            send(kxMessageId::AnimationsLoaded);
+            maker.deliver(kxMessageId::AnimationsLoaded);
         },
     };
     int most = 0;
@@ -235,14 +205,10 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
     }
     QVERIFY(most > 4);
     form->findChild<QLineEdit*>("SearchLine")->setText("");
-    send(kxMessageId::ClipsChanged);
+    maker.deliver(kxMessageId::ClipsChanged);
     for (QTreeWidgetItem* const item : rows())
         QVERIFY(static_cast<kxAnimTreeWidgetItem*>(item)->node() != osg::NullFC);
     QCOMPARE(tree->topLevelItemCount(), int(kernel->clipStructureRoot()->getNChildren()));
-    stack->clear();
-    module.reset();
-    kxHostHooks::the().setMainWindow(nullptr);
-    kxHostHooks::the().setDockWindowManager(nullptr);
 }
 
 QTEST_MAIN(tst_kxAnimClipEditorWalk)

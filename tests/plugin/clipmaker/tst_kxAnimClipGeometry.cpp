@@ -1,9 +1,8 @@
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipGeometry.h>
 #include <clipmaker/kxAnimClipRows.h>
 
 #include <QGraphicsRectItem>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
 
@@ -25,28 +24,23 @@ private Q_SLOTS:
     void findsTracks();
     void findsHandles_data();
     void findsHandles();
-    void hidesLabels_data();
-    void hidesLabels();
     void timesHaveNoNegativeZero();
     void ticksStandBetweenCycles_data();
     void ticksStandBetweenCycles();
     void makesRoundingGood();
     void rowsTellWhatOverlaps_data();
     void rowsTellWhatOverlaps();
-    void textsStandOutFromTheirBars();
 };
 
 void tst_kxAnimClipGeometry::findsTracks_data()
 {
-    QTest::addColumn<double>("y");
-    QTest::addColumn<float>("dpi");
-    QTest::addColumn<int>("track");
-    QTest::newRow("inside") << 149.0 << 1.0f << 2;
-    QTest::newRow("above the first") << -30.0 << 1.0f << 0;
-    QTest::newRow("far above") << -130.0 << 1.0f << -2;
-    QTest::newRow("short of a track by rounding") << double(1.0416666f * 250.0f) << 1.0416666f << 5;
-    QTest::newRow("doubled") << 149.0 << 2.0f << 1;
-    QTest::newRow("beyond every number") << 1.0e300 << 1.0f << 1000000;
+    kxColumns<double, float, int>("y", "dpi", "track");
+    kxRow("inside", 149.0, 1.0f, 2);
+    kxRow("above the first", -30.0, 1.0f, 0);
+    kxRow("far above", -130.0, 1.0f, -2);
+    kxRow("short of a track by rounding", double(1.0416666f * 250.0f), 1.0416666f, 5);
+    kxRow("doubled", 149.0, 2.0f, 1);
+    kxRow("beyond every number", 1.0e300, 1.0f, 1000000);
 }
 
 void tst_kxAnimClipGeometry::findsTracks()
@@ -58,13 +52,9 @@ void tst_kxAnimClipGeometry::findsTracks()
 
 void tst_kxAnimClipGeometry::findsHandles_data()
 {
-    QTest::addColumn<QPointF>("point");
-    QTest::addColumn<double>("width");
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<float>("dpi");
-    QTest::addColumn<Handle>("handle");
+    kxColumns<QPointF, double, double, float, Handle>("point", "width", "scale", "dpi", "handle");
     const auto row = [](const char* name, QPointF point, double width, double scale, float dpi, Handle handle)
-    { QTest::newRow(name) << point << width << scale << dpi << handle; };
+    { kxRow(name, point, width, scale, dpi, handle); };
     row("left", {7.9, 20}, 100, 1, 1, Handle::Left);
     row("right", {92.1, 20}, 100, 1, 1, Handle::Right);
     row("between", {8.1, 20}, 100, 1, 1, Handle::None);
@@ -86,24 +76,6 @@ void tst_kxAnimClipGeometry::findsHandles()
     QTEST(Geometry::handleAt(point, QRectF(0, 0, width, 49), scale, dpi), "handle");
 }
 
-void tst_kxAnimClipGeometry::hidesLabels_data()
-{
-    QTest::addColumn<double>("viewScale");
-    QTest::addColumn<double>("barFrames");
-    QTest::addColumn<bool>("fits");
-    QTest::newRow("with room") << 1.0 << 124.5 << true;
-    QTest::newRow("exactly filled") << 1.0 << 124.0 << false;
-    QTest::newRow("zoomed in") << 2.0 << 62.5 << true;
-    QTest::newRow("zoomed out") << 0.5 << 124.5 << false;
-}
-
-void tst_kxAnimClipGeometry::hidesLabels()
-{
-    QFETCH(double, viewScale);
-    QFETCH(double, barFrames);
-    QTEST(Geometry::labelFits(100, viewScale, float(12 / viewScale), barFrames), "fits");
-}
-
 void tst_kxAnimClipGeometry::timesHaveNoNegativeZero()
 {
     QCOMPARE(Geometry::timeText(-0.001, 24), QString("0.00 - 24.00 (24.00)"));
@@ -112,21 +84,16 @@ void tst_kxAnimClipGeometry::timesHaveNoNegativeZero()
 
 void tst_kxAnimClipGeometry::ticksStandBetweenCycles_data()
 {
-    QTest::addColumn<double>("step");
-    QTest::addColumn<double>("width");
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("to");
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<QList<double>>("ticks");
+    kxColumns<double, double, double, double, double, QList<double>>("step", "width", "from", "to", "scale", "ticks");
     const QList<double> none;
-    QTest::newRow("none at the end") << 50.0 << 150.0 << 0.0 << 150.0 << 1.0 << QList<double>{50, 100};
-    QTest::newRow("one cycle has no border") << 50.0 << 50.0 << 0.0 << 50.0 << 1.0 << none;
-    QTest::newRow("a third rounds to no tick at the end")
-        << 100.0 / 3 << 100.0 << 0.0 << 100.0 << 1.0 << QList<double>{100.0 / 3, 200.0 / 3};
-    QTest::newRow("what is seen alone") << 10.0 << 1.0e6 << 503.0 << 525.0 << 1.0 << QList<double>{500, 510, 520};
-    QTest::newRow("one for a pixel") << 0.25 << 100.0 << 10.0 << 12.0 << 1.0 << QList<double>{10, 11, 12};
-    QTest::newRow("no length") << 0.0 << 0.0 << 0.0 << 10.0 << 1.0 << none;
-    QTest::newRow("without end") << 10.0 << Infinity << 0.0 << 10.0 << 1.0 << none;
+    kxRow("none at the end", 50.0, 150.0, 0.0, 150.0, 1.0, QList<double>{50, 100});
+    kxRow("one cycle has no border", 50.0, 50.0, 0.0, 50.0, 1.0, none);
+    kxRow("a third rounds to no tick at the end", 100.0 / 3, 100.0, 0.0, 100.0, 1.0,
+          QList<double>{100.0 / 3, 200.0 / 3});
+    kxRow("what is seen alone", 10.0, 1.0e6, 503.0, 525.0, 1.0, QList<double>{500, 510, 520});
+    kxRow("one for a pixel", 0.25, 100.0, 10.0, 12.0, 1.0, QList<double>{10, 11, 12});
+    kxRow("no length", 0.0, 0.0, 0.0, 10.0, 1.0, none);
+    kxRow("without end", 10.0, Infinity, 0.0, 10.0, 1.0, none);
 }
 
 void tst_kxAnimClipGeometry::ticksStandBetweenCycles()
@@ -154,14 +121,13 @@ void tst_kxAnimClipGeometry::makesRoundingGood()
 
 void tst_kxAnimClipGeometry::rowsTellWhatOverlaps_data()
 {
-    QTest::addColumn<QRectF>("area");
-    QTest::addColumn<bool>("hit");
-    QTest::newRow("overlaps") << QRectF(90, 50, 50, 49) << true;
-    QTest::newRow("touches") << QRectF(100, 50, 50, 49) << false;
-    QTest::newRow("overlaps by rounding") << QRectF(99.9996, 50, 50, 49) << false;
-    QTest::newRow("one track below") << QRectF(0, 100, 50, 49) << false;
-    QTest::newRow("between two tracks") << QRectF(0, 20, 50, 49) << true;
-    QTest::newRow("inside") << QRectF(40, 50, 5, 49) << true;
+    kxColumns<QRectF, bool>("area", "hit");
+    kxRow("overlaps", QRectF(90, 50, 50, 49), true);
+    kxRow("touches", QRectF(100, 50, 50, 49), false);
+    kxRow("overlaps by rounding", QRectF(99.9996, 50, 50, 49), false);
+    kxRow("one track below", QRectF(0, 100, 50, 49), false);
+    kxRow("between two tracks", QRectF(0, 20, 50, 49), true);
+    kxRow("inside", QRectF(40, 50, 5, 49), true);
 }
 
 void tst_kxAnimClipGeometry::rowsTellWhatOverlaps()
@@ -174,13 +140,6 @@ void tst_kxAnimClipGeometry::rowsTellWhatOverlaps()
     const QList<QGraphicsItem*> hits = rows.hits(area, &self);
     QTEST(hits == QList<QGraphicsItem*>{&other}, "hit");
     QVERIFY(hits.size() < 2);
-}
-
-void tst_kxAnimClipGeometry::textsStandOutFromTheirBars()
-{
-    QCOMPARE(kxClipColor::textOn(kxClipColor::Bar), kxClipColor::DarkText);
-    QCOMPARE(kxClipColor::textOn(kxClipColor::Selected), kxClipColor::LightText);
-    QCOMPARE(kxClipColor::textOn(kxClipColor::Inactive), kxClipColor::LightText);
 }
 
 QTEST_GUILESS_MAIN(tst_kxAnimClipGeometry)

@@ -6,15 +6,12 @@
 
 #include <kxController.h>
 #include <kxMessageNames.h>
-#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QMessageBox>
-#include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
-#include <random>
 
 namespace
 {
@@ -50,77 +47,37 @@ class tst_kxAnimClipItem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void standsWhereItsNodeLies_data();
-    void standsWhereItsNodeLies();
     void dragsTakeTheNodeAlong_data();
     void dragsTakeTheNodeAlong();
-    void randomDragsKeepBarAndNodeTogether();
     void refusesWhatNoNodeHolds();
     void slidesBackFromACollision();
     void endsGoBackFromACollision_data();
     void endsGoBackFromACollision();
     void staysLockedWhileItSlidesBack();
     void lockedBarsStayWhereTheyAre();
-    void cursorTellsWhatADragDoes();
     void labelsHideAndComeBack();
     void menuTellsMixedStates();
     void menuActsOnTheSelection();
     void motionBlurReachesIntoBlocks();
-    void duplicatesAndDeletes();
+    void duplicates();
     void informs();
     void doesNothingWithoutItsNode();
 };
 
-void tst_kxAnimClipItem::standsWhereItsNodeLies_data()
-{
-    QTest::addColumn<double>("fps");
-    QTest::addColumn<float>("seconds");
-    QTest::addColumn<int>("cycles");
-    QTest::addColumn<double>("width");
-    QTest::addColumn<double>("extension");
-    QTest::newRow("one pass") << 24.0 << 2.0f << 0 << 48.0 << 0.0;
-    QTest::newRow("four passes of two seconds") << 25.0 << 2.0f << 3 << 50.0 << 150.0;
-    QTest::newRow("without end, past the timeline") << 24.0 << 2.0f << -1 << 48.0 << 200000.0;
-    QTest::newRow("nothing in it") << 24.0 << 0.0f << 2 << 0.0 << 0.0;
-}
-
-void tst_kxAnimClipItem::standsWhereItsNodeLies()
-{
-    QFETCH(double, fps);
-    QFETCH(float, seconds);
-    QFETCH(int, cycles);
-    QFETCH(double, extension);
-    kxClipFixture f;
-    kxAnimManager::the()->setFPS(fps);
-    // The clip stands in a clip: times are those of the outermost.
-    const kxOwned<osg::AnimNode> outer(f.clip("Outer", {f.clipNode}));
-    f.clipNode->setOffset(osg::Vec2f(1, 0));
-    kxClipFixture::changed(f.clipNode, osg::AnimNode::OffsetFieldMask);
-    const kxAnimClipItem* const bar = f.bar(3, seconds, 2, cycles);
-    QCOMPARE(bar->x(), 4 * fps);
-    QCOMPARE(float(bar->y()), 100 * kxPlatform::getDpiScaleX());
-    QTEST(bar->rect().width(), "width");
-    QCOMPARE(bar->cyclesItem()->isVisible(), cycles != 0);
-    QCOMPARE(bar->cyclesItem()->rect().width(), extension);
-}
-
 void tst_kxAnimClipItem::dragsTakeTheNodeAlong_data()
 {
-    QTest::addColumn<bool>("snap");
-    QTest::addColumn<QString>("where");
-    QTest::addColumn<double>("frames");
-    QTest::addColumn<double>("tracks");
-    QTest::addColumn<QRectF>("expected"); // start, track, length
-    QTest::newRow("move") << false << "middle" << 10.5 << 2.0 << QRectF(82.5, 2, 48, 1);
-    QTest::newRow("move to whole frames") << true << "middle" << 10.5 << 0.4 << QRectF(83, 0, 48, 1);
-    QTest::newRow("move past the start of time") << true << "middle" << -82.5 << 0.0 << QRectF(-11, 0, 48, 1);
-    QTest::newRow("not above the first track") << false << "middle" << 0.0 << -3.0 << QRectF(72, 0, 48, 1);
-    QTest::newRow("right end") << false << "right" << 12.5 << 2.0 << QRectF(72, 0, 60.5, 1);
-    QTest::newRow("right end on whole frames") << true << "right" << -12.5 << 0.0 << QRectF(72, 0, 36, 1);
-    QTest::newRow("left end") << false << "left" << 12.5 << 2.0 << QRectF(84.5, 0, 35.5, 1);
-    QTest::newRow("left end outward") << true << "left" << -20.0 << 0.0 << QRectF(52, 0, 68, 1);
-    QTest::newRow("right end past the left one stays on this side") << true << "right" << -200.0 << 0.0 << QRectF();
-    QTest::newRow("left end past the right one stays on this side") << true << "left" << 200.0 << 0.0 << QRectF();
+    // expected: start, track, length
+    kxColumns<bool, QString, double, double, QRectF>("snap", "where", "frames", "tracks", "expected");
+    kxRow("move", false, "middle", 10.5, 2.0, QRectF(82.5, 2, 48, 1));
+    kxRow("move to whole frames", true, "middle", 10.5, 0.4, QRectF(83, 0, 48, 1));
+    kxRow("move past the start of time", true, "middle", -82.5, 0.0, QRectF(-11, 0, 48, 1));
+    kxRow("not above the first track", false, "middle", 0.0, -3.0, QRectF(72, 0, 48, 1));
+    kxRow("right end", false, "right", 12.5, 2.0, QRectF(72, 0, 60.5, 1));
+    kxRow("right end on whole frames", true, "right", -12.5, 0.0, QRectF(72, 0, 36, 1));
+    kxRow("left end", false, "left", 12.5, 2.0, QRectF(84.5, 0, 35.5, 1));
+    kxRow("left end outward", true, "left", -20.0, 0.0, QRectF(52, 0, 68, 1));
+    kxRow("right end past the left one stays on this side", true, "right", -200.0, 0.0, QRectF());
+    kxRow("left end past the right one stays on this side", true, "left", 200.0, 0.0, QRectF());
 }
 
 void tst_kxAnimClipItem::dragsTakeTheNodeAlong()
@@ -144,45 +101,6 @@ void tst_kxAnimClipItem::dragsTakeTheNodeAlong()
     QCOMPARE(float(shown.top()), float(expected.top()) * kxClipGeometry::trackPitch(kxPlatform::getDpiScaleX()));
     QVERIFY(std::abs(shown.width() - expected.width()) < 1.0e-4);
     QCOMPARE(double(bar->node()->getOffset().y()), 50 * expected.top()); // at any scale of the screen
-}
-
-void tst_kxAnimClipItem::randomDragsKeepBarAndNodeTogether()
-{
-    kxClipFixture f;
-    kxAnimManager::the()->setFPS(23.976);
-    const kxOwned<osg::AnimNode> outer(f.clip("Outer", {f.clipNode}));
-    f.clipNode->setOffset(osg::Vec2f(2.3f, 0));
-    f.clipNode->setScale(1.7f);
-    f.clipNode->setPostCycles(2);
-    f.clipNode->setFlipped(true);
-    kxClipFixture::changed(f.clipNode, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask |
-                                           osg::AnimNode::PostCyclesFieldMask | osg::AnimNode::FlippedFieldMask);
-    std::vector<kxAnimClipItem*> bars;
-    for (int i = 0; i < 4; ++i)
-        bars.push_back(f.bar(0.7f * float(i), 1.5f + float(i), i, i));
-    bars[1]->setFlipped(true);
-    std::mt19937 random(5);
-    const auto pick = [&random](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
-    for (int round = 0; round < 300; ++round)
-    {
-        kxAnimClipItem* const bar = bars[std::size_t(pick(0, 3))];
-        f.scene.setSnapToGridX(pick(0, 1) == 1);
-        f.scene.clearSelection();
-        const int grip = pick(0, 2);
-        f.drag(grip == 0   ? f.middle(bar)
-               : grip == 1 ? f.leftEnd(bar)
-                           : f.rightEnd(bar),
-               pick(-30, 30), grip == 0 ? pick(-1, 1) : 0, pick(1, 20));
-        if (pick(0, 3) == 0)
-            bar->setTransform(QTransform::fromScale(0.5 + 0.25 * pick(1, 4), 1), true);
-        for (kxAnimClipItem* each : bars)
-        {
-            each->finishedAnimation();
-            compareToNode(each);
-            if (QTest::currentTestFailed())
-                return;
-        }
-    }
 }
 
 void tst_kxAnimClipItem::refusesWhatNoNodeHolds()
@@ -228,10 +146,9 @@ void tst_kxAnimClipItem::slidesBackFromACollision()
 
 void tst_kxAnimClipItem::endsGoBackFromACollision_data()
 {
-    QTest::addColumn<bool>("left");
-    QTest::addColumn<double>("frames");
-    QTest::newRow("right end") << false << 40.0;
-    QTest::newRow("left end") << true << -40.0;
+    kxColumns<bool, double>("left", "frames");
+    kxRow("right end", false, 40.0);
+    kxRow("left end", true, -40.0);
 }
 
 void tst_kxAnimClipItem::endsGoBackFromACollision()
@@ -284,25 +201,6 @@ void tst_kxAnimClipItem::lockedBarsStayWhereTheyAre()
     QCOMPARE(bar->sceneBoundingRect().width(), 48.0);
     QCOMPARE(bar->x(), 100.0);
     compareToNode(bar);
-}
-
-void tst_kxAnimClipItem::cursorTellsWhatADragDoes()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(4, 2);
-    const auto cursorAt = [&f, bar](const QPointF& point)
-    {
-        kxSendMouse(f.view.viewport(), QEvent::MouseMove, f.view.mapFromScene(point), Qt::NoButton, Qt::NoButton);
-        return bar->hasCursor() ? int(bar->cursor().shape()) : -1;
-    };
-    QCOMPARE(cursorAt(f.middle(bar)), int(Qt::SizeAllCursor));
-    QCOMPARE(cursorAt(f.leftEnd(bar)), int(Qt::SizeHorCursor));
-    QCOMPARE(cursorAt(f.rightEnd(bar)), int(Qt::SizeHorCursor));
-    bar->setLocked(true); // under the mouse
-    QCOMPARE(cursorAt(f.middle(bar)), -1);
-    bar->setLocked(false);
-    QCOMPARE(cursorAt(f.middle(bar)), int(Qt::SizeAllCursor));
-    QCOMPARE(cursorAt(QPointF(500, 300)), -1);
 }
 
 void tst_kxAnimClipItem::labelsHideAndComeBack()
@@ -406,7 +304,7 @@ void tst_kxAnimClipItem::motionBlurReachesIntoBlocks()
     QVERIFY(clipBar->node()->getMotionBlur() && !child->getMotionBlur());
 }
 
-void tst_kxAnimClipItem::duplicatesAndDeletes()
+void tst_kxAnimClipItem::duplicates()
 {
     kxClipFixture f;
     kxAnimClipItem* const bar = f.bar(1, 2);
@@ -426,16 +324,6 @@ void tst_kxAnimClipItem::duplicatesAndDeletes()
     QCOMPARE(duplicated.count(), 1);
     QCOMPARE(f.scene.bars().size(), 4);
     QVERIFY(f.scene.bars()[2]->node()->getFlipped() && f.scene.bars()[3]->node()->getFlipped());
-
-    QUndoStack* const undo = kxUndoStack::get(0).stack();
-    const int steps = undo->count();
-    bar->remove();
-    QCOMPARE(f.scene.bars().size(), 2);
-    QCOMPARE(f.clipNode->getNChildren(), 2u);
-    QCOMPARE(undo->count(), steps + 1);
-    undo->undo();
-    QCOMPARE(f.clipNode->getNChildren(), 4u);
-    undo->clear();
 }
 
 void tst_kxAnimClipItem::informs()

@@ -6,7 +6,6 @@
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
 #include <curveeditor/kxAnimTimeItem.h>
-#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -14,9 +13,10 @@
 #include <kxUndo.h>
 
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <cmath>
+#include <functional>
 
 using namespace osg;
 
@@ -24,48 +24,29 @@ class tst_kxAnimClipScene : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void stepsTheRuler_data();
-    void stepsTheRuler();
     void numbersTheRuler();
-    void findsTrackButtons_data();
-    void findsTrackButtons();
     void showsChildrenByTheirCores();
     void showsAnotherClip();
     void evaluatesAtItsTime();
     void switchesTracks_data();
     void switchesTracks();
     void changesAllBars();
-    void followsTheTree();
-    void refusesDrags_data();
     void refusesDrags();
     void marksTracksUnderADrag();
     void takesDrops_data();
     void takesDrops();
     void followsUndo();
-    void followsEditsOfOthers_data();
     void followsEditsOfOthers();
     void followsWhenADragEnds();
 };
 
-void tst_kxAnimClipScene::stepsTheRuler_data()
-{
-    QTest::addColumn<double>("width");
-    QTest::addColumn<int>("step");
-    const std::pair<double, int> rows[] = {{0, 1},     {10.9, 1},   {11, 1},     {25, 2},         {50, 5},
-                                           {100, 5},   {101, 10},   {150, 10},   {250, 20},       {450, 50},
-                                           {1000, 50}, {3999, 200}, {1e5, 5000}, {1e300, 5000000}};
-    for (const auto& row : rows)
-        QTest::newRow(qPrintable(QString::number(row.first))) << row.first << row.second;
-}
-
-void tst_kxAnimClipScene::stepsTheRuler()
-{
-    QFETCH(double, width);
-    QTEST(kxClipLayout::tickStep(width), "step");
-}
-
 void tst_kxAnimClipScene::numbersTheRuler()
 {
+    const std::pair<double, int> steps[] = {{0, 1},     {10.9, 1},   {11, 1},     {25, 2},
+                                            {100, 5},   {101, 10},   {250, 20},   {450, 50},
+                                            {1000, 50}, {3999, 200}, {1e5, 5000}, {1e300, 5000000}};
+    for (const auto& step : steps)
+        QCOMPARE(kxClipLayout::tickStep(step.first), step.second);
     QCOMPARE(kxClipLayout::ticks(-10, 15, 5), (std::vector<double>{-5, 0, 5, 10}));
     QVERIFY(kxClipLayout::ticks(0, NAN, 5).empty() && kxClipLayout::ticks(0, 10, 0).empty());
     QCOMPARE(kxClipLayout::readableStep(5, 10, 40), 5);
@@ -73,31 +54,6 @@ void tst_kxAnimClipScene::numbersTheRuler()
     QCOMPARE(kxClipLayout::frameText(-0.0), QString("0"));
     QCOMPARE(kxClipLayout::frameText(24.00009), QString("24"));
     QCOMPARE(kxClipLayout::frameText(-24.5), QString("-24.50"));
-}
-
-void tst_kxAnimClipScene::findsTrackButtons_data()
-{
-    QTest::addColumn<QPointF>("point");
-    QTest::addColumn<int>("track");
-    QTest::addColumn<int>("button");
-    // The column begins at frame 7; 2 pixels a frame.
-    QTest::newRow("unlock, left end") << QPointF(7, 11) << 0 << 0;
-    QTest::newRow("left of the column") << QPointF(6.9, 20) << 0 << -1;
-    QTest::newRow("lock, left end") << QPointF(17, 29.9) << 0 << 1;
-    QTest::newRow("show") << QPointF(36.9, 120) << 2 << 2;
-    QTest::newRow("hide") << QPointF(46.9, 70) << 1 << 3;
-    QTest::newRow("right of the column") << QPointF(47, 70) << 1 << -1;
-    QTest::newRow("above the buttons") << QPointF(8, 60.9) << -1 << -1;
-    QTest::newRow("below the buttons") << QPointF(8, 80) << -1 << -1;
-    QTest::newRow("above the tracks") << QPointF(8, -35) << -1 << -1;
-}
-
-void tst_kxAnimClipScene::findsTrackButtons()
-{
-    QFETCH(QPointF, point);
-    const kxClipLayout::TrackButton hit = kxClipLayout::trackButtonAt(point, 7, 2, 1);
-    QTEST(hit.track, "track");
-    QTEST(int(hit.button), "button");
 }
 
 void tst_kxAnimClipScene::showsChildrenByTheirCores()
@@ -197,13 +153,11 @@ void tst_kxAnimClipScene::evaluatesAtItsTime()
 
 void tst_kxAnimClipScene::switchesTracks_data()
 {
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("active");
-    QTest::addColumn<bool>("locked");
-    QTest::newRow("unlock") << 0 << false << false;
-    QTest::newRow("lock") << 1 << false << true;
-    QTest::newRow("show") << 2 << true << true;
-    QTest::newRow("hide") << 3 << false << true;
+    kxColumns<int, bool, bool>("button", "active", "locked");
+    kxRow("unlock", 0, false, false);
+    kxRow("lock", 1, false, true);
+    kxRow("show", 2, true, true);
+    kxRow("hide", 3, false, true);
 }
 
 void tst_kxAnimClipScene::switchesTracks()
@@ -277,88 +231,51 @@ void tst_kxAnimClipScene::changesAllBars()
     QVERIFY(!f.scene.paste());
 }
 
-void tst_kxAnimClipScene::followsTheTree()
-{
-    kxShownClip f;
-    const AnimNodePtr block = f.add(f.blockOf(1));
-    f.show();
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(block, true, false);
-    block->setTravMask(0);
-    block->setLocked(true);
-    QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
-    f.scene.updateFromItem(&row, 0);
-    QCOMPARE(states.count(), 1);
-    QVERIFY(!f.barOf(block)->isActive() && f.barOf(block)->isLocked());
-    QTreeWidgetItem foreign;
-    kxAnimTreeWidgetItem empty(true);
-    f.scene.updateFromItem(&foreign, 0);
-    f.scene.updateFromItem(&empty, 0);
-    f.scene.updateFromItem(nullptr, 0);
-    QCOMPARE(states.count(), 1);
-}
-
-void tst_kxAnimClipScene::refusesDrags_data()
-{
-    QTest::addColumn<int>("kind");
-    int kind = 0;
-    for (const char* const name : {"another format", "cut off", "no rows", "two rows", "stale id", "an object",
-                                   "a clip", "no core", "no clip shown", "the block that the clip stands in"})
-        QTest::newRow(name) << kind++;
-}
-
 void tst_kxAnimClipScene::refusesDrags()
 {
-    QFETCH(int, kind);
-    kxShownClip f;
-    kxOwned<AnimNode> block(f.blockOf(1)), other(f.clip("Other", {})), bare(AnimNodeBase::create());
-    QMimeData data;
-    const unsigned int id = block->getId();
-    kxSetLibraryPayload(data, {id});
-    const QByteArray bytes = data.data(QLatin1String(kxAnimLibraryPayload::MimeType));
-    f.show();
-    switch (kind)
+    const QString format = QLatin1String(kxAnimLibraryPayload::MimeType);
+    typedef std::function<void(kxShownClip&, kxOwned<AnimNode>&, QMimeData&)> Spoil;
+    const std::vector<std::pair<const char*, Spoil>> drags = {
+        {"another format",
+         [&](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data)
+         {
+             const QByteArray bytes = data.data(format);
+             data.clear();
+             data.setData("application/anim-clip-item", bytes);
+         }},
+        {"cut off",
+         [&](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data) { data.setData(format, data.data(format).left(10)); }},
+        {"no rows", [](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data) { kxSetLibraryPayload(data, {}); }},
+        {"two rows",
+         [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData& data) {
+             kxSetLibraryPayload(data, {block->getId(), block->getId()});
+         }},
+        {"stale id", [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block.release(); }},
+        {"an object",
+         [](kxShownClip& f, kxOwned<AnimNode>&, QMimeData& data) { kxSetLibraryPayload(data, {f.object()->getId()}); }},
+        {"a clip", [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block->setCore(AnimClipBase::create()); }},
+        {"no core", [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block->setCore(NodeCorePtr()); }},
+        {"no clip shown", [](kxShownClip& f, kxOwned<AnimNode>&, QMimeData&) { f.scene.clear(); }},
+        {"the block that the clip stands in",
+         [](kxShownClip& f, kxOwned<AnimNode>& block, QMimeData&) { block->addChild(f.clipNode.get()); }},
+    };
+    for (const auto& [name, spoil] : drags)
     {
-    case 0:
-        data.clear();
-        data.setData("application/anim-clip-item", bytes);
-        break;
-    case 1:
-        data.setData(QLatin1String(kxAnimLibraryPayload::MimeType), bytes.left(10));
-        break;
-    case 2:
-        kxSetLibraryPayload(data, {});
-        break;
-    case 3:
-        kxSetLibraryPayload(data, {id, id});
-        break;
-    case 4:
-        block.release();
-        break;
-    case 5:
-        kxSetLibraryPayload(data, {f.object()->getId()});
-        break;
-    case 6:
-        kxSetLibraryPayload(data, {other->getId()});
-        break;
-    case 7:
-        kxSetLibraryPayload(data, {bare->getId()});
-        break;
-    case 8:
-        f.scene.clear();
-        break;
-    default:
-        block->addChild(f.clipNode.get());
-        break;
+        kxShownClip f;
+        kxOwned<AnimNode> block(f.blockOf(1));
+        QMimeData data;
+        kxSetLibraryPayload(data, {block->getId()});
+        f.show();
+        spoil(f, block, data);
+        QSignalSpy drops(&f.scene, SIGNAL(dropEventOccured()));
+        const QPoint place = f.at(10, 1);
+        f.enter(data, place);
+        QVERIFY2(f.barItems() == 0, name);
+        QVERIFY2(!f.hold(data, place), name);
+        QVERIFY2(!f.drop(data, place), name); // that no window system would send
+        QCOMPARE(drops.count(), 0);
+        QCOMPARE(f.clipNode->getNChildren(), 0u);
     }
-    QSignalSpy drops(&f.scene, SIGNAL(dropEventOccured()));
-    const QPoint place = f.at(10, 1);
-    f.enter(data, place);
-    QCOMPARE(f.barItems(), 0);
-    QVERIFY(!f.hold(data, place));
-    QVERIFY(!f.drop(data, place)); // that no window system would send
-    QCOMPARE(drops.count(), 0);
-    QCOMPARE(f.clipNode->getNChildren(), 0u);
 }
 
 void tst_kxAnimClipScene::marksTracksUnderADrag()
@@ -394,14 +311,11 @@ void tst_kxAnimClipScene::marksTracksUnderADrag()
 
 void tst_kxAnimClipScene::takesDrops_data()
 {
-    QTest::addColumn<bool>("snap");
-    QTest::addColumn<float>("clipOffset");
-    QTest::addColumn<float>("clipScale");
-    QTest::addColumn<float>("firstKey");
-    QTest::newRow("plain") << false << 0.0f << 1.0f << 0.0f;
-    QTest::newRow("snapped") << true << 0.0f << 1.0f << 0.0f;
-    QTest::newRow("into a nested clip") << false << 2.0f << 1.5f << 0.0f;
-    QTest::newRow("that starts later") << true << 0.0f << 1.0f << 0.5f;
+    kxColumns<bool, float, float, float>("snap", "clipOffset", "clipScale", "firstKey");
+    kxRow("plain", false, 0.0f, 1.0f, 0.0f);
+    kxRow("snapped", true, 0.0f, 1.0f, 0.0f);
+    kxRow("into a nested clip", false, 2.0f, 1.5f, 0.0f);
+    kxRow("that starts later", true, 0.0f, 1.0f, 0.5f);
 }
 
 void tst_kxAnimClipScene::takesDrops()
@@ -469,72 +383,44 @@ void tst_kxAnimClipScene::followsUndo()
     stack->clear();
 }
 
-void tst_kxAnimClipScene::followsEditsOfOthers_data()
-{
-    QTest::addColumn<QString>("what");
-    for (const char* const what :
-         {"time", "length", "cycles", "keys", "state", "name", "comes", "goes", "clip", "dies"})
-        QTest::newRow(what) << what;
-}
-
+/// That the bars follow is seen in the walk; here, whom an edit disturbs.
 void tst_kxAnimClipScene::followsEditsOfOthers()
 {
-    QFETCH(QString, what);
     kxShownClip f;
     const AnimNodePtr node = f.add(f.blockOf(2)), other = f.add(f.blockOf(1), 4);
     f.show();
     f.barOf(node)->setSelected(true);
-    const kxAnimAbstractClipItem* const untouched = f.barOf(other);
     QSignalSpy selections(&f.scene, SIGNAL(selectionChanged()));
     int changes = 0;
     connect(&f.scene, &kxAnimClipScene::itemChanged, &f.scene, [&changes] { ++changes; });
-    QRectF expected(0, 0, 48, 1);
-    if (what == "time")
-        node->moveBy(1, 50), f.changed(node, AnimNode::OffsetFieldMask), expected.translate(24, 1);
-    else if (what == "length")
-        node->setScale(0.5f), f.changed(node, AnimNode::ScaleFieldMask), expected.setWidth(24);
-    else if (what == "cycles")
-        node->setPostCycles(3), f.changed(node, AnimNode::PostCyclesFieldMask);
-    else if (what == "keys")
+    const kxAnimAbstractClipItem* untouched = f.barOf(other);
+    const auto turnEnds = [&](int changesThen, bool stays)
     {
-        const AnimNodePtr curve = AnimNodePtr::dcast(node->getChild(0));
-        f.curveOf(curve)->addPoint(Pnt2f(5, 0), Vec2f(), Vec2f(), 1, 1, true, true);
-        f.keysChanged(curve);
-        expected.setWidth(120);
-    }
-    else if (what == "state")
-        node->setTravMask(0), f.changed(node, Node::TravMaskFieldMask);
-    else if (what == "name")
-        kxNodeUtils::setName(node, "Other name", true, NodePtr());
-    else if (what == "comes")
-        f.add(f.blockOf(1), 8);
-    else if (what == "goes")
-        f.clipNode->subChild(node); // dies without a word
-    else if (what == "clip")
-        f.clipNode->setOffset(Vec2f(2, 0)), f.changed(f.clipNode, AnimNode::OffsetFieldMask), expected.translate(48, 0);
-    else
-        f.clipNode.release();
-    QVERIFY(what == "dies" || f.barOf(other) == untouched); // in the turn of an edit nothing goes under its hands
+        QVERIFY(f.barOf(other) == untouched); // in the turn of an edit nothing goes under its hands
+        QApplication::processEvents();
+        QCOMPARE(changes, changesThen);
+        QCOMPARE(f.barOf(other) == untouched, stays);
+        untouched = f.barOf(other);
+    };
+    node->moveBy(1, 50);
+    f.changed(node, AnimNode::OffsetFieldMask);
+    turnEnds(1, true);
+    kxNodeUtils::setName(node, "Other name", true, NodePtr());
+    turnEnds(2, true);
+    QCOMPARE(f.barOf(node)->toolTip(), QString("Other name"));
+    f.clipNode->setOffset(Vec2f(2, 0));
+    f.changed(f.clipNode, AnimNode::OffsetFieldMask);
+    turnEnds(3, false);
+    f.add(f.blockOf(1), 8);
+    turnEnds(3, true);
+    QVERIFY(f.barOf(node)->isSelected());
+    QCOMPARE(selections.count(), 0); // whoever shows the curves of the selection isn't disturbed
+    f.clipNode->subChild(node);      // dies without a word
+    turnEnds(3, true);
+    QCOMPARE(selections.count(), 1);
+    f.clipNode.release();
     QApplication::processEvents();
-    if (what == "dies")
-    {
-        QCOMPARE(f.barItems(), 0);
-        return;
-    }
-    QCOMPARE(f.scene.bars().size(), what == "comes" ? 3 : what == "goes" ? 1 : 2);
-    QCOMPARE(f.barOf(other) == untouched, what != "clip");
-    // The same node stays selected: whoever shows its curves isn't disturbed.
-    QCOMPARE(selections.count(), what == "goes" ? 1 : 0);
-    QCOMPARE(changes, what == "comes" || what == "goes" ? 0 : 1);
-    if (what == "goes")
-        return;
-    const auto* const bar = dynamic_cast<const kxAnimClipItem*>(f.barOf(node));
-    QCOMPARE(bar->pos(), QPointF(expected.x(), expected.y() * f.pitch()));
-    QCOMPARE(bar->sceneBoundingRect().width(), expected.width());
-    QCOMPARE(bar->cyclesItem()->cycles(), node->getPostCycles());
-    QCOMPARE(bar->isActive(), node->isActive());
-    QCOMPARE(bar->toolTip(), QString::fromStdString(kxNodeUtils::getName(node)));
-    QVERIFY(bar->isSelected());
+    QCOMPARE(f.barItems(), 0);
 }
 
 void tst_kxAnimClipScene::followsWhenADragEnds()

@@ -12,7 +12,7 @@
 
 #include <QComboBox>
 #include <QLabel>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <set>
 
@@ -50,9 +50,6 @@ class tst_kxAnimClipSequence : public QObject
 private Q_SLOTS:
     void markerKeepsItsWidthOnTheScreen();
     void markerMovesItsNodeAlone();
-    void tellsWhatItFires_data();
-    void tellsWhatItFires();
-    void cutsAreMarkers();
     void menuActsOnTheMarkerAlone();
     void dialogListsNames();
 };
@@ -90,43 +87,6 @@ void tst_kxAnimClipSequence::markerMovesItsNodeAlone()
     QCOMPARE(marker->node()->getOffset().y(), 100.0f);
     QCOMPARE(marker->node()->getScale(), 1.0f);
     QVERIFY(changes > 0);
-}
-
-void tst_kxAnimClipSequence::tellsWhatItFires_data()
-{
-    QTest::addColumn<bool>("viewpoint");
-    QTest::addColumn<bool>("variant");
-    QTest::addColumn<QString>("tip");
-    QTest::newRow("viewpoint") << true << false << "Viewpoint: Trigger";
-    QTest::newRow("variant") << false << true << "Variant: Trigger";
-    QTest::newRow("sequence") << false << false << "Sequence: Trigger";
-    QTest::newRow("viewpoint wins") << true << true << "Viewpoint: Trigger";
-}
-
-void tst_kxAnimClipSequence::tellsWhatItFires()
-{
-    QFETCH(bool, viewpoint);
-    QFETCH(bool, variant);
-    kxClipFixture f;
-    const osg::AnimNodePtr node = f.group<osg::AnimSequenceBase>("Trigger", {});
-    const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(node->getCore());
-    core->setIsViewpoint(viewpoint);
-    core->setIsVariant(variant);
-    QTEST(f.add(node, 0, 0)->toolTip(), "tip");
-}
-
-void tst_kxAnimClipSequence::cutsAreMarkers()
-{
-    kxClipFixture f;
-    const osg::AnimNodePtr cut = f.group<osg::AnimShotBase>("Shot", {});
-    kxAnimAbstractClipItem* const mark = f.add(cut, 0, 0);
-    QVERIFY(qobject_cast<kxAnimClipSequenceItem*>(mark));
-    QCOMPARE(mark->toolTip(), QString("Shot"));
-    const osg::AnimNodePtr ride = f.group<osg::AnimShotBase>("Ride", {});
-    osg::AnimShotPtr::dcast(ride->getCore())->setShotType(1);
-    QVERIFY(qobject_cast<kxAnimClipItem*>(f.add(ride, 0, 1)));
-    const kxOwned<osg::AnimNode> curve(f.curve("translation", "X", {}));
-    QVERIFY(f.scene.addBar(curve) == nullptr);
 }
 
 void tst_kxAnimClipSequence::menuActsOnTheMarkerAlone()

@@ -10,7 +10,7 @@
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QtTest>
+#include <kxTable.h>
 
 using namespace osg;
 
@@ -29,8 +29,6 @@ private Q_SLOTS:
     void dragsAreRefusedBelowThemselves();
     void dragNamesRowsAndParents();
     void duplicates();
-    void duplicateOfTheEditMenu();
-    void measuresItsColumnOnce();
     void namesStayUnlessEdited();
     void searchIsFlat();
     void editsTheOneSelected();
@@ -45,9 +43,8 @@ Q_DECLARE_METATYPE(ScriptEdit)
 
 void tst_kxAnimClipStructureWidget::refreshesAfterScripts_data()
 {
-    QTest::addColumn<ScriptEdit>("edit");
-    QTest::addColumn<bool>("rowsStay");
-    const auto row = [](const char* name, bool rowsStay, ScriptEdit edit) { QTest::newRow(name) << edit << rowsStay; };
+    kxColumns<ScriptEdit, bool>("edit", "rowsStay");
+    const auto row = [](const char* name, bool rowsStay, ScriptEdit edit) { kxRow(name, edit, rowsStay); };
     row("nothing", true, [](kxClipTree&) {});
     row("a clip at the top, in its order", true,
         [](kxClipTree& f) { f.kernel()->addToClipStructure(f.clip("Ab", {f.clip("below", {})})); });
@@ -99,22 +96,13 @@ void tst_kxAnimClipStructureWidget::refreshesAfterScripts()
 
 void tst_kxAnimClipStructureWidget::newClips_data()
 {
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<bool>("ignoreSelection");
-    QTest::addColumn<QString>("made");
-    QTest::addColumn<QString>("selectedAfter");
-    QTest::newRow("nothing selected") << "" << false << "Clip"
-                                      << "Clip";
-    QTest::newRow("one in each clip") << "A,B" << false << "A/Clip,B/Clip_1"
-                                      << "A,B";
-    QTest::newRow("nested clip") << "A/inner" << false << "A/inner/Clip"
-                                 << "A/inner";
-    QTest::newRow("a block takes none") << "B/step" << false << "Clip"
-                                        << "Clip";
-    QTest::newRow("the block beside a clip doesn't count") << "B/step,C" << false << "C/Clip"
-                                                           << "B/step,C";
-    QTest::newRow("selection ignored") << "A" << true << "Clip"
-                                       << "Clip";
+    kxColumns<QString, bool, QString, QString>("selected", "ignoreSelection", "made", "selectedAfter");
+    kxRow("nothing selected", "", false, "Clip", "Clip");
+    kxRow("one in each clip", "A,B", false, "A/Clip,B/Clip_1", "A,B");
+    kxRow("nested clip", "A/inner", false, "A/inner/Clip", "A/inner");
+    kxRow("a block takes none", "B/step", false, "Clip", "Clip");
+    kxRow("the block beside a clip doesn't count", "B/step,C", false, "C/Clip", "B/step,C");
+    kxRow("selection ignored", "A", true, "Clip", "Clip");
 }
 
 void tst_kxAnimClipStructureWidget::newClips()
@@ -151,18 +139,12 @@ void tst_kxAnimClipStructureWidget::newClipByMessage()
 
 void tst_kxAnimClipStructureWidget::menuFollowsSelection_data()
 {
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("disabled");
-    QTest::newRow("nothing") << ""
-                             << "Copy,Paste,Duplicate,Duplicate Flipped,Delete,Rename,Information...";
-    QTest::newRow("a clip") << "A"
-                            << "";
-    QTest::newRow("a block") << "B/step"
-                             << "Paste";
-    QTest::newRow("a clip and a block") << "A,B/step"
-                                        << "Rename,Information...";
-    QTest::newRow("blocks") << "A/inner/jump,B/step"
-                            << "Paste,Rename,Information...";
+    kxColumns<QString, QString>("selected", "disabled");
+    kxRow("nothing", "", "Copy,Paste,Duplicate,Duplicate Flipped,Delete,Rename,Information...");
+    kxRow("a clip", "A", "");
+    kxRow("a block", "B/step", "Paste");
+    kxRow("a clip and a block", "A,B/step", "Rename,Information...");
+    kxRow("blocks", "A/inner/jump,B/step", "Paste,Rename,Information...");
 }
 
 void tst_kxAnimClipStructureWidget::menuFollowsSelection()
@@ -181,26 +163,16 @@ void tst_kxAnimClipStructureWidget::menuFollowsSelection()
 
 void tst_kxAnimClipStructureWidget::dropsOfRows_data()
 {
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<bool>("result");
-    QTest::addColumn<QString>("movedTo"); // empty: nothing changes
-    QTest::newRow("clip into a clip") << "B"
-                                      << "A/inner" << true << "A/inner/B";
-    QTest::newRow("block into a clip") << "B/step"
-                                       << "C" << true << "C/step";
-    QTest::newRow("nested clip to the top level") << "A/inner"
-                                                  << "" << false << "inner";
-    QTest::newRow("block to the top level") << "B/step"
-                                            << "" << false << "";
-    QTest::newRow("onto a block") << "C"
-                                  << "B/step" << false << "";
-    QTest::newRow("into itself") << "A"
-                                 << "A" << false << "";
-    QTest::newRow("into its child") << "A"
-                                    << "A/inner" << false << "";
-    QTest::newRow("one of two into its child") << "A,C"
-                                               << "A/inner" << true << "A/inner/C";
+    // movedTo: empty = nothing changes
+    kxColumns<QString, QString, bool, QString>("source", "target", "result", "movedTo");
+    kxRow("clip into a clip", "B", "A/inner", true, "A/inner/B");
+    kxRow("block into a clip", "B/step", "C", true, "C/step");
+    kxRow("nested clip to the top level", "A/inner", "", false, "inner");
+    kxRow("block to the top level", "B/step", "", false, "");
+    kxRow("onto a block", "C", "B/step", false, "");
+    kxRow("into itself", "A", "A", false, "");
+    kxRow("into its child", "A", "A/inner", false, "");
+    kxRow("one of two into its child", "A,C", "A/inner", true, "A/inner/C");
 }
 
 void tst_kxAnimClipStructureWidget::dropsOfRows()
@@ -303,54 +275,6 @@ void tst_kxAnimClipStructureWidget::duplicates()
     QCOMPARE(f.tree.selectedClip(), f.node("C"));
 }
 
-/// "clone" is what menus call, in whatever tree.
-void tst_kxAnimClipStructureWidget::duplicateOfTheEditMenu()
-{
-    kxClipTree f;
-    f.tree.select("A,B/step");
-    QVERIFY(QMetaObject::invokeMethod(&f.tree, "clone"));
-    QVERIFY(f.node("A_1/inner")->getCore() != f.node("A/inner")->getCore());
-    QCOMPARE(f.node("B/step_1")->getOffset(), Vec2f(0, 50));
-}
-
-void tst_kxAnimClipStructureWidget::measuresItsColumnOnce()
-{
-    struct Measured : kxClipTree::Tree
-    {
-        int sizeHintForColumn(int column) const override
-        {
-            count += column == 0 ? 1 : 0;
-            return kxClipTree::Tree::sizeHintForColumn(column);
-        }
-        mutable int count = 0;
-    };
-    kxClipTree f;
-    for (int i = 0; i < 50; ++i)
-        kxClipTree::kernel()->addToClipStructure(
-            kxAnimFixture::clip(qPrintable(QString("clip %1").arg(i)),
-                                {kxAnimFixture::clip("a clip with a name that is much wider than the column", {})}));
-    Measured tree;
-    tree.setAnimated(false);
-    tree.rebuild(false);
-    QCoreApplication::processEvents();
-    tree.count = 0;
-    const int narrow = tree.columnWidth(0);
-    tree.topLevelItem(3)->setExpanded(true);
-    QCOMPARE(tree.count, 1); // one row is fitted before it is drawn
-    QVERIFY(tree.columnWidth(0) > narrow);
-    for (int i = 4; i < 50; ++i)
-        tree.topLevelItem(i)->setExpanded(true);
-    QCOMPARE(tree.count, 1);
-    QCoreApplication::processEvents();
-    QCOMPARE(tree.count, 2);
-    tree.count = 0;
-    tree.rebuild(true);
-    QVERIFY(tree.count <= 2);
-    const int width = tree.columnWidth(0);
-    QCoreApplication::processEvents();
-    QCOMPARE(tree.columnWidth(0), width); // all is done when rebuild() comes back
-}
-
 void tst_kxAnimClipStructureWidget::namesStayUnlessEdited()
 {
     kxClipTree f;
@@ -451,12 +375,6 @@ void tst_kxAnimClipStructureWidget::followsTheKernel()
     QCOMPARE(above->findChild(root), 1); // the structure's place under a node above it
     above->subChild(root);
     above->subRef();
-
-    QSignalSpy focus(&f.tree, SIGNAL(gotFocus(QWidget*)));
-    QFocusEvent event(QEvent::FocusIn);
-    QApplication::sendEvent(&f.tree, &event);
-    QCOMPARE(focus.size(), 1);
-    QCOMPARE(focus[0][0].value<QWidget*>(), static_cast<QWidget*>(&f.tree));
 }
 
 QTEST_MAIN(tst_kxAnimClipStructureWidget)

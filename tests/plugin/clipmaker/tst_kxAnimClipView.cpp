@@ -6,9 +6,6 @@
 #include <QUndoStack>
 #include <QtTest>
 
-#include <functional>
-#include <random>
-
 using namespace osg;
 
 class tst_kxAnimClipView : public QObject
@@ -20,7 +17,6 @@ private Q_SLOTS:
     void pansAndLetsGo();
     void framesAtADoubleClick();
     void hearsKeys();
-    void survivesRandomEdits();
 };
 
 namespace
@@ -178,83 +174,6 @@ void tst_kxAnimClipView::hearsKeys()
     QTest::keyClick(&f.view, Qt::Key_F);
     QVERIFY(f.view.transform().m11() != 1.0);
     kxUndoStack::get(0).stack()->clear();
-}
-
-/// Edits through view and scene, behind their backs, and of what they show; bars and nodes agree in the end, and
-/// nothing that has died is touched.
-void tst_kxAnimClipView::survivesRandomEdits()
-{
-    kxShownClip f;
-    std::mt19937 random(5);
-    const auto below = [&random](int count) { return int(random() % unsigned(count)); };
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    kxOwned<AnimNode> library(f.blockOf(1, "Library")), other(f.clip("Other", {f.blockOf(1)}));
-    QMimeData data;
-    kxSetLibraryPayload(data, {library->getId()});
-    const auto place = [&] { return QPoint(below(f.port()->width()), below(f.port()->height())); };
-    const auto child = [&]
-    {
-        const UInt32 count = f.clipNode->getNChildren();
-        return AnimNodePtr::dcast(f.clipNode->getChild(count == 0 ? 0 : UInt32(below(int(count)))));
-    };
-    const std::vector<std::function<void()>> edits = {
-        [&] { f.add(f.blockOf(0.5f + float(below(3))), float(below(20)), below(6)); },
-        [&] { f.add(f.group<AnimSequenceBase>("Trigger", {}), float(below(20)), below(6)); },
-        [&] { f.clipNode->subChild(child()); },
-        [&] { f.clipNode->subChild(child()); },
-        [&] { f.show(); },
-        [&] { f.scene.setClip(other, below(2) == 0); },
-        [&] { f.scene.clear(); },
-        [&] { f.scene.setClip(AnimNodePtr(), false); },
-        [&] { f.scene.setClip(f.clipNode, false); },
-        [&] { f.scene.selectAll(); },
-        [&] { f.scene.deleteSelectedItems(); },
-        [&]
-        {
-            if (f.clipNode->getNChildren() < 40)
-                f.scene.duplicateSelectedItems(below(2) == 0);
-        },
-        [&] { f.scene.copySelectedItems(); },
-        [&]
-        {
-            if (f.clipNode->getNChildren() < 40)
-                f.scene.paste();
-        },
-        [&] { f.scene.lockItems(below(4) == 0); },
-        [&] { f.scene.activeSelectedItems(below(2) == 0); },
-        [&] { f.scene.setTime(below(400)); },
-        [&] { f.view.frame(); },
-        [&] { wheel(f.view, place(), below(2) == 0 ? 120 : -120); },
-        [&] { f.dragTo(data, place()); },
-        [&] { f.enter(data, place()); },
-        [&] { f.hold(data, place()); },
-        [&] { kxPress(f.port(), place()); },
-        [&] { kxDragTo(f.port(), place()); },
-        [&] { kxRelease(f.port(), place()); },
-        [&] { stack->undo(); },
-        [&] { stack->redo(); },
-        [&] { f.port()->grab(); },
-        [&] { QApplication::processEvents(); },
-        [&] { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); },
-    };
-    for (int step = 0; step < 1500; ++step)
-        edits[std::size_t(below(int(edits.size())))]();
-
-    kxRelease(f.port(), place());
-    f.leave();
-    f.scene.clear();
-    QCOMPARE(f.barItems(), 0);
-    f.show();
-    QCOMPARE(f.scene.bars().size(), int(f.clipNode->getNChildren()));
-    for (kxAnimAbstractClipItem* bar : f.scene.bars())
-    {
-        BoxVolume volume;
-        bar->node()->getWorldVolume(volume);
-        Pnt3f start, end;
-        volume.getBounds(start, end);
-        QVERIFY(std::abs(bar->x() - double(start.x()) * 24) < 0.01);
-    }
-    stack->clear();
 }
 
 QTEST_MAIN(tst_kxAnimClipView)

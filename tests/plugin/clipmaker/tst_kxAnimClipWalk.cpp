@@ -1,29 +1,18 @@
-#include <clipmaker/kxAnimClipCyclesItem.h>
-#include <clipmaker/kxAnimClipEditor.h>
-#include <clipmaker/kxAnimClipEditorGUIW.h>
-#include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipScene.h>
-#include <clipmaker/kxAnimClipStructureWidget.h>
-#include <clipmaker/kxAnimClipView.h>
-#include <trees/kxAnimTreeWidgetItem.h>
+#include "kxClipMakerFixture.h"
+#include "kxShownClip.h"
 
-#include <kernel/kxHostHooks.h>
-#include <kxAnimFixture.h>
+#include <clipmaker/kxAnimClipCyclesItem.h>
+#include <clipmaker/kxAnimClipItem.h>
+
 #include <kxOwned.h>
 #include <kxSendMouse.h>
 
-#include <QKXDockWindowManager.h>
-#include <QKXSpiner.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
-#include <kxUndo.h>
 
-#include <QMainWindow>
-#include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <functional>
-#include <memory>
 #include <random>
 
 using namespace osg;
@@ -49,11 +38,10 @@ private:
         if (node != NullFC)
             kxAnimFixture::changed(node, mask);
     }
-    void openClipMaker(const AnimNodePtr& clip);
     void addMouseEdits();
     void addScriptEdits();
     void drag();
-    void selectRow(const AnimNodePtr& node);
+    void dragFromLibrary(bool drops);
     void compareBars();
     void compareFrames();
 
@@ -66,47 +54,15 @@ private:
     kxAnimClipScene* _shown = nullptr;
     kxAnimClipStructureWidget* _tree = nullptr;
     kxAnimClipEditorGUIW* _form = nullptr;
+    QMimeData _library; // what a drag of a block carries
+    kxClipMakerFixture* _maker = nullptr;
     bool _isPressed = false;
-    std::unique_ptr<QMainWindow> _window;
-    std::unique_ptr<QKXDockWindowManager> _docks;
-    std::unique_ptr<kxAnimClipEditor> _module;
 };
 
 AnimNodePtr tst_kxAnimClipWalk::child()
 {
     const UInt32 count = _clip->getNChildren();
     return count == 0 ? AnimNodePtr() : AnimNodePtr::dcast(_clip->getChild(UInt32(below(int(count)))));
-}
-
-void tst_kxAnimClipWalk::openClipMaker(const AnimNodePtr& clip)
-{
-    _clip = clip;
-    _window = std::make_unique<QMainWindow>();
-    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-    kxHostHooks::the().setMainWindow(_window.get());
-    kxHostHooks::the().setDockWindowManager(_docks.get());
-    _module = std::make_unique<kxAnimClipEditor>();
-    _form = static_cast<kxAnimClipEditorGUIW*>(_module->moduleWidget());
-    _window->resize(1200, 700);
-    _window->show();
-    _docks->show("Clip Maker");
-    _view = _form->findChild<kxAnimClipView*>();
-    _shown = _view->clipScene();
-    _tree = _form->findChild<kxAnimClipStructureWidget*>();
-    _tree->expandAll();
-    selectRow(_clip);
-    QCOMPARE(_shown->clip(), _clip);
-}
-
-void tst_kxAnimClipWalk::selectRow(const AnimNodePtr& node)
-{
-    _tree->clearSelection();
-    for (QTreeWidgetItemIterator it(_tree); *it != nullptr; ++it)
-        if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
-        {
-            (*it)->setSelected(true);
-            return;
-        }
 }
 
 void tst_kxAnimClipWalk::drag()
@@ -123,6 +79,18 @@ void tst_kxAnimClipWalk::drag()
     kxRelease(port, at);
 }
 
+/// Drops a block or goes on holding it; the next one enters without a leave.
+void tst_kxAnimClipWalk::dragFromLibrary(bool drops)
+{
+    const QPoint at = place();
+    QDragEnterEvent enter(at, Qt::CopyAction, &_library, Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent hold(at, Qt::CopyAction, &_library, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(at, Qt::CopyAction, &_library, Qt::LeftButton, Qt::NoModifier);
+    for (QEvent* event : std::initializer_list<QEvent*>{&enter, &hold, &drop})
+        if (drops || event != &drop)
+            QApplication::sendEvent(_view->viewport(), event);
+}
+
 void tst_kxAnimClipWalk::addMouseEdits()
 {
     const auto few = [this] { return _clip->getNChildren() < 30; };
@@ -133,6 +101,7 @@ void tst_kxAnimClipWalk::addMouseEdits()
         [this] { kxPress(_view->viewport(), place()), _isPressed = true; },
         [this] { kxDragTo(_view->viewport(), place()); },
         [this] { kxRelease(_view->viewport(), place()), _isPressed = false; },
+        [this, few] { dragFromLibrary(few() && below(2) == 0); },
         [this] { _view->frame(); },
         [this] { _shown->setSnapToGridX(below(2) == 0); },
         [this] { _shown->selectAll(); },
@@ -160,7 +129,7 @@ void tst_kxAnimClipWalk::addMouseEdits()
         [this] { _shown->setClip(_clip, true); },
         [this] { _shown->clear(), _shown->setClip(_clip, false); },
         [this] { _tree->rebuild(true); },
-        [this] { _tree->clearSelection(), selectRow(_clip); },
+        [this] { _tree->clearSelection(), _maker->select(_clip); },
         [this] { _view->viewport()->grab(); },
         [stack] { stack->undo(); },
         [stack] { stack->undo(); },
@@ -286,17 +255,21 @@ void tst_kxAnimClipWalk::compareFrames()
 
 void tst_kxAnimClipWalk::barsFollowTheirNodes_data()
 {
-    QTest::addColumn<double>("fps");
-    QTest::addColumn<bool>("nested");
-    QTest::newRow("a clip") << 24.0 << false;
-    QTest::newRow("a clip in a clip with an own time") << 23.976 << true;
+    kxColumns<double, bool>("fps", "nested");
+    kxRow("a clip", 24.0, false);
+    kxRow("a clip in a clip with an own time", 23.976, true);
 }
 
 void tst_kxAnimClipWalk::barsFollowTheirNodes()
 {
     QFETCH(double, fps);
     QFETCH(bool, nested);
-    kxAnimFixture scene;
+    kxClipMakerFixture scene;
+    _maker = &scene;
+    _view = scene.view;
+    _shown = scene.shown;
+    _tree = scene.tree;
+    _form = scene.form;
     kxAnimManager::the()->setFPS(fps);
     _random.seed(7);
     _objects.clear();
@@ -321,7 +294,13 @@ void tst_kxAnimClipWalk::barsFollowTheirNodes()
         above->setPostCycles(2);
         write(above, Node::ChildrenFieldMask | AnimNode::ScaleFieldMask | AnimNode::PostCyclesFieldMask);
     }
-    openClipMaker(clip);
+    _clip = clip;
+    scene.show();
+    _tree->rebuild(false);
+    _tree->expandAll();
+    scene.select(_clip);
+    QCOMPARE(_shown->clip(), _clip);
+    kxSetLibraryPayload(_library, {_blocks[0]->getId()});
     addMouseEdits();
     addScriptEdits();
     for (int step = 0; step < 1200 && !QTest::currentTestFailed(); ++step)
@@ -342,12 +321,6 @@ void tst_kxAnimClipWalk::barsFollowTheirNodes()
         else if (step % 100 == 0)
             compareFrames();
     }
-    kxUndoStack::get(0).stack()->clear();
-    _module.reset();
-    kxHostHooks::the().setMainWindow(nullptr);
-    kxHostHooks::the().setDockWindowManager(nullptr);
-    _docks.reset();
-    _window.reset();
 }
 
 QTEST_MAIN(tst_kxAnimClipWalk)

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <clipmaker/kxAnimClipEditor.h>
+#include <clipmaker/kxAnimClipEditorGUIW.h>
+#include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxAnimClipStructureWidget.h>
+#include <clipmaker/kxAnimClipView.h>
+#include <trees/kxAnimTreeWidgetItem.h>
+
+#include <kernel/kxHostHooks.h>
+#include <kernel/kxModuleRegistry.h>
+#include <kxAnimFixture.h>
+
+#include <QKXDockWindowManager.h>
+#include <QKXSpiner.h>
+#include <kxController.h>
+#include <kxMessageIds.h>
+#include <kxMessageNames.h>
+#include <kxUndo.h>
+
+#include <QMainWindow>
+#include <QUndoStack>
+
+#include <memory>
+
+/// The clip maker in a window of the host, over an empty scene.
+class kxClipMakerFixture : public kxAnimFixture
+{
+public:
+    kxClipMakerFixture() : docks(&window)
+    {
+        kxHostHooks::the().setMainWindow(&window);
+        kxHostHooks::the().setDockWindowManager(&docks);
+        module = std::make_unique<kxAnimClipEditor>();
+        form = static_cast<kxAnimClipEditorGUIW*>(module->moduleWidget());
+        view = form->findChild<kxAnimClipView*>();
+        shown = view->clipScene();
+        tree = form->findChild<kxAnimClipStructureWidget*>();
+    }
+    ~kxClipMakerFixture()
+    {
+        kxUndoStack::get(0).stack()->clear();
+        module.reset();
+        kxHostHooks::the().setMainWindow(nullptr);
+        kxHostHooks::the().setDockWindowManager(nullptr);
+    }
+
+    void show()
+    {
+        window.resize(1200, 700);
+        window.show();
+        docks.show("Clip Maker");
+    }
+    /// The row of a node and no other.
+    void select(const osg::AnimNodePtr& node)
+    {
+        tree->clearSelection();
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
+            if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
+                (*it)->setSelected(true);
+    }
+    static void deliver(kxMessageId::Id id)
+    {
+        kxMessage message(id);
+        kxModuleRegistry::the().deliver(message);
+    }
+    static osg::AnimNodePtr child(const osg::NodePtr& node, unsigned int index = 0)
+    {
+        return osg::AnimNodePtr::dcast(node->getChild(index));
+    }
+
+    QMainWindow window;
+    QKXDockWindowManager docks;
+    std::unique_ptr<kxAnimClipEditor> module;
+    kxAnimClipEditorGUIW* form;
+    kxAnimClipView* view;
+    kxAnimClipScene* shown;
+    kxAnimClipStructureWidget* tree;
+};
