@@ -6,7 +6,7 @@
 #include <scene/kxScene.h>
 
 #include <QMimeData>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <random>
 
@@ -34,20 +34,16 @@ static QByteArray numbers(std::initializer_list<quint32> values)
 
 void tst_kxAnimLibraryPayload::bytes_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("rightButton");
-    QTest::addColumn<QVector<quint32>>("ids");
-    QTest::addColumn<bool>("whole"); // encodes to the same bytes again
+    // whole: encodes to the same bytes again
+    kxColumns<QByteArray, bool, QVector<quint32>, bool>("bytes", "rightButton", "ids", "whole");
 
-    QTest::newRow("nothing") << QByteArray() << false << QVector<quint32>() << false;
-    QTest::newRow("no rows") << numbers({1}) << true << QVector<quint32>() << true;
-    QTest::newRow("two rows") << numbers({0, 7, 300, 0, 0xFFFFFFFF}) << false << QVector<quint32>{7, 300, 0, 0xFFFFFFFF}
-                              << true;
-    QTest::newRow("cut in the second id")
-        << numbers({1, 7, 300, 8, 9}).chopped(1) << true << QVector<quint32>{7, 300} << false;
-    QTest::newRow("cut after an id") << numbers({1, 7, 300, 8}) << true << QVector<quint32>{7, 300} << false;
-    QTest::newRow("cut in the button") << QByteArray("\0\0\0", 3) << false << QVector<quint32>() << false;
-    QTest::newRow("another number for the button") << numbers({2, 7, 8}) << false << QVector<quint32>{7, 8} << false;
+    kxRow("nothing", QByteArray(), false, QVector<quint32>(), false);
+    kxRow("no rows", numbers({1}), true, QVector<quint32>(), true);
+    kxRow("two rows", numbers({0, 7, 300, 0, 0xFFFFFFFF}), false, QVector<quint32>{7, 300, 0, 0xFFFFFFFF}, true);
+    kxRow("cut in the second id", numbers({1, 7, 300, 8, 9}).chopped(1), true, QVector<quint32>{7, 300}, false);
+    kxRow("cut after an id", numbers({1, 7, 300, 8}), true, QVector<quint32>{7, 300}, false);
+    kxRow("cut in the button", QByteArray("\0\0\0", 3), false, QVector<quint32>(), false);
+    kxRow("another number for the button", numbers({2, 7, 8}), false, QVector<quint32>{7, 8}, false);
 }
 
 void tst_kxAnimLibraryPayload::bytes()

@@ -21,7 +21,7 @@
 #include <QSignalSpy>
 #include <QTimer>
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 using namespace osg;
 using namespace kxTestLibrary;
@@ -33,7 +33,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void showsTheScene();
-    void keepsStates();
     void dragsRows_data();
     void dragsRows();
     void dropsRows_data();
@@ -112,35 +111,20 @@ void tst_kxAnimLibraryWidget::showsTheScene()
     QVERIFY(!_library->row("small")->isGroup());
 }
 
-void tst_kxAnimLibraryWidget::keepsStates()
-{
-    _library->row("car")->setExpanded(false);
-    _library->row("car/drive")->setExpanded(true);
-    _library->select("small/door,paint/fade");
-    const QStringList before = _library->dump(true);
-    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
-    _library->rebuild();
-    QCOMPARE(_library->dump(true), before);
-    QVERIFY(changes.count() <= 2);
-    _library->rebuild(false);
-    QCOMPARE(_library->selectedItems().size(), 0);
-    QVERIFY(_library->row("car")->isExpanded());
-}
-
 void tst_kxAnimLibraryWidget::dragsRows_data()
 {
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QStringList>("carried"); // the names of animation and container of each row
+    // carried: the names of animation and container of each row
+    kxColumns<QString, QStringList>("selected", "carried");
 
-    QTest::newRow("animation of a node") << "small/door/open" << QStringList{"open", "door"};
-    QTest::newRow("animation of a material") << "paint/fade" << QStringList{"fade", "paint"};
-    QTest::newRow("animation below an animation") << "car/drive/roll" << QStringList{"roll", ""};
-    QTest::newRow("scene node") << "car" << QStringList{"", "car"};
-    QTest::newRow("scene node in a group") << "small/door" << QStringList{"", "door"};
-    QTest::newRow("material") << "paint" << QStringList{"", ""};
-    QTest::newRow("group") << "small" << QStringList{"", ""};
-    QTest::newRow("what is below a selected row goes with it")
-        << "car/drive/roll,car/drive,paint/fade" << QStringList{"drive", "car", "fade", "paint"};
+    kxRow("animation of a node", "small/door/open", QStringList{"open", "door"});
+    kxRow("animation of a material", "paint/fade", QStringList{"fade", "paint"});
+    kxRow("animation below an animation", "car/drive/roll", QStringList{"roll", ""});
+    kxRow("scene node", "car", QStringList{"", "car"});
+    kxRow("scene node in a group", "small/door", QStringList{"", "door"});
+    kxRow("material", "paint", QStringList{"", ""});
+    kxRow("group", "small", QStringList{"", ""});
+    kxRow("what is below a selected row goes with it", "car/drive/roll,car/drive,paint/fade",
+          QStringList{"drive", "car", "fade", "paint"});
 }
 
 void tst_kxAnimLibraryWidget::dragsRows()
@@ -159,39 +143,24 @@ void tst_kxAnimLibraryWidget::dragsRows()
 
 void tst_kxAnimLibraryWidget::dropsRows_data()
 {
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("target"); // empty: no row
-    QTest::addColumn<bool>("taken");
-    QTest::addColumn<QString>("path"); // of a row that stands in the tree afterwards
+    // target: empty = no row
+    // path: of a row that stands in the tree afterwards
+    kxColumns<QString, QString, bool, QString>("source", "target", "taken", "path");
 
-    QTest::newRow("block to a node") << "small/door/open"
-                                     << "car" << true << "car/open";
-    QTest::newRow("block to a material") << "paint/fade"
-                                         << "glass" << true << "glass/fade";
-    QTest::newRow("block of a node to a material") << "small/door/open"
-                                                   << "paint" << true << "small/door/open";
-    QTest::newRow("block of a material to a node") << "paint/fade"
-                                                   << "car" << true << "paint/fade";
-    QTest::newRow("block in a clip to a node") << "car/drive/roll"
-                                               << "small/door" << true << "car/drive/roll";
-    QTest::newRow("block to its own node") << "small/door/open"
-                                           << "small/door" << true << "small/door/open";
-    QTest::newRow("node to a node") << "car"
-                                    << "small/door" << true << "car/drive";
-    QTest::newRow("node to a group") << "car"
-                                     << "small" << true << "small/car/drive";
-    QTest::newRow("node from two groups to one") << "small/wheel"
-                                                 << "round" << true << "round/wheel/turn";
-    QTest::newRow("node to no row") << "small/wheel"
-                                    << "" << true << "wheel/turn";
-    QTest::newRow("block to no row") << "small/door/open"
-                                     << "" << true << "small/door/open";
-    QTest::newRow("block to a group") << "small/door/open"
-                                      << "round" << true << "small/door/open";
-    QTest::newRow("material to a group") << "paint"
-                                         << "small" << true << "paint/fade";
-    QTest::newRow("anything to an animation") << "small/door/open"
-                                              << "car/drive" << false << "small/door/open";
+    kxRow("block to a node", "small/door/open", "car", true, "car/open");
+    kxRow("block to a material", "paint/fade", "glass", true, "glass/fade");
+    kxRow("block of a node to a material", "small/door/open", "paint", true, "small/door/open");
+    kxRow("block of a material to a node", "paint/fade", "car", true, "paint/fade");
+    kxRow("block in a clip to a node", "car/drive/roll", "small/door", true, "car/drive/roll");
+    kxRow("block to its own node", "small/door/open", "small/door", true, "small/door/open");
+    kxRow("node to a node", "car", "small/door", true, "car/drive");
+    kxRow("node to a group", "car", "small", true, "small/car/drive");
+    kxRow("node from two groups to one", "small/wheel", "round", true, "round/wheel/turn");
+    kxRow("node to no row", "small/wheel", "", true, "wheel/turn");
+    kxRow("block to no row", "small/door/open", "", true, "small/door/open");
+    kxRow("block to a group", "small/door/open", "round", true, "small/door/open");
+    kxRow("material to a group", "paint", "small", true, "paint/fade");
+    kxRow("anything to an animation", "small/door/open", "car/drive", false, "small/door/open");
 }
 
 void tst_kxAnimLibraryWidget::dropsRows()
@@ -391,18 +360,15 @@ void tst_kxAnimLibraryWidget::selectsInTheScene()
 
 void tst_kxAnimLibraryWidget::expandsToDepth_data()
 {
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<int>("depth");
-    QTest::addColumn<QStringList>("expanded");
+    kxColumns<QString, int, QStringList>("selected", "depth", "expanded");
 
-    QTest::newRow("nothing") << "" << -1 << QStringList();
-    QTest::newRow("top level") << "" << 0 << QStringList{"car", "glass", "paint", "round", "small"};
-    QTest::newRow("one below") << "" << 1 << QStringList{"car",   "drive", "glass", "paint", "round",
-                                                         "wheel", "small", "door",  "wheel"};
-    QTest::newRow("selection closed") << "car" << -1
-                                      << QStringList{"glass", "paint", "round", "wheel", "small", "door", "wheel"};
-    QTest::newRow("selection by its own depth")
-        << "small/door,car" << 0 << QStringList{"car", "glass", "paint", "round", "wheel", "small", "wheel"};
+    kxRow("nothing", "", -1, QStringList());
+    kxRow("top level", "", 0, QStringList{"car", "glass", "paint", "round", "small"});
+    kxRow("one below", "", 1,
+          QStringList{"car", "drive", "glass", "paint", "round", "wheel", "small", "door", "wheel"});
+    kxRow("selection closed", "car", -1, QStringList{"glass", "paint", "round", "wheel", "small", "door", "wheel"});
+    kxRow("selection by its own depth", "small/door,car", 0,
+          QStringList{"car", "glass", "paint", "round", "wheel", "small", "wheel"});
 }
 
 void tst_kxAnimLibraryWidget::expandsToDepth()

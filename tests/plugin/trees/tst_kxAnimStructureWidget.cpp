@@ -4,11 +4,11 @@
 
 #include <kxAnimFixture.h>
 #include <kxOwned.h>
+#include <kxTreeProbe.h>
 
 #include <QDropEvent>
-#include <QTreeWidgetItemIterator>
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 #include <kxUndo.h>
 
 using namespace osg;
@@ -18,24 +18,12 @@ namespace
 constexpr const char LibraryFormat[] = "application/anim-lib-item";
 constexpr const char StructureFormat[] = "application/anim-structure-item";
 
-struct Structure : kxAnimStructureWidget
+struct Structure : kxTreeProbe<kxAnimStructureWidget>
 {
     using kxAnimStructureWidget::dropEvent;
-    using kxAnimStructureWidget::dropMimeData;
-    using kxAnimStructureWidget::mimeData;
 
-    /// Names with their depth as dots, in the order of the tree.
-    QString dump()
-    {
-        QStringList lines;
-        for (QTreeWidgetItemIterator it(this); *it != nullptr; ++it)
-        {
-            lines.append((*it)->text(0));
-            for (QTreeWidgetItem* above = (*it)->parent(); above != nullptr; above = above->parent())
-                lines.back().prepend('.');
-        }
-        return lines.join(' ');
-    }
+    /// The rows in one line.
+    QString text() { return dump().join(' '); }
     /// A drop at the row of this name, or below all rows.
     void dropAt(const QString& name, const QMimeData& mime)
     {
@@ -109,7 +97,7 @@ void tst_kxAnimStructureWidget::cleanup()
 
 void tst_kxAnimStructureWidget::showsTheStructure()
 {
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms"));
     _tree->topLevelItem(0)->setSelected(true);
 
     // A root that stands somewhere has no row either, and stands there again afterwards.
@@ -118,7 +106,7 @@ void tst_kxAnimStructureWidget::showsTheStructure()
     above->insertChild(0, root());
     const UInt32 shares = root()->getRefCount();
     _tree->rebuild();
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms"));
     QVERIFY(_tree->topLevelItem(0)->isSelected() && _tree->topLevelItem(0)->isExpanded());
     QCOMPARE(above->findChild(root()), 0);
     QCOMPARE(root()->getRefCount(), shares);
@@ -133,10 +121,10 @@ void tst_kxAnimStructureWidget::groupsAndNames()
 {
     _tree->createGroup();
     _tree->createGroup();
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms Group Group_1"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms Group Group_1"));
     QCOMPARE(root()->getNChildren(), 4u);
     _tree->rebuild();
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms Group Group_1"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms Group Group_1"));
 
     Structure other;
     other.rebuild();
@@ -157,19 +145,18 @@ void tst_kxAnimStructureWidget::groupsAndNames()
     _tree->clearSelection();
     _tree->topLevelItem(0)->setSelected(true);
     QMetaObject::invokeMethod(_tree.get(), "remove");
-    QCOMPARE(_tree->dump(), QString("arms run Group_1 arms"));
+    QCOMPARE(_tree->text(), QString("arms run Group_1 arms"));
 }
 
 void tst_kxAnimStructureWidget::takesTheLibrarysAnimations_data()
 {
-    QTest::addColumn<QString>("target"); // empty: no row
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<bool>("taken");
+    // target: empty = no row
+    kxColumns<QString, QString, bool>("target", "format", "taken");
 
-    QTest::newRow("into a group") << "arms" << LibraryFormat << true;
-    QTest::newRow("onto no row") << "" << LibraryFormat << false;
-    QTest::newRow("onto a block") << "step" << LibraryFormat << false;
-    QTest::newRow("of another format") << "arms" << StructureFormat << false;
+    kxRow("into a group", "arms", LibraryFormat, true);
+    kxRow("onto no row", "", LibraryFormat, false);
+    kxRow("onto a block", "step", LibraryFormat, false);
+    kxRow("of another format", "arms", StructureFormat, false);
 }
 
 void tst_kxAnimStructureWidget::takesTheLibrarysAnimations()
@@ -188,7 +175,7 @@ void tst_kxAnimStructureWidget::takesTheLibrarysAnimations()
     QTreeWidgetItem* const row = rows.isEmpty() ? nullptr : rows.front();
     const bool taken = _tree->dropMimeData(row, 0, &mime, Qt::CopyAction);
     QTEST(taken, "taken");
-    QCOMPARE(_tree->dump(), QString(taken ? "walk .legs ..step arms .wave" : "walk .legs ..step arms"));
+    QCOMPARE(_tree->text(), QString(taken ? "walk .legs ..step arms .wave" : "walk .legs ..step arms"));
     if (taken)
         QVERIFY(_arms->getChild(0)->getCore() == wave->getCore() && _arms->getChild(0) != NodePtr(wave));
     QVERIFY(wave->getParent() != NullFC);
@@ -201,25 +188,14 @@ void tst_kxAnimStructureWidget::takesTheLibrarysAnimations()
 
 void tst_kxAnimStructureWidget::movesWithinTheStructure_data()
 {
-    QTest::addColumn<QString>("moved");
-    QTest::addColumn<QString>("target"); // empty: no row
-    QTest::addColumn<QString>("after");
+    // target: empty = no row
+    kxColumns<QString, QString, QString>("moved", "target", "after");
 
-    QTest::newRow("to another group") << "step"
-                                      << "arms"
-                                      << "walk .legs arms .step";
-    QTest::newRow("to the top level") << "legs"
-                                      << ""
-                                      << "walk arms legs .step";
-    QTest::newRow("where it stands") << "walk"
-                                     << ""
-                                     << "arms walk .legs ..step";
-    QTest::newRow("into itself") << "walk"
-                                 << "walk"
-                                 << "walk .legs ..step arms";
-    QTest::newRow("below itself") << "walk"
-                                  << "legs"
-                                  << "walk .legs ..step arms";
+    kxRow("to another group", "step", "arms", "walk .legs arms .step");
+    kxRow("to the top level", "legs", "", "walk arms legs .step");
+    kxRow("where it stands", "walk", "", "arms walk .legs ..step");
+    kxRow("into itself", "walk", "walk", "walk .legs ..step arms");
+    kxRow("below itself", "walk", "legs", "walk .legs ..step arms");
 }
 
 void tst_kxAnimStructureWidget::movesWithinTheStructure()
@@ -228,11 +204,11 @@ void tst_kxAnimStructureWidget::movesWithinTheStructure()
     QFETCH(QString, target);
     const UInt32 shares = node(moved)->getRefCount();
     _tree->dropAt(target, kxAnimMimeData({node(moved)}, StructureFormat));
-    QTEST(_tree->dump(), "after");
+    QTEST(_tree->text(), "after");
     QCOMPARE(node(moved)->getRefCount(), shares);
-    const QString shown = _tree->dump();
+    const QString shown = _tree->text();
     _tree->rebuild(); // the rows are what the kernel holds
-    QCOMPARE(_tree->dump(), shown);
+    QCOMPARE(_tree->text(), shown);
 }
 
 void tst_kxAnimStructureWidget::leavesWhatBelongsElsewhere()
@@ -242,19 +218,19 @@ void tst_kxAnimStructureWidget::leavesWhatBelongsElsewhere()
     kxAnimManager::the()->addAnimation(object, wave);
     const NodePtr before = wave->getParent();
     _tree->dropAt("arms", kxAnimMimeData({wave, root()}, StructureFormat));
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms .wave"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms .wave"));
     QVERIFY(wave->getParent() == before);
     QVERIFY(_arms->getChild(0)->getCore() == wave->getCore());
 
     // A new node, which nobody owns yet, comes in itself.
     _tree->dropAt("arms", kxAnimMimeData({group("new", {})}, StructureFormat));
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms .wave .new"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms .wave .new"));
 
     _tree->topLevelItem(0)->setSelected(true);
     const std::unique_ptr<QMimeData> own(_tree->mimeData(_tree->selectedItems()));
     QVERIFY(own != nullptr);
     _tree->dropAt("arms", *own);
-    QCOMPARE(_tree->dump(), QString("walk .legs ..step arms .wave .new"));
+    QCOMPARE(_tree->text(), QString("walk .legs ..step arms .wave .new"));
 }
 
 QTEST_MAIN(tst_kxAnimStructureWidget)

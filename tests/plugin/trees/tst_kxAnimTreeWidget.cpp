@@ -1,22 +1,22 @@
-#include <trees/kxAnimInfoText.h>
 #include <trees/kxAnimRemoval.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimFixture.h>
 #include <kxScenegraph.h>
+#include <kxTreeProbe.h>
 #include <kxUndo.h>
 
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 namespace
 {
 /// Lists the scene's objects with their animations, as the library does.
-class ObjectTree : public kxAnimTreeWidget
+class ObjectTree : public kxTreeProbe<kxAnimTreeWidget>
 {
 public:
     using kxAnimTreeWidget::rebuild;
@@ -45,41 +45,6 @@ public:
     }
     void changedItem(QTreeWidgetItem*, int) override { updateNames(); }
 
-    /// The row with these texts on the way to it: "Box/Walk"; null where there is none.
-    kxAnimTreeWidgetItem* find(const QString& path) const
-    {
-        QTreeWidgetItem* item = invisibleRootItem();
-        for (const QString& name : path.split('/'))
-        {
-            QTreeWidgetItem* below = nullptr;
-            for (int i = 0; i < item->childCount() && below == nullptr; ++i)
-                if (item->child(i)->text(0) == name)
-                    below = item->child(i);
-            if (below == nullptr)
-                return nullptr;
-            item = below;
-        }
-        return row(item);
-    }
-    void select(const QStringList& paths)
-    {
-        clearSelection();
-        for (const QString& path : paths)
-            find(path)->setSelected(true);
-    }
-    QStringList texts(const QTreeWidgetItem* item = nullptr) const
-    {
-        QStringList texts;
-        if (item == nullptr)
-            item = invisibleRootItem();
-        for (int i = 0; i < item->childCount(); ++i)
-        {
-            texts << item->child(i)->text(0);
-            for (const QString& below : this->texts(item->child(i)))
-                texts << item->child(i)->text(0) + '/' + below;
-        }
-        return texts;
-    }
     void call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(this, slot)); }
 };
 
@@ -120,7 +85,6 @@ private Q_SLOTS:
     void clonesAndUnshares();
     void duplicateIsTheOnlyActive();
     void checkStatesFollow();
-    void infoText();
 
 private:
     QStringList animationNames(const osg::NodePtr& object) const;
@@ -170,23 +134,23 @@ QStringList tst_kxAnimTreeWidget::animationNames(const osg::NodePtr& object) con
 
 void tst_kxAnimTreeWidget::statesSurviveRebuilds()
 {
-    QCOMPARE(_tree->texts(), (QStringList{"Box", "Box/Walk", "Ball", "Ball/Roll \"2\""})); // no curves
-    _tree->find("Ball")->setExpanded(true);
-    _tree->select({"Box", "Ball/Roll \"2\""});
+    QCOMPARE(_tree->dump(), (QStringList{"Box", ".Walk", "Ball", ".Roll \"2\""})); // no curves
+    _tree->row("Ball")->setExpanded(true);
+    _tree->select("Box,Ball/Roll \"2\"");
     QSignalSpy changes(_tree.get(), SIGNAL(itemSelectionChanged()));
     for (int i = 0; i < 2; ++i)
     {
         changes.clear();
         _tree->rebuild(true);
         QCOMPARE(changes.size(), 2); // cleared, and selected again in one go
-        QVERIFY(_tree->find("Ball")->isExpanded() && !_tree->find("Box")->isExpanded());
-        QVERIFY(_tree->find("Box")->isSelected() && _tree->find("Ball/Roll \"2\"")->isSelected());
+        QVERIFY(_tree->row("Ball")->isExpanded() && !_tree->row("Box")->isExpanded());
+        QVERIFY(_tree->row("Box")->isSelected() && _tree->row("Ball/Roll \"2\"")->isSelected());
         QCOMPARE(_tree->selectedItems().size(), 2);
     }
     QList<kxAnimTreeWidgetItem*> tops;
-    _tree->find("Ball")->setSelected(true);
+    _tree->row("Ball")->setSelected(true);
     _tree->collectTopSelectedItems(tops);
-    QCOMPARE(tops, (QList<kxAnimTreeWidgetItem*>{_tree->find("Box"), _tree->find("Ball")}));
+    QCOMPARE(tops, (QList<kxAnimTreeWidgetItem*>{_tree->row("Box"), _tree->row("Ball")}));
 }
 
 void tst_kxAnimTreeWidget::namesFollowEverywhere()
@@ -194,44 +158,40 @@ void tst_kxAnimTreeWidget::namesFollowEverywhere()
     ObjectTree other;
     other.rebuild(true);
     QSignalSpy changes(&other, SIGNAL(itemChanged(QTreeWidgetItem*, int)));
-    _tree->find("Box/Walk")->setData(0, Qt::EditRole, "Stroll");
-    QVERIFY(other.find("Box/Stroll") != nullptr);
+    _tree->row("Box/Walk")->setData(0, Qt::EditRole, "Stroll");
+    QVERIFY(other.row("Box/Stroll") != nullptr);
     QCOMPARE(changes.size(), 0);
     _box->setNodeName("Crate"); // rows of objects show a stored text
     kxAnimTreeWidget::updateNames();
-    QVERIFY(other.find("Crate/Stroll") != nullptr && _tree->find("Crate/Stroll") != nullptr);
+    QVERIFY(other.row("Crate/Stroll") != nullptr && _tree->row("Crate/Stroll") != nullptr);
 }
 
 void tst_kxAnimTreeWidget::searches_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("found");
-    QTest::newRow("part of a name, any case") << "WAL" << QStringList{"Walk"};
-    QTest::newRow("objects are no hits") << "b" << QStringList();
-    QTest::newRow("every animation, sorted") << "l" << QStringList{"Roll \"2\"", "Walk"};
-    QTest::newRow("a quote at one end is text") << "\"2" << QStringList{"Roll \"2\""};
-    QTest::newRow("a quoted pattern fits whole names") << "\"w?lk\"" << QStringList{"Walk"};
-    QTest::newRow("a quoted part doesn't fit") << "\"al\"" << QStringList();
-    QTest::newRow("wildcards only between quotes") << "W*" << QStringList();
-    QTest::newRow("quotes alone") << "\"\"" << QStringList();
-    QTest::newRow("one quote") << "\"" << QStringList{"Roll \"2\""};
+    kxColumns<QString, QStringList>("text", "found");
+    kxRow("part of a name, any case", "WAL", QStringList{"Walk"});
+    kxRow("objects are no hits", "b", QStringList());
+    kxRow("every animation, sorted", "l", QStringList{"Roll \"2\"", "Walk"});
+    kxRow("a quote at one end is text", "\"2", QStringList{"Roll \"2\""});
+    kxRow("a quoted pattern fits whole names", "\"w?lk\"", QStringList{"Walk"});
+    kxRow("a quoted part doesn't fit", "\"al\"", QStringList());
+    kxRow("wildcards only between quotes", "W*", QStringList());
+    kxRow("quotes alone", "\"\"", QStringList());
+    kxRow("one quote", "\"", QStringList{"Roll \"2\""});
 }
 
 void tst_kxAnimTreeWidget::searches()
 {
     QFETCH(QString, text);
     QFETCH(QStringList, found);
-    _tree->find("Ball")->setExpanded(true);
-    _tree->select({"Ball/Roll \"2\""});
+    _tree->row("Ball")->setExpanded(true);
+    _tree->select("Ball/Roll \"2\"");
     _tree->search("nothing is called so"); // later texts match the same rows
     _tree->search(text);
-    QStringList names;
-    for (int i = 0; i < _tree->topLevelItemCount(); ++i)
-        names << _tree->topLevelItem(i)->text(0);
-    QCOMPARE(names, found);
+    QCOMPARE(_tree->dump().filter(QRegularExpression("^[^.]")), found);
     _tree->search("");
-    QVERIFY(_tree->find("Ball")->isExpanded() && _tree->find("Ball/Roll \"2\"")->isSelected());
-    QCOMPARE(_tree->texts().size(), 4);
+    QVERIFY(_tree->row("Ball")->isExpanded() && _tree->row("Ball/Roll \"2\"")->isSelected());
+    QCOMPARE(_tree->dump().size(), 4);
 }
 
 void tst_kxAnimTreeWidget::searchOutlivesTheScene()
@@ -250,35 +210,33 @@ void tst_kxAnimTreeWidget::searchOutlivesTheScene()
 void tst_kxAnimTreeWidget::searchLeavesOutWhatWasDeleted()
 {
     _tree->search("walk");
-    _tree->select({"Walk"});
+    _tree->select("Walk");
     _tree->removeSelected(false);
     _tree->search("l");
     QCOMPARE(_tree->topLevelItemCount(), 1);
-    QVERIFY(_tree->find("Roll \"2\"") != nullptr);
+    QVERIFY(_tree->row("Roll \"2\"") != nullptr);
     kxUndoStack::get(0).stack()->undo();
     _tree->search("wa");
-    QVERIFY(_tree->find("Walk") != nullptr);
+    QVERIFY(_tree->row("Walk") != nullptr);
     _tree->search("");
 }
 
 void tst_kxAnimTreeWidget::deletesWithAnswers_data()
 {
     typedef QList<kxRemovalAnswer> Answers;
-    QTest::addColumn<bool>("check");
-    QTest::addColumn<Answers>("answers");
-    QTest::addColumn<QStringList>("deleted");
+    kxColumns<bool, Answers, QStringList>("check", "answers", "deleted");
     const QStringList both{"Roll \"2\"", "roll in"}, second{"Spin", "spin in"};
     // The rows: an unshared animation, two shared ones, an unshared one.
-    QTest::newRow("unchecked") << false << Answers() << QStringList{"Walk", "Roll \"2\"", "Spin", "Last"};
-    QTest::newRow("yes to both") << true << Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::Yes}
-                                 << QStringList{"Walk"} + both + second + QStringList{"Last"};
-    QTest::newRow("no, then yes") << true << Answers{kxRemovalAnswer::No, kxRemovalAnswer::Yes}
-                                  << QStringList{"Walk"} + second + QStringList{"Last"};
-    QTest::newRow("yes to all") << true << Answers{kxRemovalAnswer::YesToAll}
-                                << QStringList{"Walk"} + both + second + QStringList{"Last"};
-    QTest::newRow("no to all") << true << Answers{kxRemovalAnswer::NoToAll} << QStringList{"Walk"};
-    QTest::newRow("yes, then no to all") << true << Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::NoToAll}
-                                         << QStringList{"Walk"} + both;
+    kxRow("unchecked", false, Answers(), QStringList{"Walk", "Roll \"2\"", "Spin", "Last"});
+    kxRow("yes to both", true, Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::Yes},
+          QStringList{"Walk"} + both + second + QStringList{"Last"});
+    kxRow("no, then yes", true, Answers{kxRemovalAnswer::No, kxRemovalAnswer::Yes},
+          QStringList{"Walk"} + second + QStringList{"Last"});
+    kxRow("yes to all", true, Answers{kxRemovalAnswer::YesToAll},
+          QStringList{"Walk"} + both + second + QStringList{"Last"});
+    kxRow("no to all", true, Answers{kxRemovalAnswer::NoToAll}, QStringList{"Walk"});
+    kxRow("yes, then no to all", true, Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::NoToAll},
+          QStringList{"Walk"} + both);
 }
 
 void tst_kxAnimTreeWidget::deletesWithAnswers()
@@ -315,24 +273,24 @@ void tst_kxAnimTreeWidget::deletesWithAnswers()
 void tst_kxAnimTreeWidget::deleteAsksAndComesBack()
 {
     ObjectTree other;
-    _tree->select({"Ball/Roll \"2\""});
+    _tree->select("Ball/Roll \"2\"");
     answer(QMessageBox::No);
     _tree->removeSelected(true);
-    QVERIFY(_tree->find("Ball/Roll \"2\"") != nullptr);
+    QVERIFY(_tree->row("Ball/Roll \"2\"") != nullptr);
     QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
 
     answer(QMessageBox::Yes);
     _tree->removeSelected(true);
-    QCOMPARE(_tree->texts(), (QStringList{"Box", "Box/Walk", "Ball"}));
-    QVERIFY(_tree->find("Ball")->isSelected()); // the row above is next
+    QCOMPARE(_tree->dump(), (QStringList{"Box", ".Walk", "Ball"}));
+    QVERIFY(_tree->row("Ball")->isSelected()); // the row above is next
     QCOMPARE(_clip->getNChildren(), 0u);
     QCOMPARE(other.rebuilds, 1);
     kxUndoStack::get(0).stack()->undo();
     _tree->rebuild(true);
-    QVERIFY(_tree->find("Ball/Roll \"2\"") != nullptr);
+    QVERIFY(_tree->row("Ball/Roll \"2\"") != nullptr);
     QCOMPARE(_clip->getNChildren(), 1u);
 
-    _tree->select({"Ball", "Ball/Roll \"2\""});
+    _tree->select("Ball,Ball/Roll \"2\"");
     _tree->remove(); // an object's row stands for its animations, and nobody asks
     QCOMPARE(animationNames(_ball), QStringList());
     QCOMPARE(_clip->getNChildren(), 1u);
@@ -340,36 +298,36 @@ void tst_kxAnimTreeWidget::deleteAsksAndComesBack()
 
 void tst_kxAnimTreeWidget::cutAndPaste()
 {
-    _tree->select({"Box/Walk"});
+    _tree->select("Box/Walk");
     _tree->call("cut");
     QCOMPARE(animationNames(_box), QStringList());
-    _tree->select({"Ball"});
+    _tree->select("Ball");
     _tree->paste();
     QCOMPARE(animationNames(_ball).size(), 2);
-    QVERIFY(_tree->find("Ball")->isExpanded());
-    QCOMPARE(_tree->find("Ball")->childCount(), 2);
+    QVERIFY(_tree->row("Ball")->isExpanded());
+    QCOMPARE(_tree->row("Ball")->childCount(), 2);
 }
 
 void tst_kxAnimTreeWidget::pasteOverNestedRows()
 {
-    _tree->select({"Ball/Roll \"2\""}); // an animation isn't pasted into itself
+    _tree->select("Ball/Roll \"2\""); // an animation isn't pasted into itself
     _tree->copy();
-    _tree->select({"Box", "Box/Walk"}); // the second row dies with the rebuild of the first
+    _tree->select("Box,Box/Walk"); // the second row dies with the rebuild of the first
     _tree->paste();
     QCOMPARE(animationNames(_box).size(), 2);
-    QCOMPARE(_tree->find("Box")->childCount(), 2);
-    QCOMPARE(_tree->find("Box/Walk")->childCount(), 1);
+    QCOMPARE(_tree->row("Box")->childCount(), 2);
+    QCOMPARE(_tree->row("Box/Walk")->childCount(), 1);
 }
 
 void tst_kxAnimTreeWidget::clonesAndUnshares()
 {
-    _tree->select({"Box/Walk", "Ball/Roll \"2\""});
+    _tree->select("Box/Walk,Ball/Roll \"2\"");
     _tree->call("cloneFlipped");
-    kxAnimTreeWidgetItem* const box = _tree->find("Box");
+    kxAnimTreeWidgetItem* const box = _tree->row("Box");
     QCOMPARE(box->childCount(), 2);
     auto* const clone = static_cast<kxAnimTreeWidgetItem*>(box->child(1));
     QVERIFY(clone->animNode()->getFlipped() && clone->animNode()->getCore() == _walk->getCore());
-    QCOMPARE(_tree->find("Ball")->childCount(), 2);
+    QCOMPARE(_tree->row("Ball")->childCount(), 2);
 
     _tree->clearSelection();
     clone->setSelected(true);
@@ -379,25 +337,25 @@ void tst_kxAnimTreeWidget::clonesAndUnshares()
 
     // In a flat list the node above the animation takes the clone.
     _tree->rebuildFrom(std::vector<osg::AnimNodePtr>{_roll});
-    _tree->select({"Roll \"2\""});
+    _tree->select("Roll \"2\"");
     const int rebuilds = _tree->rebuilds;
     _tree->call("clone");
     QCOMPARE(_tree->rebuilds, rebuilds + 1);
-    QCOMPARE(_tree->find("Ball")->childCount(), 3);
+    QCOMPARE(_tree->row("Ball")->childCount(), 3);
 }
 
 void tst_kxAnimTreeWidget::duplicateIsTheOnlyActive()
 {
-    _tree->select({"Box/Walk"});
+    _tree->select("Box/Walk");
     _tree->call("duplicate");
-    kxAnimTreeWidgetItem* const box = _tree->find("Box");
+    kxAnimTreeWidgetItem* const box = _tree->row("Box");
     QCOMPARE(box->childCount(), 2);
     const osg::AnimNodePtr copy = static_cast<kxAnimTreeWidgetItem*>(box->child(1))->animNode();
     QVERIFY(copy->getCore() != _walk->getCore());
     QVERIFY(copy->isActive() && !_walk->isActive());
     QCOMPARE(box->child(0)->checkState(0), Qt::Unchecked);
     QCOMPARE(box->child(1)->checkState(0), Qt::Checked);
-    _tree->select({"Box/Walk"});
+    _tree->select("Box/Walk");
     _tree->call("duplicateFlipped");
     QCOMPARE(animationNames(_box).size(), 2);
 }
@@ -419,27 +377,6 @@ void tst_kxAnimTreeWidget::checkStatesFollow()
     QVERIFY(!clip->data(1, Qt::CheckStateRole).isValid()); // only rows below another can be locked here
     QCOMPARE(changes.size(), 0);
     QVERIFY(placed->getTravMask() == 0 && placed->getLocked());
-}
-
-void tst_kxAnimTreeWidget::infoText()
-{
-    kxAnimManager::kxAnimInfo info;
-    info.curves = 3;
-    info.points = 12;
-    info.inTangents = 4;
-    info.outTangents = 5;
-    info.controlPoints = 21;
-    info.start = -0.5f;
-    info.end = 1.0f / 3;
-    info.localScale = 2;
-    info.globalScale = 1.0e-7f;
-    info.localOffset = osg::Vec2f(1.25f, 50);
-    info.globalOffset = osg::Vec2f(2000000, 0);
-    QCOMPARE(kxAnimInfoText(info, 24),
-             QString("Curves:\t3\nPoints:\t12\nInTangents:\t4\nOutTangents:\t5\nControlPoints:\t21\n"
-                     "Start:\t-0.5 seconds (-12 frames)\nEnd:\t0.333333 seconds (8 frames)\n"
-                     "Local Scale:\t2\nGlobal Scale:\t1e-07\nLocal Offset:\t1.25 seconds (30 frames)\n"
-                     "Global Offset:\t2e+06 seconds (4.8e+07 frames)"));
 }
 
 QTEST_MAIN(tst_kxAnimTreeWidget)

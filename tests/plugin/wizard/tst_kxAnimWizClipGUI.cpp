@@ -18,7 +18,7 @@
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
 
@@ -190,8 +190,8 @@ void tst_kxAnimWizClipGUI::capturesWriteBothEnds()
 void tst_kxAnimWizClipGUI::cancelGivesTheKeysBack_data()
 {
     QTest::addColumn<bool>("byEscape");
-    QTest::newRow("the button") << false;
-    QTest::newRow("during the preview") << true;
+    kxRow("the button", false);
+    kxRow("during the preview", true);
 }
 
 void tst_kxAnimWizClipGUI::cancelGivesTheKeysBack()
@@ -387,7 +387,7 @@ void tst_kxAnimWizClipGUI::survivesTheDeathOf_data()
 {
     QTest::addColumn<QString>("what");
     for (const char* what : {"clip", "block", "object", "all"})
-        QTest::newRow(what) << what;
+        kxRow(what, what);
 }
 
 void tst_kxAnimWizClipGUI::survivesTheDeathOf()
@@ -430,12 +430,12 @@ void tst_kxAnimWizClipGUI::survivesTheDeathOf()
 void tst_kxAnimWizClipGUI::numbersStayFiniteAndKeysSorted_data()
 {
     QTest::addColumn<double>("value");
-    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN();
-    QTest::newRow("infinite") << std::numeric_limits<double>::infinity();
-    QTest::newRow("negative") << -3.0;
-    QTest::newRow("none") << 0.0;
-    QTest::newRow("before a key between") << 0.5;
-    QTest::newRow("huge") << 1.0e300;
+    kxRow("not a number", std::numeric_limits<double>::quiet_NaN());
+    kxRow("infinite", std::numeric_limits<double>::infinity());
+    kxRow("negative", -3.0);
+    kxRow("none", 0.0);
+    kxRow("before a key between", 0.5);
+    kxRow("huge", 1.0e300);
 }
 
 void tst_kxAnimWizClipGUI::numbersStayFiniteAndKeysSorted()

