@@ -16,7 +16,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <memory>
 
@@ -65,7 +65,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void listsWhatIsSelected();
-    void listsUpToTheLimit();
     void hidesEmptyCurves();
     void keepsTheSelection();
     void keysRows_data();
@@ -187,19 +186,6 @@ void tst_kxAnimChannelWidget::listsWhatIsSelected()
     QCOMPARE(tops(), QStringList("move/2"));
 }
 
-void tst_kxAnimChannelWidget::listsUpToTheLimit()
-{
-    std::vector<osg::NodePtr> nodes(20, _first);
-    _tree->rebuildFromNodes(nodes);
-    QCOMPARE(_tree->topLevelItemCount(), 20);
-    nodes.push_back(osg::NodePtr());
-    _tree->rebuildFromNodes(nodes);
-    QCOMPARE(_tree->topLevelItemCount(), 0);
-    const kxOwned<osg::UberMaterial> material(osg::UberMaterial::create());
-    _tree->rebuildFromMaterials(std::vector<osg::MaterialPtr>(21, material.get()));
-    QCOMPARE(_tree->topLevelItemCount(), 0);
-}
-
 void tst_kxAnimChannelWidget::hidesEmptyCurves()
 {
     kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve("scale", "X", {}));
@@ -234,12 +220,12 @@ void tst_kxAnimChannelWidget::keepsTheSelection()
 
 void tst_kxAnimChannelWidget::keysRows_data()
 {
-    QTest::addColumn<QByteArray>("slot");
-    QTest::addColumn<QString>("keyed"); // rows of both objects that have a key then
-    QTest::newRow("selected rows") << QByteArray("keySelected") << "a translation.Z, a visible";
-    QTest::newRow("rows of the selected types")
-        << QByteArray("keyAllSelectedType") << "a translation.Z, a visible, b translation.Z, b visible";
-    QTest::newRow("all but what the kernel leaves out") << QByteArray("keyAll") << "all";
+    // keyed: rows of both objects that have a key then
+    kxColumns<QByteArray, QString>("slot", "keyed");
+    kxRow("selected rows", QByteArray("keySelected"), "a translation.Z, a visible");
+    kxRow("rows of the selected types", QByteArray("keyAllSelectedType"),
+          "a translation.Z, a visible, b translation.Z, b visible");
+    kxRow("all but what the kernel leaves out", QByteArray("keyAll"), "all");
 }
 
 void tst_kxAnimChannelWidget::keysRows()
@@ -315,10 +301,10 @@ void tst_kxAnimChannelWidget::keysOfOneFrameAreReplaced()
 void tst_kxAnimChannelWidget::refusesTexts_data()
 {
     QTest::addColumn<QString>("keys");
-    QTest::newRow("1.5") << "12:1.5:11";
-    QTest::newRow(" -2e1 ") << "12:-20:11";
+    kxRow("1.5", "12:1.5:11");
+    kxRow(" -2e1 ", "12:-20:11");
     for (const char* const text : {"", "nan", "inf", "-inf", "1e39", "1,5", "1,500", "two", "1.5 m"})
-        QTest::newRow(text) << "";
+        kxRow(text, "");
 }
 
 void tst_kxAnimChannelWidget::refusesTexts()

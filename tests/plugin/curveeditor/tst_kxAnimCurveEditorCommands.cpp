@@ -57,7 +57,6 @@ private Q_SLOTS:
     void fieldsMoveKeysAsOneStep();
     void refusedInputMovesNothing();
     void infinityModesGoToSelectedBlocks();
-    void menusKnowWhatTheyCanDo();
     void copyAndPasteGoByFocus();
     void stateThatCannotBeSeenIsSaid();
 
@@ -140,27 +139,6 @@ void tst_kxAnimCurveEditorCommands::infinityModesGoToSelectedBlocks()
     chooseModes();
     QCOMPARE(curve->getPreInfinityMode(), osg::UInt32(osg::InfinityMode::Oscillate));
     QCOMPARE(curve->getPostInfinityMode(), osg::UInt32(osg::InfinityMode::LoopWithOffset));
-}
-
-void tst_kxAnimCurveEditorCommands::menusKnowWhatTheyCanDo()
-{
-    _editor->show();
-    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1, 5}}, "Move");
-    const osg::AnimNodePtr block = kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Move");
-    _editor->library->rebuild(true);
-    QMenu* const curve = menuOf(*_editor, "Curve");
-    QMenu* const edit = menuOf(*_editor, "Edit");
-    const auto state = [&]
-    {
-        Q_EMIT curve->aboutToShow();
-        Q_EMIT edit->aboutToShow();
-        return std::make_pair(menuOf(*_editor, "Pre Infinity Mode")->isEnabled(), entry(edit, "Save...")->isEnabled());
-    };
-    QCOMPARE(state(), std::make_pair(false, false));
-    _editor->library->findItem(block)->setSelected(true);
-    QCOMPARE(state(), std::make_pair(true, true));
-    _editor->library->selectItemsForNodes({box});
-    QCOMPARE(state(), std::make_pair(false, false));
 }
 
 void tst_kxAnimCurveEditorCommands::copyAndPasteGoByFocus()

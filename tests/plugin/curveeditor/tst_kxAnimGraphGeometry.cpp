@@ -1,6 +1,6 @@
 #include <curveeditor/kxAnimGraphGeometry.h>
 
-#include <QtTest>
+#include <kxTable.h>
 
 using kxAnimGraphGeometry::HandleLimits;
 using kxCurveMath::Side;
@@ -17,20 +17,18 @@ private Q_SLOTS:
 
 void tst_kxAnimGraphGeometry::snapping_data()
 {
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("to");
-    QTest::addColumn<double>("expected");
-    QTest::newRow("right, inside its cell") << 2.0 << 2.9 << 2.0;
-    QTest::newRow("right, past a whole number") << 2.0 << 3.1 << 3.0;
-    QTest::newRow("right, past some") << 2.0 << 7.6 << 7.0;
-    QTest::newRow("left, into the cell before") << 2.0 << 1.9 << 2.0;
-    QTest::newRow("left, past a whole number") << 2.0 << 0.9 << 1.0;
-    QTest::newRow("exactly a whole number") << 2.0 << 5.0 << 5.0;
-    QTest::newRow("a start between stays there") << 2.3 << 2.8 << 2.3;
-    QTest::newRow("a start between, right") << 2.3 << 3.4 << 3.0;
-    QTest::newRow("zero is one cell from -1 to 1") << 0.0 << -0.9 << 0.0;
-    QTest::newRow("below zero, left") << -2.0 << -4.5 << -3.0;
-    QTest::newRow("below zero, right") << -2.0 << -0.5 << 0.0;
+    kxColumns<double, double, double>("from", "to", "expected");
+    kxRow("right, inside its cell", 2.0, 2.9, 2.0);
+    kxRow("right, past a whole number", 2.0, 3.1, 3.0);
+    kxRow("right, past some", 2.0, 7.6, 7.0);
+    kxRow("left, into the cell before", 2.0, 1.9, 2.0);
+    kxRow("left, past a whole number", 2.0, 0.9, 1.0);
+    kxRow("exactly a whole number", 2.0, 5.0, 5.0);
+    kxRow("a start between stays there", 2.3, 2.8, 2.3);
+    kxRow("a start between, right", 2.3, 3.4, 3.0);
+    kxRow("zero is one cell from -1 to 1", 0.0, -0.9, 0.0);
+    kxRow("below zero, left", -2.0, -4.5, -3.0);
+    kxRow("below zero, right", -2.0, -0.5, 0.0);
 }
 
 void tst_kxAnimGraphGeometry::snapping()
@@ -42,25 +40,23 @@ void tst_kxAnimGraphGeometry::snapping()
 
 void tst_kxAnimGraphGeometry::handles_data()
 {
-    QTest::addColumn<bool>("isIn");
-    QTest::addColumn<bool>("isMirrored");
-    QTest::addColumn<int>("neighbours"); // 1 previous, 2 next
-    QTest::addColumn<QPointF>("mouse");
-    QTest::addColumn<QPointF>("expected"); // relative to the key at (20, 5); neighbours at 12 and 26
-    QTest::newRow("in, free") << true << true << 3 << QPointF(16, 9) << QPointF(-4, 4);
-    QTest::newRow("in, past its key") << true << true << 3 << QPointF(23, 1) << QPointF(0, -4);
-    QTest::newRow("in, past its neighbour") << true << false << 3 << QPointF(2, 9) << QPointF(-8, 4);
-    QTest::newRow("in, at the mirror limit") << true << true << 3 << QPointF(13, 9) << QPointF(-6, 4);
-    QTest::newRow("in, past both limits") << true << true << 3 << QPointF(-50, 9) << QPointF(-6, 4);
-    QTest::newRow("in, mirrored without a next") << true << true << 1 << QPointF(2, 9) << QPointF(-8, 4);
-    QTest::newRow("in, the first key") << true << false << 2 << QPointF(-80, 9) << QPointF(-100, 4);
-    QTest::newRow("in, the first key, mirrored") << true << true << 2 << QPointF(-80, 9) << QPointF(-6, 4);
-    QTest::newRow("out, free") << false << true << 3 << QPointF(24, 2) << QPointF(4, -3);
-    QTest::newRow("out, past its key") << false << true << 3 << QPointF(20, 2) << QPointF(0, -3);
-    QTest::newRow("out, past its neighbour") << false << true << 3 << QPointF(90, 2) << QPointF(6, -3);
-    QTest::newRow("out, at the mirror limit") << false << true << 1 << QPointF(29, 2) << QPointF(8, -3);
-    QTest::newRow("out, broken") << false << false << 1 << QPointF(29, 2) << QPointF(9, -3);
-    QTest::newRow("out, no limits at all") << false << true << 0 << QPointF(1020, 2) << QPointF(1000, -3);
+    // neighbours: 1 previous, 2 next
+    // expected: relative to the key at (20, 5); neighbours at 12 and 26
+    kxColumns<bool, bool, int, QPointF, QPointF>("isIn", "isMirrored", "neighbours", "mouse", "expected");
+    kxRow("in, free", true, true, 3, QPointF(16, 9), QPointF(-4, 4));
+    kxRow("in, past its key", true, true, 3, QPointF(23, 1), QPointF(0, -4));
+    kxRow("in, past its neighbour", true, false, 3, QPointF(2, 9), QPointF(-8, 4));
+    kxRow("in, at the mirror limit", true, true, 3, QPointF(13, 9), QPointF(-6, 4));
+    kxRow("in, past both limits", true, true, 3, QPointF(-50, 9), QPointF(-6, 4));
+    kxRow("in, mirrored without a next", true, true, 1, QPointF(2, 9), QPointF(-8, 4));
+    kxRow("in, the first key", true, false, 2, QPointF(-80, 9), QPointF(-100, 4));
+    kxRow("in, the first key, mirrored", true, true, 2, QPointF(-80, 9), QPointF(-6, 4));
+    kxRow("out, free", false, true, 3, QPointF(24, 2), QPointF(4, -3));
+    kxRow("out, past its key", false, true, 3, QPointF(20, 2), QPointF(0, -3));
+    kxRow("out, past its neighbour", false, true, 3, QPointF(90, 2), QPointF(6, -3));
+    kxRow("out, at the mirror limit", false, true, 1, QPointF(29, 2), QPointF(8, -3));
+    kxRow("out, broken", false, false, 1, QPointF(29, 2), QPointF(9, -3));
+    kxRow("out, no limits at all", false, true, 0, QPointF(1020, 2), QPointF(1000, -3));
 }
 
 void tst_kxAnimGraphGeometry::handles()

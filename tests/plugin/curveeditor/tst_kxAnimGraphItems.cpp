@@ -8,7 +8,7 @@
 
 #include <QGraphicsLineItem>
 #include <QPainter>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <algorithm>
 #include <random>
@@ -17,16 +17,12 @@ class tst_kxAnimGraphItems : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void tangents_data();
-    void tangents();
     void handlesAreThereFromTheStart();
     void handlesShowOnSidesThatHaveThem();
-    void exactTiesAreRefused();
     void keysPassEachOther();
     void aFreeHandleGrowsBack();
     void untouchedKeysStayAsComputed();
     void aHandleThatReachesItsNeighbour();
-    void pathIsStepsAndCubics();
     void theKernelIsFollowed();
     void aCurveThatIsGone();
     void drawnIsPlayed();
@@ -35,46 +31,6 @@ private Q_SLOTS:
     void whatIsSeenLooksLikeTheWhole();
     void denseLinesHaveNoGaps();
 };
-
-void tst_kxAnimGraphItems::tangents_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<bool>("hasPrevious");
-    QTest::addColumn<bool>("hasNext");
-    QTest::addColumn<QPointF>("in"); // frames, value, relative to the key
-    QTest::addColumn<QPointF>("out");
-    // A key at (12, 6) between (0, 0) and (48, -12), with handles at (-1, 2) and (3, 4).
-    QTest::newRow("alone") << 3 << false << false << QPointF(-1, 2) << QPointF(3, 4);
-    QTest::newRow("constant") << 0 << true << true << QPointF(0, 0) << QPointF(0, 0);
-    QTest::newRow("linear") << 1 << true << true << QPointF(-6, -3) << QPointF(18, -9);
-    QTest::newRow("linear, first") << 1 << false << true << QPointF(-18, 0) << QPointF(18, -9);
-    QTest::newRow("linear, last") << 1 << true << false << QPointF(-6, -3) << QPointF(6, 0);
-    QTest::newRow("flat") << 2 << true << true << QPointF(-6, 0) << QPointF(16, 0);
-    QTest::newRow("hermite") << 3 << true << true << QPointF(-6, 1.5) << QPointF(16, -4);
-    QTest::newRow("hermite, last") << 3 << true << false << QPointF(-6, -3) << QPointF(6, 3);
-    QTest::newRow("following") << 4 << true << true << QPointF(-6, 3) << QPointF(16, -8);
-    QTest::newRow("following, last") << 4 << true << false << QPointF(-6, 0) << QPointF(6, 0);
-    QTest::newRow("free") << 5 << true << true << QPointF(-1, 2) << QPointF(3, 4);
-    QTest::newRow("no such type") << 9 << true << true << QPointF(-10, 0) << QPointF(10, 0);
-}
-
-void tst_kxAnimGraphItems::tangents()
-{
-    QFETCH(int, type);
-    QFETCH(bool, hasPrevious);
-    QFETCH(bool, hasNext);
-    kxAnimGraphPoint previous(QPointF(0, 0), nullptr, true), key(QPointF(12, 6), nullptr, true);
-    kxAnimGraphPoint next(QPointF(48, -12), nullptr, true);
-    key.setInTangentPos(-1, 2);
-    key.setOutTangentPos(3, 4);
-    key.inTangentItem()->setTangentType(type);
-    key.outTangentItem()->setTangentType(type);
-    key.computeInTangent(hasPrevious ? &previous : nullptr, hasNext ? &next : nullptr);
-    key.computeOutTangent(hasPrevious ? &previous : nullptr, hasNext ? &next : nullptr);
-    QTEST(key.inTangentPos(), "in");
-    QTEST(key.outTangentPos(), "out");
-    QCOMPARE(key.outTangentItem()->pos(), key.outTangentPos());
-}
 
 /// What is asked of a key before its handles were made is what they show then.
 void tst_kxAnimGraphItems::handlesAreThereFromTheStart()
@@ -126,36 +82,6 @@ void tst_kxAnimGraphItems::handlesShowOnSidesThatHaveThem()
     QCOMPARE(shown(), (QList<bool>{true, true}));
     key->setTangentsVisible(false);
     QCOMPARE(shown(), (QList<bool>{false, false}));
-}
-
-void tst_kxAnimGraphItems::exactTiesAreRefused()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 0}, {30, 1}}});
-    kxAnimGraphPoint *first = graph.point(0, 0), *second = graph.point(0, 1);
-    first->setPos(10, 7);
-    QCOMPARE(first->pos(), QPointF(0, 0));
-    // While keys are on the move their places count, not those that they came from.
-    second->setPos(25, 2);
-    first->setPos(25, 5);
-    QCOMPARE(first->pos(), QPointF(0, 0));
-    first->setPos(10, 5);
-    QCOMPARE(first->pos(), QPointF(10, 5));
-    second->setPos(10, 1);
-    QCOMPARE(second->pos(), QPointF(25, 2));
-    second->setPos(0, 1);
-    QCOMPARE(second->pos(), QPointF(0, 1));
-    // And after the order was made good again.
-    std::vector<osg::CCPnt> keys;
-    graph.scene()->curves().first()->collectControlPoints(keys);
-    QCOMPARE(graph.point(0, 0), second);
-    first->setPos(0, 3);
-    QCOMPARE(first->pos(), QPointF(10, 5));
-    first->setPos(-4, 3);
-    second->setPos(10, 3);
-    QCOMPARE(second->pos(), QPointF(10, 3));
-    second->setY(-8); // its own place is no tie
-    QCOMPARE(second->pos(), QPointF(10, -8));
 }
 
 /// Random moves: the collected keys are the items in order of time, and each knows its index.
@@ -253,27 +179,6 @@ void tst_kxAnimGraphItems::aHandleThatReachesItsNeighbour()
     QVERIFY(std::abs(key->inTangentPos().x() - double(graph.key(0, 1).inX()) * 24) < 1e-4);
     QVERIFY(std::abs(key->inTangentPos().y() - double(graph.key(0, 1).inY())) < 1e-4);
     QCOMPARE(key->inTangentPos(), key->cachedInTangentPos());
-}
-
-void tst_kxAnimGraphItems::pathIsStepsAndCubics()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 1}, {10, 2}, {20, 5}}, {{3, 4}}});
-    QVERIFY(graph.scene()->curves().at(1)->path().isEmpty());
-    QVERIFY(graph.scene()->curves().at(1)->boundingRect().contains(QPointF(3, 4)));
-
-    kxAnimGraphCurve* curve = graph.scene()->curves().first();
-    graph.point(0, 0)->setOutTangentPos(0, 0);
-    graph.point(0, 1)->setInTangentPos(0, 0);
-    graph.point(0, 1)->setOutTangentPos(0, 0); // of this segment only one side has no length
-    curve->rebuildPath();
-    const QPainterPath path = curve->path();
-    QCOMPARE(path.elementCount(), 6);
-    QCOMPARE(QPointF(path.elementAt(1)), QPointF(10, 1));
-    QVERIFY(path.elementAt(2).isLineTo());
-    QVERIFY(path.elementAt(3).isCurveTo());
-    QCOMPARE(QPointF(path.elementAt(3)), QPointF(10, 2));
-    QCOMPARE(QPointF(path.elementAt(5)), QPointF(20, 5));
 }
 
 /// Places that come from the kernel are neither snapped nor locked nor refused.

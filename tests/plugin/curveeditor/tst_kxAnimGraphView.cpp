@@ -8,7 +8,7 @@
 #include <kxMessageNames.h>
 
 #include <QScrollBar>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
 
@@ -70,7 +70,6 @@ private Q_SLOTS:
     void frame();
     void frameOfOneValue();
     void doubleClicks();
-    void selectAll();
     void deleteKeys();
     void copyAndPaste();
     void pasteWithoutTarget();
@@ -134,9 +133,7 @@ void tst_kxAnimGraphView::aClickLeavesNoStep()
 void tst_kxAnimGraphView::draggedKeysKeepTheirDistances_data()
 {
     using Places = QVector<QPointF>;
-    QTest::addColumn<bool>("snaps");
-    QTest::addColumn<Places>("places");
-    QTest::addColumn<int>("grabbed");
+    kxColumns<bool, Places, int>("snaps", "places", "grabbed");
     Places onEachFrame;
     for (int i = -4; i < 5; ++i)
         onEachFrame.append(QPointF(i, i % 3));
@@ -269,16 +266,15 @@ void tst_kxAnimGraphView::handleDragIsOneStep()
 
 void tst_kxAnimGraphView::rubberBand_data()
 {
-    QTest::addColumn<QPoint>("from"); // pixels from the two keys' middle
-    QTest::addColumn<QPoint>("to");
-    QTest::addColumn<int>("selected");
-    QTest::newRow("left to right, down") << QPoint(-80, -80) << QPoint(80, 80) << 2;
-    QTest::newRow("right to left, up") << QPoint(80, 80) << QPoint(-80, -80) << 2;
-    QTest::newRow("left to right, up") << QPoint(-80, 80) << QPoint(80, -80) << 2;
-    QTest::newRow("right to left, down") << QPoint(80, -80) << QPoint(-80, 80) << 2;
-    QTest::newRow("one of them") << QPoint(20, -60) << QPoint(80, 60) << 1;
-    QTest::newRow("the edge of a key") << QPoint(70, 60) << QPoint(52, -60) << 1;
-    QTest::newRow("beside a key") << QPoint(70, 60) << QPoint(55, -60) << 0;
+    // from: pixels from the two keys' middle
+    kxColumns<QPoint, QPoint, int>("from", "to", "selected");
+    kxRow("left to right, down", QPoint(-80, -80), QPoint(80, 80), 2);
+    kxRow("right to left, up", QPoint(80, 80), QPoint(-80, -80), 2);
+    kxRow("left to right, up", QPoint(-80, 80), QPoint(80, -80), 2);
+    kxRow("right to left, down", QPoint(80, -80), QPoint(-80, 80), 2);
+    kxRow("one of them", QPoint(20, -60), QPoint(80, 60), 1);
+    kxRow("the edge of a key", QPoint(70, 60), QPoint(52, -60), 1);
+    kxRow("beside a key", QPoint(70, 60), QPoint(55, -60), 0);
 }
 void tst_kxAnimGraphView::rubberBand()
 {
@@ -304,13 +300,10 @@ void tst_kxAnimGraphView::rubberBand()
 
 void tst_kxAnimGraphView::pan_data()
 {
-    QTest::addColumn<Qt::MouseButton>("button");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<bool>("pans");
-    QTest::newRow("middle") << Qt::MiddleButton << int(Qt::NoModifier) << true;
-    QTest::newRow("left with Ctrl") << Qt::LeftButton << int(Qt::ControlModifier) << true;
-    QTest::newRow("left with Ctrl and Shift")
-        << Qt::LeftButton << int(Qt::ControlModifier | Qt::ShiftModifier) << false;
+    kxColumns<Qt::MouseButton, int, bool>("button", "modifiers", "pans");
+    kxRow("middle", Qt::MiddleButton, int(Qt::NoModifier), true);
+    kxRow("left with Ctrl", Qt::LeftButton, int(Qt::ControlModifier), true);
+    kxRow("left with Ctrl and Shift", Qt::LeftButton, int(Qt::ControlModifier | Qt::ShiftModifier), false);
 }
 void tst_kxAnimGraphView::pan()
 {
@@ -337,15 +330,14 @@ void tst_kxAnimGraphView::pan()
 
 void tst_kxAnimGraphView::dragZoom_data()
 {
-    QTest::addColumn<QPoint>("step");
-    QTest::addColumn<int>("held");
-    QTest::addColumn<QPointF>("factor"); // of one step
+    // factor: of one step
+    kxColumns<QPoint, int, QPointF>("step", "held", "factor");
     const double in = 1.05, out = 1 / 1.05;
-    QTest::newRow("down zooms in") << QPoint(0, 3) << 0 << QPointF(in, in);
-    QTest::newRow("up zooms out") << QPoint(0, -3) << 0 << QPointF(out, out);
-    QTest::newRow("level zooms out") << QPoint(5, 0) << 0 << QPointF(out, out);
-    QTest::newRow("X held") << QPoint(0, 3) << int(Qt::Key_X) << QPointF(in, 1);
-    QTest::newRow("Y held") << QPoint(0, 3) << int(Qt::Key_Y) << QPointF(1, in);
+    kxRow("down zooms in", QPoint(0, 3), 0, QPointF(in, in));
+    kxRow("up zooms out", QPoint(0, -3), 0, QPointF(out, out));
+    kxRow("level zooms out", QPoint(5, 0), 0, QPointF(out, out));
+    kxRow("X held", QPoint(0, 3), int(Qt::Key_X), QPointF(in, 1));
+    kxRow("Y held", QPoint(0, 3), int(Qt::Key_Y), QPointF(1, in));
 }
 void tst_kxAnimGraphView::dragZoom()
 {
@@ -441,18 +433,6 @@ void tst_kxAnimGraphView::doubleClicks()
     QVERIFY(isNear(graph.at(clicked), QPoint(300, 200)));
     kxSendMouse(graph.port(), QEvent::MouseButtonDblClick, QPoint(40, 50), Qt::LeftButton, Qt::LeftButton);
     QVERIFY(isNear(graph.at(QPointF(5, 1)), QPoint(300, 200), 3));
-}
-
-void tst_kxAnimGraphView::selectAll()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}}, {{3, 0}}});
-    QSignalSpy selections(graph.scene(), &QGraphicsScene::selectionChanged);
-    graph.press(Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(graph.scene()->selectedItems().size(), 3);
-    QVERIFY(graph.point(1, 0)->tangentsShown());
-    graph.press(Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(selections.count(), 1);
 }
 
 void tst_kxAnimGraphView::deleteKeys()

@@ -1,6 +1,6 @@
 #include "kxGraphFixture.h"
 
-#include <QtTest>
+#include <kxTable.h>
 
 #include <cmath>
 #include <random>
@@ -143,8 +143,8 @@ void tst_kxAnimGraphWalk::edit(kxGraphFixture& graph)
 void tst_kxAnimGraphWalk::thereAndBack_data()
 {
     QTest::addColumn<bool>("dies"); // the last object goes in the middle
-    QTest::newRow("all live") << false;
-    QTest::newRow("one dies") << true;
+    kxRow("all live", false);
+    kxRow("one dies", true);
 }
 
 void tst_kxAnimGraphWalk::thereAndBack()

@@ -18,8 +18,6 @@ private Q_SLOTS:
     void cleanup();
     void dragsInWholeFrames();
     void staysWhileTheAnimationPlays();
-    void glowsUnderTheMouseAndWhilePlaying();
-    void tellsEachTimeThatIsSet();
 
 private:
     QPoint at(double frame) const { return _view->mapFromScene(QPointF(frame, 0)); }
@@ -94,30 +92,6 @@ void tst_kxAnimTimeItem::staysWhileTheAnimationPlays()
     QCOMPARE(_item->time(), 0.0);
     QVERIFY(changes.isEmpty());
     QVERIFY(!_item->isMoving()); // or no rubber band could start any more
-}
-
-void tst_kxAnimTimeItem::glowsUnderTheMouseAndWhilePlaying()
-{
-    QCOMPARE(middle(), White);
-    hover(QEvent::GraphicsSceneHoverEnter);
-    QCOMPARE(middle(), Orange);
-    _item->setPlaying(true);
-    hover(QEvent::GraphicsSceneHoverLeave);
-    QCOMPARE(middle(), Orange);
-    _item->setPlaying(false);
-    QCOMPARE(middle(), White);
-    hover(QEvent::GraphicsSceneHoverEnter);
-    hover(QEvent::GraphicsSceneHoverLeave);
-    QCOMPARE(middle(), White);
-}
-
-void tst_kxAnimTimeItem::tellsEachTimeThatIsSet()
-{
-    QSignalSpy changes(_item, &kxAnimTimeItem::timeChanged);
-    _item->setTime(2.5);
-    _item->setTime(2.5);
-    QCOMPARE(changes.count(), 2);
-    QCOMPARE(_item->time(), 2.5);
 }
 
 QTEST_MAIN(tst_kxAnimTimeItem)

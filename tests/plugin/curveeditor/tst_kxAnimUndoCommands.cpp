@@ -12,7 +12,7 @@
 #include <osg/FieldContainerFactory.h>
 
 #include <QUndoStack>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
 #include <memory>
@@ -176,14 +176,12 @@ void tst_kxAnimUndoCommands::tangentMovesMerge()
 
 void tst_kxAnimUndoCommands::moveIsRefused_data()
 {
-    QTest::addColumn<int>("index");
-    QTest::addColumn<float>("x");
-    QTest::addColumn<float>("y");
-    QTest::newRow("value is no number") << 1 << 1.0f << NaN;
-    QTest::newRow("time is no number") << 1 << NaN << 0.0f;
-    QTest::newRow("time is infinite") << 2 << std::numeric_limits<float>::infinity() << 0.0f;
-    QTest::newRow("keys not sorted") << 0 << 1.5f << 0.0f;
-    QTest::newRow("difference overflows") << 0 << 0.0f << -std::numeric_limits<float>::max();
+    kxColumns<int, float, float>("index", "x", "y");
+    kxRow("value is no number", 1, 1.0f, NaN);
+    kxRow("time is no number", 1, NaN, 0.0f);
+    kxRow("time is infinite", 2, std::numeric_limits<float>::infinity(), 0.0f);
+    kxRow("keys not sorted", 0, 1.5f, 0.0f);
+    kxRow("difference overflows", 0, 0.0f, -std::numeric_limits<float>::max());
 }
 
 void tst_kxAnimUndoCommands::moveIsRefused()
@@ -244,16 +242,15 @@ void tst_kxAnimUndoCommands::dragIsOneStep()
 
 void tst_kxAnimUndoCommands::deletes_data()
 {
-    QTest::addColumn<QVector<unsigned int>>("indices");
-    QTest::addColumn<QVector<float>>("left");
+    kxColumns<QVector<unsigned int>, QVector<float>>("indices", "left");
     typedef QVector<unsigned int> I;
     typedef QVector<float> L;
-    QTest::newRow("2, 3, 5 in any order") << I{5, 2, 3} << L{0, 1, 4, 6};
-    QTest::newRow("first") << I{0} << L{1, 2, 3, 4, 5, 6};
-    QTest::newRow("first two") << I{0, 1} << L{2, 3, 4, 5, 6};
-    QTest::newRow("last") << I{6} << L{0, 1, 2, 3, 4, 5};
-    QTest::newRow("all") << I{0, 1, 2, 3, 4, 5, 6} << L{};
-    QTest::newRow("twice the same, and one beyond") << I{1, 1, 7} << L{0, 2, 3, 4, 5, 6};
+    kxRow("2, 3, 5 in any order", I{5, 2, 3}, L{0, 1, 4, 6});
+    kxRow("first", I{0}, L{1, 2, 3, 4, 5, 6});
+    kxRow("first two", I{0, 1}, L{2, 3, 4, 5, 6});
+    kxRow("last", I{6}, L{0, 1, 2, 3, 4, 5});
+    kxRow("all", I{0, 1, 2, 3, 4, 5, 6}, L{});
+    kxRow("twice the same, and one beyond", I{1, 1, 7}, L{0, 2, 3, 4, 5, 6});
 }
 
 void tst_kxAnimUndoCommands::deletes()
@@ -274,15 +271,14 @@ void tst_kxAnimUndoCommands::deletes()
 
 void tst_kxAnimUndoCommands::adds_data()
 {
-    QTest::addColumn<QVector<float>>("times");
-    QTest::addColumn<int>("count");
+    kxColumns<QVector<float>, int>("times", "count");
     typedef QVector<float> T;
-    QTest::newRow("between") << T{1.5f} << 6;
-    QTest::newRow("two in one gap") << T{1.25f, 1.5f} << 7;
-    QTest::newRow("before and behind all") << T{-1, 9} << 7;
-    QTest::newRow("replaces a key") << T{2} << 5;
-    QTest::newRow("replaces, adds, replaces") << T{1, 1.5f, 2} << 6;
-    QTest::newRow("not in order") << T{3.5f, 0.5f} << 7;
+    kxRow("between", T{1.5f}, 6);
+    kxRow("two in one gap", T{1.25f, 1.5f}, 7);
+    kxRow("before and behind all", T{-1, 9}, 7);
+    kxRow("replaces a key", T{2}, 5);
+    kxRow("replaces, adds, replaces", T{1, 1.5f, 2}, 6);
+    kxRow("not in order", T{3.5f, 0.5f}, 7);
 }
 
 void tst_kxAnimUndoCommands::adds()

@@ -1,6 +1,6 @@
 #include <curveeditor/kxKeyArithmetic.h>
 
-#include <QtTest>
+#include <kxTable.h>
 
 #include <set>
 
@@ -17,17 +17,16 @@ private Q_SLOTS:
 
 void tst_kxKeyArithmetic::appliedToAll_data()
 {
-    QTest::addColumn<int>("op");
-    QTest::addColumn<double>("operand");
-    QTest::addColumn<Values>("expected"); // of 3, -4, 0; empty where it is refused as a whole
-    QTest::newRow("set") << int(RelativeSet) << 7.0 << Values{7, 7, 7};
-    QTest::newRow("assign") << int(RelativeAssign) << -1.0 << Values{-1, -1, -1};
-    QTest::newRow("add") << int(RelativeAdd) << 2.5 << Values{5.5, -1.5, 2.5};
-    QTest::newRow("subtract") << int(RelativeSubtract) << 2.5 << Values{0.5, -6.5, -2.5};
-    QTest::newRow("multiply") << int(RelativeMultiply) << 2.0 << Values{6, -8, 0};
-    QTest::newRow("divide") << int(RelativeDivide) << 4.0 << Values{0.75, -1, 0};
-    QTest::newRow("a divide by 0 changes nothing") << int(RelativeDivide) << 0.0 << Values{};
-    QTest::newRow("what no float holds is refused") << int(RelativeMultiply) << 1e39 << Values{};
+    // expected: of 3, -4, 0; empty where it is refused as a whole
+    kxColumns<int, double, Values>("op", "operand", "expected");
+    kxRow("set", int(RelativeSet), 7.0, Values{7, 7, 7});
+    kxRow("assign", int(RelativeAssign), -1.0, Values{-1, -1, -1});
+    kxRow("add", int(RelativeAdd), 2.5, Values{5.5, -1.5, 2.5});
+    kxRow("subtract", int(RelativeSubtract), 2.5, Values{0.5, -6.5, -2.5});
+    kxRow("multiply", int(RelativeMultiply), 2.0, Values{6, -8, 0});
+    kxRow("divide", int(RelativeDivide), 4.0, Values{0.75, -1, 0});
+    kxRow("a divide by 0 changes nothing", int(RelativeDivide), 0.0, Values{});
+    kxRow("what no float holds is refused", int(RelativeMultiply), 1e39, Values{});
 }
 
 void tst_kxKeyArithmetic::appliedToAll()

@@ -12,7 +12,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <limits>
 
@@ -98,11 +98,10 @@ void tst_kxAnimPreferences::defaults()
 
 void tst_kxAnimPreferences::untouchedPageAppliesNothing_data()
 {
-    QTest::addColumn<int>("speed");
-    QTest::addColumn<double>("time");
-    QTest::newRow("defaults") << 1 << 24.0;
-    QTest::newRow("more decimals than the field shows") << 4 << 24000.0 / 1001.0;
-    QTest::newRow("entries that aren't listed") << 7 << 24.0;
+    kxColumns<int, double>("speed", "time");
+    kxRow("defaults", 1, 24.0);
+    kxRow("more decimals than the field shows", 4, 24000.0 / 1001.0);
+    kxRow("entries that aren't listed", 7, 24.0);
 }
 
 void tst_kxAnimPreferences::untouchedPageAppliesNothing()
@@ -189,10 +188,10 @@ void tst_kxAnimPreferences::customSpeed()
 void tst_kxAnimPreferences::refusesRates_data()
 {
     QTest::addColumn<double>("rate");
-    QTest::newRow("none") << 0.0;
-    QTest::newRow("negative") << -25.0;
-    QTest::newRow("rounded to none") << 0.0001;
-    QTest::newRow("more than times can tell apart") << 1.0e12;
+    kxRow("none", 0.0);
+    kxRow("negative", -25.0);
+    kxRow("rounded to none", 0.0001);
+    kxRow("more than times can tell apart", 1.0e12);
 }
 
 void tst_kxAnimPreferences::refusesRates()

@@ -14,7 +14,7 @@
 #include <QDialogButtonBox>
 #include <QMainWindow>
 #include <QPushButton>
-#include <QtTest>
+#include <kxTable.h>
 
 namespace
 {
@@ -89,14 +89,13 @@ void tst_kxAnimSettings::cleanup()
 
 void tst_kxAnimSettings::showsRate_data()
 {
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<int>("entry");
-    QTest::newRow("every frame") << -1.0 << 0;
-    QTest::newRow("film") << 24.0 << 1;
-    QTest::newRow("PAL") << 25.0 << 2;
-    QTest::newRow("NTSC") << 30.0 << 3;
-    QTest::newRow("custom") << 27.0 << 4;
-    QTest::newRow("nearly film") << 24000.0 / 1001.0 << 4;
+    kxColumns<double, int>("rate", "entry");
+    kxRow("every frame", -1.0, 0);
+    kxRow("film", 24.0, 1);
+    kxRow("PAL", 25.0, 2);
+    kxRow("NTSC", 30.0, 3);
+    kxRow("custom", 27.0, 4);
+    kxRow("nearly film", 24000.0 / 1001.0, 4);
 }
 
 void tst_kxAnimSettings::showsRate()
@@ -187,9 +186,9 @@ void tst_kxAnimSettings::openedTwice()
 void tst_kxAnimSettings::refusesRates_data()
 {
     QTest::addColumn<double>("rate");
-    QTest::newRow("none") << 0.0;
-    QTest::newRow("negative") << -25.0;
-    QTest::newRow("more than times can tell apart") << 1.0e12;
+    kxRow("none", 0.0);
+    kxRow("negative", -25.0);
+    kxRow("more than times can tell apart", 1.0e12);
 }
 
 void tst_kxAnimSettings::refusesRates()

@@ -26,7 +26,7 @@
 #include <QPushButton>
 #include <QToolBar>
 #include <QToolButton>
-#include <QtTest>
+#include <kxTable.h>
 
 #include <algorithm>
 #include <cmath>
@@ -125,9 +125,6 @@ private Q_SLOTS:
     void curveEditorMovesFrame_data();
     void curveEditorMovesFrame();
     void pasteKey();
-    void asksServices();
-    void loadsPreferences_data();
-    void loadsPreferences();
     void newSceneRestoresPreferences();
     void stopMessage();
     void settingsDialog();
@@ -177,19 +174,17 @@ void tst_kxTimeline::cleanup()
 
 void tst_kxTimeline::rangesStayOrdered_data()
 {
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<int>("value");
-    QTest::addColumn<Ranges>("expected");
-    QTest::newRow("start within") << "_start" << 10 << Ranges{10, 10, 25, 50};
-    QTest::newRow("start behind the detailed end") << "_start" << 30 << Ranges{30, 30, 31, 50};
-    QTest::newRow("start behind all") << "_start" << 60 << Ranges{60, 60, 61, 61};
-    QTest::newRow("end before the detailed end") << "_end" << 20 << Ranges{0, 0, 20, 20};
-    QTest::newRow("end before all") << "_end" << -5 << Ranges{-6, -6, -5, -5};
-    QTest::newRow("detailed start behind its end") << "_rangeStart" << 40 << Ranges{0, 40, 41, 50};
-    QTest::newRow("detailed start behind all") << "_rangeStart" << 70 << Ranges{0, 70, 71, 71};
-    QTest::newRow("detailed start before the start") << "_rangeStart" << -8 << Ranges{-8, -8, 25, 50};
-    QTest::newRow("detailed end behind the end") << "_rangeEnd" << 80 << Ranges{0, 0, 80, 80};
-    QTest::newRow("detailed end before all") << "_rangeEnd" << -3 << Ranges{-4, -4, -3, 50};
+    kxColumns<QString, int, Ranges>("field", "value", "expected");
+    kxRow("start within", "_start", 10, Ranges{10, 10, 25, 50});
+    kxRow("start behind the detailed end", "_start", 30, Ranges{30, 30, 31, 50});
+    kxRow("start behind all", "_start", 60, Ranges{60, 60, 61, 61});
+    kxRow("end before the detailed end", "_end", 20, Ranges{0, 0, 20, 20});
+    kxRow("end before all", "_end", -5, Ranges{-6, -6, -5, -5});
+    kxRow("detailed start behind its end", "_rangeStart", 40, Ranges{0, 40, 41, 50});
+    kxRow("detailed start behind all", "_rangeStart", 70, Ranges{0, 70, 71, 71});
+    kxRow("detailed start before the start", "_rangeStart", -8, Ranges{-8, -8, 25, 50});
+    kxRow("detailed end behind the end", "_rangeEnd", 80, Ranges{0, 0, 80, 80});
+    kxRow("detailed end before all", "_rangeEnd", -3, Ranges{-4, -4, -3, 50});
 }
 
 void tst_kxTimeline::rangesStayOrdered()
@@ -250,11 +245,9 @@ void tst_kxTimeline::playsAndStops()
 
 void tst_kxTimeline::playRange_data()
 {
-    QTest::addColumn<int>("hint");
-    QTest::addColumn<double>("start");
-    QTest::addColumn<double>("end");
-    QTest::newRow("detailed") << 0 << 4.0 << 25.0;
-    QTest::newRow("full") << 1 << 0.0 << 50.0;
+    kxColumns<int, double, double>("hint", "start", "end");
+    kxRow("detailed", 0, 4.0, 25.0);
+    kxRow("full", 1, 0.0, 50.0);
 }
 
 void tst_kxTimeline::playRange()
@@ -334,11 +327,10 @@ void tst_kxTimeline::followsKernel()
 
 void tst_kxTimeline::curveEditorMovesFrame_data()
 {
-    QTest::addColumn<double>("frame");
-    QTest::addColumn<int>("shown");
-    QTest::newRow("cut") << 12.75 << 12;
-    QTest::newRow("cut towards 0") << -3.5 << -3;
-    QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN() << 0;
+    kxColumns<double, int>("frame", "shown");
+    kxRow("cut", 12.75, 12);
+    kxRow("cut towards 0", -3.5, -3);
+    kxRow("no number", std::numeric_limits<double>::quiet_NaN(), 0);
 }
 
 void tst_kxTimeline::curveEditorMovesFrame()
@@ -359,55 +351,6 @@ void tst_kxTimeline::pasteKey()
     QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier);
     panel()._key->click();
     QCOMPARE(sent, (QStringList{"pasteKeys", "keyAll"}));
-}
-
-void tst_kxTimeline::asksServices()
-{
-    CameraService camera;
-    kxKernelServiceFactory::the().addService<kxCameraService>(&camera);
-    kxAnimControlGUII panel(_window.get());
-    for (QToolButton* button :
-         {panel._play, panel._playRev, panel._stop, panel._gotoStart, panel._gotoEnd, panel._prevKey, panel._nextKey})
-    {
-        const int before = camera.requests;
-        button->click();
-        QCOMPARE(camera.requests, before + 1);
-        panel._stop->click();
-    }
-    const int before = camera.requests;
-    Q_EMIT panel._timeLine->finishedSliding();
-    QCOMPARE(camera.requests, before + 1);
-}
-
-void tst_kxTimeline::loadsPreferences_data()
-{
-    QTest::addColumn<int>("speed");
-    QTest::addColumn<double>("rate");
-    QTest::newRow("every frame") << 0 << -1.0;
-    QTest::newRow("film") << 1 << 24.0;
-    QTest::newRow("PAL") << 2 << 25.0;
-    QTest::newRow("NTSC") << 3 << 30.0;
-    QTest::newRow("custom") << 4 << 59.94;
-    QTest::newRow("unknown") << 7 << 24.0;
-    QTest::newRow("negative") << -1 << 24.0;
-}
-
-void tst_kxTimeline::loadsPreferences()
-{
-    QFETCH(int, speed);
-    QFETCH(double, rate);
-    kxAnimPreferencesGUII preferences;
-    preferences.preferencesSetDefaults(true);
-    kxMessage& data = kxPreferences::getData();
-    data.set(Key::PlaybackCustomSpeed, 59.94, true);
-    data.set(Key::PlaybackSpeed, speed, true);
-    kxAnimManager::the()->setPlaybackFPS(12);
-    deliver(kxMessageId::NewScene);
-    QCOMPARE(kxAnimManager::the()->playbackFPS(), rate);
-    QCOMPARE(panel()._timeLine->fps(), rate);
-    kxAnimManager::the()->setPlaybackFPS(12);
-    preferences.preferencesApply(); // the page takes the same table
-    QCOMPARE(kxAnimManager::the()->playbackFPS(), rate);
 }
 
 void tst_kxTimeline::newSceneRestoresPreferences()
