@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QDrag>
+#include <QEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QRegExp>
@@ -260,6 +261,14 @@ std::vector<unsigned int> kxAnimTreeWidget::selectedIds() const
 QSize kxAnimTreeWidget::sizeHint() const
 {
     return QSize(100, 300);
+}
+
+bool kxAnimTreeWidget::event(QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    if (type == QEvent::ShortcutOverride || type == QEvent::KeyPress || type == QEvent::FocusOut)
+        edit(currentIndex(), DoubleClicked, nullptr); // ends the wait, and edits nothing
+    return QTreeWidget::event(event);
 }
 
 void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)

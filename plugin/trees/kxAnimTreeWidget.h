@@ -102,6 +102,9 @@ protected:
     /// True for the trees of animations and clips; a tree of channels or of structure follows by other ways.
     virtual bool listsAnimations() const;
 
+    /// A click on a selected row begins a rename after the time of a double click. A key or another widget that gets
+    /// the focus meanwhile ends that, so that no editor takes what was typed for something else.
+    bool event(QEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
