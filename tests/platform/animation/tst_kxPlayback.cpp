@@ -356,22 +356,8 @@ void tst_kxPlayback::queueIsStoppedPausedAndReset()
     manager()->reset(block, true);
     QVERIFY(!kxAnimEvaluator::the()->isPlaying(block));
     QCOMPARE(take(), QString("dequeued"));
-    // As a script plays a range, and stops.
-    block->setUsePlayRange(true);
-    block->setPlayRange(Pnt2f(2, 4));
-    f.changed(block, AnimNodeBase::UsePlayRangeFieldMask);
-    manager()->enqueue(block, true);
-    tickAt(106);
-    QCOMPARE(x(), 33.0f);
-    block->setPlaying(false);
-    f.changed(block, AnimNodeBase::PlayingFieldMask);
-    QVERIFY(!manager()->isPlaying("block"));
-    tickAt(106.5);
-    QCOMPARE(x(), 33.0f);
-    QCOMPARE(take(), QString("dequeued"));
     block->setPostCycles(-1);
-    block->setUsePlayRange(false);
-    f.changed(block, AnimNodeBase::UsePlayRangeFieldMask | AnimNodeBase::PostCyclesFieldMask);
+    f.changed(block, AnimNodeBase::PostCyclesFieldMask);
     manager()->enqueue(block, true);
     tickAt(1006.5);
     QVERIFY(manager()->isPlaying("block")); // endless

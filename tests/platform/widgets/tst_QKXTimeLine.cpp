@@ -79,12 +79,8 @@ void tst_QKXTimeLine::keys_data()
     QTest::addColumn<int>("key");
     QTest::addColumn<int>("expected");
     QTest::newRow("left") << 12 << int(Qt::Key_Left) << 11;
-    QTest::newRow("right") << 12 << int(Qt::Key_Right) << 13;
     QTest::newRow("left at the start") << -5 << int(Qt::Key_Left) << -5;
     QTest::newRow("page up is cut at the end") << 22 << int(Qt::Key_PageUp) << 25;
-    QTest::newRow("page down") << 12 << int(Qt::Key_PageDown) << 2;
-    QTest::newRow("home") << 12 << int(Qt::Key_Home) << -5;
-    QTest::newRow("end") << 12 << int(Qt::Key_End) << 25;
     QTest::newRow("from outside back into the extent") << INT_MAX << int(Qt::Key_Right) << 25;
     QTest::newRow("far below to the end") << INT_MIN << int(Qt::Key_End) << 25;
 }
