@@ -50,7 +50,6 @@ class tst_kxAnimManager : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void keyableChannels();
-    void blocksAreMadeOfChannelCurves();
     void lookUps();
     void blocksAreFoundAfterEdits();
     void tracks_data();
@@ -110,28 +109,6 @@ void tst_kxAnimManager::keyableChannels()
     QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "W") == byField);
     QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "Q") == NullFC);
     attachment->subRef();
-}
-
-void tst_kxAnimManager::blocksAreMadeOfChannelCurves()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    QVERIFY(manager()->createBlock(manager()->getAnimAttachment(object), "b") == NullFC);
-    const AnimNodePtr old = f.block("old", {});
-    for (const AnimNodePtr& node : {old, f.curve("scale", "X", {}), f.curve("scale", "Y", {{0, 1}})})
-        manager()->addAnimation(object, node);
-    const AnimAttachmentPtr attachment = manager()->getAnimAttachment(object);
-    const AnimNodePtr block = manager()->createBlock(attachment, "old");
-    QCOMPARE(QString::fromStdString(block->getNodeName()), QString("old_1"));
-    QCOMPARE(childNames(block), QStringList("scale.Y"));
-    QCOMPARE(childNames(rootOf(object)), QStringList({"old", "scale.X", "old_1"}));
-    QVERIFY(block->isActive() && !old->isActive());
-    QVERIFY(manager()->createBlock(attachment, "again") == NullFC);
-    std::vector<AnimNodePtr> animations, curves;
-    attachment->getTopLevelAnimations(animations, true);
-    attachment->getTopLevelCurveNodes(curves);
-    QCOMPARE(names(animations), QStringList({"old", "old_1"}));
-    QCOMPARE(names(curves), QStringList("scale.X"));
 }
 
 void tst_kxAnimManager::blocksAreFoundAfterEdits()

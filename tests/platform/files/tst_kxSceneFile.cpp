@@ -7,8 +7,8 @@
 
 #include <QtTest>
 
-#include <QCborStreamWriter>
-#include <QJsonArray>
+#include <QCborArray>
+#include <QCborMap>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
@@ -253,55 +253,20 @@ void tst_kxSceneFile::refusedStructures()
 {
     QFETCH(QByteArray, structures);
     QFETCH(QString, reason);
-    QByteArray bytes;
+    QCborArray containers;
+    for (const QByteArray& part : structures.split(';'))
     {
-        QCborStreamWriter out(&bytes);
-        out.startMap(3);
-        out.append(QLatin1String("classes"));
-        out.startArray(2);
-        for (const char* name : {"Node", "Group"})
-        {
-            out.startArray(2);
-            out.append(QLatin1String(name));
-            out.startArray(0);
-            out.endArray();
-            out.endArray();
-        }
-        out.endArray();
-        out.append(QLatin1String("containers"));
-        const QList<QByteArray> parts = structures.split(';');
-        out.startArray(quint64(parts.size()));
-        for (int i = 0; i < parts.size(); ++i)
-        {
-            out.startArray(3);
-            out.append(i == 3 ? 1 : 0);
-            out.startArray(0);
-            out.endArray();
-            // "{2:4,3:[2]}" is JSON but for its keys.
-            const QString json = QString::fromLatin1(parts[i]).replace(QRegularExpression("(\\d):"), "\"\\1\":");
-            const QJsonObject table = QJsonDocument::fromJson(json.toUtf8()).object();
-            out.startMap(quint64(table.size()));
-            for (auto entry = table.begin(); entry != table.end(); ++entry)
-            {
-                out.append(entry.key().toInt());
-                if (entry.value().isDouble())
-                    out.append(entry.value().toInt());
-                else
-                {
-                    out.startArray(quint64(entry.value().toArray().size()));
-                    for (const QJsonValue& number : entry.value().toArray())
-                        out.append(number.toInt());
-                    out.endArray();
-                }
-            }
-            out.endMap();
-            out.endArray();
-        }
-        out.endArray();
-        out.append(QLatin1String("root"));
-        out.append(1);
-        out.endMap();
+        // "{2:4,3:[2]}" is JSON but for its keys.
+        const QString json = QString::fromLatin1(part).replace(QRegularExpression("(\\d):"), "\"\\1\":");
+        const QJsonObject fields = QJsonDocument::fromJson(json.toUtf8()).object();
+        QCborMap table;
+        for (auto entry = fields.begin(); entry != fields.end(); ++entry)
+            table.insert(qint64(entry.key().toInt()), QCborValue::fromJsonValue(entry.value()));
+        containers.append(QCborArray{containers.size() == 3 ? 1 : 0, QCborArray(), table});
     }
+    const QCborArray classes{QCborArray{"Node", QCborArray()}, QCborArray{"Group", QCborArray()}};
+    const QByteArray bytes =
+        QCborValue(QCborMap{{"classes", classes}, {"containers", containers}, {"root", 1}}).toCbor();
     kxSceneContent content;
     kxFileReport report;
     QCOMPARE(kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report), reason.isEmpty());
