@@ -28,6 +28,8 @@ private Q_SLOTS:
     void moveAmongSiblings();
     void impossibleMovesChangeNothing();
     void copiesAreIndependent();
+    void viewsOfOneFieldComeBackExactly();
+    void deletedMaterialComesBackToItsSurfaces();
     void refusesBadValues();
 
 private:
@@ -147,6 +149,30 @@ void tst_kxSceneEdits::copiesAreIndependent()
     QCOMPARE(ofFirst.size(), std::size_t(1));
     QCOMPARE(ofSecond.size(), std::size_t(1));
     QVERIFY(ofFirst[0] != ofSecond[0]);
+}
+
+void tst_kxSceneEdits::viewsOfOneFieldComeBackExactly()
+{
+    const osg::NodePtr node = addObject("Node");
+    node->setTravMask(0x5); // hidden in a way of its own
+    const QByteArray before = bytes();
+    kxSceneEdits::setVisible({node}, true);
+    QVERIFY(node->isActive());
+    stack()->undo();
+    QCOMPARE(node->getTravMask(), 0x5u);
+    QCOMPARE(bytes(), before);
+}
+
+void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
+{
+    const osg::MaterialPtr steel = addMaterial("Steel"), glass = addMaterial("Glass");
+    const auto surface = osg::GeometryPtr::dcast(addSurface("Surface", steel)->getCore());
+    kxSceneEdits::deleteMaterials({steel});
+    QVERIFY(surface->getMaterial() == osg::NullFC);
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
+    stack()->undo();
+    QVERIFY(surface->getMaterial() == steel);
+    QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
 }
 
 void tst_kxSceneEdits::refusesBadValues()

@@ -66,6 +66,7 @@ void tst_kxSceneFile::everythingComesBack()
     QVERIFY(kxSceneIO::save(path, report));
     kxSceneIO::newScene();
     QVERIFY(nodeNamed("Body") == NullFC);
+    QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
     QVERIFY(kxSceneIO::open(path, report));
 
     const NodePtr body = nodeNamed("Body"), twin = nodeNamed("Twin");
