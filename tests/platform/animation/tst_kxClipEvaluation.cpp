@@ -75,6 +75,7 @@ class tst_kxClipEvaluation : public QObject
 private Q_SLOTS:
     void whoHoldsTheTimeWins();
     void tiesGoToTheHigherTrackThenTheLaterChild();
+    void inactiveChildrenDontCount();
     void nestedCyclesAndFlips();
     void sharedBlocksDriveEveryObject();
     void structureChangesAreSeen();
@@ -123,6 +124,23 @@ void tst_kxClipEvaluation::tiesGoToTheHigherTrackThenTheLaterChild()
         QVERIFY(shown(s, later, frame) >= 500);
         QVERIFY(shown(s, higher, frame) < 500);
     }
+}
+
+void tst_kxClipEvaluation::inactiveChildrenDontCount()
+{
+    kxAnimFixture f;
+    const Source s(100);
+    const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
+    off->setTravMask(0);
+    const AnimNodePtr clip = f.clip("clip", {on, off});
+    clip->setTravMask(0); // asked for by name, it plays all the same
+    manager()->addToClipStructure(clip);
+    QCOMPARE(shown(s, clip, 12), 112.0f);
+    manager()->setTreeActive(off, true);
+    QCOMPARE(shown(s, clip, 12), 512.0f);
+    manager()->setTreeActive(off, false);
+    manager()->setTreeActive(on, false);
+    QCOMPARE(shown(s, clip, 3), 512.0f); // nobody drives the channel: it stays
 }
 
 /// An inner clip of half speed, twice, flipped, inside a clip that begins at 10 seconds.

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void aLargeSceneEqualsANaiveEvaluation();
     void scrubbingIsPure();
     void onlyActiveAnimationsCount();
+    void laterChildrenWin();
     void whatIsStaleIsEvaluatedAndNothingElse();
     void aUsersValueStandsUntilTheFrameMoves();
     void restValuesComeBack();
@@ -136,6 +137,22 @@ void tst_kxSceneEvaluation::onlyActiveAnimationsCount()
     manager()->updateSceneAnimCurveData();
     QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(0));
     object->subRef();
+}
+
+void tst_kxSceneEvaluation::laterChildrenWin()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    manager()->addAnimation(object, f.block("one", {f.curve("translation", "X", {{0, 1}})}));
+    manager()->addAnimation(object, f.block("two", {f.curve("translation", "X", {{0, 2}})}));
+    const AnimNodePtr empty = f.curve("translation", "X", {});
+    manager()->addAnimation(object, empty);
+    manager()->setCurrentFrame(1, false, false);
+    QCOMPARE(f.transform(object)->getTranslation().x(), 2.0f); // an empty curve doesn't drive
+    f.curveOf(empty)->addPoint(Pnt2f(0, 3), Vec2f(), Vec2f(), 1, 1, true, true);
+    f.keysChanged(empty);
+    manager()->reevaluateAnimations(false);
+    QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);
 }
 
 void tst_kxSceneEvaluation::whatIsStaleIsEvaluatedAndNothingElse()
