@@ -27,7 +27,6 @@ private Q_SLOTS:
     void init();
     void cleanup() { _maker.reset(); }
     void showsWhatIsSelected();
-    void fieldsFollowTheBars();
     void fieldsEditBarsAndClip();
     void playsTheClip();
     void wrapsAtTheEnds();
@@ -84,19 +83,6 @@ void tst_kxAnimClipEditor::showsWhatIsSelected()
     tree()->expandAll();
     tree()->selectAll();
     QCOMPARE(shown()->bars().size(), 0);
-}
-
-void tst_kxAnimClipEditor::fieldsFollowTheBars()
-{
-    select(_clip);
-    shown()->bars()[1]->setSelected(true);
-    QVERIFY(_form->_start->isEnabled() && _form->_duration->isEnabled());
-    QCOMPARE(_form->_start->value(), 48.0);
-    QCOMPARE(_form->_duration->value(), 24.0);
-    shown()->bars()[1]->setPos(60, shown()->bars()[1]->pos().y());
-    QCOMPARE(_form->_start->value(), 60.0);
-    shown()->selectAll();
-    QVERIFY(_form->_start->styleSheet().contains("rgba(235, 185, 55, 175)"));
 }
 
 void tst_kxAnimClipEditor::fieldsEditBarsAndClip()

@@ -49,7 +49,6 @@ class tst_kxAnimClipSequence : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void markerKeepsItsWidthOnTheScreen();
-    void markerMovesItsNodeAlone();
     void menuActsOnTheMarkerAlone();
     void dialogListsNames();
 };
@@ -72,21 +71,6 @@ void tst_kxAnimClipSequence::markerKeepsItsWidthOnTheScreen()
                         std::abs(label->x() * scale + label->boundingRect().width() / 2) < 1.0e-6);
     }
     QVERIFY(!marker->shape().contains(QPointF(marker->rect().right() * 0.9, 2))); // beside the point
-}
-
-void tst_kxAnimClipSequence::markerMovesItsNodeAlone()
-{
-    kxClipFixture f;
-    f.scene.setSnapToGridX(true);
-    kxAnimClipSequenceItem* const marker = f.marker(2);
-    int changes = 0;
-    connect(&f.scene, &kxAnimClipScene::itemChanged, &f.scene, [&changes] { ++changes; });
-    f.drag(f.middle(marker), 10.5, 2);
-    QCOMPARE(marker->x(), 59.0);
-    QCOMPARE(marker->node()->getOffset().x(), 59 / 24.0f);
-    QCOMPARE(marker->node()->getOffset().y(), 100.0f);
-    QCOMPARE(marker->node()->getScale(), 1.0f);
-    QVERIFY(changes > 0);
 }
 
 void tst_kxAnimClipSequence::menuActsOnTheMarkerAlone()

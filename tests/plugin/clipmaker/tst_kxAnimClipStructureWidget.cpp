@@ -21,13 +21,10 @@ private Q_SLOTS:
     void newClips_data();
     void newClips();
     void newClipByMessage();
-    void menuFollowsSelection_data();
-    void menuFollowsSelection();
     void dropsOfRows_data();
     void dropsOfRows();
     void dropsOfLibrary();
     void dragsAreRefusedBelowThemselves();
-    void dragNamesRowsAndParents();
     void duplicates();
     void namesStayUnlessEdited();
     void searchIsFlat();
@@ -137,30 +134,6 @@ void tst_kxAnimClipStructureWidget::newClipByMessage()
     QVERIFY(f.tree.row("A/Clip_1") != nullptr && f.tree.row("B/Clip_2") != nullptr);
 }
 
-void tst_kxAnimClipStructureWidget::menuFollowsSelection_data()
-{
-    kxColumns<QString, QString>("selected", "disabled");
-    kxRow("nothing", "", "Copy,Paste,Duplicate,Duplicate Flipped,Delete,Rename,Information...");
-    kxRow("a clip", "A", "");
-    kxRow("a block", "B/step", "Paste");
-    kxRow("a clip and a block", "A,B/step", "Rename,Information...");
-    kxRow("blocks", "A/inner/jump,B/step", "Paste,Rename,Information...");
-}
-
-void tst_kxAnimClipStructureWidget::menuFollowsSelection()
-{
-    QFETCH(QString, selected);
-    QFETCH(QString, disabled);
-    kxClipTree f;
-    f.tree.select("A");
-    f.tree.select(selected);
-    QStringList found;
-    for (const QAction* action : f.tree.contextMenu()->actions())
-        if (!action->isEnabled() && !action->isSeparator() && action->text() != "Play" && action->text() != "Reset")
-            found.append(action->text());
-    QCOMPARE(found.join(','), disabled);
-}
-
 void tst_kxAnimClipStructureWidget::dropsOfRows_data()
 {
     // movedTo: empty = nothing changes
@@ -239,23 +212,6 @@ void tst_kxAnimClipStructureWidget::dragsAreRefusedBelowThemselves()
     QVERIFY(!takes("A/inner/jump", rows.get()));
     QVERIFY(takes("B", rows.get()));
     QVERIFY(takes("A/inner", library.get()));
-}
-
-void tst_kxAnimClipStructureWidget::dragNamesRowsAndParents()
-{
-    kxClipTree f;
-    f.tree.select("B/step,A,A/inner");
-    const std::unique_ptr<QMimeData> mime(f.tree.mimeData(f.tree.selectedItems()));
-    QCOMPARE(mime->formats(), QStringList("application/anim-clip-item"));
-    const QByteArray bytes = mime->data("application/anim-clip-item");
-    QCOMPARE(bytes.size(), 5 * 4); // "inner" goes with "A"
-    const std::vector<kxAnimLibraryPayload::Row> rows = kxAnimLibraryPayload::decode(bytes).rows;
-    const std::size_t clip = rows[0].containerId == 0 ? 0 : 1;
-    QCOMPARE(rows[clip].animationId, f.node("A")->getId());
-    QCOMPARE(rows[1 - clip].animationId, f.node("B/step")->getId());
-    QCOMPARE(rows[1 - clip].containerId, f.node("B")->getId());
-    f.tree.select("");
-    QVERIFY(f.tree.mimeData({}) == nullptr);
 }
 
 void tst_kxAnimClipStructureWidget::duplicates()

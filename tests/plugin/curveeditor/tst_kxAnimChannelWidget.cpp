@@ -28,10 +28,6 @@ void noteGraph(kxMessage&)
 {
     sent.append("updateGraphView");
 }
-void notePasted(kxMessage&)
-{
-    sent.append("pastedAnimations");
-}
 void send(const char* name)
 {
     kxMessage message;
@@ -81,7 +77,6 @@ private Q_SLOTS:
     void setsInfinityModes();
     void removesConstantCurves();
     void createsBlocks();
-    void pastes();
 
 private:
     QStringList tops() const;
@@ -572,24 +567,6 @@ void tst_kxAnimChannelWidget::createsBlocks()
     _tree->keySelected(); // the block took the curve along: the channel gets another
     QCOMPARE(keysOf(curve("scale.X", 1)).count(':'), 2);
     QCOMPARE(keysOf(kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(made.first()->getChild(0)))).count(':'), 4);
-}
-
-void tst_kxAnimChannelWidget::pastes()
-{
-    const kxOwned<osg::AnimNode> copied(
-        kxAnimFixture::block("move", {kxAnimFixture::curve("scale", "X", {{0, 2}, {1, 3}})}));
-    kxAnimManager::the()->copy(copied.get(), osg::FieldContainerPtr());
-    kxController::addCB(kxMessageName::PastedAnimations, notePasted);
-    _tree->rebuildFromNode(_first);
-    _tree->topLevelItem(0)->setSelected(true);
-    _tree->paste();
-    action("Paste Clone")->trigger();
-    kxController::subCB(kxMessageName::PastedAnimations, notePasted);
-    QCOMPARE(sent, QStringList({"pastedAnimations", "pastedAnimations"}));
-    std::vector<osg::AnimNodePtr> blocks;
-    kxAnimManager::the()->getAnimAttachment(_first)->getTopLevelAnimations(blocks, true);
-    QCOMPARE(blocks.size(), std::size_t(2));
-    QCOMPARE(tops(), QStringList("a/13")); // blocks are not among the channels
 }
 
 QTEST_MAIN(tst_kxAnimChannelWidget)

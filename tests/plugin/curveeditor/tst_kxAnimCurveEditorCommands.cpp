@@ -53,35 +53,14 @@ private Q_SLOTS:
     void init() { _editor = std::make_unique<kxCurveEditorFixture>(); }
     void cleanup() { _editor.reset(); }
 
-    void fieldsShowTheLastSelectedKey();
     void fieldsMoveKeysAsOneStep();
     void refusedInputMovesNothing();
-    void infinityModesGoToSelectedBlocks();
     void copyAndPasteGoByFocus();
     void stateThatCannotBeSeenIsSaid();
 
 private:
     std::unique_ptr<kxCurveEditorFixture> _editor;
 };
-
-void tst_kxAnimCurveEditorCommands::fieldsShowTheLastSelectedKey()
-{
-    _editor->show();
-    _editor->select({_editor->animated("Box", {{0, 1}, {1, 5}, {2, -3.5f}})});
-    kxAnimGraphCurve* const curve = _editor->curves().front();
-    QVERIFY(!_editor->form->_frame->isEnabled());
-    curve->point(1)->setSelected(true);
-    QVERIFY(_editor->form->_frame->isEnabled() && _editor->form->_valueLabel->isEnabled());
-    QCOMPARE(_editor->form->_frame->value(), 24.0);
-    QCOMPARE(_editor->form->_value->value(), 5.0);
-    QVERIFY(_editor->form->_frame->styleSheet().isEmpty());
-    curve->point(2)->setSelected(true);
-    QVERIFY(_editor->form->_value->styleSheet().contains("rgba(235, 185, 55, 175)"));
-    _editor->graph->scene()->clearSelection();
-    QVERIFY(!_editor->form->_value->isEnabled());
-    QCOMPARE(_editor->form->_value->value(), 0.0);
-    QVERIFY(_editor->form->_value->styleSheet().isEmpty());
-}
 
 void tst_kxAnimCurveEditorCommands::fieldsMoveKeysAsOneStep()
 {
@@ -116,29 +95,6 @@ void tst_kxAnimCurveEditorCommands::refusedInputMovesNothing()
     QVERIFY(_editor->form->statusbar->currentMessage().contains("No key was changed"));
     QCOMPARE(steps(), before);
     QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}}));
-}
-
-void tst_kxAnimCurveEditorCommands::infinityModesGoToSelectedBlocks()
-{
-    _editor->show();
-    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1, 5}}, "Move");
-    const osg::AnimNodePtr block = kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Move");
-    QVERIFY(block != osg::NullFC);
-    const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(osg::AnimNodePtr::dcast(block->getChild(0)));
-    _editor->library->rebuild(true);
-    const auto chooseModes = [&]
-    {
-        entry(menuOf(*_editor, "Pre Infinity Mode"), "Oscillate")->trigger();
-        entry(menuOf(*_editor, "Post Infinity Mode"), "Loop with Offset")->trigger();
-    };
-    _editor->library->selectItemsForNodes({box});
-    chooseModes(); // an object, no block
-    QCOMPARE(curve->getPreInfinityMode(), osg::UInt32(osg::InfinityMode::Constant));
-    _editor->library->clearSelection();
-    _editor->library->findItem(block)->setSelected(true);
-    chooseModes();
-    QCOMPARE(curve->getPreInfinityMode(), osg::UInt32(osg::InfinityMode::Oscillate));
-    QCOMPARE(curve->getPostInfinityMode(), osg::UInt32(osg::InfinityMode::LoopWithOffset));
 }
 
 void tst_kxAnimCurveEditorCommands::copyAndPasteGoByFocus()

@@ -63,17 +63,12 @@ private Q_SLOTS:
     void rubberBand();
     void pan_data();
     void pan();
-    void dragZoom_data();
-    void dragZoom();
-    void wheel();
     void zoomOutEnds();
     void frame();
     void frameOfOneValue();
     void doubleClicks();
-    void deleteKeys();
     void copyAndPaste();
     void pasteWithoutTarget();
-    void tangentTypes();
     void badTangents();
     void timeItem();
     void messagesOnRelease();
@@ -328,59 +323,6 @@ void tst_kxAnimGraphView::pan()
     QVERIFY(graph.point(0, 1)->isSelected()); // events reach the items again
 }
 
-void tst_kxAnimGraphView::dragZoom_data()
-{
-    // factor: of one step
-    kxColumns<QPoint, int, QPointF>("step", "held", "factor");
-    const double in = 1.05, out = 1 / 1.05;
-    kxRow("down zooms in", QPoint(0, 3), 0, QPointF(in, in));
-    kxRow("up zooms out", QPoint(0, -3), 0, QPointF(out, out));
-    kxRow("level zooms out", QPoint(5, 0), 0, QPointF(out, out));
-    kxRow("X held", QPoint(0, 3), int(Qt::Key_X), QPointF(in, 1));
-    kxRow("Y held", QPoint(0, 3), int(Qt::Key_Y), QPointF(1, in));
-}
-void tst_kxAnimGraphView::dragZoom()
-{
-    QFETCH(QPoint, step);
-    QFETCH(int, held);
-    QFETCH(QPointF, factor);
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}}});
-    if (held != 0)
-        graph.press(held);
-    const QPoint at(470, 90);
-    const QPointF under = graph.view.mapToScene(at);
-    kxSendMouse(graph.port(), QEvent::MouseButtonPress, at, Qt::RightButton, Qt::RightButton);
-    for (int i = 1; i <= 10; ++i)
-        kxSendMouse(graph.port(), QEvent::MouseMove, at + i * step, Qt::NoButton, Qt::RightButton);
-    kxSendMouse(graph.port(), QEvent::MouseButtonRelease, at + 10 * step, Qt::RightButton, Qt::NoButton);
-    QCOMPARE(graph.view.transform().m11(), 10 * std::pow(factor.x(), 10));
-    QCOMPARE(graph.view.transform().m22(), -20 * std::pow(factor.y(), 10));
-    QVERIFY(isNear(graph.view.mapFromScene(under), at, 3));
-    const QRectF square = kxAnimGraphPoint::square().normalized();
-    QCOMPARE(square.width() * graph.view.transform().m11(), 6.0);
-    QCOMPARE(square.height() * -graph.view.transform().m22(), 6.0);
-}
-
-void tst_kxAnimGraphView::wheel()
-{
-    kxGraphFixture graph;
-    const QPoint at(120, 330);
-    const auto turn = [&](int delta, Qt::MouseButtons held)
-    {
-        QWheelEvent event(at, graph.port()->mapToGlobal(at), QPoint(), QPoint(0, delta), held, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(graph.port(), &event);
-        return graph.view.transform().m11();
-    };
-    const QPointF under = graph.view.mapToScene(at);
-    QCOMPARE(turn(120, Qt::NoButton), 11.5);
-    QVERIFY(isNear(graph.view.mapFromScene(under), at, 2));
-    QCOMPARE(turn(120, Qt::LeftButton), 11.5);
-    QCOMPARE(turn(-120, Qt::NoButton), 10.0);
-    QCOMPARE(turn(0, Qt::NoButton), 10 / 1.15);
-}
-
 void tst_kxAnimGraphView::zoomOutEnds()
 {
     kxGraphFixture graph;
@@ -435,29 +377,6 @@ void tst_kxAnimGraphView::doubleClicks()
     QVERIFY(isNear(graph.at(QPointF(5, 1)), QPoint(300, 200), 3));
 }
 
-void tst_kxAnimGraphView::deleteKeys()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 4}, {30, 1}}, {{5, 0}, {15, 1}}});
-    QSignalSpy deletions(&graph.view, &kxAnimGraphView::controlPointsDeleted);
-    Heard<0> bars(kxMessageName::UpdateClipScene);
-    graph.point(0, 1)->setSelected(true);
-    graph.point(0, 3)->setSelected(true);
-    graph.point(1, 0)->setSelected(true);
-    graph.press(Qt::Key_Delete);
-    QCOMPARE(deletions.count(), 1);
-    QCOMPARE(bars.count, 1);
-    QCOMPARE(graph.scene()->curves()[0]->points().size(), 2);
-    QCOMPARE(graph.place(0, 1), QPointF(20, 4));
-    QCOMPARE(graph.place(1, 0), QPointF(15, 1));
-    QCOMPARE(graph.scene()->selectedItems().size(), 0);
-    QCOMPARE(graph.stack()->count(), 1);
-    graph.stack()->undo();
-    QCOMPARE(graph.place(0, 3), QPointF(30, 1));
-    graph.press(Qt::Key_Delete); // nothing is selected
-    QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(4));
-}
-
 void tst_kxAnimGraphView::copyAndPaste()
 {
     kxGraphFixture graph;
@@ -495,29 +414,6 @@ void tst_kxAnimGraphView::pasteWithoutTarget()
     kxAnimManager::the()->setCurrentFrame(48, true, false);
     graph.scene()->pasteKeys();
     QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(2));
-}
-
-void tst_kxAnimGraphView::tangentTypes()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
-    graph.view.setTangentType(2);
-    QCOMPARE(graph.stack()->count(), 0); // no key is selected
-    graph.point(0, 1)->setSelected(true);
-    graph.view.setTangentType(2);
-    QCOMPARE(graph.key(0, 1).inType, 2u);
-    QCOMPARE(graph.key(0, 1).outType, 2u);
-    QCOMPARE(graph.point(0, 1)->outTangentPos().y(), 0.0);
-    QVERIFY(graph.point(0, 1)->outTangentItem()->isVisible());
-    graph.view.setTangentType(0);
-    QCOMPARE(graph.key(0, 1).inType, 2u);
-    QCOMPARE(graph.key(0, 1).outType, 0u);
-    QCOMPARE(graph.point(0, 2)->inTangentPos(), QPointF(0, 0)); // the segment is a step
-    QVERIFY(!graph.point(0, 1)->outTangentItem()->isVisible());
-    QVERIFY(graph.point(0, 1)->isSelected());
-    QCOMPARE(graph.stack()->count(), 2);
-    graph.stack()->setIndex(0);
-    QCOMPARE(graph.key(0, 1).outType, 1u);
 }
 
 void tst_kxAnimGraphView::badTangents()

@@ -2,7 +2,6 @@
 #include <kxSendMouse.h>
 
 #include <QGraphicsScene>
-#include <QGraphicsSceneHoverEvent>
 #include <QGraphicsView>
 #include <QtTest>
 
@@ -21,22 +20,11 @@ private Q_SLOTS:
 
 private:
     QPoint at(double frame) const { return _view->mapFromScene(QPointF(frame, 0)); }
-    QColor middle() const { return _item->brush().gradient()->stops().at(2).second; }
-    void hover(QEvent::Type type)
-    {
-        QGraphicsSceneHoverEvent event(type);
-        _scene->sendEvent(_item, &event);
-    }
 
     std::unique_ptr<QGraphicsScene> _scene;
     std::unique_ptr<QGraphicsView> _view;
     kxAnimTimeItem* _item = nullptr;
 };
-
-namespace
-{
-const QColor White(240, 240, 240), Orange(244, 133, 22);
-}
 
 void tst_kxAnimTimeItem::init()
 {

@@ -4,19 +4,15 @@
 #include <curveeditor/kxAnimCurveUndoCommand.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
-#include <kxSendMouse.h>
 #include <trees/kxAnimTreeWidget.h>
 
 #include <kxAnimManager.h>
-#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 
-#include <QUndoStack>
 #include <kxTable.h>
 
 #include <limits>
 #include <memory>
-#include <random>
 
 namespace
 {
@@ -64,28 +60,6 @@ void verifyThereAndBack(QUndoCommand& command, const osg::AnimCurvePtr& curve, c
     }
 }
 
-float roundingOf(float value)
-{
-    return 1e-5f * std::max(1.0f, std::abs(value));
-}
-
-void compareKeys(const Keys& actual, const Keys& expected)
-{
-    QCOMPARE(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i)
-    {
-        const osg::CCPnt &a = actual[i], &e = expected[i];
-        QCOMPARE(a.inType, e.inType);
-        QCOMPARE(a.outType, e.outType);
-        const float values[][2] = {{a.x(), e.x()},     {a.y(), e.y()},       {a.inX(), e.inX()},
-                                   {a.inY(), e.inY()}, {a.outX(), e.outX()}, {a.outY(), e.outY()}};
-        for (const auto& value : values)
-            QVERIFY2(
-                std::abs(value[0] - value[1]) <= roundingOf(value[1]),
-                qPrintable(QString("key %1: %2 is not %3").arg(i).arg(value[0], 0, 'g', 9).arg(value[1], 0, 'g', 9)));
-    }
-}
-
 /// Counts how often a list of animations is built anew.
 class CountingTree : public kxAnimTreeWidget
 {
@@ -109,7 +83,6 @@ private Q_SLOTS:
     void tangentMovesMerge();
     void moveIsRefused_data();
     void moveIsRefused();
-    void dragIsOneStep();
     void deletes_data();
     void deletes();
     void adds_data();
@@ -118,8 +91,6 @@ private Q_SLOTS:
     void curveDiesUnderItsCommands();
     void trashComesBackInPlace();
     void trashFreesOnce();
-    void walk_data();
-    void walk();
 };
 
 void tst_kxAnimUndoCommands::typeChangesComeBack()
@@ -207,37 +178,6 @@ void tst_kxAnimUndoCommands::moveIsRefused()
         command->undo();
         QCOMPARE(textOf(curve), start);
     }
-}
-
-void tst_kxAnimUndoCommands::dragIsOneStep()
-{
-    const kxOwned<osg::AnimCurve> curve(makeCurve(4));
-    const Keys start = keysOf(curve);
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    const int steps = stack->count();
-    QWidget canvas;
-    for (int drag = 0; drag < 2; ++drag)
-    {
-        kxPress(&canvas, {1, 1});
-        for (int i = 0; i < 10; ++i)
-        {
-            Keys keys = keysOf(curve);
-            keys[1].setX(keys[1].x() + 0.37f); // passes the keys behind it
-            keys[1].setY(keys[1].y() * 1.5f + 1);
-            std::stable_sort(keys.begin(), keys.end(),
-                             [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); });
-            kxUndoStack::get(0).add(new kxAnimCurveUndoCommand(curve, keys));
-        }
-        kxRelease(&canvas, {1, 1});
-    }
-    QCOMPARE(stack->count(), steps + 2);
-    const Keys end = keysOf(curve);
-    stack->undo();
-    stack->undo();
-    compareKeys(keysOf(curve), start);
-    stack->redo();
-    stack->redo();
-    compareKeys(keysOf(curve), end);
 }
 
 void tst_kxAnimUndoCommands::deletes_data()
@@ -401,149 +341,6 @@ void tst_kxAnimUndoCommands::trashFreesOnce()
     }
     for (const unsigned int id : ids)
         QVERIFY(kxNodePtr::toNode(id) == osg::NullFC);
-}
-
-void tst_kxAnimUndoCommands::walk_data()
-{
-    QTest::addColumn<unsigned int>("seed");
-    for (unsigned int seed = 1; seed <= 20; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-namespace
-{
-/// Random edits of some curves and of the tree that they stand in.
-class Walk
-{
-public:
-    explicit Walk(unsigned int seed) : _random(seed), _object(osg::Node::create())
-    {
-        _object->setCore(osg::Group::create());
-        for (unsigned int i = 0; i < 3; ++i)
-        {
-            const osg::AnimNodePtr node = osg::AnimNodeBase::create();
-            node->setCore(makeCurve(4 + 3 * i));
-            kxAnimManager::the()->addAnimation(_object.get(), node);
-            _curves.push_back(node->getCore().getFieldContainerId());
-        }
-    }
-
-    osg::AnimCurvePtr curve(std::size_t index) const
-    {
-        return osg::FieldContainerFactory::the()->get<osg::AnimCurve>(_curves[index]);
-    }
-    std::vector<Keys> keys() const
-    {
-        std::vector<Keys> all;
-        for (std::size_t i = 0; i < _curves.size(); ++i)
-            all.push_back(keysOf(curve(i)));
-        return all;
-    }
-    std::vector<unsigned int> animations() const { return animationIds(_object); }
-
-    void step()
-    {
-        const osg::AnimCurvePtr target = curve(below(3));
-        const unsigned int size = target->getControlPoints().getSize();
-        switch (size == 0 ? 2 : below(20))
-        {
-        case 0:
-        case 1:
-            if (!animations().empty())
-                add(new kxTrashAnimationUndoCommand(
-                    {kxNodePtr::toNode(animations()[below(unsigned(animations().size()))])}));
-            break;
-        case 2:
-        case 3:
-        case 4:
-        case 5:
-            add(new kxAddAnimKeyUndoCommand(target, newKeys(target)));
-            break;
-        case 6:
-        case 7:
-        case 8:
-            add(new kxAddAnimKeyUndoCommand(target, std::vector<unsigned int>{below(size), below(size), below(size)}));
-            break;
-        case 9:
-        case 10:
-        case 11:
-            add(new kxAnimTangentUndoCommand(target, below(size), below(2) == 0,
-                                             osg::Vec2f(number(0, 1), number(-2, 2))));
-            break;
-        case 12:
-        case 13:
-        case 14:
-        case 15:
-            add(new kxAnimTangentUndoCommand(target, below(size), below(2) == 0, below(6)));
-            break;
-        default:
-            add(new kxAnimCurveUndoCommand(target, movedKeys(target)));
-        }
-    }
-
-private:
-    unsigned int below(unsigned int limit) { return unsigned(_random() % limit); }
-    float number(float low, float high) { return low + (high - low) * float(_random() % 10000) / 10000.0f; }
-    void add(kxUndoCommand* command) { kxUndoStack::get(0).add(command); }
-
-    Keys newKeys(const osg::AnimCurvePtr& curve)
-    {
-        Keys added;
-        for (unsigned int i = below(3) + 1; i > 0; --i)
-            added.push_back(osg::CCPnt({number(-5, 20), number(-10, 10)}, {}, {}, below(6), below(6)));
-        if (!curve->isEmpty() && below(2) == 0) // at the time of a key that is there
-            added.front().setX(curve->getControlPoints(below(curve->getControlPoints().getSize())).x());
-        return added;
-    }
-
-    /// Some keys moved, in order, with the tangents that the editor would compute.
-    Keys movedKeys(const osg::AnimCurvePtr& curve)
-    {
-        const kxOwned<osg::AnimCurve> scratch(osg::AnimCurveBase::create());
-        Keys keys = keysOf(curve);
-        for (osg::CCPnt& key : keys)
-            if (below(3) == 0)
-                key.setPoint({key.x() + number(-3, 3), key.y() + number(-5, 5)});
-        std::stable_sort(keys.begin(), keys.end(),
-                         [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); });
-        for (const osg::CCPnt& key : keys)
-            scratch->addControlPoint(key, false, true);
-        return keysOf(scratch);
-    }
-
-    std::mt19937 _random;
-    kxOwned<osg::Node> _object;
-    std::vector<unsigned int> _curves;
-};
-} // namespace
-
-void tst_kxAnimUndoCommands::walk()
-{
-    QFETCH(unsigned int, seed);
-    Walk walk(seed);
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    stack->clear();
-    const std::vector<Keys> start = walk.keys();
-    const std::vector<unsigned int> startAnimations = walk.animations();
-    for (int i = 0; i < 60; ++i)
-        walk.step();
-    const std::vector<Keys> end = walk.keys();
-    const std::vector<unsigned int> endAnimations = walk.animations();
-    for (int round = 0; round < 2; ++round)
-    {
-        stack->setIndex(0);
-        QCOMPARE(walk.animations(), startAnimations);
-        for (std::size_t i = 0; i < start.size(); ++i)
-            compareKeys(walk.keys()[i], start[i]);
-        stack->setIndex(stack->count());
-        QCOMPARE(walk.animations(), endAnimations);
-        for (std::size_t i = 0; i < end.size(); ++i)
-            compareKeys(walk.keys()[i], end[i]);
-    }
-    for (const Keys& keys : end)
-        QVERIFY(std::is_sorted(keys.begin(), keys.end(),
-                               [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); }));
-    stack->clear();
 }
 
 QTEST_MAIN(tst_kxAnimUndoCommands)

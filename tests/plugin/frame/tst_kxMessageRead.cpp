@@ -1,53 +1,14 @@
-#include "kxOwned.h"
-
 #include <frame/kxMessageRead.h>
 #include <kxCapturedStderr.h>
 
-#include <kxAnimRecords.h>
-
 #include <QtTest>
-
-#include <set>
 
 class tst_kxMessageRead : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void readsEachType();
     void mismatchIsReported();
 };
-
-namespace
-{
-template <class T>
-bool comesThrough(const T& value)
-{
-    kxMessage message;
-    message.set("key", value, true);
-    T out{};
-    return getFromMessage(message, "key", out) && out == value;
-}
-} // namespace
-
-void tst_kxMessageRead::readsEachType()
-{
-    const kxCapturedStderr silent;
-    int pointee = 0;
-    const kxOwned<osg::Node> node(osg::Node::create());
-    const kxOwned<osg::AnimNode> animation(osg::AnimNodeBase::create());
-    QVERIFY(comesThrough(true));
-    QVERIFY(comesThrough(-7));
-    QVERIFY(comesThrough(7u));
-    QVERIFY(comesThrough(0.5));
-    QVERIFY(comesThrough(std::string("text")));
-    QVERIFY(comesThrough(static_cast<void*>(&pointee)));
-    QVERIFY(comesThrough(node.get()));
-    QVERIFY(comesThrough(animation.get()));
-    QVERIFY(comesThrough(std::vector<osg::NodePtr>{node}));
-    QVERIFY(comesThrough(std::vector<osg::AnimNodePtr>{animation, animation}));
-    QVERIFY(comesThrough(std::vector<osg::MaterialPtr>{osg::MaterialPtr()}));
-    QVERIFY(comesThrough(std::set<QString>{"a", "b"}));
-}
 
 void tst_kxMessageRead::mismatchIsReported()
 {

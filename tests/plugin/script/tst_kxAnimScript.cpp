@@ -228,15 +228,6 @@ void tst_kxAnimScript::calls_data()
                                  "assert addVisibleControlPoints(thing, range(3), [True, 0, 1.0])");
     row("lists", "assert 'clip' in getAnimClips() and clip in getAnimClipNodes()\n"
                  "assert getAnimBlocks(False) == ['block'] and len(getAnimBlockNodes(True)) == 2");
-    row("found and not found", "assert findAnimClip('clip') == clip and type(findAnimClip('clip')) is kxNodePtr\n"
-                               "assert findAnimBlock('block') == block\n"
-                               "assert findAnimClip('').isNull() and findAnimBlock('clip').isNull()");
-    row("trash", "assert trashAnimation(clip) and findAnimClip('clip').isNull()\n"
-                 "assert trashAnimations([block, curve])\n"
-                 "assert restoreAnimation(clip) is False and restoreAnimations([clip]) is False\n"
-                 "assert trashAnimations([]) is False and trashAnimation(None) is False");
-    row("own child", "inner = createAnimClip('inner', clip)\nassert addToAnimClip(inner, clip, 0) is False\n"
-                     "assert addToAnimClip(clip, inner, 0) is True");
 }
 
 void tst_kxAnimScript::calls()

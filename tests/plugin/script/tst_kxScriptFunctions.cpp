@@ -38,38 +38,6 @@ void noteRefresh()
     ++refreshed;
 }
 
-enum Core
-{
-    None,
-    Transform,
-    Geometry,
-    Switch,
-    Group
-};
-
-osg::NodePtr objectWith(int core)
-{
-    const osg::NodePtr node = kxAnimFixture::object();
-    switch (core)
-    {
-    case None:
-        node->setCore(osg::NodeCorePtr());
-        break;
-    case Transform:
-        break;
-    case Geometry:
-        node->setCore(osg::Geometry::create());
-        break;
-    case Switch:
-        node->setCore(osg::Switch::create());
-        break;
-    case Group:
-        node->setCore(osg::Group::create());
-        break;
-    }
-    return node;
-}
-
 /// "translation.X" and so on, in the order of the attachment; empty where there is none.
 QStringList curveNames(const osg::NodePtr& node)
 {
@@ -178,25 +146,31 @@ void tst_kxScriptFunctions::init()
     pasted = refreshed = 0;
 }
 
+typedef osg::NodeCorePtr (*MakeCore)();
+Q_DECLARE_METATYPE(MakeCore)
+
 void tst_kxScriptFunctions::refusedKeys_data()
 {
-    kxColumns<int, bool, bool, bool>("core", "placed", "visible", "choice");
-    kxRow("no core", int(None), false, false, false);
-    kxRow("transform", int(Transform), true, true, false);
-    kxRow("geometry", int(Geometry), true, true, false);
-    kxRow("switch", int(Switch), true, true, true); // is a transform too
-    kxRow("group", int(Group), false, true, false);
+    kxColumns<MakeCore, bool, bool, bool>("makeCore", "placed", "visible", "choice");
+    const auto row = [](const char* name, bool placed, bool visible, bool choice, MakeCore makeCore)
+    { kxRow(name, makeCore, placed, visible, choice); };
+    row("no core", false, false, false, [] { return osg::NodeCorePtr(); });
+    row("transform", true, true, false, [] { return osg::NodeCorePtr(osg::Transform::create()); });
+    row("geometry", true, true, false, [] { return osg::NodeCorePtr(osg::Geometry::create()); });
+    row("switch, a transform too", true, true, true, [] { return osg::NodeCorePtr(osg::Switch::create()); });
+    row("group", false, true, false, [] { return osg::NodeCorePtr(osg::Group::create()); });
 }
 
 void tst_kxScriptFunctions::refusedKeys()
 {
-    QFETCH(int, core);
+    QFETCH(MakeCore, makeCore);
     QFETCH(bool, placed);
     QFETCH(bool, visible);
     QFETCH(bool, choice);
     const Floats times = {0, 1, 2};
     const Vectors two(2), three(3);
-    const osg::NodePtr node = objectWith(core);
+    const osg::NodePtr node = kxAnimFixture::object();
+    node->setCore(makeCore());
     QVERIFY(!kxScriptKeys::addTranslations(node, times, two, true));
     QVERIFY(!kxScriptKeys::addRotations(node, {}, {}));
     QVERIFY(!kxScriptKeys::addVisible(node, times, {1}));

@@ -46,8 +46,6 @@ private Q_SLOTS:
     void untouchedDialogKeepsAll();
     void cancelChangesNothing();
     void openedTwice();
-    void refusesRates_data();
-    void refusesRates();
     void opensPreferences();
 
 private:
@@ -181,30 +179,6 @@ void tst_kxAnimSettings::openedTwice()
     QCOMPARE(&opened(), &dialog);
     QCOMPARE(dialog._fps->value(), 24.0); // what wasn't accepted is lost
     QCOMPARE(dialog._fullRangeEnd->value(), 90);
-}
-
-void tst_kxAnimSettings::refusesRates_data()
-{
-    QTest::addColumn<double>("rate");
-    kxRow("none", 0.0);
-    kxRow("negative", -25.0);
-    kxRow("more than times can tell apart", 1.0e12);
-}
-
-void tst_kxAnimSettings::refusesRates()
-{
-    QFETCH(double, rate);
-    kxAnimSettings& dialog = opened();
-    dialog._fps->setValue(rate);
-    dialog._speed->setCurrentIndex(4);
-    dialog._customSpeed->setValue(rate);
-    dialog._fullRangeEnd->setValue(60);
-    const kxCapturedStderr silent;
-    press(dialog, QDialogButtonBox::Ok);
-    QCOMPARE(kxAnimManager::the()->fps(), 24.0);
-    QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
-    QCOMPARE(kxAnimManager::the()->fullRangeEnd(), 60); // the rest is taken
-    QCOMPARE(opened()._fps->value(), 24.0);
 }
 
 void tst_kxAnimSettings::opensPreferences()

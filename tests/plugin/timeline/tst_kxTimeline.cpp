@@ -122,7 +122,6 @@ private Q_SLOTS:
     void playRange();
     void walksKeys();
     void followsKernel();
-    void curveEditorMovesFrame_data();
     void curveEditorMovesFrame();
     void pasteKey();
     void newSceneRestoresPreferences();
@@ -325,22 +324,17 @@ void tst_kxTimeline::followsKernel()
     QCOMPARE(kxAnimManager::the()->playbackContextHint(), 0);
 }
 
-void tst_kxTimeline::curveEditorMovesFrame_data()
-{
-    kxColumns<double, int>("frame", "shown");
-    kxRow("cut", 12.75, 12);
-    kxRow("cut towards 0", -3.5, -3);
-    kxRow("no number", std::numeric_limits<double>::quiet_NaN(), 0);
-}
-
 void tst_kxTimeline::curveEditorMovesFrame()
 {
-    QFETCH(double, frame);
-    QFETCH(int, shown);
-    send(kxMessageName::FrameChangedCurveEditor, "frame", frame);
-    QCOMPARE(panel()._current->value(), shown);
-    QCOMPARE(panel()._timeLine->currentFrame(), shown);
-    QCOMPARE(kxAnimManager::the()->currentFrame(), std::isnan(frame) ? 0.0 : frame);
+    // What is shown is cut towards 0; what is no number moves nothing.
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const auto& [frame, shown, current] : {std::make_tuple(12.75, 12, 12.75), {-3.5, -3, -3.5}, {nan, -3, -3.5}})
+    {
+        send(kxMessageName::FrameChangedCurveEditor, "frame", frame);
+        QCOMPARE(panel()._current->value(), shown);
+        QCOMPARE(panel()._timeLine->currentFrame(), shown);
+        QCOMPARE(kxAnimManager::the()->currentFrame(), current);
+    }
 }
 
 void tst_kxTimeline::pasteKey()

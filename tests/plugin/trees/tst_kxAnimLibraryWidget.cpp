@@ -41,13 +41,9 @@ private Q_SLOTS:
     void refusesDropsOnWhatIsDragged();
     void groupsTheSelection();
     void groupOfNothing();
-    void makesBlocks();
     void findsAndSelects();
     void selectsInTheScene();
-    void expandsToDepth_data();
-    void expandsToDepth();
     void blursWhatIsBelow();
-    void searchShowsPlainRows();
 
 private:
     std::unique_ptr<kxAnimFixture> _scene;
@@ -270,22 +266,6 @@ void tst_kxAnimLibraryWidget::groupOfNothing()
     QVERIFY(_library->row("Group/car/drive") != nullptr);
 }
 
-void tst_kxAnimLibraryWidget::makesBlocks()
-{
-    _library->select("car,small/door,paint/fade,small");
-    _library->createBlocksForSelected();
-    QCOMPARE(_library->selectedItems().size(), 1);
-    QCOMPARE(_library->selectedItems().front(), static_cast<QTreeWidgetItem*>(_library->row("car/car")));
-
-    kernel()->addAnimation(_paint, kxAnimFixture::curve("baseColor", "R", {{0.0f, 0.5f}}));
-    kernel()->addAnimation(_door, kxAnimFixture::curve("rotation", "X", {{0.0f, 0.5f}}));
-    _library->rebuild();
-    _library->select("paint,small/door");
-    _library->createBlocksForSelected();
-    QVERIFY(_library->row("paint/paint") != nullptr && _library->row("small/door/door") != nullptr);
-    QCOMPARE(_library->selectedItems().size(), 0);
-}
-
 void tst_kxAnimLibraryWidget::findsAndSelects()
 {
     QCOMPARE(_library->findItem(_open), _library->row("small/door/open"));
@@ -358,36 +338,6 @@ void tst_kxAnimLibraryWidget::selectsInTheScene()
     kxHostHooks::the().scrollToNode = nullptr;
 }
 
-void tst_kxAnimLibraryWidget::expandsToDepth_data()
-{
-    kxColumns<QString, int, QStringList>("selected", "depth", "expanded");
-
-    kxRow("nothing", "", -1, QStringList());
-    kxRow("top level", "", 0, QStringList{"car", "glass", "paint", "round", "small"});
-    kxRow("one below", "", 1,
-          QStringList{"car", "drive", "glass", "paint", "round", "wheel", "small", "door", "wheel"});
-    kxRow("selection closed", "car", -1, QStringList{"glass", "paint", "round", "wheel", "small", "door", "wheel"});
-    kxRow("selection by its own depth", "small/door,car", 0,
-          QStringList{"car", "glass", "paint", "round", "wheel", "small", "wheel"});
-}
-
-void tst_kxAnimLibraryWidget::expandsToDepth()
-{
-    QFETCH(QString, selected);
-    QFETCH(int, depth);
-    if (!selected.isEmpty())
-        _library->select(selected);
-    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
-    _library->expandToDepth(depth);
-    QStringList expanded;
-    for (QTreeWidgetItemIterator it(_library.get()); *it != nullptr; ++it)
-        if ((*it)->isExpanded() && (*it)->childCount() > 0)
-            expanded.append((*it)->text(0));
-    QTEST(expanded, "expanded");
-    QCOMPARE(changes.count(), 0);
-    QVERIFY(_library->isAnimated() && _library->updatesEnabled());
-}
-
 void tst_kxAnimLibraryWidget::blursWhatIsBelow()
 {
     _library->resize(200, 400);
@@ -422,21 +372,6 @@ void tst_kxAnimLibraryWidget::blursWhatIsBelow()
     _library->select("car,paint");
     open("car");
     QVERIFY(!save->isEnabled());
-}
-
-void tst_kxAnimLibraryWidget::searchShowsPlainRows()
-{
-    _library->search("o");
-    QCOMPARE(_library->dump(), QStringList({"open", "roll"}));
-    // A hit stands alone: its object isn't carried.
-    _library->select("open");
-    QCOMPARE(_library->payload().rows.front().containerId, 0u);
-    _library->search("nowhere");
-    QCOMPARE(_library->topLevelItemCount(), 0);
-    _library->rebuild();
-    QVERIFY(_library->row("car/drive") != nullptr);
-    _library->search("");
-    QVERIFY(_library->row("car/drive") != nullptr);
 }
 
 QTEST_MAIN(tst_kxAnimLibraryWidget)

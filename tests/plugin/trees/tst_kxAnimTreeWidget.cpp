@@ -84,7 +84,6 @@ private Q_SLOTS:
     void cutAndPaste();
     void pasteOverNestedRows();
     void clonesAndUnshares();
-    void duplicateIsTheOnlyActive();
     void checkStatesFollow();
     void clickThatRenamesWaits();
 
@@ -344,22 +343,6 @@ void tst_kxAnimTreeWidget::clonesAndUnshares()
     _tree->call("clone");
     QCOMPARE(_tree->rebuilds, rebuilds + 1);
     QCOMPARE(_tree->row("Ball")->childCount(), 3);
-}
-
-void tst_kxAnimTreeWidget::duplicateIsTheOnlyActive()
-{
-    _tree->select("Box/Walk");
-    _tree->call("duplicate");
-    kxAnimTreeWidgetItem* const box = _tree->row("Box");
-    QCOMPARE(box->childCount(), 2);
-    const osg::AnimNodePtr copy = static_cast<kxAnimTreeWidgetItem*>(box->child(1))->animNode();
-    QVERIFY(copy->getCore() != _walk->getCore());
-    QVERIFY(copy->isActive() && !_walk->isActive());
-    QCOMPARE(box->child(0)->checkState(0), Qt::Unchecked);
-    QCOMPARE(box->child(1)->checkState(0), Qt::Checked);
-    _tree->select("Box/Walk");
-    _tree->call("duplicateFlipped");
-    QCOMPARE(animationNames(_box).size(), 2);
 }
 
 void tst_kxAnimTreeWidget::checkStatesFollow()

@@ -43,7 +43,6 @@ class tst_kxAnimTreeWidgetItem : public QObject
 private Q_SLOTS:
     void init();
     void cleanup() { _fixture.clear(); }
-    void showsSharing();
     void showsCurveColor();
     void checksWriteTheScene();
     void renames_data();
@@ -65,25 +64,6 @@ void tst_kxAnimTreeWidgetItem::init()
     _object = _fixture.object("Box");
     _block = _fixture.block("Walk", {_fixture.curve("translation", "X", {{0, 1}, {1, 2}})});
     kxAnimManager::the()->addAnimation(_object, _block);
-}
-
-void tst_kxAnimTreeWidgetItem::showsSharing()
-{
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(_block, true, true);
-    QCOMPARE(row.text(0), QString("Walk"));
-    QVERIFY(!row.icon(0).isNull());
-    QVERIFY(!row.data(0, Qt::FontRole).value<QFont>().underline());
-    {
-        const kxOwned<osg::AnimNode> clone(_fixture.clone(_block, 3));
-        _block->getCore()->addRef(); // an owner that is no parent
-        QVERIFY(row.data(1, Qt::FontRole).value<QFont>().underline());
-        QCOMPARE(row.toolTip(0), QString("Post-Cycles: 0\nReferences: 3"));
-        _block->getCore()->subRef();
-    }
-    QVERIFY(!row.data(0, Qt::FontRole).isValid());
-    _block->setPostCycles(-1);
-    QCOMPARE(row.toolTip(0), QString("Post-Cycles: -1\nReferences: 1"));
 }
 
 void tst_kxAnimTreeWidgetItem::showsCurveColor()

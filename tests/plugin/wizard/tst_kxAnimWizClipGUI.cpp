@@ -121,7 +121,6 @@ private Q_SLOTS:
     void cancelGivesTheKeysBack();
     void okKeepsWhatWasEdited();
     void capturesKeepTheLength();
-    void namesStayUnique();
     void otherNodesOpenItEmpty();
     void anotherClipTakesTheFirstBack();
     void startTimeFindsAFreeTrack();
@@ -266,24 +265,6 @@ void tst_kxAnimWizClipGUI::capturesKeepTheLength()
     press(dialog, QDialogButtonBox::Ok);
     dialog.show(f.node);
     QCOMPARE(dialog._duration->value(), 3.0);
-}
-
-void tst_kxAnimWizClipGUI::namesStayUnique()
-{
-    WizClip f;
-    const AnimNodePtr other = f.block("Turn", {});
-    kxAnimManager::the()->addAnimation(f.box, other);
-    const auto named = [&](const QString& text)
-    {
-        kxAnimWizClipGUI& dialog = f.open();
-        dialog._name->setText(text);
-        press(dialog, QDialogButtonBox::Ok);
-        return QString::fromStdString(kxNodeUtils::getName(f.node));
-    };
-    QCOMPARE(named("Animation"), QStringLiteral("Animation")); // its own name is no clash
-    QCOMPARE(named("Turn"), QStringLiteral("Turn_1"));
-    QCOMPARE(named("  "), QStringLiteral("Turn_1"));
-    QCOMPARE(named(QString::fromUtf8("Tür")), QString::fromUtf8("Tür"));
 }
 
 void tst_kxAnimWizClipGUI::otherNodesOpenItEmpty()

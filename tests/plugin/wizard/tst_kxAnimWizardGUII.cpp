@@ -266,9 +266,7 @@ void tst_kxAnimWizardGUII::makesTheClip()
     QCOMPARE(clip->getOffset(), osg::Vec2f(1.5f, 0));
     const osg::AnimWizClipPtr core = osg::AnimWizClipPtr::dcast(clip->getCore());
     QVERIFY(core != osg::NullFC);
-    QCOMPARE(core->getStart(), 1.5f);
-    QCOMPARE(core->getDuration(), 4.0f);
-    QCOMPARE(core->getInterpolation(), 3u);
+    QVERIFY(core->getStart() == 1.5f && core->getDuration() == 4.0f && core->getInterpolation() == 3u);
     for (const osg::ImagePtr& image : {core->getStartImage(), core->getEndImage()})
         QCOMPARE(QImageConverter::convertToQImage(image).pixelColor(48, 48), QColor(10, 200, 30));
 
