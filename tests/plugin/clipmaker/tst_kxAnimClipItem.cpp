@@ -4,7 +4,7 @@
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipNodes.h>
 
-#include <kxController.h>
+#include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <osg/FieldContainerFactory.h>
 
@@ -15,13 +15,6 @@
 
 namespace
 {
-unsigned int shownNode = 0;
-
-void noteShowCurves(kxMessage& message)
-{
-    shownNode = boost::any_cast<osg::AnimNodePtr>(message.get("node")).getFieldContainerId();
-}
-
 /// What the bar shows is where its node lies.
 void compareToNode(const kxAnimClipItem* bar)
 {
@@ -242,17 +235,16 @@ void tst_kxAnimClipItem::menuTellsMixedStates()
                });
     QVERIFY(seen);
     f.scene.clearSelection();
+    const kxHeard<> asked(kxMessageName::ShowCurves);
     f.withMenu(bars[1],
                [&f](QMenu* menu)
                {
                    QVERIFY(f.entry(menu, "Flipped")->isChecked() && f.entry(menu, "Flipped")->icon().isNull());
                    QVERIFY(f.entry(menu, "Show Source")->isEnabled() && f.entry(menu, "Info")->isEnabled());
-                   kxController::addCB(kxMessageName::ShowCurves, noteShowCurves);
                    f.entry(menu, "Show Source")->trigger();
-                   kxController::subCB(kxMessageName::ShowCurves, noteShowCurves);
                });
     QVERIFY(bars[1]->isSelected() && !bars[0]->isSelected());
-    QCOMPARE(shownNode, bars[1]->nodeId());
+    QCOMPARE(boost::any_cast<osg::AnimNodePtr>(asked.last.get("node")), bars[1]->node());
 }
 
 void tst_kxAnimClipItem::menuActsOnTheSelection()

@@ -4,7 +4,9 @@
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimFixture.h>
+#include <kxHeard.h>
 #include <kxOwned.h>
+#include <kxTreeProbe.h>
 #include <scene/UberMaterial.h>
 
 #include <kxController.h>
@@ -22,23 +24,13 @@
 
 namespace
 {
-QStringList sent; // names of messages
-
-void noteGraph(kxMessage&)
-{
-    sent.append("updateGraphView");
-}
 void send(const char* name)
 {
     kxMessage message;
     kxController::call(name, message, 0);
 }
 
-class Tree : public kxAnimChannelWidget
-{
-public:
-    using kxAnimTreeWidget::contextMenu;
-};
+typedef kxTreeProbe<kxAnimChannelWidget> Tree;
 
 /// The keys of a curve as "frame:value:in type", so that a failure shows them.
 QString keysOf(const osg::AnimCurvePtr& curve)
@@ -93,7 +85,6 @@ private:
 
 void tst_kxAnimChannelWidget::init()
 {
-    sent.clear();
     _scene = std::make_unique<kxAnimFixture>();
     _tree = std::make_unique<Tree>();
     _first = kxAnimFixture::object("a");
@@ -121,10 +112,7 @@ QStringList tst_kxAnimChannelWidget::tops() const
 kxAnimTreeWidgetItem* tst_kxAnimChannelWidget::row(const char* text, int object) const
 {
     const QTreeWidgetItem* const top = _tree->topLevelItem(object);
-    for (int i = 0; top != nullptr && i < top->childCount(); ++i)
-        if (top->child(i)->text(0) == text)
-            return dynamic_cast<kxAnimTreeWidgetItem*>(top->child(i));
-    return nullptr;
+    return top == nullptr ? nullptr : _tree->row(top->text(0) + '/' + text);
 }
 
 QAction* tst_kxAnimChannelWidget::action(const char* text) const
@@ -527,7 +515,7 @@ void tst_kxAnimChannelWidget::setsInfinityModes()
 
 void tst_kxAnimChannelWidget::removesConstantCurves()
 {
-    kxController::addCB(kxMessageName::UpdateGraphView, noteGraph);
+    const kxHeard<> drawn(kxMessageName::UpdateGraphView);
     const osg::AnimNodePtr flat = kxAnimFixture::curve("scale", "X", {{0, 2}, {1, 2}, {2, 2}});
     const osg::AnimNodePtr partly = kxAnimFixture::curve("scale", "Y", {{0, 2}, {1, 2}, {2, 2}, {3, 5}});
     const osg::AnimNodePtr inBlock = kxAnimFixture::curve("scale", "Z", {{0, 1}, {1, 1}});
@@ -539,8 +527,7 @@ void tst_kxAnimChannelWidget::removesConstantCurves()
     _tree->topLevelItem(0)->setSelected(true);
     _tree->topLevelItem(1)->setSelected(true); // has no animation
     QMetaObject::invokeMethod(_tree.get(), "removeConstCurves");
-    kxController::subCB(kxMessageName::UpdateGraphView, noteGraph);
-    QCOMPARE(sent, QStringList("updateGraphView"));
+    QCOMPARE(drawn.count, 1);
     QCOMPARE(keysOf(curve("scale.X")), QString());
     QCOMPARE(keysOf(curve("scale.Y")), QString("0:2:11 48:2:11 72:5:11"));
     QVERIFY(kxAnimFixture::curveOf(inBlock)->isEmpty());

@@ -5,6 +5,7 @@
 
 #include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
+#include <kxHeard.h>
 #include <kxScenegraph.h>
 #include <scene/UberMaterial.h>
 
@@ -23,26 +24,6 @@ void start(const boost::any& name, const boost::any& instantaneous = boost::any(
     kxController::call(kxMessageName::AnimationStart, message, 0);
 }
 
-/// The last "selectedAnimations" and how many there were.
-struct Announced
-{
-    static int count;
-    static std::size_t nodes;
-    static void take(kxMessage& message)
-    {
-        ++count;
-        nodes = boost::any_cast<std::vector<osg::AnimNodePtr>>(message.get("nodes")).size();
-    }
-    Announced()
-    {
-        count = 0;
-        nodes = 0;
-        kxController::addCB(kxMessageName::SelectedAnimations, take);
-    }
-    ~Announced() { kxController::subCB(kxMessageName::SelectedAnimations, take); }
-};
-int Announced::count = 0;
-std::size_t Announced::nodes = 0;
 } // namespace
 
 class tst_kxAnimCurveEditor : public QObject
@@ -148,21 +129,23 @@ void tst_kxAnimCurveEditor::showsTheSelectionUpToALimit()
     for (int i = 1; i <= 20; ++i)
         objects.push_back(_editor->animated(qPrintable(QString("Box %1").arg(i))));
     _editor->library->rebuild(true);
-    const Announced announced;
+    const kxHeard<> announced(kxMessageName::SelectedAnimations);
+    const auto nodes = [&announced]
+    { return boost::any_cast<std::vector<osg::AnimNodePtr>>(announced.last.get("nodes")).size(); };
     _editor->library->selectItemsForNodes({objects.begin(), objects.begin() + 20});
     Q_EMIT _editor->library->itemSelectionChanged();
     QCOMPARE(_editor->channels->topLevelItemCount(), 20);
     QCOMPARE(_editor->curves().size(), 19); // the curve of the first one stands in its block
-    QCOMPARE(Announced::nodes, std::size_t(19));
-    const int count = Announced::count;
+    QCOMPARE(nodes(), std::size_t(19));
+    const int count = announced.count;
     _editor->library->selectItemsForNodes({objects.back()});
     Q_EMIT _editor->library->itemSelectionChanged();
     QVERIFY(_editor->curves().isEmpty());
     QCOMPARE(_editor->channels->topLevelItemCount(), 0);
-    QCOMPARE(Announced::count, count);
+    QCOMPARE(announced.count, count);
     _editor->library->clearSelection();
-    QCOMPARE(Announced::count, count + 1);
-    QCOMPARE(Announced::nodes, std::size_t(0));
+    QCOMPARE(announced.count, count + 1);
+    QCOMPARE(nodes(), std::size_t(0));
 }
 
 void tst_kxAnimCurveEditor::materialsOfASelectionDoNotReplaceIt()

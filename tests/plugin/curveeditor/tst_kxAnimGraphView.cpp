@@ -3,6 +3,7 @@
 #include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
 #include <kernel/kxLogModel.h>
+#include <kxHeard.h>
 #include <kxOwned.h>
 
 #include <kxMessageNames.h>
@@ -16,30 +17,6 @@ Q_DECLARE_METATYPE(Qt::MouseButton)
 
 namespace
 {
-/// Counts the messages of a name while it lives, and keeps the last.
-template <int>
-class Heard
-{
-public:
-    explicit Heard(const char* name) : _name(name)
-    {
-        count = 0;
-        kxController::addCB(_name, hear);
-    }
-    ~Heard() { kxController::subCB(_name, hear); }
-
-    static inline int count = 0;
-    static inline kxMessage last;
-
-private:
-    static void hear(kxMessage& message)
-    {
-        ++count;
-        last = message;
-    }
-    std::string _name;
-};
-
 /// Within a pixel: views scroll by whole ones.
 bool isNear(const QPointF& a, const QPointF& b, double pixels = 1)
 {
@@ -443,7 +420,7 @@ void tst_kxAnimGraphView::timeItem()
 {
     kxGraphFixture graph;
     graph.show({{{0, 0}, {10, 2}}});
-    Heard<1> frames(kxMessageName::FrameChangedCurveEditor);
+    kxHeard<1> frames(kxMessageName::FrameChangedCurveEditor);
     graph.scene()->setFrame(7.5);
     double frame = 0;
     QCOMPARE(frames.count, 1);
@@ -476,8 +453,8 @@ void tst_kxAnimGraphView::timeItem()
 void tst_kxAnimGraphView::messagesOnRelease()
 {
     kxGraphFixture graph;
-    Heard<2> selections(kxMessageName::SelectedAnimations);
-    Heard<3> bars(kxMessageName::UpdateClipScene);
+    kxHeard<2> selections(kxMessageName::SelectedAnimations);
+    kxHeard<3> bars(kxMessageName::UpdateClipScene);
     graph.click(QPoint(50, 50));
     QCOMPARE(selections.count, 0); // nothing is shown
     graph.show({{{0, 0}, {10, 2}}});

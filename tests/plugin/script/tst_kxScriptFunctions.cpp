@@ -6,7 +6,7 @@
 #include <script/kxScriptTrash.h>
 
 #include <kxAnimFixture.h>
-#include <kxController.h>
+#include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
@@ -25,12 +25,6 @@ constexpr float NoNumber = std::numeric_limits<float>::quiet_NaN();
 constexpr float Infinite = std::numeric_limits<float>::infinity();
 typedef std::vector<float> Floats;
 typedef std::vector<osg::Vec3f> Vectors;
-
-int pasted = 0;
-void notePasted(kxMessage&)
-{
-    ++pasted;
-}
 
 int refreshed = 0;
 void noteRefresh()
@@ -123,17 +117,18 @@ private Q_SLOTS:
     void placesClips_data();
     void placesClips();
     void findsCameraTracks();
+
+private:
+    const kxHeard<> _pasted{kxMessageName::PastedAnimations};
 };
 
 void tst_kxScriptFunctions::initTestCase()
 {
-    kxController::addCB(kxMessageName::PastedAnimations, notePasted);
     kxClipRefresh::setHandler(noteRefresh);
 }
 
 void tst_kxScriptFunctions::cleanupTestCase()
 {
-    kxController::subCB(kxMessageName::PastedAnimations, notePasted);
     kxClipRefresh::setHandler(nullptr);
     kxUndoStack::get(0).stack()->clear();
     kxAnimFixture::clear();
@@ -143,7 +138,7 @@ void tst_kxScriptFunctions::init()
 {
     kxUndoStack::get(0).stack()->clear();
     kxAnimFixture::clear();
-    pasted = refreshed = 0;
+    refreshed = _pasted.count = 0;
 }
 
 typedef osg::NodeCorePtr (*MakeCore)();
@@ -176,7 +171,7 @@ void tst_kxScriptFunctions::refusedKeys()
     QVERIFY(!kxScriptKeys::addVisible(node, times, {1}));
     QVERIFY(!kxScriptKeys::addScales(osg::NodePtr(), times, three));
     QVERIFY(!hasAttachment(node)); // nothing was made on the way
-    QCOMPARE(pasted, 0);
+    QCOMPARE(_pasted.count, 0);
 
     QCOMPARE(kxScriptKeys::addTranslations(node, times, three, false), placed);
     QCOMPARE(kxScriptKeys::addScales(node, times, three), placed);
@@ -208,9 +203,9 @@ void tst_kxScriptFunctions::makesCurves()
              (QStringList{"visible", "rotationOrientation.X", "rotationOrientation.Y", "rotationOrientation.Z"}));
     QCOMPARE(curve(node, "visible", "")->getControlPoints(1).inType, 0u);
 
-    QCOMPARE(pasted, 0);
+    QCOMPARE(_pasted.count, 0);
     QVERIFY(kxScriptKeys::addTranslations(node, {0, 1}, {{}, {8, 0, 0}}, true));
-    QCOMPARE(pasted, 1);
+    QCOMPARE(_pasted.count, 1);
     kxAnimManager::the()->setCurrentFrame(12, false, false); // the scene moves by them
     QCOMPARE(kxAnimFixture::transform(node)->getTranslation().x(), 4.0f);
 }
@@ -246,10 +241,10 @@ void tst_kxScriptFunctions::createsBlocks()
     QVERIFY(!kxScriptBlocks::createForNode(osg::NodePtr(), true));
     QVERIFY(!kxScriptBlocks::createForMaterial(osg::MaterialPtr(), true));
     QVERIFY(!hasAttachment(node)); // none is made for it
-    QCOMPARE(pasted, 0);
+    QCOMPARE(_pasted.count, 0);
     kxScriptKeys::addVisible(node, {0}, {1});
     QVERIFY(kxScriptBlocks::createForNode(node, true));
-    QCOMPARE(pasted, 1);
+    QCOMPARE(_pasted.count, 1);
     QVERIFY(!kxScriptClips::findBlock("lid").isNull());
     QVERIFY(!kxScriptBlocks::createForNode(node, true)); // its keys are in the block
     QCOMPARE(kxScriptBlocks::blockNodes(false).size(), std::size_t(1));

@@ -3,6 +3,7 @@
 
 #include <kernel/kxPreferencesStore.h>
 #include <kxCapturedStderr.h>
+#include <kxHeard.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
@@ -19,12 +20,6 @@
 namespace
 {
 namespace Key = kxPreferenceKey;
-
-int updates = 0;
-void noteUpdate(kxMessage&)
-{
-    ++updates;
-}
 
 /// The page, as the host's dialog works with it: accept() is what the OK button does.
 struct Page
@@ -57,8 +52,6 @@ class tst_kxAnimPreferences : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { kxController::addCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
-    void cleanupTestCase() { kxController::subCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
     void init();
     void defaults();
     void untouchedPageAppliesNothing_data();
@@ -69,6 +62,9 @@ private Q_SLOTS:
     void refusesRates();
     void storedRatesThatAreNone();
     void damagedValues();
+
+private:
+    const kxHeard<> _updates{kxMessageName::UpdateAnimControlGUI};
 };
 
 void tst_kxAnimPreferences::init()
@@ -76,7 +72,7 @@ void tst_kxAnimPreferences::init()
     kxAnimManager& kernel = *kxAnimManager::the();
     kernel.setFPS(24);
     kernel.setPlaybackFPS(24);
-    updates = 0;
+    _updates.count = 0;
 }
 
 void tst_kxAnimPreferences::defaults()
@@ -128,7 +124,7 @@ void tst_kxAnimPreferences::untouchedPageAppliesNothing()
     QVERIFY(kernel.getVerifyClipStructure());
     QCOMPARE(stored<int>(Key::PlaybackSpeed), speed);
     QCOMPARE(stored<double>(Key::Time), time);
-    QCOMPARE(updates, 1); // sent whether anything changed or not
+    QCOMPARE(_updates.count, 1); // sent whether anything changed or not
 }
 
 void tst_kxAnimPreferences::eachFieldReachesItsSetter()

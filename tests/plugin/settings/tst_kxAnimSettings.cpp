@@ -2,6 +2,7 @@
 
 #include <kernel/kxHostHooks.h>
 #include <kxCapturedStderr.h>
+#include <kxHeard.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
@@ -18,12 +19,6 @@
 
 namespace
 {
-int updates = 0;
-void noteUpdate(kxMessage&)
-{
-    ++updates;
-}
-
 class PreferencesService : public kxPreferencesService
 {
 public:
@@ -36,8 +31,6 @@ class tst_kxAnimSettings : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { kxController::addCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
-    void cleanupTestCase() { kxController::subCB(kxMessageName::UpdateAnimControlGUI, noteUpdate); }
     void init();
     void cleanup();
     void showsRate_data();
@@ -59,6 +52,7 @@ private:
         dialog._buttonBox->button(button)->click();
     }
 
+    const kxHeard<> _updates{kxMessageName::UpdateAnimControlGUI};
     PreferencesService _service;
     std::unique_ptr<QMainWindow> _window;
 };
@@ -75,7 +69,7 @@ void tst_kxAnimSettings::init()
     kernel.setPlaybackRangeHint(0);
     kernel.setPlaybackContextHint(0);
     kernel.setFullRangeEnd(50);
-    updates = 0;
+    _updates.count = 0;
 }
 
 void tst_kxAnimSettings::cleanup()
@@ -110,7 +104,7 @@ void tst_kxAnimSettings::showsRate()
     QCOMPARE(dialog._customSpeed->isEnabled(), entry == 4);
     press(dialog, QDialogButtonBox::Ok);
     QCOMPARE(kernel.playbackFPS(), rate);
-    QCOMPARE(updates, 1);
+    QCOMPARE(_updates.count, 1);
 }
 
 void tst_kxAnimSettings::appliesAll()
@@ -168,7 +162,7 @@ void tst_kxAnimSettings::cancelChangesNothing()
     QVERIFY(!dialog.isVisible());
     QCOMPARE(kxAnimManager::the()->fps(), 24.0);
     QCOMPARE(kxAnimManager::the()->fullRangeEnd(), 50);
-    QCOMPARE(updates, 0);
+    QCOMPARE(_updates.count, 0);
 }
 
 void tst_kxAnimSettings::openedTwice()

@@ -4,6 +4,7 @@
 
 #include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
+#include <kxHeard.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
@@ -27,12 +28,6 @@ using namespace osg;
 namespace
 {
 typedef MField<CCPnt, 0> Keys;
-
-int pasted = 0;
-void notePasted(kxMessage&)
-{
-    ++pasted;
-}
 
 /// A view that shows one colour.
 class View : public kxQGLWidget
@@ -112,9 +107,6 @@ class tst_kxAnimWizClipGUI : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { kxController::addCB(kxMessageName::PastedAnimations, notePasted); }
-    void cleanupTestCase() { kxController::subCB(kxMessageName::PastedAnimations, notePasted); }
-
     void showsTheClip();
     void capturesWriteBothEnds();
     void cancelGivesTheKeysBack_data();
@@ -233,9 +225,9 @@ void tst_kxAnimWizClipGUI::okKeepsWhatWasEdited()
     dialog._duration->setValue(3);
     dialog._interpolation->setCurrentIndex(1);
     const Keys x = f.x();
-    pasted = 0;
+    const kxHeard<> pasted(kxMessageName::PastedAnimations);
     press(dialog, QDialogButtonBox::Ok);
-    QCOMPARE(pasted, 1);
+    QCOMPARE(pasted.count, 1);
     QVERIFY(f.x() == x && f.x().back().x() == 3);
     QCOMPARE(f.core->getStart(), 6.0f);
     QCOMPARE(f.core->getDuration(), 3.0f);
