@@ -11,7 +11,6 @@
 #include <scene/CameraLight.h>
 
 #include <QAction>
-#include <QLabel>
 #include <QToolButton>
 #include <kxTable.h>
 
@@ -117,17 +116,10 @@ void tst_kxAnimClipEditor::playsTheClip()
     press("_play"); // no clip, nothing to play
     QVERIFY(!player.isPlaying() && !_form->_play->isChecked());
     select(_clip);
-    press("_gotoEnd");
-    QCOMPARE(shown()->time(), 72.0);
-    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 10.0f);
-    press("_gotoStart");
-    QCOMPARE(shown()->time(), 0.0);
-    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 0.0f);
     press("_play");
     QVERIFY(player.isPlaying());
     QCOMPARE(player.owner(), static_cast<void*>(_maker->module.get()));
     QCOMPARE(player.getPlaybackParams().end, 72.0);
-    QVERIFY(!_form->_gotoStart->isEnabled());
     press("_playRev");
     QVERIFY(player.getPlaybackParams().reverse && _form->_playRev->isChecked() && !_form->_play->isChecked());
     press("_stop");

@@ -1,6 +1,5 @@
 #include "kxClipFixture.h"
 
-#include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipNodes.h>
 

@@ -1,13 +1,9 @@
 #include "kxShownClip.h"
 
-#include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
-#include <curveeditor/kxAnimTimeItem.h>
 
-#include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>

@@ -8,8 +8,6 @@
 #include <kxMessageNames.h>
 #include <kxServices.h>
 
-#include <kxOwned.h>
-
 #include <QComboBox>
 #include <QLabel>
 #include <kxTable.h>

@@ -3,11 +3,9 @@
 #include <kxController.h>
 #include <osg/FieldContainerFactory.h>
 
-#include <QAction>
 #include <QApplication>
 #include <QDragMoveEvent>
 #include <QInputDialog>
-#include <QMenu>
 #include <QSignalSpy>
 #include <QTimer>
 #include <kxTable.h>

@@ -2,8 +2,6 @@
 
 #include <kxUndo.h>
 
-#include <QScrollBar>
-#include <QUndoStack>
 #include <QtTest>
 
 using namespace osg;

@@ -8,7 +8,6 @@
 
 #include <kxMessageNames.h>
 
-#include <QScrollBar>
 #include <kxTable.h>
 
 #include <limits>

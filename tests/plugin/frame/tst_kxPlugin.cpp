@@ -11,7 +11,6 @@
 #include <QLibrary>
 #include <QMainWindow>
 #include <QProcess>
-#include <QToolBar>
 #include <QtTest>
 
 #include <cstdio>

@@ -12,10 +12,8 @@
 
 #include <QKXDockWindowManager.h>
 
-#include <QAction>
 #include <QMainWindow>
 #include <QMenu>
-#include <QUndoStack>
 #include <QtTest>
 
 namespace

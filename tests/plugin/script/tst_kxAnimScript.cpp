@@ -12,7 +12,6 @@
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
 
-#include <QUndoStack>
 #include <kxTable.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+#include "kxSettingsFields.h"
+
 #include <settings/kxAnimPreferencesGUII.h>
 #include <settings/kxAnimPreferencesGUIW.h>
 
@@ -5,14 +7,10 @@
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
 
-#include <QKXSpiner.h>
-#include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
 
-#include <QCheckBox>
-#include <QComboBox>
 #include <kxTable.h>
 
 #include <limits>
@@ -131,38 +129,16 @@ void tst_kxAnimPreferences::eachFieldReachesItsSetter()
 {
     Page page;
     page.open();
-    kxAnimPreferencesGUIW& form = *page.form;
-    form._speed->setCurrentIndex(0);
-    form._range->setCurrentIndex(1);
-    form._context->setCurrentIndex(1);
-    form._fps->setValue(29.97);
-    form._loop->setChecked(false);
-    form._evaluate_subframes->setChecked(false);
-    form._keepFrames->setChecked(true);
-    form._fullRangeStart->setValue(-10);
-    form._fullRangeEnd->setValue(110);
-    form._detailedRangeStart->setValue(5);
-    form._detailedRangeEnd->setValue(95);
-    form._verifyClips->setChecked(true);
-    form._dontShowCreateCurveDialog->setChecked(true);
+    kxFillFields(*page.form);
+    page.form->_dontShowCreateCurveDialog->setChecked(true);
     page.accept();
-
-    const kxAnimManager& kernel = *kxAnimManager::the();
-    QCOMPARE(kernel.playbackFPS(), -1.0);
-    QCOMPARE(kernel.playbackRangeHint(), 1);
-    QCOMPARE(kernel.playbackContextHint(), 1);
-    QCOMPARE(kernel.fps(), 29.97);
-    QVERIFY(!kernel.loopTimeline() && !kernel.evaluateSubframes() && kernel.keepKeysAtFrame());
-    QCOMPARE(kernel.fullRangeStart(), -10);
-    QCOMPARE(kernel.fullRangeEnd(), 110);
-    QCOMPARE(kernel.detailedRangeStart(), 5);
-    QCOMPARE(kernel.detailedRangeEnd(), 95);
-    QVERIFY(kernel.getVerifyClipStructure());
+    kxVerifyFilled();
     QVERIFY(stored<bool>(Key::DontShowCreateCurveDialog));
 
+    const kxAnimManager& kernel = *kxAnimManager::the();
     kxPreferencesStore::the().restoreDefaults(&page.preferences);
     QCOMPARE(kernel.fps(), 24.0);
-    QCOMPARE(form._fullRangeEnd->value(), 50);
+    QCOMPARE(page.form->_fullRangeEnd->value(), 50);
     QVERIFY(!kernel.keepKeysAtFrame() && kernel.loopTimeline());
 }
 

@@ -1,17 +1,15 @@
+#include "kxSettingsFields.h"
+
 #include <settings/kxAnimSettings.h>
 
 #include <kernel/kxHostHooks.h>
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
 
-#include <QKXSpiner.h>
-#include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
 
-#include <QCheckBox>
-#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QMainWindow>
 #include <QPushButton>
@@ -111,32 +109,10 @@ void tst_kxAnimSettings::appliesAll()
 {
     kxAnimSettings& dialog = opened();
     QVERIFY(dialog.isVisible() && !dialog.isModal());
-    dialog._fps->setValue(59.94);
-    dialog._keepFrames->setChecked(true);
-    dialog._verifyClips->setChecked(true);
-    dialog._speed->setCurrentIndex(3);
-    dialog._range->setCurrentIndex(1);
-    dialog._context->setCurrentIndex(1);
-    dialog._loop->setChecked(false);
-    dialog._evaluate_subframes->setChecked(false);
-    dialog._fullRangeStart->setValue(-20);
-    dialog._fullRangeEnd->setValue(220);
-    dialog._detailedRangeStart->setValue(10);
-    dialog._detailedRangeEnd->setValue(190);
+    kxFillFields(dialog);
     press(dialog, QDialogButtonBox::Ok);
     QVERIFY(!dialog.isVisible());
-
-    const kxAnimManager& kernel = *kxAnimManager::the();
-    QCOMPARE(kernel.fps(), 59.94);
-    QVERIFY(kernel.keepKeysAtFrame() && kernel.getVerifyClipStructure());
-    QCOMPARE(kernel.playbackFPS(), 30.0);
-    QCOMPARE(kernel.playbackRangeHint(), 1);
-    QCOMPARE(kernel.playbackContextHint(), 1);
-    QVERIFY(!kernel.loopTimeline() && !kernel.evaluateSubframes());
-    QCOMPARE(kernel.fullRangeStart(), -20);
-    QCOMPARE(kernel.fullRangeEnd(), 220);
-    QCOMPARE(kernel.detailedRangeStart(), 10);
-    QCOMPARE(kernel.detailedRangeEnd(), 190);
+    kxVerifyFilled();
 }
 
 void tst_kxAnimSettings::untouchedDialogKeepsAll()

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QKXSpiner.h>
+#include <kxAnimManager.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QtTest>
+
+/// Gives the fields that page and dialog have in common other values than the presets.
+template <class Form>
+void kxFillFields(Form& form)
+{
+    form._fps->setValue(29.97);
+    form._speed->setCurrentIndex(3);
+    form._range->setCurrentIndex(1);
+    form._context->setCurrentIndex(1);
+    form._loop->setChecked(false);
+    form._evaluate_subframes->setChecked(false);
+    form._keepFrames->setChecked(true);
+    form._verifyClips->setChecked(true);
+    form._fullRangeStart->setValue(-10);
+    form._fullRangeEnd->setValue(110);
+    form._detailedRangeStart->setValue(5);
+    form._detailedRangeEnd->setValue(95);
+}
+
+/// Whether these values reached the kernel.
+inline void kxVerifyFilled()
+{
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    QCOMPARE(kernel.fps(), 29.97);
+    QCOMPARE(kernel.playbackFPS(), 30.0);
+    QCOMPARE(kernel.playbackRangeHint(), 1);
+    QCOMPARE(kernel.playbackContextHint(), 1);
+    QVERIFY(!kernel.loopTimeline() && !kernel.evaluateSubframes());
+    QVERIFY(kernel.keepKeysAtFrame() && kernel.getVerifyClipStructure());
+    QCOMPARE(kernel.fullRangeStart(), -10);
+    QCOMPARE(kernel.fullRangeEnd(), 110);
+    QCOMPARE(kernel.detailedRangeStart(), 5);
+    QCOMPARE(kernel.detailedRangeEnd(), 95);
+}
