@@ -1,6 +1,7 @@
 #include "kxClipMakerFixture.h"
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
+#include <kxWhere.h>
 
 #include <QLineEdit>
 #include <QMimeData>
@@ -91,50 +92,23 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
     const std::vector<std::function<void()>> steps = {
         select,
         select,
-        [&]
-        {
-            if (QTreeWidgetItem* const row = anyRow())
-                row->setSelected(below(2) == 0);
-        },
-        [&]
-        {
-            if (kxAnimAbstractClipItem* const bar = anyBar())
-                bar->setSelected(below(3) != 0);
-        },
-        [&]
-        {
-            if (kxAnimAbstractClipItem* const bar = anyBar())
-                bar->setPos(below(200), 50 * below(4));
-        },
+        kxWhere(anyRow, [&](QTreeWidgetItem* row) { row->setSelected(below(2) == 0); }),
+        kxWhere(anyBar, [&](kxAnimAbstractClipItem* bar) { bar->setSelected(below(3) != 0); }),
+        kxWhere(anyBar, [&](kxAnimAbstractClipItem* bar) { bar->setPos(below(200), 50 * below(4)); }),
         [&] { form->_start->setValue(below(300)); },
         [&] { form->_duration->setValue(below(100)); },
         [&] { form->_postCycles->setValue(below(4) - 1); },
-        [&]
-        {
-            if (hasRoom())
-                tree->newClip(below(2) == 0);
-        },
+        kxWhere(hasRoom, [&] { tree->newClip(below(2) == 0); }),
         [&]
         {
             const std::unique_ptr<QMimeData> mime(Drags::make(tree));
             Drags::drop(tree, anyRow(), mime.get());
         },
-        [&]
-        {
-            if (hasRoom())
-                below(2) == 0 ? tree->duplicateSpecial() : tree->duplicateFlippedSpecial();
-        },
-        [&]
-        {
-            if (hasRoom())
-                shown->duplicateSelectedItems(below(2) == 0);
-        },
+        kxWhere(hasRoom, [&] { below(2) == 0 ? tree->duplicateSpecial() : tree->duplicateFlippedSpecial(); }),
+        kxWhere(hasRoom, [&] { shown->duplicateSelectedItems(below(2) == 0); }),
         [&] { tree->setFlipped(below(2) == 0); },
-        [&]
-        {
-            if (QTreeWidgetItem* const row = anyRow())
-                row->setCheckState(below(2), below(2) == 0 ? Qt::Checked : Qt::Unchecked);
-        },
+        kxWhere(anyRow, [&](QTreeWidgetItem* row)
+                { row->setCheckState(below(2), below(2) == 0 ? Qt::Checked : Qt::Unchecked); }),
         [&]
         {
             QMetaObject::invokeMethod(maker.module.get(), "updateLastDeleteFocus",
@@ -144,11 +118,7 @@ void tst_kxAnimClipEditorWalk::survivesRandomEdits()
         [&] { stack->undo(); },
         [&] { stack->redo(); },
         [&] { below(2) == 0 ? tree->copy() : void(shown->copySelectedItems()); },
-        [&]
-        {
-            if (hasRoom())
-                slot("pasteClone");
-        },
+        kxWhere(hasRoom, [&] { slot("pasteClone"); }),
         [&]
         {
             const QString name = QStringList({"_play", "_playRev", "_stop", "_gotoStart", "_gotoEnd"})[below(5)];

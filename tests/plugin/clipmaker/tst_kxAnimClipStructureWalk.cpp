@@ -4,6 +4,7 @@
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
+#include <kxWhere.h>
 
 #include <QApplication>
 #include <QInputDialog>
@@ -85,11 +86,7 @@ void tst_kxAnimClipStructureWalk::survivesRandomEdits()
     tree.show();
 
     const std::vector<std::function<void()>> ofTheTree = {
-        [&]
-        {
-            if (hasRoom())
-                tree.newClip(below(2) == 0);
-        },
+        kxWhere(hasRoom, [&] { tree.newClip(below(2) == 0); }),
         [&]
         {
             for (QTreeWidgetItem* row : tree.rows())
@@ -115,11 +112,7 @@ void tst_kxAnimClipStructureWalk::survivesRandomEdits()
                 kxClipTree::libraryDrag({block.getFieldContainerId(), anyNode().getFieldContainerId()}));
             tree.dropMimeData(anyRow(), 0, mime.get(), Qt::CopyAction);
         },
-        [&]
-        {
-            if (hasRoom())
-                below(2) == 0 ? tree.duplicateSpecial() : tree.duplicateFlippedSpecial();
-        },
+        kxWhere(hasRoom, [&] { below(2) == 0 ? tree.duplicateSpecial() : tree.duplicateFlippedSpecial(); }),
         [&] { tree.remove(); },
         [&] { stack->undo(); },
         [&] { stack->redo(); },
@@ -141,32 +134,18 @@ void tst_kxAnimClipStructureWalk::survivesRandomEdits()
             tree.editPostCycles();
             QCoreApplication::processEvents();
         },
-        [&]
-        {
-            if (QTreeWidgetItem* const row = anyRow())
-                row->setData(0, Qt::EditRole, below(2) == 0 ? "A" : QString("name %1").arg(below(50)));
-        },
-        [&]
-        {
-            if (hasRoom())
-                QMetaObject::invokeMethod(&tree, "clone");
-        },
+        kxWhere(anyRow, [&](QTreeWidgetItem* row)
+                { row->setData(0, Qt::EditRole, below(2) == 0 ? "A" : QString("name %1").arg(below(50))); }),
+        kxWhere(hasRoom, [&] { QMetaObject::invokeMethod(&tree, "clone"); }),
         [&] { QMetaObject::invokeMethod(&tree, "startRename"); },
         [&]
         {
             if (auto* const editor = tree.viewport()->findChild<QLineEdit*>())
                 QTest::keyClick(editor, below(2) == 0 ? Qt::Key_Return : Qt::Key_Escape);
         },
-        [&]
-        {
-            if (QTreeWidgetItem* const row = anyRow())
-                row->setCheckState(below(2), below(2) == 0 ? Qt::Checked : Qt::Unchecked);
-        },
-        [&]
-        {
-            if (QTreeWidgetItem* const row = anyRow())
-                tree.expandAtOnce(row, below(2) == 0);
-        },
+        kxWhere(anyRow, [&](QTreeWidgetItem* row)
+                { row->setCheckState(below(2), below(2) == 0 ? Qt::Checked : Qt::Unchecked); }),
+        kxWhere(anyRow, [&](QTreeWidgetItem* row) { tree.expandAtOnce(row, below(2) == 0); }),
         [&]
         {
             kxMessage message;

@@ -6,6 +6,7 @@
 
 #include <kxOwned.h>
 #include <kxSendMouse.h>
+#include <kxWhere.h>
 
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
@@ -106,18 +107,10 @@ void tst_kxAnimClipWalk::addMouseEdits()
         [this] { _shown->setSnapToGridX(below(2) == 0); },
         [this] { _shown->selectAll(); },
         [this] { _shown->clearSelection(); },
-        [this, few]
-        {
-            if (few())
-                _shown->duplicateSelectedItems(below(2) == 0);
-        },
+        kxWhere(few, [this] { _shown->duplicateSelectedItems(below(2) == 0); }),
         [this] { _shown->deleteSelectedItems(); },
         [this] { _shown->copySelectedItems(); },
-        [this, few]
-        {
-            if (few())
-                _shown->paste();
-        },
+        kxWhere(few, [this] { _shown->paste(); }),
         [this] { _shown->flipSelectedItems(below(2) == 0); },
         [this] { _shown->activeSelectedItems(below(3) != 0); },
         [this] { _shown->lockItems(below(8) == 0); },

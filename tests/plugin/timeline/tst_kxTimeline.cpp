@@ -7,6 +7,7 @@
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
 #include <kxCapturedStderr.h>
+#include <kxHeard.h>
 
 #include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
@@ -19,7 +20,6 @@
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
 #include <kxPreferences.h>
-#include <kxServices.h>
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -35,24 +35,6 @@
 namespace
 {
 namespace Key = kxPreferenceKey;
-
-/// Messages that the panel sent, as "name" or "name value".
-QStringList sent;
-
-void noteTimeLineChangedPlay(kxMessage& message)
-{
-    sent.append(boost::any_cast<bool>(message.get("playing")) ? "playing" : "stopped");
-}
-
-void notePasteKeys(kxMessage&)
-{
-    sent.append("pasteKeys");
-}
-
-void noteKeyAll(kxMessage&)
-{
-    sent.append("keyAll");
-}
 
 void send(const char* name, const char* key = nullptr, const boost::any& value = boost::any())
 {
@@ -86,14 +68,6 @@ void setKernelRanges(const Ranges& ranges)
     kernel.setFullRangeEnd(ranges[3]);
     send(kxMessageName::UpdateAnimControlGUI);
 }
-
-/// Counts the requests that the camera's panels get.
-class CameraService : public kxCameraService
-{
-public:
-    int requests = 0;
-    void requestGUIUpdate() override { ++requests; }
-};
 
 /// An animation of one curve with keys at these frames of 24 a second.
 osg::AnimNodePtr makeAnimation(std::initializer_list<float> frames, const osg::Color3f& color)
@@ -135,6 +109,9 @@ private:
                 panel()._end->value()};
     }
 
+    const kxHeard<0> _played{kxMessageName::TimeLineChangedPlay};
+    const kxHeard<1> _pasted{kxMessageName::PasteKeys};
+    const kxHeard<2> _keyed{kxMessageName::KeyAll};
     std::unique_ptr<QMainWindow> _window;
     std::unique_ptr<QKXDockWindowManager> _docks;
     std::unique_ptr<kxAnimControlWidget> _module;
@@ -147,16 +124,13 @@ void tst_kxTimeline::init()
     kxHostHooks::the().setMainWindow(_window.get());
     kxHostHooks::the().setDockWindowManager(_docks.get());
     _module = std::make_unique<kxAnimControlWidget>();
-    kxController::addCB(kxMessageName::TimeLineChangedPlay, noteTimeLineChangedPlay);
-    kxController::addCB(kxMessageName::PasteKeys, notePasteKeys);
-    kxController::addCB(kxMessageName::KeyAll, noteKeyAll);
     kxAnimManager& kernel = *kxAnimManager::the();
     kernel.setFPS(24);
     kernel.setPlaybackFPS(24);
     kernel.setPlaybackRangeHint(0);
     setKernelRanges({0, 0, 25, 50});
     kernel.setCurrentFrame(0, false, true);
-    sent.clear();
+    _pasted.count = _keyed.count = 0;
 }
 
 void tst_kxTimeline::cleanup()
@@ -233,10 +207,9 @@ void tst_kxTimeline::playsAndStops()
     send(kxMessageName::FinishedPlayingGlobal, "finished", true);
     QVERIFY(panel()._prevKey->isEnabled());
 
-    sent.clear();
     panel()._stop->click();
     QVERIFY(!player.isPlaying());
-    QCOMPARE(sent, QStringList("stopped"));
+    QCOMPARE(boost::any_cast<bool>(_played.last.get("playing")), false);
     QCOMPARE(kxAnimManager::the()->currentFrame(), 3.0);
     QCOMPARE(panel()._current->value(), 3);
 }
@@ -251,6 +224,7 @@ void tst_kxTimeline::playRange()
         kxAnimManager::the()->setPlaybackRangeHint(hint);
         panel()._play->click();
         const kxFramePlaybackParams params = kxFramePlayer::the()->getPlaybackParams();
+        QCOMPARE(boost::any_cast<bool>(_played.last.get("playing")), true);
         QCOMPARE(params.start, start);
         QCOMPARE(params.end, end);
         QCOMPARE(params.current, 9.0);
@@ -331,10 +305,10 @@ void tst_kxTimeline::pasteKey()
 {
     QTest::keyClick(panel()._timeLine, Qt::Key_V);
     QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(sent, QStringList());
+    QCOMPARE(_pasted.count, 0);
     QTest::keyClick(panel()._timeLine, Qt::Key_V, Qt::ControlModifier);
     panel()._key->click();
-    QCOMPARE(sent, (QStringList{"pasteKeys", "keyAll"}));
+    QVERIFY(_pasted.count == 1 && _keyed.count == 1);
 }
 
 void tst_kxTimeline::newSceneRestoresPreferences()

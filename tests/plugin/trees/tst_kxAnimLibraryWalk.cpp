@@ -3,6 +3,7 @@
 #include <kernel/kxSelection.h>
 
 #include <kxUndo.h>
+#include <kxWhere.h>
 
 #include <QApplication>
 #include <QLineEdit>
@@ -61,11 +62,7 @@ void tst_kxAnimLibraryWalk::survivesRandomEdits()
                     tag(node, {below(2) == 0 ? "one" : "two", "three"});
             }
         },
-        [&]
-        {
-            if (const NodePtr node = anyObject())
-                kxScene::the()->root()->subChild(node);
-        },
+        kxWhere(anyObject, [&](const NodePtr& node) { kxScene::the()->root()->subChild(node); }),
         [&]
         {
             if (const AnimAttachmentPtr attachment = kernel()->getAnimAttachment(anyObject()))

@@ -1,13 +1,11 @@
 #include <trees/kxAnimMimeData.h>
 #include <trees/kxAnimStructureWidget.h>
-#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimFixture.h>
 #include <kxOwned.h>
 #include <kxTreeProbe.h>
 
 #include <QDropEvent>
-#include <QUndoStack>
 #include <kxTable.h>
 #include <kxUndo.h>
 

@@ -2,13 +2,11 @@
 
 #include <wizard/kxAnimWizClipGUI.h>
 
-#include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
-#include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxRenderWidget.h>
 #include <kxScenegraph.h>
