@@ -6,6 +6,9 @@
 #include <osg/AnimNode.h>
 #include <osg/FieldContainerFactory.h>
 
+#include <algorithm>
+#include <limits>
+
 using namespace osg;
 
 namespace
@@ -18,17 +21,18 @@ public:
     Rescale(double oldFps, double newFps) : _oldFps(oldFps), _newFps(newFps) {}
 
     /// For a time that says when something was shown, which is no content.
-    float quietly(float seconds) const
-    {
-        return kxFrameTime::seconds(kxFrameTime::frame(seconds, _oldFps), _newFps);
-    }
+    float quietly(float seconds) const { return kxFrameTime::seconds(kxFrameTime::frame(seconds, _oldFps), _newFps); }
     float operator()(float seconds) const
     {
         const float moved = quietly(seconds);
         _hasMoved = _hasMoved || moved != seconds;
         return moved;
     }
-    Vec2f vector(const Vec2f& v) const { return Vec2f(float(v.x() * (_oldFps / _newFps)), v.y()); }
+    Vec2f vector(const Vec2f& v) const
+    {
+        constexpr double Largest = double(std::numeric_limits<float>::max());
+        return Vec2f(float(std::clamp(v.x() * (_oldFps / _newFps), -Largest, Largest)), v.y());
+    }
 
     bool hasMoved() const { return _hasMoved; }
 

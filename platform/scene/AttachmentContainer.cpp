@@ -39,10 +39,11 @@ void AttachmentContainer::subAttachment(const AttachmentPtr& attachment)
     const auto found = std::find(_attachments.begin(), _attachments.end(), attachment);
     if (attachment == NullFC || found == _attachments.end())
         return;
+    const AttachmentPtr held = attachment; // may be the very entry that goes
     _attachments.erase(found);
-    std::vector<AttachmentContainerPtr>& parents = attachment->_parents;
+    std::vector<AttachmentContainerPtr>& parents = held->_parents;
     parents.erase(std::find(parents.begin(), parents.end(), AttachmentContainerPtr(this)));
-    attachment->subRef();
+    held->subRef();
 }
 
 AttachmentPtr AttachmentContainer::findAttachment(const FieldContainerType& type) const

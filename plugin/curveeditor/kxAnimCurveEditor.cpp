@@ -37,6 +37,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -384,6 +385,7 @@ void kxAnimCurveEditor::clear()
     _structure->clear();
     _channels->clear();
     _graphView->setAnimations({});
+    sendSelectedAnimations({}); // no marks on the timeline either
     _hasFramed = false;
 }
 
@@ -560,7 +562,7 @@ void kxAnimCurveEditor::changeFrame(kxMessage& message)
     if (scene == nullptr)
         return;
     double frame = 0;
-    if (getFromMessage(message, "frame", frame))
+    if (getFromMessage(message, "frame", frame) && std::isfinite(frame))
         scene->setFrame(frame);
     scene->update();
 }
