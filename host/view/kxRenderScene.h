@@ -90,6 +90,8 @@ public:
     /// The ids of the selected nodes; they and what stands below them are marked selected.
     void setSelection(std::vector<osg::UInt32> ids);
 
+    /// True where something changed since the last update().
+    bool isStale() const { return _stale; }
     /// Brings everything up to date; true where something had changed.
     bool update();
     /// Grows with each update that found a change.

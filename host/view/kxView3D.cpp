@@ -48,7 +48,12 @@ kxView3D::kxView3D(QWidget* parent)
     _way->setInterval(WayStep);
     connect(_way, &QTimer::timeout, this, &kxView3D::walk);
     const auto changed = [this] { redraw(false); };
-    connect(kxScene::the(), &kxScene::appearanceChanged, this, changed);
+    connect(kxScene::the(), &kxScene::appearanceChanged, this,
+            [this]
+            {
+                if (!showsScene()) // else a forced frame has come before
+                    redraw(false);
+            });
     connect(kxScene::the(), &kxScene::structureChanged, this, changed);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, changed);
     kxOSGWidget::setMGLW(this);
@@ -106,6 +111,8 @@ bool kxView3D::isMoving() const
 
 void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
 {
+    _drawnRevision = _scene->revision();
+    _isDrawn = true;
     _governor.note(level, milliseconds);
     if (level != kxFrameGovernor::Full)
         _sharpen->start();
@@ -175,18 +182,30 @@ QString kxView3D::statusText() const
 void kxView3D::redraw(bool now)
 {
     if (now && isVisible())
-        _surface->widget()->repaint();
-    else
-        _surface->widget()->update();
+    {
+        if (!_isDrawn || !showsScene())
+            _surface->widget()->repaint();
+        return;
+    }
+    _isDrawn = false;
+    _surface->widget()->update();
+}
+
+bool kxView3D::showsScene() const
+{
+    return !_scene->isStale() && _scene->revision() == _drawnRevision;
 }
 
 QImage kxView3D::grabFrameBuffer(bool withAlpha)
 {
-    return _surface->grab().convertToFormat(withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    const QImage image = _surface->grab().convertToFormat(withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    _isDrawn = false; // what was drawn is not on the screen
+    return image;
 }
 
 void kxView3D::resizeEvent(QResizeEvent*)
 {
+    _isDrawn = false;
     _surface->widget()->setGeometry(rect());
 }
 

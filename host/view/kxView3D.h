@@ -53,7 +53,8 @@ public:
     kxGizmo::Tool tool() const { return _gizmo.tool(); }
     bool isLocal() const { return _local; }
 
-    /// Draws when the event loop comes to it, or `now`.
+    /// Draws when the event loop comes to it. Or `now`, unless what is on the screen is up to date: a frame change has
+    /// several movers, and each of them asks for its picture.
     void redraw(bool now);
     QImage grabFrameBuffer(bool withAlpha) override;
 
@@ -108,6 +109,8 @@ private:
     void click(const QPointF& point, Qt::KeyboardModifiers modifiers);
     osg::NodePtr nodeAt(const QPointF& point);
     void moveView(Drag drag, const QPointF& by);
+    /// True where the last frame drawn shows the scene as it is.
+    bool showsScene() const;
     void leaveCamera();
     void startWay(const kxCameraRig::Pose& pose);
     void walk();
@@ -120,6 +123,8 @@ private:
     kxViewSurface* _surface = nullptr; // a child
     kxViewActions* _actions = nullptr; // a child
     osg::UInt32 _cameraNodeId = 0;
+    osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame
+    bool _isDrawn = false;          // nothing else than the scene may have changed since then
     bool _local = false;
 
     Drag _drag = Drag::None;

@@ -174,6 +174,27 @@ void tst_kxView3D::drawsOnlyWhatChanged()
     QTRY_COMPARE(draws(), before + 1);
     settle();
     QCOMPARE(draws(), before + 1);
+    // Each mover of the frame forces a picture: the first one draws, the rest and the scene's own signal need none.
+    QTest::qWait(250);
+    const auto force = [this, &before](int expected)
+    {
+        before = draws();
+        _view->redraw(true);
+        _view->redraw(true);
+        settle();
+        QCOMPARE(draws(), before + expected);
+    };
+    force(0);
+    osg::markChanged(_left->getCore(), osg::Transform::TranslationFieldMask);
+    force(1);
+    _view->setPose({});
+    force(1);
+    kxSelection::the().setIds(kxSelection::Nodes, {_left->getId()});
+    force(1);
+    _view->setTool(kxGizmo::MoveTool);
+    force(1);
+    _view->resize(300, 200);
+    force(1);
 }
 
 void tst_kxView3D::slowFramesAreDrawnQuickly()
