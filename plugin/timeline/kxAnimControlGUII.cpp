@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace
 {
@@ -215,6 +216,8 @@ void kxAnimControlGUII::stop()
 
 void kxAnimControlGUII::setPlaying(bool playing, bool reverse)
 {
+    // First: the player says that it stops, and playbackEnded() would tell a second time.
+    _isPlayTold = playing;
     if (playing)
     {
         const kxAnimManager& manager = *kxAnimManager::the();
@@ -233,9 +236,21 @@ void kxAnimControlGUII::setPlaying(bool playing, bool reverse)
     {
         _framePlayer->stop(this);
     }
+    tellPlaying(playing);
+}
+
+void kxAnimControlGUII::tellPlaying(bool playing)
+{
     kxMessage message;
     message.set("playing", playing, true);
     kxController::call(kxMessageName::TimeLineChangedPlay, message, 0);
+}
+
+void kxAnimControlGUII::playbackEnded()
+{
+    setPlayState(false);
+    if (std::exchange(_isPlayTold, false))
+        tellPlaying(false);
 }
 
 void kxAnimControlGUII::setPlayState(bool playing)
@@ -325,7 +340,7 @@ void kxAnimControlGUII::followKernel(const kxMessage& message)
     if (getFromMessage(message, "frame", frame))
         showFrame(frame);
     else if (getFromMessage(message, "finished", finished) && finished)
-        setPlayState(false);
+        playbackEnded();
 
     const kxAnimManager& manager = *kxAnimManager::the();
     _timeLine->setFps(manager.playbackFPS());
@@ -402,5 +417,5 @@ void kxAnimControlGUII::framePlayerUserChanged(kxMessage& message)
 {
     void* user = nullptr;
     if (thePanel != nullptr && getFromMessage(message, "user", user) && user != thePanel)
-        thePanel->setPlayState(false);
+        thePanel->playbackEnded();
 }

@@ -54,6 +54,9 @@ private:
     void setIcons();
     void setPlaying(bool playing, bool reverse);
     void setPlayState(bool playing);
+    static void tellPlaying(bool playing);
+    /// The playback came to its end, or another owner took the player.
+    void playbackEnded();
     void showFrame(int frame);
     void followKernel(const kxMessage& message);
     void showKeys(const kxMessage& message);
@@ -65,6 +68,7 @@ private:
 
     kxInstancePointer<kxAnimControlGUII> _instance;
     kxFramePlayer* _framePlayer;
+    bool _isPlayTold = false;   // others were told that it plays, and not yet that it stopped
     std::set<float> _keyFrames; // of the selected animations
     kxCallbacks _callbacks;
 };

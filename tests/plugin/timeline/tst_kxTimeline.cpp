@@ -199,6 +199,7 @@ void tst_kxTimeline::playsAndStops()
     QVERIFY(!panel()._gotoStart->isEnabled());
     send(kxMessageName::FramePlayerUserChanged, "user", static_cast<void*>(&other));
     QVERIFY(panel()._gotoStart->isEnabled());
+    QCOMPARE(sent, QStringList({"playing", "playing", "stopped"}));
 
     panel()._playRev->click();
     QVERIFY(player.getPlaybackParams().reverse && !panel()._prevKey->isEnabled());
@@ -206,6 +207,7 @@ void tst_kxTimeline::playsAndStops()
     QVERIFY(!panel()._prevKey->isEnabled());
     send(kxMessageName::FinishedPlayingGlobal, "finished", true);
     QVERIFY(panel()._prevKey->isEnabled());
+    QCOMPARE(sent.mid(3), QStringList({"playing", "stopped"}));
 
     panel()._stop->click();
     QVERIFY(!player.isPlaying());
