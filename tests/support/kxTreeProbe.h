@@ -2,6 +2,8 @@
 
 #include <trees/kxAnimTreeWidgetItem.h>
 
+#include <QAction>
+#include <QMenu>
 #include <QMimeData>
 #include <QTreeWidgetItemIterator>
 
@@ -30,6 +32,14 @@ struct kxTreeProbe : Tree
             found = next;
         }
         return static_cast<kxAnimTreeWidgetItem*>(found);
+    }
+    /// An entry of the context menu, null where there is none.
+    QAction* action(const QString& text)
+    {
+        for (QAction* const entry : contextMenu()->actions())
+            if (entry->text() == text)
+                return entry;
+        return nullptr;
     }
     QList<QTreeWidgetItem*> rows()
     {

@@ -75,7 +75,6 @@ private:
     kxAnimTreeWidgetItem* row(const char* text, int object = 0) const;
     osg::AnimCurvePtr curve(const char* text, int object = 0) const { return row(text, object)->curve(); }
     void select(const char* text, int object = 0) { row(text, object)->setSelected(true); }
-    QAction* action(const char* text) const;
     QUndoStack& stack() const { return *kxUndoStack::get(0).stack(); }
 
     std::unique_ptr<kxAnimFixture> _scene;
@@ -113,14 +112,6 @@ kxAnimTreeWidgetItem* tst_kxAnimChannelWidget::row(const char* text, int object)
 {
     const QTreeWidgetItem* const top = _tree->topLevelItem(object);
     return top == nullptr ? nullptr : _tree->row(top->text(0) + '/' + text);
-}
-
-QAction* tst_kxAnimChannelWidget::action(const char* text) const
-{
-    for (QAction* const candidate : _tree->contextMenu()->actions())
-        if (candidate->text() == text)
-            return candidate;
-    return nullptr;
 }
 
 void tst_kxAnimChannelWidget::listsWhatIsSelected()
@@ -169,14 +160,14 @@ void tst_kxAnimChannelWidget::hidesEmptyCurves()
     kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve("scale", "Y", {{0, 1}}));
     _tree->rebuildFromNode(_first);
     QCOMPARE(tops(), QStringList("a/13"));
-    action("Show Empty Curves")->trigger();
+    _tree->action("Show Empty Curves")->trigger();
     QCOMPARE(tops(), QStringList("a/12")); // channels without a curve stay
     QVERIFY(row("scale.X") == nullptr);
     select("scale.Y");
     _tree->keySelected();
     _tree->rebuildFromNode(_first);
     QCOMPARE(tops(), QStringList("a/1"));
-    action("Show Empty Curves")->trigger();
+    _tree->action("Show Empty Curves")->trigger();
     QCOMPARE(tops(), QStringList("a/13"));
 }
 
@@ -472,7 +463,7 @@ void tst_kxAnimChannelWidget::setsInfinityModes()
     _tree->rebuildFromNodes({_first, _second});
     const auto choose = [this](const char* menu, const char* mode)
     {
-        for (QAction* const entry : action(menu)->menu()->actions())
+        for (QAction* const entry : _tree->action(menu)->menu()->actions())
             if (entry->text() == mode)
                 entry->trigger();
     };

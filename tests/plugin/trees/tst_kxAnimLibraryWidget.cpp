@@ -342,15 +342,8 @@ void tst_kxAnimLibraryWidget::blursWhatIsBelow()
 {
     _library->resize(200, 400);
     _library->show();
-    const auto action = [this](const QString& text)
-    {
-        for (QAction* const entry : _library->contextMenu()->actions())
-            if (entry->text() == text)
-                return entry;
-        return static_cast<QAction*>(nullptr);
-    };
-    QAction* const blur = action("Motion Blur");
-    QAction* const save = action("Save...");
+    QAction* const blur = _library->action("Motion Blur");
+    QAction* const save = _library->action("Save...");
     const auto open = [this](const QString& path)
     {
         QTimer::singleShot(0, _library->contextMenu(), &QMenu::close);
