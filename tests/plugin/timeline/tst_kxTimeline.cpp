@@ -130,7 +130,7 @@ void tst_kxTimeline::init()
     kernel.setPlaybackRangeHint(0);
     setKernelRanges({0, 0, 25, 50});
     kernel.setCurrentFrame(0, false, true);
-    _pasted.count = _keyed.count = 0;
+    _played.count = _pasted.count = _keyed.count = 0;
 }
 
 void tst_kxTimeline::cleanup()
@@ -184,6 +184,8 @@ void tst_kxTimeline::rangeReachesTimeLine()
 void tst_kxTimeline::playsAndStops()
 {
     kxFramePlayer& player = *kxFramePlayer::the();
+    const auto isToldStopped = [this](int messages) // all since the beginning
+    { return _played.count == messages && !boost::any_cast<bool>(_played.last.get("playing")); };
     panel()._rangeStart->setValue(3);
     panel()._current->setValue(7);
     QCOMPARE(kxAnimManager::the()->currentFrame(), 7.0);
@@ -199,7 +201,7 @@ void tst_kxTimeline::playsAndStops()
     QVERIFY(!panel()._gotoStart->isEnabled());
     send(kxMessageName::FramePlayerUserChanged, "user", static_cast<void*>(&other));
     QVERIFY(panel()._gotoStart->isEnabled());
-    QCOMPARE(sent, QStringList({"playing", "playing", "stopped"}));
+    QVERIFY(isToldStopped(3));
 
     panel()._playRev->click();
     QVERIFY(player.getPlaybackParams().reverse && !panel()._prevKey->isEnabled());
@@ -207,11 +209,11 @@ void tst_kxTimeline::playsAndStops()
     QVERIFY(!panel()._prevKey->isEnabled());
     send(kxMessageName::FinishedPlayingGlobal, "finished", true);
     QVERIFY(panel()._prevKey->isEnabled());
-    QCOMPARE(sent.mid(3), QStringList({"playing", "stopped"}));
+    QVERIFY(isToldStopped(5));
 
     panel()._stop->click();
     QVERIFY(!player.isPlaying());
-    QCOMPARE(boost::any_cast<bool>(_played.last.get("playing")), false);
+    QVERIFY(isToldStopped(6));
     QCOMPARE(kxAnimManager::the()->currentFrame(), 3.0);
     QCOMPARE(panel()._current->value(), 3);
 }
