@@ -20,9 +20,15 @@ void setMergeValue(QUndoCommand& command, std::uint64_t value)
         setMergeValue(const_cast<QUndoCommand&>(*command.child(i)), value); // Qt gives children to read only
 }
 
-bool isEmptyGroup(const kxUndoCommand& command)
+/// True for a command that says so, and for a group without a child that does anything.
+bool isWithoutEffect(const QUndoCommand& command)
 {
-    return typeid(command) == typeid(kxMultiCommand) && command.childCount() == 0;
+    if (command.isObsolete() || typeid(command) != typeid(kxMultiCommand))
+        return command.isObsolete();
+    for (int i = 0; i < command.childCount(); ++i)
+        if (!isWithoutEffect(*command.child(i)))
+            return false;
+    return true;
 }
 
 void announce(const char* name, bool added, const std::vector<int>& ids)
@@ -52,7 +58,7 @@ void kxUndoRecorder::setStack(QUndoStack* stack)
 
 void kxUndoRecorder::add(std::unique_ptr<kxUndoCommand> command)
 {
-    if (command->isObsolete() || isEmptyGroup(*command))
+    if (isWithoutEffect(*command))
         return;
     if (_running == 0)
     {

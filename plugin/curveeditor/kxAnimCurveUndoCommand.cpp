@@ -3,6 +3,8 @@
 #include <curveeditor/kxAnimKeyMath.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace
 {
@@ -30,6 +32,17 @@ std::vector<osg::CCPnt> differencesTo(const std::vector<osg::CCPnt>& points, con
     return differences;
 }
 
+/// True where `difference` is no more than what rounding leaves of a `key` that went away and came back.
+bool isRounding(const osg::CCPnt& difference, const osg::CCPnt& key)
+{
+    const auto isSmall = [](float by, float of, float tangent)
+    { return std::abs(by) <= 2 * std::numeric_limits<float>::epsilon() * std::max(std::abs(of), std::abs(tangent)); };
+    return difference.inType == 0 && difference.outType == 0 && isSmall(difference.x(), key.x(), 0) &&
+           isSmall(difference.y(), key.y(), 0) && isSmall(difference.inX(), key.x(), key.inX()) &&
+           isSmall(difference.inY(), key.y(), key.inY()) && isSmall(difference.outX(), key.x(), key.outX()) &&
+           isSmall(difference.outY(), key.y(), key.outY());
+}
+
 /// Float rounding may leave a key a last digit before its neighbour where both were moved to nearly one time.
 void keepSorted(std::vector<osg::CCPnt>& keys)
 {
@@ -44,6 +57,8 @@ kxAnimCurveUndoCommand::kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, c
     : kxUndoCommand(kxUndoString("Move Control Points", "Animation"), parent), _curveId(curve.getFieldContainerId()),
       _differences(differencesTo(points, curve))
 {
+    const osg::CCPnt none({}, {}, {}, 0, 0);
+    setObsolete(std::count(_differences.begin(), _differences.end(), none) == std::ptrdiff_t(_differences.size()));
 }
 
 int kxAnimCurveUndoCommand::commandId()
@@ -84,6 +99,17 @@ void kxAnimCurveUndoCommand::apply(int sign)
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
+bool kxAnimCurveUndoCommand::isBackAtStart() const
+{
+    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    if (curve == osg::NullFC || curve->getControlPoints().size() != _differences.size())
+        return false;
+    for (osg::UInt32 i = 0; i < _differences.size(); ++i)
+        if (!isRounding(_differences[i], curve->getControlPoints(i)))
+            return false;
+    return true;
+}
+
 bool kxAnimCurveUndoCommand::canMergeWith(const QUndoCommand* other) const
 {
     if (!kxUndoCommand::canMergeWith(other))
@@ -105,5 +131,6 @@ bool kxAnimCurveUndoCommand::mergeWith(const QUndoCommand* other)
     setMergeValue(next.mergeValue());
     for (std::size_t i = 0; i < _differences.size(); ++i)
         _differences[i] = kxAnimKeyMath::added(_differences[i], next._differences[i], 1);
+    setObsolete(isBackAtStart());
     return true;
 }

@@ -8,7 +8,8 @@
 /// Moves the keys of one curve, by differences; the moves of one drag merge into one step.
 ///
 /// The differences go by key index, so that a drag that passes other keys is undone as a whole: a merged step holds for
-/// each index the sum of the movements of whatever key stood there.
+/// each index the sum of the movements of whatever key stood there. A command that moves nothing, and a drag that came
+/// back to its start, are obsolete.
 class kxAnimCurveUndoCommand : public kxUndoCommand
 {
 public:
@@ -28,6 +29,8 @@ public:
 
 private:
     void apply(int sign);
+    /// True where the keys stand as before redo(), but for the rounding that a way there and back leaves.
+    bool isBackAtStart() const;
 
     unsigned int _curveId;
     std::vector<osg::CCPnt> _differences; // one a key, in key order

@@ -44,6 +44,19 @@ void computeTangent(const osg::AnimCurvePtr& curve, unsigned int index, bool isI
     else
         curve->computeOuttangent(index, osg::Int32(type));
 }
+
+/// True where the tangent's own type gives its vector, so that setting that type again changes nothing.
+bool isAsComputed(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn)
+{
+    const osg::CCPnt before = curve->getControlPoints(index);
+    computeTangent(curve, index, isIn, tangentType(before, isIn));
+    const bool isSame = curve->getControlPoints(index) == before;
+    curve->getControlPoints(index) = before;
+    if (isIn || before.outType != Constant || !hasKey(curve, index + 1))
+        return isSame;
+    const osg::CCPnt& next = curve->getControlPoints(index + 1);
+    return isSame && next.inType == Constant && next.intangent() == osg::Vec2f();
+}
 } // namespace
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
@@ -51,6 +64,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
       _oldType(Free), _newType(Free)
 {
+    setObsolete(true);
     if (!hasKey(curve, index))
         return;
     const osg::CCPnt& key = curve->getControlPoints(index);
@@ -61,6 +75,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     _oldType = tangentType(key, isIn);
     _oldVector = tangent(key, isIn);
     _difference = difference;
+    setObsolete(_oldType == Free && difference == osg::Vec2f());
 }
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
@@ -68,6 +83,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
       _oldType(type), _newType(type)
 {
+    setObsolete(true);
     if (!hasKey(curve, index) || type > Free)
         return;
     _curveId = curve.getFieldContainerId();
@@ -78,6 +94,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
         computeTangent(curve, index, isIn, type);
         _difference = tangent(curve->getControlPoints(index), isIn) - _oldVector;
     }
+    setObsolete(type == _oldType && isAsComputed(curve, index, isIn));
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
@@ -116,15 +133,23 @@ void kxAnimTangentUndoCommand::undo()
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     if (!hasKey(curve, _index))
         return;
-    restoreOldVector(curve);
+    // Not by the difference, whose rounding would stay.
+    setTangent(curve->getControlPoints(_index), _isIn, _oldVector);
     restoreNextIn(curve);
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
-void kxAnimTangentUndoCommand::restoreOldVector(const osg::AnimCurvePtr& curve) const
+bool kxAnimTangentUndoCommand::isBackAtStart(const osg::AnimCurvePtr& curve) const
 {
-    if (_oldType != Free) // whose vector came back by its difference
-        setTangent(curve->getControlPoints(_index), _isIn, _oldVector);
+    if (!hasKey(curve, _index))
+        return false;
+    const osg::CCPnt& key = curve->getControlPoints(_index);
+    if (tangent(key, _isIn) != _oldVector || tangentType(key, _isIn) != _oldType)
+        return false;
+    if (!_nextIn || !hasKey(curve, _index + 1))
+        return true;
+    const osg::CCPnt& next = curve->getControlPoints(_index + 1);
+    return next.intangent() == _nextIn->vector && next.inType == _nextIn->type;
 }
 
 void kxAnimTangentUndoCommand::restoreNextIn(const osg::AnimCurvePtr& curve) const
@@ -175,5 +200,6 @@ bool kxAnimTangentUndoCommand::mergeWith(const QUndoCommand* other)
     _difference += next._difference;
     _newType = next._newType;
     _flattensNext = _flattensNext || next._flattensNext;
+    setObsolete(isBackAtStart(kxAnimKeyMath::curveById(_curveId)));
     return true;
 }

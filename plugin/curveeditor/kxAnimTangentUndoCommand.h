@@ -5,7 +5,8 @@
 
 #include <optional>
 
-/// Moves one tangent of one key, which makes it free, or sets its type.
+/// Moves one tangent of one key, which makes it free, or sets its type. Obsolete where it changes nothing, from the
+/// start or by a drag that came back.
 class kxAnimTangentUndoCommand : public kxUndoCommand
 {
 public:
@@ -35,7 +36,8 @@ private:
         unsigned int type;
     };
 
-    void restoreOldVector(const osg::AnimCurvePtr& curve) const;
+    /// True where the tangent, and the in side behind it, stand as before redo().
+    bool isBackAtStart(const osg::AnimCurvePtr& curve) const;
     void restoreNextIn(const osg::AnimCurvePtr& curve) const;
     void apply(const osg::Vector<float, 2>& difference, unsigned int type);
 

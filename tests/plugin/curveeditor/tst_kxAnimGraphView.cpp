@@ -99,6 +99,15 @@ void tst_kxAnimGraphView::aClickLeavesNoStep()
     const QPoint from = graph.at(graph.point(0, 1));
     graph.drag(from, from + QPoint(4, 3));
     QCOMPARE(graph.stack()->count(), 0);
+
+    // Nor one that comes back.
+    graph.scene()->setSnapToGridX(false);
+    graph.scene()->setSnapToGridY(false);
+    kxPress(graph.view.viewport(), from);
+    for (const QPoint& by : {QPoint(13, -7), QPoint(31, -17), QPoint(0, 0)})
+        kxDragTo(graph.view.viewport(), from + by);
+    kxRelease(graph.view.viewport(), from);
+    QCOMPARE(graph.stack()->count(), 0);
 }
 
 void tst_kxAnimGraphView::draggedKeysKeepTheirDistances_data()

@@ -106,6 +106,7 @@ void tst_kxAnimUndoCommands::typeChangesComeBack()
                 const osg::CCPnt& key = curve->getControlPoints(1);
                 QCOMPARE(isIn ? key.inType : key.outType, to);
                 QCOMPARE(isIn ? key.outType : key.inType, from);
+                QVERIFY(kxAnimTangentUndoCommand(curve, 1, isIn, to).isObsolete()); // it is of that type
                 verifyThereAndBack(command, curve, start);
             }
 }
@@ -142,7 +143,23 @@ void tst_kxAnimUndoCommands::tangentMovesMerge()
     QVERIFY(first.mergeWith(&second));
     QCOMPARE(curve->getControlPoints(1).outtangent(), osg::Vec2f(0.25f, -2));
     QCOMPARE(curve->getControlPoints(1).outType, 5u);
+    QVERIFY(!first.isObsolete());
     verifyThereAndBack(first, curve, start);
+
+    // A free tangent comes back exactly, though 1 + (1e-9 - 1) isn't 1e-9; a drag that does so itself is no step.
+    curve->getControlPoints(1).setOuttangent(osg::Vec2f(0.5f, 1e-9f));
+    const QString small = textOf(curve);
+    kxAnimTangentUndoCommand away(curve, 1, false, osg::Vec2f(0.5f, 1));
+    away.redo();
+    verifyThereAndBack(away, curve, small);
+    kxAnimTangentUndoCommand back(curve, 1, false, osg::Vec2f(0.5f, 0));
+    back.redo();
+    QVERIFY(away.mergeWith(&back));
+    QVERIFY(!away.isObsolete());
+    kxAnimTangentUndoCommand home(curve, 1, false, osg::Vec2f(0.5f, 1e-9f));
+    home.redo();
+    QVERIFY(away.mergeWith(&home));
+    QVERIFY(away.isObsolete());
 }
 
 void tst_kxAnimUndoCommands::moveIsRefused_data()
