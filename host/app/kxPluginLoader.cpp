@@ -1,8 +1,12 @@
 #include "kxPluginLoader.h"
 
+#include <kernel/kxModuleRegistry.h>
+#include <kxModuleBase.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QStringList>
 
 #include <exception>
 
@@ -11,6 +15,15 @@ namespace
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxPluginLoader", text);
+}
+
+/// Of the modules that a plug-in makes, those that aren't there.
+QStringList missingModules()
+{
+    QStringList missing{QStringLiteral("Curve Editor"), QStringLiteral("Clip Maker"), QStringLiteral("Timeline")};
+    for (const kxModuleBase* const module : kxModuleRegistry::the().modules())
+        missing.removeAll(module->name());
+    return missing;
 }
 } // namespace
 
@@ -56,7 +69,11 @@ bool kxPluginLoader::start()
     {
         _initPreferences();
         _initPlugin();
-        return true;
+        const QStringList missing = missingModules();
+        if (missing.isEmpty())
+            return true;
+        // The plug-in keeps its exceptions to itself, and logs them.
+        _error = tr("The animation plug-in came without: %1.").arg(missing.join(QStringLiteral(", ")));
     }
     catch (const std::exception& exception)
     {

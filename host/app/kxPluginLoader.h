@@ -19,7 +19,7 @@ public:
     QString file() const { return _library.fileName(); }
 
     /// Makes the preferences page, then the tools. Needs the main window and the dock manager. False where the plug-in
-    /// threw an exception; the reason is in error().
+    /// threw an exception or a module of it is missing; the reason is in error().
     bool start();
 
 private:

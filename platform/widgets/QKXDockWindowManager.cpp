@@ -103,8 +103,10 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
                                          const QString& toolclip, const QIcon& icon, const QString& title, int area,
                                          bool hidden, QMenu* menu)
 {
-    if (!_p->mainWindow || !widget || getDockWidget(name))
+    QKXDockWidget* const present = getDockWidget(name);
+    if (!_p->mainWindow || !widget || (present && present->widget()))
         return nullptr;
+    delete present;
     auto* dock = new QKXDockWidget(title, _p->mainWindow);
     dock->setObjectName(name); // the key of the remembered layout
     dock->setWindowIcon(icon);

@@ -99,6 +99,20 @@ kxAnimClipEditor::kxAnimClipEditor()
     : kxModuleBase("Clip Maker", "Animation", MessageMask, nullptr), _instance(theEditor, this),
       _player(kxFramePlayer::the())
 {
+    try
+    {
+        build();
+    }
+    catch (...)
+    {
+        deleteParts();
+        delete _window; // its name is free for the next start of the plug-in
+        throw;
+    }
+}
+
+void kxAnimClipEditor::build()
+{
     addWindow();
     _wizard = kxAnimWizardGUII::create(kxRequireMainWindow());
     kxAnimWizClipGUI::create(_window);
@@ -113,6 +127,11 @@ kxAnimClipEditor::kxAnimClipEditor()
 }
 
 kxAnimClipEditor::~kxAnimClipEditor()
+{
+    deleteParts();
+}
+
+void kxAnimClipEditor::deleteParts()
 {
     kxClipRefresh::setHandler(nullptr);
     kxAnimWizClipGUI::destroy();

@@ -74,6 +74,9 @@ private Q_SLOTS:
     void pasteClone();
 
 private:
+    void build();
+    /// What no window owns.
+    void deleteParts();
     void addWindow();
     void makeTree();
     void makeView();

@@ -108,6 +108,20 @@ std::vector<osg::NodePtr> resolve(const QList<kxdNode>& nodes)
 kxAnimCurveEditor::kxAnimCurveEditor()
     : kxModuleBase("Curve Editor", "Animation", MessageMask, nullptr), _instance(theEditor, this)
 {
+    try
+    {
+        build();
+    }
+    catch (...)
+    {
+        deleteParts();
+        delete _window; // its name is free for the next start of the plug-in
+        throw;
+    }
+}
+
+void kxAnimCurveEditor::build()
+{
     addWindow();
     makeGraph();
     makeLibrary();
@@ -121,6 +135,11 @@ kxAnimCurveEditor::kxAnimCurveEditor()
 }
 
 kxAnimCurveEditor::~kxAnimCurveEditor()
+{
+    deleteParts();
+}
+
+void kxAnimCurveEditor::deleteParts()
 {
     delete _graphView;
     delete _library;

@@ -89,6 +89,9 @@ private:
         Value
     };
 
+    void build();
+    /// What no window owns.
+    void deleteParts();
     void addWindow();
     void makeGraph();
     void makeLibrary();

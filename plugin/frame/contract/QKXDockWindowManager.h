@@ -30,9 +30,10 @@ public:
     explicit QKXDockWindowManager(QMainWindow* mainWindow);
     ~QKXDockWindowManager() override;
 
-    /// Puts `widget` into a dock window and owns it from now on. `name` is unique: the key of getDockWidget() and show(),
-    /// and of the remembered layout; a second add() of a name gives null and leaves the widget alone. `toolclip` is the
-    /// page of the help. `area` 0 leaves the place to the manager. `menu` null, or a menu for the title bar.
+    /// Puts `widget` into a dock window and owns it from now on. `name` is unique: the key of getDockWidget() and
+    /// show(), and of the remembered layout; a second add() of a name gives null and leaves the widget alone, unless
+    /// the first one's widget has died. `toolclip` is the page of the help. `area` 0 leaves the place to the manager.
+    /// `menu` null, or a menu for the title bar.
     QKXDockWidget* add(const QString& name, const QString& category, QWidget* widget, const QString& toolclip,
                        const QIcon& icon, const QString& title, int area, bool hidden, QMenu* menu);
     /// As add(), for a tool bar at the bottom of the main window, `visible` at first.

@@ -70,6 +70,19 @@ int runHost(int argc, char** argv)
     QKXDockWindowManager docks(&window);
     kxHostHooks::the().setMainWindow(&window);
     kxHostHooks::the().setDockWindowManager(&docks);
+    {
+        // The second module fails when its window is docked already.
+        QObject context;
+        QObject::connect(&docks, &QKXDockWindowManager::added, &context,
+                         [](const QString& name)
+                         {
+                             if (name == "Clip Maker")
+                                 kxHostHooks::the().setMainWindow(nullptr);
+                         });
+        initPlugin();
+        std::printf("modules %d\n", int(kxModuleRegistry::the().modules().size()));
+        kxHostHooks::the().setMainWindow(&window);
+    }
     for (int round = 0; round < 2; ++round)
     {
         initPreferences();
@@ -77,6 +90,7 @@ int runHost(int argc, char** argv)
     }
     tellModules();
     std::printf("docks %d bars %d\n", int(docks.dockWidgets().size()), int(docks.toolBars().size()));
+    std::printf("clips %d\n", docks.getDockWidget("Clip Maker")->widget() != nullptr);
     kxMessage message;
     std::printf("handlers of one message %d\n", kxController::call(kxMessageName::SelectedAnimations, message, 0));
     for (kxModuleBase* module : kxModuleRegistry::the().modules())
@@ -123,10 +137,12 @@ void tst_kxPlugin::livesAndDies()
                                      "interpreter 1",
                                      "script 1",
                                      "modules 0",
+                                     "modules 1",
                                      "module Curve Editor Animation 38288130",
                                      "module Clip Maker Animation 4a88130",
                                      "module Timeline Animation a00010",
                                      "docks 3 bars 1",
+                                     "clips 1",
                                      "handlers of one message 1",
                                      "kxAnimControlWidget::~kxAnimControlWidget",
                                      "gone Timeline",
