@@ -3,6 +3,7 @@
 #include "kxHostMessages.h"
 
 #include <kxController.h>
+#include <kxMessageNames.h>
 #include <osg/AnimNode.h>
 #include <osg/SceneCores.h>
 #include <osg/Vector.h>
@@ -79,6 +80,44 @@ bool setNodes(kxMessage& message, const std::string& key, const bp::object& valu
     else
         message.set(key, nodes);
     return true;
+}
+
+/// A whole number is a double there, too.
+bool setDouble(kxMessage& message, const std::string& key, const bp::object& value)
+{
+    return !PyBool_Check(value.ptr()) && setAs<double>(message, key, value);
+}
+
+bool setUnsigned(kxMessage& message, const std::string& key, const bp::object& value)
+{
+    return !PyBool_Check(value.ptr()) && PyLong_Check(value.ptr()) && setAs<unsigned int>(message, key, value);
+}
+
+/// An attribute of a named message whose type the value alone doesn't tell.
+struct Known
+{
+    const char* message;
+    const char* key;
+    bool (*set)(kxMessage& message, const std::string& key, const bp::object& value);
+};
+
+const Known KnownAttributes[] = {
+    {kxMessageName::CurrentFrameChanged, "frame", setDouble},
+    {kxMessageName::FramePlayerFrameChanged, "frame", setDouble},
+    {kxMessageName::FrameChangedCurveEditor, "frame", setDouble},
+    {kxMessageName::DequeuedAnimation, "animNodeId", setUnsigned},
+    {kxMessageName::SelectedAnimations, "nodes", setAs<std::vector<osg::AnimNodePtr>>},
+    {kxMessageName::ClipBlockSelected, "blockNodes", setAs<std::vector<osg::AnimNodePtr>>},
+    {kxMessageName::SelectMaterials, "materials", setAs<std::vector<osg::MaterialPtr>>},
+};
+
+/// False for an attribute that isn't in the table, and for a value of another type.
+bool setKnown(kxMessage& message, const std::string& name, const std::string& key, const bp::object& value)
+{
+    for (const Known& known : KnownAttributes)
+        if (name == known.message && key == known.key)
+            return known.set(message, key, value);
+    return false;
 }
 
 bool setNames(kxMessage& message, const std::string& key, const bp::object& value)
@@ -169,7 +208,9 @@ bp::dict kxHostMessages::send(const std::string& name, const bp::dict& attribute
         const bp::extract<std::string> key(items[i][0]);
         if (!PyUnicode_Check(bp::object(items[i][0]).ptr()))
             kxRaise(PyExc_TypeError, "the keys of a message's attributes are str");
-        setAttribute(message, key(), items[i][1]);
+        const bp::object value(items[i][1]);
+        if (!setKnown(message, name, key(), value))
+            setAttribute(message, key(), value);
     }
     kxController::call(name, message, 0);
     return kxHostMessages::attributes(message);

@@ -20,6 +20,7 @@ void setAttribute(kxMessage& message, const std::string& key, const boost::pytho
 /// All attributes as a dict. Unsigned numbers are int, pointers and values of other types are left out.
 boost::python::dict attributes(const kxMessage& message);
 
-/// Sends the named message with these attributes and gives all that it carries afterwards.
+/// Sends the named message with these attributes and gives all that it carries afterwards. What its receivers read has
+/// the type that they read, where a value leaves it open: ids are unsigned, frames doubles, an empty list is of theirs.
 boost::python::dict send(const std::string& name, const boost::python::dict& attributes);
 } // namespace kxHostMessages

@@ -267,6 +267,21 @@ void tst_kxHostModule::messagesCarryExactTypes()
     QVERIFY(attribute<osg::AnimNodePtr>("one") && *attribute<osg::AnimNodePtr>("one") == clip);
     QVERIFY(attribute<std::vector<osg::AnimNodePtr>>("all"));
     clip->subRef();
+
+    // What is read as a type that the value leaves open.
+    const std::vector<const char*> names{"dequeuedAnimation", "frameChangedCurveEditor", "selectedAnimations"};
+    for (const char* const name : names)
+        kxController::addCB(name, receive);
+    run("sendMessage('dequeuedAnimation', {'animNodeId': 2**32 - 1})");
+    QVERIFY(attribute<unsigned int>("animNodeId") && *attribute<unsigned int>("animNodeId") == 0xFFFFFFFFu);
+    run("sendMessage('frameChangedCurveEditor', {'frame': 4})");
+    QVERIFY(attribute<double>("frame") && *attribute<double>("frame") == 4.0);
+    run("sendMessage('selectedAnimations', {'nodes': []})");
+    QVERIFY(attribute<std::vector<osg::AnimNodePtr>>("nodes"));
+    run("sendMessage('selectedAnimations', {'nodes': 'text'})"); // as it is, for the receiver to refuse
+    QVERIFY(attribute<std::string>("nodes"));
+    for (const char* const name : names)
+        kxController::subCB(name, receive);
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()
