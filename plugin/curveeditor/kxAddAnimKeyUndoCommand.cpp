@@ -101,9 +101,12 @@ void kxAddAnimKeyUndoCommand::removeIndices(const osg::AnimCurvePtr& curve)
         if (_isDelete)
             _points.push_back(curve->getControlPoints(k));
         curve->subPoint(k);
-        if (index != removed) // else no key is left before it
-            curve->computeOuttangent(k - 1, -1);
-        curve->computeIntangent(k, -1);
+        if (!_keepsTangents)
+        {
+            if (index != removed) // else no key is left before it
+                curve->computeOuttangent(k - 1, -1);
+            curve->computeIntangent(k, -1);
+        }
         ++removed;
     }
 }

@@ -21,6 +21,10 @@ public:
     kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, std::vector<unsigned int>&& indices,
                             QUndoCommand* parent = nullptr);
 
+    /// The keys beside deleted ones keep their tangents: for deleting keys that change nothing. Before the first
+    /// redo().
+    void keepTangents() { _keepsTangents = true; }
+
     /// The class id, as id() gives it.
     static int commandId();
 
@@ -45,6 +49,7 @@ private:
     void restoreKept(const osg::AnimCurvePtr& curve);
 
     bool _isDelete;
+    bool _keepsTangents = false;
     unsigned int _curveId;
     std::vector<osg::CCPnt> _points;    // in ascending time
     std::vector<unsigned int> _indices; // of the keys that were inserted, or that are deleted; ascending

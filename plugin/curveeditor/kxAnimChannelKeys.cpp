@@ -140,7 +140,7 @@ void kxAnimChannelKeys::removeConstant(const std::vector<osg::AnimCurvePtr>& cur
             continue;
         std::vector<unsigned int> indices = constantKeys(*curve);
         if (!indices.empty())
-            new kxAddAnimKeyUndoCommand(curve, std::move(indices), group.get()); // owned by the group
+            (new kxAddAnimKeyUndoCommand(curve, std::move(indices), group.get()))->keepTangents(); // owned by the group
     }
     addGroup(std::move(group));
 }
