@@ -7,6 +7,7 @@
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 #include <scene/kxScene.h>
 
 #include <QFileInfo>
@@ -83,11 +84,21 @@ private:
         tinygltf::Scene scene;
         scene.name = "Scene";
         for (const NodePtr& child : kxScene::the()->root()->getChildren())
-            scene.nodes.push_back(addNode(child, child->isActive()));
+            if (!isLeftOut(child))
+                scene.nodes.push_back(addNode(child, child->isActive()));
         _model.scenes.push_back(std::move(scene));
         _model.defaultScene = 0;
         for (const auto& [id, node] : _skinned)
             addSkin(id, node);
+    }
+
+    /// The format knows no clipping planes; one that objects hang on is written as their place.
+    bool isLeftOut(const NodePtr& node)
+    {
+        if (ClippingPlanePtr::dcast(node->getCore()) == NullFC)
+            return false;
+        _report.note(QStringLiteral("clipping planes are left out"));
+        return node->getNChildren() == 0;
     }
 
     int addNode(const NodePtr& node, bool shown)
@@ -119,7 +130,7 @@ private:
             const NodePtr child = node->getChild(i);
             const bool chosen =
                 choice == NullFC || choice->getChoice() == Switch::All || choice->getChoice() == Int32(i);
-            if (parts.count(child->getId()) == 0)
+            if (parts.count(child->getId()) == 0 && !isLeftOut(child))
                 entry.children.push_back(addNode(child, shown && chosen && child->isActive()));
         }
         _model.nodes[std::size_t(index)] = std::move(entry);

@@ -4,6 +4,7 @@
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
 #include <scene/Mesh.h>
 #include <scene/UberMaterial.h>
 
@@ -221,9 +222,11 @@ void tst_kxGltfExport::objectsComeBack()
     light->setIntensity(12);
     light->setConeAngle(60);
     addNode(object, "lamp", light);
+    addNode(root, "cut", ClippingPlane::create());
     for (const char* suffix : {"glb", "gltf"})
     {
         QVERIFY(roundTrip(suffix));
+        QVERIFY(nodeNamed("cut") == NullFC); // the format has none
         const NodePtr back = nodeNamed("R\u00e4der \"1\"");
         const GeometryPtr shape = GeometryPtr::dcast(back->getCore());
         QVERIFY(angleBetween(quaternionOf(shape->getEulerRotation()), quaternionOf(Vec3f(10, -70, 200))) < 0.01);
