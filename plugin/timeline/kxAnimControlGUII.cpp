@@ -379,7 +379,7 @@ void kxAnimControlGUII::showKeys(const kxMessage& message)
             const QColor color = colorOf(curve);
             for (const osg::CCPnt& key : curve->getControlPoints())
             {
-                const float frame = float(key.x() * fps);
+                const float frame = kxKeyFrames::ofKey(key.x(), fps);
                 if (!std::isfinite(frame))
                     continue;
                 if (!marks.contains(frame))

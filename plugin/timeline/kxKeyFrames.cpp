@@ -10,6 +10,13 @@ bool isLess(double a, double b)
 {
     return a < b;
 }
+
+double snapped(double frame, double relativeSlack)
+{
+    const double whole = std::nearbyint(frame);
+    const double slack = std::min(0.25, std::abs(frame) * relativeSlack + 1.0e-9);
+    return std::abs(frame - whole) <= slack ? whole : frame;
+}
 } // namespace
 
 int kxKeyFrames::truncated(double frame)
@@ -18,7 +25,12 @@ int kxKeyFrames::truncated(double frame)
         return 0;
     constexpr double Lowest = std::numeric_limits<int>::min();
     constexpr double Highest = std::numeric_limits<int>::max();
-    return int(std::clamp(frame, Lowest, Highest));
+    return int(std::clamp(snapped(frame, 1.0e-9), Lowest, Highest));
+}
+
+float kxKeyFrames::ofKey(float seconds, double fps)
+{
+    return float(snapped(double(seconds) * fps, 2.4e-7));
 }
 
 float kxKeyFrames::previous(const std::set<float>& keys, int frame)

@@ -265,6 +265,14 @@ void tst_kxTimeline::walksKeys()
     QCOMPARE(panel()._timeLine->keyFrames(), expected);
     send(kxMessageName::SelectedAnimations, "nodes", std::vector<osg::AnimNodePtr>());
     QVERIFY(panel()._timeLine->keyFrames().isEmpty());
+
+    // 53 / 25 as a float is a little less.
+    kxAnimManager::the()->setFPS(25);
+    const kxOwned<osg::AnimNode> rounded(makeAnimation({53 * 24 / 25.0f, 0}, {}));
+    send(kxMessageName::SelectedAnimations, "nodes", std::vector<osg::AnimNodePtr>{rounded});
+    panel()._timeLine->setEndFrame(100);
+    QCOMPARE(walk(panel()._nextKey), 53);
+    QCOMPARE(walk(panel()._prevKey), 0);
 }
 
 void tst_kxTimeline::followsKernel()
@@ -296,7 +304,8 @@ void tst_kxTimeline::curveEditorMovesFrame()
 {
     // What is shown is cut towards 0; what is no number moves nothing.
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (const auto& [frame, shown, current] : {std::make_tuple(12.75, 12, 12.75), {-3.5, -3, -3.5}, {nan, -3, -3.5}})
+    for (const auto& [frame, shown, current] :
+         {std::make_tuple(12.75, 12, 12.75), {9.9999999999, 10, 9.9999999999}, {-3.5, -3, -3.5}, {nan, -3, -3.5}})
     {
         send(kxMessageName::FrameChangedCurveEditor, "frame", frame);
         QCOMPARE(panel()._current->value(), shown);
