@@ -4,6 +4,7 @@
 
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
+#include <kxOwned.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
@@ -302,7 +303,8 @@ void tst_kxAnimWizClipGUI::anotherClipTakesTheFirstBack()
 void tst_kxAnimWizClipGUI::startTimeFindsAFreeTrack()
 {
     WizClip f;
-    const AnimNodePtr neighbour = f.clone(f.block("n", {f.curve("translation", "X", {{0, 0}, {2, 1}})}), 6);
+    const kxOwned<AnimNode> source(f.block("n", {f.curve("translation", "X", {{0, 0}, {2, 1}})}));
+    const AnimNodePtr neighbour = f.clone(source, 6);
     f.outer->addChild(neighbour);
     f.outer->setOffset(Vec2f(10, 0)); // times are those of the root
     f.changed(f.outer, AnimNode::OffsetFieldMask | Node::ChildrenFieldMask);
