@@ -184,14 +184,18 @@ void kxAnimClipItem::hoverMoveEvent(QGraphicsSceneHoverEvent* event)
     kxAnimAbstractClipItem::hoverMoveEvent(event);
 }
 
+kxClipGeometry::Handle kxAnimClipItem::handleAt(const QPointF& scenePlace) const
+{
+    // A bar that can't be moved gets no release either, so that a handle would stay pressed.
+    return flags().testFlag(ItemIsMovable)
+               ? kxClipGeometry::handleAt(mapFromScene(scenePlace), rect(), paintScale(), kxPlatform::getDpiScaleX())
+               : kxClipGeometry::Handle::None;
+}
+
 void kxAnimClipItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
 {
     kxAnimAbstractClipItem::mousePressEvent(event);
-    // A bar that can't be moved gets no release either, so that a handle would stay pressed.
-    const kxClipGeometry::Handle handle =
-        flags().testFlag(ItemIsMovable)
-            ? kxClipGeometry::handleAt(event->pos(), rect(), paintScale(), kxPlatform::getDpiScaleX())
-            : kxClipGeometry::Handle::None;
+    const kxClipGeometry::Handle handle = handleAt(event->scenePos());
     _leftPressed = handle == kxClipGeometry::Handle::Left;
     _rightPressed = handle == kxClipGeometry::Handle::Right;
     update();

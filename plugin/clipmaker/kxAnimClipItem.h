@@ -1,6 +1,7 @@
 #pragma once
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
+#include <clipmaker/kxAnimClipGeometry.h>
 
 #include <QVector>
 
@@ -22,6 +23,9 @@ public:
 
     void updateMenu() override;
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+    /// The end of the bar that a press at this place would stretch.
+    kxClipGeometry::Handle handleAt(const QPointF& scenePlace) const;
 
 public Q_SLOTS:
     void play();

@@ -427,7 +427,25 @@ void kxAnimClipScene::mousePressEvent(QGraphicsSceneMouseEvent* event)
     const kxClipLayout::TrackButton pressed = trackButtonAt(event->scenePos());
     if (pressed.button != kxClipLayout::Button::None)
         pressTrackButton(pressed);
+    // The time line is broad and in front. A bar that begins where it stands can be stretched all the same; the line is
+    // taken beside the bars.
+    const Qt::MouseButtons buttons = _timeItem != nullptr ? _timeItem->acceptedMouseButtons() : Qt::NoButton;
+    if (_timeItem != nullptr && isOnHandle(event->scenePos()))
+        _timeItem->setAcceptedMouseButtons(Qt::NoButton);
     QGraphicsScene::mousePressEvent(event);
+    if (_timeItem != nullptr)
+        _timeItem->setAcceptedMouseButtons(buttons);
+}
+
+bool kxAnimClipScene::isOnHandle(const QPointF& place) const
+{
+    return std::any_of(_bars.begin(), _bars.end(),
+                       [&place](const kxAnimAbstractClipItem* bar)
+                       {
+                           const auto* const clip = dynamic_cast<const kxAnimClipItem*>(bar);
+                           return clip != nullptr && clip->sceneBoundingRect().contains(place) &&
+                                  clip->handleAt(place) != kxClipGeometry::Handle::None;
+                       });
 }
 
 void kxAnimClipScene::mouseMoveEvent(QGraphicsSceneMouseEvent* event)

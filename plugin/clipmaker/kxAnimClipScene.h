@@ -173,6 +173,7 @@ private:
     void forget(QObject* bar);
 
     /// What lies under a place of the scene, in the view's scale.
+    bool isOnHandle(const QPointF& place) const;
     kxClipLayout::TrackButton trackButtonAt(const QPointF& place) const;
     void pressTrackButton(const kxClipLayout::TrackButton& pressed);
 

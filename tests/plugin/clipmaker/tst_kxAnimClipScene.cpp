@@ -34,6 +34,7 @@ private Q_SLOTS:
     void followsUndo();
     void followsEditsOfOthers();
     void followsWhenADragEnds();
+    void endsBehindTheTimeLine();
 };
 
 void tst_kxAnimClipScene::numbersTheRuler()
@@ -417,6 +418,24 @@ void tst_kxAnimClipScene::followsEditsOfOthers()
     f.clipNode.release();
     QApplication::processEvents();
     QCOMPARE(f.barItems(), 0);
+}
+
+void tst_kxAnimClipScene::endsBehindTheTimeLine()
+{
+    kxShownClip f;
+    const AnimNodePtr node = f.add(f.blockOf(2), 1);
+    f.show();
+    f.scene.setTime(24); // where the bar begins
+    f.port()->grab();    // the column is where it was drawn
+    const QPoint end = f.at(24, 0) + QPoint(3, 0), beside = f.at(24, 1);
+    for (const QPoint& place : {end, beside})
+    {
+        kxPress(f.port(), place);
+        kxDragTo(f.port(), place + QPoint(40, 0));
+        kxRelease(f.port(), place + QPoint(40, 0));
+        QCOMPARE(f.scene.time() > 24, place == beside);
+        QVERIFY(node->getOffset().x() > 1 && node->getScale() < 1);
+    }
 }
 
 void tst_kxAnimClipScene::followsWhenADragEnds()
