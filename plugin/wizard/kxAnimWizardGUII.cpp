@@ -27,6 +27,8 @@
 #include <QShowEvent>
 #include <QSignalBlocker>
 
+#include <algorithm>
+
 namespace
 {
 constexpr double DefaultDuration = 2.0;
@@ -109,9 +111,21 @@ void kxAnimWizardGUII::showWizard()
     _preview->setChecked(false); // the first page has no button for it
     restart();
     setWindowState(windowState() & ~Qt::WindowMinimized);
+    if (!isVisible() && !testAttribute(Qt::WA_Moved))
+        placeAside();
     show();
     raise();
     activateWindow();
+}
+
+void kxAnimWizardGUII::placeAside()
+{
+    if (parentWidget() == nullptr)
+        return;
+    const QRect around = parentWidget()->window()->geometry();
+    resize(minimumSizeHint().expandedTo(minimumSize()));
+    move(std::max(around.left(), around.right() + 1 - width()),
+         std::max(around.top(), around.center().y() - height() / 2));
 }
 
 void kxAnimWizardGUII::showEvent(QShowEvent* event)
