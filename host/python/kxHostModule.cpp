@@ -310,6 +310,14 @@ void defineRows()
             "@rtype: tuple of int\n\n"
             "@raise LookupError: No visible widget has this name, or more than one has.\n"
             "@raise TypeError: The widget is no graphics view.");
+    bp::def("pointInView", kxHostWidgets::pointInView, bp::args("point"),
+            "Gets where a point of the scene lies on the screen, as the 3D view shows it.\n\n"
+            "@param point: A place in the coordinates of the whole scene.\n\n"
+            "@type point: Vec3f\n\n"
+            "@return: x and y in pixels of the screen.\n\n"
+            "@rtype: tuple of int\n\n"
+            "@raise LookupError: No 3D view is visible, or the point lies behind the eye.\n"
+            "@raise ValueError: A number isn't finite.");
 }
 
 void defineWidgets()

@@ -24,6 +24,7 @@ namespace bp = boost::python;
 namespace
 {
 constexpr int LongestRange = 1000000; // frames
+constexpr double SameTime = 1e-4;     // seconds between a key and the time that a script gives for it
 
 std::vector<kxSceneObjects::Entry> entries()
 {
@@ -93,15 +94,60 @@ osg::NodePtr clippingPlane(bool on)
     return kxClippingPlane::node();
 }
 
+/// The curve of a block, or of an object's keys that stand in no block.
 osg::AnimCurvePtr curveOf(const osg::NodePtr& object, const std::string& channel)
 {
+    if (object == osg::NullFC)
+        kxRaise(PyExc_ValueError, "the object is null, or it is gone");
     std::vector<osg::AnimNodePtr> nodes;
-    kxAnimManager::the()->getChannelCurveNodes(object, nodes);
+    if (osg::AnimBlockPtr::dcast(object->getCore()) != osg::NullFC)
+    {
+        for (const osg::NodePtr& child : object->getChildren())
+            if (const osg::AnimNodePtr node = osg::AnimNodePtr::dcast(child))
+                nodes.push_back(node);
+    }
+    else
+        kxAnimManager::the()->getChannelCurveNodes(object, nodes);
     for (const osg::AnimNodePtr& node : nodes)
         if (node->getNodeName() == channel)
             if (const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(node->getCore()))
                 return curve;
     kxRaise(PyExc_ValueError, "the object has no keys of '" + channel + "'");
+}
+
+bp::list keys(const osg::NodePtr& object, const std::string& channel)
+{
+    bp::list found;
+    for (const osg::CCPnt& key : curveOf(object, channel)->getControlPoints())
+        found.append(bp::make_tuple(key.point().x(), key.point().y()));
+    return found;
+}
+
+/// The same key at another value; the tangents that have a type follow from it anew.
+osg::CCPnt withValue(const osg::CCPnt& key, float value)
+{
+    const osg::UInt32 free = osg::UInt32(osg::TangentType::Free);
+    return osg::CCPnt(osg::Pnt2f(key.point().x(), value), key.inType == free ? key.intangent() : osg::Vec2f(),
+                      key.outType == free ? key.outtangent() : osg::Vec2f(), key.inType, key.outType);
+}
+
+void setKey(const osg::NodePtr& object, const std::string& channel, double seconds, double value)
+{
+    const osg::AnimCurvePtr curve = curveOf(object, channel);
+    const osg::Pnt2f place{float(seconds), float(value)};
+    if (!std::isfinite(place.x()) || !std::isfinite(place.y()))
+        kxRaise(PyExc_ValueError, "time and value of a key have to be finite numbers");
+    const auto before = curve->getControlPoints();
+    const auto there = std::find_if(before.begin(), before.end(),
+                                    [seconds](const osg::CCPnt& key)
+                                    { return std::abs(double(key.point().x()) - seconds) < SameTime; });
+    osg::CCPnt key(place, osg::Vec2f(), osg::Vec2f(), 1, 1);
+    if (there != before.end())
+        key = withValue(*there, place.y());
+    curve->addControlPoint(key, true, true);
+    const osg::FieldValue after(curve->getControlPoints());
+    curve->editControlPoints() = before; // the step does it
+    kxSceneEdits::setField({curve}, "controlPoints", after);
 }
 
 void setInfinity(const osg::NodePtr& object, const std::string& channel, const std::string& before,
@@ -117,8 +163,6 @@ void setInfinity(const osg::NodePtr& object, const std::string& channel, const s
                 "no mode is called '" + word + "'; there are: constant, linear, loop, loop with offset, oscillate");
     };
     const osg::UInt32 pre = modeOf(before), post = modeOf(after);
-    if (object == osg::NullFC)
-        kxRaise(PyExc_ValueError, "the object is null, or it is gone");
     const std::vector<osg::FieldContainerPtr> target = {curveOf(object, channel)};
     kxSceneEdits::setField(target, "preInfinityMode", osg::FieldValue(pre));
     kxSceneEdits::setField(target, "postInfinityMode", osg::FieldValue(post));
@@ -229,7 +273,7 @@ void defineAnimation()
 {
     bp::def("setInfinity", setInfinity, bp::args("object", "channel", "before", "after"),
             "Says what a keyed channel does before its first and after its last key.\n\n"
-            "@param object: A node with keys that stand in no block.\n\n"
+            "@param object: A block, or a node with keys that stand in no block.\n\n"
             "@type object: NodePtr\n\n"
             "@param channel: As in \"rotation.Y\".\n\n"
             "@type channel: string\n\n"
@@ -238,6 +282,27 @@ void defineAnimation()
             "@param after: The same.\n\n"
             "@type after: string\n\n"
             "@raise ValueError: There is no such mode, or the channel has no keys.");
+    bp::def("keys", keys, bp::args("object", "channel"),
+            "Lists the keys of a channel.\n\n"
+            "@param object: A block, or a node with keys that stand in no block.\n\n"
+            "@type object: NodePtr\n\n"
+            "@param channel: As in \"rotation.Y\".\n\n"
+            "@type channel: string\n\n"
+            "@return: Time in seconds and value of each key, in order.\n\n"
+            "@rtype: list of (float, float)\n\n"
+            "@raise ValueError: The object is null, or the channel has no keys.");
+    bp::def("setKey", setKey, bp::args("object", "channel", "seconds", "value"),
+            "Gives a key another value, or adds a key where there is none at that time. Copies of a block that stand "
+            "in clips share its keys. One step on the undo stack.\n\n"
+            "@param object: A block, or a node with keys that stand in no block.\n\n"
+            "@type object: NodePtr\n\n"
+            "@param channel: As in \"rotation.Y\", one that has keys.\n\n"
+            "@type channel: string\n\n"
+            "@param seconds: The time of the key, from the start of the block.\n\n"
+            "@type seconds: float\n\n"
+            "@param value: The value.\n\n"
+            "@type value: float\n\n"
+            "@raise ValueError: The object is null, the channel has no keys, or a number isn't finite.");
     bp::def("setCycles", setCycles, bp::args("animation", "cycles"),
             "Says how often a clip or a block repeats after its first pass.\n\n"
             "@param animation: The clip, or the copy of a block that stands in one.\n\n"

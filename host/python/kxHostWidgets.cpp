@@ -2,6 +2,8 @@
 
 #include "kxHostWidgets.h"
 
+#include <view/kxView3D.h>
+
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QGraphicsView>
@@ -15,6 +17,7 @@
 #include <QVariant>
 #include <QWidget>
 
+#include <algorithm>
 #include <cmath>
 
 namespace bp = boost::python;
@@ -195,6 +198,27 @@ bp::tuple kxHostWidgets::scenePoint(const std::string& path, double x, double y)
     const auto& view = findAs<QGraphicsView>(path, "graphics view");
     const QPoint place = onScreen(*view.viewport(), view.viewportTransform().map(QPointF(x, y)));
     return bp::make_tuple(place.x(), place.y());
+}
+
+bp::tuple kxHostWidgets::pointInView(const osg::Vec3f& point)
+{
+    const QVector3D place(point.x(), point.y(), point.z());
+    if (!std::isfinite(place.x()) || !std::isfinite(place.y()) || !std::isfinite(place.z()))
+        kxRaise(PyExc_ValueError, "the point is no place: its numbers have to be finite");
+    const auto widgets = QApplication::allWidgets();
+    for (QWidget* const widget : widgets)
+    {
+        auto* const view = qobject_cast<kxView3D*>(widget);
+        if (view == nullptr || !view->isVisible())
+            continue;
+        const QSizeF size = view->size();
+        QPointF seen;
+        if (!view->viewCamera(float(size.width() / std::max(1.0, size.height()))).project(place, size, seen))
+            kxRaise(PyExc_LookupError, "the point lies behind the eye");
+        const QPoint found = onScreen(*view, seen);
+        return bp::make_tuple(found.x(), found.y());
+    }
+    kxRaise(PyExc_LookupError, "there is no visible 3D view");
 }
 
 bp::object kxHostWidgets::property(const std::string& path, const std::string& name)

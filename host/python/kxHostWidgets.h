@@ -2,6 +2,8 @@
 
 #include <boost/python.hpp>
 
+#include <osg/Vector.h>
+
 #include <string>
 
 /// The widgets on the screen for scripts that show or test how the application is used.
@@ -22,10 +24,15 @@ std::string rowText(const std::string& path, const boost::python::list& row, int
 /// The place of an entry of a menu, menu bar or tool bar, as rect(). `path` empty: of the menu that is open. Raises
 /// LookupError where there is no visible entry of this text.
 boost::python::tuple actionRect(const std::string& path, const std::string& text);
-/// The place of a tab of this text, as rect(): of tabbed dock windows, mostly. Raises LookupError where none is visible.
+/// The place of a tab of this text, as rect(): of tabbed dock windows, mostly. Raises LookupError where none is
+/// visible.
 boost::python::tuple tabRect(const std::string& text);
 /// (x, y) in pixels of the screen of a point of the scene that a graphics view shows.
 boost::python::tuple scenePoint(const std::string& path, double x, double y);
+/// (x, y) in pixels of the screen of a point of the 3D scene, also one beside or behind what the view shows of it.
+/// Raises LookupError where no 3D view is visible or the point lies behind the eye, ValueError for numbers that aren't
+/// finite.
+boost::python::tuple pointInView(const osg::Vec3f& point);
 /// A property that is a truth value, a number or a text; others raise TypeError, unknown ones KeyError.
 boost::python::object property(const std::string& path, const std::string& name);
 } // namespace kxHostWidgets

@@ -1,4 +1,5 @@
 #include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
@@ -46,6 +47,7 @@ private Q_SLOTS:
     void cleanup();
     void scripts_data();
     void scripts();
+    void settingAKeyIsOneStep();
     void settingAValueIsOneStep();
     void messagesCarryExactTypes();
     void everyFunctionIsDescribed();
@@ -220,6 +222,33 @@ void tst_kxHostModule::scripts()
 {
     QFETCH(QString, script);
     run(script);
+}
+
+void tst_kxHostModule::settingAKeyIsOneStep()
+{
+    const osg::AnimAttachmentPtr attachment = osg::AnimAttachmentBase::create();
+    _door->addAttachment(attachment);
+    const osg::AnimNodePtr node =
+        kxAnimManager::the()->createChannelCurveNode(attachment, "translation", 0, "X", std::string());
+    const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(node->getCore());
+    QVERIFY(curve != osg::NullFC);
+    const osg::UInt32 flat = osg::UInt32(osg::TangentType::Flat);
+    for (const osg::Pnt2f place : {osg::Pnt2f(0, 0), osg::Pnt2f(2, 4)})
+        curve->addPoint(place, osg::Vec2f(), osg::Vec2f(), flat, flat, false, true);
+    run("door, x = findNode('Door'), 'translation.X'\n"
+        "setKey(door, x, 1, 9)\n"
+        "assert keys(door, x) == [(0, 0), (1, 9), (2, 4)] and undoCount() == 1\n"
+        "setKey(door, x, 2.00001, 6)\n"
+        "assert keys(door, x) == [(0, 0), (1, 9), (2, 6)] and undoCount() == 2\n"
+        "for bad in ((float('nan'), 1), (1, float('inf')), (1e300, 1)):\n"
+        "    refused(ValueError, 'finite', setKey, door, x, *bad)\n"
+        "refused(ValueError, 'no keys', setKey, door, 'rotation.X', 1, 1)\n"
+        "refused(ValueError, 'null', keys, None, x); refused(ValueError, 'null', setKey, None, x, 1, 1)\n"
+        "assert undoCount() == 2 and keys(door, x)[2] == (2, 6)");
+    QCOMPARE(curve->getControlPoints(2).inType, flat);
+    QCOMPARE(curve->getControlPoints(1).inType, osg::UInt32(osg::TangentType::Linear));
+    run("assert undo() and keys(door, x)[2] == (2, 4) and undo() and len(keys(door, x)) == 2 and redo()");
+    QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
 }
 
 void tst_kxHostModule::settingAValueIsOneStep()
