@@ -194,8 +194,8 @@ class Application:
             return start + round(part * (size - 1) if 0 <= part <= 1 else part if part > 1 else size + part)
         return place(left, width, x), place(top, height, y)
 
-    def click(self, widget, x=0.5, y=0.5, count=1, button=1):
-        self._display.xdotool("mousemove", *self.point(widget, x, y), "click", "--repeat", count, "--delay", 40, button)
+    def click(self, widget, x=0.5, y=0.5, count=1, button=1, held=None):
+        self.click_at(self.point(widget, x, y), button, count, held)
 
     def press(self, widget, x, y, button=1):
         self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", button)
@@ -213,8 +213,9 @@ class Application:
     def release(self, button=1):
         self._display.xdotool("mouseup", button)
 
-    def click_at(self, point, button=1, count=1):
-        self._display.xdotool("mousemove", *point, "click", "--repeat", count, "--delay", 40, button)
+    def click_at(self, point, button=1, count=1, held=None):
+        words = ["mousemove", *point, "click", "--repeat", count, "--delay", 40, button]
+        self._display.xdotool(*(["keydown", held, *words, "keyup", held] if held else words))
 
     def drag(self, points, button=1, held=None, rests=None):
         """Presses at the first point, goes in steps over the others, and lets go; `held` is a key that is down, `rests`
@@ -242,11 +243,8 @@ class Application:
 
     def click_row(self, widget, row, column=0, count=1, held=None):
         left, top, width, height = self.ask("rowRect(%r, %r, %r)" % (widget, row, column))
-        if held:
-            self._display.xdotool("keydown", held)
-        self.click_at((left + min(70, width // 2), top + height // 2), count=count)  # the text, not its check box
-        if held:
-            self._display.xdotool("keyup", held)
+        # The text, not its check box
+        self.click_at((left + min(70, width // 2), top + height // 2), count=count, held=held)
 
     def click_entry(self, widget, text):
         """An entry of a menu bar or tool bar; of the open menu where `widget` is empty."""
@@ -319,22 +317,26 @@ def run_headless(host, folder, *arguments, seconds=60):
 SHOW_VALUES = """
 import json, sys
 sys.path.insert(0, %(here)r)
-import agent, kxHost
+import agent, kxAnimWidgets, kxHost
 seen = []
 for frame in %(frames)r:
-    kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
+    if %(clip)r:
+        kxHost.showAnimation(kxAnimWidgets.findAnimClip(%(clip)r), frame)
+    else:
+        kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
     seen.append(agent.values(%(paths)r, %(channels)r))
 with open(%(answer)r, 'w') as file:
     json.dump(seen, file)
 """
 
 
-def values_at_frames(host, folder, scene, paths, frames):
-    """Opens a file in a process of its own without a display; gives {path: channel values} for each frame."""
+def values_at_frames(host, folder, scene, paths, frames, clip=None):
+    """Opens a file in a process of its own without a display; gives {path: channel values} for each frame of the
+    timeline, or of a clip."""
     script, answer = os.path.join(folder, "values.py"), os.path.join(folder, "values.json")
     with open(script, "w", encoding="utf-8") as file:
         file.write(SHOW_VALUES % {"here": HERE, "frames": frames, "paths": paths, "channels": poses.CHANNELS,
-                                  "answer": answer})
+                                  "answer": answer, "clip": clip})
     code, output = run_headless(host, folder, scene, "--script", script)
     assert code == 0, "opening %s gives %s:\n%s" % (scene, code, output)
     with open(answer, encoding="utf-8") as file:

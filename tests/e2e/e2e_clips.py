@@ -8,11 +8,12 @@ import sys
 
 import cases
 import desktop
+import editors
 import fixtures
+from editors import create, open_dock, place, show_frame
 
 OBJECT = "Mover"  # its block goes along x from 0 to LENGTH
 BLOCK_FRAMES = fixtures.SECONDS * fixtures.FPS
-TRACK = 50  # height of a track in the timeline
 SEEN = {}  # what the stories hand on to each other
 
 
@@ -20,38 +21,12 @@ def x(application):
     return application.ask("channelValue(findNode(%r), 'translation.X')" % OBJECT)
 
 
-def near(a, b, tolerance=1e-2):
-    return abs(a - b) <= tolerance
-
-
-def place(application, frame, track):
-    """A place of the timeline on the screen, half a track down."""
-    return tuple(application.ask("scenePoint('_clipView', %r, %r)" % (frame, (track + 0.5) * TRACK)))
-
-
 def field(application, name):
     return application.shown("_statsFrame/" + name)
 
 
-def open_dock(application, name):
-    """Brings a dock window to the front by its tab."""
-    application.click_at(application.middle("tabRect(%r)" % name))
-
-
-def create(application, *keys):
-    """An entry of the menu behind the button; it holds up all questions until it is closed."""
-    application.click_entry("Clip Maker/QuickActionBar", "Create")
-    application.keys(*keys)
-
-
-def unfold(application):
-    left, top, _, height = application.ask("rowRect('_clips', ['Show'])")
-    application.click_at((left - 10, top + height // 2))
-
-
-def show_frame(application, frame):
-    """As the frame player does while it plays."""
-    application.run("sendMessage('framePlayerFrameChanged', {'frame': float(%r)})" % frame)
+def near(a, b, tolerance=1e-2):
+    return abs(a - b) <= tolerance
 
 
 def opens_the_windows(application, folder):
@@ -135,7 +110,7 @@ def places_a_viewpoint(application, folder):
 
     create(application, *["Down"] * 4, "Return")  # behind clip, wizard and camera track, which can always be made
     application.answer_question("Add Viewpoint", "Tab", "ctrl+a", "4", "8", "Return")
-    unfold(application)
+    editors.unfold(application, ['Show'])
     application.wait_for("['Show', 'Viewpoint'] in widgetRows('_clips')")
 
 
@@ -182,7 +157,7 @@ def keeps_it_all(application, folder):
     application.wait_for("['Show'] in widgetRows('_clips')")
     application.click_row("_clips", ["Show"])
     application.wait_for("widgetProperty('_statsFrame/_duration', 'value') == 216")
-    unfold(application)
+    editors.unfold(application, ['Show'])
     application.wait_for("len([row for row in widgetRows('_clips') if row[0] == 'Show']) == 3")
     after = state(application)
     assert after == before, "%s became %s" % (before, after)

@@ -9,6 +9,7 @@ import sys
 import cases
 import desktop
 import fixtures
+from editors import frame_curves, key
 
 OBJECT = "Still"
 X, Y = [OBJECT, "translation.X"], [OBJECT, "translation.Y"]
@@ -21,22 +22,6 @@ def value(application, channel="translation.Y"):
 def value_at(application, frame, channel="translation.Y"):
     application.set_frame(frame)
     return value(application, channel)
-
-
-def key(application, frame, height):
-    """Where a key stands on the screen."""
-    return tuple(application.ask("scenePoint('_graphView', %r, %r)" % (frame, height)))
-
-
-def frame_curves(application, *keys):
-    """Gives the graph the focus and frames its curves; waits until the keys (frame, value) are in sight."""
-    application.click("_graphView", 0.97, 0.97)
-    application.keys("f")
-    left, top, width, height = application.ask("widgetRect('_graphView')")
-
-    def in_sight(place):
-        return left <= place[0] < left + width and top <= place[1] < top + height
-    desktop.until("the keys in sight", lambda: all(in_sight(key(application, *at)) for at in keys))
 
 
 def near(a, b, tolerance=1e-2):

@@ -4,7 +4,6 @@ shows at each key time with what the file says.
 e2e_models.py <application> <folder for pictures of failures>
 """
 import os
-import subprocess
 import sys
 
 import cases
@@ -12,12 +11,6 @@ import desktop
 import fixtures
 import models
 import poses
-
-
-def models_folder():
-    """The folder of the models that the Debian package assimp-testmodels installs."""
-    listed = subprocess.run(["dpkg", "-L", "assimp-testmodels"], stdout=subprocess.PIPE, text=True, check=True).stdout
-    return next(line for line in listed.splitlines() if line.endswith("/models"))
 
 
 def values_of(application, names):
@@ -71,7 +64,7 @@ def try_model(application, path, expected):
 
 
 def gltf_skin(application, folder):
-    path = os.path.join(models_folder(), "glTF2/simple_skin/simple_skin.gltf")
+    path = os.path.join(models.folder(), "glTF2/simple_skin/simple_skin.gltf")
     # The file names nothing: each object is called by its index.
     try_model(application, path, models.read_gltf(path, lambda index, node: "Node %d" % index))
 
@@ -84,7 +77,7 @@ def gltf_interpolations(application, folder):
 
 def gltf_engine(application, folder):
     """Nothing moves in this file, and it stands as the file says, down to the last of its 82 objects."""
-    path = os.path.join(models_folder(), "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb")
+    path = os.path.join(models.folder(), "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb")
     application.open_file(path)
     expected = models.read_gltf_tree(path, "Root")
     assert len(expected) == 82, len(expected)
@@ -93,17 +86,17 @@ def gltf_engine(application, folder):
 
 
 def collada_bones(application, folder):
-    path = os.path.join(models_folder(), "Collada/box_nested_animation.dae")
+    path = os.path.join(models.folder(), "Collada/box_nested_animation.dae")
     try_model(application, path, models.read_collada(path))
 
 
 def x_joints(application, folder):
-    path = os.path.join(models_folder(), "X/anim_test.x")
+    path = os.path.join(models.folder(), "X/anim_test.x")
     try_model(application, path, models.read_x(path))
 
 
 def fbx_skeleton(application, folder):
-    path = os.path.join(models_folder(), "FBX/animation_with_skeleton.fbx")
+    path = os.path.join(models.folder(), "FBX/animation_with_skeleton.fbx")
     try_model(application, path, models.read_fbx(path))
 
 

@@ -8,10 +8,17 @@ import json
 import os
 import re
 import struct
+import subprocess
 import xml.etree.ElementTree as ElementTree
 import zlib
 
 import poses
+
+
+def folder():
+    """The folder of the models that the Debian package assimp-testmodels installs."""
+    listed = subprocess.run(["dpkg", "-L", "assimp-testmodels"], stdout=subprocess.PIPE, text=True, check=True).stdout
+    return next(line for line in listed.splitlines() if line.endswith("/models"))
 
 
 # glTF

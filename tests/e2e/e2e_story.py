@@ -1,0 +1,268 @@
+"""From a model to a film by mouse and keyboard: opens an engine that somebody else made, lets the wizard take its two
+covers off, places that clip twice with a viewpoint between, refines one of its curves, keeps it, opens it again and plays.
+
+e2e_story.py <application> <folder for pictures of failures>
+"""
+import os
+import sys
+
+import cases
+import desktop
+import editors
+import models
+import poses
+import story
+
+VIEW_CLICKS = {story.RIGHT: (0.7, 0.55), story.LEFT: (0.325, 0.33)}  # where a framed engine shows its covers
+WIZARD = "kxAnimWizardUI"
+SEEN = {}  # what the steps hand on to each other
+
+
+def position(application, name):
+    return application.ask("[channelValue(findNode(%r), 'translation.' + axis) for axis in 'XYZ']" % name)
+
+
+def in_scene(application, name):
+    """Where an object's gizmo stands."""
+    matrix, node = poses.scaling(1, 1, 1), "findNode(%r)" % name
+    while application.ask("'rotationOrientation.X' in channelNames(%s)" % node):
+        matrix = poses.product(poses.of_channels(application.ask(
+            "[channelValue(%s, channel) for channel in %r]" % (node, poses.CHANNELS))), matrix)
+        node += ".parent"
+    return [matrix[row][3] for row in range(3)]
+
+
+def eye(application):
+    """Places on the screen that tell one view from another."""
+    return application.ask("[pointInView(p) for p in ((0, 0, 0), (200, 0, 0), (0, 200, 0))]")
+
+
+def wait_for_rest(application):
+    """Waits until the view has come to rest, and gives its eye."""
+    last = [None]
+
+    def rests():
+        before, last[0] = last[0], eye(application)
+        return before == last[0]
+    desktop.until("a view at rest", rests)
+    return last[0]
+
+
+def select_part(application, name, held=None):
+    x, y = VIEW_CLICKS[name]
+    application.click("_view", x, y, held=held)
+    application.wait_for("%r in [node.name for node in selectedNodes()]" % name)
+
+
+def drag_arrow(application, name, axis, pixels):
+    """Takes the gizmo's arrow along an axis of the scene and pulls it."""
+    at = in_scene(application, name)
+    tip = list(at)
+    tip[axis] += 100
+    (x, y), (tip_x, tip_y) = (application.ask("pointInView(%r)" % (point,)) for point in (at, tip))
+    size = ((tip_x - x) ** 2 + (tip_y - y) ** 2) ** 0.5
+    along = (tip_x - x) / size, (tip_y - y) / size
+    application.drag([(round(x + along[0] * way), round(y + along[1] * way)) for way in (60, 60 + pixels)])
+    moved = desktop.until("another place of " + name, lambda: in_scene(application, name) != at and
+                          in_scene(application, name))
+    for other in range(3):
+        assert other == axis or abs(moved[other] - at[other]) < 1e-2, "%s went from %s to %s" % (name, at, moved)
+
+
+def turn_view(application, part):
+    """By a drag beside all objects."""
+    before = eye(application)
+    application.click("_view", 0.03, 0.9)
+    application.drag([application.point("_view", 0.4, 0.93), application.point("_view", 0.4 + part, 0.85)])
+    desktop.until("another view", lambda: eye(application) != before)
+    wait_for_rest(application)
+
+
+def type_into(application, name, text):
+    application.click("_statsFrame/" + name, 0.3)
+    application.keys("ctrl+a")
+    application.type(text)
+    application.keys("Return")
+    application.wait_for("widgetProperty('_statsFrame/%s', 'value') == %s" % (name, text))
+
+
+def shows_the_film(application):
+    for frame in story.FRAMES:
+        editors.show_frame(application, frame)
+        story.check(frame, {name: position(application, name) for name in story.PARTS}, SEEN["start"], SEEN["end"])
+
+
+def way_of(application):
+    """How far the refined part is on its way."""
+    name = story.RIGHT
+    start, end = SEEN["start"][name][0], SEEN["end"][name][0]
+    return (position(application, name)[0] - start) / (end - start)
+
+
+def opens_the_windows(application, display, folder):
+    for name, view in (("Curves", "_graphView"), ("Clips", "_clipView")):
+        application.keys("alt+v")
+        application.click_entry("", name)
+        application.wait_for("widgetRect(%r)[3] > 80" % view)
+    application.click("_view", 0.03, 0.9)
+    application.keys("a", "w")
+    wait_for_rest(application)
+    SEEN["start"] = {name: position(application, name) for name in story.PARTS}
+
+
+def starts_the_wizard(application, display, folder):
+    select_part(application, story.RIGHT)
+    select_part(application, story.LEFT, held="ctrl")
+    application.wait_for("len(selectedNodes()) == 2")
+    application.click("AnimationWizardButton")
+    application.wait_for("widgetRect('%s')[3] > 80" % WIZARD)
+    view, wizard = application.ask("widgetRect('_view')"), application.ask("widgetRect('%s')" % WIZARD)
+    assert wizard[0] > view[0] + 0.8 * view[2], "the wizard hides the view: %s in %s" % (wizard, view)
+    application.click(WIZARD + "/__qt__passive_wizardbutton1")
+    application.wait_for("widgetRect('_captureStart')[3] > 80")
+    application.click(WIZARD + "/_name", count=3)
+    application.type("Apart")
+    application.keys("Return")
+
+
+def captures_moves_of_the_gizmo(application, display, folder):
+    application.click("_captureStart")
+    application.wait_for("widgetProperty('_captureStart', 'text') == ''")
+    select_part(application, story.RIGHT)
+    application.wait_for("len(selectedNodes()) == 1")
+    drag_arrow(application, story.RIGHT, 0, 70)
+    select_part(application, story.LEFT)
+    application.wait_for("len(selectedNodes()) == 1")
+    drag_arrow(application, story.LEFT, 1, 60)
+    application.click("_captureEnd")
+    application.wait_for("widgetProperty('_captureEnd', 'text') == ''")
+    SEEN["end"] = {name: position(application, name) for name in story.PARTS}
+    for name in story.PARTS:
+        assert poses.difference(poses.translation(*SEEN["end"][name]),
+                                poses.translation(*SEEN["start"][name])) > 0.05, SEEN
+    application.click(WIZARD + "/qt_wizard_finish")
+    display.wait_for_window("kxhost")
+    application.wait_for("['Clip'] in widgetRows('_clips')")
+
+
+def names_the_film(application, display, folder):
+    """The wizard has put its clip into a new one, which is selected and shown."""
+    application.click_row("_clips", ["Clip"])
+    application.keys("ctrl+r", "ctrl+a")
+    application.type("Film")
+    application.keys("Return")
+    application.wait_for("['Film'] in widgetRows('_clips')")
+    application.click("_clipView", 0.97, 0.9)
+    application.keys("f")
+    desktop.until("a zoom", lambda: editors.place(application, story.LENGTH, 0)[0] -
+                  editors.place(application, 0, 0)[0] > 300)
+
+
+def places_the_clip_twice(application, display, folder):
+    """A duplicate of the bar, which the field then moves in time."""
+    application.click_at(editors.place(application, story.LENGTH / 2, 0))
+    application.wait_for("widgetProperty('_statsFrame/_start', 'enabled')")
+    application.keys("ctrl+d")
+    editors.unfold(application, ["Film"])
+    application.wait_for("['Film', 'Apart_1'] in widgetRows('_clips')")
+    application.click_at(editors.place(application, story.LENGTH / 2, 1))
+    type_into(application, "_start", "%d" % story.AGAIN)
+    shows_the_film(application)
+
+
+def refines_a_curve(application, display, folder):
+    """Drags the last key of one curve down in the graph. Both clips share it."""
+    name = story.RIGHT
+    editors.open_dock(application, "Curves")
+    application.wait_for("widgetRect('_graphView')[3] > 80")
+    application.click_row("_library", [name, name + "_Apart"])
+    first, last = (0, SEEN["start"][name][0]), (story.LENGTH, SEEN["end"][name][0])
+    editors.frame_curves(application, first, last)
+    goal = last[1] - 0.4 * (last[1] - first[1])
+    steps = application.ask("undoCount()")
+    application.drag([editors.key(application, *last), editors.key(application, story.LENGTH, goal)])
+    application.wait_for("undoCount() == %d" % (steps + 1))
+    application.wait_for("widgetProperty('_frame', 'value') == %d" % story.LENGTH)
+    value = application.ask("widgetProperty('_statsFrame/_value', 'value')")
+    assert abs(value - goal) < 0.1 * abs(last[1] - first[1]), "the key went to %g, not to %g" % (value, goal)
+    SEEN["end"][name][0] = value
+    editors.open_dock(application, "Clips")
+    application.wait_for("widgetRect('_clipView')[3] > 80")
+    shows_the_film(application)
+
+
+def places_a_viewpoint_between(application, display, folder):
+    """Made from the view as it stands; then the view goes elsewhere."""
+    turn_view(application, 0.1)
+    SEEN["viewpoint"] = wait_for_rest(application)
+    application.keys("alt+s")
+    application.click_entry("", "Add Viewpoint")
+    application.wait_for("len(viewpoints()) == 1")
+    turn_view(application, -0.2)
+    application.click_row("_clips", ["Film"])
+    editors.create(application, *["Down"] * 4, "Return")  # behind clip, wizard and camera track
+    application.answer_question("Add Viewpoint", "Tab", "ctrl+a", *str(story.TRIGGER), "Return")
+    application.wait_for("['Film', 'Viewpoint'] in widgetRows('_clips')")
+
+
+def keeps_it(application, display, folder):
+    SEEN["path"] = os.path.join(folder, "film.kxs")
+    application.keys("ctrl+shift+s")
+    application.answer_file_dialog("Save Scene As", SEEN["path"])
+    application.wait_for("'film.kxs' in widgetProperty('_mainWindow', 'windowTitle')")
+    application.keys("ctrl+n")
+    application.wait_for("widgetRows('_clips') == []")
+    application.open_file(SEEN["path"])
+    application.wait_for("['Film'] in widgetRows('_clips')")
+    application.click_row("_clips", ["Film"])
+    application.wait_for("widgetProperty('_statsFrame/_duration', 'value') == %d" % story.END)
+    shows_the_film(application)
+
+
+def plays(application, display, folder):
+    """By the clip maker's buttons: the parts go their way twice, and the view jumps between."""
+    turn_view(application, 0.15)
+    elsewhere = eye(application)
+    assert elsewhere != SEEN["viewpoint"]
+    application.click("frame/_gotoStart")
+    desktop.until("the start", lambda: way_of(application) < 0.01)
+    application.click("frame/_play")
+    desktop.until("a part on its way", lambda: 0.05 < way_of(application) < 0.95)
+    assert eye(application) == elsewhere, "the view has jumped too early"
+    desktop.until("the viewpoint", lambda: eye(application) == SEEN["viewpoint"])
+    assert application.shown("frame/_play", "checked"), "the trigger ended the playback"
+    desktop.until("the second way", lambda: 0.05 < way_of(application) < 0.95)
+    assert eye(application) == SEEN["viewpoint"], "the view has left the viewpoint"
+    application.click("frame/_stop")
+    application.wait_for("not widgetProperty('frame/_play', 'checked')")
+    desktop.until("the start", lambda: way_of(application) < 0.01)
+
+
+def quits(application, display, folder):
+    application.run("newScene()")
+    application.click("_view", 0.03, 0.9)
+    code = application.quit()
+    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
+
+
+HOST, PICTURES = sys.argv[1:]
+
+
+def main(folder):
+    path = os.path.join(models.folder(), story.MODEL)
+    display = desktop.Display(folder)
+    application = None
+    try:
+        application = desktop.Application(HOST, display, folder, path)
+        tests = [opens_the_windows, starts_the_wizard, captures_moves_of_the_gizmo, names_the_film,
+                 places_the_clip_twice, refines_a_curve, places_a_viewpoint_between, keeps_it, plays,
+                 quits]
+        return cases.run(tests, application, display, folder,
+                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
+    finally:
+        if application:
+            application.close()
+        display.close()
+
+
+cases.limited(main)

@@ -1,0 +1,47 @@
+"""What the tests do in the clip maker and in the curve editor."""
+import desktop
+
+TRACK = 50  # height of a track in the clip maker's timeline
+
+
+def open_dock(application, name):
+    """Brings a dock window to the front by its tab."""
+    application.click_at(application.middle("tabRect(%r)" % name))
+
+
+def place(application, frame, track):
+    """A place of the clip maker's timeline on the screen, half a track down."""
+    return tuple(application.ask("scenePoint('_clipView', %r, %r)" % (frame, (track + 0.5) * TRACK)))
+
+
+def create(application, *keys):
+    """An entry of the menu behind the button; it holds up all questions until it is closed."""
+    application.click_entry("Clip Maker/QuickActionBar", "Create")
+    application.keys(*keys)
+
+
+def unfold(application, row):
+    """Unfolds a row of the tree of clips, or folds it."""
+    left, top, _, height = application.ask("rowRect('_clips', %r)" % row)
+    application.click_at((left - 10, top + height // 2))
+
+
+def show_frame(application, frame):
+    """As the frame player does while it plays."""
+    application.run("sendMessage('framePlayerFrameChanged', {'frame': float(%r)})" % frame)
+
+
+def key(application, frame, value):
+    """Where a key stands on the screen in the graph."""
+    return tuple(application.ask("scenePoint('_graphView', %r, %r)" % (frame, value)))
+
+
+def frame_curves(application, *keys):
+    """Gives the graph the focus and frames its curves; waits until the keys (frame, value) are in sight."""
+    application.click("_graphView", 0.97, 0.97)
+    application.keys("f")
+    left, top, width, height = application.ask("widgetRect('_graphView')")
+
+    def in_sight(point):
+        return left <= point[0] < left + width and top <= point[1] < top + height
+    desktop.until("the keys in sight", lambda: all(in_sight(key(application, *at)) for at in keys))
