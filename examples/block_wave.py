@@ -31,4 +31,6 @@ for row in range(SIDE):
         setAnimClipStart(jump, (row + column) * DELAY, False)
         setAnimClipFlipped(jump, column % 2 == 1)  # every other column runs backwards, and turns the other way
         setCycles(jump, REPEATS)
+        setTrack(jump, column)
+    setTrack(rowClip, row)
 finish(60, field)

@@ -182,6 +182,15 @@ void setCycles(const osg::AnimNodePtr& animation, int cycles)
     kxSceneEdits::setField({living(animation)}, "postCycles", osg::FieldValue(osg::Int32(cycles)));
 }
 
+void setTrack(const osg::AnimNodePtr& animation, int track)
+{
+    constexpr float Pitch = 50; // of a track, in offsets
+    if (track < 0 || track > 100000)
+        kxRaise(PyExc_ValueError, "the track has to be 0 to 100000");
+    const osg::Vec2f offset(living(animation)->getOffset().x(), Pitch * float(track));
+    kxSceneEdits::setField({animation}, "offset", osg::FieldValue(offset));
+}
+
 osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kind, const std::string& name,
                             double frame)
 {
@@ -309,6 +318,13 @@ void defineAnimation()
             "@type animation: AnimNodePtr\n\n"
             "@param cycles: 0 to 100000; -1 repeats without end.\n\n"
             "@type cycles: int\n\n"
+            "@raise ValueError: The animation is null, or the number out of range.");
+    bp::def("setTrack", setTrack, bp::args("animation", "track"),
+            "Says on which track of its clip the bar of a clip or a block stands.\n\n"
+            "@param animation: The clip, or the copy of a block that stands in one.\n\n"
+            "@type animation: AnimNodePtr\n\n"
+            "@param track: 0 is the first; more than one bar may stand on a track, beside each other.\n\n"
+            "@type track: int\n\n"
             "@raise ValueError: The animation is null, or the number out of range.");
     bp::def("addTrigger", addTrigger, bp::args("clip", "kind", "name", "frame"),
             "Places a trigger in a clip, which fires when playing passes over it. One step on the undo stack.\n\n"
