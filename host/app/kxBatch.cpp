@@ -77,6 +77,9 @@ bool kxBatch::render()
 {
     if (_line.render.isEmpty())
         return true;
+    kxRenderSource source;
+    if (!findSource(source))
+        return false;
     kxRenderJob job;
     // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours, or of a script's,
     // counts. Without one, and for models whose cameras mean something else, the whole scene is framed.
@@ -92,7 +95,9 @@ bool kxBatch::render()
     const QSize size = _line.size.value_or(PictureSize);
     QString error;
     if (_line.frames)
-        job.renderFrames(_line.render, {_line.frames->first, _line.frames->last}, size, error);
+        job.renderFrames(_line.render, source, {_line.frames->first, _line.frames->last}, size, error);
+    else if (!_line.clip.isEmpty())
+        job.renderFrames(_line.render, source, source.range(), size, error);
     else
     {
         const QString file = kxFramePattern::fileName(_line.render, int(kxAnimManager::the()->currentFrame()));
@@ -100,6 +105,28 @@ bool kxBatch::render()
             wrote(file);
     }
     return error.isEmpty() || failed(error);
+}
+
+bool kxBatch::findSource(kxRenderSource& source) const
+{
+    if (_line.clip.isEmpty())
+        return true;
+    QStringList names;
+    for (const kxRenderSource::Clip& clip : kxRenderSource::clips())
+    {
+        if (clip.name == _line.clip)
+        {
+            source = kxRenderSource(clip.node);
+            return true;
+        }
+        names << clip.name;
+    }
+    if (names.isEmpty())
+        return failed(
+            QCoreApplication::translate("kxBatch", "There is no clip '%1'; the scene has none.").arg(_line.clip));
+    names.removeDuplicates();
+    return failed(QCoreApplication::translate("kxBatch", "There is no clip '%1'; there are: %2")
+                      .arg(_line.clip, names.join(QStringLiteral(", "))));
 }
 
 bool kxBatch::takeScreenshot()

@@ -3,6 +3,7 @@
 #include "kxCommandLine.h"
 
 class kxMainWindow;
+class kxRenderSource;
 
 /// What the command line asks for: opens the scene, runs the scripts, goes to the frame, writes files; in this order.
 ///
@@ -20,6 +21,7 @@ private:
     bool runScripts();
     bool exportScene();
     bool render();
+    bool findSource(kxRenderSource& source) const;
     bool takeScreenshot();
     static bool failed(const QString& reason);
     static void wrote(const QString& file);

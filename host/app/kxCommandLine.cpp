@@ -24,6 +24,7 @@ void addOptions(QCommandLineParser& parser)
     add("script", tr("Python script to run; may be given more than once."), "FILE.py");
     add("frame", tr("Frame to go to."), "N");
     add("frames", tr("Frames to render, first and last included."), "A:B");
+    add("clip", tr("Clip to render instead of the timeline; without --frames, all of it."), "NAME");
     add("render", tr("Picture to render; for frames a pattern such as out_%04d.png."), "FILE.png");
     add("screenshot", tr("Picture of the window to write."), "FILE.png");
     add("export", tr("glTF file to write."), "FILE.glb");
@@ -73,13 +74,17 @@ void checkFiles(kxCommandLine& line)
 
 void checkPictures(kxCommandLine& line)
 {
-    if (line.frames && line.render.isEmpty())
+    if (line.frames && line.clip.isEmpty() && line.render.isEmpty())
         line.errors << tr("--frames needs --render with the files to write, such as --render out_%04d.png");
     if (line.frames && line.frame)
         line.errors << tr("--frame and --frames exclude each other");
+    if (!line.clip.isEmpty() && line.render.isEmpty())
+        line.errors << tr("--clip needs --render with the files to write, such as --render out_%04d.png");
+    if (!line.clip.isEmpty() && line.frame)
+        line.errors << tr("--frame and --clip exclude each other; one frame of a clip is --frames N:N");
     if (!line.render.isEmpty())
     {
-        const bool several = line.frames && line.frames->last > line.frames->first;
+        const bool several = line.frames ? line.frames->last > line.frames->first : !line.clip.isEmpty();
         const QString problem = kxFramePattern::problem(line.render, several);
         if (!problem.isEmpty())
             line.errors << tr("--render '%1': %2").arg(line.render, problem);
@@ -119,6 +124,7 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.scene = scenes.value(0);
     line.scripts = parser.values(QStringLiteral("script"));
     line.plugin = oneValue(parser, "plugin", line);
+    line.clip = oneValue(parser, "clip", line);
     line.render = oneValue(parser, "render", line);
     line.screenshot = oneValue(parser, "screenshot", line);
     line.exportFile = oneValue(parser, "export", line);

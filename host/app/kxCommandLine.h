@@ -19,6 +19,7 @@ struct kxCommandLine
     QStringList scripts; ///< in order
     std::optional<double> frame;
     std::optional<Range> frames;
+    QString clip;   ///< to render instead of the timeline; without `frames` its extent
     QString render; ///< file name, or a pattern for a range
     QString screenshot;
     QString exportFile;

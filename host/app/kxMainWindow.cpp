@@ -5,6 +5,7 @@
 #include "kxHostSettings.h"
 #include "kxMainMenus.h"
 #include "kxRenderDialog.h"
+#include "kxRenderJob.h"
 #include "kxShortcutsDialog.h"
 #include "kxWelcome.h"
 
@@ -379,7 +380,7 @@ void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
     kxRenderJob job;
     job.camera = [this](float aspect) { return _view->viewCamera(aspect); };
     job.transparent = dialog.isTransparent();
-    const kxRenderJob::Range range = dialog.range();
+    const kxRenderSource::Range range = dialog.range();
     QProgressDialog progress(tr("Rendering..."), tr("Cancel"), range.first, range.last + 1, this);
     progress.setWindowModality(Qt::WindowModal);
     progress.setMinimumDuration(400);
@@ -390,7 +391,7 @@ void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
         return !progress.wasCanceled();
     };
     QString error;
-    const int written = frames ? job.renderFrames(dialog.file(), range, dialog.size(), error)
+    const int written = frames ? job.renderFrames(dialog.file(), dialog.source(), range, dialog.size(), error)
                                : int(job.renderImage(dialog.file(), dialog.size(), error));
     if (!error.isEmpty())
     {

@@ -4,10 +4,10 @@
 #include "kxHostSettings.h"
 
 #include <QKXSpiner.h>
-#include <kxAnimManager.h>
 #include <widgets/kxColors.h>
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
@@ -68,16 +68,7 @@ kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& 
     form->addRow(mode == Image ? tr("File") : tr("Files"), fileRow);
     form->addRow(tr("Size"), pair(_width, QStringLiteral("\u00d7"), _height));
     if (mode == Frames)
-    {
-        const kxAnimManager* const manager = kxAnimManager::the();
-        _first = makeSpinner(-1000000, 1000000, manager->detailedRangeStart(), QStringLiteral("_first"),
-                             tr("First frame"), this);
-        _last = makeSpinner(-1000000, 1000000, manager->detailedRangeEnd(), QStringLiteral("_last"), tr("Last frame"),
-                            this);
-        form->addRow(tr("Frames"), pair(_first, tr("to"), _last));
-        connect(_first, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
-        connect(_last, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
-    }
+        addRange(form);
     form->addRow(tr("Background"), _transparent);
     QPalette colors = _problem->palette();
     colors.setColor(QPalette::WindowText, kxColors::accent());
@@ -99,6 +90,43 @@ kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& 
     form->addRow(buttons);
     connect(_file, &QLineEdit::textChanged, this, &kxRenderDialog::check);
     check();
+}
+
+void kxRenderDialog::addRange(QFormLayout* form)
+{
+    addClips(form);
+    constexpr int Largest = kxRenderSource::LargestFrame;
+    const kxRenderSource::Range range = source().range();
+    _first = makeSpinner(-Largest, Largest, range.first, QStringLiteral("_first"), tr("First frame"), this);
+    _last = makeSpinner(-Largest, Largest, range.last, QStringLiteral("_last"), tr("Last frame"), this);
+    form->addRow(tr("Frames"), pair(_first, tr("to"), _last));
+    connect(_first, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
+    connect(_last, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
+}
+
+void kxRenderDialog::addClips(QFormLayout* form)
+{
+    _clips = kxRenderSource::clips();
+    if (_clips.empty())
+        return;
+    _source = new QComboBox(this);
+    _source->setObjectName(QStringLiteral("_source"));
+    _source->setAccessibleName(tr("Animation"));
+    _source->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon); // a name may be long
+    _source->setMinimumContentsLength(20);
+    _source->setMaxVisibleItems(20);
+    _source->addItem(tr("Timeline"));
+    for (const kxRenderSource::Clip& clip : _clips)
+        _source->addItem(QString(4 * clip.depth, QLatin1Char(' ')) + clip.name);
+    form->addRow(tr("Animation"), _source);
+    connect(_source, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &kxRenderDialog::proposeRange);
+}
+
+void kxRenderDialog::proposeRange()
+{
+    const kxRenderSource::Range range = source().range();
+    _first->setValue(range.first);
+    _last->setValue(range.last);
 }
 
 void kxRenderDialog::choose()
@@ -132,9 +160,15 @@ QSize kxRenderDialog::size() const
     return QSize(_width->value(), _height->value());
 }
 
-kxRenderJob::Range kxRenderDialog::range() const
+kxRenderSource kxRenderDialog::source() const
 {
-    return _first == nullptr ? kxRenderJob::Range{} : kxRenderJob::Range{_first->value(), _last->value()};
+    const int clip = _source == nullptr ? -1 : _source->currentIndex() - 1;
+    return clip < 0 ? kxRenderSource() : kxRenderSource(_clips[std::size_t(clip)].node);
+}
+
+kxRenderSource::Range kxRenderDialog::range() const
+{
+    return _first == nullptr ? kxRenderSource::Range{} : kxRenderSource::Range{_first->value(), _last->value()};
 }
 
 bool kxRenderDialog::isTransparent() const

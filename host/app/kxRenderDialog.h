@@ -1,10 +1,12 @@
 #pragma once
 
-#include "kxRenderJob.h"
+#include "kxRenderSource.h"
 
 #include <QDialog>
 
 class QCheckBox;
+class QComboBox;
+class QFormLayout;
 class QKXSpiner;
 class QLabel;
 class QLineEdit;
@@ -25,18 +27,24 @@ public:
 
     QString file() const;
     QSize size() const;
-    kxRenderJob::Range range() const;
+    kxRenderSource source() const;
+    kxRenderSource::Range range() const;
     bool isTransparent() const;
 
 private:
     void choose();
     void check();
+    void addRange(QFormLayout* form);
+    void addClips(QFormLayout* form);
+    void proposeRange();
 
     Mode _mode;
     QLineEdit* _file;
     QKXSpiner* _width;
     QKXSpiner* _height;
-    QKXSpiner* _first = nullptr; // of a range
+    std::vector<kxRenderSource::Clip> _clips;
+    QComboBox* _source = nullptr; // where there are clips: the timeline, then these
+    QKXSpiner* _first = nullptr;  // of a range
     QKXSpiner* _last = nullptr;
     QCheckBox* _transparent;
     QLabel* _problem;

@@ -43,18 +43,20 @@ bool kxRenderJob::renderImage(const QString& file, const QSize& size, QString& e
     return write(file, size, viewFor(size), error);
 }
 
-int kxRenderJob::renderFrames(const QString& pattern, const Range& range, const QSize& size, QString& error)
+int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
+                              const QSize& size, QString& error)
 {
     const QScopedValueRollback<bool> flag(running, true);
     kxAnimManager* const manager = kxAnimManager::the();
     const double before = manager->currentFrame();
-    manager->setCurrentFrame(range.first, false, true);
+    manager->setCurrentFrame(before, false, true); // another clip may be shown
+    source.show(range.first);
     // One view for all: a camera that frames anew in each picture would make the film jump.
     const kxViewCamera view = viewFor(size);
     int written = 0;
     for (int frame = range.first; frame <= range.last; ++frame)
     {
-        manager->setCurrentFrame(frame, false, true);
+        source.show(frame);
         const QString file = kxFramePattern::fileName(pattern, frame);
         if (!write(file, size, camera ? viewFor(size) : view, error))
             break;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kxRenderSource.h"
+
 #include <QImage>
 #include <QSize>
 #include <QString>
@@ -13,11 +15,6 @@
 class kxRenderJob
 {
 public:
-    struct Range
-    {
-        int first = 0, last = 0; ///< both included
-    };
-
     static bool isRunning();
 
     /// Fills in the camera for a picture of this aspect; where empty, one that shows the whole scene.
@@ -28,9 +25,10 @@ public:
 
     /// One picture at the present frame.
     bool renderImage(const QString& file, const QSize& size, QString& error);
-    /// A picture for each frame, by a pattern as in kxFramePattern. The frame that stood is set again at the end. Gives
-    /// how many were written; `error` says why it were less, empty where progress() ended it.
-    int renderFrames(const QString& pattern, const Range& range, const QSize& size, QString& error);
+    /// A picture for each frame, by a pattern as in kxFramePattern. The timeline's frame that stood is shown again at
+    /// the end. Gives how many were written; `error` says why it were less, empty where progress() ended it.
+    int renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
+                     const QSize& size, QString& error);
 
 private:
     bool write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error);

@@ -48,6 +48,9 @@ void tst_kxCommandLine::refused_data()
     row("range without files", "a.kxs --frames 0:3", "--render");
     row("range into one file", "a.kxs --frames 0:3 --render x.png", "x.png");
     row("both kinds of frames", "a.kxs --frame 1 --frames 0:3 --render x_%d.png", "exclude");
+    row("clip without files", "a.kxs --clip Walk", "--render");
+    row("clip into one file", "a.kxs --clip Walk --render x.png", "x.png");
+    row("clip and a timeline's frame", "a.kxs --clip Walk --frame 1 --render x_%d.png", "exclude");
     row("picture of no kind", "a.kxs --render x.txt", "x.txt");
     row("export of no kind", "a.kxs --export x.fbx", "x.fbx");
     row("size without height", "a.kxs --size 100", "100");

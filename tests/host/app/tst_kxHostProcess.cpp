@@ -1,4 +1,6 @@
+#include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -11,6 +13,7 @@ private Q_SLOTS:
     void initTestCase();
     void exitCode_data();
     void exitCode();
+    void rendersClip();
     void goesOnWithoutThePlugin();
     void saysWhereThereIsNoDisplay();
 
@@ -86,6 +89,42 @@ void tst_kxHostProcess::exitCode()
     QVERIFY2(result.code == code, qPrintable(result.errors));
     QVERIFY2((result.output + result.errors).contains(says), qPrintable(result.output + result.errors));
     QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
+}
+
+void tst_kxHostProcess::rendersClip()
+{
+    // The block moves the box from frame 0 on, the clip holds it from frame 10 to 14.
+    write("clips.py", R"(
+from kxHost import *
+from kxAnimWidgets import *
+camera = addObject("camera", "Camera")
+setChannelValue(camera, "translation.Z", 8)
+box = addObject("box", "Box")
+addTranslationControlPoints(box, [0.0, 1.0], [(-2, 0, 0), (2, 0, 0)], False)
+createAnimationBlockForNode(box, False)
+clip = createAnimClip("Walk", kxNodePtr())
+addToAnimClip(clip, findAnimBlock("Box"), 0)
+setAnimClipDuration(clip, 4)
+setAnimClipStart(clip, 10, False)
+saveScene("clips.kxs")
+)");
+    Result result = run({"--headless", "--script", "clips.py"});
+    QVERIFY2(result.code == 0, qPrintable(result.errors));
+    const auto picture = [this](const char* name) { return QImage(_folder.filePath(name)); };
+    const QStringList common = {"clips.kxs", "--headless", "--size", "64x36"};
+    result = run(common + QStringList{"--clip", "Walk", "--render", "c_%d.png"});
+    QVERIFY2(result.code == 0, qPrintable(result.errors));
+    QCOMPARE(QDir(_folder.path()).entryList({"c_*.png"}).size(), 5); // the clip's extent, 10 to 14
+    result = run(common + QStringList{"--frames", "10:14", "--render", "t_%d.png"});
+    QVERIFY2(result.code == 0, qPrintable(result.errors));
+    for (const char* const frame : {"10", "14"})
+        QVERIFY(picture((QByteArray("c_") + frame + ".png").constData()) !=
+                picture((QByteArray("t_") + frame + ".png").constData()));
+    QVERIFY(picture("c_10.png") != picture("c_14.png"));
+
+    result = run(common + QStringList{"--clip", "Wlak", "--render", "never_%d.png"});
+    QCOMPARE(result.code, 1);
+    QVERIFY2(result.errors.contains("Wlak") && result.errors.contains("Walk"), qPrintable(result.errors));
 }
 
 void tst_kxHostProcess::goesOnWithoutThePlugin()

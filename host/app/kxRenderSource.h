@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+#include <osg/AnimNode.h>
+
+#include <vector>
+
+/// What a film shows frame by frame: the timeline, or one clip as the clip maker shows it.
+///
+/// With a clip, what it doesn't drive stands as at the timeline's frame, and no triggers fire. The timeline takes over
+/// at the next change of the current frame.
+class kxRenderSource
+{
+public:
+    struct Range
+    {
+        int first = 0, last = 0; ///< both included
+    };
+    struct Clip
+    {
+        osg::AnimNodePtr node;
+        QString name;
+        int depth = 0; ///< how many clips it stands in
+    };
+    static constexpr int LargestFrame = 1000000;
+
+    /// The timeline.
+    kxRenderSource() = default;
+    explicit kxRenderSource(const osg::AnimNodePtr& clip) : _clip(clip) {}
+
+    /// All clips of the clip structure, those in a clip behind it.
+    static std::vector<Clip> clips();
+
+    /// The detailed range, or the clip's extent in frames that hold it whole; endless cycles count as one pass.
+    Range range() const;
+    /// Puts the scene into the state of this frame.
+    void show(int frame) const;
+
+private:
+    osg::AnimNodePtr _clip;
+};
