@@ -14,6 +14,7 @@
 #include <files/kxSceneMessages.h>
 #include <files/kxSceneSummary.h>
 #include <files/kxUniqueNames.h>
+#include <kernel/kxPreferencesStore.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -264,6 +265,7 @@ void kxSceneIO::newScene()
     kxAnimScene::clear();
     kxScene::the()->clear();
     call(kxMessageName::TrashCleared);
+    kxPreferencesStore::the().newScene(); // first: the tools read the settings when they hear of the scene
     kxSceneMessages::newScene();
     kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
 }

@@ -1,3 +1,5 @@
+#include <files/kxSceneFile.h>
+
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
@@ -13,6 +15,7 @@ private Q_SLOTS:
     void initTestCase();
     void exitCode_data();
     void exitCode();
+    void firstSceneHasTheDefaults();
     void rendersClip();
     void goesOnWithoutThePlugin();
     void saysWhereThereIsNoDisplay();
@@ -89,6 +92,19 @@ void tst_kxHostProcess::exitCode()
     QVERIFY2(result.code == code, qPrintable(result.errors));
     QVERIFY2((result.output + result.errors).contains(says), qPrintable(result.output + result.errors));
     QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
+}
+
+void tst_kxHostProcess::firstSceneHasTheDefaults()
+{
+    kxSceneContent content;
+    kxFileReport report(_folder.filePath("made.kxs"));
+    QVERIFY2(kxSceneFile::read(report.file(), content, report), qPrintable(report.message()));
+    const std::map<std::string, double> expected = {
+        {"fps", 24},         {"playbackFPS", 24},      {"fullRangeEnd", 50},  {"detailedRangeEnd", 25},
+        {"loopTimeline", 1}, {"evaluateSubframes", 1}, {"keepKeysAtFrame", 0}};
+    for (const auto& [name, value] : expected)
+        QVERIFY2(content.animation[name] == value,
+                 qPrintable(QString("%1 is %2").arg(name.c_str()).arg(content.animation[name])));
 }
 
 void tst_kxHostProcess::rendersClip()
