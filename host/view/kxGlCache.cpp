@@ -150,6 +150,7 @@ GLuint kxGlCache::texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UI
                      .convertToFormat(QImage::Format_RGBA8888);
     if (cached.name == 0)
         gl.GenTextures(1, &cached.name);
+    gl.ActiveTexture(GL_TEXTURE0); // a map is bound to each of the others
     gl.BindTexture(GL_TEXTURE_2D, cached.name);
     gl.PixelStorei(GL_UNPACK_ALIGNMENT, 4);
     gl.TexImage2D(GL_TEXTURE_2D, 0, GL_SRGB8_ALPHA8, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,

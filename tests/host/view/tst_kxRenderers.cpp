@@ -21,6 +21,8 @@ private Q_SLOTS:
     void cleanup();
     void materialsShow_data() { addPaths(); }
     void materialsShow();
+    void theFirstPictureIsAsTheSecond_data() { addPaths(); }
+    void theFirstPictureIsAsTheSecond();
     void sidesAndDepth_data() { addPaths(); }
     void sidesAndDepth();
     void opacityAndCutOut_data() { addPaths(); }
@@ -136,6 +138,21 @@ void tst_kxRenderers::materialsShow()
     node->setTravMask(0);
     osg::markChanged(node, osg::Node::TravMaskFieldMask);
     QCOMPARE(qAlpha(picture(clear).pixel(48, 48)), 0);
+}
+
+void tst_kxRenderers::theFirstPictureIsAsTheSecond()
+{
+    KX_NEEDS_PATH();
+    const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
+    QImage pixels(8, 8, QImage::Format_RGBA8888);
+    pixels.fill(Qt::green);
+    const osg::ImagePtr image = osg::Image::create();
+    QVERIFY(QImageConverter::convertToOSGImage(pixels, image));
+    material->setBaseColorImage(image);
+    kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(0.4f, 0.5f, 0));
+    _pose = {QVector3D(0, 0, 0), 4, 30, 30};
+    const QImage first = picture(kxRenderOptions()); // uploads the texture between the maps of the shadows
+    QVERIFY(first == picture(kxRenderOptions()));
 }
 
 void tst_kxRenderers::sidesAndDepth()
