@@ -247,10 +247,13 @@ void tst_kxRenderers::lightsOfTheSceneCount()
     osg::markChanged(light, osg::Transform::EulerRotationFieldMask);
     const QColor unlit = middle(picture());
     QVERIFY(unlit.blue() < lit.blue() - 30);
-    light->setIntensity(1e9f); // dimmed as a whole; no white-out of everything, no crash
+    light->setIntensity(1e9f); // dimmed as a whole, instead of white all over
+    light->setColor(osg::Color3f(1, 1, 1));
     light->setKind(osg::Light::PointLight);
+    light->setTranslation(osg::Vec3f(0, 0, 20));
     osg::markChanged(light, osg::FieldBits);
-    picture();
+    const QColor dimmed = middle(picture());
+    QVERIFY2(dimmed.red() > 60 && dimmed.red() < 250, qPrintable(dimmed.name()));
 }
 
 void tst_kxRenderers::surfacesThroughTheEyeAndWildNumbers()
