@@ -14,8 +14,11 @@
 #include <QAction>
 #include <QMenu>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QUndoStack>
 #include <QtTest>
+
+#include <functional>
 
 class tst_kxView3D : public QObject
 {
@@ -35,6 +38,8 @@ private:
     QPoint seen(const QVector3D& point) const;
     int draws() const { return _drawn->count(); }
     void settle();
+    /// Until nothing more is going to be drawn: a coarse frame is followed by a sharp one.
+    void rest();
 
     std::unique_ptr<kxView3D> _view;
     std::unique_ptr<QSignalSpy> _drawn;
@@ -69,6 +74,13 @@ void tst_kxView3D::settle()
 {
     for (int i = 0; i < 4; ++i)
         QCoreApplication::processEvents();
+}
+
+void tst_kxView3D::rest()
+{
+    const auto timers = _view->findChildren<QTimer*>();
+    QTRY_VERIFY(std::none_of(timers.begin(), timers.end(), [](const QTimer* timer) { return timer->isActive(); }));
+    settle();
 }
 
 QPoint tst_kxView3D::seen(const QVector3D& point) const
@@ -165,7 +177,7 @@ void tst_kxView3D::escapeTakesADragBack()
 void tst_kxView3D::drawsOnlyWhatChanged()
 {
     QTRY_VERIFY(draws() > 0);
-    QTest::qWait(250); // a coarse frame is followed by a sharp one
+    rest();
     int before = draws();
     settle();
     QCOMPARE(draws(), before);
@@ -175,26 +187,22 @@ void tst_kxView3D::drawsOnlyWhatChanged()
     settle();
     QCOMPARE(draws(), before + 1);
     // Each mover of the frame forces a picture: the first one draws, the rest and the scene's own signal need none.
-    QTest::qWait(250);
-    const auto force = [this, &before](int expected)
+    const auto force = [this, &before](int expected, const std::function<void()>& change)
     {
+        rest();
         before = draws();
+        change();
         _view->redraw(true);
         _view->redraw(true);
         settle();
         QCOMPARE(draws(), before + expected);
     };
-    force(0);
-    osg::markChanged(_left->getCore(), osg::Transform::TranslationFieldMask);
-    force(1);
-    _view->setPose({});
-    force(1);
-    kxSelection::the().setIds(kxSelection::Nodes, {_left->getId()});
-    force(1);
-    _view->setTool(kxGizmo::MoveTool);
-    force(1);
-    _view->resize(300, 200);
-    force(1);
+    force(0, [] {});
+    force(1, [this] { osg::markChanged(_left->getCore(), osg::Transform::TranslationFieldMask); });
+    force(1, [this] { _view->setPose({}); });
+    force(1, [this] { kxSelection::the().setIds(kxSelection::Nodes, {_left->getId()}); });
+    force(1, [this] { _view->setTool(kxGizmo::MoveTool); });
+    force(1, [this] { _view->resize(300, 200); });
 }
 
 void tst_kxView3D::slowFramesAreDrawnQuickly()
