@@ -24,7 +24,7 @@ void addAnimationsOf(const osg::FieldContainerPtr& container, kxRemoval& removal
     if (attachment == osg::NullFC)
         return;
     std::vector<osg::AnimNodePtr> animations;
-    attachment->getTopLevelAnimations(animations, true);
+    attachment->getTopLevelAnimations(animations, false); // channels that were keyed have no rows of their own
     for (const osg::AnimNodePtr& animation : animations)
         removal.nodes.emplace_back(animation);
 }

@@ -163,10 +163,19 @@ void kxAnimTreeWidget::removeSelected(bool checkReferences)
     for (const kxAnimTreeWidgetItem* item : items)
         rows.push_back({item->nodeId(), item->materialId()});
 
-    const kxRemoval removal =
-        kxCollectRemoval(rows, checkReferences, [this](const QString& name) { return askRemoval(this, name); });
+    bool hasAsked = false;
+    const kxRemoval removal = kxCollectRemoval(rows, checkReferences,
+                                               [&](const QString& name)
+                                               {
+                                                   hasAsked = true;
+                                                   return askRemoval(this, name);
+                                               });
     if (removal.nodes.empty())
+    {
+        if (!rows.empty() && !hasAsked)
+            kxLog::warning(tr("Nothing was deleted: there are no animations in the selected rows."));
         return;
+    }
     const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(removal.nodes));
     if (nextCurrent.isValid())
@@ -178,7 +187,10 @@ void kxAnimTreeWidget::removeSelected(bool checkReferences)
 
 void kxAnimTreeWidget::copy()
 {
-    kxAnimManager::the()->copy(selectedAnimations());
+    const std::vector<osg::AnimNodePtr> animations = selectedAnimations();
+    if (animations.empty() && !selectedItems().isEmpty())
+        kxLog::warning(tr("Nothing was copied: no animation is selected."));
+    kxAnimManager::the()->copy(animations);
 }
 
 void kxAnimTreeWidget::cut()

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void findsAndSelects();
     void selectsInTheScene();
     void blursWhatIsBelow();
+    void takesKeyedObjectsOut();
 
 private:
     std::unique_ptr<kxAnimFixture> _scene;
@@ -365,6 +366,36 @@ void tst_kxAnimLibraryWidget::blursWhatIsBelow()
     _library->select("car,paint");
     open("car");
     QVERIFY(!save->isEnabled());
+}
+
+void tst_kxAnimLibraryWidget::takesKeyedObjectsOut()
+{
+    const NodePtr keyed = object("keyed", {kxAnimFixture::curve("translation", "Y", {{1.0f, 3.0f}, {2.0f, 7.0f}})});
+    material("faded", {kxAnimFixture::curve("diffuse", "R", {{1.0f, 1.0f}})});
+    tag(object("bare", {}), {"round"});
+    _library->rebuild(false);
+    const QStringList before = _library->dump();
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    for (const char* const command : {"remove", "cut"})
+    {
+        _library->select("keyed,faded");
+        QVERIFY(QMetaObject::invokeMethod(_library.get(), command));
+        QVERIFY(!_library->dump().contains("keyed") && !_library->dump().contains("faded"));
+        QCOMPARE(_library->dump().size(), before.size() - 2);
+        stack->undo();
+        QCOMPARE(_library->dump(), before);
+        QCOMPARE(kxAnimFixture::curveOf(
+                     AnimNodePtr::dcast(kernel()->getAnimAttachment(keyed)->getAnimationRoot()->getChild(0)))
+                     ->getControlPoints()
+                     .size(),
+                 2u);
+    }
+    // What has nothing to delete says so.
+    kxLogModel::the().clear();
+    _library->select("round,round/bare");
+    _library->remove();
+    QCOMPARE(_library->dump(), before);
+    QCOMPARE(kxLogModel::the().entries().size(), 1);
 }
 
 QTEST_MAIN(tst_kxAnimLibraryWidget)

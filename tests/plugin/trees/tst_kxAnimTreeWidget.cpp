@@ -226,15 +226,14 @@ void tst_kxAnimTreeWidget::deletesWithAnswers_data()
 {
     typedef QList<kxRemovalAnswer> Answers;
     kxColumns<bool, Answers, QStringList>("check", "answers", "deleted");
-    const QStringList both{"Roll \"2\"", "roll in"}, second{"Spin", "spin in"};
-    // The rows: an unshared animation, two shared ones, an unshared one.
-    kxRow("unchecked", false, Answers(), QStringList{"Walk", "Roll \"2\"", "Spin", "Last"});
+    const QStringList both{"Roll \"2\"", "roll in"}, second{"Spin", "spin in"}, last{"Last", "translation.Z"};
+    // The rows: an unshared animation, two shared ones, an object with an unshared one and a keyed channel.
+    kxRow("unchecked", false, Answers(), QStringList{"Walk", "Roll \"2\"", "Spin"} + last);
     kxRow("yes to both", true, Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::Yes},
-          QStringList{"Walk"} + both + second + QStringList{"Last"});
+          QStringList{"Walk"} + both + second + last);
     kxRow("no, then yes", true, Answers{kxRemovalAnswer::No, kxRemovalAnswer::Yes},
-          QStringList{"Walk"} + second + QStringList{"Last"});
-    kxRow("yes to all", true, Answers{kxRemovalAnswer::YesToAll},
-          QStringList{"Walk"} + both + second + QStringList{"Last"});
+          QStringList{"Walk"} + second + last);
+    kxRow("yes to all", true, Answers{kxRemovalAnswer::YesToAll}, QStringList{"Walk"} + both + second + last);
     kxRow("no to all", true, Answers{kxRemovalAnswer::NoToAll}, QStringList{"Walk"});
     kxRow("yes, then no to all", true, Answers{kxRemovalAnswer::Yes, kxRemovalAnswer::NoToAll},
           QStringList{"Walk"} + both);
@@ -251,7 +250,9 @@ void tst_kxAnimTreeWidget::deletesWithAnswers()
     clone->setNodeName("spin in");
     _clip->addChild(clone);
     const osg::NodePtr object = _fixture.object("Last owner");
-    kxAnimManager::the()->addAnimation(object, _fixture.block("Last", {}));
+    const osg::AnimNodePtr keyed = _fixture.curve("translation", "Z", {{1, 4}});
+    for (const osg::AnimNodePtr& animation : {_fixture.block("Last", {}), keyed})
+        kxAnimManager::the()->addAnimation(object, animation);
 
     const std::vector<kxRemovalRow> rows = {{_walk->getId(), 0},  {_roll->getId(), 0}, {spin->getId(), 0},
                                             {object->getId(), 0}, {0xFFFFFFF0u, 0},    {0, 0}};
