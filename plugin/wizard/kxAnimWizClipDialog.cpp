@@ -1,9 +1,9 @@
 #include <wizard/kxAnimWizClipDialog.h>
 
+#include <wizard/kxSecondsSpiner.h>
 #include <wizard/kxWizardCapture.h>
 
 #include <QKXCollapsibleFrame.h>
-#include <QKXSpiner.h>
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -49,9 +49,8 @@ QLabel* makeLabel(const char* name, const char* source, QWidget* parent)
 
 QKXDoubleSpiner* makeSeconds(const char* name, double value, QWidget* parent)
 {
-    QKXDoubleSpiner* const field = named<QKXDoubleSpiner>(name, parent);
+    QKXDoubleSpiner* const field = named<kxSecondsSpiner>(name, parent);
     field->setMinimumWidth(ColumnWidth);
-    field->setDecimals(3); // a frame of any usual rate
     field->setSingleStep(0.5);
     field->setSuffix(text(" sec"));
     field->setValue(value);
