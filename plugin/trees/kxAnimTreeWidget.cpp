@@ -271,6 +271,11 @@ bool kxAnimTreeWidget::event(QEvent* event)
     return QTreeWidget::event(event);
 }
 
+bool kxAnimTreeWidget::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    return trigger != AnyKeyPressed && QTreeWidget::edit(index, trigger, event);
+}
+
 void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)
 {
     const QList<QTreeWidgetItem*> items = selectedItems();

@@ -105,6 +105,9 @@ protected:
     /// A click on a selected row begins a rename after the time of a double click. A key or another widget that gets
     /// the focus meanwhile ends that, so that no editor takes what was typed for something else.
     bool event(QEvent* event) override;
+    /// Keys edit nothing here: Space would switch off what the current row shows.
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
+    using QTreeWidget::edit;
     void startDrag(Qt::DropActions supportedActions) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 

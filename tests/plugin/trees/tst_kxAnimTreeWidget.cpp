@@ -86,6 +86,7 @@ private Q_SLOTS:
     void clonesAndUnshares();
     void checkStatesFollow();
     void clickThatRenamesWaits();
+    void spaceSwitchesNothingOff();
 
 private:
     QStringList animationNames(const osg::NodePtr& object) const;
@@ -386,6 +387,18 @@ void tst_kxAnimTreeWidget::clickThatRenamesWaits()
         QCOMPARE(editors(), end == QEvent::None ? 1 : 0);
     }
     QApplication::setDoubleClickInterval(interval);
+}
+
+void tst_kxAnimTreeWidget::spaceSwitchesNothingOff()
+{
+    _tree->show();
+    _tree->expandAll();
+    for (const char* const path : {"Box/Walk", "Ball/Roll \"2\""})
+    {
+        _tree->setCurrentItem(_tree->row(path));
+        QTest::keyClick(_tree.get(), Qt::Key_Space);
+        QVERIFY(_tree->row(path)->node()->isActive() && _tree->row(path)->isSelected());
+    }
 }
 
 QTEST_MAIN(tst_kxAnimTreeWidget)
