@@ -228,8 +228,8 @@ void kxAnimClipEditor::wrapPlayback()
     const double far = params.reverse ? params.start : params.end;
     const double near = params.reverse ? params.end : params.start;
     scene()->setTime(far);
-    const double rate = params.fps > 0 ? params.fps : kxAnimManager::the()->fps();
-    clip->setLastEvaluationTime(float(near / rate));
+    // Frames are the scene's, at whatever rate they are played.
+    clip->setLastEvaluationTime(float(near / kxAnimManager::the()->fps()));
     osg::markChanged(clip, osg::AnimNode::LastEvaluationTimeFieldMask);
     scene()->setTime(near);
 }

@@ -6,6 +6,7 @@
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizClipGUI.h>
 
+#include <animation/kxTriggers.h>
 #include <kxFramePlayer.h>
 #include <kxServices.h>
 #include <scene/CameraLight.h>
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void fieldsEditBarsAndClip();
     void playsTheClip();
     void wrapsAtTheEnds();
+    void wrapsPastNoTrigger_data();
+    void wrapsPastNoTrigger();
     void tellsTheLibraryFirst();
     void offersWhatCanBeMade();
     void placesCameraTracks_data();
@@ -101,6 +104,11 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     _form->_postCycles->setValue(3);
     QCOMPARE(bar->node()->getPostCycles(), 3);
     shown()->clearSelection();
+    bar->setSelected(true);
+    QCOMPARE(_form->_duration->value(), 48.0); // of one pass
+    _form->_duration->setValue(72);
+    QCOMPARE(bar->node()->getScale(), 3.0f);
+    shown()->clearSelection();
     _form->_postCycles->setValue(-1);
     QCOMPARE(_clip->getPostCycles(), -1);
     QVERIFY(std::isfinite(_form->_duration->value()));
@@ -152,6 +160,43 @@ void tst_kxAnimClipEditor::wrapsAtTheEnds()
     kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
     QCOMPARE(shown()->time(), 30.0);
     player.stop(this);
+}
+
+void tst_kxAnimClipEditor::wrapsPastNoTrigger_data()
+{
+    kxColumns<double, bool, QString>("rate", "reverse", "fired");
+    kxRow("at the scene's rate", 24.0, false, "late");
+    kxRow("every frame", -1.0, false, "late");
+    kxRow("slower", 12.0, false, "late");
+    kxRow("back", 24.0, true, "early");
+    kxRow("back and faster", 48.0, true, "early");
+}
+
+/// The way to the far end fires what lies on it; the way back fires nothing.
+void tst_kxAnimClipEditor::wrapsPastNoTrigger()
+{
+    QFETCH(double, rate);
+    QFETCH(bool, reverse);
+    QFETCH(QString, fired);
+    const osg::AnimNodePtr late =
+        kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2), kxAnimFixture::trigger("early", 2.25f),
+                                     kxAnimFixture::trigger("late", 2.75f)});
+    kxAnimManager::the()->addToClipStructure(late);
+    tree()->rebuild(false);
+    select(late); // frames 48 to 72
+    const double rateBefore = kxAnimManager::the()->playbackFPS();
+    kxAnimManager::the()->setPlaybackFPS(rate);
+    press(reverse ? "_playRev" : "_play");
+    kxAnimManager::the()->setPlaybackFPS(rateBefore);
+    shown()->setTime(60);
+    QStringList heard;
+    kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
+                           { heard << QString::fromStdString(name); });
+    kxMessage message;
+    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+    kxTriggers::setHandler(nullptr);
+    QCOMPARE(heard.join(','), fired);
+    QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
 }
 
 namespace
