@@ -217,6 +217,7 @@ void kxAnimClipEditor::makeView()
     connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateLibrarySelection()));
     connect(shown, SIGNAL(itemChanged(kxAnimAbstractClipItem*)), this,
             SLOT(updateStartAndDuration(kxAnimAbstractClipItem*)));
+    connect(shown, SIGNAL(followed()), this, SLOT(updateStartAndDuration()));
     connect(shown, SIGNAL(itemsChangedState()), _tree, SLOT(updateCheckStates()));
     connect(shown, SIGNAL(dropEventOccured()), _tree, SLOT(rebuild()));
     connect(shown, SIGNAL(itemDuplicated()), this, SLOT(updateSelectedClipTree()));

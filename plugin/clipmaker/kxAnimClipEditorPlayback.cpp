@@ -49,6 +49,16 @@ void setStyle(QWidget* field, const QString& style)
         field->setStyleSheet(style);
 }
 
+/// Without a word to whoever listens. What is being typed stays where the value does.
+template <class Field, class Value>
+void showIn(Field* field, Value value)
+{
+    constexpr double HalfDigit = 0.005; // of the two decimals that are shown
+    const QSignalBlocker blocker(field);
+    if (std::abs(double(field->value()) - double(value)) >= HalfDigit)
+        field->setValue(value);
+}
+
 void enable(QWidget* label, QWidget* field, bool isEnabled)
 {
     label->setEnabled(isEnabled);
@@ -94,15 +104,12 @@ void kxAnimClipEditor::updateStartAndDuration(kxAnimAbstractClipItem* item)
 
 void kxAnimClipEditor::fillFields(const osg::AnimNodePtr& node)
 {
-    const QSignalBlocker start(_window->_start);
-    const QSignalBlocker duration(_window->_duration);
-    const QSignalBlocker cycles(_window->_postCycles);
     const Extent extent = extentOf(node);
     const int passes = node != osg::NullFC ? std::max(node->getPostCycles(), -1) : 0;
-    _window->_start->setValue(extent.start);
+    showIn(_window->_start, extent.start);
     // An endless node has the extent of one pass.
-    _window->_duration->setValue((extent.end - extent.start) / (passes < 0 ? 1 : passes + 1.0));
-    _window->_postCycles->setValue(passes);
+    showIn(_window->_duration, (extent.end - extent.start) / (passes < 0 ? 1 : passes + 1.0));
+    showIn(_window->_postCycles, passes);
 }
 
 void kxAnimClipEditor::changedStart(double value)

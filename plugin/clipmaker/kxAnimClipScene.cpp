@@ -3,7 +3,6 @@
 #include <clipmaker/kxAnimClipBars.h>
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
-#include <clipmaker/kxAnimClipDrop.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipRows.h>
 #include <clipmaker/kxAnimClipRuler.h>
@@ -18,7 +17,6 @@
 #include <osg/FieldContainerFactory.h>
 
 #include <QCoreApplication>
-#include <QGraphicsSceneDragDropEvent>
 #include <QGraphicsSceneHelpEvent>
 #include <QGraphicsView>
 #include <QPainter>
@@ -94,8 +92,8 @@ kxAnimClipScene::kxAnimClipScene(QObject* parent)
     connect(_watch, &kxAnimClipWatch::animationsChanged, this, &kxAnimClipScene::followChanges);
     addItem(_timeItem);
     theScene = this;
-    _callbacks.add(kxMessageName::Undo, undoStackMoved);
-    _callbacks.add(kxMessageName::Redo, undoStackMoved);
+    for (const char* const message : {kxMessageName::Undo, kxMessageName::Redo, kxMessageName::ChangedFPS})
+        _callbacks.add(message, followAtOnce);
 }
 
 kxAnimClipScene::~kxAnimClipScene()
@@ -166,7 +164,7 @@ void kxAnimClipScene::deleteBars(const QVector<kxAnimAbstractClipItem*>& bars)
     }
 }
 
-void kxAnimClipScene::undoStackMoved(kxMessage&)
+void kxAnimClipScene::followAtOnce(kxMessage&)
 {
     if (theScene != nullptr)
         theScene->followClip();
@@ -181,13 +179,15 @@ void kxAnimClipScene::followChanges()
 
 void kxAnimClipScene::followClip()
 {
-    const osg::AnimNodePtr shown = clip();
-    if (shown == osg::NullFC)
-    {
-        if (_clipId != 0)
-            clear();
-        return;
-    }
+    if (const osg::AnimNodePtr shown = clip())
+        followNodesOf(shown);
+    else if (_clipId != 0)
+        clear();
+    Q_EMIT followed();
+}
+
+void kxAnimClipScene::followNodesOf(const osg::AnimNodePtr& shown)
+{
     QSet<unsigned int> missing, selected;
     for (const osg::NodePtr& child : shown->getChildren())
         if (kxClipBars::isShown(osg::AnimNodePtr::dcast(child)))
@@ -478,86 +478,6 @@ void kxAnimClipScene::helpEvent(QGraphicsSceneHelpEvent* event)
 void kxAnimClipScene::clearHover()
 {
     _hovered = kxClipLayout::TrackButton();
-    update();
-}
-
-// Drags out of the library
-
-QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
-{
-    const float dpi = kxPlatform::getDpiScaleX();
-    const double x = double(float(place.x()));
-    return QPointF(_snapToGridX ? std::trunc(x) : x,
-                   std::max(0, kxClipGeometry::trackOf(place.y(), dpi)) * double(kxClipGeometry::trackPitch(dpi)));
-}
-
-void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
-{
-    const osg::AnimNodePtr node = kxClipDrop::nodeFor(clip(), event->mimeData());
-    if (node == osg::NullFC)
-        return;
-    delete _ghost;
-    _ghost = new kxAnimClipItem(node, nullptr);
-    _ghost->setTextsVisible(false);
-    _ghost->setHandlesShown(false);
-    _ghost->invalidateNode();
-    _ghost->setColor(kxClipColor::Ghost);
-    _ghost->setFlags({});
-    _ghost->setPos(dropPlace(event->scenePos()));
-    addItem(_ghost);
-}
-
-void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
-{
-    event->ignore();
-    _rowMarks.clear();
-    update();
-    if (kxClipDrop::nodeFor(clip(), event->mimeData()) == osg::NullFC)
-        return;
-    bool taken = false;
-    if (_ghost != nullptr)
-    {
-        const QPointF place = dropPlace(event->scenePos());
-        _ghost->setPos(place);
-        taken = isHit(rows(), _ghost);
-        _rowMarks[kxClipGeometry::trackOf(place.y(), kxPlatform::getDpiScaleX())] =
-            taken ? kxClipColor::TrackTaken : kxClipColor::TrackFree;
-    }
-    if (!taken)
-    {
-        event->setDropAction(Qt::CopyAction);
-        event->accept();
-    }
-}
-
-void kxAnimClipScene::dragLeaveEvent(QGraphicsSceneDragDropEvent*)
-{
-    endDrag();
-}
-
-void kxAnimClipScene::dropEvent(QGraphicsSceneDragDropEvent* event)
-{
-    const osg::AnimNodePtr shown = clip();
-    const osg::AnimNodePtr node = kxClipDrop::nodeFor(shown, event->mimeData());
-    const bool isMarked = !_rowMarks.isEmpty();
-    const int track = isMarked ? _rowMarks.firstKey() : 0;
-    const double frames = isMarked ? dropPlace(event->scenePos()).x() : 0;
-    endDrag();
-    if (node == osg::NullFC || kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
-    {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    setClip(shown, true);
-    Q_EMIT dropEventOccured();
-}
-
-void kxAnimClipScene::endDrag()
-{
-    delete _ghost;
-    _rowMarks.clear();
     update();
 }
 

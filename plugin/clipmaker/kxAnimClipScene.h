@@ -23,8 +23,8 @@ class QTreeWidgetItem;
 ///
 /// x in frames, tracks of pitch 50 * dpi downward from y = 0. Owns the bars and the time line. The clip is looked up by
 /// id at each use, and without one every operation on it does nothing. Follows every change of the clip's nodes,
-/// whoever makes it: that of a step on the undo stack at once, any other in the next turn of the event loop. There is
-/// one scene, which serves the host's callbacks.
+/// whoever makes it: that of a step on the undo stack and of the frame rate at once, any other in the next turn of the
+/// event loop. There is one scene, which serves the host's callbacks.
 class kxAnimClipScene : public QGraphicsScene
 {
     Q_OBJECT
@@ -111,6 +111,8 @@ Q_SIGNALS:
     /// Once for an operation on many bars.
     void itemsChangedState();
     void dropEventOccured();
+    /// Animations have changed, those of the clip or others, and the bars show it.
+    void followed();
 
 protected:
     void dragEnterEvent(QGraphicsSceneDragDropEvent* event) override;
@@ -157,10 +159,11 @@ private:
 
     /// Ids, sorted.
     QVector<unsigned int> selectedNodes() const;
-    static void undoStackMoved(kxMessage& message);
-    /// Makes the bars anew that don't show what their nodes are; adds and removes those whose nodes came and went. The
-    /// bars of a clip that has died go.
+    static void followAtOnce(kxMessage& message);
+    /// The bars of a clip that has died go.
     void followClip();
+    /// Makes the bars anew that don't show what their nodes are; adds and removes those whose nodes came and went.
+    void followNodesOf(const osg::AnimNodePtr& shown);
     /// As soon as nothing is dragged.
     void followChanges();
     void buildBars(const osg::AnimNodePtr& node);

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void wrapsAtTheEnds();
     void wrapsPastNoTrigger_data();
     void wrapsPastNoTrigger();
+    void fieldsFollowTheClip();
     void tellsTheLibraryFirst();
     void offersWhatCanBeMade();
     void placesCameraTracks_data();
@@ -197,6 +198,31 @@ void tst_kxAnimClipEditor::wrapsPastNoTrigger()
     kxTriggers::setHandler(nullptr);
     QCOMPARE(heard.join(','), fired);
     QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
+}
+
+void tst_kxAnimClipEditor::fieldsFollowTheClip()
+{
+    select(_clip);
+    const osg::AnimNodePtr second = child(_clip, 1);
+    second->moveBy(1, 0); // by a script, say
+    kxAnimFixture::changed(second, osg::AnimNode::OffsetFieldMask);
+    QCoreApplication::processEvents();
+    QCOMPARE(_form->_duration->value(), 96.0);
+    shown()->bars()[1]->setSelected(true);
+    QCOMPARE(_form->_start->value(), 72.0);
+    kxAnimManager::the()->setFPS(30); // keys keep their seconds
+    QCOMPARE(shown()->bars()[1]->x(), 90.0);
+    QCOMPARE(_form->_start->value(), 90.0);
+    _form->_start->setValue(130);
+    QCOMPARE(second->getOffset()[0] * 30, 130.0f);
+    shown()->clearSelection();
+    QCOMPARE(_form->_duration->value(), 160.0);
+    second->getParent()->subChild(second);
+    _clip->moveBy(2, 0);
+    kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask);
+    QCoreApplication::processEvents();
+    QCOMPARE(_form->_start->value(), 60.0);
+    QCOMPARE(_form->_duration->value(), 30.0);
 }
 
 namespace

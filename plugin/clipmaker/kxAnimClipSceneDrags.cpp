@@ -1,0 +1,92 @@
+#include <clipmaker/kxAnimClipScene.h>
+
+#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxAnimClipDrop.h>
+#include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipRows.h>
+
+#include <kxPlatform.h>
+
+#include <QGraphicsSceneDragDropEvent>
+
+#include <cmath>
+
+// Drags out of the library
+
+QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
+{
+    const float dpi = kxPlatform::getDpiScaleX();
+    const double x = double(float(place.x()));
+    return QPointF(_snapToGridX ? std::trunc(x) : x,
+                   std::max(0, kxClipGeometry::trackOf(place.y(), dpi)) * double(kxClipGeometry::trackPitch(dpi)));
+}
+
+void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
+{
+    const osg::AnimNodePtr node = kxClipDrop::nodeFor(clip(), event->mimeData());
+    if (node == osg::NullFC)
+        return;
+    delete _ghost;
+    _ghost = new kxAnimClipItem(node, nullptr);
+    _ghost->setTextsVisible(false);
+    _ghost->setHandlesShown(false);
+    _ghost->invalidateNode();
+    _ghost->setColor(kxClipColor::Ghost);
+    _ghost->setFlags({});
+    _ghost->setPos(dropPlace(event->scenePos()));
+    addItem(_ghost);
+}
+
+void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
+{
+    event->ignore();
+    _rowMarks.clear();
+    update();
+    if (kxClipDrop::nodeFor(clip(), event->mimeData()) == osg::NullFC)
+        return;
+    bool taken = false;
+    if (_ghost != nullptr)
+    {
+        const QPointF place = dropPlace(event->scenePos());
+        _ghost->setPos(place);
+        taken = isHit(rows(), _ghost);
+        _rowMarks[kxClipGeometry::trackOf(place.y(), kxPlatform::getDpiScaleX())] =
+            taken ? kxClipColor::TrackTaken : kxClipColor::TrackFree;
+    }
+    if (!taken)
+    {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    }
+}
+
+void kxAnimClipScene::dragLeaveEvent(QGraphicsSceneDragDropEvent*)
+{
+    endDrag();
+}
+
+void kxAnimClipScene::dropEvent(QGraphicsSceneDragDropEvent* event)
+{
+    const osg::AnimNodePtr shown = clip();
+    const osg::AnimNodePtr node = kxClipDrop::nodeFor(shown, event->mimeData());
+    const bool isMarked = !_rowMarks.isEmpty();
+    const int track = isMarked ? _rowMarks.firstKey() : 0;
+    const double frames = isMarked ? dropPlace(event->scenePos()).x() : 0;
+    endDrag();
+    if (node == osg::NullFC || kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
+    {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    setClip(shown, true);
+    Q_EMIT dropEventOccured();
+}
+
+void kxAnimClipScene::endDrag()
+{
+    delete _ghost;
+    _rowMarks.clear();
+    update();
+}
