@@ -1,6 +1,7 @@
 #include <clipmaker/kxAnimClipDrop.h>
 
 #include <clipmaker/kxAnimClipNodes.h>
+#include <clipmaker/kxClipStructure.h>
 #include <trees/kxAnimLibraryPayload.h>
 
 #include <kxPlatform.h>
@@ -21,7 +22,7 @@ osg::AnimNodePtr kxClipDrop::nodeFor(const osg::AnimNodePtr& clip, const QMimeDa
 osg::AnimNodePtr kxClipDrop::insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames,
                                     int tracks)
 {
-    const osg::AnimNodePtr clone = osg::cloneAnimTree(node, true);
+    const osg::AnimNodePtr clone = kxClipStructure::cloneToPlace(node);
     const float dpi = kxPlatform::getDpiScaleX();
     const double alone = kxClipNodes::spanOf(clone).x, y = double(dpi * clone->getOffset().y());
     clip->addChild(clone);
@@ -33,7 +34,6 @@ osg::AnimNodePtr kxClipDrop::insert(const osg::AnimNodePtr& node, const osg::Ani
         clip->subChild(clone);
         return osg::AnimNodePtr();
     }
-    kxClipNodes::setActive(clone, true);
     osg::markChanged(clip, osg::Node::ChildrenFieldMask);
     return clone;
 }

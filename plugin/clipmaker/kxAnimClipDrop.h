@@ -14,6 +14,6 @@ namespace kxClipDrop
 osg::AnimNodePtr nodeFor(const osg::AnimNodePtr& clip, const QMimeData* data);
 
 /// Puts a clone of `node`, which shares its curves, into `clip`, `frames` later and `tracks` further down than `node`
-/// itself stands. Active: what is placed plays. Null where that is no place that a node can have.
+/// itself stands. Null where that is no place that a node can have.
 osg::AnimNodePtr insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames, int tracks);
 } // namespace kxClipDrop

@@ -7,6 +7,7 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
+#include <clipmaker/kxClipStructure.h>
 #include <frame/kxClipRefresh.h>
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
@@ -78,14 +79,6 @@ void announceBlocks(const std::vector<osg::AnimNodePtr>& blocks)
 bool isBlock(const osg::AnimNodePtr& node)
 {
     return node != osg::NullFC && osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC;
-}
-
-/// What has no tracks of its own and is shown in the clip that holds it.
-bool isShownInParent(const osg::AnimNodePtr& node)
-{
-    const osg::NodeCorePtr core = node->getCore();
-    return osg::AnimBlockPtr::dcast(core) != osg::NullFC || osg::VertexAnimCurvesPtr::dcast(core) != osg::NullFC ||
-           osg::TimeShapeCachePtr::dcast(core) != osg::NullFC;
 }
 
 osg::AnimNodePtr animationOf(const QTreeWidgetItem* item)
@@ -366,11 +359,11 @@ void kxAnimClipEditor::changedClipsSelection()
     const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
     const osg::AnimNodePtr node = animationOf(only);
-    const osg::AnimNodePtr above = only != nullptr ? animationOf(only->parent()) : osg::AnimNodePtr();
-    if (only == nullptr)
+    const osg::AnimNodePtr clip = kxClipStructure::clipOf(node); // what has no tracks is shown where it stands
+    if (clip != osg::NullFC)
+        scene()->setClip(clip, false);
+    else if (only == nullptr || node != osg::NullFC)
         scene()->clear();
-    else if (node != osg::NullFC)
-        scene()->setClip(isShownInParent(node) && above != osg::NullFC ? above : node, false);
     updateStartAndDuration();
     updateCreateMenu();
     updateStatus();
@@ -391,8 +384,7 @@ void kxAnimClipEditor::updateSelectedClipTree()
     if (items.size() != 1)
         return;
     const osg::AnimNodePtr node = animationOf(items.front());
-    const bool isClip = node != osg::NullFC && osg::AnimClipPtr::dcast(node->getCore()) != osg::NullFC;
-    if (!isClip && items.front()->parent() == nullptr)
+    if (!kxClipStructure::isClip(node) && items.front()->parent() == nullptr)
         return;
     const QSignalBlocker blocker(_tree.data());
     _tree->rebuild(true);

@@ -210,6 +210,8 @@ void kxAnimClipEditor::pasteClone()
     const double seconds = scene() != nullptr ? scene()->time() / kernel.fps() : 0.0;
     const auto pasteTo = [&](const osg::AnimNodePtr& target)
     {
+        if (target == osg::NullFC)
+            return;
         for (const osg::AnimNodePtr& pasted : kernel.clonePasteToWithOffset(target, seconds, false, false))
             kernel.unshareClipsR(pasted);
     };
@@ -220,7 +222,7 @@ void kxAnimClipEditor::pasteClone()
     if (_tree->selectedItems().isEmpty())
         pasteTo(kernel.clipStructureRoot());
     for (const unsigned int id : targets)
-        pasteTo(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id));
+        pasteTo(kxClipStructure::targetOf(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id)));
     _tree->rebuild(true);
     for (QTreeWidgetItem* const item : _tree->selectedItems())
         _tree->expandAtOnce(item, true);

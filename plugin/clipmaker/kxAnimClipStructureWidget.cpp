@@ -435,7 +435,7 @@ bool kxAnimClipStructureWidget::dropMimeData(QTreeWidgetItem* parent, int, const
 
 bool kxAnimClipStructureWidget::dropLibraryRows(QTreeWidgetItem* parent, const QByteArray& bytes)
 {
-    const AnimNodePtr clip = clipOf(parent);
+    const AnimNodePtr clip = kxClipStructure::targetOf(nodeOf(parent));
     if (clip == NullFC)
         return false;
     const QPersistentModelIndex target = indexFromItem(parent);
@@ -463,7 +463,7 @@ bool kxAnimClipStructureWidget::dropClipRows(QTreeWidgetItem* parent, const QByt
         rebuild(true);
         return false; // the rows are in their place: the view is to do nothing with what it dragged
     }
-    const AnimNodePtr clip = clipOf(parent);
+    const AnimNodePtr clip = kxClipStructure::targetOf(nodeOf(parent));
     if (clip == NullFC)
         return false;
     bool refusesAll = !entries.empty();

@@ -1,9 +1,14 @@
 #include <clipmaker/kxClipStructure.h>
 
+#include <clipmaker/kxAnimClipNodes.h>
+
 #include <kxAnimManager.h>
+#include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
+
+#include <QCoreApplication>
 
 using namespace osg;
 
@@ -21,6 +26,31 @@ void moveToFreeTrack(const AnimNodePtr& node, const AnimNodePtr& clip)
 bool kxClipStructure::isClip(const NodePtr& node)
 {
     return node != NullFC && AnimClipPtr::dcast(node->getCore()) != NullFC;
+}
+
+AnimNodePtr kxClipStructure::clipOf(const NodePtr& node)
+{
+    for (NodePtr above = node; above != NullFC; above = above->getParent())
+        if (isClip(above))
+            return AnimNodePtr::dcast(above);
+    return AnimNodePtr();
+}
+
+AnimNodePtr kxClipStructure::targetOf(const NodePtr& node)
+{
+    if (isClip(node))
+        return AnimNodePtr::dcast(node);
+    if (node != NullFC)
+        kxLog::warning(QCoreApplication::translate("kxClipStructure", "Nothing was put into \"%1\": it is no clip.")
+                           .arg(QString::fromStdString(kxNodeUtils::getName(node))));
+    return AnimNodePtr();
+}
+
+AnimNodePtr kxClipStructure::cloneToPlace(const AnimNodePtr& node)
+{
+    const AnimNodePtr clone = cloneAnimTree(node, true);
+    kxClipNodes::setActive(clone, true);
+    return clone;
 }
 
 double kxClipStructure::sceneTime(const AnimNodePtr& node, double seconds)
@@ -67,7 +97,7 @@ AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr
 {
     if (kxNodeUtils::hasParent(clip, node))
         return AnimNodePtr();
-    const AnimNodePtr clone = cloneAnimTree(node, true);
+    const AnimNodePtr clone = cloneToPlace(node);
     moveToFreeTrack(clone, clip);
     clip->addChild(clone);
     markChanged(clip, Node::ChildrenFieldMask);

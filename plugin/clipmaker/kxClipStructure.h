@@ -11,6 +11,15 @@ namespace kxClipStructure
 /// True for a node with the core of a clip, of whatever kind; false for null.
 bool isClip(const osg::NodePtr& node);
 
+/// The clip that `node` is, else the nearest one that holds it; null where there is none.
+osg::AnimNodePtr clipOf(const osg::NodePtr& node);
+
+/// `node` as what takes a paste or a drop: only a clip does. Null for anything else, which the log says.
+osg::AnimNodePtr targetOf(const osg::NodePtr& node);
+
+/// A clone of `node` that shares its cores, to be placed in a clip: active, since what is placed plays.
+osg::AnimNodePtr cloneToPlace(const osg::AnimNodePtr& node);
+
 /// The time of the tree's root, which rulers show, at `seconds` of the time that the children of `node` are placed in.
 double sceneTime(const osg::AnimNodePtr& node, double seconds);
 
@@ -24,7 +33,7 @@ osg::AnimNodePtr makeClip(const std::string& name);
 /// stands below it.
 bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
 
-/// A clone of `node` that shares its cores, at the same time in `clip`, on a free track. Null where `clip` is the node
+/// cloneToPlace() at the same time in `clip`, on a free track. Null where `clip` is the node
 /// itself or stands below it.
 osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
 

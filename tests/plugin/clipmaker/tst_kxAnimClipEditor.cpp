@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QToolButton>
+#include <kxCapturedStderr.h>
 #include <kxTable.h>
 
 #include <functional>
@@ -38,6 +39,7 @@ private Q_SLOTS:
     void placesCameraTracks_data();
     void placesCameraTracks();
     void deletesByTheLastFocus();
+    void pastesIntoClipsAlone();
     void answersAndFollows();
     void holdsTheDialogOfWizardClips();
     void doesNothingWithoutItsWindow();
@@ -81,8 +83,23 @@ void tst_kxAnimClipEditor::showsWhatIsSelected()
     QCOMPARE(shown()->bars().size(), 2);
     QCOMPARE(_form->_duration->value(), 72.0);
     QVERIFY(_form->_postCycles->isEnabled() && !_form->_duration->isEnabled());
-    select(child(_clip, 1)); // a block is shown in the clip that holds it
-    QCOMPARE(shown()->clip(), _clip);
+    // What is no clip is shown in the clip that holds it, also among hits of a search.
+    const osg::AnimNodePtr trigger = kxAnimFixture::trigger("Bell", 1);
+    _clip->addChild(trigger);
+    for (const bool isHit : {false, true})
+        for (const osg::AnimNodePtr& inside : {child(_clip, 1), trigger})
+        {
+            isHit ? tree()->rebuildFrom({_clip, inside}) : tree()->rebuild(false);
+            shown()->clear();
+            select(inside);
+            QCOMPARE(shown()->clip(), _clip);
+            QCOMPARE(shown()->bars().size(), 3);
+        }
+    const osg::AnimNodePtr loose = kxAnimFixture::block("Loose", {});
+    tree()->rebuildFrom({loose});
+    select(loose);
+    QVERIFY(shown()->clip() == osg::NullFC);
+    tree()->rebuild(false);
     tree()->expandAll();
     tree()->selectAll();
     QCOMPARE(shown()->bars().size(), 0);
@@ -363,6 +380,27 @@ void tst_kxAnimClipEditor::deletesByTheLastFocus()
     kxUndoStack::get(0).stack()->undo();
     QCOMPARE(_clip->getNChildren(), 2u);
     QCOMPARE(shown()->bars().size(), 2);
+}
+
+void tst_kxAnimClipEditor::pastesIntoClipsAlone()
+{
+    const osg::AnimNodePtr block = child(_clip, 1);
+    kxAnimManager::the()->copy(block, osg::FieldContainerPtr());
+    const auto paste = [this]
+    {
+        kxCapturedStderr log;
+        QMetaObject::invokeMethod(_maker->module.get(), "pasteClone");
+        return log.text();
+    };
+    select(block);
+    QVERIFY(paste().contains("\"Move\": it is no clip"));
+    QCOMPARE(block->getNChildren(), 1u);
+    QCOMPARE(_clip->getNChildren(), 2u);
+    select(_clip);
+    shown()->setTime(120);
+    QVERIFY(paste().isEmpty());
+    QCOMPARE(_clip->getNChildren(), 3u);
+    QCOMPARE(shown()->bars().back()->x(), 120.0);
 }
 
 void tst_kxAnimClipEditor::answersAndFollows()

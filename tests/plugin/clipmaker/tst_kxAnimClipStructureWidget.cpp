@@ -8,6 +8,7 @@
 #include <QInputDialog>
 #include <QSignalSpy>
 #include <QTimer>
+#include <kxCapturedStderr.h>
 #include <kxTable.h>
 
 using namespace osg;
@@ -170,16 +171,22 @@ void tst_kxAnimClipStructureWidget::dropsOfLibrary()
     kxClipTree f;
     const unsigned int walk = kxClipTree::find("walk")->getId();
     QVERIFY(!f.dropFromLibrary({walk}, ""));
-    QVERIFY(!f.dropFromLibrary({walk}, "B/step"));
+    {
+        kxCapturedStderr log;
+        QVERIFY(!f.dropFromLibrary({walk}, "B/step"));
+        QVERIFY(log.text().contains("\"step\": it is no clip"));
+    }
     QCOMPARE(f.tree.dump(), kxClipTree::fresh());
 
     // Every entry is taken, what is dead or no animation is skipped, and a clip above isn't cloned into itself.
+    kxClipTree::find("walk")->setTravMask(0); // what is placed plays all the same
     const unsigned int dead = FieldContainerFactory::the()->getFieldContainerStore().size() + 7;
     QVERIFY(f.dropFromLibrary({dead, walk, 0, f.node("A")->getId(), walk}, "A/inner"));
     const AnimNodePtr inner = f.node("A/inner");
     QCOMPARE(inner->getNChildren(), UInt32(3));
     const AnimNodePtr first = AnimNodePtr::dcast(inner->getChild(1)), second = AnimNodePtr::dcast(inner->getChild(2));
     QVERIFY(first->getCore() == kxClipTree::find("walk")->getCore());
+    QVERIFY(first->isActive() && !kxClipTree::find("walk")->isActive());
     QCOMPARE(first->getOffset(), Vec2f(0, 50));
     QCOMPARE(second->getOffset(), Vec2f(0, 100));
     QCOMPARE(first->getNodeName(), std::string("walk"));
