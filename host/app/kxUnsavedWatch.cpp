@@ -1,9 +1,11 @@
 #include "kxUnsavedWatch.h"
 
+#include <files/kxAnimSettings.h>
 #include <kernel/kxSelectCommand.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimNode.h>
+#include <scene/kxScene.h>
 #include <undo/kxUndoStep.h>
 
 #include <QUndoStack>
@@ -20,12 +22,21 @@ bool isSelection(const QUndoCommand* command)
                                           [](const std::unique_ptr<kxUndoCommand>& part)
                                           { return dynamic_cast<const kxSelectCommand*>(part.get()) != nullptr; });
 }
+/// The present values of what a file holds; where the current frame stands is no edit.
+std::map<std::string, double> presentSettings()
+{
+    std::map<std::string, double> settings = kxAnimSettings::values();
+    settings.erase("currentFrame");
+    return settings;
+}
 } // namespace
 
-kxUnsavedWatch::kxUnsavedWatch(QObject* parent) : QObject(parent), _stack(kxUndoStack::get(0).stack())
+kxUnsavedWatch::kxUnsavedWatch(QObject* parent)
+    : QObject(parent), _stack(kxUndoStack::get(0).stack()), _settings(presentSettings())
 {
     connect(_stack, &QUndoStack::indexChanged, this, &kxUnsavedWatch::stackMoved);
     connect(_stack, &QUndoStack::cleanChanged, this, &kxUnsavedWatch::stackMoved);
+    connect(kxScene::the(), &kxScene::settingsChanged, this, &kxUnsavedWatch::update);
     if (osg::ChangeList* const list = osg::WinThreadBase::getCurrentChangeList())
         list->addListener(this);
 }
@@ -78,9 +89,19 @@ bool kxUnsavedWatch::hasSteps() const
     return false;
 }
 
+bool kxUnsavedWatch::differs() const
+{
+    return _editedBeside || hasSteps() || presentSettings() != _settings;
+}
+
+bool kxUnsavedWatch::isUnsaved() const
+{
+    return _unsaved || differs(); // a setting may be newer than the last report of one
+}
+
 void kxUnsavedWatch::update()
 {
-    const bool unsaved = _editedBeside || hasSteps();
+    const bool unsaved = differs();
     if (unsaved == _unsaved)
         return;
     _unsaved = unsaved;
@@ -91,6 +112,7 @@ void kxUnsavedWatch::markSaved()
 {
     _editedBeside = false;
     _pending = false;
+    _settings = presentSettings();
     _stack->setClean();
     update();
 }

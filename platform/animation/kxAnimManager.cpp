@@ -17,6 +17,7 @@
 #include <kxLog.h>
 #include <kxMessageNames.h>
 #include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
 
 #include <cmath>
 
@@ -31,6 +32,16 @@ AnimNodePtr makeRoot(const char* name)
     root->setCore(Group::create());
     root->setNodeName(name);
     return root;
+}
+
+/// Of the settings that a scene's file holds.
+template <class T>
+void setOfScene(T& setting, T value)
+{
+    if (setting == value)
+        return;
+    setting = value;
+    kxScene::the()->markSettingsChanged();
 }
 
 void sendChangedFPS()
@@ -76,7 +87,7 @@ void kxAnimManager::setFPS(double fps)
 
 bool kxAnimManager::Private::changeRate(double from, double to, bool keepFrames)
 {
-    fps = to;
+    setOfScene(fps, to);
     const bool hasMoved = keepFrames && kxTimeRescale::keepFrames(from, to);
     sendChangedFPS();
     evaluate(true); // another time at the same frame
@@ -97,7 +108,7 @@ void kxAnimManager::setPlaybackFPS(double fps)
     }
     if (fps == _p->playbackFps)
         return;
-    _p->playbackFps = fps;
+    setOfScene(_p->playbackFps, fps);
     sendChangedFPS();
 }
 
@@ -211,7 +222,7 @@ int kxAnimManager::fullRangeStart() const
 
 void kxAnimManager::setFullRangeStart(int frame)
 {
-    _p->fullRangeStart = frame;
+    setOfScene(_p->fullRangeStart, frame);
 }
 
 int kxAnimManager::fullRangeEnd() const
@@ -221,7 +232,7 @@ int kxAnimManager::fullRangeEnd() const
 
 void kxAnimManager::setFullRangeEnd(int frame)
 {
-    _p->fullRangeEnd = frame;
+    setOfScene(_p->fullRangeEnd, frame);
 }
 
 int kxAnimManager::detailedRangeStart() const
@@ -231,7 +242,7 @@ int kxAnimManager::detailedRangeStart() const
 
 void kxAnimManager::setDetailedRangeStart(int frame)
 {
-    _p->detailedRangeStart = frame;
+    setOfScene(_p->detailedRangeStart, frame);
 }
 
 int kxAnimManager::detailedRangeEnd() const
@@ -241,7 +252,7 @@ int kxAnimManager::detailedRangeEnd() const
 
 void kxAnimManager::setDetailedRangeEnd(int frame)
 {
-    _p->detailedRangeEnd = frame;
+    setOfScene(_p->detailedRangeEnd, frame);
 }
 
 bool kxAnimManager::loopTimeline() const
@@ -251,7 +262,7 @@ bool kxAnimManager::loopTimeline() const
 
 void kxAnimManager::setLoopTimeline(bool value)
 {
-    _p->loopTimeline = value;
+    setOfScene(_p->loopTimeline, value);
 }
 
 bool kxAnimManager::evaluateSubframes() const
@@ -261,7 +272,7 @@ bool kxAnimManager::evaluateSubframes() const
 
 void kxAnimManager::setEvaluateSubframes(bool value)
 {
-    _p->evaluateSubframes = value;
+    setOfScene(_p->evaluateSubframes, value);
 }
 
 bool kxAnimManager::keepKeysAtFrame() const
@@ -271,7 +282,7 @@ bool kxAnimManager::keepKeysAtFrame() const
 
 void kxAnimManager::setKeepKeysAtFrame(bool value)
 {
-    _p->keepKeysAtFrame = value;
+    setOfScene(_p->keepKeysAtFrame, value);
 }
 
 int kxAnimManager::playbackRangeHint() const
@@ -281,7 +292,7 @@ int kxAnimManager::playbackRangeHint() const
 
 void kxAnimManager::setPlaybackRangeHint(int value)
 {
-    _p->playbackRangeHint = value;
+    setOfScene(_p->playbackRangeHint, value);
 }
 
 int kxAnimManager::playbackContextHint() const

@@ -9,7 +9,7 @@
 
 using namespace osg;
 
-/// Turns marked changes into the scene's two signals, each once a turn of the event loop.
+/// Turns marked changes into the scene's signals, each once a turn of the event loop.
 class kxScene::Watcher : public ChangeListener
 {
 public:
@@ -49,16 +49,24 @@ public:
         schedule();
     }
 
+    void markSettings()
+    {
+        _settings = true;
+        schedule();
+    }
+
     void flush()
     {
         _timer.stop();
         // The flags go first: a listener may mark again.
-        const bool structure = _structure, appearance = _appearance;
-        _structure = _appearance = false;
+        const bool structure = _structure, appearance = _appearance, settings = _settings;
+        _structure = _appearance = _settings = false;
         if (structure)
             Q_EMIT _scene->structureChanged();
         if (appearance || structure)
             Q_EMIT _scene->appearanceChanged();
+        if (settings)
+            Q_EMIT _scene->settingsChanged();
     }
 
 private:
@@ -72,6 +80,7 @@ private:
     QTimer _timer;
     bool _structure = false;
     bool _appearance = false;
+    bool _settings = false;
 };
 
 kxScene* kxScene::the()
@@ -169,6 +178,11 @@ void kxScene::clear()
 void kxScene::markStructureChanged()
 {
     _watcher->markStructure();
+}
+
+void kxScene::markSettingsChanged()
+{
+    _watcher->markSettings();
 }
 
 void kxScene::flush()

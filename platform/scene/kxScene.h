@@ -48,6 +48,8 @@ public:
     /// Marks that the tree, the materials or the settings are of another shape; structureChanged() follows once, at
     /// the next turn of the event loop, or at flush().
     void markStructureChanged();
+    /// The same for settingsChanged().
+    void markSettingsChanged();
     /// Sends pending notifications at once; for tests and scripts.
     void flush();
 
@@ -56,6 +58,8 @@ Q_SIGNALS:
     void structureChanged();
     /// Something that is drawn changed. Once a turn of the event loop at most.
     void appearanceChanged();
+    /// A rate, a range or a way of playing is another. Once a turn of the event loop at most.
+    void settingsChanged();
 
 private:
     kxScene();

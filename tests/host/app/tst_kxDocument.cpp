@@ -24,6 +24,8 @@ private Q_SLOTS:
     void mayLeave_data();
     void mayLeave();
     void whatMakesUnsaved();
+    void settingsMakeUnsaved_data();
+    void settingsMakeUnsaved();
     void scriptsSceneHasNoPath();
     void sourceOfAnotherProgramIsNotSavedOver();
 
@@ -43,6 +45,7 @@ void tst_kxDocument::init()
 {
     clear();
     _document.reset(new kxDocument);
+    _answer = kxDocument::Cancel;
     _asked.clear();
     _errors.clear();
     _chosen.clear();
@@ -124,6 +127,51 @@ void tst_kxDocument::whatMakesUnsaved()
     stack->undo();
     stack->redo();
     QVERIFY(_document->isUnsaved()); // steps don't take it back
+}
+
+typedef std::function<void(kxAnimManager& manager)> Setting;
+Q_DECLARE_METATYPE(Setting)
+
+void tst_kxDocument::settingsMakeUnsaved_data()
+{
+    QTest::addColumn<Setting>("change");
+    QTest::addColumn<Setting>("back");
+    const auto row = [](const char* name, auto set, auto other, auto present)
+    {
+        QTest::newRow(name) << Setting([=](kxAnimManager& m) { (m.*set)(other); })
+                            << Setting([=](kxAnimManager& m) { (m.*set)(present); });
+    };
+    typedef kxAnimManager M;
+    row("frame rate", &M::setFPS, 30.0, 24.0);
+    row("playback rate", &M::setPlaybackFPS, -1.0, 24.0);
+    row("range", &M::setFullRangeEnd, 80, 50);
+    row("detail", &M::setDetailedRangeStart, 7, 0);
+    row("loop", &M::setLoopTimeline, false, true);
+}
+
+void tst_kxDocument::settingsMakeUnsaved()
+{
+    QFETCH(Setting, change);
+    QFETCH(Setting, back);
+    kxAnimManager& manager = *kxAnimManager::the();
+    kxScene::the()->flush();
+    QSignalSpy changed(_document.data(), &kxDocument::changed); // what the title follows
+    change(manager);
+    QVERIFY(_document->isUnsaved() && !_document->mayLeave() && _asked.size() == 1);
+    kxScene::the()->flush();
+    QVERIFY(changed.size() == 1 && _document->isUnsaved());
+    back(manager);
+    kxScene::the()->flush();
+    QVERIFY(changed.size() == 2 && !_document->isUnsaved());
+    change(manager);
+    QVERIFY(_document->saveTo(path("s.kxs")) && !_document->isUnsaved());
+    back(manager);
+    QVERIFY(_document->isUnsaved());
+    _answer = kxDocument::Discard;
+    QVERIFY(_document->openFile(path("s.kxs")));
+    kxScene::the()->flush();
+    QVERIFY(!_document->isUnsaved());
+    back(manager);
 }
 
 void tst_kxDocument::scriptsSceneHasNoPath()
