@@ -96,6 +96,7 @@ void kxApplication::setHooks()
         return job.renderImage(file, QSize(width, height), reason);
     };
     kxHostModule::hooks().stage = window->stage();
+    kxHostModule::hooks().document = &window->document();
     kxHostModule::hooks().screenshot = [window](const QString& file, QString& reason)
     { return window->saveScreenshot(file, reason); };
 }

@@ -3,50 +3,13 @@
 #include <files/kxSceneIO.h>
 #include <kernel/kxLogModel.h>
 
-#include <kxMessage.h>
-#include <kxMessageIds.h>
-#include <kxModuleBase.h>
-
 #include <QFileInfo>
-#include <QScopedValueRollback>
 
 #include <utility>
 
-/// Hears of scenes that others open: a path that stayed would let the next save write over another scene's file.
-class kxDocument::SceneModule : public kxModuleBase
-{
-public:
-    explicit SceneModule(kxDocument* document)
-        : kxModuleBase(QStringLiteral("Document"), QStringLiteral("Host"), kxMessageId::NewScene, nullptr),
-          _document(document)
-    {
-    }
-    int receivedMessage(kxMessage&) override
-    {
-        _document->sceneReplaced();
-        return 0;
-    }
-
-private:
-    kxDocument* _document;
-};
-
-kxDocument::kxDocument(QObject* parent) : QObject(parent), _module(new SceneModule(this))
+kxDocument::kxDocument(QObject* parent) : QObject(parent)
 {
     connect(&_watch, &kxUnsavedWatch::unsavedChanged, this, &kxDocument::changed);
-}
-
-kxDocument::~kxDocument() = default;
-
-void kxDocument::sceneReplaced()
-{
-    if (_replacing)
-        return;
-    _source.clear();
-    setPath(QString());
-    // The message comes in the middle of the act: what is shown is known at its end.
-    QMetaObject::invokeMethod(
-        this, [this] { Q_EMIT opened(QString()); }, Qt::QueuedConnection);
 }
 
 QString kxDocument::name() const
@@ -102,15 +65,25 @@ bool kxDocument::newScene()
 {
     if (!mayLeave())
         return false;
-    const QScopedValueRollback<bool> replacing(_replacing, true);
+    startOver();
+    return true;
+}
+
+void kxDocument::startOver()
+{
     kxSceneIO::newScene();
     if (std::exchange(_hasBegun, true))
         kxLogModel::the().startScene(tr("New scene"));
+    hasOpened(QString());
+}
+
+void kxDocument::hasOpened(const QString& path)
+{
     _watch.startOver();
-    _source.clear();
-    setPath(QString());
-    Q_EMIT opened(QString());
-    return true;
+    _source = path;
+    // A file of another program is a source, no place to save to.
+    setPath(kxSceneIO::isSceneFile(path) ? path : QString());
+    Q_EMIT opened(path);
 }
 
 bool kxDocument::openFile(const QString& file)
@@ -119,7 +92,6 @@ bool kxDocument::openFile(const QString& file)
         return importFile(file);
     if (!mayLeave())
         return false;
-    const QScopedValueRollback<bool> replacing(_replacing, true);
     kxFileReport report(file);
     const QString path = QFileInfo(file).absoluteFilePath();
     if (!run(tr("Opening %1...").arg(QFileInfo(file).fileName()), tr("The file can't be opened"), report,
@@ -129,12 +101,17 @@ bool kxDocument::openFile(const QString& file)
             _recent.remove(path);
         return false;
     }
-    _watch.startOver();
-    _source = path;
     _recent.add(path);
-    // A file of another program is a source, no place to save to.
-    setPath(kxSceneIO::isSceneFile(path) ? path : QString());
-    Q_EMIT opened(path);
+    hasOpened(path);
+    return true;
+}
+
+bool kxDocument::open(const QString& file, kxFileReport& report)
+{
+    const QString path = QFileInfo(file).absoluteFilePath();
+    if (!kxSceneIO::open(path, report))
+        return false;
+    hasOpened(path);
     return true;
 }
 
@@ -165,11 +142,18 @@ bool kxDocument::saveAs()
 bool kxDocument::saveTo(const QString& file)
 {
     kxFileReport report(file);
-    const QString path = QFileInfo(file).absoluteFilePath();
     if (!run(tr("Saving %1...").arg(QFileInfo(file).fileName()), tr("The scene can't be saved"), report,
-             [&] { return kxSceneIO::save(path, report); }))
+             [&] { return write(file, report); }))
         return false;
-    _recent.add(path);
+    _recent.add(_path);
+    return true;
+}
+
+bool kxDocument::write(const QString& file, kxFileReport& report)
+{
+    const QString path = QFileInfo(file).absoluteFilePath();
+    if (!kxSceneIO::save(path, report))
+        return false;
     setPath(path);
     Q_EMIT saved(path);
     return true;

@@ -8,7 +8,6 @@
 #include <files/kxFileReport.h>
 
 #include <functional>
-#include <memory>
 
 /// The open scene as a file: its path, whether it is unsaved, and every way in and out of files.
 ///
@@ -36,7 +35,6 @@ public:
     };
 
     explicit kxDocument(QObject* parent = nullptr);
-    ~kxDocument() override;
 
     Dialogs& dialogs() { return _dialogs; }
     kxRecentFiles& recentFiles() { return _recent; }
@@ -62,6 +60,12 @@ public:
     bool saveTo(const QString& file);
     bool exportTo(const QString& file);
 
+    /// For scripts, as above: nothing is asked, nothing is shown, and the list of recent files stays. False, with the
+    /// reason in `report`, where it can't be done.
+    void startOver();
+    bool open(const QString& file, kxFileReport& report);
+    bool write(const QString& file, kxFileReport& report);
+
 Q_SIGNALS:
     /// Another scene, path or state of saving.
     void changed();
@@ -70,17 +74,15 @@ Q_SIGNALS:
     void saved(const QString& file);
 
 private:
-    class SceneModule;
-    void sceneReplaced();
     bool run(const QString& what, const QString& failure, kxFileReport& report, const std::function<bool()>& work);
+    /// The scene came out of this file; empty: out of none.
+    void hasOpened(const QString& path);
     void setPath(const QString& path);
 
     Dialogs _dialogs;
     kxRecentFiles _recent;
     kxUnsavedWatch _watch;
-    QString _path;           // of our own format
-    QString _source;         // what was opened, of any format; proposes the name
-    bool _hasBegun = false;  // a first scene has been made
-    bool _replacing = false; // an operation of this class is at it
-    std::unique_ptr<SceneModule> _module;
+    QString _path;          // of our own format
+    QString _source;        // what was opened, of any format; proposes the name
+    bool _hasBegun = false; // a first scene has been made
 };

@@ -2,12 +2,24 @@
 
 #include "kxHostFiles.h"
 
+#include "kxHostModule.h"
+
+#include <app/kxDocument.h>
 #include <files/kxSceneIO.h>
 
 namespace
 {
-/// Runs one of kxSceneIO's acts; what was left out of the file goes to the log.
-void run(bool (*act)(const QString&, kxFileReport&), const std::string& path)
+kxDocument& document()
+{
+    kxDocument* const document = kxHostModule::hooks().document;
+    if (document == nullptr)
+        kxRaise(PyExc_RuntimeError, "there is no window that shows a scene");
+    return *document;
+}
+
+/// What was left out of the file goes to the log.
+template <class Act>
+void run(const Act& act, const std::string& path)
 {
     const QString file = QString::fromStdString(path);
     kxFileReport report(file);
@@ -19,12 +31,12 @@ void run(bool (*act)(const QString&, kxFileReport&), const std::string& path)
 
 void kxHostFiles::newScene()
 {
-    kxSceneIO::newScene();
+    document().startOver();
 }
 
 void kxHostFiles::open(const std::string& path)
 {
-    run(kxSceneIO::open, path);
+    run([](const QString& file, kxFileReport& report) { return document().open(file, report); }, path);
 }
 
 void kxHostFiles::import(const std::string& path)
@@ -34,7 +46,7 @@ void kxHostFiles::import(const std::string& path)
 
 void kxHostFiles::save(const std::string& path)
 {
-    run(kxSceneIO::save, path);
+    run([](const QString& file, kxFileReport& report) { return document().write(file, report); }, path);
 }
 
 void kxHostFiles::exportTo(const std::string& path)

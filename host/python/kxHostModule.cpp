@@ -140,7 +140,7 @@ void defineFiles()
             "@type path: string\n\n"
             "@raise OSError: The file can't be read; the text says why, and the scene stays as it is.");
     bp::def("saveScene", kxHostFiles::save, bp::args("path"),
-            "Saves the scene.\n\n"
+            "Saves the scene, which has its name by this file from then on.\n\n"
             "@param path: The file to write; one that exists is replaced once the new one is complete.\n\n"
             "@type path: string\n\n"
             "@raise OSError: The file can't be written; the text says why.");

@@ -4,13 +4,14 @@
 
 #include <functional>
 
+class kxDocument;
 class kxSceneryStage;
 
 /// The Python module `kxHost`: the application for scripts.
 class kxHostModule
 {
 public:
-    /// What scripts ask of the application's views. A function that isn't set, and one that gives false, raises
+    /// What scripts ask of the application's window. What isn't set, and a function that gives false, raises
     /// RuntimeError with the reason.
     struct Hooks
     {
@@ -20,6 +21,8 @@ public:
         std::function<bool(const QString& file, QString& reason)> screenshot;
         /// Shows viewpoints and runs sequences; not owned.
         kxSceneryStage* stage = nullptr;
+        /// The open scene as a file; not owned.
+        kxDocument* document = nullptr;
     };
 
     /// Registers the module. To be called once, before the interpreter starts.

@@ -2,7 +2,6 @@
 
 #include <app/kxDocument.h>
 #include <app/kxSceneEdits.h>
-#include <files/kxSceneIO.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxUndo.h>
@@ -26,7 +25,6 @@ private Q_SLOTS:
     void whatMakesUnsaved();
     void settingsMakeUnsaved_data();
     void settingsMakeUnsaved();
-    void scriptsSceneHasNoPath();
     void sourceOfAnotherProgramIsNotSavedOver();
 
 private:
@@ -172,18 +170,6 @@ void tst_kxDocument::settingsMakeUnsaved()
     kxScene::the()->flush();
     QVERIFY(!_document->isUnsaved());
     back(manager);
-}
-
-void tst_kxDocument::scriptsSceneHasNoPath()
-{
-    edit();
-    QVERIFY(_document->saveTo(path("f.kxs")));
-    kxSceneIO::newScene(); // as a script does it, past the document
-    QCOMPARE(_document->path(), QString());
-    _chosen.clear();
-    QVERIFY(!_document->save()); // asks for a path, and gets none
-    QVERIFY(_document->openFile(path("f.kxs")));
-    QCOMPARE(kxScene::the()->root()->getNChildren(), 1u);
 }
 
 void tst_kxDocument::sourceOfAnotherProgramIsNotSavedOver()

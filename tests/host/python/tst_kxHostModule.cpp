@@ -1,3 +1,4 @@
+#include <app/kxDocument.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -50,11 +51,13 @@ private Q_SLOTS:
     void settingAKeyIsOneStep();
     void settingAValueIsOneStep();
     void messagesCarryExactTypes();
+    void scriptsAndWindowShareTheFile();
     void everyFunctionIsDescribed();
 
 private:
     void run(const QString& script);
     osg::NodePtr _door;
+    QScopedPointer<kxDocument> _document;
 };
 
 void tst_kxHostModule::initTestCase()
@@ -86,7 +89,9 @@ void tst_kxHostModule::init()
     paint->setNodeName("Paint");
     kxScene::the()->addMaterial(paint);
     kxUndoStack::get(0).stack()->clear();
+    _document.reset(new kxDocument);
     kxHostModule::hooks() = {};
+    kxHostModule::hooks().document = _document.data();
     received = kxMessage();
 }
 
@@ -312,6 +317,32 @@ void tst_kxHostModule::messagesCarryExactTypes()
     QVERIFY(attribute<std::string>("nodes"));
     for (const char* const name : names)
         kxController::subCB(name, receive);
+}
+
+void tst_kxHostModule::scriptsAndWindowShareTheFile()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("door.kxs"), model = folder.filePath("door.glb");
+    const auto call = [this](const char* function, const QString& path = QString())
+    {
+        run(path.isEmpty() ? QString("%1()").arg(function) : QString("%1(r'%2')").arg(function, path));
+        QCoreApplication::processEvents();
+        QVERIFY(!_document->isUnsaved());
+    };
+    run("addObject('box')\nimport os\nos.chdir(r'" + folder.path() + "')\nexportScene('door.glb')");
+    QVERIFY(_document->isUnsaved());
+    call("saveScene", "door.kxs");
+    QVERIFY(_document->name() == "door.kxs" && _document->path() == file);
+    call("newScene");
+    QVERIFY(_document->name() == "Untitled" && _document->path().isEmpty());
+    call("openScene", "door.kxs");
+    QVERIFY(_document->name() == "door.kxs" && _document->path() == file);
+    call("openScene", model);
+    QVERIFY(_document->name() == "door.glb" && _document->path().isEmpty());
+    run("refused(OSError, 'gone', openScene, 'gone.kxs')");
+    QCOMPARE(_document->name(), QString("door.glb"));
+    QVERIFY(_document->recentFiles().files().isEmpty());
+    run("os.chdir('/')");
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()
