@@ -178,7 +178,7 @@ void kxAnimClipEditor::makeTree()
     QLineEdit* const searchLine = new QLineEdit;
     searchLine->setObjectName(QStringLiteral("SearchLine"));
     searchLine->setAccessibleName(tr("Search clips"));
-    connect(searchLine, SIGNAL(textChanged(QString)), _tree, SLOT(search(QString)));
+    _tree->setSearchLine(searchLine);
     QToolButton* const update =
         makeButton("UpdateStructureButton", kxIconManager::getIcon("Reload", ""), tr("Update animation tree"));
     connect(update, SIGNAL(clicked()), this, SLOT(updateStructure()));

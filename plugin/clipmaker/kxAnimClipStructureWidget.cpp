@@ -165,8 +165,16 @@ QList<QPersistentModelIndex> kxAnimClipStructureWidget::selectedClipRows() const
 
 void kxAnimClipStructureWidget::rebuild(bool saveStates)
 {
-    if (saveStates)
-        saveItemStates();
+    const bool changed = fillAnew(saveStates, [this] { fill(); });
+    fitFirstColumn();
+    _firstColumnWaits = false;
+    resizeColumnToContents(1);
+    if (changed || !selectedItems().isEmpty())
+        Q_EMIT itemSelectionChanged(); // whoever shows what is selected follows it
+}
+
+void kxAnimClipStructureWidget::fill()
+{
     setSortingEnabled(false);
     setAnimated(false);
     clear();
@@ -183,10 +191,6 @@ void kxAnimClipStructureWidget::rebuild(bool saveStates)
                 }
     }
     addTopLevelItems(rows);
-    if (saveStates)
-        restoreItemStates();
-    settleFirstColumn();
-    resizeColumnToContents(1);
     updateCheckStates();
     setSortingEnabled(true);
     setAnimated(true);
@@ -286,6 +290,7 @@ void kxAnimClipStructureWidget::addRow(const QPersistentModelIndex& parent, cons
 
 void kxAnimClipStructureWidget::addTopLevelClip()
 {
+    endSearch();
     const AnimNodePtr clip = kxClipStructure::makeClip(tr("Clip").toStdString());
     kxAnimManager::the()->addToClipStructure(clip);
     QTreeWidgetItem* const row = makeRow(clip);

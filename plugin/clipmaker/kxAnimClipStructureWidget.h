@@ -75,6 +75,7 @@ private:
     static void createNewClip(kxMessage& message);
 
     void createMenu();
+    void fill();
     /// False where the rows have to be built anew.
     bool followClips();
     /// The selected rows that are clips, in the order of selection.

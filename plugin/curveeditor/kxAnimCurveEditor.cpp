@@ -184,7 +184,6 @@ void kxAnimCurveEditor::makeLibrary()
     _library->setObjectName(QStringLiteral("_library"));
     connect(_library, SIGNAL(itemSelectionChanged()), this, SLOT(changedLibrarySelection()));
     connect(_library, SIGNAL(selectionRebuilt()), this, SLOT(rebuiltLibrarySelection()));
-    connect(_library, SIGNAL(rebuilt()), this, SLOT(rebuiltLibrary()));
     connect(_library, SIGNAL(groupCreated()), _structure, SLOT(rebuild()));
 
     _depthSlider = new QSlider(Qt::Horizontal);
@@ -197,7 +196,7 @@ void kxAnimCurveEditor::makeLibrary()
     _searchLine->setObjectName(QStringLiteral("SearchLine"));
     _searchLine->setAccessibleName(tr("Search animations"));
     _searchLine->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    connect(_searchLine, SIGNAL(textChanged(QString)), _library, SLOT(search(QString)));
+    _library->setSearchLine(_searchLine);
     _searchButton = new QToolButton;
     _searchButton->setObjectName(QStringLiteral("SearchButton"));
     _searchButton->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -369,12 +368,6 @@ void kxAnimCurveEditor::changedLibrarySelection()
 {
     clearQuietly(_structure);
     showSelectionOf(_library, true);
-}
-
-void kxAnimCurveEditor::rebuiltLibrary()
-{
-    if (_searchLine != nullptr && !_searchLine->text().isEmpty())
-        _library->searchAnew(_searchLine->text());
 }
 
 void kxAnimCurveEditor::rebuiltLibrarySelection()

@@ -48,8 +48,6 @@ private Q_SLOTS:
     void changedLibrarySelection();
     /// The library's rows were built anew: the graph takes up what came and went below the selected ones.
     void rebuiltLibrarySelection();
-    /// A running search goes on among the new rows.
-    void rebuiltLibrary();
     void changedStructureSelection();
     void changedChannelSelection();
     void clear();

@@ -121,20 +121,9 @@ void kxAnimLibraryWidget::createMenu()
 
 void kxAnimLibraryWidget::rebuild(bool saveStates)
 {
-    const std::vector<unsigned int> selected = selectedIds();
-    {
-        // Who follows the selection would take the moment without rows for the end of it.
-        const QSignalBlocker blocker(this);
-        if (saveStates)
-            saveItemStates();
-        fill();
-        if (saveStates)
-            restoreItemStates();
-    }
-    Q_EMIT rebuilt();
-    if (selectedIds() != selected)
+    if (fillAnew(saveStates, [this] { fill(); }))
         Q_EMIT itemSelectionChanged();
-    else if (!selected.empty())
+    else if (!selectedItems().isEmpty())
         Q_EMIT selectionRebuilt();
 }
 

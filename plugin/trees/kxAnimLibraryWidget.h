@@ -34,13 +34,11 @@ public:
 
 Q_SIGNALS:
     void groupCreated();
-    /// All rows were built anew; comes before any change of the selection is announced.
-    void rebuilt();
     /// The rows were built anew, and the same ones are selected.
     void selectionRebuilt();
 
 public Q_SLOTS:
-    /// Shows all animations of the scene, whether a search runs or not.
+    /// Shows all animations of the scene, or those of them that the text in the search line fits.
     void rebuild(bool saveStates = true) override;
     void addSceneplates();
     void addSceneNodes();

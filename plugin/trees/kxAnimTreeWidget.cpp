@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QDrag>
 #include <QEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QRegExp>
@@ -406,19 +407,40 @@ void kxAnimTreeWidget::parkItems()
     _hiddenTree->addTopLevelItems(invisibleRootItem()->takeChildren());
 }
 
+void kxAnimTreeWidget::setSearchLine(QLineEdit* line)
+{
+    _searchLine = line;
+    connect(line, SIGNAL(textChanged(QString)), this, SLOT(search(QString)));
+}
+
+void kxAnimTreeWidget::endSearch()
+{
+    if (_searchLine != nullptr)
+        _searchLine->clear();
+}
+
 void kxAnimTreeWidget::search(QString text)
 {
     if (text.isEmpty())
     {
         rebuild(false);
+        _stateMap = _statesBeforeSearch;
         restoreItemStates();
         _searchText = text;
         _hiddenTree->clear();
         return;
     }
     if (_searchText.isEmpty())
+    {
         parkItems();
+        _statesBeforeSearch = _stateMap;
+    }
+    showHits(text);
+    _searchText = text;
+}
 
+void kxAnimTreeWidget::showHits(const QString& text)
+{
     const std::function<bool(const QString&)> matches = matcher(text);
     std::vector<osg::AnimNodePtr> animations;
     forEachRow(_hiddenTree,
@@ -430,13 +452,23 @@ void kxAnimTreeWidget::search(QString text)
                        animations.push_back(animation);
                });
     rebuildFrom(animations);
-    _searchText = text;
 }
 
-void kxAnimTreeWidget::searchAnew(QString text)
+bool kxAnimTreeWidget::fillAnew(bool saveStates, const std::function<void()>& fill)
 {
-    const QSignalBlocker blocker(this); // the moment without rows is no end of the selection
-    _searchText.clear();
-    search(text);
-    restoreItemStates();
+    const std::vector<unsigned int> selected = selectedIds();
+    // Who follows the selection would take the moment without rows for the end of it.
+    const QSignalBlocker blocker(this);
+    if (saveStates)
+        saveItemStates();
+    fill();
+    if (saveStates)
+        restoreItemStates();
+    if (_searchLine != nullptr && !_searchLine->text().isEmpty())
+    {
+        parkItems();
+        showHits(_searchLine->text());
+        restoreItemStates();
+    }
+    return selectedIds() != selected;
 }

@@ -3,11 +3,14 @@
 #include <kxAnimManager.h>
 
 #include <QMap>
+#include <QPointer>
 #include <QTreeWidget>
 
+#include <functional>
 #include <vector>
 
 class QAction;
+class QLineEdit;
 class QMenu;
 class kxAnimTreeWidgetItem;
 
@@ -50,6 +53,10 @@ public:
     /// Builds anew every living tree that lists whole animations.
     static void rebuildAnimationLists();
 
+    /// The line in which the user types what to search for; not owned. A search outlives a rebuild as long as its text
+    /// stands there.
+    void setSearchLine(QLineEdit* line);
+
     QSize sizeHint() const override;
 
 public Q_SLOTS:
@@ -68,9 +75,6 @@ public Q_SLOTS:
     /// Shows the animations whose names contain `text`; between double quotes it is a pattern with wildcards. The empty
     /// text ends the search.
     void search(QString text);
-    /// As search() with a text, among the rows that stand in the tree now instead of those at the search's start. The
-    /// selection stays as far as its rows are found.
-    void searchAnew(QString text);
     /// Brings the check boxes up to the scene, with signals blocked.
     void updateCheckStates();
     void copy();
@@ -114,6 +118,12 @@ protected:
     /// Deletes the animations of the selected rows in one step of undo. `checkReferences`: asks about those that are
     /// used outside the scene's objects.
     void removeSelected(bool checkReferences);
+
+    /// Builds all rows anew by `fill`, with their states kept where `saveStates` wants it, and goes on with a search.
+    /// No signal goes out; true where other rows are selected now, which the caller announces.
+    bool fillAnew(bool saveStates, const std::function<void()>& fill);
+    /// Empties the search line, for rows that are to be seen whatever they are called.
+    void endSearch();
 
     /// Builds rows for `root` and what is below it, curves left out. A root without parent gets no row of its own.
     /// The caller puts what it gets by builtItem() into a tree; all other rows stand below those.
@@ -160,12 +170,16 @@ private:
     void bindRowsAgain();
     /// Moves all rows into the hidden tree.
     void parkItems();
+    /// Shows the rows of the hidden tree that fit.
+    void showHits(const QString& text);
 
     QMenu* _contextMenu; // owned
     QString _searchText;
+    QPointer<QLineEdit> _searchLine;
     QAction* _playAction;     // owned by the menu
     QAction* _resetAction;    // owned by the menu
     QTreeWidget* _hiddenTree; // owned; holds all rows while a search is on
+    QMap<unsigned int, ItemState> _statesBeforeSearch;
 
     static std::vector<kxAnimTreeWidget*> _trees;         // the living ones, in the order of their construction
     static QMap<unsigned int, QTreeWidgetItem*> _itemMap; // by node id, of the rows just built

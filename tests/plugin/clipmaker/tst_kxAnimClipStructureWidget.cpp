@@ -27,6 +27,7 @@ private Q_SLOTS:
     void duplicates();
     void namesStayUnlessEdited();
     void searchIsFlat();
+    void searchOutlivesRebuilds();
     void editsTheOneSelected();
     void pasteIntoItselfIsRefused();
     void followsTheKernel();
@@ -270,6 +271,39 @@ void tst_kxAnimClipStructureWidget::searchIsFlat()
     f.tree.rebuildFrom({f.node("C"), f.node("B"), AnimNodePtr(), f.node("A")});
     QCOMPARE(f.tree.dump(), QStringList({"C", "B"}));
     QVERIFY(!f.tree.isSortingEnabled());
+}
+
+void tst_kxAnimClipStructureWidget::searchOutlivesRebuilds()
+{
+    kxClipTree f;
+    QLineEdit line;
+    f.tree.setSearchLine(&line);
+    f.tree.row("B")->setExpanded(false);
+    const QStringList before = f.tree.dump(true);
+    line.setText("n");
+    f.tree.select("inner");
+    const AnimNodePtr added = f.clip("Night", {});
+    f.kernel()->addToClipStructure(added);
+    const QSignalSpy announced(&f.tree, &QTreeWidget::itemSelectionChanged);
+    f.tree.rebuild(true);
+    QCOMPARE(f.tree.dump(true), QStringList({"Night", "inner*"}));
+    f.tree.rebuild(false);
+    QCOMPARE(f.tree.dump(true), QStringList({"Night", "inner"}));
+    QCOMPARE(announced.size(), 2);
+    kxClipTree::kernel()->clipStructureRoot()->subChild(added);
+    f.tree.refresh();
+    QCOMPARE(f.tree.dump(), QStringList("inner"));
+    { // what another tree keeps meanwhile is its own
+        kxClipTree::Tree other;
+        other.rebuild(true);
+    }
+    line.clear();
+    QCOMPARE(f.tree.dump(true), before);
+
+    line.setText("n");
+    f.tree.newClip(true); // is seen, whatever it is called
+    QVERIFY(line.text().isEmpty());
+    QVERIFY(f.tree.row("Clip")->isSelected() && f.tree.row("A/inner/jump") != nullptr);
 }
 
 void tst_kxAnimClipStructureWidget::editsTheOneSelected()
