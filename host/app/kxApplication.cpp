@@ -124,7 +124,7 @@ int kxApplication::run()
     if (_line.headless)
     {
         QApplication::processEvents();
-        return batch.run() ? Success : Failure;
+        return batch.run();
     }
     if (!_line.scene.isEmpty() || _line.frame || _line.hasWork())
         QTimer::singleShot(0, _window.get(),

@@ -18,7 +18,7 @@ public:
     enum ExitCode
     {
         Success = 0,
-        Failure = 1, ///< a file, a script or a picture failed
+        Failure = 1, ///< a file, a script or a picture failed; a script may leave with a code of its own
         BadArguments = 2,
         NoDisplay = 3
     };

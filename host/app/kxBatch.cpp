@@ -1,11 +1,13 @@
 #include "kxBatch.h"
 
+#include "kxApplication.h"
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
 
 #include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
+#include <python/kxInterpreter.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
@@ -33,15 +35,15 @@ osg::NodePtr sceneCamera()
 }
 } // namespace
 
-bool kxBatch::run()
+int kxBatch::run()
 {
     if (!_line.scene.isEmpty() && !_window->document().openFile(_line.scene))
-        return false;
-    if (!runScripts())
-        return false;
+        return kxApplication::Failure;
+    if (const int code = runScripts())
+        return code;
     if (_line.frame)
         kxAnimManager::the()->setCurrentFrame(*_line.frame, true, true);
-    return exportScene() && render() && takeScreenshot();
+    return exportScene() && render() && takeScreenshot() ? kxApplication::Success : kxApplication::Failure;
 }
 
 bool kxBatch::failed(const QString& reason)
@@ -55,12 +57,20 @@ void kxBatch::wrote(const QString& file)
     QTextStream(stdout) << "wrote " << file << Qt::endl;
 }
 
-bool kxBatch::runScripts()
+int kxBatch::runScripts()
 {
     for (const QString& script : _line.scripts)
-        if (!_window->runScript(script))
-            return failed(QCoreApplication::translate("kxBatch", "The script '%1' failed.").arg(script));
-    return true;
+    {
+        const kxScriptResult result = _window->runScript(script);
+        if (result.ok)
+            continue;
+        failed(result.exited ? QCoreApplication::translate("kxBatch", "The script '%1' ended with code %2.")
+                                   .arg(script)
+                                   .arg(result.exitCode)
+                             : QCoreApplication::translate("kxBatch", "The script '%1' failed.").arg(script));
+        return result.exitCode;
+    }
+    return kxApplication::Success;
 }
 
 bool kxBatch::exportScene()

@@ -13,12 +13,12 @@ class kxBatch
 public:
     kxBatch(kxMainWindow* window, const kxCommandLine& line) : _window(window), _line(line) {}
 
-    /// False where a file failed, a script raised, or nothing was rendered that should have been. What comes after the
-    /// first failure isn't done.
-    bool run();
+    /// The exit code: that of a script that left with one; 1 where a file failed, a script raised, or nothing was
+    /// rendered that should have been. What comes after the first failure isn't done.
+    int run();
 
 private:
-    bool runScripts();
+    int runScripts();
     bool exportScene();
     bool render();
     bool findSource(kxRenderSource& source) const;

@@ -322,12 +322,12 @@ void kxMainWindow::openPreferences(const QString& page)
     _preferences->openPage(page);
 }
 
-bool kxMainWindow::runScript(const QString& file)
+kxScriptResult kxMainWindow::runScript(const QString& file)
 {
     const kxScriptResult result = kxInterpreter::runFile(file.toStdString());
     if (!result.ok)
         _docks->show(QStringLiteral("Log"));
-    return result.ok;
+    return result;
 }
 
 bool kxMainWindow::saveScreenshot(const QString& file, QString& error)

@@ -20,6 +20,7 @@ class kxSceneryPanel;
 class kxSceneryStage;
 class kxUndoPanel;
 class kxView3D;
+struct kxScriptResult;
 
 /// The application's window: the 3D view, the docks around it, menus, and the remembered layout.
 class kxMainWindow : public QMainWindow
@@ -48,8 +49,8 @@ public:
     void setPluginVersion(const QString& version) { _pluginVersion = version; }
 
     void openPreferences(const QString& page);
-    /// Runs a Python file; false where it raised.
-    bool runScript(const QString& file);
+    /// Runs a Python file; where it raised, the log comes into sight.
+    kxScriptResult runScript(const QString& file);
     /// A picture of the whole window.
     bool saveScreenshot(const QString& file, QString& error);
     /// A line for the user that stays in the status bar.

@@ -61,6 +61,7 @@ void tst_kxHostProcess::initTestCase()
     write("good.py", "print('hello from a script')\n");
     write("raises.py", "raise ValueError('spoiled')\n");
     write("leaves.py", "import sys; sys.exit(3)\n");
+    write("ends.py", "import sys; sys.exit()\n");
     write("broken.kxs", "nothing of a scene");
     write("save.py", "import kxHost\nkxHost.saveScene('made.kxs')\n");
     const Result made = run({"--headless", "--script", "save.py"});
@@ -75,7 +76,8 @@ void tst_kxHostProcess::exitCode_data()
     QTest::newRow("opens") << "made.kxs" << 0 << "";
     QTest::newRow("script") << "--script good.py" << 0 << "hello from a script";
     QTest::newRow("script raises") << "--script raises.py --render never.png" << 1 << "spoiled";
-    QTest::newRow("script leaves") << "--script leaves.py" << 1 << "";
+    QTest::newRow("script leaves") << "--script leaves.py --script raises.py --render never.png" << 3 << "code 3";
+    QTest::newRow("script ends early") << "--script ends.py --script good.py" << 0 << "hello from a script";
     QTest::newRow("damaged scene") << "broken.kxs --render never.png" << 1 << "broken.kxs";
     QTest::newRow("picture nowhere") << "made.kxs --render no/such/folder/a.png --size 8x8" << 1 << "a.png";
     QTest::newRow("bad argument") << "--frames 5:1" << 2 << "5:1";
