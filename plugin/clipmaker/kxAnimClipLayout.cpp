@@ -7,7 +7,7 @@
 
 namespace
 {
-// Pixels times dpi, of a track's height: where the buttons take a click.
+// Scene units below a track's top, at any dpi: where the buttons take a click.
 constexpr int ButtonTop = 11;
 constexpr int ButtonBottom = 30;
 
