@@ -34,12 +34,13 @@ enum class Command
 Command commandOf(const QKeyEvent* event)
 {
     const bool control = (event->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier;
+    const bool isOthers = event->modifiers() & (Qt::AltModifier | Qt::MetaModifier); // menus open by these
     switch (event->key())
     {
     case Qt::Key_F:
-        return Command::Frame;
+        return isOthers ? Command::None : Command::Frame;
     case Qt::Key_Delete:
-        return Command::Delete;
+        return isOthers ? Command::None : Command::Delete;
     case Qt::Key_C:
         return control ? Command::Copy : Command::None;
     case Qt::Key_V:

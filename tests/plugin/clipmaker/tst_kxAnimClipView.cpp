@@ -169,6 +169,18 @@ void tst_kxAnimClipView::hearsKeys()
     QTest::keyClick(&f.view, Qt::Key_Delete); // what was pasted
     QCOMPARE(f.clipNode->getNChildren(), 4u);
     QCOMPARE(deleted.count(), 1);
+    for (const Qt::KeyboardModifier other : {Qt::AltModifier, Qt::MetaModifier}) // belong to menus
+        for (const Qt::Key key : {Qt::Key_F, Qt::Key_Delete})
+        {
+            f.scene.selectAll();
+            QKeyEvent asked(QEvent::ShortcutOverride, key, other);
+            asked.ignore();
+            QApplication::sendEvent(&f.view, &asked);
+            QVERIFY(!asked.isAccepted());
+            QTest::keyClick(&f.view, key, other);
+        }
+    QCOMPARE(f.view.transform().m11(), 1.0);
+    QCOMPARE(f.clipNode->getNChildren(), 4u);
     QTest::keyClick(&f.view, Qt::Key_F);
     QVERIFY(f.view.transform().m11() != 1.0);
     kxUndoStack::get(0).stack()->clear();
