@@ -37,6 +37,8 @@ constexpr double TextTop = 2;
 constexpr double LineHeight = 15;
 constexpr double LockRight = 30;
 
+quint64 selections = 0; // of bars, since the start
+
 /// Drawn once for all bars.
 QPixmap lockPixmap()
 {
@@ -135,6 +137,19 @@ double kxAnimAbstractClipItem::paintScale() const
 bool kxAnimAbstractClipItem::isReturning() const
 {
     return _returnTimeLine != nullptr && _returnTimeLine->state() == QTimeLine::Running;
+}
+
+QVariant kxAnimAbstractClipItem::itemChange(GraphicsItemChange change, const QVariant& value)
+{
+    if (change == ItemSelectedHasChanged && value.toBool())
+        _selectionNumber = ++selections;
+    return QGraphicsRectItem::itemChange(change, value);
+}
+
+void kxAnimAbstractClipItem::selectAs(quint64 selectionNumber)
+{
+    setSelected(true);
+    _selectionNumber = selectionNumber;
 }
 
 // Looks
@@ -518,7 +533,7 @@ void kxAnimAbstractClipItem::finishedAnimation()
     const QVector<kxAnimAbstractClipItem*> selected = selectedBars();
     if (_savedSelected && std::all_of(selected.begin(), selected.end(),
                                       [](const kxAnimAbstractClipItem* bar) { return bar->_savedSelected; }))
-        setSelected(true);
+        selectAs(_selectionNumber);
 }
 
 void kxAnimAbstractClipItem::hoverEnterEvent(QGraphicsSceneHoverEvent* event)

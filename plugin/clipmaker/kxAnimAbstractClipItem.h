@@ -51,6 +51,11 @@ public:
     /// Whether flags and name are those of `node`.
     bool showsStateOf(const osg::AnimNode& node) const;
 
+    /// Rises with each bar that is selected, so that the last selected one has the highest.
+    quint64 selectionNumber() const { return _selectionNumber; }
+    /// Selects a bar in the place of one that was selected before: as if it had been selected then.
+    void selectAs(quint64 selectionNumber);
+
     bool isActive() const { return _active; }
     bool isLocked() const { return _locked; }
     QColor color() const { return _color; }
@@ -102,6 +107,7 @@ Q_SIGNALS:
     void duplicated(osg::AnimNodePtr node);
 
 protected:
+    QVariant itemChange(GraphicsItemChange change, const QVariant& value) override;
     void contextMenuEvent(QGraphicsSceneContextMenuEvent* event) override;
     void hoverEnterEvent(QGraphicsSceneHoverEvent* event) override;
     void hoverLeaveEvent(QGraphicsSceneHoverEvent* event) override;
@@ -153,6 +159,7 @@ protected:
     bool _savedSelectable = false;
     bool _savedSelected = false; // until the next press
     unsigned int _nodeId = 0;
+    quint64 _selectionNumber = 0;
     QGraphicsItemAnimation* _returnAnimation = nullptr;
 
 private:

@@ -24,6 +24,7 @@
 #include <QSignalBlocker>
 #include <QToolTip>
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -43,7 +44,7 @@ kxAnimClipCyclesItem* shownCycles(QGraphicsItem* item)
 }
 } // namespace
 
-kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _selectedNodes(scene->selectedNodes())
+kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _selection(scene->selection())
 {
     for (kxAnimAbstractClipItem* bar : scene->selectedBars())
         _selected.append(bar);
@@ -56,7 +57,7 @@ kxAnimClipScene::Rebuild::Rebuild(kxAnimClipScene* scene) : _scene(scene), _sele
 kxAnimClipScene::Rebuild::~Rebuild()
 {
     _scene->blockSignals(_wasBlocked);
-    if (_selectedNodes != _scene->selectedNodes())
+    if (_selection != _scene->selection())
     {
         Q_EMIT _scene->selectionChanged();
         return;
@@ -125,13 +126,12 @@ void kxAnimClipScene::setClip(const osg::AnimNodePtr& node, bool force)
     if (same && !force)
         return;
     const Rebuild rebuild(this);
-    QSet<unsigned int> selected;
-    for (const kxAnimAbstractClipItem* bar : same ? selectedBars() : QVector<kxAnimAbstractClipItem*>())
-        selected.insert(bar->nodeId());
+    const Selection selected = same ? selection() : Selection();
     clear();
     buildBars(node);
-    for (kxAnimAbstractClipItem* bar : selected.isEmpty() ? QVector<kxAnimAbstractClipItem*>() : _bars)
-        bar->setSelected(selected.contains(bar->nodeId()));
+    for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
+        if (const auto before = selected.constFind(bar->nodeId()); before != selected.constEnd())
+            bar->selectAs(*before);
     _clipId = node->getId();
     update();
 }
@@ -188,7 +188,7 @@ void kxAnimClipScene::followClip()
 
 void kxAnimClipScene::followNodesOf(const osg::AnimNodePtr& shown)
 {
-    QSet<unsigned int> missing, selected;
+    QSet<unsigned int> missing;
     for (const osg::NodePtr& child : shown->getChildren())
         if (kxClipBars::isShown(osg::AnimNodePtr::dcast(child)))
             missing.insert(child->getId());
@@ -203,13 +203,16 @@ void kxAnimClipScene::followNodesOf(const osg::AnimNodePtr& shown)
     if (outdated.isEmpty() && missing.isEmpty())
         return;
     const Rebuild rebuild(this);
-    for (const kxAnimAbstractClipItem* bar : qAsConst(outdated))
-        if (bar->isSelected())
-            selected.insert(bar->nodeId());
+    const Selection selected = selection();
     deleteBars(outdated);
     for (const osg::NodePtr& child : shown->getChildren())
-        if (missing.contains(child->getId()))
-            addBar(osg::AnimNodePtr::dcast(child))->setSelected(selected.contains(child->getId()));
+    {
+        if (!missing.contains(child->getId()))
+            continue;
+        kxAnimAbstractClipItem* const bar = addBar(osg::AnimNodePtr::dcast(child));
+        if (const auto before = selected.constFind(child->getId()); before != selected.constEnd())
+            bar->selectAs(*before);
+    }
 }
 
 double kxAnimClipScene::viewScale(const QGraphicsScene* scene)
@@ -254,16 +257,18 @@ QVector<kxAnimAbstractClipItem*> kxAnimClipScene::selectedBars() const
     for (QGraphicsItem* item : selectedItems())
         if (kxAnimAbstractClipItem* const bar = kxAnimAbstractClipItem::fromItem(item))
             bars.append(bar);
+    std::sort(bars.begin(), bars.end(),
+              [](const kxAnimAbstractClipItem* a, const kxAnimAbstractClipItem* b)
+              { return a->selectionNumber() < b->selectionNumber(); });
     return bars;
 }
 
-QVector<unsigned int> kxAnimClipScene::selectedNodes() const
+kxAnimClipScene::Selection kxAnimClipScene::selection() const
 {
-    QVector<unsigned int> ids;
+    Selection bars;
     for (const kxAnimAbstractClipItem* bar : selectedBars())
-        ids.append(bar->nodeId());
-    std::sort(ids.begin(), ids.end());
-    return ids;
+        bars.insert(bar->nodeId(), bar->selectionNumber());
+    return bars;
 }
 
 void kxAnimClipScene::setSnapToGridX(bool value)

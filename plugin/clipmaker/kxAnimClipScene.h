@@ -7,6 +7,7 @@
 
 #include <QColor>
 #include <QGraphicsScene>
+#include <QHash>
 #include <QMap>
 #include <QPointer>
 #include <QVector>
@@ -57,6 +58,7 @@ public:
     kxAnimAbstractClipItem* addBar(const osg::AnimNodePtr& node);
     /// All bars and markers, in the order in which they came.
     const QVector<kxAnimAbstractClipItem*>& bars() const { return _bars; }
+    /// In the order in which they were selected; bars that are made anew keep their places in it.
     QVector<kxAnimAbstractClipItem*> selectedBars() const;
 
     bool snapToGridX() const { return _snapToGridX; }
@@ -128,6 +130,8 @@ protected:
     void drawForeground(QPainter* painter, const QRectF& rect) override;
 
 private:
+    typedef QHash<unsigned int, quint64> Selection; // node id to the bar's number
+
     /// Many changes of bars and selection, while nobody hears of them. At the end selectionChanged() goes out where
     /// other nodes are selected, else itemChanged() for each selected bar that was made anew.
     class Rebuild
@@ -141,7 +145,7 @@ private:
     private:
         kxAnimClipScene* _scene;
         QVector<QPointer<kxAnimAbstractClipItem>> _selected; // a new bar may stand where a dead one stood
-        QVector<unsigned int> _selectedNodes;
+        Selection _selection;
         bool _wasBlocked = false;
     };
     /// An operation on the states of many bars: itemsChangedState() goes out once, at its end.
@@ -157,8 +161,7 @@ private:
         kxAnimClipScene* _scene;
     };
 
-    /// Ids, sorted.
-    QVector<unsigned int> selectedNodes() const;
+    Selection selection() const;
     static void followAtOnce(kxMessage& message);
     /// The bars of a clip that has died go.
     void followClip();
