@@ -46,6 +46,8 @@ osg::NodePtr addObject(const std::string& kind, const std::string& name, const o
                        const osg::MaterialPtr& material)
 {
     const QString wanted = QString::fromStdString(kind).toLower();
+    if (osg::AnimNodePtr::dcast(parent) != osg::NullFC)
+        kxRaise(PyExc_ValueError, "the parent is an animation; an object stands below an object");
     QStringList known;
     for (const kxSceneObjects::Entry& entry : entries())
     {
@@ -252,7 +254,8 @@ void defineScene()
             "@type material: MaterialPtr\n\n"
             "@return: The new node.\n\n"
             "@rtype: NodePtr\n\n"
-            "@raise ValueError: There is no such kind, it has no material, or the parent takes no children.");
+            "@raise ValueError: There is no such kind, it has no material, or the parent takes no children, as an "
+            "animation.");
     bp::def("addMaterial", addMaterial,
             (bp::arg("name"), bp::arg("color") = osg::Vec3f(0.8f, 0.8f, 0.8f), bp::arg("roughness") = 0.5,
              bp::arg("metallic") = 0.0),

@@ -134,8 +134,9 @@ void kxContainerReader::readValue(const Class& entry, const Field& field, quint3
     }
     const FieldValue value = kxFieldCodec::read(_in, field.kind);
     if (!_in.failed() && !field.description->setValue(*_containers[number - 1].get(), value))
-        _in.fail(QStringLiteral("the field '%1' of the class '%2' has a value that it can't take")
-                     .arg(QString::fromStdString(field.description->name()), QString::fromStdString(entry.name)));
+        _in.report().note(
+            QStringLiteral("the field '%1' of the class '%2' has a value that it can't take, and keeps its own")
+                .arg(QString::fromStdString(field.description->name()), QString::fromStdString(entry.name)));
 }
 
 void kxContainerReader::readStructure(quint32 number)
@@ -185,16 +186,26 @@ std::vector<quint32> kxContainerReader::readNumbers()
     return numbers;
 }
 
+QString kxContainerReader::nameOf(quint32 number) const
+{
+    const AttachmentContainerPtr object = AttachmentContainerPtr::dcast(at(number));
+    return object == NullFC || object->getNodeName().empty()
+               ? QStringLiteral("object %1").arg(number)
+               : QStringLiteral("'%1'").arg(QString::fromStdString(object->getNodeName()));
+}
+
 void kxContainerReader::refuse(quint32 number, const FieldContainerType& wanted) const
 {
-    _in.report().fail(QStringLiteral("object %1 isn't of the class '%2' or stands where it can't")
-                          .arg(number)
-                          .arg(QLatin1String(wanted.getName())));
+    _in.report().note(QStringLiteral("%1 isn't of the class '%2' or stands where it can't, and is left out there")
+                          .arg(nameOf(number), QLatin1String(wanted.getName())));
 }
 
 bool kxContainerReader::link()
 {
-    if (_in.failed() || !checkNumbers() || !checkOwnership())
+    if (_in.failed())
+        return false;
+    checkNumbers();
+    if (!checkOwnership())
         return false;
     linkAttachments();
     linkCores();
@@ -210,8 +221,10 @@ void kxContainerReader::repair(const FieldContainerPtr& container)
     if (const ImagePtr image = ImagePtr::dcast(container); image != NullFC)
     {
         const UInt64 size = UInt64(image->getWidth()) * image->getHeight() * 4;
-        if (!image->getPixels().empty() && image->getPixels().size() != size)
-            _in.report().fail(QStringLiteral("a picture has pixels that don't fit its size"));
+        if (image->getPixels().empty() || image->getPixels().size() == size)
+            return;
+        _in.report().note(QStringLiteral("a picture whose pixels don't fit its size is left out"));
+        image->set(0, 0, {});
     }
     else if (const CameraPtr camera = CameraPtr::dcast(container); camera != NullFC)
         camera->setFocalLength(camera->getFocalLength());
@@ -219,65 +232,73 @@ void kxContainerReader::repair(const FieldContainerPtr& container)
         node->setScale(1.0f);
 }
 
-bool kxContainerReader::checkNumbers() const
+void kxContainerReader::checkNumbers()
 {
-    const auto inRange = [this](quint32 number) { return number <= _containers.size(); };
-    const auto allInRange = [inRange](const std::vector<quint32>& numbers)
-    { return std::all_of(numbers.begin(), numbers.end(), inRange); };
-    bool good = true;
+    const auto check = [this](quint32& number)
+    {
+        if (number <= _containers.size())
+            return;
+        _in.report().note(QStringLiteral("an object that isn't there is named"));
+        number = 0;
+    };
     std::vector<bool> placed(_containers.size() + 1, false);
-    for (const auto& [number, structure] : _structure)
+    const auto place = [&](quint32& number)
     {
-        good = good && allInRange(structure.attachments) && inRange(structure.core) && allInRange(structure.children) &&
-               allInRange(structure.coreParents);
-        if (!good)
-            break;
-        for (const quint32 child : structure.children)
+        check(number);
+        if (placed[number])
         {
-            if (placed[child])
-                return _in.report().fail(QStringLiteral("object %1 stands in two places").arg(child));
-            placed[child] = child != 0;
+            _in.report().note(QStringLiteral("%1 stands in two places; it keeps the first").arg(nameOf(number)));
+            number = 0;
         }
-    }
-    for (const Reference& reference : _references)
+        placed[number] = number != 0;
+    };
+    for (auto& [number, structure] : _structure)
     {
-        good = good && allInRange(reference.numbers);
-        for (const quint32 number : reference.numbers)
+        check(structure.core);
+        std::for_each(structure.attachments.begin(), structure.attachments.end(), check);
+        std::for_each(structure.coreParents.begin(), structure.coreParents.end(), check);
+        std::for_each(structure.children.begin(), structure.children.end(), place);
+    }
+    for (Reference& reference : _references)
+        for (quint32& number : reference.numbers)
         {
+            check(number);
             // A tree of animations that a field names stands there and nowhere else.
-            const FieldContainerPtr container = good ? at(number) : FieldContainerPtr();
-            if (container == NullFC || !isAnimNode(container))
-                continue;
-            if (placed[number])
-                return _in.report().fail(QStringLiteral("object %1 stands in two places").arg(number));
-            placed[number] = true;
+            if (const FieldContainerPtr container = at(number); container != NullFC && isAnimNode(container))
+                place(number);
         }
-    }
-    return good || _in.report().fail(QStringLiteral("an object that isn't there is named"));
 }
 
-bool kxContainerReader::checkOwnership() const
+std::vector<std::vector<quint32*>> kxContainerReader::owned()
 {
-    const std::size_t count = _containers.size() + 1;
-    std::vector<std::vector<quint32>> owned(count);
-    for (const auto& [number, structure] : _structure)
+    std::vector<std::vector<quint32*>> owned(_containers.size() + 1);
+    const auto own = [](std::vector<quint32*>& list, std::vector<quint32>& numbers)
     {
-        std::vector<quint32>& list = owned[number];
-        list = structure.attachments;
-        list.push_back(structure.core);
-        list.insert(list.end(), structure.children.begin(), structure.children.end());
+        for (quint32& number : numbers)
+            list.push_back(&number);
+    };
+    for (auto& [number, structure] : _structure)
+    {
+        own(owned[number], structure.attachments);
+        owned[number].push_back(&structure.core);
+        own(owned[number], structure.children);
     }
-    for (const Reference& reference : _references)
-        for (const quint32 number : reference.numbers)
+    for (Reference& reference : _references)
+        for (quint32& number : reference.numbers)
             if (const FieldContainerPtr container = at(number);
                 container != NullFC && (NodePtr::dcast(container) == NullFC || isAnimNode(container)))
-                owned[reference.owner].push_back(number);
+                owned[reference.owner].push_back(&number);
+    return owned;
+}
 
+bool kxContainerReader::checkOwnership()
+{
+    const std::vector<std::vector<quint32*>> owned = this->owned();
     // Depth first with an own stack; `depth` is 0 for what wasn't met, Open while it is on the stack.
     constexpr quint32 Open = 0xffffffffu;
-    std::vector<quint32> depth(count, 0);
+    std::vector<quint32> depth(owned.size(), 0);
     std::vector<std::pair<quint32, std::size_t>> stack;
-    for (quint32 start = 1; start < count; ++start)
+    for (quint32 start = 1; start < owned.size(); ++start)
     {
         if (depth[start] == 0)
         {
@@ -289,9 +310,12 @@ bool kxContainerReader::checkOwnership() const
             const quint32 number = stack.back().first;
             if (stack.back().second < owned[number].size())
             {
-                const quint32 next = owned[number][stack.back().second++];
+                quint32& next = *owned[number][stack.back().second++];
                 if (next != 0 && depth[next] == Open)
-                    return _in.report().fail(QStringLiteral("object %1 contains itself").arg(next));
+                {
+                    _in.report().note(QStringLiteral("%1 contains itself, and is left out there").arg(nameOf(next)));
+                    next = 0;
+                }
                 if (next != 0 && depth[next] == 0)
                 {
                     depth[next] = Open;
@@ -300,8 +324,8 @@ bool kxContainerReader::checkOwnership() const
                 continue;
             }
             quint32 deepest = 0;
-            for (const quint32 next : owned[number])
-                deepest = next == 0 ? deepest : std::max(deepest, depth[next]);
+            for (const quint32* next : owned[number])
+                deepest = *next == 0 ? deepest : std::max(deepest, depth[*next]);
             depth[number] = deepest + 1;
             if (depth[number] > DeepestOwnership)
                 return _in.report().fail(QStringLiteral("objects are nested more than %1 deep").arg(DeepestOwnership));
@@ -316,7 +340,8 @@ void kxContainerReader::linkAttachments()
     for (const auto& [number, structure] : _structure)
         for (const quint32 attachment : structure.attachments)
             if (const AttachmentContainerPtr carrier = get<AttachmentContainer>(number); carrier != NullFC)
-                carrier->addAttachment(get<Attachment>(attachment));
+                if (const AttachmentPtr attached = get<Attachment>(attachment); attached != NullFC)
+                    carrier->addAttachment(attached);
 }
 
 void kxContainerReader::linkCores()
@@ -331,8 +356,8 @@ void kxContainerReader::linkCores()
                 continue;
             if (found == _structure.end() || found->second.core != number)
                 refuse(number, NodeCore::_type);
-            else
-                node->setCore(get<NodeCore>(number));
+            else if (const NodeCorePtr core = get<NodeCore>(number); core != NullFC)
+                node->setCore(core);
         }
     for (const auto& [number, structure] : _structure)
         if (const NodePtr node = structure.core == 0 ? NodePtr() : get<Node>(number); node != NullFC)
@@ -355,7 +380,11 @@ void kxContainerReader::linkChildren()
             const NodePtr child = get<Node>(childNumber);
             if (node == NullFC || child == NullFC)
                 continue;
-            if (isAnimNode(node) != isAnimNode(child) || !node->addChild(child))
+            if (node->addChild(child))
+                continue;
+            if (isAnimNode(node) && !isAnimNode(child))
+                _strays.emplace_back(child);
+            else
                 refuse(childNumber, node->getType());
         }
     }
@@ -374,6 +403,8 @@ void kxContainerReader::linkReferences()
                 containers.push_back(at(number));
             value = containers;
         }
+        else if (reference.numbers.front() == 0)
+            continue; // it was taken out; the field keeps its own
         else
             value = at(reference.numbers.front());
         if (!reference.field->setValue(*owner, value))

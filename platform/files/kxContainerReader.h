@@ -14,7 +14,8 @@ class kxCborInput;
 /// Reads what kxContainerWriter wrote, into containers that stand nowhere yet.
 ///
 /// Everything is checked before containers are joined: numbers, classes, that a node stands in one place, and that
-/// nothing owns itself. Classes and fields that this program doesn't know are left out and noted in the report.
+/// nothing owns itself. What doesn't hold is left out and named in the report, and so are classes and fields that this
+/// program doesn't know; the rest is read. Only content that can't be told apart fails.
 class kxContainerReader
 {
 public:
@@ -27,7 +28,7 @@ public:
 
     /// Reads the number of a container; the container itself is asked for after link().
     quint32 readNumber();
-    /// Null for 0, for a container of an unknown class and for one that isn't a T; the last fails.
+    /// Null for 0, for a container of an unknown class and for one that isn't a T; the last is noted.
     template <class T>
     osg::FCPtr<T> get(quint32 number) const
     {
@@ -37,15 +38,19 @@ public:
             refuse(number, T::_type);
         return typed;
     }
-    /// As get() for a node that stands in no other.
+    /// As get() for a node of exactly this tree, of objects or of animations, that stands in no other.
     template <class T>
     osg::FCPtr<T> getRoot(quint32 number) const
     {
         const osg::FCPtr<T> node = get<T>(number);
-        if (node != osg::NullFC && node->getParent() != osg::NullFC)
-            refuse(number, T::_type);
-        return node;
+        if (node == osg::NullFC ||
+            (node->getParent() == osg::NullFC && node->getType().getGroupId() == T::_type.getGroupId()))
+            return node;
+        refuse(number, T::_type);
+        return osg::FCPtr<T>();
     }
+    /// Objects that stood among animations, and stand nowhere now.
+    const std::vector<kxShare<osg::Node>>& strays() const { return _strays; }
 
 private:
     struct Field
@@ -86,9 +91,13 @@ private:
         return number == 0 || number > _containers.size() ? osg::FieldContainerPtr()
                                                           : osg::FieldContainerPtr(_containers[number - 1].get());
     }
+    QString nameOf(quint32 number) const;
     void refuse(quint32 number, const osg::FieldContainerType& wanted) const;
-    bool checkNumbers() const;
-    bool checkOwnership() const;
+    /// Numbers that mean nothing, and second places of a node, become 0.
+    void checkNumbers();
+    /// Rings are cut open. False where what is left is nested too deep.
+    bool checkOwnership();
+    std::vector<std::vector<quint32*>> owned();
     void linkAttachments();
     void linkCores();
     void linkChildren();
@@ -101,4 +110,5 @@ private:
     std::vector<kxShare<osg::FieldContainer>> _containers;
     std::map<quint32, Structure> _structure;
     std::vector<Reference> _references;
+    std::vector<kxShare<osg::Node>> _strays;
 };

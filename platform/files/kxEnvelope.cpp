@@ -75,8 +75,7 @@ bool kxEnvelopeWriter::begin(kxFileReport& report)
 qint64 kxEnvelopeWriter::writeData(const char* data, qint64 size)
 {
     _length += quint64(size);
-    if (_length > quint64(kxEnvelope::LargestPayload))
-        _failed = true;
+    _failed = _failed || isTooLarge();
     if (_failed)
         return size; // told at commit()
     _checksum = crc(_checksum, data, size);
@@ -96,11 +95,21 @@ void kxEnvelopeWriter::flushBlock()
     _block.resize(0);
 }
 
+const char* kxEnvelopeWriter::written()
+{
+    flushBlock();
+    if (_failed || !_file.flush())
+        return nullptr;
+    // The file is written under another name, which only its own handle knows.
+    const uchar* const bytes = _file.map(0, kxEnvelope::HeadSize + length());
+    return bytes == nullptr ? nullptr : reinterpret_cast<const char*>(bytes) + kxEnvelope::HeadSize;
+}
+
 bool kxEnvelopeWriter::commit(kxFileReport& report)
 {
     flushBlock();
     close();
-    if (_length > quint64(kxEnvelope::LargestPayload))
+    if (isTooLarge())
         return report.fail(QStringLiteral("the scene needs more than the %1 bytes that a file can hold")
                                .arg(kxEnvelope::LargestPayload));
     if (_failed || !_file.seek(0) ||

@@ -36,6 +36,10 @@ public:
     kxEnvelopeWriter(const QString& path, const char* magic);
 
     bool begin(kxFileReport& report);
+    /// The payload as the file holds it, for one look before commit(); nothing is written any more. Null where the
+    /// system doesn't give it back.
+    const char* written();
+    qint64 length() const { return qint64(_length); }
     /// The file is as it was before unless this succeeds.
     bool commit(kxFileReport& report);
 
@@ -47,6 +51,7 @@ protected:
 
 private:
     void flushBlock();
+    bool isTooLarge() const { return _length > quint64(kxEnvelope::LargestPayload); }
 
     QSaveFile _file;
     const char* _magic;

@@ -114,6 +114,24 @@ void readEntry(const std::string& key, kxCborInput& in, kxContainerReader& reade
         in.skip();
     }
 }
+
+/// A file that can't be opened takes no other's place. What opening would leave out is named now, while the scene is
+/// there to mend it.
+bool canBeRead(kxEnvelopeWriter& file, kxFileReport& report)
+{
+    const char* const payload = file.written();
+    if (payload == nullptr)
+        return true; // commit() says what failed
+    kxSceneContent content;
+    kxFileReport found(report.file());
+    if (!kxSceneFile::readPayload(payload, file.length(), content, found))
+        return report.fail(QStringLiteral("the scene can't be written so that it could be opened again: %1. The file "
+                                          "is as it was.")
+                               .arg(found.error()));
+    for (const QString& note : found.notes())
+        report.note(QStringLiteral("when this file is opened: ") + note);
+    return true;
+}
 } // namespace
 
 bool kxSceneFile::save(const QString& path, kxFileReport& report)
@@ -123,7 +141,7 @@ bool kxSceneFile::save(const QString& path, kxFileReport& report)
         return false;
     QCborStreamWriter out(&file);
     writeContent(out, kxSceneContent::ofScene(), report);
-    return !report.failed() && file.commit(report);
+    return !report.failed() && canBeRead(file, report) && file.commit(report);
 }
 
 bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileReport& report)
@@ -156,7 +174,13 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
     for (const quint32 number : top.materials)
         if (const MaterialPtr material = reader.get<Material>(number); material != NullFC)
             content.materials.emplace_back(material);
-    if (!report.failed() && (!content.root || AnimNodePtr::dcast(content.root.get()) != NullFC))
-        report.fail(QStringLiteral("the file holds no scene"));
-    return !report.failed();
+    if (!content.root)
+        return report.fail(QStringLiteral("the file holds no scene"));
+    for (const kxShare<Node>& stray : reader.strays())
+    {
+        report.note(QStringLiteral("'%1' stood among animations; it stands at the top of the scene now")
+                        .arg(QString::fromStdString(stray->getNodeName())));
+        content.root->addChild(stray.get());
+    }
+    return true;
 }

@@ -7,7 +7,8 @@
 /// again.
 namespace kxSceneFile
 {
-/// Writes the open scene beside the file and renames it over: a file that was there stays whole until the new one is.
+/// Writes the open scene beside the file, reads it back, and renames it over: a file that was there stays whole until
+/// the new one is, and gives way only to one that can be opened.
 KX_API bool save(const QString& path, kxFileReport& report);
 /// Reads a file without touching the open scene.
 KX_API bool read(const QString& path, kxSceneContent& content, kxFileReport& report);

@@ -85,7 +85,7 @@ bool Node::addChild(const NodePtr& child)
 
 bool Node::insertChild(UInt32 index, const NodePtr& child)
 {
-    if (child == NullFC)
+    if (child == NullFC || child->getType().getGroupId() != getType().getGroupId())
         return false;
     for (const Node* above = this; above != nullptr; above = above->_parent.getCPtr())
         if (above == child.getCPtr())

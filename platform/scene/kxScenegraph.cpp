@@ -4,6 +4,7 @@
 #include <kxPlatform.h>
 #include <osg/AnimCores.h>
 #include <osg/AnimCurve.h>
+#include <osg/AnimNode.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 #include <scene/Scenery.h>
@@ -85,7 +86,9 @@ QIcon kxScenegraph::getMaterialIcon(const MaterialPtr& material)
     return QIcon(pixmap);
 }
 
-bool kxNodePermission::allows(const NodePtr& node, kxScenegraphTypes::Action)
+bool kxNodePermission::allows(const NodePtr& node, kxScenegraphTypes::Action action)
 {
-    return node != NullFC && node != kxScene::the()->superRoot();
+    if (node == NullFC || node == kxScene::the()->superRoot())
+        return false;
+    return action == kxScenegraphTypes::PasteAnimation || AnimNodePtr::dcast(node) == NullFC;
 }

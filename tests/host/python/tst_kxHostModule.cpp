@@ -295,12 +295,13 @@ void tst_kxHostModule::messagesCarryExactTypes()
     QVERIFY(attribute<std::set<QString>>("names") && attribute<std::set<QString>>("names")->size() == 2);
     QVERIFY(attribute<std::set<QString>>("list") && attribute<std::set<QString>>("list")->size() == 1);
 
-    // A plain handle of an animation node goes out as an animation.
-    _door->addChild(clip);
-    clip->setNodeName("Clip");
-    run("sendMessage('probe', {'one': findNode('Clip'), 'all': [kxNodePtr(findNode('Clip'))]})");
+    // A plain handle of an animation node goes out as an animation, and is no parent of objects.
+    kxSelection::the().setIds(kxSelection::Nodes, {clip->getId()});
+    run("clip = selectedNodes()[0]\nsendMessage('probe', {'one': clip, 'all': [kxNodePtr(clip)]})");
     QVERIFY(attribute<osg::AnimNodePtr>("one") && *attribute<osg::AnimNodePtr>("one") == clip);
     QVERIFY(attribute<std::vector<osg::AnimNodePtr>>("all"));
+    run("refused(ValueError, 'animation', addObject, 'sphere', 'Child', clip); assert not findNode('Child')");
+    QCOMPARE(clip->getNChildren(), 0u);
     clip->subRef();
 
     // What is read as a type that the value leaves open.

@@ -1,5 +1,6 @@
 #include <kxScenegraph.h>
 #include <osg/AnimAttachments.h>
+#include <osg/AnimNode.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
@@ -109,6 +110,10 @@ void tst_kxSceneTree::randomMovesKeepTheTree()
         const bool below = kxNodeUtils::hasParent(target, moved);
         QCOMPARE(target->insertChild(UInt32(random() % 5), moved), !below);
     }
+    const NodePtr animation = AnimNodeBase::create();
+    animation->addRef();
+    QVERIFY(!root->addChild(animation) && !animation->addChild(nodes[1]) && nodes[1]->getParent() != NullFC);
+    animation->subRef();
     QVERIFY(isSound(root));
     std::size_t count = 0;
     traverse(root,

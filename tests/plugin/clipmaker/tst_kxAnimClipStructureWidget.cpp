@@ -359,9 +359,9 @@ void tst_kxAnimClipStructureWidget::followsTheKernel()
     f.tree.row("A")->setExpanded(false);
     f.tree.select("B/step");
     const AnimNodePtr root = kxClipTree::kernel()->clipStructureRoot();
-    const NodePtr above = Node::create();
+    const NodePtr above = AnimNodeBase::create();
     above->addRef();
-    for (const NodePtr& child : {NodePtr(root), NodePtr(Node::create()), NodePtr(Node::create())})
+    for (const NodePtr& child : {NodePtr(root), NodePtr(AnimNodeBase::create()), NodePtr(AnimNodeBase::create())})
         above->addChild(child);
     const QStringList before = f.tree.dump(true);
     kxMessage message;

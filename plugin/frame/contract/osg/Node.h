@@ -54,8 +54,8 @@ public:
     /// The index of `child`, -1 where it is no child.
     int findChild(const NodePtr& child) const;
 
-    /// Appends `child`, which leaves the parent that it has. Refused, with false, for null, for this node itself and
-    /// for a node above it.
+    /// Appends `child`, which leaves the parent that it has. Refused, with false: null, this node itself, a node above
+    /// it, and an object below an animation or the other way round.
     bool addChild(const NodePtr& child);
     /// As addChild(), before the child that stands at `index`; beyond the end it appends.
     bool insertChild(UInt32 index, const NodePtr& child);
@@ -77,8 +77,8 @@ protected:
 private:
     static void describeFields(FieldList& fields);
 
-    NodeCorePtr _core; // a share
-    NodePtr _parent;   // not owned
+    NodeCorePtr _core;              // a share
+    NodePtr _parent;                // not owned
     std::vector<NodePtr> _children; // a share of each
     UInt32 _travMask = Active;
 };
