@@ -400,6 +400,7 @@ void tst_kxAnimClipEditor::pastesIntoClipsAlone()
     shown()->setTime(120);
     QVERIFY(paste().isEmpty());
     QCOMPARE(_clip->getNChildren(), 3u);
+    QCoreApplication::processEvents(); // the bars follow
     QCOMPARE(shown()->bars().back()->x(), 120.0);
 }
 
