@@ -463,10 +463,28 @@ void kxAnimAbstractClipItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     if (clips != nullptr && clips->resolveCollisions(clips->selectedItems()))
         for (kxAnimAbstractClipItem* bar : selectedBars())
             bar->slideBack();
-    for (kxAnimAbstractClipItem* bar : clips == nullptr ? QVector<kxAnimAbstractClipItem*>() : clips->bars())
+    QGraphicsRectItem::mouseReleaseEvent(event);
+}
+
+bool kxAnimAbstractClipItem::sceneEvent(QEvent* event)
+{
+    if (event->type() == QEvent::UngrabMouse)
+        endDrag();
+    return QGraphicsRectItem::sceneEvent(event);
+}
+
+void kxAnimAbstractClipItem::endDrag()
+{
+    // Qt keeps where all bars stood at the start of a drag until an item hears of a release.
+    QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
+    QGraphicsRectItem::mouseReleaseEvent(&release);
+    kxAnimClipScene* const clips = clipScene();
+    if (clips == nullptr)
+        return;
+    clips->resolveCollisions({});
+    for (kxAnimAbstractClipItem* bar : clips->bars())
         if (!bar->isReturning())
             bar->setZValue(BarDepth);
-    QGraphicsRectItem::mouseReleaseEvent(event);
 }
 
 void kxAnimAbstractClipItem::mouseDoubleClickEvent(QGraphicsSceneMouseEvent* event)

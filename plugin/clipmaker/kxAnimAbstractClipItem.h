@@ -108,6 +108,9 @@ Q_SIGNALS:
 
 protected:
     QVariant itemChange(GraphicsItemChange change, const QVariant& value) override;
+    bool sceneEvent(QEvent* event) override;
+    /// The mouse has gone to another, by its release or without one: nothing of the drag is left.
+    virtual void endDrag();
     void contextMenuEvent(QGraphicsSceneContextMenuEvent* event) override;
     void hoverEnterEvent(QGraphicsSceneHoverEvent* event) override;
     void hoverLeaveEvent(QGraphicsSceneHoverEvent* event) override;

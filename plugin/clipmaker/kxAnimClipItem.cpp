@@ -203,9 +203,20 @@ void kxAnimClipItem::mousePressEvent(QGraphicsSceneMouseEvent* event)
 
 void kxAnimClipItem::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
+    releaseHandles();
+    kxAnimAbstractClipItem::mouseReleaseEvent(event);
+}
+
+void kxAnimClipItem::endDrag()
+{
+    releaseHandles();
+    kxAnimAbstractClipItem::endDrag();
+}
+
+void kxAnimClipItem::releaseHandles()
+{
     _leftPressed = _rightPressed = false;
     update();
-    kxAnimAbstractClipItem::mouseReleaseEvent(event);
 }
 
 // Bar and node

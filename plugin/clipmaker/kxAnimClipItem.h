@@ -40,12 +40,14 @@ protected:
     void hoverMoveEvent(QGraphicsSceneHoverEvent* event) override;
     void mousePressEvent(QGraphicsSceneMouseEvent* event) override;
     void mouseReleaseEvent(QGraphicsSceneMouseEvent* event) override;
+    void endDrag() override;
     QVariant itemChange(GraphicsItemChange change, const QVariant& value) override;
 
 private:
     void buildMenu();
     void updateStateAction(int state, const QList<QGraphicsItem*>& selected, const osg::AnimNode& own);
     void paintHandles(QPainter* painter, double scale) const;
+    void releaseHandles();
     QPointF acceptedPosition(const QPointF& proposed);
     QTransform acceptedTransform(const QTransform& proposed);
     /// Makes the bar longer by `frames`; false where nothing changed.

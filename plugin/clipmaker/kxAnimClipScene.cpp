@@ -154,6 +154,8 @@ void kxAnimClipScene::clear()
 
 void kxAnimClipScene::deleteBars(const QVector<kxAnimAbstractClipItem*>& bars)
 {
+    if (!bars.isEmpty())
+        endBarDrag();
     for (kxAnimAbstractClipItem* bar : bars)
     {
         bar->endReturn(); // its node isn't left halfway
@@ -162,6 +164,12 @@ void kxAnimClipScene::deleteBars(const QVector<kxAnimAbstractClipItem*>& bars)
         removeItem(bar);
         delete bar;
     }
+}
+
+void kxAnimClipScene::endBarDrag()
+{
+    if (kxAnimAbstractClipItem* const held = kxAnimAbstractClipItem::fromItem(mouseGrabberItem()))
+        held->ungrabMouse();
 }
 
 void kxAnimClipScene::followAtOnce(kxMessage&)

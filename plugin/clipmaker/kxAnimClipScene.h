@@ -171,6 +171,8 @@ private:
     void followChanges();
     void buildBars(const osg::AnimNodePtr& node);
     void deleteBars(const QVector<kxAnimAbstractClipItem*>& bars);
+    /// A drag of bars doesn't outlive any of them: Qt places all by where they stood at its start.
+    void endBarDrag();
 
     kxAnimClipRows rows() const;
     /// Whether `item` or its extension lies over anything.

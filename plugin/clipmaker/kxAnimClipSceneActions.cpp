@@ -108,6 +108,7 @@ void kxAnimClipScene::deleteSelectedItems()
     std::vector<kxNodePtr> nodes;
     {
         const Rebuild rebuild(this);
+        endBarDrag();
         for (kxAnimAbstractClipItem* bar : selectedBars())
         {
             bar->endReturn();

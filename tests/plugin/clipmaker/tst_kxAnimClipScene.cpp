@@ -35,6 +35,8 @@ private Q_SLOTS:
     void followsUndo();
     void followsEditsOfOthers();
     void followsWhenADragEnds();
+    void endsADragWhereABarGoes_data();
+    void endsADragWhereABarGoes();
     void endsBehindTheTimeLine();
 };
 
@@ -494,6 +496,55 @@ void tst_kxAnimClipScene::followsWhenADragEnds()
     QCOMPARE(f.barOf(other)->y(), 2 * f.pitch());
     QCOMPARE(f.barOf(held)->y(), 2 * f.pitch());
     QCOMPARE(f.barOf(held)->x(), 6.0);
+}
+
+void tst_kxAnimClipScene::endsADragWhereABarGoes_data()
+{
+    kxColumns<bool, QPoint>("undo", "grip");
+    kxRow("deleted", false, QPoint(40, 0));
+    kxRow("made anew by an undo", true, QPoint(40, 0));
+    kxRow("made anew while an end is dragged", true, QPoint(69, 0));
+}
+
+/// Where bars stood at the start of a drag that nobody ends has no part in the next one.
+void tst_kxAnimClipScene::endsADragWhereABarGoes()
+{
+    QFETCH(bool, undo);
+    QFETCH(QPoint, grip);
+    kxShownClip f;
+    const AnimNodePtr held = f.add(f.blockOf(2), 1), second = f.add(f.blockOf(2), 5, 1), other = f.add(f.blockOf(2), 9);
+    f.show();
+    f.port()->grab(); // the column is where it was drawn
+    f.barOf(held)->setSelected(true);
+    f.barOf(second)->setSelected(true);
+    kxPress(f.port(), f.at(grip.x(), 0));
+    kxDragTo(f.port(), f.at(grip.x() + 20, 0));
+    const double x = f.barOf(held)->x();
+    if (undo)
+    {
+        second->moveBy(0, 100);
+        kxMessage message;
+        kxController::call(kxMessageName::Undo, message, 0);
+    }
+    else
+        QTest::keyClick(&f.view, Qt::Key_Delete);
+    kxDragTo(f.port(), f.at(grip.x() + 30, 0));
+    if (undo)
+    {
+        QCOMPARE(f.barOf(held)->x(), x);
+        QCOMPARE(float(f.barOf(second)->y()), 3 * float(f.pitch()));
+        f.barOf(held)->setX(x + 1); // no end is held any more
+        QCOMPARE(f.barOf(held)->x(), x + 1);
+    }
+    QCOMPARE(f.port()->grab().toImage().pixelColor(f.at(-3, 0)), f.port()->grab().toImage().pixelColor(f.at(-3, 5)));
+    kxRelease(f.port(), f.at(grip.x() + 30, 0));
+    f.scene.clearSelection();
+    kxPress(f.port(), f.at(240, 0));
+    kxDragTo(f.port(), f.at(250, 0));
+    kxRelease(f.port(), f.at(250, 0));
+    QCOMPARE(f.barOf(other)->x(), 226.0);
+    QCOMPARE(other->getOffset().x() * 24, 226.0f);
+    kxUndoStack::get(0).stack()->clear();
 }
 
 QTEST_MAIN(tst_kxAnimClipScene)
