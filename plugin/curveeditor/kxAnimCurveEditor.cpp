@@ -1,18 +1,13 @@
 #include <curveeditor/kxAnimCurveEditor.h>
 
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
 #include <curveeditor/kxAnimCurveEditorMenus.h>
-#include <curveeditor/kxAnimCurveUndoCommand.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
-#include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxSelectedContainers.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxHostWindows.h>
-#include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimStructureWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
@@ -20,8 +15,6 @@
 #include <QKXDockWindowManager.h>
 #include <kxAnimManager.h>
 #include <kxIconManager.h>
-#include <kxLog.h>
-#include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
@@ -37,7 +30,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <cmath>
+
+kxAnimCurveEditor* kxAnimCurveEditor::_the = nullptr;
 
 namespace
 {
@@ -53,18 +47,6 @@ constexpr std::uint64_t MessageMask = 0x38288130;
 
 /// Of the channel list at its narrowest: a curve's row with check box and icon, its name and its value.
 constexpr int ChannelLetters = 32;
-
-kxAnimCurveEditor* theEditor = nullptr;
-
-/// The host announces a selection of objects, then that of their materials, which belongs to it and is no new one.
-bool skipNextMaterialSelection = false;
-
-bool isKeyCommand(int id)
-{
-    static const int Ids[] = {kxAnimCurveUndoCommand::commandId(), kxAnimTangentUndoCommand::commandId(),
-                              kxAddAnimKeyUndoCommand::commandId(), kxTrashAnimationUndoCommand::commandId()};
-    return std::find(std::begin(Ids), std::end(Ids), id) != std::end(Ids);
-}
 
 /// A layout without margins in `parent`, null for one that goes into another layout.
 template <class Layout>
@@ -87,13 +69,6 @@ void clearQuietly(kxAnimTreeWidget* tree)
     tree->clearSelection();
 }
 
-void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes)
-{
-    kxMessage message;
-    message.set("nodes", nodes, true);
-    kxController::call(kxMessageName::SelectedAnimations, message, 0);
-}
-
 std::vector<osg::NodePtr> resolve(const QList<kxdNode>& nodes)
 {
     std::vector<osg::NodePtr> resolved;
@@ -106,7 +81,7 @@ std::vector<osg::NodePtr> resolve(const QList<kxdNode>& nodes)
 } // namespace
 
 kxAnimCurveEditor::kxAnimCurveEditor()
-    : kxModuleBase("Curve Editor", "Animation", MessageMask, nullptr), _instance(theEditor, this)
+    : kxModuleBase("Curve Editor", "Animation", MessageMask, nullptr), _instance(_the, this)
 {
     try
     {
@@ -260,15 +235,6 @@ void kxAnimCurveEditor::makeCommands()
     _saveAction = menus.saveAction();
 }
 
-void kxAnimCurveEditor::connectHost()
-{
-    _callbacks.add(kxMessageName::CurrentFrameChanged, changeFrame);
-    _callbacks.add(kxMessageName::AnimationStart, startAnimation);
-    _callbacks.add(kxMessageName::ShowCurves, showCurves);
-    _callbacks.add(kxMessageName::Undo, undoStackMoved);
-    _callbacks.add(kxMessageName::Redo, undoStackMoved);
-}
-
 QWidget* kxAnimCurveEditor::moduleWidget()
 {
     return _window;
@@ -282,66 +248,6 @@ bool kxAnimCurveEditor::isVisible() const
 kxAnimGraphScene* kxAnimCurveEditor::scene() const
 {
     return _graphView != nullptr ? _graphView->scene() : nullptr;
-}
-
-int kxAnimCurveEditor::receivedMessage(kxMessage& message)
-{
-    if (_window == nullptr)
-        return 0;
-    try
-    {
-        handle(message);
-    }
-    catch (...)
-    {
-        kxLog::error("kxAnimCurveEditor::receivedMessage : An unknown exception occurred!");
-    }
-    return 0;
-}
-
-void kxAnimCurveEditor::handle(const kxMessage& message)
-{
-    switch (message.id())
-    {
-    case kxMessageId::NewScene:
-        clear();
-        kxAnimManager::the()->updateSceneAnimCurveData();
-        kxAnimManager::the()->setCurrentFrame(0.0, false, true);
-        break;
-    case kxMessageId::SceneChanged:
-        updateOnSceneChange();
-        break;
-    case kxMessageId::SelectionChanged:
-        if (isVisible())
-            showNodes(kxScenegraph::getSelectedNodes());
-        _missedSelection = !isVisible();
-        skipNextMaterialSelection = true;
-        break;
-    case kxMessageId::AnimationsChanged:
-    case kxMessageId::AnimationsLoaded:
-        rebuildTrees();
-        kxAnimManager::the()->updateSceneAnimCurveData();
-        break;
-    case kxMessageId::MaterialSelection:
-    {
-        std::vector<osg::MaterialPtr> materials;
-        if (skipNextMaterialSelection)
-            skipNextMaterialSelection = false;
-        else if (isVisible() && getFromMessage(message, "materials", materials))
-            showMaterials(materials);
-        break;
-    }
-    case kxMessageId::NodeSelection:
-    case kxMessageId::NodePicked:
-    {
-        std::vector<osg::NodePtr> nodes;
-        if (isVisible() && getFromMessage(message, "nodes", nodes) && !nodes.empty())
-            showNodes(nodes);
-        break;
-    }
-    default:
-        break;
-    }
 }
 
 bool kxAnimCurveEditor::eventFilter(QObject* watched, QEvent* event)
@@ -566,68 +472,4 @@ void kxAnimCurveEditor::frameFirstCurves()
         return;
     _hasFramed = true;
     _graphView->frameAll();
-}
-
-void kxAnimCurveEditor::changeFrame(kxMessage& message)
-{
-    kxAnimGraphScene* const scene = theEditor != nullptr ? theEditor->scene() : nullptr;
-    if (scene == nullptr)
-        return;
-    double frame = 0;
-    if (getFromMessage(message, "frame", frame) && std::isfinite(frame))
-        scene->setFrame(frame);
-    scene->update();
-}
-
-void kxAnimCurveEditor::startAnimation(kxMessage& message)
-{
-    if (theEditor == nullptr)
-        return;
-    constexpr const char Reader[] = "kxMessage::get";
-    std::string name;
-    bool instantaneous = false;
-    getFromMessage(message, "animation-name", name, Reader);
-    getFromMessage(message, "instantaneous", instantaneous, Reader);
-    const osg::AnimNodePtr animation = name.empty() ? osg::AnimNodePtr() : kxAnimManager::the()->find(name);
-    if (animation == osg::NullFC)
-        return;
-    if (instantaneous)
-        kxAnimManager::the()->reset(animation, true);
-    else
-        kxAnimManager::the()->enqueue(animation, true);
-}
-
-void kxAnimCurveEditor::showCurves(kxMessage& message)
-{
-    osg::AnimNodePtr node;
-    if (theEditor == nullptr || theEditor->scene() == nullptr || !getFromMessage(message, "node", node) ||
-        node == osg::NullFC)
-        return;
-    theEditor->scene()->clear();
-    theEditor->_graphView->setAnimation(node);
-}
-
-void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
-{
-    bool added = false;
-    int id = 0;
-    if (theEditor == nullptr || theEditor->_graphView == nullptr || !getFromMessage(message, "added", added) ||
-        !getFromMessage(message, "id", id) || !isKeyCommand(id))
-        return;
-    if (added)
-    {
-        // The commands write keys and nothing else; once a step, whatever its size, the scene takes them.
-        kxAnimManager::the()->reevaluateAnimations(false);
-        theEditor->_channels->updateValues();
-        theEditor->updateStatus(); // keys that were pasted aren't locked
-        return;
-    }
-    const std::vector<osg::NodePtr> withoutRow = theEditor->listedWithoutRow();
-    theEditor->_library->rebuild(true);
-    kxAnimManager::the()->updateSceneAnimCurveData();
-    theEditor->_graphView->refresh();
-    if (theEditor->_graphView->nodes().empty())
-        theEditor->selectNewRows(withoutRow); // their curves may have come back
-    theEditor->_channels->updateValues();
-    theEditor->updateStatus();
 }

@@ -30,7 +30,7 @@ class kxAnimTreeWidget;
 ///
 /// Draws nothing itself. It decides which curves the graph shows and which objects the channel list shows, and keeps
 /// the panes in step with scene, selection, undo stack and current frame. The commands of its menus, most of which only
-/// route to a pane, are in kxAnimCurveEditorCommands.cpp.
+/// route to a pane, are in kxAnimCurveEditorCommands.cpp, what it does on messages in kxAnimCurveEditorMessages.cpp.
 class kxAnimCurveEditor : public kxModuleBase
 {
     Q_OBJECT
@@ -122,11 +122,14 @@ private:
     /// result would not be a number that a key can hold; nothing is moved then.
     bool modifyKeys(Axis axis, RelativeOperator op, double value);
 
+    /// The timeline marks the keys of these.
+    static void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes);
     static void changeFrame(kxMessage& message);
     static void startAnimation(kxMessage& message);
     static void showCurves(kxMessage& message);
     static void undoStackMoved(kxMessage& message);
 
+    static kxAnimCurveEditor* _the; // serves the host's callbacks
     kxInstancePointer<kxAnimCurveEditor> _instance;
     QPointer<kxAnimCurveEditorGUIW> _window; // owned by the dock window manager
     // The panes stand in the window, which may go first.
