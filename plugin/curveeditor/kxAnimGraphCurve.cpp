@@ -93,6 +93,18 @@ kxAnimGraphPoint* kxAnimGraphCurve::point(unsigned int index) const
     return index < unsigned(_points.size()) ? _points.at(int(index)) : nullptr;
 }
 
+QList<kxAnimGraphPoint*> kxAnimGraphCurve::keysIn(const QRectF& area) const
+{
+    const bool isAtRest = _moved.empty() && _line.size() == _points.size();
+    const kxAnimGraphLine::Range near =
+        isAtRest ? _line.keysIn(area.left(), area.right()) : kxAnimGraphLine::Range{0, _points.size()};
+    QList<kxAnimGraphPoint*> keys;
+    for (int i = near.begin; i < near.end; ++i)
+        if (area.contains(_points.at(i)->pos()))
+            keys.append(_points.at(i));
+    return keys;
+}
+
 void kxAnimGraphCurve::deletePoints()
 {
     _points.clear();

@@ -38,8 +38,12 @@ public:
     unsigned int curveId() const { return _curveId; }
     /// Null past the end.
     kxAnimGraphPoint* point(unsigned int index) const;
+    /// The keys that stand in `area`.
+    QList<kxAnimGraphPoint*> keysIn(const QRectF& area) const;
     /// The key items, in time order between edits.
     const QList<kxAnimGraphPoint*>& points() const { return _points; }
+    /// Those that are selected, in any order.
+    const QSet<kxAnimGraphPoint*>& selectedKeys() const { return _selected; }
 
     /// Makes all key items anew from the keys of `curve`; pointers to the old ones dangle. Null does nothing.
     void buildPoints(const osg::AnimCurvePtr& curve);

@@ -375,10 +375,11 @@ void kxAnimGraphPoint::movedOutTangent(kxAnimGraphPoint* outTangent)
 
 void kxAnimGraphPoint::mousePressEvent(QGraphicsSceneMouseEvent* event)
 {
-    if (!_isTangent)
+    const kxAnimGraphPoint* const pressed = graphScene() != nullptr ? graphScene()->pressedKey() : nullptr;
+    if ((pressed != nullptr && pressed != this) || (_isTangent && !(flags() & ItemIsMovable)))
+        event->ignore(); // what lies below takes it
+    else if (!_isTangent)
         QGraphicsRectItem::mousePressEvent(event);
-    else if (!(flags() & ItemIsMovable))
-        event->ignore();
     g_lastScenePos = event->scenePos();
     _isDragging = false;
 }
@@ -536,7 +537,7 @@ QVariant kxAnimGraphPoint::itemChange(GraphicsItemChange change, const QVariant&
                 Q_EMIT graphPointMoved(this);
         }
         break;
-    case ItemSelectedHasChanged:
+    case ItemSelectedChange: // before the scene tells of it
         if (kxAnimGraphCurve* parent = curve())
             parent->keySelected(this, value.toBool());
         break;

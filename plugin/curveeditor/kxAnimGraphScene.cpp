@@ -29,12 +29,6 @@ kxAnimGraphScene* theScene = nullptr; // the one that was built last; serves the
 
 const QRectF TimeItemRect(-15, -1000000, 30, 2000000);
 
-unsigned int curveIdOf(const kxAnimGraphPoint* point)
-{
-    const kxAnimGraphCurve* const curve = point->curve();
-    return curve == nullptr ? 0 : curve->curveId();
-}
-
 /// The curves of these keys that are still there, each with its item, in the order of their ids: the same keys always
 /// give a group of the same commands, so that the steps of a drag merge.
 std::map<unsigned int, kxAnimGraphCurve*> curveItemsOf(const QList<kxAnimGraphPoint*>& points)
@@ -63,20 +57,20 @@ void sendUpdateClipScene()
 
 kxAnimGraphScene::Rebuild::Rebuild(kxAnimGraphScene* scene) : _scene(scene)
 {
-    if (_scene.isNull())
+    if (_scene.isNull() || _scene->_rebuilds++ > 0)
         return;
     // A scene looks every dying item up in its list of new ones, until it has polished those in an event of its own.
     QCoreApplication::sendPostedEvents(_scene, QEvent::MetaCall);
-    _selected = _scene->selectedItems().size();
+    _selected = _scene->selectedCount();
     _wasBlocked = _scene->blockSignals(true);
 }
 
 kxAnimGraphScene::Rebuild::~Rebuild()
 {
-    if (_scene.isNull())
+    if (_scene.isNull() || --_scene->_rebuilds > 0)
         return;
     _scene->blockSignals(_wasBlocked);
-    if (_selected != _scene->selectedItems().size())
+    if (_selected != _scene->selectedCount())
         Q_EMIT _scene->selectionChanged();
 }
 
@@ -173,19 +167,25 @@ bool kxAnimGraphScene::isEmpty() const
 
 void kxAnimGraphScene::selectedPoints(QList<kxAnimGraphPoint*>& out) const
 {
-    const int first = out.size();
-    for (QGraphicsItem* const item : selectedItems())
+    QList<kxAnimGraphCurve*> ordered = curves();
+    std::sort(ordered.begin(), ordered.end(),
+              [](const kxAnimGraphCurve* a, const kxAnimGraphCurve* b) { return a->curveId() < b->curveId(); });
+    for (const kxAnimGraphCurve* const curve : qAsConst(ordered))
     {
-        auto* const point = qgraphicsitem_cast<kxAnimGraphPoint*>(item);
-        if (point != nullptr && point->isKey())
+        const int first = out.size();
+        for (kxAnimGraphPoint* const point : curve->selectedKeys())
             out.append(point);
+        std::sort(out.begin() + first, out.end(),
+                  [](const kxAnimGraphPoint* a, const kxAnimGraphPoint* b) { return a->index() < b->index(); });
     }
-    std::sort(out.begin() + first, out.end(),
-              [](const kxAnimGraphPoint* a, const kxAnimGraphPoint* b)
-              {
-                  const unsigned int idA = curveIdOf(a), idB = curveIdOf(b);
-                  return idA != idB ? idA < idB : a->index() < b->index();
-              });
+}
+
+int kxAnimGraphScene::selectedCount() const
+{
+    int count = 0;
+    for (const kxAnimGraphCurve* const curve : curves())
+        count += curve->selectedKeys().size();
+    return count;
 }
 
 void kxAnimGraphScene::selectPointsIn(const QRectF& rect)
@@ -224,8 +224,28 @@ void kxAnimGraphScene::selectAllPoints()
 
 void kxAnimGraphScene::mousePressEvent(QGraphicsSceneMouseEvent* event)
 {
-    makeHandlesAt(event->scenePos());
+    _pressedKey = selectedKeyAt(event->scenePos());
+    if (_pressedKey == nullptr)
+        makeHandlesAt(event->scenePos());
     QGraphicsScene::mousePressEvent(event);
+    _pressedKey = nullptr;
+}
+
+const kxAnimGraphPoint* kxAnimGraphScene::selectedKeyAt(const QPointF& place) const
+{
+    const QRectF square = kxAnimGraphPoint::square().normalized();
+    const auto distance = [&](const kxAnimGraphPoint* key) // in the size of a square
+    {
+        const QPointF way = key->pos() - place;
+        return std::hypot(way.x() / square.width(), way.y() / square.height());
+    };
+    const kxAnimGraphPoint* nearest = nullptr;
+    for (const kxAnimGraphCurve* const curve : curves())
+        for (const kxAnimGraphPoint* const key : curve->keysIn(square.translated(place)))
+            if (nearest == nullptr || distance(key) < distance(nearest) ||
+                (key->isSelected() && distance(key) == distance(nearest)))
+                nearest = key;
+    return nearest != nullptr && nearest->isSelected() ? nearest : nullptr;
 }
 
 void kxAnimGraphScene::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
@@ -337,7 +357,6 @@ void kxAnimGraphScene::pasteKeys()
         if (found != shown.end() && !copied.empty())
             new kxAddAnimKeyUndoCommand(found->second, keysAt(now, copied), group.get());
     }
-
     const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(group.release());
     {

@@ -25,7 +25,8 @@ class kxAnimGraphScene : public QGraphicsScene
     Q_OBJECT
 public:
     /// A stretch in which key items die or are made anew: selectionChanged() is held back, so that nobody meets an item
-    /// that is half gone, and goes out once behind it where the selection became another. May nest; null does nothing.
+    /// that is half gone, and goes out once behind it where the selection became another. Within another one, and with
+    /// null, it does nothing.
     class Rebuild
     {
     public:
@@ -37,7 +38,7 @@ public:
     private:
         QPointer<kxAnimGraphScene> _scene;
         bool _wasBlocked = false;
-        int _selected = 0;
+        int _selected = 0; // before
     };
 
     explicit kxAnimGraphScene(QObject* parent = nullptr);
@@ -88,6 +89,9 @@ public:
     bool timeItemMoving() const;
     kxAnimTimeItem* timeItem() const { return _timeItem; }
 
+    /// In a press of the mouse on a selected key: this key, which takes it before handles and keys that lie over it.
+    const kxAnimGraphPoint* pressedKey() const { return _pressedKey; }
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public Q_SLOTS:
@@ -112,6 +116,9 @@ private Q_SLOTS:
     void timeItemChanged(double value);
 
 private:
+    int selectedCount() const;
+    /// The key nearest to `place` if that is selected; null where no key's square holds it.
+    const kxAnimGraphPoint* selectedKeyAt(const QPointF& place) const;
     void makeHandlesAt(const QPointF& place);
     static void timeLineChangedPlay(kxMessage& message);
 
@@ -122,6 +129,8 @@ private:
     bool _lockY = false;
     bool _breakTangents = false;
     bool _eventsBlocked = false;
+    const kxAnimGraphPoint* _pressedKey = nullptr;
+    int _rebuilds = 0;         // that are open
     kxAnimTimeItem* _timeItem; // owned through the scene
 
     std::vector<QPointer<kxAnimGraphCurve>> _curves;       // in the order in which they were made

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void keysThatStayHoldTheirFrames();
     void heldAxes();
     void handleDragIsOneStep();
+    void selectedKeysLieOverHandles();
     void rubberBand_data();
     void rubberBand();
     void pan_data();
@@ -242,6 +243,24 @@ void tst_kxAnimGraphView::handleDragIsOneStep()
         graph.stack()->undo();
         QCOMPARE(graph.key(0, 1), before);
     }
+}
+
+/// Where keys stand so close that handles lie on them.
+void tst_kxAnimGraphView::selectedKeysLieOverHandles()
+{
+    kxGraphFixture graph;
+    graph.show({{{4, 1}, {4.4f, 1.1f}, {4.8f, 1}, {5.1f, 1.1f}}});
+    graph.click(graph.at(graph.point(0, 2))); // its handles have been met
+    graph.scene()->selectAllPoints();
+    for (const unsigned int i : {1, 2, 0, 3})
+    {
+        const QPointF before = graph.place(0, i);
+        const QPoint from = graph.at(graph.point(0, i));
+        graph.drag(from, from + QPoint(30, 0));
+        QVERIFY(isNear(graph.place(0, i), before + QPointF(3, 0), 1e-3));
+        QCOMPARE(graph.key(0, i).outType, 1u);
+    }
+    QCOMPARE(graph.stack()->count(), 4);
 }
 
 void tst_kxAnimGraphView::rubberBand_data()
