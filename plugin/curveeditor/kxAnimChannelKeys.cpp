@@ -5,6 +5,7 @@
 #include <curveeditor/kxChannelCurvesUndoCommand.h>
 
 #include <kxAnimManager.h>
+#include <kxScenegraph.h>
 
 #include <cmath>
 #include <memory>
@@ -115,7 +116,8 @@ osg::AnimNodePtr kxAnimChannelKeys::requireCurveNode(const kxAnimManager::kxOSGC
     return node;
 }
 
-void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step)
+void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step,
+                                        QStringList& names)
 {
     std::vector<osg::AnimNodePtr> animations;
     attachment->getTopLevelAnimations(animations, true);
@@ -123,6 +125,7 @@ void kxAnimChannelKeys::switchBlocksOff(const osg::AnimAttachmentPtr& attachment
     {
         if (osg::AnimBlockPtr::dcast(animation->getCore()) == osg::NullFC || animation->getTravMask() == 0)
             continue;
+        names << QString::fromStdString(kxNodeUtils::getName(animation));
         step.noteSwitchedOff(animation, animation->getTravMask());
         animation->setTravMask(0);
         osg::markChanged(animation, osg::Node::TravMaskFieldMask);

@@ -5,6 +5,7 @@
 #include <osg/AnimCurve.h>
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -35,8 +36,9 @@ osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container
 osg::AnimNodePtr requireCurveNode(const kxAnimManager::kxOSGChannelData& channel,
                                   const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step);
 
-/// Switches the blocks directly below the attachment off, so that its channel curves move the object.
-void switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step);
+/// Switches the blocks directly below the attachment off, so that its channel curves move the object. Appends the names
+/// of those that were on.
+void switchBlocksOff(const osg::AnimAttachmentPtr& attachment, kxChannelCurvesUndoCommand& step, QStringList& names);
 
 /// Deletes, as one step of undo, the keys of these curves that change nothing. Null and repeated curves are skipped.
 void removeConstant(const std::vector<osg::AnimCurvePtr>& curves);

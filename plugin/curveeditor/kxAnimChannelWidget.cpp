@@ -2,10 +2,10 @@
 
 #include <curveeditor/NoEditDelegate.h>
 #include <curveeditor/ValidatorEditDelegate.h>
-#include <curveeditor/kxAnimChannelKeys.h>
+#include <curveeditor/kxAnimChannelKeying.h>
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimInfinityMenu.h>
-#include <curveeditor/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/kxInfinityModes.h>
 #include <frame/kxCallbacks.h>
 #include <trees/kxTreeHint.h>
 
@@ -50,7 +50,7 @@ kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(par
     setHeaderLabels({tr("Channel"), tr("Value")});
     setItemDelegateForColumn(kxAnimChannelRows::Channel, new NoEditDelegate(this));
     setItemDelegateForColumn(kxAnimChannelRows::Value, new ValidatorEditDelegate(this));
-    setUniformRowHeights(true);        // a new value then costs no layout
+    setUniformRowHeights(true); // a new value then costs no layout
     setUpMenu();
     connect(model(), &QAbstractItemModel::modelReset, this, [this] { _isOverLimit = false; });
 
@@ -322,11 +322,14 @@ void kxAnimChannelWidget::updateValues(bool force)
         return;
     const kxAnimManager& kernel = *kxAnimManager::the();
     const QSignalBlocker blocker(this);
+    std::vector<unsigned int> keyedCurves;
     for (kxAnimTreeWidgetItem* const shown : channelRows())
     {
+        const osg::AnimCurvePtr curve = shown->curve();
+        if (curve != osg::NullFC && !curve->isEmpty())
+            keyedCurves.push_back(curve->getId());
         if (valueEditor(shown) != nullptr)
             continue; // the user types
-        const osg::AnimCurvePtr curve = shown->curve();
         const kxAnimManager::kxOSGChannelData channel = shown->channelData();
         if (curve == osg::NullFC && channel.isEmpty())
             continue;
@@ -336,6 +339,9 @@ void kxAnimChannelWidget::updateValues(bool force)
         if (shown->text(kxAnimChannelRows::Value) != text)
             shown->setText(kxAnimChannelRows::Value, text);
     }
+    if (keyedCurves != _keyedCurves)
+        viewport()->update(); // names have the colour of a curve with keys, which no row tells of
+    _keyedCurves = std::move(keyedCurves);
 }
 
 void kxAnimChannelWidget::fitColumns()
@@ -369,9 +375,13 @@ void kxAnimChannelWidget::paintEvent(QPaintEvent* event)
     kxAnimTreeWidget::paintEvent(event);
     if (topLevelItemCount() > 0)
         return;
-    const bool isTooMany = _isOverLimit || kxScenegraph::getSelectedNodes().size() > ObjectLimit;
-    kxPaintTreeHint(*this,
-                    isTooMany ? tr("More than 20 objects are selected.") : tr("Select an object to see its channels."));
+    kxPaintTreeHint(*this, isOverLimit() ? tr("More than 20 objects are selected.")
+                                         : tr("Select an object to see its channels."));
+}
+
+bool kxAnimChannelWidget::isOverLimit() const
+{
+    return _isOverLimit || kxScenegraph::getSelectedNodes().size() > ObjectLimit;
 }
 
 void kxAnimChannelWidget::changedItem(QTreeWidgetItem*, int) {}
@@ -413,60 +423,29 @@ kxAnimChannelWidget::Rows kxAnimChannelWidget::rowsToKey(Keyed which) const
     return rows;
 }
 
-std::vector<osg::AnimAttachmentPtr> kxAnimChannelWidget::createChannelCurves(kxChannelCurvesUndoCommand& step)
-{
-    const QSignalBlocker blocker(this);
-    std::vector<osg::AnimAttachmentPtr> attachments;
-    for (kxAnimTreeWidgetItem* const listed : channelRows())
-    {
-        const kxAnimManager::kxOSGChannelData channel = listed->channelData();
-        if (channel.isEmpty() || kxAnimChannelRows::isObjectGone(*listed))
-            continue;
-        const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container, step);
-        if (attachment == osg::NullFC)
-            continue;
-        if (std::find(attachments.begin(), attachments.end(), attachment) == attachments.end())
-            attachments.push_back(attachment);
-        listed->setNode(kxAnimChannelKeys::requireCurveNode(channel, attachment, step), false, false);
-    }
-    return attachments;
-}
-
 void kxAnimChannelWidget::key(Keyed which)
 {
+    if (topLevelItemCount() == 0)
+        notice(isOverLimit() ? tr("Nothing was keyed: more than 20 objects are selected.")
+                             : tr("Nothing was keyed: no object is selected."));
     closeValueEditor();
-    auto step = std::make_unique<kxChannelCurvesUndoCommand>();
-    const std::vector<osg::AnimAttachmentPtr> attachments = createChannelCurves(*step);
-    std::vector<kxAnimChannelKeys::Value> values;
-    QStringList refused;
+    kxAnimChannelKeying keying;
+    {
+        const QSignalBlocker blocker(this);
+        keying.makeCurves(channelRows());
+    }
     for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
-    {
-        const osg::AnimCurvePtr curve = keyed->curve();
-        if (curve == osg::NullFC || kxAnimChannelRows::isGone(keyed->node()) || kxAnimChannelRows::isObjectGone(*keyed))
-            continue;
-        if (which == Keyed::All && kxAnimManager::the()->ignoreChannel(curve->getChannelName()))
-            continue;
-        kxAnimChannelKeys::Value value{curve->getId(), 0};
-        if (kxAnimChannelKeys::parse(keyed->text(kxAnimChannelRows::Value), value.value))
-            values.push_back(value);
-        else
-            refused << QStringLiteral("%1 '%2'").arg(keyed->text(kxAnimChannelRows::Channel),
-                                                     keyed->text(kxAnimChannelRows::Value));
-    }
-    if (!refused.isEmpty())
-        kxLog::warning(tr("Not keyed, since the value is no number: %1").arg(refused.join(QStringLiteral(", "))));
-    // What follows is heard by everyone, and anyone may build the rows anew.
-    for (const osg::AnimAttachmentPtr& attachment : attachments)
-        kxAnimChannelKeys::switchBlocksOff(attachment, *step);
-    if (!attachments.empty())
-        kxAnimationService::the().animationsChanged();
-    {
-        const kxScopedUndo scope(true);
-        if (!step->isEmpty())
-            kxUndoStack::get(0).add(step.release());
-        kxAnimChannelKeys::add(values);
-    }
+        keying.take(*keyed, which == Keyed::All);
+    keying.write();
+    for (const QString& text : keying.notices())
+        notice(text);
     Q_EMIT keyedChannels();
+}
+
+void kxAnimChannelWidget::notice(const QString& text)
+{
+    kxLog::warning(text);
+    Q_EMIT noticed(text);
 }
 
 void kxAnimChannelWidget::keySelected()
@@ -485,7 +464,7 @@ void kxAnimChannelWidget::keyAll()
     QItemSelection tops;
     if (topLevelItemCount() > 0)
         tops.select(indexFromItem(topLevelItem(0)), indexFromItem(topLevelItem(topLevelItemCount() - 1)));
-    selectionModel()->select(tops, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    selectionModel()->select(tops, QItemSelectionModel::Select | QItemSelectionModel::Rows);
 }
 
 QLineEdit* kxAnimChannelWidget::valueEditor(kxAnimTreeWidgetItem* edited) const
@@ -561,28 +540,14 @@ void kxAnimChannelWidget::removeConstCurves()
 
 void kxAnimChannelWidget::changedPreInfinityMode(QAction* action)
 {
-    const int mode = _preModes->modeOf(action);
-    if (mode == kxAnimInfinityMenu::NoMode)
-        return;
-    for (const osg::AnimCurvePtr& curve : chosenCurves())
-    {
-        curve->setPreInfinityMode(osg::UInt32(mode));
-        osg::markChanged(curve, osg::AnimCurveBase::PreInfinityModeFieldMask);
-    }
-    kxAnimManager::the()->reevaluateAnimations(false);
+    if (const int mode = _preModes->modeOf(action); mode != kxAnimInfinityMenu::NoMode)
+        kxInfinityModes::set(chosenCurves(), kxInfinityModes::Side::Pre, osg::UInt32(mode));
 }
 
 void kxAnimChannelWidget::changedPostInfinityMode(QAction* action)
 {
-    const int mode = _postModes->modeOf(action);
-    if (mode == kxAnimInfinityMenu::NoMode)
-        return;
-    for (const osg::AnimCurvePtr& curve : chosenCurves())
-    {
-        curve->setPostInfinityMode(osg::UInt32(mode));
-        osg::markChanged(curve, osg::AnimCurveBase::PostInfinityModeFieldMask);
-    }
-    kxAnimManager::the()->reevaluateAnimations(false);
+    if (const int mode = _postModes->modeOf(action); mode != kxAnimInfinityMenu::NoMode)
+        kxInfinityModes::set(chosenCurves(), kxInfinityModes::Side::Post, osg::UInt32(mode));
 }
 
 std::vector<osg::AnimCurvePtr> kxAnimChannelWidget::chosenCurves() const

@@ -11,7 +11,6 @@
 class QAction;
 class QLineEdit;
 class kxAnimInfinityMenu;
-class kxChannelCurvesUndoCommand;
 class kxMessage;
 
 /// The channels of what is selected: a top-level row for each object, material or animation, below it a row for each
@@ -43,6 +42,8 @@ Q_SIGNALS:
     /// After each keying, also one that added no key.
     void keyedChannels();
     void blocksCreated(QList<osg::AnimNodePtr> blockNodes);
+    /// What a command refused, or changed besides; the log has it too.
+    void noticed(QString text);
 
 public Q_SLOTS:
     /// Lists the nodes that are selected in the scene.
@@ -58,12 +59,12 @@ public Q_SLOTS:
     void rebuildFromFieldContainer(osg::FieldContainerPtr fc, bool saveStates = true);
     /// Nodes and materials in any mixture.
     void rebuildFromFieldContainers(std::vector<osg::FieldContainerPtr> fcs, bool saveStates = true);
-    // Each keying adds its keys in one step of undo. Before that it gives all listed channels a curve and switches the
-    // blocks of the listed objects off; this stays where the step is undone.
+    // Each keying is one step of undo: it gives all listed channels a curve, switches the blocks of the listed objects
+    // off and adds the keys. Undoing it takes all of that back.
     void keySelected();
     /// Keys all rows whose text is that of a selected one.
     void keyAllSelectedType();
-    /// Keys all rows but those that the kernel leaves out, and selects the objects.
+    /// Keys all rows but those that the kernel leaves out, and selects the objects beside what is selected.
     void keyAll();
     /// Makes a block of the curves of each listed object.
     void createBlocks();
@@ -114,8 +115,8 @@ private:
     Rows channelRows() const;
     Rows rowsToKey(Keyed which) const;
     void key(Keyed which);
-    /// The attachments of the listed objects, each once, made where there was none.
-    std::vector<osg::AnimAttachmentPtr> createChannelCurves(kxChannelCurvesUndoCommand& step);
+    void notice(const QString& text);
+    bool isOverLimit() const;
     /// The editor of the row's value, null while nobody types there.
     QLineEdit* valueEditor(kxAnimTreeWidgetItem* edited) const;
     /// Takes over what is being typed.
@@ -137,8 +138,9 @@ private:
     QAction* _motionBlur = nullptr;
     QAction* _keyAllSelectedType = nullptr;
     bool _isOverLimit = false;
-    int _namesWidth = 0;  // what the first column needs, in pixels
-    int _fittedWidth = 0; // what fitColumns() gave it
+    std::vector<unsigned int> _keyedCurves; // those whose colour the names had when the values were last updated
+    int _namesWidth = 0;                    // what the first column needs, in pixels
+    int _fittedWidth = 0;                   // what fitColumns() gave it
 
     static std::vector<kxAnimChannelWidget*> _instances; // the living ones; the last was built last
 };

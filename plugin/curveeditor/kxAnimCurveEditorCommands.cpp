@@ -7,6 +7,7 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimJointMove.h>
+#include <curveeditor/kxInfinityModes.h>
 #include <curveeditor/kxKeyArithmetic.h>
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
@@ -42,28 +43,13 @@ std::optional<osg::InfinityMode> infinityMode(const QString& text)
     return std::nullopt;
 }
 
-enum class Side
-{
-    Pre,
-    Post
-};
-
-void setInfinity(const osg::AnimCurvePtr& curve, Side side, osg::InfinityMode mode)
-{
-    if (side == Side::Pre)
-        curve->setPreInfinityMode(osg::UInt32(mode));
-    else
-        curve->setPostInfinityMode(osg::UInt32(mode));
-    osg::markChanged(curve, side == Side::Pre ? osg::AnimCurveBase::PreInfinityModeFieldMask
-                                              : osg::AnimCurveBase::PostInfinityModeFieldMask);
-}
-
 /// Of the curves directly under the selected blocks.
-void setInfinityOfSelectedBlocks(const kxAnimTreeWidget& library, Side side, const QAction* action)
+void setInfinityOfSelectedBlocks(const kxAnimTreeWidget& library, kxInfinityModes::Side side, const QAction* action)
 {
     const std::optional<osg::InfinityMode> mode = action != nullptr ? infinityMode(action->text()) : std::nullopt;
     if (!mode)
         return;
+    std::vector<osg::AnimCurvePtr> curves;
     for (const QTreeWidgetItem* const item : library.selectedItems())
     {
         const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
@@ -72,9 +58,9 @@ void setInfinityOfSelectedBlocks(const kxAnimTreeWidget& library, Side side, con
             continue;
         for (unsigned int i = 0; i < block->getNChildren(); ++i)
             if (const auto curve = osg::AnimCurvePtr::dcast(block->getChild(i)->getCore()); curve != osg::NullFC)
-                setInfinity(curve, side, *mode);
+                curves.push_back(curve);
     }
-    kxAnimManager::the()->reevaluateAnimations(false);
+    kxInfinityModes::set(curves, side, osg::UInt32(*mode));
 }
 
 bool isAnimationRow(const kxAnimTreeWidgetItem* row)
@@ -183,12 +169,12 @@ void kxAnimCurveEditor::paste()
 
 void kxAnimCurveEditor::changedPreInfinityMode(QAction* action)
 {
-    setInfinityOfSelectedBlocks(*_library, Side::Pre, action);
+    setInfinityOfSelectedBlocks(*_library, kxInfinityModes::Side::Pre, action);
 }
 
 void kxAnimCurveEditor::changedPostInfinityMode(QAction* action)
 {
-    setInfinityOfSelectedBlocks(*_library, Side::Post, action);
+    setInfinityOfSelectedBlocks(*_library, kxInfinityModes::Side::Post, action);
 }
 
 void kxAnimCurveEditor::explainCreateBlock()
