@@ -11,6 +11,7 @@
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimStructureWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
+#include <trees/kxSearchLine.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxAnimManager.h>
@@ -21,7 +22,6 @@
 
 #include <QEvent>
 #include <QLabel>
-#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSplitter>
@@ -167,7 +167,7 @@ void kxAnimCurveEditor::makeLibrary()
     _depthSlider->setAccessibleName(tr("Depth of the library"));
     connect(_depthSlider, SIGNAL(valueChanged(int)), _library, SLOT(expandToDepth(int)));
 
-    _searchLine = new QLineEdit;
+    _searchLine = new kxSearchLine;
     _searchLine->setObjectName(QStringLiteral("SearchLine"));
     _searchLine->setAccessibleName(tr("Search animations"));
     _searchLine->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
