@@ -140,6 +140,7 @@ void kxAnimCurveEditor::makeGraph()
     connect(_graphView, SIGNAL(sceneChanged()), this, SLOT(updateFrameAndValue()));
     connect(_graphView, SIGNAL(controlPointsDeleted()), this, SLOT(updateChannelView()));
     connect(_graphView, SIGNAL(controlPointsDeleted()), this, SLOT(updateFrameAndValue()));
+    connect(_graphView->scene(), SIGNAL(noticed(QString)), this, SLOT(notice(QString)));
     if (auto* const plates = kxKernelServiceFactory::the().getService<kxSceneplateService>())
         connect(plates, SIGNAL(nodesSelected(QList<kxdNode>)), this, SLOT(setSelectedKxdNodes(QList<kxdNode>)));
     if (auto* const materials = kxKernelServiceFactory::the().getService<kxMaterialService>())
@@ -223,6 +224,7 @@ void kxAnimCurveEditor::makeChannels()
     connect(_channels, SIGNAL(keyedChannels()), _library, SLOT(rebuild()));
     connect(_channels, SIGNAL(blocksCreated(QList<osg::AnimNodePtr>)), this,
             SLOT(rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr>)));
+    connect(_channels, SIGNAL(noticed(QString)), this, SLOT(notice(QString)));
     _channels->setMinimumWidth(ChannelLetters * _channels->fontMetrics().averageCharWidth());
     fill(_window->_attributeFrame, _channels);
 }
@@ -303,7 +305,7 @@ void kxAnimCurveEditor::clear()
     _structure->clear();
     _channels->clear();
     _graphView->setAnimations({});
-    sendSelectedAnimations({}); // no marks on the timeline either
+    _graphView->announceNodes(); // no marks on the timeline either
     _hasFramed = false;
 }
 
@@ -331,7 +333,7 @@ void kxAnimCurveEditor::updateChannelView()
 {
     _channels->setFocus(Qt::OtherFocusReason);
     _graphView->setFocus(Qt::OtherFocusReason);
-    sendSelectedAnimations(_graphView->nodes());
+    _graphView->announceNodes();
 }
 
 void kxAnimCurveEditor::rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr> blockNodes)
@@ -411,10 +413,10 @@ void kxAnimCurveEditor::showNodes(const std::vector<osg::NodePtr>& nodes)
     noteCount(nodes.size());
 }
 
-void kxAnimCurveEditor::noteCount(std::size_t selected)
+void kxAnimCurveEditor::noteCount(std::size_t objects)
 {
     // Objects that aren't animated have no row in the library that would count.
-    _tooMany = _tooMany || selected > kxAnimChannelWidget::ObjectLimit;
+    _tooManyObjects = _tooManyObjects || objects > kxAnimChannelWidget::ObjectLimit;
     updateStatus();
 }
 
@@ -446,9 +448,11 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
     for (QTreeWidgetItem* const item : tree->selectedItems())
         if (const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
             selected.add(*row);
-    _tooMany = selected.containers.size() > kxAnimChannelWidget::ObjectLimit;
-    _onlyBlocks = !_tooMany && selected.curveNodes.empty() && selected.hasBlocks();
-    if (_tooMany)
+    const bool isTooMany = selected.containers.size() > kxAnimChannelWidget::ObjectLimit;
+    _tooManyObjects = selected.objectCount() > kxAnimChannelWidget::ObjectLimit;
+    _tooManyRows = isTooMany && !_tooManyObjects;
+    _onlyBlocks = !isTooMany && selected.curveNodes.empty() && selected.hasBlocks();
+    if (isTooMany)
     {
         if (rebuildChannels)
             _channels->showTooManySelected();
@@ -463,7 +467,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         frameFirstCurves();
     }
     updateStatus();
-    sendSelectedAnimations(selected.curveNodes);
+    _graphView->announceNodes();
 }
 
 void kxAnimCurveEditor::frameFirstCurves()

@@ -77,8 +77,10 @@ private Q_SLOTS:
     void modifiedCurveValues(RelativeOperator op, double value);
     void updateCurveMenu();
     void updateEditMenu();
-    /// Says in the status bar what can't be seen otherwise: too many objects, locked keys, broken tangents, snapping.
+    /// Says in the status bar what can't be seen otherwise: too much selected, locked keys, broken tangents, snapping.
     void updateStatus();
+    /// Says in the status bar, for a while, what a command refused or changed besides.
+    void notice(QString text);
 
 private:
     enum class Axis
@@ -103,7 +105,7 @@ private:
     /// selected objects too.
     void showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels);
     void showNodes(const std::vector<osg::NodePtr>& nodes);
-    void noteCount(std::size_t selected);
+    void noteCount(std::size_t objects);
     void showMaterials(const std::vector<osg::MaterialPtr>& materials);
     void handle(const kxMessage& message);
     void rebuildTrees();
@@ -122,8 +124,6 @@ private:
     /// result would not be a number that a key can hold; nothing is moved then.
     bool modifyKeys(Axis axis, RelativeOperator op, double value);
 
-    /// The timeline marks the keys of these.
-    static void sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes);
     static void changeFrame(kxMessage& message);
     static void startAnimation(kxMessage& message);
     static void showCurves(kxMessage& message);
@@ -146,7 +146,8 @@ private:
     QAction* _saveAction = nullptr;
     QLabel* _status = nullptr; // in the status bar
     bool _hasFramed = false;
-    bool _tooMany = false;         // objects selected
+    bool _tooManyObjects = false;  // selected
+    bool _tooManyRows = false;     // selected, of fewer objects
     bool _onlyBlocks = false;      // objects selected whose curves all stand in blocks
     bool _missedSelection = false; // of objects in the scene, while the window was hidden
     kxCallbacks _callbacks;

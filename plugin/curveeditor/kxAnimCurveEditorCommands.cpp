@@ -135,10 +135,8 @@ void kxAnimCurveEditor::copySelectedControlPoints()
 
 void kxAnimCurveEditor::pasteControlPoints()
 {
-    if (scene() == nullptr)
-        return;
-    scene()->pasteKeys();
-    _graphView->updatePointScale();
+    if (_graphView != nullptr)
+        _graphView->paste();
 }
 
 void kxAnimCurveEditor::copy()
@@ -180,8 +178,7 @@ void kxAnimCurveEditor::changedPostInfinityMode(QAction* action)
 void kxAnimCurveEditor::explainCreateBlock()
 {
     if (_library->selectedItems().isEmpty())
-        _window->statusbar->showMessage(tr("No block was made: select an object in the library first."),
-                                        NoticeMilliseconds);
+        notice(tr("No block was made: select an object in the library first."));
 }
 
 void kxAnimCurveEditor::updateFrameAndValue()
@@ -225,9 +222,9 @@ void kxAnimCurveEditor::modifiedFrameValues(RelativeOperator op, double value)
     if (scene() == nullptr)
         return;
     if (!modifyKeys(Axis::Frame, op, value))
-        _window->statusbar->showMessage(tr("No key was moved: the result is no frame that a key can stand on."),
-                                        NoticeMilliseconds);
+        notice(tr("No key was moved: the result is no frame that a key can stand on."));
     updateFrameAndValue();
+    _graphView->announceNodes();
     kxMessage message;
     kxController::call(kxMessageName::UpdateClipScene, message, 0);
 }
@@ -237,8 +234,7 @@ void kxAnimCurveEditor::modifiedCurveValues(RelativeOperator op, double value)
     if (scene() == nullptr)
         return;
     if (!modifyKeys(Axis::Value, op, value))
-        _window->statusbar->showMessage(tr("No key was changed: the result is no value that a key can hold."),
-                                        NoticeMilliseconds);
+        notice(tr("No key was changed: the result is no value that a key can hold."));
     updateFrameAndValue();
 }
 
@@ -262,11 +258,18 @@ void kxAnimCurveEditor::updateEditMenu()
     _saveAction->setEnabled(row != nullptr && !row->isGroup());
 }
 
+void kxAnimCurveEditor::notice(QString text)
+{
+    _window->statusbar->showMessage(text, NoticeMilliseconds);
+}
+
 void kxAnimCurveEditor::updateStatus()
 {
     QStringList texts;
-    if (_tooMany)
+    if (_tooManyObjects)
         texts << tr("More than %1 objects are selected: none is shown").arg(kxAnimChannelWidget::ObjectLimit);
+    if (_tooManyRows)
+        texts << tr("More than %1 rows are selected: no curve is shown").arg(kxAnimChannelWidget::ObjectLimit);
     if (_onlyBlocks)
         texts << tr("All curves are in blocks: select a block to see its curves");
     if (scene() != nullptr)

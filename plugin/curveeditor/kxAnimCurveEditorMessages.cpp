@@ -7,6 +7,8 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
+#include <curveeditor/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryWidget.h>
@@ -28,7 +30,8 @@ bool skipNextMaterialSelection = false;
 bool isKeyCommand(int id)
 {
     static const int Ids[] = {kxAnimCurveUndoCommand::commandId(), kxAnimTangentUndoCommand::commandId(),
-                              kxAddAnimKeyUndoCommand::commandId(), kxTrashAnimationUndoCommand::commandId()};
+                              kxAddAnimKeyUndoCommand::commandId(), kxTrashAnimationUndoCommand::commandId(),
+                              kxChannelCurvesUndoCommand::commandId()};
     return std::find(std::begin(Ids), std::end(Ids), id) != std::end(Ids);
 }
 } // namespace
@@ -102,13 +105,6 @@ void kxAnimCurveEditor::handle(const kxMessage& message)
     }
 }
 
-void kxAnimCurveEditor::sendSelectedAnimations(const std::vector<osg::AnimNodePtr>& nodes)
-{
-    kxMessage message;
-    message.set("nodes", nodes, true);
-    kxController::call(kxMessageName::SelectedAnimations, message, 0);
-}
-
 void kxAnimCurveEditor::changeFrame(kxMessage& message)
 {
     kxAnimGraphScene* const scene = _the != nullptr ? _the->scene() : nullptr;
@@ -162,12 +158,15 @@ void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
         _the->updateStatus(); // keys that were pasted aren't locked
         return;
     }
+    const kxGraphKeySelection selected(*_the->scene());
     const std::vector<osg::NodePtr> withoutRow = _the->listedWithoutRow();
     _the->_library->rebuild(true);
     kxAnimManager::the()->updateSceneAnimCurveData();
     _the->_graphView->refresh();
     if (_the->_graphView->nodes().empty())
         _the->selectNewRows(withoutRow); // their curves may have come back
+    selected.restore(*_the->scene());
+    _the->_graphView->announceNodes();
     _the->_channels->updateValues();
     _the->updateStatus();
 }

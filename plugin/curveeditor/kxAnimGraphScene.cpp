@@ -357,6 +357,11 @@ void kxAnimGraphScene::pasteKeys()
         if (found != shown.end() && !copied.empty())
             new kxAddAnimKeyUndoCommand(found->second, keysAt(now, copied), group.get());
     }
+    if (group->childCount() == 0)
+        notice(_copiedKeys.empty() ? tr("No key was pasted: none has been copied.")
+                                   : tr("No key was pasted: keys go into the curves that they were copied from, and "
+                                        "none of those is shown."));
+
     const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(group.release());
     {
@@ -365,6 +370,12 @@ void kxAnimGraphScene::pasteKeys()
             item->rebuildFromCurve();
     }
     sendUpdateClipScene();
+}
+
+void kxAnimGraphScene::notice(const QString& text)
+{
+    kxLog::warning(text);
+    Q_EMIT noticed(text);
 }
 
 void kxAnimGraphScene::deleteSelectedPoints()

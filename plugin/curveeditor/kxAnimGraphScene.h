@@ -75,7 +75,7 @@ public:
     void moveSelectedPoints();
     void copySelectedPoints();
     /// The copied keys, with their spacing, from the current frame on, into the curves that they were copied from and
-    /// that are shown. The items of all curves are made anew.
+    /// that are shown; where there are none, that is noticed(). The items of all curves are made anew.
     void pasteKeys();
     /// Takes the selected keys out. The items of their curves are made anew.
     void deleteSelectedPoints();
@@ -93,6 +93,10 @@ public:
     const kxAnimGraphPoint* pressedKey() const { return _pressedKey; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    /// Why a command did nothing; the log has it too.
+    void noticed(QString text);
 
 public Q_SLOTS:
     /// Takes out everything but the time item.
@@ -120,6 +124,7 @@ private:
     /// The key nearest to `place` if that is selected; null where no key's square holds it.
     const kxAnimGraphPoint* selectedKeyAt(const QPointF& place) const;
     void makeHandlesAt(const QPointF& place);
+    void notice(const QString& text);
     static void timeLineChangedPlay(kxMessage& message);
 
     std::map<unsigned int, std::vector<osg::Vector<float, 4>>> _copiedKeys; // by curve id: seconds, value, both types

@@ -196,14 +196,22 @@ void kxAnimGraphView::pasteKeys(kxMessage&)
 {
     if (theView == nullptr)
         return;
-    theView->_scene->pasteKeys();
-    theView->updatePointScale();
+    theView->paste();
+}
+
+void kxAnimGraphView::paste()
+{
+    _scene->pasteKeys();
+    updatePointScale();
+    announceNodes();
 }
 
 void kxAnimGraphView::updateGraphView(kxMessage&)
 {
-    if (theView != nullptr)
-        theView->refresh();
+    if (theView == nullptr)
+        return;
+    theView->refresh();
+    theView->announceNodes();
 }
 
 void kxAnimGraphView::setTangentType(unsigned int type)
@@ -368,7 +376,12 @@ void kxAnimGraphView::mouseReleaseEvent(QMouseEvent* event)
         QGraphicsView::mouseReleaseEvent(event);
     }
     endGesture();
+    if (nodes().empty())
+        return;
     announceNodes();
+    if (_sceneChanged)
+        send(kxMessageName::UpdateClipScene);
+    _sceneChanged = false;
 }
 
 void kxAnimGraphView::endGesture()
@@ -381,18 +394,11 @@ void kxAnimGraphView::endGesture()
     viewport()->unsetCursor();
 }
 
-void kxAnimGraphView::announceNodes()
+void kxAnimGraphView::announceNodes() const
 {
-    const std::vector<osg::AnimNodePtr> shown = nodes();
-    if (shown.empty())
-        return;
     kxMessage message;
-    message.set("nodes", shown, true);
+    message.set("nodes", nodes(), true);
     kxController::call(kxMessageName::SelectedAnimations, message, 0);
-    if (!_sceneChanged)
-        return;
-    send(kxMessageName::UpdateClipScene);
-    _sceneChanged = false;
 }
 
 void kxAnimGraphView::mouseDoubleClickEvent(QMouseEvent* event)
@@ -495,8 +501,7 @@ void kxAnimGraphView::keyPressEvent(QKeyEvent* event)
         _scene->copySelectedPoints();
         break;
     case Command::Paste:
-        _scene->pasteKeys();
-        updatePointScale();
+        paste();
         break;
     case Command::SelectAll:
         _scene->selectAllPoints();

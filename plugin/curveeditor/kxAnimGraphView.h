@@ -44,6 +44,10 @@ public:
     void setTangentType(unsigned int type);
     /// Keeps keys and handles at their size on the screen; follows each change of the zoom and of the items.
     void updatePointScale();
+    /// Pastes the copied keys at the current frame and tells what is shown.
+    void paste();
+    /// Tells what is shown, also nothing: the timeline marks the keys of that.
+    void announceNodes() const;
 
 Q_SIGNALS:
     /// After an edit of a curve.
@@ -84,7 +88,6 @@ private:
     QRectF keysExtent() const;
     void holdAxes(bool onlyX, bool onlyY);
     void endGesture();
-    void announceNodes();
     void drawHint(QPainter* painter);
 
     void collectCurveData(std::vector<kxAnimManager::kxCurveData>& out) const;

@@ -20,6 +20,13 @@ void kxSelectedContainers::add(const kxAnimTreeWidgetItem& item)
         attachment->getTopLevelCurveNodes(curveNodes);
 }
 
+std::size_t kxSelectedContainers::objectCount() const
+{
+    return std::size_t(std::count_if(containers.begin(), containers.end(),
+                                     [](const osg::FieldContainerPtr& container)
+                                     { return osg::AnimNodePtr::dcast(container) == osg::NullFC; }));
+}
+
 bool kxSelectedContainers::hasBlocks() const
 {
     std::vector<osg::AnimNodePtr> animations;

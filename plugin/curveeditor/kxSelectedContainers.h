@@ -14,5 +14,7 @@ struct kxSelectedContainers
     std::vector<osg::AnimNodePtr> curveNodes;       // what the graph shows of them
 
     void add(const kxAnimTreeWidgetItem& item);
+    /// Of the containers those that aren't animations.
+    std::size_t objectCount() const;
     bool hasBlocks() const;
 };

@@ -1,8 +1,11 @@
 #include "kxCurveEditorFixture.h"
 
+#include <curveeditor/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/kxAnimCurveUndoCommand.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <timeline/kxAnimControlGUII.h>
 
+#include <QKXTimeLine.h>
 #include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
@@ -10,8 +13,10 @@
 #include <scene/UberMaterial.h>
 
 #include <QLineEdit>
-#include <QSignalSpy>
-#include <QtTest>
+#include <QScreen>
+#include <kxTable.h>
+
+#include <functional>
 
 namespace
 {
@@ -39,9 +44,15 @@ private Q_SLOTS:
     void materialsOfASelectionDoNotReplaceIt();
     void showsCurvesThatAreAskedFor();
     void keyingShowsUpEverywhere();
+    void namesTellWhatIsKeyed();
+    void curvesAloneComeAndGo();
+    void marksFollowTheKeys();
+    void keysStaySelected_data();
+    void keysStaySelected();
     void listedObjectsStay();
     void selectionReachesTheGraph();
     void searchOutlivesRebuilds();
+    void emptySearchLeavesUndoToTheScene();
     void unsharedCurvesAreTheOnesEdited();
 
 private:
@@ -201,6 +212,128 @@ void tst_kxAnimCurveEditor::keyingShowsUpEverywhere()
         QVERIFY(curve->point(0) == nullptr);
 }
 
+void tst_kxAnimCurveEditor::namesTellWhatIsKeyed()
+{
+    _editor->show();
+    _editor->select({kxAnimFixture::object("Ball")});
+    const auto seen = [this] // on the screen, where nobody asks for a repaint
+    {
+        QCoreApplication::processEvents();
+        const QWidget* const port = _editor->channels->viewport();
+        const QRect row = _editor->channels->visualItemRect(_editor->channels->topLevelItem(0)->child(2));
+        const QRect place(port->mapTo(&_editor->window, row.topLeft()), row.size());
+        return QGuiApplication::primaryScreen()->grabWindow(_editor->window.winId()).copy(place).toImage();
+    };
+    const QImage white = seen();
+    _editor->channels->keyAll();
+    QVERIFY(seen() != white);
+    kxUndoStack::get(0).stack()->undo();
+    QVERIFY(seen() == white);
+    kxUndoStack::get(0).stack()->redo();
+    QVERIFY(seen() != white);
+}
+
+void tst_kxAnimCurveEditor::curvesAloneComeAndGo()
+{
+    _editor->show();
+    _editor->select({kxAnimFixture::object("Ball")});
+    _editor->channels->keySelected(); // of no row: it makes the curves
+    QCOMPARE(_editor->library->topLevelItemCount(), 2);
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(_editor->library->topLevelItemCount(), 1);
+    kxUndoStack::get(0).stack()->redo();
+    QCOMPARE(_editor->library->topLevelItemCount(), 2);
+}
+
+void tst_kxAnimCurveEditor::marksFollowTheKeys()
+{
+    _editor->show();
+    kxAnimControlGUII timeline(&_editor->window);
+    const osg::NodePtr ball = _editor->animated("Ball", {{0.25f, 1}, {0.5f, 1}, {1, 1}, {1.5f, 5}});
+    _editor->select({ball});
+    _editor->channels->topLevelItem(0)->setSelected(true); // not in the library
+    kxAnimGraphScene* const graph = _editor->graph->scene();
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    const auto marks = [&timeline] { return timeline._timeLine->keyFrames().keys(); };
+    typedef QList<float> Frames;
+    QCOMPARE(marks(), (Frames{6, 12, 24, 36}));
+
+    graph->curves().front()->point(3)->setSelected(true);
+    Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 4);
+    QCOMPARE(marks(), (Frames{6, 12, 24, 40}));
+    graph->copySelectedPoints();
+    kxAnimManager::the()->setCurrentFrame(60, false, true);
+    const auto pasteByTimeline = []
+    {
+        kxMessage message;
+        kxController::call(kxMessageName::PasteKeys, message, 0);
+    };
+    const std::function<void()> ways[] = {
+        [this] { QTest::keyClick(_editor->graph, Qt::Key_V, Qt::ControlModifier); },
+        [this] { QMetaObject::invokeMethod(_editor->module.get(), "pasteControlPoints"); }, pasteByTimeline};
+    for (const auto& paste : ways)
+    {
+        paste();
+        QCOMPARE(marks(), (Frames{6, 12, 24, 40, 60}));
+        stack->undo();
+        QCOMPARE(marks(), (Frames{6, 12, 24, 40}));
+    }
+    QMetaObject::invokeMethod(_editor->channels, "removeConstCurves");
+    QCOMPARE(marks(), (Frames{6, 24, 40}));
+    stack->setIndex(0);
+    QCOMPARE(marks(), (Frames{6, 12, 24, 36}));
+    stack->redo();
+    QCOMPARE(marks(), (Frames{6, 12, 24, 40}));
+}
+
+void tst_kxAnimCurveEditor::keysStaySelected_data()
+{
+    // frames of the keys that are selected, and those that are still after the steps and after their undo
+    kxColumns<QString, QList<int>, QList<int>, QList<int>>("what", "selected", "done", "undone");
+    typedef QList<int> Frames;
+    kxRow("moved past others", "+30", Frames{10, 20}, Frames{40, 50}, Frames{10, 20});
+    kxRow("deleted", "delete", Frames{10}, Frames{}, Frames{});
+    kxRow("a key added before them", "key", Frames{20, 30}, Frames{20, 30}, Frames{20, 30});
+    kxRow("values changed", "*2", Frames{0, 30}, Frames{0, 30}, Frames{0, 30});
+}
+
+void tst_kxAnimCurveEditor::keysStaySelected()
+{
+    QFETCH(QString, what);
+    QFETCH(QList<int>, selected);
+    QFETCH(QList<int>, done);
+    QFETCH(QList<int>, undone);
+    _editor->show();
+    const osg::NodePtr ball =
+        _editor->animated("Ball", {{0, 1}, {10 / 24.0f, 2}, {20 / 24.0f, 3}, {30 / 24.0f, 4}, {1.5f, 5}});
+    _editor->select({ball});
+    const auto frames = [this]
+    {
+        QList<int> all;
+        QList<kxAnimGraphPoint*> points;
+        _editor->graph->scene()->selectedPoints(points);
+        for (const kxAnimGraphPoint* const point : points)
+            all << qRound(point->pos().x());
+        return all;
+    };
+    for (kxAnimGraphPoint* const point : _editor->curves().front()->points())
+        point->setSelected(selected.contains(qRound(point->pos().x())));
+    if (what == "+30")
+        Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 30);
+    else if (what == "*2")
+        Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 2);
+    else if (what == "delete")
+        _editor->graph->scene()->deleteSelectedPoints();
+    else
+        kxUndoStack::get(0).add(
+            new kxAddAnimKeyUndoCommand(_editor->curveOf(ball), osg::CCPnt({0.2f, 9}, {}, {}, 1, 1)));
+    kxUndoStack::get(0).stack()->undo();
+    QCOMPARE(frames(), undone);
+    kxUndoStack::get(0).stack()->redo();
+    QCOMPARE(frames(), done);
+    QCOMPARE(_editor->form->_frame->isEnabled(), !done.isEmpty());
+}
+
 void tst_kxAnimCurveEditor::listedObjectsStay()
 {
     kxCurveEditorFixture editor;
@@ -281,6 +414,26 @@ void tst_kxAnimCurveEditor::searchOutlivesRebuilds()
     QCOMPARE(shown(), QStringList({"Turn"}));
     line->clear();
     QCOMPARE(shown(), QStringList({"Ball", "Box", "Cup", "Door"}));
+}
+
+void tst_kxAnimCurveEditor::emptySearchLeavesUndoToTheScene()
+{
+    _editor->show();
+    auto* const line = _editor->form->findChild<QLineEdit*>("SearchLine");
+    const auto isKept = [line](int key, Qt::KeyboardModifiers modifiers)
+    {
+        QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
+        event.ignore();
+        QCoreApplication::sendEvent(line, &event);
+        return event.isAccepted();
+    };
+    QTest::keyClicks(line, "Ro");
+    QVERIFY(isKept(Qt::Key_Z, Qt::ControlModifier));
+    line->selectAll();
+    QTest::keyClick(line, Qt::Key_Backspace);
+    QVERIFY(!isKept(Qt::Key_Z, Qt::ControlModifier));
+    QVERIFY(!isKept(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier));
+    QVERIFY(isKept(Qt::Key_V, Qt::ControlModifier));
 }
 
 void tst_kxAnimCurveEditor::unsharedCurvesAreTheOnesEdited()

@@ -1,5 +1,7 @@
 #include "kxCurveEditorFixture.h"
 
+#include <kernel/kxLogModel.h>
+
 #include <QAction>
 #include <QLabel>
 #include <QMenu>
@@ -57,6 +59,7 @@ private Q_SLOTS:
     void refusedInputMovesNothing();
     void copyAndPasteGoByFocus();
     void stateThatCannotBeSeenIsSaid();
+    void whatACommandLeftOutIsSaid();
 
 private:
     std::unique_ptr<kxCurveEditorFixture> _editor;
@@ -146,6 +149,50 @@ void tst_kxAnimCurveEditorCommands::stateThatCannotBeSeenIsSaid()
     QVERIFY(!said("More than 20 objects"));
     choose(*_editor, "Curve", "Create Block");
     QVERIFY(_editor->form->statusbar->currentMessage().contains("select an object in the library"));
+    _editor->select({crowd[3], crowd[4]});
+    _editor->channels->keyAll();
+    _editor->channels->selectAll(); // two objects and what can be keyed of them
+    QVERIFY(said("More than 20 rows") && !said("objects"));
+}
+
+void tst_kxAnimCurveEditorCommands::whatACommandLeftOutIsSaid()
+{
+    _editor->show();
+    const auto said = [this](const QString& text)
+    {
+        const auto& log = kxLogModel::the().entries();
+        return _editor->form->statusbar->currentMessage().contains(text) && !log.empty() &&
+               log.back().text == _editor->form->statusbar->currentMessage();
+    };
+    const osg::NodePtr walker = _editor->animated("Walker", {{0, 1}, {1, 5}}, "Walk");
+    const osg::NodePtr box = _editor->animated("Box");
+    choose(*_editor, "Curve", "Key All Channels");
+    QVERIFY(said("no object is selected"));
+    _editor->select({walker});
+    choose(*_editor, "Curve", "Key All Channels");
+    QVERIFY(said("Switched off") && said("Walk"));
+    kxLogModel::the().clear();
+    choose(*_editor, "Curve", "Key All Channels");
+    QVERIFY(kxLogModel::the().entries().empty()); // it is off already
+
+    _editor->graph->setFocus();
+    choose(*_editor, "Edit", "Paste");
+    QVERIFY(said("none has been copied"));
+    _editor->graph->scene()->selectAllPoints();
+    choose(*_editor, "Edit", "Copy");
+    _editor->select({box});
+    choose(*_editor, "Edit", "Paste");
+    QVERIFY(said("none of those is shown"));
+    QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}}));
+
+    std::vector<osg::NodePtr> crowd;
+    for (std::size_t i = 0; i <= kxAnimChannelWidget::ObjectLimit; ++i)
+        crowd.push_back(kxAnimFixture::object("Still"));
+    _editor->select(crowd);
+    const int before = steps();
+    choose(*_editor, "Curve", "Key All Channels");
+    QVERIFY(said("more than 20 objects"));
+    QCOMPARE(steps(), before);
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditorCommands)

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QPointF>
+
+#include <map>
+#include <vector>
+
+class kxAnimGraphScene;
+
+/// Which keys of the graph are selected, kept over the time in which its items are made anew from changed curves.
+///
+/// A key is known again by its place. Those that changed theirs, as by an undone move, are known by their order among
+/// each other, or by their time where some of them came or went.
+class kxGraphKeySelection
+{
+public:
+    /// Takes what is selected; the items may still show what the kernel's curves no longer are.
+    explicit kxGraphKeySelection(const kxAnimGraphScene& scene);
+
+    /// Selects those keys that are there once more, beside what is selected.
+    void restore(kxAnimGraphScene& scene) const;
+
+    struct Key
+    {
+        QPointF place; // frame and value
+        bool isSelected = false;
+    };
+    typedef std::vector<Key> Keys;
+
+private:
+    std::map<unsigned int, Keys> _curves; // by id, all keys of each curve with a selected one
+};
