@@ -141,7 +141,7 @@ bool kxAnimAbstractClipItem::isReturning() const
 
 QVariant kxAnimAbstractClipItem::itemChange(GraphicsItemChange change, const QVariant& value)
 {
-    if (change == ItemSelectedHasChanged && value.toBool())
+    if (change == ItemSelectedChange && value.toBool()) // the scene tells of a selection before it has changed
         _selectionNumber = ++selections;
     return QGraphicsRectItem::itemChange(change, value);
 }

@@ -16,7 +16,6 @@
 #include <wizard/kxAnimWizardGUII.h>
 
 #include <QKXDockWindowManager.h>
-#include <QKXSpiner.h>
 #include <kxAnimManager.h>
 #include <kxFramePlayer.h>
 #include <kxIconManager.h>
@@ -156,6 +155,12 @@ void kxAnimClipEditor::addWindow()
     connect(_window->_start, SIGNAL(valueChanged(double)), this, SLOT(changedStart(double)));
     connect(_window->_duration, SIGNAL(valueChanged(double)), this, SLOT(changedDuration(double)));
     connect(_window->_postCycles, SIGNAL(valueChanged(int)), this, SLOT(changedPostCycles(int)));
+    for (QKXDoubleSpiner* const field : {_window->_start, _window->_duration})
+        field->setRelativeOperatorHandlingMode(1);
+    connect(_window->_start, SIGNAL(relativeOperatorApplied(RelativeOperator, double)), this,
+            SLOT(modifiedStart(RelativeOperator, double)));
+    connect(_window->_duration, SIGNAL(relativeOperatorApplied(RelativeOperator, double)), this,
+            SLOT(modifiedDuration(RelativeOperator, double)));
 }
 
 void kxAnimClipEditor::makeTree()
@@ -400,6 +405,12 @@ void kxAnimClipEditor::updateStatus()
     if (scene()->snapToGridX())
         texts << tr("Snapping to whole frames");
     _status->setText(texts.join(QStringLiteral("  \u00b7  ")));
+}
+
+void kxAnimClipEditor::explain(const QString& refusal)
+{
+    constexpr int NoticeMilliseconds = 6000;
+    _window->statusbar->showMessage(refusal, NoticeMilliseconds);
 }
 
 void kxAnimClipEditor::trashCleared(kxMessage&)

@@ -2,6 +2,7 @@
 
 #include <frame/kxCallbacks.h>
 
+#include <QKXSpiner.h>
 #include <kxModuleBase.h>
 #include <osg/AnimNode.h>
 
@@ -55,6 +56,9 @@ private Q_SLOTS:
     void updateStartAndDuration(kxAnimAbstractClipItem* item);
     void changedStart(double value);
     void changedDuration(double value);
+    /// What was typed, or a step: an operator changes each selected bar by its own value.
+    void modifiedStart(RelativeOperator op, double value);
+    void modifiedDuration(RelativeOperator op, double value);
     void changedPostCycles(int value);
     void play(bool value);
     void playRev(bool value);
@@ -87,6 +91,8 @@ private:
     kxAnimClipScene* scene() const; // null without a view
     /// The clip that is shown, null for none.
     osg::AnimNodePtr shownClip() const;
+    /// Says for a while in the status bar what was refused.
+    void explain(const QString& refusal);
 
     void enableFields(bool hasRange, bool hasCycles);
     void fillFields(const osg::AnimNodePtr& node);

@@ -5,7 +5,6 @@
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
 
-#include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
 #include <kxAnimRecords.h>
@@ -114,21 +113,43 @@ void kxAnimClipEditor::fillFields(const osg::AnimNodePtr& node)
 
 void kxAnimClipEditor::changedStart(double value)
 {
+    modifiedStart(RelativeSet, value);
+}
+
+void kxAnimClipEditor::modifiedStart(RelativeOperator op, double value)
+{
     for (kxAnimAbstractClipItem* const bar : scene()->selectedBars())
-        bar->setPos(value, bar->pos().y());
+    {
+        double x = bar->x();
+        if (QKXDoubleSpiner::applyRelative(op, value, x))
+            bar->setPos(x, bar->y());
+        else
+            explain(tr("Not moved: the result is no frame that a bar can stand at."));
+    }
     scene()->updateAllTexts();
     updateStartAndDuration(); // what was refused isn't shown
 }
 
 void kxAnimClipEditor::changedDuration(double value)
 {
+    modifiedDuration(RelativeSet, value);
+}
+
+void kxAnimClipEditor::modifiedDuration(RelativeOperator op, double value)
+{
     for (kxAnimAbstractClipItem* const bar : scene()->selectedBars())
     {
         auto* const item = dynamic_cast<kxAnimClipItem*>(bar);
-        const float width = item != nullptr ? float(item->sceneBoundingRect().width()) : 0.0f;
-        const float factor = width > 0 ? float(value / double(width)) : 0.0f;
+        if (item == nullptr)
+            continue; // a trigger has none
+        const float width = float(item->sceneBoundingRect().width());
+        double length = double(width);
+        const bool isNumber = QKXDoubleSpiner::applyRelative(op, value, length);
+        const float factor = isNumber && width > 0 ? float(length / double(width)) : 0.0f;
         if (factor > 0 && std::isfinite(factor)) // a bar of no length would never get one again
             item->setTransform(QTransform().scale(double(factor), 1), true);
+        else
+            explain(tr("Not stretched: the result is no length that a bar can have."));
     }
     scene()->updateAllTexts();
     updateStartAndDuration(); // what was refused isn't shown

@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipItem.h>
+#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizClipGUI.h>
@@ -12,6 +13,7 @@
 #include <scene/CameraLight.h>
 
 #include <QAction>
+#include <QStatusBar>
 #include <QToolButton>
 #include <kxCapturedStderr.h>
 #include <kxTable.h>
@@ -29,6 +31,8 @@ private Q_SLOTS:
     void cleanup() { _maker.reset(); }
     void showsWhatIsSelected();
     void fieldsEditBarsAndClip();
+    void operatorsChangeEachBar_data();
+    void operatorsChangeEachBar();
     void playsTheClip();
     void wrapsAtTheEnds();
     void wrapsPastNoTrigger_data();
@@ -134,6 +138,50 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     select(child(_clip, 0));
     select(_clip);
     QVERIFY(_form->_duration->value() >= 0);
+}
+
+void tst_kxAnimClipEditor::operatorsChangeEachBar_data()
+{
+    // bars: start and length of the two that are selected, which begin as "48+24,120+48"
+    kxColumns<QString, QString, QString>("field", "typed", "bars");
+    kxRow("start plus", "_start", "+=24", "72+24,144+48");
+    kxRow("start divided", "_start", "/=2", "24+24,60+48");
+    kxRow("one start for all", "_start", "30", "30+24,30+48");
+    kxRow("divided by nothing", "_start", "/=0", "48+24,120+48");
+    kxRow("duration times", "_duration", "*=1.5", "48+36,120+72");
+    kxRow("duration minus", "_duration", "-=12", "48+12,120+36");
+    kxRow("no length for one of them", "_duration", "-=30", "48+24,120+18");
+    kxRow("one duration for all", "_duration", "=36", "48+36,120+36");
+}
+
+void tst_kxAnimClipEditor::operatorsChangeEachBar()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, typed);
+    QFETCH(QString, bars);
+    const osg::AnimNodePtr longer = kxAnimFixture::clone(child(_clip, 0), 5, 1);
+    longer->setScale(2);
+    _clip->addChild(longer);
+    tree()->rebuild(false);
+    select(_clip);
+    for (const int i : {1, 2})
+        shown()->bars()[i]->setSelected(true);
+    auto* const spinner = _form->findChild<QKXDoubleSpiner*>(field);
+    spinner->selectAll();
+    QTest::keyClicks(spinner, typed);
+    QTest::keyClick(spinner, Qt::Key_Return);
+    QStringList now;
+    for (const int i : {1, 2})
+    {
+        const kxClipGeometry::Span span = kxClipNodes::spanOf(child(_clip, unsigned(i)));
+        now << QString("%1+%2").arg(std::round(span.x * 100) / 100).arg(std::round(span.width * 100) / 100);
+    }
+    QCOMPARE(now.join(','), bars);
+    const QString last = now.back();
+    QCOMPARE(spinner->value(), last.split('+')[field == "_start" ? 0 : 1].toDouble());
+    QCOMPARE(child(_clip, 0)->getOffset()[0], 0.0f);
+    const bool isRefused = QByteArray(QTest::currentDataTag()).startsWith("no ");
+    QCOMPARE(!_form->statusbar->currentMessage().isEmpty(), isRefused);
 }
 
 void tst_kxAnimClipEditor::playsTheClip()
