@@ -178,7 +178,8 @@ void kxMainMenus::makeObjectActions()
 void kxMainMenus::addObjectKeys(QWidget* widget)
 {
     widget->addActions(_objectActions);
-    const kxViewActions* const view = _window->view()->actions3D();
+    kxViewActions* const view = _window->view()->actions3D();
+    view->addToolsTo(widget);
     widget->addActions({_selectAll, view->frameSelection(), view->frameAll()});
 }
 

@@ -26,8 +26,8 @@ public:
     QMenu* objectMenu() const { return _objectMenu; }
     /// Entries for the docks and tool bars that are there.
     void fillViewMenu();
-    /// Makes the keys of the object's entries, of "Select All" and of the frame commands work in `widget` and below it,
-    /// and only there.
+    /// Makes the keys of the object's entries, of "Select All", of the view's tools and of the frame commands work in
+    /// `widget` and below it, and only there.
     void addObjectKeys(QWidget* widget);
 
 private:

@@ -36,6 +36,7 @@ kxViewActions::kxViewActions(kxView3D* view)
     connect(qApp, &QApplication::focusChanged, this,
             [this](QWidget*, QWidget* focused)
             {
+                // A user who has just set the frame goes on to pose the object; a ruler has no use for letters.
                 if (qobject_cast<QKXTimeLine*>(focused) != nullptr ||
                     qobject_cast<QKXTimeLineRange*>(focused) != nullptr)
                     addToolsTo(focused);
@@ -72,12 +73,11 @@ QAction* kxViewActions::addTool(const QString& text, const QString& icon, int ke
     return action;
 }
 
-void kxViewActions::addToolsTo(QWidget* ruler)
+void kxViewActions::addToolsTo(QWidget* widget)
 {
-    // A user who has just set the frame goes on to pose the object; a ruler has no use for letters.
     for (QAction* const tool : _tools->actions())
-        if (!ruler->actions().contains(tool))
-            ruler->addAction(tool);
+        if (!widget->actions().contains(tool))
+            widget->addAction(tool);
 }
 
 void kxViewActions::addDisplay()

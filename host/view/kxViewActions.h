@@ -29,6 +29,8 @@ public:
     /// For menus and for other widgets that show what the view shows.
     QAction* frameAll() const { return _frameAll; }
     QAction* frameSelection() const { return _frameSelection; }
+    /// Makes the keys of the tools work in `widget` too.
+    void addToolsTo(QWidget* widget);
     void showTool(kxGizmo::Tool tool);
 
 private:
@@ -36,7 +38,6 @@ private:
     QAction* addTool(const QString& text, const QString& icon, int key, kxGizmo::Tool tool);
     void addDisplay();
     void fillCameraMenu();
-    void addToolsTo(QWidget* ruler);
 
     kxView3D* _view;
     QActionGroup* _tools;

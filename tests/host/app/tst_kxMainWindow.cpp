@@ -1,0 +1,87 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxHostSettings.h>
+#include <app/kxMainWindow.h>
+#include <kernel/kxLogModel.h>
+#include <kernel/kxSelection.h>
+#include <kxLog.h>
+#include <panels/kxSceneTreePanel.h>
+#include <python/kxPythonConsole.h>
+#include <scene/kxScene.h>
+#include <view/kxView3D.h>
+
+#include <QLineEdit>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStatusBar>
+#include <QTreeView>
+#include <QtTest>
+
+class tst_kxMainWindow : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup() { _window.reset(); }
+    void keysOfTheToolsInTheSceneTree_data();
+    void keysOfTheToolsInTheSceneTree();
+
+private:
+    /// With two tools that want more room than a small screen has.
+    void open();
+    QKXDockWidget* dock(const char* name) const { return _window->dockManager()->getDockWidget(name); }
+    QScopedPointer<kxMainWindow> _window;
+};
+
+void tst_kxMainWindow::init()
+{
+    kxHostSettings().clear();
+    kxSceneFixture::clear();
+    open();
+}
+
+void tst_kxMainWindow::open()
+{
+    _window.reset(new kxMainWindow);
+    for (const char* const name : {"Curves", "Clips"})
+    {
+        auto* const tool = new QWidget;
+        tool->setMinimumSize(647, 270);
+        _window->dockManager()->add(name, "Animation", tool, QString(), QIcon(), name, 0, true, nullptr);
+    }
+    _window->finishLayout();
+    _window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
+}
+
+void tst_kxMainWindow::keysOfTheToolsInTheSceneTree_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("tool");
+    QTest::newRow("move") << int(Qt::Key_W) << int(kxGizmo::MoveTool);
+    QTest::newRow("rotate") << int(Qt::Key_E) << int(kxGizmo::RotateTool);
+    QTest::newRow("scale") << int(Qt::Key_R) << int(kxGizmo::ScaleTool);
+    QTest::newRow("select") << int(Qt::Key_Q) << int(kxGizmo::SelectTool);
+}
+
+void tst_kxMainWindow::keysOfTheToolsInTheSceneTree()
+{
+    QFETCH(int, key);
+    QFETCH(int, tool);
+    kxSelection::the().selectNodes({kxSceneFixture::addObject("Wheel")});
+    _window->view()->setTool(tool == kxGizmo::MoveTool ? kxGizmo::ScaleTool : kxGizmo::MoveTool);
+    _window->activateWindow();
+    auto* const search = _window->sceneTree()->findChild<QLineEdit*>();
+    search->setFocus();
+    QTest::keyClick(search, Qt::Key(key));
+    QCOMPARE(search->text().toUpper(), QString(QChar(key))); // a letter in a field
+    search->clear();
+    auto* const tree = _window->sceneTree()->findChild<QTreeView*>();
+    tree->setFocus();
+    QTest::keyClick(tree, Qt::Key(key));
+    QCOMPARE(int(_window->view()->tool()), tool);
+}
+
+QTEST_MAIN(tst_kxMainWindow)
+#include "tst_kxMainWindow.moc"
