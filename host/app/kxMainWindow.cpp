@@ -3,6 +3,7 @@
 #include "kxFileDialogs.h"
 #include "kxGuideWindow.h"
 #include "kxHostSettings.h"
+#include "kxLogNotice.h"
 #include "kxMainMenus.h"
 #include "kxRenderDialog.h"
 #include "kxRenderJob.h"
@@ -160,7 +161,9 @@ void kxMainWindow::createDocks()
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Properties")),
                      _docks->getDockWidget(QStringLiteral("Scenery")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
-    _docks->getDockWidget(QStringLiteral("Log"))->raise();
+    QDockWidget* const log = _docks->getDockWidget(QStringLiteral("Log"));
+    log->raise();
+    new kxLogNotice(log, statusBar());
 }
 
 void kxMainWindow::arrange()

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void cleanup() { _window.reset(); }
     void keysOfTheToolsInTheSceneTree_data();
     void keysOfTheToolsInTheSceneTree();
+    void warningsAreSeen();
 
 private:
     /// With two tools that want more room than a small screen has.
@@ -81,6 +82,29 @@ void tst_kxMainWindow::keysOfTheToolsInTheSceneTree()
     tree->setFocus();
     QTest::keyClick(tree, Qt::Key(key));
     QCOMPARE(int(_window->view()->tool()), tool);
+}
+
+void tst_kxMainWindow::warningsAreSeen()
+{
+    const QString title = dock("Log")->windowTitle();
+    kxLog::warning("In front of the user");
+    QCOMPARE(_window->statusBar()->currentMessage(), QString("In front of the user"));
+    QCOMPARE(dock("Log")->windowTitle(), title);
+    _window->dockManager()->show("Console");
+    QCoreApplication::processEvents();
+    kxLog::info(QString("Nothing to worry about"));
+    QCOMPARE(dock("Log")->windowTitle(), title);
+    kxLog::warning("There are no viewpoints.");
+    kxLog::error("Two\nlines");
+    QCOMPARE(_window->statusBar()->currentMessage(), QString("Two lines"));
+    QCOMPARE(dock("Log")->windowTitle(), title + " (2)");
+    _window->dockManager()->show("Log");
+    QTRY_COMPARE(dock("Log")->windowTitle(), title);
+    dock("Log")->close();
+    kxLog::error("Seen by nobody");
+    QCOMPARE(dock("Log")->windowTitle(), title + " (1)");
+    kxLogModel::the().clear();
+    QCOMPARE(dock("Log")->windowTitle(), title);
 }
 
 QTEST_MAIN(tst_kxMainWindow)
