@@ -60,7 +60,6 @@ constexpr int BottomHeight[] = {180, 250};
 // For a tool that works in a dock: what it wants, within parts of the window's height.
 constexpr int ToolHeight = 420;
 constexpr int ToolHeightPercent[] = {40, 52};
-constexpr int SmallestBottom = 80;
 
 QStringList localFiles(const QMimeData* data)
 {
@@ -69,6 +68,13 @@ QStringList localFiles(const QMimeData* data)
         if (url.isLocalFile())
             files.append(url.toLocalFile());
     return files;
+}
+
+/// Of the window within its frame.
+QSize largestSize()
+{
+    const QSize room = QGuiApplication::primaryScreen()->availableSize();
+    return {room.width() * 96 / 100, room.height() * 94 / 100};
 }
 } // namespace
 
@@ -157,7 +163,6 @@ void kxMainWindow::createDocks()
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
     _sceneTree->setMinimumWidth(SmallestLeft);
-    _console->setMinimumHeight(SmallestBottom); // in tabs, the largest of all wishes would hold
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Properties")),
                      _docks->getDockWidget(QStringLiteral("Scenery")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
@@ -197,21 +202,40 @@ void kxMainWindow::addTools()
         connect(dock, &QDockWidget::visibilityChanged, this,
                 [this, dock](bool isVisible)
                 {
-                    const int least = std::clamp(ToolHeight, height() * ToolHeightPercent[0] / 100,
-                                                 height() * ToolHeightPercent[1] / 100);
-                    if (isVisible && !dock->isFloating() && dock->height() < least)
-                        resizeDocks({dock}, {least}, Qt::Vertical);
+                    if (isVisible && !dock->isFloating())
+                        giveRoom(dock);
                 });
     }
+}
+
+void kxMainWindow::giveRoom(QKXDockWidget* tool)
+{
+    const int least =
+        std::clamp(ToolHeight, height() * ToolHeightPercent[0] / 100, height() * ToolHeightPercent[1] / 100);
+    if (tool->height() < least)
+        resizeDocks({tool}, {least}, Qt::Vertical);
+    // The windows at the sides give way, as far as they can.
+    const int missing = tool->content()->minimumSizeHint().width() - tool->width();
+    if (missing <= 0)
+        return;
+    QList<QDockWidget*> sides;
+    QList<int> widths;
+    for (const char* const name : {"Scene", "Properties"})
+    {
+        QDockWidget* const side = _docks->getDockWidget(QString::fromLatin1(name));
+        if (!side->isVisible() || side->isFloating())
+            continue;
+        sides.append(side);
+        widths.append(std::max(1, side->width() - (missing + 1) / 2));
+    }
+    resizeDocks(sides, widths, Qt::Horizontal);
 }
 
 void kxMainWindow::finishLayout()
 {
     _menus->fillViewMenu();
     addTools();
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    const QSize room = screen == nullptr ? FirstSize : screen->availableSize();
-    resize(FirstSize.boundedTo(QSize(room.width() * 96 / 100, room.height() * 94 / 100)));
+    resize(largestSize().boundedTo(FirstSize));
     arrange();
     _initialState = saveState(LayoutVersion);
     if (!_unattended)
@@ -222,6 +246,13 @@ void kxMainWindow::restoreLayout()
 {
     kxHostSettings settings;
     restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray());
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (!isMaximized() && !isFullScreen() && !screen->availableVirtualGeometry().contains(geometry()))
+    {
+        // It was remembered on a larger screen, or on one that is gone.
+        resize(size().boundedTo(largestSize()));
+        move(screen->availableGeometry().center() - rect().center());
+    }
     restoreState(settings.value(QStringLiteral("layout")).toByteArray(), LayoutVersion);
 }
 

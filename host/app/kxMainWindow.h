@@ -78,6 +78,8 @@ private:
     void createToolBar();
     /// Buttons for the windows of the animation tools, which get room when they appear.
     void addTools();
+    /// Enough to work in, for a tool that has come up.
+    void giveRoom(QKXDockWidget* tool);
     void arrange();
     void restoreLayout();
     void saveLayout();

@@ -1,4 +1,5 @@
 #include <QKXDockWindowManager.h>
+#include <widgets/kxDockContent.h>
 #include <widgets/kxDockTitleBar.h>
 
 #include <QAction>
@@ -22,6 +23,22 @@ bool isOneArea(int area)
            area == Qt::BottomDockWidgetArea;
 }
 
+/// What stands below the view is wide, and asks for more than a small screen has beside the other windows.
+bool isWide(int area)
+{
+    return !isOneArea(area) || area == Qt::BottomDockWidgetArea;
+}
+
+/// The field that had it last goes on.
+void giveFocus(QKXDockWidget* dock)
+{
+    QWidget* const content = dock->content();
+    if (content == nullptr || !dock->isVisible())
+        return;
+    QWidget* const last = content->focusWidget();
+    (last != nullptr ? last : content)->setFocus();
+}
+
 /// Lets what is dragged over a tab of dock windows open it, so that it can be dropped into a window behind another.
 class TabsOpenToDrags : public QObject
 {
@@ -41,6 +58,12 @@ public:
     }
 };
 } // namespace
+
+QWidget* QKXDockWidget::content() const
+{
+    const auto* const room = qobject_cast<kxDockContent*>(widget());
+    return room != nullptr ? room->widget() : widget();
+}
 
 void QKXDockWidget::setMinimized(bool minimized)
 {
@@ -104,7 +127,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
                                          bool hidden, QMenu* menu)
 {
     QKXDockWidget* const present = getDockWidget(name);
-    if (!_p->mainWindow || !widget || (present && present->widget()))
+    if (!_p->mainWindow || !widget || (present && present->content()))
         return nullptr;
     delete present;
     auto* dock = new QKXDockWidget(title, _p->mainWindow);
@@ -114,7 +137,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
     dock->setProperty("toolclip", toolclip);
     dock->setTitleBarWidget(new kxDockTitleBar(dock, icon, menu));
     dock->hide();
-    dock->setWidget(widget);
+    dock->setWidget(isWide(area) ? new kxDockContent(widget) : widget);
     widget->show(); // a former window counts as hidden by its owner; it appears together with the dock
     if (!_p->mainWindow->restoreDockWidget(dock))
     {
@@ -133,9 +156,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
         [dock]
         {
             dock->raise();
-            QWidget* const last = dock->widget() != nullptr ? dock->widget()->focusWidget() : nullptr;
-            if (QWidget* const target = last != nullptr ? last : dock->widget(); target != nullptr && dock->isVisible())
-                target->setFocus();
+            giveFocus(dock);
         },
         Qt::QueuedConnection);
     _p->docks.append(dock);

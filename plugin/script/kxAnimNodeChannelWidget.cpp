@@ -97,9 +97,9 @@ void kxAnimNodeChannelWidget::show(const osg::NodePtr& node)
 {
     addDock();
     QKXDockWindowManager* const docks = kxController::getDockWindowManager();
-    const QDockWidget* const dock = docks == nullptr ? nullptr : docks->getDockWidget(DockName);
+    const QKXDockWidget* const dock = docks == nullptr ? nullptr : docks->getDockWidget(DockName);
     if (dock != nullptr)
-        static_cast<Holder*>(dock->widget())->fill();
+        static_cast<Holder*>(dock->content())->fill();
     if (theWidget == nullptr)
         return;
     theWidget->rebuildFromNode(node);

@@ -18,6 +18,8 @@ class KX_API QKXDockWidget : public QDockWidget
 public:
     using QDockWidget::QDockWidget;
 
+    /// The widget that was given to the manager; null once it has died.
+    QWidget* content() const;
     /// Shows the title bar alone while `minimized`.
     virtual void setMinimized(bool minimized);
 };

@@ -24,6 +24,8 @@ class tst_kxMainWindow : public QObject
 private Q_SLOTS:
     void init();
     void cleanup() { _window.reset(); }
+    void neverLargerThanTheScreen_data();
+    void neverLargerThanTheScreen();
     void keysOfTheToolsInTheSceneTree_data();
     void keysOfTheToolsInTheSceneTree();
     void warningsAreSeen();
@@ -54,6 +56,42 @@ void tst_kxMainWindow::open()
     _window->finishLayout();
     _window->show();
     QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
+}
+
+void tst_kxMainWindow::neverLargerThanTheScreen_data()
+{
+    QTest::addColumn<bool>("beside");
+    QTest::addColumn<bool>("restored");
+    QTest::newRow("tools in tabs") << false << false;
+    QTest::newRow("tools beside each other") << true << false;
+    QTest::newRow("a layout of a larger screen") << true << true;
+}
+
+void tst_kxMainWindow::neverLargerThanTheScreen()
+{
+    QFETCH(bool, beside);
+    QFETCH(bool, restored);
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize size = restored ? QSize(2600, 1700) : QSize(798, 470);
+    _window->resize(size);
+    _window->dockManager()->show("Curves");
+    _window->dockManager()->show("Clips");
+    if (beside)
+        _window->splitDockWidget(dock("Curves"), dock("Clips"), Qt::Horizontal);
+    QCoreApplication::processEvents();
+    QCOMPARE(_window->size(), size);
+    if (restored)
+    {
+        QVERIFY(_window->close());
+        open();
+        QVERIFY(screen.contains(_window->frameGeometry()));
+        return;
+    }
+    // All of it can be reached.
+    const auto* const tool = dock("Clips")->content();
+    const auto* const room = qobject_cast<QScrollArea*>(dock("Clips")->widget());
+    QTRY_COMPARE(room->horizontalScrollBar()->maximum(), tool->width() - room->viewport()->width());
+    QVERIFY(tool->width() >= 647 && tool->height() >= 270 && room->horizontalScrollBar()->isVisible());
 }
 
 void tst_kxMainWindow::keysOfTheToolsInTheSceneTree_data()
