@@ -76,6 +76,19 @@ QSize largestSize()
     const QSize room = QGuiApplication::primaryScreen()->availableSize();
     return {room.width() * 96 / 100, room.height() * 94 / 100};
 }
+
+/// Qt counts a window behind another tab, and what lies below the title of a minimized one, as visible.
+bool isInSight(const QWidget* widget)
+{
+    const QWidget* above = widget;
+    while (above != nullptr && qobject_cast<const QDockWidget*>(above) == nullptr)
+        above = above->parentWidget();
+    const auto* const dock = static_cast<const QDockWidget*>(above);
+    if (dock == nullptr)
+        return true;
+    const QWidget* const part = dock->widget()->isAncestorOf(widget) ? dock->widget() : dock;
+    return !part->visibleRegion().isEmpty();
+}
 } // namespace
 
 kxMainWindow::kxMainWindow(QWidget* parent)
@@ -301,6 +314,23 @@ void kxMainWindow::showNotice(const QString& text)
 {
     _notice->setText(text);
     _notice->setVisible(!text.isEmpty());
+}
+
+bool kxMainWindow::focusNextPrevChild(bool next)
+{
+    QWidget* const before = focusWidget() != nullptr ? focusWidget() : this;
+    const auto after = [next](const QWidget* widget)
+    { return next ? widget->nextInFocusChain() : widget->previousInFocusChain(); };
+    for (QWidget* widget = after(before); widget != before; widget = after(widget))
+    {
+        const bool takesTab = (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
+                              widget->isEnabled() && widget->isVisible() && widget->window() == this;
+        if (!takesTab || !isInSight(widget))
+            continue;
+        widget->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+    return false;
 }
 
 void kxMainWindow::closeEvent(QCloseEvent* event)

@@ -68,6 +68,8 @@ public:
     void showAbout();
 
 protected:
+    /// Leads to what is seen, and not behind another tab, where typing would go unnoticed.
+    bool focusNextPrevChild(bool next) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

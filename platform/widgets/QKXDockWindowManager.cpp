@@ -3,6 +3,7 @@
 #include <widgets/kxDockTitleBar.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QChildEvent>
 #include <QLayout>
 #include <QMainWindow>
@@ -157,6 +158,17 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
         {
             dock->raise();
             giveFocus(dock);
+        },
+        Qt::QueuedConnection);
+    // Nor may what comes to stand behind a tab go on taking the keys, unseen.
+    connect(
+        dock, &QDockWidget::visibilityChanged, dock,
+        [this, dock](bool isInFront)
+        {
+            const QWidget* const focused = QApplication::focusWidget();
+            for (const QDockWidget* const behind : _p->mainWindow->tabifiedDockWidgets(dock))
+                if (isInFront && focused != nullptr && behind->isAncestorOf(focused))
+                    return giveFocus(dock);
         },
         Qt::QueuedConnection);
     _p->docks.append(dock);

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void cleanup() { _window.reset(); }
     void neverLargerThanTheScreen_data();
     void neverLargerThanTheScreen();
+    void tabLeadsToWhatIsSeen();
+    void whatGoesBehindATabLosesTheKeys();
     void keysOfTheToolsInTheSceneTree_data();
     void keysOfTheToolsInTheSceneTree();
     void warningsAreSeen();
@@ -92,6 +94,49 @@ void tst_kxMainWindow::neverLargerThanTheScreen()
     const auto* const room = qobject_cast<QScrollArea*>(dock("Clips")->widget());
     QTRY_COMPARE(room->horizontalScrollBar()->maximum(), tool->width() - room->viewport()->width());
     QVERIFY(tool->width() >= 647 && tool->height() >= 270 && room->horizontalScrollBar()->isVisible());
+}
+
+void tst_kxMainWindow::tabLeadsToWhatIsSeen()
+{
+    QSet<const QWidget*> unseen, met;
+    for (const char* const name : {"Console", "Scenery"})
+        for (const QWidget* const widget : dock(name)->findChildren<QWidget*>())
+            unseen.insert(widget);
+    for (const bool next : {true, false})
+    {
+        QWidget* const first = _window->view();
+        first->setFocus();
+        met.clear();
+        do
+        {
+            QTest::keyClick(_window->focusWidget(), next ? Qt::Key_Tab : Qt::Key_Backtab);
+            met.insert(_window->focusWidget());
+        } while (_window->focusWidget() != first && met.size() < 500);
+        QVERIFY(!met.intersects(unseen));
+        QVERIFY(met.size() > 10 && met.contains(_window->sceneTree()->findChild<QTreeView*>()));
+    }
+}
+
+void tst_kxMainWindow::whatGoesBehindATabLosesTheKeys()
+{
+    QLineEdit* const field = new QLineEdit(dock("Clips")->content());
+    _window->dockManager()->show("Clips");
+    _window->dockManager()->show("Console");
+    QWidget* const prompt = _window->console()->findChild<QWidget*>("_promptInput");
+    QVERIFY(prompt != nullptr);
+    prompt->setFocus();
+    field->show();
+    _window->dockManager()->show("Clips");
+    QTRY_COMPARE(_window->focusWidget(), dock("Clips")->content());
+    field->setFocus();
+    _window->dockManager()->show("Log");
+    QTRY_VERIFY(dock("Log")->isAncestorOf(_window->focusWidget()));
+    _window->dockManager()->show("Clips"); // the field in which it was typed last
+    QTRY_COMPARE(_window->focusWidget(), field);
+    _window->view()->setFocus();
+    _window->dockManager()->show("Log"); // nobody's keys are taken away
+    QCoreApplication::processEvents();
+    QCOMPARE(_window->focusWidget(), _window->view());
 }
 
 void tst_kxMainWindow::keysOfTheToolsInTheSceneTree_data()
