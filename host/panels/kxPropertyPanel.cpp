@@ -76,6 +76,14 @@ kxPropertyPanel::kxPropertyPanel(QWidget* parent)
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxPropertyPanel::follow);
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxPropertyPanel::refresh);
     connect(&kxAnimationService::the(), &kxAnimationService::changed, this, &kxPropertyPanel::markDriven);
+    _rebuild.setSingleShot(true);
+    _rebuild.setInterval(0);
+    connect(&_rebuild, &QTimer::timeout, this,
+            [this]
+            {
+                if (isVisible() && _stale)
+                    rebuild();
+            });
     rebuild();
 }
 
@@ -95,8 +103,7 @@ void kxPropertyPanel::showKind(kxSelection::Kind kind)
         return;
     _kind = kind;
     _stale = true;
-    if (isVisible())
-        rebuild();
+    _rebuild.start(); // a script may select thousands of times before anyone sees the panel
 }
 
 std::vector<unsigned int> kxPropertyPanel::parts() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 #include <kernel/kxSelection.h>
 #include <osg/SceneCores.h>
@@ -49,4 +50,5 @@ private:
     std::vector<unsigned int> _parts;  // ids of what the page was made for
     kxSelection::Kind _kind = kxSelection::Nodes;
     bool _stale = true;
+    QTimer _rebuild; // at the next turn of the event loop
 };

@@ -5,6 +5,9 @@
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
 
+#include <algorithm>
+#include <charconv>
+#include <optional>
 #include <unordered_set>
 
 using namespace osg;
@@ -24,6 +27,22 @@ std::unordered_set<std::string> animationNames(const NodePtr& except, const std:
             names.insert(node->getNodeName());
     }
     return names;
+}
+
+/// 12 of "Wheel_12" for the stem "Wheel", 0 of the stem itself; none for other names.
+std::optional<std::size_t> numberOf(const std::string& name, const std::string& stem)
+{
+    if (name.compare(0, stem.size(), stem) != 0)
+        return std::nullopt;
+    if (name.size() == stem.size())
+        return 0;
+    const char* const digits = name.c_str() + stem.size() + 1;
+    const char* const end = name.c_str() + name.size();
+    std::size_t number = 0;
+    if (name[stem.size()] != '_' || *digits == '0')
+        return std::nullopt;
+    const auto [last, error] = std::from_chars(digits, end, number);
+    return last == end && error == std::errc() ? std::optional<std::size_t>(number) : std::nullopt;
 }
 
 template <class Names>
@@ -61,7 +80,14 @@ void kxNodeUtils::setName(const NodePtr& node, const std::string& name, bool uni
 
 std::string kxNodeUtils::getUniqueName(const std::string& proposal, const std::vector<std::string>& names)
 {
-    return uniqueAmong(proposal, std::unordered_set<std::string>(names.begin(), names.end()));
+    // One pass without a set: a script may make thousands of objects of one name. Of n names one number up to n is
+    // free; 0 stands for the proposal itself.
+    std::vector<bool> taken(names.size() + 1, false);
+    for (const std::string& name : names)
+        if (const std::optional<std::size_t> number = numberOf(name, proposal); number && *number < taken.size())
+            taken[*number] = true;
+    const std::size_t free = std::size_t(std::find(taken.begin(), taken.end(), false) - taken.begin());
+    return free == 0 ? proposal : proposal + "_" + std::to_string(free);
 }
 
 void kxNodeUtils::destroy(const NodePtr& node)

@@ -13,6 +13,8 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
+#include <QLineEdit>
+#include <QPointer>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -28,6 +30,7 @@ private Q_SLOTS:
     void aDragIsOneStep();
     void marksWhatIsDriven();
     void survivesTheEndOfItsObject();
+    void followsOnce();
 
 private:
     QKXDoubleSpiner* spinner(const char* name) const
@@ -38,6 +41,7 @@ private:
     void select(const std::vector<osg::NodePtr>& nodes)
     {
         kxSelection::the().selectNodes(nodes);
+        QCoreApplication::processEvents(); // it follows when the event loop comes back
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         stack()->clear();
     }
@@ -120,6 +124,18 @@ void tst_kxPropertyPanel::survivesTheEndOfItsObject()
     Q_EMIT x->relativeOperatorApplied(RelativeAdd, 1);
     kxScene::the()->flush();
     QVERIFY(spinner("translationX") == nullptr || !spinner("translationX")->isVisible());
+}
+
+void tst_kxPropertyPanel::followsOnce()
+{
+    const auto shown = [this] { return _panel->findChild<QLineEdit*>("_name")->text(); };
+    const osg::NodePtr a = addObject("A"), b = addObject("B"), c = addObject("C");
+    select({a});
+    const QPointer<QLineEdit> name = _panel->findChild<QLineEdit*>("_name");
+    for (const osg::NodePtr& node : {b, a, c}) // as a script does it
+        kxSelection::the().selectNodes({node});
+    QVERIFY(name && name->isVisible());
+    QTRY_COMPARE(shown(), QString("C"));
 }
 
 QTEST_MAIN(tst_kxPropertyPanel)

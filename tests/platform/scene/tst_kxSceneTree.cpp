@@ -50,6 +50,8 @@ private Q_SLOTS:
     void anIdIsNeverUsedAgain();
     void randomMovesKeepTheTree();
     void attachmentsOfOneClassReplaceEachOther();
+    void uniqueNames_data();
+    void uniqueNames();
 };
 
 void tst_kxSceneTree::lifeFollowsShares()
@@ -149,6 +151,28 @@ void tst_kxSceneTree::attachmentsOfOneClassReplaceEachOther()
     node->subRef();
     QVERIFY(!isAlive(secondId));
     QVERIFY(!isAlive(rootId));
+}
+
+void tst_kxSceneTree::uniqueNames_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QString>("free");
+    QTest::newRow("free") << QStringList{"Wheels", "Whee", "Wheel_1"} << "Wheel";
+    QTest::newRow("taken") << QStringList{"Wheel", "Wheel_2", "Wheel_x"} << "Wheel_1";
+    QTest::newRow("the first gap") << QStringList{"Wheel_2", "Wheel_1", "Wheel", "Wheel_4"} << "Wheel_3";
+    QTest::newRow("no gap") << QStringList{"Wheel", "Wheel_1", "Wheel_2"} << "Wheel_3";
+    QTest::newRow("what looks like a number")
+        << QStringList{"Wheel", "Wheel_01", "Wheel 1", "Wheel_1b", "Wheel_", "Wheel_99999999999999999999"} << "Wheel_1";
+}
+
+void tst_kxSceneTree::uniqueNames()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QString, free);
+    std::vector<std::string> taken;
+    for (const QString& name : names)
+        taken.push_back(name.toStdString());
+    QCOMPARE(QString::fromStdString(kxNodeUtils::getUniqueName("Wheel", taken)), free);
 }
 
 QTEST_GUILESS_MAIN(tst_kxSceneTree)
