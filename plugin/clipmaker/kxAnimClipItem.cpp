@@ -5,6 +5,7 @@
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
 
+#include <QKXDockWindowManager.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -136,6 +137,13 @@ void kxAnimClipItem::showSource()
     const osg::AnimNodePtr own = node();
     if (own == osg::NullFC)
         return;
+    // First, since it looks at the scene anew when it is shown; a call without its window would show nothing.
+    QKXDockWindowManager* const docks = kxController::getDockWindowManager();
+    if (QKXDockWidget* const dock = docks != nullptr ? docks->getDockWidget("Curve Editor") : nullptr)
+    {
+        dock->setMinimized(false);
+        docks->show("Curve Editor");
+    }
     kxMessage message;
     message.set("node", own, true);
     kxController::call(kxMessageName::ShowCurves, message, 0);
