@@ -293,6 +293,8 @@ void kxAnimClipEditor::handle(const kxMessage& message)
         if (_wizard != nullptr)
             _wizard->reject(); // its objects go
         clear();
+        scene()->setTime(0);
+        _triggerDialog->reset();
         break;
     case kxMessageId::StopPlayback:
         if (isVisible() || kxAnimWizClipGUI::the()->isVisible())

@@ -2,6 +2,7 @@
 
 #include <frame/kxMessageRead.h>
 
+#include <QKXSpiner.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
@@ -60,12 +61,19 @@ kxAnimSequenceGUIW::kxAnimSequenceGUIW(QWidget* parent) : QDialog(parent)
 void kxAnimSequenceGUIW::setType(unsigned int type)
 {
     _names->clear();
+    _names->setFocus();
     if (type > CameraTrack)
         return;
     setWindowTitle(tr(Texts[type].title));
     _type->setText(tr(Texts[type].label));
     for (const QString& name : namesOf(type))
         _names->addItem(name);
+}
+
+void kxAnimSequenceGUIW::reset()
+{
+    _names->clear();
+    _frame->setValue(0);
 }
 
 std::set<QString> kxAnimSequenceGUIW::namesOf(unsigned int type)

@@ -25,6 +25,8 @@ public:
 
     /// Fills the list with what the scene has of this type, sorted; any other number only empties it.
     void setType(unsigned int type);
+    /// Back to how it was made; of another scene nothing is kept.
+    void reset();
 
 private:
     static std::set<QString> namesOf(unsigned int type);

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void deletesByTheLastFocus();
     void pastesIntoClipsAlone();
     void answersAndFollows();
+    void showsTheSourceInSight();
     void holdsTheDialogOfWizardClips();
     void doesNothingWithoutItsWindow();
     void askingSurvivesItsParent();
@@ -464,10 +465,32 @@ void tst_kxAnimClipEditor::answersAndFollows()
     frame.set("frame", 36.0, true);
     kxController::call(kxMessageName::FramePlayerFrameChanged, frame, 0);
     QCOMPARE(shown()->time(), 36.0);
+    kxAnimSequenceGUIW* triggers = nullptr;
+    for (QWidget* const widget : QApplication::topLevelWidgets())
+        if (auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(widget))
+            triggers = dialog;
+    triggers->_frame->setValue(36);
     kxAnimFixture::clear();
     _maker->deliver(kxMessageId::NewScene);
     QCOMPARE(tree()->topLevelItemCount(), 0);
     QCOMPARE(shown()->bars().size(), 0);
+    QCOMPARE(shown()->time(), 0.0);
+    QCOMPARE(triggers->_frame->value(), 0);
+}
+
+/// Where its window stands behind a tab, too.
+void tst_kxAnimClipEditor::showsTheSourceInSight()
+{
+    auto* const curves = new QWidget;
+    _maker->docks.add("Curve Editor", "", curves, "", QIcon(), "Curves", 0, false, nullptr);
+    _maker->docks.getDockWidget("Curve Editor")->setMinimized(true);
+    _maker->docks.show("Clip Maker");
+    QCoreApplication::processEvents();
+    QVERIFY(curves->visibleRegion().isEmpty());
+    select(_clip);
+    static_cast<kxAnimClipItem*>(shown()->bars()[1])->showSource();
+    QCoreApplication::processEvents();
+    QVERIFY(!curves->visibleRegion().isEmpty());
 }
 
 void tst_kxAnimClipEditor::holdsTheDialogOfWizardClips()

@@ -4,6 +4,7 @@
 #include <clipmaker/kxAnimSequenceGUIW.h>
 #include <kxCapturedStderr.h>
 
+#include <QKXSpiner.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
@@ -109,7 +110,9 @@ void tst_kxAnimClipSequence::dialogListsNames()
     kxController::subCB(kxMessageName::GetSequences, answerSequences);
     QCOMPARE(namesIn(dialog._names), QStringList({"Close", "Drive", "Open"}));
     QCOMPARE(dialog._type->text(), QString("Sequences"));
+    dialog._frame->setFocus();
     dialog.setType(4);
+    QCOMPARE(dialog.focusWidget(), dialog._names); // each question begins anew
     QCOMPARE(dialog._names->count(), 0);
     QCOMPARE(dialog.windowTitle(), QString("Add Sequence"));
 
