@@ -1,0 +1,332 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxSceneEdits.h>
+#include <kernel/kxLogModel.h>
+#include <kernel/kxPreferencesStore.h>
+#include <kernel/kxSelection.h>
+#include <kxLog.h>
+#include <kxPreferences.h>
+#include <kxTable.h>
+#include <kxUndo.h>
+#include <panels/kxLogPanel.h>
+#include <panels/kxMaterialPanel.h>
+#include <panels/kxPreferencesDialog.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <QUndoStack>
+
+using namespace kxSceneFixture;
+
+namespace
+{
+/// What the user reads, from top to bottom.
+QStringList lines(const QWidget& panel, const char* name)
+{
+    const QAbstractItemModel* const model = panel.findChild<QListView*>(name)->model();
+    QStringList texts;
+    for (int row = 0; row < model->rowCount(); ++row)
+        texts << model->index(row, 0).data().toString();
+    return texts;
+}
+
+QToolButton* button(const QWidget& panel, const char* name)
+{
+    return panel.findChild<QToolButton*>(name);
+}
+
+/// A page of the settings with one number, 7 at first, and the number that the application has been told.
+class Page : public kxPreferences
+{
+public:
+    explicit Page(const char* name) : kxPreferences(QString(), name), _key(std::string("Panels ") + name)
+    {
+        field = new QSpinBox;
+        addPreferencesGUI(field);
+    }
+    ~Page() override
+    {
+        subPreferencesGUI(field);
+        delete field.data();
+    }
+    void preferencesSetDefaults(bool overwrite) override { getData().set(_key, 7, overwrite); }
+    void preferencesToGUI() override { field->setValue(boost::any_cast<int>(getData().get(_key))); }
+    void preferencesFromGUI() override { getData().set(_key, field->value(), true); }
+    void preferencesApply() override { applied = boost::any_cast<int>(getData().get(_key)); }
+
+    QPointer<QSpinBox> field;
+    int applied = 0;
+
+private:
+    std::string _key;
+};
+} // namespace
+
+/// The panels without a test of their own.
+class tst_kxPanels : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { clear(); }
+    void materialsFollowTheScene();
+    void materialsAndTheSelection();
+    void materialButtons_data();
+    void materialButtons();
+    void logShows_data();
+    void logShows();
+    void logCopies();
+    void logStaysAtItsEnd();
+    void preferencesDialog_data();
+    void preferencesDialog();
+    void pagesComeAndGo();
+};
+
+void tst_kxPanels::materialsFollowTheScene()
+{
+    const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue"), bare = addMaterial("");
+    addSurface("A", blue);
+    addSurface("B", blue);
+    kxScene::the()->flush();
+    kxMaterialPanel panel;
+    const auto* const list = panel.findChild<QListView*>("_materialList");
+    const auto at = [list](int row, int role) { return list->model()->index(row, 0).data(role); };
+    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
+    QCOMPARE(at(0, Qt::ToolTipRole).toString(), QString("Shown by no object"));
+    QVERIFY(at(1, Qt::ToolTipRole).toString().contains("2") && at(0, Qt::ForegroundRole) != at(1, Qt::ForegroundRole));
+    // A name by the user, and a look by whoever.
+    const QImage before = at(1, Qt::DecorationRole).value<QPixmap>().toImage();
+    osg::UberMaterialPtr::dcast(blue)->setBaseColor(osg::Color3f(0, 0, 0.9f));
+    const QColor ball = at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(before.rect().center());
+    QVERIFY(ball.blue() > 2 * ball.red() && before.pixelColor(before.rect().center()) != ball);
+    QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));
+    QVERIFY(!list->model()->setData(list->model()->index(1, 0), "Sea", Qt::DisplayRole));
+    QCOMPARE(QString::fromStdString(blue->getNodeName()), QString("Sky"));
+    kxSelection::the().selectMaterials({bare});
+    kxSceneEdits::deleteMaterials({red});
+    kxScene::the()->flush();
+    QCOMPARE(lines(panel, "_materialList"), QStringList({"Sky", "(unnamed)"}));
+    QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
+    kxUndoStack::get(0).stack()->setIndex(0);
+    kxScene::the()->flush();
+    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
+}
+
+void tst_kxPanels::materialsAndTheSelection()
+{
+    const std::vector<osg::MaterialPtr> all{addMaterial("A"), addMaterial("B"), addMaterial("C")};
+    kxScene::the()->flush();
+    kxMaterialPanel panel;
+    QListView* const list = panel.findChild<QListView*>("_materialList");
+    const auto row = [list](int index) { return list->model()->index(index, 0); };
+    kxSelection::the().selectMaterials({all[1], all[2]});
+    QCOMPARE(list->selectionModel()->selectedIndexes(), QModelIndexList({row(1), row(2)}));
+    list->selectionModel()->select(row(1), QItemSelectionModel::Deselect);
+    QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[2]});
+    list->setCurrentIndex(row(0));
+    QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[0]});
+    kxSelection::the().selectMaterials({});
+    QVERIFY(!list->selectionModel()->hasSelection());
+}
+
+void tst_kxPanels::materialButtons_data()
+{
+    kxColumns<QString, bool, bool, bool, QStringList, QString>("button", "material", "object", "isEnabled", "names",
+                                                               "shown");
+    const QStringList two{"Red", "Blue"};
+    kxRow("add", QString("_addMaterial"), false, false, true, two + QStringList("Material"), QString("Red"));
+    kxRow("duplicate", QString("_duplicateMaterial"), true, false, true, two + QStringList("Blue_1"), QString("Red"));
+    kxRow("nothing to duplicate", QString("_duplicateMaterial"), false, true, false, two, QString("Red"));
+    kxRow("assign", QString("_assignMaterial"), true, true, true, two, QString("Blue"));
+    kxRow("assign to nothing", QString("_assignMaterial"), true, false, false, two, QString("Red"));
+    kxRow("assign nothing", QString("_assignMaterial"), false, true, false, two, QString("Red"));
+    kxRow("delete", QString("_deleteMaterial"), true, false, true, QStringList("Red"), QString("Red"));
+    kxRow("nothing to delete", QString("_deleteMaterial"), false, false, false, two, QString("Red"));
+}
+
+void tst_kxPanels::materialButtons()
+{
+    QFETCH(QString, button);
+    QFETCH(bool, material);
+    QFETCH(bool, object);
+    QFETCH(bool, isEnabled);
+    QFETCH(QStringList, names);
+    QFETCH(QString, shown);
+    const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue");
+    const osg::NodePtr surface = addSurface("Surface", red), group = addObject("Group");
+    kxScene::the()->flush();
+    kxMaterialPanel panel;
+    if (material)
+        kxSelection::the().selectMaterials({blue});
+    if (object)
+        kxSelection::the().selectNodes({surface});
+    const int steps = kxUndoStack::get(0).stack()->count();
+    auto* const tool = panel.findChild<QToolButton*>(button);
+    QCOMPARE(tool->isEnabled(), isEnabled);
+    tool->click();
+    kxScene::the()->flush();
+    QCOMPARE(lines(panel, "_materialList"), names);
+    const auto shownMaterial = [&surface]
+    { return osg::GeometryPtr::dcast(surface->getCore())->getMaterial()->getNodeName(); };
+    QCOMPARE(QString::fromStdString(shownMaterial()), shown);
+    if (button == "_addMaterial")
+        QCOMPARE(kxSelection::the().materials().front()->getNodeName(), std::string("Material"));
+    kxUndoStack::get(0).stack()->setIndex(steps);
+    kxScene::the()->flush();
+    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue"}));
+    QCOMPARE(QString::fromStdString(shownMaterial()), QString("Red"));
+    // What has no surface is refused with a word.
+    kxLogModel::the().clear();
+    kxSelection::the().selectMaterials({blue});
+    kxSelection::the().selectNodes({group});
+    panel.findChild<QToolButton*>("_assignMaterial")->click();
+    QCOMPARE(kxLogModel::the().entries().size(), std::size_t(1));
+}
+
+void tst_kxPanels::logShows_data()
+{
+    kxColumns<int, QString, QStringList>("level", "search", "shown");
+    kxRow("all", 0, QString(), QStringList({"Opened", "read 5", "left out 2", "broken 5"}));
+    kxRow("warnings", 1, QString(), QStringList({"left out 2", "broken 5"}));
+    kxRow("errors", 2, QString(), QStringList({"broken 5"}));
+    kxRow("a word", 0, QString(" BROKEN "), QStringList({"broken 5"}));
+    kxRow("a word of a level", 1, QString("5"), QStringList({"broken 5"}));
+}
+
+void tst_kxPanels::logShows()
+{
+    QFETCH(int, level);
+    QFETCH(QString, search);
+    QFETCH(QStringList, shown);
+    kxLogModel::the().clear();
+    kxLogModel::the().startScene("Opened");
+    kxLog::info(QString("read 5"));
+    kxLogPanel panel;
+    panel.findChild<QComboBox*>("_level")->setCurrentIndex(level);
+    panel.findChild<QLineEdit*>("_search")->setText(search);
+    kxLog::warning("left out 2");
+    kxLog::error("broken 5");
+    QCOMPARE(lines(panel, "_lines"), shown);
+    button(panel, "_clearLog")->click();
+    QCOMPARE(lines(panel, "_lines"), QStringList());
+}
+
+void tst_kxPanels::logCopies()
+{
+    kxLogModel::the().clear();
+    kxLogPanel panel;
+    kxLogModel::the().startScene("Opened");
+    kxLog::warning("left out");
+    kxLog::info(QString("read"));
+    auto* const list = panel.findChild<QListView*>("_lines");
+    const auto row = [list](int index) { return list->model()->index(index, 0); };
+    QVERIFY(row(0).data(Qt::FontRole).value<QFont>().bold() && !row(2).data(Qt::FontRole).isValid());
+    QVERIFY(row(2).data(Qt::ForegroundRole).isValid() && !row(0).data(Qt::ForegroundRole).isValid() &&
+            !row(1).data(Qt::ForegroundRole).isValid());
+    QCOMPARE(row(1).data(Qt::AccessibleTextRole).toString(), QString("warning: left out"));
+    const auto copied = [&panel]
+    {
+        button(panel, "_copyLog")->click();
+        return QApplication::clipboard()->text().split('\n');
+    };
+    QCOMPARE(copied().size(), 3);
+    QVERIFY(copied().at(1).contains("warning  left out") && copied().at(2).startsWith(QString::number(2)));
+    list->selectionModel()->select(row(2), QItemSelectionModel::Select);
+    list->selectionModel()->select(row(0), QItemSelectionModel::Select);
+    QVERIFY(copied().size() == 2 && copied().at(0).endsWith("Opened") && copied().at(1).endsWith("read"));
+}
+
+void tst_kxPanels::logStaysAtItsEnd()
+{
+    kxLogModel::the().clear();
+    kxLogPanel panel;
+    panel.resize(300, 150);
+    panel.show();
+    auto* const list = panel.findChild<QListView*>("_lines");
+    const QScrollBar* const bar = list->verticalScrollBar();
+    const auto write = [](int count)
+    {
+        for (int i = 0; i < count; ++i)
+            kxLog::info(QString::number(i));
+        QCoreApplication::processEvents();
+    };
+    write(60);
+    QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+    list->verticalScrollBar()->setValue(bar->maximum() / 2);
+    const int looked = bar->value(), before = bar->maximum();
+    write(5);
+    QTRY_VERIFY(bar->maximum() > before);
+    QCOMPARE(bar->value(), looked);
+    write(int(kxLogModel::Capacity)); // the oldest lines go
+    QCOMPARE(list->model()->rowCount(), int(kxLogModel::Capacity));
+    QCOMPARE(list->model()->index(0, 0).data().toString(), QString("0"));
+}
+
+void tst_kxPanels::preferencesDialog_data()
+{
+    kxColumns<int, int, int, int, bool>("button", "first", "second", "secondShown", "open");
+    kxRow("OK", int(QDialogButtonBox::Ok), 31, 32, 32, false);
+    kxRow("Apply", int(QDialogButtonBox::Apply), 31, 32, 32, true);
+    kxRow("Cancel", int(QDialogButtonBox::Cancel), 0, 0, 7, false);
+    kxRow("Restore Defaults", int(QDialogButtonBox::RestoreDefaults), 0, 7, 7, true); // of the page that is shown
+}
+
+void tst_kxPanels::preferencesDialog()
+{
+    QFETCH(int, button);
+    Page first("First"), second("Second");
+    kxPreferencesDialog dialog(nullptr);
+    kxPreferencesStore::the().initialisePages();
+    kxPreferencesStore::the().restoreDefaults(&first);
+    kxPreferencesStore::the().restoreDefaults(&second);
+    first.applied = second.applied = 0;
+    dialog.openPage("Second");
+    QVERIFY(second.field->isVisible() && !first.field->isVisible());
+    dialog.openPage("Nobody");
+    QVERIFY(second.field->isVisible() && second.field->value() == 7);
+    dialog.findChild<QListWidget*>()->setCurrentRow(0);
+    QVERIFY(first.field->isVisible() && !second.field->isVisible());
+    dialog.openPage("Second");
+    first.field->setValue(31);
+    second.field->setValue(32);
+    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::StandardButton(button))->click();
+    QTEST(first.applied, "first");
+    QTEST(second.applied, "second");
+    QTEST(dialog.isVisible(), "open");
+    dialog.openPage(QString()); // shows what holds
+    QTEST(second.field->value(), "secondShown");
+}
+
+void tst_kxPanels::pagesComeAndGo()
+{
+    Page stays("Stays");
+    {
+        kxPreferencesDialog dialog(nullptr);
+        dialog.openPage("Stays");
+        const auto* const names = dialog.findChild<QListWidget*>();
+        const int before = names->count();
+        {
+            Page guest("Guest");
+            QTRY_COMPARE(names->count(), before + 1);
+            QVERIFY(stays.field->isVisible() && !guest.field->isVisible()); // nothing changes under the user's hands
+        }
+        QTRY_COMPARE(names->count(), before);
+        QVERIFY(stays.field->isVisible());
+    }
+    QVERIFY(!stays.field.isNull() && !stays.field->isVisible()); // outlives the dialog
+}
+
+QTEST_MAIN(tst_kxPanels)
+#include "tst_kxPanels.moc"
