@@ -11,6 +11,7 @@
 #include <frame/kxClipRefresh.h>
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
+#include <frame/kxOpensAside.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <wizard/kxAnimWizClipGUI.h>
 #include <wizard/kxAnimWizardGUII.h>
@@ -111,6 +112,9 @@ void kxAnimClipEditor::build()
     makeTree();
     makeView();
     _triggerDialog = new kxAnimSequenceGUIW;
+    for (QWidget* const dialog :
+         {static_cast<QWidget*>(kxAnimWizClipGUI::the()), static_cast<QWidget*>(_triggerDialog)})
+        new kxOpensAside(dialog, _view);
     makeCommands();
     _player->stop(nullptr);
     connectHost();

@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <frame/kxMessageRead.h>
+#include <frame/kxOpensAside.h>
 #include <wizard/kxWizardCapture.h>
 #include <wizard/kxWizardClip.h>
 #include <wizard/kxWizardInterference.h>
@@ -81,6 +82,8 @@ kxAnimWizardGUII::kxAnimWizardGUII(QWidget* parent) : QWizard(parent), _instance
     for (const WizardButton which : {BackButton, NextButton, FinishButton, CancelButton})
         if (QPushButton* const shown = qobject_cast<QPushButton*>(button(which)))
             shown->setAutoDefault(false);
+    resize(minimumSizeHint().expandedTo(minimumSize()));
+    new kxOpensAside(this, nullptr);
     connectForm();
     _callbacks.add(kxMessageName::ShowAnimationWizard, showAnimationWizard);
     _callbacks.add(kxMessageName::DequeuedAnimation, dequeuedAnimation);
@@ -111,21 +114,9 @@ void kxAnimWizardGUII::showWizard()
     _preview->setChecked(false); // the first page has no button for it
     restart();
     setWindowState(windowState() & ~Qt::WindowMinimized);
-    if (!isVisible() && !testAttribute(Qt::WA_Moved))
-        placeAside();
     show();
     raise();
     activateWindow();
-}
-
-void kxAnimWizardGUII::placeAside()
-{
-    if (parentWidget() == nullptr)
-        return;
-    const QRect around = parentWidget()->window()->geometry();
-    resize(minimumSizeHint().expandedTo(minimumSize()));
-    move(std::max(around.left(), around.right() + 1 - width()),
-         std::max(around.top(), around.center().y() - height() / 2));
 }
 
 void kxAnimWizardGUII::showEvent(QShowEvent* event)

@@ -45,8 +45,6 @@ protected:
 private:
     explicit kxAnimWizardGUII(QWidget* parent);
     void connectForm();
-    /// At the right edge of the main window: what is changed between the captures stays in sight.
-    void placeAside();
 
     bool coversNodes() const;
     bool coversMaterials() const;

@@ -1,5 +1,6 @@
 #include "../clipmaker/kxClipMakerFixture.h"
 
+#include <wizard/kxAnimWizClipGUI.h>
 #include <wizard/kxAnimWizardGUII.h>
 
 #include <animation/kxPlaybackClock.h>
@@ -107,6 +108,7 @@ private Q_SLOTS:
     void isPressedWhileItStandsOpen();
     void makesNoEmptyClip();
     void makesOneClipWhereManyAreSelected();
+    void opensBesideTheView();
 
 private:
     /// Runs `action`, gives the text of the message box that it opens, and closes that.
@@ -679,6 +681,18 @@ void tst_kxAnimWizardGUII::makesOneClipWhereManyAreSelected()
     QCOMPARE(clips()->getNChildren(), 3u);
     QCOMPARE(child(clips(), 0)->getNChildren() + child(clips(), 1)->getNChildren(), 0u);
     QCOMPARE(blocksOf(_box).front()->getCore(), child(child(child(clips(), 2)))->getCore());
+}
+
+void tst_kxAnimWizardGUII::opensBesideTheView()
+{
+    _maker->window.setCentralWidget(new QWidget);
+    _maker->window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
+    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+    _wizard->showWizard();
+    dialog->show(kxAnimFixture::clip("any", {}));
+    for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
+        QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
+                 qPrintable(window->windowTitle()));
 }
 
 QTEST_MAIN(tst_kxAnimWizardGUII)
