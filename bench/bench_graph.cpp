@@ -189,6 +189,56 @@ void undoDrag(benchmark::State& state)
     graph.stack()->clear();
 }
 
+/// 99 curves of 918 keys.
+Graph& crowded()
+{
+    static Graph* graph = nullptr;
+    if (graph == nullptr)
+        graph = new Graph(9, 11, 918);
+    return *graph;
+}
+
+void selectCrowd(benchmark::State& state)
+{
+    Graph& graph = crowded();
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        graph.showAll();
+        graph.paint();
+        state.ResumeTiming();
+        graph.view.scene()->selectAllPoints();
+        graph.paint();
+    }
+}
+
+/// Deletes them all, or with `state.range(0)` takes that back and shows them again.
+void deleteCrowd(benchmark::State& state)
+{
+    Graph& graph = crowded();
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        graph.showAll();
+        graph.view.scene()->selectAllPoints();
+        graph.paint();
+        if (state.range(0) == 0)
+            state.ResumeTiming();
+        graph.view.scene()->deleteSelectedPoints();
+        graph.paint();
+        if (state.range(0) == 0)
+            state.PauseTiming();
+        else
+            state.ResumeTiming();
+        graph.stack()->undo();
+        graph.view.refresh();
+        graph.paint();
+        if (state.range(0) == 0)
+            state.ResumeTiming();
+    }
+    graph.stack()->clear();
+}
+
 Graph& one()
 {
     static Graph* graph = nullptr;
@@ -283,6 +333,9 @@ BENCHMARK(wheel)->Name("10,000 keys: wheel")->Unit(benchmark::kMillisecond);
 BENCHMARK(selectAll)->Name("10,000 keys: all selected")->Unit(benchmark::kMillisecond)->Iterations(10);
 BENCHMARK(drag)->Name("10,000 keys: drag step of")->Arg(100)->Arg(5000)->Unit(benchmark::kMillisecond);
 BENCHMARK(undoDrag)->Name("10,000 keys: undo of a drag of")->Arg(100)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(selectCrowd)->Name("99 curves, 90,882 keys: all selected")->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(deleteCrowd)->Name("90,882 keys: deleted")->Arg(0)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(deleteCrowd)->Name("90,882 keys: that undone")->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(showOne)->Name("100,000 keys: shown")->Unit(benchmark::kMillisecond);
 BENCHMARK(dragOne)->Name("100,000 keys: drag step of one")->Unit(benchmark::kMillisecond);
 BENCHMARK(zoomedIn)->Name("100,000 keys: repaint of a hundred")->Unit(benchmark::kMillisecond);
