@@ -80,7 +80,7 @@ bool hasLockedKeys(const kxAnimGraphScene& scene)
                        });
 }
 
-void show(QKXDoubleSpiner* field, QLabel* label, std::size_t selected, double value)
+void show(QKXDoubleSpiner* field, QLabel* label, int selected, double value)
 {
     const QSignalBlocker blocker(field);
     const QString style = selected > 1 ? QString::fromLatin1(ManyKeysStyle) : QString();
@@ -185,11 +185,11 @@ void kxAnimCurveEditor::updateFrameAndValue()
 {
     if (scene() == nullptr)
         return;
-    QList<kxAnimGraphPoint*> points;
-    scene()->selectedPoints(points);
-    const QPointF shown = points.isEmpty() ? QPointF() : points.back()->pos();
-    ::show(_window->_frame, _window->_frameLabel, std::size_t(points.size()), shown.x());
-    ::show(_window->_value, _window->_valueLabel, std::size_t(points.size()), shown.y());
+    const kxAnimGraphPoint* const last = scene()->lastSelectedPoint();
+    const QPointF shown = last != nullptr ? last->pos() : QPointF();
+    const int selected = scene()->selectedCount(); // a drag comes here once for each of its curves
+    ::show(_window->_frame, _window->_frameLabel, selected, shown.x());
+    ::show(_window->_value, _window->_valueLabel, selected, shown.y());
     updateStatus();
 }
 

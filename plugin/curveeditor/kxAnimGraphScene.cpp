@@ -47,6 +47,12 @@ std::map<unsigned int, kxAnimGraphCurve*> curveItemsOf(const QList<kxAnimGraphPo
     return items;
 }
 
+/// Of the keys of one curve.
+bool isBefore(const kxAnimGraphPoint* a, const kxAnimGraphPoint* b)
+{
+    return a->index() < b->index();
+}
+
 void sendUpdateClipScene()
 {
     kxMessage message;
@@ -165,19 +171,35 @@ bool kxAnimGraphScene::isEmpty() const
     return true;
 }
 
-void kxAnimGraphScene::selectedPoints(QList<kxAnimGraphPoint*>& out) const
+QList<kxAnimGraphCurve*> kxAnimGraphScene::curvesById() const
 {
     QList<kxAnimGraphCurve*> ordered = curves();
     std::sort(ordered.begin(), ordered.end(),
               [](const kxAnimGraphCurve* a, const kxAnimGraphCurve* b) { return a->curveId() < b->curveId(); });
-    for (const kxAnimGraphCurve* const curve : qAsConst(ordered))
+    return ordered;
+}
+
+void kxAnimGraphScene::selectedPoints(QList<kxAnimGraphPoint*>& out) const
+{
+    for (const kxAnimGraphCurve* const curve : curvesById())
     {
         const int first = out.size();
         for (kxAnimGraphPoint* const point : curve->selectedKeys())
             out.append(point);
-        std::sort(out.begin() + first, out.end(),
-                  [](const kxAnimGraphPoint* a, const kxAnimGraphPoint* b) { return a->index() < b->index(); });
+        std::sort(out.begin() + first, out.end(), isBefore);
     }
+}
+
+const kxAnimGraphPoint* kxAnimGraphScene::lastSelectedPoint() const
+{
+    const kxAnimGraphCurve* last = nullptr;
+    for (const kxAnimGraphCurve* const curve : curves())
+        if (!curve->selectedKeys().isEmpty() && (last == nullptr || last->curveId() < curve->curveId()))
+            last = curve;
+    if (last == nullptr)
+        return nullptr;
+    const QSet<kxAnimGraphPoint*>& keys = last->selectedKeys();
+    return *std::max_element(keys.begin(), keys.end(), isBefore);
 }
 
 int kxAnimGraphScene::selectedCount() const

@@ -65,6 +65,9 @@ public:
     QList<kxAnimGraphCurve*> curves() const;
     /// Appends the selected keys, no handles, by curve and index.
     void selectedPoints(QList<kxAnimGraphPoint*>& out) const;
+    /// The last of them, null without any, and their number, without a walk over them all.
+    const kxAnimGraphPoint* lastSelectedPoint() const;
+    int selectedCount() const;
     /// Selects the keys that this rectangle touches, and no others.
     void selectPointsIn(const QRectF& rect);
     /// Selects every key, no handles.
@@ -120,7 +123,7 @@ private Q_SLOTS:
     void timeItemChanged(double value);
 
 private:
-    int selectedCount() const;
+    QList<kxAnimGraphCurve*> curvesById() const;
     /// The key nearest to `place` if that is selected; null where no key's square holds it.
     const kxAnimGraphPoint* selectedKeyAt(const QPointF& place) const;
     void makeHandlesAt(const QPointF& place);
