@@ -83,6 +83,7 @@ kxSceneryStage::kxSceneryStage(kxView3D* view, QObject* parent)
     : QObject(parent), _view(view), _runner(world()), _module(new SceneModule(this))
 {
     connect(&_runner, &kxSequenceRunner::changed, this, &kxSceneryStage::changed);
+    connect(kxScene::the(), &kxScene::structureChanged, &_runner, &kxSequenceRunner::update);
     listening = this;
     kxController::addCB(kxMessageName::DequeuedAnimation, animationEnded);
     kxController::addCB(kxMessageName::GetVariants, answerVariants);
@@ -140,7 +141,13 @@ kxSequenceRunner::World kxSceneryStage::world()
     {
         const osg::NodePtr sequence = kxScenery::find(kxScenery::Kind::Sequence, name);
         steps = kxScenery::steps(sequence, &unread);
-        return sequence != osg::NullFC;
+        return sequence.getFieldContainerId();
+    };
+    world.nameOf = [](unsigned int id)
+    {
+        // The undo stack keeps what was deleted.
+        const auto sequence = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+        return kxScene::the()->contains(sequence) ? sequence->getNodeName() : std::string();
     };
     return world;
 }

@@ -20,6 +20,7 @@ QString quoted(const std::string& name)
 /// A sequence on its way: the one that was started, or one that it plays.
 struct kxSequenceRunner::Level
 {
+    unsigned int id = 0;
     std::string name;
     std::vector<kxSequenceStep> steps; // as they were at the start: edits don't disturb a run
     std::size_t next = 0;
@@ -57,7 +58,7 @@ bool kxSequenceRunner::enter(Run& run, const std::string& name, QString& problem
         problem = tr("the sequence %1 would play itself").arg(quoted(name));
     else if (run.levels.size() >= DeepestNesting)
         problem = tr("sequences are nested more than %1 deep").arg(DeepestNesting);
-    else if (!_world.find(name, level.steps, unread))
+    else if (level.id = _world.find(name, level.steps, unread); level.id == 0)
         problem = tr("there is no sequence %1").arg(quoted(name));
     if (!problem.isEmpty())
         return false;
@@ -152,6 +153,7 @@ void kxSequenceRunner::update()
     for (std::size_t i = 0; i < _runs.size();)
     {
         const RunPtr run = _runs[i];
+        moved = followScene(*run) || moved;
         while (advance(*run))
             moved = true;
         const auto found = std::find(_runs.begin(), _runs.end(), run);
@@ -179,6 +181,30 @@ void kxSequenceRunner::wakeForNext()
     }
     if (wait >= 0)
         _timer.start(int(std::ceil(std::min(wait, 3600.0) * 1000)));
+}
+
+bool kxSequenceRunner::followScene(Run& run)
+{
+    bool changed = false;
+    for (std::size_t i = 0; i < run.levels.size(); ++i)
+    {
+        const std::string name = _world.nameOf(run.levels[i].id);
+        changed = changed || name != run.levels[i].name;
+        if (!name.empty())
+        {
+            run.levels[i].name = name;
+            continue;
+        }
+        kxLog::warning(tr("The sequence %1 was deleted while it ran, and has ended.").arg(quoted(run.levels[i].name)));
+        run.levels.resize(i);
+        run.clip = 0;
+        run.waits = false;
+        if (i == 0)
+            end(run);
+    }
+    if (!run.levels.empty())
+        run.name = run.levels.front().name;
+    return changed;
 }
 
 bool kxSequenceRunner::advance(Run& run)

@@ -13,7 +13,8 @@
 /// Carries sequences out: step by step, several beside each other, without ever blocking the window.
 ///
 /// A step that can't be done is skipped with a line in the log that names sequence, step and reason. A sequence that
-/// comes to itself again, by its own steps or by those of sequences that it plays, skips that step.
+/// comes to itself again, by its own steps or by those of sequences that it plays, skips that step. One that is deleted
+/// ends at the next update(), with what it plays.
 class kxSequenceRunner : public QObject
 {
     Q_OBJECT
@@ -30,8 +31,11 @@ public:
         std::function<bool(unsigned int id)> isEndless;
         std::function<void(unsigned int id)> stopClip;
         std::function<QString(const std::string& text, const std::string& title)> runPython;
-        /// False where there is no sequence of this name; `unread` counts the steps that can't be read.
-        std::function<bool(const std::string& name, std::vector<kxSequenceStep>& steps, int& unread)> find;
+        /// What `nameOf` takes, 0 where there is no sequence of this name; `unread` counts the steps that can't be
+        /// read.
+        std::function<unsigned int(const std::string& name, std::vector<kxSequenceStep>& steps, int& unread)> find;
+        /// The present name of a sequence, empty where it was deleted.
+        std::function<std::string(unsigned int id)> nameOf;
         /// Seconds from any start on.
         std::function<double()> now;
     };
@@ -64,6 +68,8 @@ private:
     struct Run;
     typedef std::shared_ptr<Run> RunPtr;
     bool enter(Run& run, const std::string& name, QString& problem);
+    /// Takes over new names, and ends what was deleted. True where anything changed.
+    bool followScene(Run& run);
     /// False where the run has to wait.
     bool advance(Run& run);
     QString perform(Run& run, const kxSequenceStep& step, const std::string& sequence);

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void variantsOfTriggersPass();
     void viewGoesToViewpoints();
     void cameraTracksPassTheirViewpoints();
+    void deletionAndNewNamesReachWhatRuns();
     void otherSceneStopsAll();
 
 private:
@@ -299,6 +300,20 @@ void tst_kxSceneryStage::cameraTracksPassTheirViewpoints()
     _stage->stopAll();
     QVERIFY(!_stage->isPlaying());
     QVERIFY(!_stage->playCameraTrack(viewpoints.front()).isEmpty());
+}
+
+void tst_kxSceneryStage::deletionAndNewNamesReachWhatRuns()
+{
+    const osg::NodePtr tour =
+        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::Wait, "", "", 60}}, QStringLiteral("Tour"));
+    QVERIFY(_stage->runner().start("Tour"));
+    _stage->runner().update();
+    kxSceneEdits::rename(tour, "Walk");
+    kxScene::the()->flush();
+    QVERIFY(_stage->runner().isRunning("Walk"));
+    kxSceneryEdits::remove({tour}); // the undo stack keeps it
+    kxScene::the()->flush();
+    QVERIFY(_stage->runner().running().empty());
 }
 
 void tst_kxSceneryStage::otherSceneStopsAll()

@@ -23,6 +23,7 @@ kxSequenceStep wait(double seconds)
 struct Theatre
 {
     std::map<std::string, std::vector<kxSequenceStep>> sequences;
+    std::map<std::string, unsigned> ids; // of those that were played
     QStringList done;
     std::map<unsigned, std::string> playing;
     double time = 100;
@@ -70,9 +71,17 @@ struct Theatre
         w.find = [this](const std::string& name, std::vector<kxSequenceStep>& steps, int&)
         {
             const auto found = sequences.find(name);
-            if (found != sequences.end())
-                steps = found->second;
-            return found != sequences.end();
+            if (found == sequences.end())
+                return 0u;
+            steps = found->second;
+            return ids.emplace(name, unsigned(ids.size()) + 50).first->second;
+        };
+        w.nameOf = [this](unsigned id)
+        {
+            for (const auto& [name, own] : ids)
+                if (own == id && sequences.count(name) != 0)
+                    return name;
+            return std::string();
         };
         w.now = [this] { return time; };
         return w;
@@ -108,6 +117,7 @@ private Q_SLOTS:
     void stopEndsWhatPlays();
     void stepsMayStartAndStop();
     void editsDontDisturbARun();
+    void deletedSequencesEnd();
 };
 
 void tst_kxSequenceRunner::stepsFollowTheClock()
@@ -243,9 +253,43 @@ void tst_kxSequenceRunner::editsDontDisturbARun()
     t.sequences["a"] = {wait(1), make(Step::ShowViewpoint, "old")};
     t.runner.start("a");
     t.at(0);
-    t.sequences.clear();
+    t.sequences["a"].clear();
     t.at(1);
     QCOMPARE(t.done, QStringList({"view old"}));
+}
+
+void tst_kxSequenceRunner::deletedSequencesEnd()
+{
+    Theatre t;
+    const auto begin = [&t]
+    {
+        t.sequences["outer"] = {make(Step::StartClip, "c"), make(Step::PlaySequence, "inner"),
+                                make(Step::ShowViewpoint, "after")};
+        t.sequences["inner"] = {wait(9), make(Step::ShowViewpoint, "never")};
+        t.done.clear();
+        QVERIFY(t.runner.start("outer"));
+        t.at(0);
+        QCOMPARE(t.done, QStringList({"clip c"}));
+    };
+    begin();
+    t.sequences.erase("inner");
+    t.at(1);
+    QCOMPARE(t.done, QStringList({"clip c", "view after"}));
+    QVERIFY(lines().join(' ').contains("\"inner\" was deleted") && !t.runner.isRunning("outer"));
+    begin();
+    t.sequences.erase("outer");
+    QSignalSpy changed(&t.runner, &kxSequenceRunner::changed);
+    t.at(1);
+    QCOMPARE(t.done, QStringList({"clip c", "stop c"}));
+    QVERIFY(t.runner.running().empty() && changed.size() == 1);
+    t.at(20);
+    QCOMPARE(t.done.size(), 2);
+    begin();
+    t.sequences["new"] = t.sequences["outer"]; // another name is no deletion
+    t.sequences.erase("outer");
+    t.ids["new"] = t.ids["outer"];
+    t.at(1);
+    QVERIFY(!t.runner.isRunning("outer") && t.runner.isRunning("new") && t.runner.stop("new"));
 }
 
 QTEST_GUILESS_MAIN(tst_kxSequenceRunner)
