@@ -219,6 +219,7 @@ void kxAnimClipEditor::makeView()
     connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateLibrarySelection()));
     connect(shown, SIGNAL(itemChanged(kxAnimAbstractClipItem*)), this,
             SLOT(updateStartAndDuration(kxAnimAbstractClipItem*)));
+    connect(shown, SIGNAL(clipShown()), _view, SLOT(frameNewClip()));
     connect(shown, SIGNAL(followed()), this, SLOT(updateStartAndDuration()));
     connect(shown, SIGNAL(itemsChangedState()), _tree, SLOT(updateCheckStates()));
     connect(shown, SIGNAL(dropEventOccured()), _tree, SLOT(rebuild()));

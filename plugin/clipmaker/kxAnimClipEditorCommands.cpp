@@ -159,6 +159,8 @@ void kxAnimClipEditor::showClip(const osg::AnimNodePtr& clip)
 {
     _tree->rebuild(true);
     scene()->setClip(clip, true);
+    if (!scene()->bars().isEmpty())
+        scene()->bringIntoSight({scene()->bars().back()}); // what was added
 }
 
 void kxAnimClipEditor::showCreateMenu()

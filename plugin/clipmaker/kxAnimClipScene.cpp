@@ -125,8 +125,14 @@ void kxAnimClipScene::setClip(const osg::AnimNodePtr& node, bool force)
     const bool same = node->getId() == _clipId;
     if (same && !force)
         return;
+    replaceBars(node, same ? selection() : Selection());
+    if (!same)
+        Q_EMIT clipShown();
+}
+
+void kxAnimClipScene::replaceBars(const osg::AnimNodePtr& node, const Selection& selected)
+{
     const Rebuild rebuild(this);
-    const Selection selected = same ? selection() : Selection();
     clear();
     buildBars(node);
     for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
@@ -212,15 +218,22 @@ void kxAnimClipScene::followNodesOf(const osg::AnimNodePtr& shown)
         return;
     const Rebuild rebuild(this);
     const Selection selected = selection();
+    QSet<unsigned int> known;
+    for (const kxAnimAbstractClipItem* bar : qAsConst(outdated))
+        known.insert(bar->nodeId());
     deleteBars(outdated);
+    QVector<kxAnimAbstractClipItem*> added;
     for (const osg::NodePtr& child : shown->getChildren())
     {
         if (!missing.contains(child->getId()))
             continue;
         kxAnimAbstractClipItem* const bar = addBar(osg::AnimNodePtr::dcast(child));
+        if (!known.contains(child->getId()))
+            added.append(bar);
         if (const auto before = selected.constFind(child->getId()); before != selected.constEnd())
             bar->selectAs(*before);
     }
+    bringIntoSight(added);
 }
 
 double kxAnimClipScene::viewScale(const QGraphicsScene* scene)

@@ -70,6 +70,8 @@ public:
     /// Takes the marks away at the end of a drag; true where any of `items` lies over another bar.
     bool resolveCollisions(const QList<QGraphicsItem*>& items);
 
+    /// Scrolls the views to the start of the last of these bars where none of them is in sight.
+    void bringIntoSight(const QVector<kxAnimAbstractClipItem*>& bars);
     void selectAll();
     /// To the clipboard; false where no bar is selected.
     bool copySelectedItems();
@@ -108,6 +110,8 @@ public Q_SLOTS:
     void createdItemDuplicate(osg::AnimNodePtr node);
 
 Q_SIGNALS:
+    /// Another clip than before, or one after none.
+    void clipShown();
     void itemChanged(kxAnimAbstractClipItem* item);
     void itemDuplicated();
     /// Once for an operation on many bars.
@@ -169,6 +173,8 @@ private:
     void followNodesOf(const osg::AnimNodePtr& shown);
     /// As soon as nothing is dragged.
     void followChanges();
+    /// All bars make way for those of `node`.
+    void replaceBars(const osg::AnimNodePtr& node, const Selection& selected);
     void buildBars(const osg::AnimNodePtr& node);
     void deleteBars(const QVector<kxAnimAbstractClipItem*>& bars);
     /// A drag of bars doesn't outlive any of them: Qt places all by where they stood at its start.

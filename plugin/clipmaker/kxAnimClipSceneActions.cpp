@@ -6,7 +6,12 @@
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimManager.h>
+#include <kxPlatform.h>
 #include <kxUndo.h>
+
+#include <QGraphicsView>
+
+#include <algorithm>
 
 // What the scene does with its selected bars, and with all of them.
 
@@ -62,6 +67,26 @@ bool kxAnimClipScene::resetSelected()
         if (auto* const clip = dynamic_cast<kxAnimClipItem*>(bar))
             clip->reset();
     return !bars.isEmpty();
+}
+
+void kxAnimClipScene::bringIntoSight(const QVector<kxAnimAbstractClipItem*>& bars)
+{
+    if (bars.isEmpty())
+        return;
+    const double dpi = double(kxPlatform::getDpiScaleX());
+    const int column = int(kxClipLayout::ColumnWidth * dpi), strip = int(kxClipLayout::StripHeight * dpi);
+    for (QGraphicsView* view : views())
+    {
+        const QRect free = view->viewport()->rect().adjusted(column, strip, 0, -strip);
+        const QRectF seen = view->mapToScene(free).boundingRect();
+        if (std::any_of(bars.begin(), bars.end(),
+                        [&seen](const kxAnimAbstractClipItem* bar)
+                        { return seen.intersects(bar->sceneBoundingRect()); }))
+            continue;
+        QRectF start = bars.last()->sceneBoundingRect();
+        start.setWidth(std::min(start.width(), seen.width() / 2));
+        view->ensureVisible(start, column, strip);
+    }
 }
 
 void kxAnimClipScene::selectAll()
@@ -157,6 +182,7 @@ bool kxAnimClipScene::paste()
             if (bar != nullptr)
                 bar->setSelected(true);
         }
+        bringIntoSight(selectedBars());
     }
     if (any)
         Q_EMIT itemDuplicated();
@@ -166,6 +192,7 @@ bool kxAnimClipScene::paste()
 bool kxAnimClipScene::duplicateSelectedItems(bool flipped)
 {
     const QVector<kxAnimAbstractClipItem*> bars = selectedBars();
+    QVector<kxAnimAbstractClipItem*> copies;
     for (kxAnimAbstractClipItem* bar : bars)
     {
         const osg::AnimNodePtr node = bar->node();
@@ -174,10 +201,13 @@ bool kxAnimClipScene::duplicateSelectedItems(bool flipped)
         for (const osg::AnimNodePtr& clone : kxClipStructure::duplicate(node, false))
         {
             kxAnimAbstractClipItem* const copy = addBar(clone);
+            if (copy != nullptr)
+                copies.append(copy);
             if (copy != nullptr && flipped)
                 copy->setFlipped(true);
         }
     }
+    bringIntoSight(copies);
     if (!bars.isEmpty())
         Q_EMIT itemDuplicated();
     return !bars.isEmpty();
@@ -192,7 +222,8 @@ void kxAnimClipScene::createdItemDuplicate(osg::AnimNodePtr node)
 {
     if (node == osg::NullFC)
         return;
-    addBar(node);
+    if (kxAnimAbstractClipItem* const bar = addBar(node))
+        bringIntoSight({bar});
     Q_EMIT itemDuplicated();
 }
 

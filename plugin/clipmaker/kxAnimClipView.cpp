@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimClipView.h>
 
+#include <clipmaker/kxAnimAbstractClipItem.h>
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipGeometry.h>
 #include <clipmaker/kxAnimClipLayout.h>
@@ -131,6 +132,28 @@ void kxAnimClipView::frame()
     _scene->updateAllTexts();
 }
 
+void kxAnimClipView::frameNewClip()
+{
+    _isClipNew = true;
+    viewport()->update();
+}
+
+void kxAnimClipView::frameUnseenClip()
+{
+    _isClipNew = false;
+    const osg::AnimNodePtr clip = _scene->clip();
+    const QVector<kxAnimAbstractClipItem*>& bars = _scene->bars();
+    if (clip == osg::NullFC || bars.isEmpty())
+        return;
+    const QRectF seen = visibleRect();
+    const bool isSeen =
+        std::any_of(bars.begin(), bars.end(),
+                    [&seen](const kxAnimAbstractClipItem* bar) { return seen.intersects(bar->sceneBoundingRect()); });
+    if (!_framed.contains(clip->getId()) || !isSeen)
+        frame();
+    _framed.insert(clip->getId());
+}
+
 // Mouse
 
 void kxAnimClipView::mousePressEvent(QMouseEvent* event)
@@ -250,6 +273,13 @@ void kxAnimClipView::resizeEvent(QResizeEvent* event)
 }
 
 // Drawing
+
+void kxAnimClipView::paintEvent(QPaintEvent* event)
+{
+    if (_isClipNew)
+        frameUnseenClip();
+    QGraphicsView::paintEvent(event);
+}
 
 QRectF kxAnimClipView::visibleRect() const
 {

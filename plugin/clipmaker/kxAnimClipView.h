@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QGraphicsView>
+#include <QSet>
 
 class kxAnimClipScene;
 
@@ -18,6 +19,8 @@ public:
 public Q_SLOTS:
     /// Zooms to the clip's extent, with room for the track column; without a clip nothing happens.
     void frame();
+    /// Frames the shown clip before the next drawing, unless it was framed before and some of it is in sight.
+    void frameNewClip();
 
 Q_SIGNALS:
     /// After the Delete key.
@@ -36,6 +39,7 @@ protected:
     void focusInEvent(QFocusEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void drawBackground(QPainter* painter, const QRectF& rect) override;
     void drawForeground(QPainter* painter, const QRectF& rect) override;
 
@@ -43,6 +47,7 @@ private:
     void pan(const QPoint& to);
     /// Zooms in x about a point of the viewport, as far as there is a bound.
     void zoomAbout(const QPoint& at, double factor);
+    void frameUnseenClip();
     void drawHint(QPainter* painter);
     QRectF visibleRect() const;
 
@@ -51,5 +56,7 @@ private:
     QPoint _zoomAnchor;
     double _keptX = 0; // the frame that the last zoom left where it was
     int _lastY = 0;
-    bool _isPressed = false; // the scene got a press, and has to get its release
+    bool _isClipNew = false;    // it is looked at when it is drawn: only then a view has its size
+    QSet<unsigned int> _framed; // ids of the clips that were, with bars in them
+    bool _isPressed = false;    // the scene got a press, and has to get its release
 };

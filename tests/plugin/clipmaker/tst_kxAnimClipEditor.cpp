@@ -9,6 +9,7 @@
 
 #include <animation/kxTriggers.h>
 #include <kxFramePlayer.h>
+#include <kxPlatform.h>
 #include <kxServices.h>
 #include <scene/CameraLight.h>
 
@@ -30,6 +31,8 @@ private Q_SLOTS:
     void init();
     void cleanup() { _maker.reset(); }
     void showsWhatIsSelected();
+    void framesWhatWasNotSeen();
+    void bringsNewBarsIntoSight();
     void fieldsEditBarsAndClip();
     void operatorsChangeEachBar_data();
     void operatorsChangeEachBar();
@@ -108,6 +111,62 @@ void tst_kxAnimClipEditor::showsWhatIsSelected()
     tree()->expandAll();
     tree()->selectAll();
     QCOMPARE(shown()->bars().size(), 0);
+}
+
+void tst_kxAnimClipEditor::framesWhatWasNotSeen()
+{
+    const osg::AnimNodePtr far = kxAnimFixture::clip("Far", {kxAnimFixture::clone(child(_clip, 0), 400)});
+    kxAnimManager::the()->addToClipStructure(far);
+    tree()->rebuild(false);
+    const auto seen = [this](const osg::AnimNodePtr& clip)
+    {
+        select(clip);
+        _maker->view->grab();
+        return _maker->view->mapToScene(_maker->view->viewport()->rect()).boundingRect();
+    };
+    const QRectF first = seen(_clip);
+    QVERIFY(first.left() < 0 && std::abs(first.right() - 72) < 1);
+    QVERIFY(std::abs(seen(far).right() - 9624) < 1);
+    QVERIFY2(std::abs(seen(_clip).right() - 72) < 1, "nothing of it was in sight");
+    _maker->view->scale(0.5, 1); // the user's
+    const QRectF wider = seen(_clip);
+    tree()->clearSelection();
+    QCOMPARE(seen(_clip), wider);
+    _maker->docks.getDockWidget("Clip Maker")->close();
+    select(far);
+    _maker->docks.show("Clip Maker");
+    QVERIFY(std::abs(seen(far).right() - 9624) < 1);
+}
+
+void tst_kxAnimClipEditor::bringsNewBarsIntoSight()
+{
+    select(_clip);
+    _maker->view->grab();
+    const auto isInSight = [this]
+    {
+        const int dpi = int(kxPlatform::getDpiScaleX());
+        const QRect free = _maker->view->viewport()->rect().adjusted(80 * dpi, 20 * dpi, 0, -20 * dpi);
+        return free.intersects(_maker->view->mapFromScene(shown()->bars().back()->sceneBoundingRect()).boundingRect());
+    };
+    shown()->bars()[1]->setSelected(true);
+    for (int i = 0; i < 20; ++i) // each on a track of its own
+        shown()->duplicateSelectedItems();
+    QVERIFY(isInSight());
+    shown()->copySelectedItems();
+    shown()->setTime(3000);
+    shown()->paste();
+    QVERIFY(isInSight());
+    shown()->setTime(-4000);
+    QMetaObject::invokeMethod(_maker->module.get(), "pasteClone"); // into the tree
+    QCoreApplication::processEvents();
+    QVERIFY(isInSight());
+    static_cast<kxAnimClipItem*>(shown()->bars()[0])->duplicate();
+    QVERIFY(isInSight());
+    const QPoint place = _maker->view->mapFromScene(0, 0);
+    child(_clip, 1)->moveBy(2000, 0); // its bar is no new one
+    kxAnimFixture::changed(child(_clip, 1), osg::AnimNode::OffsetFieldMask);
+    QCoreApplication::processEvents();
+    QCOMPARE(_maker->view->mapFromScene(0, 0), place);
 }
 
 void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
@@ -408,6 +467,7 @@ void tst_kxAnimClipEditor::placesCameraTracks()
     const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
     QVERIFY(placed->getHidden());
     QCOMPARE(shown()->bars().back()->x(), 12.0);
+    QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(shown()->bars().back()->pos())));
     // In "Show" a block begins before its end.
     QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
     // No clip came but that one, and the clips that were there hold what they held.
