@@ -463,8 +463,9 @@ void tst_kxAnimChannelWidget::skipsWhatIsGone()
 void tst_kxAnimChannelWidget::setsInfinityModes()
 {
     for (const char* const channel : {"translation", "scale"})
-        kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve(channel, "X", {{0, 1}}));
-    kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("scale", "X", {{0, 1}}));
+        kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve(channel, "X", {{0.75f, 1}, {1, 3}}));
+    kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("scale", "X", {{0.75f, 1}, {1, 3}}));
+    kxAnimManager::the()->setCurrentFrame(30, true, true); // a quarter of a second behind the keys
     _tree->rebuildFromNodes({_first, _second});
     const auto choose = [this](const char* menu, const char* mode)
     {
@@ -481,6 +482,11 @@ void tst_kxAnimChannelWidget::setsInfinityModes()
     QCOMPARE(curve("translation.X")->getPostInfinityMode(), 4u);
     QCOMPARE(curve("scale.X")->getPostInfinityMode(), 4u);
     QCOMPARE(curve("scale.X", 1)->getPostInfinityMode(), 4u);
+    QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 1.0f); // at once, not at the next frame
+    kxAnimManager::the()->setCurrentFrame(15, true, true);
+    select("translation.X");
+    choose("Pre Infinity Mode", "Linear");
+    QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 0.0f);
     QCOMPARE(stack().count(), 0);
 }
 

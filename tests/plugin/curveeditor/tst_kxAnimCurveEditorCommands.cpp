@@ -60,6 +60,7 @@ private Q_SLOTS:
     void copyAndPasteGoByFocus();
     void stateThatCannotBeSeenIsSaid();
     void whatACommandLeftOutIsSaid();
+    void infinityModesOfBlocks();
 
 private:
     std::unique_ptr<kxCurveEditorFixture> _editor;
@@ -193,6 +194,35 @@ void tst_kxAnimCurveEditorCommands::whatACommandLeftOutIsSaid()
     choose(*_editor, "Curve", "Key All Channels");
     QVERIFY(said("more than 20 objects"));
     QCOMPARE(steps(), before);
+}
+
+void tst_kxAnimCurveEditorCommands::infinityModesOfBlocks()
+{
+    _editor->show();
+    const osg::NodePtr walker = _editor->animated("Walker", {{0.5f, 1}, {1, 3}}, "Walk");
+    _editor->animated("Box");
+    kxAnimManager::the()->setCurrentFrame(30, true, true);
+    _editor->library->rebuild(true);
+    QMenu* const menu = menuOf(*_editor, "Curve");
+    const auto isOffered = [menu]
+    {
+        Q_EMIT menu->aboutToShow();
+        return entry(menu, "Post Infinity Mode")->menu()->isEnabled();
+    };
+    const auto x = [&walker] { return kxAnimFixture::transform(walker)->getTranslation().x(); };
+    _editor->library->selectItemsForNodes({walker});
+    QVERIFY(!isOffered()); // an object
+    _editor->library->clearSelection();
+    _editor->library->findItem(kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Walk"))->setSelected(true);
+    QVERIFY(isOffered());
+    QCOMPARE(x(), 3.0f);
+    entry(entry(menu, "Post Infinity Mode")->menu(), "Oscillate")->trigger();
+    QCOMPARE(x(), 2.0f);
+    entry(entry(menu, "Post Infinity Mode")->menu(), "Linear")->trigger();
+    QCOMPARE(x(), 4.0f);
+    kxAnimManager::the()->setCurrentFrame(6, true, true);
+    entry(entry(menu, "Pre Infinity Mode")->menu(), "Loop with Offset")->trigger();
+    QCOMPARE(x(), 0.0f);
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditorCommands)

@@ -224,6 +224,16 @@ void tst_kxAnimUndoCommands::deletes()
         times.append(key.x());
     QCOMPARE(times, left);
     verifyThereAndBack(command, curve, start);
+
+    const kxOwned<osg::AnimCurve> lines(makeCurve(7, {1}));
+    kxAddAnimKeyUndoCommand(lines, std::vector<unsigned int>(indices.begin(), indices.end())).redo();
+    const Keys keys = keysOf(lines);
+    for (std::size_t i = 1; i < keys.size(); ++i) // over a gap too they aim at each other
+    {
+        const osg::Vec2f way(keys[i].x() - keys[i - 1].x(), keys[i].y() - keys[i - 1].y());
+        QCOMPARE(keys[i - 1].outtangent(), way * 0.5f);
+        QCOMPARE(keys[i].intangent(), way * -0.5f);
+    }
 }
 
 void tst_kxAnimUndoCommands::adds_data()

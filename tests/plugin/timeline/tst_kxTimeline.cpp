@@ -6,6 +6,7 @@
 
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
+#include <kxAnimFixture.h>
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
 
@@ -95,6 +96,7 @@ private Q_SLOTS:
     void playRange();
     void walksKeys();
     void followsKernel();
+    void localModeShowsAtOnce();
     void curveEditorMovesFrame();
     void pasteKey();
     void newSceneRestoresPreferences();
@@ -298,6 +300,21 @@ void tst_kxTimeline::followsKernel()
     QCOMPARE(kernelRanges(), (Ranges{100, 110, 190, 200}));
     panel()._local->click();
     QCOMPARE(kxAnimManager::the()->playbackContextHint(), 0);
+}
+
+void tst_kxTimeline::localModeShowsAtOnce()
+{
+    const kxAnimFixture scene;
+    const osg::NodePtr object = kxAnimFixture::object();
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.addAnimation(object, kxAnimFixture::curve("translation", "X", {{0, 1}, {1, 25}}));
+    kernel.setGetCurveEditorDataCB([](std::vector<kxAnimManager::kxCurveData>&) {}); // no curve is shown
+    panel()._local->setChecked(true);
+    kernel.setCurrentFrame(12, false, true);
+    QCOMPARE(kxAnimFixture::transform(object)->getTranslation().x(), 0.0f);
+    panel()._local->click();
+    QCOMPARE(kxAnimFixture::transform(object)->getTranslation().x(), 13.0f);
+    kernel.setGetCurveEditorDataCB({});
 }
 
 void tst_kxTimeline::curveEditorMovesFrame()

@@ -9,6 +9,7 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
+#include <osg/ChangeList.h>
 
 #include <kxOwned.h>
 
@@ -165,12 +166,15 @@ void tst_kxAnimLibraryWidget::dropsRows()
     QFETCH(QString, source);
     QFETCH(QString, target);
     QFETCH(QString, path);
-    const int rows = _library->dump().size();
+    const QStringList before = _library->dump();
+    const UInt64 marks = WinThreadBase::getCurrentChangeList()->count();
     QTEST(_library->drop(source, target), "taken");
     QVERIFY2(_library->row(path) != nullptr, qPrintable(_library->dump().join('\n')));
+    // Whoever asks for unsaved changes hears of it.
+    QCOMPARE(WinThreadBase::getCurrentChangeList()->count() != marks, _library->dump() != before);
     const bool leavesGroup = source == "small/wheel";
     QCOMPARE(_library->row("small/wheel") == nullptr, leavesGroup);
-    QVERIFY(_library->dump().size() <= rows + 1);
+    QVERIFY(_library->dump().size() <= before.size() + 1);
 }
 
 void tst_kxAnimLibraryWidget::refusesDrops()
