@@ -2,9 +2,13 @@
 
 #include <kxLog.h>
 #include <kxMessage.h>
+#include <kxMessageIds.h>
 #include <kxModuleBase.h>
 
+#include <QCoreApplication>
+
 #include <algorithm>
+#include <utility>
 
 kxModuleRegistry& kxModuleRegistry::the()
 {
@@ -45,6 +49,30 @@ int kxModuleRegistry::deliver(kxMessage& message)
         }
     }
     return delivered;
+}
+
+void kxModuleRegistry::deliverLater(std::uint64_t id)
+{
+    QCoreApplication* const application = QCoreApplication::instance();
+    if (application == nullptr)
+        return;
+    if (_waiting == 0)
+        QMetaObject::invokeMethod(
+            application, [this] { deliverWaiting(); }, Qt::QueuedConnection);
+    _waiting |= id;
+}
+
+void kxModuleRegistry::deliverWaiting()
+{
+    std::uint64_t waiting = std::exchange(_waiting, 0);
+    if ((waiting & kxMessageId::AnimationsChanged) != 0)
+        waiting &= ~std::uint64_t(kxMessageId::ClipsChanged); // a part of it
+    for (std::uint64_t id = 1; id != 0 && id <= waiting; id <<= 1)
+        if ((waiting & id) != 0)
+        {
+            kxMessage message(id);
+            deliver(message);
+        }
 }
 
 void kxModuleRegistry::add(kxModuleBase* module)

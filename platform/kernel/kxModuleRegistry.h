@@ -2,6 +2,7 @@
 
 #include <kxExport.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -21,6 +22,9 @@ public:
     /// meanwhile is left out, one that is made meanwhile gets the next message. An exception is logged and ends only
     /// the work of the module that it came from.
     int deliver(kxMessage& message);
+    /// Delivers a message without attributes in the next turn of the event loop: once, however often it is asked for,
+    /// so that a script's thousand edits rebuild what they concern one time. Nothing where there is no event loop.
+    void deliverLater(std::uint64_t id);
 
 private:
     friend class kxModuleBase;
@@ -33,5 +37,8 @@ private:
     void add(kxModuleBase* module);
     void remove(kxModuleBase* module);
 
+    void deliverWaiting();
+
     std::vector<std::shared_ptr<Entry>> _entries;
+    std::uint64_t _waiting = 0; // the ids, which are single bits, of deliverLater()
 };

@@ -1,5 +1,8 @@
 #include <kxAnimManager.h>
+#include <kxMessageIds.h>
 #include <kxServices.h>
+
+#include <kernel/kxModuleRegistry.h>
 
 #include <cstdio>
 #include <map>
@@ -86,6 +89,7 @@ void kxAnimationService::animationsChanged()
     updating = true;
     kxAnimManager::the()->updateSceneAnimCurveData();
     updating = false;
+    kxModuleRegistry::the().deliverLater(kxMessageId::AnimationsChanged);
 
     if (announcing)
     {

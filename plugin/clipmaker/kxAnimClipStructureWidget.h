@@ -55,8 +55,6 @@ public Q_SLOTS:
     void duplicateFlippedSpecial();
 
 protected:
-    bool listsAnimations() const override { return true; }
-
     QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override;
     bool dropMimeData(QTreeWidgetItem* parent, int index, const QMimeData* mime, Qt::DropAction action) override;
     void dragMoveEvent(QDragMoveEvent* event) override;

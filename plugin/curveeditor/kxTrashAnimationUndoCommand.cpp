@@ -1,7 +1,5 @@
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
-#include <trees/kxAnimTreeWidget.h>
-
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
@@ -69,8 +67,6 @@ void kxTrashAnimationUndoCommand::redo()
     }
     for (const auto& [id, parentId] : taken)
         _parents[id] = parentId;
-    if (_wasUndone)
-        kxAnimTreeWidget::rebuildAnimationLists(); // the first time, whoever deletes does it
     kxAnimationService::the().animationsChanged();
 }
 
@@ -93,7 +89,5 @@ void kxTrashAnimationUndoCommand::undo()
     }
     for (const unsigned int id : restored)
         _parents.erase(id);
-    _wasUndone = true;
-    kxAnimTreeWidget::rebuildAnimationLists();
     kxAnimationService::the().animationsChanged();
 }

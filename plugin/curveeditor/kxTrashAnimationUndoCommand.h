@@ -27,5 +27,4 @@ private:
     std::map<unsigned int, unsigned int> _parents;   // node to parent, of the nodes that are out of the tree
     std::map<unsigned int, unsigned int> _positions; // node to its index among the parent's children
     std::vector<unsigned int> _ids;                  // the nodes to take out
-    bool _wasUndone = false;
 };

@@ -57,8 +57,6 @@ public Q_SLOTS:
     void createBlocksForSelected();
 
 protected:
-    bool listsAnimations() const override { return true; }
-
     QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override;
     /// On an object: moves animations there. On a group: puts objects into it. On no row: takes them out of all groups.
     bool dropMimeData(QTreeWidgetItem* parent, int index, const QMimeData* mime, Qt::DropAction action) override;

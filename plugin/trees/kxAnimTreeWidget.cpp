@@ -236,19 +236,6 @@ void kxAnimTreeWidget::bindRowsAgain()
                });
 }
 
-void kxAnimTreeWidget::rebuildAnimationLists()
-{
-    const std::vector<kxAnimTreeWidget*> trees = _trees;
-    for (kxAnimTreeWidget* tree : trees)
-        if (tree->listsAnimations())
-            tree->rebuild(true);
-}
-
-bool kxAnimTreeWidget::listsAnimations() const
-{
-    return false;
-}
-
 std::vector<unsigned int> kxAnimTreeWidget::selectedIds() const
 {
     std::vector<unsigned int> ids;

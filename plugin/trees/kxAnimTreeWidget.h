@@ -50,8 +50,6 @@ public:
     /// Brings the texts of all rows in all trees but those of channels up to their nodes' names, with the trees'
     /// signals blocked.
     static void updateNames();
-    /// Builds anew every living tree that lists whole animations.
-    static void rebuildAnimationLists();
 
     /// The line in which the user types what to search for; not owned. A search outlives a rebuild as long as its text
     /// stands there.
@@ -103,9 +101,6 @@ protected Q_SLOTS:
     void changedMotionBlur(bool value);
 
 protected:
-    /// True for the trees of animations and clips; a tree of channels or of structure follows by other ways.
-    virtual bool listsAnimations() const;
-
     /// A click on a selected row begins a rename after the time of a double click. A key or another widget that gets
     /// the focus meanwhile ends that, so that no editor takes what was typed for something else.
     bool event(QEvent* event) override;

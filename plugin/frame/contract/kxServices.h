@@ -100,7 +100,7 @@ public:
     using kxKernelService::kxKernelService;
     static kxAnimationService& the();
 
-    /// Animations were added or taken out: the kernel brings its plan up to date and the signal goes out.
+    /// Animations came or went: the plan is brought up to date, the signal goes out, the modules hear next turn.
     void animationsChanged();
 
 Q_SIGNALS:

@@ -1,5 +1,7 @@
 #include "kxClipMakerFixture.h"
 
+#include <curveeditor/kxTrashAnimationUndoCommand.h>
+
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipNodes.h>
@@ -46,6 +48,7 @@ private Q_SLOTS:
     void placesCameraTracks_data();
     void placesCameraTracks();
     void deletesByTheLastFocus();
+    void rowsGoWithWhatIsDeleted();
     void pastesIntoClipsAlone();
     void answersAndFollows();
     void showsTheSourceInSight();
@@ -489,6 +492,28 @@ void tst_kxAnimClipEditor::deletesByTheLastFocus()
     kxUndoStack::get(0).stack()->undo();
     QCOMPARE(_clip->getNChildren(), 2u);
     QCOMPARE(shown()->bars().size(), 2);
+}
+
+/// Whoever deletes, a row that is left behind would be clicked, shown and dropped on.
+void tst_kxAnimClipEditor::rowsGoWithWhatIsDeleted()
+{
+    const auto rows = [this]
+    {
+        QCoreApplication::processEvents();
+        return tree()->topLevelItemCount() == 0 ? -1 : tree()->topLevelItem(0)->childCount();
+    };
+    select(_clip);
+    shown()->bars()[0]->setSelected(true);
+    shown()->deleteSelectedItems(); // as the bar's own menu does
+    QCOMPARE(rows(), 1);
+    QUndoStack& stack = *kxUndoStack::get(0).stack();
+    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand({kxNodePtr(_clip)})); // as a script does
+    QCOMPARE(rows(), -1);
+    for (const int count : {1, 2, 1, -1})
+    {
+        count < rows() ? stack.redo() : stack.undo();
+        QCOMPARE(rows(), count);
+    }
 }
 
 void tst_kxAnimClipEditor::pastesIntoClipsAlone()
