@@ -122,6 +122,7 @@ void kxPlaceNodesCommand::redo()
     _done.assign(_moves.size(), false);
     for (std::size_t i = 0; i < _moves.size(); ++i)
         _done[i] = place(_moves[i].node.get<osg::Node>(), _moves[i].from, _moves[i].to);
+    kxAnimManager::the()->verifyClipStructure();
     finish();
 }
 
@@ -275,6 +276,7 @@ void kxMaterialListCommand::undo()
 void kxMaterialListCommand::redo()
 {
     apply(_adds);
+    kxAnimManager::the()->verifyClipStructure();
 }
 
 void kxMaterialListCommand::apply(bool add)

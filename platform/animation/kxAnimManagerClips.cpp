@@ -3,6 +3,8 @@
 #include <animation/kxAnimManagerPrivate.h>
 #include <animation/kxCameraShots.h>
 #include <animation/kxNodeTime.h>
+#include <animation/kxVerifyClipsCommand.h>
+#include <undo/kxUndoRecorder.h>
 
 #include <algorithm>
 #include <cmath>
@@ -41,30 +43,6 @@ float freeTrack(double start, double end, const AnimNodePtr& parent, const AnimN
         ++track;
     return float(track) * TrackPitch;
 }
-
-/// Takes out what a clip holds of blocks that no object has any more, and clips left empty. True where `node` is to go.
-bool isUnused(const AnimNodePtr& node, bool& changed)
-{
-    const bool isClip = AnimClipPtr::dcast(node->getCore()) != NullFC;
-    const bool isGroup = node->getCore() == NullFC || GroupPtr::dcast(node->getCore()) != NullFC;
-    if (!isClip && !isGroup)
-        return AnimSequencePtr::dcast(node->getCore()) == NullFC && AnimShotPtr::dcast(node->getCore()) == NullFC &&
-               kxAnimManager::the()->blockSceneRefCount(node) == 0;
-    bool hasLost = false;
-    const std::vector<NodePtr> children = node->getChildren();
-    for (const NodePtr& child : children)
-    {
-        const AnimNodePtr animation = AnimNodePtr::dcast(child);
-        if (animation == NullFC || !isUnused(animation, changed))
-            continue;
-        node->subChild(child);
-        hasLost = true;
-    }
-    if (hasLost)
-        markChanged(node, Node::ChildrenFieldMask);
-    changed = changed || hasLost;
-    return isClip && node->getNChildren() == 0;
-}
 } // namespace
 
 float kxAnimManager::calculateFreeOffsetYFor(const AnimNodePtr& node, const AnimNodePtr& parent,
@@ -87,10 +65,9 @@ float kxAnimManager::calculateFreeOffsetYFor(float start, float end, const AnimN
 
 void kxAnimManager::verifyClipStructure()
 {
-    if (!_p->verifyClipStructure)
-        return;
-    bool changed = false;
-    isUnused(_p->clipRoot, changed);
+    // What a step took out comes and goes with the step.
+    if (_p->verifyClipStructure && !kxUndoRecorder::the().isRunning())
+        kxUndoStack::get(0).add(new kxVerifyClipsCommand);
 }
 
 void kxAnimManager::updateCameraShotCurves(const AnimNodePtr& node)

@@ -48,6 +48,7 @@ void kxImportCommand::redo()
         scenery->addChild(node.get());
     markChanged(scenery, Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
+    kxAnimManager::the()->verifyClipStructure();
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->reevaluateAnimations(true);
     kxSceneMessages::contentChanged();

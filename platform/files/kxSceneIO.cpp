@@ -303,7 +303,8 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
         showFullRange();
 
     scene->markStructureChanged();
-    kxAnimManager::the()->verifyClipStructure(); // where the user wants it
+    kxAnimManager::the()->verifyClipStructure();
+    kxUndoStack::get(0).stack()->clear(); // what that took out is no step of this scene
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
     call(kxMessageName::UpdateAnimControlGUI);
@@ -334,6 +335,7 @@ bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
 
 bool kxSceneIO::save(const QString& path, kxFileReport& report)
 {
+    kxAnimManager::the()->verifyClipStructure();
     return kxSceneFile::save(path, report);
 }
 

@@ -31,7 +31,10 @@ void kxPreferences::preferencesNewScene(kxMessage&) {}
 
 void kxPreferences::preferencesLoaded(kxMessage&) {}
 
-void kxPreferences::preferencesInitialApply(kxMessage&) {}
+void kxPreferences::preferencesInitialApply(kxMessage&)
+{
+    preferencesApply();
+}
 
 void kxPreferences::addPreferencesGUI(QWidget* page)
 {

@@ -41,6 +41,8 @@ public:
     void note(const kxUndoCommand& command);
     /// Sends what note() gathered at the next turn of the event loop, for a step that the stack drops in silence.
     void settleLater();
+    /// True while a step is undone or redone.
+    bool isRunning() const { return _running > 0; }
 
 private:
     kxUndoRecorder() = default;

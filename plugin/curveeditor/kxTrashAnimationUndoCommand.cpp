@@ -67,6 +67,7 @@ void kxTrashAnimationUndoCommand::redo()
     }
     for (const auto& [id, parentId] : taken)
         _parents[id] = parentId;
+    kxAnimManager::the()->verifyClipStructure();
     kxAnimationService::the().animationsChanged();
 }
 

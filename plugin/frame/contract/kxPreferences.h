@@ -33,7 +33,7 @@ public:
     virtual void preferencesFromGUI();
     virtual void preferencesNewScene(kxMessage& message);
     virtual void preferencesLoaded(kxMessage& message);
-    virtual void preferencesInitialApply(kxMessage& message);
+    virtual void preferencesInitialApply(kxMessage& message); ///< at the start, all is new: preferencesApply()
 
 protected:
     /// Shows `page` under the name of this page; not owned.

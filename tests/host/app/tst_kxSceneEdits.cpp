@@ -6,6 +6,7 @@
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
+#include <osg/AnimCores.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void copiesAreIndependent();
     void viewsOfOneFieldComeBackExactly();
     void deletedMaterialComesBackToItsSurfaces();
+    void verifiedClipsGoWithTheirObject();
     void refusesBadValues();
 
 private:
@@ -173,6 +175,27 @@ void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
     stack()->undo();
     QVERIFY(surface->getMaterial() == steel);
     QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
+}
+
+void tst_kxSceneEdits::verifiedClipsGoWithTheirObject()
+{
+    const osg::NodePtr node = addObject("Door");
+    animate(node);
+    kxAnimManager* const manager = kxAnimManager::the();
+    const osg::AnimNodePtr block = manager->createBlock(manager->getAnimAttachment(node), "Open");
+    const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
+    clip->setCore(osg::AnimClipBase::create());
+    clip->addChild(osg::cloneAnimTree(block, true));
+    manager->addToClipStructure(clip);
+    manager->setVerifyClipStructure(true);
+    const QByteArray before = bytes();
+    QCOMPARE(kxSceneEdits::deleteNodes({node}), 1);
+    QCOMPARE(manager->clipStructureRoot()->getNChildren(), 0u);
+    QCOMPARE(stack()->count(), 1);
+    stack()->undo();
+    QCOMPARE(bytes(), before);
+    manager->setVerifyClipStructure(false);
+    manager->clipStructureRoot()->subChild(clip);
 }
 
 void tst_kxSceneEdits::refusesBadValues()

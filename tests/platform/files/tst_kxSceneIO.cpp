@@ -7,6 +7,7 @@
 #include <kxMessageNames.h>
 #include <kxModuleBase.h>
 #include <kxUndo.h>
+#include <osg/AnimCores.h>
 
 #include <QUndoStack>
 #include <QtTest>
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void messagesComeInOrder();
     void failuresLeaveTheSceneAlone();
     void importIsOneStep();
+    void clipsAreVerifiedWhereTheUserWantsIt();
     void animationsGoToTheSelectedObject();
     void animationsNeedOneObject();
 
@@ -114,6 +116,40 @@ void tst_kxSceneIO::importIsOneStep()
     while (stack->canRedo())
         stack->redo();
     QCOMPARE(bytesOfScene(), after);
+}
+
+/// Reading, importing and saving, each with a clip in it whose block no object has.
+void tst_kxSceneIO::clipsAreVerifiedWhereTheUserWantsIt()
+{
+    kxRichScene::make();
+    kxAnimManager* const manager = kxAnimManager::the();
+    const AnimNodePtr clip = AnimNodeBase::create(), orphan = AnimNodeBase::create();
+    clip->setCore(AnimClipBase::create());
+    orphan->setCore(AnimBlockBase::create());
+    clip->addChild(orphan);
+    manager->addToClipStructure(clip);
+    const auto clips = [manager] { return manager->clipStructureRoot()->getNChildren(); };
+    const QString path = _folder.filePath(QStringLiteral("orphans.kxs")), other = _folder.filePath("verified.kxs");
+    kxFileReport report(path);
+    QVERIFY(kxSceneIO::save(path, report));
+    QCOMPARE(clips(), 2u);
+    manager->setVerifyClipStructure(true);
+    QUndoStack* const stack = kxUndoStack::get(0).stack();
+    stack->clear();
+    for (bool (*const act)(const QString&, kxFileReport&) : {&kxSceneIO::importFile, &kxSceneIO::save})
+    {
+        QVERIFY(act(act == &kxSceneIO::save ? other : path, report));
+        QCOMPARE(clips(), act == &kxSceneIO::save ? 1u : 2u); // the import brings a good one too
+        QCOMPARE(stack->count(), 1);
+        stack->undo();
+        QCOMPARE(clips(), 2u);
+    }
+    QVERIFY(kxSceneIO::open(path, report));
+    QCOMPARE(clips(), 1u);
+    QCOMPARE(stack->count(), 0);
+    manager->setVerifyClipStructure(false);
+    QVERIFY(kxSceneIO::open(other, report));
+    QCOMPARE(clips(), 1u); // it was saved without
 }
 
 /// A block and bare curves of an object, back onto it and onto one without animations.

@@ -322,6 +322,20 @@ void tst_kxScriptFunctions::trashes()
         stack.undo();
     QVERIFY(kxScriptClips::findClip("open") == clip);
     QVERIFY(kxScriptClips::findBlock("lid") == block);
+
+    // Where the user wants it, what stood in clips of a block goes with it, and comes back with it.
+    QVERIFY(kxScriptClips::add(clip, block, 7));
+    stack.clear();
+    kxAnimManager::the()->setVerifyClipStructure(true);
+    QVERIFY(kxScriptTrash::trash(block));
+    for (const bool gone : {true, false, true, false})
+    {
+        QCOMPARE(kxScriptClips::findClip("open").isNull(), gone);
+        QCOMPARE(animation(clip)->getNChildren(), gone ? 0u : 1u);
+        QCOMPARE(stack.count(), 1);
+        gone ? stack.undo() : stack.redo();
+    }
+    kxAnimManager::the()->setVerifyClipStructure(false);
 }
 
 void tst_kxScriptFunctions::createsClips()

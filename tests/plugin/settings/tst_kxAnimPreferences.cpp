@@ -52,6 +52,7 @@ class tst_kxAnimPreferences : public QObject
 private Q_SLOTS:
     void init();
     void defaults();
+    void storedValuesReachTheKernelAtTheStart();
     void untouchedPageAppliesNothing_data();
     void untouchedPageAppliesNothing();
     void eachFieldReachesItsSetter();
@@ -90,6 +91,19 @@ void tst_kxAnimPreferences::defaults()
     QVERIFY(kxPreferences::getData().get(Key::DontShowCreateCurveDialog).empty()); // the page took its keys along
 }
 
+void tst_kxAnimPreferences::storedValuesReachTheKernelAtTheStart()
+{
+    Page page;
+    store(Key::VerifyClipStructure, true);
+    store(Key::Time, 30.0);
+    kxAnimManager& kernel = *kxAnimManager::the();
+    kernel.setVerifyClipStructure(false);
+    kxPreferencesStore::the().initialisePages();
+    QVERIFY(kernel.getVerifyClipStructure());
+    QCOMPARE(kernel.fps(), 30.0);
+    kernel.setVerifyClipStructure(false);
+}
+
 void tst_kxAnimPreferences::untouchedPageAppliesNothing_data()
 {
     kxColumns<int, double>("speed", "time");
@@ -115,6 +129,7 @@ void tst_kxAnimPreferences::untouchedPageAppliesNothing()
     kernel.setPlaybackFPS(12);
     kernel.setFullRangeEnd(77);
     kernel.setVerifyClipStructure(true);
+    _updates.count = 0;
     page.accept();
     QCOMPARE(kernel.fps(), 48.0);
     QCOMPARE(kernel.playbackFPS(), 12.0);

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <kxUndo.h>
+#include <osg/AnimNode.h>
+
+#include <vector>
+
+/// Takes out of the clip structure what it holds of blocks that no object has any more, and clips left empty. Obsolete
+/// where there is nothing of that.
+///
+/// Added while another step is made it joins that one, so that a deleted object comes back together with its bars.
+class kxVerifyClipsCommand : public kxUndoCommand
+{
+public:
+    kxVerifyClipsCommand();
+    ~kxVerifyClipsCommand() override;
+
+    void undo() override;
+    void redo() override;
+
+private:
+    struct Lost
+    {
+        osg::NodePtr node; // a share
+        unsigned int parentId;
+        unsigned int position;
+    };
+
+    /// True where `node` is to go, after what is to go below it went.
+    bool isUnused(const osg::AnimNodePtr& node);
+    void takeOut(const osg::NodePtr& child);
+    void tell() const;
+
+    std::vector<Lost> _lost; // in the order in which they went; empty while they stand in the tree
+};
