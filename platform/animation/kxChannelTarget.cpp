@@ -37,8 +37,8 @@ void appendParents(const AnimAttachmentPtr& attachment, std::vector<FieldContain
 float* kxChannelTarget::address() const
 {
     const float limit = std::numeric_limits<float>::max();
-    if (field->minimum() != -limit || field->maximum() != limit)
-        return nullptr; // the writer clamps
+    if (field->isStepped() || field->minimum() != -limit || field->maximum() != limit)
+        return nullptr; // what jumps is evaluated another way, and the writer clamps
     float* const first = field->address(*container);
     return first == nullptr ? nullptr : first + component;
 }

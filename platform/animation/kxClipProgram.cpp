@@ -231,14 +231,14 @@ const kxClipProgram::Passage& kxClipProgram::passed(Passage& passage, double ent
     return passage;
 }
 
-float kxClipProgram::valueOf(Option& option, double parentTime, double tolerance)
+float kxClipProgram::valueOf(Option& option, double parentTime, double tolerance, bool stepped)
 {
     const Passage& passage = passed(*option.passage, parentTime, tolerance);
     if (option.curve != nullptr)
-        return kxCurveEvaluation::value(*option.curve, passage.time, option.cursor, passage.tolerance);
+        return kxCurveEvaluation::value(*option.curve, passage.time, option.cursor, passage.tolerance, stepped);
     double time = passage.time;
     Option& chosen = choose(*option.below, time, passage.tolerance);
-    return valueOf(chosen, time, passage.tolerance);
+    return valueOf(chosen, time, passage.tolerance, stepped);
 }
 
 void kxClipProgram::evaluate(double seconds)
@@ -254,7 +254,7 @@ void kxClipProgram::evaluate(double seconds)
         for (; i < _channels.size() && _channels[i].target.container == container; ++i)
         {
             const kxChannelTarget& target = _channels[i].target;
-            if (target.write(valueOf(_channels[i].root, seconds, tolerance)))
+            if (target.write(valueOf(_channels[i].root, seconds, tolerance, target.field->isStepped())))
                 changed |= target.field->mask();
         }
         if (!changed.any())

@@ -60,7 +60,7 @@ private:
     struct Gathered;
 
     static Gathered gather(const osg::AnimNode& node, bool isRoot);
-    float valueOf(Option& option, double parentTime, double tolerance);
+    float valueOf(Option& option, double parentTime, double tolerance, bool stepped);
     const Passage& passed(Passage& passage, double entry, double tolerance) const;
     static Option& choose(Choice& choice, double& time, double tolerance);
 

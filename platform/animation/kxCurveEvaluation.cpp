@@ -41,24 +41,26 @@ bool isStep(const CCPnt& a, const CCPnt& b)
 }
 
 /// In the segment from key i to key i + 1, or at its start where i is the last key.
-float valueFrom(const Keys& keys, std::size_t i, double seconds, double tolerance)
+float valueFrom(const Keys& keys, std::size_t i, double seconds, double tolerance, bool stepped)
 {
     // A jump lies at the end of a step and where two keys share a time.
     while (i + 1 < keys.size() && keys[i + 1].x() - seconds <= tolerance &&
-           (isStep(keys[i], keys[i + 1]) || (i + 2 < keys.size() && keys[i + 2].x() == keys[i + 1].x())))
+           (stepped || isStep(keys[i], keys[i + 1]) || (i + 2 < keys.size() && keys[i + 2].x() == keys[i + 1].x())))
     {
         ++i;
         seconds = std::max(seconds, double(keys[i].x()));
     }
+    if (stepped)
+        return keys[i].y();
     return kxCurveMath::segmentValue(keys[i], keys[std::min(i + 1, keys.size() - 1)], seconds);
 }
 
 /// Inside the keys: keys.front().x() <= seconds <= keys.back().x().
-float insideValue(const Keys& keys, double seconds, UInt32& cursor, double tolerance)
+float insideValue(const Keys& keys, double seconds, UInt32& cursor, double tolerance, bool stepped)
 {
     const std::size_t i = findSegment(keys, seconds);
     cursor = UInt32(i);
-    return valueFrom(keys, i, seconds, tolerance);
+    return valueFrom(keys, i, seconds, tolerance, stepped);
 }
 
 float finite(double value)
@@ -74,14 +76,14 @@ float linearValue(const CCPnt& end, const Vec2f& inner, double seconds)
     return finite(end.y() + slope * (seconds - end.x()));
 }
 
-float outsideValue(const Keys& keys, double seconds, InfinityMode mode, UInt32& cursor, double tolerance)
+float outsideValue(const Keys& keys, double seconds, InfinityMode mode, UInt32& cursor, double tolerance, bool stepped)
 {
     const CCPnt& first = keys.front();
     const CCPnt& last = keys.back();
     const bool isBefore = seconds < first.x();
     const CCPnt& end = isBefore ? first : last;
     const double length = double(last.x()) - first.x();
-    if (mode == InfinityMode::Linear && keys.size() > 1)
+    if (mode == InfinityMode::Linear && keys.size() > 1 && !stepped)
         return linearValue(end, isBefore ? first.outtangent() : last.intangent(), seconds);
     const bool repeats =
         mode == InfinityMode::Loop || mode == InfinityMode::LoopWithOffset || mode == InfinityMode::Oscillate;
@@ -96,11 +98,11 @@ float outsideValue(const Keys& keys, double seconds, InfinityMode mode, UInt32& 
     if (mode == InfinityMode::Oscillate && std::fmod(period, 2.0) != 0)
         inside = double(first.x()) + last.x() - inside;
     const double offset = mode == InfinityMode::LoopWithOffset ? period * (double(last.y()) - first.y()) : 0;
-    return finite(insideValue(keys, inside, cursor, tolerance) + offset);
+    return finite(insideValue(keys, inside, cursor, tolerance, stepped) + offset);
 }
 } // namespace
 
-float kxCurveEvaluation::value(const AnimCurve& curve, double seconds, UInt32& cursor, double tolerance)
+float kxCurveEvaluation::value(const AnimCurve& curve, double seconds, UInt32& cursor, double tolerance, bool stepped)
 {
     const Keys& keys = curve.getControlPoints();
     std::size_t near = nearSegment(keys, seconds, cursor);
@@ -109,16 +111,16 @@ float kxCurveEvaluation::value(const AnimCurve& curve, double seconds, UInt32& c
     if (near < keys.size())
     {
         cursor = UInt32(near);
-        return valueFrom(keys, near, seconds, tolerance);
+        return valueFrom(keys, near, seconds, tolerance, stepped);
     }
     if (keys.empty() || std::isnan(seconds))
         return 0;
     const double first = keys.front().x(), last = keys.back().x();
     if (seconds >= first - tolerance && seconds <= last + tolerance)
-        return insideValue(keys, std::clamp(seconds, first, last), cursor, tolerance);
+        return insideValue(keys, std::clamp(seconds, first, last), cursor, tolerance, stepped);
     const bool isBefore = seconds < first;
     const UInt32 mode = isBefore ? curve.getPreInfinityMode() : curve.getPostInfinityMode();
-    return outsideValue(keys, seconds, InfinityMode(mode), cursor, tolerance);
+    return outsideValue(keys, seconds, InfinityMode(mode), cursor, tolerance, stepped);
 }
 
 float kxCurveEvaluation::value(const AnimCurve& curve, double seconds)

@@ -12,8 +12,10 @@ namespace kxCurveEvaluation
 ///
 /// `cursor` is the index of the segment that was used last, any number at first; it only makes the search short.
 /// `tolerance`, in seconds: a time short of a jump by no more than this counts as on it, since keys and times are
-/// rounded to float on different ways.
-KX_API float value(const osg::AnimCurve& curve, double seconds, osg::UInt32& cursor, double tolerance);
+/// rounded to float on different ways. `stepped`: the value of a key holds up to the next one, as fields that are
+/// stepped want it.
+KX_API float value(const osg::AnimCurve& curve, double seconds, osg::UInt32& cursor, double tolerance,
+                   bool stepped = false);
 KX_API float value(const osg::AnimCurve& curve, double seconds);
 
 /// The segment where `seconds` is likely to be, told from the one at `cursor`: exact where keys stand at even

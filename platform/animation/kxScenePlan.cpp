@@ -157,17 +157,20 @@ void kxScenePlan::computeTimes(double seconds)
         _times[i] = kxNodeTime::contentTime(*_contexts[i].node, _times[_contexts[i].parent], _tolerance);
 }
 
-float kxScenePlan::valueOf(Entry& entry) const
+float kxScenePlan::valueOf(Entry& entry, bool stepped) const
 {
-    return kxCurveEvaluation::value(*entry.curve, _times[entry.context], entry.cursor, _tolerance);
+    return kxCurveEvaluation::value(*entry.curve, _times[entry.context], entry.cursor, _tolerance, stepped);
 }
 
 bool kxScenePlan::writeEntry(std::size_t index)
 {
     Entry& entry = _entries[index];
-    const float value = valueOf(entry);
     if (entry.address == nullptr)
-        return _infos[index].target.write(value);
+    {
+        const kxChannelTarget& target = _infos[index].target;
+        return target.write(valueOf(entry, target.field->isStepped()));
+    }
+    const float value = valueOf(entry, false); // what jumps has no address
     if (*entry.address == value)
         return false;
     *entry.address = value;

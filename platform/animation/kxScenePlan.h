@@ -61,7 +61,7 @@ private:
     };
     class Builder;
 
-    float valueOf(Entry& entry) const;
+    float valueOf(Entry& entry, bool stepped) const;
     bool writeEntry(std::size_t index);
     void computeTimes(double seconds);
     void evaluateAll();

@@ -52,7 +52,7 @@ public:
 
     /// The values that make sense, for panels and writers of components; outside them writers of components clamp.
     FieldDescription& range(float minimum, float maximum);
-    /// The value jumps: keys of it are steps.
+    /// The value jumps from key to key: evaluation gives none between them, whatever tangents the keys have.
     FieldDescription& stepped();
     /// Not stored in scene files (it follows from other fields, or is the file's structure).
     FieldDescription& transient();

@@ -5,8 +5,13 @@
 #include <animation/kxNodeTime.h>
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlan.h>
+#include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxTable.h>
+#include <kxUndo.h>
 #include <scene/UberMaterial.h>
+
+#include <QUndoStack>
 
 #include <map>
 #include <random>
@@ -35,6 +40,8 @@ private Q_SLOTS:
     void restValuesComeBack();
     void restValuesOfFiles();
     void fieldsWithoutAnAddress();
+    void steppedFieldsJump_data();
+    void steppedFieldsJump();
     void sharedAttachmentsDriveAll();
     void shownCurvesAlone();
     void framesSurviveSeconds();
@@ -264,8 +271,45 @@ void tst_kxSceneEvaluation::fieldsWithoutAnAddress()
     QVERIFY(object->isActive());
     QVERIFY(std::abs(material->getRoughness() - 0.625f) < 1.0e-6f);
     manager()->setCurrentFrame(20, false, false);
-    QVERIFY(!object->isActive());
+    QVERIFY(object->isActive());
     QCOMPARE(material->getRoughness(), 1.0f); // kept in its range
+    manager()->setCurrentFrame(24, false, false);
+    QVERIFY(!object->isActive());
+}
+
+/// What jumps has no value between two keys, whatever their tangents; neither by the timeline nor in a clip.
+void tst_kxSceneEvaluation::steppedFieldsJump_data()
+{
+    kxColumns<double, int, int>("frame", "infinity", "choice");
+    kxRow("before the keys", 5.0, 0, 2);
+    kxRow("at the first", 12.0, 0, 2);
+    kxRow("between", 35.0, 0, 2);
+    kxRow("at the last", 36.0, 0, 6);
+    kxRow("no slope behind the keys", 48.0, int(InfinityMode::Linear), 6);
+    kxRow("the next round", 59.0, int(InfinityMode::Loop), 2);
+    kxRow("the next round, above", 59.0, int(InfinityMode::LoopWithOffset), 6);
+}
+
+void tst_kxSceneEvaluation::steppedFieldsJump()
+{
+    QFETCH(double, frame);
+    QFETCH(int, infinity);
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const SwitchPtr choice = Switch::create();
+    object->setCore(choice);
+    const AnimNodePtr node = f.curve("choice", "", {{0.5f, 2}, {1.5f, 6}});
+    f.curveOf(node)->setPostInfinityMode(UInt32(infinity));
+    const AnimNodePtr block = f.block("block", {node});
+    manager()->addAnimation(object, block);
+    const AnimNodePtr clip = f.clip("clip", {f.clone(block, 0)});
+    manager()->addToClipStructure(clip);
+    manager()->setCurrentFrame(frame, false, false);
+    QTEST(int(choice->getChoice()), "choice");
+    choice->setChoice(0);
+    manager()->evaluateByFrame(clip, frame, false, false, false);
+    if (infinity == 0) // a clip ends with its last key
+        QTEST(int(choice->getChoice()), "choice");
 }
 
 void tst_kxSceneEvaluation::sharedAttachmentsDriveAll()
