@@ -9,6 +9,8 @@
 #include <app/kxSceneEdits.h>
 #include <app/kxSceneObjects.h>
 #include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
@@ -200,8 +202,9 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
         kxRaise(PyExc_ValueError, "a trigger stands in a clip");
     if (kind != "viewpoint" && kind != "variant" && kind != "sequence")
         kxRaise(PyExc_ValueError, "no trigger is called '" + kind + "'; there are: viewpoint, variant, sequence");
-    const float seconds = float(frame / kxAnimManager::the()->fps());
-    if (!std::isfinite(seconds))
+    const double seconds = frame / kxAnimManager::the()->fps();
+    const double own = kxNodeTime::toRoot(clip).from(seconds); // the frame is the ruler's
+    if (!std::isfinite(float(seconds)) || !std::isfinite(float(own)))
         kxRaise(PyExc_ValueError, "the frame has to be a finite number");
     const osg::AnimSequencePtr core = osg::AnimSequenceBase::create();
     core->setName(name);
@@ -209,8 +212,9 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
     core->setIsViewpoint(kind == "viewpoint");
     const osg::AnimNodePtr node = osg::AnimNodeBase::create();
     node->setCore(core);
-    node->moveBy(seconds, kxAnimManager::the()->calculateFreeOffsetYFor(
-                              float(kxNodeTime::toRoot(clip).to(double(seconds))), 0, clip, osg::AnimNodePtr()));
+    node->moveBy(float(own),
+                 kxAnimManager::the()->calculateFreeOffsetYFor(float(seconds), 0, clip, osg::AnimNodePtr()));
+    kxNodeUtils::setName(node, name, true, osg::NodePtr());
     auto* const command = new kxPlaceNodesCommand(kxUndoString(QStringLiteral("Add Trigger"), QStringLiteral("Scene")));
     command->insertNode(node, clip, -1);
     kxUndoStack::get(0).add(command);
@@ -234,6 +238,8 @@ void setFrameRange(int start, int end)
     manager->setFullRangeEnd(end);
     manager->setDetailedRangeStart(start);
     manager->setDetailedRangeEnd(end);
+    kxMessage message;
+    kxController::call(kxMessageName::UpdateAnimControlGUI, message, 0);
 }
 
 void defineScene()
@@ -337,7 +343,7 @@ void defineAnimation()
             "@type kind: string\n\n"
             "@param name: What fires; of a variant set its name, or \"Set/Choice\".\n\n"
             "@type name: string\n\n"
-            "@param frame: Its place.\n\n"
+            "@param frame: Where it stands on the ruler, which shows the time of the timeline.\n\n"
             "@type frame: float\n\n"
             "@return: The trigger.\n\n"
             "@rtype: AnimNodePtr\n\n"

@@ -2,6 +2,8 @@
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
+#include <kxHeard.h>
+#include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/AnimCores.h>
@@ -49,6 +51,8 @@ private Q_SLOTS:
     void scripts_data();
     void scripts();
     void settingAKeyIsOneStep();
+    void triggersStandAtTheRulersFrame();
+    void theTimelineHearsOfItsRange();
     void settingAValueIsOneStep();
     void messagesCarryExactTypes();
     void scriptsAndWindowShareTheFile();
@@ -255,6 +259,42 @@ void tst_kxHostModule::settingAKeyIsOneStep()
     QCOMPARE(curve->getControlPoints(1).inType, osg::UInt32(osg::TangentType::Linear));
     run("assert undo() and keys(door, x)[2] == (2, 4) and undo() and len(keys(door, x)) == 2 and redo()");
     QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
+}
+
+/// In a clip that stands at 2 seconds, twice as slow, in another at 1.
+void tst_kxHostModule::triggersStandAtTheRulersFrame()
+{
+    const osg::AnimNodePtr outer = osg::AnimNodeBase::create(), clip = osg::AnimNodeBase::create();
+    for (const osg::AnimNodePtr& node : {outer, clip})
+        node->setCore(osg::AnimClipBase::create());
+    outer->setOffset(osg::Vec2f(1, 0));
+    outer->addChild(clip);
+    clip->setOffset(osg::Vec2f(2, 0));
+    clip->setScale(2);
+    kxAnimManager::the()->addToClipStructure(outer);
+    kxSelection::the().setIds(kxSelection::Nodes, {clip->getId()});
+    run("clip = kxNodePtr(selectedNodes()[0])\n"
+        "names = [addTrigger(clip, 'viewpoint', 'Close', frame).name for frame in (96, 120)]\n"
+        "assert names == ['Close', 'Close_1'], names");
+    QCOMPARE(clip->getNChildren(), 2u);
+    for (const double frame : {96.0, 120.0})
+    {
+        const auto trigger = osg::AnimNodePtr::dcast(clip->getChild(frame == 96 ? 0 : 1));
+        osg::BoxVolume volume;
+        trigger->getWorldVolume(volume);
+        osg::Pnt3f start, end;
+        volume.getBounds(start, end);
+        QCOMPARE(start.x() * 24, float(frame));
+        QCOMPARE(osg::AnimSequencePtr::dcast(trigger->getCore())->getName(), std::string("Close"));
+    }
+    kxAnimManager::the()->clipStructureRoot()->subChild(outer);
+}
+
+void tst_kxHostModule::theTimelineHearsOfItsRange()
+{
+    const kxHeard<> updates{kxMessageName::UpdateAnimControlGUI};
+    run("setFrameRange(-7, 31)");
+    QCOMPARE(updates.count, 1);
 }
 
 void tst_kxHostModule::settingAValueIsOneStep()
