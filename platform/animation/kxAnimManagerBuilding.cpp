@@ -64,6 +64,7 @@ bool moveBlock(const AnimNodePtr& block, const FieldContainerPtr& source, const 
         return false;
     if (activate)
         setActive(block, true);
+    kxAnimManager::the()->updateSceneAnimCurveData(); // both objects show it at once
     return true;
 }
 

@@ -157,6 +157,8 @@ std::vector<AnimNodePtr> paste(const FieldContainerPtr& target, bool shareCores,
         pasted.push_back(clone);
     }
     markChanged(parent, Node::ChildrenFieldMask);
+    if (AnimNodePtr::dcast(target) == NullFC)
+        kxAnimManager::the()->updateSceneAnimCurveData(); // the object shows it at once
     return pasted;
 }
 

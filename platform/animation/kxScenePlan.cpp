@@ -59,6 +59,14 @@ void kxScenePlan::settle()
     kxAnimWatch::the().clearStale();
 }
 
+void kxScenePlan::setStale(const kxChannelTarget& target)
+{
+    update();
+    for (std::size_t i = 0; i < _infos.size(); ++i)
+        if (_infos[i].target == target)
+            _dirty.push_back(UInt32(i));
+}
+
 void kxScenePlan::update()
 {
     kxAnimWatch& watch = kxAnimWatch::the();

@@ -21,6 +21,8 @@ public:
     void evaluate(double seconds, bool all);
     /// Makes the plan anew where it is stale, which also settles the rest values.
     void update();
+    /// Something else wrote this channel: evaluate() gives it the value of the time again where it is driven.
+    void setStale(const kxChannelTarget& target);
     /// Forgets all.
     void clear();
 

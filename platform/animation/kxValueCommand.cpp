@@ -1,5 +1,7 @@
 #include <animation/kxValueCommand.h>
 
+#include <animation/kxScenePlan.h>
+#include <kxAnimManager.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <algorithm>
@@ -18,7 +20,10 @@ bool kxValueCommand::changesAnything() const
 
 void kxValueCommand::undo()
 {
-    write(false);
+    // The value of before may be that of another frame.
+    for (const kxChannelTarget& target : write(false))
+        kxScenePlan::the().setStale(target);
+    kxAnimManager::the()->updateSceneAnimCurveData();
 }
 
 void kxValueCommand::redo()
@@ -26,14 +31,17 @@ void kxValueCommand::redo()
     write(true);
 }
 
-void kxValueCommand::write(bool forward) const
+std::vector<kxChannelTarget> kxValueCommand::write(bool forward) const
 {
+    std::vector<kxChannelTarget> written;
     for (const Entry& entry : _entries)
     {
         const auto container = osg::FieldContainerFactory::the()->get<osg::FieldContainer>(entry.id);
         if (container == osg::NullFC)
             continue;
-        kxChannelTarget{&*container, entry.field, entry.component}.write(forward ? _value : entry.before);
+        written.push_back({&*container, entry.field, entry.component});
+        written.back().write(forward ? _value : entry.before);
         osg::markChanged(container, entry.field->mask());
     }
+    return written;
 }

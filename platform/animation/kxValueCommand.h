@@ -28,7 +28,7 @@ private:
         float before;
     };
 
-    void write(bool forward) const;
+    std::vector<kxChannelTarget> write(bool forward) const;
 
     std::vector<Entry> _entries;
     float _value;

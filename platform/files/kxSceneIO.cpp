@@ -27,6 +27,7 @@
 #include <QFileInfo>
 #include <QUndoStack>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace osg;
@@ -246,9 +247,9 @@ bool importAnimations(const QString& path, kxFileReport& report)
     auto* const command = new kxLoadAnimationsCommand(text, object, animations);
     for (const AnimNodePtr& animation : animations)
         content.clips->subChild(animation);
-    report.setSummary(QStringLiteral("%1 %2 for '%3'")
-                          .arg(animations.size())
-                          .arg(QLatin1String(animations.size() == 1 ? "animation" : "animations"),
+    const auto whole = std::count_if(animations.begin(), animations.end(), isNamed);
+    report.setSummary(QStringLiteral("%1 for '%2'")
+                          .arg(kxSceneSummary::ofAnimations(std::size_t(whole), animations.size() - std::size_t(whole)),
                                QString::fromStdString(object->getNodeName())),
                       false);
     kxUndoStack::get(0).add(command);

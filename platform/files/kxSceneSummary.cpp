@@ -17,11 +17,22 @@ QString counted(std::size_t count, const char* one, const char* several)
     return QStringLiteral("%1 %2").arg(count).arg(QString::fromLatin1(count == 1 ? one : several));
 }
 
-std::size_t animationsOf(const AttachmentContainerPtr& object)
+struct Animations
 {
-    const AnimAttachmentPtr attachment = object->findAttachment<AnimAttachment>();
-    return attachment == NullFC ? 0 : attachment->getAnimationRoot()->getNChildren();
-}
+    std::size_t whole = 0;    ///< blocks and the like
+    std::size_t channels = 0; ///< that have keys of their own
+
+    void add(const AttachmentContainerPtr& object)
+    {
+        const AnimAttachmentPtr attachment = object->findAttachment<AnimAttachment>();
+        if (attachment == NullFC)
+            return;
+        std::vector<AnimNodePtr> animations;
+        attachment->getTopLevelAnimations(animations, true);
+        whole += animations.size();
+        channels += attachment->getAnimationRoot()->getNChildren() - animations.size();
+    }
+};
 
 void setName(const MaterialPtr& material, const std::string& name)
 {
@@ -32,18 +43,19 @@ void setName(const MaterialPtr& material, const std::string& name)
 
 QString kxSceneSummary::of(const kxSceneContent& content)
 {
-    std::size_t objects = 0, animations = 0;
+    std::size_t objects = 0;
+    Animations animations;
     traverse(content.root.get(),
              [&](const NodePtr& node)
              {
                  objects += node == NodePtr(content.root.get()) ? 0 : 1;
-                 animations += animationsOf(node);
+                 animations.add(node);
                  return Action::Continue;
              });
     std::set<UInt32> textures;
     for (const kxShare<Material>& material : content.materials)
     {
-        animations += animationsOf(material.get());
+        animations.add(material.get());
         const UberMaterialPtr surface = UberMaterialPtr::dcast(material.get());
         if (surface != NullFC && surface->getBaseColorImage() != NullFC)
             textures.insert(surface->getBaseColorImage().getFieldContainerId());
@@ -56,11 +68,17 @@ QString kxSceneSummary::of(const kxSceneContent& content)
                  clips += node != structure && AnimClipPtr::dcast(node->getCore()) != NullFC ? 1 : 0;
                  return Action::Continue;
              });
-    return QStringList({counted(objects, "object", "objects"),
-                        counted(content.materials.size(), "material", "materials"),
-                        counted(textures.size(), "texture", "textures"), counted(animations, "animation", "animations"),
-                        counted(clips, "clip", "clips")})
-        .join(QStringLiteral(", "));
+    const QStringList parts = {counted(objects, "object", "objects"),
+                               counted(content.materials.size(), "material", "materials"),
+                               counted(textures.size(), "texture", "textures"),
+                               ofAnimations(animations.whole, animations.channels), counted(clips, "clip", "clips")};
+    return parts.join(QStringLiteral(", "));
+}
+
+QString kxSceneSummary::ofAnimations(std::size_t whole, std::size_t channels)
+{
+    const QString text = counted(whole, "animation", "animations");
+    return channels == 0 ? text : text + QStringLiteral(", ") + counted(channels, "keyed channel", "keyed channels");
 }
 
 void kxSceneSummary::nameMaterials(const kxSceneContent& content, const std::vector<MaterialPtr>& taken)

@@ -12,6 +12,8 @@ constexpr char WrapNote[] = "textures that are clamped or mirrored at their edge
 
 /// "12 objects, 3 materials, 2 textures, 1 animation, no clips".
 QString of(const kxSceneContent& content);
+/// "2 animations, 9 keyed channels": the channels that have keys of their own, in no animation, where there are any.
+QString ofAnimations(std::size_t whole, std::size_t channels);
 
 /// Names materials without a name after the first object that shows them, and gives those that share a name, or have
 /// one that is in `taken`, a number.

@@ -235,9 +235,15 @@ void tst_kxAnimManager::clipboardHoldsWhatDied()
     f.curveOf(AnimNodePtr::dcast(block->getChild(0)))->clear();
     manager()->subAnimation(object, block);              // dies
     manager()->copy(AnimNodePtr(), FieldContainerPtr()); // nothing: what was copied stays
-    const NodePtr target = f.object();
+    const NodePtr target = f.object(), third = f.object();
+    manager()->setCurrentFrame(6, false, false);
     const std::vector<AnimNodePtr> pasted = manager()->pasteTo(target, true, false);
     QCOMPARE(pasted.size(), std::size_t(1));
+    QCOMPARE(f.transform(target)->getScale().x(), 4.0f); // shown at once
+    QVERIFY(manager()->moveBlockToNode(pasted[0], target, third, true));
+    QCOMPARE(f.transform(third)->getScale().x(), 4.0f);
+    QCOMPARE(f.transform(target)->getScale().x(), 1.0f);
+    QVERIFY(manager()->moveBlockToNode(pasted[0], third, target, true));
     QVERIFY(pasted[0]->getFlipped() && pasted[0]->getParent() == NodePtr(rootOf(target)));
     QCOMPARE(f.curveOf(AnimNodePtr::dcast(pasted[0]->getChild(0)))->getControlPoints().size(), std::size_t(2));
     const std::vector<AnimNodePtr> again = manager()->pasteTo(target, false, false);

@@ -193,7 +193,8 @@ void tst_kxSceneEvaluation::aUsersValueStandsUntilTheFrameMoves()
 {
     kxAnimFixture f;
     const NodePtr object = f.object();
-    manager()->addAnimation(object, f.curve("translation", "X", {{0, 1}, {1, 2}}));
+    const AnimNodePtr node = f.curve("translation", "X", {{0, 1}, {1, 2}});
+    manager()->addAnimation(object, node);
     const AnimNodePtr other = f.curve("translation", "Y", {{0, 1}});
     manager()->addAnimation(object, other);
     manager()->setCurrentFrame(24, false, false);
@@ -208,6 +209,16 @@ void tst_kxSceneEvaluation::aUsersValueStandsUntilTheFrameMoves()
     QCOMPARE(f.transform(object)->getTranslation(), Vec3f(77, 6, 9));
     manager()->setCurrentFrame(23, false, false);
     QVERIFY(f.transform(object)->getTranslation().x() < 2);
+
+    // Taken back at another frame it leaves what that one has.
+    kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 55, true);
+    manager()->setCurrentFrame(12, false, false);
+    QUndoStack& stack = *kxUndoStack::get(0).stack();
+    stack.undo();
+    QCOMPARE(f.transform(object)->getTranslation().x(), 1.5f);
+    stack.redo();
+    QCOMPARE(f.transform(object)->getTranslation().x(), 55.0f);
+    stack.clear();
 }
 
 void tst_kxSceneEvaluation::restValuesComeBack()

@@ -67,6 +67,7 @@ void tst_kxSceneIO::messagesComeInOrder()
     heard.clear();
     QVERIFY(kxSceneIO::open(path, report));
     kxController::subCB(kxMessageName::TrashCleared, &hearTrash);
+    QVERIFY2(report.summary().contains(QLatin1String("1 animation, 1 clip")), qPrintable(report.summary()));
     QCOMPARE(heard, QStringList({"800000:4", "trash", "10:0", "20:4", "200000:4"}));
     QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
     QVERIFY(kxSelection::the().nodes().empty());
@@ -177,7 +178,9 @@ void tst_kxSceneIO::animationsGoToTheSelectedObject()
         kxSelection::the().setIds(kxSelection::Nodes, {target.getFieldContainerId()});
         kxFileReport report(path);
         QVERIFY2(kxSceneIO::importFile(path, report), qPrintable(report.error()));
-        QVERIFY(report.summary().contains(QString::fromStdString(target->getNodeName())));
+        QCOMPARE(
+            report.summary(),
+            QStringLiteral("1 animation, 1 keyed channel for '%1'").arg(QString::fromStdString(target->getNodeName())));
     }
     QCOMPARE(stack->count(), 2);
     // The curve is the file's, the block stands beside its original.
