@@ -80,7 +80,7 @@ public:
     void subPoint(UInt32 index);
 
     /// Computes the vector of one side by `type` and sets the type; -1 means the type that the side has. Type 5 keeps
-    /// the vector. An index beyond the end does nothing. The rule: kxCurveMath.h of the platform.
+    /// the vector. An index beyond the end does nothing. The rule: kxCurveMath.h.
     void computeIntangent(UInt32 index, Int32 type);
     void computeOuttangent(UInt32 index, Int32 type);
 
