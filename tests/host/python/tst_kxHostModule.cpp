@@ -156,7 +156,8 @@ void tst_kxHostModule::scripts_data()
                                "    for name in channelNames(owner):\n"
                                "        setChannelValue(owner, name, channelValue(owner, name))\n"
                                "assert undoCount() == 0, 'nothing has changed'\n"
-                               "assert setChannelValue(door, 'scale.Y', 2) == channelValue(door, 'scale.Y') == 2";
+                               "assert setChannelValue(door, 'scale.Y', 2) == channelValue(door, 'scale.Y') == 2\n"
+                               "assert setChannelValue(paint, 'roughness', 7) == channelValue(paint, 'roughness') == 1";
     QTest::newRow("values refused")
         << "door, knob = findNode('Door'), findNode('Knob')\n"
            "for bad in (float('nan'), float('inf'), -float('inf'), 1e300):\n"

@@ -342,6 +342,11 @@ void tst_kxAnimManager::keysKeepTheirFrames()
     const AnimNodePtr block = f.block("block", {node});
     block->setOffset(Vec2f(10 / 24.0f, 0));
     manager()->addAnimation(object, block);
+    const AnimNodePtr shot = f.group<AnimShotBase>("shot", {});
+    const AnimShotPtr times = AnimShotPtr::dcast(shot->getCore());
+    times->setShotDuration(2);
+    times->setTransitionDuration(0.5f);
+    manager()->addToClipStructure(f.clip("clip", {shot}));
     manager()->setCurrentFrame(113, false, false);
     const float value = f.transform(object)->getTranslation().x();
     manager()->setKeepKeysAtFrame(true);
@@ -351,6 +356,8 @@ void tst_kxAnimManager::keysKeepTheirFrames()
         for (UInt32 i = 0; i < 500; ++i)
             QVERIFY(std::abs(f.curveOf(node)->getControlPoints(i).x() * fps - i) < 1.0e-4);
         QVERIFY(std::abs(f.transform(object)->getTranslation().x() - value) < 1.0e-3);
+        QVERIFY(std::abs(times->getShotDuration() * fps - 48) < 1.0e-4);
+        QVERIFY(std::abs(times->getTransitionDuration() * fps - 12) < 1.0e-4);
     }
     manager()->setKeepKeysAtFrame(false);
     const float before = f.curveOf(node)->getControlPoints(7).x();

@@ -205,7 +205,8 @@ void tst_kxClipEvaluation::sharedBlocksDriveEveryObject()
     root->subChild(s.object);
     QCOMPARE(manager()->blockSceneRefCount(s.block), 1u);
     QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == second);
-    QVERIFY(!kxAnimEvaluator::the()->computeAim(curve, NodePtr(), target, aims) || aims.size() == 1);
+    kxAnimEvaluator::the()->computeAim(curve, second, target, aims);
+    QCOMPARE(aims, std::vector<FieldContainerPtr>({second}));
     root->subChild(second);
     root->addChild(s.object);
     QVERIFY(manager()->findFirstParent(curve) == s.object);
@@ -330,14 +331,20 @@ void tst_kxClipEvaluation::triggersInNestedCycles_data()
     QTest::addColumn<double>("from");
     QTest::addColumn<double>("to");
     QTest::addColumn<QString>("expected");
-    // Inner time 0 to 2 with a trigger at each end and one at 0.5, in an outer clip from second 10 on.
-    QTest::newRow("one pass") << 0 << false << 9.0 << 20.0 << "s0 sh s2";
-    QTest::newRow("three passes") << 2 << false << 9.0 << 99.0 << "s0 sh s2 s0 sh s2 s0 sh s2";
-    QTest::newRow("from the middle of one to the middle of another") << 2 << false << 11.0 << 13.0 << "s2 s0 sh";
-    QTest::newRow("backwards") << 2 << false << 13.0 << 11.0 << "sh s0 s2";
-    QTest::newRow("flipped") << 1 << true << 9.0 << 13.0 << "s2 sh s0 s2";
-    QTest::newRow("endless") << -1 << false << 1010.2 << 1012.2 << "sh s2 s0";
-    QTest::newRow("nothing on the way") << 2 << false << 10.6 << 11.9 << "";
+    QTest::addColumn<float>("lead");
+    // Inner time 0 to 2 with a trigger at each end and one at 0.5, all later by the lead, in an outer clip from second
+    // 10 on.
+    QTest::newRow("one pass") << 0 << false << 9.0 << 20.0 << "s0 sh s2" << 0.0f;
+    QTest::newRow("three passes") << 2 << false << 9.0 << 99.0 << "s0 sh s2 s0 sh s2 s0 sh s2" << 0.0f;
+    QTest::newRow("from the middle of one to the middle of another")
+        << 2 << false << 11.0 << 13.0 << "s2 s0 sh" << 0.0f;
+    QTest::newRow("backwards") << 2 << false << 13.0 << 11.0 << "sh s0 s2" << 0.0f;
+    QTest::newRow("flipped") << 1 << true << 9.0 << 13.0 << "s2 sh s0 s2" << 0.0f;
+    QTest::newRow("endless") << -1 << false << 1010.2 << 1012.2 << "sh s2 s0" << 0.0f;
+    QTest::newRow("nothing on the way") << 2 << false << 10.6 << 11.9 << "" << 0.0f;
+    QTest::newRow("that begin later") << 1 << false << 12.0 << 16.0 << "s0 sh s2 s0 sh" << 3.0f;
+    QTest::newRow("flipped, that begin later") << 1 << true << 12.0 << 16.0 << "s2 sh s0 s2" << 3.0f;
+    QTest::newRow("flipped and backwards, that begin later") << 0 << true << 16.0 << 14.0 << "s0 sh" << 3.0f;
 }
 
 void tst_kxClipEvaluation::triggersInNestedCycles()
@@ -348,7 +355,9 @@ void tst_kxClipEvaluation::triggersInNestedCycles()
     QFETCH(double, to);
     kxAnimFixture f;
     Fired fired;
-    const AnimNodePtr inner = f.clip("inner", {f.trigger("0", 0), f.trigger("h", 0.5f), f.trigger("2", 2)});
+    QFETCH(float, lead);
+    const AnimNodePtr inner =
+        f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
     inner->setPostCycles(cycles);
     inner->setFlipped(flipped);
     const AnimNodePtr outer = f.clip("outer", {inner});

@@ -350,6 +350,11 @@ void tst_kxPlayback::queueIsStoppedPausedAndReset()
     manager()->pause(block, false);
     tickAt(105);
     QCOMPARE(x(), 23.0f);
+    manager()->pause(block, true);
+    tickAt(108);
+    manager()->enqueue(block, false); // plays on where it stood
+    tickAt(109);
+    QCOMPARE(x(), 33.0f);
     manager()->reset(block, false);
     QCOMPARE(x(), 3.0f);
     QVERIFY(kxAnimEvaluator::the()->isPlaying(block));

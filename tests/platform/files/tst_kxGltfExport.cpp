@@ -9,6 +9,7 @@
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
+#include <kxTable.h>
 
 #include <tiny_gltf.h>
 
@@ -56,6 +57,7 @@ private Q_SLOTS:
     void keysPassExactly_data();
     void keysPassExactly();
     void everyTurnIsKept();
+    void repeatsAreSampledAndNamed_data();
     void repeatsAreSampledAndNamed();
     void theSceneStaysAsItIs();
     void objectsComeBack();
@@ -159,16 +161,25 @@ void tst_kxGltfExport::everyTurnIsKept()
     }
 }
 
+void tst_kxGltfExport::repeatsAreSampledAndNamed_data()
+{
+    kxColumns<int, double>("cycles", "seconds");
+    kxRow("the middle of the second pass", 1, 1.5);
+    kxRow("without end, up to that of the timeline", -1, 3.5);
+}
+
 void tst_kxGltfExport::repeatsAreSampledAndNamed()
 {
+    QFETCH(int, cycles);
+    QFETCH(double, seconds);
+    kxAnimManager::the()->setFullRangeEnd(96);
     const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
     addCurve(object, "scale", "", 0, {{0, 1}, {1, 2}}, TangentType::Linear);
     const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "repeats");
-    block->setPostCycles(1);
+    block->setPostCycles(cycles);
     markChanged(block, AnimNodeBase::PostCyclesFieldMask);
     QVERIFY(roundTrip());
     QVERIFY(_notes.contains(QLatin1String("sampled")));
-    const double seconds = 1.5; // the middle of the second pass
     QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
 }
 

@@ -3,7 +3,10 @@
 
 #include <files/kxEnvelope.h>
 #include <files/kxSceneFile.h>
+#include <osg/AnimCores.h>
+#include <scene/ClippingPlane.h>
 #include <scene/Mesh.h>
+#include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
@@ -38,6 +41,7 @@ private Q_SLOTS:
     void init();
     void savingWhatWasReadGivesTheSameBytes();
     void everythingComesBack();
+    void theFileHoldsTheseFields();
     void arraysOfAnySizeKeepTheirPlace();
     void animatedValuesAreSavedAtRest();
     void whatIsWrittenCanBeRead();
@@ -101,6 +105,66 @@ void tst_kxSceneFile::everythingComesBack()
     QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
     QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
              QStringLiteral("R\u00e4der"));
+}
+
+/// Writer and reader follow one table, so that a field that left it would be missed by neither.
+void tst_kxSceneFile::theFileHoldsTheseFields()
+{
+    kxRichScene::make();
+    for (const NodeCorePtr& core :
+         {NodeCorePtr(Viewpoint::create()), NodeCorePtr(SceneSequence::create()), NodeCorePtr(ClippingPlane::create())})
+        addNode(kxScene::the()->sceneryRoot(), "scenery", core);
+    for (const NodeCorePtr& core : {NodeCorePtr(AnimWizClipBase::create()), NodeCorePtr(TimeShapeCacheBase::create())})
+    {
+        const AnimNodePtr node = AnimNodeBase::create();
+        node->setCore(core);
+        kxAnimManager::the()->addToClipStructure(node);
+    }
+    const QCborMap file = QCborValue::fromCbor(bytesOfScene().mid(kxEnvelope::HeadSize)).toMap();
+    QStringList found;
+    for (const QCborValue& entry : file[QStringLiteral("classes")].toArray())
+    {
+        QStringList fields;
+        for (const QCborValue& field : entry.toArray()[1].toArray())
+            fields << field.toArray()[0].toString();
+        found << entry.toArray()[0].toString() + QStringLiteral(": ") + fields.join(QLatin1Char(' '));
+    }
+    QStringList settings;
+    const QCborMap animation = file[QStringLiteral("animation")].toMap();
+    for (const auto& setting : animation)
+        settings << setting.first.toString();
+    found << QStringLiteral("animation: ") + settings.join(QLatin1Char(' '));
+    found.sort();
+    const QString place = QStringLiteral("nodeName translation eulerRotation eulerRotationOrientation scale");
+    const QStringList expected = {
+        "AnimAttachment: animationRoot",
+        "AnimBlock: nodeName name",
+        "AnimClip: nodeName name",
+        "AnimCurve: nodeName name channelName suffix color controlPoints preInfinityMode postInfinityMode",
+        "AnimNode: nodeName travMask offset scale postCycles locked flipped motionBlur hidden usePlayRange playRange",
+        "AnimSequence: nodeName name isVariant isViewpoint",
+        "AnimShot: nodeName name shotType transitionType interpolation shotDuration transitionDuration startFrom "
+        "startAt endFrom endAt startUp endUp startShotImage endShotImage",
+        "AnimWizClip: nodeName name start duration interpolation startImage endImage",
+        "Camera: " + place + " focalLength near far",
+        "ClippingPlane: " + place,
+        "Geometry: " + place + " material mesh skin",
+        "Group: nodeName",
+        "Image: width height pixels encoded",
+        "Light: " + place + " kind color intensity coneAngle",
+        "Mesh: positions normals texCoords colors indices",
+        "Node: nodeName travMask",
+        "SceneSequence: nodeName steps",
+        "Skin: joints inverseBindMatrices vertexJoints vertexWeights",
+        "Switch: " + place + " choice",
+        "TagAttachment: animations",
+        "TimeShapeCache: nodeName name range",
+        "Transform: " + place,
+        "UberMaterial: nodeName baseColor metallic roughness opacity emissive baseColorImage doubleSided alphaCutoff",
+        "Viewpoint: " + place + " focalLength near far targetDistance",
+        "animation: currentFrame detailedRangeEnd detailedRangeStart evaluateSubframes fps fullRangeEnd fullRangeStart "
+        "keepKeysAtFrame loopTimeline playbackFPS playbackRangeHint"};
+    QCOMPARE(found, expected);
 }
 
 void tst_kxSceneFile::arraysOfAnySizeKeepTheirPlace()

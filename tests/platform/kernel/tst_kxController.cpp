@@ -126,9 +126,8 @@ void tst_kxController::handlersDuringDelivery()
     kxController::call(Name, message, 0);
     QTEST(ran, "once");
     ran.clear();
-    const int count = kxController::call(Name, message, 0);
+    kxController::call(Name, message, 0);
     QTEST(ran, "again");
-    QVERIFY(count > 0);
 
     handlers << &last;
     for (const kxController::Callback handler : handlers)

@@ -2,10 +2,25 @@
 
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
+#include <kxOwned.h>
+#include <osg/AnimCurve.h>
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QtTest>
+
+/// A key at 1 second, which a new rate takes along where "Keep Keys at Current Frames" came before the rate.
+struct kxKeyOfTheRate
+{
+    kxKeyOfTheRate()
+    {
+        curve->addPoint(osg::Pnt2f(1, 0), osg::Vec2f(), osg::Vec2f(), 1, 1, true, true);
+        kxAnimManager::the()->setKeepKeysAtFrame(false);
+    }
+    void verifyAt(double seconds) const { QCOMPARE(curve->getControlPoints(0).x(), float(seconds)); }
+
+    const kxOwned<osg::AnimCurve> curve{osg::AnimCurveBase::create()};
+};
 
 /// Gives the fields that page and dialog have in common other values than the presets.
 template <class Form>

@@ -142,12 +142,14 @@ void tst_kxAnimPreferences::untouchedPageAppliesNothing()
 
 void tst_kxAnimPreferences::eachFieldReachesItsSetter()
 {
+    const kxKeyOfTheRate key;
     Page page;
     page.open();
     kxFillFields(*page.form);
     page.form->_dontShowCreateCurveDialog->setChecked(true);
     page.accept();
     kxVerifyFilled();
+    key.verifyAt(24 / 29.97);
     QVERIFY(stored<bool>(Key::DontShowCreateCurveDialog));
 
     const kxAnimManager& kernel = *kxAnimManager::the();
@@ -155,6 +157,7 @@ void tst_kxAnimPreferences::eachFieldReachesItsSetter()
     QCOMPARE(kernel.fps(), 24.0);
     QCOMPARE(page.form->_fullRangeEnd->value(), 50);
     QVERIFY(!kernel.keepKeysAtFrame() && kernel.loopTimeline());
+    key.verifyAt(24 / 29.97); // it was off before the rate came
 }
 
 void tst_kxAnimPreferences::customSpeed()

@@ -107,12 +107,14 @@ void tst_kxAnimSettings::showsRate()
 
 void tst_kxAnimSettings::appliesAll()
 {
+    const kxKeyOfTheRate key;
     kxAnimSettings& dialog = opened();
     QVERIFY(dialog.isVisible() && !dialog.isModal());
     kxFillFields(dialog);
     press(dialog, QDialogButtonBox::Ok);
     QVERIFY(!dialog.isVisible());
     kxVerifyFilled();
+    key.verifyAt(24 / 29.97);
 }
 
 void tst_kxAnimSettings::untouchedDialogKeepsAll()

@@ -1,5 +1,6 @@
 #include "kxTestLibrary.h"
 
+#include <trees/kxAnimInfoText.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kernel/kxLogModel.h>
@@ -41,6 +42,7 @@ class tst_kxAnimTreeWidgetItem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void informationNamesEachNumber();
     void init();
     void cleanup() { _fixture.clear(); }
     void showsCurveColor();
@@ -204,6 +206,27 @@ void tst_kxAnimTreeWidgetItem::channelRow()
     QVERIFY(row.channelData().isEmpty());
     QCOMPARE(row.channelData().suffix, std::string("Y"));
     row.setData(1, Qt::EditRole, "3");
+}
+
+void tst_kxAnimTreeWidgetItem::informationNamesEachNumber()
+{
+    kxAnimManager::kxAnimInfo info;
+    info.curves = 2;
+    info.points = 3;
+    info.inTangents = 4;
+    info.outTangents = 5;
+    info.controlPoints = 6;
+    info.start = 1.5f;
+    info.end = 4.25f;
+    info.localScale = 0.5f;
+    info.globalScale = 1.25f;
+    info.localOffset = osg::Vec2f(-2, 150);
+    info.globalOffset = osg::Vec2f(0.125f, 50);
+    QCOMPARE(kxAnimInfoText(info, 48),
+             QStringLiteral("Curves:\t2\nPoints:\t3\nInTangents:\t4\nOutTangents:\t5\nControlPoints:\t6\n"
+                            "Start:\t1.5 seconds (72 frames)\nEnd:\t4.25 seconds (204 frames)\n"
+                            "Local Scale:\t0.5\nGlobal Scale:\t1.25\n"
+                            "Local Offset:\t-2 seconds (-96 frames)\nGlobal Offset:\t0.125 seconds (6 frames)"));
 }
 
 QTEST_MAIN(tst_kxAnimTreeWidgetItem)
