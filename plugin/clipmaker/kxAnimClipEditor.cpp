@@ -7,7 +7,7 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
-#include <clipmaker/kxClipStructure.h>
+#include <clipmaker/kxClipRowMarks.h>
 #include <frame/kxClipRefresh.h>
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
@@ -64,27 +64,6 @@ QToolButton* makeButton(const char* name, const QIcon& icon, const QString& tool
     const int size = kxPlatform::getMediumIconSize() + 2;
     button->setFixedSize(size, size);
     return button;
-}
-
-/// Tells the library which blocks are selected; nothing where there are none.
-void announceBlocks(const std::vector<osg::AnimNodePtr>& blocks)
-{
-    if (blocks.empty())
-        return;
-    kxMessage message;
-    message.set("blockNodes", blocks, true);
-    kxController::call(kxMessageName::ClipBlockSelected, message, 0);
-}
-
-bool isBlock(const osg::AnimNodePtr& node)
-{
-    return node != osg::NullFC && osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC;
-}
-
-osg::AnimNodePtr animationOf(const QTreeWidgetItem* item)
-{
-    const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item);
-    return row != nullptr ? osg::AnimNodePtr::dcast(row->node()) : osg::AnimNodePtr();
 }
 } // namespace
 
@@ -171,6 +150,8 @@ void kxAnimClipEditor::makeTree()
 {
     _tree = new kxAnimClipStructureWidget;
     _tree->setObjectName(QStringLiteral("_clips"));
+    _rowMarks = new kxClipRowMarks(_tree);
+    _tree->setItemDelegateForColumn(0, _rowMarks);
     connect(_tree, SIGNAL(itemSelectionChanged()), this, SLOT(changedClipsSelection()));
     connect(_tree, SIGNAL(pasteCloneRequested()), this, SLOT(pasteClone()));
     connect(_tree, SIGNAL(gotFocus(QWidget*)), this, SLOT(updateLastDeleteFocus(QWidget*)));
@@ -217,6 +198,7 @@ void kxAnimClipEditor::makeView()
     connect(_view, SIGNAL(gotFocus(QWidget*)), this, SLOT(updateLastDeleteFocus(QWidget*)));
     connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateStartAndDuration()));
     connect(shown, SIGNAL(selectionChanged()), this, SLOT(updateLibrarySelection()));
+    connect(shown, SIGNAL(selectionChanged()), this, SLOT(markRowsOfBars()));
     connect(shown, SIGNAL(itemChanged(kxAnimAbstractClipItem*)), this,
             SLOT(updateStartAndDuration(kxAnimAbstractClipItem*)));
     connect(shown, SIGNAL(clipShown()), _view, SLOT(frameNewClip()));
@@ -356,50 +338,6 @@ void kxAnimClipEditor::pause()
 void kxAnimClipEditor::updateLastDeleteFocus(QWidget* widget)
 {
     _lastDeleteFocus = widget;
-}
-
-void kxAnimClipEditor::changedClipsSelection()
-{
-    if (_view == nullptr || _tree == nullptr || scene() == nullptr)
-        return;
-    pause();
-    std::vector<osg::AnimNodePtr> blocks;
-    for (const QTreeWidgetItem* const item : _tree->selectedItems())
-        if (const osg::AnimNodePtr node = animationOf(item); isBlock(node))
-            blocks.push_back(node);
-    announceBlocks(blocks); // the library follows, and what it does may build the rows anew
-    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
-    const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
-    const osg::AnimNodePtr node = animationOf(only);
-    const osg::AnimNodePtr clip = kxClipStructure::clipOf(node); // what has no tracks is shown where it stands
-    if (clip != osg::NullFC)
-        scene()->setClip(clip, false);
-    else if (only == nullptr || node != osg::NullFC)
-        scene()->clear();
-    updateStartAndDuration();
-    updateCreateMenu();
-    updateStatus();
-}
-
-void kxAnimClipEditor::updateLibrarySelection()
-{
-    std::vector<osg::AnimNodePtr> blocks;
-    for (QGraphicsItem* const item : scene()->selectedItems())
-        if (const auto* const bar = dynamic_cast<kxAnimClipItem*>(item); bar != nullptr && isBlock(bar->node()))
-            blocks.push_back(bar->node());
-    announceBlocks(blocks);
-}
-
-void kxAnimClipEditor::updateSelectedClipTree()
-{
-    const QList<QTreeWidgetItem*> items = _tree->selectedItems();
-    if (items.size() != 1)
-        return;
-    const osg::AnimNodePtr node = animationOf(items.front());
-    if (!kxClipStructure::isClip(node) && items.front()->parent() == nullptr)
-        return;
-    const QSignalBlocker blocker(_tree.data());
-    _tree->rebuild(true);
 }
 
 void kxAnimClipEditor::updateStatus()

@@ -20,6 +20,7 @@ class kxAnimClipStructureWidget;
 class kxAnimClipView;
 class kxAnimSequenceGUIW;
 class kxAnimWizardGUII;
+class kxClipRowMarks;
 class kxFramePlayer;
 
 /// The module that owns the clip maker: a window with the tree of clips, the timeline of one clip, its fields and its
@@ -27,7 +28,8 @@ class kxFramePlayer;
 ///
 /// Shows the clip that is selected in the tree, keeps start, duration and cycles in step with the selected bars, and
 /// plays the clip through the frame player, as an owner of its own. Fields and playback are in
-/// kxAnimClipEditorPlayback.cpp, what is added to clips in kxAnimClipEditorCommands.cpp.
+/// kxAnimClipEditorPlayback.cpp, what is selected in kxAnimClipEditorSelection.cpp, what is added to clips in
+/// kxAnimClipEditorCommands.cpp.
 class kxAnimClipEditor : public kxModuleBase
 {
     Q_OBJECT
@@ -48,6 +50,9 @@ private Q_SLOTS:
     void updateLastDeleteFocus(QWidget* widget);
     void changedClipsSelection();
     void updateLibrarySelection();
+    /// Writes the rows of the selected bars bold, and brings that of a single one into sight. Where a row that is no
+    /// clip is selected, that one is instead; a selected clip stays the target of what is made.
+    void markRowsOfBars();
     void updateSelectedClipTree();
     /// Says in the status bar what can't be seen otherwise: locked bars, no snapping, several rows.
     void updateStatus();
@@ -94,6 +99,7 @@ private:
     /// Says for a while in the status bar what was refused.
     void explain(const QString& refusal);
 
+    void showRowOf(const osg::AnimNodePtr& node);
     void enableFields(bool hasRange, bool hasCycles);
     void fillFields(const osg::AnimNodePtr& node);
     bool startPlayback(bool on, bool reverse);
@@ -120,8 +126,11 @@ private:
     // Tree and view stand in the window, which may go first.
     QPointer<kxAnimClipStructureWidget> _tree;
     QPointer<kxAnimClipView> _view;
+    kxClipRowMarks* _rowMarks = nullptr;         // the tree's
+    unsigned int _selectedRow = 0;               // the node of the single one, to tell a new selection from new rows
     QPointer<kxAnimSequenceGUIW> _triggerDialog; // without parent
     QPointer<kxAnimWizardGUII> _wizard;          // the main window's child
+    bool _libraryKnows = false;                  // the blocks, by their rows, while their bars are selected
     QMenu* _createMenu = nullptr;
     QAction* _createClip = nullptr;
     QAction* _createViewpoint = nullptr;

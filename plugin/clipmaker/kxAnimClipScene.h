@@ -73,6 +73,8 @@ public:
     /// Scrolls the views to the start of the last of these bars where none of them is in sight.
     void bringIntoSight(const QVector<kxAnimAbstractClipItem*>& bars);
     void selectAll();
+    /// The bar of this node and no other, in sight; none where it has none or is locked.
+    void selectAlone(unsigned int nodeId);
     /// To the clipboard; false where no bar is selected.
     bool copySelectedItems();
     /// Pastes into the clip at the time line; what comes is selected. False where nothing came.

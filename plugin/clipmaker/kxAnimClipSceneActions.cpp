@@ -96,6 +96,14 @@ void kxAnimClipScene::selectAll()
         bar->setSelected(true);
 }
 
+void kxAnimClipScene::selectAlone(unsigned int nodeId)
+{
+    const Rebuild rebuild(this);
+    for (kxAnimAbstractClipItem* bar : qAsConst(_bars))
+        bar->setSelected(bar->nodeId() == nodeId);
+    bringIntoSight(selectedBars());
+}
+
 void kxAnimClipScene::lockItems()
 {
     lockItems(true);

@@ -24,6 +24,7 @@ public:
 
     using kxAnimTreeWidget::rebuild;
     using kxAnimTreeWidget::rebuildFrom;
+    using QTreeWidget::itemFromIndex;
 
     QStringList mimeTypes() const override;
     Qt::DropActions supportedDropActions() const override;

@@ -152,6 +152,7 @@ void kxAnimClipView::frameUnseenClip()
     if (!_framed.contains(clip->getId()) || !isSeen)
         frame();
     _framed.insert(clip->getId());
+    _scene->bringIntoSight(_scene->selectedBars());
 }
 
 // Mouse

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void showsWhatIsSelected();
     void framesWhatWasNotSeen();
     void bringsNewBarsIntoSight();
+    void rowsAndBarsSelectEachOther();
     void fieldsEditBarsAndClip();
     void operatorsChangeEachBar_data();
     void operatorsChangeEachBar();
@@ -170,6 +171,46 @@ void tst_kxAnimClipEditor::bringsNewBarsIntoSight()
     kxAnimFixture::changed(child(_clip, 1), osg::AnimNode::OffsetFieldMask);
     QCoreApplication::processEvents();
     QCOMPARE(_maker->view->mapFromScene(0, 0), place);
+}
+
+void tst_kxAnimClipEditor::rowsAndBarsSelectEachOther()
+{
+    const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {kxAnimFixture::clone(child(_clip, 0), 1)});
+    inner->setOffset(osg::Vec2f(6, 0));
+    _clip->addChild(inner);
+    tree()->rebuild(false);
+    tree()->collapseAll();
+    const auto row = [this](const osg::AnimNodePtr& node)
+    {
+        QTreeWidgetItemIterator it(tree());
+        while (*it != nullptr && static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() != node->getId())
+            ++it;
+        return *it;
+    };
+    const auto picture = [&](const osg::AnimNodePtr& node)
+    { return tree()->viewport()->grab(tree()->visualItemRect(row(node))).toImage(); };
+    select(_clip);
+    shown()->bars()[1]->setSelected(true);
+    QVERIFY(row(_clip)->isExpanded()); // the row is in sight, and stands out
+    QCOMPARE(tree()->selectedClip(), _clip);
+    const QImage marked = picture(child(_clip, 1));
+    QVERIFY(marked != picture(child(_clip, 0)));
+    tree()->rebuild(true);
+    QCOMPARE(picture(child(_clip, 1)), marked);
+
+    select(child(_clip, 0));
+    QCOMPARE(shown()->selectedBars(), {shown()->bars()[0]});
+    QVERIFY(picture(child(_clip, 1)) != marked);
+    shown()->bars()[1]->setSelected(true);
+    tree()->rebuild(true); // new rows are no new selection
+    QCOMPARE(shown()->selectedBars().size(), 2);
+    shown()->bars()[0]->setSelected(false);
+    QCOMPARE(tree()->selectedItems(), {row(child(_clip, 1))});
+    shown()->bars()[1]->setSelected(false);
+    shown()->bars()[2]->setSelected(true);
+    QCOMPARE(shown()->clip(), _clip); // the inner clip isn't shown by a click on its bar
+    select(inner);
+    QCOMPARE(shown()->clip(), inner);
 }
 
 void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
@@ -394,6 +435,8 @@ void tst_kxAnimClipEditor::tellsTheLibraryFirst()
     QCOMPARE(shown()->clip(), _clip);
     QCOMPARE(shown()->bars().size(), 2);
     onAnnounced = [] {};
+    QCOMPARE(shown()->selectedBars(), {shown()->bars()[1]});
+    shown()->clearSelection();
     announced.clear();
     shown()->bars()[0]->setSelected(true);
     QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 0)});
