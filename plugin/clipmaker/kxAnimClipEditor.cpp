@@ -13,6 +13,7 @@
 #include <frame/kxMessageRead.h>
 #include <frame/kxOpensAside.h>
 #include <trees/kxAnimTreeWidgetItem.h>
+#include <trees/kxSearchLine.h>
 #include <wizard/kxAnimWizClipGUI.h>
 #include <wizard/kxAnimWizardGUII.h>
 
@@ -165,7 +166,7 @@ void kxAnimClipEditor::makeTree()
     connect(wizard, SIGNAL(clicked()), _wizard, SLOT(showWizard()));
     QToolButton* const searchButton =
         makeButton("SearchButton", kxIconCache::General::getSearchIcon(), tr("Search clips"));
-    QLineEdit* const searchLine = new QLineEdit;
+    QLineEdit* const searchLine = new kxSearchLine;
     searchLine->setObjectName(QStringLiteral("SearchLine"));
     searchLine->setAccessibleName(tr("Search clips"));
     _tree->setSearchLine(searchLine);

@@ -6,6 +6,7 @@
 #include <curveeditor/kxAnimCurveEditorMenus.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
+#include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxSelectedContainers.h>
 #include <frame/kxHostWindows.h>
 #include <trees/kxAnimLibraryWidget.h>
@@ -443,6 +444,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         const QSignalBlocker blocker(_channels.data());
         _channels->clear();
     }
+    const kxGraphKeySelection keys(*scene());
     _graphView->setAnimations({});
     kxSelectedContainers selected;
     for (QTreeWidgetItem* const item : tree->selectedItems())
@@ -464,6 +466,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         if (rebuildChannels)
             _channels->rebuildFromFieldContainers(selected.containers, true);
         _graphView->setAnimations(selected.curveNodes);
+        keys.restore(*scene());
         frameFirstCurves();
     }
     updateStatus();

@@ -101,8 +101,8 @@ private:
     void makeCommands();
     void connectHost();
 
-    /// Shows the curves of what is selected in `tree`; null does nothing. `rebuildChannels`: the channel list shows the
-    /// selected objects too.
+    /// Shows the curves of what is selected in `tree`; null does nothing. Selected keys of curves that stay are selected
+    /// still. `rebuildChannels`: the channel list shows the selected objects too.
     void showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels);
     void showNodes(const std::vector<osg::NodePtr>& nodes);
     void noteCount(std::size_t objects);

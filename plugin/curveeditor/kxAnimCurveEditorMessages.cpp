@@ -8,7 +8,6 @@
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxChannelCurvesUndoCommand.h>
-#include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryWidget.h>
@@ -158,14 +157,12 @@ void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
         _the->updateStatus(); // keys that were pasted aren't locked
         return;
     }
-    const kxGraphKeySelection selected(*_the->scene());
     const std::vector<osg::NodePtr> withoutRow = _the->listedWithoutRow();
     _the->_library->rebuild(true);
     kxAnimManager::the()->updateSceneAnimCurveData();
     _the->_graphView->refresh();
     if (_the->_graphView->nodes().empty())
         _the->selectNewRows(withoutRow); // their curves may have come back
-    selected.restore(*_the->scene());
     _the->_graphView->announceNodes();
     _the->_channels->updateValues();
     _the->updateStatus();

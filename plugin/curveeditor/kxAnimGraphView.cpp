@@ -6,6 +6,7 @@
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimTangentUndoCommand.h>
+#include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
 
 #include <kxMessageNames.h>
@@ -155,7 +156,9 @@ void kxAnimGraphView::showAnimations(const std::vector<osg::AnimNodePtr>& nodes,
 
 void kxAnimGraphView::refresh()
 {
+    const kxGraphKeySelection selected(*_scene);
     setAnimations(nodes());
+    selected.restore(*_scene);
 }
 
 void kxAnimGraphView::changedCurve()

@@ -35,7 +35,7 @@ public:
     void setAnimation(const osg::AnimNodePtr& node);
     /// Shows these animations; none for an empty graph.
     void setAnimations(const std::vector<osg::AnimNodePtr>& nodes);
-    /// Shows what is shown once more, from the kernel's curves.
+    /// Shows what is shown once more, from the kernel's curves. Selected keys stay selected.
     void refresh();
 
     /// Zooms both axes to all curves with their handles.

@@ -294,6 +294,7 @@ void tst_kxAnimCurveEditor::keysStaySelected_data()
     kxRow("moved past others", "+30", Frames{10, 20}, Frames{40, 50}, Frames{10, 20});
     kxRow("deleted", "delete", Frames{10}, Frames{}, Frames{});
     kxRow("a key added before them", "key", Frames{20, 30}, Frames{20, 30}, Frames{20, 30});
+    kxRow("all channels keyed", "keyAll", Frames{10, 20}, Frames{10, 20}, Frames{10, 20});
     kxRow("values changed", "*2", Frames{0, 30}, Frames{0, 30}, Frames{0, 30});
 }
 
@@ -316,17 +317,22 @@ void tst_kxAnimCurveEditor::keysStaySelected()
             all << qRound(point->pos().x());
         return all;
     };
+    _editor->channels->topLevelItem(0)->setSelected(what == "keyAll"); // else in the library
     for (kxAnimGraphPoint* const point : _editor->curves().front()->points())
         point->setSelected(selected.contains(qRound(point->pos().x())));
     if (what == "+30")
         Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 30);
     else if (what == "*2")
         Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 2);
+    else if (what == "keyAll")
+        _editor->channels->keyAll();
     else if (what == "delete")
         _editor->graph->scene()->deleteSelectedPoints();
     else
         kxUndoStack::get(0).add(
             new kxAddAnimKeyUndoCommand(_editor->curveOf(ball), osg::CCPnt({0.2f, 9}, {}, {}, 1, 1)));
+    _editor->deliver(kxMessageId::AnimationsChanged);
+    QCOMPARE(frames(), done);
     kxUndoStack::get(0).stack()->undo();
     QCOMPARE(frames(), undone);
     kxUndoStack::get(0).stack()->redo();
