@@ -242,7 +242,7 @@ void kxCheckRow::refresh()
                                    { return std::get<bool>(own->value(*other)) != std::get<bool>(shown); });
     const QSignalBlocker blocker(_box);
     _box->setCheckState(mixed ? Qt::PartiallyChecked : std::get<bool>(shown) ? Qt::Checked : Qt::Unchecked);
-    _box->setTristate(false);
+    _box->setTristate(mixed); // a click never leads back to it
 }
 
 void kxCheckRow::setDriven(const std::set<unsigned>& components)

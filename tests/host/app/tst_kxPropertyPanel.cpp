@@ -6,13 +6,19 @@
 #include <kxAnimManager.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
+#include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxColorButton.h>
 #include <panels/kxPropertyPanel.h>
+#include <panels/kxPropertyRow.h>
 #include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
+#include <QCheckBox>
+#include <QColorDialog>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QUndoStack>
@@ -26,6 +32,10 @@ class tst_kxPropertyPanel : public QObject
 private Q_SLOTS:
     void init();
     void cleanup() { _panel.reset(); }
+    void showsTheFields_data();
+    void showsTheFields();
+    void choicesAndBoxes();
+    void coloursAreChosen();
     void typedValueGoesToAll();
     void aDragIsOneStep();
     void marksWhatIsDriven();
@@ -53,6 +63,107 @@ void tst_kxPropertyPanel::init()
     clear();
     _panel.reset(new kxPropertyPanel);
     _panel->show();
+}
+
+void tst_kxPropertyPanel::showsTheFields_data()
+{
+    const QStringList placed{"Visible yes", "Position 1.000 2.500 -3.000", "Rotation 10.00° 20.00° 30.00°",
+                             "Orientation 0.00° 0.00° 0.00°", "Scale 1.000 2.000 4.000"};
+    const QStringList material{
+        "Base colour 0.800 0.800 0.800", "Metallic 0.750",  "Roughness 0.500",    "Opacity 1.000",
+        "Emissive 0.000 0.000 0.000",    "Double-sided no", "Cut-out below 0.000"};
+    kxColumns<QString, QStringList>("kind", "shown");
+    kxRow("transform", QString("transform"), placed);
+    kxRow("surface", QString("surface"), placed + QStringList("Material Steel") + material);
+    kxRow("camera", QString("camera"),
+          placed + QStringList({"Field of view 37.85°", "Focal length 35.00 mm", "Near 0.1000", "Far 10000.00"}));
+    kxRow("light", QString("light"),
+          placed +
+              QStringList({"Kind Directional", "Colour 1.000 1.000 1.000", "Intensity 1.000", "Cone angle 45.00°"}));
+    kxRow("material", QString("material"), material);
+}
+
+void tst_kxPropertyPanel::showsTheFields()
+{
+    QFETCH(QString, kind);
+    const osg::MaterialPtr steel = addMaterial("Steel");
+    osg::UberMaterialPtr::dcast(steel)->setMetallic(0.75f);
+    const osg::NodePtr node = kind == "surface" ? addSurface("Node", steel) : addObject("Node");
+    if (kind == "camera")
+        node->setCore(osg::Camera::create());
+    else if (kind == "light")
+        node->setCore(osg::Light::create());
+    const osg::TransformPtr place = osg::TransformPtr::dcast(node->getCore());
+    place->setTranslation(osg::Vec3f(1, 2.5f, -3));
+    place->setEulerRotation(osg::Vec3f(10, 20, 30));
+    place->setScale(osg::Vec3f(1, 2, 4));
+    if (kind == "material")
+        kxSelection::the().selectMaterials({steel});
+    else
+        select({node});
+    QCoreApplication::processEvents();
+    QStringList shown;
+    for (const kxPropertyRow* const row : _panel->findChildren<kxPropertyRow*>())
+    {
+        shown << row->label();
+        for (const QWidget* const part : row->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+            if (const auto* const spinner = qobject_cast<const QKXDoubleSpiner*>(part))
+                shown.back() += ' ' + spinner->text();
+            else if (const auto* const choice = qobject_cast<const QComboBox*>(part))
+                shown.back() += ' ' + choice->currentText();
+            else if (const auto* const box = qobject_cast<const QCheckBox*>(part))
+                shown.back() += box->isChecked() ? " yes" : " no";
+    }
+    QTEST(shown, "shown");
+}
+
+void tst_kxPropertyPanel::choicesAndBoxes()
+{
+    const osg::MaterialPtr steel = addMaterial("Steel"), brass = addMaterial("Brass");
+    const osg::NodePtr a = addSurface("A", steel), b = addSurface("B", steel);
+    b->setTravMask(0);
+    select({a, b});
+    auto* const visible = _panel->findChild<QCheckBox*>("visibleBox");
+    QCOMPARE(visible->checkState(), Qt::PartiallyChecked);
+    visible->click();
+    QVERIFY(a->isActive() && b->isActive() && visible->checkState() == Qt::Checked);
+    auto* const material = _panel->findChild<QComboBox*>("materialBox");
+    material->setCurrentIndex(material->findText("Brass"));
+    Q_EMIT material->activated(material->currentIndex());
+    const auto shows = [](const osg::NodePtr& node) { return osg::GeometryPtr::dcast(node->getCore())->getMaterial(); };
+    QVERIFY(shows(a) == brass && shows(b) == brass);
+    stack()->undo();
+    kxScene::the()->flush();
+    QCOMPARE(_panel->findChild<QComboBox*>("materialBox")->currentText(), QString("Steel"));
+    const osg::NodePtr light = kxSceneEdits::makeNode(osg::Light::create(), "Light");
+    kxScene::the()->root()->addChild(light);
+    select({light});
+    Q_EMIT _panel->findChild<QComboBox*>("kindBox")->activated(2);
+    QCOMPARE(int(osg::LightPtr::dcast(light->getCore())->getKind()), 2);
+    QCOMPARE(_panel->findChild<QComboBox*>("kindBox")->currentText(), QString("Spot"));
+}
+
+void tst_kxPropertyPanel::coloursAreChosen()
+{
+    const osg::Vec3f linear(0.2f, 0.5f, 0.002f), dark(0.4f, 0.02f, 0.1f);
+    QCOMPARE(kxColorButton::toScreen(linear).rgb(), qRgb(124, 188, 7)); // by the definition of sRGB
+    kxColorButton button;
+    button.setColor(dark);
+    button.resize(30, 30);
+    const auto middle = [&button] { return button.grab().toImage().pixel(15, 15); };
+    QCOMPARE(middle(), kxColorButton::toScreen(dark).rgb());
+    osg::Vec3f picked;
+    connect(&button, &kxColorButton::colorPicked, this, [&picked](const osg::Vec3f& color) { picked = color; });
+    button.click();
+    auto* const dialog = button.findChild<QColorDialog*>();
+    QCOMPARE(dialog->currentColor().rgb(), kxColorButton::toScreen(dark).rgb());
+    dialog->setCurrentColor(QColor(124, 188, 7));
+    for (std::size_t i = 0; i < 3; ++i)
+        QVERIFY(qAbs(picked[i] - linear[i]) < 0.003f);
+    dialog->reject();
+    QVERIFY(picked == dark);
+    button.setColor(linear);
+    QCOMPARE(middle(), qRgb(124, 188, 7));
 }
 
 void tst_kxPropertyPanel::typedValueGoesToAll()
