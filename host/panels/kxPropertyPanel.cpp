@@ -59,6 +59,7 @@ kxPropertyPanel::kxPropertyPanel(QWidget* parent)
     setObjectName(QStringLiteral("_properties"));
     _scroll->setWidgetResizable(true);
     _scroll->setFrameShape(QFrame::NoFrame);
+    _scroll->setFocusPolicy(Qt::NoFocus); // it follows the field with the focus
     _scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     _hint->setAlignment(Qt::AlignCenter);
     _hint->setWordWrap(true);

@@ -32,6 +32,7 @@ kxPromptInput::kxPromptInput(QWidget* parent)
     : QPlainTextEdit(parent), _names(nullptr), _completer(new QCompleter(this))
 {
     setObjectName(QStringLiteral("_promptInput"));
+    setAccessibleName(tr("Python prompt"));
     setFont(kxConsoleLook::font());
     setFrameShape(QFrame::NoFrame);
     setLineWrapMode(QPlainTextEdit::NoWrap);

@@ -17,6 +17,7 @@ constexpr int ErrorMarker = 1;
 kxPythonEditor::kxPythonEditor(QWidget* parent) : QsciScintilla(parent)
 {
     setObjectName(QStringLiteral("_scriptEditor"));
+    setAccessibleName(tr("Script"));
     setFrameShape(QFrame::NoFrame);
     setUtf8(true);
     setUpLexer();

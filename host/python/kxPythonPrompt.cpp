@@ -43,6 +43,7 @@ kxPythonPrompt::kxPythonPrompt(QWidget* parent)
     setPalette(colors);
 
     _output->setObjectName(QStringLiteral("_promptOutput"));
+    _output->setAccessibleName(tr("Output"));
     _output->setReadOnly(true);
     _output->setUndoRedoEnabled(false);
     _output->setFont(kxConsoleLook::font());

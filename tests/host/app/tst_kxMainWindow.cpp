@@ -10,11 +10,13 @@
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
+#include <QAccessible>
 #include <QLineEdit>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTreeView>
 #include <QtTest>
 
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void keysOfTheToolsInTheSceneTree_data();
     void keysOfTheToolsInTheSceneTree();
     void warningsAreSeen();
+    void whatTakesTheKeysHasAName();
 
 private:
     /// With two tools that want more room than a small screen has.
@@ -188,6 +191,20 @@ void tst_kxMainWindow::warningsAreSeen()
     QCOMPARE(dock("Log")->windowTitle(), title + " (1)");
     kxLogModel::the().clear();
     QCOMPARE(dock("Log")->windowTitle(), title);
+}
+
+void tst_kxMainWindow::whatTakesTheKeysHasAName()
+{
+    kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
+    kxScene::the()->flush();
+    QCoreApplication::processEvents();
+    QStringList nameless;
+    for (QWidget* const widget : _window->findChildren<QWidget*>())
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
+            !qobject_cast<QTabBar*>(widget) &&
+            QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
+            nameless << widget->metaObject()->className() + QString(" ") + widget->objectName();
+    QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(", ")));
 }
 
 QTEST_MAIN(tst_kxMainWindow)
