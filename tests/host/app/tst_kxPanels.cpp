@@ -9,11 +9,13 @@
 #include <kxTable.h>
 #include <kxUndo.h>
 #include <panels/kxLogPanel.h>
+#include <panels/kxMaterialModel.h>
 #include <panels/kxMaterialPanel.h>
 #include <panels/kxPreferencesDialog.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
+#include <QAbstractItemModelTester>
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
@@ -102,19 +104,24 @@ void tst_kxPanels::materialsFollowTheScene()
     kxScene::the()->flush();
     kxMaterialPanel panel;
     const auto* const list = panel.findChild<QListView*>("_materialList");
+    QAbstractItemModelTester tester(list->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     const auto at = [list](int row, int role) { return list->model()->index(row, 0).data(role); };
     QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
     QCOMPARE(at(0, Qt::ToolTipRole).toString(), QString("Shown by no object"));
     QVERIFY(at(1, Qt::ToolTipRole).toString().contains("2") && at(0, Qt::ForegroundRole) != at(1, Qt::ForegroundRole));
     // A name by the user, and a look by whoever.
-    const QImage before = at(1, Qt::DecorationRole).value<QPixmap>().toImage();
-    osg::UberMaterialPtr::dcast(blue)->setBaseColor(osg::Color3f(0, 0, 0.9f));
-    const QColor ball = at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(before.rect().center());
-    QVERIFY(ball.blue() > 2 * ball.red() && before.pixelColor(before.rect().center()) != ball);
+    const osg::UberMaterialPtr look = osg::UberMaterialPtr::dcast(blue);
+    const auto ball = [&at]
+    { return at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(kxMaterialModel::SwatchSize / 2, 22); };
+    const QColor grey = ball();
+    look->setBaseColor(osg::Color3f(0, 0, 0.9f));
+    QVERIFY(ball().blue() > 2 * ball().red() && ball() != grey);
+    look->setEmissive(osg::Color3f(0, 0.7f, 0));
+    QVERIFY(ball().green() > 150 && ball().blue() > 100);
     QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));
     QVERIFY(!list->model()->setData(list->model()->index(1, 0), "Sea", Qt::DisplayRole));
     QCOMPARE(QString::fromStdString(blue->getNodeName()), QString("Sky"));
-    kxSelection::the().selectMaterials({bare});
+    kxSelection::the().setIds(kxSelection::Materials, {bare.getFieldContainerId()});
     kxSceneEdits::deleteMaterials({red});
     kxScene::the()->flush();
     QCOMPARE(lines(panel, "_materialList"), QStringList({"Sky", "(unnamed)"}));
@@ -122,6 +129,11 @@ void tst_kxPanels::materialsFollowTheScene()
     kxUndoStack::get(0).stack()->setIndex(0);
     kxScene::the()->flush();
     QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
+    kxScene::the()->subMaterial(red); // moved to the end within one turn
+    kxScene::the()->addMaterial(red);
+    kxScene::the()->flush();
+    QCOMPARE(lines(panel, "_materialList"), QStringList({"Blue", "(unnamed)", "Red"}));
+    QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
 }
 
 void tst_kxPanels::materialsAndTheSelection()
@@ -214,13 +226,18 @@ void tst_kxPanels::logShows()
     kxLogModel::the().startScene("Opened");
     kxLog::info(QString("read 5"));
     kxLogPanel panel;
+    const auto* const hint = panel.findChild<QLabel*>(); // over all of the list while it is empty
+    panel.resize(400, 300);
+    panel.show();
     panel.findChild<QComboBox*>("_level")->setCurrentIndex(level);
+    QCOMPARE(hint->isVisible(), lines(panel, "_lines").isEmpty());
     panel.findChild<QLineEdit*>("_search")->setText(search);
     kxLog::warning("left out 2");
     kxLog::error("broken 5");
     QCOMPARE(lines(panel, "_lines"), shown);
     button(panel, "_clearLog")->click();
     QCOMPARE(lines(panel, "_lines"), QStringList());
+    QVERIFY(hint->isVisible() && hint->size() == hint->parentWidget()->size());
 }
 
 void tst_kxPanels::logCopies()
@@ -243,8 +260,10 @@ void tst_kxPanels::logCopies()
     };
     QCOMPARE(copied().size(), 3);
     QVERIFY(copied().at(1).contains("warning  left out") && copied().at(2).startsWith(QString::number(2)));
-    list->selectionModel()->select(row(2), QItemSelectionModel::Select);
-    list->selectionModel()->select(row(0), QItemSelectionModel::Select);
+    panel.resize(400, 300);
+    panel.show();
+    for (const int index : {2, 0})
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier, list->visualRect(row(index)).center());
     QVERIFY(copied().size() == 2 && copied().at(0).endsWith("Opened") && copied().at(1).endsWith("read"));
 }
 
@@ -292,8 +311,14 @@ void tst_kxPanels::preferencesDialog()
     kxPreferencesStore::the().restoreDefaults(&first);
     kxPreferencesStore::the().restoreDefaults(&second);
     first.applied = second.applied = 0;
+    dialog.openPage(QString());
+    QVERIFY(first.field->isVisible() && !second.field->isVisible());
     dialog.openPage("Second");
     QVERIFY(second.field->isVisible() && !first.field->isVisible());
+    auto* const buttons = dialog.findChild<QDialogButtonBox*>();
+    const QRect names = dialog.findChild<QListWidget*>()->geometry(),
+                page = dialog.findChild<QStackedWidget*>()->geometry();
+    QVERIFY(names.right() < page.left() && page.right() + 20 > dialog.width() && page.bottom() < buttons->y());
     dialog.openPage("Nobody");
     QVERIFY(second.field->isVisible() && second.field->value() == 7);
     dialog.findChild<QListWidget*>()->setCurrentRow(0);
@@ -301,7 +326,7 @@ void tst_kxPanels::preferencesDialog()
     dialog.openPage("Second");
     first.field->setValue(31);
     second.field->setValue(32);
-    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::StandardButton(button))->click();
+    buttons->button(QDialogButtonBox::StandardButton(button))->click();
     QTEST(first.applied, "first");
     QTEST(second.applied, "second");
     QTEST(dialog.isVisible(), "open");
@@ -311,6 +336,12 @@ void tst_kxPanels::preferencesDialog()
 
 void tst_kxPanels::pagesComeAndGo()
 {
+    {
+        kxPreferencesDialog dialog(nullptr);
+        dialog.openPage(QString());
+        QVERIFY(dialog.findChild<QStackedWidget*>()->findChild<QLabel*>()->isVisible()); // that there is nothing to set
+        QVERIFY(!dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->isEnabled());
+    }
     Page stays("Stays");
     {
         kxPreferencesDialog dialog(nullptr);

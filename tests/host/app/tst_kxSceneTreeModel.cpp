@@ -26,6 +26,7 @@ private Q_SLOTS:
     void keepsWhatIsExpanded();
     void dropCountsVisibleRows();
     void undoOfAnAddKeepsItsRedo();
+    void theEyeHides();
 
 private:
     static void compare(const kxSceneTreeModel& model, const QModelIndex& index, const osg::NodePtr& node);
@@ -154,6 +155,28 @@ void tst_kxSceneTreeModel::undoOfAnAddKeepsItsRedo()
     kxScene::the()->flush();
     QCoreApplication::processEvents();
     QVERIFY(stack->canRedo()); // the row that left took its selection along, and that was no step
+}
+
+void tst_kxSceneTreeModel::theEyeHides()
+{
+    addObject("A");
+    const osg::NodePtr b = addObject("B");
+    kxScene::the()->flush();
+    kxSceneTreePanel panel(nullptr);
+    panel.resize(250, 300);
+    panel.show();
+    QTreeView* const view = panel.view();
+    const QRect eye = view->visualRect(view->model()->index(1, kxSceneTreeModel::VisibleColumn));
+    const auto seen = [view, &eye] { return view->viewport()->grab(eye).toImage(); };
+    const QImage open = seen();
+    QTest::mouseClick(view->viewport(), Qt::RightButton, Qt::NoModifier, eye.center());
+    QVERIFY(b->isActive());
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, eye.center());
+    QVERIFY(!b->isActive());
+    kxScene::the()->flush();
+    QVERIFY(seen() != open);
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, eye.center());
+    QVERIFY(b->isActive());
 }
 
 QTEST_MAIN(tst_kxSceneTreeModel)
