@@ -147,7 +147,8 @@ void kxPlaceNodesCommand::finish()
 }
 
 kxRenameCommand::kxRenameCommand(const osg::AttachmentContainerPtr& container, const std::string& name)
-    : kxUndoCommand(kxUndoString(QStringLiteral("Rename"), QStringLiteral("Scene"))),
+    : kxUndoCommand(kxUndoString(QStringLiteral("Rename %1 to %2"), QStringLiteral("Scene"))
+                        .arg(QString::fromStdString(container->getNodeName()), QString::fromStdString(name))),
       _id(container.getFieldContainerId()), _before(container->getNodeName()), _after(name)
 {
 }

@@ -7,6 +7,7 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
+#include <osg/AnimCurve.h>
 #include <panels/kxFieldLook.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
@@ -24,6 +25,13 @@ QString stepText(const char* text)
     return kxUndoString(QString::fromLatin1(text), QStringLiteral("Scene"));
 }
 
+/// `act` with its "%1" for what is acted on: "Delete Box", "Delete 3 Objects".
+QString stepText(const char* act, const Nodes& nodes)
+{
+    return stepText(act).arg(nodes.size() == 1 ? QString::fromStdString(kxNodeUtils::getName(nodes.front()))
+                                               : stepText("%1 Objects").arg(nodes.size()));
+}
+
 /// "Change Roughness of Steel", "Change Intensity of 2 Objects".
 QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field)
 {
@@ -35,7 +43,9 @@ QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const 
     const osg::AttachmentContainerPtr named = core != osg::NullFC && !core->getParents().empty()
                                                   ? osg::AttachmentContainerPtr(core->getParents().front())
                                                   : osg::AttachmentContainerPtr::dcast(containers.front());
-    const std::string name = named == osg::NullFC ? std::string() : named->getNodeName();
+    // A curve's node is called as its channel; the list of steps names the object.
+    const bool isCurve = osg::AnimCurvePtr::dcast(core) != osg::NullFC;
+    const std::string name = named == osg::NullFC || isCurve ? std::string() : named->getNodeName();
     return name.empty() ? stepText("Change %1").arg(what)
                         : stepText("Change %1 of %2").arg(what, QString::fromStdString(name));
 }
@@ -200,7 +210,7 @@ bool kxSceneEdits::groupNodes(const Nodes& nodes)
     const osg::NodePtr group = makeNode(osg::Transform::create(), QObject::tr("Group"));
     group->setNodeName(freeName(group->getNodeName(), namesInScene()));
     const kxScopedUndo scope(true);
-    auto* const command = new kxPlaceNodesCommand(stepText("Group"));
+    auto* const command = new kxPlaceNodesCommand(stepText("Group %1", top));
     command->insertNode(group, parent, parent->findChild(top.front()));
     add(command);
     moveNodes(top, group, -1);
@@ -217,7 +227,7 @@ int kxSceneEdits::deleteNodes(const Nodes& nodes)
     if (doomed.empty())
         return 0;
     const kxScopedUndo scope(true);
-    auto* const command = new kxPlaceNodesCommand(stepText("Delete"));
+    auto* const command = new kxPlaceNodesCommand(stepText("Delete %1", doomed));
     for (const osg::NodePtr& node : doomed)
     {
         warnOfSharedAnimations(node);
@@ -235,7 +245,7 @@ bool kxSceneEdits::duplicateNodes(const Nodes& nodes)
         return false;
     std::vector<std::string> names = namesInScene();
     Nodes copies;
-    auto* const command = new kxPlaceNodesCommand(stepText("Duplicate"));
+    auto* const command = new kxPlaceNodesCommand(stepText("Duplicate %1", top));
     for (const osg::NodePtr& node : top)
     {
         const osg::NodePtr copy = kxNodeCopy::copyTree(node);
@@ -288,7 +298,7 @@ bool kxSceneEdits::moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int
                                { return std::find(top.begin(), top.end(), child) == top.end(); }));
     }
     const kxScopedUndo scope(true);
-    auto* const command = new kxPlaceNodesCommand(stepText("Move in Tree"));
+    auto* const command = new kxPlaceNodesCommand(stepText("Move %1 in Tree", top));
     // Own children leave first, so that the places count without them.
     if (own > 0)
         for (const osg::NodePtr& node : top)
@@ -324,7 +334,7 @@ bool kxSceneEdits::rename(const osg::AttachmentContainerPtr& container, const QS
 void kxSceneEdits::setVisible(const Nodes& nodes, bool visible)
 {
     const kxScopedUndo scope(true);
-    const QString text = visible ? stepText("Show") : stepText("Hide");
+    const QString text = stepText(visible ? "Show %1" : "Hide %1", nodes);
     for (const osg::NodePtr& node : nodes)
         if (node != osg::NullFC && node->isActive() != visible)
             add(kxSetFieldCommand::make(node, "visible", osg::FieldValue(visible), text));

@@ -1,11 +1,23 @@
 #pragma once
 
-#include <QUndoView>
+#include <QListView>
+#include <QTimer>
 
-/// The steps of the one undo stack; a click on a step goes there.
-class kxUndoPanel : public QUndoView
+class QUndoStack;
+
+/// The steps of the one undo stack, the oldest first; a click on a step goes there.
+class kxUndoPanel : public QListView
 {
     Q_OBJECT
 public:
     explicit kxUndoPanel(QWidget* parent = nullptr);
+
+private:
+    class Model;
+    void follow();
+
+    QUndoStack* _stack; // not owned
+    Model* _model;
+    QTimer _follow; // at the next turn of the event loop, however many steps there are by then
+    bool _following = false;
 };

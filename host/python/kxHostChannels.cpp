@@ -73,6 +73,8 @@ double kxHostChannels::setValue(const osg::FieldContainerPtr& object, const std:
         holderOf(found), found.fieldName,
         [component, value](osg::FieldContainer& target, const osg::FieldDescription& field)
         { return field.setComponent(target, component, float(value)); },
-        kxUndoString(QStringLiteral("Set Value"), QStringLiteral("Scene"))));
+        kxUndoString(QStringLiteral("Set %1 of %2"), QStringLiteral("Scene"))
+            .arg(QString::fromStdString(channel),
+                 QString::fromStdString(osg::AttachmentContainerPtr::dcast(found.container)->getNodeName()))));
     return double(kxAnimManager::the()->getOSGFieldValue(found));
 }

@@ -199,7 +199,7 @@ void defineChannels()
             "@raise KeyError: There is no such channel; the text names those there are.\n"
             "@raise ValueError: The object is null, or it is gone.");
     bp::def("setChannelValue", kxHostChannels::setValue, bp::args("object", "channel", "value"),
-            "Sets the value of a channel. One step on the undo stack, \"Set Value\", where the value changes.\n\n"
+            "Sets the value of a channel. One step on the undo stack where the value changes.\n\n"
             "The next frame change overwrites it where an animation drives the channel.\n\n"
             "@param object: A node or a material.\n\n"
             "@type object: NodePtr or MaterialPtr\n\n"

@@ -1,6 +1,7 @@
 #include "kxTransformEdit.h"
 
 #include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <QQuaternion>
@@ -150,18 +151,22 @@ bool kxTransformEdit::apply(const kxGizmoChange& change)
     if (!anyNew)
         return false;
     const bool several = _targets.size() > 1;
+    const auto core = osg::FieldContainerFactory::the()->get<osg::Transform>(_targets.front().coreId);
+    const QString what = several || core == osg::NullFC || core->getParents().empty()
+                             ? QStringLiteral("%1 Objects").arg(_targets.size())
+                             : QString::fromStdString(core->getParents().front()->getNodeName());
     osg::BitVector mask = osg::Transform::TranslationFieldMask;
-    QString text = QStringLiteral("Move Object");
+    QString text = QStringLiteral("Move %1");
     if (change.kind == kxGizmoChange::Rotate)
     {
-        text = QStringLiteral("Rotate Object");
+        text = QStringLiteral("Rotate %1");
         mask = osg::Transform::EulerRotationFieldMask | (several ? mask : osg::BitVector());
     }
     else if (change.kind == kxGizmoChange::Scale)
     {
-        text = QStringLiteral("Scale Object");
+        text = QStringLiteral("Scale %1");
         mask = osg::Transform::ScaleFieldMask | (several && change.isUniform ? mask : osg::BitVector());
     }
-    kxUndoStack::get(0).add(new kxTransformCommand(text, std::move(entries), mask));
+    kxUndoStack::get(0).add(new kxTransformCommand(text.arg(what), std::move(entries), mask));
     return true;
 }

@@ -50,7 +50,7 @@ namespace kxAims
 {
 /// Of the objects of ofCore() those that stand in the scene: one that was deleted lives on in the undo stack, and is
 /// nobody's aim meanwhile.
-std::vector<osg::FieldContainerPtr> inScene(const osg::NodeCorePtr& core);
+KX_API std::vector<osg::FieldContainerPtr> inScene(const osg::NodeCorePtr& core);
 /// The objects and materials under whose attachment a node with this core stands, each once, in the order of the
 /// core's nodes. Objects that are out of the scene are driven too, so that they come back as the frame has them.
 std::vector<osg::FieldContainerPtr> ofCore(const osg::NodeCorePtr& core);

@@ -3,11 +3,31 @@
 #include <animation/kxScenePlan.h>
 #include <kxAnimManager.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Node.h>
 
 #include <algorithm>
 
+namespace
+{
+/// "Set translation.X of Box".
+QString textOf(const std::vector<kxChannelTarget>& targets)
+{
+    const kxChannelTarget& first = targets.front();
+    const std::string& suffix = first.field->suffixes()[first.component];
+    const osg::FieldContainerPtr container(first.container);
+    const osg::NodeCorePtr core = osg::NodeCorePtr::dcast(container);
+    const osg::AttachmentContainerPtr named = core != osg::NullFC && !core->getParents().empty()
+                                                  ? osg::AttachmentContainerPtr(core->getParents().front())
+                                                  : osg::AttachmentContainerPtr::dcast(container);
+    const QString what = targets.size() > 1 ? QStringLiteral("%1 Objects").arg(targets.size())
+                                            : QString::fromStdString(named->getNodeName());
+    return kxUndoString(QStringLiteral("Set %1 of %2"), QStringLiteral("Animation"))
+        .arg(QString::fromStdString(first.field->channel() + (suffix.empty() ? "" : "." + suffix)), what);
+}
+} // namespace
+
 kxValueCommand::kxValueCommand(const std::vector<kxChannelTarget>& targets, float value)
-    : kxUndoCommand(kxUndoString(QStringLiteral("Set Value"), QStringLiteral("Animation"))), _value(value)
+    : kxUndoCommand(textOf(targets)), _value(value)
 {
     for (const kxChannelTarget& target : targets)
         _entries.push_back({target.container->getId(), target.field, target.component, target.value()});

@@ -110,6 +110,11 @@ void kxUndoRecorder::drop(const kxUndoCommand* command)
     _pending.erase(found); // before it dies, since a destructor may do anything
 }
 
+bool kxUndoRecorder::isActing()
+{
+    return the()._depth > 0 || the()._running > 0;
+}
+
 void kxUndoRecorder::closeScope()
 {
     if (--_depth == 0 && !_pending.empty())

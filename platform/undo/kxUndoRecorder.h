@@ -25,6 +25,8 @@ public:
     void setStack(QUndoStack* stack);
 
     void add(std::unique_ptr<kxUndoCommand> command);
+    /// Whether what is written now belongs to a step.
+    static KX_API bool isActing();
     void openScope() { ++_depth; }
     void closeScope();
 

@@ -19,6 +19,10 @@ public:
 
     const Commands& commands() const { return _commands; }
 
+    /// What it did to what, beside the text; null until somebody says so. For the list of steps alone.
+    const QString& detail() const { return _detail; }
+    void setDetail(const QString& detail) { _detail = detail; }
+
     void undo() override;
     void redo() override;
     int id() const override;
@@ -35,5 +39,6 @@ private:
     void dropObsolete();
 
     Commands _commands;
+    QString _detail;
     bool _hasRun = true; // until the first redo
 };

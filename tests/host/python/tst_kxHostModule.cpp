@@ -304,7 +304,7 @@ void tst_kxHostModule::settingAValueIsOneStep()
     run("setChannelValue(findNode('Door'), 'translation.X', 1.5)\n"
         "setChannelValue(findNode('Door'), 'translation.X', 2.5)\n"
         "setChannelValue(findNode('Door'), 'translation.Y', -1)\n"
-        "assert undoCount() == 3 and 'Set Value' in undoText()");
+        "assert undoCount() == 3 and undoText() == 'Set translation.Y of Door'");
     QCOMPARE(core->getTranslation(), osg::Vec3f(2.5f, -1, 0));
     run("undo(); undo()");
     QCOMPARE(core->getTranslation(), osg::Vec3f(1.5f, 0, 0));

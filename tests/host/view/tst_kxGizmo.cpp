@@ -188,7 +188,7 @@ void tst_kxGizmo::aDragIsOneStepThatReturnsExactly()
         QMouseEvent release(QEvent::MouseButtonRelease, QPointF(), Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&receiver, &release);
         QCOMPARE(stack->count(), count + 1);
-        QCOMPARE(stack->undoText(), QStringLiteral("Rotate Object"));
+        QCOMPARE(stack->undoText(), "Rotate " + QString::fromStdString(node->getNodeName()));
         const auto after = kxTransformCommand::Values::of(transformOf(node));
         stack->undo();
         QVERIFY(kxTransformCommand::Values::of(transformOf(node)) == before);
