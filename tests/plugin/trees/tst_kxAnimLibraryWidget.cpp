@@ -46,6 +46,10 @@ private Q_SLOTS:
     void selectsInTheScene();
     void blursWhatIsBelow();
     void takesKeyedObjectsOut();
+    void makesBlocksOfKeyedChannels();
+    void expandsToADepth_data();
+    void expandsToADepth();
+    void saysWhatToDo();
 
 private:
     std::unique_ptr<kxAnimFixture> _scene;
@@ -401,6 +405,78 @@ void tst_kxAnimLibraryWidget::takesKeyedObjectsOut()
     _library->remove();
     QCOMPARE(_library->dump(), before);
     QCOMPARE(kxLogModel::the().entries().size(), 1);
+}
+
+void tst_kxAnimLibraryWidget::makesBlocksOfKeyedChannels()
+{
+    const auto key = [] { return kxAnimFixture::curve("scale", "Y", {{1.0f, 2.0f}}); };
+    for (int i = 0; i < 30; ++i)
+        object(qPrintable(QString("a%1").arg(i)), {block("fill")}); // so that not all rows are on screen
+    object("yard", {key()});
+    material("zinc", {key()});
+    _library->resize(200, 150);
+    _library->show();
+    _library->rebuild(false);
+    _library->select("yard");
+    _library->createBlocksForSelected();
+    const kxAnimTreeWidgetItem* const made = _library->row("yard/yard");
+    QVERIFY2(made != nullptr, qPrintable(_library->dump().join(' ')));
+    QVERIFY(made->isSelected() && _library->viewport()->rect().contains(_library->visualItemRect(made).center()));
+    QCOMPARE(made->animNode()->getNChildren(), 1u);
+    object("yawl", {key()});
+    _library->rebuild(false);
+    _library->select("yawl,zinc,small"); // more than one: none is chosen
+    _library->createBlocksForSelected();
+    QVERIFY(_library->selectedItems().isEmpty());
+    QCOMPARE(_library->row("yawl")->childCount() + _library->row("zinc")->childCount(), 2);
+}
+
+void tst_kxAnimLibraryWidget::expandsToADepth_data()
+{
+    kxColumns<int, QString, QString>("depth", "selected", "expanded");
+    kxRow("nothing", -1, "", "");
+    kxRow("the top", 0, "", "car,glass,paint,round,small");
+    kxRow("one below", 1, "", "car,car/drive,glass,paint,round,round/wheel,small,small/door,small/wheel");
+    kxRow("a selected row to the top", 0, "car", "car,glass,paint,round,round/wheel,small,small/door,small/wheel");
+    kxRow("a selected row below", 1, "round/wheel",
+          "car,car/drive,glass,paint,round,round/wheel,small,small/door,small/wheel");
+}
+
+void tst_kxAnimLibraryWidget::expandsToADepth()
+{
+    QFETCH(int, depth);
+    QFETCH(QString, selected);
+    _library->expandAll();
+    _library->select(selected);
+    _library->expandToDepth(depth);
+    QStringList expanded;
+    for (const char* const path :
+         {"car", "car/drive", "glass", "paint", "round", "round/wheel", "small", "small/door", "small/wheel"})
+        if (_library->row(path)->isExpanded())
+            expanded << path;
+    QTEST(expanded.join(','), "expanded");
+    QVERIFY(_library->updatesEnabled());
+}
+
+void tst_kxAnimLibraryWidget::saysWhatToDo()
+{
+    _library->resize(200, 200);
+    const auto seen = [this] { return _library->viewport()->grab().toImage(); };
+    const auto words = [this](const QImage& image)
+    {
+        const QRgb quiet = _library->palette().color(QPalette::Disabled, QPalette::WindowText).rgb();
+        int pixels = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                pixels += image.pixel(x, y) == quiet ? 1 : 0;
+        return pixels > 20;
+    };
+    QVERIFY(!words(seen()));
+    _library->search("no such name");
+    const QImage nothingFound = seen();
+    QVERIFY(words(nothingFound));
+    _library->clear();
+    QVERIFY(words(seen()) && seen() != nothingFound);
 }
 
 QTEST_MAIN(tst_kxAnimLibraryWidget)

@@ -2,6 +2,7 @@
 #include <trees/kxAnimStructureWidget.h>
 
 #include <kxAnimFixture.h>
+#include <kxMarks.h>
 #include <kxOwned.h>
 #include <kxTreeProbe.h>
 
@@ -167,6 +168,8 @@ void tst_kxAnimStructureWidget::takesTheLibrarysAnimations()
     kxAnimManager::the()->addAnimation(object, wave);
     kxAnimManager::the()->addAnimation(object, gone);
     const kxAnimMimeData mime({wave, gone, AnimNodePtr()}, format);
+    QCOMPARE(mime.formats(), QStringList(format));
+    QVERIFY(kxAnimMimeData({wave}, QString()).formats().isEmpty());
     kxAnimManager::the()->subAnimation(object, gone);
 
     const QList<QTreeWidgetItem*> rows = _tree->findItems(target, Qt::MatchExactly | Qt::MatchRecursive);
@@ -201,8 +204,12 @@ void tst_kxAnimStructureWidget::movesWithinTheStructure()
     QFETCH(QString, moved);
     QFETCH(QString, target);
     const UInt32 shares = node(moved)->getRefCount();
+    const NodePtr source = node(moved)->getParent();
+    const kxMarks marks;
     _tree->dropAt(target, kxAnimMimeData({node(moved)}, StructureFormat));
     QTEST(_tree->text(), "after");
+    if (node(moved)->getParent() != source) // both are unsaved
+        QVERIFY(marks.has(source) && marks.has(node(moved)->getParent()));
     QCOMPARE(node(moved)->getRefCount(), shares);
     const QString shown = _tree->text();
     _tree->rebuild(); // the rows are what the kernel holds

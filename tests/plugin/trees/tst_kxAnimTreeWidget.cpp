@@ -56,7 +56,7 @@ void answer(QMessageBox::StandardButton button)
                        [button]
                        {
                            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                           QVERIFY(box != nullptr);
+                           QVERIFY(box != nullptr && box->icon() == QMessageBox::Warning);
                            QCOMPARE(box->standardButton(box->defaultButton()), QMessageBox::No);
                            box->button(button)->click();
                        });
@@ -339,12 +339,13 @@ void tst_kxAnimTreeWidget::clonesAndUnshares()
     QCOMPARE(clone->coreId(), clone->animNode()->getCore()->getId());
 
     // In a flat list the node above the animation takes the clone.
-    _tree->rebuildFrom(std::vector<osg::AnimNodePtr>{_roll});
-    _tree->select("Roll \"2\"");
+    _tree->rebuildFrom(std::vector<osg::AnimNodePtr>{_walk});
+    _tree->select("Walk");
     const int rebuilds = _tree->rebuilds;
     _tree->call("clone");
     QCOMPARE(_tree->rebuilds, rebuilds + 1);
-    QCOMPARE(_tree->row("Ball")->childCount(), 3);
+    QCOMPARE(_tree->row("Box")->childCount(), 3);
+    QVERIFY(static_cast<kxAnimTreeWidgetItem*>(_tree->row("Box")->child(2))->animNode()->getCore() == _walk->getCore());
 }
 
 void tst_kxAnimTreeWidget::checkStatesFollow()

@@ -5,6 +5,7 @@
 
 #include <kernel/kxLogModel.h>
 #include <kxAnimFixture.h>
+#include <kxMarks.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
 
@@ -142,6 +143,11 @@ void tst_kxAnimTreeWidgetItem::staleRowIsInert()
 {
     kxAnimTreeWidgetItem row(true);
     row.setNode(_block, true, true);
+    _block->setPostCycles(3);
+    {
+        const kxOwned<osg::AnimNode> clone(_fixture.clone(_block, 0));
+        QCOMPARE(row.toolTip(0), QString("Post-Cycles: 3\nReferences: 2"));
+    }
     kxAnimTreeWidgetItem* const member = new kxAnimTreeWidgetItem(&row, true);
     member->setNode(_object, true, true);
     kxAnimManager::the()->subAnimation(_object, _block);
@@ -179,8 +185,10 @@ void tst_kxAnimTreeWidgetItem::groupNames()
     group.setText(0, present);
     (new kxAnimTreeWidgetItem(&group, true))->setNode(_object, true, true);
     new kxAnimTreeWidgetItem(&group, true); // a row of nothing
+    const kxMarks marks;
     group.setData(0, Qt::EditRole, edit);
     QCOMPARE(tagsOf(_object), after);
+    QCOMPARE(marks.has(_object), before.empty()); // it got an attachment
     QCOMPARE(group.text(0), edit.isEmpty() ? QString("Group") : edit);
 }
 

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <osg/ChangeList.h>
+
+#include <set>
+
+/// The containers of which a field was marked since it was made.
+class kxMarks : public osg::ChangeListener
+{
+public:
+    kxMarks() { osg::WinThreadBase::getCurrentChangeList()->addListener(this); }
+    ~kxMarks() override { osg::WinThreadBase::getCurrentChangeList()->subListener(this); }
+
+    bool has(const osg::FieldContainerPtr& container) const { return _ids.count(container.getFieldContainerId()) != 0; }
+    void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector&) override
+    {
+        _ids.insert(container.getFieldContainerId());
+    }
+
+private:
+    std::set<osg::UInt32> _ids;
+};
