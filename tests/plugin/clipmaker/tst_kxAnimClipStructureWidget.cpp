@@ -28,6 +28,9 @@ private Q_SLOTS:
     void namesStayUnlessEdited();
     void searchIsFlat();
     void searchOutlivesRebuilds();
+    void menuFollowsTheSelection_data();
+    void menuFollowsTheSelection();
+    void namesFitTheirColumn();
     void editsTheOneSelected();
     void pasteIntoItselfIsRefused();
     void followsTheKernel();
@@ -193,6 +196,7 @@ void tst_kxAnimClipStructureWidget::dropsOfLibrary()
     QCOMPARE(first->getNodeName(), std::string("walk"));
     QCOMPARE(f.tree.selectedClip(), inner);
     QCOMPARE(f.tree.dump(), kxClipTree::fresh());
+    QVERIFY(f.tree.row("A/inner/walk")->data(1, Qt::CheckStateRole).isValid()); // its lock
 
     const std::unique_ptr<QMimeData> mime(kxClipTree::libraryDrag({walk}));
     QVERIFY(!f.tree.dropMimeData(f.tree.row("C"), 0, mime.get(), Qt::MoveAction));
@@ -304,6 +308,44 @@ void tst_kxAnimClipStructureWidget::searchOutlivesRebuilds()
     f.tree.newClip(true); // is seen, whatever it is called
     QVERIFY(line.text().isEmpty());
     QVERIFY(f.tree.row("Clip")->isSelected() && f.tree.row("A/inner/jump") != nullptr);
+}
+
+void tst_kxAnimClipStructureWidget::menuFollowsTheSelection_data()
+{
+    kxColumns<QString, QString>("selected", "greyed");
+    kxRow("nothing", "", "Play,Reset,Copy,Paste,Duplicate,Duplicate Flipped,Delete,Rename,Information...");
+    kxRow("a clip", "A", "");
+    kxRow("a block", "B/step", "Paste");
+    kxRow("two", "A,B/step", "Rename,Information...");
+}
+
+void tst_kxAnimClipStructureWidget::menuFollowsTheSelection()
+{
+    QFETCH(QString, selected);
+    kxClipTree f;
+    f.tree.select("C");
+    f.tree.select(selected);
+    QStringList greyed;
+    for (const QAction* const entry : f.tree.contextMenu()->actions())
+        if (!entry->isEnabled())
+            greyed << entry->text();
+    QTEST(greyed.join(','), "greyed");
+}
+
+void tst_kxAnimClipStructureWidget::namesFitTheirColumn()
+{
+    kxClipTree f;
+    const char* const name = "A name that is wider than the tree by far and farther";
+    f.kernel()->addToClipStructure(f.clip(name, {}));
+    f.tree.show();
+    for (const int width : {120, 900})
+    {
+        f.tree.resize(width, 200);
+        f.tree.rebuild(true);
+        const int first = f.tree.columnWidth(0), wanted = f.tree.viewport()->width() - f.tree.columnWidth(1);
+        QCOMPARE(first == wanted, width == 900); // the locks stand at the right edge
+        QVERIFY(first >= wanted && first >= f.tree.fontMetrics().horizontalAdvance(name));
+    }
 }
 
 void tst_kxAnimClipStructureWidget::editsTheOneSelected()

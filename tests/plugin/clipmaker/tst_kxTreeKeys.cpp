@@ -80,6 +80,7 @@ class tst_kxTreeKeys : public QObject
 private Q_SLOTS:
     void does_data();
     void does();
+    void menus();
 };
 
 void tst_kxTreeKeys::does_data()
@@ -163,6 +164,24 @@ void tst_kxTreeKeys::does()
     if (shown->selectedItems().isEmpty())
         seen << "none";
     QTEST(seen.join(' '), "seen");
+}
+
+void tst_kxTreeKeys::menus()
+{
+    Trees f;
+    const auto texts = [](QMenu* menu)
+    {
+        QStringList entries;
+        for (const QAction* const entry : menu->actions())
+            entries << (entry->isSeparator() ? QString("|") : entry->text());
+        return entries.join(' ');
+    };
+    QCOMPARE(texts(f.library.contextMenu()),
+             QString("Play Reset | Save... Rename Delete | Copy Cut Paste Paste Clone | Clone Duplicate Unshare | "
+                     "Motion Blur | Group Selection Select Node | Information..."));
+    QCOMPARE(texts(f.structure.contextMenu()), QString("Play Reset | Paste Delete | Create group"));
+    QCOMPARE(texts(f.tree.contextMenu()),
+             QString("Play Reset | New Clip Copy Paste Duplicate Duplicate Flipped Delete Rename | Information..."));
 }
 
 QTEST_MAIN(tst_kxTreeKeys)

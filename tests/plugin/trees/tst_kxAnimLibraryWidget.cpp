@@ -43,6 +43,7 @@ private Q_SLOTS:
     void groupsTheSelection();
     void groupOfNothing();
     void findsAndSelects();
+    void selectsNoRowBetween();
     void selectsInTheScene();
     void blursWhatIsBelow();
     void takesKeyedObjectsOut();
@@ -316,6 +317,24 @@ void tst_kxAnimLibraryWidget::findsAndSelects()
     kxMessage message;
     kxController::call(kxMessageName::PastedAnimations, message, 0);
     QVERIFY(_library->row("car/late") != nullptr);
+}
+
+void tst_kxAnimLibraryWidget::selectsNoRowBetween()
+{
+    std::vector<NodePtr> nodes{_car};
+    for (const char* const name : {"m0", "m1", "m2"})
+    {
+        const NodePtr member = object(name, {block(name)});
+        tag(member, {"big"});
+        if (name[1] != '1')
+            nodes.push_back(member);
+    }
+    _library->rebuild(false);
+    _library->selectItemsForNodes(nodes);
+    QStringList selected;
+    for (const QTreeWidgetItem* const item : _library->selectedItems())
+        selected << item->text(0);
+    QCOMPARE(selected, QStringList({"car", "m0", "m2"}));
 }
 
 void tst_kxAnimLibraryWidget::selectsInTheScene()
