@@ -59,6 +59,7 @@ private Q_SLOTS:
     void cleanup();
     void listsWhatIsSelected();
     void hidesEmptyCurves();
+    void valuesHaveAPlace();
     void keepsTheSelection();
     void keysRows_data();
     void keysRows();
@@ -174,6 +175,24 @@ void tst_kxAnimChannelWidget::hidesEmptyCurves()
     QCOMPARE(tops(), QStringList("a/1"));
     _tree->action("Show Empty Curves")->trigger();
     QCOMPARE(tops(), QStringList("a/13"));
+}
+
+void tst_kxAnimChannelWidget::valuesHaveAPlace()
+{
+    _tree->rebuildFromNode(_first);
+    _tree->show();
+    const auto valueWidth = [this] { return _tree->viewport()->width() - _tree->columnWidth(0); };
+    const int needed = _tree->fontMetrics().horizontalAdvance("-000.000");
+    _tree->resize(400, 300);
+    const int names = _tree->columnWidth(0);
+    QVERIFY(valueWidth() > needed);
+    _tree->resize(needed + names - 20, 300); // the names give way, and get it back
+    QVERIFY(valueWidth() > needed && _tree->columnWidth(0) < names);
+    _tree->resize(400, 300);
+    QCOMPARE(_tree->columnWidth(0), names);
+    _tree->setColumnWidth(0, names - 30); // by the user
+    _tree->resize(500, 300);
+    QCOMPARE(_tree->columnWidth(0), names - 30);
 }
 
 void tst_kxAnimChannelWidget::keepsTheSelection()

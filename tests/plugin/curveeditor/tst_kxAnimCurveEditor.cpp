@@ -154,6 +154,9 @@ void tst_kxAnimCurveEditor::showsTheSelectionUpToALimit()
     QVERIFY(_editor->curves().isEmpty());
     QCOMPARE(_editor->channels->topLevelItemCount(), 0);
     QCOMPARE(announced.count, count);
+    const QImage hint = _editor->channels->grab().toImage();
+    _editor->channels->rebuildFromNodes({});
+    QVERIFY(_editor->channels->grab().toImage() != hint); // too many isn't none
     _editor->library->clearSelection();
     QCOMPARE(announced.count, count + 1);
     QCOMPARE(nodes(), std::size_t(0));

@@ -61,6 +61,8 @@ private Q_SLOTS:
     void stateThatCannotBeSeenIsSaid();
     void whatACommandLeftOutIsSaid();
     void infinityModesOfBlocks();
+    void tangentsOfTheMenu();
+    void fieldsTellOfTheSelection();
 
 private:
     std::unique_ptr<kxCurveEditorFixture> _editor;
@@ -93,7 +95,9 @@ void tst_kxAnimCurveEditorCommands::refusedInputMovesNothing()
     _editor->select({box});
     _editor->graph->scene()->selectAllPoints();
     const int before = steps();
+    _editor->form->_value->setValue(77); // as it was typed
     Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeDivide, 0);
+    QCOMPARE(_editor->form->_value->value(), 5.0);
     QVERIFY(_editor->form->statusbar->currentMessage().contains("No key was moved"));
     Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 1e39);
     QVERIFY(_editor->form->statusbar->currentMessage().contains("No key was changed"));
@@ -117,6 +121,28 @@ void tst_kxAnimCurveEditorCommands::copyAndPasteGoByFocus()
     choose(*_editor, "Edit", "Copy");
     choose(*_editor, "Edit", "Paste");
     QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}, {48, 1}, {72, 5}}));
+
+    _editor->animated("Walker", {{0, 1}, {1, 5}}, "Walk");
+    _editor->library->rebuild(true);
+    const QAction* const save = entry(menuOf(*_editor, "Edit"), "Save...");
+    const auto choose1 = [&](const osg::NodePtr& node)
+    {
+        _editor->library->clearSelection();
+        _editor->library->selectItemsForNodes({node});
+        Q_EMIT menuOf(*_editor, "Edit")->aboutToShow();
+    };
+    _editor->library->setFocus();
+    choose1(kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Walk"));
+    QVERIFY(save->isEnabled());
+    choose(*_editor, "Edit", "Copy");
+    choose1(box);
+    choose(*_editor, "Edit", "Paste");
+    std::vector<osg::AnimNodePtr> blocks;
+    kxAnimManager::the()->getAnimAttachment(box)->getTopLevelAnimations(blocks, true);
+    QCOMPARE(blocks.size(), std::size_t(1));
+    _editor->library->selectAll();
+    Q_EMIT menuOf(*_editor, "Edit")->aboutToShow();
+    QVERIFY(!save->isEnabled());
 }
 
 void tst_kxAnimCurveEditorCommands::stateThatCannotBeSeenIsSaid()
@@ -223,6 +249,47 @@ void tst_kxAnimCurveEditorCommands::infinityModesOfBlocks()
     kxAnimManager::the()->setCurrentFrame(6, true, true);
     entry(entry(menu, "Pre Infinity Mode")->menu(), "Loop with Offset")->trigger();
     QCOMPARE(x(), 0.0f);
+}
+
+void tst_kxAnimCurveEditorCommands::tangentsOfTheMenu()
+{
+    _editor->show();
+    const osg::NodePtr box = _editor->animated("Box", {{0, 1}, {1, 5}, {2, 2}});
+    _editor->select({box});
+    _editor->curves().front()->point(1)->setSelected(true);
+    const osg::CCPnt& key = _editor->curveOf(box)->getControlPoints(1);
+    osg::UInt32 in = key.inType;
+    for (const auto& [type, text] : {std::make_pair(2u, "Flat"), {1u, "Linear"}, {3u, "Hermite"}, {0u, "Constant"}})
+    {
+        choose(*_editor, "Tangents", text);
+        QCOMPARE(key.outType, type);
+        QCOMPARE(key.inType, type == 0 ? in : type); // a step begins at the key
+        in = key.inType;
+    }
+    choose(*_editor, "Tangents", "Following");
+    QCOMPARE(key.inType, 4u);
+}
+
+void tst_kxAnimCurveEditorCommands::fieldsTellOfTheSelection()
+{
+    _editor->show();
+    _editor->select({_editor->animated("Box", {{0.25f, 1}, {1, 5}})});
+    const kxAnimCurveEditorGUIW& form = *_editor->form;
+    const auto shown = [&form] { return QPointF(form._frame->value(), form._value->value()); };
+    const auto isOn = [&form]
+    {
+        return std::make_tuple(form._frame->isEnabled(), form._frameLabel->isEnabled(), form._value->isEnabled(),
+                               form._valueLabel->isEnabled(), !form._value->styleSheet().isEmpty());
+    };
+    _editor->graph->scene()->selectAllPoints();
+    QCOMPARE(shown(), QPointF(24, 5)); // of the last
+    QCOMPARE(isOn(), std::make_tuple(true, true, true, true, true));
+    _editor->curves().front()->point(1)->setSelected(false);
+    QCOMPARE(shown(), QPointF(6, 1));
+    QCOMPARE(isOn(), std::make_tuple(true, true, true, true, false));
+    _editor->graph->scene()->clearSelection();
+    QCOMPARE(shown(), QPointF());
+    QCOMPARE(isOn(), std::make_tuple(false, false, false, false, false));
 }
 
 QTEST_MAIN(tst_kxAnimCurveEditorCommands)
