@@ -28,6 +28,8 @@ private Q_SLOTS:
     void drawnIsPlayed();
     void awkwardCurves();
     void squaresAreSixPixels();
+    void theWheelZoomsAboutTheMouse();
+    void keysOfTheGraphAreNoShortcuts();
     void whatIsSeenLooksLikeTheWhole();
     void denseLinesHaveNoGaps();
 };
@@ -413,6 +415,45 @@ void tst_kxAnimGraphItems::denseLinesHaveNoGaps()
     painter.end();
     for (int i = 0; i < 50000; i += 11)
         QCOMPARE(image.pixelColor(int(line.key(i).x() * 400 / 50000), int(line.key(i).y())), QColor(Qt::red));
+}
+
+void tst_kxAnimGraphItems::theWheelZoomsAboutTheMouse()
+{
+    kxGraphFixture graph;
+    graph.show({{{0, 0}, {10, 2}}});
+    const auto turn = [&graph](int delta, Qt::MouseButtons held = Qt::NoButton)
+    {
+        const QPoint at(110, 80);
+        const QPointF before = graph.view.mapToScene(at);
+        QWheelEvent event(at, graph.port()->mapToGlobal(at), {}, {0, delta}, held, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(graph.port(), &event);
+        const QPointF off = QPointF(graph.at(before) - at);
+        return std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1;
+    };
+    const auto scale = [&graph] { return QPointF(graph.view.transform().m11(), graph.view.transform().m22()); };
+    QVERIFY(turn(120));
+    QCOMPARE(scale(), QPointF(11.5, -23));
+    graph.press(Qt::Key_X);
+    QVERIFY(turn(-120) && turn(-120));
+    QCOMPARE(scale(), QPointF(10 / 1.15, -23));
+    QCOMPARE(kxAnimGraphPoint::square().width() * scale().x(), 6.0);
+    turn(120, Qt::RightButton); // another gesture
+    QCOMPARE(scale(), QPointF(10 / 1.15, -23));
+}
+
+void tst_kxAnimGraphItems::keysOfTheGraphAreNoShortcuts()
+{
+    kxGraphFixture graph;
+    const auto isTaken = [&graph](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
+        event.ignore();
+        QApplication::sendEvent(&graph.view, &event);
+        return event.isAccepted();
+    };
+    QVERIFY(isTaken(Qt::Key_F) && isTaken(Qt::Key_Delete) && isTaken(Qt::Key_A, Qt::ControlModifier));
+    QVERIFY(!isTaken(Qt::Key_Z, Qt::ControlModifier) && !isTaken(Qt::Key_F, Qt::AltModifier) && !isTaken(Qt::Key_W));
 }
 
 QTEST_MAIN(tst_kxAnimGraphItems)

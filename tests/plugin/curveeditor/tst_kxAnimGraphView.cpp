@@ -92,6 +92,9 @@ void tst_kxAnimGraphView::aClickLeavesNoStep()
     graph.click(graph.at(graph.point(0, 0)));
     QVERIFY(!graph.point(0, 1)->isSelected());
     QVERIFY(!graph.point(0, 1)->tangentsShown());
+    graph.scene()->selectAllPoints();
+    graph.click(graph.at(graph.point(0, 1))); // one of several selected: it alone stays so
+    QCOMPARE(graph.scene()->selectedCount(), 1);
     QCOMPARE(graph.stack()->count(), 0);
 
     // A drag that the snapping swallows is none either.
@@ -231,7 +234,7 @@ void tst_kxAnimGraphView::handleDragIsOneStep()
         graph.show({{{0, 0}, {12, 2}, {24, 0}}});
         graph.click(graph.at(graph.point(0, 1)));
         const osg::CCPnt before = graph.key(0, 1);
-        const QPoint from = graph.at(graph.point(0, 1)->outTangentItem());
+        const QPoint from = graph.at(graph.point(0, 1)->outTangentScenePos()); // made when the mouse comes
         graph.drag(from, from + QPoint(-10, -40), 8);
         QCOMPARE(graph.stack()->count(), 1);
         const osg::CCPnt after = graph.key(0, 1);
@@ -242,6 +245,8 @@ void tst_kxAnimGraphView::handleDragIsOneStep()
         QCOMPARE(after.intangent() == -after.outtangent(), !isBroken);
         graph.stack()->undo();
         QCOMPARE(graph.key(0, 1), before);
+        graph.view.setTangentType(0);
+        QVERIFY(!graph.point(0, 1)->outTangentItem()->isVisible());
     }
 }
 
@@ -491,10 +496,17 @@ void tst_kxAnimGraphView::messagesOnRelease()
     QVERIFY(boost::any_cast<std::vector<osg::AnimNodePtr>>(selections.last.get("nodes")) == graph.nodes);
     QCoreApplication::processEvents();
     bars.count = 0;
+    graph.click(QPoint(50, 50));
+    QCOMPARE(bars.count, 0); // nothing is new
     graph.drag(graph.at(graph.point(0, 1)), QPoint(50, 50));
     QCoreApplication::processEvents(); // the scene tells of its changes late
     graph.click(QPoint(150, 50));
     QVERIFY(bars.count >= 1);
+    bars.count = 0;
+    graph.point(0, 1)->setSelected(true);
+    QSignalSpy deletions(&graph.view, &kxAnimGraphView::controlPointsDeleted);
+    graph.press(Qt::Key_Delete);
+    QVERIFY(bars.count == 1 && deletions.count() == 1);
 }
 
 void tst_kxAnimGraphView::selectionSurvivesNothing()
