@@ -189,9 +189,11 @@ void tst_kxTimeline::playsAndStops()
     const auto isToldStopped = [this](int messages) // all since the beginning
     { return _played.count == messages && !boost::any_cast<bool>(_played.last.get("playing")); };
     panel()._rangeStart->setValue(3);
+    kxAnimManager::the()->setMotionBlurObjectID(5);
     panel()._current->setValue(7);
     QCOMPARE(kxAnimManager::the()->currentFrame(), 7.0);
-    for (int click = 0; click < 2; ++click) // a second click starts again
+    QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), 0u); // whoever moves the frame wants to see all
+    for (int click = 0; click < 2; ++click)                   // a second click starts again
     {
         panel()._play->click();
         QVERIFY(player.isPlaying() && player.owner() == &panel());
@@ -352,12 +354,27 @@ void tst_kxTimeline::newSceneRestoresPreferences()
         data.set(Key::DetailedRangeEnd, 33, true);
         data.set(Key::FullRangeEnd, std::string("50"), true); // of the wrong type: its preset stands
         data.set(Key::KeepKeys, true, true);
+        data.set(Key::DetailedRangeStart, 7, true);
+        data.set(Key::LoopTimeline, true, true);
+        data.set(Key::EvaluateSubframes, false, true);
+        data.set(Key::PlaybackRange, 1, true);
+        data.set(Key::PlaybackContext, 1, true);
+        data.set(Key::PlaybackCustomSpeed, 12.5, true);
+        kernel.setLoopTimeline(false);
+        kernel.setEvaluateSubframes(true);
         panel()._end->setValue(400);
         const kxCapturedStderr silent;
         deliver(kxMessageId::NewScene);
         QCOMPARE(kernel.fps(), 30.0);
-        QVERIFY(kernel.keepKeysAtFrame());
-        QCOMPARE(shownRanges(), (Ranges{0, 0, 33, 50}));
+        QVERIFY(kernel.keepKeysAtFrame() && kernel.loopTimeline() && !kernel.evaluateSubframes());
+        QVERIFY(kernel.playbackRangeHint() == 1 && panel()._local->isChecked());
+        QCOMPARE(shownRanges(), (Ranges{0, 7, 33, 50}));
+        for (const auto& [speed, rate] : {std::make_pair(0, -1.0), {1, 24.0}, {3, 30.0}, {4, 12.5}, {7, 24.0}})
+        {
+            data.set(Key::PlaybackSpeed, speed, true);
+            deliver(kxMessageId::NewScene);
+            QCOMPARE(panel()._timeLine->fps(), rate);
+        }
         preferences.preferencesSetDefaults(false); // keeps what is there
         QCOMPARE(boost::any_cast<double>(data.get(Key::Time)), 30.0);
     }
@@ -367,7 +384,7 @@ void tst_kxTimeline::newSceneRestoresPreferences()
     deliver(kxMessageId::NewScene);
     QCOMPARE(kernel.playbackFPS(), 25.0);
     QCOMPARE(kernel.fps(), 30.0);
-    QVERIFY(!kernel.loopTimeline() && !kernel.keepKeysAtFrame());
+    QVERIFY(!kernel.loopTimeline() && !kernel.keepKeysAtFrame() && kernel.evaluateSubframes());
     QCOMPARE(kernelRanges(), (Ranges{0, 0, 25, 50}));
 }
 
