@@ -20,6 +20,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMessageBox>
@@ -113,6 +114,7 @@ void kxAnimWizardGUII::showWizard()
 {
     _preview->setChecked(false); // the first page has no button for it
     restart();
+    fitPages();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
@@ -212,6 +214,14 @@ void kxAnimWizardGUII::changedPage(int id)
         return;
     dropUncovered();
     addSelectedObjects();
+    fitPages();
+}
+
+void kxAnimWizardGUII::fitPages()
+{
+    const int height = wizardPage->layout()->minimumHeightForWidth(minimumWidth());
+    for (QWidget* const page : {wizardPage1, wizardPage})
+        page->setMinimumHeight(height);
 }
 
 void kxAnimWizardGUII::dropUncovered()

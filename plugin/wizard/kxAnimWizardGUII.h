@@ -45,6 +45,9 @@ protected:
 private:
     explicit kxAnimWizardGUII(QWidget* parent);
     void connectForm();
+    /// The texts of the capture page wrap, so that in a large font it is higher than its fields tell. The first page
+    /// is as high, for the window not to grow over the screen's end.
+    void fitPages();
 
     bool coversNodes() const;
     bool coversMaterials() const;

@@ -11,13 +11,16 @@
 #include <kxMessageNames.h>
 #include <kxRenderWidget.h>
 #include <kxScenegraph.h>
+#include <kxUndo.h>
 #include <osg/ChangeList.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QUndoStack>
 #include <kxTable.h>
 
 #include <limits>
@@ -121,6 +124,7 @@ private Q_SLOTS:
     void numbersStayFiniteAndKeysSorted_data();
     void numbersStayFiniteAndKeysSorted();
     void opensByADoubleClick();
+    void showsItsFieldsInOrder();
 };
 
 void tst_kxAnimWizClipGUI::showsTheClip()
@@ -131,6 +135,8 @@ void tst_kxAnimWizClipGUI::showsTheClip()
     kxAnimWizClipGUI& dialog = f.open();
     QVERIFY(dialog.isVisible() && !dialog.isModal());
     QCOMPARE(kxScenegraph::getSelectedNodes(), std::vector<NodePtr>{f.box});
+    kxUndoStack::get(0).stack()->undo();
+    QVERIFY(kxScenegraph::getSelectedNodes().empty());
 
     dialog._captureStart->click();
     QVERIFY(dialog._captureStart->text().isEmpty());
@@ -263,10 +269,19 @@ void tst_kxAnimWizClipGUI::otherNodesOpenItEmpty()
     const Keys x = f.x();
     const AnimNodePtr bare = AnimNodeBase::create(); // without a core
     f.outer->addChild(bare);
+    kxAnimManager::the()->setCurrentFrameNoEvaluation(36, false);
     for (const AnimNodePtr& other : {f.outer, bare})
     {
+        dialog.show(f.node);
+        {
+            View view;
+            dialog._captureEnd->click();
+            press(dialog, QDialogButtonBox::Cancel);
+        }
         dialog.show(other);
         QVERIFY(dialog.isVisible() && dialog.clip() == NullFC);
+        QCOMPARE(dialog._startTime->value(), 1.5);
+        QCOMPARE(dialog._captureEnd->text(), QStringLiteral("Capture End"));
         View view;
         dialog._captureStart->click();
         dialog._preview->click();
@@ -455,6 +470,44 @@ void tst_kxAnimWizClipGUI::opensByADoubleClick()
     doubleClick(wizard);
     QVERIFY(dialog.isVisible() && dialog.clip() == wizard->node());
     kxAnimWizClipGUI::destroy();
+}
+
+void tst_kxAnimWizClipGUI::showsItsFieldsInOrder()
+{
+    WizClip f;
+    kxAnimWizClipGUI& dialog = f.open();
+    const struct
+    {
+        const char* name;
+        QString label;
+    } fields[] = {{"_name", "Name"},
+                  {"_startTime", "Start Time"},
+                  {"_duration", "Base Duration"},
+                  {"_interpolation", "Interpolation"}};
+    int bottom = -1;
+    for (const auto& [name, text] : fields)
+    {
+        const QWidget* const field = dialog.findChild<QWidget*>(name);
+        QVERIFY2(field != nullptr, name);
+        QLabel* named = nullptr;
+        for (QLabel* const label : dialog.findChildren<QLabel*>())
+            if (label->buddy() == field)
+                named = label;
+        QVERIFY2(named != nullptr && named->text() == text, name);
+        QVERIFY2(named->geometry().right() < field->x() && field->x() == dialog._captureStart->x(), name);
+        QVERIFY2(field->y() > bottom && qAbs(field->geometry().center().y() - named->geometry().center().y()) < 3,
+                 name);
+        bottom = field->geometry().bottom();
+    }
+    dialog._startTime->stepDown();
+    QCOMPARE(dialog._startTime->value(), 0.5);
+
+    // Return accepts, wherever the focus is.
+    dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    dialog._reset->setFocus();
+    QTest::keyClick(dialog._reset, Qt::Key_Return);
+    QVERIFY(!dialog.isVisible());
 }
 
 QTEST_MAIN(tst_kxAnimWizClipGUI)

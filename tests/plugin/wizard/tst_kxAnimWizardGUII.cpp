@@ -6,6 +6,7 @@
 #include <animation/kxPlaybackClock.h>
 #include <files/kxSceneIO.h>
 #include <kernel/kxSelection.h>
+#include <kxMarks.h>
 #include <kxOwned.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
@@ -109,6 +110,7 @@ private Q_SLOTS:
     void makesNoEmptyClip();
     void makesOneClipWhereManyAreSelected();
     void opensBesideTheView();
+    void showsItsFieldsInOrder();
 
 private:
     /// Runs `action`, gives the text of the message box that it opens, and closes that.
@@ -510,7 +512,11 @@ void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
         else
             moveTo(_lid, 6);
     }
+    if (steps == "ptp")
+        QCOMPARE(x(_box), 3.0f); // what is shown stays until then
+    const kxMarks marks;
     _wizard->reject();
+    QVERIFY(steps.isEmpty() || marks.has(kxAnimFixture::transform(_box))); // the view follows
     QCOMPARE(saved(), before);
     tickAt(now + 5);
     QCOMPARE(saved(), before);
@@ -592,7 +598,11 @@ void tst_kxAnimWizardGUII::keepsTheKeysWithTheFields()
 void tst_kxAnimWizardGUII::returnInAFieldPressesNothing()
 {
     captureBox(0, 1);
+    _wizard->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(_wizard));
+    QApplication::setActiveWindow(_wizard);
     _wizard->_name->setFocus();
+    QVERIFY(_wizard->_name->hasFocus());
     QTest::keyClick(_wizard->_name, Qt::Key_Return);
     QVERIFY(!_wizard->_name->hasFocus());
     for (QWidget* const field : {static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
@@ -693,6 +703,31 @@ void tst_kxAnimWizardGUII::opensBesideTheView()
     for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
         QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
                  qPrintable(window->windowTitle()));
+}
+
+void tst_kxAnimWizardGUII::showsItsFieldsInOrder()
+{
+    captureBox(1, 5);
+    QCoreApplication::processEvents();
+    const QWidget* const rows[][2] = {{_wizard->_captureStart, _wizard->_captureEnd},
+                                      {_wizard->_preview, _wizard->_reset}};
+    for (const auto& [left, right] : rows)
+        QVERIFY(left->y() == right->y() && left->geometry().right() < right->x());
+    QVERIFY(_wizard->_captureStart->geometry().bottom() < _wizard->_preview->y());
+    QCOMPARE(_wizard->_preview->x(), _wizard->_captureStart->x());
+    QVERIFY(_wizard->_duration->geometry().right() < _wizard->_captureEnd->geometry().right());
+    _wizard->_duration->setValue(3);
+    _wizard->_duration->stepUp();
+    QCOMPARE(_wizard->_duration->value(), 3.5);
+
+    _wizard->showMinimized();
+    _wizard->showWizard();
+    QVERIFY(!_wizard->isMinimized());
+    kxAnimManager::the()->setCurrentFrameNoEvaluation(36, false);
+    _wizard->reject();
+    QCOMPARE(_wizard->_startTime->value(), 1.5);
+    for (const QPushButton* const button : {_wizard->_captureStart, _wizard->_captureEnd})
+        QCOMPARE(button->text(), button->accessibleName());
 }
 
 QTEST_MAIN(tst_kxAnimWizardGUII)

@@ -1,3 +1,4 @@
+#include <wizard/kxCaptureTable.h>
 #include <wizard/kxWizardCapture.h>
 
 #include <kxAnimFixture.h>
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void grabsTheMiddle();
     void keepsThePicture();
     void survivesDamagedPictures();
+    void takesObjectsInThePlaceOfDeadOnes();
 };
 
 void tst_kxWizardCapture::writesKeys()
@@ -74,6 +76,9 @@ void tst_kxWizardCapture::keepsKeysSortedAndFinite()
     for (const osg::CCPnt& key : curve->getControlPoints())
         QVERIFY(std::isfinite(key.inX() + key.inY() + key.outX() + key.outY()));
 
+    const kxOwned<osg::AnimNode> single(kxAnimFixture::curve("translation", "Z", {{1, 6}}));
+    kxWizardCapture::setDuration(kxAnimFixture::curveOf(single), 3, 0);
+    QCOMPARE(kxAnimFixture::curveOf(single)->getControlPoints(0).point(), osg::Pnt2f(3, 6));
     const kxOwned<osg::AnimNode> empty(kxAnimFixture::curve("translation", "Y", {}));
     for (const osg::AnimCurvePtr& nothing : {osg::AnimCurvePtr(), kxAnimFixture::curveOf(empty)})
     {
@@ -141,6 +146,20 @@ void tst_kxWizardCapture::survivesDamagedPictures()
     QVERIFY(kxWizardCapture::toPixmap(osg::ImagePtr()).isNull());
     none->setEncoded({'n', 'o', ' ', 'p', 'i', 'c', 't', 'u', 'r', 'e'});
     QVERIFY(kxWizardCapture::toPixmap(none).isNull());
+}
+
+/// A new object may get the address of one that died.
+void tst_kxWizardCapture::takesObjectsInThePlaceOfDeadOnes()
+{
+    const kxAnimFixture fixture;
+    kxCaptureTable table;
+    for (int round = 0; round < 50; ++round)
+    {
+        const osg::NodePtr object = kxAnimFixture::object("short-lived");
+        table.add(object);
+        QCOMPARE(table.present().size(), std::size_t(1));
+        kxScene::the()->root()->subChild(object);
+    }
 }
 
 QTEST_MAIN(tst_kxWizardCapture)
