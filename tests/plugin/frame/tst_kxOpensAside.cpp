@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QDockWidget>
 #include <QMainWindow>
+#include <QStyle>
 
 Q_DECLARE_METATYPE(std::vector<kxOpensAside::Kept>)
 
@@ -65,6 +66,8 @@ void tst_kxOpensAside::opensBesideWhatIsSeen()
     { return dialog.geometry().intersects(QRect(widget->mapToGlobal(QPoint()), widget->size())); };
     dialog.show();
     QVERIFY(!covers(docks[1]) && !covers(docks[2]->widget()) && !covers(window.centralWidget()));
+    const int title = dialog.style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    QCOMPARE(dialog.y() + title + dialog.height(), 600); // all of it is on the screen
     dialog.hide();
     window.move(60, 90); // it follows
     dialog.show();
