@@ -362,6 +362,12 @@ void tst_kxAnimChannelWidget::undoneKeyingLeavesNoAttachment()
     QVERIFY(kernel.getAnimAttachment(_first) != osg::NullFC);
     stack().clear(); // drops what it holds
     QCOMPARE(kernel.getAnimAttachment(_first)->getAnimationRoot()->getNChildren(), 1u);
+
+    _tree->rebuildFromNode(_second);
+    _tree->keyAll();
+    kernel.addAnimation(_second, kxAnimFixture::block("later", {}));
+    stack().undo();
+    QVERIFY(kernel.getAnimAttachment(_second) != osg::NullFC); // it holds what came later
 }
 
 void tst_kxAnimChannelWidget::keyAllMessageReachesTheNewest()

@@ -2,6 +2,7 @@
 #include <kxSendMouse.h>
 
 #include <QGraphicsScene>
+#include <QGraphicsSceneHoverEvent>
 #include <QGraphicsView>
 #include <QtTest>
 
@@ -17,8 +18,15 @@ private Q_SLOTS:
     void cleanup();
     void dragsInWholeFrames();
     void staysWhileTheAnimationPlays();
+    void lightsUp();
 
 private:
+    /// In the middle of the line at frame 0, as it is seen.
+    QColor color() const
+    {
+        const QPoint middle = at(0) + QPoint(0, 30);
+        return _view->viewport()->grab().toImage().pixelColor(middle);
+    }
     QPoint at(double frame) const { return _view->mapFromScene(QPointF(frame, 0)); }
 
     std::unique_ptr<QGraphicsScene> _scene;
@@ -80,6 +88,28 @@ void tst_kxAnimTimeItem::staysWhileTheAnimationPlays()
     QCOMPARE(_item->time(), 0.0);
     QVERIFY(changes.isEmpty());
     QVERIFY(!_item->isMoving()); // or no rubber band could start any more
+}
+
+void tst_kxAnimTimeItem::lightsUp()
+{
+    _scene->setBackgroundBrush(Qt::black);
+    const auto isOrange = [this] { return color().red() > color().blue() + 50; };
+    const auto hover = [this](QEvent::Type type)
+    {
+        QGraphicsSceneHoverEvent event(type);
+        _scene->sendEvent(_item, &event);
+    };
+    QVERIFY(color().blue() > 100 && !isOrange());
+    hover(QEvent::GraphicsSceneHoverEnter);
+    QVERIFY(isOrange());
+    hover(QEvent::GraphicsSceneHoverLeave);
+    QVERIFY(!isOrange());
+    _item->setPlaying(true);
+    QVERIFY(isOrange() && _item->cursor().shape() == Qt::ArrowCursor);
+    hover(QEvent::GraphicsSceneHoverLeave);
+    QVERIFY(isOrange()); // as long as it plays
+    _item->setPlaying(false);
+    QVERIFY(!isOrange() && _item->cursor().shape() == Qt::SizeHorCursor);
 }
 
 QTEST_MAIN(tst_kxAnimTimeItem)

@@ -78,6 +78,7 @@ private Q_SLOTS:
     void typeChangesComeBack();
     void constantOutFlattensNextIn();
     void tangentMovesMerge();
+    void movesOfOneCurveMerge();
     void moveIsRefused_data();
     void moveIsRefused();
     void deletes_data();
@@ -95,17 +96,18 @@ void tst_kxAnimUndoCommands::typeChangesComeBack()
     for (const bool isIn : {false, true})
         for (unsigned int from = 0; from <= 5; ++from)
             for (unsigned int to = 0; to <= 5; ++to)
-            {
-                const kxOwned<osg::AnimCurve> curve(makeCurve(4, {3, from, 4, 2}));
-                const QString start = textOf(curve);
-                kxAnimTangentUndoCommand command(curve, 1, isIn, to);
-                command.redo();
-                const osg::CCPnt& key = curve->getControlPoints(1);
-                QCOMPARE(isIn ? key.inType : key.outType, to);
-                QCOMPARE(isIn ? key.outType : key.inType, from);
-                QVERIFY(kxAnimTangentUndoCommand(curve, 1, isIn, to).isObsolete()); // it is of that type
-                verifyThereAndBack(command, curve, start);
-            }
+                for (const unsigned int count : {3, 4}) // the next key is the last, or not
+                {
+                    const kxOwned<osg::AnimCurve> curve(makeCurve(count, {3, from, 4, 2}));
+                    const QString start = textOf(curve);
+                    kxAnimTangentUndoCommand command(curve, 1, isIn, to);
+                    command.redo();
+                    const osg::CCPnt& key = curve->getControlPoints(1);
+                    QCOMPARE(isIn ? key.inType : key.outType, to);
+                    QCOMPARE(isIn ? key.outType : key.inType, from);
+                    QVERIFY(kxAnimTangentUndoCommand(curve, 1, isIn, to).isObsolete()); // it is of that type
+                    verifyThereAndBack(command, curve, start);
+                }
 }
 
 void tst_kxAnimUndoCommands::constantOutFlattensNextIn()
@@ -157,6 +159,26 @@ void tst_kxAnimUndoCommands::tangentMovesMerge()
     home.redo();
     QVERIFY(away.mergeWith(&home));
     QVERIFY(away.isObsolete());
+}
+
+void tst_kxAnimUndoCommands::movesOfOneCurveMerge()
+{
+    const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1})), other(makeCurve(3, {1})), longer(makeCurve(4, {1}));
+    const auto raise = [](const osg::AnimCurvePtr& moved)
+    {
+        Keys keys = keysOf(moved);
+        keys[1].setY(keys[1].y() + 2);
+        return std::make_unique<kxAnimCurveUndoCommand>(moved, keys);
+    };
+    const auto first = raise(curve);
+    first->redo();
+    const auto second = raise(curve);
+    second->redo();
+    QVERIFY(!first->mergeWith(raise(other).get()) && !first->mergeWith(raise(longer).get()));
+    QVERIFY(first->mergeWith(second.get()));
+    QCOMPARE(curve->getControlPoints(1).y(), other->getControlPoints(1).y() + 4);
+    first->undo();
+    QVERIFY(keysOf(curve) == keysOf(other));
 }
 
 void tst_kxAnimUndoCommands::moveIsRefused_data()
