@@ -108,6 +108,7 @@ void tst_AnimCurve::textRoundTrips()
         }
         field.push_back(CCPnt(Pnt2f(v[0], v[1]), Vec2f(v[2], v[3]), Vec2f(v[4], v[5]), random(), random() % 6));
     }
+    field.push_back(CCPnt(Pnt2f(), Vec2f(), Vec2f(), UINT32_MAX, 0));
     MField<CCPnt, 0> read;
     std::string text;
     for (UInt32 i = 0; i < field.getSize(); ++i)
@@ -207,6 +208,7 @@ void tst_AnimCurve::constantKeysGo_data()
     QTest::addColumn<QVector<int>>("left");
     typedef QVector<QPointF> Keys;
     QTest::newRow("all one value") << Keys{{0, 5}, {1, 5}, {2, 5}} << 2 << QVector<int>{};
+    QTest::newRow("all nothing") << Keys{{0, 0}, {1, 0}} << 2 << QVector<int>{};
     QTest::newRow("flat stretches inside")
         << Keys{{0, 5}, {1, 5}, {2, 5}, {3, 9}, {4, 9}, {5, 9}, {6, 9}} << 2 << QVector<int>{0, 2, 3, 6};
     QTest::newRow("linear: a slope keeps its key") << Keys{{0, 5}, {1, 5}, {2, 7}} << 1 << QVector<int>{0, 1, 2};

@@ -54,6 +54,8 @@ private Q_SLOTS:
     void blocksAreFoundAfterEdits();
     void tracks_data();
     void tracks();
+    void blocksTakeTheKeysOfAnObject();
+    void animationFiles();
     void clipboardHoldsWhatDied();
     void clonesShareAndUnshare();
     void unusedClonesAreTakenOut();
@@ -85,6 +87,13 @@ void tst_kxAnimManager::keyableChannels()
     QCOMPARE(texts.mid(0, 6).join(" "),
              QString("translation.X translation.Y translation.Z rotation.X rotation.Y rotation.Z"));
     QVERIFY(texts.contains("focalLength.") && texts.contains("visible."));
+    const auto color = [](const char* channel, const char* suffix)
+    {
+        const Color3f c = kxAnimFixture::curveOf(kxAnimFixture::curve(channel, suffix, {}))->getColor();
+        return QColor::fromRgbF(double(c.red()), double(c.green()), double(c.blue())).name();
+    };
+    QCOMPARE(color("translation", "X") + color("rotation", "Y") + color("scale", "Z") + color("focalLength", ""),
+             QString("#e06129#74ca95#91b1d8#f0e352"));
     QCOMPARE(channels[4].fieldName, std::string("eulerRotation"));
     QCOMPARE(channels[4].component, UInt64(1));
     const MaterialPtr material = UberMaterial::create();
@@ -144,6 +153,8 @@ void tst_kxAnimManager::blocksAreFoundAfterEdits()
     shelf->addChild(earlier); // out of the scene
     QVERIFY(find("same") == first);
     QVERIFY(manager()->findBlockR(earlier, "same") == third);
+    rename(third, "alone");
+    QVERIFY(find("alone") == NullFC);
     shelf->subRef(); // dies
     manager()->subAnimation(object, first);
     QVERIFY(find("same") == second);
@@ -175,7 +186,10 @@ void tst_kxAnimManager::lookUps()
     QVERIFY(manager()->find("nobody") == NullFC);
     QCOMPARE(kxAnimManager::pyGetClips(), (std::vector<std::string>{"outer"}));
     QCOMPARE(kxAnimManager::pyGetBlocks(false), (std::vector<std::string>{"same"}));
-    QCOMPARE(kxAnimManager::pyGetBlocks(true), (std::vector<std::string>{"same", "hidden"}));
+    const MaterialPtr material = UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    manager()->addAnimation(material, f.block("glow", {}));
+    QCOMPARE(kxAnimManager::pyGetBlocks(true), (std::vector<std::string>{"same", "glow", "hidden"}));
     kxAnimManager::NodeTopLevelAnimations found;
     manager()->getNodesWithAnimation(kxScenegraph::getSuperRoot(), found);
     QCOMPARE(found.size(), std::size_t(1));
@@ -225,6 +239,47 @@ void tst_kxAnimManager::tracks()
     QCOMPARE(manager()->calculateFreeOffsetYFor(one, clip, one), 0.0f);
 }
 
+void tst_kxAnimManager::blocksTakeTheKeysOfAnObject()
+{
+    kxAnimFixture f;
+    const NodePtr object = f.object();
+    const AnimNodePtr before = f.block("taken", {}), x = f.curve("scale", "X", {{0, 1}});
+    for (const AnimNodePtr& node : {before, x, f.curve("scale", "Y", {})})
+        manager()->addAnimation(object, node);
+    const AnimNodePtr block = manager()->createBlock(manager()->getAnimAttachment(object), "taken");
+    QCOMPARE(childNames(rootOf(object)).join(' '), QString("taken scale.Y taken_1"));
+    QVERIFY(block->getChild(0) == x && !before->isActive() && block->isActive());
+    // Whom curves move is told where it is asked for.
+    std::vector<kxAnimManager::kxCurveData> data;
+    std::vector<AnimNodePtr> nodes;
+    manager()->getAnimCurveData(block, data, nodes, true, true, false, true);
+    QVERIFY(data.size() == 1 && nodes[0] == x);
+    QCOMPARE(data[0].targetId, object->getId());
+    FieldContainerPtr target;
+    std::vector<FieldContainerPtr> aims;
+    QVERIFY(!kxAnimEvaluator::the()->computeAim(AnimCurvePtr(), object, target, aims));
+    f.curveOf(x)->setChannelName("nothing of it");
+    QVERIFY(!kxAnimEvaluator::the()->computeAim(f.curveOf(x), object, target, aims));
+}
+
+void tst_kxAnimManager::animationFiles()
+{
+    kxAnimFixture f;
+    QTemporaryDir folder;
+    const std::string path = folder.filePath("x.kxa").toStdString();
+    const NodePtr from = f.object(), to = f.object();
+    QVERIFY(!manager()->saveAnimations(path, from) && !QFile::exists(folder.filePath("x.kxa")));
+    manager()->addAnimation(from, f.block("one", {f.curve("scale", "Y", {{0, 2}, {1, 5}})}));
+    manager()->addAnimation(from, f.curve("translation", "X", {{0, 7}}));
+    QVERIFY(manager()->saveAnimations(path, from));
+    QCOMPARE(manager()->loadAnimations(path, rootOf(from)), -1); // an animation takes none
+    QCOMPARE(manager()->loadAnimations(path + "x", to), -1);
+    QCOMPARE(manager()->loadAnimations(path, to), 2);
+    manager()->setCurrentFrame(12, true, false);
+    QCOMPARE(f.transform(to)->getScale().y(), 3.5f);
+    QCOMPARE(f.transform(to)->getTranslation().x(), 7.0f);
+}
+
 void tst_kxAnimManager::clipboardHoldsWhatDied()
 {
     kxAnimFixture f;
@@ -250,6 +305,17 @@ void tst_kxAnimManager::clipboardHoldsWhatDied()
     QCOMPARE(names(pasted) + names(again), QStringList({"block", "block_1"})); // copies in the clipboard hold no name
     QVERIFY(again[0]->getCore() != pasted[0]->getCore());
     QVERIFY(manager()->pasteTo(FieldContainerPtr(), false, false).empty());
+    // What is copied next takes its place.
+    const auto living = []
+    {
+        const auto& store = FieldContainerFactory::the()->getFieldContainerStore();
+        return std::count_if(store.begin(), store.end(),
+                             [](FieldContainer* container) { return container != nullptr; });
+    };
+    manager()->copy(again[0], target);
+    const auto before = living();
+    manager()->copy(again[0], target);
+    QCOMPARE(living(), before);
 }
 
 void tst_kxAnimManager::clonesShareAndUnshare()
@@ -263,6 +329,7 @@ void tst_kxAnimManager::clonesShareAndUnshare()
     manager()->unshareFrom(block, one); // a copy in the clipboard is no second user
     QVERIFY(block->getCore() == core && core->getParents().size() == 1);
     const AnimNodePtr clone = manager()->clonePasteTo(two, false, true)[0];
+    manager()->setCurrentFrame(0, true, false);
     QVERIFY(clone->getCore() == block->getCore());
     QCOMPARE(clone->getNodeName(), std::string("block"));
     QVERIFY(clone->getChild(0)->getCore() == block->getChild(0)->getCore());
@@ -274,6 +341,11 @@ void tst_kxAnimManager::clonesShareAndUnshare()
     QVERIFY(own != block->getChild(0)->getCore());
     QCOMPARE(own->getControlPoints().size(), std::size_t(1));
     QCOMPARE(own->getSuffix(), std::string("X"));
+    f.curveOf(AnimNodePtr::dcast(block->getChild(0)))->editControlPoints()[0].setPoint(Pnt2f(0, 7));
+    f.keysChanged(AnimNodePtr::dcast(block->getChild(0)));
+    manager()->setCurrentFrame(3, true, false);
+    QCOMPARE(f.transform(one)->getScale().x(), 7.0f);
+    QCOMPARE(f.transform(two)->getScale().x(), 1.0f);
     // Clips get their own cores, the blocks in them stay shared.
     const AnimNodePtr clip = f.clip("clip", {f.clip("inner", {f.clone(block, 0)})});
     manager()->addToClipStructure(clip);
@@ -339,6 +411,7 @@ void tst_kxAnimManager::keysKeepTheirFrames()
     for (int frame = 0; frame < 500; ++frame)
         keys.push_back({float(frame / 24.0), float(frame % 9)});
     const AnimNodePtr node = f.curve("translation", "X", keys);
+    f.curveOf(node)->editControlPoints()[9].setOuttangent(Vec2f(0.01f, 3));
     const AnimNodePtr block = f.block("block", {node});
     block->setOffset(Vec2f(10 / 24.0f, 0));
     manager()->addAnimation(object, block);
@@ -356,6 +429,7 @@ void tst_kxAnimManager::keysKeepTheirFrames()
         for (UInt32 i = 0; i < 500; ++i)
             QVERIFY(std::abs(f.curveOf(node)->getControlPoints(i).x() * fps - i) < 1.0e-4);
         QVERIFY(std::abs(f.transform(object)->getTranslation().x() - value) < 1.0e-3);
+        QVERIFY(std::abs(f.curveOf(node)->getControlPoints(9).outtangent().x() * fps - 0.24) < 1.0e-4);
         QVERIFY(std::abs(times->getShotDuration() * fps - 48) < 1.0e-4);
         QVERIFY(std::abs(times->getTransitionDuration() * fps - 12) < 1.0e-4);
     }
@@ -400,6 +474,16 @@ void tst_kxAnimManager::aRateThatTakesKeysAlongIsAStep()
     stack->setIndex(2);
     QCOMPARE(manager()->fps(), 29.97);
     QCOMPARE(last(), end);
+    // Rates of one gesture are one step, and none where the first comes back.
+    manager()->setKeepKeysAtFrame(true);
+    QWidget field;
+    QTest::mousePress(&field, Qt::LeftButton);
+    manager()->setFPS(40);
+    manager()->setFPS(50);
+    QCOMPARE(stack->count(), 3);
+    manager()->setFPS(29.97);
+    QCOMPARE(stack->count(), 2);
+    QTest::mouseRelease(&field, Qt::LeftButton);
     stack->clear();
 }
 

@@ -139,6 +139,7 @@ void tst_kxCurveMath::freeTangents_data()
     typedef QPointF P;
     QTest::newRow("clear") << P(-11, 3) << P(35, 2) << 3 << P(-11, 3) << P(35, 2);
     QTest::newRow("in side on its neighbour shortens both") << P(-12, 4) << P(24, 2) << 3 << P(-12, 4) << P(12, 1);
+    QTest::newRow("out side on its neighbour") << P(-6, 3) << P(36, 18) << 3 << P(-12, 6) << P(12, 6);
     QTest::newRow("out side past its neighbour") << P(-6, 3) << P(72, 36) << 3 << P(-12, 6) << P(12, 6);
     QTest::newRow("first key") << P(-6, 3) << P(72, 36) << 2 << P(-36, 18) << P(36, 18);
     QTest::newRow("last key") << P(-24, 8) << P(3, 1) << 1 << P(-12, 4) << P(12, 4);
@@ -272,6 +273,12 @@ void tst_kxCurveMath::jumpsMeetRoundedTimes()
             QCOMPARE(kxCurveEvaluation::value(*curve, seconds, cursor, seconds * 2.4e-7), 2.0f);
             QCOMPARE(kxCurveEvaluation::value(*curve, (frame + 1) / fps, cursor, seconds * 2.4e-7), 3.0f);
             QCOMPARE(kxCurveEvaluation::value(*curve, (frame - 0.01) / fps, cursor, seconds * 2.4e-7), 1.0f);
+            // Two keys share the time, and a slope leads to the first of them.
+            curve->editControlPoints()[0].setOuttangent(Vec2f(0.01f, 0));
+            curve->editControlPoints()[2].setPoint(Pnt2f(curve->getControlPoints(1).x(), 3));
+            QCOMPARE(kxCurveEvaluation::value(*curve, seconds * (1 - 1.0e-8), cursor, seconds * 2.4e-7), 3.0f);
+            curve->clear();
+            QCOMPARE(kxCurveEvaluation::value(*curve, seconds), 0.0f);
             curve->subRef();
         }
 }

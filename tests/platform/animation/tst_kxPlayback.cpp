@@ -101,6 +101,7 @@ private Q_SLOTS:
     void queuePlaysInItsOwnTime();
     void queueIsStoppedPausedAndReset();
     void queueSurvivesDeaths();
+    void theClockTicksByItself();
 };
 
 void tst_kxPlayback::initTestCase()
@@ -348,6 +349,8 @@ void tst_kxPlayback::queueIsStoppedPausedAndReset()
     tickAt(104);
     QCOMPARE(x(), 13.0f);
     manager()->pause(block, false);
+    AnimNodePtr::dcast(block->getChild(0))->setPlaying(true); // said, but not so
+    QVERIFY(!kxAnimEvaluator::the()->isPlaying(AnimNodePtr::dcast(block->getChild(0))));
     tickAt(105);
     QCOMPARE(x(), 23.0f);
     manager()->pause(block, true);
@@ -386,6 +389,16 @@ void tst_kxPlayback::queueSurvivesDeaths()
     QCOMPARE(take(), QString("dequeued"));
     tickAt(103);
     QCOMPARE(take(), QString());
+}
+
+void tst_kxPlayback::theClockTicksByItself()
+{
+    kxPlaybackClock::the().setSource(nullptr);
+    const double begin = kxPlaybackClock::the().seconds();
+    player()->start(params(0, 3600, 24), true, Me);
+    QTRY_VERIFY(messages.contains("own 1"));
+    QVERIFY(kxPlaybackClock::the().seconds() - begin < 60);
+    kxPlaybackClock::the().setSource([] { return clockSeconds; });
 }
 
 QTEST_GUILESS_MAIN(tst_kxPlayback)

@@ -7,6 +7,7 @@
 #include <animation/kxScenePlan.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxMarks.h>
 #include <kxTable.h>
 #include <kxUndo.h>
 #include <scene/UberMaterial.h>
@@ -211,7 +212,9 @@ void tst_kxSceneEvaluation::aUsersValueStandsUntilTheFrameMoves()
     QVERIFY(f.transform(object)->getTranslation().x() < 2);
 
     // Taken back at another frame it leaves what that one has.
+    const kxMarks marks;
     kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 55, true);
+    QVERIFY(marks.has(object->getCore()));
     manager()->setCurrentFrame(12, false, false);
     QUndoStack& stack = *kxUndoStack::get(0).stack();
     stack.undo();
@@ -240,7 +243,9 @@ void tst_kxSceneEvaluation::restValuesComeBack()
     for (int i = 0; i < 2; ++i)
     {
         manager()->subAnimation(object, node);
+        const kxMarks marks;
         manager()->updateSceneAnimCurveData();
+        QVERIFY(marks.has(object->getCore()));
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 4, 5));
         manager()->addAnimation(object, node);
         manager()->updateSceneAnimCurveData();
@@ -351,10 +356,14 @@ void tst_kxSceneEvaluation::shownCurvesAlone()
             std::vector<AnimNodePtr> nodes;
             manager()->getAnimCurveData(block, out, nodes, true, true, false, false);
         });
-    manager()->setPlaybackContextHint(1);
+    manager()->setCurrentFrame(15, false, false);
+    f.transform(object)->setTranslation(Vec3f(-1, -1, 0));
+    manager()->setPlaybackContextHint(1); // shown at once
+    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, -1, 0));
     manager()->setCurrentFrame(18, false, false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, 0, 0));
+    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, -1, 0));
     manager()->setPlaybackContextHint(0);
+    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, 18, 0));
     manager()->setGetCurveEditorDataCB(nullptr);
     manager()->setCurrentFrame(21, false, false);
     QCOMPARE(f.transform(object)->getTranslation(), Vec3f(9, 21, 0));
@@ -369,6 +378,7 @@ void tst_kxSceneEvaluation::framesSurviveSeconds()
             QCOMPARE(kxFrameTime::frame(seconds, fps), double(frame));
             QCOMPARE(kxFrameTime::wholeFrame(seconds * fps < frame ? frame - 1.0e-10 * std::abs(frame) : frame), frame);
         }
+    QCOMPARE(kxFrameTime::frame(1.0e-12, 24), 0.0);
     QCOMPARE(kxFrameTime::wholeFrame(6.99), 6);
     QCOMPARE(kxFrameTime::wholeFrame(-0.5), 0);
     QCOMPARE(kxFrameTime::wholeFrame(1.0e300), std::numeric_limits<int>::max());

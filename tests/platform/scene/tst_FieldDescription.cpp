@@ -11,6 +11,8 @@
 
 #include <QtTest>
 
+#include <animation/kxAnimTree.h>
+
 #include <limits>
 #include <set>
 
@@ -29,6 +31,48 @@ const FieldContainerType* const Classes[] = {
     &AnimShot::_type,       &AnimWizClip::_type,   &TimeShapeCache::_type, &VertexAnimCurves::_type,
     &AnimAttachment::_type, &TagAttachment::_type, &Viewpoint::_type,      &SceneSequence::_type,
     &ClippingPlane::_type};
+/// A class's own fields: name, alternative of the value, channel with suffixes, range, whether stepped and transient.
+QString ownFields(const FieldContainerType& type, const FieldContainerPtr& container)
+{
+    QString text = type.getName();
+    const std::size_t inherited = type.getParent() == nullptr ? 0 : type.getParent()->fields().size();
+    for (std::size_t i = inherited; i < type.fields().size(); ++i)
+    {
+        const FieldDescription& field = type.fields()[i];
+        QString line = QString("%1:%2").arg(QString::fromStdString(field.name())).arg(field.value(*container).index());
+        if (field.isAnimatable())
+        {
+            line += '*' + (field.channel() == field.name() ? QString() : QString::fromStdString(field.channel()));
+            for (const std::string& suffix : field.suffixes())
+                line += QString::fromStdString(suffix);
+        }
+        if (std::abs(field.minimum()) < 1.0e30f || field.maximum() < 1.0e30f)
+            line += QString("[%1,%2]").arg(double(field.minimum())).arg(double(field.maximum()));
+        text += ' ' + line + (field.isStepped() ? "#" : "") + (field.isTransient() ? "~" : "");
+    }
+    return text;
+}
+
+/// Another value of the same type.
+FieldValue another(FieldValue value)
+{
+    const auto change = [](auto& v)
+    {
+        typedef std::decay_t<decltype(v)> T;
+        if constexpr (std::is_same_v<T, bool>)
+            v = !v;
+        else if constexpr (std::is_arithmetic_v<T>)
+            v += 3;
+        else if constexpr (std::is_same_v<T, Vec2f> || std::is_same_v<T, Vec3f> || std::is_same_v<T, Vec4f>)
+            v[1] += 0.25f;
+        else if constexpr (std::is_same_v<T, std::string>)
+            v += "x";
+        else if constexpr (!std::is_same_v<T, FieldContainerPtr>)
+            v.emplace_back();
+    };
+    std::visit(change, value);
+    return value;
+}
 } // namespace
 
 class tst_FieldDescription : public QObject
@@ -37,6 +81,8 @@ class tst_FieldDescription : public QObject
 private Q_SLOTS:
     void everyClass_data();
     void everyClass();
+    void filesHoldTheseFields();
+    void copiesHoldEveryField();
     void componentsAreClampedAndFinite();
     void addressesLeadToTheComponents();
     void referencesCheckTheirClass();
@@ -74,6 +120,80 @@ void tst_FieldDescription::everyClass()
             QVERIFY2(!field.setValue(*container, FieldValue(Vec3f(0, NotANumber, 0))), field.name().c_str());
     }
     container->subRef();
+}
+
+/// What is written to files and offered as channels: a name that is gone or another is lost in the files of users.
+void tst_FieldDescription::filesHoldTheseFields()
+{
+    QStringList found;
+    std::set<const FieldContainerType*> seen;
+    for (const FieldContainerType* type : Classes)
+    {
+        const FieldContainerPtr container = type->create();
+        container->addRef();
+        int at = found.size();
+        for (const FieldContainerType* own = type; own != nullptr; own = own->getParent())
+            if (seen.insert(own).second)
+                found.insert(at, ownFields(*own, container));
+        container->subRef();
+    }
+    found = found.filter(QString(' '));
+    const char* const expected[] = {
+        "AttachmentContainer nodeName:7",
+        "Node travMask:2 visible:0*[0,1]#~",
+        "Transform translation:5*XYZ eulerRotation:5*rotationXYZ eulerRotationOrientation:5*rotationOrientationXYZ "
+        "scale:5*XYZ",
+        "Switch choice:1*[-2,1e+06]#",
+        "Geometry material:12 mesh:12 skin:12",
+        "Camera fieldOfView:3*[0.1,179]~ focalLength:3*[0.104723,13751] near:3*[1e-06,1e+09] far:3*[1e-05,1e+12]",
+        "Light kind:2[0,2] color:5*RGB[0,1] intensity:3*[0,1e+09] coneAngle:3*[0.1,180]",
+        "UberMaterial baseColor:5*RGB[0,1] metallic:3*[0,1] roughness:3*[0,1] opacity:3*[0,1] emissive:5*RGB[0,1000] "
+        "baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
+        "Mesh positions:10 normals:10 texCoords:10 colors:10 indices:9",
+        "Skin joints:13 inverseBindMatrices:10 vertexJoints:9 vertexWeights:10",
+        "Image width:2 height:2 pixels:8 encoded:8",
+        "AnimNodeBase offset:4 scale:3 postCycles:1 locked:0 flipped:0 motionBlur:0 hidden:0 playing:0~ usePlayRange:0 "
+        "playRange:4 lastEvaluationTime:3~",
+        "AnimObject name:7",
+        "AnimCurveBase channelName:7 suffix:7 color:5 controlPoints:14 preInfinityMode:2 postInfinityMode:2",
+        "AnimSequenceBase isVariant:0 isViewpoint:0",
+        "AnimShotBase shotType:2 transitionType:2 interpolation:2 shotDuration:3 transitionDuration:3 startFrom:5 "
+        "startAt:5 endFrom:5 endAt:5 startUp:5 endUp:5 startShotImage:12 endShotImage:12",
+        "AnimWizClipBase start:3 duration:3 interpolation:2 startImage:12 endImage:12",
+        "TimeShapeCacheBase range:4",
+        "AnimAttachmentBase animationRoot:12",
+        "TagAttachmentBase animations:11",
+        "Viewpoint targetDistance:3[0.001,1e+07]",
+        "SceneSequence steps:11",
+    };
+    QCOMPARE(found, QStringList(std::begin(expected), std::end(expected)));
+}
+
+void tst_FieldDescription::copiesHoldEveryField()
+{
+    const auto isKept = [](const FieldDescription& field, const FieldValue& value)
+    { return !field.isTransient() && !std::holds_alternative<FieldContainerPtr>(value); };
+    for (const FieldContainerType* type : Classes)
+    {
+        const FieldContainerPtr container = type->create();
+        container->addRef();
+        for (const FieldDescription& field : type->fields())
+            field.setValue(*container, another(field.value(*container)));
+        FieldContainerPtr copy;
+        if (const AnimNodePtr node = AnimNodePtr::dcast(container))
+            copy = cloneAnimTree(node, true);
+        else if (const NodeCorePtr core = NodeCorePtr::dcast(container))
+            copy = kxAnimTree::copyCore(core);
+        if (copy != NullFC)
+        {
+            copy->addRef();
+            for (const FieldDescription& field : type->fields())
+                if (isKept(field, field.value(*container)))
+                    QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
+            copy->subRef();
+        }
+        container->subRef();
+    }
 }
 
 void tst_FieldDescription::componentsAreClampedAndFinite()
