@@ -16,6 +16,7 @@ struct kxTreeProbe : Tree
     using Tree::contextMenu;
     using Tree::dragMoveEvent;
     using Tree::dropMimeData;
+    using Tree::indexFromItem;
     using Tree::mimeData;
     using Tree::showContextMenu;
 

@@ -338,6 +338,9 @@ void tst_kxAnimClipStructureWidget::namesFitTheirColumn()
     const char* const name = "A name that is wider than the tree by far and farther";
     f.kernel()->addToClipStructure(f.clip(name, {}));
     f.tree.show();
+    const int locks = f.tree.columnWidth(1);
+    f.tree.resizeColumnToContents(1);
+    QCOMPARE(f.tree.columnWidth(1), locks);
     for (const int width : {120, 900})
     {
         f.tree.resize(width, 200);

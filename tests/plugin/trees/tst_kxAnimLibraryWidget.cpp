@@ -44,6 +44,7 @@ private Q_SLOTS:
     void groupOfNothing();
     void findsAndSelects();
     void selectsNoRowBetween();
+    void rebuildKeepsAndNamesFollow();
     void selectsInTheScene();
     void blursWhatIsBelow();
     void takesKeyedObjectsOut();
@@ -335,6 +336,31 @@ void tst_kxAnimLibraryWidget::selectsNoRowBetween()
     for (const QTreeWidgetItem* const item : _library->selectedItems())
         selected << item->text(0);
     QCOMPARE(selected, QStringList({"car", "m0", "m2"}));
+}
+
+void tst_kxAnimLibraryWidget::rebuildKeepsAndNamesFollow()
+{
+    for (int i = 0; i < 120; ++i)
+        tag(object(qPrintable(QString("n%1").arg(1000 + i)), {}), {"many"});
+    _library->rebuild(false);
+    _library->show();
+    for (const char* const path : {"small/door", "car"}) // not in the order of their ids
+        _library->row(path)->setSelected(true);
+    QItemSelection ranges;
+    for (int i = 0; i < 120; i += 2)
+        ranges.append(QItemSelectionRange(_library->indexFromItem(_library->row("many")->child(i))));
+    _library->selectionModel()->select(ranges, QItemSelectionModel::Select);
+    QCOMPARE(_library->selectedItems().size(), 62);
+    QVERIFY(_library->updatesEnabled());
+    QSignalSpy changes(_library.get(), SIGNAL(itemSelectionChanged()));
+    _library->rebuild(true);
+    QCOMPARE(changes.size(), 0);
+
+    Library other;
+    other.rebuild(false);
+    const QSignalSpy painted(other.model(), &QAbstractItemModel::dataChanged);
+    _library->row("car/drive")->setData(0, Qt::EditRole, "ride");
+    QVERIFY(!painted.isEmpty());
 }
 
 void tst_kxAnimLibraryWidget::selectsInTheScene()

@@ -191,6 +191,7 @@ void tst_kxAnimTreeWidget::searches()
     _tree->search("nothing is called so"); // later texts match the same rows
     _tree->search(text);
     QCOMPARE(_tree->dump().filter(QRegularExpression("^[^.]")), found);
+    QVERIFY(_tree->isSortingEnabled()); // what comes is in its order too
     _tree->search("");
     QVERIFY(_tree->row("Ball")->isExpanded() && _tree->row("Ball/Roll \"2\"")->isSelected());
     QCOMPARE(_tree->dump().size(), 4);

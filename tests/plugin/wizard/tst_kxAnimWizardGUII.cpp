@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -226,10 +227,13 @@ void tst_kxAnimWizardGUII::coversWhatTheModeSays()
            withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
     _wizard->showWizard();
     _wizard->findChild<QRadioButton*>(mode)->click();
+    _wizard->_captureText->clear();
     QTEST(said([this] { _wizard->next(); }), "warning");
     QCOMPARE(_wizard->currentId(), missing.isEmpty() ? 0 : 1);
     if (missing.isEmpty())
         return;
+    const QString modified = mode == "_geoType" ? "object" : mode == "_matType" ? "material" : "object and material";
+    QCOMPARE(_wizard->_captureText->text(), "Capture start state, modify " + modified + ", then capture end state.");
     QCOMPARE(said([this] { finish(); }),
              "Captures of the following objects are missing:\n\n" + missing + "\nPlease capture start and end state!");
     QVERIFY(_wizard->isVisible());
@@ -365,11 +369,12 @@ void tst_kxAnimWizardGUII::goesIntoTheSelectedClip()
 
 void tst_kxAnimWizardGUII::settlesInterference_data()
 {
-    // choice: empty to cancel, "-" where nothing is asked
+    // choice: empty to cancel, "-" where nothing is asked, "+" before it where a clip beside that of "Old" is selected
     kxColumns<QString, float, QString>("choice", "existingAt", "after");
     // The clip with its children, each with its start.
     kxRow("cancel", "", 1.0f, "Show(Sub(Old@1)),");
     kxRow("move", "_moveAnim", 1.0f, "Show(Sub(Old@1)Animation@2.5),");
+    kxRow("move in the clip beside it", "+_moveAnim", 1.0f, "Show(Sub(Old@1)Side(Animation@2.5)),");
     kxRow("discard", "_discardExisting", 1.0f, "Show(Animation@0),");
     kxRow("new clip", "_newClip", 1.0f, "Show(Sub(Old@1)),Clip(Animation@0),");
     kxRow("meets in one point", "_newClip", 2.0f, "Show(Sub(Old@2)),Clip(Animation@0),");
@@ -387,8 +392,12 @@ void tst_kxAnimWizardGUII::settlesInterference()
     const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
     const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
     kxAnimManager::the()->addToClipStructure(show);
+    const bool aside = choice.startsWith('+');
+    if (aside)
+        show->addChild(kxAnimFixture::clip("Side", {}));
     _maker->tree->rebuild(true);
-    _maker->select(show);
+    _maker->select(aside ? child(show, 1) : show);
+    choice.remove('+');
     captureBox(0, 1);
     bool asked = false;
     QTimer::singleShot(0, &_maker->window,
