@@ -3,6 +3,8 @@
 #include <curveeditor/kxAnimKeyMath.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
+#include <kxSendMouse.h>
+
 #include <QMimeData>
 #include <QtTest>
 
@@ -102,6 +104,7 @@ private:
     static int keyCount(const kxCurveEditorFixture& editor);
     void selectKeys(kxCurveEditorFixture& editor);
     void dragSelected(kxCurveEditorFixture& editor);
+    void dragHandle(kxCurveEditorFixture& editor);
     void edit(kxCurveEditorFixture& editor);
     void selectRow(kxCurveEditorFixture& editor);
     void editAside(kxCurveEditorFixture& editor);
@@ -140,10 +143,28 @@ void tst_kxCurveEditorWalk::dragSelected(kxCurveEditorFixture& editor)
     }
 }
 
+void tst_kxCurveEditorWalk::dragHandle(kxCurveEditorFixture& editor)
+{
+    QList<kxAnimGraphPoint*> points;
+    editor.graph->scene()->selectedPoints(points);
+    if (points.isEmpty())
+        return;
+    editor.graph->scene()->setBreakTangents(number(2) == 0);
+    const kxAnimGraphPoint* const key = points[number(points.size())];
+    editor.graph->centerOn(key->pos());
+    QWidget* const port = editor.graph->viewport();
+    const QPoint from =
+        editor.graph->mapFromScene(number(2) == 0 ? key->inTangentScenePos() : key->outTangentScenePos());
+    kxPress(port, from);
+    for (int i = number(4); i >= 0; --i)
+        kxDragTo(port, from + QPoint(number(120) - 60, number(120) - 60));
+    kxRelease(port, from);
+}
+
 void tst_kxCurveEditorWalk::edit(kxCurveEditorFixture& editor)
 {
     kxAnimManager::the()->setCurrentFrame(number(200), false, true);
-    switch (number(9))
+    switch (number(10))
     {
     case 0:
         editor.channels->keyAll();
@@ -179,6 +200,10 @@ void tst_kxCurveEditorWalk::edit(kxCurveEditorFixture& editor)
         if (editor.channels->topLevelItemCount() > 0 && editor.channels->topLevelItem(0)->childCount() > 0)
             editor.channels->topLevelItem(0)->child(0)->setSelected(true);
         editor.channels->keySelected();
+        break;
+    case 8:
+        selectKeys(editor);
+        dragHandle(editor);
         break;
     default:
         if (number(4) == 0 && !editor.library->selectedItems().isEmpty())
