@@ -1,5 +1,7 @@
 #include <curveeditor/kxAnimChannelRows.h>
 
+#include <curveeditor/kxAnimChannelKeys.h>
+
 #include <kxScenegraph.h>
 #include <trees/kxAnimRemoval.h>
 
@@ -89,6 +91,25 @@ kxAnimTreeWidgetItem* kxAnimChannelRows::ofMaterial(const osg::MaterialPtr& mate
     top->setMaterial(material, true, true);
     addChannels(top, material, withEmptyCurves);
     return top;
+}
+
+void kxAnimChannelRows::collectCurves(const kxAnimTreeWidgetItem& row, std::vector<osg::AnimCurvePtr>& curves)
+{
+    if (const osg::AnimCurvePtr curve = row.curve())
+    {
+        curves.push_back(curve);
+        return;
+    }
+    if (osg::AnimBlockPtr::dcast(row.animObject()) != osg::NullFC)
+    {
+        kxAnimChannelKeys::collectCurves(row.node(), curves);
+        return;
+    }
+    osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(row.node());
+    if (attachment == osg::NullFC)
+        attachment = kxAnimManager::the()->getAnimAttachment(row.material());
+    if (attachment != osg::NullFC)
+        kxAnimChannelKeys::collectCurves(attachment->getAnimationRoot(), curves);
 }
 
 bool kxAnimChannelRows::isGone(const osg::NodePtr& node)

@@ -20,6 +20,9 @@ kxAnimTreeWidgetItem* ofAnimation(const osg::AnimNodePtr& animation, bool withEm
 /// Null for a material that can't be edited.
 kxAnimTreeWidgetItem* ofMaterial(const osg::MaterialPtr& material, bool withEmptyCurves);
 
+/// Appends the curves of what the row shows: its own, those of its block, or all of its object.
+void collectCurves(const kxAnimTreeWidgetItem& row, std::vector<osg::AnimCurvePtr>& curves);
+
 /// True for a node that died or has left the scene. One that stands on the undo stack still lives, but has no place.
 bool isGone(const osg::NodePtr& node);
 /// True for a top-level row whose object is gone.

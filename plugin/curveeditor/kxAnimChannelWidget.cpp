@@ -516,23 +516,7 @@ void kxAnimChannelWidget::removeConstCurves()
     collectTopSelectedItems(rows);
     std::vector<osg::AnimCurvePtr> curves;
     for (const kxAnimTreeWidgetItem* const chosen : rows)
-    {
-        if (const osg::AnimCurvePtr curve = chosen->curve())
-        {
-            curves.push_back(curve);
-            continue;
-        }
-        if (osg::AnimBlockPtr::dcast(chosen->animObject()) != osg::NullFC)
-        {
-            kxAnimChannelKeys::collectCurves(chosen->node(), curves);
-            continue;
-        }
-        osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(chosen->node());
-        if (attachment == osg::NullFC)
-            attachment = kxAnimManager::the()->getAnimAttachment(chosen->material());
-        if (attachment != osg::NullFC)
-            kxAnimChannelKeys::collectCurves(attachment->getAnimationRoot(), curves);
-    }
+        kxAnimChannelRows::collectCurves(*chosen, curves);
     kxAnimChannelKeys::removeConstant(curves);
     update();
     send(kxMessageName::UpdateGraphView);
