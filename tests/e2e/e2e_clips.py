@@ -110,7 +110,6 @@ def places_a_viewpoint(application, folder):
 
     create(application, *["Down"] * 4, "Return")  # behind clip, wizard and camera track, which can always be made
     application.answer_question("Add Viewpoint", "Tab", "ctrl+a", "4", "8", "Return")
-    editors.unfold(application, ['Show'])
     application.wait_for("['Show', 'Viewpoint'] in widgetRows('_clips')")
 
 
