@@ -69,6 +69,7 @@ void tst_AnimCurve::textIsReadAsAScannerDoes_data()
     row("no closing quote", "\"1.5,-2,-0.25,0,0.5,8,2,5", true);
     row("seven values", "\"1.5,-2,-0.25,0,0.5,8,2\"", false);
     row("space before a comma", "\"1.5 ,-2,-0.25,0,0.5,8,2,5\"", false);
+    row("a number is missing", "\"1.5,,-0.25,0,0.5,8,2,5\"", false);
     row("no opening quote", "1.5,-2,-0.25,0,0.5,8,2,5", false);
     row("type with a fraction", "\"1.5,-2,-0.25,0,0.5,8,2.5,5\"", false);
     row("not a number", "\"nan,-2,-0.25,0,0.5,8,2,5\"", false);

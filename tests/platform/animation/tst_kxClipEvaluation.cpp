@@ -4,6 +4,7 @@
 #include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxMarks.h>
 
 #include <random>
 
@@ -393,6 +394,9 @@ void tst_kxClipEvaluation::blockedTriggersStaySilent()
     manager()->evaluateByFrame(clip, 60, false, false, false);
     pass(clip, 40);
     QCOMPARE(fired.take(), QString());
+    const kxMarks marks;
+    manager()->evaluateByFrame(clip, 42, false, false, true);
+    QVERIFY(marks.has(clip)); // where it stands is shown elsewhere too
 }
 
 QTEST_GUILESS_MAIN(tst_kxClipEvaluation)

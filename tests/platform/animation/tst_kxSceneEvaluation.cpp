@@ -212,9 +212,9 @@ void tst_kxSceneEvaluation::aUsersValueStandsUntilTheFrameMoves()
     QVERIFY(f.transform(object)->getTranslation().x() < 2);
 
     // Taken back at another frame it leaves what that one has.
-    const kxMarks marks;
+    const kxMarks written;
     kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 55, true);
-    QVERIFY(marks.has(object->getCore()));
+    QVERIFY(written.has(object->getCore()));
     manager()->setCurrentFrame(12, false, false);
     QUndoStack& stack = *kxUndoStack::get(0).stack();
     stack.undo();
@@ -237,6 +237,11 @@ void tst_kxSceneEvaluation::restValuesComeBack()
     QVERIFY(kxRestValues::the().get(id, "translation", 1, rest));
     QCOMPARE(rest, 4.0f);
     QVERIFY(!kxRestValues::the().get(id, "translation", 0, rest));
+    manager()->setCurrentFrame(24, false, false);
+    const kxMarks marks;
+    manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
+    QVERIFY(!marks.has(object->getCore()));
+    manager()->setCurrentFrame(12, false, false);
     QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
     // Out and in again, as the undo of a delete does it.
     node->addRef();

@@ -4,7 +4,10 @@
 #include <kxRenderWidget.h>
 #include <kxServices.h>
 
+#include <kernel/kxHostHooks.h>
 #include <kernel/kxLogModel.h>
+#include <kxController.h>
+#include <kxShortcut.h>
 
 #include <QBuffer>
 #include <QtTest>
@@ -19,6 +22,9 @@ private Q_SLOTS:
     void services();
     void pictures();
     void damagedPictures();
+    void changedAnimationsAreToldOnce();
+    void keysAreListedOnce();
+    void whatTheHostGives();
 };
 
 void tst_kxKernelParts::logTexts()
@@ -40,6 +46,10 @@ void tst_kxKernelParts::logTexts()
 
     QCOMPARE(model.entries().size(), std::size_t(4));
     QCOMPARE(model.entries().front().level, kxLogEntry::Warning);
+    QVERIFY(!model.entries().front().startsScene);
+    model.startScene("New");
+    QCOMPARE(model.entries().back().text, QString("New"));
+    QVERIFY(model.entries().back().startsScene);
     QVERIFY(captured.text().startsWith("warning: Schl\xc3\xbcssel is 3 of 4.5\nerror: x"));
 }
 
@@ -117,6 +127,55 @@ void tst_kxKernelParts::damagedPictures()
     QVERIFY(!QImageConverter::convertToOSGImage(QImage(), target));
     QVERIFY(!QImageConverter::convertToOSGImage(QImage(1, 1, QImage::Format_RGB32), osg::ImagePtr()));
     target->subRef();
+}
+
+void tst_kxKernelParts::changedAnimationsAreToldOnce()
+{
+    kxAnimationService& service = kxAnimationService::the();
+    int told = 0, answers = 0;
+    const auto counting = connect(&service, &kxAnimationService::changed, [&] { ++told; });
+    service.animationsChanged();
+    QCOMPARE(told, 1);
+    const auto answering = connect(&service, &kxAnimationService::changed,
+                                   [&]
+                                   {
+                                       if (answers++ < 5)
+                                           service.animationsChanged();
+                                   });
+    service.animationsChanged();
+    QCOMPARE(told, 3); // once more for what the listener changed, and no longer
+    disconnect(answering);
+    service.animationsChanged();
+    QCOMPARE(told, 4);
+    disconnect(counting);
+}
+
+void tst_kxKernelParts::keysAreListedOnce()
+{
+    const int before = kxShortcut::entries().size();
+    for (int i = 0; i < 2; ++i)
+    {
+        kxShortcut::addKey("Tool", Qt::Key_K, Qt::ControlModifier, "Key");
+        kxShortcut::addKey("Tool", Qt::Key_K, Qt::ShiftModifier, "Key");
+        kxShortcut::addKey("Tool", Qt::Key_K, Qt::ControlModifier, "Key all");
+    }
+    QCOMPARE(kxShortcut::entries().size(), before + 3);
+    QCOMPARE(kxShortcut::entries()[before + 1].sequence(), QKeySequence(Qt::SHIFT + Qt::Key_K));
+}
+
+void tst_kxKernelParts::whatTheHostGives()
+{
+    auto* const view = reinterpret_cast<kxQGLWidget*>(&kxLogModel::the()); // never looked into
+    kxOSGWidget::setMGLW(view);
+    QVERIFY(kxOSGWidget::getMGLW(-1) == view && kxOSGWidget::getMGLW(0) == view);
+    QVERIFY(kxOSGWidget::getMGLW(1) == nullptr && kxOSGWidget::getMGLW(-2) == nullptr);
+    kxOSGWidget::setMGLW(nullptr);
+    QString updates;
+    kxHostHooks::the().updateBehavior = [&updates](bool force) { updates += force ? "forced " : "asked "; };
+    kxController::updateBehavior(true);
+    kxController::updateBehavior(false);
+    QCOMPARE(updates, QString("forced asked "));
+    kxHostHooks::the().updateBehavior = nullptr;
 }
 
 QTEST_MAIN(tst_kxKernelParts)

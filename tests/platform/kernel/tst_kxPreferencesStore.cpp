@@ -1,3 +1,5 @@
+#include <kxCapturedStderr.h>
+
 #include <kxPreferences.h>
 
 #include <kernel/kxPreferencesStore.h>
@@ -29,8 +31,10 @@ public:
     void preferencesToGUI() override { widgetCount = boost::any_cast<int>(getData().get("Test count")); }
     void preferencesFromGUI() override
     {
-        if (failing)
+        if (failing == 1)
             throw std::runtime_error("on purpose");
+        if (failing == 2)
+            throw 2;
         for (const char* key : {"Test rate", "Test on"})
             addUnchanged(key);
         if (boost::any_cast<int>(getData().get("Test count")) == widgetCount)
@@ -50,7 +54,9 @@ public:
     void preferencesNewScene(kxMessage& data) override { note("new scene", data); }
 
     int widgetCount = 0;
-    bool failing = false;
+    using kxPreferences::addPreferencesGUI;
+    using kxPreferences::subPreferencesGUI;
+    int failing = 0;
     QStringList calls;
 
 private:
@@ -148,6 +154,14 @@ void tst_kxPreferencesStore::roundTrip()
     data = kxMessage();
     store.load();
     QCOMPARE(described(data.get(key)), described(value));
+    // Others read and write the file as UTF-8.
+    QFile file(kxPreferencesStore::fileName());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains(text.toUtf8()) || text.toUtf8() == text.toLatin1());
+    write("[string]\nk=\"\xe6\x97\xa5\"\n");
+    data = kxMessage();
+    store.load();
+    QCOMPARE(described(data.get("k")), QString::fromUtf8("string \xe6\x97\xa5"));
 }
 
 void tst_kxPreferencesStore::pagesBeforeAndAfterLoad()
@@ -161,6 +175,15 @@ void tst_kxPreferencesStore::pagesBeforeAndAfterLoad()
         QCOMPARE(early.calls.last(), QStringLiteral("loaded 12"));
         store.newScene();
         QCOMPARE(early.calls.last(), QStringLiteral("new scene 12"));
+        Page first; // made as the first scene comes: it has its values before
+        store.newScene();
+        QCOMPARE(first.calls.join(", "), QString("loaded 12, initial 12, new scene 12"));
+        QWidget own, other;
+        first.addPreferencesGUI(&own);
+        first.subPreferencesGUI(&other);
+        QVERIFY(store.widget(&first) == &own);
+        first.subPreferencesGUI(&own);
+        QVERIFY(store.widget(&first) == nullptr);
     }
     QVERIFY(data.get("Test count").empty());
     {
@@ -233,11 +256,17 @@ void tst_kxPreferencesStore::pageThatFails()
     Page failing;
     Page sound;
     store.toGUI();
-    failing.failing = true;
     sound.widgetCount = 11;
-    sound.calls.clear();
-    store.apply();
-    QVERIFY(sound.calls.contains(QStringLiteral("count")));
+    for (const char* why : {"on purpose", "unknown exception"})
+    {
+        ++failing.failing;
+        ++sound.widgetCount;
+        sound.calls.clear();
+        kxCapturedStderr said;
+        store.apply();
+        QVERIFY(sound.calls.contains(QStringLiteral("count")));
+        QVERIFY(said.text().contains(why));
+    }
 }
 
 void tst_kxPreferencesStore::keysOfAbsentPagesStay()
@@ -266,5 +295,5 @@ void tst_kxPreferencesStore::folderThatCannotBeWritten()
     QCOMPARE(described(data.get("Other")), QStringLiteral("int 1"));
 }
 
-QTEST_GUILESS_MAIN(tst_kxPreferencesStore)
+QTEST_MAIN(tst_kxPreferencesStore)
 #include "tst_kxPreferencesStore.moc"

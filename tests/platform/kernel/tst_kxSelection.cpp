@@ -144,6 +144,8 @@ void tst_kxSelection::deadOnesDropOut()
     kxSelectionManager::selectNodes(_nodes);
     kxSelection::the().selectMaterials(_materials);
     kxSelectionManager::selectNode(_nodes[0]);
+    QVERIFY(kxSelection::the().contains(_nodes[0]->getId()) && kxSelection::the().contains(_materials[1]->getId()));
+    QVERIFY(!kxSelection::the().contains(_nodes[1]->getId()));
     const osg::NodePtr dead = _nodes[1];
     _nodes.erase(_nodes.begin() + 1);
     dead->subRef();

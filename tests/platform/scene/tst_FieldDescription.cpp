@@ -206,6 +206,14 @@ void tst_FieldDescription::componentsAreClampedAndFinite()
     QVERIFY(!roughness.setComponent(*material, 0, NotANumber));
     QVERIFY(!roughness.setComponent(*material, 1, 0.5f));
     QCOMPARE(material->getRoughness(), 1.0f);
+    const NodePtr node = Node::create();
+    node->addRef();
+    for (const float shown : {0.4f, 0.6f})
+    {
+        Node::_type.field("visible")->setComponent(*node, 0, shown);
+        QCOMPARE(node->isActive(), shown > 0.5f);
+    }
+    node->subRef();
     QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
     material->subRef();
 
@@ -237,8 +245,24 @@ void tst_FieldDescription::addressesLeadToTheComponents()
     }
 }
 
+/// References of the right class share, and let go with their holder.
 void tst_FieldDescription::referencesCheckTheirClass()
 {
+    int shared = 0;
+    for (const FieldContainerType* type : Classes)
+        for (const FieldContainerType* other : Classes)
+        {
+            const FieldContainerPtr holder = type->create(), value = other->create();
+            holder->addRef();
+            value->addRef();
+            for (const FieldDescription& field : type->fields())
+                if (std::holds_alternative<FieldContainerPtr>(field.value(*holder)))
+                    shared += field.setValue(*holder, FieldValue(value)) ? 1 : 0;
+            holder->subRef();
+            QCOMPARE(value->getRefCount(), 1u);
+            value->subRef();
+        }
+    QVERIFY(shared >= 8);
     const GeometryPtr geometry = Geometry::create();
     geometry->addRef();
     const MeshPtr mesh = Mesh::create();

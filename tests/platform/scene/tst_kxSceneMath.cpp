@@ -44,6 +44,8 @@ private Q_SLOTS:
     void anglesGoOnFromTheNearest();
     void onlyWhatIsShownHasBounds();
     void skinnedBoundsFollowTheJoints();
+    void meshesThatCannotBeDrawnAreKnown();
+    void normalsFollowTheFaces();
 };
 
 void tst_kxSceneMath::aMatrixSurvivesItsParts()
@@ -165,6 +167,52 @@ void tst_kxSceneMath::skinnedBoundsFollowTheJoints()
     kxSceneMath::worldBounds(root).getBounds(low, high);
     QCOMPARE(high.x(), 0.0f);
     root->subRef();
+}
+
+void tst_kxSceneMath::meshesThatCannotBeDrawnAreKnown()
+{
+    const auto isValid = [](std::vector<float> positions, std::vector<UInt32> indices, std::size_t normals = 0,
+                            std::size_t coordinates = 0, std::size_t colors = 0)
+    {
+        const MeshPtr mesh = Mesh::create();
+        mesh->addRef();
+        mesh->setPositions(std::move(positions));
+        mesh->setIndices(std::move(indices));
+        mesh->setNormals(std::vector<float>(normals));
+        mesh->setTexCoords(std::vector<float>(coordinates));
+        mesh->setColors(std::vector<float>(colors));
+        const bool result = mesh->isValid();
+        mesh->subRef();
+        return result;
+    };
+    const std::vector<float> two = {0, 1, 2, 3, 4, 5};
+    QVERIFY(isValid(two, {0, 1, 0}) && isValid(two, {0, 1, 1}, 6, 4, 8) && isValid({}, {}));
+    QVERIFY(!isValid({0, 1, 2, 3}, {}) && !isValid(two, {0, 1}) && !isValid(two, {0, 1, 2}));
+    QVERIFY(!isValid(two, {0, 1, 1}, 3) && !isValid(two, {0, 1, 1}, 0, 6) && !isValid(two, {0, 1, 1}, 0, 0, 6));
+    QVERIFY(!isValid({0, 1, NAN, 3, 4, 5}, {0, 1, 1}));
+}
+
+/// Two faces share an edge; the larger weighs more, by its area.
+void tst_kxSceneMath::normalsFollowTheFaces()
+{
+    const QVector3D points[] = {{1, 2, 3}, {5, 3, 2}, {2, 7, 4}, {-2, 4, 9}};
+    const MeshPtr mesh = Mesh::create();
+    mesh->addRef();
+    std::vector<float> positions;
+    for (const QVector3D& p : points)
+        positions.insert(positions.end(), {p.x(), p.y(), p.z()});
+    mesh->setPositions(positions);
+    mesh->setIndices({0, 1, 2, 0, 2, 3});
+    mesh->computeNormals();
+    const QVector3D one = QVector3D::crossProduct(points[1] - points[0], points[2] - points[0]);
+    const QVector3D two = QVector3D::crossProduct(points[2] - points[0], points[3] - points[0]);
+    const QVector3D expected[] = {one + two, one, one + two, two};
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        const float* const n = &mesh->normals()[3 * i];
+        QVERIFY((QVector3D(n[0], n[1], n[2]) - expected[i].normalized()).length() < 1.0e-5f);
+    }
+    mesh->subRef();
 }
 
 QTEST_GUILESS_MAIN(tst_kxSceneMath)

@@ -1,12 +1,14 @@
 #include <kxScenegraph.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimNode.h>
+#include <osg/ChangeList.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <QtTest>
 
 #include <random>
+#include <set>
 
 using namespace osg;
 
@@ -96,6 +98,7 @@ void tst_kxSceneTree::anIdIsNeverUsedAgain()
 
 void tst_kxSceneTree::randomMovesKeepTheTree()
 {
+    kxScene::the(); // has the list of changes
     std::mt19937 random(7);
     const NodePtr root = makeNode();
     root->addRef();
@@ -128,9 +131,18 @@ void tst_kxSceneTree::randomMovesKeepTheTree()
     std::vector<UInt32> ids;
     for (const NodePtr& node : nodes)
         ids.push_back(node->getId());
+    QVERIFY(!root->subChild(root) && !root->subChild(NodePtr()));
+    struct : ChangeListener
+    {
+        void containerChanged(const FieldContainerPtr&, const BitVector&) override {}
+        void containerDestroyed(UInt32 id) override { gone.insert(id); }
+        std::set<UInt32> gone;
+    } listener;
+    WinThreadBase::getCurrentChangeList()->addListener(&listener);
     root->subRef();
+    WinThreadBase::getCurrentChangeList()->subListener(&listener);
     for (const UInt32 id : ids)
-        QVERIFY(!isAlive(id));
+        QVERIFY(!isAlive(id) && listener.gone.count(id) == 1);
 }
 
 void tst_kxSceneTree::attachmentsOfOneClassReplaceEachOther()
@@ -147,6 +159,8 @@ void tst_kxSceneTree::attachmentsOfOneClassReplaceEachOther()
     QVERIFY(node->findAttachment<AnimAttachment>() == second);
     node->addAttachment(second); // the same again stays
     QVERIFY(node->findAttachment<AnimAttachment>() == second);
+    node->subAttachment(first); // not its own any more
+    QCOMPARE(int(node->getAttachments().size()), 2);
     const UInt32 secondId = second->getId(), rootId = second->getAnimationRoot()->getId();
     node->subRef();
     QVERIFY(!isAlive(secondId));
