@@ -211,7 +211,7 @@ void tst_FieldDescription::componentsAreClampedAndFinite()
     for (const float shown : {0.4f, 0.6f})
     {
         Node::_type.field("visible")->setComponent(*node, 0, shown);
-        QCOMPARE(node->isActive(), shown > 0.5f);
+        QCOMPARE(node->getTravMask(), shown > 0.5f ? UInt32(Node::Active) : 0u);
     }
     node->subRef();
     QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));

@@ -167,6 +167,8 @@ private Q_SLOTS:
     void fieldLeftByAPress();
     void groupsMerge_data();
     void groupsMerge();
+    void scopesMergeWhole_data();
+    void scopesMergeWhole();
     void scopesGroup();
     void withoutEffect();
     void exceptions();
@@ -301,6 +303,42 @@ void tst_kxUndoStack::groupsMerge()
     QFETCH(int, steps);
     QCOMPARE(_stack->count(), steps);
     QCOMPARE(document.size() + Move::position, 2 + children.size());
+    _stack->setIndex(0);
+    QCOMPARE(document.size() + Move::position, 0);
+}
+
+/// Steps of several commands, one at each move of a drag.
+void tst_kxUndoStack::scopesMergeWhole_data()
+{
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+    QTest::addColumn<int>("steps");
+    const auto row = [](const char* name, const char* a, const char* b, int steps)
+    { QTest::newRow(name) << QString(a) << QString(b) << steps; };
+    row("same", "a", "", 1);
+    row("first refuses", "c", "", 2);
+    row("second is of another class", "a", "b", 2);
+}
+
+void tst_kxUndoStack::scopesMergeWhole()
+{
+    QFETCH(QString, first);
+    QFETCH(QString, second);
+    int call = 0;
+    drag(
+        _canvas,
+        [&]
+        {
+            const kxScopedUndo scope(true);
+            add(new Append("x", call == 0 ? QString("a") : first));
+            if (call++ == 0 || second.isEmpty())
+                add(new Move(1));
+            else
+                add(new Append("y", second));
+        },
+        2);
+    QTEST(_stack->count(), "steps");
+    QCOMPARE(document.size() + Move::position, 4);
     _stack->setIndex(0);
     QCOMPARE(document.size() + Move::position, 0);
 }

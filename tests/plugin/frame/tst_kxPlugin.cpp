@@ -1,5 +1,6 @@
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
+#include <kernel/kxPreferencesStore.h>
 #include <python/kxInterpreter.h>
 
 #include <QKXDockWindowManager.h>
@@ -89,6 +90,7 @@ int runHost(int argc, char** argv)
         initPlugin();
     }
     tellModules();
+    std::printf("pages %d\n", int(kxPreferencesStore::the().pages().size()));
     std::printf("docks %d bars %d\n", int(docks.dockWidgets().size()), int(docks.toolBars().size()));
     std::printf("clips %d\n", docks.getDockWidget("Clip Maker")->widget() != nullptr);
     kxMessage message;
@@ -141,6 +143,7 @@ void tst_kxPlugin::livesAndDies()
                                      "module Curve Editor Animation 38288130",
                                      "module Clip Maker Animation 4a88130",
                                      "module Timeline Animation a00010",
+                                     "pages 1",
                                      "docks 3 bars 1",
                                      "clips 1",
                                      "handlers of one message 1",

@@ -107,6 +107,7 @@ void tst_kxAnimNodeChannelWidget::listsTheClippingNode()
     kxAnimManager::the()->addAnimation(clippingNode, last);
     kxScriptChannels::animateClippingTransform();
     QVERIFY(_docks->getDockWidget("Node Channels") != nullptr);
+    QVERIFY(!_docks->getDockWidget("Node Channels")->isHidden());
     QVERIFY(row("Plane.translation.X") != nullptr && row("Plane.visible") != nullptr);
     QVERIFY(!(row("Plane.visible")->flags() & Qt::ItemIsUserCheckable));
     QVERIFY(row("Plane.translation.X")->curve() == osg::NullFC);

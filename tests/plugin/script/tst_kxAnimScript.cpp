@@ -206,6 +206,8 @@ void tst_kxAnimScript::hasEveryFunction()
     QVERIFY(kxScript::run("untested = [f for f in dir(kxAnimWidgets) if f[0] != '_' and f not in functions]\n"
                           "assert not untested, untested"));
     QVERIFY(kxScript::run("assert 'current frame' in getCurrentFrame.__doc__\n"
+                          "assert '@param frame: Frame\\n\\n@type frame: Real64' in setCurrentFrame.__doc__\n"
+                          "assert '@return: Current frame\\n\\n@rtype: Real64' in getCurrentFrame.__doc__\n"
                           "assert all('C++' not in (getattr(kxAnimWidgets, f).__doc__ or '') for f in functions)"));
 }
 

@@ -5,12 +5,15 @@
 #include <script/kxScriptPlaying.h>
 #include <script/kxScriptTrash.h>
 
+#include <animation/kxPlaybackClock.h>
 #include <kxAnimFixture.h>
 #include <kxHeard.h>
+#include <kxMarks.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
 #include <kxUndo.h>
+#include <scene/UberMaterial.h>
 
 #include <QUndoStack>
 #include <kxTable.h>
@@ -193,7 +196,9 @@ void tst_kxScriptFunctions::makesCurves()
     QVERIFY(first.outX() > 0 && first.outY() > 0); // linear, with the tangents that belong to it
 
     // The curves that are there take the next keys.
+    const kxMarks marks;
     QVERIFY(kxScriptKeys::addRotations(node, {2}, {{1, 2, 3}}));
+    QVERIFY(marks.has(curve(node, "rotation", "Y")));
     QCOMPARE(curveNames(node).size(), 3);
     QCOMPARE(keysOf(curve(node, "rotation", "X")), (QVector<float>{1, 10, 2, 1, 3, 40}));
 
@@ -240,6 +245,12 @@ void tst_kxScriptFunctions::createsBlocks()
     QVERIFY(!kxScriptBlocks::createForNode(node, true));
     QVERIFY(!kxScriptBlocks::createForNode(osg::NodePtr(), true));
     QVERIFY(!kxScriptBlocks::createForMaterial(osg::MaterialPtr(), true));
+    const osg::MaterialPtr material = osg::UberMaterial::create();
+    kxScene::the()->addMaterial(material);
+    kxAnimManager::the()->addAnimation(material, kxAnimFixture::curve("roughness", "", {{0, 1}}));
+    QVERIFY(kxScriptBlocks::createForMaterial(material, false));
+    QVERIFY(!kxScriptBlocks::createForMaterial(material, false));
+    kxScene::the()->subMaterial(material);
     QVERIFY(!hasAttachment(node)); // none is made for it
     QCOMPARE(_pasted.count, 0);
     kxScriptKeys::addVisible(node, {0}, {1});
@@ -290,7 +301,21 @@ void tst_kxScriptFunctions::stopsAndPlays()
     QVERIFY(!kxScriptPlaying::isPlaying("lid"));
     kxScriptPlaying::enqueue("lid");
     QVERIFY(kxScriptPlaying::isPlaying("lid"));
+    double seconds = 100;
+    kxPlaybackClock::the().setSource([&seconds] { return seconds; });
+    const auto yAfter = [&seconds](double passed)
+    {
+        seconds += passed;
+        kxPlaybackClock::the().tick();
+        return kxAnimFixture::transform(kxScene::the()->root()->getChild(0))->getTranslation().y();
+    };
+    kxScriptPlaying::enqueue("lid"); // anew, by the clock that the test turns
+    QCOMPARE(yAfter(0.5), 1.0f);
+    kxScriptPlaying::enqueue("lid");
+    QCOMPARE(yAfter(0.25), 0.5f);
     kxScriptPlaying::pause("lid", true);
+    QCOMPARE(yAfter(0.25), 0.5f);
+    kxPlaybackClock::the().setSource(nullptr);
     block->setPlaying(true);
     kxScriptPlaying::stop("lid");
     QVERIFY(!block->getPlaying());

@@ -7,7 +7,11 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
 #include <QtTest>
+
+#include <algorithm>
 
 /// A key at 1 second, which a new rate takes along where "Keep Keys at Current Frames" came before the rate.
 struct kxKeyOfTheRate
@@ -38,6 +42,42 @@ void kxFillFields(Form& form)
     form._fullRangeEnd->setValue(110);
     form._detailedRangeStart->setValue(5);
     form._detailedRangeEnd->setValue(95);
+}
+
+/// Whether each form's rows stand as they are read: a label has its field right beside it, nothing lies on anything
+/// else, and no column is empty before one that is used.
+inline void kxVerifyRows(const QWidget& page)
+{
+    int labels = 0;
+    for (const QGridLayout* const grid : page.findChildren<QGridLayout*>())
+    {
+        int used = 0;
+        for (int i = 0; i < grid->count(); ++i)
+        {
+            int row = 0, column = 0, rows = 0, columns = 0;
+            grid->getItemPosition(i, &row, &column, &rows, &columns);
+            for (int at = 0; at < i; ++at)
+            {
+                int otherRow = 0, otherColumn = 0, otherRows = 0, otherColumns = 0;
+                grid->getItemPosition(at, &otherRow, &otherColumn, &otherRows, &otherColumns);
+                QVERIFY(row + rows <= otherRow || otherRow + otherRows <= row || column + columns <= otherColumn ||
+                        otherColumn + otherColumns <= column);
+            }
+            used |= 1 << column;
+            if (qobject_cast<QLabel*>(grid->itemAt(i)->widget()) == nullptr)
+                continue;
+            ++labels;
+            QVERIFY(grid->itemAtPosition(row, column + 1) != nullptr);
+        }
+        QVERIFY((used & (used + 1)) == 0);
+    }
+    QVERIFY(labels > 3);
+    for (const QCheckBox* const box : page.findChildren<QCheckBox*>())
+        QVERIFY(!box->text().isEmpty());
+    const QList<QLayout*> layouts = page.findChildren<QLayout*>();
+    for (QWidget* const child : page.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        QVERIFY(std::any_of(layouts.begin(), layouts.end(),
+                            [child](const QLayout* layout) { return layout->indexOf(child) >= 0; }));
 }
 
 /// Whether these values reached the kernel.

@@ -79,6 +79,7 @@ void tst_kxAnimPreferences::defaults()
     {
         Page page;
         QVERIFY(page.form != nullptr);
+        kxVerifyRows(*page.form);
         QCOMPARE(stored<int>(Key::PlaybackSpeed), 1);
         QCOMPARE(stored<int>(Key::FullRangeEnd), 50);
         QCOMPARE(stored<bool>(Key::VerifyClipStructure), false);
@@ -151,6 +152,12 @@ void tst_kxAnimPreferences::eachFieldReachesItsSetter()
     kxVerifyFilled();
     key.verifyAt(24 / 29.97);
     QVERIFY(stored<bool>(Key::DontShowCreateCurveDialog));
+    page.form->_range->setCurrentIndex(0);
+    page.form->_context->setCurrentIndex(0);
+    page.form->_loop->setChecked(true);
+    page.open(); // shows what is stored
+    QCOMPARE(page.form->_range->currentIndex() + page.form->_context->currentIndex(), 2);
+    QVERIFY(!page.form->_loop->isChecked());
 
     const kxAnimManager& kernel = *kxAnimManager::the();
     kxPreferencesStore::the().restoreDefaults(&page.preferences);
@@ -192,8 +199,9 @@ void tst_kxAnimPreferences::refusesRates()
     page.form->_fps->setValue(rate);
     page.form->_customSpeed->setValue(rate);
     page.form->_speed->setCurrentIndex(4);
-    const kxCapturedStderr silent;
+    kxCapturedStderr said;
     page.accept();
+    QCOMPARE(said.text().count("A frame rate has to be above 0"), 2);
     QCOMPARE(kxAnimManager::the()->fps(), 24.0);
     QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
     QCOMPARE(stored<double>(Key::Time), 24.0);

@@ -125,6 +125,8 @@ void tst_kxAnimSettings::untouchedDialogKeepsAll()
     kernel.setPlaybackContextHint(-2);
     kxAnimSettings& dialog = opened();
     QCOMPARE(dialog._range->currentText(), QStringLiteral("Full Range"));
+    kxVerifyRows(dialog);
+    QCOMPARE(dialog.height(), 627);
     press(dialog, QDialogButtonBox::Ok);
     QCOMPARE(kernel.fps(), 30000.0 / 1001.0);
     QCOMPARE(kernel.playbackRangeHint(), 3);
