@@ -238,9 +238,9 @@ void tst_kxSceneEvaluation::restValuesComeBack()
     QCOMPARE(rest, 4.0f);
     QVERIFY(!kxRestValues::the().get(id, "translation", 0, rest));
     manager()->setCurrentFrame(24, false, false);
-    const kxMarks marks;
+    const kxMarks still;
     manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
-    QVERIFY(!marks.has(object->getCore()));
+    QVERIFY(!still.has(object->getCore()));
     manager()->setCurrentFrame(12, false, false);
     QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
     // Out and in again, as the undo of a delete does it.
