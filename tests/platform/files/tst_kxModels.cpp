@@ -1,7 +1,12 @@
 #include "kxFilesFixture.h"
 
 #include <osg/AnimAttachments.h>
+#include <osg/FieldContainerFactory.h>
+#include <osg/Image.h>
+#include <scene/CameraLight.h>
+#include <scene/FieldDescription.h>
 #include <scene/Mesh.h>
+#include <scene/UberMaterial.h>
 
 #include <QElapsedTimer>
 #include <QtTest>
@@ -48,6 +53,61 @@ QString faultOf(const NodePtr& node)
     }
     return QString();
 }
+/// The numbers of a value, weighed by their places, so that none can be lost or change places unseen.
+struct Sum
+{
+    void add(double value) { total += value * (1 + (place++ * 7 % 101) / 100.0); }
+    void add(const FieldValue& value)
+    {
+        const auto each = [this](const auto& v)
+        {
+            typedef std::decay_t<decltype(v)> T;
+            if constexpr (std::is_same_v<T, UInt32>)
+                add(double(Int32(v))); // masks of all bits
+            else if constexpr (std::is_arithmetic_v<T>)
+                add(double(v));
+            else if constexpr (std::is_same_v<T, MField<CCPnt, 0>>)
+                for (const CCPnt& key : v)
+                    for (const float number : {key.x(), key.y(), key.inX(), key.inY(), key.outX(), key.outY()})
+                        add(double(number));
+            else if constexpr (std::is_same_v<T, Vec2f> || std::is_same_v<T, Vec3f> || std::is_same_v<T, Vec4f>)
+                for (std::size_t i = 0; i < sizeof(T) / sizeof(float); ++i)
+                    add(double(v[i]));
+            else if constexpr (std::is_same_v<T, std::vector<float>> || std::is_same_v<T, std::vector<UInt32>> ||
+                               std::is_same_v<T, std::vector<UInt8>> || std::is_same_v<T, std::string>)
+                for (const auto number : v)
+                    add(double(number));
+        };
+        std::visit(each, value);
+    }
+    double total = 0;
+    std::size_t place = 0;
+};
+
+/// For each class: how many the scene has, and the sum of all their numbers.
+QString contentOfScene()
+{
+    QStringList parts;
+    for (const FieldContainerType* type :
+         {&Node::_type, &Transform::_type, &Mesh::_type, &Skin::_type, &UberMaterial::_type, &osg::Image::_type,
+          &Camera::_type, &Light::_type, &AnimNode::_type, &AnimCurve::_type})
+    {
+        Sum sum;
+        int count = 0;
+        for (FieldContainer* const container : FieldContainerFactory::the()->getFieldContainerStore())
+        {
+            if (container == nullptr || &container->getType() != type)
+                continue;
+            ++count;
+            for (const FieldDescription& field : type->fields())
+                if (!field.isTransient())
+                    sum.add(field.value(*container));
+        }
+        if (count > 0)
+            parts << QStringLiteral("%1 %2 %3").arg(type->getName()).arg(count).arg(sum.total, 0, 'g', 7);
+    }
+    return parts.join(QLatin1Char(' '));
+}
 } // namespace
 
 /// Opens every model of the installed collection, good and malformed.
@@ -58,6 +118,8 @@ private Q_SLOTS:
     void initTestCase();
     void opens_data();
     void opens();
+    void contents_data();
+    void contents();
     void malformed_data();
     void malformed();
     void firstVersionGoesToTheOtherReader();
@@ -113,6 +175,61 @@ void tst_kxModels::opens()
                  return fault.isEmpty() ? Action::Continue : Action::Quit;
              });
     QVERIFY2(fault.isEmpty(), qPrintable(fault));
+}
+
+void tst_kxModels::contents_data()
+{
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("FBX/animation_with_skeleton.fbx")
+        << "Node 27 25950.13 Transform 20 2166.208 Mesh 1 1.259321e+07 Skin 1 87203.22 UberMaterial 1 1027.169 Camera "
+           "1 19818.04 Light 1 1066.07 AnimNode 318 534352.8 AnimCurve 135 360466.8";
+    QTest::newRow("FBX/cubes_with_mirroring_and_pivot.fbx")
+        << "Node 9 8354.44 Transform 1 5.1 Mesh 4 429600.4 UberMaterial 2 2216.972 AnimNode 2 2015.78";
+    QTest::newRow("FBX/phong_cube.fbx")
+        << "Node 6 6570.1 Transform 1 5.1 Mesh 1 651.715 UberMaterial 1 683.6383 AnimNode 2 2015.78";
+    QTest::newRow("Collada/lights.dae") << "Node 10 8171.82 Transform 1 13.83437 Mesh 1 25649.75 Skin 1 839.5088 "
+                                           "UberMaterial 1 2426.327 Light 4 520.6086 AnimNode 2 2015.78";
+    QTest::newRow("Collada/cameras.dae")
+        << "Node 8 8668.91 Mesh 1 8773.092 Skin 1 408.54 UberMaterial 1 2426.327 Camera 3 2391.674 AnimNode 2 2015.78";
+    QTest::newRow("3DS/CameraRollAnimWithChildObject.3ds")
+        << "Node 9 9028.46 Transform 2 -328.2216 Mesh 2 2425.465 UberMaterial 1 860.7189 Camera 1 1690.609 AnimNode 45 "
+           "66002.6 AnimCurve 18 36102.9";
+    QTest::newRow("OBJ/spider.obj") << "Node 24 21882.18 Transform 1 5.1 Mesh 19 110193.3 UberMaterial 6 7688.078 "
+                                       "Image 5 4.356281e+07 AnimNode 2 2015.78";
+    QTest::newRow("glTF2/glTF-Sample-Models/AnimatedMorphCube-glTF/AnimatedMorphCube.gltf")
+        << "Node 5 7122.57 Mesh 1 603.5536 UberMaterial 1 1027.353 AnimNode 2 2015.78";
+    QTest::newRow("glTF2/simple_skin/simple_skin.gltf")
+        << "Node 7 6711.8 Transform 2 10.76 Mesh 1 491.225 Skin 1 77.4525 UberMaterial 1 877.759 AnimNode 12 15536.65 "
+           "AnimCurve 3 8228.848";
+    QTest::newRow("glTF2/cameras/Cameras.gltf")
+        << "Node 7 6711.8 Mesh 1 44 UberMaterial 1 877.759 Camera 2 10443.89 AnimNode 2 2015.78";
+    QTest::newRow("glTF/CesiumMilkTruck/CesiumMilkTruck.gltf")
+        << "Node 14 22542.8 Transform 5 21.41 Mesh 4 7870518 UberMaterial 4 8291.249 Image 1 1.751084e+08 AnimNode 2 "
+           "2015.78";
+    QTest::newRow("glTF2/BoxTextured-glTF-Binary/BoxTextured.glb")
+        << "Node 6 5983.38 Transform 1 -103.8 Mesh 1 748.45 UberMaterial 1 924.6 Image 1 473948 AnimNode 2 2015.78";
+    QTest::newRow("X/test.x")
+        << "Node 5 5420.28 Mesh 1 622.8718 UberMaterial 1 1309.973 Image 1 4370865 AnimNode 2 2015.78";
+    QTest::newRow("FBX/maxPbrMaterial_metalRough.fbx")
+        << "Node 6 6441.16 Transform 1 5.1 Mesh 1 953.2769 UberMaterial 1 1540.712 AnimNode 2 2015.78";
+}
+
+void tst_kxModels::contents()
+{
+    kxSceneIO::newScene();
+    kxFileReport report(QString::fromLatin1(QTest::currentDataTag()));
+    QVERIFY(kxSceneIO::open(modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag()), report));
+    QFETCH(QString, expected);
+    const QString content = contentOfScene();
+    const QStringList found = content.split(' '), wanted = expected.split(' ');
+    QVERIFY2(found.size() == wanted.size(), qPrintable(content));
+    for (int i = 0; i < found.size(); ++i)
+    {
+        bool isNumber = false;
+        const double number = wanted[i].toDouble(&isNumber);
+        QVERIFY2(isNumber ? std::abs(found[i].toDouble() - number) <= 1.0e-5 * std::abs(number) : found[i] == wanted[i],
+                 qPrintable(content));
+    }
 }
 
 void tst_kxModels::malformed_data()
