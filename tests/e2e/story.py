@@ -1,4 +1,4 @@
-"""The film that two tests make of a model, one by mouse and one by script."""
+"""The film that a test makes of a model."""
 
 MODEL = "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb"
 RIGHT, LEFT = PARTS = "Node 66", "Node 58"  # the covers of its cylinders
@@ -7,7 +7,6 @@ TRIGGER = 60  # the frame at which the view jumps
 AGAIN = 72  # the frame at which they are taken off once more
 END = AGAIN + LENGTH
 FRAMES = (0, 12, 24, 36, 48, 60, 71, 72, 84, 96, 108, 119)
-WAYS = {RIGHT: (60, 0, 0), LEFT: (0, 0, 120)}  # where the script takes them
 
 
 def check(frame, seen, start, end):
