@@ -30,6 +30,8 @@ private Q_SLOTS:
     void stepsAreOperators();
     void neverHoldsANumberThatIsNotFinite();
     void wholeNumbersHaveRoomForSums();
+    void comesIntoFocus_data();
+    void comesIntoFocus();
 };
 
 void tst_QKXSpiner::parses_data()
@@ -76,6 +78,7 @@ void tst_QKXSpiner::entersNumbers_data()
     QTest::addColumn<double>("expected"); // from 10.00 in -100 to 100
     QTest::newRow("plain") << "4.5" << 4.5;
     QTest::newRow("with its unit") << "4.5 fps" << 4.5;
+    QTest::newRow("with its prefix") << "at: 4.5" << 4.5;
     QTest::newRow("unit without space") << "4.5fps" << 4.5;
     QTest::newRow("operator before the unit") << "+=5 fps" << 15.0;
     QTest::newRow("add") << "+=5" << 15.0;
@@ -92,13 +95,14 @@ void tst_QKXSpiner::entersNumbers()
     QFETCH(double, expected);
     QKXDoubleSpiner field;
     field.setRange(-100, 100);
+    field.setPrefix("at: ");
     field.setSuffix(" fps");
     field.setValue(10);
     QSignalSpy changed(&field, QOverload<double>::of(&QDoubleSpinBox::valueChanged));
     type(field, text);
     QCOMPARE(field.value(), expected);
     QCOMPARE(changed.count(), expected == 10.0 ? 0 : 1);
-    QCOMPARE(field.text(), QString::number(expected, 'f', 2) + " fps");
+    QCOMPARE(field.text(), QString::number(expected, 'f', 2).prepend("at: ") + " fps");
 }
 
 void tst_QKXSpiner::tellsOperatorsOnce()
@@ -142,6 +146,8 @@ void tst_QKXSpiner::leavesTheValueToTheListener()
     QCOMPARE(applied.at(0).at(0).value<RelativeOperator>(), RelativeAdd);
     QCOMPARE(applied.at(0).at(1).toDouble(), 5.0);
     QCOMPARE(applied.at(1).at(1).toDouble(), 10.0);
+    type(field, "*=1000"); // a factor may lie outside the range
+    QCOMPARE(applied.takeLast().at(1).toDouble(), 1000.0);
     QVERIFY(changed.isEmpty());
     QCOMPARE(field.text(), QString("10.00"));
     connect(&field, &QKXDoubleSpiner::relativeOperatorApplied,
@@ -228,6 +234,40 @@ void tst_QKXSpiner::undoKeysGoOnUnlessTextWaits()
     QTest::keyClick(&field, Qt::Key_Return);
     QCOMPARE(field.value(), 2.0);
     QVERIFY(!wantsUndo());
+}
+
+void tst_QKXSpiner::comesIntoFocus_data()
+{
+    QTest::addColumn<int>("reason");
+    QTest::addColumn<bool>("atOnce"); // by the mouse it's selected after the press, which would take it off again
+    QTest::newRow("tab") << int(Qt::TabFocusReason) << true;
+    QTest::newRow("mouse") << int(Qt::MouseFocusReason) << false;
+}
+
+void tst_QKXSpiner::comesIntoFocus()
+{
+    QFETCH(int, reason);
+    QFETCH(bool, atOnce);
+    QKXSpiner whole;
+    QKXDoubleSpiner real;
+    QCOMPARE(whole.alignment() & Qt::AlignRight, Qt::AlignRight);
+    for (QAbstractSpinBox* const field :
+         {static_cast<QAbstractSpinBox*>(&whole), static_cast<QAbstractSpinBox*>(&real)})
+    {
+        auto* const edit = field->findChild<QLineEdit*>();
+        field->show();
+        edit->deselect();
+        QFocusEvent event(QEvent::FocusIn, Qt::FocusReason(reason));
+        QApplication::sendEvent(field, &event);
+        QCOMPARE(edit->hasSelectedText(), atOnce);
+        QCoreApplication::processEvents();
+        QVERIFY(edit->hasSelectedText());
+        // Room for the number, and for the buttons where there are any.
+        const QSize withButtons = field->sizeHint();
+        QVERIFY(withButtons.width() > field->fontMetrics().horizontalAdvance("-10000") + 4);
+        field->setButtonSymbols(QAbstractSpinBox::NoButtons);
+        QVERIFY(field->sizeHint().width() < withButtons.width());
+    }
 }
 
 QTEST_MAIN(tst_QKXSpiner)

@@ -45,6 +45,9 @@ private Q_SLOTS:
     void paintsAnyExtent();
     void scrubRepaintsNothingFarAway();
 
+    void marksAreSeen();
+    void rangeKeys_data();
+    void rangeKeys();
     void rangeDrag_data();
     void rangeDrag();
     void randomDragsKeepTheRangeInside();
@@ -179,6 +182,50 @@ void tst_QKXTimeLine::scrubRepaintsNothingFarAway()
             QCOMPARE(after.pixel(x, y), before.pixel(x, y));
     }
     QVERIFY(columns > 0 && columns < 250);
+}
+
+void tst_QKXTimeLine::marksAreSeen()
+{
+    QKXTimeLine line;
+    line.resize(100 + 2 * Margin, 32);
+    line.setStartFrame(10);
+    line.setEndFrame(20);
+    const QImage before = line.grab().toImage();
+    line.setKeyFrames({{17, Qt::magenta}});
+    const QImage marked = line.grab().toImage();
+    int first = line.width(), last = -1;
+    for (int x = 0; x < line.width(); ++x)
+        for (int y = 0; y < line.height(); ++y)
+            if (before.pixel(x, y) != marked.pixel(x, y))
+                first = qMin(first, x), last = qMax(last, x);
+    QCOMPARE(last - first + 1, 2);
+    QVERIFY(std::abs((first + last + 1) / 2 - (Margin + 70)) <= 1);
+}
+
+/// The range is 20 to 30 in 0 to 100.
+void tst_QKXTimeLine::rangeKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QPoint>("expected");
+    QTest::newRow("right") << int(Qt::Key_Right) << QPoint(21, 31);
+    QTest::newRow("start") << int(Qt::CTRL + Qt::Key_Left) << QPoint(19, 30);
+    QTest::newRow("end") << int(Qt::SHIFT + Qt::Key_Right) << QPoint(20, 31);
+    QTest::newRow("to the first") << int(Qt::Key_Home) << QPoint(0, 10);
+    QTest::newRow("to the last") << int(Qt::Key_End) << QPoint(90, 100);
+    QTest::newRow("another key") << int(Qt::Key_K) << QPoint(20, 30);
+}
+
+void tst_QKXTimeLine::rangeKeys()
+{
+    QFETCH(int, key);
+    QKXTimeLineRange range;
+    range.setStartFrame(0);
+    range.setEndFrame(100);
+    range.setRangeEndFrame(30);
+    range.setRangeStartFrame(20);
+    QTest::keyClick(&range, Qt::Key(key & ~Qt::KeyboardModifierMask),
+                    Qt::KeyboardModifiers(key & Qt::KeyboardModifierMask));
+    QTEST(QPoint(range.rangeStartFrame(), range.rangeEndFrame()), "expected");
 }
 
 void tst_QKXTimeLine::rangeDrag_data()

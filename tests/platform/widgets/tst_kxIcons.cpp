@@ -1,4 +1,6 @@
+#include <kxCapturedStderr.h>
 #include <kxIconManager.h>
+#include <widgets/kxColors.h>
 #include <widgets/kxStyle.h>
 
 #include <QPainter>
@@ -95,6 +97,10 @@ void tst_kxIcons::unknownNamesAreEmpty()
         QVERIFY(kxIconManager::getIcon(name, {}).isNull());
         QVERIFY(kxIconManager::get(name).isNull());
     }
+    kxCapturedStderr said;
+    for (int i = 0; i < 2; ++i)
+        kxIconManager::getIcon("NotThereEither", {});
+    QCOMPARE(said.text().count("There is no icon named \"NotThereEither\""), 1);
     // A theme without its own picture takes the standard one.
     QVERIFY(!kxIconManager::getIcon("Stop", "NoSuchTheme").isNull());
 }
@@ -103,6 +109,16 @@ void tst_kxIcons::styleKnowsItsColours()
 {
     kxStyle::apply(*qApp);
     QVERIFY(!qApp->styleSheet().isEmpty());
+    const QPalette palette = qApp->palette();
+    const std::tuple<QPalette::ColorGroup, QPalette::ColorRole, QColor> roles[] = {
+        {QPalette::Active, QPalette::Window, kxColors::window()},
+        {QPalette::Active, QPalette::Text, kxColors::text()},
+        {QPalette::Inactive, QPalette::Text, kxColors::text()},
+        {QPalette::Disabled, QPalette::Text, kxColors::disabledText()},
+        {QPalette::Disabled, QPalette::ButtonText, kxColors::disabledText()},
+        {QPalette::Active, QPalette::LinkVisited, kxColors::accent().darker(130)}};
+    for (const auto& [group, role, color] : roles)
+        QCOMPARE(palette.color(group, role), color);
     QVERIFY2(!qApp->styleSheet().contains('@'), "a colour of the sheet has no value");
     const QRegularExpression urls(QStringLiteral("url\\(([^)]*)\\)"));
     auto matches = urls.globalMatch(qApp->styleSheet());
