@@ -170,7 +170,7 @@ void tst_kxPythonTypes::conversions_data()
            "assert 2 * v == v * 2 == (2, 4, 6) and v / 2 == (0.5, 1, 1.5) and -v == (-1, -2, -3)\n"
            "assert eval(repr(Vec3f(0.1, -2, 1e30))) == Vec3f(0.1, -2, 1e30)\n"
            "for wrong in (lambda: v[3], lambda: v[-4], lambda: v / 0, lambda: hash(v), lambda: v + 1, lambda: v * v,\n"
-           "              lambda: Vec3f(1, 2), lambda: Vec3f('abc')):\n"
+           "              lambda: Vec3f(1, 2), lambda: Vec3f('abc'), lambda: Vec3f(['a', 2, 3])):\n"
            "    try: wrong()\n"
            "    except (IndexError, ZeroDivisionError, TypeError): pass\n"
            "    else: assert False, wrong";
@@ -189,8 +189,9 @@ void tst_kxPythonTypes::conversions_data()
     QTest::newRow("texts") << "assert texts(['a', '\\xfc', '']) == ['a', '\\xfc', '']\n"
                               "for wrong in ([b'a'], 'abc', [1], [None]): refused(TypeError, texts, wrong)\n"
                               "refused(UnicodeEncodeError, texts, ['\\udc80'])";
-    QTest::newRow("vectors") << "assert vecs([(1, 2, 3), Vec3f(4, 5, 6)]) == [Vec3f(1, 2, 3), Vec3f(4, 5, 6)]\n"
-                                "for wrong in ([(1, 2)], [1, 2, 3], Vec3f(), ['abc']): refused(TypeError, vecs, wrong)";
+    QTest::newRow("vectors")
+        << "assert vecs([(1, 2, 3), Vec3f(4, 5, 6)]) == [Vec3f(1, 2, 3), Vec3f(4, 5, 6)]\n"
+           "for wrong in ([(1, 2)], [('a', 2, 3)], [1, 2, 3], Vec3f(), ['abc']): refused(TypeError, vecs, wrong)";
     QTest::newRow("list that changes while it is read") << "items = []\n"
                                                            "class Shrinking:\n"
                                                            "    def __float__(self):\n"

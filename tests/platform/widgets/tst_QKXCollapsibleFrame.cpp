@@ -60,11 +60,16 @@ void tst_QKXCollapsibleFrame::fieldsBeginInOneLine()
     wide->setColumnStretch(2, 3);
     auto* const other = new QKXCollapsibleFrame(&root);
     QGridLayout* const excluded = addPage(*other, 200);
+    auto* const page = new QWidget;
+    auto* const single = new QGridLayout(new QWidget(page));
+    single->addWidget(new QLabel("alone"), 0, 0);
+    root.addPage(page, "alone");
     QKXCollapsibleFrame::fixLayouts(&root, 50, other);
     QCOMPARE(narrow->columnMinimumWidth(0), 90);
     QCOMPARE(wide->columnMinimumWidth(0), 90);
     QCOMPARE(excluded->columnMinimumWidth(0), 0);
     QVERIFY(narrow->columnStretch(1) == 1 && wide->columnStretch(1) == 0); // what takes the room already keeps it
+    QCOMPARE(single->columnStretch(1), 0);
     QKXCollapsibleFrame::fixLayouts(&root, 250, nullptr);
     QCOMPARE(excluded->columnMinimumWidth(0), 250);
 }
