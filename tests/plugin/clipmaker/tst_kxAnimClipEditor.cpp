@@ -48,6 +48,8 @@ private Q_SLOTS:
     void offersWhatCanBeMade();
     void placesCameraTracks_data();
     void placesCameraTracks();
+    void placesTriggers_data();
+    void placesTriggers();
     void deletesByTheLastFocus();
     void rowsGoWithWhatIsDeleted();
     void pastesIntoClipsAlone();
@@ -220,6 +222,8 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     bar->setSelected(true);
     _form->_start->setValue(50);
     QCOMPARE(bar->node()->getOffset()[0] * 24, 50.0f);
+    bar->setX(60); // as a drag does
+    QCOMPARE(_form->_start->value(), 60.0);
     _form->_start->setValue(50.3); // snapped away
     QCOMPARE(_form->_start->value(), 50.0);
     _form->_duration->setValue(48);
@@ -235,6 +239,9 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     _form->_duration->setValue(72);
     QCOMPARE(bar->node()->getScale(), 3.0f);
     shown()->clearSelection();
+    QFocusEvent focus(QEvent::FocusIn);
+    QApplication::sendEvent(_maker->view, &focus);
+    QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), _clip->getId());
     _form->_postCycles->setValue(-1);
     QCOMPARE(_clip->getPostCycles(), -1);
     QVERIFY(std::isfinite(_form->_duration->value()));
@@ -242,6 +249,8 @@ void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
     select(child(_clip, 0));
     select(_clip);
     QVERIFY(_form->_duration->value() >= 0);
+    tree()->clearSelection();
+    QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), 0u);
 }
 
 void tst_kxAnimClipEditor::operatorsChangeEachBar_data()
@@ -409,7 +418,9 @@ class Cameras : public kxCameraService
 {
 public:
     QList<kxdCameraTrackNode> getCameraTracks() const override { return tracks; }
+    QList<kxdViewpointNode> getViewpoints() const override { return viewpoints; }
     QList<kxdCameraTrackNode> tracks;
+    QList<kxdViewpointNode> viewpoints;
 };
 } // namespace
 
@@ -519,6 +530,51 @@ void tst_kxAnimClipEditor::placesCameraTracks()
     // No clip came but that one, and the clips that were there hold what they held.
     QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
     QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
+}
+
+void tst_kxAnimClipEditor::placesTriggers_data()
+{
+    kxColumns<QString, bool, bool, QString>("slot", "isVariant", "isViewpoint", "toolTip");
+    kxRow("sequence", "addSequence", false, false, "Sequence: Open");
+    kxRow("variant set", "addVariant", true, false, "Variant: Cap/Red");
+    kxRow("viewpoint", "addViewpoint", false, true, "Viewpoint: Side");
+}
+
+void tst_kxAnimClipEditor::placesTriggers()
+{
+    QFETCH(QString, slot);
+    QFETCH(bool, isVariant);
+    QFETCH(bool, isViewpoint);
+    QFETCH(QString, toolTip);
+    kxCallbacks answers;
+    answers.add(kxMessageName::GetSequences,
+                [](kxMessage& message) { message.set("sequences", std::set<QString>{"Open"}, true); });
+    answers.add(kxMessageName::GetVariants,
+                [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
+    Cameras cameras;
+    cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side").getFieldContainerId())};
+    kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
+    select(_clip);
+    QTimer::singleShot(0, this,
+                       []
+                       {
+                           auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
+                           dialog->_frame->setValue(6000);
+                           dialog->accept();
+                       });
+    QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), qPrintable(slot)));
+    kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
+    const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(child(_clip, 2)->getCore());
+    const QString name = toolTip.section(": ", 1);
+    QCOMPARE(QString::fromStdString(core->getName()), name);
+    QCOMPARE(core->getIsVariant(), isVariant);
+    QCOMPARE(core->getIsViewpoint(), isViewpoint);
+    const kxAnimAbstractClipItem* const marker = shown()->bars().back();
+    QCOMPARE(marker->toolTip(), toolTip);
+    QCOMPARE(marker->x(), 6000.0);
+    QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(marker->pos() + QPointF(0, 9))));
+    QCOMPARE(tree()->topLevelItem(0)->childCount(), 3);
+    QCOMPARE(tree()->selectedClip(), _clip);
 }
 
 void tst_kxAnimClipEditor::deletesByTheLastFocus()

@@ -307,6 +307,14 @@ void tst_kxAnimClipItem::duplicates()
     QCOMPARE(duplicated.count(), 1);
     QCOMPARE(f.scene.bars().size(), 4);
     QVERIFY(f.scene.bars()[2]->node()->getFlipped() && f.scene.bars()[3]->node()->getFlipped());
+    bar->setFlipped(false);
+    copy->setSelected(false);
+    bar->duplicateSelected();
+    QVERIFY(!f.scene.bars()[4]->node()->getFlipped());
+    f.scene.clearSelection();
+    kxAnimAbstractClipItem* const inner = f.add(f.clip("Inner", {}), 20, 0);
+    inner->duplicate(); // a clip of its own
+    QVERIFY(f.scene.bars()[6]->node()->getCore() != inner->node()->getCore());
 }
 
 void tst_kxAnimClipItem::informs()
