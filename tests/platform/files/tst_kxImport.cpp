@@ -132,6 +132,7 @@ private Q_SLOTS:
     void brokenKeysAreMended();
     void clipsHoldClonesAndTheFirstPlays();
     void surfacesAndPictures();
+    void rareForms();
     void hostileFiles_data();
     void hostileFiles();
 
@@ -388,6 +389,65 @@ void tst_kxImport::surfacesAndPictures()
         if (i < 7 || i > 10) // points and lines with indices
             QVERIFY2(area > 0, qPrintable(report.file()));
     }
+}
+
+/// What few files hold: two cores on a node with a matrix, sparse numbers, colours without alpha, normals for less
+/// than all vertices, a skin without matrices, triangles of two corners, no material.
+void tst_kxImport::rareForms()
+{
+    QByteArray bytes;
+    const auto append = [&bytes](const auto& values) // 4 numbers of 4 bytes each
+    { bytes.append(reinterpret_cast<const char*>(values.data()), int(values.size() * sizeof(values[0]))); };
+    append(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 5, 5});            // 0: positions
+    append(std::vector<UInt32>{1, 3});                                         // 48: sparse places
+    append(std::vector<float>{7, 8, 9, 1, 1, 2});                              // 56: sparse values
+    append(std::vector<float>{1, 0, 0, 0, 1, 0, 0, 0, 1, 0.5f, 0.25f, 0.75f}); // 80: colours
+    append(std::vector<UInt32>{0, 1, 2, 2, 2, 3, 2, 1, 3});                    // 128: corners
+    append(std::vector<float>(16, 0.25f));                                     // 164: weights
+    append(std::vector<quint16>(16, 0));                                       // 228: joints
+    const QByteArray json = R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+        "nodes": [{"name": "n", "mesh": 0, "skin": 0, "camera": 0, "matrix": [0,2,0,0, -2,0,0,0, 0,0,2,0, 3,4,5,1]}],
+        "skins": [{"joints": [0]}],
+        "cameras": [{"type": "perspective", "perspective": {"yfov": 0.5, "znear": 0.1}}],
+        "meshes": [{"primitives": [{"indices": 2, "attributes": {"POSITION": 0, "COLOR_0": 1, "NORMAL": 3,
+                                                                 "JOINTS_0": 5, "WEIGHTS_0": 4}}]}],
+        "buffers": [{"byteLength": %1, "uri": "data:application/octet-stream;base64,%2"}],
+        "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 8},
+                        {"buffer": 0, "byteOffset": 56, "byteLength": 24},
+                        {"buffer": 0, "byteOffset": 80, "byteLength": 48},
+                        {"buffer": 0, "byteOffset": 128, "byteLength": 36},
+                        {"buffer": 0, "byteOffset": 164, "byteLength": 64},
+                        {"buffer": 0, "byteOffset": 228, "byteLength": 32}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 4, "type": "VEC3", "min": [0,0,0], "max": [7,8,9],
+                       "sparse": {"count": 2, "indices": {"bufferView": 1, "componentType": 5125},
+                                  "values": {"bufferView": 2}}},
+                      {"bufferView": 3, "componentType": 5126, "count": 4, "type": "VEC3"},
+                      {"bufferView": 4, "componentType": 5125, "count": 9, "type": "SCALAR"},
+                      {"bufferView": 3, "componentType": 5126, "count": 2, "type": "VEC3"},
+                      {"bufferView": 5, "componentType": 5126, "count": 4, "type": "VEC4"},
+                      {"bufferView": 6, "componentType": 5123, "count": 4, "type": "VEC4"}]})";
+    QString notes;
+    const QString text = QString::fromUtf8(json).arg(bytes.size()).arg(QString::fromLatin1(bytes.toBase64()));
+    QVERIFY2(open(text.toUtf8(), &notes), qPrintable(notes));
+    QVERIFY2(notes.contains("attributes that don't fit"), qPrintable(notes));
+    const NodePtr node = nodeNamed("n");
+    QVERIFY(CameraPtr::dcast(nodeNamed("Camera")->getCore()) != NullFC);
+    const GeometryPtr geometry = GeometryPtr::dcast(node->getCore());
+    QVERIFY(geometry != NullFC);
+    const MeshPtr mesh = MeshPtr::dcast(geometry->getMesh());
+    // Flat, for want of normals: each corner has a vertex of its own.
+    const std::vector<float> corners = {0, 0, 0, 7, 8, 9, 0, 1, 0, 0, 1, 0, 0, 1,
+                                        0, 1, 1, 2, 0, 1, 0, 7, 8, 9, 1, 1, 2};
+    QCOMPARE(mesh->positions(), corners);
+    QCOMPARE(std::vector<float>(mesh->colors().end() - 12, mesh->colors().end()),
+             (std::vector<float>{0, 0, 1, 1, 0, 1, 0, 1, 0.5f, 0.25f, 0.75f, 1}));
+    QCOMPARE(mesh->normals().size(), corners.size());
+    const SkinPtr skin = SkinPtr::dcast(geometry->getSkin());
+    QVERIFY(skin != NullFC);
+    for (std::size_t i = 0; i < 16; ++i)
+        QCOMPARE(skin->inverseBindMatrices()[i], i % 5 == 0 ? 1.0f : 0.0f);
+    QCOMPARE(UberMaterialPtr::dcast(geometry->getMaterial())->getBaseColor(), Color3f(1, 1, 1));
+    QVERIFY((kxSceneMath::worldMatrix(node).map(QVector3D(1, 0, 0)) - QVector3D(3, 6, 5)).length() < 1.0e-4f);
 }
 
 void tst_kxImport::hostileFiles_data()
