@@ -10,7 +10,10 @@
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
+#include <QAbstractItemView>
 #include <QAccessible>
+#include <QBoxLayout>
+#include <QGridLayout>
 #include <QLineEdit>
 #include <QScreen>
 #include <QScrollArea>
@@ -19,6 +22,8 @@
 #include <QTabBar>
 #include <QTreeView>
 #include <QtTest>
+
+#include <functional>
 
 class tst_kxMainWindow : public QObject
 {
@@ -34,6 +39,8 @@ private Q_SLOTS:
     void keysOfTheToolsInTheSceneTree();
     void warningsAreSeen();
     void whatTakesTheKeysHasAName();
+    void everythingHasItsPlace();
+    void deleteDeletesWhatIsInFocus();
 
 private:
     /// With two tools that want more room than a small screen has.
@@ -205,6 +212,49 @@ void tst_kxMainWindow::whatTakesTheKeysHasAName()
             QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
             nameless << widget->metaObject()->className() + QString(" ") + widget->objectName();
     QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(", ")));
+}
+
+void tst_kxMainWindow::everythingHasItsPlace()
+{
+    const std::function<bool(QLayout*, QWidget*)> holds = [&holds](QLayout* layout, QWidget* widget)
+    {
+        bool found = layout->indexOf(widget) >= 0;
+        for (int i = 0; i < layout->count() && !found; ++i)
+            found = layout->itemAt(i)->layout() != nullptr && holds(layout->itemAt(i)->layout(), widget);
+        return found;
+    };
+    kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
+    kxScene::the()->flush();
+    QCoreApplication::processEvents();
+    QStringList lost;
+    for (const char* const name : {"Scene", "Materials", "Properties", "Scenery", "Log"})
+        for (QWidget* const widget : dock(name)->content()->findChildren<QWidget*>())
+            if (QLayout* const layout = widget->parentWidget()->layout();
+                qobject_cast<QBoxLayout*>(layout) || qobject_cast<QGridLayout*>(layout))
+                if (!widget->isWindow() && !holds(layout, widget))
+                    lost << name + QString(": ") + widget->metaObject()->className() + widget->objectName();
+    QVERIFY2(lost.isEmpty(), qPrintable(lost.join(", ")));
+}
+
+void tst_kxMainWindow::deleteDeletesWhatIsInFocus()
+{
+    const osg::NodePtr wheel = kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"));
+    kxScene::the()->flush();
+    kxSelection::the().selectMaterials(kxScene::the()->materials());
+    kxSelection::the().selectNodes({wheel});
+    _window->activateWindow();
+    const auto press = [this](const char* list)
+    {
+        auto* const view = _window->findChild<QAbstractItemView*>(list);
+        view->setFocus();
+        QTest::keyClick(view, Qt::Key_Delete);
+        kxScene::the()->flush();
+    };
+    press("_objects");
+    QCOMPARE(kxScene::the()->root()->getNChildren(), 0u);
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
+    press("_materialList");
+    QVERIFY(kxScene::the()->materials().empty());
 }
 
 QTEST_MAIN(tst_kxMainWindow)

@@ -21,6 +21,8 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPointer>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -132,8 +134,13 @@ void tst_kxPropertyPanel::choicesAndBoxes()
     Q_EMIT material->activated(material->currentIndex());
     const auto shows = [](const osg::NodePtr& node) { return osg::GeometryPtr::dcast(node->getCore())->getMaterial(); };
     QVERIFY(shows(a) == brass && shows(b) == brass);
-    stack()->undo();
+    _panel->resize(300, 120);
+    auto* const scroll = _panel->findChild<QScrollArea*>()->verticalScrollBar();
+    QCoreApplication::processEvents();
+    scroll->setValue(40);
+    stack()->undo(); // other rows, at the same place
     kxScene::the()->flush();
+    QCOMPARE(scroll->value(), 40);
     QCOMPARE(_panel->findChild<QComboBox*>("materialBox")->currentText(), QString("Steel"));
     const osg::NodePtr light = kxSceneEdits::makeNode(osg::Light::create(), "Light");
     kxScene::the()->root()->addChild(light);

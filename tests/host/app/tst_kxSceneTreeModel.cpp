@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneEdits.h>
+#include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <panels/kxSceneTreeModel.h>
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void dropCountsVisibleRows();
     void undoOfAnAddKeepsItsRedo();
     void theEyeHides();
+    void selectsBothWays();
 
 private:
     static void compare(const kxSceneTreeModel& model, const QModelIndex& index, const osg::NodePtr& node);
@@ -177,6 +179,34 @@ void tst_kxSceneTreeModel::theEyeHides()
     QVERIFY(seen() != open);
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, eye.center());
     QVERIFY(b->isActive());
+}
+
+void tst_kxSceneTreeModel::selectsBothWays()
+{
+    const osg::NodePtr a = addObject("A"), b = addObject("B"), c = addObject("C"), below = addObject("Below", c);
+    c->setCore(osg::Group::create());
+    kxScene::the()->flush();
+    kxSceneTreePanel panel(nullptr);
+    QTreeView* const view = panel.view();
+    view->expandAll();
+    const auto shown = [view]
+    {
+        QStringList names;
+        for (const QModelIndex& index : view->selectionModel()->selectedIndexes())
+            names << index.data().toString() + QString::number(index.column());
+        names.sort();
+        return names;
+    };
+    kxSelection::the().selectNodes({below, b, a});
+    QCOMPARE(shown(), QStringList({"1", "1", "1", "A0", "B0", "Below0"})); // whole rows
+    QCOMPARE(view->currentIndex().data().toString(), QString("A"));
+    const QModelIndex row = view->model()->index(2, 0);
+    view->selectionModel()->select(row, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    view->selectionModel()->select(view->model()->index(1, 0),
+                                   QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+    QVERIFY((kxSelection::the().nodes() == std::vector<osg::NodePtr>{below, a, c}));
+    const auto icon = [](const QModelIndex& index) { return index.data(Qt::DecorationRole).value<QIcon>().cacheKey(); };
+    QVERIFY(icon(row) != icon(view->model()->index(0, 0)) && icon(row.siblingAtRow(1)) == icon(row.siblingAtRow(0)));
 }
 
 QTEST_MAIN(tst_kxSceneTreeModel)

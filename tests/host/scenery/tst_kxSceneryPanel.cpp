@@ -11,8 +11,12 @@
 #include <view/kxView3D.h>
 #include <widgets/kxStyle.h>
 
+#include <QAbstractItemDelegate>
 #include <QAction>
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QLabel>
+#include <QMenu>
 #include <QTreeView>
 #include <QUndoStack>
 #include <QtTest>
@@ -29,6 +33,8 @@ private Q_SLOTS:
     void eachEntryMakesItsKind();
     void stepsAreEditedInPlace();
     void tracksAreLookedThrough();
+    void rowsAreNamedAndTried();
+    void editorsOfSteps();
 
 private:
     void trigger(const char* name) { _panel->findChild<QAction*>(QLatin1String(name))->trigger(); }
@@ -129,6 +135,73 @@ void tst_kxSceneryPanel::tracksAreLookedThrough()
     kxScene::the()->flush();
     QCOMPARE(_view.cameraNodeId(), 0u);
     QVERIFY(!look->isEnabled());
+}
+
+void tst_kxSceneryPanel::rowsAreNamedAndTried()
+{
+    const osg::NodePtr set = kxSceneryEdits::addVariantSet(
+        {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, QStringLiteral("Door"));
+    kxScene::the()->flush();
+    list()->expandAll();
+    QAbstractItemModel* const model = list()->model();
+    const auto texts = [model](const QModelIndex& above)
+    {
+        QStringList names;
+        for (int row = 0; row < model->rowCount(above); ++row)
+            names << model->index(row, 0, above).data().toString();
+        return names;
+    };
+    const QModelIndex section = model->index(0, 0);
+    QCOMPARE(texts({}), QStringList("Variant Sets"));
+    QCOMPARE(texts(section), QStringList("Door"));
+    const auto choice = [model](int row) { return model->index(row, 0, model->index(0, 0, model->index(0, 0))); };
+    QCOMPARE(texts(choice(0).parent()), QStringList({"Open", "Shut"}));
+    QVERIFY(model->setData(choice(1), "Closed") && !model->setData(choice(1), "x", Qt::ToolTipRole));
+    QCOMPARE(set->getChild(1)->getNodeName(), std::string("Closed"));
+    QVERIFY(choice(1).data(Qt::ForegroundRole).isValid() && !choice(0).data(Qt::ForegroundRole).isValid());
+    list()->expandAll();
+    list()->setCurrentIndex(choice(1));
+    Q_EMIT list()->doubleClicked(choice(1));
+    kxScene::the()->flush();
+    QVERIFY(!choice(1).data(Qt::ForegroundRole).isValid() && choice(0).data(Qt::ForegroundRole).isValid());
+    QVERIFY(choice(0).data(Qt::DecorationRole).value<QIcon>().cacheKey() !=
+            choice(1).data(Qt::DecorationRole).value<QIcon>().cacheKey());
+}
+
+void tst_kxSceneryPanel::editorsOfSteps()
+{
+    typedef kxSequenceStep::Kind Step;
+    kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")},
+                                  QStringLiteral("Door"));
+    _actions.all()[4]->trigger();
+    auto* const menu = _panel->findChild<QMenu*>(QStringLiteral("_addStepMenu"));
+    for (const Step kind : {Step::Wait, Step::SetVariant}) // each below the one that is selected
+        menu->actions().at(int(kind))->trigger();
+    QAbstractItemModel* const model = steps()->model();
+    QCOMPARE(steps()->currentIndex().row(), 1);
+    const auto edit = [this, model](int row)
+    {
+        const QModelIndex index = model->index(row, kxStepModel::WithColumn);
+        QWidget* const editor =
+            steps()->itemDelegate()->createEditor(steps()->viewport(), QStyleOptionViewItem(), index);
+        steps()->itemDelegate()->setEditorData(editor, index);
+        return editor;
+    };
+    const auto give = [this, model](QWidget* editor, int row)
+    {
+        steps()->itemDelegate()->setModelData(editor, model, model->index(row, kxStepModel::WithColumn));
+        delete editor;
+        return model->index(row, kxStepModel::WithColumn).data(Qt::EditRole);
+    };
+    auto* const seconds = qobject_cast<QDoubleSpinBox*>(edit(0));
+    seconds->setValue(-3);
+    QCOMPARE(seconds->value(), 0.0);
+    seconds->setValue(125.25);
+    QCOMPARE(give(seconds, 0).toDouble(), 125.25);
+    auto* const names = qobject_cast<QComboBox*>(edit(1));
+    names->setCurrentIndex(names->findText("Door/Shut"));
+    QCOMPARE(give(names, 1).toString(), QString("Door/Shut"));
+    QCOMPARE(qobject_cast<QComboBox*>(edit(1))->currentText(), QString("Door/Shut"));
 }
 
 QTEST_MAIN(tst_kxSceneryPanel)

@@ -16,6 +16,7 @@ private Q_SLOTS:
     void treeFindsWhatATestOfAllFinds();
     void degenerateMeshesAreHarmless();
     void placesSidesAndChangesCount();
+    void boundsHoldWhatIsTurned();
     void cutAwayIsNotPicked();
     void skinnedMeshIsPickedWhereItIsBent();
     void cleanup() { kxScene::the()->clear(); }
@@ -136,6 +137,20 @@ void tst_kxPicking::placesSidesAndChangesCount()
     scene.update();
     QCOMPARE(picking.pick(scene, fromFront(6)).nodeId, 0u);
     QCOMPARE(picking.pick(scene, fromFront(45)).nodeId, node->getId());
+}
+
+void tst_kxPicking::boundsHoldWhatIsTurned()
+{
+    const osg::NodePtr turned = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(0, 0, 30), osg::Vec3f(1, 1, 1));
+    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(2, 1, 3)), kxTestObjects::material(osg::Color3f(1, 1, 1)),
+                       osg::Vec3f(), turned);
+    kxRenderScene scene;
+    scene.update();
+    osg::Pnt3f low, high;
+    scene.bounds().getBounds(low, high);
+    const float expected[] = {1.1160f, 0.9330f, 1.5f}; // cos 30 + 0.5 sin 30, and so on
+    for (std::size_t i = 0; i < 3; ++i)
+        QVERIFY(qAbs(high[i] - expected[i]) < 1e-3f && qAbs(low[i] + expected[i]) < 1e-3f);
 }
 
 void tst_kxPicking::cutAwayIsNotPicked()

@@ -33,6 +33,8 @@ private Q_SLOTS:
     void slowFramesAreDrawnQuickly();
     void looksThroughACamera();
     void survivesObjectsThatGo();
+    void looksFromTheSides();
+    void wheelAndTools();
 
 private:
     QPoint seen(const QVector3D& point) const;
@@ -134,6 +136,7 @@ void tst_kxView3D::dragOfAHandleIsOneStep()
     settle();
     const osg::TransformPtr transform = osg::TransformPtr::dcast(_left->getCore());
     const osg::Vec3f before = transform->getTranslation();
+    _left->setNodeName("Left");
     QUndoStack* const stack = kxUndoStack::get(0).stack();
     changedTransformations = 0;
     kxController::addCB(kxMessageName::ChangedTransformation, &countChangedTransformation);
@@ -146,6 +149,7 @@ void tst_kxView3D::dragOfAHandleIsOneStep()
         kxRelease(_view.get(), start + QPoint(30, -10));
         settle();
         QCOMPARE(stack->count(), drag);
+        QVERIFY(stack->undoText().contains("Left"));
     }
     kxController::subCB(kxMessageName::ChangedTransformation, &countChangedTransformation);
     QCOMPARE(changedTransformations, 20);
@@ -269,6 +273,46 @@ void tst_kxView3D::survivesObjectsThatGo()
     _view->frameAll();
     settle();
     QVERIFY(!_view->grabFrameBuffer(false).isNull());
+}
+
+void tst_kxView3D::looksFromTheSides()
+{
+    kxView3D view; // before its first frame it goes there at once
+    view.actions3D()->cameraMenu()->aboutToShow();
+    const kxCameraRig::Pose first;
+    const float expected[][2] = {
+        {0, 0}, {90, 0}, {-90, 0}, {180, 0}, {0, kxCameraRig::LargestPitch}, {first.yaw, first.pitch}};
+    for (int i = 0; i < 6; ++i)
+    {
+        view.actions3D()->cameraMenu()->actions().at(i)->trigger();
+        QVERIFY(qAbs(std::remainder(view.rig().pose().yaw - expected[i][0], 360.0f)) < 1e-3f);
+        QCOMPARE(view.rig().pose().pitch, expected[i][1]);
+    }
+}
+
+void tst_kxView3D::wheelAndTools()
+{
+    const auto wheel = [this](int notches)
+    {
+        QWheelEvent event(QPointF(9, 9), QPointF(9, 9), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(_view.get(), &event);
+        return _view->rig().pose().distance;
+    };
+    _view->setPose({QVector3D(0, 1, 0), 8, 30, 20});
+    const float near = wheel(2);
+    QVERIFY(near < 7.5f);
+    QVERIFY(qAbs(wheel(-2) - 8) < 1e-3f);
+    kxPress(_view.get(), QPoint(3, 3));
+    QCOMPARE(wheel(1), _view->rig().pose().distance); // not while a button is held
+    QVERIFY(qAbs(_view->rig().pose().distance - 8) < 1e-3f);
+    kxRelease(_view.get(), QPoint(3, 3));
+    for (const char* const tool : {"scaleTool", "moveTool", "rotateTool", "selectTool"})
+    {
+        auto* const action = _view->actions3D()->findChild<QAction*>(tool);
+        _view->setTool(kxGizmo::Tool(action->data().toInt()));
+        QVERIFY(action->isChecked()); // by whomever it was chosen
+    }
 }
 
 QTEST_MAIN(tst_kxView3D)
