@@ -1,12 +1,17 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneEdits.h>
+#include <app/kxSceneObjects.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
+#include <kxHeard.h>
+#include <kxMessageNames.h>
 #include <kxScenegraph.h>
+#include <kxServices.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCores.h>
+#include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -33,6 +38,10 @@ private Q_SLOTS:
     void deletedMaterialComesBackToItsSurfaces();
     void verifiedClipsGoWithTheirObject();
     void refusesBadValues();
+    void groupsStandWhereTheFirstStood();
+    void copiesGetNumbersAndRestValues();
+    void toolsHear();
+    void newObjectsAreSeenAtOnce();
 
 private:
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
@@ -210,6 +219,98 @@ void tst_kxSceneEdits::refusesBadValues()
     kxSceneEdits::setField({core, osg::FieldContainerPtr()}, "no such field", osg::FieldValue(1.0f));
     QCOMPARE(stack()->count(), 0);
     QCOMPARE(bytes(), before);
+}
+
+void tst_kxSceneEdits::groupsStandWhereTheFirstStood()
+{
+    QVERIFY(!kxSceneEdits::groupNodes({}));
+    std::vector<osg::NodePtr> nodes;
+    for (const char* const name : {"A", "B", "C", "D", "E"})
+        nodes.push_back(addObject(name));
+    const int before = stack()->count();
+    QVERIFY(kxSceneEdits::groupNodes({nodes[1], nodes[3]}));
+    QCOMPARE(stack()->count(), before + 1);
+    const auto& top = kxScene::the()->root()->getChildren();
+    QVERIFY(top.size() == 4 && top[1]->getNodeName() == "Group" && top[1]->getNChildren() == 2);
+    QVERIFY(kxSelection::the().nodes() == kxSceneEdits::Nodes{top[1]});
+    QCOMPARE(kxSceneEdits::deleteNodes({top[1]}), 1);
+    QVERIFY(kxSelection::the().nodes().empty());
+    kxSceneEdits::setField({nodes[0]->getCore(), nodes[2]->getCore()}, "scale", osg::FieldValue(osg::Vec3f(2, 3, 4)));
+    QVERIFY(stack()->undoText().endsWith("of 2 Objects"));
+}
+
+void tst_kxSceneEdits::copiesGetNumbersAndRestValues()
+{
+    const osg::NodePtr node = addObject("Wheel_");
+    osg::TransformPtr::dcast(node->getCore())->setTranslation(osg::Vec3f(7, 8, 9));
+    animate(node);
+    kxAnimManager::the()->setCurrentFrame(12, true, true); // x is driven to 0
+    kxSceneEdits::duplicateNodes({node});
+    const osg::NodePtr copy = kxSelection::the().nodes().at(0);
+    QCOMPARE(copy->getNodeName(), std::string("Wheel__1"));
+    kxSceneEdits::duplicateNodes({copy});
+    QCOMPARE(kxSelection::the().nodes().at(0)->getNodeName(), std::string("Wheel__2"));
+    QCOMPARE(osg::TransformPtr::dcast(node->getCore())->getTranslation().x(), 0.0f);
+    copy->subAttachment(copy->findAttachment<osg::AnimAttachment>());
+    QVERIFY(osg::TransformPtr::dcast(copy->getCore())->getTranslation() == osg::Vec3f(7, 8, 9));
+}
+
+void tst_kxSceneEdits::toolsHear()
+{
+    const osg::MaterialPtr paint = addMaterial("Paint"), keyed = addMaterial("Keyed");
+    keyed->addAttachment(osg::AnimAttachment::create());
+    const osg::NodePtr plain = addObject("Plain"), moving = addObject("Moving");
+    animate(moving);
+    kxScene::the()->flush();
+    QSignalSpy animations(&kxAnimationService::the(), &kxAnimationService::changed);
+    QSignalSpy structure(kxScene::the(), &kxScene::structureChanged);
+    kxSceneEdits::deleteNodes({plain});
+    kxSceneEdits::deleteMaterials({paint});
+    QCOMPARE(animations.size(), 0);
+    kxSceneEdits::deleteNodes({moving});
+    QCOMPARE(animations.size(), 1);
+    kxSceneEdits::deleteMaterials({keyed});
+    QCOMPARE(animations.size(), 2);
+    stack()->undo();
+    QCOMPARE(animations.size(), 3);
+    kxScene::the()->flush();
+    QCOMPARE(structure.size(), 1);
+    const kxHeard<> lights(kxMessageName::UpdateLight);
+    const kxHeard<1> materials(kxMessageName::UberMaterialChanged);
+    kxSceneObjects::add(kxSceneObjects::lights().at(1));
+    const int before = lights.count;
+    kxSceneEdits::setField({kxSelection::the().nodes().at(0)->getCore()}, "intensity", osg::FieldValue(3.0f));
+    QCOMPARE(lights.count, before + 1);
+    const int told = materials.count;
+    kxSceneEdits::rename(keyed, "Other");
+    QCOMPARE(materials.count, told + 1);
+}
+
+void tst_kxSceneEdits::newObjectsAreSeenAtOnce()
+{
+    // Bodies stand on the floor, lights shine from above, the camera looks down at the origin.
+    for (const kxSceneObjects::Entry& entry : kxSceneObjects::primitives())
+    {
+        kxSceneObjects::add(entry);
+        const osg::BoxVolume box = kxSceneMath::worldBounds(kxSelection::the().nodes().at(0));
+        osg::Pnt3f low, high;
+        box.getBounds(low, high);
+        QVERIFY2(std::abs(low.y()) < 0.01f, qPrintable(entry.name));
+    }
+    float brightest = 0;
+    for (const kxSceneObjects::Entry& entry : kxSceneObjects::lights())
+    {
+        const auto light = osg::LightPtr::dcast(entry.make()->getCore());
+        QVERIFY2(light->getTranslation().y() >= 2.5f, qPrintable(entry.name));
+        QVERIFY2(light->getIntensity() > brightest, qPrintable(entry.name));
+        brightest = light->getIntensity();
+    }
+    kxSceneObjects::add(kxSceneObjects::camera());
+    const QMatrix4x4 world = kxSceneMath::worldMatrix(kxSelection::the().nodes().at(0));
+    const QVector3D eye = world.map(QVector3D()), ahead = world.mapVector(QVector3D(0, 0, -1));
+    const QVector3D toOrigin = (QVector3D(0, 0.4f, 0) - eye).normalized();
+    QVERIFY(eye.length() > 4 && QVector3D::dotProduct(ahead, toOrigin) > 0.999f);
+    QVERIFY(std::abs(world.mapVector(QVector3D(1, 0, 0)).y()) < 1e-4f); // level
 }
 
 QTEST_MAIN(tst_kxSceneEdits)
