@@ -231,8 +231,16 @@ void tst_kxMainWindow::everythingHasItsPlace()
         for (QWidget* const widget : dock(name)->content()->findChildren<QWidget*>())
             if (QLayout* const layout = widget->parentWidget()->layout();
                 qobject_cast<QBoxLayout*>(layout) || qobject_cast<QGridLayout*>(layout))
-                if (!widget->isWindow() && !holds(layout, widget))
-                    lost << name + QString(": ") + widget->metaObject()->className() + widget->objectName();
+                if (!widget->isWindow())
+                {
+                    bool covered = !holds(layout, widget);
+                    for (const QWidget* const other :
+                         widget->parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+                        covered = covered || (other != widget && widget->isVisible() && other->isVisible() &&
+                                              other->geometry().intersects(widget->geometry()));
+                    if (covered)
+                        lost << name + QString(": ") + widget->metaObject()->className() + widget->objectName();
+                }
     QVERIFY2(lost.isEmpty(), qPrintable(lost.join(", ")));
 }
 

@@ -163,6 +163,7 @@ void tst_kxPropertyPanel::coloursAreChosen()
     connect(&button, &kxColorButton::colorPicked, this, [&picked](const osg::Vec3f& color) { picked = color; });
     button.click();
     auto* const dialog = button.findChild<QColorDialog*>();
+    QVERIFY(dialog->isVisible());
     QCOMPARE(dialog->currentColor().rgb(), kxColorButton::toScreen(dark).rgb());
     dialog->setCurrentColor(QColor(124, 188, 7));
     for (std::size_t i = 0; i < 3; ++i)

@@ -17,6 +17,7 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QMenu>
+#include <QToolButton>
 #include <QTreeView>
 #include <QUndoStack>
 #include <QtTest>
@@ -65,6 +66,7 @@ bool tst_kxSceneryPanel::isHintShown(QTreeView* view)
 void tst_kxSceneryPanel::eachEntryMakesItsKind()
 {
     QVERIFY(isHintShown(list()) && !steps()->isVisible());
+    QVERIFY(_panel->findChild<QToolButton*>(QStringLiteral("_addScenery"))->isVisible());
     const Kind kinds[] = {Kind::Viewpoint, Kind::CameraTrack, Kind::CameraTrack, Kind::VariantSet, Kind::Sequence};
     QVERIFY(!_actions.all()[1]->isEnabled()); // it needs two viewpoints
     _actions.all()[0]->trigger();
@@ -179,6 +181,7 @@ void tst_kxSceneryPanel::editorsOfSteps()
         menu->actions().at(int(kind))->trigger();
     QAbstractItemModel* const model = steps()->model();
     QCOMPARE(steps()->currentIndex().row(), 1);
+    QVERIFY(!model->index(0, kxStepModel::WithColumn).data(Qt::ToolTipRole).isValid()); // a pause names nothing
     const auto edit = [this, model](int row)
     {
         const QModelIndex index = model->index(row, kxStepModel::WithColumn);

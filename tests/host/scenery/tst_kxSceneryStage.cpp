@@ -101,10 +101,14 @@ void tst_kxSceneryStage::everyEditIsAStep()
     const osg::NodePtr sequence = kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}});
     kxSceneryEdits::setSteps(sequence, {{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}, kxSequenceStep()});
     kxSceneryEdits::duplicate({front, sequence, set});
+    QVERIFY(kxScenery::all(Kind::VariantSet).size() == 2 && kxScenery::all(Kind::Sequence).size() == 2);
+    const osg::NodePtr copy = kxScenery::all(Kind::VariantSet).back();
+    QVERIFY(copy->getParent() == set->getParent() && !kxSceneEdits::rename(sequence, QStringLiteral("Sequence_1")));
     QVERIFY(!kxSceneEdits::rename(front, QStringLiteral("  ")) &&
             !kxSceneEdits::rename(front, QStringLiteral("Front_1")));
     QVERIFY(kxSceneEdits::rename(front, QStringLiteral("Start")));
     kxSceneryEdits::remove({front, set});
+    QVERIFY(kxScenery::all(Kind::VariantSet) == std::vector<osg::NodePtr>{copy});
     for (int i = 0; i < stack()->count(); ++i)
         QVERIFY(!stack()->text(i).isEmpty());
     const QByteArray after = bytes();

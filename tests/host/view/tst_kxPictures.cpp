@@ -3,6 +3,7 @@
 #include <kernel/kxSelection.h>
 #include <kxOffscreen.h>
 #include <kxPrimitives.h>
+#include <kxRenderWidget.h>
 #include <kxSendMouse.h>
 #include <kxTable.h>
 #include <kxView3D.h>
@@ -111,6 +112,17 @@ void tst_kxPictures::rendered()
     const float height = scene == 1 ? -4 : scene == 2 ? 9 : 0;
     const osg::NodePtr node = box(osg::Vec3f(0.8f, height + 0.5f, 0));
     kxTestObjects::add(kxPrimitives::sphere(0.6f), _material, osg::Vec3f(-0.9f, height + 0.6f, 0.4f));
+    if (scene == 2)
+    {
+        QImage squares(8, 8, QImage::Format_RGBA8888);
+        for (int i = 0; i < 64; ++i)
+            squares.setPixelColor(i % 8, i / 8, QColor(i * 4, (i + i / 8) % 2 * 255, 80));
+        const osg::ImagePtr image = osg::Image::create();
+        QVERIFY(QImageConverter::convertToOSGImage(squares, image));
+        const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
+        material->setBaseColorImage(image);
+        osg::GeometryPtr::dcast(node->getCore())->setMaterial(material);
+    }
     if (scene == 3)
     {
         for (const osg::UInt32 kind : {osg::Light::Directional, osg::Light::PointLight, osg::Light::Spot})
@@ -141,8 +153,9 @@ void tst_kxPictures::rendered()
     }
     kxOffscreen offscreen;
     QVERIFY(offscreen.path() == kxOffscreen::OpenGL);
-    offscreen.scene().setSelection({node->getId()});
     offscreen.scene().update();
+    offscreen.render(90, 60, kxViewCamera(), options); // of another size
+    offscreen.scene().setSelection({node->getId()});
     kxCameraRig rig;
     rig.setPose({QVector3D(0, height + 0.5f, 0), distance, 35, 20});
     compare(offscreen.render(200, 150, rig.camera(4.0f / 3, offscreen.scene().bounds()), options));
