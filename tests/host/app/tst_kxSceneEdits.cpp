@@ -251,7 +251,9 @@ void tst_kxSceneEdits::copiesGetNumbersAndRestValues()
     kxSceneEdits::duplicateNodes({copy});
     QCOMPARE(kxSelection::the().nodes().at(0)->getNodeName(), std::string("Wheel__2"));
     QCOMPARE(osg::TransformPtr::dcast(node->getCore())->getTranslation().x(), 0.0f);
-    copy->subAttachment(copy->findAttachment<osg::AnimAttachment>());
+    copy->subAttachment(copy->findAttachment<osg::AnimAttachment>()); // nothing drives it any more
+    osg::markChanged(copy, osg::Node::AttachmentsFieldMask);
+    kxAnimManager::the()->reevaluateAnimations(true);
     QVERIFY(osg::TransformPtr::dcast(copy->getCore())->getTranslation() == osg::Vec3f(7, 8, 9));
 }
 
