@@ -94,7 +94,7 @@ void tst_kxAnimManager::keyableChannels()
     };
     QCOMPARE(color("translation", "X") + color("rotation", "Y") + color("scale", "Z") + color("focalLength", "") +
                  color("near", "") + color("far", ""),
-             QString("#e06129#74ca95#91b1d8#f0e352"));
+             QString("#e06129#74ca95#91b1d8#f0e352#9ecce5#f0e352"));
     QCOMPARE(channels[4].fieldName, std::string("eulerRotation"));
     QCOMPARE(channels[4].component, UInt64(1));
     const MaterialPtr material = UberMaterial::create();
