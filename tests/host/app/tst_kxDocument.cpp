@@ -125,6 +125,19 @@ void tst_kxDocument::whatMakesUnsaved()
     stack->undo();
     stack->redo();
     QVERIFY(_document->isUnsaved()); // steps don't take it back
+
+    // Animations that came to an object beside the stack.
+    QVERIFY(_document->save() && !_document->isUnsaved());
+    osg::markChanged(node->findAttachment<osg::AnimAttachment>(), osg::AnimAttachmentBase::AnimationRootFieldMask);
+    QCoreApplication::processEvents();
+    QVERIFY(_document->isUnsaved());
+
+    // The saved state went with the steps that led on from another one.
+    QVERIFY(_document->save() && !_document->isUnsaved());
+    stack->undo();
+    kxSceneEdits::rename(node, "Third");
+    stack->setIndex(0);
+    QVERIFY(_document->isUnsaved());
 }
 
 typedef std::function<void(kxAnimManager& manager)> Setting;

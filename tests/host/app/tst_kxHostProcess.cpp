@@ -16,6 +16,9 @@ private Q_SLOTS:
     void exitCode_data();
     void exitCode();
     void firstSceneHasTheDefaults();
+    void storedSettingsReachTheFirstScene();
+    void aWindowOpensWhatTheLineNames();
+    void modelsAreFramedWhole();
     void rendersClip();
     void goesOnWithoutThePlugin();
     void saysWhereThereIsNoDisplay();
@@ -26,13 +29,14 @@ private:
         int code;
         QString output, errors;
     };
-    Result run(const QStringList& arguments, bool display = true) const;
+    Result run(const QStringList& arguments, bool display = true, const QString& settings = "settings") const;
     void write(const QString& name, const QByteArray& text) const;
 
     QTemporaryDir _folder;
 };
 
-tst_kxHostProcess::Result tst_kxHostProcess::run(const QStringList& arguments, bool display) const
+tst_kxHostProcess::Result tst_kxHostProcess::run(const QStringList& arguments, bool display,
+                                                 const QString& settings) const
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -40,7 +44,9 @@ tst_kxHostProcess::Result tst_kxHostProcess::run(const QStringList& arguments, b
         environment.remove(QString::fromLatin1(name));
     if (display)
         environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("KX_SETTINGS_DIR", _folder.filePath("settings"));
+    environment.insert("KX_SETTINGS_DIR", _folder.filePath(settings));
+    if (!arguments.contains("--headless"))
+        environment.insert("KX_QUIT_AT_FIRST_FRAME", "1");
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(_folder.path());
     process.start(QStringLiteral(KX_HOST), arguments);
@@ -80,6 +86,9 @@ void tst_kxHostProcess::exitCode_data()
     QTest::newRow("script ends early") << "--script ends.py --script good.py" << 0 << "hello from a script";
     QTest::newRow("damaged scene") << "broken.kxs --render never.png" << 1 << "broken.kxs";
     QTest::newRow("picture nowhere") << "made.kxs --render no/such/folder/a.png --size 8x8" << 1 << "a.png";
+    QTest::newRow("export") << "made.kxs --export out.glb" << 0 << "wrote out.glb";
+    QTest::newRow("export nowhere") << "made.kxs --export no/such/a.glb --render never.png" << 1 << "a.glb";
+    QTest::newRow("window's picture") << "made.kxs --screenshot shot.png" << 0 << "wrote shot.png";
     QTest::newRow("bad argument") << "--frames 5:1" << 2 << "5:1";
     QTest::newRow("version") << "--version" << 0 << "kxhost";
     QTest::newRow("help") << "--help" << 0 << "--frames";
@@ -107,6 +116,36 @@ void tst_kxHostProcess::firstSceneHasTheDefaults()
     for (const auto& [name, value] : expected)
         QVERIFY2(content.animation[name] == value,
                  qPrintable(QString("%1 is %2").arg(name.c_str()).arg(content.animation[name])));
+}
+
+void tst_kxHostProcess::storedSettingsReachTheFirstScene()
+{
+    QDir(_folder.path()).mkdir("other");
+    write("other/preferences.ini",
+          "[int]\nAnimation%20playback%20speed=3\nAnimation%20full%20timeline%20range%20end=90\n");
+    write("save2.py", "import kxHost\nkxHost.saveScene('made2.kxs')\n");
+    QCOMPARE(run({"--headless", "--script", "save2.py"}, true, "other").code, 0);
+    kxSceneContent content;
+    kxFileReport report(_folder.filePath("made2.kxs"));
+    QVERIFY(kxSceneFile::read(report.file(), content, report));
+    QVERIFY(content.animation["playbackFPS"] == 30 && content.animation["fullRangeEnd"] == 90);
+}
+
+void tst_kxHostProcess::aWindowOpensWhatTheLineNames()
+{
+    const Result result = run({"made.kxs"}); // ends with the first picture of it
+    QVERIFY2(result.code == 0 && result.errors.contains("Opened 'made.kxs'"), qPrintable(result.errors));
+}
+
+void tst_kxHostProcess::modelsAreFramedWhole()
+{
+    // A camera of ours is what the scene is made for; one of another program may mean something else.
+    write("camera.py", "camera = addObject('camera')\nsetChannelValue(camera, 'translation.Z', 4)\naddObject('box')\n"
+                       "saveScene('c.kxs')\nexportScene('c.glb')\n");
+    QCOMPARE(run({"--headless", "--script", "camera.py"}).code, 0);
+    for (const char* const scene : {"c.kxs", "c.glb"})
+        QCOMPARE(run({scene, "--headless", "--render", QString(scene) + ".png", "--size", "64x36"}).code, 0);
+    QVERIFY(QImage(_folder.filePath("c.kxs.png")) != QImage(_folder.filePath("c.glb.png")));
 }
 
 void tst_kxHostProcess::rendersClip()
@@ -150,7 +189,7 @@ void tst_kxHostProcess::goesOnWithoutThePlugin()
     write("none.so", "no library");
     const Result result = run({"made.kxs", "--headless", "--plugin", "none.so", "--render", "n.png", "--size", "8x8"});
     QCOMPARE(result.code, 0);
-    QVERIFY2(result.errors.contains("plug-in"), qPrintable(result.errors));
+    QVERIFY2(result.errors.contains("plug-in") && result.errors.contains("none.so"), qPrintable(result.errors));
 }
 
 void tst_kxHostProcess::saysWhereThereIsNoDisplay()

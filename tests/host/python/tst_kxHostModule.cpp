@@ -13,6 +13,8 @@
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
+#include <QTabBar>
+#include <QTreeWidget>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -56,6 +58,9 @@ private Q_SLOTS:
     void settingAValueIsOneStep();
     void messagesCarryExactTypes();
     void scriptsAndWindowShareTheFile();
+    void picturesAndTheirRefusals();
+    void placesOnTheScreen();
+    void objectsGetTheirMaterial();
     void everyFunctionIsDescribed();
 
 private:
@@ -385,6 +390,74 @@ void tst_kxHostModule::scriptsAndWindowShareTheFile()
     QCOMPARE(_document->name(), QString("door.glb"));
     QVERIFY(_document->recentFiles().files().isEmpty());
     run("os.chdir('/')");
+}
+
+void tst_kxHostModule::picturesAndTheirRefusals()
+{
+    run("refused(RuntimeError, 'no view', render, 'a.png', 1, 1)");
+    QStringList drawn;
+    bool succeeds = true;
+    kxHostModule::hooks().render = [&](const QString& file, int width, int height, QString& reason)
+    {
+        drawn << QString("%1 %2 %3").arg(file).arg(width).arg(height);
+        reason = succeeds ? QString() : "the disk is full";
+        return succeeds;
+    };
+    run("for size in [(0, 9), (9, 0), (16385, 9), (9, 16385)]:\n"
+        "    refused(ValueError, '1 to 16384', render, 'a.png', *size)\n"
+        "render('a.png', 1, 16384)");
+    QCOMPARE(drawn, QStringList("a.png 1 16384"));
+    succeeds = false;
+    run("refused(RuntimeError, 'disk', render, 'b.png', 3, 2)");
+}
+
+void tst_kxHostModule::placesOnTheScreen()
+{
+    QWidget window;
+    window.setObjectName("probe");
+    QTreeWidget tree(&window), other(&window);
+    QTabBar tabs(&window);
+    tree.setObjectName("rows");
+    other.setObjectName("rows");
+    tree.setColumnCount(2);
+    for (const char* const name : {"a", "b"})
+        new QTreeWidgetItem(new QTreeWidgetItem(&tree, {name, "1"}), {"in " + QString(name), "2"});
+    tree.topLevelItem(1)->setExpanded(true);
+    tabs.addTab("Left");
+    tabs.addTab("Right");
+    tree.setGeometry(20, 30, 300, 200);
+    tabs.setGeometry(20, 240, 300, 30);
+    window.show();
+    other.hide();
+    const auto rect = [](const QWidget& widget, const QRect& place)
+    {
+        const QPoint corner = widget.mapToGlobal(place.topLeft());
+        return QString("(%1, %2, %3, %4)").arg(corner.x()).arg(corner.y()).arg(place.width()).arg(place.height());
+    };
+    run("assert widgetRows('probe/rows') == widgetRows('rows') == [['a'], ['b'], ['b', 'in b']]\n"
+        "assert rowText('rows', ['b', 'in b'], 1) == '2' and rowText('rows', ['a']) == 'a'\n"
+        "refused(LookupError, \"no row 'c'\", rowText, 'rows', ['b', 'c'])\n"
+        "refused(LookupError, 'no visible', widgetRows, 'rows/probe'); refused(LookupError, 'Middle', tabRect, "
+        "'Middle')\n"
+        "refused(LookupError, '', rowRect, 'rows', ['a', 'in a'])");
+    run("assert rowRect('rows', ['b', 'in b']) == " +
+        rect(*tree.viewport(),
+             tree.visualItemRect(tree.topLevelItem(1)->child(0)) &
+                 tree.viewport()->rect().adjusted(0, 0, tree.columnWidth(0) - tree.viewport()->width(), 0)) +
+        ", rowRect('rows', ['b', 'in b'])");
+    run("assert tabRect('Right') == " + rect(tabs, tabs.tabRect(1) & tabs.rect()));
+    other.show();
+    run("refused(LookupError, 'more than one', widgetRows, 'rows')");
+}
+
+void tst_kxHostModule::objectsGetTheirMaterial()
+{
+    run("paint = findMaterial('Paint'); made = addObject('cone', 'Cone', findNode('Door'), paint)\n"
+        "refused(ValueError, 'no material', addObject, 'camera', '', None, paint)");
+    const osg::NodePtr cone = _door->getChild(_door->getNChildren() - 1);
+    QCOMPARE(cone->getNodeName(), std::string("Cone"));
+    QVERIFY(osg::GeometryPtr::dcast(cone->getCore())->getMaterial() == kxScene::the()->materials().front());
+    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
 }
 
 void tst_kxHostModule::everyFunctionIsDescribed()

@@ -5,6 +5,10 @@
 #include <python/kxPythonEditor.h>
 #include <python/kxPythonPrompt.h>
 
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class tst_kxPythonConsole : public QObject
@@ -17,6 +21,7 @@ private Q_SLOTS:
     void tabCompletes();
     void outputFollowsItsStatement();
     void errorMarksItsLine();
+    void scriptsOfTheEditor();
 };
 
 void tst_kxPythonConsole::historyKeepsTheDraft()
@@ -104,6 +109,40 @@ void tst_kxPythonConsole::errorMarksItsLine()
     QCOMPARE(console.prompt()->text().count("IndexError"), 1);
     console.editor()->setText("x = 1\n");
     QCOMPARE(console.editor()->markerFindNext(0, ErrorMarks), -1);
+}
+
+void tst_kxPythonConsole::scriptsOfTheEditor()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("a.py");
+    kxPythonConsole console;
+    const auto title = [&console]
+    {
+        QStringList texts;
+        for (const QLabel* const label : console.findChildren<QLabel*>())
+            texts << label->text();
+        return texts.join(' ');
+    };
+    QVERIFY(console.mayClose() && title().contains("New script") && !title().contains('*')); // nothing to lose
+    console.editor()->setText("if True:\n    pass");
+    QVERIFY(title().contains("New script *"));
+    QString asked;
+    QTimer::singleShot(0, this,
+                       [&asked]
+                       {
+                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                           asked = box->text();
+                           box->button(QMessageBox::Cancel)->click();
+                       });
+    QVERIFY(!console.mayClose() && asked.contains("not saved"));
+    QVERIFY(console.saveScript(file) && console.mayClose() && title().contains("a.py") && !title().contains('*'));
+    console.editor()->clear();
+    QVERIFY(console.openScript(file) && !console.openScript(folder.filePath("gone.py")));
+    QCOMPARE(console.editor()->text(), QString("if True:\n    pass"));
+    QVERIFY(console.mayClose());
+    console.editor()->setCursorPosition(1, 8);
+    QTest::keyClick(console.editor(), Qt::Key_Return); // goes on at the same depth, four spaces
+    QCOMPARE(console.editor()->text(2), QString("    "));
 }
 
 QTEST_MAIN(tst_kxPythonConsole)
