@@ -217,6 +217,7 @@ void tst_kxPicking::skinnedMeshIsPickedWhereItIsBent()
     QVERIFY(high.x() < 1.01f && high.y() > 0.99f);
     kxPicking picking;
     QCOMPARE(picking.pick(scene, towards(QVector3D(-5, 0.8f, 0.3f), QVector3D(1, 0.8f, 0.3f))).nodeId, node->getId());
+    QCOMPARE(picking.pick(scene, towards(QVector3D(0.5f, 0.5f, -5), QVector3D(0.5f, 0.5f, 1))).nodeId, 0u); // beside it
 }
 
 QTEST_GUILESS_MAIN(tst_kxPicking)
