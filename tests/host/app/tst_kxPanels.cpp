@@ -116,6 +116,10 @@ void tst_kxPanels::materialsFollowTheScene()
     const QColor grey = ball();
     look->setBaseColor(osg::Color3f(0, 0, 0.9f));
     QVERIFY(ball().blue() > 2 * ball().red() && ball() != grey);
+    const auto corner = [&at](int x, int y)
+    { return QColor(at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixel(x, y)).name(); };
+    const QStringList spots{corner(10, 9), corner(20, 12), corner(15, 24), corner(26, 15)};
+    QCOMPARE(spots, QStringList({"#8080f8", "#0000d3", "#00009e", "#000092"})); // light, body, shade
     look->setEmissive(osg::Color3f(0, 0.7f, 0));
     QVERIFY(ball().green() > 150 && ball().blue() > 100);
     QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));

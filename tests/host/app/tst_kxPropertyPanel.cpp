@@ -83,6 +83,7 @@ void tst_kxPropertyPanel::showsTheFields_data()
           placed +
               QStringList({"Kind Directional", "Colour 1.000 1.000 1.000", "Intensity 1.000", "Cone angle 45.00°"}));
     kxRow("material", QString("material"), material);
+    kxRow("variants", QString("variants"), placed + QStringList("Shown child 0"));
 }
 
 void tst_kxPropertyPanel::showsTheFields()
@@ -95,10 +96,14 @@ void tst_kxPropertyPanel::showsTheFields()
         node->setCore(osg::Camera::create());
     else if (kind == "light")
         node->setCore(osg::Light::create());
-    const osg::TransformPtr place = osg::TransformPtr::dcast(node->getCore());
-    place->setTranslation(osg::Vec3f(1, 2.5f, -3));
-    place->setEulerRotation(osg::Vec3f(10, 20, 30));
-    place->setScale(osg::Vec3f(1, 2, 4));
+    else if (kind == "variants")
+        node->setCore(osg::Switch::create());
+    if (const osg::TransformPtr place = osg::TransformPtr::dcast(node->getCore()); place != osg::NullFC)
+    {
+        place->setTranslation(osg::Vec3f(1, 2.5f, -3));
+        place->setEulerRotation(osg::Vec3f(10, 20, 30));
+        place->setScale(osg::Vec3f(1, 2, 4));
+    }
     if (kind == "material")
         kxSelection::the().selectMaterials({steel});
     else
@@ -117,6 +122,10 @@ void tst_kxPropertyPanel::showsTheFields()
                 shown.back() += box->isChecked() ? " yes" : " no";
     }
     QTEST(shown, "shown");
+    _panel->resize(1, 400);
+    QCoreApplication::processEvents();
+    const auto* const scroll = _panel->findChild<QScrollArea*>();
+    QVERIFY(scroll->widget()->width() <= scroll->viewport()->width()); // no field is cut off
 }
 
 void tst_kxPropertyPanel::choicesAndBoxes()

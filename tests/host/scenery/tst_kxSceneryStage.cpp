@@ -98,6 +98,8 @@ void tst_kxSceneryStage::everyEditIsAStep()
     kxSceneryEdits::addTurntable(kxCameraRig::Pose(), 8);
     const osg::NodePtr set = kxSceneryEdits::addVariantSet({a, b}, QStringLiteral("Look"));
     QVERIFY(kxSceneryEdits::setChoice(set, 1) && !kxSceneryEdits::setChoice(set, 2));
+    const int steps = stack()->count();
+    QVERIFY(kxSceneryEdits::setChoice(set, 1) && stack()->count() == steps); // it is shown already
     const osg::NodePtr sequence = kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}});
     kxSceneryEdits::setSteps(sequence, {{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}, kxSequenceStep()});
     kxSceneryEdits::duplicate({front, sequence, set});

@@ -150,6 +150,7 @@ void tst_kxPictures::rendered()
         skin->setVertexWeights({1, 0, 0, 0, 0.7f, 0.3f, 0, 0, 0.7f, 0.3f, 0, 0, 0, 1, 0, 0, 0.2f, 0.8f, 0, 0});
         const osg::NodePtr strip = kxTestObjects::add(mesh, _material, osg::Vec3f());
         osg::GeometryPtr::dcast(strip->getCore())->setSkin(skin);
+        add(osg::ClippingPlane::create(), osg::Vec3f(0.9f, 0.5f, 0), osg::Vec3f(0, 80, 0));
     }
     kxOffscreen offscreen;
     QVERIFY(offscreen.path() == kxOffscreen::OpenGL);
@@ -201,16 +202,16 @@ void tst_kxPictures::view_data()
             const auto& root = kxScene::the()->root();
             kxSelection::the().setIds(kxSelection::Nodes, {root->getChild(1)->getId(), root->getChild(2)->getId()});
         });
-    const auto cut = [](float distance) -> Work
+    const auto cut = [](float distance, float yaw) -> Work
     {
-        return [distance](kxView3D& view)
+        return [distance, yaw](kxView3D& view)
         {
             add(osg::ClippingPlane::create(), osg::Vec3f(0, 0.2f, 0.3f), osg::Vec3f(10, 30, 0));
-            view.setPose({QVector3D(0, 0.5f, 0), distance, 10, 25});
+            view.setPose({QVector3D(0, 0.3f, 0.3f), distance, yaw, 25});
         };
     };
-    kxRow<Work>("a clipping plane", cut(5));
-    kxRow<Work>("a clipping plane around the eye", cut(0.9f));
+    kxRow<Work>("a clipping plane", cut(5, 10));
+    kxRow<Work>("a clipping plane around the eye", cut(0.25f, 110));
 }
 
 void tst_kxPictures::view()
