@@ -32,6 +32,7 @@ private Q_SLOTS:
     void init() { clear(); }
     void isSwitched();
     void isGraspedByItsOutline();
+    void cutsThroughTheMiddle();
 };
 
 void tst_kxClippingPlane::isSwitched()
@@ -64,6 +65,18 @@ void tst_kxClippingPlane::isSwitched()
     while (stack.canRedo())
         stack.redo();
     QCOMPARE(bytes(), after);
+}
+
+void tst_kxClippingPlane::cutsThroughTheMiddle()
+{
+    for (const float x : {3.0f, 9.0f})
+    {
+        const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
+        osg::TransformPtr::dcast(box->getCore())->setTranslation(osg::Vec3f(x, 4, -2));
+    }
+    kxClippingPlane::setOn(true);
+    const auto plane = osg::TransformPtr::dcast(kxClippingPlane::node()->getCore());
+    QVERIFY(plane->getTranslation() == osg::Vec3f(6, 4, -2) && plane->getScale().x() > 7);
 }
 
 void tst_kxClippingPlane::isGraspedByItsOutline()

@@ -87,6 +87,7 @@ void tst_kxCommandLine::accepted()
     QCOMPARE(*line.frame, -2.5);
     QVERIFY(line.hasWork() && line.scene.isEmpty());
     QVERIFY(kxCommandLine::parse({"kxhost"}).errors.isEmpty());
+    QVERIFY(kxCommandLine::parse({"kxhost", "--render", "a.png", "--size", "1x1"}).errors.isEmpty());
     QVERIFY(kxCommandLine::parse({"kxhost", "--headless", "a.kxs"}).errors.isEmpty());
 }
 

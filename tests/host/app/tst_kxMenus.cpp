@@ -5,6 +5,7 @@
 #include <app/kxSceneEdits.h>
 #include <app/kxWelcome.h>
 #include <kernel/kxSelection.h>
+#include <kxIconManager.h>
 #include <kxShortcut.h>
 #include <python/kxInterpreter.h>
 #include <scene/kxScene.h>
@@ -19,6 +20,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QShortcutEvent>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextBrowser>
@@ -40,6 +42,8 @@ private Q_SLOTS:
     void shortcuts_data();
     void shortcuts();
     void layoutIsKeptAndReset();
+    void menusInTheirOrder();
+    void savesWhereTheUserSays();
     void closingAsks_data();
     void closingAsks();
     void errorsSayFileAndReason();
@@ -63,6 +67,10 @@ private:
         return _window->findChild<T*>(QString::fromLatin1(name));
     }
     QStringList recent() const;
+    static QImage iconOf(const char* name)
+    {
+        return kxIconManager::getIcon(QString::fromLatin1(name), QString()).pixmap(32).toImage();
+    }
     static QStringList objectNames();
 
     QTemporaryDir _folder;
@@ -211,7 +219,7 @@ void tst_kxMenus::shortcuts()
         return texts;
     };
     QVERIFY(rows(true).contains("New|Ctrl+N") && !rows(true).contains("Script"));
-    QVERIFY(tree->columnWidth(0) > tree->columnWidth(1) && tree->columnWidth(1) > 40);
+    QVERIFY(tree->columnWidth(0) > tree->columnWidth(1) && tree->isFirstColumnSpanned(0, QModelIndex()));
     dialog->findChild<QLineEdit*>()->setText(search);
     QCOMPARE(rows(false), shown);
     dialog->findChild<QPushButton*>()->click();
@@ -233,6 +241,31 @@ void tst_kxMenus::layoutIsKeptAndReset()
     QTRY_VERIFY(dock("Materials")->isVisible() && !dock("History")->isFloating());
     QTRY_VERIFY(std::abs(dock("Scene")->width() - width) < 3);
     QVERIFY(!dock("Log")->visibleRegion().isEmpty() && dock("Console")->visibleRegion().isEmpty());
+}
+
+void tst_kxMenus::menusInTheirOrder()
+{
+    const auto entries = [this](const char* name)
+    {
+        QStringList texts;
+        for (const QAction* const entry : _window->findChild<QMenu*>(name)->actions())
+            texts << (entry->isSeparator() ? "-" : entry->text().remove('&'));
+        return texts.join(' ');
+    };
+    QCOMPARE(entries("_fileMenu"), QString("New Open... Open Recent - Save Save As... - Import... Export glTF... - "
+                                           "Render Image... Render Frames... - Quit"));
+    QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
+    QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
+}
+
+void tst_kxMenus::savesWhereTheUserSays()
+{
+    addObject("A");
+    kxHostSettings().setValue("folder/scene", _folder.path()); // where the last one was
+    QTimer::singleShot(0, this, [] { qobject_cast<QDialog*>(QApplication::activeModalWidget())->accept(); });
+    action("_actionSaveAs")->trigger();
+    QCOMPARE(_window->document().path(), path("Untitled.kxs"));
+    QVERIFY(QFile::exists(path("Untitled.kxs")) && !_window->isWindowModified());
 }
 
 void tst_kxMenus::closingAsks_data()
@@ -257,7 +290,7 @@ void tst_kxMenus::closingAsks()
                        {
                            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                            asked = box->text();
-                           QVERIFY(!box->iconPixmap().isNull());
+                           QCOMPARE(box->iconPixmap().toImage(), iconOf("Warning"));
                            for (QAbstractButton* const each : box->buttons())
                                if (each->text().remove('&') == button)
                                    each->click();
@@ -280,12 +313,18 @@ void tst_kxMenus::errorsSayFileAndReason()
                        [&text]
                        {
                            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                           QCOMPARE(box->iconPixmap().toImage(), iconOf("Error"));
                            text = box->text() + box->informativeText() + box->detailedText();
                            box->accept();
                        });
     QVERIFY(!_window->document().openFile(broken.fileName()));
     QVERIFY2(text.startsWith("The file can't be opened." + broken.fileName() + "\n\n"), qPrintable(text));
-    QVERIFY(QGuiApplication::overrideCursor() == nullptr);
+    const auto isBusy = [] { return QGuiApplication::overrideCursor() != nullptr; };
+    QVERIFY(!isBusy());
+    _window->document().dialogs().busy("Opening...");
+    QVERIFY(isBusy() && _window->statusBar()->currentMessage() == "Opening...");
+    _window->document().dialogs().busy(QString());
+    QVERIFY(!isBusy() && _window->statusBar()->currentMessage().isEmpty());
 }
 
 void tst_kxMenus::dropped_data()

@@ -7,6 +7,7 @@
 #include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
+#include <kxSendMouse.h>
 #include <kxServices.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
@@ -40,6 +41,7 @@ private Q_SLOTS:
     void refusesBadValues();
     void groupsStandWhereTheFirstStood();
     void copiesGetNumbersAndRestValues();
+    void oneGestureOnTwoFields();
     void toolsHear();
     void newObjectsAreSeenAtOnce();
 
@@ -223,7 +225,7 @@ void tst_kxSceneEdits::refusesBadValues()
 
 void tst_kxSceneEdits::groupsStandWhereTheFirstStood()
 {
-    QVERIFY(!kxSceneEdits::groupNodes({}));
+    QVERIFY(!kxSceneEdits::groupNodes({}) && !kxSceneEdits::groupNodes({kxScene::the()->root()}));
     std::vector<osg::NodePtr> nodes;
     for (const char* const name : {"A", "B", "C", "D", "E"})
         nodes.push_back(addObject(name));
@@ -255,6 +257,23 @@ void tst_kxSceneEdits::copiesGetNumbersAndRestValues()
     osg::markChanged(copy, osg::Node::AttachmentsFieldMask);
     kxAnimManager::the()->reevaluateAnimations(true);
     QVERIFY(osg::TransformPtr::dcast(copy->getCore())->getTranslation() == osg::Vec3f(7, 8, 9));
+}
+
+void tst_kxSceneEdits::oneGestureOnTwoFields()
+{
+    const osg::NodePtr node = addObject("A");
+    const osg::TransformPtr core = osg::TransformPtr::dcast(node->getCore());
+    QWidget dialog;
+    kxSendMouse(&dialog, QEvent::MouseButtonPress, QPoint(), Qt::LeftButton, Qt::LeftButton);
+    for (const float value : {2.0f, 3.0f})
+        kxSceneEdits::setField({core}, "translation", osg::FieldValue(osg::Vec3f(value, 0, 0)));
+    kxSceneEdits::setField({core}, "scale", osg::FieldValue(osg::Vec3f(5, 5, 5)));
+    kxSendMouse(&dialog, QEvent::MouseButtonRelease, QPoint(), Qt::LeftButton, Qt::NoButton);
+    QCOMPARE(stack()->count(), 2);
+    stack()->undo();
+    QVERIFY(core->getScale() == osg::Vec3f(1, 1, 1) && core->getTranslation().x() == 3);
+    stack()->undo();
+    QVERIFY(core->getTranslation().x() == 0);
 }
 
 void tst_kxSceneEdits::toolsHear()

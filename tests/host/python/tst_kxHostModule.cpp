@@ -12,6 +12,7 @@
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
+#include <scenery/kxSceneryEdits.h>
 
 #include <QTabBar>
 #include <QTreeWidget>
@@ -97,6 +98,8 @@ void tst_kxHostModule::init()
     const osg::UberMaterialPtr paint = osg::UberMaterial::create();
     paint->setNodeName("Paint");
     kxScene::the()->addMaterial(paint);
+    for (const char* const name : {"Front", "Back"})
+        kxSceneryEdits::addViewpoint(kxViewCamera(), 5, name);
     kxUndoStack::get(0).stack()->clear();
     _document.reset(new kxDocument);
     kxHostModule::hooks() = {};
@@ -132,6 +135,10 @@ void tst_kxHostModule::scripts_data()
            "renameScenery(look, 'Lock'); assert variantSets() == [look] and variant('Lock') == 'Knob'\n"
            "refused(ValueError, 'empty', renameScenery, look, ' '); refused(ValueError, '', deleteScenery, door)\n"
            "deleteScenery(look); assert not variantSets() and undo() and variantSets() == [look]";
+    QTest::newRow("camera tracks")
+        << "assert len(viewpoints()) == 2\n"
+           "track = addCameraTrack(viewpoints(), 1, 'Way'); assert cameraTracks() == [track]\n"
+           "refused(ValueError, 'two', addCameraTrack, viewpoints()[:1])";
     QTest::newRow("sequences")
         << "steps = [('clip', 'a'), ('variant', 'D'), ('variant', 'D', 'x'), ('wait', 0.5), ('python', 'x\\ny')]\n"
            "tour = addSequence(steps, 'Tour')\n"

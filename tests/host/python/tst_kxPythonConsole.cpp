@@ -1,12 +1,15 @@
 #include <python/kxConsoleHistory.h>
+#include <python/kxConsoleLook.h>
 #include <python/kxInterpreter.h>
 #include <python/kxPromptInput.h>
 #include <python/kxPythonConsole.h>
 #include <python/kxPythonEditor.h>
 #include <python/kxPythonPrompt.h>
 
+#include <QAction>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -94,6 +97,18 @@ void tst_kxPythonConsole::outputFollowsItsStatement()
     const QString text = prompt.text();
     QVERIFY2(text.startsWith(">>> print('first')\nfirst\n>>> 1 / 0\nTraceback"), qPrintable(text));
     QVERIFY2(!text.contains("if True") && text.endsWith("ended with code 4.\n"), qPrintable(text));
+    // Errors and output keep their colours in turn.
+    const auto isError = [&prompt](const char* word)
+    {
+        const QTextCursor found = prompt.findChild<QPlainTextEdit*>()->document()->find(word);
+        return !found.isNull() && found.charFormat().foreground().color() == kxConsoleLook::error();
+    };
+    for (const auto& [kind, words] : {std::make_pair(kxPythonPrompt::Error, "one "),
+                                      {kxPythonPrompt::Output, "two "},
+                                      {kxPythonPrompt::Error, "three "}})
+        prompt.append(kind, words);
+    prompt.flush();
+    QVERIFY(isError("one") && !isError("two") && isError("three"));
     QVERIFY(kxInterpreter::run("print('elsewhere')").ok);
     QTRY_VERIFY(prompt.text().endsWith("elsewhere\n"));
 }
@@ -140,6 +155,11 @@ void tst_kxPythonConsole::scriptsOfTheEditor()
     QVERIFY(console.openScript(file) && !console.openScript(folder.filePath("gone.py")));
     QCOMPARE(console.editor()->text(), QString("if True:\n    pass"));
     QVERIFY(console.mayClose());
+    console.prompt()->append(kxPythonPrompt::Output, "something");
+    for (QAction* const action : console.findChildren<QAction*>())
+        if (action->text() == "Clear Output")
+            action->trigger();
+    QVERIFY(console.prompt()->text().isEmpty());
     console.editor()->setCursorPosition(1, 8);
     QTest::keyClick(console.editor(), Qt::Key_Return); // goes on at the same depth, four spaces
     QCOMPARE(console.editor()->text(2), QString("    "));
