@@ -6,8 +6,10 @@ import select
 import signal
 import socket
 import subprocess
+import sys
 import time
 
+import cases
 import poses
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -129,6 +131,9 @@ class Application:
         self._answers = self._connection.makefile("r")
         self._display.wait_for_window("kxhost")
         self.click("_view", 0.5, 0.97)
+
+    def wait_for_window(self, title):
+        self._display.wait_for_window(title)
 
     def log(self):
         with open(self._log_path, encoding="utf-8", errors="replace") as log:
@@ -317,27 +322,52 @@ def run_headless(host, folder, *arguments, seconds=60):
 SHOW_VALUES = """
 import json, sys
 sys.path.insert(0, %(here)r)
-import agent, kxAnimWidgets, kxHost
+import agent, kxHost
 seen = []
 for frame in %(frames)r:
-    if %(clip)r:
-        kxHost.showAnimation(kxAnimWidgets.findAnimClip(%(clip)r), frame)
-    else:
-        kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
+    kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
     seen.append(agent.values(%(paths)r, %(channels)r))
 with open(%(answer)r, 'w') as file:
     json.dump(seen, file)
 """
 
 
-def values_at_frames(host, folder, scene, paths, frames, clip=None):
+def values_at_frames(host, folder, scene, paths, frames):
     """Opens a file in a process of its own without a display; gives {path: channel values} for each frame of the
-    timeline, or of a clip."""
+    timeline."""
     script, answer = os.path.join(folder, "values.py"), os.path.join(folder, "values.json")
     with open(script, "w", encoding="utf-8") as file:
         file.write(SHOW_VALUES % {"here": HERE, "frames": frames, "paths": paths, "channels": poses.CHANNELS,
-                                  "answer": answer, "clip": clip})
+                                  "answer": answer})
     code, output = run_headless(host, folder, scene, "--script", script)
     assert code == 0, "opening %s gives %s:\n%s" % (scene, code, output)
     with open(answer, encoding="utf-8") as file:
         return json.load(file)
+
+
+def tell(steps, scene=lambda folder: None):
+    """The program of a story: its arguments are the application and a folder for pictures of failures. Opens what
+    scene(folder) names, or nothing, and calls each step with the application and the folder, in order."""
+    host, pictures = sys.argv[1:]
+
+    def main(folder):
+        display = Display(folder)
+        application = None
+        try:
+            path = scene(folder)
+            application = Application(host, display, folder, *([path] if path else []))
+            return cases.run(steps, application, folder,
+                             on_failure=lambda name: display.picture(os.path.join(pictures, name + ".png")))
+        finally:
+            if application:
+                application.close()
+            display.close()
+    cases.limited(main)
+
+
+def quits(application, folder):
+    """The last step: with nothing to lose the application leaves without a question and without an error."""
+    application.run("newScene()")
+    application.click("_view", 0.02, 0.96)
+    code = application.quit()
+    assert code == 0, "the exit code is %s\n%s" % (code, application.log())

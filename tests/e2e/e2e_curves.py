@@ -4,9 +4,7 @@ the file again.
 e2e_curves.py <application> <folder for pictures of failures>
 """
 import os
-import sys
 
-import cases
 import desktop
 import fixtures
 from editors import frame_curves, key
@@ -154,24 +152,6 @@ def selects_copies_and_deletes(application, folder):
     desktop.until("two keys", lambda: near(value_at(application, 30), end))
 
 
-def zooms_each_axis(application, folder):
-    frame_curves(application, (0, value_at(application, 0)), (30, value_at(application, 30)))
-    at = application.middle("widgetRect('_graphView')")
-
-    def spans():
-        (x, y), (right, up) = key(application, 0, 0), key(application, 10, 1)
-        return right - x, y - up
-    wide, high = spans()
-    for held in ("x", "y"):
-        application.drag([at, (at[0], at[1] + 30)], button=3, held=held)
-        desktop.until("a zoom with " + held, lambda: spans() != (wide, high))
-        now = spans()
-        unchanged = 1 if held == "x" else 0
-        assert near(now[unchanged], (wide, high)[unchanged], 1), "the other axis zooms with " + held
-        wide, high = now
-    application.keys("f")
-
-
 ROW_MENU = ["Play", "Reset", "Save...", "Rename", "Delete", "Copy", "Cut", "Paste", "Paste Clone", "Clone", "Duplicate",
             "Unshare"]
 
@@ -283,32 +263,6 @@ def keeps_each_block(application, folder):
         desktop.until("%s lifts to %d" % (name, height), lambda at=height: near(value_at(application, 30), at))
 
 
-def quits(application, folder):
-    application.run("newScene()")
-    application.click("_view", 0.02, 0.96)
-    code = application.quit()
-    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
-
-
-HOST, PICTURES = sys.argv[1:]
-
-
-def main(folder):
-    path = os.path.join(folder, "movers.glb")
-    fixtures.write_movers(path)
-    display = desktop.Display(folder)
-    application = None
-    try:
-        application = desktop.Application(HOST, display, folder, path)
-        tests = [opens_the_editor, shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
-                 selects_copies_and_deletes, zooms_each_axis, makes_a_block, keeps_a_block_in_a_file,
-                 searches_and_groups, clones_duplicates_and_unshares, keeps_it_all, keeps_each_block, quits]
-        return cases.run(tests, application, folder,
-                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
-    finally:
-        if application:
-            application.close()
-        display.close()
-
-
-cases.limited(main)
+desktop.tell([opens_the_editor, shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
+              selects_copies_and_deletes, makes_a_block, keeps_a_block_in_a_file, searches_and_groups,
+              clones_duplicates_and_unshares, keeps_it_all, keeps_each_block, desktop.quits], fixtures.movers)

@@ -4,9 +4,7 @@ shows at each key time with what the file says.
 e2e_models.py <application> <folder for pictures of failures>
 """
 import os
-import sys
 
-import cases
 import desktop
 import fixtures
 import models
@@ -113,20 +111,5 @@ def damaged_model_keeps_the_scene(application, folder):
     assert application.shown("_mainWindow", "windowTitle") == before
 
 
-def main(folder):
-    host, pictures = sys.argv[1:]
-    display = desktop.Display(folder)
-    application = None
-    try:
-        application = desktop.Application(host, display, folder)
-        tests = [gltf_skin, gltf_interpolations, gltf_engine, collada_bones, x_joints, fbx_skeleton,
-                 damaged_model_keeps_the_scene]
-        return cases.run(tests, application, folder,
-                         on_failure=lambda name: display.picture(os.path.join(pictures, name + ".png")))
-    finally:
-        if application:
-            application.close()
-        display.close()
-
-
-cases.limited(main)
+desktop.tell([gltf_skin, gltf_interpolations, gltf_engine, collada_bones, x_joints, fbx_skeleton,
+              damaged_model_keeps_the_scene])

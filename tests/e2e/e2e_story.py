@@ -4,9 +4,7 @@ covers off, places that clip twice with a viewpoint between, refines one of its 
 e2e_story.py <application> <folder for pictures of failures>
 """
 import os
-import sys
 
-import cases
 import desktop
 import editors
 import models
@@ -78,6 +76,12 @@ def turn_view(application, part):
     wait_for_rest(application)
 
 
+def common(a, b):
+    """The area of two rectangles (left, top, width, height) together."""
+    sides = [min(a[i] + a[i + 2], b[i] + b[i + 2]) - max(a[i], b[i]) for i in (0, 1)]
+    return max(0, sides[0]) * max(0, sides[1])
+
+
 def type_into(application, name, text):
     application.click("_statsFrame/" + name, 0.3)
     application.keys("ctrl+a")
@@ -99,7 +103,7 @@ def way_of(application):
     return (position(application, name)[0] - start) / (end - start)
 
 
-def opens_the_windows(application, display, folder):
+def opens_the_windows(application, folder):
     for name, view in (("Curves", "_graphView"), ("Clips", "_clipView")):
         application.keys("alt+v")
         application.click_entry("", name)
@@ -110,14 +114,16 @@ def opens_the_windows(application, display, folder):
     SEEN["start"] = {name: position(application, name) for name in story.PARTS}
 
 
-def starts_the_wizard(application, display, folder):
+def starts_the_wizard(application, folder):
     select_part(application, story.RIGHT)
     select_part(application, story.LEFT, held="ctrl")
     application.wait_for("len(selectedNodes()) == 2")
     application.click("AnimationWizardButton")
     application.wait_for("widgetRect('%s')[3] > 80" % WIZARD)
-    view, wizard = application.ask("widgetRect('_view')"), application.ask("widgetRect('%s')" % WIZARD)
-    assert wizard[0] > view[0] + 0.8 * view[2], "the wizard hides the view: %s in %s" % (wizard, view)
+    wizard = application.ask("widgetRect('%s')" % WIZARD)
+    for seen in ("_view", "_properties"):
+        rect = application.ask("widgetRect(%r)" % seen)
+        assert common(wizard, rect) < 0.1 * rect[2] * rect[3], "the wizard hides %s: %s in %s" % (seen, wizard, rect)
     application.click(WIZARD + "/__qt__passive_wizardbutton1")
     application.wait_for("widgetRect('_captureStart')[3] > 80")
     application.click(WIZARD + "/_name", count=3)
@@ -125,7 +131,7 @@ def starts_the_wizard(application, display, folder):
     application.keys("Return")
 
 
-def captures_moves_of_the_gizmo(application, display, folder):
+def captures_moves_of_the_gizmo(application, folder):
     application.click("_captureStart")
     application.wait_for("widgetProperty('_captureStart', 'text') == ''")
     select_part(application, story.RIGHT)
@@ -140,12 +146,16 @@ def captures_moves_of_the_gizmo(application, display, folder):
     for name in story.PARTS:
         assert poses.difference(poses.translation(*SEEN["end"][name]),
                                 poses.translation(*SEEN["start"][name])) > 0.05, SEEN
+    application.click("_preview")
+    desktop.until("a part on its way", lambda: 0.05 < way_of(application) < 0.95)
+    application.wait_for("not widgetProperty('_preview', 'checked')")
+    assert {name: position(application, name) for name in story.PARTS} == SEEN["end"], "the preview leaves its traces"
     application.click(WIZARD + "/qt_wizard_finish")
-    display.wait_for_window("kxhost")
+    application.wait_for_window("kxhost")
     application.wait_for("['Clip'] in widgetRows('_clips')")
 
 
-def names_the_film(application, display, folder):
+def names_the_film(application, folder):
     """The wizard has put its clip into a new one, which is selected and shown."""
     application.click_row("_clips", ["Clip"])
     application.keys("ctrl+r", "ctrl+a")
@@ -158,19 +168,18 @@ def names_the_film(application, display, folder):
                   editors.place(application, 0, 0)[0] > 300)
 
 
-def places_the_clip_twice(application, display, folder):
+def places_the_clip_twice(application, folder):
     """A duplicate of the bar, which the field then moves in time."""
     application.click_at(editors.place(application, story.LENGTH / 2, 0))
     application.wait_for("widgetProperty('_statsFrame/_start', 'enabled')")
     application.keys("ctrl+d")
-    editors.unfold(application, ["Film"])
     application.wait_for("['Film', 'Apart_1'] in widgetRows('_clips')")
     application.click_at(editors.place(application, story.LENGTH / 2, 1))
     type_into(application, "_start", "%d" % story.AGAIN)
     shows_the_film(application)
 
 
-def refines_a_curve(application, display, folder):
+def refines_a_curve(application, folder):
     """Drags the last key of one curve down in the graph. Both clips share it."""
     name = story.RIGHT
     editors.open_dock(application, "Curves")
@@ -191,7 +200,7 @@ def refines_a_curve(application, display, folder):
     shows_the_film(application)
 
 
-def places_a_viewpoint_between(application, display, folder):
+def places_a_viewpoint_between(application, folder):
     """Made from the view as it stands; then the view goes elsewhere."""
     turn_view(application, 0.1)
     SEEN["viewpoint"] = wait_for_rest(application)
@@ -205,7 +214,7 @@ def places_a_viewpoint_between(application, display, folder):
     application.wait_for("['Film', 'Viewpoint'] in widgetRows('_clips')")
 
 
-def keeps_it(application, display, folder):
+def keeps_it(application, folder):
     SEEN["path"] = os.path.join(folder, "film.kxs")
     application.keys("ctrl+shift+s")
     application.answer_file_dialog("Save Scene As", SEEN["path"])
@@ -219,7 +228,7 @@ def keeps_it(application, display, folder):
     shows_the_film(application)
 
 
-def plays(application, display, folder):
+def plays(application, folder):
     """By the clip maker's buttons: the parts go their way twice, and the view jumps between."""
     turn_view(application, 0.15)
     elsewhere = eye(application)
@@ -238,31 +247,6 @@ def plays(application, display, folder):
     desktop.until("the start", lambda: way_of(application) < 0.01)
 
 
-def quits(application, display, folder):
-    application.run("newScene()")
-    application.click("_view", 0.03, 0.9)
-    code = application.quit()
-    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
-
-
-HOST, PICTURES = sys.argv[1:]
-
-
-def main(folder):
-    path = os.path.join(models.folder(), story.MODEL)
-    display = desktop.Display(folder)
-    application = None
-    try:
-        application = desktop.Application(HOST, display, folder, path)
-        tests = [opens_the_windows, starts_the_wizard, captures_moves_of_the_gizmo, names_the_film,
-                 places_the_clip_twice, refines_a_curve, places_a_viewpoint_between, keeps_it, plays,
-                 quits]
-        return cases.run(tests, application, display, folder,
-                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
-    finally:
-        if application:
-            application.close()
-        display.close()
-
-
-cases.limited(main)
+desktop.tell([opens_the_windows, starts_the_wizard, captures_moves_of_the_gizmo, names_the_film, places_the_clip_twice,
+              refines_a_curve, places_a_viewpoint_between, keeps_it, plays, desktop.quits],
+             lambda folder: os.path.join(models.folder(), story.MODEL))

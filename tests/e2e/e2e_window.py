@@ -7,7 +7,6 @@ import os
 import random
 import sys
 
-import cases
 import desktop
 import fixtures
 import poses
@@ -208,7 +207,7 @@ def saves_for_another_process(application, folder):
     for frame in frames:
         application.set_frame(frame)
         expected.append(application.ask("values(%r, %r)" % (OBJECTS, poses.CHANNELS)))
-    seen = desktop.values_at_frames(HOST, folder, path, OBJECTS, frames)
+    seen = desktop.values_at_frames(sys.argv[1], folder, path, OBJECTS, frames)
     for frame, here, there in zip(frames, expected, seen):
         assert here == there, "frame %s: %s became %s" % (frame, here, there)
 
@@ -223,32 +222,6 @@ def asks_before_losing_work(application, folder):
     application.wait_for("not widgetProperty('_mainWindow', 'windowModified')")
 
 
-def quits_in_spite_of_changes(application, folder):
-    application.run("newScene()")
-    code = application.quit()
-    assert code == 0, "the exit code is %s\n%s" % (code, application.log())
-
-
-HOST, PICTURES = sys.argv[1:]
-
-
-def main(folder):
-    path = os.path.join(folder, "movers.glb")
-    fixtures.write_movers(path)
-    display = desktop.Display(folder)
-    application = None
-    try:
-        application = desktop.Application(HOST, display, folder, path)
-        tests = [scrubs, drags_the_detailed_range, plays_the_detailed_range_only, types_frames, renames,
-                 moves_with_the_gizmo, edits_by_keys,
-                 types_properties, saves_for_another_process, asks_before_losing_work,
-                 lives_through_wild_use, quits_in_spite_of_changes]
-        return cases.run(tests, application, folder,
-                         on_failure=lambda name: display.picture(os.path.join(PICTURES, name + ".png")))
-    finally:
-        if application:
-            application.close()
-        display.close()
-
-
-cases.limited(main)
+desktop.tell([scrubs, drags_the_detailed_range, plays_the_detailed_range_only, types_frames, renames, moves_with_the_gizmo,
+              edits_by_keys, types_properties, saves_for_another_process, asks_before_losing_work,
+              lives_through_wild_use, desktop.quits], fixtures.movers)

@@ -2,6 +2,7 @@
 import itertools
 import json
 import math
+import os
 import struct
 
 SECONDS = 2  # of the animation
@@ -80,3 +81,9 @@ def write_movers(path):
     glb.animate(pulser, "scale", "STEP", [0, 0.5, 1, SECONDS], [[1, 1, 1], [2, 0.5, 1], [0.25, 1, 3], [1, 1, 1]])
     glb.node("Still", translation=[0, -3, 0])
     glb.write(path)
+
+
+def movers(folder):
+    path = os.path.join(folder, "movers.glb")
+    write_movers(path)
+    return path
