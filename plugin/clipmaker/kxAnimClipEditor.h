@@ -7,6 +7,7 @@
 #include <osg/AnimNode.h>
 
 #include <QPointer>
+#include <QSet>
 
 class QAction;
 class QGraphicsItem;
@@ -127,7 +128,7 @@ private:
     QPointer<kxAnimClipStructureWidget> _tree;
     QPointer<kxAnimClipView> _view;
     kxClipRowMarks* _rowMarks = nullptr;         // the tree's
-    unsigned int _selectedRow = 0;               // the node of the single one, to tell a new selection from new rows
+    QSet<unsigned int> _selectedRows;            // their nodes, to tell a new selection from new rows
     QPointer<kxAnimSequenceGUIW> _triggerDialog; // without parent
     QPointer<kxAnimWizardGUII> _wizard;          // the main window's child
     bool _libraryKnows = false;                  // the blocks, by their rows, while their bars are selected

@@ -46,11 +46,20 @@ void kxAnimClipEditor::changedClipsSelection()
 {
     if (_view == nullptr || _tree == nullptr || scene() == nullptr)
         return;
-    pause();
     std::vector<osg::AnimNodePtr> blocks;
+    QSet<unsigned int> selected;
     for (const QTreeWidgetItem* const item : _tree->selectedItems())
-        if (const osg::AnimNodePtr node = animationOf(item); isBlock(node))
+    {
+        const osg::AnimNodePtr node = animationOf(item);
+        selected.insert(node.getFieldContainerId());
+        if (isBlock(node))
             blocks.push_back(node);
+    }
+    // Rows that were built anew are no new selection: playing goes on, and the bars may be selected otherwise by now.
+    const bool isNew = selected != _selectedRows;
+    _selectedRows = selected;
+    if (isNew)
+        pause();
     announceBlocks(blocks); // the library follows, and what it does may build the rows anew
     const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
@@ -60,12 +69,9 @@ void kxAnimClipEditor::changedClipsSelection()
         scene()->setClip(clip, false);
     else if (only == nullptr || node != osg::NullFC)
         scene()->clear();
-    // Rows that were built anew are no new selection: the bars may be selected otherwise by now.
-    const unsigned int id = node.getFieldContainerId();
     const QScopedValueRollback<bool> told(_libraryKnows, true);
-    if (id != _selectedRow && node != clip)
-        scene()->selectAlone(id);
-    _selectedRow = id;
+    if (isNew && node != clip)
+        scene()->selectAlone(node.getFieldContainerId());
     updateStartAndDuration();
     updateCreateMenu();
     updateStatus();

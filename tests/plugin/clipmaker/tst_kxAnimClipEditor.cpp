@@ -316,6 +316,8 @@ void tst_kxAnimClipEditor::playsTheClip()
     QVERIFY(!_form->_play->isChecked());
     kxFramePlayer::the()->stop(this);
     press("_play");
+    _maker->deliver(kxMessageId::AnimationsChanged);
+    QVERIFY2(player.isPlaying(), "the same rows, built anew, let it play");
     select(child(_clip, 0));
     QVERIFY2(!player.isPlaying(), "another selection stops the playback");
 }
