@@ -82,7 +82,7 @@ void kxDocument::hasOpened(const QString& path)
     _watch.startOver();
     _source = path;
     // A file of another program is a source, no place to save to.
-    setPath(kxSceneIO::isSceneFile(path) ? path : QString());
+    setPath(!path.isEmpty() && kxSceneIO::isSceneFile(path) ? path : QString());
     Q_EMIT opened(path);
 }
 
