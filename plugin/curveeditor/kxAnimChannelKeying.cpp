@@ -17,7 +17,7 @@ QString tr(const char* text)
 }
 } // namespace
 
-void kxAnimChannelKeying::makeCurves(const QList<kxAnimTreeWidgetItem*>& listed)
+void kxAnimChannelKeying::createChannelCurves(const QList<kxAnimTreeWidgetItem*>& listed)
 {
     for (kxAnimTreeWidgetItem* const row : listed)
     {

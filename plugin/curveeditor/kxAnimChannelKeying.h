@@ -18,7 +18,7 @@ class kxAnimChannelKeying
 public:
     /// Binds each of `listed` that is a channel to its curve, made where there is none. Rows whose object is gone are
     /// left out.
-    void makeCurves(const QList<kxAnimTreeWidgetItem*>& listed);
+    void createChannelCurves(const QList<kxAnimTreeWidgetItem*>& listed);
     /// The value that the row shows becomes a key; nothing for a row without curve, and with `skipIgnored` for a
     /// channel that the kernel leaves out.
     void take(const kxAnimTreeWidgetItem& row, bool skipIgnored);

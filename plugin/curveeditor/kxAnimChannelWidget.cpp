@@ -423,7 +423,7 @@ kxAnimChannelWidget::Rows kxAnimChannelWidget::rowsToKey(Keyed which) const
     return rows;
 }
 
-void kxAnimChannelWidget::key(Keyed which)
+void kxAnimChannelWidget::keyRows(Keyed which)
 {
     if (topLevelItemCount() == 0)
         notice(isOverLimit() ? tr("Nothing was keyed: more than 20 objects are selected.")
@@ -432,7 +432,7 @@ void kxAnimChannelWidget::key(Keyed which)
     kxAnimChannelKeying keying;
     {
         const QSignalBlocker blocker(this);
-        keying.makeCurves(channelRows());
+        keying.createChannelCurves(channelRows());
     }
     for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
         keying.take(*keyed, which == Keyed::All);
@@ -450,17 +450,17 @@ void kxAnimChannelWidget::notice(const QString& text)
 
 void kxAnimChannelWidget::keySelected()
 {
-    key(Keyed::Selected);
+    keyRows(Keyed::Selected);
 }
 
 void kxAnimChannelWidget::keyAllSelectedType()
 {
-    key(Keyed::SelectedTypes);
+    keyRows(Keyed::SelectedTypes);
 }
 
 void kxAnimChannelWidget::keyAll()
 {
-    key(Keyed::All);
+    keyRows(Keyed::All);
     QItemSelection tops;
     if (topLevelItemCount() > 0)
         tops.select(indexFromItem(topLevelItem(0)), indexFromItem(topLevelItem(topLevelItemCount() - 1)));

@@ -114,7 +114,7 @@ private:
     /// Rows of channels and curves; a tree whose channels stand at the top has those.
     Rows channelRows() const;
     Rows rowsToKey(Keyed which) const;
-    void key(Keyed which);
+    void keyRows(Keyed which);
     void notice(const QString& text);
     bool isOverLimit() const;
     /// The editor of the row's value, null while nobody types there.
