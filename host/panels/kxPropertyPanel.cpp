@@ -88,6 +88,12 @@ kxPropertyPanel::kxPropertyPanel(QWidget* parent)
     rebuild();
 }
 
+kxPropertyPanel::~kxPropertyPanel()
+{
+    if (_name != nullptr)
+        _name->disconnect(this); // it loses the focus when the base deletes it, and this panel is gone then
+}
+
 void kxPropertyPanel::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);

@@ -21,6 +21,7 @@ class kxPropertyPanel : public QWidget
     Q_OBJECT
 public:
     explicit kxPropertyPanel(QWidget* parent = nullptr);
+    ~kxPropertyPanel() override;
 
     QSize sizeHint() const override { return QSize(300, 400); }
 

@@ -9,6 +9,7 @@
 #include <kernel/kxSelection.h>
 #include <kxAnimFixture.h>
 #include <kxAnimManager.h>
+#include <kxOwned.h>
 #include <kxTable.h>
 #include <scene/kxScene.h>
 
@@ -112,7 +113,7 @@ void tst_kxRender::dialogRemembers()
 void tst_kxRender::dialogProposesTheFramesOfAClip()
 {
     typedef kxAnimFixture F;
-    const osg::AnimNodePtr block = F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})});
+    const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
     const osg::AnimNodePtr inner = F::clip("Inner", {F::clone(block, 0.5f)});
     kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
     kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
@@ -134,7 +135,7 @@ void tst_kxRender::framesOfAClip()
     typedef kxAnimFixture F;
     int fired = 0;
     kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
-    const osg::AnimNodePtr block = F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})});
+    const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
     const osg::AnimNodePtr clip = F::clip("Walk", {F::clone(block, 0), F::trigger("T", 0.1f)});
     kxAnimManager::the()->clipStructureRoot()->addChild(clip);
     kxRenderJob job;

@@ -6,6 +6,7 @@
 #include <kxAnimManager.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>
+#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
@@ -321,7 +322,8 @@ void tst_kxSceneEdits::newObjectsAreSeenAtOnce()
     float brightest = 0;
     for (const kxSceneObjects::Entry& entry : kxSceneObjects::lights())
     {
-        const auto light = osg::LightPtr::dcast(entry.make()->getCore());
+        const kxOwned<osg::Node> node(entry.make());
+        const auto light = osg::LightPtr::dcast(node->getCore());
         QVERIFY2(light->getTranslation().y() >= 2.5f, qPrintable(entry.name));
         QVERIFY2(light->getIntensity() > brightest, qPrintable(entry.name));
         brightest = light->getIntensity();

@@ -3,6 +3,7 @@
 #include <animation/kxTimeRescale.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
@@ -89,7 +90,8 @@ void tst_kxAnimManager::keyableChannels()
     QVERIFY(texts.contains("focalLength.") && texts.contains("visible."));
     const auto color = [](const char* channel, const char* suffix)
     {
-        const Color3f c = kxAnimFixture::curveOf(kxAnimFixture::curve(channel, suffix, {}))->getColor();
+        const kxOwned<AnimNode> node(kxAnimFixture::curve(channel, suffix, {}));
+        const Color3f c = kxAnimFixture::curveOf(node)->getColor();
         return QColor::fromRgbF(double(c.red()), double(c.green()), double(c.blue())).name();
     };
     QCOMPARE(color("translation", "X") + color("rotation", "Y") + color("scale", "Z") + color("focalLength", "") +

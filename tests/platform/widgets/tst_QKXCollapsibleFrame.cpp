@@ -69,7 +69,7 @@ void tst_QKXCollapsibleFrame::fieldsBeginInOneLine()
     QCOMPARE(wide->columnMinimumWidth(0), 90);
     QCOMPARE(excluded->columnMinimumWidth(0), 0);
     QVERIFY(narrow->columnStretch(1) == 1 && wide->columnStretch(1) == 0); // what takes the room already keeps it
-    QCOMPARE(single->columnStretch(1), 0);
+    QCOMPARE(single->columnCount(), 1);
     QKXCollapsibleFrame::fixLayouts(&root, 250, nullptr);
     QCOMPARE(excluded->columnMinimumWidth(0), 250);
 }

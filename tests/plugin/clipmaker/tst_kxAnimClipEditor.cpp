@@ -11,6 +11,7 @@
 
 #include <animation/kxTriggers.h>
 #include <kxFramePlayer.h>
+#include <kxOwned.h>
 #include <kxPlatform.h>
 #include <kxServices.h>
 #include <scene/CameraLight.h>
@@ -109,7 +110,7 @@ void tst_kxAnimClipEditor::showsWhatIsSelected()
             QCOMPARE(shown()->clip(), _clip);
             QCOMPARE(shown()->bars().size(), 3);
         }
-    const osg::AnimNodePtr loose = kxAnimFixture::block("Loose", {});
+    const kxOwned<osg::AnimNode> loose(kxAnimFixture::block("Loose", {}));
     tree()->rebuildFrom({loose});
     select(loose);
     QVERIFY(shown()->clip() == osg::NullFC);

@@ -708,7 +708,8 @@ void tst_kxAnimWizardGUII::opensBesideTheView()
     _maker->window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
     kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
     _wizard->showWizard();
-    dialog->show(kxAnimFixture::clip("any", {}));
+    const kxOwned<osg::AnimNode> clip(kxAnimFixture::clip("any", {}));
+    dialog->show(clip);
     for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
         QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
                  qPrintable(window->windowTitle()));
