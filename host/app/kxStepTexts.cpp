@@ -19,7 +19,9 @@
 
 namespace
 {
-constexpr std::size_t MostCurves = 20000; ///< remembered
+// A text isn't worth a second copy of a large scene, nor one of a large curve at each step of a drag.
+constexpr std::size_t MostKeys = 500000;     ///< remembered
+constexpr std::size_t MostKeysOfOne = 10000; ///< of a curve that is remembered
 
 kxStepTexts* theTexts = nullptr;
 
@@ -146,7 +148,8 @@ void kxStepTexts::endTurn()
 void kxStepTexts::takeOver(std::set<unsigned int>& curves)
 {
     for (const unsigned int id : curves)
-        if (const auto curve = osg::FieldContainerFactory::the()->get<osg::AnimCurve>(id))
+        if (const auto curve = osg::FieldContainerFactory::the()->get<osg::AnimCurve>(id);
+            curve != osg::NullFC && curve->getControlPoints().size() <= MostKeysOfOne)
             _present[id] = curve->getControlPoints();
         else
             _present.erase(id);
@@ -176,8 +179,14 @@ void kxStepTexts::rememberBelow(const osg::NodePtr& root)
                       if (curve == osg::NullFC || _present.count(id) != 0 ||
                           _written.count(id) + _beside.count(id) != 0)
                           return osg::Action::Continue;
-                      if (_present.size() >= MostCurves)
+                      const std::size_t keys = curve->getControlPoints().size();
+                      if (keys > MostKeysOfOne)
+                          return osg::Action::Continue;
+                      if ((_keys += keys) > MostKeys)
+                      {
                           _present.clear(); // the oldest matter least, and all but these are old
+                          _keys = keys;
+                      }
                       _present.emplace(id, curve->getControlPoints());
                       return osg::Action::Continue;
                   });

@@ -65,6 +65,7 @@ private Q_SLOTS:
     void init();
     void keysNameObjectAndFrame_data();
     void keysNameObjectAndFrame();
+    void largeCurvesAreNotCopied();
     void stepsSayWhatTheyDidToWhat();
     void aRowLeadsToItsStep();
 
@@ -135,6 +136,23 @@ void tst_kxUndoPanel::keysNameObjectAndFrame()
     kxUndoStack::get(0).stack()->undo();
     kxUndoStack::get(0).stack()->redo();
     QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
+}
+
+/// Their object and channel are named, the frames would cost a copy at each step of a drag.
+void tst_kxUndoPanel::largeCurvesAreNotCopied()
+{
+    const osg::NodePtr knob = addObject("Knob");
+    animate(knob);
+    const osg::AnimCurvePtr curve = curveOf(knob);
+    Keys keys;
+    for (int i = 0; i < 10001; ++i)
+        keys.push_back(key(float(i), 0));
+    curve->editControlPoints().assign(keys.begin(), keys.end());
+    kxSelection::the().selectNodes({knob});
+    rows();
+    keys[500].setY(3);
+    kxUndoStack::get(0).add(new KeyCommand({curve}, keys));
+    QCOMPARE(rows().last(), QString("Write Keys: Knob, translation.X"));
 }
 
 void tst_kxUndoPanel::stepsSayWhatTheyDidToWhat()
