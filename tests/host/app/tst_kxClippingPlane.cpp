@@ -30,72 +30,69 @@ class tst_kxClippingPlane : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { clear(); }
-    void isSwitched();
-    void isGraspedByItsOutline();
-    void cutsThroughTheMiddle();
-};
 
-void tst_kxClippingPlane::isSwitched()
-{
-    const kxClippingPlane::Answer answer;
-    QUndoStack& stack = *kxUndoStack::get(0).stack();
-    const QByteArray before = bytes();
-    kxClippingPlane::setOn(false); // there is none
-    QVERIFY(!kxClippingPlane::isOn() && answered() == osg::NullFC);
-    QCOMPARE(stack.count(), 0);
-    kxClippingPlane::setOn(true);
-    const osg::NodePtr plane = kxClippingPlane::node();
-    QVERIFY(kxClippingPlane::isOn() && answered() == plane);
-    kxClippingPlane::setOn(false);
-    QVERIFY(!kxClippingPlane::isOn() && answered() == plane); // can be animated while it is off
-    kxClippingPlane::setOn(true);
-    QVERIFY(kxClippingPlane::node() == plane); // not a second one
-    QCOMPARE(stack.count(), 3);
-
-    // Of two, the one that is shown counts.
-    kxSceneEdits::duplicateNodes({plane});
-    kxSceneEdits::setVisible({plane}, false);
-    QVERIFY(kxClippingPlane::isOn() && kxClippingPlane::node() != plane);
-    kxClippingPlane::setOn(false);
-    QVERIFY(!kxClippingPlane::isOn());
-    const QByteArray after = bytes();
-    while (stack.canUndo())
-        stack.undo();
-    QCOMPARE(bytes(), before);
-    while (stack.canRedo())
-        stack.redo();
-    QCOMPARE(bytes(), after);
-}
-
-void tst_kxClippingPlane::cutsThroughTheMiddle()
-{
-    for (const float x : {3.0f, 9.0f})
+    void isSwitched()
     {
-        const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
-        osg::TransformPtr::dcast(box->getCore())->setTranslation(osg::Vec3f(x, 4, -2));
-    }
-    kxClippingPlane::setOn(true);
-    const auto plane = osg::TransformPtr::dcast(kxClippingPlane::node()->getCore());
-    QVERIFY(plane->getTranslation() == osg::Vec3f(6, 4, -2) && plane->getScale().x() > 7);
-}
+        const kxClippingPlane::Answer answer;
+        QUndoStack& stack = *kxUndoStack::get(0).stack();
+        const QByteArray before = bytes();
+        kxClippingPlane::setOn(false); // there is none
+        QVERIFY(!kxClippingPlane::isOn() && answered() == osg::NullFC);
+        QCOMPARE(stack.count(), 0);
+        kxClippingPlane::setOn(true);
+        const osg::NodePtr plane = kxClippingPlane::node();
+        QVERIFY(kxClippingPlane::isOn() && answered() == plane);
+        kxClippingPlane::setOn(false);
+        QVERIFY(!kxClippingPlane::isOn() && answered() == plane); // can be animated while it is off
+        kxClippingPlane::setOn(true);
+        QVERIFY(kxClippingPlane::node() == plane); // not a second one
+        QCOMPARE(stack.count(), 3);
 
-void tst_kxClippingPlane::isGraspedByItsOutline()
-{
-    kxClippingPlane::setOn(true); // a square of side 2 around the origin
-    kxRenderScene scene;
-    scene.update();
-    kxViewCamera camera;
-    camera.fieldOfView = 90;
-    camera.view.translate(0, 0, -2);
-    const QSizeF size(400, 400);
-    const osg::UInt32 id = kxClippingPlane::node()->getId();
-    QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), id); // its middle
-    QCOMPARE(kxClipQuad::at(QPointF(300, 160), scene, camera, size), id); // its right side
-    QCOMPARE(kxClipQuad::at(QPointF(250, 250), scene, camera, size), 0u); // through it
-    QCOMPARE(kxClipQuad::at(QPointF(350, 350), scene, camera, size), 0u);
-    camera.view.translate(0, 0, 9); // behind the eye
-    QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), 0u);
-}
+        // Of two, the one that is shown counts.
+        kxSceneEdits::duplicateNodes({plane});
+        kxSceneEdits::setVisible({plane}, false);
+        QVERIFY(kxClippingPlane::isOn() && kxClippingPlane::node() != plane);
+        kxClippingPlane::setOn(false);
+        QVERIFY(!kxClippingPlane::isOn());
+        const QByteArray after = bytes();
+        while (stack.canUndo())
+            stack.undo();
+        QCOMPARE(bytes(), before);
+        while (stack.canRedo())
+            stack.redo();
+        QCOMPARE(bytes(), after);
+    }
+
+    void isGraspedByItsOutline()
+    {
+        kxClippingPlane::setOn(true); // a square of side 2 around the origin
+        kxRenderScene scene;
+        scene.update();
+        kxViewCamera camera;
+        camera.fieldOfView = 90;
+        camera.view.translate(0, 0, -2);
+        const QSizeF size(400, 400);
+        const osg::UInt32 id = kxClippingPlane::node()->getId();
+        QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), id); // its middle
+        QCOMPARE(kxClipQuad::at(QPointF(300, 160), scene, camera, size), id); // its right side
+        QCOMPARE(kxClipQuad::at(QPointF(250, 250), scene, camera, size), 0u); // through it
+        QCOMPARE(kxClipQuad::at(QPointF(350, 350), scene, camera, size), 0u);
+        camera.view.translate(0, 0, 9); // behind the eye
+        QCOMPARE(kxClipQuad::at(QPointF(200, 200), scene, camera, size), 0u);
+    }
+
+    void cutsThroughTheMiddle()
+    {
+        for (const float x : {3.0f, 9.0f})
+        {
+            const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
+            osg::TransformPtr::dcast(box->getCore())->setTranslation(osg::Vec3f(x, 4, -2));
+        }
+        kxClippingPlane::setOn(true);
+        const auto plane = osg::TransformPtr::dcast(kxClippingPlane::node()->getCore());
+        QVERIFY(plane->getTranslation() == osg::Vec3f(6, 4, -2) && plane->getScale().x() > 7);
+    }
+};
 
 QTEST_MAIN(tst_kxClippingPlane)
 #include "tst_kxClippingPlane.moc"

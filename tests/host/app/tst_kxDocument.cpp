@@ -4,6 +4,7 @@
 #include <app/kxSceneEdits.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
+#include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <scene/kxScene.h>
@@ -14,18 +15,171 @@
 
 using namespace kxSceneFixture;
 
+typedef std::function<void(kxAnimManager& manager)> Setting;
+
+Q_DECLARE_METATYPE(Setting)
+
 /// Whether something is lost, and what a save writes over.
 class tst_kxDocument : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void mayLeave_data();
-    void mayLeave();
-    void whatMakesUnsaved();
-    void settingsMakeUnsaved_data();
-    void settingsMakeUnsaved();
-    void sourceOfAnotherProgramIsNotSavedOver();
+    void init()
+    {
+        clear();
+        _document.reset(new kxDocument);
+        _answer = kxDocument::Cancel;
+        _asked.clear();
+        _errors.clear();
+        _chosen.clear();
+        _document->dialogs().askToSave = [this](const QString& name)
+        {
+            _asked << name;
+            return _answer;
+        };
+        _document->dialogs().askForPath = [this](const QString&) { return _chosen; };
+        _document->dialogs().showError = [this](const QString&, const kxFileReport& report)
+        { _errors << report.message(); };
+        _document->newScene();
+    }
+
+    void mayLeave_data()
+    {
+        kxColumns<int, QString, bool, bool>("answer", "chosen", "leaves", "file");
+        QTest::newRow("saves") << int(kxDocument::Save) << "a.kxs" << true << true;
+        QTest::newRow("saves, then chooses no file") << int(kxDocument::Save) << "" << false << false;
+        QTest::newRow("saves where it can't") << int(kxDocument::Save) << "no/such/folder/a.kxs" << false << false;
+        QTest::newRow("doesn't save") << int(kxDocument::Discard) << "" << true << false;
+        QTest::newRow("goes back") << int(kxDocument::Cancel) << "" << false << false;
+    }
+
+    void mayLeave()
+    {
+        QFETCH(int, answer);
+        QFETCH(QString, chosen);
+        QFETCH(bool, leaves);
+        QFETCH(bool, file);
+        QFile::remove(path("a.kxs"));
+        QVERIFY(_document->mayLeave() && _asked.isEmpty()); // nothing to lose
+        edit();
+        _answer = kxDocument::Answer(answer);
+        _chosen = chosen.isEmpty() ? QString() : _folder.filePath(chosen);
+        QCOMPARE(_document->newScene(), leaves);
+        QCOMPARE(_asked.size(), 1);
+        QCOMPARE(kxScene::the()->root()->getNChildren(), leaves ? 0u : 1u);
+        QCOMPARE(_document->isUnsaved(), !leaves);
+        QCOMPARE(QFile::exists(path("a.kxs")), file);
+    }
+
+    void whatMakesUnsaved()
+    {
+        const osg::NodePtr node = addObject("Node");
+        animate(node);
+        QCoreApplication::processEvents();
+        QVERIFY(_document->saveTo(path("b.kxs")));
+        QCoreApplication::processEvents();
+        QVERIFY(!_document->isUnsaved());
+
+        kxSelection::the().selectNodes({node});
+        kxAnimManager::the()->setCurrentFrame(12, true, true); // writes into the object
+        QCoreApplication::processEvents();
+        QVERIFY(!_document->isUnsaved());
+
+        QUndoStack* const stack = kxUndoStack::get(0).stack();
+        kxSceneEdits::rename(node, "Other");
+        QVERIFY(_document->isUnsaved());
+        stack->undo();
+        QVERIFY(!_document->isUnsaved());
+        stack->redo();
+        QVERIFY(_document->isUnsaved() && _document->save() && !_document->isUnsaved());
+        stack->undo(); // back over the place of the save
+        QVERIFY(_document->isUnsaved());
+        stack->redo();
+
+        // A bar that is dragged: an edit of an animation that is no step.
+        std::vector<osg::AnimNodePtr> curves;
+        kxAnimManager::the()->getChannelCurveNodes(node, curves);
+        QCOMPARE(curves.size(), std::size_t(1));
+        curves[0]->moveBy(1, 0);
+        osg::markChanged(curves[0], osg::AnimNode::OffsetFieldMask);
+        QCoreApplication::processEvents();
+        QVERIFY(_document->isUnsaved());
+        stack->undo();
+        stack->redo();
+        QVERIFY(_document->isUnsaved()); // steps don't take it back
+
+        // Animations that came to an object beside the stack.
+        QVERIFY(_document->save() && !_document->isUnsaved());
+        osg::markChanged(node->findAttachment<osg::AnimAttachment>(), osg::AnimAttachmentBase::AnimationRootFieldMask);
+        QCoreApplication::processEvents();
+        QVERIFY(_document->isUnsaved());
+
+        // The saved state went with the steps that led on from another one.
+        QVERIFY(_document->save() && !_document->isUnsaved());
+        stack->undo();
+        kxSceneEdits::rename(node, "Third");
+        stack->setIndex(0);
+        QVERIFY(_document->isUnsaved());
+    }
+
+    void settingsMakeUnsaved_data()
+    {
+        kxColumns<Setting, Setting>("change", "back");
+        const auto row = [](const char* name, auto set, auto other, auto present)
+        {
+            QTest::newRow(name) << Setting([=](kxAnimManager& m) { (m.*set)(other); })
+                                << Setting([=](kxAnimManager& m) { (m.*set)(present); });
+        };
+        typedef kxAnimManager M;
+        row("frame rate", &M::setFPS, 30.0, 24.0);
+        row("playback rate", &M::setPlaybackFPS, -1.0, 24.0);
+        row("range", &M::setFullRangeEnd, 80, 50);
+        row("detail", &M::setDetailedRangeStart, 7, 0);
+        row("loop", &M::setLoopTimeline, false, true);
+    }
+
+    void settingsMakeUnsaved()
+    {
+        QFETCH(Setting, change);
+        QFETCH(Setting, back);
+        kxAnimManager& manager = *kxAnimManager::the();
+        kxScene::the()->flush();
+        QSignalSpy changed(_document.data(), &kxDocument::changed); // what the title follows
+        change(manager);
+        QVERIFY(_document->isUnsaved() && !_document->mayLeave() && _asked.size() == 1);
+        kxScene::the()->flush();
+        QVERIFY(changed.size() == 1 && _document->isUnsaved());
+        back(manager);
+        kxScene::the()->flush();
+        QVERIFY(changed.size() == 2 && !_document->isUnsaved());
+        change(manager);
+        QVERIFY(_document->saveTo(path("s.kxs")) && !_document->isUnsaved());
+        back(manager);
+        QVERIFY(_document->isUnsaved());
+        _answer = kxDocument::Discard;
+        QVERIFY(_document->openFile(path("s.kxs")));
+        kxScene::the()->flush();
+        QVERIFY(!_document->isUnsaved());
+        back(manager);
+    }
+
+    void sourceOfAnotherProgramIsNotSavedOver()
+    {
+        edit();
+        _answer = kxDocument::Discard; // an export saves nothing
+        QVERIFY(_document->exportTo(path("g.glb")) && _document->isUnsaved());
+        QVERIFY(_document->openFile(path("g.glb")));
+        QCOMPARE(_document->path(), QString());
+        QCOMPARE(_document->name(), QString("g.glb"));
+        QString proposed;
+        _document->dialogs().askForPath = [&proposed](const QString& proposal)
+        {
+            proposed = proposal;
+            return QString();
+        };
+        QVERIFY(!_document->save());
+        QCOMPARE(proposed, path("g"));
+    }
 
 private:
     QString path(const char* name) const { return _folder.filePath(QString::fromLatin1(name)); }
@@ -38,170 +192,6 @@ private:
     kxDocument::Answer _answer = kxDocument::Cancel;
     QString _chosen;
 };
-
-void tst_kxDocument::init()
-{
-    clear();
-    _document.reset(new kxDocument);
-    _answer = kxDocument::Cancel;
-    _asked.clear();
-    _errors.clear();
-    _chosen.clear();
-    _document->dialogs().askToSave = [this](const QString& name)
-    {
-        _asked << name;
-        return _answer;
-    };
-    _document->dialogs().askForPath = [this](const QString&) { return _chosen; };
-    _document->dialogs().showError = [this](const QString&, const kxFileReport& report)
-    { _errors << report.message(); };
-    _document->newScene();
-}
-
-void tst_kxDocument::mayLeave_data()
-{
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("chosen");
-    QTest::addColumn<bool>("leaves");
-    QTest::addColumn<bool>("file");
-    QTest::newRow("saves") << int(kxDocument::Save) << "a.kxs" << true << true;
-    QTest::newRow("saves, then chooses no file") << int(kxDocument::Save) << "" << false << false;
-    QTest::newRow("saves where it can't") << int(kxDocument::Save) << "no/such/folder/a.kxs" << false << false;
-    QTest::newRow("doesn't save") << int(kxDocument::Discard) << "" << true << false;
-    QTest::newRow("goes back") << int(kxDocument::Cancel) << "" << false << false;
-}
-
-void tst_kxDocument::mayLeave()
-{
-    QFETCH(int, answer);
-    QFETCH(QString, chosen);
-    QFETCH(bool, leaves);
-    QFETCH(bool, file);
-    QFile::remove(path("a.kxs"));
-    QVERIFY(_document->mayLeave() && _asked.isEmpty()); // nothing to lose
-    edit();
-    _answer = kxDocument::Answer(answer);
-    _chosen = chosen.isEmpty() ? QString() : _folder.filePath(chosen);
-    QCOMPARE(_document->newScene(), leaves);
-    QCOMPARE(_asked.size(), 1);
-    QCOMPARE(kxScene::the()->root()->getNChildren(), leaves ? 0u : 1u);
-    QCOMPARE(_document->isUnsaved(), !leaves);
-    QCOMPARE(QFile::exists(path("a.kxs")), file);
-}
-
-void tst_kxDocument::whatMakesUnsaved()
-{
-    const osg::NodePtr node = addObject("Node");
-    animate(node);
-    QCoreApplication::processEvents();
-    QVERIFY(_document->saveTo(path("b.kxs")));
-    QCoreApplication::processEvents();
-    QVERIFY(!_document->isUnsaved());
-
-    kxSelection::the().selectNodes({node});
-    kxAnimManager::the()->setCurrentFrame(12, true, true); // writes into the object
-    QCoreApplication::processEvents();
-    QVERIFY(!_document->isUnsaved());
-
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    kxSceneEdits::rename(node, "Other");
-    QVERIFY(_document->isUnsaved());
-    stack->undo();
-    QVERIFY(!_document->isUnsaved());
-    stack->redo();
-    QVERIFY(_document->isUnsaved() && _document->save() && !_document->isUnsaved());
-    stack->undo(); // back over the place of the save
-    QVERIFY(_document->isUnsaved());
-    stack->redo();
-
-    // A bar that is dragged: an edit of an animation that is no step.
-    std::vector<osg::AnimNodePtr> curves;
-    kxAnimManager::the()->getChannelCurveNodes(node, curves);
-    QCOMPARE(curves.size(), std::size_t(1));
-    curves[0]->moveBy(1, 0);
-    osg::markChanged(curves[0], osg::AnimNode::OffsetFieldMask);
-    QCoreApplication::processEvents();
-    QVERIFY(_document->isUnsaved());
-    stack->undo();
-    stack->redo();
-    QVERIFY(_document->isUnsaved()); // steps don't take it back
-
-    // Animations that came to an object beside the stack.
-    QVERIFY(_document->save() && !_document->isUnsaved());
-    osg::markChanged(node->findAttachment<osg::AnimAttachment>(), osg::AnimAttachmentBase::AnimationRootFieldMask);
-    QCoreApplication::processEvents();
-    QVERIFY(_document->isUnsaved());
-
-    // The saved state went with the steps that led on from another one.
-    QVERIFY(_document->save() && !_document->isUnsaved());
-    stack->undo();
-    kxSceneEdits::rename(node, "Third");
-    stack->setIndex(0);
-    QVERIFY(_document->isUnsaved());
-}
-
-typedef std::function<void(kxAnimManager& manager)> Setting;
-Q_DECLARE_METATYPE(Setting)
-
-void tst_kxDocument::settingsMakeUnsaved_data()
-{
-    QTest::addColumn<Setting>("change");
-    QTest::addColumn<Setting>("back");
-    const auto row = [](const char* name, auto set, auto other, auto present)
-    {
-        QTest::newRow(name) << Setting([=](kxAnimManager& m) { (m.*set)(other); })
-                            << Setting([=](kxAnimManager& m) { (m.*set)(present); });
-    };
-    typedef kxAnimManager M;
-    row("frame rate", &M::setFPS, 30.0, 24.0);
-    row("playback rate", &M::setPlaybackFPS, -1.0, 24.0);
-    row("range", &M::setFullRangeEnd, 80, 50);
-    row("detail", &M::setDetailedRangeStart, 7, 0);
-    row("loop", &M::setLoopTimeline, false, true);
-}
-
-void tst_kxDocument::settingsMakeUnsaved()
-{
-    QFETCH(Setting, change);
-    QFETCH(Setting, back);
-    kxAnimManager& manager = *kxAnimManager::the();
-    kxScene::the()->flush();
-    QSignalSpy changed(_document.data(), &kxDocument::changed); // what the title follows
-    change(manager);
-    QVERIFY(_document->isUnsaved() && !_document->mayLeave() && _asked.size() == 1);
-    kxScene::the()->flush();
-    QVERIFY(changed.size() == 1 && _document->isUnsaved());
-    back(manager);
-    kxScene::the()->flush();
-    QVERIFY(changed.size() == 2 && !_document->isUnsaved());
-    change(manager);
-    QVERIFY(_document->saveTo(path("s.kxs")) && !_document->isUnsaved());
-    back(manager);
-    QVERIFY(_document->isUnsaved());
-    _answer = kxDocument::Discard;
-    QVERIFY(_document->openFile(path("s.kxs")));
-    kxScene::the()->flush();
-    QVERIFY(!_document->isUnsaved());
-    back(manager);
-}
-
-void tst_kxDocument::sourceOfAnotherProgramIsNotSavedOver()
-{
-    edit();
-    _answer = kxDocument::Discard; // an export saves nothing
-    QVERIFY(_document->exportTo(path("g.glb")) && _document->isUnsaved());
-    QVERIFY(_document->openFile(path("g.glb")));
-    QCOMPARE(_document->path(), QString());
-    QCOMPARE(_document->name(), QString("g.glb"));
-    QString proposed;
-    _document->dialogs().askForPath = [&proposed](const QString& proposal)
-    {
-        proposed = proposal;
-        return QString();
-    };
-    QVERIFY(!_document->save());
-    QCOMPARE(proposed, path("g"));
-}
 
 QTEST_MAIN(tst_kxDocument)
 #include "tst_kxDocument.moc"

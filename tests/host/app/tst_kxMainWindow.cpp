@@ -5,6 +5,7 @@
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
 #include <kxLog.h>
+#include <kxTable.h>
 #include <panels/kxSceneTreePanel.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
@@ -29,241 +30,228 @@ class tst_kxMainWindow : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        kxHostSettings().clear();
+        kxSceneFixture::clear();
+        open();
+    }
+
     void cleanup() { _window.reset(); }
-    void neverLargerThanTheScreen_data();
-    void neverLargerThanTheScreen();
-    void tabLeadsToWhatIsSeen();
-    void whatGoesBehindATabLosesTheKeys();
-    void keysOfTheToolsInTheSceneTree_data();
-    void keysOfTheToolsInTheSceneTree();
-    void warningsAreSeen();
-    void whatTakesTheKeysHasAName();
-    void everythingHasItsPlace();
-    void deleteDeletesWhatIsInFocus();
+
+    void neverLargerThanTheScreen_data()
+    {
+        kxColumns<bool, bool>("beside", "restored");
+        QTest::newRow("tools in tabs") << false << false;
+        QTest::newRow("tools beside each other") << true << false;
+        QTest::newRow("a layout of a larger screen") << true << true;
+    }
+
+    void neverLargerThanTheScreen()
+    {
+        QFETCH(bool, beside);
+        QFETCH(bool, restored);
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        const QSize size = restored ? QSize(2600, 1700) : QSize(798, 470);
+        _window->resize(size);
+        _window->dockManager()->show("Curves");
+        _window->dockManager()->show("Clips");
+        if (beside)
+            _window->splitDockWidget(dock("Curves"), dock("Clips"), Qt::Horizontal);
+        QCoreApplication::processEvents();
+        QCOMPARE(_window->size(), size);
+        if (restored)
+        {
+            QVERIFY(_window->close());
+            open();
+            QVERIFY(screen.contains(_window->frameGeometry()));
+            return;
+        }
+        // All of it can be reached.
+        const auto* const tool = dock("Clips")->content();
+        const auto* const room = qobject_cast<QScrollArea*>(dock("Clips")->widget());
+        QTRY_COMPARE(room->horizontalScrollBar()->maximum(), tool->width() - room->viewport()->width());
+        QVERIFY(tool->width() >= 647 && tool->height() >= 270 && room->horizontalScrollBar()->isVisible());
+    }
+
+    void tabLeadsToWhatIsSeen()
+    {
+        QSet<const QWidget*> unseen, met;
+        for (const char* const name : {"Console", "Scenery"})
+            for (const QWidget* const widget : dock(name)->findChildren<QWidget*>())
+                unseen.insert(widget);
+        for (const bool next : {true, false})
+        {
+            QWidget* const first = _window->view();
+            first->setFocus();
+            met.clear();
+            do
+            {
+                QTest::keyClick(_window->focusWidget(), next ? Qt::Key_Tab : Qt::Key_Backtab);
+                met.insert(_window->focusWidget());
+            } while (_window->focusWidget() != first && met.size() < 500);
+            QVERIFY(!met.intersects(unseen));
+            QVERIFY(met.size() > 10 && met.contains(_window->sceneTree()->findChild<QTreeView*>()));
+        }
+    }
+
+    void whatGoesBehindATabLosesTheKeys()
+    {
+        QLineEdit* const field = new QLineEdit(dock("Clips")->content());
+        _window->dockManager()->show("Clips");
+        _window->dockManager()->show("Console");
+        QWidget* const prompt = _window->console()->findChild<QWidget*>("_promptInput");
+        QVERIFY(prompt != nullptr);
+        prompt->setFocus();
+        field->show();
+        _window->dockManager()->show("Clips");
+        QTRY_COMPARE(_window->focusWidget(), dock("Clips")->content());
+        field->setFocus();
+        _window->dockManager()->show("Log");
+        QTRY_VERIFY(dock("Log")->isAncestorOf(_window->focusWidget()));
+        _window->dockManager()->show("Clips"); // the field in which it was typed last
+        QTRY_COMPARE(_window->focusWidget(), field);
+        _window->view()->setFocus();
+        _window->dockManager()->show("Log"); // nobody's keys are taken away
+        QCoreApplication::processEvents();
+        QCOMPARE(_window->focusWidget(), _window->view());
+    }
+
+    void keysOfTheToolsInTheSceneTree_data()
+    {
+        kxColumns<int, int>("key", "tool");
+        QTest::newRow("move") << int(Qt::Key_W) << int(kxGizmo::MoveTool);
+        QTest::newRow("rotate") << int(Qt::Key_E) << int(kxGizmo::RotateTool);
+        QTest::newRow("scale") << int(Qt::Key_R) << int(kxGizmo::ScaleTool);
+        QTest::newRow("select") << int(Qt::Key_Q) << int(kxGizmo::SelectTool);
+    }
+
+    void keysOfTheToolsInTheSceneTree()
+    {
+        QFETCH(int, key);
+        QFETCH(int, tool);
+        kxSelection::the().selectNodes({kxSceneFixture::addObject("Wheel")});
+        _window->view()->setTool(tool == kxGizmo::MoveTool ? kxGizmo::ScaleTool : kxGizmo::MoveTool);
+        _window->activateWindow();
+        auto* const search = _window->sceneTree()->findChild<QLineEdit*>();
+        search->setFocus();
+        QTest::keyClick(search, Qt::Key(key));
+        QCOMPARE(search->text().toUpper(), QString(QChar(key))); // a letter in a field
+        search->clear();
+        auto* const tree = _window->sceneTree()->findChild<QTreeView*>();
+        tree->setFocus();
+        QTest::keyClick(tree, Qt::Key(key));
+        QCOMPARE(int(_window->view()->tool()), tool);
+    }
+
+    void warningsAreSeen()
+    {
+        const QString title = dock("Log")->windowTitle();
+        kxLog::warning("In front of the user");
+        QCOMPARE(_window->statusBar()->currentMessage(), QString("In front of the user"));
+        QCOMPARE(dock("Log")->windowTitle(), title);
+        _window->dockManager()->show("Console");
+        QCoreApplication::processEvents();
+        kxLog::info(QString("Nothing to worry about"));
+        QCOMPARE(dock("Log")->windowTitle(), title);
+        kxLog::warning("There are no viewpoints.");
+        kxLog::error("Two\nlines");
+        QCOMPARE(_window->statusBar()->currentMessage(), QString("Two lines"));
+        QCOMPARE(dock("Log")->windowTitle(), title + " (2)");
+        _window->dockManager()->show("Log");
+        QTRY_COMPARE(dock("Log")->windowTitle(), title);
+        dock("Log")->close();
+        kxLog::error("Seen by nobody");
+        QCOMPARE(dock("Log")->windowTitle(), title + " (1)");
+        kxLogModel::the().clear();
+        QCOMPARE(dock("Log")->windowTitle(), title);
+    }
+
+    void whatTakesTheKeysHasAName()
+    {
+        kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
+        kxScene::the()->flush();
+        QCoreApplication::processEvents();
+        QStringList nameless;
+        for (QWidget* const widget : _window->findChildren<QWidget*>())
+            if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
+                !qobject_cast<QTabBar*>(widget) &&
+                QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
+                nameless << widget->metaObject()->className() + QString(" ") + widget->objectName();
+        QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(", ")));
+    }
+
+    void everythingHasItsPlace()
+    {
+        const std::function<bool(QLayout*, QWidget*)> holds = [&holds](QLayout* layout, QWidget* widget)
+        {
+            bool found = layout->indexOf(widget) >= 0;
+            for (int i = 0; i < layout->count() && !found; ++i)
+                found = layout->itemAt(i)->layout() != nullptr && holds(layout->itemAt(i)->layout(), widget);
+            return found;
+        };
+        kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
+        kxScene::the()->flush();
+        QCoreApplication::processEvents();
+        QStringList lost;
+        for (const char* const name : {"Scene", "Materials", "Properties", "Scenery", "Log"})
+            for (QWidget* const widget : dock(name)->content()->findChildren<QWidget*>())
+                if (QLayout* const layout = widget->parentWidget()->layout();
+                    qobject_cast<QBoxLayout*>(layout) || qobject_cast<QGridLayout*>(layout))
+                    if (!widget->isWindow())
+                    {
+                        bool covered = !holds(layout, widget);
+                        for (const QWidget* const other :
+                             widget->parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+                            covered = covered || (other != widget && widget->isVisible() && other->isVisible() &&
+                                                  other->geometry().intersects(widget->geometry()));
+                        if (covered)
+                            lost << name + QString(": ") + widget->metaObject()->className() + widget->objectName();
+                    }
+        QVERIFY2(lost.isEmpty(), qPrintable(lost.join(", ")));
+    }
+
+    void deleteDeletesWhatIsInFocus()
+    {
+        const osg::NodePtr wheel = kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"));
+        kxScene::the()->flush();
+        kxSelection::the().selectMaterials(kxScene::the()->materials());
+        kxSelection::the().selectNodes({wheel});
+        _window->activateWindow();
+        const auto press = [this](const char* list)
+        {
+            auto* const view = _window->findChild<QAbstractItemView*>(list);
+            view->setFocus();
+            QTest::keyClick(view, Qt::Key_Delete);
+            kxScene::the()->flush();
+        };
+        press("_objects");
+        QCOMPARE(kxScene::the()->root()->getNChildren(), 0u);
+        QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
+        press("_materialList");
+        QVERIFY(kxScene::the()->materials().empty());
+    }
 
 private:
     /// With two tools that want more room than a small screen has.
-    void open();
+
+    void open()
+    {
+        _window.reset(new kxMainWindow);
+        for (const char* const name : {"Curves", "Clips"})
+        {
+            auto* const tool = new QWidget;
+            tool->setMinimumSize(647, 270);
+            _window->dockManager()->add(name, "Animation", tool, QString(), QIcon(), name, 0, true, nullptr);
+        }
+        _window->finishLayout();
+        _window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
+    }
+
     QKXDockWidget* dock(const char* name) const { return _window->dockManager()->getDockWidget(name); }
     QScopedPointer<kxMainWindow> _window;
 };
-
-void tst_kxMainWindow::init()
-{
-    kxHostSettings().clear();
-    kxSceneFixture::clear();
-    open();
-}
-
-void tst_kxMainWindow::open()
-{
-    _window.reset(new kxMainWindow);
-    for (const char* const name : {"Curves", "Clips"})
-    {
-        auto* const tool = new QWidget;
-        tool->setMinimumSize(647, 270);
-        _window->dockManager()->add(name, "Animation", tool, QString(), QIcon(), name, 0, true, nullptr);
-    }
-    _window->finishLayout();
-    _window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
-}
-
-void tst_kxMainWindow::neverLargerThanTheScreen_data()
-{
-    QTest::addColumn<bool>("beside");
-    QTest::addColumn<bool>("restored");
-    QTest::newRow("tools in tabs") << false << false;
-    QTest::newRow("tools beside each other") << true << false;
-    QTest::newRow("a layout of a larger screen") << true << true;
-}
-
-void tst_kxMainWindow::neverLargerThanTheScreen()
-{
-    QFETCH(bool, beside);
-    QFETCH(bool, restored);
-    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    const QSize size = restored ? QSize(2600, 1700) : QSize(798, 470);
-    _window->resize(size);
-    _window->dockManager()->show("Curves");
-    _window->dockManager()->show("Clips");
-    if (beside)
-        _window->splitDockWidget(dock("Curves"), dock("Clips"), Qt::Horizontal);
-    QCoreApplication::processEvents();
-    QCOMPARE(_window->size(), size);
-    if (restored)
-    {
-        QVERIFY(_window->close());
-        open();
-        QVERIFY(screen.contains(_window->frameGeometry()));
-        return;
-    }
-    // All of it can be reached.
-    const auto* const tool = dock("Clips")->content();
-    const auto* const room = qobject_cast<QScrollArea*>(dock("Clips")->widget());
-    QTRY_COMPARE(room->horizontalScrollBar()->maximum(), tool->width() - room->viewport()->width());
-    QVERIFY(tool->width() >= 647 && tool->height() >= 270 && room->horizontalScrollBar()->isVisible());
-}
-
-void tst_kxMainWindow::tabLeadsToWhatIsSeen()
-{
-    QSet<const QWidget*> unseen, met;
-    for (const char* const name : {"Console", "Scenery"})
-        for (const QWidget* const widget : dock(name)->findChildren<QWidget*>())
-            unseen.insert(widget);
-    for (const bool next : {true, false})
-    {
-        QWidget* const first = _window->view();
-        first->setFocus();
-        met.clear();
-        do
-        {
-            QTest::keyClick(_window->focusWidget(), next ? Qt::Key_Tab : Qt::Key_Backtab);
-            met.insert(_window->focusWidget());
-        } while (_window->focusWidget() != first && met.size() < 500);
-        QVERIFY(!met.intersects(unseen));
-        QVERIFY(met.size() > 10 && met.contains(_window->sceneTree()->findChild<QTreeView*>()));
-    }
-}
-
-void tst_kxMainWindow::whatGoesBehindATabLosesTheKeys()
-{
-    QLineEdit* const field = new QLineEdit(dock("Clips")->content());
-    _window->dockManager()->show("Clips");
-    _window->dockManager()->show("Console");
-    QWidget* const prompt = _window->console()->findChild<QWidget*>("_promptInput");
-    QVERIFY(prompt != nullptr);
-    prompt->setFocus();
-    field->show();
-    _window->dockManager()->show("Clips");
-    QTRY_COMPARE(_window->focusWidget(), dock("Clips")->content());
-    field->setFocus();
-    _window->dockManager()->show("Log");
-    QTRY_VERIFY(dock("Log")->isAncestorOf(_window->focusWidget()));
-    _window->dockManager()->show("Clips"); // the field in which it was typed last
-    QTRY_COMPARE(_window->focusWidget(), field);
-    _window->view()->setFocus();
-    _window->dockManager()->show("Log"); // nobody's keys are taken away
-    QCoreApplication::processEvents();
-    QCOMPARE(_window->focusWidget(), _window->view());
-}
-
-void tst_kxMainWindow::keysOfTheToolsInTheSceneTree_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("tool");
-    QTest::newRow("move") << int(Qt::Key_W) << int(kxGizmo::MoveTool);
-    QTest::newRow("rotate") << int(Qt::Key_E) << int(kxGizmo::RotateTool);
-    QTest::newRow("scale") << int(Qt::Key_R) << int(kxGizmo::ScaleTool);
-    QTest::newRow("select") << int(Qt::Key_Q) << int(kxGizmo::SelectTool);
-}
-
-void tst_kxMainWindow::keysOfTheToolsInTheSceneTree()
-{
-    QFETCH(int, key);
-    QFETCH(int, tool);
-    kxSelection::the().selectNodes({kxSceneFixture::addObject("Wheel")});
-    _window->view()->setTool(tool == kxGizmo::MoveTool ? kxGizmo::ScaleTool : kxGizmo::MoveTool);
-    _window->activateWindow();
-    auto* const search = _window->sceneTree()->findChild<QLineEdit*>();
-    search->setFocus();
-    QTest::keyClick(search, Qt::Key(key));
-    QCOMPARE(search->text().toUpper(), QString(QChar(key))); // a letter in a field
-    search->clear();
-    auto* const tree = _window->sceneTree()->findChild<QTreeView*>();
-    tree->setFocus();
-    QTest::keyClick(tree, Qt::Key(key));
-    QCOMPARE(int(_window->view()->tool()), tool);
-}
-
-void tst_kxMainWindow::warningsAreSeen()
-{
-    const QString title = dock("Log")->windowTitle();
-    kxLog::warning("In front of the user");
-    QCOMPARE(_window->statusBar()->currentMessage(), QString("In front of the user"));
-    QCOMPARE(dock("Log")->windowTitle(), title);
-    _window->dockManager()->show("Console");
-    QCoreApplication::processEvents();
-    kxLog::info(QString("Nothing to worry about"));
-    QCOMPARE(dock("Log")->windowTitle(), title);
-    kxLog::warning("There are no viewpoints.");
-    kxLog::error("Two\nlines");
-    QCOMPARE(_window->statusBar()->currentMessage(), QString("Two lines"));
-    QCOMPARE(dock("Log")->windowTitle(), title + " (2)");
-    _window->dockManager()->show("Log");
-    QTRY_COMPARE(dock("Log")->windowTitle(), title);
-    dock("Log")->close();
-    kxLog::error("Seen by nobody");
-    QCOMPARE(dock("Log")->windowTitle(), title + " (1)");
-    kxLogModel::the().clear();
-    QCOMPARE(dock("Log")->windowTitle(), title);
-}
-
-void tst_kxMainWindow::whatTakesTheKeysHasAName()
-{
-    kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
-    kxScene::the()->flush();
-    QCoreApplication::processEvents();
-    QStringList nameless;
-    for (QWidget* const widget : _window->findChildren<QWidget*>())
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
-            !qobject_cast<QTabBar*>(widget) &&
-            QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
-            nameless << widget->metaObject()->className() + QString(" ") + widget->objectName();
-    QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(", ")));
-}
-
-void tst_kxMainWindow::everythingHasItsPlace()
-{
-    const std::function<bool(QLayout*, QWidget*)> holds = [&holds](QLayout* layout, QWidget* widget)
-    {
-        bool found = layout->indexOf(widget) >= 0;
-        for (int i = 0; i < layout->count() && !found; ++i)
-            found = layout->itemAt(i)->layout() != nullptr && holds(layout->itemAt(i)->layout(), widget);
-        return found;
-    };
-    kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
-    kxScene::the()->flush();
-    QCoreApplication::processEvents();
-    QStringList lost;
-    for (const char* const name : {"Scene", "Materials", "Properties", "Scenery", "Log"})
-        for (QWidget* const widget : dock(name)->content()->findChildren<QWidget*>())
-            if (QLayout* const layout = widget->parentWidget()->layout();
-                qobject_cast<QBoxLayout*>(layout) || qobject_cast<QGridLayout*>(layout))
-                if (!widget->isWindow())
-                {
-                    bool covered = !holds(layout, widget);
-                    for (const QWidget* const other :
-                         widget->parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-                        covered = covered || (other != widget && widget->isVisible() && other->isVisible() &&
-                                              other->geometry().intersects(widget->geometry()));
-                    if (covered)
-                        lost << name + QString(": ") + widget->metaObject()->className() + widget->objectName();
-                }
-    QVERIFY2(lost.isEmpty(), qPrintable(lost.join(", ")));
-}
-
-void tst_kxMainWindow::deleteDeletesWhatIsInFocus()
-{
-    const osg::NodePtr wheel = kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"));
-    kxScene::the()->flush();
-    kxSelection::the().selectMaterials(kxScene::the()->materials());
-    kxSelection::the().selectNodes({wheel});
-    _window->activateWindow();
-    const auto press = [this](const char* list)
-    {
-        auto* const view = _window->findChild<QAbstractItemView*>(list);
-        view->setFocus();
-        QTest::keyClick(view, Qt::Key_Delete);
-        kxScene::the()->flush();
-    };
-    press("_objects");
-    QCOMPARE(kxScene::the()->root()->getNChildren(), 0u);
-    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
-    press("_materialList");
-    QVERIFY(kxScene::the()->materials().empty());
-}
 
 QTEST_MAIN(tst_kxMainWindow)
 #include "tst_kxMainWindow.moc"

@@ -7,6 +7,7 @@
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
+#include <kxTable.h>
 #include <python/kxInterpreter.h>
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
@@ -34,30 +35,325 @@ class tst_kxMenus : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        kxHostSettings().clear();
+        clear();
+        open();
+    }
+
     void cleanup() { _window.reset(); }
-    void recentFiles();
-    void welcome();
-    void guide();
-    void shortcuts_data();
-    void shortcuts();
-    void layoutIsKeptAndReset();
-    void menusInTheirOrder();
-    void savesWhereTheUserSays();
-    void closingAsks_data();
-    void closingAsks();
-    void errorsSayFileAndReason();
-    void dropped_data();
-    void dropped();
-    void keysOfObjects();
-    void oneKeyTwoActions();
-    void aScriptThatFailsShowsTheLog();
+
+    void recentFiles()
+    {
+        QVERIFY(recent().isEmpty());
+        const QString first = file("first"), second = file("second");
+        QVERIFY(_window->document().openFile(first) && _window->document().openFile(second));
+        QCOMPARE(recent(), QStringList({"second.kxs", "first.kxs", "", "Clear List"}));
+        const auto entry = [this](int i)
+        { return _window->findChild<QMenu*>("_fileMenu")->findChildren<QMenu*>().at(0)->actions().at(i); };
+        QCOMPARE(entry(1)->toolTip(), first);
+        entry(1)->trigger();
+        QVERIFY(_window->document().path() == first && recent().at(0) == "first.kxs");
+        QFile::remove(second);
+        _window->document().dialogs().showError = nullptr;
+        entry(1)->trigger();
+        QCOMPARE(recent(), QStringList({"first.kxs", "", "Clear List"}));
+        for (int i = 0; i < 14; ++i)
+            _window->document().recentFiles().add(path("x") + QString::number(i));
+        QCOMPARE(recent().size(), 12);
+        open(); // the next start
+        QVERIFY(recent().size() == 12 && recent().at(0) == "x13" && recent().at(9) == "x4");
+        entry(11)->trigger();
+        QVERIFY(recent().isEmpty() && kxRecentFiles().files().isEmpty());
+    }
+
+    void welcome()
+    {
+        auto* const welcome = _window->view()->findChild<kxWelcome*>();
+        const auto isInTheMiddle = [&]
+        {
+            const QPoint off = welcome->geometry().center() - _window->view()->rect().center();
+            return std::abs(off.x()) <= 1 && off.y() > 40 && _window->view()->rect().contains(welcome->geometry());
+        };
+        _window->resize(1500, 900);
+        QTRY_VERIFY(welcome->isVisible() && isInTheMiddle());
+        _window->resize(_window->width() - 120, _window->height() - 60);
+        QTRY_VERIFY(isInTheMiddle());
+        welcome->findChild<QPushButton*>("_welcomeBox")->click();
+        kxScene::the()->flush();
+        QVERIFY(!welcome->isVisible());
+        QCOMPARE(objectNames(), QStringList("Box"));
+        _window->document().startOver();
+        kxScene::the()->flush();
+        QVERIFY(welcome->isVisible());
+        welcome->findChild<QPushButton*>("_welcomeSample")->click();
+        QCOMPARE(_window->document().name(), QString("turntable.kxs"));
+    }
+
+    void guide()
+    {
+        const QPointer<QWidget> guide = opened<QWidget>("_actionUserGuide", "_guide");
+        QVERIFY(guide->isVisible());
+        auto* const browser = guide->findChild<QTextBrowser*>();
+        QVERIFY(browser->toPlainText().contains("Without a window") && browser->verticalScrollBar()->value() == 0);
+        int pictures = 0;
+        for (QTextBlock block = browser->document()->begin(); block.isValid(); block = block.next())
+            for (auto it = block.begin(); !it.atEnd(); ++it)
+                if (const QTextCharFormat format = it.fragment().charFormat(); format.isImageFormat())
+                {
+                    ++pictures;
+                    QVERIFY(format.toImageFormat().width() > 0.8 * browser->viewport()->width());
+                }
+        QVERIFY(pictures > 0);
+        auto* const escape = guide->findChild<QShortcut*>();
+        QCOMPARE(escape->key(), QKeySequence(QKeySequence::Cancel));
+        Q_EMIT escape->activated();
+        QTRY_VERIFY(guide.isNull());
+    }
+
+    void shortcuts_data()
+    {
+        kxColumns<QString, QStringList>("search", "shown");
+        QTest::newRow("a text") << "dupl" << QStringList{"Edit", "Duplicate|Ctrl+D"};
+        QTest::newRow("a key") << "f11" << QStringList{"File", "Render Image|F11"};
+        QTest::newRow("two keys, once") << "redo" << QStringList{"Edit", "Redo|Ctrl+Shift+Z, Ctrl+Y"};
+        QTest::newRow("of a tool") << "twirl" << QStringList{"Sorcery", "Twirl the curve|Ctrl+J"};
+        QTest::newRow("nothing") << "no such thing" << QStringList();
+        QTest::newRow("menus without keys") << "script" << QStringList();
+    }
+
+    void shortcuts()
+    {
+        QFETCH(QString, search);
+        QFETCH(QStringList, shown);
+        if (QTest::currentDataTag() == QByteArray("of a tool"))
+            kxShortcut::addKey("Sorcery", Qt::Key_J, Qt::ControlModifier, "Twirl the curve");
+        const QPointer<QDialog> dialog = opened<QDialog>("_actionKeyboardShortcuts", "_shortcutsDialog");
+        auto* const tree = dialog->findChild<QTreeWidget*>();
+        const auto rows = [tree](bool all)
+        {
+            QStringList texts;
+            for (QTreeWidgetItemIterator it(tree,
+                                            all ? QTreeWidgetItemIterator::All : QTreeWidgetItemIterator::NotHidden);
+                 *it != nullptr; ++it)
+                if (tree->visualItemRect(*it).isValid() || all)
+                    texts << (*it)->text(0) + ((*it)->parent() == nullptr ? "" : "|" + (*it)->text(1));
+            return texts;
+        };
+        QVERIFY(rows(true).contains("New|Ctrl+N") && !rows(true).contains("Script"));
+        QVERIFY(tree->columnWidth(0) > tree->columnWidth(1) && tree->isFirstColumnSpanned(0, QModelIndex()));
+        dialog->findChild<QLineEdit*>()->setText(search);
+        QCOMPARE(rows(false), shown);
+        dialog->findChild<QPushButton*>()->click();
+        QTRY_VERIFY(dialog.isNull());
+    }
+
+    void layoutIsKeptAndReset()
+    {
+        const int width = dock("Scene")->width();
+        _window->resizeDocks({dock("Scene")}, {width + 70}, Qt::Horizontal);
+        dock("Materials")->close();
+        dock("History")->setFloating(true);
+        dock("Console")->raise();
+        QVERIFY(_window->close());
+        open();
+        QVERIFY(!dock("Materials")->isVisible() && dock("History")->isFloating());
+        QVERIFY(std::abs(dock("Scene")->width() - width) > 30);
+        action("_actionResetLayout")->trigger();
+        QTRY_VERIFY(dock("Materials")->isVisible() && !dock("History")->isFloating());
+        QTRY_VERIFY(std::abs(dock("Scene")->width() - width) < 3);
+        QVERIFY(!dock("Log")->visibleRegion().isEmpty() && dock("Console")->visibleRegion().isEmpty());
+    }
+
+    void menusInTheirOrder()
+    {
+        const auto entries = [this](const char* name)
+        {
+            QStringList texts;
+            for (const QAction* const entry : _window->findChild<QMenu*>(name)->actions())
+                texts << (entry->isSeparator() ? "-" : entry->text().remove('&'));
+            return texts.join(' ');
+        };
+        QCOMPARE(entries("_fileMenu"), QString("New Open... Open Recent - Save Save As... - Import... Export glTF... - "
+                                               "Render Image... Render Frames... - Quit"));
+        QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
+        QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
+    }
+
+    void savesWhereTheUserSays()
+    {
+        addObject("A");
+        kxHostSettings().setValue("folder/scene", _folder.path()); // where the last one was
+        QTimer::singleShot(0, this, [] { qobject_cast<QDialog*>(QApplication::activeModalWidget())->accept(); });
+        action("_actionSaveAs")->trigger();
+        QCOMPARE(_window->document().path(), path("Untitled.kxs"));
+        QVERIFY(QFile::exists(path("Untitled.kxs")) && !_window->isWindowModified());
+    }
+
+    void closingAsks_data()
+    {
+        kxColumns<QString, bool>("button", "closes");
+        QTest::newRow("save") << "Save" << true;
+        QTest::newRow("don't") << "Don't Save" << true;
+        QTest::newRow("cancel") << "Cancel" << false;
+    }
+
+    void closingAsks()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, closes);
+        QVERIFY(_window->document().openFile(file("asked")));
+        kxSceneEdits::rename(objects().at(0), "Changed");
+        QVERIFY(_window->isWindowModified());
+        QString asked;
+        QTimer::singleShot(0, this,
+                           [&]
+                           {
+                               auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                               asked = box->text();
+                               QCOMPARE(box->iconPixmap().toImage(), iconOf("Warning"));
+                               for (QAbstractButton* const each : box->buttons())
+                                   if (each->text().remove('&') == button)
+                                       each->click();
+                           });
+        QCOMPARE(_window->close(), closes);
+        QVERIFY(asked.contains("asked.kxs"));
+        clear();
+        kxFileReport report("");
+        QVERIFY(_window->document().open(path("asked.kxs"), report));
+        QCOMPARE(objectNames(), QStringList(button == "Save" ? "Changed" : "ASKED"));
+    }
+
+    void errorsSayFileAndReason()
+    {
+        QFile broken(path("broken.kxs"));
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("nothing of a scene") > 0);
+        broken.close();
+        QString text;
+        QTimer::singleShot(0, this,
+                           [&text]
+                           {
+                               auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                               QCOMPARE(box->iconPixmap().toImage(), iconOf("Error"));
+                               text = box->text() + box->informativeText() + box->detailedText();
+                               box->accept();
+                           });
+        QVERIFY(!_window->document().openFile(broken.fileName()));
+        QVERIFY2(text.startsWith("The file can't be opened." + broken.fileName() + "\n\n"), qPrintable(text));
+        const auto isBusy = [] { return QGuiApplication::overrideCursor() != nullptr; };
+        QVERIFY(!isBusy());
+        _window->document().dialogs().busy("Opening...");
+        QVERIFY(isBusy() && _window->statusBar()->currentMessage() == "Opening...");
+        _window->document().dialogs().busy(QString());
+        QVERIFY(!isBusy() && _window->statusBar()->currentMessage().isEmpty());
+    }
+
+    void dropped_data()
+    {
+        kxColumns<bool, QStringList>("shift", "names");
+        QTest::newRow("the first is opened") << false << QStringList{"A", "b", "B"};
+        QTest::newRow("with Shift all join") << true << QStringList{"There", "a", "A", "b", "B"};
+    }
+
+    void dropped()
+    {
+        QFETCH(bool, shift);
+        QFETCH(QStringList, names);
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file("a")), QUrl::fromLocalFile(file("b"))});
+        addObject("There");
+        const Qt::KeyboardModifiers keys = shift ? Qt::ShiftModifier : Qt::NoModifier;
+        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, keys);
+        QApplication::sendEvent(_window.data(), &enter);
+        QDropEvent drop(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, keys);
+        QApplication::sendEvent(_window.data(), &drop);
+        QCoreApplication::processEvents();
+        QCOMPARE(objectNames(), names);
+        QVERIFY(enter.isAccepted() && (shift || _window->document().name() == "a.kxs"));
+    }
+
+    void keysOfObjects()
+    {
+        const osg::NodePtr a = addObject("A"), b = addObject("B");
+        kxScene::the()->flush();
+        QVERIFY(!action("_actionDuplicate")->isEnabled() && action("_actionSelectAll")->isEnabled());
+        kxSelection::the().selectNodes({b});
+        action("_actionShoworHide")->trigger();
+        QVERIFY(!b->isActive() && a->isActive());
+        action("_actionShoworHide")->trigger();
+        QVERIFY(b->isActive());
+        action("_actionSelectAll")->trigger();
+        QCOMPARE(kxSelection::the().nodes().size(), std::size_t(2));
+        action("_actionGroup")->trigger();
+        QCOMPARE(objectNames(), QStringList({"Group", "A", "B"}));
+        action("_actionDuplicate")->trigger();
+        QCOMPARE(objectNames(), QStringList({"Group", "A", "B", "Group_1", "A", "B"}));
+        action("_actionDelete")->trigger(); // the copy is selected
+        QCOMPARE(objectNames(), QStringList({"Group", "A", "B"}));
+    }
+
+    void oneKeyTwoActions()
+    {
+        // A tool's key that is one of the menus', too: the tool has it while it has the focus.
+        auto* const tool = new QLineEdit;
+        QAction other("other"), own("own");
+        own.setShortcut(QKeySequence::New);
+        other.setShortcut(QKeySequence::Open);
+        tool->addActions({&other, &own});
+        _window->dockManager()->add("Tool", "Scene", tool, QString(), QIcon(), "Tool", 0, true, nullptr);
+        _window->dockManager()->show("Tool");
+        _window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(_window.data()));
+        QSignalSpy ours(action("_actionNew"), &QAction::triggered), theirs(&own, &QAction::triggered);
+        const auto press = [this](QWidget* focused, bool isAmbiguous = true)
+        {
+            focused->setFocus();
+            QShortcutEvent event(QKeySequence::New, 0, isAmbiguous);
+            QApplication::sendEvent(_window.data(), &event);
+        };
+        press(tool);
+        QVERIFY(theirs.size() == 1 && ours.isEmpty());
+        press(_window->view());
+        QVERIFY(theirs.size() == 1 && ours.size() == 1);
+        own.setEnabled(false);
+        press(tool);
+        QVERIFY(theirs.size() == 1 && ours.size() == 2);
+        press(tool, false); // Qt's own affair
+        QCOMPARE(ours.size(), 2);
+    }
+
+    void aScriptThatFailsShowsTheLog()
+    {
+        dock("Log")->close();
+        QVERIFY(!_window->runScript(path("gone.py")).ok);
+        QVERIFY(dock("Log")->isVisible());
+    }
 
 private:
-    void open();
+    void open()
+    {
+        _window.reset(new kxMainWindow);
+        _window->finishLayout();
+        _window->document().newScene();
+        _window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
+    }
+
     QString path(const char* name) const { return _folder.filePath(QString::fromLatin1(name)); }
     /// A scene file with one object; the open scene is empty then.
-    QString file(const char* name);
+
+    QString file(const char* name)
+    {
+        addObject(qPrintable(QString::fromLatin1(name).toUpper()));
+        const QString path = _folder.filePath(QString::fromLatin1(name) + ".kxs");
+        kxFileReport report(path);
+        if (!_window->document().write(path, report))
+            qFatal("%s", qPrintable(report.message()));
+        _window->document().startOver();
+        return path;
+    }
+
     QAction* action(const char* name) const { return _window->findChild<QAction*>(QString::fromLatin1(name)); }
     QKXDockWidget* dock(const char* name) const { return _window->dockManager()->getDockWidget(name); }
     template <class T>
@@ -66,348 +362,32 @@ private:
         action(entry)->trigger();
         return _window->findChild<T*>(QString::fromLatin1(name));
     }
-    QStringList recent() const;
+
+    QStringList recent() const
+    {
+        const auto menus = _window->findChild<QMenu*>("_fileMenu")->findChildren<QMenu*>();
+        QStringList texts;
+        for (const QAction* const entry : menus.at(0)->actions())
+            texts << (menus.at(0)->isEnabled() ? entry->text() : "(off) " + entry->text());
+        return texts;
+    }
+
     static QImage iconOf(const char* name)
     {
         return kxIconManager::getIcon(QString::fromLatin1(name), QString()).pixmap(32).toImage();
     }
-    static QStringList objectNames();
+
+    static QStringList objectNames()
+    {
+        QStringList names;
+        for (const osg::NodePtr& node : objects())
+            names << QString::fromStdString(node->getNodeName());
+        return names;
+    }
 
     QTemporaryDir _folder;
     QScopedPointer<kxMainWindow> _window;
 };
-
-void tst_kxMenus::init()
-{
-    kxHostSettings().clear();
-    clear();
-    open();
-}
-
-void tst_kxMenus::open()
-{
-    _window.reset(new kxMainWindow);
-    _window->finishLayout();
-    _window->document().newScene();
-    _window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(_window.data()));
-}
-
-QString tst_kxMenus::file(const char* name)
-{
-    addObject(qPrintable(QString::fromLatin1(name).toUpper()));
-    const QString path = _folder.filePath(QString::fromLatin1(name) + ".kxs");
-    kxFileReport report(path);
-    if (!_window->document().write(path, report))
-        qFatal("%s", qPrintable(report.message()));
-    _window->document().startOver();
-    return path;
-}
-
-QStringList tst_kxMenus::recent() const
-{
-    const auto menus = _window->findChild<QMenu*>("_fileMenu")->findChildren<QMenu*>();
-    QStringList texts;
-    for (const QAction* const entry : menus.at(0)->actions())
-        texts << (menus.at(0)->isEnabled() ? entry->text() : "(off) " + entry->text());
-    return texts;
-}
-
-QStringList tst_kxMenus::objectNames()
-{
-    QStringList names;
-    for (const osg::NodePtr& node : objects())
-        names << QString::fromStdString(node->getNodeName());
-    return names;
-}
-
-void tst_kxMenus::recentFiles()
-{
-    QVERIFY(recent().isEmpty());
-    const QString first = file("first"), second = file("second");
-    QVERIFY(_window->document().openFile(first) && _window->document().openFile(second));
-    QCOMPARE(recent(), QStringList({"second.kxs", "first.kxs", "", "Clear List"}));
-    const auto entry = [this](int i)
-    { return _window->findChild<QMenu*>("_fileMenu")->findChildren<QMenu*>().at(0)->actions().at(i); };
-    QCOMPARE(entry(1)->toolTip(), first);
-    entry(1)->trigger();
-    QVERIFY(_window->document().path() == first && recent().at(0) == "first.kxs");
-    QFile::remove(second);
-    _window->document().dialogs().showError = nullptr;
-    entry(1)->trigger();
-    QCOMPARE(recent(), QStringList({"first.kxs", "", "Clear List"}));
-    for (int i = 0; i < 14; ++i)
-        _window->document().recentFiles().add(path("x") + QString::number(i));
-    QCOMPARE(recent().size(), 12);
-    open(); // the next start
-    QVERIFY(recent().size() == 12 && recent().at(0) == "x13" && recent().at(9) == "x4");
-    entry(11)->trigger();
-    QVERIFY(recent().isEmpty() && kxRecentFiles().files().isEmpty());
-}
-
-void tst_kxMenus::welcome()
-{
-    auto* const welcome = _window->view()->findChild<kxWelcome*>();
-    const auto isInTheMiddle = [&]
-    {
-        const QPoint off = welcome->geometry().center() - _window->view()->rect().center();
-        return std::abs(off.x()) <= 1 && off.y() > 40 && _window->view()->rect().contains(welcome->geometry());
-    };
-    _window->resize(1500, 900);
-    QTRY_VERIFY(welcome->isVisible() && isInTheMiddle());
-    _window->resize(_window->width() - 120, _window->height() - 60);
-    QTRY_VERIFY(isInTheMiddle());
-    welcome->findChild<QPushButton*>("_welcomeBox")->click();
-    kxScene::the()->flush();
-    QVERIFY(!welcome->isVisible());
-    QCOMPARE(objectNames(), QStringList("Box"));
-    _window->document().startOver();
-    kxScene::the()->flush();
-    QVERIFY(welcome->isVisible());
-    welcome->findChild<QPushButton*>("_welcomeSample")->click();
-    QCOMPARE(_window->document().name(), QString("turntable.kxs"));
-}
-
-void tst_kxMenus::guide()
-{
-    const QPointer<QWidget> guide = opened<QWidget>("_actionUserGuide", "_guide");
-    QVERIFY(guide->isVisible());
-    auto* const browser = guide->findChild<QTextBrowser*>();
-    QVERIFY(browser->toPlainText().contains("Without a window") && browser->verticalScrollBar()->value() == 0);
-    int pictures = 0;
-    for (QTextBlock block = browser->document()->begin(); block.isValid(); block = block.next())
-        for (auto it = block.begin(); !it.atEnd(); ++it)
-            if (const QTextCharFormat format = it.fragment().charFormat(); format.isImageFormat())
-            {
-                ++pictures;
-                QVERIFY(format.toImageFormat().width() > 0.8 * browser->viewport()->width());
-            }
-    QVERIFY(pictures > 0);
-    auto* const escape = guide->findChild<QShortcut*>();
-    QCOMPARE(escape->key(), QKeySequence(QKeySequence::Cancel));
-    Q_EMIT escape->activated();
-    QTRY_VERIFY(guide.isNull());
-}
-
-void tst_kxMenus::shortcuts_data()
-{
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<QStringList>("shown");
-    QTest::newRow("a text") << "dupl" << QStringList{"Edit", "Duplicate|Ctrl+D"};
-    QTest::newRow("a key") << "f11" << QStringList{"File", "Render Image|F11"};
-    QTest::newRow("two keys, once") << "redo" << QStringList{"Edit", "Redo|Ctrl+Shift+Z, Ctrl+Y"};
-    QTest::newRow("of a tool") << "twirl" << QStringList{"Sorcery", "Twirl the curve|Ctrl+J"};
-    QTest::newRow("nothing") << "no such thing" << QStringList();
-    QTest::newRow("menus without keys") << "script" << QStringList();
-}
-
-void tst_kxMenus::shortcuts()
-{
-    QFETCH(QString, search);
-    QFETCH(QStringList, shown);
-    if (QTest::currentDataTag() == QByteArray("of a tool"))
-        kxShortcut::addKey("Sorcery", Qt::Key_J, Qt::ControlModifier, "Twirl the curve");
-    const QPointer<QDialog> dialog = opened<QDialog>("_actionKeyboardShortcuts", "_shortcutsDialog");
-    auto* const tree = dialog->findChild<QTreeWidget*>();
-    const auto rows = [tree](bool all)
-    {
-        QStringList texts;
-        for (QTreeWidgetItemIterator it(tree, all ? QTreeWidgetItemIterator::All : QTreeWidgetItemIterator::NotHidden);
-             *it != nullptr; ++it)
-            if (tree->visualItemRect(*it).isValid() || all)
-                texts << (*it)->text(0) + ((*it)->parent() == nullptr ? "" : "|" + (*it)->text(1));
-        return texts;
-    };
-    QVERIFY(rows(true).contains("New|Ctrl+N") && !rows(true).contains("Script"));
-    QVERIFY(tree->columnWidth(0) > tree->columnWidth(1) && tree->isFirstColumnSpanned(0, QModelIndex()));
-    dialog->findChild<QLineEdit*>()->setText(search);
-    QCOMPARE(rows(false), shown);
-    dialog->findChild<QPushButton*>()->click();
-    QTRY_VERIFY(dialog.isNull());
-}
-
-void tst_kxMenus::layoutIsKeptAndReset()
-{
-    const int width = dock("Scene")->width();
-    _window->resizeDocks({dock("Scene")}, {width + 70}, Qt::Horizontal);
-    dock("Materials")->close();
-    dock("History")->setFloating(true);
-    dock("Console")->raise();
-    QVERIFY(_window->close());
-    open();
-    QVERIFY(!dock("Materials")->isVisible() && dock("History")->isFloating());
-    QVERIFY(std::abs(dock("Scene")->width() - width) > 30);
-    action("_actionResetLayout")->trigger();
-    QTRY_VERIFY(dock("Materials")->isVisible() && !dock("History")->isFloating());
-    QTRY_VERIFY(std::abs(dock("Scene")->width() - width) < 3);
-    QVERIFY(!dock("Log")->visibleRegion().isEmpty() && dock("Console")->visibleRegion().isEmpty());
-}
-
-void tst_kxMenus::menusInTheirOrder()
-{
-    const auto entries = [this](const char* name)
-    {
-        QStringList texts;
-        for (const QAction* const entry : _window->findChild<QMenu*>(name)->actions())
-            texts << (entry->isSeparator() ? "-" : entry->text().remove('&'));
-        return texts.join(' ');
-    };
-    QCOMPARE(entries("_fileMenu"), QString("New Open... Open Recent - Save Save As... - Import... Export glTF... - "
-                                           "Render Image... Render Frames... - Quit"));
-    QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
-    QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
-}
-
-void tst_kxMenus::savesWhereTheUserSays()
-{
-    addObject("A");
-    kxHostSettings().setValue("folder/scene", _folder.path()); // where the last one was
-    QTimer::singleShot(0, this, [] { qobject_cast<QDialog*>(QApplication::activeModalWidget())->accept(); });
-    action("_actionSaveAs")->trigger();
-    QCOMPARE(_window->document().path(), path("Untitled.kxs"));
-    QVERIFY(QFile::exists(path("Untitled.kxs")) && !_window->isWindowModified());
-}
-
-void tst_kxMenus::closingAsks_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<bool>("closes");
-    QTest::newRow("save") << "Save" << true;
-    QTest::newRow("don't") << "Don't Save" << true;
-    QTest::newRow("cancel") << "Cancel" << false;
-}
-
-void tst_kxMenus::closingAsks()
-{
-    QFETCH(QString, button);
-    QFETCH(bool, closes);
-    QVERIFY(_window->document().openFile(file("asked")));
-    kxSceneEdits::rename(objects().at(0), "Changed");
-    QVERIFY(_window->isWindowModified());
-    QString asked;
-    QTimer::singleShot(0, this,
-                       [&]
-                       {
-                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                           asked = box->text();
-                           QCOMPARE(box->iconPixmap().toImage(), iconOf("Warning"));
-                           for (QAbstractButton* const each : box->buttons())
-                               if (each->text().remove('&') == button)
-                                   each->click();
-                       });
-    QCOMPARE(_window->close(), closes);
-    QVERIFY(asked.contains("asked.kxs"));
-    clear();
-    kxFileReport report("");
-    QVERIFY(_window->document().open(path("asked.kxs"), report));
-    QCOMPARE(objectNames(), QStringList(button == "Save" ? "Changed" : "ASKED"));
-}
-
-void tst_kxMenus::errorsSayFileAndReason()
-{
-    QFile broken(path("broken.kxs"));
-    QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("nothing of a scene") > 0);
-    broken.close();
-    QString text;
-    QTimer::singleShot(0, this,
-                       [&text]
-                       {
-                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                           QCOMPARE(box->iconPixmap().toImage(), iconOf("Error"));
-                           text = box->text() + box->informativeText() + box->detailedText();
-                           box->accept();
-                       });
-    QVERIFY(!_window->document().openFile(broken.fileName()));
-    QVERIFY2(text.startsWith("The file can't be opened." + broken.fileName() + "\n\n"), qPrintable(text));
-    const auto isBusy = [] { return QGuiApplication::overrideCursor() != nullptr; };
-    QVERIFY(!isBusy());
-    _window->document().dialogs().busy("Opening...");
-    QVERIFY(isBusy() && _window->statusBar()->currentMessage() == "Opening...");
-    _window->document().dialogs().busy(QString());
-    QVERIFY(!isBusy() && _window->statusBar()->currentMessage().isEmpty());
-}
-
-void tst_kxMenus::dropped_data()
-{
-    QTest::addColumn<bool>("shift");
-    QTest::addColumn<QStringList>("names");
-    QTest::newRow("the first is opened") << false << QStringList{"A", "b", "B"};
-    QTest::newRow("with Shift all join") << true << QStringList{"There", "a", "A", "b", "B"};
-}
-
-void tst_kxMenus::dropped()
-{
-    QFETCH(bool, shift);
-    QFETCH(QStringList, names);
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(file("a")), QUrl::fromLocalFile(file("b"))});
-    addObject("There");
-    const Qt::KeyboardModifiers keys = shift ? Qt::ShiftModifier : Qt::NoModifier;
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, keys);
-    QApplication::sendEvent(_window.data(), &enter);
-    QDropEvent drop(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, keys);
-    QApplication::sendEvent(_window.data(), &drop);
-    QCoreApplication::processEvents();
-    QCOMPARE(objectNames(), names);
-    QVERIFY(enter.isAccepted() && (shift || _window->document().name() == "a.kxs"));
-}
-
-void tst_kxMenus::keysOfObjects()
-{
-    const osg::NodePtr a = addObject("A"), b = addObject("B");
-    kxScene::the()->flush();
-    QVERIFY(!action("_actionDuplicate")->isEnabled() && action("_actionSelectAll")->isEnabled());
-    kxSelection::the().selectNodes({b});
-    action("_actionShoworHide")->trigger();
-    QVERIFY(!b->isActive() && a->isActive());
-    action("_actionShoworHide")->trigger();
-    QVERIFY(b->isActive());
-    action("_actionSelectAll")->trigger();
-    QCOMPARE(kxSelection::the().nodes().size(), std::size_t(2));
-    action("_actionGroup")->trigger();
-    QCOMPARE(objectNames(), QStringList({"Group", "A", "B"}));
-    action("_actionDuplicate")->trigger();
-    QCOMPARE(objectNames(), QStringList({"Group", "A", "B", "Group_1", "A", "B"}));
-    action("_actionDelete")->trigger(); // the copy is selected
-    QCOMPARE(objectNames(), QStringList({"Group", "A", "B"}));
-}
-
-void tst_kxMenus::oneKeyTwoActions()
-{
-    // A tool's key that is one of the menus', too: the tool has it while it has the focus.
-    auto* const tool = new QLineEdit;
-    QAction other("other"), own("own");
-    own.setShortcut(QKeySequence::New);
-    other.setShortcut(QKeySequence::Open);
-    tool->addActions({&other, &own});
-    _window->dockManager()->add("Tool", "Scene", tool, QString(), QIcon(), "Tool", 0, true, nullptr);
-    _window->dockManager()->show("Tool");
-    _window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(_window.data()));
-    QSignalSpy ours(action("_actionNew"), &QAction::triggered), theirs(&own, &QAction::triggered);
-    const auto press = [this](QWidget* focused, bool isAmbiguous = true)
-    {
-        focused->setFocus();
-        QShortcutEvent event(QKeySequence::New, 0, isAmbiguous);
-        QApplication::sendEvent(_window.data(), &event);
-    };
-    press(tool);
-    QVERIFY(theirs.size() == 1 && ours.isEmpty());
-    press(_window->view());
-    QVERIFY(theirs.size() == 1 && ours.size() == 1);
-    own.setEnabled(false);
-    press(tool);
-    QVERIFY(theirs.size() == 1 && ours.size() == 2);
-    press(tool, false); // Qt's own affair
-    QCOMPARE(ours.size(), 2);
-}
-
-void tst_kxMenus::aScriptThatFailsShowsTheLog()
-{
-    dock("Log")->close();
-    QVERIFY(!_window->runScript(path("gone.py")).ok);
-    QVERIFY(dock("Log")->isVisible());
-}
 
 QTEST_MAIN(tst_kxMenus)
 #include "tst_kxMenus.moc"

@@ -83,286 +83,281 @@ class tst_kxPanels : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { clear(); }
-    void materialsFollowTheScene();
-    void materialsAndTheSelection();
-    void materialButtons_data();
-    void materialButtons();
-    void logShows_data();
-    void logShows();
-    void logCopies();
-    void logStaysAtItsEnd();
-    void preferencesDialog_data();
-    void preferencesDialog();
-    void pagesComeAndGo();
-};
 
-void tst_kxPanels::materialsFollowTheScene()
-{
-    const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue"), bare = addMaterial("");
-    addSurface("A", blue);
-    addSurface("B", blue);
-    kxScene::the()->flush();
-    kxMaterialPanel panel;
-    const auto* const list = panel.findChild<QListView*>("_materialList");
-    QAbstractItemModelTester tester(list->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    const auto at = [list](int row, int role) { return list->model()->index(row, 0).data(role); };
-    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
-    QCOMPARE(at(0, Qt::ToolTipRole).toString(), QString("Shown by no object"));
-    QVERIFY(at(1, Qt::ToolTipRole).toString().contains("2") && at(0, Qt::ForegroundRole) != at(1, Qt::ForegroundRole));
-    // A name by the user, and a look by whoever.
-    const osg::UberMaterialPtr look = osg::UberMaterialPtr::dcast(blue);
-    const auto ball = [&at]
-    { return at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(kxMaterialModel::SwatchSize / 2, 22); };
-    const QColor grey = ball();
-    look->setBaseColor(osg::Color3f(0, 0, 0.9f));
-    QVERIFY(ball().blue() > 2 * ball().red() && ball() != grey);
-    const auto corner = [&at](int x, int y)
-    { return QColor(at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixel(x, y)).name(); };
-    const QStringList spots{corner(10, 9), corner(20, 12), corner(15, 24), corner(26, 15)};
-    QCOMPARE(spots, QStringList({"#8080f8", "#0000d3", "#00009e", "#000092"})); // light, body, shade
-    look->setEmissive(osg::Color3f(0, 0.7f, 0));
-    QVERIFY(ball().green() > 150 && ball().blue() > 100);
-    QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));
-    QVERIFY(!list->model()->setData(list->model()->index(1, 0), "Sea", Qt::DisplayRole));
-    QCOMPARE(QString::fromStdString(blue->getNodeName()), QString("Sky"));
-    kxSelection::the().setIds(kxSelection::Materials, {bare.getFieldContainerId()});
-    kxSceneEdits::deleteMaterials({red});
-    kxScene::the()->flush();
-    QCOMPARE(lines(panel, "_materialList"), QStringList({"Sky", "(unnamed)"}));
-    QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
-    kxUndoStack::get(0).stack()->setIndex(0);
-    kxScene::the()->flush();
-    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
-    kxScene::the()->subMaterial(red); // moved to the end within one turn
-    kxScene::the()->addMaterial(red);
-    kxScene::the()->flush();
-    QCOMPARE(lines(panel, "_materialList"), QStringList({"Blue", "(unnamed)", "Red"}));
-    QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
-}
+    void materialsFollowTheScene()
+    {
+        const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue"), bare = addMaterial("");
+        addSurface("A", blue);
+        addSurface("B", blue);
+        kxScene::the()->flush();
+        kxMaterialPanel panel;
+        const auto* const list = panel.findChild<QListView*>("_materialList");
+        QAbstractItemModelTester tester(list->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const auto at = [list](int row, int role) { return list->model()->index(row, 0).data(role); };
+        QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
+        QCOMPARE(at(0, Qt::ToolTipRole).toString(), QString("Shown by no object"));
+        QVERIFY(at(1, Qt::ToolTipRole).toString().contains("2") &&
+                at(0, Qt::ForegroundRole) != at(1, Qt::ForegroundRole));
+        // A name by the user, and a look by whoever.
+        const osg::UberMaterialPtr look = osg::UberMaterialPtr::dcast(blue);
+        const auto ball = [&at] {
+            return at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(kxMaterialModel::SwatchSize / 2, 22);
+        };
+        const QColor grey = ball();
+        look->setBaseColor(osg::Color3f(0, 0, 0.9f));
+        QVERIFY(ball().blue() > 2 * ball().red() && ball() != grey);
+        const auto corner = [&at](int x, int y)
+        { return QColor(at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixel(x, y)).name(); };
+        const QStringList spots{corner(10, 9), corner(20, 12), corner(15, 24), corner(26, 15)};
+        QCOMPARE(spots, QStringList({"#8080f8", "#0000d3", "#00009e", "#000092"})); // light, body, shade
+        look->setEmissive(osg::Color3f(0, 0.7f, 0));
+        QVERIFY(ball().green() > 150 && ball().blue() > 100);
+        QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));
+        QVERIFY(!list->model()->setData(list->model()->index(1, 0), "Sea", Qt::DisplayRole));
+        QCOMPARE(QString::fromStdString(blue->getNodeName()), QString("Sky"));
+        kxSelection::the().setIds(kxSelection::Materials, {bare.getFieldContainerId()});
+        kxSceneEdits::deleteMaterials({red});
+        kxScene::the()->flush();
+        QCOMPARE(lines(panel, "_materialList"), QStringList({"Sky", "(unnamed)"}));
+        QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
+        kxUndoStack::get(0).stack()->setIndex(0);
+        kxScene::the()->flush();
+        QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue", "(unnamed)"}));
+        kxScene::the()->subMaterial(red); // moved to the end within one turn
+        kxScene::the()->addMaterial(red);
+        kxScene::the()->flush();
+        QCOMPARE(lines(panel, "_materialList"), QStringList({"Blue", "(unnamed)", "Red"}));
+        QCOMPARE(list->selectionModel()->selectedIndexes(), {list->model()->index(1, 0)});
+    }
 
-void tst_kxPanels::materialsAndTheSelection()
-{
-    const std::vector<osg::MaterialPtr> all{addMaterial("A"), addMaterial("B"), addMaterial("C")};
-    kxScene::the()->flush();
-    kxMaterialPanel panel;
-    QListView* const list = panel.findChild<QListView*>("_materialList");
-    const auto row = [list](int index) { return list->model()->index(index, 0); };
-    QVERIFY(!panel.findChild<QLabel*>()->isVisibleTo(&panel)); // there is something to see from the start
-    kxSelection::the().selectMaterials({all[1], all[2]});
-    QCOMPARE(list->selectionModel()->selectedIndexes(), QModelIndexList({row(1), row(2)}));
-    list->selectionModel()->select(row(1), QItemSelectionModel::Deselect);
-    QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[2]});
-    list->setCurrentIndex(row(0));
-    QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[0]});
-    kxSelection::the().selectMaterials({});
-    QVERIFY(!list->selectionModel()->hasSelection());
-}
+    void materialsAndTheSelection()
+    {
+        const std::vector<osg::MaterialPtr> all{addMaterial("A"), addMaterial("B"), addMaterial("C")};
+        kxScene::the()->flush();
+        kxMaterialPanel panel;
+        QListView* const list = panel.findChild<QListView*>("_materialList");
+        const auto row = [list](int index) { return list->model()->index(index, 0); };
+        QVERIFY(!panel.findChild<QLabel*>()->isVisibleTo(&panel)); // there is something to see from the start
+        kxSelection::the().selectMaterials({all[1], all[2]});
+        QCOMPARE(list->selectionModel()->selectedIndexes(), QModelIndexList({row(1), row(2)}));
+        list->selectionModel()->select(row(1), QItemSelectionModel::Deselect);
+        QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[2]});
+        list->setCurrentIndex(row(0));
+        QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[0]});
+        kxSelection::the().selectMaterials({});
+        QVERIFY(!list->selectionModel()->hasSelection());
+    }
 
-void tst_kxPanels::materialButtons_data()
-{
-    kxColumns<QString, bool, bool, bool, QStringList, QString>("button", "material", "object", "isEnabled", "names",
-                                                               "shown");
-    const QStringList two{"Red", "Blue"};
-    kxRow("add", QString("_addMaterial"), false, false, true, two + QStringList("Material"), QString("Red"));
-    kxRow("duplicate", QString("_duplicateMaterial"), true, false, true, two + QStringList("Blue_1"), QString("Red"));
-    kxRow("nothing to duplicate", QString("_duplicateMaterial"), false, true, false, two, QString("Red"));
-    kxRow("assign", QString("_assignMaterial"), true, true, true, two, QString("Blue"));
-    kxRow("assign to nothing", QString("_assignMaterial"), true, false, false, two, QString("Red"));
-    kxRow("assign nothing", QString("_assignMaterial"), false, true, false, two, QString("Red"));
-    kxRow("delete", QString("_deleteMaterial"), true, false, true, QStringList("Red"), QString("Red"));
-    kxRow("nothing to delete", QString("_deleteMaterial"), false, false, false, two, QString("Red"));
-}
+    void materialButtons_data()
+    {
+        kxColumns<QString, bool, bool, bool, QStringList, QString>("button", "material", "object", "isEnabled", "names",
+                                                                   "shown");
+        const QStringList two{"Red", "Blue"};
+        kxRow("add", QString("_addMaterial"), false, false, true, two + QStringList("Material"), QString("Red"));
+        kxRow("duplicate", QString("_duplicateMaterial"), true, false, true, two + QStringList("Blue_1"),
+              QString("Red"));
+        kxRow("nothing to duplicate", QString("_duplicateMaterial"), false, true, false, two, QString("Red"));
+        kxRow("assign", QString("_assignMaterial"), true, true, true, two, QString("Blue"));
+        kxRow("assign to nothing", QString("_assignMaterial"), true, false, false, two, QString("Red"));
+        kxRow("assign nothing", QString("_assignMaterial"), false, true, false, two, QString("Red"));
+        kxRow("delete", QString("_deleteMaterial"), true, false, true, QStringList("Red"), QString("Red"));
+        kxRow("nothing to delete", QString("_deleteMaterial"), false, false, false, two, QString("Red"));
+    }
 
-void tst_kxPanels::materialButtons()
-{
-    QFETCH(QString, button);
-    QFETCH(bool, material);
-    QFETCH(bool, object);
-    QFETCH(bool, isEnabled);
-    QFETCH(QStringList, names);
-    QFETCH(QString, shown);
-    const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue");
-    const osg::NodePtr surface = addSurface("Surface", red), group = addObject("Group");
-    kxScene::the()->flush();
-    kxMaterialPanel panel;
-    if (material)
+    void materialButtons()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, material);
+        QFETCH(bool, object);
+        QFETCH(bool, isEnabled);
+        QFETCH(QStringList, names);
+        QFETCH(QString, shown);
+        const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue");
+        const osg::NodePtr surface = addSurface("Surface", red), group = addObject("Group");
+        kxScene::the()->flush();
+        kxMaterialPanel panel;
+        if (material)
+            kxSelection::the().selectMaterials({blue});
+        if (object)
+            kxSelection::the().selectNodes({surface});
+        const int steps = kxUndoStack::get(0).stack()->count();
+        auto* const tool = panel.findChild<QToolButton*>(button);
+        QCOMPARE(tool->isEnabled(), isEnabled);
+        tool->click();
+        kxScene::the()->flush();
+        QCOMPARE(lines(panel, "_materialList"), names);
+        const auto shownMaterial = [&surface]
+        { return osg::GeometryPtr::dcast(surface->getCore())->getMaterial()->getNodeName(); };
+        QCOMPARE(QString::fromStdString(shownMaterial()), shown);
+        if (button == "_addMaterial")
+            QCOMPARE(kxSelection::the().materials().front()->getNodeName(), std::string("Material"));
+        kxUndoStack::get(0).stack()->setIndex(steps);
+        kxScene::the()->flush();
+        QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue"}));
+        QCOMPARE(QString::fromStdString(shownMaterial()), QString("Red"));
+        // What has no surface is refused with a word.
+        kxLogModel::the().clear();
         kxSelection::the().selectMaterials({blue});
-    if (object)
-        kxSelection::the().selectNodes({surface});
-    const int steps = kxUndoStack::get(0).stack()->count();
-    auto* const tool = panel.findChild<QToolButton*>(button);
-    QCOMPARE(tool->isEnabled(), isEnabled);
-    tool->click();
-    kxScene::the()->flush();
-    QCOMPARE(lines(panel, "_materialList"), names);
-    const auto shownMaterial = [&surface]
-    { return osg::GeometryPtr::dcast(surface->getCore())->getMaterial()->getNodeName(); };
-    QCOMPARE(QString::fromStdString(shownMaterial()), shown);
-    if (button == "_addMaterial")
-        QCOMPARE(kxSelection::the().materials().front()->getNodeName(), std::string("Material"));
-    kxUndoStack::get(0).stack()->setIndex(steps);
-    kxScene::the()->flush();
-    QCOMPARE(lines(panel, "_materialList"), QStringList({"Red", "Blue"}));
-    QCOMPARE(QString::fromStdString(shownMaterial()), QString("Red"));
-    // What has no surface is refused with a word.
-    kxLogModel::the().clear();
-    kxSelection::the().selectMaterials({blue});
-    kxSelection::the().selectNodes({group});
-    panel.findChild<QToolButton*>("_assignMaterial")->click();
-    QCOMPARE(kxLogModel::the().entries().size(), std::size_t(1));
-}
-
-void tst_kxPanels::logShows_data()
-{
-    kxColumns<int, QString, QStringList>("level", "search", "shown");
-    kxRow("all", 0, QString(), QStringList({"Opened", "read 5", "left out 2", "broken 5"}));
-    kxRow("warnings", 1, QString(), QStringList({"left out 2", "broken 5"}));
-    kxRow("errors", 2, QString(), QStringList({"broken 5"}));
-    kxRow("a word", 0, QString(" BROKEN "), QStringList({"broken 5"}));
-    kxRow("a word of a level", 1, QString("5"), QStringList({"broken 5"}));
-}
-
-void tst_kxPanels::logShows()
-{
-    QFETCH(int, level);
-    QFETCH(QString, search);
-    QFETCH(QStringList, shown);
-    kxLogModel::the().clear();
-    kxLogModel::the().startScene("Opened");
-    kxLog::info(QString("read 5"));
-    kxLogPanel panel;
-    const auto* const hint = panel.findChild<QLabel*>(); // over all of the list while it is empty
-    panel.resize(400, 300);
-    panel.show();
-    panel.findChild<QComboBox*>("_level")->setCurrentIndex(level);
-    QCOMPARE(hint->isVisible(), lines(panel, "_lines").isEmpty());
-    panel.findChild<QLineEdit*>("_search")->setText(search);
-    kxLog::warning("left out 2");
-    kxLog::error("broken 5");
-    QCOMPARE(lines(panel, "_lines"), shown);
-    button(panel, "_clearLog")->click();
-    QCOMPARE(lines(panel, "_lines"), QStringList());
-    QVERIFY(hint->isVisible() && hint->size() == hint->parentWidget()->size());
-}
-
-void tst_kxPanels::logCopies()
-{
-    kxLogModel::the().clear();
-    kxLogPanel panel;
-    kxLogModel::the().startScene("Opened");
-    kxLog::warning("left out");
-    kxLog::info(QString("read"));
-    auto* const list = panel.findChild<QListView*>("_lines");
-    const auto row = [list](int index) { return list->model()->index(index, 0); };
-    QVERIFY(row(0).data(Qt::FontRole).value<QFont>().bold() && !row(2).data(Qt::FontRole).isValid());
-    QVERIFY(row(2).data(Qt::ForegroundRole).isValid() && !row(0).data(Qt::ForegroundRole).isValid() &&
-            !row(1).data(Qt::ForegroundRole).isValid());
-    QCOMPARE(row(1).data(Qt::AccessibleTextRole).toString(), QString("warning: left out"));
-    const auto copied = [&panel]
-    {
-        button(panel, "_copyLog")->click();
-        return QApplication::clipboard()->text().split('\n');
-    };
-    QCOMPARE(copied().size(), 3);
-    QVERIFY(copied().at(1).contains("warning  left out") && copied().at(2).startsWith(QString::number(2)));
-    panel.resize(400, 300);
-    panel.show();
-    for (const int index : {2, 0})
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier, list->visualRect(row(index)).center());
-    QVERIFY(copied().size() == 2 && copied().at(0).endsWith("Opened") && copied().at(1).endsWith("read"));
-}
-
-void tst_kxPanels::logStaysAtItsEnd()
-{
-    kxLogModel::the().clear();
-    kxLogPanel panel;
-    panel.resize(300, 150);
-    panel.show();
-    auto* const list = panel.findChild<QListView*>("_lines");
-    const QScrollBar* const bar = list->verticalScrollBar();
-    const auto write = [](int count)
-    {
-        for (int i = 0; i < count; ++i)
-            kxLog::info(QString::number(i));
-        QCoreApplication::processEvents();
-    };
-    write(60);
-    QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
-    list->verticalScrollBar()->setValue(bar->maximum() / 2);
-    const int looked = bar->value(), before = bar->maximum();
-    write(5);
-    QTRY_VERIFY(bar->maximum() > before);
-    QCOMPARE(bar->value(), looked);
-    write(int(kxLogModel::Capacity)); // the oldest lines go
-    QCOMPARE(list->model()->rowCount(), int(kxLogModel::Capacity));
-    QCOMPARE(list->model()->index(0, 0).data().toString(), QString("0"));
-}
-
-void tst_kxPanels::preferencesDialog_data()
-{
-    kxColumns<int, int, int, int, bool>("button", "first", "second", "secondShown", "open");
-    kxRow("OK", int(QDialogButtonBox::Ok), 31, 32, 32, false);
-    kxRow("Apply", int(QDialogButtonBox::Apply), 31, 32, 32, true);
-    kxRow("Cancel", int(QDialogButtonBox::Cancel), 0, 0, 7, false);
-    kxRow("Restore Defaults", int(QDialogButtonBox::RestoreDefaults), 0, 7, 7, true); // of the page that is shown
-}
-
-void tst_kxPanels::preferencesDialog()
-{
-    QFETCH(int, button);
-    Page first("First"), second("Second");
-    kxPreferencesDialog dialog(nullptr);
-    kxPreferencesStore::the().initialisePages();
-    kxPreferencesStore::the().restoreDefaults(&first);
-    kxPreferencesStore::the().restoreDefaults(&second);
-    first.applied = second.applied = 0;
-    dialog.openPage(QString());
-    QVERIFY(first.field->isVisible() && !second.field->isVisible());
-    dialog.openPage("Second");
-    QVERIFY(second.field->isVisible() && !first.field->isVisible());
-    auto* const buttons = dialog.findChild<QDialogButtonBox*>();
-    const QRect names = dialog.findChild<QListWidget*>()->geometry(),
-                page = dialog.findChild<QStackedWidget*>()->geometry();
-    QVERIFY(names.right() < page.left() && page.right() + 20 > dialog.width() && page.bottom() < buttons->y());
-    dialog.openPage("Nobody");
-    QVERIFY(second.field->isVisible() && second.field->value() == 7);
-    dialog.findChild<QListWidget*>()->setCurrentRow(0);
-    QVERIFY(first.field->isVisible() && !second.field->isVisible());
-    dialog.openPage("Second");
-    first.field->setValue(31);
-    second.field->setValue(32);
-    buttons->button(QDialogButtonBox::StandardButton(button))->click();
-    QTEST(first.applied, "first");
-    QTEST(second.applied, "second");
-    QTEST(dialog.isVisible(), "open");
-    dialog.openPage(QString()); // shows what holds
-    QTEST(second.field->value(), "secondShown");
-}
-
-void tst_kxPanels::pagesComeAndGo()
-{
-    {
-        kxPreferencesDialog dialog(nullptr);
-        dialog.openPage(QString());
-        QVERIFY(dialog.findChild<QStackedWidget*>()->findChild<QLabel*>()->isVisible()); // that there is nothing to set
-        QVERIFY(!dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->isEnabled());
+        kxSelection::the().selectNodes({group});
+        panel.findChild<QToolButton*>("_assignMaterial")->click();
+        QCOMPARE(kxLogModel::the().entries().size(), std::size_t(1));
     }
-    Page stays("Stays");
+
+    void logShows_data()
     {
-        kxPreferencesDialog dialog(nullptr);
-        dialog.openPage("Stays");
-        const auto* const names = dialog.findChild<QListWidget*>();
-        const int before = names->count();
+        kxColumns<int, QString, QStringList>("level", "search", "shown");
+        kxRow("all", 0, QString(), QStringList({"Opened", "read 5", "left out 2", "broken 5"}));
+        kxRow("warnings", 1, QString(), QStringList({"left out 2", "broken 5"}));
+        kxRow("errors", 2, QString(), QStringList({"broken 5"}));
+        kxRow("a word", 0, QString(" BROKEN "), QStringList({"broken 5"}));
+        kxRow("a word of a level", 1, QString("5"), QStringList({"broken 5"}));
+    }
+
+    void logShows()
+    {
+        QFETCH(int, level);
+        QFETCH(QString, search);
+        QFETCH(QStringList, shown);
+        kxLogModel::the().clear();
+        kxLogModel::the().startScene("Opened");
+        kxLog::info(QString("read 5"));
+        kxLogPanel panel;
+        const auto* const hint = panel.findChild<QLabel*>(); // over all of the list while it is empty
+        panel.resize(400, 300);
+        panel.show();
+        panel.findChild<QComboBox*>("_level")->setCurrentIndex(level);
+        QCOMPARE(hint->isVisible(), lines(panel, "_lines").isEmpty());
+        panel.findChild<QLineEdit*>("_search")->setText(search);
+        kxLog::warning("left out 2");
+        kxLog::error("broken 5");
+        QCOMPARE(lines(panel, "_lines"), shown);
+        button(panel, "_clearLog")->click();
+        QCOMPARE(lines(panel, "_lines"), QStringList());
+        QVERIFY(hint->isVisible() && hint->size() == hint->parentWidget()->size());
+    }
+
+    void logCopies()
+    {
+        kxLogModel::the().clear();
+        kxLogPanel panel;
+        kxLogModel::the().startScene("Opened");
+        kxLog::warning("left out");
+        kxLog::info(QString("read"));
+        auto* const list = panel.findChild<QListView*>("_lines");
+        const auto row = [list](int index) { return list->model()->index(index, 0); };
+        QVERIFY(row(0).data(Qt::FontRole).value<QFont>().bold() && !row(2).data(Qt::FontRole).isValid());
+        QVERIFY(row(2).data(Qt::ForegroundRole).isValid() && !row(0).data(Qt::ForegroundRole).isValid() &&
+                !row(1).data(Qt::ForegroundRole).isValid());
+        QCOMPARE(row(1).data(Qt::AccessibleTextRole).toString(), QString("warning: left out"));
+        const auto copied = [&panel]
         {
-            Page guest("Guest");
-            QTRY_COMPARE(names->count(), before + 1);
-            QVERIFY(stays.field->isVisible() && !guest.field->isVisible()); // nothing changes under the user's hands
-        }
-        QTRY_COMPARE(names->count(), before);
-        QVERIFY(stays.field->isVisible());
+            button(panel, "_copyLog")->click();
+            return QApplication::clipboard()->text().split('\n');
+        };
+        QCOMPARE(copied().size(), 3);
+        QVERIFY(copied().at(1).contains("warning  left out") && copied().at(2).startsWith(QString::number(2)));
+        panel.resize(400, 300);
+        panel.show();
+        for (const int index : {2, 0})
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                              list->visualRect(row(index)).center());
+        QVERIFY(copied().size() == 2 && copied().at(0).endsWith("Opened") && copied().at(1).endsWith("read"));
     }
-    QVERIFY(!stays.field.isNull() && !stays.field->isVisible()); // outlives the dialog
-}
+
+    void logStaysAtItsEnd()
+    {
+        kxLogModel::the().clear();
+        kxLogPanel panel;
+        panel.resize(300, 150);
+        panel.show();
+        auto* const list = panel.findChild<QListView*>("_lines");
+        const QScrollBar* const bar = list->verticalScrollBar();
+        const auto write = [](int count)
+        {
+            for (int i = 0; i < count; ++i)
+                kxLog::info(QString::number(i));
+            QCoreApplication::processEvents();
+        };
+        write(60);
+        QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+        list->verticalScrollBar()->setValue(bar->maximum() / 2);
+        const int looked = bar->value(), before = bar->maximum();
+        write(5);
+        QTRY_VERIFY(bar->maximum() > before);
+        QCOMPARE(bar->value(), looked);
+        write(int(kxLogModel::Capacity)); // the oldest lines go
+        QCOMPARE(list->model()->rowCount(), int(kxLogModel::Capacity));
+        QCOMPARE(list->model()->index(0, 0).data().toString(), QString("0"));
+    }
+
+    void preferencesDialog_data()
+    {
+        kxColumns<int, int, int, int, bool>("button", "first", "second", "secondShown", "open");
+        kxRow("OK", int(QDialogButtonBox::Ok), 31, 32, 32, false);
+        kxRow("Apply", int(QDialogButtonBox::Apply), 31, 32, 32, true);
+        kxRow("Cancel", int(QDialogButtonBox::Cancel), 0, 0, 7, false);
+        kxRow("Restore Defaults", int(QDialogButtonBox::RestoreDefaults), 0, 7, 7, true); // of the page that is shown
+    }
+
+    void preferencesDialog()
+    {
+        QFETCH(int, button);
+        Page first("First"), second("Second");
+        kxPreferencesDialog dialog(nullptr);
+        kxPreferencesStore::the().initialisePages();
+        kxPreferencesStore::the().restoreDefaults(&first);
+        kxPreferencesStore::the().restoreDefaults(&second);
+        first.applied = second.applied = 0;
+        dialog.openPage(QString());
+        QVERIFY(first.field->isVisible() && !second.field->isVisible());
+        dialog.openPage("Second");
+        QVERIFY(second.field->isVisible() && !first.field->isVisible());
+        auto* const buttons = dialog.findChild<QDialogButtonBox*>();
+        const QRect names = dialog.findChild<QListWidget*>()->geometry(),
+                    page = dialog.findChild<QStackedWidget*>()->geometry();
+        QVERIFY(names.right() < page.left() && page.right() + 20 > dialog.width() && page.bottom() < buttons->y());
+        dialog.openPage("Nobody");
+        QVERIFY(second.field->isVisible() && second.field->value() == 7);
+        dialog.findChild<QListWidget*>()->setCurrentRow(0);
+        QVERIFY(first.field->isVisible() && !second.field->isVisible());
+        dialog.openPage("Second");
+        first.field->setValue(31);
+        second.field->setValue(32);
+        buttons->button(QDialogButtonBox::StandardButton(button))->click();
+        QTEST(first.applied, "first");
+        QTEST(second.applied, "second");
+        QTEST(dialog.isVisible(), "open");
+        dialog.openPage(QString()); // shows what holds
+        QTEST(second.field->value(), "secondShown");
+    }
+
+    void pagesComeAndGo()
+    {
+        {
+            kxPreferencesDialog dialog(nullptr);
+            dialog.openPage(QString());
+            QVERIFY(
+                dialog.findChild<QStackedWidget*>()->findChild<QLabel*>()->isVisible()); // that there is nothing to set
+            QVERIFY(!dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->isEnabled());
+        }
+        Page stays("Stays");
+        {
+            kxPreferencesDialog dialog(nullptr);
+            dialog.openPage("Stays");
+            const auto* const names = dialog.findChild<QListWidget*>();
+            const int before = names->count();
+            {
+                Page guest("Guest");
+                QTRY_COMPARE(names->count(), before + 1);
+                QVERIFY(stays.field->isVisible() &&
+                        !guest.field->isVisible()); // nothing changes under the user's hands
+            }
+            QTRY_COMPARE(names->count(), before);
+            QVERIFY(stays.field->isVisible());
+        }
+        QVERIFY(!stays.field.isNull() && !stays.field->isVisible()); // outlives the dialog
+    }
+};
 
 QTEST_MAIN(tst_kxPanels)
 #include "tst_kxPanels.moc"

@@ -32,17 +32,214 @@ class tst_kxPropertyPanel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        clear();
+        _panel.reset(new kxPropertyPanel);
+        _panel->show();
+    }
+
     void cleanup() { _panel.reset(); }
-    void showsTheFields_data();
-    void showsTheFields();
-    void choicesAndBoxes();
-    void coloursAreChosen();
-    void typedValueGoesToAll();
-    void aDragIsOneStep();
-    void marksWhatIsDriven();
-    void survivesTheEndOfItsObject();
-    void followsOnce();
+
+    void showsTheFields_data()
+    {
+        const QStringList placed{"Visible yes", "Position 1.000 2.500 -3.000", "Rotation 10.00° 20.00° 30.00°",
+                                 "Orientation 0.00° 0.00° 0.00°", "Scale 1.000 2.000 4.000"};
+        const QStringList material{
+            "Base colour 0.800 0.800 0.800", "Metallic 0.750",  "Roughness 0.500",    "Opacity 1.000",
+            "Emissive 0.000 0.000 0.000",    "Double-sided no", "Cut-out below 0.000"};
+        kxColumns<QString, QStringList>("kind", "shown");
+        kxRow("transform", QString("transform"), placed);
+        kxRow("surface", QString("surface"), placed + QStringList("Material Steel") + material);
+        kxRow("camera", QString("camera"),
+              placed + QStringList({"Field of view 37.85°", "Focal length 35.00 mm", "Near 0.1000", "Far 10000.00"}));
+        kxRow("light", QString("light"),
+              placed + QStringList(
+                           {"Kind Directional", "Colour 1.000 1.000 1.000", "Intensity 1.000", "Cone angle 45.00°"}));
+        kxRow("material", QString("material"), material);
+        kxRow("variants", QString("variants"), placed + QStringList("Shown child 0"));
+    }
+
+    void showsTheFields()
+    {
+        QFETCH(QString, kind);
+        const osg::MaterialPtr steel = addMaterial("Steel");
+        osg::UberMaterialPtr::dcast(steel)->setMetallic(0.75f);
+        const osg::NodePtr node = kind == "surface" ? addSurface("Node", steel) : addObject("Node");
+        if (kind == "camera")
+            node->setCore(osg::Camera::create());
+        else if (kind == "light")
+            node->setCore(osg::Light::create());
+        else if (kind == "variants")
+            node->setCore(osg::Switch::create());
+        if (const osg::TransformPtr place = osg::TransformPtr::dcast(node->getCore()); place != osg::NullFC)
+        {
+            place->setTranslation(osg::Vec3f(1, 2.5f, -3));
+            place->setEulerRotation(osg::Vec3f(10, 20, 30));
+            place->setScale(osg::Vec3f(1, 2, 4));
+        }
+        if (kind == "material")
+            kxSelection::the().selectMaterials({steel});
+        else
+            select({node});
+        QCoreApplication::processEvents();
+        QStringList shown;
+        for (const kxPropertyRow* const row : _panel->findChildren<kxPropertyRow*>())
+        {
+            shown << row->label();
+            for (const QWidget* const part : row->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+                if (const auto* const spinner = qobject_cast<const QKXDoubleSpiner*>(part))
+                    shown.back() += ' ' + spinner->text();
+                else if (const auto* const choice = qobject_cast<const QComboBox*>(part))
+                    shown.back() += ' ' + choice->currentText();
+                else if (const auto* const box = qobject_cast<const QCheckBox*>(part))
+                    shown.back() += box->isChecked() ? " yes" : " no";
+        }
+        QTEST(shown, "shown");
+        _panel->resize(1, 400);
+        QCoreApplication::processEvents();
+        const auto* const scroll = _panel->findChild<QScrollArea*>();
+        QVERIFY(scroll->widget()->width() <= scroll->viewport()->width()); // no field is cut off
+    }
+
+    void choicesAndBoxes()
+    {
+        const osg::MaterialPtr steel = addMaterial("Steel"), brass = addMaterial("Brass");
+        const osg::NodePtr a = addSurface("A", steel), b = addSurface("B", steel);
+        b->setTravMask(0);
+        select({a, b});
+        auto* const visible = _panel->findChild<QCheckBox*>("visibleBox");
+        QCOMPARE(visible->checkState(), Qt::PartiallyChecked);
+        visible->click();
+        QVERIFY(a->isActive() && b->isActive() && visible->checkState() == Qt::Checked);
+        auto* const material = _panel->findChild<QComboBox*>("materialBox");
+        material->setCurrentIndex(material->findText("Brass"));
+        Q_EMIT material->activated(material->currentIndex());
+        const auto shows = [](const osg::NodePtr& node)
+        { return osg::GeometryPtr::dcast(node->getCore())->getMaterial(); };
+        QVERIFY(shows(a) == brass && shows(b) == brass);
+        _panel->resize(300, 120);
+        auto* const scroll = _panel->findChild<QScrollArea*>()->verticalScrollBar();
+        QCoreApplication::processEvents();
+        scroll->setValue(40);
+        stack()->undo(); // other rows, at the same place
+        kxScene::the()->flush();
+        QCOMPARE(scroll->value(), 40);
+        QCOMPARE(_panel->findChild<QComboBox*>("materialBox")->currentText(), QString("Steel"));
+        const osg::NodePtr light = kxSceneEdits::makeNode(osg::Light::create(), "Light");
+        kxScene::the()->root()->addChild(light);
+        select({light});
+        Q_EMIT _panel->findChild<QComboBox*>("kindBox")->activated(2);
+        QCOMPARE(int(osg::LightPtr::dcast(light->getCore())->getKind()), 2);
+        QCOMPARE(_panel->findChild<QComboBox*>("kindBox")->currentText(), QString("Spot"));
+    }
+
+    void coloursAreChosen()
+    {
+        const osg::Vec3f linear(0.2f, 0.5f, 0.002f), dark(0.4f, 0.02f, 0.1f);
+        QCOMPARE(kxColorButton::toScreen(linear).rgb(), qRgb(124, 188, 7)); // by the definition of sRGB
+        kxColorButton button;
+        button.setColor(dark);
+        button.resize(30, 30);
+        const auto middle = [&button] { return button.grab().toImage().pixel(15, 15); };
+        QCOMPARE(middle(), kxColorButton::toScreen(dark).rgb());
+        osg::Vec3f picked;
+        connect(&button, &kxColorButton::colorPicked, this, [&picked](const osg::Vec3f& color) { picked = color; });
+        button.click();
+        auto* const dialog = button.findChild<QColorDialog*>();
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(dialog->currentColor().rgb(), kxColorButton::toScreen(dark).rgb());
+        dialog->setCurrentColor(QColor(124, 188, 7));
+        for (std::size_t i = 0; i < 3; ++i)
+            QVERIFY(qAbs(picked[i] - linear[i]) < 0.003f);
+        dialog->reject();
+        QVERIFY(picked == dark);
+        button.setColor(linear);
+        QCOMPARE(middle(), qRgb(124, 188, 7));
+    }
+
+    void typedValueGoesToAll()
+    {
+        const osg::NodePtr a = addObject("A"), b = addObject("B");
+        osg::TransformPtr::dcast(b->getCore())->setTranslation(osg::Vec3f(4, 4, 4));
+        select({a, b});
+        QKXDoubleSpiner* const x = spinner("translationX");
+        QVERIFY(x != nullptr && x->font().italic()); // the two differ
+        x->setFocus();
+        x->selectAll();
+        QTest::keyClicks(x, "+=2");
+        QTest::keyClick(x, Qt::Key_Return);
+        QCOMPARE(osg::TransformPtr::dcast(a->getCore())->getTranslation().x(), 2.0f);
+        QCOMPARE(osg::TransformPtr::dcast(b->getCore())->getTranslation().x(), 6.0f);
+        QCOMPARE(stack()->count(), 1);
+        stack()->undo();
+        kxScene::the()->flush();
+        QCOMPARE(x->value(), 0.0);
+    }
+
+    void aDragIsOneStep()
+    {
+        // As a colour dialog does it: many values while one button is held.
+        const osg::NodePtr node = kxSceneEdits::makeNode(osg::Light::create(), "Light");
+        kxScene::the()->root()->addChild(node);
+        select({node});
+        auto* const button = _panel->findChild<kxColorButton*>();
+        QVERIFY(button != nullptr);
+        QWidget dialog;
+        kxSendMouse(&dialog, QEvent::MouseButtonPress, QPoint(), Qt::LeftButton, Qt::LeftButton);
+        for (int i = 1; i <= 20; ++i)
+        {
+            kxSendMouse(&dialog, QEvent::MouseMove, QPoint(i, 0), Qt::NoButton, Qt::LeftButton);
+            Q_EMIT button->colorPicked(osg::Vec3f(0.04f * float(i), 0, 0));
+        }
+        kxSendMouse(&dialog, QEvent::MouseButtonRelease, QPoint(20, 0), Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(stack()->count(), 1);
+        Q_EMIT button->colorPicked(osg::Vec3f(0, 1, 0));
+        QCOMPARE(stack()->count(), 2);
+        stack()->setIndex(0);
+        QVERIFY(osg::LightPtr::dcast(node->getCore())->getColor() == osg::Color3f(1, 1, 1));
+    }
+
+    void marksWhatIsDriven()
+    {
+        const osg::NodePtr node = addObject("Node");
+        animate(node);
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        kxAnimManager::the()->setCurrentFrame(6, true, true);
+        select({node});
+        QVERIFY(spinner("translationX")->property("driven").toBool());
+        QVERIFY(!spinner("translationY")->property("driven").toBool());
+        // As soon as nothing drives it any more.
+        node->subAttachment(node->findAttachment<osg::AnimAttachment>());
+        osg::markChanged(node, osg::Node::AttachmentsFieldMask);
+        kxAnimManager::the()->reevaluateAnimations(true);
+        kxScene::the()->markStructureChanged();
+        kxScene::the()->flush();
+        QVERIFY(!spinner("translationX")->property("driven").toBool());
+    }
+
+    void survivesTheEndOfItsObject()
+    {
+        const osg::NodePtr node = addObject("Node");
+        select({node});
+        QKXDoubleSpiner* const x = spinner("translationX");
+        kxScene::the()->clear(); // dies at once, the panel hears of it later
+        Q_EMIT x->relativeOperatorApplied(RelativeAdd, 1);
+        kxScene::the()->flush();
+        QVERIFY(spinner("translationX") == nullptr || !spinner("translationX")->isVisible());
+    }
+
+    void followsOnce()
+    {
+        const auto shown = [this] { return _panel->findChild<QLineEdit*>("_name")->text(); };
+        const osg::NodePtr a = addObject("A"), b = addObject("B"), c = addObject("C");
+        select({a});
+        const QPointer<QLineEdit> name = _panel->findChild<QLineEdit*>("_name");
+        for (const osg::NodePtr& node : {b, a, c}) // as a script does it
+            kxSelection::the().selectNodes({node});
+        QVERIFY(name && name->isVisible());
+        QTRY_COMPARE(shown(), QString("C"));
+    }
 
 private:
     QKXDoubleSpiner* spinner(const char* name) const
@@ -59,212 +256,6 @@ private:
     }
     QScopedPointer<kxPropertyPanel> _panel;
 };
-
-void tst_kxPropertyPanel::init()
-{
-    clear();
-    _panel.reset(new kxPropertyPanel);
-    _panel->show();
-}
-
-void tst_kxPropertyPanel::showsTheFields_data()
-{
-    const QStringList placed{"Visible yes", "Position 1.000 2.500 -3.000", "Rotation 10.00° 20.00° 30.00°",
-                             "Orientation 0.00° 0.00° 0.00°", "Scale 1.000 2.000 4.000"};
-    const QStringList material{
-        "Base colour 0.800 0.800 0.800", "Metallic 0.750",  "Roughness 0.500",    "Opacity 1.000",
-        "Emissive 0.000 0.000 0.000",    "Double-sided no", "Cut-out below 0.000"};
-    kxColumns<QString, QStringList>("kind", "shown");
-    kxRow("transform", QString("transform"), placed);
-    kxRow("surface", QString("surface"), placed + QStringList("Material Steel") + material);
-    kxRow("camera", QString("camera"),
-          placed + QStringList({"Field of view 37.85°", "Focal length 35.00 mm", "Near 0.1000", "Far 10000.00"}));
-    kxRow("light", QString("light"),
-          placed +
-              QStringList({"Kind Directional", "Colour 1.000 1.000 1.000", "Intensity 1.000", "Cone angle 45.00°"}));
-    kxRow("material", QString("material"), material);
-    kxRow("variants", QString("variants"), placed + QStringList("Shown child 0"));
-}
-
-void tst_kxPropertyPanel::showsTheFields()
-{
-    QFETCH(QString, kind);
-    const osg::MaterialPtr steel = addMaterial("Steel");
-    osg::UberMaterialPtr::dcast(steel)->setMetallic(0.75f);
-    const osg::NodePtr node = kind == "surface" ? addSurface("Node", steel) : addObject("Node");
-    if (kind == "camera")
-        node->setCore(osg::Camera::create());
-    else if (kind == "light")
-        node->setCore(osg::Light::create());
-    else if (kind == "variants")
-        node->setCore(osg::Switch::create());
-    if (const osg::TransformPtr place = osg::TransformPtr::dcast(node->getCore()); place != osg::NullFC)
-    {
-        place->setTranslation(osg::Vec3f(1, 2.5f, -3));
-        place->setEulerRotation(osg::Vec3f(10, 20, 30));
-        place->setScale(osg::Vec3f(1, 2, 4));
-    }
-    if (kind == "material")
-        kxSelection::the().selectMaterials({steel});
-    else
-        select({node});
-    QCoreApplication::processEvents();
-    QStringList shown;
-    for (const kxPropertyRow* const row : _panel->findChildren<kxPropertyRow*>())
-    {
-        shown << row->label();
-        for (const QWidget* const part : row->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-            if (const auto* const spinner = qobject_cast<const QKXDoubleSpiner*>(part))
-                shown.back() += ' ' + spinner->text();
-            else if (const auto* const choice = qobject_cast<const QComboBox*>(part))
-                shown.back() += ' ' + choice->currentText();
-            else if (const auto* const box = qobject_cast<const QCheckBox*>(part))
-                shown.back() += box->isChecked() ? " yes" : " no";
-    }
-    QTEST(shown, "shown");
-    _panel->resize(1, 400);
-    QCoreApplication::processEvents();
-    const auto* const scroll = _panel->findChild<QScrollArea*>();
-    QVERIFY(scroll->widget()->width() <= scroll->viewport()->width()); // no field is cut off
-}
-
-void tst_kxPropertyPanel::choicesAndBoxes()
-{
-    const osg::MaterialPtr steel = addMaterial("Steel"), brass = addMaterial("Brass");
-    const osg::NodePtr a = addSurface("A", steel), b = addSurface("B", steel);
-    b->setTravMask(0);
-    select({a, b});
-    auto* const visible = _panel->findChild<QCheckBox*>("visibleBox");
-    QCOMPARE(visible->checkState(), Qt::PartiallyChecked);
-    visible->click();
-    QVERIFY(a->isActive() && b->isActive() && visible->checkState() == Qt::Checked);
-    auto* const material = _panel->findChild<QComboBox*>("materialBox");
-    material->setCurrentIndex(material->findText("Brass"));
-    Q_EMIT material->activated(material->currentIndex());
-    const auto shows = [](const osg::NodePtr& node) { return osg::GeometryPtr::dcast(node->getCore())->getMaterial(); };
-    QVERIFY(shows(a) == brass && shows(b) == brass);
-    _panel->resize(300, 120);
-    auto* const scroll = _panel->findChild<QScrollArea*>()->verticalScrollBar();
-    QCoreApplication::processEvents();
-    scroll->setValue(40);
-    stack()->undo(); // other rows, at the same place
-    kxScene::the()->flush();
-    QCOMPARE(scroll->value(), 40);
-    QCOMPARE(_panel->findChild<QComboBox*>("materialBox")->currentText(), QString("Steel"));
-    const osg::NodePtr light = kxSceneEdits::makeNode(osg::Light::create(), "Light");
-    kxScene::the()->root()->addChild(light);
-    select({light});
-    Q_EMIT _panel->findChild<QComboBox*>("kindBox")->activated(2);
-    QCOMPARE(int(osg::LightPtr::dcast(light->getCore())->getKind()), 2);
-    QCOMPARE(_panel->findChild<QComboBox*>("kindBox")->currentText(), QString("Spot"));
-}
-
-void tst_kxPropertyPanel::coloursAreChosen()
-{
-    const osg::Vec3f linear(0.2f, 0.5f, 0.002f), dark(0.4f, 0.02f, 0.1f);
-    QCOMPARE(kxColorButton::toScreen(linear).rgb(), qRgb(124, 188, 7)); // by the definition of sRGB
-    kxColorButton button;
-    button.setColor(dark);
-    button.resize(30, 30);
-    const auto middle = [&button] { return button.grab().toImage().pixel(15, 15); };
-    QCOMPARE(middle(), kxColorButton::toScreen(dark).rgb());
-    osg::Vec3f picked;
-    connect(&button, &kxColorButton::colorPicked, this, [&picked](const osg::Vec3f& color) { picked = color; });
-    button.click();
-    auto* const dialog = button.findChild<QColorDialog*>();
-    QVERIFY(dialog->isVisible());
-    QCOMPARE(dialog->currentColor().rgb(), kxColorButton::toScreen(dark).rgb());
-    dialog->setCurrentColor(QColor(124, 188, 7));
-    for (std::size_t i = 0; i < 3; ++i)
-        QVERIFY(qAbs(picked[i] - linear[i]) < 0.003f);
-    dialog->reject();
-    QVERIFY(picked == dark);
-    button.setColor(linear);
-    QCOMPARE(middle(), qRgb(124, 188, 7));
-}
-
-void tst_kxPropertyPanel::typedValueGoesToAll()
-{
-    const osg::NodePtr a = addObject("A"), b = addObject("B");
-    osg::TransformPtr::dcast(b->getCore())->setTranslation(osg::Vec3f(4, 4, 4));
-    select({a, b});
-    QKXDoubleSpiner* const x = spinner("translationX");
-    QVERIFY(x != nullptr && x->font().italic()); // the two differ
-    x->setFocus();
-    x->selectAll();
-    QTest::keyClicks(x, "+=2");
-    QTest::keyClick(x, Qt::Key_Return);
-    QCOMPARE(osg::TransformPtr::dcast(a->getCore())->getTranslation().x(), 2.0f);
-    QCOMPARE(osg::TransformPtr::dcast(b->getCore())->getTranslation().x(), 6.0f);
-    QCOMPARE(stack()->count(), 1);
-    stack()->undo();
-    kxScene::the()->flush();
-    QCOMPARE(x->value(), 0.0);
-}
-
-void tst_kxPropertyPanel::aDragIsOneStep()
-{
-    // As a colour dialog does it: many values while one button is held.
-    const osg::NodePtr node = kxSceneEdits::makeNode(osg::Light::create(), "Light");
-    kxScene::the()->root()->addChild(node);
-    select({node});
-    auto* const button = _panel->findChild<kxColorButton*>();
-    QVERIFY(button != nullptr);
-    QWidget dialog;
-    kxSendMouse(&dialog, QEvent::MouseButtonPress, QPoint(), Qt::LeftButton, Qt::LeftButton);
-    for (int i = 1; i <= 20; ++i)
-    {
-        kxSendMouse(&dialog, QEvent::MouseMove, QPoint(i, 0), Qt::NoButton, Qt::LeftButton);
-        Q_EMIT button->colorPicked(osg::Vec3f(0.04f * float(i), 0, 0));
-    }
-    kxSendMouse(&dialog, QEvent::MouseButtonRelease, QPoint(20, 0), Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(stack()->count(), 1);
-    Q_EMIT button->colorPicked(osg::Vec3f(0, 1, 0));
-    QCOMPARE(stack()->count(), 2);
-    stack()->setIndex(0);
-    QVERIFY(osg::LightPtr::dcast(node->getCore())->getColor() == osg::Color3f(1, 1, 1));
-}
-
-void tst_kxPropertyPanel::marksWhatIsDriven()
-{
-    const osg::NodePtr node = addObject("Node");
-    animate(node);
-    kxAnimManager::the()->updateSceneAnimCurveData();
-    kxAnimManager::the()->setCurrentFrame(6, true, true);
-    select({node});
-    QVERIFY(spinner("translationX")->property("driven").toBool());
-    QVERIFY(!spinner("translationY")->property("driven").toBool());
-    // As soon as nothing drives it any more.
-    node->subAttachment(node->findAttachment<osg::AnimAttachment>());
-    osg::markChanged(node, osg::Node::AttachmentsFieldMask);
-    kxAnimManager::the()->reevaluateAnimations(true);
-    kxScene::the()->markStructureChanged();
-    kxScene::the()->flush();
-    QVERIFY(!spinner("translationX")->property("driven").toBool());
-}
-
-void tst_kxPropertyPanel::survivesTheEndOfItsObject()
-{
-    const osg::NodePtr node = addObject("Node");
-    select({node});
-    QKXDoubleSpiner* const x = spinner("translationX");
-    kxScene::the()->clear(); // dies at once, the panel hears of it later
-    Q_EMIT x->relativeOperatorApplied(RelativeAdd, 1);
-    kxScene::the()->flush();
-    QVERIFY(spinner("translationX") == nullptr || !spinner("translationX")->isVisible());
-}
-
-void tst_kxPropertyPanel::followsOnce()
-{
-    const auto shown = [this] { return _panel->findChild<QLineEdit*>("_name")->text(); };
-    const osg::NodePtr a = addObject("A"), b = addObject("B"), c = addObject("C");
-    select({a});
-    const QPointer<QLineEdit> name = _panel->findChild<QLineEdit*>("_name");
-    for (const osg::NodePtr& node : {b, a, c}) // as a script does it
-        kxSelection::the().selectNodes({node});
-    QVERIFY(name && name->isVisible());
-    QTRY_COMPARE(shown(), QString("C"));
-}
 
 QTEST_MAIN(tst_kxPropertyPanel)
 #include "tst_kxPropertyPanel.moc"

@@ -29,185 +29,176 @@ class tst_kxRender : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void dialogRefuses_data();
-    void dialogRefuses();
-    void dialogRemembers();
-    void dialogProposesTheFramesOfAClip();
-    void framesOfAClip();
-    void picturesShowNoSelection();
-    void menuWritesOnePicture_data();
-    void menuWritesOnePicture();
+    void init()
+    {
+        kxHostSettings().clear();
+        clear();
+        kxAnimManager::the()->setFPS(24);
+        kxAnimManager::the()->setDetailedRangeStart(3);
+        kxAnimManager::the()->setDetailedRangeEnd(17);
+        kxAnimManager::the()->setCurrentFrame(5, true, true);
+    }
+
+    void dialogRefuses_data()
+    {
+        kxColumns<bool, QString, int, int, QString>("frames", "file", "first", "last", "problem");
+        kxRow("one picture", false, QString("a.png"), 0, 0, QString());
+        kxRow("of no kind", false, QString("a.txt"), 0, 0, QString(".png"));
+        kxRow("into no folder", false, QString("gone/a.png"), 0, 0, QString("There is no such folder"));
+        kxRow("frames", true, QString("a_%04d.png"), -2, 9, QString());
+        kxRow("of one name", true, QString("a.png"), 1, 2, QString("%04d"));
+        kxRow("one frame of one name", true, QString("a.png"), 7, 7, QString());
+        kxRow("backwards", true, QString("a_%d.png"), 9, 8, QString("The last frame stands before the first"));
+    }
+
+    void dialogRefuses()
+    {
+        QFETCH(bool, frames);
+        QFETCH(QString, file);
+        QFETCH(int, first);
+        QFETCH(int, last);
+        QFETCH(QString, problem);
+        kxRenderDialog dialog(frames ? kxRenderDialog::Frames : kxRenderDialog::Image, _folder.path(), "Film", nullptr);
+        QCOMPARE(dialog.file(), path(frames ? "Film_%04d.png" : "Film.png"));
+        dialog.findChild<QLineEdit*>("_file")->setText(path(file));
+        if (frames)
+        {
+            QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
+            dialog.findChild<QKXSpiner*>("_first")->setValue(first);
+            dialog.findChild<QKXSpiner*>("_last")->setValue(last);
+            QVERIFY(dialog.range().first == first && dialog.range().last == last);
+        }
+        QString said;
+        for (const QLabel* const label : dialog.findChildren<QLabel*>())
+            said += label->text() + '\n';
+        QVERIFY2(said.contains(problem), qPrintable(said));
+        QCOMPARE(dialog.findChild<QPushButton*>("_render")->isEnabled(), problem.isEmpty());
+    }
+
+    void dialogRemembers()
+    {
+        for (const bool accepts : {false, true})
+        {
+            kxRenderDialog dialog(kxRenderDialog::Image, _folder.path(), "Film", nullptr);
+            dialog.show();
+            QCOMPARE(dialog.size(), QSize(1920, 1080));
+            dialog.findChild<QKXSpiner*>("_width")->setValue(640);
+            dialog.findChild<QKXSpiner*>("_height")->setValue(400);
+            const auto buttons = dialog.findChildren<QPushButton*>();
+            for (QPushButton* const button : buttons)
+                if ((button->objectName() == "_render") == accepts && button->isVisible())
+                    button->click();
+            QCOMPARE(dialog.result(), int(accepts));
+            QVERIFY(!dialog.isVisible());
+        }
+        const kxRenderDialog next(kxRenderDialog::Image, QString(), "Other", nullptr);
+        QVERIFY(next.size() == QSize(640, 400) && next.file() == path("Other.png"));
+    }
+
+    void dialogProposesTheFramesOfAClip()
+    {
+        typedef kxAnimFixture F;
+        const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
+        const osg::AnimNodePtr inner = F::clip("Inner", {F::clone(block, 0.5f)});
+        kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
+        kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
+        auto* const source = dialog.findChild<QComboBox*>("_source");
+        QStringList entries;
+        for (int i = 0; i < source->count(); ++i)
+            entries << source->itemText(i);
+        QCOMPARE(entries, QStringList({"Timeline", "Walk", "    Inner"}));
+        source->setCurrentIndex(1);
+        QVERIFY(dialog.range().first == 12 && dialog.range().last == 120);
+        source->setCurrentIndex(2);
+        QVERIFY(dialog.range().first == 12 && dialog.range().last == 60);
+        source->setCurrentIndex(0);
+        QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
+    }
+
+    void framesOfAClip()
+    {
+        typedef kxAnimFixture F;
+        int fired = 0;
+        kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
+        const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
+        const osg::AnimNodePtr clip = F::clip("Walk", {F::clone(block, 0), F::trigger("T", 0.1f)});
+        kxAnimManager::the()->clipStructureRoot()->addChild(clip);
+        kxRenderJob job;
+        QList<int> frames;
+        QVERIFY(!kxRenderJob::isRunning());
+        job.progress = [&](int frame, const QString&)
+        {
+            frames << frame;
+            return kxRenderJob::isRunning() && frame < 4; // the user takes it back
+        };
+        QString error;
+        QCOMPARE(job.renderFrames(path("f_%02d.png"), kxRenderSource(clip), {1, 9}, QSize(16, 9), error), 4);
+        QCOMPARE(frames, QList<int>({1, 2, 3, 4}));
+        QVERIFY(QImage(path("f_04.png")).size() == QSize(16, 9) && !QFile::exists(path("f_05.png")));
+        QVERIFY(!kxRenderJob::isRunning() && fired == 0);
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 5.0);
+        kxTriggers::setHandler(nullptr);
+    }
+
+    void picturesShowNoSelection()
+    {
+        const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
+        kxRenderJob job;
+        QString error;
+        QVERIFY(job.renderImage(path("plain.png"), QSize(160, 90), error));
+        kxSelection::the().selectNodes({box});
+        QVERIFY(job.renderImage(path("selected.png"), QSize(160, 90), error));
+        QCOMPARE(QImage(path("plain.png")), QImage(path("selected.png")));
+        job.transparent = true;
+        QVERIFY(job.renderImage(path("clear.png"), QSize(160, 90), error));
+        QVERIFY(qAlpha(QImage(path("clear.png")).pixel(0, 0)) == 0 &&
+                qAlpha(QImage(path("plain.png")).pixel(0, 0)) == 255);
+    }
+
+    void menuWritesOnePicture_data()
+    {
+        kxColumns<bool, QString, QString>("frames", "file", "says");
+        kxRow("a picture", false, QString("one.png"), QString("one.png written"));
+        kxRow("frames", true, QString("n_%d.png"), QString("pictures written to"));
+        kxRow("what can't be written", false, QString("folder.png"), QString("folder.png' can't be written"));
+    }
+
+    void menuWritesOnePicture()
+    {
+        QFETCH(bool, frames);
+        QFETCH(QString, file);
+        QFETCH(QString, says);
+        QDir(_folder.path()).mkdir("folder.png");
+        kxMainWindow window;
+        QString said;
+        QTimer answer; // the dialog, then the message where there is one
+        connect(&answer, &QTimer::timeout, this,
+                [&]
+                {
+                    if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                    {
+                        said = box->text();
+                        box->accept();
+                    }
+                    else if (auto* const dialog = qobject_cast<kxRenderDialog*>(QApplication::activeModalWidget()))
+                    {
+                        dialog->findChild<QLineEdit*>("_file")->setText(path(file));
+                        dialog->findChild<QKXSpiner*>("_width")->setValue(16);
+                        dialog->findChild<QKXSpiner*>("_height")->setValue(9);
+                        dialog->findChild<QPushButton*>("_render")->click();
+                    }
+                });
+        answer.start(0);
+        window.findChild<QAction*>(frames ? "_actionRenderFrames" : "_actionRenderImage")->trigger();
+        answer.stop();
+        QVERIFY2((said + window.statusBar()->currentMessage()).contains(says), qPrintable(said));
+        QVERIFY(!frames || QDir(_folder.path()).entryList({"n_*.png"}).size() == 15);
+    }
 
 private:
     QString path(const QString& name) const { return _folder.filePath(name); }
     QTemporaryDir _folder;
 };
-
-void tst_kxRender::init()
-{
-    kxHostSettings().clear();
-    clear();
-    kxAnimManager::the()->setFPS(24);
-    kxAnimManager::the()->setDetailedRangeStart(3);
-    kxAnimManager::the()->setDetailedRangeEnd(17);
-    kxAnimManager::the()->setCurrentFrame(5, true, true);
-}
-
-void tst_kxRender::dialogRefuses_data()
-{
-    kxColumns<bool, QString, int, int, QString>("frames", "file", "first", "last", "problem");
-    kxRow("one picture", false, QString("a.png"), 0, 0, QString());
-    kxRow("of no kind", false, QString("a.txt"), 0, 0, QString(".png"));
-    kxRow("into no folder", false, QString("gone/a.png"), 0, 0, QString("There is no such folder"));
-    kxRow("frames", true, QString("a_%04d.png"), -2, 9, QString());
-    kxRow("of one name", true, QString("a.png"), 1, 2, QString("%04d"));
-    kxRow("one frame of one name", true, QString("a.png"), 7, 7, QString());
-    kxRow("backwards", true, QString("a_%d.png"), 9, 8, QString("The last frame stands before the first"));
-}
-
-void tst_kxRender::dialogRefuses()
-{
-    QFETCH(bool, frames);
-    QFETCH(QString, file);
-    QFETCH(int, first);
-    QFETCH(int, last);
-    QFETCH(QString, problem);
-    kxRenderDialog dialog(frames ? kxRenderDialog::Frames : kxRenderDialog::Image, _folder.path(), "Film", nullptr);
-    QCOMPARE(dialog.file(), path(frames ? "Film_%04d.png" : "Film.png"));
-    dialog.findChild<QLineEdit*>("_file")->setText(path(file));
-    if (frames)
-    {
-        QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
-        dialog.findChild<QKXSpiner*>("_first")->setValue(first);
-        dialog.findChild<QKXSpiner*>("_last")->setValue(last);
-        QVERIFY(dialog.range().first == first && dialog.range().last == last);
-    }
-    QString said;
-    for (const QLabel* const label : dialog.findChildren<QLabel*>())
-        said += label->text() + '\n';
-    QVERIFY2(said.contains(problem), qPrintable(said));
-    QCOMPARE(dialog.findChild<QPushButton*>("_render")->isEnabled(), problem.isEmpty());
-}
-
-void tst_kxRender::dialogRemembers()
-{
-    for (const bool accepts : {false, true})
-    {
-        kxRenderDialog dialog(kxRenderDialog::Image, _folder.path(), "Film", nullptr);
-        dialog.show();
-        QCOMPARE(dialog.size(), QSize(1920, 1080));
-        dialog.findChild<QKXSpiner*>("_width")->setValue(640);
-        dialog.findChild<QKXSpiner*>("_height")->setValue(400);
-        const auto buttons = dialog.findChildren<QPushButton*>();
-        for (QPushButton* const button : buttons)
-            if ((button->objectName() == "_render") == accepts && button->isVisible())
-                button->click();
-        QCOMPARE(dialog.result(), int(accepts));
-        QVERIFY(!dialog.isVisible());
-    }
-    const kxRenderDialog next(kxRenderDialog::Image, QString(), "Other", nullptr);
-    QVERIFY(next.size() == QSize(640, 400) && next.file() == path("Other.png"));
-}
-
-void tst_kxRender::dialogProposesTheFramesOfAClip()
-{
-    typedef kxAnimFixture F;
-    const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
-    const osg::AnimNodePtr inner = F::clip("Inner", {F::clone(block, 0.5f)});
-    kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
-    kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
-    auto* const source = dialog.findChild<QComboBox*>("_source");
-    QStringList entries;
-    for (int i = 0; i < source->count(); ++i)
-        entries << source->itemText(i);
-    QCOMPARE(entries, QStringList({"Timeline", "Walk", "    Inner"}));
-    source->setCurrentIndex(1);
-    QVERIFY(dialog.range().first == 12 && dialog.range().last == 120);
-    source->setCurrentIndex(2);
-    QVERIFY(dialog.range().first == 12 && dialog.range().last == 60);
-    source->setCurrentIndex(0);
-    QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
-}
-
-void tst_kxRender::framesOfAClip()
-{
-    typedef kxAnimFixture F;
-    int fired = 0;
-    kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
-    const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
-    const osg::AnimNodePtr clip = F::clip("Walk", {F::clone(block, 0), F::trigger("T", 0.1f)});
-    kxAnimManager::the()->clipStructureRoot()->addChild(clip);
-    kxRenderJob job;
-    QList<int> frames;
-    QVERIFY(!kxRenderJob::isRunning());
-    job.progress = [&](int frame, const QString&)
-    {
-        frames << frame;
-        return kxRenderJob::isRunning() && frame < 4; // the user takes it back
-    };
-    QString error;
-    QCOMPARE(job.renderFrames(path("f_%02d.png"), kxRenderSource(clip), {1, 9}, QSize(16, 9), error), 4);
-    QCOMPARE(frames, QList<int>({1, 2, 3, 4}));
-    QVERIFY(QImage(path("f_04.png")).size() == QSize(16, 9) && !QFile::exists(path("f_05.png")));
-    QVERIFY(!kxRenderJob::isRunning() && fired == 0);
-    QCOMPARE(kxAnimManager::the()->currentFrame(), 5.0);
-    kxTriggers::setHandler(nullptr);
-}
-
-void tst_kxRender::picturesShowNoSelection()
-{
-    const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
-    kxRenderJob job;
-    QString error;
-    QVERIFY(job.renderImage(path("plain.png"), QSize(160, 90), error));
-    kxSelection::the().selectNodes({box});
-    QVERIFY(job.renderImage(path("selected.png"), QSize(160, 90), error));
-    QCOMPARE(QImage(path("plain.png")), QImage(path("selected.png")));
-    job.transparent = true;
-    QVERIFY(job.renderImage(path("clear.png"), QSize(160, 90), error));
-    QVERIFY(qAlpha(QImage(path("clear.png")).pixel(0, 0)) == 0 && qAlpha(QImage(path("plain.png")).pixel(0, 0)) == 255);
-}
-
-void tst_kxRender::menuWritesOnePicture_data()
-{
-    kxColumns<bool, QString, QString>("frames", "file", "says");
-    kxRow("a picture", false, QString("one.png"), QString("one.png written"));
-    kxRow("frames", true, QString("n_%d.png"), QString("pictures written to"));
-    kxRow("what can't be written", false, QString("folder.png"), QString("folder.png' can't be written"));
-}
-
-void tst_kxRender::menuWritesOnePicture()
-{
-    QFETCH(bool, frames);
-    QFETCH(QString, file);
-    QFETCH(QString, says);
-    QDir(_folder.path()).mkdir("folder.png");
-    kxMainWindow window;
-    QString said;
-    QTimer answer; // the dialog, then the message where there is one
-    connect(&answer, &QTimer::timeout, this,
-            [&]
-            {
-                if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-                {
-                    said = box->text();
-                    box->accept();
-                }
-                else if (auto* const dialog = qobject_cast<kxRenderDialog*>(QApplication::activeModalWidget()))
-                {
-                    dialog->findChild<QLineEdit*>("_file")->setText(path(file));
-                    dialog->findChild<QKXSpiner*>("_width")->setValue(16);
-                    dialog->findChild<QKXSpiner*>("_height")->setValue(9);
-                    dialog->findChild<QPushButton*>("_render")->click();
-                }
-            });
-    answer.start(0);
-    window.findChild<QAction*>(frames ? "_actionRenderFrames" : "_actionRenderImage")->trigger();
-    answer.stop();
-    QVERIFY2((said + window.statusBar()->currentMessage()).contains(says), qPrintable(said));
-    QVERIFY(!frames || QDir(_folder.path()).entryList({"n_*.png"}).size() == 15);
-}
 
 QTEST_MAIN(tst_kxRender)
 #include "tst_kxRender.moc"

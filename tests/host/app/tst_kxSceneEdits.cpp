@@ -10,6 +10,7 @@
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
+#include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCores.h>
@@ -29,312 +30,297 @@ class tst_kxSceneEdits : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { clear(); }
-    void randomEditsComeBack_data();
-    void randomEditsComeBack();
-    void movedNodeKeepsItsPlaceInTheWorld();
-    void moveAmongSiblings_data();
-    void moveAmongSiblings();
-    void impossibleMovesChangeNothing();
-    void copiesAreIndependent();
-    void viewsOfOneFieldComeBackExactly();
-    void deletedMaterialComesBackToItsSurfaces();
-    void verifiedClipsGoWithTheirObject();
-    void refusesBadValues();
-    void groupsStandWhereTheFirstStood();
-    void copiesGetNumbersAndRestValues();
-    void oneGestureOnTwoFields();
-    void toolsHear();
-    void newObjectsAreSeenAtOnce();
+
+    void randomEditsComeBack_data()
+    {
+        QTest::addColumn<unsigned>("seed");
+        for (unsigned seed = 1; seed <= 8; ++seed)
+            QTest::newRow(qPrintable(QString::number(seed))) << seed;
+    }
+
+    void randomEditsComeBack()
+    {
+        QFETCH(unsigned, seed);
+        const osg::MaterialPtr material = addMaterial("Steel");
+        osg::NodePtr above;
+        for (const char* const name : {"A", "B", "C", "D"})
+            above = addObject(name, seed % 2 == 0 ? above : osg::NodePtr());
+        animate(addSurface("Surface", material));
+        const QByteArray before = bytes();
+        std::mt19937 random(seed);
+        for (int i = 0; i < 60; ++i)
+            randomEdit(random);
+        const QByteArray after = bytes();
+        for (int round = 0; round < 2; ++round)
+        {
+            stack()->setIndex(0);
+            QCOMPARE(bytes(), before);
+            stack()->setIndex(stack()->count());
+            QCOMPARE(bytes(), after);
+        }
+    }
+
+    void movedNodeKeepsItsPlaceInTheWorld()
+    {
+        const osg::NodePtr parent = addObject("Parent"), node = addObject("Node");
+        const auto place = osg::TransformPtr::dcast(parent->getCore()), own = osg::TransformPtr::dcast(node->getCore());
+        place->setTranslation(osg::Vec3f(3, -1, 2));
+        place->setEulerRotation(osg::Vec3f(20, 130, -40));
+        place->setScale(osg::Vec3f(2, 2, 2));
+        own->setTranslation(osg::Vec3f(1, 5, 0));
+        own->setEulerRotation(osg::Vec3f(0, 370, 15)); // a turn and a bit stays a turn and a bit
+        const QMatrix4x4 world = kxSceneMath::worldMatrix(node);
+        QVERIFY(kxSceneEdits::moveNodes({node}, parent, -1));
+        QCOMPARE(node->getParent(), parent);
+        const QMatrix4x4 moved = kxSceneMath::worldMatrix(node);
+        for (int i = 0; i < 16; ++i)
+            QVERIFY(std::abs(moved.constData()[i] - world.constData()[i]) < 1e-4f);
+        QCOMPARE(stack()->count(), 1);
+        stack()->undo();
+        QVERIFY(own->getEulerRotation() == osg::Vec3f(0, 370, 15));
+    }
+
+    void moveAmongSiblings_data()
+    {
+        kxColumns<QString, int, QString>("moved", "before", "order");
+        QTest::newRow("down") << "a" << 3 << "bcade";
+        QTest::newRow("up") << "d" << 1 << "adbce";
+        QTest::newRow("to the end") << "b" << -1 << "acdeb";
+        QTest::newRow("two that stand apart") << "bd" << 0 << "bdace";
+        QTest::newRow("before itself") << "c" << 2 << "abcde";
+        QTest::newRow("two before one of them") << "bc" << 2 << "abcde";
+        QTest::newRow("all") << "abcde" << 3 << "abcde";
+    }
+
+    void moveAmongSiblings()
+    {
+        QFETCH(QString, moved);
+        QFETCH(int, before);
+        QFETCH(QString, order);
+        const osg::NodePtr parent = addObject("Parent");
+        std::vector<osg::NodePtr> nodes;
+        for (const char* const name : {"a", "b", "c", "d", "e"})
+        {
+            const osg::NodePtr node = addObject(name, parent);
+            if (moved.contains(QLatin1String(name)))
+                nodes.push_back(node);
+        }
+        QVERIFY(kxSceneEdits::moveNodes(nodes, parent, before));
+        QString result;
+        for (const osg::NodePtr& child : parent->getChildren())
+            result += QString::fromStdString(child->getNodeName());
+        QCOMPARE(result, order);
+    }
+
+    void impossibleMovesChangeNothing()
+    {
+        const osg::NodePtr parent = addObject("Parent"), child = addObject("Child", parent);
+        const QByteArray before = bytes();
+        QVERIFY(!kxSceneEdits::moveNodes({parent}, child, -1));
+        QVERIFY(!kxSceneEdits::moveNodes({parent}, parent, 0));
+        QVERIFY(!kxSceneEdits::moveNodes({child}, osg::NodePtr(), 0));
+        QVERIFY(!kxSceneEdits::moveNodes({}, parent, 0));
+        QCOMPARE(kxSceneEdits::deleteNodes({kxScene::the()->root(), kxScene::the()->superRoot(), osg::NodePtr()}), 0);
+        QVERIFY(!kxSceneEdits::rename(parent, QStringLiteral("  ")));
+        QCOMPARE(stack()->count(), 0);
+        QCOMPARE(bytes(), before);
+    }
+
+    void copiesAreIndependent()
+    {
+        const osg::NodePtr original = addSurface("Wheel_3", addMaterial("Steel"));
+        animate(original);
+        QVERIFY(kxSceneEdits::duplicateNodes({original}));
+        const osg::NodePtr copy = kxSelection::the().nodes().at(0);
+        QCOMPARE(QString::fromStdString(copy->getNodeName()), QString("Wheel"));
+        const auto first = osg::GeometryPtr::dcast(original->getCore()),
+                   second = osg::GeometryPtr::dcast(copy->getCore());
+        QVERIFY(first != second && first->getMesh() == second->getMesh() &&
+                first->getMaterial() == second->getMaterial());
+        std::vector<osg::AnimCurvePtr> ofFirst, ofSecond;
+        kxAnimManager* const manager = kxAnimManager::the();
+        manager->getAnimCurves(manager->getAnimAttachment(original)->getAnimationRoot(), ofFirst, true, false, true);
+        manager->getAnimCurves(manager->getAnimAttachment(copy)->getAnimationRoot(), ofSecond, true, false, true);
+        QCOMPARE(ofFirst.size(), std::size_t(1));
+        QCOMPARE(ofSecond.size(), std::size_t(1));
+        QVERIFY(ofFirst[0] != ofSecond[0]);
+    }
+
+    void viewsOfOneFieldComeBackExactly()
+    {
+        const osg::NodePtr node = addObject("Node");
+        node->setTravMask(0x5); // hidden in a way of its own
+        const QByteArray before = bytes();
+        kxSceneEdits::setVisible({node}, true);
+        QVERIFY(node->isActive());
+        stack()->undo();
+        QCOMPARE(node->getTravMask(), 0x5u);
+        QCOMPARE(bytes(), before);
+    }
+
+    void deletedMaterialComesBackToItsSurfaces()
+    {
+        const osg::MaterialPtr steel = addMaterial("Steel"), glass = addMaterial("Glass");
+        const auto surface = osg::GeometryPtr::dcast(addSurface("Surface", steel)->getCore());
+        kxSceneEdits::deleteMaterials({steel});
+        QVERIFY(surface->getMaterial() == osg::NullFC);
+        QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
+        stack()->undo();
+        QVERIFY(surface->getMaterial() == steel);
+        QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
+    }
+
+    void verifiedClipsGoWithTheirObject()
+    {
+        const osg::NodePtr node = addObject("Door");
+        animate(node);
+        kxAnimManager* const manager = kxAnimManager::the();
+        const osg::AnimNodePtr block = manager->createBlock(manager->getAnimAttachment(node), "Open");
+        const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
+        clip->setCore(osg::AnimClipBase::create());
+        clip->addChild(osg::cloneAnimTree(block, true));
+        manager->addToClipStructure(clip);
+        manager->setVerifyClipStructure(true);
+        const QByteArray before = bytes();
+        QCOMPARE(kxSceneEdits::deleteNodes({node}), 1);
+        QCOMPARE(manager->clipStructureRoot()->getNChildren(), 0u);
+        QCOMPARE(stack()->count(), 1);
+        stack()->undo();
+        QCOMPARE(bytes(), before);
+        manager->setVerifyClipStructure(false);
+        manager->clipStructureRoot()->subChild(clip);
+    }
+
+    void refusesBadValues()
+    {
+        const osg::NodePtr node = addObject("Node");
+        const QByteArray before = bytes();
+        const osg::FieldContainerPtr core = node->getCore();
+        kxSceneEdits::setComponent({core}, "translation", 0, RelativeDivide, 0);
+        kxSceneEdits::setComponent({core}, "translation", 7, RelativeSet, 1);
+        kxSceneEdits::setComponent({core}, "translation", 0, RelativeSet, std::nan(""));
+        kxSceneEdits::setField({core}, "translation", osg::FieldValue(std::string("far away")));
+        kxSceneEdits::setField({core, osg::FieldContainerPtr()}, "no such field", osg::FieldValue(1.0f));
+        QCOMPARE(stack()->count(), 0);
+        QCOMPARE(bytes(), before);
+    }
+
+    void groupsStandWhereTheFirstStood()
+    {
+        QVERIFY(!kxSceneEdits::groupNodes({}) && !kxSceneEdits::groupNodes({kxScene::the()->root()}));
+        std::vector<osg::NodePtr> nodes;
+        for (const char* const name : {"A", "B", "C", "D", "E"})
+            nodes.push_back(addObject(name));
+        const int before = stack()->count();
+        QVERIFY(kxSceneEdits::groupNodes({nodes[1], nodes[3]}));
+        QCOMPARE(stack()->count(), before + 1);
+        const auto& top = kxScene::the()->root()->getChildren();
+        QVERIFY(top.size() == 4 && top[1]->getNodeName() == "Group" && top[1]->getNChildren() == 2);
+        QVERIFY(kxSelection::the().nodes() == kxSceneEdits::Nodes{top[1]});
+        QCOMPARE(kxSceneEdits::deleteNodes({top[1]}), 1);
+        QVERIFY(kxSelection::the().nodes().empty());
+        kxSceneEdits::setField({nodes[0]->getCore(), nodes[2]->getCore()}, "scale",
+                               osg::FieldValue(osg::Vec3f(2, 3, 4)));
+        QVERIFY(stack()->undoText().endsWith("of 2 Objects"));
+    }
+
+    void copiesGetNumbersAndRestValues()
+    {
+        const osg::NodePtr node = addObject("Wheel_");
+        osg::TransformPtr::dcast(node->getCore())->setTranslation(osg::Vec3f(7, 8, 9));
+        animate(node);
+        kxAnimManager::the()->setCurrentFrame(12, true, true); // x is driven to 0
+        kxSceneEdits::duplicateNodes({node});
+        const osg::NodePtr copy = kxSelection::the().nodes().at(0);
+        QCOMPARE(copy->getNodeName(), std::string("Wheel__1"));
+        kxSceneEdits::duplicateNodes({copy});
+        QCOMPARE(kxSelection::the().nodes().at(0)->getNodeName(), std::string("Wheel__2"));
+        QCOMPARE(osg::TransformPtr::dcast(node->getCore())->getTranslation().x(), 0.0f);
+        copy->subAttachment(copy->findAttachment<osg::AnimAttachment>()); // nothing drives it any more
+        osg::markChanged(copy, osg::Node::AttachmentsFieldMask);
+        kxAnimManager::the()->reevaluateAnimations(true);
+        QVERIFY(osg::TransformPtr::dcast(copy->getCore())->getTranslation() == osg::Vec3f(7, 8, 9));
+    }
+
+    void oneGestureOnTwoFields()
+    {
+        const osg::NodePtr node = addObject("A");
+        const osg::TransformPtr core = osg::TransformPtr::dcast(node->getCore());
+        QWidget dialog;
+        kxSendMouse(&dialog, QEvent::MouseButtonPress, QPoint(), Qt::LeftButton, Qt::LeftButton);
+        for (const float value : {2.0f, 3.0f})
+            kxSceneEdits::setField({core}, "translation", osg::FieldValue(osg::Vec3f(value, 0, 0)));
+        kxSceneEdits::setField({core}, "scale", osg::FieldValue(osg::Vec3f(5, 5, 5)));
+        kxSendMouse(&dialog, QEvent::MouseButtonRelease, QPoint(), Qt::LeftButton, Qt::NoButton);
+        QCOMPARE(stack()->count(), 2);
+        stack()->undo();
+        QVERIFY(core->getScale() == osg::Vec3f(1, 1, 1) && core->getTranslation().x() == 3);
+        stack()->undo();
+        QVERIFY(core->getTranslation().x() == 0);
+    }
+
+    void toolsHear()
+    {
+        const osg::MaterialPtr paint = addMaterial("Paint"), keyed = addMaterial("Keyed");
+        keyed->addAttachment(osg::AnimAttachment::create());
+        const osg::NodePtr plain = addObject("Plain"), moving = addObject("Moving");
+        animate(moving);
+        kxScene::the()->flush();
+        QSignalSpy animations(&kxAnimationService::the(), &kxAnimationService::changed);
+        QSignalSpy structure(kxScene::the(), &kxScene::structureChanged);
+        kxSceneEdits::deleteNodes({plain});
+        kxSceneEdits::deleteMaterials({paint});
+        QCOMPARE(animations.size(), 0);
+        kxSceneEdits::deleteNodes({moving});
+        QCOMPARE(animations.size(), 1);
+        kxSceneEdits::deleteMaterials({keyed});
+        QCOMPARE(animations.size(), 2);
+        stack()->undo();
+        QCOMPARE(animations.size(), 3);
+        kxScene::the()->flush();
+        QCOMPARE(structure.size(), 1);
+        const kxHeard<> lights(kxMessageName::UpdateLight);
+        const kxHeard<1> materials(kxMessageName::UberMaterialChanged);
+        kxSceneObjects::add(kxSceneObjects::lights().at(1));
+        const int before = lights.count;
+        kxSceneEdits::setField({kxSelection::the().nodes().at(0)->getCore()}, "intensity", osg::FieldValue(3.0f));
+        QCOMPARE(lights.count, before + 1);
+        const int told = materials.count;
+        kxSceneEdits::rename(keyed, "Other");
+        QCOMPARE(materials.count, told + 1);
+    }
+
+    void newObjectsAreSeenAtOnce()
+    {
+        // Bodies stand on the floor, lights shine from above, the camera looks down at the origin.
+        for (const kxSceneObjects::Entry& entry : kxSceneObjects::primitives())
+        {
+            kxSceneObjects::add(entry);
+            const osg::BoxVolume box = kxSceneMath::worldBounds(kxSelection::the().nodes().at(0));
+            osg::Pnt3f low, high;
+            box.getBounds(low, high);
+            QVERIFY2(std::abs(low.y()) < 0.01f, qPrintable(entry.name));
+        }
+        float brightest = 0;
+        for (const kxSceneObjects::Entry& entry : kxSceneObjects::lights())
+        {
+            const kxOwned<osg::Node> node(entry.make());
+            const auto light = osg::LightPtr::dcast(node->getCore());
+            QVERIFY2(light->getTranslation().y() >= 2.5f, qPrintable(entry.name));
+            QVERIFY2(light->getIntensity() > brightest, qPrintable(entry.name));
+            brightest = light->getIntensity();
+        }
+        kxSceneObjects::add(kxSceneObjects::camera());
+        const QMatrix4x4 world = kxSceneMath::worldMatrix(kxSelection::the().nodes().at(0));
+        const QVector3D eye = world.map(QVector3D()), ahead = world.mapVector(QVector3D(0, 0, -1));
+        const QVector3D toOrigin = (QVector3D(0, 0.4f, 0) - eye).normalized();
+        QVERIFY(eye.length() > 4 && QVector3D::dotProduct(ahead, toOrigin) > 0.999f);
+        QVERIFY(std::abs(world.mapVector(QVector3D(1, 0, 0)).y()) < 1e-4f); // level
+    }
 
 private:
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
 };
-
-void tst_kxSceneEdits::randomEditsComeBack_data()
-{
-    QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 8; ++seed)
-        QTest::newRow(qPrintable(QString::number(seed))) << seed;
-}
-
-void tst_kxSceneEdits::randomEditsComeBack()
-{
-    QFETCH(unsigned, seed);
-    const osg::MaterialPtr material = addMaterial("Steel");
-    osg::NodePtr above;
-    for (const char* const name : {"A", "B", "C", "D"})
-        above = addObject(name, seed % 2 == 0 ? above : osg::NodePtr());
-    animate(addSurface("Surface", material));
-    const QByteArray before = bytes();
-    std::mt19937 random(seed);
-    for (int i = 0; i < 60; ++i)
-        randomEdit(random);
-    const QByteArray after = bytes();
-    for (int round = 0; round < 2; ++round)
-    {
-        stack()->setIndex(0);
-        QCOMPARE(bytes(), before);
-        stack()->setIndex(stack()->count());
-        QCOMPARE(bytes(), after);
-    }
-}
-
-void tst_kxSceneEdits::movedNodeKeepsItsPlaceInTheWorld()
-{
-    const osg::NodePtr parent = addObject("Parent"), node = addObject("Node");
-    const auto place = osg::TransformPtr::dcast(parent->getCore()), own = osg::TransformPtr::dcast(node->getCore());
-    place->setTranslation(osg::Vec3f(3, -1, 2));
-    place->setEulerRotation(osg::Vec3f(20, 130, -40));
-    place->setScale(osg::Vec3f(2, 2, 2));
-    own->setTranslation(osg::Vec3f(1, 5, 0));
-    own->setEulerRotation(osg::Vec3f(0, 370, 15)); // a turn and a bit stays a turn and a bit
-    const QMatrix4x4 world = kxSceneMath::worldMatrix(node);
-    QVERIFY(kxSceneEdits::moveNodes({node}, parent, -1));
-    QCOMPARE(node->getParent(), parent);
-    const QMatrix4x4 moved = kxSceneMath::worldMatrix(node);
-    for (int i = 0; i < 16; ++i)
-        QVERIFY(std::abs(moved.constData()[i] - world.constData()[i]) < 1e-4f);
-    QCOMPARE(stack()->count(), 1);
-    stack()->undo();
-    QVERIFY(own->getEulerRotation() == osg::Vec3f(0, 370, 15));
-}
-
-void tst_kxSceneEdits::moveAmongSiblings_data()
-{
-    QTest::addColumn<QString>("moved");
-    QTest::addColumn<int>("before");
-    QTest::addColumn<QString>("order");
-    QTest::newRow("down") << "a" << 3 << "bcade";
-    QTest::newRow("up") << "d" << 1 << "adbce";
-    QTest::newRow("to the end") << "b" << -1 << "acdeb";
-    QTest::newRow("two that stand apart") << "bd" << 0 << "bdace";
-    QTest::newRow("before itself") << "c" << 2 << "abcde";
-    QTest::newRow("two before one of them") << "bc" << 2 << "abcde";
-    QTest::newRow("all") << "abcde" << 3 << "abcde";
-}
-
-void tst_kxSceneEdits::moveAmongSiblings()
-{
-    QFETCH(QString, moved);
-    QFETCH(int, before);
-    QFETCH(QString, order);
-    const osg::NodePtr parent = addObject("Parent");
-    std::vector<osg::NodePtr> nodes;
-    for (const char* const name : {"a", "b", "c", "d", "e"})
-    {
-        const osg::NodePtr node = addObject(name, parent);
-        if (moved.contains(QLatin1String(name)))
-            nodes.push_back(node);
-    }
-    QVERIFY(kxSceneEdits::moveNodes(nodes, parent, before));
-    QString result;
-    for (const osg::NodePtr& child : parent->getChildren())
-        result += QString::fromStdString(child->getNodeName());
-    QCOMPARE(result, order);
-}
-
-void tst_kxSceneEdits::impossibleMovesChangeNothing()
-{
-    const osg::NodePtr parent = addObject("Parent"), child = addObject("Child", parent);
-    const QByteArray before = bytes();
-    QVERIFY(!kxSceneEdits::moveNodes({parent}, child, -1));
-    QVERIFY(!kxSceneEdits::moveNodes({parent}, parent, 0));
-    QVERIFY(!kxSceneEdits::moveNodes({child}, osg::NodePtr(), 0));
-    QVERIFY(!kxSceneEdits::moveNodes({}, parent, 0));
-    QCOMPARE(kxSceneEdits::deleteNodes({kxScene::the()->root(), kxScene::the()->superRoot(), osg::NodePtr()}), 0);
-    QVERIFY(!kxSceneEdits::rename(parent, QStringLiteral("  ")));
-    QCOMPARE(stack()->count(), 0);
-    QCOMPARE(bytes(), before);
-}
-
-void tst_kxSceneEdits::copiesAreIndependent()
-{
-    const osg::NodePtr original = addSurface("Wheel_3", addMaterial("Steel"));
-    animate(original);
-    QVERIFY(kxSceneEdits::duplicateNodes({original}));
-    const osg::NodePtr copy = kxSelection::the().nodes().at(0);
-    QCOMPARE(QString::fromStdString(copy->getNodeName()), QString("Wheel"));
-    const auto first = osg::GeometryPtr::dcast(original->getCore()), second = osg::GeometryPtr::dcast(copy->getCore());
-    QVERIFY(first != second && first->getMesh() == second->getMesh() && first->getMaterial() == second->getMaterial());
-    std::vector<osg::AnimCurvePtr> ofFirst, ofSecond;
-    kxAnimManager* const manager = kxAnimManager::the();
-    manager->getAnimCurves(manager->getAnimAttachment(original)->getAnimationRoot(), ofFirst, true, false, true);
-    manager->getAnimCurves(manager->getAnimAttachment(copy)->getAnimationRoot(), ofSecond, true, false, true);
-    QCOMPARE(ofFirst.size(), std::size_t(1));
-    QCOMPARE(ofSecond.size(), std::size_t(1));
-    QVERIFY(ofFirst[0] != ofSecond[0]);
-}
-
-void tst_kxSceneEdits::viewsOfOneFieldComeBackExactly()
-{
-    const osg::NodePtr node = addObject("Node");
-    node->setTravMask(0x5); // hidden in a way of its own
-    const QByteArray before = bytes();
-    kxSceneEdits::setVisible({node}, true);
-    QVERIFY(node->isActive());
-    stack()->undo();
-    QCOMPARE(node->getTravMask(), 0x5u);
-    QCOMPARE(bytes(), before);
-}
-
-void tst_kxSceneEdits::deletedMaterialComesBackToItsSurfaces()
-{
-    const osg::MaterialPtr steel = addMaterial("Steel"), glass = addMaterial("Glass");
-    const auto surface = osg::GeometryPtr::dcast(addSurface("Surface", steel)->getCore());
-    kxSceneEdits::deleteMaterials({steel});
-    QVERIFY(surface->getMaterial() == osg::NullFC);
-    QCOMPARE(kxScene::the()->materials().size(), std::size_t(1));
-    stack()->undo();
-    QVERIFY(surface->getMaterial() == steel);
-    QVERIFY(kxScene::the()->materials().front() == steel && kxScene::the()->materials().back() == glass);
-}
-
-void tst_kxSceneEdits::verifiedClipsGoWithTheirObject()
-{
-    const osg::NodePtr node = addObject("Door");
-    animate(node);
-    kxAnimManager* const manager = kxAnimManager::the();
-    const osg::AnimNodePtr block = manager->createBlock(manager->getAnimAttachment(node), "Open");
-    const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
-    clip->setCore(osg::AnimClipBase::create());
-    clip->addChild(osg::cloneAnimTree(block, true));
-    manager->addToClipStructure(clip);
-    manager->setVerifyClipStructure(true);
-    const QByteArray before = bytes();
-    QCOMPARE(kxSceneEdits::deleteNodes({node}), 1);
-    QCOMPARE(manager->clipStructureRoot()->getNChildren(), 0u);
-    QCOMPARE(stack()->count(), 1);
-    stack()->undo();
-    QCOMPARE(bytes(), before);
-    manager->setVerifyClipStructure(false);
-    manager->clipStructureRoot()->subChild(clip);
-}
-
-void tst_kxSceneEdits::refusesBadValues()
-{
-    const osg::NodePtr node = addObject("Node");
-    const QByteArray before = bytes();
-    const osg::FieldContainerPtr core = node->getCore();
-    kxSceneEdits::setComponent({core}, "translation", 0, RelativeDivide, 0);
-    kxSceneEdits::setComponent({core}, "translation", 7, RelativeSet, 1);
-    kxSceneEdits::setComponent({core}, "translation", 0, RelativeSet, std::nan(""));
-    kxSceneEdits::setField({core}, "translation", osg::FieldValue(std::string("far away")));
-    kxSceneEdits::setField({core, osg::FieldContainerPtr()}, "no such field", osg::FieldValue(1.0f));
-    QCOMPARE(stack()->count(), 0);
-    QCOMPARE(bytes(), before);
-}
-
-void tst_kxSceneEdits::groupsStandWhereTheFirstStood()
-{
-    QVERIFY(!kxSceneEdits::groupNodes({}) && !kxSceneEdits::groupNodes({kxScene::the()->root()}));
-    std::vector<osg::NodePtr> nodes;
-    for (const char* const name : {"A", "B", "C", "D", "E"})
-        nodes.push_back(addObject(name));
-    const int before = stack()->count();
-    QVERIFY(kxSceneEdits::groupNodes({nodes[1], nodes[3]}));
-    QCOMPARE(stack()->count(), before + 1);
-    const auto& top = kxScene::the()->root()->getChildren();
-    QVERIFY(top.size() == 4 && top[1]->getNodeName() == "Group" && top[1]->getNChildren() == 2);
-    QVERIFY(kxSelection::the().nodes() == kxSceneEdits::Nodes{top[1]});
-    QCOMPARE(kxSceneEdits::deleteNodes({top[1]}), 1);
-    QVERIFY(kxSelection::the().nodes().empty());
-    kxSceneEdits::setField({nodes[0]->getCore(), nodes[2]->getCore()}, "scale", osg::FieldValue(osg::Vec3f(2, 3, 4)));
-    QVERIFY(stack()->undoText().endsWith("of 2 Objects"));
-}
-
-void tst_kxSceneEdits::copiesGetNumbersAndRestValues()
-{
-    const osg::NodePtr node = addObject("Wheel_");
-    osg::TransformPtr::dcast(node->getCore())->setTranslation(osg::Vec3f(7, 8, 9));
-    animate(node);
-    kxAnimManager::the()->setCurrentFrame(12, true, true); // x is driven to 0
-    kxSceneEdits::duplicateNodes({node});
-    const osg::NodePtr copy = kxSelection::the().nodes().at(0);
-    QCOMPARE(copy->getNodeName(), std::string("Wheel__1"));
-    kxSceneEdits::duplicateNodes({copy});
-    QCOMPARE(kxSelection::the().nodes().at(0)->getNodeName(), std::string("Wheel__2"));
-    QCOMPARE(osg::TransformPtr::dcast(node->getCore())->getTranslation().x(), 0.0f);
-    copy->subAttachment(copy->findAttachment<osg::AnimAttachment>()); // nothing drives it any more
-    osg::markChanged(copy, osg::Node::AttachmentsFieldMask);
-    kxAnimManager::the()->reevaluateAnimations(true);
-    QVERIFY(osg::TransformPtr::dcast(copy->getCore())->getTranslation() == osg::Vec3f(7, 8, 9));
-}
-
-void tst_kxSceneEdits::oneGestureOnTwoFields()
-{
-    const osg::NodePtr node = addObject("A");
-    const osg::TransformPtr core = osg::TransformPtr::dcast(node->getCore());
-    QWidget dialog;
-    kxSendMouse(&dialog, QEvent::MouseButtonPress, QPoint(), Qt::LeftButton, Qt::LeftButton);
-    for (const float value : {2.0f, 3.0f})
-        kxSceneEdits::setField({core}, "translation", osg::FieldValue(osg::Vec3f(value, 0, 0)));
-    kxSceneEdits::setField({core}, "scale", osg::FieldValue(osg::Vec3f(5, 5, 5)));
-    kxSendMouse(&dialog, QEvent::MouseButtonRelease, QPoint(), Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(stack()->count(), 2);
-    stack()->undo();
-    QVERIFY(core->getScale() == osg::Vec3f(1, 1, 1) && core->getTranslation().x() == 3);
-    stack()->undo();
-    QVERIFY(core->getTranslation().x() == 0);
-}
-
-void tst_kxSceneEdits::toolsHear()
-{
-    const osg::MaterialPtr paint = addMaterial("Paint"), keyed = addMaterial("Keyed");
-    keyed->addAttachment(osg::AnimAttachment::create());
-    const osg::NodePtr plain = addObject("Plain"), moving = addObject("Moving");
-    animate(moving);
-    kxScene::the()->flush();
-    QSignalSpy animations(&kxAnimationService::the(), &kxAnimationService::changed);
-    QSignalSpy structure(kxScene::the(), &kxScene::structureChanged);
-    kxSceneEdits::deleteNodes({plain});
-    kxSceneEdits::deleteMaterials({paint});
-    QCOMPARE(animations.size(), 0);
-    kxSceneEdits::deleteNodes({moving});
-    QCOMPARE(animations.size(), 1);
-    kxSceneEdits::deleteMaterials({keyed});
-    QCOMPARE(animations.size(), 2);
-    stack()->undo();
-    QCOMPARE(animations.size(), 3);
-    kxScene::the()->flush();
-    QCOMPARE(structure.size(), 1);
-    const kxHeard<> lights(kxMessageName::UpdateLight);
-    const kxHeard<1> materials(kxMessageName::UberMaterialChanged);
-    kxSceneObjects::add(kxSceneObjects::lights().at(1));
-    const int before = lights.count;
-    kxSceneEdits::setField({kxSelection::the().nodes().at(0)->getCore()}, "intensity", osg::FieldValue(3.0f));
-    QCOMPARE(lights.count, before + 1);
-    const int told = materials.count;
-    kxSceneEdits::rename(keyed, "Other");
-    QCOMPARE(materials.count, told + 1);
-}
-
-void tst_kxSceneEdits::newObjectsAreSeenAtOnce()
-{
-    // Bodies stand on the floor, lights shine from above, the camera looks down at the origin.
-    for (const kxSceneObjects::Entry& entry : kxSceneObjects::primitives())
-    {
-        kxSceneObjects::add(entry);
-        const osg::BoxVolume box = kxSceneMath::worldBounds(kxSelection::the().nodes().at(0));
-        osg::Pnt3f low, high;
-        box.getBounds(low, high);
-        QVERIFY2(std::abs(low.y()) < 0.01f, qPrintable(entry.name));
-    }
-    float brightest = 0;
-    for (const kxSceneObjects::Entry& entry : kxSceneObjects::lights())
-    {
-        const kxOwned<osg::Node> node(entry.make());
-        const auto light = osg::LightPtr::dcast(node->getCore());
-        QVERIFY2(light->getTranslation().y() >= 2.5f, qPrintable(entry.name));
-        QVERIFY2(light->getIntensity() > brightest, qPrintable(entry.name));
-        brightest = light->getIntensity();
-    }
-    kxSceneObjects::add(kxSceneObjects::camera());
-    const QMatrix4x4 world = kxSceneMath::worldMatrix(kxSelection::the().nodes().at(0));
-    const QVector3D eye = world.map(QVector3D()), ahead = world.mapVector(QVector3D(0, 0, -1));
-    const QVector3D toOrigin = (QVector3D(0, 0.4f, 0) - eye).normalized();
-    QVERIFY(eye.length() > 4 && QVector3D::dotProduct(ahead, toOrigin) > 0.999f);
-    QVERIFY(std::abs(world.mapVector(QVector3D(1, 0, 0)).y()) < 1e-4f); // level
-}
 
 QTEST_MAIN(tst_kxSceneEdits)
 #include "tst_kxSceneEdits.moc"

@@ -4,6 +4,7 @@
 #include <kernel/kxSelection.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
+#include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxUndoPanel.h>
@@ -62,138 +63,128 @@ class tst_kxUndoPanel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void keysNameObjectAndFrame_data();
-    void keysNameObjectAndFrame();
-    void largeCurvesAreNotCopied();
-    void stepsSayWhatTheyDidToWhat();
-    void aRowLeadsToItsStep();
+    void init()
+    {
+        _panel.reset();
+        clear();
+        _panel.reset(new kxUndoPanel);
+    }
+
+    void keysNameObjectAndFrame_data()
+    {
+        QTest::addColumn<Keys>("keys"); // written over (0 s, 0) and (1 s, 1)
+        kxColumns<int, QString>("objects", "detail");
+        osg::CCPnt tangent = key(1, 1);
+        tangent.setOuttangent(osg::Vec2f(0.2f, 3));
+        QTest::newRow("value") << Keys{key(0, 0), key(1, 5)} << 1 << "Door0, translation.X, frame 24";
+        QTest::newRow("time") << Keys{key(0, 0), key(1.5f, 1)} << 1 << "Door0, translation.X, frame 36";
+        QTest::newRow("both") << Keys{key(0.5f, 0), key(2, 1)} << 1 << "Door0, translation.X, frames 12 to 48";
+        QTest::newRow("tangent") << Keys{key(0, 0), tangent} << 1 << "Door0, translation.X, frame 24";
+        QTest::newRow("one more") << Keys{key(0, 0), key(0.3f, 2), key(1, 1)} << 1 << "Door0, translation.X, frame 7.2";
+        QTest::newRow("one less") << Keys{key(0, 0)} << 1 << "Door0, translation.X, frame 24";
+        QTest::newRow("several objects") << Keys{key(0, 0), key(1, 5)} << 3 << "3 objects, frame 24";
+    }
+
+    void keysNameObjectAndFrame()
+    {
+        QFETCH(Keys, keys);
+        QFETCH(int, objects);
+        QFETCH(QString, detail);
+        std::vector<osg::NodePtr> nodes;
+        std::vector<osg::AnimCurvePtr> curves;
+        for (int i = 0; i < objects; ++i)
+        {
+            nodes.push_back(addObject(qPrintable(QString("Door%1").arg(i))));
+            animate(nodes.back());
+            curves.push_back(curveOf(nodes.back()));
+        }
+        kxSelection::the().selectNodes(nodes);
+        const int before = rows().size();
+        kxUndoStack::get(0).add(new KeyCommand(curves, Keys{key(0, 0), key(1, -1)})); // a drag on the way
+        QCOMPARE(rows().size(), before + 1);
+        kxUndoStack::get(0).add(new KeyCommand(curves, keys)); // merges
+        QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
+        kxUndoStack::get(0).stack()->undo();
+        kxUndoStack::get(0).stack()->redo();
+        QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
+    }
+
+    /// Their object and channel are named, the frames would cost a copy at each step of a drag.
+    void largeCurvesAreNotCopied()
+    {
+        const osg::NodePtr knob = addObject("Knob");
+        animate(knob);
+        const osg::AnimCurvePtr curve = curveOf(knob);
+        Keys keys;
+        for (int i = 0; i < 10001; ++i)
+            keys.push_back(key(float(i), 0));
+        curve->editControlPoints().assign(keys.begin(), keys.end());
+        kxSelection::the().selectNodes({knob});
+        rows();
+        keys[500].setY(3);
+        kxUndoStack::get(0).add(new KeyCommand({curve}, keys));
+        QCOMPARE(rows().last(), QString("Write Keys: Knob, translation.X"));
+    }
+
+    void stepsSayWhatTheyDidToWhat()
+    {
+        const osg::NodePtr door = addObject("Door"), knob = addObject("Knob", door);
+        animate(door);
+        kxSceneEdits::setVisible({knob}, false);
+        kxSceneEdits::rename(knob, "Handle");
+        kxSceneEdits::duplicateNodes({door});
+        kxSceneEdits::deleteNodes({door, kxSelection::the().nodes().front()});
+        kxUndoStack::get(0).stack()->undo();
+        const auto value = kxAnimEvaluator::the();
+        std::vector<kxAnimManager::kxOSGChannelData> channels;
+        kxAnimManager::the()->getKeyableChannels(knob, channels);
+        for (const auto& channel : channels)
+            if (channel.name == "rotation" && channel.suffix == "Y")
+                value->setOSGFieldValue(channel, 30, true);
+        QCOMPARE(rows(), QStringList({"Start", "Hide Knob", "Rename Knob to Handle", "Duplicate Door",
+                                      "Set rotation.Y of Handle"}));
+    }
+
+    void aRowLeadsToItsStep()
+    {
+        QUndoStack* const stack = kxUndoStack::get(0).stack();
+        const osg::NodePtr node = addObject("A");
+        for (const char* const name : {"B", "C", "D"})
+            kxSceneEdits::rename(node, name);
+        QCOMPARE(rows().size(), 4);
+        QCOMPARE(_panel->currentIndex().row(), 3);
+        _panel->show();
+        QTest::mouseClick(_panel->viewport(), Qt::LeftButton, {},
+                          _panel->visualRect(_panel->model()->index(1, 0)).center());
+        QCOMPARE(stack->index(), 1);
+        QCOMPARE(node->getNodeName(), std::string("B"));
+        QTest::keyClick(_panel.data(), Qt::Key_Down);
+        QCOMPARE(node->getNodeName(), std::string("C"));
+        stack->setIndex(0);
+        QVERIFY(rows().size() == 4 && _panel->currentIndex().row() == 0);
+        kxSceneEdits::rename(node, "E"); // the way on is another one
+        QCOMPARE(rows(), QStringList({"Start", "Rename A to E"}));
+    }
 
 private:
-    QStringList rows() const;
-    osg::AnimCurvePtr curveOf(const osg::NodePtr& node) const;
+    QStringList rows() const
+    {
+        QCoreApplication::processEvents();
+        QStringList texts;
+        for (int row = 0; row < _panel->model()->rowCount(); ++row)
+            texts << _panel->model()->index(row, 0).data().toString();
+        return texts;
+    }
+
+    osg::AnimCurvePtr curveOf(const osg::NodePtr& node) const
+    {
+        std::vector<osg::AnimNodePtr> curves;
+        kxAnimManager::the()->getChannelCurveNodes(node, curves);
+        return osg::AnimCurvePtr::dcast(curves.at(0)->getCore());
+    }
+
     QScopedPointer<kxUndoPanel> _panel;
 };
-
-void tst_kxUndoPanel::init()
-{
-    _panel.reset();
-    clear();
-    _panel.reset(new kxUndoPanel);
-}
-
-QStringList tst_kxUndoPanel::rows() const
-{
-    QCoreApplication::processEvents();
-    QStringList texts;
-    for (int row = 0; row < _panel->model()->rowCount(); ++row)
-        texts << _panel->model()->index(row, 0).data().toString();
-    return texts;
-}
-
-osg::AnimCurvePtr tst_kxUndoPanel::curveOf(const osg::NodePtr& node) const
-{
-    std::vector<osg::AnimNodePtr> curves;
-    kxAnimManager::the()->getChannelCurveNodes(node, curves);
-    return osg::AnimCurvePtr::dcast(curves.at(0)->getCore());
-}
-
-void tst_kxUndoPanel::keysNameObjectAndFrame_data()
-{
-    QTest::addColumn<Keys>("keys"); // written over (0 s, 0) and (1 s, 1)
-    QTest::addColumn<int>("objects");
-    QTest::addColumn<QString>("detail");
-    osg::CCPnt tangent = key(1, 1);
-    tangent.setOuttangent(osg::Vec2f(0.2f, 3));
-    QTest::newRow("value") << Keys{key(0, 0), key(1, 5)} << 1 << "Door0, translation.X, frame 24";
-    QTest::newRow("time") << Keys{key(0, 0), key(1.5f, 1)} << 1 << "Door0, translation.X, frame 36";
-    QTest::newRow("both") << Keys{key(0.5f, 0), key(2, 1)} << 1 << "Door0, translation.X, frames 12 to 48";
-    QTest::newRow("tangent") << Keys{key(0, 0), tangent} << 1 << "Door0, translation.X, frame 24";
-    QTest::newRow("one more") << Keys{key(0, 0), key(0.3f, 2), key(1, 1)} << 1 << "Door0, translation.X, frame 7.2";
-    QTest::newRow("one less") << Keys{key(0, 0)} << 1 << "Door0, translation.X, frame 24";
-    QTest::newRow("several objects") << Keys{key(0, 0), key(1, 5)} << 3 << "3 objects, frame 24";
-}
-
-void tst_kxUndoPanel::keysNameObjectAndFrame()
-{
-    QFETCH(Keys, keys);
-    QFETCH(int, objects);
-    QFETCH(QString, detail);
-    std::vector<osg::NodePtr> nodes;
-    std::vector<osg::AnimCurvePtr> curves;
-    for (int i = 0; i < objects; ++i)
-    {
-        nodes.push_back(addObject(qPrintable(QString("Door%1").arg(i))));
-        animate(nodes.back());
-        curves.push_back(curveOf(nodes.back()));
-    }
-    kxSelection::the().selectNodes(nodes);
-    const int before = rows().size();
-    kxUndoStack::get(0).add(new KeyCommand(curves, Keys{key(0, 0), key(1, -1)})); // a drag on the way
-    QCOMPARE(rows().size(), before + 1);
-    kxUndoStack::get(0).add(new KeyCommand(curves, keys)); // merges
-    QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
-    kxUndoStack::get(0).stack()->undo();
-    kxUndoStack::get(0).stack()->redo();
-    QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
-}
-
-/// Their object and channel are named, the frames would cost a copy at each step of a drag.
-void tst_kxUndoPanel::largeCurvesAreNotCopied()
-{
-    const osg::NodePtr knob = addObject("Knob");
-    animate(knob);
-    const osg::AnimCurvePtr curve = curveOf(knob);
-    Keys keys;
-    for (int i = 0; i < 10001; ++i)
-        keys.push_back(key(float(i), 0));
-    curve->editControlPoints().assign(keys.begin(), keys.end());
-    kxSelection::the().selectNodes({knob});
-    rows();
-    keys[500].setY(3);
-    kxUndoStack::get(0).add(new KeyCommand({curve}, keys));
-    QCOMPARE(rows().last(), QString("Write Keys: Knob, translation.X"));
-}
-
-void tst_kxUndoPanel::stepsSayWhatTheyDidToWhat()
-{
-    const osg::NodePtr door = addObject("Door"), knob = addObject("Knob", door);
-    animate(door);
-    kxSceneEdits::setVisible({knob}, false);
-    kxSceneEdits::rename(knob, "Handle");
-    kxSceneEdits::duplicateNodes({door});
-    kxSceneEdits::deleteNodes({door, kxSelection::the().nodes().front()});
-    kxUndoStack::get(0).stack()->undo();
-    const auto value = kxAnimEvaluator::the();
-    std::vector<kxAnimManager::kxOSGChannelData> channels;
-    kxAnimManager::the()->getKeyableChannels(knob, channels);
-    for (const auto& channel : channels)
-        if (channel.name == "rotation" && channel.suffix == "Y")
-            value->setOSGFieldValue(channel, 30, true);
-    QCOMPARE(rows(), QStringList({"Start", "Hide Knob", "Rename Knob to Handle", "Duplicate Door",
-                                  "Set rotation.Y of Handle"}));
-}
-
-void tst_kxUndoPanel::aRowLeadsToItsStep()
-{
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    const osg::NodePtr node = addObject("A");
-    for (const char* const name : {"B", "C", "D"})
-        kxSceneEdits::rename(node, name);
-    QCOMPARE(rows().size(), 4);
-    QCOMPARE(_panel->currentIndex().row(), 3);
-    _panel->show();
-    QTest::mouseClick(_panel->viewport(), Qt::LeftButton, {},
-                      _panel->visualRect(_panel->model()->index(1, 0)).center());
-    QCOMPARE(stack->index(), 1);
-    QCOMPARE(node->getNodeName(), std::string("B"));
-    QTest::keyClick(_panel.data(), Qt::Key_Down);
-    QCOMPARE(node->getNodeName(), std::string("C"));
-    stack->setIndex(0);
-    QVERIFY(rows().size() == 4 && _panel->currentIndex().row() == 0);
-    kxSceneEdits::rename(node, "E"); // the way on is another one
-    QCOMPARE(rows(), QStringList({"Start", "Rename A to E"}));
-}
 
 QTEST_MAIN(tst_kxUndoPanel)
 #include "tst_kxUndoPanel.moc"

@@ -29,183 +29,173 @@ class tst_kxSceneryPanel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init()
+    {
+        kxStyle::apply(*qApp);
+        kxSceneFixture::clear();
+        _panel = std::make_unique<kxSceneryPanel>(&_stage, &_actions);
+        _panel->resize(340, 520);
+        _panel->show();
+    }
+
     void cleanup() { kxSceneFixture::clear(); }
-    void eachEntryMakesItsKind();
-    void stepsAreEditedInPlace();
-    void tracksAreLookedThrough();
-    void rowsAreNamedAndTried();
-    void editorsOfSteps();
+
+    void eachEntryMakesItsKind()
+    {
+        QVERIFY(isHintShown(list()) && !steps()->isVisible());
+        QVERIFY(_panel->findChild<QToolButton*>(QStringLiteral("_addScenery"))->isVisible());
+        const Kind kinds[] = {Kind::Viewpoint, Kind::CameraTrack, Kind::CameraTrack, Kind::VariantSet, Kind::Sequence};
+        QVERIFY(!_actions.all()[1]->isEnabled()); // it needs two viewpoints
+        _actions.all()[0]->trigger();
+        for (int i = 0; i < 5; ++i)
+        {
+            QVERIFY(_actions.all()[i]->isEnabled());
+            const std::size_t before = kxScenery::all(kinds[i]).size();
+            _actions.all()[i]->trigger();
+            QCOMPARE(kxScenery::all(kinds[i]).size(), before + 1);
+            QCOMPARE(list()->currentIndex().data().toString().toStdString(),
+                     kxScenery::all(kinds[i]).back()->getNodeName());
+        }
+        QVERIFY(!isHintShown(list()) && steps()->isVisible() && isHintShown(steps()));
+        trigger("_deleteSceneryAction");
+        QVERIFY(kxScenery::all(Kind::Sequence).empty());
+        kxScene::the()->flush();
+        QVERIFY(!steps()->isVisible());
+    }
+
+    void stepsAreEditedInPlace()
+    {
+        typedef kxSequenceStep::Kind Step;
+        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open")}, QStringLiteral("Door"));
+        _actions.all()[4]->trigger();
+        auto* const model = qobject_cast<kxStepModel*>(steps()->model());
+        model->insertStep(-1, Step::Wait);
+        model->insertStep(0, Step::SetVariant);
+        model->insertStep(1, Step::ShowViewpoint);
+        QVERIFY(model->setData(model->index(0, kxStepModel::WithColumn), 2.5, Qt::EditRole));
+        QVERIFY(model->setData(model->index(1, kxStepModel::WithColumn), QStringLiteral("Door/Open"), Qt::EditRole));
+        steps()->setCurrentIndex(model->index(1, 0));
+        trigger("_raiseStepAction");
+        trigger("_raiseStepAction"); // is the first
+        const auto read = kxScenery::steps(kxScenery::all(Kind::Sequence).front());
+        QCOMPARE(read.size(), std::size_t(3));
+        QCOMPARE(read[0].choice, std::string("Open"));
+        QCOMPARE(read[1].seconds, 2.5);
+        QVERIFY(!model->index(2, kxStepModel::WithColumn).data(Qt::ToolTipRole).toString().isEmpty()); // names nothing
+        trigger("_deleteStepAction");
+        QCOMPARE(model->rowCount(), 2);
+        kxUndoStack::get(0).stack()->undo();
+        kxScene::the()->flush();
+        QCOMPARE(model->rowCount(), 3);
+    }
+
+    void tracksAreLookedThrough()
+    {
+        auto* const look = _panel->findChild<QAction*>(QStringLiteral("_lookThroughAction"));
+        _actions.all()[0]->trigger();
+        QVERIFY(!look->isEnabled()); // a viewpoint is no camera that moves
+        _actions.all()[2]->trigger();
+        const unsigned int first = kxScenery::all(Kind::CameraTrack)[0].getFieldContainerId();
+        QCOMPARE(_view.cameraNodeId(), first); // what was made is seen
+        QVERIFY(look->isChecked());
+        _actions.all()[2]->trigger();
+        _panel->select(first);
+        QVERIFY(look->isEnabled() && !look->isChecked());
+        look->trigger();
+        QCOMPARE(_view.cameraNodeId(), first);
+        QVERIFY(list()->currentIndex().data(Qt::ForegroundRole).isValid());
+        look->trigger();
+        QCOMPARE(_view.cameraNodeId(), 0u);
+        look->trigger();
+        _view.setPose(kxCameraRig::Pose()); // as a hand that turns the view
+        QVERIFY(!look->isChecked() && !list()->currentIndex().data(Qt::ForegroundRole).isValid());
+        look->trigger();
+        kxUndoStack::get(0).stack()->setIndex(0); // the tracks go, the view stands free
+        kxScene::the()->flush();
+        QCOMPARE(_view.cameraNodeId(), 0u);
+        QVERIFY(!look->isEnabled());
+    }
+
+    void rowsAreNamedAndTried()
+    {
+        const osg::NodePtr set = kxSceneryEdits::addVariantSet(
+            {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, QStringLiteral("Door"));
+        kxScene::the()->flush();
+        list()->expandAll();
+        QAbstractItemModel* const model = list()->model();
+        const auto texts = [model](const QModelIndex& above)
+        {
+            QStringList names;
+            for (int row = 0; row < model->rowCount(above); ++row)
+                names << model->index(row, 0, above).data().toString();
+            return names;
+        };
+        const QModelIndex section = model->index(0, 0);
+        QCOMPARE(texts({}), QStringList("Variant Sets"));
+        QCOMPARE(texts(section), QStringList("Door"));
+        const auto choice = [model](int row) { return model->index(row, 0, model->index(0, 0, model->index(0, 0))); };
+        QCOMPARE(texts(choice(0).parent()), QStringList({"Open", "Shut"}));
+        QVERIFY(model->setData(choice(1), "Closed") && !model->setData(choice(1), "x", Qt::ToolTipRole));
+        QCOMPARE(set->getChild(1)->getNodeName(), std::string("Closed"));
+        QVERIFY(choice(1).data(Qt::ForegroundRole).isValid() && !choice(0).data(Qt::ForegroundRole).isValid());
+        list()->expandAll();
+        list()->setCurrentIndex(choice(1));
+        Q_EMIT list()->doubleClicked(choice(1));
+        kxScene::the()->flush();
+        QVERIFY(!choice(1).data(Qt::ForegroundRole).isValid() && choice(0).data(Qt::ForegroundRole).isValid());
+        QVERIFY(choice(0).data(Qt::DecorationRole).value<QIcon>().cacheKey() !=
+                choice(1).data(Qt::DecorationRole).value<QIcon>().cacheKey());
+    }
+
+    void editorsOfSteps()
+    {
+        typedef kxSequenceStep::Kind Step;
+        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")},
+                                      QStringLiteral("Door"));
+        _actions.all()[4]->trigger();
+        auto* const menu = _panel->findChild<QMenu*>(QStringLiteral("_addStepMenu"));
+        for (const Step kind : {Step::Wait, Step::SetVariant}) // each below the one that is selected
+            menu->actions().at(int(kind))->trigger();
+        QAbstractItemModel* const model = steps()->model();
+        QCOMPARE(steps()->currentIndex().row(), 1);
+        QVERIFY(!model->index(0, kxStepModel::WithColumn).data(Qt::ToolTipRole).isValid()); // a pause names nothing
+        const auto edit = [this, model](int row)
+        {
+            const QModelIndex index = model->index(row, kxStepModel::WithColumn);
+            QWidget* const editor =
+                steps()->itemDelegate()->createEditor(steps()->viewport(), QStyleOptionViewItem(), index);
+            steps()->itemDelegate()->setEditorData(editor, index);
+            return editor;
+        };
+        const auto give = [this, model](QWidget* editor, int row)
+        {
+            steps()->itemDelegate()->setModelData(editor, model, model->index(row, kxStepModel::WithColumn));
+            delete editor;
+            return model->index(row, kxStepModel::WithColumn).data(Qt::EditRole);
+        };
+        auto* const seconds = qobject_cast<QDoubleSpinBox*>(edit(0));
+        seconds->setValue(-3);
+        QCOMPARE(seconds->value(), 0.0);
+        seconds->setValue(125.25);
+        QCOMPARE(give(seconds, 0).toDouble(), 125.25);
+        auto* const names = qobject_cast<QComboBox*>(edit(1));
+        names->setCurrentIndex(names->findText("Door/Shut"));
+        QCOMPARE(give(names, 1).toString(), QString("Door/Shut"));
+        QCOMPARE(qobject_cast<QComboBox*>(edit(1))->currentText(), QString("Door/Shut"));
+    }
 
 private:
     void trigger(const char* name) { _panel->findChild<QAction*>(QLatin1String(name))->trigger(); }
     QTreeView* list() { return _panel->findChild<QTreeView*>(QStringLiteral("_sceneryList")); }
     QTreeView* steps() { return _panel->findChild<QTreeView*>(QStringLiteral("_stepList")); }
-    static bool isHintShown(QTreeView* view);
+
+    static bool isHintShown(QTreeView* view) { return view->viewport()->findChild<QLabel*>()->isVisible(); }
 
     kxView3D _view;
     kxSceneryStage _stage{&_view};
     kxSceneryActions _actions{&_stage};
     std::unique_ptr<kxSceneryPanel> _panel;
 };
-
-void tst_kxSceneryPanel::init()
-{
-    kxStyle::apply(*qApp);
-    kxSceneFixture::clear();
-    _panel = std::make_unique<kxSceneryPanel>(&_stage, &_actions);
-    _panel->resize(340, 520);
-    _panel->show();
-}
-
-bool tst_kxSceneryPanel::isHintShown(QTreeView* view)
-{
-    return view->viewport()->findChild<QLabel*>()->isVisible();
-}
-
-void tst_kxSceneryPanel::eachEntryMakesItsKind()
-{
-    QVERIFY(isHintShown(list()) && !steps()->isVisible());
-    QVERIFY(_panel->findChild<QToolButton*>(QStringLiteral("_addScenery"))->isVisible());
-    const Kind kinds[] = {Kind::Viewpoint, Kind::CameraTrack, Kind::CameraTrack, Kind::VariantSet, Kind::Sequence};
-    QVERIFY(!_actions.all()[1]->isEnabled()); // it needs two viewpoints
-    _actions.all()[0]->trigger();
-    for (int i = 0; i < 5; ++i)
-    {
-        QVERIFY(_actions.all()[i]->isEnabled());
-        const std::size_t before = kxScenery::all(kinds[i]).size();
-        _actions.all()[i]->trigger();
-        QCOMPARE(kxScenery::all(kinds[i]).size(), before + 1);
-        QCOMPARE(list()->currentIndex().data().toString().toStdString(),
-                 kxScenery::all(kinds[i]).back()->getNodeName());
-    }
-    QVERIFY(!isHintShown(list()) && steps()->isVisible() && isHintShown(steps()));
-    trigger("_deleteSceneryAction");
-    QVERIFY(kxScenery::all(Kind::Sequence).empty());
-    kxScene::the()->flush();
-    QVERIFY(!steps()->isVisible());
-}
-
-void tst_kxSceneryPanel::stepsAreEditedInPlace()
-{
-    typedef kxSequenceStep::Kind Step;
-    kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open")}, QStringLiteral("Door"));
-    _actions.all()[4]->trigger();
-    auto* const model = qobject_cast<kxStepModel*>(steps()->model());
-    model->insertStep(-1, Step::Wait);
-    model->insertStep(0, Step::SetVariant);
-    model->insertStep(1, Step::ShowViewpoint);
-    QVERIFY(model->setData(model->index(0, kxStepModel::WithColumn), 2.5, Qt::EditRole));
-    QVERIFY(model->setData(model->index(1, kxStepModel::WithColumn), QStringLiteral("Door/Open"), Qt::EditRole));
-    steps()->setCurrentIndex(model->index(1, 0));
-    trigger("_raiseStepAction");
-    trigger("_raiseStepAction"); // is the first
-    const auto read = kxScenery::steps(kxScenery::all(Kind::Sequence).front());
-    QCOMPARE(read.size(), std::size_t(3));
-    QCOMPARE(read[0].choice, std::string("Open"));
-    QCOMPARE(read[1].seconds, 2.5);
-    QVERIFY(!model->index(2, kxStepModel::WithColumn).data(Qt::ToolTipRole).toString().isEmpty()); // names nothing
-    trigger("_deleteStepAction");
-    QCOMPARE(model->rowCount(), 2);
-    kxUndoStack::get(0).stack()->undo();
-    kxScene::the()->flush();
-    QCOMPARE(model->rowCount(), 3);
-}
-
-void tst_kxSceneryPanel::tracksAreLookedThrough()
-{
-    auto* const look = _panel->findChild<QAction*>(QStringLiteral("_lookThroughAction"));
-    _actions.all()[0]->trigger();
-    QVERIFY(!look->isEnabled()); // a viewpoint is no camera that moves
-    _actions.all()[2]->trigger();
-    const unsigned int first = kxScenery::all(Kind::CameraTrack)[0].getFieldContainerId();
-    QCOMPARE(_view.cameraNodeId(), first); // what was made is seen
-    QVERIFY(look->isChecked());
-    _actions.all()[2]->trigger();
-    _panel->select(first);
-    QVERIFY(look->isEnabled() && !look->isChecked());
-    look->trigger();
-    QCOMPARE(_view.cameraNodeId(), first);
-    QVERIFY(list()->currentIndex().data(Qt::ForegroundRole).isValid());
-    look->trigger();
-    QCOMPARE(_view.cameraNodeId(), 0u);
-    look->trigger();
-    _view.setPose(kxCameraRig::Pose()); // as a hand that turns the view
-    QVERIFY(!look->isChecked() && !list()->currentIndex().data(Qt::ForegroundRole).isValid());
-    look->trigger();
-    kxUndoStack::get(0).stack()->setIndex(0); // the tracks go, the view stands free
-    kxScene::the()->flush();
-    QCOMPARE(_view.cameraNodeId(), 0u);
-    QVERIFY(!look->isEnabled());
-}
-
-void tst_kxSceneryPanel::rowsAreNamedAndTried()
-{
-    const osg::NodePtr set = kxSceneryEdits::addVariantSet(
-        {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, QStringLiteral("Door"));
-    kxScene::the()->flush();
-    list()->expandAll();
-    QAbstractItemModel* const model = list()->model();
-    const auto texts = [model](const QModelIndex& above)
-    {
-        QStringList names;
-        for (int row = 0; row < model->rowCount(above); ++row)
-            names << model->index(row, 0, above).data().toString();
-        return names;
-    };
-    const QModelIndex section = model->index(0, 0);
-    QCOMPARE(texts({}), QStringList("Variant Sets"));
-    QCOMPARE(texts(section), QStringList("Door"));
-    const auto choice = [model](int row) { return model->index(row, 0, model->index(0, 0, model->index(0, 0))); };
-    QCOMPARE(texts(choice(0).parent()), QStringList({"Open", "Shut"}));
-    QVERIFY(model->setData(choice(1), "Closed") && !model->setData(choice(1), "x", Qt::ToolTipRole));
-    QCOMPARE(set->getChild(1)->getNodeName(), std::string("Closed"));
-    QVERIFY(choice(1).data(Qt::ForegroundRole).isValid() && !choice(0).data(Qt::ForegroundRole).isValid());
-    list()->expandAll();
-    list()->setCurrentIndex(choice(1));
-    Q_EMIT list()->doubleClicked(choice(1));
-    kxScene::the()->flush();
-    QVERIFY(!choice(1).data(Qt::ForegroundRole).isValid() && choice(0).data(Qt::ForegroundRole).isValid());
-    QVERIFY(choice(0).data(Qt::DecorationRole).value<QIcon>().cacheKey() !=
-            choice(1).data(Qt::DecorationRole).value<QIcon>().cacheKey());
-}
-
-void tst_kxSceneryPanel::editorsOfSteps()
-{
-    typedef kxSequenceStep::Kind Step;
-    kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")},
-                                  QStringLiteral("Door"));
-    _actions.all()[4]->trigger();
-    auto* const menu = _panel->findChild<QMenu*>(QStringLiteral("_addStepMenu"));
-    for (const Step kind : {Step::Wait, Step::SetVariant}) // each below the one that is selected
-        menu->actions().at(int(kind))->trigger();
-    QAbstractItemModel* const model = steps()->model();
-    QCOMPARE(steps()->currentIndex().row(), 1);
-    QVERIFY(!model->index(0, kxStepModel::WithColumn).data(Qt::ToolTipRole).isValid()); // a pause names nothing
-    const auto edit = [this, model](int row)
-    {
-        const QModelIndex index = model->index(row, kxStepModel::WithColumn);
-        QWidget* const editor =
-            steps()->itemDelegate()->createEditor(steps()->viewport(), QStyleOptionViewItem(), index);
-        steps()->itemDelegate()->setEditorData(editor, index);
-        return editor;
-    };
-    const auto give = [this, model](QWidget* editor, int row)
-    {
-        steps()->itemDelegate()->setModelData(editor, model, model->index(row, kxStepModel::WithColumn));
-        delete editor;
-        return model->index(row, kxStepModel::WithColumn).data(Qt::EditRole);
-    };
-    auto* const seconds = qobject_cast<QDoubleSpinBox*>(edit(0));
-    seconds->setValue(-3);
-    QCOMPARE(seconds->value(), 0.0);
-    seconds->setValue(125.25);
-    QCOMPARE(give(seconds, 0).toDouble(), 125.25);
-    auto* const names = qobject_cast<QComboBox*>(edit(1));
-    names->setCurrentIndex(names->findText("Door/Shut"));
-    QCOMPARE(give(names, 1).toString(), QString("Door/Shut"));
-    QCOMPARE(qobject_cast<QComboBox*>(edit(1))->currentText(), QString("Door/Shut"));
-}
 
 QTEST_MAIN(tst_kxSceneryPanel)
 #include "tst_kxSceneryPanel.moc"

@@ -26,309 +26,296 @@ class tst_kxSceneryStage : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
+    void initTestCase()
+    {
+        _view = std::make_unique<kxView3D>();
+        _stage = std::make_unique<kxSceneryStage>(_view.get());
+    }
+
+    void init()
+    {
+        clear();
+        _view->setPose(kxCameraRig::Pose());
+        kxLogModel::the().clear();
+    }
+
     void cleanup() { clear(); }
-    void everyEditIsAStep();
-    void importsMeetNames();
-    void renamesFollow();
-    void renamedClipsFollow();
-    void triggersFireOnceForward();
-    void triggersOfMissingThings();
-    void variantsOfTriggersPass();
-    void viewGoesToViewpoints();
-    void cameraTracksPassTheirViewpoints();
-    void deletionAndNewNamesReachWhatRuns();
-    void otherSceneStopsAll();
+
+    void everyEditIsAStep()
+    {
+        const osg::NodePtr a = addObject("A"), b = addObject("B");
+        const QByteArray before = bytes();
+        const osg::NodePtr front = kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
+        const osg::NodePtr side = kxSceneryEdits::addViewpoint(camera(90), 5, QStringLiteral("Front"));
+        QCOMPARE(side->getNodeName(), std::string("Front_1"));
+        kxSceneryEdits::updateViewpoint(side, camera(45, 60), 7);
+        kxSceneryEdits::addCameraTrack({front, side}, 2);
+        kxSceneryEdits::addTurntable(kxCameraRig::Pose(), 8);
+        const osg::NodePtr set = kxSceneryEdits::addVariantSet({a, b}, QStringLiteral("Look"));
+        QVERIFY(kxSceneryEdits::setChoice(set, 1) && !kxSceneryEdits::setChoice(set, 2));
+        const int steps = stack()->count();
+        QVERIFY(kxSceneryEdits::setChoice(set, 1) && stack()->count() == steps); // it is shown already
+        const osg::NodePtr sequence = kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}});
+        kxSceneryEdits::setSteps(sequence, {{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}, kxSequenceStep()});
+        kxSceneryEdits::duplicate({front, sequence, set});
+        QVERIFY(kxScenery::all(Kind::VariantSet).size() == 2 && kxScenery::all(Kind::Sequence).size() == 2);
+        const osg::NodePtr copy = kxScenery::all(Kind::VariantSet).back();
+        QVERIFY(copy->getParent() == set->getParent() && !kxSceneEdits::rename(sequence, QStringLiteral("Sequence_1")));
+        QVERIFY(!kxSceneEdits::rename(front, QStringLiteral("  ")) &&
+                !kxSceneEdits::rename(front, QStringLiteral("Front_1")));
+        QVERIFY(kxSceneEdits::rename(front, QStringLiteral("Start")));
+        kxSceneryEdits::remove({front, set});
+        QVERIFY(kxScenery::all(Kind::VariantSet) == std::vector<osg::NodePtr>{copy});
+        for (int i = 0; i < stack()->count(); ++i)
+            QVERIFY(!stack()->text(i).isEmpty());
+        const QByteArray after = bytes();
+        for (int round = 0; round < 2; ++round)
+        {
+            stack()->setIndex(0);
+            QCOMPARE(bytes(), before);
+            stack()->setIndex(stack()->count());
+            QCOMPARE(bytes(), after);
+        }
+    }
+
+    void importsMeetNames()
+    {
+        const auto fill = []
+        {
+            kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
+            kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front_1"));
+            kxSceneryEdits::addSequence({{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}},
+                                        QStringLiteral("Tour"));
+        };
+        fill();
+        const QTemporaryDir folder;
+        kxFileReport report(folder.filePath(QStringLiteral("s.kxs")));
+        QVERIFY(kxSceneIO::save(report.file(), report));
+        const QByteArray before = bytes();
+        QVERIFY(kxSceneIO::importFile(report.file(), report));
+        const std::vector<std::string> names = kxScenery::names(Kind::Viewpoint);
+        QCOMPARE(std::set<std::string>(names.begin(), names.end()).size(), std::size_t(4));
+        const osg::NodePtr tour = kxScenery::all(Kind::Sequence).back();
+        QCOMPARE(kxScenery::steps(tour).front().name, names[2]); // the one that came with it
+        stack()->undo();
+        QCOMPARE(bytes(), before);
+    }
+
+    void renamesFollow()
+    {
+        const osg::NodePtr front = kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
+        const osg::NodePtr set =
+            kxSceneryEdits::addVariantSet({addObject("A"), addObject("B")}, QStringLiteral("Look"));
+        const osg::NodePtr tour = kxSceneryEdits::addSequence({{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0},
+                                                               {kxSequenceStep::Kind::SetVariant, "Look", "B", 0}});
+        const osg::AnimNodePtr first = trigger("Front", 1, Kind::Viewpoint),
+                               second = trigger("Look/B", 2, Kind::VariantSet);
+        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("clip", {first, second}));
+        const QByteArray before = bytes();
+        const int steps = stack()->index();
+        kxSceneEdits::rename(front, QStringLiteral("Start"));
+        QCOMPARE(stack()->index(), steps + 1);
+        kxSceneEdits::rename(set, QStringLiteral("Paint"));
+        kxSceneEdits::rename(set->getChild(1), QStringLiteral("Red"));
+        QCOMPARE(osg::AnimSequencePtr::dcast(first->getCore())->getName(), std::string("Start"));
+        QCOMPARE(first->getNodeName(), std::string("Start"));
+        QCOMPARE(osg::AnimSequencePtr::dcast(second->getCore())->getName(), std::string("Paint/Red"));
+        QCOMPARE(kxScenery::steps(tour)[1].choice, std::string("Red"));
+        stack()->setIndex(steps);
+        QCOMPARE(bytes(), before);
+        kxSceneryEdits::remove({front});
+        QVERIFY(log().join(QString()).contains(QStringLiteral("2 triggers and steps")));
+    }
+
+    void renamedClipsFollow()
+    {
+        typedef kxSequenceStep::Kind Step;
+        const osg::NodePtr object = addObject("A");
+        const osg::AnimNodePtr block = kxAnimFixture::block("Jump", {});
+        kxAnimManager::the()->addAnimation(object, block);
+        const osg::AnimNodePtr clone = kxAnimFixture::clone(block, 1);
+        const osg::AnimNodePtr clip = kxAnimFixture::clip("Show", {clone});
+        kxAnimManager::the()->addToClipStructure(clip);
+        const osg::NodePtr tour = kxSceneryEdits::addSequence(
+            {{Step::PlayClip, "Show", "", 0}, {Step::StartClip, "Jump", "", 0}, {Step::ShowViewpoint, "Show", "", 0}});
+        const auto names = [&tour]
+        {
+            QStringList all;
+            for (const kxSequenceStep& step : kxScenery::steps(tour))
+                all << QString::fromStdString(step.name);
+            return all.join(',');
+        };
+        kxNodeUtils::setName(clone, "Hop", true, osg::NodePtr()); // the step plays the object's block
+        QCOMPARE(names(), QStringLiteral("Show,Jump,Show"));
+        kxNodeUtils::setName(clip, "Opening", true, osg::NodePtr());
+        kxNodeUtils::setName(block, "Leap", true, osg::NodePtr());
+        QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
+
+        // The same scene brought in a second time: its steps play what came with them.
+        const QTemporaryDir folder;
+        kxFileReport report(folder.filePath(QStringLiteral("s.kxs")));
+        QVERIFY(kxSceneIO::save(report.file(), report));
+        QVERIFY(kxSceneIO::importFile(report.file(), report));
+        QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
+        const auto imported = kxScenery::steps(kxScenery::all(Kind::Sequence).back());
+        QCOMPARE(imported[0].name, std::string("Opening_1"));
+        QCOMPARE(imported[1].name, std::string("Leap_1"));
+    }
+
+    void triggersFireOnceForward()
+    {
+        const osg::NodePtr set =
+            kxSceneryEdits::addVariantSet({addObject("A"), addObject("B"), addObject("C")}, QStringLiteral("Look"));
+        kxSceneryEdits::addViewpoint(camera(120), 5, QStringLiteral("Side"));
+        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}}, QStringLiteral("Back"));
+        const osg::AnimNodePtr clip =
+            kxAnimFixture::clip("clip", {trigger("Look", 1, Kind::VariantSet), trigger("Side", 1, Kind::Viewpoint),
+                                         trigger("Back", 3, Kind::Sequence)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        const auto show = [&clip](double seconds)
+        { kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true); };
+        show(0);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+        show(1.5);
+        show(2);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // the next one, once
+        QVERIFY(std::fabs(_view->rig().pose().yaw - 120) < 0.1f);
+        show(3.5);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // a sequence never runs inside of a frame
+        _stage->runner().update();
+        QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+        QVERIFY(log().isEmpty());
+    }
+
+    void triggersOfMissingThings()
+    {
+        kxSceneryEdits::addVariantSet({addObject("A")}, QStringLiteral("Look"));
+        const osg::AnimNodePtr clip =
+            kxAnimFixture::clip("clip", {trigger("V", 1, Kind::Viewpoint), trigger("S", 2, Kind::Sequence),
+                                         trigger("W", 3, Kind::VariantSet), trigger("Look/Z", 4, Kind::VariantSet)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        for (const double seconds : {0.0, 5.0})
+            kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true);
+        const QStringList lines = log();
+        QCOMPARE(lines.size(), 4);
+        for (int i = 0; i < 4; ++i)
+            QVERIFY2(lines[i].contains(QStringList({"\"V\"", "\"S\"", "\"W\"", "\"Z\""})[i]), qPrintable(lines[i]));
+    }
+
+    void variantsOfTriggersPass()
+    {
+        const osg::NodePtr set =
+            kxSceneryEdits::addVariantSet({addObject("A"), addObject("B"), addObject("C")}, QStringLiteral("Look"));
+        const QByteArray before = bytes();
+        const int steps = stack()->index();
+        QVERIFY(_stage->setVariant("Look", "B").isEmpty());
+        QCOMPARE(kxScenery::shownChoice(set), std::string("B"));
+        QCOMPARE(bytes(), before);
+        QCOMPARE(stack()->index(), steps);
+        kxAnimManager::the()->setCurrentFrame(7, true, false);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+        // What the user chooses in between stays.
+        _stage->setVariant("Look", "B");
+        QVERIFY(kxSceneryEdits::setChoice(set, 2));
+        kxAnimManager::the()->setCurrentFrame(8, true, false);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("C"));
+        stack()->undo();
+        QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+    }
+
+    void viewGoesToViewpoints()
+    {
+        for (const float fieldOfView : {kxCameraRig::FieldOfView, 60.0f})
+        {
+            clear();
+            const kxViewCamera wanted = camera(70, fieldOfView);
+            kxSceneryEdits::addViewpoint(wanted, 5, QStringLiteral("V"));
+            QSignalSpy spy(kxKernelServiceFactory::the().getService<kxCameraService>(),
+                           &kxCameraService::viewpointActivated);
+            QVERIFY(_stage->showViewpoint("V").isEmpty());
+            QCOMPARE(spy.count(), 1);
+            const kxViewCamera shown = _view->viewCamera(1);
+            QVERIFY((shown.eye() - wanted.eye()).length() < 1e-3f);
+            QVERIFY(QVector3D::dotProduct(shown.forward(), wanted.forward()) > 0.99999f);
+            QVERIFY(std::fabs(shown.fieldOfView - fieldOfView) < 0.01f);
+            if (fieldOfView == kxCameraRig::FieldOfView)
+                QVERIFY((_view->rig().pose().target - QVector3D(1, 2, 3)).length() < 1e-3f);
+        }
+    }
+
+    void cameraTracksPassTheirViewpoints()
+    {
+        kxSceneryEdits::Nodes viewpoints;
+        for (const float yaw : {10.0f, 170.0f, -100.0f})
+            viewpoints.push_back(kxSceneryEdits::addViewpoint(camera(yaw), 5));
+        QVERIFY(kxSceneryEdits::addCameraTrack({viewpoints.front()}, 2) == osg::NullFC);
+        QVERIFY(kxSceneryEdits::addCameraTrack(viewpoints, -1) == osg::NullFC);
+        const osg::NodePtr track = kxSceneryEdits::addCameraTrack(viewpoints, 2);
+        for (std::size_t i = 0; i < viewpoints.size(); ++i)
+        {
+            kxAnimManager::the()->setCurrentFrame(double(i) * 2 * kxAnimManager::the()->fps(), true, false);
+            const kxViewCamera at = kxViewCamera::fromNode(track, 1), wanted = kxViewCamera::fromNode(viewpoints[i], 1);
+            QVERIFY((at.eye() - wanted.eye()).length() < 1e-3f);
+            QVERIFY(QVector3D::dotProduct(at.forward(), wanted.forward()) > 0.9999f);
+        }
+        QVERIFY(_stage->playCameraTrack(track).isEmpty() && _stage->isPlaying());
+        QCOMPARE(_view->cameraNodeId(), track.getFieldContainerId());
+        _stage->stopAll();
+        QVERIFY(!_stage->isPlaying());
+        QVERIFY(!_stage->playCameraTrack(viewpoints.front()).isEmpty());
+    }
+
+    void deletionAndNewNamesReachWhatRuns()
+    {
+        const osg::NodePtr tour =
+            kxSceneryEdits::addSequence({{kxSequenceStep::Kind::Wait, "", "", 60}}, QStringLiteral("Tour"));
+        QVERIFY(_stage->runner().start("Tour"));
+        _stage->runner().update();
+        kxSceneEdits::rename(tour, "Walk");
+        kxScene::the()->flush();
+        QVERIFY(_stage->runner().isRunning("Walk"));
+        kxSceneryEdits::remove({tour}); // the undo stack keeps it
+        kxScene::the()->flush();
+        QVERIFY(_stage->runner().running().empty());
+    }
+
+    void otherSceneStopsAll()
+    {
+        kxSceneryEdits::addSequence({kxSequenceStep()}, QStringLiteral("Tour"));
+        QVERIFY(_stage->runner().start("Tour"));
+        clear();
+        QVERIFY(_stage->runner().running().empty() && kxScenery::all(Kind::Sequence).empty());
+    }
 
 private:
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
-    static kxViewCamera camera(float yaw, float fieldOfView = kxCameraRig::FieldOfView);
-    static osg::AnimNodePtr trigger(const char* name, float seconds, Kind kind);
-    static QStringList log();
+
+    static kxViewCamera camera(float yaw, float fieldOfView = kxCameraRig::FieldOfView)
+    {
+        kxCameraRig rig;
+        rig.setPose({QVector3D(1, 2, 3), 5, yaw, 10});
+        kxViewCamera camera = rig.camera(1, osg::BoxVolume());
+        camera.fieldOfView = fieldOfView;
+        return camera;
+    }
+
+    static osg::AnimNodePtr trigger(const char* name, float seconds, Kind kind)
+    {
+        return kxAnimFixture::trigger(name, seconds, kind == Kind::VariantSet, kind == Kind::Viewpoint);
+    }
+
+    static QStringList log()
+    {
+        QStringList texts;
+        for (const kxLogEntry& entry : kxLogModel::the().entries())
+            texts << entry.text;
+        kxLogModel::the().clear();
+        return texts;
+    }
+
     std::unique_ptr<kxView3D> _view;
     std::unique_ptr<kxSceneryStage> _stage;
 };
-
-kxViewCamera tst_kxSceneryStage::camera(float yaw, float fieldOfView)
-{
-    kxCameraRig rig;
-    rig.setPose({QVector3D(1, 2, 3), 5, yaw, 10});
-    kxViewCamera camera = rig.camera(1, osg::BoxVolume());
-    camera.fieldOfView = fieldOfView;
-    return camera;
-}
-
-osg::AnimNodePtr tst_kxSceneryStage::trigger(const char* name, float seconds, Kind kind)
-{
-    return kxAnimFixture::trigger(name, seconds, kind == Kind::VariantSet, kind == Kind::Viewpoint);
-}
-
-QStringList tst_kxSceneryStage::log()
-{
-    QStringList texts;
-    for (const kxLogEntry& entry : kxLogModel::the().entries())
-        texts << entry.text;
-    kxLogModel::the().clear();
-    return texts;
-}
-
-void tst_kxSceneryStage::initTestCase()
-{
-    _view = std::make_unique<kxView3D>();
-    _stage = std::make_unique<kxSceneryStage>(_view.get());
-}
-
-void tst_kxSceneryStage::init()
-{
-    clear();
-    _view->setPose(kxCameraRig::Pose());
-    kxLogModel::the().clear();
-}
-
-void tst_kxSceneryStage::everyEditIsAStep()
-{
-    const osg::NodePtr a = addObject("A"), b = addObject("B");
-    const QByteArray before = bytes();
-    const osg::NodePtr front = kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
-    const osg::NodePtr side = kxSceneryEdits::addViewpoint(camera(90), 5, QStringLiteral("Front"));
-    QCOMPARE(side->getNodeName(), std::string("Front_1"));
-    kxSceneryEdits::updateViewpoint(side, camera(45, 60), 7);
-    kxSceneryEdits::addCameraTrack({front, side}, 2);
-    kxSceneryEdits::addTurntable(kxCameraRig::Pose(), 8);
-    const osg::NodePtr set = kxSceneryEdits::addVariantSet({a, b}, QStringLiteral("Look"));
-    QVERIFY(kxSceneryEdits::setChoice(set, 1) && !kxSceneryEdits::setChoice(set, 2));
-    const int steps = stack()->count();
-    QVERIFY(kxSceneryEdits::setChoice(set, 1) && stack()->count() == steps); // it is shown already
-    const osg::NodePtr sequence = kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}});
-    kxSceneryEdits::setSteps(sequence, {{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}, kxSequenceStep()});
-    kxSceneryEdits::duplicate({front, sequence, set});
-    QVERIFY(kxScenery::all(Kind::VariantSet).size() == 2 && kxScenery::all(Kind::Sequence).size() == 2);
-    const osg::NodePtr copy = kxScenery::all(Kind::VariantSet).back();
-    QVERIFY(copy->getParent() == set->getParent() && !kxSceneEdits::rename(sequence, QStringLiteral("Sequence_1")));
-    QVERIFY(!kxSceneEdits::rename(front, QStringLiteral("  ")) &&
-            !kxSceneEdits::rename(front, QStringLiteral("Front_1")));
-    QVERIFY(kxSceneEdits::rename(front, QStringLiteral("Start")));
-    kxSceneryEdits::remove({front, set});
-    QVERIFY(kxScenery::all(Kind::VariantSet) == std::vector<osg::NodePtr>{copy});
-    for (int i = 0; i < stack()->count(); ++i)
-        QVERIFY(!stack()->text(i).isEmpty());
-    const QByteArray after = bytes();
-    for (int round = 0; round < 2; ++round)
-    {
-        stack()->setIndex(0);
-        QCOMPARE(bytes(), before);
-        stack()->setIndex(stack()->count());
-        QCOMPARE(bytes(), after);
-    }
-}
-
-void tst_kxSceneryStage::importsMeetNames()
-{
-    const auto fill = []
-    {
-        kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
-        kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front_1"));
-        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}}, QStringLiteral("Tour"));
-    };
-    fill();
-    const QTemporaryDir folder;
-    kxFileReport report(folder.filePath(QStringLiteral("s.kxs")));
-    QVERIFY(kxSceneIO::save(report.file(), report));
-    const QByteArray before = bytes();
-    QVERIFY(kxSceneIO::importFile(report.file(), report));
-    const std::vector<std::string> names = kxScenery::names(Kind::Viewpoint);
-    QCOMPARE(std::set<std::string>(names.begin(), names.end()).size(), std::size_t(4));
-    const osg::NodePtr tour = kxScenery::all(Kind::Sequence).back();
-    QCOMPARE(kxScenery::steps(tour).front().name, names[2]); // the one that came with it
-    stack()->undo();
-    QCOMPARE(bytes(), before);
-}
-
-void tst_kxSceneryStage::renamesFollow()
-{
-    const osg::NodePtr front = kxSceneryEdits::addViewpoint(camera(0), 5, QStringLiteral("Front"));
-    const osg::NodePtr set = kxSceneryEdits::addVariantSet({addObject("A"), addObject("B")}, QStringLiteral("Look"));
-    const osg::NodePtr tour = kxSceneryEdits::addSequence(
-        {{kxSequenceStep::Kind::ShowViewpoint, "Front", "", 0}, {kxSequenceStep::Kind::SetVariant, "Look", "B", 0}});
-    const osg::AnimNodePtr first = trigger("Front", 1, Kind::Viewpoint),
-                           second = trigger("Look/B", 2, Kind::VariantSet);
-    kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("clip", {first, second}));
-    const QByteArray before = bytes();
-    const int steps = stack()->index();
-    kxSceneEdits::rename(front, QStringLiteral("Start"));
-    QCOMPARE(stack()->index(), steps + 1);
-    kxSceneEdits::rename(set, QStringLiteral("Paint"));
-    kxSceneEdits::rename(set->getChild(1), QStringLiteral("Red"));
-    QCOMPARE(osg::AnimSequencePtr::dcast(first->getCore())->getName(), std::string("Start"));
-    QCOMPARE(first->getNodeName(), std::string("Start"));
-    QCOMPARE(osg::AnimSequencePtr::dcast(second->getCore())->getName(), std::string("Paint/Red"));
-    QCOMPARE(kxScenery::steps(tour)[1].choice, std::string("Red"));
-    stack()->setIndex(steps);
-    QCOMPARE(bytes(), before);
-    kxSceneryEdits::remove({front});
-    QVERIFY(log().join(QString()).contains(QStringLiteral("2 triggers and steps")));
-}
-
-void tst_kxSceneryStage::renamedClipsFollow()
-{
-    typedef kxSequenceStep::Kind Step;
-    const osg::NodePtr object = addObject("A");
-    const osg::AnimNodePtr block = kxAnimFixture::block("Jump", {});
-    kxAnimManager::the()->addAnimation(object, block);
-    const osg::AnimNodePtr clone = kxAnimFixture::clone(block, 1);
-    const osg::AnimNodePtr clip = kxAnimFixture::clip("Show", {clone});
-    kxAnimManager::the()->addToClipStructure(clip);
-    const osg::NodePtr tour = kxSceneryEdits::addSequence(
-        {{Step::PlayClip, "Show", "", 0}, {Step::StartClip, "Jump", "", 0}, {Step::ShowViewpoint, "Show", "", 0}});
-    const auto names = [&tour]
-    {
-        QStringList all;
-        for (const kxSequenceStep& step : kxScenery::steps(tour))
-            all << QString::fromStdString(step.name);
-        return all.join(',');
-    };
-    kxNodeUtils::setName(clone, "Hop", true, osg::NodePtr()); // the step plays the object's block
-    QCOMPARE(names(), QStringLiteral("Show,Jump,Show"));
-    kxNodeUtils::setName(clip, "Opening", true, osg::NodePtr());
-    kxNodeUtils::setName(block, "Leap", true, osg::NodePtr());
-    QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
-
-    // The same scene brought in a second time: its steps play what came with them.
-    const QTemporaryDir folder;
-    kxFileReport report(folder.filePath(QStringLiteral("s.kxs")));
-    QVERIFY(kxSceneIO::save(report.file(), report));
-    QVERIFY(kxSceneIO::importFile(report.file(), report));
-    QCOMPARE(names(), QStringLiteral("Opening,Leap,Show"));
-    const auto imported = kxScenery::steps(kxScenery::all(Kind::Sequence).back());
-    QCOMPARE(imported[0].name, std::string("Opening_1"));
-    QCOMPARE(imported[1].name, std::string("Leap_1"));
-}
-
-void tst_kxSceneryStage::triggersFireOnceForward()
-{
-    const osg::NodePtr set =
-        kxSceneryEdits::addVariantSet({addObject("A"), addObject("B"), addObject("C")}, QStringLiteral("Look"));
-    kxSceneryEdits::addViewpoint(camera(120), 5, QStringLiteral("Side"));
-    kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}}, QStringLiteral("Back"));
-    const osg::AnimNodePtr clip =
-        kxAnimFixture::clip("clip", {trigger("Look", 1, Kind::VariantSet), trigger("Side", 1, Kind::Viewpoint),
-                                     trigger("Back", 3, Kind::Sequence)});
-    kxAnimManager::the()->addToClipStructure(clip);
-    const auto show = [&clip](double seconds)
-    { kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true); };
-    show(0);
-    QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
-    show(1.5);
-    show(2);
-    QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // the next one, once
-    QVERIFY(std::fabs(_view->rig().pose().yaw - 120) < 0.1f);
-    show(3.5);
-    QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // a sequence never runs inside of a frame
-    _stage->runner().update();
-    QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
-    QVERIFY(log().isEmpty());
-}
-
-void tst_kxSceneryStage::triggersOfMissingThings()
-{
-    kxSceneryEdits::addVariantSet({addObject("A")}, QStringLiteral("Look"));
-    const osg::AnimNodePtr clip =
-        kxAnimFixture::clip("clip", {trigger("V", 1, Kind::Viewpoint), trigger("S", 2, Kind::Sequence),
-                                     trigger("W", 3, Kind::VariantSet), trigger("Look/Z", 4, Kind::VariantSet)});
-    kxAnimManager::the()->addToClipStructure(clip);
-    for (const double seconds : {0.0, 5.0})
-        kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true);
-    const QStringList lines = log();
-    QCOMPARE(lines.size(), 4);
-    for (int i = 0; i < 4; ++i)
-        QVERIFY2(lines[i].contains(QStringList({"\"V\"", "\"S\"", "\"W\"", "\"Z\""})[i]), qPrintable(lines[i]));
-}
-
-void tst_kxSceneryStage::variantsOfTriggersPass()
-{
-    const osg::NodePtr set =
-        kxSceneryEdits::addVariantSet({addObject("A"), addObject("B"), addObject("C")}, QStringLiteral("Look"));
-    const QByteArray before = bytes();
-    const int steps = stack()->index();
-    QVERIFY(_stage->setVariant("Look", "B").isEmpty());
-    QCOMPARE(kxScenery::shownChoice(set), std::string("B"));
-    QCOMPARE(bytes(), before);
-    QCOMPARE(stack()->index(), steps);
-    kxAnimManager::the()->setCurrentFrame(7, true, false);
-    QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
-    // What the user chooses in between stays.
-    _stage->setVariant("Look", "B");
-    QVERIFY(kxSceneryEdits::setChoice(set, 2));
-    kxAnimManager::the()->setCurrentFrame(8, true, false);
-    QCOMPARE(kxScenery::shownChoice(set), std::string("C"));
-    stack()->undo();
-    QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
-}
-
-void tst_kxSceneryStage::viewGoesToViewpoints()
-{
-    for (const float fieldOfView : {kxCameraRig::FieldOfView, 60.0f})
-    {
-        clear();
-        const kxViewCamera wanted = camera(70, fieldOfView);
-        kxSceneryEdits::addViewpoint(wanted, 5, QStringLiteral("V"));
-        QSignalSpy spy(kxKernelServiceFactory::the().getService<kxCameraService>(),
-                       &kxCameraService::viewpointActivated);
-        QVERIFY(_stage->showViewpoint("V").isEmpty());
-        QCOMPARE(spy.count(), 1);
-        const kxViewCamera shown = _view->viewCamera(1);
-        QVERIFY((shown.eye() - wanted.eye()).length() < 1e-3f);
-        QVERIFY(QVector3D::dotProduct(shown.forward(), wanted.forward()) > 0.99999f);
-        QVERIFY(std::fabs(shown.fieldOfView - fieldOfView) < 0.01f);
-        if (fieldOfView == kxCameraRig::FieldOfView)
-            QVERIFY((_view->rig().pose().target - QVector3D(1, 2, 3)).length() < 1e-3f);
-    }
-}
-
-void tst_kxSceneryStage::cameraTracksPassTheirViewpoints()
-{
-    kxSceneryEdits::Nodes viewpoints;
-    for (const float yaw : {10.0f, 170.0f, -100.0f})
-        viewpoints.push_back(kxSceneryEdits::addViewpoint(camera(yaw), 5));
-    QVERIFY(kxSceneryEdits::addCameraTrack({viewpoints.front()}, 2) == osg::NullFC);
-    QVERIFY(kxSceneryEdits::addCameraTrack(viewpoints, -1) == osg::NullFC);
-    const osg::NodePtr track = kxSceneryEdits::addCameraTrack(viewpoints, 2);
-    for (std::size_t i = 0; i < viewpoints.size(); ++i)
-    {
-        kxAnimManager::the()->setCurrentFrame(double(i) * 2 * kxAnimManager::the()->fps(), true, false);
-        const kxViewCamera at = kxViewCamera::fromNode(track, 1), wanted = kxViewCamera::fromNode(viewpoints[i], 1);
-        QVERIFY((at.eye() - wanted.eye()).length() < 1e-3f);
-        QVERIFY(QVector3D::dotProduct(at.forward(), wanted.forward()) > 0.9999f);
-    }
-    QVERIFY(_stage->playCameraTrack(track).isEmpty() && _stage->isPlaying());
-    QCOMPARE(_view->cameraNodeId(), track.getFieldContainerId());
-    _stage->stopAll();
-    QVERIFY(!_stage->isPlaying());
-    QVERIFY(!_stage->playCameraTrack(viewpoints.front()).isEmpty());
-}
-
-void tst_kxSceneryStage::deletionAndNewNamesReachWhatRuns()
-{
-    const osg::NodePtr tour =
-        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::Wait, "", "", 60}}, QStringLiteral("Tour"));
-    QVERIFY(_stage->runner().start("Tour"));
-    _stage->runner().update();
-    kxSceneEdits::rename(tour, "Walk");
-    kxScene::the()->flush();
-    QVERIFY(_stage->runner().isRunning("Walk"));
-    kxSceneryEdits::remove({tour}); // the undo stack keeps it
-    kxScene::the()->flush();
-    QVERIFY(_stage->runner().running().empty());
-}
-
-void tst_kxSceneryStage::otherSceneStopsAll()
-{
-    kxSceneryEdits::addSequence({kxSequenceStep()}, QStringLiteral("Tour"));
-    QVERIFY(_stage->runner().start("Tour"));
-    clear();
-    QVERIFY(_stage->runner().running().empty() && kxScenery::all(Kind::Sequence).empty());
-}
 
 QTEST_MAIN(tst_kxSceneryStage)
 #include "tst_kxSceneryStage.moc"

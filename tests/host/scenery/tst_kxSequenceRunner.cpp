@@ -109,188 +109,180 @@ class tst_kxSequenceRunner : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { kxLogModel::the().clear(); }
-    void stepsFollowTheClock();
-    void nestedSequencesAreWaitedFor();
-    void clipsAreWaitedFor();
-    void badStepsAreSkippedAndNamed();
-    void noSequencePlaysItself();
-    void stopEndsWhatPlays();
-    void stepsMayStartAndStop();
-    void editsDontDisturbARun();
-    void deletedSequencesEnd();
-};
 
-void tst_kxSequenceRunner::stepsFollowTheClock()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::ShowViewpoint, "1"), wait(2), make(Step::SetVariant, "D", "x"), wait(0),
-                        make(Step::ShowViewpoint, "2")};
-    QVERIFY(t.runner.start("a"));
-    QVERIFY(t.done.isEmpty()); // never inside of the call, which may come out of an evaluation
-    t.at(0);
-    QCOMPARE(t.done, QStringList({"view 1"}));
-    QCOMPARE(t.runner.currentStep("a"), 1);
-    t.at(1.99);
-    QCOMPARE(t.done.size(), 1);
-    t.at(2);
-    QCOMPARE(t.done, QStringList({"view 1", "set D/x", "view 2"}));
-    QVERIFY(!t.runner.isRunning("a") && t.runner.currentStep("a") == -1);
-    QVERIFY(t.runner.start("a")); // again
-}
-
-void tst_kxSequenceRunner::nestedSequencesAreWaitedFor()
-{
-    Theatre t;
-    t.sequences["outer"] = {make(Step::PlaySequence, "inner"), make(Step::ShowViewpoint, "after"),
-                            make(Step::PlaySequence, "inner")};
-    t.sequences["inner"] = {wait(1), make(Step::PlaySequence, "core"), wait(1)};
-    t.sequences["core"] = {make(Step::ShowViewpoint, "deep")};
-    t.runner.start("outer");
-    t.at(0);
-    QVERIFY(t.done.isEmpty());
-    QCOMPARE(t.runner.currentStep("inner"), 0);
-    t.at(1);
-    QCOMPARE(t.done, QStringList({"view deep"}));
-    t.at(2);
-    QCOMPARE(t.done, QStringList({"view deep", "view after"}));
-    t.at(3);
-    t.at(4);
-    QCOMPARE(t.done, QStringList({"view deep", "view after", "view deep"}));
-    QVERIFY(t.runner.running().empty() && lines().isEmpty());
-}
-
-void tst_kxSequenceRunner::clipsAreWaitedFor()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::StartClip, "s"), make(Step::PlayClip, "p"), make(Step::ShowViewpoint, "after"),
-                        make(Step::PlayClip, "endless"), make(Step::ShowViewpoint, "end")};
-    t.runner.start("a");
-    t.at(0);
-    t.at(50);
-    QCOMPARE(t.done, QStringList({"clip s", "clip p"}));
-    t.playing.erase(std::prev(t.playing.end()));
-    t.at(51);
-    QCOMPARE(t.done, QStringList({"clip s", "clip p", "view after", "clip endless", "view end"}));
-    QVERIFY(t.runner.running().empty());
-    QCOMPARE(t.playing.size(), std::size_t(2)); // at the natural end, what was only started plays on
-}
-
-void tst_kxSequenceRunner::badStepsAreSkippedAndNamed()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::ShowViewpoint, "gone"), make(Step::PlayClip, "gone"), make(Step::RunPython, "raise"),
-                        make(Step::PlaySequence, "gone"), make(Step::ShowViewpoint, "good")};
-    QVERIFY(!t.runner.start("gone"));
-    QVERIFY(lines().value(0).contains("\"gone\""));
-    t.runner.start("a");
-    t.at(0);
-    const QStringList log = lines();
-    QCOMPARE(log.size(), 4);
-    for (int i = 0; i < log.size(); ++i)
-        QVERIFY2(log[i].startsWith(QStringLiteral("Sequence \"a\", step %1: ").arg(i + 1)), qPrintable(log[i]));
-    QCOMPARE(t.done.last(), QStringLiteral("view good"));
-}
-
-void tst_kxSequenceRunner::noSequencePlaysItself()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::PlaySequence, "a"), make(Step::PlaySequence, "b")};
-    t.sequences["b"] = {make(Step::PlaySequence, "a"), make(Step::ShowViewpoint, "b")};
-    t.runner.start("a");
-    t.at(0);
-    QCOMPARE(t.done, QStringList({"view b"}));
-    const QStringList log = lines();
-    QCOMPARE(log.size(), 2);
-    QVERIFY(log[0].contains("play itself") && log[1].startsWith("Sequence \"b\", step 1: "));
-
-    // A trigger that comes again and again starts it once.
-    t.sequences["w"] = {make(Step::PlaySequence, "v")};
-    t.sequences["v"] = {wait(1)};
-    QVERIFY(t.runner.start("w"));
-    t.at(0);
-    QVERIFY(!t.runner.start("w") && !t.runner.start("v"));
-    QCOMPARE(lines().size(), 2);
-    t.at(2);
-    QVERIFY(t.runner.start("v"));
-}
-
-void tst_kxSequenceRunner::stopEndsWhatPlays()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::StartClip, "s"), make(Step::PlayClip, "p"), make(Step::ShowViewpoint, "never")};
-    t.sequences["b"] = {wait(1), make(Step::ShowViewpoint, "b")};
-    t.runner.start("a");
-    t.runner.start("b");
-    t.at(0);
-    QVERIFY(t.runner.stop("a") && !t.runner.stop("a") && !t.runner.stop(""));
-    QVERIFY(t.playing.empty());
-    t.at(1);
-    QCOMPARE(t.done, QStringList({"clip s", "clip p", "stop s", "stop p", "view b"}));
-    QVERIFY(t.runner.running().empty());
-}
-
-void tst_kxSequenceRunner::stepsMayStartAndStop()
-{
-    Theatre t;
-    t.sequences["a"] = {make(Step::RunPython, "x"), make(Step::ShowViewpoint, "never")};
-    t.sequences["b"] = {make(Step::ShowViewpoint, "b")};
-    t.python = [&t](const std::string&)
+    void stepsFollowTheClock()
     {
-        t.runner.update(); // an event loop inside of the script
-        t.runner.start("b");
-        t.runner.stopAll();
-        t.runner.start("b");
-    };
-    t.runner.start("a");
-    t.at(0);
-    QCOMPARE(t.done, QStringList({"python x", "view b"}));
-    QVERIFY(t.runner.running().empty());
-}
-
-void tst_kxSequenceRunner::editsDontDisturbARun()
-{
-    Theatre t;
-    t.sequences["a"] = {wait(1), make(Step::ShowViewpoint, "old")};
-    t.runner.start("a");
-    t.at(0);
-    t.sequences["a"].clear();
-    t.at(1);
-    QCOMPARE(t.done, QStringList({"view old"}));
-}
-
-void tst_kxSequenceRunner::deletedSequencesEnd()
-{
-    Theatre t;
-    const auto begin = [&t]
-    {
-        t.sequences["outer"] = {make(Step::StartClip, "c"), make(Step::PlaySequence, "inner"),
-                                make(Step::ShowViewpoint, "after")};
-        t.sequences["inner"] = {wait(9), make(Step::ShowViewpoint, "never")};
-        t.done.clear();
-        QVERIFY(t.runner.start("outer"));
+        Theatre t;
+        t.sequences["a"] = {make(Step::ShowViewpoint, "1"), wait(2), make(Step::SetVariant, "D", "x"), wait(0),
+                            make(Step::ShowViewpoint, "2")};
+        QVERIFY(t.runner.start("a"));
+        QVERIFY(t.done.isEmpty()); // never inside of the call, which may come out of an evaluation
         t.at(0);
-        QCOMPARE(t.done, QStringList({"clip c"}));
-    };
-    begin();
-    t.sequences.erase("inner");
-    t.at(1);
-    QCOMPARE(t.done, QStringList({"clip c", "view after"}));
-    QVERIFY(lines().join(' ').contains("\"inner\" was deleted") && !t.runner.isRunning("outer"));
-    begin();
-    t.sequences.erase("outer");
-    QSignalSpy changed(&t.runner, &kxSequenceRunner::changed);
-    t.at(1);
-    QCOMPARE(t.done, QStringList({"clip c", "stop c"}));
-    QVERIFY(t.runner.running().empty() && changed.size() == 1);
-    t.at(20);
-    QCOMPARE(t.done.size(), 2);
-    begin();
-    t.sequences["new"] = t.sequences["outer"]; // another name is no deletion
-    t.sequences.erase("outer");
-    t.ids["new"] = t.ids["outer"];
-    t.at(1);
-    QVERIFY(!t.runner.isRunning("outer") && t.runner.isRunning("new") && t.runner.stop("new"));
-}
+        QCOMPARE(t.done, QStringList({"view 1"}));
+        QCOMPARE(t.runner.currentStep("a"), 1);
+        t.at(1.99);
+        QCOMPARE(t.done.size(), 1);
+        t.at(2);
+        QCOMPARE(t.done, QStringList({"view 1", "set D/x", "view 2"}));
+        QVERIFY(!t.runner.isRunning("a") && t.runner.currentStep("a") == -1);
+        QVERIFY(t.runner.start("a")); // again
+    }
+
+    void nestedSequencesAreWaitedFor()
+    {
+        Theatre t;
+        t.sequences["outer"] = {make(Step::PlaySequence, "inner"), make(Step::ShowViewpoint, "after"),
+                                make(Step::PlaySequence, "inner")};
+        t.sequences["inner"] = {wait(1), make(Step::PlaySequence, "core"), wait(1)};
+        t.sequences["core"] = {make(Step::ShowViewpoint, "deep")};
+        t.runner.start("outer");
+        t.at(0);
+        QVERIFY(t.done.isEmpty());
+        QCOMPARE(t.runner.currentStep("inner"), 0);
+        t.at(1);
+        QCOMPARE(t.done, QStringList({"view deep"}));
+        t.at(2);
+        QCOMPARE(t.done, QStringList({"view deep", "view after"}));
+        t.at(3);
+        t.at(4);
+        QCOMPARE(t.done, QStringList({"view deep", "view after", "view deep"}));
+        QVERIFY(t.runner.running().empty() && lines().isEmpty());
+    }
+
+    void clipsAreWaitedFor()
+    {
+        Theatre t;
+        t.sequences["a"] = {make(Step::StartClip, "s"), make(Step::PlayClip, "p"), make(Step::ShowViewpoint, "after"),
+                            make(Step::PlayClip, "endless"), make(Step::ShowViewpoint, "end")};
+        t.runner.start("a");
+        t.at(0);
+        t.at(50);
+        QCOMPARE(t.done, QStringList({"clip s", "clip p"}));
+        t.playing.erase(std::prev(t.playing.end()));
+        t.at(51);
+        QCOMPARE(t.done, QStringList({"clip s", "clip p", "view after", "clip endless", "view end"}));
+        QVERIFY(t.runner.running().empty());
+        QCOMPARE(t.playing.size(), std::size_t(2)); // at the natural end, what was only started plays on
+    }
+
+    void badStepsAreSkippedAndNamed()
+    {
+        Theatre t;
+        t.sequences["a"] = {make(Step::ShowViewpoint, "gone"), make(Step::PlayClip, "gone"),
+                            make(Step::RunPython, "raise"), make(Step::PlaySequence, "gone"),
+                            make(Step::ShowViewpoint, "good")};
+        QVERIFY(!t.runner.start("gone"));
+        QVERIFY(lines().value(0).contains("\"gone\""));
+        t.runner.start("a");
+        t.at(0);
+        const QStringList log = lines();
+        QCOMPARE(log.size(), 4);
+        for (int i = 0; i < log.size(); ++i)
+            QVERIFY2(log[i].startsWith(QStringLiteral("Sequence \"a\", step %1: ").arg(i + 1)), qPrintable(log[i]));
+        QCOMPARE(t.done.last(), QStringLiteral("view good"));
+    }
+
+    void noSequencePlaysItself()
+    {
+        Theatre t;
+        t.sequences["a"] = {make(Step::PlaySequence, "a"), make(Step::PlaySequence, "b")};
+        t.sequences["b"] = {make(Step::PlaySequence, "a"), make(Step::ShowViewpoint, "b")};
+        t.runner.start("a");
+        t.at(0);
+        QCOMPARE(t.done, QStringList({"view b"}));
+        const QStringList log = lines();
+        QCOMPARE(log.size(), 2);
+        QVERIFY(log[0].contains("play itself") && log[1].startsWith("Sequence \"b\", step 1: "));
+
+        // A trigger that comes again and again starts it once.
+        t.sequences["w"] = {make(Step::PlaySequence, "v")};
+        t.sequences["v"] = {wait(1)};
+        QVERIFY(t.runner.start("w"));
+        t.at(0);
+        QVERIFY(!t.runner.start("w") && !t.runner.start("v"));
+        QCOMPARE(lines().size(), 2);
+        t.at(2);
+        QVERIFY(t.runner.start("v"));
+    }
+
+    void stopEndsWhatPlays()
+    {
+        Theatre t;
+        t.sequences["a"] = {make(Step::StartClip, "s"), make(Step::PlayClip, "p"), make(Step::ShowViewpoint, "never")};
+        t.sequences["b"] = {wait(1), make(Step::ShowViewpoint, "b")};
+        t.runner.start("a");
+        t.runner.start("b");
+        t.at(0);
+        QVERIFY(t.runner.stop("a") && !t.runner.stop("a") && !t.runner.stop(""));
+        QVERIFY(t.playing.empty());
+        t.at(1);
+        QCOMPARE(t.done, QStringList({"clip s", "clip p", "stop s", "stop p", "view b"}));
+        QVERIFY(t.runner.running().empty());
+    }
+
+    void stepsMayStartAndStop()
+    {
+        Theatre t;
+        t.sequences["a"] = {make(Step::RunPython, "x"), make(Step::ShowViewpoint, "never")};
+        t.sequences["b"] = {make(Step::ShowViewpoint, "b")};
+        t.python = [&t](const std::string&)
+        {
+            t.runner.update(); // an event loop inside of the script
+            t.runner.start("b");
+            t.runner.stopAll();
+            t.runner.start("b");
+        };
+        t.runner.start("a");
+        t.at(0);
+        QCOMPARE(t.done, QStringList({"python x", "view b"}));
+        QVERIFY(t.runner.running().empty());
+    }
+
+    void editsDontDisturbARun()
+    {
+        Theatre t;
+        t.sequences["a"] = {wait(1), make(Step::ShowViewpoint, "old")};
+        t.runner.start("a");
+        t.at(0);
+        t.sequences["a"].clear();
+        t.at(1);
+        QCOMPARE(t.done, QStringList({"view old"}));
+    }
+
+    void deletedSequencesEnd()
+    {
+        Theatre t;
+        const auto begin = [&t]
+        {
+            t.sequences["outer"] = {make(Step::StartClip, "c"), make(Step::PlaySequence, "inner"),
+                                    make(Step::ShowViewpoint, "after")};
+            t.sequences["inner"] = {wait(9), make(Step::ShowViewpoint, "never")};
+            t.done.clear();
+            QVERIFY(t.runner.start("outer"));
+            t.at(0);
+            QCOMPARE(t.done, QStringList({"clip c"}));
+        };
+        begin();
+        t.sequences.erase("inner");
+        t.at(1);
+        QCOMPARE(t.done, QStringList({"clip c", "view after"}));
+        QVERIFY(lines().join(' ').contains("\"inner\" was deleted") && !t.runner.isRunning("outer"));
+        begin();
+        t.sequences.erase("outer");
+        QSignalSpy changed(&t.runner, &kxSequenceRunner::changed);
+        t.at(1);
+        QCOMPARE(t.done, QStringList({"clip c", "stop c"}));
+        QVERIFY(t.runner.running().empty() && changed.size() == 1);
+        t.at(20);
+        QCOMPARE(t.done.size(), 2);
+        begin();
+        t.sequences["new"] = t.sequences["outer"]; // another name is no deletion
+        t.sequences.erase("outer");
+        t.ids["new"] = t.ids["outer"];
+        t.at(1);
+        QVERIFY(!t.runner.isRunning("outer") && t.runner.isRunning("new") && t.runner.stop("new"));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxSequenceRunner)
 #include "tst_kxSequenceRunner.moc"

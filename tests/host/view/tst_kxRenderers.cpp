@@ -12,354 +12,352 @@
 
 #include <random>
 
+#define KX_NEEDS_PATH()                                                                                                \
+    QFETCH(bool, openGl);                                                                                              \
+    QVERIFY(!openGl || _offscreen->path() == kxOffscreen::OpenGL)
+
 /// Both renderers, held to the same rules.
 class tst_kxRenderers : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
     void init() { _offscreen = std::make_unique<kxOffscreen>(); }
-    void cleanup();
+
+    void cleanup()
+    {
+        _offscreen.reset();
+        kxScene::the()->clear();
+        _pose = {QVector3D(0, 0, 0), 3, 0, 0};
+        _selection.clear();
+    }
+
     void materialsShow_data() { addPaths(); }
-    void materialsShow();
+
+    void materialsShow()
+    {
+        KX_NEEDS_PATH();
+        const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.8f, 0.02f, 0.02f));
+        const osg::NodePtr node = kxTestObjects::add(kxPrimitives::box(), red, osg::Vec3f(0, 0, 0));
+        QColor color = middle(picture());
+        QVERIFY(color.red() > 2 * color.green() && color.red() > 2 * color.blue() && color.red() > 90);
+        kxRenderOptions clear = bare();
+        clear.transparent = true;
+        const QImage cut = picture(clear);
+        QCOMPARE(qAlpha(cut.pixel(48, 48)), 255);
+        QCOMPARE(qAlpha(cut.pixel(2, 2)), 0);
+        // A picture, its top at the top.
+        QImage halves(8, 8, QImage::Format_RGBA8888);
+        halves.fill(Qt::blue);
+        for (int x = 0; x < 8; ++x)
+            for (int y = 0; y < 4; ++y)
+                halves.setPixelColor(x, y, Qt::green);
+        const osg::ImagePtr image = osg::Image::create();
+        QVERIFY(QImageConverter::convertToOSGImage(halves, image));
+        red->setBaseColor(osg::Color3f(1, 1, 1));
+        red->setBaseColorImage(image);
+        osg::markChanged(red, osg::FieldBits);
+        const QImage textured = picture();
+        const QColor top = textured.pixelColor(48, 36), bottom = textured.pixelColor(48, 60);
+        QVERIFY(top.green() > 2 * top.blue() && bottom.blue() > 2 * bottom.green());
+        // The picture itself changes.
+        halves.fill(Qt::red);
+        QVERIFY(QImageConverter::convertToOSGImage(halves, image));
+        osg::markChanged(image, osg::FieldBits);
+        color = middle(picture());
+        QVERIFY(color.red() > 2 * color.green());
+        node->setTravMask(0);
+        osg::markChanged(node, osg::Node::TravMaskFieldMask);
+        QCOMPARE(qAlpha(picture(clear).pixel(48, 48)), 0);
+    }
+
     void theFirstPictureIsAsTheSecond_data() { addPaths(); }
-    void theFirstPictureIsAsTheSecond();
+
+    void theFirstPictureIsAsTheSecond()
+    {
+        KX_NEEDS_PATH();
+        const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
+        QImage pixels(8, 8, QImage::Format_RGBA8888);
+        pixels.fill(Qt::green);
+        const osg::ImagePtr image = osg::Image::create();
+        QVERIFY(QImageConverter::convertToOSGImage(pixels, image));
+        material->setBaseColorImage(image);
+        kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(0.4f, 0.5f, 0));
+        _pose = {QVector3D(0, 0, 0), 4, 30, 30};
+        const QImage first = picture(kxRenderOptions()); // uploads the texture between the maps of the shadows
+        QVERIFY(first == picture(kxRenderOptions()));
+    }
+
     void sidesAndDepth_data() { addPaths(); }
-    void sidesAndDepth();
+
+    void sidesAndDepth()
+    {
+        KX_NEEDS_PATH();
+        const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
+        const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
+        // Without normals, and without culling of the side that looks away.
+        const osg::MeshPtr quad = osg::Mesh::create();
+        quad->setPositions({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0});
+        quad->setIndices({0, 1, 2, 0, 2, 3});
+        const osg::NodePtr front = kxTestObjects::add(quad, red, osg::Vec3f(0, 0, 0.5f));
+        kxTestObjects::add(quad, green, osg::Vec3f(0, 0, 0));
+        QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
+        const osg::TransformPtr place = osg::TransformPtr::dcast(front->getCore());
+        place->setEulerRotation(osg::Vec3f(0, 180, 0));
+        osg::markChanged(place, osg::Transform::EulerRotationFieldMask);
+        QVERIFY(middle(picture()).green() > 2 * middle(picture()).red());
+        red->setDoubleSided(true);
+        osg::markChanged(red, osg::UberMaterial::DoubleSidedFieldMask);
+        QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
+        // A mirror turns the sides round.
+        red->setDoubleSided(false);
+        place->setEulerRotation(osg::Vec3f());
+        place->setScale(osg::Vec3f(-1, 1, 1));
+        osg::markChanged(red, osg::UberMaterial::DoubleSidedFieldMask);
+        osg::markChanged(place, osg::FieldBits);
+        QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
+    }
+
     void opacityAndCutOut_data() { addPaths(); }
-    void opacityAndCutOut();
+
+    void opacityAndCutOut()
+    {
+        KX_NEEDS_PATH();
+        const osg::UberMaterialPtr behind = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
+        const osg::UberMaterialPtr pane = kxTestObjects::material(osg::Color3f(0.9f, 0, 0), 1.0f);
+        pane->setDoubleSided(true);
+        pane->setOpacity(0.5f);
+        kxTestObjects::add(kxPrimitives::box(osg::Vec3f(2, 2, 0.1f)), behind, osg::Vec3f(0, 0, -1));
+        kxTestObjects::add(kxPrimitives::box(osg::Vec3f(2, 2, 0.1f)), pane, osg::Vec3f(0, 0, 0));
+        const QColor both = middle(picture());
+        QVERIFY(both.red() > 60 && both.green() > 20 && both.blue() < 60);
+        QImage hole(4, 4, QImage::Format_RGBA8888);
+        hole.fill(QColor(255, 255, 255, 60));
+        const osg::ImagePtr image = osg::Image::create();
+        QImageConverter::convertToOSGImage(hole, image);
+        pane->setOpacity(1);
+        pane->setBaseColorImage(image);
+        pane->setAlphaCutoff(0.5f);
+        osg::markChanged(pane, osg::FieldBits);
+        const QColor through = middle(picture());
+        QVERIFY(through.green() > 2 * through.red());
+    }
+
     void selectionHasAnOutline_data() { addPaths(); }
-    void selectionHasAnOutline();
+
+    void selectionHasAnOutline()
+    {
+        KX_NEEDS_PATH();
+        const osg::NodePtr above = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
+        kxTestObjects::add(kxPrimitives::box(), kxTestObjects::material(osg::Color3f(0.2f, 0.2f, 0.2f)), osg::Vec3f(),
+                           above);
+        const auto orange = [this]
+        {
+            const QImage image = picture();
+            int count = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                {
+                    const QColor c = image.pixelColor(x, y);
+                    count += c.red() > 200 && c.blue() < 80 && c.green() > 90 && c.green() < 180;
+                }
+            return count;
+        };
+        QCOMPARE(orange(), 0);
+        _selection = {above->getId()};
+        QVERIFY(orange() > 60);
+        QVERIFY(middle(picture()).red() < 200);
+    }
+
     void lightsOfTheSceneCount_data() { addPaths(); }
-    void lightsOfTheSceneCount();
+
+    void lightsOfTheSceneCount()
+    {
+        KX_NEEDS_PATH();
+        kxTestObjects::add(kxPrimitives::sphere(1), kxTestObjects::material(osg::Color3f(0.8f, 0.8f, 0.8f)),
+                           osg::Vec3f());
+        const osg::NodePtr node = osg::Node::create();
+        const osg::LightPtr light = osg::Light::create();
+        light->setColor(osg::Color3f(0, 0, 1));
+        light->setIntensity(3);
+        node->setCore(light);
+        kxScene::the()->root()->addChild(node);
+        osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
+        const QColor lit = middle(picture()); // it shines down -z, from the eye
+        QVERIFY(lit.blue() > lit.red() + 30);
+        light->setEulerRotation(osg::Vec3f(0, 180, 0));
+        osg::markChanged(light, osg::Transform::EulerRotationFieldMask);
+        const QColor unlit = middle(picture());
+        QVERIFY(unlit.blue() < lit.blue() - 30);
+        light->setIntensity(1e9f); // dimmed as a whole, instead of white all over
+        light->setColor(osg::Color3f(1, 1, 1));
+        light->setKind(osg::Light::PointLight);
+        light->setTranslation(osg::Vec3f(0, 0, 20));
+        osg::markChanged(light, osg::FieldBits);
+        const QColor dimmed = middle(picture());
+        QVERIFY2(dimmed.red() > 60 && dimmed.red() < 250, qPrintable(dimmed.name()));
+    }
+
     void surfacesThroughTheEyeAndWildNumbers_data() { addPaths(); }
-    void surfacesThroughTheEyeAndWildNumbers();
+
+    void surfacesThroughTheEyeAndWildNumbers()
+    {
+        KX_NEEDS_PATH();
+        // The eye lies inside of a box, between its near and far corners, and among triangles of any kind.
+        kxTestObjects::add(kxPrimitives::box(osg::Vec3f(40, 8, 40)), kxTestObjects::material(osg::Color3f(0, 0, 0.9f)),
+                           osg::Vec3f());
+        osg::UberMaterialPtr::dcast(
+            osg::GeometryPtr::dcast(kxScene::the()->root()->getChild(0)->getCore())->getMaterial())
+            ->setDoubleSided(true);
+        const QColor inside = middle(picture());
+        QVERIFY(inside.blue() > 2 * inside.red());
+        std::mt19937 random(5);
+        std::uniform_real_distribution<float> power(-12, 18), any(-1, 1);
+        std::vector<float> positions;
+        std::vector<osg::UInt32> indices;
+        for (int i = 0; i < 900; ++i)
+        {
+            const float size = std::pow(10.0f, power(random) * (i % 3 == 0 ? 1.0f : 0.1f));
+            for (int k = 0; k < 3; ++k)
+                positions.push_back(any(random) * size);
+            indices.push_back(osg::UInt32(i));
+        }
+        const osg::MeshPtr wild = osg::Mesh::create();
+        wild->setPositions(positions);
+        wild->setIndices(indices);
+        wild->setNormals(std::vector<float>(positions.size(), 0.0f));
+        kxTestObjects::add(wild, kxTestObjects::material(osg::Color3f(1, 1, 1)), osg::Vec3f());
+        kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(0, 0, 0));
+        QVERIFY(!picture(kxRenderOptions()).isNull());
+        QVERIFY(!picture(kxRenderOptions(), QSize(1, 1)).isNull());
+        QVERIFY(!picture(kxRenderOptions(), QSize(33, 257)).isNull());
+    }
+
     void clippingPlaneCuts_data() { addPaths(); }
-    void clippingPlaneCuts();
-    void bothPathsShowTheSame();
-    void impossibleSizesAreRefused();
+
+    void clippingPlaneCuts()
+    {
+        KX_NEEDS_PATH();
+        const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
+        const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
+        kxTestObjects::add(kxPrimitives::box(osg::Vec3f(1, 1, 1)), red, osg::Vec3f());
+        kxTestObjects::add(kxPrimitives::box(osg::Vec3f(0.2f, 0.2f, 0.2f)), green, osg::Vec3f()); // within the red one
+        const osg::NodePtr node = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
+        const osg::ClippingPlanePtr plane = osg::ClippingPlane::create();
+        node->setCore(plane);
+        const auto place = [&plane](const osg::Vec3f& at, const osg::Vec3f& angles)
+        {
+            plane->setTranslation(at);
+            plane->setEulerRotation(angles);
+            osg::markChanged(plane, osg::Transform::TranslationFieldMask | osg::Transform::EulerRotationFieldMask);
+        };
+        const auto isRed = [](const QColor& color) { return color.red() > 60 && color.red() > 2 * color.green(); };
+        const auto isGreen = [](const QColor& color) { return color.green() > 60 && color.green() > 2 * color.red(); };
+        place(osg::Vec3f(0, 0, 0.8f), osg::Vec3f()); // before all
+        QVERIFY(isRed(middle(picture())));
+        place(osg::Vec3f(0, 0, 0.3f), osg::Vec3f()); // opens the red box
+        QVERIFY(isGreen(middle(picture())));
+        QVERIFY(isRed(picture().pixelColor(38, 38))); // the inside of its back
+        place(osg::Vec3f(0, 0, -0.7f), osg::Vec3f()); // all of it lies before
+        QVERIFY(!isRed(middle(picture())) && !isGreen(middle(picture())));
+        place(osg::Vec3f(), osg::Vec3f(0, 90, 0)); // the right half
+        const QImage half = picture();
+        QVERIFY(isRed(half.pixelColor(36, 48)) && !isRed(half.pixelColor(60, 48)) && !isGreen(half.pixelColor(50, 48)));
+        place(osg::Vec3f(), osg::Vec3f(0, -90, 0));
+        QVERIFY(isRed(picture().pixelColor(60, 48)));
+        node->setTravMask(0);
+        osg::markChanged(node, osg::Node::TravMaskFieldMask);
+        QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
+        node->setTravMask(osg::Node::Active);
+        osg::markChanged(node, osg::Node::TravMaskFieldMask);
+        plane->setScale(osg::Vec3f(0, 0, 0)); // no plane is left
+        osg::markChanged(plane, osg::Transform::ScaleFieldMask);
+        QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
+        picture(kxRenderOptions()); // with the floor and its shadow
+    }
+
+    void bothPathsShowTheSame()
+    {
+        QVERIFY(_offscreen->path() == kxOffscreen::OpenGL);
+        const osg::UberMaterialPtr gold = kxTestObjects::material(osg::Color3f(1, 0.7f, 0.3f), 0.3f);
+        gold->setMetallic(1);
+        kxTestObjects::add(kxPrimitives::sphere(0.5f), gold, osg::Vec3f(-0.6f, 0.5f, 0));
+        kxTestObjects::add(kxPrimitives::roundedBox(osg::Vec3f(1, 1, 1), 0.1f),
+                           kxTestObjects::material(osg::Color3f(0.1f, 0.3f, 0.8f), 0.4f), osg::Vec3f(0.6f, 0.5f, 0));
+        _pose = {QVector3D(0, 0.4f, 0), 4.5f, 30, 25};
+        _offscreen->scene().update();
+        kxCameraRig rig;
+        rig.setPose(_pose);
+        const QImage a =
+            _offscreen->render(240, 160, rig.camera(1.5f, _offscreen->scene().bounds()), kxRenderOptions());
+        const QImage b = software(kxRenderOptions(), QSize(240, 160));
+        int sum = 0, far = 0;
+        for (int y = 0; y < 160; ++y)
+            for (int x = 0; x < 240; ++x)
+            {
+                const QColor p = a.pixelColor(x, y), q = b.pixelColor(x, y);
+                const int apart = qAbs(p.red() - q.red()) + qAbs(p.green() - q.green()) + qAbs(p.blue() - q.blue());
+                sum += apart;
+                far += apart > 60;
+            }
+        QVERIFY2(sum / (240 * 160) < 4, qPrintable(QString::number(sum / (240.0 * 160))));
+        QVERIFY2(far < 240 * 160 / 100, qPrintable(QString::number(far)));
+    }
+
+    void impossibleSizesAreRefused()
+    {
+        for (const QSize& size : {QSize(0, 10), QSize(10, -1), QSize(100000, 2)})
+            QVERIFY(_offscreen->render(size.width(), size.height(), kxViewCamera(), kxRenderOptions()).isNull());
+    }
 
 private:
-    static void addPaths();
+    static void addPaths()
+    {
+        QTest::addColumn<bool>("openGl");
+        QTest::newRow("software") << false;
+        QTest::newRow("OpenGL") << true;
+    }
+
     /// By the path of the row.
-    QImage picture(const kxRenderOptions& options = bare(), const QSize& size = QSize(96, 96));
-    QImage software(const kxRenderOptions& options, const QSize& size);
-    static kxRenderOptions bare();
+
+    QImage picture(const kxRenderOptions& options = bare(), const QSize& size = QSize(96, 96))
+    {
+        QFETCH(bool, openGl);
+        if (!openGl)
+            return software(options, size);
+        kxRenderScene& scene = _offscreen->scene();
+        scene.setSelection(_selection);
+        scene.update();
+        kxCameraRig rig;
+        rig.setPose(_pose);
+        return _offscreen->render(size.width(), size.height(), rig.camera(1, scene.bounds()), options);
+    }
+
+    QImage software(const kxRenderOptions& options, const QSize& size)
+    {
+        kxRenderScene scene;
+        scene.setSelection(_selection);
+        scene.update();
+        kxCameraRig rig;
+        rig.setPose(_pose);
+        const float aspect = float(size.width()) / float(size.height());
+        return kxSoftwareRenderer().render(scene,
+                                           kxFrame::make(scene, rig.camera(aspect, scene.bounds()), size, options));
+    }
+
+    static kxRenderOptions bare()
+    {
+        kxRenderOptions options;
+        options.grid = false;
+        options.floorShadow = false;
+        return options;
+    }
+
     static QColor middle(const QImage& image) { return image.pixelColor(image.width() / 2, image.height() / 2); }
 
     std::unique_ptr<kxOffscreen> _offscreen;
     kxCameraRig::Pose _pose{QVector3D(0, 0, 0), 3, 0, 0};
     std::vector<osg::UInt32> _selection;
 };
-
-void tst_kxRenderers::cleanup()
-{
-    _offscreen.reset();
-    kxScene::the()->clear();
-    _pose = {QVector3D(0, 0, 0), 3, 0, 0};
-    _selection.clear();
-}
-
-void tst_kxRenderers::addPaths()
-{
-    QTest::addColumn<bool>("openGl");
-    QTest::newRow("software") << false;
-    QTest::newRow("OpenGL") << true;
-}
-
-kxRenderOptions tst_kxRenderers::bare()
-{
-    kxRenderOptions options;
-    options.grid = false;
-    options.floorShadow = false;
-    return options;
-}
-
-QImage tst_kxRenderers::software(const kxRenderOptions& options, const QSize& size)
-{
-    kxRenderScene scene;
-    scene.setSelection(_selection);
-    scene.update();
-    kxCameraRig rig;
-    rig.setPose(_pose);
-    const float aspect = float(size.width()) / float(size.height());
-    return kxSoftwareRenderer().render(scene, kxFrame::make(scene, rig.camera(aspect, scene.bounds()), size, options));
-}
-
-QImage tst_kxRenderers::picture(const kxRenderOptions& options, const QSize& size)
-{
-    QFETCH(bool, openGl);
-    if (!openGl)
-        return software(options, size);
-    kxRenderScene& scene = _offscreen->scene();
-    scene.setSelection(_selection);
-    scene.update();
-    kxCameraRig rig;
-    rig.setPose(_pose);
-    return _offscreen->render(size.width(), size.height(), rig.camera(1, scene.bounds()), options);
-}
-
-#define KX_NEEDS_PATH()                                                                                                \
-    QFETCH(bool, openGl);                                                                                              \
-    QVERIFY(!openGl || _offscreen->path() == kxOffscreen::OpenGL)
-
-void tst_kxRenderers::materialsShow()
-{
-    KX_NEEDS_PATH();
-    const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.8f, 0.02f, 0.02f));
-    const osg::NodePtr node = kxTestObjects::add(kxPrimitives::box(), red, osg::Vec3f(0, 0, 0));
-    QColor color = middle(picture());
-    QVERIFY(color.red() > 2 * color.green() && color.red() > 2 * color.blue() && color.red() > 90);
-    kxRenderOptions clear = bare();
-    clear.transparent = true;
-    const QImage cut = picture(clear);
-    QCOMPARE(qAlpha(cut.pixel(48, 48)), 255);
-    QCOMPARE(qAlpha(cut.pixel(2, 2)), 0);
-    // A picture, its top at the top.
-    QImage halves(8, 8, QImage::Format_RGBA8888);
-    halves.fill(Qt::blue);
-    for (int x = 0; x < 8; ++x)
-        for (int y = 0; y < 4; ++y)
-            halves.setPixelColor(x, y, Qt::green);
-    const osg::ImagePtr image = osg::Image::create();
-    QVERIFY(QImageConverter::convertToOSGImage(halves, image));
-    red->setBaseColor(osg::Color3f(1, 1, 1));
-    red->setBaseColorImage(image);
-    osg::markChanged(red, osg::FieldBits);
-    const QImage textured = picture();
-    const QColor top = textured.pixelColor(48, 36), bottom = textured.pixelColor(48, 60);
-    QVERIFY(top.green() > 2 * top.blue() && bottom.blue() > 2 * bottom.green());
-    // The picture itself changes.
-    halves.fill(Qt::red);
-    QVERIFY(QImageConverter::convertToOSGImage(halves, image));
-    osg::markChanged(image, osg::FieldBits);
-    color = middle(picture());
-    QVERIFY(color.red() > 2 * color.green());
-    node->setTravMask(0);
-    osg::markChanged(node, osg::Node::TravMaskFieldMask);
-    QCOMPARE(qAlpha(picture(clear).pixel(48, 48)), 0);
-}
-
-void tst_kxRenderers::theFirstPictureIsAsTheSecond()
-{
-    KX_NEEDS_PATH();
-    const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
-    QImage pixels(8, 8, QImage::Format_RGBA8888);
-    pixels.fill(Qt::green);
-    const osg::ImagePtr image = osg::Image::create();
-    QVERIFY(QImageConverter::convertToOSGImage(pixels, image));
-    material->setBaseColorImage(image);
-    kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(0.4f, 0.5f, 0));
-    _pose = {QVector3D(0, 0, 0), 4, 30, 30};
-    const QImage first = picture(kxRenderOptions()); // uploads the texture between the maps of the shadows
-    QVERIFY(first == picture(kxRenderOptions()));
-}
-
-void tst_kxRenderers::sidesAndDepth()
-{
-    KX_NEEDS_PATH();
-    const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
-    const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
-    // Without normals, and without culling of the side that looks away.
-    const osg::MeshPtr quad = osg::Mesh::create();
-    quad->setPositions({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0});
-    quad->setIndices({0, 1, 2, 0, 2, 3});
-    const osg::NodePtr front = kxTestObjects::add(quad, red, osg::Vec3f(0, 0, 0.5f));
-    kxTestObjects::add(quad, green, osg::Vec3f(0, 0, 0));
-    QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
-    const osg::TransformPtr place = osg::TransformPtr::dcast(front->getCore());
-    place->setEulerRotation(osg::Vec3f(0, 180, 0));
-    osg::markChanged(place, osg::Transform::EulerRotationFieldMask);
-    QVERIFY(middle(picture()).green() > 2 * middle(picture()).red());
-    red->setDoubleSided(true);
-    osg::markChanged(red, osg::UberMaterial::DoubleSidedFieldMask);
-    QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
-    // A mirror turns the sides round.
-    red->setDoubleSided(false);
-    place->setEulerRotation(osg::Vec3f());
-    place->setScale(osg::Vec3f(-1, 1, 1));
-    osg::markChanged(red, osg::UberMaterial::DoubleSidedFieldMask);
-    osg::markChanged(place, osg::FieldBits);
-    QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
-}
-
-void tst_kxRenderers::opacityAndCutOut()
-{
-    KX_NEEDS_PATH();
-    const osg::UberMaterialPtr behind = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
-    const osg::UberMaterialPtr pane = kxTestObjects::material(osg::Color3f(0.9f, 0, 0), 1.0f);
-    pane->setDoubleSided(true);
-    pane->setOpacity(0.5f);
-    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(2, 2, 0.1f)), behind, osg::Vec3f(0, 0, -1));
-    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(2, 2, 0.1f)), pane, osg::Vec3f(0, 0, 0));
-    const QColor both = middle(picture());
-    QVERIFY(both.red() > 60 && both.green() > 20 && both.blue() < 60);
-    QImage hole(4, 4, QImage::Format_RGBA8888);
-    hole.fill(QColor(255, 255, 255, 60));
-    const osg::ImagePtr image = osg::Image::create();
-    QImageConverter::convertToOSGImage(hole, image);
-    pane->setOpacity(1);
-    pane->setBaseColorImage(image);
-    pane->setAlphaCutoff(0.5f);
-    osg::markChanged(pane, osg::FieldBits);
-    const QColor through = middle(picture());
-    QVERIFY(through.green() > 2 * through.red());
-}
-
-void tst_kxRenderers::selectionHasAnOutline()
-{
-    KX_NEEDS_PATH();
-    const osg::NodePtr above = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
-    kxTestObjects::add(kxPrimitives::box(), kxTestObjects::material(osg::Color3f(0.2f, 0.2f, 0.2f)), osg::Vec3f(),
-                       above);
-    const auto orange = [this]
-    {
-        const QImage image = picture();
-        int count = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-            {
-                const QColor c = image.pixelColor(x, y);
-                count += c.red() > 200 && c.blue() < 80 && c.green() > 90 && c.green() < 180;
-            }
-        return count;
-    };
-    QCOMPARE(orange(), 0);
-    _selection = {above->getId()};
-    QVERIFY(orange() > 60);
-    QVERIFY(middle(picture()).red() < 200);
-}
-
-void tst_kxRenderers::lightsOfTheSceneCount()
-{
-    KX_NEEDS_PATH();
-    kxTestObjects::add(kxPrimitives::sphere(1), kxTestObjects::material(osg::Color3f(0.8f, 0.8f, 0.8f)), osg::Vec3f());
-    const osg::NodePtr node = osg::Node::create();
-    const osg::LightPtr light = osg::Light::create();
-    light->setColor(osg::Color3f(0, 0, 1));
-    light->setIntensity(3);
-    node->setCore(light);
-    kxScene::the()->root()->addChild(node);
-    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
-    const QColor lit = middle(picture()); // it shines down -z, from the eye
-    QVERIFY(lit.blue() > lit.red() + 30);
-    light->setEulerRotation(osg::Vec3f(0, 180, 0));
-    osg::markChanged(light, osg::Transform::EulerRotationFieldMask);
-    const QColor unlit = middle(picture());
-    QVERIFY(unlit.blue() < lit.blue() - 30);
-    light->setIntensity(1e9f); // dimmed as a whole, instead of white all over
-    light->setColor(osg::Color3f(1, 1, 1));
-    light->setKind(osg::Light::PointLight);
-    light->setTranslation(osg::Vec3f(0, 0, 20));
-    osg::markChanged(light, osg::FieldBits);
-    const QColor dimmed = middle(picture());
-    QVERIFY2(dimmed.red() > 60 && dimmed.red() < 250, qPrintable(dimmed.name()));
-}
-
-void tst_kxRenderers::surfacesThroughTheEyeAndWildNumbers()
-{
-    KX_NEEDS_PATH();
-    // The eye lies inside of a box, between its near and far corners, and among triangles of any kind.
-    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(40, 8, 40)), kxTestObjects::material(osg::Color3f(0, 0, 0.9f)),
-                       osg::Vec3f());
-    osg::UberMaterialPtr::dcast(osg::GeometryPtr::dcast(kxScene::the()->root()->getChild(0)->getCore())->getMaterial())
-        ->setDoubleSided(true);
-    const QColor inside = middle(picture());
-    QVERIFY(inside.blue() > 2 * inside.red());
-    std::mt19937 random(5);
-    std::uniform_real_distribution<float> power(-12, 18), any(-1, 1);
-    std::vector<float> positions;
-    std::vector<osg::UInt32> indices;
-    for (int i = 0; i < 900; ++i)
-    {
-        const float size = std::pow(10.0f, power(random) * (i % 3 == 0 ? 1.0f : 0.1f));
-        for (int k = 0; k < 3; ++k)
-            positions.push_back(any(random) * size);
-        indices.push_back(osg::UInt32(i));
-    }
-    const osg::MeshPtr wild = osg::Mesh::create();
-    wild->setPositions(positions);
-    wild->setIndices(indices);
-    wild->setNormals(std::vector<float>(positions.size(), 0.0f));
-    kxTestObjects::add(wild, kxTestObjects::material(osg::Color3f(1, 1, 1)), osg::Vec3f());
-    kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(0, 0, 0));
-    QVERIFY(!picture(kxRenderOptions()).isNull());
-    QVERIFY(!picture(kxRenderOptions(), QSize(1, 1)).isNull());
-    QVERIFY(!picture(kxRenderOptions(), QSize(33, 257)).isNull());
-}
-
-void tst_kxRenderers::clippingPlaneCuts()
-{
-    KX_NEEDS_PATH();
-    const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
-    const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
-    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(1, 1, 1)), red, osg::Vec3f());
-    kxTestObjects::add(kxPrimitives::box(osg::Vec3f(0.2f, 0.2f, 0.2f)), green, osg::Vec3f()); // within the red one
-    const osg::NodePtr node = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
-    const osg::ClippingPlanePtr plane = osg::ClippingPlane::create();
-    node->setCore(plane);
-    const auto place = [&plane](const osg::Vec3f& at, const osg::Vec3f& angles)
-    {
-        plane->setTranslation(at);
-        plane->setEulerRotation(angles);
-        osg::markChanged(plane, osg::Transform::TranslationFieldMask | osg::Transform::EulerRotationFieldMask);
-    };
-    const auto isRed = [](const QColor& color) { return color.red() > 60 && color.red() > 2 * color.green(); };
-    const auto isGreen = [](const QColor& color) { return color.green() > 60 && color.green() > 2 * color.red(); };
-    place(osg::Vec3f(0, 0, 0.8f), osg::Vec3f()); // before all
-    QVERIFY(isRed(middle(picture())));
-    place(osg::Vec3f(0, 0, 0.3f), osg::Vec3f()); // opens the red box
-    QVERIFY(isGreen(middle(picture())));
-    QVERIFY(isRed(picture().pixelColor(38, 38))); // the inside of its back
-    place(osg::Vec3f(0, 0, -0.7f), osg::Vec3f()); // all of it lies before
-    QVERIFY(!isRed(middle(picture())) && !isGreen(middle(picture())));
-    place(osg::Vec3f(), osg::Vec3f(0, 90, 0)); // the right half
-    const QImage half = picture();
-    QVERIFY(isRed(half.pixelColor(36, 48)) && !isRed(half.pixelColor(60, 48)) && !isGreen(half.pixelColor(50, 48)));
-    place(osg::Vec3f(), osg::Vec3f(0, -90, 0));
-    QVERIFY(isRed(picture().pixelColor(60, 48)));
-    node->setTravMask(0);
-    osg::markChanged(node, osg::Node::TravMaskFieldMask);
-    QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
-    node->setTravMask(osg::Node::Active);
-    osg::markChanged(node, osg::Node::TravMaskFieldMask);
-    plane->setScale(osg::Vec3f(0, 0, 0)); // no plane is left
-    osg::markChanged(plane, osg::Transform::ScaleFieldMask);
-    QVERIFY(isRed(picture().pixelColor(36, 48)) && isRed(picture().pixelColor(60, 48)));
-    picture(kxRenderOptions()); // with the floor and its shadow
-}
-
-void tst_kxRenderers::bothPathsShowTheSame()
-{
-    QVERIFY(_offscreen->path() == kxOffscreen::OpenGL);
-    const osg::UberMaterialPtr gold = kxTestObjects::material(osg::Color3f(1, 0.7f, 0.3f), 0.3f);
-    gold->setMetallic(1);
-    kxTestObjects::add(kxPrimitives::sphere(0.5f), gold, osg::Vec3f(-0.6f, 0.5f, 0));
-    kxTestObjects::add(kxPrimitives::roundedBox(osg::Vec3f(1, 1, 1), 0.1f),
-                       kxTestObjects::material(osg::Color3f(0.1f, 0.3f, 0.8f), 0.4f), osg::Vec3f(0.6f, 0.5f, 0));
-    _pose = {QVector3D(0, 0.4f, 0), 4.5f, 30, 25};
-    _offscreen->scene().update();
-    kxCameraRig rig;
-    rig.setPose(_pose);
-    const QImage a = _offscreen->render(240, 160, rig.camera(1.5f, _offscreen->scene().bounds()), kxRenderOptions());
-    const QImage b = software(kxRenderOptions(), QSize(240, 160));
-    int sum = 0, far = 0;
-    for (int y = 0; y < 160; ++y)
-        for (int x = 0; x < 240; ++x)
-        {
-            const QColor p = a.pixelColor(x, y), q = b.pixelColor(x, y);
-            const int apart = qAbs(p.red() - q.red()) + qAbs(p.green() - q.green()) + qAbs(p.blue() - q.blue());
-            sum += apart;
-            far += apart > 60;
-        }
-    QVERIFY2(sum / (240 * 160) < 4, qPrintable(QString::number(sum / (240.0 * 160))));
-    QVERIFY2(far < 240 * 160 / 100, qPrintable(QString::number(far)));
-}
-
-void tst_kxRenderers::impossibleSizesAreRefused()
-{
-    for (const QSize& size : {QSize(0, 10), QSize(10, -1), QSize(100000, 2)})
-        QVERIFY(_offscreen->render(size.width(), size.height(), kxViewCamera(), kxRenderOptions()).isNull());
-}
 
 QTEST_MAIN(tst_kxRenderers)
 #include "tst_kxRenderers.moc"

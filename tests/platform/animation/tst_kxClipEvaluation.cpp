@@ -5,6 +5,7 @@
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
+#include <kxTable.h>
 
 #include <random>
 
@@ -74,330 +75,312 @@ class tst_kxClipEvaluation : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void whoHoldsTheTimeWins();
-    void tiesGoToTheHigherTrackThenTheLaterChild();
-    void inactiveChildrenDontCount();
-    void nestedCyclesAndFlips();
-    void sharedBlocksDriveEveryObject();
-    void structureChangesAreSeen();
-    void theSceneTakesOverAgain();
-    void evaluationIsPure();
-    void triggersFireOnceInPlayingDirection();
-    void triggersInNestedCycles_data();
-    void triggersInNestedCycles();
-    void blockedTriggersStaySilent();
-};
-
-///        0    1    2    3    4    5    6
-///   a         |===|
-///   b                   |==========|
-void tst_kxClipEvaluation::whoHoldsTheTimeWins()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const AnimNodePtr other = s.another(500, 2);
-    const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 1), f.clone(other, 3)});
-    manager()->addToClipStructure(clip);
-    QCOMPARE(shown(s, clip, 0), 100.0f);  // the first gives its start
-    QCOMPARE(shown(s, clip, 36), 112.0f); // inside the first
-    QCOMPARE(shown(s, clip, 60), 124.0f); // the first has ended and holds
-    QCOMPARE(shown(s, clip, 72), 500.0f); // the second begins
-    QCOMPARE(shown(s, clip, 96), 524.0f);
-    QCOMPARE(shown(s, clip, 1000), 548.0f);
-    // The order of children changes nothing while there is no tie.
-    const AnimNodePtr turned = f.clip("turned", {f.clone(other, 3), f.clone(s.block, 1)});
-    manager()->addToClipStructure(turned);
-    QCOMPARE(shown(s, turned, 0), 100.0f);
-    QCOMPARE(shown(s, turned, 1000), 548.0f);
-}
-
-void tst_kxClipEvaluation::tiesGoToTheHigherTrackThenTheLaterChild()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const AnimNodePtr other = s.another(500);
-    const AnimNodePtr later = f.clip("later", {f.clone(s.block, 0), f.clone(other, 0)});
-    const AnimNodePtr higher = f.clip("higher", {f.clone(s.block, 0, 2), f.clone(other, 0, 1)});
-    for (const AnimNodePtr& clip : {later, higher})
+    ///        0    1    2    3    4    5    6
+    ///   a         |===|
+    ///   b                   |==========|
+    void whoHoldsTheTimeWins()
+    {
+        kxAnimFixture f;
+        const Source s(100);
+        const AnimNodePtr other = s.another(500, 2);
+        const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 1), f.clone(other, 3)});
         manager()->addToClipStructure(clip);
-    for (const double frame : {-5.0, 0.0, 24.0, 99.0})
-    {
-        QVERIFY(shown(s, later, frame) >= 500);
-        QVERIFY(shown(s, higher, frame) < 500);
+        QCOMPARE(shown(s, clip, 0), 100.0f);  // the first gives its start
+        QCOMPARE(shown(s, clip, 36), 112.0f); // inside the first
+        QCOMPARE(shown(s, clip, 60), 124.0f); // the first has ended and holds
+        QCOMPARE(shown(s, clip, 72), 500.0f); // the second begins
+        QCOMPARE(shown(s, clip, 96), 524.0f);
+        QCOMPARE(shown(s, clip, 1000), 548.0f);
+        // The order of children changes nothing while there is no tie.
+        const AnimNodePtr turned = f.clip("turned", {f.clone(other, 3), f.clone(s.block, 1)});
+        manager()->addToClipStructure(turned);
+        QCOMPARE(shown(s, turned, 0), 100.0f);
+        QCOMPARE(shown(s, turned, 1000), 548.0f);
     }
-    // Where one ends as the other begins both hold the time.
-    const AnimNodePtr meeting = f.clip("meeting", {f.clone(s.block, 0, 2), f.clone(other, 1, 1)});
-    manager()->addToClipStructure(meeting);
-    QCOMPARE(shown(s, meeting, 24), 124.0f);
-}
 
-void tst_kxClipEvaluation::inactiveChildrenDontCount()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
-    off->setTravMask(0);
-    const AnimNodePtr clip = f.clip("clip", {on, off});
-    clip->setTravMask(0); // asked for by name, it plays all the same
-    manager()->addToClipStructure(clip);
-    QCOMPARE(shown(s, clip, 12), 112.0f);
-    manager()->setTreeActive(off, true);
-    QCOMPARE(shown(s, clip, 12), 512.0f);
-    manager()->setTreeActive(off, false);
-    manager()->setTreeActive(on, false);
-    QCOMPARE(shown(s, clip, 3), 512.0f); // nobody drives the channel: it stays
-}
-
-/// An inner clip of half speed, twice, flipped, inside a clip that begins at 10 seconds.
-void tst_kxClipEvaluation::nestedCyclesAndFlips()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const AnimNodePtr inner = f.clip("inner", {f.clone(s.block, 0)});
-    inner->setScale(2);
-    inner->setPostCycles(1);
-    inner->setFlipped(true);
-    const AnimNodePtr outer = f.clip("outer", {inner});
-    outer->setOffset(Vec2f(10, 0));
-    manager()->addToClipStructure(outer);
-    const auto at = [&](double seconds) { return shown(s, outer, seconds * 24); };
-    QCOMPARE(at(0), 124.0f);
-    QCOMPARE(at(10.5), 118.0f);
-    QCOMPARE(at(12), 124.0f); // the second pass begins
-    QCOMPARE(at(13), 112.0f);
-    QCOMPARE(at(14), 100.0f);
-    QCOMPARE(at(50), 100.0f);
-    // The inner clip by itself: a frame is one of the root's time.
-    QCOMPARE(shown(s, inner, 10.5 * 24), 118.0f);
-    inner->setPostCycles(-1);
-    f.changed(inner, AnimNodeBase::PostCyclesFieldMask);
-    QCOMPARE(at(1000.5), 118.0f);
-    inner->setPostCycles(0);
-    inner->setFlipped(false);
-    inner->setUsePlayRange(true);
-    inner->setPlayRange(Pnt2f(0.25f, 0.75f));
-    f.changed(inner, AnimNodeBase::UsePlayRangeFieldMask | AnimNodeBase::PostCyclesFieldMask);
-    QCOMPARE(at(0), 106.0f);
-    QCOMPARE(at(11), 112.0f);
-    QCOMPARE(at(50), 118.0f);
-}
-
-void tst_kxClipEvaluation::sharedBlocksDriveEveryObject()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const NodePtr second = f.object();
-    manager()->addAnimation(second, cloneAnimTree(s.block, true));
-    const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 0)});
-    manager()->addToClipStructure(clip);
-    QCOMPARE(shown(s, clip, 6), 106.0f);
-    QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
-    // Under an object a block moves that object alone.
-    QCOMPARE(shown(s, s.block, 12), 112.0f);
-    QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
-    const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
-    FieldContainerPtr target;
-    std::vector<FieldContainerPtr> aims;
-    QVERIFY(kxAnimEvaluator::the()->computeAim(curve, second, target, aims));
-    QVERIFY(target == second->getCore());
-    QCOMPARE(aims.size(), std::size_t(2));
-    QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == s.object);
-    QCOMPARE(manager()->blockSceneRefCount(s.block), 2u);
-
-    // An object that only the undo stack holds is no aim and counts for nothing, until it comes back.
-    const NodePtr root = kxScene::the()->root();
-    s.object->addRef();
-    root->subChild(s.object);
-    QCOMPARE(manager()->blockSceneRefCount(s.block), 1u);
-    QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == second);
-    kxAnimEvaluator::the()->computeAim(curve, second, target, aims);
-    QCOMPARE(aims, std::vector<FieldContainerPtr>({second}));
-    root->subChild(second);
-    root->addChild(s.object);
-    QVERIFY(manager()->findFirstParent(curve) == s.object);
-    s.object->subRef();
-}
-
-void tst_kxClipEvaluation::theSceneTakesOverAgain()
-{
-    kxAnimFixture f;
-    const Source driven(0), idle(50);
-    idle.block->setTravMask(0);
-    kxAnimFixture::transform(idle.object)->setTranslation(Vec3f(3, 0, 0));
-    const AnimNodePtr clip = f.clip("clip", {f.clone(driven.block, 2), f.clone(idle.block, 2)});
-    clip->getChild(1)->setTravMask(Node::Active);
-    manager()->addToClipStructure(clip);
-    manager()->setCurrentFrame(5, false, false);
-    QCOMPARE(driven.x(), 5.0f);
-    QCOMPARE(shown(driven, clip, 60), 12.0f);
-    QCOMPARE(idle.x(), 62.0f);
-    float rest = 0;
-    QVERIFY(kxRestValues::the().get(idle.object->getCore()->getId(), "translation", 0, rest));
-    QCOMPARE(rest, 3.0f);
-    manager()->setCurrentFrame(5, false, false); // the frame that stands, but not what is shown
-    QCOMPARE(driven.x(), 5.0f);
-    QCOMPARE(idle.x(), 3.0f);
-    manager()->setCurrentFrameNoEvaluation(9, false);
-    manager()->setCurrentFrame(9, false, false);
-    QCOMPARE(driven.x(), 9.0f);
-}
-
-void tst_kxClipEvaluation::structureChangesAreSeen()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    const AnimNodePtr clone = f.clone(s.block, 0), clip = f.clip("clip", {clone});
-    manager()->addToClipStructure(clip);
-    QCOMPARE(shown(s, clip, 6), 106.0f);
-    clone->moveBy(0.25f, 0);
-    f.changed(clone, AnimNodeBase::OffsetFieldMask);
-    QCOMPARE(shown(s, clip, 12), 106.0f);
-    const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
-    curve->clear();
-    markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
-    QCOMPARE(shown(s, clip, 6), 0.0f); // no key: the channel has its own value
-    curve->addPoint(Pnt2f(0, 7), Vec2f(), Vec2f(), 1, 1, true, true);
-    markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
-    QCOMPARE(shown(s, clip, 6), 7.0f);
-    clip->subChild(clone); // it dies
-    f.changed(clip, Node::ChildrenFieldMask);
-    kxAnimFixture::transform(s.object)->setTranslation(Vec3f(1, 2, 3));
-    QCOMPARE(shown(s, clip, 6), 1.0f);
-    // The object goes, and with it the block: the clip evaluates what is left.
-    kxScene::the()->root()->subChild(s.object); // and nobody says so
-    manager()->evaluateByFrame(clip, 3, false, true, true);
-}
-
-void tst_kxClipEvaluation::evaluationIsPure()
-{
-    kxAnimFixture f;
-    const Source s(100);
-    std::mt19937 random(6);
-    const AnimNodePtr other = s.another(500, 2);
-    std::vector<AnimNodePtr> children;
-    for (int i = 0; i < 12; ++i)
+    void tiesGoToTheHigherTrackThenTheLaterChild()
     {
-        const AnimNodePtr child = f.clone(i % 2 ? other : s.block, float(random() % 40) / 4, int(random() % 3));
-        child->setPostCycles(int(random() % 3));
-        child->setFlipped(random() % 2);
-        child->setScale(0.5f + float(random() % 3) / 2);
-        children.push_back(i % 3 == 0 ? f.clip("inner", {child}) : child);
+        kxAnimFixture f;
+        const Source s(100);
+        const AnimNodePtr other = s.another(500);
+        const AnimNodePtr later = f.clip("later", {f.clone(s.block, 0), f.clone(other, 0)});
+        const AnimNodePtr higher = f.clip("higher", {f.clone(s.block, 0, 2), f.clone(other, 0, 1)});
+        for (const AnimNodePtr& clip : {later, higher})
+            manager()->addToClipStructure(clip);
+        for (const double frame : {-5.0, 0.0, 24.0, 99.0})
+        {
+            QVERIFY(shown(s, later, frame) >= 500);
+            QVERIFY(shown(s, higher, frame) < 500);
+        }
+        // Where one ends as the other begins both hold the time.
+        const AnimNodePtr meeting = f.clip("meeting", {f.clone(s.block, 0, 2), f.clone(other, 1, 1)});
+        manager()->addToClipStructure(meeting);
+        QCOMPARE(shown(s, meeting, 24), 124.0f);
     }
-    const AnimNodePtr clip = f.clip("clip", children);
-    manager()->addToClipStructure(clip);
-    std::vector<float> values;
-    for (int frame = 0; frame < 400; ++frame)
-        values.push_back(shown(s, clip, frame));
-    for (int i = 0; i < 1000; ++i)
+
+    void inactiveChildrenDontCount()
     {
-        const int frame = int(random() % 400);
-        QCOMPARE(shown(s, clip, frame), values[std::size_t(frame)]);
+        kxAnimFixture f;
+        const Source s(100);
+        const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
+        off->setTravMask(0);
+        const AnimNodePtr clip = f.clip("clip", {on, off});
+        clip->setTravMask(0); // asked for by name, it plays all the same
+        manager()->addToClipStructure(clip);
+        QCOMPARE(shown(s, clip, 12), 112.0f);
+        manager()->setTreeActive(off, true);
+        QCOMPARE(shown(s, clip, 12), 512.0f);
+        manager()->setTreeActive(off, false);
+        manager()->setTreeActive(on, false);
+        QCOMPARE(shown(s, clip, 3), 512.0f); // nobody drives the channel: it stays
     }
-}
 
-void tst_kxClipEvaluation::triggersFireOnceInPlayingDirection()
-{
-    kxAnimFixture f;
-    Fired fired;
-    const AnimNodePtr off = f.trigger("off", 1.5f);
-    off->setTravMask(0);
-    const AnimNodePtr clip = f.clip(
-        "clip", {f.trigger("c", 2), f.trigger("a", 0), f.trigger("b", 1, true), f.trigger("e", 3, false, true), off});
-    clip->setTravMask(0); // asked for by name, it fires all the same
-    manager()->addToClipStructure(clip);
-    pass(clip, 0);
-    QCOMPARE(fired.take(), QString("sa")); // the evaluation begins on it
-    pass(clip, 0);
-    QCOMPARE(fired.take(), QString()); // once
-    pass(clip, 12);
-    pass(clip, 24);
-    QCOMPARE(fired.take(), QString("vb"));
-    pass(clip, 24);
-    QCOMPARE(fired.take(), QString());
-    pass(clip, 24.5);
-    QCOMPARE(fired.take(), QString());
-    pass(clip, 72);
-    QCOMPARE(fired.take(), QString("sc pe"));
-    pass(clip, 12);
-    QCOMPARE(fired.take(), QString("sc vb")); // backwards; where it stood is not passed again
-    pass(clip, 0);
-    QCOMPARE(fired.take(), QString("sa"));
-    // A loop: on to the end, then anew at the start.
-    pass(clip, 71);
-    fired.take();
-    pass(clip, 72);
-    clip->setLastEvaluationTime(0);
-    pass(clip, 0);
-    QCOMPARE(fired.take(), QString("pe sa"));
-}
+    /// An inner clip of half speed, twice, flipped, inside a clip that begins at 10 seconds.
+    void nestedCyclesAndFlips()
+    {
+        kxAnimFixture f;
+        const Source s(100);
+        const AnimNodePtr inner = f.clip("inner", {f.clone(s.block, 0)});
+        inner->setScale(2);
+        inner->setPostCycles(1);
+        inner->setFlipped(true);
+        const AnimNodePtr outer = f.clip("outer", {inner});
+        outer->setOffset(Vec2f(10, 0));
+        manager()->addToClipStructure(outer);
+        const auto at = [&](double seconds) { return shown(s, outer, seconds * 24); };
+        QCOMPARE(at(0), 124.0f);
+        QCOMPARE(at(10.5), 118.0f);
+        QCOMPARE(at(12), 124.0f); // the second pass begins
+        QCOMPARE(at(13), 112.0f);
+        QCOMPARE(at(14), 100.0f);
+        QCOMPARE(at(50), 100.0f);
+        // The inner clip by itself: a frame is one of the root's time.
+        QCOMPARE(shown(s, inner, 10.5 * 24), 118.0f);
+        inner->setPostCycles(-1);
+        f.changed(inner, AnimNodeBase::PostCyclesFieldMask);
+        QCOMPARE(at(1000.5), 118.0f);
+        inner->setPostCycles(0);
+        inner->setFlipped(false);
+        inner->setUsePlayRange(true);
+        inner->setPlayRange(Pnt2f(0.25f, 0.75f));
+        f.changed(inner, AnimNodeBase::UsePlayRangeFieldMask | AnimNodeBase::PostCyclesFieldMask);
+        QCOMPARE(at(0), 106.0f);
+        QCOMPARE(at(11), 112.0f);
+        QCOMPARE(at(50), 118.0f);
+    }
 
-void tst_kxClipEvaluation::triggersInNestedCycles_data()
-{
-    QTest::addColumn<int>("cycles");
-    QTest::addColumn<bool>("flipped");
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("to");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<float>("lead");
-    // Inner time 0 to 2 with a trigger at each end and one at 0.5, all later by the lead, in an outer clip from second
-    // 10 on.
-    QTest::newRow("one pass") << 0 << false << 9.0 << 20.0 << "s0 sh s2" << 0.0f;
-    QTest::newRow("three passes") << 2 << false << 9.0 << 99.0 << "s0 sh s2 s0 sh s2 s0 sh s2" << 0.0f;
-    QTest::newRow("from the middle of one to the middle of another")
-        << 2 << false << 11.0 << 13.0 << "s2 s0 sh" << 0.0f;
-    QTest::newRow("backwards") << 2 << false << 13.0 << 11.0 << "sh s0 s2" << 0.0f;
-    QTest::newRow("flipped") << 1 << true << 9.0 << 13.0 << "s2 sh s0 s2" << 0.0f;
-    QTest::newRow("endless") << -1 << false << 1010.2 << 1012.2 << "sh s2 s0" << 0.0f;
-    QTest::newRow("nothing on the way") << 2 << false << 10.6 << 11.9 << "" << 0.0f;
-    QTest::newRow("that begin later") << 1 << false << 12.0 << 16.0 << "s0 sh s2 s0 sh" << 3.0f;
-    QTest::newRow("flipped, that begin later") << 1 << true << 12.0 << 16.0 << "s2 sh s0 s2" << 3.0f;
-    QTest::newRow("flipped and backwards, that begin later") << 0 << true << 16.0 << 14.0 << "s0 sh" << 3.0f;
-}
+    void sharedBlocksDriveEveryObject()
+    {
+        kxAnimFixture f;
+        const Source s(100);
+        const NodePtr second = f.object();
+        manager()->addAnimation(second, cloneAnimTree(s.block, true));
+        const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 0)});
+        manager()->addToClipStructure(clip);
+        QCOMPARE(shown(s, clip, 6), 106.0f);
+        QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
+        // Under an object a block moves that object alone.
+        QCOMPARE(shown(s, s.block, 12), 112.0f);
+        QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
+        const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
+        FieldContainerPtr target;
+        std::vector<FieldContainerPtr> aims;
+        QVERIFY(kxAnimEvaluator::the()->computeAim(curve, second, target, aims));
+        QVERIFY(target == second->getCore());
+        QCOMPARE(aims.size(), std::size_t(2));
+        QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == s.object);
+        QCOMPARE(manager()->blockSceneRefCount(s.block), 2u);
 
-void tst_kxClipEvaluation::triggersInNestedCycles()
-{
-    QFETCH(int, cycles);
-    QFETCH(bool, flipped);
-    QFETCH(double, from);
-    QFETCH(double, to);
-    kxAnimFixture f;
-    Fired fired;
-    QFETCH(float, lead);
-    const AnimNodePtr inner =
-        f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
-    inner->setPostCycles(cycles);
-    inner->setFlipped(flipped);
-    const AnimNodePtr outer = f.clip("outer", {inner});
-    inner->setOffset(Vec2f(10, 0));
-    manager()->addToClipStructure(outer);
-    kxTriggers::pass(outer, from, to);
-    QTEST(fired.take(), "expected");
-}
+        // An object that only the undo stack holds is no aim and counts for nothing, until it comes back.
+        const NodePtr root = kxScene::the()->root();
+        s.object->addRef();
+        root->subChild(s.object);
+        QCOMPARE(manager()->blockSceneRefCount(s.block), 1u);
+        QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == second);
+        kxAnimEvaluator::the()->computeAim(curve, second, target, aims);
+        QCOMPARE(aims, std::vector<FieldContainerPtr>({second}));
+        root->subChild(second);
+        root->addChild(s.object);
+        QVERIFY(manager()->findFirstParent(curve) == s.object);
+        s.object->subRef();
+    }
 
-void tst_kxClipEvaluation::blockedTriggersStaySilent()
-{
-    kxAnimFixture f;
-    Fired fired;
-    const AnimNodePtr clip = f.clip("clip", {f.trigger("a", 0), f.trigger("b", 1), f.trigger("c", 2)});
-    manager()->addToClipStructure(clip);
-    pass(clip, 48);
-    fired.take();
-    // As "go to the start" does it, and play after that.
-    kxAnimEvaluator::the()->blockSequenceEvaluation(true);
-    pass(clip, 0);
-    kxAnimEvaluator::the()->blockSequenceEvaluation(false);
-    QCOMPARE(fired.take(), QString());
-    pass(clip, 0);
-    pass(clip, 30);
-    QCOMPARE(fired.take(), QString("sa sb"));
-    // Without triggers asked for, the way isn't remembered either.
-    manager()->evaluateByFrame(clip, 60, false, false, false);
-    pass(clip, 40);
-    QCOMPARE(fired.take(), QString());
-    const kxMarks marks;
-    manager()->evaluateByFrame(clip, 42, false, false, true);
-    QVERIFY(marks.has(clip)); // where it stands is shown elsewhere too
-}
+    void structureChangesAreSeen()
+    {
+        kxAnimFixture f;
+        const Source s(100);
+        const AnimNodePtr clone = f.clone(s.block, 0), clip = f.clip("clip", {clone});
+        manager()->addToClipStructure(clip);
+        QCOMPARE(shown(s, clip, 6), 106.0f);
+        clone->moveBy(0.25f, 0);
+        f.changed(clone, AnimNodeBase::OffsetFieldMask);
+        QCOMPARE(shown(s, clip, 12), 106.0f);
+        const AnimCurvePtr curve = AnimCurvePtr::dcast(s.block->getChild(0)->getCore());
+        curve->clear();
+        markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+        QCOMPARE(shown(s, clip, 6), 0.0f); // no key: the channel has its own value
+        curve->addPoint(Pnt2f(0, 7), Vec2f(), Vec2f(), 1, 1, true, true);
+        markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+        QCOMPARE(shown(s, clip, 6), 7.0f);
+        clip->subChild(clone); // it dies
+        f.changed(clip, Node::ChildrenFieldMask);
+        kxAnimFixture::transform(s.object)->setTranslation(Vec3f(1, 2, 3));
+        QCOMPARE(shown(s, clip, 6), 1.0f);
+        // The object goes, and with it the block: the clip evaluates what is left.
+        kxScene::the()->root()->subChild(s.object); // and nobody says so
+        manager()->evaluateByFrame(clip, 3, false, true, true);
+    }
+
+    void theSceneTakesOverAgain()
+    {
+        kxAnimFixture f;
+        const Source driven(0), idle(50);
+        idle.block->setTravMask(0);
+        kxAnimFixture::transform(idle.object)->setTranslation(Vec3f(3, 0, 0));
+        const AnimNodePtr clip = f.clip("clip", {f.clone(driven.block, 2), f.clone(idle.block, 2)});
+        clip->getChild(1)->setTravMask(Node::Active);
+        manager()->addToClipStructure(clip);
+        manager()->setCurrentFrame(5, false, false);
+        QCOMPARE(driven.x(), 5.0f);
+        QCOMPARE(shown(driven, clip, 60), 12.0f);
+        QCOMPARE(idle.x(), 62.0f);
+        float rest = 0;
+        QVERIFY(kxRestValues::the().get(idle.object->getCore()->getId(), "translation", 0, rest));
+        QCOMPARE(rest, 3.0f);
+        manager()->setCurrentFrame(5, false, false); // the frame that stands, but not what is shown
+        QCOMPARE(driven.x(), 5.0f);
+        QCOMPARE(idle.x(), 3.0f);
+        manager()->setCurrentFrameNoEvaluation(9, false);
+        manager()->setCurrentFrame(9, false, false);
+        QCOMPARE(driven.x(), 9.0f);
+    }
+
+    void evaluationIsPure()
+    {
+        kxAnimFixture f;
+        const Source s(100);
+        std::mt19937 random(6);
+        const AnimNodePtr other = s.another(500, 2);
+        std::vector<AnimNodePtr> children;
+        for (int i = 0; i < 12; ++i)
+        {
+            const AnimNodePtr child = f.clone(i % 2 ? other : s.block, float(random() % 40) / 4, int(random() % 3));
+            child->setPostCycles(int(random() % 3));
+            child->setFlipped(random() % 2);
+            child->setScale(0.5f + float(random() % 3) / 2);
+            children.push_back(i % 3 == 0 ? f.clip("inner", {child}) : child);
+        }
+        const AnimNodePtr clip = f.clip("clip", children);
+        manager()->addToClipStructure(clip);
+        std::vector<float> values;
+        for (int frame = 0; frame < 400; ++frame)
+            values.push_back(shown(s, clip, frame));
+        for (int i = 0; i < 1000; ++i)
+        {
+            const int frame = int(random() % 400);
+            QCOMPARE(shown(s, clip, frame), values[std::size_t(frame)]);
+        }
+    }
+
+    void triggersFireOnceInPlayingDirection()
+    {
+        kxAnimFixture f;
+        Fired fired;
+        const AnimNodePtr off = f.trigger("off", 1.5f);
+        off->setTravMask(0);
+        const AnimNodePtr clip = f.clip("clip", {f.trigger("c", 2), f.trigger("a", 0), f.trigger("b", 1, true),
+                                                 f.trigger("e", 3, false, true), off});
+        clip->setTravMask(0); // asked for by name, it fires all the same
+        manager()->addToClipStructure(clip);
+        pass(clip, 0);
+        QCOMPARE(fired.take(), QString("sa")); // the evaluation begins on it
+        pass(clip, 0);
+        QCOMPARE(fired.take(), QString()); // once
+        pass(clip, 12);
+        pass(clip, 24);
+        QCOMPARE(fired.take(), QString("vb"));
+        pass(clip, 24);
+        QCOMPARE(fired.take(), QString());
+        pass(clip, 24.5);
+        QCOMPARE(fired.take(), QString());
+        pass(clip, 72);
+        QCOMPARE(fired.take(), QString("sc pe"));
+        pass(clip, 12);
+        QCOMPARE(fired.take(), QString("sc vb")); // backwards; where it stood is not passed again
+        pass(clip, 0);
+        QCOMPARE(fired.take(), QString("sa"));
+        // A loop: on to the end, then anew at the start.
+        pass(clip, 71);
+        fired.take();
+        pass(clip, 72);
+        clip->setLastEvaluationTime(0);
+        pass(clip, 0);
+        QCOMPARE(fired.take(), QString("pe sa"));
+    }
+
+    void triggersInNestedCycles_data()
+    {
+        kxColumns<int, bool, double, double, QString, float>("cycles", "flipped", "from", "to", "expected", "lead");
+        // Inner time 0 to 2 with a trigger at each end and one at 0.5, all later by the lead, in an outer clip from
+        // second 10 on.
+        QTest::newRow("one pass") << 0 << false << 9.0 << 20.0 << "s0 sh s2" << 0.0f;
+        QTest::newRow("three passes") << 2 << false << 9.0 << 99.0 << "s0 sh s2 s0 sh s2 s0 sh s2" << 0.0f;
+        QTest::newRow("from the middle of one to the middle of another")
+            << 2 << false << 11.0 << 13.0 << "s2 s0 sh" << 0.0f;
+        QTest::newRow("backwards") << 2 << false << 13.0 << 11.0 << "sh s0 s2" << 0.0f;
+        QTest::newRow("flipped") << 1 << true << 9.0 << 13.0 << "s2 sh s0 s2" << 0.0f;
+        QTest::newRow("endless") << -1 << false << 1010.2 << 1012.2 << "sh s2 s0" << 0.0f;
+        QTest::newRow("nothing on the way") << 2 << false << 10.6 << 11.9 << "" << 0.0f;
+        QTest::newRow("that begin later") << 1 << false << 12.0 << 16.0 << "s0 sh s2 s0 sh" << 3.0f;
+        QTest::newRow("flipped, that begin later") << 1 << true << 12.0 << 16.0 << "s2 sh s0 s2" << 3.0f;
+        QTest::newRow("flipped and backwards, that begin later") << 0 << true << 16.0 << 14.0 << "s0 sh" << 3.0f;
+    }
+
+    void triggersInNestedCycles()
+    {
+        QFETCH(int, cycles);
+        QFETCH(bool, flipped);
+        QFETCH(double, from);
+        QFETCH(double, to);
+        kxAnimFixture f;
+        Fired fired;
+        QFETCH(float, lead);
+        const AnimNodePtr inner =
+            f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
+        inner->setPostCycles(cycles);
+        inner->setFlipped(flipped);
+        const AnimNodePtr outer = f.clip("outer", {inner});
+        inner->setOffset(Vec2f(10, 0));
+        manager()->addToClipStructure(outer);
+        kxTriggers::pass(outer, from, to);
+        QTEST(fired.take(), "expected");
+    }
+
+    void blockedTriggersStaySilent()
+    {
+        kxAnimFixture f;
+        Fired fired;
+        const AnimNodePtr clip = f.clip("clip", {f.trigger("a", 0), f.trigger("b", 1), f.trigger("c", 2)});
+        manager()->addToClipStructure(clip);
+        pass(clip, 48);
+        fired.take();
+        // As "go to the start" does it, and play after that.
+        kxAnimEvaluator::the()->blockSequenceEvaluation(true);
+        pass(clip, 0);
+        kxAnimEvaluator::the()->blockSequenceEvaluation(false);
+        QCOMPARE(fired.take(), QString());
+        pass(clip, 0);
+        pass(clip, 30);
+        QCOMPARE(fired.take(), QString("sa sb"));
+        // Without triggers asked for, the way isn't remembered either.
+        manager()->evaluateByFrame(clip, 60, false, false, false);
+        pass(clip, 40);
+        QCOMPARE(fired.take(), QString());
+        const kxMarks marks;
+        manager()->evaluateByFrame(clip, 42, false, false, true);
+        QVERIFY(marks.has(clip)); // where it stands is shown elsewhere too
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxClipEvaluation)
 #include "tst_kxClipEvaluation.moc"

@@ -3,6 +3,7 @@
 #include <animation/kxCurveEvaluation.h>
 #include <kxAwkwardCurves.h>
 #include <kxCurveMath.h>
+#include <kxTable.h>
 
 #include <cmath>
 #include <random>
@@ -75,213 +76,194 @@ class tst_kxCurveMath : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void tangents_data();
-    void tangents();
-    void freeTangents_data();
-    void freeTangents();
-    void editorSegmentsAreExact();
-    void awkwardCurves_data();
-    void awkwardCurves();
-    void infinity_data();
-    void infinity();
-    void jumpsMeetRoundedTimes();
-};
-
-/// Gaps of 12 and 36, slopes 0.5, -0.5 and -0.25: each wrong cell of the table gives another vector.
-void tst_kxCurveMath::tangents_data()
-{
-    QTest::addColumn<int>("side");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("neighbours"); // 1 previous, 2 next
-    QTest::addColumn<QPointF>("expected");
-    const auto rows = [](const char* type, int number, std::array<QPointF, 6> v)
+    /// Gaps of 12 and 36, slopes 0.5, -0.5 and -0.25: each wrong cell of the table gives another vector.
+    void tangents_data()
     {
-        QTest::addRow("%s in, first", type) << 0 << number << 2 << v[0];
-        QTest::addRow("%s in, last", type) << 0 << number << 1 << v[1];
-        QTest::addRow("%s in, inside", type) << 0 << number << 3 << v[2];
-        QTest::addRow("%s out, first", type) << 1 << number << 2 << v[3];
-        QTest::addRow("%s out, last", type) << 1 << number << 1 << v[4];
-        QTest::addRow("%s out, inside", type) << 1 << number << 3 << v[5];
-    };
-    typedef QPointF P;
-    rows("constant", 0, {P(0, 0), P(0, 0), P(0, 0), P(0, 0), P(0, 0), P(0, 0)});
-    rows("linear", 1, {P(-18, 0), P(-6, -3), P(-6, -3), P(18, -9), P(6, 0), P(18, -9)});
-    rows("flat", 2, {P(-18, 0), P(-6, 0), P(-6, 0), P(18, 0), P(6, 0), P(16, 0)});
-    rows("hermite", 3, {P(-18, 9), P(-6, -3), P(-6, 1.5), P(18, -9), P(6, 3), P(16, -4)});
-    rows("following", 4, {P(-18, 9), P(-6, 0), P(-6, 3), P(18, -9), P(6, 0), P(16, -8)});
-    rows("unknown", 9, {P(-10, 0), P(-10, 0), P(-10, 0), P(10, 0), P(10, 0), P(10, 0)});
-}
-
-void tst_kxCurveMath::tangents()
-{
-    QFETCH(int, side);
-    QFETCH(int, type);
-    QFETCH(int, neighbours);
-    QFETCH(QPointF, expected);
-    const Place previous = {0, 0}, next = {48, -12};
-    kxCurveMath::Neighbourhood around;
-    around.key = {12, 6};
-    around.in = around.out = {1, 1};
-    around.otherLength = 10;
-    around.previous = (neighbours & 1) != 0 ? &previous : nullptr;
-    around.next = (neighbours & 2) != 0 ? &next : nullptr;
-    const Place vector = kxCurveMath::tangentVector(Side(side), UInt32(type), around);
-    QCOMPARE(QPointF(vector.x, vector.y), expected);
-}
-
-void tst_kxCurveMath::freeTangents_data()
-{
-    QTest::addColumn<QPointF>("in");
-    QTest::addColumn<QPointF>("out");
-    QTest::addColumn<int>("neighbours");
-    QTest::addColumn<QPointF>("newIn");
-    QTest::addColumn<QPointF>("newOut");
-    typedef QPointF P;
-    QTest::newRow("clear") << P(-11, 3) << P(35, 2) << 3 << P(-11, 3) << P(35, 2);
-    QTest::newRow("in side on its neighbour shortens both") << P(-12, 4) << P(24, 2) << 3 << P(-12, 4) << P(12, 1);
-    QTest::newRow("out side on its neighbour") << P(-6, 3) << P(36, 18) << 3 << P(-12, 6) << P(12, 6);
-    QTest::newRow("out side past its neighbour") << P(-6, 3) << P(72, 36) << 3 << P(-12, 6) << P(12, 6);
-    QTest::newRow("first key") << P(-6, 3) << P(72, 36) << 2 << P(-36, 18) << P(36, 18);
-    QTest::newRow("last key") << P(-24, 8) << P(3, 1) << 1 << P(-12, 4) << P(12, 4);
-    QTest::newRow("a vertical side stays") << P(0, 5) << P(72, 36) << 3 << P(0, 5) << P(12, 6);
-    QTest::newRow("alone") << P(-99, 5) << P(99, 5) << 0 << P(-99, 5) << P(99, 5);
-}
-
-void tst_kxCurveMath::freeTangents()
-{
-    QFETCH(QPointF, in);
-    QFETCH(QPointF, out);
-    QFETCH(int, neighbours);
-    const Place previous = {0, 0}, next = {48, -12};
-    kxCurveMath::Neighbourhood around;
-    around.key = {12, 6};
-    around.in = {in.x(), in.y()};
-    around.out = {out.x(), out.y()};
-    around.previous = (neighbours & 1) != 0 ? &previous : nullptr;
-    around.next = (neighbours & 2) != 0 ? &next : nullptr;
-    const Place newIn = kxCurveMath::tangentVector(Side::In, 5, around);
-    const Place newOut = kxCurveMath::tangentVector(Side::Out, 5, around);
-    QTEST(QPointF(newIn.x, newIn.y), "newIn");
-    QTEST(QPointF(newOut.x, newOut.y), "newOut");
-}
-
-/// Whatever handles a user can drag: x between the key and its neighbour, any height.
-void tst_kxCurveMath::editorSegmentsAreExact()
-{
-    std::mt19937 random(7);
-    std::uniform_real_distribution<float> unit(0, 1), height(-40, 40), place(-20, 500);
-    for (int i = 0; i < 1500; ++i)
-    {
-        const float x = place(random), length = 0.01f + unit(random) * (i % 3 == 0 ? 0.1f : 8.0f);
-        // Also the ends of what is allowed: no length, all the length.
-        const auto share = [&] { return i % 7 == 0 ? float(int(unit(random) * 3) / 2.0) : unit(random); };
-        const CCPnt a(Pnt2f(x, height(random)), Vec2f(), Vec2f(share() * length, height(random)), 5, 5);
-        const CCPnt b(Pnt2f(x + length, height(random)), Vec2f(-share() * length, height(random)), Vec2f(), 5, 5);
-        for (int j = 0; j < 4; ++j)
-            QVERIFY(agrees(a, b, a.x() + (double(b.x()) - a.x()) * unit(random)));
-    }
-}
-
-void tst_kxCurveMath::awkwardCurves_data()
-{
-    QTest::addColumn<int>("index");
-    for (std::size_t i = 0; i < kxAwkwardCurves().size(); ++i)
-        QTest::newRow(kxAwkwardCurves()[i].name) << int(i);
-}
-
-void tst_kxCurveMath::awkwardCurves()
-{
-    QFETCH(int, index);
-    const kxAwkwardCurve& awkward = kxAwkwardCurves()[std::size_t(index)];
-    const AnimCurvePtr curve = makeCurve(awkward.keys);
-    const double first = awkward.keys.front().x(), last = awkward.keys.back().x();
-    for (const UInt32 mode : {0u, 1u, 2u, 3u, 4u, 77u})
-    {
-        curve->setPreInfinityMode(mode);
-        curve->setPostInfinityMode(mode);
-        for (int i = -300; i <= 500; ++i)
-            QVERIFY(std::isfinite(kxCurveEvaluation::value(*curve, first + (last - first) * i / 200.0)));
-        for (const double far : {-1.0e300, -1.0e20, 1.0e20, 1.0e300, double(INFINITY), double(-INFINITY)})
-            QVERIFY(std::isfinite(kxCurveEvaluation::value(*curve, far)));
-    }
-    for (std::size_t i = 0; i + 1 < awkward.keys.size(); ++i)
-    {
-        const CCPnt &a = awkward.keys[i], &b = awkward.keys[i + 1];
-        const bool isSane = std::abs(a.y()) < 1.0e30f && b.x() > a.x();
-        for (int j = 1; isSane && j < 200; ++j)
-            QVERIFY(agrees(a, b, a.x() + (double(b.x()) - a.x()) * j / 200));
-    }
-    curve->subRef();
-}
-
-/// Keys (1, 2), (3, 6), out slope at the first 0.5, in slope at the last 4: a period of 2 that rises by 4. A row says
-/// where inside the keys the value is found, and what is added to it.
-void tst_kxCurveMath::infinity_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<double>("inside");
-    QTest::addColumn<double>("added");
-    const auto row = [](const char* name, InfinityMode mode, double seconds, double inside, double added)
-    { QTest::addRow("%s at %g", name, seconds) << int(mode) << seconds << inside << added; };
-    row("constant", InfinityMode::Constant, -5, 1, 0);
-    row("constant", InfinityMode::Constant, 9, 3, 0);
-    row("linear", InfinityMode::Linear, -1, 1, -1);
-    row("linear", InfinityMode::Linear, 4, 3, 4);
-    row("loop", InfinityMode::Loop, 4.5, 2.5, 0);
-    row("loop", InfinityMode::Loop, -1.5, 2.5, 0);
-    row("loop", InfinityMode::Loop, 5, 1, 0);
-    row("loop", InfinityMode::Loop, -1, 1, 0);
-    row("loop with offset", InfinityMode::LoopWithOffset, 4.5, 2.5, 4);
-    row("loop with offset", InfinityMode::LoopWithOffset, -1.5, 2.5, -8);
-    row("loop with offset", InfinityMode::LoopWithOffset, 5, 1, 8);
-    row("oscillate", InfinityMode::Oscillate, 3.5, 2.5, 0);
-    row("oscillate", InfinityMode::Oscillate, -0.5, 2.5, 0);
-    row("oscillate", InfinityMode::Oscillate, -1.5, 2.5, 0);
-    row("oscillate", InfinityMode::Oscillate, 5.5, 1.5, 0);
-    row("a mode that isn't one", InfinityMode(9), 9, 3, 0);
-}
-
-void tst_kxCurveMath::infinity()
-{
-    QFETCH(int, mode);
-    QFETCH(double, seconds);
-    QFETCH(double, inside);
-    QFETCH(double, added);
-    const AnimCurvePtr curve = makeCurve({CCPnt(Pnt2f(1, 2), Vec2f(-1, 7), Vec2f(0.5f, 0.25f), 5, 5),
-                                          CCPnt(Pnt2f(3, 6), Vec2f(-0.5f, -2), Vec2f(1, 7), 5, 5)});
-    curve->setPreInfinityMode(UInt32(mode));
-    curve->setPostInfinityMode(UInt32(mode));
-    const double expected = kxCurveEvaluation::value(*curve, inside) + added;
-    QVERIFY(std::abs(kxCurveEvaluation::value(*curve, seconds) - expected) < 1.0e-5);
-    curve->subRef();
-}
-
-/// A step at frame 7 shows its new value at frame 7, on whichever way frame 7 became seconds.
-void tst_kxCurveMath::jumpsMeetRoundedTimes()
-{
-    for (const double fps : {23.976, 24.0, 25.0, 29.97, 59.94})
-        for (int frame = 1; frame < 3000; frame += 7)
+        kxColumns<int, int>("side", "type");
+        QTest::addColumn<int>("neighbours"); // 1 previous, 2 next
+        QTest::addColumn<QPointF>("expected");
+        const auto rows = [](const char* type, int number, std::array<QPointF, 6> v)
         {
-            const float narrowRate = float(fps);
-            const AnimCurvePtr curve =
-                makeCurve({CCPnt(Pnt2f(0, 1), Vec2f(), Vec2f(), 0, 0),
-                           CCPnt(Pnt2f(float(frame / double(narrowRate)), 2), Vec2f(), Vec2f(), 0, 0),
-                           CCPnt(Pnt2f(float((frame + 1) / fps), 3), Vec2f(), Vec2f(), 0, 0)});
-            UInt32 cursor = 0;
-            const double seconds = frame / fps;
-            QCOMPARE(kxCurveEvaluation::value(*curve, seconds, cursor, seconds * 2.4e-7), 2.0f);
-            QCOMPARE(kxCurveEvaluation::value(*curve, (frame + 1) / fps, cursor, seconds * 2.4e-7), 3.0f);
-            QCOMPARE(kxCurveEvaluation::value(*curve, (frame - 0.01) / fps, cursor, seconds * 2.4e-7), 1.0f);
-            // Two keys share the time, and a slope leads to the first of them.
-            curve->editControlPoints()[0].setOuttangent(Vec2f(0.01f, 0));
-            curve->editControlPoints()[2].setPoint(Pnt2f(curve->getControlPoints(1).x(), 3));
-            QCOMPARE(kxCurveEvaluation::value(*curve, seconds * (1 - 1.0e-8), cursor, seconds * 2.4e-7), 3.0f);
-            curve->clear();
-            QCOMPARE(kxCurveEvaluation::value(*curve, seconds), 0.0f);
-            curve->subRef();
+            QTest::addRow("%s in, first", type) << 0 << number << 2 << v[0];
+            QTest::addRow("%s in, last", type) << 0 << number << 1 << v[1];
+            QTest::addRow("%s in, inside", type) << 0 << number << 3 << v[2];
+            QTest::addRow("%s out, first", type) << 1 << number << 2 << v[3];
+            QTest::addRow("%s out, last", type) << 1 << number << 1 << v[4];
+            QTest::addRow("%s out, inside", type) << 1 << number << 3 << v[5];
+        };
+        typedef QPointF P;
+        rows("constant", 0, {P(0, 0), P(0, 0), P(0, 0), P(0, 0), P(0, 0), P(0, 0)});
+        rows("linear", 1, {P(-18, 0), P(-6, -3), P(-6, -3), P(18, -9), P(6, 0), P(18, -9)});
+        rows("flat", 2, {P(-18, 0), P(-6, 0), P(-6, 0), P(18, 0), P(6, 0), P(16, 0)});
+        rows("hermite", 3, {P(-18, 9), P(-6, -3), P(-6, 1.5), P(18, -9), P(6, 3), P(16, -4)});
+        rows("following", 4, {P(-18, 9), P(-6, 0), P(-6, 3), P(18, -9), P(6, 0), P(16, -8)});
+        rows("unknown", 9, {P(-10, 0), P(-10, 0), P(-10, 0), P(10, 0), P(10, 0), P(10, 0)});
+    }
+
+    void tangents()
+    {
+        QFETCH(int, side);
+        QFETCH(int, type);
+        QFETCH(int, neighbours);
+        QFETCH(QPointF, expected);
+        const Place previous = {0, 0}, next = {48, -12};
+        kxCurveMath::Neighbourhood around;
+        around.key = {12, 6};
+        around.in = around.out = {1, 1};
+        around.otherLength = 10;
+        around.previous = (neighbours & 1) != 0 ? &previous : nullptr;
+        around.next = (neighbours & 2) != 0 ? &next : nullptr;
+        const Place vector = kxCurveMath::tangentVector(Side(side), UInt32(type), around);
+        QCOMPARE(QPointF(vector.x, vector.y), expected);
+    }
+
+    void freeTangents_data()
+    {
+        kxColumns<QPointF, QPointF, int, QPointF, QPointF>("in", "out", "neighbours", "newIn", "newOut");
+        typedef QPointF P;
+        QTest::newRow("clear") << P(-11, 3) << P(35, 2) << 3 << P(-11, 3) << P(35, 2);
+        QTest::newRow("in side on its neighbour shortens both") << P(-12, 4) << P(24, 2) << 3 << P(-12, 4) << P(12, 1);
+        QTest::newRow("out side on its neighbour") << P(-6, 3) << P(36, 18) << 3 << P(-12, 6) << P(12, 6);
+        QTest::newRow("out side past its neighbour") << P(-6, 3) << P(72, 36) << 3 << P(-12, 6) << P(12, 6);
+        QTest::newRow("first key") << P(-6, 3) << P(72, 36) << 2 << P(-36, 18) << P(36, 18);
+        QTest::newRow("last key") << P(-24, 8) << P(3, 1) << 1 << P(-12, 4) << P(12, 4);
+        QTest::newRow("a vertical side stays") << P(0, 5) << P(72, 36) << 3 << P(0, 5) << P(12, 6);
+        QTest::newRow("alone") << P(-99, 5) << P(99, 5) << 0 << P(-99, 5) << P(99, 5);
+    }
+
+    void freeTangents()
+    {
+        QFETCH(QPointF, in);
+        QFETCH(QPointF, out);
+        QFETCH(int, neighbours);
+        const Place previous = {0, 0}, next = {48, -12};
+        kxCurveMath::Neighbourhood around;
+        around.key = {12, 6};
+        around.in = {in.x(), in.y()};
+        around.out = {out.x(), out.y()};
+        around.previous = (neighbours & 1) != 0 ? &previous : nullptr;
+        around.next = (neighbours & 2) != 0 ? &next : nullptr;
+        const Place newIn = kxCurveMath::tangentVector(Side::In, 5, around);
+        const Place newOut = kxCurveMath::tangentVector(Side::Out, 5, around);
+        QTEST(QPointF(newIn.x, newIn.y), "newIn");
+        QTEST(QPointF(newOut.x, newOut.y), "newOut");
+    }
+
+    /// Whatever handles a user can drag: x between the key and its neighbour, any height.
+    void editorSegmentsAreExact()
+    {
+        std::mt19937 random(7);
+        std::uniform_real_distribution<float> unit(0, 1), height(-40, 40), place(-20, 500);
+        for (int i = 0; i < 1500; ++i)
+        {
+            const float x = place(random), length = 0.01f + unit(random) * (i % 3 == 0 ? 0.1f : 8.0f);
+            // Also the ends of what is allowed: no length, all the length.
+            const auto share = [&] { return i % 7 == 0 ? float(int(unit(random) * 3) / 2.0) : unit(random); };
+            const CCPnt a(Pnt2f(x, height(random)), Vec2f(), Vec2f(share() * length, height(random)), 5, 5);
+            const CCPnt b(Pnt2f(x + length, height(random)), Vec2f(-share() * length, height(random)), Vec2f(), 5, 5);
+            for (int j = 0; j < 4; ++j)
+                QVERIFY(agrees(a, b, a.x() + (double(b.x()) - a.x()) * unit(random)));
         }
-}
+    }
+
+    void awkwardCurves_data()
+    {
+        QTest::addColumn<int>("index");
+        for (std::size_t i = 0; i < kxAwkwardCurves().size(); ++i)
+            QTest::newRow(kxAwkwardCurves()[i].name) << int(i);
+    }
+
+    void awkwardCurves()
+    {
+        QFETCH(int, index);
+        const kxAwkwardCurve& awkward = kxAwkwardCurves()[std::size_t(index)];
+        const AnimCurvePtr curve = makeCurve(awkward.keys);
+        const double first = awkward.keys.front().x(), last = awkward.keys.back().x();
+        for (const UInt32 mode : {0u, 1u, 2u, 3u, 4u, 77u})
+        {
+            curve->setPreInfinityMode(mode);
+            curve->setPostInfinityMode(mode);
+            for (int i = -300; i <= 500; ++i)
+                QVERIFY(std::isfinite(kxCurveEvaluation::value(*curve, first + (last - first) * i / 200.0)));
+            for (const double far : {-1.0e300, -1.0e20, 1.0e20, 1.0e300, double(INFINITY), double(-INFINITY)})
+                QVERIFY(std::isfinite(kxCurveEvaluation::value(*curve, far)));
+        }
+        for (std::size_t i = 0; i + 1 < awkward.keys.size(); ++i)
+        {
+            const CCPnt &a = awkward.keys[i], &b = awkward.keys[i + 1];
+            const bool isSane = std::abs(a.y()) < 1.0e30f && b.x() > a.x();
+            for (int j = 1; isSane && j < 200; ++j)
+                QVERIFY(agrees(a, b, a.x() + (double(b.x()) - a.x()) * j / 200));
+        }
+        curve->subRef();
+    }
+
+    /// Keys (1, 2), (3, 6), out slope at the first 0.5, in slope at the last 4: a period of 2 that rises by 4. A row
+    /// says where inside the keys the value is found, and what is added to it.
+    void infinity_data()
+    {
+        kxColumns<int, double, double, double>("mode", "seconds", "inside", "added");
+        const auto row = [](const char* name, InfinityMode mode, double seconds, double inside, double added)
+        { QTest::addRow("%s at %g", name, seconds) << int(mode) << seconds << inside << added; };
+        row("constant", InfinityMode::Constant, -5, 1, 0);
+        row("constant", InfinityMode::Constant, 9, 3, 0);
+        row("linear", InfinityMode::Linear, -1, 1, -1);
+        row("linear", InfinityMode::Linear, 4, 3, 4);
+        row("loop", InfinityMode::Loop, 4.5, 2.5, 0);
+        row("loop", InfinityMode::Loop, -1.5, 2.5, 0);
+        row("loop", InfinityMode::Loop, 5, 1, 0);
+        row("loop", InfinityMode::Loop, -1, 1, 0);
+        row("loop with offset", InfinityMode::LoopWithOffset, 4.5, 2.5, 4);
+        row("loop with offset", InfinityMode::LoopWithOffset, -1.5, 2.5, -8);
+        row("loop with offset", InfinityMode::LoopWithOffset, 5, 1, 8);
+        row("oscillate", InfinityMode::Oscillate, 3.5, 2.5, 0);
+        row("oscillate", InfinityMode::Oscillate, -0.5, 2.5, 0);
+        row("oscillate", InfinityMode::Oscillate, -1.5, 2.5, 0);
+        row("oscillate", InfinityMode::Oscillate, 5.5, 1.5, 0);
+        row("a mode that isn't one", InfinityMode(9), 9, 3, 0);
+    }
+
+    void infinity()
+    {
+        QFETCH(int, mode);
+        QFETCH(double, seconds);
+        QFETCH(double, inside);
+        QFETCH(double, added);
+        const AnimCurvePtr curve = makeCurve({CCPnt(Pnt2f(1, 2), Vec2f(-1, 7), Vec2f(0.5f, 0.25f), 5, 5),
+                                              CCPnt(Pnt2f(3, 6), Vec2f(-0.5f, -2), Vec2f(1, 7), 5, 5)});
+        curve->setPreInfinityMode(UInt32(mode));
+        curve->setPostInfinityMode(UInt32(mode));
+        const double expected = kxCurveEvaluation::value(*curve, inside) + added;
+        QVERIFY(std::abs(kxCurveEvaluation::value(*curve, seconds) - expected) < 1.0e-5);
+        curve->subRef();
+    }
+
+    /// A step at frame 7 shows its new value at frame 7, on whichever way frame 7 became seconds.
+    void jumpsMeetRoundedTimes()
+    {
+        for (const double fps : {23.976, 24.0, 25.0, 29.97, 59.94})
+            for (int frame = 1; frame < 3000; frame += 7)
+            {
+                const float narrowRate = float(fps);
+                const AnimCurvePtr curve =
+                    makeCurve({CCPnt(Pnt2f(0, 1), Vec2f(), Vec2f(), 0, 0),
+                               CCPnt(Pnt2f(float(frame / double(narrowRate)), 2), Vec2f(), Vec2f(), 0, 0),
+                               CCPnt(Pnt2f(float((frame + 1) / fps), 3), Vec2f(), Vec2f(), 0, 0)});
+                UInt32 cursor = 0;
+                const double seconds = frame / fps;
+                QCOMPARE(kxCurveEvaluation::value(*curve, seconds, cursor, seconds * 2.4e-7), 2.0f);
+                QCOMPARE(kxCurveEvaluation::value(*curve, (frame + 1) / fps, cursor, seconds * 2.4e-7), 3.0f);
+                QCOMPARE(kxCurveEvaluation::value(*curve, (frame - 0.01) / fps, cursor, seconds * 2.4e-7), 1.0f);
+                // Two keys share the time, and a slope leads to the first of them.
+                curve->editControlPoints()[0].setOuttangent(Vec2f(0.01f, 0));
+                curve->editControlPoints()[2].setPoint(Pnt2f(curve->getControlPoints(1).x(), 3));
+                QCOMPARE(kxCurveEvaluation::value(*curve, seconds * (1 - 1.0e-8), cursor, seconds * 2.4e-7), 3.0f);
+                curve->clear();
+                QCOMPARE(kxCurveEvaluation::value(*curve, seconds), 0.0f);
+                curve->subRef();
+            }
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxCurveMath)
 #include "tst_kxCurveMath.moc"

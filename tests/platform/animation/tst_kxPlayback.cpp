@@ -8,6 +8,7 @@
 #include <kxController.h>
 #include <kxFramePlayer.h>
 #include <kxMessageNames.h>
+#include <kxTable.h>
 
 using namespace osg;
 
@@ -85,321 +86,302 @@ class tst_kxPlayback : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void announcedAndUnannouncedFrames();
-    void realTimeIsHeldBySkipping();
-    void everyFrameIsShown();
-    void reverse();
-    void loops();
-    void beginsWhereTheRangeIs_data();
-    void beginsWhereTheRangeIs();
-    void badParamsAreRefused();
-    void ownersTakeOver();
-    void aHandlerMayStop();
-    void queuePlaysInItsOwnTime();
-    void queueIsStoppedPausedAndReset();
-    void queueSurvivesDeaths();
-    void theClockTicksByItself();
-};
-
-void tst_kxPlayback::initTestCase()
-{
-    kxPlaybackClock::the().setSource([] { return clockSeconds; });
-    for (const Listener& listener : Listeners)
-        kxController::addCB(listener.name, listener.function);
-}
-
-void tst_kxPlayback::cleanupTestCase()
-{
-    for (const Listener& listener : Listeners)
-        kxController::subCB(listener.name, listener.function);
-}
-
-void tst_kxPlayback::init()
-{
-    player()->stop(nullptr);
-    kxAnimFixture::clear();
-    manager()->setCurrentFrame(0, true, true);
-    messages.clear();
-    clockSeconds = 100;
-}
-
-void tst_kxPlayback::announcedAndUnannouncedFrames()
-{
-    manager()->setCurrentFrame(3, false, true);
-    QCOMPARE(take(), QString("frame 3, full 3"));
-    manager()->setCurrentFrame(3.5, false, true);
-    QCOMPARE(take(), QString("frame 3.5"));
-    manager()->setCurrentFrame(3.5, false, true);
-    QCOMPARE(take(), QString());
-    manager()->setCurrentFrame(3.5, true, true);
-    QCOMPARE(take(), QString("frame 3.5, full 3"));
-    manager()->setCurrentFrame(8, false, false);
-    manager()->setCurrentFrameNoEvaluation(9, false);
-    QCOMPARE(take(), QString());
-    // The listeners still believe in 3.5.
-    manager()->setCurrentFrame(9, false, true);
-    QCOMPARE(take(), QString("frame 9, full 9"));
-    manager()->setCurrentFrame(NAN, true, true);
-    QCOMPARE(take(), QString());
-    QCOMPARE(manager()->currentFrame(), 9.0);
-    manager()->setCurrentFrame(-0.5, false, true);
-    QCOMPARE(take(), QString("frame -0.5, full 0"));
-}
-
-void tst_kxPlayback::realTimeIsHeldBySkipping()
-{
-    player()->start(params(0, 30, 10), false, Me);
-    QCOMPARE(take(), QString("user me"));
-    tickAt(100.001);
-    tickAt(100.05);
-    tickAt(100.1);
-    tickAt(100.15);
-    tickAt(100.3); // a slow frame: 2 is left out
-    tickAt(101.05);
-    // Frame 0 stands already.
-    QCOMPARE(take(), QString("frame 1, full 1, frame 3, full 3, frame 10, full 10"));
-    QCOMPARE(kxFramePlayerStatistics::last().framesShown, std::uint64_t(4));
-    QCOMPARE(kxFramePlayerStatistics::last().framesDropped, std::uint64_t(7));
-    tickAt(200);
-    QCOMPARE(take(), QString("frame 30, full 30, finished, user none"));
-    QVERIFY(!player()->isPlaying());
-    tickAt(201);
-    QCOMPARE(take(), QString());
-}
-
-void tst_kxPlayback::everyFrameIsShown()
-{
-    player()->start(params(0, 3, -1), true, Me);
-    take();
-    for (int i = 0; i < 20; ++i)
-        tickAt(100 + i * 0.02); // every second tick comes too early for 24 frames a second
-    QCOMPARE(take(), QString("own 0, own 1, own 2, own 3, finished, user none"));
-    kxFramePlaybackParams p = params(0, 2, -1);
-    p.loop = true;
-    player()->start(p, true, Me);
-    take();
-    for (int i = 0; i < 5; ++i)
-        tickAt(200 + i * 5.0); // however slow
-    QCOMPARE(take(), QString("own 0, own 1, own 2, loop, own 0, own 1"));
-}
-
-void tst_kxPlayback::reverse()
-{
-    kxFramePlaybackParams p = params(2, 5, 10);
-    p.current = 5;
-    p.reverse = true;
-    player()->start(p, true, Me);
-    take();
-    for (int i = 0; i < 10; ++i)
-        tickAt(100.01 + i * 0.05);
-    QCOMPARE(take(), QString("own 5, own 4, own 3, own 2, finished, user none"));
-}
-
-void tst_kxPlayback::loops()
-{
-    kxFramePlaybackParams p = params(4, 6, 10);
-    p.loop = true;
-    player()->start(p, true, Me);
-    take();
-    for (int i = 0; i < 7; ++i)
-        tickAt(100.01 + i * 0.1);
-    QCOMPARE(take(), QString("own 4, own 5, own 6, loop, own 4, own 5, own 6, loop, own 4"));
-    tickAt(1000.71); // many passes at once are one
-    QVERIFY(take().startsWith("loop, own "));
-    p.start = p.end = p.current = 3;
-    player()->start(p, true, Me);
-    for (int i = 0; i < 5; ++i)
-        tickAt(2000 + i);
-    QVERIFY(player()->isPlaying());
-    QVERIFY(messages.count("own 3") >= 1);
-}
-
-void tst_kxPlayback::beginsWhereTheRangeIs_data()
-{
-    QTest::addColumn<double>("current");
-    QTest::addColumn<bool>("isReverse");
-    QTest::addColumn<QString>("first");
-    QTest::newRow("inside") << 12.0 << false << "own 12";
-    QTest::newRow("between frames") << 12.5 << false << "own 12.5";
-    QTest::newRow("at the end") << 20.0 << false << "own 10";
-    QTest::newRow("before") << 3.0 << false << "own 10";
-    QTest::newRow("behind") << 99.0 << false << "own 10";
-    QTest::newRow("reverse at the start") << 10.0 << true << "own 20";
-    QTest::newRow("reverse inside") << 12.0 << true << "own 12";
-}
-
-void tst_kxPlayback::beginsWhereTheRangeIs()
-{
-    QFETCH(double, current);
-    QFETCH(bool, isReverse);
-    kxFramePlaybackParams p = params(20, 10, 24); // the ends in the wrong order
-    p.current = current;
-    p.reverse = isReverse;
-    player()->start(p, true, Me);
-    take();
-    tickAt(100);
-    QTEST(take(), "first");
-}
-
-void tst_kxPlayback::badParamsAreRefused()
-{
-    for (const double fps : {0.0, -2.0, double(NAN), double(INFINITY)})
-        player()->start(params(0, 10, fps), false, Me);
-    player()->start(params(NAN, 10, 24), false, Me);
-    player()->start(params(0, INFINITY, 24), false, Me);
-    QVERIFY(!player()->isPlaying());
-    for (const double fps : {0.0, -1.0, -2.0, double(NAN), double(INFINITY)})
-        manager()->setFPS(fps);
-    for (const double fps : {0.0, -2.0, double(NAN)})
-        manager()->setPlaybackFPS(fps);
-    QCOMPARE(manager()->fps(), 24.0);
-    QVERIFY(manager()->playbackFPS() == 24.0);
-}
-
-void tst_kxPlayback::ownersTakeOver()
-{
-    int other = 0;
-    player()->start(params(0, 10, 24), false, Me);
-    player()->start(params(0, 10, 24), false, Me);
-    QCOMPARE(take(), QString("user me"));
-    player()->start(params(0, 10, 24), true, &other);
-    QCOMPARE(take(), QString("user other"));
-    player()->stop(Me); // not its playback any more
-    QVERIFY(player()->isPlaying());
-    QCOMPARE(player()->owner(), static_cast<void*>(&other));
-    player()->stop(&other);
-    QCOMPARE(take(), QString("finished, user none"));
-    player()->stop(nullptr);
-    QCOMPARE(take(), QString());
-}
-
-void tst_kxPlayback::aHandlerMayStop()
-{
-    const kxController::Callback stopper = [](kxMessage&) { kxFramePlayer::the()->stop(nullptr); };
-    kxFramePlaybackParams p = params(0, 2, 10);
-    p.loop = true;
-    for (const char* name : {kxMessageName::FramePlayerFrameChanged, kxMessageName::FramePlayerLoopChanged})
+    void initTestCase()
     {
-        kxController::addCB(name, stopper);
-        player()->start(p, true, Me);
-        for (int i = 0; i < 10; ++i)
-            tickAt(clockSeconds + 0.1);
-        kxController::subCB(name, stopper);
-        QVERIFY(!player()->isPlaying());
-        QCOMPARE(messages.count("finished"), 1);
-        take();
+        kxPlaybackClock::the().setSource([] { return clockSeconds; });
+        for (const Listener& listener : Listeners)
+            kxController::addCB(listener.name, listener.function);
     }
-}
 
-void tst_kxPlayback::queuePlaysInItsOwnTime()
-{
-    kxAnimFixture f;
-    QStringList fired;
-    kxTriggers::setHandler([&](const std::string& name, kxTriggers::Kind) { fired << QString::fromStdString(name); });
-    const NodePtr object = f.object();
-    const AnimNodePtr block = f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})});
-    manager()->addAnimation(object, block);
-    block->setTravMask(0);
-    const AnimNodePtr start = f.group<AnimSequenceBase>("t", {});
-    AnimSequencePtr::dcast(start->getCore())->setName("start");
-    const AnimNodePtr clone = f.clone(block, 5);
-    start->setOffset(Vec2f(5, 0));
-    clone->setTravMask(Node::Active);
-    const AnimNodePtr clip = f.clip("opening", {start, clone});
-    manager()->addToClipStructure(clip);
-    manager()->enqueue(manager()->find("opening"), true);
-    QVERIFY(manager()->isPlaying("opening"));
-    QVERIFY(clip->getPlaying());
-    const auto x = [&] { return f.transform(object)->getTranslation().x(); };
-    tickAt(100.5);
-    QCOMPARE(x(), 5.0f);
-    QCOMPARE(fired, QStringList("start"));
-    tickAt(101.5);
-    QCOMPARE(x(), 15.0f);
-    manager()->enqueue(clip, false); // plays already
-    tickAt(101.75);
-    QCOMPARE(x(), 17.5f);
-    manager()->enqueue(clip, true);
-    tickAt(102);
-    QCOMPARE(x(), 2.5f);
-    QCOMPARE(take(), QString());
-    tickAt(105);
-    QCOMPARE(x(), 20.0f); // the end stays
-    QCOMPARE(take(), QString("dequeued"));
-    QVERIFY(!manager()->isPlaying("opening"));
-    QVERIFY(!clip->getPlaying());
-    QCOMPARE(fired.size(), 2);
-    kxTriggers::setHandler(nullptr);
-}
+    void cleanupTestCase()
+    {
+        for (const Listener& listener : Listeners)
+            kxController::subCB(listener.name, listener.function);
+    }
 
-void tst_kxPlayback::queueIsStoppedPausedAndReset()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
-    manager()->addAnimation(object, block);
-    block->setTravMask(0);
-    const auto x = [&] { return f.transform(object)->getTranslation().x(); };
-    manager()->enqueue(block, true);
-    tickAt(101);
-    manager()->pause(block, true);
-    tickAt(104);
-    QCOMPARE(x(), 13.0f);
-    manager()->pause(block, false);
-    AnimNodePtr::dcast(block->getChild(0))->setPlaying(true); // said, but not so
-    QVERIFY(!kxAnimEvaluator::the()->isPlaying(AnimNodePtr::dcast(block->getChild(0))));
-    tickAt(105);
-    QCOMPARE(x(), 23.0f);
-    manager()->pause(block, true);
-    tickAt(108);
-    manager()->enqueue(block, false); // plays on where it stood
-    tickAt(109);
-    QCOMPARE(x(), 33.0f);
-    manager()->reset(block, false);
-    QCOMPARE(x(), 3.0f);
-    QVERIFY(kxAnimEvaluator::the()->isPlaying(block));
-    manager()->reset(block, true);
-    QVERIFY(!kxAnimEvaluator::the()->isPlaying(block));
-    QCOMPARE(take(), QString("dequeued"));
-    block->setPostCycles(-1);
-    f.changed(block, AnimNodeBase::PostCyclesFieldMask);
-    manager()->enqueue(block, true);
-    tickAt(1006.5);
-    QVERIFY(manager()->isPlaying("block")); // endless
-    manager()->dequeueAll();
-    QCOMPARE(take(), QString("dequeued"));
-    manager()->addToClipStructure(f.clip("empty", {}));
-    manager()->enqueue(manager()->findClip("empty"), true); // nothing to play
-    QVERIFY(!manager()->isPlaying("empty"));
-}
+    void init()
+    {
+        player()->stop(nullptr);
+        kxAnimFixture::clear();
+        manager()->setCurrentFrame(0, true, true);
+        messages.clear();
+        clockSeconds = 100;
+    }
 
-void tst_kxPlayback::queueSurvivesDeaths()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
-    manager()->addAnimation(object, block);
-    manager()->enqueue(block, true);
-    tickAt(101);
-    kxScene::the()->root()->subChild(object);
-    tickAt(102);
-    QCOMPARE(take(), QString("dequeued"));
-    tickAt(103);
-    QCOMPARE(take(), QString());
-}
+    void announcedAndUnannouncedFrames()
+    {
+        manager()->setCurrentFrame(3, false, true);
+        QCOMPARE(take(), QString("frame 3, full 3"));
+        manager()->setCurrentFrame(3.5, false, true);
+        QCOMPARE(take(), QString("frame 3.5"));
+        manager()->setCurrentFrame(3.5, false, true);
+        QCOMPARE(take(), QString());
+        manager()->setCurrentFrame(3.5, true, true);
+        QCOMPARE(take(), QString("frame 3.5, full 3"));
+        manager()->setCurrentFrame(8, false, false);
+        manager()->setCurrentFrameNoEvaluation(9, false);
+        QCOMPARE(take(), QString());
+        // The listeners still believe in 3.5.
+        manager()->setCurrentFrame(9, false, true);
+        QCOMPARE(take(), QString("frame 9, full 9"));
+        manager()->setCurrentFrame(NAN, true, true);
+        QCOMPARE(take(), QString());
+        QCOMPARE(manager()->currentFrame(), 9.0);
+        manager()->setCurrentFrame(-0.5, false, true);
+        QCOMPARE(take(), QString("frame -0.5, full 0"));
+    }
 
-void tst_kxPlayback::theClockTicksByItself()
-{
-    kxPlaybackClock::the().setSource(nullptr);
-    const double begin = kxPlaybackClock::the().seconds();
-    player()->start(params(0, 3600, 24), true, Me);
-    QTRY_VERIFY(messages.contains("own 1"));
-    QVERIFY(kxPlaybackClock::the().seconds() - begin < 60);
-    kxPlaybackClock::the().setSource([] { return clockSeconds; });
-}
+    void realTimeIsHeldBySkipping()
+    {
+        player()->start(params(0, 30, 10), false, Me);
+        QCOMPARE(take(), QString("user me"));
+        tickAt(100.001);
+        tickAt(100.05);
+        tickAt(100.1);
+        tickAt(100.15);
+        tickAt(100.3); // a slow frame: 2 is left out
+        tickAt(101.05);
+        // Frame 0 stands already.
+        QCOMPARE(take(), QString("frame 1, full 1, frame 3, full 3, frame 10, full 10"));
+        QCOMPARE(kxFramePlayerStatistics::last().framesShown, std::uint64_t(4));
+        QCOMPARE(kxFramePlayerStatistics::last().framesDropped, std::uint64_t(7));
+        tickAt(200);
+        QCOMPARE(take(), QString("frame 30, full 30, finished, user none"));
+        QVERIFY(!player()->isPlaying());
+        tickAt(201);
+        QCOMPARE(take(), QString());
+    }
+
+    void everyFrameIsShown()
+    {
+        player()->start(params(0, 3, -1), true, Me);
+        take();
+        for (int i = 0; i < 20; ++i)
+            tickAt(100 + i * 0.02); // every second tick comes too early for 24 frames a second
+        QCOMPARE(take(), QString("own 0, own 1, own 2, own 3, finished, user none"));
+        kxFramePlaybackParams p = params(0, 2, -1);
+        p.loop = true;
+        player()->start(p, true, Me);
+        take();
+        for (int i = 0; i < 5; ++i)
+            tickAt(200 + i * 5.0); // however slow
+        QCOMPARE(take(), QString("own 0, own 1, own 2, loop, own 0, own 1"));
+    }
+
+    void reverse()
+    {
+        kxFramePlaybackParams p = params(2, 5, 10);
+        p.current = 5;
+        p.reverse = true;
+        player()->start(p, true, Me);
+        take();
+        for (int i = 0; i < 10; ++i)
+            tickAt(100.01 + i * 0.05);
+        QCOMPARE(take(), QString("own 5, own 4, own 3, own 2, finished, user none"));
+    }
+
+    void loops()
+    {
+        kxFramePlaybackParams p = params(4, 6, 10);
+        p.loop = true;
+        player()->start(p, true, Me);
+        take();
+        for (int i = 0; i < 7; ++i)
+            tickAt(100.01 + i * 0.1);
+        QCOMPARE(take(), QString("own 4, own 5, own 6, loop, own 4, own 5, own 6, loop, own 4"));
+        tickAt(1000.71); // many passes at once are one
+        QVERIFY(take().startsWith("loop, own "));
+        p.start = p.end = p.current = 3;
+        player()->start(p, true, Me);
+        for (int i = 0; i < 5; ++i)
+            tickAt(2000 + i);
+        QVERIFY(player()->isPlaying());
+        QVERIFY(messages.count("own 3") >= 1);
+    }
+
+    void beginsWhereTheRangeIs_data()
+    {
+        kxColumns<double, bool, QString>("current", "isReverse", "first");
+        QTest::newRow("inside") << 12.0 << false << "own 12";
+        QTest::newRow("between frames") << 12.5 << false << "own 12.5";
+        QTest::newRow("at the end") << 20.0 << false << "own 10";
+        QTest::newRow("before") << 3.0 << false << "own 10";
+        QTest::newRow("behind") << 99.0 << false << "own 10";
+        QTest::newRow("reverse at the start") << 10.0 << true << "own 20";
+        QTest::newRow("reverse inside") << 12.0 << true << "own 12";
+    }
+
+    void beginsWhereTheRangeIs()
+    {
+        QFETCH(double, current);
+        QFETCH(bool, isReverse);
+        kxFramePlaybackParams p = params(20, 10, 24); // the ends in the wrong order
+        p.current = current;
+        p.reverse = isReverse;
+        player()->start(p, true, Me);
+        take();
+        tickAt(100);
+        QTEST(take(), "first");
+    }
+
+    void badParamsAreRefused()
+    {
+        for (const double fps : {0.0, -2.0, double(NAN), double(INFINITY)})
+            player()->start(params(0, 10, fps), false, Me);
+        player()->start(params(NAN, 10, 24), false, Me);
+        player()->start(params(0, INFINITY, 24), false, Me);
+        QVERIFY(!player()->isPlaying());
+        for (const double fps : {0.0, -1.0, -2.0, double(NAN), double(INFINITY)})
+            manager()->setFPS(fps);
+        for (const double fps : {0.0, -2.0, double(NAN)})
+            manager()->setPlaybackFPS(fps);
+        QCOMPARE(manager()->fps(), 24.0);
+        QVERIFY(manager()->playbackFPS() == 24.0);
+    }
+
+    void ownersTakeOver()
+    {
+        int other = 0;
+        player()->start(params(0, 10, 24), false, Me);
+        player()->start(params(0, 10, 24), false, Me);
+        QCOMPARE(take(), QString("user me"));
+        player()->start(params(0, 10, 24), true, &other);
+        QCOMPARE(take(), QString("user other"));
+        player()->stop(Me); // not its playback any more
+        QVERIFY(player()->isPlaying());
+        QCOMPARE(player()->owner(), static_cast<void*>(&other));
+        player()->stop(&other);
+        QCOMPARE(take(), QString("finished, user none"));
+        player()->stop(nullptr);
+        QCOMPARE(take(), QString());
+    }
+
+    void aHandlerMayStop()
+    {
+        const kxController::Callback stopper = [](kxMessage&) { kxFramePlayer::the()->stop(nullptr); };
+        kxFramePlaybackParams p = params(0, 2, 10);
+        p.loop = true;
+        for (const char* name : {kxMessageName::FramePlayerFrameChanged, kxMessageName::FramePlayerLoopChanged})
+        {
+            kxController::addCB(name, stopper);
+            player()->start(p, true, Me);
+            for (int i = 0; i < 10; ++i)
+                tickAt(clockSeconds + 0.1);
+            kxController::subCB(name, stopper);
+            QVERIFY(!player()->isPlaying());
+            QCOMPARE(messages.count("finished"), 1);
+            take();
+        }
+    }
+
+    void queuePlaysInItsOwnTime()
+    {
+        kxAnimFixture f;
+        QStringList fired;
+        kxTriggers::setHandler([&](const std::string& name, kxTriggers::Kind)
+                               { fired << QString::fromStdString(name); });
+        const NodePtr object = f.object();
+        const AnimNodePtr block = f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})});
+        manager()->addAnimation(object, block);
+        block->setTravMask(0);
+        const AnimNodePtr start = f.group<AnimSequenceBase>("t", {});
+        AnimSequencePtr::dcast(start->getCore())->setName("start");
+        const AnimNodePtr clone = f.clone(block, 5);
+        start->setOffset(Vec2f(5, 0));
+        clone->setTravMask(Node::Active);
+        const AnimNodePtr clip = f.clip("opening", {start, clone});
+        manager()->addToClipStructure(clip);
+        manager()->enqueue(manager()->find("opening"), true);
+        QVERIFY(manager()->isPlaying("opening"));
+        QVERIFY(clip->getPlaying());
+        const auto x = [&] { return f.transform(object)->getTranslation().x(); };
+        tickAt(100.5);
+        QCOMPARE(x(), 5.0f);
+        QCOMPARE(fired, QStringList("start"));
+        tickAt(101.5);
+        QCOMPARE(x(), 15.0f);
+        manager()->enqueue(clip, false); // plays already
+        tickAt(101.75);
+        QCOMPARE(x(), 17.5f);
+        manager()->enqueue(clip, true);
+        tickAt(102);
+        QCOMPARE(x(), 2.5f);
+        QCOMPARE(take(), QString());
+        tickAt(105);
+        QCOMPARE(x(), 20.0f); // the end stays
+        QCOMPARE(take(), QString("dequeued"));
+        QVERIFY(!manager()->isPlaying("opening"));
+        QVERIFY(!clip->getPlaying());
+        QCOMPARE(fired.size(), 2);
+        kxTriggers::setHandler(nullptr);
+    }
+
+    void queueIsStoppedPausedAndReset()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
+        manager()->addAnimation(object, block);
+        block->setTravMask(0);
+        const auto x = [&] { return f.transform(object)->getTranslation().x(); };
+        manager()->enqueue(block, true);
+        tickAt(101);
+        manager()->pause(block, true);
+        tickAt(104);
+        QCOMPARE(x(), 13.0f);
+        manager()->pause(block, false);
+        AnimNodePtr::dcast(block->getChild(0))->setPlaying(true); // said, but not so
+        QVERIFY(!kxAnimEvaluator::the()->isPlaying(AnimNodePtr::dcast(block->getChild(0))));
+        tickAt(105);
+        QCOMPARE(x(), 23.0f);
+        manager()->pause(block, true);
+        tickAt(108);
+        manager()->enqueue(block, false); // plays on where it stood
+        tickAt(109);
+        QCOMPARE(x(), 33.0f);
+        manager()->reset(block, false);
+        QCOMPARE(x(), 3.0f);
+        QVERIFY(kxAnimEvaluator::the()->isPlaying(block));
+        manager()->reset(block, true);
+        QVERIFY(!kxAnimEvaluator::the()->isPlaying(block));
+        QCOMPARE(take(), QString("dequeued"));
+        block->setPostCycles(-1);
+        f.changed(block, AnimNodeBase::PostCyclesFieldMask);
+        manager()->enqueue(block, true);
+        tickAt(1006.5);
+        QVERIFY(manager()->isPlaying("block")); // endless
+        manager()->dequeueAll();
+        QCOMPARE(take(), QString("dequeued"));
+        manager()->addToClipStructure(f.clip("empty", {}));
+        manager()->enqueue(manager()->findClip("empty"), true); // nothing to play
+        QVERIFY(!manager()->isPlaying("empty"));
+    }
+
+    void queueSurvivesDeaths()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
+        manager()->addAnimation(object, block);
+        manager()->enqueue(block, true);
+        tickAt(101);
+        kxScene::the()->root()->subChild(object);
+        tickAt(102);
+        QCOMPARE(take(), QString("dequeued"));
+        tickAt(103);
+        QCOMPARE(take(), QString());
+    }
+
+    void theClockTicksByItself()
+    {
+        kxPlaybackClock::the().setSource(nullptr);
+        const double begin = kxPlaybackClock::the().seconds();
+        player()->start(params(0, 3600, 24), true, Me);
+        QTRY_VERIFY(messages.contains("own 1"));
+        QVERIFY(kxPlaybackClock::the().seconds() - begin < 60);
+        kxPlaybackClock::the().setSource([] { return clockSeconds; });
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxPlayback)
 #include "tst_kxPlayback.moc"

@@ -32,363 +32,349 @@ class tst_kxSceneEvaluation : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void aLargeSceneEqualsANaiveEvaluation();
-    void scrubbingIsPure();
-    void onlyActiveAnimationsCount();
-    void laterChildrenWin();
-    void whatIsStaleIsEvaluatedAndNothingElse();
-    void aUsersValueStandsUntilTheFrameMoves();
-    void restValuesComeBack();
-    void restValuesOfFiles();
-    void fieldsWithoutAnAddress();
-    void steppedFieldsJump_data();
-    void steppedFieldsJump();
-    void sharedAttachmentsDriveAll();
-    void shownCurvesAlone();
-    void framesSurviveSeconds();
-};
+    /// More curves than one thread takes, in blocks with offsets, scales, cycles and flips, against a walk through the
+    /// tree.
+    void aLargeSceneEqualsANaiveEvaluation()
+    {
+        kxAnimFixture f;
+        std::mt19937 random(2);
+        const auto unit = [&] { return float(random() % 1000) / 1000; };
+        struct Expected
+        {
+            NodePtr object;
+            AnimNodePtr block;
+            AnimNodePtr curve;
+            int axis;
+        };
+        std::vector<Expected> all;
+        for (int i = 0; i < 1600; ++i)
+        {
+            const NodePtr object = f.object();
+            std::vector<AnimNodePtr> curves;
+            const char* const axes[] = {"X", "Y", "Z"};
+            for (int axis = 0; axis < 3; ++axis)
+                curves.push_back(
+                    f.curve("translation", axes[axis], {{0, unit()}, {0.5f + unit(), 9 * unit()}, {3, -unit()}}));
+            curves[1]->setOffset(Vec2f(unit(), 0));
+            const AnimNodePtr block = f.block("block", curves);
+            block->setOffset(Vec2f(i % 3 == 0 ? unit() : 0, 0));
+            block->setScale(i % 4 == 0 ? 0.5f + unit() : 1);
+            block->setPostCycles(i % 5 - 1);
+            block->setFlipped(i % 2 == 0);
+            manager()->addAnimation(object, block);
+            for (int axis = 0; axis < 3; ++axis)
+                all.push_back({object, block, curves[std::size_t(axis)], axis});
+        }
+        for (const double frame : {0.0, 17.0, 3.25, -40.0, 500.0})
+        {
+            manager()->setCurrentFrame(frame, false, false);
+            const double seconds = kxFrameTime::seconds(frame, 24);
+            for (const Expected& e : all)
+            {
+                const double tolerance = kxNodeTime::tolerance(seconds);
+                const double inBlock = kxNodeTime::contentTime(*e.block, seconds, tolerance);
+                const double inCurve = kxNodeTime::contentTime(*e.curve, inBlock, tolerance);
+                UInt32 cursor = 0;
+                const float value = kxCurveEvaluation::value(*f.curveOf(e.curve), inCurve, cursor, tolerance);
+                QCOMPARE(f.transform(e.object)->getTranslation()[std::size_t(e.axis)], value);
+            }
+        }
+    }
 
-/// More curves than one thread takes, in blocks with offsets, scales, cycles and flips, against a walk through the
-/// tree.
-void tst_kxSceneEvaluation::aLargeSceneEqualsANaiveEvaluation()
-{
-    kxAnimFixture f;
-    std::mt19937 random(2);
-    const auto unit = [&] { return float(random() % 1000) / 1000; };
-    struct Expected
+    void scrubbingIsPure()
     {
-        NodePtr object;
-        AnimNodePtr block;
-        AnimNodePtr curve;
-        int axis;
-    };
-    std::vector<Expected> all;
-    for (int i = 0; i < 1600; ++i)
-    {
+        kxAnimFixture f;
         const NodePtr object = f.object();
-        std::vector<AnimNodePtr> curves;
-        const char* const axes[] = {"X", "Y", "Z"};
-        for (int axis = 0; axis < 3; ++axis)
-            curves.push_back(
-                f.curve("translation", axes[axis], {{0, unit()}, {0.5f + unit(), 9 * unit()}, {3, -unit()}}));
-        curves[1]->setOffset(Vec2f(unit(), 0));
-        const AnimNodePtr block = f.block("block", curves);
-        block->setOffset(Vec2f(i % 3 == 0 ? unit() : 0, 0));
-        block->setScale(i % 4 == 0 ? 0.5f + unit() : 1);
-        block->setPostCycles(i % 5 - 1);
-        block->setFlipped(i % 2 == 0);
+        const AnimNodePtr node = f.curve("rotation", "Y", {{0, 0}, {0.3f, 90}, {1.7f, -40}, {2, 3}});
+        f.curveOf(node)->setPostInfinityMode(3);
+        f.curveOf(node)->computeOuttangent(1, 3);
+        manager()->addAnimation(object, node);
+        std::map<int, float> values;
+        for (int frame = -30; frame < 300; ++frame)
+        {
+            manager()->setCurrentFrame(frame, false, false);
+            values[frame] = f.transform(object)->getEulerRotation().y();
+        }
+        std::mt19937 random(9);
+        for (int i = 0; i < 500; ++i)
+        {
+            const int frame = int(random() % 330) - 30;
+            manager()->setCurrentFrame(frame, false, false);
+            QCOMPARE(f.transform(object)->getEulerRotation().y(), values[frame]);
+        }
+    }
+
+    void onlyActiveAnimationsCount()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr x = f.curve("translation", "X", {{0, 5}}), y = f.curve("translation", "Y", {{0, 5}});
+        const AnimNodePtr z = f.curve("translation", "Z", {{0, 5}}), empty = f.curve("scale", "X", {});
+        const AnimNodePtr clipped = f.curve("scale", "Y", {{0, 5}});
+        const AnimNodePtr on = f.block("on", {x}), off = f.block("off", {y});
+        off->setTravMask(0);
+        z->setTravMask(0x7fffffff);
+        for (const AnimNodePtr& node : {on, off, z, empty, f.clip("clip", {f.block("inside", {clipped})})})
+            manager()->addAnimation(object, node);
+        manager()->setCurrentFrame(3, false, false);
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 0, 0));
+        QCOMPARE(f.transform(object)->getScale(), Vec3f(1, 1, 1));
+        QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(1));
+        manager()->setTreeActive(off, true);
+        manager()->reevaluateAnimations(false);
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 5, 0));
+        // Out of the scene, out of the plan.
+        kxScene::the()->root()->subChild((object->addRef(), object));
+        markChanged(kxScene::the()->root(), Node::ChildrenFieldMask);
+        manager()->updateSceneAnimCurveData();
+        QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(0));
+        object->subRef();
+    }
+
+    void laterChildrenWin()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        manager()->addAnimation(object, f.block("one", {f.curve("translation", "X", {{0, 1}})}));
+        manager()->addAnimation(object, f.block("two", {f.curve("translation", "X", {{0, 2}})}));
+        const AnimNodePtr empty = f.curve("translation", "X", {});
+        manager()->addAnimation(object, empty);
+        manager()->setCurrentFrame(1, false, false);
+        QCOMPARE(f.transform(object)->getTranslation().x(), 2.0f); // an empty curve doesn't drive
+        f.curveOf(empty)->addPoint(Pnt2f(0, 3), Vec2f(), Vec2f(), 1, 1, true, true);
+        f.keysChanged(empty);
+        manager()->reevaluateAnimations(false);
+        QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);
+    }
+
+    void whatIsStaleIsEvaluatedAndNothingElse()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 24}});
+        const AnimNodePtr block = f.block("block", {node});
         manager()->addAnimation(object, block);
-        for (int axis = 0; axis < 3; ++axis)
-            all.push_back({object, block, curves[std::size_t(axis)], axis});
-    }
-    for (const double frame : {0.0, 17.0, 3.25, -40.0, 500.0})
-    {
-        manager()->setCurrentFrame(frame, false, false);
-        const double seconds = kxFrameTime::seconds(frame, 24);
-        for (const Expected& e : all)
-        {
-            const double tolerance = kxNodeTime::tolerance(seconds);
-            const double inBlock = kxNodeTime::contentTime(*e.block, seconds, tolerance);
-            const double inCurve = kxNodeTime::contentTime(*e.curve, inBlock, tolerance);
-            UInt32 cursor = 0;
-            const float value = kxCurveEvaluation::value(*f.curveOf(e.curve), inCurve, cursor, tolerance);
-            QCOMPARE(f.transform(e.object)->getTranslation()[std::size_t(e.axis)], value);
-        }
-    }
-}
-
-void tst_kxSceneEvaluation::scrubbingIsPure()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr node = f.curve("rotation", "Y", {{0, 0}, {0.3f, 90}, {1.7f, -40}, {2, 3}});
-    f.curveOf(node)->setPostInfinityMode(3);
-    f.curveOf(node)->computeOuttangent(1, 3);
-    manager()->addAnimation(object, node);
-    std::map<int, float> values;
-    for (int frame = -30; frame < 300; ++frame)
-    {
-        manager()->setCurrentFrame(frame, false, false);
-        values[frame] = f.transform(object)->getEulerRotation().y();
-    }
-    std::mt19937 random(9);
-    for (int i = 0; i < 500; ++i)
-    {
-        const int frame = int(random() % 330) - 30;
-        manager()->setCurrentFrame(frame, false, false);
-        QCOMPARE(f.transform(object)->getEulerRotation().y(), values[frame]);
-    }
-}
-
-void tst_kxSceneEvaluation::onlyActiveAnimationsCount()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr x = f.curve("translation", "X", {{0, 5}}), y = f.curve("translation", "Y", {{0, 5}});
-    const AnimNodePtr z = f.curve("translation", "Z", {{0, 5}}), empty = f.curve("scale", "X", {});
-    const AnimNodePtr clipped = f.curve("scale", "Y", {{0, 5}});
-    const AnimNodePtr on = f.block("on", {x}), off = f.block("off", {y});
-    off->setTravMask(0);
-    z->setTravMask(0x7fffffff);
-    for (const AnimNodePtr& node : {on, off, z, empty, f.clip("clip", {f.block("inside", {clipped})})})
-        manager()->addAnimation(object, node);
-    manager()->setCurrentFrame(3, false, false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 0, 0));
-    QCOMPARE(f.transform(object)->getScale(), Vec3f(1, 1, 1));
-    QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(1));
-    manager()->setTreeActive(off, true);
-    manager()->reevaluateAnimations(false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 5, 0));
-    // Out of the scene, out of the plan.
-    kxScene::the()->root()->subChild((object->addRef(), object));
-    markChanged(kxScene::the()->root(), Node::ChildrenFieldMask);
-    manager()->updateSceneAnimCurveData();
-    QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(0));
-    object->subRef();
-}
-
-void tst_kxSceneEvaluation::laterChildrenWin()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    manager()->addAnimation(object, f.block("one", {f.curve("translation", "X", {{0, 1}})}));
-    manager()->addAnimation(object, f.block("two", {f.curve("translation", "X", {{0, 2}})}));
-    const AnimNodePtr empty = f.curve("translation", "X", {});
-    manager()->addAnimation(object, empty);
-    manager()->setCurrentFrame(1, false, false);
-    QCOMPARE(f.transform(object)->getTranslation().x(), 2.0f); // an empty curve doesn't drive
-    f.curveOf(empty)->addPoint(Pnt2f(0, 3), Vec2f(), Vec2f(), 1, 1, true, true);
-    f.keysChanged(empty);
-    manager()->reevaluateAnimations(false);
-    QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);
-}
-
-void tst_kxSceneEvaluation::whatIsStaleIsEvaluatedAndNothingElse()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 24}});
-    const AnimNodePtr block = f.block("block", {node});
-    manager()->addAnimation(object, block);
-    manager()->setCurrentFrame(12, false, false);
-    const auto x = [&] { return f.transform(object)->getTranslation().x(); };
-    QCOMPARE(x(), 12.0f);
-    f.curveOf(node)->getControlPoints(1).setY(48);
-    f.curveOf(node)->computeIntangent(1, -1);
-    f.curveOf(node)->computeOuttangent(0, -1);
-    f.keysChanged(node);
-    QCOMPARE(x(), 12.0f); // not before somebody asks
-    manager()->reevaluateAnimations(false);
-    QCOMPARE(x(), 24.0f);
-    block->moveBy(0.25f, 0);
-    f.changed(block, AnimNodeBase::OffsetFieldMask);
-    manager()->setCurrentFrame(12, false, false);
-    QCOMPARE(x(), 12.0f);
-    f.curveOf(node)->setSuffix("Y");
-    markChanged(f.curveOf(node), AnimCurveBase::SuffixFieldMask);
-    manager()->updateSceneAnimCurveData();
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 12, 0));
-}
-
-void tst_kxSceneEvaluation::aUsersValueStandsUntilTheFrameMoves()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr node = f.curve("translation", "X", {{0, 1}, {1, 2}});
-    manager()->addAnimation(object, node);
-    const AnimNodePtr other = f.curve("translation", "Y", {{0, 1}});
-    manager()->addAnimation(object, other);
-    manager()->setCurrentFrame(24, false, false);
-    f.transform(object)->setTranslation(Vec3f(77, 1, 0));
-    markChanged(object->getCore(), Transform::TranslationFieldMask);
-    manager()->reevaluateAnimations(false);
-    f.curveOf(other)->getControlPoints(0).setY(6);
-    f.keysChanged(other);
-    manager()->reevaluateAnimations(false);
-    manager()->addAnimation(object, f.curve("translation", "Z", {{0, 9}}));
-    manager()->updateSceneAnimCurveData();
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(77, 6, 9));
-    manager()->setCurrentFrame(23, false, false);
-    QVERIFY(f.transform(object)->getTranslation().x() < 2);
-
-    // Taken back at another frame it leaves what that one has.
-    const kxMarks written;
-    kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 55, true);
-    QVERIFY(written.has(object->getCore()));
-    manager()->setCurrentFrame(12, false, false);
-    QUndoStack& stack = *kxUndoStack::get(0).stack();
-    stack.undo();
-    QCOMPARE(f.transform(object)->getTranslation().x(), 1.5f);
-    stack.redo();
-    QCOMPARE(f.transform(object)->getTranslation().x(), 55.0f);
-    stack.clear();
-}
-
-void tst_kxSceneEvaluation::restValuesComeBack()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    f.transform(object)->setTranslation(Vec3f(3, 4, 5));
-    const AnimNodePtr node = f.curve("translation", "Y", {{0, 0}, {1, 24}});
-    manager()->addAnimation(object, node);
-    manager()->setCurrentFrame(12, false, false);
-    const UInt32 id = object->getCore()->getId();
-    float rest = 0;
-    QVERIFY(kxRestValues::the().get(id, "translation", 1, rest));
-    QCOMPARE(rest, 4.0f);
-    QVERIFY(!kxRestValues::the().get(id, "translation", 0, rest));
-    manager()->setCurrentFrame(24, false, false);
-    const kxMarks still;
-    manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
-    QVERIFY(!still.has(object->getCore()));
-    manager()->setCurrentFrame(12, false, false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
-    // Out and in again, as the undo of a delete does it.
-    node->addRef();
-    for (int i = 0; i < 2; ++i)
-    {
-        manager()->subAnimation(object, node);
-        const kxMarks marks;
+        manager()->setCurrentFrame(12, false, false);
+        const auto x = [&] { return f.transform(object)->getTranslation().x(); };
+        QCOMPARE(x(), 12.0f);
+        f.curveOf(node)->getControlPoints(1).setY(48);
+        f.curveOf(node)->computeIntangent(1, -1);
+        f.curveOf(node)->computeOuttangent(0, -1);
+        f.keysChanged(node);
+        QCOMPARE(x(), 12.0f); // not before somebody asks
+        manager()->reevaluateAnimations(false);
+        QCOMPARE(x(), 24.0f);
+        block->moveBy(0.25f, 0);
+        f.changed(block, AnimNodeBase::OffsetFieldMask);
+        manager()->setCurrentFrame(12, false, false);
+        QCOMPARE(x(), 12.0f);
+        f.curveOf(node)->setSuffix("Y");
+        markChanged(f.curveOf(node), AnimCurveBase::SuffixFieldMask);
         manager()->updateSceneAnimCurveData();
-        QVERIFY(marks.has(object->getCore()));
-        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 4, 5));
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 12, 0));
+    }
+
+    void aUsersValueStandsUntilTheFrameMoves()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr node = f.curve("translation", "X", {{0, 1}, {1, 2}});
         manager()->addAnimation(object, node);
+        const AnimNodePtr other = f.curve("translation", "Y", {{0, 1}});
+        manager()->addAnimation(object, other);
+        manager()->setCurrentFrame(24, false, false);
+        f.transform(object)->setTranslation(Vec3f(77, 1, 0));
+        markChanged(object->getCore(), Transform::TranslationFieldMask);
+        manager()->reevaluateAnimations(false);
+        f.curveOf(other)->getControlPoints(0).setY(6);
+        f.keysChanged(other);
+        manager()->reevaluateAnimations(false);
+        manager()->addAnimation(object, f.curve("translation", "Z", {{0, 9}}));
         manager()->updateSceneAnimCurveData();
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(77, 6, 9));
+        manager()->setCurrentFrame(23, false, false);
+        QVERIFY(f.transform(object)->getTranslation().x() < 2);
+
+        // Taken back at another frame it leaves what that one has.
+        const kxMarks written;
+        kxAnimEvaluator::the()->setOSGFieldValue(f.curveOf(node), 55, true);
+        QVERIFY(written.has(object->getCore()));
+        manager()->setCurrentFrame(12, false, false);
+        QUndoStack& stack = *kxUndoStack::get(0).stack();
+        stack.undo();
+        QCOMPARE(f.transform(object)->getTranslation().x(), 1.5f);
+        stack.redo();
+        QCOMPARE(f.transform(object)->getTranslation().x(), 55.0f);
+        stack.clear();
+    }
+
+    void restValuesComeBack()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        f.transform(object)->setTranslation(Vec3f(3, 4, 5));
+        const AnimNodePtr node = f.curve("translation", "Y", {{0, 0}, {1, 24}});
+        manager()->addAnimation(object, node);
+        manager()->setCurrentFrame(12, false, false);
+        const UInt32 id = object->getCore()->getId();
+        float rest = 0;
+        QVERIFY(kxRestValues::the().get(id, "translation", 1, rest));
+        QCOMPARE(rest, 4.0f);
+        QVERIFY(!kxRestValues::the().get(id, "translation", 0, rest));
+        manager()->setCurrentFrame(24, false, false);
+        const kxMarks still;
+        manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
+        QVERIFY(!still.has(object->getCore()));
+        manager()->setCurrentFrame(12, false, false);
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
-    }
-    node->subRef();
-    QCOMPARE(kxRestValues::the().size(), std::size_t(1));
-}
-
-void tst_kxSceneEvaluation::restValuesOfFiles()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr node = f.curve("translation", "Y", {{0, 7}});
-    manager()->addAnimation(object, node);
-    manager()->updateSceneAnimCurveData();
-    const UInt32 id = object->getCore()->getId();
-    QVERIFY(kxRestValues::the().set(id, "translation", 1, 40)); // driven: kept for later
-    QVERIFY(kxRestValues::the().set(id, "translation", 2, 50)); // its own: at once
-    QVERIFY(!kxRestValues::the().set(id, "translation", 3, 1));
-    QVERIFY(!kxRestValues::the().set(id, "nothing", 0, 1));
-    QVERIFY(!kxRestValues::the().set(id, "translation", 1, NAN));
-    QVERIFY(!kxRestValues::the().set(0xfffffff, "translation", 1, 1));
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 7, 50));
-    manager()->subAnimation(object, node);
-    manager()->updateSceneAnimCurveData();
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 40, 50));
-}
-
-void tst_kxSceneEvaluation::fieldsWithoutAnAddress()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const FCPtr<UberMaterial> material = UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    manager()->addAnimation(object, f.curve("visible", "", {{0, 1}, {1, 0}}));
-    manager()->addAnimation(material, f.curve("roughness", "", {{0, 0}, {1, 5}}));
-    manager()->setCurrentFrame(3, false, false);
-    QVERIFY(object->isActive());
-    QVERIFY(std::abs(material->getRoughness() - 0.625f) < 1.0e-6f);
-    manager()->setCurrentFrame(20, false, false);
-    QVERIFY(object->isActive());
-    QCOMPARE(material->getRoughness(), 1.0f); // kept in its range
-    manager()->setCurrentFrame(24, false, false);
-    QVERIFY(!object->isActive());
-}
-
-/// What jumps has no value between two keys, whatever their tangents; neither by the timeline nor in a clip.
-void tst_kxSceneEvaluation::steppedFieldsJump_data()
-{
-    kxColumns<double, int, int>("frame", "infinity", "choice");
-    kxRow("before the keys", 5.0, 0, 2);
-    kxRow("at the first", 12.0, 0, 2);
-    kxRow("between", 35.0, 0, 2);
-    kxRow("at the last", 36.0, 0, 6);
-    kxRow("no slope behind the keys", 48.0, int(InfinityMode::Linear), 6);
-    kxRow("the next round", 59.0, int(InfinityMode::Loop), 2);
-    kxRow("the next round, above", 59.0, int(InfinityMode::LoopWithOffset), 6);
-}
-
-void tst_kxSceneEvaluation::steppedFieldsJump()
-{
-    QFETCH(double, frame);
-    QFETCH(int, infinity);
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const SwitchPtr choice = Switch::create();
-    object->setCore(choice);
-    const AnimNodePtr node = f.curve("choice", "", {{0.5f, 2}, {1.5f, 6}});
-    f.curveOf(node)->setPostInfinityMode(UInt32(infinity));
-    const AnimNodePtr block = f.block("block", {node});
-    manager()->addAnimation(object, block);
-    const AnimNodePtr clip = f.clip("clip", {f.clone(block, 0)});
-    manager()->addToClipStructure(clip);
-    manager()->setCurrentFrame(frame, false, false);
-    QTEST(int(choice->getChoice()), "choice");
-    choice->setChoice(0);
-    manager()->evaluateByFrame(clip, frame, false, false, false);
-    if (infinity == 0) // a clip ends with its last key
-        QTEST(int(choice->getChoice()), "choice");
-}
-
-void tst_kxSceneEvaluation::sharedAttachmentsDriveAll()
-{
-    kxAnimFixture f;
-    const NodePtr one = f.object(), two = f.object();
-    manager()->addAnimation(one, f.curve("translation", "X", {{0, 6}}));
-    two->addAttachment(manager()->getAnimAttachment(one));
-    markChanged(two, AttachmentContainer::AttachmentsFieldMask);
-    manager()->updateSceneAnimCurveData();
-    QCOMPARE(f.transform(one)->getTranslation().x(), 6.0f);
-    QCOMPARE(f.transform(two)->getTranslation().x(), 6.0f);
-}
-
-void tst_kxSceneEvaluation::shownCurvesAlone()
-{
-    kxAnimFixture f;
-    const NodePtr object = f.object();
-    const AnimNodePtr shown = f.curve("translation", "X", {{0, 0}, {1, 24}});
-    const AnimNodePtr block = f.block("block", {shown});
-    block->setOffset(Vec2f(0.5f, 0));
-    manager()->addAnimation(object, block);
-    manager()->addAnimation(object, f.curve("translation", "Y", {{0, 0}, {1, 24}}));
-    manager()->setCurrentFrame(0, true, false);
-    manager()->setGetCurveEditorDataCB(
-        [&](std::vector<kxAnimManager::kxCurveData>& out)
+        // Out and in again, as the undo of a delete does it.
+        node->addRef();
+        for (int i = 0; i < 2; ++i)
         {
-            std::vector<AnimNodePtr> nodes;
-            manager()->getAnimCurveData(block, out, nodes, true, true, false, false);
-        });
-    manager()->setCurrentFrame(15, false, false);
-    f.transform(object)->setTranslation(Vec3f(-1, -1, 0));
-    manager()->setPlaybackContextHint(1); // shown at once
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, -1, 0));
-    manager()->setCurrentFrame(18, false, false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, -1, 0));
-    manager()->setPlaybackContextHint(0);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, 18, 0));
-    manager()->setGetCurveEditorDataCB(nullptr);
-    manager()->setCurrentFrame(21, false, false);
-    QCOMPARE(f.transform(object)->getTranslation(), Vec3f(9, 21, 0));
-}
-
-void tst_kxSceneEvaluation::framesSurviveSeconds()
-{
-    for (const double fps : {23.976, 24.0, 25.0, 29.97, 59.94, 24000.0 / 1001, 60000.0 / 1001})
-        for (int frame = -2000; frame < 400000; frame += 13)
-        {
-            const float seconds = kxFrameTime::seconds(frame, fps);
-            QCOMPARE(kxFrameTime::frame(seconds, fps), double(frame));
-            QCOMPARE(kxFrameTime::wholeFrame(seconds * fps < frame ? frame - 1.0e-10 * std::abs(frame) : frame), frame);
+            manager()->subAnimation(object, node);
+            const kxMarks marks;
+            manager()->updateSceneAnimCurveData();
+            QVERIFY(marks.has(object->getCore()));
+            QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 4, 5));
+            manager()->addAnimation(object, node);
+            manager()->updateSceneAnimCurveData();
+            QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
         }
-    QCOMPARE(kxFrameTime::frame(1.0e-12, 24), 0.0);
-    QCOMPARE(kxFrameTime::wholeFrame(6.99), 6);
-    QCOMPARE(kxFrameTime::wholeFrame(-0.5), 0);
-    QCOMPARE(kxFrameTime::wholeFrame(1.0e300), std::numeric_limits<int>::max());
-    QCOMPARE(kxFrameTime::frame(0.5 / 24, 24), 0.5);
-}
+        node->subRef();
+        QCOMPARE(kxRestValues::the().size(), std::size_t(1));
+    }
+
+    void restValuesOfFiles()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr node = f.curve("translation", "Y", {{0, 7}});
+        manager()->addAnimation(object, node);
+        manager()->updateSceneAnimCurveData();
+        const UInt32 id = object->getCore()->getId();
+        QVERIFY(kxRestValues::the().set(id, "translation", 1, 40)); // driven: kept for later
+        QVERIFY(kxRestValues::the().set(id, "translation", 2, 50)); // its own: at once
+        QVERIFY(!kxRestValues::the().set(id, "translation", 3, 1));
+        QVERIFY(!kxRestValues::the().set(id, "nothing", 0, 1));
+        QVERIFY(!kxRestValues::the().set(id, "translation", 1, NAN));
+        QVERIFY(!kxRestValues::the().set(0xfffffff, "translation", 1, 1));
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 7, 50));
+        manager()->subAnimation(object, node);
+        manager()->updateSceneAnimCurveData();
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 40, 50));
+    }
+
+    void fieldsWithoutAnAddress()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const FCPtr<UberMaterial> material = UberMaterial::create();
+        kxScene::the()->addMaterial(material);
+        manager()->addAnimation(object, f.curve("visible", "", {{0, 1}, {1, 0}}));
+        manager()->addAnimation(material, f.curve("roughness", "", {{0, 0}, {1, 5}}));
+        manager()->setCurrentFrame(3, false, false);
+        QVERIFY(object->isActive());
+        QVERIFY(std::abs(material->getRoughness() - 0.625f) < 1.0e-6f);
+        manager()->setCurrentFrame(20, false, false);
+        QVERIFY(object->isActive());
+        QCOMPARE(material->getRoughness(), 1.0f); // kept in its range
+        manager()->setCurrentFrame(24, false, false);
+        QVERIFY(!object->isActive());
+    }
+
+    /// What jumps has no value between two keys, whatever their tangents; neither by the timeline nor in a clip.
+    void steppedFieldsJump_data()
+    {
+        kxColumns<double, int, int>("frame", "infinity", "choice");
+        kxRow("before the keys", 5.0, 0, 2);
+        kxRow("at the first", 12.0, 0, 2);
+        kxRow("between", 35.0, 0, 2);
+        kxRow("at the last", 36.0, 0, 6);
+        kxRow("no slope behind the keys", 48.0, int(InfinityMode::Linear), 6);
+        kxRow("the next round", 59.0, int(InfinityMode::Loop), 2);
+        kxRow("the next round, above", 59.0, int(InfinityMode::LoopWithOffset), 6);
+    }
+
+    void steppedFieldsJump()
+    {
+        QFETCH(double, frame);
+        QFETCH(int, infinity);
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const SwitchPtr choice = Switch::create();
+        object->setCore(choice);
+        const AnimNodePtr node = f.curve("choice", "", {{0.5f, 2}, {1.5f, 6}});
+        f.curveOf(node)->setPostInfinityMode(UInt32(infinity));
+        const AnimNodePtr block = f.block("block", {node});
+        manager()->addAnimation(object, block);
+        const AnimNodePtr clip = f.clip("clip", {f.clone(block, 0)});
+        manager()->addToClipStructure(clip);
+        manager()->setCurrentFrame(frame, false, false);
+        QTEST(int(choice->getChoice()), "choice");
+        choice->setChoice(0);
+        manager()->evaluateByFrame(clip, frame, false, false, false);
+        if (infinity == 0) // a clip ends with its last key
+            QTEST(int(choice->getChoice()), "choice");
+    }
+
+    void sharedAttachmentsDriveAll()
+    {
+        kxAnimFixture f;
+        const NodePtr one = f.object(), two = f.object();
+        manager()->addAnimation(one, f.curve("translation", "X", {{0, 6}}));
+        two->addAttachment(manager()->getAnimAttachment(one));
+        markChanged(two, AttachmentContainer::AttachmentsFieldMask);
+        manager()->updateSceneAnimCurveData();
+        QCOMPARE(f.transform(one)->getTranslation().x(), 6.0f);
+        QCOMPARE(f.transform(two)->getTranslation().x(), 6.0f);
+    }
+
+    void shownCurvesAlone()
+    {
+        kxAnimFixture f;
+        const NodePtr object = f.object();
+        const AnimNodePtr shown = f.curve("translation", "X", {{0, 0}, {1, 24}});
+        const AnimNodePtr block = f.block("block", {shown});
+        block->setOffset(Vec2f(0.5f, 0));
+        manager()->addAnimation(object, block);
+        manager()->addAnimation(object, f.curve("translation", "Y", {{0, 0}, {1, 24}}));
+        manager()->setCurrentFrame(0, true, false);
+        manager()->setGetCurveEditorDataCB(
+            [&](std::vector<kxAnimManager::kxCurveData>& out)
+            {
+                std::vector<AnimNodePtr> nodes;
+                manager()->getAnimCurveData(block, out, nodes, true, true, false, false);
+            });
+        manager()->setCurrentFrame(15, false, false);
+        f.transform(object)->setTranslation(Vec3f(-1, -1, 0));
+        manager()->setPlaybackContextHint(1); // shown at once
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, -1, 0));
+        manager()->setCurrentFrame(18, false, false);
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, -1, 0));
+        manager()->setPlaybackContextHint(0);
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, 18, 0));
+        manager()->setGetCurveEditorDataCB(nullptr);
+        manager()->setCurrentFrame(21, false, false);
+        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(9, 21, 0));
+    }
+
+    void framesSurviveSeconds()
+    {
+        for (const double fps : {23.976, 24.0, 25.0, 29.97, 59.94, 24000.0 / 1001, 60000.0 / 1001})
+            for (int frame = -2000; frame < 400000; frame += 13)
+            {
+                const float seconds = kxFrameTime::seconds(frame, fps);
+                QCOMPARE(kxFrameTime::frame(seconds, fps), double(frame));
+                QCOMPARE(kxFrameTime::wholeFrame(seconds * fps < frame ? frame - 1.0e-10 * std::abs(frame) : frame),
+                         frame);
+            }
+        QCOMPARE(kxFrameTime::frame(1.0e-12, 24), 0.0);
+        QCOMPARE(kxFrameTime::wholeFrame(6.99), 6);
+        QCOMPARE(kxFrameTime::wholeFrame(-0.5), 0);
+        QCOMPARE(kxFrameTime::wholeFrame(1.0e300), std::numeric_limits<int>::max());
+        QCOMPARE(kxFrameTime::frame(0.5 / 24, 24), 0.5);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxSceneEvaluation)
 #include "tst_kxSceneEvaluation.moc"

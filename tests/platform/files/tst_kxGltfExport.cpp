@@ -54,14 +54,215 @@ class tst_kxGltfExport : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
-    void keysPassExactly_data();
-    void keysPassExactly();
-    void everyTurnIsKept();
-    void repeatsAreSampledAndNamed_data();
-    void repeatsAreSampledAndNamed();
-    void theSceneStaysAsItIs();
-    void objectsComeBack();
-    void realModelsComeBack();
+
+    void keysPassExactly_data()
+    {
+        QTest::addColumn<int>("type"); // -1: cubic
+        kxColumns<QString, bool>("expected", "exact");
+        QTest::newRow("straight") << int(TangentType::Linear) << QStringLiteral("LINEAR") << true;
+        QTest::newRow("steps") << int(TangentType::Constant) << QStringLiteral("STEP") << true;
+        QTest::newRow("cubics of time") << -1 << QStringLiteral("CUBICSPLINE") << true;
+        QTest::newRow("free handles") << -2 << QStringLiteral("LINEAR") << false;
+    }
+
+    void keysPassExactly()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, expected);
+        QFETCH(bool, exact);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        TransformPtr::dcast(object->getCore())->setTranslation(Vec3f(0, 0, 42));
+        const TangentType tangents = type < 0 ? TangentType::Linear : TangentType(type);
+        // Keys at different times; z has none and stays.
+        const AnimCurvePtr x = addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}, {2.5f, -3}}, tangents);
+        const AnimCurvePtr y = addCurve(object, "translation", "", 1, {{0.25f, 10}, {1.75f, 20}}, tangents);
+        if (type == -1)
+        {
+            makeCubic(x, {2, -1, 7});
+            makeCubic(y, {0, 5});
+        }
+        if (type == -2)
+            x->getControlPoints(0).setOuttangent(Vec2f(0.9f, 6));
+        std::vector<std::pair<double, Vec3f>> before;
+        for (int i = 0; i <= 100; ++i)
+            before.emplace_back(
+                i * 0.025, Vec3f(kxCurveEvaluation::value(*x, i * 0.025), kxCurveEvaluation::value(*y, i * 0.025), 42));
+        QVERIFY(roundTrip());
+        QCOMPARE(QString::fromStdString(interpolation("translation")), expected);
+        QCOMPARE(_notes.contains(QLatin1String("sampled")), !exact);
+        for (const auto& [seconds, value] : before)
+        {
+            const Vec3f after = valueAt(blocksOf(nodeNamed("object")).at(0), "translation", seconds);
+            for (std::size_t i = 0; i < 3; ++i)
+                QVERIFY2(
+                    std::abs(after[i] - value[i]) < (exact ? 2e-5f : 0.05f),
+                    qPrintable(QStringLiteral("%1 s: %2 %3").arg(seconds).arg(double(after[i])).arg(double(value[i]))));
+        }
+    }
+
+    void everyTurnIsKept()
+    {
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        TransformPtr::dcast(object->getCore())->setEulerRotation(Vec3f(30, 0, 0));
+        TransformPtr::dcast(object->getCore())->setEulerRotationOrientation(Vec3f(0, 0, 20));
+        const AnimCurvePtr z =
+            addCurve(object, "eulerRotation", "rotation", 2, {{0, 0}, {2, 1080}, {3, 1000}}, TangentType::Linear);
+        const AnimCurvePtr y =
+            addCurve(object, "eulerRotation", "rotation", 1, {{0, 0}, {3, -200}}, TangentType::Hermite);
+        std::vector<QQuaternion> before;
+        for (int i = 0; i <= 60; ++i)
+            before.push_back(quaternionOf(Vec3f(30, kxCurveEvaluation::value(*y, i * 0.05),
+                                                kxCurveEvaluation::value(*z, i * 0.05))) *
+                             quaternionOf(Vec3f(0, 0, 20)));
+        QVERIFY(roundTrip());
+        for (int i = 0; i <= 60; ++i)
+        {
+            const QQuaternion after = quaternionOf(valueAt(blocksOf(nodeNamed("object")).at(0), "rotation", i * 0.05));
+            const double dot = std::abs(double(QQuaternion::dotProduct(after, before[std::size_t(i)])));
+            QVERIFY2(dot > 0.9997, qPrintable(QStringLiteral("%1 s: %2").arg(i * 0.05).arg(dot))); // 3 degrees
+        }
+    }
+
+    void repeatsAreSampledAndNamed_data()
+    {
+        kxColumns<int, double>("cycles", "seconds");
+        kxRow("the middle of the second pass", 1, 1.5);
+        kxRow("without end, up to that of the timeline", -1, 3.5);
+    }
+
+    void repeatsAreSampledAndNamed()
+    {
+        QFETCH(int, cycles);
+        QFETCH(double, seconds);
+        kxAnimManager::the()->setFullRangeEnd(96);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "scale", "", 0, {{0, 1}, {1, 2}}, TangentType::Linear);
+        const AnimNodePtr block =
+            kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "repeats");
+        block->setPostCycles(cycles);
+        markChanged(block, AnimNodeBase::PostCyclesFieldMask);
+        QVERIFY(roundTrip());
+        QVERIFY(_notes.contains(QLatin1String("sampled")));
+        QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
+    }
+
+    void theSceneStaysAsItIs()
+    {
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}}, TangentType::Hermite)->setPostInfinityMode(3);
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        kxAnimManager::the()->setCurrentFrame(13.5, true, false);
+        const TransformPtr core = TransformPtr::dcast(object->getCore());
+        core->setScale(Vec3f(3, 1, 1));
+        core->setTranslation(Vec3f(77, 0, 0)); // a change without a key
+        const QByteArray before = bytesOfScene();
+        kxFileReport report;
+        QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("a.gltf")), report));
+        QVERIFY(core->getTranslation() == Vec3f(77, 0, 0));
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 13.5);
+        QCOMPARE(bytesOfScene(), before);
+    }
+
+    void objectsComeBack()
+    {
+        const NodePtr root = kxScene::the()->root();
+        const GeometryPtr geometry = Geometry::create();
+        const NodePtr object = addNode(root, "R\u00e4der \"1\"", geometry);
+        geometry->setTranslation(Vec3f(1, 2, 3));
+        geometry->setEulerRotation(Vec3f(10, -70, 200));
+        const MeshPtr mesh = Mesh::create();
+        geometry->setMesh(FieldContainerPtr(mesh));
+        mesh->setPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+        mesh->setIndices({0, 1, 2});
+        mesh->setTexCoords({0, 0, 1, 0, 0, 1});
+        mesh->computeNormals();
+        const UberMaterialPtr material = UberMaterial::create();
+        kxScene::the()->addMaterial(material);
+        geometry->setMaterial(material);
+        material->setNodeName("paint");
+        material->setBaseColor(Color3f(0.1f, 0.2f, 0.3f));
+        material->setOpacity(0.5f);
+        material->setMetallic(1);
+        material->setRoughness(0);
+        material->setEmissive(Color3f(0, 4, 2));
+        const ImagePtr image = osg::Image::create();
+        image->set(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
+        material->setBaseColorImage(image);
+        const CameraPtr camera = Camera::create();
+        camera->setFieldOfView(40);
+        addNode(object, "eye", camera);
+        const LightPtr light = Light::create();
+        light->setKind(Light::Spot);
+        light->setIntensity(12);
+        light->setConeAngle(60);
+        addNode(object, "lamp", light);
+        addNode(root, "cut", ClippingPlane::create());
+        for (const char* suffix : {"glb", "gltf"})
+        {
+            QVERIFY(roundTrip(suffix));
+            QVERIFY(nodeNamed("cut") == NullFC); // the format has none
+            const NodePtr back = nodeNamed("R\u00e4der \"1\"");
+            const GeometryPtr shape = GeometryPtr::dcast(back->getCore());
+            QVERIFY(angleBetween(quaternionOf(shape->getEulerRotation()), quaternionOf(Vec3f(10, -70, 200))) < 0.01);
+            const MeshPtr read = MeshPtr::dcast(shape->getMesh());
+            QCOMPARE(read->positions(), std::vector<float>({0, 0, 0, 1, 0, 0, 0, 1, 0}));
+            QCOMPARE(read->indices(), std::vector<UInt32>({0, 1, 2}));
+            const UberMaterialPtr paint = UberMaterialPtr::dcast(shape->getMaterial());
+            QCOMPARE(paint->getNodeName(), std::string("paint"));
+            QVERIFY(std::abs(paint->getOpacity() - 0.5f) < 1e-6f && paint->getRoughness() == 0);
+            QVERIFY(std::abs(paint->getEmissive()[1] - 4) < 1e-5f && std::abs(paint->getEmissive()[2] - 2) < 1e-5f);
+            QVERIFY(paint->getBaseColorImage() != NullFC);
+            QVERIFY(std::abs(CameraPtr::dcast(nodeNamed("eye")->getCore())->getFieldOfView() - 40) < 1e-3f);
+            const LightPtr lamp = LightPtr::dcast(nodeNamed("lamp")->getCore());
+            QCOMPARE(lamp->getKind(), UInt32(Light::Spot));
+            QVERIFY(std::abs(lamp->getConeAngle() - 60) < 1e-3f && lamp->getIntensity() == 12);
+        }
+    }
+
+    void realModelsComeBack()
+    {
+        if (modelsFolder().isEmpty())
+            QSKIP("the model collection isn't installed");
+        for (const char* name :
+             {"FBX/animation_with_skeleton.fbx", "Collada/box_nested_animation.dae", "X/anim_test.x",
+              "glTF2/simple_skin/simple_skin.gltf", "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb"})
+        {
+            kxFileReport report(modelsFolder() + QLatin1Char('/') + QLatin1String(name));
+            QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
+            kxAnimManager* const manager = kxAnimManager::the();
+            const int last = manager->fullRangeEnd();
+            const auto places = [&]
+            {
+                std::vector<QMatrix4x4> matrices;
+                for (int frame = manager->fullRangeStart(); frame <= last; frame += std::max(1, last / 7))
+                {
+                    manager->setCurrentFrame(frame, true, false);
+                    traverse(kxScene::the()->root(),
+                             [&matrices](const NodePtr& node)
+                             {
+                                 if (!kxNodeUtils::isGeometryComponent(node))
+                                     matrices.push_back(kxSceneMath::worldMatrix(node));
+                                 return Action::Continue;
+                             });
+                }
+                return matrices;
+            };
+            const std::vector<QMatrix4x4> before = places();
+            const UInt32 clips = manager->clipStructureRoot()->getNChildren();
+            QVERIFY(roundTrip());
+            QCOMPARE(manager->clipStructureRoot()->getNChildren(), clips);
+            const std::vector<QMatrix4x4> after = places();
+            QCOMPARE(after.size(), before.size());
+            for (std::size_t i = 0; i < after.size(); ++i)
+                for (int n = 0; n < 16; ++n)
+                {
+                    const float a = after[i].constData()[n], b = before[i].constData()[n];
+                    QVERIFY2(
+                        std::abs(a - b) <= 0.01f * std::max(1.0f, std::abs(b)),
+                        qPrintable(QStringLiteral("%1: %2 %3").arg(QLatin1String(name)).arg(double(a)).arg(double(b))));
+                }
+        }
+    }
 
 private:
     /// Exports the scene and opens the result.
@@ -92,214 +293,6 @@ private:
     QTemporaryDir _folder;
     QString _notes;
 };
-
-void tst_kxGltfExport::keysPassExactly_data()
-{
-    QTest::addColumn<int>("type"); // -1: cubic
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<bool>("exact");
-    QTest::newRow("straight") << int(TangentType::Linear) << QStringLiteral("LINEAR") << true;
-    QTest::newRow("steps") << int(TangentType::Constant) << QStringLiteral("STEP") << true;
-    QTest::newRow("cubics of time") << -1 << QStringLiteral("CUBICSPLINE") << true;
-    QTest::newRow("free handles") << -2 << QStringLiteral("LINEAR") << false;
-}
-
-void tst_kxGltfExport::keysPassExactly()
-{
-    QFETCH(int, type);
-    QFETCH(QString, expected);
-    QFETCH(bool, exact);
-    const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
-    TransformPtr::dcast(object->getCore())->setTranslation(Vec3f(0, 0, 42));
-    const TangentType tangents = type < 0 ? TangentType::Linear : TangentType(type);
-    // Keys at different times; z has none and stays.
-    const AnimCurvePtr x = addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}, {2.5f, -3}}, tangents);
-    const AnimCurvePtr y = addCurve(object, "translation", "", 1, {{0.25f, 10}, {1.75f, 20}}, tangents);
-    if (type == -1)
-    {
-        makeCubic(x, {2, -1, 7});
-        makeCubic(y, {0, 5});
-    }
-    if (type == -2)
-        x->getControlPoints(0).setOuttangent(Vec2f(0.9f, 6));
-    std::vector<std::pair<double, Vec3f>> before;
-    for (int i = 0; i <= 100; ++i)
-        before.emplace_back(
-            i * 0.025, Vec3f(kxCurveEvaluation::value(*x, i * 0.025), kxCurveEvaluation::value(*y, i * 0.025), 42));
-    QVERIFY(roundTrip());
-    QCOMPARE(QString::fromStdString(interpolation("translation")), expected);
-    QCOMPARE(_notes.contains(QLatin1String("sampled")), !exact);
-    for (const auto& [seconds, value] : before)
-    {
-        const Vec3f after = valueAt(blocksOf(nodeNamed("object")).at(0), "translation", seconds);
-        for (std::size_t i = 0; i < 3; ++i)
-            QVERIFY2(
-                std::abs(after[i] - value[i]) < (exact ? 2e-5f : 0.05f),
-                qPrintable(QStringLiteral("%1 s: %2 %3").arg(seconds).arg(double(after[i])).arg(double(value[i]))));
-    }
-}
-
-void tst_kxGltfExport::everyTurnIsKept()
-{
-    const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
-    TransformPtr::dcast(object->getCore())->setEulerRotation(Vec3f(30, 0, 0));
-    TransformPtr::dcast(object->getCore())->setEulerRotationOrientation(Vec3f(0, 0, 20));
-    const AnimCurvePtr z =
-        addCurve(object, "eulerRotation", "rotation", 2, {{0, 0}, {2, 1080}, {3, 1000}}, TangentType::Linear);
-    const AnimCurvePtr y = addCurve(object, "eulerRotation", "rotation", 1, {{0, 0}, {3, -200}}, TangentType::Hermite);
-    std::vector<QQuaternion> before;
-    for (int i = 0; i <= 60; ++i)
-        before.push_back(
-            quaternionOf(Vec3f(30, kxCurveEvaluation::value(*y, i * 0.05), kxCurveEvaluation::value(*z, i * 0.05))) *
-            quaternionOf(Vec3f(0, 0, 20)));
-    QVERIFY(roundTrip());
-    for (int i = 0; i <= 60; ++i)
-    {
-        const QQuaternion after = quaternionOf(valueAt(blocksOf(nodeNamed("object")).at(0), "rotation", i * 0.05));
-        const double dot = std::abs(double(QQuaternion::dotProduct(after, before[std::size_t(i)])));
-        QVERIFY2(dot > 0.9997, qPrintable(QStringLiteral("%1 s: %2").arg(i * 0.05).arg(dot))); // 3 degrees
-    }
-}
-
-void tst_kxGltfExport::repeatsAreSampledAndNamed_data()
-{
-    kxColumns<int, double>("cycles", "seconds");
-    kxRow("the middle of the second pass", 1, 1.5);
-    kxRow("without end, up to that of the timeline", -1, 3.5);
-}
-
-void tst_kxGltfExport::repeatsAreSampledAndNamed()
-{
-    QFETCH(int, cycles);
-    QFETCH(double, seconds);
-    kxAnimManager::the()->setFullRangeEnd(96);
-    const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
-    addCurve(object, "scale", "", 0, {{0, 1}, {1, 2}}, TangentType::Linear);
-    const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "repeats");
-    block->setPostCycles(cycles);
-    markChanged(block, AnimNodeBase::PostCyclesFieldMask);
-    QVERIFY(roundTrip());
-    QVERIFY(_notes.contains(QLatin1String("sampled")));
-    QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
-}
-
-void tst_kxGltfExport::theSceneStaysAsItIs()
-{
-    const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
-    addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}}, TangentType::Hermite)->setPostInfinityMode(3);
-    kxAnimManager::the()->updateSceneAnimCurveData();
-    kxAnimManager::the()->setCurrentFrame(13.5, true, false);
-    const TransformPtr core = TransformPtr::dcast(object->getCore());
-    core->setScale(Vec3f(3, 1, 1));
-    core->setTranslation(Vec3f(77, 0, 0)); // a change without a key
-    const QByteArray before = bytesOfScene();
-    kxFileReport report;
-    QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("a.gltf")), report));
-    QVERIFY(core->getTranslation() == Vec3f(77, 0, 0));
-    QCOMPARE(kxAnimManager::the()->currentFrame(), 13.5);
-    QCOMPARE(bytesOfScene(), before);
-}
-
-void tst_kxGltfExport::objectsComeBack()
-{
-    const NodePtr root = kxScene::the()->root();
-    const GeometryPtr geometry = Geometry::create();
-    const NodePtr object = addNode(root, "R\u00e4der \"1\"", geometry);
-    geometry->setTranslation(Vec3f(1, 2, 3));
-    geometry->setEulerRotation(Vec3f(10, -70, 200));
-    const MeshPtr mesh = Mesh::create();
-    geometry->setMesh(FieldContainerPtr(mesh));
-    mesh->setPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
-    mesh->setIndices({0, 1, 2});
-    mesh->setTexCoords({0, 0, 1, 0, 0, 1});
-    mesh->computeNormals();
-    const UberMaterialPtr material = UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    geometry->setMaterial(material);
-    material->setNodeName("paint");
-    material->setBaseColor(Color3f(0.1f, 0.2f, 0.3f));
-    material->setOpacity(0.5f);
-    material->setMetallic(1);
-    material->setRoughness(0);
-    material->setEmissive(Color3f(0, 4, 2));
-    const ImagePtr image = osg::Image::create();
-    image->set(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
-    material->setBaseColorImage(image);
-    const CameraPtr camera = Camera::create();
-    camera->setFieldOfView(40);
-    addNode(object, "eye", camera);
-    const LightPtr light = Light::create();
-    light->setKind(Light::Spot);
-    light->setIntensity(12);
-    light->setConeAngle(60);
-    addNode(object, "lamp", light);
-    addNode(root, "cut", ClippingPlane::create());
-    for (const char* suffix : {"glb", "gltf"})
-    {
-        QVERIFY(roundTrip(suffix));
-        QVERIFY(nodeNamed("cut") == NullFC); // the format has none
-        const NodePtr back = nodeNamed("R\u00e4der \"1\"");
-        const GeometryPtr shape = GeometryPtr::dcast(back->getCore());
-        QVERIFY(angleBetween(quaternionOf(shape->getEulerRotation()), quaternionOf(Vec3f(10, -70, 200))) < 0.01);
-        const MeshPtr read = MeshPtr::dcast(shape->getMesh());
-        QCOMPARE(read->positions(), std::vector<float>({0, 0, 0, 1, 0, 0, 0, 1, 0}));
-        QCOMPARE(read->indices(), std::vector<UInt32>({0, 1, 2}));
-        const UberMaterialPtr paint = UberMaterialPtr::dcast(shape->getMaterial());
-        QCOMPARE(paint->getNodeName(), std::string("paint"));
-        QVERIFY(std::abs(paint->getOpacity() - 0.5f) < 1e-6f && paint->getRoughness() == 0);
-        QVERIFY(std::abs(paint->getEmissive()[1] - 4) < 1e-5f && std::abs(paint->getEmissive()[2] - 2) < 1e-5f);
-        QVERIFY(paint->getBaseColorImage() != NullFC);
-        QVERIFY(std::abs(CameraPtr::dcast(nodeNamed("eye")->getCore())->getFieldOfView() - 40) < 1e-3f);
-        const LightPtr lamp = LightPtr::dcast(nodeNamed("lamp")->getCore());
-        QCOMPARE(lamp->getKind(), UInt32(Light::Spot));
-        QVERIFY(std::abs(lamp->getConeAngle() - 60) < 1e-3f && lamp->getIntensity() == 12);
-    }
-}
-
-void tst_kxGltfExport::realModelsComeBack()
-{
-    if (modelsFolder().isEmpty())
-        QSKIP("the model collection isn't installed");
-    for (const char* name :
-         {"FBX/animation_with_skeleton.fbx", "Collada/box_nested_animation.dae", "X/anim_test.x",
-          "glTF2/simple_skin/simple_skin.gltf", "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb"})
-    {
-        kxFileReport report(modelsFolder() + QLatin1Char('/') + QLatin1String(name));
-        QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
-        kxAnimManager* const manager = kxAnimManager::the();
-        const int last = manager->fullRangeEnd();
-        const auto places = [&]
-        {
-            std::vector<QMatrix4x4> matrices;
-            for (int frame = manager->fullRangeStart(); frame <= last; frame += std::max(1, last / 7))
-            {
-                manager->setCurrentFrame(frame, true, false);
-                traverse(kxScene::the()->root(),
-                         [&matrices](const NodePtr& node)
-                         {
-                             if (!kxNodeUtils::isGeometryComponent(node))
-                                 matrices.push_back(kxSceneMath::worldMatrix(node));
-                             return Action::Continue;
-                         });
-            }
-            return matrices;
-        };
-        const std::vector<QMatrix4x4> before = places();
-        const UInt32 clips = manager->clipStructureRoot()->getNChildren();
-        QVERIFY(roundTrip());
-        QCOMPARE(manager->clipStructureRoot()->getNChildren(), clips);
-        const std::vector<QMatrix4x4> after = places();
-        QCOMPARE(after.size(), before.size());
-        for (std::size_t i = 0; i < after.size(); ++i)
-            for (int n = 0; n < 16; ++n)
-            {
-                const float a = after[i].constData()[n], b = before[i].constData()[n];
-                QVERIFY2(
-                    std::abs(a - b) <= 0.01f * std::max(1.0f, std::abs(b)),
-                    qPrintable(QStringLiteral("%1: %2 %3").arg(QLatin1String(name)).arg(double(a)).arg(double(b))));
-            }
-    }
-}
 
 QTEST_MAIN(tst_kxGltfExport)
 #include "tst_kxGltfExport.moc"

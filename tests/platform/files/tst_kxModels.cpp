@@ -115,154 +115,148 @@ class tst_kxModels : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void opens_data();
-    void opens();
-    void contents();
-    void malformed_data();
-    void malformed();
-    void firstVersionGoesToTheOtherReader();
-};
-
-void tst_kxModels::initTestCase()
-{
-    if (modelsFolder().isEmpty())
-        QSKIP("the model collection isn't installed");
-}
-
-void tst_kxModels::opens_data()
-{
-    QTest::addColumn<QString>("path");
-    QDirIterator files(modelsFolder(), QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext())
+    void initTestCase()
     {
-        const QString path = files.next();
-#ifdef KX_SANITIZED
-        if (path.contains(QLatin1String("OutOfMemory"))) // the limit on memory is off there
-            continue;
-#endif
-        if (kxSceneIO::canOpen(path))
-            QTest::newRow(qPrintable(path.mid(modelsFolder().size() + 1))) << path;
+        if (modelsFolder().isEmpty())
+            QSKIP("the model collection isn't installed");
     }
-}
 
-void tst_kxModels::opens()
-{
-    QFETCH(QString, path);
-    kxSceneIO::newScene();
-    addNode(kxScene::the()->root(), "stays", Transform::create());
-    const QByteArray before = bytesOfScene();
-    kxFileReport report(path);
-    QElapsedTimer timer;
-    timer.start();
-    const bool opened = kxSceneIO::open(path, report);
-    QVERIFY2(timer.elapsed() < LongestRead, "too slow");
-    if (!opened)
+    void opens_data()
     {
-        QVERIFY(!report.error().isEmpty());
-        QVERIFY(report.message().contains(path));
-        QCOMPARE(bytesOfScene(), before);
-        return;
-    }
-    QVERIFY(!report.failed());
-    QVERIFY(nodeNamed("stays") == NullFC);
-    QString fault;
-    traverse(kxScene::the()->root(),
-             [&fault](const NodePtr& node)
-             {
-                 fault = faultOf(node);
-                 return fault.isEmpty() ? Action::Continue : Action::Quit;
-             });
-    QVERIFY2(fault.isEmpty(), qPrintable(fault));
-}
-
-/// What all models together hold, as they are read and as they come back from an export. Where that changes on purpose,
-/// the rows of before and after tell which models.
-void tst_kxModels::contents()
-{
-    const QTemporaryDir folder;
-    std::vector<double> all(40, 0.0);
-    QStringList rows;
-    const auto take = [&](const QByteArray& name, std::size_t place)
-    {
-        const double weight = 1 + std::accumulate(name.begin(), name.end(), 0) % 101 / 100.0;
-        QString row = QString::fromUtf8(name);
-        for (const double value : contentOfScene())
+        QTest::addColumn<QString>("path");
+        QDirIterator files(modelsFolder(), QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext())
         {
-            all[place++] += weight * std::asinh(value); // the small ones count as much as the large ones
-            row += QStringLiteral(" %1").arg(value, 0, 'g', 6);
-        }
-        rows << row;
-    };
-    QDirIterator files(modelsFolder(), QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext())
-    {
-        const QByteArray name = files.next().mid(modelsFolder().size() + 1).toUtf8();
-        if (!kxSceneIO::canOpen(files.filePath()) || name.contains("OutOfMemory"))
-            continue;
-        kxSceneIO::newScene();
-        kxFileReport report(files.filePath());
-        if (!kxSceneIO::open(files.filePath(), report))
-            continue;
-        take(name, 0);
-        const QString copy = folder.filePath(name.endsWith('b') ? QStringLiteral("a.gltf") : QStringLiteral("a.glb"));
-        kxFileReport written(copy), read(copy);
-        if (files.fileInfo().size() < 400000 && kxSceneIO::exportScene(copy, written) && kxSceneIO::open(copy, read))
-            take(name, 20);
-    }
-    const double expected[] = {1326.7258, 4632.3990, 549.5244, 623.5897,  559.8313,  4916.8890, 54.4132,  268.8941,
-                               525.7496,  3733.3468, 90.6132,  1597.2115, 101.2092,  839.5216,  100.6917, 312.2729,
-                               947.2866,  4204.8921, 308.0799, 950.0989,  1142.6463, 4067.2940, 450.4403, 513.6550,
-                               471.1342,  4176.1368, 43.3530,  189.4840,  431.3468,  3247.0952, 81.5732,  1317.5640,
-                               82.7580,   692.6737,  81.6798,  193.4546,  788.7672,  3667.7804, 219.3765, 722.9753};
-    QCOMPARE(all.size(), std::size(expected));
-    for (std::size_t i = 0; i < all.size(); ++i)
-        if (std::abs(all[i] - expected[i]) > 1.0e-3)
-            QFAIL(qPrintable(QStringLiteral("number %1 is %2\n").arg(i).arg(all[i], 0, 'f', 4) + rows.join('\n')));
-}
-
-void tst_kxModels::malformed_data()
-{
-    QTest::addColumn<QString>("reason"); // what the error has to name
-    QTest::newRow("glTF2/wrongTypes/badArray.gltf") << "meshes[0].primitives";
-    QTest::newRow("glTF2/wrongTypes/badString.gltf") << "scenes[0].name";
-    QTest::newRow("glTF2/wrongTypes/badUint.gltf") << "baseColorTexture.index: an index";
-    QTest::newRow("glTF2/wrongTypes/badNumber.gltf") << "normalTexture.index";
-    QTest::newRow("glTF2/wrongTypes/badObject.gltf") << "an object";
-    QTest::newRow("glTF2/IndexOutOfRange/IndexOutOfRange.gltf") << "index";
-    QTest::newRow("glTF2/IndexOutOfRange/AllIndicesOutOfRange.gltf") << "index";
-    QTest::newRow("glTF2/MissingBin/BoxTextured.gltf") << "BoxTextured0.bin";
-    QTest::newRow("glTF2/RecursiveNodes/RecursiveNodes.gltf") << "contains itself";
-    QTest::newRow("glTF2/SchemaFailures/sceneWrongType.gltf") << "scene";
-    QTest::newRow("glTF2/TestNoRootNode/NoScene.gltf") << "scenes";
-    QTest::newRow("glTF2/TestNoRootNode/SceneWithoutNodes.gltf") << "no objects";
-    QTest::newRow("glTF2/draco/2CylinderEngine.gltf") << "KHR_draco_mesh_compression";
-    QTest::newRow("glTF2/BoxWithInfinites-glTF-Binary/BoxWithInfinites.glb") << "finite";
-    QTest::newRow("invalid/empty.obj") << "";
-#ifndef KX_SANITIZED
-    QTest::newRow("invalid/OutOfMemory.off") << "claims more";
+            const QString path = files.next();
+#ifdef KX_SANITIZED
+            if (path.contains(QLatin1String("OutOfMemory"))) // the limit on memory is off there
+                continue;
 #endif
-}
-
-void tst_kxModels::malformed()
-{
-    QFETCH(QString, reason);
-    kxFileReport report(QString::fromLatin1(QTest::currentDataTag()));
-    QVERIFY(!kxSceneIO::open(modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag()), report));
-    QVERIFY2(report.error().contains(reason), qPrintable(report.error()));
-}
-
-void tst_kxModels::firstVersionGoesToTheOtherReader()
-{
-    QDirIterator files(modelsFolder() + QStringLiteral("/glTF"), {QStringLiteral("*.gltf")}, QDir::Files,
-                       QDirIterator::Subdirectories);
-    QVERIFY(files.hasNext());
-    while (files.hasNext())
-    {
-        kxFileReport report(files.next());
-        QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.message()));
+            if (kxSceneIO::canOpen(path))
+                QTest::newRow(qPrintable(path.mid(modelsFolder().size() + 1))) << path;
+        }
     }
-}
+
+    void opens()
+    {
+        QFETCH(QString, path);
+        kxSceneIO::newScene();
+        addNode(kxScene::the()->root(), "stays", Transform::create());
+        const QByteArray before = bytesOfScene();
+        kxFileReport report(path);
+        QElapsedTimer timer;
+        timer.start();
+        const bool opened = kxSceneIO::open(path, report);
+        QVERIFY2(timer.elapsed() < LongestRead, "too slow");
+        if (!opened)
+        {
+            QVERIFY(!report.error().isEmpty());
+            QVERIFY(report.message().contains(path));
+            QCOMPARE(bytesOfScene(), before);
+            return;
+        }
+        QVERIFY(!report.failed());
+        QVERIFY(nodeNamed("stays") == NullFC);
+        QString fault;
+        traverse(kxScene::the()->root(),
+                 [&fault](const NodePtr& node)
+                 {
+                     fault = faultOf(node);
+                     return fault.isEmpty() ? Action::Continue : Action::Quit;
+                 });
+        QVERIFY2(fault.isEmpty(), qPrintable(fault));
+    }
+
+    /// What all models together hold, as they are read and as they come back from an export. Where that changes on
+    /// purpose, the rows of before and after tell which models.
+    void contents()
+    {
+        const QTemporaryDir folder;
+        std::vector<double> all(40, 0.0);
+        QStringList rows;
+        const auto take = [&](const QByteArray& name, std::size_t place)
+        {
+            const double weight = 1 + std::accumulate(name.begin(), name.end(), 0) % 101 / 100.0;
+            QString row = QString::fromUtf8(name);
+            for (const double value : contentOfScene())
+            {
+                all[place++] += weight * std::asinh(value); // the small ones count as much as the large ones
+                row += QStringLiteral(" %1").arg(value, 0, 'g', 6);
+            }
+            rows << row;
+        };
+        QDirIterator files(modelsFolder(), QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext())
+        {
+            const QByteArray name = files.next().mid(modelsFolder().size() + 1).toUtf8();
+            if (!kxSceneIO::canOpen(files.filePath()) || name.contains("OutOfMemory"))
+                continue;
+            kxSceneIO::newScene();
+            kxFileReport report(files.filePath());
+            if (!kxSceneIO::open(files.filePath(), report))
+                continue;
+            take(name, 0);
+            const QString copy =
+                folder.filePath(name.endsWith('b') ? QStringLiteral("a.gltf") : QStringLiteral("a.glb"));
+            kxFileReport written(copy), read(copy);
+            if (files.fileInfo().size() < 400000 && kxSceneIO::exportScene(copy, written) &&
+                kxSceneIO::open(copy, read))
+                take(name, 20);
+        }
+        const double expected[] = {1326.7258, 4632.3990, 549.5244, 623.5897,  559.8313,  4916.8890, 54.4132,  268.8941,
+                                   525.7496,  3733.3468, 90.6132,  1597.2115, 101.2092,  839.5216,  100.6917, 312.2729,
+                                   947.2866,  4204.8921, 308.0799, 950.0989,  1142.6463, 4067.2940, 450.4403, 513.6550,
+                                   471.1342,  4176.1368, 43.3530,  189.4840,  431.3468,  3247.0952, 81.5732,  1317.5640,
+                                   82.7580,   692.6737,  81.6798,  193.4546,  788.7672,  3667.7804, 219.3765, 722.9753};
+        QCOMPARE(all.size(), std::size(expected));
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (std::abs(all[i] - expected[i]) > 1.0e-3)
+                QFAIL(qPrintable(QStringLiteral("number %1 is %2\n").arg(i).arg(all[i], 0, 'f', 4) + rows.join('\n')));
+    }
+
+    void malformed_data()
+    {
+        QTest::addColumn<QString>("reason"); // what the error has to name
+        QTest::newRow("glTF2/wrongTypes/badArray.gltf") << "meshes[0].primitives";
+        QTest::newRow("glTF2/wrongTypes/badString.gltf") << "scenes[0].name";
+        QTest::newRow("glTF2/wrongTypes/badUint.gltf") << "baseColorTexture.index: an index";
+        QTest::newRow("glTF2/wrongTypes/badNumber.gltf") << "normalTexture.index";
+        QTest::newRow("glTF2/wrongTypes/badObject.gltf") << "an object";
+        QTest::newRow("glTF2/IndexOutOfRange/IndexOutOfRange.gltf") << "index";
+        QTest::newRow("glTF2/IndexOutOfRange/AllIndicesOutOfRange.gltf") << "index";
+        QTest::newRow("glTF2/MissingBin/BoxTextured.gltf") << "BoxTextured0.bin";
+        QTest::newRow("glTF2/RecursiveNodes/RecursiveNodes.gltf") << "contains itself";
+        QTest::newRow("glTF2/SchemaFailures/sceneWrongType.gltf") << "scene";
+        QTest::newRow("glTF2/TestNoRootNode/NoScene.gltf") << "scenes";
+        QTest::newRow("glTF2/TestNoRootNode/SceneWithoutNodes.gltf") << "no objects";
+        QTest::newRow("glTF2/draco/2CylinderEngine.gltf") << "KHR_draco_mesh_compression";
+        QTest::newRow("glTF2/BoxWithInfinites-glTF-Binary/BoxWithInfinites.glb") << "finite";
+        QTest::newRow("invalid/empty.obj") << "";
+#ifndef KX_SANITIZED
+        QTest::newRow("invalid/OutOfMemory.off") << "claims more";
+#endif
+    }
+
+    void malformed()
+    {
+        QFETCH(QString, reason);
+        kxFileReport report(QString::fromLatin1(QTest::currentDataTag()));
+        QVERIFY(!kxSceneIO::open(modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag()), report));
+        QVERIFY2(report.error().contains(reason), qPrintable(report.error()));
+    }
+
+    void firstVersionGoesToTheOtherReader()
+    {
+        QDirIterator files(modelsFolder() + QStringLiteral("/glTF"), {QStringLiteral("*.gltf")}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        QVERIFY(files.hasNext());
+        while (files.hasNext())
+        {
+            kxFileReport report(files.next());
+            QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.message()));
+        }
+    }
+};
 
 QTEST_MAIN(tst_kxModels)
 #include "tst_kxModels.moc"

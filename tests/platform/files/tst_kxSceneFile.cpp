@@ -20,6 +20,8 @@
 
 #include <random>
 
+#include <kxTable.h>
+
 using namespace osg;
 
 namespace
@@ -39,369 +41,354 @@ class tst_kxSceneFile : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void savingWhatWasReadGivesTheSameBytes();
-    void everythingComesBack();
-    void theFileHoldsTheseFields();
-    void arraysOfAnySizeKeepTheirPlace();
-    void animatedValuesAreSavedAtRest();
-    void whatIsWrittenCanBeRead();
-    void damagedFilesAreRefused();
-    void damagedContentNeverHarms();
-    void unknownClassesAndFieldsAreNamed();
-    void unsoundStructures_data();
-    void unsoundStructures();
-    void whatCantBeOpenedReplacesNothing();
+    void init() { kxSceneIO::newScene(); }
+
+    void savingWhatWasReadGivesTheSameBytes()
+    {
+        kxRichScene::make();
+        const QByteArray first = bytesOfScene();
+        QVERIFY(first.size() > kxEnvelope::HeadSize);
+        const QString path = _folder.filePath(QStringLiteral("a.kxs"));
+        QVERIFY(writeFile(path, first));
+        for (int pass = 0; pass < 2; ++pass)
+        {
+            kxFileReport report(path);
+            QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+            QVERIFY2(report.notes().isEmpty(), qPrintable(report.notes().join(QLatin1Char('\n'))));
+            QCOMPARE(bytesOfScene(), first);
+        }
+    }
+
+    void everythingComesBack()
+    {
+        kxRichScene::make();
+        const QString path = _folder.filePath(QStringLiteral("b.kxs"));
+        kxFileReport report(path);
+        QVERIFY(kxSceneIO::save(path, report));
+        kxSceneIO::newScene();
+        QVERIFY(nodeNamed("Body") == NullFC);
+        QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
+        QVERIFY(kxSceneIO::open(path, report));
+
+        const NodePtr body = nodeNamed("Body"), twin = nodeNamed("Twin");
+        const GeometryPtr geometry = GeometryPtr::dcast(body->getCore());
+        QVERIFY(geometry != NullFC && twin->getCore() == body->getCore());
+        QVERIFY(geometry->getParents() == std::vector<NodePtr>({twin, body})); // as they took it
+        QCOMPARE(kxScene::the()->materials().size(), std::size_t(2));
+        QVERIFY(geometry->getMaterial() == kxScene::the()->materials()[1]);
+        QVERIFY(SkinPtr::dcast(geometry->getSkin())->joints()[0] == nodeNamed("Joint"));
+        QVERIFY(!nodeNamed("Hidden")->isActive());
+        const AnimNodePtr block = blocksOf(body).front();
+        QCOMPARE(curvesOf(block).at("rotation.Y")->getControlPoints().size(), std::size_t(3));
+        const NodePtr clip = kxAnimManager::the()->clipStructureRoot()->getChild(0);
+        QVERIFY(clip->getChild(0)->getCore() == block->getCore());
+        QCOMPARE(kxAnimManager::the()->fps(), 29.97);
+        QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), 77);
+        QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
+        QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
+                 QStringLiteral("R\u00e4der"));
+    }
+
+    /// Each class with all fields that are to be kept; which these are stands in the test of their descriptions.
+    void theFileHoldsTheseFields()
+    {
+        kxRichScene::make();
+        for (const NodeCorePtr& core : {NodeCorePtr(Viewpoint::create()), NodeCorePtr(SceneSequence::create()),
+                                        NodeCorePtr(ClippingPlane::create())})
+            addNode(kxScene::the()->sceneryRoot(), "scenery", core);
+        for (const NodeCorePtr& core :
+             {NodeCorePtr(AnimWizClipBase::create()), NodeCorePtr(TimeShapeCacheBase::create())})
+        {
+            const AnimNodePtr node = AnimNodeBase::create();
+            node->setCore(core);
+            kxAnimManager::the()->addToClipStructure(node);
+        }
+        const QCborMap file = QCborValue::fromCbor(bytesOfScene().mid(kxEnvelope::HeadSize)).toMap();
+        QStringList classes;
+        for (const QCborValue& entry : file[QStringLiteral("classes")].toArray())
+        {
+            classes << entry.toArray()[0].toString();
+            const FieldContainerType* const type = FieldContainerType::find(qPrintable(classes.last()));
+            QVERIFY2(type != nullptr, qPrintable(classes.last()));
+            QStringList fields, kept;
+            for (const QCborValue& field : entry.toArray()[1].toArray())
+                fields << field.toArray()[0].toString();
+            for (const FieldDescription& field : type->fields())
+                if (!field.isTransient())
+                    kept << QString::fromStdString(field.name());
+            QCOMPARE(fields, kept);
+        }
+        classes.sort();
+        QCOMPARE(
+            classes.join(' '),
+            QString("AnimAttachment AnimBlock AnimClip AnimCurve AnimNode AnimSequence AnimShot AnimWizClip Camera "
+                    "ClippingPlane Geometry Group Image Light Mesh Node SceneSequence Skin Switch TagAttachment "
+                    "TimeShapeCache Transform UberMaterial Viewpoint"));
+        QStringList settings;
+        const QCborMap animation = file[QStringLiteral("animation")].toMap();
+        for (const auto& setting : animation)
+            settings << setting.first.toString();
+        QCOMPARE(settings.join(' '),
+                 QString("currentFrame detailedRangeEnd detailedRangeStart evaluateSubframes fps fullRangeEnd "
+                         "fullRangeStart keepKeysAtFrame loopTimeline playbackFPS playbackRangeHint"));
+    }
+
+    void arraysOfAnySizeKeepTheirPlace()
+    {
+        // Sizes around those that the writer gathers in blocks and writes past them; an empty array has no address.
+        const std::vector<std::size_t> vertices = {3, 0, 50000, 3, 120000, 0, 70000};
+        for (const std::size_t count : vertices)
+        {
+            std::vector<float> positions(3 * count);
+            for (std::size_t i = 0; i < positions.size(); ++i)
+                positions[i] = float(i % 1000) + float(count);
+            const MeshPtr mesh = Mesh::create();
+            mesh->setPositions(std::move(positions));
+            const GeometryPtr geometry = Geometry::create();
+            geometry->setMesh(mesh);
+            const NodePtr node = Node::create();
+            node->setCore(geometry);
+            kxScene::the()->root()->addChild(node);
+        }
+        const QString path = _folder.filePath(QStringLiteral("arrays.kxs"));
+        kxFileReport report(path);
+        QVERIFY2(kxSceneIO::save(path, report), qPrintable(report.message()));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.message()));
+        QCOMPARE(std::size_t(kxScene::the()->root()->getNChildren()), vertices.size());
+        for (UInt32 n = 0; n < vertices.size(); ++n)
+        {
+            const GeometryPtr geometry = GeometryPtr::dcast(kxScene::the()->root()->getChild(n)->getCore());
+            const MeshPtr mesh = MeshPtr::dcast(geometry->getMesh());
+            QCOMPARE(std::size_t(mesh->vertexCount()), vertices[n]);
+            for (std::size_t i = 0; i < mesh->positions().size(); i += 997)
+                QCOMPARE(mesh->positions()[i], float(i % 1000) + float(vertices[n]));
+        }
+    }
+
+    void animatedValuesAreSavedAtRest()
+    {
+        kxRichScene::make();
+        kxAnimManager* const manager = kxAnimManager::the();
+        const TransformPtr core = TransformPtr::dcast(nodeNamed("Body")->getCore());
+        manager->setCurrentFrame(0, true, false);
+        const QByteArray before = bytesOfScene();
+        manager->setCurrentFrame(20, true, false);
+        const Vec3f animated = core->getEulerRotation();
+        QVERIFY(animated != Vec3f(1, 2, 3));
+        const QByteArray later = bytesOfScene();
+        QVERIFY(core->getEulerRotation() == animated); // saving changes nothing
+        manager->setCurrentFrame(0, true, false);
+        QCOMPARE(bytesOfScene(), before);
+
+        const QString path = _folder.filePath(QStringLiteral("rest.kxs"));
+        QVERIFY(writeFile(path, later));
+        kxSceneContent content;
+        kxFileReport report(path);
+        QVERIFY(kxSceneFile::read(path, content, report));
+        const TransformPtr read = TransformPtr::dcast(content.root->getChild(0)->getCore());
+        QVERIFY(read->getEulerRotation() == Vec3f(1, 2, 3));
+    }
+
+    void whatIsWrittenCanBeRead()
+    {
+        // Numbers that a script may have spoilt, and a tree too deep for any reader.
+        const TransformPtr core = Transform::create();
+        const float nan = std::numeric_limits<float>::quiet_NaN();
+        core->setTranslation(Vec3f(nan, 5, std::numeric_limits<float>::infinity()));
+        NodePtr node = addNode(kxScene::the()->root(), "spoilt \xff\xfe", core);
+        const QString path = _folder.filePath(QStringLiteral("c.kxs"));
+        kxFileReport report(path), deep(path);
+        QVERIFY(kxSceneIO::save(path, report));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        QCOMPARE(TransformPtr::dcast(nodeNamed("spoilt \xff\xfe")->getCore())->getTranslation()[1], 5.0f);
+        const QByteArray before = bytesOfFile(path);
+        node = kxScene::the()->root();
+        for (int i = 0; i < 1800; ++i)
+            node = addNode(node, "deep", Group::create());
+        QVERIFY(!kxSceneIO::save(path, deep));
+        QVERIFY(deep.error().contains(QLatin1String("nested")));
+        QCOMPARE(bytesOfFile(path), before);
+    }
+
+    void damagedFilesAreRefused()
+    {
+        addNode(kxScene::the()->root(), "only", Transform::create());
+        const QByteArray good = bytesOfScene();
+        const QString path = _folder.filePath(QStringLiteral("damaged.kxs"));
+        const auto refused = [&](const QByteArray& bytes)
+        {
+            kxFileReport report(path);
+            kxSceneContent content;
+            return writeFile(path, bytes) && !kxSceneFile::read(path, content, report) && !report.error().isEmpty();
+        };
+        for (int size = 0; size < good.size(); ++size)
+            QVERIFY2(refused(good.left(size)), qPrintable(QStringLiteral("cut at %1").arg(size)));
+        for (int i = 0; i < good.size(); ++i)
+            for (const int bits : {0x01, 0x80, 0xff})
+            {
+                QByteArray bytes = good;
+                bytes[i] = char(bytes[i] ^ bits);
+                QVERIFY2(refused(bytes), qPrintable(QStringLiteral("byte %1").arg(i)));
+            }
+        QVERIFY(refused(good + '\0'));
+        kxFileReport report(path);
+        QVERIFY(!kxSceneIO::open(path, report));
+        QCOMPARE(bytesOfScene(), good); // the open scene stays
+    }
+
+    void damagedContentNeverHarms()
+    {
+        kxRichScene::make();
+        const QByteArray good = bytesOfScene().mid(kxEnvelope::HeadSize);
+        std::mt19937 random(7);
+        int refused = 0;
+        for (int round = 0; round < 3000; ++round)
+        {
+            QByteArray bytes = good;
+            for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
+                bytes[int(random() % unsigned(bytes.size()))] = char(random());
+            if (round % 3 == 0)
+                bytes.truncate(int(random() % unsigned(bytes.size())));
+            kxSceneContent content;
+            kxFileReport report;
+            if (!kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report) && ++refused > 0)
+                continue;
+            // What was taken is no mixture, and animations have their root.
+            const auto isSound = [](const NodePtr& root, const FieldContainerType& type)
+            {
+                const auto check = [&type](const NodePtr& node)
+                {
+                    const AnimAttachmentPtr attached = node->findAttachment<AnimAttachment>();
+                    const bool fits = node->getType().getGroupId() == type.getGroupId() &&
+                                      (attached == NullFC || attached->getAnimationRoot() != NullFC);
+                    return fits ? Action::Continue : Action::Quit;
+                };
+                return traverse(root, check) == Action::Continue;
+            };
+            QVERIFY(isSound(content.root.get(), Node::_type) && isSound(content.clips.get(), AnimNode::_type));
+        }
+        QVERIFY(refused > 1000);
+    }
+
+    void unknownClassesAndFieldsAreNamed()
+    {
+        kxRichScene::make();
+        QByteArray content = bytesOfScene().mid(kxEnvelope::HeadSize);
+        content.replace("Camera", "Kamera").replace("roughness", "raughness");
+        kxSceneContent scene;
+        kxFileReport report;
+        QVERIFY2(kxSceneFile::readPayload(content.constData(), content.size(), scene, report),
+                 qPrintable(report.error()));
+        const QString notes = report.notes().join(QLatin1Char('\n'));
+        QVERIFY2(notes.contains(QLatin1String("'Kamera'")) && notes.contains(QLatin1String("'raughness'")),
+                 qPrintable(notes));
+        // What stood on the unknown object stays in the tree.
+        bool child = false;
+        traverse(scene.root.get(),
+                 [&child](const NodePtr& node)
+                 {
+                     child = child || node->getNodeName() == "On the camera";
+                     return Action::Continue;
+                 });
+        QVERIFY(child);
+    }
+
+    void unsoundStructures_data()
+    {
+        // Objects: a to c are nodes, g a group, x an animation; 1, the root, is a. What is left stands in brackets.
+        kxColumns<QByteArray, QString, QString>("structures", "note", "left");
+        QTest::newRow("good") << QByteArray("{2:4,3:[2]};{3:[3]};{};{};{}") << QString() << "a(b(c))";
+        QTest::newRow("ring") << QByteArray("{3:[2]};{3:[3]};{3:[2]};{};{}") << "'b' stands in two places"
+                              << "a(b(c))";
+        QTest::newRow("itself") << QByteArray("{3:[2]};{3:[2,3]};{};{};{}") << "'b' stands in two places"
+                                << "a(b(c))";
+        QTest::newRow("ring to the root") << QByteArray("{3:[2]};{3:[1,3]};{};{};{}") << "'a' contains itself"
+                                          << "a(b(c))";
+        QTest::newRow("two places") << QByteArray("{3:[2,3]};{3:[3]};{};{};{}") << "'c' stands in two places"
+                                    << "a(b,c)";
+        QTest::newRow("no such object") << QByteArray("{3:[9,3]};{};{};{};{}") << "isn't there"
+                                        << "a(c)";
+        QTest::newRow("core of a wrong class") << QByteArray("{2:2,3:[3]};{};{};{};{}") << "'b' isn't of the class"
+                                               << "a(c)";
+        QTest::newRow("child of a wrong class") << QByteArray("{3:[4,2]};{};{};{};{}") << "object 4 isn't"
+                                                << "a(b)";
+        QTest::newRow("attachment of a wrong class") << QByteArray("{1:[2],3:[3]};{};{};{};{}") << "'b' isn't"
+                                                     << "a(c)";
+        QTest::newRow("parents that don't have it") << QByteArray("{2:4,3:[2]};{};{};{4:[1,2]};{}") << "object 4"
+                                                    << "a(b)";
+        QTest::newRow("animation among objects") << QByteArray("{3:[2]};{3:[5,3]};{};{};{}") << "'x' isn't"
+                                                 << "a(b(c))";
+        QTest::newRow("object among animations") << QByteArray("{3:[2]};{};{};{};{3:[3]}") << "'c' stood among"
+                                                 << "a(b,c)";
+    }
+
+    void unsoundStructures()
+    {
+        QFETCH(QByteArray, structures);
+        QFETCH(QString, note);
+        QFETCH(QString, left);
+        const QCborArray fields{QCborArray{QCborArray{"nodeName", 7}}};
+        const QCborArray classes{QCborArray{"Node", fields[0]}, QCborArray{"Group", QCborArray()},
+                                 QCborArray{"AnimNode", fields[0]}};
+        QCborArray containers;
+        for (const QByteArray& part : structures.split(';'))
+        {
+            // "{2:4,3:[2]}" is JSON but for its keys.
+            const QString json = QString::fromLatin1(part).replace(QRegularExpression("(\\d):"), "\"\\1\":");
+            const QJsonObject entries = QJsonDocument::fromJson(json.toUtf8()).object();
+            QCborMap table;
+            for (auto entry = entries.begin(); entry != entries.end(); ++entry)
+                table.insert(qint64(entry.key().toInt()), QCborValue::fromJsonValue(entry.value()));
+            const char name = "abcgx"[containers.size()];
+            const QCborArray values = name == 'g' ? QCborArray() : QCborArray{QString(QLatin1Char(name))};
+            containers.append(QCborArray{name == 'g' ? 1 : name == 'x' ? 2 : 0, values, table});
+        }
+        const QByteArray bytes =
+            QCborValue(QCborMap{{"classes", classes}, {"containers", containers}, {"root", 1}}).toCbor();
+        kxSceneContent content;
+        kxFileReport report;
+        QVERIFY2(kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report),
+                 qPrintable(report.error()));
+        QCOMPARE(report.notes().size(), note.isEmpty() ? 0 : 1);
+        QVERIFY2(report.notes().join(QString()).contains(note), qPrintable(report.notes().join(QString())));
+        QCOMPARE(namesBelow(content.root.get()), left);
+    }
+
+    /// A way through the scene that no single object is deep on: a writer that counts where it first meets things
+    /// passes it.
+    void whatCantBeOpenedReplacesNothing()
+    {
+        const QString path = _folder.filePath(QStringLiteral("kept.kxs"));
+        const UberMaterialPtr material = UberMaterial::create();
+        kxScene::the()->addMaterial(material);
+        const GeometryPtr near = Geometry::create(), far = Geometry::create();
+        near->setMaterial(material);
+        far->setMaterial(material);
+        addNode(kxScene::the()->root(), "near", near);
+        AnimNodePtr animation = AnimNodeBase::create();
+        kxAnimManager::the()->addAnimation(material, animation);
+        for (int i = 0; i < 1400; ++i)
+        {
+            animation->addChild(AnimNodeBase::create());
+            animation = AnimNodePtr::dcast(animation->getChild(0));
+        }
+        kxFileReport good(path), bad(path);
+        QVERIFY2(kxSceneIO::save(path, good), qPrintable(good.error()));
+        const QByteArray before = bytesOfFile(path);
+        NodePtr node = kxScene::the()->root();
+        for (int i = 0; i < 1400; ++i)
+            node = addNode(node, "deep", Group::create());
+        addNode(node, "far", far);
+        QVERIFY(!kxSceneIO::save(path, bad));
+        QVERIFY2(bad.error().contains(QLatin1String("nested")) && bad.error().contains(QLatin1String("as it was")),
+                 qPrintable(bad.error()));
+        QCOMPARE(bytesOfFile(path), before);
+        QCOMPARE(QDir(_folder.path()).entryList({QStringLiteral("kept*")}, QDir::Files).size(), 1);
+    }
 
 private:
     QTemporaryDir _folder;
 };
-
-void tst_kxSceneFile::init()
-{
-    kxSceneIO::newScene();
-}
-
-void tst_kxSceneFile::savingWhatWasReadGivesTheSameBytes()
-{
-    kxRichScene::make();
-    const QByteArray first = bytesOfScene();
-    QVERIFY(first.size() > kxEnvelope::HeadSize);
-    const QString path = _folder.filePath(QStringLiteral("a.kxs"));
-    QVERIFY(writeFile(path, first));
-    for (int pass = 0; pass < 2; ++pass)
-    {
-        kxFileReport report(path);
-        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
-        QVERIFY2(report.notes().isEmpty(), qPrintable(report.notes().join(QLatin1Char('\n'))));
-        QCOMPARE(bytesOfScene(), first);
-    }
-}
-
-void tst_kxSceneFile::everythingComesBack()
-{
-    kxRichScene::make();
-    const QString path = _folder.filePath(QStringLiteral("b.kxs"));
-    kxFileReport report(path);
-    QVERIFY(kxSceneIO::save(path, report));
-    kxSceneIO::newScene();
-    QVERIFY(nodeNamed("Body") == NullFC);
-    QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
-    QVERIFY(kxSceneIO::open(path, report));
-
-    const NodePtr body = nodeNamed("Body"), twin = nodeNamed("Twin");
-    const GeometryPtr geometry = GeometryPtr::dcast(body->getCore());
-    QVERIFY(geometry != NullFC && twin->getCore() == body->getCore());
-    QVERIFY(geometry->getParents() == std::vector<NodePtr>({twin, body})); // as they took it
-    QCOMPARE(kxScene::the()->materials().size(), std::size_t(2));
-    QVERIFY(geometry->getMaterial() == kxScene::the()->materials()[1]);
-    QVERIFY(SkinPtr::dcast(geometry->getSkin())->joints()[0] == nodeNamed("Joint"));
-    QVERIFY(!nodeNamed("Hidden")->isActive());
-    const AnimNodePtr block = blocksOf(body).front();
-    QCOMPARE(curvesOf(block).at("rotation.Y")->getControlPoints().size(), std::size_t(3));
-    const NodePtr clip = kxAnimManager::the()->clipStructureRoot()->getChild(0);
-    QVERIFY(clip->getChild(0)->getCore() == block->getCore());
-    QCOMPARE(kxAnimManager::the()->fps(), 29.97);
-    QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), 77);
-    QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
-    QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
-             QStringLiteral("R\u00e4der"));
-}
-
-/// Each class with all fields that are to be kept; which these are stands in the test of their descriptions.
-void tst_kxSceneFile::theFileHoldsTheseFields()
-{
-    kxRichScene::make();
-    for (const NodeCorePtr& core :
-         {NodeCorePtr(Viewpoint::create()), NodeCorePtr(SceneSequence::create()), NodeCorePtr(ClippingPlane::create())})
-        addNode(kxScene::the()->sceneryRoot(), "scenery", core);
-    for (const NodeCorePtr& core : {NodeCorePtr(AnimWizClipBase::create()), NodeCorePtr(TimeShapeCacheBase::create())})
-    {
-        const AnimNodePtr node = AnimNodeBase::create();
-        node->setCore(core);
-        kxAnimManager::the()->addToClipStructure(node);
-    }
-    const QCborMap file = QCborValue::fromCbor(bytesOfScene().mid(kxEnvelope::HeadSize)).toMap();
-    QStringList classes;
-    for (const QCborValue& entry : file[QStringLiteral("classes")].toArray())
-    {
-        classes << entry.toArray()[0].toString();
-        const FieldContainerType* const type = FieldContainerType::find(qPrintable(classes.last()));
-        QVERIFY2(type != nullptr, qPrintable(classes.last()));
-        QStringList fields, kept;
-        for (const QCborValue& field : entry.toArray()[1].toArray())
-            fields << field.toArray()[0].toString();
-        for (const FieldDescription& field : type->fields())
-            if (!field.isTransient())
-                kept << QString::fromStdString(field.name());
-        QCOMPARE(fields, kept);
-    }
-    classes.sort();
-    QCOMPARE(classes.join(' '),
-             QString("AnimAttachment AnimBlock AnimClip AnimCurve AnimNode AnimSequence AnimShot AnimWizClip Camera "
-                     "ClippingPlane Geometry Group Image Light Mesh Node SceneSequence Skin Switch TagAttachment "
-                     "TimeShapeCache Transform UberMaterial Viewpoint"));
-    QStringList settings;
-    const QCborMap animation = file[QStringLiteral("animation")].toMap();
-    for (const auto& setting : animation)
-        settings << setting.first.toString();
-    QCOMPARE(settings.join(' '),
-             QString("currentFrame detailedRangeEnd detailedRangeStart evaluateSubframes fps fullRangeEnd "
-                     "fullRangeStart keepKeysAtFrame loopTimeline playbackFPS playbackRangeHint"));
-}
-
-void tst_kxSceneFile::arraysOfAnySizeKeepTheirPlace()
-{
-    // Sizes around those that the writer gathers in blocks and writes past them; an empty array has no address.
-    const std::vector<std::size_t> vertices = {3, 0, 50000, 3, 120000, 0, 70000};
-    for (const std::size_t count : vertices)
-    {
-        std::vector<float> positions(3 * count);
-        for (std::size_t i = 0; i < positions.size(); ++i)
-            positions[i] = float(i % 1000) + float(count);
-        const MeshPtr mesh = Mesh::create();
-        mesh->setPositions(std::move(positions));
-        const GeometryPtr geometry = Geometry::create();
-        geometry->setMesh(mesh);
-        const NodePtr node = Node::create();
-        node->setCore(geometry);
-        kxScene::the()->root()->addChild(node);
-    }
-    const QString path = _folder.filePath(QStringLiteral("arrays.kxs"));
-    kxFileReport report(path);
-    QVERIFY2(kxSceneIO::save(path, report), qPrintable(report.message()));
-    QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.message()));
-    QCOMPARE(std::size_t(kxScene::the()->root()->getNChildren()), vertices.size());
-    for (UInt32 n = 0; n < vertices.size(); ++n)
-    {
-        const GeometryPtr geometry = GeometryPtr::dcast(kxScene::the()->root()->getChild(n)->getCore());
-        const MeshPtr mesh = MeshPtr::dcast(geometry->getMesh());
-        QCOMPARE(std::size_t(mesh->vertexCount()), vertices[n]);
-        for (std::size_t i = 0; i < mesh->positions().size(); i += 997)
-            QCOMPARE(mesh->positions()[i], float(i % 1000) + float(vertices[n]));
-    }
-}
-
-void tst_kxSceneFile::animatedValuesAreSavedAtRest()
-{
-    kxRichScene::make();
-    kxAnimManager* const manager = kxAnimManager::the();
-    const TransformPtr core = TransformPtr::dcast(nodeNamed("Body")->getCore());
-    manager->setCurrentFrame(0, true, false);
-    const QByteArray before = bytesOfScene();
-    manager->setCurrentFrame(20, true, false);
-    const Vec3f animated = core->getEulerRotation();
-    QVERIFY(animated != Vec3f(1, 2, 3));
-    const QByteArray later = bytesOfScene();
-    QVERIFY(core->getEulerRotation() == animated); // saving changes nothing
-    manager->setCurrentFrame(0, true, false);
-    QCOMPARE(bytesOfScene(), before);
-
-    const QString path = _folder.filePath(QStringLiteral("rest.kxs"));
-    QVERIFY(writeFile(path, later));
-    kxSceneContent content;
-    kxFileReport report(path);
-    QVERIFY(kxSceneFile::read(path, content, report));
-    const TransformPtr read = TransformPtr::dcast(content.root->getChild(0)->getCore());
-    QVERIFY(read->getEulerRotation() == Vec3f(1, 2, 3));
-}
-
-void tst_kxSceneFile::whatIsWrittenCanBeRead()
-{
-    // Numbers that a script may have spoilt, and a tree too deep for any reader.
-    const TransformPtr core = Transform::create();
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    core->setTranslation(Vec3f(nan, 5, std::numeric_limits<float>::infinity()));
-    NodePtr node = addNode(kxScene::the()->root(), "spoilt \xff\xfe", core);
-    const QString path = _folder.filePath(QStringLiteral("c.kxs"));
-    kxFileReport report(path), deep(path);
-    QVERIFY(kxSceneIO::save(path, report));
-    QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
-    QCOMPARE(TransformPtr::dcast(nodeNamed("spoilt \xff\xfe")->getCore())->getTranslation()[1], 5.0f);
-    const QByteArray before = bytesOfFile(path);
-    node = kxScene::the()->root();
-    for (int i = 0; i < 1800; ++i)
-        node = addNode(node, "deep", Group::create());
-    QVERIFY(!kxSceneIO::save(path, deep));
-    QVERIFY(deep.error().contains(QLatin1String("nested")));
-    QCOMPARE(bytesOfFile(path), before);
-}
-
-void tst_kxSceneFile::damagedFilesAreRefused()
-{
-    addNode(kxScene::the()->root(), "only", Transform::create());
-    const QByteArray good = bytesOfScene();
-    const QString path = _folder.filePath(QStringLiteral("damaged.kxs"));
-    const auto refused = [&](const QByteArray& bytes)
-    {
-        kxFileReport report(path);
-        kxSceneContent content;
-        return writeFile(path, bytes) && !kxSceneFile::read(path, content, report) && !report.error().isEmpty();
-    };
-    for (int size = 0; size < good.size(); ++size)
-        QVERIFY2(refused(good.left(size)), qPrintable(QStringLiteral("cut at %1").arg(size)));
-    for (int i = 0; i < good.size(); ++i)
-        for (const int bits : {0x01, 0x80, 0xff})
-        {
-            QByteArray bytes = good;
-            bytes[i] = char(bytes[i] ^ bits);
-            QVERIFY2(refused(bytes), qPrintable(QStringLiteral("byte %1").arg(i)));
-        }
-    QVERIFY(refused(good + '\0'));
-    kxFileReport report(path);
-    QVERIFY(!kxSceneIO::open(path, report));
-    QCOMPARE(bytesOfScene(), good); // the open scene stays
-}
-
-void tst_kxSceneFile::damagedContentNeverHarms()
-{
-    kxRichScene::make();
-    const QByteArray good = bytesOfScene().mid(kxEnvelope::HeadSize);
-    std::mt19937 random(7);
-    int refused = 0;
-    for (int round = 0; round < 3000; ++round)
-    {
-        QByteArray bytes = good;
-        for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
-            bytes[int(random() % unsigned(bytes.size()))] = char(random());
-        if (round % 3 == 0)
-            bytes.truncate(int(random() % unsigned(bytes.size())));
-        kxSceneContent content;
-        kxFileReport report;
-        if (!kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report) && ++refused > 0)
-            continue;
-        // What was taken is no mixture, and animations have their root.
-        const auto isSound = [](const NodePtr& root, const FieldContainerType& type)
-        {
-            const auto check = [&type](const NodePtr& node)
-            {
-                const AnimAttachmentPtr attached = node->findAttachment<AnimAttachment>();
-                const bool fits = node->getType().getGroupId() == type.getGroupId() &&
-                                  (attached == NullFC || attached->getAnimationRoot() != NullFC);
-                return fits ? Action::Continue : Action::Quit;
-            };
-            return traverse(root, check) == Action::Continue;
-        };
-        QVERIFY(isSound(content.root.get(), Node::_type) && isSound(content.clips.get(), AnimNode::_type));
-    }
-    QVERIFY(refused > 1000);
-}
-
-void tst_kxSceneFile::unknownClassesAndFieldsAreNamed()
-{
-    kxRichScene::make();
-    QByteArray content = bytesOfScene().mid(kxEnvelope::HeadSize);
-    content.replace("Camera", "Kamera").replace("roughness", "raughness");
-    kxSceneContent scene;
-    kxFileReport report;
-    QVERIFY2(kxSceneFile::readPayload(content.constData(), content.size(), scene, report), qPrintable(report.error()));
-    const QString notes = report.notes().join(QLatin1Char('\n'));
-    QVERIFY2(notes.contains(QLatin1String("'Kamera'")) && notes.contains(QLatin1String("'raughness'")),
-             qPrintable(notes));
-    // What stood on the unknown object stays in the tree.
-    bool child = false;
-    traverse(scene.root.get(),
-             [&child](const NodePtr& node)
-             {
-                 child = child || node->getNodeName() == "On the camera";
-                 return Action::Continue;
-             });
-    QVERIFY(child);
-}
-
-/// A way through the scene that no single object is deep on: a writer that counts where it first meets things passes
-/// it.
-void tst_kxSceneFile::whatCantBeOpenedReplacesNothing()
-{
-    const QString path = _folder.filePath(QStringLiteral("kept.kxs"));
-    const UberMaterialPtr material = UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    const GeometryPtr near = Geometry::create(), far = Geometry::create();
-    near->setMaterial(material);
-    far->setMaterial(material);
-    addNode(kxScene::the()->root(), "near", near);
-    AnimNodePtr animation = AnimNodeBase::create();
-    kxAnimManager::the()->addAnimation(material, animation);
-    for (int i = 0; i < 1400; ++i)
-    {
-        animation->addChild(AnimNodeBase::create());
-        animation = AnimNodePtr::dcast(animation->getChild(0));
-    }
-    kxFileReport good(path), bad(path);
-    QVERIFY2(kxSceneIO::save(path, good), qPrintable(good.error()));
-    const QByteArray before = bytesOfFile(path);
-    NodePtr node = kxScene::the()->root();
-    for (int i = 0; i < 1400; ++i)
-        node = addNode(node, "deep", Group::create());
-    addNode(node, "far", far);
-    QVERIFY(!kxSceneIO::save(path, bad));
-    QVERIFY2(bad.error().contains(QLatin1String("nested")) && bad.error().contains(QLatin1String("as it was")),
-             qPrintable(bad.error()));
-    QCOMPARE(bytesOfFile(path), before);
-    QCOMPARE(QDir(_folder.path()).entryList({QStringLiteral("kept*")}, QDir::Files).size(), 1);
-}
-
-void tst_kxSceneFile::unsoundStructures_data()
-{
-    // Objects: a to c are nodes, g a group, x an animation; 1, the root, is a. What is left stands in brackets.
-    QTest::addColumn<QByteArray>("structures");
-    QTest::addColumn<QString>("note");
-    QTest::addColumn<QString>("left");
-    QTest::newRow("good") << QByteArray("{2:4,3:[2]};{3:[3]};{};{};{}") << QString() << "a(b(c))";
-    QTest::newRow("ring") << QByteArray("{3:[2]};{3:[3]};{3:[2]};{};{}") << "'b' stands in two places"
-                          << "a(b(c))";
-    QTest::newRow("itself") << QByteArray("{3:[2]};{3:[2,3]};{};{};{}") << "'b' stands in two places"
-                            << "a(b(c))";
-    QTest::newRow("ring to the root") << QByteArray("{3:[2]};{3:[1,3]};{};{};{}") << "'a' contains itself"
-                                      << "a(b(c))";
-    QTest::newRow("two places") << QByteArray("{3:[2,3]};{3:[3]};{};{};{}") << "'c' stands in two places"
-                                << "a(b,c)";
-    QTest::newRow("no such object") << QByteArray("{3:[9,3]};{};{};{};{}") << "isn't there"
-                                    << "a(c)";
-    QTest::newRow("core of a wrong class") << QByteArray("{2:2,3:[3]};{};{};{};{}") << "'b' isn't of the class"
-                                           << "a(c)";
-    QTest::newRow("child of a wrong class") << QByteArray("{3:[4,2]};{};{};{};{}") << "object 4 isn't"
-                                            << "a(b)";
-    QTest::newRow("attachment of a wrong class") << QByteArray("{1:[2],3:[3]};{};{};{};{}") << "'b' isn't"
-                                                 << "a(c)";
-    QTest::newRow("parents that don't have it") << QByteArray("{2:4,3:[2]};{};{};{4:[1,2]};{}") << "object 4"
-                                                << "a(b)";
-    QTest::newRow("animation among objects") << QByteArray("{3:[2]};{3:[5,3]};{};{};{}") << "'x' isn't"
-                                             << "a(b(c))";
-    QTest::newRow("object among animations") << QByteArray("{3:[2]};{};{};{};{3:[3]}") << "'c' stood among"
-                                             << "a(b,c)";
-}
-
-void tst_kxSceneFile::unsoundStructures()
-{
-    QFETCH(QByteArray, structures);
-    QFETCH(QString, note);
-    QFETCH(QString, left);
-    const QCborArray fields{QCborArray{QCborArray{"nodeName", 7}}};
-    const QCborArray classes{QCborArray{"Node", fields[0]}, QCborArray{"Group", QCborArray()},
-                             QCborArray{"AnimNode", fields[0]}};
-    QCborArray containers;
-    for (const QByteArray& part : structures.split(';'))
-    {
-        // "{2:4,3:[2]}" is JSON but for its keys.
-        const QString json = QString::fromLatin1(part).replace(QRegularExpression("(\\d):"), "\"\\1\":");
-        const QJsonObject entries = QJsonDocument::fromJson(json.toUtf8()).object();
-        QCborMap table;
-        for (auto entry = entries.begin(); entry != entries.end(); ++entry)
-            table.insert(qint64(entry.key().toInt()), QCborValue::fromJsonValue(entry.value()));
-        const char name = "abcgx"[containers.size()];
-        const QCborArray values = name == 'g' ? QCborArray() : QCborArray{QString(QLatin1Char(name))};
-        containers.append(QCborArray{name == 'g' ? 1 : name == 'x' ? 2 : 0, values, table});
-    }
-    const QByteArray bytes =
-        QCborValue(QCborMap{{"classes", classes}, {"containers", containers}, {"root", 1}}).toCbor();
-    kxSceneContent content;
-    kxFileReport report;
-    QVERIFY2(kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report), qPrintable(report.error()));
-    QCOMPARE(report.notes().size(), note.isEmpty() ? 0 : 1);
-    QVERIFY2(report.notes().join(QString()).contains(note), qPrintable(report.notes().join(QString())));
-    QCOMPARE(namesBelow(content.root.get()), left);
-}
 
 QTEST_MAIN(tst_kxSceneFile)
 #include "tst_kxSceneFile.moc"

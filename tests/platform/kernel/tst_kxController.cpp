@@ -1,5 +1,6 @@
 #include <kxController.h>
 #include <kxModuleBase.h>
+#include <kxTable.h>
 
 #include <kernel/kxModuleRegistry.h>
 
@@ -91,76 +92,70 @@ class tst_kxController : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void handlersDuringDelivery_data();
-    void handlersDuringDelivery();
-    void modulesDuringDelivery();
+    void handlersDuringDelivery_data()
+    {
+        kxColumns<Handlers, QStringList, QStringList>("handlers", "once", "again");
+
+        const auto row = [](const char* name, const Handlers& handlers, const char* once, const char* again)
+        {
+            QTest::newRow(name) << handlers << QString(once).split(' ', Qt::SkipEmptyParts)
+                                << QString(again).split(' ', Qt::SkipEmptyParts);
+        };
+        row("in order, a pair counts once", {&first, &last, &first, nullptr}, "first last", "first last");
+        row("one that leaves skips nobody", {&removesItself, &last}, "self last", "last");
+        row("one that is removed is left out", {&removesLast, &last, &first}, "remover first", "remover first");
+        row("one removed and added again waits", {&renewsLast, &last}, "renewer", "renewer");
+        row("one that is added waits", {&addsLast}, "adder", "adder last");
+        row("a message inside reaches new ones", {&addsLastAndSends}, "last outer", "last outer last");
+        row("an exception ends one handler", {&throws, &last}, "thrower last", "thrower last");
+    }
+
+    void handlersDuringDelivery()
+    {
+        QFETCH(Handlers, handlers);
+        for (const kxController::Callback handler : handlers)
+            kxController::addCB(Name, handler);
+        kxMessage message;
+        ran.clear();
+        kxController::call(Name, message, 0);
+        QTEST(ran, "once");
+        ran.clear();
+        kxController::call(Name, message, 0);
+        QTEST(ran, "again");
+
+        handlers << &last;
+        for (const kxController::Callback handler : handlers)
+            kxController::subCB(Name, handler);
+        QCOMPARE(kxController::call(Name, message, 0), 0);
+    }
+
+    void modulesDuringDelivery()
+    {
+        auto doomed = std::make_unique<Module>(QStringLiteral("doomed"), 1);
+        std::unique_ptr<Module> late;
+        Module killer(QStringLiteral("killer"), 1);
+        auto victim = std::make_unique<Module>(QStringLiteral("victim"), 1);
+        Module witness(QStringLiteral("witness"), 1);
+        doomed->action = [] { throw std::runtime_error("on purpose"); };
+        killer.action = [&]
+        {
+            victim.reset();
+            doomed.reset();
+            if (!late)
+                late = std::make_unique<Module>(QStringLiteral("late"), 1);
+        };
+
+        const QStringList once{QStringLiteral("doomed"), QStringLiteral("killer"), QStringLiteral("witness")};
+        QCOMPARE(delivered(1), once);
+        const QStringList again{QStringLiteral("killer"), QStringLiteral("witness"), QStringLiteral("late")};
+        QCOMPARE(delivered(1), again);
+
+        // A module may end itself while it answers.
+        late->action = [&] { late.reset(); };
+        QCOMPARE(delivered(1), again);
+        QCOMPARE(kxModuleRegistry::the().modules().size(), std::size_t(2));
+    }
 };
-
-void tst_kxController::handlersDuringDelivery_data()
-{
-    QTest::addColumn<Handlers>("handlers");
-    QTest::addColumn<QStringList>("once");
-    QTest::addColumn<QStringList>("again");
-
-    const auto row = [](const char* name, const Handlers& handlers, const char* once, const char* again)
-    {
-        QTest::newRow(name) << handlers << QString(once).split(' ', Qt::SkipEmptyParts)
-                            << QString(again).split(' ', Qt::SkipEmptyParts);
-    };
-    row("in order, a pair counts once", {&first, &last, &first, nullptr}, "first last", "first last");
-    row("one that leaves skips nobody", {&removesItself, &last}, "self last", "last");
-    row("one that is removed is left out", {&removesLast, &last, &first}, "remover first", "remover first");
-    row("one removed and added again waits", {&renewsLast, &last}, "renewer", "renewer");
-    row("one that is added waits", {&addsLast}, "adder", "adder last");
-    row("a message inside reaches new ones", {&addsLastAndSends}, "last outer", "last outer last");
-    row("an exception ends one handler", {&throws, &last}, "thrower last", "thrower last");
-}
-
-void tst_kxController::handlersDuringDelivery()
-{
-    QFETCH(Handlers, handlers);
-    for (const kxController::Callback handler : handlers)
-        kxController::addCB(Name, handler);
-    kxMessage message;
-    ran.clear();
-    kxController::call(Name, message, 0);
-    QTEST(ran, "once");
-    ran.clear();
-    kxController::call(Name, message, 0);
-    QTEST(ran, "again");
-
-    handlers << &last;
-    for (const kxController::Callback handler : handlers)
-        kxController::subCB(Name, handler);
-    QCOMPARE(kxController::call(Name, message, 0), 0);
-}
-
-void tst_kxController::modulesDuringDelivery()
-{
-    auto doomed = std::make_unique<Module>(QStringLiteral("doomed"), 1);
-    std::unique_ptr<Module> late;
-    Module killer(QStringLiteral("killer"), 1);
-    auto victim = std::make_unique<Module>(QStringLiteral("victim"), 1);
-    Module witness(QStringLiteral("witness"), 1);
-    doomed->action = [] { throw std::runtime_error("on purpose"); };
-    killer.action = [&]
-    {
-        victim.reset();
-        doomed.reset();
-        if (!late)
-            late = std::make_unique<Module>(QStringLiteral("late"), 1);
-    };
-
-    const QStringList once{QStringLiteral("doomed"), QStringLiteral("killer"), QStringLiteral("witness")};
-    QCOMPARE(delivered(1), once);
-    const QStringList again{QStringLiteral("killer"), QStringLiteral("witness"), QStringLiteral("late")};
-    QCOMPARE(delivered(1), again);
-
-    // A module may end itself while it answers.
-    late->action = [&] { late.reset(); };
-    QCOMPARE(delivered(1), again);
-    QCOMPARE(kxModuleRegistry::the().modules().size(), std::size_t(2));
-}
 
 QTEST_GUILESS_MAIN(tst_kxController)
 #include "tst_kxController.moc"

@@ -44,116 +44,110 @@ class tst_kxSelection : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void nodesAreSteps();
-    void materialsByMessage();
-    void deadOnesDropOut();
+    void init()
+    {
+        for (int i = 0; i < 3; ++i)
+        {
+            _nodes.push_back(osg::Node::create());
+            _nodes.back()->addRef();
+            _materials.push_back(osg::UberMaterial::create());
+            _materials.back()->addRef();
+        }
+        kxSelection::the().clear();
+        _stack->clear();
+    }
+
+    void cleanup()
+    {
+        for (const osg::NodePtr& node : _nodes)
+            node->subRef();
+        for (const osg::MaterialPtr& material : _materials)
+            material->subRef();
+        _nodes.clear();
+        _materials.clear();
+    }
+
+    void nodesAreSteps()
+    {
+        Listener listener;
+        const QStringList two{QStringLiteral("nodes 2"), QStringLiteral("materials 0")};
+        kxSelectionManager::selectNodes({_nodes[2], osg::NullFC, _nodes[0], _nodes[2]});
+        QCOMPARE(listener.takeHeard(), two);
+        QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
+        QCOMPARE(_stack->undoText(), QStringLiteral("Select 2 Objects"));
+
+        kxSelectionManager::selectNodes({_nodes[2], _nodes[0]});
+        QCOMPARE(_stack->count(), 1);
+        QVERIFY(listener.heard.isEmpty());
+        // Selections with nothing between them are one step, which says what is selected at its end.
+        kxSelectionManager::selectNodes({_nodes[0], _nodes[2]});
+        _nodes[1]->setNodeName("Box");
+        kxSelectionManager::selectNode(_nodes[1]);
+        QCOMPARE(_stack->count(), 1);
+        QCOMPARE(_stack->undoText(), QStringLiteral("Select Box"));
+        kxSelection::the().selectMaterials(_materials);
+        kxSelectionManager::selectNode(osg::NullFC);
+        QCOMPARE(_stack->count(), 3);
+        QVERIFY(kxScenegraph::getSelectedNodes().empty());
+
+        listener.takeHeard();
+        _stack->undo();
+        QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
+        QCOMPARE(listener.takeHeard(), QStringList({QStringLiteral("nodes 1"), QStringLiteral("materials 3")}));
+        _stack->setIndex(0);
+        QVERIFY(kxScenegraph::getSelectedNodes().empty());
+        _stack->setIndex(1);
+        QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
+        kxSelectionManager::selectNode(osg::NullFC);
+        QCOMPARE(_stack->count(), 0); // back where it began
+    }
+
+    void materialsByMessage()
+    {
+        Listener listener;
+        const auto selected = []
+        {
+            kxMessage query;
+            kxController::call(kxMessageName::GetSelectedMaterials, query, 0);
+            return boost::any_cast<Materials>(query.get("matvector"));
+        };
+        kxMessage message;
+        kxController::call(kxMessageName::SelectMaterials, message, 0);
+        message.set("materials", _nodes);
+        kxController::call(kxMessageName::SelectMaterials, message, 0);
+        QVERIFY(selected().empty() && _stack->count() == 0);
+
+        message.set("materials", Materials{_materials[1], _materials[0]});
+        kxController::call(kxMessageName::SelectMaterials, message, 0);
+        QVERIFY(selected() == Materials({_materials[1], _materials[0]}));
+        QCOMPARE(listener.takeHeard(), QStringList(QStringLiteral("materials 2")));
+        kxSelectionManager::selectNode(_nodes[0]);
+        QVERIFY(selected().size() == 2);
+        _stack->setIndex(0);
+        QVERIFY(selected().empty());
+    }
+
+    void deadOnesDropOut()
+    {
+        kxSelectionManager::selectNodes(_nodes);
+        kxSelection::the().selectMaterials(_materials);
+        kxSelectionManager::selectNode(_nodes[0]);
+        QVERIFY(kxSelection::the().contains(_nodes[0]->getId()) && kxSelection::the().contains(_materials[1]->getId()));
+        QVERIFY(!kxSelection::the().contains(_nodes[1]->getId()));
+        const osg::NodePtr dead = _nodes[1];
+        _nodes.erase(_nodes.begin() + 1);
+        dead->subRef();
+        _stack->undo();
+        QVERIFY(kxScenegraph::getSelectedNodes() == _nodes);
+        kxSelectionManager::selectNodes(_nodes);
+        QCOMPARE(_stack->count(), 3); // selected already, so the step that was undone stays
+    }
 
 private:
     Nodes _nodes;
     Materials _materials;
     QUndoStack* _stack = kxUndoStack::get(0).stack();
 };
-
-void tst_kxSelection::init()
-{
-    for (int i = 0; i < 3; ++i)
-    {
-        _nodes.push_back(osg::Node::create());
-        _nodes.back()->addRef();
-        _materials.push_back(osg::UberMaterial::create());
-        _materials.back()->addRef();
-    }
-    kxSelection::the().clear();
-    _stack->clear();
-}
-
-void tst_kxSelection::cleanup()
-{
-    for (const osg::NodePtr& node : _nodes)
-        node->subRef();
-    for (const osg::MaterialPtr& material : _materials)
-        material->subRef();
-    _nodes.clear();
-    _materials.clear();
-}
-
-void tst_kxSelection::nodesAreSteps()
-{
-    Listener listener;
-    const QStringList two{QStringLiteral("nodes 2"), QStringLiteral("materials 0")};
-    kxSelectionManager::selectNodes({_nodes[2], osg::NullFC, _nodes[0], _nodes[2]});
-    QCOMPARE(listener.takeHeard(), two);
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
-    QCOMPARE(_stack->undoText(), QStringLiteral("Select 2 Objects"));
-
-    kxSelectionManager::selectNodes({_nodes[2], _nodes[0]});
-    QCOMPARE(_stack->count(), 1);
-    QVERIFY(listener.heard.isEmpty());
-    // Selections with nothing between them are one step, which says what is selected at its end.
-    kxSelectionManager::selectNodes({_nodes[0], _nodes[2]});
-    _nodes[1]->setNodeName("Box");
-    kxSelectionManager::selectNode(_nodes[1]);
-    QCOMPARE(_stack->count(), 1);
-    QCOMPARE(_stack->undoText(), QStringLiteral("Select Box"));
-    kxSelection::the().selectMaterials(_materials);
-    kxSelectionManager::selectNode(osg::NullFC);
-    QCOMPARE(_stack->count(), 3);
-    QVERIFY(kxScenegraph::getSelectedNodes().empty());
-
-    listener.takeHeard();
-    _stack->undo();
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
-    QCOMPARE(listener.takeHeard(), QStringList({QStringLiteral("nodes 1"), QStringLiteral("materials 3")}));
-    _stack->setIndex(0);
-    QVERIFY(kxScenegraph::getSelectedNodes().empty());
-    _stack->setIndex(1);
-    QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
-    kxSelectionManager::selectNode(osg::NullFC);
-    QCOMPARE(_stack->count(), 0); // back where it began
-}
-
-void tst_kxSelection::materialsByMessage()
-{
-    Listener listener;
-    const auto selected = []
-    {
-        kxMessage query;
-        kxController::call(kxMessageName::GetSelectedMaterials, query, 0);
-        return boost::any_cast<Materials>(query.get("matvector"));
-    };
-    kxMessage message;
-    kxController::call(kxMessageName::SelectMaterials, message, 0);
-    message.set("materials", _nodes);
-    kxController::call(kxMessageName::SelectMaterials, message, 0);
-    QVERIFY(selected().empty() && _stack->count() == 0);
-
-    message.set("materials", Materials{_materials[1], _materials[0]});
-    kxController::call(kxMessageName::SelectMaterials, message, 0);
-    QVERIFY(selected() == Materials({_materials[1], _materials[0]}));
-    QCOMPARE(listener.takeHeard(), QStringList(QStringLiteral("materials 2")));
-    kxSelectionManager::selectNode(_nodes[0]);
-    QVERIFY(selected().size() == 2);
-    _stack->setIndex(0);
-    QVERIFY(selected().empty());
-}
-
-void tst_kxSelection::deadOnesDropOut()
-{
-    kxSelectionManager::selectNodes(_nodes);
-    kxSelection::the().selectMaterials(_materials);
-    kxSelectionManager::selectNode(_nodes[0]);
-    QVERIFY(kxSelection::the().contains(_nodes[0]->getId()) && kxSelection::the().contains(_materials[1]->getId()));
-    QVERIFY(!kxSelection::the().contains(_nodes[1]->getId()));
-    const osg::NodePtr dead = _nodes[1];
-    _nodes.erase(_nodes.begin() + 1);
-    dead->subRef();
-    _stack->undo();
-    QVERIFY(kxScenegraph::getSelectedNodes() == _nodes);
-    kxSelectionManager::selectNodes(_nodes);
-    QCOMPARE(_stack->count(), 3); // selected already, so the step that was undone stays
-}
 
 QTEST_MAIN(tst_kxSelection)
 #include "tst_kxSelection.moc"

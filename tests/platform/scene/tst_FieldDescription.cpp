@@ -79,204 +79,199 @@ class tst_FieldDescription : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void everyClass_data();
-    void everyClass();
-    void filesHoldTheseFields();
-    void copiesHoldEveryField();
-    void componentsAreClampedAndFinite();
-    void addressesLeadToTheComponents();
-    void referencesCheckTheirClass();
-};
-
-void tst_FieldDescription::everyClass_data()
-{
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < int(std::size(Classes)); ++i)
-        QTest::newRow(Classes[i]->getName()) << i;
-}
-
-void tst_FieldDescription::everyClass()
-{
-    QFETCH(int, index);
-    const FieldContainerType& type = *Classes[index];
-    QVERIFY(FieldContainerType::find(type.getName()) == &type);
-    const FieldContainerPtr container = type.create();
-    QVERIFY(container != NullFC);
-    container->addRef();
-    QVERIFY(&container->getType() == &type);
-    std::set<std::string> names;
-    for (const FieldDescription& field : type.fields())
+    void everyClass_data()
     {
-        QVERIFY2(names.insert(field.name()).second, field.name().c_str());
-        QVERIFY2(field.mask().any(), field.name().c_str());
-        const FieldValue value = field.value(*container);
-        // What is read can be written; a value of another type can't.
-        QVERIFY2(field.setValue(*container, value), field.name().c_str());
-        const FieldValue other = std::holds_alternative<bool>(value) ? FieldValue(std::string("x")) : FieldValue(true);
-        QVERIFY2(!field.setValue(*container, other), field.name().c_str());
-        if (std::holds_alternative<float>(value))
-            QVERIFY2(!field.setValue(*container, FieldValue(NotANumber)), field.name().c_str());
-        if (std::holds_alternative<Vec3f>(value))
-            QVERIFY2(!field.setValue(*container, FieldValue(Vec3f(0, NotANumber, 0))), field.name().c_str());
+        QTest::addColumn<int>("index");
+        for (int i = 0; i < int(std::size(Classes)); ++i)
+            QTest::newRow(Classes[i]->getName()) << i;
     }
-    container->subRef();
-}
 
-/// What is written to files and offered as channels: a name that is gone or another is lost in the files of users.
-void tst_FieldDescription::filesHoldTheseFields()
-{
-    QStringList found;
-    std::set<const FieldContainerType*> seen;
-    for (const FieldContainerType* type : Classes)
+    void everyClass()
     {
-        const FieldContainerPtr container = type->create();
+        QFETCH(int, index);
+        const FieldContainerType& type = *Classes[index];
+        QVERIFY(FieldContainerType::find(type.getName()) == &type);
+        const FieldContainerPtr container = type.create();
+        QVERIFY(container != NullFC);
         container->addRef();
-        int at = found.size();
-        for (const FieldContainerType* own = type; own != nullptr; own = own->getParent())
-            if (seen.insert(own).second)
-                found.insert(at, ownFields(*own, container));
-        container->subRef();
-    }
-    found = found.filter(QString(' '));
-    const char* const expected[] = {
-        "AttachmentContainer nodeName:7",
-        "Node travMask:2 visible:0*[0,1]#~",
-        "Transform translation:5*XYZ eulerRotation:5*rotationXYZ eulerRotationOrientation:5*rotationOrientationXYZ "
-        "scale:5*XYZ",
-        "Switch choice:1*[-2,1e+06]#",
-        "Geometry material:12 mesh:12 skin:12",
-        "Camera fieldOfView:3*[0.1,179]~ focalLength:3*[0.104723,13751] near:3*[1e-06,1e+09] far:3*[1e-05,1e+12]",
-        "Light kind:2[0,2] color:5*RGB[0,1] intensity:3*[0,1e+09] coneAngle:3*[0.1,180]",
-        "UberMaterial baseColor:5*RGB[0,1] metallic:3*[0,1] roughness:3*[0,1] opacity:3*[0,1] emissive:5*RGB[0,1000] "
-        "baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
-        "Mesh positions:10 normals:10 texCoords:10 colors:10 indices:9",
-        "Skin joints:13 inverseBindMatrices:10 vertexJoints:9 vertexWeights:10",
-        "Image width:2 height:2 pixels:8 encoded:8",
-        "AnimNodeBase offset:4 scale:3 postCycles:1 locked:0 flipped:0 motionBlur:0 hidden:0 playing:0~ usePlayRange:0 "
-        "playRange:4 lastEvaluationTime:3~",
-        "AnimObject name:7",
-        "AnimCurveBase channelName:7 suffix:7 color:5 controlPoints:14 preInfinityMode:2 postInfinityMode:2",
-        "AnimSequenceBase isVariant:0 isViewpoint:0",
-        "AnimShotBase shotType:2 transitionType:2 interpolation:2 shotDuration:3 transitionDuration:3 startFrom:5 "
-        "startAt:5 endFrom:5 endAt:5 startUp:5 endUp:5 startShotImage:12 endShotImage:12",
-        "AnimWizClipBase start:3 duration:3 interpolation:2 startImage:12 endImage:12",
-        "TimeShapeCacheBase range:4",
-        "AnimAttachmentBase animationRoot:12",
-        "TagAttachmentBase animations:11",
-        "Viewpoint targetDistance:3[0.001,1e+07]",
-        "SceneSequence steps:11",
-    };
-    QCOMPARE(found, QStringList(std::begin(expected), std::end(expected)));
-}
-
-void tst_FieldDescription::copiesHoldEveryField()
-{
-    const auto isKept = [](const FieldDescription& field, const FieldValue& value)
-    { return !field.isTransient() && !std::holds_alternative<FieldContainerPtr>(value); };
-    for (const FieldContainerType* type : Classes)
-    {
-        const FieldContainerPtr container = type->create();
-        container->addRef();
-        for (const FieldDescription& field : type->fields())
-            field.setValue(*container, another(field.value(*container)));
-        FieldContainerPtr copy;
-        if (const AnimNodePtr node = AnimNodePtr::dcast(container))
-            copy = cloneAnimTree(node, true);
-        else if (const NodeCorePtr core = NodeCorePtr::dcast(container))
-            copy = kxAnimTree::copyCore(core);
-        if (copy != NullFC)
+        QVERIFY(&container->getType() == &type);
+        std::set<std::string> names;
+        for (const FieldDescription& field : type.fields())
         {
-            copy->addRef();
-            for (const FieldDescription& field : type->fields())
-                if (isKept(field, field.value(*container)))
-                    QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
-            copy->subRef();
+            QVERIFY2(names.insert(field.name()).second, field.name().c_str());
+            QVERIFY2(field.mask().any(), field.name().c_str());
+            const FieldValue value = field.value(*container);
+            // What is read can be written; a value of another type can't.
+            QVERIFY2(field.setValue(*container, value), field.name().c_str());
+            const FieldValue other =
+                std::holds_alternative<bool>(value) ? FieldValue(std::string("x")) : FieldValue(true);
+            QVERIFY2(!field.setValue(*container, other), field.name().c_str());
+            if (std::holds_alternative<float>(value))
+                QVERIFY2(!field.setValue(*container, FieldValue(NotANumber)), field.name().c_str());
+            if (std::holds_alternative<Vec3f>(value))
+                QVERIFY2(!field.setValue(*container, FieldValue(Vec3f(0, NotANumber, 0))), field.name().c_str());
         }
         container->subRef();
     }
-}
 
-void tst_FieldDescription::componentsAreClampedAndFinite()
-{
-    const UberMaterialPtr material = UberMaterial::create();
-    material->addRef();
-    const FieldDescription& roughness = *UberMaterial::_type.field("roughness");
-    QVERIFY(roughness.setComponent(*material, 0, 7.0f));
-    QCOMPARE(material->getRoughness(), 1.0f);
-    QVERIFY(!roughness.setComponent(*material, 0, NotANumber));
-    QVERIFY(!roughness.setComponent(*material, 1, 0.5f));
-    QCOMPARE(material->getRoughness(), 1.0f);
-    const NodePtr node = Node::create();
-    node->addRef();
-    for (const float shown : {0.4f, 0.6f})
+    /// What is written to files and offered as channels: a name that is gone or another is lost in the files of users.
+    void filesHoldTheseFields()
     {
-        Node::_type.field("visible")->setComponent(*node, 0, shown);
-        QCOMPARE(node->getTravMask(), shown > 0.5f ? UInt32(Node::Active) : 0u);
-    }
-    node->subRef();
-    QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
-    material->subRef();
-
-    const SwitchPtr choice = Switch::create();
-    choice->addRef();
-    QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, 2.6f));
-    QCOMPARE(choice->getChoice(), 3);
-    QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, -1e30f));
-    QCOMPARE(choice->getChoice(), Switch::All);
-    choice->subRef();
-}
-
-void tst_FieldDescription::addressesLeadToTheComponents()
-{
-    for (const FieldContainerType* type : Classes)
-    {
-        const FieldContainerPtr container = type->create();
-        container->addRef();
-        for (const FieldDescription& field : type->fields())
+        QStringList found;
+        std::set<const FieldContainerType*> seen;
+        for (const FieldContainerType* type : Classes)
         {
-            float* const address = field.isAnimatable() ? field.address(*container) : nullptr;
-            for (unsigned i = 0; address != nullptr && i < field.components(); ++i)
+            const FieldContainerPtr container = type->create();
+            container->addRef();
+            int at = found.size();
+            for (const FieldContainerType* own = type; own != nullptr; own = own->getParent())
+                if (seen.insert(own).second)
+                    found.insert(at, ownFields(*own, container));
+            container->subRef();
+        }
+        found = found.filter(QString(' '));
+        const char* const expected[] = {
+            "AttachmentContainer nodeName:7",
+            "Node travMask:2 visible:0*[0,1]#~",
+            "Transform translation:5*XYZ eulerRotation:5*rotationXYZ eulerRotationOrientation:5*rotationOrientationXYZ "
+            "scale:5*XYZ",
+            "Switch choice:1*[-2,1e+06]#",
+            "Geometry material:12 mesh:12 skin:12",
+            "Camera fieldOfView:3*[0.1,179]~ focalLength:3*[0.104723,13751] near:3*[1e-06,1e+09] far:3*[1e-05,1e+12]",
+            "Light kind:2[0,2] color:5*RGB[0,1] intensity:3*[0,1e+09] coneAngle:3*[0.1,180]",
+            "UberMaterial baseColor:5*RGB[0,1] metallic:3*[0,1] roughness:3*[0,1] opacity:3*[0,1] "
+            "emissive:5*RGB[0,1000] "
+            "baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
+            "Mesh positions:10 normals:10 texCoords:10 colors:10 indices:9",
+            "Skin joints:13 inverseBindMatrices:10 vertexJoints:9 vertexWeights:10",
+            "Image width:2 height:2 pixels:8 encoded:8",
+            "AnimNodeBase offset:4 scale:3 postCycles:1 locked:0 flipped:0 motionBlur:0 hidden:0 playing:0~ "
+            "usePlayRange:0 "
+            "playRange:4 lastEvaluationTime:3~",
+            "AnimObject name:7",
+            "AnimCurveBase channelName:7 suffix:7 color:5 controlPoints:14 preInfinityMode:2 postInfinityMode:2",
+            "AnimSequenceBase isVariant:0 isViewpoint:0",
+            "AnimShotBase shotType:2 transitionType:2 interpolation:2 shotDuration:3 transitionDuration:3 startFrom:5 "
+            "startAt:5 endFrom:5 endAt:5 startUp:5 endUp:5 startShotImage:12 endShotImage:12",
+            "AnimWizClipBase start:3 duration:3 interpolation:2 startImage:12 endImage:12",
+            "TimeShapeCacheBase range:4",
+            "AnimAttachmentBase animationRoot:12",
+            "TagAttachmentBase animations:11",
+            "Viewpoint targetDistance:3[0.001,1e+07]",
+            "SceneSequence steps:11",
+        };
+        QCOMPARE(found, QStringList(std::begin(expected), std::end(expected)));
+    }
+
+    void copiesHoldEveryField()
+    {
+        const auto isKept = [](const FieldDescription& field, const FieldValue& value)
+        { return !field.isTransient() && !std::holds_alternative<FieldContainerPtr>(value); };
+        for (const FieldContainerType* type : Classes)
+        {
+            const FieldContainerPtr container = type->create();
+            container->addRef();
+            for (const FieldDescription& field : type->fields())
+                field.setValue(*container, another(field.value(*container)));
+            FieldContainerPtr copy;
+            if (const AnimNodePtr node = AnimNodePtr::dcast(container))
+                copy = cloneAnimTree(node, true);
+            else if (const NodeCorePtr core = NodeCorePtr::dcast(container))
+                copy = kxAnimTree::copyCore(core);
+            if (copy != NullFC)
             {
-                address[i] = 0.25f + 0.125f * float(i);
-                QCOMPARE(field.component(*container, i), address[i]);
+                copy->addRef();
+                for (const FieldDescription& field : type->fields())
+                    if (isKept(field, field.value(*container)))
+                        QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
+                copy->subRef();
             }
+            container->subRef();
         }
-        container->subRef();
     }
-}
 
-/// References of the right class share, and let go with their holder.
-void tst_FieldDescription::referencesCheckTheirClass()
-{
-    int shared = 0;
-    for (const FieldContainerType* type : Classes)
-        for (const FieldContainerType* other : Classes)
+    void componentsAreClampedAndFinite()
+    {
+        const UberMaterialPtr material = UberMaterial::create();
+        material->addRef();
+        const FieldDescription& roughness = *UberMaterial::_type.field("roughness");
+        QVERIFY(roughness.setComponent(*material, 0, 7.0f));
+        QCOMPARE(material->getRoughness(), 1.0f);
+        QVERIFY(!roughness.setComponent(*material, 0, NotANumber));
+        QVERIFY(!roughness.setComponent(*material, 1, 0.5f));
+        QCOMPARE(material->getRoughness(), 1.0f);
+        const NodePtr node = Node::create();
+        node->addRef();
+        for (const float shown : {0.4f, 0.6f})
         {
-            const FieldContainerPtr holder = type->create(), value = other->create();
-            holder->addRef();
-            value->addRef();
-            for (const FieldDescription& field : type->fields())
-                if (std::holds_alternative<FieldContainerPtr>(field.value(*holder)))
-                    shared += field.setValue(*holder, FieldValue(value)) ? 1 : 0;
-            holder->subRef();
-            QCOMPARE(value->getRefCount(), 1u);
-            value->subRef();
+            Node::_type.field("visible")->setComponent(*node, 0, shown);
+            QCOMPARE(node->getTravMask(), shown > 0.5f ? UInt32(Node::Active) : 0u);
         }
-    QVERIFY(shared >= 8);
-    const GeometryPtr geometry = Geometry::create();
-    geometry->addRef();
-    const MeshPtr mesh = Mesh::create();
-    mesh->addRef();
-    const FieldDescription& material = *Geometry::_type.field("material");
-    const FieldDescription& shape = *Geometry::_type.field("mesh");
-    QVERIFY(!material.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
-    QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
-    QCOMPARE(mesh->getRefCount(), 2u);
-    QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr())));
-    QCOMPARE(mesh->getRefCount(), 1u);
-    geometry->subRef();
-    mesh->subRef();
-}
+        node->subRef();
+        QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
+        material->subRef();
+
+        const SwitchPtr choice = Switch::create();
+        choice->addRef();
+        QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, 2.6f));
+        QCOMPARE(choice->getChoice(), 3);
+        QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, -1e30f));
+        QCOMPARE(choice->getChoice(), Switch::All);
+        choice->subRef();
+    }
+
+    void addressesLeadToTheComponents()
+    {
+        for (const FieldContainerType* type : Classes)
+        {
+            const FieldContainerPtr container = type->create();
+            container->addRef();
+            for (const FieldDescription& field : type->fields())
+            {
+                float* const address = field.isAnimatable() ? field.address(*container) : nullptr;
+                for (unsigned i = 0; address != nullptr && i < field.components(); ++i)
+                {
+                    address[i] = 0.25f + 0.125f * float(i);
+                    QCOMPARE(field.component(*container, i), address[i]);
+                }
+            }
+            container->subRef();
+        }
+    }
+
+    /// References of the right class share, and let go with their holder.
+    void referencesCheckTheirClass()
+    {
+        int shared = 0;
+        for (const FieldContainerType* type : Classes)
+            for (const FieldContainerType* other : Classes)
+            {
+                const FieldContainerPtr holder = type->create(), value = other->create();
+                holder->addRef();
+                value->addRef();
+                for (const FieldDescription& field : type->fields())
+                    if (std::holds_alternative<FieldContainerPtr>(field.value(*holder)))
+                        shared += field.setValue(*holder, FieldValue(value)) ? 1 : 0;
+                holder->subRef();
+                QCOMPARE(value->getRefCount(), 1u);
+                value->subRef();
+            }
+        QVERIFY(shared >= 8);
+        const GeometryPtr geometry = Geometry::create();
+        geometry->addRef();
+        const MeshPtr mesh = Mesh::create();
+        mesh->addRef();
+        const FieldDescription& material = *Geometry::_type.field("material");
+        const FieldDescription& shape = *Geometry::_type.field("mesh");
+        QVERIFY(!material.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
+        QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
+        QCOMPARE(mesh->getRefCount(), 2u);
+        QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr())));
+        QCOMPARE(mesh->getRefCount(), 1u);
+        geometry->subRef();
+        mesh->subRef();
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_FieldDescription)
 #include "tst_FieldDescription.moc"

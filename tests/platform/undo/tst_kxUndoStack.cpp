@@ -2,6 +2,7 @@
 
 #include <kxController.h>
 #include <kxMessageNames.h>
+#include <kxTable.h>
 #include <kxUndo.h>
 
 #include <QRandomGenerator>
@@ -160,383 +161,362 @@ class tst_kxUndoStack : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void gestures_data();
-    void gestures();
-    void fieldLeftByAPress();
-    void groupsMerge_data();
-    void groupsMerge();
-    void scopesMergeWhole_data();
-    void scopesMergeWhole();
-    void scopesGroup();
-    void withoutEffect();
-    void exceptions();
-    void messagesOfSteps();
-    void handlersThatAdd();
-    void commandsThatAdd();
-    void randomWalk();
+    void initTestCase()
+    {
+        _stack = kxUndoStack::get(0).stack();
+        kxController::addCB(kxMessageName::Undo, &onUndo);
+        kxController::addCB(kxMessageName::Redo, &onRedo);
+    }
+
+    void init()
+    {
+        _stack->clear();
+        document.clear();
+        Move::position = 0;
+        duringMessage = nullptr;
+        messages.clear();
+    }
+
+    void gestures_data()
+    {
+        kxColumns<QString, int>("between", "steps");
+        QTest::newRow("a drag is one step") << "" << 1;
+        QTest::newRow("two drags are two") << "release" << 2;
+        QTest::newRow("a key ends a gesture") << "key" << 2;
+        QTest::newRow("a modifier doesn't") << "shift" << 1;
+        QTest::newRow("undo and redo end it") << "undo redo" << 2;
+        QTest::newRow("saving ends it") << "save" << 2;
+        QTest::newRow("a release that went elsewhere") << "hover" << 2;
+    }
+
+    void gestures()
+    {
+        QFETCH(QString, between);
+        const auto edit = [] { add(new Append("x", "a")); };
+        edit(); // outside the drag: a step of its own, as is the last
+        _canvas.onMove = edit;
+        kxPress(&_canvas, Place);
+        kxDragTo(&_canvas, Place);
+        if (between == "key")
+            QTest::keyPress(&_canvas, Qt::Key_Left);
+        else if (between == "shift")
+            QTest::keyPress(&_canvas, Qt::Key_Shift, Qt::ShiftModifier);
+        else if (between == "hover")
+            kxSendMouse(&_canvas, QEvent::MouseMove, Place, Qt::NoButton, Qt::NoButton);
+        else if (between == "save")
+            _stack->setClean();
+        else if (between == "undo redo")
+            _stack->setIndex(0), _stack->setIndex(2);
+        else if (between == "release")
+            kxRelease(&_canvas, Place);
+        if (between == "hover" || between == "release")
+            kxPress(&_canvas, Place);
+        kxDragTo(&_canvas, Place);
+        kxDragTo(&_canvas, Place);
+        kxRelease(&_canvas, Place);
+        edit();
+        QFETCH(int, steps);
+        QCOMPARE(_stack->count(), steps + 2);
+        _stack->setIndex(1);
+        QCOMPARE(document, QString("x"));
+        _stack->setIndex(_stack->count());
+        QCOMPARE(document, QString("xxxxx"));
+    }
+
+    void fieldLeftByAPress()
+    {
+        // The press comes to the window, a field loses the focus and writes what was typed, the press comes to the
+        // canvas.
+        QWidget window;
+        const auto edit = [] { add(new Append("x", "a")); };
+        kxPress(&window, Place);
+        edit();
+        drag(_canvas, edit);
+        QCOMPARE(_stack->count(), 2);
+        _stack->undo();
+        QCOMPARE(document, QString("x"));
+    }
+
+    void groupsMerge_data()
+    {
+        kxColumns<QString, QStringList, int>("text", "children", "steps");
+        QTest::newRow("same") << "Group" << QStringList{"a", "b"} << 1;
+        QTest::newRow("another text") << "Other" << QStringList{"a", "b"} << 2;
+        QTest::newRow("another order") << "Group" << QStringList{"b", "a"} << 2;
+        QTest::newRow("fewer") << "Group" << QStringList{"a"} << 2;
+        QTest::newRow("more") << "Group" << QStringList{"a", "b", "b"} << 2;
+        QTest::newRow("second refuses") << "Group" << QStringList{"a", ""} << 2;
+        QTest::newRow("another class") << "Group" << QStringList{"a", "move"} << 2;
+    }
+
+    void groupsMerge()
+    {
+        QFETCH(QString, text);
+        QFETCH(QStringList, children);
+        const auto group = [](const QString& name, const QStringList& channels)
+        {
+            auto* const made = new kxMultiCommand(name, "Animation");
+            for (const QString& channel : channels)
+            {
+                // Commuting edits: merging child by child may change their order.
+                if (channel == QLatin1String("move"))
+                    new Move(1, made);
+                else
+                    new Append("x", channel, made);
+            }
+            return made;
+        };
+        int call = 0;
+        drag(
+            _canvas,
+            [&]
+            {
+                if (call++ == 0)
+                    add(group(QString("Group"), {QString("a"), QString("b")}));
+                else
+                    add(group(text, children));
+            },
+            2);
+        QFETCH(int, steps);
+        QCOMPARE(_stack->count(), steps);
+        QCOMPARE(document.size() + Move::position, 2 + children.size());
+        _stack->setIndex(0);
+        QCOMPARE(document.size() + Move::position, 0);
+    }
+
+    /// Steps of several commands, one at each move of a drag.
+    void scopesMergeWhole_data()
+    {
+        kxColumns<QString, QString, int>("first", "second", "steps");
+        const auto row = [](const char* name, const char* a, const char* b, int steps)
+        { QTest::newRow(name) << QString(a) << QString(b) << steps; };
+        row("same", "a", "", 1);
+        row("first refuses", "c", "", 2);
+        row("second is of another class", "a", "b", 2);
+    }
+
+    void scopesMergeWhole()
+    {
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        int call = 0;
+        drag(
+            _canvas,
+            [&]
+            {
+                const kxScopedUndo scope(true);
+                add(new Append("x", call == 0 ? QString("a") : first));
+                if (call++ == 0 || second.isEmpty())
+                    add(new Move(1));
+                else
+                    add(new Append("y", second));
+            },
+            2);
+        QTEST(_stack->count(), "steps");
+        QCOMPARE(document.size() + Move::position, 4);
+        _stack->setIndex(0);
+        QCOMPARE(document.size() + Move::position, 0);
+    }
+
+    void scopesGroup()
+    {
+        {
+            const kxScopedUndo outer(true);
+            add(new Append("a"));
+            QCOMPARE(document, QString("a"));
+            {
+                const kxScopedUndo inner(true);
+                const kxScopedUndo none(false);
+                add(new Append("b"));
+                add(new Move(2));
+            }
+            QCOMPARE(_stack->count(), 0);
+            add(new Append("c"));
+        }
+        QCOMPARE(_stack->count(), 1);
+        {
+            const kxScopedUndo empty(true);
+        }
+        {
+            const kxScopedUndo none(false);
+            add(new Append("d"));
+            add(new Append("e"));
+        }
+        QCOMPARE(_stack->count(), 3);
+        _stack->setIndex(0);
+        QCOMPARE(document, QString());
+        QCOMPARE(Move::position, 0);
+        _stack->redo();
+        QCOMPARE(document, QString("abc"));
+        QCOMPARE(Move::position, 2);
+    }
+
+    void withoutEffect()
+    {
+        add(nullptr);
+        auto* const obsolete = new Append("a");
+        obsolete->setObsolete(true);
+        add(obsolete);
+        add(new kxMultiCommand("Empty", "Animation"));
+        auto* const noticed = new Append(QString());
+        noticed->duringRedo = [noticed] { noticed->setObsolete(true); };
+        add(noticed);
+        QCOMPARE(_stack->count(), 0);
+        QCOMPARE(takeMessages(), QStringList());
+
+        int by = 5;
+        drag(
+            _canvas, [&] { add(new Move(std::exchange(by, -by))); }, 2);
+        QCOMPARE(Move::position, 0);
+        QCOMPARE(_stack->count(), 0);
+    }
+
+    void exceptions()
+    {
+        add(new Append("a"));
+        auto* const failing = new Append(QString());
+        failing->failsAtRedo = true;
+        add(failing);
+        QCOMPARE(_stack->count(), 1);
+
+        auto* const fragile = new Append(QString());
+        fragile->failsAtUndo = true;
+        add(fragile);
+        add(new Append("c"));
+        _stack->setIndex(0);
+        QCOMPARE(document, QString());
+        QCOMPARE(_stack->count(), 2);
+        _stack->setIndex(2);
+        QCOMPARE(document, QString("ac"));
+    }
+
+    void messagesOfSteps()
+    {
+        auto* const group = new kxMultiCommand("Group", "Animation");
+        new Append("a", QString(), group);
+        new Move(1, group);
+        new Append("b", QString(), group);
+        add(group);
+        QCOMPARE(takeMessages(), QStringList({"add append", "add move"}));
+        {
+            const kxScopedUndo scope(true);
+            add(new Move(1));
+            add(new Append("c"));
+            add(new Move(1));
+        }
+        QCOMPARE(takeMessages(), QStringList({"add move", "add append"}));
+        add(new Move(1));
+        takeMessages();
+
+        _stack->undo();
+        QCOMPARE(takeMessages(), QStringList("undo move"));
+        _stack->undo();
+        QCOMPARE(takeMessages(), QStringList({"undo move", "undo append"}));
+        _stack->redo();
+        QCOMPARE(takeMessages(), QStringList({"redo move", "redo append"}));
+        duringMessage = [] { QCOMPARE(document, QString()); };
+        _stack->setIndex(0); // many steps at once: each class once, when all is done
+        QCOMPARE(takeMessages(), QStringList({"undo move", "undo append"}));
+        _stack->clear();
+        QCOMPARE(takeMessages(), QStringList());
+    }
+
+    void handlersThatAdd()
+    {
+        duringMessage = [] { add(new Append("b")); };
+        add(new Append("a"));
+        QCOMPARE(document, QString("ab"));
+        QCOMPARE(_stack->count(), 2);
+        duringMessage = [] { add(new Append("c")); };
+        _stack->undo();
+        QCOMPARE(document, QString("ac"));
+        QCOMPARE(_stack->count(), 2);
+        QVERIFY(!_stack->canRedo());
+        duringMessage = [this] { _stack->undo(); };
+        _stack->undo();
+        QCOMPARE(document, QString());
+        _stack->setIndex(2);
+        QCOMPARE(document, QString("ac"));
+    }
+
+    void commandsThatAdd()
+    {
+        auto* const outer = new Append("a");
+        outer->duringRedo = [outer]
+        {
+            outer->duringRedo = nullptr;
+            add(new Append("b"));
+        };
+        add(outer);
+        QCOMPARE(_stack->count(), 1);
+        _stack->undo();
+        QCOMPARE(document, QString());
+        _stack->redo();
+        QCOMPARE(document, QString("ab"));
+
+        // The stack can't take a command in the middle of an undo; it stands there afterwards.
+        outer->duringUndo = [] { add(new Append("c")); };
+        _stack->undo();
+        QCOMPARE(document, QString("c"));
+        QCOMPARE(_stack->count(), 1);
+        _stack->undo();
+        QCOMPARE(document, QString());
+    }
+
+    void randomWalk()
+    {
+        QRandomGenerator random(20);
+        for (int i = 0; i < 300; ++i)
+        {
+            const QString text = QString(QChar('a' + random.bounded(26)));
+            switch (random.bounded(6))
+            {
+            case 0:
+                add(new Append(text, "a"));
+                break;
+            case 1:
+                drag(
+                    _canvas, [&] { add(new Append(text, "a")); }, random.bounded(4));
+                break;
+            case 2:
+            {
+                const kxScopedUndo scope(true);
+                for (int n = random.bounded(4); n > 0; --n)
+                    add(new Append(text + QString::number(n)));
+                break;
+            }
+            case 3:
+            {
+                auto* const group = new kxMultiCommand("Group", "Animation");
+                for (int n = random.bounded(3); n > 0; --n)
+                    new Append(text, QString(), group);
+                add(group);
+                break;
+            }
+            case 4:
+                drag(_canvas, [&] { add(new Move(random.bounded(3) - 1)); });
+                break;
+            default:
+                _stack->setIndex(qMax(0, _stack->index() + random.bounded(5) - 2));
+                break;
+            }
+        }
+        const QString end = document;
+        const int position = Move::position;
+        _stack->setIndex(_stack->count());
+        const QString all = document;
+        _stack->setIndex(0);
+        QCOMPARE(document, QString());
+        QCOMPARE(Move::position, 0);
+        _stack->setIndex(_stack->count());
+        QCOMPARE(document, all);
+        QVERIFY(all.startsWith(end) && qAbs(position) < 1000);
+    }
 
 private:
     QUndoStack* _stack = nullptr;
     Canvas _canvas;
 };
-
-void tst_kxUndoStack::initTestCase()
-{
-    _stack = kxUndoStack::get(0).stack();
-    kxController::addCB(kxMessageName::Undo, &onUndo);
-    kxController::addCB(kxMessageName::Redo, &onRedo);
-}
-
-void tst_kxUndoStack::init()
-{
-    _stack->clear();
-    document.clear();
-    Move::position = 0;
-    duringMessage = nullptr;
-    messages.clear();
-}
-
-void tst_kxUndoStack::gestures_data()
-{
-    QTest::addColumn<QString>("between");
-    QTest::addColumn<int>("steps");
-    QTest::newRow("a drag is one step") << "" << 1;
-    QTest::newRow("two drags are two") << "release" << 2;
-    QTest::newRow("a key ends a gesture") << "key" << 2;
-    QTest::newRow("a modifier doesn't") << "shift" << 1;
-    QTest::newRow("undo and redo end it") << "undo redo" << 2;
-    QTest::newRow("saving ends it") << "save" << 2;
-    QTest::newRow("a release that went elsewhere") << "hover" << 2;
-}
-
-void tst_kxUndoStack::gestures()
-{
-    QFETCH(QString, between);
-    const auto edit = [] { add(new Append("x", "a")); };
-    edit(); // outside the drag: a step of its own, as is the last
-    _canvas.onMove = edit;
-    kxPress(&_canvas, Place);
-    kxDragTo(&_canvas, Place);
-    if (between == "key")
-        QTest::keyPress(&_canvas, Qt::Key_Left);
-    else if (between == "shift")
-        QTest::keyPress(&_canvas, Qt::Key_Shift, Qt::ShiftModifier);
-    else if (between == "hover")
-        kxSendMouse(&_canvas, QEvent::MouseMove, Place, Qt::NoButton, Qt::NoButton);
-    else if (between == "save")
-        _stack->setClean();
-    else if (between == "undo redo")
-        _stack->setIndex(0), _stack->setIndex(2);
-    else if (between == "release")
-        kxRelease(&_canvas, Place);
-    if (between == "hover" || between == "release")
-        kxPress(&_canvas, Place);
-    kxDragTo(&_canvas, Place);
-    kxDragTo(&_canvas, Place);
-    kxRelease(&_canvas, Place);
-    edit();
-    QFETCH(int, steps);
-    QCOMPARE(_stack->count(), steps + 2);
-    _stack->setIndex(1);
-    QCOMPARE(document, QString("x"));
-    _stack->setIndex(_stack->count());
-    QCOMPARE(document, QString("xxxxx"));
-}
-
-void tst_kxUndoStack::fieldLeftByAPress()
-{
-    // The press comes to the window, a field loses the focus and writes what was typed, the press comes to the canvas.
-    QWidget window;
-    const auto edit = [] { add(new Append("x", "a")); };
-    kxPress(&window, Place);
-    edit();
-    drag(_canvas, edit);
-    QCOMPARE(_stack->count(), 2);
-    _stack->undo();
-    QCOMPARE(document, QString("x"));
-}
-
-void tst_kxUndoStack::groupsMerge_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("children");
-    QTest::addColumn<int>("steps");
-    QTest::newRow("same") << "Group" << QStringList{"a", "b"} << 1;
-    QTest::newRow("another text") << "Other" << QStringList{"a", "b"} << 2;
-    QTest::newRow("another order") << "Group" << QStringList{"b", "a"} << 2;
-    QTest::newRow("fewer") << "Group" << QStringList{"a"} << 2;
-    QTest::newRow("more") << "Group" << QStringList{"a", "b", "b"} << 2;
-    QTest::newRow("second refuses") << "Group" << QStringList{"a", ""} << 2;
-    QTest::newRow("another class") << "Group" << QStringList{"a", "move"} << 2;
-}
-
-void tst_kxUndoStack::groupsMerge()
-{
-    QFETCH(QString, text);
-    QFETCH(QStringList, children);
-    const auto group = [](const QString& name, const QStringList& channels)
-    {
-        auto* const made = new kxMultiCommand(name, "Animation");
-        for (const QString& channel : channels)
-        {
-            // Commuting edits: merging child by child may change their order.
-            if (channel == QLatin1String("move"))
-                new Move(1, made);
-            else
-                new Append("x", channel, made);
-        }
-        return made;
-    };
-    int call = 0;
-    drag(
-        _canvas,
-        [&]
-        {
-            if (call++ == 0)
-                add(group(QString("Group"), {QString("a"), QString("b")}));
-            else
-                add(group(text, children));
-        },
-        2);
-    QFETCH(int, steps);
-    QCOMPARE(_stack->count(), steps);
-    QCOMPARE(document.size() + Move::position, 2 + children.size());
-    _stack->setIndex(0);
-    QCOMPARE(document.size() + Move::position, 0);
-}
-
-/// Steps of several commands, one at each move of a drag.
-void tst_kxUndoStack::scopesMergeWhole_data()
-{
-    QTest::addColumn<QString>("first");
-    QTest::addColumn<QString>("second");
-    QTest::addColumn<int>("steps");
-    const auto row = [](const char* name, const char* a, const char* b, int steps)
-    { QTest::newRow(name) << QString(a) << QString(b) << steps; };
-    row("same", "a", "", 1);
-    row("first refuses", "c", "", 2);
-    row("second is of another class", "a", "b", 2);
-}
-
-void tst_kxUndoStack::scopesMergeWhole()
-{
-    QFETCH(QString, first);
-    QFETCH(QString, second);
-    int call = 0;
-    drag(
-        _canvas,
-        [&]
-        {
-            const kxScopedUndo scope(true);
-            add(new Append("x", call == 0 ? QString("a") : first));
-            if (call++ == 0 || second.isEmpty())
-                add(new Move(1));
-            else
-                add(new Append("y", second));
-        },
-        2);
-    QTEST(_stack->count(), "steps");
-    QCOMPARE(document.size() + Move::position, 4);
-    _stack->setIndex(0);
-    QCOMPARE(document.size() + Move::position, 0);
-}
-
-void tst_kxUndoStack::scopesGroup()
-{
-    {
-        const kxScopedUndo outer(true);
-        add(new Append("a"));
-        QCOMPARE(document, QString("a"));
-        {
-            const kxScopedUndo inner(true);
-            const kxScopedUndo none(false);
-            add(new Append("b"));
-            add(new Move(2));
-        }
-        QCOMPARE(_stack->count(), 0);
-        add(new Append("c"));
-    }
-    QCOMPARE(_stack->count(), 1);
-    {
-        const kxScopedUndo empty(true);
-    }
-    {
-        const kxScopedUndo none(false);
-        add(new Append("d"));
-        add(new Append("e"));
-    }
-    QCOMPARE(_stack->count(), 3);
-    _stack->setIndex(0);
-    QCOMPARE(document, QString());
-    QCOMPARE(Move::position, 0);
-    _stack->redo();
-    QCOMPARE(document, QString("abc"));
-    QCOMPARE(Move::position, 2);
-}
-
-void tst_kxUndoStack::withoutEffect()
-{
-    add(nullptr);
-    auto* const obsolete = new Append("a");
-    obsolete->setObsolete(true);
-    add(obsolete);
-    add(new kxMultiCommand("Empty", "Animation"));
-    auto* const noticed = new Append(QString());
-    noticed->duringRedo = [noticed] { noticed->setObsolete(true); };
-    add(noticed);
-    QCOMPARE(_stack->count(), 0);
-    QCOMPARE(takeMessages(), QStringList());
-
-    int by = 5;
-    drag(
-        _canvas, [&] { add(new Move(std::exchange(by, -by))); }, 2);
-    QCOMPARE(Move::position, 0);
-    QCOMPARE(_stack->count(), 0);
-}
-
-void tst_kxUndoStack::exceptions()
-{
-    add(new Append("a"));
-    auto* const failing = new Append(QString());
-    failing->failsAtRedo = true;
-    add(failing);
-    QCOMPARE(_stack->count(), 1);
-
-    auto* const fragile = new Append(QString());
-    fragile->failsAtUndo = true;
-    add(fragile);
-    add(new Append("c"));
-    _stack->setIndex(0);
-    QCOMPARE(document, QString());
-    QCOMPARE(_stack->count(), 2);
-    _stack->setIndex(2);
-    QCOMPARE(document, QString("ac"));
-}
-
-void tst_kxUndoStack::messagesOfSteps()
-{
-    auto* const group = new kxMultiCommand("Group", "Animation");
-    new Append("a", QString(), group);
-    new Move(1, group);
-    new Append("b", QString(), group);
-    add(group);
-    QCOMPARE(takeMessages(), QStringList({"add append", "add move"}));
-    {
-        const kxScopedUndo scope(true);
-        add(new Move(1));
-        add(new Append("c"));
-        add(new Move(1));
-    }
-    QCOMPARE(takeMessages(), QStringList({"add move", "add append"}));
-    add(new Move(1));
-    takeMessages();
-
-    _stack->undo();
-    QCOMPARE(takeMessages(), QStringList("undo move"));
-    _stack->undo();
-    QCOMPARE(takeMessages(), QStringList({"undo move", "undo append"}));
-    _stack->redo();
-    QCOMPARE(takeMessages(), QStringList({"redo move", "redo append"}));
-    duringMessage = [] { QCOMPARE(document, QString()); };
-    _stack->setIndex(0); // many steps at once: each class once, when all is done
-    QCOMPARE(takeMessages(), QStringList({"undo move", "undo append"}));
-    _stack->clear();
-    QCOMPARE(takeMessages(), QStringList());
-}
-
-void tst_kxUndoStack::handlersThatAdd()
-{
-    duringMessage = [] { add(new Append("b")); };
-    add(new Append("a"));
-    QCOMPARE(document, QString("ab"));
-    QCOMPARE(_stack->count(), 2);
-    duringMessage = [] { add(new Append("c")); };
-    _stack->undo();
-    QCOMPARE(document, QString("ac"));
-    QCOMPARE(_stack->count(), 2);
-    QVERIFY(!_stack->canRedo());
-    duringMessage = [this] { _stack->undo(); };
-    _stack->undo();
-    QCOMPARE(document, QString());
-    _stack->setIndex(2);
-    QCOMPARE(document, QString("ac"));
-}
-
-void tst_kxUndoStack::commandsThatAdd()
-{
-    auto* const outer = new Append("a");
-    outer->duringRedo = [outer]
-    {
-        outer->duringRedo = nullptr;
-        add(new Append("b"));
-    };
-    add(outer);
-    QCOMPARE(_stack->count(), 1);
-    _stack->undo();
-    QCOMPARE(document, QString());
-    _stack->redo();
-    QCOMPARE(document, QString("ab"));
-
-    // The stack can't take a command in the middle of an undo; it stands there afterwards.
-    outer->duringUndo = [] { add(new Append("c")); };
-    _stack->undo();
-    QCOMPARE(document, QString("c"));
-    QCOMPARE(_stack->count(), 1);
-    _stack->undo();
-    QCOMPARE(document, QString());
-}
-
-void tst_kxUndoStack::randomWalk()
-{
-    QRandomGenerator random(20);
-    for (int i = 0; i < 300; ++i)
-    {
-        const QString text = QString(QChar('a' + random.bounded(26)));
-        switch (random.bounded(6))
-        {
-        case 0:
-            add(new Append(text, "a"));
-            break;
-        case 1:
-            drag(
-                _canvas, [&] { add(new Append(text, "a")); }, random.bounded(4));
-            break;
-        case 2:
-        {
-            const kxScopedUndo scope(true);
-            for (int n = random.bounded(4); n > 0; --n)
-                add(new Append(text + QString::number(n)));
-            break;
-        }
-        case 3:
-        {
-            auto* const group = new kxMultiCommand("Group", "Animation");
-            for (int n = random.bounded(3); n > 0; --n)
-                new Append(text, QString(), group);
-            add(group);
-            break;
-        }
-        case 4:
-            drag(_canvas, [&] { add(new Move(random.bounded(3) - 1)); });
-            break;
-        default:
-            _stack->setIndex(qMax(0, _stack->index() + random.bounded(5) - 2));
-            break;
-        }
-    }
-    const QString end = document;
-    const int position = Move::position;
-    _stack->setIndex(_stack->count());
-    const QString all = document;
-    _stack->setIndex(0);
-    QCOMPARE(document, QString());
-    QCOMPARE(Move::position, 0);
-    _stack->setIndex(_stack->count());
-    QCOMPARE(document, all);
-    QVERIFY(all.startsWith(end) && qAbs(position) < 1000);
-}
 
 QTEST_MAIN(tst_kxUndoStack)
 #include "tst_kxUndoStack.moc"

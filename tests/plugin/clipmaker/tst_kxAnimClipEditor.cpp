@@ -25,387 +25,6 @@
 #include <functional>
 #include <limits>
 
-/// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
-/// "Show", which holds the block twice: at frame 0 and at frame 48.
-class tst_kxAnimClipEditor : public QObject
-{
-    Q_OBJECT
-private Q_SLOTS:
-    void init();
-    void cleanup() { _maker.reset(); }
-    void showsWhatIsSelected();
-    void framesWhatWasNotSeen();
-    void bringsNewBarsIntoSight();
-    void rowsAndBarsSelectEachOther();
-    void fieldsEditBarsAndClip();
-    void operatorsChangeEachBar_data();
-    void operatorsChangeEachBar();
-    void playsTheClip();
-    void wrapsAtTheEnds();
-    void wrapsPastNoTrigger_data();
-    void wrapsPastNoTrigger();
-    void fieldsFollowTheClip();
-    void tellsTheLibraryFirst();
-    void offersWhatCanBeMade();
-    void placesCameraTracks_data();
-    void placesCameraTracks();
-    void placesTriggers_data();
-    void placesTriggers();
-    void deletesByTheLastFocus();
-    void rowsGoWithWhatIsDeleted();
-    void pastesIntoClipsAlone();
-    void answersAndFollows();
-    void showsTheSourceInSight();
-    void holdsTheDialogOfWizardClips();
-    void doesNothingWithoutItsWindow();
-    void askingSurvivesItsParent();
-
-private:
-    void select(const osg::AnimNodePtr& node) { _maker->select(node); }
-    kxAnimClipScene* shown() const { return _maker->shown; }
-    kxAnimClipStructureWidget* tree() const { return _maker->tree; }
-    void press(const char* button) { _form->findChild<QToolButton*>(button)->click(); }
-    static osg::AnimNodePtr child(const osg::AnimNodePtr& node, unsigned int index)
-    {
-        return kxClipMakerFixture::child(node, index);
-    }
-
-    std::unique_ptr<kxClipMakerFixture> _maker;
-    kxAnimClipEditorGUIW* _form = nullptr;
-    osg::NodePtr _object;
-    osg::AnimNodePtr _clip;
-};
-
-void tst_kxAnimClipEditor::init()
-{
-    _maker = std::make_unique<kxClipMakerFixture>();
-    _form = _maker->form;
-    _object = kxAnimFixture::object("Box");
-    const osg::AnimNodePtr block =
-        kxAnimFixture::block("Move", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})});
-    kxAnimManager::the()->addAnimation(_object, block);
-    _clip = kxAnimFixture::clip("Show", {kxAnimFixture::clone(block, 0), kxAnimFixture::clone(block, 2)});
-    kxAnimManager::the()->addToClipStructure(_clip);
-    tree()->rebuild(false);
-    _maker->show();
-}
-
-void tst_kxAnimClipEditor::showsWhatIsSelected()
-{
-    QVERIFY(!_form->_start->isEnabled() && !_form->_postCycles->isEnabled());
-    select(_clip);
-    QCOMPARE(shown()->clip(), _clip);
-    QCOMPARE(shown()->bars().size(), 2);
-    QCOMPARE(_form->_duration->value(), 72.0);
-    QVERIFY(_form->_postCycles->isEnabled() && !_form->_duration->isEnabled());
-    // What is no clip is shown in the clip that holds it, also among hits of a search.
-    const osg::AnimNodePtr trigger = kxAnimFixture::trigger("Bell", 1);
-    _clip->addChild(trigger);
-    for (const bool isHit : {false, true})
-        for (const osg::AnimNodePtr& inside : {child(_clip, 1), trigger})
-        {
-            isHit ? tree()->rebuildFrom({_clip, inside}) : tree()->rebuild(false);
-            shown()->clear();
-            select(inside);
-            QCOMPARE(shown()->clip(), _clip);
-            QCOMPARE(shown()->bars().size(), 3);
-        }
-    const kxOwned<osg::AnimNode> loose(kxAnimFixture::block("Loose", {}));
-    tree()->rebuildFrom({loose});
-    select(loose);
-    QVERIFY(shown()->clip() == osg::NullFC);
-    tree()->rebuild(false);
-    tree()->expandAll();
-    tree()->selectAll();
-    QCOMPARE(shown()->bars().size(), 0);
-}
-
-void tst_kxAnimClipEditor::framesWhatWasNotSeen()
-{
-    const osg::AnimNodePtr far = kxAnimFixture::clip("Far", {kxAnimFixture::clone(child(_clip, 0), 400)});
-    kxAnimManager::the()->addToClipStructure(far);
-    tree()->rebuild(false);
-    const auto seen = [this](const osg::AnimNodePtr& clip)
-    {
-        select(clip);
-        _maker->view->grab();
-        return _maker->view->mapToScene(_maker->view->viewport()->rect()).boundingRect();
-    };
-    const QRectF first = seen(_clip);
-    QVERIFY(first.left() < 0 && std::abs(first.right() - 72) < 1);
-    QVERIFY(std::abs(seen(far).right() - 9624) < 1);
-    QVERIFY2(std::abs(seen(_clip).right() - 72) < 1, "nothing of it was in sight");
-    _maker->view->scale(0.5, 1); // the user's
-    const QRectF wider = seen(_clip);
-    tree()->clearSelection();
-    QCOMPARE(seen(_clip), wider);
-    _maker->docks.getDockWidget("Clip Maker")->close();
-    select(far);
-    _maker->docks.show("Clip Maker");
-    QVERIFY(std::abs(seen(far).right() - 9624) < 1);
-}
-
-void tst_kxAnimClipEditor::bringsNewBarsIntoSight()
-{
-    select(_clip);
-    _maker->view->grab();
-    const auto isInSight = [this]
-    {
-        const int dpi = int(kxPlatform::getDpiScaleX());
-        const QRect free = _maker->view->viewport()->rect().adjusted(80 * dpi, 20 * dpi, 0, -20 * dpi);
-        return free.intersects(_maker->view->mapFromScene(shown()->bars().back()->sceneBoundingRect()).boundingRect());
-    };
-    shown()->bars()[1]->setSelected(true);
-    for (int i = 0; i < 20; ++i) // each on a track of its own
-        shown()->duplicateSelectedItems();
-    QVERIFY(isInSight());
-    shown()->copySelectedItems();
-    shown()->setTime(3000);
-    shown()->paste();
-    QVERIFY(isInSight());
-    shown()->setTime(-4000);
-    QMetaObject::invokeMethod(_maker->module.get(), "pasteClone"); // into the tree
-    QCoreApplication::processEvents();
-    QVERIFY(isInSight());
-    static_cast<kxAnimClipItem*>(shown()->bars()[0])->duplicate();
-    QVERIFY(isInSight());
-    const QPoint place = _maker->view->mapFromScene(0, 0);
-    child(_clip, 1)->moveBy(2000, 0); // its bar is no new one
-    kxAnimFixture::changed(child(_clip, 1), osg::AnimNode::OffsetFieldMask);
-    QCoreApplication::processEvents();
-    QCOMPARE(_maker->view->mapFromScene(0, 0), place);
-}
-
-void tst_kxAnimClipEditor::rowsAndBarsSelectEachOther()
-{
-    const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {kxAnimFixture::clone(child(_clip, 0), 1)});
-    inner->setOffset(osg::Vec2f(6, 0));
-    _clip->addChild(inner);
-    tree()->rebuild(false);
-    tree()->collapseAll();
-    const auto row = [this](const osg::AnimNodePtr& node)
-    {
-        QTreeWidgetItemIterator it(tree());
-        while (*it != nullptr && static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() != node->getId())
-            ++it;
-        return *it;
-    };
-    const auto picture = [&](const osg::AnimNodePtr& node)
-    { return tree()->viewport()->grab(tree()->visualItemRect(row(node))).toImage(); };
-    select(_clip);
-    shown()->bars()[1]->setSelected(true);
-    QVERIFY(row(_clip)->isExpanded()); // the row is in sight, and stands out
-    QCOMPARE(tree()->selectedClip(), _clip);
-    const QImage marked = picture(child(_clip, 1));
-    QVERIFY(marked != picture(child(_clip, 0)));
-    tree()->rebuild(true);
-    QCOMPARE(picture(child(_clip, 1)), marked);
-
-    select(child(_clip, 0));
-    QCOMPARE(shown()->selectedBars(), {shown()->bars()[0]});
-    QVERIFY(picture(child(_clip, 1)) != marked);
-    shown()->bars()[1]->setSelected(true);
-    tree()->rebuild(true); // new rows are no new selection
-    QCOMPARE(shown()->selectedBars().size(), 2);
-    shown()->bars()[0]->setSelected(false);
-    QCOMPARE(tree()->selectedItems(), {row(child(_clip, 1))});
-    shown()->bars()[1]->setSelected(false);
-    shown()->bars()[2]->setSelected(true);
-    QCOMPARE(shown()->clip(), _clip); // the inner clip isn't shown by a click on its bar
-    select(inner);
-    QCOMPARE(shown()->clip(), inner);
-}
-
-void tst_kxAnimClipEditor::fieldsEditBarsAndClip()
-{
-    select(_clip);
-    kxAnimAbstractClipItem* const bar = shown()->bars()[1];
-    bar->setSelected(true);
-    _form->_start->setValue(50);
-    QCOMPARE(bar->node()->getOffset()[0] * 24, 50.0f);
-    bar->setX(60); // as a drag does
-    QCOMPARE(_form->_start->value(), 60.0);
-    _form->_start->setValue(50.3); // snapped away
-    QCOMPARE(_form->_start->value(), 50.0);
-    _form->_duration->setValue(48);
-    QCOMPARE(bar->node()->getScale(), 2.0f);
-    _form->_duration->setValue(0); // refused: nothing could make it longer again
-    QVERIFY(bar->node()->getScale() > 0);
-    QCOMPARE(_form->_duration->value(), 48.0);
-    _form->_postCycles->setValue(3);
-    QCOMPARE(bar->node()->getPostCycles(), 3);
-    shown()->clearSelection();
-    bar->setSelected(true);
-    QCOMPARE(_form->_duration->value(), 48.0); // of one pass
-    _form->_duration->setValue(72);
-    QCOMPARE(bar->node()->getScale(), 3.0f);
-    shown()->clearSelection();
-    QFocusEvent focus(QEvent::FocusIn);
-    QApplication::sendEvent(_maker->view, &focus);
-    QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), _clip->getId());
-    _form->_postCycles->setValue(-1);
-    QCOMPARE(_clip->getPostCycles(), -1);
-    QVERIFY(std::isfinite(_form->_duration->value()));
-    _clip->setPostCycles(std::numeric_limits<int>::max());
-    select(child(_clip, 0));
-    select(_clip);
-    QVERIFY(_form->_duration->value() >= 0);
-    tree()->clearSelection();
-    QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), 0u);
-}
-
-void tst_kxAnimClipEditor::operatorsChangeEachBar_data()
-{
-    // bars: start and length of the two that are selected, which begin as "48+24,120+48"
-    kxColumns<QString, QString, QString>("field", "typed", "bars");
-    kxRow("start plus", "_start", "+=24", "72+24,144+48");
-    kxRow("start divided", "_start", "/=2", "24+24,60+48");
-    kxRow("one start for all", "_start", "30", "30+24,30+48");
-    kxRow("divided by nothing", "_start", "/=0", "48+24,120+48");
-    kxRow("duration times", "_duration", "*=1.5", "48+36,120+72");
-    kxRow("duration minus", "_duration", "-=12", "48+12,120+36");
-    kxRow("no length for one of them", "_duration", "-=30", "48+24,120+18");
-    kxRow("one duration for all", "_duration", "=36", "48+36,120+36");
-}
-
-void tst_kxAnimClipEditor::operatorsChangeEachBar()
-{
-    QFETCH(QString, field);
-    QFETCH(QString, typed);
-    QFETCH(QString, bars);
-    const osg::AnimNodePtr longer = kxAnimFixture::clone(child(_clip, 0), 5, 1);
-    longer->setScale(2);
-    _clip->addChild(longer);
-    tree()->rebuild(false);
-    select(_clip);
-    for (const int i : {1, 2})
-        shown()->bars()[i]->setSelected(true);
-    auto* const spinner = _form->findChild<QKXDoubleSpiner*>(field);
-    spinner->selectAll();
-    QTest::keyClicks(spinner, typed);
-    QTest::keyClick(spinner, Qt::Key_Return);
-    QStringList now;
-    for (const int i : {1, 2})
-    {
-        const kxClipGeometry::Span span = kxClipNodes::spanOf(child(_clip, unsigned(i)));
-        now << QString("%1+%2").arg(std::round(span.x * 100) / 100).arg(std::round(span.width * 100) / 100);
-    }
-    QCOMPARE(now.join(','), bars);
-    const QString last = now.back();
-    QCOMPARE(spinner->value(), last.split('+')[field == "_start" ? 0 : 1].toDouble());
-    QCOMPARE(child(_clip, 0)->getOffset()[0], 0.0f);
-    const bool isRefused = QByteArray(QTest::currentDataTag()).startsWith("no ");
-    QCOMPARE(!_form->statusbar->currentMessage().isEmpty(), isRefused);
-}
-
-void tst_kxAnimClipEditor::playsTheClip()
-{
-    const kxFramePlayer& player = *kxFramePlayer::the();
-    press("_play"); // no clip, nothing to play
-    QVERIFY(!player.isPlaying() && !_form->_play->isChecked());
-    select(_clip);
-    press("_play");
-    QVERIFY(player.isPlaying());
-    QCOMPARE(player.owner(), static_cast<void*>(_maker->module.get()));
-    QCOMPARE(player.getPlaybackParams().end, 72.0);
-    press("_playRev");
-    QVERIFY(player.getPlaybackParams().reverse && _form->_playRev->isChecked() && !_form->_play->isChecked());
-    press("_stop");
-    QVERIFY(!player.isPlaying() && _form->_gotoStart->isEnabled() && !_form->_playRev->isChecked());
-    press("_play");
-    kxFramePlayer::the()->start(kxFramePlaybackParams(), false, this); // another owner takes the player
-    QVERIFY(!_form->_play->isChecked());
-    kxFramePlayer::the()->stop(this);
-    press("_play");
-    _maker->deliver(kxMessageId::AnimationsChanged);
-    QVERIFY2(player.isPlaying(), "the same rows, built anew, let it play");
-    select(child(_clip, 0));
-    QVERIFY2(!player.isPlaying(), "another selection stops the playback");
-}
-
-void tst_kxAnimClipEditor::wrapsAtTheEnds()
-{
-    kxFramePlayer& player = *kxFramePlayer::the();
-    kxMessage message;
-    select(_clip);
-    press("_play");
-    shown()->setTime(30);
-    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
-    QCOMPARE(shown()->time(), 0.0);
-    QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 0.0f);
-    press("_playRev");
-    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
-    QCOMPARE(shown()->time(), 72.0);
-    press("_stop");
-    shown()->setTime(30);
-    player.start(kxFramePlaybackParams(), false, this); // the loops of others are no business of the clip
-    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
-    QCOMPARE(shown()->time(), 30.0);
-    player.stop(this);
-}
-
-void tst_kxAnimClipEditor::wrapsPastNoTrigger_data()
-{
-    kxColumns<double, bool, QString>("rate", "reverse", "fired");
-    kxRow("at the scene's rate", 24.0, false, "late");
-    kxRow("every frame", -1.0, false, "late");
-    kxRow("slower", 12.0, false, "late");
-    kxRow("back", 24.0, true, "early");
-    kxRow("back and faster", 48.0, true, "early");
-}
-
-/// The way to the far end fires what lies on it; the way back fires nothing.
-void tst_kxAnimClipEditor::wrapsPastNoTrigger()
-{
-    QFETCH(double, rate);
-    QFETCH(bool, reverse);
-    QFETCH(QString, fired);
-    const osg::AnimNodePtr late =
-        kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2), kxAnimFixture::trigger("early", 2.25f),
-                                     kxAnimFixture::trigger("late", 2.75f)});
-    kxAnimManager::the()->addToClipStructure(late);
-    tree()->rebuild(false);
-    select(late); // frames 48 to 72
-    const double rateBefore = kxAnimManager::the()->playbackFPS();
-    kxAnimManager::the()->setPlaybackFPS(rate);
-    press(reverse ? "_playRev" : "_play");
-    kxAnimManager::the()->setPlaybackFPS(rateBefore);
-    shown()->setTime(60);
-    QStringList heard;
-    kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
-                           { heard << QString::fromStdString(name); });
-    kxMessage message;
-    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
-    kxTriggers::setHandler(nullptr);
-    QCOMPARE(heard.join(','), fired);
-    QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
-}
-
-void tst_kxAnimClipEditor::fieldsFollowTheClip()
-{
-    select(_clip);
-    const osg::AnimNodePtr second = child(_clip, 1);
-    second->moveBy(1, 0); // by a script, say
-    kxAnimFixture::changed(second, osg::AnimNode::OffsetFieldMask);
-    QCoreApplication::processEvents();
-    QCOMPARE(_form->_duration->value(), 96.0);
-    shown()->bars()[1]->setSelected(true);
-    QCOMPARE(_form->_start->value(), 72.0);
-    kxAnimManager::the()->setFPS(30); // keys keep their seconds
-    QCOMPARE(shown()->bars()[1]->x(), 90.0);
-    QCOMPARE(_form->_start->value(), 90.0);
-    _form->_start->setValue(130);
-    QCOMPARE(second->getOffset()[0] * 30, 130.0f);
-    shown()->clearSelection();
-    QCOMPARE(_form->_duration->value(), 160.0);
-    second->getParent()->subChild(second);
-    _clip->moveBy(2, 0);
-    kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask);
-    QCoreApplication::processEvents();
-    QCOMPARE(_form->_start->value(), 60.0);
-    QCOMPARE(_form->_duration->value(), 30.0);
-}
-
 namespace
 {
 std::vector<osg::AnimNodePtr> announced;
@@ -427,311 +46,668 @@ public:
 };
 } // namespace
 
-/// What the library does with it may build the tree anew before the clip is shown.
-void tst_kxAnimClipEditor::tellsTheLibraryFirst()
+/// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
+/// "Show", which holds the block twice: at frame 0 and at frame 48.
+class tst_kxAnimClipEditor : public QObject
 {
-    select(_clip);
-    tree()->expandAll();
-    osg::AnimNodePtr shownThen = _clip;
-    onAnnounced = [&]
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
     {
-        shownThen = shown()->clip();
-        const QSignalBlocker blocker(tree());
-        tree()->rebuild(true);
-    };
-    kxCallbacks callbacks;
-    callbacks.add(kxMessageName::ClipBlockSelected, hearBlocks);
-    tree()->clearSelection();
-    QCOMPARE(shown()->bars().size(), 0);
-    select(child(_clip, 1));
-    QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 1)});
-    QVERIFY(shownThen == osg::NullFC);
-    QCOMPARE(shown()->clip(), _clip);
-    QCOMPARE(shown()->bars().size(), 2);
-    onAnnounced = [] {};
-    QCOMPARE(shown()->selectedBars(), {shown()->bars()[1]});
-    shown()->clearSelection();
-    announced.clear();
-    shown()->bars()[0]->setSelected(true);
-    QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 0)});
-}
+        _maker = std::make_unique<kxClipMakerFixture>();
+        _form = _maker->form;
+        _object = kxAnimFixture::object("Box");
+        const osg::AnimNodePtr block =
+            kxAnimFixture::block("Move", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})});
+        kxAnimManager::the()->addAnimation(_object, block);
+        _clip = kxAnimFixture::clip("Show", {kxAnimFixture::clone(block, 0), kxAnimFixture::clone(block, 2)});
+        kxAnimManager::the()->addToClipStructure(_clip);
+        tree()->rebuild(false);
+        _maker->show();
+    }
 
-/// Also in a menu that stands open, torn off.
-void tst_kxAnimClipEditor::offersWhatCanBeMade()
-{
-    const auto offered = [this]
+    void cleanup() { _maker.reset(); }
+
+    void showsWhatIsSelected()
     {
-        QStringList texts;
-        for (const QAction* const action : _form->findChildren<QAction*>())
-            if (QStringList({"Clip", "Camera Track", "Viewpoint", "Variant Set", "Sequence"})
-                    .contains(action->text()) &&
-                action->isEnabled())
-                texts << action->text();
-        return texts.join(',');
-    };
-    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
-    select(_clip);
-    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track,Viewpoint,Variant Set,Sequence"));
-    select(child(_clip, 0));
-    QCOMPARE(offered(), QStringLiteral("Camera Track"));
-    tree()->expandAll();
-    tree()->selectAll();
-    QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
-}
+        QVERIFY(!_form->_start->isEnabled() && !_form->_postCycles->isEnabled());
+        select(_clip);
+        QCOMPARE(shown()->clip(), _clip);
+        QCOMPARE(shown()->bars().size(), 2);
+        QCOMPARE(_form->_duration->value(), 72.0);
+        QVERIFY(_form->_postCycles->isEnabled() && !_form->_duration->isEnabled());
+        // What is no clip is shown in the clip that holds it, also among hits of a search.
+        const osg::AnimNodePtr trigger = kxAnimFixture::trigger("Bell", 1);
+        _clip->addChild(trigger);
+        for (const bool isHit : {false, true})
+            for (const osg::AnimNodePtr& inside : {child(_clip, 1), trigger})
+            {
+                isHit ? tree()->rebuildFrom({_clip, inside}) : tree()->rebuild(false);
+                shown()->clear();
+                select(inside);
+                QCOMPARE(shown()->clip(), _clip);
+                QCOMPARE(shown()->bars().size(), 3);
+            }
+        const kxOwned<osg::AnimNode> loose(kxAnimFixture::block("Loose", {}));
+        tree()->rebuildFrom({loose});
+        select(loose);
+        QVERIFY(shown()->clip() == osg::NullFC);
+        tree()->rebuild(false);
+        tree()->expandAll();
+        tree()->selectAll();
+        QCOMPARE(shown()->bars().size(), 0);
+    }
 
-void tst_kxAnimClipEditor::placesCameraTracks_data()
-{
-    // clip: that gets the track
-    kxColumns<QString, int, QString>("selected", "clipsBefore", "clip");
-    kxRow("nothing selected", "", 1, "Crane_Clip");
-    kxRow("into the selected clip", "Show", 1, "Show");
-    kxRow("several selected", "Show,Other", 2, "Crane_Clip");
-}
-
-void tst_kxAnimClipEditor::placesCameraTracks()
-{
-    QFETCH(QString, selected);
-    QFETCH(int, clipsBefore);
-    QFETCH(QString, clip);
-    _clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
-    _clip->setScale(2);
-    kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
-    const osg::NodePtr camera = kxAnimFixture::object("Crane");
-    camera->setCore(osg::Camera::create());
-    kxAnimManager::the()->addAnimation(
-        camera, kxAnimFixture::block("Way", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})}));
-    Cameras cameras;
-    cameras.tracks = {kxdCameraTrackNode(camera.getFieldContainerId())};
-    kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
-    kxNodeService nodes;
-    kxKernelServiceFactory::the().addService<kxNodeService>(&nodes);
-    if (clipsBefore > 1)
-        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("Other", {}));
-    tree()->rebuild(false);
-    tree()->clearSelection();
-    for (int i = 0; i < tree()->topLevelItemCount(); ++i)
-        tree()->topLevelItem(i)->setSelected(selected.split(',').contains(tree()->topLevelItem(i)->text(0)));
-    QTimer::singleShot(0, this,
-                       []
-                       {
-                           auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
-                           dialog->_frame->setValue(12);
-                           dialog->accept();
-                       });
-    QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "addCameraTrack"));
-    kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
-    kxKernelServiceFactory::the().addService<kxNodeService>(nullptr);
-    const osg::AnimNodePtr target = shown()->clip();
-    QCOMPARE(QString::fromStdString(target->getNodeName()), clip);
-    QCOMPARE(tree()->selectedClip(), target);
-    const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
-    QVERIFY(placed->getHidden());
-    QCOMPARE(shown()->bars().back()->x(), 12.0);
-    QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(shown()->bars().back()->pos())));
-    // In "Show" a block begins before its end.
-    QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
-    // No clip came but that one, and the clips that were there hold what they held.
-    QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
-    QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
-}
-
-void tst_kxAnimClipEditor::placesTriggers_data()
-{
-    kxColumns<QString, bool, bool, QString>("slot", "isVariant", "isViewpoint", "toolTip");
-    kxRow("sequence", "addSequence", false, false, "Sequence: Open");
-    kxRow("variant set", "addVariant", true, false, "Variant: Cap/Red");
-    kxRow("viewpoint", "addViewpoint", false, true, "Viewpoint: Side");
-}
-
-void tst_kxAnimClipEditor::placesTriggers()
-{
-    QFETCH(QString, slot);
-    QFETCH(bool, isVariant);
-    QFETCH(bool, isViewpoint);
-    QFETCH(QString, toolTip);
-    kxCallbacks answers;
-    answers.add(kxMessageName::GetSequences,
-                [](kxMessage& message) { message.set("sequences", std::set<QString>{"Open"}, true); });
-    answers.add(kxMessageName::GetVariants,
-                [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
-    Cameras cameras;
-    cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side").getFieldContainerId())};
-    kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
-    select(_clip);
-    QTimer::singleShot(0, this,
-                       []
-                       {
-                           auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
-                           dialog->_frame->setValue(6000);
-                           dialog->accept();
-                       });
-    QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), qPrintable(slot)));
-    kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
-    const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(child(_clip, 2)->getCore());
-    const QString name = toolTip.section(": ", 1);
-    QCOMPARE(QString::fromStdString(core->getName()), name);
-    QCOMPARE(core->getIsVariant(), isVariant);
-    QCOMPARE(core->getIsViewpoint(), isViewpoint);
-    const kxAnimAbstractClipItem* const marker = shown()->bars().back();
-    QCOMPARE(marker->toolTip(), toolTip);
-    QCOMPARE(marker->x(), 6000.0);
-    QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(marker->pos() + QPointF(0, 9))));
-    QCOMPARE(tree()->topLevelItem(0)->childCount(), 3);
-    QCOMPARE(tree()->selectedClip(), _clip);
-}
-
-void tst_kxAnimClipEditor::deletesByTheLastFocus()
-{
-    select(_clip);
-    const auto remove = [this] { QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "clickedDelete")); };
-    remove(); // neither had the focus
-    QCOMPARE(_clip->getNChildren(), 2u);
-    QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "updateLastDeleteFocus",
-                                      Q_ARG(QWidget*, _form->findChild<kxAnimClipView*>())));
-    shown()->bars()[0]->setSelected(true);
-    remove();
-    QCOMPARE(_clip->getNChildren(), 1u);
-    kxUndoStack::get(0).stack()->undo();
-    QCOMPARE(_clip->getNChildren(), 2u);
-    QCOMPARE(shown()->bars().size(), 2);
-}
-
-/// Whoever deletes, a row that is left behind would be clicked, shown and dropped on.
-void tst_kxAnimClipEditor::rowsGoWithWhatIsDeleted()
-{
-    const auto rows = [this]
+    void framesWhatWasNotSeen()
     {
+        const osg::AnimNodePtr far = kxAnimFixture::clip("Far", {kxAnimFixture::clone(child(_clip, 0), 400)});
+        kxAnimManager::the()->addToClipStructure(far);
+        tree()->rebuild(false);
+        const auto seen = [this](const osg::AnimNodePtr& clip)
+        {
+            select(clip);
+            _maker->view->grab();
+            return _maker->view->mapToScene(_maker->view->viewport()->rect()).boundingRect();
+        };
+        const QRectF first = seen(_clip);
+        QVERIFY(first.left() < 0 && std::abs(first.right() - 72) < 1);
+        QVERIFY(std::abs(seen(far).right() - 9624) < 1);
+        QVERIFY2(std::abs(seen(_clip).right() - 72) < 1, "nothing of it was in sight");
+        _maker->view->scale(0.5, 1); // the user's
+        const QRectF wider = seen(_clip);
+        tree()->clearSelection();
+        QCOMPARE(seen(_clip), wider);
+        _maker->docks.getDockWidget("Clip Maker")->close();
+        select(far);
+        _maker->docks.show("Clip Maker");
+        QVERIFY(std::abs(seen(far).right() - 9624) < 1);
+    }
+
+    void bringsNewBarsIntoSight()
+    {
+        select(_clip);
+        _maker->view->grab();
+        const auto isInSight = [this]
+        {
+            const int dpi = int(kxPlatform::getDpiScaleX());
+            const QRect free = _maker->view->viewport()->rect().adjusted(80 * dpi, 20 * dpi, 0, -20 * dpi);
+            return free.intersects(
+                _maker->view->mapFromScene(shown()->bars().back()->sceneBoundingRect()).boundingRect());
+        };
+        shown()->bars()[1]->setSelected(true);
+        for (int i = 0; i < 20; ++i) // each on a track of its own
+            shown()->duplicateSelectedItems();
+        QVERIFY(isInSight());
+        shown()->copySelectedItems();
+        shown()->setTime(3000);
+        shown()->paste();
+        QVERIFY(isInSight());
+        shown()->setTime(-4000);
+        QMetaObject::invokeMethod(_maker->module.get(), "pasteClone"); // into the tree
         QCoreApplication::processEvents();
-        return tree()->topLevelItemCount() == 0 ? -1 : tree()->topLevelItem(0)->childCount();
-    };
-    select(_clip);
-    shown()->bars()[0]->setSelected(true);
-    shown()->deleteSelectedItems(); // as the bar's own menu does
-    QCOMPARE(rows(), 1);
-    QUndoStack& stack = *kxUndoStack::get(0).stack();
-    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand({kxNodePtr(_clip)})); // as a script does
-    QCOMPARE(rows(), -1);
-    for (const int count : {1, 2, 1, -1})
-    {
-        count < rows() ? stack.redo() : stack.undo();
-        QCOMPARE(rows(), count);
+        QVERIFY(isInSight());
+        static_cast<kxAnimClipItem*>(shown()->bars()[0])->duplicate();
+        QVERIFY(isInSight());
+        const QPoint place = _maker->view->mapFromScene(0, 0);
+        child(_clip, 1)->moveBy(2000, 0); // its bar is no new one
+        kxAnimFixture::changed(child(_clip, 1), osg::AnimNode::OffsetFieldMask);
+        QCoreApplication::processEvents();
+        QCOMPARE(_maker->view->mapFromScene(0, 0), place);
     }
-}
 
-void tst_kxAnimClipEditor::pastesIntoClipsAlone()
-{
-    const osg::AnimNodePtr block = child(_clip, 1);
-    kxAnimManager::the()->copy(block, osg::FieldContainerPtr());
-    const auto paste = [this]
+    void rowsAndBarsSelectEachOther()
     {
-        kxCapturedStderr log;
-        QMetaObject::invokeMethod(_maker->module.get(), "pasteClone");
-        return log.text();
-    };
-    select(block);
-    QVERIFY(paste().contains("\"Move\": it is no clip"));
-    QCOMPARE(block->getNChildren(), 1u);
-    QCOMPARE(_clip->getNChildren(), 2u);
-    select(_clip);
-    shown()->setTime(120);
-    QVERIFY(paste().isEmpty());
-    QCOMPARE(_clip->getNChildren(), 3u);
-    QCoreApplication::processEvents(); // the bars follow
-    QCOMPARE(shown()->bars().back()->x(), 120.0);
-}
+        const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {kxAnimFixture::clone(child(_clip, 0), 1)});
+        inner->setOffset(osg::Vec2f(6, 0));
+        _clip->addChild(inner);
+        tree()->rebuild(false);
+        tree()->collapseAll();
+        const auto row = [this](const osg::AnimNodePtr& node)
+        {
+            QTreeWidgetItemIterator it(tree());
+            while (*it != nullptr && static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() != node->getId())
+                ++it;
+            return *it;
+        };
+        const auto picture = [&](const osg::AnimNodePtr& node)
+        { return tree()->viewport()->grab(tree()->visualItemRect(row(node))).toImage(); };
+        select(_clip);
+        shown()->bars()[1]->setSelected(true);
+        QVERIFY(row(_clip)->isExpanded()); // the row is in sight, and stands out
+        QCOMPARE(tree()->selectedClip(), _clip);
+        const QImage marked = picture(child(_clip, 1));
+        QVERIFY(marked != picture(child(_clip, 0)));
+        tree()->rebuild(true);
+        QCOMPARE(picture(child(_clip, 1)), marked);
 
-void tst_kxAnimClipEditor::answersAndFollows()
-{
-    kxMessage question;
-    kxController::call(kxMessageName::SelectedClipNode, question, 0);
-    QVERIFY(question.get("node").empty());
-    select(_clip);
-    kxController::call(kxMessageName::SelectedClipNode, question, 0);
-    QCOMPARE(boost::any_cast<osg::AnimNodePtr>(question.get("node")), _clip);
-    kxMessage frame;
-    frame.set("frame", 36.0, true);
-    kxController::call(kxMessageName::FramePlayerFrameChanged, frame, 0);
-    QCOMPARE(shown()->time(), 36.0);
-    kxAnimSequenceGUIW* triggers = nullptr;
-    for (QWidget* const widget : QApplication::topLevelWidgets())
-        if (auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(widget))
-            triggers = dialog;
-    triggers->_frame->setValue(36);
-    kxAnimFixture::clear();
-    _maker->deliver(kxMessageId::NewScene);
-    QCOMPARE(tree()->topLevelItemCount(), 0);
-    QCOMPARE(shown()->bars().size(), 0);
-    QCOMPARE(shown()->time(), 0.0);
-    QCOMPARE(triggers->_frame->value(), 0);
-}
-
-/// Where its window stands behind a tab, too.
-void tst_kxAnimClipEditor::showsTheSourceInSight()
-{
-    auto* const curves = new QWidget;
-    _maker->docks.add("Curve Editor", "", curves, "", QIcon(), "Curves", 0, false, nullptr);
-    _maker->docks.getDockWidget("Curve Editor")->setMinimized(true);
-    _maker->docks.show("Clip Maker");
-    QCoreApplication::processEvents();
-    QVERIFY(curves->visibleRegion().isEmpty());
-    select(_clip);
-    static_cast<kxAnimClipItem*>(shown()->bars()[1])->showSource();
-    QCoreApplication::processEvents();
-    QVERIFY(!curves->visibleRegion().isEmpty());
-}
-
-void tst_kxAnimClipEditor::holdsTheDialogOfWizardClips()
-{
-    const osg::AnimNodePtr made = kxAnimFixture::group<osg::AnimWizClipBase>("Made", {});
-    made->addChild(kxAnimFixture::clone(child(_clip, 0), 0));
-    made->setOffset(osg::Vec2f(4, 0));
-    _clip->addChild(made);
-    kxAnimFixture::changed(_clip, osg::Node::ChildrenFieldMask);
-    select(_clip);
-    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
-    const auto length = [this] { return shown()->bars()[2]->sceneBoundingRect().width(); };
-
-    dialog->show(made);
-    dialog->_duration->setValue(3);
-    QCoreApplication::processEvents();
-    QCOMPARE(length(), 72.0); // the bar follows
-    _maker->docks.getDockWidget("Clip Maker")->close();
-    _maker->deliver(kxMessageId::StopPlayback); // with the window hidden too
-    QVERIFY(!dialog->isVisible());
-    _maker->docks.show("Clip Maker");
-    QCoreApplication::processEvents();
-    select(_clip);
-    QCOMPARE(length(), 24.0);
-
-    dialog->show(made);
-    _maker->deliver(kxMessageId::NewScene);
-    QVERIFY(!dialog->isVisible() && dialog->clip() == osg::NullFC);
-    _maker->module.reset();
-    QVERIFY(kxAnimWizClipGUI::the() == nullptr);
-}
-
-void tst_kxAnimClipEditor::doesNothingWithoutItsWindow()
-{
-    delete _form;
-    for (const kxMessageId::Id id : {kxMessageId::NewScene, kxMessageId::SceneChanged, kxMessageId::ClipsChanged})
-    {
-        kxMessage message(id);
-        QCOMPARE(_maker->module->receivedMessage(message), 0);
+        select(child(_clip, 0));
+        QCOMPARE(shown()->selectedBars(), {shown()->bars()[0]});
+        QVERIFY(picture(child(_clip, 1)) != marked);
+        shown()->bars()[1]->setSelected(true);
+        tree()->rebuild(true); // new rows are no new selection
+        QCOMPARE(shown()->selectedBars().size(), 2);
+        shown()->bars()[0]->setSelected(false);
+        QCOMPARE(tree()->selectedItems(), {row(child(_clip, 1))});
+        shown()->bars()[1]->setSelected(false);
+        shown()->bars()[2]->setSelected(true);
+        QCOMPARE(shown()->clip(), _clip); // the inner clip isn't shown by a click on its bar
+        select(inner);
+        QCOMPARE(shown()->clip(), inner);
     }
-    kxMessage message;
-    for (const char* const name : {kxMessageName::TrashCleared, kxMessageName::UpdateClipScene,
-                                   kxMessageName::SelectedClipNode, kxMessageName::FramePlayerLoopChanged})
-        kxController::call(name, message, 0);
-}
 
-/// The question about an animation that is in the way; its answers stand in the test of the wizard.
-void tst_kxAnimClipEditor::askingSurvivesItsParent()
-{
-    const QPointer<QWidget> parent(new QWidget);
-    QTimer::singleShot(0, qApp, [parent] { delete parent; });
-    QCOMPARE(kxAnimClipInterferenceGUIImpl::ask(parent), 0);
-    QVERIFY(parent.isNull());
-}
+    void fieldsEditBarsAndClip()
+    {
+        select(_clip);
+        kxAnimAbstractClipItem* const bar = shown()->bars()[1];
+        bar->setSelected(true);
+        _form->_start->setValue(50);
+        QCOMPARE(bar->node()->getOffset()[0] * 24, 50.0f);
+        bar->setX(60); // as a drag does
+        QCOMPARE(_form->_start->value(), 60.0);
+        _form->_start->setValue(50.3); // snapped away
+        QCOMPARE(_form->_start->value(), 50.0);
+        _form->_duration->setValue(48);
+        QCOMPARE(bar->node()->getScale(), 2.0f);
+        _form->_duration->setValue(0); // refused: nothing could make it longer again
+        QVERIFY(bar->node()->getScale() > 0);
+        QCOMPARE(_form->_duration->value(), 48.0);
+        _form->_postCycles->setValue(3);
+        QCOMPARE(bar->node()->getPostCycles(), 3);
+        shown()->clearSelection();
+        bar->setSelected(true);
+        QCOMPARE(_form->_duration->value(), 48.0); // of one pass
+        _form->_duration->setValue(72);
+        QCOMPARE(bar->node()->getScale(), 3.0f);
+        shown()->clearSelection();
+        QFocusEvent focus(QEvent::FocusIn);
+        QApplication::sendEvent(_maker->view, &focus);
+        QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), _clip->getId());
+        _form->_postCycles->setValue(-1);
+        QCOMPARE(_clip->getPostCycles(), -1);
+        QVERIFY(std::isfinite(_form->_duration->value()));
+        _clip->setPostCycles(std::numeric_limits<int>::max());
+        select(child(_clip, 0));
+        select(_clip);
+        QVERIFY(_form->_duration->value() >= 0);
+        tree()->clearSelection();
+        QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), 0u);
+    }
+
+    void operatorsChangeEachBar_data()
+    {
+        // bars: start and length of the two that are selected, which begin as "48+24,120+48"
+        kxColumns<QString, QString, QString>("field", "typed", "bars");
+        kxRow("start plus", "_start", "+=24", "72+24,144+48");
+        kxRow("start divided", "_start", "/=2", "24+24,60+48");
+        kxRow("one start for all", "_start", "30", "30+24,30+48");
+        kxRow("divided by nothing", "_start", "/=0", "48+24,120+48");
+        kxRow("duration times", "_duration", "*=1.5", "48+36,120+72");
+        kxRow("duration minus", "_duration", "-=12", "48+12,120+36");
+        kxRow("no length for one of them", "_duration", "-=30", "48+24,120+18");
+        kxRow("one duration for all", "_duration", "=36", "48+36,120+36");
+    }
+
+    void operatorsChangeEachBar()
+    {
+        QFETCH(QString, field);
+        QFETCH(QString, typed);
+        QFETCH(QString, bars);
+        const osg::AnimNodePtr longer = kxAnimFixture::clone(child(_clip, 0), 5, 1);
+        longer->setScale(2);
+        _clip->addChild(longer);
+        tree()->rebuild(false);
+        select(_clip);
+        for (const int i : {1, 2})
+            shown()->bars()[i]->setSelected(true);
+        auto* const spinner = _form->findChild<QKXDoubleSpiner*>(field);
+        spinner->selectAll();
+        QTest::keyClicks(spinner, typed);
+        QTest::keyClick(spinner, Qt::Key_Return);
+        QStringList now;
+        for (const int i : {1, 2})
+        {
+            const kxClipGeometry::Span span = kxClipNodes::spanOf(child(_clip, unsigned(i)));
+            now << QString("%1+%2").arg(std::round(span.x * 100) / 100).arg(std::round(span.width * 100) / 100);
+        }
+        QCOMPARE(now.join(','), bars);
+        const QString last = now.back();
+        QCOMPARE(spinner->value(), last.split('+')[field == "_start" ? 0 : 1].toDouble());
+        QCOMPARE(child(_clip, 0)->getOffset()[0], 0.0f);
+        const bool isRefused = QByteArray(QTest::currentDataTag()).startsWith("no ");
+        QCOMPARE(!_form->statusbar->currentMessage().isEmpty(), isRefused);
+    }
+
+    void playsTheClip()
+    {
+        const kxFramePlayer& player = *kxFramePlayer::the();
+        press("_play"); // no clip, nothing to play
+        QVERIFY(!player.isPlaying() && !_form->_play->isChecked());
+        select(_clip);
+        press("_play");
+        QVERIFY(player.isPlaying());
+        QCOMPARE(player.owner(), static_cast<void*>(_maker->module.get()));
+        QCOMPARE(player.getPlaybackParams().end, 72.0);
+        press("_playRev");
+        QVERIFY(player.getPlaybackParams().reverse && _form->_playRev->isChecked() && !_form->_play->isChecked());
+        press("_stop");
+        QVERIFY(!player.isPlaying() && _form->_gotoStart->isEnabled() && !_form->_playRev->isChecked());
+        press("_play");
+        kxFramePlayer::the()->start(kxFramePlaybackParams(), false, this); // another owner takes the player
+        QVERIFY(!_form->_play->isChecked());
+        kxFramePlayer::the()->stop(this);
+        press("_play");
+        _maker->deliver(kxMessageId::AnimationsChanged);
+        QVERIFY2(player.isPlaying(), "the same rows, built anew, let it play");
+        select(child(_clip, 0));
+        QVERIFY2(!player.isPlaying(), "another selection stops the playback");
+    }
+
+    void wrapsAtTheEnds()
+    {
+        kxFramePlayer& player = *kxFramePlayer::the();
+        kxMessage message;
+        select(_clip);
+        press("_play");
+        shown()->setTime(30);
+        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        QCOMPARE(shown()->time(), 0.0);
+        QCOMPARE(kxAnimFixture::transform(_object)->getTranslation().x(), 0.0f);
+        press("_playRev");
+        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        QCOMPARE(shown()->time(), 72.0);
+        press("_stop");
+        shown()->setTime(30);
+        player.start(kxFramePlaybackParams(), false, this); // the loops of others are no business of the clip
+        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        QCOMPARE(shown()->time(), 30.0);
+        player.stop(this);
+    }
+
+    void wrapsPastNoTrigger_data()
+    {
+        kxColumns<double, bool, QString>("rate", "reverse", "fired");
+        kxRow("at the scene's rate", 24.0, false, "late");
+        kxRow("every frame", -1.0, false, "late");
+        kxRow("slower", 12.0, false, "late");
+        kxRow("back", 24.0, true, "early");
+        kxRow("back and faster", 48.0, true, "early");
+    }
+
+    /// The way to the far end fires what lies on it; the way back fires nothing.
+    void wrapsPastNoTrigger()
+    {
+        QFETCH(double, rate);
+        QFETCH(bool, reverse);
+        QFETCH(QString, fired);
+        const osg::AnimNodePtr late = kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2),
+                                                                   kxAnimFixture::trigger("early", 2.25f),
+                                                                   kxAnimFixture::trigger("late", 2.75f)});
+        kxAnimManager::the()->addToClipStructure(late);
+        tree()->rebuild(false);
+        select(late); // frames 48 to 72
+        const double rateBefore = kxAnimManager::the()->playbackFPS();
+        kxAnimManager::the()->setPlaybackFPS(rate);
+        press(reverse ? "_playRev" : "_play");
+        kxAnimManager::the()->setPlaybackFPS(rateBefore);
+        shown()->setTime(60);
+        QStringList heard;
+        kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
+                               { heard << QString::fromStdString(name); });
+        kxMessage message;
+        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        kxTriggers::setHandler(nullptr);
+        QCOMPARE(heard.join(','), fired);
+        QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
+    }
+
+    void fieldsFollowTheClip()
+    {
+        select(_clip);
+        const osg::AnimNodePtr second = child(_clip, 1);
+        second->moveBy(1, 0); // by a script, say
+        kxAnimFixture::changed(second, osg::AnimNode::OffsetFieldMask);
+        QCoreApplication::processEvents();
+        QCOMPARE(_form->_duration->value(), 96.0);
+        shown()->bars()[1]->setSelected(true);
+        QCOMPARE(_form->_start->value(), 72.0);
+        kxAnimManager::the()->setFPS(30); // keys keep their seconds
+        QCOMPARE(shown()->bars()[1]->x(), 90.0);
+        QCOMPARE(_form->_start->value(), 90.0);
+        _form->_start->setValue(130);
+        QCOMPARE(second->getOffset()[0] * 30, 130.0f);
+        shown()->clearSelection();
+        QCOMPARE(_form->_duration->value(), 160.0);
+        second->getParent()->subChild(second);
+        _clip->moveBy(2, 0);
+        kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask);
+        QCoreApplication::processEvents();
+        QCOMPARE(_form->_start->value(), 60.0);
+        QCOMPARE(_form->_duration->value(), 30.0);
+    }
+
+    /// What the library does with it may build the tree anew before the clip is shown.
+    void tellsTheLibraryFirst()
+    {
+        select(_clip);
+        tree()->expandAll();
+        osg::AnimNodePtr shownThen = _clip;
+        onAnnounced = [&]
+        {
+            shownThen = shown()->clip();
+            const QSignalBlocker blocker(tree());
+            tree()->rebuild(true);
+        };
+        kxCallbacks callbacks;
+        callbacks.add(kxMessageName::ClipBlockSelected, hearBlocks);
+        tree()->clearSelection();
+        QCOMPARE(shown()->bars().size(), 0);
+        select(child(_clip, 1));
+        QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 1)});
+        QVERIFY(shownThen == osg::NullFC);
+        QCOMPARE(shown()->clip(), _clip);
+        QCOMPARE(shown()->bars().size(), 2);
+        onAnnounced = [] {};
+        QCOMPARE(shown()->selectedBars(), {shown()->bars()[1]});
+        shown()->clearSelection();
+        announced.clear();
+        shown()->bars()[0]->setSelected(true);
+        QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 0)});
+    }
+
+    /// Also in a menu that stands open, torn off.
+    void offersWhatCanBeMade()
+    {
+        const auto offered = [this]
+        {
+            QStringList texts;
+            for (const QAction* const action : _form->findChildren<QAction*>())
+                if (QStringList({"Clip", "Camera Track", "Viewpoint", "Variant Set", "Sequence"})
+                        .contains(action->text()) &&
+                    action->isEnabled())
+                    texts << action->text();
+            return texts.join(',');
+        };
+        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+        select(_clip);
+        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track,Viewpoint,Variant Set,Sequence"));
+        select(child(_clip, 0));
+        QCOMPARE(offered(), QStringLiteral("Camera Track"));
+        tree()->expandAll();
+        tree()->selectAll();
+        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+    }
+
+    void placesCameraTracks_data()
+    {
+        // clip: that gets the track
+        kxColumns<QString, int, QString>("selected", "clipsBefore", "clip");
+        kxRow("nothing selected", "", 1, "Crane_Clip");
+        kxRow("into the selected clip", "Show", 1, "Show");
+        kxRow("several selected", "Show,Other", 2, "Crane_Clip");
+    }
+
+    void placesCameraTracks()
+    {
+        QFETCH(QString, selected);
+        QFETCH(int, clipsBefore);
+        QFETCH(QString, clip);
+        _clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
+        _clip->setScale(2);
+        kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
+        const osg::NodePtr camera = kxAnimFixture::object("Crane");
+        camera->setCore(osg::Camera::create());
+        kxAnimManager::the()->addAnimation(
+            camera, kxAnimFixture::block("Way", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})}));
+        Cameras cameras;
+        cameras.tracks = {kxdCameraTrackNode(camera.getFieldContainerId())};
+        kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
+        kxNodeService nodes;
+        kxKernelServiceFactory::the().addService<kxNodeService>(&nodes);
+        if (clipsBefore > 1)
+            kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("Other", {}));
+        tree()->rebuild(false);
+        tree()->clearSelection();
+        for (int i = 0; i < tree()->topLevelItemCount(); ++i)
+            tree()->topLevelItem(i)->setSelected(selected.split(',').contains(tree()->topLevelItem(i)->text(0)));
+        QTimer::singleShot(0, this,
+                           []
+                           {
+                               auto* const dialog =
+                                   qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
+                               dialog->_frame->setValue(12);
+                               dialog->accept();
+                           });
+        QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "addCameraTrack"));
+        kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
+        kxKernelServiceFactory::the().addService<kxNodeService>(nullptr);
+        const osg::AnimNodePtr target = shown()->clip();
+        QCOMPARE(QString::fromStdString(target->getNodeName()), clip);
+        QCOMPARE(tree()->selectedClip(), target);
+        const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
+        QVERIFY(placed->getHidden());
+        QCOMPARE(shown()->bars().back()->x(), 12.0);
+        QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(shown()->bars().back()->pos())));
+        // In "Show" a block begins before its end.
+        QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
+        // No clip came but that one, and the clips that were there hold what they held.
+        QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
+        QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
+    }
+
+    void placesTriggers_data()
+    {
+        kxColumns<QString, bool, bool, QString>("slot", "isVariant", "isViewpoint", "toolTip");
+        kxRow("sequence", "addSequence", false, false, "Sequence: Open");
+        kxRow("variant set", "addVariant", true, false, "Variant: Cap/Red");
+        kxRow("viewpoint", "addViewpoint", false, true, "Viewpoint: Side");
+    }
+
+    void placesTriggers()
+    {
+        QFETCH(QString, slot);
+        QFETCH(bool, isVariant);
+        QFETCH(bool, isViewpoint);
+        QFETCH(QString, toolTip);
+        kxCallbacks answers;
+        answers.add(kxMessageName::GetSequences,
+                    [](kxMessage& message) { message.set("sequences", std::set<QString>{"Open"}, true); });
+        answers.add(kxMessageName::GetVariants,
+                    [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
+        Cameras cameras;
+        cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side").getFieldContainerId())};
+        kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
+        select(_clip);
+        QTimer::singleShot(0, this,
+                           []
+                           {
+                               auto* const dialog =
+                                   qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
+                               dialog->_frame->setValue(6000);
+                               dialog->accept();
+                           });
+        QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), qPrintable(slot)));
+        kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
+        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(child(_clip, 2)->getCore());
+        const QString name = toolTip.section(": ", 1);
+        QCOMPARE(QString::fromStdString(core->getName()), name);
+        QCOMPARE(core->getIsVariant(), isVariant);
+        QCOMPARE(core->getIsViewpoint(), isViewpoint);
+        const kxAnimAbstractClipItem* const marker = shown()->bars().back();
+        QCOMPARE(marker->toolTip(), toolTip);
+        QCOMPARE(marker->x(), 6000.0);
+        QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(marker->pos() + QPointF(0, 9))));
+        QCOMPARE(tree()->topLevelItem(0)->childCount(), 3);
+        QCOMPARE(tree()->selectedClip(), _clip);
+    }
+
+    void deletesByTheLastFocus()
+    {
+        select(_clip);
+        const auto remove = [this] { QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "clickedDelete")); };
+        remove(); // neither had the focus
+        QCOMPARE(_clip->getNChildren(), 2u);
+        QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "updateLastDeleteFocus",
+                                          Q_ARG(QWidget*, _form->findChild<kxAnimClipView*>())));
+        shown()->bars()[0]->setSelected(true);
+        remove();
+        QCOMPARE(_clip->getNChildren(), 1u);
+        kxUndoStack::get(0).stack()->undo();
+        QCOMPARE(_clip->getNChildren(), 2u);
+        QCOMPARE(shown()->bars().size(), 2);
+    }
+
+    /// Whoever deletes, a row that is left behind would be clicked, shown and dropped on.
+    void rowsGoWithWhatIsDeleted()
+    {
+        const auto rows = [this]
+        {
+            QCoreApplication::processEvents();
+            return tree()->topLevelItemCount() == 0 ? -1 : tree()->topLevelItem(0)->childCount();
+        };
+        select(_clip);
+        shown()->bars()[0]->setSelected(true);
+        shown()->deleteSelectedItems(); // as the bar's own menu does
+        QCOMPARE(rows(), 1);
+        QUndoStack& stack = *kxUndoStack::get(0).stack();
+        kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand({kxNodePtr(_clip)})); // as a script does
+        QCOMPARE(rows(), -1);
+        for (const int count : {1, 2, 1, -1})
+        {
+            count < rows() ? stack.redo() : stack.undo();
+            QCOMPARE(rows(), count);
+        }
+    }
+
+    void pastesIntoClipsAlone()
+    {
+        const osg::AnimNodePtr block = child(_clip, 1);
+        kxAnimManager::the()->copy(block, osg::FieldContainerPtr());
+        const auto paste = [this]
+        {
+            kxCapturedStderr log;
+            QMetaObject::invokeMethod(_maker->module.get(), "pasteClone");
+            return log.text();
+        };
+        select(block);
+        QVERIFY(paste().contains("\"Move\": it is no clip"));
+        QCOMPARE(block->getNChildren(), 1u);
+        QCOMPARE(_clip->getNChildren(), 2u);
+        select(_clip);
+        shown()->setTime(120);
+        QVERIFY(paste().isEmpty());
+        QCOMPARE(_clip->getNChildren(), 3u);
+        QCoreApplication::processEvents(); // the bars follow
+        QCOMPARE(shown()->bars().back()->x(), 120.0);
+    }
+
+    void answersAndFollows()
+    {
+        kxMessage question;
+        kxController::call(kxMessageName::SelectedClipNode, question, 0);
+        QVERIFY(question.get("node").empty());
+        select(_clip);
+        kxController::call(kxMessageName::SelectedClipNode, question, 0);
+        QCOMPARE(boost::any_cast<osg::AnimNodePtr>(question.get("node")), _clip);
+        kxMessage frame;
+        frame.set("frame", 36.0, true);
+        kxController::call(kxMessageName::FramePlayerFrameChanged, frame, 0);
+        QCOMPARE(shown()->time(), 36.0);
+        kxAnimSequenceGUIW* triggers = nullptr;
+        for (QWidget* const widget : QApplication::topLevelWidgets())
+            if (auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(widget))
+                triggers = dialog;
+        triggers->_frame->setValue(36);
+        kxAnimFixture::clear();
+        _maker->deliver(kxMessageId::NewScene);
+        QCOMPARE(tree()->topLevelItemCount(), 0);
+        QCOMPARE(shown()->bars().size(), 0);
+        QCOMPARE(shown()->time(), 0.0);
+        QCOMPARE(triggers->_frame->value(), 0);
+    }
+
+    /// Where its window stands behind a tab, too.
+    void showsTheSourceInSight()
+    {
+        auto* const curves = new QWidget;
+        _maker->docks.add("Curve Editor", "", curves, "", QIcon(), "Curves", 0, false, nullptr);
+        _maker->docks.getDockWidget("Curve Editor")->setMinimized(true);
+        _maker->docks.show("Clip Maker");
+        QCoreApplication::processEvents();
+        QVERIFY(curves->visibleRegion().isEmpty());
+        select(_clip);
+        static_cast<kxAnimClipItem*>(shown()->bars()[1])->showSource();
+        QCoreApplication::processEvents();
+        QVERIFY(!curves->visibleRegion().isEmpty());
+    }
+
+    void holdsTheDialogOfWizardClips()
+    {
+        const osg::AnimNodePtr made = kxAnimFixture::group<osg::AnimWizClipBase>("Made", {});
+        made->addChild(kxAnimFixture::clone(child(_clip, 0), 0));
+        made->setOffset(osg::Vec2f(4, 0));
+        _clip->addChild(made);
+        kxAnimFixture::changed(_clip, osg::Node::ChildrenFieldMask);
+        select(_clip);
+        kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+        const auto length = [this] { return shown()->bars()[2]->sceneBoundingRect().width(); };
+
+        dialog->show(made);
+        dialog->_duration->setValue(3);
+        QCoreApplication::processEvents();
+        QCOMPARE(length(), 72.0); // the bar follows
+        _maker->docks.getDockWidget("Clip Maker")->close();
+        _maker->deliver(kxMessageId::StopPlayback); // with the window hidden too
+        QVERIFY(!dialog->isVisible());
+        _maker->docks.show("Clip Maker");
+        QCoreApplication::processEvents();
+        select(_clip);
+        QCOMPARE(length(), 24.0);
+
+        dialog->show(made);
+        _maker->deliver(kxMessageId::NewScene);
+        QVERIFY(!dialog->isVisible() && dialog->clip() == osg::NullFC);
+        _maker->module.reset();
+        QVERIFY(kxAnimWizClipGUI::the() == nullptr);
+    }
+
+    void doesNothingWithoutItsWindow()
+    {
+        delete _form;
+        for (const kxMessageId::Id id : {kxMessageId::NewScene, kxMessageId::SceneChanged, kxMessageId::ClipsChanged})
+        {
+            kxMessage message(id);
+            QCOMPARE(_maker->module->receivedMessage(message), 0);
+        }
+        kxMessage message;
+        for (const char* const name : {kxMessageName::TrashCleared, kxMessageName::UpdateClipScene,
+                                       kxMessageName::SelectedClipNode, kxMessageName::FramePlayerLoopChanged})
+            kxController::call(name, message, 0);
+    }
+
+    /// The question about an animation that is in the way; its answers stand in the test of the wizard.
+    void askingSurvivesItsParent()
+    {
+        const QPointer<QWidget> parent(new QWidget);
+        QTimer::singleShot(0, qApp, [parent] { delete parent; });
+        QCOMPARE(kxAnimClipInterferenceGUIImpl::ask(parent), 0);
+        QVERIFY(parent.isNull());
+    }
+
+private:
+    void select(const osg::AnimNodePtr& node) { _maker->select(node); }
+    kxAnimClipScene* shown() const { return _maker->shown; }
+    kxAnimClipStructureWidget* tree() const { return _maker->tree; }
+    void press(const char* button) { _form->findChild<QToolButton*>(button)->click(); }
+    static osg::AnimNodePtr child(const osg::AnimNodePtr& node, unsigned int index)
+    {
+        return kxClipMakerFixture::child(node, index);
+    }
+
+    std::unique_ptr<kxClipMakerFixture> _maker;
+    kxAnimClipEditorGUIW* _form = nullptr;
+    osg::NodePtr _object;
+    osg::AnimNodePtr _clip;
+};
 
 QTEST_MAIN(tst_kxAnimClipEditor)
 #include "tst_kxAnimClipEditor.moc"

@@ -39,345 +39,330 @@ class tst_kxAnimClipItem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void dragsTakeTheNodeAlong_data();
-    void dragsTakeTheNodeAlong();
-    void refusesWhatNoNodeHolds();
-    void slidesBackFromACollision();
-    void endsGoBackFromACollision_data();
-    void endsGoBackFromACollision();
-    void lockedBarsStayWhereTheyAre();
-    void labelsHideAndComeBack();
-    void menuTellsMixedStates();
-    void menuActsOnTheSelection();
-    void motionBlurReachesIntoBlocks();
-    void duplicates();
-    void informs();
-    void doesNothingWithoutItsNode();
-};
-
-void tst_kxAnimClipItem::dragsTakeTheNodeAlong_data()
-{
-    // expected: start, track, length
-    kxColumns<bool, QString, double, double, QRectF>("snap", "where", "frames", "tracks", "expected");
-    kxRow("move", false, "middle", 10.5, 2.0, QRectF(82.5, 2, 48, 1));
-    kxRow("move to whole frames", true, "middle", 10.5, 0.4, QRectF(83, 0, 48, 1));
-    kxRow("move past the start of time", true, "middle", -82.5, 0.0, QRectF(-11, 0, 48, 1));
-    kxRow("not above the first track", false, "middle", 0.0, -3.0, QRectF(72, 0, 48, 1));
-    kxRow("right end", false, "right", 12.5, 2.0, QRectF(72, 0, 60.5, 1));
-    kxRow("right end on whole frames", true, "right", -12.5, 0.0, QRectF(72, 0, 36, 1));
-    kxRow("left end", false, "left", 12.5, 2.0, QRectF(84.5, 0, 35.5, 1));
-    kxRow("left end outward", true, "left", -20.0, 0.0, QRectF(52, 0, 68, 1));
-    kxRow("right end past the left one stays on this side", true, "right", -200.0, 0.0, QRectF());
-    kxRow("left end past the right one stays on this side", true, "left", 200.0, 0.0, QRectF());
-}
-
-void tst_kxAnimClipItem::dragsTakeTheNodeAlong()
-{
-    QFETCH(bool, snap);
-    QFETCH(QString, where);
-    QFETCH(double, frames);
-    QFETCH(double, tracks);
-    QFETCH(QRectF, expected);
-    kxClipFixture f;
-    f.scene.setSnapToGridX(snap);
-    kxAnimClipItem* const bar = f.bar(3, 2);
-    const QPointF grip = where == "middle" ? f.middle(bar) : where == "left" ? f.leftEnd(bar) : f.rightEnd(bar);
-    f.drag(grip, frames, tracks);
-    compareToNode(bar);
-    const QRectF shown = bar->sceneBoundingRect();
-    QVERIFY(shown.width() > 0);
-    if (expected.isNull())
-        return;
-    QCOMPARE(shown.left(), expected.left());
-    QCOMPARE(float(shown.top()), float(expected.top()) * kxClipGeometry::trackPitch(kxPlatform::getDpiScaleX()));
-    QVERIFY(std::abs(shown.width() - expected.width()) < 1.0e-4);
-    QCOMPARE(double(bar->node()->getOffset().y()), 50 * expected.top()); // at any scale of the screen
-}
-
-void tst_kxAnimClipItem::refusesWhatNoNodeHolds()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(3, 2);
-    const osg::Vec2f offset = bar->node()->getOffset();
-    const double infinity = std::numeric_limits<double>::infinity();
-    for (const double factor : {0.0, -1.0, infinity, std::numeric_limits<double>::quiet_NaN(), 1.0e-300, 1.0e300})
-        bar->setTransform(QTransform().scale(factor, 1), true);
-    for (const double x : {infinity, std::numeric_limits<double>::quiet_NaN(), 1.0e300})
-        bar->setPos(x, bar->y());
-    QCOMPARE(bar->node()->getScale(), 1.0f);
-    QCOMPARE(bar->node()->getOffset(), offset);
-    compareToNode(bar);
-}
-
-void tst_kxAnimClipItem::slidesBackFromACollision()
-{
-    kxClipFixture f;
-    f.scene.setSnapToGridX(true);
-    kxAnimClipItem* const bar = f.bar(4, 2); // frames 96 to 144
-    f.bar(0, 2);
-    // Cycles count as well: a bar on the next track repeats to frame 144.
-    f.bar(0, 2, 1, 2);
-    f.drag(f.middle(bar), -60, 0, 3, false);
-    QVERIFY(f.scene.checkCollisions(f.scene.selectedItems()));
-    QCOMPARE(kxAnimAbstractClipItem::fromItem(f.scene.items(QPointF(40, 40)).value(0)), bar); // over its neighbour
-    kxRelease(f.view.viewport(), f.view.mapFromScene(f.middle(bar)));
-    QVERIFY(!bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
-    QTRY_VERIFY(bar->x() > 40 && bar->x() < 90); // on its way
-    compareToNode(bar);
-    QTRY_VERIFY(bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
-    QCOMPARE(bar->x(), 96.0);
-    compareToNode(bar);
-
-    f.drag(f.middle(bar), 0, 1);
-    QTRY_COMPARE(bar->y(), 0.0);
-    f.drag(f.middle(bar), -48, 0); // touches its neighbour
-    QVERIFY(bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
-    QCOMPARE(bar->x(), 48.0);
-}
-
-void tst_kxAnimClipItem::endsGoBackFromACollision_data()
-{
-    QTest::addColumn<bool>("left");
-    QTest::newRow("right end") << false;
-    QTest::newRow("left end") << true;
-}
-
-void tst_kxAnimClipItem::endsGoBackFromACollision()
-{
-    QFETCH(bool, left);
-    kxClipFixture f;
-    f.bar(0, 2);
-    kxAnimClipItem* const bar = f.bar(3, 2);
-    f.bar(6, 2);
-    f.drag(left ? f.leftEnd(bar) : f.rightEnd(bar), left ? -40 : 40, 0);
-    QVERIFY(bar->isReturning());
-    QTRY_VERIFY(std::abs(bar->sceneBoundingRect().width() - 68) < 15); // on its way
-    compareToNode(bar);
-    QTRY_VERIFY(!bar->isReturning());
-    QCOMPARE(bar->x(), 72.0);
-    QVERIFY(std::abs(bar->sceneBoundingRect().width() - 48) < 1.0e-3);
-    compareToNode(bar);
-    QVERIFY(bar->isSelected()); // as before the drag
-    f.drag(f.rightEnd(bar), 10, 0);
-    QVERIFY(std::abs(bar->sceneBoundingRect().width() - 58) < 1.0e-3);
-    QVERIFY(!bar->isReturning());
-}
-
-void tst_kxAnimClipItem::lockedBarsStayWhereTheyAre()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(4, 2);
-    bar->setLocked(true);
-    f.drag(f.middle(bar), 20, 1);
-    f.drag(f.rightEnd(bar), 20, 0);
-    QVERIFY(!bar->isSelected());
-    QCOMPARE(bar->x(), 96.0);
-    bar->setLocked(false);
-    bar->setX(100); // no handle is left pressed
-    QCOMPARE(bar->sceneBoundingRect().width(), 48.0);
-    compareToNode(bar);
-
-    f.bar(0, 2);
-    f.drag(f.middle(bar), -60, 0);
-    bar->setLocked(true); // while it slides back
-    bar->finishedAnimation();
-    QVERIFY(!(bar->flags() & (QGraphicsItem::ItemIsMovable | QGraphicsItem::ItemIsSelectable)));
-    bar->setLocked(false);
-    f.drag(f.middle(bar), -20, 0);
-    delete bar; // a bar may die on its way
-}
-
-void tst_kxAnimClipItem::labelsHideAndComeBack()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(1, 6);
-    const QList<kxAnimClipLabel*> labels = labelsOf(bar);
-    QCOMPARE(labels.size(), 3);
-    QCOMPARE(labels[0]->text(), QString("Block"));
-    QCOMPARE(labels[1]->text(), QString("24.00 - 168.00 (144.00)"));
-    QVERIFY(labels[1]->isVisible());
-    f.view.scale(0.1, 1);
-    f.scene.updateAllTexts();
-    QVERIFY(!labels[0]->isVisible() && !labels[1]->isVisible());
-    bar->setTransform(QTransform().scale(10, 1), true);
-    QVERIFY(labels[0]->isVisible() && labels[1]->isVisible());
-    QCOMPARE(labels[1]->text(), QString("24.00 - 1464.00 (1440.00)"));
-    // Twelve pixels from the left end, whatever the scales.
-    QCOMPARE(float((labels[0]->scenePos().x() - 24) * 0.2), 12 * kxPlatform::getDpiScaleX());
-
-    bar->setFlipped(true);
-    bar->setMotionBlur(true);
-    bar->node()->setPostCycles(3);
-    bar->updateAllTexts(true);
-    QCOMPARE(labels[2]->text(), QString("Flipped - Cycles (3) - MotionBlur"));
-}
-
-void tst_kxAnimClipItem::menuTellsMixedStates()
-{
-    kxClipFixture f;
-    std::vector<kxAnimClipItem*> bars = {f.bar(0, 2), f.bar(3, 2), f.bar(6, 2)};
-    bars[1]->setFlipped(true);
-    for (kxAnimClipItem* bar : bars)
+    void dragsTakeTheNodeAlong_data()
     {
-        bar->setActive(false);
+        // expected: start, track, length
+        kxColumns<bool, QString, double, double, QRectF>("snap", "where", "frames", "tracks", "expected");
+        kxRow("move", false, "middle", 10.5, 2.0, QRectF(82.5, 2, 48, 1));
+        kxRow("move to whole frames", true, "middle", 10.5, 0.4, QRectF(83, 0, 48, 1));
+        kxRow("move past the start of time", true, "middle", -82.5, 0.0, QRectF(-11, 0, 48, 1));
+        kxRow("not above the first track", false, "middle", 0.0, -3.0, QRectF(72, 0, 48, 1));
+        kxRow("right end", false, "right", 12.5, 2.0, QRectF(72, 0, 60.5, 1));
+        kxRow("right end on whole frames", true, "right", -12.5, 0.0, QRectF(72, 0, 36, 1));
+        kxRow("left end", false, "left", 12.5, 2.0, QRectF(84.5, 0, 35.5, 1));
+        kxRow("left end outward", true, "left", -20.0, 0.0, QRectF(52, 0, 68, 1));
+        kxRow("right end past the left one stays on this side", true, "right", -200.0, 0.0, QRectF());
+        kxRow("left end past the right one stays on this side", true, "left", 200.0, 0.0, QRectF());
+    }
+
+    void dragsTakeTheNodeAlong()
+    {
+        QFETCH(bool, snap);
+        QFETCH(QString, where);
+        QFETCH(double, frames);
+        QFETCH(double, tracks);
+        QFETCH(QRectF, expected);
+        kxClipFixture f;
+        f.scene.setSnapToGridX(snap);
+        kxAnimClipItem* const bar = f.bar(3, 2);
+        const QPointF grip = where == "middle" ? f.middle(bar) : where == "left" ? f.leftEnd(bar) : f.rightEnd(bar);
+        f.drag(grip, frames, tracks);
+        compareToNode(bar);
+        const QRectF shown = bar->sceneBoundingRect();
+        QVERIFY(shown.width() > 0);
+        if (expected.isNull())
+            return;
+        QCOMPARE(shown.left(), expected.left());
+        QCOMPARE(float(shown.top()), float(expected.top()) * kxClipGeometry::trackPitch(kxPlatform::getDpiScaleX()));
+        QVERIFY(std::abs(shown.width() - expected.width()) < 1.0e-4);
+        QCOMPARE(double(bar->node()->getOffset().y()), 50 * expected.top()); // at any scale of the screen
+    }
+
+    void refusesWhatNoNodeHolds()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(3, 2);
+        const osg::Vec2f offset = bar->node()->getOffset();
+        const double infinity = std::numeric_limits<double>::infinity();
+        for (const double factor : {0.0, -1.0, infinity, std::numeric_limits<double>::quiet_NaN(), 1.0e-300, 1.0e300})
+            bar->setTransform(QTransform().scale(factor, 1), true);
+        for (const double x : {infinity, std::numeric_limits<double>::quiet_NaN(), 1.0e300})
+            bar->setPos(x, bar->y());
+        QCOMPARE(bar->node()->getScale(), 1.0f);
+        QCOMPARE(bar->node()->getOffset(), offset);
+        compareToNode(bar);
+    }
+
+    void slidesBackFromACollision()
+    {
+        kxClipFixture f;
+        f.scene.setSnapToGridX(true);
+        kxAnimClipItem* const bar = f.bar(4, 2); // frames 96 to 144
+        f.bar(0, 2);
+        // Cycles count as well: a bar on the next track repeats to frame 144.
+        f.bar(0, 2, 1, 2);
+        f.drag(f.middle(bar), -60, 0, 3, false);
+        QVERIFY(f.scene.checkCollisions(f.scene.selectedItems()));
+        QCOMPARE(kxAnimAbstractClipItem::fromItem(f.scene.items(QPointF(40, 40)).value(0)), bar); // over its neighbour
+        kxRelease(f.view.viewport(), f.view.mapFromScene(f.middle(bar)));
+        QVERIFY(!bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
+        QTRY_VERIFY(bar->x() > 40 && bar->x() < 90); // on its way
+        compareToNode(bar);
+        QTRY_VERIFY(bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
+        QCOMPARE(bar->x(), 96.0);
+        compareToNode(bar);
+
+        f.drag(f.middle(bar), 0, 1);
+        QTRY_COMPARE(bar->y(), 0.0);
+        f.drag(f.middle(bar), -48, 0); // touches its neighbour
+        QVERIFY(bar->flags().testFlag(QGraphicsItem::ItemIsMovable));
+        QCOMPARE(bar->x(), 48.0);
+    }
+
+    void endsGoBackFromACollision_data()
+    {
+        QTest::addColumn<bool>("left");
+        QTest::newRow("right end") << false;
+        QTest::newRow("left end") << true;
+    }
+
+    void endsGoBackFromACollision()
+    {
+        QFETCH(bool, left);
+        kxClipFixture f;
+        f.bar(0, 2);
+        kxAnimClipItem* const bar = f.bar(3, 2);
+        f.bar(6, 2);
+        f.drag(left ? f.leftEnd(bar) : f.rightEnd(bar), left ? -40 : 40, 0);
+        QVERIFY(bar->isReturning());
+        QTRY_VERIFY(std::abs(bar->sceneBoundingRect().width() - 68) < 15); // on its way
+        compareToNode(bar);
+        QTRY_VERIFY(!bar->isReturning());
+        QCOMPARE(bar->x(), 72.0);
+        QVERIFY(std::abs(bar->sceneBoundingRect().width() - 48) < 1.0e-3);
+        compareToNode(bar);
+        QVERIFY(bar->isSelected()); // as before the drag
+        f.drag(f.rightEnd(bar), 10, 0);
+        QVERIFY(std::abs(bar->sceneBoundingRect().width() - 58) < 1.0e-3);
+        QVERIFY(!bar->isReturning());
+    }
+
+    void lockedBarsStayWhereTheyAre()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(4, 2);
+        bar->setLocked(true);
+        f.drag(f.middle(bar), 20, 1);
+        f.drag(f.rightEnd(bar), 20, 0);
+        QVERIFY(!bar->isSelected());
+        QCOMPARE(bar->x(), 96.0);
+        bar->setLocked(false);
+        bar->setX(100); // no handle is left pressed
+        QCOMPARE(bar->sceneBoundingRect().width(), 48.0);
+        compareToNode(bar);
+
+        f.bar(0, 2);
+        f.drag(f.middle(bar), -60, 0);
+        bar->setLocked(true); // while it slides back
+        bar->finishedAnimation();
+        QVERIFY(!(bar->flags() & (QGraphicsItem::ItemIsMovable | QGraphicsItem::ItemIsSelectable)));
+        bar->setLocked(false);
+        f.drag(f.middle(bar), -20, 0);
+        delete bar; // a bar may die on its way
+    }
+
+    void labelsHideAndComeBack()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(1, 6);
+        const QList<kxAnimClipLabel*> labels = labelsOf(bar);
+        QCOMPARE(labels.size(), 3);
+        QCOMPARE(labels[0]->text(), QString("Block"));
+        QCOMPARE(labels[1]->text(), QString("24.00 - 168.00 (144.00)"));
+        QVERIFY(labels[1]->isVisible());
+        f.view.scale(0.1, 1);
+        f.scene.updateAllTexts();
+        QVERIFY(!labels[0]->isVisible() && !labels[1]->isVisible());
+        bar->setTransform(QTransform().scale(10, 1), true);
+        QVERIFY(labels[0]->isVisible() && labels[1]->isVisible());
+        QCOMPARE(labels[1]->text(), QString("24.00 - 1464.00 (1440.00)"));
+        // Twelve pixels from the left end, whatever the scales.
+        QCOMPARE(float((labels[0]->scenePos().x() - 24) * 0.2), 12 * kxPlatform::getDpiScaleX());
+
+        bar->setFlipped(true);
+        bar->setMotionBlur(true);
+        bar->node()->setPostCycles(3);
+        bar->updateAllTexts(true);
+        QCOMPARE(labels[2]->text(), QString("Flipped - Cycles (3) - MotionBlur"));
+    }
+
+    void menuTellsMixedStates()
+    {
+        kxClipFixture f;
+        std::vector<kxAnimClipItem*> bars = {f.bar(0, 2), f.bar(3, 2), f.bar(6, 2)};
+        bars[1]->setFlipped(true);
+        for (kxAnimClipItem* bar : bars)
+        {
+            bar->setActive(false);
+            bar->setSelected(true);
+        }
+        bool seen = false;
+        f.withMenu(bars[1],
+                   [&f, &seen](QMenu* menu)
+                   {
+                       seen = f.entry(menu, "Info") != nullptr;
+                       QVERIFY(seen && menu->isTearOffEnabled());
+                       QVERIFY(!f.entry(menu, "Flipped")->isChecked() && !f.entry(menu, "Flipped")->icon().isNull());
+                       QVERIFY(!f.entry(menu, "Active")->isChecked() && f.entry(menu, "Active")->icon().isNull());
+                       QVERIFY(!f.entry(menu, "Show Source")->isEnabled() && !f.entry(menu, "Info")->isEnabled());
+                   });
+        QVERIFY(seen);
+        f.scene.clearSelection();
+        const kxHeard<> asked(kxMessageName::ShowCurves);
+        f.withMenu(bars[1],
+                   [&f](QMenu* menu)
+                   {
+                       QVERIFY(f.entry(menu, "Flipped")->isChecked() && f.entry(menu, "Flipped")->icon().isNull());
+                       QVERIFY(f.entry(menu, "Show Source")->isEnabled() && f.entry(menu, "Info")->isEnabled());
+                       f.entry(menu, "Show Source")->trigger();
+                   });
+        QVERIFY(bars[1]->isSelected() && !bars[0]->isSelected());
+        QCOMPARE(boost::any_cast<osg::AnimNodePtr>(asked.last.get("node")), bars[1]->node());
+    }
+
+    void menuActsOnTheSelection()
+    {
+        kxClipFixture f;
+        std::vector<kxAnimClipItem*> bars = {f.bar(0, 2), f.bar(3, 2), f.bar(6, 2)};
+        bars[0]->setSelected(true);
+        bars[1]->setSelected(true);
+        const auto trigger = [&f, &bars](const char* text)
+        { f.withMenu(bars[0], [&f, text](QMenu* menu) { f.entry(menu, text)->trigger(); }); };
+        QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
+        trigger("Active");
+        trigger("Flipped");
+        trigger("Motion Blur");
+        QCOMPARE(states.count(), 1); // for both bars
+        for (std::size_t i = 0; i < bars.size(); ++i)
+        {
+            const osg::AnimNodePtr node = bars[i]->node();
+            QCOMPARE(node->isActive(), i == 2);
+            QCOMPARE(node->getFlipped(), i != 2);
+            QCOMPARE(node->getMotionBlur(), i != 2);
+        }
+        trigger("Locked");
+        QVERIFY(f.scene.selectedItems().isEmpty());
+        QVERIFY(bars[1]->node()->getLocked());
+        trigger("Locked"); // of the bar alone, as a locked one can't be selected
+        QVERIFY(!bars[0]->node()->getLocked() && bars[1]->node()->getLocked());
+    }
+
+    void motionBlurReachesIntoBlocks()
+    {
+        kxClipFixture f;
+        const osg::AnimNodePtr inner = f.block("Inner", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
+        kxAnimAbstractClipItem* const blockBar = f.add(f.block("Outer", {inner}), 0, 0);
+        const osg::AnimNodePtr child = f.block("Child", {});
+        kxAnimAbstractClipItem* const clipBar = f.add(f.clip("Clip in clip", {child}), 0, 1);
+        blockBar->setMotionBlur(true);
+        clipBar->setMotionBlur(true);
+        QVERIFY(inner->getMotionBlur());
+        QVERIFY(osg::AnimNodePtr::dcast(inner->getChild(0))->getMotionBlur());
+        QVERIFY(clipBar->node()->getMotionBlur() && !child->getMotionBlur());
+    }
+
+    void duplicates()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(1, 2);
+        bar->setFlipped(true);
+        bar->duplicateFlippedSelected(); // nothing is selected
+        QCOMPARE(f.scene.bars().size(), 2);
+        kxAnimAbstractClipItem* const copy = f.scene.bars()[1];
+        QVERIFY(copy->node() != bar->node() && copy->node()->getCore() == bar->node()->getCore());
+        QVERIFY(!copy->node()->getFlipped());
+        QCOMPARE(copy->x(), bar->x());
+        QVERIFY(!f.scene.checkCollisions({copy}));
+
+        QSignalSpy duplicated(&f.scene, SIGNAL(itemDuplicated()));
         bar->setSelected(true);
+        copy->setSelected(true);
+        bar->duplicateFlippedSelected();
+        QCOMPARE(duplicated.count(), 1);
+        QCOMPARE(f.scene.bars().size(), 4);
+        QVERIFY(f.scene.bars()[2]->node()->getFlipped() && f.scene.bars()[3]->node()->getFlipped());
+        bar->setFlipped(false);
+        copy->setSelected(false);
+        bar->duplicateSelected();
+        QVERIFY(!f.scene.bars()[4]->node()->getFlipped());
+        f.scene.clearSelection();
+        kxAnimAbstractClipItem* const inner = f.add(f.clip("Inner", {}), 20, 0);
+        inner->duplicate(); // a clip of its own
+        QVERIFY(f.scene.bars()[6]->node()->getCore() != inner->node()->getCore());
     }
-    bool seen = false;
-    f.withMenu(bars[1],
-               [&f, &seen](QMenu* menu)
-               {
-                   seen = f.entry(menu, "Info") != nullptr;
-                   QVERIFY(seen && menu->isTearOffEnabled());
-                   QVERIFY(!f.entry(menu, "Flipped")->isChecked() && !f.entry(menu, "Flipped")->icon().isNull());
-                   QVERIFY(!f.entry(menu, "Active")->isChecked() && f.entry(menu, "Active")->icon().isNull());
-                   QVERIFY(!f.entry(menu, "Show Source")->isEnabled() && !f.entry(menu, "Info")->isEnabled());
-               });
-    QVERIFY(seen);
-    f.scene.clearSelection();
-    const kxHeard<> asked(kxMessageName::ShowCurves);
-    f.withMenu(bars[1],
-               [&f](QMenu* menu)
-               {
-                   QVERIFY(f.entry(menu, "Flipped")->isChecked() && f.entry(menu, "Flipped")->icon().isNull());
-                   QVERIFY(f.entry(menu, "Show Source")->isEnabled() && f.entry(menu, "Info")->isEnabled());
-                   f.entry(menu, "Show Source")->trigger();
-               });
-    QVERIFY(bars[1]->isSelected() && !bars[0]->isSelected());
-    QCOMPARE(boost::any_cast<osg::AnimNodePtr>(asked.last.get("node")), bars[1]->node());
-}
 
-void tst_kxAnimClipItem::menuActsOnTheSelection()
-{
-    kxClipFixture f;
-    std::vector<kxAnimClipItem*> bars = {f.bar(0, 2), f.bar(3, 2), f.bar(6, 2)};
-    bars[0]->setSelected(true);
-    bars[1]->setSelected(true);
-    const auto trigger = [&f, &bars](const char* text)
-    { f.withMenu(bars[0], [&f, text](QMenu* menu) { f.entry(menu, text)->trigger(); }); };
-    QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
-    trigger("Active");
-    trigger("Flipped");
-    trigger("Motion Blur");
-    QCOMPARE(states.count(), 1); // for both bars
-    for (std::size_t i = 0; i < bars.size(); ++i)
+    void informs()
     {
-        const osg::AnimNodePtr node = bars[i]->node();
-        QCOMPARE(node->isActive(), i == 2);
-        QCOMPARE(node->getFlipped(), i != 2);
-        QCOMPARE(node->getMotionBlur(), i != 2);
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(1, 2, 0, 1);
+        QString title, text;
+        QTimer::singleShot(0, &f.view,
+                           [&title, &text]
+                           {
+                               auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                               title = box->text();
+                               text = box->informativeText();
+                               box->reject();
+                           });
+        bar->info();
+        QCOMPARE(title, QString("Block Animation Information"));
+        const QStringList lines = text.split('\n');
+        QCOMPARE(lines.size(), 12);
+        QCOMPARE(lines[0], QString("Curves:\t1"));
+        QCOMPARE(lines[4], QString("ControlPoints:\t6"));
+        QCOMPARE(lines[7], QString("Local Scale:\t1"));
+        QCOMPARE(lines[9], QString("Local Offset:\t1 seconds (24 frames)"));
+        QVERIFY(text.endsWith('\n'));
     }
-    trigger("Locked");
-    QVERIFY(f.scene.selectedItems().isEmpty());
-    QVERIFY(bars[1]->node()->getLocked());
-    trigger("Locked"); // of the bar alone, as a locked one can't be selected
-    QVERIFY(!bars[0]->node()->getLocked() && bars[1]->node()->getLocked());
-}
 
-void tst_kxAnimClipItem::motionBlurReachesIntoBlocks()
-{
-    kxClipFixture f;
-    const osg::AnimNodePtr inner = f.block("Inner", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
-    kxAnimAbstractClipItem* const blockBar = f.add(f.block("Outer", {inner}), 0, 0);
-    const osg::AnimNodePtr child = f.block("Child", {});
-    kxAnimAbstractClipItem* const clipBar = f.add(f.clip("Clip in clip", {child}), 0, 1);
-    blockBar->setMotionBlur(true);
-    clipBar->setMotionBlur(true);
-    QVERIFY(inner->getMotionBlur());
-    QVERIFY(osg::AnimNodePtr::dcast(inner->getChild(0))->getMotionBlur());
-    QVERIFY(clipBar->node()->getMotionBlur() && !child->getMotionBlur());
-}
-
-void tst_kxAnimClipItem::duplicates()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(1, 2);
-    bar->setFlipped(true);
-    bar->duplicateFlippedSelected(); // nothing is selected
-    QCOMPARE(f.scene.bars().size(), 2);
-    kxAnimAbstractClipItem* const copy = f.scene.bars()[1];
-    QVERIFY(copy->node() != bar->node() && copy->node()->getCore() == bar->node()->getCore());
-    QVERIFY(!copy->node()->getFlipped());
-    QCOMPARE(copy->x(), bar->x());
-    QVERIFY(!f.scene.checkCollisions({copy}));
-
-    QSignalSpy duplicated(&f.scene, SIGNAL(itemDuplicated()));
-    bar->setSelected(true);
-    copy->setSelected(true);
-    bar->duplicateFlippedSelected();
-    QCOMPARE(duplicated.count(), 1);
-    QCOMPARE(f.scene.bars().size(), 4);
-    QVERIFY(f.scene.bars()[2]->node()->getFlipped() && f.scene.bars()[3]->node()->getFlipped());
-    bar->setFlipped(false);
-    copy->setSelected(false);
-    bar->duplicateSelected();
-    QVERIFY(!f.scene.bars()[4]->node()->getFlipped());
-    f.scene.clearSelection();
-    kxAnimAbstractClipItem* const inner = f.add(f.clip("Inner", {}), 20, 0);
-    inner->duplicate(); // a clip of its own
-    QVERIFY(f.scene.bars()[6]->node()->getCore() != inner->node()->getCore());
-}
-
-void tst_kxAnimClipItem::informs()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(1, 2, 0, 1);
-    QString title, text;
-    QTimer::singleShot(0, &f.view,
-                       [&title, &text]
-                       {
-                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                           title = box->text();
-                           text = box->informativeText();
-                           box->reject();
-                       });
-    bar->info();
-    QCOMPARE(title, QString("Block Animation Information"));
-    const QStringList lines = text.split('\n');
-    QCOMPARE(lines.size(), 12);
-    QCOMPARE(lines[0], QString("Curves:\t1"));
-    QCOMPARE(lines[4], QString("ControlPoints:\t6"));
-    QCOMPARE(lines[7], QString("Local Scale:\t1"));
-    QCOMPARE(lines[9], QString("Local Offset:\t1 seconds (24 frames)"));
-    QVERIFY(text.endsWith('\n'));
-}
-
-void tst_kxAnimClipItem::doesNothingWithoutItsNode()
-{
-    kxClipFixture f;
-    kxAnimClipItem* const bar = f.bar(1, 2, 0, 2);
-    kxAnimClipItem* const ghost = f.bar(8, 2);
-    const osg::AnimNodePtr untouched = ghost->node();
-    ghost->invalidateNode();
-    f.clipNode->subChild(bar->node());
-    QVERIFY(bar->node() == osg::NullFC);
-    kxAnimClipItem empty(osg::AnimNodePtr(), nullptr);
-    f.scene.addItem(&empty);
-    for (kxAnimClipItem* dead : {bar, ghost, &empty})
+    void doesNothingWithoutItsNode()
     {
-        dead->setActive(false);
-        dead->setLocked(true);
-        dead->setLocked(false);
-        dead->setFlipped(true);
-        dead->setMotionBlur(true);
-        dead->syncFromNode();
-        dead->updateAllTexts(true);
-        dead->setTextsVisible(true);
-        dead->play();
-        dead->reset();
-        dead->showSource();
-        dead->info();
-        dead->duplicate();
-        dead->setPos(77, 0);
-        dead->setTransform(QTransform().scale(2, 1), true);
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(1, 2, 0, 2);
+        kxAnimClipItem* const ghost = f.bar(8, 2);
+        const osg::AnimNodePtr untouched = ghost->node();
+        ghost->invalidateNode();
+        f.clipNode->subChild(bar->node());
+        QVERIFY(bar->node() == osg::NullFC);
+        kxAnimClipItem empty(osg::AnimNodePtr(), nullptr);
+        f.scene.addItem(&empty);
+        for (kxAnimClipItem* dead : {bar, ghost, &empty})
+        {
+            dead->setActive(false);
+            dead->setLocked(true);
+            dead->setLocked(false);
+            dead->setFlipped(true);
+            dead->setMotionBlur(true);
+            dead->syncFromNode();
+            dead->updateAllTexts(true);
+            dead->setTextsVisible(true);
+            dead->play();
+            dead->reset();
+            dead->showSource();
+            dead->info();
+            dead->duplicate();
+            dead->setPos(77, 0);
+            dead->setTransform(QTransform().scale(2, 1), true);
+        }
+        f.withMenu(ghost, [&f](QMenu* menu) { QVERIFY(!f.entry(menu, "Active")->isChecked()); });
+        QCOMPARE(ghost->x(), 77.0);
+        QVERIFY(untouched->isActive() && !untouched->getFlipped() && !untouched->getLocked());
+        QCOMPARE(untouched->getOffset().x(), 8.0f);
+        QCOMPARE(untouched->getScale(), 1.0f);
+        QCOMPARE(f.clipNode->getNChildren(), 1u);
+        f.view.grab();
     }
-    f.withMenu(ghost, [&f](QMenu* menu) { QVERIFY(!f.entry(menu, "Active")->isChecked()); });
-    QCOMPARE(ghost->x(), 77.0);
-    QVERIFY(untouched->isActive() && !untouched->getFlipped() && !untouched->getLocked());
-    QCOMPARE(untouched->getOffset().x(), 8.0f);
-    QCOMPARE(untouched->getScale(), 1.0f);
-    QCOMPARE(f.clipNode->getNChildren(), 1u);
-    f.view.grab();
-}
+};
 
 QTEST_MAIN(tst_kxAnimClipItem)
 #include "tst_kxAnimClipItem.moc"

@@ -6,17 +6,6 @@
 
 using namespace osg;
 
-class tst_kxAnimClipView : public QObject
-{
-    Q_OBJECT
-private Q_SLOTS:
-    void zoomsAboutAPoint();
-    void frames();
-    void pansAndLetsGo();
-    void framesAtADoubleClick();
-    void hearsKeys();
-};
-
 namespace
 {
 void wheel(const kxAnimClipView& view, const QPoint& at, int delta, Qt::MouseButtons held = Qt::NoButton)
@@ -33,158 +22,163 @@ void doubleClick(const kxShownClip& f, const QPoint& at, Qt::MouseButton button)
 }
 } // namespace
 
-void tst_kxAnimClipView::zoomsAboutAPoint()
+class tst_kxAnimClipView : public QObject
 {
-    kxShownClip f;
-    const QPoint at(300, 120);
-    const QPointF before = f.view.mapToScene(at);
-    for (int i = 0; i < 20; ++i)
-        wheel(f.view, at, 120);
-    QVERIFY(std::abs(f.view.transform().m11() - std::pow(1.15, 20)) < 1e-6);
-    QCOMPARE(f.view.transform().m22(), 1.0);
-    QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 0.2);
-    for (int i = 0; i < 20; ++i)
+    Q_OBJECT
+private Q_SLOTS:
+    void zoomsAboutAPoint()
+    {
+        kxShownClip f;
+        const QPoint at(300, 120);
+        const QPointF before = f.view.mapToScene(at);
+        for (int i = 0; i < 20; ++i)
+            wheel(f.view, at, 120);
+        QVERIFY(std::abs(f.view.transform().m11() - std::pow(1.15, 20)) < 1e-6);
+        QCOMPARE(f.view.transform().m22(), 1.0);
+        QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 0.2);
+        for (int i = 0; i < 20; ++i)
+            wheel(f.view, at, -120);
+        QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
+        QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 2);
+        wheel(f.view, at, 120, Qt::LeftButton);
+        wheel(f.view, at, 0); // the end of a gesture
+        QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
+        QWheelEvent sideways(at, f.view.mapToGlobal(at), QPoint(), QPoint(120, 0), Qt::NoButton, Qt::AltModifier,
+                             Qt::NoScrollPhase, false);
+        QApplication::sendEvent(f.port(), &sideways); // with a key that swaps the axes
+        QVERIFY(std::abs(f.view.transform().m11() - 1.15) < 1e-9);
         wheel(f.view, at, -120);
-    QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
-    QVERIFY((f.view.mapToScene(at) - before).manhattanLength() < 2);
-    wheel(f.view, at, 120, Qt::LeftButton);
-    wheel(f.view, at, 0); // the end of a gesture
-    QVERIFY(std::abs(f.view.transform().m11() - 1) < 1e-9);
-    QWheelEvent sideways(at, f.view.mapToGlobal(at), QPoint(), QPoint(120, 0), Qt::NoButton, Qt::AltModifier,
-                         Qt::NoScrollPhase, false);
-    QApplication::sendEvent(f.port(), &sideways); // with a key that swaps the axes
-    QVERIFY(std::abs(f.view.transform().m11() - 1.15) < 1e-9);
-    wheel(f.view, at, -120);
 
-    kxSendMouse(f.port(), QEvent::MouseButtonPress, at, Qt::RightButton, Qt::RightButton);
-    for (const int y : {130, 140, 100}) // down, down, up
-        kxSendMouse(f.port(), QEvent::MouseMove, QPoint(500, y), Qt::NoButton, Qt::RightButton);
-    kxSendMouse(f.port(), QEvent::MouseButtonRelease, QPoint(500, 100), Qt::RightButton, Qt::NoButton);
-    QVERIFY(std::abs(f.view.transform().m11() - 1.05) < 1e-9);
-    for (int i = 0; i < 400; ++i) // as far as there is a bound
-        wheel(f.view, at, i < 200 ? -120 : 120);
-    QVERIFY(std::isfinite(f.view.mapToScene(at).x()));
-}
+        kxSendMouse(f.port(), QEvent::MouseButtonPress, at, Qt::RightButton, Qt::RightButton);
+        for (const int y : {130, 140, 100}) // down, down, up
+            kxSendMouse(f.port(), QEvent::MouseMove, QPoint(500, y), Qt::NoButton, Qt::RightButton);
+        kxSendMouse(f.port(), QEvent::MouseButtonRelease, QPoint(500, 100), Qt::RightButton, Qt::NoButton);
+        QVERIFY(std::abs(f.view.transform().m11() - 1.05) < 1e-9);
+        for (int i = 0; i < 400; ++i) // as far as there is a bound
+            wheel(f.view, at, i < 200 ? -120 : 120);
+        QVERIFY(std::isfinite(f.view.mapToScene(at).x()));
+    }
 
-void tst_kxAnimClipView::frames()
-{
-    kxShownClip f;
-    f.view.frame(); // nothing to frame
-    QCOMPARE(f.view.transform().m11(), 1.0);
-    f.add(f.blockOf(2), 10, 0);
-    f.add(f.blockOf(2), 14, 3);
-    f.show();
-    f.view.frame();
-    // Frames 240 to 384, with room for the column.
-    const QRectF seen = f.view.mapToScene(f.port()->rect()).boundingRect();
-    const double margin = 144 * 80 * double(kxPlatform::getDpiScaleX()) / f.port()->width();
-    QVERIFY(std::abs(seen.left() - (240 - margin)) < 1);
-    QVERIFY(std::abs(seen.right() - 384) < 1);
-    QVERIFY(std::abs(f.view.transform().m22() - 1) < 1e-9);
-    QVERIFY(seen.top() < 0 && seen.bottom() > 200);
+    void frames()
+    {
+        kxShownClip f;
+        f.view.frame(); // nothing to frame
+        QCOMPARE(f.view.transform().m11(), 1.0);
+        f.add(f.blockOf(2), 10, 0);
+        f.add(f.blockOf(2), 14, 3);
+        f.show();
+        f.view.frame();
+        // Frames 240 to 384, with room for the column.
+        const QRectF seen = f.view.mapToScene(f.port()->rect()).boundingRect();
+        const double margin = 144 * 80 * double(kxPlatform::getDpiScaleX()) / f.port()->width();
+        QVERIFY(std::abs(seen.left() - (240 - margin)) < 1);
+        QVERIFY(std::abs(seen.right() - 384) < 1);
+        QVERIFY(std::abs(f.view.transform().m22() - 1) < 1e-9);
+        QVERIFY(seen.top() < 0 && seen.bottom() > 200);
 
-    // Where there is no room for all tracks, the first one stands below the ruler; so it does at the start.
-    const double strip = 20 * double(kxPlatform::getDpiScaleX());
-    kxAnimClipView fresh;
-    fresh.resize(300, 10); // as a layout may, before it has all sizes
-    fresh.show();
-    fresh.resize(600, 150);
-    QCOMPARE(fresh.viewportTransform().map(QPointF(0, 0)).y(), strip);
-    kxShownClip low;
-    low.view.resize(600, 150);
-    const auto firstTrack = [&low] { return low.view.viewportTransform().map(QPointF(0, 0)).y(); };
-    for (int track = 0; track < 12; ++track)
-        low.add(low.blockOf(2), 0, track);
-    low.show();
-    low.view.frame();
-    QCOMPARE(firstTrack(), strip);
+        // Where there is no room for all tracks, the first one stands below the ruler; so it does at the start.
+        const double strip = 20 * double(kxPlatform::getDpiScaleX());
+        kxAnimClipView fresh;
+        fresh.resize(300, 10); // as a layout may, before it has all sizes
+        fresh.show();
+        fresh.resize(600, 150);
+        QCOMPARE(fresh.viewportTransform().map(QPointF(0, 0)).y(), strip);
+        kxShownClip low;
+        low.view.resize(600, 150);
+        const auto firstTrack = [&low] { return low.view.viewportTransform().map(QPointF(0, 0)).y(); };
+        for (int track = 0; track < 12; ++track)
+            low.add(low.blockOf(2), 0, track);
+        low.show();
+        low.view.frame();
+        QCOMPARE(firstTrack(), strip);
 
-    // A lone trigger is a point in time: the zoom stays.
-    kxShownClip lone;
-    lone.add(lone.group<AnimSequenceBase>("Trigger", {}), 100);
-    lone.show();
-    lone.view.frame();
-    QCOMPARE(lone.view.transform().m11(), 1.0);
-    QVERIFY(lone.view.mapToScene(lone.port()->rect()).boundingRect().contains(QPointF(2400, 0)));
-}
+        // A lone trigger is a point in time: the zoom stays.
+        kxShownClip lone;
+        lone.add(lone.group<AnimSequenceBase>("Trigger", {}), 100);
+        lone.show();
+        lone.view.frame();
+        QCOMPARE(lone.view.transform().m11(), 1.0);
+        QVERIFY(lone.view.mapToScene(lone.port()->rect()).boundingRect().contains(QPointF(2400, 0)));
+    }
 
-void tst_kxAnimClipView::pansAndLetsGo()
-{
-    kxShownClip f;
-    f.add(f.blockOf(2), 2, 1);
-    f.show();
-    const QPointF before = f.view.mapToScene(0, 0);
-    kxPress(f.port(), {200, 200}, Qt::ControlModifier);
-    kxDragTo(f.port(), {170, 180}, Qt::ControlModifier);
-    kxRelease(f.port(), {170, 180}, Qt::ControlModifier);
-    QCOMPARE(f.view.mapToScene(0, 0) - before, QPointF(30, 20));
-    kxSendMouse(f.port(), QEvent::MouseButtonPress, {200, 200}, Qt::MiddleButton, Qt::MiddleButton);
-    kxSendMouse(f.port(), QEvent::MouseMove, {230, 220}, Qt::NoButton, Qt::MiddleButton);
-    QCOMPARE(f.view.mapToScene(0, 0), before);
+    void pansAndLetsGo()
+    {
+        kxShownClip f;
+        f.add(f.blockOf(2), 2, 1);
+        f.show();
+        const QPointF before = f.view.mapToScene(0, 0);
+        kxPress(f.port(), {200, 200}, Qt::ControlModifier);
+        kxDragTo(f.port(), {170, 180}, Qt::ControlModifier);
+        kxRelease(f.port(), {170, 180}, Qt::ControlModifier);
+        QCOMPARE(f.view.mapToScene(0, 0) - before, QPointF(30, 20));
+        kxSendMouse(f.port(), QEvent::MouseButtonPress, {200, 200}, Qt::MiddleButton, Qt::MiddleButton);
+        kxSendMouse(f.port(), QEvent::MouseMove, {230, 220}, Qt::NoButton, Qt::MiddleButton);
+        QCOMPARE(f.view.mapToScene(0, 0), before);
 
-    // The modifier that comes late doesn't keep a bar at the mouse.
-    kxPress(f.port(), f.at(60, 1));
-    kxRelease(f.port(), f.at(60, 1), Qt::ControlModifier);
-    QVERIFY(f.scene.mouseGrabberItem() == nullptr);
-}
+        // The modifier that comes late doesn't keep a bar at the mouse.
+        kxPress(f.port(), f.at(60, 1));
+        kxRelease(f.port(), f.at(60, 1), Qt::ControlModifier);
+        QVERIFY(f.scene.mouseGrabberItem() == nullptr);
+    }
 
-void tst_kxAnimClipView::framesAtADoubleClick()
-{
-    kxShownClip f;
-    const AnimNodePtr block = f.add(f.blockOf(2), 2, 1);
-    f.show();
-    f.barOf(block)->setSelected(true);
-    doubleClick(f, f.at(60, 1), Qt::LeftButton);
-    QCOMPARE(f.view.transform().m11(), 1.0);
-    f.scene.clearSelection();
-    doubleClick(f, f.at(60, 1), Qt::RightButton); // on the bar, which takes the mouse
-    QVERIFY(f.scene.mouseGrabberItem() == nullptr);
-    const QPointF middle = f.view.mapToScene(f.port()->rect().center());
-    QVERIFY(std::abs(middle.x() - 60) < 2);
-    doubleClick(f, f.at(60, 4), Qt::LeftButton);
-    QVERIFY(f.view.transform().m11() > 5);
-}
+    void framesAtADoubleClick()
+    {
+        kxShownClip f;
+        const AnimNodePtr block = f.add(f.blockOf(2), 2, 1);
+        f.show();
+        f.barOf(block)->setSelected(true);
+        doubleClick(f, f.at(60, 1), Qt::LeftButton);
+        QCOMPARE(f.view.transform().m11(), 1.0);
+        f.scene.clearSelection();
+        doubleClick(f, f.at(60, 1), Qt::RightButton); // on the bar, which takes the mouse
+        QVERIFY(f.scene.mouseGrabberItem() == nullptr);
+        const QPointF middle = f.view.mapToScene(f.port()->rect().center());
+        QVERIFY(std::abs(middle.x() - 60) < 2);
+        doubleClick(f, f.at(60, 4), Qt::LeftButton);
+        QVERIFY(f.view.transform().m11() > 5);
+    }
 
-void tst_kxAnimClipView::hearsKeys()
-{
-    kxShownClip f;
-    f.add(f.blockOf(1), 0, 0);
-    f.add(f.blockOf(1), 2, 0);
-    f.show();
-    QSignalSpy deleted(&f.view, SIGNAL(itemsDeleted())), focus(&f.view, SIGNAL(gotFocus(QWidget*)));
-    QFocusEvent in(QEvent::FocusIn);
-    QApplication::sendEvent(&f.view, &in);
-    QCOMPARE(focus.count(), 1);
-    QTest::keyClick(&f.view, Qt::Key_A);
-    QCOMPARE(f.scene.selectedBars().size(), 0);
-    QTest::keyClick(&f.view, Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(f.scene.selectedBars().size(), 2);
-    QTest::keyClick(&f.view, Qt::Key_C, Qt::ControlModifier);
-    f.scene.setTime(240);
-    QTest::keyClick(&f.view, Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(f.clipNode->getNChildren(), 4u);
-    QCOMPARE(f.scene.bars().size(), 4);
-    QTest::keyClick(&f.view, Qt::Key_D, Qt::ControlModifier);
-    QCOMPARE(f.clipNode->getNChildren(), 6u);
-    QTest::keyClick(&f.view, Qt::Key_Delete); // what was pasted
-    QCOMPARE(f.clipNode->getNChildren(), 4u);
-    QCOMPARE(deleted.count(), 1);
-    for (const Qt::KeyboardModifier other : {Qt::AltModifier, Qt::MetaModifier}) // belong to menus
-        for (const Qt::Key key : {Qt::Key_F, Qt::Key_Delete})
-        {
-            f.scene.selectAll();
-            QKeyEvent asked(QEvent::ShortcutOverride, key, other);
-            asked.ignore();
-            QApplication::sendEvent(&f.view, &asked);
-            QVERIFY(!asked.isAccepted());
-            QTest::keyClick(&f.view, key, other);
-        }
-    QCOMPARE(f.view.transform().m11(), 1.0);
-    QCOMPARE(f.clipNode->getNChildren(), 4u);
-    QTest::keyClick(&f.view, Qt::Key_F);
-    QVERIFY(f.view.transform().m11() != 1.0);
-    kxUndoStack::get(0).stack()->clear();
-}
+    void hearsKeys()
+    {
+        kxShownClip f;
+        f.add(f.blockOf(1), 0, 0);
+        f.add(f.blockOf(1), 2, 0);
+        f.show();
+        QSignalSpy deleted(&f.view, SIGNAL(itemsDeleted())), focus(&f.view, SIGNAL(gotFocus(QWidget*)));
+        QFocusEvent in(QEvent::FocusIn);
+        QApplication::sendEvent(&f.view, &in);
+        QCOMPARE(focus.count(), 1);
+        QTest::keyClick(&f.view, Qt::Key_A);
+        QCOMPARE(f.scene.selectedBars().size(), 0);
+        QTest::keyClick(&f.view, Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(f.scene.selectedBars().size(), 2);
+        QTest::keyClick(&f.view, Qt::Key_C, Qt::ControlModifier);
+        f.scene.setTime(240);
+        QTest::keyClick(&f.view, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(f.clipNode->getNChildren(), 4u);
+        QCOMPARE(f.scene.bars().size(), 4);
+        QTest::keyClick(&f.view, Qt::Key_D, Qt::ControlModifier);
+        QCOMPARE(f.clipNode->getNChildren(), 6u);
+        QTest::keyClick(&f.view, Qt::Key_Delete); // what was pasted
+        QCOMPARE(f.clipNode->getNChildren(), 4u);
+        QCOMPARE(deleted.count(), 1);
+        for (const Qt::KeyboardModifier other : {Qt::AltModifier, Qt::MetaModifier}) // belong to menus
+            for (const Qt::Key key : {Qt::Key_F, Qt::Key_Delete})
+            {
+                f.scene.selectAll();
+                QKeyEvent asked(QEvent::ShortcutOverride, key, other);
+                asked.ignore();
+                QApplication::sendEvent(&f.view, &asked);
+                QVERIFY(!asked.isAccepted());
+                QTest::keyClick(&f.view, key, other);
+            }
+        QCOMPARE(f.view.transform().m11(), 1.0);
+        QCOMPARE(f.clipNode->getNChildren(), 4u);
+        QTest::keyClick(&f.view, Qt::Key_F);
+        QVERIFY(f.view.transform().m11() != 1.0);
+        kxUndoStack::get(0).stack()->clear();
+    }
+};
 
 QTEST_MAIN(tst_kxAnimClipView)
 #include "tst_kxAnimClipView.moc"

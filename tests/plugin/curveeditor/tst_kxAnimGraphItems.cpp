@@ -13,213 +13,6 @@
 #include <algorithm>
 #include <random>
 
-class tst_kxAnimGraphItems : public QObject
-{
-    Q_OBJECT
-private Q_SLOTS:
-    void handlesAreThereFromTheStart();
-    void handlesShowOnSidesThatHaveThem();
-    void keysPassEachOther();
-    void aFreeHandleGrowsBack();
-    void untouchedKeysStayAsComputed();
-    void aHandleThatReachesItsNeighbour();
-    void theKernelIsFollowed();
-    void aCurveThatIsGone();
-    void drawnIsPlayed();
-    void awkwardCurves();
-    void squaresAreSixPixels();
-    void theWheelZoomsAboutTheMouse();
-    void keysOfTheGraphAreNoShortcuts();
-    void whatIsSeenLooksLikeTheWhole();
-    void denseLinesHaveNoGaps();
-};
-
-/// What is asked of a key before its handles were made is what they show then.
-void tst_kxAnimGraphItems::handlesAreThereFromTheStart()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
-    kxAnimGraphPoint* key = graph.point(0, 1);
-    QVERIFY(key->childItems().isEmpty());
-    key->setTangentTypes(3, 4);
-    key->setInTangentPos(-2, 7);
-    QCOMPARE(key->inTangentScenePos(), QPointF(8, 9));
-
-    kxAnimGraphPoint* in = key->inTangentItem();
-    QCOMPARE(key->childItems().size(), 4);
-    QCOMPARE(in->pos(), QPointF(-2, 7));
-    QCOMPARE(in->tangentType(), 3);
-    QCOMPARE(key->outTangentItem()->tangentType(), 4);
-    QVERIFY(!in->isVisible());
-
-    // A handle that is moved from code is the handle of the key, and so is its line.
-    in->setPos(-3, 1);
-    Q_EMIT in->graphPointMoved(in);
-    QCOMPARE(key->inTangentPos(), QPointF(-3, 1));
-    QCOMPARE(key->outTangentPos(), QPointF(3, -1)); // mirrored
-    for (QGraphicsItem* child : key->childItems())
-        if (auto* line = qgraphicsitem_cast<QGraphicsLineItem*>(child))
-            QVERIFY(line->line().p2() == key->inTangentPos() || line->line().p2() == key->outTangentPos());
-}
-
-void tst_kxAnimGraphItems::handlesShowOnSidesThatHaveThem()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
-    kxAnimGraphPoint* key = graph.point(0, 1);
-    key->setTangentTypes(1, 0);
-    key->setSelected(true);
-    const auto shown = [key] {
-        return QList<bool>{key->inTangentItem()->isVisible(), key->outTangentItem()->isVisible()};
-    };
-    QCOMPARE(shown(), (QList<bool>{true, false}));
-
-    // Dragging one side frees both, so that the other one shows too.
-    const QPoint from = graph.at(key->inTangentItem());
-    graph.drag(from, from + QPoint(5, 20));
-    QCOMPARE(shown(), (QList<bool>{true, true}));
-    key->setTangentsVisible(false);
-    QCOMPARE(shown(), (QList<bool>{false, false}));
-}
-
-/// Random moves: the collected keys are the items in order of time, and each knows its index.
-void tst_kxAnimGraphItems::keysPassEachOther()
-{
-    kxGraphFixture graph;
-    std::vector<std::pair<float, float>> places;
-    for (int i = 0; i < 40; ++i)
-        places.emplace_back(float(3 * i), float(i % 5));
-    graph.show({places});
-    kxAnimGraphCurve* curve = graph.scene()->curves().first();
-    std::mt19937 random(7);
-    for (int step = 0; step < 60; ++step)
-    {
-        for (unsigned int moves = random() % 6; moves > 0; --moves)
-            graph.point(0, random() % 40)->setPos(double(random() % 1000) / 8, double(random() % 50));
-        std::vector<osg::CCPnt> keys;
-        curve->collectControlPoints(keys);
-        QCOMPARE(keys.size(), std::size_t(40));
-        for (int i = 0; i < 40; ++i)
-        {
-            const kxAnimGraphPoint* key = curve->point(unsigned(i));
-            QCOMPARE(key->index(), i);
-            QCOMPARE(keys[std::size_t(i)].x(), float(key->pos().x() / 24));
-            QVERIFY(i == 0 || curve->point(unsigned(i) - 1)->pos().x() < key->pos().x());
-        }
-    }
-}
-
-void tst_kxAnimGraphItems::aFreeHandleGrowsBack()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {20, 2}, {50, 0}}});
-    kxAnimGraphPoint *key = graph.point(0, 1), *next = graph.point(0, 2);
-    key->setTangentTypes(5, 5);
-    key->setInTangentPos(-4, -1);
-    key->setOutTangentPos(10, 5);
-    key->cacheTangents();
-    const auto outAfter = [&](double x)
-    {
-        next->setPos(x, 0);
-        std::vector<osg::CCPnt> keys;
-        graph.scene()->curves().first()->collectControlPoints(keys);
-        return key->outTangentPos();
-    };
-    QCOMPARE(outAfter(26), QPointF(6, 3)); // shortened along its direction
-    QCOMPARE(outAfter(23), QPointF(3, 1.5));
-    QCOMPARE(outAfter(40), QPointF(10, 5));
-    QCOMPARE(key->inTangentPos(), QPointF(-4, -1));
-}
-
-/// Computing tangents where something moved gives what computing all of them at each step does.
-void tst_kxAnimGraphItems::untouchedKeysStayAsComputed()
-{
-    std::vector<std::pair<float, float>> places;
-    for (int i = 0; i < 30; ++i)
-        places.emplace_back(float(4 * i), float((i * 7) % 11));
-    const auto walk = [&places](bool touchesAll)
-    {
-        kxGraphFixture graph;
-        graph.show({places});
-        kxAnimGraphCurve* curve = graph.scene()->curves().first();
-        std::mt19937 random(3);
-        for (kxAnimGraphPoint* key : curve->points())
-        {
-            key->setOutTangentPos(double(random() % 5), double(random() % 7));
-            key->setTangentTypes(int(random() % 6), int(random() % 6));
-            key->cacheTangents();
-        }
-        std::vector<osg::CCPnt> keys;
-        for (int step = 0; step < 80; ++step)
-        {
-            curve->point(random() % 30)->setPos(double(random() % 960) / 8, double(random() % 50) / 4);
-            for (kxAnimGraphPoint* key : curve->points())
-                if (touchesAll)
-                    key->setTangentTypes(key->inTangentType(), key->outTangentType());
-            curve->collectControlPoints(keys);
-        }
-        return keys;
-    };
-    QVERIFY(walk(false) == walk(true));
-}
-
-/// The kernel keeps a free tangent that reaches its neighbour as short as the shorter gap; what is drawn follows.
-void tst_kxAnimGraphItems::aHandleThatReachesItsNeighbour()
-{
-    kxGraphFixture graph;
-    graph.scene()->setBreakTangents(true);
-    graph.show({{{0, 0}, {12, 2}, {18, 0}}});
-    kxAnimGraphPoint* key = graph.point(0, 1);
-    key->setSelected(true);
-    const QPoint from = graph.at(key->inTangentItem());
-    graph.drag(from, from - QPoint(200, 0));
-    QCOMPARE(graph.stack()->count(), 1);
-    QVERIFY(std::abs(key->inTangentPos().x() - double(graph.key(0, 1).inX()) * 24) < 1e-4);
-    QVERIFY(std::abs(key->inTangentPos().y() - double(graph.key(0, 1).inY())) < 1e-4);
-    QCOMPARE(key->inTangentPos(), key->cachedInTangentPos());
-}
-
-/// Places that come from the kernel are neither snapped nor locked nor refused.
-void tst_kxAnimGraphItems::theKernelIsFollowed()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}, {20, 0}}});
-    kxAnimGraphCurve* curve = graph.scene()->curves().first();
-    const osg::AnimCurvePtr kernel = curve->animCurve();
-    graph.scene()->setLockX(true);
-    for (osg::UInt32 i = 0; i < 3; ++i)
-        kernel->getControlPoints(i).setX(float(10 * (i + 1)) / 24); // each where its neighbour stood
-    kernel->computeOuttangent(1, 0);
-    curve->updateFromCurve();
-    QCOMPARE(graph.point(0, 0)->pos().x(), 10.0);
-    QCOMPARE(graph.point(0, 2)->pos().x(), 30.0);
-    QCOMPARE(graph.point(0, 1)->outTangentType(), 0);
-    QVERIFY(curve->isTimeTaken(30, graph.point(0, 0)) && !curve->isTimeTaken(0, graph.point(0, 1)));
-
-    kernel->subPoint(0);
-    curve->updateFromCurve();
-    QCOMPARE(curve->points().size(), 2);
-    kernel->clear();
-    curve->updateFromCurve();
-    QVERIFY(curve->points().isEmpty() && curve->path().isEmpty() && curve->boundingRect().isNull());
-}
-
-void tst_kxAnimGraphItems::aCurveThatIsGone()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}}});
-    kxAnimGraphCurve* curve = graph.scene()->curves().first();
-    kxAnimGraphPoint* handle = graph.point(0, 1)->inTangentItem();
-    graph.nodes[0]->subRef();
-    QVERIFY(curve->animCurve() == osg::NullFC);
-    curve->updateFromCurve();
-    curve->rebuildFromCurve();
-    curve->movedInTangent(handle);
-    QCOMPARE(curve->points().size(), 2);
-    QCOMPARE(graph.stack()->count(), 0);
-    QCOMPARE(kxAnimGraphCurve(osg::AnimCurvePtr(), nullptr).point(0), nullptr);
-}
-
 namespace
 {
 /// The point of the path's segment that starts before element `first`, at `u`.
@@ -256,205 +49,400 @@ double greatestDifference(const QPainterPath& path, const osg::AnimCurvePtr& cur
 }
 } // namespace
 
-/// Over all pairs of types: the path, the kernel's keys, and the channel when the scene is evaluated.
-void tst_kxAnimGraphItems::drawnIsPlayed()
+class tst_kxAnimGraphItems : public QObject
 {
-    std::mt19937 random(11);
-    std::uniform_real_distribution<float> value(-50, 50), gap(0.5f, 12), part(0.05f, 0.6f);
-    for (osg::UInt32 inType = 0; inType < 6; ++inType)
-        for (osg::UInt32 outType = 0; outType < 6; ++outType)
-        {
-            kxGraphFixture graph;
-            const osg::NodePtr object = graph.scope.object();
-            const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
-            const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
-            kxAnimManager::the()->addAnimation(object, node);
-            float frame = 0;
-            for (int i = 0; i < 30; ++i)
-            {
-                const float before = gap(random);
-                frame += before;
-                const osg::Vec2f in(-part(random) * 0.5f / 24, value(random) / 9);
-                const osg::Vec2f out(part(random) * 0.5f / 24, value(random) / 9);
-                curve->addPoint(osg::Pnt2f(frame / 24, value(random)), in, out, inType, outType, true, true);
-            }
-            for (osg::UInt32 i = 0; i < 30; ++i)
-            {
-                curve->computeIntangent(i, -1);
-                curve->computeOuttangent(i, -1);
-            }
-            graph.scope.keysChanged(node);
-            kxAnimGraphCurve item(curve, graph.scene());
-            int segments = 0;
-            const double difference = greatestDifference(item.path(), curve, &segments);
-            QCOMPARE(segments, 29);
-            QVERIFY2(difference < 1e-4 * 100, qPrintable(QString("%1 %2 %3").arg(inType).arg(outType).arg(difference)));
+    Q_OBJECT
+private Q_SLOTS:
+    /// What is asked of a key before its handles were made is what they show then.
+    void handlesAreThereFromTheStart()
+    {
+        kxGraphFixture graph;
+        graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+        kxAnimGraphPoint* key = graph.point(0, 1);
+        QVERIFY(key->childItems().isEmpty());
+        key->setTangentTypes(3, 4);
+        key->setInTangentPos(-2, 7);
+        QCOMPARE(key->inTangentScenePos(), QPointF(8, 9));
 
-            for (int i = 1; i < 29; ++i)
-            {
-                const double at = 0.5 * (item.point(unsigned(i))->pos().x() + item.point(unsigned(i) + 1)->pos().x());
-                kxAnimManager::the()->setCurrentFrame(at, true, false);
-                const double played = double(graph.scope.transform(object)->getTranslation()[0]);
-                const double expected = double(kxCurveMath::segmentValue(
-                    curve->getControlPoints(osg::UInt32(i)), curve->getControlPoints(osg::UInt32(i) + 1), at / 24));
-                QVERIFY(std::abs(played - expected) < 1e-4 * 100);
-            }
-            // The live tangents of the items are those of the kernel.
+        kxAnimGraphPoint* in = key->inTangentItem();
+        QCOMPARE(key->childItems().size(), 4);
+        QCOMPARE(in->pos(), QPointF(-2, 7));
+        QCOMPARE(in->tangentType(), 3);
+        QCOMPARE(key->outTangentItem()->tangentType(), 4);
+        QVERIFY(!in->isVisible());
+
+        // A handle that is moved from code is the handle of the key, and so is its line.
+        in->setPos(-3, 1);
+        Q_EMIT in->graphPointMoved(in);
+        QCOMPARE(key->inTangentPos(), QPointF(-3, 1));
+        QCOMPARE(key->outTangentPos(), QPointF(3, -1)); // mirrored
+        for (QGraphicsItem* child : key->childItems())
+            if (auto* line = qgraphicsitem_cast<QGraphicsLineItem*>(child))
+                QVERIFY(line->line().p2() == key->inTangentPos() || line->line().p2() == key->outTangentPos());
+    }
+
+    void handlesShowOnSidesThatHaveThem()
+    {
+        kxGraphFixture graph;
+        graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+        kxAnimGraphPoint* key = graph.point(0, 1);
+        key->setTangentTypes(1, 0);
+        key->setSelected(true);
+        const auto shown = [key] {
+            return QList<bool>{key->inTangentItem()->isVisible(), key->outTangentItem()->isVisible()};
+        };
+        QCOMPARE(shown(), (QList<bool>{true, false}));
+
+        // Dragging one side frees both, so that the other one shows too.
+        const QPoint from = graph.at(key->inTangentItem());
+        graph.drag(from, from + QPoint(5, 20));
+        QCOMPARE(shown(), (QList<bool>{true, true}));
+        key->setTangentsVisible(false);
+        QCOMPARE(shown(), (QList<bool>{false, false}));
+    }
+
+    /// Random moves: the collected keys are the items in order of time, and each knows its index.
+    void keysPassEachOther()
+    {
+        kxGraphFixture graph;
+        std::vector<std::pair<float, float>> places;
+        for (int i = 0; i < 40; ++i)
+            places.emplace_back(float(3 * i), float(i % 5));
+        graph.show({places});
+        kxAnimGraphCurve* curve = graph.scene()->curves().first();
+        std::mt19937 random(7);
+        for (int step = 0; step < 60; ++step)
+        {
+            for (unsigned int moves = random() % 6; moves > 0; --moves)
+                graph.point(0, random() % 40)->setPos(double(random() % 1000) / 8, double(random() % 50));
             std::vector<osg::CCPnt> keys;
-            item.collectControlPoints(keys);
-            for (osg::UInt32 i = 0; i < 30; ++i)
+            curve->collectControlPoints(keys);
+            QCOMPARE(keys.size(), std::size_t(40));
+            for (int i = 0; i < 40; ++i)
             {
-                const osg::CCPnt& key = curve->getControlPoints(i);
-                QVERIFY(std::abs(keys[i].inX() - key.inX()) < 1e-5f && std::abs(keys[i].inY() - key.inY()) < 1e-3f);
-                QVERIFY(std::abs(keys[i].outX() - key.outX()) < 1e-5f && std::abs(keys[i].outY() - key.outY()) < 1e-3f);
+                const kxAnimGraphPoint* key = curve->point(unsigned(i));
+                QCOMPARE(key->index(), i);
+                QCOMPARE(keys[std::size_t(i)].x(), float(key->pos().x() / 24));
+                QVERIFY(i == 0 || curve->point(unsigned(i) - 1)->pos().x() < key->pos().x());
             }
         }
-}
+    }
 
-void tst_kxAnimGraphItems::awkwardCurves()
-{
-    for (const kxAwkwardCurve& awkward : kxAwkwardCurves())
+    void aFreeHandleGrowsBack()
     {
         kxGraphFixture graph;
-        const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
-        graph.own(node);
-        const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
-        for (const osg::CCPnt& key : awkward.keys)
-            curve->editControlPoints().push_back(key);
-        kxAnimGraphCurve item(curve, graph.scene());
-        QCOMPARE(item.points().size(), int(awkward.keys.size()));
-        graph.view.grab();
-        item.point(0)->setSelected(true);
-        item.point(0)->setPos(item.point(0)->pos() + QPointF(0.25, 1));
-        std::vector<osg::CCPnt> keys;
-        item.collectControlPoints(keys);
-        QVERIFY(std::is_sorted(keys.begin(), keys.end(),
-                               [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); }));
-        graph.view.grab();
-    }
-}
-
-/// What is drawn and what the mouse meets is a square of 6 by 6 pixels at any zoom.
-void tst_kxAnimGraphItems::squaresAreSixPixels()
-{
-    for (const QPointF& zoom : {QPointF(10, -20), QPointF(0.01, -3), QPointF(900, -0.2)})
-    {
-        kxGraphFixture graph;
-        graph.show({{{7, 1}}});
-        graph.view.setTransform(QTransform::fromScale(zoom.x(), zoom.y()));
-        graph.view.updatePointScale();
-        graph.view.centerOn(7, 1);
-        graph.scene()->timeItem()->hide();
-        const QPoint middle = graph.at(graph.point(0, 0));
-        int met = 0;
-        for (int x = -6; x < 6; ++x)
-            for (int y = -6; y < 6; ++y)
-                met += graph.view.itemAt(middle + QPoint(x, y)) == graph.point(0, 0);
-        const QImage image = graph.view.viewport()->grab().toImage();
-        const int ratio = int(image.devicePixelRatio()); // this test also runs with larger pixels
-        int white = 0;
-        for (int x = -6 * ratio; x < 6 * ratio; ++x)
-            for (int y = -6 * ratio; y < 6 * ratio; ++y)
-                white += image.pixelColor(middle * ratio + QPoint(x, y)) == QColor(Qt::white);
-        QCOMPARE(white, 36 * ratio * ratio);
-        QVERIFY2(met >= 36 && met <= 49, qPrintable(QString::number(met))); // the edge belongs to it
-    }
-}
-
-/// A line through keys with tangents that stick out of their segments, painted in part.
-void tst_kxAnimGraphItems::whatIsSeenLooksLikeTheWhole()
-{
-    std::mt19937 random(5);
-    kxAnimGraphLine line;
-    line.start(300);
-    const auto some = [&](int range) { return double(random() % unsigned(range)); };
-    for (int i = 0; i < 300; ++i)
-    {
-        const QPointF key(4 * i, some(100));
-        const bool isStep = random() % 5 == 0;
-        line.addKey(key, isStep ? key : key - QPointF(some(9), some(20)),
-                    isStep ? key : key + QPointF(some(9), -some(20)));
-    }
-    QPen pen(Qt::red);
-    pen.setCosmetic(true);
-    for (const int left : {-60, 0, 333, 1150})
-    {
-        const auto painted = [&](bool isWhole)
+        graph.show({{{0, 0}, {20, 2}, {50, 0}}});
+        kxAnimGraphPoint *key = graph.point(0, 1), *next = graph.point(0, 2);
+        key->setTangentTypes(5, 5);
+        key->setInTangentPos(-4, -1);
+        key->setOutTangentPos(10, 5);
+        key->cacheTangents();
+        const auto outAfter = [&](double x)
         {
-            QImage image(400, 120, QImage::Format_RGB32);
-            image.fill(Qt::black);
-            QPainter painter(&image);
-            painter.setRenderHint(QPainter::Antialiasing);
-            painter.setWorldTransform(QTransform(4, 0, 0, 1, -4.0 * left, 10));
-            if (isWhole)
-                painter.strokePath(line.path(), pen);
-            else
-                line.paint(painter, left, left + 100, pen);
-            return image;
+            next->setPos(x, 0);
+            std::vector<osg::CCPnt> keys;
+            graph.scene()->curves().first()->collectControlPoints(keys);
+            return key->outTangentPos();
         };
-        QVERIFY(painted(true) == painted(false));
+        QCOMPARE(outAfter(26), QPointF(6, 3)); // shortened along its direction
+        QCOMPARE(outAfter(23), QPointF(3, 1.5));
+        QCOMPARE(outAfter(40), QPointF(10, 5));
+        QCOMPARE(key->inTangentPos(), QPointF(-4, -1));
     }
-}
 
-void tst_kxAnimGraphItems::denseLinesHaveNoGaps()
-{
-    kxAnimGraphLine line;
-    line.start(50000);
-    for (int i = 0; i < 50000; ++i)
+    /// Computing tangents where something moved gives what computing all of them at each step does.
+    void untouchedKeysStayAsComputed()
     {
-        const QPointF key(i, 50 + 40 * std::sin(i * 0.0003) + i % 7);
-        line.addKey(key, key - QPointF(0.5, 0), key + QPointF(0.5, 0));
+        std::vector<std::pair<float, float>> places;
+        for (int i = 0; i < 30; ++i)
+            places.emplace_back(float(4 * i), float((i * 7) % 11));
+        const auto walk = [&places](bool touchesAll)
+        {
+            kxGraphFixture graph;
+            graph.show({places});
+            kxAnimGraphCurve* curve = graph.scene()->curves().first();
+            std::mt19937 random(3);
+            for (kxAnimGraphPoint* key : curve->points())
+            {
+                key->setOutTangentPos(double(random() % 5), double(random() % 7));
+                key->setTangentTypes(int(random() % 6), int(random() % 6));
+                key->cacheTangents();
+            }
+            std::vector<osg::CCPnt> keys;
+            for (int step = 0; step < 80; ++step)
+            {
+                curve->point(random() % 30)->setPos(double(random() % 960) / 8, double(random() % 50) / 4);
+                for (kxAnimGraphPoint* key : curve->points())
+                    if (touchesAll)
+                        key->setTangentTypes(key->inTangentType(), key->outTangentType());
+                curve->collectControlPoints(keys);
+            }
+            return keys;
+        };
+        QVERIFY(walk(false) == walk(true));
     }
-    QImage image(400, 120, QImage::Format_RGB32);
-    image.fill(Qt::black);
-    QPainter painter(&image);
-    painter.setWorldTransform(QTransform::fromScale(400 / 50000.0, 1));
-    QPen pen(Qt::red);
-    pen.setCosmetic(true);
-    line.paint(painter, 0, 50000, pen);
-    painter.end();
-    for (int i = 0; i < 50000; i += 11)
-        QCOMPARE(image.pixelColor(int(line.key(i).x() * 400 / 50000), int(line.key(i).y())), QColor(Qt::red));
-}
 
-void tst_kxAnimGraphItems::theWheelZoomsAboutTheMouse()
-{
-    kxGraphFixture graph;
-    graph.show({{{0, 0}, {10, 2}}});
-    const auto turn = [&graph](int delta, Qt::MouseButtons held = Qt::NoButton)
+    /// The kernel keeps a free tangent that reaches its neighbour as short as the shorter gap; what is drawn follows.
+    void aHandleThatReachesItsNeighbour()
     {
-        const QPoint at(110, 80);
-        const QPointF before = graph.view.mapToScene(at);
-        QWheelEvent event(at, graph.port()->mapToGlobal(at), {}, {0, delta}, held, Qt::NoModifier, Qt::NoScrollPhase,
-                          false);
-        QApplication::sendEvent(graph.port(), &event);
-        const QPointF off = QPointF(graph.at(before) - at);
-        return std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1;
-    };
-    const auto scale = [&graph] { return QPointF(graph.view.transform().m11(), graph.view.transform().m22()); };
-    QVERIFY(turn(120));
-    QCOMPARE(scale(), QPointF(11.5, -23));
-    graph.press(Qt::Key_X);
-    QVERIFY(turn(-120) && turn(-120));
-    QCOMPARE(scale(), QPointF(10 / 1.15, -23));
-    QCOMPARE(kxAnimGraphPoint::square().width() * scale().x(), 6.0);
-    turn(120, Qt::RightButton); // another gesture
-    QCOMPARE(scale(), QPointF(10 / 1.15, -23));
-}
+        kxGraphFixture graph;
+        graph.scene()->setBreakTangents(true);
+        graph.show({{{0, 0}, {12, 2}, {18, 0}}});
+        kxAnimGraphPoint* key = graph.point(0, 1);
+        key->setSelected(true);
+        const QPoint from = graph.at(key->inTangentItem());
+        graph.drag(from, from - QPoint(200, 0));
+        QCOMPARE(graph.stack()->count(), 1);
+        QVERIFY(std::abs(key->inTangentPos().x() - double(graph.key(0, 1).inX()) * 24) < 1e-4);
+        QVERIFY(std::abs(key->inTangentPos().y() - double(graph.key(0, 1).inY())) < 1e-4);
+        QCOMPARE(key->inTangentPos(), key->cachedInTangentPos());
+    }
 
-void tst_kxAnimGraphItems::keysOfTheGraphAreNoShortcuts()
-{
-    kxGraphFixture graph;
-    const auto isTaken = [&graph](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    /// Places that come from the kernel are neither snapped nor locked nor refused.
+    void theKernelIsFollowed()
     {
-        QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
-        event.ignore();
-        QApplication::sendEvent(&graph.view, &event);
-        return event.isAccepted();
-    };
-    QVERIFY(isTaken(Qt::Key_F) && isTaken(Qt::Key_Delete) && isTaken(Qt::Key_A, Qt::ControlModifier));
-    QVERIFY(!isTaken(Qt::Key_Z, Qt::ControlModifier) && !isTaken(Qt::Key_F, Qt::AltModifier) && !isTaken(Qt::Key_W));
-}
+        kxGraphFixture graph;
+        graph.show({{{0, 0}, {10, 2}, {20, 0}}});
+        kxAnimGraphCurve* curve = graph.scene()->curves().first();
+        const osg::AnimCurvePtr kernel = curve->animCurve();
+        graph.scene()->setLockX(true);
+        for (osg::UInt32 i = 0; i < 3; ++i)
+            kernel->getControlPoints(i).setX(float(10 * (i + 1)) / 24); // each where its neighbour stood
+        kernel->computeOuttangent(1, 0);
+        curve->updateFromCurve();
+        QCOMPARE(graph.point(0, 0)->pos().x(), 10.0);
+        QCOMPARE(graph.point(0, 2)->pos().x(), 30.0);
+        QCOMPARE(graph.point(0, 1)->outTangentType(), 0);
+        QVERIFY(curve->isTimeTaken(30, graph.point(0, 0)) && !curve->isTimeTaken(0, graph.point(0, 1)));
+
+        kernel->subPoint(0);
+        curve->updateFromCurve();
+        QCOMPARE(curve->points().size(), 2);
+        kernel->clear();
+        curve->updateFromCurve();
+        QVERIFY(curve->points().isEmpty() && curve->path().isEmpty() && curve->boundingRect().isNull());
+    }
+
+    void aCurveThatIsGone()
+    {
+        kxGraphFixture graph;
+        graph.show({{{0, 0}, {10, 2}}});
+        kxAnimGraphCurve* curve = graph.scene()->curves().first();
+        kxAnimGraphPoint* handle = graph.point(0, 1)->inTangentItem();
+        graph.nodes[0]->subRef();
+        QVERIFY(curve->animCurve() == osg::NullFC);
+        curve->updateFromCurve();
+        curve->rebuildFromCurve();
+        curve->movedInTangent(handle);
+        QCOMPARE(curve->points().size(), 2);
+        QCOMPARE(graph.stack()->count(), 0);
+        QCOMPARE(kxAnimGraphCurve(osg::AnimCurvePtr(), nullptr).point(0), nullptr);
+    }
+
+    /// Over all pairs of types: the path, the kernel's keys, and the channel when the scene is evaluated.
+    void drawnIsPlayed()
+    {
+        std::mt19937 random(11);
+        std::uniform_real_distribution<float> value(-50, 50), gap(0.5f, 12), part(0.05f, 0.6f);
+        for (osg::UInt32 inType = 0; inType < 6; ++inType)
+            for (osg::UInt32 outType = 0; outType < 6; ++outType)
+            {
+                kxGraphFixture graph;
+                const osg::NodePtr object = graph.scope.object();
+                const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
+                const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
+                kxAnimManager::the()->addAnimation(object, node);
+                float frame = 0;
+                for (int i = 0; i < 30; ++i)
+                {
+                    const float before = gap(random);
+                    frame += before;
+                    const osg::Vec2f in(-part(random) * 0.5f / 24, value(random) / 9);
+                    const osg::Vec2f out(part(random) * 0.5f / 24, value(random) / 9);
+                    curve->addPoint(osg::Pnt2f(frame / 24, value(random)), in, out, inType, outType, true, true);
+                }
+                for (osg::UInt32 i = 0; i < 30; ++i)
+                {
+                    curve->computeIntangent(i, -1);
+                    curve->computeOuttangent(i, -1);
+                }
+                graph.scope.keysChanged(node);
+                kxAnimGraphCurve item(curve, graph.scene());
+                int segments = 0;
+                const double difference = greatestDifference(item.path(), curve, &segments);
+                QCOMPARE(segments, 29);
+                QVERIFY2(difference < 1e-4 * 100,
+                         qPrintable(QString("%1 %2 %3").arg(inType).arg(outType).arg(difference)));
+
+                for (int i = 1; i < 29; ++i)
+                {
+                    const double at =
+                        0.5 * (item.point(unsigned(i))->pos().x() + item.point(unsigned(i) + 1)->pos().x());
+                    kxAnimManager::the()->setCurrentFrame(at, true, false);
+                    const double played = double(graph.scope.transform(object)->getTranslation()[0]);
+                    const double expected = double(kxCurveMath::segmentValue(
+                        curve->getControlPoints(osg::UInt32(i)), curve->getControlPoints(osg::UInt32(i) + 1), at / 24));
+                    QVERIFY(std::abs(played - expected) < 1e-4 * 100);
+                }
+                // The live tangents of the items are those of the kernel.
+                std::vector<osg::CCPnt> keys;
+                item.collectControlPoints(keys);
+                for (osg::UInt32 i = 0; i < 30; ++i)
+                {
+                    const osg::CCPnt& key = curve->getControlPoints(i);
+                    QVERIFY(std::abs(keys[i].inX() - key.inX()) < 1e-5f && std::abs(keys[i].inY() - key.inY()) < 1e-3f);
+                    QVERIFY(std::abs(keys[i].outX() - key.outX()) < 1e-5f &&
+                            std::abs(keys[i].outY() - key.outY()) < 1e-3f);
+                }
+            }
+    }
+
+    void awkwardCurves()
+    {
+        for (const kxAwkwardCurve& awkward : kxAwkwardCurves())
+        {
+            kxGraphFixture graph;
+            const osg::AnimNodePtr node = graph.scope.curve("translation", "X", {});
+            graph.own(node);
+            const osg::AnimCurvePtr curve = graph.scope.curveOf(node);
+            for (const osg::CCPnt& key : awkward.keys)
+                curve->editControlPoints().push_back(key);
+            kxAnimGraphCurve item(curve, graph.scene());
+            QCOMPARE(item.points().size(), int(awkward.keys.size()));
+            graph.view.grab();
+            item.point(0)->setSelected(true);
+            item.point(0)->setPos(item.point(0)->pos() + QPointF(0.25, 1));
+            std::vector<osg::CCPnt> keys;
+            item.collectControlPoints(keys);
+            QVERIFY(std::is_sorted(keys.begin(), keys.end(),
+                                   [](const osg::CCPnt& a, const osg::CCPnt& b) { return a.x() < b.x(); }));
+            graph.view.grab();
+        }
+    }
+
+    /// What is drawn and what the mouse meets is a square of 6 by 6 pixels at any zoom.
+    void squaresAreSixPixels()
+    {
+        for (const QPointF& zoom : {QPointF(10, -20), QPointF(0.01, -3), QPointF(900, -0.2)})
+        {
+            kxGraphFixture graph;
+            graph.show({{{7, 1}}});
+            graph.view.setTransform(QTransform::fromScale(zoom.x(), zoom.y()));
+            graph.view.updatePointScale();
+            graph.view.centerOn(7, 1);
+            graph.scene()->timeItem()->hide();
+            const QPoint middle = graph.at(graph.point(0, 0));
+            int met = 0;
+            for (int x = -6; x < 6; ++x)
+                for (int y = -6; y < 6; ++y)
+                    met += graph.view.itemAt(middle + QPoint(x, y)) == graph.point(0, 0);
+            const QImage image = graph.view.viewport()->grab().toImage();
+            const int ratio = int(image.devicePixelRatio()); // this test also runs with larger pixels
+            int white = 0;
+            for (int x = -6 * ratio; x < 6 * ratio; ++x)
+                for (int y = -6 * ratio; y < 6 * ratio; ++y)
+                    white += image.pixelColor(middle * ratio + QPoint(x, y)) == QColor(Qt::white);
+            QCOMPARE(white, 36 * ratio * ratio);
+            QVERIFY2(met >= 36 && met <= 49, qPrintable(QString::number(met))); // the edge belongs to it
+        }
+    }
+
+    void theWheelZoomsAboutTheMouse()
+    {
+        kxGraphFixture graph;
+        graph.show({{{0, 0}, {10, 2}}});
+        const auto turn = [&graph](int delta, Qt::MouseButtons held = Qt::NoButton)
+        {
+            const QPoint at(110, 80);
+            const QPointF before = graph.view.mapToScene(at);
+            QWheelEvent event(at, graph.port()->mapToGlobal(at), {}, {0, delta}, held, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(graph.port(), &event);
+            const QPointF off = QPointF(graph.at(before) - at);
+            return std::abs(off.x()) <= 1 && std::abs(off.y()) <= 1;
+        };
+        const auto scale = [&graph] { return QPointF(graph.view.transform().m11(), graph.view.transform().m22()); };
+        QVERIFY(turn(120));
+        QCOMPARE(scale(), QPointF(11.5, -23));
+        graph.press(Qt::Key_X);
+        QVERIFY(turn(-120) && turn(-120));
+        QCOMPARE(scale(), QPointF(10 / 1.15, -23));
+        QCOMPARE(kxAnimGraphPoint::square().width() * scale().x(), 6.0);
+        turn(120, Qt::RightButton); // another gesture
+        QCOMPARE(scale(), QPointF(10 / 1.15, -23));
+    }
+
+    void keysOfTheGraphAreNoShortcuts()
+    {
+        kxGraphFixture graph;
+        const auto isTaken = [&graph](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+        {
+            QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
+            event.ignore();
+            QApplication::sendEvent(&graph.view, &event);
+            return event.isAccepted();
+        };
+        QVERIFY(isTaken(Qt::Key_F) && isTaken(Qt::Key_Delete) && isTaken(Qt::Key_A, Qt::ControlModifier));
+        QVERIFY(!isTaken(Qt::Key_Z, Qt::ControlModifier) && !isTaken(Qt::Key_F, Qt::AltModifier) &&
+                !isTaken(Qt::Key_W));
+    }
+
+    /// A line through keys with tangents that stick out of their segments, painted in part.
+    void whatIsSeenLooksLikeTheWhole()
+    {
+        std::mt19937 random(5);
+        kxAnimGraphLine line;
+        line.start(300);
+        const auto some = [&](int range) { return double(random() % unsigned(range)); };
+        for (int i = 0; i < 300; ++i)
+        {
+            const QPointF key(4 * i, some(100));
+            const bool isStep = random() % 5 == 0;
+            line.addKey(key, isStep ? key : key - QPointF(some(9), some(20)),
+                        isStep ? key : key + QPointF(some(9), -some(20)));
+        }
+        QPen pen(Qt::red);
+        pen.setCosmetic(true);
+        for (const int left : {-60, 0, 333, 1150})
+        {
+            const auto painted = [&](bool isWhole)
+            {
+                QImage image(400, 120, QImage::Format_RGB32);
+                image.fill(Qt::black);
+                QPainter painter(&image);
+                painter.setRenderHint(QPainter::Antialiasing);
+                painter.setWorldTransform(QTransform(4, 0, 0, 1, -4.0 * left, 10));
+                if (isWhole)
+                    painter.strokePath(line.path(), pen);
+                else
+                    line.paint(painter, left, left + 100, pen);
+                return image;
+            };
+            QVERIFY(painted(true) == painted(false));
+        }
+    }
+
+    void denseLinesHaveNoGaps()
+    {
+        kxAnimGraphLine line;
+        line.start(50000);
+        for (int i = 0; i < 50000; ++i)
+        {
+            const QPointF key(i, 50 + 40 * std::sin(i * 0.0003) + i % 7);
+            line.addKey(key, key - QPointF(0.5, 0), key + QPointF(0.5, 0));
+        }
+        QImage image(400, 120, QImage::Format_RGB32);
+        image.fill(Qt::black);
+        QPainter painter(&image);
+        painter.setWorldTransform(QTransform::fromScale(400 / 50000.0, 1));
+        QPen pen(Qt::red);
+        pen.setCosmetic(true);
+        line.paint(painter, 0, 50000, pen);
+        painter.end();
+        for (int i = 0; i < 50000; i += 11)
+            QCOMPARE(image.pixelColor(int(line.key(i).x() * 400 / 50000), int(line.key(i).y())), QColor(Qt::red));
+    }
+};
 
 QTEST_MAIN(tst_kxAnimGraphItems)
 #include "tst_kxAnimGraphItems.moc"

@@ -69,257 +69,7 @@ public:
     int receivedMessage(kxMessage&) override { return ++count; }
     int count = 0;
 };
-} // namespace
 
-class tst_kxAnimUndoCommands : public QObject
-{
-    Q_OBJECT
-private Q_SLOTS:
-    void typeChangesComeBack();
-    void constantOutFlattensNextIn();
-    void tangentMovesMerge();
-    void movesOfOneCurveMerge();
-    void moveIsRefused_data();
-    void moveIsRefused();
-    void deletes_data();
-    void deletes();
-    void adds_data();
-    void adds();
-    void addDropsNonFinite();
-    void curveDiesUnderItsCommands();
-    void trashComesBackInPlace();
-    void trashFreesOnce();
-};
-
-void tst_kxAnimUndoCommands::typeChangesComeBack()
-{
-    for (const bool isIn : {false, true})
-        for (unsigned int from = 0; from <= 5; ++from)
-            for (unsigned int to = 0; to <= 5; ++to)
-                for (const unsigned int count : {3, 4}) // the next key is the last, or not
-                {
-                    const kxOwned<osg::AnimCurve> curve(makeCurve(count, {3, from, 4, 2}));
-                    const QString start = textOf(curve);
-                    kxAnimTangentUndoCommand command(curve, 1, isIn, to);
-                    command.redo();
-                    const osg::CCPnt& key = curve->getControlPoints(1);
-                    QCOMPARE(isIn ? key.inType : key.outType, to);
-                    QCOMPARE(isIn ? key.outType : key.inType, from);
-                    QVERIFY(kxAnimTangentUndoCommand(curve, 1, isIn, to).isObsolete()); // it is of that type
-                    verifyThereAndBack(command, curve, start);
-                }
-}
-
-void tst_kxAnimUndoCommands::constantOutFlattensNextIn()
-{
-    const kxOwned<osg::AnimCurve> curve(makeCurve(3, {3}));
-    const QString start = textOf(curve);
-    kxAnimTangentUndoCommand out(curve, 0, false, 0u);
-    out.redo();
-    QCOMPARE(curve->getControlPoints(0).outtangent(), osg::Vec2f());
-    QCOMPARE(curve->getControlPoints(1).intangent(), osg::Vec2f());
-    QVERIFY(curve->getControlPoints(1).outtangent() != osg::Vec2f());
-    out.undo();
-    QVERIFY(curve->getControlPoints(1).intangent() != osg::Vec2f());
-    kxAnimTangentUndoCommand last(curve, 2, false, 0u); // there is no next key
-    last.redo();
-    last.undo();
-    QCOMPARE(textOf(curve), start);
-}
-
-void tst_kxAnimUndoCommands::tangentMovesMerge()
-{
-    const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1}));
-    const QString start = textOf(curve);
-    kxAnimTangentUndoCommand first(curve, 1, false, osg::Vec2f(0.5f, 1));
-    first.redo();
-    kxAnimTangentUndoCommand second(curve, 1, false, osg::Vec2f(0.25f, -2));
-    second.redo();
-    kxAnimTangentUndoCommand otherSide(curve, 1, true, osg::Vec2f(-0.5f, 1));
-    kxAnimTangentUndoCommand otherKey(curve, 2, false, osg::Vec2f(0.5f, 1));
-    QVERIFY(!first.mergeWith(&otherSide));
-    QVERIFY(!first.mergeWith(&otherKey));
-    QVERIFY(first.mergeWith(&second));
-    QCOMPARE(curve->getControlPoints(1).outtangent(), osg::Vec2f(0.25f, -2));
-    QCOMPARE(curve->getControlPoints(1).outType, 5u);
-    QVERIFY(!first.isObsolete());
-    verifyThereAndBack(first, curve, start);
-
-    // A free tangent comes back exactly, though 1 + (1e-9 - 1) isn't 1e-9; a drag that does so itself is no step.
-    curve->getControlPoints(1).setOuttangent(osg::Vec2f(0.5f, 1e-9f));
-    const QString small = textOf(curve);
-    kxAnimTangentUndoCommand away(curve, 1, false, osg::Vec2f(0.5f, 1));
-    away.redo();
-    verifyThereAndBack(away, curve, small);
-    kxAnimTangentUndoCommand back(curve, 1, false, osg::Vec2f(0.5f, 0));
-    back.redo();
-    QVERIFY(away.mergeWith(&back));
-    QVERIFY(!away.isObsolete());
-    kxAnimTangentUndoCommand home(curve, 1, false, osg::Vec2f(0.5f, 1e-9f));
-    home.redo();
-    QVERIFY(away.mergeWith(&home));
-    QVERIFY(away.isObsolete());
-}
-
-void tst_kxAnimUndoCommands::movesOfOneCurveMerge()
-{
-    const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1})), other(makeCurve(3, {1})), longer(makeCurve(4, {1}));
-    const auto raise = [](const osg::AnimCurvePtr& moved)
-    {
-        Keys keys = keysOf(moved);
-        keys[1].setY(keys[1].y() + 2);
-        return std::make_unique<kxAnimCurveUndoCommand>(moved, keys);
-    };
-    const auto first = raise(curve);
-    first->redo();
-    const auto second = raise(curve);
-    second->redo();
-    QVERIFY(!first->mergeWith(raise(other).get()) && !first->mergeWith(raise(longer).get()));
-    QVERIFY(first->mergeWith(second.get()));
-    QCOMPARE(curve->getControlPoints(1).y(), other->getControlPoints(1).y() + 4);
-    first->undo();
-    QVERIFY(keysOf(curve) == keysOf(other));
-}
-
-void tst_kxAnimUndoCommands::moveIsRefused_data()
-{
-    kxColumns<int, float, float>("index", "x", "y");
-    kxRow("value is no number", 1, 1.0f, NaN);
-    kxRow("time is no number", 1, NaN, 0.0f);
-    kxRow("time is infinite", 2, std::numeric_limits<float>::infinity(), 0.0f);
-    kxRow("keys not sorted", 0, 1.5f, 0.0f);
-    kxRow("difference overflows", 0, 0.0f, -std::numeric_limits<float>::max());
-}
-
-void tst_kxAnimUndoCommands::moveIsRefused()
-{
-    QFETCH(int, index);
-    QFETCH(float, x);
-    QFETCH(float, y);
-    const kxOwned<osg::AnimCurve> curve(makeCurve(3));
-    curve->getControlPoints(0).setY(std::numeric_limits<float>::max());
-    const QString start = textOf(curve);
-    Keys keys = keysOf(curve);
-    keys[std::size_t(index)].setPoint({x, y});
-    kxAnimCurveUndoCommand move(curve, keys);
-    keys.pop_back();
-    kxAnimCurveUndoCommand wrongCount(curve, keys);
-    kxAnimTangentUndoCommand tangent(curve, 1, true, osg::Vec2f(NaN, 0));
-    kxAnimTangentUndoCommand noKey(curve, 3, true, 0u);
-    kxAnimTangentUndoCommand noType(curve, 1, true, 6u);
-    for (QUndoCommand* command : std::initializer_list<QUndoCommand*>{&move, &wrongCount, &tangent, &noKey, &noType})
-    {
-        command->redo();
-        QCOMPARE(textOf(curve), start);
-        command->undo();
-        QCOMPARE(textOf(curve), start);
-    }
-}
-
-void tst_kxAnimUndoCommands::deletes_data()
-{
-    kxColumns<QVector<unsigned int>, QVector<float>>("indices", "left");
-    typedef QVector<unsigned int> I;
-    typedef QVector<float> L;
-    kxRow("2, 3, 5 in any order", I{5, 2, 3}, L{0, 1, 4, 6});
-    kxRow("first", I{0}, L{1, 2, 3, 4, 5, 6});
-    kxRow("first two", I{0, 1}, L{2, 3, 4, 5, 6});
-    kxRow("last", I{6}, L{0, 1, 2, 3, 4, 5});
-    kxRow("all", I{0, 1, 2, 3, 4, 5, 6}, L{});
-    kxRow("twice the same, and one beyond", I{1, 1, 7}, L{0, 2, 3, 4, 5, 6});
-}
-
-void tst_kxAnimUndoCommands::deletes()
-{
-    QFETCH(QVector<unsigned int>, indices);
-    QFETCH(QVector<float>, left);
-    const kxOwned<osg::AnimCurve> curve(makeCurve(7, {3, 5, 4, 2, 1}));
-    const QString start = textOf(curve);
-    std::vector<unsigned int> handedOver(indices.begin(), indices.end());
-    kxAddAnimKeyUndoCommand command(curve, std::move(handedOver));
-    command.redo();
-    QVector<float> times;
-    for (const osg::CCPnt& key : curve->getControlPoints())
-        times.append(key.x());
-    QCOMPARE(times, left);
-    verifyThereAndBack(command, curve, start);
-
-    const kxOwned<osg::AnimCurve> lines(makeCurve(7, {1}));
-    kxAddAnimKeyUndoCommand(lines, std::vector<unsigned int>(indices.begin(), indices.end())).redo();
-    const Keys keys = keysOf(lines);
-    for (std::size_t i = 1; i < keys.size(); ++i) // over a gap too they aim at each other
-    {
-        const osg::Vec2f way(keys[i].x() - keys[i - 1].x(), keys[i].y() - keys[i - 1].y());
-        QCOMPARE(keys[i - 1].outtangent(), way * 0.5f);
-        QCOMPARE(keys[i].intangent(), way * -0.5f);
-    }
-}
-
-void tst_kxAnimUndoCommands::adds_data()
-{
-    kxColumns<QVector<float>, int>("times", "count");
-    typedef QVector<float> T;
-    kxRow("between", T{1.5f}, 6);
-    kxRow("two in one gap", T{1.25f, 1.5f}, 7);
-    kxRow("before and behind all", T{-1, 9}, 7);
-    kxRow("replaces a key", T{2}, 5);
-    kxRow("replaces, adds, replaces", T{1, 1.5f, 2}, 6);
-    kxRow("not in order", T{3.5f, 0.5f}, 7);
-}
-
-void tst_kxAnimUndoCommands::adds()
-{
-    QFETCH(QVector<float>, times);
-    QFETCH(int, count);
-    const kxOwned<osg::AnimCurve> curve(makeCurve(5, {3, 4, 5}));
-    const QString start = textOf(curve);
-    Keys keys;
-    for (const float time : times)
-        keys.push_back(osg::CCPnt({time, 50}, {}, {}, 3, 3));
-    kxAddAnimKeyUndoCommand command(curve, std::move(keys));
-    command.redo();
-    QCOMPARE(int(curve->getControlPoints().size()), count);
-    verifyThereAndBack(command, curve, start);
-}
-
-void tst_kxAnimUndoCommands::addDropsNonFinite()
-{
-    const kxOwned<osg::AnimCurve> curve(makeCurve(2));
-    const QString start = textOf(curve);
-    kxAddAnimKeyUndoCommand command(curve, Keys{osg::CCPnt({NaN, 0}, {}, {}, 1, 1), osg::CCPnt({5, 1}, {}, {}, 1, 1),
-                                                osg::CCPnt({6, 0}, {NaN, 0}, {}, 5, 5)});
-    command.redo();
-    QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
-    command.undo();
-    QCOMPARE(textOf(curve), start);
-}
-
-void tst_kxAnimUndoCommands::curveDiesUnderItsCommands()
-{
-    kxOwned<osg::AnimCurve> curve(makeCurve(4));
-    Keys keys = keysOf(curve);
-    keys[3].setX(9);
-    std::vector<std::unique_ptr<QUndoCommand>> commands;
-    commands.push_back(std::make_unique<kxAnimCurveUndoCommand>(curve, keys));
-    commands.push_back(std::make_unique<kxAnimTangentUndoCommand>(curve, 1, false, 0u));
-    commands.push_back(std::make_unique<kxAddAnimKeyUndoCommand>(curve, std::vector<unsigned int>{1}));
-    commands.push_back(std::make_unique<kxAddAnimKeyUndoCommand>(curve, osg::CCPnt({7, 7}, {}, {}, 1, 1)));
-    for (const auto& command : commands)
-        command->redo();
-    const unsigned int id = curve->getId();
-    curve.release();
-    QVERIFY(osg::FieldContainerFactory::the()->getContainer(id) == osg::NullFC);
-    for (const auto& command : commands)
-    {
-        command->undo();
-        command->redo();
-    }
-    kxAnimCurveUndoCommand onNull(osg::AnimCurvePtr(), Keys(1));
-    onNull.redo();
-}
-
-namespace
-{
 osg::AnimNodePtr makeAnimation()
 {
     const osg::AnimNodePtr node = osg::AnimNodeBase::create();
@@ -346,51 +96,285 @@ std::vector<unsigned int> animationIds(const osg::NodePtr& node)
 }
 } // namespace
 
-void tst_kxAnimUndoCommands::trashComesBackInPlace()
+class tst_kxAnimUndoCommands : public QObject
 {
-    const kxOwned<osg::Node> node(makeAnimated());
-    const std::vector<unsigned int> start = animationIds(node);
-    const kxNodePtr middle(kxNodePtr::toNode(start[1]));
-    CountingModule lists;
+    Q_OBJECT
+private Q_SLOTS:
+    void typeChangesComeBack()
+    {
+        for (const bool isIn : {false, true})
+            for (unsigned int from = 0; from <= 5; ++from)
+                for (unsigned int to = 0; to <= 5; ++to)
+                    for (const unsigned int count : {3, 4}) // the next key is the last, or not
+                    {
+                        const kxOwned<osg::AnimCurve> curve(makeCurve(count, {3, from, 4, 2}));
+                        const QString start = textOf(curve);
+                        kxAnimTangentUndoCommand command(curve, 1, isIn, to);
+                        command.redo();
+                        const osg::CCPnt& key = curve->getControlPoints(1);
+                        QCOMPARE(isIn ? key.inType : key.outType, to);
+                        QCOMPARE(isIn ? key.outType : key.inType, from);
+                        QVERIFY(kxAnimTangentUndoCommand(curve, 1, isIn, to).isObsolete()); // it is of that type
+                        verifyThereAndBack(command, curve, start);
+                    }
+    }
 
-    kxTrashAnimationUndoCommand one({middle, middle, kxNodePtr()});
-    kxTrashAnimationUndoCommand rest({kxNodePtr(node.get())});
-    for (int round = 0; round < 2; ++round)
+    void constantOutFlattensNextIn()
     {
-        one.redo();
-        QCOMPARE(animationIds(node), (std::vector<unsigned int>{start[0], start[2]}));
-        rest.redo();
-        QVERIFY(animationIds(node).empty());
-        rest.undo();
-        one.undo();
-        QCOMPARE(animationIds(node), start);
+        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {3}));
+        const QString start = textOf(curve);
+        kxAnimTangentUndoCommand out(curve, 0, false, 0u);
+        out.redo();
+        QCOMPARE(curve->getControlPoints(0).outtangent(), osg::Vec2f());
+        QCOMPARE(curve->getControlPoints(1).intangent(), osg::Vec2f());
+        QVERIFY(curve->getControlPoints(1).outtangent() != osg::Vec2f());
+        out.undo();
+        QVERIFY(curve->getControlPoints(1).intangent() != osg::Vec2f());
+        kxAnimTangentUndoCommand last(curve, 2, false, 0u); // there is no next key
+        last.redo();
+        last.undo();
+        QCOMPARE(textOf(curve), start);
     }
-    QCOMPARE(lists.count, 0);
-    for (int turn = 0; turn < 2; ++turn)
-        QCoreApplication::processEvents();
-    QCOMPARE(lists.count, 1); // of all that, in the next turn
-}
 
-void tst_kxAnimUndoCommands::trashFreesOnce()
-{
-    const kxOwned<osg::Node> node(makeAnimated());
-    const std::vector<unsigned int> ids = animationIds(node);
+    void tangentMovesMerge()
     {
-        kxTrashAnimationUndoCommand undone({kxNodePtr(node.get())});
-        undone.redo();
-        undone.undo();
+        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1}));
+        const QString start = textOf(curve);
+        kxAnimTangentUndoCommand first(curve, 1, false, osg::Vec2f(0.5f, 1));
+        first.redo();
+        kxAnimTangentUndoCommand second(curve, 1, false, osg::Vec2f(0.25f, -2));
+        second.redo();
+        kxAnimTangentUndoCommand otherSide(curve, 1, true, osg::Vec2f(-0.5f, 1));
+        kxAnimTangentUndoCommand otherKey(curve, 2, false, osg::Vec2f(0.5f, 1));
+        QVERIFY(!first.mergeWith(&otherSide));
+        QVERIFY(!first.mergeWith(&otherKey));
+        QVERIFY(first.mergeWith(&second));
+        QCOMPARE(curve->getControlPoints(1).outtangent(), osg::Vec2f(0.25f, -2));
+        QCOMPARE(curve->getControlPoints(1).outType, 5u);
+        QVERIFY(!first.isObsolete());
+        verifyThereAndBack(first, curve, start);
+
+        // A free tangent comes back exactly, though 1 + (1e-9 - 1) isn't 1e-9; a drag that does so itself is no step.
+        curve->getControlPoints(1).setOuttangent(osg::Vec2f(0.5f, 1e-9f));
+        const QString small = textOf(curve);
+        kxAnimTangentUndoCommand away(curve, 1, false, osg::Vec2f(0.5f, 1));
+        away.redo();
+        verifyThereAndBack(away, curve, small);
+        kxAnimTangentUndoCommand back(curve, 1, false, osg::Vec2f(0.5f, 0));
+        back.redo();
+        QVERIFY(away.mergeWith(&back));
+        QVERIFY(!away.isObsolete());
+        kxAnimTangentUndoCommand home(curve, 1, false, osg::Vec2f(0.5f, 1e-9f));
+        home.redo();
+        QVERIFY(away.mergeWith(&home));
+        QVERIFY(away.isObsolete());
     }
-    QCOMPARE(animationIds(node), ids);
-    for (const unsigned int id : ids)
-        QCOMPARE(kxNodePtr::toNode(id)->getRefCount(), 1u);
+
+    void movesOfOneCurveMerge()
     {
-        kxTrashAnimationUndoCommand done({kxNodePtr(node.get())});
-        done.redo();
-        QVERIFY(!kxNodePtr(kxNodePtr::toNode(ids[0])).isNull());
+        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1})), other(makeCurve(3, {1})), longer(makeCurve(4, {1}));
+        const auto raise = [](const osg::AnimCurvePtr& moved)
+        {
+            Keys keys = keysOf(moved);
+            keys[1].setY(keys[1].y() + 2);
+            return std::make_unique<kxAnimCurveUndoCommand>(moved, keys);
+        };
+        const auto first = raise(curve);
+        first->redo();
+        const auto second = raise(curve);
+        second->redo();
+        QVERIFY(!first->mergeWith(raise(other).get()) && !first->mergeWith(raise(longer).get()));
+        QVERIFY(first->mergeWith(second.get()));
+        QCOMPARE(curve->getControlPoints(1).y(), other->getControlPoints(1).y() + 4);
+        first->undo();
+        QVERIFY(keysOf(curve) == keysOf(other));
     }
-    for (const unsigned int id : ids)
-        QVERIFY(kxNodePtr::toNode(id) == osg::NullFC);
-}
+
+    void moveIsRefused_data()
+    {
+        kxColumns<int, float, float>("index", "x", "y");
+        kxRow("value is no number", 1, 1.0f, NaN);
+        kxRow("time is no number", 1, NaN, 0.0f);
+        kxRow("time is infinite", 2, std::numeric_limits<float>::infinity(), 0.0f);
+        kxRow("keys not sorted", 0, 1.5f, 0.0f);
+        kxRow("difference overflows", 0, 0.0f, -std::numeric_limits<float>::max());
+    }
+
+    void moveIsRefused()
+    {
+        QFETCH(int, index);
+        QFETCH(float, x);
+        QFETCH(float, y);
+        const kxOwned<osg::AnimCurve> curve(makeCurve(3));
+        curve->getControlPoints(0).setY(std::numeric_limits<float>::max());
+        const QString start = textOf(curve);
+        Keys keys = keysOf(curve);
+        keys[std::size_t(index)].setPoint({x, y});
+        kxAnimCurveUndoCommand move(curve, keys);
+        keys.pop_back();
+        kxAnimCurveUndoCommand wrongCount(curve, keys);
+        kxAnimTangentUndoCommand tangent(curve, 1, true, osg::Vec2f(NaN, 0));
+        kxAnimTangentUndoCommand noKey(curve, 3, true, 0u);
+        kxAnimTangentUndoCommand noType(curve, 1, true, 6u);
+        for (QUndoCommand* command :
+             std::initializer_list<QUndoCommand*>{&move, &wrongCount, &tangent, &noKey, &noType})
+        {
+            command->redo();
+            QCOMPARE(textOf(curve), start);
+            command->undo();
+            QCOMPARE(textOf(curve), start);
+        }
+    }
+
+    void deletes_data()
+    {
+        kxColumns<QVector<unsigned int>, QVector<float>>("indices", "left");
+        typedef QVector<unsigned int> I;
+        typedef QVector<float> L;
+        kxRow("2, 3, 5 in any order", I{5, 2, 3}, L{0, 1, 4, 6});
+        kxRow("first", I{0}, L{1, 2, 3, 4, 5, 6});
+        kxRow("first two", I{0, 1}, L{2, 3, 4, 5, 6});
+        kxRow("last", I{6}, L{0, 1, 2, 3, 4, 5});
+        kxRow("all", I{0, 1, 2, 3, 4, 5, 6}, L{});
+        kxRow("twice the same, and one beyond", I{1, 1, 7}, L{0, 2, 3, 4, 5, 6});
+    }
+
+    void deletes()
+    {
+        QFETCH(QVector<unsigned int>, indices);
+        QFETCH(QVector<float>, left);
+        const kxOwned<osg::AnimCurve> curve(makeCurve(7, {3, 5, 4, 2, 1}));
+        const QString start = textOf(curve);
+        std::vector<unsigned int> handedOver(indices.begin(), indices.end());
+        kxAddAnimKeyUndoCommand command(curve, std::move(handedOver));
+        command.redo();
+        QVector<float> times;
+        for (const osg::CCPnt& key : curve->getControlPoints())
+            times.append(key.x());
+        QCOMPARE(times, left);
+        verifyThereAndBack(command, curve, start);
+
+        const kxOwned<osg::AnimCurve> lines(makeCurve(7, {1}));
+        kxAddAnimKeyUndoCommand(lines, std::vector<unsigned int>(indices.begin(), indices.end())).redo();
+        const Keys keys = keysOf(lines);
+        for (std::size_t i = 1; i < keys.size(); ++i) // over a gap too they aim at each other
+        {
+            const osg::Vec2f way(keys[i].x() - keys[i - 1].x(), keys[i].y() - keys[i - 1].y());
+            QCOMPARE(keys[i - 1].outtangent(), way * 0.5f);
+            QCOMPARE(keys[i].intangent(), way * -0.5f);
+        }
+    }
+
+    void adds_data()
+    {
+        kxColumns<QVector<float>, int>("times", "count");
+        typedef QVector<float> T;
+        kxRow("between", T{1.5f}, 6);
+        kxRow("two in one gap", T{1.25f, 1.5f}, 7);
+        kxRow("before and behind all", T{-1, 9}, 7);
+        kxRow("replaces a key", T{2}, 5);
+        kxRow("replaces, adds, replaces", T{1, 1.5f, 2}, 6);
+        kxRow("not in order", T{3.5f, 0.5f}, 7);
+    }
+
+    void adds()
+    {
+        QFETCH(QVector<float>, times);
+        QFETCH(int, count);
+        const kxOwned<osg::AnimCurve> curve(makeCurve(5, {3, 4, 5}));
+        const QString start = textOf(curve);
+        Keys keys;
+        for (const float time : times)
+            keys.push_back(osg::CCPnt({time, 50}, {}, {}, 3, 3));
+        kxAddAnimKeyUndoCommand command(curve, std::move(keys));
+        command.redo();
+        QCOMPARE(int(curve->getControlPoints().size()), count);
+        verifyThereAndBack(command, curve, start);
+    }
+
+    void addDropsNonFinite()
+    {
+        const kxOwned<osg::AnimCurve> curve(makeCurve(2));
+        const QString start = textOf(curve);
+        kxAddAnimKeyUndoCommand command(curve,
+                                        Keys{osg::CCPnt({NaN, 0}, {}, {}, 1, 1), osg::CCPnt({5, 1}, {}, {}, 1, 1),
+                                             osg::CCPnt({6, 0}, {NaN, 0}, {}, 5, 5)});
+        command.redo();
+        QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
+        command.undo();
+        QCOMPARE(textOf(curve), start);
+    }
+
+    void curveDiesUnderItsCommands()
+    {
+        kxOwned<osg::AnimCurve> curve(makeCurve(4));
+        Keys keys = keysOf(curve);
+        keys[3].setX(9);
+        std::vector<std::unique_ptr<QUndoCommand>> commands;
+        commands.push_back(std::make_unique<kxAnimCurveUndoCommand>(curve, keys));
+        commands.push_back(std::make_unique<kxAnimTangentUndoCommand>(curve, 1, false, 0u));
+        commands.push_back(std::make_unique<kxAddAnimKeyUndoCommand>(curve, std::vector<unsigned int>{1}));
+        commands.push_back(std::make_unique<kxAddAnimKeyUndoCommand>(curve, osg::CCPnt({7, 7}, {}, {}, 1, 1)));
+        for (const auto& command : commands)
+            command->redo();
+        const unsigned int id = curve->getId();
+        curve.release();
+        QVERIFY(osg::FieldContainerFactory::the()->getContainer(id) == osg::NullFC);
+        for (const auto& command : commands)
+        {
+            command->undo();
+            command->redo();
+        }
+        kxAnimCurveUndoCommand onNull(osg::AnimCurvePtr(), Keys(1));
+        onNull.redo();
+    }
+
+    void trashComesBackInPlace()
+    {
+        const kxOwned<osg::Node> node(makeAnimated());
+        const std::vector<unsigned int> start = animationIds(node);
+        const kxNodePtr middle(kxNodePtr::toNode(start[1]));
+        CountingModule lists;
+
+        kxTrashAnimationUndoCommand one({middle, middle, kxNodePtr()});
+        kxTrashAnimationUndoCommand rest({kxNodePtr(node.get())});
+        for (int round = 0; round < 2; ++round)
+        {
+            one.redo();
+            QCOMPARE(animationIds(node), (std::vector<unsigned int>{start[0], start[2]}));
+            rest.redo();
+            QVERIFY(animationIds(node).empty());
+            rest.undo();
+            one.undo();
+            QCOMPARE(animationIds(node), start);
+        }
+        QCOMPARE(lists.count, 0);
+        for (int turn = 0; turn < 2; ++turn)
+            QCoreApplication::processEvents();
+        QCOMPARE(lists.count, 1); // of all that, in the next turn
+    }
+
+    void trashFreesOnce()
+    {
+        const kxOwned<osg::Node> node(makeAnimated());
+        const std::vector<unsigned int> ids = animationIds(node);
+        {
+            kxTrashAnimationUndoCommand undone({kxNodePtr(node.get())});
+            undone.redo();
+            undone.undo();
+        }
+        QCOMPARE(animationIds(node), ids);
+        for (const unsigned int id : ids)
+            QCOMPARE(kxNodePtr::toNode(id)->getRefCount(), 1u);
+        {
+            kxTrashAnimationUndoCommand done({kxNodePtr(node.get())});
+            done.redo();
+            QVERIFY(!kxNodePtr(kxNodePtr::toNode(ids[0])).isNull());
+        }
+        for (const unsigned int id : ids)
+            QVERIFY(kxNodePtr::toNode(id) == osg::NullFC);
+    }
+};
 
 QTEST_MAIN(tst_kxAnimUndoCommands)
 #include "tst_kxAnimUndoCommands.moc"

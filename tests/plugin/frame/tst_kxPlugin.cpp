@@ -109,55 +109,53 @@ class tst_kxPlugin : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void exportsFourNames();
-    void livesAndDies();
+    void exportsFourNames()
+    {
+        QProcess nm;
+        nm.start("nm", {"-D", "--defined-only", "--format=posix", KX_PLUGIN_FILE});
+        QVERIFY2(nm.waitForFinished(), "nm of the binutils is needed");
+        QStringList names;
+        for (const QByteArray& line : nm.readAllStandardOutput().split('\n'))
+            if (!line.isEmpty())
+                names.append(QString::fromLatin1(line.split(' ').first()));
+        names.sort();
+        QCOMPARE(names,
+                 (QStringList{"PyInit_kxAnimWidgets", "getPluginVersion", "initPlugin", "initPreferencesPlugin"}));
+    }
+
+    void livesAndDies()
+    {
+        QProcess host;
+        host.start(QCoreApplication::applicationFilePath(), {"--host"});
+        QVERIFY(host.waitForFinished());
+        const QString output = QString::fromUtf8(host.readAllStandardOutput());
+        const QByteArray errors = host.readAllStandardError();
+        QCOMPARE(output.split('\n'), (QStringList{
+                                         "handlers left 0",
+                                         "version 15.3",
+                                         "interpreter 1",
+                                         "script 1",
+                                         "modules 0",
+                                         "modules 1",
+                                         "module Curve Editor Animation 38288130",
+                                         "module Clip Maker Animation 4a88130",
+                                         "module Timeline Animation a00010",
+                                         "pages 1",
+                                         "docks 3 bars 1",
+                                         "clips 1",
+                                         "handlers of one message 1",
+                                         "kxAnimControlWidget::~kxAnimControlWidget",
+                                         "gone Timeline",
+                                         "gone Clip Maker",
+                                         "gone Curve Editor",
+                                         "handlers left 0",
+                                         "",
+                                     }));
+        QVERIFY2(errors.contains("initPlugin : "), errors.constData());
+        QCOMPARE(host.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(host.exitCode(), 0);
+    }
 };
-
-void tst_kxPlugin::exportsFourNames()
-{
-    QProcess nm;
-    nm.start("nm", {"-D", "--defined-only", "--format=posix", KX_PLUGIN_FILE});
-    QVERIFY2(nm.waitForFinished(), "nm of the binutils is needed");
-    QStringList names;
-    for (const QByteArray& line : nm.readAllStandardOutput().split('\n'))
-        if (!line.isEmpty())
-            names.append(QString::fromLatin1(line.split(' ').first()));
-    names.sort();
-    QCOMPARE(names, (QStringList{"PyInit_kxAnimWidgets", "getPluginVersion", "initPlugin", "initPreferencesPlugin"}));
-}
-
-void tst_kxPlugin::livesAndDies()
-{
-    QProcess host;
-    host.start(QCoreApplication::applicationFilePath(), {"--host"});
-    QVERIFY(host.waitForFinished());
-    const QString output = QString::fromUtf8(host.readAllStandardOutput());
-    const QByteArray errors = host.readAllStandardError();
-    QCOMPARE(output.split('\n'), (QStringList{
-                                     "handlers left 0",
-                                     "version 15.3",
-                                     "interpreter 1",
-                                     "script 1",
-                                     "modules 0",
-                                     "modules 1",
-                                     "module Curve Editor Animation 38288130",
-                                     "module Clip Maker Animation 4a88130",
-                                     "module Timeline Animation a00010",
-                                     "pages 1",
-                                     "docks 3 bars 1",
-                                     "clips 1",
-                                     "handlers of one message 1",
-                                     "kxAnimControlWidget::~kxAnimControlWidget",
-                                     "gone Timeline",
-                                     "gone Clip Maker",
-                                     "gone Curve Editor",
-                                     "handlers left 0",
-                                     "",
-                                 }));
-    QVERIFY2(errors.contains("initPlugin : "), errors.constData());
-    QCOMPARE(host.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(host.exitCode(), 0);
-}
 
 int main(int argc, char** argv)
 {

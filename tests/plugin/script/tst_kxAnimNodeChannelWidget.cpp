@@ -48,143 +48,134 @@ class tst_kxAnimNodeChannelWidget : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void nothingToKeyBefore();
-    void listsTheClippingNode();
-    void keysByScript();
-    void keyAllMessageGoesToTheSelection();
-    void nodeIsGone();
-    void dockListsWhatThereIs();
+    void init()
+    {
+        kxAnimFixture::clear();
+        kxController::addCB(kxMessageName::GetClippingTransformNode, answer);
+        _window = std::make_unique<QMainWindow>();
+        _docks = std::make_unique<QKXDockWindowManager>(_window.get());
+        kxHostHooks::the().setMainWindow(_window.get());
+        kxHostHooks::the().setDockWindowManager(_docks.get());
+        clippingNode = kxAnimFixture::object("Plane");
+    }
+
+    void cleanup()
+    {
+        kxController::subCB(kxMessageName::GetClippingTransformNode, answer);
+        _docks.reset();
+        _window.reset();
+        QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
+        kxHostHooks::the().setDockWindowManager(nullptr);
+        kxHostHooks::the().setMainWindow(nullptr);
+        clippingNode = osg::NodePtr();
+        kxUndoStack::get(0).stack()->clear();
+        kxAnimFixture::clear();
+    }
+
+    void nothingToKeyBefore()
+    {
+        kxScriptChannels::keyAll();
+        kxScriptChannels::keySelected();
+        QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
+        clippingNode = osg::NodePtr();
+        kxScriptChannels::animateClippingTransform(); // nobody has a clipping plane
+        QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
+        clippingNode = kxAnimFixture::object("Plane");
+        kxHostHooks::the().setDockWindowManager(nullptr);
+        kxScriptChannels::animateClippingTransform(); // nowhere to show it
+        QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
+    }
+
+    void listsTheClippingNode()
+    {
+        kxAnimManager::the()->addAnimation(clippingNode, kxAnimFixture::curve("rotation", "Y", {{0, 1}}));
+        const osg::AnimNodePtr last = kxAnimFixture::curve("rotation", "Y", {{0, 2}});
+        kxAnimManager::the()->addAnimation(clippingNode, last);
+        kxScriptChannels::animateClippingTransform();
+        QVERIFY(_docks->getDockWidget("Node Channels") != nullptr);
+        QVERIFY(!_docks->getDockWidget("Node Channels")->isHidden());
+        QVERIFY(row("Plane.translation.X") != nullptr && row("Plane.visible") != nullptr);
+        QVERIFY(!(row("Plane.visible")->flags() & Qt::ItemIsUserCheckable));
+        QVERIFY(row("Plane.translation.X")->curve() == osg::NullFC);
+        QVERIFY(row("Plane.rotation.Y")->node() == last);
+        QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItem(0)->childCount(), 0);
+
+        kxAnimNodeChannelWidget* const first = kxAnimNodeChannelWidget::instance();
+        clippingNode = kxAnimFixture::object("Other");
+        kxScriptChannels::animateClippingTransform();
+        QVERIFY(kxAnimNodeChannelWidget::instance() == first); // the window is made once
+        QVERIFY(row("Plane.visible") == nullptr && row("Other.visible") != nullptr);
+    }
+
+    void keysByScript()
+    {
+        kxScriptChannels::animateClippingTransform(); // its window isn't on screen here
+        kxAnimFixture::transform(clippingNode)->setTranslation(osg::Vec3f(3, 4, 5));
+        kxAnimManager::the()->setCurrentFrame(12, false, true);
+        kxScriptChannels::keyAll();
+        QCOMPARE(keysOf("Plane.translation.Y"), QString("0.5:4"));
+        QCOMPARE(keysOf("Plane.visible"), QString()); // left out of all
+        QCOMPARE(kxUndoStack::get(0).stack()->count(), 1);
+
+        kxAnimNodeChannelWidget::instance()->clearSelection();
+        row("Plane.visible")->setSelected(true);
+        kxScriptChannels::keySelected();
+        QCOMPARE(keysOf("Plane.visible"), QString("0.5:1"));
+        kxAnimNodeChannelWidget::instance()->rebuild();
+        QCOMPARE(keysOf("Plane.visible"), QString("0.5:1"));
+        QVERIFY(row("Plane.visible")->isSelected());
+    }
+
+    void keyAllMessageGoesToTheSelection()
+    {
+        kxAnimChannelWidget channels; // that of the curve editor
+        const osg::NodePtr selected = kxAnimFixture::object("selected");
+        kxSelection::the().selectNodes({selected});
+        kxScriptChannels::animateClippingTransform(); // was built last, but the button says "selection"
+        kxMessage message;
+        kxController::call(kxMessageName::KeyAll, message, 0);
+        QVERIFY(kxAnimManager::the()->getAnimAttachment(selected) != osg::NullFC);
+        QVERIFY(kxAnimManager::the()->getAnimAttachment(clippingNode) == osg::NullFC);
+    }
+
+    void nodeIsGone()
+    {
+        kxScriptChannels::animateClippingTransform();
+        kxScene::the()->root()->subChild(clippingNode);
+        clippingNode = osg::NodePtr();
+        kxScriptChannels::keyAll();
+        QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
+        kxAnimNodeChannelWidget::instance()->rebuild();
+        QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
+    }
+
+    void dockListsWhatThereIs()
+    {
+        kxAnimNodeChannelWidget::addDock();
+        kxAnimNodeChannelWidget::addDock(); // once
+        QDockWidget* const dock = _docks->getDockWidget("Node Channels");
+        QVERIFY(dock != nullptr && dock->isHidden() && kxAnimNodeChannelWidget::instance() == nullptr);
+        const osg::NodePtr plane = clippingNode;
+        clippingNode = osg::NodePtr();
+        _window->show();
+        dock->toggleViewAction()->trigger();
+        QVERIFY(kxAnimNodeChannelWidget::instance() != nullptr);
+        QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
+        dock->hide();
+        clippingNode = plane;
+        _docks->show("Node Channels");
+        QVERIFY(row("Plane.translation.X") != nullptr);
+        // What a script listed stays.
+        kxAnimNodeChannelWidget::instance()->rebuildFromNode(kxAnimFixture::object("Other"));
+        dock->hide();
+        dock->show();
+        QVERIFY(row("Other.translation.X") != nullptr);
+    }
 
 private:
     std::unique_ptr<QMainWindow> _window;
     std::unique_ptr<QKXDockWindowManager> _docks;
 };
-
-void tst_kxAnimNodeChannelWidget::init()
-{
-    kxAnimFixture::clear();
-    kxController::addCB(kxMessageName::GetClippingTransformNode, answer);
-    _window = std::make_unique<QMainWindow>();
-    _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-    kxHostHooks::the().setMainWindow(_window.get());
-    kxHostHooks::the().setDockWindowManager(_docks.get());
-    clippingNode = kxAnimFixture::object("Plane");
-}
-
-void tst_kxAnimNodeChannelWidget::cleanup()
-{
-    kxController::subCB(kxMessageName::GetClippingTransformNode, answer);
-    _docks.reset();
-    _window.reset();
-    QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
-    kxHostHooks::the().setDockWindowManager(nullptr);
-    kxHostHooks::the().setMainWindow(nullptr);
-    clippingNode = osg::NodePtr();
-    kxUndoStack::get(0).stack()->clear();
-    kxAnimFixture::clear();
-}
-
-void tst_kxAnimNodeChannelWidget::nothingToKeyBefore()
-{
-    kxScriptChannels::keyAll();
-    kxScriptChannels::keySelected();
-    QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
-    clippingNode = osg::NodePtr();
-    kxScriptChannels::animateClippingTransform(); // nobody has a clipping plane
-    QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
-    clippingNode = kxAnimFixture::object("Plane");
-    kxHostHooks::the().setDockWindowManager(nullptr);
-    kxScriptChannels::animateClippingTransform(); // nowhere to show it
-    QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
-}
-
-void tst_kxAnimNodeChannelWidget::listsTheClippingNode()
-{
-    kxAnimManager::the()->addAnimation(clippingNode, kxAnimFixture::curve("rotation", "Y", {{0, 1}}));
-    const osg::AnimNodePtr last = kxAnimFixture::curve("rotation", "Y", {{0, 2}});
-    kxAnimManager::the()->addAnimation(clippingNode, last);
-    kxScriptChannels::animateClippingTransform();
-    QVERIFY(_docks->getDockWidget("Node Channels") != nullptr);
-    QVERIFY(!_docks->getDockWidget("Node Channels")->isHidden());
-    QVERIFY(row("Plane.translation.X") != nullptr && row("Plane.visible") != nullptr);
-    QVERIFY(!(row("Plane.visible")->flags() & Qt::ItemIsUserCheckable));
-    QVERIFY(row("Plane.translation.X")->curve() == osg::NullFC);
-    QVERIFY(row("Plane.rotation.Y")->node() == last);
-    QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItem(0)->childCount(), 0);
-
-    kxAnimNodeChannelWidget* const first = kxAnimNodeChannelWidget::instance();
-    clippingNode = kxAnimFixture::object("Other");
-    kxScriptChannels::animateClippingTransform();
-    QVERIFY(kxAnimNodeChannelWidget::instance() == first); // the window is made once
-    QVERIFY(row("Plane.visible") == nullptr && row("Other.visible") != nullptr);
-}
-
-void tst_kxAnimNodeChannelWidget::keysByScript()
-{
-    kxScriptChannels::animateClippingTransform(); // its window isn't on screen here
-    kxAnimFixture::transform(clippingNode)->setTranslation(osg::Vec3f(3, 4, 5));
-    kxAnimManager::the()->setCurrentFrame(12, false, true);
-    kxScriptChannels::keyAll();
-    QCOMPARE(keysOf("Plane.translation.Y"), QString("0.5:4"));
-    QCOMPARE(keysOf("Plane.visible"), QString()); // left out of all
-    QCOMPARE(kxUndoStack::get(0).stack()->count(), 1);
-
-    kxAnimNodeChannelWidget::instance()->clearSelection();
-    row("Plane.visible")->setSelected(true);
-    kxScriptChannels::keySelected();
-    QCOMPARE(keysOf("Plane.visible"), QString("0.5:1"));
-    kxAnimNodeChannelWidget::instance()->rebuild();
-    QCOMPARE(keysOf("Plane.visible"), QString("0.5:1"));
-    QVERIFY(row("Plane.visible")->isSelected());
-}
-
-void tst_kxAnimNodeChannelWidget::keyAllMessageGoesToTheSelection()
-{
-    kxAnimChannelWidget channels; // that of the curve editor
-    const osg::NodePtr selected = kxAnimFixture::object("selected");
-    kxSelection::the().selectNodes({selected});
-    kxScriptChannels::animateClippingTransform(); // was built last, but the button says "selection"
-    kxMessage message;
-    kxController::call(kxMessageName::KeyAll, message, 0);
-    QVERIFY(kxAnimManager::the()->getAnimAttachment(selected) != osg::NullFC);
-    QVERIFY(kxAnimManager::the()->getAnimAttachment(clippingNode) == osg::NullFC);
-}
-
-void tst_kxAnimNodeChannelWidget::nodeIsGone()
-{
-    kxScriptChannels::animateClippingTransform();
-    kxScene::the()->root()->subChild(clippingNode);
-    clippingNode = osg::NodePtr();
-    kxScriptChannels::keyAll();
-    QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
-    kxAnimNodeChannelWidget::instance()->rebuild();
-    QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
-}
-
-void tst_kxAnimNodeChannelWidget::dockListsWhatThereIs()
-{
-    kxAnimNodeChannelWidget::addDock();
-    kxAnimNodeChannelWidget::addDock(); // once
-    QDockWidget* const dock = _docks->getDockWidget("Node Channels");
-    QVERIFY(dock != nullptr && dock->isHidden() && kxAnimNodeChannelWidget::instance() == nullptr);
-    const osg::NodePtr plane = clippingNode;
-    clippingNode = osg::NodePtr();
-    _window->show();
-    dock->toggleViewAction()->trigger();
-    QVERIFY(kxAnimNodeChannelWidget::instance() != nullptr);
-    QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
-    dock->hide();
-    clippingNode = plane;
-    _docks->show("Node Channels");
-    QVERIFY(row("Plane.translation.X") != nullptr);
-    // What a script listed stays.
-    kxAnimNodeChannelWidget::instance()->rebuildFromNode(kxAnimFixture::object("Other"));
-    dock->hide();
-    dock->show();
-    QVERIFY(row("Other.translation.X") != nullptr);
-}
 
 QTEST_MAIN(tst_kxAnimNodeChannelWidget)
 #include "tst_kxAnimNodeChannelWidget.moc"

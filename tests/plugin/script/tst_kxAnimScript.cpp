@@ -124,141 +124,111 @@ class tst_kxAnimScript : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void hasEveryFunction();
-    void calls_data();
-    void calls();
-    void wrongTypes_data();
-    void wrongTypes();
-    void badInput_data();
-    void badInput();
-    void enormousCounts();
-
-private:
-    void eachFunction();
-};
-
-void tst_kxAnimScript::initTestCase()
-{
-    PyImport_AppendInittab("kxAnimWidgets", initModule);
-    QVERIFY(kxInterpreter::start());
-    QVERIFY(kxScript::run("from kxTypes import *\nfrom kxAnimWidgets import *\nimport kxAnimWidgets\n"
-                          "def raises(error, function, *arguments):\n"
-                          "    try:\n        function(*arguments)\n    except error:\n        return True\n"
-                          "    return False\n"));
-    QVERIFY(kxScript::run(Functions));
-}
-
-void tst_kxAnimScript::cleanupTestCase()
-{
-    kxUndoStack::get(0).stack()->clear();
-    kxAnimFixture::clear();
-}
-
-/// "thing" is an object without animations, "block" and "curve" stand under "thing2", "clip" holds a copy, "empty" is a
-/// clip without anything, "material" has a curve; what is called "gone..." has died.
-void tst_kxAnimScript::init()
-{
-    kxAnimManager::the()->dequeueAll();
-    kxUndoStack::get(0).stack()->clear();
-    kxAnimFixture::clear();
-    kxLogModel::the().clear();
-    const osg::NodePtr thing = kxAnimFixture::object("thing"), thing2 = kxAnimFixture::object("thing2");
-    const osg::AnimNodePtr curve = kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 5}});
-    const osg::AnimNodePtr block = kxAnimFixture::block("block", {curve});
-    kxAnimManager::the()->addAnimation(thing2, block);
-    const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::clone(block, 1)});
-    kxAnimManager::the()->addToClipStructure(clip);
-    const osg::AnimNodePtr empty = kxAnimFixture::clip("empty", {});
-    kxAnimManager::the()->addToClipStructure(empty);
-    setGlobal("empty", bp::object(kxNodePtr(empty)));
-    const osg::NodePtr dying = osg::Node::create();
-    dying->addRef();
-    setGlobal("gone", bp::object(kxNodePtr(dying)));
-    setGlobal("goneNode", bp::object(dying));
-    dying->subRef();
-    const osg::MaterialPtr material = osg::UberMaterial::create(), dyingMaterial = osg::UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    kxAnimManager::the()->addAnimation(material, kxAnimFixture::curve("roughness", "", {{0, 0}, {1, 1}}));
-    setGlobal("material", bp::object(material));
-    dyingMaterial->addRef();
-    setGlobal("goneMaterial", bp::object(dyingMaterial));
-    dyingMaterial->subRef();
-    setGlobal("thing", bp::object(thing));
-    setGlobal("thing2", bp::object(kxNodePtr(thing2)));
-    setGlobal("block", bp::object(kxNodePtr(block)));
-    setGlobal("curve", bp::object(curve));
-    setGlobal("clip", bp::object(kxNodePtr(clip)));
-    QVERIFY(kxScript::run(Values));
-}
-
-void tst_kxAnimScript::hasEveryFunction()
-{
-    QVERIFY(kxScript::run("missing = [f for f in functions if not callable(getattr(kxAnimWidgets, f, None))]\n"
-                          "assert not missing, missing"));
-    // In the order in which help() shows what belongs together.
-    QVERIFY(kxScript::run("order = [f for f in vars(kxAnimWidgets) if f[0] != '_']\n"
-                          "assert order == list(functions), order\n"
-                          "assert sum(len(forms) for forms in functions.values()) == 47"));
-    // Whatever else is public would lack its bad input below.
-    QVERIFY(kxScript::run("untested = [f for f in dir(kxAnimWidgets) if f[0] != '_' and f not in functions]\n"
-                          "assert not untested, untested"));
-    QVERIFY(kxScript::run("assert 'current frame' in getCurrentFrame.__doc__\n"
-                          "assert '@param frame: Frame\\n\\n@type frame: Real64' in setCurrentFrame.__doc__\n"
-                          "assert '@return: Current frame\\n\\n@rtype: Real64' in getCurrentFrame.__doc__\n"
-                          "assert all('C++' not in (getattr(kxAnimWidgets, f).__doc__ or '') for f in functions)"));
-}
-
-void tst_kxAnimScript::calls_data()
-{
-    QTest::addColumn<QString>("script");
-    const auto row = [](const char* name, const char* script) { kxRow(name, QString(script)); };
-    row("keywords", "assert addTranslationControlPoint(node=thing, time=1, trans=(1, 2, 3), updateGui=False)\n"
-                    "assert createAnimationBlockForNode(node=thing, updateGui=True)\n"
-                    "c = createAnimClip(name='c', parentClip=kxNodePtr())\n"
-                    "assert addToAnimClip(clip=c, object=findAnimBlock(name='thing'), frame=12)\n"
-                    "setAnimClipStart(clip=c, frame=5, keepEnd=False)\n"
-                    "setAnimClipFlipped(clip=c, flipped=True)\n"
-                    "setCurrentFrame(frame=7.5)\nassert getCurrentFrame() == 7.5");
-    row("no defaults", "assert raises(TypeError, addTranslationControlPoint, thing, 1.0, (1, 2, 3))\n"
-                       "assert raises(TypeError, createAnimationBlockForNode, thing)");
-    row("positional only", "try:\n    playAnim(name='clip')\nexcept TypeError:\n    pass\nelse:\n    assert False");
-    row("sequences for vectors", "assert addScaleControlPoints(thing, (0, 1), [Vec3f(1, 1, 1), (2, 2, 2)])\n"
-                                 "assert addVisibleControlPoints(thing, range(3), [True, 0, 1.0])");
-    row("lists", "assert 'clip' in getAnimClips() and clip in getAnimClipNodes()\n"
-                 "assert getAnimBlocks(False) == ['block'] and len(getAnimBlockNodes(True)) == 2");
-}
-
-void tst_kxAnimScript::calls()
-{
-    QFETCH(QString, script);
-    QVERIFY(kxScript::run(script.toStdString()));
-    QVERIFY(everythingIsSound());
-}
-
-void tst_kxAnimScript::eachFunction()
-{
-    QTest::addColumn<QString>("function");
-    const bp::list names(bp::import("__main__").attr("functions"));
-    for (long i = 0; i < bp::len(names); ++i)
+    void initTestCase()
     {
-        const std::string name = bp::extract<std::string>(names[i]);
-        kxRow(name.c_str(), QString::fromStdString(name));
+        PyImport_AppendInittab("kxAnimWidgets", initModule);
+        QVERIFY(kxInterpreter::start());
+        QVERIFY(kxScript::run("from kxTypes import *\nfrom kxAnimWidgets import *\nimport kxAnimWidgets\n"
+                              "def raises(error, function, *arguments):\n"
+                              "    try:\n        function(*arguments)\n    except error:\n        return True\n"
+                              "    return False\n"));
+        QVERIFY(kxScript::run(Functions));
     }
-}
 
-void tst_kxAnimScript::wrongTypes_data()
-{
-    eachFunction();
-}
+    void cleanupTestCase()
+    {
+        kxUndoStack::get(0).stack()->clear();
+        kxAnimFixture::clear();
+    }
 
-void tst_kxAnimScript::wrongTypes()
-{
-    QFETCH(QString, function);
-    setGlobal("name", bp::object(function.toStdString()));
-    QVERIFY(kxScript::run(R"(
+    /// "thing" is an object without animations, "block" and "curve" stand under "thing2", "clip" holds a copy, "empty"
+    /// is a clip without anything, "material" has a curve; what is called "gone..." has died.
+    void init()
+    {
+        kxAnimManager::the()->dequeueAll();
+        kxUndoStack::get(0).stack()->clear();
+        kxAnimFixture::clear();
+        kxLogModel::the().clear();
+        const osg::NodePtr thing = kxAnimFixture::object("thing"), thing2 = kxAnimFixture::object("thing2");
+        const osg::AnimNodePtr curve = kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 5}});
+        const osg::AnimNodePtr block = kxAnimFixture::block("block", {curve});
+        kxAnimManager::the()->addAnimation(thing2, block);
+        const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::clone(block, 1)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        const osg::AnimNodePtr empty = kxAnimFixture::clip("empty", {});
+        kxAnimManager::the()->addToClipStructure(empty);
+        setGlobal("empty", bp::object(kxNodePtr(empty)));
+        const osg::NodePtr dying = osg::Node::create();
+        dying->addRef();
+        setGlobal("gone", bp::object(kxNodePtr(dying)));
+        setGlobal("goneNode", bp::object(dying));
+        dying->subRef();
+        const osg::MaterialPtr material = osg::UberMaterial::create(), dyingMaterial = osg::UberMaterial::create();
+        kxScene::the()->addMaterial(material);
+        kxAnimManager::the()->addAnimation(material, kxAnimFixture::curve("roughness", "", {{0, 0}, {1, 1}}));
+        setGlobal("material", bp::object(material));
+        dyingMaterial->addRef();
+        setGlobal("goneMaterial", bp::object(dyingMaterial));
+        dyingMaterial->subRef();
+        setGlobal("thing", bp::object(thing));
+        setGlobal("thing2", bp::object(kxNodePtr(thing2)));
+        setGlobal("block", bp::object(kxNodePtr(block)));
+        setGlobal("curve", bp::object(curve));
+        setGlobal("clip", bp::object(kxNodePtr(clip)));
+        QVERIFY(kxScript::run(Values));
+    }
+
+    void hasEveryFunction()
+    {
+        QVERIFY(kxScript::run("missing = [f for f in functions if not callable(getattr(kxAnimWidgets, f, None))]\n"
+                              "assert not missing, missing"));
+        // In the order in which help() shows what belongs together.
+        QVERIFY(kxScript::run("order = [f for f in vars(kxAnimWidgets) if f[0] != '_']\n"
+                              "assert order == list(functions), order\n"
+                              "assert sum(len(forms) for forms in functions.values()) == 47"));
+        // Whatever else is public would lack its bad input below.
+        QVERIFY(kxScript::run("untested = [f for f in dir(kxAnimWidgets) if f[0] != '_' and f not in functions]\n"
+                              "assert not untested, untested"));
+        QVERIFY(kxScript::run("assert 'current frame' in getCurrentFrame.__doc__\n"
+                              "assert '@param frame: Frame\\n\\n@type frame: Real64' in setCurrentFrame.__doc__\n"
+                              "assert '@return: Current frame\\n\\n@rtype: Real64' in getCurrentFrame.__doc__\n"
+                              "assert all('C++' not in (getattr(kxAnimWidgets, f).__doc__ or '') for f in functions)"));
+    }
+
+    void calls_data()
+    {
+        QTest::addColumn<QString>("script");
+        const auto row = [](const char* name, const char* script) { kxRow(name, QString(script)); };
+        row("keywords", "assert addTranslationControlPoint(node=thing, time=1, trans=(1, 2, 3), updateGui=False)\n"
+                        "assert createAnimationBlockForNode(node=thing, updateGui=True)\n"
+                        "c = createAnimClip(name='c', parentClip=kxNodePtr())\n"
+                        "assert addToAnimClip(clip=c, object=findAnimBlock(name='thing'), frame=12)\n"
+                        "setAnimClipStart(clip=c, frame=5, keepEnd=False)\n"
+                        "setAnimClipFlipped(clip=c, flipped=True)\n"
+                        "setCurrentFrame(frame=7.5)\nassert getCurrentFrame() == 7.5");
+        row("no defaults", "assert raises(TypeError, addTranslationControlPoint, thing, 1.0, (1, 2, 3))\n"
+                           "assert raises(TypeError, createAnimationBlockForNode, thing)");
+        row("positional only", "try:\n    playAnim(name='clip')\nexcept TypeError:\n    pass\nelse:\n    assert False");
+        row("sequences for vectors", "assert addScaleControlPoints(thing, (0, 1), [Vec3f(1, 1, 1), (2, 2, 2)])\n"
+                                     "assert addVisibleControlPoints(thing, range(3), [True, 0, 1.0])");
+        row("lists", "assert 'clip' in getAnimClips() and clip in getAnimClipNodes()\n"
+                     "assert getAnimBlocks(False) == ['block'] and len(getAnimBlockNodes(True)) == 2");
+    }
+
+    void calls()
+    {
+        QFETCH(QString, script);
+        QVERIFY(kxScript::run(script.toStdString()));
+        QVERIFY(everythingIsSound());
+    }
+
+    void wrongTypes_data() { eachFunction(); }
+
+    void wrongTypes()
+    {
+        QFETCH(QString, function);
+        setGlobal("name", bp::object(function.toStdString()));
+        QVERIFY(kxScript::run(R"(
 f = getattr(kxAnimWidgets, name)
 for signature in functions[name]:
     kinds = signature.split()
@@ -269,19 +239,16 @@ for signature in functions[name]:
         for bad in wrong + wrongFor[kind]:
             assert raises(TypeError, f, *good[:i], bad, *good[i + 1:]), (name, kind, bad)
 )"));
-}
+    }
 
-void tst_kxAnimScript::badInput_data()
-{
-    eachFunction();
-}
+    void badInput_data() { eachFunction(); }
 
-void tst_kxAnimScript::badInput()
-{
-    QFETCH(QString, function);
-    setGlobal("name", bp::object(function.toStdString()));
-    const kxCapturedStderr silent; // a missing service is told there
-    QVERIFY(kxScript::run(R"(
+    void badInput()
+    {
+        QFETCH(QString, function);
+        setGlobal("name", bp::object(function.toStdString()));
+        const kxCapturedStderr silent; // a missing service is told there
+        QVERIFY(kxScript::run(R"(
 f = getattr(kxAnimWidgets, name)
 for signature in functions[name]:
     for arguments in itertools.product(*[values[k] for k in signature.split()]):
@@ -295,14 +262,14 @@ for signature in functions[name]:
         if signature.startswith("node") and not arguments[0]:
             assert answer in (None, False), (arguments, answer)
 )"));
-    QVERIFY(everythingIsSound());
-    QVERIFY(logIsEmpty());
-    kxAnimManager::the()->setCurrentFrame(10, true, true);
-}
+        QVERIFY(everythingIsSound());
+        QVERIFY(logIsEmpty());
+        kxAnimManager::the()->setCurrentFrame(10, true, true);
+    }
 
-void tst_kxAnimScript::enormousCounts()
-{
-    QVERIFY(kxScript::run(R"(
+    void enormousCounts()
+    {
+        QVERIFY(kxScript::run(R"(
 count = 200000
 times = [(i * 7919 % count) / 24 for i in range(count)]
 assert addTranslationControlPoints(thing, times, [(i, nan, -i) for i in range(count)], False)
@@ -315,9 +282,22 @@ setAnimClipEnd(clip, 2**31 - 1, False)
 assert addToAnimClip(clip, block, 2**31 - 1) and addToAnimClip(clip, block, -2**31)
 assert findAnimClip("x" * 10000000).isNull()
 )"));
-    QVERIFY(everythingIsSound());
-    QVERIFY(logIsEmpty());
-}
+        QVERIFY(everythingIsSound());
+        QVERIFY(logIsEmpty());
+    }
+
+private:
+    void eachFunction()
+    {
+        QTest::addColumn<QString>("function");
+        const bp::list names(bp::import("__main__").attr("functions"));
+        for (long i = 0; i < bp::len(names); ++i)
+        {
+            const std::string name = bp::extract<std::string>(names[i]);
+            kxRow(name.c_str(), QString::fromStdString(name));
+        }
+    }
+};
 
 QTEST_MAIN(tst_kxAnimScript)
 #include "tst_kxAnimScript.moc"

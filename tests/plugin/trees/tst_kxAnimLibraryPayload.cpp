@@ -12,16 +12,6 @@
 
 using namespace osg;
 
-class tst_kxAnimLibraryPayload : public QObject
-{
-    Q_OBJECT
-private Q_SLOTS:
-    void bytes_data();
-    void bytes();
-    void survivesAnyBytes();
-    void movesSkipWhatDoesNotFit();
-};
-
 /// 32-bit big-endian numbers.
 static QByteArray numbers(std::initializer_list<quint32> values)
 {
@@ -32,92 +22,97 @@ static QByteArray numbers(std::initializer_list<quint32> values)
     return bytes;
 }
 
-void tst_kxAnimLibraryPayload::bytes_data()
+class tst_kxAnimLibraryPayload : public QObject
 {
-    // whole: encodes to the same bytes again
-    kxColumns<QByteArray, bool, QVector<quint32>, bool>("bytes", "rightButton", "ids", "whole");
-
-    kxRow("nothing", QByteArray(), false, QVector<quint32>(), false);
-    kxRow("no rows", numbers({1}), true, QVector<quint32>(), true);
-    kxRow("two rows", numbers({0, 7, 300, 0, 0xFFFFFFFF}), false, QVector<quint32>{7, 300, 0, 0xFFFFFFFF}, true);
-    kxRow("cut in the second id", numbers({1, 7, 300, 8, 9}).chopped(1), true, QVector<quint32>{7, 300}, false);
-    kxRow("cut after an id", numbers({1, 7, 300, 8}), true, QVector<quint32>{7, 300}, false);
-    kxRow("cut in the button", QByteArray("\0\0\0", 3), false, QVector<quint32>(), false);
-    kxRow("another number for the button", numbers({2, 7, 8}), false, QVector<quint32>{7, 8}, false);
-}
-
-void tst_kxAnimLibraryPayload::bytes()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, whole);
-    const kxAnimLibraryPayload payload = kxAnimLibraryPayload::decode(bytes);
-    QTEST(payload.rightButton, "rightButton");
-    QVector<quint32> ids;
-    for (const kxAnimLibraryPayload::Row& row : payload.rows)
-        ids << row.animationId << row.containerId;
-    QTEST(ids, "ids");
-    QCOMPARE(payload.encode() == bytes, whole);
-
-    QMimeData data;
-    QVERIFY(!kxAnimLibraryPayload::isIn(&data));
-    data.setData("application/anim-lib-item", bytes);
-    QVERIFY(kxAnimLibraryPayload::isIn(&data));
-    QCOMPARE(kxAnimLibraryPayload::of(&data).rows.size(), payload.rows.size());
-}
-
-void tst_kxAnimLibraryPayload::survivesAnyBytes()
-{
-    kxAnimFixture scene;
-    const NodePtr object = kxAnimFixture::object();
-    kxAnimManager::the()->addAnimation(object, kxAnimFixture::block("block", {}));
-    std::mt19937 random(3);
-    for (int round = 0; round < 500; ++round)
+    Q_OBJECT
+private Q_SLOTS:
+    void bytes_data()
     {
-        // Small numbers hit living containers of every class.
-        QByteArray bytes;
-        const int count = int(random() % 20);
-        for (int i = 0; i < count; ++i)
-            bytes += numbers({random() % 4 == 0 ? quint32(random()) : quint32(random() % (object->getId() + 20))});
-        bytes.chop(int(random() % 4));
-        const kxAnimLibraryPayload payload = kxAnimLibraryPayload::decode(bytes);
-        QVERIFY(payload.rows.size() * 8 <= std::size_t(bytes.size()));
-        kxAnimLibraryMoves::moveToNode(payload, object);
-        kxAnimLibraryMoves::moveToGroup(payload, "group");
-        kxAnimLibraryMoves::leaveGroups(payload);
+        // whole: encodes to the same bytes again
+        kxColumns<QByteArray, bool, QVector<quint32>, bool>("bytes", "rightButton", "ids", "whole");
+
+        kxRow("nothing", QByteArray(), false, QVector<quint32>(), false);
+        kxRow("no rows", numbers({1}), true, QVector<quint32>(), true);
+        kxRow("two rows", numbers({0, 7, 300, 0, 0xFFFFFFFF}), false, QVector<quint32>{7, 300, 0, 0xFFFFFFFF}, true);
+        kxRow("cut in the second id", numbers({1, 7, 300, 8, 9}).chopped(1), true, QVector<quint32>{7, 300}, false);
+        kxRow("cut after an id", numbers({1, 7, 300, 8}), true, QVector<quint32>{7, 300}, false);
+        kxRow("cut in the button", QByteArray("\0\0\0", 3), false, QVector<quint32>(), false);
+        kxRow("another number for the button", numbers({2, 7, 8}), false, QVector<quint32>{7, 8}, false);
     }
-}
 
-void tst_kxAnimLibraryPayload::movesSkipWhatDoesNotFit()
-{
-    kxAnimFixture scene;
-    const NodePtr source = kxAnimFixture::object("source"), target = kxAnimFixture::object("target");
-    const MaterialPtr material = UberMaterial::create(), other = UberMaterial::create();
-    kxScene::the()->addMaterial(material);
-    kxScene::the()->addMaterial(other);
-    kxAnimManager* const kernel = kxAnimManager::the();
-    const AnimNodePtr ofNode = kxAnimFixture::block("of node", {}),
-                      ofMaterial = kxAnimFixture::block("of material", {});
-    kernel->addAnimation(source, ofNode);
-    kernel->addAnimation(material, ofMaterial);
+    void bytes()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, whole);
+        const kxAnimLibraryPayload payload = kxAnimLibraryPayload::decode(bytes);
+        QTEST(payload.rightButton, "rightButton");
+        QVector<quint32> ids;
+        for (const kxAnimLibraryPayload::Row& row : payload.rows)
+            ids << row.animationId << row.containerId;
+        QTEST(ids, "ids");
+        QCOMPARE(payload.encode() == bytes, whole);
 
-    kxAnimLibraryPayload payload;
-    payload.rows = {{4000000000u, source->getId()},
-                    {ofNode->getId(), 4000000000u},
-                    {ofNode->getId(), material->getId()},
-                    {ofMaterial->getId(), source->getId()},
-                    {source->getId(), source->getId()}};
-    const NodePtr nodeRoot = ofNode->getParent(), materialRoot = ofMaterial->getParent();
-    kxAnimLibraryMoves::moveToNode(payload, target);
-    kxAnimLibraryMoves::moveToMaterial(payload, other);
-    QVERIFY(ofNode->getParent() == nodeRoot);
-    QVERIFY(ofMaterial->getParent() == materialRoot);
+        QMimeData data;
+        QVERIFY(!kxAnimLibraryPayload::isIn(&data));
+        data.setData("application/anim-lib-item", bytes);
+        QVERIFY(kxAnimLibraryPayload::isIn(&data));
+        QCOMPARE(kxAnimLibraryPayload::of(&data).rows.size(), payload.rows.size());
+    }
 
-    payload.rows = {{ofNode->getId(), source->getId()}, {ofMaterial->getId(), material->getId()}};
-    kxAnimLibraryMoves::moveToNode(payload, target);
-    kxAnimLibraryMoves::moveToMaterial(payload, other);
-    QVERIFY(ofNode->getParent() == NodePtr(kernel->getAnimAttachment(target)->getAnimationRoot()));
-    QVERIFY(ofMaterial->getParent() == NodePtr(kernel->getAnimAttachment(other)->getAnimationRoot()));
-}
+    void survivesAnyBytes()
+    {
+        kxAnimFixture scene;
+        const NodePtr object = kxAnimFixture::object();
+        kxAnimManager::the()->addAnimation(object, kxAnimFixture::block("block", {}));
+        std::mt19937 random(3);
+        for (int round = 0; round < 500; ++round)
+        {
+            // Small numbers hit living containers of every class.
+            QByteArray bytes;
+            const int count = int(random() % 20);
+            for (int i = 0; i < count; ++i)
+                bytes += numbers({random() % 4 == 0 ? quint32(random()) : quint32(random() % (object->getId() + 20))});
+            bytes.chop(int(random() % 4));
+            const kxAnimLibraryPayload payload = kxAnimLibraryPayload::decode(bytes);
+            QVERIFY(payload.rows.size() * 8 <= std::size_t(bytes.size()));
+            kxAnimLibraryMoves::moveToNode(payload, object);
+            kxAnimLibraryMoves::moveToGroup(payload, "group");
+            kxAnimLibraryMoves::leaveGroups(payload);
+        }
+    }
+
+    void movesSkipWhatDoesNotFit()
+    {
+        kxAnimFixture scene;
+        const NodePtr source = kxAnimFixture::object("source"), target = kxAnimFixture::object("target");
+        const MaterialPtr material = UberMaterial::create(), other = UberMaterial::create();
+        kxScene::the()->addMaterial(material);
+        kxScene::the()->addMaterial(other);
+        kxAnimManager* const kernel = kxAnimManager::the();
+        const AnimNodePtr ofNode = kxAnimFixture::block("of node", {}),
+                          ofMaterial = kxAnimFixture::block("of material", {});
+        kernel->addAnimation(source, ofNode);
+        kernel->addAnimation(material, ofMaterial);
+
+        kxAnimLibraryPayload payload;
+        payload.rows = {{4000000000u, source->getId()},
+                        {ofNode->getId(), 4000000000u},
+                        {ofNode->getId(), material->getId()},
+                        {ofMaterial->getId(), source->getId()},
+                        {source->getId(), source->getId()}};
+        const NodePtr nodeRoot = ofNode->getParent(), materialRoot = ofMaterial->getParent();
+        kxAnimLibraryMoves::moveToNode(payload, target);
+        kxAnimLibraryMoves::moveToMaterial(payload, other);
+        QVERIFY(ofNode->getParent() == nodeRoot);
+        QVERIFY(ofMaterial->getParent() == materialRoot);
+
+        payload.rows = {{ofNode->getId(), source->getId()}, {ofMaterial->getId(), material->getId()}};
+        kxAnimLibraryMoves::moveToNode(payload, target);
+        kxAnimLibraryMoves::moveToMaterial(payload, other);
+        QVERIFY(ofNode->getParent() == NodePtr(kernel->getAnimAttachment(target)->getAnimationRoot()));
+        QVERIFY(ofMaterial->getParent() == NodePtr(kernel->getAnimAttachment(other)->getAnimationRoot()));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_kxAnimLibraryPayload)
 #include "tst_kxAnimLibraryPayload.moc"

@@ -43,199 +43,188 @@ class tst_kxAnimTreeWidgetItem : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void informationNamesEachNumber();
-    void init();
+    void informationNamesEachNumber()
+    {
+        kxAnimManager::kxAnimInfo info;
+        info.curves = 2;
+        info.points = 3;
+        info.inTangents = 4;
+        info.outTangents = 5;
+        info.controlPoints = 6;
+        info.start = 1.5f;
+        info.end = 4.25f;
+        info.localScale = 0.5f;
+        info.globalScale = 1.25f;
+        info.localOffset = osg::Vec2f(-2, 150);
+        info.globalOffset = osg::Vec2f(0.125f, 50);
+        QCOMPARE(kxAnimInfoText(info, 48),
+                 QStringLiteral("Curves:\t2\nPoints:\t3\nInTangents:\t4\nOutTangents:\t5\nControlPoints:\t6\n"
+                                "Start:\t1.5 seconds (72 frames)\nEnd:\t4.25 seconds (204 frames)\n"
+                                "Local Scale:\t0.5\nGlobal Scale:\t1.25\n"
+                                "Local Offset:\t-2 seconds (-96 frames)\nGlobal Offset:\t0.125 seconds (6 frames)"));
+    }
+
+    void init()
+    {
+        _object = _fixture.object("Box");
+        _block = _fixture.block("Walk", {_fixture.curve("translation", "X", {{0, 1}, {1, 2}})});
+        kxAnimManager::the()->addAnimation(_object, _block);
+    }
+
     void cleanup() { _fixture.clear(); }
-    void showsCurveColor();
-    void checksWriteTheScene();
-    void renames_data();
-    void renames();
-    void sceneNodesKeepTheirNames();
-    void staleRowIsInert();
-    void groupNames_data();
-    void groupNames();
-    void channelRow();
+
+    void showsCurveColor()
+    {
+        const osg::AnimNodePtr node = osg::AnimNodePtr::dcast(_block->getChild(0));
+        const osg::AnimCurvePtr curve = _fixture.curveOf(node);
+        curve->setColor(osg::Color3f(2.0f, 0.5f, std::numeric_limits<float>::quiet_NaN()));
+        kxAnimTreeWidgetItem row(true);
+        row.setNode(node, true, true);
+        QCOMPARE(row.foreground(0).color().name(), QString("#ff8000"));
+        QVERIFY(!row.data(1, Qt::ForegroundRole).isValid());
+        curve->clear();
+        QVERIFY(!row.data(0, Qt::ForegroundRole).isValid());
+    }
+
+    void checksWriteTheScene()
+    {
+        _block->setTravMask(0);
+        kxAnimTreeWidgetItem row(true);
+        row.setNode(_block, true, false);
+        QCOMPARE(row.checkState(0), Qt::Unchecked);
+        QCOMPARE(_block->getTravMask(), 0u);
+        row.setCheckState(0, Qt::Checked);
+        QVERIFY(_block->isActive());
+        row.setCheckState(0, Qt::Unchecked);
+        QCOMPARE(_block->getTravMask(), 0u);
+        row.setCheckState(1, Qt::Checked);
+        QVERIFY(_block->getLocked());
+        row.setCheckState(1, Qt::Unchecked);
+        QVERIFY(!_block->getLocked());
+
+        kxAnimTreeWidgetItem object(true);
+        object.setNode(_object, true, true);
+        QVERIFY(!(object.flags() & (Qt::ItemIsUserCheckable | Qt::ItemIsEditable)));
+        QVERIFY(!object.data(0, Qt::CheckStateRole).isValid());
+        QVERIFY(_object->isActive());
+    }
+
+    void renames_data()
+    {
+        kxColumns<QString, QString, int>("edit", "name", "warnings");
+        kxRow("a free name", "L\u00e4ufer", "L\u00e4ufer", 0);
+        kxRow("the same name", "Walk", "Walk", 0);
+        kxRow("a name that is taken", "Run", "Walk", 1);
+        kxRow("no name", "", "Walk", 1);
+    }
+
+    void renames()
+    {
+        QFETCH(QString, edit);
+        QFETCH(QString, name);
+        QFETCH(int, warnings);
+        kxAnimManager::the()->addAnimation(_object, _fixture.block("Run", {}));
+        kxAnimTreeWidgetItem row(true);
+        row.setNode(_block, true, true);
+        const LogLines log;
+        row.setData(0, Qt::EditRole, edit);
+        QCOMPARE(QString::fromStdString(_block->getNodeName()), name);
+        QCOMPARE(row.text(0), name);
+        QCOMPARE(log.texts().size(), warnings);
+    }
+
+    void sceneNodesKeepTheirNames()
+    {
+        kxAnimTreeWidgetItem row(true);
+        row.setNode(_object, true, true);
+        const LogLines log;
+        row.setData(0, Qt::EditRole, "Other");
+        QCOMPARE(_object->getNodeName(), std::string("Box"));
+        QCOMPARE(log.texts(), QStringList{"You can't rename the node in this list. Please try in scenegraph."});
+    }
+
+    void staleRowIsInert()
+    {
+        kxAnimTreeWidgetItem row(true);
+        row.setNode(_block, true, true);
+        _block->setPostCycles(3);
+        {
+            const kxOwned<osg::AnimNode> clone(_fixture.clone(_block, 0));
+            QCOMPARE(row.toolTip(0), QString("Post-Cycles: 3\nReferences: 2"));
+        }
+        kxAnimTreeWidgetItem* const member = new kxAnimTreeWidgetItem(&row, true);
+        member->setNode(_object, true, true);
+        kxAnimManager::the()->subAnimation(_object, _block);
+        QVERIFY(row.node() == osg::NullFC && row.animNode() == osg::NullFC && row.animObject() == osg::NullFC);
+        QVERIFY(row.nodeId() != 0);
+        QCOMPARE(row.text(0), QString("Walk"));
+        QVERIFY(row.toolTip(0).isEmpty());
+        const LogLines log;
+        row.setCheckState(0, Qt::Unchecked);
+        row.setCheckState(1, Qt::Checked);
+        row.setData(1, Qt::EditRole, "4");
+        row.setData(0, Qt::EditRole, "Group");
+        QCOMPARE(tagsOf(_object), Tags()); // no group: it had a node
+        QCOMPARE(log.texts(), QStringList());
+    }
+
+    void groupNames_data()
+    {
+        kxColumns<QString, QString, Tags, Tags>("present", "edit", "before", "after");
+        kxRow("a new group names its members", "", "Cars", Tags(), Tags{"Cars"});
+        kxRow("without a name it is Group", "", "", Tags(), Tags{"Group"});
+        kxRow("other groups stay", "Cars", "Trucks", Tags{"Red", "Cars", "Old"}, Tags{"Red", "Trucks", "Old"});
+        kxRow("into a group it is in already", "Cars", "Red", Tags{"Red", "Cars"}, Tags{"Red"});
+    }
+
+    void groupNames()
+    {
+        QFETCH(QString, present);
+        QFETCH(QString, edit);
+        QFETCH(Tags, before);
+        QFETCH(Tags, after);
+        if (!before.empty())
+            tag(_object, before);
+        kxAnimTreeWidgetItem group(true);
+        group.setText(0, present);
+        (new kxAnimTreeWidgetItem(&group, true))->setNode(_object, true, true);
+        new kxAnimTreeWidgetItem(&group, true); // a row of nothing
+        const kxMarks marks;
+        group.setData(0, Qt::EditRole, edit);
+        QCOMPARE(tagsOf(_object), after);
+        QCOMPARE(marks.has(_object), before.empty()); // it got an attachment
+        QCOMPARE(group.text(0), edit.isEmpty() ? QString("Group") : edit);
+    }
+
+    void channelRow()
+    {
+        std::vector<kxAnimManager::kxOSGChannelData> channels;
+        kxAnimManager::the()->getKeyableChannels(_object, channels);
+        const auto channel = std::find_if(channels.begin(), channels.end(),
+                                          [](const auto& c) { return c.name == "translation" && c.suffix == "Y"; });
+        QVERIFY(channel != channels.end());
+        kxAnimTreeWidgetItem row(false);
+        row.setText(0, "translation.Y");
+        row.setChannelData(*channel);
+        row.setData(1, Qt::EditRole, "2.5");
+        QCOMPARE(_fixture.transform(_object)->getTranslation().y(), 2.5f);
+        row.setData(1, Qt::EditRole, "tall");
+        row.setData(1, Qt::EditRole, "inf");
+        QCOMPARE(_fixture.transform(_object)->getTranslation().y(), 2.5f);
+        row.setNode(osg::AnimNodePtr::dcast(_block->getChild(0)), false, false);
+        QCOMPARE(row.text(0), QString("translation.Y"));
+
+        _fixture.clear();
+        QVERIFY(row.channelData().isEmpty());
+        QCOMPARE(row.channelData().suffix, std::string("Y"));
+        row.setData(1, Qt::EditRole, "3");
+    }
 
 private:
     kxAnimFixture _fixture;
     osg::NodePtr _object;
     osg::AnimNodePtr _block; // stands under the object, "Walk"
 };
-
-void tst_kxAnimTreeWidgetItem::init()
-{
-    _object = _fixture.object("Box");
-    _block = _fixture.block("Walk", {_fixture.curve("translation", "X", {{0, 1}, {1, 2}})});
-    kxAnimManager::the()->addAnimation(_object, _block);
-}
-
-void tst_kxAnimTreeWidgetItem::showsCurveColor()
-{
-    const osg::AnimNodePtr node = osg::AnimNodePtr::dcast(_block->getChild(0));
-    const osg::AnimCurvePtr curve = _fixture.curveOf(node);
-    curve->setColor(osg::Color3f(2.0f, 0.5f, std::numeric_limits<float>::quiet_NaN()));
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(node, true, true);
-    QCOMPARE(row.foreground(0).color().name(), QString("#ff8000"));
-    QVERIFY(!row.data(1, Qt::ForegroundRole).isValid());
-    curve->clear();
-    QVERIFY(!row.data(0, Qt::ForegroundRole).isValid());
-}
-
-void tst_kxAnimTreeWidgetItem::checksWriteTheScene()
-{
-    _block->setTravMask(0);
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(_block, true, false);
-    QCOMPARE(row.checkState(0), Qt::Unchecked);
-    QCOMPARE(_block->getTravMask(), 0u);
-    row.setCheckState(0, Qt::Checked);
-    QVERIFY(_block->isActive());
-    row.setCheckState(0, Qt::Unchecked);
-    QCOMPARE(_block->getTravMask(), 0u);
-    row.setCheckState(1, Qt::Checked);
-    QVERIFY(_block->getLocked());
-    row.setCheckState(1, Qt::Unchecked);
-    QVERIFY(!_block->getLocked());
-
-    kxAnimTreeWidgetItem object(true);
-    object.setNode(_object, true, true);
-    QVERIFY(!(object.flags() & (Qt::ItemIsUserCheckable | Qt::ItemIsEditable)));
-    QVERIFY(!object.data(0, Qt::CheckStateRole).isValid());
-    QVERIFY(_object->isActive());
-}
-
-void tst_kxAnimTreeWidgetItem::renames_data()
-{
-    kxColumns<QString, QString, int>("edit", "name", "warnings");
-    kxRow("a free name", "L\u00e4ufer", "L\u00e4ufer", 0);
-    kxRow("the same name", "Walk", "Walk", 0);
-    kxRow("a name that is taken", "Run", "Walk", 1);
-    kxRow("no name", "", "Walk", 1);
-}
-
-void tst_kxAnimTreeWidgetItem::renames()
-{
-    QFETCH(QString, edit);
-    QFETCH(QString, name);
-    QFETCH(int, warnings);
-    kxAnimManager::the()->addAnimation(_object, _fixture.block("Run", {}));
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(_block, true, true);
-    const LogLines log;
-    row.setData(0, Qt::EditRole, edit);
-    QCOMPARE(QString::fromStdString(_block->getNodeName()), name);
-    QCOMPARE(row.text(0), name);
-    QCOMPARE(log.texts().size(), warnings);
-}
-
-void tst_kxAnimTreeWidgetItem::sceneNodesKeepTheirNames()
-{
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(_object, true, true);
-    const LogLines log;
-    row.setData(0, Qt::EditRole, "Other");
-    QCOMPARE(_object->getNodeName(), std::string("Box"));
-    QCOMPARE(log.texts(), QStringList{"You can't rename the node in this list. Please try in scenegraph."});
-}
-
-void tst_kxAnimTreeWidgetItem::staleRowIsInert()
-{
-    kxAnimTreeWidgetItem row(true);
-    row.setNode(_block, true, true);
-    _block->setPostCycles(3);
-    {
-        const kxOwned<osg::AnimNode> clone(_fixture.clone(_block, 0));
-        QCOMPARE(row.toolTip(0), QString("Post-Cycles: 3\nReferences: 2"));
-    }
-    kxAnimTreeWidgetItem* const member = new kxAnimTreeWidgetItem(&row, true);
-    member->setNode(_object, true, true);
-    kxAnimManager::the()->subAnimation(_object, _block);
-    QVERIFY(row.node() == osg::NullFC && row.animNode() == osg::NullFC && row.animObject() == osg::NullFC);
-    QVERIFY(row.nodeId() != 0);
-    QCOMPARE(row.text(0), QString("Walk"));
-    QVERIFY(row.toolTip(0).isEmpty());
-    const LogLines log;
-    row.setCheckState(0, Qt::Unchecked);
-    row.setCheckState(1, Qt::Checked);
-    row.setData(1, Qt::EditRole, "4");
-    row.setData(0, Qt::EditRole, "Group");
-    QCOMPARE(tagsOf(_object), Tags()); // no group: it had a node
-    QCOMPARE(log.texts(), QStringList());
-}
-
-void tst_kxAnimTreeWidgetItem::groupNames_data()
-{
-    kxColumns<QString, QString, Tags, Tags>("present", "edit", "before", "after");
-    kxRow("a new group names its members", "", "Cars", Tags(), Tags{"Cars"});
-    kxRow("without a name it is Group", "", "", Tags(), Tags{"Group"});
-    kxRow("other groups stay", "Cars", "Trucks", Tags{"Red", "Cars", "Old"}, Tags{"Red", "Trucks", "Old"});
-    kxRow("into a group it is in already", "Cars", "Red", Tags{"Red", "Cars"}, Tags{"Red"});
-}
-
-void tst_kxAnimTreeWidgetItem::groupNames()
-{
-    QFETCH(QString, present);
-    QFETCH(QString, edit);
-    QFETCH(Tags, before);
-    QFETCH(Tags, after);
-    if (!before.empty())
-        tag(_object, before);
-    kxAnimTreeWidgetItem group(true);
-    group.setText(0, present);
-    (new kxAnimTreeWidgetItem(&group, true))->setNode(_object, true, true);
-    new kxAnimTreeWidgetItem(&group, true); // a row of nothing
-    const kxMarks marks;
-    group.setData(0, Qt::EditRole, edit);
-    QCOMPARE(tagsOf(_object), after);
-    QCOMPARE(marks.has(_object), before.empty()); // it got an attachment
-    QCOMPARE(group.text(0), edit.isEmpty() ? QString("Group") : edit);
-}
-
-void tst_kxAnimTreeWidgetItem::channelRow()
-{
-    std::vector<kxAnimManager::kxOSGChannelData> channels;
-    kxAnimManager::the()->getKeyableChannels(_object, channels);
-    const auto channel = std::find_if(channels.begin(), channels.end(),
-                                      [](const auto& c) { return c.name == "translation" && c.suffix == "Y"; });
-    QVERIFY(channel != channels.end());
-    kxAnimTreeWidgetItem row(false);
-    row.setText(0, "translation.Y");
-    row.setChannelData(*channel);
-    row.setData(1, Qt::EditRole, "2.5");
-    QCOMPARE(_fixture.transform(_object)->getTranslation().y(), 2.5f);
-    row.setData(1, Qt::EditRole, "tall");
-    row.setData(1, Qt::EditRole, "inf");
-    QCOMPARE(_fixture.transform(_object)->getTranslation().y(), 2.5f);
-    row.setNode(osg::AnimNodePtr::dcast(_block->getChild(0)), false, false);
-    QCOMPARE(row.text(0), QString("translation.Y"));
-
-    _fixture.clear();
-    QVERIFY(row.channelData().isEmpty());
-    QCOMPARE(row.channelData().suffix, std::string("Y"));
-    row.setData(1, Qt::EditRole, "3");
-}
-
-void tst_kxAnimTreeWidgetItem::informationNamesEachNumber()
-{
-    kxAnimManager::kxAnimInfo info;
-    info.curves = 2;
-    info.points = 3;
-    info.inTangents = 4;
-    info.outTangents = 5;
-    info.controlPoints = 6;
-    info.start = 1.5f;
-    info.end = 4.25f;
-    info.localScale = 0.5f;
-    info.globalScale = 1.25f;
-    info.localOffset = osg::Vec2f(-2, 150);
-    info.globalOffset = osg::Vec2f(0.125f, 50);
-    QCOMPARE(kxAnimInfoText(info, 48),
-             QStringLiteral("Curves:\t2\nPoints:\t3\nInTangents:\t4\nOutTangents:\t5\nControlPoints:\t6\n"
-                            "Start:\t1.5 seconds (72 frames)\nEnd:\t4.25 seconds (204 frames)\n"
-                            "Local Scale:\t0.5\nGlobal Scale:\t1.25\n"
-                            "Local Offset:\t-2 seconds (-96 frames)\nGlobal Offset:\t0.125 seconds (6 frames)"));
-}
 
 QTEST_MAIN(tst_kxAnimTreeWidgetItem)
 #include "tst_kxAnimTreeWidgetItem.moc"

@@ -86,32 +86,576 @@ class tst_kxAnimWizardGUII : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void init();
-    void cleanup();
-    void coversWhatTheModeSays_data();
-    void coversWhatTheModeSays();
-    void namesMissingCaptures();
-    void makesTheClip();
-    void capturesMaterialsAndCameras();
-    void goesIntoTheSelectedClip();
-    void settlesInterference_data();
-    void settlesInterference();
-    void previewsToTheEnd();
-    void cancelLeavesNoTrace_data();
-    void cancelLeavesNoTrace();
-    void finishesDuringThePreview();
-    void survivesDeletedObjects();
-    void keepsTheKeysWithTheFields();
-    void returnInAFieldPressesNothing();
-    void capturesNothingWithoutAScreen();
-    void opensAndClosesByMessages();
-    void isPressedWhileItStandsOpen();
-    void makesNoEmptyClip();
-    void makesOneClipWhereManyAreSelected();
-    void opensBesideTheView();
-    void showsItsFieldsInOrder();
+    void initTestCase()
+    {
+        kxPlaybackClock::the().setSource([] { return clockSeconds; });
+    }
+
+    void cleanupTestCase() { kxPlaybackClock::the().setSource(nullptr); }
+
+    void init()
+    {
+        kxOSGWidget::setMGLW(&_screen);
+        _maker = std::make_unique<kxClipMakerFixture>();
+        _box = kxAnimFixture::object("Box");
+        _lid = kxAnimFixture::object("Lid");
+        _wizard = _maker->window.findChild<kxAnimWizardGUII*>();
+        QVERIFY(_wizard != nullptr && _wizard->isHidden());
+        _maker->window.show();
+        clockSeconds = 0;
+    }
+
+    void cleanup()
+    {
+        kxSelection::the().clear();
+        _maker.reset();
+        kxOSGWidget::setMGLW(nullptr);
+    }
+
+    void coversWhatTheModeSays_data()
+    {
+        kxColumns<QString, bool, bool, QString, QString>("mode", "withNode", "withMaterial", "warning", "missing");
+        const QString box = "Box: start and end\n", paint = "Paint: start and end\n";
+        kxRow("object", "_geoType", true, true, "", box);
+        kxRow("material", "_matType", true, true, "", paint);
+        kxRow("both, with an object", "_geoMatType", true, false, "", box);
+        kxRow("both, with a material", "_geoMatType", false, true, "", paint);
+        kxRow("no object", "_geoType", false, true, "Please select aim in the scenegraph!", "");
+        kxRow("no material", "_matType", true, false, "Please select aim in the material editor!", "");
+        kxRow("neither", "_geoMatType", false, false, "Please select aim in the scenegraph and/or material editor!",
+              "");
+    }
+
+    void coversWhatTheModeSays()
+    {
+        QFETCH(QString, mode);
+        QFETCH(bool, withNode);
+        QFETCH(bool, withMaterial);
+        QFETCH(QString, missing);
+        const osg::MaterialPtr paint = osg::UberMaterial::create();
+        paint->setNodeName("Paint");
+        kxScene::the()->addMaterial(paint);
+        select(withNode ? std::vector<osg::NodePtr>{_box} : std::vector<osg::NodePtr>(),
+               withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
+        _wizard->showWizard();
+        _wizard->findChild<QRadioButton*>(mode)->click();
+        _wizard->_captureText->clear();
+        QTEST(said([this] { _wizard->next(); }), "warning");
+        QCOMPARE(_wizard->currentId(), missing.isEmpty() ? 0 : 1);
+        if (missing.isEmpty())
+            return;
+        const QString modified = mode == "_geoType"   ? "object"
+                                 : mode == "_matType" ? "material"
+                                                      : "object and material";
+        QCOMPARE(_wizard->_captureText->text(),
+                 "Capture start state, modify " + modified + ", then capture end state.");
+        QCOMPARE(said([this] { finish(); }), "Captures of the following objects are missing:\n\n" + missing +
+                                                 "\nPlease capture start and end state!");
+        QVERIFY(_wizard->isVisible());
+    }
+
+    void namesMissingCaptures()
+    {
+        open({_box});
+        _wizard->_captureStart->click();
+        select({_lid}); // joins, and what was captured stays
+        _wizard->_captureEnd->click();
+        const QString frame =
+            "Captures of the following objects are missing:\n\n%1\nPlease capture start and end state!";
+        QCOMPARE(said([this] { finish(); }), frame.arg("Lid: start\n"));
+        _wizard->_captureStart->click();
+        const osg::NodePtr late = kxAnimFixture::object("Late");
+        select({late});
+        _wizard->_captureStart->click();
+        QCOMPARE(said([this] { finish(); }), frame.arg("Late: end\n"));
+        select({});
+        QCOMPARE(said([this] { _wizard->_captureEnd->click(); }),
+                 QString("Nothing selected. Please select aims in the scene respectively scenegraph!"));
+        QCOMPARE(clips()->getNChildren(), 0u);
+    }
+
+    void makesTheClip()
+    {
+        captureBox(1, 5);
+        _wizard->_name->setText("Door");
+        _wizard->_startTime->setValue(1.5);
+        _wizard->_duration->setValue(4);
+        _wizard->_interpolation->setCurrentIndex(3);
+        finish();
+        QVERIFY(_wizard->isHidden());
+        QCOMPARE(clips()->getNChildren(), 1u); // a clip of its own below a new one
+        const osg::AnimNodePtr clip = child(child(clips()));
+        QCOMPARE(kxNodeUtils::getName(clip), std::string("Door"));
+        QCOMPARE(clip->getOffset(), osg::Vec2f(1.5f, 0));
+        const osg::AnimWizClipPtr core = osg::AnimWizClipPtr::dcast(clip->getCore());
+        QVERIFY(core != osg::NullFC);
+        QVERIFY(core->getStart() == 1.5f && core->getDuration() == 4.0f && core->getInterpolation() == 3u);
+        for (const osg::ImagePtr& image : {core->getStartImage(), core->getEndImage()})
+            QCOMPARE(QImageConverter::convertToQImage(image).pixelColor(48, 48), QColor(10, 200, 30));
+
+        QCOMPARE(blocksOf(_box).size(), std::size_t(1));
+        const osg::AnimNodePtr block = blocksOf(_box).front();
+        QCOMPARE(kxNodeUtils::getName(block), std::string("Box_Door"));
+        QCOMPARE(osg::AnimBlockPtr::dcast(block->getCore())->getName(), std::string("Box_Door"));
+        QVERIFY(child(clip)->getCore() == block->getCore() && child(clip) != block);
+        for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
+        {
+            QCOMPARE(curve->getControlPoints().size(), std::size_t(2));
+            const bool moves = curve->getChannelName() == "translation" && curve->getSuffix() == "X";
+            const osg::CCPnt &first = curve->getControlPoints(0), &last = curve->getControlPoints(1);
+            QCOMPARE(first.x(), 0.0f);
+            QCOMPARE(last.x(), 4.0f);
+            QCOMPARE(last.y() - first.y(), moves ? 4.0f : 0.0f);
+            QCOMPARE(first.outType, 2u);
+            QCOMPARE(last.outType, 1u);
+        }
+        QVERIFY(curveIn(block, "rotation", "Z") != osg::NullFC);
+        kxAnimManager::the()->setCurrentFrame(48, true, false);
+        QCOMPARE(x(_box), 3.0f); // half way, eased on both sides
+
+        // The next one starts anew, and bears no name that is taken.
+        captureBox(5, 6);
+        QCOMPARE(_wizard->_duration->value(), 2.0);
+        _wizard->_name->setText("Door");
+        _wizard->_startTime->setValue(20); // clear of the first
+        finish();
+        QCOMPARE(blocksOf(_box).size(), std::size_t(2));
+        QCOMPARE(kxNodeUtils::getName(blocksOf(_box).back()), std::string("Box_Door_1"));
+        _wizard->showWizard();
+        QCOMPARE(_wizard->_name->text(), QString("Animation"));
+        QVERIFY(_wizard->_captureStart->icon().isNull() && !_wizard->_captureStart->text().isEmpty());
+    }
+
+    void capturesMaterialsAndCameras()
+    {
+        const osg::MaterialPtr paint = osg::UberMaterial::create();
+        paint->setNodeName("Paint");
+        kxScene::the()->addMaterial(paint);
+        const osg::NodePtr camera = kxAnimFixture::object("Camera");
+        camera->setCore(osg::Camera::create());
+        select({camera}, {paint});
+        _wizard->showWizard();
+        _wizard->_geoMatType->click();
+        _wizard->next();
+        _wizard->_captureStart->click();
+        kxAnimManager::kxOSGChannelData channel;
+        channel.container = paint;
+        std::vector<kxAnimManager::kxOSGChannelData> channels;
+        kxAnimManager::the()->getKeyableChannels(paint, channels);
+        QVERIFY(!channels.empty());
+        const kxAnimManager::kxOSGChannelData changed = channels.front();
+        const float before = kxAnimManager::the()->getOSGFieldValue(changed);
+        kxAnimEvaluator::the()->setOSGFieldValue(changed, before + 0.125f, true);
+        const float after = kxAnimManager::the()->getOSGFieldValue(changed);
+        _wizard->_captureEnd->click();
+        finish();
+        QCOMPARE(blocksOf(paint).size(), std::size_t(1));
+        const osg::AnimCurvePtr curve = curveIn(blocksOf(paint).front(), changed.name, changed.suffix);
+        QCOMPARE(curve->getControlPoints(0).y(), before);
+        QCOMPARE(curve->getControlPoints(1).y(), after);
+        QVERIFY(before != after);
+        const osg::AnimNodePtr shot = blocksOf(camera).front();
+        QVERIFY(curveIn(shot, "translation", "X") != osg::NullFC);
+        QVERIFY(curveIn(shot, "focalLength", "") == osg::NullFC);
+        const osg::AnimNodePtr clip = child(child(clips()));
+        QCOMPARE(clip->getNChildren(), 2u);
+        QVERIFY(child(clip, 0)->getOffset().y() != child(clip, 1)->getOffset().y());
+    }
+
+    void goesIntoTheSelectedClip()
+    {
+        const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {});
+        const osg::AnimNodePtr outer = kxAnimFixture::clip("Outer", {inner});
+        kxAnimManager::the()->addToClipStructure(outer);
+        inner->setOffset(osg::Vec2f(10, 0));
+        const osg::AnimNodePtr other =
+            kxAnimFixture::block("Other", {kxAnimFixture::curve("translation", "X", {{0, 0}, {9, 1}})});
+        kxAnimManager::the()->addAnimation(_lid, other);
+        inner->addChild(kxAnimFixture::clone(other, 0));
+        kxAnimFixture::changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
+        _maker->tree->rebuild(true);
+        _maker->select(inner);
+        captureBox(0, 1);
+        _wizard->_startTime->setValue(12);
+        finish();
+        QCOMPARE(outer->getNChildren(), 1u);
+        QCOMPARE(inner->getNChildren(), 2u);
+        QCOMPARE(child(inner, 1)->getOffset(), osg::Vec2f(2, 50)); // at second 12 of the scene, beside the other
+    }
+
+    void settlesInterference_data()
+    {
+        // choice: empty to cancel, "-" where nothing is asked, "+" before it where a clip beside that of "Old" is
+        // selected
+        kxColumns<QString, float, QString>("choice", "existingAt", "after");
+        // The clip with its children, each with its start.
+        kxRow("cancel", "", 1.0f, "Show(Sub(Old@1)),");
+        kxRow("move", "_moveAnim", 1.0f, "Show(Sub(Old@1)Animation@2.5),");
+        kxRow("move in the clip beside it", "+_moveAnim", 1.0f, "Show(Sub(Old@1)Side(Animation@2.5)),");
+        kxRow("discard", "_discardExisting", 1.0f, "Show(Animation@0),");
+        kxRow("new clip", "_newClip", 1.0f, "Show(Sub(Old@1)),Clip(Animation@0),");
+        kxRow("meets in one point", "_newClip", 2.0f, "Show(Sub(Old@2)),Clip(Animation@0),");
+        kxRow("behind", "-", 2.5f, "Show(Sub(Old@2.5)Animation@0),");
+    }
+
+    void settlesInterference()
+    {
+        QFETCH(QString, choice);
+        QFETCH(float, existingAt);
+        kxAnimManager::the()->setFPS(2);
+        const osg::AnimNodePtr old =
+            kxAnimFixture::block("Old", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 1}})});
+        kxAnimManager::the()->addAnimation(_box, old);
+        const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
+        const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
+        kxAnimManager::the()->addToClipStructure(show);
+        const bool aside = choice.startsWith('+');
+        if (aside)
+            show->addChild(kxAnimFixture::clip("Side", {}));
+        _maker->tree->rebuild(true);
+        _maker->select(aside ? child(show, 1) : show);
+        choice.remove('+');
+        captureBox(0, 1);
+        bool asked = false;
+        QTimer::singleShot(0, &_maker->window,
+                           [&]
+                           {
+                               QWidget* const dialog = QApplication::activeModalWidget();
+                               asked = dialog != nullptr;
+                               if (asked && choice.isEmpty())
+                                   static_cast<QDialog*>(dialog)->reject();
+                               else if (asked)
+                               {
+                                   dialog->findChild<QRadioButton*>(choice)->click();
+                                   static_cast<QDialog*>(dialog)->accept();
+                               }
+                           });
+        finish();
+        QCoreApplication::processEvents();
+        QCOMPARE(asked, choice != "-");
+        QCOMPARE(_wizard->isVisible(), choice.isEmpty());
+        QString dump;
+        const std::function<void(const osg::NodePtr&)> add = [&](const osg::NodePtr& node)
+        {
+            dump += QString::fromStdString(kxNodeUtils::getName(node));
+            if (node->getCore()->getType().getId() != osg::AnimClip::_type.getId())
+            {
+                dump += "@" + QString::number(double(osg::AnimNodePtr::dcast(node)->getOffset().x()));
+                return;
+            }
+            dump += "(";
+            for (const osg::NodePtr& below : node->getChildren())
+                add(below);
+            dump += ")";
+        };
+        for (const osg::NodePtr& clip : clips()->getChildren())
+        {
+            add(clip);
+            dump += ",";
+        }
+        QTEST(dump, "after");
+    }
+
+    void previewsToTheEnd()
+    {
+        open({_box, _lid});
+        _wizard->_captureStart->click();
+        moveTo(_box, 8);
+        moveTo(_lid, 4);
+        _wizard->_captureEnd->click();
+        _wizard->_preview->click();
+        for (QWidget* const field : {static_cast<QWidget*>(_wizard->_captureStart),
+                                     static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
+            QVERIFY(!field->isEnabled());
+        tickAt(1);
+        QCOMPARE(x(_box), 4.0f);
+        QCOMPARE(x(_lid), 2.0f);
+        tickAt(30);
+        QVERIFY(!_wizard->_preview->isChecked() && _wizard->_duration->isEnabled());
+        QCOMPARE(x(_box), 8.0f);
+        QCOMPARE(x(_lid), 4.0f); // not stopped by the end of the other
+        QVERIFY(kxAnimManager::the()->getAnimAttachment(_box) == osg::NullFC);
+
+        _wizard->_preview->click();
+        kxMessage stranger;
+        stranger.set("animNodeId", 0u, true);
+        kxController::call(kxMessageName::DequeuedAnimation, stranger, 0);
+        QVERIFY(_wizard->_preview->isChecked());
+        tickAt(31);
+        _wizard->_reset->click();
+        QVERIFY(!_wizard->_preview->isChecked());
+        QCOMPARE(x(_box), 0.0f);
+        tickAt(32);
+        QCOMPARE(x(_box), 0.0f);
+
+        _wizard->_duration->setValue(0);
+        _wizard->_preview->click();
+        tickAt(33);
+        QVERIFY(!_wizard->_preview->isChecked());
+        _wizard->reject();
+        _wizard->_preview->click(); // of nothing
+        QVERIFY(!_wizard->_preview->isChecked() && _wizard->_name->isEnabled());
+    }
+
+    void cancelLeavesNoTrace_data()
+    {
+        QTest::addColumn<QString>("steps"); // p: preview on or off, t: time goes on, r: reset, u: the user moves Lid
+        kxRow("no preview", "");
+        kxRow("running", "pt");
+        kxRow("stopped half way", "ptp");
+        kxRow("reset, and again", "rptr");
+        kxRow("many", "ptpptprpt");
+        kxRow("the user's change stays", "ptpuptp");
+        kxRow("the user has the last word", "ptpu");
+    }
+
+    void cancelLeavesNoTrace()
+    {
+        QFETCH(QString, steps);
+        kxAnimManager::the()->addAnimation(
+            _lid, kxAnimFixture::block("Own", {kxAnimFixture::curve("visible", "", {{0, 1}, {1, 1}})}));
+        const osg::UInt32 highest = osg::UInt32(osg::FieldContainerFactory::the()->getFieldContainerStore().size());
+        open({_box, _lid});
+        _wizard->_captureStart->click();
+        moveTo(_box, 8);
+        moveTo(_lid, 4);
+        _wizard->_captureEnd->click();
+        if (steps.contains('u'))
+            moveTo(_lid, 6);
+        const QByteArray before = saved();
+        QVERIFY(!before.isEmpty());
+        moveTo(_lid, 4);
+        const int undoCount = kxUndoStack::get(0).stack()->count();
+        double now = clockSeconds;
+        for (const QChar step : steps)
+        {
+            if (step == 'p')
+                _wizard->_preview->click();
+            else if (step == 't')
+                tickAt(now += 0.75);
+            else if (step == 'r')
+                _wizard->_reset->click();
+            else
+                moveTo(_lid, 6);
+        }
+        if (steps == "ptp")
+            QCOMPARE(x(_box), 3.0f); // what is shown stays until then
+        const kxMarks marks;
+        _wizard->reject();
+        QVERIFY(steps.isEmpty() || marks.has(kxAnimFixture::transform(_box))); // the view follows
+        QCOMPARE(saved(), before);
+        tickAt(now + 5);
+        QCOMPARE(saved(), before);
+        QCOMPARE(kxUndoStack::get(0).stack()->count(), undoCount);
+        QVERIFY(!_wizard->_preview->isChecked());
+        for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
+            QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
+    }
+
+    void finishesDuringThePreview()
+    {
+        captureBox(2, 6);
+        _wizard->_preview->click();
+        tickAt(0.5);
+        finish();
+        QCOMPARE(blocksOf(_box).size(), std::size_t(1));
+        QVERIFY(!kxAnimEvaluator::the()->isPlaying(blocksOf(_box).front()));
+        const float stopped = x(_box);
+        tickAt(1.5);
+        QCOMPARE(x(_box), stopped);
+        QVERIFY(_wizard->_captureStart->isEnabled());
+        QCOMPARE(child(child(clips()))->getNChildren(), 1u);
+    }
+
+    void survivesDeletedObjects()
+    {
+        open({_box, _lid});
+        const kxOwned<osg::Node> kept(kxAnimFixture::object("Undoable"));
+        const osg::NodePtr gone = kept;
+        select({_box, _lid, gone});
+        _wizard->_captureStart->click();
+        _wizard->_preview->click();
+        kxScene::the()->root()->subChild(_box); // dies
+        kxScene::the()->root()->subChild(gone); // as after a delete that can be undone
+        osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
+        tickAt(0.5);
+        _wizard->_preview->click();
+        select({_lid});
+        _wizard->_captureEnd->click();
+        _wizard->_interpolation->setCurrentIndex(2);
+        _wizard->_duration->setValue(3);
+        _wizard->_reset->click();
+        finish();
+        QVERIFY(_wizard->isHidden());
+        QCOMPARE(child(child(clips()))->getNChildren(), 1u);
+        QCOMPARE(blocksOf(_lid).size(), std::size_t(1));
+        QVERIFY(blocksOf(gone).empty());
+
+        open({_lid});
+        _wizard->_captureStart->click();
+        _wizard->_preview->click();
+        kxSelection::the().clear();
+        kxScene::the()->clear(); // another scene is opened
+        tickAt(1);
+        _wizard->reject();
+        QVERIFY(!_wizard->_preview->isChecked());
+    }
+
+    void keepsTheKeysWithTheFields()
+    {
+        moveTo(_box, std::nanf(""));
+        open({_box});
+        _wizard->_captureStart->click();
+        _wizard->_captureEnd->click();
+        _wizard->_duration->setValue(-5);
+        QCOMPARE(_wizard->_duration->value(), 0.0);
+        _wizard->_duration->setValue(7.0 / 24);
+        _wizard->_name->setText("  ");
+        finish();
+        const osg::AnimNodePtr clip = child(child(clips()));
+        QCOMPARE(kxNodeUtils::getName(clip), std::string("Animation"));
+        for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(child(clip)))
+            for (const osg::CCPnt& key : curve->getControlPoints())
+                QVERIFY(std::isfinite(key.x() + key.y() + key.inX() + key.inY() + key.outX() + key.outY()));
+        const osg::AnimCurvePtr curve = curveIn(child(clip), "translation", "Y");
+        QVERIFY(std::abs(double(curve->getControlPoints(1).x()) * 24 - 7) < 1e-4); // stays on its frame
+    }
+
+    void returnInAFieldPressesNothing()
+    {
+        captureBox(0, 1);
+        _wizard->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(_wizard));
+        QApplication::setActiveWindow(_wizard);
+        _wizard->_name->setFocus();
+        QVERIFY(_wizard->_name->hasFocus());
+        QTest::keyClick(_wizard->_name, Qt::Key_Return);
+        QVERIFY(!_wizard->_name->hasFocus());
+        for (QWidget* const field : {static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
+        {
+            _wizard->button(QWizard::FinishButton)->setFocus(); // a button that had the focus stays the default one
+            field->setFocus();
+            QTest::keyClick(field, Qt::Key_Return);
+            QVERIFY(_wizard->isVisible());
+            QCOMPARE(_wizard->currentId(), 1);
+        }
+    }
+
+    void capturesNothingWithoutAScreen()
+    {
+        open({_box});
+        kxOSGWidget::setMGLW(nullptr);
+        _wizard->_captureStart->click();
+        QVERIFY(said([this] { finish(); }).contains("Box: start and end"));
+    }
+
+    void opensAndClosesByMessages()
+    {
+        kxMessage message;
+        kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
+        QVERIFY(_wizard->isVisible());
+        _maker->deliver(kxMessageId::StopPlayback);
+        QVERIFY(_wizard->isHidden());
+        _maker->form->findChild<QAbstractButton*>("AnimationWizardButton")->click();
+        QVERIFY(_wizard->isVisible());
+        _wizard->_openClipMaker->setChecked(true);
+        captureBox(0, 1);
+        finish();
+        QVERIFY(_maker->docks.getDockWidget("Clip Maker")->isVisible());
+        open({_box});
+        _maker->deliver(kxMessageId::NewScene);
+        QVERIFY(_wizard->isHidden());
+    }
+
+    void isPressedWhileItStandsOpen()
+    {
+        captureBox(1, 5);
+        _wizard->_name->setText("Door");
+        QShowEvent unminimised;
+        QSpontaneKeyEvent::setSpontaneous(&unminimised);
+        qApp->notify(_wizard, &unminimised);
+        QCOMPARE(_wizard->_name->text(), QString("Door"));
+        _wizard->_preview->click();
+        tickAt(0.5);
+        open({_box, _lid}); // what is captured stays
+        QVERIFY(!_wizard->_preview->isChecked() && !_wizard->_captureStart->icon().isNull());
+        QVERIFY(said([this] { finish(); }).contains("\nLid: start and end"));
+
+        const osg::MaterialPtr paint = osg::UberMaterial::create();
+        kxScene::the()->addMaterial(paint);
+        select({}, {paint});
+        _wizard->showWizard();
+        _wizard->_matType->click();
+        _wizard->next();
+        QCOMPARE(_wizard->_captureStart->text(), QString("Capture Start"));
+        QCOMPARE(x(_box), 5.0f);
+        _wizard->_captureStart->click();
+        _wizard->_captureEnd->click();
+        finish();
+        QVERIFY(_wizard->isHidden() && blocksOf(_box).empty());
+        QCOMPARE(blocksOf(paint).size(), std::size_t(1));
+    }
+
+    void makesNoEmptyClip()
+    {
+        captureBox(1, 5);
+        kxSelection::the().clear();
+        kxScene::the()->root()->subChild(_box);
+        QVERIFY(said([this] { finish(); }).contains("nothing to animate"));
+        QVERIFY(_wizard->isVisible());
+        QCOMPARE(clips()->getNChildren(), 0u);
+    }
+
+    void makesOneClipWhereManyAreSelected()
+    {
+        for (const char* const name : {"A", "B"})
+            kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip(name, {}));
+        _maker->tree->rebuild(true);
+        _maker->tree->selectAll();
+        captureBox(1, 5);
+        finish();
+        QCOMPARE(clips()->getNChildren(), 3u);
+        QCOMPARE(child(clips(), 0)->getNChildren() + child(clips(), 1)->getNChildren(), 0u);
+        QCOMPARE(blocksOf(_box).front()->getCore(), child(child(child(clips(), 2)))->getCore());
+    }
+
+    void opensBesideTheView()
+    {
+        _maker->window.setCentralWidget(new QWidget);
+        _maker->window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
+        kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+        _wizard->showWizard();
+        const kxOwned<osg::AnimNode> clip(kxAnimFixture::clip("any", {}));
+        dialog->show(clip);
+        for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
+            QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
+                     qPrintable(window->windowTitle()));
+    }
+
+    void showsItsFieldsInOrder()
+    {
+        captureBox(1, 5);
+        QCoreApplication::processEvents();
+        const QWidget* const rows[][2] = {{_wizard->_captureStart, _wizard->_captureEnd},
+                                          {_wizard->_preview, _wizard->_reset}};
+        for (const auto& [left, right] : rows)
+            QVERIFY(left->y() == right->y() && left->geometry().right() < right->x());
+        QVERIFY(_wizard->_captureStart->geometry().bottom() < _wizard->_preview->y());
+        QCOMPARE(_wizard->_preview->x(), _wizard->_captureStart->x());
+        QVERIFY(_wizard->_duration->geometry().right() < _wizard->_captureEnd->geometry().right());
+        _wizard->_duration->setValue(3);
+        _wizard->_duration->stepUp();
+        QCOMPARE(_wizard->_duration->value(), 3.5);
+
+        _wizard->showMinimized();
+        _wizard->showWizard();
+        QVERIFY(!_wizard->isMinimized());
+        kxAnimManager::the()->setCurrentFrameNoEvaluation(36, false);
+        _wizard->reject();
+        QCOMPARE(_wizard->_startTime->value(), 1.5);
+        for (const QPushButton* const button : {_wizard->_captureStart, _wizard->_captureEnd})
+            QCOMPARE(button->text(), button->accessibleName());
+    }
 
 private:
     /// Runs `action`, gives the text of the message box that it opens, and closes that.
@@ -148,7 +692,15 @@ private:
         _wizard->_captureEnd->click();
     }
     void finish() { _wizard->button(QWizard::FinishButton)->click(); }
-    QByteArray saved();
+
+    QByteArray saved()
+    {
+        const QString path = _folder.filePath("scene.kxs");
+        kxFileReport report;
+        QFile file(path);
+        return kxSceneIO::save(path, report) && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     static osg::AnimNodePtr clips() { return kxAnimManager::the()->clipStructureRoot(); }
 
     static osg::AnimNodePtr child(const osg::NodePtr& node, unsigned int index = 0)
@@ -163,582 +715,6 @@ private:
     osg::NodePtr _box;
     osg::NodePtr _lid;
 };
-
-void tst_kxAnimWizardGUII::initTestCase()
-{
-    kxPlaybackClock::the().setSource([] { return clockSeconds; });
-}
-
-void tst_kxAnimWizardGUII::cleanupTestCase()
-{
-    kxPlaybackClock::the().setSource(nullptr);
-}
-
-void tst_kxAnimWizardGUII::init()
-{
-    kxOSGWidget::setMGLW(&_screen);
-    _maker = std::make_unique<kxClipMakerFixture>();
-    _box = kxAnimFixture::object("Box");
-    _lid = kxAnimFixture::object("Lid");
-    _wizard = _maker->window.findChild<kxAnimWizardGUII*>();
-    QVERIFY(_wizard != nullptr && _wizard->isHidden());
-    _maker->window.show();
-    clockSeconds = 0;
-}
-
-void tst_kxAnimWizardGUII::cleanup()
-{
-    kxSelection::the().clear();
-    _maker.reset();
-    kxOSGWidget::setMGLW(nullptr);
-}
-
-QByteArray tst_kxAnimWizardGUII::saved()
-{
-    const QString path = _folder.filePath("scene.kxs");
-    kxFileReport report;
-    QFile file(path);
-    return kxSceneIO::save(path, report) && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void tst_kxAnimWizardGUII::coversWhatTheModeSays_data()
-{
-    kxColumns<QString, bool, bool, QString, QString>("mode", "withNode", "withMaterial", "warning", "missing");
-    const QString box = "Box: start and end\n", paint = "Paint: start and end\n";
-    kxRow("object", "_geoType", true, true, "", box);
-    kxRow("material", "_matType", true, true, "", paint);
-    kxRow("both, with an object", "_geoMatType", true, false, "", box);
-    kxRow("both, with a material", "_geoMatType", false, true, "", paint);
-    kxRow("no object", "_geoType", false, true, "Please select aim in the scenegraph!", "");
-    kxRow("no material", "_matType", true, false, "Please select aim in the material editor!", "");
-    kxRow("neither", "_geoMatType", false, false, "Please select aim in the scenegraph and/or material editor!", "");
-}
-
-void tst_kxAnimWizardGUII::coversWhatTheModeSays()
-{
-    QFETCH(QString, mode);
-    QFETCH(bool, withNode);
-    QFETCH(bool, withMaterial);
-    QFETCH(QString, missing);
-    const osg::MaterialPtr paint = osg::UberMaterial::create();
-    paint->setNodeName("Paint");
-    kxScene::the()->addMaterial(paint);
-    select(withNode ? std::vector<osg::NodePtr>{_box} : std::vector<osg::NodePtr>(),
-           withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
-    _wizard->showWizard();
-    _wizard->findChild<QRadioButton*>(mode)->click();
-    _wizard->_captureText->clear();
-    QTEST(said([this] { _wizard->next(); }), "warning");
-    QCOMPARE(_wizard->currentId(), missing.isEmpty() ? 0 : 1);
-    if (missing.isEmpty())
-        return;
-    const QString modified = mode == "_geoType" ? "object" : mode == "_matType" ? "material" : "object and material";
-    QCOMPARE(_wizard->_captureText->text(), "Capture start state, modify " + modified + ", then capture end state.");
-    QCOMPARE(said([this] { finish(); }),
-             "Captures of the following objects are missing:\n\n" + missing + "\nPlease capture start and end state!");
-    QVERIFY(_wizard->isVisible());
-}
-
-void tst_kxAnimWizardGUII::namesMissingCaptures()
-{
-    open({_box});
-    _wizard->_captureStart->click();
-    select({_lid}); // joins, and what was captured stays
-    _wizard->_captureEnd->click();
-    const QString frame = "Captures of the following objects are missing:\n\n%1\nPlease capture start and end state!";
-    QCOMPARE(said([this] { finish(); }), frame.arg("Lid: start\n"));
-    _wizard->_captureStart->click();
-    const osg::NodePtr late = kxAnimFixture::object("Late");
-    select({late});
-    _wizard->_captureStart->click();
-    QCOMPARE(said([this] { finish(); }), frame.arg("Late: end\n"));
-    select({});
-    QCOMPARE(said([this] { _wizard->_captureEnd->click(); }),
-             QString("Nothing selected. Please select aims in the scene respectively scenegraph!"));
-    QCOMPARE(clips()->getNChildren(), 0u);
-}
-
-void tst_kxAnimWizardGUII::makesTheClip()
-{
-    captureBox(1, 5);
-    _wizard->_name->setText("Door");
-    _wizard->_startTime->setValue(1.5);
-    _wizard->_duration->setValue(4);
-    _wizard->_interpolation->setCurrentIndex(3);
-    finish();
-    QVERIFY(_wizard->isHidden());
-    QCOMPARE(clips()->getNChildren(), 1u); // a clip of its own below a new one
-    const osg::AnimNodePtr clip = child(child(clips()));
-    QCOMPARE(kxNodeUtils::getName(clip), std::string("Door"));
-    QCOMPARE(clip->getOffset(), osg::Vec2f(1.5f, 0));
-    const osg::AnimWizClipPtr core = osg::AnimWizClipPtr::dcast(clip->getCore());
-    QVERIFY(core != osg::NullFC);
-    QVERIFY(core->getStart() == 1.5f && core->getDuration() == 4.0f && core->getInterpolation() == 3u);
-    for (const osg::ImagePtr& image : {core->getStartImage(), core->getEndImage()})
-        QCOMPARE(QImageConverter::convertToQImage(image).pixelColor(48, 48), QColor(10, 200, 30));
-
-    QCOMPARE(blocksOf(_box).size(), std::size_t(1));
-    const osg::AnimNodePtr block = blocksOf(_box).front();
-    QCOMPARE(kxNodeUtils::getName(block), std::string("Box_Door"));
-    QCOMPARE(osg::AnimBlockPtr::dcast(block->getCore())->getName(), std::string("Box_Door"));
-    QVERIFY(child(clip)->getCore() == block->getCore() && child(clip) != block);
-    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
-    {
-        QCOMPARE(curve->getControlPoints().size(), std::size_t(2));
-        const bool moves = curve->getChannelName() == "translation" && curve->getSuffix() == "X";
-        const osg::CCPnt &first = curve->getControlPoints(0), &last = curve->getControlPoints(1);
-        QCOMPARE(first.x(), 0.0f);
-        QCOMPARE(last.x(), 4.0f);
-        QCOMPARE(last.y() - first.y(), moves ? 4.0f : 0.0f);
-        QCOMPARE(first.outType, 2u);
-        QCOMPARE(last.outType, 1u);
-    }
-    QVERIFY(curveIn(block, "rotation", "Z") != osg::NullFC);
-    kxAnimManager::the()->setCurrentFrame(48, true, false);
-    QCOMPARE(x(_box), 3.0f); // half way, eased on both sides
-
-    // The next one starts anew, and bears no name that is taken.
-    captureBox(5, 6);
-    QCOMPARE(_wizard->_duration->value(), 2.0);
-    _wizard->_name->setText("Door");
-    _wizard->_startTime->setValue(20); // clear of the first
-    finish();
-    QCOMPARE(blocksOf(_box).size(), std::size_t(2));
-    QCOMPARE(kxNodeUtils::getName(blocksOf(_box).back()), std::string("Box_Door_1"));
-    _wizard->showWizard();
-    QCOMPARE(_wizard->_name->text(), QString("Animation"));
-    QVERIFY(_wizard->_captureStart->icon().isNull() && !_wizard->_captureStart->text().isEmpty());
-}
-
-void tst_kxAnimWizardGUII::capturesMaterialsAndCameras()
-{
-    const osg::MaterialPtr paint = osg::UberMaterial::create();
-    paint->setNodeName("Paint");
-    kxScene::the()->addMaterial(paint);
-    const osg::NodePtr camera = kxAnimFixture::object("Camera");
-    camera->setCore(osg::Camera::create());
-    select({camera}, {paint});
-    _wizard->showWizard();
-    _wizard->_geoMatType->click();
-    _wizard->next();
-    _wizard->_captureStart->click();
-    kxAnimManager::kxOSGChannelData channel;
-    channel.container = paint;
-    std::vector<kxAnimManager::kxOSGChannelData> channels;
-    kxAnimManager::the()->getKeyableChannels(paint, channels);
-    QVERIFY(!channels.empty());
-    const kxAnimManager::kxOSGChannelData changed = channels.front();
-    const float before = kxAnimManager::the()->getOSGFieldValue(changed);
-    kxAnimEvaluator::the()->setOSGFieldValue(changed, before + 0.125f, true);
-    const float after = kxAnimManager::the()->getOSGFieldValue(changed);
-    _wizard->_captureEnd->click();
-    finish();
-    QCOMPARE(blocksOf(paint).size(), std::size_t(1));
-    const osg::AnimCurvePtr curve = curveIn(blocksOf(paint).front(), changed.name, changed.suffix);
-    QCOMPARE(curve->getControlPoints(0).y(), before);
-    QCOMPARE(curve->getControlPoints(1).y(), after);
-    QVERIFY(before != after);
-    const osg::AnimNodePtr shot = blocksOf(camera).front();
-    QVERIFY(curveIn(shot, "translation", "X") != osg::NullFC);
-    QVERIFY(curveIn(shot, "focalLength", "") == osg::NullFC);
-    const osg::AnimNodePtr clip = child(child(clips()));
-    QCOMPARE(clip->getNChildren(), 2u);
-    QVERIFY(child(clip, 0)->getOffset().y() != child(clip, 1)->getOffset().y());
-}
-
-void tst_kxAnimWizardGUII::goesIntoTheSelectedClip()
-{
-    const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {});
-    const osg::AnimNodePtr outer = kxAnimFixture::clip("Outer", {inner});
-    kxAnimManager::the()->addToClipStructure(outer);
-    inner->setOffset(osg::Vec2f(10, 0));
-    const osg::AnimNodePtr other =
-        kxAnimFixture::block("Other", {kxAnimFixture::curve("translation", "X", {{0, 0}, {9, 1}})});
-    kxAnimManager::the()->addAnimation(_lid, other);
-    inner->addChild(kxAnimFixture::clone(other, 0));
-    kxAnimFixture::changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
-    _maker->tree->rebuild(true);
-    _maker->select(inner);
-    captureBox(0, 1);
-    _wizard->_startTime->setValue(12);
-    finish();
-    QCOMPARE(outer->getNChildren(), 1u);
-    QCOMPARE(inner->getNChildren(), 2u);
-    QCOMPARE(child(inner, 1)->getOffset(), osg::Vec2f(2, 50)); // at second 12 of the scene, beside the other
-}
-
-void tst_kxAnimWizardGUII::settlesInterference_data()
-{
-    // choice: empty to cancel, "-" where nothing is asked, "+" before it where a clip beside that of "Old" is selected
-    kxColumns<QString, float, QString>("choice", "existingAt", "after");
-    // The clip with its children, each with its start.
-    kxRow("cancel", "", 1.0f, "Show(Sub(Old@1)),");
-    kxRow("move", "_moveAnim", 1.0f, "Show(Sub(Old@1)Animation@2.5),");
-    kxRow("move in the clip beside it", "+_moveAnim", 1.0f, "Show(Sub(Old@1)Side(Animation@2.5)),");
-    kxRow("discard", "_discardExisting", 1.0f, "Show(Animation@0),");
-    kxRow("new clip", "_newClip", 1.0f, "Show(Sub(Old@1)),Clip(Animation@0),");
-    kxRow("meets in one point", "_newClip", 2.0f, "Show(Sub(Old@2)),Clip(Animation@0),");
-    kxRow("behind", "-", 2.5f, "Show(Sub(Old@2.5)Animation@0),");
-}
-
-void tst_kxAnimWizardGUII::settlesInterference()
-{
-    QFETCH(QString, choice);
-    QFETCH(float, existingAt);
-    kxAnimManager::the()->setFPS(2);
-    const osg::AnimNodePtr old =
-        kxAnimFixture::block("Old", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 1}})});
-    kxAnimManager::the()->addAnimation(_box, old);
-    const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
-    const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
-    kxAnimManager::the()->addToClipStructure(show);
-    const bool aside = choice.startsWith('+');
-    if (aside)
-        show->addChild(kxAnimFixture::clip("Side", {}));
-    _maker->tree->rebuild(true);
-    _maker->select(aside ? child(show, 1) : show);
-    choice.remove('+');
-    captureBox(0, 1);
-    bool asked = false;
-    QTimer::singleShot(0, &_maker->window,
-                       [&]
-                       {
-                           QWidget* const dialog = QApplication::activeModalWidget();
-                           asked = dialog != nullptr;
-                           if (asked && choice.isEmpty())
-                               static_cast<QDialog*>(dialog)->reject();
-                           else if (asked)
-                           {
-                               dialog->findChild<QRadioButton*>(choice)->click();
-                               static_cast<QDialog*>(dialog)->accept();
-                           }
-                       });
-    finish();
-    QCoreApplication::processEvents();
-    QCOMPARE(asked, choice != "-");
-    QCOMPARE(_wizard->isVisible(), choice.isEmpty());
-    QString dump;
-    const std::function<void(const osg::NodePtr&)> add = [&](const osg::NodePtr& node)
-    {
-        dump += QString::fromStdString(kxNodeUtils::getName(node));
-        if (node->getCore()->getType().getId() != osg::AnimClip::_type.getId())
-        {
-            dump += "@" + QString::number(double(osg::AnimNodePtr::dcast(node)->getOffset().x()));
-            return;
-        }
-        dump += "(";
-        for (const osg::NodePtr& below : node->getChildren())
-            add(below);
-        dump += ")";
-    };
-    for (const osg::NodePtr& clip : clips()->getChildren())
-    {
-        add(clip);
-        dump += ",";
-    }
-    QTEST(dump, "after");
-}
-
-void tst_kxAnimWizardGUII::previewsToTheEnd()
-{
-    open({_box, _lid});
-    _wizard->_captureStart->click();
-    moveTo(_box, 8);
-    moveTo(_lid, 4);
-    _wizard->_captureEnd->click();
-    _wizard->_preview->click();
-    for (QWidget* const field : {static_cast<QWidget*>(_wizard->_captureStart), static_cast<QWidget*>(_wizard->_name),
-                                 static_cast<QWidget*>(_wizard->_duration)})
-        QVERIFY(!field->isEnabled());
-    tickAt(1);
-    QCOMPARE(x(_box), 4.0f);
-    QCOMPARE(x(_lid), 2.0f);
-    tickAt(30);
-    QVERIFY(!_wizard->_preview->isChecked() && _wizard->_duration->isEnabled());
-    QCOMPARE(x(_box), 8.0f);
-    QCOMPARE(x(_lid), 4.0f); // not stopped by the end of the other
-    QVERIFY(kxAnimManager::the()->getAnimAttachment(_box) == osg::NullFC);
-
-    _wizard->_preview->click();
-    kxMessage stranger;
-    stranger.set("animNodeId", 0u, true);
-    kxController::call(kxMessageName::DequeuedAnimation, stranger, 0);
-    QVERIFY(_wizard->_preview->isChecked());
-    tickAt(31);
-    _wizard->_reset->click();
-    QVERIFY(!_wizard->_preview->isChecked());
-    QCOMPARE(x(_box), 0.0f);
-    tickAt(32);
-    QCOMPARE(x(_box), 0.0f);
-
-    _wizard->_duration->setValue(0);
-    _wizard->_preview->click();
-    tickAt(33);
-    QVERIFY(!_wizard->_preview->isChecked());
-    _wizard->reject();
-    _wizard->_preview->click(); // of nothing
-    QVERIFY(!_wizard->_preview->isChecked() && _wizard->_name->isEnabled());
-}
-
-void tst_kxAnimWizardGUII::cancelLeavesNoTrace_data()
-{
-    QTest::addColumn<QString>("steps"); // p: preview on or off, t: time goes on, r: reset, u: the user moves Lid
-    kxRow("no preview", "");
-    kxRow("running", "pt");
-    kxRow("stopped half way", "ptp");
-    kxRow("reset, and again", "rptr");
-    kxRow("many", "ptpptprpt");
-    kxRow("the user's change stays", "ptpuptp");
-    kxRow("the user has the last word", "ptpu");
-}
-
-void tst_kxAnimWizardGUII::cancelLeavesNoTrace()
-{
-    QFETCH(QString, steps);
-    kxAnimManager::the()->addAnimation(
-        _lid, kxAnimFixture::block("Own", {kxAnimFixture::curve("visible", "", {{0, 1}, {1, 1}})}));
-    const osg::UInt32 highest = osg::UInt32(osg::FieldContainerFactory::the()->getFieldContainerStore().size());
-    open({_box, _lid});
-    _wizard->_captureStart->click();
-    moveTo(_box, 8);
-    moveTo(_lid, 4);
-    _wizard->_captureEnd->click();
-    if (steps.contains('u'))
-        moveTo(_lid, 6);
-    const QByteArray before = saved();
-    QVERIFY(!before.isEmpty());
-    moveTo(_lid, 4);
-    const int undoCount = kxUndoStack::get(0).stack()->count();
-    double now = clockSeconds;
-    for (const QChar step : steps)
-    {
-        if (step == 'p')
-            _wizard->_preview->click();
-        else if (step == 't')
-            tickAt(now += 0.75);
-        else if (step == 'r')
-            _wizard->_reset->click();
-        else
-            moveTo(_lid, 6);
-    }
-    if (steps == "ptp")
-        QCOMPARE(x(_box), 3.0f); // what is shown stays until then
-    const kxMarks marks;
-    _wizard->reject();
-    QVERIFY(steps.isEmpty() || marks.has(kxAnimFixture::transform(_box))); // the view follows
-    QCOMPARE(saved(), before);
-    tickAt(now + 5);
-    QCOMPARE(saved(), before);
-    QCOMPARE(kxUndoStack::get(0).stack()->count(), undoCount);
-    QVERIFY(!_wizard->_preview->isChecked());
-    for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
-        QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
-}
-
-void tst_kxAnimWizardGUII::finishesDuringThePreview()
-{
-    captureBox(2, 6);
-    _wizard->_preview->click();
-    tickAt(0.5);
-    finish();
-    QCOMPARE(blocksOf(_box).size(), std::size_t(1));
-    QVERIFY(!kxAnimEvaluator::the()->isPlaying(blocksOf(_box).front()));
-    const float stopped = x(_box);
-    tickAt(1.5);
-    QCOMPARE(x(_box), stopped);
-    QVERIFY(_wizard->_captureStart->isEnabled());
-    QCOMPARE(child(child(clips()))->getNChildren(), 1u);
-}
-
-void tst_kxAnimWizardGUII::survivesDeletedObjects()
-{
-    open({_box, _lid});
-    const kxOwned<osg::Node> kept(kxAnimFixture::object("Undoable"));
-    const osg::NodePtr gone = kept;
-    select({_box, _lid, gone});
-    _wizard->_captureStart->click();
-    _wizard->_preview->click();
-    kxScene::the()->root()->subChild(_box); // dies
-    kxScene::the()->root()->subChild(gone); // as after a delete that can be undone
-    osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
-    tickAt(0.5);
-    _wizard->_preview->click();
-    select({_lid});
-    _wizard->_captureEnd->click();
-    _wizard->_interpolation->setCurrentIndex(2);
-    _wizard->_duration->setValue(3);
-    _wizard->_reset->click();
-    finish();
-    QVERIFY(_wizard->isHidden());
-    QCOMPARE(child(child(clips()))->getNChildren(), 1u);
-    QCOMPARE(blocksOf(_lid).size(), std::size_t(1));
-    QVERIFY(blocksOf(gone).empty());
-
-    open({_lid});
-    _wizard->_captureStart->click();
-    _wizard->_preview->click();
-    kxSelection::the().clear();
-    kxScene::the()->clear(); // another scene is opened
-    tickAt(1);
-    _wizard->reject();
-    QVERIFY(!_wizard->_preview->isChecked());
-}
-
-void tst_kxAnimWizardGUII::keepsTheKeysWithTheFields()
-{
-    moveTo(_box, std::nanf(""));
-    open({_box});
-    _wizard->_captureStart->click();
-    _wizard->_captureEnd->click();
-    _wizard->_duration->setValue(-5);
-    QCOMPARE(_wizard->_duration->value(), 0.0);
-    _wizard->_duration->setValue(7.0 / 24);
-    _wizard->_name->setText("  ");
-    finish();
-    const osg::AnimNodePtr clip = child(child(clips()));
-    QCOMPARE(kxNodeUtils::getName(clip), std::string("Animation"));
-    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(child(clip)))
-        for (const osg::CCPnt& key : curve->getControlPoints())
-            QVERIFY(std::isfinite(key.x() + key.y() + key.inX() + key.inY() + key.outX() + key.outY()));
-    const osg::AnimCurvePtr curve = curveIn(child(clip), "translation", "Y");
-    QVERIFY(std::abs(double(curve->getControlPoints(1).x()) * 24 - 7) < 1e-4); // stays on its frame
-}
-
-void tst_kxAnimWizardGUII::returnInAFieldPressesNothing()
-{
-    captureBox(0, 1);
-    _wizard->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(_wizard));
-    QApplication::setActiveWindow(_wizard);
-    _wizard->_name->setFocus();
-    QVERIFY(_wizard->_name->hasFocus());
-    QTest::keyClick(_wizard->_name, Qt::Key_Return);
-    QVERIFY(!_wizard->_name->hasFocus());
-    for (QWidget* const field : {static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
-    {
-        _wizard->button(QWizard::FinishButton)->setFocus(); // a button that had the focus stays the default one
-        field->setFocus();
-        QTest::keyClick(field, Qt::Key_Return);
-        QVERIFY(_wizard->isVisible());
-        QCOMPARE(_wizard->currentId(), 1);
-    }
-}
-
-void tst_kxAnimWizardGUII::capturesNothingWithoutAScreen()
-{
-    open({_box});
-    kxOSGWidget::setMGLW(nullptr);
-    _wizard->_captureStart->click();
-    QVERIFY(said([this] { finish(); }).contains("Box: start and end"));
-}
-
-void tst_kxAnimWizardGUII::opensAndClosesByMessages()
-{
-    kxMessage message;
-    kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
-    QVERIFY(_wizard->isVisible());
-    _maker->deliver(kxMessageId::StopPlayback);
-    QVERIFY(_wizard->isHidden());
-    _maker->form->findChild<QAbstractButton*>("AnimationWizardButton")->click();
-    QVERIFY(_wizard->isVisible());
-    _wizard->_openClipMaker->setChecked(true);
-    captureBox(0, 1);
-    finish();
-    QVERIFY(_maker->docks.getDockWidget("Clip Maker")->isVisible());
-    open({_box});
-    _maker->deliver(kxMessageId::NewScene);
-    QVERIFY(_wizard->isHidden());
-}
-
-void tst_kxAnimWizardGUII::isPressedWhileItStandsOpen()
-{
-    captureBox(1, 5);
-    _wizard->_name->setText("Door");
-    QShowEvent unminimised;
-    QSpontaneKeyEvent::setSpontaneous(&unminimised);
-    qApp->notify(_wizard, &unminimised);
-    QCOMPARE(_wizard->_name->text(), QString("Door"));
-    _wizard->_preview->click();
-    tickAt(0.5);
-    open({_box, _lid}); // what is captured stays
-    QVERIFY(!_wizard->_preview->isChecked() && !_wizard->_captureStart->icon().isNull());
-    QVERIFY(said([this] { finish(); }).contains("\nLid: start and end"));
-
-    const osg::MaterialPtr paint = osg::UberMaterial::create();
-    kxScene::the()->addMaterial(paint);
-    select({}, {paint});
-    _wizard->showWizard();
-    _wizard->_matType->click();
-    _wizard->next();
-    QCOMPARE(_wizard->_captureStart->text(), QString("Capture Start"));
-    QCOMPARE(x(_box), 5.0f);
-    _wizard->_captureStart->click();
-    _wizard->_captureEnd->click();
-    finish();
-    QVERIFY(_wizard->isHidden() && blocksOf(_box).empty());
-    QCOMPARE(blocksOf(paint).size(), std::size_t(1));
-}
-
-void tst_kxAnimWizardGUII::makesNoEmptyClip()
-{
-    captureBox(1, 5);
-    kxSelection::the().clear();
-    kxScene::the()->root()->subChild(_box);
-    QVERIFY(said([this] { finish(); }).contains("nothing to animate"));
-    QVERIFY(_wizard->isVisible());
-    QCOMPARE(clips()->getNChildren(), 0u);
-}
-
-void tst_kxAnimWizardGUII::makesOneClipWhereManyAreSelected()
-{
-    for (const char* const name : {"A", "B"})
-        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip(name, {}));
-    _maker->tree->rebuild(true);
-    _maker->tree->selectAll();
-    captureBox(1, 5);
-    finish();
-    QCOMPARE(clips()->getNChildren(), 3u);
-    QCOMPARE(child(clips(), 0)->getNChildren() + child(clips(), 1)->getNChildren(), 0u);
-    QCOMPARE(blocksOf(_box).front()->getCore(), child(child(child(clips(), 2)))->getCore());
-}
-
-void tst_kxAnimWizardGUII::opensBesideTheView()
-{
-    _maker->window.setCentralWidget(new QWidget);
-    _maker->window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
-    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
-    _wizard->showWizard();
-    const kxOwned<osg::AnimNode> clip(kxAnimFixture::clip("any", {}));
-    dialog->show(clip);
-    for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
-        QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
-                 qPrintable(window->windowTitle()));
-}
-
-void tst_kxAnimWizardGUII::showsItsFieldsInOrder()
-{
-    captureBox(1, 5);
-    QCoreApplication::processEvents();
-    const QWidget* const rows[][2] = {{_wizard->_captureStart, _wizard->_captureEnd},
-                                      {_wizard->_preview, _wizard->_reset}};
-    for (const auto& [left, right] : rows)
-        QVERIFY(left->y() == right->y() && left->geometry().right() < right->x());
-    QVERIFY(_wizard->_captureStart->geometry().bottom() < _wizard->_preview->y());
-    QCOMPARE(_wizard->_preview->x(), _wizard->_captureStart->x());
-    QVERIFY(_wizard->_duration->geometry().right() < _wizard->_captureEnd->geometry().right());
-    _wizard->_duration->setValue(3);
-    _wizard->_duration->stepUp();
-    QCOMPARE(_wizard->_duration->value(), 3.5);
-
-    _wizard->showMinimized();
-    _wizard->showWizard();
-    QVERIFY(!_wizard->isMinimized());
-    kxAnimManager::the()->setCurrentFrameNoEvaluation(36, false);
-    _wizard->reject();
-    QCOMPARE(_wizard->_startTime->value(), 1.5);
-    for (const QPushButton* const button : {_wizard->_captureStart, _wizard->_captureEnd})
-        QCOMPARE(button->text(), button->accessibleName());
-}
 
 QTEST_MAIN(tst_kxAnimWizardGUII)
 #include "tst_kxAnimWizardGUII.moc"
