@@ -199,11 +199,11 @@ class Application:
             return start + round(part * (size - 1) if 0 <= part <= 1 else part if part > 1 else size + part)
         return place(left, width, x), place(top, height, y)
 
-    def click(self, widget, x=0.5, y=0.5, count=1, button=1, held=None):
-        self.click_at(self.point(widget, x, y), button, count, held)
+    def click(self, widget, x=0.5, y=0.5, count=1, held=None):
+        self.click_at(self.point(widget, x, y), count=count, held=held)
 
-    def press(self, widget, x, y, button=1):
-        self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", button)
+    def press(self, widget, x, y):
+        self._display.xdotool("mousemove", *self.point(widget, x, y), "mousedown", 1)
 
     def drag_to(self, widget, x, y):
         """Moves the held mouse there in steps, as a hand does."""
@@ -215,27 +215,24 @@ class Application:
             words += ["mousemove"] + [round(a + (b - a) * step / 8) for a, b in zip(start_point, target)]
         self._display.xdotool(*words)
 
-    def release(self, button=1):
-        self._display.xdotool("mouseup", button)
+    def release(self):
+        self._display.xdotool("mouseup", 1)
 
     def click_at(self, point, button=1, count=1, held=None):
         words = ["mousemove", *point, "click", "--repeat", count, "--delay", 40, button]
         self._display.xdotool(*(["keydown", held, *words, "keyup", held] if held else words))
 
-    def drag(self, points, button=1, held=None, rests=None):
-        """Presses at the first point, goes in steps over the others, and lets go; `held` is a key that is down, `rests`
-        gives the seconds of rest at a point by its number."""
-        words = ["mousemove", *points[0], "mousedown", button]
+    def drag(self, points, rests=None):
+        """Presses at the first point, goes in steps over the others, and lets go; `rests` gives the seconds of rest at a
+        point by its number."""
+        words = ["mousemove", *points[0], "mousedown", 1]
         for number, ((x, y), (next_x, next_y)) in enumerate(zip(points, points[1:]), 1):
             for step in range(1, 7):
                 words += ["mousemove", round(x + (next_x - x) * step / 6), round(y + (next_y - y) * step / 6),
                           "sleep", 0.01]
             if rests and number in rests:
                 words += ["sleep", rests[number]]
-        words += ["mouseup", button]
-        if held:
-            words = ["keydown", held, "sleep", 0.1, *words, "sleep", 0.1, "keyup", held]
-        self._display.xdotool(*words)
+        self._display.xdotool(*words, "mouseup", 1)
 
     def wheel(self, point, clicks):
         """Above 0 zooms in."""
@@ -246,10 +243,10 @@ class Application:
         left, top, width, height = self.wait_for(expression)
         return left + width // 2, top + height // 2
 
-    def click_row(self, widget, row, column=0, count=1, held=None):
-        left, top, width, height = self.ask("rowRect(%r, %r, %r)" % (widget, row, column))
+    def click_row(self, widget, row, button=1):
+        left, top, width, height = self.ask("rowRect(%r, %r)" % (widget, row))
         # The text, not its check box
-        self.click_at((left + min(70, width // 2), top + height // 2), count=count, held=held)
+        self.click_at((left + min(70, width // 2), top + height // 2), button)
 
     def click_entry(self, widget, text):
         """An entry of a menu bar or tool bar; of the open menu where `widget` is empty."""
@@ -261,17 +258,24 @@ class Application:
         left, top, width, height = until("an entry '%s'" % text, rect)
         self.click_at((left + min(width // 2, 30), top + height // 2))
 
-    def choose(self, bar, *texts):
-        """A row of entries, from the menu bar on."""
-        self.click_entry(bar, texts[0])
-        for text in texts[1:]:
-            self.click_entry("", text)
-
     def keys(self, *names):
         self._display.xdotool("key", "--delay", 30, *names)
 
     def type(self, text):
         self._display.xdotool("type", "--delay", 8, text)
+
+    def type_into(self, field, text):
+        """In place of what the field holds."""
+        self.click(field, 0.3)
+        self.keys("ctrl+a")
+        self.type(text)
+        self.keys("Return")
+
+    def rename(self, text):
+        """The selected row of the tree that has the focus."""
+        self.keys("ctrl+r", "ctrl+a")
+        self.type(text)
+        self.keys("Return")
 
     def answer_file_dialog(self, title, path, next_window="kxhost"):
         """Types a path into the file dialog that is about to open, and waits for the window that comes then."""
@@ -292,10 +296,10 @@ class Application:
         self.answer_file_dialog("Open", path)
         until("the title of " + path, lambda: os.path.basename(path) in self.shown("_mainWindow", "windowTitle"))
 
-    def open_animations(self, path):
-        """Opens a file of animations by the menu's shortcut: onto the selected object."""
-        self.keys("ctrl+o")
-        self.answer_file_dialog("Open", path)
+    def save_scene_as(self, path):
+        self.keys("ctrl+shift+s")
+        self.answer_file_dialog("Save Scene As", path)
+        self.wait_for("%r in widgetProperty('_mainWindow', 'windowTitle')" % os.path.basename(path))
 
     def quit(self):
         """Ends the application as its user would, and gives its exit code."""

@@ -1,19 +1,30 @@
 """From a model to a film by mouse and keyboard: opens an engine that somebody else made, lets the wizard take its two
 covers off, places that clip twice with a viewpoint between, refines one of its curves, keeps it, opens it again and plays.
 
-e2e_story.py <application> <folder for pictures of failures>
+e2e_py <application> <folder for pictures of failures>
 """
 import os
+import subprocess
 
 import desktop
 import editors
-import models
 import poses
-import story
 
-VIEW_CLICKS = {story.RIGHT: (0.7, 0.55), story.LEFT: (0.325, 0.33)}  # where a framed engine shows its covers
+MODEL = "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb"
+RIGHT, LEFT = PARTS = "Node 66", "Node 58"  # the covers of its cylinders
+VIEW_CLICKS = {RIGHT: (0.7, 0.55), LEFT: (0.325, 0.33)}  # where a framed engine shows them
+LENGTH = 48  # frames that taking them off lasts
+TRIGGER = 60  # the frame at which the view jumps
+AGAIN = 72  # the frame at which they are taken off once more
+FRAMES = (0, 12, 24, 36, 48, 60, 71, 72, 84, 96, 108, 119)
 WIZARD = "kxAnimWizardUI"
 SEEN = {}  # what the steps hand on to each other
+
+
+def engine(_folder):
+    """In the folder of the models that the Debian package assimp-testmodels installs."""
+    listed = subprocess.run(["dpkg", "-L", "assimp-testmodels"], stdout=subprocess.PIPE, text=True, check=True).stdout
+    return os.path.join(next(line for line in listed.splitlines() if line.endswith("/models")), MODEL)
 
 
 def position(application, name):
@@ -82,41 +93,36 @@ def common(a, b):
     return max(0, sides[0]) * max(0, sides[1])
 
 
-def type_into(application, name, text):
-    application.click("_statsFrame/" + name, 0.3)
-    application.keys("ctrl+a")
-    application.type(text)
-    application.keys("Return")
-    application.wait_for("widgetProperty('_statsFrame/%s', 'value') == %s" % (name, text))
-
-
 def shows_the_film(application):
-    for frame in story.FRAMES:
+    """Straight ways, where the parts wait until the second clip begins."""
+    for frame in FRAMES:
         editors.show_frame(application, frame)
-        story.check(frame, {name: position(application, name) for name in story.PARTS}, SEEN["start"], SEEN["end"])
+        part = min((frame - (AGAIN if frame >= AGAIN else 0)) / LENGTH, 1.0)
+        for name in PARTS:
+            seen = position(application, name)
+            place = [a + (b - a) * part for a, b in zip(SEEN["start"][name], SEEN["end"][name])]
+            worst = max(abs(a - b) for a, b in zip(seen, place))
+            assert worst < 0.02, "%s stands at %s at frame %g, not at %s" % (name, seen, frame, place)
 
 
 def way_of(application):
     """How far the refined part is on its way."""
-    name = story.RIGHT
+    name = RIGHT
     start, end = SEEN["start"][name][0], SEEN["end"][name][0]
     return (position(application, name)[0] - start) / (end - start)
 
 
 def opens_the_windows(application, folder):
-    for name, view in (("Curves", "_graphView"), ("Clips", "_clipView")):
-        application.keys("alt+v")
-        application.click_entry("", name)
-        application.wait_for("widgetRect(%r)[3] > 80" % view)
+    editors.open_windows(application, Curves="_graphView", Clips="_clipView")
     application.click("_view", 0.03, 0.9)
     application.keys("a", "w")
     wait_for_rest(application)
-    SEEN["start"] = {name: position(application, name) for name in story.PARTS}
+    SEEN["start"] = {name: position(application, name) for name in PARTS}
 
 
 def starts_the_wizard(application, folder):
-    select_part(application, story.RIGHT)
-    select_part(application, story.LEFT, held="ctrl")
+    select_part(application, RIGHT)
+    select_part(application, LEFT, held="ctrl")
     application.wait_for("len(selectedNodes()) == 2")
     application.click("AnimationWizardButton")
     application.wait_for("widgetRect('%s')[3] > 80" % WIZARD)
@@ -134,22 +140,22 @@ def starts_the_wizard(application, folder):
 def captures_moves_of_the_gizmo(application, folder):
     application.click("_captureStart")
     application.wait_for("widgetProperty('_captureStart', 'text') == ''")
-    select_part(application, story.RIGHT)
+    select_part(application, RIGHT)
     application.wait_for("len(selectedNodes()) == 1")
-    drag_arrow(application, story.RIGHT, 0, 70)
-    select_part(application, story.LEFT)
+    drag_arrow(application, RIGHT, 0, 70)
+    select_part(application, LEFT)
     application.wait_for("len(selectedNodes()) == 1")
-    drag_arrow(application, story.LEFT, 1, 60)
+    drag_arrow(application, LEFT, 1, 60)
     application.click("_captureEnd")
     application.wait_for("widgetProperty('_captureEnd', 'text') == ''")
-    SEEN["end"] = {name: position(application, name) for name in story.PARTS}
-    for name in story.PARTS:
+    SEEN["end"] = {name: position(application, name) for name in PARTS}
+    for name in PARTS:
         assert poses.difference(poses.translation(*SEEN["end"][name]),
                                 poses.translation(*SEEN["start"][name])) > 0.05, SEEN
     application.click("_preview")
     desktop.until("a part on its way", lambda: 0.05 < way_of(application) < 0.95)
     application.wait_for("not widgetProperty('_preview', 'checked')")
-    assert {name: position(application, name) for name in story.PARTS} == SEEN["end"], "the preview leaves its traces"
+    assert {name: position(application, name) for name in PARTS} == SEEN["end"], "the preview leaves its traces"
     application.click(WIZARD + "/qt_wizard_finish")
     application.wait_for_window("kxhost")
     application.wait_for("['Clip'] in widgetRows('_clips')")
@@ -158,45 +164,42 @@ def captures_moves_of_the_gizmo(application, folder):
 def names_the_film(application, folder):
     """The wizard has put its clip into a new one, which is selected and shown."""
     application.click_row("_clips", ["Clip"])
-    application.keys("ctrl+r", "ctrl+a")
-    application.type("Film")
-    application.keys("Return")
+    application.rename("Film")
     application.wait_for("['Film'] in widgetRows('_clips')")
     application.click("_clipView", 0.97, 0.9)
     application.keys("f")
-    desktop.until("a zoom", lambda: editors.place(application, story.LENGTH, 0)[0] -
+    desktop.until("a zoom", lambda: editors.place(application, LENGTH, 0)[0] -
                   editors.place(application, 0, 0)[0] > 300)
 
 
 def places_the_clip_twice(application, folder):
     """A duplicate of the bar, which the field then moves in time."""
-    application.click_at(editors.place(application, story.LENGTH / 2, 0))
+    application.click_at(editors.place(application, LENGTH / 2, 0))
     application.wait_for("widgetProperty('_statsFrame/_start', 'enabled')")
     application.keys("ctrl+d")
     application.wait_for("['Film', 'Apart_1'] in widgetRows('_clips')")
-    application.click_at(editors.place(application, story.LENGTH / 2, 1))
-    type_into(application, "_start", "%d" % story.AGAIN)
+    application.click_at(editors.place(application, LENGTH / 2, 1))
+    application.type_into("_statsFrame/_start", str(AGAIN))
+    application.wait_for("widgetProperty('_statsFrame/_start', 'value') == %d" % AGAIN)
     shows_the_film(application)
 
 
 def refines_a_curve(application, folder):
     """Drags the last key of one curve down in the graph. Both clips share it."""
-    name = story.RIGHT
-    editors.open_dock(application, "Curves")
-    application.wait_for("widgetRect('_graphView')[3] > 80")
+    name = RIGHT
+    editors.open_dock(application, "Curves", "_graphView")
     application.click_row("_library", [name, name + "_Apart"])
-    first, last = (0, SEEN["start"][name][0]), (story.LENGTH, SEEN["end"][name][0])
+    first, last = (0, SEEN["start"][name][0]), (LENGTH, SEEN["end"][name][0])
     editors.frame_curves(application, first, last)
     goal = last[1] - 0.4 * (last[1] - first[1])
     steps = application.ask("undoCount()")
-    application.drag([editors.key(application, *last), editors.key(application, story.LENGTH, goal)])
+    application.drag([editors.key(application, *last), editors.key(application, LENGTH, goal)])
     application.wait_for("undoCount() == %d" % (steps + 1))
-    application.wait_for("widgetProperty('_frame', 'value') == %d" % story.LENGTH)
+    application.wait_for("widgetProperty('_frame', 'value') == %d" % LENGTH)
     value = application.ask("widgetProperty('_statsFrame/_value', 'value')")
     assert abs(value - goal) < 0.1 * abs(last[1] - first[1]), "the key went to %g, not to %g" % (value, goal)
     SEEN["end"][name][0] = value
-    editors.open_dock(application, "Clips")
-    application.wait_for("widgetRect('_clipView')[3] > 80")
+    editors.open_dock(application, "Clips", "_clipView")
     shows_the_film(application)
 
 
@@ -210,21 +213,19 @@ def places_a_viewpoint_between(application, folder):
     turn_view(application, -0.2)
     application.click_row("_clips", ["Film"])
     editors.create(application, *["Down"] * 4, "Return")  # behind clip, wizard and camera track
-    application.answer_question("Add Viewpoint", "Tab", "ctrl+a", *str(story.TRIGGER), "Return")
+    application.answer_question("Add Viewpoint", "Tab", "ctrl+a", *str(TRIGGER), "Return")
     application.wait_for("['Film', 'Viewpoint'] in widgetRows('_clips')")
 
 
 def keeps_it(application, folder):
-    SEEN["path"] = os.path.join(folder, "film.kxs")
-    application.keys("ctrl+shift+s")
-    application.answer_file_dialog("Save Scene As", SEEN["path"])
-    application.wait_for("'film.kxs' in widgetProperty('_mainWindow', 'windowTitle')")
+    path = os.path.join(folder, "film.kxs")
+    application.save_scene_as(path)
     application.keys("ctrl+n")
     application.wait_for("widgetRows('_clips') == []")
-    application.open_file(SEEN["path"])
+    application.open_file(path)
     application.wait_for("['Film'] in widgetRows('_clips')")
     application.click_row("_clips", ["Film"])
-    application.wait_for("widgetProperty('_statsFrame/_duration', 'value') == %d" % story.END)
+    application.wait_for("widgetProperty('_statsFrame/_duration', 'value') == %d" % (AGAIN + LENGTH))
     shows_the_film(application)
 
 
@@ -249,4 +250,4 @@ def plays(application, folder):
 
 desktop.tell([opens_the_windows, starts_the_wizard, captures_moves_of_the_gizmo, names_the_film, places_the_clip_twice,
               refines_a_curve, places_a_viewpoint_between, keeps_it, plays, desktop.quits],
-             lambda folder: os.path.join(models.folder(), story.MODEL))
+             engine)

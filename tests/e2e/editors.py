@@ -4,9 +4,22 @@ import desktop
 TRACK = 50  # height of a track in the clip maker's timeline
 
 
-def open_dock(application, name):
+def near(a, b, tolerance=1e-2):
+    return abs(a - b) <= tolerance
+
+
+def open_windows(application, **views):
+    """Opens dock windows by the menu: their names, and the views in them."""
+    for name, view in views.items():
+        application.keys("alt+v")
+        application.click_entry("", name)
+        application.wait_for("widgetRect(%r)[3] > 80" % view)
+
+
+def open_dock(application, name, view):
     """Brings a dock window to the front by its tab."""
     application.click_at(application.middle("tabRect(%r)" % name))
+    application.wait_for("widgetRect(%r)[3] > 80" % view)
 
 
 def place(application, frame, track):
@@ -18,12 +31,6 @@ def create(application, *keys):
     """An entry of the menu behind the button; it holds up all questions until it is closed."""
     application.click_entry("Clip Maker/QuickActionBar", "Create")
     application.keys(*keys)
-
-
-def unfold(application, row):
-    """Unfolds a row of the tree of clips, or folds it."""
-    left, top, _, height = application.ask("rowRect('_clips', %r)" % row)
-    application.click_at((left - 10, top + height // 2))
 
 
 def show_frame(application, frame):

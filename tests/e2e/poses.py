@@ -49,11 +49,6 @@ def of_channels(values):
     return compose(place, product(from_euler(*angles), from_euler(*orientation)), size)
 
 
-def mirrored_z(m):
-    flip = scaling(1, 1, -1)
-    return product(flip, product(m, flip))
-
-
 def difference(a, b):
     """The largest difference of two matrices: of places against the size of the numbers, of columns against their
     length."""
