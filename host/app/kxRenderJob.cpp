@@ -77,7 +77,9 @@ bool kxRenderJob::write(const QString& file, const QSize& size, const kxViewCame
     const QImage image = offscreen().render(size.width(), size.height(), view, options);
     if (image.isNull())
     {
-        error = tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height());
+        error = offscreen().problem();
+        if (error.isEmpty())
+            error = tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height());
         return false;
     }
     QImageWriter writer(file);

@@ -7,9 +7,6 @@
 #include <algorithm>
 #include <cmath>
 
-using kxShade::vec3;
-using kxShade::vec4;
-
 namespace
 {
 // The lamp of the studio that throws the shadow; it stands where the brightest soft box is.
@@ -86,11 +83,6 @@ void sortItems(kxFrame& frame, const kxRenderScene& scene)
         frame.transparent.push_back(entry.second);
 }
 
-vec3 toVec(const QVector3D& v)
-{
-    return vec3(v.x(), v.y(), v.z());
-}
-
 void setLamps(kxFrame& frame, const kxRenderScene& scene, QVector3D& shadowDirection)
 {
     kxShadeUniforms& u = frame.uniforms;
@@ -103,9 +95,9 @@ void setLamps(kxFrame& frame, const kxRenderScene& scene, QVector3D& shadowDirec
         u.uLightCount = 1;
         u.uShadowLight = 0;
         shadowDirection = KeyDirection;
-        u.uLightPlace[0] = vec4(toVec(KeyDirection), 0.0f);
-        u.uLightColor[0] = vec4(vec3(1.0f, 0.965f, 0.91f) * KeyStrength, -1.0f);
-        u.uLightAim[0] = vec4(-toVec(KeyDirection), -1.0f);
+        u.uLightPlace[0] = QVector4D(KeyDirection, 0.0f);
+        u.uLightColor[0] = QVector4D(QVector3D(1.0f, 0.965f, 0.91f) * KeyStrength, -1.0f);
+        u.uLightAim[0] = QVector4D(-KeyDirection, -1.0f);
         return;
     }
     u.uStudio = StudioBesideLights;
@@ -120,9 +112,9 @@ void setLamps(kxFrame& frame, const kxRenderScene& scene, QVector3D& shadowDirec
         const int i = u.uLightCount++;
         const bool directional = light.kind == osg::Light::Directional;
         const float half = qDegreesToRadians(std::clamp(light.coneAngle, 1.0f, 179.0f)) * 0.5f;
-        u.uLightPlace[i] = vec4(toVec(directional ? -light.aim : light.place), float(light.kind));
-        u.uLightColor[i] = vec4(toVec(light.color), std::cos(half));
-        u.uLightAim[i] = vec4(toVec(light.aim), std::cos(half * 0.8f));
+        u.uLightPlace[i] = QVector4D(directional ? -light.aim : light.place, float(light.kind));
+        u.uLightColor[i] = QVector4D(light.color, std::cos(half));
+        u.uLightAim[i] = QVector4D(light.aim, std::cos(half * 0.8f));
         const float peak = std::max({light.color.x(), light.color.y(), light.color.z()});
         total += directional ? peak : peak / std::max((light.place - middle).lengthSquared(), 1e-6f);
         if (directional && peak > strongest)
@@ -138,10 +130,9 @@ void setLamps(kxFrame& frame, const kxRenderScene& scene, QVector3D& shadowDirec
 }
 
 /// Rows of the affine part of `clip`, from -1..1 to 0..1.
-vec4 mapRow(const QMatrix4x4& clip, int row)
+QVector4D mapRow(const QMatrix4x4& clip, int row)
 {
-    const QVector4D r = clip.row(row) * 0.5f;
-    return vec4(r.x(), r.y(), r.z(), r.w() + 0.5f);
+    return clip.row(row) * 0.5f + QVector4D(0, 0, 0, 0.5f);
 }
 
 void setMaps(kxFrame& frame, const kxRenderScene& scene, const QVector3D& shadowDirection)
@@ -154,8 +145,8 @@ void setMaps(kxFrame& frame, const kxRenderScene& scene, const QVector3D& shadow
     // What stands on the ground plane, or a little in it, throws its shadow there; else below its lowest point.
     const float ground = low.y() > -0.03f * ball.radius && low.y() < 1.5f * ball.radius ? 0.0f : low.y();
     // A little lower than what stands on it, so that a plate on the ground hides it.
-    u.uFloor.x = ground - 0.0015f * ball.radius;
-    u.uFloor.z = anything && frame.options.floorShadow ? 1.0f : 0.0f;
+    u.uFloor.setX(ground - 0.0015f * ball.radius);
+    u.uFloor.setZ(anything && frame.options.floorShadow ? 1.0f : 0.0f);
 
     frame.hasShadow = anything && u.uShadowLight >= 0;
     if (!frame.hasShadow)
@@ -168,7 +159,8 @@ void setMaps(kxFrame& frame, const kxRenderScene& scene, const QVector3D& shadow
     u.uSunX = mapRow(frame.sun, 0);
     u.uSunY = mapRow(frame.sun, 1);
     u.uSunZ = mapRow(frame.sun, 2);
-    u.uSunInfo = vec4(1.0f / float(kxFrame::ShadowMapSize), ball.radius * 0.004f, 0.0012f, 1 / (ball.radius * 0.45f));
+    u.uSunInfo =
+        QVector4D(1.0f / float(kxFrame::ShadowMapSize), ball.radius * 0.004f, 0.0012f, 1 / (ball.radius * 0.45f));
 
     const float reach = ball.radius * 1.35f;
     frame.contactHeight = ball.radius * 0.45f;
@@ -177,9 +169,9 @@ void setMaps(kxFrame& frame, const kxRenderScene& scene, const QVector3D& shadow
                  QVector3D(ball.centre.x(), ground + 1, ball.centre.z()), QVector3D(0, 0, 1));
     low2.ortho(-reach, reach, -reach, reach, 0, frame.contactHeight * 1.1f);
     frame.contact = low2 * below;
-    const vec4 mapX = mapRow(frame.contact, 0), mapY = mapRow(frame.contact, 1);
-    u.uContactMap = vec4(mapX.x, mapY.z, mapX.w, mapY.w);
-    u.uFloor.y = ball.radius;
+    const QVector4D mapX = mapRow(frame.contact, 0), mapY = mapRow(frame.contact, 1);
+    u.uContactMap = QVector4D(mapX.x(), mapY.z(), mapX.w(), mapY.w());
+    u.uFloor.setY(ball.radius);
 }
 
 void setGrid(kxFrame& frame)
@@ -188,17 +180,17 @@ void setGrid(kxFrame& frame)
     const QVector3D eye = frame.camera.eye();
     const QVector3D forward = frame.camera.forward();
     // The grid follows the distance at which the floor is looked at.
-    const float height = std::max(std::fabs(eye.y() - u.uFloor.x), 1e-3f);
-    const float slope = std::max(-forward.y() * (eye.y() > u.uFloor.x ? 1.0f : -1.0f), 0.18f);
+    const float height = std::max(std::fabs(eye.y() - u.uFloor.x()), 1e-3f);
+    const float slope = std::max(-forward.y() * (eye.y() > u.uFloor.x() ? 1.0f : -1.0f), 0.18f);
     const float distance = std::clamp(height / slope, 1e-2f, 1e6f);
     const float level = std::log10(distance * 0.055f);
     const float whole = std::floor(level);
     const float step = std::pow(10.0f, whole);
     u.uGridFade = 1.0f - std::clamp((level - whole - 0.35f) / 0.65f, 0.0f, 1.0f);
     const QVector3D centre = eye + forward * distance;
-    u.uFloorCentre = vec4(centre.x(), u.uFloor.x, centre.z(), step);
-    u.uFloor.y = std::max(distance * 3.2f, u.uFloor.y * 2.0f);
-    u.uFloor.w = frame.options.grid ? 1.0f : 0.0f;
+    u.uFloorCentre = QVector4D(centre.x(), u.uFloor.x(), centre.z(), step);
+    u.uFloor.setY(std::max(distance * 3.2f, u.uFloor.y() * 2.0f));
+    u.uFloor.setW(frame.options.grid ? 1.0f : 0.0f);
 }
 } // namespace
 
@@ -210,7 +202,7 @@ kxFrame kxFrame::make(const kxRenderScene& scene, const kxViewCamera& camera, co
     frame.size = size;
     frame.options = options;
     frame.kept = scene.kept();
-    frame.uniforms.uEye = toVec(camera.eye());
+    frame.uniforms.uEye = camera.eye();
     frame.uniforms.uAspect = camera.aspect;
     QVector3D shadowDirection = KeyDirection;
     setLamps(frame, scene, shadowDirection);

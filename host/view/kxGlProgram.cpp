@@ -80,13 +80,19 @@ void upload(const kxGlFunctions& gl, GLint place, int value)
 {
     gl.Uniform1i(place, value);
 }
-void upload(const kxGlFunctions& gl, GLint place, const kxShade::vec3& value)
+void upload(const kxGlFunctions& gl, GLint place, const QVector3D& value)
 {
-    gl.Uniform3fv(place, 1, &value.x);
+    gl.Uniform3f(place, value.x(), value.y(), value.z());
 }
-void upload(const kxGlFunctions& gl, GLint place, const kxShade::vec4& value)
+void upload(const kxGlFunctions& gl, GLint place, const QVector4D& value)
 {
-    gl.Uniform4fv(place, 1, &value.x);
+    gl.Uniform4f(place, value.x(), value.y(), value.z(), value.w());
+}
+template <std::size_t Count>
+void upload(const kxGlFunctions& gl, GLint place, const std::array<QVector4D, Count>& values)
+{
+    static_assert(sizeof values == Count * 4 * sizeof(float), "four floats a vector");
+    gl.Uniform4fv(place, GLsizei(Count), reinterpret_cast<const float*>(values.data()));
 }
 } // namespace
 
@@ -94,8 +100,6 @@ void kxGlProgram::set(const kxGlFunctions& gl, const kxShadeUniforms& uniforms)
 {
 #define KX_UPLOAD(type, name) upload(gl, place(gl, #name), uniforms.name);
     KX_SHADE_UNIFORMS(KX_UPLOAD)
-#undef KX_UPLOAD
-#define KX_UPLOAD(type, name) gl.Uniform4fv(place(gl, #name), kxShadeUniforms::MaxLights, &uniforms.name[0].x);
     KX_SHADE_ARRAYS(KX_UPLOAD)
 #undef KX_UPLOAD
 }

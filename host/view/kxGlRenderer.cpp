@@ -270,7 +270,7 @@ void kxGlRenderer::drawContact(const kxRenderScene& scene, const kxFrame& frame)
     d.contactMap.bind(gl);
     gl.ClearColor(0, 0, 0, 0);
     gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    const float ground = frame.uniforms.uFloor.x;
+    const float ground = frame.uniforms.uFloor.x();
     d.contact.use(gl);
     d.contact.set(gl, "uClip", frame.contact);
     d.contact.set(gl, "uColor", ground, frame.contactHeight, 0, 0);
@@ -400,7 +400,7 @@ void kxGlRenderer::drawEdges(const kxRenderScene& scene, const kxFrame& frame)
 void kxGlRenderer::drawFloor(const kxFrame& frame)
 {
     const kxShadeUniforms& u = frame.uniforms;
-    if ((u.uFloor.z < 0.5f && u.uFloor.w < 0.5f) || u.uEye.y <= u.uFloor.x)
+    if ((u.uFloor.z() < 0.5f && u.uFloor.w() < 0.5f) || u.uEye.y() <= u.uFloor.x())
         return;
     Data& d = *_data;
     const kxGlFunctions& gl = d.gl;

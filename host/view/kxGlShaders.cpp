@@ -4,11 +4,9 @@
 
 namespace
 {
-#define KX_SHADE(...) #__VA_ARGS__
 const char ShadeSource[] =
 #include "kxShadeSource.inc"
     ;
-#undef KX_SHADE
 
 const char Head[] = "#version 330 core\n";
 

@@ -1,7 +1,7 @@
 #include "kxGlSurface.h"
 
 #include "kxGlRenderer.h"
-#include "kxSoftwareRenderer.h"
+#include "kxOffscreenGl.h"
 
 #include <QElapsedTimer>
 #include <QOpenGLContext>
@@ -38,7 +38,7 @@ void kxGlSurface::initializeGL()
     QOpenGLContext* const current = context();
     const bool good =
         _renderer->init([current](const char* name) { return reinterpret_cast<void*>(current->getProcAddress(name)); });
-    _software = good ? nullptr : std::make_unique<kxSoftwareRenderer>();
+    _offscreen = good ? nullptr : std::make_unique<kxOffscreenGl>();
 }
 
 void kxGlSurface::releaseGl()
@@ -63,14 +63,13 @@ void kxGlSurface::paintGL()
     time.start();
     const kxFrameGovernor::Level level = _grabbing ? kxFrameGovernor::Full : _content.level();
     const QSize pixels = size() * devicePixelRatioF();
-    kxFrame frame = _content.frame(level == kxFrameGovernor::Coarse ? (pixels / 2).expandedTo(QSize(1, 1)) : pixels);
-    frame.options.quick = level != kxFrameGovernor::Full;
+    const kxFrame frame = _content.frameAt(level, pixels);
     QImage below;
-    if (_software || !_renderer->render(*_content.scene, frame, defaultFramebufferObject(), pixels))
+    if (_offscreen || !_renderer->render(*_content.scene, frame, defaultFramebufferObject(), pixels))
     {
-        if (!_software)
-            _software = std::make_unique<kxSoftwareRenderer>();
-        below = _software->render(*_content.scene, frame);
+        if (!_offscreen)
+            _offscreen = std::make_unique<kxOffscreenGl>();
+        below = _offscreen->render(*_content.scene, frame);
     }
     paintOverlay(below);
     // The time counts when the work is done, not when it is handed over.

@@ -7,9 +7,9 @@
 #include <memory>
 
 class kxGlRenderer;
-class kxSoftwareRenderer;
+class kxOffscreenGl;
 
-/// The view's pixels by OpenGL. A driver that fails later is replaced by the software renderer, in the same widget.
+/// The view's pixels by the OpenGL of its window. Where that fails later, what is drawn without a window is painted.
 class kxGlSurface : public QOpenGLWidget, public kxViewSurface
 {
 public:
@@ -19,7 +19,6 @@ public:
     static QSurfaceFormat wantedFormat();
     QWidget* widget() override { return this; }
     QImage grab() override;
-    bool isOpenGl() const override { return true; }
 
 protected:
     /// Called again in a new context, when the widget gets into another window.
@@ -32,7 +31,7 @@ private:
 
     kxViewContent _content;
     std::unique_ptr<kxGlRenderer> _renderer;
-    std::unique_ptr<kxSoftwareRenderer> _software; // null unless the driver failed
+    std::unique_ptr<kxOffscreenGl> _offscreen; // null unless the driver failed
     QMetaObject::Connection _contextGoes;
     QImage _overlay;
     bool _grabbing = false; // always in full

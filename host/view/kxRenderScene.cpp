@@ -67,6 +67,7 @@ void copyColor(float (&target)[3], const osg::Color3f& color)
 
 kxRenderScene::kxRenderScene()
 {
+    kxScene::the(); // makes the change list where it is the first to be asked
     if (osg::ChangeList* const list = osg::WinThreadBase::getCurrentChangeList())
         list->addListener(this);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "kxShadeTypes.h"
+#include <QVector3D>
+#include <QVector4D>
 
-/// Everything of a picture that its shading depends on: name and type, for the program on the graphics card and for
-/// the one on the processor.
+#include <array>
+
+/// Everything of a picture that its shading depends on: name and type, for the shaders and for what fills them in.
 #define KX_SHADE_UNIFORMS(X)                                                                                           \
     X(vec3, uEye)        /* place of the eye */                                                                        \
     X(float, uStudio)    /* strength of the studio's light around the scene */                                         \
@@ -33,14 +35,13 @@
 struct kxShadeUniforms
 {
     static constexpr int MaxLights = 8;
-    using vec2 = kxShade::vec2;
-    using vec3 = kxShade::vec3;
-    using vec4 = kxShade::vec4;
+    using vec3 = QVector3D;
+    using vec4 = QVector4D;
 
 #define KX_MEMBER(type, name) type name{};
     KX_SHADE_UNIFORMS(KX_MEMBER)
 #undef KX_MEMBER
-#define KX_MEMBER(type, name) type name[MaxLights];
+#define KX_MEMBER(type, name) std::array<type, MaxLights> name;
     KX_SHADE_ARRAYS(KX_MEMBER)
 #undef KX_MEMBER
 };

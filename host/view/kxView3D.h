@@ -31,7 +31,6 @@ public:
     kxRenderScene& scene() { return *_scene; }
     const kxCameraRig& rig() const { return _rig; }
     const kxGizmo& gizmo() const { return _gizmo; }
-    bool isOpenGl() const { return _surface->isOpenGl(); }
 
     /// What the view shows, for a picture of another shape.
     kxViewCamera viewCamera(float aspect);

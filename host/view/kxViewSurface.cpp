@@ -1,8 +1,7 @@
 #include "kxViewSurface.h"
 
 #include "kxGlSurface.h"
-#include "kxOffscreen.h"
-#include "kxSoftwareSurface.h"
+#include "kxPaintedSurface.h"
 
 #include <QGuiApplication>
 #include <QOpenGLContext>
@@ -12,8 +11,7 @@ namespace
 bool canUseOpenGl()
 {
     const QString platform = QGuiApplication::platformName();
-    if (kxOffscreen::isSoftwareWanted() || platform == QLatin1String("offscreen") ||
-        platform == QLatin1String("minimal"))
+    if (platform == QLatin1String("offscreen") || platform == QLatin1String("minimal"))
         return false;
     QOpenGLContext probe;
     probe.setFormat(kxGlSurface::wantedFormat());
@@ -21,9 +19,16 @@ bool canUseOpenGl()
 }
 } // namespace
 
+kxFrame kxViewContent::frameAt(kxFrameGovernor::Level which, const QSize& pixels) const
+{
+    kxFrame made = frame((which == kxFrameGovernor::Coarse ? pixels / 2 : pixels).expandedTo(QSize(1, 1)));
+    made.options.quick = which != kxFrameGovernor::Full;
+    return made;
+}
+
 kxViewSurface* kxViewSurface::create(const kxViewContent& content, QWidget* parent)
 {
     if (canUseOpenGl())
         return new kxGlSurface(content, parent);
-    return new kxSoftwareSurface(content, parent);
+    return new kxPaintedSurface(content, parent);
 }

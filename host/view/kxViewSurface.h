@@ -16,9 +16,13 @@ struct kxViewContent
     std::function<kxFrameGovernor::Level()> level;     ///< of the next frame
     std::function<void(kxFrameGovernor::Level level, double milliseconds)> drawn; ///< after each frame
     kxRenderScene* scene = nullptr;
+
+    /// The frame for a surface of so many pixels: while things move, with as few samples and pixels as that says.
+    kxFrame frameAt(kxFrameGovernor::Level which, const QSize& pixels) const;
 };
 
-/// The part of the 3D view that shows pixels: by OpenGL, or painted on the processor. Mouse events go to its parent.
+/// The part of the 3D view that shows pixels: by the OpenGL of its window, or painted from pictures where the window
+/// has none. Mouse events go to its parent.
 class kxViewSurface
 {
 public:
@@ -26,8 +30,7 @@ public:
     virtual QWidget* widget() = 0;
     /// What is shown, drawn anew at once.
     virtual QImage grab() = 0;
-    virtual bool isOpenGl() const = 0;
 
-    /// OpenGL where a context of 3.3 can be made, unless the user asked for the processor.
+    /// By OpenGL where a window can have a context of 3.3.
     static kxViewSurface* create(const kxViewContent& content, QWidget* parent);
 };

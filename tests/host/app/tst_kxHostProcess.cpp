@@ -88,6 +88,16 @@ private Q_SLOTS:
         QVERIFY2(result.code == 0 && result.errors.contains("Opened 'made.kxs'"), qPrintable(result.errors));
     }
 
+    void aMissingDriverIsNamed()
+    {
+        qputenv("__EGL_VENDOR_LIBRARY_FILENAMES", "/no/such/driver.json");
+        const Result result = run({"made.kxs", "--headless", "--render", "never.png"});
+        const Result window = run({"made.kxs"});
+        qunsetenv("__EGL_VENDOR_LIBRARY_FILENAMES");
+        QVERIFY2(result.code == 1 && result.errors.contains("\"libgl1-mesa-dri\""), qPrintable(result.errors));
+        QCOMPARE(window.code, 0); // all but the picture can be worked with
+    }
+
     void modelsAreFramedWhole()
     {
         // A camera of ours is what the scene is made for; one of another program may mean something else.

@@ -4,7 +4,6 @@
 #include <kxOffscreen.h>
 #include <kxPrimitives.h>
 #include <kxRenderWidget.h>
-#include <kxSoftwareRenderer.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 
@@ -12,12 +11,8 @@
 
 #include <random>
 
-#define KX_NEEDS_PATH()                                                                                                \
-    QFETCH(bool, openGl);                                                                                              \
-    QVERIFY(!openGl || _offscreen->path() == kxOffscreen::OpenGL)
-
-/// Both renderers, held to the same rules.
-class tst_kxRenderers : public QObject
+/// What is drawn without a window, held to rules. Beside it stand the pictures of tst_kxPictures.
+class tst_kxRenderer : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -31,11 +26,8 @@ private Q_SLOTS:
         _selection.clear();
     }
 
-    void materialsShow_data() { addPaths(); }
-
     void materialsShow()
     {
-        KX_NEEDS_PATH();
         const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.8f, 0.02f, 0.02f));
         const osg::NodePtr node = kxTestObjects::add(kxPrimitives::box(), red, osg::Vec3f(0, 0, 0));
         QColor color = middle(picture());
@@ -70,11 +62,8 @@ private Q_SLOTS:
         QCOMPARE(qAlpha(picture(clear).pixel(48, 48)), 0);
     }
 
-    void theFirstPictureIsAsTheSecond_data() { addPaths(); }
-
     void theFirstPictureIsAsTheSecond()
     {
-        KX_NEEDS_PATH();
         const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
         QImage pixels(8, 8, QImage::Format_RGBA8888);
         pixels.fill(Qt::green);
@@ -87,11 +76,8 @@ private Q_SLOTS:
         QVERIFY(first == picture(kxRenderOptions()));
     }
 
-    void sidesAndDepth_data() { addPaths(); }
-
     void sidesAndDepth()
     {
-        KX_NEEDS_PATH();
         const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
         const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
         // Without normals, and without culling of the side that looks away.
@@ -117,11 +103,8 @@ private Q_SLOTS:
         QVERIFY(middle(picture()).red() > 2 * middle(picture()).green());
     }
 
-    void opacityAndCutOut_data() { addPaths(); }
-
     void opacityAndCutOut()
     {
-        KX_NEEDS_PATH();
         const osg::UberMaterialPtr behind = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
         const osg::UberMaterialPtr pane = kxTestObjects::material(osg::Color3f(0.9f, 0, 0), 1.0f);
         pane->setDoubleSided(true);
@@ -142,11 +125,8 @@ private Q_SLOTS:
         QVERIFY(through.green() > 2 * through.red());
     }
 
-    void selectionHasAnOutline_data() { addPaths(); }
-
     void selectionHasAnOutline()
     {
-        KX_NEEDS_PATH();
         const osg::NodePtr above = kxTestObjects::addTransform(osg::Vec3f(), osg::Vec3f(), osg::Vec3f(1, 1, 1));
         kxTestObjects::add(kxPrimitives::box(), kxTestObjects::material(osg::Color3f(0.2f, 0.2f, 0.2f)), osg::Vec3f(),
                            above);
@@ -168,11 +148,8 @@ private Q_SLOTS:
         QVERIFY(middle(picture()).red() < 200);
     }
 
-    void lightsOfTheSceneCount_data() { addPaths(); }
-
     void lightsOfTheSceneCount()
     {
-        KX_NEEDS_PATH();
         kxTestObjects::add(kxPrimitives::sphere(1), kxTestObjects::material(osg::Color3f(0.8f, 0.8f, 0.8f)),
                            osg::Vec3f());
         const osg::NodePtr node = osg::Node::create();
@@ -197,11 +174,8 @@ private Q_SLOTS:
         QVERIFY2(dimmed.red() > 60 && dimmed.red() < 250, qPrintable(dimmed.name()));
     }
 
-    void surfacesThroughTheEyeAndWildNumbers_data() { addPaths(); }
-
     void surfacesThroughTheEyeAndWildNumbers()
     {
-        KX_NEEDS_PATH();
         // The eye lies inside of a box, between its near and far corners, and among triangles of any kind.
         kxTestObjects::add(kxPrimitives::box(osg::Vec3f(40, 8, 40)), kxTestObjects::material(osg::Color3f(0, 0, 0.9f)),
                            osg::Vec3f());
@@ -232,11 +206,8 @@ private Q_SLOTS:
         QVERIFY(!picture(kxRenderOptions(), QSize(33, 257)).isNull());
     }
 
-    void clippingPlaneCuts_data() { addPaths(); }
-
     void clippingPlaneCuts()
     {
-        KX_NEEDS_PATH();
         const osg::UberMaterialPtr red = kxTestObjects::material(osg::Color3f(0.9f, 0, 0));
         const osg::UberMaterialPtr green = kxTestObjects::material(osg::Color3f(0, 0.9f, 0));
         kxTestObjects::add(kxPrimitives::box(osg::Vec3f(1, 1, 1)), red, osg::Vec3f());
@@ -275,34 +246,6 @@ private Q_SLOTS:
         picture(kxRenderOptions()); // with the floor and its shadow
     }
 
-    void bothPathsShowTheSame()
-    {
-        QVERIFY(_offscreen->path() == kxOffscreen::OpenGL);
-        const osg::UberMaterialPtr gold = kxTestObjects::material(osg::Color3f(1, 0.7f, 0.3f), 0.3f);
-        gold->setMetallic(1);
-        kxTestObjects::add(kxPrimitives::sphere(0.5f), gold, osg::Vec3f(-0.6f, 0.5f, 0));
-        kxTestObjects::add(kxPrimitives::roundedBox(osg::Vec3f(1, 1, 1), 0.1f),
-                           kxTestObjects::material(osg::Color3f(0.1f, 0.3f, 0.8f), 0.4f), osg::Vec3f(0.6f, 0.5f, 0));
-        _pose = {QVector3D(0, 0.4f, 0), 4.5f, 30, 25};
-        _offscreen->scene().update();
-        kxCameraRig rig;
-        rig.setPose(_pose);
-        const QImage a =
-            _offscreen->render(240, 160, rig.camera(1.5f, _offscreen->scene().bounds()), kxRenderOptions());
-        const QImage b = software(kxRenderOptions(), QSize(240, 160));
-        int sum = 0, far = 0;
-        for (int y = 0; y < 160; ++y)
-            for (int x = 0; x < 240; ++x)
-            {
-                const QColor p = a.pixelColor(x, y), q = b.pixelColor(x, y);
-                const int apart = qAbs(p.red() - q.red()) + qAbs(p.green() - q.green()) + qAbs(p.blue() - q.blue());
-                sum += apart;
-                far += apart > 60;
-            }
-        QVERIFY2(sum / (240 * 160) < 4, qPrintable(QString::number(sum / (240.0 * 160))));
-        QVERIFY2(far < 240 * 160 / 100, qPrintable(QString::number(far)));
-    }
-
     void impossibleSizesAreRefused()
     {
         for (const QSize& size : {QSize(0, 10), QSize(10, -1), QSize(100000, 2)})
@@ -310,38 +253,14 @@ private Q_SLOTS:
     }
 
 private:
-    static void addPaths()
-    {
-        QTest::addColumn<bool>("openGl");
-        QTest::newRow("software") << false;
-        QTest::newRow("OpenGL") << true;
-    }
-
-    /// By the path of the row.
-
     QImage picture(const kxRenderOptions& options = bare(), const QSize& size = QSize(96, 96))
     {
-        QFETCH(bool, openGl);
-        if (!openGl)
-            return software(options, size);
         kxRenderScene& scene = _offscreen->scene();
         scene.setSelection(_selection);
         scene.update();
         kxCameraRig rig;
         rig.setPose(_pose);
         return _offscreen->render(size.width(), size.height(), rig.camera(1, scene.bounds()), options);
-    }
-
-    QImage software(const kxRenderOptions& options, const QSize& size)
-    {
-        kxRenderScene scene;
-        scene.setSelection(_selection);
-        scene.update();
-        kxCameraRig rig;
-        rig.setPose(_pose);
-        const float aspect = float(size.width()) / float(size.height());
-        return kxSoftwareRenderer().render(scene,
-                                           kxFrame::make(scene, rig.camera(aspect, scene.bounds()), size, options));
     }
 
     static kxRenderOptions bare()
@@ -359,5 +278,5 @@ private:
     std::vector<osg::UInt32> _selection;
 };
 
-QTEST_MAIN(tst_kxRenderers)
-#include "tst_kxRenderers.moc"
+QTEST_MAIN(tst_kxRenderer)
+#include "tst_kxRenderer.moc"

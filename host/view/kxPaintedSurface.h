@@ -1,19 +1,18 @@
 #pragma once
 
-#include "kxSoftwareRenderer.h"
+#include "kxOffscreenGl.h"
 #include "kxViewSurface.h"
 
 #include <QWidget>
 
-/// The view's pixels painted on the processor.
-class kxSoftwareSurface : public QWidget, public kxViewSurface
+/// The view's pixels painted from pictures that are drawn without a window; where there can be none, the reason.
+class kxPaintedSurface : public QWidget, public kxViewSurface
 {
 public:
-    kxSoftwareSurface(const kxViewContent& content, QWidget* parent);
+    kxPaintedSurface(const kxViewContent& content, QWidget* parent);
 
     QWidget* widget() override { return this; }
     QImage grab() override;
-    bool isOpenGl() const override { return false; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -22,5 +21,5 @@ private:
     QImage picture(kxFrameGovernor::Level level);
 
     kxViewContent _content;
-    kxSoftwareRenderer _renderer;
+    kxOffscreenGl _gl;
 };
