@@ -72,14 +72,8 @@ kxFramePlaybackParams params(double start, double end, double fps)
     return p;
 }
 
-kxAnimManager* manager()
-{
-    return kxAnimManager::the();
-}
-kxFramePlayer* player()
-{
-    return kxFramePlayer::the();
-}
+constexpr auto manager = &kxAnimManager::the;
+constexpr auto player = &kxFramePlayer::the;
 } // namespace
 
 class tst_kxPlayback : public QObject
@@ -152,76 +146,47 @@ private Q_SLOTS:
         QCOMPARE(take(), QString());
     }
 
-    void everyFrameIsShown()
+    void framesShown_data()
     {
-        player()->start(params(0, 3, -1), true, Me);
-        take();
-        for (int i = 0; i < 20; ++i)
-            tickAt(100 + i * 0.02); // every second tick comes too early for 24 frames a second
-        QCOMPARE(take(), QString("own 0, own 1, own 2, own 3, finished, user none"));
-        kxFramePlaybackParams p = params(0, 2, -1);
-        p.loop = true;
-        player()->start(p, true, Me);
-        take();
-        for (int i = 0; i < 5; ++i)
-            tickAt(200 + i * 5.0); // however slow
-        QCOMPARE(take(), QString("own 0, own 1, own 2, loop, own 0, own 1"));
+        kxColumns<QPointF, double, QString, double, double, int, QString>("range", "current", "way", "fps", "interval",
+                                                                          "ticks", "expected");
+        const auto row = [](const char* name, QPointF range, double current, const char* way, double fps,
+                            double interval, int ticks, const char* expected)
+        { QTest::newRow(name) << range << current << QString(way) << fps << interval << ticks << QString(expected); };
+        // A rate of -1 shows every frame at the scene's rate, however slow; ticks may come too early.
+        row("every frame", {0, 3}, 0, "", -1, 0.02, 20, "own 0, own 1, own 2, own 3, finished, user none");
+        row("every frame again", {0, 2}, 0, "loop", -1, 5, 5, "own 0, own 1, own 2, loop, own 0, own 1");
+        row("reverse", {2, 5}, 5, "reverse", 10, 0.05, 10, "own 5, own 4, own 3, own 2, finished, user none");
+        row("loop", {4, 6}, 4, "loop", 10, 0.1, 7, "own 4, own 5, own 6, loop, own 4, own 5, own 6, loop, own 4");
+        row("many passes at once are one", {4, 5}, 4, "loop", 10, 99, 2, "own 4, loop, own 4");
+        row("one frame goes on", {3, 3}, 3, "loop", 10, 1, 3, "own 3, loop, own 3, loop, own 3");
+        // It begins inside the range, whose ends may come in the wrong order.
+        row("inside", {20, 10}, 12, "", 24, 1, 1, "own 12");
+        row("between frames", {20, 10}, 12.5, "", 24, 1, 1, "own 12.5");
+        row("at the end", {20, 10}, 20, "", 24, 1, 1, "own 10");
+        row("before", {20, 10}, 3, "", 24, 1, 1, "own 10");
+        row("behind", {20, 10}, 99, "", 24, 1, 1, "own 10");
+        row("reverse at the start", {20, 10}, 10, "reverse", 24, 1, 1, "own 20");
+        row("reverse inside", {20, 10}, 12, "reverse", 24, 1, 1, "own 12");
     }
 
-    void reverse()
+    void framesShown()
     {
-        kxFramePlaybackParams p = params(2, 5, 10);
-        p.current = 5;
-        p.reverse = true;
-        player()->start(p, true, Me);
-        take();
-        for (int i = 0; i < 10; ++i)
-            tickAt(100.01 + i * 0.05);
-        QCOMPARE(take(), QString("own 5, own 4, own 3, own 2, finished, user none"));
-    }
-
-    void loops()
-    {
-        kxFramePlaybackParams p = params(4, 6, 10);
-        p.loop = true;
-        player()->start(p, true, Me);
-        take();
-        for (int i = 0; i < 7; ++i)
-            tickAt(100.01 + i * 0.1);
-        QCOMPARE(take(), QString("own 4, own 5, own 6, loop, own 4, own 5, own 6, loop, own 4"));
-        tickAt(1000.71); // many passes at once are one
-        QVERIFY(take().startsWith("loop, own "));
-        p.start = p.end = p.current = 3;
-        player()->start(p, true, Me);
-        for (int i = 0; i < 5; ++i)
-            tickAt(2000 + i);
-        QVERIFY(player()->isPlaying());
-        QVERIFY(messages.count("own 3") >= 1);
-    }
-
-    void beginsWhereTheRangeIs_data()
-    {
-        kxColumns<double, bool, QString>("current", "isReverse", "first");
-        QTest::newRow("inside") << 12.0 << false << "own 12";
-        QTest::newRow("between frames") << 12.5 << false << "own 12.5";
-        QTest::newRow("at the end") << 20.0 << false << "own 10";
-        QTest::newRow("before") << 3.0 << false << "own 10";
-        QTest::newRow("behind") << 99.0 << false << "own 10";
-        QTest::newRow("reverse at the start") << 10.0 << true << "own 20";
-        QTest::newRow("reverse inside") << 12.0 << true << "own 12";
-    }
-
-    void beginsWhereTheRangeIs()
-    {
+        QFETCH(QPointF, range);
         QFETCH(double, current);
-        QFETCH(bool, isReverse);
-        kxFramePlaybackParams p = params(20, 10, 24); // the ends in the wrong order
+        QFETCH(QString, way);
+        QFETCH(double, fps);
+        QFETCH(double, interval);
+        QFETCH(int, ticks);
+        kxFramePlaybackParams p = params(range.x(), range.y(), fps);
         p.current = current;
-        p.reverse = isReverse;
+        p.loop = way == "loop";
+        p.reverse = way == "reverse";
         player()->start(p, true, Me);
         take();
-        tickAt(100);
-        QTEST(take(), "first");
+        for (int i = 0; i < ticks; ++i)
+            tickAt(100.001 + i * interval);
+        QTEST(take(), "expected");
     }
 
     void badParamsAreRefused()
@@ -284,12 +249,9 @@ private Q_SLOTS:
         const AnimNodePtr block = f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})});
         manager()->addAnimation(object, block);
         block->setTravMask(0);
-        const AnimNodePtr start = f.group<AnimSequenceBase>("t", {});
-        AnimSequencePtr::dcast(start->getCore())->setName("start");
         const AnimNodePtr clone = f.clone(block, 5);
-        start->setOffset(Vec2f(5, 0));
         clone->setTravMask(Node::Active);
-        const AnimNodePtr clip = f.clip("opening", {start, clone});
+        const AnimNodePtr clip = f.clip("opening", {f.trigger("start", 5), clone});
         manager()->addToClipStructure(clip);
         manager()->enqueue(manager()->find("opening"), true);
         QVERIFY(manager()->isPlaying("opening"));
@@ -355,20 +317,13 @@ private Q_SLOTS:
         manager()->addToClipStructure(f.clip("empty", {}));
         manager()->enqueue(manager()->findClip("empty"), true); // nothing to play
         QVERIFY(!manager()->isPlaying("empty"));
-    }
-
-    void queueSurvivesDeaths()
-    {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
-        const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
-        manager()->addAnimation(object, block);
+        // What dies is taken out, once.
         manager()->enqueue(block, true);
-        tickAt(101);
+        tickAt(1007);
         kxScene::the()->root()->subChild(object);
-        tickAt(102);
+        tickAt(1008);
         QCOMPARE(take(), QString("dequeued"));
-        tickAt(103);
+        tickAt(1009);
         QCOMPARE(take(), QString());
     }
 
