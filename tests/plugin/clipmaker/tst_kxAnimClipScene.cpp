@@ -1,5 +1,6 @@
 #include "kxShownClip.h"
 
+#include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
@@ -397,7 +398,47 @@ private Q_SLOTS:
         stack->clear();
     }
 
-    /// That the bars follow is seen in the walk; here, whom an edit disturbs.
+    /// In a clip with an own time, at a rate that no second divides, after edits by scripts.
+    void barsFollowTheirNodes()
+    {
+        kxShownClip f;
+        kxAnimManager::the()->setFPS(23.976);
+        const kxOwned<AnimNode> above(f.clip("Above", {f.clipNode}));
+        const AnimNodePtr node = f.add(f.blockOf(2), 1.3f, 1), curve = AnimNodePtr::dcast(node->getChild(0));
+        f.show();
+        const std::tuple<AnimNodePtr, BitVector, std::function<void(const AnimNodePtr&)>> edits[] = {
+            {node, AnimNode::OffsetFieldMask, [](const AnimNodePtr& each) { each->setOffset(Vec2f(2.7f, 150)); }},
+            {node, AnimNode::ScaleFieldMask, [](const AnimNodePtr& each) { each->setScale(1.7f); }},
+            {node, AnimNode::PostCyclesFieldMask, [](const AnimNodePtr& each) { each->setPostCycles(3); }},
+            {f.clipNode, AnimNode::OffsetFieldMask, [](const AnimNodePtr& each) { each->setOffset(Vec2f(4, 0)); }},
+            {above, AnimNode::ScaleFieldMask, [](const AnimNodePtr& each) { each->setScale(0.6f); }},
+            {node, AnimNode::LockedFieldMask, [](const AnimNodePtr& each) { each->setLocked(true); }},
+            {node, Node::TravMaskFieldMask, [](const AnimNodePtr& each) { each->setTravMask(0); }},
+            {node, AnimNode::PostCyclesFieldMask, [](const AnimNodePtr& each) { each->setPostCycles(-1); }},
+            {curve, BitVector(),
+             [](const AnimNodePtr& each)
+             {
+                 kxAnimFixture::curveOf(each)->addPoint(Pnt2f(5, 9), {}, {}, 1, 1, true, true);
+                 kxAnimFixture::keysChanged(each);
+             }},
+        };
+        for (const auto& [edited, mask, edit] : edits)
+        {
+            edit(edited);
+            f.changed(edited, mask);
+            QApplication::processEvents();
+            const auto* const bar = static_cast<kxAnimClipItem*>(f.barOf(node));
+            const kxClipGeometry::Span span = kxClipNodes::spanOf(node);
+            QVERIFY(std::abs(bar->x() - span.x) < 0.02);
+            QVERIFY(std::abs(bar->rect().width() * bar->transform().m11() - span.width) < 0.02);
+            QCOMPARE(float(bar->y()), kxPlatform::getDpiScaleX() * node->getOffset().y());
+            QCOMPARE(bar->cyclesItem()->cycles(), node->getPostCycles());
+            QCOMPARE(bar->isActive(), node->isActive());
+            QCOMPARE(bar->isLocked(), node->getLocked());
+        }
+    }
+
+    /// Whom an edit disturbs.
     void followsEditsOfOthers()
     {
         kxShownClip f;
