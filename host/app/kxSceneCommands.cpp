@@ -119,9 +119,9 @@ bool kxPlaceNodesCommand::place(const osg::NodePtr& node, Place& from, const Pla
 
 void kxPlaceNodesCommand::redo()
 {
-    _done.assign(_moves.size(), false);
-    for (std::size_t i = 0; i < _moves.size(); ++i)
-        _done[i] = place(_moves[i].node.get<osg::Node>(), _moves[i].from, _moves[i].to);
+    _done.clear();
+    for (Move& move : _moves)
+        _done.push_back(place(move.node.get<osg::Node>(), move.from, move.to));
     kxAnimManager::the()->verifyClipStructure();
     finish();
 }

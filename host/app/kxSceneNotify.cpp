@@ -30,7 +30,6 @@ void kxSceneNotify::structureChanged()
     kxScene::the()->markStructureChanged();
     kxMessage message(kxMessageId::SceneChanged);
     kxModuleRegistry::the().deliver(message);
-    kxController::updateRender(false);
 }
 
 void kxSceneNotify::animationsChanged()

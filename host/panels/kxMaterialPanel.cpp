@@ -20,7 +20,6 @@
 kxMaterialPanel::kxMaterialPanel(QWidget* parent)
     : QWidget(parent), _model(new kxMaterialModel(this)), _view(new QListView(this))
 {
-    setObjectName(QStringLiteral("_materials"));
     connect(_model, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { _busy = true; });
     connect(_model, &QAbstractItemModel::rowsRemoved, this, [this] { _busy = false; });
     _view->setObjectName(QStringLiteral("_materialList"));

@@ -17,7 +17,6 @@ kxPreferencesDialog::kxPreferencesDialog(QWidget* parent)
 {
     setObjectName(QStringLiteral("_preferencesDialog"));
     setWindowTitle(tr("Preferences"));
-    _names->setObjectName(QStringLiteral("_pages"));
     _names->setAccessibleName(tr("Pages"));
     _names->setFixedWidth(150);
     connect(_names, &QListWidget::currentRowChanged, _stack, &QStackedWidget::setCurrentIndex);

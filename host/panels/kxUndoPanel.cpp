@@ -46,7 +46,6 @@ private:
 kxUndoPanel::kxUndoPanel(QWidget* parent)
     : QListView(parent), _stack(kxUndoStack::get(0).stack()), _model(new Model(this))
 {
-    setObjectName(QStringLiteral("_undoList"));
     setAccessibleName(tr("Steps that can be undone"));
     setFrameShape(QFrame::NoFrame);
     setUniformItemSizes(true);

@@ -103,7 +103,6 @@ void kxPythonEditor::markError(int line)
         return;
     markerAdd(line - 1, ErrorMarker);
     setCursorPosition(line - 1, 0);
-    ensureLineVisible(line - 1);
 }
 
 void kxPythonEditor::clearErrors()
