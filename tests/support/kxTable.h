@@ -11,9 +11,16 @@ void kxColumns(const Names*... names)
     (QTest::addColumn<Types>(names), ...);
 }
 
-/// A row: its name and the value of each column.
+/// A row: its name and the value of each column; a literal is a QString.
 template <class... Values>
 void kxRow(const char* name, const Values&... values)
 {
-    (QTest::newRow(name) << ... << values);
+    const auto cell = [](const auto& value)
+    {
+        if constexpr (std::is_convertible_v<decltype(value), const char*>)
+            return QString::fromUtf8(value);
+        else
+            return value;
+    };
+    (QTest::newRow(name) << ... << cell(values));
 }

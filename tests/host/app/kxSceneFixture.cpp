@@ -5,21 +5,13 @@
 #include <files/kxSceneFile.h>
 #include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
+#include <kxUndo.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 #include <view/kxPrimitives.h>
 
 #include <QFile>
 #include <QTemporaryDir>
-
-namespace
-{
-template <class T>
-T any(const std::vector<T>& values, std::mt19937& random)
-{
-    return values.empty() ? T() : values[random() % values.size()];
-}
-} // namespace
 
 void kxSceneFixture::clear()
 {
@@ -58,25 +50,17 @@ osg::MaterialPtr kxSceneFixture::addMaterial(const char* name)
 
 void kxSceneFixture::animate(const osg::NodePtr& node)
 {
-    std::vector<kxAnimManager::kxOSGChannelData> channels;
-    kxAnimManager* const manager = kxAnimManager::the();
-    manager->getKeyableChannels(node, channels);
     const osg::AnimAttachmentPtr attachment = osg::AnimAttachment::create();
     node->addAttachment(attachment);
-    for (const auto& channel : channels)
+    const auto curve = osg::AnimCurvePtr::dcast(
+        kxAnimManager::the()->createChannelCurveNode(attachment, "translation", 0, "X", "")->getCore());
+    for (const float time : {0.0f, 1.0f})
     {
-        if (channel.name != "translation" || channel.suffix != "X")
-            continue;
-        const osg::AnimNodePtr curveNode = manager->createChannelCurveNode(channel, attachment);
-        const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(curveNode->getCore());
-        for (const float time : {0.0f, 1.0f})
-        {
-            osg::CCPnt key;
-            key.setPoint(osg::Pnt2f(time, time));
-            curve->editControlPoints().push_back(key);
-        }
-        osg::markChanged(curve, osg::AnimCurve::ControlPointsFieldMask);
+        osg::CCPnt key;
+        key.setPoint(osg::Pnt2f(time, time));
+        curve->editControlPoints().push_back(key);
     }
+    osg::markChanged(curve, osg::AnimCurve::ControlPointsFieldMask);
 }
 
 QByteArray kxSceneFixture::bytes()
@@ -103,55 +87,50 @@ std::vector<osg::NodePtr> kxSceneFixture::objects()
     return nodes;
 }
 
-void kxSceneFixture::randomEdit(std::mt19937& random)
+QUndoStack* kxSceneFixture::stack()
 {
-    const auto nodes = objects();
-    const osg::NodePtr node = any(nodes, random), other = any(nodes, random);
-    const osg::MaterialPtr material = any(kxScene::the()->materials(), random);
-    switch (random() % 11)
+    return kxUndoStack::get(0).stack();
+}
+
+bool kxSceneFixture::goesBackAndForth(const QByteArray& before)
+{
+    const QByteArray after = bytes();
+    bool isSame = true;
+    for (int round = 0; round < 2; ++round)
     {
-    case 0:
-        kxSceneEdits::addNode(kxSceneEdits::makeNode(osg::Transform::create(), QStringLiteral("New")),
-                              random() % 2 == 0 ? node : osg::NodePtr(), QStringLiteral("Add"));
-        break;
-    case 1:
-        if (nodes.size() > 6)
-            kxSceneEdits::deleteNodes({node, other});
-        break;
-    case 2:
-        if (nodes.size() < 40)
-            kxSceneEdits::duplicateNodes({node, other});
-        break;
-    case 3:
-        kxSceneEdits::groupNodes({node, other});
-        break;
-    case 4:
-    case 5:
-    {
-        const osg::NodePtr parent = random() % 3 == 0 ? kxScene::the()->root() : other;
-        kxSceneEdits::moveNodes({node}, parent,
-                                parent == osg::NullFC ? -1 : int(random() % (parent->getNChildren() + 1)));
-        break;
+        stack()->setIndex(0);
+        isSame = isSame && bytes() == before;
+        stack()->setIndex(stack()->count());
+        isSame = isSame && bytes() == after;
     }
-    case 6:
-        kxSceneEdits::rename(node, QStringLiteral("Name %1").arg(random() % 100));
-        break;
-    case 7:
-        if (node != osg::NullFC)
-            kxSceneEdits::setVisible({node}, !node->isActive());
-        break;
-    case 8:
-        if (node != osg::NullFC)
-            kxSceneEdits::setComponent({node->getCore()}, "eulerRotation", random() % 3, RelativeAdd, 33.3);
-        break;
-    case 9:
-        kxSceneEdits::assignMaterial({node}, material);
-        break;
-    default:
-        if (random() % 2 == 0)
-            kxSceneEdits::addMaterial();
-        else if (kxScene::the()->materials().size() > 1)
-            kxSceneEdits::deleteMaterials({material});
-        break;
-    }
+    return isSame;
+}
+
+std::vector<std::function<void()>> kxSceneFixture::edits()
+{
+    namespace Edits = kxSceneEdits;
+    const auto at = [](std::size_t index) { return objects().at(index); };
+    const auto material = [](std::size_t index) { return kxScene::the()->materials().at(index); };
+    return {[=] { Edits::addNode(Edits::makeNode(osg::Transform::create(), "New"), at(2), "Add"); },
+            [=] {
+                Edits::groupNodes({at(1), at(4)});
+            },
+            [=] {
+                Edits::duplicateNodes({at(0), at(3)});
+            },
+            [=] { Edits::rename(at(2), "Other"); },
+            [=] { Edits::moveNodes({at(1)}, kxScene::the()->root(), 0); },
+            [=] { Edits::setVisible({at(3)}, false); },
+            [=] { Edits::moveNodes({at(0)}, objects().back(), -1); },
+            [=] { Edits::setComponent({at(2)->getCore()}, "eulerRotation", 1, RelativeAdd, 33.3); },
+            [=] { Edits::addMaterial(); },
+            [=] { Edits::assignMaterial(objects(), material(1)); },
+            [=] { Edits::deleteMaterials({material(0)}); },
+            [=] {
+                Edits::deleteNodes({at(1), at(5)});
+            },
+            [=] { Edits::deleteMaterials({material(0)}); },
+            [=] {
+                Edits::groupNodes({objects().back(), at(0)});
+            }};
 }

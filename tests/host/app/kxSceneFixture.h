@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QUndoStack>
 #include <osg/SceneCores.h>
 
-#include <random>
+#include <functional>
 #include <vector>
 
 /// A scene to edit, and the means to tell whether two states of it are the same.
@@ -21,6 +22,9 @@ void animate(const osg::NodePtr& node);
 QByteArray bytes();
 /// All below the root, parents first.
 std::vector<osg::NodePtr> objects();
-/// One edit out of all that the host knows; the same for the same state of `random`.
-void randomEdit(std::mt19937& random);
+QUndoStack* stack();
+/// Takes all steps back and does them again, twice: true where the scene is then as it was `before`, and as it is now.
+bool goesBackAndForth(const QByteArray& before);
+/// An edit of each kind that the host knows, for a scene of five objects and a material; each follows the one before.
+std::vector<std::function<void()>> edits();
 } // namespace kxSceneFixture
