@@ -20,25 +20,31 @@ using namespace osg;
 
 namespace
 {
-kxAnimManager* manager()
-{
-    return kxAnimManager::the();
-}
+constexpr auto manager = &kxAnimManager::the;
 
-QStringList names(const std::vector<AnimNodePtr>& nodes)
+template <class Nodes>
+QStringList names(const Nodes& nodes)
 {
     QStringList result;
-    for (const AnimNodePtr& node : nodes)
+    for (const auto& node : nodes)
         result << QString::fromStdString(node->getNodeName());
     return result;
 }
 
 QStringList childNames(const AnimNodePtr& node)
 {
-    QStringList result;
-    for (const NodePtr& child : node->getChildren())
-        result << QString::fromStdString(child->getNodeName());
-    return result;
+    return node == NullFC ? QStringList() : names(node->getChildren());
+}
+
+AnimCurvePtr firstCurve(const AnimNodePtr& block)
+{
+    return AnimCurvePtr::dcast(block->getChild(0)->getCore());
+}
+
+/// Gives the name as an edit of the user does.
+void rename(const NodePtr& node, const char* name)
+{
+    kxNodeUtils::setName(node, name, false, NodePtr());
 }
 
 AnimNodePtr rootOf(const FieldContainerPtr& object)
@@ -91,8 +97,7 @@ private Q_SLOTS:
         QVERIFY(channelsOf(manager()->sceneStructureRoot()->getChild(0)).empty());
         QVERIFY(channelsOf(FieldContainerPtr()).empty());
         // Every channel leads to a curve and back.
-        const AnimAttachmentPtr attachment = AnimAttachmentBase::create();
-        attachment->addRef();
+        const kxOwned<AnimAttachment> attachment(AnimAttachmentBase::create());
         for (const auto& channel : channels)
         {
             const AnimNodePtr node = manager()->createChannelCurveNode(channel, attachment);
@@ -105,7 +110,6 @@ private Q_SLOTS:
         const AnimNodePtr byField = manager()->createChannelCurveNode(attachment, "eulerRotation", 1, "W", "rotation");
         QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "W") == byField);
         QVERIFY(manager()->findChannelCurveNode(attachment, "rotation", "Q") == NullFC);
-        attachment->subRef();
     }
 
     void lookUps()
@@ -151,8 +155,6 @@ private Q_SLOTS:
         manager()->addToClipStructure(f.clip("clip", {f.clone(second, 0)})); // a copy is no block of the scene
         QVERIFY(find("same") == first);
 
-        const auto rename = [](const AnimNodePtr& node, const char* name)
-        { kxNodeUtils::setName(node, name, false, NodePtr()); };
         rename(first, "other");
         QVERIFY(find("same") == second && find("other") == first);
         rename(first, "same");
@@ -163,8 +165,8 @@ private Q_SLOTS:
         object->getParent()->insertChild(0, earlier);
         const AnimNodePtr third = f.block("same", {});
         manager()->addAnimation(earlier, third);
-        QVERIFY(find("same") == third);                          // the order of the scene, not of making
-        kxNodeUtils::setName(earlier, "same", false, NodePtr()); // an object of the same name
+        QVERIFY(find("same") == third); // the order of the scene, not of making
+        rename(earlier, "same");        // an object of the same name
         QVERIFY(find("same") == third);
         shelf->addRef();
         shelf->getParent()->subChild(shelf);
@@ -180,8 +182,8 @@ private Q_SLOTS:
         QVERIFY(find("same") == NullFC);
 
         // Many changes of names leave nothing behind.
-        manager()->addAnimation(object, f.block("block", {}));
-        const AnimNodePtr block = find("block");
+        const AnimNodePtr block = f.block("block", {});
+        manager()->addAnimation(object, block);
         for (int i = 0; i < 5000; ++i)
             rename(block, i % 2 == 0 ? "turn" : ("name " + std::to_string(i)).c_str());
         QVERIFY(find("turn") == NullFC && find("name 4999") == block && find("name 4997") == NullFC);
@@ -211,11 +213,9 @@ private Q_SLOTS:
         kxAnimFixture f;
         const AnimNodePtr one = f.block("1", {f.curve("scale", "X", {{0, 0}, {1, 0}})});
         const AnimNodePtr two = f.block("2", {f.curve("scale", "X", {{0, 0}, {1.5f, 0}})});
-        const AnimNodePtr trigger = f.group<AnimSequenceBase>("3", {});
         one->setOffset(Vec2f(1, 0));
         two->setOffset(Vec2f(1.5f, 50));
-        trigger->setOffset(Vec2f(5, 0));
-        const AnimNodePtr clip = f.clip("clip", {one, two, trigger, f.clip("empty", {})});
+        const AnimNodePtr clip = f.clip("clip", {one, two, f.trigger("3", 5), f.clip("empty", {})});
         clip->setOffset(Vec2f(100, 0)); // times are those of the root
         manager()->addToClipStructure(clip);
         QTEST(double(manager()->calculateFreeOffsetYFor(float(100 + start), end > 0 ? float(100 + end) : 0, clip,
@@ -278,7 +278,7 @@ private Q_SLOTS:
         const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}, {1, 5}})});
         manager()->addAnimation(object, block);
         manager()->copy(block, object);
-        f.curveOf(AnimNodePtr::dcast(block->getChild(0)))->clear();
+        firstCurve(block)->clear();
         manager()->subAnimation(object, block);              // dies
         manager()->copy(AnimNodePtr(), FieldContainerPtr()); // nothing: what was copied stays
         const NodePtr target = f.object(), third = f.object();
@@ -291,10 +291,10 @@ private Q_SLOTS:
         QCOMPARE(f.transform(target)->getScale().x(), 1.0f);
         QVERIFY(manager()->moveBlockToNode(pasted[0], third, target, true));
         QVERIFY(pasted[0]->getFlipped() && pasted[0]->getParent() == NodePtr(rootOf(target)));
-        QCOMPARE(f.curveOf(AnimNodePtr::dcast(pasted[0]->getChild(0)))->getControlPoints().size(), std::size_t(2));
+        QCOMPARE(firstCurve(pasted[0])->getControlPoints().size(), std::size_t(2));
         const std::vector<AnimNodePtr> again = manager()->pasteTo(target, false, false);
-        QCOMPARE(names(pasted) + names(again),
-                 QStringList({"block", "block_1"})); // copies in the clipboard hold no name
+        // Copies in the clipboard hold no name.
+        QCOMPARE(names(pasted) + names(again), QStringList({"block", "block_1"}));
         QVERIFY(again[0]->getCore() != pasted[0]->getCore());
         QVERIFY(manager()->pasteTo(FieldContainerPtr(), false, false).empty());
         // What is copied next takes its place.
@@ -325,11 +325,11 @@ private Q_SLOTS:
         QVERIFY(clone->getCore() == block->getCore());
         manager()->unshareFrom(clone, two);
         QVERIFY(clone->getCore() != block->getCore());
-        const AnimCurvePtr own = AnimCurvePtr::dcast(clone->getChild(0)->getCore());
-        QVERIFY(own != block->getChild(0)->getCore());
+        const AnimCurvePtr own = firstCurve(clone);
+        QVERIFY(own != firstCurve(block));
         QCOMPARE(own->getControlPoints().size(), std::size_t(1));
         QCOMPARE(own->getSuffix(), std::string("X"));
-        f.curveOf(AnimNodePtr::dcast(block->getChild(0)))->editControlPoints()[0].setPoint(Pnt2f(0, 7));
+        firstCurve(block)->editControlPoints()[0].setPoint(Pnt2f(0, 7));
         f.keysChanged(AnimNodePtr::dcast(block->getChild(0)));
         manager()->setCurrentFrame(3, true, false);
         QCOMPARE(f.transform(one)->getScale().x(), 7.0f);
@@ -354,7 +354,7 @@ private Q_SLOTS:
         QVERIFY(leaf->getCore() == block->getCore());
         manager()->unshareFrom(leaf, inner);
         QVERIFY(leaf->getCore() != block->getCore() && inner->getCore() == clip->getChild(0)->getCore());
-        QVERIFY(kxAnimEvaluator::the()->getFirstAim(AnimCurvePtr::dcast(leaf->getChild(0)->getCore())) == one);
+        QVERIFY(kxAnimEvaluator::the()->getFirstAim(firstCurve(leaf)) == one);
     }
 
     void unusedClonesAreTakenOut()
@@ -364,10 +364,9 @@ private Q_SLOTS:
         const AnimNodePtr kept = f.block("kept", {}), gone = f.block("gone", {});
         manager()->addAnimation(object, kept);
         manager()->addAnimation(object, gone);
-        const AnimNodePtr trigger = f.group<AnimSequenceBase>("trigger", {});
-        for (const AnimNodePtr& clip :
-             {f.clip("mixed", {f.clone(kept, 0), f.clone(gone, 0)}),
-              f.clip("nothing left", {f.clip("inner", {f.clone(gone, 0)})}), f.clip("only a trigger", {trigger})})
+        for (const AnimNodePtr& clip : {f.clip("mixed", {f.clone(kept, 0), f.clone(gone, 0)}),
+                                        f.clip("nothing left", {f.clip("inner", {f.clone(gone, 0)})}),
+                                        f.clip("only a trigger", {f.trigger("trigger", 0)})})
             manager()->addToClipStructure(clip);
         manager()->subAnimation(object, gone);
         manager()->verifyClipStructure(); // off by default
@@ -377,9 +376,8 @@ private Q_SLOTS:
         manager()->setVerifyClipStructure(false);
         const auto structure = []
         {
-            const AnimNodePtr inner = manager()->findClip("inner");
             return childNames(manager()->clipStructureRoot()) + childNames(manager()->findClip("mixed")) +
-                   (inner == NullFC ? QStringList() : childNames(inner));
+                   childNames(manager()->findClip("inner"));
         };
         const QStringList verified = {"mixed", "only a trigger", "kept"};
         QCOMPARE(structure(), verified);
@@ -436,7 +434,7 @@ private Q_SLOTS:
             manager()->setFPS(30);
         }
         manager()->setKeepKeysAtFrame(false);
-        QCOMPARE(f.curveOf(AnimNodePtr::dcast(read->getChild(0)))->getControlPoints(1).x(), 1.0f);
+        QCOMPARE(firstCurve(read)->getControlPoints(1).x(), 1.0f);
     }
 
     /// Steps hold the seconds of their rate: undo all gives the start, redo all the end, whatever rates lie between.
@@ -481,12 +479,10 @@ private Q_SLOTS:
         kxAnimFixture f;
         const AnimNodePtr x = f.curve("translation", "X", {}), turn = f.curve("rotation", "Y", {}),
                           other = f.curve("focalLength", "", {{0, 35}});
-        const AnimNodePtr shot = f.group<AnimShotBase>("shot", {x, turn, other});
-        shot->addRef();
+        const kxOwned<AnimNode> shot(f.group<AnimShotBase>("shot", {x, turn, other}));
         manager()->updateCameraShotCurves(shot);
         QVERIFY(f.curveOf(x)->isEmpty()); // no duration yet
         const AnimShotPtr core = AnimShotPtr::dcast(shot->getCore());
-        QVERIFY(shot->getType().field("travMask") != nullptr);
         core->setShotDuration(2);
         core->setStartFrom(Pnt3f(0, 0, 10));
         core->setEndFrom(Pnt3f(10, 0, 0));
@@ -497,7 +493,6 @@ private Q_SLOTS:
         QVERIFY(std::abs(f.curveOf(turn)->getControlPoints(0).y()) < 1.0e-3f);
         QVERIFY(std::abs(f.curveOf(turn)->getControlPoints(1).y() - 90) < 1.0e-3f);
         QCOMPARE(f.curveOf(other)->getControlPoints().size(), std::size_t(1));
-        shot->subRef();
     }
 
     void nullAndDeadHandles()
