@@ -1,3 +1,5 @@
+#include "kxPictureView.h"
+
 #include <wizard/kxCaptureTable.h>
 #include <wizard/kxWizardCapture.h>
 
@@ -12,25 +14,19 @@
 
 namespace
 {
-/// Shows a picture whose left, middle and right differ, or whose top, middle and bottom do.
-class Screen : public kxQGLWidget
+/// A picture whose left, middle and right differ, or whose top, middle and bottom do.
+QImage striped(const QSize& size)
 {
-public:
-    explicit Screen(const QSize& size) : _picture(size, QImage::Format_RGB32)
-    {
-        _picture.fill(Qt::red);
-        const int side = std::min(size.width(), size.height());
-        for (int y = 0; y < size.height(); ++y)
-            for (int x = 0; x < size.width(); ++x)
-                if (std::abs(2 * x + 1 - size.width()) < side && std::abs(2 * y + 1 - size.height()) < side)
-                    _picture.setPixelColor(x, y, x < size.width() / 2 ? Qt::green : Qt::blue);
-        _picture.setDevicePixelRatio(2);
-    }
-    QImage grabFrameBuffer(bool) override { return _picture; }
-
-private:
-    QImage _picture;
-};
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    const int side = std::min(size.width(), size.height());
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            if (std::abs(2 * x + 1 - size.width()) < side && std::abs(2 * y + 1 - size.height()) < side)
+                picture.setPixelColor(x, y, x < size.width() / 2 ? Qt::green : Qt::blue);
+    picture.setDevicePixelRatio(2);
+    return picture;
+}
 } // namespace
 
 class tst_kxWizardCapture : public QObject
@@ -92,7 +88,8 @@ private Q_SLOTS:
     void grabsTheMiddle()
     {
         QFETCH(QSize, screen);
-        Screen widget(screen);
+        kxPictureView widget;
+        widget.picture = striped(screen);
         const QPixmap picture = kxWizardCapture::grab(&widget, QSize(120, 96));
         QCOMPARE(picture.size(), QSize(120, 96));
         QCOMPARE(picture.devicePixelRatio(), 1.0);
@@ -108,7 +105,8 @@ private Q_SLOTS:
 
     void keepsThePicture()
     {
-        Screen widget(QSize(300, 200));
+        kxPictureView widget;
+        widget.picture = striped(QSize(300, 200));
         QPushButton button("Capture Start");
         kxWizardCapture::showPicture(&button, QPixmap());
         QCOMPARE(button.text(), QString("Capture Start"));
