@@ -94,6 +94,7 @@ private Q_SLOTS:
         kxHostHooks::the().setMainWindow(_window.get());
         kxHostHooks::the().setDockWindowManager(_docks.get());
         _module = std::make_unique<kxAnimControlWidget>();
+        QCOMPARE(shownRanges(), (Ranges{0, 0, 25, 50})); // before a scene says otherwise
         kxAnimManager& kernel = *kxAnimManager::the();
         kernel.setFPS(24);
         kernel.setPlaybackFPS(24);
@@ -134,9 +135,7 @@ private Q_SLOTS:
         QFETCH(QString, field);
         QFETCH(int, value);
         QFETCH(Ranges, expected);
-        QKXSpiner* const spiner = panel().findChild<QKXSpiner*>(field);
-        QVERIFY(spiner != nullptr);
-        spiner->setValue(value);
+        panel().findChild<QKXSpiner*>(field)->setValue(value);
         QCOMPARE(shownRanges(), expected);
         QCOMPARE(kernelRanges(), expected);
     }
@@ -322,6 +321,7 @@ private Q_SLOTS:
             data.set(Key::DetailedRangeEnd, 33, true);
             data.set(Key::FullRangeEnd, std::string("50"), true); // of the wrong type: its preset stands
             data.set(Key::KeepKeys, true, true);
+            data.set(Key::FullRangeStart, -9, true);
             data.set(Key::DetailedRangeStart, 7, true);
             data.set(Key::LoopTimeline, true, true);
             data.set(Key::EvaluateSubframes, false, true);
@@ -336,7 +336,7 @@ private Q_SLOTS:
             QCOMPARE(kernel.fps(), 30.0);
             QVERIFY(kernel.keepKeysAtFrame() && kernel.loopTimeline() && !kernel.evaluateSubframes());
             QVERIFY(kernel.playbackRangeHint() == 1 && panel()._local->isChecked());
-            QCOMPARE(shownRanges(), (Ranges{0, 7, 33, 50}));
+            QCOMPARE(shownRanges(), (Ranges{-9, 7, 33, 50}));
             for (const auto& [speed, rate] : {std::make_pair(0, -1.0), {1, 24.0}, {3, 30.0}, {4, 12.5}, {7, 24.0}})
             {
                 data.set(Key::PlaybackSpeed, speed, true);
@@ -363,9 +363,22 @@ private Q_SLOTS:
         deliver(kxMessageId::StopPlayback);
         QVERIFY(!kxFramePlayer::the()->isPlaying());
         QCOMPARE(kxAnimManager::the()->currentFrame(), 6.0);
+    }
+
+    void fillsItsBar()
+    {
         QToolBar* const bar = _docks->getToolbar("Timeline");
-        QVERIFY(bar != nullptr);
+        _window->resize(1200, 300);
+        _window->show();
         bar->show();
+        QTRY_VERIFY(panel()._timeLine->width() > 500);
+        QVERIFY(panel()._timeLine->geometry().right() < panel()._current->x());
+        QVERIFY(panel()._range->width() > 500);
+        for (const QWidget* const widget : panel().findChildren<QWidget*>(QRegularExpression("^_")))
+            if (qobject_cast<const QKXSpiner*>(widget) != nullptr ||
+                qobject_cast<const QToolButton*>(widget) != nullptr)
+                QVERIFY2(!widget->toolTip().isEmpty() && !widget->accessibleName().isEmpty(),
+                         qPrintable(widget->objectName()));
         panel()._close->click();
         QVERIFY(bar->isHidden());
     }
@@ -375,10 +388,9 @@ private Q_SLOTS:
         panel()._prefs->click();
         QDialog* const dialog = _window->findChild<QDialog*>(QStringLiteral("Animation Settings"));
         QVERIFY(dialog != nullptr && dialog->isVisible() && !dialog->isModal());
-        QKXSpiner* const start = dialog->findChild<QKXSpiner*>("_fullRangeStart");
-        QKXSpiner* const end = dialog->findChild<QKXSpiner*>("_fullRangeEnd");
+        auto* const end = dialog->findChild<QKXSpiner*>("_fullRangeEnd");
         QCOMPARE(end->value(), 50);
-        start->setValue(60);
+        dialog->findChild<QKXSpiner*>("_fullRangeStart")->setValue(60);
         end->setValue(40);
         dialog->findChild<QDialogButtonBox*>("_buttonBox")->button(QDialogButtonBox::Ok)->click();
         QVERIFY(!dialog->isVisible());
