@@ -1,17 +1,10 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxHostServices.h>
-#include <app/kxSceneEdits.h>
 #include <files/kxSceneFile.h>
 #include <files/kxSceneIO.h>
-#include <kxAnimManager.h>
-#include <kxUndo.h>
 #include <scene/UberMaterial.h>
-#include <scene/kxScene.h>
 #include <view/kxPrimitives.h>
-
-#include <QFile>
-#include <QTemporaryDir>
 
 void kxSceneFixture::clear()
 {

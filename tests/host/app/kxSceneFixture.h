@@ -1,13 +1,20 @@
 #pragma once
 
-#include <QByteArray>
-#include <QUndoStack>
+#include <app/kxSceneEdits.h>
+#include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
+#include <kxTable.h>
+#include <kxUndo.h>
 #include <osg/SceneCores.h>
+#include <scene/kxScene.h>
+
+#include <QUndoStack>
+#include <QtTest>
 
 #include <functional>
 #include <vector>
 
-/// A scene to edit, and the means to tell whether two states of it are the same.
+/// A scene to edit, and the means to tell whether two states of it are the same; with what each test of a scene needs.
 namespace kxSceneFixture
 {
 /// A closed scene and an empty list of steps.

@@ -1,16 +1,10 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxClippingPlane.h>
-#include <app/kxSceneEdits.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
-#include <kxUndo.h>
 #include <scene/ClippingPlane.h>
-#include <scene/kxScene.h>
 #include <view/kxClipQuad.h>
-
-#include <QUndoStack>
-#include <QtTest>
 
 using namespace kxSceneFixture;
 

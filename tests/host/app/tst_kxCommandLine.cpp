@@ -1,6 +1,5 @@
 #include <app/kxCommandLine.h>
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <kxTable.h>

@@ -1,17 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxDocument.h>
-#include <app/kxSceneEdits.h>
-#include <kernel/kxSelection.h>
-#include <kxAnimManager.h>
-#include <kxTable.h>
-#include <kxUndo.h>
 #include <osg/AnimAttachments.h>
-#include <scene/kxScene.h>
-
-#include <QTemporaryDir>
-#include <QUndoStack>
-#include <QtTest>
 
 using namespace kxSceneFixture;
 

@@ -1,10 +1,6 @@
 #include <files/kxSceneFile.h>
 
-#include <QDir>
-#include <QFileInfo>
 #include <QImage>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <kxTable.h>

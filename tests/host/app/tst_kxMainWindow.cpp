@@ -3,28 +3,14 @@
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
 #include <kernel/kxLogModel.h>
-#include <kernel/kxSelection.h>
 #include <kxLog.h>
-#include <kxTable.h>
 #include <panels/kxSceneTreePanel.h>
 #include <python/kxPythonConsole.h>
-#include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
-#include <QAbstractItemView>
-#include <QAccessible>
-#include <QBoxLayout>
-#include <QGridLayout>
-#include <QLineEdit>
-#include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QStatusBar>
-#include <QTabBar>
-#include <QTreeView>
-#include <QtTest>
-
 #include <functional>
+
+#include <QtWidgets>
 
 class tst_kxMainWindow : public QObject
 {

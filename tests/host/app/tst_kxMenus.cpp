@@ -2,31 +2,13 @@
 
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
-#include <app/kxSceneEdits.h>
 #include <app/kxWelcome.h>
-#include <kernel/kxSelection.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
-#include <kxTable.h>
 #include <python/kxInterpreter.h>
-#include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QMessageBox>
-#include <QMimeData>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QShortcut>
-#include <QShortcutEvent>
-#include <QStatusBar>
-#include <QTemporaryDir>
-#include <QTextBlock>
-#include <QTextBrowser>
-#include <QTreeWidget>
-#include <QtTest>
+#include <QtWidgets>
 
 using namespace kxSceneFixture;
 

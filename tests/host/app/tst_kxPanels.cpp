@@ -1,35 +1,16 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxSceneEdits.h>
 #include <kernel/kxLogModel.h>
 #include <kernel/kxPreferencesStore.h>
-#include <kernel/kxSelection.h>
 #include <kxLog.h>
 #include <kxPreferences.h>
-#include <kxTable.h>
-#include <kxUndo.h>
 #include <panels/kxLogPanel.h>
 #include <panels/kxMaterialModel.h>
 #include <panels/kxMaterialPanel.h>
 #include <panels/kxPreferencesDialog.h>
 #include <scene/UberMaterial.h>
-#include <scene/kxScene.h>
 
-#include <QAbstractItemModelTester>
-#include <QAction>
-#include <QClipboard>
-#include <QComboBox>
-#include <QDialogButtonBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
-#include <QListWidget>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QSpinBox>
-#include <QStackedWidget>
-#include <QToolButton>
-#include <QUndoStack>
+#include <QtWidgets>
 
 using namespace kxSceneFixture;
 

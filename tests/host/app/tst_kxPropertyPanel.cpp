@@ -1,30 +1,16 @@
 #include "kxSceneFixture.h"
 
 #include <QKXSpiner.h>
-#include <app/kxSceneEdits.h>
-#include <kernel/kxSelection.h>
-#include <kxAnimManager.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
-#include <kxTable.h>
-#include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxColorButton.h>
 #include <panels/kxPropertyPanel.h>
 #include <panels/kxPropertyRow.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
-#include <scene/kxScene.h>
 
-#include <QCheckBox>
-#include <QColorDialog>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPointer>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QUndoStack>
-#include <QtTest>
+#include <QtWidgets>
 
 using namespace kxSceneFixture;
 

@@ -6,22 +6,10 @@
 #include <app/kxMainWindow.h>
 #include <app/kxRenderDialog.h>
 #include <app/kxRenderJob.h>
-#include <kernel/kxSelection.h>
 #include <kxAnimFixture.h>
-#include <kxAnimManager.h>
 #include <kxOwned.h>
-#include <kxTable.h>
-#include <scene/kxScene.h>
 
-#include <QAction>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QStatusBar>
-#include <QTemporaryDir>
-#include <QtTest>
+#include <QtWidgets>
 
 using namespace kxSceneFixture;
 

@@ -1,23 +1,16 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxSceneEdits.h>
 #include <app/kxSceneObjects.h>
-#include <kernel/kxSelection.h>
-#include <kxAnimManager.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
-#include <kxTable.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
-#include <scene/kxScene.h>
-
-#include <QtTest>
 
 #include <cmath>
 

@@ -1,19 +1,12 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxSceneEdits.h>
-#include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
-#include <kxTable.h>
 #include <panels/kxSceneTreeModel.h>
 #include <panels/kxSceneTreePanel.h>
-#include <scene/kxScene.h>
 
-#include <QAbstractItemModelTester>
 #include <QContextMenuEvent>
 #include <QMenu>
-#include <QMimeData>
 #include <QTreeView>
-#include <QtTest>
 
 using namespace kxSceneFixture;
 

@@ -1,17 +1,8 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxSceneEdits.h>
-#include <kernel/kxSelection.h>
 #include <kxAnimEvaluator.h>
-#include <kxAnimManager.h>
-#include <kxTable.h>
-#include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxUndoPanel.h>
-#include <scene/kxScene.h>
-
-#include <QUndoStack>
-#include <QtTest>
 
 using namespace kxSceneFixture;
 

@@ -1,7 +1,4 @@
-#include <QFile>
 #include <QImage>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 /// The example scripts, run by the program without a window: what they build has to move as they say.

@@ -6,13 +6,8 @@
 #include <python/kxPythonEditor.h>
 #include <python/kxPythonPrompt.h>
 
-#include <QAction>
-#include <QLabel>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTemporaryDir>
 #include <QtTest>
+#include <QtWidgets>
 
 class tst_kxPythonConsole : public QObject
 {

@@ -1,9 +1,7 @@
 #include "../app/kxSceneFixture.h"
 
-#include <kxUndo.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxStepModel.h>
-#include <scene/kxScene.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryActions.h>
 #include <scenery/kxSceneryEdits.h>
@@ -11,16 +9,7 @@
 #include <view/kxView3D.h>
 #include <widgets/kxStyle.h>
 
-#include <QAbstractItemDelegate>
-#include <QAction>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QLabel>
-#include <QMenu>
-#include <QToolButton>
-#include <QTreeView>
-#include <QUndoStack>
-#include <QtTest>
+#include <QtWidgets>
 
 using kxScenery::Kind;
 

@@ -1,21 +1,14 @@
-#include <app/kxSceneEdits.h>
 #include <files/kxSceneIO.h>
 #include <kernel/kxLogModel.h>
 #include <kxAnimFixture.h>
-#include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
-#include <kxUndo.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 
 #include "../app/kxSceneFixture.h"
-
-#include <QTemporaryDir>
-#include <QUndoStack>
-#include <QtTest>
 
 #include <set>
 
