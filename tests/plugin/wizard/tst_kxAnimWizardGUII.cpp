@@ -1,76 +1,28 @@
-#include "../clipmaker/kxClipMakerFixture.h"
-#include "kxPictureView.h"
+#include "kxWizardFixture.h"
 
 #include <wizard/kxAnimWizClipGUI.h>
-#include <wizard/kxAnimWizardGUII.h>
 
-#include <animation/kxPlaybackClock.h>
 #include <files/kxSceneIO.h>
-#include <kernel/kxSelection.h>
 #include <kxMarks.h>
 #include <kxOwned.h>
 #include <scene/CameraLight.h>
-#include <scene/UberMaterial.h>
 
 #include <kxAnimEvaluator.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <kxTable.h>
 
 #include <cmath>
 
 namespace
 {
-double clockSeconds = 0;
-
-void tickAt(double seconds)
-{
-    clockSeconds = seconds;
-    kxPlaybackClock::the().tick();
-}
-
-float x(const osg::NodePtr& object)
-{
-    return kxAnimFixture::transform(object)->getTranslation().x();
-}
-void moveTo(const osg::NodePtr& object, float position)
-{
-    kxAnimFixture::transform(object)->setTranslation(osg::Vec3f(position, 0, 0));
-    osg::markChanged(kxAnimFixture::transform(object), osg::Transform::TranslationFieldMask);
-}
-std::vector<osg::AnimNodePtr> blocksOf(const osg::FieldContainerPtr& object)
-{
-    std::vector<osg::AnimNodePtr> blocks;
-    if (const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(object))
-        attachment->getTopLevelAnimations(blocks, true);
-    return blocks;
-}
-/// The curve of a channel, null where the block has none.
-osg::AnimCurvePtr curveIn(const osg::AnimNodePtr& block, const std::string& channel, const std::string& suffix)
-{
-    for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
-        if (curve->getChannelName() == channel && curve->getSuffix() == suffix)
-            return curve;
-    return osg::AnimCurvePtr();
-}
-osg::MaterialPtr addPaint()
-{
-    const osg::MaterialPtr paint = osg::UberMaterial::create();
-    paint->setNodeName("Paint");
-    kxScene::the()->addMaterial(paint);
-    return paint;
-}
 /// A clip with its children, each with its start.
 QString textOf(const osg::NodePtr& node)
 {
@@ -82,44 +34,12 @@ QString textOf(const osg::NodePtr& node)
         text += textOf(child);
     return text + ")";
 }
-void select(const std::vector<osg::NodePtr>& nodes, const std::vector<osg::MaterialPtr>& materials = {})
-{
-    kxSelection::the().selectNodes(nodes);
-    kxSelection::the().selectMaterials(materials);
-}
 } // namespace
 
-/// The wizard of the clip maker, with a screen to take pictures of, and the objects "Box" and "Lid" in the scene.
 class tst_kxAnimWizardGUII : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        kxPlaybackClock::the().setSource([] { return clockSeconds; });
-    }
-
-    void cleanupTestCase() { kxPlaybackClock::the().setSource(nullptr); }
-
-    void init()
-    {
-        _screen = std::make_unique<kxPictureView>();
-        _maker = std::make_unique<kxClipMakerFixture>();
-        _box = kxAnimFixture::object("Box");
-        _lid = kxAnimFixture::object("Lid");
-        _wizard = _maker->window.findChild<kxAnimWizardGUII*>();
-        QVERIFY(_wizard != nullptr && _wizard->isHidden());
-        _maker->window.show();
-        clockSeconds = 0;
-    }
-
-    void cleanup()
-    {
-        kxSelection::the().clear();
-        _maker.reset();
-        _screen.reset();
-    }
-
     void coversWhatTheModeSays_data()
     {
         kxColumns<QString, bool, bool, QString, QString>("mode", "withNode", "withMaterial", "warning", "missing");
@@ -140,60 +60,59 @@ private Q_SLOTS:
         QFETCH(bool, withNode);
         QFETCH(bool, withMaterial);
         QFETCH(QString, missing);
-        const osg::MaterialPtr paint = addPaint();
-        select(withNode ? std::vector<osg::NodePtr>{_box} : std::vector<osg::NodePtr>(),
-               withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
-        _wizard->showWizard();
-        _wizard->findChild<QRadioButton*>(mode)->click();
-        _wizard->_captureText->clear();
-        QTEST(said([this] { _wizard->next(); }), "warning");
-        QCOMPARE(_wizard->currentId(), missing.isEmpty() ? 0 : 1);
+        kxWizardFixture f;
+        const osg::MaterialPtr paint = f.addPaint();
+        f.selectObjects(withNode ? std::vector<osg::NodePtr>{f.box} : std::vector<osg::NodePtr>(),
+                        withMaterial ? std::vector<osg::MaterialPtr>{paint} : std::vector<osg::MaterialPtr>());
+        f.wizard->showWizard();
+        f.wizard->findChild<QRadioButton*>(mode)->click();
+        f.wizard->_captureText->clear();
+        QTEST(f.said([&f] { f.wizard->next(); }), "warning");
+        QCOMPARE(f.wizard->currentId(), missing.isEmpty() ? 0 : 1);
         if (missing.isEmpty())
             return;
         const QString modified = mode == "_geoType"   ? "object"
                                  : mode == "_matType" ? "material"
                                                       : "object and material";
-        QCOMPARE(_wizard->_captureText->text(),
+        QCOMPARE(f.wizard->_captureText->text(),
                  "Capture start state, modify " + modified + ", then capture end state.");
-        QCOMPARE(said([this] { finish(); }), "Captures of the following objects are missing:\n\n" + missing +
-                                                 "\nPlease capture start and end state!");
-        QVERIFY(_wizard->isVisible());
+        QCOMPARE(f.said([&f] { f.finish(); }), "Captures of the following objects are missing:\n\n" + missing +
+                                                   "\nPlease capture start and end state!");
+        QVERIFY(f.wizard->isVisible());
     }
 
     void namesMissingCaptures()
     {
-        open({_box});
-        _screen.reset();
-        _wizard->_captureEnd->click(); // captures nothing
-        _screen = std::make_unique<kxPictureView>();
-        _wizard->_captureStart->click();
-        select({_lid}); // joins, and what was captured stays
-        _wizard->_captureEnd->click();
+        kxWizardFixture f;
+        f.open({f.box});
+        f.screen.reset();
+        f.wizard->_captureEnd->click(); // captures nothing
+        f.screen = std::make_unique<kxPictureView>();
+        f.wizard->_captureStart->click();
         const QString frame =
             "Captures of the following objects are missing:\n\n%1\nPlease capture start and end state!";
-        QCOMPARE(said([this] { finish(); }), frame.arg("Lid: start\n"));
-        _wizard->_captureStart->click();
-        const osg::NodePtr late = kxAnimFixture::object("Late");
-        select({late});
-        _wizard->_captureStart->click();
-        QCOMPARE(said([this] { finish(); }), frame.arg("Late: end\n"));
-        select({});
-        QCOMPARE(said([this] { _wizard->_captureEnd->click(); }),
+        QCOMPARE(f.said([&f] { f.finish(); }), frame.arg("Box: end\n"));
+        f.selectObjects({f.lid}); // joins, and what was captured stays
+        f.wizard->_captureEnd->click();
+        QCOMPARE(f.said([&f] { f.finish(); }), frame.arg("Lid: start\n"));
+        f.selectObjects({});
+        QCOMPARE(f.said([&f] { f.wizard->_captureEnd->click(); }),
                  QString("Nothing selected. Please select aims in the scene respectively scenegraph!"));
-        QCOMPARE(clips()->getNChildren(), 0u);
+        QCOMPARE(f.clips()->getNChildren(), 0u);
     }
 
     void makesTheClip()
     {
-        captureBox(1, 5);
-        _wizard->_name->setText("Door");
-        _wizard->_startTime->setValue(1.5);
-        _wizard->_duration->setValue(4);
-        _wizard->_interpolation->setCurrentIndex(3);
-        finish();
-        QVERIFY(_wizard->isHidden());
-        QCOMPARE(clips()->getNChildren(), 1u); // a clip of its own below a new one
-        const osg::AnimNodePtr clip = child(child(clips()));
+        kxWizardFixture f;
+        f.captureBox(1, 5);
+        f.wizard->_name->setText("Door");
+        f.wizard->_startTime->setValue(1.5);
+        f.wizard->_duration->setValue(4);
+        f.wizard->_interpolation->setCurrentIndex(3);
+        f.finish();
+        QVERIFY(f.wizard->isHidden());
+        QCOMPARE(f.clips()->getNChildren(), 1u); // a clip of its own below a new one
+        const osg::AnimNodePtr clip = f.child(f.child(f.clips()));
         QCOMPARE(kxNodeUtils::getName(clip), std::string("Door"));
         QCOMPARE(clip->getOffset(), osg::Vec2f(1.5f, 0));
         const osg::AnimWizClipPtr core = osg::AnimWizClipPtr::dcast(clip->getCore());
@@ -202,11 +121,11 @@ private Q_SLOTS:
         for (const osg::ImagePtr& image : {core->getStartImage(), core->getEndImage()})
             QCOMPARE(QImageConverter::convertToQImage(image).pixelColor(48, 48), QColor(Qt::red));
 
-        QCOMPARE(blocksOf(_box).size(), std::size_t(1));
-        const osg::AnimNodePtr block = blocksOf(_box).front();
+        QCOMPARE(f.blocksOf(f.box).size(), std::size_t(1));
+        const osg::AnimNodePtr block = f.blocksOf(f.box).front();
         QCOMPARE(kxNodeUtils::getName(block), std::string("Box_Door"));
         QCOMPARE(osg::AnimBlockPtr::dcast(block->getCore())->getName(), std::string("Box_Door"));
-        QVERIFY(child(clip)->getCore() == block->getCore() && child(clip) != block);
+        QVERIFY(f.child(clip)->getCore() == block->getCore() && f.child(clip) != block);
         for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(block))
         {
             QCOMPARE(curve->getControlPoints().size(), std::size_t(2));
@@ -218,73 +137,74 @@ private Q_SLOTS:
             QCOMPARE(first.outType, 2u);
             QCOMPARE(last.outType, 1u);
         }
-        QVERIFY(curveIn(block, "rotation", "Z") != osg::NullFC);
+        QVERIFY(f.curveIn(block, "rotation", "Z") != osg::NullFC);
         kxAnimManager::the()->setCurrentFrame(48, true, false);
-        QCOMPARE(x(_box), 3.0f); // half way, eased on both sides
+        QCOMPARE(f.x(f.box), 3.0f); // half way, eased on both sides
 
         // The next one starts anew, and bears no name that is taken.
-        captureBox(5, 6);
-        QCOMPARE(_wizard->_duration->value(), 2.0);
-        _wizard->_name->setText("Door");
-        _wizard->_startTime->setValue(20); // clear of the first
-        finish();
-        QCOMPARE(blocksOf(_box).size(), std::size_t(2));
-        QCOMPARE(kxNodeUtils::getName(blocksOf(_box).back()), std::string("Box_Door_1"));
-        _wizard->showWizard();
-        QCOMPARE(_wizard->_name->text(), QString("Animation"));
-        QVERIFY(_wizard->_captureStart->icon().isNull() && !_wizard->_captureStart->text().isEmpty());
+        f.captureBox(5, 6);
+        QCOMPARE(f.wizard->_duration->value(), 2.0);
+        f.wizard->_name->setText("Door");
+        f.wizard->_startTime->setValue(20); // clear of the first
+        f.finish();
+        QCOMPARE(f.blocksOf(f.box).size(), std::size_t(2));
+        QCOMPARE(kxNodeUtils::getName(f.blocksOf(f.box).back()), std::string("Box_Door_1"));
+        f.wizard->showWizard();
+        QCOMPARE(f.wizard->_name->text(), QString("Animation"));
+        QVERIFY(f.wizard->_captureStart->icon().isNull() && !f.wizard->_captureStart->text().isEmpty());
     }
 
     void capturesMaterialsAndCameras()
     {
-        const osg::MaterialPtr paint = addPaint();
-        const osg::NodePtr camera = kxAnimFixture::object("Camera");
+        kxWizardFixture f;
+        const osg::MaterialPtr paint = f.addPaint();
+        const osg::NodePtr camera = f.object("Camera");
         camera->setCore(osg::Camera::create());
-        select({camera}, {paint});
-        _wizard->showWizard();
-        _wizard->_geoMatType->click();
-        _wizard->next();
-        _wizard->_captureStart->click();
+        f.selectObjects({camera}, {paint});
+        f.wizard->showWizard();
+        f.wizard->_geoMatType->click();
+        f.wizard->next();
+        f.wizard->_captureStart->click();
         std::vector<kxAnimManager::kxOSGChannelData> channels;
         kxAnimManager::the()->getKeyableChannels(paint, channels);
         const kxAnimManager::kxOSGChannelData changed = channels.front();
         const float before = kxAnimManager::the()->getOSGFieldValue(changed);
         kxAnimEvaluator::the()->setOSGFieldValue(changed, before + 0.125f, true);
         const float after = kxAnimManager::the()->getOSGFieldValue(changed);
-        _wizard->_captureEnd->click();
-        finish();
-        QCOMPARE(blocksOf(paint).size(), std::size_t(1));
-        const osg::AnimCurvePtr curve = curveIn(blocksOf(paint).front(), changed.name, changed.suffix);
+        f.wizard->_captureEnd->click();
+        f.finish();
+        QCOMPARE(f.blocksOf(paint).size(), std::size_t(1));
+        const osg::AnimCurvePtr curve = f.curveIn(f.blocksOf(paint).front(), changed.name, changed.suffix);
         QCOMPARE(curve->getControlPoints(0).y(), before);
         QCOMPARE(curve->getControlPoints(1).y(), after);
         QVERIFY(before != after);
-        const osg::AnimNodePtr shot = blocksOf(camera).front();
-        QVERIFY(curveIn(shot, "translation", "X") != osg::NullFC);
-        QVERIFY(curveIn(shot, "focalLength", "") == osg::NullFC);
-        const osg::AnimNodePtr clip = child(child(clips()));
+        const osg::AnimNodePtr shot = f.blocksOf(camera).front();
+        QVERIFY(f.curveIn(shot, "translation", "X") != osg::NullFC);
+        QVERIFY(f.curveIn(shot, "focalLength", "") == osg::NullFC);
+        const osg::AnimNodePtr clip = f.child(f.child(f.clips()));
         QCOMPARE(clip->getNChildren(), 2u);
-        QVERIFY(child(clip, 0)->getOffset().y() != child(clip, 1)->getOffset().y());
+        QVERIFY(f.child(clip, 0)->getOffset().y() != f.child(clip, 1)->getOffset().y());
     }
 
     void goesIntoTheSelectedClip()
     {
-        const osg::AnimNodePtr inner = kxAnimFixture::clip("Inner", {});
-        const osg::AnimNodePtr outer = kxAnimFixture::clip("Outer", {inner});
+        kxWizardFixture f;
+        const osg::AnimNodePtr inner = f.clip("Inner", {});
+        const osg::AnimNodePtr outer = f.clip("Outer", {inner});
         kxAnimManager::the()->addToClipStructure(outer);
         inner->setOffset(osg::Vec2f(10, 0));
-        const osg::AnimNodePtr other =
-            kxAnimFixture::block("Other", {kxAnimFixture::curve("translation", "X", {{0, 0}, {9, 1}})});
-        kxAnimManager::the()->addAnimation(_lid, other);
-        inner->addChild(kxAnimFixture::clone(other, 0));
-        kxAnimFixture::changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
-        _maker->tree->rebuild(true);
-        _maker->select(inner);
-        captureBox(0, 1);
-        _wizard->_startTime->setValue(12);
-        finish();
+        const osg::AnimNodePtr other = f.block("Other", {f.curve("translation", "X", {{0, 0}, {9, 1}})});
+        kxAnimManager::the()->addAnimation(f.lid, other);
+        inner->addChild(f.clone(other, 0));
+        f.changed(inner, osg::AnimNodeBase::OffsetFieldMask | osg::Node::ChildrenFieldMask);
+        f.tree->rebuild(true);
+        f.select(inner);
+        f.captureBox(0, 1);
+        f.wizard->_startTime->setValue(12);
+        f.finish();
         QCOMPARE(outer->getNChildren(), 1u);
         QCOMPARE(inner->getNChildren(), 2u);
-        QCOMPARE(child(inner, 1)->getOffset(), osg::Vec2f(2, 50)); // at second 12 of the scene, beside the other
+        QCOMPARE(f.child(inner, 1)->getOffset(), osg::Vec2f(2, 50)); // at second 12 of the scene, beside the other
     }
 
     void settlesInterference_data()
@@ -305,75 +225,77 @@ private Q_SLOTS:
     {
         QFETCH(QString, choice);
         QFETCH(float, existingAt);
+        kxWizardFixture f;
         kxAnimManager::the()->setFPS(2);
-        const osg::AnimNodePtr old =
-            kxAnimFixture::block("Old", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 1}})});
-        kxAnimManager::the()->addAnimation(_box, old);
-        const osg::AnimNodePtr sub = kxAnimFixture::clip("Sub", {kxAnimFixture::clone(old, existingAt)});
-        const osg::AnimNodePtr show = kxAnimFixture::clip("Show", {sub});
+        const osg::AnimNodePtr old = f.block("Old", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
+        kxAnimManager::the()->addAnimation(f.box, old);
+        const osg::AnimNodePtr sub = f.clip("Sub", {f.clone(old, existingAt)});
+        const osg::AnimNodePtr show = f.clip("Show", {sub});
         kxAnimManager::the()->addToClipStructure(show);
         const bool aside = choice.startsWith('+');
         if (aside)
-            show->addChild(kxAnimFixture::clip("Side", {}));
-        _maker->tree->rebuild(true);
-        _maker->select(aside ? child(show, 1) : show);
+            show->addChild(f.clip("Side", {}));
+        f.tree->rebuild(true);
+        f.select(aside ? f.child(show, 1) : show);
         choice.remove('+');
-        captureBox(0, 1);
-        const bool asked = answered<QDialog>([this] { finish(); },
-                                             [&choice](QDialog* dialog)
-                                             {
-                                                 if (choice.isEmpty())
-                                                     return dialog->reject();
-                                                 dialog->findChild<QRadioButton*>(choice)->click();
-                                                 dialog->accept();
-                                             });
+        f.captureBox(0, 1);
+        const bool asked = f.answered<QDialog>([&f] { f.finish(); },
+                                               [&choice](QDialog* dialog)
+                                               {
+                                                   if (choice.isEmpty())
+                                                       return dialog->reject();
+                                                   dialog->findChild<QRadioButton*>(choice)->click();
+                                                   dialog->accept();
+                                               });
         QCOMPARE(asked, choice != "-");
-        QCOMPARE(_wizard->isVisible(), choice.isEmpty());
+        QCOMPARE(f.wizard->isVisible(), choice.isEmpty());
         QString dump;
-        for (const osg::NodePtr& clip : clips()->getChildren())
+        for (const osg::NodePtr& clip : f.clips()->getChildren())
             dump += textOf(clip) + ",";
         QTEST(dump, "after");
     }
 
     void previewsToTheEnd()
     {
-        open({_box, _lid});
-        _wizard->_captureStart->click();
-        moveTo(_box, 8);
-        moveTo(_lid, 4);
-        _wizard->_captureEnd->click();
-        _wizard->_preview->click();
-        for (QWidget* const field : {static_cast<QWidget*>(_wizard->_captureStart),
-                                     static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
+        kxWizardFixture f;
+        f.open({f.box, f.lid});
+        f.wizard->_captureStart->click();
+        f.moveTo(f.box, 8);
+        f.moveTo(f.lid, 4);
+        f.wizard->_captureEnd->click();
+        f.wizard->_preview->click();
+        for (QWidget* const field :
+             {static_cast<QWidget*>(f.wizard->_captureStart), static_cast<QWidget*>(f.wizard->_name),
+              static_cast<QWidget*>(f.wizard->_duration)})
             QVERIFY(!field->isEnabled());
-        tickAt(1);
-        QCOMPARE(x(_box), 4.0f);
-        QCOMPARE(x(_lid), 2.0f);
-        tickAt(30);
-        QVERIFY(!_wizard->_preview->isChecked() && _wizard->_duration->isEnabled());
-        QCOMPARE(x(_box), 8.0f);
-        QCOMPARE(x(_lid), 4.0f); // not stopped by the end of the other
-        QVERIFY(kxAnimManager::the()->getAnimAttachment(_box) == osg::NullFC);
+        f.tickAt(1);
+        QCOMPARE(f.x(f.box), 4.0f);
+        QCOMPARE(f.x(f.lid), 2.0f);
+        f.tickAt(30);
+        QVERIFY(!f.wizard->_preview->isChecked() && f.wizard->_duration->isEnabled());
+        QCOMPARE(f.x(f.box), 8.0f);
+        QCOMPARE(f.x(f.lid), 4.0f); // not stopped by the end of the other
+        QVERIFY(kxAnimManager::the()->getAnimAttachment(f.box) == osg::NullFC);
 
-        _wizard->_preview->click();
+        f.wizard->_preview->click();
         kxMessage stranger;
         stranger.set("animNodeId", 0u, true);
         kxController::call(kxMessageName::DequeuedAnimation, stranger, 0);
-        QVERIFY(_wizard->_preview->isChecked());
-        tickAt(31);
-        _wizard->_reset->click();
-        QVERIFY(!_wizard->_preview->isChecked());
-        QCOMPARE(x(_box), 0.0f);
-        tickAt(32);
-        QCOMPARE(x(_box), 0.0f);
+        QVERIFY(f.wizard->_preview->isChecked());
+        f.tickAt(31);
+        f.wizard->_reset->click();
+        QVERIFY(!f.wizard->_preview->isChecked());
+        QCOMPARE(f.x(f.box), 0.0f);
+        f.tickAt(32);
+        QCOMPARE(f.x(f.box), 0.0f);
 
-        _wizard->_duration->setValue(0);
-        _wizard->_preview->click();
-        tickAt(33);
-        QVERIFY(!_wizard->_preview->isChecked());
-        _wizard->reject();
-        _wizard->_preview->click(); // of nothing
-        QVERIFY(!_wizard->_preview->isChecked() && _wizard->_name->isEnabled());
+        f.wizard->_duration->setValue(0);
+        f.wizard->_preview->click();
+        f.tickAt(33);
+        QVERIFY(!f.wizard->_preview->isChecked());
+        f.wizard->reject();
+        f.wizard->_preview->click(); // of nothing
+        QVERIFY(!f.wizard->_preview->isChecked() && f.wizard->_name->isEnabled());
     }
 
     void cancelLeavesNoTrace_data()
@@ -390,287 +312,251 @@ private Q_SLOTS:
     void cancelLeavesNoTrace()
     {
         QFETCH(QString, steps);
-        kxAnimManager::the()->addAnimation(
-            _lid, kxAnimFixture::block("Own", {kxAnimFixture::curve("visible", "", {{0, 1}, {1, 1}})}));
+        kxWizardFixture f;
+        kxAnimManager::the()->addAnimation(f.lid, f.block("Own", {f.curve("visible", "", {{0, 1}, {1, 1}})}));
         const osg::UInt32 highest = osg::UInt32(osg::FieldContainerFactory::the()->getFieldContainerStore().size());
-        open({_box, _lid});
-        _wizard->_captureStart->click();
-        moveTo(_box, 8);
-        moveTo(_lid, 4);
-        _wizard->_captureEnd->click();
+        f.open({f.box, f.lid});
+        f.wizard->_captureStart->click();
+        f.moveTo(f.box, 8);
+        f.moveTo(f.lid, 4);
+        f.wizard->_captureEnd->click();
         if (steps.contains('u'))
-            moveTo(_lid, 6);
+            f.moveTo(f.lid, 6);
         const QByteArray before = saved();
         QVERIFY(!before.isEmpty());
-        moveTo(_lid, 4);
+        f.moveTo(f.lid, 4);
         const int undoCount = kxUndoStack::get(0).stack()->count();
-        double now = clockSeconds;
+        double now = 0;
         for (const QChar step : steps)
         {
             if (step == 'p')
-                _wizard->_preview->click();
+                f.wizard->_preview->click();
             else if (step == 't')
-                tickAt(now += 0.75);
+                f.tickAt(now += 0.75);
             else if (step == 'r')
-                _wizard->_reset->click();
+                f.wizard->_reset->click();
             else
-                moveTo(_lid, 6);
+                f.moveTo(f.lid, 6);
         }
         if (steps == "ptp")
-            QCOMPARE(x(_box), 3.0f); // what is shown stays until then
+            QCOMPARE(f.x(f.box), 3.0f); // what is shown stays until then
         const kxMarks marks;
-        _wizard->reject();
-        QVERIFY(steps.isEmpty() || marks.has(kxAnimFixture::transform(_box))); // the view follows
+        f.wizard->reject();
+        QVERIFY(steps.isEmpty() || marks.has(f.transform(f.box))); // the view follows
         QCOMPARE(saved(), before);
-        tickAt(now + 5);
+        f.tickAt(now + 5);
         QCOMPARE(saved(), before);
         QCOMPARE(kxUndoStack::get(0).stack()->count(), undoCount);
-        QVERIFY(!_wizard->_preview->isChecked());
+        QVERIFY(!f.wizard->_preview->isChecked());
         for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
             QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
     }
 
     void finishesDuringThePreview()
     {
-        captureBox(2, 6);
-        _wizard->_preview->click();
-        tickAt(0.5);
-        finish();
-        QCOMPARE(blocksOf(_box).size(), std::size_t(1));
-        QVERIFY(!kxAnimEvaluator::the()->isPlaying(blocksOf(_box).front()));
-        const float stopped = x(_box);
-        tickAt(1.5);
-        QCOMPARE(x(_box), stopped);
-        QVERIFY(_wizard->_captureStart->isEnabled());
-        QCOMPARE(child(child(clips()))->getNChildren(), 1u);
+        kxWizardFixture f;
+        f.captureBox(2, 6);
+        f.wizard->_preview->click();
+        f.tickAt(0.5);
+        f.finish();
+        QCOMPARE(f.blocksOf(f.box).size(), std::size_t(1));
+        QVERIFY(!kxAnimEvaluator::the()->isPlaying(f.blocksOf(f.box).front()));
+        const float stopped = f.x(f.box);
+        f.tickAt(1.5);
+        QCOMPARE(f.x(f.box), stopped);
+        QVERIFY(f.wizard->_captureStart->isEnabled());
+        QCOMPARE(f.child(f.child(f.clips()))->getNChildren(), 1u);
     }
 
     void survivesDeletedObjects()
     {
-        open({_box, _lid});
-        const kxOwned<osg::Node> kept(kxAnimFixture::object("Undoable"));
+        kxWizardFixture f;
+        f.open({f.box, f.lid});
+        const kxOwned<osg::Node> kept(f.object("Undoable"));
         const osg::NodePtr gone = kept;
-        select({_box, _lid, gone});
-        _wizard->_captureStart->click();
-        _wizard->_preview->click();
-        kxScene::the()->root()->subChild(_box); // dies
-        kxScene::the()->root()->subChild(gone); // as after a delete that can be undone
+        f.selectObjects({f.box, f.lid, gone});
+        f.wizard->_captureStart->click();
+        f.wizard->_preview->click();
+        kxScene::the()->root()->subChild(f.box); // dies
+        kxScene::the()->root()->subChild(gone);  // as after a delete that can be undone
         osg::markChanged(kxScene::the()->root(), osg::Node::ChildrenFieldMask);
-        tickAt(0.5);
-        _wizard->_preview->click();
-        select({_lid});
-        _wizard->_captureEnd->click();
-        _wizard->_interpolation->setCurrentIndex(2);
-        _wizard->_duration->setValue(3);
-        _wizard->_reset->click();
-        finish();
-        QVERIFY(_wizard->isHidden());
-        QCOMPARE(child(child(clips()))->getNChildren(), 1u);
-        QCOMPARE(blocksOf(_lid).size(), std::size_t(1));
-        QVERIFY(blocksOf(gone).empty());
+        f.tickAt(0.5);
+        f.wizard->_preview->click();
+        f.selectObjects({f.lid});
+        f.wizard->_captureEnd->click();
+        f.wizard->_interpolation->setCurrentIndex(2);
+        f.wizard->_duration->setValue(3);
+        f.wizard->_reset->click();
+        f.finish();
+        QVERIFY(f.wizard->isHidden());
+        QCOMPARE(f.child(f.child(f.clips()))->getNChildren(), 1u);
+        QCOMPARE(f.blocksOf(f.lid).size(), std::size_t(1));
+        QVERIFY(f.blocksOf(gone).empty());
 
-        open({_lid});
-        _wizard->_captureStart->click();
-        _wizard->_preview->click();
+        f.open({f.lid});
+        f.wizard->_captureStart->click();
+        f.wizard->_preview->click();
         kxSelection::the().clear();
         kxScene::the()->clear(); // another scene is opened
-        tickAt(1);
-        _wizard->reject();
-        QVERIFY(!_wizard->_preview->isChecked());
+        f.tickAt(1);
+        f.wizard->reject();
+        QVERIFY(!f.wizard->_preview->isChecked());
     }
 
     void keepsTheKeysWithTheFields()
     {
-        moveTo(_box, std::nanf(""));
-        open({_box});
-        _wizard->_captureStart->click();
-        _wizard->_captureEnd->click();
-        _wizard->_duration->setValue(-5);
-        QCOMPARE(_wizard->_duration->value(), 0.0);
-        _wizard->_duration->setValue(7.0 / 24);
-        _wizard->_name->setText("  ");
-        finish();
-        const osg::AnimNodePtr clip = child(child(clips()));
+        kxWizardFixture f;
+        f.moveTo(f.box, std::nanf(""));
+        f.open({f.box});
+        f.wizard->_captureStart->click();
+        f.wizard->_captureEnd->click();
+        f.wizard->_duration->setValue(-5);
+        QCOMPARE(f.wizard->_duration->value(), 0.0);
+        f.wizard->_duration->setValue(7.0 / 24);
+        f.wizard->_name->setText("  ");
+        f.finish();
+        const osg::AnimNodePtr clip = f.child(f.child(f.clips()));
         QCOMPARE(kxNodeUtils::getName(clip), std::string("Animation"));
-        for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(child(clip)))
+        for (const osg::AnimCurvePtr& curve : kxCaptureTable::curvesOf(f.child(clip)))
             for (const osg::CCPnt& key : curve->getControlPoints())
                 QVERIFY(std::isfinite(key.x() + key.y() + key.inX() + key.inY() + key.outX() + key.outY()));
-        const osg::AnimCurvePtr curve = curveIn(child(clip), "translation", "Y");
+        const osg::AnimCurvePtr curve = f.curveIn(f.child(clip), "translation", "Y");
         QVERIFY(std::abs(double(curve->getControlPoints(1).x()) * 24 - 7) < 1e-4); // stays on its frame
     }
 
     void returnInAFieldPressesNothing()
     {
-        captureBox(0, 1);
-        _wizard->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(_wizard));
-        QApplication::setActiveWindow(_wizard);
-        for (QWidget* const field : {static_cast<QWidget*>(_wizard->_name), static_cast<QWidget*>(_wizard->_duration)})
+        kxWizardFixture f;
+        f.captureBox(0, 1);
+        f.wizard->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(f.wizard));
+        QApplication::setActiveWindow(f.wizard);
+        for (QWidget* const field :
+             {static_cast<QWidget*>(f.wizard->_name), static_cast<QWidget*>(f.wizard->_duration)})
         {
-            _wizard->button(QWizard::FinishButton)->setFocus(); // a button that had the focus stays the default one
+            f.wizard->button(QWizard::FinishButton)->setFocus(); // a button that had the focus stays the default one
             field->setFocus();
             QTest::keyClick(field, Qt::Key_Return);
-            QVERIFY(_wizard->isVisible());
-            QCOMPARE(_wizard->currentId(), 1);
-            QVERIFY(!_wizard->_name->hasFocus());
+            QVERIFY(f.wizard->isVisible());
+            QCOMPARE(f.wizard->currentId(), 1);
+            QVERIFY(!f.wizard->_name->hasFocus());
         }
     }
 
     void opensAndClosesByMessages()
     {
+        kxWizardFixture f;
         kxMessage message;
         kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
-        QVERIFY(_wizard->isVisible());
-        _maker->deliver(kxMessageId::StopPlayback);
-        QVERIFY(_wizard->isHidden());
-        _maker->form->findChild<QAbstractButton*>("AnimationWizardButton")->click();
-        QVERIFY(_wizard->isVisible());
-        _wizard->_openClipMaker->setChecked(true);
-        captureBox(0, 1);
-        finish();
-        QVERIFY(_maker->docks.getDockWidget("Clip Maker")->isVisible());
-        open({_box});
-        _maker->deliver(kxMessageId::NewScene);
-        QVERIFY(_wizard->isHidden());
+        QVERIFY(f.wizard->isVisible());
+        f.deliver(kxMessageId::StopPlayback);
+        QVERIFY(f.wizard->isHidden());
+        f.form->findChild<QAbstractButton*>("AnimationWizardButton")->click();
+        QVERIFY(f.wizard->isVisible());
+        f.wizard->_openClipMaker->setChecked(true);
+        f.captureBox(0, 1);
+        f.finish();
+        QVERIFY(f.docks.getDockWidget("Clip Maker")->isVisible());
+        f.open({f.box});
+        f.deliver(kxMessageId::NewScene);
+        QVERIFY(f.wizard->isHidden());
     }
 
     void isPressedWhileItStandsOpen()
     {
-        captureBox(1, 5);
-        _wizard->_name->setText("Door");
+        kxWizardFixture f;
+        f.captureBox(1, 5);
+        f.wizard->_name->setText("Door");
         QShowEvent unminimised;
         QSpontaneKeyEvent::setSpontaneous(&unminimised);
-        qApp->notify(_wizard, &unminimised);
-        QCOMPARE(_wizard->_name->text(), QString("Door"));
-        _wizard->_preview->click();
-        tickAt(0.5);
-        open({_box, _lid}); // what is captured stays
-        QVERIFY(!_wizard->_preview->isChecked() && !_wizard->_captureStart->icon().isNull());
-        QVERIFY(said([this] { finish(); }).contains("\nLid: start and end"));
+        qApp->notify(f.wizard, &unminimised);
+        QCOMPARE(f.wizard->_name->text(), QString("Door"));
+        f.wizard->_preview->click();
+        f.tickAt(0.5);
+        f.open({f.box, f.lid}); // what is captured stays
+        QVERIFY(!f.wizard->_preview->isChecked() && !f.wizard->_captureStart->icon().isNull());
+        QVERIFY(f.said([&f] { f.finish(); }).contains("\nLid: start and end"));
 
-        const osg::MaterialPtr paint = addPaint();
-        select({}, {paint});
-        _wizard->showWizard();
-        _wizard->_matType->click();
-        _wizard->next();
-        QCOMPARE(_wizard->_captureStart->text(), QString("Capture Start"));
-        QCOMPARE(x(_box), 5.0f);
-        _wizard->_captureStart->click();
-        _wizard->_captureEnd->click();
-        finish();
-        QVERIFY(_wizard->isHidden() && blocksOf(_box).empty());
-        QCOMPARE(blocksOf(paint).size(), std::size_t(1));
+        const osg::MaterialPtr paint = f.addPaint();
+        f.selectObjects({}, {paint});
+        f.wizard->showWizard();
+        f.wizard->_matType->click();
+        f.wizard->next();
+        QCOMPARE(f.wizard->_captureStart->text(), QString("Capture Start"));
+        QCOMPARE(f.x(f.box), 5.0f);
+        f.wizard->_captureStart->click();
+        f.wizard->_captureEnd->click();
+        f.finish();
+        QVERIFY(f.wizard->isHidden() && f.blocksOf(f.box).empty());
+        QCOMPARE(f.blocksOf(paint).size(), std::size_t(1));
     }
 
     void makesNoEmptyClip()
     {
-        captureBox(1, 5);
+        kxWizardFixture f;
+        f.captureBox(1, 5);
         kxSelection::the().clear();
-        kxScene::the()->root()->subChild(_box);
-        QVERIFY(said([this] { finish(); }).contains("nothing to animate"));
-        QVERIFY(_wizard->isVisible());
-        QCOMPARE(clips()->getNChildren(), 0u);
+        kxScene::the()->root()->subChild(f.box);
+        QVERIFY(f.said([&f] { f.finish(); }).contains("nothing to animate"));
+        QVERIFY(f.wizard->isVisible());
+        QCOMPARE(f.clips()->getNChildren(), 0u);
     }
 
     void makesOneClipWhereManyAreSelected()
     {
+        kxWizardFixture f;
         for (const char* const name : {"A", "B"})
-            kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip(name, {}));
-        _maker->tree->rebuild(true);
-        _maker->tree->selectAll();
-        captureBox(1, 5);
-        finish();
-        QCOMPARE(clips()->getNChildren(), 3u);
-        QCOMPARE(child(clips(), 0)->getNChildren() + child(clips(), 1)->getNChildren(), 0u);
-        QCOMPARE(blocksOf(_box).front()->getCore(), child(child(child(clips(), 2)))->getCore());
+            kxAnimManager::the()->addToClipStructure(f.clip(name, {}));
+        f.tree->rebuild(true);
+        f.tree->selectAll();
+        f.captureBox(1, 5);
+        f.finish();
+        QCOMPARE(f.clips()->getNChildren(), 3u);
+        QCOMPARE(f.child(f.clips(), 0)->getNChildren() + f.child(f.clips(), 1)->getNChildren(), 0u);
+        QCOMPARE(f.blocksOf(f.box).front()->getCore(), f.child(f.child(f.child(f.clips(), 2)))->getCore());
     }
 
     void opensBesideTheView()
     {
-        _maker->window.setCentralWidget(new QWidget);
-        _maker->window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
+        kxWizardFixture f;
+        f.window.setCentralWidget(new QWidget);
+        f.window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
         kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
-        _wizard->showWizard();
-        const kxOwned<osg::AnimNode> clip(kxAnimFixture::clip("any", {}));
+        f.wizard->showWizard();
+        const kxOwned<osg::AnimNode> clip(f.clip("any", {}));
         dialog->show(clip);
-        for (const QWidget* const window : {static_cast<QWidget*>(_wizard), static_cast<QWidget*>(dialog)})
-            QVERIFY2(window->isVisible() && !window->geometry().intersects(_maker->window.geometry()),
+        for (const QWidget* const window : {static_cast<QWidget*>(f.wizard), static_cast<QWidget*>(dialog)})
+            QVERIFY2(window->isVisible() && !window->geometry().intersects(f.window.geometry()),
                      qPrintable(window->windowTitle()));
     }
 
     void showsItsFieldsInOrder()
     {
-        captureBox(1, 5);
+        kxWizardFixture f;
+        f.captureBox(1, 5);
         QCoreApplication::processEvents();
-        const QWidget* const rows[][2] = {{_wizard->_captureStart, _wizard->_captureEnd},
-                                          {_wizard->_preview, _wizard->_reset}};
+        const QWidget* const rows[][2] = {{f.wizard->_captureStart, f.wizard->_captureEnd},
+                                          {f.wizard->_preview, f.wizard->_reset}};
         for (const auto& [left, right] : rows)
             QVERIFY(left->y() == right->y() && left->geometry().right() < right->x());
-        QVERIFY(_wizard->_captureStart->geometry().bottom() < _wizard->_preview->y());
-        QCOMPARE(_wizard->_preview->x(), _wizard->_captureStart->x());
-        QVERIFY(_wizard->_duration->geometry().right() < _wizard->_captureEnd->geometry().right());
-        _wizard->_duration->setValue(3);
-        _wizard->_duration->stepUp();
-        QCOMPARE(_wizard->_duration->value(), 3.5);
+        QVERIFY(f.wizard->_captureStart->geometry().bottom() < f.wizard->_preview->y());
+        QCOMPARE(f.wizard->_preview->x(), f.wizard->_captureStart->x());
+        QVERIFY(f.wizard->_duration->geometry().right() < f.wizard->_captureEnd->geometry().right());
+        f.wizard->_duration->setValue(3);
+        f.wizard->_duration->stepUp();
+        QCOMPARE(f.wizard->_duration->value(), 3.5);
 
-        _wizard->showMinimized();
-        _wizard->showWizard();
-        QVERIFY(!_wizard->isMinimized());
+        f.wizard->showMinimized();
+        f.wizard->showWizard();
+        QVERIFY(!f.wizard->isMinimized());
         kxAnimManager::the()->setCurrentFrameNoEvaluation(36, false);
-        _wizard->reject();
-        QCOMPARE(_wizard->_startTime->value(), 1.5);
-        for (const QPushButton* const button : {_wizard->_captureStart, _wizard->_captureEnd})
+        f.wizard->reject();
+        QCOMPARE(f.wizard->_startTime->value(), 1.5);
+        for (const QPushButton* const button : {f.wizard->_captureStart, f.wizard->_captureEnd})
             QCOMPARE(button->text(), button->accessibleName());
     }
 
 private:
-    /// Runs `action` and lets `answer` close the modal dialog that it opens; false where none was open.
-    template <class Dialog, class Action, class Answer>
-    bool answered(Action action, Answer answer)
-    {
-        bool isOpen = false;
-        QTimer::singleShot(0, &_maker->window,
-                           [&]
-                           {
-                               auto* const dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-                               isOpen = dialog != nullptr;
-                               if (isOpen)
-                                   answer(dialog);
-                           });
-        action();
-        QCoreApplication::processEvents();
-        return isOpen;
-    }
-    /// The text of the message box that `action` opens, empty for none.
-    template <class Action>
-    QString said(Action action)
-    {
-        QString text;
-        answered<QMessageBox>(action,
-                              [&text](QMessageBox* box)
-                              {
-                                  text = box->text();
-                                  box->buttons().front()->click();
-                              });
-        return text;
-    }
-    void open(const std::vector<osg::NodePtr>& nodes)
-    {
-        select(nodes);
-        _wizard->showWizard();
-        _wizard->next();
-    }
-    /// Opens the wizard for Box and captures it at two places.
-    void captureBox(float from, float to)
-    {
-        open({_box});
-        moveTo(_box, from);
-        _wizard->_captureStart->click();
-        moveTo(_box, to);
-        _wizard->_captureEnd->click();
-    }
-    void finish() { _wizard->button(QWizard::FinishButton)->click(); }
-
     QByteArray saved()
     {
         const QString path = _folder.filePath("scene.kxs");
@@ -679,19 +565,7 @@ private:
         return kxSceneIO::save(path, report) && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    static osg::AnimNodePtr clips() { return kxAnimManager::the()->clipStructureRoot(); }
-
-    static osg::AnimNodePtr child(const osg::NodePtr& node, unsigned int index = 0)
-    {
-        return kxClipMakerFixture::child(node, index);
-    }
-
-    std::unique_ptr<kxClipMakerFixture> _maker;
-    kxAnimWizardGUII* _wizard = nullptr;
-    std::unique_ptr<kxPictureView> _screen;
     QTemporaryDir _folder;
-    osg::NodePtr _box;
-    osg::NodePtr _lid;
 };
 
 QTEST_MAIN(tst_kxAnimWizardGUII)
