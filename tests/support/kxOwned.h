@@ -18,6 +18,7 @@ public:
         _container = osg::FCPtr<T>();
     }
     T* operator->() const { return _container.getCPtr(); }
+    T& operator*() const { return *_container; }
     operator osg::FCPtr<T>() const { return _container; }
     osg::FCPtr<T> get() const { return _container; }
 

@@ -12,16 +12,14 @@
 #include <QtTest>
 
 #include <animation/kxAnimTree.h>
+#include <kxOwned.h>
 
-#include <limits>
 #include <set>
 
 using namespace osg;
 
 namespace
 {
-const float NotANumber = std::numeric_limits<float>::quiet_NaN();
-
 /// Every class that files create.
 const FieldContainerType* const Classes[] = {
     &Node::_type,           &Group::_type,         &Transform::_type,      &Switch::_type,
@@ -32,14 +30,14 @@ const FieldContainerType* const Classes[] = {
     &AnimAttachment::_type, &TagAttachment::_type, &Viewpoint::_type,      &SceneSequence::_type,
     &ClippingPlane::_type};
 /// A class's own fields: name, alternative of the value, channel with suffixes, range, whether stepped and transient.
-QString ownFields(const FieldContainerType& type, const FieldContainerPtr& container)
+QString ownFields(const FieldContainerType& type, const FieldContainer& container)
 {
     QString text = type.getName();
     const std::size_t inherited = type.getParent() == nullptr ? 0 : type.getParent()->fields().size();
     for (std::size_t i = inherited; i < type.fields().size(); ++i)
     {
         const FieldDescription& field = type.fields()[i];
-        QString line = QString("%1:%2").arg(QString::fromStdString(field.name())).arg(field.value(*container).index());
+        QString line = QString("%1:%2").arg(QString::fromStdString(field.name())).arg(field.value(container).index());
         if (field.isAnimatable())
         {
             line += '*' + (field.channel() == field.name() ? QString() : QString::fromStdString(field.channel()));
@@ -79,39 +77,27 @@ class tst_FieldDescription : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void everyClass_data()
-    {
-        QTest::addColumn<int>("index");
-        for (int i = 0; i < int(std::size(Classes)); ++i)
-            QTest::newRow(Classes[i]->getName()) << i;
-    }
-
     void everyClass()
     {
-        QFETCH(int, index);
-        const FieldContainerType& type = *Classes[index];
-        QVERIFY(FieldContainerType::find(type.getName()) == &type);
-        const FieldContainerPtr container = type.create();
-        QVERIFY(container != NullFC);
-        container->addRef();
-        QVERIFY(&container->getType() == &type);
-        std::set<std::string> names;
-        for (const FieldDescription& field : type.fields())
+        for (const FieldContainerType* type : Classes)
         {
-            QVERIFY2(names.insert(field.name()).second, field.name().c_str());
-            QVERIFY2(field.mask().any(), field.name().c_str());
-            const FieldValue value = field.value(*container);
-            // What is read can be written; a value of another type can't.
-            QVERIFY2(field.setValue(*container, value), field.name().c_str());
-            const FieldValue other =
-                std::holds_alternative<bool>(value) ? FieldValue(std::string("x")) : FieldValue(true);
-            QVERIFY2(!field.setValue(*container, other), field.name().c_str());
-            if (std::holds_alternative<float>(value))
-                QVERIFY2(!field.setValue(*container, FieldValue(NotANumber)), field.name().c_str());
-            if (std::holds_alternative<Vec3f>(value))
-                QVERIFY2(!field.setValue(*container, FieldValue(Vec3f(0, NotANumber, 0))), field.name().c_str());
+            QVERIFY2(FieldContainerType::find(type->getName()) == type, type->getName());
+            const kxOwned container(type->create());
+            QVERIFY2(&container->getType() == type, type->getName());
+            std::set<std::string> names;
+            for (const FieldDescription& field : type->fields())
+            {
+                const std::string name = type->getName() + ("." + field.name());
+                QVERIFY2(names.insert(field.name()).second && field.mask().any(), name.c_str());
+                const FieldValue value = field.value(*container);
+                const bool isBool = std::holds_alternative<bool>(value);
+                // What is read can be written; a value of another type or one that is no number can't.
+                QVERIFY2(field.setValue(*container, value), name.c_str());
+                QVERIFY2(!field.setValue(*container, isBool ? FieldValue(std::string("x")) : true), name.c_str());
+                QVERIFY2(!field.setValue(*container, NAN), name.c_str());
+                QVERIFY2(!field.setValue(*container, Vec3f(0, NAN, 0)), name.c_str());
+            }
         }
-        container->subRef();
     }
 
     /// What is written to files and offered as channels: a name that is gone or another is lost in the files of users.
@@ -121,13 +107,11 @@ private Q_SLOTS:
         std::set<const FieldContainerType*> seen;
         for (const FieldContainerType* type : Classes)
         {
-            const FieldContainerPtr container = type->create();
-            container->addRef();
+            const kxOwned container(type->create());
             int at = found.size();
             for (const FieldContainerType* own = type; own != nullptr; own = own->getParent())
                 if (seen.insert(own).second)
-                    found.insert(at, ownFields(*own, container));
-            container->subRef();
+                    found.insert(at, ownFields(*own, *container));
         }
         found = found.filter(QString(' '));
         const char* const expected[] = {
@@ -169,63 +153,51 @@ private Q_SLOTS:
         { return !field.isTransient() && !std::holds_alternative<FieldContainerPtr>(value); };
         for (const FieldContainerType* type : Classes)
         {
-            const FieldContainerPtr container = type->create();
-            container->addRef();
+            const kxOwned container(type->create());
             for (const FieldDescription& field : type->fields())
                 field.setValue(*container, another(field.value(*container)));
-            FieldContainerPtr copy;
-            if (const AnimNodePtr node = AnimNodePtr::dcast(container))
-                copy = cloneAnimTree(node, true);
-            else if (const NodeCorePtr core = NodeCorePtr::dcast(container))
-                copy = kxAnimTree::copyCore(core);
-            if (copy != NullFC)
-            {
-                copy->addRef();
-                for (const FieldDescription& field : type->fields())
-                    if (isKept(field, field.value(*container)))
-                        QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
-                copy->subRef();
-            }
-            container->subRef();
+            FieldContainerPtr copied;
+            if (const AnimNodePtr node = AnimNodePtr::dcast(container.get()))
+                copied = cloneAnimTree(node, true);
+            else if (const NodeCorePtr core = NodeCorePtr::dcast(container.get()))
+                copied = kxAnimTree::copyCore(core);
+            else
+                continue;
+            const kxOwned copy(copied);
+            for (const FieldDescription& field : type->fields())
+                if (isKept(field, field.value(*container)))
+                    QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
         }
     }
 
     void componentsAreClampedAndFinite()
     {
-        const UberMaterialPtr material = UberMaterial::create();
-        material->addRef();
+        const kxOwned material(UberMaterial::create());
         const FieldDescription& roughness = *UberMaterial::_type.field("roughness");
         QVERIFY(roughness.setComponent(*material, 0, 7.0f));
         QCOMPARE(material->getRoughness(), 1.0f);
-        QVERIFY(!roughness.setComponent(*material, 0, NotANumber));
+        QVERIFY(!roughness.setComponent(*material, 0, NAN));
         QVERIFY(!roughness.setComponent(*material, 1, 0.5f));
         QCOMPARE(material->getRoughness(), 1.0f);
-        const NodePtr node = Node::create();
-        node->addRef();
+        QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
+        const kxOwned node(Node::create());
         for (const float shown : {0.4f, 0.6f})
         {
             Node::_type.field("visible")->setComponent(*node, 0, shown);
             QCOMPARE(node->getTravMask(), shown > 0.5f ? UInt32(Node::Active) : 0u);
         }
-        node->subRef();
-        QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
-        material->subRef();
-
-        const SwitchPtr choice = Switch::create();
-        choice->addRef();
+        const kxOwned choice(Switch::create());
         QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, 2.6f));
         QCOMPARE(choice->getChoice(), 3);
         QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, -1e30f));
         QCOMPARE(choice->getChoice(), Switch::All);
-        choice->subRef();
     }
 
     void addressesLeadToTheComponents()
     {
         for (const FieldContainerType* type : Classes)
         {
-            const FieldContainerPtr container = type->create();
-            container->addRef();
+            const kxOwned container(type->create());
             for (const FieldDescription& field : type->fields())
             {
                 float* const address = field.isAnimatable() ? field.address(*container) : nullptr;
@@ -235,7 +207,6 @@ private Q_SLOTS:
                     QCOMPARE(field.component(*container, i), address[i]);
                 }
             }
-            container->subRef();
         }
     }
 
@@ -246,30 +217,23 @@ private Q_SLOTS:
         for (const FieldContainerType* type : Classes)
             for (const FieldContainerType* other : Classes)
             {
-                const FieldContainerPtr holder = type->create(), value = other->create();
-                holder->addRef();
-                value->addRef();
+                kxOwned holder(type->create());
+                const kxOwned value(other->create());
                 for (const FieldDescription& field : type->fields())
                     if (std::holds_alternative<FieldContainerPtr>(field.value(*holder)))
-                        shared += field.setValue(*holder, FieldValue(value)) ? 1 : 0;
-                holder->subRef();
+                        shared += field.setValue(*holder, FieldContainerPtr(value.get())) ? 1 : 0;
+                holder.release();
                 QCOMPARE(value->getRefCount(), 1u);
-                value->subRef();
             }
         QVERIFY(shared >= 8);
-        const GeometryPtr geometry = Geometry::create();
-        geometry->addRef();
-        const MeshPtr mesh = Mesh::create();
-        mesh->addRef();
-        const FieldDescription& material = *Geometry::_type.field("material");
+        const kxOwned geometry(Geometry::create());
+        const kxOwned mesh(Mesh::create());
         const FieldDescription& shape = *Geometry::_type.field("mesh");
-        QVERIFY(!material.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
-        QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr(mesh))));
+        QVERIFY(!Geometry::_type.field("material")->setValue(*geometry, FieldContainerPtr(mesh.get())));
+        QVERIFY(shape.setValue(*geometry, FieldContainerPtr(mesh.get())));
         QCOMPARE(mesh->getRefCount(), 2u);
-        QVERIFY(shape.setValue(*geometry, FieldValue(FieldContainerPtr())));
+        QVERIFY(shape.setValue(*geometry, FieldContainerPtr()));
         QCOMPARE(mesh->getRefCount(), 1u);
-        geometry->subRef();
-        mesh->subRef();
     }
 };
 
