@@ -45,6 +45,18 @@ public:
         kxHostHooks::the().setDockWindowManager(nullptr);
     }
 
+    /// An object with the block "Move" (24 frames), and the clip "Show", which holds the block twice: at frame 0 and at
+    /// frame 48.
+    void fill()
+    {
+        object = kxAnimFixture::object("Box");
+        const osg::AnimNodePtr move = block("Move", {curve("translation", "X", {{0, 0}, {1, 10}})});
+        kxAnimManager::the()->addAnimation(object, move);
+        clip = kxAnimFixture::clip("Show", {clone(move, 0), clone(move, 2)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        tree->rebuild(false);
+        show();
+    }
     void show()
     {
         window.resize(1200, 700);
@@ -76,4 +88,6 @@ public:
     kxAnimClipView* view;
     kxAnimClipScene* shown;
     kxAnimClipStructureWidget* tree;
+    osg::NodePtr object;
+    osg::AnimNodePtr clip;
 };

@@ -13,8 +13,6 @@
 #include <kxFramePlayer.h>
 #include <kxOwned.h>
 #include <kxPlatform.h>
-#include <kxServices.h>
-#include <scene/CameraLight.h>
 
 #include <QAction>
 #include <QStatusBar>
@@ -35,19 +33,8 @@ void hearBlocks(kxMessage& message)
     announced = boost::any_cast<std::vector<osg::AnimNodePtr>>(message.get("blockNodes"));
     onAnnounced();
 }
-
-class Cameras : public kxCameraService
-{
-public:
-    QList<kxdCameraTrackNode> getCameraTracks() const override { return tracks; }
-    QList<kxdViewpointNode> getViewpoints() const override { return viewpoints; }
-    QList<kxdCameraTrackNode> tracks;
-    QList<kxdViewpointNode> viewpoints;
-};
 } // namespace
 
-/// The clip maker in a window of the host; the scene has an object with the block "Move" (24 frames), and the clip
-/// "Show", which holds the block twice: at frame 0 and at frame 48.
 class tst_kxAnimClipEditor : public QObject
 {
     Q_OBJECT
@@ -56,14 +43,9 @@ private Q_SLOTS:
     {
         _maker = std::make_unique<kxClipMakerFixture>();
         _form = _maker->form;
-        _object = kxAnimFixture::object("Box");
-        const osg::AnimNodePtr block =
-            kxAnimFixture::block("Move", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})});
-        kxAnimManager::the()->addAnimation(_object, block);
-        _clip = kxAnimFixture::clip("Show", {kxAnimFixture::clone(block, 0), kxAnimFixture::clone(block, 2)});
-        kxAnimManager::the()->addToClipStructure(_clip);
-        tree()->rebuild(false);
-        _maker->show();
+        _maker->fill();
+        _object = _maker->object;
+        _clip = _maker->clip;
     }
 
     void cleanup() { _maker.reset(); }
@@ -435,109 +417,6 @@ private Q_SLOTS:
         tree()->expandAll();
         tree()->selectAll();
         QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
-    }
-
-    void placesCameraTracks_data()
-    {
-        // clip: that gets the track
-        kxColumns<QString, int, QString>("selected", "clipsBefore", "clip");
-        kxRow("nothing selected", "", 1, "Crane_Clip");
-        kxRow("into the selected clip", "Show", 1, "Show");
-        kxRow("several selected", "Show,Other", 2, "Crane_Clip");
-    }
-
-    void placesCameraTracks()
-    {
-        QFETCH(QString, selected);
-        QFETCH(int, clipsBefore);
-        QFETCH(QString, clip);
-        _clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
-        _clip->setScale(2);
-        kxAnimFixture::changed(_clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
-        const osg::NodePtr camera = kxAnimFixture::object("Crane");
-        camera->setCore(osg::Camera::create());
-        kxAnimManager::the()->addAnimation(
-            camera, kxAnimFixture::block("Way", {kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 10}})}));
-        Cameras cameras;
-        cameras.tracks = {kxdCameraTrackNode(camera.getFieldContainerId())};
-        kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
-        kxNodeService nodes;
-        kxKernelServiceFactory::the().addService<kxNodeService>(&nodes);
-        if (clipsBefore > 1)
-            kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("Other", {}));
-        tree()->rebuild(false);
-        tree()->clearSelection();
-        for (int i = 0; i < tree()->topLevelItemCount(); ++i)
-            tree()->topLevelItem(i)->setSelected(selected.split(',').contains(tree()->topLevelItem(i)->text(0)));
-        QTimer::singleShot(0, this,
-                           []
-                           {
-                               auto* const dialog =
-                                   qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
-                               dialog->_frame->setValue(12);
-                               dialog->accept();
-                           });
-        QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), "addCameraTrack"));
-        kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
-        kxKernelServiceFactory::the().addService<kxNodeService>(nullptr);
-        const osg::AnimNodePtr target = shown()->clip();
-        QCOMPARE(QString::fromStdString(target->getNodeName()), clip);
-        QCOMPARE(tree()->selectedClip(), target);
-        const osg::AnimNodePtr placed = child(target, target->getNChildren() - 1);
-        QVERIFY(placed->getHidden());
-        QCOMPARE(shown()->bars().back()->x(), 12.0);
-        QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(shown()->bars().back()->pos())));
-        // In "Show" a block begins before its end.
-        QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
-        // No clip came but that one, and the clips that were there hold what they held.
-        QCOMPARE(tree()->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
-        QCOMPARE(_clip->getNChildren(), clip == "Show" ? 3u : 2u);
-    }
-
-    void placesTriggers_data()
-    {
-        kxColumns<QString, bool, bool, QString>("slot", "isVariant", "isViewpoint", "toolTip");
-        kxRow("sequence", "addSequence", false, false, "Sequence: Open");
-        kxRow("variant set", "addVariant", true, false, "Variant: Cap/Red");
-        kxRow("viewpoint", "addViewpoint", false, true, "Viewpoint: Side");
-    }
-
-    void placesTriggers()
-    {
-        QFETCH(QString, slot);
-        QFETCH(bool, isVariant);
-        QFETCH(bool, isViewpoint);
-        QFETCH(QString, toolTip);
-        kxCallbacks answers;
-        answers.add(kxMessageName::GetSequences,
-                    [](kxMessage& message) { message.set("sequences", std::set<QString>{"Open"}, true); });
-        answers.add(kxMessageName::GetVariants,
-                    [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
-        Cameras cameras;
-        cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side").getFieldContainerId())};
-        kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
-        select(_clip);
-        QTimer::singleShot(0, this,
-                           []
-                           {
-                               auto* const dialog =
-                                   qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
-                               dialog->_frame->setValue(6000);
-                               dialog->accept();
-                           });
-        QVERIFY(QMetaObject::invokeMethod(_maker->module.get(), qPrintable(slot)));
-        kxKernelServiceFactory::the().addService<kxCameraService>(nullptr);
-        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(child(_clip, 2)->getCore());
-        const QString name = toolTip.section(": ", 1);
-        QCOMPARE(QString::fromStdString(core->getName()), name);
-        QCOMPARE(core->getIsVariant(), isVariant);
-        QCOMPARE(core->getIsViewpoint(), isViewpoint);
-        const kxAnimAbstractClipItem* const marker = shown()->bars().back();
-        QCOMPARE(marker->toolTip(), toolTip);
-        QCOMPARE(marker->x(), 6000.0);
-        QVERIFY(_maker->view->viewport()->rect().contains(_maker->view->mapFromScene(marker->pos() + QPointF(0, 9))));
-        QCOMPARE(tree()->topLevelItem(0)->childCount(), 3);
-        QCOMPARE(tree()->selectedClip(), _clip);
     }
 
     void deletesByTheLastFocus()

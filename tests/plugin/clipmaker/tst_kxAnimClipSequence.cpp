@@ -1,37 +1,62 @@
 #include "kxClipFixture.h"
+#include "kxClipMakerFixture.h"
 
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
+#include <frame/kxCallbacks.h>
 #include <kxCapturedStderr.h>
 
 #include <QKXSpiner.h>
-#include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
+#include <scene/CameraLight.h>
 
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QPushButton>
 #include <kxTable.h>
 
 #include <set>
 
 namespace
 {
-class Cameras : public kxCameraService
+/// The host's services while they live.
+template <class Service>
+struct Provided : Service
 {
-public:
+    Provided() { kxKernelServiceFactory::the().addService<Service>(this); }
+    ~Provided() override { kxKernelServiceFactory::the().addService<Service>(nullptr); }
+};
+
+struct Cameras : Provided<kxCameraService>
+{
+    QList<kxdCameraTrackNode> getCameraTracks() const override { return tracks; }
     QList<kxdViewpointNode> getViewpoints() const override { return viewpoints; }
+    QList<kxdCameraTrackNode> tracks;
     QList<kxdViewpointNode> viewpoints;
 };
 
-void answerSequences(kxMessage& message)
+const kxAnimClipLabel* timeOf(const QGraphicsItem* marker)
 {
-    message.set("sequences", std::set<QString>{"Open", "Close", "Drive"}, true);
+    for (QGraphicsItem* const child : marker->childItems())
+        if (const auto* const label = dynamic_cast<kxAnimClipLabel*>(child);
+            label != nullptr && label->text()[0] == '(')
+            return label;
+    return nullptr;
 }
 
-void answerWrongly(kxMessage& message)
+/// Answers the question that comes next.
+void placeAt(int frame)
 {
-    message.set("variants", 5, true);
+    QTimer::singleShot(0, qApp,
+                       [frame]
+                       {
+                           auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(QApplication::activeModalWidget());
+                           QCOMPARE(dialog->_frame->x(), dialog->_names->x());
+                           dialog->_frame->setValue(frame);
+                           dialog->_buttons->button(QDialogButtonBox::Ok)->click();
+                       });
 }
 
 QStringList namesIn(const QComboBox* box)
@@ -76,6 +101,10 @@ private Q_SLOTS:
         other->setSelected(true);
         f.withMenu(marker, [&f](QMenu* menu) { f.entry(menu, "Active")->trigger(); });
         QVERIFY(!marker->node()->isActive() && other->node()->isActive());
+        f.scene.clearSelection();
+        f.view.centerOn(marker);
+        f.view.grab();
+        QVERIFY(timeOf(marker)->brush() != timeOf(other)->brush());
         f.withMenu(marker,
                    [&f](QMenu* menu)
                    {
@@ -84,25 +113,33 @@ private Q_SLOTS:
                    });
         QCOMPARE(f.scene.bars().size(), 3);
         QVERIFY(qobject_cast<kxAnimClipSequenceItem*>(f.scene.bars()[2]));
+        f.withMenu(marker, [&f](QMenu* menu) { f.entry(menu, "Locked")->trigger(); });
+        QVERIFY(marker->node()->getLocked() && !other->node()->getLocked());
     }
 
     void dialogListsNames()
     {
         kxClipFixture f;
+        kxAnimSequenceGUIW dialog;
+        QCOMPARE(dialog.windowTitle(), QString("Dialog"));
+        dialog.setType(kxAnimSequenceGUIW::Viewpoint); // no cameras
+        QCOMPARE(dialog._names->count(), 0);
         Cameras cameras;
         for (const char* name : {"Side", "Front", "Side"})
             cameras.viewpoints.append(kxdViewpointNode(f.object(name)->getId()));
         cameras.viewpoints.append(kxdViewpointNode(0)); // died
-        kxKernelServiceFactory::the().addService<kxCameraService>(&cameras);
-        kxAnimSequenceGUIW dialog;
-        QCOMPARE(dialog.windowTitle(), QString("Dialog"));
+        cameras.tracks = {kxdCameraTrackNode(f.object("Crane")->getId())};
         dialog.setType(kxAnimSequenceGUIW::Viewpoint);
         QCOMPARE(namesIn(dialog._names), QStringList({"Front", "Side"}));
         QCOMPARE(dialog.windowTitle(), QString("Add Viewpoint"));
 
-        kxController::addCB(kxMessageName::GetSequences, answerSequences);
+        kxCallbacks answers;
+        answers.add(kxMessageName::GetSequences,
+                    [](kxMessage& message) {
+                        message.set("sequences", std::set<QString>{"Open", "Close", "Drive"}, true);
+                    });
+        answers.add(kxMessageName::GetVariants, [](kxMessage& message) { message.set("variants", 5, true); });
         dialog.setType(kxAnimSequenceGUIW::Sequence);
-        kxController::subCB(kxMessageName::GetSequences, answerSequences);
         QCOMPARE(namesIn(dialog._names), QStringList({"Close", "Drive", "Open"}));
         QCOMPARE(dialog._type->text(), QString("Sequences"));
         dialog._frame->setFocus();
@@ -112,13 +149,97 @@ private Q_SLOTS:
         QCOMPARE(dialog.windowTitle(), QString("Add Sequence"));
 
         kxCapturedStderr errors;
-        kxController::addCB(kxMessageName::GetVariants, answerWrongly);
         dialog.setType(kxAnimSequenceGUIW::VariantSet);
-        kxController::subCB(kxMessageName::GetVariants, answerWrongly);
         QCOMPARE(dialog._names->count(), 0);
         QVERIFY(errors.text().contains("Attribute 'variants' has wrong type"));
         dialog.setType(kxAnimSequenceGUIW::CameraTrack); // no node service
         QCOMPARE(dialog._names->count(), 0);
+    }
+
+    void placesCameraTracks_data()
+    {
+        // clip: that gets the track
+        kxColumns<QString, int, QString>("selected", "clipsBefore", "clip");
+        kxRow("nothing selected", "", 1, "Crane_Clip");
+        kxRow("into the selected clip", "Show", 1, "Show");
+        kxRow("several selected", "Show,Other", 2, "Crane_Clip");
+    }
+
+    void placesCameraTracks()
+    {
+        QFETCH(QString, selected);
+        QFETCH(int, clipsBefore);
+        QFETCH(QString, clip);
+        kxClipMakerFixture f;
+        f.fill();
+        f.clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
+        f.clip->setScale(2);
+        f.changed(f.clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
+        const osg::NodePtr camera = kxAnimFixture::object("Crane");
+        camera->setCore(osg::Camera::create());
+        kxAnimManager::the()->addAnimation(camera, f.block("Way", {f.curve("translation", "X", {{0, 0}, {1, 10}})}));
+        Cameras cameras;
+        cameras.tracks = {kxdCameraTrackNode(camera->getId())};
+        const Provided<kxNodeService> nodes;
+        if (clipsBefore > 1)
+            kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("Other", {}));
+        f.tree->rebuild(false);
+        f.tree->clearSelection();
+        for (int i = 0; i < f.tree->topLevelItemCount(); ++i)
+            f.tree->topLevelItem(i)->setSelected(selected.split(',').contains(f.tree->topLevelItem(i)->text(0)));
+        placeAt(12);
+        QVERIFY(QMetaObject::invokeMethod(f.module.get(), "addCameraTrack"));
+        const osg::AnimNodePtr target = f.shown->clip();
+        QCOMPARE(QString::fromStdString(target->getNodeName()), clip);
+        QCOMPARE(f.tree->selectedClip(), target);
+        const osg::AnimNodePtr placed = f.child(target, target->getNChildren() - 1);
+        QVERIFY(placed->getHidden());
+        const kxAnimAbstractClipItem* const bar = f.shown->bars().back();
+        QCOMPARE(bar->x(), 12.0);
+        QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(bar->pos())));
+        // In "Show" a block begins before its end.
+        QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
+        // No clip came but that one, and the clips that were there hold what they held.
+        QCOMPARE(f.tree->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
+        QCOMPARE(f.clip->getNChildren(), clip == "Show" ? 3u : 2u);
+    }
+
+    void placesTriggers_data()
+    {
+        kxColumns<QString, bool, bool, QString>("slot", "isVariant", "isViewpoint", "toolTip");
+        kxRow("sequence", "addSequence", false, false, "Sequence: Open");
+        kxRow("variant set", "addVariant", true, false, "Variant: Cap/Red");
+        kxRow("viewpoint", "addViewpoint", false, true, "Viewpoint: Side");
+    }
+
+    void placesTriggers()
+    {
+        QFETCH(QString, slot);
+        QFETCH(bool, isVariant);
+        QFETCH(bool, isViewpoint);
+        QFETCH(QString, toolTip);
+        kxClipMakerFixture f;
+        f.fill();
+        kxCallbacks answers;
+        answers.add(kxMessageName::GetSequences,
+                    [](kxMessage& message) { message.set("sequences", std::set<QString>{"Open"}, true); });
+        answers.add(kxMessageName::GetVariants,
+                    [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
+        Cameras cameras;
+        cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side")->getId())};
+        f.select(f.clip);
+        placeAt(6000);
+        QVERIFY(QMetaObject::invokeMethod(f.module.get(), qPrintable(slot)));
+        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(f.child(f.clip, 2)->getCore());
+        QCOMPARE(QString::fromStdString(core->getName()), toolTip.section(": ", 1));
+        QCOMPARE(core->getIsVariant(), isVariant);
+        QCOMPARE(core->getIsViewpoint(), isViewpoint);
+        const kxAnimAbstractClipItem* const marker = f.shown->bars().back();
+        QCOMPARE(marker->toolTip(), toolTip);
+        QCOMPARE(marker->x(), 6000.0);
+        QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(marker->pos() + QPointF(0, 9))));
+        QCOMPARE(f.tree->topLevelItem(0)->childCount(), 3);
+        QCOMPARE(f.tree->selectedClip(), f.clip);
     }
 };
 
