@@ -151,9 +151,6 @@ private:
             {
                 meant = pivots.node;
                 matrix = pivots.matrix;
-                for (const std::string& helper : {pivots.translation, pivots.rotation, pivots.scaling})
-                    if (!helper.empty())
-                        _pivots[helper] = pivots;
             }
         const NodePtr node = Node::create();
         node->setNodeName(meant->mName.length == 0 ? "Node" : meant->mName.C_Str());
@@ -283,20 +280,13 @@ private:
     {
         using kxAnimImport::Path;
         const std::string name = source.mNodeName.C_Str();
-        const auto merged = _pivots.find(name);
-        const kxAssimpPivots* const pivots = merged == _pivots.end() ? nullptr : &merged->second;
-        const auto found = _nodes.find(pivots == nullptr ? name : std::string(pivots->node->mName.C_Str()));
+        const auto found = _nodes.find(name);
         if (found == _nodes.end())
             return _report.note(
                 QStringLiteral("an animation moves '%1', which isn't there").arg(QString::fromStdString(name)));
-        // Of a helper, only what it stands for counts.
-        if (pivots == nullptr || pivots->translation == name)
-            addVectors(found->second, Path::Translation, source.mPositionKeys, source.mNumPositionKeys, rate,
-                       animation);
-        if (pivots == nullptr || pivots->scaling == name)
-            addVectors(found->second, Path::Scale, source.mScalingKeys, source.mNumScalingKeys, rate, animation);
-        if (pivots == nullptr || pivots->rotation == name)
-            addRotations(found->second, source, pivots, rate, animation);
+        addVectors(found->second, Path::Translation, source.mPositionKeys, source.mNumPositionKeys, rate, animation);
+        addVectors(found->second, Path::Scale, source.mScalingKeys, source.mNumScalingKeys, rate, animation);
+        addRotations(found->second, source, rate, animation);
     }
 
     void addVectors(const NodePtr& target, kxAnimImport::Path path, const aiVectorKey* keys, unsigned count,
@@ -314,8 +304,7 @@ private:
             animation.channels.push_back(std::move(channel));
     }
 
-    void addRotations(const NodePtr& target, const aiNodeAnim& source, const kxAssimpPivots* pivots, double rate,
-                      kxAnimImport::Animation& animation)
+    void addRotations(const NodePtr& target, const aiNodeAnim& source, double rate, kxAnimImport::Animation& animation)
     {
         kxAnimImport::Channel channel;
         channel.target = target;
@@ -323,11 +312,8 @@ private:
         for (unsigned i = 0; i < source.mNumRotationKeys; ++i)
         {
             const aiQuaternion& q = source.mRotationKeys[i].mValue;
-            QQuaternion rotation(q.w, q.x, q.y, q.z);
-            if (pivots != nullptr)
-                rotation = pivots->before * rotation * pivots->behind;
             channel.times.push_back(float(source.mRotationKeys[i].mTime / rate));
-            channel.values.insert(channel.values.end(), {rotation.x(), rotation.y(), rotation.z(), rotation.scalar()});
+            channel.values.insert(channel.values.end(), {q.x, q.y, q.z, q.w});
         }
         if (!channel.times.empty())
             animation.channels.push_back(std::move(channel));
@@ -338,9 +324,8 @@ private:
     kxFileReport& _report;
     kxAssimpMaterials _materials;
     kxAssimpMeshes _meshes;
-    std::map<std::string, NodePtr> _nodes;         // the first of each name
-    std::set<std::string> _animated;               // names of nodes
-    std::map<std::string, kxAssimpPivots> _pivots; // by the name of a helper that was merged
+    std::map<std::string, NodePtr> _nodes; // the first of each name
+    std::set<std::string> _animated;       // names of nodes
 };
 } // namespace
 

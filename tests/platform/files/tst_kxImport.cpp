@@ -1,6 +1,5 @@
 #include "kxFilesFixture.h"
 
-#include <files/kxGltfImport.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/Mesh.h>
@@ -9,62 +8,12 @@
 #include <QImage>
 #include <QtTest>
 
-#include <assimp/Importer.hpp>
-#include <assimp/config.h>
-#include <assimp/scene.h>
-
 #include <set>
 
 using namespace osg;
 
 namespace
 {
-/// One key as the file has it: 3 numbers, or the 4 of a rotation.
-struct FileKey
-{
-    std::string object;
-    std::size_t animation;
-    std::string channel;
-    double time;
-    std::vector<float> value;
-};
-
-/// Read by nothing of the import but the library.
-std::vector<FileKey> keysOfAssimp(const QString& path)
-{
-    Assimp::Importer importer;
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
-    const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
-    std::vector<FileKey> keys;
-    for (unsigned a = 0; scene != nullptr && a < scene->mNumAnimations; ++a)
-    {
-        const aiAnimation& animation = *scene->mAnimations[a];
-        const double rate = animation.mTicksPerSecond > 0 ? animation.mTicksPerSecond : kxAnimManager::the()->fps();
-        for (unsigned c = 0; c < animation.mNumChannels; ++c)
-        {
-            const aiNodeAnim& channel = *animation.mChannels[c];
-            const std::string name = channel.mNodeName.C_Str();
-            for (unsigned k = 0; k < channel.mNumPositionKeys; ++k)
-            {
-                const aiVectorKey& key = channel.mPositionKeys[k];
-                keys.push_back({name, a, "translation", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z}});
-            }
-            for (unsigned k = 0; k < channel.mNumScalingKeys; ++k)
-            {
-                const aiVectorKey& key = channel.mScalingKeys[k];
-                keys.push_back({name, a, "scale", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z}});
-            }
-            for (unsigned k = 0; k < channel.mNumRotationKeys; ++k)
-            {
-                const aiQuatKey& key = channel.mRotationKeys[k];
-                keys.push_back(
-                    {name, a, "rotation", key.mTime / rate, {key.mValue.x, key.mValue.y, key.mValue.z, key.mValue.w}});
-            }
-        }
-    }
-    return keys;
-}
-
 double angleBetween(const Vec3f& degrees, const std::vector<float>& q)
 {
     return angleBetween(quaternionOf(degrees), QQuaternion(q[3], q[0], q[1], q[2]).normalized());
@@ -124,107 +73,82 @@ class tst_kxImport : public QObject
 private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
 
-    void valuesAtKeyTimes_data()
+    /// The library leaves the steps of a node above it, and makes one animation of all of them.
+    void helpersOfFbxMerge()
     {
-        QTest::addColumn<int>("atLeast"); // keys in the file
-        QTest::newRow("FBX/huesitos.fbx") << 60;
-        QTest::newRow("Collada/anims_with_full_rotations_between_keys.DAE") << 20;
-        QTest::newRow("X/anim_test.x") << 200;
-        QTest::newRow("3DS/CameraRollAnim.3ds") << 4;
-        QTest::newRow("BVH/01_01.bvh") << 1000;
-        QTest::newRow("MDL/MDL (HL1)/man.mdl") << 100;
-    }
-
-    void valuesAtKeyTimes()
-    {
-        QFETCH(int, atLeast);
-        if (modelsFolder().isEmpty())
-            QSKIP("the model collection isn't installed");
-        const QString path = modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag());
+        const QByteArray text = R"(; FBX 7.4.0 project file
+FBXHeaderExtension:  {
+	FBXHeaderVersion: 1003
+	FBXVersion: 7400
+}
+GlobalSettings:  {
+	Version: 1000
+	Properties70:  {
+		P: "UpAxis", "int", "Integer", "",1
+		P: "UnitScaleFactor", "double", "Number", "",1
+	}
+}
+Objects:  {
+	Model: 1, "Model::wheel", "Null" {
+		Version: 232
+		Properties70:  {
+			P: "RotationActive", "bool", "", "",1
+			P: "PreRotation", "Vector3D", "Vector", "",0,0,90
+			P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
+			P: "Lcl Rotation", "Lcl Rotation", "", "A",20,0,0
+		}
+	}
+	AnimationStack: 10, "AnimStack::roll", "" {
+	}
+	AnimationLayer: 11, "AnimLayer::layer", "" {
+	}
+	AnimationCurveNode: 12, "AnimCurveNode::R", "" {
+		Properties70:  {
+			P: "d|X", "Number", "", "A",20
+		}
+	}
+	AnimationCurve: 13, "AnimCurve::", "" {
+		Default: 0
+		KeyVer: 4008
+		KeyTime: *2 {
+			a: 0,46186158000
+		}
+		KeyValueFloat: *2 {
+			a: 20,50
+		}
+	}
+}
+Connections:  {
+	C: "OO",1,0
+	C: "OO",11,10
+	C: "OO",12,11
+	C: "OP",12,1, "Lcl Rotation"
+	C: "OP",13,12, "d|X"
+}
+)";
+        const QString path = _folder.filePath(QStringLiteral("roll.fbx"));
         kxFileReport report(path);
+        QVERIFY(writeFile(path, text));
         QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
-        const std::vector<FileKey> keys = keysOfAssimp(path);
-        QVERIFY2(int(keys.size()) >= atLeast, qPrintable(QString::number(keys.size())));
-        std::map<std::pair<std::string, std::size_t>, AnimNodePtr> blocks;
-        const AnimNodePtr clips = kxAnimManager::the()->clipStructureRoot();
-        for (UInt32 c = 0; c < clips->getNChildren(); ++c)
-            for (const NodePtr& clone : clips->getChild(c)->getChildren())
-            {
-                const NodePtr object = NodePtr::dcast(kxAnimManager::the()->findFirstParent(clone->getCore()));
-                QVERIFY(object != NullFC);
-                blocks[{object->getNodeName(), c}] = AnimNodePtr::dcast(clone);
-            }
-        for (const FileKey& key : keys)
+        QVERIFY(nodeNamed("wheel_$AssimpFbx$_PreRotation") == NullFC);
+        const NodePtr wheel = nodeNamed("wheel");
+        const auto turned = [](double degrees)
         {
-            const auto found = blocks.find({key.object, key.animation});
-            QVERIFY2(found != blocks.end(), key.object.c_str());
-            const Vec3f value = valueAt(found->second, key.channel, key.time);
-            if (key.value.size() == 4)
-                QVERIFY2(angleBetween(value, key.value) < 0.02, key.object.c_str());
-            for (std::size_t i = 0; key.value.size() == 3 && i < 3; ++i)
-                QVERIFY2(std::abs(value[i] - key.value[i]) <= 1e-4f * std::max(1.0f, std::abs(key.value[i])),
-                         qPrintable(QStringLiteral("%1 %2 at %3: %4 is not %5")
-                                        .arg(key.object.c_str(), key.channel.c_str())
-                                        .arg(key.time)
-                                        .arg(double(value[i]))
-                                        .arg(double(key.value[i]))));
-        }
-    }
-
-    void placesAreThoseOfTheFile_data()
-    {
-        QTest::addColumn<QString>("path");
-        for (const char* folder : {"FBX", "Collada", "3DS", "ASE", "X"})
+            QMatrix4x4 matrix;
+            matrix.translate(1, 2, 3);
+            matrix.rotate(90, 0, 0, 1);
+            matrix.rotate(float(degrees), 1, 0, 0);
+            return matrix;
+        };
+        for (const double seconds : {0.0, 0.5, 1.0})
         {
-            QDirIterator files(modelsFolder() + QLatin1Char('/') + QLatin1String(folder), QDir::Files);
-            while (files.hasNext())
+            kxAnimManager::the()->setCurrentFrame(seconds * kxAnimManager::the()->fps(), true, false);
+            for (const QVector3D& point : {QVector3D(1, 0, 0), QVector3D(0, 1, 0)})
             {
-                const QString path = files.next();
-                if (!modelsFolder().isEmpty() && kxSceneIO::canOpen(path))
-                    QTest::newRow(qPrintable(path.mid(modelsFolder().size() + 1))) << path;
+                const QVector3D off = kxSceneMath::worldMatrix(wheel).map(point) - turned(20 + 30 * seconds).map(point);
+                QVERIFY2(off.length() < 0.02f, qPrintable(QString::number(seconds)));
             }
         }
-    }
-
-    // Steps of FBX files that are merged into one node, and the axis that is up, mustn't move anything.
-    void placesAreThoseOfTheFile()
-    {
-        QFETCH(QString, path);
-        Assimp::Importer importer;
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
-        const aiScene* const scene = importer.ReadFile(path.toStdString(), 0);
-        kxFileReport report(path);
-        if (scene == nullptr || !kxSceneIO::open(path, report))
-            QSKIP("the file can't be read");
-        const auto matrixOf = [](const aiMatrix4x4& m) {
-            return QMatrix4x4(m.a1, m.a2, m.a3, m.a4, m.b1, m.b2, m.b3, m.b4, m.c1, m.c2, m.c3, m.c4, m.d1, m.d2, m.d3,
-                              m.d4);
-        };
-        const NodePtr root = kxScene::the()->root()->getChild(0);
-        const QMatrix4x4 turn = kxSceneMath::worldMatrix(root) * matrixOf(scene->mRootNode->mTransformation).inverted();
-        std::function<void(const aiNode&, const QMatrix4x4&)> compare = [&](const aiNode& node, const QMatrix4x4& above)
-        {
-            const QMatrix4x4 matrix = above * matrixOf(node.mTransformation);
-            const NodePtr found = nodeNamed(node.mName.C_Str());
-            int sameName = 0;
-            traverse(kxScene::the()->root(),
-                     [&](const NodePtr& other)
-                     {
-                         sameName += other->getNodeName() == node.mName.C_Str();
-                         return Action::Continue;
-                     });
-            if (node.mNumMeshes > 0 && sameName == 1 && scene->mNumAnimations == 0) // at rest
-                for (const QVector3D& point :
-                     {QVector3D(0, 0, 0), QVector3D(1, 0, 0), QVector3D(0, 1, 0), QVector3D(0, 0, 1)})
-                {
-                    const QVector3D expected = turn.map(matrix.map(point));
-                    const QVector3D off = kxSceneMath::worldMatrix(found).map(point) - expected;
-                    QVERIFY2(off.length() <= 1e-3f * std::max(1.0f, expected.length()), node.mName.C_Str());
-                }
-            for (unsigned i = 0; i < node.mNumChildren; ++i)
-                compare(*node.mChildren[i], matrix);
-        };
-        compare(*scene->mRootNode, QMatrix4x4());
     }
 
     void splinesBecomeBezierSegments()
