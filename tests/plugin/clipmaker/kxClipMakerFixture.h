@@ -49,11 +49,11 @@ public:
     /// frame 48.
     void fill()
     {
-        object = kxAnimFixture::object("Box");
+        moved = object("Box");
         const osg::AnimNodePtr move = block("Move", {curve("translation", "X", {{0, 0}, {1, 10}})});
-        kxAnimManager::the()->addAnimation(object, move);
-        clip = kxAnimFixture::clip("Show", {clone(move, 0), clone(move, 2)});
-        kxAnimManager::the()->addToClipStructure(clip);
+        kxAnimManager::the()->addAnimation(moved, move);
+        showClip = clip("Show", {clone(move, 0), clone(move, 2)});
+        kxAnimManager::the()->addToClipStructure(showClip);
         tree->rebuild(false);
         show();
     }
@@ -88,6 +88,6 @@ public:
     kxAnimClipView* view;
     kxAnimClipScene* shown;
     kxAnimClipStructureWidget* tree;
-    osg::NodePtr object;
-    osg::AnimNodePtr clip;
+    osg::NodePtr moved;
+    osg::AnimNodePtr showClip;
 };

@@ -44,8 +44,8 @@ private Q_SLOTS:
         _maker = std::make_unique<kxClipMakerFixture>();
         _form = _maker->form;
         _maker->fill();
-        _object = _maker->object;
-        _clip = _maker->clip;
+        _object = _maker->moved;
+        _clip = _maker->showClip;
     }
 
     void cleanup() { _maker.reset(); }

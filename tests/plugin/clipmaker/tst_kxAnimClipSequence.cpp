@@ -172,9 +172,9 @@ private Q_SLOTS:
         QFETCH(QString, clip);
         kxClipMakerFixture f;
         f.fill();
-        f.clip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
-        f.clip->setScale(2);
-        f.changed(f.clip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
+        f.showClip->setOffset(osg::Vec2f(-2, 0)); // the ruler shows the time of the scene
+        f.showClip->setScale(2);
+        f.changed(f.showClip, osg::AnimNode::OffsetFieldMask | osg::AnimNode::ScaleFieldMask);
         const osg::NodePtr camera = kxAnimFixture::object("Crane");
         camera->setCore(osg::Camera::create());
         kxAnimManager::the()->addAnimation(camera, f.block("Way", {f.curve("translation", "X", {{0, 0}, {1, 10}})}));
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(placed->getOffset()[1], clip == "Show" ? 50.0f : 0.0f);
         // No clip came but that one, and the clips that were there hold what they held.
         QCOMPARE(f.tree->topLevelItemCount(), clipsBefore + (clip == "Show" ? 0 : 1));
-        QCOMPARE(f.clip->getNChildren(), clip == "Show" ? 3u : 2u);
+        QCOMPARE(f.showClip->getNChildren(), clip == "Show" ? 3u : 2u);
     }
 
     void placesTriggers_data()
@@ -227,10 +227,10 @@ private Q_SLOTS:
                     [](kxMessage& message) { message.set("variants", std::set<QString>{"Cap/Red"}, true); });
         Cameras cameras;
         cameras.viewpoints = {kxdViewpointNode(kxAnimFixture::object("Side")->getId())};
-        f.select(f.clip);
+        f.select(f.showClip);
         placeAt(6000);
         QVERIFY(QMetaObject::invokeMethod(f.module.get(), qPrintable(slot)));
-        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(f.child(f.clip, 2)->getCore());
+        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(f.child(f.showClip, 2)->getCore());
         QCOMPARE(QString::fromStdString(core->getName()), toolTip.section(": ", 1));
         QCOMPARE(core->getIsVariant(), isVariant);
         QCOMPARE(core->getIsViewpoint(), isViewpoint);
@@ -239,7 +239,7 @@ private Q_SLOTS:
         QCOMPARE(marker->x(), 6000.0);
         QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(marker->pos() + QPointF(0, 9))));
         QCOMPARE(f.tree->topLevelItem(0)->childCount(), 3);
-        QCOMPARE(f.tree->selectedClip(), f.clip);
+        QCOMPARE(f.tree->selectedClip(), f.showClip);
     }
 };
 
