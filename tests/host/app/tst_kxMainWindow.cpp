@@ -103,31 +103,26 @@ private Q_SLOTS:
         QCOMPARE(_window->focusWidget(), _window->view());
     }
 
-    void keysOfTheToolsInTheSceneTree_data()
-    {
-        kxColumns<int, int>("key", "tool");
-        QTest::newRow("move") << int(Qt::Key_W) << int(kxGizmo::MoveTool);
-        QTest::newRow("rotate") << int(Qt::Key_E) << int(kxGizmo::RotateTool);
-        QTest::newRow("scale") << int(Qt::Key_R) << int(kxGizmo::ScaleTool);
-        QTest::newRow("select") << int(Qt::Key_Q) << int(kxGizmo::SelectTool);
-    }
-
     void keysOfTheToolsInTheSceneTree()
     {
-        QFETCH(int, key);
-        QFETCH(int, tool);
         kxSelection::the().selectNodes({kxSceneFixture::addObject("Wheel")});
-        _window->view()->setTool(tool == kxGizmo::MoveTool ? kxGizmo::ScaleTool : kxGizmo::MoveTool);
         _window->activateWindow();
         auto* const search = _window->sceneTree()->findChild<QLineEdit*>();
-        search->setFocus();
-        QTest::keyClick(search, Qt::Key(key));
-        QCOMPARE(search->text().toUpper(), QString(QChar(key))); // a letter in a field
-        search->clear();
         auto* const tree = _window->sceneTree()->findChild<QTreeView*>();
-        tree->setFocus();
-        QTest::keyClick(tree, Qt::Key(key));
-        QCOMPARE(int(_window->view()->tool()), tool);
+        for (const auto& [key, tool] : {std::make_pair(Qt::Key_W, kxGizmo::MoveTool),
+                                        {Qt::Key_E, kxGizmo::RotateTool},
+                                        {Qt::Key_R, kxGizmo::ScaleTool},
+                                        {Qt::Key_Q, kxGizmo::SelectTool}})
+        {
+            search->clear();
+            search->setFocus();
+            QTest::keyClick(search, key);
+            QCOMPARE(search->text().toUpper(), QString(QChar(key))); // a letter in a field
+            search->clear();
+            tree->setFocus();
+            QTest::keyClick(tree, key);
+            QCOMPARE(_window->view()->tool(), tool);
+        }
     }
 
     void warningsAreSeen()
@@ -155,9 +150,7 @@ private Q_SLOTS:
 
     void whatTakesTheKeysHasAName()
     {
-        kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
-        kxScene::the()->flush();
-        QCoreApplication::processEvents();
+        addWheel();
         QStringList nameless;
         for (QWidget* const widget : _window->findChildren<QWidget*>())
             if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
@@ -176,11 +169,9 @@ private Q_SLOTS:
                 found = layout->itemAt(i)->layout() != nullptr && holds(layout->itemAt(i)->layout(), widget);
             return found;
         };
-        kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
-        kxScene::the()->flush();
-        QCoreApplication::processEvents();
+        addWheel();
         QStringList lost;
-        for (const char* const name : {"Scene", "Materials", "Properties", "Scenery", "Log"})
+        for (const char* const name : {"Scene", "Materials", "Properties", "Scenery", "Log", "Console"})
             for (QWidget* const widget : dock(name)->content()->findChildren<QWidget*>())
                 if (QLayout* const layout = widget->parentWidget()->layout();
                     qobject_cast<QBoxLayout*>(layout) || qobject_cast<QGridLayout*>(layout))
@@ -199,10 +190,8 @@ private Q_SLOTS:
 
     void deleteDeletesWhatIsInFocus()
     {
-        const osg::NodePtr wheel = kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"));
-        kxScene::the()->flush();
+        addWheel();
         kxSelection::the().selectMaterials(kxScene::the()->materials());
-        kxSelection::the().selectNodes({wheel});
         _window->activateWindow();
         const auto press = [this](const char* list)
         {
@@ -219,8 +208,15 @@ private Q_SLOTS:
     }
 
 private:
-    /// With two tools that want more room than a small screen has.
+    /// An object with a material, selected.
+    static void addWheel()
+    {
+        kxSelection::the().selectNodes({kxSceneFixture::addSurface("Wheel", kxSceneFixture::addMaterial("Steel"))});
+        kxScene::the()->flush();
+        QCoreApplication::processEvents();
+    }
 
+    /// With two tools that want more room than a small screen has.
     void open()
     {
         _window.reset(new kxMainWindow);

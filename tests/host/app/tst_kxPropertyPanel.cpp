@@ -86,6 +86,8 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         const auto* const scroll = _panel->findChild<QScrollArea*>();
         QVERIFY(scroll->widget()->width() <= scroll->viewport()->width()); // no field is cut off
+        for (const kxColorButton* const button : _panel->findChildren<kxColorButton*>())
+            QCOMPARE(button->width(), button->height());
     }
 
     void choicesAndBoxes()
@@ -98,6 +100,9 @@ private Q_SLOTS:
         QCOMPARE(visible->checkState(), Qt::PartiallyChecked);
         visible->click();
         QVERIFY(a->isActive() && b->isActive() && visible->checkState() == Qt::Checked);
+        visible->click();
+        visible->click();
+        QCOMPARE(visible->checkState(), Qt::Checked); // never in between by hand
         auto* const material = _panel->findChild<QComboBox*>("materialBox");
         material->setCurrentIndex(material->findText("Brass"));
         Q_EMIT material->activated(material->currentIndex());
@@ -232,7 +237,6 @@ private:
     {
         return _panel->findChild<QKXDoubleSpiner*>(QString::fromLatin1(name));
     }
-    static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
     void select(const std::vector<osg::NodePtr>& nodes)
     {
         kxSelection::the().selectNodes(nodes);

@@ -1,5 +1,6 @@
 #include "../app/kxSceneFixture.h"
 
+#include <kxAnswer.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxStepModel.h>
 #include <scene/kxScenery.h>
@@ -7,6 +8,7 @@
 #include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
+#include <widgets/kxColors.h>
 #include <widgets/kxStyle.h>
 
 #include <QtWidgets>
@@ -143,10 +145,10 @@ private Q_SLOTS:
                                       QStringLiteral("Door"));
         _actions.all()[4]->trigger();
         auto* const menu = _panel->findChild<QMenu*>(QStringLiteral("_addStepMenu"));
-        for (const Step kind : {Step::Wait, Step::SetVariant}) // each below the one that is selected
+        for (const Step kind : {Step::Wait, Step::SetVariant, Step::RunPython}) // each below the one that is selected
             menu->actions().at(int(kind))->trigger();
         QAbstractItemModel* const model = steps()->model();
-        QCOMPARE(steps()->currentIndex().row(), 1);
+        QCOMPARE(steps()->currentIndex().row(), 2);
         QVERIFY(!model->index(0, kxStepModel::WithColumn).data(Qt::ToolTipRole).isValid()); // a pause names nothing
         const auto edit = [this, model](int row)
         {
@@ -171,6 +173,24 @@ private Q_SLOTS:
         names->setCurrentIndex(names->findText("Door/Shut"));
         QCOMPARE(give(names, 1).toString(), QString("Door/Shut"));
         QCOMPARE(qobject_cast<QComboBox*>(edit(1))->currentText(), QString("Door/Shut"));
+        QString script;
+        steps()->edit(model->index(2, kxStepModel::WithColumn));
+        kxAnswer<QInputDialog>(
+            [&script](QInputDialog& dialog)
+            {
+                script = dialog.textValue();
+                dialog.setTextValue("x = 1\ny = 2");
+                dialog.accept();
+            });
+        QTRY_COMPARE(script, QString("print('Here')"));
+        QTRY_COMPARE(model->index(2, kxStepModel::WithColumn).data().toString(), QString("x = 1 \u2026"));
+        const auto isMarked = [model](int row)
+        { return model->index(row, 0).data(Qt::ForegroundRole).value<QColor>() == kxColors::accent(); };
+        QVERIFY(_stage.runner().start("Sequence"));
+        _stage.runner().update();
+        QVERIFY(isMarked(0) && !isMarked(1)); // that it waits there
+        _stage.stopAll();
+        QVERIFY(!isMarked(0));
     }
 
 private:
