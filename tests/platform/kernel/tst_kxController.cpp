@@ -15,56 +15,50 @@ typedef QList<kxController::Callback> Handlers;
 constexpr const char Name[] = "test";
 QStringList ran;
 
-void first(kxMessage&)
-{
-    ran << QStringLiteral("first");
-}
-void last(kxMessage&)
-{
-    ran << QStringLiteral("last");
-}
+const kxController::Callback first = [](kxMessage&) { ran << "first"; };
+const kxController::Callback last = [](kxMessage&) { ran << "last"; };
 void removesItself(kxMessage&)
 {
-    ran << QStringLiteral("self");
+    ran << "self";
     kxController::subCB(Name, &removesItself);
 }
 void removesLast(kxMessage&)
 {
-    ran << QStringLiteral("remover");
-    kxController::subCB(Name, &last);
+    ran << "remover";
+    kxController::subCB(Name, last);
 }
 void renewsLast(kxMessage&)
 {
-    ran << QStringLiteral("renewer");
-    kxController::subCB(Name, &last);
-    kxController::addCB(Name, &last);
+    ran << "renewer";
+    kxController::subCB(Name, last);
+    kxController::addCB(Name, last);
 }
 void addsLast(kxMessage&)
 {
-    ran << QStringLiteral("adder");
-    kxController::addCB(Name, &last);
+    ran << "adder";
+    kxController::addCB(Name, last);
 }
 /// The message that it sends reaches the handler it added, the one that it was called for doesn't.
 void addsLastAndSends(kxMessage& message)
 {
     if (!message.get("inner").empty())
         return;
-    kxController::addCB(Name, &last);
+    kxController::addCB(Name, last);
     kxMessage inner;
     inner.set("inner", true);
     kxController::call(Name, inner, 0);
-    ran << QStringLiteral("outer");
+    ran << "outer";
 }
 void throws(kxMessage&)
 {
-    ran << QStringLiteral("thrower");
+    ran << "thrower";
     throw 1;
 }
 /// Notes its name at each message, then does what the test wants.
 class Module : public kxModuleBase
 {
 public:
-    Module(const QString& name, std::uint64_t mask) : kxModuleBase(name, QStringLiteral("Test"), mask, nullptr) {}
+    Module(const QString& name, std::uint64_t mask) : kxModuleBase(name, "Test", mask, nullptr) {}
 
     int receivedMessage(kxMessage&) override
     {
@@ -101,13 +95,13 @@ private Q_SLOTS:
             QTest::newRow(name) << handlers << QString(once).split(' ', Qt::SkipEmptyParts)
                                 << QString(again).split(' ', Qt::SkipEmptyParts);
         };
-        row("in order, a pair counts once", {&first, &last, &first, nullptr}, "first last", "first last");
-        row("one that leaves skips nobody", {&removesItself, &last}, "self last", "last");
-        row("one that is removed is left out", {&removesLast, &last, &first}, "remover first", "remover first");
-        row("one removed and added again waits", {&renewsLast, &last}, "renewer", "renewer");
+        row("in order, a pair counts once", {first, last, first, nullptr}, "first last", "first last");
+        row("one that leaves skips nobody", {&removesItself, last}, "self last", "last");
+        row("one that is removed is left out", {&removesLast, last, first}, "remover first", "remover first");
+        row("one removed and added again waits", {&renewsLast, last}, "renewer", "renewer");
         row("one that is added waits", {&addsLast}, "adder", "adder last");
         row("a message inside reaches new ones", {&addsLastAndSends}, "last outer", "last outer last");
-        row("an exception ends one handler", {&throws, &last}, "thrower last", "thrower last");
+        row("an exception ends one handler", {&throws, last}, "thrower last", "thrower last");
     }
 
     void handlersDuringDelivery()
@@ -123,7 +117,7 @@ private Q_SLOTS:
         kxController::call(Name, message, 0);
         QTEST(ran, "again");
 
-        handlers << &last;
+        handlers << last;
         for (const kxController::Callback handler : handlers)
             kxController::subCB(Name, handler);
         QCOMPARE(kxController::call(Name, message, 0), 0);
@@ -131,23 +125,23 @@ private Q_SLOTS:
 
     void modulesDuringDelivery()
     {
-        auto doomed = std::make_unique<Module>(QStringLiteral("doomed"), 1);
+        auto doomed = std::make_unique<Module>("doomed", 1);
         std::unique_ptr<Module> late;
-        Module killer(QStringLiteral("killer"), 1);
-        auto victim = std::make_unique<Module>(QStringLiteral("victim"), 1);
-        Module witness(QStringLiteral("witness"), 1);
+        Module killer("killer", 1);
+        auto victim = std::make_unique<Module>("victim", 1);
+        Module witness("witness", 1);
         doomed->action = [] { throw std::runtime_error("on purpose"); };
         killer.action = [&]
         {
             victim.reset();
             doomed.reset();
             if (!late)
-                late = std::make_unique<Module>(QStringLiteral("late"), 1);
+                late = std::make_unique<Module>("late", 1);
         };
 
-        const QStringList once{QStringLiteral("doomed"), QStringLiteral("killer"), QStringLiteral("witness")};
+        const QStringList once{"doomed", "killer", "witness"};
         QCOMPARE(delivered(1), once);
-        const QStringList again{QStringLiteral("killer"), QStringLiteral("witness"), QStringLiteral("late")};
+        const QStringList again{"killer", "witness", "late"};
         QCOMPARE(delivered(1), again);
 
         // A module may end itself while it answers.

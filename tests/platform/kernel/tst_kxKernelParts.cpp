@@ -1,6 +1,8 @@
 #include <kxCapturedStderr.h>
+#include <kxOwned.h>
 
 #include <kxLog.h>
+#include <kxPlatform.h>
 #include <kxRenderWidget.h>
 #include <kxServices.h>
 
@@ -16,6 +18,9 @@
 class tst_kxKernelParts : public QObject
 {
     Q_OBJECT
+public:
+    static void initMain() { qputenv("QT_FONT_DPI", "144"); }
+
 private Q_SLOTS:
     void logTexts()
     {
@@ -30,8 +35,8 @@ private Q_SLOTS:
         kxLog::error("%s", longText.c_str());
         QCOMPARE(heard.size(), 5000);
         kxLog::error("\xff%s", "");
-        kxLog::error(QStringLiteral("100%s %n"));
-        QCOMPARE(heard, QStringLiteral("100%s %n"));
+        kxLog::error(QString("100%s %n"));
+        QCOMPARE(heard, QString("100%s %n"));
         disconnect(connection);
 
         QCOMPARE(model.entries().size(), std::size_t(4));
@@ -50,6 +55,14 @@ private Q_SLOTS:
             kxLog::info(QString::number(i));
         QCOMPARE(kxLogModel::the().entries().size(), kxLogModel::Capacity);
         QCOMPARE(kxLogModel::the().entries().back().text, QString::number(kxLogModel::Capacity));
+    }
+
+    void sizesFollowTheScreen()
+    {
+        QCOMPARE(kxPlatform::getDpiScaleX(), 1.5f);
+        QCOMPARE(kxPlatform::getDpiScaleY(), 1.5f);
+        QCOMPARE(kxPlatform::getSmallIconSize(), 24);
+        QCOMPARE(kxPlatform::getMediumIconSize(), 36);
     }
 
     void services()
@@ -79,8 +92,7 @@ private Q_SLOTS:
 
     void pictures()
     {
-        const osg::ImagePtr target = osg::Image::create();
-        target->addRef();
+        const kxOwned target(osg::Image::create());
         QImage source(3, 2, QImage::Format_ARGB32); // rows that don't end on 4 pixels, colours in another order
         source.fill(Qt::transparent);
         source.setPixelColor(2, 0, QColor(250, 20, 30, 128));
@@ -98,14 +110,12 @@ private Q_SLOTS:
         QVERIFY(target->getEncoded().empty());
         QCOMPARE(target->getPixels()[8], osg::UInt8(250));
         QCOMPARE(QImageConverter::convertToQImage(target).convertToFormat(QImage::Format_ARGB32), source);
-        target->subRef();
     }
 
     void damagedPictures()
     {
         const kxCapturedStderr captured;
-        const osg::ImagePtr target = osg::Image::create();
-        target->addRef();
+        const kxOwned target(osg::Image::create());
         QVERIFY(QImageConverter::convertToQImage(target).isNull());
         target->setEncoded({0x89, 'P', 'N', 'G', 1, 2, 3});
         QVERIFY(QImageConverter::convertToQImage(target).isNull());
@@ -116,7 +126,6 @@ private Q_SLOTS:
         QVERIFY(QImageConverter::convertToQImage(osg::ImagePtr()).isNull());
         QVERIFY(!QImageConverter::convertToOSGImage(QImage(), target));
         QVERIFY(!QImageConverter::convertToOSGImage(QImage(1, 1, QImage::Format_RGB32), osg::ImagePtr()));
-        target->subRef();
     }
 
     void changedAnimationsAreToldOnce()

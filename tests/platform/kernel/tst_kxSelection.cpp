@@ -21,8 +21,7 @@ class Listener : public kxModuleBase
 {
 public:
     Listener()
-        : kxModuleBase(QStringLiteral("Listener"), QStringLiteral("Test"),
-                       kxMessageId::SelectionChanged | kxMessageId::MaterialSelection, nullptr)
+        : kxModuleBase("Listener", "Test", kxMessageId::SelectionChanged | kxMessageId::MaterialSelection, nullptr)
     {
     }
 
@@ -70,11 +69,11 @@ private Q_SLOTS:
     void nodesAreSteps()
     {
         Listener listener;
-        const QStringList two{QStringLiteral("nodes 2"), QStringLiteral("materials 0")};
+        const QStringList two{"nodes 2", "materials 0"};
         kxSelectionManager::selectNodes({_nodes[2], osg::NullFC, _nodes[0], _nodes[2]});
         QCOMPARE(listener.takeHeard(), two);
         QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[2], _nodes[0]}));
-        QCOMPARE(_stack->undoText(), QStringLiteral("Select 2 Objects"));
+        QCOMPARE(_stack->undoText(), "Select 2 Objects");
 
         kxSelectionManager::selectNodes({_nodes[2], _nodes[0]});
         QCOMPARE(_stack->count(), 1);
@@ -84,7 +83,7 @@ private Q_SLOTS:
         _nodes[1]->setNodeName("Box");
         kxSelectionManager::selectNode(_nodes[1]);
         QCOMPARE(_stack->count(), 1);
-        QCOMPARE(_stack->undoText(), QStringLiteral("Select Box"));
+        QCOMPARE(_stack->undoText(), "Select Box");
         kxSelection::the().selectMaterials(_materials);
         kxSelectionManager::selectNode(osg::NullFC);
         QCOMPARE(_stack->count(), 3);
@@ -93,7 +92,7 @@ private Q_SLOTS:
         listener.takeHeard();
         _stack->undo();
         QVERIFY(kxScenegraph::getSelectedNodes() == Nodes({_nodes[1]}));
-        QCOMPARE(listener.takeHeard(), QStringList({QStringLiteral("nodes 1"), QStringLiteral("materials 3")}));
+        QCOMPARE(listener.takeHeard(), QStringList({"nodes 1", "materials 3"}));
         _stack->setIndex(0);
         QVERIFY(kxScenegraph::getSelectedNodes().empty());
         _stack->setIndex(1);
@@ -120,7 +119,7 @@ private Q_SLOTS:
         message.set("materials", Materials{_materials[1], _materials[0]});
         kxController::call(kxMessageName::SelectMaterials, message, 0);
         QVERIFY(selected() == Materials({_materials[1], _materials[0]}));
-        QCOMPARE(listener.takeHeard(), QStringList(QStringLiteral("materials 2")));
+        QCOMPARE(listener.takeHeard(), QStringList("materials 2"));
         kxSelectionManager::selectNode(_nodes[0]);
         QVERIFY(selected().size() == 2);
         _stack->setIndex(0);
