@@ -167,20 +167,6 @@ def keeps_a_block_in_a_file(application, folder):
     application.wait_for("['Pulser', 'Jump_1'] not in widgetRows('_library')")
 
 
-def searches_and_groups(application, folder):
-    application.click("SearchLine")
-    application.type("jum")
-    application.wait_for("widgetRows('_library') == [['Jump']]")
-    application.keys("ctrl+a", "BackSpace")
-    application.wait_for("[%r, 'Jump'] in widgetRows('_library')" % OBJECT)
-    application.wheel(application.middle("widgetRect('_library')"), -8)
-    application.click_row("_library", [OBJECT])
-    application.keys("ctrl+shift+g", "ctrl+a")
-    application.type("Parts")
-    application.keys("Return")
-    application.wait_for("['Parts', %r, 'Jump'] in widgetRows('_library')" % OBJECT)
-
-
 desktop.tell([shows_living_values, keys_twice, drags_keys, types_into_the_fields, shapes_tangents,
-              selects_copies_and_deletes, makes_a_block, keeps_a_block_in_a_file, searches_and_groups, desktop.quits],
+              selects_copies_and_deletes, makes_a_block, keeps_a_block_in_a_file, desktop.quits],
              fixtures.movers)

@@ -176,8 +176,7 @@ def asks_before_losing_work(application, folder):
 def says_what_cannot_be_opened(application, folder):
     """The error dialog names the file, and the scene before it stays."""
     before = application.shown("_mainWindow", "windowTitle")
-    path = os.path.join(folder, "cut.glb")
-    fixtures.write_movers(path)
+    path = fixtures.movers(folder, "cut.glb")
     os.truncate(path, os.path.getsize(path) - 200)
     application.keys("ctrl+o")
     application.answer_file_dialog("Open", path, next_window="can't be opened")

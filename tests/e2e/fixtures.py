@@ -64,8 +64,8 @@ def quaternion(axis, degrees):
     return [part / size * math.sin(half) for part in axis] + [math.cos(half)]
 
 
-def write_movers(path):
-    """One object for each way in which keys are joined, and one that stands still."""
+def movers(folder, name="movers.glb"):
+    """Writes one object for each way in which keys are joined, and one that stands still; gives the path."""
     glb = Glb()
     glb.cube()
     mover = glb.node("Mover", translation=[0, 0, 4])
@@ -80,10 +80,6 @@ def write_movers(path):
     pulser = glb.node("Pulser", translation=[0, 4, 0])
     glb.animate(pulser, "scale", "STEP", [0, 0.5, 1, SECONDS], [[1, 1, 1], [2, 0.5, 1], [0.25, 1, 3], [1, 1, 1]])
     glb.node("Still", translation=[0, -3, 0])
+    path = os.path.join(folder, name)
     glb.write(path)
-
-
-def movers(folder):
-    path = os.path.join(folder, "movers.glb")
-    write_movers(path)
     return path
