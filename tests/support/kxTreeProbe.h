@@ -65,7 +65,7 @@ struct kxTreeProbe : Tree
             QString line = item->text(0);
             for (QTreeWidgetItem* above = item->parent(); above != nullptr; above = above->parent())
                 line.prepend('.');
-            if (withStates && item->isExpanded())
+            if (withStates && item->isExpanded() && item->childCount() > 0)
                 line.append('+');
             if (withStates && item->isSelected())
                 line.append('*');

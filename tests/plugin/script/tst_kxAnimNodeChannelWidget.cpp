@@ -155,6 +155,7 @@ private Q_SLOTS:
         kxAnimNodeChannelWidget::addDock(); // once
         QDockWidget* const dock = _docks->getDockWidget("Node Channels");
         QVERIFY(dock != nullptr && dock->isHidden() && kxAnimNodeChannelWidget::instance() == nullptr);
+        QCOMPARE(_window->dockWidgetArea(dock), Qt::BottomDockWidgetArea); // beside the other editors
         const osg::NodePtr plane = clippingNode;
         clippingNode = osg::NodePtr();
         _window->show();
@@ -165,6 +166,9 @@ private Q_SLOTS:
         clippingNode = plane;
         _docks->show("Node Channels");
         QVERIFY(row("Plane.translation.X") != nullptr);
+        QWidget* const holder = kxAnimNodeChannelWidget::instance()->parentWidget();
+        QCoreApplication::processEvents();
+        QCOMPARE(kxAnimNodeChannelWidget::instance()->geometry(), holder->rect());
         // What a script listed stays.
         kxAnimNodeChannelWidget::instance()->rebuildFromNode(kxAnimFixture::object("Other"));
         dock->hide();

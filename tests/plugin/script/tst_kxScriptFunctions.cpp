@@ -97,17 +97,10 @@ public:
 } // namespace
 
 typedef osg::NodeCorePtr (*MakeCore)();
+typedef void (*PlaceAt)(const kxNodePtr& clip, int frame);
 
 Q_DECLARE_METATYPE(MakeCore)
-
-enum Place
-{
-    Duration,
-    Start,
-    StartKeepingEnd,
-    End,
-    EndKeepingStart
-};
+Q_DECLARE_METATYPE(PlaceAt)
 
 /// What the script functions do; how they look from Python stands in tst_kxAnimScript.
 class tst_kxScriptFunctions : public QObject
@@ -414,24 +407,29 @@ private Q_SLOTS:
     void placesClips_data()
     {
         // From 12 to 36.
-        kxColumns<int, int, double, double, bool>("place", "frame", "start", "end", "done");
-        kxRow("longer", int(Duration), 48, 12.0, 60.0, true);
-        kxRow("shorter", int(Duration), 6, 12.0, 18.0, true);
-        kxRow("no duration", int(Duration), 0, 12.0, 36.0, true);
-        kxRow("negative duration", int(Duration), -5, 12.0, 36.0, true);
-        kxRow("start", int(Start), -4, -4.0, 20.0, true);
-        kxRow("start, end kept", int(StartKeepingEnd), 30, 30.0, 36.0, true);
-        kxRow("earlier start, end kept", int(StartKeepingEnd), -12, -12.0, 36.0, true);
-        kxRow("start at the kept end", int(StartKeepingEnd), 36, 12.0, 36.0, false);
-        kxRow("start past the kept end", int(StartKeepingEnd), 90, 12.0, 36.0, false);
-        kxRow("end", int(End), 10, -14.0, 10.0, true);
-        kxRow("end, start kept", int(EndKeepingStart), 84, 12.0, 84.0, true);
-        kxRow("end at the kept start", int(EndKeepingStart), 12, 12.0, 36.0, false);
+        kxColumns<PlaceAt, int, double, double, bool>("place", "frame", "start", "end", "done");
+        const PlaceAt duration = kxScriptClips::setDuration;
+        const PlaceAt start = [](const kxNodePtr& clip, int frame) { kxScriptClips::setStart(clip, frame, false); };
+        const PlaceAt startOnly = [](const kxNodePtr& clip, int frame) { kxScriptClips::setStart(clip, frame, true); };
+        const PlaceAt end = [](const kxNodePtr& clip, int frame) { kxScriptClips::setEnd(clip, frame, false); };
+        const PlaceAt endOnly = [](const kxNodePtr& clip, int frame) { kxScriptClips::setEnd(clip, frame, true); };
+        kxRow("longer", duration, 48, 12.0, 60.0, true);
+        kxRow("shorter", duration, 6, 12.0, 18.0, true);
+        kxRow("no duration", duration, 0, 12.0, 36.0, true);
+        kxRow("negative duration", duration, -5, 12.0, 36.0, true);
+        kxRow("start", start, -4, -4.0, 20.0, true);
+        kxRow("start, end kept", startOnly, 30, 30.0, 36.0, true);
+        kxRow("earlier start, end kept", startOnly, -12, -12.0, 36.0, true);
+        kxRow("start at the kept end", startOnly, 36, 12.0, 36.0, false);
+        kxRow("start past the kept end", startOnly, 90, 12.0, 36.0, false);
+        kxRow("end", end, 10, -14.0, 10.0, true);
+        kxRow("end, start kept", endOnly, 84, 12.0, 84.0, true);
+        kxRow("end at the kept start", endOnly, 12, 12.0, 36.0, false);
     }
 
     void placesClips()
     {
-        QFETCH(int, place);
+        QFETCH(PlaceAt, place);
         QFETCH(int, frame);
         QFETCH(double, start);
         QFETCH(double, end);
@@ -439,12 +437,7 @@ private Q_SLOTS:
         const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
         kxScriptClips::add(clip, makeBlock("lid"), 12);
         refreshed = 0;
-        if (place == Duration)
-            kxScriptClips::setDuration(clip, frame);
-        else if (place == Start || place == StartKeepingEnd)
-            kxScriptClips::setStart(clip, frame, place == StartKeepingEnd);
-        else
-            kxScriptClips::setEnd(clip, frame, place == EndKeepingStart);
+        place(clip, frame);
         QCOMPARE(frames(clip), qMakePair(start, end));
         QCOMPARE(refreshed, done ? 1 : 0); // the tree follows where something changed
     }

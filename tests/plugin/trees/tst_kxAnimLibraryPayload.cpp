@@ -8,8 +8,6 @@
 #include <QMimeData>
 #include <kxTable.h>
 
-#include <random>
-
 using namespace osg;
 
 /// 32-bit big-endian numbers.
@@ -57,28 +55,6 @@ private Q_SLOTS:
         data.setData("application/anim-lib-item", bytes);
         QVERIFY(kxAnimLibraryPayload::isIn(&data));
         QCOMPARE(kxAnimLibraryPayload::of(&data).rows.size(), payload.rows.size());
-    }
-
-    void survivesAnyBytes()
-    {
-        kxAnimFixture scene;
-        const NodePtr object = kxAnimFixture::object();
-        kxAnimManager::the()->addAnimation(object, kxAnimFixture::block("block", {}));
-        std::mt19937 random(3);
-        for (int round = 0; round < 500; ++round)
-        {
-            // Small numbers hit living containers of every class.
-            QByteArray bytes;
-            const int count = int(random() % 20);
-            for (int i = 0; i < count; ++i)
-                bytes += numbers({random() % 4 == 0 ? quint32(random()) : quint32(random() % (object->getId() + 20))});
-            bytes.chop(int(random() % 4));
-            const kxAnimLibraryPayload payload = kxAnimLibraryPayload::decode(bytes);
-            QVERIFY(payload.rows.size() * 8 <= std::size_t(bytes.size()));
-            kxAnimLibraryMoves::moveToNode(payload, object);
-            kxAnimLibraryMoves::moveToGroup(payload, "group");
-            kxAnimLibraryMoves::leaveGroups(payload);
-        }
     }
 
     void movesSkipWhatDoesNotFit()

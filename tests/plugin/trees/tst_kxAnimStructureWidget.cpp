@@ -23,11 +23,11 @@ struct Structure : kxTreeProbe<kxAnimStructureWidget>
 
     /// The rows in one line.
     QString text() { return dump().join(' '); }
-    /// A drop at the row of this name, or below all rows.
+    /// A drop at a row, or below all rows.
     void dropAt(const QString& name, const QMimeData& mime)
     {
-        const QList<QTreeWidgetItem*> rows = findItems(name, Qt::MatchExactly | Qt::MatchRecursive);
-        const QPoint place = rows.isEmpty() ? viewport()->rect().bottomLeft() : visualItemRect(rows.front()).center();
+        QTreeWidgetItem* const at = row(name);
+        const QPoint place = at == nullptr ? viewport()->rect().bottomLeft() : visualItemRect(at).center();
         QDropEvent event(place, Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
         dropEvent(&event);
     }
@@ -130,7 +130,7 @@ private Q_SLOTS:
 
         kxRow("into a group", "arms", LibraryFormat, true);
         kxRow("onto no row", "", LibraryFormat, false);
-        kxRow("onto a block", "step", LibraryFormat, false);
+        kxRow("onto a block", "walk/legs/step", LibraryFormat, false);
         kxRow("of another format", "arms", StructureFormat, false);
     }
 
@@ -148,8 +148,7 @@ private Q_SLOTS:
         QVERIFY(kxAnimMimeData({wave}, QString()).formats().isEmpty());
         kxAnimManager::the()->subAnimation(object, gone);
 
-        const QList<QTreeWidgetItem*> rows = _tree->findItems(target, Qt::MatchExactly | Qt::MatchRecursive);
-        QTreeWidgetItem* const row = rows.isEmpty() ? nullptr : rows.front();
+        QTreeWidgetItem* const row = _tree->row(target);
         const bool taken = _tree->dropMimeData(row, 0, &mime, Qt::CopyAction);
         QTEST(taken, "taken");
         QCOMPARE(_tree->text(), QString(taken ? "walk .legs ..step arms .wave" : "walk .legs ..step arms"));
@@ -172,7 +171,7 @@ private Q_SLOTS:
         kxRow("to the top level", "legs", "", "walk arms legs .step");
         kxRow("where it stands", "walk", "", "arms walk .legs ..step");
         kxRow("into itself", "walk", "walk", "walk .legs ..step arms");
-        kxRow("below itself", "walk", "legs", "walk .legs ..step arms");
+        kxRow("below itself", "walk", "walk/legs", "walk .legs ..step arms");
     }
 
     void movesWithinTheStructure()
