@@ -38,6 +38,7 @@ private Q_SLOTS:
         // expected: relative to the key at (20, 5); neighbours at 12 and 26
         kxColumns<bool, bool, int, QPointF, QPointF>("isIn", "isMirrored", "neighbours", "mouse", "expected");
         kxRow("in, free", true, true, 3, QPointF(16, 9), QPointF(-4, 4));
+        kxRow("in, close to its key", true, true, 3, QPointF(19.5, 9), QPointF(-0.5, 4));
         kxRow("in, past its key", true, true, 3, QPointF(23, 1), QPointF(0, -4));
         kxRow("in, past its neighbour", true, false, 3, QPointF(2, 9), QPointF(-8, 4));
         kxRow("in, at the mirror limit", true, true, 3, QPointF(13, 9), QPointF(-6, 4));

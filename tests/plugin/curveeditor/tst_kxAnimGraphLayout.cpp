@@ -64,6 +64,7 @@ private Q_SLOTS:
         kxRow("on the axis", -10.0, 100.0, 0.0);
         kxRow("only positive values: on the lower edge", 20.0, 100.0, -40.0);
         kxRow("only negative values: under the upper edge", -120.0, 100.0, 15 + 40.0);
+        kxRow("axis on the lower edge of a low view", 0.0, 5.0, 15 - 10.0);
         kxRow("axis just below the upper edge", -95.0, 100.0, 5.0);
     }
     void frameLabels()
