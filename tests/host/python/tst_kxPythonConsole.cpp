@@ -1,3 +1,4 @@
+#include <kxAnswer.h>
 #include <python/kxConsoleHistory.h>
 #include <python/kxConsoleLook.h>
 #include <python/kxInterpreter.h>
@@ -6,6 +7,7 @@
 #include <python/kxPythonEditor.h>
 #include <python/kxPythonPrompt.h>
 
+#include <Qsci/qscilexerpython.h>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -41,6 +43,7 @@ private Q_SLOTS:
         kxPromptInput* const input = prompt.findChild<kxPromptInput*>();
         const int oneLine = input->height();
         QTest::keyClicks(input, "for i in range(2):");
+        QTest::keyClick(input, Qt::Key_Home); // the line goes on at its end
         QTest::keyClick(input, Qt::Key_Return);
         QCOMPARE(input->toPlainText(), QString("for i in range(2):\n    "));
         QVERIFY(input->height() > oneLine);
@@ -59,6 +62,7 @@ private Q_SLOTS:
     void tabCompletes()
     {
         kxPythonPrompt prompt;
+        prompt.show();
         kxPromptInput* const input = prompt.findChild<kxPromptInput*>();
         QTest::keyClicks(input, "len(isinst");
         QTest::keyClick(input, Qt::Key_Tab);
@@ -72,6 +76,11 @@ private Q_SLOTS:
         QTest::keyClicks(input, "str.is");
         QTest::keyClick(input, Qt::Key_Tab); // several fit: none is chosen
         QCOMPARE(input->toPlainText(), QString("str.is"));
+        auto* const names = input->findChild<QCompleter*>()->popup();
+        QVERIFY(names->isVisible() && names->model()->rowCount() > 5);
+        QTest::keyClick(names, Qt::Key_Down);
+        QTest::keyClick(names, Qt::Key_Return);
+        QCOMPARE(input->toPlainText(), QString("str.isalnum"));
     }
 
     void outputFollowsItsStatement()
@@ -95,6 +104,7 @@ private Q_SLOTS:
                                           {kxPythonPrompt::Output, "two "},
                                           {kxPythonPrompt::Error, "three "}})
             prompt.append(kind, words);
+        QVERIFY(!prompt.text().contains("one")); // gathered, to be written at once
         prompt.flush();
         QVERIFY(isError("one") && !isError("two") && isError("three"));
         QVERIFY(kxInterpreter::run("print('elsewhere')").ok);
@@ -112,6 +122,17 @@ private Q_SLOTS:
         QCOMPARE(console.prompt()->text().count("IndexError"), 1);
         console.editor()->setText("x = 1\n");
         QCOMPARE(console.editor()->markerFindNext(0, ErrorMarks), -1);
+        // What a word is can be seen.
+        QSet<QRgb> colors;
+        for (const int style :
+             {QsciLexerPython::Default, QsciLexerPython::Comment, QsciLexerPython::Number, QsciLexerPython::Keyword,
+              QsciLexerPython::DoubleQuotedString, QsciLexerPython::ClassName, QsciLexerPython::Decorator,
+              QsciLexerPython::UnclosedString})
+        {
+            colors << console.editor()->lexer()->color(style).rgb();
+            QCOMPARE(console.editor()->lexer()->font(style).family(), kxConsoleLook::font().family());
+        }
+        QCOMPARE(colors.size(), 8);
     }
 
     void scriptsOfTheEditor()
@@ -119,24 +140,17 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString file = folder.filePath("a.py");
         kxPythonConsole console;
-        const auto title = [&console]
-        {
-            QStringList texts;
-            for (const QLabel* const label : console.findChildren<QLabel*>())
-                texts << label->text();
-            return texts.join(' ');
-        };
+        const auto title = [&console] { return console.findChild<QToolBar*>()->findChild<QLabel*>()->text(); };
         QVERIFY(console.mayClose() && title().contains("New script") && !title().contains('*')); // nothing to lose
         console.editor()->setText("if True:\n    pass");
         QVERIFY(title().contains("New script *"));
         QString asked;
-        QTimer::singleShot(0, this,
-                           [&asked]
-                           {
-                               auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                               asked = box->text();
-                               box->button(QMessageBox::Cancel)->click();
-                           });
+        kxAnswer<QMessageBox>(
+            [&asked](QMessageBox& box)
+            {
+                asked = box.text();
+                box.button(QMessageBox::Cancel)->click();
+            });
         QVERIFY(!console.mayClose() && asked.contains("not saved"));
         QVERIFY(console.saveScript(file) && console.mayClose() && title().contains("a.py") && !title().contains('*'));
         console.editor()->clear();
