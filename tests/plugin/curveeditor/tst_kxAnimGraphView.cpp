@@ -93,13 +93,11 @@ private Q_SLOTS:
         for (int i = -4; i < 5; ++i)
             onEachFrame.append(QPointF(i, i % 3));
         const Places offTheGrid{{0.25, 0.5}, {4, 0.75}, {7.5, 1}, {12.25, 0}};
-        for (const bool snaps : {false, true})
-        {
-            const char* how = snaps ? "snapped" : "freely";
-            for (const int grabbed : {0, 5, 8})
-                QTest::addRow("on each frame, %s, by key %d", how, grabbed) << snaps << onEachFrame << grabbed;
-            QTest::addRow("off the grid, %s", how) << snaps << offTheGrid << 1;
-        }
+        kxRow("on each frame, freely, by the first", false, onEachFrame, 0);
+        kxRow("on each frame, snapped, by one between", true, onEachFrame, 5);
+        kxRow("on each frame, snapped, by the last", true, onEachFrame, 8);
+        kxRow("off the grid, freely", false, offTheGrid, 1);
+        kxRow("off the grid, snapped", true, offTheGrid, 1);
     }
 
     /// Selected keys on neighbouring frames neither block each other nor drift apart, whichever is grabbed.
@@ -245,8 +243,6 @@ private Q_SLOTS:
         kxColumns<QPoint, QPoint, int>("from", "to", "selected");
         kxRow("left to right, down", QPoint(-80, -80), QPoint(80, 80), 2);
         kxRow("right to left, up", QPoint(80, 80), QPoint(-80, -80), 2);
-        kxRow("left to right, up", QPoint(-80, 80), QPoint(80, -80), 2);
-        kxRow("right to left, down", QPoint(80, -80), QPoint(-80, 80), 2);
         kxRow("one of them", QPoint(20, -60), QPoint(80, 60), 1);
         kxRow("the edge of a key", QPoint(70, 60), QPoint(52, -60), 1);
         kxRow("beside a key", QPoint(70, 60), QPoint(55, -60), 0);
@@ -266,7 +262,11 @@ private Q_SLOTS:
         kxDragTo(graph.port(), middle + to);
         auto* const overlay = graph.view.findChild<kxGraphSelectionOverlay*>();
         QVERIFY(overlay->isVisible());
-        QCOMPARE(overlay->rectangle(), QRect(middle + from, middle + to).normalized());
+        const QRect band = QRect(middle + from, middle + to).normalized();
+        QCOMPARE(overlay->rectangle(), band);
+        const QImage seen = graph.view.grab().toImage();
+        QCOMPARE(seen.pixelColor(band.topLeft()), QColor(Qt::white));
+        QVERIFY(seen.pixelColor(band.topLeft() - QPoint(1, 1)) != QColor(Qt::white)); // a line of one pixel
         kxRelease(graph.port(), middle + to);
         QCOMPARE(graph.scene()->selectedItems().size(), selected);
         QCOMPARE(selections.count(), selected > 0 ? 1 : 0);
@@ -298,7 +298,7 @@ private Q_SLOTS:
         const QPoint to = from + QPoint(-45, 35);
         QCOMPARE(isNear(graph.view.mapToScene(to), under, 0.01), pans);
         QCOMPARE(graph.port()->cursor().shape() == Qt::ClosedHandCursor, pans);
-        kxSendMouse(graph.port(), QEvent::MouseButtonRelease, to, button, Qt::NoButton, keys);
+        kxSendMouse(graph.port(), QEvent::MouseMove, to, Qt::NoButton, Qt::NoButton); // released elsewhere
         QVERIFY(graph.port()->cursor().shape() != Qt::ClosedHandCursor);
         QCOMPARE(graph.place(0, 1), QPointF(10, 2));
         graph.click(graph.at(graph.point(0, 1)));
@@ -383,21 +383,6 @@ private Q_SLOTS:
         QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(3));
     }
 
-    void pasteWithoutTarget()
-    {
-        kxGraphFixture graph;
-        graph.show({{{0, 0}, {6, 2}}});
-        graph.press(Qt::Key_A, Qt::ControlModifier);
-        graph.press(Qt::Key_C, Qt::ControlModifier);
-        graph.view.setAnimations({});
-        graph.scene()->pasteKeys(); // its curve isn't shown
-        graph.view.setAnimations(graph.nodes);
-        graph.press(Qt::Key_C, Qt::ControlModifier); // no key is selected
-        kxAnimManager::the()->setCurrentFrame(48, true, false);
-        graph.scene()->pasteKeys();
-        QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(2));
-    }
-
     void badTangents()
     {
         kxGraphFixture graph;
@@ -427,10 +412,8 @@ private Q_SLOTS:
         graph.show({{{0, 0}, {10, 2}}});
         kxHeard<1> frames(kxMessageName::FrameChangedCurveEditor);
         graph.scene()->setFrame(7.5);
-        double frame = 0;
         QCOMPARE(frames.count, 1);
-        frame = boost::any_cast<double>(frames.last.get("frame"));
-        QCOMPARE(frame, 7.5);
+        QCOMPARE(boost::any_cast<double>(frames.last.get("frame")), 7.5);
         graph.scene()->clear();
         QVERIFY(graph.scene()->items().contains(graph.scene()->timeItem()));
         QCOMPARE(graph.scene()->timeItem()->time(), 7.5);
@@ -510,15 +493,17 @@ private Q_SLOTS:
     {
         kxGraphFixture graph;
         graph.show({{{0, 0}, {10, 2}}, {{0, 4}, {12, 5}}});
-        const QPoint from = graph.at(graph.point(0, 1));
+        const QPoint from = graph.at(graph.point(1, 1));
         graph.scene()->selectAllPoints();
         graph.scene()->copySelectedPoints();
         kxPress(graph.port(), from);
         kxDragTo(graph.port(), from + QPoint(10, 10));
         graph.nodes[0]->subRef(); // in the middle of the drag
         kxDragTo(graph.port(), from + QPoint(20, 20));
-        QCOMPARE(graph.place(1, 1), QPointF(14, 4));
-        kxRelease(graph.port(), from + QPoint(20, 20));
+        delete graph.scene()->curves()[0];
+        kxDragTo(graph.port(), from + QPoint(30, 20));
+        QCOMPARE(graph.place(1, 1), QPointF(15, 4));
+        kxRelease(graph.port(), from + QPoint(30, 20));
         QCOMPARE(graph.view.nodes(), std::vector<osg::AnimNodePtr>{graph.nodes[1]});
 
         graph.view.setTangentType(3);
@@ -589,20 +574,6 @@ private Q_SLOTS:
         graph.drag(graph.at(graph.point(0, 1)), QPoint(50, 50));
         QCOMPARE(graph.place(0, 1), QPointF(10, 2));
         graph.scene()->unlockItems();
-        graph.drag(graph.at(graph.point(0, 1)), graph.at(QPointF(11, 3)));
-        QCOMPARE(graph.place(0, 1), QPointF(11, 3));
-    }
-
-    void missedRelease()
-    {
-        kxGraphFixture graph;
-        graph.show({{{0, 0}, {10, 2}}});
-        kxPress(graph.port(), QPoint(20, 20));
-        kxDragTo(graph.port(), QPoint(60, 60));
-        auto* const overlay = graph.view.findChild<kxGraphSelectionOverlay*>();
-        QVERIFY(overlay->isVisible());
-        kxSendMouse(graph.port(), QEvent::MouseMove, QPoint(70, 70), Qt::NoButton, Qt::NoButton); // released elsewhere
-        QVERIFY(!overlay->isVisible());
         graph.drag(graph.at(graph.point(0, 1)), graph.at(QPointF(11, 3)));
         QCOMPARE(graph.place(0, 1), QPointF(11, 3));
     }
