@@ -89,7 +89,11 @@ private Q_SLOTS:
         const unsigned int first = kxScenery::all(Kind::CameraTrack)[0].getFieldContainerId();
         QCOMPARE(_view.cameraNodeId(), first); // what was made is seen
         QVERIFY(look->isChecked());
+        kxAnimManager::the()->setCurrentFrame(48, true, false); // on the way round
+        const QVector3D eye = _view.viewCamera(1).eye();
         _actions.all()[2]->trigger();
+        kxAnimManager::the()->setCurrentFrame(0, true, false);
+        QVERIFY((_view.viewCamera(1).eye() - eye).length() < 0.01f); // the other begins where the view stands
         _panel->select(first);
         QVERIFY(look->isEnabled() && !look->isChecked());
         look->trigger();

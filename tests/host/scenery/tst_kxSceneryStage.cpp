@@ -1,5 +1,6 @@
 #include <files/kxSceneIO.h>
 #include <kernel/kxLogModel.h>
+#include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
@@ -253,8 +254,13 @@ private Q_SLOTS:
         }
         QVERIFY(_stage->playCameraTrack(track).isEmpty() && _stage->isPlaying());
         QCOMPARE(_view->cameraNodeId(), track.getFieldContainerId());
+        const QVector3D eye = kxViewCamera::fromNode(track, 1).eye();
         _stage->stopAll();
-        QVERIFY(!_stage->isPlaying());
+        QVERIFY(!_stage->isPlaying() && kxViewCamera::fromNode(track, 1).eye() == eye); // stays where it is
+        QVERIFY(_stage->playCameraTrack(track).isEmpty());
+        const QSignalSpy changed(_stage.get(), &kxSceneryStage::changed);
+        kxAnimEvaluator::the()->dequeue(kxAnimManager::the()->getCameraTrackBlock(track), false); // as at its end
+        QVERIFY(!_stage->isPlaying() && changed.size() == 1);
         QVERIFY(!_stage->playCameraTrack(viewpoints.front()).isEmpty());
     }
 
@@ -274,8 +280,18 @@ private Q_SLOTS:
 
     void otherSceneStopsAll()
     {
-        kxSceneryEdits::addSequence({kxSequenceStep()}, QStringLiteral("Tour"));
+        const osg::AnimNodePtr spin =
+            kxAnimFixture::block("Spin", {kxAnimFixture::curve("rotation", "Y", {{0, 0}, {2, 90}})});
+        kxAnimManager::the()->addAnimation(addObject("Wheel"), spin);
+        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::PlayClip, "Spin", "", 0}}, QStringLiteral("Tour"));
+        spin->setPostCycles(-1); // without end: nobody waits for it
         QVERIFY(_stage->runner().start("Tour"));
+        _stage->runner().update();
+        QVERIFY(_stage->runner().running().empty() && kxAnimEvaluator::the()->isPlaying(spin));
+        spin->setPostCycles(2);
+        QVERIFY(_stage->runner().start("Tour"));
+        _stage->runner().update();
+        QVERIFY(_stage->isPlaying());
         clear();
         QVERIFY(_stage->runner().running().empty() && kxScenery::all(Kind::Sequence).empty());
     }

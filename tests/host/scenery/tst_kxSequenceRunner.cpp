@@ -147,6 +147,16 @@ private Q_SLOTS:
         t.at(4);
         QCOMPARE(t.done, QStringList({"view deep", "view after", "view deep"}));
         QVERIFY(t.runner.running().empty() && lines().isEmpty());
+
+        for (int i = 1; i <= 64; ++i)
+            t.sequences[std::to_string(i)] = {make(Step::PlaySequence, std::to_string(i + 1).c_str())};
+        t.sequences["65"] = {make(Step::ShowViewpoint, "deepest")};
+        t.runner.start("1");
+        t.at(5);
+        QVERIFY(t.done.size() == 3 && lines().value(0).contains("64 deep"));
+        t.runner.start("2");
+        t.at(6);
+        QCOMPARE(t.done.last(), QStringLiteral("view deepest"));
     }
 
     void clipsAreWaitedFor()
