@@ -89,6 +89,19 @@ public:
         return copy;
     }
 
+    /// `node` as an animation of the object.
+    static osg::AnimNodePtr added(const osg::FieldContainerPtr& object, const osg::AnimNodePtr& node)
+    {
+        kxAnimManager::the()->addAnimation(object, node);
+        return node;
+    }
+    /// `clip` among the clips.
+    static osg::AnimNodePtr added(const osg::AnimNodePtr& clip)
+    {
+        kxAnimManager::the()->addToClipStructure(clip);
+        return clip;
+    }
+
     static void changed(const osg::AnimNodePtr& node, const osg::BitVector& mask) { osg::markChanged(node, mask); }
     static void keysChanged(const osg::AnimNodePtr& node)
     {

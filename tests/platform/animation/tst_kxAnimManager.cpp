@@ -163,8 +163,7 @@ private Q_SLOTS:
         QVERIFY(find("same") == second);
         first->setCore(AnimBlockBase::create());
         object->getParent()->insertChild(0, earlier);
-        const AnimNodePtr third = f.block("same", {});
-        manager()->addAnimation(earlier, third);
+        const AnimNodePtr third = f.added(earlier, f.block("same", {}));
         QVERIFY(find("same") == third); // the order of the scene, not of making
         rename(earlier, "same");        // an object of the same name
         QVERIFY(find("same") == third);
@@ -182,8 +181,7 @@ private Q_SLOTS:
         QVERIFY(find("same") == NullFC);
 
         // Many changes of names leave nothing behind.
-        const AnimNodePtr block = f.block("block", {});
-        manager()->addAnimation(object, block);
+        const AnimNodePtr block = f.added(object, f.block("block", {}));
         for (int i = 0; i < 5000; ++i)
             rename(block, i % 2 == 0 ? "turn" : ("name " + std::to_string(i)).c_str());
         QVERIFY(find("turn") == NullFC && find("name 4999") == block && find("name 4997") == NullFC);
@@ -215,9 +213,8 @@ private Q_SLOTS:
         const AnimNodePtr two = f.block("2", {f.curve("scale", "X", {{0, 0}, {1.5f, 0}})});
         one->setOffset(Vec2f(1, 0));
         two->setOffset(Vec2f(1.5f, 50));
-        const AnimNodePtr clip = f.clip("clip", {one, two, f.trigger("3", 5), f.clip("empty", {})});
+        const AnimNodePtr clip = f.added(f.clip("clip", {one, two, f.trigger("3", 5), f.clip("empty", {})}));
         clip->setOffset(Vec2f(100, 0)); // times are those of the root
-        manager()->addToClipStructure(clip);
         QTEST(double(manager()->calculateFreeOffsetYFor(float(100 + start), end > 0 ? float(100 + end) : 0, clip,
                                                         AnimNodePtr())),
               "expected");
@@ -275,8 +272,7 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const NodePtr object = f.object();
-        const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}, {1, 5}})});
-        manager()->addAnimation(object, block);
+        const AnimNodePtr block = f.added(object, f.block("block", {f.curve("scale", "X", {{0, 1}, {1, 5}})}));
         manager()->copy(block, object);
         firstCurve(block)->clear();
         manager()->subAnimation(object, block);              // dies
@@ -310,8 +306,7 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const NodePtr one = f.object(), two = f.object();
-        const AnimNodePtr block = f.block("block", {f.curve("scale", "X", {{0, 1}})});
-        manager()->addAnimation(one, block);
+        const AnimNodePtr block = f.added(one, f.block("block", {f.curve("scale", "X", {{0, 1}})}));
         manager()->copy(block, one);
         const NodeCorePtr core = block->getCore();
         manager()->unshareFrom(block, one); // a copy in the clipboard is no second user
@@ -335,10 +330,8 @@ private Q_SLOTS:
         QCOMPARE(f.transform(one)->getScale().x(), 7.0f);
         QCOMPARE(f.transform(two)->getScale().x(), 1.0f);
         // Clips get their own cores, the blocks in them stay shared.
-        const AnimNodePtr clip = f.clip("clip", {f.clip("inner", {f.clone(block, 0)})});
-        manager()->addToClipStructure(clip);
-        const AnimNodePtr copy = cloneAnimTree(clip, true);
-        manager()->addToClipStructure(copy);
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.clip("inner", {f.clone(block, 0)})}));
+        const AnimNodePtr copy = f.added(cloneAnimTree(clip, true));
         manager()->unshareClipsR(copy);
         QVERIFY(copy->getCore() != clip->getCore());
         QVERIFY(copy->getChild(0)->getCore() != clip->getChild(0)->getCore());
@@ -347,8 +340,7 @@ private Q_SLOTS:
         const AnimNodePtr beside = AnimNodePtr::dcast(copy->getChild(0)->getChild(0));
         manager()->unshareFrom(beside, copy->getChild(0));
         QVERIFY(beside->getCore() == block->getCore());
-        const AnimNodePtr below = cloneAnimTree(clip, true);
-        manager()->addAnimation(one, below);
+        const AnimNodePtr below = f.added(one, cloneAnimTree(clip, true));
         const AnimNodePtr inner = AnimNodePtr::dcast(below->getChild(0)), leaf = AnimNodePtr::dcast(inner->getChild(0));
         manager()->unshareFrom(leaf, clip); // stands in another clip
         QVERIFY(leaf->getCore() == block->getCore());
@@ -398,9 +390,8 @@ private Q_SLOTS:
             keys.push_back({float(frame / 24.0), float(frame % 9)});
         const AnimNodePtr node = f.curve("translation", "X", keys);
         f.curveOf(node)->editControlPoints()[9].setOuttangent(Vec2f(0.01f, 3));
-        const AnimNodePtr block = f.block("block", {node});
+        const AnimNodePtr block = f.added(object, f.block("block", {node}));
         block->setOffset(Vec2f(10 / 24.0f, 0));
-        manager()->addAnimation(object, block);
         const AnimNodePtr shot = f.group<AnimShotBase>("shot", {});
         const AnimShotPtr times = AnimShotPtr::dcast(shot->getCore());
         times->setShotDuration(2);
@@ -426,8 +417,7 @@ private Q_SLOTS:
 
         // Times that are being read belong to the rate that is read with them.
         f.clear();
-        const AnimNodePtr read = f.block("read", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
-        manager()->addAnimation(f.object(), read);
+        const AnimNodePtr read = f.added(f.object(), f.block("read", {f.curve("translation", "X", {{0, 0}, {1, 1}})}));
         manager()->setKeepKeysAtFrame(true);
         {
             const kxTimeRescale::Pause pause;
@@ -444,8 +434,7 @@ private Q_SLOTS:
         QUndoStack* const stack = kxUndoStack::get(0).stack();
         stack->clear();
         manager()->setKeepKeysAtFrame(true);
-        const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 5}, {2.5f, 7}});
-        manager()->addAnimation(f.object(), node);
+        const AnimNodePtr node = f.added(f.object(), f.curve("translation", "X", {{0, 0}, {1, 5}, {2.5f, 7}}));
         const auto last = [&] { return f.curveOf(node)->getControlPoints(2).x(); };
         manager()->setFPS(30);
         manager()->setFPS(29.97);

@@ -17,24 +17,17 @@ constexpr auto manager = &kxAnimManager::the;
 /// An object with an inactive block whose X goes from `low` to `low` + 24 in a second: what a clip holds clones of.
 struct Source
 {
-    explicit Source(float low)
-        : object(kxAnimFixture::object()),
-          block(kxAnimFixture::block("block", {kxAnimFixture::curve("translation", "X", {{0, low}, {1, low + 24}})}))
-    {
-        manager()->addAnimation(object, block);
-    }
-    /// A second block on the same object.
+    explicit Source(float low) : block(another(low)) {}
+    /// One more block on the object.
     AnimNodePtr another(float low, float length = 1) const
     {
-        const AnimNodePtr node = kxAnimFixture::block(
-            "other", {kxAnimFixture::curve("translation", "X", {{0, low}, {length, low + 24 * length}})});
-        manager()->addAnimation(object, node);
-        return node;
+        const AnimNodePtr curve = kxAnimFixture::curve("translation", "X", {{0, low}, {length, low + 24 * length}});
+        return kxAnimFixture::added(object, kxAnimFixture::block("block", {curve}));
     }
     float x() const { return kxAnimFixture::transform(object)->getTranslation().x(); }
 
-    NodePtr object;
-    AnimNodePtr block;
+    const NodePtr object = kxAnimFixture::object();
+    const AnimNodePtr block;
 };
 
 float shown(const Source& source, const AnimNodePtr& clip, double frame)
@@ -113,9 +106,8 @@ private Q_SLOTS:
         const Source s(100);
         const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
         off->setTravMask(0);
-        const AnimNodePtr clip = f.clip("clip", {on, off});
+        const AnimNodePtr clip = f.added(f.clip("clip", {on, off}));
         clip->setTravMask(0); // asked for by name, it plays all the same
-        manager()->addToClipStructure(clip);
         QCOMPARE(shown(s, clip, 12), 112.0f);
         manager()->setTreeActive(off, true);
         QCOMPARE(shown(s, clip, 12), 512.0f);
@@ -133,9 +125,8 @@ private Q_SLOTS:
         inner->setScale(2);
         inner->setPostCycles(1);
         inner->setFlipped(true);
-        const AnimNodePtr outer = f.clip("outer", {inner});
+        const AnimNodePtr outer = f.added(f.clip("outer", {inner}));
         outer->setOffset(Vec2f(10, 0));
-        manager()->addToClipStructure(outer);
         const auto at = [&](double seconds) { return shown(s, outer, seconds * 24); };
         QCOMPARE(at(0), 124.0f);
         QCOMPARE(at(10.5), 118.0f);
@@ -164,8 +155,7 @@ private Q_SLOTS:
         const Source s(100);
         const NodePtr second = f.object();
         manager()->addAnimation(second, cloneAnimTree(s.block, true));
-        const AnimNodePtr clip = f.clip("clip", {f.clone(s.block, 0)});
-        manager()->addToClipStructure(clip);
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.clone(s.block, 0)}));
         QCOMPARE(shown(s, clip, 6), 106.0f);
         QCOMPARE(f.transform(second)->getTranslation().x(), 106.0f);
         // Under an object a block moves that object alone.
@@ -225,9 +215,8 @@ private Q_SLOTS:
         const Source driven(0), idle(50);
         idle.block->setTravMask(0);
         kxAnimFixture::transform(idle.object)->setTranslation(Vec3f(3, 0, 0));
-        const AnimNodePtr clip = f.clip("clip", {f.clone(driven.block, 2), f.clone(idle.block, 2)});
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.clone(driven.block, 2), f.clone(idle.block, 2)}));
         clip->getChild(1)->setTravMask(Node::Active);
-        manager()->addToClipStructure(clip);
         manager()->setCurrentFrame(5, false, false);
         QCOMPARE(driven.x(), 5.0f);
         QCOMPARE(shown(driven, clip, 60), 12.0f);
@@ -249,10 +238,9 @@ private Q_SLOTS:
         Fired fired;
         const AnimNodePtr off = f.trigger("off", 1.5f);
         off->setTravMask(0);
-        const AnimNodePtr clip = f.clip("clip", {f.trigger("c", 2), f.trigger("a", 0), f.trigger("b", 1, true),
-                                                 f.trigger("e", 3, false, true), off});
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.trigger("c", 2), f.trigger("a", 0), f.trigger("b", 1, true),
+                                                         f.trigger("e", 3, false, true), off}));
         clip->setTravMask(0); // asked for by name, it fires all the same
-        manager()->addToClipStructure(clip);
         pass(clip, 0);
         QCOMPARE(fired.take(), QString("sa")); // the evaluation begins on it
         pass(clip, 0);
@@ -306,9 +294,8 @@ private Q_SLOTS:
             f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
         inner->setPostCycles(cycles);
         inner->setFlipped(flipped);
-        const AnimNodePtr outer = f.clip("outer", {inner});
+        const AnimNodePtr outer = f.added(f.clip("outer", {inner}));
         inner->setOffset(Vec2f(10, 0));
-        manager()->addToClipStructure(outer);
         kxTriggers::pass(outer, from, to);
         QTEST(fired.take(), "expected");
     }
@@ -317,8 +304,7 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         Fired fired;
-        const AnimNodePtr clip = f.clip("clip", {f.trigger("a", 0), f.trigger("b", 1), f.trigger("c", 2)});
-        manager()->addToClipStructure(clip);
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.trigger("a", 0), f.trigger("b", 1), f.trigger("c", 2)}));
         pass(clip, 48);
         fired.take();
         // As "go to the start" does it, and play after that.

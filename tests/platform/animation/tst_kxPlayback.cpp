@@ -246,13 +246,11 @@ private Q_SLOTS:
         kxTriggers::setHandler([&](const std::string& name, kxTriggers::Kind)
                                { fired << QString::fromStdString(name); });
         const NodePtr object = f.object();
-        const AnimNodePtr block = f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})});
-        manager()->addAnimation(object, block);
+        const AnimNodePtr block = f.added(object, f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})}));
         block->setTravMask(0);
         const AnimNodePtr clone = f.clone(block, 5);
         clone->setTravMask(Node::Active);
-        const AnimNodePtr clip = f.clip("opening", {f.trigger("start", 5), clone});
-        manager()->addToClipStructure(clip);
+        const AnimNodePtr clip = f.added(f.clip("opening", {f.trigger("start", 5), clone}));
         manager()->enqueue(manager()->find("opening"), true);
         QVERIFY(manager()->isPlaying("opening"));
         QVERIFY(clip->getPlaying());
@@ -282,8 +280,7 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const NodePtr object = f.object();
-        const AnimNodePtr block = f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})});
-        manager()->addAnimation(object, block);
+        const AnimNodePtr block = f.added(object, f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})}));
         block->setTravMask(0);
         const auto x = [&] { return f.transform(object)->getTranslation().x(); };
         manager()->enqueue(block, true);

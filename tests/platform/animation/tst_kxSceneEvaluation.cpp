@@ -46,12 +46,11 @@ private Q_SLOTS:
             curves[1]->setOffset(Vec2f(unit(), 0));
             f.curveOf(curves[2])->setPostInfinityMode(UInt32(i % 7));
             f.curveOf(curves[2])->computeOuttangent(1, 3);
-            const AnimNodePtr block = f.block("block", curves);
+            const AnimNodePtr block = f.added(object, f.block("block", curves));
             block->setOffset(Vec2f(i % 3 == 0 ? unit() : 0, 0));
             block->setScale(i % 4 == 0 ? 0.5f + unit() : 1);
             block->setPostCycles(i % 5 - 1);
             block->setFlipped(i % 2 == 0);
-            manager()->addAnimation(object, block);
             blocks.push_back({object, block});
         }
         for (const double frame : {0.0, 17.0, 3.25, -40.0, 500.0, 60.0, 61.0, 59.0, 300.0})
@@ -120,8 +119,7 @@ private Q_SLOTS:
         kxAnimFixture f;
         const NodePtr object = f.object();
         const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 24}});
-        const AnimNodePtr block = f.block("block", {node});
-        manager()->addAnimation(object, block);
+        const AnimNodePtr block = f.added(object, f.block("block", {node}));
         manager()->setCurrentFrame(12, false, false);
         const auto x = [&] { return f.transform(object)->getTranslation().x(); };
         QCOMPARE(x(), 12.0f);
@@ -146,10 +144,8 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const NodePtr object = f.object();
-        const AnimNodePtr node = f.curve("translation", "X", {{0, 1}, {1, 2}});
-        const AnimNodePtr other = f.curve("translation", "Y", {{0, 1}});
-        manager()->addAnimation(object, node);
-        manager()->addAnimation(object, other);
+        const AnimNodePtr node = f.added(object, f.curve("translation", "X", {{0, 1}, {1, 2}}));
+        const AnimNodePtr other = f.added(object, f.curve("translation", "Y", {{0, 1}}));
         manager()->setCurrentFrame(24, false, false);
         f.transform(object)->setTranslation(Vec3f(77, 1, 0));
         markChanged(object->getCore(), Transform::TranslationFieldMask);
@@ -181,8 +177,7 @@ private Q_SLOTS:
         kxAnimFixture f;
         const NodePtr object = f.object();
         f.transform(object)->setTranslation(Vec3f(3, 4, 5));
-        const AnimNodePtr node = f.curve("translation", "Y", {{0, 0}, {1, 24}});
-        manager()->addAnimation(object, node);
+        const AnimNodePtr node = f.added(object, f.curve("translation", "Y", {{0, 0}, {1, 24}}));
         manager()->setCurrentFrame(12, false, false);
         const UInt32 id = object->getCore()->getId();
         float rest = 0;
@@ -215,8 +210,7 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const NodePtr object = f.object();
-        const AnimNodePtr node = f.curve("translation", "Y", {{0, 7}});
-        manager()->addAnimation(object, node);
+        const AnimNodePtr node = f.added(object, f.curve("translation", "Y", {{0, 7}}));
         manager()->updateSceneAnimCurveData();
         const UInt32 id = object->getCore()->getId();
         QVERIFY(kxRestValues::the().set(id, "translation", 1, 40)); // driven: kept for later
@@ -272,10 +266,8 @@ private Q_SLOTS:
         object->setCore(choice);
         const AnimNodePtr node = f.curve("choice", "", {{0.5f, 2}, {1.5f, 6}});
         f.curveOf(node)->setPostInfinityMode(UInt32(infinity));
-        const AnimNodePtr block = f.block("block", {node});
-        manager()->addAnimation(object, block);
-        const AnimNodePtr clip = f.clip("clip", {f.clone(block, 0)});
-        manager()->addToClipStructure(clip);
+        const AnimNodePtr block = f.added(object, f.block("block", {node}));
+        const AnimNodePtr clip = f.added(f.clip("clip", {f.clone(block, 0)}));
         manager()->setCurrentFrame(frame, false, false);
         QTEST(int(choice->getChoice()), "choice");
         choice->setChoice(0);
@@ -301,9 +293,8 @@ private Q_SLOTS:
         kxAnimFixture f;
         const NodePtr object = f.object();
         const AnimNodePtr shown = f.curve("translation", "X", {{0, 0}, {1, 24}});
-        const AnimNodePtr block = f.block("block", {shown});
+        const AnimNodePtr block = f.added(object, f.block("block", {shown}));
         block->setOffset(Vec2f(0.5f, 0));
-        manager()->addAnimation(object, block);
         manager()->addAnimation(object, f.curve("translation", "Y", {{0, 0}, {1, 24}}));
         manager()->setCurrentFrame(0, true, false);
         manager()->setGetCurveEditorDataCB(
