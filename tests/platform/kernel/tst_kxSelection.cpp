@@ -1,3 +1,4 @@
+#include <kxAnimFixture.h>
 #include <kxController.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
@@ -45,25 +46,16 @@ class tst_kxSelection : public QObject
 private Q_SLOTS:
     void init()
     {
+        kxAnimFixture::clear();
+        _nodes = {kxAnimFixture::object(""), kxAnimFixture::object(""), kxAnimFixture::object("")};
+        _materials.clear();
         for (int i = 0; i < 3; ++i)
         {
-            _nodes.push_back(osg::Node::create());
-            _nodes.back()->addRef();
             _materials.push_back(osg::UberMaterial::create());
-            _materials.back()->addRef();
+            kxScene::the()->addMaterial(_materials.back());
         }
         kxSelection::the().clear();
         _stack->clear();
-    }
-
-    void cleanup()
-    {
-        for (const osg::NodePtr& node : _nodes)
-            node->subRef();
-        for (const osg::MaterialPtr& material : _materials)
-            material->subRef();
-        _nodes.clear();
-        _materials.clear();
     }
 
     void nodesAreSteps()
@@ -133,9 +125,8 @@ private Q_SLOTS:
         kxSelectionManager::selectNode(_nodes[0]);
         QVERIFY(kxSelection::the().contains(_nodes[0]->getId()) && kxSelection::the().contains(_materials[1]->getId()));
         QVERIFY(!kxSelection::the().contains(_nodes[1]->getId()));
-        const osg::NodePtr dead = _nodes[1];
+        kxScene::the()->root()->subChild(_nodes[1]); // dies
         _nodes.erase(_nodes.begin() + 1);
-        dead->subRef();
         _stack->undo();
         QVERIFY(kxScenegraph::getSelectedNodes() == _nodes);
         kxSelectionManager::selectNodes(_nodes);

@@ -1,6 +1,7 @@
 #include <boost/python.hpp>
 
 #include <kxNodePtr.h>
+#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxScript.h>
 #include <osg/AnimCores.h>
@@ -20,13 +21,6 @@ namespace
 int entered = 0; // calls that got as far as C++
 
 template <class T>
-T given(T value)
-{
-    ++entered;
-    return value;
-}
-
-template <class T>
 T back(const T& value)
 {
     ++entered;
@@ -41,24 +35,14 @@ unsigned int idOf(const Pointer& handle)
     return handle.getFieldContainerId();
 }
 
-unsigned int kxIdOf(const kxNodePtr& handle)
-{
-    ++entered;
-    return handle.id();
-}
-
-int calls()
-{
-    return entered;
-}
-
 void defineProbe()
 {
-    bp::def("calls", calls);
-    bp::def("real32", given<float>);
-    bp::def("real64", given<double>);
-    bp::def("int32", given<int>);
-    bp::def("truth", given<bool>);
+    bp::def(
+        "calls", +[] { return entered; });
+    bp::def("real32", back<float>);
+    bp::def("real64", back<double>);
+    bp::def("int32", back<int>);
+    bp::def("truth", back<bool>);
     bp::def("text", back<std::string>);
     bp::def("vec", back<osg::Vec3f>);
     bp::def("reals", back<std::vector<float>>);
@@ -72,7 +56,8 @@ void defineProbe()
     bp::def("animId", idOf<osg::AnimNodePtr>);
     bp::def("materialId", idOf<osg::MaterialPtr>);
     bp::def("anyId", idOf<osg::FieldContainerPtr>);
-    bp::def("kxId", kxIdOf);
+    bp::def(
+        "kxId", +[](const kxNodePtr& handle) { return ++entered, handle.id(); });
     bp::def("kxNode", back<kxNodePtr>);
     bp::def("material", back<osg::MaterialPtr>);
     bp::def("animNode", back<osg::AnimNodePtr>);
@@ -85,7 +70,8 @@ extern "C" PyObject* initProbe()
     return bp::detail::init_module(definition, defineProbe);
 }
 
-void setGlobal(const char* name, const bp::object& value)
+template <class T>
+void setGlobal(const char* name, const T& value)
 {
     bp::import("__main__").attr(name) = value;
 }
@@ -115,32 +101,19 @@ private Q_SLOTS:
                               "        assert calls() == before, 'entered'\n"
                               "    else:\n"
                               "        assert False, 'taken'\n"));
-        _node = osg::Node::create();
-        _node->addRef();
         _node->setCore(osg::Transform::create());
         _node->setNodeName("Tür");
         const osg::NodePtr child = osg::Node::create();
         child->setNodeName("Griff");
         _node->addChild(child);
-        _animNode = osg::AnimNodeBase::create();
-        _animNode->addRef();
         _animNode->setCore(osg::AnimClipBase::create());
         _animNode->setNodeName("Open");
-        _material = osg::UberMaterial::create();
-        _material->addRef();
         _material->setNodeName("Lack");
-        setGlobal("n", bp::object(_node));
-        setGlobal("a", bp::object(_animNode));
-        setGlobal("m", bp::object(osg::MaterialPtr(_material)));
-        setGlobal("k", bp::object(kxNodePtr(_node)));
-        setGlobal("ka", bp::object(kxNodePtr(_animNode)));
-    }
-
-    void cleanupTestCase()
-    {
-        _node->subRef();
-        _animNode->subRef();
-        _material->subRef();
+        setGlobal("n", _node.get());
+        setGlobal("a", _animNode.get());
+        setGlobal("m", osg::MaterialPtr(_material.get()));
+        setGlobal("k", kxNodePtr(_node));
+        setGlobal("ka", kxNodePtr(_animNode.get()));
     }
 
     void conversions_data()
@@ -166,7 +139,7 @@ private Q_SLOTS:
                "    else: assert False, wrong";
         QTest::newRow("vector from sequences")
             << "assert vec((1, 2.5, True)) == vec([1, 2.5, 1]) == vec(range(3)) + (1, 1.5, -1)\n"
-               "for wrong in ((1, 2), (1, 2, 3, 4), 'abc', b'abc', (1, '2', 3), (1, None, 3), {1, 2, 3}, None, 1):\n"
+               "for wrong in ((1, 2), (1, 2, 3, 4), 'abc', b'abc', ('1', 2, 3), (1, 2, None), {1, 2, 3}, None, 1):\n"
                "    refused(TypeError, vec, wrong)\n"
                "refused(OverflowError, vec, (10**400, 0, 0))";
         QTest::newRow("floats") << "assert reals([1, 2.5]) == reals((1, 2.5)) == [1.0, 2.5] and reals([]) == []\n"
@@ -192,7 +165,7 @@ private Q_SLOTS:
         QTest::newRow("nodes are taken for each other")
             << "assert nodeId(n) == nodeId(k) == kxId(n) == kxId(k) == anyId(n) == n.id == k.getId() > 0\n"
                "assert nodeId(a) == animId(a) == animId(ka) == kxId(a) == animId(NodePtr(a)) == a.id\n"
-               "assert materialId(m) == anyId(m) == m.id\n"
+               "assert materialId(m) == anyId(m) == m.id == MaterialPtr(m).id\n"
                "assert nodeId(None) == kxId(None) == animId(None) == materialId(None) == anyId(None) == 0\n"
                "assert animId(NodePtr()) == animId(kxNodePtr()) == 0";
         QTest::newRow("wrong handles") << "for f in (nodeId, kxId, animId):\n"
@@ -226,17 +199,15 @@ private Q_SLOTS:
 
     void deadHandles()
     {
-        const osg::AnimNodePtr node = osg::AnimNodeBase::create();
-        const osg::UberMaterialPtr material = osg::UberMaterial::create();
-        node->addRef();
-        material->addRef();
-        setGlobal("dead", bp::object(osg::NodePtr(node)));
-        setGlobal("deadAnim", bp::object(node));
-        setGlobal("deadKx", bp::object(kxNodePtr(node)));
-        setGlobal("deadMaterial", bp::object(osg::MaterialPtr(material)));
+        kxOwned node(osg::AnimNodeBase::create());
+        kxOwned material(osg::UberMaterial::create());
+        setGlobal("dead", osg::NodePtr(node.get()));
+        setGlobal("deadAnim", node.get());
+        setGlobal("deadKx", kxNodePtr(node.get()));
+        setGlobal("deadMaterial", osg::MaterialPtr(material.get()));
         QVERIFY(kxScript::run("kept = {dead: 1, deadMaterial: 2}; id = dead.id; assert dead"));
-        node->subRef();
-        material->subRef();
+        node.release();
+        material.release();
         const kxScriptResult result = kxInterpreter::run(
             "for h in (dead, deadAnim, deadKx, deadMaterial):\n"
             "    assert h.isNull() and not h and h.name == h.typeName == '' and h.id > 0 and 'gone' in repr(h)\n"
@@ -248,9 +219,9 @@ private Q_SLOTS:
     }
 
 private:
-    osg::NodePtr _node;
-    osg::AnimNodePtr _animNode;
-    osg::UberMaterialPtr _material;
+    const kxOwned<osg::Node> _node{osg::Node::create()};
+    const kxOwned<osg::AnimNode> _animNode{osg::AnimNodeBase::create()};
+    const kxOwned<osg::UberMaterial> _material{osg::UberMaterial::create()};
 };
 
 QTEST_GUILESS_MAIN(tst_kxPythonTypes)

@@ -2,7 +2,6 @@
 #include <kxAnimFixture.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
-#include <kxTable.h>
 #include <osg/AnimCores.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScenery.h>
@@ -58,52 +57,39 @@ private Q_SLOTS:
         }
     }
 
-    void damagedSteps_data()
+    void damagedSteps()
     {
-        QTest::addColumn<QByteArray>("text");
+        const SceneSequencePtr core = SceneSequence::create();
+        const NodePtr node = add(core, "S", kxScene::the()->sceneryRoot());
         for (const char* const text : {"", "[]", "[\"wait\"]", "[\"wait\",-1]", "[\"wait\",1e99]", "[\"wait\",\"1\"]",
                                        "[\"clip\",1]", "[\"clip\",\"a\",\"b\"]", "[\"variant\",\"a\",1]",
                                        "[\"jump\",\"a\"]", "{\"wait\":1}", "[\"clip\",\"a\"", "\xff\xfe"})
-            QTest::newRow(text) << QByteArray(text);
-    }
-
-    void damagedSteps()
-    {
-        QFETCH(QByteArray, text);
-        kxSequenceStep step{kxSequenceStep::Kind::PlayClip, "stays", "", 3};
-        QVERIFY(!kxSequenceStep::fromText(text.toStdString(), step));
-        QCOMPARE(step.name, std::string("stays"));
-        // In a sequence the others go on being read, and nothing of it is lost.
-        const SceneSequencePtr core = SceneSequence::create();
-        const NodePtr node = add(core, "S", kxScene::the()->sceneryRoot());
-        core->setSteps({text.toStdString(), kxSequenceStep().toText()});
-        int unread = 0;
-        QCOMPARE(kxScenery::steps(node, &unread).size(), std::size_t(1));
-        QCOMPARE(unread, 1);
-    }
-
-    void variantNames_data()
-    {
-        kxColumns<QString, QString, QString>("text", "set", "choice");
-        const auto row = [](const char* name, const char* text, const char* set, const char* choice)
-        { QTest::newRow(name) << text << set << choice; };
-        row("set", "Door", "Door", "");
-        row("choice", "Door/Open", "Door", "Open");
-        row("separator in the set", "Door/Left/Open", "Door/Left", "Open");
-        row("separator in the choice", "Door/a/b", "Door", "a/b");
-        row("unknown choice", "Door/None", "Door", "None");
-        row("unknown set", "Gate/Open", "", "");
-        row("empty", "", "", "");
+        {
+            kxSequenceStep step{kxSequenceStep::Kind::PlayClip, "stays", "", 3};
+            QVERIFY2(!kxSequenceStep::fromText(text, step), text);
+            QCOMPARE(step.name, std::string("stays"));
+            // In a sequence the others go on being read, and nothing of it is lost.
+            core->setSteps({text, kxSequenceStep().toText()});
+            int unread = 0;
+            QCOMPARE(kxScenery::steps(node, &unread).size(), std::size_t(1));
+            QCOMPARE(unread, 1);
+        }
     }
 
     void variantNames()
     {
-        QFETCH(QString, text);
         addSet("Door", {"Open", "a/b"});
         addSet("Door/Left", {"Open"});
-        const auto found = kxScenery::findVariant(text.toStdString());
-        QTEST(QString::fromStdString(kxNodeUtils::getName(found.first)), "set");
-        QTEST(QString::fromStdString(found.second), "choice");
+        const char* const names[][3] = {{"Door", "Door", ""},          {"Door/Open", "Door", "Open"},
+                                        {"Door/a/b", "Door", "a/b"},   {"Door/Left/Open", "Door/Left", "Open"},
+                                        {"Door/None", "Door", "None"}, // no such choice
+                                        {"Gate/Open", "", ""},         {"", "", ""}};
+        for (const auto& [text, set, choice] : names)
+        {
+            const auto found = kxScenery::findVariant(text);
+            QCOMPARE(kxNodeUtils::getName(found.first), std::string(set));
+            QCOMPARE(found.second, std::string(choice));
+        }
     }
 
     void nextChoiceGoesAround()
