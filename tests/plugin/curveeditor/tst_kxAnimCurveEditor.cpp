@@ -2,6 +2,7 @@
 
 #include <curveeditor/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <timeline/kxAnimControlGUII.h>
 
@@ -157,42 +158,30 @@ private Q_SLOTS:
     void showsCurvesThatAreAskedFor()
     {
         _editor->show();
-        const auto ask = [](const osg::AnimNodePtr& node)
+        kxAnimManager* const kernel = kxAnimManager::the();
+        for (const osg::AnimNodePtr& asked : {_animation, osg::AnimNodePtr()})
         {
             kxMessage message;
-            message.set("node", node, true);
+            message.set("node", asked, true);
             kxController::call(kxMessageName::ShowCurves, message, 0);
-        };
-        ask(_animation);
-        QCOMPARE(_editor->curves().size(), 1);
-        QCOMPARE(_editor->curves().front()->animCurve(), _curve);
-        ask(osg::AnimNodePtr());
-        QCOMPARE(_editor->curves().size(), 1);
+            QCOMPARE(_editor->curves().size(), 1);
+            QCOMPARE(_editor->curves().front()->animCurve(), _curve);
+        }
+        kernel->setPlaybackContextHint(1); // what is shown alone is played
+        kernel->setCurrentFrame(48, false, true);
+        kernel->setPlaybackContextHint(0);
+        QCOMPARE(x(), 5.0f);
+        QCOMPARE(_editor->graph->scene()->timeItem()->time(), 48.0);
     }
 
     void keyingShowsUpEverywhere()
     {
         _editor->show();
-        const osg::NodePtr ball = kxAnimFixture::object("Ball");
-        _editor->select({ball});
+        _editor->select({kxAnimFixture::object("Ball")});
         QCOMPARE(_editor->channels->topLevelItemCount(), 1);
         QVERIFY(_editor->curves().isEmpty());
         kxAnimManager::the()->setCurrentFrame(12, false, true);
-        _editor->channels->keyAll();
-        QVERIFY(!_editor->curves().isEmpty());
-        QVERIFY(_editor->curves().front()->point(0) != nullptr);
-        QCOMPARE(_editor->curves().front()->point(0)->pos().x(), 12.0);
-        QCOMPARE(_editor->library->topLevelItemCount(), 2);
-        kxUndoStack::get(0).stack()->undo();
-        for (const kxAnimGraphCurve* const curve : _editor->curves())
-            QVERIFY(curve->point(0) == nullptr);
-    }
-
-    void namesTellWhatIsKeyed()
-    {
-        _editor->show();
-        _editor->select({kxAnimFixture::object("Ball")});
-        const auto seen = [this] // on the screen, where nobody asks for a repaint
+        const auto seen = [this] // the name of a channel on the screen, where nobody asks for a repaint
         {
             QCoreApplication::processEvents();
             const QWidget* const port = _editor->channels->viewport();
@@ -201,24 +190,29 @@ private Q_SLOTS:
             return QGuiApplication::primaryScreen()->grabWindow(_editor->window.winId()).copy(place).toImage();
         };
         const QImage white = seen();
+        QUndoStack* const stack = kxUndoStack::get(0).stack();
+        for (const char* const slot : {"keyAll", "keySelected"}) // of no row: that makes the curves alone
+        {
+            const bool withKeys = qstrcmp(slot, "keyAll") == 0;
+            QMetaObject::invokeMethod(_editor->channels, slot);
+            for (int round = 0; round < 2; ++round)
+            {
+                QCOMPARE(_editor->library->topLevelItemCount(), 2);
+                QCOMPARE(seen() == white, !withKeys);
+                const QList<kxAnimGraphCurve*> curves = _editor->curves();
+                QVERIFY(!withKeys || (!curves.isEmpty() && curves.front()->point(0)->pos().x() == 12));
+                stack->undo();
+                QCOMPARE(_editor->library->topLevelItemCount(), 1);
+                QVERIFY(seen() == white);
+                stack->redo();
+            }
+            stack->undo();
+        }
         _editor->channels->keyAll();
-        QVERIFY(seen() != white);
-        kxUndoStack::get(0).stack()->undo();
-        QVERIFY(seen() == white);
-        kxUndoStack::get(0).stack()->redo();
-        QVERIFY(seen() != white);
-    }
-
-    void curvesAloneComeAndGo()
-    {
-        _editor->show();
-        _editor->select({kxAnimFixture::object("Ball")});
-        _editor->channels->keySelected(); // of no row: it makes the curves
-        QCOMPARE(_editor->library->topLevelItemCount(), 2);
-        kxUndoStack::get(0).stack()->undo();
-        QCOMPARE(_editor->library->topLevelItemCount(), 1);
-        kxUndoStack::get(0).stack()->redo();
-        QCOMPARE(_editor->library->topLevelItemCount(), 2);
+        _editor->channels->createBlocks();
+        const QList<QTreeWidgetItem*> made = _editor->library->selectedItems();
+        QCOMPARE(made.size(), 1);
+        QVERIFY(static_cast<kxAnimTreeWidgetItem*>(made.front())->animNode() != osg::NullFC);
     }
 
     void marksFollowTheKeys()
@@ -336,6 +330,7 @@ private Q_SLOTS:
         editor.library->clearSelection(); // by its user, who doesn't want it back
         editor.deliver(kxMessageId::SceneChanged);
         QVERIFY(editor.curves().isEmpty() && editor.library->selectedItems().isEmpty());
+        QCOMPARE(editor.channels->topLevelItemCount(), 0);
         editor.select({box, still});
         QCOMPARE(editor.curves().size(), 1);
         kxScene::the()->root()->subChild(box);
