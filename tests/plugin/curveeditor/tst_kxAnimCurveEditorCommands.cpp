@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QtTest>
 
 namespace
@@ -38,6 +39,15 @@ std::vector<std::pair<float, float>> keysOf(const osg::AnimCurvePtr& curve)
     for (const osg::CCPnt& key : curve->getControlPoints())
         keys.emplace_back(key.x() * 24, key.y());
     return keys;
+}
+
+/// Objects without animation: they have no rows in the library.
+std::vector<osg::NodePtr> stills(std::size_t count)
+{
+    std::vector<osg::NodePtr> objects;
+    while (objects.size() < count)
+        objects.push_back(kxAnimFixture::object("Still"));
+    return objects;
 }
 
 int steps()
@@ -153,10 +163,8 @@ private Q_SLOTS:
         QVERIFY(!said("locked"));
         _editor->select({_editor->animated("Walker", {{0, 1}, {1, 5}}, "Walk")});
         QVERIFY(said("select a block"));
-        std::vector<osg::NodePtr> crowd;
-        for (std::size_t i = 0; i <= kxAnimChannelWidget::ObjectLimit; ++i)
-            crowd.push_back(kxAnimFixture::object("Still"));
-        _editor->select(crowd); // none of them has a row in the library
+        std::vector<osg::NodePtr> crowd = stills(kxAnimChannelWidget::ObjectLimit + 1);
+        _editor->select(crowd);
         QVERIFY(said("More than 20 objects") && !said("select a block"));
         crowd.pop_back();
         _editor->select(crowd);
@@ -199,14 +207,26 @@ private Q_SLOTS:
         QVERIFY(said("none of those is shown"));
         QCOMPARE(keysOf(_editor->curveOf(box)), (Keys{{0, 1}, {24, 5}}));
 
-        std::vector<osg::NodePtr> crowd;
-        for (std::size_t i = 0; i <= kxAnimChannelWidget::ObjectLimit; ++i)
-            crowd.push_back(kxAnimFixture::object("Still"));
-        _editor->select(crowd);
+        _editor->select(stills(kxAnimChannelWidget::ObjectLimit + 1));
         const int before = steps();
         choose(*_editor, "Curve", "Key All Channels");
         QVERIFY(said("more than 20 objects"));
         QCOMPARE(steps(), before);
+    }
+
+    void theBarTellsWhatItDoes()
+    {
+        _editor->show();
+        const osg::NodePtr box = _editor->animated("Box");
+        _editor->select({box});
+        const QList<QAction*> bar = _editor->form->findChild<QToolBar*>("QuickActionBar")->actions();
+        QCOMPARE(bar.size(), 12);
+        bar.front()->showStatusText(_editor->form);
+        QCOMPARE(_editor->form->statusbar->currentMessage(), QString("Key all channels"));
+        QCOMPARE(bar.front()->shortcutContext(), Qt::ApplicationShortcut); // windows that float take keys too
+        QCOMPARE(_editor->form->_frameLabel->pos().x(), 0);                // as far left as the graph below
+        bar[2]->trigger();
+        QVERIFY(kxAnimManager::the()->findBlockR(kxScene::the()->root(), "Box") != osg::NullFC);
     }
 
     void infinityModesOfBlocks()
