@@ -5,9 +5,9 @@
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipIcons.h>
 #include <wizard/kxAnimWizClipGUI.h>
 
-#include <kxIconManager.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
@@ -19,7 +19,6 @@
 #include <QGraphicsView>
 #include <QMenu>
 #include <QPen>
-#include <QPixmapCache>
 #include <QTimeLine>
 
 #include <cmath>
@@ -38,19 +37,6 @@ constexpr double LineHeight = 15;
 constexpr double LockRight = 30;
 
 quint64 selections = 0; // of bars, since the start
-
-/// Drawn once for all bars.
-QPixmap lockPixmap()
-{
-    const QString key = QStringLiteral("kxAnimClipLock@%1").arg(double(kxPlatform::getDpiScaleX()));
-    QPixmap pixmap;
-    if (!QPixmapCache::find(key, &pixmap))
-    {
-        pixmap = kxIconManager::get(QStringLiteral("scenegraph/lockTrackOff.svg"));
-        QPixmapCache::insert(key, pixmap);
-    }
-    return pixmap;
-}
 } // namespace
 
 kxAnimAbstractClipItem::kxAnimAbstractClipItem(osg::AnimNodePtr node, QGraphicsItem* parent)
@@ -98,7 +84,7 @@ void kxAnimAbstractClipItem::makeLabels()
     kxAnimAbstractClipItem::updateTimeText();
     _infoText = new kxAnimClipLabel(this);
     kxAnimAbstractClipItem::updateInfoText(true);
-    _lockIcon = new QGraphicsPixmapItem(lockPixmap(), this);
+    _lockIcon = new QGraphicsPixmapItem(kxClipIcons::get("scenegraph/lockTrackOff.svg"), this);
     _lockIcon->setFlag(ItemIgnoresTransformations);
     kxAnimAbstractClipItem::updateLockIcon(true);
 }

@@ -2,13 +2,12 @@
 
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/kxClipIcons.h>
 
-#include <kxIconManager.h>
 #include <kxPlatform.h>
 
 #include <QCoreApplication>
 #include <QPainter>
-#include <QPixmapCache>
 
 #include <algorithm>
 #include <cmath>
@@ -36,22 +35,6 @@ constexpr ButtonIcons Icons[kxClipLayout::ButtonCount] = {
     {"scenegraph/showTrackOff.svg", "scenegraph/showTrackOn.svg"},
     {"scenegraph/hideTrackOff.svg", "scenegraph/hideTrackOn.svg"},
 };
-
-/// Rendered once a size: every track shows four at each paint.
-QPixmap buttonIcon(const char* path, double ratio)
-{
-    const QString key = QStringLiteral("kxAnimClipRuler/%1@%2x%3")
-                            .arg(QLatin1String(path))
-                            .arg(double(kxPlatform::getDpiScaleX()))
-                            .arg(ratio);
-    QPixmap pixmap;
-    if (!QPixmapCache::find(key, &pixmap))
-    {
-        pixmap = kxIconManager::get(QLatin1String(path));
-        QPixmapCache::insert(key, pixmap);
-    }
-    return pixmap;
-}
 } // namespace
 
 kxAnimClipRuler::kxAnimClipRuler(QPainter* painter, const QRectF& rect, double scaleX)
@@ -91,7 +74,8 @@ void kxAnimClipRuler::drawTrack(int track, double y, const kxClipLayout::TrackBu
     for (int i = 0; i < kxClipLayout::ButtonCount; ++i)
     {
         const bool hot = hovered.track == track && int(hovered.button) == i;
-        const QPixmap icon = buttonIcon(hot ? Icons[i].hot : Icons[i].plain, _painter->device()->devicePixelRatioF());
+        const QPixmap icon =
+            kxClipIcons::get(hot ? Icons[i].hot : Icons[i].plain, _painter->device()->devicePixelRatioF());
         const QRectF place(left + i * kxClipLayout::ButtonPitch * _dpi, y + ButtonTop * _dpi, side, side);
         _painter->drawPixmap(place, icon, QRectF(icon.rect()));
     }
