@@ -1,3 +1,4 @@
+#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipGeometry.h>
 #include <clipmaker/kxAnimClipRows.h>
 
@@ -99,6 +100,29 @@ private Q_SLOTS:
         QTEST(drawn, "ticks");
     }
 
+    void labelsKeepOffTheEnds()
+    {
+        QVERIFY(Geometry::labelFits(150, 2, 12, 99.1));
+        QVERIFY(!Geometry::labelFits(150, 2, 12, 99));
+    }
+
+    void textsReadWell_data()
+    {
+        kxColumns<QColor, bool>("fill", "light");
+        kxRow("black", QColor(0, 0, 0), true);
+        kxRow("almost black", QColor(9, 9, 9), true);
+        kxRow("blue", QColor(0, 0, 255), true);
+        kxRow("yellow", QColor(255, 255, 0), false);
+        kxRow("grey", QColor(140, 140, 140), false);
+        kxRow("white that lets the ground through", QColor(255, 255, 255, 60), true);
+    }
+
+    void textsReadWell()
+    {
+        QFETCH(QColor, fill);
+        QTEST(kxClipColor::textOn(fill) == kxClipColor::LightText, "light");
+    }
+
     void makesRoundingGood()
     {
         // A node that lost a little under its bar catches up; one that stands elsewhere keeps its distance.
@@ -117,6 +141,7 @@ private Q_SLOTS:
         kxRow("one track below", QRectF(0, 100, 50, 49), false);
         kxRow("between two tracks", QRectF(0, 20, 50, 49), true);
         kxRow("inside", QRectF(40, 50, 5, 49), true);
+        kxRow("on its lower edge", QRectF(40, 99, 5, 49), false);
     }
 
     void rowsTellWhatOverlaps()

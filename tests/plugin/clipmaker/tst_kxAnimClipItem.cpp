@@ -1,10 +1,13 @@
 #include "kxClipFixture.h"
 
+#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipNodes.h>
 
 #include <kxHeard.h>
 #include <kxMessageNames.h>
+#include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QMessageBox>
@@ -38,6 +41,9 @@ QList<kxAnimClipLabel*> labelsOf(const QGraphicsItem* bar)
 class tst_kxAnimClipItem : public QObject
 {
     Q_OBJECT
+public:
+    static void initMain() { qputenv("QT_FONT_DPI", "144"); } // what is drawn grows with the screen
+
 private Q_SLOTS:
     void dragsTakeTheNodeAlong_data()
     {
@@ -192,8 +198,18 @@ private Q_SLOTS:
         bar->setFlipped(true);
         bar->setMotionBlur(true);
         bar->node()->setPostCycles(3);
+        kxNodeUtils::setName(bar->node(), "<b>Block</b>", true, osg::NodePtr());
         bar->updateAllTexts(true);
         QCOMPARE(labels[2]->text(), QString("Flipped - Cycles (3) - MotionBlur"));
+        f.view.centerOn(bar->mapToScene(0, 0));
+        const QRect name(f.view.mapFromScene(labels[0]->scenePos()), labels[0]->boundingRect().size().toSize());
+        const QImage picture = f.view.viewport()->grab().toImage().copy(name);
+        int rightmost = 0;
+        for (int x = 0; x < picture.width(); ++x)
+            for (int y = 0; y < picture.height(); ++y)
+                if (picture.pixelColor(x, y).lightness() < 60)
+                    rightmost = x;
+        QVERIFY(rightmost > picture.width() * 4 / 5); // the whole name is painted, as it is
     }
 
     void menuTellsMixedStates()
@@ -217,7 +233,7 @@ private Q_SLOTS:
                        QVERIFY(!f.entry(menu, "Show Source")->isEnabled() && !f.entry(menu, "Info")->isEnabled());
                    });
         QVERIFY(seen);
-        f.scene.clearSelection();
+        bars[1]->setSelected(false);
         const kxHeard<> asked(kxMessageName::ShowCurves);
         f.withMenu(bars[1],
                    [&f](QMenu* menu)
@@ -226,7 +242,7 @@ private Q_SLOTS:
                        QVERIFY(f.entry(menu, "Show Source")->isEnabled() && f.entry(menu, "Info")->isEnabled());
                        f.entry(menu, "Show Source")->trigger();
                    });
-        QVERIFY(bars[1]->isSelected() && !bars[0]->isSelected());
+        QCOMPARE(f.scene.selectedBars(), {bars[1]});
         QCOMPARE(boost::any_cast<osg::AnimNodePtr>(asked.last.get("node")), bars[1]->node());
     }
 
@@ -296,9 +312,77 @@ private Q_SLOTS:
         bar->duplicateSelected();
         QVERIFY(!f.scene.bars()[4]->node()->getFlipped());
         f.scene.clearSelection();
-        kxAnimAbstractClipItem* const inner = f.add(f.clip("Inner", {}), 20, 0);
-        inner->duplicate(); // a clip of its own
-        QVERIFY(f.scene.bars()[6]->node()->getCore() != inner->node()->getCore());
+        kxAnimAbstractClipItem* const inner = f.add(f.clip("Inner", {f.clone(bar->node(), 0)}), 20, 0);
+        inner->setLocked(true); // so that its menu can't select it
+        f.withMenu(inner, [&f](QMenu* menu) { f.entry(menu, "Duplicate")->trigger(); });
+        QVERIFY(f.scene.bars()[6]->node()->getCore() != inner->node()->getCore()); // a clip of its own
+    }
+
+    void lockedBarsAreReset()
+    {
+        kxClipFixture f;
+        const osg::NodePtr box = f.object();
+        const osg::AnimNodePtr block = f.block("Block", {f.curve("translation", "X", {{0, 3}, {1, 10}})});
+        kxAnimManager::the()->addAnimation(box, block);
+        kxAnimAbstractClipItem* const bar = f.add(f.clone(block, 0), 1, 0);
+        bar->setLocked(true);
+        f.transform(box)->setTranslation(osg::Vec3f(8, 0, 0));
+        f.withMenu(bar, [&f](QMenu* menu) { f.entry(menu, "Reset")->trigger(); });
+        QCOMPARE(f.transform(box)->getTranslation().x(), 3.0f);
+    }
+
+    void cursorTellsWhatADragDoes()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(3, 2);
+        const auto cursorAt = [&f](const QPointF& place)
+        {
+            kxSendMouse(f.view.viewport(), QEvent::MouseMove, f.view.mapFromScene(place), Qt::NoButton, Qt::NoButton);
+            return f.view.viewport()->cursor().shape();
+        };
+        QCOMPARE(cursorAt(f.middle(bar)), Qt::SizeAllCursor);
+        QCOMPARE(cursorAt(f.rightEnd(bar)), Qt::SizeHorCursor);
+        QCOMPARE(cursorAt(f.middle(bar)), Qt::SizeAllCursor);
+        bar->setLocked(true); // under the mouse
+        QCOMPARE(cursorAt(f.leftEnd(bar)), Qt::ArrowCursor);
+    }
+
+    void paintsSharply()
+    {
+        kxClipFixture f;
+        const double pixel = 0.5;
+        kxAnimClipItem* const bar = f.bar(float((24 + pixel / 2) / 24), 4, 0, 3); // between two pixels
+        f.view.scale(1, 1);
+        f.view.centerOn(bar);
+        const QImage picture = f.view.viewport()->grab().toImage();
+        const auto colours = [&](double frame, double y)
+        {
+            const QPoint place = f.view.mapFromScene(QPointF(frame, y));
+            QSet<QRgb> found;
+            for (int x = -4; x <= 4; ++x)
+                found.insert(picture.pixel(place + QPoint(x, 0)));
+            return found;
+        };
+        const QRgb tick = kxClipColor::CycleTick.rgb();
+        const QRectF area = bar->sceneBoundingRect();
+        QCOMPARE(colours(area.left(), area.bottom() - 3).size(), 2); // ground and handle
+        const double pass = area.width(), border = area.right() + pass;
+        for (const double y : {area.top() + 9, area.bottom() - 9}) // ticks are as high as the screen is fine
+        {
+            QVERIFY(colours(border, y).contains(tick));
+            QVERIFY(colours(border, y).size() <= 3); // and the pattern
+            QVERIFY(!colours(border + pass / 2, y).contains(tick));
+        }
+        QVERIFY(!colours(border, area.center().y()).contains(tick));
+    }
+
+    void endlessCyclesReachTheEndOfTime()
+    {
+        kxClipFixture f;
+        kxAnimClipItem* const bar = f.bar(1, 2, 0, -1);
+        const double reach = bar->cyclesItem()->sceneBoundingRect().width();
+        bar->setTransform(QTransform().scale(3, 1), true);
+        QVERIFY(std::abs(bar->cyclesItem()->sceneBoundingRect().width() - reach) < 1);
     }
 
     void informs()
