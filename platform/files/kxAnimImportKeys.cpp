@@ -40,9 +40,7 @@ bool isFinite(const std::vector<float>& values, std::size_t from, std::size_t co
 std::vector<std::size_t> usableKeys(const Channel& channel, std::size_t components, const QString& what,
                                     kxFileReport& report)
 {
-    std::size_t count = std::min(channel.times.size(), channel.values.size() / components);
-    if (channel.interpolation == Interpolation::CubicSpline)
-        count = std::min({count, channel.inTangents.size() / components, channel.outTangents.size() / components});
+    const std::size_t count = std::min(channel.times.size(), channel.values.size() / components);
     std::vector<std::size_t> order;
     for (std::size_t i = 0; i < count; ++i)
     {

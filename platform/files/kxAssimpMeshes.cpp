@@ -54,7 +54,7 @@ void kxAssimpMeshes::make(unsigned index, Entry& entry)
         _report.note(QStringLiteral("morph targets are left out"));
     kxMeshData data;
     append(data.positions, source.mVertices, source.mNumVertices);
-    append(data.normals, source.mNormals, source.mNormals == nullptr ? 0 : source.mNumVertices);
+    append(data.normals, source.mNormals, source.mNumVertices);
     for (unsigned i = 0; source.HasTextureCoords(0) && i < source.mNumVertices; ++i)
         data.texCoords.insert(data.texCoords.end(), {source.mTextureCoords[0][i].x, source.mTextureCoords[0][i].y});
     for (unsigned i = 0; source.HasVertexColors(0) && i < source.mNumVertices; ++i)

@@ -73,8 +73,6 @@ void kxContainerReader::readClasses()
 void kxContainerReader::readContainers()
 {
     const quint64 count = _in.enterArray();
-    if (count >= 0xffffffffu)
-        _in.fail(QStringLiteral("there are too many objects"));
     for (quint64 i = 0; i < count && !_in.failed(); ++i)
         readContainer(quint32(i + 1));
     _in.leave();

@@ -49,7 +49,6 @@ void kxImportCommand::redo()
     markChanged(scenery, Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
     kxAnimManager::the()->verifyClipStructure();
-    kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->reevaluateAnimations(true);
     kxSceneMessages::contentChanged();
 }
@@ -71,7 +70,6 @@ void kxImportCommand::undo()
     root->subChild(_group.get());
     markChanged(root, Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
-    kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->reevaluateAnimations(true);
     kxSceneMessages::contentChanged();
 }

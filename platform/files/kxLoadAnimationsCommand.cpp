@@ -10,7 +10,6 @@ namespace
 void announce(const NodePtr& root)
 {
     markChanged(root, Node::ChildrenFieldMask);
-    kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->reevaluateAnimations(true);
     kxSceneMessages::contentChanged();
 }

@@ -2,7 +2,6 @@
 
 #include <files/kxAnimSettings.h>
 #include <kxAnimManager.h>
-#include <osg/AnimCores.h>
 #include <scene/kxScene.h>
 
 using namespace osg;
@@ -11,9 +10,7 @@ kxSceneContent kxSceneContent::empty()
 {
     kxSceneContent content;
     content.root = Node::create();
-    content.root->setCore(Group::create());
     content.clips = AnimNodeBase::create();
-    content.clips->setCore(AnimClipBase::create());
     return content;
 }
 

@@ -74,9 +74,8 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
             moveOn();
         }
         break;
-    case QEvent::Drop: // takes the place of the release
+    case QEvent::Drop: // takes the place of the release; what is added with no button held moves on by itself
         _held = Qt::NoButton;
-        moveOn();
         break;
     case QEvent::KeyPress:
         if (!isModifier(static_cast<QKeyEvent*>(event)->key()))
