@@ -1,6 +1,8 @@
 #include "kxFilesFixture.h"
 
+#include <animation/kxTriggers.h>
 #include <files/kxGltfExport.h>
+#include <kxAnimFixture.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
@@ -73,9 +75,9 @@ private Q_SLOTS:
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
         TransformPtr::dcast(object->getCore())->setTranslation(Vec3f(0, 0, 42));
         const TangentType tangents = type < 0 ? TangentType::Linear : TangentType(type);
-        // Keys at different times; z has none and stays.
+        // Keys at different times, of the first piece one curve's alone; z has none and stays.
         const AnimCurvePtr x = addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}, {2.5f, -3}}, tangents);
-        const AnimCurvePtr y = addCurve(object, "translation", "", 1, {{0.25f, 10}, {1.75f, 20}}, tangents);
+        const AnimCurvePtr y = addCurve(object, "translation", "", 1, {{1.5f, 10}, {1.75f, 20}}, tangents);
         if (type == -1)
         {
             makeCubic(x, {2, -1, 7});
@@ -88,7 +90,11 @@ private Q_SLOTS:
             before.emplace_back(
                 i * 0.025, Vec3f(kxCurveEvaluation::value(*x, i * 0.025), kxCurveEvaluation::value(*y, i * 0.025), 42));
         QVERIFY(roundTrip());
-        QCOMPARE(QString::fromStdString(interpolation("translation")), expected);
+        const tinygltf::Model file = written();
+        const tinygltf::AnimationSampler& sampler = file.animations.at(0).samplers.at(0);
+        QCOMPARE(QString::fromStdString(sampler.interpolation), expected);
+        QCOMPARE(file.accessors[std::size_t(sampler.output)].count,
+                 file.accessors[std::size_t(sampler.input)].count * (type == -1 ? 3 : 1));
         QCOMPARE(_notes.contains(QLatin1String("sampled")), !exact);
         for (const auto& [seconds, value] : before)
         {
@@ -146,6 +152,38 @@ private Q_SLOTS:
         QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
     }
 
+    /// One that is sampled, with a part that is switched off, and one whose keys pass. What one of them moves rests in
+    /// the other, and no trigger is fired.
+    void clipsAreWrittenApart()
+    {
+        kxAnimManager* const manager = kxAnimManager::the();
+        manager->setFPS(24);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        TransformPtr::dcast(object->getCore())->setTranslation(Vec3f(7, 8, 42));
+        const auto block = [&](unsigned axis, float from, float to)
+        {
+            addCurve(object, "translation", "", axis, {{0, from}, {1, to}}, TangentType::Linear);
+            return manager->createBlock(object->findAttachment<AnimAttachment>(), "block");
+        };
+        const AnimNodePtr run = kxAnimFixture::clone(block(0, 1, 5), 0),
+                          off = kxAnimFixture::clone(block(1, 100, 200), 0);
+        run->setPostCycles(1);
+        off->setTravMask(0);
+        manager->addToClipStructure(kxAnimFixture::clip("runs", {run, off, kxAnimFixture::trigger("shot", 0.5f)}));
+        manager->addToClipStructure(kxAnimFixture::clip("stands", {kxAnimFixture::clone(block(1, 10, 20), 0)}));
+        int fired = 0;
+        kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
+        const bool done = roundTrip();
+        kxTriggers::setHandler(nullptr);
+        QVERIFY(done);
+        QCOMPARE(fired, 0);
+        const auto clip = [manager](UInt32 i)
+        { return AnimNodePtr::dcast(manager->clipStructureRoot()->getChild(i)->getChild(0)); };
+        QCOMPARE(valueAt(clip(0), "translation", 1.5), Vec3f(3, 8, 42));
+        QCOMPARE(curvesOf(clip(0)).at("translation.X")->getControlPoints().size(), std::size_t(49)); // one a frame
+        QCOMPARE(valueAt(clip(1), "translation", 0.5), Vec3f(7, 15, 42));
+    }
+
     void theSceneStaysAsItIs()
     {
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
@@ -167,7 +205,7 @@ private Q_SLOTS:
     {
         const NodePtr root = kxScene::the()->root();
         const GeometryPtr geometry = Geometry::create();
-        const NodePtr object = addNode(root, "R\u00e4der \"1\"", geometry);
+        const NodePtr object = addNode(addNode(root, "choice", Switch::create()), "R\u00e4der \"1\"", geometry);
         geometry->setTranslation(Vec3f(1, 2, 3));
         geometry->setEulerRotation(Vec3f(10, -70, 200));
         const MeshPtr mesh = Mesh::create();
@@ -184,10 +222,17 @@ private Q_SLOTS:
         material->setOpacity(0.5f);
         material->setMetallic(1);
         material->setRoughness(0);
-        material->setEmissive(Color3f(0, 4, 2));
+        material->setEmissive(Color3f(1, 4, 2));
         const ImagePtr image = osg::Image::create();
         image->set(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
         material->setBaseColorImage(image);
+        const GeometryPtr part = Geometry::create(); // with something below it: no mere part of the surface
+        const UberMaterialPtr cutOut = UberMaterial::create();
+        cutOut->setAlphaCutoff(0.25f);
+        kxScene::the()->addMaterial(cutOut);
+        part->setMesh(FieldContainerPtr(mesh));
+        part->setMaterial(cutOut);
+        addNode(addNode(object, "", part), "deep", Transform::create());
         const CameraPtr camera = Camera::create();
         camera->setFieldOfView(40);
         addNode(object, "eye", camera);
@@ -200,6 +245,7 @@ private Q_SLOTS:
         for (const char* suffix : {"glb", "gltf"})
         {
             QVERIFY(roundTrip(suffix));
+            QVERIFY2(_readNotes.isEmpty(), qPrintable(_readNotes.join('\n')));
             QVERIFY(nodeNamed("cut") == NullFC); // the format has none
             const NodePtr back = nodeNamed("R\u00e4der \"1\"");
             const GeometryPtr shape = GeometryPtr::dcast(back->getCore());
@@ -210,13 +256,19 @@ private Q_SLOTS:
             const UberMaterialPtr paint = UberMaterialPtr::dcast(shape->getMaterial());
             QCOMPARE(paint->getNodeName(), std::string("paint"));
             QVERIFY(std::abs(paint->getOpacity() - 0.5f) < 1e-6f && paint->getRoughness() == 0);
-            QVERIFY(std::abs(paint->getEmissive()[1] - 4) < 1e-5f && std::abs(paint->getEmissive()[2] - 2) < 1e-5f);
+            for (unsigned i = 0; i < 3; ++i)
+                QVERIFY(std::abs(paint->getEmissive()[i] - Color3f(1, 4, 2)[i]) < 1e-5f);
             QVERIFY(paint->getBaseColorImage() != NullFC);
+            const GeometryPtr other = GeometryPtr::dcast(nodeNamed("deep")->getParent()->getCore());
+            QCOMPARE(UberMaterialPtr::dcast(other->getMaterial())->getAlphaCutoff(), 0.25f);
             QVERIFY(std::abs(CameraPtr::dcast(nodeNamed("eye")->getCore())->getFieldOfView() - 40) < 1e-3f);
             const LightPtr lamp = LightPtr::dcast(nodeNamed("lamp")->getCore());
             QCOMPARE(lamp->getKind(), UInt32(Light::Spot));
             QVERIFY(std::abs(lamp->getConeAngle() - 60) < 1e-3f && lamp->getIntensity() == 12);
         }
+        const tinygltf::Model file = written();
+        const int positions = file.meshes.at(0).primitives.at(0).attributes.at("POSITION");
+        QCOMPARE(file.accessors[std::size_t(positions)].maxValues, std::vector<double>({1, 1, 0}));
     }
 
     void realModelsComeBack()
@@ -272,26 +324,25 @@ private:
         kxFileReport written(path), read(path);
         const bool done = kxSceneIO::exportScene(path, written) && kxSceneIO::open(path, read);
         _notes = written.notes().join(QLatin1Char('\n'));
+        _readNotes = read.notes();
         if (!done)
             qWarning("%s %s", qPrintable(written.error()), qPrintable(read.error()));
         return done;
     }
-    std::string interpolation(const char* path)
+    /// What the last one file holds.
+    tinygltf::Model written()
     {
         tinygltf::TinyGLTF loader;
         tinygltf::Model model;
         std::string error, warning;
         loader.LoadBinaryFromFile(&model, &error, &warning,
                                   _folder.filePath(QStringLiteral("scene.glb")).toStdString());
-        for (const tinygltf::Animation& animation : model.animations)
-            for (const tinygltf::AnimationChannel& channel : animation.channels)
-                if (channel.target_path == path)
-                    return animation.samplers[std::size_t(channel.sampler)].interpolation;
-        return std::string();
+        return model;
     }
 
     QTemporaryDir _folder;
     QString _notes;
+    QStringList _readNotes;
 };
 
 QTEST_MAIN(tst_kxGltfExport)

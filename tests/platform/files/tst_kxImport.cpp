@@ -1,10 +1,12 @@
 #include "kxFilesFixture.h"
 
+#include <files/kxMemoryLimit.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/Mesh.h>
 #include <scene/UberMaterial.h>
 
+#include <QBuffer>
 #include <QImage>
 #include <QtTest>
 
@@ -231,9 +233,12 @@ Connections:  {
         std::set<std::string> names;
         for (UInt32 c = 0; c < clips->getNChildren(); ++c)
         {
-            QVERIFY(names.insert(clips->getChild(c)->getNodeName()).second);
-            for (const NodePtr& clone : clips->getChild(c)->getChildren())
+            const NodePtr clip = clips->getChild(c);
+            QVERIFY(names.insert(clip->getNodeName()).second);
+            QCOMPARE(AnimObjectPtr::dcast(clip->getCore())->getName(), clip->getNodeName());
+            for (const NodePtr& clone : clip->getChildren())
             {
+                QCOMPARE(AnimObjectPtr::dcast(clone->getCore())->getName(), clone->getNodeName());
                 QVERIFY(AnimNodePtr::dcast(clone)->getHidden() && clone->isActive());
                 const NodePtr block = clone->getCore()->getParents().front();
                 QVERIFY(block != clone);
@@ -241,6 +246,7 @@ Connections:  {
             }
         }
         QVERIFY(kxAnimManager::the()->fullRangeEnd() > kxAnimManager::the()->fullRangeStart());
+        QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), kxAnimManager::the()->fullRangeEnd());
     }
 
     void surfacesAndPictures()
@@ -290,7 +296,8 @@ Connections:  {
     }
 
     /// What few files hold: two cores on a node with a matrix, sparse numbers, colours without alpha, normals for less
-    /// than all vertices, a skin without matrices, triangles of two corners, no material.
+    /// than all vertices, a skin without matrices, triangles of two corners, no material,
+    /// a picture whose alpha means nothing.
     void rareForms()
     {
         QByteArray bytes;
@@ -308,7 +315,11 @@ Connections:  {
         "skins": [{"joints": [0]}],
         "cameras": [{"type": "perspective", "perspective": {"yfov": 0.5, "znear": 0.1}}],
         "meshes": [{"primitives": [{"indices": 2, "attributes": {"POSITION": 0, "COLOR_0": 1, "NORMAL": 3,
-                                                                 "JOINTS_0": 5, "WEIGHTS_0": 4}}]}],
+                                                                 "JOINTS_0": 5, "WEIGHTS_0": 4}},
+                                   {"indices": 2, "attributes": {"POSITION": 0}, "mode": 5, "material": 0}]}],
+        "materials": [{"pbrMetallicRoughness": {"baseColorTexture": {"index": 0},
+                                                "metallicRoughnessTexture": {"index": 0}}}],
+        "textures": [{"source": 0}], "images": [{"uri": "data:image/png;base64,%3"}],
         "buffers": [{"byteLength": %1, "uri": "data:application/octet-stream;base64,%2"}],
         "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 8},
                         {"buffer": 0, "byteOffset": 56, "byteLength": 24},
@@ -324,9 +335,19 @@ Connections:  {
                       {"bufferView": 3, "componentType": 5126, "count": 2, "type": "VEC3"},
                       {"bufferView": 5, "componentType": 5126, "count": 4, "type": "VEC4"},
                       {"bufferView": 6, "componentType": 5123, "count": 4, "type": "VEC4"}]})";
+        QImage picture(2, 1, QImage::Format_RGBA8888);
+        picture.setPixelColor(0, 0, QColor(200, 100, 50, 9));
+        picture.setPixelColor(1, 0, QColor(100, 60, 30, 255));
+        QByteArray png;
+        QBuffer file(&png);
+        picture.save(&file, "PNG");
         QString notes;
-        const QString text = QString::fromUtf8(json).arg(bytes.size()).arg(QString::fromLatin1(bytes.toBase64()));
+        const QString text = QString::fromUtf8(json)
+                                 .arg(bytes.size())
+                                 .arg(QString::fromLatin1(bytes.toBase64()), QString::fromLatin1(png.toBase64()));
+        kxAnimManager::the()->setDetailedRangeEnd(7);
         QVERIFY2(open(text.toUtf8(), &notes), qPrintable(notes));
+        QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), kxAnimManager::the()->fullRangeEnd());
         QVERIFY2(notes.contains("attributes that don't fit"), qPrintable(notes));
         const NodePtr node = nodeNamed("n");
         QVERIFY(CameraPtr::dcast(nodeNamed("Camera")->getCore()) != NullFC);
@@ -344,8 +365,45 @@ Connections:  {
         QVERIFY(skin != NullFC);
         for (std::size_t i = 0; i < 16; ++i)
             QCOMPARE(skin->inverseBindMatrices()[i], i % 5 == 0 ? 1.0f : 0.0f);
+        QCOMPARE(kxScene::the()->materials().size(), std::size_t(2));
+        QVERIFY(geometry->getMaterial() == kxScene::the()->materials()[1]);
         QCOMPARE(UberMaterialPtr::dcast(geometry->getMaterial())->getBaseColor(), Color3f(1, 1, 1));
+        const GeometryPtr strip = GeometryPtr::dcast(node->getChild(0)->getCore());
+        QCOMPARE(MeshPtr::dcast(strip->getMesh())->triangleCount(), 3u); // of the strip's 7 the others have no area
+        const UberMaterialPtr painted = UberMaterialPtr::dcast(strip->getMaterial());
+        QCOMPARE(painted->getBaseColorImage()->getPixels(), std::vector<UInt8>({200, 100, 50, 255, 100, 60, 30, 255}));
+        QCOMPARE(painted->getRoughness(), 80 / 255.0f); // the mean of green
+        QCOMPARE(painted->getMetallic(), 40 / 255.0f);
         QVERIFY((kxSceneMath::worldMatrix(node).map(QVector3D(1, 0, 0)) - QVector3D(3, 6, 5)).length() < 1.0e-4f);
+    }
+
+    /// A camera that looks nearly down, and a file that doesn't say which way is up for it.
+    void camerasWithoutAnUp()
+    {
+        const QString path = _folder.filePath(QStringLiteral("eye.nff"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, "v\nfrom 0 0 0\nat 0.1 -1 0.2\nup 0 0 0\nangle 45\nf 1 0 0\nhex 0 0 0 5\n"));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        const QMatrix4x4 place = kxSceneMath::worldMatrix(nodeNamed("Camera"));
+        QVERIFY(std::abs(place(0, 0)) < 1e-5f && std::abs(place(1, 0) - 0.196116f) < 1e-5f); // its right lies level
+        QVERIFY((place.mapVector(QVector3D(0, 0, -1)) - QVector3D(0.1f, -1, 0.2f).normalized()).length() < 1e-5f);
+    }
+
+    void memoryIsLimited()
+    {
+#ifndef KX_SANITIZED
+        const auto fits = [](std::size_t megabytes)
+        {
+            void* volatile memory = std::malloc(megabytes << 20); // else the compiler leaves it out
+            std::free(memory);
+            return memory != nullptr;
+        };
+        {
+            const kxMemoryLimit limit(quint64(64) << 20);
+            QVERIFY(fits(40) && !fits(80));
+        }
+        QVERIFY(fits(80));
+#endif
     }
 
     void hostileFiles_data()
@@ -363,6 +421,14 @@ Connections:  {
                                                "\"count\":9007199254740991,\"type\":\"VEC3\"");
         QTest::newRow("huge count without data") << changed("\"bufferView\":1,\"componentType\":5126,\"count\":2",
                                                             "\"componentType\":5126,\"count\":4000000000");
+        QTest::newRow("much without data, twice")
+            << changed("\"bufferView\":1,\"componentType\":5126,\"count\":2",
+                       "\"componentType\":5126,\"count\":4000000")
+                   .replace("\"channels\":[",
+                            "\"channels\":[{\"sampler\":0,\"target\":{\"node\":0,\"path\":\"scale\"}},");
+        QTest::newRow("attribute") << changed("\"accessors\"",
+                                              "\"meshes\":[{\"primitives\":[{\"attributes\":{\"A\":9}}]}],"
+                                              "\"accessors\"");
         QTest::newRow("offset behind the end") << changed("\"byteOffset\":8", "\"byteOffset\":4294967295");
         QTest::newRow("offset that wraps") << changed("\"byteLength\":24}", "\"byteLength\":9007199254740991}");
         QTest::newRow("component type") << changed("5126", "77");
@@ -408,7 +474,10 @@ private:
             *notes = opened ? report.notes().join(QLatin1Char('\n')) : report.error();
         return opened;
     }
-    AnimNodePtr block() { return blocksOf(nodeNamed("n")).at(0); }
+    AnimNodePtr block()
+    {
+        return blocksOf(nodeNamed("n")).at(0);
+    }
 
     QTemporaryDir _folder;
 };

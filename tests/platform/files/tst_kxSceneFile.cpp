@@ -4,10 +4,7 @@
 #include <files/kxEnvelope.h>
 #include <files/kxSceneFile.h>
 #include <osg/AnimCores.h>
-#include <scene/ClippingPlane.h>
-#include <scene/FieldDescription.h>
 #include <scene/Mesh.h>
-#include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
@@ -43,33 +40,31 @@ class tst_kxSceneFile : public QObject
 private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
 
-    void savingWhatWasReadGivesTheSameBytes()
+    void everythingComesBack()
     {
         kxRichScene::make();
+        const TransformPtr top = Transform::create();
+        top->setTranslation(Vec3f(0, 0, 9));
+        kxScene::the()->root()->setCore(top);
         const QByteArray first = bytesOfScene();
         QVERIFY(first.size() > kxEnvelope::HeadSize);
         const QString path = _folder.filePath(QStringLiteral("a.kxs"));
         QVERIFY(writeFile(path, first));
         for (int pass = 0; pass < 2; ++pass)
         {
+            kxSceneIO::newScene();
+            QVERIFY(nodeNamed("Body") == NullFC);
+            QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
+            kxScene::the()->root()->setCore(Group::create());
+            kxAnimManager::the()->setFPS(24);
+            kxAnimManager::the()->setDetailedRangeEnd(12);
             kxFileReport report(path);
             QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
             QVERIFY2(report.notes().isEmpty(), qPrintable(report.notes().join(QLatin1Char('\n'))));
             QCOMPARE(bytesOfScene(), first);
         }
-    }
-
-    void everythingComesBack()
-    {
-        kxRichScene::make();
-        const QString path = _folder.filePath(QStringLiteral("b.kxs"));
-        kxFileReport report(path);
-        QVERIFY(kxSceneIO::save(path, report));
-        kxSceneIO::newScene();
-        QVERIFY(nodeNamed("Body") == NullFC);
-        QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
-        QVERIFY(kxSceneIO::open(path, report));
-
+        QCOMPARE(kxSceneMath::worldMatrix(nodeNamed("Hidden"))(2, 3), 9.0f);
+        kxScene::the()->root()->setCore(Group::create());
         const NodePtr body = nodeNamed("Body"), twin = nodeNamed("Twin");
         const GeometryPtr geometry = GeometryPtr::dcast(body->getCore());
         QVERIFY(geometry != NullFC && twin->getCore() == body->getCore());
@@ -87,50 +82,6 @@ private Q_SLOTS:
         QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
         QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
                  QStringLiteral("R\u00e4der"));
-    }
-
-    /// Each class with all fields that are to be kept; which these are stands in the test of their descriptions.
-    void theFileHoldsTheseFields()
-    {
-        kxRichScene::make();
-        for (const NodeCorePtr& core : {NodeCorePtr(Viewpoint::create()), NodeCorePtr(SceneSequence::create()),
-                                        NodeCorePtr(ClippingPlane::create())})
-            addNode(kxScene::the()->sceneryRoot(), "scenery", core);
-        for (const NodeCorePtr& core :
-             {NodeCorePtr(AnimWizClipBase::create()), NodeCorePtr(TimeShapeCacheBase::create())})
-        {
-            const AnimNodePtr node = AnimNodeBase::create();
-            node->setCore(core);
-            kxAnimManager::the()->addToClipStructure(node);
-        }
-        const QCborMap file = QCborValue::fromCbor(bytesOfScene().mid(kxEnvelope::HeadSize)).toMap();
-        QStringList classes;
-        for (const QCborValue& entry : file[QStringLiteral("classes")].toArray())
-        {
-            classes << entry.toArray()[0].toString();
-            const FieldContainerType* const type = FieldContainerType::find(qPrintable(classes.last()));
-            QVERIFY2(type != nullptr, qPrintable(classes.last()));
-            QStringList fields, kept;
-            for (const QCborValue& field : entry.toArray()[1].toArray())
-                fields << field.toArray()[0].toString();
-            for (const FieldDescription& field : type->fields())
-                if (!field.isTransient())
-                    kept << QString::fromStdString(field.name());
-            QCOMPARE(fields, kept);
-        }
-        classes.sort();
-        QCOMPARE(
-            classes.join(' '),
-            QString("AnimAttachment AnimBlock AnimClip AnimCurve AnimNode AnimSequence AnimShot AnimWizClip Camera "
-                    "ClippingPlane Geometry Group Image Light Mesh Node SceneSequence Skin Switch TagAttachment "
-                    "TimeShapeCache Transform UberMaterial Viewpoint"));
-        QStringList settings;
-        const QCborMap animation = file[QStringLiteral("animation")].toMap();
-        for (const auto& setting : animation)
-            settings << setting.first.toString();
-        QCOMPARE(settings.join(' '),
-                 QString("currentFrame detailedRangeEnd detailedRangeStart evaluateSubframes fps fullRangeEnd "
-                         "fullRangeStart keepKeysAtFrame loopTimeline playbackFPS playbackRangeHint"));
     }
 
     void arraysOfAnySizeKeepTheirPlace()
@@ -191,23 +142,16 @@ private Q_SLOTS:
 
     void whatIsWrittenCanBeRead()
     {
-        // Numbers that a script may have spoilt, and a tree too deep for any reader.
+        // Numbers and a name that a script may have spoilt.
         const TransformPtr core = Transform::create();
         const float nan = std::numeric_limits<float>::quiet_NaN();
         core->setTranslation(Vec3f(nan, 5, std::numeric_limits<float>::infinity()));
-        NodePtr node = addNode(kxScene::the()->root(), "spoilt \xff\xfe", core);
+        addNode(kxScene::the()->root(), "spoilt \xff\xfe", core);
         const QString path = _folder.filePath(QStringLiteral("c.kxs"));
-        kxFileReport report(path), deep(path);
+        kxFileReport report(path);
         QVERIFY(kxSceneIO::save(path, report));
         QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
         QCOMPARE(TransformPtr::dcast(nodeNamed("spoilt \xff\xfe")->getCore())->getTranslation()[1], 5.0f);
-        const QByteArray before = bytesOfFile(path);
-        node = kxScene::the()->root();
-        for (int i = 0; i < 1800; ++i)
-            node = addNode(node, "deep", Group::create());
-        QVERIFY(!kxSceneIO::save(path, deep));
-        QVERIFY(deep.error().contains(QLatin1String("nested")));
-        QCOMPARE(bytesOfFile(path), before);
     }
 
     void damagedFilesAreRefused()
@@ -224,12 +168,11 @@ private Q_SLOTS:
         for (int size = 0; size < good.size(); ++size)
             QVERIFY2(refused(good.left(size)), qPrintable(QStringLiteral("cut at %1").arg(size)));
         for (int i = 0; i < good.size(); ++i)
-            for (const int bits : {0x01, 0x80, 0xff})
-            {
-                QByteArray bytes = good;
-                bytes[i] = char(bytes[i] ^ bits);
-                QVERIFY2(refused(bytes), qPrintable(QStringLiteral("byte %1").arg(i)));
-            }
+        {
+            QByteArray bytes = good;
+            bytes[i] = char(bytes[i] ^ 0x81);
+            QVERIFY2(refused(bytes), qPrintable(QStringLiteral("byte %1").arg(i)));
+        }
         QVERIFY(refused(good + '\0'));
         kxFileReport report(path);
         QVERIFY(!kxSceneIO::open(path, report));
@@ -274,14 +217,16 @@ private Q_SLOTS:
     {
         kxRichScene::make();
         QByteArray content = bytesOfScene().mid(kxEnvelope::HeadSize);
-        content.replace("Camera", "Kamera").replace("roughness", "raughness");
+        content.replace("Camera", "Kamera")
+            .replace("roughness", "raughness")
+            .replace("ianimation\xab", "hanimated\xab");
         kxSceneContent scene;
         kxFileReport report;
         QVERIFY2(kxSceneFile::readPayload(content.constData(), content.size(), scene, report),
                  qPrintable(report.error()));
         const QString notes = report.notes().join(QLatin1Char('\n'));
-        QVERIFY2(notes.contains(QLatin1String("'Kamera'")) && notes.contains(QLatin1String("'raughness'")),
-                 qPrintable(notes));
+        for (const char* name : {"'Kamera'", "'raughness'", "'animated'"})
+            QVERIFY2(notes.contains(QLatin1String(name)), qPrintable(notes));
         // What stood on the unknown object stays in the tree.
         bool child = false;
         traverse(scene.root.get(),
@@ -291,6 +236,57 @@ private Q_SLOTS:
                      return Action::Continue;
                  });
         QVERIFY(child);
+    }
+
+    /// A root "a" and an object of a class with one field.
+    static QByteArray payload(const QCborValue& type, const QCborValue& value, int root = 1)
+    {
+        const QCborArray classes{QCborArray{"Node", QCborArray{QCborArray{"nodeName", 7}}}, type};
+        const QCborArray containers{QCborArray{0, QCborArray{"a"}, QCborMap()},
+                                    QCborArray{1, QCborArray{value}, QCborMap()}};
+        return QCborMap{{"classes", classes}, {"containers", containers}, {"root", root}}.toCborValue().toCbor();
+    }
+
+    void damagedValues_data()
+    {
+        kxColumns<QByteArray, QString>("payload", "said");
+        const auto field = [](const char* type, const char* name, int kind) {
+            return QCborArray{type, QCborArray{QCborArray{name, kind}}};
+        };
+        const auto floats = [](const std::vector<float>& values)
+        { return QByteArray(reinterpret_cast<const char*>(values.data()), int(values.size() * sizeof(float))); };
+        const QCborArray place = field("Transform", "translation", 5);
+        const float infinite = std::numeric_limits<float>::infinity();
+        kxRow("good", payload(place, floats({1, 2, 3})), QString());
+        kxRow("no number", payload(place, floats({1, infinite, 3})), QStringLiteral("a number isn't finite, at byte"));
+        kxRow("too many", payload(place, floats({1, 2, 3, 4, 5, 6})), QStringLiteral("a vector of 3 numbers was"));
+        kxRow("no keys", payload(field("AnimCurve", "controlPoints", 14), 5),
+              QStringLiteral("a list was expected, at"));
+        kxRow("packed", payload(field("Image", "pixels", 8), QCborArray{64, QByteArray(9, 'x')}),
+              QStringLiteral("a packed block is damaged, at byte"));
+        kxRow("another kind", payload(field("Transform", "translation", 3), 0.5),
+              QStringLiteral("the field 'translation' of the class 'Transform' is of another kind and left out"));
+        kxRow("the root is something else", payload(place, floats({1, 2, 3}), 2),
+              QStringLiteral("the file holds no scene"));
+        QByteArray text = payload(place, floats({1, 2, 3}));
+        kxRow("longer than the file",
+              text.replace("\x61"
+                           "a",
+                           "\x78\xff"
+                           "a"),
+              QStringLiteral("a text or block is longer than the file"));
+    }
+
+    void damagedValues()
+    {
+        QFETCH(QByteArray, payload);
+        QFETCH(QString, said);
+        kxSceneContent content;
+        kxFileReport report;
+        const bool read = kxSceneFile::readPayload(payload.constData(), payload.size(), content, report);
+        QCOMPARE(read, report.error().isEmpty());
+        const QString all = report.error() + report.notes().join(QString());
+        QVERIFY2(said.isEmpty() ? all.isEmpty() : all.contains(said), qPrintable(all));
     }
 
     void unsoundStructures_data()
@@ -352,6 +348,7 @@ private Q_SLOTS:
         QCOMPARE(report.notes().size(), note.isEmpty() ? 0 : 1);
         QVERIFY2(report.notes().join(QString()).contains(note), qPrintable(report.notes().join(QString())));
         QCOMPARE(namesBelow(content.root.get()), left);
+        QVERIFY(!content.scenery);
     }
 
     /// A way through the scene that no single object is deep on: a writer that counts where it first meets things

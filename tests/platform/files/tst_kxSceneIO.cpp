@@ -1,8 +1,11 @@
 #include "kxFilesFixture.h"
 #include "kxRichScene.h"
 
+#include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
+#include <kxCapturedStderr.h>
 #include <kxController.h>
+#include <kxMarks.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxModuleBase.h>
@@ -61,6 +64,24 @@ private Q_SLOTS:
         QCOMPARE(heard, QStringList({"800000:4", "trash", "10:0", "20:4", "200000:4"}));
         QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
         QVERIFY(kxSelection::the().nodes().empty());
+    }
+
+    void theLogTellsWhatWasRead()
+    {
+        for (const bool opened : {true, false})
+        {
+            kxFileReport report(QStringLiteral("models/a.glb"));
+            report.setSummary(QStringLiteral("2 objects"), opened);
+            report.note(QStringLiteral("normal pictures are left out"));
+            kxLogModel::the().clear();
+            const kxCapturedStderr silent;
+            report.log();
+            QCOMPARE(kxLogModel::the().entries().size(), std::size_t(2));
+            const kxLogEntry &first = kxLogModel::the().entries()[0], &second = kxLogModel::the().entries()[1];
+            QCOMPARE(first.text, QStringLiteral("%1 'a.glb': 2 objects").arg(opened ? "Opened" : "Imported"));
+            QCOMPARE(first.startsScene, opened);
+            QCOMPARE(second.text, QStringLiteral("'models/a.glb': normal pictures are left out"));
+        }
     }
 
     void failuresLeaveTheSceneAlone()
@@ -163,11 +184,16 @@ private Q_SLOTS:
         QUndoStack* const stack = kxUndoStack::get(0).stack();
         stack->clear();
         const QByteArray before = bytesOfScene();
+        const Listener listener;
         for (const NodePtr& target : {body, bare})
         {
             kxSelection::the().setIds(kxSelection::Nodes, {target.getFieldContainerId()});
             kxFileReport report(path);
+            heard.clear();
+            const kxMarks marks;
             QVERIFY2(kxSceneIO::importFile(path, report), qPrintable(report.error()));
+            QCOMPARE(heard, QStringList({"20:5", "200000:5"}));
+            QVERIFY(marks.has(manager->getAnimAttachment(target)->getAnimationRoot()));
             QCOMPARE(report.summary(), QStringLiteral("1 animation, 1 keyed channel for '%1'")
                                            .arg(QString::fromStdString(target->getNodeName())));
         }
@@ -192,6 +218,7 @@ private Q_SLOTS:
         const QString path = _folder.filePath(QStringLiteral("walk.osb"));
         const NodePtr body = nodeNamed("Body");
         QVERIFY(kxAnimManager::the()->saveAnimations(path.toStdString(), body));
+        QVERIFY(kxSceneIO::openFilter().contains(QLatin1String(";;Animations of an object (*.osb);;")));
         const QByteArray before = bytesOfScene();
         const auto refuses = [&](bool (*act)(const QString&, kxFileReport&), const QString& file, const char* reason)
         {
