@@ -14,7 +14,6 @@
 #include <QUndoStack>
 
 #include <cmath>
-#include <set>
 
 using namespace osg;
 

@@ -2,12 +2,9 @@
 
 #include <kxNodePtr.h>
 #include <kxOwned.h>
-#include <kxScenegraph.h>
 #include <kxScript.h>
 #include <osg/AnimCores.h>
 #include <osg/AnimNode.h>
-#include <osg/FieldContainerFactory.h>
-#include <osg/Vector.h>
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
 

@@ -96,6 +96,13 @@ private Q_SLOTS:
                 QVERIFY2(!field.setValue(*container, isBool ? FieldValue(std::string("x")) : true), name.c_str());
                 QVERIFY2(!field.setValue(*container, NAN), name.c_str());
                 QVERIFY2(!field.setValue(*container, Vec3f(0, NAN, 0)), name.c_str());
+                // Addresses lead to the components.
+                float* const address = field.isAnimatable() ? field.address(*container) : nullptr;
+                for (unsigned i = 0; address != nullptr && i < field.components(); ++i)
+                {
+                    address[i] = 0.25f + 0.125f * float(i);
+                    QCOMPARE(field.component(*container, i), address[i]);
+                }
             }
         }
     }
@@ -191,23 +198,6 @@ private Q_SLOTS:
         QCOMPARE(choice->getChoice(), 3);
         QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, -1e30f));
         QCOMPARE(choice->getChoice(), Switch::All);
-    }
-
-    void addressesLeadToTheComponents()
-    {
-        for (const FieldContainerType* type : Classes)
-        {
-            const kxOwned container(type->create());
-            for (const FieldDescription& field : type->fields())
-            {
-                float* const address = field.isAnimatable() ? field.address(*container) : nullptr;
-                for (unsigned i = 0; address != nullptr && i < field.components(); ++i)
-                {
-                    address[i] = 0.25f + 0.125f * float(i);
-                    QCOMPARE(field.component(*container, i), address[i]);
-                }
-            }
-        }
     }
 
     /// References of the right class share, and let go with their holder.

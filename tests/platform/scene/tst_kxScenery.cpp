@@ -2,7 +2,6 @@
 #include <kxAnimFixture.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
-#include <osg/AnimCores.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScenery.h>
 
