@@ -56,15 +56,20 @@ class tst_kxAnimManager : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init()
+    {
+        f.clear();
+        object = f.object();
+    }
+
     void keyableChannels()
     {
-        kxAnimFixture f;
         const NodePtr camera = f.object("cam");
         camera->setCore(Camera::create());
-        const auto channelsOf = [](const FieldContainerPtr& object)
+        const auto channelsOf = [](const FieldContainerPtr& container)
         {
             std::vector<kxAnimManager::kxOSGChannelData> channels;
-            manager()->getKeyableChannels(object, channels);
+            manager()->getKeyableChannels(container, channels);
             return channels;
         };
         const auto channels = channelsOf(camera);
@@ -113,8 +118,7 @@ private Q_SLOTS:
 
     void lookUps()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object(), child = f.object();
+        const NodePtr child = f.object();
         object->addChild(child);
         manager()->addAnimation(child, f.block("same", {}));
         const AnimNodePtr hidden = f.block("hidden", {});
@@ -143,8 +147,7 @@ private Q_SLOTS:
 
     void blocksAreFoundAfterEdits()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object(), earlier = f.object(), shelf = f.object();
+        const NodePtr earlier = f.object(), shelf = f.object();
         const AnimNodePtr first = f.block("same", {}), second = f.block("same", {});
         manager()->addAnimation(object, first);
         const auto find = [](const char* name) { return manager()->findBlockR(kxScenegraph::getSuperRoot(), name); };
@@ -207,7 +210,6 @@ private Q_SLOTS:
     {
         QFETCH(double, start);
         QFETCH(double, end);
-        kxAnimFixture f;
         const AnimNodePtr one = f.block("1", {f.curve("scale", "X", {{0, 0}, {1, 0}})});
         const AnimNodePtr two = f.block("2", {f.curve("scale", "X", {{0, 0}, {1.5f, 0}})});
         one->setOffset(Vec2f(1, 0));
@@ -223,8 +225,6 @@ private Q_SLOTS:
 
     void blocksTakeTheKeysOfAnObject()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr before = f.block("taken", {}), x = f.curve("scale", "X", {{0, 1}});
         for (const AnimNodePtr& node : {before, x, f.curve("scale", "Y", {})})
             manager()->addAnimation(object, node);
@@ -251,7 +251,6 @@ private Q_SLOTS:
 
     void animationFiles()
     {
-        kxAnimFixture f;
         QTemporaryDir folder;
         const std::string path = folder.filePath("x.kxa").toStdString();
         const NodePtr from = f.object(), to = f.object();
@@ -269,8 +268,6 @@ private Q_SLOTS:
 
     void clipboardHoldsWhatDied()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr block = f.added(object, f.block("block", {f.curve("scale", "X", {{0, 1}, {1, 5}})}));
         manager()->copy(block, object);
         firstCurve(block)->clear();
@@ -303,7 +300,6 @@ private Q_SLOTS:
 
     void clonesShareAndUnshare()
     {
-        kxAnimFixture f;
         const NodePtr one = f.object(), two = f.object();
         const AnimNodePtr block = f.added(one, f.block("block", {f.curve("scale", "X", {{0, 1}})}));
         manager()->copy(block, one);
@@ -350,8 +346,6 @@ private Q_SLOTS:
 
     void unusedClonesAreTakenOut()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr kept = f.block("kept", {}), gone = f.block("gone", {});
         manager()->addAnimation(object, kept);
         manager()->addAnimation(object, gone);
@@ -382,8 +376,6 @@ private Q_SLOTS:
 
     void keysKeepTheirFrames()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         std::vector<std::pair<float, float>> keys;
         for (int frame = 0; frame < 500; ++frame)
             keys.push_back({float(frame / 24.0), float(frame % 9)});
@@ -429,7 +421,6 @@ private Q_SLOTS:
     /// Steps hold the seconds of their rate: undo all gives the start, redo all the end, whatever rates lie between.
     void aRateThatTakesKeysAlongIsAStep()
     {
-        kxAnimFixture f;
         QUndoStack* const stack = kxUndoStack::get(0).stack();
         stack->clear();
         manager()->setKeepKeysAtFrame(true);
@@ -464,7 +455,6 @@ private Q_SLOTS:
     /// From (0, 0, 10) with the look at the origin to (10, 0, 0): a quarter turn about y.
     void cameraShots()
     {
-        kxAnimFixture f;
         const AnimNodePtr x = f.curve("translation", "X", {}), turn = f.curve("rotation", "Y", {}),
                           other = f.curve("focalLength", "", {{0, 35}});
         const kxOwned<AnimNode> shot(f.group<AnimShotBase>("shot", {x, turn, other}));
@@ -485,7 +475,6 @@ private Q_SLOTS:
 
     void nullAndDeadHandles()
     {
-        kxAnimFixture f;
         kxAnimManager* const m = manager();
         const AnimNodePtr none;
         m->evaluateByFrame(none, 3, true, true, true);
@@ -513,6 +502,10 @@ private Q_SLOTS:
         QVERIFY(m->createBlock(AnimAttachmentPtr(), "b") == NullFC);
         QVERIFY(m->createChannelCurveNode(AnimAttachmentPtr(), "", 0, "X", "") == NullFC);
     }
+
+private:
+    kxAnimFixture f;
+    NodePtr object; // in the scene, with nothing that moves it
 };
 
 QTEST_MAIN(tst_kxAnimManager)

@@ -59,12 +59,13 @@ class tst_kxClipEvaluation : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init() { f.clear(); }
+
     ///        0    1    2    3    4    5    6
     ///   a         |===|
     ///   b                   |==========|
     void whoHoldsTheTimeWins()
     {
-        kxAnimFixture f;
         const Source s(100);
         const AnimNodePtr other = s.another(500, 2);
         // The order of children changes nothing while there is no tie.
@@ -83,7 +84,6 @@ private Q_SLOTS:
 
     void tiesGoToTheHigherTrackThenTheLaterChild()
     {
-        kxAnimFixture f;
         const Source s(100);
         const AnimNodePtr other = s.another(500);
         const AnimNodePtr later = f.clip("later", {f.clone(s.block, 0), f.clone(other, 0)});
@@ -102,7 +102,6 @@ private Q_SLOTS:
 
     void inactiveChildrenDontCount()
     {
-        kxAnimFixture f;
         const Source s(100);
         const AnimNodePtr on = f.clone(s.block, 0), off = f.clone(s.another(500), 0, 1);
         off->setTravMask(0);
@@ -119,7 +118,6 @@ private Q_SLOTS:
     /// An inner clip of half speed, twice, flipped, inside a clip that begins at 10 seconds.
     void nestedCyclesAndFlips()
     {
-        kxAnimFixture f;
         const Source s(100);
         const AnimNodePtr inner = f.clip("inner", {f.clone(s.block, 0)});
         inner->setScale(2);
@@ -151,7 +149,6 @@ private Q_SLOTS:
 
     void sharedBlocksDriveEveryObject()
     {
-        kxAnimFixture f;
         const Source s(100);
         const NodePtr second = f.object();
         manager()->addAnimation(second, cloneAnimTree(s.block, true));
@@ -185,7 +182,6 @@ private Q_SLOTS:
 
     void structureChangesAreSeen()
     {
-        kxAnimFixture f;
         const Source s(100);
         const AnimNodePtr clone = f.clone(s.block, 0), clip = f.clip("clip", {clone});
         manager()->addToClipStructure(clip);
@@ -211,7 +207,6 @@ private Q_SLOTS:
 
     void theSceneTakesOverAgain()
     {
-        kxAnimFixture f;
         const Source driven(0), idle(50);
         idle.block->setTravMask(0);
         kxAnimFixture::transform(idle.object)->setTranslation(Vec3f(3, 0, 0));
@@ -234,7 +229,6 @@ private Q_SLOTS:
 
     void triggersFireOnceInPlayingDirection()
     {
-        kxAnimFixture f;
         Fired fired;
         const AnimNodePtr off = f.trigger("off", 1.5f);
         off->setTravMask(0);
@@ -288,7 +282,6 @@ private Q_SLOTS:
         QFETCH(double, from);
         QFETCH(double, to);
         QFETCH(float, lead);
-        kxAnimFixture f;
         Fired fired;
         const AnimNodePtr inner =
             f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
@@ -302,7 +295,6 @@ private Q_SLOTS:
 
     void blockedTriggersStaySilent()
     {
-        kxAnimFixture f;
         Fired fired;
         const AnimNodePtr clip = f.added(f.clip("clip", {f.trigger("a", 0), f.trigger("b", 1), f.trigger("c", 2)}));
         pass(clip, 48);
@@ -323,6 +315,9 @@ private Q_SLOTS:
         manager()->evaluateByFrame(clip, 42, false, false, true);
         QVERIFY(marks.has(clip)); // where it stands is shown elsewhere too
     }
+
+private:
+    kxAnimFixture f;
 };
 
 QTEST_GUILESS_MAIN(tst_kxClipEvaluation)

@@ -96,7 +96,7 @@ private Q_SLOTS:
     void init()
     {
         player()->stop(nullptr);
-        kxAnimFixture::clear();
+        f.clear();
         manager()->setCurrentFrame(0, true, true);
         messages.clear();
         clockSeconds = 100;
@@ -241,7 +241,6 @@ private Q_SLOTS:
 
     void queuePlaysInItsOwnTime()
     {
-        kxAnimFixture f;
         QStringList fired;
         kxTriggers::setHandler([&](const std::string& name, kxTriggers::Kind)
                                { fired << QString::fromStdString(name); });
@@ -278,7 +277,6 @@ private Q_SLOTS:
 
     void queueIsStoppedPausedAndReset()
     {
-        kxAnimFixture f;
         const NodePtr object = f.object();
         const AnimNodePtr block = f.added(object, f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})}));
         block->setTravMask(0);
@@ -333,6 +331,9 @@ private Q_SLOTS:
         QVERIFY(kxPlaybackClock::the().seconds() - begin < 60);
         kxPlaybackClock::the().setSource([] { return clockSeconds; });
     }
+
+private:
+    kxAnimFixture f;
 };
 
 QTEST_GUILESS_MAIN(tst_kxPlayback)

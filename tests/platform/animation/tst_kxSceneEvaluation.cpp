@@ -28,17 +28,22 @@ class tst_kxSceneEvaluation : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init()
+    {
+        f.clear();
+        object = f.object();
+    }
+
     /// More curves than one thread takes, in blocks with offsets, scales, cycles and flips, against a walk through the
     /// tree.
     void aLargeSceneEqualsANaiveEvaluation()
     {
-        kxAnimFixture f;
         std::mt19937 random(2);
         const auto unit = [&] { return float(random() % 1000) / 1000; };
         std::vector<std::pair<NodePtr, AnimNodePtr>> blocks;
         for (int i = 0; i < 1600; ++i)
         {
-            const NodePtr object = f.object();
+            const NodePtr driven = f.object();
             std::vector<AnimNodePtr> curves;
             for (const char* const axis : {"X", "Y", "Z"})
                 curves.push_back(
@@ -46,19 +51,19 @@ private Q_SLOTS:
             curves[1]->setOffset(Vec2f(unit(), 0));
             f.curveOf(curves[2])->setPostInfinityMode(UInt32(i % 7));
             f.curveOf(curves[2])->computeOuttangent(1, 3);
-            const AnimNodePtr block = f.added(object, f.block("block", curves));
+            const AnimNodePtr block = f.added(driven, f.block("block", curves));
             block->setOffset(Vec2f(i % 3 == 0 ? unit() : 0, 0));
             block->setScale(i % 4 == 0 ? 0.5f + unit() : 1);
             block->setPostCycles(i % 5 - 1);
             block->setFlipped(i % 2 == 0);
-            blocks.push_back({object, block});
+            blocks.push_back({driven, block});
         }
         for (const double frame : {0.0, 17.0, 3.25, -40.0, 500.0, 60.0, 61.0, 59.0, 300.0})
         {
             manager()->setCurrentFrame(frame, false, false);
             const double seconds = kxFrameTime::seconds(frame, 24);
             const double tolerance = kxNodeTime::tolerance(seconds);
-            for (const auto& [object, block] : blocks)
+            for (const auto& [driven, block] : blocks)
                 for (UInt32 axis = 0; axis < 3; ++axis)
                 {
                     const AnimNodePtr node = AnimNodePtr::dcast(block->getChild(axis));
@@ -66,15 +71,13 @@ private Q_SLOTS:
                     const double inCurve = kxNodeTime::contentTime(*node, inBlock, tolerance);
                     UInt32 cursor = 0; // whatever came before makes no difference
                     const float value = kxCurveEvaluation::value(*f.curveOf(node), inCurve, cursor, tolerance);
-                    QCOMPARE(f.transform(object)->getTranslation()[axis], value);
+                    QCOMPARE(f.transform(driven)->getTranslation()[axis], value);
                 }
         }
     }
 
     void onlyActiveAnimationsCount()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr x = f.curve("translation", "X", {{0, 5}}), y = f.curve("translation", "Y", {{0, 5}});
         const AnimNodePtr z = f.curve("translation", "Z", {{0, 5}}), empty = f.curve("scale", "X", {});
         const AnimNodePtr clipped = f.curve("scale", "Y", {{0, 5}});
@@ -100,8 +103,6 @@ private Q_SLOTS:
 
     void laterChildrenWin()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr empty = f.curve("translation", "X", {});
         for (const AnimNodePtr& node : {f.block("one", {f.curve("translation", "X", {{0, 1}})}),
                                         f.block("two", {f.curve("translation", "X", {{0, 2}})}), empty})
@@ -122,8 +123,6 @@ private Q_SLOTS:
 
     void whatIsStaleIsEvaluatedAndNothingElse()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr node = f.curve("translation", "X", {{0, 0}, {1, 24}});
         const AnimNodePtr block = f.added(object, f.block("block", {node}));
         manager()->setCurrentFrame(12, false, false);
@@ -148,8 +147,6 @@ private Q_SLOTS:
 
     void aUsersValueStandsUntilTheFrameMoves()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr node = f.added(object, f.curve("translation", "X", {{0, 1}, {1, 2}}));
         const AnimNodePtr other = f.added(object, f.curve("translation", "Y", {{0, 1}}));
         manager()->setCurrentFrame(24, false, false);
@@ -180,8 +177,6 @@ private Q_SLOTS:
 
     void restValuesComeBack()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         f.transform(object)->setTranslation(Vec3f(3, 4, 5));
         const AnimNodePtr node = f.added(object, f.curve("translation", "Y", {{0, 0}, {1, 24}}));
         manager()->setCurrentFrame(12, false, false);
@@ -214,8 +209,6 @@ private Q_SLOTS:
 
     void restValuesOfFiles()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr node = f.added(object, f.curve("translation", "Y", {{0, 7}}));
         manager()->updateSceneAnimCurveData();
         const UInt32 id = object->getCore()->getId();
@@ -233,8 +226,6 @@ private Q_SLOTS:
 
     void fieldsWithoutAnAddress()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const FCPtr<UberMaterial> material = UberMaterial::create();
         kxScene::the()->addMaterial(material);
         manager()->addAnimation(object, f.curve("visible", "", {{0, 1}, {1, 0}}));
@@ -266,8 +257,6 @@ private Q_SLOTS:
     {
         QFETCH(double, frame);
         QFETCH(int, infinity);
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const SwitchPtr choice = Switch::create();
         object->setCore(choice);
         const AnimNodePtr node = f.curve("choice", "", {{0.5f, 2}, {1.5f, 6}});
@@ -284,8 +273,6 @@ private Q_SLOTS:
 
     void shownCurvesAlone()
     {
-        kxAnimFixture f;
-        const NodePtr object = f.object();
         const AnimNodePtr shown = f.curve("translation", "X", {{0, 0}, {1, 24}});
         const AnimNodePtr block = f.added(object, f.block("block", {shown}));
         block->setOffset(Vec2f(0.5f, 0));
@@ -326,6 +313,10 @@ private Q_SLOTS:
         QCOMPARE(kxFrameTime::wholeFrame(1.0e300), std::numeric_limits<int>::max());
         QCOMPARE(kxFrameTime::frame(0.5 / 24, 24), 0.5);
     }
+
+private:
+    kxAnimFixture f;
+    NodePtr object; // in the scene, with nothing that moves it
 };
 
 QTEST_GUILESS_MAIN(tst_kxSceneEvaluation)
