@@ -113,7 +113,7 @@ std::vector<std::function<void()>> kxSceneFixture::edits()
             },
             [=] { Edits::rename(at(2), "Other"); },
             [=] { Edits::moveNodes({at(1)}, kxScene::the()->root(), 0); },
-            [=] { Edits::setVisible({at(3)}, false); },
+            [=] { Edits::setVisible(objects(), true); },
             [=] { Edits::moveNodes({at(0)}, objects().back(), -1); },
             [=] { Edits::setComponent({at(2)->getCore()}, "eulerRotation", 1, RelativeAdd, 33.3); },
             [=] { Edits::addMaterial(); },

@@ -32,6 +32,7 @@ std::vector<osg::NodePtr> objects();
 QUndoStack* stack();
 /// Takes all steps back and does them again, twice: true where the scene is then as it was `before`, and as it is now.
 bool goesBackAndForth(const QByteArray& before);
-/// An edit of each kind that the host knows, for a scene of five objects and a material; each follows the one before.
+/// An edit of each kind that the host knows, for a scene of five objects, one of them hidden, and a material; each
+/// follows the one before.
 std::vector<std::function<void()>> edits();
 } // namespace kxSceneFixture

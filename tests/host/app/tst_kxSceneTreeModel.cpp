@@ -29,6 +29,7 @@ private Q_SLOTS:
         addMaterial("Steel");
         for (const char* const name : {"A", "B", "C", "D", "E"})
             addObject(name, objects().size() == 2 ? objects().back() : osg::NodePtr());
+        objects().back()->setTravMask(0);
         kxSceneTreeModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         kxSceneTreePanel panel(nullptr); // its filter has to survive the same

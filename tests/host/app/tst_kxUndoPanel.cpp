@@ -63,24 +63,22 @@ private Q_SLOTS:
 
     void keysNameObjectAndFrame_data()
     {
-        QTest::addColumn<Keys>("keys"); // written over (0 s, 0) and (1 s, 1)
-        kxColumns<int, QString>("objects", "detail");
+        kxColumns<Keys, int, QString>("keys", "objects", "detail"); // written over (0 s, 0) and (1 s, 1)
         osg::CCPnt tangent = key(1, 1);
         tangent.setOuttangent(osg::Vec2f(0.2f, 3));
-        QTest::newRow("value") << Keys{key(0, 0), key(1, 5)} << 1 << "Door0, translation.X, frame 24";
-        QTest::newRow("time") << Keys{key(0, 0), key(1.5f, 1)} << 1 << "Door0, translation.X, frame 36";
-        QTest::newRow("both") << Keys{key(0.5f, 0), key(2, 1)} << 1 << "Door0, translation.X, frames 12 to 48";
-        QTest::newRow("tangent") << Keys{key(0, 0), tangent} << 1 << "Door0, translation.X, frame 24";
-        QTest::newRow("one more") << Keys{key(0, 0), key(0.3f, 2), key(1, 1)} << 1 << "Door0, translation.X, frame 7.2";
-        QTest::newRow("one less") << Keys{key(0, 0)} << 1 << "Door0, translation.X, frame 24";
-        QTest::newRow("several objects") << Keys{key(0, 0), key(1, 5)} << 3 << "3 objects, frame 24";
+        kxRow("value", Keys{key(0, 0), key(1, 5)}, 1, "Door0, translation.X, frame 24");
+        kxRow("time", Keys{key(0, 0), key(1.5f, 1)}, 1, "Door0, translation.X, frame 36");
+        kxRow("both", Keys{key(0.5f, 0), key(2, 1)}, 1, "Door0, translation.X, frames 12 to 48");
+        kxRow("tangent", Keys{key(0, 0), tangent}, 1, "Door0, translation.X, frame 24");
+        kxRow("one more", Keys{key(0, 0), key(0.3f, 2), key(1, 1)}, 1, "Door0, translation.X, frame 7.2");
+        kxRow("one less", Keys{key(0, 0)}, 1, "Door0, translation.X, frame 24");
+        kxRow("several objects", Keys{key(0, 0), key(1, 5)}, 3, "3 objects, frame 24");
     }
 
     void keysNameObjectAndFrame()
     {
         QFETCH(Keys, keys);
         QFETCH(int, objects);
-        QFETCH(QString, detail);
         std::vector<osg::NodePtr> nodes;
         std::vector<osg::AnimCurvePtr> curves;
         for (int i = 0; i < objects; ++i)
@@ -94,26 +92,24 @@ private Q_SLOTS:
         kxUndoStack::get(0).add(new KeyCommand(curves, Keys{key(0, 0), key(1, -1)})); // a drag on the way
         QCOMPARE(rows().size(), before + 1);
         kxUndoStack::get(0).add(new KeyCommand(curves, keys)); // merges
-        QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
-        kxUndoStack::get(0).stack()->undo();
-        kxUndoStack::get(0).stack()->redo();
-        QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + detail});
+        const QString text = rows().mid(before).join('|').section(": ", 1);
+        QTEST(text, "detail");
+        stack()->undo();
+        stack()->redo();
+        QCOMPARE(rows().mid(before), QStringList{"Write Keys: " + text});
     }
 
-    /// Their object and channel are named, the frames would cost a copy at each step of a drag.
+    /// The frames would cost a copy at each step of a drag.
     void largeCurvesAreNotCopied()
     {
         const osg::NodePtr knob = addObject("Knob");
         animate(knob);
-        const osg::AnimCurvePtr curve = curveOf(knob);
-        Keys keys;
-        for (int i = 0; i < 10001; ++i)
-            keys.push_back(key(float(i), 0));
-        curve->editControlPoints().assign(keys.begin(), keys.end());
+        Keys keys(10001, key(1, 0));
+        curveOf(knob)->editControlPoints().assign(keys.begin(), keys.end());
         kxSelection::the().selectNodes({knob});
         rows();
         keys[500].setY(3);
-        kxUndoStack::get(0).add(new KeyCommand({curve}, keys));
+        kxUndoStack::get(0).add(new KeyCommand({curveOf(knob)}, keys));
         QCOMPARE(rows().last(), QString("Write Keys: Knob, translation.X"));
     }
 
@@ -125,7 +121,7 @@ private Q_SLOTS:
         kxSceneEdits::rename(knob, "Handle");
         kxSceneEdits::duplicateNodes({door});
         kxSceneEdits::deleteNodes({door, kxSelection::the().nodes().front()});
-        kxUndoStack::get(0).stack()->undo();
+        stack()->undo();
         const auto value = kxAnimEvaluator::the();
         std::vector<kxAnimManager::kxOSGChannelData> channels;
         kxAnimManager::the()->getKeyableChannels(knob, channels);
@@ -138,7 +134,6 @@ private Q_SLOTS:
 
     void aRowLeadsToItsStep()
     {
-        QUndoStack* const stack = kxUndoStack::get(0).stack();
         const osg::NodePtr node = addObject("A");
         for (const char* const name : {"B", "C", "D"})
             kxSceneEdits::rename(node, name);
@@ -147,11 +142,11 @@ private Q_SLOTS:
         _panel->show();
         QTest::mouseClick(_panel->viewport(), Qt::LeftButton, {},
                           _panel->visualRect(_panel->model()->index(1, 0)).center());
-        QCOMPARE(stack->index(), 1);
+        QCOMPARE(stack()->index(), 1);
         QCOMPARE(node->getNodeName(), std::string("B"));
         QTest::keyClick(_panel.data(), Qt::Key_Down);
         QCOMPARE(node->getNodeName(), std::string("C"));
-        stack->setIndex(0);
+        stack()->setIndex(0);
         QVERIFY(rows().size() == 4 && _panel->currentIndex().row() == 0);
         kxSceneEdits::rename(node, "E"); // the way on is another one
         QCOMPARE(rows(), QStringList({"Start", "Rename A to E"}));

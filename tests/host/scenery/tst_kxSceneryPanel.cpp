@@ -34,7 +34,7 @@ private Q_SLOTS:
     void eachEntryMakesItsKind()
     {
         QVERIFY(isHintShown(list()) && !steps()->isVisible());
-        QVERIFY(_panel->findChild<QToolButton*>(QStringLiteral("_addScenery"))->isVisible());
+        QVERIFY(_panel->findChild<QToolButton*>("_addScenery")->isVisible());
         const Kind kinds[] = {Kind::Viewpoint, Kind::CameraTrack, Kind::CameraTrack, Kind::VariantSet, Kind::Sequence};
         QVERIFY(!_actions.all()[1]->isEnabled()); // it needs two viewpoints
         _actions.all()[0]->trigger();
@@ -57,14 +57,14 @@ private Q_SLOTS:
     void stepsAreEditedInPlace()
     {
         typedef kxSequenceStep::Kind Step;
-        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open")}, QStringLiteral("Door"));
+        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open")}, "Door");
         _actions.all()[4]->trigger();
         auto* const model = qobject_cast<kxStepModel*>(steps()->model());
         model->insertStep(-1, Step::Wait);
         model->insertStep(0, Step::SetVariant);
         model->insertStep(1, Step::ShowViewpoint);
         QVERIFY(model->setData(model->index(0, kxStepModel::WithColumn), 2.5, Qt::EditRole));
-        QVERIFY(model->setData(model->index(1, kxStepModel::WithColumn), QStringLiteral("Door/Open"), Qt::EditRole));
+        QVERIFY(model->setData(model->index(1, kxStepModel::WithColumn), "Door/Open", Qt::EditRole));
         steps()->setCurrentIndex(model->index(1, 0));
         trigger("_raiseStepAction");
         trigger("_raiseStepAction"); // is the first
@@ -82,7 +82,7 @@ private Q_SLOTS:
 
     void tracksAreLookedThrough()
     {
-        auto* const look = _panel->findChild<QAction*>(QStringLiteral("_lookThroughAction"));
+        auto* const look = _panel->findChild<QAction*>("_lookThroughAction");
         _actions.all()[0]->trigger();
         QVERIFY(!look->isEnabled()); // a viewpoint is no camera that moves
         _actions.all()[2]->trigger();
@@ -114,7 +114,7 @@ private Q_SLOTS:
     void rowsAreNamedAndTried()
     {
         const osg::NodePtr set = kxSceneryEdits::addVariantSet(
-            {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, QStringLiteral("Door"));
+            {kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, "Door");
         kxScene::the()->flush();
         list()->expandAll();
         QAbstractItemModel* const model = list()->model();
@@ -145,10 +145,9 @@ private Q_SLOTS:
     void editorsOfSteps()
     {
         typedef kxSequenceStep::Kind Step;
-        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")},
-                                      QStringLiteral("Door"));
+        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, "Door");
         _actions.all()[4]->trigger();
-        auto* const menu = _panel->findChild<QMenu*>(QStringLiteral("_addStepMenu"));
+        auto* const menu = _panel->findChild<QMenu*>("_addStepMenu");
         for (const Step kind : {Step::Wait, Step::SetVariant, Step::RunPython}) // each below the one that is selected
             menu->actions().at(int(kind))->trigger();
         QAbstractItemModel* const model = steps()->model();
@@ -199,8 +198,8 @@ private Q_SLOTS:
 
 private:
     void trigger(const char* name) { _panel->findChild<QAction*>(QLatin1String(name))->trigger(); }
-    QTreeView* list() { return _panel->findChild<QTreeView*>(QStringLiteral("_sceneryList")); }
-    QTreeView* steps() { return _panel->findChild<QTreeView*>(QStringLiteral("_stepList")); }
+    QTreeView* list() { return _panel->findChild<QTreeView*>("_sceneryList"); }
+    QTreeView* steps() { return _panel->findChild<QTreeView*>("_stepList"); }
 
     static bool isHintShown(QTreeView* view) { return view->viewport()->findChild<QLabel*>()->isVisible(); }
 

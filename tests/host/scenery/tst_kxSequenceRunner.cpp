@@ -120,6 +120,7 @@ private Q_SLOTS:
         t.at(0);
         QCOMPARE(t.done, QStringList({"view 1"}));
         QCOMPARE(t.runner.currentStep("a"), 1);
+        t.sequences["a"].clear(); // an edit doesn't disturb what runs
         t.at(1.99);
         QCOMPARE(t.done.size(), 1);
         t.at(2);
@@ -156,7 +157,7 @@ private Q_SLOTS:
         QVERIFY(t.done.size() == 3 && lines().value(0).contains("64 deep"));
         t.runner.start("2");
         t.at(6);
-        QCOMPARE(t.done.last(), QStringLiteral("view deepest"));
+        QCOMPARE(t.done.last(), QString("view deepest"));
     }
 
     void clipsAreWaitedFor()
@@ -189,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(log.size(), 4);
         for (int i = 0; i < log.size(); ++i)
             QVERIFY2(log[i].startsWith(QStringLiteral("Sequence \"a\", step %1: ").arg(i + 1)), qPrintable(log[i]));
-        QCOMPARE(t.done.last(), QStringLiteral("view good"));
+        QCOMPARE(t.done.last(), QString("view good"));
     }
 
     void noSequencePlaysItself()
@@ -246,17 +247,6 @@ private Q_SLOTS:
         t.at(0);
         QCOMPARE(t.done, QStringList({"python x", "view b"}));
         QVERIFY(t.runner.running().empty());
-    }
-
-    void editsDontDisturbARun()
-    {
-        Theatre t;
-        t.sequences["a"] = {wait(1), make(Step::ShowViewpoint, "old")};
-        t.runner.start("a");
-        t.at(0);
-        t.sequences["a"].clear();
-        t.at(1);
-        QCOMPARE(t.done, QStringList({"view old"}));
     }
 
     void deletedSequencesEnd()
