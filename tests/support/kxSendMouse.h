@@ -24,3 +24,12 @@ inline void kxRelease(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers m
 {
     kxSendMouse(widget, QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton, modifiers);
 }
+
+/// True where a widget wants a key for itself that would else be a shortcut.
+inline bool kxTakesKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
+    event.ignore();
+    QApplication::sendEvent(widget, &event);
+    return event.isAccepted();
+}

@@ -11,6 +11,7 @@
 #include <osg/FieldContainerFactory.h>
 
 #include <QUndoStack>
+#include <QtTest>
 
 #include <cmath>
 #include <memory>
@@ -48,20 +49,15 @@ public:
     }
 
     /// Shows curves through these (frame, value), linear.
-    void show(const std::vector<std::vector<std::pair<float, float>>>& curves)
+    void show(std::vector<std::vector<std::pair<float, float>>> curves)
     {
-        static const char* const suffixes[] = {"X", "Y", "Z"};
-        std::vector<osg::AnimNodePtr> shown;
-        for (std::size_t i = 0; i < curves.size(); ++i)
+        for (auto& keys : curves)
         {
-            std::vector<std::pair<float, float>> keys = curves[i];
             for (auto& key : keys)
                 key.first /= 24;
-            const osg::AnimNodePtr node = kxAnimFixture::curve("translation", suffixes[i % 3], keys);
-            own(node);
-            shown.push_back(node);
+            own(kxAnimFixture::curve("translation", "X", keys));
         }
-        view.setAnimations(shown);
+        view.setAnimations(nodes);
     }
 
     kxAnimGraphScene* scene() const { return view.scene(); }
@@ -94,15 +90,9 @@ public:
             kxDragTo(port(), from + (to - from) * i / steps);
         kxRelease(port(), to);
     }
-    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers);
-        QApplication::sendEvent(&view, &event);
-    }
-    void release(int key)
-    {
-        QKeyEvent event(QEvent::KeyRelease, key, Qt::NoModifier);
-        QApplication::sendEvent(&view, &event);
+        QTest::keyPress(&view, key, modifiers);
     }
 
     kxAnimFixture scope;

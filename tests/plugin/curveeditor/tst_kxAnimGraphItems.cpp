@@ -294,12 +294,7 @@ private Q_SLOTS:
     {
         kxGraphFixture graph;
         const auto isTaken = [&graph](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-        {
-            QKeyEvent event(QEvent::ShortcutOverride, key, modifiers);
-            event.ignore();
-            QApplication::sendEvent(&graph.view, &event);
-            return event.isAccepted();
-        };
+        { return kxTakesKey(&graph.view, key, modifiers); };
         QVERIFY(isTaken(Qt::Key_F) && isTaken(Qt::Key_Delete) && isTaken(Qt::Key_A, Qt::ControlModifier));
         QVERIFY(!isTaken(Qt::Key_Z, Qt::ControlModifier) && !isTaken(Qt::Key_F, Qt::AltModifier) &&
                 !isTaken(Qt::Key_W));
