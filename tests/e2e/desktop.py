@@ -15,7 +15,7 @@ import poses
 HERE = os.path.dirname(os.path.abspath(__file__))
 SCREEN = "1600x1000x24"
 PATIENCE = 20.0  # seconds until something that is waited for counts as missing
-CAMERA_RESTS = 0.3  # seconds without another picture
+REST = 0.3  # seconds without a change
 PR_SET_PDEATHSIG = 1
 LIBC = ctypes.CDLL(None)
 
@@ -34,6 +34,20 @@ def until(what, condition, seconds=PATIENCE):
         if time.monotonic() > end:
             raise Missing("waited %g s in vain: %s" % (seconds, what))
         time.sleep(0.01)
+
+
+def at_rest(what, value):
+    """Waits until value() doesn't change any more, and gives it."""
+    last, since = value(), time.monotonic()
+
+    def rests():
+        nonlocal last, since
+        now = value()
+        if now != last:
+            last, since = now, time.monotonic()
+        return time.monotonic() - since > REST
+    until(what, rests)
+    return last
 
 
 def start(command, environment, log, **more):
@@ -178,14 +192,7 @@ class Application:
     def wait_for_camera(self, before):
         """Waits until the camera has left the picture `before` and has come to rest."""
         until("another view", lambda: self.picture() != before)
-        last, since = self.picture(), time.monotonic()
-        end_time = since + PATIENCE
-        while time.monotonic() - since < CAMERA_RESTS:
-            picture = self.picture()
-            if picture != last:
-                last, since = picture, time.monotonic()
-            if time.monotonic() > end_time:
-                raise Missing("the camera never comes to rest")
+        at_rest("a camera at rest", self.picture)
 
     def set_frame(self, frame):
         self.run("sendMessage('frameChangedCurveEditor', {'frame': float(%r)})" % frame)

@@ -1,7 +1,7 @@
 """From a model to a film by mouse and keyboard: opens an engine that somebody else made, lets the wizard take its two
 covers off, places that clip twice with a viewpoint between, refines one of its curves, keeps it, opens it again and plays.
 
-e2e_py <application> <folder for pictures of failures>
+e2e_story.py <application> <folder for pictures of failures>
 """
 import os
 import subprocess
@@ -46,17 +46,6 @@ def eye(application):
     return application.ask("[pointInView(p) for p in ((0, 0, 0), (200, 0, 0), (0, 200, 0))]")
 
 
-def wait_for_rest(application):
-    """Waits until the view has come to rest, and gives its eye."""
-    last = [None]
-
-    def rests():
-        before, last[0] = last[0], eye(application)
-        return before == last[0]
-    desktop.until("a view at rest", rests)
-    return last[0]
-
-
 def select_part(application, name, held=None):
     x, y = VIEW_CLICKS[name]
     application.click("_view", x, y, held=held)
@@ -79,12 +68,12 @@ def drag_arrow(application, name, axis, pixels):
 
 
 def turn_view(application, part):
-    """By a drag beside all objects."""
+    """By a drag beside all objects; gives the eye that it comes to."""
     before = eye(application)
     application.click("_view", 0.03, 0.9)
     application.drag([application.point("_view", 0.4, 0.93), application.point("_view", 0.4 + part, 0.85)])
     desktop.until("another view", lambda: eye(application) != before)
-    wait_for_rest(application)
+    return desktop.at_rest("a view at rest", lambda: eye(application))
 
 
 def shows_the_film(application):
@@ -110,7 +99,7 @@ def opens_the_windows(application, folder):
     editors.open_windows(application, Curves="_graphView", Clips="_clipView")
     application.click("_view", 0.03, 0.9)
     application.keys("a", "w")
-    wait_for_rest(application)
+    desktop.at_rest("a view at rest", lambda: eye(application))
     SEEN["start"] = {name: position(application, name) for name in PARTS}
 
 
@@ -119,7 +108,8 @@ def starts_the_wizard(application, folder):
     select_part(application, LEFT, held="ctrl")
     application.wait_for("len(selectedNodes()) == 2")
     application.click("AnimationWizardButton")
-    application.wait_for("widgetRect('%s')[3] > 80" % WIZARD)
+    application.wait_for_window("Animation Wizard")
+    desktop.at_rest("the wizard in its place", lambda: application.ask("widgetRect('%s')" % WIZARD))
     application.click(WIZARD + "/__qt__passive_wizardbutton1")
     application.wait_for("widgetRect('_captureStart')[3] > 80")
     application.click(WIZARD + "/_name", count=3)
@@ -195,8 +185,7 @@ def refines_a_curve(application, folder):
 
 def places_a_viewpoint_between(application, folder):
     """Made from the view as it stands; then the view goes elsewhere."""
-    turn_view(application, 0.1)
-    SEEN["viewpoint"] = wait_for_rest(application)
+    SEEN["viewpoint"] = turn_view(application, 0.1)
     application.keys("alt+s")
     application.click_entry("", "Add Viewpoint")
     application.wait_for("len(viewpoints()) == 1")
@@ -221,8 +210,7 @@ def keeps_it(application, folder):
 
 def plays(application, folder):
     """By the clip maker's buttons: the parts go their way twice, and the view jumps between."""
-    turn_view(application, 0.15)
-    elsewhere = eye(application)
+    elsewhere = turn_view(application, 0.15)
     assert elsewhere != SEEN["viewpoint"]
     application.click("frame/_gotoStart")
     desktop.until("the start", lambda: way_of(application) < 0.01)

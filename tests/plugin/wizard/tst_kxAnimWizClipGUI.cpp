@@ -404,14 +404,10 @@ private Q_SLOTS:
     {
         WizClip f;
         kxAnimWizClipGUI& dialog = f.open();
-        const struct
-        {
-            const char* name;
-            QString label;
-        } fields[] = {{"_name", "Name"},
-                      {"_startTime", "Start Time"},
-                      {"_duration", "Base Duration"},
-                      {"_interpolation", "Interpolation"}};
+        const std::pair<const char*, QString> fields[] = {{"_name", "Name"},
+                                                          {"_startTime", "Start Time"},
+                                                          {"_duration", "Base Duration"},
+                                                          {"_interpolation", "Interpolation"}};
         int bottom = -1;
         for (const auto& [name, text] : fields)
         {
