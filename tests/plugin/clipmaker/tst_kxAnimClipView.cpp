@@ -1,5 +1,8 @@
 #include "kxShownClip.h"
 
+#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxAnimClipLayout.h>
+
 #include <kxUndo.h>
 
 #include <QtTest>
@@ -25,6 +28,9 @@ void doubleClick(const kxShownClip& f, const QPoint& at, Qt::MouseButton button)
 class tst_kxAnimClipView : public QObject
 {
     Q_OBJECT
+public:
+    static void initMain() { qputenv("QT_FONT_DPI", "144"); } // what is drawn grows with the screen
+
 private Q_SLOTS:
     void zoomsAboutAPoint()
     {
@@ -127,7 +133,12 @@ private Q_SLOTS:
         const AnimNodePtr block = f.add(f.blockOf(2), 2, 1);
         f.show();
         f.barOf(block)->setSelected(true);
-        doubleClick(f, f.at(60, 1), Qt::LeftButton);
+        const QPoint end = f.at(94, 1);
+        kxSendMouse(f.port(), QEvent::MouseButtonDblClick, end, Qt::LeftButton, Qt::LeftButton);
+        kxSendMouse(f.port(), QEvent::MouseButtonRelease, end, Qt::RightButton, Qt::LeftButton);
+        kxDragTo(f.port(), end + QPoint(20, 0)); // the left button holds the bar's end all the same
+        kxRelease(f.port(), end + QPoint(20, 0));
+        QCOMPARE(qRound(f.barOf(block)->sceneBoundingRect().width()), 68);
         QCOMPARE(f.view.transform().m11(), 1.0);
         f.scene.clearSelection();
         doubleClick(f, f.at(60, 1), Qt::RightButton); // on the bar, which takes the mouse
@@ -136,6 +147,62 @@ private Q_SLOTS:
         QVERIFY(std::abs(middle.x() - 60) < 2);
         doubleClick(f, f.at(60, 4), Qt::LeftButton);
         QVERIFY(f.view.transform().m11() > 5);
+    }
+
+    void drawsTheRulerAtAnyZoom()
+    {
+        kxShownClip f;
+        f.add(f.blockOf(1), 4, 5);
+        f.show();
+        f.view.scale(3, 1);
+        f.view.centerOn(100, 0);
+        f.scene.setTime(90);
+        const QImage picture = f.port()->grab().toImage();
+        const double dpi = double(kxPlatform::getDpiScaleX());
+        const auto shows = [&](double x, double y, double width, double height, const QColor& colour)
+        {
+            const QRect area(qRound(x), qRound(y), qRound(width * dpi), qRound(height * dpi));
+            for (int column = area.left(); column <= area.right(); ++column)
+                for (int row = area.top(); row <= area.bottom(); ++row)
+                    if (picture.pixelColor(column, row) == colour)
+                        return true;
+            return false;
+        };
+        for (const int track : {0, 2})
+            for (int button = 0; button < kxClipLayout::ButtonCount; ++button)
+            {
+                const double top = f.at(0, track).y() - f.pitch() / 2 + 5 * dpi;
+                const QRect icon(qRound(button * 20 * dpi), qRound(top), qRound(20 * dpi), qRound(20 * dpi));
+                const QImage drawn = picture.copy(icon.adjusted(2, 2, -2, -2));
+                QImage empty = drawn;
+                empty.fill(kxClipColor::Background);
+                QVERIFY(drawn != empty);
+            }
+        QVERIFY(shows(40, f.view.mapFromScene(0, 2 * f.pitch()).y() - 1, 5, 2, kxClipColor::TrackLine));
+        // A number stands low in the strip at the top; the current frame at the bottom, beside its line.
+        QVERIFY(shows(f.at(100, 0).x(), 15 * dpi, 20, 3, kxClipColor::RulerText));
+        const QRect time(f.at(90, 0).x() + 4, f.port()->height() - qRound(20 * dpi), qRound(20 * dpi),
+                         qRound(20 * dpi));
+        QVERIFY(shows(time.x(), time.y(), 20, 20, kxClipColor::CurrentTime));
+    }
+
+    void tellsWhatToDo()
+    {
+        kxShownClip f;
+        f.scene.hideTimeItem();
+        const QImage picture = f.port()->grab(QRect(200, 40, 800, 320)).toImage(); // beside column and strips
+        const auto areaOf = [&picture](const QColor& colour)
+        {
+            QRect area;
+            for (int x = 0; x < picture.width(); ++x)
+                for (int y = 0; y < picture.height(); ++y)
+                    if (picture.pixelColor(x, y) == colour)
+                        area |= QRect(x, y, 1, 1);
+            return area;
+        };
+        const QRect title = areaOf(kxClipColor::HintTitle), text = areaOf(kxClipColor::Hint);
+        QVERIFY(!title.isEmpty() && text.bottom() > title.bottom() + 10); // in a colour of its own, below
+        QVERIFY(std::abs((title | text).center().y() - picture.height() / 2) < 12);
     }
 
     void hearsKeys()
