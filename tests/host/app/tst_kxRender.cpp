@@ -91,16 +91,13 @@ private Q_SLOTS:
         kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
         kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
         auto* const source = dialog.findChild<QComboBox*>("_source");
-        QStringList entries;
-        for (int i = 0; i < source->count(); ++i)
-            entries << source->itemText(i);
-        QCOMPARE(entries, QStringList({"Timeline", "Walk", "    Inner"}));
-        source->setCurrentIndex(1);
-        QVERIFY(dialog.range().first == 12 && dialog.range().last == 120);
-        source->setCurrentIndex(2);
-        QVERIFY(dialog.range().first == 12 && dialog.range().last == 60);
-        source->setCurrentIndex(0);
-        QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
+        QCOMPARE(source->count(), 3);
+        for (const auto& [entry, first, last] :
+             {std::make_tuple("Walk", 12, 120), {"    Inner", 12, 60}, {"Timeline", 3, 17}})
+        {
+            source->setCurrentIndex(source->findText(entry));
+            QVERIFY(dialog.range().first == first && dialog.range().last == last);
+        }
     }
 
     void framesOfAClip()
