@@ -9,14 +9,11 @@
 #include <kxTreeProbe.h>
 #include <scene/UberMaterial.h>
 
-#include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
 #include <kxUndo.h>
 
-#include <QAction>
 #include <QLineEdit>
-#include <QMenu>
 #include <QUndoStack>
 #include <kxTable.h>
 
@@ -335,9 +332,8 @@ private Q_SLOTS:
         const osg::TransformPtr core = kxAnimFixture::transform(_first);
         QSignalSpy spy(_tree.get(), &QTreeWidget::itemChanged);
         float x = 1;
-        for (const char* const name : {kxMessageName::ChangedTransformation, kxMessageName::CurrentFrameChanged,
-                                       kxMessageName::FrameChangedCurveEditor, kxMessageName::UpdateNavigator,
-                                       kxMessageName::UpdateLight, kxMessageName::UberMaterialChanged})
+        for (const char* const name : {kxMessageName::ChangedTransformation, kxMessageName::UberMaterialChanged,
+                                       kxMessageName::FrameChangedCurveEditor})
         {
             core->setTranslation(osg::Vec3f(++x, 0, 0));
             send(name);

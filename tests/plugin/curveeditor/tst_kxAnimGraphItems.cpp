@@ -42,26 +42,6 @@ private Q_SLOTS:
                 QVERIFY(line->line().p2() == key->inTangentPos() || line->line().p2() == key->outTangentPos());
     }
 
-    void handlesShowOnSidesThatHaveThem()
-    {
-        kxGraphFixture graph;
-        graph.show({{{0, 0}, {10, 2}, {20, 0}}});
-        kxAnimGraphPoint* key = graph.point(0, 1);
-        key->setTangentTypes(1, 0);
-        key->setSelected(true);
-        const auto shown = [key] {
-            return QList<bool>{key->inTangentItem()->isVisible(), key->outTangentItem()->isVisible()};
-        };
-        QCOMPARE(shown(), (QList<bool>{true, false}));
-
-        // Dragging one side frees both, so that the other one shows too.
-        const QPoint from = graph.at(key->inTangentItem());
-        graph.drag(from, from + QPoint(5, 20));
-        QCOMPARE(shown(), (QList<bool>{true, true}));
-        key->setTangentsVisible(false);
-        QCOMPARE(shown(), (QList<bool>{false, false}));
-    }
-
     /// Random moves: the collected keys are the items in order of time, each knows its index, and tangents that are
     /// computed where something moved are those of all computed at each step.
     void keysPassEachOther()
