@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipRows.h>
 
 #include <QGraphicsRectItem>
@@ -121,6 +122,22 @@ private Q_SLOTS:
     {
         QFETCH(QColor, fill);
         QTEST(kxClipColor::textOn(fill) == kxClipColor::LightText, "light");
+    }
+
+    void numbersTheRuler()
+    {
+        const std::pair<double, int> steps[] = {{0, 1},     {10.9, 1},   {11, 1},     {25, 2},
+                                                {100, 5},   {101, 10},   {250, 20},   {450, 50},
+                                                {1000, 50}, {3999, 200}, {1e5, 5000}, {1e300, 5000000}};
+        for (const auto& step : steps)
+            QCOMPARE(kxClipLayout::tickStep(step.first), step.second);
+        QCOMPARE(kxClipLayout::ticks(-10, 15, 5), (std::vector<double>{-5, 0, 5, 10}));
+        QVERIFY(kxClipLayout::ticks(0, NAN, 5).empty() && kxClipLayout::ticks(0, 10, 0).empty());
+        QCOMPARE(kxClipLayout::readableStep(5, 10, 40), 5);
+        QCOMPARE(kxClipLayout::readableStep(5, 2, 40), 25);
+        QCOMPARE(kxClipLayout::frameText(-0.0), QString("0"));
+        QCOMPARE(kxClipLayout::frameText(24.00009), QString("24"));
+        QCOMPARE(kxClipLayout::frameText(-24.5), QString("-24.50"));
     }
 
     void makesRoundingGood()

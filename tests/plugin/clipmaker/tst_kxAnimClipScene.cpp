@@ -4,15 +4,17 @@
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
+#include <clipmaker/kxAnimClipWatch.h>
 
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 
+#include <QHelpEvent>
+#include <QToolTip>
 #include <QUndoStack>
 #include <kxTable.h>
 
-#include <cmath>
 #include <functional>
 
 using namespace osg;
@@ -21,22 +23,6 @@ class tst_kxAnimClipScene : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void numbersTheRuler()
-    {
-        const std::pair<double, int> steps[] = {{0, 1},     {10.9, 1},   {11, 1},     {25, 2},
-                                                {100, 5},   {101, 10},   {250, 20},   {450, 50},
-                                                {1000, 50}, {3999, 200}, {1e5, 5000}, {1e300, 5000000}};
-        for (const auto& step : steps)
-            QCOMPARE(kxClipLayout::tickStep(step.first), step.second);
-        QCOMPARE(kxClipLayout::ticks(-10, 15, 5), (std::vector<double>{-5, 0, 5, 10}));
-        QVERIFY(kxClipLayout::ticks(0, NAN, 5).empty() && kxClipLayout::ticks(0, 10, 0).empty());
-        QCOMPARE(kxClipLayout::readableStep(5, 10, 40), 5);
-        QCOMPARE(kxClipLayout::readableStep(5, 2, 40), 25);
-        QCOMPARE(kxClipLayout::frameText(-0.0), QString("0"));
-        QCOMPARE(kxClipLayout::frameText(24.00009), QString("24"));
-        QCOMPARE(kxClipLayout::frameText(-24.5), QString("-24.50"));
-    }
-
     void showsChildrenByTheirCores()
     {
         kxShownClip f;
@@ -133,20 +119,21 @@ private Q_SLOTS:
 
     void switchesTracks_data()
     {
-        kxColumns<int, bool, bool>("button", "active", "locked");
-        kxRow("unlock", 0, false, false);
-        kxRow("lock", 1, false, true);
-        kxRow("show", 2, true, true);
-        kxRow("hide", 3, false, true);
+        kxColumns<int, int, bool, bool, QString>("button", "track", "active", "locked", "tip");
+        kxRow("unlock", 0, 1, false, false, "Unlock the track");
+        kxRow("lock", 1, 0, false, true, "Lock the track");
+        kxRow("show", 2, 1, true, true, "Switch the track on");
+        kxRow("hide", 3, 1, false, true, "Switch the track off");
     }
 
     void switchesTracks()
     {
         QFETCH(int, button);
+        QFETCH(int, track);
         QFETCH(bool, active);
         QFETCH(bool, locked);
         kxShownClip f;
-        const AnimNodePtr on[] = {f.add(f.blockOf(1), 5, 1), f.add(f.blockOf(1), 7, 1)};
+        const AnimNodePtr on[] = {f.add(f.blockOf(1), 5, track), f.add(f.blockOf(1), 7, track)};
         const AnimNodePtr off = f.add(f.blockOf(1), 5, 2);
         for (const AnimNodePtr& node : {on[0], on[1], off})
         {
@@ -155,9 +142,12 @@ private Q_SLOTS:
         }
         f.show();
         f.port()->grab(); // the column is where it was drawn
-        QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
+        const QSignalSpy states(&f.scene, SIGNAL(itemsChangedState()));
         const double dpi = double(kxPlatform::getDpiScaleX());
-        const QPoint place = QPoint(qRound((button * 20 + 10) * dpi), f.view.mapFromScene(0, f.pitch() + 20).y());
+        const QPoint place(qRound((button * 20 + 10) * dpi), f.view.mapFromScene(0, track * f.pitch() + 20).y());
+        QHelpEvent help(QEvent::ToolTip, place, f.port()->mapToGlobal(place));
+        QApplication::sendEvent(f.port(), &help);
+        QTEST(QToolTip::text(), "tip");
         kxPress(f.port(), place);
         kxRelease(f.port(), place);
         QCOMPARE(states.count(), 1);
@@ -201,7 +191,10 @@ private Q_SLOTS:
         QCOMPARE(duplicates.count(), 1);
         QCOMPARE(f.scene.selectedBars().size(), 2);
         for (const kxAnimAbstractClipItem* bar : f.scene.selectedBars())
+        {
             QVERIFY(bar->x() == 240.0 || bar->x() == 288.0);
+            QVERIFY(!bar->node()->getFlipped());
+        }
         QVERIFY(f.scene.duplicateSelectedItems(false));
         QCOMPARE(duplicates.count(), 2);
         QCOMPARE(f.scene.bars().size(), 7);
@@ -273,6 +266,14 @@ private Q_SLOTS:
             {"no clip shown", [](kxShownClip& f, kxOwned<AnimNode>&, QMimeData&) { f.scene.clear(); }},
             {"the block that the clip stands in",
              [](kxShownClip& f, kxOwned<AnimNode>& block, QMimeData&) { block->addChild(f.clipNode.get()); }},
+            {"a clone of it",
+             [](kxShownClip& f, kxOwned<AnimNode>& block, QMimeData& data)
+             {
+                 const AnimNodePtr copy = f.clone(block, 0);
+                 kxAnimManager::the()->addAnimation(f.object(), copy);
+                 kxSetLibraryPayload(data, {copy->getId()});
+                 block->addChild(f.clipNode.get());
+             }},
         };
         for (const auto& [name, spoil] : drags)
         {
@@ -478,6 +479,18 @@ private Q_SLOTS:
         QCOMPARE(f.barItems(), 0);
     }
 
+    void tellsOnceATurn()
+    {
+        kxShownClip f;
+        const AnimNodePtr node = f.add(f.blockOf(2));
+        const kxAnimClipWatch watch(nullptr);
+        const QSignalSpy told(&watch, &kxAnimClipWatch::animationsChanged);
+        for (const bool value : {false, true})
+            kxClipNodes::setActive(node, value);
+        QApplication::processEvents();
+        QCOMPARE(told.count(), 1);
+    }
+
     void followsWhenADragEnds()
     {
         kxShownClip f;
@@ -486,7 +499,11 @@ private Q_SLOTS:
         QPointer<kxAnimAbstractClipItem> bar = f.barOf(held);
         f.port()->grab(); // the column is where it was drawn
         kxPress(f.port(), f.at(24, 0));
+        kxDragTo(f.port(), f.at(30, 2));
         kxDragTo(f.port(), f.at(30, 0));
+        const QImage picture = f.port()->grab().toImage();
+        QCOMPARE(picture.pixelColor(f.at(-9, 2)), picture.pixelColor(f.at(-9, 3))); // marked no more
+        QVERIFY(picture.pixelColor(f.at(-9, 0)) != picture.pixelColor(f.at(-9, 3)));
         for (const AnimNodePtr& node : {held, other})
         {
             node->moveBy(0, 100);
