@@ -189,11 +189,6 @@ class Application:
         with open(path, "rb") as file:
             return file.read()
 
-    def wait_for_camera(self, before):
-        """Waits until the camera has left the picture `before` and has come to rest."""
-        until("another view", lambda: self.picture() != before)
-        at_rest("a camera at rest", self.picture)
-
     def set_frame(self, frame):
         self.run("sendMessage('frameChangedCurveEditor', {'frame': float(%r)})" % frame)
 

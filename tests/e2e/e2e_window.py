@@ -1,5 +1,5 @@
-"""Works in the application's window as a user does: scrubs, drags the ranges, types frames, renames, moves, takes back,
-saves, opens and quits.
+"""Works in the application's window as a user does: scrubs, drags the ranges, types frames, renames, takes back, saves,
+opens and quits.
 
 e2e_window.py <application> <folder for pictures of failures>
 """
@@ -103,27 +103,9 @@ def renames(application, folder):
     application.wait_for("bool(findNode('Pulser'))")
 
 
-def moves_with_the_gizmo(application, folder):
-    """An object that is framed stands in the middle of the view, where the handle for the view's plane is."""
-    application.click("_view", 0.02, 0.96)
-    application.run("selectNodes([findNode('Still')])")
-    picture = application.picture()
-    application.keys("w", "f")
-    application.wait_for_camera(picture)
-    before, steps = place(application, "Still"), application.ask("undoCount()")
-    application.drag([application.point("_view", 0.5, 0.5), application.point("_view", 0.6, 0.4)])
-    after = desktop.until("another place", lambda: place(application, "Still") != before and
-                          place(application, "Still"))
-    assert application.ask("undoCount()") == steps + 1, "one drag is one step"
-    application.keys("ctrl+z")
-    desktop.until("the old place", lambda: place(application, "Still") == before)
-    application.keys("ctrl+y")
-    desktop.until("the new place", lambda: place(application, "Still") == after)
-    application.keys("q")
-
-
 def edits_by_keys(application, folder):
     """The keys of the Edit menu act while the view has the focus, and leave the text of a field alone."""
+    application.click("_view", 0.02, 0.96)
     application.run("selectNodes([findNode('Still')])")
     application.keys("ctrl+d")
     application.wait_for("bool(findNode('Still_1'))")
@@ -184,6 +166,6 @@ def says_what_cannot_be_opened(application, folder):
     assert application.shown("_mainWindow", "windowTitle") == before
 
 
-desktop.tell([scrubs, drags_the_detailed_range, plays_the_detailed_range_only, types_frames, renames, moves_with_the_gizmo,
-              edits_by_keys, types_properties, saves_for_another_process, asks_before_losing_work,
-              says_what_cannot_be_opened, desktop.quits], fixtures.movers)
+desktop.tell([scrubs, drags_the_detailed_range, plays_the_detailed_range_only, types_frames, renames, edits_by_keys,
+              types_properties, saves_for_another_process, asks_before_losing_work, says_what_cannot_be_opened,
+              desktop.quits], fixtures.movers)

@@ -1,7 +1,5 @@
 #include "kxTestLibrary.h"
 
-#include <trees/kxAnimTreeWidgetItem.h>
-
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
@@ -13,13 +11,9 @@
 
 #include <kxOwned.h>
 
-#include <QAction>
 #include <QApplication>
 #include <QDragMoveEvent>
 #include <QLineEdit>
-#include <QMenu>
-#include <QMimeData>
-#include <QSignalSpy>
 #include <QTimer>
 #include <QUndoStack>
 #include <kxTable.h>

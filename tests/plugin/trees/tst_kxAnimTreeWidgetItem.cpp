@@ -1,16 +1,12 @@
 #include "kxTestLibrary.h"
 
 #include <trees/kxAnimInfoText.h>
-#include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kernel/kxLogModel.h>
-#include <kxAnimFixture.h>
 #include <kxMarks.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
 
-#include <QFont>
-#include <QTreeWidget>
 #include <kxTable.h>
 
 typedef std::vector<std::string> Tags;
@@ -110,14 +106,9 @@ private Q_SLOTS:
         QCOMPARE(QString::fromStdString(_block->getNodeName()), name);
         QCOMPARE(row.text(0), name);
         QCOMPARE(kxLogModel::the().entries().size(), warnings);
-    }
 
-    void sceneNodesKeepTheirNames()
-    {
-        kxAnimTreeWidgetItem row(true);
         row.setNode(_object, true, true);
-        kxLogModel::the().clear();
-        row.setData(0, Qt::EditRole, "Other");
+        row.setData(0, Qt::EditRole, edit); // that belongs to the scene graph
         QCOMPARE(_object->getNodeName(), std::string("Box"));
         QCOMPARE(kxLogModel::the().entries().back().text,
                  QString("You can't rename the node in this list. Please try in scenegraph."));
