@@ -229,15 +229,12 @@ private Q_SLOTS:
         QCOMPARE(animations.size(), 3);
         kxScene::the()->flush();
         QCOMPARE(structure.size(), 1);
+        kxSceneObjects::add(kxSceneObjects::lights().at(1));
         const kxHeard<> lights(kxMessageName::UpdateLight);
         const kxHeard<1> materials(kxMessageName::UberMaterialChanged);
-        kxSceneObjects::add(kxSceneObjects::lights().at(1));
-        const int before = lights.count;
         kxSceneEdits::setField({kxSelection::the().nodes().at(0)->getCore()}, "intensity", osg::FieldValue(3.0f));
-        QCOMPARE(lights.count, before + 1);
-        const int told = materials.count;
         kxSceneEdits::rename(keyed, "Other");
-        QCOMPARE(materials.count, told + 1);
+        QVERIFY(lights.count == 1 && materials.count == 1);
     }
 
     void newObjectsAreSeenAtOnce()
