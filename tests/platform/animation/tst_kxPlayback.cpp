@@ -61,6 +61,13 @@ void tickAt(double seconds)
     kxPlaybackClock::the().tick();
 }
 
+/// Where the object stands then.
+float xAt(const NodePtr& object, double seconds)
+{
+    tickAt(seconds);
+    return kxAnimFixture::transform(object)->getTranslation().x();
+}
+
 kxFramePlaybackParams params(double start, double end, double fps)
 {
     kxFramePlaybackParams p;
@@ -104,25 +111,23 @@ private Q_SLOTS:
 
     void announcedAndUnannouncedFrames()
     {
-        manager()->setCurrentFrame(3, false, true);
-        QCOMPARE(take(), QString("frame 3, full 3"));
-        manager()->setCurrentFrame(3.5, false, true);
-        QCOMPARE(take(), QString("frame 3.5"));
-        manager()->setCurrentFrame(3.5, false, true);
-        QCOMPARE(take(), QString());
-        manager()->setCurrentFrame(3.5, true, true);
-        QCOMPARE(take(), QString("frame 3.5, full 3"));
+        const auto told = [](double frame, bool force)
+        {
+            manager()->setCurrentFrame(frame, force, true);
+            return take();
+        };
+        QCOMPARE(told(3, false), QString("frame 3, full 3"));
+        QCOMPARE(told(3.5, false), QString("frame 3.5"));
+        QCOMPARE(told(3.5, false), QString());
+        QCOMPARE(told(3.5, true), QString("frame 3.5, full 3"));
         manager()->setCurrentFrame(8, false, false);
         manager()->setCurrentFrameNoEvaluation(9, false);
         QCOMPARE(take(), QString());
         // The listeners still believe in 3.5.
-        manager()->setCurrentFrame(9, false, true);
-        QCOMPARE(take(), QString("frame 9, full 9"));
-        manager()->setCurrentFrame(NAN, true, true);
-        QCOMPARE(take(), QString());
+        QCOMPARE(told(9, false), QString("frame 9, full 9"));
+        QCOMPARE(told(NAN, true), QString());
         QCOMPARE(manager()->currentFrame(), 9.0);
-        manager()->setCurrentFrame(-0.5, false, true);
-        QCOMPARE(take(), QString("frame -0.5, full 0"));
+        QCOMPARE(told(-0.5, false), QString("frame -0.5, full 0"));
     }
 
     void realTimeIsHeldBySkipping()
@@ -253,21 +258,15 @@ private Q_SLOTS:
         manager()->enqueue(manager()->find("opening"), true);
         QVERIFY(manager()->isPlaying("opening"));
         QVERIFY(clip->getPlaying());
-        const auto x = [&] { return f.transform(object)->getTranslation().x(); };
-        tickAt(100.5);
-        QCOMPARE(x(), 5.0f);
+        QCOMPARE(xAt(object, 100.5), 5.0f);
         QCOMPARE(fired, QStringList("start"));
-        tickAt(101.5);
-        QCOMPARE(x(), 15.0f);
+        QCOMPARE(xAt(object, 101.5), 15.0f);
         manager()->enqueue(clip, false); // plays already
-        tickAt(101.75);
-        QCOMPARE(x(), 17.5f);
+        QCOMPARE(xAt(object, 101.75), 17.5f);
         manager()->enqueue(clip, true);
-        tickAt(102);
-        QCOMPARE(x(), 2.5f);
+        QCOMPARE(xAt(object, 102), 2.5f);
         QCOMPARE(take(), QString());
-        tickAt(105);
-        QCOMPARE(x(), 20.0f); // the end stays
+        QCOMPARE(xAt(object, 105), 20.0f); // the end stays
         QCOMPARE(take(), QString("dequeued"));
         QVERIFY(!manager()->isPlaying("opening"));
         QVERIFY(!clip->getPlaying());
@@ -280,24 +279,20 @@ private Q_SLOTS:
         const NodePtr object = f.object();
         const AnimNodePtr block = f.added(object, f.block("block", {f.curve("translation", "X", {{0, 3}, {10, 103}})}));
         block->setTravMask(0);
-        const auto x = [&] { return f.transform(object)->getTranslation().x(); };
         manager()->enqueue(block, true);
         tickAt(101);
         manager()->pause(block, true);
-        tickAt(104);
-        QCOMPARE(x(), 13.0f);
+        QCOMPARE(xAt(object, 104), 13.0f);
         manager()->pause(block, false);
         AnimNodePtr::dcast(block->getChild(0))->setPlaying(true); // said, but not so
         QVERIFY(!kxAnimEvaluator::the()->isPlaying(AnimNodePtr::dcast(block->getChild(0))));
-        tickAt(105);
-        QCOMPARE(x(), 23.0f);
+        QCOMPARE(xAt(object, 105), 23.0f);
         manager()->pause(block, true);
         tickAt(108);
         manager()->enqueue(block, false); // plays on where it stood
-        tickAt(109);
-        QCOMPARE(x(), 33.0f);
+        QCOMPARE(xAt(object, 109), 33.0f);
         manager()->reset(block, false);
-        QCOMPARE(x(), 3.0f);
+        QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);
         QVERIFY(kxAnimEvaluator::the()->isPlaying(block));
         manager()->reset(block, true);
         QVERIFY(!kxAnimEvaluator::the()->isPlaying(block));

@@ -86,8 +86,7 @@ private Q_SLOTS:
         z->setTravMask(0x7fffffff);
         for (const AnimNodePtr& node : {on, off, z, empty, f.clip("clip", {f.block("inside", {clipped})})})
             manager()->addAnimation(object, node);
-        manager()->setCurrentFrame(3, false, false);
-        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 0, 0));
+        QCOMPARE(placeAt(3), Vec3f(5, 0, 0));
         QCOMPARE(f.transform(object)->getScale(), Vec3f(1, 1, 1));
         QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(1));
         manager()->setTreeActive(off, true);
@@ -107,8 +106,7 @@ private Q_SLOTS:
         for (const AnimNodePtr& node : {f.block("one", {f.curve("translation", "X", {{0, 1}})}),
                                         f.block("two", {f.curve("translation", "X", {{0, 2}})}), empty})
             manager()->addAnimation(object, node);
-        manager()->setCurrentFrame(1, false, false);
-        QCOMPARE(f.transform(object)->getTranslation().x(), 2.0f); // an empty curve doesn't drive
+        QCOMPARE(placeAt(1).x(), 2.0f); // an empty curve doesn't drive
         f.curveOf(empty)->addPoint(Pnt2f(0, 3), Vec2f(), Vec2f(), 1, 1, true, true);
         f.keysChanged(empty);
         manager()->reevaluateAnimations(false);
@@ -137,8 +135,7 @@ private Q_SLOTS:
         QCOMPARE(x(), 24.0f);
         block->moveBy(0.25f, 0);
         f.changed(block, AnimNodeBase::OffsetFieldMask);
-        manager()->setCurrentFrame(12, false, false);
-        QCOMPARE(x(), 12.0f);
+        QCOMPARE(placeAt(12).x(), 12.0f);
         f.curveOf(node)->setSuffix("Y");
         markChanged(f.curveOf(node), AnimCurveBase::SuffixFieldMask);
         manager()->updateSceneAnimCurveData();
@@ -159,8 +156,7 @@ private Q_SLOTS:
         manager()->addAnimation(object, f.curve("translation", "Z", {{0, 9}}));
         manager()->updateSceneAnimCurveData();
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(77, 6, 9));
-        manager()->setCurrentFrame(23, false, false);
-        QVERIFY(f.transform(object)->getTranslation().x() < 2);
+        QVERIFY(placeAt(23).x() < 2);
 
         // Taken back at another frame it leaves what that one has.
         const kxMarks written;
@@ -189,8 +185,7 @@ private Q_SLOTS:
         const kxMarks still;
         manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
         QVERIFY(!still.has(object->getCore()));
-        manager()->setCurrentFrame(12, false, false);
-        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
+        QCOMPARE(placeAt(12), Vec3f(3, 12, 5));
         // Out and in again, as the undo of a delete does it.
         const kxOwned<AnimNode> held(node);
         for (int i = 0; i < 2; ++i)
@@ -288,13 +283,11 @@ private Q_SLOTS:
         f.transform(object)->setTranslation(Vec3f(-1, -1, 0));
         manager()->setPlaybackContextHint(1); // shown at once
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, -1, 0));
-        manager()->setCurrentFrame(18, false, false);
-        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, -1, 0));
+        QCOMPARE(placeAt(18), Vec3f(6, -1, 0));
         manager()->setPlaybackContextHint(0);
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(6, 18, 0));
         manager()->setGetCurveEditorDataCB(nullptr);
-        manager()->setCurrentFrame(21, false, false);
-        QCOMPARE(f.transform(object)->getTranslation(), Vec3f(9, 21, 0));
+        QCOMPARE(placeAt(21), Vec3f(9, 21, 0));
     }
 
     void framesSurviveSeconds()
@@ -315,6 +308,13 @@ private Q_SLOTS:
     }
 
 private:
+    /// Where the object stands at the frame.
+    Vec3f placeAt(double frame) const
+    {
+        manager()->setCurrentFrame(frame, false, false);
+        return f.transform(object)->getTranslation();
+    }
+
     kxAnimFixture f;
     NodePtr object; // in the scene, with nothing that moves it
 };
