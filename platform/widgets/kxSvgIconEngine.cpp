@@ -5,6 +5,8 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+#include <algorithm>
+
 namespace
 {
 constexpr double DisabledOpacity = 0.38;
@@ -14,12 +16,9 @@ QImage disabledImage(const QImage& image)
     QImage faint = image.convertToFormat(QImage::Format_ARGB32);
     for (int y = 0; y < faint.height(); ++y)
     {
-        auto* line = reinterpret_cast<QRgb*>(faint.scanLine(y));
-        for (int x = 0; x < faint.width(); ++x)
-        {
-            const int grey = qGray(line[x]);
-            line[x] = qRgba(grey, grey, grey, int(qAlpha(line[x]) * DisabledOpacity));
-        }
+        const auto fade = [](QRgb& pixel)
+        { pixel = qRgba(qGray(pixel), qGray(pixel), qGray(pixel), int(qAlpha(pixel) * DisabledOpacity)); };
+        std::for_each_n(reinterpret_cast<QRgb*>(faint.scanLine(y)), faint.width(), fade);
     }
     return faint;
 }

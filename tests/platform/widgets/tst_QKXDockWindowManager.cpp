@@ -2,7 +2,8 @@
 
 #include <QLabel>
 #include <QMainWindow>
-#include <QPointer>
+#include <QTabBar>
+#include <QToolButton>
 #include <QtTest>
 
 namespace
@@ -24,6 +25,7 @@ private Q_SLOTS:
         QSignalSpy added(&manager, &QKXDockWindowManager::added);
         QKXDockWidget* dock = addDock(manager, "Curves", new QWidget, 0, true);
         QVERIFY(dock);
+        QCOMPARE(dock->property("category").toString(), QString("Animation")); // where the host lists it
         QWidget second;
         QVERIFY(!addDock(manager, "Curves", &second, 0, true));
         QVERIFY(!second.parentWidget());
@@ -89,6 +91,30 @@ private Q_SLOTS:
         QTRY_VERIFY(dock->height() < 40 && dock->width() == 310);
         dock->setMinimized(false);
         QTRY_COMPARE(dock->size(), QSize(310, 290));
+    }
+
+    void titlesAndTabs()
+    {
+        QMainWindow window;
+        QKXDockWindowManager manager(&window);
+        QKXDockWidget* const dock = addDock(manager, "Curves of all objects that are selected", new QWidget, 0, false);
+        addDock(manager, "Clips", new QWidget, 0, false);
+        window.resize(300, 300);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto* const tabs = window.findChild<QTabBar*>();
+        QVERIFY(tabs != nullptr && tabs->acceptDrops() && tabs->changeCurrentOnDrag());
+
+        QWidget* const bar = dock->titleBarWidget();
+        const QList<QToolButton*> buttons = bar->findChildren<QToolButton*>();
+        QCOMPARE(buttons.size(), 2);
+        QCOMPARE(buttons[1]->x() - buttons[0]->x(), buttons[0]->width() + 3);
+        auto* const title = bar->findChildren<QLabel*>().last();
+        const QString before = title->text();
+        QFont large = bar->font();
+        large.setPixelSize(40);
+        bar->setFont(large);
+        QVERIFY2(title->text().size() < before.size(), qPrintable(before));
     }
 
     void deletedDocksAreForgotten()

@@ -1,6 +1,7 @@
 #include <QKXSpiner.h>
 
 #include <QLineEdit>
+#include <QToolTip>
 #include <QtTest>
 
 #include <cmath>
@@ -27,7 +28,6 @@ private Q_SLOTS:
         const auto wantsUndo = [&field]
         {
             QKeyEvent event(QEvent::ShortcutOverride, Qt::Key_Z, Qt::ControlModifier);
-            event.ignore();
             QApplication::sendEvent(&field, &event);
             return event.isAccepted();
         };
@@ -138,10 +138,21 @@ private Q_SLOTS:
         QCOMPARE(applied.count(), 2);
     }
 
+    void halfANumberIsAnswered()
+    {
+        QKXSpiner field;
+        field.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&field));
+        type(field, "-");
+        QCOMPARE(QToolTip::text(), QString("A whole number"));
+        QToolTip::hideText();
+    }
+
     void leavesTheValueToTheListener()
     {
         QKXDoubleSpiner field;
         field.setRelativeOperatorHandlingMode(1);
+        field.setRange(0, 100);
         field.setValue(10);
         QSignalSpy applied(&field, &QKXDoubleSpiner::relativeOperatorApplied);
         QSignalSpy changed(&field, QOverload<double>::of(&QDoubleSpinBox::valueChanged));
@@ -250,7 +261,9 @@ private Q_SLOTS:
             QVERIFY(edit->hasSelectedText());
             // Room for the number, and for the buttons where there are any.
             const QSize withButtons = field->sizeHint();
-            QVERIFY(withButtons.width() > field->fontMetrics().horizontalAdvance("-10000") + 4);
+            field->resize(withButtons);
+            QVERIFY(edit->width() >=
+                    field->fontMetrics().horizontalAdvance(field == &whole ? "-000000" : "-10000.00") + 4);
             field->setButtonSymbols(QAbstractSpinBox::NoButtons);
             QVERIFY(field->sizeHint().width() < withButtons.width());
         }

@@ -1,10 +1,13 @@
+#include <QKXToolBar.h>
 #include <kxCapturedStderr.h>
 #include <kxIconManager.h>
+#include <kxPlatform.h>
 #include <widgets/kxColors.h>
 #include <widgets/kxStyle.h>
 
-#include <QPainter>
-#include <QTextEdit>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QToolButton>
 #include <QtTest>
 
 namespace
@@ -103,6 +106,13 @@ private Q_SLOTS:
     {
         kxStyle::apply(*qApp);
         QVERIFY(!qApp->styleSheet().isEmpty());
+        const QDialogButtonBox box(QDialogButtonBox::Ok);
+        QVERIFY(box.buttons().first()->icon().isNull());
+        QKXToolBar bar("Tools");
+        bar.addAction("Key");
+        const auto* const tool = qobject_cast<QToolButton*>(bar.widgetForAction(bar.actions().first()));
+        QCOMPARE(tool->toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
+        QCOMPARE(tool->iconSize(), QSize(kxPlatform::getSmallIconSize(), kxPlatform::getSmallIconSize()));
         const QPalette palette = qApp->palette();
         const std::tuple<QPalette::ColorGroup, QPalette::ColorRole, QColor> roles[] = {
             {QPalette::Active, QPalette::Window, kxColors::window()},
