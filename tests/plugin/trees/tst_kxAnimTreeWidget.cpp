@@ -2,6 +2,7 @@
 #include <trees/kxAnimTreeWidget.h>
 
 #include <kxAnimFixture.h>
+#include <kxAnswer.h>
 #include <kxScenegraph.h>
 #include <kxTreeProbe.h>
 #include <kxUndo.h>
@@ -9,7 +10,6 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 #include <QUndoStack>
 #include <kxTable.h>
 
@@ -51,14 +51,13 @@ public:
 /// Presses `button` of the next message box.
 void answer(QMessageBox::StandardButton button)
 {
-    QTimer::singleShot(0, qApp,
-                       [button]
-                       {
-                           auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                           QVERIFY(box != nullptr && box->icon() == QMessageBox::Warning);
-                           QCOMPARE(box->standardButton(box->defaultButton()), QMessageBox::No);
-                           box->button(button)->click();
-                       });
+    kxAnswer<QMessageBox>(
+        [button](QMessageBox& box)
+        {
+            QCOMPARE(box.icon(), QMessageBox::Warning);
+            QCOMPARE(box.standardButton(box.defaultButton()), QMessageBox::No);
+            box.button(button)->click();
+        });
 }
 } // namespace
 

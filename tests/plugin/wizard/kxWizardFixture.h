@@ -7,12 +7,11 @@
 
 #include <animation/kxPlaybackClock.h>
 #include <kernel/kxSelection.h>
+#include <kxAnswer.h>
 #include <scene/UberMaterial.h>
 
-#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 /// The wizard of the clip maker, with a view to take pictures of, a clock that the test turns, and the objects "Box"
 /// and "Lid" in the scene.
@@ -95,14 +94,12 @@ public:
     bool answered(Action action, Answer answer)
     {
         bool isOpen = false;
-        QTimer::singleShot(0, &window,
-                           [&]
-                           {
-                               auto* const dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-                               isOpen = dialog != nullptr;
-                               if (isOpen)
-                                   answer(dialog);
-                           });
+        kxAnswer<Dialog>(
+            [&](Dialog& dialog)
+            {
+                isOpen = true;
+                answer(dialog);
+            });
         action();
         QCoreApplication::processEvents();
         return isOpen;
@@ -113,10 +110,10 @@ public:
     {
         QString text;
         answered<QMessageBox>(action,
-                              [&text](QMessageBox* asked)
+                              [&text](QMessageBox& asked)
                               {
-                                  text = asked->text();
-                                  asked->buttons().front()->click();
+                                  text = asked.text();
+                                  asked.buttons().front()->click();
                               });
         return text;
     }

@@ -240,12 +240,12 @@ private Q_SLOTS:
         choice.remove('+');
         f.captureBox(0, 1);
         const bool asked = f.answered<QDialog>([&f] { f.finish(); },
-                                               [&choice](QDialog* dialog)
+                                               [&choice](QDialog& dialog)
                                                {
                                                    if (choice.isEmpty())
-                                                       return dialog->reject();
-                                                   dialog->findChild<QRadioButton*>(choice)->click();
-                                                   dialog->accept();
+                                                       return dialog.reject();
+                                                   dialog.findChild<QRadioButton*>(choice)->click();
+                                                   dialog.accept();
                                                });
         QCOMPARE(asked, choice != "-");
         QCOMPARE(f.wizard->isVisible(), choice.isEmpty());
