@@ -9,19 +9,9 @@ import traceback
 import kxHost
 
 
-def find(path):
-    """The first object of a name; "Leg/0/1" is the second child of its first child."""
-    name, *steps = path.split("/")
-    node = kxHost.findNode(name)
-    for step in steps:
-        node = node.children[int(step)]
-    return node
-
-
-def values(paths, channels):
-    """{path: values of the channels}"""
-    nodes = {path: find(path) for path in paths}
-    return {path: [kxHost.channelValue(node, channel) for channel in channels] for path, node in nodes.items()}
+def values(names, channels):
+    """{object name: values of the channels}"""
+    return {name: [kxHost.channelValue(kxHost.findNode(name), channel) for channel in channels] for name in names}
 
 
 def answer(request, names):
@@ -37,7 +27,7 @@ def answer(request, names):
 def serve(path):
     connection = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
     connection.connect(path)
-    names = dict(vars(kxHost), find=find, values=values)
+    names = dict(vars(kxHost), values=values)
     pending = b""
     while True:
         kxHost.processEvents()

@@ -124,7 +124,7 @@ class Display:
 class Application:
     """The application in a window. Questions go to agent.py inside it, deeds are done by mouse and keyboard."""
 
-    def __init__(self, host, display, folder, *arguments):
+    def __init__(self, host, display, folder, scene):
         self._display = display
         self._log_path = os.path.join(folder, "application.log")
         socket_path = os.path.join(folder, "agent.socket")
@@ -133,7 +133,7 @@ class Application:
         listener.listen(1)
         listener.settimeout(PATIENCE)
         with open(self._log_path, "wb") as log:
-            self._process = start([host, *arguments, "--script", os.path.join(HERE, "agent.py")],
+            self._process = start([host, scene, "--script", os.path.join(HERE, "agent.py")],
                                   dict(display.environment, KX_E2E_SOCKET=socket_path), log)
         try:
             self._connection, _ = listener.accept()
@@ -332,18 +332,18 @@ import agent, kxHost
 seen = []
 for frame in %(frames)r:
     kxHost.sendMessage('frameChangedCurveEditor', {'frame': float(frame)})
-    seen.append(agent.values(%(paths)r, %(channels)r))
+    seen.append(agent.values(%(names)r, %(channels)r))
 with open(%(answer)r, 'w') as file:
     json.dump(seen, file)
 """
 
 
-def values_at_frames(host, folder, scene, paths, frames):
-    """Opens a file in a process of its own without a display; gives {path: channel values} for each frame of the
+def values_at_frames(host, folder, scene, names, frames):
+    """Opens a file in a process of its own without a display; gives {object name: channel values} for each frame of the
     timeline."""
     script, answer = os.path.join(folder, "values.py"), os.path.join(folder, "values.json")
     with open(script, "w", encoding="utf-8") as file:
-        file.write(SHOW_VALUES % {"here": HERE, "frames": frames, "paths": paths, "channels": poses.CHANNELS,
+        file.write(SHOW_VALUES % {"here": HERE, "frames": frames, "names": names, "channels": poses.CHANNELS,
                                   "answer": answer})
     code, output = run_headless(host, folder, scene, "--script", script)
     assert code == 0, "opening %s gives %s:\n%s" % (scene, code, output)
@@ -351,17 +351,16 @@ def values_at_frames(host, folder, scene, paths, frames):
         return json.load(file)
 
 
-def tell(steps, scene=lambda folder: None):
+def tell(steps, scene):
     """The program of a story: its arguments are the application and a folder for pictures of failures. Opens what
-    scene(folder) names, or nothing, and calls each step with the application and the folder, in order."""
+    scene(folder) names and calls each step with the application and the folder, in order."""
     host, pictures = sys.argv[1:]
 
     def main(folder):
         display = Display(folder)
         application = None
         try:
-            path = scene(folder)
-            application = Application(host, display, folder, *([path] if path else []))
+            application = Application(host, display, folder, scene(folder))
             return cases.run(steps, application, folder,
                              on_failure=lambda name: display.picture(os.path.join(pictures, name + ".png")))
         finally:
