@@ -271,51 +271,6 @@ private Q_SLOTS:
         QCOMPARE(file.accessors[std::size_t(positions)].maxValues, std::vector<double>({1, 1, 0}));
     }
 
-    void realModelsComeBack()
-    {
-        if (modelsFolder().isEmpty())
-            QSKIP("the model collection isn't installed");
-        for (const char* name :
-             {"FBX/animation_with_skeleton.fbx", "Collada/box_nested_animation.dae", "X/anim_test.x",
-              "glTF2/simple_skin/simple_skin.gltf", "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb"})
-        {
-            kxFileReport report(modelsFolder() + QLatin1Char('/') + QLatin1String(name));
-            QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
-            kxAnimManager* const manager = kxAnimManager::the();
-            const int last = manager->fullRangeEnd();
-            const auto places = [&]
-            {
-                std::vector<QMatrix4x4> matrices;
-                for (int frame = manager->fullRangeStart(); frame <= last; frame += std::max(1, last / 7))
-                {
-                    manager->setCurrentFrame(frame, true, false);
-                    traverse(kxScene::the()->root(),
-                             [&matrices](const NodePtr& node)
-                             {
-                                 if (!kxNodeUtils::isGeometryComponent(node))
-                                     matrices.push_back(kxSceneMath::worldMatrix(node));
-                                 return Action::Continue;
-                             });
-                }
-                return matrices;
-            };
-            const std::vector<QMatrix4x4> before = places();
-            const UInt32 clips = manager->clipStructureRoot()->getNChildren();
-            QVERIFY(roundTrip());
-            QCOMPARE(manager->clipStructureRoot()->getNChildren(), clips);
-            const std::vector<QMatrix4x4> after = places();
-            QCOMPARE(after.size(), before.size());
-            for (std::size_t i = 0; i < after.size(); ++i)
-                for (int n = 0; n < 16; ++n)
-                {
-                    const float a = after[i].constData()[n], b = before[i].constData()[n];
-                    QVERIFY2(
-                        std::abs(a - b) <= 0.01f * std::max(1.0f, std::abs(b)),
-                        qPrintable(QStringLiteral("%1: %2 %3").arg(QLatin1String(name)).arg(double(a)).arg(double(b))));
-                }
-        }
-    }
-
 private:
     /// Exports the scene and opens the result.
     bool roundTrip(const char* suffix = "glb")

@@ -16,11 +16,6 @@ using namespace osg;
 
 namespace
 {
-double angleBetween(const Vec3f& degrees, const std::vector<float>& q)
-{
-    return angleBetween(quaternionOf(degrees), QQuaternion(q[3], q[0], q[1], q[2]).normalized());
-}
-
 /// A glTF file of one node "n" with the given channels, as data in one buffer.
 class AnimatedFile
 {
@@ -79,53 +74,36 @@ private Q_SLOTS:
     void helpersOfFbxMerge()
     {
         const QByteArray text = R"(; FBX 7.4.0 project file
-FBXHeaderExtension:  {
-	FBXHeaderVersion: 1003
-	FBXVersion: 7400
+FBXHeaderExtension: { FBXVersion: 7400
 }
-GlobalSettings:  {
-	Version: 1000
-	Properties70:  {
-		P: "UpAxis", "int", "Integer", "",1
-		P: "UnitScaleFactor", "double", "Number", "",1
-	}
+Objects: {
+    Model: 1, "Model::wheel", "Null" {
+        Properties70: {
+            P: "RotationActive", "bool", "", "",1
+            P: "PreRotation", "Vector3D", "Vector", "",0,0,90
+            P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
+            P: "Lcl Rotation", "Lcl Rotation", "", "A",20,0,0
+        }
+    }
+    AnimationStack: 10, "AnimStack::roll", "" {
+    }
+    AnimationLayer: 11, "AnimLayer::layer", "" {
+    }
+    AnimationCurveNode: 12, "AnimCurveNode::R", "" {
+    }
+    AnimationCurve: 13, "AnimCurve::", "" {
+        KeyTime: *2 { a: 0,46186158000
+        }
+        KeyValueFloat: *2 { a: 20,50
+        }
+    }
 }
-Objects:  {
-	Model: 1, "Model::wheel", "Null" {
-		Version: 232
-		Properties70:  {
-			P: "RotationActive", "bool", "", "",1
-			P: "PreRotation", "Vector3D", "Vector", "",0,0,90
-			P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
-			P: "Lcl Rotation", "Lcl Rotation", "", "A",20,0,0
-		}
-	}
-	AnimationStack: 10, "AnimStack::roll", "" {
-	}
-	AnimationLayer: 11, "AnimLayer::layer", "" {
-	}
-	AnimationCurveNode: 12, "AnimCurveNode::R", "" {
-		Properties70:  {
-			P: "d|X", "Number", "", "A",20
-		}
-	}
-	AnimationCurve: 13, "AnimCurve::", "" {
-		Default: 0
-		KeyVer: 4008
-		KeyTime: *2 {
-			a: 0,46186158000
-		}
-		KeyValueFloat: *2 {
-			a: 20,50
-		}
-	}
-}
-Connections:  {
-	C: "OO",1,0
-	C: "OO",11,10
-	C: "OO",12,11
-	C: "OP",12,1, "Lcl Rotation"
-	C: "OP",13,12, "d|X"
+Connections: {
+    C: "OO",1,0
+    C: "OO",11,10
+    C: "OO",12,11
+    C: "OP",12,1, "Lcl Rotation"
+    C: "OP",13,12, "d|X"
 }
 )";
         const QString path = _folder.filePath(QStringLiteral("roll.fbx"));
@@ -183,29 +161,6 @@ Connections:  {
         QVERIFY(std::abs(z->getControlPoints(0).outY() - 60) < 1e-3f);
     }
 
-    void rotationsGoTheShortWay()
-    {
-        // Full turns about y, one key each 40 degrees, whose quaternions change their sign on the way.
-        AnimatedFile file;
-        std::vector<float> times, values;
-        for (int i = 0; i <= 27; ++i)
-        {
-            const double angle = i * 40.0 / 2 * 0.01745329252;
-            const float sign = i % 5 == 3 ? -1.0f : 1.0f;
-            times.push_back(float(i));
-            values.insert(values.end(), {0, sign * float(std::sin(angle)), 0, sign * float(std::cos(angle))});
-        }
-        file.add("rotation", "LINEAR", times, values);
-        QVERIFY(open(file.json()));
-        for (double seconds = 0; seconds <= 27; seconds += 0.25)
-        {
-            const double angle = seconds * 40.0 / 2 * 0.01745329252;
-            const std::vector<float> expected = {0, float(std::sin(angle)), 0, float(std::cos(angle))};
-            const double off = angleBetween(valueAt(block(), "rotation", seconds), expected);
-            QVERIFY2(off < 2.5, qPrintable(QStringLiteral("%1 s: %2").arg(seconds).arg(off)));
-        }
-    }
-
     void brokenKeysAreMended()
     {
         const float nan = std::numeric_limits<float>::quiet_NaN();
@@ -247,52 +202,6 @@ Connections:  {
         }
         QVERIFY(kxAnimManager::the()->fullRangeEnd() > kxAnimManager::the()->fullRangeStart());
         QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), kxAnimManager::the()->fullRangeEnd());
-    }
-
-    void surfacesAndPictures()
-    {
-        if (modelsFolder().isEmpty())
-            QSKIP("the model collection isn't installed");
-        for (const char* name : {"BoxTextured-glTF/BoxTextured.gltf", "BoxTextured-glTF-Binary/BoxTextured.glb",
-                                 "BoxTextured-glTF-Embedded/BoxTextured.gltf"})
-        {
-            kxFileReport report(modelsFolder() + QStringLiteral("/glTF2/") + QLatin1String(name));
-            QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
-            const UberMaterialPtr material = UberMaterialPtr::dcast(kxScene::the()->materials().at(0));
-            QVERIFY(material->getBaseColorImage() != NullFC);
-            const std::vector<UInt8>& bytes = material->getBaseColorImage()->getEncoded();
-            QVERIFY(!QImage::fromData(bytes.data(), int(bytes.size())).isNull());
-            const BoxVolume box = kxSceneMath::worldBounds(kxScene::the()->root());
-            Pnt3f low, high;
-            box.getBounds(low, high);
-            QVERIFY(std::abs(high[1] - low[1] - 1) < 1e-5f);
-        }
-        // Every way to tell triangles shows the same square.
-        for (int i = 4; i <= 15; ++i)
-        {
-            const QString file =
-                QStringLiteral("/glTF2/glTF-Asset-Generator/Mesh_PrimitiveMode/Mesh_PrimitiveMode_%1.gltf");
-            kxFileReport report(modelsFolder() + file.arg(i, 2, 10, QLatin1Char('0')));
-            QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
-            double area = 0;
-            traverse(kxScene::the()->root(),
-                     [&area](const NodePtr& node)
-                     {
-                         const GeometryPtr geometry = GeometryPtr::dcast(node->getCore());
-                         const MeshPtr mesh = geometry == NullFC ? MeshPtr() : MeshPtr::dcast(geometry->getMesh());
-                         for (UInt32 t = 0; mesh != NullFC && t < mesh->triangleCount(); ++t)
-                         {
-                             QVector3D p[3];
-                             for (UInt32 c = 0; c < 3; ++c)
-                                 for (int axis = 0; axis < 3; ++axis)
-                                     p[c][axis] = mesh->positions()[3 * mesh->indices()[3 * t + c] + UInt32(axis)];
-                             area += double(QVector3D::crossProduct(p[1] - p[0], p[2] - p[0]).z()) / 2;
-                         }
-                         return Action::Continue;
-                     });
-            if (i < 7 || i > 10) // points and lines with indices
-                QVERIFY2(area > 0, qPrintable(report.file()));
-        }
     }
 
     /// What few files hold: two cores on a node with a matrix, sparse numbers, colours without alpha, normals for less

@@ -102,20 +102,6 @@ private Q_SLOTS:
         QCOMPARE(finished.count(), from == expected ? 0 : 1);
     }
 
-    void unknownKeysGoToTheParent()
-    {
-        QKXTimeLine line;
-        const std::pair<int, Qt::KeyboardModifiers> others[] = {
-            {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_V, Qt::NoModifier}, {Qt::Key_Left, Qt::ControlModifier}};
-        for (const auto& other : others)
-        {
-            QKeyEvent event(QEvent::KeyPress, other.first, other.second);
-            QApplication::sendEvent(&line, &event);
-            QVERIFY(!event.isAccepted());
-        }
-        QCOMPARE(line.currentFrame(), 0);
-    }
-
     void paintsAnyExtent()
     {
         const int extents[][2] = {{0, 1}, {0, 1000000000}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}};

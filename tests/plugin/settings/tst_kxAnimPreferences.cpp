@@ -193,25 +193,6 @@ private Q_SLOTS:
         QCOMPARE(page.form->_customSpeed->value(), 24.0);
     }
 
-    /// What somebody wrote into the file of the settings by hand.
-    void storedRatesThatAreNone()
-    {
-        kxAnimManager& kernel = *kxAnimManager::the();
-        Page page;
-        page.open();
-        page.form->_speed->setCurrentIndex(4);
-        const kxCapturedStderr silent;
-        for (const double rate : {0.0, -24.0, 1.0e-300, 1.0e300, std::numeric_limits<double>::quiet_NaN()})
-        {
-            store(Key::Time, rate);
-            store(Key::PlaybackCustomSpeed, rate);
-            store(Key::PlaybackSpeed, 4);
-            page.preferences.preferencesApply();
-            QCOMPARE(kernel.fps(), 24.0);
-            QCOMPARE(kernel.playbackFPS(), 24.0);
-        }
-    }
-
     void damagedValues()
     {
         Page page;
