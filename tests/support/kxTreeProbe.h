@@ -9,6 +9,15 @@
 
 #include <memory>
 
+/// The entries of a menu, "|" for a line between them.
+inline QString kxTextsOf(const QMenu* menu)
+{
+    QStringList entries;
+    for (const QAction* const entry : menu->actions())
+        entries << (entry->isSeparator() ? QString("|") : entry->text());
+    return entries.join(' ');
+}
+
 /// A tree whose protected parts are open, and short words for what it shows.
 template <class Tree>
 struct kxTreeProbe : Tree

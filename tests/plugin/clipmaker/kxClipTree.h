@@ -42,6 +42,17 @@ public:
     }
     osg::AnimNodePtr node(const QString& path) { return tree.row(path)->animNode(); }
 
+    /// The names of the active nodes, then of the locked ones, as the boxes of their rows say.
+    QStringList checks()
+    {
+        QStringList names;
+        for (const int column : {0, 1})
+            for (const QTreeWidgetItem* const row : tree.rows())
+                if (row->checkState(column) == Qt::Checked)
+                    names << row->text(0);
+        return names;
+    }
+
     /// What a drag of these nodes out of the library carries.
     static QMimeData* libraryDrag(const std::vector<unsigned int>& ids)
     {

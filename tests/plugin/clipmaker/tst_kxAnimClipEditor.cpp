@@ -1,5 +1,6 @@
 #include "kxClipMakerFixture.h"
 
+#include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
@@ -13,9 +14,14 @@
 #include <kxFramePlayer.h>
 #include <kxOwned.h>
 #include <kxPlatform.h>
+#include <kxSendMouse.h>
+#include <kxTreeProbe.h>
 
 #include <QAction>
+#include <QLabel>
+#include <QMenuBar>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QToolButton>
 #include <kxCapturedStderr.h>
 #include <kxTable.h>
@@ -80,6 +86,21 @@ private Q_SLOTS:
         QCOMPARE(shown()->bars().size(), 0);
     }
 
+    void looks()
+    {
+        const QImage stats = _form->_statsFrame->grab().toImage();
+        QCOMPARE(stats.pixelColor(1, 1), QColor(70, 70, 70));
+        QCOMPARE(_form->_viewFrame->geometry().bottom() + 1, _form->frame->y()); // nothing between view and player
+        for (const QToolButton* const button : _form->frame->findChildren<QToolButton*>())
+            QVERIFY2(!button->icon().isNull() && !button->accessibleName().isEmpty(), qPrintable(button->objectName()));
+        QStringList menus;
+        for (const QAction* const menu : _form->menubar->actions())
+            menus << menu->text() + (menu->menu()->isTearOffEnabled() ? ": " : " ") + kxTextsOf(menu->menu());
+        QCOMPARE(menus.join(" / "),
+                 QString("Edit: New Clip | Rename Delete | Copy Paste | Duplicate | Information... / "
+                         "View: Frame | Lock Objects Unlock Objects"));
+    }
+
     void framesWhatWasNotSeen()
     {
         const osg::AnimNodePtr far = kxAnimFixture::clip("Far", {kxAnimFixture::clone(child(_clip, 0), 400)});
@@ -120,6 +141,7 @@ private Q_SLOTS:
         for (int i = 0; i < 20; ++i) // each on a track of its own
             shown()->duplicateSelectedItems();
         QVERIFY(isInSight());
+        QCOMPARE(tree()->selectedClip(), _clip);
         shown()->copySelectedItems();
         shown()->setTime(3000);
         shown()->paste();
@@ -198,9 +220,12 @@ private Q_SLOTS:
         shown()->clearSelection();
         bar->setSelected(true);
         QCOMPARE(_form->_duration->value(), 48.0); // of one pass
+        QCOMPARE(_form->_postCycles->value(), 3);
         _form->_duration->setValue(72);
         QCOMPARE(bar->node()->getScale(), 3.0f);
+        _form->_start->setFocus();
         shown()->clearSelection();
+        QVERIFY(!_form->_postCycles->hasFocus()); // keys type into no other field
         QFocusEvent focus(QEvent::FocusIn);
         QApplication::sendEvent(_maker->view, &focus);
         QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), _clip->getId());
@@ -262,17 +287,26 @@ private Q_SLOTS:
     void playsTheClip()
     {
         const kxFramePlayer& player = *kxFramePlayer::the();
+        const auto isTimeMovable = [this]
+        {
+            for (const QGraphicsItem* const item : shown()->items())
+                if (dynamic_cast<const kxAnimTimeItem*>(item) != nullptr)
+                    return item->flags().testFlag(QGraphicsItem::ItemIsMovable);
+            return false;
+        };
         press("_play"); // no clip, nothing to play
         QVERIFY(!player.isPlaying() && !_form->_play->isChecked());
         select(_clip);
         press("_play");
         QVERIFY(player.isPlaying());
+        QVERIFY(!isTimeMovable());
         QCOMPARE(player.owner(), static_cast<void*>(_maker->module.get()));
         QCOMPARE(player.getPlaybackParams().end, 72.0);
         press("_playRev");
         QVERIFY(player.getPlaybackParams().reverse && _form->_playRev->isChecked() && !_form->_play->isChecked());
         press("_stop");
         QVERIFY(!player.isPlaying() && _form->_gotoStart->isEnabled() && !_form->_playRev->isChecked());
+        QVERIFY(isTimeMovable());
         press("_play");
         kxFramePlayer::the()->start(kxFramePlaybackParams(), false, this); // another owner takes the player
         QVERIFY(!_form->_play->isChecked());
@@ -399,24 +433,23 @@ private Q_SLOTS:
     /// Also in a menu that stands open, torn off.
     void offersWhatCanBeMade()
     {
-        const auto offered = [this]
+        const QAction* const create = _form->findChild<QToolBar*>("QuickActionBar")->actions().front();
+        const auto offered = [create]
         {
             QStringList texts;
-            for (const QAction* const action : _form->findChildren<QAction*>())
-                if (QStringList({"Clip", "Camera Track", "Viewpoint", "Variant Set", "Sequence"})
-                        .contains(action->text()) &&
-                    action->isEnabled())
+            for (const QAction* const action : create->menu()->actions())
+                if (action->isEnabled())
                     texts << action->text();
             return texts.join(',');
         };
-        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+        QCOMPARE(offered(), QStringLiteral("Clip,Animation,Camera Track"));
         select(_clip);
-        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track,Viewpoint,Variant Set,Sequence"));
+        QCOMPARE(offered(), QStringLiteral("Clip,Animation,Camera Track,Viewpoint,Variant Set,Sequence"));
         select(child(_clip, 0));
-        QCOMPARE(offered(), QStringLiteral("Camera Track"));
+        QCOMPARE(offered(), QStringLiteral("Animation,Camera Track"));
         tree()->expandAll();
         tree()->selectAll();
-        QCOMPARE(offered(), QStringLiteral("Clip,Camera Track"));
+        QCOMPARE(offered(), QStringLiteral("Clip,Animation,Camera Track"));
     }
 
     void deletesByTheLastFocus()
@@ -477,6 +510,7 @@ private Q_SLOTS:
         QCOMPARE(_clip->getNChildren(), 3u);
         QCoreApplication::processEvents(); // the bars follow
         QCOMPARE(shown()->bars().back()->x(), 120.0);
+        QVERIFY(!child(_clip, 2)->getFlipped());
     }
 
     void answersAndFollows()
@@ -491,6 +525,9 @@ private Q_SLOTS:
         frame.set("frame", 36.0, true);
         kxController::call(kxMessageName::FramePlayerFrameChanged, frame, 0);
         QCOMPARE(shown()->time(), 36.0);
+        child(_clip, 1)->setOffset(osg::Vec2f(3, 0)); // without a word
+        kxController::call(kxMessageName::UpdateClipScene, frame, 0);
+        QCOMPARE(shown()->bars()[1]->x(), 72.0);
         kxAnimSequenceGUIW* triggers = nullptr;
         for (QWidget* const widget : QApplication::topLevelWidgets())
             if (auto* const dialog = qobject_cast<kxAnimSequenceGUIW*>(widget))
@@ -542,7 +579,12 @@ private Q_SLOTS:
         select(_clip);
         QCOMPARE(length(), 24.0);
 
-        dialog->show(made);
+        QWidget* const port = _maker->view->viewport();
+        _maker->view->frame();
+        const QPoint bar = _maker->view->mapFromScene(shown()->bars()[2]->sceneBoundingRect().center());
+        kxSendMouse(port, QEvent::MouseButtonDblClick, bar, Qt::LeftButton, Qt::LeftButton);
+        kxRelease(port, bar);
+        QVERIFY(dialog->isVisible());
         _maker->deliver(kxMessageId::NewScene);
         QVERIFY(!dialog->isVisible() && dialog->clip() == osg::NullFC);
         _maker->module.reset();
@@ -567,7 +609,15 @@ private Q_SLOTS:
     void askingSurvivesItsParent()
     {
         const QPointer<QWidget> parent(new QWidget);
-        QTimer::singleShot(0, qApp, [parent] { delete parent; });
+        QTimer::singleShot(0, qApp,
+                           [parent]
+                           {
+                               const auto* const question = parent->findChild<kxAnimClipInterferenceGUIImpl*>();
+                               const QLabel* const text = question->label;
+                               QVERIFY(text->width() > question->width() / 2);
+                               QVERIFY(text->height() >= 2 * text->fontMetrics().height()); // wrapped
+                               delete parent;
+                           });
         QCOMPARE(kxAnimClipInterferenceGUIImpl::ask(parent), 0);
         QVERIFY(parent.isNull());
     }

@@ -359,6 +359,7 @@ private Q_SLOTS:
                 copy->setLocked(true);
                 f.node("A/inner")->addChild(copy);
             });
+        row("an older block", true, [](kxClipTree& f) { f.node("B")->addChild(f.find("walk")); });
         row("flags", true,
             [](kxClipTree& f)
             {
@@ -392,9 +393,10 @@ private Q_SLOTS:
             f.tree.refresh();
             QCOMPARE(reset.isEmpty(), rowsStay);
             QCOMPARE(announced.isEmpty(), *selected == 0);
-            const QStringList refreshed = f.tree.dump(true);
+            const QStringList refreshed = f.tree.dump(true), checks = f.checks();
             f.tree.rebuild(true);
             QCOMPARE(refreshed, f.tree.dump(true));
+            QCOMPARE(checks, f.checks());
         }
     }
 };

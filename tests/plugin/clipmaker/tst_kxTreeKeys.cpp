@@ -164,19 +164,12 @@ private Q_SLOTS:
     void menus()
     {
         Trees f;
-        const auto texts = [](QMenu* menu)
-        {
-            QStringList entries;
-            for (const QAction* const entry : menu->actions())
-                entries << (entry->isSeparator() ? QString("|") : entry->text());
-            return entries.join(' ');
-        };
-        QCOMPARE(texts(f.library.contextMenu()),
+        QCOMPARE(kxTextsOf(f.library.contextMenu()),
                  QString("Play Reset | Save... Rename Delete | Copy Cut Paste Paste Clone | Clone Duplicate Unshare | "
                          "Motion Blur | Group Selection Select Node | Information..."));
-        QCOMPARE(texts(f.structure.contextMenu()), QString("Play Reset | Paste Delete | Create group"));
+        QCOMPARE(kxTextsOf(f.structure.contextMenu()), QString("Play Reset | Paste Delete | Create group"));
         QCOMPARE(
-            texts(f.tree.contextMenu()),
+            kxTextsOf(f.tree.contextMenu()),
             QString("Play Reset | New Clip Copy Paste Duplicate Duplicate Flipped Delete Rename | Information..."));
     }
 };
