@@ -27,7 +27,6 @@ kxColorButton::kxColorButton(QWidget* parent) : QAbstractButton(parent)
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setToolTip(tr("Choose a colour"));
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(this, &QAbstractButton::clicked, this, &kxColorButton::openDialog);
 }
 

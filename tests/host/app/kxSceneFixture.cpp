@@ -20,6 +20,7 @@ osg::NodePtr kxSceneFixture::addObject(const char* name, const osg::NodePtr& par
     target->addChild(node);
     osg::markChanged(target, osg::Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
+    kxScene::the()->flush();
     return node;
 }
 
@@ -38,6 +39,7 @@ osg::MaterialPtr kxSceneFixture::addMaterial(const char* name)
     const osg::UberMaterialPtr material = osg::UberMaterial::create();
     material->setNodeName(name);
     kxScene::the()->addMaterial(material);
+    kxScene::the()->flush();
     return material;
 }
 

@@ -70,7 +70,6 @@ private Q_SLOTS:
         const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue"), bare = addMaterial("");
         addSurface("A", blue);
         addSurface("B", blue);
-        kxScene::the()->flush();
         kxMaterialPanel panel;
         const auto* const list = panel.findChild<QListView*>("_materialList");
         QAbstractItemModelTester tester(list->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -117,7 +116,6 @@ private Q_SLOTS:
     void materialsAndTheSelection()
     {
         const std::vector<osg::MaterialPtr> all{addMaterial("A"), addMaterial("B"), addMaterial("C")};
-        kxScene::the()->flush();
         kxMaterialPanel panel;
         QListView* const list = panel.findChild<QListView*>("_materialList");
         const auto row = [list](int index) { return list->model()->index(index, 0); };
@@ -155,7 +153,6 @@ private Q_SLOTS:
         QFETCH(bool, object);
         const osg::MaterialPtr red = addMaterial("Red"), blue = addMaterial("Blue");
         const osg::NodePtr surface = addSurface("Surface", red), group = addObject("Group");
-        kxScene::the()->flush();
         kxMaterialPanel panel;
         if (material)
             kxSelection::the().selectMaterials({blue});

@@ -82,12 +82,14 @@ private Q_SLOTS:
                     shown.back() += box->isChecked() ? " yes" : " no";
         }
         QTEST(shown, "shown");
+        _panel->resize(900, 400);
+        QCoreApplication::processEvents();
+        for (const kxColorButton* const button : _panel->findChildren<kxColorButton*>())
+            QCOMPARE(button->width(), button->height());
         _panel->resize(1, 400);
         QCoreApplication::processEvents();
         const auto* const scroll = _panel->findChild<QScrollArea*>();
         QVERIFY(scroll->widget()->width() <= scroll->viewport()->width()); // no field is cut off
-        for (const kxColorButton* const button : _panel->findChildren<kxColorButton*>())
-            QCOMPARE(button->width(), button->height());
     }
 
     void choicesAndBoxes()

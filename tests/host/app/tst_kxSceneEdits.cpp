@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxSceneObjects.h>
+#include <kernel/kxHostHooks.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <kxOwned.h>
@@ -232,9 +233,12 @@ private Q_SLOTS:
         kxSceneObjects::add(kxSceneObjects::lights().at(1));
         const kxHeard<> lights(kxMessageName::UpdateLight);
         const kxHeard<1> materials(kxMessageName::UberMaterialChanged);
+        int drawn = 0;
+        kxHostHooks::the().render = [&drawn](bool) { ++drawn; };
         kxSceneEdits::setField({kxSelection::the().nodes().at(0)->getCore()}, "intensity", osg::FieldValue(3.0f));
+        kxHostHooks::the().render = nullptr;
         kxSceneEdits::rename(keyed, "Other");
-        QVERIFY(lights.count == 1 && materials.count == 1);
+        QVERIFY(lights.count == 1 && materials.count == 1 && drawn == 1);
     }
 
     void newObjectsAreSeenAtOnce()

@@ -72,7 +72,6 @@ private Q_SLOTS:
     {
         const osg::NodePtr a = addObject("A"), b = addObject("B");
         addObject("Child", b);
-        kxScene::the()->flush();
         kxSceneTreePanel panel(nullptr);
         QTreeView* const view = panel.view();
         view->expandAll();
@@ -105,7 +104,6 @@ private Q_SLOTS:
             surface->addChild(part);
         }
         const osg::NodePtr moved = addObject("Moved");
-        kxScene::the()->flush();
         kxSceneTreeModel model;
         const QModelIndex parent = model.indexOf(surface.getFieldContainerId());
         QCOMPARE(model.rowCount(parent), 2);
@@ -134,7 +132,6 @@ private Q_SLOTS:
     {
         addObject("A");
         const osg::NodePtr b = addObject("B");
-        kxScene::the()->flush();
         QMenu menu;
         kxSceneTreePanel panel(&menu);
         panel.resize(250, 300);

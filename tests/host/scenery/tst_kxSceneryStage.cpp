@@ -198,8 +198,10 @@ private Q_SLOTS:
             clear();
             const kxViewCamera wanted = camera(70, fieldOfView);
             kxSceneryEdits::addViewpoint(wanted, 5, "V");
-            QSignalSpy spy(kxKernelServiceFactory::the().getService<kxCameraService>(),
-                           &kxCameraService::viewpointActivated);
+            auto* const service = kxKernelServiceFactory::the().getService<kxCameraService>();
+            QCOMPARE(service->getViewpoints().value(0).getObjectId(),
+                     kxScenery::all(Kind::Viewpoint)[0].getFieldContainerId());
+            QSignalSpy spy(service, &kxCameraService::viewpointActivated);
             QVERIFY(_stage->showViewpoint("V").isEmpty());
             QCOMPARE(spy.count(), 1);
             const kxViewCamera shown = _view->viewCamera(1);
