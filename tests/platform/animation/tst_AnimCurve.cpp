@@ -126,23 +126,17 @@ private Q_SLOTS:
             Curve curve;
             for (int i = 0; i < 300; ++i)
             {
-                const UInt32 index = random() % 60;
-                switch (random() % 5)
-                {
-                case 0:
+                const UInt32 index = random() % 60, edit = random() % 5;
+                if (edit == 0)
                     curve->subPoint(index);
-                    break;
-                case 1:
+                else if (edit == 1)
                     curve->computeIntangent(index, Int32(random() % 9) - 2);
-                    break;
-                case 2:
+                else if (edit == 2)
                     curve->computeOuttangent(index, Int32(random() % 9) - 2);
-                    break;
-                default:
+                else
                     curve->addPoint(Pnt2f(number(), number()), Vec2f(),
                                     random() % 2 ? Vec2f() : Vec2f(number(), number()), random() % 7, random() % 7,
                                     random() % 2, random() % 2);
-                }
                 const MField<CCPnt, 0>& keys = curve->getControlPoints();
                 QVERIFY(std::is_sorted(keys.begin(), keys.end(),
                                        [](const CCPnt& a, const CCPnt& b) { return a.x() < b.x(); }));

@@ -48,17 +48,13 @@ std::vector<long double> referenceValues(const CCPnt& a, const CCPnt& b, double 
     return values;
 }
 
-double greatest(const CCPnt& a, const CCPnt& b)
-{
-    return std::max({1.0, std::abs(double(a.y())), std::abs(double(b.y())), std::abs(double(a.y()) + a.outY()),
-                     std::abs(double(b.y()) + b.inY())});
-}
-
 bool agrees(const CCPnt& a, const CCPnt& b, double seconds)
 {
+    const double greatest = std::max({1.0, std::abs(double(a.y())), std::abs(double(b.y())),
+                                      std::abs(double(a.y()) + a.outY()), std::abs(double(b.y()) + b.inY())});
     const double value = kxCurveMath::segmentValue(a, b, seconds);
     for (const long double expected : referenceValues(a, b, seconds))
-        if (std::abs(double(expected) - value) <= 1.0e-5 * greatest(a, b))
+        if (std::abs(double(expected) - value) <= 1.0e-5 * greatest)
             return true;
     qWarning("at %.9g: got %.9g", seconds, value);
     return false;

@@ -131,14 +131,12 @@ private Q_SLOTS:
             "Camera fieldOfView:3*[0.1,179]~ focalLength:3*[0.104723,13751] near:3*[1e-06,1e+09] far:3*[1e-05,1e+12]",
             "Light kind:2[0,2] color:5*RGB[0,1] intensity:3*[0,1e+09] coneAngle:3*[0.1,180]",
             "UberMaterial baseColor:5*RGB[0,1] metallic:3*[0,1] roughness:3*[0,1] opacity:3*[0,1] "
-            "emissive:5*RGB[0,1000] "
-            "baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
+            "emissive:5*RGB[0,1000] baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
             "Mesh positions:10 normals:10 texCoords:10 colors:10 indices:9",
             "Skin joints:13 inverseBindMatrices:10 vertexJoints:9 vertexWeights:10",
             "Image width:2 height:2 pixels:8 encoded:8",
             "AnimNodeBase offset:4 scale:3 postCycles:1 locked:0 flipped:0 motionBlur:0 hidden:0 playing:0~ "
-            "usePlayRange:0 "
-            "playRange:4 lastEvaluationTime:3~",
+            "usePlayRange:0 playRange:4 lastEvaluationTime:3~",
             "AnimObject name:7",
             "AnimCurveBase channelName:7 suffix:7 color:5 controlPoints:14 preInfinityMode:2 postInfinityMode:2",
             "AnimSequenceBase isVariant:0 isViewpoint:0",
