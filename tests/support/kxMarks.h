@@ -4,7 +4,7 @@
 
 #include <set>
 
-/// The containers of which a field was marked since it was made.
+/// The containers of which a field was marked since it was made, and those that died.
 class kxMarks : public osg::ChangeListener
 {
 public:
@@ -16,6 +16,9 @@ public:
     {
         _ids.insert(container.getFieldContainerId());
     }
+    void containerDestroyed(osg::UInt32 id) override { gone.insert(id); }
+
+    std::set<osg::UInt32> gone;
 
 private:
     std::set<osg::UInt32> _ids;

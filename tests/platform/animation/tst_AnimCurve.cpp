@@ -1,5 +1,3 @@
-#include <QtTest>
-
 #include <kxAwkwardCurves.h>
 #include <kxOwned.h>
 #include <kxTable.h>

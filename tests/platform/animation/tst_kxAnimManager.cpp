@@ -1,5 +1,3 @@
-#include <QtTest>
-
 #include <animation/kxTimeRescale.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>

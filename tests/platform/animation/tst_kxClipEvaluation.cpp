@@ -1,5 +1,3 @@
-#include <QtTest>
-
 #include <animation/kxRestValues.h>
 #include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>

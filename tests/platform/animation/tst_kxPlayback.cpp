@@ -1,5 +1,3 @@
-#include <QtTest>
-
 #include <animation/kxFramePlayerStatistics.h>
 #include <animation/kxPlaybackClock.h>
 #include <animation/kxTriggers.h>
@@ -33,18 +31,14 @@ void note(const char* name, kxMessage& message)
     messages << text;
 }
 
-struct Listener
-{
-    const char* name;
-    kxController::Callback function;
-};
-const Listener Listeners[] = {{kxMessageName::CurrentFrameChanged, [](kxMessage& m) { note("frame", m); }},
-                              {kxMessageName::CurrentFullFrameChanged, [](kxMessage& m) { note("full", m); }},
-                              {kxMessageName::FinishedPlayingGlobal, [](kxMessage& m) { note("finished", m); }},
-                              {kxMessageName::FramePlayerFrameChanged, [](kxMessage& m) { note("own", m); }},
-                              {kxMessageName::FramePlayerLoopChanged, [](kxMessage& m) { note("loop", m); }},
-                              {kxMessageName::FramePlayerUserChanged, [](kxMessage& m) { note("user", m); }},
-                              {kxMessageName::DequeuedAnimation, [](kxMessage& m) { note("dequeued", m); }}};
+const std::pair<const char*, kxController::Callback> Listeners[] = {
+    {kxMessageName::CurrentFrameChanged, [](kxMessage& m) { note("frame", m); }},
+    {kxMessageName::CurrentFullFrameChanged, [](kxMessage& m) { note("full", m); }},
+    {kxMessageName::FinishedPlayingGlobal, [](kxMessage& m) { note("finished", m); }},
+    {kxMessageName::FramePlayerFrameChanged, [](kxMessage& m) { note("own", m); }},
+    {kxMessageName::FramePlayerLoopChanged, [](kxMessage& m) { note("loop", m); }},
+    {kxMessageName::FramePlayerUserChanged, [](kxMessage& m) { note("user", m); }},
+    {kxMessageName::DequeuedAnimation, [](kxMessage& m) { note("dequeued", m); }}};
 
 void* const Me = &clockSeconds;
 
@@ -90,14 +84,14 @@ private Q_SLOTS:
     void initTestCase()
     {
         kxPlaybackClock::the().setSource([] { return clockSeconds; });
-        for (const Listener& listener : Listeners)
-            kxController::addCB(listener.name, listener.function);
+        for (const auto& [name, function] : Listeners)
+            kxController::addCB(name, function);
     }
 
     void cleanupTestCase()
     {
-        for (const Listener& listener : Listeners)
-            kxController::subCB(listener.name, listener.function);
+        for (const auto& [name, function] : Listeners)
+            kxController::subCB(name, function);
     }
 
     void init()

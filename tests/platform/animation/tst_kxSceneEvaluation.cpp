@@ -1,5 +1,3 @@
-#include <QtTest>
-
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>

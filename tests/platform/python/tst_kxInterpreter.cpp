@@ -160,7 +160,6 @@ private Q_SLOTS:
         QTest::newRow("value is shown") << "6 * 7" << false << "42\n";
         QTest::newRow("None isn't") << "None" << false << "";
         QTest::newRow("open bracket") << "print(1," << true << "";
-        QTest::newRow("block begins") << "for i in range(2):" << true << "";
         QTest::newRow("block goes on") << "for i in range(2):\n    print(i)" << true << "";
         QTest::newRow("block ends") << "for i in range(2):\n    print(i)\n" << false << "0\n1\n";
         QTest::newRow("several statements") << "a = 2\nfor i in (a, 3):\n    print(i)\na * 4" << false << "2\n3\n8\n";

@@ -128,9 +128,8 @@ private Q_SLOTS:
                "assert v + w == (6, 4, 12) and v - (1, 1, 1) == (0, 1, 2) and (9, 9, 9) - v == (8, 7, 6)\n"
                "assert 2 * v == v * 2 == (2, 4, 6) and v / 2 == (0.5, 1, 1.5) and -v == (-1, -2, -3)\n"
                "assert eval(repr(Vec3f(0.1, -2, 1e30))) == Vec3f(0.1, -2, 1e30)\n"
-               "for wrong in (lambda: v[3], lambda: v[-4], lambda: v / 0, lambda: hash(v), lambda: v + 1, lambda: v * "
-               "v,\n"
-               "              lambda: Vec3f(1, 2), lambda: Vec3f('abc'), lambda: Vec3f(['a', 2, 3])):\n"
+               "for wrong in (lambda: v[3], lambda: v[-4], lambda: v / 0, lambda: hash(v), lambda: v + 1,\n"
+               "              lambda: v * v, lambda: Vec3f(1, 2), lambda: Vec3f('abc'), lambda: Vec3f(['a', 2, 3])):\n"
                "    try: wrong()\n"
                "    except (IndexError, ZeroDivisionError, TypeError): pass\n"
                "    else: assert False, wrong";

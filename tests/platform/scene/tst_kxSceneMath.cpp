@@ -89,8 +89,7 @@ private Q_SLOTS:
                 for (std::size_t k = 0; k < 3; ++k)
                     QVERIFY2(std::abs(found[k] - start[k]) < 0.5f, qPrintable(QString::number(i)));
         }
-        const Vec3f kept = kxSceneMath::eulerFromQuaternion(0, 0, 0, 0, Vec3f(1, 2, 3));
-        QVERIFY(kept == Vec3f(1, 2, 3));
+        QVERIFY(kxSceneMath::eulerFromQuaternion(0, 0, 0, 0, Vec3f(1, 2, 3)) == Vec3f(1, 2, 3));
     }
 
     void onlyWhatIsShownHasBounds()

@@ -1,17 +1,14 @@
 #include <kxMarks.h>
 #include <kxOwned.h>
 #include <kxScenegraph.h>
-#include <kxTable.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimNode.h>
-#include <osg/ChangeList.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <QtTest>
 
 #include <random>
-#include <set>
 
 using namespace osg;
 
@@ -94,17 +91,10 @@ private Q_SLOTS:
         }
         QCOMPARE(children + 1, nodes.size());
         QVERIFY(!root->subChild(root) && !root->subChild(NodePtr()));
-        struct : ChangeListener
-        {
-            void containerChanged(const FieldContainerPtr&, const BitVector&) override {}
-            void containerDestroyed(UInt32 id) override { gone.insert(id); }
-            std::set<UInt32> gone;
-        } listener;
-        WinThreadBase::getCurrentChangeList()->addListener(&listener);
+        const kxMarks marks;
         root.release();
-        WinThreadBase::getCurrentChangeList()->subListener(&listener);
         for (const UInt32 id : ids)
-            QVERIFY(!isAlive(id) && listener.gone.count(id) == 1);
+            QVERIFY(!isAlive(id) && marks.gone.count(id) == 1);
     }
 
     void attachmentsOfOneClassReplaceEachOther()
@@ -139,24 +129,16 @@ private Q_SLOTS:
         QVERIFY(!isAlive(rootId));
     }
 
-    void uniqueNames_data()
-    {
-        kxColumns<QStringList, QString>("names", "free");
-        QTest::newRow("free") << QStringList{"Wheels", "Whee", "Wheel_1"} << "Wheel";
-        QTest::newRow("the first gap") << QStringList{"Wheel_2", "Wheel_1", "Wheel", "Wheel_4"} << "Wheel_3";
-        QTest::newRow("no gap") << QStringList{"Wheel", "Wheel_1", "Wheel_2"} << "Wheel_3";
-        QTest::newRow("what looks like a number")
-            << QStringList{"Wheel", "Wheel_01", "Wheel 1", "Wheel_1b", "Wheel_", "Wheel_99999999999999999999"}
-            << "Wheel_1";
-    }
-
     void uniqueNames()
     {
-        QFETCH(QStringList, names);
-        std::vector<std::string> taken;
-        for (const QString& name : names)
-            taken.push_back(name.toStdString());
-        QTEST(QString::fromStdString(kxNodeUtils::getUniqueName("Wheel", taken)), "free");
+        const std::pair<std::vector<std::string>, std::string> cases[] = {
+            {{"Wheels", "Whee", "Wheel_1"}, "Wheel"},
+            {{"Wheel_2", "Wheel_1", "Wheel", "Wheel_4"}, "Wheel_3"}, // the first gap
+            {{"Wheel", "Wheel_1", "Wheel_2"}, "Wheel_3"},
+            // What only looks like a number.
+            {{"Wheel", "Wheel_01", "Wheel 1", "Wheel_1b", "Wheel_", "Wheel_99999999999999999999"}, "Wheel_1"}};
+        for (const auto& [taken, free] : cases)
+            QCOMPARE(kxNodeUtils::getUniqueName("Wheel", taken), free);
     }
 };
 

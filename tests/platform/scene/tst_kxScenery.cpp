@@ -34,7 +34,6 @@ class tst_kxScenery : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { kxAnimFixture::clear(); }
     void cleanup() { kxAnimFixture::clear(); }
 
     void stepsComeBack()
