@@ -191,7 +191,6 @@ void kxAnimClipStructureWidget::fill()
                 }
     }
     addTopLevelItems(rows);
-    updateCheckStates();
     setSortingEnabled(true);
     setAnimated(true);
 }
