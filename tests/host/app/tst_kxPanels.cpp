@@ -1,9 +1,9 @@
 #include "kxSceneFixture.h"
 
-#include <kernel/kxLogModel.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kxLog.h>
 #include <kxPreferences.h>
+#include <kxTexts.h>
 #include <panels/kxLogPanel.h>
 #include <panels/kxMaterialModel.h>
 #include <panels/kxMaterialPanel.h>
@@ -16,14 +16,9 @@ using namespace kxSceneFixture;
 
 namespace
 {
-/// What the user reads, from top to bottom.
 QStringList lines(const QWidget& panel, const char* name)
 {
-    const QAbstractItemModel* const model = panel.findChild<QListView*>(name)->model();
-    QStringList texts;
-    for (int row = 0; row < model->rowCount(); ++row)
-        texts << model->index(row, 0).data().toString();
-    return texts;
+    return kxTexts(panel.findChild<QListView*>(name)->model());
 }
 
 QToolButton* button(const QWidget& panel, const char* name)

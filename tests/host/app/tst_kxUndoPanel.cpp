@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <kxAnimEvaluator.h>
+#include <kxTexts.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxUndoPanel.h>
 
@@ -156,10 +157,7 @@ private:
     QStringList rows() const
     {
         QCoreApplication::processEvents();
-        QStringList texts;
-        for (int row = 0; row < _panel->model()->rowCount(); ++row)
-            texts << _panel->model()->index(row, 0).data().toString();
-        return texts;
+        return kxTexts(_panel->model());
     }
 
     osg::AnimCurvePtr curveOf(const osg::NodePtr& node) const

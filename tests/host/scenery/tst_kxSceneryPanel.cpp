@@ -1,6 +1,7 @@
 #include "../app/kxSceneFixture.h"
 
 #include <kxAnswer.h>
+#include <kxTexts.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxStepModel.h>
 #include <scene/kxScenery.h>
@@ -54,32 +55,6 @@ private Q_SLOTS:
         QVERIFY(!steps()->isVisible());
     }
 
-    void stepsAreEditedInPlace()
-    {
-        typedef kxSequenceStep::Kind Step;
-        kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open")}, "Door");
-        _actions.all()[4]->trigger();
-        auto* const model = qobject_cast<kxStepModel*>(steps()->model());
-        model->insertStep(-1, Step::Wait);
-        model->insertStep(0, Step::SetVariant);
-        model->insertStep(1, Step::ShowViewpoint);
-        QVERIFY(model->setData(model->index(0, kxStepModel::WithColumn), 2.5, Qt::EditRole));
-        QVERIFY(model->setData(model->index(1, kxStepModel::WithColumn), "Door/Open", Qt::EditRole));
-        steps()->setCurrentIndex(model->index(1, 0));
-        trigger("_raiseStepAction");
-        trigger("_raiseStepAction"); // is the first
-        const auto read = kxScenery::steps(kxScenery::all(Kind::Sequence).front());
-        QCOMPARE(read.size(), std::size_t(3));
-        QCOMPARE(read[0].choice, std::string("Open"));
-        QCOMPARE(read[1].seconds, 2.5);
-        QVERIFY(!model->index(2, kxStepModel::WithColumn).data(Qt::ToolTipRole).toString().isEmpty()); // names nothing
-        trigger("_deleteStepAction");
-        QCOMPARE(model->rowCount(), 2);
-        kxUndoStack::get(0).stack()->undo();
-        kxScene::the()->flush();
-        QCOMPARE(model->rowCount(), 3);
-    }
-
     void tracksAreLookedThrough()
     {
         auto* const look = _panel->findChild<QAction*>("_lookThroughAction");
@@ -118,18 +93,11 @@ private Q_SLOTS:
         kxScene::the()->flush();
         list()->expandAll();
         QAbstractItemModel* const model = list()->model();
-        const auto texts = [model](const QModelIndex& above)
-        {
-            QStringList names;
-            for (int row = 0; row < model->rowCount(above); ++row)
-                names << model->index(row, 0, above).data().toString();
-            return names;
-        };
         const QModelIndex section = model->index(0, 0);
-        QCOMPARE(texts({}), QStringList("Variant Sets"));
-        QCOMPARE(texts(section), QStringList("Door"));
+        QCOMPARE(kxTexts(model), QStringList("Variant Sets"));
+        QCOMPARE(kxTexts(model, section), QStringList("Door"));
         const auto choice = [model](int row) { return model->index(row, 0, model->index(0, 0, model->index(0, 0))); };
-        QCOMPARE(texts(choice(0).parent()), QStringList({"Open", "Shut"}));
+        QCOMPARE(kxTexts(model, choice(0).parent()), QStringList({"Open", "Shut"}));
         QVERIFY(model->setData(choice(1), "Closed") && !model->setData(choice(1), "x", Qt::ToolTipRole));
         QCOMPARE(set->getChild(1)->getNodeName(), std::string("Closed"));
         QVERIFY(choice(1).data(Qt::ForegroundRole).isValid() && !choice(0).data(Qt::ForegroundRole).isValid());
@@ -142,7 +110,7 @@ private Q_SLOTS:
                 choice(1).data(Qt::DecorationRole).value<QIcon>().cacheKey());
     }
 
-    void editorsOfSteps()
+    void stepsAreEditedInPlace()
     {
         typedef kxSequenceStep::Kind Step;
         kxSceneryEdits::addVariantSet({kxSceneFixture::addObject("Open"), kxSceneFixture::addObject("Shut")}, "Door");
@@ -194,6 +162,17 @@ private Q_SLOTS:
         QVERIFY(isMarked(0) && !isMarked(1)); // that it waits there
         _stage.stopAll();
         QVERIFY(!isMarked(0));
+        steps()->setCurrentIndex(model->index(1, 0));
+        for (const char* const action :
+             {"_raiseStepAction", "_raiseStepAction", "_deleteStepAction"}) // is the first then
+            trigger(action);
+        QCOMPARE(kxTexts(model), QStringList({"Wait", "Run Python"}));
+        kxUndoStack::get(0).stack()->undo();
+        kxScene::the()->flush();
+        QCOMPARE(kxTexts(model), QStringList({"Set variant", "Wait", "Run Python"}));
+        menu->actions().at(int(Step::ShowViewpoint))->trigger();
+        const QModelIndex added = steps()->currentIndex().siblingAtColumn(kxStepModel::WithColumn);
+        QVERIFY(!added.data(Qt::ToolTipRole).toString().isEmpty()); // there is no viewpoint
     }
 
 private:

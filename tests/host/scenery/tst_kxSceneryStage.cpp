@@ -1,9 +1,9 @@
 #include <files/kxSceneIO.h>
-#include <kernel/kxLogModel.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
+#include <kxTexts.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
@@ -84,7 +84,7 @@ private Q_SLOTS:
         stack()->setIndex(steps);
         QCOMPARE(bytes(), before);
         kxSceneryEdits::remove({front});
-        QVERIFY(log().join(QString()).contains("2 triggers and steps"));
+        QVERIFY(kxLogged().join(QString()).contains("2 triggers and steps"));
     }
 
     void renamedAndImportedClipsFollow()
@@ -152,7 +152,7 @@ private Q_SLOTS:
         QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // a sequence never runs inside of a frame
         _stage->runner().update();
         QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
-        QVERIFY(log().isEmpty());
+        QVERIFY(kxLogged().isEmpty());
     }
 
     void triggersOfMissingThings()
@@ -164,7 +164,7 @@ private Q_SLOTS:
         kxAnimManager::the()->addToClipStructure(clip);
         for (const double seconds : {0.0, 5.0})
             kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true);
-        const QStringList lines = log();
+        const QStringList lines = kxLogged();
         QCOMPARE(lines.size(), 4);
         for (int i = 0; i < 4; ++i)
             QVERIFY2(lines[i].contains(QStringList({"\"V\"", "\"S\"", "\"W\"", "\"Z\""})[i]), qPrintable(lines[i]));
@@ -281,15 +281,6 @@ private:
     static osg::AnimNodePtr trigger(const char* name, float seconds, Kind kind)
     {
         return kxAnimFixture::trigger(name, seconds, kind == Kind::VariantSet, kind == Kind::Viewpoint);
-    }
-
-    static QStringList log()
-    {
-        QStringList texts;
-        for (const kxLogEntry& entry : kxLogModel::the().entries())
-            texts << entry.text;
-        kxLogModel::the().clear();
-        return texts;
     }
 
     std::unique_ptr<kxView3D> _view;

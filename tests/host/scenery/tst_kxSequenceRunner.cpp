@@ -1,4 +1,4 @@
-#include <kernel/kxLogModel.h>
+#include <kxTexts.h>
 #include <scenery/kxSequenceRunner.h>
 
 #include <QtTest>
@@ -86,16 +86,6 @@ struct Theatre
         runner.update();
     }
 };
-
-/// The lines of the log since the last call.
-QStringList lines()
-{
-    QStringList texts;
-    for (const kxLogEntry& entry : kxLogModel::the().entries())
-        texts << entry.text;
-    kxLogModel::the().clear();
-    return texts;
-}
 } // namespace
 
 class tst_kxSequenceRunner : public QObject
@@ -140,14 +130,14 @@ private Q_SLOTS:
         t.at(3);
         t.at(4);
         QCOMPARE(t.done, QStringList({"view deep", "view after", "view deep"}));
-        QVERIFY(t.runner.running().empty() && lines().isEmpty());
+        QVERIFY(t.runner.running().empty() && kxLogged().isEmpty());
 
         for (int i = 1; i <= 64; ++i)
             t.sequences[std::to_string(i)] = {make(Step::PlaySequence, std::to_string(i + 1).c_str())};
         t.sequences["65"] = {make(Step::ShowViewpoint, "deepest")};
         t.runner.start("1");
         t.at(5);
-        QVERIFY(t.done.size() == 3 && lines().value(0).contains("64 deep"));
+        QVERIFY(t.done.size() == 3 && kxLogged().value(0).contains("64 deep"));
         t.runner.start("2");
         t.at(6);
         QCOMPARE(t.done.last(), QString("view deepest"));
@@ -176,10 +166,10 @@ private Q_SLOTS:
                             make(Step::RunPython, "raise"), make(Step::PlaySequence, "gone"),
                             make(Step::ShowViewpoint, "good")};
         QVERIFY(!t.runner.start("gone"));
-        QVERIFY(lines().value(0).contains("\"gone\""));
+        QVERIFY(kxLogged().value(0).contains("\"gone\""));
         t.runner.start("a");
         t.at(0);
-        const QStringList log = lines();
+        const QStringList log = kxLogged();
         QCOMPARE(log.size(), 4);
         for (int i = 0; i < log.size(); ++i)
             QVERIFY2(log[i].startsWith(QStringLiteral("Sequence \"a\", step %1: ").arg(i + 1)), qPrintable(log[i]));
@@ -194,7 +184,7 @@ private Q_SLOTS:
         t.runner.start("a");
         t.at(0);
         QCOMPARE(t.done, QStringList({"view b"}));
-        const QStringList log = lines();
+        const QStringList log = kxLogged();
         QCOMPARE(log.size(), 2);
         QVERIFY(log[0].contains("play itself") && log[1].startsWith("Sequence \"b\", step 1: "));
 
@@ -204,7 +194,7 @@ private Q_SLOTS:
         QVERIFY(t.runner.start("w"));
         t.at(0);
         QVERIFY(!t.runner.start("w") && !t.runner.start("v"));
-        QCOMPARE(lines().size(), 2);
+        QCOMPARE(kxLogged().size(), 2);
         t.at(2);
         QVERIFY(t.runner.start("v"));
     }
@@ -259,7 +249,7 @@ private Q_SLOTS:
         t.sequences.erase("inner");
         t.at(1);
         QCOMPARE(t.done, QStringList({"clip c", "view after"}));
-        QVERIFY(lines().join(' ').contains("\"inner\" was deleted") && !t.runner.isRunning("outer"));
+        QVERIFY(kxLogged().join(' ').contains("\"inner\" was deleted") && !t.runner.isRunning("outer"));
         begin();
         t.sequences.erase("outer");
         QSignalSpy changed(&t.runner, &kxSequenceRunner::changed);
