@@ -51,30 +51,14 @@ public:
     /// A place in the viewport, by frame and track; half a track down.
     QPoint at(double frame, int track) const { return view.mapFromScene(QPointF(frame, (track + 0.5) * pitch())); }
 
-    /// As the window system would.
-    void enter(const QMimeData& data, const QPoint& place)
-    {
-        QDragEnterEvent event(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(port(), &event);
-    }
-    bool hold(const QMimeData& data, const QPoint& place)
-    {
-        QDragMoveEvent event(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        event.setAccepted(false);
-        QApplication::sendEvent(port(), &event);
-        return event.isAccepted();
-    }
+    /// As the window system would; true where it is accepted.
+    bool enter(const QMimeData& data, const QPoint& place) { return send<QDragEnterEvent>(data, place); }
+    bool hold(const QMimeData& data, const QPoint& place) { return send<QDragMoveEvent>(data, place); }
+    bool drop(const QMimeData& data, const QPoint& place) { return send<QDropEvent>(data, place); }
     void leave()
     {
         QDragLeaveEvent event;
         QApplication::sendEvent(port(), &event);
-    }
-    bool drop(const QMimeData& data, const QPoint& place)
-    {
-        QDropEvent event(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        event.setAccepted(false);
-        QApplication::sendEvent(port(), &event);
-        return event.isAccepted();
     }
     /// The three in a row; true where the drop was taken.
     bool dragTo(const QMimeData& data, const QPoint& place)
@@ -97,6 +81,16 @@ public:
     kxOwned<osg::AnimNode> clipNode;
     kxAnimClipView view;
     kxAnimClipScene& scene;
+
+private:
+    template <class Event>
+    bool send(const QMimeData& data, const QPoint& place)
+    {
+        Event event(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        event.setAccepted(false);
+        QApplication::sendEvent(port(), &event);
+        return event.isAccepted();
+    }
 };
 
 /// What the library gives to a drag of these nodes.

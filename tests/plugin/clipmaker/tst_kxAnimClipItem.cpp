@@ -127,9 +127,9 @@ private Q_SLOTS:
 
     void endsGoBackFromACollision_data()
     {
-        QTest::addColumn<bool>("left");
-        QTest::newRow("right end") << false;
-        QTest::newRow("left end") << true;
+        kxColumns<bool>("left");
+        kxRow("right end", false);
+        kxRow("left end", true);
     }
 
     void endsGoBackFromACollision()
@@ -423,18 +423,12 @@ private Q_SLOTS:
         for (kxAnimClipItem* dead : {bar, ghost, &empty})
         {
             dead->setActive(false);
-            dead->setLocked(true);
             dead->setLocked(false);
             dead->setFlipped(true);
             dead->setMotionBlur(true);
-            dead->syncFromNode();
             dead->updateAllTexts(true);
-            dead->setTextsVisible(true);
-            dead->play();
-            dead->reset();
-            dead->showSource();
-            dead->info();
-            dead->duplicate();
+            for (const char* const slot : {"play", "reset", "showSource", "info", "duplicate"})
+                QMetaObject::invokeMethod(dead, slot);
             dead->setPos(77, 0);
             dead->setTransform(QTransform().scale(2, 1), true);
         }

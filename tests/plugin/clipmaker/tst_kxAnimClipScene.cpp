@@ -241,33 +241,29 @@ private Q_SLOTS:
     void refusesDrags()
     {
         const QString format = QLatin1String(kxAnimLibraryPayload::MimeType);
-        typedef std::function<void(kxShownClip&, kxOwned<AnimNode>&, QMimeData&)> Spoil;
-        const std::vector<std::pair<const char*, Spoil>> drags = {
+        typedef kxShownClip Shown;
+        typedef kxOwned<AnimNode> Block;
+        const std::pair<const char*, std::function<void(Shown&, Block&, QMimeData&)>> drags[] = {
             {"another format",
-             [&](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data)
+             [&](Shown&, Block&, QMimeData& data)
              {
-                 const QByteArray bytes = data.data(format);
-                 data.clear();
-                 data.setData("application/anim-clip-item", bytes);
+                 data.setData("application/anim-clip-item", data.data(format));
+                 data.removeFormat(format);
              }},
-            {"cut off", [&](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data)
-             { data.setData(format, data.data(format).left(10)); }},
-            {"no rows", [](kxShownClip&, kxOwned<AnimNode>&, QMimeData& data) { kxSetLibraryPayload(data, {}); }},
+            {"cut off", [&](Shown&, Block&, QMimeData& data) { data.setData(format, data.data(format).left(10)); }},
+            {"no rows", [](Shown&, Block&, QMimeData& data) { kxSetLibraryPayload(data, {}); }},
             {"two rows",
-             [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData& data) {
+             [](Shown&, Block& block, QMimeData& data) {
                  kxSetLibraryPayload(data, {block->getId(), block->getId()});
              }},
-            {"stale id", [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block.release(); }},
-            {"an object", [](kxShownClip& f, kxOwned<AnimNode>&, QMimeData& data)
-             { kxSetLibraryPayload(data, {f.object()->getId()}); }},
-            {"a clip",
-             [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block->setCore(AnimClipBase::create()); }},
-            {"no core", [](kxShownClip&, kxOwned<AnimNode>& block, QMimeData&) { block->setCore(NodeCorePtr()); }},
-            {"no clip shown", [](kxShownClip& f, kxOwned<AnimNode>&, QMimeData&) { f.scene.clear(); }},
-            {"the block that the clip stands in",
-             [](kxShownClip& f, kxOwned<AnimNode>& block, QMimeData&) { block->addChild(f.clipNode.get()); }},
+            {"stale id", [](Shown&, Block& block, QMimeData&) { block.release(); }},
+            {"an object", [](Shown& f, Block&, QMimeData& data) { kxSetLibraryPayload(data, {f.object()->getId()}); }},
+            {"a clip", [](Shown&, Block& block, QMimeData&) { block->setCore(AnimClipBase::create()); }},
+            {"no core", [](Shown&, Block& block, QMimeData&) { block->setCore(NodeCorePtr()); }},
+            {"no clip shown", [](Shown& f, Block&, QMimeData&) { f.scene.clear(); }},
+            {"what the clip stands in", [](Shown& f, Block& block, QMimeData&) { block->addChild(f.clipNode.get()); }},
             {"a clone of it",
-             [](kxShownClip& f, kxOwned<AnimNode>& block, QMimeData& data)
+             [](Shown& f, Block& block, QMimeData& data)
              {
                  const AnimNodePtr copy = f.clone(block, 0);
                  kxAnimManager::the()->addAnimation(f.object(), copy);
