@@ -158,8 +158,8 @@ private Q_SLOTS:
             tag(_object, before);
         kxAnimTreeWidgetItem group(true);
         group.setText(0, present);
-        (new kxAnimTreeWidgetItem(&group, true))->setNode(_object, true, true);
         new kxAnimTreeWidgetItem(&group, true); // a row of nothing
+        (new kxAnimTreeWidgetItem(&group, true))->setNode(_object, true, true);
         const kxMarks marks;
         group.setData(0, Qt::EditRole, edit);
         QCOMPARE(tagsOf(_object), after);
