@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <kxTable.h>
 
 #include <QLineEdit>
 #include <QToolTip>
@@ -42,9 +43,7 @@ private Q_SLOTS:
 
     void parses_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("op"); // -1: no number
-        QTest::addColumn<double>("value");
+        kxColumns<QString, int, double>("text", "op", "value"); // -1: no number
         QTest::newRow("plain") << "12.5" << int(RelativeSet) << 12.5;
         QTest::newRow("sign without operator") << "-5" << int(RelativeSet) << -5.0;
         QTest::newRow("plus sign") << "+5" << int(RelativeSet) << 5.0;
@@ -80,8 +79,7 @@ private Q_SLOTS:
 
     void entersNumbers_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("expected"); // from 10.00 in -100 to 100
+        kxColumns<QString, double>("text", "expected"); // from 10.00 in -100 to 100
         QTest::newRow("plain") << "4.5" << 4.5;
         QTest::newRow("with its unit") << "4.5 fps" << 4.5;
         QTest::newRow("with its prefix") << "at: 4.5" << 4.5;
@@ -235,8 +233,8 @@ private Q_SLOTS:
 
     void comesIntoFocus_data()
     {
-        QTest::addColumn<int>("reason");
-        QTest::addColumn<bool>("atOnce"); // by the mouse it's selected after the press, which would take it off again
+        // By the mouse it's selected after the press, which would take it off again.
+        kxColumns<int, bool>("reason", "atOnce");
         QTest::newRow("tab") << int(Qt::TabFocusReason) << true;
         QTest::newRow("mouse") << int(Qt::MouseFocusReason) << false;
     }

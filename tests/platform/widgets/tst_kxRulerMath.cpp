@@ -71,32 +71,22 @@ private Q_SLOTS:
 
     void dragged_data()
     {
-        QTest::addColumn<int>("grip"); // 0 start, 1 middle, 2 end
-        kxColumns<Range, Range>("range", "full");
-        QTest::addColumn<qint64>("by"); // frames
-        QTest::addColumn<Range>("expected");
+        // Grips: 0 start, 1 middle, 2 end; the way in frames.
+        kxColumns<int, Range, Range, qint64, Range>("grip", "range", "full", "by", "expected");
         const qint64 far = 10000000000;
-        QTest::newRow("start stops one frame before the end")
-            << 0 << Range{10, 20} << Range{0, 50} << far << Range{19, 20};
-        QTest::newRow("start stops at the full start") << 0 << Range{10, 20} << Range{3, 50} << -far << Range{3, 20};
-        QTest::newRow("end stops one frame after the start")
-            << 2 << Range{10, 20} << Range{0, 50} << -far << Range{10, 11};
-        QTest::newRow("end stops at the full end") << 2 << Range{10, 20} << Range{0, 50} << far << Range{10, 50};
-        QTest::newRow("middle keeps its length to the left")
-            << 1 << Range{10, 20} << Range{4, 50} << -far << Range{4, 14};
-        QTest::newRow("middle keeps its length to the right")
-            << 1 << Range{10, 20} << Range{4, 50} << far << Range{40, 50};
-        QTest::newRow("middle by three") << 1 << Range{10, 20} << Range{0, 50} << qint64(3) << Range{13, 23};
-        QTest::newRow("longer than the full range")
-            << 1 << Range{-10, 90} << Range{0, 50} << qint64(3) << Range{-10, 90};
-        QTest::newRow("from outside it comes in") << 1 << Range{60, 70} << Range{0, 50} << qint64(1) << Range{40, 50};
-        QTest::newRow("start beyond the full range")
-            << 0 << Range{60, 70} << Range{80, 90} << qint64(-5) << Range{69, 70};
-        QTest::newRow("turned range stays") << 1 << Range{20, 10} << Range{0, 50} << qint64(1) << Range{20, 10};
-        QTest::newRow("limits of int") << 1 << Range{INT_MIN, 0} << Range{INT_MIN, INT_MAX} << far
-                                       << Range{-1, INT_MAX};
-        QTest::newRow("no room after the last int")
-            << 2 << Range{INT_MAX, INT_MAX} << Range{0, 50} << far << Range{INT_MAX, INT_MAX};
+        kxRow("start stops one frame before the end", 0, Range{10, 20}, Range{0, 50}, far, Range{19, 20});
+        kxRow("start stops at the full start", 0, Range{10, 20}, Range{3, 50}, -far, Range{3, 20});
+        kxRow("end stops one frame after the start", 2, Range{10, 20}, Range{0, 50}, -far, Range{10, 11});
+        kxRow("end stops at the full end", 2, Range{10, 20}, Range{0, 50}, far, Range{10, 50});
+        kxRow("middle keeps its length to the left", 1, Range{10, 20}, Range{4, 50}, -far, Range{4, 14});
+        kxRow("middle keeps its length to the right", 1, Range{10, 20}, Range{4, 50}, far, Range{40, 50});
+        kxRow("middle by three", 1, Range{10, 20}, Range{0, 50}, qint64(3), Range{13, 23});
+        kxRow("longer than the full range", 1, Range{-10, 90}, Range{0, 50}, qint64(3), Range{-10, 90});
+        kxRow("from outside it comes in", 1, Range{60, 70}, Range{0, 50}, qint64(1), Range{40, 50});
+        kxRow("start beyond the full range", 0, Range{60, 70}, Range{80, 90}, qint64(-5), Range{69, 70});
+        kxRow("turned range stays", 1, Range{20, 10}, Range{0, 50}, qint64(1), Range{20, 10});
+        kxRow("limits of int", 1, Range{INT_MIN, 0}, Range{INT_MIN, INT_MAX}, far, Range{-1, INT_MAX});
+        kxRow("no room after the last int", 2, Range{INT_MAX, INT_MAX}, Range{0, 50}, far, Range{INT_MAX, INT_MAX});
     }
 
     void dragged()
