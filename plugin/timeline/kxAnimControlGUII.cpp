@@ -12,6 +12,7 @@
 #include <kxIconManager.h>
 #include <kxMessageNames.h>
 #include <kxServices.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <QKeyEvent>
 #include <QSignalBlocker>
@@ -50,7 +51,7 @@ kxAnimControlGUII::kxAnimControlGUII(QWidget* parent)
     _timeLine->installEventFilter(this);
     _callbacks.add(kxMessageName::CurrentFullFrameChanged, kernelChanged);
     _callbacks.add(kxMessageName::FinishedPlayingGlobal, kernelChanged);
-    _callbacks.add(kxMessageName::ChangedFPS, kernelChanged);
+    _callbacks.add(kxMessageName::ChangedFPS, rateChanged);
     _callbacks.add(kxMessageName::SelectedAnimations, animationsSelected);
     _callbacks.add(kxMessageName::FrameChangedCurveEditor, curveEditorMovedFrame);
     _callbacks.add(kxMessageName::UpdateAnimControlGUI, kernelChanged);
@@ -362,13 +363,23 @@ void kxAnimControlGUII::followKernel(const kxMessage& message)
 void kxAnimControlGUII::showKeys(const kxMessage& message)
 {
     _keyFrames.clear();
+    _selectedIds.clear();
     std::vector<osg::AnimNodePtr> nodes;
     if (!getFromMessage(message, "nodes", nodes))
         return;
+    for (const osg::AnimNodePtr& node : nodes)
+        _selectedIds.push_back(node.getFieldContainerId());
+    markKeys();
+}
+
+void kxAnimControlGUII::markKeys()
+{
+    _keyFrames.clear();
     const double fps = kxAnimManager::the()->fps();
     QMap<float, QColor> marks;
-    for (const osg::AnimNodePtr& node : nodes)
+    for (const unsigned int id : _selectedIds)
     {
+        const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
         std::vector<osg::AnimCurvePtr> curves;
         if (node != osg::NullFC)
             kxAnimManager::the()->getAnimCurves(node, curves, true, true, true);
@@ -395,6 +406,13 @@ void kxAnimControlGUII::kernelChanged(kxMessage& message)
 {
     if (thePanel != nullptr)
         thePanel->followKernel(message);
+}
+
+void kxAnimControlGUII::rateChanged(kxMessage& message)
+{
+    kernelChanged(message);
+    if (thePanel != nullptr && !thePanel->_selectedIds.empty())
+        thePanel->markKeys();
 }
 
 void kxAnimControlGUII::animationsSelected(kxMessage& message)

@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <set>
+#include <vector>
 
 class kxFramePlayer;
 
@@ -60,15 +61,19 @@ private:
     void showFrame(int frame);
     void followKernel(const kxMessage& message);
     void showKeys(const kxMessage& message);
+    /// The keys of the selected animations, at the frames where they stand at the present rate.
+    void markKeys();
 
     static void kernelChanged(kxMessage& message);
+    static void rateChanged(kxMessage& message);
     static void animationsSelected(kxMessage& message);
     static void curveEditorMovedFrame(kxMessage& message);
     static void framePlayerUserChanged(kxMessage& message);
 
     kxInstancePointer<kxAnimControlGUII> _instance;
     kxFramePlayer* _framePlayer;
-    bool _isPlayTold = false;   // others were told that it plays, and not yet that it stopped
-    std::set<float> _keyFrames; // of the selected animations
+    bool _isPlayTold = false;               // others were told that it plays, and not yet that it stopped
+    std::vector<unsigned int> _selectedIds; // the selected animations
+    std::set<float> _keyFrames;             // of these
     kxCallbacks _callbacks;
 };

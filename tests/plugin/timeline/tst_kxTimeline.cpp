@@ -244,6 +244,9 @@ private Q_SLOTS:
         panel()._timeLine->setEndFrame(100);
         QCOMPARE(walk(panel()._nextKey), 53);
         QCOMPARE(walk(panel()._prevKey), 0);
+        kxAnimManager::the()->setFPS(30); // keys keep their seconds
+        QCOMPARE(panel()._timeLine->keyFrames().lastKey(), 63.6f);
+        QCOMPARE(walk(panel()._nextKey), 63);
     }
 
     void followsKernel()
