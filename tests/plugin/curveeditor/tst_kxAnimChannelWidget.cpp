@@ -447,7 +447,8 @@ private Q_SLOTS:
         QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 0.0f);
         QCOMPARE(stack().count(), 0);
 
-        choose("Post Infinity Mode", "Constant");
+        curve("scale.X")->setPreInfinityMode(0); // not those chosen last
+        curve("scale.X")->setPostInfinityMode(2);
         _tree->resize(300, 900);
         _tree->show();
         QStringList offered;
@@ -464,7 +465,7 @@ private Q_SLOTS:
             QTimer::singleShot(0, this, look);
             _tree->showContextMenu(place);
         }
-        QCOMPARE(offered.mid(0, 2), QStringList({"Linear", "Constant"}));        // those of the row
+        QCOMPARE(offered.mid(0, 2), QStringList({"Constant", "Loop"}));          // those of the row
         QCOMPARE(offered.size(), 2 + 10);                                        // over none all are off
         QCOMPARE(_tree->action("Paste")->shortcutContext(), Qt::WidgetShortcut); // other panes paste too
     }

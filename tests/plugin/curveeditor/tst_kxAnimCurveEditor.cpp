@@ -158,7 +158,8 @@ private Q_SLOTS:
     {
         _editor->show();
         kxAnimManager* const kernel = kxAnimManager::the();
-        for (const osg::AnimNodePtr& asked : {_animation, osg::AnimNodePtr()})
+        const osg::AnimNodePtr root = kernel->getAnimAttachment(_box)->getAnimationRoot(); // of the block
+        for (const osg::AnimNodePtr& asked : {root, osg::AnimNodePtr()})
         {
             kxMessage message;
             message.set("node", asked, true);
@@ -253,7 +254,6 @@ private Q_SLOTS:
         kxRow("moved past others", "+30", Frames{10, 20}, Frames{40, 50}, Frames{10, 20});
         kxRow("deleted", "delete", Frames{10}, Frames{}, Frames{});
         kxRow("a key added before them", "key", Frames{20, 30}, Frames{20, 30}, Frames{20, 30});
-        kxRow("all channels keyed", "keyAll", Frames{10, 20}, Frames{10, 20}, Frames{10, 20});
     }
 
     void keysStaySelected()
@@ -275,13 +275,10 @@ private Q_SLOTS:
                 all << qRound(point->pos().x());
             return all;
         };
-        _editor->channels->topLevelItem(0)->setSelected(what == "keyAll"); // else in the library
         for (kxAnimGraphPoint* const point : _editor->curves().front()->points())
             point->setSelected(selected.contains(qRound(point->pos().x())));
         if (what == "+30")
             Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 30);
-        else if (what == "keyAll")
-            _editor->channels->keyAll();
         else if (what == "delete")
             _editor->graph->scene()->deleteSelectedPoints();
         else
@@ -324,6 +321,9 @@ private Q_SLOTS:
         kxScene::the()->root()->subChild(box);
         editor.deliver(kxMessageId::SceneChanged);
         QVERIFY(editor.curves().isEmpty());
+        editor.select({still});
+        editor.deliver(kxMessageId::NewScene);
+        QCOMPARE(editor.channels->topLevelItemCount(), 0);
 
         editor.docks.getDockWidget("Curve Editor")->hide();
         const osg::NodePtr other = editor.animated("Other");

@@ -354,7 +354,11 @@ private Q_SLOTS:
     {
         kxGraphFixture graph;
         graph.show({{{0, 0}, {10, 2}}, {{0, 4}, {12, 5}, {20, 0}}, {{0, -3}, {9, -5}}});
+        graph.point(1, 1)->setSelected(true);
         const QImage first = graph.port()->grab().toImage();
+        const QPoint middle = (graph.at(graph.point(1, 1)) + graph.at(graph.point(1, 1)->outTangentScenePos())) / 2;
+        for (const QPoint& beside : {QPoint(5, -5), QPoint(-5, 5)}) // a thin line to the handle
+            QVERIFY(first.pixelColor((middle + beside) * int(first.devicePixelRatio())) != QColor(Qt::yellow));
         for (int i = 0; i < 5; ++i)
             QVERIFY(graph.port()->grab().toImage() == first);
     }

@@ -18,10 +18,8 @@ private Q_SLOTS:
         kxRow("ties go away from zero", 2.5, 3.0);
         kxRow("mirrored", -75.0, 75.0);
         kxRow("one is whole", 1.0, 1.0);
-        kxRow("first decade", 0.64, 0.6);
         kxRow("second decade", 0.05, 5 / 20.0);
         kxRow("third decade", 0.0042, 4 / 30.0);
-        kxRow("mirrored decade", -0.05, 0.25);
         kxRow("nothing", 0.0, 0.0);
         kxRow("smallest number", double(std::numeric_limits<float>::denorm_min()), 1 / 450.0);
         kxRow("no number", std::numeric_limits<double>::quiet_NaN(), 0.0);

@@ -128,12 +128,14 @@ private Q_SLOTS:
 
         // A step there and back is none, unless it took the type of the next key along.
         curve->getControlPoints(1) = osg::CCPnt({1, 2}, {}, {}, 5, 5);
+        const QString before = textOf(curve);
         kxAnimTangentUndoCommand there(curve, 0, false, 0u);
         there.redo();
         kxAnimTangentUndoCommand back(curve, 0, false, 3u);
         back.redo();
         QVERIFY(there.mergeWith(&back));
         QVERIFY(!there.isObsolete());
+        verifyThereAndBack(there, curve, before);
     }
 
     void tangentMovesMerge()
@@ -212,7 +214,6 @@ private Q_SLOTS:
         kxColumns<int, float, float>("index", "x", "y");
         kxRow("value is no number", 1, 1.0f, NaN);
         kxRow("time is no number", 1, NaN, 0.0f);
-        kxRow("time is infinite", 2, std::numeric_limits<float>::infinity(), 0.0f);
         kxRow("keys not sorted", 0, 1.5f, 0.0f);
         kxRow("difference overflows", 0, 0.0f, -std::numeric_limits<float>::max());
     }
@@ -251,7 +252,6 @@ private Q_SLOTS:
         typedef QVector<float> L;
         kxRow("2, 3, 5 in any order", I{5, 2, 3}, L{0, 1, 4, 6});
         kxRow("first two", I{0, 1}, L{2, 3, 4, 5, 6});
-        kxRow("last", I{6}, L{0, 1, 2, 3, 4, 5});
         kxRow("all", I{0, 1, 2, 3, 4, 5, 6}, L{});
         kxRow("twice the same, and one beyond", I{1, 1, 7}, L{0, 2, 3, 4, 5, 6});
     }
