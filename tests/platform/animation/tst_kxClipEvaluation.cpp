@@ -237,6 +237,7 @@ private Q_SLOTS:
         QCOMPARE(fired.pass(clip, 0), QString());     // once
         fired.pass(clip, 12);
         QCOMPARE(fired.pass(clip, 24), QString("vb"));
+        QCOMPARE(fired.pass(clip, 24), QString());
         QCOMPARE(fired.pass(clip, 24.5), QString());
         QCOMPARE(fired.pass(clip, 72), QString("sc pe"));
         QCOMPARE(fired.pass(clip, 12), QString("sc vb")); // backwards; where it stood is not passed again

@@ -223,8 +223,9 @@ private Q_SLOTS:
         kxScene::the()->addMaterial(material);
         manager()->addAnimation(object, f.curve("visible", "", {{0, 1}, {1, 0}}));
         manager()->addAnimation(material, f.curve("roughness", "", {{0, 0}, {1, 5}}));
+        const kxMarks marks;
         manager()->setCurrentFrame(3, false, false);
-        QVERIFY(object->isActive());
+        QVERIFY(object->isActive() && marks.has(material));
         QVERIFY(std::abs(material->getRoughness() - 0.625f) < 1.0e-6f);
         manager()->setCurrentFrame(20, false, false);
         QVERIFY(object->isActive());
