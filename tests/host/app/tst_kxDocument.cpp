@@ -16,7 +16,6 @@ private Q_SLOTS:
         _document.reset(new kxDocument);
         _answer = kxDocument::Cancel;
         _asked.clear();
-        _errors.clear();
         _chosen.clear();
         _document->dialogs().askToSave = [this](const QString& name)
         {
@@ -24,8 +23,6 @@ private Q_SLOTS:
             return _answer;
         };
         _document->dialogs().askForPath = [this](const QString&) { return _chosen; };
-        _document->dialogs().showError = [this](const QString&, const kxFileReport& report)
-        { _errors << report.message(); };
         _document->newScene();
     }
 
@@ -164,7 +161,6 @@ private:
     QTemporaryDir _folder;
     QScopedPointer<kxDocument> _document;
     QStringList _asked;
-    QStringList _errors;
     kxDocument::Answer _answer = kxDocument::Cancel;
     QString _chosen;
 };

@@ -75,21 +75,16 @@ private Q_SLOTS:
                 at(0, Qt::ForegroundRole) != at(1, Qt::ForegroundRole));
         // A name by the user, and a look by whoever.
         const osg::UberMaterialPtr look = osg::UberMaterialPtr::dcast(blue);
-        const auto ball = [&at] {
-            return at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixelColor(kxMaterialModel::SwatchSize / 2, 22);
-        };
-        const QColor grey = ball();
         look->setBaseColor(osg::Color3f(0, 0, 0.9f));
-        QVERIFY(ball().blue() > 2 * ball().red() && ball() != grey);
         const auto corner = [&at](int x, int y)
         { return QColor(at(1, Qt::DecorationRole).value<QPixmap>().toImage().pixel(x, y)).name(); };
-        QStringList spots{corner(10, 9), corner(20, 12), corner(15, 24), corner(26, 15), corner(2, 15)};
+        const QStringList spots{corner(10, 9), corner(20, 12), corner(15, 24), corner(26, 15), corner(2, 15)};
         QCOMPARE(spots,
                  QStringList({"#8080f8", "#0000d3", "#00009e", "#000092", "#0000c2"})); // light, body, shade, rim
         look->setMetallic(1);
         QCOMPARE(corner(10, 9), QString("#6666f5")); // a metal's light has its colour
         look->setEmissive(osg::Color3f(0, 0.7f, 0));
-        QVERIFY(ball().green() > 150 && ball().blue() > 100);
+        QCOMPARE(corner(15, 24), QString("#00da7f")); // shines all over
         QVERIFY(list->model()->setData(list->model()->index(1, 0), "Sky"));
         QVERIFY(!list->model()->setData(list->model()->index(1, 0), "Sea", Qt::DisplayRole));
         QCOMPARE(QString::fromStdString(blue->getNodeName()), QString("Sky"));
@@ -130,15 +125,14 @@ private Q_SLOTS:
         kxColumns<QString, bool, bool, bool, QStringList, QString>("button", "material", "object", "isEnabled", "names",
                                                                    "shown");
         const QStringList two{"Red", "Blue"};
-        kxRow("add", QString("_addMaterial"), false, false, true, two + QStringList("Material"), QString("Red"));
-        kxRow("duplicate", QString("_duplicateMaterial"), true, false, true, two + QStringList("Blue_1"),
-              QString("Red"));
-        kxRow("nothing to duplicate", QString("_duplicateMaterial"), false, true, false, two, QString("Red"));
-        kxRow("assign", QString("_assignMaterial"), true, true, true, two, QString("Blue"));
-        kxRow("assign to nothing", QString("_assignMaterial"), true, false, false, two, QString("Red"));
-        kxRow("assign nothing", QString("_assignMaterial"), false, true, false, two, QString("Red"));
-        kxRow("delete", QString("_deleteMaterial"), true, false, true, QStringList("Red"), QString("Red"));
-        kxRow("nothing to delete", QString("_deleteMaterial"), false, false, false, two, QString("Red"));
+        kxRow("add", "_addMaterial", false, false, true, two + QStringList("Material"), "Red");
+        kxRow("duplicate", "_duplicateMaterial", true, false, true, two + QStringList("Blue_1"), "Red");
+        kxRow("nothing to duplicate", "_duplicateMaterial", false, true, false, two, "Red");
+        kxRow("assign", "_assignMaterial", true, true, true, two, "Blue");
+        kxRow("assign to nothing", "_assignMaterial", true, false, false, two, "Red");
+        kxRow("assign nothing", "_assignMaterial", false, true, false, two, "Red");
+        kxRow("delete", "_deleteMaterial", true, false, true, QStringList("Red"), "Red");
+        kxRow("nothing to delete", "_deleteMaterial", false, false, false, two, "Red");
     }
 
     void materialButtons()
@@ -179,11 +173,11 @@ private Q_SLOTS:
     void logShows_data()
     {
         kxColumns<int, QString, QStringList>("level", "search", "shown");
-        kxRow("all", 0, QString(), QStringList({"Opened", "read 5", "left out 2", "broken 5"}));
-        kxRow("warnings", 1, QString(), QStringList({"left out 2", "broken 5"}));
-        kxRow("errors", 2, QString(), QStringList({"broken 5"}));
-        kxRow("a word", 0, QString(" BROKEN "), QStringList({"broken 5"}));
-        kxRow("a word of a level", 1, QString("5"), QStringList({"broken 5"}));
+        kxRow("all", 0, "", QStringList({"Opened", "read 5", "left out 2", "broken 5"}));
+        kxRow("warnings", 1, "", QStringList({"left out 2", "broken 5"}));
+        kxRow("errors", 2, "", QStringList({"broken 5"}));
+        kxRow("a word", 0, " BROKEN ", QStringList({"broken 5"}));
+        kxRow("a word of a level", 1, "5", QStringList({"broken 5"}));
     }
 
     void logShows()

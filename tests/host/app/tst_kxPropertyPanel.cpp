@@ -35,15 +35,15 @@ private Q_SLOTS:
             "Base colour 0.800 0.800 0.800", "Metallic 0.750",  "Roughness 0.500",    "Opacity 1.000",
             "Emissive 0.000 0.000 0.000",    "Double-sided no", "Cut-out below 0.000"};
         kxColumns<QString, QStringList>("kind", "shown");
-        kxRow("transform", QString("transform"), placed);
-        kxRow("surface", QString("surface"), placed + QStringList("Material Steel") + material);
-        kxRow("camera", QString("camera"),
+        kxRow("transform", "transform", placed);
+        kxRow("surface", "surface", placed + QStringList("Material Steel") + material);
+        kxRow("camera", "camera",
               placed + QStringList({"Field of view 37.85°", "Focal length 35.00 mm", "Near 0.1000", "Far 10000.00"}));
-        kxRow("light", QString("light"),
+        kxRow("light", "light",
               placed + QStringList(
                            {"Kind Directional", "Colour 1.000 1.000 1.000", "Intensity 1.000", "Cone angle 45.00°"}));
-        kxRow("material", QString("material"), material);
-        kxRow("variants", QString("variants"), placed + QStringList("Shown child 0"));
+        kxRow("material", "material", material);
+        kxRow("variants", "variants", placed + QStringList("Shown child 0"));
     }
 
     void showsTheFields()
@@ -82,10 +82,6 @@ private Q_SLOTS:
                     shown.back() += box->isChecked() ? " yes" : " no";
         }
         QTEST(shown, "shown");
-        _panel->resize(900, 400);
-        QCoreApplication::processEvents();
-        for (const kxColorButton* const button : _panel->findChildren<kxColorButton*>())
-            QCOMPARE(button->width(), button->height());
         _panel->resize(1, 400);
         QCoreApplication::processEvents();
         const auto* const scroll = _panel->findChild<QScrollArea*>();
@@ -204,14 +200,13 @@ private Q_SLOTS:
 
     void followsOnce()
     {
-        const auto shown = [this] { return _panel->findChild<QLineEdit*>("_name")->text(); };
         const osg::NodePtr a = addObject("A"), b = addObject("B"), c = addObject("C");
         select({a});
         const QPointer<QLineEdit> name = _panel->findChild<QLineEdit*>("_name");
         for (const osg::NodePtr& node : {b, a, c}) // as a script does it
             kxSelection::the().selectNodes({node});
         QVERIFY(name && name->isVisible());
-        QTRY_COMPARE(shown(), QString("C"));
+        QTRY_COMPARE(_panel->findChild<QLineEdit*>("_name")->text(), QString("C"));
     }
 
 private:

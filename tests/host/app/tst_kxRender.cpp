@@ -30,13 +30,13 @@ private Q_SLOTS:
     void dialogRefuses_data()
     {
         kxColumns<bool, QString, int, int, QString>("frames", "file", "first", "last", "problem");
-        kxRow("one picture", false, QString("a.png"), 0, 0, QString());
-        kxRow("of no kind", false, QString("a.txt"), 0, 0, QString(".png"));
-        kxRow("into no folder", false, QString("gone/a.png"), 0, 0, QString("There is no such folder"));
-        kxRow("frames", true, QString("a_%04d.png"), -2, 9, QString());
-        kxRow("of one name", true, QString("a.png"), 1, 2, QString("%04d"));
-        kxRow("one frame of one name", true, QString("a.png"), 7, 7, QString());
-        kxRow("backwards", true, QString("a_%d.png"), 9, 8, QString("The last frame stands before the first"));
+        kxRow("one picture", false, "a.png", 0, 0, "");
+        kxRow("of no kind", false, "a.txt", 0, 0, ".png");
+        kxRow("into no folder", false, "gone/a.png", 0, 0, "There is no such folder");
+        kxRow("frames", true, "a_%04d.png", -2, 9, "");
+        kxRow("of one name", true, "a.png", 1, 2, "%04d");
+        kxRow("one frame of one name", true, "a.png", 7, 7, "");
+        kxRow("backwards", true, "a_%d.png", 9, 8, "The last frame stands before the first");
     }
 
     void dialogRefuses()
@@ -143,9 +143,9 @@ private Q_SLOTS:
     void menuWritesOnePicture_data()
     {
         kxColumns<bool, QString, QString>("frames", "file", "says");
-        kxRow("a picture", false, QString("one.png"), QString("one.png written"));
-        kxRow("frames", true, QString("n_%d.png"), QString("pictures written to"));
-        kxRow("what can't be written", false, QString("folder.png"), QString("folder.png' can't be written"));
+        kxRow("a picture", false, "one.png", "one.png written");
+        kxRow("frames", true, "n_%d.png", "pictures written to");
+        kxRow("what can't be written", false, "folder.png", "folder.png' can't be written");
     }
 
     void menuWritesOnePicture()
