@@ -181,6 +181,7 @@ void kxAnimTreeWidgetItem::writeActive(bool active)
         return;
     shown->setTravMask(mask);
     osg::markChanged(shown, osg::BitVector::all());
+    kxAnimManager::the()->reevaluateAnimations(false);
 }
 
 void kxAnimTreeWidgetItem::writeValue(const QString& text)

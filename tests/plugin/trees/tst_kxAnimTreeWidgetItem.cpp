@@ -68,10 +68,17 @@ private Q_SLOTS:
         row.setNode(_block, true, false);
         QCOMPARE(row.checkState(0), Qt::Unchecked);
         QCOMPARE(_block->getTravMask(), 0u);
+        kxAnimFixture::transform(_object)->setTranslation(osg::Vec3f(3, 0, 0));
+        _block->addChild(_fixture.curve("translation", "X", {{0, 1}, {1, 25}}));
+        kxAnimManager::the()->setCurrentFrame(12, false, true);
+        const auto x = [this] { return kxAnimFixture::transform(_object)->getTranslation().x(); };
+        QCOMPARE(x(), 3.0f);
         row.setCheckState(0, Qt::Checked);
         QVERIFY(_block->isActive());
+        QCOMPARE(x(), 13.0f); // at once
         row.setCheckState(0, Qt::Unchecked);
         QCOMPARE(_block->getTravMask(), 0u);
+        QCOMPARE(x(), 3.0f);
         row.setCheckState(1, Qt::Checked);
         QVERIFY(_block->getLocked());
         row.setCheckState(1, Qt::Unchecked);
