@@ -107,6 +107,8 @@ private:
     void setPlayState(bool playing, bool reverse);
     /// Shows the clip at the far end and at the near one, so that the evaluation starts anew there.
     void wrapPlayback();
+    /// The next frame of the shown clip is evaluated as if time had come from `frame`: triggers before it don't fire.
+    void beginAnewAt(double frame);
     void addTrigger(unsigned int type);
     /// The clip that a camera track called `name` goes to: the selected one, else a new one.
     osg::AnimNodePtr requireClipFor(const std::string& name);

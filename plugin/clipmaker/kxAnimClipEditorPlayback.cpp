@@ -207,6 +207,11 @@ bool kxAnimClipEditor::startPlayback(bool on, bool reverse)
     params.end = std::round(extent.end);
     params.current = scene()->time();
     params.fps = kernel.playbackFPS();
+    // From outside the clip or from its far end the pass begins anew. Wherever it begins, no time has passed on the
+    // way.
+    const bool isInside = params.current >= params.start && params.current <= params.end;
+    const bool isAtFarEnd = params.current == (reverse ? params.start : params.end);
+    beginAnewAt(isInside && !isAtFarEnd ? params.current : reverse ? params.end : params.start);
     _player->start(params, true, this);
     return true;
 }
@@ -256,8 +261,14 @@ void kxAnimClipEditor::wrapPlayback()
     const double far = params.reverse ? params.start : params.end;
     const double near = params.reverse ? params.end : params.start;
     scene()->setTime(far);
-    // Frames are the scene's, at whatever rate they are played.
-    clip->setLastEvaluationTime(float(near / kxAnimManager::the()->fps()));
-    osg::markChanged(clip, osg::AnimNode::LastEvaluationTimeFieldMask);
+    beginAnewAt(near);
     scene()->setTime(near);
+}
+
+void kxAnimClipEditor::beginAnewAt(double frame)
+{
+    const osg::AnimNodePtr clip = shownClip();
+    // Frames are the scene's, at whatever rate they are played.
+    clip->setLastEvaluationTime(float(frame / kxAnimManager::the()->fps()));
+    osg::markChanged(clip, osg::AnimNode::LastEvaluationTimeFieldMask);
 }

@@ -336,25 +336,44 @@ private Q_SLOTS:
         QFETCH(double, rate);
         QFETCH(bool, reverse);
         QFETCH(QString, fired);
-        const osg::AnimNodePtr late = kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2),
-                                                                   kxAnimFixture::trigger("early", 2.25f),
-                                                                   kxAnimFixture::trigger("late", 2.75f)});
-        kxAnimManager::the()->addToClipStructure(late);
-        tree()->rebuild(false);
-        select(late); // frames 48 to 72
+        showLate();
         const double rateBefore = kxAnimManager::the()->playbackFPS();
         kxAnimManager::the()->setPlaybackFPS(rate);
         press(reverse ? "_playRev" : "_play");
         kxAnimManager::the()->setPlaybackFPS(rateBefore);
         shown()->setTime(60);
         QStringList heard;
-        kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
-                               { heard << QString::fromStdString(name); });
+        hearTriggers(heard);
         kxMessage message;
         kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
         kxTriggers::setHandler(nullptr);
         QCOMPARE(heard.join(','), fired);
         QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
+    }
+
+    void startsPastNoTrigger()
+    {
+        showLate();
+        for (const auto& [from, button, frames, fired] :
+             {std::make_tuple(48.0, "_playRev", std::make_pair(72.0, 49.0), "b,a"),
+              {72.0, "_play", {48.0, 71.0}, "early,late"},
+              {100.0, "_play", {48.0, 60.0}, "early"},
+              {60.0, "_playRev", {59.0, 50.0}, "early"}})
+        {
+            press("_stop");
+            shown()->setTime(from);
+            QStringList heard;
+            hearTriggers(heard);
+            press(button);
+            for (const double frame : {frames.first, frames.second})
+            {
+                kxMessage message;
+                message.set("frame", frame, true);
+                kxController::call(kxMessageName::FramePlayerFrameChanged, message, 0);
+            }
+            kxTriggers::setHandler(nullptr);
+            QCOMPARE(heard.join(','), QString(fired));
+        }
     }
 
     void fieldsFollowTheClip()
@@ -596,6 +615,21 @@ private:
     kxAnimClipScene* shown() const { return _maker->shown; }
     kxAnimClipStructureWidget* tree() const { return _maker->tree; }
     void press(const char* button) { _form->findChild<QToolButton*>(button)->click(); }
+    /// A clip of frames 48 to 72, with the triggers "early" and "late".
+    void showLate()
+    {
+        const osg::AnimNodePtr late = kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2),
+                                                                   kxAnimFixture::trigger("early", 2.25f),
+                                                                   kxAnimFixture::trigger("late", 2.75f)});
+        kxAnimManager::the()->addToClipStructure(late);
+        tree()->rebuild(false);
+        select(late);
+    }
+    static void hearTriggers(QStringList& heard)
+    {
+        kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
+                               { heard << QString::fromStdString(name); });
+    }
     static osg::AnimNodePtr child(const osg::AnimNodePtr& node, unsigned int index)
     {
         return kxClipMakerFixture::child(node, index);
