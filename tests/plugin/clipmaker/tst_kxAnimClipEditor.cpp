@@ -355,7 +355,7 @@ private Q_SLOTS:
     {
         showLate();
         for (const auto& [from, button, frames, fired] :
-             {std::make_tuple(48.0, "_playRev", std::make_pair(72.0, 49.0), "b,a"),
+             {std::make_tuple(48.0, "_playRev", std::make_pair(72.0, 49.0), "late,early"),
               {72.0, "_play", {48.0, 71.0}, "early,late"},
               {100.0, "_play", {48.0, 60.0}, "early"},
               {60.0, "_playRev", {59.0, 50.0}, "early"}})
