@@ -17,10 +17,7 @@ bool kxFieldUndo::eventFilter(QObject* watched, QEvent* event)
     {
         auto* const key = static_cast<QKeyEvent*>(event);
         if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo))
-        {
-            event->ignore();
-            return true;
-        }
+            return true; // not accepted: nobody wants it for itself
     }
     return QObject::eventFilter(watched, event);
 }

@@ -186,6 +186,7 @@ private Q_SLOTS:
         QTest::newRow("undo and redo end it") << "undo redo" << 2;
         QTest::newRow("saving ends it") << "save" << 2;
         QTest::newRow("a release that went elsewhere") << "hover" << 2;
+        QTest::newRow("so does one of two buttons") << "other" << 2;
     }
 
     void gestures()
@@ -208,6 +209,8 @@ private Q_SLOTS:
             _stack->setIndex(0), _stack->setIndex(2);
         else if (between == "release")
             kxRelease(&_canvas, Place);
+        else if (between == "other")
+            kxSendMouse(&_canvas, QEvent::MouseButtonRelease, Place, Qt::RightButton, Qt::LeftButton);
         if (between == "hover" || between == "release")
             kxPress(&_canvas, Place);
         kxDragTo(&_canvas, Place);
