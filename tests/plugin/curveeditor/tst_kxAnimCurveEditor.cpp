@@ -169,8 +169,8 @@ private Q_SLOTS:
         }
         kernel->setPlaybackContextHint(1); // what is shown alone is played
         kernel->setCurrentFrame(48, false, true);
-        kernel->setPlaybackContextHint(0);
         QCOMPARE(x(), 5.0f);
+        kernel->setPlaybackContextHint(0);
         QCOMPARE(_editor->graph->scene()->timeItem()->time(), 48.0);
     }
 
