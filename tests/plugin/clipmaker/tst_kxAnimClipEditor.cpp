@@ -3,7 +3,6 @@
 #include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
-#include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
@@ -18,7 +17,6 @@
 #include <kxTreeProbe.h>
 
 #include <QAction>
-#include <QLabel>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
@@ -88,8 +86,8 @@ private Q_SLOTS:
 
     void looks()
     {
-        const QImage stats = _form->_statsFrame->grab().toImage();
-        QCOMPARE(stats.pixelColor(1, 1), QColor(70, 70, 70));
+        const QPoint stats = _form->_statsFrame->mapTo(_form, QPoint(1, 1));
+        QCOMPARE(_form->grab().toImage().pixelColor(stats), QColor(70, 70, 70));
         QCOMPARE(_form->_viewFrame->geometry().bottom() + 1, _form->frame->y()); // nothing between view and player
         for (const QToolButton* const button : _form->frame->findChildren<QToolButton*>())
             QVERIFY2(!button->icon().isNull() && !button->accessibleName().isEmpty(), qPrintable(button->objectName()));
@@ -225,7 +223,8 @@ private Q_SLOTS:
         QCOMPARE(bar->node()->getScale(), 3.0f);
         _form->_start->setFocus();
         shown()->clearSelection();
-        QVERIFY(!_form->_postCycles->hasFocus()); // keys type into no other field
+        QVERIFY(_form->window()->focusWidget() != _form->_postCycles); // keys type into no other field
+        QCOMPARE(_form->_postCycles->value(), 0);                      // the clip's
         QFocusEvent focus(QEvent::FocusIn);
         QApplication::sendEvent(_maker->view, &focus);
         QCOMPARE(kxAnimManager::the()->motionBlurObjectID(), _clip->getId());
@@ -591,23 +590,6 @@ private Q_SLOTS:
         for (const char* const name : {kxMessageName::TrashCleared, kxMessageName::UpdateClipScene,
                                        kxMessageName::SelectedClipNode, kxMessageName::FramePlayerLoopChanged})
             kxController::call(name, message, 0);
-    }
-
-    /// The question about an animation that is in the way; its answers stand in the test of the wizard.
-    void askingSurvivesItsParent()
-    {
-        const QPointer<QWidget> parent(new QWidget);
-        QTimer::singleShot(0, qApp,
-                           [parent]
-                           {
-                               const auto* const question = parent->findChild<kxAnimClipInterferenceGUIImpl*>();
-                               const QLabel* const text = question->label;
-                               QVERIFY(text->width() > question->width() / 2);
-                               QVERIFY(text->height() >= 2 * text->fontMetrics().height()); // wrapped
-                               delete parent;
-                           });
-        QCOMPARE(kxAnimClipInterferenceGUIImpl::ask(parent), 0);
-        QVERIFY(parent.isNull());
     }
 
 private:

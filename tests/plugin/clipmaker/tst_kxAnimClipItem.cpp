@@ -352,7 +352,7 @@ private Q_SLOTS:
         kxClipFixture f;
         const double pixel = 0.5;
         kxAnimClipItem* const bar = f.bar(float((24 + pixel / 2) / 24), 4, 0, 3); // between two pixels
-        f.view.scale(1, 1);
+        f.view.setRenderHint(QPainter::Antialiasing);                             // as the clip maker's
         f.view.centerOn(bar);
         const QImage picture = f.view.viewport()->grab().toImage();
         const auto colours = [&](double frame, double y)

@@ -1,6 +1,7 @@
 #include "kxClipFixture.h"
 #include "kxClipMakerFixture.h"
 
+#include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
 #include <frame/kxCallbacks.h>
@@ -240,6 +241,23 @@ private Q_SLOTS:
         QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(marker->pos() + QPointF(0, 9))));
         QCOMPARE(f.tree->topLevelItem(0)->childCount(), 3);
         QCOMPARE(f.tree->selectedClip(), f.showClip);
+    }
+
+    /// The question about an animation that is in the way; its answers stand in the test of the wizard.
+    void askingSurvivesItsParent()
+    {
+        const QPointer<QWidget> parent(new QWidget);
+        QTimer::singleShot(0, qApp,
+                           [parent]
+                           {
+                               const auto* const question = parent->findChild<kxAnimClipInterferenceGUIImpl*>();
+                               const QLabel* const text = question->label;
+                               QVERIFY(text->width() > question->width() / 2);
+                               QVERIFY(text->height() >= 2 * text->fontMetrics().height()); // wrapped
+                               delete parent;
+                           });
+        QCOMPARE(kxAnimClipInterferenceGUIImpl::ask(parent), 0);
+        QVERIFY(parent.isNull());
     }
 };
 
