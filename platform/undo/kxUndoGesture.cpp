@@ -67,14 +67,11 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
         moveOn();
         break;
     case QEvent::MouseMove:
-        // A release that went elsewhere shows in the next move.
-        if (static_cast<QMouseEvent*>(event)->buttons() == Qt::NoButton && _held != Qt::NoButton)
-        {
+        // A release that went elsewhere shows in the next move. What is added with no button held moves on by itself.
+        if (static_cast<QMouseEvent*>(event)->buttons() == Qt::NoButton)
             _held = Qt::NoButton;
-            moveOn();
-        }
         break;
-    case QEvent::Drop: // takes the place of the release; what is added with no button held moves on by itself
+    case QEvent::Drop: // takes the place of the release
         _held = Qt::NoButton;
         break;
     case QEvent::KeyPress:

@@ -59,8 +59,7 @@ private Q_SLOTS:
 
     void keysPassExactly_data()
     {
-        QTest::addColumn<int>("type"); // -1: cubic
-        kxColumns<QString, bool>("expected", "exact");
+        kxColumns<int, QString, bool>("type", "expected", "exact"); // -1: cubic, -2: free
         QTest::newRow("straight") << int(TangentType::Linear) << QStringLiteral("LINEAR") << true;
         QTest::newRow("steps") << int(TangentType::Constant) << QStringLiteral("STEP") << true;
         QTest::newRow("cubics of time") << -1 << QStringLiteral("CUBICSPLINE") << true;
@@ -152,7 +151,7 @@ private Q_SLOTS:
         QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
     }
 
-    /// One that is sampled, with a part that is switched off, and one whose keys pass. What one of them moves rests in
+    /// One that is sampled, and one whose keys pass, with a part that is switched off. What one of them moves rests in
     /// the other, and no trigger is fired.
     void clipsAreWrittenApart()
     {
@@ -166,11 +165,11 @@ private Q_SLOTS:
             return manager->createBlock(object->findAttachment<AnimAttachment>(), "block");
         };
         const AnimNodePtr run = kxAnimFixture::clone(block(0, 1, 5), 0),
-                          off = kxAnimFixture::clone(block(1, 100, 200), 0);
+                          off = kxAnimFixture::clone(block(0, 100, 200), 0);
         run->setPostCycles(1);
         off->setTravMask(0);
-        manager->addToClipStructure(kxAnimFixture::clip("runs", {run, off, kxAnimFixture::trigger("shot", 0.5f)}));
-        manager->addToClipStructure(kxAnimFixture::clip("stands", {kxAnimFixture::clone(block(1, 10, 20), 0)}));
+        manager->addToClipStructure(kxAnimFixture::clip("runs", {run, kxAnimFixture::trigger("shot", 0.5f)}));
+        manager->addToClipStructure(kxAnimFixture::clip("stands", {kxAnimFixture::clone(block(1, 10, 20), 0), off}));
         int fired = 0;
         kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
         const bool done = roundTrip();

@@ -25,6 +25,10 @@ void hearTrash(kxMessage&)
 {
     heard.append(QStringLiteral("trash"));
 }
+void hearFrame(kxMessage&)
+{
+    heard.append(QStringLiteral("frame:%1").arg(kxScene::the()->root()->getNChildren()));
+}
 
 /// Notes what comes, and how much the scene holds then.
 class Listener : public kxModuleBase
@@ -50,6 +54,7 @@ private Q_SLOTS:
     void messagesComeInOrder()
     {
         kxRichScene::make();
+        kxAnimManager::the()->setCurrentFrame(7, true, false);
         const QString path = _folder.filePath(QStringLiteral("a.kxs"));
         kxFileReport report(path);
         QVERIFY(kxSceneIO::save(path, report));
@@ -57,11 +62,13 @@ private Q_SLOTS:
         QVERIFY(kxUndoStack::get(0).stack()->count() > 0);
         const Listener listener;
         kxController::addCB(kxMessageName::TrashCleared, &hearTrash);
+        kxController::addCB(kxMessageName::CurrentFrameChanged, &hearFrame);
         heard.clear();
         QVERIFY(kxSceneIO::open(path, report));
         kxController::subCB(kxMessageName::TrashCleared, &hearTrash);
+        kxController::subCB(kxMessageName::CurrentFrameChanged, &hearFrame);
         QVERIFY2(report.summary().contains(QLatin1String("1 animation, 1 clip")), qPrintable(report.summary()));
-        QCOMPARE(heard, QStringList({"800000:4", "trash", "10:0", "20:4", "200000:4"}));
+        QCOMPARE(heard, QStringList({"800000:4", "trash", "10:0", "frame:4", "20:4", "200000:4"}));
         QCOMPARE(kxUndoStack::get(0).stack()->count(), 0);
         QVERIFY(kxSelection::the().nodes().empty());
     }

@@ -268,8 +268,8 @@ private Q_SLOTS:
 
     void rangeDrag_data()
     {
-        QTest::addColumn<int>("from"); // pixels in a trough of ten pixels a frame, range 20 to 40
-        kxColumns<int, int, int>("to", "start", "end");
+        // From and to: pixels in a trough of ten pixels a frame, with the range 20 to 40.
+        kxColumns<int, int, int, int>("from", "to", "start", "end");
         QTest::newRow("start") << 203 << 153 << 15 << 40;
         QTest::newRow("end") << 397 << 447 << 20 << 45;
         QTest::newRow("last pixel of the end") << 400 << 450 << 20 << 45;
