@@ -20,6 +20,7 @@ namespace
 {
 constexpr double WheelZoom = 1.15;
 constexpr double DragZoom = 1.05;
+constexpr int EmptyClipFrames = 25; // at least, of a clip that has no length of its own
 
 enum class Command
 {
@@ -116,9 +117,13 @@ void kxAnimClipView::frame()
     clip->getWorldVolume(volume);
     osg::Pnt3f start, end;
     volume.getBounds(start, end);
-    const double fps = kxAnimManager::the()->fps();
-    const QRectF part = kxClipLayout::framed(double(start.x()) * fps, double(end.x() - start.x()) * fps, bars.y(),
-                                             bars.height(), viewport()->width(), kxPlatform::getDpiScaleX());
+    const kxAnimManager& kernel = *kxAnimManager::the();
+    const bool isEmpty = _scene->bars().isEmpty();
+    const double first = isEmpty ? 0 : double(start.x()) * kernel.fps();
+    const double length =
+        isEmpty ? std::max(kernel.detailedRangeEnd(), EmptyClipFrames) : double(end.x() - start.x()) * kernel.fps();
+    const QRectF part =
+        kxClipLayout::framed(first, length, bars.y(), bars.height(), viewport()->width(), kxPlatform::getDpiScaleX());
     if (part.width() > 0)
         fitInView(QRectF(part.x(), part.y(), part.width(), std::max(1.0, part.height())), Qt::IgnoreAspectRatio);
     else
@@ -143,9 +148,15 @@ void kxAnimClipView::frameUnseenClip()
     _isClipNew = false;
     const osg::AnimNodePtr clip = _scene->clip();
     const QVector<kxAnimAbstractClipItem*>& bars = _scene->bars();
-    if (clip == osg::NullFC || bars.isEmpty())
+    if (clip == osg::NullFC)
         return;
     const QRectF seen = visibleRect();
+    if (bars.isEmpty())
+    {
+        if (seen.left() > 0 || seen.right() < 0)
+            frame(); // else nothing of it would be where the first bar is put
+        return;
+    }
     const bool isSeen =
         std::any_of(bars.begin(), bars.end(),
                     [&seen](const kxAnimAbstractClipItem* bar) { return seen.intersects(bar->sceneBoundingRect()); });

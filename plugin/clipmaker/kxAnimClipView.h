@@ -17,9 +17,11 @@ public:
     kxAnimClipScene* clipScene() const { return _scene; }
 
 public Q_SLOTS:
-    /// Zooms to the clip's extent, with room for the track column; without a clip nothing happens.
+    /// Zooms to the clip's extent, to the timeline's range from frame 0 on where it is empty, with room for the track
+    /// column; without a clip nothing happens.
     void frame();
-    /// Frames the shown clip before the next drawing, unless it was framed before and some of it is in sight.
+    /// Frames the shown clip before the next drawing, unless it was framed before and some of it is in sight; of an
+    /// empty one that is frame 0.
     void frameNewClip();
 
 Q_SIGNALS:

@@ -122,6 +122,15 @@ private Q_SLOTS:
         select(far);
         _maker->docks.show("Clip Maker");
         QVERIFY(std::abs(seen(far).right() - 9624) < 1);
+        const osg::AnimNodePtr empty = kxAnimFixture::clip("Empty", {});
+        kxAnimManager::the()->addToClipStructure(empty);
+        kxAnimManager::the()->setDetailedRangeEnd(40);
+        tree()->rebuild(false);
+        QVERIFY(seen(empty).left() < 0 && std::abs(seen(empty).right() - 40) < 1);
+        _maker->view->scale(0.5, 1);
+        const QRectF users = seen(_clip);
+        QCOMPARE(seen(empty), users);
+        kxAnimManager::the()->setDetailedRangeEnd(25);
     }
 
     void bringsNewBarsIntoSight()
