@@ -19,6 +19,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QStyledItemDelegate>
@@ -330,6 +331,15 @@ void kxAnimClipStructureWidget::duplicateSelected(bool flipped)
         kxClipStructure::duplicate(node, flipped);
     if (!nodes.empty())
         rebuild(true);
+}
+
+void kxAnimClipStructureWidget::keyPressEvent(QKeyEvent* event)
+{
+    // The entry is off where no clip is selected, and its key with it: whoever pastes says why nothing comes.
+    if (event->matches(QKeySequence::Paste) && !_paste->isEnabled())
+        pasteCloneTriggered();
+    else
+        kxAnimTreeWidget::keyPressEvent(event);
 }
 
 void kxAnimClipStructureWidget::pasteCloneTriggered()

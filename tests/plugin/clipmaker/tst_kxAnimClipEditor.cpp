@@ -490,14 +490,16 @@ private Q_SLOTS:
     {
         const osg::AnimNodePtr block = child(_clip, 1);
         kxAnimManager::the()->copy(block, osg::FieldContainerPtr());
-        const auto paste = [this]
+        const auto paste = [this](bool byKey = false)
         {
             kxCapturedStderr log;
-            QMetaObject::invokeMethod(_maker->module.get(), "pasteClone");
+            byKey ? QTest::keyClick(tree(), Qt::Key_V, Qt::ControlModifier)
+                  : void(QMetaObject::invokeMethod(_maker->module.get(), "pasteClone"));
             return log.text();
         };
         select(block);
-        QVERIFY(paste().contains("\"Move\": it is no clip"));
+        for (const bool byKey : {false, true})
+            QVERIFY(paste(byKey).contains("\"Move\": it is no clip"));
         QCOMPARE(block->getNChildren(), 1u);
         QCOMPARE(_clip->getNChildren(), 2u);
         select(_clip);
