@@ -125,7 +125,7 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
         image->setEncoded(std::move(bytes));
         return image;
     }
-    QImage pixels = decode(bytes);
+    const QImage pixels = decode(bytes);
     if (pixels.isNull())
         return refuse();
     const bool repaint = opaque && anyTransparent(pixels);
@@ -135,11 +135,7 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
         image->setEncoded(std::move(bytes));
         return image;
     }
-    if (repaint)
-        for (int y = 0; y < pixels.height(); ++y)
-            for (int x = 0; x < pixels.width(); ++x)
-                pixels.scanLine(y)[4 * x + 3] = 255;
-    return fromPixels(pixels);
+    return fromPixels(repaint ? pixels.convertToFormat(QImage::Format_RGBX8888) : pixels);
 }
 
 bool kxImageImport::mean(const std::vector<unsigned char>& bytes, float* mean)

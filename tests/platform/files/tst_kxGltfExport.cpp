@@ -3,7 +3,6 @@
 #include <animation/kxTriggers.h>
 #include <files/kxGltfExport.h>
 #include <kxAnimFixture.h>
-#include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
@@ -170,6 +169,8 @@ private Q_SLOTS:
         off->setTravMask(0);
         manager->addToClipStructure(kxAnimFixture::clip("runs", {run, kxAnimFixture::trigger("shot", 0.5f)}));
         manager->addToClipStructure(kxAnimFixture::clip("stands", {kxAnimFixture::clone(block(1, 10, 20), 0), off}));
+        addCurve(object, "translation", "", 0, {{0, 50}, {1, 60}}, TangentType::Linear); // plays without a clip
+        manager->setCurrentFrame(12, true, false);
         int fired = 0;
         kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
         const bool done = roundTrip();

@@ -10,7 +10,6 @@
 
 #include <QtTest>
 
-#include <cmath>
 #include <numeric>
 
 using namespace osg;
