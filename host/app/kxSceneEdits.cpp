@@ -114,6 +114,12 @@ void keepWorldPlace(const osg::NodePtr& node, const QMatrix4x4& world)
     add(kxSetFieldCommand::make(core, "scale", osg::FieldValue(newScale), stepText("Move")));
 }
 
+/// Objects stand below objects, not below viewpoints or what else the scene holds.
+bool takesObjects(const osg::NodePtr& parent)
+{
+    return kxSceneEdits::isObject(parent) || parent == kxScene::the()->root();
+}
+
 bool standsInClip(const osg::AnimNodePtr& animation)
 {
     if (animation->getCore() == osg::NullFC)
@@ -159,6 +165,12 @@ kxSceneEdits::Nodes kxSceneEdits::allNodes()
     return nodes;
 }
 
+bool kxSceneEdits::isObject(const osg::NodePtr& node)
+{
+    const osg::NodePtr root = kxScene::the()->root();
+    return node != root && kxNodeUtils::hasParent(node, root);
+}
+
 kxSceneEdits::Nodes kxSceneEdits::topmost(const Nodes& nodes)
 {
     std::set<unsigned int> wanted;
@@ -189,7 +201,7 @@ bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent,
 {
     const osg::NodePtr target = parent == osg::NullFC ? kxScene::the()->root() : parent;
     const kxContainerShare share(node);
-    if (node == osg::NullFC || !kxNodePermission::allows(target, kxScenegraphTypes::AddChild))
+    if (node == osg::NullFC || !takesObjects(target) || !kxNodePermission::allows(target, kxScenegraphTypes::AddChild))
         return false;
     node->setNodeName(freeName(node->getNodeName(), namesInScene()));
     const kxScopedUndo scope(true);
@@ -262,7 +274,7 @@ bool kxSceneEdits::duplicateNodes(const Nodes& nodes)
 
 bool kxSceneEdits::canMoveNodes(const Nodes& nodes, const osg::NodePtr& parent)
 {
-    if (parent == osg::NullFC || nodes.empty() || !kxNodePermission::allows(parent, kxScenegraphTypes::AddChild))
+    if (!takesObjects(parent) || nodes.empty() || !kxNodePermission::allows(parent, kxScenegraphTypes::AddChild))
         return false;
     return std::all_of(nodes.begin(), nodes.end(),
                        [&parent](const osg::NodePtr& node)

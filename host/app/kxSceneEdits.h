@@ -49,6 +49,8 @@ int assignMaterial(const Nodes& nodes, const osg::MaterialPtr& material);
 
 /// All objects of the scene, in the order of the tree.
 Nodes allNodes();
+/// True for what stands below the scene's root: no viewpoint, no clip, and not the root itself.
+bool isObject(const osg::NodePtr& node);
 /// The nodes of the scene without those that stand below another one of them, in the order of the tree.
 Nodes topmost(const Nodes& nodes);
 } // namespace kxSceneEdits

@@ -44,12 +44,36 @@ bool isFinite(const osg::Vec3f& value)
     return std::isfinite(value.x()) && std::isfinite(value.y()) && std::isfinite(value.z());
 }
 
-osg::NodePtr addObject(const std::string& kind, const std::string& name, const osg::NodePtr& parent,
-                       const osg::MaterialPtr& material)
+/// What an argument that may be null stands for. An object that is gone is no null: the script means something else.
+template <class T>
+osg::FCPtr<T> given(const bp::object& value, const std::string& what)
 {
-    const QString wanted = QString::fromStdString(kind).toLower();
+    const bp::extract<osg::FCPtr<T>> handle(value);
+    if (!handle.check())
+        kxRaise(PyExc_TypeError, "the " + what + " has to be a handle of one");
+    const osg::FCPtr<T> object = handle();
+    if (object == osg::NullFC && !value.is_none() && bp::extract<unsigned int>(value.attr("id"))() != 0)
+        kxRaise(PyExc_ValueError, "the " + what + " is gone");
+    return object;
+}
+
+osg::NodePtr parentOf(const bp::object& value)
+{
+    const osg::NodePtr parent = given<osg::Node>(value, "parent");
     if (osg::AnimNodePtr::dcast(parent) != osg::NullFC)
         kxRaise(PyExc_ValueError, "the parent is an animation; an object stands below an object");
+    if (parent != osg::NullFC && parent != kxScene::the()->root() && !kxSceneEdits::isObject(parent))
+        kxRaise(PyExc_ValueError,
+                "the parent '" + parent->getNodeName() + "' is no object; an object stands below an object");
+    return parent;
+}
+
+osg::NodePtr addObject(const std::string& kind, const std::string& name, const bp::object& above,
+                       const bp::object& surfaceMaterial)
+{
+    const QString wanted = QString::fromStdString(kind).toLower();
+    const osg::NodePtr parent = parentOf(above);
+    const osg::MaterialPtr material = given<osg::Material>(surfaceMaterial, "material");
     QStringList known;
     for (const kxSceneObjects::Entry& entry : entries())
     {
@@ -260,8 +284,8 @@ void defineScene()
             "@type material: MaterialPtr\n\n"
             "@return: The new node.\n\n"
             "@rtype: NodePtr\n\n"
-            "@raise ValueError: There is no such kind, it has no material, or the parent takes no children, as an "
-            "animation.");
+            "@raise ValueError: There is no such kind, it has no material, the parent or the material is gone, or the "
+            "parent is no object, as an animation or a viewpoint.");
     bp::def("addMaterial", addMaterial,
             (bp::arg("name"), bp::arg("color") = osg::Vec3f(0.8f, 0.8f, 0.8f), bp::arg("roughness") = 0.5,
              bp::arg("metallic") = 0.0),

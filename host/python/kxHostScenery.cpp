@@ -137,6 +137,11 @@ void playCameraTrack(const bp::object& track)
 
 osg::NodePtr addVariantSet(const Nodes& nodes, const std::string& name)
 {
+    for (const osg::NodePtr& node : nodes)
+        if (node == osg::NullFC)
+            kxRaise(PyExc_ValueError, "a choice is null, or it is gone");
+        else if (!kxSceneEdits::isObject(node))
+            kxRaise(PyExc_ValueError, "'" + node->getNodeName() + "' is no object; choices are objects");
     return kxSceneryEdits::addVariantSet(nodes, QString::fromStdString(name));
 }
 
@@ -274,7 +279,8 @@ void defineVariants()
             "@param name: A name that is taken gets a number; empty is \"Variants\".\n\n"
             "@type name: string\n\n"
             "@return: The set.\n\n"
-            "@rtype: NodePtr");
+            "@rtype: NodePtr\n\n"
+            "@raise ValueError: A choice is null or gone, or no object, as a clip or a viewpoint.");
     bp::def("variantChoices", variantChoices, bp::args("set"),
             "Gets the choices of a variant set.\n\n"
             "@param set: Its name or handle.\n\n"

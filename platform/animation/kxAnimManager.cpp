@@ -3,6 +3,7 @@
 #include <animation/kxAnimManagerPrivate.h>
 #include <animation/kxAnimScene.h>
 #include <animation/kxAnimWatch.h>
+#include <animation/kxAttachmentRegistry.h>
 #include <animation/kxClipProgram.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>
@@ -19,6 +20,7 @@
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace osg;
@@ -358,6 +360,26 @@ void kxAnimManager::pySetCurrentFrame(double frame)
 double kxAnimManager::pyGetCurrentFrame()
 {
     return the()->currentFrame();
+}
+
+bool kxAnimScene::contains(const FieldContainerPtr& object)
+{
+    if (kxScene::the()->contains(object))
+        return true;
+    NodePtr top = NodePtr::dcast(object);
+    while (top != NullFC && top->getParent() != NullFC)
+        top = top->getParent();
+    if (top == NullFC)
+        return false;
+    const kxAnimManager& manager = *kxAnimManager::the();
+    if (top == manager.clipStructureRoot() || top == manager.sceneStructureRoot())
+        return true;
+    const AnimAttachmentPtr attachment = kxAttachmentRegistry::ofRoot(top);
+    if (attachment == NullFC)
+        return false;
+    const auto& owners = attachment->getParents();
+    return std::any_of(owners.begin(), owners.end(),
+                       [](const AttachmentContainerPtr& owner) { return kxScene::the()->contains(owner); });
 }
 
 void kxAnimScene::clear()

@@ -1,11 +1,16 @@
 #pragma once
 
-#include <kxExport.h>
+#include <osg/FieldContainer.h>
 
-/// The kernel's part of a new scene.
+/// The scene with its animations.
 namespace kxAnimScene
 {
+/// The kernel's part of a new scene.
 /// Stops what plays, empties the structure roots, forgets rest values and plans, and goes to frame 0 without a message.
 /// Rates, ranges and the clipboard stay. Rest values aren't written back: the objects are about to go.
 KX_API void clear();
+
+/// True for what stands in the scene: its nodes and materials, the animations of these, clips and what is in them.
+/// False for what only the undo stack, the clipboard or a handle still knows.
+KX_API bool contains(const osg::FieldContainerPtr& object);
 } // namespace kxAnimScene

@@ -1,5 +1,6 @@
 #include <python/kxPythonHandles.h>
 
+#include <animation/kxAnimScene.h>
 #include <kxScenegraph.h>
 
 #include <boost/make_shared.hpp>
@@ -18,19 +19,22 @@ unsigned int idOf(const kxPyMaterial& handle)
 {
     return handle.id;
 }
-unsigned int idOf(const kxNodePtr& handle)
+unsigned int idOf(const kxPyAnyNode& handle)
 {
-    return handle.id();
+    return handle.id;
 }
 
+/// Null for an object that is out of the scene: the next step may be the end of it.
 osg::FieldContainerPtr containerOf(unsigned int id)
 {
-    return osg::FieldContainerFactory::the()->getContainer(id);
+    const osg::FieldContainerPtr container = osg::FieldContainerFactory::the()->getContainer(id);
+    return kxAnimScene::contains(container) ? container : osg::FieldContainerPtr();
 }
 
-osg::NodePtr nodeOf(unsigned int id)
+template <class T>
+osg::FCPtr<T> resolve(unsigned int id)
 {
-    return osg::FieldContainerFactory::the()->get<osg::Node>(id);
+    return osg::FCPtr<T>::dcast(containerOf(id));
 }
 
 template <class Handle>
@@ -148,7 +152,7 @@ void defineHandle(Class& type)
 template <class Handle>
 bp::object getParent(const Handle& handle)
 {
-    const osg::NodePtr node = nodeOf(idOf(handle));
+    const osg::NodePtr node = resolve<osg::Node>(idOf(handle));
     return wrapped(node == osg::NullFC ? osg::NodePtr() : node->getParent());
 }
 
@@ -156,7 +160,7 @@ template <class Handle>
 bp::list getChildren(const Handle& handle)
 {
     bp::list children;
-    const osg::NodePtr node = nodeOf(idOf(handle));
+    const osg::NodePtr node = resolve<osg::Node>(idOf(handle));
     if (node != osg::NullFC)
         for (const osg::NodePtr& child : node->getChildren())
             children.append(wrapped(child));
@@ -194,7 +198,7 @@ struct AnimNodeRule
     {
         if (!kxPythonHandles::nodeId(object, id))
             return false;
-        const osg::FieldContainerPtr container = containerOf(id);
+        const osg::FieldContainerPtr container = osg::FieldContainerFactory::the()->getContainer(id);
         return container == osg::NullFC || osg::AnimNodePtr::dcast(container) != osg::NullFC;
     }
 };
@@ -210,12 +214,6 @@ struct AnyRule
     {
         return kxPythonHandles::nodeId(object, id) || kxPythonHandles::materialId(object, id);
     }
-};
-
-template <class T>
-struct Resolve
-{
-    static osg::FCPtr<T> from(unsigned int id) { return osg::FieldContainerFactory::the()->get<T>(id); }
 };
 
 template <class Target, class Rule, Target (*make)(unsigned int)>
@@ -239,7 +237,7 @@ struct FromPython
 
 kxNodePtr makeKxNode(unsigned int id)
 {
-    return kxNodePtr(nodeOf(id));
+    return kxNodePtr(resolve<osg::Node>(id));
 }
 
 struct NodeToPython
@@ -251,6 +249,13 @@ struct AnimNodeToPython
     static PyObject* convert(const osg::AnimNodePtr& node)
     {
         return bp::incref(bp::object(withId<kxPyAnimNode>(node.getFieldContainerId())).ptr());
+    }
+};
+struct AnyNodeToPython
+{
+    static PyObject* convert(const kxNodePtr& node)
+    {
+        return bp::incref(bp::object(withId<kxPyAnyNode>(node.id())).ptr());
     }
 };
 struct MaterialToPython
@@ -275,9 +280,9 @@ boost::shared_ptr<kxPyMaterial> newMaterial(const osg::MaterialPtr& material)
 {
     return boost::make_shared<kxPyMaterial>(withId<kxPyMaterial>(material.getFieldContainerId()));
 }
-boost::shared_ptr<kxNodePtr> newKxNode(const osg::NodePtr& node)
+boost::shared_ptr<kxPyAnyNode> newAnyNode(const osg::NodePtr& node)
 {
-    return boost::make_shared<kxNodePtr>(node);
+    return boost::make_shared<kxPyAnyNode>(withId<kxPyAnyNode>(node.getFieldContainerId()));
 }
 } // namespace
 
@@ -292,12 +297,10 @@ bool kxPythonHandles::nodeId(PyObject* object, unsigned int& id)
         id = node().id;
         return true;
     }
-    // As an lvalue: the conversion from other handles to kxNodePtr must not be asked here.
-    const bp::extract<kxNodePtr&> kxNode(object);
-    if (!kxNode.check())
-        return false;
-    id = kxNode().id();
-    return true;
+    const bp::extract<const kxPyAnyNode&> anyNode(object);
+    if (anyNode.check())
+        id = anyNode().id;
+    return anyNode.check();
 }
 
 bool kxPythonHandles::materialId(PyObject* object, unsigned int& id)
@@ -313,7 +316,8 @@ bool kxPythonHandles::materialId(PyObject* object, unsigned int& id)
 
 void kxPythonHandles::define()
 {
-    bp::class_<kxPyNode> node("NodePtr", "A node of the scene, or null. Stays safe when the node is deleted.\n\n"
+    bp::class_<kxPyNode> node("NodePtr", "A node of the scene, or null. Stays safe when the node is deleted, and is "
+                                         "null as long as the node is out of the scene.\n\n"
                                          "NodePtr() is null; NodePtr(node) takes any handle of a node.");
     node.def("__init__", bp::make_constructor(newNode));
     defineNodeHandle<kxPyNode>(node);
@@ -327,19 +331,20 @@ void kxPythonHandles::define()
     material.def("__init__", bp::make_constructor(newMaterial));
     defineHandle<kxPyMaterial>(material);
 
-    bp::class_<kxNodePtr> kxNode("kxNodePtr", "A node of the scene or of the animation tree, or null.\n\n"
-                                              "kxNodePtr() is null; kxNodePtr(node) takes any handle of a node. "
-                                              "Functions take it for a NodePtr and a NodePtr for it.");
-    kxNode.def("__init__", bp::make_constructor(newKxNode));
-    defineNodeHandle<kxNodePtr>(kxNode);
+    bp::class_<kxPyAnyNode> kxNode("kxNodePtr", "A node of the scene or of the animation tree, or null.\n\n"
+                                                "kxNodePtr() is null; kxNodePtr(node) takes any handle of a node. "
+                                                "Functions take it for a NodePtr and a NodePtr for it.");
+    kxNode.def("__init__", bp::make_constructor(newAnyNode));
+    defineNodeHandle<kxPyAnyNode>(kxNode);
 
     bp::to_python_converter<osg::NodePtr, NodeToPython>();
     bp::to_python_converter<osg::AnimNodePtr, AnimNodeToPython>();
+    bp::to_python_converter<kxNodePtr, AnyNodeToPython>();
     bp::to_python_converter<osg::MaterialPtr, MaterialToPython>();
 
-    FromPython<osg::NodePtr, NodeRule, nodeOf>::define();
-    FromPython<osg::AnimNodePtr, AnimNodeRule, Resolve<osg::AnimNode>::from>::define();
-    FromPython<osg::MaterialPtr, MaterialRule, Resolve<osg::Material>::from>::define();
+    FromPython<osg::NodePtr, NodeRule, resolve<osg::Node>>::define();
+    FromPython<osg::AnimNodePtr, AnimNodeRule, resolve<osg::AnimNode>>::define();
+    FromPython<osg::MaterialPtr, MaterialRule, resolve<osg::Material>>::define();
     FromPython<osg::FieldContainerPtr, AnyRule, containerOf>::define();
     FromPython<kxNodePtr, NodeRule, makeKxNode>::define();
 }

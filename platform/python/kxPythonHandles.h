@@ -18,6 +18,12 @@ struct kxPyAnimNode : kxPyNode
 {
 };
 
+/// What Python's kxNodePtr holds: any node. Not the contract's class itself, which knows nodes out of the scene too.
+struct kxPyAnyNode
+{
+    unsigned int id = 0; // field container id, 0 for null
+};
+
 /// What Python's MaterialPtr holds.
 struct kxPyMaterial
 {

@@ -177,6 +177,28 @@ private Q_SLOTS:
                                                   "newScene()\n"
                                                   "assert not door and not findNode('Door')\n"
                                                   "refused(ValueError, 'gone', channelValue, door, 'visible')";
+        QTest::newRow("objects whose adding was undone")
+            << "def refusals(h, m, move='translation.X'):\n"
+               "    any = kxNodePtr(h)\n"
+               "    assert undo() and not h and not any and not m and h.name == m.name == '' and not h.children\n"
+               "    for part, function, *values in (('gone', setChannelValue, h, move, 3), ('gone', channelNames, "
+               "any),\n"
+               "            ('gone', setChannelValue, m, 'roughness', 1), ('gone', setKey, h, move, 0, 1),\n"
+               "            ('gone', setInfinity, h, move, 'loop', 'loop'), ('parent', addObject, 'box', 'B', any),\n"
+               "            ('material', addObject, 'box', 'B', None, m), ('gone', addVariantSet, [h])):\n"
+               "        refused(ValueError, part, function, *values)\n"
+               "    assert redo() and h and any and m and setChannelValue(h, move, 3) == 3\n"
+               "ball = addObject('sphere', 'S', findNode('Door')); refusals(ball, findMaterial('S'))\n"
+               "way = addCameraTrack(viewpoints(), 1, 'Way'); undo()\n"
+               "refused(LookupError, '', playCameraTrack, way); refused(ValueError, 'null', deleteScenery, way)";
+        QTest::newRow("places that are none")
+            << "view, count = viewpoints()[0], undoCount()\n"
+               "for parent, part in ((view, 'Front'), (view.parent, 'Scenery'), (view.parent.parent, 'SuperRoot')):\n"
+               "    refused(ValueError, \"'%s' is no object\" % part, addObject, 'box', 'B', parent)\n"
+               "for choice in (view, None, findNode('Door').parent):\n"
+               "    refused(ValueError, 'choice', addVariantSet, [findNode('Knob'), choice])\n"
+               "assert undoCount() == count and not variantSets() and not view.children\n"
+               "assert addObject('box', 'B', findNode('Door').parent).parent == findNode('Door').parent";
         QTest::newRow("files that can't be read")
             << "for function, path in ((openScene, '/nowhere/a.kxs'), (importScene, '/nowhere/a.glb'), (openScene, "
                "''),\n"
@@ -292,8 +314,8 @@ private Q_SLOTS:
     void messagesCarryExactTypes()
     {
         const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
-        clip->addRef();
         clip->setCore(osg::AnimClipBase::create());
+        kxAnimManager::the()->addToClipStructure(clip);
         run(QStringLiteral("nodes = [findNode('Door'), kxNodePtr(findNode('Knob'))]\n"
                            "sendMessage('probe', {'truth': True, 'int': -5, 'double': 2.0, 'text': 'gr\\xfcn',\n"
                            "    'node': nodes[1], 'noAnim': AnimNodePtr(), 'nodes': nodes, 'none': (),\n"
@@ -315,9 +337,10 @@ private Q_SLOTS:
         kxSelection::the().setIds(kxSelection::Nodes, {clip->getId()});
         run("clip = selectedNodes()[0]\nsendMessage('probe', {'one': clip, 'all': [kxNodePtr(clip)]})");
         QVERIFY(carried("one", clip) && carried("all", std::vector<osg::AnimNodePtr>{clip}));
-        run("refused(ValueError, 'animation', addObject, 'sphere', 'Child', clip); assert not findNode('Child')");
+        run("refused(ValueError, 'animation', addObject, 'sphere', 'Child', clip); assert not findNode('Child')\n"
+            "refused(ValueError, 'choices', addVariantSet, [clip]); assert not variantSets()");
         QCOMPARE(clip->getNChildren(), 0u);
-        clip->subRef();
+        kxAnimManager::the()->clipStructureRoot()->subChild(clip);
 
         // What is read as a type that the value leaves open; what is of another goes as it is, for the receiver to
         // refuse.

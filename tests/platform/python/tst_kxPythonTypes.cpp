@@ -1,5 +1,6 @@
 #include <boost/python.hpp>
 
+#include <kxAnimManager.h>
 #include <kxNodePtr.h>
 #include <kxOwned.h>
 #include <kxScript.h>
@@ -7,6 +8,7 @@
 #include <osg/AnimNode.h>
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
 
 #include <QtTest>
 
@@ -106,6 +108,9 @@ private Q_SLOTS:
         _animNode->setCore(osg::AnimClipBase::create());
         _animNode->setNodeName("Open");
         _material->setNodeName("Lack");
+        kxScene::the()->root()->addChild(_node);
+        kxScene::the()->addMaterial(_material.get());
+        kxAnimManager::the()->addToClipStructure(_animNode);
         setGlobal("n", _node.get());
         setGlobal("a", _animNode.get());
         setGlobal("m", osg::MaterialPtr(_material.get()));
@@ -179,7 +184,7 @@ private Q_SLOTS:
                                   "assert a.typeName == 'AnimClip' and n.typeName == 'Transform'\n"
                                   "assert 'T\\xfcr' in repr(n) and repr(a).startswith('<AnimNodePtr')\n"
                                   "assert [c.name for c in n.children] == ['Griff'] and n.children[0].parent == k\n"
-                                  "assert k.getParent().isNull() and NodePtr().children == [] and bool(n)";
+                                  "assert k.getParent().name == 'Root' and NodePtr().children == [] and bool(n)";
         QTest::newRow("lists of nodes") << "assert kxNodes([n, k, a, None]) == [n, n, a, kxNodePtr()]\n"
                                            "assert animNodes((a, ka)) == [a, a] and kxNodes([]) == []\n"
                                            "refused(TypeError, kxNodes, [n, 1]); refused(TypeError, kxNodes, n)\n"
@@ -197,21 +202,28 @@ private Q_SLOTS:
     {
         kxOwned node(osg::AnimNodeBase::create());
         kxOwned material(osg::UberMaterial::create());
+        kxAnimManager::the()->addToClipStructure(node);
+        kxScene::the()->addMaterial(material.get());
         setGlobal("dead", osg::NodePtr(node.get()));
         setGlobal("deadAnim", node.get());
         setGlobal("deadKx", kxNodePtr(node.get()));
         setGlobal("deadMaterial", osg::MaterialPtr(material.get()));
         QVERIFY(kxScript::run("kept = {dead: 1, deadMaterial: 2}; id = dead.id; assert dead"));
-        node.release();
-        material.release();
-        const kxScriptResult result = kxInterpreter::run(
+        kxAnimManager::the()->clipStructureRoot()->subChild(node.get());
+        kxScene::the()->subMaterial(material.get());
+        const char* const script =
             "for h in (dead, deadAnim, deadKx, deadMaterial):\n"
             "    assert h.isNull() and not h and h.name == h.typeName == '' and h.id > 0 and 'gone' in repr(h)\n"
             "for h in (dead, deadAnim, deadKx):\n"
             "    assert h.id == id and h == dead and kept[h] == 1 and h.children == [] and h.parent.isNull()\n"
             "    assert nodeId(h) == animId(h) == anyId(h) == 0 and not NodePtr(h)\n"
-            "assert materialId(deadMaterial) == 0 and kept[deadMaterial] == 2 and kxNodes([dead]) == [kxNodePtr()]");
-        QVERIFY2(result.ok, result.trace.c_str());
+            "assert materialId(deadMaterial) == 0 and kept[deadMaterial] == 2 and kxNodes([dead]) == [kxNodePtr()]";
+        const kxScriptResult outOfScene = kxInterpreter::run(script);
+        QVERIFY2(outOfScene.ok, outOfScene.trace.c_str());
+        node.release();
+        material.release();
+        const kxScriptResult dead = kxInterpreter::run(script);
+        QVERIFY2(dead.ok, dead.trace.c_str());
     }
 
 private:
