@@ -78,6 +78,18 @@ kxTransformEdit::kxTransformEdit(const std::vector<osg::NodePtr>& nodes)
         _pivot /= float(_targets.size());
 }
 
+bool kxTransformEdit::isInScene() const
+{
+    return std::all_of(_targets.begin(), _targets.end(),
+                       [](const Target& target)
+                       {
+                           const auto core = osg::FieldContainerFactory::the()->get<osg::Transform>(target.coreId);
+                           return core != osg::NullFC &&
+                                  std::any_of(core->getParents().begin(), core->getParents().end(),
+                                              [](const osg::NodePtr& node) { return kxScene::the()->contains(node); });
+                       });
+}
+
 QVector3D kxTransformEdit::worldPlace(const Target& target) const
 {
     return target.above.map(toQt(target.before.translation));
@@ -132,7 +144,7 @@ Values kxTransformEdit::changed(const Target& target, const kxGizmoChange& chang
 
 bool kxTransformEdit::apply(const kxGizmoChange& change)
 {
-    if (change.kind == kxGizmoChange::None || _targets.empty())
+    if (change.kind == kxGizmoChange::None || _targets.empty() || !isInScene())
         return false;
     std::vector<kxTransformCommand::Entry> entries;
     for (const Target& target : _targets)
@@ -152,9 +164,10 @@ bool kxTransformEdit::apply(const kxGizmoChange& change)
         return false;
     const bool several = _targets.size() > 1;
     const auto core = osg::FieldContainerFactory::the()->get<osg::Transform>(_targets.front().coreId);
-    const QString what = several || core == osg::NullFC || core->getParents().empty()
-                             ? QStringLiteral("%1 Objects").arg(_targets.size())
-                             : QString::fromStdString(core->getParents().front()->getNodeName());
+    const std::string name = several ? std::string() : core->getParents().front()->getNodeName();
+    const QString what = several        ? QStringLiteral("%1 Objects").arg(_targets.size())
+                         : name.empty() ? QStringLiteral("1 Object")
+                                        : QString::fromStdString(name);
     osg::BitVector mask = osg::Transform::TranslationFieldMask;
     QString text = QStringLiteral("Move %1");
     if (change.kind == kxGizmoChange::Rotate)

@@ -16,6 +16,8 @@ public:
     /// not below another one of the list, and each core once.
     explicit kxTransformEdit(const std::vector<osg::NodePtr>& nodes);
 
+    /// False as soon as one of the objects is gone.
+    bool isInScene() const;
     bool isEmpty() const { return _targets.empty(); }
     /// Between the origins of the objects.
     QVector3D pivot() const { return _pivot; }

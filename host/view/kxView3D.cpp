@@ -55,6 +55,8 @@ kxView3D::kxView3D(QWidget* parent)
                     redraw(false);
             });
     connect(kxScene::the(), &kxScene::structureChanged, this, changed);
+    connect(kxScene::the(), &kxScene::structureChanged, this, &kxView3D::checkDrag);
+    connect(kxUndoStack::get(0).stack(), &QUndoStack::indexChanged, this, &kxView3D::checkDrag);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, changed);
     kxOSGWidget::setMGLW(this);
 }
@@ -378,6 +380,7 @@ void kxView3D::beginGizmoDrag(kxGizmo::Handle handle, const QPointF& point)
         return;
     _edit = std::move(edit);
     _edited = false;
+    _editIndex = kxUndoStack::get(0).stack()->index();
     _drag = Drag::Gizmo;
     _gizmo.setPlace(_edit->pivot(), _edit->axes(_local || _gizmo.tool() == kxGizmo::ScaleTool));
     _gizmo.beginDrag(handle, point);
@@ -387,6 +390,9 @@ void kxView3D::beginGizmoDrag(kxGizmo::Handle handle, const QPointF& point)
 void kxView3D::mouseMoveEvent(QMouseEvent* event)
 {
     const QPointF at = event->localPos(), by = at - _lastAt;
+    if (event->buttons() == Qt::NoButton) // the release went elsewhere
+        endDrag();
+    checkDrag(); // the scene tells of what is gone a turn of the event loop later
     if (_drag == Drag::Click && QLineF(_pressedAt, at).length() > ClickReach)
         _drag = Drag::Orbit;
     if (_drag == Drag::None)
@@ -403,6 +409,7 @@ void kxView3D::mouseMoveEvent(QMouseEvent* event)
     if (_drag == Drag::Gizmo)
     {
         _edited = _edit->apply(_gizmo.drag(at, event->modifiers() & Qt::ControlModifier)) || _edited;
+        _editIndex = kxUndoStack::get(0).stack()->index();
         redraw(false);
     }
     else if (_drag != Drag::Click)
@@ -414,28 +421,36 @@ void kxView3D::mouseReleaseEvent(QMouseEvent* event)
     const Drag drag = _drag;
     if (event->buttons() != Qt::NoButton) // another one is still held
         return;
-    _drag = Drag::None;
-    if (drag == Drag::Gizmo)
-    {
-        _gizmo.endDrag();
-        _edit.reset();
-    }
-    else if (drag == Drag::Click && event->button() == Qt::LeftButton)
+    endDrag();
+    if (drag == Drag::Click && event->button() == Qt::LeftButton)
         click(event->localPos(), event->modifiers());
-    else if (drag != Drag::None && drag != Drag::Click)
-        Q_EMIT viewWentIdle();
     redraw(false);
+}
+
+void kxView3D::endDrag()
+{
+    const Drag drag = _drag;
+    _drag = Drag::None;
+    _gizmo.endDrag();
+    _edit.reset();
+    if (drag == Drag::Orbit || drag == Drag::Pan || drag == Drag::Dolly)
+        Q_EMIT viewWentIdle();
+    if (drag != Drag::None)
+        redraw(false);
+}
+
+void kxView3D::checkDrag()
+{
+    if (_drag == Drag::Gizmo && (!_edit->isInScene() || kxUndoStack::get(0).stack()->index() < _editIndex))
+        endDrag();
 }
 
 void kxView3D::cancelDrag()
 {
-    _drag = Drag::None;
-    _gizmo.endDrag();
-    _edit.reset();
+    endDrag();
     if (_edited)
         kxUndoStack::get(0).stack()->undo();
     _edited = false;
-    redraw(false);
 }
 
 osg::NodePtr kxView3D::nodeAt(const QPointF& point)
@@ -491,6 +506,18 @@ void kxView3D::keyPressEvent(QKeyEvent* event)
         lookThrough(0);
     else
         setTool(kxGizmo::SelectTool);
+}
+
+void kxView3D::focusOutEvent(QFocusEvent* event)
+{
+    endDrag(); // a dialog or another window gets the release
+    QWidget::focusOutEvent(event);
+}
+
+void kxView3D::hideEvent(QHideEvent* event)
+{
+    endDrag();
+    QWidget::hideEvent(event);
 }
 
 void kxView3D::leaveEvent(QEvent*)

@@ -83,6 +83,8 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     enum class Drag
@@ -104,6 +106,10 @@ private:
     /// Puts the gizmo where the selection is; false where there is nothing to grasp.
     bool placeGizmo();
     void beginGizmoDrag(kxGizmo::Handle handle, const QPointF& point);
+    /// What was done stays; what the mouse does until its button is up does nothing more.
+    void endDrag();
+    /// Ends a drag of the gizmo whose objects or whose step are gone.
+    void checkDrag();
     void cancelDrag();
     void click(const QPointF& point, Qt::KeyboardModifiers modifiers);
     osg::NodePtr nodeAt(const QPointF& point);
@@ -130,6 +136,7 @@ private:
     QPointF _pressedAt, _lastAt;
     std::unique_ptr<kxTransformEdit> _edit; // during a drag of the gizmo
     bool _edited = false;                   // that has changed something
+    int _editIndex = 0;                     // of the undo stack, since then
 
     QTimer* _way;
     QTimer* _sharpen; // draws in full what was drawn quickly

@@ -3,6 +3,7 @@
 #include <kernel/kxSelection.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
+#include <kxOwned.h>
 #include <kxPrimitives.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
@@ -132,6 +133,51 @@ private Q_SLOTS:
         QVERIFY(transform->getScale() == osg::Vec3f(1, 1, 1));
         QTest::keyClick(_view.get(), Qt::Key_Escape);
         QCOMPARE(_view->tool(), kxGizmo::SelectTool);
+    }
+
+    void aDragEndsBeforeItsButtonIsUp_data()
+    {
+        QTest::addColumn<bool>("held"); // the button, afterwards
+        for (const char* const way : {"undone", "object deleted", "new scene", "another window", "hidden"})
+            QTest::newRow(way) << true;
+        QTest::newRow("released elsewhere") << false;
+    }
+
+    void aDragEndsBeforeItsButtonIsUp()
+    {
+        const kxOwned<osg::Node> left(_left);
+        const osg::TransformPtr core = osg::TransformPtr::dcast(left->getCore());
+        kxSelection::the().setIds(kxSelection::Nodes, {left->getId()});
+        _view->setTool(kxGizmo::MoveTool);
+        settle();
+        QUndoStack* const stack = kxUndoStack::get(0).stack();
+        const QPoint start = seen(QVector3D(-1, 0.5f, 0));
+        kxPress(_view.get(), start);
+        kxDragTo(_view.get(), start + QPoint(20, 0));
+        QCOMPARE(stack->undoText(), QString("Move 1 Object"));
+        const std::map<QString, std::function<void()>> ways = {
+            {"undone", [stack] { stack->undo(); }},
+            {"object deleted", [this] { kxScene::the()->root()->subChild(_left); }},
+            {"new scene", [stack] { stack->clear(), kxScene::the()->clear(); }},
+            {"another window",
+             [this]
+             {
+                 QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+                 QCoreApplication::sendEvent(_view.get(), &event);
+             }},
+            {"hidden", [this] { _view->hide(); }},
+            {"released elsewhere", [] {}}};
+        ways.at(QTest::currentDataTag())();
+        const osg::Vec3f place = core->getTranslation();
+        const int steps = stack->count();
+        QFETCH(bool, held);
+        for (const int by : {40, 60})
+            kxSendMouse(_view.get(), QEvent::MouseMove, start + QPoint(by, 0), Qt::NoButton,
+                        held ? Qt::LeftButton : Qt::NoButton);
+        QVERIFY(core->getTranslation() == place);
+        QCOMPARE(stack->count(), steps);
+        _view->setTool(kxGizmo::RotateTool); // not in the middle of a drag
+        QCOMPARE(_view->tool(), kxGizmo::RotateTool);
     }
 
     void drawsOnlyWhatChanged()
