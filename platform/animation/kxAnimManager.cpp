@@ -27,6 +27,8 @@ using namespace osg;
 
 namespace
 {
+double sceneFrame = 0; // see kxAnimScene::frame()
+
 AnimNodePtr makeRoot(const char* name)
 {
     const AnimNodePtr root = AnimNodeBase::create();
@@ -174,7 +176,7 @@ void kxAnimManager::setCurrentFrame(double frame, bool force, bool announce)
     if (!std::isfinite(frame))
         return;
     const bool moves = frame != _p->frame;
-    _p->frame = frame;
+    _p->frame = sceneFrame = frame;
     const bool all = moves || force || !kxScenePlan::the().isShown();
     if (all || kxScenePlan::the().isStale())
         _p->evaluate(all);
@@ -362,6 +364,11 @@ double kxAnimManager::pyGetCurrentFrame()
     return the()->currentFrame();
 }
 
+double kxAnimScene::frame()
+{
+    return sceneFrame;
+}
+
 bool kxAnimScene::contains(const FieldContainerPtr& object)
 {
     if (kxScene::the()->contains(object))
@@ -398,5 +405,6 @@ void kxAnimScene::clear()
     }
     manager->resetMotionBlurObjectID();
     manager->setCurrentFrameNoEvaluation(0, false);
+    sceneFrame = 0;
     kxAnimWatch::the().clearStale();
 }

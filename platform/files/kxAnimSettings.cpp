@@ -1,5 +1,6 @@
 #include <files/kxAnimSettings.h>
 
+#include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 
 #include <cmath>
@@ -35,7 +36,7 @@ const Setting Settings[] = {
     setting<bool, &M::evaluateSubframes, &M::setEvaluateSubframes>("evaluateSubframes"),
     setting<bool, &M::keepKeysAtFrame, &M::setKeepKeysAtFrame>("keepKeysAtFrame"),
     setting<int, &M::playbackRangeHint, &M::setPlaybackRangeHint>("playbackRangeHint"),
-    Setting{"currentFrame", [](const M& manager) { return manager.currentFrame(); },
+    Setting{"currentFrame", [](const M&) { return kxAnimScene::frame(); },
             [](M& manager, double value) { manager.setCurrentFrameNoEvaluation(value, false); }},
 };
 } // namespace

@@ -1,5 +1,6 @@
 #include <files/kxStateScope.h>
 
+#include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 #include <scene/kxScene.h>
 
@@ -16,7 +17,7 @@ std::vector<float> componentsOf(const FieldDescription& field, const FieldContai
 }
 } // namespace
 
-kxStateScope::kxStateScope() : _frame(kxAnimManager::the()->currentFrame())
+kxStateScope::kxStateScope() : _sceneFrame(kxAnimScene::frame()), _frame(kxAnimManager::the()->currentFrame())
 {
     traverse(kxScene::the()->superRoot(),
              [this](const NodePtr& node)
@@ -40,7 +41,9 @@ void kxStateScope::keep(const FieldContainerPtr& container)
 
 kxStateScope::~kxStateScope()
 {
-    kxAnimManager::the()->setCurrentFrame(_frame, true, false);
+    kxAnimManager::the()->setCurrentFrame(_sceneFrame, true, false);
+    if (_frame != _sceneFrame)
+        kxAnimManager::the()->setCurrentFrameNoEvaluation(_frame, false);
     for (auto entry = _values.rbegin(); entry != _values.rend(); ++entry)
     {
         if (componentsOf(*entry->field, *entry->container) == entry->components)

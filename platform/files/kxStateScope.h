@@ -4,7 +4,7 @@
 
 #include <vector>
 
-/// Brings every animatable value of the open scene, and its frame, back to what they were when this was made. What was
+/// Brings every animatable value of the open scene, and its frames, back to what they were when this was made. What was
 /// written in between is marked.
 class kxStateScope
 {
@@ -26,5 +26,6 @@ private:
     void keep(const osg::FieldContainerPtr& container);
 
     std::vector<Value> _values;
-    double _frame;
+    double _sceneFrame; // of the timeline
+    double _frame;      // the current one, which may be a clip's
 };

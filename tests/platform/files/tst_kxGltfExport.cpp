@@ -1,5 +1,6 @@
 #include "kxFilesFixture.h"
 
+#include <animation/kxAnimScene.h>
 #include <animation/kxTriggers.h>
 #include <files/kxGltfExport.h>
 #include <kxAnimFixture.h>
@@ -194,11 +195,14 @@ private Q_SLOTS:
         core->setScale(Vec3f(3, 1, 1));
         core->setTranslation(Vec3f(77, 0, 0)); // a change without a key
         const QByteArray before = bytesOfScene();
+        kxAnimManager::the()->setCurrentFrameNoEvaluation(99, false); // of the clip maker, for a clip
         kxFileReport report;
         QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("a.gltf")), report));
         QVERIFY(core->getTranslation() == Vec3f(77, 0, 0));
-        QCOMPARE(kxAnimManager::the()->currentFrame(), 13.5);
-        QCOMPARE(bytesOfScene(), before);
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 99.0);
+        QCOMPARE(bytesOfScene(), before); // with the timeline's frame
+        kxSceneIO::newScene();
+        QCOMPARE(kxAnimScene::frame(), 0.0);
     }
 
     void objectsComeBack()
