@@ -125,23 +125,38 @@ class Importer
 public:
     Importer(kxSceneContent& content, kxFileReport& report) : _content(content), _report(report) {}
 
-    void add(const Animation& animation)
+    /// The clips get their names first: what is exported and opened again is called the same.
+    void addAll(const std::vector<Animation>& animations)
+    {
+        std::vector<std::string> names;
+        for (const Animation& animation : animations)
+            names.push_back(_names.take(baseOf(animation)));
+        for (std::size_t i = 0; i < animations.size(); ++i)
+            add(animations[i], names[i]);
+    }
+
+private:
+    static std::string baseOf(const Animation& animation)
+    {
+        return animation.name.empty() ? "Animation" : animation.name;
+    }
+
+    void add(const Animation& animation, const std::string& clipName)
     {
         _blocks.clear();
         _blockOf.clear();
-        _base = animation.name.empty() ? "Animation" : animation.name;
+        _base = baseOf(animation);
         for (const Channel& channel : animation.channels)
             addChannel(channel);
         if (_blocks.empty())
             return _report.note(QStringLiteral("the animation '%1' moves nothing and is left out").arg(base()));
-        _content.clips->addChild(makeClip(_names.take(_base), _blocks));
+        _content.clips->addChild(makeClip(clipName, _blocks));
         if (!_first)
             for (const AnimNodePtr& block : _blocks)
                 block->setTravMask(0);
         _first = false;
     }
 
-private:
     QString base() const { return QString::fromStdString(_base); }
 
     void addChannel(const Channel& channel)
@@ -159,18 +174,18 @@ private:
         const std::vector<Key> keys = keysOf(channel, rest, what, _report);
         if (keys.empty())
             return _report.note(QStringLiteral("%1: a channel without keys is left out").arg(what));
-        const AnimNodePtr block = blockOf(channel.target);
+        const AnimNodePtr block = blockOf(channel.target, channel.block.empty() ? _base : channel.block);
         for (std::size_t axis = 0; axis < 3; ++axis)
             block->addChild(makeCurve(*field, axis, keys, channel.interpolation));
         extend(keys.front().time, keys.back().time);
     }
 
-    AnimNodePtr blockOf(const NodePtr& target)
+    AnimNodePtr blockOf(const NodePtr& target, const std::string& name)
     {
         AnimNodePtr& block = _blockOf[target.getFieldContainerId()];
         if (block == NullFC)
         {
-            block = makeBlock(target, _names.take(_base));
+            block = makeBlock(target, _names.take(name));
             _blocks.push_back(block);
         }
         return block;
@@ -197,7 +212,5 @@ private:
 
 void kxAnimImport::add(const std::vector<Animation>& animations, kxSceneContent& content, kxFileReport& report)
 {
-    Importer importer(content, report);
-    for (const Animation& animation : animations)
-        importer.add(animation);
+    Importer(content, report).addAll(animations);
 }

@@ -14,6 +14,9 @@ struct kxSceneContent;
 /// blocks. Only the blocks of the first animation are active.
 namespace kxAnimImport
 {
+/// Among the extras of a glTF channel.
+constexpr char BlockName[] = "block";
+
 enum class Path
 {
     Translation,
@@ -32,6 +35,7 @@ enum class Interpolation
 struct Channel
 {
     osg::NodePtr target;
+    std::string block; ///< the name of the object's block; empty for the animation's
     Path path = Path::Translation;
     Interpolation interpolation = Interpolation::Linear;
     std::vector<float> times; ///< seconds

@@ -78,6 +78,9 @@ private:
             const kxChannelTarget target = kxChannelTarget::find(object, *curve);
             if (target.isNull())
                 continue;
+            const NodePtr block = node->getParent();
+            if (block != NullFC && AnimBlockPtr::dcast(block->getCore()) != NullFC)
+                _out.blocks.emplace(target.container->getId(), block->getNodeName());
             Field& field = _out.targets[target.container->getId()][target.field->name()];
             field.description = target.field;
             std::vector<Track>& tracks = field.components[target.component];

@@ -32,7 +32,8 @@ struct Animation
     osg::AnimNodePtr clip; ///< null for the animation of the scene itself
     /// By container id, then by the name of the field.
     std::map<osg::UInt32, std::map<std::string, Field>> targets;
-    float start = 0, end = 0; ///< seconds, of all that moves
+    std::map<osg::UInt32, std::string> blocks; ///< by container id, the name of the first block that drives it
+    float start = 0, end = 0;                  ///< seconds, of all that moves
 };
 
 /// Each active clip, and the active animations of the objects where no clip holds them.

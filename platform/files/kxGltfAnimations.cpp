@@ -160,11 +160,12 @@ void kxGltfAnimations::writeField(const Animation& source, const TransformPtr& c
         _report.note(QStringLiteral("%1 of '%2' in '%3' is sampled: the format has no such curves")
                          .arg(QLatin1String(pathOf(name)), QString::fromStdString(nameOf(core)),
                               QString::fromStdString(source.name)));
-    append(sampler, shift, core, pathOf(name), out);
+    const auto block = source.blocks.find(core->getId());
+    append(sampler, shift, core, pathOf(name), block == source.blocks.end() ? std::string() : block->second, out);
 }
 
 void kxGltfAnimations::append(const kxExportCurves::Sampler& sampler, float shift, const TransformPtr& core,
-                              const char* path, tinygltf::Animation& out)
+                              const char* path, const std::string& block, tinygltf::Animation& out)
 {
     if (sampler.times.empty())
         return;
@@ -185,6 +186,9 @@ void kxGltfAnimations::append(const kxExportCurves::Sampler& sampler, float shif
         channel.sampler = int(out.samplers.size() - 1);
         channel.target_node = node;
         channel.target_path = path;
+        if (!block.empty())
+            channel.extras =
+                tinygltf::Value(tinygltf::Value::Object{{kxAnimImport::BlockName, tinygltf::Value(block)}});
         out.channels.push_back(channel);
     }
 }

@@ -22,8 +22,9 @@ private:
     void write(const kxExportTracks::Animation& source);
     void writeField(const kxExportTracks::Animation& source, const osg::TransformPtr& core,
                     const kxExportTracks::Field& field, float shift, const Samples& samples, tinygltf::Animation& out);
+    /// The channel keeps the name of the block in what the format leaves to applications.
     void append(const kxExportCurves::Sampler& sampler, float shift, const osg::TransformPtr& core, const char* path,
-                tinygltf::Animation& out);
+                const std::string& block, tinygltf::Animation& out);
     Samples sample(const kxExportTracks::Animation& source);
     std::string nameOf(const osg::TransformPtr& core) const;
 

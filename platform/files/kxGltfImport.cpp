@@ -321,6 +321,8 @@ private:
         const tinygltf::AnimationSampler& sampler = animation.samplers[std::size_t(source.sampler)];
         kxAnimImport::Channel channel;
         channel.target = target;
+        if (source.extras.IsObject() && source.extras.Get(kxAnimImport::BlockName).IsString())
+            channel.block = source.extras.Get(kxAnimImport::BlockName).Get<std::string>();
         channel.path = source.target_path == "rotation" ? Path::Rotation
                        : source.target_path == "scale"  ? Path::Scale
                                                         : Path::Translation;

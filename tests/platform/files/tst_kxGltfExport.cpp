@@ -171,6 +171,8 @@ private Q_SLOTS:
         manager->addToClipStructure(kxAnimFixture::clip("runs", {run, kxAnimFixture::trigger("shot", 0.5f)}));
         manager->addToClipStructure(kxAnimFixture::clip("stands", {kxAnimFixture::clone(block(1, 10, 20), 0), off}));
         addCurve(object, "translation", "", 0, {{0, 50}, {1, 60}}, TangentType::Linear); // plays without a clip
+        const std::string names[] = {run->getNodeName(), "last"};
+        manager->clipStructureRoot()->getChild(1)->getChild(0)->setNodeName(names[1]);
         manager->setCurrentFrame(12, true, false);
         int fired = 0;
         kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
@@ -183,6 +185,12 @@ private Q_SLOTS:
         QCOMPARE(valueAt(clip(0), "translation", 1.5), Vec3f(3, 8, 42));
         QCOMPARE(curvesOf(clip(0)).at("translation.X")->getControlPoints().size(), std::size_t(49)); // one a frame
         QCOMPARE(valueAt(clip(1), "translation", 0.5), Vec3f(7, 15, 42));
+        QVERIFY(roundTrip());
+        for (UInt32 i = 0; i < 2; ++i) // names don't grow
+        {
+            QCOMPARE(clip(i)->getParent()->getNodeName(), std::string(i == 0 ? "runs" : "stands"));
+            QCOMPARE(clip(i)->getNodeName(), names[i]);
+        }
     }
 
     void theSceneStaysAsItIs()
