@@ -394,9 +394,18 @@ kxScriptResult kxMainWindow::runScript(const QString& file)
     return result;
 }
 
+void kxMainWindow::setUnattended(bool unattended)
+{
+    _unattended = unattended;
+    _view->setUpdatesEnabled(!unattended);
+}
+
 bool kxMainWindow::saveScreenshot(const QString& file, QString& error)
 {
-    if (grab().save(file))
+    _view->setUpdatesEnabled(true);
+    const bool saved = grab().save(file);
+    _view->setUpdatesEnabled(!_unattended);
+    if (saved)
         return true;
     error = tr("'%1' can't be written.").arg(file);
     return false;

@@ -42,8 +42,8 @@ public:
     /// tool bars are there.
     void finishLayout();
     void resetLayout();
-    /// Nothing is asked at the end and nothing is remembered: for runs without a user.
-    void setUnattended(bool unattended) { _unattended = unattended; }
+    /// Nothing is asked at the end, nothing is remembered, and the view isn't drawn: for runs without a user.
+    void setUnattended(bool unattended);
 
     /// For the user; empty without the plug-in.
     void setPluginVersion(const QString& version) { _pluginVersion = version; }

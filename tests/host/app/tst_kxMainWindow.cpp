@@ -209,6 +209,19 @@ private Q_SLOTS:
         QVERIFY(kxScene::the()->materials().empty());
     }
 
+    void unattendedDrawsTheViewForItsPictureAlone()
+    {
+        _window->setUnattended(true);
+        const QSignalSpy drawn(_window->view(), &kxView3D::frameDrawn);
+        addWheel();
+        _window->view()->redraw(true);
+        QCOMPARE(drawn.count(), 0);
+        const QTemporaryDir folder;
+        QString error;
+        QVERIFY(_window->saveScreenshot(folder.filePath("a.png"), error));
+        QCOMPARE(drawn.count(), 1);
+    }
+
 private:
     /// An object with a material, selected.
     static void addWheel()
