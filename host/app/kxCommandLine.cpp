@@ -60,7 +60,9 @@ void checkFiles(kxCommandLine& line)
 {
     const auto needFile = [&line](const QString& file, const QString& text)
     {
-        if (!file.isEmpty() && !QFileInfo(file).isFile())
+        if (!file.isEmpty() && QFileInfo(file).isDir())
+            line.errors << tr("'%1' is a folder, no file").arg(file);
+        else if (!file.isEmpty() && !QFileInfo(file).isFile())
             line.errors << text.arg(file);
     };
     needFile(line.scene, tr("there is no file '%1' to open"));

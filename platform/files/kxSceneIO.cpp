@@ -45,6 +45,11 @@ void call(const char* name)
 /// What can't be read as one version of a format may be one that another reader knows.
 bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
 {
+    const QFileInfo file(path);
+    if (file.isDir())
+        return report.fail(QStringLiteral("it is a folder"));
+    if (file.isFile() && file.size() == 0)
+        return report.fail(QStringLiteral("the file is empty"));
     switch (kxFileFormats::readerOf(path))
     {
     case kxFileFormats::Reader::Scene:

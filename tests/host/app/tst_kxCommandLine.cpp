@@ -24,6 +24,7 @@ private Q_SLOTS:
         kxRow("unknown option", "--fly", "fly");
         kxRow("two scenes", "a.kxs b.kxs", "b.kxs");
         kxRow("missing scene", "none.kxs", "none.kxs");
+        kxRow("folder as scene", "/", "is a folder");
         kxRow("missing script", "--script none.py", "none.py");
         kxRow("frame is a word", "a.kxs --frame soon", "soon");
         kxRow("frame is no number", "a.kxs --frame nan", "nan");

@@ -351,7 +351,7 @@ Connections: {
         row("scene", "'nodes':[0]", "'nodes':[7]", "scenes[0].nodes[0]: 7 is no index of the 1 nodes");
         row("deep tree", "{'name':'n'}", nodes + ",{}", "the nodes are nested more than 1000 deep");
         row("cut", good.mid(good.size() / 2), "", "");
-        row("empty", good, "", "illegal value, at byte 0");
+        row("empty", good, "", "the file is empty");
         row("list", good, "[1,2]", "the file holds no object");
         row("needs an extension", "'scene':0", "'extensionsRequired':['EXT_meshopt_compression'],'scene':0",
             "the file needs the extension 'EXT_meshopt_compression', which");

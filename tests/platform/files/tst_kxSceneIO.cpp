@@ -106,6 +106,7 @@ private Q_SLOTS:
                 kxFileReport report(path);
                 QVERIFY(!(import ? kxSceneIO::importFile(path, report) : kxSceneIO::open(path, report)));
                 QVERIFY(!report.error().isEmpty());
+                QCOMPARE(report.error().contains("folder"), path == _folder.path());
             }
         QCOMPARE(bytesOfScene(), before);
         QCOMPARE(kxUndoStack::get(0).stack()->count(), steps);
