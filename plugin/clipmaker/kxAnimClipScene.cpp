@@ -7,8 +7,8 @@
 #include <clipmaker/kxAnimClipRows.h>
 #include <clipmaker/kxAnimClipRuler.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
-#include <clipmaker/kxAnimClipWatch.h>
 #include <curveeditor/kxAnimTimeItem.h>
+#include <frame/kxAnimationWatch.h>
 
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -82,7 +82,7 @@ kxAnimClipScene::StateChanges::~StateChanges()
 }
 
 kxAnimClipScene::kxAnimClipScene(QObject* parent)
-    : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem), _watch(new kxAnimClipWatch(this))
+    : QGraphicsScene(parent), _timeItem(new kxAnimTimeItem), _watch(new kxAnimationWatch(this))
 {
     setBackgroundBrush(kxClipColor::Background);
     // Labels ignore the view's scale, and an index looks through all of those, squared, at each paint.
@@ -90,7 +90,7 @@ kxAnimClipScene::kxAnimClipScene(QObject* parent)
     _timeItem->setZValue(TimeItemHeight);
     connect(_timeItem, &kxAnimTimeItem::timePressed, this, &kxAnimClipScene::timeItemPressed);
     connect(_timeItem, &kxAnimTimeItem::timeChanged, this, &kxAnimClipScene::timeItemChanged);
-    connect(_watch, &kxAnimClipWatch::animationsChanged, this, &kxAnimClipScene::followChanges);
+    connect(_watch, &kxAnimationWatch::animationsChanged, this, &kxAnimClipScene::followChanges);
     addItem(_timeItem);
     theScene = this;
     for (const char* const message : {kxMessageName::Undo, kxMessageName::Redo, kxMessageName::ChangedFPS})

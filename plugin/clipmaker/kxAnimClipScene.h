@@ -15,7 +15,7 @@
 class kxAnimAbstractClipItem;
 class kxAnimClipItem;
 class kxAnimClipRows;
-class kxAnimClipWatch;
+class kxAnimationWatch;
 class kxAnimTimeItem;
 
 class QTreeWidgetItem;
@@ -210,6 +210,6 @@ private:
     int _batches = 0;
     bool _stateChanged = false; // in a batch, which tells of it at its end
     kxCallbacks _callbacks;
-    kxAnimClipWatch* const _watch; // a child
-    bool _isBehind = false;        // changes that came during a drag are still to be followed
+    kxAnimationWatch* const _watch; // a child
+    bool _isBehind = false;         // changes that came during a drag are still to be followed
 };

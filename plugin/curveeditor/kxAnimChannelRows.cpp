@@ -35,23 +35,53 @@ QString channelText(const kxAnimManager::kxOSGChannelData& channel)
     return channel.suffix.empty() ? text : text + QLatin1Char('.') + QString::fromStdString(channel.suffix);
 }
 
-void addChannels(kxAnimTreeWidgetItem* top, const osg::FieldContainerPtr& container, bool withEmptyCurves)
+/// What a row below an object or a material stands for.
+struct Listed
+{
+    kxAnimManager::kxOSGChannelData channel;
+    osg::AnimNodePtr curveNode; // null where nothing drives the channel
+};
+
+std::vector<Listed> channelsOf(const osg::FieldContainerPtr& container, bool withEmptyCurves)
 {
     const kxAnimManager& kernel = *kxAnimManager::the();
     std::vector<kxAnimManager::kxOSGChannelData> channels;
     std::vector<osg::AnimNodePtr> curveNodes;
     kernel.getKeyableChannels(container, channels);
     kernel.getChannelCurveNodes(kernel.getAnimAttachment(container), curveNodes);
+    std::vector<Listed> listed;
     for (const kxAnimManager::kxOSGChannelData& channel : channels)
     {
         const osg::AnimNodePtr curveNode = curveNodeOf(channel, curveNodes);
-        if (curveNode != osg::NullFC && !withEmptyCurves && isEmptyCurve(curveNode))
-            continue;
-        auto* const below = new kxAnimTreeWidgetItem(top, false);
-        below->setText(kxAnimChannelRows::Channel, channelText(channel));
-        below->setChannelData(channel);
-        below->setNode(curveNode, false, false);
+        if (curveNode == osg::NullFC || withEmptyCurves || !isEmptyCurve(curveNode))
+            listed.push_back({channel, curveNode});
     }
+    return listed;
+}
+
+std::vector<osg::NodePtr> childrenOf(const osg::AnimNodePtr& animation, bool withEmptyCurves)
+{
+    std::vector<osg::NodePtr> children;
+    for (const osg::NodePtr& child : animation->getChildren())
+        if (osg::AnimNodePtr::dcast(child) != osg::NullFC && (withEmptyCurves || !isEmptyCurve(child)))
+            children.push_back(child);
+    return children;
+}
+
+void addChannels(kxAnimTreeWidgetItem* top, const osg::FieldContainerPtr& container, bool withEmptyCurves)
+{
+    for (const Listed& listed : channelsOf(container, withEmptyCurves))
+    {
+        auto* const below = new kxAnimTreeWidgetItem(top, false);
+        below->setText(kxAnimChannelRows::Channel, channelText(listed.channel));
+        below->setChannelData(listed.channel);
+        below->setNode(listed.curveNode, false, false);
+    }
+}
+
+kxAnimTreeWidgetItem* below(const kxAnimTreeWidgetItem& top, std::size_t index)
+{
+    return static_cast<kxAnimTreeWidgetItem*>(top.child(int(index)));
 }
 } // namespace
 
@@ -73,10 +103,8 @@ kxAnimTreeWidgetItem* kxAnimChannelRows::ofAnimation(const osg::AnimNodePtr& ani
 {
     auto* const top = new kxAnimTreeWidgetItem(true);
     top->setNode(animation, true, true);
-    for (const osg::NodePtr& child : animation->getChildren())
+    for (const osg::NodePtr& child : childrenOf(animation, withEmptyCurves))
     {
-        if (osg::AnimNodePtr::dcast(child) == osg::NullFC || (!withEmptyCurves && isEmptyCurve(child)))
-            continue;
         auto* const below = new kxAnimTreeWidgetItem(top, true);
         below->setNode(child, true, true);
     }
@@ -91,6 +119,36 @@ kxAnimTreeWidgetItem* kxAnimChannelRows::ofMaterial(const osg::MaterialPtr& mate
     top->setMaterial(material, true, true);
     addChannels(top, material, withEmptyCurves);
     return top;
+}
+
+bool kxAnimChannelRows::bindAgain(const kxAnimTreeWidgetItem& top, bool withEmptyCurves, bool& hasOthers)
+{
+    const auto count = std::size_t(top.childCount());
+    if (const osg::AnimNodePtr animation = top.animNode())
+    {
+        const std::vector<osg::NodePtr> children = childrenOf(animation, withEmptyCurves);
+        for (std::size_t i = 0; i < count && count == children.size(); ++i)
+            if (below(top, i)->nodeId() != children[i]->getId())
+                return false;
+        return count == children.size();
+    }
+    const osg::NodePtr node = top.node();
+    const std::vector<Listed> listed = channelsOf(
+        node != osg::NullFC ? osg::FieldContainerPtr(node) : osg::FieldContainerPtr(top.material()), withEmptyCurves);
+    if (count != listed.size())
+        return false;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        kxAnimTreeWidgetItem* const row = below(top, i);
+        if (row->text(Channel) != channelText(listed[i].channel))
+            return false;
+        hasOthers = hasOthers || row->nodeId() != listed[i].curveNode.getFieldContainerId();
+        if (listed[i].curveNode == osg::NullFC)
+            row->clearNode();
+        else
+            row->setNode(listed[i].curveNode, false, false);
+    }
+    return true;
 }
 
 void kxAnimChannelRows::collectCurves(const kxAnimTreeWidgetItem& row, std::vector<osg::AnimCurvePtr>& curves)

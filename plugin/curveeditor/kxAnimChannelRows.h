@@ -20,6 +20,10 @@ kxAnimTreeWidgetItem* ofAnimation(const osg::AnimNodePtr& animation, bool withEm
 /// Null for a material that can't be edited.
 kxAnimTreeWidgetItem* ofMaterial(const osg::MaterialPtr& material, bool withEmptyCurves);
 
+/// Binds the rows below a top-level one to the curves that its channels have now, and sets `hasOthers` where one of
+/// them is another than before. False where other rows belong there.
+bool bindAgain(const kxAnimTreeWidgetItem& top, bool withEmptyCurves, bool& hasOthers);
+
 /// Appends the curves of what the row shows: its own, those of its block, or all of its object.
 void collectCurves(const kxAnimTreeWidgetItem& row, std::vector<osg::AnimCurvePtr>& curves);
 

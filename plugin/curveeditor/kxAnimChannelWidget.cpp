@@ -42,7 +42,6 @@ void send(const char* name)
     kxMessage message;
     kxController::call(name, message, 0);
 }
-
 } // namespace
 
 kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(parent)
@@ -53,7 +52,6 @@ kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(par
     setUniformRowHeights(true); // a new value then costs no layout
     setUpMenu();
     connect(model(), &QAbstractItemModel::modelReset, this, [this] { _isOverLimit = false; });
-
     _instances.push_back(this);
     if (_instances.size() == 1)
         addCallbacks();
@@ -151,13 +149,12 @@ void kxAnimChannelWidget::keyAllRequested(kxMessage&)
                                     [](const kxAnimChannelWidget* instance) { return instance->listsSelection(); });
     if (found == _instances.rend())
         return;
-    kxAnimChannelWidget* const newest = *found;
-    if (!newest->isVisible())
+    if (!(*found)->isVisible())
     {
-        newest->rebuild(true);
-        newest->updateValues(true);
+        (*found)->rebuild(true);
+        (*found)->updateValues(true);
     }
-    newest->keyAll();
+    (*found)->keyAll();
 }
 
 bool kxAnimChannelWidget::listsSelection() const
@@ -266,10 +263,11 @@ void kxAnimChannelWidget::rebuildFromFieldContainers(std::vector<osg::FieldConta
                 {
                     for (const osg::FieldContainerPtr& container : fcs)
                     {
-                        if (const osg::NodePtr node = osg::NodePtr::dcast(container))
-                            addTop(kxAnimChannelRows::ofNode(node, _showEmptyCurves->isChecked()));
-                        else if (const osg::MaterialPtr material = osg::MaterialPtr::dcast(container))
-                            addTop(kxAnimChannelRows::ofMaterial(material, _showEmptyCurves->isChecked()));
+                        const bool withEmpty = _showEmptyCurves->isChecked();
+                        const osg::NodePtr node = osg::NodePtr::dcast(container);
+                        addTop(node != osg::NullFC
+                                   ? kxAnimChannelRows::ofNode(node, withEmpty)
+                                   : kxAnimChannelRows::ofMaterial(osg::MaterialPtr::dcast(container), withEmpty));
                     }
                 });
 }
@@ -291,6 +289,21 @@ void kxAnimChannelWidget::rebuildTopLevelItems()
         rebuildFromNodes(nodes, true);
     else if (!materials.empty())
         rebuildFromMaterials(materials, true);
+}
+
+bool kxAnimChannelWidget::followCurves()
+{
+    removeDeadTopLevelItems();
+    bool hasOthers = false; // curves
+    Rows tops;
+    collectTopLevelItems(tops);
+    for (const kxAnimTreeWidgetItem* const top : tops)
+        if (!kxAnimChannelRows::bindAgain(*top, _showEmptyCurves->isChecked(), hasOthers))
+            return false;
+    updateValues(false);
+    if (hasOthers && !selectedItems().isEmpty())
+        Q_EMIT itemSelectionChanged();
+    return true;
 }
 
 void kxAnimChannelWidget::removeDeadTopLevelItems()
@@ -373,10 +386,9 @@ void kxAnimChannelWidget::showEvent(QShowEvent* event)
 void kxAnimChannelWidget::paintEvent(QPaintEvent* event)
 {
     kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() > 0)
-        return;
-    kxPaintTreeHint(*this, isOverLimit() ? tr("More than 20 objects are selected.")
-                                         : tr("Select an object to see its channels."));
+    if (topLevelItemCount() == 0)
+        kxPaintTreeHint(*this, isOverLimit() ? tr("More than 20 objects are selected.")
+                                             : tr("Select an object to see its channels."));
 }
 
 bool kxAnimChannelWidget::isOverLimit() const

@@ -31,6 +31,9 @@ public:
     using kxAnimTreeWidget::rebuild;
     using kxAnimTreeWidget::rebuildFrom;
 
+    /// Binds the rows to the curves that their channels have now and brings the values up to date. False where other
+    /// rows belong there: the list is to be built anew.
+    bool followCurves();
     /// Takes out the rows of objects that are gone.
     void removeDeadTopLevelItems();
     /// Empties the tree, which says that too much is selected until it is filled or emptied again.

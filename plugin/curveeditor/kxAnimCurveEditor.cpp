@@ -8,6 +8,7 @@
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxSelectedContainers.h>
+#include <frame/kxAnimationWatch.h>
 #include <frame/kxHostWindows.h>
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimStructureWidget.h>
@@ -267,6 +268,7 @@ void kxAnimCurveEditor::show()
     _channels->removeDeadTopLevelItems();
     kxAnimManager::the()->updateSceneAnimCurveData();
     _graphView->refresh();
+    followAnimations(); // what came and went while nobody looked
     if (_missedSelection)
         showNodes(kxScenegraph::getSelectedNodes());
     _missedSelection = false;
@@ -365,6 +367,16 @@ void kxAnimCurveEditor::updateOnSceneChange()
     _channels->removeDeadTopLevelItems();
     selectNewRows(withoutRow);
     _channels->updateValues();
+}
+
+void kxAnimCurveEditor::followAnimations()
+{
+    kxAnimManager::the()->reevaluateAnimations(false);
+    if (!isVisible())
+        return;
+    if (!_channels->followCurves())
+        _channels->rebuildFromFieldContainers(listedContainers(), true);
+    _graphView->followCurves();
 }
 
 std::vector<osg::FieldContainerPtr> kxAnimCurveEditor::listedContainers() const

@@ -24,6 +24,7 @@ class kxAnimGraphView;
 class kxAnimLibraryWidget;
 class kxAnimStructureWidget;
 class kxAnimTreeWidget;
+class kxAnimationWatch;
 
 /// The module that owns the curve editor: a window with the library of animations, the graph of their curves and the
 /// list of what can be keyed.
@@ -57,6 +58,9 @@ private Q_SLOTS:
     void rebuildLibraryAndScrollTo(QList<osg::AnimNodePtr> blockNodes);
     void setSelectedKxdNodes(QList<kxdNode> nodes);
     void updateOnSceneChange();
+    /// After any change of animations, whoever made it: the frame, the channel list and the graph show what there is
+    /// now.
+    void followAnimations();
 
     void frameCurves();
     void constantTangents();
@@ -101,8 +105,8 @@ private:
     void makeCommands();
     void connectHost();
 
-    /// Shows the curves of what is selected in `tree`; null does nothing. Selected keys of curves that stay are selected
-    /// still. `rebuildChannels`: the channel list shows the selected objects too.
+    /// Shows the curves of what is selected in `tree`; null does nothing. Selected keys of curves that stay are
+    /// selected still. `rebuildChannels`: the channel list shows the selected objects too.
     void showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChannels);
     void showNodes(const std::vector<osg::NodePtr>& nodes);
     void noteCount(std::size_t objects);
@@ -146,9 +150,10 @@ private:
     QAction* _saveAction = nullptr;
     QLabel* _status = nullptr; // in the status bar
     bool _hasFramed = false;
-    bool _tooManyObjects = false;  // selected
-    bool _tooManyRows = false;     // selected, of fewer objects
-    bool _onlyBlocks = false;      // objects selected whose curves all stand in blocks
-    bool _missedSelection = false; // of objects in the scene, while the window was hidden
+    bool _tooManyObjects = false;       // selected
+    bool _tooManyRows = false;          // selected, of fewer objects
+    bool _onlyBlocks = false;           // objects selected whose curves all stand in blocks
+    bool _missedSelection = false;      // of objects in the scene, while the window was hidden
+    kxAnimationWatch* _watch = nullptr; // a child
     kxCallbacks _callbacks;
 };

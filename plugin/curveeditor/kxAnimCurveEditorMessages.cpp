@@ -9,6 +9,7 @@
 #include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxChannelCurvesUndoCommand.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <frame/kxAnimationWatch.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryWidget.h>
 
@@ -37,6 +38,8 @@ bool isKeyCommand(int id)
 
 void kxAnimCurveEditor::connectHost()
 {
+    _watch = new kxAnimationWatch(this);
+    connect(_watch, &kxAnimationWatch::animationsChanged, this, &kxAnimCurveEditor::followAnimations);
     _callbacks.add(kxMessageName::CurrentFrameChanged, changeFrame);
     _callbacks.add(kxMessageName::AnimationStart, startAnimation);
     _callbacks.add(kxMessageName::ShowCurves, showCurves);

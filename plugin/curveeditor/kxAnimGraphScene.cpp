@@ -163,6 +163,16 @@ QList<kxAnimGraphCurve*> kxAnimGraphScene::curves() const
     return curves;
 }
 
+bool kxAnimGraphScene::shows(const std::vector<osg::AnimCurvePtr>& curves) const
+{
+    std::map<unsigned int, std::size_t> wanted, shown; // counts of keys by the id of the curve
+    for (const osg::AnimCurvePtr& curve : curves)
+        wanted[curve->getId()] = curve->getControlPoints().size();
+    for (const kxAnimGraphCurve* const curve : this->curves())
+        shown[curve->curveId()] = std::size_t(curve->points().size());
+    return wanted == shown;
+}
+
 bool kxAnimGraphScene::isEmpty() const
 {
     for (const QGraphicsItem* const item : items())

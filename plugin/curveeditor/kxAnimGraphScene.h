@@ -3,6 +3,7 @@
 #include <curveeditor/kxAnimGraphPicture.h>
 #include <frame/kxCallbacks.h>
 
+#include <osg/AnimCurve.h>
 #include <osg/Vector.h>
 
 #include <QGraphicsScene>
@@ -63,6 +64,8 @@ public:
     bool isEmpty() const;
     /// The curve items, in the order in which they were made.
     QList<kxAnimGraphCurve*> curves() const;
+    /// The items are those of `curves`, in any order, and have as many keys.
+    bool shows(const std::vector<osg::AnimCurvePtr>& curves) const;
     /// Appends the selected keys, no handles, by curve and index.
     void selectedPoints(QList<kxAnimGraphPoint*>& out) const;
     /// The last of them, null without any, and their number, without a walk over them all.

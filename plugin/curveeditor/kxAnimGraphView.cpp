@@ -8,6 +8,7 @@
 #include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
+#include <trees/kxAnimRemoval.h>
 
 #include <kxMessageNames.h>
 #include <kxUndo.h>
@@ -19,7 +20,6 @@
 #include <QPainter>
 #include <QScrollBar>
 
-#include <map>
 #include <memory>
 #include <set>
 
@@ -46,6 +46,15 @@ bool isShapeCache(const osg::AnimNodePtr& node)
     return osg::FCPtr<osg::TimeShapeCacheBase>::dcast(node->getCore()) != osg::NullFC;
 }
 
+std::vector<osg::AnimCurvePtr> curvesOf(const std::vector<osg::AnimNodePtr>& nodes)
+{
+    std::vector<osg::AnimCurvePtr> curves;
+    for (const osg::AnimNodePtr& node : nodes)
+        if (node != osg::NullFC && !isShapeCache(node))
+            kxAnimManager::the()->getAnimCurves(node, curves, true, false, true);
+    return curves;
+}
+
 /// The bar of an animation that has no curves, over its extent.
 QGraphicsRectItem* newBar(const osg::AnimNodePtr& node)
 {
@@ -58,12 +67,6 @@ QGraphicsRectItem* newBar(const osg::AnimNodePtr& node)
     bar->setBrush(kxAnimGraphColors::Bar);
     bar->setPen(Qt::NoPen);
     return bar;
-}
-
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
 }
 } // namespace
 
@@ -110,7 +113,8 @@ std::vector<osg::AnimNodePtr> kxAnimGraphView::nodes() const
 {
     std::vector<osg::AnimNodePtr> nodes;
     for (const unsigned int id : _nodeIds)
-        if (const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id))
+        if (const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
+            node != osg::NullFC && kxIsPlaced(node)) // one that was deleted lives on the undo stack
             nodes.push_back(node);
     return nodes;
 }
@@ -131,7 +135,6 @@ void kxAnimGraphView::showAnimations(const std::vector<osg::AnimNodePtr>& nodes,
 {
     _scene->clear();
     _nodeIds.clear();
-    std::vector<osg::AnimCurvePtr> curves;
     for (const osg::AnimNodePtr& node : nodes)
     {
         if (node == osg::NullFC)
@@ -139,11 +142,9 @@ void kxAnimGraphView::showAnimations(const std::vector<osg::AnimNodePtr>& nodes,
         _nodeIds.push_back(node.getFieldContainerId());
         if (isShapeCache(node))
             _scene->addItem(newBar(node));
-        else
-            kxAnimManager::the()->getAnimCurves(node, curves, true, false, true);
     }
     std::set<unsigned int> seen; // a curve that several nodes share is drawn once
-    for (const osg::AnimCurvePtr& curve : curves)
+    for (const osg::AnimCurvePtr& curve : curvesOf(nodes))
     {
         if (!seen.insert(curve.getFieldContainerId()).second)
             continue;
@@ -157,8 +158,18 @@ void kxAnimGraphView::showAnimations(const std::vector<osg::AnimNodePtr>& nodes,
 void kxAnimGraphView::refresh()
 {
     const kxGraphKeySelection selected(*_scene);
+    std::vector<unsigned int> ids = _nodeIds;
     setAnimations(nodes());
+    _nodeIds = std::move(ids); // what was deleted is shown again where that is undone
     selected.restore(*_scene);
+}
+
+void kxAnimGraphView::followCurves()
+{
+    if (_scene->shows(curvesOf(nodes())))
+        return;
+    refresh();
+    announceNodes();
 }
 
 void kxAnimGraphView::changedCurve()
@@ -197,9 +208,8 @@ void kxAnimGraphView::changedFPS(kxMessage&)
 
 void kxAnimGraphView::pasteKeys(kxMessage&)
 {
-    if (theView == nullptr)
-        return;
-    theView->paste();
+    if (theView != nullptr)
+        theView->paste();
 }
 
 void kxAnimGraphView::paste()
@@ -211,10 +221,11 @@ void kxAnimGraphView::paste()
 
 void kxAnimGraphView::updateGraphView(kxMessage&)
 {
-    if (theView == nullptr)
-        return;
-    theView->refresh();
-    theView->announceNodes();
+    if (theView != nullptr)
+    {
+        theView->refresh();
+        theView->announceNodes();
+    }
 }
 
 void kxAnimGraphView::setTangentType(unsigned int type)
@@ -316,9 +327,7 @@ void kxAnimGraphView::mousePressEvent(QMouseEvent* event)
     if (event->buttons() != Qt::LeftButton || event->modifiers() != Qt::NoModifier)
         return;
     QGraphicsView::mousePressEvent(event);
-    QList<kxAnimGraphPoint*> selected;
-    _scene->selectedPoints(selected);
-    _selectedAtPress = selected.size();
+    _selectedAtPress = _scene->selectedCount();
 }
 
 void kxAnimGraphView::mouseMoveEvent(QMouseEvent* event)
@@ -382,8 +391,9 @@ void kxAnimGraphView::mouseReleaseEvent(QMouseEvent* event)
     if (nodes().empty())
         return;
     announceNodes();
+    kxMessage message;
     if (_sceneChanged)
-        send(kxMessageName::UpdateClipScene);
+        kxController::call(kxMessageName::UpdateClipScene, message, 0);
     _sceneChanged = false;
 }
 

@@ -27,7 +27,7 @@ public:
 
     kxAnimGraphScene* scene() const { return _scene; }
 
-    /// What is shown, in the order in which it was given; without nodes that have died since.
+    /// What is shown, in the order in which it was given; without nodes that died or were deleted since.
     std::vector<osg::AnimNodePtr> nodes() const;
 
     /// Shows one animation; a null node, or one without core, leaves what is shown. Edits of its curves don't emit
@@ -37,6 +37,8 @@ public:
     void setAnimations(const std::vector<osg::AnimNodePtr>& nodes);
     /// Shows what is shown once more, from the kernel's curves. Selected keys stay selected.
     void refresh();
+    /// Refreshes where other curves, or curves with other keys, stand below those nodes now, and announces that.
+    void followCurves();
 
     /// Zooms both axes to all curves with their handles.
     void frameAll();

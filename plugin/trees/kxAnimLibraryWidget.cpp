@@ -121,10 +121,15 @@ void kxAnimLibraryWidget::createMenu()
 
 void kxAnimLibraryWidget::rebuild(bool saveStates)
 {
-    if (fillAnew(saveStates, [this] { fill(); }))
+    const bool hadSelection = !selectedItems().isEmpty();
+    const bool changed = fillAnew(saveStates, [this] { fill(); });
+    if (changed && !saveStates)
         Q_EMIT itemSelectionChanged();
-    else if (!selectedItems().isEmpty())
-        Q_EMIT selectionRebuilt();
+    else if (hadSelection)
+    {
+        updateContextMenu();
+        Q_EMIT selectionRebuilt(); // rows that went are no choice of the user's
+    }
 }
 
 void kxAnimLibraryWidget::fill()

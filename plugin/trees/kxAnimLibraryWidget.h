@@ -34,7 +34,7 @@ public:
 
 Q_SIGNALS:
     void groupCreated();
-    /// The rows were built anew, and the same ones are selected.
+    /// The rows were built anew, and those that were selected are again as far as they are still there.
     void selectionRebuilt();
 
 public Q_SLOTS:

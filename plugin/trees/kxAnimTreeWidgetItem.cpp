@@ -60,6 +60,11 @@ void kxAnimTreeWidgetItem::setNode(const osg::NodePtr& node, bool setName, bool 
         QTreeWidgetItem::setIcon(0, kxScenegraph::getNodeIcon(node->getCore(), node, false));
 }
 
+void kxAnimTreeWidgetItem::clearNode()
+{
+    _nodeId = _coreId = 0;
+}
+
 void kxAnimTreeWidgetItem::setMaterial(const osg::MaterialPtr& material, bool setName, bool setIcon)
 {
     if (material == osg::NullFC)

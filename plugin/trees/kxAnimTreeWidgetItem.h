@@ -20,6 +20,8 @@ public:
     /// Binds the row to a node; one that is null or has no core changes nothing. A row of a scene node can neither be
     /// renamed nor checked.
     void setNode(const osg::NodePtr& node, bool setName, bool setIcon);
+    /// Binds the row to no node.
+    void clearNode();
     /// Binds the row to a material; null changes nothing.
     void setMaterial(const osg::MaterialPtr& material, bool setName, bool setIcon);
 

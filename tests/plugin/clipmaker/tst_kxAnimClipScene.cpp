@@ -4,7 +4,7 @@
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
-#include <clipmaker/kxAnimClipWatch.h>
+#include <frame/kxAnimationWatch.h>
 
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
@@ -479,8 +479,8 @@ private Q_SLOTS:
     {
         kxShownClip f;
         const AnimNodePtr node = f.add(f.blockOf(2));
-        const kxAnimClipWatch watch(nullptr);
-        const QSignalSpy told(&watch, &kxAnimClipWatch::animationsChanged);
+        const kxAnimationWatch watch(nullptr);
+        const QSignalSpy told(&watch, &kxAnimationWatch::animationsChanged);
         for (const bool value : {false, true})
             kxClipNodes::setActive(node, value);
         QApplication::processEvents();

@@ -33,17 +33,18 @@ public:
     ~kxGraphFixture()
     {
         stack()->clear();
-        for (const unsigned int id : ids) // a test may have given up a share itself
-            if (const auto node = osg::FieldContainerFactory::the()->getContainer(id); node != osg::NullFC)
-                node->subRef();
+        for (const unsigned int id : ids) // a test may have let one go itself
+            if (const auto node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id); node != osg::NullFC)
+                letGo(node);
     }
 
     static QUndoStack* stack() { return kxUndoStack::get(0).stack(); }
 
-    /// Keeps a node alive as long as the graph.
+    static void letGo(const osg::AnimNodePtr& node) { node->getParent()->subChild(node); }
+    /// Gives a node a place as long as there is the graph.
     void own(const osg::AnimNodePtr& node)
     {
-        node->addRef();
+        kxAnimManager::the()->sceneStructureRoot()->addChild(node);
         ids.push_back(node.getFieldContainerId());
         nodes.push_back(node);
     }

@@ -215,6 +215,47 @@ private Q_SLOTS:
         QVERIFY(static_cast<kxAnimTreeWidgetItem*>(made.front())->animNode() != osg::NullFC);
     }
 
+    /// What others than the curve editor make, take out and bring back.
+    void followsScripts()
+    {
+        _editor->show();
+        const osg::NodePtr ball = kxAnimFixture::object("Ball");
+        kxAnimFixture::transform(ball)->setTranslation(osg::Vec3f(0, 7, 0));
+        _editor->select({ball});
+        kxAnimManager::the()->setCurrentFrame(12, false, true);
+        const QTreeWidgetItem* const y = _editor->channels->topLevelItem(0)->child(1);
+        const auto seen = [this, y]
+        {
+            QCoreApplication::processEvents();
+            return QString(y->data(0, Qt::ForegroundRole).isValid() ? "%1 keyed, %2 shown" : "%1 white, %2 shown")
+                .arg(y->text(1))
+                .arg(_editor->curves().isEmpty() ? 0 : _editor->curves().front()->points().size());
+        };
+        const QString white = seen();
+        QCOMPARE(white, QString("7.000 white, 0 shown"));
+        kxAnimManager::the()->addAnimation(ball, kxAnimFixture::curve("translation", "Y", {{0, 1}, {1, 5}}));
+        QCOMPARE(seen(), QString("3.000 keyed, 0 shown"));
+        const_cast<QTreeWidgetItem*>(y)->setSelected(true);
+        QCOMPARE(seen(), QString("3.000 keyed, 2 shown"));
+        const osg::AnimCurvePtr curve = _editor->curveOf(ball);
+        curve->addPoint({2, 9}, {}, {}, 1, 1, true, true);
+        osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+        QCOMPARE(seen(), QString("3.000 keyed, 3 shown"));
+        kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand({kxNodePtr(ball)}));
+        QCOMPARE(seen(), white);
+        kxUndoStack::get(0).stack()->undo();
+        QCOMPARE(seen(), QString("3.000 keyed, 3 shown"));
+        // The object's row goes with its animations, and the object stays selected.
+        _editor->select({ball});
+        _editor->library->remove();
+        QCoreApplication::processEvents();
+        QCOMPARE(_editor->channels->topLevelItemCount(), 1);
+        QVERIFY(_editor->curves().isEmpty());
+        kxUndoStack::get(0).stack()->undo();
+        QCOMPARE(_editor->channels->topLevelItemCount(), 1);
+        QCOMPARE(_editor->curves().size(), 1);
+    }
+
     void marksFollowTheKeys()
     {
         _editor->show();

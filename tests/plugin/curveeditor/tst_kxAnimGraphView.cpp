@@ -498,7 +498,7 @@ private Q_SLOTS:
         graph.scene()->copySelectedPoints();
         kxPress(graph.port(), from);
         kxDragTo(graph.port(), from + QPoint(10, 10));
-        graph.nodes[0]->subRef(); // in the middle of the drag
+        graph.letGo(graph.nodes[0]); // in the middle of the drag
         kxDragTo(graph.port(), from + QPoint(20, 20));
         delete graph.scene()->curves()[0];
         kxDragTo(graph.port(), from + QPoint(30, 20));
@@ -514,7 +514,7 @@ private Q_SLOTS:
         graph.view.grab();
         while (graph.stack()->canUndo())
             graph.stack()->undo();
-        graph.nodes[1]->subRef();
+        graph.letGo(graph.nodes[1]);
         graph.view.refresh();
         QVERIFY(graph.scene()->curves().isEmpty());
         QVERIFY(graph.scene()->isEmpty());

@@ -8,12 +8,12 @@
 /// event loop.
 ///
 /// What playback alone writes doesn't count. Main thread only.
-class kxAnimClipWatch : public QObject, public osg::ChangeListener
+class kxAnimationWatch : public QObject, public osg::ChangeListener
 {
     Q_OBJECT
 public:
-    explicit kxAnimClipWatch(QObject* parent);
-    ~kxAnimClipWatch() override;
+    explicit kxAnimationWatch(QObject* parent);
+    ~kxAnimationWatch() override;
 
     /// Tells in the next turn, as after a change.
     void tellLater();

@@ -1,34 +1,34 @@
-#include <clipmaker/kxAnimClipWatch.h>
+#include <frame/kxAnimationWatch.h>
 
 #include <osg/AnimNode.h>
 
-kxAnimClipWatch::kxAnimClipWatch(QObject* parent) : QObject(parent)
+kxAnimationWatch::kxAnimationWatch(QObject* parent) : QObject(parent)
 {
     if (osg::ChangeList* const changes = osg::WinThreadBase::getCurrentChangeList())
         changes->addListener(this);
 }
 
-kxAnimClipWatch::~kxAnimClipWatch()
+kxAnimationWatch::~kxAnimationWatch()
 {
     if (osg::ChangeList* const changes = osg::WinThreadBase::getCurrentChangeList())
         changes->subListener(this);
 }
 
-void kxAnimClipWatch::tellLater()
+void kxAnimationWatch::tellLater()
 {
     if (_isPending)
         return;
     _isPending = true;
-    QMetaObject::invokeMethod(this, &kxAnimClipWatch::tell, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &kxAnimationWatch::tell, Qt::QueuedConnection);
 }
 
-void kxAnimClipWatch::tell()
+void kxAnimationWatch::tell()
 {
     _isPending = false;
     Q_EMIT animationsChanged();
 }
 
-void kxAnimClipWatch::containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField)
+void kxAnimationWatch::containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField)
 {
     if (_isPending)
         return;
@@ -40,7 +40,7 @@ void kxAnimClipWatch::containerChanged(const osg::FieldContainerPtr& container, 
         tellLater();
 }
 
-void kxAnimClipWatch::containerDestroyed(osg::UInt32)
+void kxAnimationWatch::containerDestroyed(osg::UInt32)
 {
     tellLater(); // what died is known by nothing but its id
 }
