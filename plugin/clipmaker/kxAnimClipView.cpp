@@ -119,11 +119,10 @@ void kxAnimClipView::frame()
     volume.getBounds(start, end);
     const kxAnimManager& kernel = *kxAnimManager::the();
     const bool isEmpty = _scene->bars().isEmpty();
-    const double first = isEmpty ? 0 : double(start.x()) * kernel.fps();
-    const double length =
-        isEmpty ? std::max(kernel.detailedRangeEnd(), EmptyClipFrames) : double(end.x() - start.x()) * kernel.fps();
-    const QRectF part =
-        kxClipLayout::framed(first, length, bars.y(), bars.height(), viewport()->width(), kxPlatform::getDpiScaleX());
+    const double last = isEmpty ? std::max(kernel.detailedRangeEnd(), EmptyClipFrames) : double(end.x()) * kernel.fps();
+    const double first = isEmpty ? -last / 25 : double(start.x()) * kernel.fps(); // frame 0 stands clear of the column
+    const QRectF part = kxClipLayout::framed(first, last - first, bars.y(), bars.height(), viewport()->width(),
+                                             kxPlatform::getDpiScaleX());
     if (part.width() > 0)
         fitInView(QRectF(part.x(), part.y(), part.width(), std::max(1.0, part.height())), Qt::IgnoreAspectRatio);
     else
