@@ -23,8 +23,8 @@ public:
     QWidget* page(int index) const;
     bool isExpanded(int index) const;
 
-    /// Gives the first column of every grid in the pages below `root` one width, at least `labelWidth`. `exclude`: a frame
-    /// that is left alone, may be null.
+    /// Gives the first column of every grid in the pages below `root` one width, at least `labelWidth`. `exclude`: a
+    /// frame that is left alone, may be null.
     static void fixLayouts(QWidget* root, int labelWidth, QKXCollapsibleFrame* exclude);
 
 public Q_SLOTS:

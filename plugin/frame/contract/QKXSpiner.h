@@ -8,12 +8,12 @@
 /// Operators that a user may type before a number: "+=5", "-=5", "*=2", "/=2".
 enum RelativeOperator
 {
-    RelativeSet = 0,      ///< a plain number
+    RelativeSet = 0, ///< a plain number
     RelativeAdd = 1,
     RelativeSubtract = 2,
     RelativeMultiply = 3,
     RelativeDivide = 4,
-    RelativeAssign = 5    ///< "=5"
+    RelativeAssign = 5 ///< "=5"
 };
 
 /// A field for a whole number; its range is half of the type's to both sides unless another is set, so that sums of two

@@ -13,9 +13,9 @@ class KX_API kxFramePlayer
 public:
     static kxFramePlayer* the();
 
-    /// Starts a playback, ending one that runs. `ownEvaluation`: the owner evaluates at each "framePlayerFrameChanged" and
-    /// the scene's frame isn't moved. Params that aren't finite, or a rate that is neither -1.0 nor above 0, are refused
-    /// with a warning.
+    /// Starts a playback, ending one that runs. `ownEvaluation`: the owner evaluates at each "framePlayerFrameChanged"
+    /// and the scene's frame isn't moved. Params that aren't finite, or a rate that is neither -1.0 nor above 0, are
+    /// refused with a warning.
     void start(const kxFramePlaybackParams& params, bool ownEvaluation, void* owner);
     /// Stops the playback of `owner`; null stops any.
     void stop(void* owner);

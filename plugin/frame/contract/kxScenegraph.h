@@ -52,8 +52,8 @@ class KX_API kxNodeUtils
 {
 public:
     static std::string getName(const osg::NodePtr& node);
-    /// Writes and marks the name. `unique`: the name is changed until no other animation node has it, where `node` is an
-    /// animation node; scene nodes may share names. `root`: where to look, null for the whole scene.
+    /// Writes and marks the name. `unique`: the name is changed until no other animation node has it, where `node` is
+    /// an animation node; scene nodes may share names. `root`: where to look, null for the whole scene.
     static void setName(const osg::NodePtr& node, const std::string& name, bool unique, const osg::NodePtr& root);
     /// `proposal`, or "proposal_1" and so on: the first that isn't among `names`.
     static std::string getUniqueName(const std::string& proposal, const std::vector<std::string>& names);

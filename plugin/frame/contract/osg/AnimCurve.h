@@ -72,9 +72,8 @@ public:
     ///
     /// A zero tangent vector is computed from its type. `replace`: a key of exactly this time takes the new values
     /// instead. `updateNeighbours`: the tangents of the keys on both sides are computed again from their types.
-    UInt32 addPoint(const Point<float, 2>& point, const Vector<float, 2>& intangent,
-                    const Vector<float, 2>& outtangent, UInt32 inType, UInt32 outType, bool replace,
-                    bool updateNeighbours);
+    UInt32 addPoint(const Point<float, 2>& point, const Vector<float, 2>& intangent, const Vector<float, 2>& outtangent,
+                    UInt32 inType, UInt32 outType, bool replace, bool updateNeighbours);
     UInt32 addControlPoint(const CCPnt& point, bool replace, bool updateNeighbours);
     /// Removes a key; an index beyond the end does nothing.
     void subPoint(UInt32 index);

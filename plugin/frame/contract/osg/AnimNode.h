@@ -85,8 +85,8 @@ public:
 
     /// Moves by `seconds` of the tree root's time and by `tracks` in units of the offset's y. Writes the offset.
     void moveBy(float seconds, float tracks);
-    /// Scales time by `factor` about `pivotSeconds`, a time of the tree's root. Writes scale and offset. A factor that is
-    /// 0, negative or not finite does nothing.
+    /// Scales time by `factor` about `pivotSeconds`, a time of the tree's root. Writes scale and offset. A factor that
+    /// is 0, negative or not finite does nothing.
     void scaleBy(float factor, float pivotSeconds);
 
     /// The extent with post cycles, in seconds of the parent's time; the offset twice where nothing has an extent.

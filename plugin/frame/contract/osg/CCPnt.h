@@ -64,8 +64,8 @@ public:
 
     bool operator==(const CCPnt& o) const
     {
-        return _point == o._point && _intangent == o._intangent && _outtangent == o._outtangent &&
-               inType == o.inType && outType == o.outType;
+        return _point == o._point && _intangent == o._intangent && _outtangent == o._outtangent && inType == o.inType &&
+               outType == o.outType;
     }
     bool operator!=(const CCPnt& o) const { return !(*this == o); }
 
