@@ -19,10 +19,17 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
 
+# What was compiled in another folder serves here too: paths below the sources count from there.
 find_program(KX_CCACHE ccache)
 if(KX_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${KX_CCACHE})
-    set(CMAKE_C_COMPILER_LAUNCHER ${KX_CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
+                                    ${KX_CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_CXX_COMPILER_LAUNCHER})
+endif()
+# Most of a build's steps link a test.
+find_program(KX_MOLD mold)
+if(KX_MOLD)
+    add_link_options(-fuse-ld=mold)
 endif()
 
 # The interpreter that Boost.Python was built for, whatever is first on PATH.

@@ -1,10 +1,10 @@
 #include "kxMainMenus.h"
 
-#include "kxClippingPlane.h"
 #include "kxMainWindow.h"
-#include "kxSceneEdits.h"
-#include "kxSceneObjects.h"
 #include "kxShortcutArbiter.h"
+#include <edits/kxClippingPlane.h>
+#include <edits/kxSceneEdits.h>
+#include <edits/kxSceneObjects.h>
 
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
@@ -204,7 +204,7 @@ void kxMainMenus::fillSceneMenu()
     addEntry(menu, tr("Add &Camera"), kxSceneObjects::camera());
     addEntry(menu, tr("Add &Empty Group"), kxSceneObjects::group());
     QAction* const clipping = add(menu, tr("Cl&ipping Plane"), QString(), QKeySequence(),
-                                  [this] { kxClippingPlane::setOn(!kxClippingPlane::isOn()); });
+                                  [] { kxClippingPlane::setOn(!kxClippingPlane::isOn()); });
     clipping->setToolTip(tr("Hide what stands before a plane, which is moved and animated like an object"));
     clipping->setCheckable(true);
     // Asked when it is looked at: undo, scripts and the eye in the scene tree switch it too.

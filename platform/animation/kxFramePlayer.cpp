@@ -217,7 +217,7 @@ void kxFramePlayer::Private::tickByClock(double now)
             return;
         const double steps = position - shown;
         if (shown >= 0 && !hasLooped && steps > 1.5)
-            framesDropped += std::uint64_t(steps + 0.5) - 1;
+            framesDropped += std::uint64_t(std::llround(steps)) - 1;
     }
     else if (position == shown && !hasLooped)
         return;
