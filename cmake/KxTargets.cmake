@@ -2,11 +2,45 @@
 
 set(KX_CONTRACT_DIR ${CMAKE_SOURCE_DIR}/plugin/frame/contract)
 
-# A part of the plug-in: its sources see Qt, Boost, Python, TBB, the other plug-in folders and the contract.
-function(kx_add_plugin_part name)
+# The language of the contract, for all that includes its headers.
+add_library(kxContract INTERFACE)
+target_include_directories(kxContract INTERFACE ${KX_CONTRACT_DIR})
+target_link_libraries(kxContract INTERFACE Qt5::Widgets TBB::tbb Boost::headers)
+
+# kx_sees(TARGET FOLDER...): the target's sources may include headers of these folders, which are named from the root,
+# as <view/header.h> of host/view and <files/gltf/header.h> of platform/files/gltf.
+# Nothing is passed on: a target names each folder whose headers it meets, and a wrong include isn't found.
+function(kx_sees target)
+    foreach(folder ${ARGN})
+        string(REPLACE "/" "." room ${folder})
+        string(REGEX MATCH "/(.*)" place ${folder})
+        set(place ${CMAKE_MATCH_1})
+        set(root ${CMAKE_BINARY_DIR}/rooms/${room})
+        get_filename_component(above ${root}/${place} DIRECTORY)
+        file(MAKE_DIRECTORY ${above})
+        file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${root}/${place} SYMBOLIC)
+        target_include_directories(${target} PRIVATE ${root})
+    endforeach()
+endfunction()
+
+function(kx_sees_itself target)
+    file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    kx_sees(${target} ${folder})
+endfunction()
+
+# A folder of the platform: its objects go into the library.
+function(kx_add_platform_part name)
+    add_library(${name} OBJECT ${ARGN})
+    target_link_libraries(${name} PRIVATE kxContract)
+    target_link_libraries(kxPlatform PRIVATE ${name})
+    kx_sees_itself(${name})
+endfunction()
+
+# A folder of the plug-in or the host as a library of its own.
+function(kx_add_part name)
     add_library(${name} STATIC ${ARGN})
-    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/plugin)
     target_link_libraries(${name} PUBLIC kxPlatform)
+    kx_sees_itself(${name})
 endfunction()
 
 # A test: <name>.cpp and the libraries it needs, run without a display.

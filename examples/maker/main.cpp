@@ -1,7 +1,7 @@
 #include "kxTurntable.h"
 
-#include <files/kxFileReport.h>
-#include <files/kxSceneFile.h>
+#include <files/scene/kxFileReport.h>
+#include <files/scene/kxSceneFile.h>
 #include <kxUndo.h>
 
 #include <QApplication>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "kxClippingPlane.h"
 #include "kxCommandLine.h"
 #include "kxHostServices.h"
 #include "kxMainWindow.h"
 #include "kxPluginLoader.h"
+#include <edits/kxClippingPlane.h>
 
 #include <memory>
 

@@ -3,16 +3,18 @@
 #include "kxRecentFiles.h"
 #include "kxUnsavedWatch.h"
 
+#include <python/kxScriptDocument.h>
+
 #include <QObject>
 #include <QString>
-#include <files/kxFileReport.h>
+#include <files/scene/kxFileReport.h>
 
 #include <functional>
 
 /// The open scene as a file: its path, whether it is unsaved, and every way in and out of files.
 ///
 /// Knows no windows: what has to be asked or shown goes through `Dialogs`.
-class kxDocument : public QObject
+class kxDocument : public QObject, public kxScriptDocument
 {
     Q_OBJECT
 public:
@@ -60,11 +62,9 @@ public:
     bool saveTo(const QString& file);
     bool exportTo(const QString& file);
 
-    /// For scripts, as above: nothing is asked, nothing is shown, and the list of recent files stays. False, with the
-    /// reason in `report`, where it can't be done.
-    void startOver();
-    bool open(const QString& file, kxFileReport& report);
-    bool write(const QString& file, kxFileReport& report);
+    void startOver() override;
+    bool open(const QString& file, kxFileReport& report) override;
+    bool write(const QString& file, kxFileReport& report) override;
 
 Q_SIGNALS:
     /// Another scene, path or state of saving.

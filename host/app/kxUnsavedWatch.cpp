@@ -1,6 +1,6 @@
 #include "kxUnsavedWatch.h"
 
-#include <files/kxAnimSettings.h>
+#include <files/scene/kxAnimSettings.h>
 #include <kernel/kxSelectCommand.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>

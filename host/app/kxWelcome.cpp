@@ -2,7 +2,7 @@
 
 #include "kxHostFolders.h"
 #include "kxMainWindow.h"
-#include "kxSceneObjects.h"
+#include <edits/kxSceneObjects.h>
 
 #include <kxIconManager.h>
 #include <scene/kxScene.h>

@@ -2,7 +2,7 @@
 
 #include "kxColorButton.h"
 
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/UberMaterial.h>

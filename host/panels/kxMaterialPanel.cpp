@@ -3,7 +3,7 @@
 #include "kxEmptyHint.h"
 #include "kxMaterialModel.h"
 
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
 #include <kxLog.h>

@@ -3,7 +3,7 @@
 #include "kxPropertyRow.h"
 
 #include <QKXCollapsibleFrame.h>
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>

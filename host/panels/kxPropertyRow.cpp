@@ -4,7 +4,7 @@
 
 #include <QKXSpiner.h>
 #include <animation/kxRestValues.h>
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kxScenegraph.h>
 #include <scene/kxScene.h>
 #include <widgets/kxColors.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxFieldLook.h"
+#include <edits/kxFieldLook.h>
 
 #include <QWidget>
 #include <osg/FieldContainerFactory.h>

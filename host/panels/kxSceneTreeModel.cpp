@@ -1,6 +1,6 @@
 #include "kxSceneTreeModel.h"
 
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>

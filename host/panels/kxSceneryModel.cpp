@@ -1,7 +1,7 @@
 #include "kxSceneryModel.h"
 
 #include <QFont>
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kxIconManager.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>

@@ -13,13 +13,13 @@
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <edits/kxSceneryEdits.h>
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryActions.h>
-#include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 #include <widgets/kxColors.h>

@@ -1,13 +1,13 @@
 #include "kxStepModel.h"
 
 #include <QLocale>
+#include <edits/kxSceneryEdits.h>
 #include <kxAnimManager.h>
 #include <kxIconManager.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
-#include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <widgets/kxColors.h>
 

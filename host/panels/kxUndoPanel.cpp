@@ -1,7 +1,7 @@
 #include "kxUndoPanel.h"
 
+#include "kxStepTexts.h"
 #include <QAbstractListModel>
-#include <app/kxStepTexts.h>
 #include <kxUndo.h>
 
 #include <QScopedValueRollback>

@@ -2,7 +2,7 @@
 
 #include "kxHostChannels.h"
 
-#include <app/kxSceneCommands.h>
+#include <edits/kxSceneCommands.h>
 #include <kxAnimManager.h>
 
 #include <QObject>

@@ -3,15 +3,15 @@
 #include "kxHostFiles.h"
 
 #include "kxHostModule.h"
+#include "kxScriptDocument.h"
 
-#include <app/kxDocument.h>
 #include <files/kxSceneIO.h>
 
 namespace
 {
-kxDocument& document()
+kxScriptDocument& document()
 {
-    kxDocument* const document = kxHostModule::hooks().document;
+    kxScriptDocument* const document = kxHostModule::hooks().document;
     if (document == nullptr)
         kxRaise(PyExc_RuntimeError, "there is no window that shows a scene");
     return *document;

@@ -4,8 +4,8 @@
 
 #include <functional>
 
-class kxDocument;
 class kxSceneryStage;
+class kxScriptDocument;
 
 /// The Python module `kxHost`: the application for scripts.
 class kxHostModule
@@ -22,7 +22,7 @@ public:
         /// Shows viewpoints and runs sequences; not owned.
         kxSceneryStage* stage = nullptr;
         /// The open scene as a file; not owned.
-        kxDocument* document = nullptr;
+        kxScriptDocument* document = nullptr;
     };
 
     /// Registers the module. To be called once, before the interpreter starts.

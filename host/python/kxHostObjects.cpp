@@ -3,11 +3,11 @@
 #include "kxHostObjects.h"
 
 #include <animation/kxNodeTime.h>
-#include <app/kxClippingPlane.h>
-#include <app/kxContainerShare.h>
-#include <app/kxSceneCommands.h>
-#include <app/kxSceneEdits.h>
-#include <app/kxSceneObjects.h>
+#include <edits/kxClippingPlane.h>
+#include <edits/kxContainerShare.h>
+#include <edits/kxSceneCommands.h>
+#include <edits/kxSceneEdits.h>
+#include <edits/kxSceneObjects.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>

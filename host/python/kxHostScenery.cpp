@@ -3,8 +3,8 @@
 #include "kxHostModule.h"
 #include "kxHostScenery.h"
 
-#include <app/kxSceneEdits.h>
-#include <scenery/kxSceneryEdits.h>
+#include <edits/kxSceneEdits.h>
+#include <edits/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 

@@ -1,7 +1,7 @@
 #include "kxSceneryActions.h"
 
-#include "kxSceneryEdits.h"
 #include "kxSceneryStage.h"
+#include <edits/kxSceneryEdits.h>
 
 #include <QAction>
 #include <kernel/kxSelection.h>

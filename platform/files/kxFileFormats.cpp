@@ -1,7 +1,7 @@
 #include <files/kxFileFormats.h>
 
-#include <files/kxAssimpImport.h>
-#include <files/kxEnvelope.h>
+#include <files/assimp/kxAssimpImport.h>
+#include <files/scene/kxEnvelope.h>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -40,9 +40,9 @@ QString entry(const QString& name, const QStringList& suffixes)
     return QStringLiteral("%1 (%2)").arg(name, pattern(suffixes));
 }
 
-const QStringList Gltf = {QLatin1String(kxFileFormats::GltfSuffix), QLatin1String(kxFileFormats::BinaryGltfSuffix)};
-const QStringList Scene = {QLatin1String(kxFileFormats::SceneSuffix)};
-const QStringList Animation = {QLatin1String(kxFileFormats::AnimationSuffix)};
+const QStringList Gltf = {QLatin1String(kxFileSuffix::Gltf), QLatin1String(kxFileSuffix::BinaryGltf)};
+const QStringList Scene = {QLatin1String(kxFileSuffix::Scene)};
+const QStringList Animation = {QLatin1String(kxFileSuffix::Animation)};
 
 bool beginsLikeAnimations(const QString& path)
 {
@@ -90,6 +90,6 @@ QString kxFileFormats::saveFilter()
 
 QString kxFileFormats::exportFilter()
 {
-    return entry(tr("glTF, one file"), {QLatin1String(BinaryGltfSuffix)}) + QStringLiteral(";;") +
-           entry(tr("glTF, as text"), {QLatin1String(GltfSuffix)});
+    return entry(tr("glTF, one file"), {QLatin1String(kxFileSuffix::BinaryGltf)}) + QStringLiteral(";;") +
+           entry(tr("glTF, as text"), {QLatin1String(kxFileSuffix::Gltf)});
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <files/scene/kxFileSuffixes.h>
+
 #include <QStringList>
 
 /// The one table of formats: which suffix is read and written by what.
@@ -12,11 +14,6 @@ enum class Reader
     Assimp,
     Animations ///< of one object
 };
-
-constexpr char SceneSuffix[] = "kxs";
-constexpr char AnimationSuffix[] = "osb";
-constexpr char GltfSuffix[] = "gltf";
-constexpr char BinaryGltfSuffix[] = "glb";
 
 /// By the suffix, in any case. Files of an unknown suffix are tried by what knows most formats, but for animations,
 /// which are known by their first bytes too.

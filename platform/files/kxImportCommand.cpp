@@ -1,6 +1,6 @@
 #include <files/kxImportCommand.h>
 
-#include <files/kxSceneMessages.h>
+#include <files/scene/kxSceneMessages.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>

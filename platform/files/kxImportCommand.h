@@ -1,6 +1,6 @@
 #pragma once
 
-#include <files/kxSceneContent.h>
+#include <files/scene/kxSceneContent.h>
 #include <kxUndo.h>
 
 /// Adds what was read from a file to the scene: one node, its materials, its clips, its viewpoints and

@@ -1,6 +1,6 @@
 #include <files/kxLoadAnimationsCommand.h>
 
-#include <files/kxSceneMessages.h>
+#include <files/scene/kxSceneMessages.h>
 #include <kxAnimManager.h>
 
 using namespace osg;

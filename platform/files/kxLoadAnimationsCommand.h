@@ -1,6 +1,6 @@
 #pragma once
 
-#include <files/kxShare.h>
+#include <files/scene/kxShare.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
 

@@ -2,18 +2,18 @@
 
 #include <animation/kxAnimScene.h>
 #include <animation/kxTimeRescale.h>
-#include <files/kxAnimFile.h>
-#include <files/kxAnimSettings.h>
-#include <files/kxAssimpImport.h>
+#include <files/assimp/kxAssimpImport.h>
+#include <files/gltf/kxGltfExport.h>
+#include <files/gltf/kxGltfImport.h>
 #include <files/kxFileFormats.h>
-#include <files/kxGltfExport.h>
-#include <files/kxGltfImport.h>
 #include <files/kxImportCommand.h>
 #include <files/kxLoadAnimationsCommand.h>
-#include <files/kxSceneFile.h>
-#include <files/kxSceneMessages.h>
-#include <files/kxSceneSummary.h>
-#include <files/kxUniqueNames.h>
+#include <files/scene/kxAnimFile.h>
+#include <files/scene/kxAnimSettings.h>
+#include <files/scene/kxSceneFile.h>
+#include <files/scene/kxSceneMessages.h>
+#include <files/scene/kxSceneSummary.h>
+#include <files/scene/kxUniqueNames.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -352,7 +352,7 @@ bool kxSceneIO::exportScene(const QString& path, kxFileReport& report)
 
 QString kxSceneIO::sceneSuffix()
 {
-    return QLatin1String(kxFileFormats::SceneSuffix);
+    return QLatin1String(kxFileSuffix::Scene);
 }
 
 bool kxSceneIO::isSceneFile(const QString& path)

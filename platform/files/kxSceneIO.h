@@ -1,6 +1,6 @@
 #pragma once
 
-#include <files/kxFileReport.h>
+#include <files/scene/kxFileReport.h>
 
 /// The whole acts on the open scene: from a file and into one, with all that must follow.
 ///

@@ -1,4 +1,4 @@
-#include <files/kxGltfImport.h>
+#include <files/gltf/kxGltfImport.h>
 
 #include <QFile>
 #include <QGuiApplication>

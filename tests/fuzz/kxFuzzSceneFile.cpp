@@ -1,4 +1,4 @@
-#include <files/kxSceneFile.h>
+#include <files/scene/kxSceneFile.h>
 
 #include <QGuiApplication>
 

@@ -1,8 +1,8 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxHostServices.h>
-#include <files/kxSceneFile.h>
 #include <files/kxSceneIO.h>
+#include <files/scene/kxSceneFile.h>
 #include <scene/UberMaterial.h>
 #include <view/kxPrimitives.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <app/kxSceneEdits.h>
+#include <edits/kxSceneEdits.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxTable.h>

@@ -1,6 +1,6 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxClippingPlane.h>
+#include <edits/kxClippingPlane.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <scene/ClippingPlane.h>

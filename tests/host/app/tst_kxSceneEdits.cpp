@@ -1,6 +1,6 @@
 #include "kxSceneFixture.h"
 
-#include <app/kxSceneObjects.h>
+#include <edits/kxSceneObjects.h>
 #include <kernel/kxHostHooks.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>

@@ -1,4 +1,5 @@
 #include <app/kxDocument.h>
+#include <edits/kxSceneryEdits.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -12,7 +13,6 @@
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
-#include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 

@@ -1,12 +1,12 @@
 #include "../app/kxSceneFixture.h"
 
+#include <edits/kxSceneryEdits.h>
 #include <kxAnswer.h>
 #include <kxTexts.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxStepModel.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryActions.h>
-#include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 #include <widgets/kxColors.h>

@@ -1,3 +1,4 @@
+#include <edits/kxSceneryEdits.h>
 #include <files/kxSceneIO.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
@@ -5,7 +6,6 @@
 #include <kxServices.h>
 #include <kxTexts.h>
 #include <scene/kxScenery.h>
-#include <scenery/kxSceneryEdits.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 

@@ -1,5 +1,5 @@
-#include <kxCameraRig.h>
 #include <kxTable.h>
+#include <view/kxCameraRig.h>
 
 #include <QtTest>
 

@@ -1,10 +1,10 @@
 #include "kxTestObjects.h"
 
-#include <kxCameraRig.h>
-#include <kxGizmo.h>
-#include <kxGizmoMath.h>
 #include <kxTable.h>
-#include <kxTransformEdit.h>
+#include <view/kxCameraRig.h>
+#include <view/kxGizmo.h>
+#include <view/kxGizmoMath.h>
+#include <view/kxTransformEdit.h>
 
 #include <QQuaternion>
 #include <QUndoStack>

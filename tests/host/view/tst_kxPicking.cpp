@@ -1,9 +1,9 @@
 #include "kxTestObjects.h"
 
-#include <kxPicking.h>
-#include <kxPrimitives.h>
-#include <kxSkinning.h>
 #include <scene/ClippingPlane.h>
+#include <view/kxPicking.h>
+#include <view/kxPrimitives.h>
+#include <view/kxSkinning.h>
 
 #include <QtTest>
 

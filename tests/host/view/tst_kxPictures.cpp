@@ -1,15 +1,15 @@
 #include "kxTestObjects.h"
 
 #include <kernel/kxSelection.h>
-#include <kxOffscreen.h>
-#include <kxPrimitives.h>
 #include <kxRenderWidget.h>
 #include <kxSendMouse.h>
 #include <kxTable.h>
-#include <kxView3D.h>
-#include <kxViewActions.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
+#include <view/kxOffscreen.h>
+#include <view/kxPrimitives.h>
+#include <view/kxView3D.h>
+#include <view/kxViewActions.h>
 
 #include <QAction>
 

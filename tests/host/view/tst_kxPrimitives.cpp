@@ -1,4 +1,4 @@
-#include <kxPrimitives.h>
+#include <view/kxPrimitives.h>
 
 #include <QVector3D>
 #include <QtTest>

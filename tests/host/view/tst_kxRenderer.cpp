@@ -1,11 +1,11 @@
 #include "kxTestObjects.h"
 
-#include <kxCameraRig.h>
-#include <kxOffscreen.h>
-#include <kxPrimitives.h>
 #include <kxRenderWidget.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
+#include <view/kxCameraRig.h>
+#include <view/kxOffscreen.h>
+#include <view/kxPrimitives.h>
 
 #include <QtTest>
 

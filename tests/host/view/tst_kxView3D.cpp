@@ -4,13 +4,13 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxOwned.h>
-#include <kxPrimitives.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxUndo.h>
-#include <kxView3D.h>
-#include <kxViewActions.h>
 #include <scene/CameraLight.h>
+#include <view/kxPrimitives.h>
+#include <view/kxView3D.h>
+#include <view/kxViewActions.h>
 
 #include <QAction>
 #include <QMenu>

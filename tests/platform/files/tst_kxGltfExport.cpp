@@ -2,7 +2,7 @@
 
 #include <animation/kxAnimScene.h>
 #include <animation/kxTriggers.h>
-#include <files/kxGltfExport.h>
+#include <files/gltf/kxGltfExport.h>
 #include <kxAnimFixture.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>

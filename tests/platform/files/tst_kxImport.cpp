@@ -1,6 +1,6 @@
 #include "kxFilesFixture.h"
 
-#include <files/kxMemoryLimit.h>
+#include <files/import/kxMemoryLimit.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/Mesh.h>

@@ -1,8 +1,8 @@
 #include "kxFilesFixture.h"
 #include "kxRichScene.h"
 
-#include <files/kxEnvelope.h>
-#include <files/kxSceneFile.h>
+#include <files/scene/kxEnvelope.h>
+#include <files/scene/kxSceneFile.h>
 #include <osg/AnimCores.h>
 #include <scene/Mesh.h>
 #include <scene/UberMaterial.h>

@@ -1,0 +1,449 @@
+#include "kxSceneEdits.h"
+
+#include "kxNodeCopy.h"
+#include "kxSceneCommands.h"
+
+#include "kxFieldLook.h"
+#include "kxSceneryEdits.h"
+#include <QObject>
+#include <kxAnimManager.h>
+#include <kxLog.h>
+#include <kxScenegraph.h>
+#include <osg/AnimCurve.h>
+#include <scene/UberMaterial.h>
+#include <scene/kxScene.h>
+
+#include <algorithm>
+#include <set>
+
+namespace
+{
+typedef kxSceneEdits::Nodes Nodes;
+
+QString stepText(const char* text)
+{
+    return kxUndoString(QString::fromLatin1(text), QStringLiteral("Scene"));
+}
+
+/// `act` with its "%1" for what is acted on: "Delete Box", "Delete 3 Objects".
+QString stepText(const char* act, const Nodes& nodes)
+{
+    return stepText(act).arg(nodes.size() == 1 ? QString::fromStdString(kxNodeUtils::getName(nodes.front()))
+                                               : stepText("%1 Objects").arg(nodes.size()));
+}
+
+/// "Change Roughness of Steel", "Change Intensity of 2 Objects".
+QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field)
+{
+    const QString label = kxFieldLook::of(field).label;
+    const QString what = label.isEmpty() ? kxFieldLook::words(field) : label;
+    if (containers.size() != 1)
+        return stepText("Change %1 of %2 Objects").arg(what).arg(containers.size());
+    const osg::NodeCorePtr core = osg::NodeCorePtr::dcast(containers.front());
+    const osg::AttachmentContainerPtr named = core != osg::NullFC && !core->getParents().empty()
+                                                  ? osg::AttachmentContainerPtr(core->getParents().front())
+                                                  : osg::AttachmentContainerPtr::dcast(containers.front());
+    // A curve's node is called as its channel; the list of steps names the object.
+    const bool isCurve = osg::AnimCurvePtr::dcast(core) != osg::NullFC;
+    const std::string name = named == osg::NullFC || isCurve ? std::string() : named->getNodeName();
+    return name.empty() ? stepText("Change %1").arg(what)
+                        : stepText("Change %1 of %2").arg(what, QString::fromStdString(name));
+}
+
+std::string freeName(const std::string& wanted, const std::vector<std::string>& taken)
+{
+    return kxNodeUtils::getUniqueName(wanted, taken);
+}
+
+std::vector<std::string> namesInScene()
+{
+    std::vector<std::string> names;
+    osg::traverse(kxScene::the()->root(),
+                  [&names](const osg::NodePtr& node)
+                  {
+                      names.push_back(node->getNodeName());
+                      return osg::Action::Continue;
+                  });
+    return names;
+}
+
+std::vector<std::string> namesOfMaterials()
+{
+    std::vector<std::string> names;
+    for (const osg::MaterialPtr& material : kxScene::the()->materials())
+        names.push_back(material->getNodeName());
+    return names;
+}
+
+/// "Wheel_2" is a copy of "Wheel".
+std::string stem(const std::string& name)
+{
+    const std::size_t end = name.find_last_not_of("0123456789");
+    return end != std::string::npos && end > 0 && end + 1 < name.size() && name[end] == '_' ? name.substr(0, end)
+                                                                                            : name;
+}
+
+void add(kxUndoCommand* command)
+{
+    if (command != nullptr)
+        kxUndoStack::get(0).add(command);
+}
+
+/// Keeps a node's place in the world when its parent changes: written as steps on the fields.
+void keepWorldPlace(const osg::NodePtr& node, const QMatrix4x4& world)
+{
+    const osg::TransformPtr core = osg::TransformPtr::dcast(node->getCore());
+    // A shared core places its other nodes too: they stay.
+    if (core == osg::NullFC || core->getParents().size() > 1)
+        return;
+    bool invertible = false;
+    const QMatrix4x4 toParent = kxSceneMath::worldMatrix(node->getParent()).inverted(&invertible);
+    if (!invertible)
+        return;
+    const osg::Vec3f translation = core->getTranslation(), rotation = core->getEulerRotation(),
+                     scale = core->getScale();
+    if (!kxSceneMath::setLocalMatrix(node, toParent * world))
+        return;
+    const osg::Vec3f newTranslation = core->getTranslation(), newRotation = core->getEulerRotation(),
+                     newScale = core->getScale();
+    core->setTranslation(translation);
+    core->setEulerRotation(rotation);
+    core->setScale(scale);
+    add(kxSetFieldCommand::make(core, "translation", osg::FieldValue(newTranslation), stepText("Move")));
+    add(kxSetFieldCommand::make(core, "eulerRotation", osg::FieldValue(newRotation), stepText("Move")));
+    add(kxSetFieldCommand::make(core, "scale", osg::FieldValue(newScale), stepText("Move")));
+}
+
+/// Objects stand below objects, not below viewpoints or what else the scene holds.
+bool takesObjects(const osg::NodePtr& parent)
+{
+    return kxSceneEdits::isObject(parent) || parent == kxScene::the()->root();
+}
+
+bool standsInClip(const osg::AnimNodePtr& animation)
+{
+    if (animation->getCore() == osg::NullFC)
+        return false;
+    const std::vector<osg::NodePtr>& nodes = animation->getCore()->getParents();
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [](const osg::NodePtr& node)
+                       { return kxNodeUtils::hasParent(node, kxAnimManager::the()->clipStructureRoot()); });
+}
+
+/// Names the animations of `root` and below that clips go on using without their object.
+void warnOfSharedAnimations(const osg::NodePtr& root)
+{
+    osg::traverse(root,
+                  [](const osg::NodePtr& node)
+                  {
+                      const auto attachment = node->findAttachment<osg::AnimAttachment>();
+                      if (attachment == osg::NullFC)
+                          return osg::Action::Continue;
+                      std::vector<osg::AnimNodePtr> animations;
+                      attachment->getTopLevelAnimations(animations, true);
+                      for (const osg::AnimNodePtr& animation : animations)
+                          if (standsInClip(animation))
+                              kxLog::warning(QObject::tr("\"%1\" was deleted, and its animation \"%2\" stands in a "
+                                                         "clip that moves nothing by it any more.")
+                                                 .arg(QString::fromStdString(node->getNodeName()),
+                                                      QString::fromStdString(animation->getNodeName())));
+                      return osg::Action::Continue;
+                  });
+}
+} // namespace
+
+kxSceneEdits::Nodes kxSceneEdits::allNodes()
+{
+    Nodes nodes;
+    for (const osg::NodePtr& child : kxScene::the()->root()->getChildren())
+        osg::traverse(child,
+                      [&nodes](const osg::NodePtr& node)
+                      {
+                          nodes.push_back(node);
+                          return osg::Action::Continue;
+                      });
+    return nodes;
+}
+
+bool kxSceneEdits::isObject(const osg::NodePtr& node)
+{
+    const osg::NodePtr root = kxScene::the()->root();
+    return node != root && kxNodeUtils::hasParent(node, root);
+}
+
+kxSceneEdits::Nodes kxSceneEdits::topmost(const Nodes& nodes)
+{
+    std::set<unsigned int> wanted;
+    for (const osg::NodePtr& node : nodes)
+        if (node != osg::NullFC)
+            wanted.insert(node.getFieldContainerId());
+    Nodes result;
+    osg::traverse(kxScene::the()->root(),
+                  [&wanted, &result](const osg::NodePtr& node)
+                  {
+                      if (node == kxScene::the()->root() || wanted.count(node.getFieldContainerId()) == 0)
+                          return osg::Action::Continue;
+                      result.push_back(node);
+                      return osg::Action::Skip;
+                  });
+    return result;
+}
+
+osg::NodePtr kxSceneEdits::makeNode(const osg::NodeCorePtr& core, const QString& name)
+{
+    const osg::NodePtr node = osg::Node::create();
+    node->setCore(core);
+    node->setNodeName(name.toStdString());
+    return node;
+}
+
+bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent, const QString& text)
+{
+    const osg::NodePtr target = parent == osg::NullFC ? kxScene::the()->root() : parent;
+    const kxContainerShare share(node);
+    if (node == osg::NullFC || !takesObjects(target) || !kxNodePermission::allows(target, kxScenegraphTypes::AddChild))
+        return false;
+    node->setNodeName(freeName(node->getNodeName(), namesInScene()));
+    const kxScopedUndo scope(true);
+    auto* const command = new kxPlaceNodesCommand(kxUndoString(text, QStringLiteral("Scene")));
+    command->insertNode(node, target, -1);
+    add(command);
+    adoptMaterial(node);
+    kxSelectionManager::selectNode(node);
+    return true;
+}
+
+bool kxSceneEdits::groupNodes(const Nodes& nodes)
+{
+    const Nodes top = topmost(nodes);
+    if (top.empty())
+        return false;
+    const osg::NodePtr parent = top.front()->getParent();
+    const osg::NodePtr group = makeNode(osg::Transform::create(), QObject::tr("Group"));
+    group->setNodeName(freeName(group->getNodeName(), namesInScene()));
+    const kxScopedUndo scope(true);
+    auto* const command = new kxPlaceNodesCommand(stepText("Group %1", top));
+    command->insertNode(group, parent, parent->findChild(top.front()));
+    add(command);
+    moveNodes(top, group, -1);
+    kxSelectionManager::selectNode(group);
+    return true;
+}
+
+int kxSceneEdits::deleteNodes(const Nodes& nodes)
+{
+    Nodes doomed;
+    for (const osg::NodePtr& node : topmost(nodes))
+        if (kxNodePermission::allows(node, kxScenegraphTypes::Delete))
+            doomed.push_back(node);
+    if (doomed.empty())
+        return 0;
+    const kxScopedUndo scope(true);
+    auto* const command = new kxPlaceNodesCommand(stepText("Delete %1", doomed));
+    for (const osg::NodePtr& node : doomed)
+    {
+        warnOfSharedAnimations(node);
+        command->removeNode(node);
+    }
+    add(command);
+    kxSelectionManager::selectNodes({});
+    return int(doomed.size());
+}
+
+bool kxSceneEdits::duplicateNodes(const Nodes& nodes)
+{
+    const Nodes top = topmost(nodes);
+    if (top.empty())
+        return false;
+    std::vector<std::string> names = namesInScene();
+    Nodes copies;
+    auto* const command = new kxPlaceNodesCommand(stepText("Duplicate %1", top));
+    for (const osg::NodePtr& node : top)
+    {
+        const osg::NodePtr copy = kxNodeCopy::copyTree(node);
+        copy->setNodeName(freeName(stem(node->getNodeName()), names));
+        names.push_back(copy->getNodeName());
+        command->insertNode(copy, node->getParent(), -1);
+        copies.push_back(copy);
+    }
+    const kxScopedUndo scope(true);
+    add(command);
+    kxSelectionManager::selectNodes(copies);
+    return true;
+}
+
+bool kxSceneEdits::canMoveNodes(const Nodes& nodes, const osg::NodePtr& parent)
+{
+    if (!takesObjects(parent) || nodes.empty() || !kxNodePermission::allows(parent, kxScenegraphTypes::AddChild))
+        return false;
+    return std::all_of(nodes.begin(), nodes.end(),
+                       [&parent](const osg::NodePtr& node)
+                       {
+                           return node != osg::NullFC && kxNodePermission::allows(node, kxScenegraphTypes::Move) &&
+                                  !kxNodeUtils::hasParent(parent, node);
+                       });
+}
+
+bool kxSceneEdits::moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int index)
+{
+    const Nodes top = topmost(nodes);
+    if (!canMoveNodes(top, parent))
+        return false;
+    const osg::NodePtr anchor = index < 0 ? osg::NodePtr() : parent->getChild(unsigned(index));
+    // The child before which the nodes go may be one of them: then the next that stays.
+    osg::NodePtr before = anchor;
+    while (before != osg::NullFC && std::find(top.begin(), top.end(), before) != top.end())
+        before = parent->getChild(unsigned(parent->findChild(before) + 1));
+
+    std::vector<QMatrix4x4> worlds;
+    for (const osg::NodePtr& node : top)
+        worlds.push_back(kxSceneMath::worldMatrix(node));
+    const auto goesOut = [&parent](const osg::NodePtr& node) { return node->getParent() == parent; };
+    const int own = int(std::count_if(top.begin(), top.end(), goesOut));
+    int at = -1;
+    if (before != osg::NullFC)
+    {
+        const auto& children = parent->getChildren();
+        const auto end = std::find(children.begin(), children.end(), before);
+        at = int(std::count_if(children.begin(), end,
+                               [&top](const osg::NodePtr& child)
+                               { return std::find(top.begin(), top.end(), child) == top.end(); }));
+    }
+    const kxScopedUndo scope(true);
+    auto* const command = new kxPlaceNodesCommand(stepText("Move %1 in Tree", top));
+    // Own children leave first, so that the places count without them.
+    if (own > 0)
+        for (const osg::NodePtr& node : top)
+            if (goesOut(node))
+                command->moveNode(node, parent, -1);
+    for (std::size_t i = 0; i < top.size(); ++i)
+        command->moveNode(top[i], parent, at < 0 ? -1 : at + int(i));
+    add(command);
+    for (std::size_t i = 0; i < top.size(); ++i)
+        keepWorldPlace(top[i], worlds[i]);
+    return true;
+}
+
+bool kxSceneEdits::rename(const osg::AttachmentContainerPtr& container, const QString& name)
+{
+    const QString trimmed = name.trimmed();
+    if (container == osg::NullFC || trimmed.isEmpty())
+        return false;
+    if (trimmed.toStdString() == container->getNodeName())
+        return true;
+    const QString problem = kxSceneryEdits::problemOfName(osg::NodePtr::dcast(container), trimmed);
+    if (!problem.isEmpty())
+    {
+        kxLog::warning(problem);
+        return false;
+    }
+    const kxScopedUndo scope(true);
+    kxSceneryEdits::followRename(container, trimmed.toStdString());
+    add(new kxRenameCommand(container, trimmed.toStdString()));
+    return true;
+}
+
+void kxSceneEdits::setVisible(const Nodes& nodes, bool visible)
+{
+    const kxScopedUndo scope(true);
+    const QString text = stepText(visible ? "Show %1" : "Hide %1", nodes);
+    for (const osg::NodePtr& node : nodes)
+        if (node != osg::NullFC && node->isActive() != visible)
+            add(kxSetFieldCommand::make(node, "visible", osg::FieldValue(visible), text));
+}
+
+void kxSceneEdits::setField(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
+                            const osg::FieldValue& value)
+{
+    const kxScopedUndo scope(true);
+    const QString text = changeText(containers, field);
+    for (const osg::FieldContainerPtr& container : containers)
+        add(kxSetFieldCommand::make(container, field, value, text));
+}
+
+void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
+                                unsigned component, RelativeOperator op, double operand)
+{
+    const kxScopedUndo scope(true);
+    const auto write = [component, op, operand](osg::FieldContainer& target, const osg::FieldDescription& description)
+    {
+        double value = double(description.component(target, component));
+        return component < description.components() && QKXDoubleSpiner::applyRelative(op, operand, value) &&
+               description.setComponent(target, component, float(value));
+    };
+    const QString text = changeText(containers, field);
+    for (const osg::FieldContainerPtr& container : containers)
+        add(kxSetFieldCommand::make(container, field, write, text));
+}
+
+osg::MaterialPtr kxSceneEdits::addMaterial()
+{
+    const osg::UberMaterialPtr material = osg::UberMaterial::create();
+    material->setNodeName(freeName(QObject::tr("Material").toStdString(), namesOfMaterials()));
+    add(kxMaterialListCommand::add(material, -1));
+    return material;
+}
+
+void kxSceneEdits::adoptMaterial(const osg::NodePtr& node)
+{
+    const osg::GeometryPtr geometry = osg::GeometryPtr::dcast(node->getCore());
+    const osg::MaterialPtr material = geometry == osg::NullFC ? osg::MaterialPtr() : geometry->getMaterial();
+    if (material == osg::NullFC || kxScene::the()->contains(material))
+        return;
+    material->setNodeName(freeName(node->getNodeName(), namesOfMaterials()));
+    add(kxMaterialListCommand::add(material, -1));
+}
+
+void kxSceneEdits::duplicateMaterials(const std::vector<osg::MaterialPtr>& materials)
+{
+    const kxScopedUndo scope(true);
+    for (const osg::MaterialPtr& material : materials)
+    {
+        const osg::MaterialPtr copy = kxNodeCopy::copyMaterial(material);
+        if (copy == osg::NullFC)
+            continue;
+        copy->setNodeName(freeName(stem(material->getNodeName()), namesOfMaterials()));
+        add(kxMaterialListCommand::add(copy, -1));
+    }
+}
+
+void kxSceneEdits::deleteMaterials(const std::vector<osg::MaterialPtr>& materials)
+{
+    const kxScopedUndo scope(true);
+    const QString text = kxUndoString(QStringLiteral("Delete Material"), QStringLiteral("Materials"));
+    std::vector<osg::FieldContainerPtr> surfaces;
+    osg::traverse(kxScene::the()->root(),
+                  [&](const osg::NodePtr& node)
+                  {
+                      const osg::GeometryPtr geometry = osg::GeometryPtr::dcast(node->getCore());
+                      if (geometry != osg::NullFC && geometry->getMaterial() != osg::NullFC &&
+                          std::find(materials.begin(), materials.end(), geometry->getMaterial()) != materials.end())
+                          surfaces.push_back(geometry);
+                      return osg::Action::Continue;
+                  });
+    for (const osg::FieldContainerPtr& surface : surfaces)
+        add(kxSetFieldCommand::make(surface, "material", osg::FieldValue(osg::FieldContainerPtr()), text));
+    for (const osg::MaterialPtr& material : materials)
+        if (material != osg::NullFC)
+            add(kxMaterialListCommand::remove(material));
+}
+
+int kxSceneEdits::assignMaterial(const Nodes& nodes, const osg::MaterialPtr& material)
+{
+    const kxScopedUndo scope(true);
+    const QString text = kxUndoString(QStringLiteral("Assign Material"), QStringLiteral("Materials"));
+    int count = 0;
+    for (const osg::NodePtr& root : topmost(nodes))
+        osg::traverse(root,
+                      [&](const osg::NodePtr& node)
+                      {
+                          const osg::GeometryPtr geometry = osg::GeometryPtr::dcast(node->getCore());
+                          if (geometry == osg::NullFC)
+                              return osg::Action::Continue;
+                          ++count;
+                          add(kxSetFieldCommand::make(geometry, "material",
+                                                      osg::FieldValue(osg::FieldContainerPtr(material)), text));
+                          return osg::Action::Continue;
+                      });
+    return count;
+}

@@ -1,0 +1,371 @@
+#include <files/assimp/kxAssimpImport.h>
+
+#include <files/assimp/kxAssimpMeshes.h>
+#include <files/assimp/kxAssimpPivots.h>
+#include <files/import/kxAnimImport.h>
+#include <files/import/kxMemoryLimit.h>
+#include <kxAnimManager.h>
+#include <scene/CameraLight.h>
+#include <scene/kxScene.h>
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <assimp/config.h>
+#include <assimp/postprocess.h>
+#include <cmath>
+#include <exception>
+
+using namespace osg;
+
+namespace
+{
+constexpr float Degrees = 57.2957795130823f;
+/// Deeper trees would exhaust the stack of those who walk them.
+constexpr int DeepestTree = 1000;
+constexpr float SmoothAngle = 60.0f;
+/// Memory that reading a file may take: so much, and so many times its size.
+constexpr quint64 SmallestGrowth = quint64(512) << 20;
+constexpr quint64 GrowthAByte = 200;
+
+constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
+                           aiProcess_LimitBoneWeights | aiProcess_SortByPType | aiProcess_FlipUVs |
+                           aiProcess_ValidateDataStructure;
+
+QMatrix4x4 matrixOf(const aiMatrix4x4& m)
+{
+    return QMatrix4x4(m.a1, m.a2, m.a3, m.a4, m.b1, m.b2, m.b3, m.b4, m.c1, m.c2, m.c3, m.c4, m.d1, m.d2, m.d3, m.d4);
+}
+
+QVector3D vectorOf(const aiVector3D& v)
+{
+    return QVector3D(v.x, v.y, v.z);
+}
+
+/// From the axes that look down -z, y up, to those of a camera or light.
+QMatrix4x4 lookMatrix(const QVector3D& place, const QVector3D& direction, const QVector3D& up)
+{
+    QVector3D back = -direction.normalized();
+    if (back.isNull())
+        back = QVector3D(0, 0, 1);
+    QVector3D right = QVector3D::crossProduct(up, back).normalized();
+    if (right.isNull())
+        right = QVector3D::crossProduct(std::abs(back.y()) < 0.9f ? QVector3D(0, 1, 0) : QVector3D(1, 0, 0), back)
+                    .normalized();
+    const QVector3D newUp = QVector3D::crossProduct(back, right);
+    QMatrix4x4 matrix;
+    matrix.setColumn(0, QVector4D(right, 0));
+    matrix.setColumn(1, QVector4D(newUp, 0));
+    matrix.setColumn(2, QVector4D(back, 0));
+    matrix.setColumn(3, QVector4D(place, 1));
+    return matrix;
+}
+
+/// True where a place, a turn and a size don't come to the matrix.
+bool isSheared(const QMatrix4x4& matrix, const QMatrix4x4& made)
+{
+    constexpr float Tolerance = 1e-3f;
+    float largest = 0, off = 0;
+    for (int column = 0; column < 3; ++column)
+        for (int row = 0; row < 3; ++row)
+        {
+            largest = std::max(largest, std::abs(matrix(row, column)));
+            off = std::max(off, std::abs(matrix(row, column) - made(row, column)));
+        }
+    return off > Tolerance * largest;
+}
+
+NodeCorePtr makeCamera(const aiCamera& source)
+{
+    const CameraPtr camera = Camera::create();
+    const float aspect = source.mAspect > 0 && std::isfinite(source.mAspect) ? source.mAspect : 4.0f / 3.0f;
+    if (std::isfinite(source.mHorizontalFOV) && source.mHorizontalFOV > 0.001f && source.mHorizontalFOV < 3.1f)
+        camera->setFieldOfView(2 * std::atan(std::tan(source.mHorizontalFOV / 2) / aspect) * Degrees);
+    if (std::isfinite(source.mClipPlaneNear) && source.mClipPlaneNear > 0)
+        camera->setNear(source.mClipPlaneNear);
+    if (std::isfinite(source.mClipPlaneFar) && source.mClipPlaneFar > camera->getNear())
+        camera->setFar(source.mClipPlaneFar);
+    return camera;
+}
+
+NodeCorePtr makeLight(const aiLight& source)
+{
+    const LightPtr light = Light::create();
+    light->setKind(source.mType == aiLightSource_POINT  ? Light::PointLight
+                   : source.mType == aiLightSource_SPOT ? Light::Spot
+                                                        : Light::Directional);
+    const aiColor3D& color = source.mColorDiffuse;
+    const float brightest = std::max({color.r, color.g, color.b});
+    if (std::isfinite(brightest) && brightest > 0)
+    {
+        light->setIntensity(brightest);
+        light->setColor(Color3f(std::max(color.r / brightest, 0.0f), std::max(color.g / brightest, 0.0f),
+                                std::max(color.b / brightest, 0.0f)));
+    }
+    const float cone = source.mAngleOuterCone * Degrees;
+    if (std::isfinite(cone) && cone > 0.1f && cone <= 180.0f)
+        light->setConeAngle(cone);
+    return light;
+}
+
+class Reader
+{
+public:
+    Reader(const aiScene& scene, const QString& path, kxSceneContent& content, kxFileReport& report)
+        : _scene(scene), _content(content), _report(report), _materials(scene, QFileInfo(path).absolutePath(), report),
+          _meshes(scene, _materials, report)
+    {
+        for (unsigned i = 0; i < scene.mNumAnimations; ++i)
+            for (unsigned c = 0; c < scene.mAnimations[i]->mNumChannels; ++c)
+                _animated.insert(scene.mAnimations[i]->mChannels[c]->mNodeName.C_Str());
+    }
+
+    bool read()
+    {
+        if (_scene.mRootNode == nullptr ||
+            (_scene.mNumMeshes == 0 && _scene.mNumCameras == 0 && _scene.mNumLights == 0 && _scene.mNumAnimations == 0))
+            return _report.fail(QStringLiteral("the file holds no objects"));
+        if ((_scene.mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0)
+            _report.note(QStringLiteral("the file isn't complete: it may lack surfaces"));
+        if (!addNode(*_scene.mRootNode, _content.root.get(), 0))
+            return false;
+        turnUp();
+        addCamerasAndLights();
+        _meshes.addSkins(_nodes);
+        for (const kxShare<Material>& material : _materials.materials())
+            _content.materials.push_back(material);
+        addAnimations();
+        return !_report.failed();
+    }
+
+private:
+    bool addNode(const aiNode& source, const NodePtr& parent, int depth)
+    {
+        if (depth > DeepestTree)
+            return _report.fail(QStringLiteral("the nodes are nested more than %1 deep").arg(DeepestTree));
+        const aiNode* meant = &source;
+        aiMatrix4x4 matrix = source.mTransformation;
+        if (kxAssimpPivots::isHelper(source))
+            if (const kxAssimpPivots pivots = kxAssimpPivots::below(source, _animated); pivots.merges)
+            {
+                meant = pivots.node;
+                matrix = pivots.matrix;
+            }
+        const NodePtr node = Node::create();
+        node->setNodeName(meant->mName.length == 0 ? "Node" : meant->mName.C_Str());
+        parent->addChild(node);
+        _nodes.emplace(meant->mName.C_Str(), node);
+        addSurfaces(*meant, node);
+        if (_report.failed() || !place(node, matrix))
+            return false;
+        for (unsigned i = 0; i < meant->mNumChildren; ++i)
+            if (!addNode(*meant->mChildren[i], node, depth + 1))
+                return false;
+        return true;
+    }
+
+    void addSurfaces(const aiNode& source, const NodePtr& node)
+    {
+        for (unsigned i = 0; i < source.mNumMeshes; ++i)
+        {
+            const GeometryPtr geometry = _meshes.makeGeometry(source.mMeshes[i]);
+            if (geometry == NullFC)
+                continue;
+            // The parts behind the first stand below it without a name, as parts of one surface.
+            if (node->getCore() == NullFC)
+                node->setCore(geometry);
+            else
+            {
+                const NodePtr component = Node::create();
+                component->setCore(geometry);
+                node->addChild(component);
+            }
+        }
+        if (node->getCore() == NullFC)
+            node->setCore(Transform::create());
+    }
+
+    bool place(const NodePtr& node, const aiMatrix4x4& source)
+    {
+        const QMatrix4x4 matrix = matrixOf(source);
+        for (int i = 0; i < 16; ++i)
+            if (!std::isfinite(matrix.constData()[i]))
+                return _report.fail(
+                    QStringLiteral("'%1' stands at no finite place").arg(QString::fromStdString(node->getNodeName())));
+        if (!kxSceneMath::setLocalMatrix(node, matrix))
+            _report.note(QStringLiteral("'%1': a matrix without an inverse is left out")
+                             .arg(QString::fromStdString(node->getNodeName())));
+        else if (isSheared(matrix, kxSceneMath::localMatrix(node)))
+            _report.note(
+                QStringLiteral("'%1': its shear is left out").arg(QString::fromStdString(node->getNodeName())));
+        return true;
+    }
+
+    /// FBX files tell which axis is up without turning their objects.
+    void turnUp()
+    {
+        int32_t axis = 1;
+        if (_scene.mMetaData == nullptr || !_scene.mMetaData->Get("UpAxis", axis) || axis != 2)
+            return;
+        const NodePtr root = _content.root->getChild(0);
+        QMatrix4x4 turn;
+        turn.rotate(-90, 1, 0, 0);
+        kxSceneMath::setLocalMatrix(root, turn * kxSceneMath::localMatrix(root));
+    }
+
+    void addCamerasAndLights()
+    {
+        for (unsigned i = 0; i < _scene.mNumCameras; ++i)
+        {
+            const aiCamera& camera = *_scene.mCameras[i];
+            addBelow(camera.mName, makeCamera(camera),
+                     lookMatrix(vectorOf(camera.mPosition), vectorOf(camera.mLookAt), vectorOf(camera.mUp)));
+        }
+        for (unsigned i = 0; i < _scene.mNumLights; ++i)
+        {
+            const aiLight& light = *_scene.mLights[i];
+            if (light.mType == aiLightSource_AMBIENT || light.mType == aiLightSource_UNDEFINED)
+            {
+                _report.note(QStringLiteral("ambient lights are left out"));
+                continue;
+            }
+            addBelow(light.mName, makeLight(light),
+                     lookMatrix(vectorOf(light.mPosition), vectorOf(light.mDirection), vectorOf(light.mUp)));
+        }
+    }
+
+    /// A node shows a camera or light itself where that stands at its place, looks its way, and it shows nothing else.
+    void addBelow(const aiString& name, const NodeCorePtr& core, const QMatrix4x4& matrix)
+    {
+        const kxShare<NodeCore> held(core);
+        const auto found = _nodes.find(name.C_Str());
+        const NodePtr parent = found == _nodes.end() ? _content.root.get() : found->second;
+        const TransformPtr present = TransformPtr::dcast(parent->getCore());
+        const bool plain = present != NullFC && present->getType().getId() == Transform::_type.getId();
+        if (plain && found != _nodes.end() && qFuzzyCompare(matrix, QMatrix4x4()))
+        {
+            const QMatrix4x4 local = kxSceneMath::localMatrix(parent);
+            parent->setCore(core);
+            kxSceneMath::setLocalMatrix(parent, local);
+            return;
+        }
+        const NodePtr node = Node::create();
+        node->setCore(core);
+        node->setNodeName(CameraPtr::dcast(core) != NullFC ? "Camera" : "Light");
+        parent->addChild(node);
+        kxSceneMath::setLocalMatrix(node, matrix);
+    }
+
+    void addAnimations()
+    {
+        std::vector<kxAnimImport::Animation> animations;
+        for (unsigned i = 0; i < _scene.mNumAnimations; ++i)
+        {
+            const aiAnimation& source = *_scene.mAnimations[i];
+            // Times of a file without a rate are frames, and stay on their frames.
+            const double rate = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : kxAnimManager::the()->fps();
+            kxAnimImport::Animation animation;
+            animation.name = source.mName.length == 0 ? "Animation" : source.mName.C_Str();
+            if (source.mNumMeshChannels > 0 || source.mNumMorphMeshChannels > 0)
+                _report.note(QStringLiteral("animations of meshes are left out"));
+            for (unsigned c = 0; c < source.mNumChannels; ++c)
+                addChannels(*source.mChannels[c], rate, animation);
+            animations.push_back(std::move(animation));
+        }
+        kxAnimImport::add(animations, _content, _report);
+    }
+
+    void addChannels(const aiNodeAnim& source, double rate, kxAnimImport::Animation& animation)
+    {
+        using kxAnimImport::Path;
+        const std::string name = source.mNodeName.C_Str();
+        const auto found = _nodes.find(name);
+        if (found == _nodes.end())
+            return _report.note(
+                QStringLiteral("an animation moves '%1', which isn't there").arg(QString::fromStdString(name)));
+        addVectors(found->second, Path::Translation, source.mPositionKeys, source.mNumPositionKeys, rate, animation);
+        addVectors(found->second, Path::Scale, source.mScalingKeys, source.mNumScalingKeys, rate, animation);
+        addRotations(found->second, source, rate, animation);
+    }
+
+    void addVectors(const NodePtr& target, kxAnimImport::Path path, const aiVectorKey* keys, unsigned count,
+                    double rate, kxAnimImport::Animation& animation)
+    {
+        kxAnimImport::Channel channel;
+        channel.target = target;
+        channel.path = path;
+        for (unsigned i = 0; i < count; ++i)
+        {
+            channel.times.push_back(float(keys[i].mTime / rate));
+            channel.values.insert(channel.values.end(), {keys[i].mValue.x, keys[i].mValue.y, keys[i].mValue.z});
+        }
+        if (count > 0)
+            animation.channels.push_back(std::move(channel));
+    }
+
+    void addRotations(const NodePtr& target, const aiNodeAnim& source, double rate, kxAnimImport::Animation& animation)
+    {
+        kxAnimImport::Channel channel;
+        channel.target = target;
+        channel.path = kxAnimImport::Path::Rotation;
+        for (unsigned i = 0; i < source.mNumRotationKeys; ++i)
+        {
+            const aiQuaternion& q = source.mRotationKeys[i].mValue;
+            channel.times.push_back(float(source.mRotationKeys[i].mTime / rate));
+            channel.values.insert(channel.values.end(), {q.x, q.y, q.z, q.w});
+        }
+        if (!channel.times.empty())
+            animation.channels.push_back(std::move(channel));
+    }
+
+    const aiScene& _scene;
+    kxSceneContent& _content;
+    kxFileReport& _report;
+    kxAssimpMaterials _materials;
+    kxAssimpMeshes _meshes;
+    std::map<std::string, NodePtr> _nodes; // the first of each name
+    std::set<std::string> _animated;       // names of nodes
+};
+} // namespace
+
+bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileReport& report)
+{
+    content = kxSceneContent::empty();
+    if (!QFileInfo(path).isFile())
+        return report.fail(QStringLiteral("there is no such file"));
+    try
+    {
+        const kxMemoryLimit limit(SmallestGrowth + GrowthAByte * quint64(QFileInfo(path).size()));
+        Assimp::Importer importer;
+        importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
+        importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
+        const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), Steps);
+        if (scene == nullptr)
+        {
+            const QString reason = QString::fromUtf8(importer.GetErrorString());
+            return report.fail(reason.contains(QLatin1String("bad_alloc"))
+                                   ? QStringLiteral("the file claims more than it can hold")
+                                   : reason);
+        }
+        return Reader(*scene, path, content, report).read();
+    }
+    catch (const std::exception& e)
+    {
+        return report.fail(QStringLiteral("the file can't be read: %1").arg(QString::fromUtf8(e.what())));
+    }
+}
+
+QStringList kxAssimpImport::suffixes()
+{
+    aiString list;
+    Assimp::Importer().GetExtensionList(list);
+    QStringList suffixes;
+    for (const QString& pattern : QString::fromUtf8(list.C_Str()).split(QLatin1Char(';'), Qt::SkipEmptyParts))
+        suffixes.append(pattern.mid(2).toLower()); // without "*."
+    suffixes.removeAll(QStringLiteral("gltf"));
+    suffixes.removeAll(QStringLiteral("glb"));
+    suffixes.sort();
+    return suffixes;
+}

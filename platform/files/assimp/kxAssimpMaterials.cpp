@@ -1,0 +1,163 @@
+#include <files/assimp/kxAssimpMaterials.h>
+
+#include <files/import/kxImageImport.h>
+#include <files/scene/kxFileReport.h>
+#include <files/scene/kxSceneSummary.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <assimp/GltfMaterial.h>
+#include <assimp/material.h>
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+constexpr qint64 LargestPicture = qint64(1) << 28; ///< bytes of a file
+constexpr float Darkest = 0.02f; ///< a base colour below this, under a picture, is a preset that nobody chose
+
+float finite(float value, float low, float high, float preset)
+{
+    return std::isfinite(value) ? std::clamp(value, low, high) : preset;
+}
+
+/// Colours of these formats are meant as a screen shows them.
+Color3f linear(const aiColor4D& color)
+{
+    const auto one = [](float value) { return kxImageImport::linearFromSrgb(finite(value, 0.0f, 1.0f, 0.8f)); };
+    return Color3f(one(color.r), one(color.g), one(color.b));
+}
+
+/// The file of this path, in any case of its name's letters; empty where there is none.
+QString existingFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isFile())
+        return path;
+    for (const QString& entry : info.dir().entryList(QDir::Files))
+        if (entry.compare(info.fileName(), Qt::CaseInsensitive) == 0)
+            return info.dir().filePath(entry);
+    return QString();
+}
+
+ImagePtr fromTexels(const aiTexture& texture)
+{
+    const std::size_t count = std::size_t(texture.mWidth) * texture.mHeight;
+    std::vector<UInt8> pixels;
+    pixels.reserve(count * 4);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const aiTexel& texel = texture.pcData[i];
+        pixels.insert(pixels.end(), {texel.r, texel.g, texel.b, texel.a});
+    }
+    const ImagePtr image = Image::create();
+    image->set(texture.mWidth, texture.mHeight, std::move(pixels));
+    return image;
+}
+} // namespace
+
+kxAssimpMaterials::kxAssimpMaterials(const aiScene& scene, const QString& folder, kxFileReport& report)
+    : _scene(scene), _folder(folder), _report(report)
+{
+    for (unsigned i = 0; i < scene.mNumMaterials; ++i)
+        add(*scene.mMaterials[i]);
+}
+
+MaterialPtr kxAssimpMaterials::material(unsigned index) const
+{
+    return index < _materials.size() ? _materials[index].get() : MaterialPtr();
+}
+
+void kxAssimpMaterials::add(const aiMaterial& source)
+{
+    const UberMaterialPtr material = UberMaterial::create();
+    _materials.emplace_back(material);
+    aiString name;
+    source.Get(AI_MATKEY_NAME, name);
+    material->setNodeName(name.C_Str());
+    addSurface(source, *material);
+    material->setBaseColorImage(picture(source));
+    const Color3f& color = material->getBaseColor();
+    if (material->getBaseColorImage() != NullFC && std::max({color[0], color[1], color[2]}) < Darkest)
+        material->setBaseColor(Color3f(1, 1, 1));
+}
+
+void kxAssimpMaterials::addSurface(const aiMaterial& source, UberMaterial& material) const
+{
+    aiColor4D color;
+    if (source.Get(AI_MATKEY_BASE_COLOR, color) == AI_SUCCESS ||
+        source.Get(AI_MATKEY_COLOR_DIFFUSE, color) == AI_SUCCESS)
+        material.setBaseColor(linear(color));
+    if (source.Get(AI_MATKEY_COLOR_EMISSIVE, color) == AI_SUCCESS)
+        material.setEmissive(linear(color));
+    float value = 0;
+    // Files write 0 where they mean that nothing shines through.
+    if (source.Get(AI_MATKEY_OPACITY, value) == AI_SUCCESS && value > 0)
+        material.setOpacity(finite(value, 0.0f, 1.0f, 1.0f));
+    if (source.Get(AI_MATKEY_METALLIC_FACTOR, value) == AI_SUCCESS)
+        material.setMetallic(finite(value, 0.0f, 1.0f, 0.0f));
+    if (source.Get(AI_MATKEY_ROUGHNESS_FACTOR, value) == AI_SUCCESS)
+        material.setRoughness(finite(value, 0.0f, 1.0f, 0.5f));
+    else if (source.Get(AI_MATKEY_SHININESS, value) == AI_SUCCESS && value > 0)
+        // The width of the highlight of Blinn's model with this exponent.
+        material.setRoughness(finite(std::sqrt(2.0f / (value + 2.0f)), 0.05f, 1.0f, 0.5f));
+    int twoSided = 0;
+    if (source.Get(AI_MATKEY_TWOSIDED, twoSided) == AI_SUCCESS)
+        material.setDoubleSided(twoSided != 0);
+}
+
+ImagePtr kxAssimpMaterials::picture(const aiMaterial& source)
+{
+    aiString path;
+    aiTextureMapMode wrap[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
+    const auto find = [&](aiTextureType type)
+    { return source.GetTexture(type, 0, &path, nullptr, nullptr, nullptr, nullptr, wrap) == AI_SUCCESS; };
+    if ((!find(aiTextureType_BASE_COLOR) && !find(aiTextureType_DIFFUSE)) || path.length == 0)
+        return ImagePtr();
+    if (wrap[0] != aiTextureMapMode_Wrap || wrap[1] != aiTextureMapMode_Wrap)
+        _report.note(QString::fromLatin1(kxSceneSummary::WrapNote));
+    for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT, aiTextureType_SPECULAR})
+        if (source.GetTextureCount(type) > 0)
+            _report.note(QStringLiteral("pictures of other things than the base colour are left out"));
+    const QString name = QString::fromUtf8(path.C_Str());
+    const auto found = _pictures.find(name);
+    if (found != _pictures.end())
+        return found->second.get();
+    return (_pictures[name] = read(name)).get();
+}
+
+ImagePtr kxAssimpMaterials::read(const QString& path)
+{
+    const aiTexture* const embedded = _scene.GetEmbeddedTexture(path.toUtf8().constData());
+    if (embedded == nullptr)
+        return kxImageImport::fromEncoded(fileBytes(path), false, path, _report);
+    if (embedded->mHeight > 0)
+        return fromTexels(*embedded);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(embedded->pcData);
+    return kxImageImport::fromEncoded(std::vector<unsigned char>(bytes, bytes + embedded->mWidth), false, path,
+                                      _report);
+}
+
+std::vector<unsigned char> kxAssimpMaterials::fileBytes(const QString& path) const
+{
+    QString relative = path;
+    relative.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    // The place that the file names is one of its author's machine more often than not, and so is the case of its
+    // letters.
+    const QString name = relative.section(QLatin1Char('/'), -1);
+    const QString beside = _folder + QLatin1Char('/');
+    for (const QString& candidate : {QFileInfo(relative).isAbsolute() ? relative : beside + relative, beside + name,
+                                     beside + "textures/" + name, beside + "../" + name})
+    {
+        QFile file(existingFile(candidate));
+        if (file.fileName().isEmpty() || file.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray bytes = file.readAll();
+        return std::vector<unsigned char>(bytes.begin(), bytes.end());
+    }
+    return {};
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <files/scene/kxShare.h>
+#include <scene/UberMaterial.h>
+
+#include <QString>
+
+#include <assimp/scene.h>
+#include <map>
+#include <vector>
+
+class kxFileReport;
+
+/// The materials of a file that Assimp read, with the pictures inside and beside it.
+class kxAssimpMaterials
+{
+public:
+    kxAssimpMaterials(const aiScene& scene, const QString& folder, kxFileReport& report);
+
+    const std::vector<kxShare<osg::Material>>& materials() const { return _materials; }
+    /// Null for an index that isn't there.
+    osg::MaterialPtr material(unsigned index) const;
+
+private:
+    void add(const aiMaterial& source);
+    void addSurface(const aiMaterial& source, osg::UberMaterial& material) const;
+    osg::ImagePtr picture(const aiMaterial& source);
+    osg::ImagePtr read(const QString& path);
+    std::vector<unsigned char> fileBytes(const QString& path) const;
+
+    const aiScene& _scene;
+    QString _folder;
+    kxFileReport& _report;
+    std::vector<kxShare<osg::Material>> _materials;
+    std::map<QString, kxShare<osg::Image>> _pictures; // by the name in the file; null for what can't be read
+};

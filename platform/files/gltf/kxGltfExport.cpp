@@ -1,0 +1,267 @@
+#include <files/gltf/kxGltfExport.h>
+
+#include <files/gltf/kxGltfAnimations.h>
+#include <files/gltf/kxGltfSurfaces.h>
+#include <files/scene/kxFileSuffixes.h>
+#include <files/scene/kxRestScope.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/CameraLight.h>
+#include <scene/ClippingPlane.h>
+#include <scene/kxScene.h>
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+using namespace osg;
+
+namespace
+{
+constexpr double Degrees = 57.295779513082320877;
+constexpr std::size_t LargestBuffer = 0xf0000000u; // lengths of the binary form have 32 bits
+constexpr char LightExtension[] = "KHR_lights_punctual";
+
+bool isIdentity(const TransformPtr& transform)
+{
+    return transform->getTranslation() == Vec3f() && transform->getEulerRotation() == Vec3f() &&
+           transform->getEulerRotationOrientation() == Vec3f() && transform->getScale() == Vec3f(1, 1, 1);
+}
+
+QQuaternion quaternion(const Vec3f& degrees)
+{
+    float w, x, y, z;
+    kxSceneMath::quaternionFromEuler(degrees, w, x, y, z);
+    return QQuaternion(w, x, y, z);
+}
+
+std::vector<double> doubles(const Vec3f& v)
+{
+    return {double(v[0]), double(v[1]), double(v[2])};
+}
+
+class Writer
+{
+public:
+    explicit Writer(kxFileReport& report) : _report(report), _buffer(_model), _surfaces(_model, _buffer, report) {}
+
+    /// The model of the open scene.
+    tinygltf::Model& write()
+    {
+        _model.asset.version = "2.0";
+        _model.asset.generator = "kxhost";
+        // Animated values play no part in the tree, nor where an animation moves only some components of a field.
+        const kxRestScope rest(containersOfScene());
+        writeTree();
+        kxGltfAnimations(_model, _buffer, _nodesOfCore, _report).write();
+        if (_buffer.size() > LargestBuffer)
+            _report.fail(QStringLiteral("the scene is too large for this format"));
+        _buffer.finish();
+        return _model;
+    }
+
+private:
+    static std::vector<FieldContainerPtr> containersOfScene()
+    {
+        std::vector<FieldContainerPtr> containers;
+        traverse(kxScene::the()->root(),
+                 [&containers](const NodePtr& node)
+                 {
+                     containers.push_back(node);
+                     if (node->getCore() != NullFC)
+                         containers.push_back(node->getCore());
+                     return Action::Continue;
+                 });
+        containers.insert(containers.end(), kxScene::the()->materials().begin(), kxScene::the()->materials().end());
+        return containers;
+    }
+
+    void writeTree()
+    {
+        tinygltf::Scene scene;
+        scene.name = "Scene";
+        for (const NodePtr& child : kxScene::the()->root()->getChildren())
+            if (!isLeftOut(child))
+                scene.nodes.push_back(addNode(child, child->isActive()));
+        _model.scenes.push_back(std::move(scene));
+        _model.defaultScene = 0;
+        for (const auto& [id, node] : _skinned)
+            addSkin(id, node);
+    }
+
+    /// The format knows no clipping planes; one that objects hang on is written as their place.
+    bool isLeftOut(const NodePtr& node)
+    {
+        if (ClippingPlanePtr::dcast(node->getCore()) == NullFC)
+            return false;
+        _report.note(QStringLiteral("clipping planes are left out"));
+        return node->getNChildren() == 0;
+    }
+
+    int addNode(const NodePtr& node, bool shown)
+    {
+        const int index = int(_model.nodes.size());
+        _model.nodes.emplace_back();
+        _indices[node->getId()] = index;
+        tinygltf::Node entry;
+        entry.name = node->getNodeName();
+        const NodeCorePtr core = node->getCore();
+        if (const TransformPtr transform = TransformPtr::dcast(core); transform != NullFC)
+        {
+            _nodesOfCore[core->getId()].push_back(index);
+            place(transform, entry);
+        }
+        std::set<UInt32> parts;
+        if (GeometryPtr::dcast(core) != NullFC && shown)
+            parts = addSurface(node, index, entry);
+        else if (GeometryPtr::dcast(core) != NullFC)
+            _report.note(QStringLiteral("surfaces that are hidden are left out"));
+        if (const CameraPtr camera = CameraPtr::dcast(core); camera != NullFC)
+            entry.camera = addCamera(camera, entry.name);
+        if (const LightPtr light = LightPtr::dcast(core); light != NullFC)
+            entry.extensions[LightExtension] =
+                tinygltf::Value(tinygltf::Value::Object{{"light", tinygltf::Value(addLight(light, entry.name))}});
+        const SwitchPtr choice = SwitchPtr::dcast(core);
+        for (UInt32 i = 0; i < node->getNChildren(); ++i)
+        {
+            const NodePtr child = node->getChild(i);
+            const bool chosen =
+                choice == NullFC || choice->getChoice() == Switch::All || choice->getChoice() == Int32(i);
+            if (parts.count(child->getId()) == 0 && !isLeftOut(child))
+                entry.children.push_back(addNode(child, shown && chosen && child->isActive()));
+        }
+        _model.nodes[std::size_t(index)] = std::move(entry);
+        return index;
+    }
+
+    static void place(const TransformPtr& transform, tinygltf::Node& entry)
+    {
+        if (transform->getTranslation() != Vec3f())
+            entry.translation = doubles(transform->getTranslation());
+        if (transform->getScale() != Vec3f(1, 1, 1))
+            entry.scale = doubles(transform->getScale());
+        const QQuaternion q =
+            (quaternion(transform->getEulerRotation()) * quaternion(transform->getEulerRotationOrientation()))
+                .normalized();
+        if (!q.isIdentity())
+            entry.rotation = {double(q.x()), double(q.y()), double(q.z()), double(q.scalar())};
+    }
+
+    /// The surface of a node with those parts below it that only differ in their material; the ids of these parts.
+    std::set<UInt32> addSurface(const NodePtr& node, int index, tinygltf::Node& entry)
+    {
+        std::set<UInt32> ids;
+        std::vector<GeometryPtr> parts = {GeometryPtr::dcast(node->getCore())};
+        for (const NodePtr& child : node->getChildren())
+        {
+            const GeometryPtr part = GeometryPtr::dcast(child->getCore());
+            if (part == NullFC || !kxNodeUtils::isGeometryComponent(child) || child->getNChildren() > 0 ||
+                !child->getAttachments().empty() || !child->isActive() || !isIdentity(part) ||
+                !haveSameJoints(part, parts.front()))
+                continue;
+            parts.push_back(part);
+            ids.insert(child->getId());
+        }
+        entry.mesh = _surfaces.mesh(parts, entry.name);
+        if (entry.mesh >= 0 && parts.front()->getSkin() != NullFC)
+            _skinned.emplace_back(parts.front()->getSkin()->getId(), index);
+        return ids;
+    }
+
+    static bool haveSameJoints(const GeometryPtr& a, const GeometryPtr& b)
+    {
+        const SkinPtr first = SkinPtr::dcast(a->getSkin()), second = SkinPtr::dcast(b->getSkin());
+        if (first == NullFC || second == NullFC)
+            return first == second;
+        return first->joints() == second->joints() && first->inverseBindMatrices() == second->inverseBindMatrices();
+    }
+
+    int addCamera(const CameraPtr& camera, const std::string& name)
+    {
+        tinygltf::Camera entry;
+        entry.name = name;
+        entry.type = "perspective";
+        entry.perspective.yfov = double(camera->getFieldOfView()) / Degrees;
+        entry.perspective.znear = double(camera->getNear());
+        entry.perspective.zfar = double(camera->getFar());
+        _model.cameras.push_back(std::move(entry));
+        return int(_model.cameras.size() - 1);
+    }
+
+    int addLight(const LightPtr& light, const std::string& name)
+    {
+        tinygltf::Light entry;
+        entry.name = name;
+        entry.type = light->getKind() == Light::Spot         ? "spot"
+                     : light->getKind() == Light::PointLight ? "point"
+                                                             : "directional";
+        entry.intensity = double(light->getIntensity());
+        entry.color = {double(light->getColor()[0]), double(light->getColor()[1]), double(light->getColor()[2])};
+        entry.spot.outerConeAngle = std::min(double(light->getConeAngle()) / 2, 90.0) / Degrees;
+        _model.lights.push_back(std::move(entry));
+        return int(_model.lights.size() - 1);
+    }
+
+    void addSkin(UInt32 skinId, int node)
+    {
+        const SkinPtr skin = FieldContainerFactory::the()->get<Skin>(skinId);
+        tinygltf::Skin entry;
+        for (const NodePtr& joint : skin->joints())
+        {
+            const auto found = _indices.find(joint.getFieldContainerId());
+            if (found == _indices.end())
+                return _report.note(QStringLiteral("a skin has a joint outside the scene and is left out"));
+            entry.joints.push_back(found->second);
+        }
+        auto& known = _skins[{entry.joints, skin->inverseBindMatrices()}];
+        if (known == 0)
+        {
+            entry.inverseBindMatrices = _buffer.addFloats(skin->inverseBindMatrices(), TINYGLTF_TYPE_MAT4, 0, false);
+            _model.skins.push_back(entry);
+            known = int(_model.skins.size());
+        }
+        _model.nodes[std::size_t(node)].skin = known - 1;
+    }
+
+    kxFileReport& _report;
+    tinygltf::Model _model;
+    kxGltfBuffer _buffer;
+    kxGltfSurfaces _surfaces;
+    std::map<UInt32, int> _indices;                                        // of nodes, by id
+    std::map<UInt32, std::vector<int>> _nodesOfCore;                       // by core id
+    std::vector<std::pair<UInt32, int>> _skinned;                          // skin id, node
+    std::map<std::pair<std::vector<int>, std::vector<float>>, int> _skins; // index + 1
+};
+} // namespace
+
+bool kxGltfExport::write(const QString& path, kxFileReport& report)
+{
+    Writer writer(report);
+    const tinygltf::Model& model = writer.write();
+    if (report.failed())
+        return false;
+    const bool text = QFileInfo(path).suffix().toLower() == QLatin1String(kxFileSuffix::Gltf);
+    std::ostringstream stream;
+    tinygltf::TinyGLTF serializer;
+    bool written = false;
+    try
+    {
+        written = serializer.WriteGltfSceneToStream(&model, stream, text, !text);
+    }
+    catch (const std::exception& e)
+    {
+        // Names that aren't UTF-8, say.
+        return report.fail(QString::fromUtf8(e.what()));
+    }
+    const std::string bytes = stream.str();
+    QSaveFile file(path);
+    if (!written)
+        return report.fail(QStringLiteral("the scene can't be written in this format"));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size()) ||
+        !file.commit())
+        return report.fail(file.errorString());
+    return true;
+}

@@ -1,0 +1,380 @@
+#include <files/gltf/kxGltfImport.h>
+
+#include <files/gltf/kxGltfMeshes.h>
+#include <files/import/kxAnimImport.h>
+#include <scene/CameraLight.h>
+#include <scene/kxScene.h>
+
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+constexpr double Degrees = 57.295779513082320877;
+/// Deeper trees would exhaust the stack of those who walk them.
+constexpr int DeepestTree = 1000;
+constexpr std::size_t MatrixSize = 16;
+
+bool isFinite(const std::vector<double>& values)
+{
+    for (const double value : values)
+        if (!std::isfinite(float(value)))
+            return false;
+    return true;
+}
+
+Vec3f vector3(const std::vector<double>& values)
+{
+    return Vec3f(float(values[0]), float(values[1]), float(values[2]));
+}
+
+class Reader
+{
+public:
+    Reader(const kxGltfDocument& document, kxSceneContent& content, kxFileReport& report)
+        : _document(document), _model(document.model()), _content(content), _report(report),
+          _materials(document, report), _meshes(document, _materials, report), _nodes(_model.nodes.size())
+    {
+    }
+
+    bool read()
+    {
+        const std::vector<int> roots = rootNodes();
+        if (_report.failed() || !checkTree())
+            return false;
+        for (const int root : roots)
+            if (!addNode(root, _content.root.get(), 0))
+                return false;
+        if (roots.empty())
+            return _report.fail(QStringLiteral("the file holds no objects"));
+        for (std::size_t i = 0; i < _nodes.size(); ++i)
+            if (_nodes[i] && !_geometries[i].empty() && !addSkin(int(i)))
+                return false;
+        if (_report.failed())
+            return false;
+        for (const kxShare<Material>& material : _materials.materials())
+            _content.materials.push_back(material);
+        return addAnimations();
+    }
+
+private:
+    std::vector<int> rootNodes()
+    {
+        if (_model.scenes.size() > 1)
+            _report.note(QStringLiteral("of %1 scenes, the default one is read").arg(_model.scenes.size()));
+        if (!_model.scenes.empty())
+            return _model.scenes[std::size_t(std::max(_model.defaultScene, 0))].nodes;
+        // A file without scenes: all that stands at the top.
+        std::vector<bool> below(_model.nodes.size(), false);
+        for (const tinygltf::Node& node : _model.nodes)
+            for (const int child : node.children)
+                below[std::size_t(child)] = true;
+        std::vector<int> roots;
+        for (std::size_t i = 0; i < below.size(); ++i)
+            if (!below[i])
+                roots.push_back(int(i));
+        return roots;
+    }
+
+    bool checkTree()
+    {
+        std::vector<int> parent(_model.nodes.size(), -1);
+        for (std::size_t i = 0; i < _model.nodes.size(); ++i)
+            for (const int child : _model.nodes[i].children)
+            {
+                if (parent[std::size_t(child)] >= 0)
+                    return _report.fail(QStringLiteral("nodes[%1] stands under two nodes").arg(child));
+                parent[std::size_t(child)] = int(i);
+            }
+        _geometries.resize(_model.nodes.size());
+        return true;
+    }
+
+    /// A node is met twice only where the tree has a ring, or a scene names it twice.
+    bool addNode(int index, const NodePtr& parent, int depth)
+    {
+        const tinygltf::Node& source = _model.nodes[std::size_t(index)];
+        if (_nodes[std::size_t(index)])
+            return _report.fail(QStringLiteral("nodes[%1] contains itself or stands in two places").arg(index));
+        if (depth > DeepestTree)
+            return _report.fail(QStringLiteral("the nodes are nested more than %1 deep").arg(DeepestTree));
+        const NodePtr node = Node::create();
+        _nodes[std::size_t(index)] = node;
+        node->setNodeName(source.name.empty() ? "Node " + std::to_string(index) : source.name);
+        parent->addChild(node);
+        if (!addCore(index, node) || !place(index, node))
+            return false;
+        for (const int child : source.children)
+            if (!addNode(child, node, depth + 1))
+                return false;
+        return true;
+    }
+
+    /// What the node shows: a surface, else a camera, else a light. What comes second stands below it.
+    bool addCore(int index, const NodePtr& node)
+    {
+        const tinygltf::Node& source = _model.nodes[std::size_t(index)];
+        const std::vector<kxGltfMeshes::Part>* const parts = source.mesh < 0 ? nullptr : _meshes.parts(source.mesh);
+        if (source.mesh >= 0 && parts == nullptr)
+            return false;
+        std::vector<NodeCorePtr> cores;
+        if (parts != nullptr)
+            addGeometries(index, *parts, node);
+        if (source.camera >= 0)
+            cores.push_back(makeCamera(_model.cameras[std::size_t(source.camera)]));
+        const auto light = source.extensions.find("KHR_lights_punctual");
+        if (light != source.extensions.end())
+            if (const NodeCorePtr core = makeLight(light->second); core != NullFC)
+                cores.push_back(core);
+        for (const NodeCorePtr& core : cores)
+        {
+            NodePtr place = node;
+            if (node->getCore() != NullFC)
+            {
+                place = Node::create();
+                place->setNodeName(CameraPtr::dcast(core) != NullFC ? "Camera" : "Light");
+                node->addChild(place);
+            }
+            place->setCore(core);
+        }
+        if (node->getCore() == NullFC)
+            node->setCore(Transform::create());
+        return true;
+    }
+
+    void addGeometries(int index, const std::vector<kxGltfMeshes::Part>& parts, const NodePtr& node)
+    {
+        for (std::size_t p = 0; p < parts.size(); ++p)
+        {
+            const GeometryPtr geometry = Geometry::create();
+            // The parts behind the first stand below it without a name, as parts of one surface.
+            if (p == 0)
+                node->setCore(geometry);
+            else
+            {
+                const NodePtr component = Node::create();
+                component->setCore(geometry);
+                node->addChild(component);
+            }
+            geometry->setMesh(FieldContainerPtr(parts[p].mesh.get()));
+            geometry->setMaterial(parts[p].material.get());
+            _geometries[std::size_t(index)].push_back(geometry);
+        }
+    }
+
+    bool place(int index, const NodePtr& node)
+    {
+        const tinygltf::Node& source = _model.nodes[std::size_t(index)];
+        const TransformPtr transform = TransformPtr::dcast(node->getCore());
+        if (!isFinite(source.matrix) || !isFinite(source.translation) || !isFinite(source.rotation) ||
+            !isFinite(source.scale))
+            return _report.fail(QStringLiteral("nodes[%1] stands at no finite place").arg(index));
+        if (source.matrix.size() == MatrixSize)
+        {
+            QMatrix4x4 matrix;
+            for (std::size_t i = 0; i < MatrixSize; ++i)
+                matrix.data()[i] = float(source.matrix[i]);
+            if (!kxSceneMath::setLocalMatrix(node, matrix))
+            {
+                _report.note(QStringLiteral("nodes[%1]: a matrix without an inverse keeps only its place").arg(index));
+                transform->setTranslation(Vec3f(matrix(0, 3), matrix(1, 3), matrix(2, 3)));
+            }
+            return true;
+        }
+        if (source.translation.size() == 3)
+            transform->setTranslation(vector3(source.translation));
+        if (source.scale.size() == 3)
+            transform->setScale(vector3(source.scale));
+        if (source.rotation.size() == 4)
+            transform->setEulerRotation(
+                kxSceneMath::eulerFromQuaternion(float(source.rotation[3]), float(source.rotation[0]),
+                                                 float(source.rotation[1]), float(source.rotation[2]), Vec3f()));
+        return true;
+    }
+
+    NodeCorePtr makeCamera(const tinygltf::Camera& source)
+    {
+        const CameraPtr camera = Camera::create();
+        if (source.type != "perspective")
+            _report.note(QStringLiteral("orthographic cameras become perspective ones"));
+        else
+        {
+            camera->setFieldOfView(float(source.perspective.yfov * Degrees));
+            if (std::isfinite(float(source.perspective.znear)) && source.perspective.znear > 0)
+                camera->setNear(float(source.perspective.znear));
+            if (std::isfinite(float(source.perspective.zfar)) && source.perspective.zfar > source.perspective.znear)
+                camera->setFar(float(source.perspective.zfar));
+        }
+        return camera;
+    }
+
+    NodeCorePtr makeLight(const tinygltf::Value& extension)
+    {
+        const int index =
+            extension.IsObject() && extension.Get("light").IsNumber() ? extension.Get("light").GetNumberAsInt() : -1;
+        if (index < 0 || std::size_t(index) >= _model.lights.size())
+        {
+            _report.note(QStringLiteral("a light that isn't there is left out"));
+            return NodeCorePtr();
+        }
+        const tinygltf::Light& source = _model.lights[std::size_t(index)];
+        const LightPtr light = Light::create();
+        light->setKind(source.type == "spot"    ? Light::Spot
+                       : source.type == "point" ? Light::PointLight
+                                                : Light::Directional);
+        if (source.color.size() == 3 && isFinite(source.color))
+            light->setColor(Color3f(float(source.color[0]), float(source.color[1]), float(source.color[2])));
+        if (std::isfinite(float(source.intensity)) && source.intensity >= 0)
+            light->setIntensity(float(source.intensity));
+        const double cone = 2 * source.spot.outerConeAngle * Degrees;
+        if (light->getKind() == Light::Spot && cone > 0.1 && cone <= 180.0)
+            light->setConeAngle(float(cone));
+        return light;
+    }
+
+    bool addSkin(int index)
+    {
+        const int skinIndex = _model.nodes[std::size_t(index)].skin;
+        if (skinIndex < 0)
+            return true;
+        const tinygltf::Skin& source = _model.skins[std::size_t(skinIndex)];
+        std::vector<NodePtr> joints;
+        for (const int joint : source.joints)
+        {
+            if (!_nodes[std::size_t(joint)])
+                return _report.fail(
+                    QStringLiteral("skins[%1]: nodes[%2] stands in no scene").arg(skinIndex).arg(joint));
+            joints.push_back(_nodes[std::size_t(joint)].get());
+        }
+        std::vector<float> matrices;
+        int sixteen = int(MatrixSize);
+        if (source.inverseBindMatrices >= 0 &&
+            !_document.readFloats(source.inverseBindMatrices, sixteen, matrices, _report))
+            return false;
+        if (source.inverseBindMatrices < 0)
+            for (std::size_t j = 0; j < joints.size(); ++j)
+                for (std::size_t i = 0; i < MatrixSize; ++i)
+                    matrices.push_back(i % 5 == 0 ? 1.0f : 0.0f);
+        matrices.resize(std::min(matrices.size(), joints.size() * MatrixSize));
+        const std::vector<kxGltfMeshes::Part>& parts = *_meshes.parts(_model.nodes[std::size_t(index)].mesh);
+        for (std::size_t p = 0; p < parts.size(); ++p)
+        {
+            if (parts[p].joints.empty())
+                continue;
+            const SkinPtr skin = Skin::create();
+            _geometries[std::size_t(index)][p]->setSkin(FieldContainerPtr(skin));
+            skin->setJoints(joints);
+            skin->setInverseBindMatrices(matrices);
+            skin->setVertexJoints(parts[p].joints);
+            skin->setVertexWeights(parts[p].weights);
+            for (const float value : matrices)
+                if (!std::isfinite(value))
+                    return _report.fail(QStringLiteral("skins[%1]: a matrix isn't finite").arg(skinIndex));
+            if (!skin->isValid(parts[p].mesh->vertexCount()))
+                return _report.fail(QStringLiteral("skins[%1] doesn't fit the joints of meshes[%2]")
+                                        .arg(skinIndex)
+                                        .arg(_model.nodes[std::size_t(index)].mesh));
+        }
+        return true;
+    }
+
+    bool addAnimations()
+    {
+        std::vector<kxAnimImport::Animation> animations;
+        for (std::size_t a = 0; a < _model.animations.size(); ++a)
+        {
+            const tinygltf::Animation& source = _model.animations[a];
+            kxAnimImport::Animation animation;
+            animation.name = source.name.empty() ? "Animation" : source.name;
+            for (const tinygltf::AnimationChannel& channel : source.channels)
+                if (!addChannel(source, channel, QStringLiteral("animations[%1]").arg(a), animation))
+                    return false;
+            animations.push_back(std::move(animation));
+        }
+        kxAnimImport::add(animations, _content, _report);
+        return true;
+    }
+
+    bool addChannel(const tinygltf::Animation& animation, const tinygltf::AnimationChannel& source, const QString& what,
+                    kxAnimImport::Animation& out)
+    {
+        using kxAnimImport::Interpolation;
+        using kxAnimImport::Path;
+        if (source.sampler < 0 || std::size_t(source.sampler) >= animation.samplers.size())
+            return _report.fail(QStringLiteral("%1: a channel names a sampler that isn't there").arg(what));
+        const bool known =
+            source.target_path == "translation" || source.target_path == "rotation" || source.target_path == "scale";
+        if (!known || source.target_node < 0)
+        {
+            _report.note(source.target_path == "weights" ? QStringLiteral("animations of morph targets are left out")
+                                                         : QStringLiteral("%1: a channel '%2' is left out")
+                                                               .arg(what, QString::fromStdString(source.target_path)));
+            return true;
+        }
+        const NodePtr target = _nodes[std::size_t(source.target_node)].get();
+        if (target == NullFC)
+        {
+            _report.note(QStringLiteral("%1: what moves outside the scene is left out").arg(what));
+            return true;
+        }
+        const tinygltf::AnimationSampler& sampler = animation.samplers[std::size_t(source.sampler)];
+        kxAnimImport::Channel channel;
+        channel.target = target;
+        if (source.extras.IsObject() && source.extras.Get(kxAnimImport::BlockName).IsString())
+            channel.block = source.extras.Get(kxAnimImport::BlockName).Get<std::string>();
+        channel.path = source.target_path == "rotation" ? Path::Rotation
+                       : source.target_path == "scale"  ? Path::Scale
+                                                        : Path::Translation;
+        channel.interpolation = sampler.interpolation == "STEP"          ? Interpolation::Step
+                                : sampler.interpolation == "CUBICSPLINE" ? Interpolation::CubicSpline
+                                                                         : Interpolation::Linear;
+        int one = 1, components = channel.path == Path::Rotation ? 4 : 3;
+        if (!_document.readFloats(sampler.input, one, channel.times, _report) ||
+            !_document.readFloats(sampler.output, components, channel.values, _report))
+            return false;
+        const std::size_t width = std::size_t(components);
+        const std::size_t perKey = channel.interpolation == Interpolation::CubicSpline ? 3 : 1;
+        if (channel.values.size() < channel.times.size() * width * perKey)
+            return _report.fail(QStringLiteral("%1: a channel has fewer values than keys").arg(what));
+        if (perKey == 3)
+            splitSpline(channel, width);
+        out.channels.push_back(std::move(channel));
+        return true;
+    }
+
+    /// A key of a spline comes as in tangent, value, out tangent.
+    static void splitSpline(kxAnimImport::Channel& channel, std::size_t width)
+    {
+        const std::vector<float> all = std::move(channel.values);
+        channel.values.clear();
+        for (std::size_t k = 0; k < channel.times.size(); ++k)
+        {
+            const auto from = all.begin() + long(3 * k * width);
+            const long w = long(width);
+            channel.inTangents.insert(channel.inTangents.end(), from, from + w);
+            channel.values.insert(channel.values.end(), from + w, from + 2 * w);
+            channel.outTangents.insert(channel.outTangents.end(), from + 2 * w, from + 3 * w);
+        }
+    }
+
+    const kxGltfDocument& _document;
+    const tinygltf::Model& _model;
+    kxSceneContent& _content;
+    kxFileReport& _report;
+    kxGltfMaterials _materials;
+    kxGltfMeshes _meshes;
+    std::vector<kxShare<Node>> _nodes;                 // by index; null where the scene doesn't show them
+    std::vector<std::vector<GeometryPtr>> _geometries; // the parts of a node's mesh
+};
+} // namespace
+
+bool kxGltfImport::read(const QString& path, kxSceneContent& content, kxFileReport& report, bool* firstVersion)
+{
+    kxGltfDocument document;
+    const bool loaded = document.load(path, report);
+    if (firstVersion != nullptr)
+        *firstVersion = document.isFirstVersion();
+    content = kxSceneContent::empty();
+    return loaded && Reader(document, content, report).read();
+}

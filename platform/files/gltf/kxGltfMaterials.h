@@ -1,0 +1,48 @@
+#pragma once
+
+#include <files/gltf/kxGltfDocument.h>
+#include <files/scene/kxShare.h>
+#include <scene/UberMaterial.h>
+
+#include <array>
+
+/// The materials of a glTF file.
+class kxGltfMaterials
+{
+public:
+    kxGltfMaterials(const kxGltfDocument& document, kxFileReport& report);
+
+    const std::vector<kxShare<osg::Material>>& materials() const { return _materials; }
+    /// The material of a primitive; that of the format's default for -1.
+    osg::MaterialPtr material(int index);
+
+    /// Which texture coordinates the base colour takes, and how they are changed.
+    struct Mapping
+    {
+        int texCoord = 0;
+        bool changed = false;
+        std::array<float, 6> matrix = {1, 0, 0, 0, 1, 0}; ///< two rows of three
+    };
+    const Mapping& mapping(int index) const;
+
+private:
+    struct Picture
+    {
+        bool read = false;
+        kxShare<osg::Image> image;
+    };
+
+    void add(const tinygltf::Material& source);
+    void addBaseColor(const tinygltf::Material& source, osg::UberMaterial& material, Mapping& mapping);
+    void addFactors(const tinygltf::Material& source, osg::UberMaterial& material);
+    osg::ImagePtr picture(int texture, bool opaque);
+    bool meanOf(int texture, float* mean);
+    int imageOf(int texture) const;
+
+    const kxGltfDocument& _document;
+    kxFileReport& _report;
+    std::vector<kxShare<osg::Material>> _materials;
+    kxShare<osg::Material> _default;
+    std::vector<Mapping> _mappings;
+    std::vector<Picture> _pictures[2]; ///< by image; with its alpha, and without
+};

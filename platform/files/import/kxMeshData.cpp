@@ -1,0 +1,93 @@
+#include <files/import/kxMeshData.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace osg;
+
+namespace
+{
+template <class T>
+void spread(std::vector<T>& values, const std::vector<std::uint32_t>& indices, std::size_t components)
+{
+    if (values.empty())
+        return;
+    std::vector<T> result;
+    result.reserve(indices.size() * components);
+    for (const std::uint32_t index : indices)
+        result.insert(result.end(), values.begin() + long(index * components),
+                      values.begin() + long((index + 1) * components));
+    values.swap(result);
+}
+
+bool isFinite(const std::vector<float>& values)
+{
+    return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
+}
+} // namespace
+
+void kxMeshData::unshare()
+{
+    spread(positions, indices, 3);
+    spread(normals, indices, 3);
+    spread(texCoords, indices, 2);
+    spread(colors, indices, 4);
+    spread(joints, indices, 4);
+    spread(weights, indices, 4);
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        indices[i] = std::uint32_t(i);
+}
+
+bool kxMeshData::repair()
+{
+    const std::size_t vertices = vertexCount();
+    if (positions.size() % 3 != 0 || !isFinite(positions) || indices.size() % 3 != 0 ||
+        std::any_of(indices.begin(), indices.end(), [vertices](std::uint32_t index) { return index >= vertices; }))
+        return false;
+    const auto check = [vertices](std::vector<float>& values, std::size_t components)
+    {
+        if (values.size() != vertices * components || !isFinite(values))
+            values.clear();
+    };
+    check(normals, 3);
+    check(texCoords, 2);
+    check(colors, 4);
+    check(weights, 4);
+    if (joints.size() != vertices * 4 || weights.empty())
+    {
+        joints.clear();
+        weights.clear();
+    }
+    return true;
+}
+
+void kxMeshData::normalizeWeights()
+{
+    for (std::size_t v = 0; v + 3 < weights.size(); v += 4)
+    {
+        float sum = 0;
+        for (std::size_t k = 0; k < 4; ++k)
+        {
+            weights[v + k] = std::max(weights[v + k], 0.0f);
+            sum += weights[v + k];
+        }
+        if (sum > 0)
+            for (std::size_t k = 0; k < 4; ++k)
+                weights[v + k] /= sum;
+        else
+            weights[v] = 1.0f;
+    }
+}
+
+MeshPtr kxMeshData::makeMesh()
+{
+    const MeshPtr mesh = Mesh::create();
+    mesh->setPositions(std::move(positions));
+    mesh->setNormals(std::move(normals));
+    mesh->setTexCoords(std::move(texCoords));
+    mesh->setColors(std::move(colors));
+    mesh->setIndices(std::move(indices));
+    if (mesh->normals().empty())
+        mesh->computeNormals();
+    return mesh;
+}

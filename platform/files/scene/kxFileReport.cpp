@@ -1,0 +1,52 @@
+#include <files/scene/kxFileReport.h>
+
+#include <kernel/kxLogModel.h>
+#include <kxLog.h>
+
+#include <QFileInfo>
+
+QString kxFileReport::message() const
+{
+    return QStringLiteral("'%1': %2").arg(_file, _error);
+}
+
+bool kxFileReport::fail(const QString& reason)
+{
+    if (_error.isEmpty())
+        _error = reason.trimmed().isEmpty() ? QStringLiteral("the file can't be read") : reason.trimmed();
+    return false;
+}
+
+void kxFileReport::note(const QString& line)
+{
+    if (_notes.contains(line))
+        return;
+    if (_notes.size() < MostNotes)
+        _notes.append(line);
+    else
+        ++_unlisted;
+}
+
+void kxFileReport::setSummary(const QString& line, bool opened)
+{
+    _summary = line;
+    _opened = opened;
+}
+
+void kxFileReport::log() const
+{
+    if (!_summary.isEmpty() && !failed())
+    {
+        const QString name = QFileInfo(_file).fileName();
+        if (_opened)
+            kxLogModel::the().startScene(QStringLiteral("Opened '%1': %2").arg(name, _summary));
+        else
+            kxLog::info(QStringLiteral("Imported '%1': %2").arg(name, _summary));
+    }
+    for (const QString& line : _notes)
+        kxLog::warning(QStringLiteral("'%1': %2").arg(_file, line));
+    if (_unlisted > 0)
+        kxLog::warning(QStringLiteral("'%1': and %2 more").arg(_file).arg(_unlisted));
+    if (failed())
+        kxLog::error(message());
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <files/scene/kxShare.h>
+#include <osg/AnimNode.h>
+#include <osg/SceneCores.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// A whole scene, or a part of one, that stands nowhere: what readers fill and writers take.
+///
+/// Nothing of the open scene is touched until kxSceneIO puts a content there.
+struct kxSceneContent
+{
+    kxShare<osg::Node> root;                       ///< its children go under the scene's root
+    kxShare<osg::Node> sceneplates;                ///< null, or the same for scene plates
+    kxShare<osg::Node> scenery;                    ///< null, or a node with viewpoints and sequences
+    std::vector<kxShare<osg::Material>> materials; ///< in order
+    kxShare<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
+    kxShare<osg::AnimNode> sceneStructure;         ///< the same for the scene structure
+    std::map<std::string, std::string> settings;   ///< see kxScene::settings()
+    std::map<std::string, double> animation;       ///< see kxAnimSettings
+    /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.
+    float animationStart = 0, animationEnd = 0;
+
+    /// An empty root and an empty clip structure.
+    static kxSceneContent empty();
+    /// The open scene.
+    static kxSceneContent ofScene();
+};

@@ -1,0 +1,186 @@
+#include <files/scene/kxSceneFile.h>
+
+#include <files/scene/kxCborInput.h>
+#include <files/scene/kxContainerReader.h>
+#include <files/scene/kxContainerWriter.h>
+#include <files/scene/kxEnvelope.h>
+#include <files/scene/kxRestScope.h>
+
+using namespace osg;
+
+namespace
+{
+constexpr std::size_t Entries = 10;
+
+void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileReport& report)
+{
+    kxContainerWriter writer;
+    bool flat = writer.collect(content.root.get());
+    flat = writer.collect(content.sceneplates.get()) && flat;
+    flat = writer.collect(content.scenery.get()) && flat;
+    for (const kxShare<Material>& material : content.materials)
+        flat = writer.collect(material.get()) && flat;
+    flat = writer.collect(content.clips.get()) && flat;
+    flat = writer.collect(content.sceneStructure.get()) && flat;
+    if (!flat)
+        report.fail(QStringLiteral("the scene is nested more than %1 deep").arg(kxContainerWriter::DeepestNesting));
+
+    const kxRestScope rest(writer.containers());
+    out.startMap(Entries);
+    writer.write(out); // two entries
+    const auto writeNumber = [&](const char* key, const FieldContainerPtr& container)
+    {
+        kxContainerWriter::appendKey(out, key);
+        out.append(quint64(writer.number(container)));
+    };
+    writeNumber("root", content.root.get());
+    writeNumber("sceneplates", content.sceneplates.get());
+    writeNumber("scenery", content.scenery.get());
+    writeNumber("clips", content.clips.get());
+    writeNumber("sceneStructure", content.sceneStructure.get());
+    kxContainerWriter::appendKey(out, "materials");
+    out.startArray(quint64(content.materials.size()));
+    for (const kxShare<Material>& material : content.materials)
+        out.append(quint64(writer.number(material.get())));
+    out.endArray();
+    kxContainerWriter::appendKey(out, "settings");
+    out.startMap(quint64(content.settings.size()));
+    for (const auto& [key, value] : content.settings)
+    {
+        kxContainerWriter::appendKey(out, key.c_str());
+        out.appendTextString(value.data(), qsizetype(value.size()));
+    }
+    out.endMap();
+    kxContainerWriter::appendKey(out, "animation");
+    out.startMap(quint64(content.animation.size()));
+    for (const auto& [key, value] : content.animation)
+    {
+        kxContainerWriter::appendKey(out, key.c_str());
+        out.append(value);
+    }
+    out.endMap();
+    out.endMap();
+}
+
+/// What stands in a file beside its containers.
+struct Top
+{
+    quint32 root = 0, sceneplates = 0, scenery = 0, clips = 0, sceneStructure = 0;
+    std::vector<quint32> materials;
+};
+
+void readEntry(const std::string& key, kxCborInput& in, kxContainerReader& reader, Top& top, kxSceneContent& content)
+{
+    if (reader.readEntry(key))
+        return;
+    if (key == "root")
+        top.root = reader.readNumber();
+    else if (key == "sceneplates")
+        top.sceneplates = reader.readNumber();
+    else if (key == "scenery")
+        top.scenery = reader.readNumber();
+    else if (key == "clips")
+        top.clips = reader.readNumber();
+    else if (key == "sceneStructure")
+        top.sceneStructure = reader.readNumber();
+    else if (key == "materials")
+    {
+        const quint64 count = in.enterArray();
+        for (quint64 i = 0; i < count && !in.failed(); ++i)
+            top.materials.push_back(reader.readNumber());
+        in.leave();
+    }
+    else if (key == "settings")
+    {
+        for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+        {
+            const std::string name = in.readText();
+            content.settings[name] = in.readText();
+        }
+        in.leave();
+    }
+    else if (key == "animation")
+    {
+        for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+        {
+            const std::string name = in.readText();
+            content.animation[name] = in.readNumber();
+        }
+        in.leave();
+    }
+    else
+    {
+        in.report().note(QStringLiteral("the unknown entry '%1' is left out").arg(QString::fromStdString(key)));
+        in.skip();
+    }
+}
+
+/// A file that can't be opened takes no other's place. What opening would leave out is named now, while the scene is
+/// there to mend it.
+bool canBeRead(kxEnvelopeWriter& file, kxFileReport& report)
+{
+    const char* const payload = file.written();
+    if (payload == nullptr)
+        return true; // commit() says what failed
+    kxSceneContent content;
+    kxFileReport found(report.file());
+    if (!kxSceneFile::readPayload(payload, file.length(), content, found))
+        return report.fail(QStringLiteral("the scene can't be written so that it could be opened again: %1. The file "
+                                          "is as it was.")
+                               .arg(found.error()));
+    for (const QString& note : found.notes())
+        report.note(QStringLiteral("when this file is opened: ") + note);
+    return true;
+}
+} // namespace
+
+bool kxSceneFile::save(const QString& path, kxFileReport& report)
+{
+    kxEnvelopeWriter file(path, kxEnvelope::SceneMagic);
+    if (!file.begin(report))
+        return false;
+    QCborStreamWriter out(&file);
+    writeContent(out, kxSceneContent::ofScene(), report);
+    return !report.failed() && canBeRead(file, report) && file.commit(report);
+}
+
+bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileReport& report)
+{
+    kxEnvelopeReader file;
+    return file.open(path, kxEnvelope::SceneMagic, report) && readPayload(file.data(), file.size(), content, report);
+}
+
+bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report)
+{
+    kxCborInput in(data, size, report);
+    kxContainerReader reader(in);
+    Top top;
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+    {
+        const std::string key = in.readText();
+        if (!in.failed())
+            readEntry(key, in, reader, top, content);
+    }
+    in.leave();
+    if (!in.failed() && !in.atEnd())
+        in.fail(QStringLiteral("something stands behind the content"));
+    if (!reader.link())
+        return false;
+    content.root = reader.getRoot<Node>(top.root);
+    content.sceneplates = reader.getRoot<Node>(top.sceneplates);
+    content.scenery = reader.getRoot<Node>(top.scenery);
+    content.clips = reader.getRoot<AnimNode>(top.clips);
+    content.sceneStructure = reader.getRoot<AnimNode>(top.sceneStructure);
+    for (const quint32 number : top.materials)
+        if (const MaterialPtr material = reader.get<Material>(number); material != NullFC)
+            content.materials.emplace_back(material);
+    if (!content.root)
+        return report.fail(QStringLiteral("the file holds no scene"));
+    for (const kxShare<Node>& stray : reader.strays())
+    {
+        report.note(QStringLiteral("'%1' stood among animations; it stands at the top of the scene now")
+                        .arg(QString::fromStdString(stray->getNodeName())));
+        content.root->addChild(stray.get());
+    }
+    return true;
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <files/scene/kxFileReport.h>
+#include <files/scene/kxSceneContent.h>
+
+/// Our own scene files, which keep everything. The bytes depend on the scene alone: saving what was read gives them
+/// again.
+namespace kxSceneFile
+{
+/// Writes the open scene beside the file, reads it back, and renames it over: a file that was there stays whole until
+/// the new one is, and gives way only to one that can be opened.
+KX_API bool save(const QString& path, kxFileReport& report);
+/// Reads a file without touching the open scene.
+KX_API bool read(const QString& path, kxSceneContent& content, kxFileReport& report);
+/// The content behind the head and the checksum of a file.
+KX_API bool readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report);
+} // namespace kxSceneFile
