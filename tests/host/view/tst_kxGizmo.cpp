@@ -165,7 +165,7 @@ private Q_SLOTS:
             QMouseEvent release(QEvent::MouseButtonRelease, QPointF(), Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
             QCoreApplication::sendEvent(&receiver, &release);
             QCOMPARE(stack->count(), count + 1);
-            QCOMPARE(stack->undoText(), "Rotate " + QString::fromStdString(node->getNodeName()));
+            QCOMPARE(stack->undoText(), QString("Rotate 1 Object"));
             const auto after = kxTransformCommand::Values::of(transformOf(node));
             stack->undo();
             QVERIFY(kxTransformCommand::Values::of(transformOf(node)) == before);
