@@ -1,9 +1,9 @@
 #include <clipmaker/kxAnimAbstractClipItem.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipInfo.h>
 #include <clipmaker/kxAnimClipLabel.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxClipIcons.h>
 #include <wizard/kxAnimWizClipGUI.h>

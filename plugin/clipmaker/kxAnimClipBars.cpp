@@ -1,8 +1,8 @@
 #include <clipmaker/kxAnimClipBars.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
 
 #include <kxPlatform.h>

@@ -1,7 +1,7 @@
 #include <clipmaker/kxAnimClipDrop.h>
 
-#include <clipmaker/kxAnimClipNodes.h>
-#include <clipmaker/kxClipStructure.h>
+#include <clipmaker/edits/kxClipNodes.h>
+#include <clipmaker/edits/kxClipStructure.h>
 #include <trees/kxAnimLibraryPayload.h>
 
 #include <kxPlatform.h>

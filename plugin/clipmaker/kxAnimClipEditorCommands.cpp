@@ -1,11 +1,11 @@
 #include <clipmaker/kxAnimClipEditor.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipEditorGUIW.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
-#include <clipmaker/kxClipStructure.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <QKXSpiner.h>

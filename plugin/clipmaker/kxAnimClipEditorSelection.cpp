@@ -1,11 +1,11 @@
 #include <clipmaker/kxAnimClipEditor.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
 #include <clipmaker/kxClipRowMarks.h>
-#include <clipmaker/kxClipStructure.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxController.h>

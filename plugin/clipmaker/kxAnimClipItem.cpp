@@ -1,8 +1,8 @@
 #include <clipmaker/kxAnimClipItem.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipScene.h>
 
 #include <QKXDockWindowManager.h>

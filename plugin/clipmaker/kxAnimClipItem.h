@@ -1,7 +1,7 @@
 #pragma once
 
+#include <clipmaker/edits/kxClipGeometry.h>
 #include <clipmaker/kxAnimAbstractClipItem.h>
-#include <clipmaker/kxAnimClipGeometry.h>
 
 #include <QVector>
 

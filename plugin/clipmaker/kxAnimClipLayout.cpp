@@ -1,6 +1,6 @@
 #include <clipmaker/kxAnimClipLayout.h>
 
-#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/edits/kxClipGeometry.h>
 
 #include <algorithm>
 #include <cmath>

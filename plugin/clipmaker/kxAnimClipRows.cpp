@@ -1,6 +1,6 @@
 #include <clipmaker/kxAnimClipRows.h>
 
-#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/edits/kxClipGeometry.h>
 
 namespace
 {

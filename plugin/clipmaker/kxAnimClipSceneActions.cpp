@@ -1,7 +1,7 @@
 #include <clipmaker/kxAnimClipScene.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxClipStructure.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 

@@ -1,7 +1,7 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxClipRows.h>
-#include <clipmaker/kxClipStructure.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimTreeWidgetItem.h>

@@ -1,8 +1,8 @@
 #include <clipmaker/kxAnimClipView.h>
 
+#include <clipmaker/edits/kxClipGeometry.h>
 #include <clipmaker/kxAnimAbstractClipItem.h>
 #include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipGeometry.h>
 #include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipScene.h>
 

@@ -1,6 +1,6 @@
 #include <wizard/kxWizardCapture.h>
 
-#include <clipmaker/kxClipStructure.h>
+#include <clipmaker/edits/kxClipStructure.h>
 
 #include <QAbstractButton>
 #include <QCoreApplication>

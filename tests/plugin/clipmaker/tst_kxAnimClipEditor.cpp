@@ -3,8 +3,8 @@
 #include <curveeditor/kxAnimTimeItem.h>
 #include <curveeditor/kxTrashAnimationUndoCommand.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizClipGUI.h>

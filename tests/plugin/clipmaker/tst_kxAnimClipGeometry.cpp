@@ -1,5 +1,5 @@
+#include <clipmaker/edits/kxClipGeometry.h>
 #include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipGeometry.h>
 #include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipRows.h>
 

@@ -1,8 +1,8 @@
 #include "kxShownClip.h"
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipNodes.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
 #include <frame/kxAnimationWatch.h>
 

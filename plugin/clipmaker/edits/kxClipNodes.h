@@ -1,6 +1,6 @@
 #pragma once
 
-#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/edits/kxClipGeometry.h>
 
 #include <osg/AnimNode.h>
 

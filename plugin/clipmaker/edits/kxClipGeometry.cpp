@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipGeometry.h>
+#include <clipmaker/edits/kxClipGeometry.h>
 
 #include <algorithm>
 #include <cmath>

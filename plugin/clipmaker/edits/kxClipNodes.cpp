@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipNodes.h>
+#include <clipmaker/edits/kxClipNodes.h>
 
 #include <kxAnimManager.h>
 #include <kxPlatform.h>

@@ -1,6 +1,6 @@
-#include <clipmaker/kxClipStructure.h>
+#include <clipmaker/edits/kxClipStructure.h>
 
-#include <clipmaker/kxAnimClipNodes.h>
+#include <clipmaker/edits/kxClipNodes.h>
 
 #include <kxAnimManager.h>
 #include <kxLog.h>
