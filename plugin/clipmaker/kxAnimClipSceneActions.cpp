@@ -2,7 +2,7 @@
 
 #include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimManager.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <curveeditor/kxAnimChannelKeys.h>
-#include <curveeditor/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/edits/kxAnimChannelKeys.h>
+#include <curveeditor/edits/kxChannelCurvesUndoCommand.h>
 
 #include <QList>
 #include <QStringList>

@@ -1,9 +1,9 @@
 #include <curveeditor/kxAnimChannelRows.h>
 
-#include <curveeditor/kxAnimChannelKeys.h>
+#include <curveeditor/edits/kxAnimChannelKeys.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
 
 #include <kxScenegraph.h>
-#include <trees/kxAnimRemoval.h>
 
 #include <QCoreApplication>
 

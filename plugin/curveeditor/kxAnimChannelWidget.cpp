@@ -2,10 +2,10 @@
 
 #include <curveeditor/NoEditDelegate.h>
 #include <curveeditor/ValidatorEditDelegate.h>
+#include <curveeditor/edits/kxInfinityModes.h>
 #include <curveeditor/kxAnimChannelKeying.h>
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimInfinityMenu.h>
-#include <curveeditor/kxInfinityModes.h>
 #include <frame/kxCallbacks.h>
 #include <trees/kxTreeHint.h>
 

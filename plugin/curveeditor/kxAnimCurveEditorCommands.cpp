@@ -1,5 +1,7 @@
 #include <curveeditor/kxAnimCurveEditor.h>
 
+#include <curveeditor/edits/kxInfinityModes.h>
+#include <curveeditor/edits/kxKeyArithmetic.h>
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
 #include <curveeditor/kxAnimGraphCurve.h>
@@ -7,8 +9,6 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxAnimJointMove.h>
-#include <curveeditor/kxInfinityModes.h>
-#include <curveeditor/kxKeyArithmetic.h>
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 

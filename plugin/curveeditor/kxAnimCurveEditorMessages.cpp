@@ -1,14 +1,14 @@
 #include <curveeditor/kxAnimCurveEditor.h>
 
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
-#include <curveeditor/kxAnimCurveUndoCommand.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
-#include <curveeditor/kxAnimTangentUndoCommand.h>
-#include <curveeditor/kxChannelCurvesUndoCommand.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <frame/kxAnimationWatch.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryWidget.h>

@@ -1,11 +1,11 @@
 #include <curveeditor/kxAnimGraphCurve.h>
 
-#include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxAnimGraphMarks.h>
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
-#include <curveeditor/kxAnimKeyMath.h>
-#include <curveeditor/kxAnimTangentUndoCommand.h>
 
 #include <kxAnimManager.h>
 #include <kxUndo.h>

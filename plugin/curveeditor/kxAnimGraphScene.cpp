@@ -1,12 +1,12 @@
 #include <curveeditor/kxAnimGraphScene.h>
 
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
 #include <curveeditor/kxAnimGraphColors.h>
 #include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphGrid.h>
 #include <curveeditor/kxAnimGraphPoint.h>
-#include <curveeditor/kxAnimKeyMath.h>
 #include <curveeditor/kxAnimTimeItem.h>
 #include <frame/kxMessageRead.h>
 

@@ -1,14 +1,14 @@
 #include <curveeditor/kxAnimGraphView.h>
 
+#include <curveeditor/edits/kxAnimRemoval.h>
+#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxAnimGraphColors.h>
 #include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphLayout.h>
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
-#include <curveeditor/kxAnimTangentUndoCommand.h>
 #include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
-#include <trees/kxAnimRemoval.h>
 
 #include <kxMessageNames.h>
 #include <kxUndo.h>

@@ -2,7 +2,7 @@
 
 #include <script/kxScriptTrash.h>
 
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <script/kxScriptDoc.h>
 
 namespace bp = boost::python;

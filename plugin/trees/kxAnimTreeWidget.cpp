@@ -1,4 +1,4 @@
-#include <trees/kxAnimRemoval.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 

@@ -1,6 +1,6 @@
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <trees/kxAnimInfoText.h>
-#include <trees/kxAnimRemoval.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 

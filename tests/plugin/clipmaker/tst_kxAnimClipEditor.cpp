@@ -1,7 +1,7 @@
 #include "kxClipMakerFixture.h"
 
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <curveeditor/kxAnimTimeItem.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipItem.h>

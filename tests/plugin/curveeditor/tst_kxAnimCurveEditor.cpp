@@ -1,9 +1,9 @@
 #include "kxCurveEditorFixture.h"
 
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <curveeditor/kxAnimTimeItem.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
 #include <timeline/kxAnimControlGUII.h>
 
 #include <QKXTimeLine.h>

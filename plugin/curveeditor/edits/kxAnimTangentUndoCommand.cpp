@@ -1,6 +1,6 @@
-#include <curveeditor/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 
-#include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
 
 #include <cmath>
 

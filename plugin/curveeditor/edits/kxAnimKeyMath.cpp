@@ -1,4 +1,4 @@
-#include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
 
 #include <osg/FieldContainerFactory.h>
 

@@ -1,8 +1,8 @@
-#include <curveeditor/kxAnimChannelKeys.h>
+#include <curveeditor/edits/kxAnimChannelKeys.h>
 
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/kxAnimKeyMath.h>
-#include <curveeditor/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxChannelCurvesUndoCommand.h>
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>

@@ -1,7 +1,7 @@
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/kxAnimCurveUndoCommand.h>
-#include <curveeditor/kxAnimTangentUndoCommand.h>
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 
 #include <kxAnimFixture.h>
 #include <kxMessageIds.h>

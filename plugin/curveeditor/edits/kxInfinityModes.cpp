@@ -1,4 +1,4 @@
-#include <curveeditor/kxInfinityModes.h>
+#include <curveeditor/edits/kxInfinityModes.h>
 
 #include <kxAnimManager.h>
 

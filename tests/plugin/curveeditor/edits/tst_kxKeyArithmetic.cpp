@@ -1,4 +1,4 @@
-#include <curveeditor/kxKeyArithmetic.h>
+#include <curveeditor/edits/kxKeyArithmetic.h>
 
 #include <kxTable.h>
 

@@ -1,6 +1,6 @@
-#include <curveeditor/kxAddAnimKeyUndoCommand.h>
+#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
 
-#include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <curveeditor/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>

@@ -1,4 +1,4 @@
-#include <trees/kxAnimRemoval.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>

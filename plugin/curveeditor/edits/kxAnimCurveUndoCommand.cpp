@@ -1,6 +1,6 @@
-#include <curveeditor/kxAnimCurveUndoCommand.h>
+#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
 
-#include <curveeditor/kxAnimKeyMath.h>
+#include <curveeditor/edits/kxAnimKeyMath.h>
 
 #include <algorithm>
 #include <cmath>

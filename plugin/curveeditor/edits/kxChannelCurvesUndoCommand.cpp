@@ -1,4 +1,4 @@
-#include <curveeditor/kxChannelCurvesUndoCommand.h>
+#include <curveeditor/edits/kxChannelCurvesUndoCommand.h>
 
 #include <kxAnimManager.h>
 #include <kxServices.h>
