@@ -2,6 +2,7 @@
 
 #include <clipmaker/kxAnimClipEditorGUIW.h>
 #include <clipmaker/kxAnimClipEditorMenus.h>
+#include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
@@ -87,7 +88,7 @@ kxAnimClipEditor::kxAnimClipEditor()
 void kxAnimClipEditor::build()
 {
     addWindow();
-    _wizard = kxAnimWizardGUII::create(kxRequireMainWindow());
+    _wizard = kxAnimWizardGUII::create(kxRequireMainWindow(), kxAnimClipInterferenceGUIImpl::ask);
     kxAnimWizClipGUI::create(_window);
     makeTree();
     makeView();

@@ -1,5 +1,7 @@
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 
+#include <wizard/kxWizardInterference.h>
+
 #include <QPointer>
 #include <QRadioButton>
 
@@ -13,16 +15,16 @@ int kxAnimClipInterferenceGUIImpl::ask(QWidget* parent)
     // The parent may go while the dialog waits, and takes the dialog along.
     const QPointer<kxAnimClipInterferenceGUIImpl> dialog(new kxAnimClipInterferenceGUIImpl(parent));
     const bool isAccepted = dialog->exec() == QDialog::Accepted;
-    const int answer = isAccepted && dialog != nullptr ? dialog->choice() : Cancel;
+    const int answer = isAccepted && dialog != nullptr ? dialog->choice() : kxWizardInterference::Cancel;
     delete dialog;
     return answer;
 }
 
-kxAnimClipInterferenceGUIImpl::Answer kxAnimClipInterferenceGUIImpl::choice() const
+int kxAnimClipInterferenceGUIImpl::choice() const
 {
     if (_moveAnim->isChecked())
-        return MoveAnimation;
+        return kxWizardInterference::MoveAnimation;
     if (_discardExisting->isChecked())
-        return DiscardExisting;
-    return _newClip->isChecked() ? NewClip : Nothing;
+        return kxWizardInterference::DiscardExisting;
+    return _newClip->isChecked() ? kxWizardInterference::NewClip : kxWizardInterference::Nothing;
 }

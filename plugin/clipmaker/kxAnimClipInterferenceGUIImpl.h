@@ -11,20 +11,11 @@ class kxAnimClipInterferenceGUIImpl : public QDialog, public Ui::kxAnimClipInter
 {
     Q_OBJECT
 public:
-    enum Answer
-    {
-        Cancel = 0,
-        Nothing = 1, ///< OK with none of the three chosen
-        MoveAnimation = 2,
-        DiscardExisting = 3,
-        NewClip = 4
-    };
-
     explicit kxAnimClipInterferenceGUIImpl(QWidget* parent = nullptr);
 
-    /// Shows the dialog and waits; one of the answers.
+    /// Shows the dialog and waits; a `kxWizardInterference::Answer`.
     static int ask(QWidget* parent);
 
 private:
-    Answer choice() const;
+    int choice() const;
 };

@@ -1,11 +1,9 @@
 #include <wizard/kxAnimWizardGUII.h>
 
-#include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <frame/kxMessageRead.h>
 #include <frame/kxOpensAside.h>
 #include <wizard/kxWizardCapture.h>
 #include <wizard/kxWizardClip.h>
-#include <wizard/kxWizardInterference.h>
 
 #include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
@@ -69,14 +67,15 @@ void setQuietly(Widget* field, void (Widget::*setter)(Value), std::decay_t<Value
 }
 } // namespace
 
-kxAnimWizardGUII* kxAnimWizardGUII::create(QWidget* parent)
+kxAnimWizardGUII* kxAnimWizardGUII::create(QWidget* parent, kxWizardInterference::Question question)
 {
-    kxAnimWizardGUII* const wizard = theWizard != nullptr ? theWizard : new kxAnimWizardGUII(parent);
+    kxAnimWizardGUII* const wizard = theWizard != nullptr ? theWizard : new kxAnimWizardGUII(parent, question);
     wizard->hide();
     return wizard;
 }
 
-kxAnimWizardGUII::kxAnimWizardGUII(QWidget* parent) : QWizard(parent), _instance(theWizard, this)
+kxAnimWizardGUII::kxAnimWizardGUII(QWidget* parent, kxWizardInterference::Question question)
+    : QWizard(parent), _instance(theWizard, this), _askOnInterference(question)
 {
     setupUi(this);
     // Return in a field ends the input there; it presses nothing.
@@ -329,8 +328,8 @@ bool kxAnimWizardGUII::settleInterference()
     if (kxWizardInterference::find(_table, _startTime->value(), target).nodes.empty())
         return true;
     const unsigned int ids[] = {selected->getId(), target->getId()};
-    const int answer = kxAnimClipInterferenceGUIImpl::ask(kxController::getMainWindow());
-    if (answer == kxAnimClipInterferenceGUIImpl::Cancel)
+    const int answer = _askOnInterference(kxController::getMainWindow());
+    if (answer == kxWizardInterference::Cancel)
         return false;
 
     // The scene may have changed while the dialog waited.
@@ -341,11 +340,11 @@ bool kxAnimWizardGUII::settleInterference()
     if (kept.size() != std::size(ids))
         return true;
     const kxWizardInterference found = kxWizardInterference::find(_table, _startTime->value(), kept.back());
-    if (answer == kxAnimClipInterferenceGUIImpl::MoveAnimation && !found.nodes.empty())
+    if (answer == kxWizardInterference::MoveAnimation && !found.nodes.empty())
         _startTime->setValue(1 / kxAnimManager::the()->fps() + double(found.end));
-    else if (answer == kxAnimClipInterferenceGUIImpl::DiscardExisting)
+    else if (answer == kxWizardInterference::DiscardExisting)
         found.discard(kept);
-    else if (answer == kxAnimClipInterferenceGUIImpl::NewClip)
+    else if (answer == kxWizardInterference::NewClip)
     {
         kxMessage message;
         message.set("ignoreSelection", true, true);

@@ -3,6 +3,7 @@
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizardUI.h>
 #include <wizard/kxCaptureTable.h>
+#include <wizard/kxWizardInterference.h>
 #include <wizard/kxWizardPreview.h>
 
 #include <QWizard>
@@ -17,8 +18,9 @@ class kxAnimWizardGUII : public QWizard, public Ui::kxAnimWizardUI
 {
     Q_OBJECT
 public:
-    /// The one wizard, made hidden where there is none; `parent` owns it.
-    static kxAnimWizardGUII* create(QWidget* parent);
+    /// The one wizard, made hidden where there is none; `parent` owns it. `question` is asked where what it is to make
+    /// meets other animations.
+    static kxAnimWizardGUII* create(QWidget* parent, kxWizardInterference::Question question);
     ~kxAnimWizardGUII() override;
 
     bool validateCurrentPage() override;
@@ -43,7 +45,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    explicit kxAnimWizardGUII(QWidget* parent);
+    kxAnimWizardGUII(QWidget* parent, kxWizardInterference::Question question);
     void connectForm();
     /// The texts of the capture page wrap, so that in a large font it is higher than its fields tell. The first page
     /// is as high, for the window not to grow over the screen's end.
@@ -71,6 +73,7 @@ private:
     static void dequeuedAnimation(kxMessage& message);
 
     kxInstancePointer<kxAnimWizardGUII> _instance;
+    kxWizardInterference::Question _askOnInterference;
     kxCaptureTable _table;
     kxWizardPreview _previewed;
     kxCallbacks _callbacks;
