@@ -93,8 +93,8 @@ bool kxAnimManager::Private::changeRate(double from, double to, bool keepFrames)
 {
     setOfScene(fps, to);
     const bool hasMoved = keepFrames && kxTimeRescale::keepFrames(from, to);
-    sendChangedFPS();
     evaluate(true); // another time at the same frame
+    sendChangedFPS();
     return hasMoved;
 }
 

@@ -108,7 +108,7 @@ void kxAnimChannelWidget::addCallbacks()
     callbacks() = std::make_unique<kxCallbacks>();
     for (const char* name :
          {kxMessageName::ChangedTransformation, kxMessageName::CurrentFrameChanged, kxMessageName::UpdateNavigator,
-          kxMessageName::UpdateLight, kxMessageName::UberMaterialChanged})
+          kxMessageName::UpdateLight, kxMessageName::UberMaterialChanged, kxMessageName::ChangedFPS})
         callbacks()->add(name, valuesChanged);
     callbacks()->add(kxMessageName::FrameChangedCurveEditor, frameDragged);
     callbacks()->add(kxMessageName::KeyAll, keyAllRequested);

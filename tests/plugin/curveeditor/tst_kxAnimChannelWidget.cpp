@@ -339,6 +339,12 @@ private Q_SLOTS:
             send(name);
             QCOMPARE(row("translation.X")->text(1).toFloat(), x);
         }
+        kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 24}}));
+        _tree->rebuildFromNode(_second);
+        kxAnimManager::the()->setFPS(48);
+        QCOMPARE(row("translation.X")->text(1), QString("6.000")); // frame 12 is another time
+        kxAnimManager::the()->setFPS(24);
+        _tree->rebuildFromNode(_first);
         core->setTranslation(osg::Vec3f(-1, 0, 0));
         QCoreApplication::processEvents(); // behind the drag of the frame, for what was late
         QCOMPARE(row("translation.X")->text(1), QString("-1.000"));
