@@ -19,6 +19,7 @@
 #include <kxMessageNames.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
+#include <undo/kxUndoRecorder.h>
 
 #include <algorithm>
 #include <cmath>
@@ -53,6 +54,28 @@ void sendChangedFPS()
     kxMessage message;
     kxController::call(kxMessageName::ChangedFPS, message, 0);
 }
+/// What is edited may cost a moved object its pose, which undo gives back as long as the time is the same.
+std::function<void()> keepPoses()
+{
+    const auto isSceneShown = [] { return kxScenePlan::the().isShown() && kxPlaybackQueue::the().isEmpty(); };
+    std::vector<kxScenePlan::Pose> poses =
+        isSceneShown() ? kxScenePlan::the().poses() : std::vector<kxScenePlan::Pose>();
+    if (poses.empty())
+        return nullptr;
+    return [poses = std::move(poses), time = kxAnimManager::the()->currentTime(), isSceneShown]
+    {
+        if (!isSceneShown() || kxAnimManager::the()->currentTime() != time)
+            return;
+        kxAnimManager::the()->updateSceneAnimCurveData(); // else what the undone step left stale would come later
+        for (const kxScenePlan::Pose& pose : poses)
+        {
+            const FieldContainerPtr container = FieldContainerFactory::the()->getContainer(pose.id);
+            if (container != NullFC &&
+                kxChannelTarget{container.getCPtr(), pose.field, pose.component}.write(pose.value))
+                markChanged(container, pose.field->mask());
+        }
+    };
+}
 } // namespace
 
 kxAnimManager* kxAnimManager::the()
@@ -64,6 +87,7 @@ kxAnimManager* kxAnimManager::the()
 kxAnimManager::kxAnimManager() : _p(new Private)
 {
     kxAnimWatch::the(); // listens from here on
+    kxUndoRecorder::the().setKeeper(keepPoses);
     _p->clipRoot = makeRoot("Clips");
     _p->sceneRoot = makeRoot("Structure");
 }

@@ -45,6 +45,13 @@ void kxAnimWatch::clearStale()
     _sceneTimesStale = false;
 }
 
+void kxAnimWatch::clearTouched()
+{
+    for (const UInt32 id : _touched)
+        subRole(id, Touched);
+    _touched.clear();
+}
+
 void kxAnimWatch::curveChanged(const FieldContainerPtr& container, const BitVector& whichField)
 {
     const AnimCurve& curve = static_cast<const AnimCurve&>(*container);
@@ -66,6 +73,11 @@ void kxAnimWatch::containerChanged(const FieldContainerPtr& container, const Bit
 {
     if (_muted)
         return;
+    if ((roles(container->getId()) & (Used | Touched)) == Used)
+    {
+        addRole(container->getId(), Touched);
+        _touched.push_back(container->getId());
+    }
     const FieldContainerType& type = container->getType();
     if (type.isDerivedFrom(AnimCurve::_type))
         curveChanged(container, whichField);

@@ -18,7 +18,8 @@ public:
         SceneCurve = 4,  ///< its values count for the scene
         FilledCurve = 8, ///< had keys when a plan was made
         EmptyCurve = 16, ///< had none
-        StaleCurve = 32  ///< is in staleCurves()
+        StaleCurve = 32, ///< is in staleCurves()
+        Touched = 64     ///< is in touched()
     };
     void addRole(osg::UInt32 id, osg::UInt8 roles);
     void subRole(osg::UInt32 id, osg::UInt8 roles);
@@ -36,6 +37,10 @@ public:
     bool areSceneTimesStale() const { return _sceneTimesStale; }
     void clearStale();
 
+    /// What plans point to and something else than evaluation changed since clearTouched().
+    const std::vector<osg::UInt32>& touched() const { return _touched; }
+    void clearTouched();
+
     /// While evaluation writes values nothing becomes stale.
     void setMuted(bool muted) { _muted = muted; }
 
@@ -49,6 +54,7 @@ private:
 
     std::vector<osg::UInt8> _roles; // by container id
     std::vector<osg::UInt32> _staleCurves;
+    std::vector<osg::UInt32> _touched;
     osg::UInt64 _structureCount = 1;
     bool _sceneTimesStale = false;
     bool _muted = false;

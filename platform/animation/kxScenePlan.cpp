@@ -45,6 +45,7 @@ void kxScenePlan::clear()
 {
     _entries.clear();
     _infos.clear();
+    _evaluated.clear();
     _groups.clear();
     _masks.clear();
     _changed.clear();
@@ -65,6 +66,29 @@ void kxScenePlan::setStale(const kxChannelTarget& target)
     for (std::size_t i = 0; i < _infos.size(); ++i)
         if (_infos[i].target == target)
             _dirty.push_back(UInt32(i));
+}
+
+std::vector<kxScenePlan::Pose> kxScenePlan::poses() const
+{
+    // A plan may be stale here: what it points to lives where it is found by its id.
+    std::unordered_map<const FieldContainer*, UInt32> touched;
+    for (const UInt32 id : kxAnimWatch::the().touched())
+        if (const FieldContainerPtr container = FieldContainerFactory::the()->getContainer(id))
+            touched.emplace(container.getCPtr(), id);
+    std::vector<Pose> found;
+    for (std::size_t g = 0; !touched.empty() && g < _groups.size(); ++g)
+    {
+        const auto container = touched.find(_groups[g].container);
+        if (container == touched.end())
+            continue;
+        for (UInt32 i = _groups[g].begin; i < _groups[g].end; ++i)
+        {
+            const kxChannelTarget& target = _infos[i].target;
+            if (const float value = target.value(); value != _evaluated[i])
+                found.push_back({container->second, target.field, target.component, value});
+        }
+    }
+    return found;
 }
 
 void kxScenePlan::update()
@@ -96,9 +120,11 @@ void kxScenePlan::update()
 
     std::vector<Entry> entries;
     std::vector<Info> infos;
+    std::vector<float> evaluated;
     std::vector<kxChannelTarget> driven;
     entries.reserve(builder.drives.size());
     infos.reserve(builder.drives.size());
+    evaluated.reserve(builder.drives.size());
     driven.reserve(builder.drives.size());
     _groups.clear();
     _masks.clear();
@@ -120,12 +146,14 @@ void kxScenePlan::update()
         entries.push_back(
             Entry{drive.curve, drive.target.address(), drive.place, isKnown ? _entries[old->second].cursor : 0});
         infos.push_back(Info{drive.target, drive.nodeId, drive.curve->getId()});
+        evaluated.push_back(isKnown ? _evaluated[old->second] : drive.target.value());
         driven.push_back(drive.target);
         watch.addRole(drive.target.container->getId(), kxAnimWatch::Used);
         watch.addRole(drive.curve->getId(), kxAnimWatch::SceneCurve);
     }
     _entries.swap(entries);
     _infos.swap(infos);
+    _evaluated.swap(evaluated);
     _changed.assign(_groups.size(), 0);
     _sceneNodes = builder.nodeIds;
     watch.setMuted(true);
@@ -176,9 +204,12 @@ bool kxScenePlan::writeEntry(std::size_t index)
     if (entry.address == nullptr)
     {
         const kxChannelTarget& target = _infos[index].target;
-        return target.write(valueOf(entry, target.field->isStepped()));
+        const bool changed = target.write(valueOf(entry, target.field->isStepped()));
+        _evaluated[index] = target.value(); // the writer may round
+        return changed;
     }
     const float value = valueOf(entry, false); // what jumps has no address
+    _evaluated[index] = value;
     if (*entry.address == value)
         return false;
     *entry.address = value;
@@ -257,6 +288,7 @@ void kxScenePlan::evaluate(double seconds, bool all)
         if (kxPlaybackQueue::the().isEmpty())
             kxRestValues::the().writeBackNoted();
         _isShown = true;
+        kxAnimWatch::the().clearTouched();
     }
     if (_entries.empty() || (!all && _dirty.empty()))
     {

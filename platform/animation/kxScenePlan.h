@@ -23,6 +23,15 @@ public:
     void update();
     /// Something else wrote this channel: evaluate() gives it the value of the time again where it is driven.
     void setStale(const kxChannelTarget& target);
+    /// Values that something else gave to driven channels since time moved: they stand until it moves again.
+    struct Pose
+    {
+        osg::UInt32 id; // of the container
+        const osg::FieldDescription* field;
+        unsigned component;
+        float value;
+    };
+    std::vector<Pose> poses() const;
     /// Forgets all.
     void clear();
 
@@ -75,7 +84,8 @@ private:
     std::vector<Context> _contexts; // a parent before its children; the first is the scene's time
     std::vector<double> _times;     // of the contexts at the present evaluation
     std::vector<Entry> _entries;
-    std::vector<Info> _infos; // beside _entries: what the hot loop doesn't need
+    std::vector<Info> _infos;      // beside _entries: what the hot loop doesn't need
+    std::vector<float> _evaluated; // beside _entries: the value that evaluation gave the channel last
     std::vector<Group> _groups;
     std::vector<osg::BitVector> _masks; // beside _groups: all fields that the group writes
     std::vector<osg::UInt8> _changed;   // beside _groups

@@ -115,6 +115,12 @@ bool kxUndoRecorder::isActing()
     return the()._depth > 0 || the()._running > 0;
 }
 
+void kxUndoRecorder::openScope()
+{
+    if (_depth++ == 0 && _keeper)
+        _restore = _keeper();
+}
+
 void kxUndoRecorder::closeScope()
 {
     if (--_depth == 0 && !_pending.empty())
@@ -128,7 +134,9 @@ void kxUndoRecorder::push()
     std::vector<int> ids;
     for (const auto& command : commands)
         kxUndoStep::collectIds(*command, ids);
-    _stack->push(new kxUndoStep(std::move(commands)));
+    auto step = std::make_unique<kxUndoStep>(std::move(commands));
+    step->setRestore(std::move(_restore));
+    _stack->push(step.release());
     announce(kxMessageName::Redo, true, ids);
 }
 

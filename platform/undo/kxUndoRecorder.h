@@ -27,7 +27,11 @@ public:
     void add(std::unique_ptr<kxUndoCommand> command);
     /// Whether what is written now belongs to a step.
     static KX_API bool isActing();
-    void openScope() { ++_depth; }
+    /// Called before the commands of a step run: keeps what none of them holds, and returns what puts it back after
+    /// they are undone, or null.
+    typedef std::function<std::function<void()>()> Keeper;
+    void setKeeper(Keeper keeper) { _keeper = std::move(keeper); }
+    void openScope();
     void closeScope();
 
     /// Around the commands of a step that is undone or redone.
@@ -56,6 +60,8 @@ private:
 
     QUndoStack* _stack = nullptr;
     int _depth = 0;
+    Keeper _keeper;
+    std::function<void()> _restore; // of the step that gathers
     kxUndoStep::Commands _pending;  // have run, wait for the end of the scope
     kxUndoStep::Commands _deferred; // haven't run, wait for the end of an undo or redo
     int _running = 0;

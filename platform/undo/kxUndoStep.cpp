@@ -16,6 +16,8 @@ void kxUndoStep::undo()
         if (!run(**command, false))
             return;
     }
+    if (_restore)
+        _restore();
     dropObsolete();
 }
 

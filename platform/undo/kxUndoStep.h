@@ -2,6 +2,7 @@
 
 #include <kxUndo.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,6 +24,9 @@ public:
     const QString& detail() const { return _detail; }
     void setDetail(const QString& detail) { _detail = detail; }
 
+    /// Called at the end of undo(): for what no command holds.
+    void setRestore(std::function<void()> restore) { _restore = std::move(restore); }
+
     void undo() override;
     void redo() override;
     int id() const override;
@@ -40,5 +44,6 @@ private:
 
     Commands _commands;
     QString _detail;
+    std::function<void()> _restore;
     bool _hasRun = true; // until the first redo
 };

@@ -157,6 +157,21 @@ private Q_SLOTS:
         manager->clipStructureRoot()->subChild(clip);
     }
 
+    void deletedObjectsKeepTheirPose()
+    {
+        const osg::NodePtr node = addObject("Door");
+        animate(node);
+        kxAnimManager::the()->setCurrentFrame(6, true, false);
+        const auto place = osg::TransformPtr::dcast(node->getCore());
+        place->setTranslation(osg::Vec3f(0.9f, 0, 0));
+        osg::markChanged(place, osg::Transform::TranslationFieldMask);
+        QCOMPARE(kxSceneEdits::deleteNodes({node}), 1);
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        stack()->undo();
+        kxAnimManager::the()->updateSceneAnimCurveData();
+        QCOMPARE(place->getTranslation().x(), 0.9f); // 0.25 by its curve
+    }
+
     void groupsStandWhereTheFirstStood()
     {
         std::vector<osg::NodePtr> nodes;

@@ -394,6 +394,22 @@ private Q_SLOTS:
         QVERIFY(kxAnimFixture::transform(_first)->getTranslation().x() != 5.0f);
         stack().redo();
         QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 5.0f);
+
+        // What was typed over a key's value and keyed stands again where the key is undone, as before it.
+        _tree->keySelected();
+        kxAnimManager::the()->setCurrentFrame(20, false, false);
+        edited->setData(1, Qt::EditRole, "3");
+        _tree->keySelected();
+        kxAnimManager::the()->reevaluateAnimations(false);
+        stack().undo();
+        kxAnimManager::the()->reevaluateAnimations(false);
+        QCOMPARE(keysOf(curve("translation.X")), QString("12:5:11"));
+        QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 3.0f);
+        stack().redo();
+        kxAnimManager::the()->setCurrentFrame(21, false, false);
+        stack().undo();
+        kxAnimManager::the()->reevaluateAnimations(false);
+        QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 5.0f);
     }
 
     void skipsWhatIsGone()
