@@ -1,11 +1,11 @@
 #include <clipmaker/kxAnimAbstractClipItem.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
-#include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipInfo.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipColor.h>
 #include <clipmaker/kxClipIcons.h>
+#include <clipmaker/kxClipInfo.h>
 #include <wizard/kxAnimWizClipGUI.h>
 
 #include <kxPlatform.h>

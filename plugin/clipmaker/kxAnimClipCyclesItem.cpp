@@ -1,8 +1,8 @@
 #include <clipmaker/kxAnimClipCyclesItem.h>
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipColor.h>
 
 #include <kxPlatform.h>
 

@@ -1,9 +1,9 @@
 #include <clipmaker/kxAnimClipItem.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipColor.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxAnimManager.h>

@@ -1,7 +1,7 @@
 #include <clipmaker/kxAnimClipRuler.h>
 
 #include <clipmaker/edits/kxClipGeometry.h>
-#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxClipColor.h>
 #include <clipmaker/kxClipIcons.h>
 
 #include <kxPlatform.h>

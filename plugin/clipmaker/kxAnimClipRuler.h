@@ -1,6 +1,6 @@
 #pragma once
 
-#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxClipLayout.h>
 
 #include <QPen>
 

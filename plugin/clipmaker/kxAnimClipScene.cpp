@@ -1,12 +1,12 @@
 #include <clipmaker/kxAnimClipScene.h>
 
-#include <clipmaker/kxAnimClipBars.h>
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipRows.h>
 #include <clipmaker/kxAnimClipRuler.h>
 #include <clipmaker/kxAnimClipSequenceItem.h>
+#include <clipmaker/kxClipBars.h>
+#include <clipmaker/kxClipColor.h>
+#include <clipmaker/kxClipTracks.h>
 #include <curveeditor/kxAnimTimeItem.h>
 #include <frame/kxAnimationWatch.h>
 
@@ -305,31 +305,31 @@ void kxAnimClipScene::updateAllTexts()
 
 // Collisions
 
-kxAnimClipRows kxAnimClipScene::rows() const
+kxClipTracks kxAnimClipScene::tracks() const
 {
-    kxAnimClipRows rows(kxPlatform::getDpiScaleX());
+    kxClipTracks tracks(kxPlatform::getDpiScaleX());
     for (kxAnimAbstractClipItem* bar : _bars)
     {
-        rows.add(bar, bar->sceneBoundingRect());
+        tracks.add(bar, bar->sceneBoundingRect());
         if (kxAnimClipCyclesItem* const cycles = shownCycles(bar))
-            rows.add(cycles, cycles->sceneBoundingRect());
+            tracks.add(cycles, cycles->sceneBoundingRect());
     }
-    return rows;
+    return tracks;
 }
 
-bool kxAnimClipScene::isHit(const kxAnimClipRows& rows, QGraphicsItem* item)
+bool kxAnimClipScene::isHit(const kxClipTracks& tracks, QGraphicsItem* item)
 {
-    if (!rows.hits(item->sceneBoundingRect(), item).isEmpty())
+    if (!tracks.hits(item->sceneBoundingRect(), item).isEmpty())
         return true;
     const kxAnimClipCyclesItem* const cycles = shownCycles(item);
-    return cycles != nullptr && !rows.hits(cycles->sceneBoundingRect(), cycles).isEmpty();
+    return cycles != nullptr && !tracks.hits(cycles->sceneBoundingRect(), cycles).isEmpty();
 }
 
 QList<QGraphicsItem*> kxAnimClipScene::collidingItems(const QGraphicsItem* item, Qt::ItemSelectionMode mode) const
 {
     if (item == nullptr)
         return {};
-    QList<QGraphicsItem*> hits = rows().hits(item->sceneBoundingRect(), item);
+    QList<QGraphicsItem*> hits = tracks().hits(item->sceneBoundingRect(), item);
     if (mode == Qt::IntersectsItemBoundingRect)
         return hits;
     hits.erase(std::remove_if(hits.begin(), hits.end(),
@@ -342,7 +342,7 @@ bool kxAnimClipScene::checkCollisions(const QList<QGraphicsItem*>& items)
 {
     _rowMarks.clear();
     bool any = false;
-    const kxAnimClipRows covered = rows();
+    const kxClipTracks covered = tracks();
     for (QGraphicsItem* item : items)
     {
         const bool hit = isHit(covered, item);
@@ -356,7 +356,7 @@ bool kxAnimClipScene::checkCollisions(const QList<QGraphicsItem*>& items)
 
 bool kxAnimClipScene::resolveCollisions(const QList<QGraphicsItem*>& items)
 {
-    const kxAnimClipRows covered = rows();
+    const kxClipTracks covered = tracks();
     const bool any =
         std::any_of(items.begin(), items.end(), [&covered](QGraphicsItem* item) { return isHit(covered, item); });
     _rowMarks.clear();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxClipLayout.h>
 #include <frame/kxCallbacks.h>
 
 #include <osg/AnimNode.h>
@@ -14,7 +14,7 @@
 
 class kxAnimAbstractClipItem;
 class kxAnimClipItem;
-class kxAnimClipRows;
+class kxClipTracks;
 class kxAnimationWatch;
 class kxAnimTimeItem;
 
@@ -182,9 +182,9 @@ private:
     /// A drag of bars doesn't outlive any of them: Qt places all by where they stood at its start.
     void endBarDrag();
 
-    kxAnimClipRows rows() const;
+    kxClipTracks tracks() const;
     /// Whether `item` or its extension lies over anything.
-    static bool isHit(const kxAnimClipRows& rows, QGraphicsItem* item);
+    static bool isHit(const kxClipTracks& tracks, QGraphicsItem* item);
     static void fitToView(kxAnimAbstractClipItem* bar);
     void forget(QObject* bar);
 

@@ -1,9 +1,9 @@
 #include <clipmaker/kxAnimClipScene.h>
 
-#include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipDrop.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <clipmaker/kxAnimClipRows.h>
+#include <clipmaker/kxClipColor.h>
+#include <clipmaker/kxClipDrop.h>
+#include <clipmaker/kxClipTracks.h>
 
 #include <kxPlatform.h>
 
@@ -49,7 +49,7 @@ void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
     {
         const QPointF place = dropPlace(event->scenePos());
         _ghost->setPos(place);
-        taken = isHit(rows(), _ghost);
+        taken = isHit(tracks(), _ghost);
         _rowMarks[kxClipGeometry::trackOf(place.y(), kxPlatform::getDpiScaleX())] =
             taken ? kxClipColor::TrackTaken : kxClipColor::TrackFree;
     }

@@ -1,8 +1,8 @@
 #include <clipmaker/kxAnimClipSequenceItem.h>
 
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipColor.h>
 
 #include <kxPlatform.h>
 #include <kxScenegraph.h>

@@ -2,9 +2,9 @@
 
 #include <clipmaker/edits/kxClipGeometry.h>
 #include <clipmaker/kxAnimAbstractClipItem.h>
-#include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipLayout.h>
 #include <clipmaker/kxAnimClipScene.h>
+#include <clipmaker/kxClipColor.h>
+#include <clipmaker/kxClipLayout.h>
 
 #include <kxAnimManager.h>
 #include <kxPlatform.h>

@@ -1,9 +1,9 @@
 #include "kxClipFixture.h"
 
 #include <clipmaker/edits/kxClipNodes.h>
-#include <clipmaker/kxAnimClipColors.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipLabel.h>
+#include <clipmaker/kxClipColor.h>
 
 #include <kxHeard.h>
 #include <kxMessageNames.h>

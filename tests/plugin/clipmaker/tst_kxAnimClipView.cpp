@@ -1,7 +1,7 @@
 #include "kxShownClip.h"
 
-#include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxClipColor.h>
+#include <clipmaker/kxClipLayout.h>
 
 #include <kxUndo.h>
 

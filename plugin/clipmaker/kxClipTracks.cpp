@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipRows.h>
+#include <clipmaker/kxClipTracks.h>
 
 #include <clipmaker/edits/kxClipGeometry.h>
 
@@ -11,14 +11,14 @@ bool overlap(const QRectF& a, const QRectF& b)
 }
 } // namespace
 
-void kxAnimClipRows::add(QGraphicsItem* item, const QRectF& area)
+void kxClipTracks::add(QGraphicsItem* item, const QRectF& area)
 {
     const int last = kxClipGeometry::trackOf(area.bottom(), _dpi);
     for (int track = kxClipGeometry::trackOf(area.top(), _dpi); track <= last; ++track)
         _tracks[track].append({item, area});
 }
 
-QList<QGraphicsItem*> kxAnimClipRows::hits(const QRectF& area, const QGraphicsItem* self) const
+QList<QGraphicsItem*> kxClipTracks::hits(const QRectF& area, const QGraphicsItem* self) const
 {
     QList<QGraphicsItem*> found;
     const int last = kxClipGeometry::trackOf(area.bottom(), _dpi);

@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipInfo.h>
+#include <clipmaker/kxClipInfo.h>
 
 #include <kxScenegraph.h>
 

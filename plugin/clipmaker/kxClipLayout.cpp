@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipLayout.h>
+#include <clipmaker/kxClipLayout.h>
 
 #include <clipmaker/edits/kxClipGeometry.h>
 

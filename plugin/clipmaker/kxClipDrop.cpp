@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipDrop.h>
+#include <clipmaker/kxClipDrop.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/edits/kxClipStructure.h>

@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipBars.h>
+#include <clipmaker/kxClipBars.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>

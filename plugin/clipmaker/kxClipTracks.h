@@ -10,10 +10,10 @@ class QGraphicsItem;
 /// What covers the tracks of a timeline, sorted by track, so that each question looks at one or two tracks alone.
 ///
 /// A picture of the moment: made for a handful of questions, and thrown away when anything moves.
-class kxAnimClipRows
+class kxClipTracks
 {
 public:
-    explicit kxAnimClipRows(float dpi) : _dpi(dpi) {}
+    explicit kxClipTracks(float dpi) : _dpi(dpi) {}
 
     /// `area` in scene units.
     void add(QGraphicsItem* item, const QRectF& area);

@@ -1,4 +1,4 @@
-#include <clipmaker/kxAnimClipColors.h>
+#include <clipmaker/kxClipColor.h>
 
 #include <cmath>
 

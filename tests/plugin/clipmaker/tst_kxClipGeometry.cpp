@@ -1,7 +1,7 @@
 #include <clipmaker/edits/kxClipGeometry.h>
-#include <clipmaker/kxAnimClipColors.h>
-#include <clipmaker/kxAnimClipLayout.h>
-#include <clipmaker/kxAnimClipRows.h>
+#include <clipmaker/kxClipColor.h>
+#include <clipmaker/kxClipLayout.h>
+#include <clipmaker/kxClipTracks.h>
 
 #include <QGraphicsRectItem>
 #include <kxTable.h>
@@ -18,7 +18,7 @@ namespace
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 }
 
-class tst_kxAnimClipGeometry : public QObject
+class tst_kxClipGeometry : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -157,14 +157,14 @@ private Q_SLOTS:
     {
         QFETCH(QRectF, area);
         QGraphicsRectItem other, self;
-        kxAnimClipRows rows(1);
-        rows.add(&other, QRectF(0, 50, 100, 49));
-        rows.add(&self, area);
-        const QList<QGraphicsItem*> hits = rows.hits(area, &self);
+        kxClipTracks tracks(1);
+        tracks.add(&other, QRectF(0, 50, 100, 49));
+        tracks.add(&self, area);
+        const QList<QGraphicsItem*> hits = tracks.hits(area, &self);
         QTEST(hits == QList<QGraphicsItem*>{&other}, "hit");
         QVERIFY(hits.size() < 2);
     }
 };
 
-QTEST_GUILESS_MAIN(tst_kxAnimClipGeometry)
-#include "tst_kxAnimClipGeometry.moc"
+QTEST_GUILESS_MAIN(tst_kxClipGeometry)
+#include "tst_kxClipGeometry.moc"
