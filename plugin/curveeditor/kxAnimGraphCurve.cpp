@@ -1,8 +1,7 @@
 #include <curveeditor/kxAnimGraphCurve.h>
 
-#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
 #include <curveeditor/edits/kxAnimKeyMath.h>
-#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphMarks.h>
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
@@ -352,24 +351,14 @@ void kxAnimGraphCurve::movedOutTangent(kxAnimGraphPoint* point)
 
 void kxAnimGraphCurve::movedTangent(const kxAnimGraphPoint* point, bool isIn)
 {
-    const osg::AnimCurvePtr curve = animCurve();
-    if (point == nullptr || curve == osg::NullFC)
+    if (point == nullptr || animCurve() == osg::NullFC)
         return;
     const auto* graph = qobject_cast<kxAnimGraphScene*>(scene());
-    const osg::Vec2f vector = toSeconds(point->pos(), framesPerSecond());
-    const unsigned int index = unsigned(point->index());
-    const kxScopedUndo undo(true);
-    if (graph == nullptr || graph->breakTangents())
-        kxUndoStack::get(0).add(new kxAnimTangentUndoCommand(curve, index, isIn, vector));
-    else
-    {
-        auto* both = new kxMultiCommand("Move Tangent", "Animation");
-        new kxAnimTangentUndoCommand(curve, index, isIn, vector, both);
-        new kxAnimTangentUndoCommand(curve, index, !isIn, -vector, both);
-        kxUndoStack::get(0).add(both);
-    }
+    const bool isMirrored = graph != nullptr && !graph->breakTangents();
+    const kxScopedUndo scope(true); // the step is reported when the items show it
+    kxKeyEdits::moveTangent({_curveId, unsigned(point->index())}, isIn, toSeconds(point->pos(), framesPerSecond()),
+                            isMirrored);
     rebuildPath();
-    kxAnimManager::the()->reevaluateAnimations(false);
     Q_EMIT curveChanged();
 }
 

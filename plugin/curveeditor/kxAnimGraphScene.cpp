@@ -1,8 +1,5 @@
 #include <curveeditor/kxAnimGraphScene.h>
 
-#include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/edits/kxAnimCurveUndoCommand.h>
-#include <curveeditor/edits/kxAnimKeyMath.h>
 #include <curveeditor/kxAnimGraphColors.h>
 #include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphGrid.h>
@@ -21,7 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <set>
 
 namespace
 {
@@ -320,23 +317,10 @@ void kxAnimGraphScene::moveSelectedPoints()
 {
     QList<kxAnimGraphPoint*> selected;
     selectedPoints(selected);
-    auto group = std::make_unique<kxMultiCommand>("Move Control Points", "Animation");
-    bool changed = false;
-    std::vector<osg::CCPnt> keys;
+    std::map<unsigned int, std::vector<osg::CCPnt>> keys;
     for (const auto& [id, item] : curveItemsOf(selected))
-    {
-        keys.clear();
-        item->collectControlPoints(keys);
-        const osg::AnimCurvePtr curve = item->animCurve();
-        const auto& present = curve->getControlPoints();
-        changed = changed || !std::equal(keys.begin(), keys.end(), present.begin(), present.end());
-        new kxAnimCurveUndoCommand(curve, keys, group.get());
-    }
-    if (!changed)
-        return; // a drag that hasn't reached the next grid line is no step
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(group.release());
-    kxAnimManager::the()->reevaluateAnimations(false);
+        item->collectControlPoints(keys[id]);
+    kxKeyEdits::move(keys);
 }
 
 void kxAnimGraphScene::copySelectedPoints()
@@ -358,44 +342,17 @@ void kxAnimGraphScene::copySelectedPoints()
     }
 }
 
-namespace
-{
-/// The copied keys of one curve as keys to add, the first of them at `now`, in ascending time.
-std::vector<osg::CCPnt> keysAt(float now, std::vector<osg::Vec4f> copied)
-{
-    std::sort(copied.begin(), copied.end(), [](const osg::Vec4f& a, const osg::Vec4f& b) { return a.x() < b.x(); });
-    std::vector<osg::CCPnt> keys;
-    keys.reserve(copied.size());
-    for (const osg::Vec4f& key : copied)
-        keys.emplace_back(osg::Pnt2f(key.x() - copied.front().x() + now, key.y()), osg::Vec2f(), osg::Vec2f(),
-                          osg::UInt32(key.z()), osg::UInt32(key.w()));
-    return keys;
-}
-} // namespace
-
 void kxAnimGraphScene::pasteKeys()
 {
     const QList<kxAnimGraphCurve*> items = curves();
-    std::map<unsigned int, osg::AnimCurvePtr> shown;
+    std::set<unsigned int> shown;
     for (const kxAnimGraphCurve* const item : items)
-        if (const osg::AnimCurvePtr curve = item->animCurve())
-            shown.emplace(curve.getFieldContainerId(), curve);
-
-    auto group = std::make_unique<kxMultiCommand>("Paste Control Points", "Animation");
-    const float now = float(kxAnimManager::the()->currentFrame() / kxAnimManager::the()->fps());
-    for (const auto& [id, copied] : _copiedKeys)
-    {
-        const auto found = shown.find(id);
-        if (found != shown.end() && !copied.empty())
-            new kxAddAnimKeyUndoCommand(found->second, keysAt(now, copied), group.get());
-    }
-    if (group->childCount() == 0)
+        shown.insert(item->curveId());
+    const kxScopedUndo scope(true); // the step is reported when the items show it
+    if (!kxKeyEdits::paste(_copiedKeys, shown))
         notice(_copiedKeys.empty() ? tr("No key was pasted: none has been copied.")
                                    : tr("No key was pasted: keys go into the curves that they were copied from, and "
                                         "none of those is shown."));
-
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(group.release());
     {
         const Rebuild rebuild(this);
         for (kxAnimGraphCurve* const item : items)
@@ -415,19 +372,15 @@ void kxAnimGraphScene::deleteSelectedPoints()
     QList<kxAnimGraphPoint*> selected;
     selectedPoints(selected);
     const auto items = curveItemsOf(selected);
-    std::map<const kxAnimGraphCurve*, std::vector<unsigned int>> indices;
+    std::map<unsigned int, std::vector<unsigned int>> indices;
     for (const kxAnimGraphPoint* const point : selected)
         if (point->index() >= 0)
-            indices[point->curve()].push_back(unsigned(point->index()));
+            indices[point->curve()->curveId()].push_back(unsigned(point->index()));
 
-    auto group = std::make_unique<kxMultiCommand>("Delete Animation Keys", "Animation");
-    for (const auto& [id, item] : items)
-        new kxAddAnimKeyUndoCommand(item->animCurve(), std::move(indices[item]), group.get());
-
-    const kxScopedUndo scope(true);
+    const kxScopedUndo scope(true); // the step is reported when the items show it
     {
         const Rebuild rebuild(this);
-        kxUndoStack::get(0).add(group.release());
+        kxKeyEdits::remove(std::move(indices));
         for (const auto& [id, item] : items)
             item->rebuildFromCurve();
     }

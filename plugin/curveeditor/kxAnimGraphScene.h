@@ -1,16 +1,15 @@
 #pragma once
 
+#include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphPicture.h>
 #include <frame/kxCallbacks.h>
 
 #include <osg/AnimCurve.h>
-#include <osg/Vector.h>
 
 #include <QGraphicsScene>
 #include <QList>
 #include <QPointer>
 
-#include <map>
 #include <vector>
 
 class kxAnimGraphCurve;
@@ -133,7 +132,7 @@ private:
     void notice(const QString& text);
     static void timeLineChangedPlay(kxMessage& message);
 
-    std::map<unsigned int, std::vector<osg::Vector<float, 4>>> _copiedKeys; // by curve id: seconds, value, both types
+    kxKeyEdits::Copied _copiedKeys;
     bool _snapToGridX = false;
     bool _snapToGridY = false;
     bool _lockX = false;

@@ -1,7 +1,7 @@
 #include <curveeditor/kxAnimGraphView.h>
 
 #include <curveeditor/edits/kxAnimRemoval.h>
-#include <curveeditor/edits/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphColors.h>
 #include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphLayout.h>
@@ -20,7 +20,6 @@
 #include <QPainter>
 #include <QScrollBar>
 
-#include <memory>
 #include <set>
 
 namespace
@@ -230,26 +229,20 @@ void kxAnimGraphView::updateGraphView(kxMessage&)
 
 void kxAnimGraphView::setTangentType(unsigned int type)
 {
-    auto group = std::make_unique<kxMultiCommand>("Set Tangent Type", "Animation");
+    std::vector<kxKeyEdits::Key> keys;
     std::set<kxAnimGraphCurve*> items;
     QList<kxAnimGraphPoint*> selected;
     _scene->selectedPoints(selected);
     for (const kxAnimGraphPoint* const point : selected)
     {
         kxAnimGraphCurve* const item = point->curve();
-        const osg::AnimCurvePtr curve = item == nullptr ? osg::AnimCurvePtr() : item->animCurve();
-        if (curve == osg::NullFC || point->index() < 0)
+        if (item == nullptr || point->index() < 0)
             continue;
-        const auto index = unsigned(point->index());
-        if (type != unsigned(osg::TangentType::Constant))
-            new kxAnimTangentUndoCommand(curve, index, true, type, group.get());
-        new kxAnimTangentUndoCommand(curve, index, false, type, group.get());
+        keys.push_back({item->curveId(), unsigned(point->index())});
         items.insert(item);
     }
-    if (group->childCount() == 0)
-        return;
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(group.release());
+    const kxScopedUndo scope(true); // the step is reported when the items show it
+    kxKeyEdits::setType(keys, type);
     for (kxAnimGraphCurve* const item : items)
         item->updateFromCurve();
 }
