@@ -4,6 +4,7 @@
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -46,9 +47,9 @@ void restore(osg::FieldContainer& container, const Values& values)
         container.getType().field(name)->setValue(container, value);
 }
 
-std::vector<kxContainerShare> sharesOf(const Values& values)
+std::vector<osg::Share<osg::FieldContainer>> sharesOf(const Values& values)
 {
-    std::vector<kxContainerShare> shares;
+    std::vector<osg::Share<osg::FieldContainer>> shares;
     for (const auto& [name, value] : values)
         if (const auto* const reference = std::get_if<osg::FieldContainerPtr>(&value))
             shares.emplace_back(*reference);
@@ -76,23 +77,21 @@ bool areEqual(const Values& a, const Values& b)
 }
 } // namespace
 
-kxPlaceNodesCommand::kxPlaceNodesCommand(const QString& text) : kxUndoCommand(text) {}
-
 void kxPlaceNodesCommand::insertNode(const osg::NodePtr& node, const osg::NodePtr& parent, int index)
 {
-    _moves.push_back({kxContainerShare(node), {}, {parent.getFieldContainerId(), index}});
+    _moves.push_back({node, {}, {parent.getFieldContainerId(), index}});
 }
 
 void kxPlaceNodesCommand::removeNode(const osg::NodePtr& node)
 {
     const osg::NodePtr parent = node->getParent();
-    _moves.push_back({kxContainerShare(node), {parent.getFieldContainerId(), -1}, {}});
+    _moves.push_back({node, {parent.getFieldContainerId(), -1}, {}});
 }
 
 void kxPlaceNodesCommand::moveNode(const osg::NodePtr& node, const osg::NodePtr& parent, int index)
 {
     const osg::NodePtr old = node->getParent();
-    _moves.push_back({kxContainerShare(node), {old.getFieldContainerId(), -1}, {parent.getFieldContainerId(), index}});
+    _moves.push_back({node, {old.getFieldContainerId(), -1}, {parent.getFieldContainerId(), index}});
 }
 
 bool kxPlaceNodesCommand::place(const osg::NodePtr& node, Place& from, const Place& to)
@@ -117,58 +116,40 @@ bool kxPlaceNodesCommand::place(const osg::NodePtr& node, Place& from, const Pla
     return true;
 }
 
-void kxPlaceNodesCommand::redo()
+void kxPlaceNodesCommand::apply(bool forward)
 {
-    _done.clear();
-    for (Move& move : _moves)
-        _done.push_back(place(move.node.get<osg::Node>(), move.from, move.to));
-    kxAnimManager::the()->verifyClipStructure();
-    finish();
-}
-
-void kxPlaceNodesCommand::undo()
-{
-    for (std::size_t i = _moves.size(); i-- > 0;)
-        if (_done[i])
-        {
-            Place to = _moves[i].to; // redo() goes to the place that it was given, whatever the index was
-            place(_moves[i].node.get<osg::Node>(), to, _moves[i].from);
-        }
-    finish();
-}
-
-void kxPlaceNodesCommand::finish()
-{
-    const bool animated = std::any_of(_moves.begin(), _moves.end(),
-                                      [](const Move& move) { return hasAnimations(move.node.get<osg::Node>()); });
-    if (animated)
+    if (forward)
+    {
+        _done.clear();
+        for (Move& move : _moves)
+            _done.push_back(place(move.node, move.from, move.to));
+        kxAnimManager::the()->verifyClipStructure();
+    }
+    else
+        for (std::size_t i = _moves.size(); i-- > 0;)
+            if (_done[i])
+            {
+                Place to = _moves[i].to; // forward it goes to the place that it was given, whatever the index was
+                place(_moves[i].node, to, _moves[i].from);
+            }
+    if (std::any_of(_moves.begin(), _moves.end(), [](const Move& move) { return hasAnimations(move.node); }))
         kxSceneNotify::animationsChanged();
     kxSceneNotify::structureChanged();
 }
 
 kxRenameCommand::kxRenameCommand(const osg::AttachmentContainerPtr& container, const std::string& name)
-    : kxUndoCommand(kxUndoString(QStringLiteral("Rename %1 to %2"), QStringLiteral("Scene"))
-                        .arg(QString::fromStdString(container->getNodeName()), QString::fromStdString(name))),
+    : kxCommand(kxUndoString(QStringLiteral("Rename %1 to %2"), QStringLiteral("Scene"))
+                    .arg(QString::fromStdString(container->getNodeName()), QString::fromStdString(name))),
       _id(container.getFieldContainerId()), _before(container->getNodeName()), _after(name)
 {
 }
 
-void kxRenameCommand::undo()
-{
-    apply(_before);
-}
-
-void kxRenameCommand::redo()
-{
-    apply(_after);
-}
-
-void kxRenameCommand::apply(const std::string& name)
+void kxRenameCommand::apply(bool forward)
 {
     const auto container = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_id);
     if (container == osg::NullFC)
         return;
-    container->setNodeName(name);
+    container->setNodeName(forward ? _after : _before);
     osg::markChanged(container, osg::AttachmentContainer::NodeNameFieldMask);
     if (container->getType().isDerivedFrom(osg::Material::_type))
         kxSceneNotify::materialsChanged();
@@ -205,14 +186,8 @@ kxSetFieldCommand* kxSetFieldCommand::make(const osg::FieldContainerPtr& contain
 
 kxSetFieldCommand::kxSetFieldCommand(const osg::FieldContainerPtr& container, const std::string& field,
                                      const QString& text)
-    : kxUndoCommand(text), _id(container.getFieldContainerId()), _field(field)
+    : kxMergingCommand(text), _id(container.getFieldContainerId()), _field(field)
 {
-}
-
-int kxSetFieldCommand::id() const
-{
-    static const int id = makeId(typeid(kxSetFieldCommand));
-    return id;
 }
 
 bool kxSetFieldCommand::mergeWith(const QUndoCommand* other)
@@ -229,29 +204,19 @@ bool kxSetFieldCommand::mergeWith(const QUndoCommand* other)
     return true;
 }
 
-void kxSetFieldCommand::undo()
-{
-    apply(_before);
-}
-
-void kxSetFieldCommand::redo()
-{
-    apply(_after);
-}
-
-void kxSetFieldCommand::apply(const Values& values)
+void kxSetFieldCommand::apply(bool forward)
 {
     const osg::FieldContainerPtr container = osg::FieldContainerFactory::the()->getContainer(_id);
     if (container == osg::NullFC)
         return;
-    restore(*container, values);
+    restore(*container, forward ? _after : _before);
     osg::markChanged(container, container->getType().field(_field)->mask());
     kxSceneNotify::fieldChanged(container);
 }
 
 kxMaterialListCommand::kxMaterialListCommand(const osg::MaterialPtr& material, int index, bool adds,
                                              const QString& text)
-    : kxUndoCommand(text), _material(material), _index(index), _adds(adds)
+    : kxCommand(text), _material(material), _index(index), _adds(adds)
 {
 }
 
@@ -269,27 +234,16 @@ kxMaterialListCommand* kxMaterialListCommand::remove(const osg::MaterialPtr& mat
                                      kxUndoString(QStringLiteral("Delete Material"), QStringLiteral("Materials")));
 }
 
-void kxMaterialListCommand::undo()
+void kxMaterialListCommand::apply(bool forward)
 {
-    apply(!_adds);
-}
-
-void kxMaterialListCommand::redo()
-{
-    apply(_adds);
-    kxAnimManager::the()->verifyClipStructure();
-}
-
-void kxMaterialListCommand::apply(bool add)
-{
-    const osg::MaterialPtr material = _material.get<osg::Material>();
-    if (material == osg::NullFC)
-        return;
-    if (add)
+    const osg::MaterialPtr material = _material;
+    if (forward == _adds)
         kxScene::the()->insertMaterial(_index < 0 ? kxScene::the()->materials().size() : std::size_t(_index), material);
     else
         kxScene::the()->subMaterial(material);
     if (kxAnimManager::the()->getAnimAttachment(material) != osg::NullFC)
         kxSceneNotify::animationsChanged();
     kxSceneNotify::materialsChanged();
+    if (forward)
+        kxAnimManager::the()->verifyClipStructure();
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "kxContainerShare.h"
-
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/Node.h>
+#include <osg/Share.h>
 #include <scene/FieldDescription.h>
 
 #include <functional>
@@ -13,18 +12,16 @@
 ///
 /// Holds a share of each node, so that a node which is out keeps its id, its materials and its animations. A move whose
 /// node no longer stands where the step expects it is skipped.
-class kxPlaceNodesCommand : public kxUndoCommand
+class kxPlaceNodesCommand : public kxCommand
 {
 public:
-    explicit kxPlaceNodesCommand(const QString& text);
+    using kxCommand::kxCommand;
 
-    /// Steps of redo(), in this order. `index` counts after the node has left its old place; -1 is behind the last.
+    /// Steps of apply(true), in this order. `index` counts after the node has left its old place; -1 is behind the
+    /// last.
     void insertNode(const osg::NodePtr& node, const osg::NodePtr& parent, int index);
     void removeNode(const osg::NodePtr& node);
     void moveNode(const osg::NodePtr& node, const osg::NodePtr& parent, int index);
-
-    void undo() override;
-    void redo() override;
 
 private:
     struct Place
@@ -34,27 +31,25 @@ private:
     };
     struct Move
     {
-        kxContainerShare node;
+        osg::Share<osg::Node> node;
         Place from, to;
     };
     /// Takes the node from `from` to `to`; `from.index` is filled in where the node was found.
     static bool place(const osg::NodePtr& node, Place& from, const Place& to);
-    void finish();
+    void apply(bool forward) override;
 
     std::vector<Move> _moves;
-    std::vector<bool> _done; // moves that the last redo() made
+    std::vector<bool> _done; // moves that the last apply(true) made
 };
 
 /// Gives a node or a material another name.
-class kxRenameCommand : public kxUndoCommand
+class kxRenameCommand : public kxCommand
 {
 public:
     kxRenameCommand(const osg::AttachmentContainerPtr& container, const std::string& name);
-    void undo() override;
-    void redo() override;
 
 private:
-    void apply(const std::string& name);
+    void apply(bool forward) override;
 
     unsigned int _id;
     std::string _before, _after;
@@ -64,7 +59,7 @@ private:
 ///
 /// Keeps the stored values behind the field before and after, so that a field that is a view of another one (field of
 /// view of focal length, visible of the traversal mask) comes back exactly.
-class kxSetFieldCommand : public kxUndoCommand
+class kxSetFieldCommand : public kxMergingCommand<kxSetFieldCommand>
 {
 public:
     /// `write` puts the new value into the container; it is called once, here, and taken back.
@@ -75,37 +70,32 @@ public:
                                    const osg::FieldValue& value, const QString& text);
     static kxSetFieldCommand* make(const osg::FieldContainerPtr& container, const std::string& field,
                                    const Writer& write, const QString& text);
-    int id() const override;
     bool mergeWith(const QUndoCommand* other) override;
-    void undo() override;
-    void redo() override;
 
 private:
     typedef std::vector<std::pair<std::string, osg::FieldValue>> Values;
     kxSetFieldCommand(const osg::FieldContainerPtr& container, const std::string& field, const QString& text);
-    void apply(const Values& values);
+    void apply(bool forward) override;
 
     unsigned int _id;
     std::string _field;
     Values _before, _after;
-    std::vector<kxContainerShare> _beforeShares, _afterShares; // of containers that the values name
+    std::vector<osg::Share<osg::FieldContainer>> _beforeShares, _afterShares; // of containers that the values name
 };
 
 /// Adds a material to the scene's list or takes it out. Objects that show it keep it: assigning is a field.
-class kxMaterialListCommand : public kxUndoCommand
+class kxMaterialListCommand : public kxCommand
 {
 public:
     /// `index` -1 is behind the last.
     static kxMaterialListCommand* add(const osg::MaterialPtr& material, int index);
     static kxMaterialListCommand* remove(const osg::MaterialPtr& material);
-    void undo() override;
-    void redo() override;
 
 private:
     kxMaterialListCommand(const osg::MaterialPtr& material, int index, bool adds, const QString& text);
-    void apply(bool add);
+    void apply(bool forward) override;
 
-    kxContainerShare _material;
+    osg::Share<osg::Material> _material;
     int _index;
     bool _adds;
 };

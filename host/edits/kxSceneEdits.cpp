@@ -200,7 +200,7 @@ osg::NodePtr kxSceneEdits::makeNode(const osg::NodeCorePtr& core, const QString&
 bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent, const QString& text)
 {
     const osg::NodePtr target = parent == osg::NullFC ? kxScene::the()->root() : parent;
-    const kxContainerShare share(node);
+    const osg::Share<osg::Node> share(node);
     if (node == osg::NullFC || !takesObjects(target) || !kxNodePermission::allows(target, kxScenegraphTypes::AddChild))
         return false;
     node->setNodeName(freeName(node->getNodeName(), namesInScene()));

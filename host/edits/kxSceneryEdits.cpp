@@ -11,6 +11,7 @@
 #include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -43,22 +44,21 @@ std::string freeName(Kind kind, const QString& name, const QString& word)
 }
 
 /// Writes what a variant set shows of itself, also while an animation or a trigger shows something else.
-class SetChoiceCommand : public kxUndoCommand
+class SetChoiceCommand : public kxCommand
 {
 public:
     SetChoiceCommand(const osg::SwitchPtr& core, float before, float after, const QString& text)
-        : kxUndoCommand(text), _id(core.getFieldContainerId()), _before(before), _after(after)
+        : kxCommand(text), _id(core.getFieldContainerId()), _before(before), _after(after)
     {
     }
-    void undo() override { apply(_before); }
-    void redo() override { apply(_after); }
 
 private:
-    void apply(float choice)
+    void apply(bool forward) override
     {
         const auto core = osg::FieldContainerFactory::the()->get<osg::Switch>(_id);
         if (core == osg::NullFC)
             return;
+        const float choice = forward ? _after : _before;
         kxRestValues::the().set(_id, "choice", 0, choice);
         core->setChoice(osg::Int32(choice));
         osg::markChanged(core, osg::Switch::ChoiceFieldMask);
@@ -152,7 +152,7 @@ osg::NodePtr kxSceneryEdits::addViewpoint(const kxViewCamera& camera, float dist
 void kxSceneryEdits::updateViewpoint(const osg::NodePtr& viewpoint, const kxViewCamera& camera, float distance)
 {
     const osg::NodePtr probe = kxSceneEdits::makeNode(osg::Viewpoint::create(), QString());
-    const kxContainerShare share(probe);
+    const osg::Share<osg::Node> share(probe);
     place(probe, camera, distance);
     const QString text = stepText("Move Viewpoint");
     const kxScopedUndo scope(true);

@@ -4,7 +4,6 @@
 
 #include <animation/kxNodeTime.h>
 #include <edits/kxClippingPlane.h>
-#include <edits/kxContainerShare.h>
 #include <edits/kxSceneCommands.h>
 #include <edits/kxSceneEdits.h>
 #include <edits/kxSceneObjects.h>
@@ -12,6 +11,7 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 
@@ -81,7 +81,7 @@ osg::NodePtr addObject(const std::string& kind, const std::string& name, const b
         if (known.back() != wanted)
             continue;
         const osg::NodePtr node = entry.make();
-        const kxContainerShare share(node); // until the scene has one
+        const osg::Share<osg::Node> share(node); // until the scene has one
         if (!name.empty())
             node->setNodeName(name);
         if (const osg::GeometryPtr surface = osg::GeometryPtr::dcast(node->getCore()); material != osg::NullFC)

@@ -13,14 +13,8 @@ kxTransformCommand::Values kxTransformCommand::Values::of(const osg::Transform& 
 }
 
 kxTransformCommand::kxTransformCommand(const QString& text, std::vector<Entry> entries, const osg::BitVector& mask)
-    : kxUndoCommand(kxUndoString(text, QStringLiteral("3D View"))), _entries(std::move(entries)), _mask(mask)
+    : kxMergingCommand(kxUndoString(text, QStringLiteral("3D View"))), _entries(std::move(entries)), _mask(mask)
 {
-}
-
-int kxTransformCommand::id() const
-{
-    static const int classId = makeId(typeid(kxTransformCommand));
-    return classId;
 }
 
 bool kxTransformCommand::canMergeWith(const QUndoCommand* other) const
@@ -44,24 +38,14 @@ bool kxTransformCommand::mergeWith(const QUndoCommand* other)
     return true;
 }
 
-void kxTransformCommand::undo()
-{
-    apply(&Entry::before);
-}
-
-void kxTransformCommand::redo()
-{
-    apply(&Entry::after);
-}
-
-void kxTransformCommand::apply(Values Entry::*values) const
+void kxTransformCommand::apply(bool forward)
 {
     for (const Entry& entry : _entries)
     {
         const osg::TransformPtr transform = osg::FieldContainerFactory::the()->get<osg::Transform>(entry.coreId);
         if (transform == osg::NullFC)
             continue;
-        const Values& v = entry.*values;
+        const Values& v = forward ? entry.after : entry.before;
         if (_mask.intersects(osg::Transform::TranslationFieldMask))
             transform->setTranslation(v.translation);
         if (_mask.intersects(osg::Transform::EulerRotationFieldMask))

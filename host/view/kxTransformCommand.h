@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/SceneCores.h>
 
 #include <vector>
@@ -8,7 +8,7 @@
 /// Moves, turns and scales objects; one step a drag.
 ///
 /// Only the fields of `mask` are written, so that what a drag doesn't touch keeps its very bits.
-class kxTransformCommand : public kxUndoCommand
+class kxTransformCommand : public kxMergingCommand<kxTransformCommand>
 {
 public:
     struct Values
@@ -29,14 +29,11 @@ public:
     /// `text` in English, without translation.
     kxTransformCommand(const QString& text, std::vector<Entry> entries, const osg::BitVector& mask);
 
-    int id() const override;
     bool canMergeWith(const QUndoCommand* other) const override;
     bool mergeWith(const QUndoCommand* other) override;
-    void undo() override;
-    void redo() override;
 
 private:
-    void apply(Values Entry::*values) const;
+    void apply(bool forward) override;
 
     std::vector<Entry> _entries;
     osg::BitVector _mask;

@@ -7,6 +7,7 @@
 #include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Share.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,10 +19,10 @@ namespace
 /// One thing that was copied: as it was, for copies, and the cores it had, for clones. A share of each.
 struct Copied
 {
-    AnimNodePtr own;
+    Share<AnimNode> own;
     // Of the nodes in the order of a walk. No node of the clipboard has one of them: what was only copied is not
     // shared.
-    std::vector<NodeCorePtr> cores;
+    std::vector<Share<NodeCore>> cores;
     UInt32 sourceId = 0; // of what was copied, which may be gone
     // Of the nodes in the order of a walk. The copies themselves have none: a name in the clipboard is nobody's.
     std::vector<std::string> names;
@@ -50,9 +51,9 @@ std::vector<std::string> namesOf(const AnimNodePtr& root)
     return names;
 }
 
-std::vector<NodeCorePtr> coresOf(const AnimNodePtr& root)
+std::vector<Share<NodeCore>> coresOf(const AnimNodePtr& root)
 {
-    std::vector<NodeCorePtr> cores;
+    std::vector<Share<NodeCore>> cores;
     traverse(root,
              [&cores](const NodePtr& node)
              {
@@ -82,30 +83,11 @@ std::vector<Copied>& clipboard()
     return *entries;
 }
 
-void clearClipboard()
-{
-    for (const Copied& entry : clipboard())
-    {
-        for (const NodeCorePtr& core : entry.cores)
-            if (core != NullFC)
-                core->subRef();
-        entry.own->subRef();
-    }
-    clipboard().clear();
-}
-
 void addToClipboard(const AnimNodePtr& node)
 {
-    const AnimNodePtr shared = cloneAnimTree(node, true); // in the order of the copy
-    shared->addRef();
-    const Copied entry = {cloneAnimTree(node, false), coresOf(shared), node->getId(), namesOf(node)};
-    setNames(entry.own, {});
-    entry.own->addRef();
-    for (const NodeCorePtr& core : entry.cores)
-        if (core != NullFC)
-            core->addRef();
-    shared->subRef();
-    clipboard().push_back(entry);
+    const Share<AnimNode> shared(cloneAnimTree(node, true)); // in the order of the copy
+    clipboard().push_back({cloneAnimTree(node, false), coresOf(shared), node->getId(), namesOf(node)});
+    setNames(clipboard().back().own, {});
 }
 
 /// Where pasted animations go: a node of the animation tree itself, or the root of an object's attachment.
@@ -180,7 +162,7 @@ void kxAnimManager::copy(const std::vector<AnimNodePtr>& nodes)
 {
     if (std::all_of(nodes.begin(), nodes.end(), [](const AnimNodePtr& node) { return node == NullFC; }))
         return; // what was copied before stays
-    clearClipboard();
+    clipboard().clear();
     for (const AnimNodePtr& node : nodes)
         if (node != NullFC)
             addToClipboard(node);
@@ -210,9 +192,9 @@ std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr
         earliest = std::min(earliest, double(start));
     }
     // Nodes that still have to find their track don't stand in each other's way.
-    std::vector<AnimNodePtr> waiting = pasted;
+    const std::vector<Share<AnimNode>> waiting(pasted.begin(), pasted.end());
     for (const AnimNodePtr& node : waiting)
-        clip->subChild((node->addRef(), node));
+        clip->subChild(node);
     const double shift = kxNodeTime::toRoot(clip).from(seconds) - earliest;
     for (const AnimNodePtr& node : waiting)
     {
@@ -223,7 +205,6 @@ std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr
         if (AnimBlockPtr::dcast(node->getCore()) != NullFC)
             node->setHidden(true);
         clip->addChild(node);
-        node->subRef();
         markChanged(node, AnimNodeBase::OffsetFieldMask | AnimNodeBase::HiddenFieldMask | Node::TravMaskFieldMask);
         if (unshareClips)
             unshareClipsR(node);

@@ -2,27 +2,18 @@
 
 #include <utility>
 
-kxRateCommand::kxRateCommand(double before, double after, Apply apply)
-    : kxUndoCommand(kxUndoString(QStringLiteral("Change Frame Rate"), QStringLiteral("Animation"))), _before(before),
-      _after(after), _apply(std::move(apply))
+kxRateCommand::kxRateCommand(double before, double after, Change change)
+    : kxMergingCommand(kxUndoString(QStringLiteral("Change Frame Rate"), QStringLiteral("Animation"))), _before(before),
+      _after(after), _change(std::move(change))
 {
 }
 
-void kxRateCommand::undo()
+void kxRateCommand::apply(bool forward)
 {
-    _apply(_after, _before);
-}
-
-void kxRateCommand::redo()
-{
-    if (!std::exchange(_hasRun, false))
-        _apply(_before, _after);
-}
-
-int kxRateCommand::id() const
-{
-    static const int classId = makeId(typeid(kxRateCommand));
-    return classId;
+    if (!forward)
+        _change(_after, _before);
+    else if (!std::exchange(_hasRun, false))
+        _change(_before, _after);
 }
 
 bool kxRateCommand::mergeWith(const QUndoCommand* other)

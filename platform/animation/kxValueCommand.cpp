@@ -27,7 +27,7 @@ QString textOf(const std::vector<kxChannelTarget>& targets)
 } // namespace
 
 kxValueCommand::kxValueCommand(const std::vector<kxChannelTarget>& targets, float value)
-    : kxUndoCommand(textOf(targets)), _value(value)
+    : kxCommand(textOf(targets)), _value(value)
 {
     for (const kxChannelTarget& target : targets)
         _entries.push_back({target.container->getId(), target.field, target.component, target.value()});
@@ -38,17 +38,15 @@ bool kxValueCommand::changesAnything() const
     return std::any_of(_entries.begin(), _entries.end(), [this](const Entry& entry) { return entry.before != _value; });
 }
 
-void kxValueCommand::undo()
+void kxValueCommand::apply(bool forward)
 {
+    const std::vector<kxChannelTarget> written = write(forward);
+    if (forward)
+        return;
     // The value of before may be that of another frame.
-    for (const kxChannelTarget& target : write(false))
+    for (const kxChannelTarget& target : written)
         kxScenePlan::the().setStale(target);
     kxAnimManager::the()->updateSceneAnimCurveData();
-}
-
-void kxValueCommand::redo()
-{
-    write(true);
 }
 
 std::vector<kxChannelTarget> kxValueCommand::write(bool forward) const

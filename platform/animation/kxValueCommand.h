@@ -1,13 +1,13 @@
 #pragma once
 
 #include <animation/kxChannelTarget.h>
-#include <kxUndo.h>
+#include <kxCommand.h>
 
 #include <vector>
 
 /// A value that a user gave to a channel: writes and marks the field. Targets are looked up by the ids of their
 /// containers; those that have gone are passed over.
-class kxValueCommand : public kxUndoCommand
+class kxValueCommand : public kxCommand
 {
 public:
     /// `targets` aren't null; `value` is finite.
@@ -15,9 +15,6 @@ public:
 
     /// True where a target has another value than this one.
     bool changesAnything() const;
-
-    void undo() override;
-    void redo() override;
 
 private:
     struct Entry
@@ -28,6 +25,7 @@ private:
         float before;
     };
 
+    void apply(bool forward) override;
     std::vector<kxChannelTarget> write(bool forward) const;
 
     std::vector<Entry> _entries;

@@ -19,35 +19,28 @@ bool isClip(const NodePtr& node)
 {
     return AnimClipPtr::dcast(node->getCore()) != NullFC;
 }
-
-void announce()
-{
-    kxModuleRegistry::the().deliverLater(kxMessageId::ClipsChanged);
-}
 } // namespace
 
 kxVerifyClipsCommand::kxVerifyClipsCommand()
-    : kxUndoCommand(kxUndoString(QStringLiteral("Verify Clip Structure"), QStringLiteral("Animation")))
+    : kxCommand(kxUndoString(QStringLiteral("Verify Clip Structure"), QStringLiteral("Animation")))
 {
 }
 
-kxVerifyClipsCommand::~kxVerifyClipsCommand()
+void kxVerifyClipsCommand::apply(bool forward)
 {
-    for (const Lost& lost : _lost)
-        lost.node->subRef();
-}
-
-void kxVerifyClipsCommand::redo()
-{
-    isUnused(kxAnimManager::the()->clipStructureRoot()); // the root itself stays, whatever it holds
-    setObsolete(_lost.empty());
-    if (_lost.empty())
+    if (forward)
+        isUnused(kxAnimManager::the()->clipStructureRoot()); // the root itself stays, whatever it holds
+    else
+        putBack();
+    setObsolete(forward && _lost.empty());
+    if (isObsolete())
         return;
-    tell();
-    announce();
+    if (forward)
+        tell();
+    kxModuleRegistry::the().deliverLater(kxMessageId::ClipsChanged);
 }
 
-void kxVerifyClipsCommand::undo()
+void kxVerifyClipsCommand::putBack()
 {
     // Against the order in which they went, so that each position means what it meant then.
     const std::vector<Lost> lost = std::exchange(_lost, {});
@@ -56,9 +49,7 @@ void kxVerifyClipsCommand::undo()
         const NodePtr parent = FieldContainerFactory::the()->get<Node>(entry->parentId);
         if (parent != NullFC && parent->insertChild(entry->position, entry->node))
             markChanged(parent, Node::ChildrenFieldMask);
-        entry->node->subRef();
     }
-    announce();
 }
 
 bool kxVerifyClipsCommand::isUnused(const AnimNodePtr& node)
@@ -78,7 +69,6 @@ bool kxVerifyClipsCommand::isUnused(const AnimNodePtr& node)
 void kxVerifyClipsCommand::takeOut(const NodePtr& child)
 {
     const NodePtr parent = child->getParent();
-    child->addRef();
     _lost.push_back({child, parent->getId(), unsigned(parent->findChild(child))});
     parent->subChild(child);
     markChanged(parent, Node::ChildrenFieldMask);

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 
 #include <vector>
 
@@ -9,23 +10,21 @@
 /// where there is nothing of that.
 ///
 /// Added while another step is made it joins that one, so that a deleted object comes back together with its bars.
-class kxVerifyClipsCommand : public kxUndoCommand
+class kxVerifyClipsCommand : public kxCommand
 {
 public:
     kxVerifyClipsCommand();
-    ~kxVerifyClipsCommand() override;
-
-    void undo() override;
-    void redo() override;
 
 private:
     struct Lost
     {
-        osg::NodePtr node; // a share
+        osg::Share<osg::Node> node;
         unsigned int parentId;
         unsigned int position;
     };
 
+    void apply(bool forward) override;
+    void putBack();
     /// True where `node` is to go, after what is to go below it went.
     bool isUnused(const osg::AnimNodePtr& node);
     void takeOut(const osg::NodePtr& child);

@@ -26,7 +26,7 @@ void deselectBelow(const NodePtr& group)
 } // namespace
 
 kxImportCommand::kxImportCommand(const QString& text, const NodePtr& group, const kxSceneContent& content)
-    : kxUndoCommand(text), _group(group), _materials(content.materials)
+    : kxCommand(text), _group(group), _materials(content.materials)
 {
     for (UInt32 i = 0; content.clips && i < content.clips->getNChildren(); ++i)
         _clips.emplace_back(AnimNodePtr::dcast(content.clips->getChild(i)));
@@ -34,47 +34,26 @@ kxImportCommand::kxImportCommand(const QString& text, const NodePtr& group, cons
         _scenery.emplace_back(content.scenery->getChild(i));
 }
 
-void kxImportCommand::redo()
+void kxImportCommand::apply(bool forward)
 {
-    const NodePtr root = kxScene::the()->root();
-    root->addChild(_group.get());
-    markChanged(root, Node::ChildrenFieldMask);
-    for (const kxShare<Material>& material : _materials)
-        kxScene::the()->addMaterial(material.get());
-    for (const kxShare<AnimNode>& clip : _clips)
-        kxAnimManager::the()->addToClipStructure(clip.get());
-    const NodePtr scenery = kxScene::the()->sceneryRoot();
-    for (const kxShare<Node>& node : _scenery)
-        scenery->addChild(node.get());
-    markChanged(scenery, Node::ChildrenFieldMask);
+    const auto put = [forward](const NodePtr& parent, const NodePtr& child)
+    { forward ? parent->addChild(child) : parent->subChild(child); };
+    if (!forward)
+        deselectBelow(_group);
+    const NodePtr root = kxScene::the()->root(), clips = kxAnimManager::the()->clipStructureRoot(),
+                  scenery = kxScene::the()->sceneryRoot();
+    put(root, _group);
+    for (const osg::Share<Material>& material : _materials)
+        forward ? kxScene::the()->addMaterial(material) : kxScene::the()->subMaterial(material);
+    for (const osg::Share<AnimNode>& clip : _clips)
+        put(clips, clip.get());
+    for (const osg::Share<Node>& node : _scenery)
+        put(scenery, node);
+    for (const NodePtr& parent : {root, clips, scenery})
+        markChanged(parent, Node::ChildrenFieldMask);
     kxScene::the()->markStructureChanged();
-    kxAnimManager::the()->verifyClipStructure();
+    if (forward)
+        kxAnimManager::the()->verifyClipStructure();
     kxAnimManager::the()->reevaluateAnimations(true);
     kxSceneMessages::contentChanged();
-}
-
-void kxImportCommand::undo()
-{
-    deselectBelow(_group.get());
-    const AnimNodePtr clips = kxAnimManager::the()->clipStructureRoot();
-    for (const kxShare<AnimNode>& clip : _clips)
-        clips->subChild(clip.get());
-    markChanged(clips, Node::ChildrenFieldMask);
-    const NodePtr scenery = kxScene::the()->sceneryRoot();
-    for (const kxShare<Node>& node : _scenery)
-        scenery->subChild(node.get());
-    markChanged(scenery, Node::ChildrenFieldMask);
-    for (const kxShare<Material>& material : _materials)
-        kxScene::the()->subMaterial(material.get());
-    const NodePtr root = kxScene::the()->root();
-    root->subChild(_group.get());
-    markChanged(root, Node::ChildrenFieldMask);
-    kxScene::the()->markStructureChanged();
-    kxAnimManager::the()->reevaluateAnimations(true);
-    kxSceneMessages::contentChanged();
-}
-
-int kxImportCommand::id() const
-{
-    return makeId(typeid(kxImportCommand));
 }

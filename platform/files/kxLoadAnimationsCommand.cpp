@@ -5,19 +5,9 @@
 
 using namespace osg;
 
-namespace
-{
-void announce(const NodePtr& root)
-{
-    markChanged(root, Node::ChildrenFieldMask);
-    kxAnimManager::the()->reevaluateAnimations(true);
-    kxSceneMessages::contentChanged();
-}
-} // namespace
-
 kxLoadAnimationsCommand::kxLoadAnimationsCommand(const QString& text, const AttachmentContainerPtr& object,
                                                  const std::vector<AnimNodePtr>& animations)
-    : kxUndoCommand(text), _object(object), _attachment(object->findAttachment<AnimAttachment>()),
+    : kxCommand(text), _object(object), _attachment(object->findAttachment<AnimAttachment>()),
       _bringsAttachment(!_attachment), _animations(animations.begin(), animations.end())
 {
     if (_bringsAttachment)
@@ -34,30 +24,36 @@ void kxLoadAnimationsCommand::takeOut(const AnimNodePtr& curve)
     root->subChild(curve);
 }
 
-void kxLoadAnimationsCommand::redo()
+void kxLoadAnimationsCommand::apply(bool forward)
+{
+    forward ? place() : takeBack();
+    markChanged(_attachment->getAnimationRoot(), Node::ChildrenFieldMask);
+    kxAnimManager::the()->reevaluateAnimations(true);
+    kxSceneMessages::contentChanged();
+}
+
+void kxLoadAnimationsCommand::place()
 {
     if (_bringsAttachment)
     {
         _object->addAttachment(_attachment.get());
         markChanged(_object.get(), AttachmentContainer::AttachmentsFieldMask);
     }
-    const AnimNodePtr root = _attachment->getAnimationRoot();
     _replaced.clear();
-    for (const kxShare<AnimNode>& animation : _animations)
+    for (const osg::Share<AnimNode>& animation : _animations)
     {
         if (const AnimCurvePtr curve = AnimCurvePtr::dcast(animation->getCore()))
             takeOut(kxAnimManager::the()->findChannelCurveNode(_attachment.get(), curve->getChannelName(),
                                                                curve->getSuffix()));
     }
-    for (const kxShare<AnimNode>& animation : _animations)
-        root->addChild(animation.get());
-    announce(root);
+    for (const osg::Share<AnimNode>& animation : _animations)
+        _attachment->getAnimationRoot()->addChild(animation.get());
 }
 
-void kxLoadAnimationsCommand::undo()
+void kxLoadAnimationsCommand::takeBack()
 {
     const AnimNodePtr root = _attachment->getAnimationRoot();
-    for (const kxShare<AnimNode>& animation : _animations)
+    for (const osg::Share<AnimNode>& animation : _animations)
         root->subChild(animation.get());
     for (auto entry = _replaced.rbegin(); entry != _replaced.rend(); ++entry)
         root->insertChild(UInt32(entry->position), entry->curve.get());
@@ -66,10 +62,4 @@ void kxLoadAnimationsCommand::undo()
         _object->subAttachment(_attachment.get());
         markChanged(_object.get(), AttachmentContainer::AttachmentsFieldMask);
     }
-    announce(root);
-}
-
-int kxLoadAnimationsCommand::id() const
-{
-    return makeId(typeid(kxLoadAnimationsCommand));
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <files/scene/kxShare.h>
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimAttachments.h>
+#include <osg/Share.h>
 
 #include <vector>
 
@@ -10,29 +10,29 @@
 /// the object has for the same channel: two would fight over it.
 ///
 /// Holds a share of all that comes and goes, so that it outlives a time out of the scene.
-class kxLoadAnimationsCommand : public kxUndoCommand
+class kxLoadAnimationsCommand : public kxCommand
 {
 public:
     kxLoadAnimationsCommand(const QString& text, const osg::AttachmentContainerPtr& object,
                             const std::vector<osg::AnimNodePtr>& animations);
 
-    void undo() override;
-    void redo() override;
-    int id() const override;
     /// Each file is a step of its own.
     bool canMergeWith(const QUndoCommand*) const override { return false; }
 
 private:
+    void apply(bool forward) override;
     struct Replaced
     {
-        kxShare<osg::AnimNode> curve;
+        osg::Share<osg::AnimNode> curve;
         int position; // below the object's animation root, with those before it taken out
     };
+    void place();
+    void takeBack();
     void takeOut(const osg::AnimNodePtr& curve);
 
-    kxShare<osg::AttachmentContainer> _object;
-    kxShare<osg::AnimAttachment> _attachment;
+    osg::Share<osg::AttachmentContainer> _object;
+    osg::Share<osg::AnimAttachment> _attachment;
     bool _bringsAttachment; // the object has none of its own
-    std::vector<kxShare<osg::AnimNode>> _animations;
+    std::vector<osg::Share<osg::AnimNode>> _animations;
     std::vector<Replaced> _replaced;
 };

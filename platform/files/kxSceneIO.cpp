@@ -154,7 +154,7 @@ void forAnimations(const kxSceneContent& content, const std::function<void(const
                  visitAttached(node);
                  return Action::Continue;
              });
-    for (const kxShare<Material>& material : content.materials)
+    for (const osg::Share<Material>& material : content.materials)
         visitAttached(material.get());
     visit(content.clips.get());
 }
@@ -298,7 +298,7 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
         moveChildren(content.root.get(), scene->root());
     replaceTop(content.sceneplates.get(), scene->sceneplateRoot());
     replaceTop(content.scenery.get(), scene->sceneryRoot());
-    for (const kxShare<Material>& material : content.materials)
+    for (const osg::Share<Material>& material : content.materials)
         scene->addMaterial(material.get());
     moveChildren(content.clips.get(), kxAnimManager::the()->clipStructureRoot());
     moveChildren(content.sceneStructure.get(), kxAnimManager::the()->sceneStructureRoot());

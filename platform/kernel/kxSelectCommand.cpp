@@ -24,24 +24,13 @@ QString stepText(kxSelection::Kind kind, const std::vector<unsigned int>& ids)
 
 kxSelectCommand::kxSelectCommand(kxSelection::Kind kind, std::vector<unsigned int> before,
                                  std::vector<unsigned int> after)
-    : kxUndoCommand(stepText(kind, after)), _kind(kind), _before(std::move(before)), _after(std::move(after))
+    : kxMergingCommand(stepText(kind, after)), _kind(kind), _before(std::move(before)), _after(std::move(after))
 {
 }
 
-void kxSelectCommand::undo()
+void kxSelectCommand::apply(bool forward)
 {
-    kxSelection::the().setIds(_kind, _before);
-}
-
-void kxSelectCommand::redo()
-{
-    kxSelection::the().setIds(_kind, _after);
-}
-
-int kxSelectCommand::id() const
-{
-    static const int classId = makeId(typeid(kxSelectCommand));
-    return classId;
+    kxSelection::the().setIds(_kind, forward ? _after : _before);
 }
 
 bool kxSelectCommand::canMergeWith(const QUndoCommand* other) const

@@ -6,7 +6,6 @@ kxOutOfParent::kxOutOfParent(const NodePtr& node, UInt32 index) : _node(node), _
 {
     if (_parent == NullFC)
         return;
-    _node->addRef();
     _parent->subChild(_node);
     markChanged(_parent, Node::ChildrenFieldMask);
 }
@@ -17,5 +16,4 @@ kxOutOfParent::~kxOutOfParent()
         return;
     _parent->insertChild(_index, _node);
     markChanged(_parent, Node::ChildrenFieldMask);
-    _node->subRef();
 }

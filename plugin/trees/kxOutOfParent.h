@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/Node.h>
+#include <osg/Share.h>
 
 /// Takes a node out of its parent while it lives, and puts it back as the child at `index`.
 class kxOutOfParent
@@ -12,7 +13,7 @@ public:
     kxOutOfParent& operator=(const kxOutOfParent&) = delete;
 
 private:
-    osg::NodePtr _node;
+    osg::Share<osg::Node> _node;
     osg::NodePtr _parent; // null where there was none
     osg::UInt32 _index;
 };

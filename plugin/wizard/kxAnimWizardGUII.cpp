@@ -14,6 +14,7 @@
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Share.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -364,8 +365,7 @@ void kxAnimWizardGUII::createFinalAnimations()
     recipe.interpolation = _interpolation->currentIndex();
     recipe.startImage = kxWizardCapture::toImage(_captureStart->icon());
     recipe.endImage = kxWizardCapture::toImage(_captureEnd->icon());
-    const osg::AnimNodePtr clip = recipe.make(_table);
-    clip->addRef(); // until it has a parent, or none will have it
+    osg::Share<osg::AnimNode> clip(recipe.make(_table)); // until it has a parent, or none will have it
 
     osg::AnimNodePtr target = askedNode(kxMessageName::SelectedClipNode);
     if (target == osg::NullFC)
@@ -376,7 +376,7 @@ void kxAnimWizardGUII::createFinalAnimations()
     }
     if (target != osg::NullFC)
         recipe.place(clip, target);
-    clip->subRef();
+    clip.release();
 
     kxMessage message;
     kxController::call(kxMessageName::PastedAnimations, message, 0);

@@ -78,12 +78,11 @@ void kxCaptureTable::add(const FieldContainerPtr& container)
     entry.container = container;
     entry.containerId = container.getFieldContainerId();
     entry.block = AnimNodeBase::create();
-    entry.block->addRef();
     entry.block->setCore(AnimBlockBase::create());
     for (const kxAnimManager::kxOSGChannelData& channel : channels)
         if (const AnimNodePtr node = makeChannel(channel, container))
             entry.block->addChild(node);
-    markChanged(entry.block, Node::CoreFieldMask | Node::ChildrenFieldMask);
+    markChanged(entry.block.get(), Node::CoreFieldMask | Node::ChildrenFieldMask);
     _entries.emplace(container, entry);
 }
 
@@ -181,7 +180,6 @@ bool kxCaptureTable::dropWhere(const std::function<bool(const Entry&)>& isDroppe
             ++entry;
             continue;
         }
-        entry->second.block->subRef();
         entry = _entries.erase(entry);
     }
     return _entries.size() != before;
@@ -189,10 +187,7 @@ bool kxCaptureTable::dropWhere(const std::function<bool(const Entry&)>& isDroppe
 
 void kxCaptureTable::clear()
 {
-    Entries entries;
-    entries.swap(_entries);
-    for (auto& entry : entries)
-        entry.second.block->subRef();
+    Entries().swap(_entries); // empty for whoever hears that the blocks go
 }
 
 std::vector<AnimCurvePtr> kxCaptureTable::curvesOf(const AnimNodePtr& block)

@@ -2,6 +2,7 @@
 
 #include <osg/AnimCurve.h>
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 
 #include <QString>
 
@@ -20,7 +21,7 @@ public:
     struct Entry
     {
         osg::FieldContainerPtr container; ///< a node or a material; dangles once it has died
-        osg::AnimNodePtr block;           ///< one curve node of two keys a channel; the table holds a share
+        osg::Share<osg::AnimNode> block;  ///< one curve node of two keys a channel
         bool startCaptured = false;
         bool endCaptured = false;
         unsigned int containerId = 0;
@@ -35,7 +36,6 @@ public:
     kxCaptureTable() = default;
     kxCaptureTable(const kxCaptureTable&) = delete;
     kxCaptureTable& operator=(const kxCaptureTable&) = delete;
-    ~kxCaptureTable() { clear(); }
 
     /// Does nothing for what is neither a node nor a material, has no keyable channels, or is in the table.
     void add(const osg::FieldContainerPtr& container);

@@ -20,7 +20,7 @@ AnimNodePtr kxWizardClip::make(const kxCaptureTable& table) const
         const AnimBlockPtr core = AnimBlockPtr::dcast(entry.block->getCore());
         core->setName(animation.toStdString());
         markChanged(core, AnimObject::NameFieldMask);
-        kxNodeUtils::setName(entry.block, animation.toStdString(), true, NodePtr());
+        kxNodeUtils::setName(entry.block.get(), animation.toStdString(), true, NodePtr());
         kxAnimManager::the()->addAnimation(entry.container, entry.block);
         addClone(clip, entry.block);
     }

@@ -133,7 +133,7 @@ public:
         turnUp();
         addCamerasAndLights();
         _meshes.addSkins(_nodes);
-        for (const kxShare<Material>& material : _materials.materials())
+        for (const osg::Share<Material>& material : _materials.materials())
             _content.materials.push_back(material);
         addAnimations();
         return !_report.failed();
@@ -238,7 +238,7 @@ private:
     /// A node shows a camera or light itself where that stands at its place, looks its way, and it shows nothing else.
     void addBelow(const aiString& name, const NodeCorePtr& core, const QMatrix4x4& matrix)
     {
-        const kxShare<NodeCore> held(core);
+        const osg::Share<NodeCore> held(core);
         const auto found = _nodes.find(name.C_Str());
         const NodePtr parent = found == _nodes.end() ? _content.root.get() : found->second;
         const TransformPtr present = TransformPtr::dcast(parent->getCore());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <files/scene/kxShare.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
 #include <QString>
@@ -17,7 +17,7 @@ class kxAssimpMaterials
 public:
     kxAssimpMaterials(const aiScene& scene, const QString& folder, kxFileReport& report);
 
-    const std::vector<kxShare<osg::Material>>& materials() const { return _materials; }
+    const std::vector<osg::Share<osg::Material>>& materials() const { return _materials; }
     /// Null for an index that isn't there.
     osg::MaterialPtr material(unsigned index) const;
 
@@ -31,6 +31,6 @@ private:
     const aiScene& _scene;
     QString _folder;
     kxFileReport& _report;
-    std::vector<kxShare<osg::Material>> _materials;
-    std::map<QString, kxShare<osg::Image>> _pictures; // by the name in the file; null for what can't be read
+    std::vector<osg::Share<osg::Material>> _materials;
+    std::map<QString, osg::Share<osg::Image>> _pictures; // by the name in the file; null for what can't be read
 };

@@ -130,7 +130,7 @@ void kxAssimpMeshes::addSkins(const std::map<std::string, NodePtr>& nodes)
                     matrices.push_back(m[row][column]);
         }
         const bool finite = std::all_of(matrices.begin(), matrices.end(), [](float v) { return std::isfinite(v); });
-        const kxShare<Skin> skin(Skin::create());
+        const osg::Share<Skin> skin(Skin::create());
         skin->setJoints(joints);
         skin->setInverseBindMatrices(std::move(matrices));
         skin->setVertexJoints(std::move(entry.joints));

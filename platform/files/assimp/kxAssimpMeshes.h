@@ -21,7 +21,7 @@ private:
     struct Entry
     {
         bool made = false;
-        kxShare<osg::Mesh> mesh; ///< null where there is nothing to see
+        osg::Share<osg::Mesh> mesh; ///< null where there is nothing to see
         std::vector<std::uint32_t> joints;
         std::vector<float> weights;
         std::vector<osg::GeometryPtr> geometries;

@@ -53,7 +53,7 @@ public:
                 return false;
         if (_report.failed())
             return false;
-        for (const kxShare<Material>& material : _materials.materials())
+        for (const osg::Share<Material>& material : _materials.materials())
             _content.materials.push_back(material);
         return addAnimations();
     }
@@ -364,7 +364,7 @@ private:
     kxFileReport& _report;
     kxGltfMaterials _materials;
     kxGltfMeshes _meshes;
-    std::vector<kxShare<Node>> _nodes;                 // by index; null where the scene doesn't show them
+    std::vector<osg::Share<Node>> _nodes;              // by index; null where the scene doesn't show them
     std::vector<std::vector<GeometryPtr>> _geometries; // the parts of a node's mesh
 };
 } // namespace

@@ -77,7 +77,7 @@ MaterialPtr kxGltfMaterials::material(int index)
         material->setNodeName("Default");
         material->setBaseColor(Color3f(1, 1, 1));
         material->setRoughness(0.7f);
-        _default = kxShare<Material>(material);
+        _default = osg::Share<Material>(material);
         _materials.push_back(_default);
     }
     return _default.get();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <files/gltf/kxGltfDocument.h>
-#include <files/scene/kxShare.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
 #include <array>
@@ -12,7 +12,7 @@ class kxGltfMaterials
 public:
     kxGltfMaterials(const kxGltfDocument& document, kxFileReport& report);
 
-    const std::vector<kxShare<osg::Material>>& materials() const { return _materials; }
+    const std::vector<osg::Share<osg::Material>>& materials() const { return _materials; }
     /// The material of a primitive; that of the format's default for -1.
     osg::MaterialPtr material(int index);
 
@@ -29,7 +29,7 @@ private:
     struct Picture
     {
         bool read = false;
-        kxShare<osg::Image> image;
+        osg::Share<osg::Image> image;
     };
 
     void add(const tinygltf::Material& source);
@@ -41,8 +41,8 @@ private:
 
     const kxGltfDocument& _document;
     kxFileReport& _report;
-    std::vector<kxShare<osg::Material>> _materials;
-    kxShare<osg::Material> _default;
+    std::vector<osg::Share<osg::Material>> _materials;
+    osg::Share<osg::Material> _default;
     std::vector<Mapping> _mappings;
     std::vector<Picture> _pictures[2]; ///< by image; with its alpha, and without
 };

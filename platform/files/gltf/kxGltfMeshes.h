@@ -14,8 +14,8 @@ public:
     /// What is drawn of one primitive.
     struct Part
     {
-        kxShare<osg::Mesh> mesh;
-        kxShare<osg::Material> material;
+        osg::Share<osg::Mesh> mesh;
+        osg::Share<osg::Material> material;
         std::vector<std::uint32_t> joints; ///< 4 a vertex, empty without
         std::vector<float> weights;
     };

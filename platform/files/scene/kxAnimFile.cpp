@@ -41,7 +41,7 @@ bool kxAnimFile::write(const QString& path, const std::vector<AnimNodePtr>& anim
     {
         // A clip and a block under it may both be given: each is written once, below its own parent.
         kxContainerWriter writer;
-        std::vector<kxShare<AnimNode>> copies;
+        std::vector<osg::Share<AnimNode>> copies;
         for (const AnimNodePtr& animation : animations)
         {
             if (animation == NullFC)
@@ -54,7 +54,7 @@ bool kxAnimFile::write(const QString& path, const std::vector<AnimNodePtr>& anim
         writer.write(out); // two entries
         kxContainerWriter::appendKey(out, "animations");
         out.startArray(quint64(copies.size()));
-        for (const kxShare<AnimNode>& copy : copies)
+        for (const osg::Share<AnimNode>& copy : copies)
             out.append(quint64(writer.number(copy.get())));
         out.endArray();
         out.endMap();
@@ -73,14 +73,14 @@ bool kxAnimFile::read(const QString& path, std::vector<AnimNodePtr>& out, QStrin
         kxCborInput in(file.data(), file.size(), report);
         kxContainerReader reader(in);
         std::vector<quint32> numbers;
-        std::vector<kxShare<AnimNode>> animations;
+        std::vector<osg::Share<AnimNode>> animations;
         if (readContent(in, reader, numbers))
             for (const quint32 number : numbers)
                 if (const AnimNodePtr animation = reader.getRoot<AnimNode>(number); animation != NullFC)
                     animations.emplace_back(animation);
         if (!report.failed())
             // What was read dies with its reader; the copies, which nobody owns yet, keep its cores.
-            for (const kxShare<AnimNode>& animation : animations)
+            for (const osg::Share<AnimNode>& animation : animations)
                 out.push_back(cloneAnimTree(animation.get(), true));
     }
     error = report.error();

@@ -209,7 +209,7 @@ bool kxContainerReader::link()
     linkCores();
     linkChildren();
     linkReferences();
-    for (const kxShare<FieldContainer>& container : _containers)
+    for (const osg::Share<FieldContainer>& container : _containers)
         repair(container.get());
     return !_in.failed();
 }

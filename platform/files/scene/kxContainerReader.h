@@ -1,7 +1,7 @@
 #pragma once
 
-#include <files/scene/kxShare.h>
 #include <osg/Node.h>
+#include <osg/Share.h>
 #include <scene/FieldDescription.h>
 
 #include <QString>
@@ -50,7 +50,7 @@ public:
         return osg::FCPtr<T>();
     }
     /// Objects that stood among animations, and stand nowhere now.
-    const std::vector<kxShare<osg::Node>>& strays() const { return _strays; }
+    const std::vector<osg::Share<osg::Node>>& strays() const { return _strays; }
 
 private:
     struct Field
@@ -107,8 +107,8 @@ private:
 
     kxCborInput& _in;
     std::vector<Class> _classes;
-    std::vector<kxShare<osg::FieldContainer>> _containers;
+    std::vector<osg::Share<osg::FieldContainer>> _containers;
     std::map<quint32, Structure> _structure;
     std::vector<Reference> _references;
-    std::vector<kxShare<osg::Node>> _strays;
+    std::vector<osg::Share<osg::Node>> _strays;
 };

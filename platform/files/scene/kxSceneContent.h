@@ -1,8 +1,8 @@
 #pragma once
 
-#include <files/scene/kxShare.h>
 #include <osg/AnimNode.h>
 #include <osg/SceneCores.h>
+#include <osg/Share.h>
 
 #include <map>
 #include <string>
@@ -13,14 +13,14 @@
 /// Nothing of the open scene is touched until kxSceneIO puts a content there.
 struct kxSceneContent
 {
-    kxShare<osg::Node> root;                       ///< its children go under the scene's root
-    kxShare<osg::Node> sceneplates;                ///< null, or the same for scene plates
-    kxShare<osg::Node> scenery;                    ///< null, or a node with viewpoints and sequences
-    std::vector<kxShare<osg::Material>> materials; ///< in order
-    kxShare<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
-    kxShare<osg::AnimNode> sceneStructure;         ///< the same for the scene structure
-    std::map<std::string, std::string> settings;   ///< see kxScene::settings()
-    std::map<std::string, double> animation;       ///< see kxAnimSettings
+    osg::Share<osg::Node> root;                       ///< its children go under the scene's root
+    osg::Share<osg::Node> sceneplates;                ///< null, or the same for scene plates
+    osg::Share<osg::Node> scenery;                    ///< null, or a node with viewpoints and sequences
+    std::vector<osg::Share<osg::Material>> materials; ///< in order
+    osg::Share<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
+    osg::Share<osg::AnimNode> sceneStructure;         ///< the same for the scene structure
+    std::map<std::string, std::string> settings;      ///< see kxScene::settings()
+    std::map<std::string, double> animation;          ///< see kxAnimSettings
     /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.
     float animationStart = 0, animationEnd = 0;
 

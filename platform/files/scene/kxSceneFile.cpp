@@ -18,7 +18,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
     bool flat = writer.collect(content.root.get());
     flat = writer.collect(content.sceneplates.get()) && flat;
     flat = writer.collect(content.scenery.get()) && flat;
-    for (const kxShare<Material>& material : content.materials)
+    for (const osg::Share<Material>& material : content.materials)
         flat = writer.collect(material.get()) && flat;
     flat = writer.collect(content.clips.get()) && flat;
     flat = writer.collect(content.sceneStructure.get()) && flat;
@@ -40,7 +40,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
     writeNumber("sceneStructure", content.sceneStructure.get());
     kxContainerWriter::appendKey(out, "materials");
     out.startArray(quint64(content.materials.size()));
-    for (const kxShare<Material>& material : content.materials)
+    for (const osg::Share<Material>& material : content.materials)
         out.append(quint64(writer.number(material.get())));
     out.endArray();
     kxContainerWriter::appendKey(out, "settings");
@@ -176,7 +176,7 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
             content.materials.emplace_back(material);
     if (!content.root)
         return report.fail(QStringLiteral("the file holds no scene"));
-    for (const kxShare<Node>& stray : reader.strays())
+    for (const osg::Share<Node>& stray : reader.strays())
     {
         report.note(QStringLiteral("'%1' stood among animations; it stands at the top of the scene now")
                         .arg(QString::fromStdString(stray->getNodeName())));

@@ -53,7 +53,7 @@ QString kxSceneSummary::of(const kxSceneContent& content)
                  return Action::Continue;
              });
     std::set<UInt32> textures;
-    for (const kxShare<Material>& material : content.materials)
+    for (const osg::Share<Material>& material : content.materials)
     {
         animations.add(material.get());
         const UberMaterialPtr surface = UberMaterialPtr::dcast(material.get());
@@ -97,7 +97,7 @@ void kxSceneSummary::nameMaterials(const kxSceneContent& content, const std::vec
         names.reserve(material->getNodeName());
     // The first of a name keeps it, and no number may lead to a name that another has.
     std::vector<MaterialPtr> waiting;
-    for (const kxShare<Material>& share : content.materials)
+    for (const osg::Share<Material>& share : content.materials)
     {
         const MaterialPtr material = share.get();
         const std::string& name = material->getNodeName();

@@ -6,6 +6,7 @@
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
+#include <osg/Share.h>
 
 #include <cmath>
 #include <memory>
@@ -38,8 +39,7 @@ void addGroup(std::unique_ptr<kxMultiCommand> group)
 /// The indices of the keys that AnimCurve::clearConstantControlPoints() takes out.
 std::vector<unsigned int> constantKeys(const osg::AnimCurve& curve)
 {
-    const osg::AnimCurvePtr thinned = osg::AnimCurveBase::create();
-    thinned->addRef();
+    const osg::Share<osg::AnimCurve> thinned(osg::AnimCurveBase::create());
     thinned->editControlPoints() = curve.getControlPoints();
     thinned->clearConstantControlPoints();
     const auto& kept = thinned->getControlPoints();
@@ -51,7 +51,6 @@ std::vector<unsigned int> constantKeys(const osg::AnimCurve& curve)
         else
             removed.push_back(i);
     }
-    thinned->subRef();
     return removed;
 }
 } // namespace

@@ -7,7 +7,7 @@
 #include <app/kxRenderDialog.h>
 #include <app/kxRenderJob.h>
 #include <kxAnimFixture.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <QtWidgets>
 
@@ -86,7 +86,7 @@ private Q_SLOTS:
     void dialogProposesTheFramesOfAClip()
     {
         typedef kxAnimFixture F;
-        const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
+        const osg::Share<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
         const osg::AnimNodePtr inner = F::clip("Inner", {F::clone(block, 0.5f)});
         kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
         kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
@@ -105,7 +105,7 @@ private Q_SLOTS:
         typedef kxAnimFixture F;
         int fired = 0;
         kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
-        const kxOwned<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
+        const osg::Share<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
         const osg::AnimNodePtr clip = F::clip("Walk", {F::clone(block, 0), F::trigger("T", 0.1f)});
         kxAnimManager::the()->clipStructureRoot()->addChild(clip);
         kxRenderJob job;

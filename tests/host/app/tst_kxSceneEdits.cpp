@@ -4,12 +4,12 @@
 #include <kernel/kxHostHooks.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCores.h>
+#include <osg/Share.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 
@@ -270,7 +270,7 @@ private Q_SLOTS:
         float brightest = 0;
         for (const kxSceneObjects::Entry& entry : kxSceneObjects::lights())
         {
-            const kxOwned<osg::Node> node(entry.make());
+            const osg::Share<osg::Node> node(entry.make());
             const auto light = osg::LightPtr::dcast(node->getCore());
             QVERIFY2(light->getTranslation().y() >= 2.5f, qPrintable(entry.name));
             QVERIFY2(light->getIntensity() > brightest, qPrintable(entry.name));

@@ -3,10 +3,10 @@
 #include <kernel/kxSelection.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxSendMouse.h>
 #include <kxUndo.h>
+#include <osg/Share.h>
 #include <scene/CameraLight.h>
 #include <view/kxPrimitives.h>
 #include <view/kxView3D.h>
@@ -145,7 +145,7 @@ private Q_SLOTS:
 
     void aDragEndsBeforeItsButtonIsUp()
     {
-        const kxOwned<osg::Node> left(_left);
+        const osg::Share<osg::Node> left(_left);
         const osg::TransformPtr core = osg::TransformPtr::dcast(left->getCore());
         kxSelection::the().setIds(kxSelection::Nodes, {left->getId()});
         _view->setTool(kxGizmo::MoveTool);

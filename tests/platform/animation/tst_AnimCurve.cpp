@@ -1,7 +1,7 @@
 #include <kxAwkwardCurves.h>
-#include <kxOwned.h>
 #include <kxTable.h>
 #include <osg/AnimCurve.h>
+#include <osg/Share.h>
 
 #include <algorithm>
 #include <clocale>
@@ -13,9 +13,9 @@ using namespace osg;
 
 namespace
 {
-struct Curve : kxOwned<AnimCurve>
+struct Curve : osg::Share<AnimCurve>
 {
-    Curve() : kxOwned(AnimCurveBase::create()) {}
+    Curve() : Share(AnimCurveBase::create()) {}
     UInt32 add(float x, float y, UInt32 type = 1, bool replace = true)
     {
         return get()->addPoint(Pnt2f(x, y), Vec2f(), Vec2f(), type, type, replace, true);

@@ -1,7 +1,7 @@
 #include <animation/kxNodeTime.h>
 #include <kxAnimFixture.h>
-#include <kxOwned.h>
 #include <kxTable.h>
+#include <osg/Share.h>
 
 #include <cmath>
 #include <random>
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QFETCH(bool, flipped);
         QFETCH(QPointF, range);
         QFETCH(double, time);
-        const kxOwned<AnimNode> node(oneToThree());
+        const osg::Share<AnimNode> node(oneToThree());
         node->setOffset(Vec2f(10, 0));
         node->setScale(2);
         node->setPostCycles(cycles);
@@ -82,7 +82,7 @@ private Q_SLOTS:
         const AnimNodePtr empty = f.curve("scale", "X", {});
         const AnimNodePtr block = oneToThree();
         block->addChild(empty);
-        const kxOwned<AnimNode> clip(f.clip("clip", {block, f.trigger("trigger", 40), f.clip("empty", {})}));
+        const osg::Share<AnimNode> clip(f.clip("clip", {block, f.trigger("trigger", 40), f.clip("empty", {})}));
         block->setOffset(Vec2f(10, 0));
         block->setScale(2);
         block->setPostCycles(3);
@@ -106,9 +106,9 @@ private Q_SLOTS:
     {
         kxAnimFixture f;
         const AnimNodePtr curve = f.curve("translation", "X", {{0, 0}, {1, 1}});
-        const kxOwned<AnimNode> block(f.block("block", {curve}));
+        const osg::Share<AnimNode> block(f.block("block", {curve}));
         const AnimNodePtr clone = f.clone(block, 5), inner = f.clip("inner", {clone});
-        const kxOwned<AnimNode> clip(f.clip("clip", {inner}));
+        const osg::Share<AnimNode> clip(f.clip("clip", {inner}));
         QCOMPARE(bounds(clip).y(), 6.0);
         f.curveOf(curve)->addPoint(Pnt2f(4, 0), Vec2f(), Vec2f(), 1, 1, true, true);
         f.keysChanged(curve); // under the object; the clone shares the core
@@ -143,7 +143,7 @@ private Q_SLOTS:
         for (int i = 0; i < 200; ++i)
         {
             const AnimNodePtr inner = oneToThree();
-            const kxOwned<AnimNode> outer(f.clip("outer", {f.clip("middle", {inner})}));
+            const osg::Share<AnimNode> outer(f.clip("outer", {f.clip("middle", {inner})}));
             for (NodePtr node = inner; node != NullFC; node = node->getParent())
             {
                 AnimNodePtr::dcast(node)->setOffset(Vec2f(number(-5, 5), 0));
@@ -165,7 +165,7 @@ private Q_SLOTS:
 
     void badNumbersAreRefused()
     {
-        const kxOwned<AnimNode> node(AnimNodeBase::create());
+        const osg::Share<AnimNode> node(AnimNodeBase::create());
         for (const float bad : {0.0f, -1.0f, float(NAN), float(INFINITY)})
         {
             node->setScale(bad);

@@ -1,11 +1,11 @@
 #include <animation/kxTimeRescale.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Share.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(texts.contains("focalLength.") && texts.contains("visible."));
         const auto color = [](const char* channel, const char* suffix)
         {
-            const kxOwned<AnimNode> node(kxAnimFixture::curve(channel, suffix, {}));
+            const osg::Share<AnimNode> node(kxAnimFixture::curve(channel, suffix, {}));
             const Color3f c = kxAnimFixture::curveOf(node)->getColor();
             return QColor::fromRgbF(double(c.red()), double(c.green()), double(c.blue())).name();
         };
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(channelsOf(manager()->sceneStructureRoot()->getChild(0)).empty());
         QVERIFY(channelsOf(FieldContainerPtr()).empty());
         // Every channel leads to a curve and back.
-        const kxOwned<AnimAttachment> attachment(AnimAttachmentBase::create());
+        const osg::Share<AnimAttachment> attachment(AnimAttachmentBase::create());
         for (const auto& channel : channels)
         {
             const AnimNodePtr node = manager()->createChannelCurveNode(channel, attachment);
@@ -446,7 +446,7 @@ private Q_SLOTS:
     {
         const AnimNodePtr x = f.curve("translation", "X", {}), turn = f.curve("rotation", "Y", {}),
                           other = f.curve("focalLength", "", {{0, 35}});
-        const kxOwned<AnimNode> shot(f.group<AnimShotBase>("shot", {x, turn, other}));
+        const osg::Share<AnimNode> shot(f.group<AnimShotBase>("shot", {x, turn, other}));
         manager()->updateCameraShotCurves(shot);
         QVERIFY(f.curveOf(x)->isEmpty()); // no duration yet
         const AnimShotPtr core = AnimShotPtr::dcast(shot->getCore());

@@ -3,8 +3,8 @@
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
-#include <kxOwned.h>
 #include <kxTable.h>
+#include <osg/Share.h>
 
 using namespace osg;
 
@@ -168,7 +168,7 @@ private Q_SLOTS:
 
         // An object that only the undo stack holds is no aim and counts for nothing, until it comes back.
         const NodePtr root = kxScene::the()->root();
-        const kxOwned<Node> held(s.object);
+        const osg::Share<Node> held(s.object);
         root->subChild(s.object);
         QCOMPARE(manager()->blockSceneRefCount(s.block), 1u);
         QVERIFY(kxAnimEvaluator::the()->getFirstAim(curve) == second);

@@ -1,8 +1,8 @@
 #include <animation/kxCurveEvaluation.h>
 #include <kxAwkwardCurves.h>
 #include <kxCurveMath.h>
-#include <kxOwned.h>
 #include <kxTable.h>
+#include <osg/Share.h>
 
 #include <cmath>
 #include <random>
@@ -58,9 +58,9 @@ bool agrees(const CCPnt& a, const CCPnt& b, double seconds)
     return false;
 }
 
-struct Curve : kxOwned<AnimCurve>
+struct Curve : osg::Share<AnimCurve>
 {
-    explicit Curve(const std::vector<CCPnt>& keys) : kxOwned(AnimCurveBase::create())
+    explicit Curve(const std::vector<CCPnt>& keys) : Share(AnimCurveBase::create())
     {
         get()->editControlPoints().assign(keys.begin(), keys.end());
     }

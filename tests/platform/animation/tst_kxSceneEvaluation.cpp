@@ -6,9 +6,9 @@
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
-#include <kxOwned.h>
 #include <kxTable.h>
 #include <kxUndo.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
 #include <QUndoStack>
@@ -91,7 +91,7 @@ private Q_SLOTS:
         manager()->reevaluateAnimations(false);
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 5, 0));
         // Out of the scene, out of the plan.
-        const kxOwned<Node> held(object);
+        const osg::Share<Node> held(object);
         kxScene::the()->root()->subChild(object);
         markChanged(kxScene::the()->root(), Node::ChildrenFieldMask);
         manager()->updateSceneAnimCurveData();
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QVERIFY(!still.has(object->getCore()));
         QCOMPARE(placeAt(12), Vec3f(3, 12, 5));
         // Out and in again, as the undo of a delete does it.
-        const kxOwned<AnimNode> held(node);
+        const osg::Share<AnimNode> held(node);
         for (int i = 0; i < 2; ++i)
         {
             manager()->subAnimation(object, node);

@@ -1,5 +1,5 @@
 #include <kxCapturedStderr.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <kxLog.h>
 #include <kxPlatform.h>
@@ -92,7 +92,7 @@ private Q_SLOTS:
 
     void pictures()
     {
-        const kxOwned target(osg::Image::create());
+        const osg::Share target(osg::Image::create());
         // Damaged and missing ones are null.
         const kxCapturedStderr captured;
         QVERIFY(QImageConverter::convertToQImage(target).isNull());

@@ -2,10 +2,10 @@
 
 #include <kxAnimManager.h>
 #include <kxNodePtr.h>
-#include <kxOwned.h>
 #include <kxScript.h>
 #include <osg/AnimCores.h>
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 #include <python/kxInterpreter.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
@@ -200,8 +200,8 @@ private Q_SLOTS:
 
     void deadHandles()
     {
-        kxOwned node(osg::AnimNodeBase::create());
-        kxOwned material(osg::UberMaterial::create());
+        osg::Share node(osg::AnimNodeBase::create());
+        osg::Share material(osg::UberMaterial::create());
         kxAnimManager::the()->addToClipStructure(node);
         kxScene::the()->addMaterial(material.get());
         setGlobal("dead", osg::NodePtr(node.get()));
@@ -227,9 +227,9 @@ private Q_SLOTS:
     }
 
 private:
-    const kxOwned<osg::Node> _node{osg::Node::create()};
-    const kxOwned<osg::AnimNode> _animNode{osg::AnimNodeBase::create()};
-    const kxOwned<osg::UberMaterial> _material{osg::UberMaterial::create()};
+    const osg::Share<osg::Node> _node{osg::Node::create()};
+    const osg::Share<osg::AnimNode> _animNode{osg::AnimNodeBase::create()};
+    const osg::Share<osg::UberMaterial> _material{osg::UberMaterial::create()};
 };
 
 QTEST_GUILESS_MAIN(tst_kxPythonTypes)

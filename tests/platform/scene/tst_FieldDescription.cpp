@@ -12,7 +12,7 @@
 #include <QtTest>
 
 #include <animation/kxAnimTree.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <set>
 
@@ -82,7 +82,7 @@ private Q_SLOTS:
         for (const FieldContainerType* type : Classes)
         {
             QVERIFY2(FieldContainerType::find(type->getName()) == type, type->getName());
-            const kxOwned container(type->create());
+            const osg::Share container(type->create());
             QVERIFY2(&container->getType() == type, type->getName());
             std::set<std::string> names;
             for (const FieldDescription& field : type->fields())
@@ -114,7 +114,7 @@ private Q_SLOTS:
         std::set<const FieldContainerType*> seen;
         for (const FieldContainerType* type : Classes)
         {
-            const kxOwned container(type->create());
+            const osg::Share container(type->create());
             int at = found.size();
             for (const FieldContainerType* own = type; own != nullptr; own = own->getParent())
                 if (seen.insert(own).second)
@@ -156,7 +156,7 @@ private Q_SLOTS:
     {
         for (const FieldContainerType* type : Classes)
         {
-            const kxOwned container(type->create());
+            const osg::Share container(type->create());
             for (const FieldDescription& field : type->fields())
                 field.setValue(*container, another(field.value(*container)));
             FieldContainerPtr copied;
@@ -166,7 +166,7 @@ private Q_SLOTS:
                 copied = kxAnimTree::copyCore(core);
             else
                 continue;
-            const kxOwned copy(copied);
+            const osg::Share copy(copied);
             for (const FieldDescription& field : type->fields())
                 if (!field.isTransient() && !std::holds_alternative<FieldContainerPtr>(field.value(*container)))
                     QVERIFY2(field.value(*copy) == field.value(*container), field.name().c_str());
@@ -175,7 +175,7 @@ private Q_SLOTS:
 
     void componentsAreClampedAndFinite()
     {
-        const kxOwned material(UberMaterial::create());
+        const osg::Share material(UberMaterial::create());
         const FieldDescription& roughness = *UberMaterial::_type.field("roughness");
         QVERIFY(roughness.setComponent(*material, 0, 7.0f));
         QCOMPARE(material->getRoughness(), 1.0f);
@@ -183,13 +183,13 @@ private Q_SLOTS:
         QVERIFY(!roughness.setComponent(*material, 1, 0.5f));
         QCOMPARE(material->getRoughness(), 1.0f);
         QVERIFY(!UberMaterial::_type.field("doubleSided")->setComponent(*material, 0, 1));
-        const kxOwned node(Node::create());
+        const osg::Share node(Node::create());
         for (const float shown : {0.4f, 0.6f})
         {
             Node::_type.field("visible")->setComponent(*node, 0, shown);
             QCOMPARE(node->getTravMask(), shown > 0.5f ? UInt32(Node::Active) : 0u);
         }
-        const kxOwned choice(Switch::create());
+        const osg::Share choice(Switch::create());
         QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, 2.6f));
         QCOMPARE(choice->getChoice(), 3);
         QVERIFY(Switch::_type.field("choice")->setComponent(*choice, 0, -1e30f));
@@ -203,8 +203,8 @@ private Q_SLOTS:
         for (const FieldContainerType* type : Classes)
             for (const FieldContainerType* other : Classes)
             {
-                kxOwned holder(type->create());
-                const kxOwned value(other->create());
+                osg::Share holder(type->create());
+                const osg::Share value(other->create());
                 for (const FieldDescription& field : type->fields())
                     if (std::holds_alternative<FieldContainerPtr>(field.value(*holder)))
                         shared += field.setValue(*holder, FieldContainerPtr(value.get())) ? 1 : 0;
@@ -212,8 +212,8 @@ private Q_SLOTS:
                 QCOMPARE(value->getRefCount(), 1u);
             }
         QVERIFY(shared >= 8);
-        const kxOwned geometry(Geometry::create());
-        const kxOwned mesh(Mesh::create());
+        const osg::Share geometry(Geometry::create());
+        const osg::Share mesh(Mesh::create());
         const FieldDescription& shape = *Geometry::_type.field("mesh");
         QVERIFY(!Geometry::_type.field("material")->setValue(*geometry, FieldContainerPtr(mesh.get())));
         QVERIFY(shape.setValue(*geometry, FieldContainerPtr(mesh.get())));

@@ -1,4 +1,4 @@
-#include <kxOwned.h>
+#include <osg/Share.h>
 #include <scene/Mesh.h>
 #include <scene/kxScene.h>
 
@@ -44,7 +44,7 @@ private Q_SLOTS:
         std::mt19937 random(3);
         std::uniform_real_distribution<float> angle(-400, 400), place(-50, 50), size(0.2f, 4);
         const TransformPtr transform = Transform::create();
-        const kxOwned node(makeNode(transform));
+        const osg::Share node(makeNode(transform));
         for (int i = 0; i < 500; ++i)
         {
             transform->setTranslation(Vec3f(place(random), place(random), place(random)));
@@ -95,7 +95,7 @@ private Q_SLOTS:
     void onlyWhatIsShownHasBounds()
     {
         const SwitchPtr choice = Switch::create();
-        const kxOwned root(makeNode(choice));
+        const osg::Share root(makeNode(choice));
         for (int i = 0; i < 2; ++i)
         {
             const GeometryPtr geometry = Geometry::create();
@@ -120,7 +120,7 @@ private Q_SLOTS:
 
     void skinnedBoundsFollowTheJoints()
     {
-        const kxOwned root(makeNode(Transform::create()));
+        const osg::Share root(makeNode(Transform::create()));
         const NodePtr joint = makeNode(Transform::create());
         root->addChild(joint);
         const GeometryPtr geometry = Geometry::create();
@@ -144,7 +144,7 @@ private Q_SLOTS:
         const auto isValid = [](std::vector<float> positions, std::vector<UInt32> indices, std::size_t normals = 0,
                                 std::size_t coordinates = 0, std::size_t colors = 0)
         {
-            const kxOwned mesh(Mesh::create());
+            const osg::Share mesh(Mesh::create());
             mesh->setPositions(std::move(positions));
             mesh->setIndices(std::move(indices));
             mesh->setNormals(std::vector<float>(normals));
@@ -163,7 +163,7 @@ private Q_SLOTS:
     void normalsFollowTheFaces()
     {
         const QVector3D points[] = {{1, 2, 3}, {5, 3, 2}, {2, 7, 4}, {-2, 4, 9}};
-        const kxOwned mesh(Mesh::create());
+        const osg::Share mesh(Mesh::create());
         std::vector<float> positions;
         for (const QVector3D& p : points)
             positions.insert(positions.end(), {p.x(), p.y(), p.z()});

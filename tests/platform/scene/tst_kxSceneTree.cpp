@@ -1,9 +1,9 @@
 #include <kxMarks.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimNode.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Share.h>
 #include <scene/kxScene.h>
 
 #include <QtTest>
@@ -33,7 +33,7 @@ class tst_kxSceneTree : public QObject
 private Q_SLOTS:
     void lifeFollowsShares()
     {
-        kxOwned parent(makeNode()), twin(Node::create());
+        osg::Share parent(makeNode()), twin(Node::create());
         const NodePtr child = makeNode();
         const UInt32 parentId = parent->getId(), childId = child->getId(), coreId = child->getCore()->getId();
         parent->addChild(child);
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(!isAlive(coreId));
         // An id is never used again, and there are some that nothing has.
         for (int i = 0; i < 100; ++i)
-            QVERIFY(kxOwned(makeNode())->getId() > coreId);
+            QVERIFY(osg::Share(makeNode())->getId() > coreId);
         QVERIFY(!isAlive(0));
         QVERIFY(!isAlive(0xFFFFFFFFu));
     }
@@ -58,7 +58,7 @@ private Q_SLOTS:
     {
         kxScene::the(); // has the list of changes
         std::mt19937 random(7);
-        kxOwned root(makeNode());
+        osg::Share root(makeNode());
         std::vector<NodePtr> nodes = {root};
         for (int i = 0; i < 60; ++i)
         {
@@ -72,7 +72,7 @@ private Q_SLOTS:
             const bool below = kxNodeUtils::hasParent(target, moved);
             QCOMPARE(target->insertChild(UInt32(random() % 5), moved), !below);
         }
-        const kxOwned animation(AnimNodeBase::create());
+        const osg::Share animation(AnimNodeBase::create());
         QVERIFY(!root->addChild(animation.get()) && !animation->addChild(nodes[1]));
         QVERIFY(nodes[1]->getParent() != NullFC);
         std::vector<UInt32> ids;
@@ -99,7 +99,7 @@ private Q_SLOTS:
 
     void attachmentsOfOneClassReplaceEachOther()
     {
-        kxOwned node(makeNode()), clone(Node::create());
+        osg::Share node(makeNode()), clone(Node::create());
         const AnimAttachmentPtr first = AnimAttachmentBase::create(), second = AnimAttachmentBase::create();
         const TagAttachmentPtr tags = TagAttachmentBase::create();
         const UInt32 firstId = first->getId();

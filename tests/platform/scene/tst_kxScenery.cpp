@@ -1,7 +1,7 @@
 #include <QIcon>
 #include <kxAnimFixture.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScenery.h>
 
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(kxScenery::choiceIndex(addSet("Empty", {}), ""), -1);
         core->setChoice(99);
         QVERIFY(kxScenery::shownChoice(set).empty());
-        const kxOwned outside(addSet("Outside", {}));
+        const osg::Share outside(addSet("Outside", {}));
         Kind kind;
         QVERIFY(kxScenery::kindOf(set, kind) && kind == Kind::VariantSet);
         kxScene::the()->root()->subChild(outside);
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QVERIFY(!kxNodePermission::allows(kxScenegraph::getSuperRoot(), kxScenegraphTypes::Delete));
         QVERIFY(!kxNodePermission::allows(NodePtr(), kxScenegraphTypes::Delete));
         // A material's picture is a ball of its colour.
-        const kxOwned material(UberMaterial::create());
+        const osg::Share material(UberMaterial::create());
         material->setBaseColor(Color3f(0.5f, 0, 0));
         const QImage ball = kxScenegraph::getMaterialIcon(material.get()).pixmap(32).toImage();
         QCOMPARE(ball.pixelColor(16, 16).alpha(), 255);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxOwned.h"
+#include <osg/Share.h>
 
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
@@ -88,7 +88,7 @@ public:
         return nullptr;
     }
 
-    kxOwned<osg::AnimNode> clipNode;
+    osg::Share<osg::AnimNode> clipNode;
     kxAnimClipScene scene;
     QGraphicsView view;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxOwned.h"
+#include <osg/Share.h>
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
 #include <clipmaker/kxAnimClipScene.h>
@@ -78,7 +78,7 @@ public:
         return count;
     }
 
-    kxOwned<osg::AnimNode> clipNode;
+    osg::Share<osg::AnimNode> clipNode;
     kxAnimClipView view;
     kxAnimClipScene& scene;
 

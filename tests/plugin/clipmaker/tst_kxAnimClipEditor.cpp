@@ -11,10 +11,10 @@
 
 #include <animation/kxTriggers.h>
 #include <kxFramePlayer.h>
-#include <kxOwned.h>
 #include <kxPlatform.h>
 #include <kxSendMouse.h>
 #include <kxTreeProbe.h>
+#include <osg/Share.h>
 
 #include <QAction>
 #include <QMenuBar>
@@ -74,7 +74,7 @@ private Q_SLOTS:
                 QCOMPARE(shown()->clip(), _clip);
                 QCOMPARE(shown()->bars().size(), 3);
             }
-        const kxOwned<osg::AnimNode> loose(kxAnimFixture::block("Loose", {}));
+        const osg::Share<osg::AnimNode> loose(kxAnimFixture::block("Loose", {}));
         tree()->rebuildFrom({loose});
         select(loose);
         QVERIFY(shown()->clip() == osg::NullFC);

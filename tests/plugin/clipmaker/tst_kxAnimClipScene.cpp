@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(f.scene.bars().size(), 3);
         QVERIFY(f.barOf(second)->isSelected() && !f.barOf(first)->isSelected());
 
-        kxOwned<AnimNode> other(f.clip("Other", {f.blockOf(1)}));
+        osg::Share<AnimNode> other(f.clip("Other", {f.blockOf(1)}));
         selections.clear();
         f.scene.setClip(other, false);
         QCOMPARE(f.scene.bars().size(), 1);
@@ -242,7 +242,7 @@ private Q_SLOTS:
     {
         const QString format = QLatin1String(kxAnimLibraryPayload::MimeType);
         typedef kxShownClip Shown;
-        typedef kxOwned<AnimNode> Block;
+        typedef osg::Share<AnimNode> Block;
         const std::pair<const char*, std::function<void(Shown&, Block&, QMimeData&)>> drags[] = {
             {"another format",
              [&](Shown&, Block&, QMimeData& data)
@@ -274,7 +274,7 @@ private Q_SLOTS:
         for (const auto& [name, spoil] : drags)
         {
             kxShownClip f;
-            kxOwned<AnimNode> block(f.blockOf(1));
+            osg::Share<AnimNode> block(f.blockOf(1));
             QMimeData data;
             kxSetLibraryPayload(data, {block->getId()});
             f.show();
@@ -295,7 +295,7 @@ private Q_SLOTS:
         kxShownClip f;
         f.add(f.blockOf(2), 1, 1);
         f.show();
-        kxOwned<AnimNode> block(f.blockOf(1));
+        osg::Share<AnimNode> block(f.blockOf(1));
         kxClipNodes::setActive(block, false);
         QMimeData data;
         kxSetLibraryPayload(data, {block->getId()});
@@ -337,7 +337,7 @@ private Q_SLOTS:
         QFETCH(float, clipScale);
         QFETCH(float, firstKey);
         kxShownClip f;
-        kxOwned<AnimNode> above(f.clip("Above", {f.clipNode}));
+        osg::Share<AnimNode> above(f.clip("Above", {f.clipNode}));
         f.clipNode->setOffset(Vec2f(clipOffset, 0));
         f.clipNode->setScale(clipScale);
         f.changed(f.clipNode, AnimNode::OffsetFieldMask | AnimNode::ScaleFieldMask);
@@ -346,7 +346,7 @@ private Q_SLOTS:
         f.scene.setSnapToGridX(snap);
         f.view.scale(7, 1);
         f.view.centerOn(10, 0);
-        kxOwned<AnimNode> block(f.block("Block", {f.curve("translation", "X", {{firstKey, 0}, {firstKey + 1, 5}})}));
+        osg::Share<AnimNode> block(f.block("Block", {f.curve("translation", "X", {{firstKey, 0}, {firstKey + 1, 5}})}));
         kxClipNodes::setActive(block, false);
         QMimeData data;
         kxSetLibraryPayload(data, {block->getId()});
@@ -400,7 +400,7 @@ private Q_SLOTS:
     {
         kxShownClip f;
         kxAnimManager::the()->setFPS(23.976);
-        const kxOwned<AnimNode> above(f.clip("Above", {f.clipNode}));
+        const osg::Share<AnimNode> above(f.clip("Above", {f.clipNode}));
         const AnimNodePtr node = f.add(f.blockOf(2), 1.3f, 1), curve = AnimNodePtr::dcast(node->getChild(0));
         f.show();
         const std::tuple<AnimNodePtr, BitVector, std::function<void(const AnimNodePtr&)>> edits[] = {

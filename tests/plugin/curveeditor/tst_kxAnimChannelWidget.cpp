@@ -5,8 +5,8 @@
 #include <kernel/kxSelection.h>
 #include <kxAnimFixture.h>
 #include <kxHeard.h>
-#include <kxOwned.h>
 #include <kxTreeProbe.h>
+#include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
 #include <kxMessageNames.h>
@@ -416,9 +416,9 @@ private Q_SLOTS:
     {
         const osg::FCPtr<osg::UberMaterial> material = osg::UberMaterial::create();
         kxScene::the()->addMaterial(material);
-        kxOwned<osg::Node> onTheStack(_first); // as the step that deletes it holds it
+        osg::Share<osg::Node> onTheStack(_first); // as the step that deletes it holds it
         const osg::AnimNodePtr block = kxAnimFixture::block("move", {kxAnimFixture::curve("scale", "X", {{0, 1}})});
-        const kxOwned<osg::AnimNode> deleted(block);
+        const osg::Share<osg::AnimNode> deleted(block);
         kxAnimManager::the()->addAnimation(_first, block);
         const osg::NodePtr child = kxAnimFixture::object("child");
         _first->addChild(child);

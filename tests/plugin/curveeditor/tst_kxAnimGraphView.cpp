@@ -4,7 +4,7 @@
 #include <curveeditor/kxGraphSelectionOverlay.h>
 #include <kernel/kxLogModel.h>
 #include <kxHeard.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <kxMessageNames.h>
 
@@ -554,7 +554,7 @@ private Q_SLOTS:
         QVERIFY(!graph.scene()->isEmpty());
         QCOMPARE(graph.scene()->curvesBoundingRect(), QRectF(24, -5, 48, 10));
         graph.view.setAnimation(osg::AnimNodePtr());
-        const kxOwned<osg::AnimNode> bare(osg::AnimNodeBase::create());
+        const osg::Share<osg::AnimNode> bare(osg::AnimNodeBase::create());
         graph.view.setAnimation(bare); // no core
         QCOMPARE(graph.view.nodes(), graph.nodes);
     }

@@ -2,8 +2,8 @@
 
 #include <QKXSpiner.h>
 #include <kxAnimManager.h>
-#include <kxOwned.h>
 #include <osg/AnimCurve.h>
+#include <osg/Share.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,7 +23,7 @@ struct kxKeyOfTheRate
     }
     void verifyAt(double seconds) const { QCOMPARE(curve->getControlPoints(0).x(), float(seconds)); }
 
-    const kxOwned<osg::AnimCurve> curve{osg::AnimCurveBase::create()};
+    const osg::Share<osg::AnimCurve> curve{osg::AnimCurveBase::create()};
 };
 
 /// Gives the fields that page and dialog have in common other values than the presets.

@@ -1,4 +1,4 @@
-#include "kxOwned.h"
+#include <osg/Share.h>
 
 #include <settings/kxAnimPreferencesGUII.h>
 #include <timeline/kxAnimControlGUII.h>
@@ -209,8 +209,8 @@ private Q_SLOTS:
 
     void walksKeys()
     {
-        const kxOwned<osg::AnimNode> first(makeAnimation({10.5f, 0}, {1, 0.5f, 0}));
-        const kxOwned<osg::AnimNode> second(makeAnimation({24, 10.5f}, {0, 0, 2}));
+        const osg::Share<osg::AnimNode> first(makeAnimation({10.5f, 0}, {1, 0.5f, 0}));
+        const osg::Share<osg::AnimNode> second(makeAnimation({24, 10.5f}, {0, 0, 2}));
         const std::vector<osg::AnimNodePtr> nodes = {first, osg::AnimNodePtr(), second};
         panel()._nextKey->click();
         QCOMPARE(panel()._timeLine->currentFrame(), 0); // there are no keys yet
@@ -239,7 +239,7 @@ private Q_SLOTS:
 
         // 53 / 25 as a float is a little less.
         kxAnimManager::the()->setFPS(25);
-        const kxOwned<osg::AnimNode> rounded(makeAnimation({53 * 24 / 25.0f, 0}, {}));
+        const osg::Share<osg::AnimNode> rounded(makeAnimation({53 * 24 / 25.0f, 0}, {}));
         send(kxMessageName::SelectedAnimations, "nodes", std::vector<osg::AnimNodePtr>{rounded});
         panel()._timeLine->setEndFrame(100);
         QCOMPARE(walk(panel()._nextKey), 53);

@@ -9,7 +9,7 @@
 #include <kxUndo.h>
 #include <osg/ChangeList.h>
 
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <QApplication>
 #include <QDragMoveEvent>
@@ -271,7 +271,7 @@ private Q_SLOTS:
         QVERIFY(_library->row("car/drive")->isSelected() && _library->row("car/open")->isSelected());
         send(std::vector<NodePtr>{_drive});
         QCOMPARE(_library->selectedItems().size(), 1);
-        const kxOwned<AnimNode> elsewhere(kxAnimFixture::block("elsewhere", {}));
+        const osg::Share<AnimNode> elsewhere(kxAnimFixture::block("elsewhere", {}));
         send(std::vector<AnimNodePtr>{elsewhere.get()});
         QCOMPARE(_library->selectedItems().size(), 1);
 

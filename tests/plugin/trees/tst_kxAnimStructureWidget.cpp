@@ -3,8 +3,8 @@
 
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
-#include <kxOwned.h>
 #include <kxTreeProbe.h>
+#include <osg/Share.h>
 
 #include <QDropEvent>
 #include <kxTable.h>
@@ -76,7 +76,7 @@ private Q_SLOTS:
         _tree->topLevelItem(0)->setSelected(true);
 
         // A root that stands somewhere has no row either, and stands there again afterwards.
-        const kxOwned<AnimNode> above(AnimNodeBase::create());
+        const osg::Share<AnimNode> above(AnimNodeBase::create());
         above->addChild(AnimNodeBase::create());
         above->insertChild(0, root());
         const UInt32 shares = root()->getRefCount();

@@ -4,8 +4,8 @@
 
 #include <kernel/kxLogModel.h>
 #include <kxMarks.h>
-#include <kxOwned.h>
 #include <kxScenegraph.h>
+#include <osg/Share.h>
 
 #include <kxTable.h>
 
@@ -127,7 +127,7 @@ private Q_SLOTS:
         row.setNode(_block, true, true);
         _block->setPostCycles(3);
         {
-            const kxOwned<osg::AnimNode> clone(_fixture.clone(_block, 0));
+            const osg::Share<osg::AnimNode> clone(_fixture.clone(_block, 0));
             QCOMPARE(row.toolTip(0), QString("Post-Cycles: 3\nReferences: 2"));
         }
         kxAnimTreeWidgetItem* const member = new kxAnimTreeWidgetItem(&row, true);

@@ -5,7 +5,7 @@
 
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <QKXSpiner.h>
 #include <kxAnimEvaluator.h>
@@ -280,7 +280,7 @@ private Q_SLOTS:
     void startTimeFindsAFreeTrack()
     {
         WizClip f;
-        const kxOwned<AnimNode> source(f.block("n", {f.curve("translation", "X", {{0, 0}, {2, 1}})}));
+        const osg::Share<AnimNode> source(f.block("n", {f.curve("translation", "X", {{0, 0}, {2, 1}})}));
         const AnimNodePtr neighbour = f.clone(source, 6);
         f.outer->addChild(neighbour);
         f.outer->setOffset(Vec2f(10, 0)); // times are those of the root

@@ -4,7 +4,7 @@
 
 #include <files/kxSceneIO.h>
 #include <kxMarks.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 #include <scene/CameraLight.h>
 
 #include <kxAnimEvaluator.h>
@@ -372,7 +372,7 @@ private Q_SLOTS:
     {
         kxWizardFixture f;
         f.open({f.box, f.lid});
-        const kxOwned<osg::Node> kept(f.object("Undoable"));
+        const osg::Share<osg::Node> kept(f.object("Undoable"));
         const osg::NodePtr gone = kept;
         f.selectObjects({f.box, f.lid, gone});
         f.wizard->_captureStart->click();
@@ -523,7 +523,7 @@ private Q_SLOTS:
         f.window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
         kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
         f.wizard->showWizard();
-        const kxOwned<osg::AnimNode> clip(f.clip("any", {}));
+        const osg::Share<osg::AnimNode> clip(f.clip("any", {}));
         dialog->show(clip);
         for (const QWidget* const window : {static_cast<QWidget*>(f.wizard), static_cast<QWidget*>(dialog)})
             QVERIFY2(window->isVisible() && !window->geometry().intersects(f.window.geometry()),

@@ -4,7 +4,7 @@
 #include <wizard/kxWizardCapture.h>
 
 #include <kxAnimFixture.h>
-#include <kxOwned.h>
+#include <osg/Share.h>
 
 #include <QPushButton>
 #include <kxTable.h>
@@ -35,7 +35,7 @@ class tst_kxWizardCapture : public QObject
 private Q_SLOTS:
     void writesKeys()
     {
-        const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 0}}));
+        const osg::Share<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 0}}));
         const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
         kxWizardCapture::setStart(curve, 4, 0);
         kxWizardCapture::setEnd(curve, 3, 10, 0);
@@ -50,7 +50,7 @@ private Q_SLOTS:
     void keepsKeysSortedAndFinite()
     {
         const float infinite = std::numeric_limits<float>::infinity();
-        const kxOwned<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 1}, {2, 5}, {4, 2}}));
+        const osg::Share<osg::AnimNode> node(kxAnimFixture::curve("translation", "X", {{0, 1}, {2, 5}, {4, 2}}));
         const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
         kxWizardCapture::setDuration(curve, 1, 3);
         QCOMPARE(curve->getControlPoints(2).x(), 2.0f);
@@ -63,10 +63,10 @@ private Q_SLOTS:
         for (const osg::CCPnt& key : curve->getControlPoints())
             QVERIFY(std::isfinite(key.inX() + key.inY() + key.outX() + key.outY()));
 
-        const kxOwned<osg::AnimNode> single(kxAnimFixture::curve("translation", "Z", {{1, 6}}));
+        const osg::Share<osg::AnimNode> single(kxAnimFixture::curve("translation", "Z", {{1, 6}}));
         kxWizardCapture::setDuration(kxAnimFixture::curveOf(single), 3, 0);
         QCOMPARE(kxAnimFixture::curveOf(single)->getControlPoints(0).point(), osg::Pnt2f(3, 6));
-        const kxOwned<osg::AnimNode> empty(kxAnimFixture::curve("translation", "Y", {}));
+        const osg::Share<osg::AnimNode> empty(kxAnimFixture::curve("translation", "Y", {}));
         for (const osg::AnimCurvePtr& nothing : {osg::AnimCurvePtr(), kxAnimFixture::curveOf(empty)})
         {
             kxWizardCapture::setStart(nothing, 1, 0);
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QCOMPARE(dense.availableSizes().size(), 2);
         kxWizardCapture::showPicture(&button, dense);
         const osg::ImagePtr image = kxWizardCapture::toImage(button.icon());
-        const kxOwned<osg::Image> owner(image);
+        const osg::Share<osg::Image> owner(image);
         const QImage picture = kxWizardCapture::toPixmap(image).toImage();
         QCOMPARE(picture.size(), QSize(96, 96));
         QCOMPARE(picture.pixelColor(20, 48), QColor(Qt::green));
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void survivesDamagedPictures()
     {
         const osg::ImagePtr none = kxWizardCapture::toImage(QIcon());
-        const kxOwned<osg::Image> owner(none);
+        const osg::Share<osg::Image> owner(none);
         QVERIFY(none != osg::NullFC && none->getPixels().empty());
         QVERIFY(kxWizardCapture::toPixmap(none).isNull());
         QVERIFY(kxWizardCapture::toPixmap(osg::ImagePtr()).isNull());

@@ -6,9 +6,9 @@
 #include <kxAnimFixture.h>
 #include <kxMessageIds.h>
 #include <kxModuleBase.h>
-#include <kxOwned.h>
 #include <kxTable.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Share.h>
 
 #include <limits>
 #include <memory>
@@ -98,7 +98,7 @@ private Q_SLOTS:
                 for (unsigned int to = 0; to <= 5; ++to)
                     for (const unsigned int count : {3, 4}) // the next key is the last, or not
                     {
-                        const kxOwned<osg::AnimCurve> curve(makeCurve(count, {3, from, 4, 2}));
+                        const osg::Share<osg::AnimCurve> curve(makeCurve(count, {3, from, 4, 2}));
                         const QString start = textOf(curve);
                         kxAnimTangentUndoCommand command(curve, 1, isIn, to);
                         command.redo();
@@ -112,7 +112,7 @@ private Q_SLOTS:
 
     void constantOutFlattensNextIn()
     {
-        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {3}));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(3, {3}));
         const QString start = textOf(curve);
         kxAnimTangentUndoCommand out(curve, 0, false, 0u);
         out.redo();
@@ -140,7 +140,7 @@ private Q_SLOTS:
 
     void tangentMovesMerge()
     {
-        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1}));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(3, {1}));
         const QString start = textOf(curve);
         kxAnimTangentUndoCommand first(curve, 1, false, osg::Vec2f(0.5f, 1));
         first.redo();
@@ -174,7 +174,7 @@ private Q_SLOTS:
 
     void movesOfOneCurveMerge()
     {
-        const kxOwned<osg::AnimCurve> curve(makeCurve(3, {1})), other(makeCurve(3, {1})), longer(makeCurve(4, {1}));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(3, {1})), other(makeCurve(3, {1})), longer(makeCurve(4, {1}));
         const auto moved = [](const osg::AnimCurvePtr& of, float y)
         {
             Keys keys = keysOf(of);
@@ -200,7 +200,7 @@ private Q_SLOTS:
 
     void keysOfOneTimeStaySorted()
     {
-        const kxOwned<osg::AnimCurve> curve(makeCurve(3));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(3));
         curve->getControlPoints(1).setX(0.3f);
         Keys keys = keysOf(curve);
         for (const std::size_t i : {0, 1})
@@ -223,7 +223,7 @@ private Q_SLOTS:
         QFETCH(int, index);
         QFETCH(float, x);
         QFETCH(float, y);
-        const kxOwned<osg::AnimCurve> curve(makeCurve(3));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(3));
         curve->getControlPoints(0).setY(std::numeric_limits<float>::max());
         const QString start = textOf(curve);
         Keys keys = keysOf(curve);
@@ -260,7 +260,7 @@ private Q_SLOTS:
     {
         QFETCH(QVector<unsigned int>, indices);
         QFETCH(QVector<float>, left);
-        const kxOwned<osg::AnimCurve> curve(makeCurve(7, {3, 5, 4, 2, 1}));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(7, {3, 5, 4, 2, 1}));
         const QString start = textOf(curve);
         std::vector<unsigned int> handedOver(indices.begin(), indices.end());
         kxAddAnimKeyUndoCommand command(curve, std::move(handedOver));
@@ -271,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(times, left);
         verifyThereAndBack(command, curve, start);
 
-        const kxOwned<osg::AnimCurve> lines(makeCurve(7, {1}));
+        const osg::Share<osg::AnimCurve> lines(makeCurve(7, {1}));
         kxAddAnimKeyUndoCommand(lines, std::vector<unsigned int>(indices.begin(), indices.end())).redo();
         const Keys keys = keysOf(lines);
         for (std::size_t i = 1; i < keys.size(); ++i) // over a gap too they aim at each other
@@ -298,7 +298,7 @@ private Q_SLOTS:
     {
         QFETCH(QVector<float>, times);
         QFETCH(int, count);
-        const kxOwned<osg::AnimCurve> curve(makeCurve(5, {3, 4, 5}));
+        const osg::Share<osg::AnimCurve> curve(makeCurve(5, {3, 4, 5}));
         const QString start = textOf(curve);
         Keys keys;
         for (const float time : times)
@@ -314,14 +314,14 @@ private Q_SLOTS:
         for (osg::UInt32 i = 0; i < added.size(); ++i)
             curve->getControlPoints(i).setX(added[i].x() * 1.0005f);
         command.undo();
-        const kxOwned<osg::AnimCurve> untouched(makeCurve(5, {3, 4, 5}));
+        const osg::Share<osg::AnimCurve> untouched(makeCurve(5, {3, 4, 5}));
         for (osg::UInt32 i = 0; i < 5; ++i)
             QCOMPARE(curve->getControlPoints(i).outtangent(), untouched->getControlPoints(i).outtangent());
     }
 
     void trashComesBackInPlaceOrIsFreedOnce()
     {
-        const kxOwned<osg::Node> node(makeAnimated());
+        const osg::Share<osg::Node> node(makeAnimated());
         const std::vector<unsigned int> start = animationIds(node);
         const kxNodePtr middle(kxNodePtr::toNode(start[1]));
         CountingModule lists;
