@@ -33,6 +33,7 @@ function(kx_add_platform_part name)
     add_library(${name} OBJECT ${ARGN})
     target_link_libraries(${name} PRIVATE kxContract)
     target_link_libraries(kxPlatform PRIVATE ${name})
+    set_property(GLOBAL APPEND PROPERTY KX_PLATFORM_PARTS ${name})
     kx_sees_itself(${name})
 endfunction()
 
