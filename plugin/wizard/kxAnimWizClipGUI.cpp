@@ -1,5 +1,6 @@
 #include <wizard/kxAnimWizClipGUI.h>
 
+#include <frame/kxAnimationWatch.h>
 #include <frame/kxMessageRead.h>
 #include <wizard/kxWizardCapture.h>
 
@@ -137,6 +138,7 @@ kxAnimWizClipGUI::kxAnimWizClipGUI(QWidget* parent) : QDialog(parent), _instance
     _refresh.setSingleShot(true);
     connect(&_refresh, SIGNAL(timeout()), this, SLOT(refreshGraph()));
     _callbacks.add(kxMessageName::DequeuedAnimation, dequeuedAnimation);
+    connect(new kxAnimationWatch(this), SIGNAL(animationsChanged()), this, SLOT(followClip()));
 }
 
 kxAnimWizClipGUI* kxAnimWizClipGUI::create(QWidget* parent)
@@ -289,6 +291,14 @@ void kxAnimWizClipGUI::forEachCurve(const std::function<void(const AnimCurvePtr&
 void kxAnimWizClipGUI::refreshGraph()
 {
     send(kxMessageName::UpdateGraphView);
+}
+
+void kxAnimWizClipGUI::followClip()
+{
+    if (_clipId == 0 || kxNodeUtils::hasParent(clip(), kxAnimManager::the()->clipStructureRoot()))
+        return;
+    kxLog::warning(tr("The attributes of '%1' were closed: the animation was deleted.").arg(_name->text()));
+    reject();
 }
 
 // Preview

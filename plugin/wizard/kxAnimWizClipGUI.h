@@ -49,6 +49,8 @@ private Q_SLOTS:
     void changedDuration(double value);
     /// The graph shows what the curves hold by now; bars follow by themselves.
     void refreshGraph();
+    /// Closes the dialog as Cancel does where its clip was deleted.
+    void followClip();
 
 private:
     explicit kxAnimWizClipGUI(QWidget* parent);

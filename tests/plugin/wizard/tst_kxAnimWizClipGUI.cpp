@@ -334,7 +334,7 @@ private Q_SLOTS:
     void survivesTheDeathOf_data()
     {
         QTest::addColumn<QString>("what");
-        for (const char* what : {"clip", "block", "object", "all"})
+        for (const char* what : {"clip", "clip that undo holds", "block", "object", "all"})
             QTest::newRow(what) << what;
     }
 
@@ -349,8 +349,14 @@ private Q_SLOTS:
             dialog._duration->setValue(5);
             dialog._preview->click();
             const UInt32 curveId = f.curveOf(f.xNode)->getId();
-            if (what == "clip")
+            const bool isHeld = what == "clip that undo holds";
+            if (isHeld)
+                f.node->addRef();
+            if (what.startsWith("clip"))
+            {
                 f.outer->subChild(f.node);
+                markChanged(f.outer, Node::ChildrenFieldMask);
+            }
             else if (what == "block")
                 f.node->subChild(f.node->getChild(0));
             else if (what == "object")
@@ -358,6 +364,7 @@ private Q_SLOTS:
             else
                 f.clear();
             QCoreApplication::processEvents();
+            QCOMPARE(dialog.isVisible(), what == "block" || what == "object");
             dialog._preview->setChecked(false);
             dialog._captureStart->click();
             dialog._captureEnd->click();
@@ -369,9 +376,13 @@ private Q_SLOTS:
             const AnimCurvePtr curve = FieldContainerFactory::the()->get<AnimCurve>(curveId);
             QCOMPARE(curve == NullFC, what == "all");
             if (curve != NullFC)
-                QCOMPARE(curve->getControlPoints().back().x(), !accepted ? 2.0f : what == "object" ? 6.0f : 5.0f);
+                QCOMPARE(curve->getControlPoints().back().x(), !accepted || what.startsWith("clip") ? 2.0f
+                                                               : what == "object"                   ? 6.0f
+                                                                                                    : 5.0f);
             QVERIFY(!dialog.isVisible() && dialog.clip() == NullFC);
             QCoreApplication::processEvents();
+            if (isHeld)
+                f.node->subRef();
         }
     }
 
