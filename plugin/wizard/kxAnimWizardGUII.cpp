@@ -18,6 +18,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -126,6 +127,16 @@ void kxAnimWizardGUII::showEvent(QShowEvent* event)
     if (!event->spontaneous()) // a name that was typed outlasts the window's being minimised
         setQuietly(_name, &QLineEdit::setText, kxWizardCapture::uniqueName(tr("Animation")));
     QWizard::showEvent(event);
+}
+
+void kxAnimWizardGUII::keyPressEvent(QKeyEvent* event)
+{
+    // Without default buttons Return would press none, not even the one that has the focus.
+    auto* const focused = qobject_cast<QPushButton*>(focusWidget());
+    if (focused != nullptr && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter))
+        focused->click();
+    else
+        QWizard::keyPressEvent(event);
 }
 
 void kxAnimWizardGUII::nameChanged()

@@ -43,6 +43,7 @@ private Q_SLOTS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     kxAnimWizardGUII(QWidget* parent, kxWizardInterference::Question question);

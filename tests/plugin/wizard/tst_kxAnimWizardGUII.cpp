@@ -440,7 +440,12 @@ private Q_SLOTS:
             QVERIFY(f.wizard->isVisible());
             QCOMPARE(f.wizard->currentId(), 1);
             QVERIFY(!f.wizard->_name->hasFocus());
+            for (const QPushButton* const button : f.wizard->findChildren<QPushButton*>())
+                QVERIFY2(!button->isDefault(), qPrintable(button->objectName())); // none looks as if it were pressed
         }
+        f.wizard->button(QWizard::CancelButton)->setFocus(); // but the one that has the focus is
+        QTest::keyClick(f.wizard->button(QWizard::CancelButton), Qt::Key_Return);
+        QVERIFY(f.wizard->isHidden());
     }
 
     void opensAndClosesByMessages()
