@@ -25,6 +25,8 @@ private Q_SLOTS:
     void undoKeysGoOnUnlessTextWaits()
     {
         QKXDoubleSpiner field;
+        QKXSpiner whole;
+        whole.setValue(7);
         // What Qt asks the widget with the focus before a shortcut runs; accepted means that the widget wants the key.
         const auto wantsUndo = [&field]
         {
@@ -39,6 +41,20 @@ private Q_SLOTS:
         QTest::keyClick(&field, Qt::Key_Return);
         QCOMPARE(field.value(), 2.0);
         QVERIFY(!wantsUndo());
+
+        // Escape gives up what waits.
+        for (QAbstractSpinBox* const any :
+             {static_cast<QAbstractSpinBox*>(&field), static_cast<QAbstractSpinBox*>(&whole)})
+        {
+            const QString shown = any->text();
+            QTest::keyClick(any, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClick(any, Qt::Key_Delete);
+            QVERIFY(any->text() != shown);
+            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QApplication::sendEvent(any, &escape);
+            QVERIFY(escape.isAccepted());
+            QCOMPARE(any->text(), shown);
+        }
     }
 
     void parses_data()
