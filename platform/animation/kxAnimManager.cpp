@@ -348,7 +348,9 @@ void kxAnimManager::setVerifyClipStructure(bool value)
 
 void kxAnimManager::reevaluateAnimations(bool force)
 {
-    if (force || kxScenePlan::the().isStale())
+    if (kxScenePlan::the().isLost())
+        setCurrentFrame(sceneFrame, true, true); // from the clip's frame back to the timeline's
+    else if (force || kxScenePlan::the().isStale())
         _p->evaluate(force);
 }
 

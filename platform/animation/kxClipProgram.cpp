@@ -305,7 +305,7 @@ void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
     kxScenePlan::the().update(); // what the scene drives is noted before it is written over
     kxClipProgram& program = of(root);
     program.noteRestValues();
-    kxScenePlan::the().setOverwritten();
+    kxScenePlan::the().setOverwrittenBy(root);
     program.evaluate(seconds);
 }
 

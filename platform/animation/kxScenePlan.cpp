@@ -1,5 +1,6 @@
 #include <animation/kxScenePlan.h>
 
+#include <animation/kxAnimScene.h>
 #include <animation/kxAnimWatch.h>
 #include <animation/kxAttachmentRegistry.h>
 #include <animation/kxCurveEvaluation.h>
@@ -7,6 +8,7 @@
 #include <animation/kxPlaybackQueue.h>
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlanBuilder.h>
+#include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <tbb/blocked_range.h>
@@ -39,6 +41,18 @@ bool kxScenePlan::isStale() const
     const kxAnimWatch& watch = kxAnimWatch::the();
     return _madeAt != watch.structureCount() || watch.areSceneTimesStale() || !watch.staleCurves().empty() ||
            !_dirty.empty();
+}
+
+void kxScenePlan::setOverwrittenBy(const AnimNodePtr& root)
+{
+    setOverwritten();
+    _shownClip = AnimClipPtr::dcast(root->getCore()) != NullFC ? root->getId() : 0;
+}
+
+bool kxScenePlan::isLost() const
+{
+    return !_isShown && _shownClip != 0 &&
+           !kxAnimScene::contains(FieldContainerFactory::the()->get<AnimNode>(_shownClip));
 }
 
 void kxScenePlan::clear()
@@ -288,6 +302,7 @@ void kxScenePlan::evaluate(double seconds, bool all)
         if (kxPlaybackQueue::the().isEmpty())
             kxRestValues::the().writeBackNoted();
         _isShown = true;
+        _shownClip = 0;
         kxAnimWatch::the().clearTouched();
     }
     if (_entries.empty() || (!all && _dirty.empty()))

@@ -38,6 +38,9 @@ public:
     /// False after something else than the scene's time was shown, as a clip at its own time.
     bool isShown() const { return _isShown; }
     void setOverwritten() { _isShown = false; }
+    void setOverwrittenBy(const osg::AnimNodePtr& root);
+    /// True where what is shown instead is a clip that has left the scene.
+    bool isLost() const;
     /// Takes all that is stale as shown, for an evaluation that went another way.
     void settle();
 
@@ -93,5 +96,6 @@ private:
     std::vector<osg::UInt32> _sceneNodes;
     double _tolerance = 0;
     bool _isShown = true;
-    osg::UInt64 _madeAt = 0; // structure count
+    osg::UInt32 _shownClip = 0; // while the scene isn't
+    osg::UInt64 _madeAt = 0;    // structure count
 };

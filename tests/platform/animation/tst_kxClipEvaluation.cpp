@@ -223,6 +223,17 @@ private Q_SLOTS:
         manager()->setCurrentFrameNoEvaluation(9, false);
         manager()->setCurrentFrame(9, false, false);
         QCOMPARE(driven.x(), 9.0f);
+
+        // A clip that leaves the scene takes along what it shows; the frame is the timeline's again.
+        manager()->setCurrentFrameNoEvaluation(60, false);
+        QCOMPARE(shown(driven, clip, 60), 12.0f);
+        manager()->reevaluateAnimations(false);
+        QCOMPARE(driven.x(), 12.0f);
+        const kxOwned held(clip);
+        manager()->clipStructureRoot()->subChild(clip);
+        manager()->reevaluateAnimations(false);
+        QCOMPARE(driven.x(), 9.0f);
+        QCOMPARE(manager()->currentFrame(), 9.0);
     }
 
     void triggersFireOnceInPlayingDirection()
