@@ -49,6 +49,7 @@ assert len(field.children) == 10 and all(len(row.children) == 10 for row in fiel
 assert len(getAnimBlocks(False)) == 100 and getAnimClips() == ["Field"]
 for block, height in (("Block 2.2", 1.7), ("Block 4.0", 1.7), ("Block 0.0", 0.4)):  # a crest runs over the field
     close(at(block, "translation.Y", 96, field), height, 0.001)
+    close(at(block, "translation.Y", 96), height, 0.001)  # on the timeline too
 close(at("Block 2.2", "translation.Y", 24 * 40, field), 0.4, 0.001)  # and comes to rest
 close(at("Block 2.2", "rotation.Y", 18, field), 22.5, 0.01)
 close(at("Block 1.3", "rotation.Y", 18, field), 67.5, 0.01)  # runs backwards
