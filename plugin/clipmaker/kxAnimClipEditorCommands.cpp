@@ -1,6 +1,7 @@
 #include <clipmaker/kxAnimClipEditor.h>
 
 #include <clipmaker/edits/kxClipStructure.h>
+#include <clipmaker/edits/kxClipTriggers.h>
 #include <clipmaker/kxAnimClipEditorGUIW.h>
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
@@ -28,40 +29,13 @@ const char* wordFor(unsigned int type)
 {
     switch (type)
     {
-    case kxAnimSequenceGUIW::Viewpoint:
+    case kxClipTriggers::Viewpoint:
         return "viewpoints";
-    case kxAnimSequenceGUIW::VariantSet:
+    case kxClipTriggers::VariantSet:
         return "variant sets";
     default:
         return "sequences";
     }
-}
-
-/// A node that fires `name` when its time is passed; it stands nowhere yet.
-osg::AnimNodePtr makeTrigger(unsigned int type, const std::string& name)
-{
-    const osg::AnimSequencePtr core = osg::AnimSequence::create();
-    core->setName(name);
-    core->setIsViewpoint(type == kxAnimSequenceGUIW::Viewpoint);
-    core->setIsVariant(type == kxAnimSequenceGUIW::VariantSet);
-    osg::markChanged(core, osg::AnimSequence::NameFieldMask | osg::AnimSequence::IsViewpointFieldMask |
-                               osg::AnimSequence::IsVariantFieldMask);
-    const osg::AnimNodePtr node = osg::AnimNode::create();
-    node->setCore(core);
-    osg::markChanged(node, osg::Node::CoreFieldMask);
-    return node;
-}
-
-/// Puts a node that stands nowhere into a clip, on the first free track, so that its time 0 lies at `frame` of the
-/// ruler.
-void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frame)
-{
-    clip->addChild(node);
-    const double seconds = frame / kxAnimManager::the()->fps();
-    node->moveBy(float(seconds - kxClipStructure::sceneTime(clip, 0)), 0);
-    node->moveBy(0, kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node) - node->getOffset().y());
-    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
-    osg::markChanged(clip, osg::Node::ChildrenFieldMask);
 }
 
 osg::NodePtr findCameraTrack(const QString& name)
@@ -78,17 +52,17 @@ osg::NodePtr findCameraTrack(const QString& name)
 
 void kxAnimClipEditor::addSequence()
 {
-    addTrigger(kxAnimSequenceGUIW::Sequence);
+    addTrigger(kxClipTriggers::Sequence);
 }
 
 void kxAnimClipEditor::addViewpoint()
 {
-    addTrigger(kxAnimSequenceGUIW::Viewpoint);
+    addTrigger(kxClipTriggers::Viewpoint);
 }
 
 void kxAnimClipEditor::addVariant()
 {
-    addTrigger(kxAnimSequenceGUIW::VariantSet);
+    addTrigger(kxClipTriggers::VariantSet);
 }
 
 void kxAnimClipEditor::addTrigger(unsigned int type)
@@ -110,15 +84,13 @@ void kxAnimClipEditor::addTrigger(unsigned int type)
     if (target == osg::NullFC)
         return;
     const std::string name = _triggerDialog->_names->currentText().toStdString();
-    const osg::AnimNodePtr node = makeTrigger(type, name);
-    kxNodeUtils::setName(node, name, true, osg::NodePtr());
-    place(node, target, _triggerDialog->_frame->value());
+    kxClipTriggers::add(type, name, target, _triggerDialog->_frame->value());
     showClip(target);
 }
 
 void kxAnimClipEditor::addCameraTrack()
 {
-    _triggerDialog->setType(kxAnimSequenceGUIW::CameraTrack);
+    _triggerDialog->setType(kxClipTriggers::CameraTrack);
     if (_triggerDialog->_names->count() == 0)
     {
         QMessageBox::warning(_window, tr("Add Camera Track..."),
@@ -136,10 +108,7 @@ void kxAnimClipEditor::addCameraTrack()
     const osg::AnimNodePtr clip = requireClipFor(name.toStdString());
     if (clip == osg::NullFC)
         return;
-    const osg::AnimNodePtr clone = osg::cloneAnimTree(block, true);
-    clone->setHidden(true);
-    osg::markChanged(clone, osg::AnimNode::HiddenFieldMask);
-    place(clone, clip, _triggerDialog->_frame->value());
+    kxClipTriggers::addCameraTrack(block, clip, _triggerDialog->_frame->value());
     showClip(clip);
 }
 

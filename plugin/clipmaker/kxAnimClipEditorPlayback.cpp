@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimClipEditor.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/kxAnimClipCyclesItem.h>
 #include <clipmaker/kxAnimClipEditorGUIW.h>
 #include <clipmaker/kxAnimClipItem.h>
@@ -157,20 +158,15 @@ void kxAnimClipEditor::modifiedDuration(RelativeOperator op, double value)
 
 void kxAnimClipEditor::changedPostCycles(int value)
 {
-    const auto write = [value](const osg::AnimNodePtr& node)
-    {
-        node->setPostCycles(value);
-        osg::markChanged(node, osg::AnimNode::PostCyclesFieldMask);
-    };
     const QVector<kxAnimAbstractClipItem*> bars = scene()->selectedBars();
     if (bars.isEmpty() && shownClip() != osg::NullFC)
-        write(shownClip());
+        kxClipNodes::setPostCycles(shownClip(), value);
     for (kxAnimAbstractClipItem* const bar : bars)
     {
         auto* const item = dynamic_cast<kxAnimClipItem*>(bar);
         if (item == nullptr || item->node() == osg::NullFC)
             continue;
-        write(item->node());
+        kxClipNodes::setPostCycles(item->node(), value);
         if (item->cyclesItem() != nullptr)
             item->cyclesItem()->setCycles(value);
         item->updateAllTexts(true);

@@ -1,17 +1,37 @@
 #include <clipmaker/kxAnimClipScene.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipItem.h>
 #include <clipmaker/kxClipColor.h>
-#include <clipmaker/kxClipDrop.h>
 #include <clipmaker/kxClipTracks.h>
+#include <trees/kxAnimLibraryPayload.h>
 
 #include <kxPlatform.h>
+#include <osg/AnimCores.h>
 
 #include <QGraphicsSceneDragDropEvent>
 
 #include <cmath>
 
 // Drags out of the library
+
+namespace
+{
+/// The one block or shape cache that a drag out of the library carries; null for anything else, without a clip, and
+/// where the clip stands in what is dragged.
+osg::AnimNodePtr droppedNode(const osg::AnimNodePtr& clip, const QMimeData* data)
+{
+    const kxAnimLibraryPayload payload = kxAnimLibraryPayload::of(data);
+    if (clip == osg::NullFC || payload.rows.size() != 1)
+        return osg::AnimNodePtr();
+    const osg::AnimNodePtr node = payload.rows.front().animation();
+    const osg::NodeCorePtr core = node == osg::NullFC ? osg::NodeCorePtr() : node->getCore();
+    if (osg::AnimBlockPtr::dcast(core) == osg::NullFC && osg::TimeShapeCachePtr::dcast(core) == osg::NullFC)
+        return osg::AnimNodePtr();
+    return kxClipNodes::holds(node, clip) ? osg::AnimNodePtr() : node;
+}
+} // namespace
 
 QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
 {
@@ -23,7 +43,7 @@ QPointF kxAnimClipScene::dropPlace(const QPointF& place) const
 
 void kxAnimClipScene::dragEnterEvent(QGraphicsSceneDragDropEvent* event)
 {
-    const osg::AnimNodePtr node = kxClipDrop::nodeFor(clip(), event->mimeData());
+    const osg::AnimNodePtr node = droppedNode(clip(), event->mimeData());
     if (node == osg::NullFC)
         return;
     delete _ghost;
@@ -42,7 +62,7 @@ void kxAnimClipScene::dragMoveEvent(QGraphicsSceneDragDropEvent* event)
     event->ignore();
     _rowMarks.clear();
     update();
-    if (kxClipDrop::nodeFor(clip(), event->mimeData()) == osg::NullFC)
+    if (droppedNode(clip(), event->mimeData()) == osg::NullFC)
         return;
     bool taken = false;
     if (_ghost != nullptr)
@@ -68,12 +88,12 @@ void kxAnimClipScene::dragLeaveEvent(QGraphicsSceneDragDropEvent*)
 void kxAnimClipScene::dropEvent(QGraphicsSceneDragDropEvent* event)
 {
     const osg::AnimNodePtr shown = clip();
-    const osg::AnimNodePtr node = kxClipDrop::nodeFor(shown, event->mimeData());
+    const osg::AnimNodePtr node = droppedNode(shown, event->mimeData());
     const bool isMarked = !_rowMarks.isEmpty();
     const int track = isMarked ? _rowMarks.firstKey() : 0;
     const double frames = isMarked ? dropPlace(event->scenePos()).x() : 0;
     endDrag();
-    if (node == osg::NullFC || kxClipDrop::insert(node, shown, frames, track) == osg::NullFC)
+    if (node == osg::NullFC || kxClipStructure::insertClone(node, shown, frames, track) == osg::NullFC)
     {
         event->ignore();
         return;

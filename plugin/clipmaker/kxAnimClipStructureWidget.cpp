@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxClipRows.h>
 #include <frame/kxMessageRead.h>
@@ -351,10 +352,8 @@ void kxAnimClipStructureWidget::setFlipped(bool value)
 {
     const QList<QTreeWidgetItem*> rows = selectedItems();
     const AnimNodePtr node = rows.size() == 1 ? nodeOf(rows.front()) : AnimNodePtr();
-    if (node == NullFC)
-        return;
-    node->setFlipped(value);
-    markChanged(node, AnimNodeBase::FlippedFieldMask);
+    if (node != NullFC)
+        kxClipNodes::setFlipped(node, value);
 }
 
 void kxAnimClipStructureWidget::editPostCycles()
@@ -368,10 +367,8 @@ void kxAnimClipStructureWidget::editPostCycles()
     const int cycles =
         QInputDialog::getInt(this, tr("Post cycles"), tr("Cycles:"), node->getPostCycles(), 0, 100000, 1, &ok);
     const AnimNodePtr living = nodeOfId(id); // it may have died while the question stood
-    if (!ok || living == NullFC)
-        return;
-    living->setPostCycles(cycles);
-    markChanged(living, AnimNodeBase::PostCyclesFieldMask);
+    if (ok && living != NullFC)
+        kxClipNodes::setPostCycles(living, cycles);
 }
 
 void kxAnimClipStructureWidget::resizeFirstColumn(QTreeWidgetItem*)

@@ -1,5 +1,6 @@
 #include <clipmaker/kxAnimSequenceGUIW.h>
 
+#include <clipmaker/edits/kxClipTriggers.h>
 #include <frame/kxMessageRead.h>
 
 #include <QKXSpiner.h>
@@ -62,7 +63,7 @@ void kxAnimSequenceGUIW::setType(unsigned int type)
 {
     _names->clear();
     _names->setFocus();
-    if (type > CameraTrack)
+    if (type > kxClipTriggers::CameraTrack)
         return;
     setWindowTitle(tr(Texts[type].title));
     _type->setText(tr(Texts[type].label));
@@ -78,12 +79,12 @@ void kxAnimSequenceGUIW::reset()
 
 std::set<QString> kxAnimSequenceGUIW::namesOf(unsigned int type)
 {
-    if (type == Sequence)
+    if (type == kxClipTriggers::Sequence)
         return asked(kxMessageName::GetSequences, "sequences");
-    if (type == VariantSet)
+    if (type == kxClipTriggers::VariantSet)
         return asked(kxMessageName::GetVariants, "variants");
     const kxCameraService* const cameras = service<kxCameraService>();
-    if (cameras == nullptr || (type == CameraTrack && service<kxNodeService>() == nullptr))
+    if (cameras == nullptr || (type == kxClipTriggers::CameraTrack && service<kxNodeService>() == nullptr))
         return {};
-    return type == Viewpoint ? namesIn(cameras->getViewpoints()) : namesIn(cameras->getCameraTracks());
+    return type == kxClipTriggers::Viewpoint ? namesIn(cameras->getViewpoints()) : namesIn(cameras->getCameraTracks());
 }

@@ -13,17 +13,9 @@ class kxAnimSequenceGUIW : public QDialog, public Ui::kxAnimSequenceGUI
 {
     Q_OBJECT
 public:
-    enum TriggerType : unsigned int
-    {
-        Sequence = 0,
-        Viewpoint = 1,
-        VariantSet = 2,
-        CameraTrack = 3
-    };
-
     explicit kxAnimSequenceGUIW(QWidget* parent = nullptr);
 
-    /// Fills the list with what the scene has of this type, sorted; any other number only empties it.
+    /// Fills the list with what the scene has of this `kxClipTriggers::Type`, sorted; any other number only empties it.
     void setType(unsigned int type);
     /// Back to how it was made; of another scene nothing is kept.
     void reset();

@@ -59,6 +59,14 @@ void kxClipNodes::setFlipped(const osg::AnimNodePtr& node, bool value)
     osg::markChanged(node, osg::AnimNode::FlippedFieldMask);
 }
 
+void kxClipNodes::setPostCycles(const osg::AnimNodePtr& node, int value)
+{
+    if (node->getPostCycles() == value)
+        return;
+    node->setPostCycles(value);
+    osg::markChanged(node, osg::AnimNode::PostCyclesFieldMask);
+}
+
 void kxClipNodes::setMotionBlur(const osg::AnimNodePtr& node, bool value)
 {
     writeMotionBlur(node, value, osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC);

@@ -14,6 +14,7 @@ kxClipGeometry::Span spanOf(const osg::AnimNodePtr& node);
 void setActive(const osg::AnimNodePtr& node, bool value);
 void setLocked(const osg::AnimNodePtr& node, bool value);
 void setFlipped(const osg::AnimNodePtr& node, bool value);
+void setPostCycles(const osg::AnimNodePtr& node, int value);
 /// Of a block, for all nodes below it as well.
 void setMotionBlur(const osg::AnimNodePtr& node, bool value);
 

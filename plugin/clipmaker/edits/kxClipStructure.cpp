@@ -4,6 +4,7 @@
 
 #include <kxAnimManager.h>
 #include <kxLog.h>
+#include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
@@ -20,6 +21,14 @@ void moveToFreeTrack(const AnimNodePtr& node, const AnimNodePtr& clip)
     const float y = kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node);
     node->setOffset(Vec2f(node->getOffset().x(), y));
     markChanged(node, AnimNodeBase::OffsetFieldMask);
+}
+
+/// A clone of `node` that shares its cores, to be placed in a clip: active, since what is placed plays.
+AnimNodePtr cloneToPlace(const AnimNodePtr& node)
+{
+    const AnimNodePtr clone = cloneAnimTree(node, true);
+    kxClipNodes::setActive(clone, true);
+    return clone;
 }
 } // namespace
 
@@ -44,21 +53,6 @@ AnimNodePtr kxClipStructure::targetOf(const NodePtr& node)
         kxLog::warning(QCoreApplication::translate("kxClipStructure", "Nothing was put into \"%1\": it is no clip.")
                            .arg(QString::fromStdString(kxNodeUtils::getName(node))));
     return AnimNodePtr();
-}
-
-AnimNodePtr kxClipStructure::cloneToPlace(const AnimNodePtr& node)
-{
-    const AnimNodePtr clone = cloneAnimTree(node, true);
-    kxClipNodes::setActive(clone, true);
-    return clone;
-}
-
-double kxClipStructure::sceneTime(const AnimNodePtr& node, double seconds)
-{
-    for (NodePtr above = node; above != NullFC; above = above->getParent())
-        if (const AnimNodePtr animation = AnimNodePtr::dcast(above))
-            seconds = double(animation->getOffset().x()) + seconds * double(animation->getScale());
-    return seconds;
 }
 
 std::string kxClipStructure::uniqueName(const std::string& proposal)
@@ -100,6 +94,24 @@ AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr
     const AnimNodePtr clone = cloneToPlace(node);
     moveToFreeTrack(clone, clip);
     clip->addChild(clone);
+    markChanged(clip, Node::ChildrenFieldMask);
+    return clone;
+}
+
+AnimNodePtr kxClipStructure::insertClone(const AnimNodePtr& node, const AnimNodePtr& clip, double frames, int tracks)
+{
+    const AnimNodePtr clone = cloneToPlace(node);
+    const float dpi = kxPlatform::getDpiScaleX();
+    const double alone = kxClipNodes::spanOf(clone).x, y = double(dpi * clone->getOffset().y());
+    clip->addChild(clone);
+    // The way is measured where the clone stands: a nested clip has a time of its own.
+    const QPointF from(kxClipNodes::spanOf(clone).x, y);
+    const QPointF to(alone + frames, y + double(kxClipGeometry::trackPitch(dpi)) * tracks);
+    if (!kxClipNodes::move(clone, from, to))
+    {
+        clip->subChild(clone);
+        return AnimNodePtr();
+    }
     markChanged(clip, Node::ChildrenFieldMask);
     return clone;
 }

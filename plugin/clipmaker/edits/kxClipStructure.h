@@ -17,12 +17,6 @@ osg::AnimNodePtr clipOf(const osg::NodePtr& node);
 /// `node` as what takes a paste or a drop: only a clip does. Null for anything else, which the log says.
 osg::AnimNodePtr targetOf(const osg::NodePtr& node);
 
-/// A clone of `node` that shares its cores, to be placed in a clip: active, since what is placed plays.
-osg::AnimNodePtr cloneToPlace(const osg::AnimNodePtr& node);
-
-/// The time of the tree's root, which rulers show, at `seconds` of the time that the children of `node` are placed in.
-double sceneTime(const osg::AnimNodePtr& node, double seconds);
-
 /// `proposal`, made unlike the names of all other animations.
 std::string uniqueName(const std::string& proposal);
 
@@ -33,9 +27,12 @@ osg::AnimNodePtr makeClip(const std::string& name);
 /// stands below it.
 bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
 
-/// cloneToPlace() at the same time in `clip`, on a free track. Null where `clip` is the node
-/// itself or stands below it.
+/// An active clone of `node`, which shares its cores, at the same time in `clip`, on a free track. Null where `clip` is
+/// the node itself or stands below it.
 osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
+/// The same, `frames` later and `tracks` further down than `node` itself stands. Null where that is no place that a
+/// node can have.
+osg::AnimNodePtr insertClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames, int tracks);
 
 /// A clone of `node` beside it, in a clip on a free track: its blocks are shared, its clips are its own. Empty for a
 /// node without a parent. The animations' clipboard holds `node` from then on.

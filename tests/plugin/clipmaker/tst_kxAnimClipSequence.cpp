@@ -1,6 +1,7 @@
 #include "kxClipFixture.h"
 #include "kxClipMakerFixture.h"
 
+#include <clipmaker/edits/kxClipTriggers.h>
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipLabel.h>
 #include <clipmaker/kxAnimSequenceGUIW.h>
@@ -123,14 +124,14 @@ private Q_SLOTS:
         kxClipFixture f;
         kxAnimSequenceGUIW dialog;
         QCOMPARE(dialog.windowTitle(), QString("Dialog"));
-        dialog.setType(kxAnimSequenceGUIW::Viewpoint); // no cameras
+        dialog.setType(kxClipTriggers::Viewpoint); // no cameras
         QCOMPARE(dialog._names->count(), 0);
         Cameras cameras;
         for (const char* name : {"Side", "Front", "Side"})
             cameras.viewpoints.append(kxdViewpointNode(f.object(name)->getId()));
         cameras.viewpoints.append(kxdViewpointNode(0)); // died
         cameras.tracks = {kxdCameraTrackNode(f.object("Crane")->getId())};
-        dialog.setType(kxAnimSequenceGUIW::Viewpoint);
+        dialog.setType(kxClipTriggers::Viewpoint);
         QCOMPARE(namesIn(dialog._names), QStringList({"Front", "Side"}));
         QCOMPARE(dialog.windowTitle(), QString("Add Viewpoint"));
 
@@ -140,7 +141,7 @@ private Q_SLOTS:
                         message.set("sequences", std::set<QString>{"Open", "Close", "Drive"}, true);
                     });
         answers.add(kxMessageName::GetVariants, [](kxMessage& message) { message.set("variants", 5, true); });
-        dialog.setType(kxAnimSequenceGUIW::Sequence);
+        dialog.setType(kxClipTriggers::Sequence);
         QCOMPARE(namesIn(dialog._names), QStringList({"Close", "Drive", "Open"}));
         QCOMPARE(dialog._type->text(), QString("Sequences"));
         dialog._frame->setFocus();
@@ -150,10 +151,10 @@ private Q_SLOTS:
         QCOMPARE(dialog.windowTitle(), QString("Add Sequence"));
 
         kxCapturedStderr errors;
-        dialog.setType(kxAnimSequenceGUIW::VariantSet);
+        dialog.setType(kxClipTriggers::VariantSet);
         QCOMPARE(dialog._names->count(), 0);
         QVERIFY(errors.text().contains("Attribute 'variants' has wrong type"));
-        dialog.setType(kxAnimSequenceGUIW::CameraTrack); // no node service
+        dialog.setType(kxClipTriggers::CameraTrack); // no node service
         QCOMPARE(dialog._names->count(), 0);
     }
 

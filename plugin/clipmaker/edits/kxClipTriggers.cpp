@@ -1,0 +1,52 @@
+#include <clipmaker/edits/kxClipTriggers.h>
+
+#include <kxAnimManager.h>
+#include <kxScenegraph.h>
+#include <osg/AnimCores.h>
+
+namespace
+{
+/// Where time 0 of the children of `node` lies in the time of the tree's root, which rulers show; in seconds.
+double sceneStart(const osg::AnimNodePtr& node)
+{
+    double seconds = 0;
+    for (osg::NodePtr above = node; above != osg::NullFC; above = above->getParent())
+        if (const osg::AnimNodePtr animation = osg::AnimNodePtr::dcast(above))
+            seconds = double(animation->getOffset().x()) + seconds * double(animation->getScale());
+    return seconds;
+}
+
+/// Puts a node that stands nowhere into its place.
+void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frame)
+{
+    clip->addChild(node);
+    const double seconds = frame / kxAnimManager::the()->fps();
+    node->moveBy(float(seconds - sceneStart(clip)), 0);
+    node->moveBy(0, kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node) - node->getOffset().y());
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+    osg::markChanged(clip, osg::Node::ChildrenFieldMask);
+}
+} // namespace
+
+void kxClipTriggers::add(unsigned int type, const std::string& name, const osg::AnimNodePtr& clip, double frame)
+{
+    const osg::AnimSequencePtr core = osg::AnimSequence::create();
+    core->setName(name);
+    core->setIsViewpoint(type == Viewpoint);
+    core->setIsVariant(type == VariantSet);
+    osg::markChanged(core, osg::AnimSequence::NameFieldMask | osg::AnimSequence::IsViewpointFieldMask |
+                               osg::AnimSequence::IsVariantFieldMask);
+    const osg::AnimNodePtr node = osg::AnimNode::create();
+    node->setCore(core);
+    osg::markChanged(node, osg::Node::CoreFieldMask);
+    kxNodeUtils::setName(node, name, true, osg::NodePtr());
+    place(node, clip, frame);
+}
+
+void kxClipTriggers::addCameraTrack(const osg::AnimNodePtr& block, const osg::AnimNodePtr& clip, double frame)
+{
+    const osg::AnimNodePtr clone = osg::cloneAnimTree(block, true);
+    clone->setHidden(true);
+    osg::markChanged(clone, osg::AnimNode::HiddenFieldMask);
+    place(clone, clip, frame);
+}
