@@ -2,8 +2,8 @@
 
 #include <curveeditor/NoEditDelegate.h>
 #include <curveeditor/ValidatorEditDelegate.h>
+#include <curveeditor/edits/kxAnimChannelKeying.h>
 #include <curveeditor/edits/kxInfinityModes.h>
-#include <curveeditor/kxAnimChannelKeying.h>
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimInfinityMenu.h>
 #include <frame/kxCallbacks.h>
@@ -417,21 +417,17 @@ kxAnimChannelWidget::Rows kxAnimChannelWidget::channelRows() const
 
 kxAnimChannelWidget::Rows kxAnimChannelWidget::rowsToKey(Keyed which) const
 {
-    Rows rows = channelRows();
+    const Rows all = channelRows();
     if (which == Keyed::All)
-        return rows;
+        return all;
     QSet<QString> texts;
-    for (const kxAnimTreeWidgetItem* const selected : rows)
-        if (selected->isSelected())
-            texts.insert(selected->text(kxAnimChannelRows::Channel));
-    rows.erase(std::remove_if(rows.begin(), rows.end(),
-                              [which, &texts](const kxAnimTreeWidgetItem* candidate)
-                              {
-                                  return which == Keyed::Selected
-                                             ? !candidate->isSelected()
-                                             : !texts.contains(candidate->text(kxAnimChannelRows::Channel));
-                              }),
-               rows.end());
+    for (const kxAnimTreeWidgetItem* const row : all)
+        if (row->isSelected())
+            texts.insert(row->text(kxAnimChannelRows::Channel));
+    Rows rows;
+    for (kxAnimTreeWidgetItem* const row : all)
+        if (which == Keyed::Selected ? row->isSelected() : texts.contains(row->text(kxAnimChannelRows::Channel)))
+            rows.append(row);
     return rows;
 }
 
@@ -444,10 +440,14 @@ void kxAnimChannelWidget::keyRows(Keyed which)
     kxAnimChannelKeying keying;
     {
         const QSignalBlocker blocker(this);
-        keying.createChannelCurves(channelRows());
+        for (kxAnimTreeWidgetItem* const listed : channelRows())
+            if (!listed->channelData().isEmpty() && !kxAnimChannelRows::isObjectGone(*listed))
+                listed->setNode(keying.requireCurveNode(listed->channelData()), false, false);
     }
     for (const kxAnimTreeWidgetItem* const keyed : rowsToKey(which))
-        keying.take(*keyed, which == Keyed::All);
+        if (!kxAnimChannelRows::isGone(keyed->node()) && !kxAnimChannelRows::isObjectGone(*keyed))
+            keying.take(keyed->curve(), keyed->text(kxAnimChannelRows::Channel), keyed->text(kxAnimChannelRows::Value),
+                        which == Keyed::All);
     keying.write();
     for (const QString& text : keying.notices())
         notice(text);
