@@ -2,12 +2,11 @@
 
 #include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/kxAnimClipItem.h>
-#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
 #include <kxAnimManager.h>
 #include <kxPlatform.h>
-#include <kxUndo.h>
 
 #include <QGraphicsView>
 
@@ -153,10 +152,8 @@ void kxAnimClipScene::deleteSelectedItems()
             bar->deleteLater(); // a signal of the bar may be what calls
         }
     }
-    if (nodes.empty())
-        return;
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
+    if (!nodes.empty())
+        kxRemoveAnimations(nodes);
 }
 
 bool kxAnimClipScene::copySelectedItems()

@@ -2,7 +2,7 @@
 
 #include <script/kxScriptTrash.h>
 
-#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
+#include <curveeditor/edits/kxAnimRemoval.h>
 #include <script/kxScriptDoc.h>
 
 namespace bp = boost::python;
@@ -31,8 +31,7 @@ bool kxScriptTrash::trashAll(const std::vector<kxNodePtr>& nodes)
 {
     if (nodes.empty())
         return false;
-    const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
+    kxRemoveAnimations(nodes);
     return true;
 }
 

@@ -1,5 +1,4 @@
 #include <curveeditor/edits/kxAnimRemoval.h>
-#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 #include <trees/kxAnimInfoText.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
@@ -7,6 +6,7 @@
 #include <kxController.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
+#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QAction>
@@ -177,7 +177,7 @@ void kxAnimTreeWidget::removeSelected(bool checkReferences)
         return;
     }
     const kxScopedUndo scope(true);
-    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(removal.nodes));
+    kxRemoveAnimations(removal.nodes);
     if (nextCurrent.isValid())
         setCurrentItem(itemFromIndex(nextCurrent));
     const std::vector<kxAnimTreeWidget*> trees = removal.sharedDeleted ? _trees : std::vector<kxAnimTreeWidget*>{this};

@@ -1,5 +1,7 @@
 #include <curveeditor/edits/kxAnimRemoval.h>
 
+#include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
+
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
@@ -80,4 +82,9 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
         removal.sharedDeleted = true;
     }
     return removal;
+}
+
+void kxRemoveAnimations(const std::vector<kxNodePtr>& nodes)
+{
+    kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
 }

@@ -41,3 +41,6 @@ bool kxIsPlaced(osg::NodePtr node);
 /// accepted one takes all its clones along. After "No to All" nothing more goes; what was accepted before still does.
 kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkReferences,
                            const std::function<kxRemovalAnswer(const QString& name)>& ask);
+
+/// Takes animations out of the tree as one step of undo; any other node stands for all animations of its object.
+void kxRemoveAnimations(const std::vector<kxNodePtr>& nodes);
