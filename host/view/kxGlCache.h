@@ -23,11 +23,12 @@ public:
     void init(const kxGlFunctions& gl);
     void release(const kxGlFunctions& gl);
 
-    /// Uploads what isn't there yet or is out of date; null where the mesh died.
+    /// Uploads what isn't there yet or is out of date. Owned here, until sweep() or release(); null where the mesh has
+    /// died.
     const Mesh* mesh(const kxGlFunctions& gl, const kxRenderScene& scene, const kxRenderScene::Item& item);
     /// With mipmaps, as sRGB; 0 where there is no picture.
     GLuint texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UInt32 imageId);
-    /// Frees what belongs to containers that died.
+    /// Frees what belongs to containers that have died.
     void sweep(const kxGlFunctions& gl);
 
 private:

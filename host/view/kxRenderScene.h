@@ -69,8 +69,8 @@ public:
     struct CameraItem
     {
         osg::UInt32 nodeId = 0;
-        QMatrix4x4 world;
-        float fieldOfView = 35;
+        QMatrix4x4 world;       ///< it looks along -z
+        float fieldOfView = 35; ///< of the picture's height, degrees
         bool selected = false;
     };
 

@@ -8,12 +8,12 @@
 class QPainter;
 
 /// What lies over the picture of the 3D view: signs of lights and cameras, directions, hints, numbers. Painted flat, so
-/// that it is sharp at any pixel ratio and the same over both renderers.
+/// that it is sharp at any pixel ratio. Points and sizes are device-independent pixels of the view.
 namespace kxViewOverlay
 {
 /// A small picture at each light and camera of the scene.
 void paintSigns(QPainter& painter, const kxRenderScene& scene, const kxViewCamera& camera, const QSizeF& size);
-/// The node whose sign lies at `point`, the nearest to the eye; 0 for none.
+/// The id of the node whose sign lies at `point`, the nearest to the eye; 0 for none.
 osg::UInt32 signAt(const QPointF& point, const kxRenderScene& scene, const kxViewCamera& camera, const QSizeF& size);
 /// The three directions of the scene, in the lower right corner.
 void paintTriad(QPainter& painter, const kxViewCamera& camera, const QSizeF& size);

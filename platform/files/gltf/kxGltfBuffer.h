@@ -10,13 +10,15 @@ class kxGltfBuffer
 public:
     explicit kxGltfBuffer(tinygltf::Model& model) : _model(model) {}
 
-    /// `target`: what a graphics card takes the view for, 0 for nothing. `bounds`: smallest and largest values are
-    /// told.
+    /// The index of a new accessor of `values`, one after another for each element; `type` is TINYGLTF_TYPE_... of an
+    /// element. `target`: what a graphics card takes the view for (TINYGLTF_TARGET_...), 0 for nothing. `bounds`: the
+    /// smallest and the largest values are written too.
     int addFloats(const std::vector<float>& values, int type, int target, bool bounds);
+    /// The same for unsigned numbers of 32 bits.
     int addIndices(const std::vector<std::uint32_t>& values, int type, int target);
-    /// Bytes as they are; the view.
+    /// Bytes as they are; the index of their view.
     int addBytes(const std::vector<unsigned char>& bytes);
-    /// Puts the buffer into the model; nothing may be added behind.
+    /// Puts the buffer into the model; nothing may be added after that.
     void finish();
     std::size_t size() const { return _bytes.size(); }
 
