@@ -9,7 +9,6 @@
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizClipGUI.h>
 
-#include <animation/kxTriggers.h>
 #include <kxFramePlayer.h>
 #include <kxPlatform.h>
 #include <kxSendMouse.h>
@@ -48,7 +47,6 @@ private Q_SLOTS:
         _maker = std::make_unique<kxClipMakerFixture>();
         _form = _maker->form;
         _maker->fill();
-        _object = _maker->moved;
         _clip = _maker->showClip;
     }
 
@@ -329,62 +327,6 @@ private Q_SLOTS:
         QVERIFY2(!player.isPlaying(), "another selection stops the playback");
     }
 
-    void wrapsPastNoTrigger_data()
-    {
-        kxColumns<double, bool, QString>("rate", "reverse", "fired");
-        kxRow("at the scene's rate", 24.0, false, "late");
-        kxRow("every frame", -1.0, false, "late");
-        kxRow("slower", 12.0, false, "late");
-        kxRow("back", 24.0, true, "early");
-        kxRow("back and faster", 48.0, true, "early");
-    }
-
-    /// The way to the far end fires what lies on it; the way back fires nothing.
-    void wrapsPastNoTrigger()
-    {
-        QFETCH(double, rate);
-        QFETCH(bool, reverse);
-        QFETCH(QString, fired);
-        showLate();
-        const double rateBefore = kxAnimManager::the()->playbackFPS();
-        kxAnimManager::the()->setPlaybackFPS(rate);
-        press(reverse ? "_playRev" : "_play");
-        kxAnimManager::the()->setPlaybackFPS(rateBefore);
-        shown()->setTime(60);
-        QStringList heard;
-        hearTriggers(heard);
-        kxMessage message;
-        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
-        kxTriggers::setHandler(nullptr);
-        QCOMPARE(heard.join(','), fired);
-        QCOMPARE(shown()->time(), reverse ? 72.0 : 48.0);
-    }
-
-    void startsPastNoTrigger()
-    {
-        showLate();
-        for (const auto& [from, button, frames, fired] :
-             {std::make_tuple(48.0, "_playRev", std::make_pair(72.0, 49.0), "late,early"),
-              {72.0, "_play", {48.0, 71.0}, "early,late"},
-              {100.0, "_play", {48.0, 60.0}, "early"},
-              {60.0, "_playRev", {59.0, 50.0}, "early"}})
-        {
-            press("_stop");
-            shown()->setTime(from);
-            QStringList heard;
-            hearTriggers(heard);
-            press(button);
-            for (const double frame : {frames.first, frames.second})
-            {
-                kxMessage message;
-                message.set("frame", frame, true);
-                kxController::call(kxMessageName::FramePlayerFrameChanged, message, 0);
-            }
-            kxTriggers::setHandler(nullptr);
-            QCOMPARE(heard.join(','), QString(fired));
-        }
-    }
-
     void fieldsFollowTheClip()
     {
         select(_clip);
@@ -609,21 +551,6 @@ private:
     kxAnimClipScene* shown() const { return _maker->shown; }
     kxAnimClipStructureWidget* tree() const { return _maker->tree; }
     void press(const char* button) { _form->findChild<QToolButton*>(button)->click(); }
-    /// A clip of frames 48 to 72, with the triggers "early" and "late".
-    void showLate()
-    {
-        const osg::AnimNodePtr late = kxAnimFixture::clip("Late", {kxAnimFixture::clone(child(_clip, 0), 2),
-                                                                   kxAnimFixture::trigger("early", 2.25f),
-                                                                   kxAnimFixture::trigger("late", 2.75f)});
-        kxAnimManager::the()->addToClipStructure(late);
-        tree()->rebuild(false);
-        select(late);
-    }
-    static void hearTriggers(QStringList& heard)
-    {
-        kxTriggers::setHandler([&heard](const std::string& name, kxTriggers::Kind)
-                               { heard << QString::fromStdString(name); });
-    }
     static osg::AnimNodePtr child(const osg::AnimNodePtr& node, unsigned int index)
     {
         return kxClipMakerFixture::child(node, index);
@@ -631,7 +558,6 @@ private:
 
     std::unique_ptr<kxClipMakerFixture> _maker;
     kxAnimClipEditorGUIW* _form = nullptr;
-    osg::NodePtr _object;
     osg::AnimNodePtr _clip;
 };
 

@@ -1,6 +1,7 @@
 #include "kxClipFixture.h"
 #include "kxClipMakerFixture.h"
 
+#include <animation/kxTriggers.h>
 #include <clipmaker/edits/kxClipTriggers.h>
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipLabel.h>
@@ -17,6 +18,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QToolButton>
 #include <kxTable.h>
 
 #include <set>
@@ -68,6 +70,26 @@ QStringList namesIn(const QComboBox* box)
         names.append(box->itemText(i));
     return names;
 }
+
+/// Shows a clip of frames 48 to 72, with the triggers "early" and "late".
+struct LateClip : kxClipMakerFixture
+{
+    LateClip()
+    {
+        fill();
+        const osg::AnimNodePtr late =
+            clip("Late", {clone(child(showClip), 2), trigger("early", 2.25f), trigger("late", 2.75f)});
+        kxAnimManager::the()->addToClipStructure(late);
+        tree->rebuild(false);
+        select(late);
+        kxTriggers::setHandler([this](const std::string& name, kxTriggers::Kind)
+                               { heard << QString::fromStdString(name); });
+    }
+    ~LateClip() { kxTriggers::setHandler(nullptr); }
+    void press(const char* button) const { form->findChild<QToolButton*>(button)->click(); }
+
+    QStringList heard; // what fired
+};
 } // namespace
 
 class tst_kxAnimClipSequence : public QObject
@@ -242,6 +264,58 @@ private Q_SLOTS:
         QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(marker->pos() + QPointF(0, 9))));
         QCOMPARE(f.tree->topLevelItem(0)->childCount(), 3);
         QCOMPARE(f.tree->selectedClip(), f.showClip);
+    }
+
+    void wrapsPastNoTrigger_data()
+    {
+        kxColumns<double, bool, QString>("rate", "reverse", "fired");
+        kxRow("at the scene's rate", 24.0, false, "late");
+        kxRow("every frame", -1.0, false, "late");
+        kxRow("slower", 12.0, false, "late");
+        kxRow("back", 24.0, true, "early");
+        kxRow("back and faster", 48.0, true, "early");
+    }
+
+    /// The way to the far end fires what lies on it; the way back fires nothing.
+    void wrapsPastNoTrigger()
+    {
+        QFETCH(double, rate);
+        QFETCH(bool, reverse);
+        QFETCH(QString, fired);
+        LateClip f;
+        const double rateBefore = kxAnimManager::the()->playbackFPS();
+        kxAnimManager::the()->setPlaybackFPS(rate);
+        f.press(reverse ? "_playRev" : "_play");
+        kxAnimManager::the()->setPlaybackFPS(rateBefore);
+        f.shown->setTime(60);
+        f.heard.clear();
+        kxMessage message;
+        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        QCOMPARE(f.heard.join(','), fired);
+        QCOMPARE(f.shown->time(), reverse ? 72.0 : 48.0);
+    }
+
+    void startsPastNoTrigger()
+    {
+        LateClip f;
+        for (const auto& [from, button, frames, fired] :
+             {std::make_tuple(48.0, "_playRev", std::make_pair(72.0, 49.0), "late,early"),
+              {72.0, "_play", {48.0, 71.0}, "early,late"},
+              {100.0, "_play", {48.0, 60.0}, "early"},
+              {60.0, "_playRev", {59.0, 50.0}, "early"}})
+        {
+            f.press("_stop");
+            f.shown->setTime(from);
+            f.heard.clear();
+            f.press(button);
+            for (const double frame : {frames.first, frames.second})
+            {
+                kxMessage message;
+                message.set("frame", frame, true);
+                kxController::call(kxMessageName::FramePlayerFrameChanged, message, 0);
+            }
+            QCOMPARE(f.heard.join(','), QString(fired));
+        }
     }
 
     /// The question about an animation that is in the way; its answers stand in the test of the wizard.
