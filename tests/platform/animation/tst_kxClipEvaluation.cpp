@@ -229,7 +229,7 @@ private Q_SLOTS:
         QCOMPARE(shown(driven, clip, 60), 12.0f);
         manager()->reevaluateAnimations(false);
         QCOMPARE(driven.x(), 12.0f);
-        const kxOwned held(clip);
+        const Share<AnimNode> held(clip);
         manager()->clipStructureRoot()->subChild(clip);
         manager()->reevaluateAnimations(false);
         QCOMPARE(driven.x(), 9.0f);
