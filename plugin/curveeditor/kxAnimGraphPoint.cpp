@@ -4,7 +4,6 @@
 #include <curveeditor/kxAnimGraphGeometry.h>
 #include <curveeditor/kxAnimGraphMarks.h>
 #include <curveeditor/kxAnimGraphScene.h>
-#include <curveeditor/kxAnimJointMove.h>
 
 #include <osg/CCPnt.h>
 
@@ -15,12 +14,9 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPen>
-#include <QPointer>
 #include <QStyleOptionGraphicsItem>
 
-#include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace
 {
@@ -32,18 +28,6 @@ constexpr double OtherLength = 10;
 /// One pixel in scene units.
 double g_scaleX = 1;
 double g_scaleY = 1;
-/// Counts the keys that came to stand elsewhere.
-quint64 g_keyMoves = 0;
-/// Where the mouse was at the last press, move or release.
-QPointF g_lastScenePos;
-
-/// The keys that the mouse drags, and where each stood at the first move.
-struct DraggedKey
-{
-    QPointer<kxAnimGraphPoint> key;
-    QPointF start;
-};
-std::vector<DraggedKey> g_dragged;
 
 kxCurveMath::Place place(const QPointF& point)
 {
@@ -380,23 +364,25 @@ void kxAnimGraphPoint::mousePressEvent(QGraphicsSceneMouseEvent* event)
         event->ignore(); // what lies below takes it
     else if (!_isTangent)
         QGraphicsRectItem::mousePressEvent(event);
-    g_lastScenePos = event->scenePos();
     _isDragging = false;
 }
 
 void kxAnimGraphPoint::mouseMoveEvent(QGraphicsSceneMouseEvent* event)
 {
     // Some window systems send a move of no length with a click.
-    if (!_isDragging && event->scenePos() == g_lastScenePos)
+    const QPointF way = event->scenePos() - event->buttonDownScenePos(Qt::LeftButton);
+    if (!_isDragging && way.isNull())
         return;
-    if (!_isDragging && !_isTangent)
-        beginKeyDrag();
+    kxAnimGraphScene* const graph = graphScene();
+    if (!_isDragging && !_isTangent && graph != nullptr)
+        graph->keyDrag().begin(*this);
     _isDragging = true;
     if (_isTangent)
         dragHandle(event);
-    else
-        dragKeys(event);
-    g_lastScenePos = event->scenePos();
+    else if (!(event->buttons() & Qt::LeftButton) || !(flags() & ItemIsMovable))
+        event->ignore();
+    else if (graph != nullptr)
+        graph->keyDrag().move(way);
 }
 
 void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
@@ -410,50 +396,6 @@ void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
     cacheTangents();
 }
 
-void kxAnimGraphPoint::beginKeyDrag()
-{
-    QList<kxAnimGraphPoint*> keys;
-    if (const kxAnimGraphScene* graph = graphScene())
-        graph->selectedPoints(keys);
-    if (!isSelected())
-        keys.append(this);
-    g_dragged.clear();
-    g_dragged.reserve(std::size_t(keys.size()));
-    for (kxAnimGraphPoint* key : qAsConst(keys))
-        g_dragged.push_back({key, key->pos()});
-}
-
-void kxAnimGraphPoint::dragKeys(QGraphicsSceneMouseEvent* event)
-{
-    if (!(event->buttons() & Qt::LeftButton) || !(flags() & ItemIsMovable))
-    {
-        event->ignore();
-        return;
-    }
-    const quint64 movesBefore = g_keyMoves;
-    // This key follows the mouse, and the grid where it snaps; the others follow this one, so that the keys keep their
-    // distances in time and in value. The base would let each go its own way.
-    const auto isOut = [](const DraggedKey& one) { return one.key.isNull() || !(one.key->flags() & ItemIsMovable); };
-    g_dragged.erase(std::remove_if(g_dragged.begin(), g_dragged.end(), isOut), g_dragged.end());
-    const auto own =
-        std::find_if(g_dragged.begin(), g_dragged.end(), [this](const DraggedKey& one) { return one.key == this; });
-    if (own == g_dragged.end())
-        return;
-    const QPointF target = snapped(own->start + event->scenePos() - event->buttonDownScenePos(Qt::LeftButton));
-    const QPointF way = target - own->start;
-    QList<kxAnimGraphPoint*> keys;
-    for (const DraggedKey& one : g_dragged)
-        keys.append(one.key);
-    {
-        const kxAnimJointMove step(keys);
-        for (const DraggedKey& one : g_dragged)
-            one.key->setPos(one.key == this ? target : one.start + way);
-    }
-    // Keys that snapping, locks or ties hold where they are leave no step.
-    if (g_keyMoves != movesBefore && graphScene() != nullptr)
-        graphScene()->moveSelectedPoints();
-}
-
 void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
 {
     if (!_isTangent)
@@ -461,9 +403,9 @@ void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
     else if (_isDragging && curve() != nullptr)
         curve()->takeTangents(key());
     cacheTangents();
-    g_lastScenePos = event->scenePos();
     _isDragging = false;
-    g_dragged.clear();
+    if (kxAnimGraphScene* const graph = graphScene())
+        graph->keyDrag().end();
 }
 
 void kxAnimGraphPoint::hoverEnterEvent(QGraphicsSceneHoverEvent* event)
@@ -528,7 +470,6 @@ QVariant kxAnimGraphPoint::itemChange(GraphicsItemChange change, const QVariant&
     case ItemPositionChange:
         return scene() != nullptr ? filteredPos(value.toPointF()) : value;
     case ItemPositionHasChanged:
-        ++g_keyMoves;
         _isTouched = true;
         if (kxAnimGraphCurve* parent = curve())
         {

@@ -58,6 +58,8 @@ public:
     /// While true, keys that move with this one don't refuse it the frame that they stand on. See kxAnimJointMove.
     void setMovingJointly(bool value) { _isMovingJointly = value; }
     bool isMovingJointly() const { return _isMovingJointly; }
+    /// `proposed`, on the grid along the axes that snap.
+    QPointF snapped(const QPointF& proposed) const;
     /// Moves a key past snapping, locks and ties to where it was.
     void putBack(const QPointF& pos);
 
@@ -157,9 +159,6 @@ private:
     void moveTangent(const QPointF& mouse);
     void followHandle(kxAnimGraphPoint* handle, bool isIn);
     void dragHandle(QGraphicsSceneMouseEvent* event);
-    void dragKeys(QGraphicsSceneMouseEvent* event);
-    void beginKeyDrag();
-    QPointF snapped(const QPointF& proposed) const;
     kxAnimGraphScene* graphScene() const;
 
     mutable std::unique_ptr<Handles> _handles; // the items are children, deleted in the destructor

@@ -2,6 +2,7 @@
 
 #include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphPicture.h>
+#include <curveeditor/kxAnimKeyDrag.h>
 #include <frame/kxCallbacks.h>
 
 #include <osg/AnimCurve.h>
@@ -97,6 +98,8 @@ public:
     /// In a press of the mouse on a selected key: this key, which takes it before handles and keys that lie over it.
     const kxAnimGraphPoint* pressedKey() const { return _pressedKey; }
 
+    kxAnimKeyDrag& keyDrag() { return _keyDrag; }
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
@@ -146,5 +149,6 @@ private:
     std::vector<QPointer<kxAnimGraphCurve>> _curves;       // in the order in which they were made
     std::vector<QPointer<kxAnimGraphPoint>> _withTangents; // the keys that were selected, and so show their handles
     kxAnimGraphPicture _picture;
+    kxAnimKeyDrag _keyDrag{*this};
     kxCallbacks _callbacks;
 };
