@@ -250,7 +250,7 @@ std::vector<QPointF> kxAnimGraphCurve::sortPoints()
             continue;
         _points[i] = entry.point;
         entry.point->setIndex(i);
-        entry.point->_isTouched = true;
+        entry.point->setTouched(true);
     }
     return places;
 }
@@ -278,8 +278,8 @@ void kxAnimGraphCurve::computeTangents()
         kxAnimGraphPoint* key = _points.at(i);
         kxAnimGraphPoint* previous = i > 0 ? _points.at(i - 1) : nullptr;
         kxAnimGraphPoint* next = i + 1 < _points.size() ? _points.at(i + 1) : nullptr;
-        const bool isTouched = key->_isTouched;
-        if (isTouched || isPreviousTouched || (next != nullptr && next->_isTouched) || key->_handles)
+        const bool isTouched = key->isTouched();
+        if (isTouched || isPreviousTouched || (next != nullptr && next->isTouched()) || key->hasHandles())
             computeTangents(key, previous, next);
         isPreviousTouched = isTouched;
     }
@@ -295,7 +295,7 @@ void kxAnimGraphCurve::computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* 
         key->setOutTangentPos(key->cachedOutTangentPos());
     key->computeInTangent(previous, next);
     key->computeOutTangent(previous, next);
-    key->_isTouched = key->inTangentPos() != in || key->outTangentPos() != out;
+    key->setTouched(key->inTangentPos() != in || key->outTangentPos() != out);
 }
 
 bool kxAnimGraphCurve::isTimeTaken(double x, const kxAnimGraphPoint* key) const

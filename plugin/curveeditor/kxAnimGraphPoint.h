@@ -80,6 +80,10 @@ public:
     /// Remembers the present places; of a handle: those of its key.
     void cacheTangents();
 
+    /// Whether place, vectors or types changed since the curve last computed its tangents.
+    bool isTouched() const { return _isTouched; }
+    void setTouched(bool value) { _isTouched = value; }
+
     /// The type of a handle.
     int tangentType() const { return _isInTangent ? _inType : _outType; }
     void setTangentType(int type);
@@ -88,6 +92,8 @@ public:
     int outTangentType() const { return _outType; }
     void setTangentTypes(int inType, int outType);
 
+    /// Whether the handles of a key have been made.
+    bool hasHandles() const { return _handles != nullptr; }
     /// The handles of a key, made here where they weren't yet; null in a handle. Owned by the key.
     kxAnimGraphPoint* inTangentItem() const;
     kxAnimGraphPoint* outTangentItem() const;
@@ -137,7 +143,6 @@ private Q_SLOTS:
     void movedOutTangent(kxAnimGraphPoint* outTangent);
 
 private:
-    friend class kxAnimGraphCurve;
     struct Handle
     {
         kxAnimGraphPoint* point;
