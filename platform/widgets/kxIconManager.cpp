@@ -1,7 +1,6 @@
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
-#include <widgets/kxSvgIconEngine.h>
 
 #include <QFile>
 #include <QGuiApplication>
@@ -39,7 +38,7 @@ QString findFile(const QString& name, const QString& theme)
 QIcon kxIconManager::getIcon(const QString& name, const QString& theme)
 {
     const QString file = findFile(name, theme);
-    return file.isEmpty() ? QIcon() : QIcon(new kxSvgIconEngine(file));
+    return file.isEmpty() ? QIcon() : QIcon(file);
 }
 
 QPixmap kxIconManager::get(const QString& path)
@@ -47,11 +46,8 @@ QPixmap kxIconManager::get(const QString& path)
     const QString file = findFile(path, {});
     if (file.isEmpty() || !qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         return {};
-    const double ratio = qGuiApp->devicePixelRatio();
-    const int side = int(std::lround(PictureSide * double(kxPlatform::getDpiScaleX()) * ratio));
-    QPixmap pixmap = kxSvgIconEngine::render(file, QSize(side, side), QIcon::Normal);
-    pixmap.setDevicePixelRatio(ratio);
-    return pixmap;
+    const int side = int(std::lround(PictureSide * double(kxPlatform::getDpiScaleX())));
+    return QIcon(file).pixmap(side, side);
 }
 
 QIcon kxIconCache::General::getSearchIcon()

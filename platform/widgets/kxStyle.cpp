@@ -10,11 +10,27 @@
 #include <QStyleOption>
 #include <QToolTip>
 
+#include <algorithm>
+
 namespace
 {
 constexpr double FontSize = 9.5; // points
 
-/// Metrics that a style sheet can't give: row heights, delays, sizes of marks.
+/// A picture (Format_ARGB32) of what can't be pressed: grey and faint.
+QImage faint(QImage image)
+{
+    constexpr double Opacity = 0.38;
+    for (int y = 0; y < image.height(); ++y)
+    {
+        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        std::for_each_n(line, image.width(),
+                        [](QRgb& pixel)
+                        { pixel = qRgba(qGray(pixel), qGray(pixel), qGray(pixel), int(qAlpha(pixel) * Opacity)); });
+    }
+    return image;
+}
+
+/// Metrics that a style sheet can't give: row heights, delays, sizes of marks. And the look of disabled icons.
 class ProxyStyle : public QProxyStyle
 {
 public:
@@ -85,6 +101,12 @@ public:
     /// The icons are drawn for dark ground, that of a selected row too: mixed with its colour they would fade.
     QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap, const QStyleOption* option) const override
     {
+        if (mode == QIcon::Disabled)
+        {
+            QPixmap shown = QPixmap::fromImage(faint(pixmap.toImage().convertToFormat(QImage::Format_ARGB32)));
+            shown.setDevicePixelRatio(pixmap.devicePixelRatio());
+            return shown;
+        }
         return mode == QIcon::Selected ? pixmap : QProxyStyle::generatedIconPixmap(mode, pixmap, option);
     }
 };
