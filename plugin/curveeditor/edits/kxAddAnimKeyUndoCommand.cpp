@@ -25,7 +25,7 @@ bool isNear(const osg::AnimCurvePtr& curve, unsigned int index, const osg::CCPnt
 
 kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, std::vector<osg::CCPnt>&& points,
                                                  QUndoCommand* parent)
-    : kxUndoCommand(kxUndoString("Add Animation Key Points", "Animation"), parent), _isDelete(false),
+    : kxMergingCommand(kxUndoString("Add Animation Key Points", "Animation"), parent), _isDelete(false),
       _curveId(curve.getFieldContainerId()), _points(std::move(points))
 {
     points.clear();
@@ -43,7 +43,7 @@ kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve,
 
 kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve, std::vector<unsigned int>&& indices,
                                                  QUndoCommand* parent)
-    : kxUndoCommand(kxUndoString("Delete Animation Key Points", "Animation"), parent), _isDelete(true),
+    : kxMergingCommand(kxUndoString("Delete Animation Key Points", "Animation"), parent), _isDelete(true),
       _curveId(curve.getFieldContainerId()), _indices(std::move(indices))
 {
     indices.clear();
@@ -51,40 +51,19 @@ kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve,
     _indices.erase(std::unique(_indices.begin(), _indices.end()), _indices.end());
 }
 
-int kxAddAnimKeyUndoCommand::commandId()
-{
-    static const int classId = makeId(typeid(kxAddAnimKeyUndoCommand));
-    return classId;
-}
-
-int kxAddAnimKeyUndoCommand::id() const
-{
-    return commandId();
-}
-
-void kxAddAnimKeyUndoCommand::redo()
+void kxAddAnimKeyUndoCommand::apply(bool forward)
 {
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     if (curve == osg::NullFC)
         return;
-    keepAffected(curve);
-    if (_isDelete)
+    if (forward)
+        keepAffected(curve);
+    if (forward == _isDelete)
         removeIndices(curve);
     else
         addPoints(curve);
-    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
-}
-
-void kxAddAnimKeyUndoCommand::undo()
-{
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
-    if (curve == osg::NullFC)
-        return;
-    if (_isDelete)
-        addPoints(curve);
-    else
-        removeIndices(curve);
-    restoreKept(curve);
+    if (!forward)
+        restoreKept(curve);
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimCurve.h>
 
 #include <map>
@@ -10,7 +10,7 @@
 ///
 /// Adding and deleting compute the tangents of neighbouring keys again, and a key that is added at the time of another
 /// replaces it. What redo() changes so is kept, and undo() puts it back exactly.
-class kxAddAnimKeyUndoCommand : public kxUndoCommand
+class kxAddAnimKeyUndoCommand : public kxMergingCommand<kxAddAnimKeyUndoCommand>
 {
 public:
     /// Adds keys, given in ascending time. Takes `points` over; keys with a number that isn't finite are dropped.
@@ -25,16 +25,11 @@ public:
     /// redo().
     void keepTangents() { _keepsTangents = true; }
 
-    /// The class id, as id() gives it.
-    static int commandId();
-
-    void undo() override;
-    void redo() override;
-    int id() const override;
     bool mergeWith(const QUndoCommand* other) override;
     bool canMergeWith(const QUndoCommand* other) const override;
 
 private:
+    void apply(bool forward) override;
     /// What became of a point that was added.
     struct Added
     {

@@ -54,35 +54,14 @@ void keepSorted(std::vector<osg::CCPnt>& keys)
 
 kxAnimCurveUndoCommand::kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, const std::vector<osg::CCPnt>& points,
                                                QUndoCommand* parent)
-    : kxUndoCommand(kxUndoString("Move Control Points", "Animation"), parent), _curveId(curve.getFieldContainerId()),
+    : kxMergingCommand(kxUndoString("Move Control Points", "Animation"), parent), _curveId(curve.getFieldContainerId()),
       _differences(differencesTo(points, curve))
 {
     const osg::CCPnt none({}, {}, {}, 0, 0);
     setObsolete(std::count(_differences.begin(), _differences.end(), none) == std::ptrdiff_t(_differences.size()));
 }
 
-int kxAnimCurveUndoCommand::commandId()
-{
-    static const int classId = makeId(typeid(kxAnimCurveUndoCommand));
-    return classId;
-}
-
-int kxAnimCurveUndoCommand::id() const
-{
-    return commandId();
-}
-
-void kxAnimCurveUndoCommand::undo()
-{
-    apply(-1);
-}
-
-void kxAnimCurveUndoCommand::redo()
-{
-    apply(1);
-}
-
-void kxAnimCurveUndoCommand::apply(int sign)
+void kxAnimCurveUndoCommand::apply(bool forward)
 {
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     // A curve that gained or lost keys behind the stack's back is none that the differences fit.
@@ -91,7 +70,7 @@ void kxAnimCurveUndoCommand::apply(int sign)
     std::vector<osg::CCPnt> keys;
     keys.reserve(_differences.size());
     for (osg::UInt32 i = 0; i < _differences.size(); ++i)
-        keys.push_back(kxAnimKeyMath::added(curve->getControlPoints(i), _differences[i], sign));
+        keys.push_back(kxAnimKeyMath::added(curve->getControlPoints(i), _differences[i], forward ? 1 : -1));
     if (!areFinite(keys))
         return;
     keepSorted(keys);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimCurve.h>
 
 #include <vector>
@@ -10,7 +10,7 @@
 /// The differences go by key index, so that a drag that passes other keys is undone as a whole: a merged step holds for
 /// each index the sum of the movements of whatever key stood there. A command that moves nothing, and a drag that came
 /// back to its start, are obsolete.
-class kxAnimCurveUndoCommand : public kxUndoCommand
+class kxAnimCurveUndoCommand : public kxMergingCommand<kxAnimCurveUndoCommand>
 {
 public:
     /// `points`: the keys as they are to be, as many as the curve has and in its order, sorted by time. Others, and any
@@ -18,17 +18,11 @@ public:
     kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, const std::vector<osg::CCPnt>& points,
                            QUndoCommand* parent = nullptr);
 
-    /// The class id, as id() gives it.
-    static int commandId();
-
-    void undo() override;
-    void redo() override;
-    int id() const override;
     bool mergeWith(const QUndoCommand* other) override;
     bool canMergeWith(const QUndoCommand* other) const override;
 
 private:
-    void apply(int sign);
+    void apply(bool forward) override;
     /// True where the keys stand as before redo(), but for the rounding that a way there and back leaves.
     bool isBackAtStart() const;
 

@@ -61,7 +61,7 @@ bool isAsComputed(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn)
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
                                                    const osg::Vector<float, 2>& vector, QUndoCommand* parent)
-    : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
+    : kxMergingCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
       _oldType(Free), _newType(Free)
 {
     setObsolete(true);
@@ -80,7 +80,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
                                                    unsigned int type, QUndoCommand* parent)
-    : kxUndoCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
+    : kxMergingCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
       _oldType(type), _newType(type)
 {
     setObsolete(true);
@@ -98,18 +98,12 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
-int kxAnimTangentUndoCommand::commandId()
+void kxAnimTangentUndoCommand::apply(bool forward)
 {
-    static const int classId = makeId(typeid(kxAnimTangentUndoCommand));
-    return classId;
+    forward ? setNew() : setOld();
 }
 
-int kxAnimTangentUndoCommand::id() const
-{
-    return commandId();
-}
-
-void kxAnimTangentUndoCommand::redo()
+void kxAnimTangentUndoCommand::setNew()
 {
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     _nextIn.reset();
@@ -118,7 +112,7 @@ void kxAnimTangentUndoCommand::redo()
         const osg::CCPnt& next = curve->getControlPoints(_index + 1);
         _nextIn = NextIn{next.intangent(), next.inType};
     }
-    apply(_difference, _newType);
+    change(_difference, _newType);
     if (_flattensNext && hasKey(curve, _index + 1))
     {
         curve->computeIntangent(_index + 1, Constant);
@@ -127,9 +121,9 @@ void kxAnimTangentUndoCommand::redo()
     _flattensNext = _flattensNext || (!_isIn && _newType == Constant);
 }
 
-void kxAnimTangentUndoCommand::undo()
+void kxAnimTangentUndoCommand::setOld()
 {
-    apply(-_difference, _oldType);
+    change(-_difference, _oldType);
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     if (!hasKey(curve, _index))
         return;
@@ -162,7 +156,7 @@ void kxAnimTangentUndoCommand::restoreNextIn(const osg::AnimCurvePtr& curve) con
     next.inType = _nextIn->type;
 }
 
-void kxAnimTangentUndoCommand::apply(const osg::Vector<float, 2>& difference, unsigned int type)
+void kxAnimTangentUndoCommand::change(const osg::Vector<float, 2>& difference, unsigned int type)
 {
     const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
     if (!hasKey(curve, _index))

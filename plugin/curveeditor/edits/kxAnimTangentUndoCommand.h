@@ -1,13 +1,13 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimCurve.h>
 
 #include <optional>
 
 /// Moves one tangent of one key, which makes it free, or sets its type. Obsolete where it changes nothing, from the
 /// start or by a drag that came back.
-class kxAnimTangentUndoCommand : public kxUndoCommand
+class kxAnimTangentUndoCommand : public kxMergingCommand<kxAnimTangentUndoCommand>
 {
 public:
     /// Moves: `vector` is where the tangent is to be, relative to its key. An index beyond the keys, or a vector that
@@ -19,16 +19,11 @@ public:
     kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn, unsigned int type,
                              QUndoCommand* parent = nullptr);
 
-    /// The class id, as id() gives it.
-    static int commandId();
-
-    void undo() override;
-    void redo() override;
-    int id() const override;
     bool mergeWith(const QUndoCommand* other) override;
     bool canMergeWith(const QUndoCommand* other) const override;
 
 private:
+    void apply(bool forward) override;
     /// The in side of the key behind: a constant out side flattens it too.
     struct NextIn
     {
@@ -39,7 +34,9 @@ private:
     /// True where the tangent, and the in side behind it, stand as before redo().
     bool isBackAtStart(const osg::AnimCurvePtr& curve) const;
     void restoreNextIn(const osg::AnimCurvePtr& curve) const;
-    void apply(const osg::Vector<float, 2>& difference, unsigned int type);
+    void setNew();
+    void setOld();
+    void change(const osg::Vector<float, 2>& difference, unsigned int type);
 
     unsigned int _curveId;
     unsigned int _index;

@@ -21,27 +21,19 @@ osg::NodePtr curveRoot(unsigned int containerId)
 } // namespace
 
 kxChannelCurvesUndoCommand::kxChannelCurvesUndoCommand()
-    : kxUndoCommand(kxUndoString("Add Animation Keys", "Animation"))
+    : kxMergingCommand(kxUndoString("Add Animation Keys", "Animation"))
 {
-}
-
-kxChannelCurvesUndoCommand::~kxChannelCurvesUndoCommand()
-{
-    for (const std::vector<Made>* const made : {&_curves, &_attachments})
-        for (const Made& entry : *made)
-            if (const auto container = find<osg::FieldContainer>(entry.id); entry.isOut && container != osg::NullFC)
-                container->subRef();
 }
 
 void kxChannelCurvesUndoCommand::noteAttachment(const osg::AttachmentContainerPtr& container,
                                                 const osg::AnimAttachmentPtr& attachment)
 {
-    _attachments.push_back({container->getId(), attachment->getId(), false, 0});
+    _attachments.push_back({container->getId(), attachment->getId(), {}, 0});
 }
 
 void kxChannelCurvesUndoCommand::noteCurve(const osg::AttachmentContainerPtr& container, const osg::AnimNodePtr& node)
 {
-    _curves.push_back({container->getId(), node->getId(), false, 0});
+    _curves.push_back({container->getId(), node->getId(), {}, 0});
 }
 
 void kxChannelCurvesUndoCommand::noteSwitchedOff(const osg::AnimNodePtr& block, osg::UInt32 mask)
@@ -49,32 +41,22 @@ void kxChannelCurvesUndoCommand::noteSwitchedOff(const osg::AnimNodePtr& block, 
     _blocks.push_back({block->getId(), mask});
 }
 
-int kxChannelCurvesUndoCommand::commandId()
+void kxChannelCurvesUndoCommand::apply(bool forward)
 {
-    static const int classId = makeId(typeid(kxChannelCurvesUndoCommand));
-    return classId;
-}
-
-int kxChannelCurvesUndoCommand::id() const
-{
-    return commandId();
-}
-
-void kxChannelCurvesUndoCommand::undo()
-{
-    swapMasks();
-    takeOutCurves();
-    takeOutAttachments();
-    _wasUndone = true;
-    kxAnimationService::the().animationsChanged();
-}
-
-void kxChannelCurvesUndoCommand::redo()
-{
-    putBackAttachments();
-    putBackCurves();
-    if (_wasUndone)
+    if (forward)
+    {
+        putBackAttachments();
+        putBackCurves();
+        if (_wasUndone)
+            swapMasks();
+    }
+    else
+    {
         swapMasks();
+        takeOutCurves();
+        takeOutAttachments();
+        _wasUndone = true;
+    }
     kxAnimationService::the().animationsChanged();
 }
 
@@ -101,11 +83,10 @@ void kxChannelCurvesUndoCommand::takeOutCurves()
         const osg::NodePtr parent = node != osg::NullFC ? node->getParent() : osg::NodePtr();
         if (parent == osg::NullFC || parent != curveRoot(curve.containerId))
             continue; // gathered into a block, moved or deleted since: no longer ours to take
-        node->addRef();
+        curve.out = osg::FieldContainerPtr(node);
         curve.position = unsigned(parent->findChild(node));
         parent->subChild(node);
         osg::markChanged(parent, osg::Node::ChildrenFieldMask);
-        curve.isOut = true;
     }
 }
 
@@ -120,10 +101,9 @@ void kxChannelCurvesUndoCommand::takeOutAttachments()
             kxAnimManager::the()->getAnimAttachment(container) != attachment ||
             attachment->getAnimationRoot()->getNChildren() > 0)
             continue;
-        attachment->addRef();
+        made.out = osg::FieldContainerPtr(attachment);
         container->subAttachment(attachment);
         osg::markChanged(container, osg::AttachmentContainer::AttachmentsFieldMask);
-        made.isOut = true;
     }
 }
 
@@ -134,13 +114,12 @@ void kxChannelCurvesUndoCommand::putBackAttachments()
         const auto container = find<osg::AttachmentContainer>(made.containerId);
         const auto attachment = find<osg::AnimAttachment>(made.id);
         // One that was made by other ways meanwhile is kept, and takes the curves.
-        if (!made.isOut || container == osg::NullFC || attachment == osg::NullFC ||
+        if (!made.out || container == osg::NullFC || attachment == osg::NullFC ||
             kxAnimManager::the()->getAnimAttachment(container) != osg::NullFC)
             continue;
         container->addAttachment(attachment);
         osg::markChanged(container, osg::AttachmentContainer::AttachmentsFieldMask);
-        attachment->subRef();
-        made.isOut = false;
+        made.out.release();
     }
 }
 
@@ -152,10 +131,9 @@ void kxChannelCurvesUndoCommand::putBackCurves()
     {
         const osg::AnimNodePtr node = find<osg::AnimNode>(curve->id);
         const osg::NodePtr root = curveRoot(curve->containerId);
-        if (!curve->isOut || node == osg::NullFC || root == osg::NullFC || !root->insertChild(curve->position, node))
+        if (!curve->out || node == osg::NullFC || root == osg::NullFC || !root->insertChild(curve->position, node))
             continue;
         osg::markChanged(root, osg::Node::ChildrenFieldMask);
-        node->subRef();
-        curve->isOut = false;
+        curve->out.release();
     }
 }

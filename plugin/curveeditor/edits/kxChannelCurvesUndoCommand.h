@@ -1,7 +1,8 @@
 #pragma once
 
-#include <kxUndo.h>
+#include <kxCommand.h>
 #include <osg/AnimAttachments.h>
+#include <osg/Share.h>
 
 #include <vector>
 
@@ -10,11 +11,10 @@
 ///
 /// All of it has been done when the command is added; the first redo() changes nothing. What undo() takes out lives on
 /// with a share that the command holds, until it is dropped.
-class kxChannelCurvesUndoCommand : public kxUndoCommand
+class kxChannelCurvesUndoCommand : public kxMergingCommand<kxChannelCurvesUndoCommand>
 {
 public:
     kxChannelCurvesUndoCommand();
-    ~kxChannelCurvesUndoCommand() override;
 
     /// `attachment` was made for `container`.
     void noteAttachment(const osg::AttachmentContainerPtr& container, const osg::AnimAttachmentPtr& attachment);
@@ -24,20 +24,14 @@ public:
     void noteSwitchedOff(const osg::AnimNodePtr& block, osg::UInt32 mask);
     bool isEmpty() const { return _attachments.empty() && _curves.empty() && _blocks.empty(); }
 
-    /// The class id, as id() gives it.
-    static int commandId();
-
-    void undo() override;
-    void redo() override;
-    int id() const override;
-
 private:
+    void apply(bool forward) override;
     struct Made
     {
         unsigned int containerId;
-        unsigned int id;           // of the attachment, or of the curve's node
-        bool isOut;                // a share is held
-        unsigned int position = 0; // below its parent, of a curve that is out
+        unsigned int id;                     // of the attachment, or of the curve's node
+        osg::Share<osg::FieldContainer> out; // null while it stands in the scene
+        unsigned int position = 0;           // below its parent, of a curve that is out
     };
     struct Block
     {

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 kxTrashAnimationUndoCommand::kxTrashAnimationUndoCommand(const std::vector<kxNodePtr>& nodes)
-    : kxUndoCommand(kxUndoString("Delete Animation", "Animation"))
+    : kxMergingCommand(kxUndoString("Delete Animation", "Animation"))
 {
     for (const kxNodePtr& handle : nodes)
     {
@@ -27,68 +27,47 @@ kxTrashAnimationUndoCommand::kxTrashAnimationUndoCommand(const std::vector<kxNod
     }
 }
 
-kxTrashAnimationUndoCommand::~kxTrashAnimationUndoCommand()
-{
-    for (const auto& entry : _parents)
-        kxNodeUtils::destroy(kxNodePtr::toNode(entry.first));
-}
-
 void kxTrashAnimationUndoCommand::addId(unsigned int id)
 {
     if (std::find(_ids.begin(), _ids.end(), id) == _ids.end())
         _ids.push_back(id);
 }
 
-int kxTrashAnimationUndoCommand::commandId()
+void kxTrashAnimationUndoCommand::apply(bool forward)
 {
-    static const int classId = makeId(typeid(kxTrashAnimationUndoCommand));
-    return classId;
+    if (forward)
+        takeOut();
+    else
+        putBack();
+    kxAnimationService::the().animationsChanged();
 }
 
-int kxTrashAnimationUndoCommand::id() const
+void kxTrashAnimationUndoCommand::takeOut()
 {
-    return commandId();
-}
-
-void kxTrashAnimationUndoCommand::redo()
-{
-    std::vector<std::pair<unsigned int, unsigned int>> taken;
     for (const unsigned int id : _ids)
     {
         const osg::NodePtr node = kxNodePtr::toNode(id);
         const osg::NodePtr parent = node == osg::NullFC ? osg::NodePtr() : node->getParent();
         if (parent == osg::NullFC)
             continue;
-        node->addRef();
-        _positions[id] = unsigned(parent->findChild(node));
+        _out.push_back({node, parent->getId(), unsigned(parent->findChild(node))});
         parent->subChild(node);
         osg::markChanged(parent, osg::Node::ChildrenFieldMask);
-        taken.emplace_back(id, parent->getId());
     }
-    for (const auto& [id, parentId] : taken)
-        _parents[id] = parentId;
     kxAnimManager::the()->verifyClipStructure();
-    kxAnimationService::the().animationsChanged();
 }
 
-void kxTrashAnimationUndoCommand::undo()
+void kxTrashAnimationUndoCommand::putBack()
 {
-    std::vector<unsigned int> restored;
-    // Against the order of redo(), so that each position means what it meant there.
-    for (auto id = _ids.rbegin(); id != _ids.rend(); ++id)
+    // Against the order in which they went, so that each position means what it meant there.
+    std::vector<Out> left;
+    for (auto entry = _out.rbegin(); entry != _out.rend(); ++entry)
     {
-        const auto entry = _parents.find(*id);
-        const osg::NodePtr node = kxNodePtr::toNode(*id);
-        if (node == osg::NullFC || entry == _parents.end())
-            continue;
-        const osg::NodePtr parent = kxNodePtr::toNode(entry->second);
-        if (parent == osg::NullFC || !parent->insertChild(_positions[*id], node))
-            continue;
-        osg::markChanged(parent, osg::Node::ChildrenFieldMask);
-        node->subRef();
-        restored.push_back(*id);
+        const osg::NodePtr parent = kxNodePtr::toNode(entry->parentId);
+        if (parent != osg::NullFC && parent->insertChild(entry->position, entry->node))
+            osg::markChanged(parent, osg::Node::ChildrenFieldMask);
+        else
+            left.insert(left.begin(), *entry); // it lives on, for as long as the step does
     }
-    for (const unsigned int id : restored)
-        _parents.erase(id);
-    kxAnimationService::the().animationsChanged();
+    _out = std::move(left);
 }

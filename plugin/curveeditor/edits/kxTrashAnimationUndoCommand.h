@@ -1,30 +1,31 @@
 #pragma once
 
+#include <kxCommand.h>
 #include <kxNodePtr.h>
-#include <kxUndo.h>
+#include <osg/Share.h>
 
-#include <map>
 #include <vector>
 
 /// Takes animations out of the tree. They live on, with a share that the command holds, until it is dropped.
-class kxTrashAnimationUndoCommand : public kxUndoCommand
+class kxTrashAnimationUndoCommand : public kxMergingCommand<kxTrashAnimationUndoCommand>
 {
 public:
     /// An animation node stands for itself, any other node for all animations of its attachment.
     explicit kxTrashAnimationUndoCommand(const std::vector<kxNodePtr>& nodes);
-    ~kxTrashAnimationUndoCommand() override;
-
-    /// The class id, as id() gives it.
-    static int commandId();
-
-    void undo() override;
-    void redo() override;
-    int id() const override;
 
 private:
+    void apply(bool forward) override;
     void addId(unsigned int id);
 
-    std::map<unsigned int, unsigned int> _parents;   // node to parent, of the nodes that are out of the tree
-    std::map<unsigned int, unsigned int> _positions; // node to its index among the parent's children
-    std::vector<unsigned int> _ids;                  // the nodes to take out
+    struct Out
+    {
+        osg::Share<osg::Node> node;
+        unsigned int parentId;
+        unsigned int position; // among the parent's children
+    };
+    void takeOut();
+    void putBack();
+
+    std::vector<Out> _out;          // in the order in which they went
+    std::vector<unsigned int> _ids; // the nodes to take out
 };

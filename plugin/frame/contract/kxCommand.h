@@ -24,9 +24,11 @@ class kxMergingCommand : public kxCommand
 public:
     using kxCommand::kxCommand;
 
-    int id() const override
+    /// The class id, as id() gives it.
+    static int commandId()
     {
         static const int classId = makeId(typeid(Self));
         return classId;
     }
+    int id() const override { return commandId(); }
 };
