@@ -305,7 +305,8 @@ void kxAnimClipStructureWidget::selectAlone(const QPersistentModelIndex& index)
     if (!index.isValid())
         return;
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-    itemFromIndex(index)->setSelected(true);
+    // Not by the row itself, which writes to itself after whoever hears it has made all rows anew.
+    selectionModel()->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     if (index.isValid())
         scrollTo(index);
 }

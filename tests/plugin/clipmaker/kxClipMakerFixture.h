@@ -69,7 +69,8 @@ public:
         tree->clearSelection();
         for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
             if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
-                (*it)->setSelected(true);
+                // Not by the row itself: what hears it may make all rows anew.
+                return tree->setCurrentItem(*it, 0, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
     static void deliver(kxMessageId::Id id)
     {
