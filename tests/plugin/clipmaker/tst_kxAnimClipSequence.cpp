@@ -2,6 +2,8 @@
 #include "kxClipMakerFixture.h"
 
 #include <animation/kxTriggers.h>
+#include <clipmaker/edits/kxClipNodes.h>
+#include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/edits/kxClipTriggers.h>
 #include <clipmaker/kxAnimClipInterferenceGUIImpl.h>
 #include <clipmaker/kxAnimClipLabel.h>
@@ -264,6 +266,18 @@ private Q_SLOTS:
         QVERIFY(f.view->viewport()->rect().contains(f.view->mapFromScene(marker->pos() + QPointF(0, 9))));
         QCOMPARE(f.tree->topLevelItem(0)->childCount(), 3);
         QCOMPARE(f.tree->selectedClip(), f.showClip);
+    }
+
+    void triggersStandAtTheRulersFrame()
+    {
+        kxClipMakerFixture f;
+        f.fill();
+        const osg::AnimNodePtr inner = kxClipStructure::makeClip("Inner");
+        QVERIFY(kxClipStructure::moveInto(inner, f.showClip));
+        inner->setOffset(osg::Vec2f(1.5f, 0));
+        f.showClip->setScale(2);
+        kxClipTriggers::add(kxClipTriggers::Sequence, "Open", inner, 100);
+        QVERIFY(std::abs(kxClipNodes::spanOf(f.child(inner)).x - 100) < 0.01);
     }
 
     void wrapsPastNoTrigger_data()
