@@ -49,8 +49,10 @@ void extendBySkin(BoxVolume& volume, const Mesh& mesh, const Skin& skin)
     for (UInt32 v = 0; v < mesh.vertexCount(); ++v)
         for (std::size_t k = 0; k < 4; ++k)
             if (skin.vertexWeights()[4 * std::size_t(v) + k] > 0.0f)
-                boxes[skin.vertexJoints()[4 * std::size_t(v) + k]].extendBy(
-                    Pnt3f(mesh.positions()[3 * v], mesh.positions()[3 * v + 1], mesh.positions()[3 * v + 2]));
+            {
+                const float* const place = mesh.positions().data() + 3 * std::size_t(v);
+                boxes[skin.vertexJoints()[4 * std::size_t(v) + k]].extendBy(Pnt3f(place[0], place[1], place[2]));
+            }
     for (std::size_t j = 0; j < joints.size(); ++j)
     {
         if (joints[j] == NullFC || boxes[j].isEmpty())

@@ -185,6 +185,7 @@ std::vector<kxSequenceStep> kxScenery::steps(const NodePtr& sequence, int* unrea
 std::vector<std::string> kxScenery::stepTexts(const std::vector<kxSequenceStep>& steps)
 {
     std::vector<std::string> texts;
+    texts.reserve(steps.size());
     for (const kxSequenceStep& step : steps)
         texts.push_back(step.toText());
     return texts;

@@ -70,8 +70,9 @@ qint64 minorStep(const Scale& scale, qint64 major, double minPixels)
     for (const qint64 parts : {10, 5, 2})
     {
         // Halves of 5 and fifths of 2 are no whole frames.
-        if (major % parts == 0 && double(major / parts) * scale.pixelsPerFrame() >= minPixels)
-            return major / parts;
+        const qint64 step = major / parts;
+        if (step * parts == major && double(step) * scale.pixelsPerFrame() >= minPixels)
+            return step;
     }
     return major;
 }

@@ -60,6 +60,7 @@ int kxGltfBuffer::addIndices(const std::vector<std::uint32_t>& values, int type,
     if (narrow)
     {
         std::vector<quint16> bytes;
+        bytes.reserve(values.size());
         for (const std::uint32_t value : values)
             bytes.push_back(qToLittleEndian(quint16(value)));
         accessor.bufferView = addView(bytes.data(), bytes.size() * sizeof(quint16), target);
@@ -67,6 +68,7 @@ int kxGltfBuffer::addIndices(const std::vector<std::uint32_t>& values, int type,
     else
     {
         std::vector<quint32> bytes;
+        bytes.reserve(values.size());
         for (const std::uint32_t value : values)
             bytes.push_back(qToLittleEndian(quint32(value)));
         accessor.bufferView = addView(bytes.data(), bytes.size() * sizeof(quint32), target);

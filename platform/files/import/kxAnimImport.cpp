@@ -129,6 +129,7 @@ public:
     void addAll(const std::vector<Animation>& animations)
     {
         std::vector<std::string> names;
+        names.reserve(animations.size());
         for (const Animation& animation : animations)
             names.push_back(_names.take(baseOf(animation)));
         for (std::size_t i = 0; i < animations.size(); ++i)

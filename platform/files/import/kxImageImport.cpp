@@ -58,7 +58,8 @@ ImagePtr fromPixels(const QImage& pixels)
     std::vector<UInt8> bytes;
     bytes.reserve(std::size_t(pixels.width()) * std::size_t(pixels.height()) * 4);
     for (int y = 0; y < pixels.height(); ++y)
-        bytes.insert(bytes.end(), pixels.constScanLine(y), pixels.constScanLine(y) + 4 * pixels.width());
+        bytes.insert(bytes.end(), pixels.constScanLine(y),
+                     pixels.constScanLine(y) + 4 * std::ptrdiff_t(pixels.width()));
     image->set(UInt32(pixels.width()), UInt32(pixels.height()), std::move(bytes));
     return image;
 }
