@@ -582,7 +582,7 @@ void kxAnimGraphView::drawHint(QPainter* painter)
     painter->resetTransform();
     painter->setPen(Qt::NoPen);
     painter->setBrush(kxAnimGraphColors::Background); // no line of the grid runs through the text
-    painter->drawRoundedRect(sheet, Space / 2, Space / 2);
+    painter->drawRoundedRect(sheet, 0.5 * Space, 0.5 * Space);
     painter->setFont(titleFont);
     painter->setPen(kxAnimGraphColors::HintTitle);
     painter->drawText(title, Flags, titleText);

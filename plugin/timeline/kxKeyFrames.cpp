@@ -6,11 +6,6 @@
 
 namespace
 {
-bool isLess(double a, double b)
-{
-    return a < b;
-}
-
 double snapped(double frame, double relativeSlack)
 {
     const double whole = std::nearbyint(frame);
@@ -35,12 +30,14 @@ float kxKeyFrames::ofKey(float seconds, double fps)
 
 float kxKeyFrames::previous(const std::set<float>& keys, int frame)
 {
-    const auto notBefore = std::lower_bound(keys.begin(), keys.end(), double(frame), isLess);
+    const auto notBefore =
+        std::find_if(keys.begin(), keys.end(), [frame](float key) { return !(double(key) < double(frame)); });
     return notBefore == keys.begin() ? *keys.rbegin() : *std::prev(notBefore);
 }
 
 float kxKeyFrames::next(const std::set<float>& keys, int frame)
 {
-    const auto behind = std::upper_bound(keys.begin(), keys.end(), double(frame), isLess);
+    const auto behind =
+        std::find_if(keys.begin(), keys.end(), [frame](float key) { return double(key) > double(frame); });
     return behind == keys.end() ? *keys.begin() : *behind;
 }

@@ -94,7 +94,7 @@ bool kxKeyEdits::paste(const Copied& copied, const std::set<unsigned int>& shown
     return any;
 }
 
-void kxKeyEdits::remove(std::map<unsigned int, std::vector<unsigned int>> indices)
+void kxKeyEdits::remove(std::map<unsigned int, std::vector<unsigned int>>&& indices)
 {
     auto group = std::make_unique<kxMultiCommand>("Delete Animation Keys", "Animation");
     for (auto& [id, removed] : indices)

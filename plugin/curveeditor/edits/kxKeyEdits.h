@@ -36,6 +36,6 @@ typedef std::map<unsigned int, std::vector<osg::Vec4f>> Copied;
 /// `shown`. False where there are none.
 bool paste(const Copied& copied, const std::set<unsigned int>& shown);
 
-/// Deletes the keys at these indices of each curve.
-void remove(std::map<unsigned int, std::vector<unsigned int>> indices);
+/// Deletes the keys at these indices of each curve. Takes `indices` over.
+void remove(std::map<unsigned int, std::vector<unsigned int>>&& indices);
 } // namespace kxKeyEdits
