@@ -90,7 +90,10 @@ private Q_SLOTS:
               "saveScene('c.kxs')\nexportScene('c.glb')\n");
         QCOMPARE(run({"--headless", "--script", "camera.py"}).code, 0);
         for (const char* const scene : {"c.kxs", "c.glb"})
-            QCOMPARE(run({scene, "--headless", "--render", QString(scene) + ".png", "--size", "64x36"}).code, 0);
+        {
+            const Result drawn = run({scene, "--headless", "--render", QString(scene) + ".png", "--size", "64x36"});
+            QVERIFY2(drawn.code == 0, qPrintable(drawn.errors));
+        }
         QVERIFY(QImage(_folder.filePath("c.kxs.png")) != QImage(_folder.filePath("c.glb.png")));
     }
 
