@@ -33,7 +33,6 @@ double sceneFrame = 0; // see kxAnimScene::frame()
 AnimNodePtr makeRoot(const char* name)
 {
     const AnimNodePtr root = AnimNodeBase::create();
-    root->addRef();
     root->setCore(Group::create());
     root->setNodeName(name);
     return root;

@@ -176,13 +176,13 @@ void kxAnimManager::subAnimation(const FieldContainerPtr& container, const AnimN
 void kxAnimManager::addToClipStructure(const AnimNodePtr& node)
 {
     if (node != NullFC)
-        moveBelow(_p->clipRoot, node);
+        moveBelow(clipStructureRoot(), node);
 }
 
 void kxAnimManager::addToSceneStructure(const AnimNodePtr& node)
 {
     if (node != NullFC)
-        moveBelow(_p->sceneRoot, node);
+        moveBelow(sceneStructureRoot(), node);
 }
 
 AnimNodePtr kxAnimManager::clipStructureRoot() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kxAnimManager.h>
+#include <osg/Share.h>
 
 #include <optional>
 
@@ -27,8 +28,8 @@ struct kxAnimManager::Private
     unsigned int motionBlurObjectId = 0;
     CurveEditorDataCB curveEditorData;
 
-    osg::AnimNodePtr clipRoot;  // a share
-    osg::AnimNodePtr sceneRoot; // a share
+    osg::Share<osg::AnimNode> clipRoot;
+    osg::Share<osg::AnimNode> sceneRoot;
 
     /// Writes the scene's values at the current frame: all, or those that are stale.
     void evaluate(bool all);

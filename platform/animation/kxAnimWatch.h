@@ -2,6 +2,7 @@
 
 #include <osg/ChangeList.h>
 
+#include <utility>
 #include <vector>
 
 /// Notes what the marked changes make stale, for the plans of evaluation. Main thread only.
@@ -41,8 +42,19 @@ public:
     const std::vector<osg::UInt32>& touched() const { return _touched; }
     void clearTouched();
 
-    /// While evaluation writes values nothing becomes stale.
-    void setMuted(bool muted) { _muted = muted; }
+    /// While evaluation writes values, nothing becomes stale.
+    class Mute
+    {
+    public:
+        explicit Mute(kxAnimWatch& watch) : _watch(watch), _before(std::exchange(watch._muted, true)) {}
+        ~Mute() { _watch._muted = _before; }
+        Mute(const Mute&) = delete;
+        Mute& operator=(const Mute&) = delete;
+
+    private:
+        kxAnimWatch& _watch;
+        const bool _before;
+    };
 
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
     void containerDestroyed(osg::UInt32 id) override;

@@ -259,9 +259,8 @@ void kxClipProgram::evaluate(double seconds)
         }
         if (!changed.any())
             continue;
-        kxAnimWatch::the().setMuted(true);
+        const kxAnimWatch::Mute mute(kxAnimWatch::the());
         markChanged(FieldContainerPtr(container), changed);
-        kxAnimWatch::the().setMuted(false);
     }
 }
 

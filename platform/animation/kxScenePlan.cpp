@@ -170,9 +170,10 @@ void kxScenePlan::update()
     _evaluated.swap(evaluated);
     _changed.assign(_groups.size(), 0);
     _sceneNodes = builder.nodeIds;
-    watch.setMuted(true);
-    kxRestValues::the().update(driven);
-    watch.setMuted(false);
+    {
+        const kxAnimWatch::Mute mute(watch);
+        kxRestValues::the().update(driven);
+    }
     _madeAt = watch.structureCount();
 }
 
@@ -311,11 +312,10 @@ void kxScenePlan::evaluate(double seconds, bool all)
         return;
     }
     computeTimes(seconds);
-    kxAnimWatch::the().setMuted(true);
+    const kxAnimWatch::Mute mute(kxAnimWatch::the());
     if (all)
         evaluateAll();
     else
         evaluateDirty();
-    kxAnimWatch::the().setMuted(false);
     _dirty.clear();
 }
