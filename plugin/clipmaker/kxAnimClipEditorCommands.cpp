@@ -120,7 +120,7 @@ osg::AnimNodePtr kxAnimClipEditor::requireClipFor(const std::string& name)
     _tree->newClip(true); // one clip, also where several are selected
     const osg::AnimNodePtr clip = _tree->selectedClip();
     if (clip != osg::NullFC)
-        kxNodeUtils::setName(clip, kxClipStructure::uniqueName(name + tr("_Clip").toStdString()), true, osg::NodePtr());
+        kxNodeUtils::setName(clip, name + tr("_Clip").toStdString(), true, osg::NodePtr());
     return clip;
 }
 
@@ -152,11 +152,7 @@ void kxAnimClipEditor::updateCreateMenu()
 
 void kxAnimClipEditor::clickedVerify()
 {
-    kxAnimManager& kernel = *kxAnimManager::the();
-    const bool before = kernel.getVerifyClipStructure();
-    kernel.setVerifyClipStructure(true);
-    kernel.verifyClipStructure();
-    kernel.setVerifyClipStructure(before);
+    kxClipStructure::removeUnused();
     _tree->rebuild(true);
 }
 
@@ -177,23 +173,16 @@ void kxAnimClipEditor::clickedDelete()
 
 void kxAnimClipEditor::pasteClone()
 {
-    kxAnimManager& kernel = *kxAnimManager::the();
-    const double seconds = scene() != nullptr ? scene()->time() / kernel.fps() : 0.0;
-    const auto pasteTo = [&](const osg::AnimNodePtr& target)
-    {
-        if (target == osg::NullFC)
-            return;
-        for (const osg::AnimNodePtr& pasted : kernel.clonePasteToWithOffset(target, seconds, false, false))
-            kernel.unshareClipsR(pasted);
-    };
+    const double frame = scene() != nullptr ? scene()->time() : 0.0;
     std::vector<unsigned int> targets;
     for (const QTreeWidgetItem* const item : _tree->selectedItems())
         if (const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item); row->node() != osg::NullFC)
             targets.push_back(row->nodeId());
     if (_tree->selectedItems().isEmpty())
-        pasteTo(kernel.clipStructureRoot());
+        kxClipStructure::paste(kxAnimManager::the()->clipStructureRoot(), frame);
     for (const unsigned int id : targets)
-        pasteTo(kxClipStructure::targetOf(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id)));
+        kxClipStructure::paste(kxClipStructure::targetOf(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id)),
+                               frame);
     _tree->rebuild(true);
     for (QTreeWidgetItem* const item : _tree->selectedItems())
         _tree->expandAtOnce(item, true);

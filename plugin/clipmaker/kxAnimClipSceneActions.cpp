@@ -175,9 +175,7 @@ bool kxAnimClipScene::paste()
     bool any = false;
     {
         const Rebuild rebuild(this);
-        const double seconds = time() / kxAnimManager::the()->fps();
-        const std::vector<osg::AnimNodePtr> pasted =
-            kxAnimManager::the()->clonePasteToWithOffset(shown, seconds, false, true);
+        const std::vector<osg::AnimNodePtr> pasted = kxClipStructure::paste(shown, time());
         if (!pasted.empty())
             clearSelection();
         for (const osg::AnimNodePtr& node : pasted)

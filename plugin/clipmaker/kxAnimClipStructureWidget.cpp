@@ -276,9 +276,7 @@ void kxAnimClipStructureWidget::addClipBelow(const QPersistentModelIndex& index)
     const AnimNodePtr parent = clipOf(itemFromIndex(index));
     if (parent == NullFC)
         return;
-    const AnimNodePtr clip = kxClipStructure::makeClip(tr("Clip").toStdString());
-    kxClipStructure::moveInto(clip, parent);
-    addRow(index, clip);
+    addRow(index, kxClipStructure::addClip(tr("Clip").toStdString(), parent));
     if (index.isValid())
         expandAtOnce(itemFromIndex(index), true); // shows what was made
 }
@@ -292,9 +290,7 @@ void kxAnimClipStructureWidget::addRow(const QPersistentModelIndex& parent, cons
 void kxAnimClipStructureWidget::addTopLevelClip()
 {
     endSearch();
-    const AnimNodePtr clip = kxClipStructure::makeClip(tr("Clip").toStdString());
-    kxAnimManager::the()->addToClipStructure(clip);
-    QTreeWidgetItem* const row = makeRow(clip);
+    QTreeWidgetItem* const row = makeRow(kxClipStructure::addClip(tr("Clip").toStdString(), AnimNodePtr()));
     addTopLevelItem(row);
     selectAlone(indexFromItem(row));
 }
@@ -470,8 +466,7 @@ bool kxAnimClipStructureWidget::dropClipRows(QTreeWidgetItem* parent, const QByt
     if (parent == nullptr)
     {
         for (const kxAnimLibraryPayload::Row& entry : entries)
-            if (kxClipStructure::isClip(entry.animation()))
-                kxAnimManager::the()->addToClipStructure(entry.animation());
+            kxClipStructure::moveToTop(entry.animation());
         rebuild(true);
         return false; // the rows are in their place: the view is to do nothing with what it dragged
     }

@@ -67,12 +67,16 @@ std::string kxClipStructure::uniqueName(const std::string& proposal)
     return kxNodeUtils::getUniqueName(proposal, names);
 }
 
-AnimNodePtr kxClipStructure::makeClip(const std::string& name)
+AnimNodePtr kxClipStructure::addClip(const std::string& name, const AnimNodePtr& parent)
 {
     const AnimNodePtr clip = AnimNodeBase::create();
     clip->setCore(AnimClipBase::create());
     markChanged(clip, Node::CoreFieldMask);
-    kxNodeUtils::setName(clip, uniqueName(name), true, NodePtr());
+    kxNodeUtils::setName(clip, name, true, NodePtr());
+    if (parent == NullFC)
+        moveToTop(clip);
+    else
+        moveInto(clip, parent);
     return clip;
 }
 
@@ -85,6 +89,12 @@ bool kxClipStructure::moveInto(const AnimNodePtr& node, const AnimNodePtr& paren
         markChanged(before, Node::ChildrenFieldMask);
     markChanged(parent, Node::ChildrenFieldMask);
     return true;
+}
+
+void kxClipStructure::moveToTop(const AnimNodePtr& node)
+{
+    if (isClip(node))
+        kxAnimManager::the()->addToClipStructure(node);
 }
 
 AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr& clip)
@@ -116,6 +126,11 @@ AnimNodePtr kxClipStructure::insertClone(const AnimNodePtr& node, const AnimNode
     return clone;
 }
 
+std::vector<AnimNodePtr> kxClipStructure::paste(const AnimNodePtr& clip, double frame)
+{
+    return kxAnimManager::the()->clonePasteToWithOffset(clip, frame / kxAnimManager::the()->fps(), false, true);
+}
+
 std::vector<AnimNodePtr> kxClipStructure::duplicate(const AnimNodePtr& node, bool flipped)
 {
     const NodePtr parent = node->getParent();
@@ -130,4 +145,13 @@ std::vector<AnimNodePtr> kxClipStructure::duplicate(const AnimNodePtr& node, boo
             moveToFreeTrack(clone, AnimNodePtr::dcast(parent));
     }
     return clones;
+}
+
+void kxClipStructure::removeUnused()
+{
+    kxAnimManager& kernel = *kxAnimManager::the();
+    const bool before = kernel.getVerifyClipStructure();
+    kernel.setVerifyClipStructure(true);
+    kernel.verifyClipStructure();
+    kernel.setVerifyClipStructure(before);
 }

@@ -20,12 +20,14 @@ osg::AnimNodePtr targetOf(const osg::NodePtr& node);
 /// `proposal`, made unlike the names of all other animations.
 std::string uniqueName(const std::string& proposal);
 
-/// A clip of that name, made unique, that stands nowhere yet: it dies unless it is given a parent.
-osg::AnimNodePtr makeClip(const std::string& name);
+/// A new clip of that name, made unique, at the end of the children of `parent`; without one at the top of the tree.
+osg::AnimNodePtr addClip(const std::string& name, const osg::AnimNodePtr& parent);
 
 /// Moves `node`, with all below it, to the end of the children of `parent`. False where `parent` is the node itself or
 /// stands below it.
 bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
+/// Moves a clip to the top of the tree; does nothing with anything else, or with null.
+void moveToTop(const osg::AnimNodePtr& node);
 
 /// An active clone of `node`, which shares its cores, at the same time in `clip`, on a free track. Null where `clip` is
 /// the node itself or stands below it.
@@ -34,7 +36,14 @@ osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& 
 /// node can have.
 osg::AnimNodePtr insertClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames, int tracks);
 
+/// Clones of what was copied, the first of them at `frame` of the ruler, on free tracks of `clip`; their clips are
+/// their own. Empty without a clip.
+std::vector<osg::AnimNodePtr> paste(const osg::AnimNodePtr& clip, double frame);
+
 /// A clone of `node` beside it, in a clip on a free track: its blocks are shared, its clips are its own. Empty for a
 /// node without a parent. The animations' clipboard holds `node` from then on.
 std::vector<osg::AnimNodePtr> duplicate(const osg::AnimNodePtr& node, bool flipped);
+
+/// Takes out what the kernel finds unused among all clips, whether or not it does so by itself.
+void removeUnused();
 } // namespace kxClipStructure

@@ -452,6 +452,12 @@ private Q_SLOTS:
         QCoreApplication::processEvents(); // the bars follow
         QCOMPARE(shown()->bars().back()->x(), 120.0);
         QVERIFY(!child(_clip, 2)->getFlipped());
+        // At the top a clip has a core of its own, its blocks are shared.
+        kxAnimManager::the()->copy(_clip, osg::FieldContainerPtr());
+        tree()->clearSelection();
+        QVERIFY(paste().isEmpty());
+        const osg::AnimNodePtr copy = osg::AnimNodePtr::dcast(kxAnimManager::the()->clipStructureRoot()->getChild(1));
+        QVERIFY(copy->getCore() != _clip->getCore() && child(copy, 1)->getCore() == block->getCore());
     }
 
     void answersAndFollows()

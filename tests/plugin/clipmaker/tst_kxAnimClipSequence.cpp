@@ -272,8 +272,7 @@ private Q_SLOTS:
     {
         kxClipMakerFixture f;
         f.fill();
-        const osg::AnimNodePtr inner = kxClipStructure::makeClip("Inner");
-        QVERIFY(kxClipStructure::moveInto(inner, f.showClip));
+        const osg::AnimNodePtr inner = kxClipStructure::addClip("Inner", f.showClip);
         inner->setOffset(osg::Vec2f(1.5f, 0));
         f.showClip->setScale(2);
         kxClipTriggers::add(kxClipTriggers::Sequence, "Open", inner, 100);
