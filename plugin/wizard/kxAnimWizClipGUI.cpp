@@ -1,8 +1,9 @@
 #include <wizard/kxAnimWizClipGUI.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <frame/kxAnimationWatch.h>
 #include <frame/kxMessageRead.h>
-#include <wizard/kxWizardCapture.h>
+#include <wizard/kxWizardClip.h>
 
 #include <QKXCollapsibleFrame.h>
 #include <QKXSpiner.h>
@@ -13,7 +14,6 @@
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
-#include <osg/Volume.h>
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -30,21 +30,6 @@ constexpr int LabelWidth = 130;
 constexpr double StandardDuration = 2.0;
 
 kxAnimWizClipGUI* theDialog = nullptr;
-
-struct Extent
-{
-    float start;
-    float end;
-};
-/// In seconds of the root's time, cycles included.
-Extent extentOf(const AnimNodePtr& node)
-{
-    BoxVolume volume;
-    node->getWorldVolume(volume);
-    Pnt3f minimum, maximum;
-    volume.getBounds(minimum, maximum);
-    return {minimum.x(), maximum.x()};
-}
 
 void send(const char* name)
 {
@@ -86,8 +71,8 @@ double baseDuration(const AnimNodePtr& clip)
             end = std::max(end, double(curve->getControlPoints().back().x()));
     if (end >= 0)
         return end;
-    const Extent extent = extentOf(clip);
-    return (double(extent.end) - double(extent.start)) / (std::max(0, clip->getPostCycles()) + 1.0);
+    const kxClipNodes::Extent extent = kxClipNodes::extentOf(clip);
+    return (extent.end - extent.start) / (std::max(0, clip->getPostCycles()) + 1.0);
 }
 
 template <class Handle>
@@ -189,7 +174,7 @@ void kxAnimWizClipGUI::fill(const AnimNodePtr& an)
 {
     const AnimWizClipPtr core = wizClipOf(an);
     _name->setText(QString::fromStdString(kxNodeUtils::getName(an)));
-    _startTime->setValue(double(extentOf(an).start));
+    _startTime->setValue(kxClipNodes::extentOf(an).start);
     _duration->setValue(baseDuration(an));
     // A number that isn't listed works as the first entry.
     _interpolation->setCurrentIndex(
@@ -212,8 +197,7 @@ void kxAnimWizClipGUI::restoreKeys()
         const AnimCurvePtr curve = FieldContainerFactory::the()->get<AnimCurve>(id);
         if (curve == NullFC || curve->getControlPoints() == keys)
             continue;
-        curve->editControlPoints() = keys; // as they were: added one by one, zero tangents would be computed anew
-        markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+        kxWizardCapture::setKeys(curve, keys);
         _refresh.start();
     }
     _savedKeys.clear();
@@ -338,17 +322,8 @@ void kxAnimWizClipGUI::changedInterpolation(int interpolation)
 
 void kxAnimWizClipGUI::changedStartTime(double value)
 {
-    const AnimNodePtr moved = clip();
-    if (moved == NullFC)
-        return;
-    const Extent extent = extentOf(moved);
-    const float start = float(value);
-    if (start == extent.start)
-        return;
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(start, start + (extent.end - extent.start),
-                                                                  AnimNodePtr::dcast(moved->getParent()), moved);
-    moved->moveBy(start - extent.start, y - moved->getOffset().y());
-    markChanged(moved, AnimNodeBase::OffsetFieldMask);
+    if (const AnimNodePtr moved = clip())
+        kxClipNodes::beginAt(moved, float(value));
 }
 
 void kxAnimWizClipGUI::changedDuration(double value)
@@ -362,12 +337,13 @@ void kxAnimWizClipGUI::createFinalAnimations()
     const AnimNodePtr edited = clip();
     if (const AnimWizClipPtr core = wizClipOf(edited))
     {
-        core->setStart(float(_startTime->value()));
-        core->setDuration(float(_duration->value()));
-        core->setInterpolation(UInt32(std::max(0, _interpolation->currentIndex())));
-        core->setStartImage(kxWizardCapture::toImage(_captureStart->icon()));
-        core->setEndImage(kxWizardCapture::toImage(_captureEnd->icon()));
-        markChanged(core, FieldBits);
+        kxWizardClip recipe;
+        recipe.start = _startTime->value();
+        recipe.duration = _duration->value();
+        recipe.interpolation = _interpolation->currentIndex();
+        recipe.startImage = kxWizardCapture::toImage(_captureStart->icon());
+        recipe.endImage = kxWizardCapture::toImage(_captureEnd->icon());
+        recipe.write(core);
         const std::string name = _name->text().toStdString();
         if (!_name->text().trimmed().isEmpty() && name != kxNodeUtils::getName(edited))
             kxNodeUtils::setName(edited, kxWizardCapture::uniqueName(_name->text()).toStdString(), true, NodePtr());

@@ -2,6 +2,7 @@
 
 #include <frame/kxCallbacks.h>
 #include <wizard/kxAnimWizClipDialog.h>
+#include <wizard/kxWizardCapture.h>
 
 #include <osg/AnimCurve.h>
 #include <osg/AnimNode.h>
@@ -68,7 +69,7 @@ private:
 
     kxInstancePointer<kxAnimWizClipGUI> _instance;
     osg::UInt32 _clipId = 0;
-    std::map<osg::UInt32, osg::MField<osg::CCPnt, 0>> _savedKeys; // by the id of their curve
-    QTimer _refresh;                                              // once for the edits of one turn
+    std::map<osg::UInt32, kxWizardCapture::Keys> _savedKeys; // by the id of their curve
+    QTimer _refresh;                                         // once for the edits of one turn
     kxCallbacks _callbacks;
 };

@@ -1,5 +1,6 @@
 #include <wizard/kxAnimWizardGUII.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <frame/kxMessageRead.h>
 #include <frame/kxOpensAside.h>
 #include <wizard/kxWizardCapture.h>
@@ -355,7 +356,7 @@ bool kxAnimWizardGUII::settleInterference()
     if (answer == kxWizardInterference::MoveAnimation && !found.nodes.empty())
         _startTime->setValue(1 / kxAnimManager::the()->fps() + double(found.end));
     else if (answer == kxWizardInterference::DiscardExisting)
-        found.discard(kept);
+        kxClipStructure::takeOut(found.nodes, kept);
     else if (answer == kxWizardInterference::NewClip)
     {
         kxMessage message;
@@ -386,7 +387,7 @@ void kxAnimWizardGUII::createFinalAnimations()
         target = askedNode(kxMessageName::CreateNewClip, topLevel);
     }
     if (target != osg::NullFC)
-        recipe.place(clip, target);
+        kxClipStructure::insert(clip, target, float(recipe.start));
     clip.release();
 
     kxMessage message;

@@ -1,6 +1,8 @@
 #include <wizard/kxWizardCapture.h>
 
-#include <clipmaker/edits/kxClipStructure.h>
+#include <kxScenegraph.h>
+#include <osg/AnimNode.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -87,6 +89,12 @@ void kxWizardCapture::setInterpolation(const osg::AnimCurvePtr& curve, int inter
     curve->computeOuttangent(0, tangents.firstOut);
     curve->computeIntangent(last, tangents.lastIn);
     curve->computeOuttangent(last, osg::Int32(TangentType::Linear));
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+void kxWizardCapture::setKeys(const osg::AnimCurvePtr& curve, const Keys& keys)
+{
+    curve->editControlPoints() = keys; // as they were: added one by one, zero tangents would be computed anew
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 
@@ -179,5 +187,13 @@ QPixmap kxWizardCapture::toPixmap(const osg::ImagePtr& image)
 
 QString kxWizardCapture::uniqueName(const QString& proposal)
 {
-    return QString::fromStdString(kxClipStructure::uniqueName(proposal.toStdString()));
+    std::vector<std::string> names;
+    for (osg::FieldContainer* container : osg::FieldContainerFactory::the()->getFieldContainerStore())
+    {
+        const osg::NodePtr node = osg::NodePtr::dcast(osg::FieldContainerPtr(container));
+        if (node != osg::NullFC &&
+            (osg::AnimNodePtr::dcast(node) != osg::NullFC || osg::AnimObjectPtr::dcast(node->getCore()) != osg::NullFC))
+            names.push_back(kxNodeUtils::getName(node));
+    }
+    return QString::fromStdString(kxNodeUtils::getUniqueName(proposal.toStdString(), names));
 }

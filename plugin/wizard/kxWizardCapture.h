@@ -34,6 +34,9 @@ QStringList interpolationTexts(const char* context);
 
 /// Computes the tangents of the first and the last key; those that face outwards are linear.
 void setInterpolation(const osg::AnimCurvePtr& curve, int interpolation);
+typedef osg::MField<osg::CCPnt, 0> Keys;
+/// Puts keys in place of those of a curve, which isn't null and may have none.
+void setKeys(const osg::AnimCurvePtr& curve, const Keys& keys);
 /// Writes the value of the first key.
 void setStart(const osg::AnimCurvePtr& curve, float value, int interpolation);
 /// Writes the time and the value of the last key.

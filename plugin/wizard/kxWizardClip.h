@@ -19,10 +19,6 @@ struct kxWizardClip
     /// Attaches the blocks of `table` to their objects for good, under names of their own, and gives a clip with clones
     /// of them. It stands nowhere: it dies unless it is given a parent.
     osg::AnimNodePtr make(const kxCaptureTable& table) const;
-    /// Puts the clip below `target`, to begin at `start`, on the first free track.
-    void place(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& target) const;
-
-private:
-    osg::AnimWizClipPtr makeCore() const;
-    void addClone(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block) const;
+    /// Keeps in the core of such a clip what the fields say, but for the name.
+    void write(const osg::AnimWizClipPtr& core) const;
 };

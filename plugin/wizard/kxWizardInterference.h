@@ -26,7 +26,4 @@ struct kxWizardInterference
 
     /// What the blocks of `table`, begun at `start` seconds, meet in the clip `target` or below it.
     static kxWizardInterference find(const kxCaptureTable& table, double start, const osg::AnimNodePtr& target);
-
-    /// Takes the bars out of their clips, and clips that this leaves empty out of theirs; those in `kept` stay.
-    void discard(const std::vector<osg::AnimNodePtr>& kept) const;
 };

@@ -4,14 +4,18 @@
 
 #include <set>
 
-/// The containers of which a field was marked since it was made, and those that died.
+/// The containers of which a field was marked since it was made, how often, and those that died.
 class kxMarks : public osg::ChangeListener
 {
 public:
     kxMarks() { osg::WinThreadBase::getCurrentChangeList()->addListener(this); }
     ~kxMarks() override { osg::WinThreadBase::getCurrentChangeList()->subListener(this); }
 
-    bool has(const osg::FieldContainerPtr& container) const { return _ids.count(container.getFieldContainerId()) != 0; }
+    bool has(const osg::FieldContainerPtr& container) const { return times(container) != 0; }
+    int times(const osg::FieldContainerPtr& container) const
+    {
+        return int(_ids.count(container.getFieldContainerId()));
+    }
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector&) override
     {
         _ids.insert(container.getFieldContainerId());
@@ -21,5 +25,5 @@ public:
     std::set<osg::UInt32> gone;
 
 private:
-    std::set<osg::UInt32> _ids;
+    std::multiset<osg::UInt32> _ids;
 };

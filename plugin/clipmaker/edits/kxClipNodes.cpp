@@ -23,16 +23,21 @@ void writeMotionBlur(const osg::AnimNodePtr& node, bool value, bool below)
 }
 } // namespace
 
-kxClipGeometry::Span kxClipNodes::spanOf(const osg::AnimNodePtr& node)
+kxClipNodes::Extent kxClipNodes::extentOf(const osg::AnimNodePtr& node)
 {
-    if (node == osg::NullFC)
-        return {};
     osg::BoxVolume volume;
     node->getWorldVolume(volume);
     osg::Pnt3f start, end;
     volume.getBounds(start, end);
-    return kxClipGeometry::barSpan(double(start.x()), double(end.x()), node->getPostCycles(),
-                                   kxAnimManager::the()->fps());
+    return {double(start.x()), double(end.x())};
+}
+
+kxClipGeometry::Span kxClipNodes::spanOf(const osg::AnimNodePtr& node)
+{
+    if (node == osg::NullFC)
+        return {};
+    const Extent extent = extentOf(node);
+    return kxClipGeometry::barSpan(extent.start, extent.end, node->getPostCycles(), kxAnimManager::the()->fps());
 }
 
 void kxClipNodes::setActive(const osg::AnimNodePtr& node, bool value)
@@ -82,6 +87,22 @@ bool kxClipNodes::move(const osg::AnimNodePtr& node, const QPointF& from, const 
     node->moveBy(seconds, units);
     osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
     return true;
+}
+
+void kxClipNodes::moveToFreeTrack(const osg::AnimNodePtr& node, float seconds)
+{
+    node->moveBy(seconds, 0);
+    const osg::AnimNodePtr parent = osg::AnimNodePtr::dcast(node->getParent());
+    node->setOffset(
+        osg::Vec2f(node->getOffset().x(), kxAnimManager::the()->calculateFreeOffsetYFor(node, parent, node)));
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+}
+
+void kxClipNodes::beginAt(const osg::AnimNodePtr& node, float seconds)
+{
+    const float way = seconds - float(extentOf(node).start);
+    if (way != 0)
+        moveToFreeTrack(node, way);
 }
 
 bool kxClipNodes::stretch(const osg::AnimNodePtr& node, double from, double to, double x)

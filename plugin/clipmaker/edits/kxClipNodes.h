@@ -8,6 +8,13 @@
 /// leaves the scene as it is. The nodes aren't null.
 namespace kxClipNodes
 {
+/// Where a node stands in the time of the tree's root, with all its cycles; in seconds.
+struct Extent
+{
+    double start;
+    double end;
+};
+Extent extentOf(const osg::AnimNodePtr& node);
 /// Where a node stands on the timeline: its start and one pass, in frames. Empty for null.
 kxClipGeometry::Span spanOf(const osg::AnimNodePtr& node);
 
@@ -21,6 +28,10 @@ void setMotionBlur(const osg::AnimNodePtr& node, bool value);
 /// Takes a node along with its bar, which goes from `from` to `to` in scene units. False where that is no way that a
 /// node can hold.
 bool move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to);
+/// Moves a node by seconds of the root's time, to the first track of its parent that is free there.
+void moveToFreeTrack(const osg::AnimNodePtr& node, float seconds);
+/// Moves a node to begin at `seconds` of the root's time, on a free track; one that does so stays on its track.
+void beginAt(const osg::AnimNodePtr& node, float seconds);
 /// Takes a node along with its bar, whose length goes from `from` to `to` frames about its start at frame `x`. False
 /// where that is no length that a node can hold.
 bool stretch(const osg::AnimNodePtr& node, double from, double to, double x);

@@ -11,24 +11,29 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 using namespace osg;
 
 namespace
 {
-/// Gives `node` a place in `clip` where it covers no neighbour; its time stays.
-void moveToFreeTrack(const AnimNodePtr& node, const AnimNodePtr& clip)
-{
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node);
-    node->setOffset(Vec2f(node->getOffset().x(), y));
-    markChanged(node, AnimNodeBase::OffsetFieldMask);
-}
-
 /// A clone of `node` that shares its cores, to be placed in a clip: active, since what is placed plays.
 AnimNodePtr cloneToPlace(const AnimNodePtr& node)
 {
     const AnimNodePtr clone = cloneAnimTree(node, true);
     kxClipNodes::setActive(clone, true);
     return clone;
+}
+
+/// Takes a node out of its parent, which is given back; null where it had none.
+AnimNodePtr leaveParent(const AnimNodePtr& node)
+{
+    const NodePtr parent = node->getParent();
+    if (parent == NullFC)
+        return AnimNodePtr();
+    parent->subChild(node);
+    markChanged(parent, Node::ChildrenFieldMask);
+    return AnimNodePtr::dcast(parent);
 }
 } // namespace
 
@@ -53,18 +58,6 @@ AnimNodePtr kxClipStructure::targetOf(const NodePtr& node)
         kxLog::warning(QCoreApplication::translate("kxClipStructure", "Nothing was put into \"%1\": it is no clip.")
                            .arg(QString::fromStdString(kxNodeUtils::getName(node))));
     return AnimNodePtr();
-}
-
-std::string kxClipStructure::uniqueName(const std::string& proposal)
-{
-    std::vector<std::string> names;
-    for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
-    {
-        const NodePtr node = NodePtr::dcast(FieldContainerPtr(container));
-        if (node != NullFC && (AnimNodePtr::dcast(node) != NullFC || AnimObjectPtr::dcast(node->getCore()) != NullFC))
-            names.push_back(kxNodeUtils::getName(node));
-    }
-    return kxNodeUtils::getUniqueName(proposal, names);
 }
 
 AnimNodePtr kxClipStructure::addClip(const std::string& name, const AnimNodePtr& parent)
@@ -97,13 +90,19 @@ void kxClipStructure::moveToTop(const AnimNodePtr& node)
         kxAnimManager::the()->addToClipStructure(node);
 }
 
+void kxClipStructure::insert(const AnimNodePtr& node, const AnimNodePtr& clip, float seconds)
+{
+    moveInto(node, clip);
+    kxClipNodes::moveToFreeTrack(node, seconds - float(kxClipNodes::extentOf(node).start));
+}
+
 AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr& clip)
 {
     if (kxNodeUtils::hasParent(clip, node))
         return AnimNodePtr();
     const AnimNodePtr clone = cloneToPlace(node);
-    moveToFreeTrack(clone, clip);
     clip->addChild(clone);
+    kxClipNodes::moveToFreeTrack(clone, 0);
     markChanged(clip, Node::ChildrenFieldMask);
     return clone;
 }
@@ -142,9 +141,26 @@ std::vector<AnimNodePtr> kxClipStructure::duplicate(const AnimNodePtr& node, boo
     {
         kxAnimManager::the()->unshareClipsR(clone);
         if (isClip(parent))
-            moveToFreeTrack(clone, AnimNodePtr::dcast(parent));
+            kxClipNodes::moveToFreeTrack(clone, 0);
     }
     return clones;
+}
+
+void kxClipStructure::takeOut(const std::vector<AnimNodePtr>& nodes, const std::vector<AnimNodePtr>& kept)
+{
+    // By id: what is taken out dies, with all that is left in it.
+    const auto living = [](UInt32 id) { return FieldContainerFactory::the()->get<AnimNode>(id); };
+    std::vector<UInt32> bars;
+    std::vector<UInt32> parents;
+    for (const AnimNodePtr& node : nodes)
+        bars.push_back(node->getId());
+    for (const UInt32 bar : bars)
+        if (const AnimNodePtr node = living(bar))
+            parents.push_back(leaveParent(node).getFieldContainerId());
+    for (const UInt32 parent : parents)
+        for (AnimNodePtr clip = living(parent); clip != NullFC && clip->getNChildren() == 0 && isClip(clip) &&
+                                                std::find(kept.begin(), kept.end(), clip) == kept.end();)
+            clip = leaveParent(clip);
 }
 
 void kxClipStructure::removeUnused()

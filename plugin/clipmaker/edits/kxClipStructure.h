@@ -17,9 +17,6 @@ osg::AnimNodePtr clipOf(const osg::NodePtr& node);
 /// `node` as what takes a paste or a drop: only a clip does. Null for anything else, which the log says.
 osg::AnimNodePtr targetOf(const osg::NodePtr& node);
 
-/// `proposal`, made unlike the names of all other animations.
-std::string uniqueName(const std::string& proposal);
-
 /// A new clip of that name, made unique, at the end of the children of `parent`; without one at the top of the tree.
 osg::AnimNodePtr addClip(const std::string& name, const osg::AnimNodePtr& parent);
 
@@ -28,6 +25,9 @@ osg::AnimNodePtr addClip(const std::string& name, const osg::AnimNodePtr& parent
 bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
 /// Moves a clip to the top of the tree; does nothing with anything else, or with null.
 void moveToTop(const osg::AnimNodePtr& node);
+
+/// Puts `node` at the end of the children of `clip`, to begin at `seconds` of the root's time, on a free track.
+void insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, float seconds);
 
 /// An active clone of `node`, which shares its cores, at the same time in `clip`, on a free track. Null where `clip` is
 /// the node itself or stands below it.
@@ -43,6 +43,9 @@ std::vector<osg::AnimNodePtr> paste(const osg::AnimNodePtr& clip, double frame);
 /// A clone of `node` beside it, in a clip on a free track: its blocks are shared, its clips are its own. Empty for a
 /// node without a parent. The animations' clipboard holds `node` from then on.
 std::vector<osg::AnimNodePtr> duplicate(const osg::AnimNodePtr& node, bool flipped);
+
+/// Takes nodes out of their clips, and clips that this leaves empty out of theirs; clips in `kept` stay.
+void takeOut(const std::vector<osg::AnimNodePtr>& nodes, const std::vector<osg::AnimNodePtr>& kept);
 
 /// Takes out what the kernel finds unused among all clips, whether or not it does so by itself.
 void removeUnused();

@@ -1,5 +1,7 @@
 #include <clipmaker/edits/kxClipTriggers.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
+
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
@@ -21,9 +23,7 @@ void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double fr
 {
     clip->addChild(node);
     const double seconds = frame / kxAnimManager::the()->fps();
-    node->moveBy(float(seconds - sceneStart(clip)), 0);
-    node->moveBy(0, kxAnimManager::the()->calculateFreeOffsetYFor(node, clip, node) - node->getOffset().y());
-    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+    kxClipNodes::moveToFreeTrack(node, float(seconds - sceneStart(clip)));
     osg::markChanged(clip, osg::Node::ChildrenFieldMask);
 }
 } // namespace

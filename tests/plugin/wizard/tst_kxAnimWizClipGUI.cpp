@@ -5,6 +5,7 @@
 
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
+#include <kxMarks.h>
 #include <osg/Share.h>
 
 #include <QKXSpiner.h>
@@ -287,15 +288,17 @@ private Q_SLOTS:
         f.changed(f.outer, AnimNode::OffsetFieldMask | Node::ChildrenFieldMask);
         kxAnimWizClipGUI& dialog = f.open();
         QCOMPARE(dialog._startTime->value(), 11.0);
-        const UInt64 count = WinThreadBase::getCurrentChangeList()->count();
-        dialog._startTime->setValue(11);
-        QCOMPARE(WinThreadBase::getCurrentChangeList()->count(), count);
+        const kxMarks marks;
         dialog._startTime->setValue(15); // its end would lie on the neighbour
         QCOMPARE(f.node->getOffset(), Vec2f(5, 50));
         dialog._startTime->setValue(13);
         QCOMPARE(f.node->getOffset(), Vec2f(3, 0));
+        QCOMPARE(marks.times(f.node), 2);
+        f.node->setOffset(Vec2f(4, 100)); // by its bar
+        dialog._startTime->setValue(14);
+        QCOMPARE(marks.times(f.node), 2);
         press(dialog, QDialogButtonBox::Cancel); // the place isn't among what a cancel gives back
-        QCOMPARE(f.node->getOffset(), Vec2f(3, 0));
+        QCOMPARE(f.node->getOffset(), Vec2f(4, 100));
         QCOMPARE(f.core->getStart(), 0.0f);
     }
 

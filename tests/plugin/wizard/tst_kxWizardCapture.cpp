@@ -137,6 +137,18 @@ private Q_SLOTS:
         QVERIFY(kxWizardCapture::toPixmap(none).isNull());
     }
 
+    void namesDifferFromThoseOfAnimations()
+    {
+        kxAnimFixture f;
+        const osg::NodePtr object = f.object("Door");
+        QCOMPARE(kxWizardCapture::uniqueName("Door"), QString("Door"));
+        const osg::Share<osg::AnimNode> group(f.group<osg::GroupBase>("Door", {}));
+        QCOMPARE(kxWizardCapture::uniqueName("Door"), QString("Door_1"));
+        object->setNodeName("Door_1");
+        object->setCore(osg::AnimClipBase::create());
+        QCOMPARE(kxWizardCapture::uniqueName("Door"), QString("Door_2"));
+    }
+
     /// A new object may get the address of one that died.
     void takesObjectsInThePlaceOfDeadOnes()
     {
