@@ -13,6 +13,7 @@
 #include <QHelpEvent>
 #include <QToolTip>
 #include <QUndoStack>
+#include <kxMarks.h>
 #include <kxTable.h>
 
 #include <functional>
@@ -354,7 +355,9 @@ private Q_SLOTS:
         const double x = f.view.mapToScene(place).x();
         QVERIFY(x > 10.1 && x < 10.9);
         QSignalSpy drops(&f.scene, SIGNAL(dropEventOccured()));
+        const kxMarks marks;
         QVERIFY(f.dragTo(data, place));
+        QVERIFY(marks.has(f.clipNode.get()));
         QCOMPARE(drops.count(), 1);
         QCOMPARE(f.barItems(), 2);
         const AnimNodePtr clone = AnimNodePtr::dcast(f.clipNode->getChild(1));

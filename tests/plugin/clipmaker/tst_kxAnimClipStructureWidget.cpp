@@ -9,6 +9,7 @@
 #include <QSignalSpy>
 #include <QTimer>
 #include <kxCapturedStderr.h>
+#include <kxMarks.h>
 #include <kxTable.h>
 
 using namespace osg;
@@ -70,6 +71,7 @@ private Q_SLOTS:
         kxColumns<QString, QString, bool, QString>("source", "target", "result", "movedTo");
         kxRow("clip into a clip", "B", "A/inner", true, "A/inner/B");
         kxRow("block into a clip", "B/step", "C", true, "C/step");
+        kxRow("block into its own clip", "B/step", "B", true, "B/step");
         kxRow("nested clip to the top level", "A/inner", "", false, "inner");
         kxRow("block to the top level", "B/step", "", false, "");
         kxRow("onto a block", "C", "B/step", false, "");
@@ -86,8 +88,12 @@ private Q_SLOTS:
         QFETCH(QString, movedTo);
         kxClipTree f;
         const AnimNodePtr moved = f.node(source.split(',').back());
+        const NodePtr parent = moved->getParent();
         const QStringList before = f.tree.dump();
+        const kxMarks marks;
         QCOMPARE(f.tree.drop(source, target), result);
+        for (const NodePtr& marked : {parent, moved->getParent()})
+            QCOMPARE(marks.times(marked), movedTo.isEmpty() ? 0 : 1);
         if (movedTo.isEmpty())
             QCOMPARE(f.tree.dump(), before);
         else
@@ -112,8 +118,10 @@ private Q_SLOTS:
         // Every entry is taken, what is dead or no animation is skipped, and a clip above isn't cloned into itself.
         kxClipTree::find("walk")->setTravMask(0); // what is placed plays all the same
         const unsigned int dead = FieldContainerFactory::the()->getFieldContainerStore().size() + 7;
+        const kxMarks marks;
         QVERIFY(f.dropFromLibrary({dead, walk, 0, f.node("A")->getId(), walk}, "A/inner"));
         const AnimNodePtr inner = f.node("A/inner");
+        QVERIFY(marks.has(inner));
         QCOMPARE(inner->getNChildren(), UInt32(3));
         const AnimNodePtr first = AnimNodePtr::dcast(inner->getChild(1)),
                           second = AnimNodePtr::dcast(inner->getChild(2));
