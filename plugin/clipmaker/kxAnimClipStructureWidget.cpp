@@ -12,7 +12,6 @@
 #include <kxIconManager.h>
 #include <kxMessageNames.h>
 #include <kxPlatform.h>
-#include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QAction>
@@ -248,16 +247,9 @@ void kxAnimClipStructureWidget::rebuildFrom(std::vector<AnimNodePtr> nodes)
     updateCheckStates();
 }
 
-void kxAnimClipStructureWidget::changedItem(QTreeWidgetItem* item, int column)
+void kxAnimClipStructureWidget::changedItem(QTreeWidgetItem*, int)
 {
-    const AnimNodePtr node = column == 0 ? nodeOf(item) : AnimNodePtr();
-    if (node != NullFC)
-    {
-        const std::string name = item->text(0).toStdString();
-        if (name != kxNodeUtils::getName(node)) // a clone keeps its name when its row is checked
-            kxNodeUtils::setName(node, name, true, NodePtr());
-    }
-    updateNames();
+    updateNames(); // the row has named its node
 }
 
 void kxAnimClipStructureWidget::newClip(bool ignoreSelection)

@@ -1,5 +1,6 @@
 #include <trees/kxAnimLibraryWidget.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimLibraryMoves.h>
 #include <trees/kxAnimLibraryPayload.h>
@@ -31,22 +32,6 @@ using namespace kxAnimLibraryRows;
 namespace
 {
 kxAnimLibraryWidget* theLibrary = nullptr; // for the callbacks, which get no object
-
-/// Sets the state of a node and of all animations below it.
-void setMotionBlur(const AnimNodePtr& root, bool value)
-{
-    traverse(root,
-             [value](const NodePtr& below)
-             {
-                 const AnimNodePtr node = AnimNodePtr::dcast(below);
-                 if (node != NullFC && node->getMotionBlur() != value)
-                 {
-                     node->setMotionBlur(value);
-                     markChanged(node, AnimNodeBase::MotionBlurFieldMask);
-                 }
-                 return Action::Continue;
-             });
-}
 
 template <class Handle>
 std::unordered_set<UInt32> idsOf(const std::vector<Handle>& handles)
@@ -328,7 +313,8 @@ void kxAnimLibraryWidget::deactivateMotionBlurR()
 void kxAnimLibraryWidget::setMotionBlurR(bool value)
 {
     for (QTreeWidgetItem* const item : selectedItems())
-        setMotionBlur(animation(item), value);
+        if (const AnimNodePtr node = animation(item))
+            kxClipNodes::setMotionBlur(node, value, true);
 }
 
 kxAnimTreeWidgetItem* kxAnimLibraryWidget::addNewGroup()

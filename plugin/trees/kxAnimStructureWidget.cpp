@@ -1,5 +1,6 @@
 #include <trees/kxAnimStructureWidget.h>
 
+#include <clipmaker/edits/kxClipStructure.h>
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimMimeData.h>
 #include <trees/kxAnimTreeWidgetItem.h>
@@ -24,14 +25,9 @@ bool addToStructure(const NodePtr& parent, const AnimNodePtr& node)
 {
     if (kxNodeUtils::hasParent(parent, node))
         return false;
-    const NodePtr before = node->getParent();
-    const bool moves = before == NullFC || kxNodeUtils::hasParent(node, kxAnimManager::the()->sceneStructureRoot());
-    if (!parent->addChild(moves ? node : cloneAnimTree(node, true)))
-        return false;
-    if (moves && before != NullFC && before != parent)
-        markChanged(before, Node::ChildrenFieldMask);
-    markChanged(parent, Node::ChildrenFieldMask);
-    return true;
+    const bool moves =
+        node->getParent() == NullFC || kxNodeUtils::hasParent(node, kxAnimManager::the()->sceneStructureRoot());
+    return kxClipStructure::moveInto(moves ? node : cloneAnimTree(node, true), parent);
 }
 
 /// The node of a row, or the structure root without a row; null for a row of anything else, or of a dead node.
@@ -101,13 +97,8 @@ void kxAnimStructureWidget::showContextMenu(QPoint p)
 
 void kxAnimStructureWidget::changedItem(QTreeWidgetItem* item, int column)
 {
-    if (item == nullptr || column != 0)
-        return;
-    const NodePtr node = static_cast<kxAnimTreeWidgetItem*>(item)->node();
-    const std::string name = item->text(0).toStdString();
-    if (node != NullFC && name != kxNodeUtils::getName(node)) // a clone keeps its name when its row is checked
-        kxNodeUtils::setName(node, name, true, NodePtr());
-    updateNames();
+    if (item != nullptr && column == 0)
+        updateNames(); // the row has named its node
 }
 
 QStringList kxAnimStructureWidget::mimeTypes() const
@@ -139,8 +130,7 @@ bool kxAnimStructureWidget::dropMimeData(QTreeWidgetItem* parent, int, const QMi
     for (const AnimNodePtr& node : nodes)
     {
         const AnimNodePtr copy = cloneAnimTree(node, true);
-        target->addChild(copy);
-        markChanged(target, Node::ChildrenFieldMask);
+        kxClipStructure::moveInto(copy, target);
         auto* const row = new kxAnimTreeWidgetItem(true);
         row->setNode(copy, true, true);
         parent->addChild(row);

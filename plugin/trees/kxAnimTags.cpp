@@ -10,3 +10,12 @@ osg::TagAttachmentPtr kxAnimTags::require(const osg::AttachmentContainerPtr& obj
     osg::markChanged(object, osg::AttachmentContainer::AttachmentsFieldMask);
     return tags;
 }
+
+void kxAnimTags::rename(const osg::AttachmentContainerPtr& object, const std::string& oldName,
+                        const std::string& newName)
+{
+    const osg::TagAttachmentPtr tags = require(object);
+    if (!tags->replaceAnimationTag(oldName, newName))
+        tags->addAnimationTag(newName);
+    osg::markChanged(tags, osg::TagAttachmentBase::AnimationsFieldMask);
+}

@@ -2,6 +2,8 @@
 
 #include <osg/AnimAttachments.h>
 
+#include <string>
+
 /// The tags by which objects belong to groups of the library.
 namespace kxAnimTags
 {
@@ -10,4 +12,6 @@ constexpr const char DefaultName[] = "Group";
 
 /// The tags of an object, made where it has none; not null.
 osg::TagAttachmentPtr require(const osg::AttachmentContainerPtr& object);
+/// Puts an object into the group `newName`, in place of the group `oldName` where it is in that.
+void rename(const osg::AttachmentContainerPtr& object, const std::string& oldName, const std::string& newName);
 } // namespace kxAnimTags

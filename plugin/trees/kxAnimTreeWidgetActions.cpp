@@ -1,3 +1,4 @@
+#include <clipmaker/edits/kxClipNodes.h>
 #include <curveeditor/edits/kxAnimRemoval.h>
 #include <trees/kxAnimInfoText.h>
 #include <trees/kxAnimTreeWidget.h>
@@ -326,11 +327,7 @@ void kxAnimTreeWidget::toggledActive(bool value)
 void kxAnimTreeWidget::changedMotionBlur(bool value)
 {
     for (const osg::AnimNodePtr& animation : selectedAnimations())
-        if (animation->getMotionBlur() != value)
-        {
-            animation->setMotionBlur(value);
-            osg::markChanged(animation, osg::AnimNodeBase::MotionBlurFieldMask);
-        }
+        kxClipNodes::setMotionBlur(animation, value, false);
 }
 
 void kxAnimTreeWidget::startRename()

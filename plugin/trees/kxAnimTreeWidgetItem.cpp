@@ -1,3 +1,4 @@
+#include <clipmaker/edits/kxClipNodes.h>
 #include <trees/kxAnimTags.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
@@ -171,11 +172,8 @@ void kxAnimTreeWidgetItem::setData(int column, int role, const QVariant& value)
 
 void kxAnimTreeWidgetItem::writeLocked(bool locked)
 {
-    const osg::AnimNodePtr animation = animNode();
-    if (animation == osg::NullFC || animation->getLocked() == locked)
-        return;
-    animation->setLocked(locked);
-    osg::markChanged(animation, osg::AnimNodeBase::LockedFieldMask);
+    if (const osg::AnimNodePtr animation = animNode())
+        kxClipNodes::setLocked(animation, locked);
 }
 
 void kxAnimTreeWidgetItem::writeActive(bool active)
@@ -251,12 +249,8 @@ void kxAnimTreeWidgetItem::renameGroup(const QString& text)
         osg::AttachmentContainerPtr container = member->node();
         if (container == osg::NullFC)
             container = member->material();
-        if (container == osg::NullFC)
-            continue;
-        const osg::TagAttachmentPtr tags = kxAnimTags::require(container);
-        if (!tags->replaceAnimationTag(oldTag, newTag))
-            tags->addAnimationTag(newTag);
-        osg::markChanged(tags, osg::TagAttachmentBase::AnimationsFieldMask);
+        if (container != osg::NullFC)
+            kxAnimTags::rename(container, oldTag, newTag);
     }
     setData(0, Qt::DisplayRole, newName);
     emitDataChanged();

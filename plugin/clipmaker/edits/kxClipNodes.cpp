@@ -6,23 +6,6 @@
 
 #include <cmath>
 
-namespace
-{
-void writeMotionBlur(const osg::AnimNodePtr& node, bool value, bool below)
-{
-    if (node->getMotionBlur() != value)
-    {
-        node->setMotionBlur(value);
-        osg::markChanged(node, osg::AnimNode::MotionBlurFieldMask);
-    }
-    if (!below)
-        return;
-    for (const osg::NodePtr& child : node->getChildren())
-        if (const osg::AnimNodePtr inner = osg::AnimNodePtr::dcast(child))
-            writeMotionBlur(inner, value, true);
-}
-} // namespace
-
 kxClipNodes::Extent kxClipNodes::extentOf(const osg::AnimNodePtr& node)
 {
     osg::BoxVolume volume;
@@ -72,9 +55,23 @@ void kxClipNodes::setPostCycles(const osg::AnimNodePtr& node, int value)
     osg::markChanged(node, osg::AnimNode::PostCyclesFieldMask);
 }
 
+void kxClipNodes::setMotionBlur(const osg::AnimNodePtr& node, bool value, bool below)
+{
+    if (node->getMotionBlur() != value)
+    {
+        node->setMotionBlur(value);
+        osg::markChanged(node, osg::AnimNode::MotionBlurFieldMask);
+    }
+    if (!below)
+        return;
+    for (const osg::NodePtr& child : node->getChildren())
+        if (const osg::AnimNodePtr inner = osg::AnimNodePtr::dcast(child))
+            setMotionBlur(inner, value, true);
+}
+
 void kxClipNodes::setMotionBlur(const osg::AnimNodePtr& node, bool value)
 {
-    writeMotionBlur(node, value, osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC);
+    setMotionBlur(node, value, osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC);
 }
 
 bool kxClipNodes::move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to)

@@ -4,8 +4,8 @@
 
 #include <osg/AnimNode.h>
 
-/// What bars do with their nodes. A write that changes nothing is left out and marks nothing, so that showing a clip
-/// leaves the scene as it is. The nodes aren't null.
+/// What bars and rows do with their nodes. A write that changes nothing is left out and marks nothing, so that showing
+/// a clip leaves the scene as it is. The nodes aren't null.
 namespace kxClipNodes
 {
 /// Where a node stands in the time of the tree's root, with all its cycles; in seconds.
@@ -22,7 +22,9 @@ void setActive(const osg::AnimNodePtr& node, bool value);
 void setLocked(const osg::AnimNodePtr& node, bool value);
 void setFlipped(const osg::AnimNodePtr& node, bool value);
 void setPostCycles(const osg::AnimNodePtr& node, int value);
-/// Of a block, for all nodes below it as well.
+/// With `below` for all nodes below it as well.
+void setMotionBlur(const osg::AnimNodePtr& node, bool value, bool below);
+/// The same for what a bar shows: of a block, with all nodes below it.
 void setMotionBlur(const osg::AnimNodePtr& node, bool value);
 
 /// Takes a node along with its bar, which goes from `from` to `to` in scene units. False where that is no way that a

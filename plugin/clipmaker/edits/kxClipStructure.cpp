@@ -73,12 +73,12 @@ AnimNodePtr kxClipStructure::addClip(const std::string& name, const AnimNodePtr&
     return clip;
 }
 
-bool kxClipStructure::moveInto(const AnimNodePtr& node, const AnimNodePtr& parent)
+bool kxClipStructure::moveInto(const AnimNodePtr& node, const NodePtr& parent)
 {
     const NodePtr before = node->getParent();
     if (!parent->addChild(node))
         return false;
-    if (before != NullFC && before != NodePtr(parent))
+    if (before != NullFC && before != parent)
         markChanged(before, Node::ChildrenFieldMask);
     markChanged(parent, Node::ChildrenFieldMask);
     return true;

@@ -22,7 +22,7 @@ osg::AnimNodePtr addClip(const std::string& name, const osg::AnimNodePtr& parent
 
 /// Moves `node`, with all below it, to the end of the children of `parent`. False where `parent` is the node itself or
 /// stands below it.
-bool moveInto(const osg::AnimNodePtr& node, const osg::AnimNodePtr& parent);
+bool moveInto(const osg::AnimNodePtr& node, const osg::NodePtr& parent);
 /// Moves a clip to the top of the tree; does nothing with anything else, or with null.
 void moveToTop(const osg::AnimNodePtr& node);
 
