@@ -2,6 +2,8 @@
 
 #include <script/kxScriptClips.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
+#include <clipmaker/edits/kxClipStructure.h>
 #include <frame/kxClipRefresh.h>
 #include <script/kxScriptDoc.h>
 
@@ -21,38 +23,16 @@ osg::AnimNodePtr animationOf(const kxNodePtr& handle)
     return osg::AnimNodePtr::dcast(handle.node());
 }
 
-template <class Core>
-bool hasCore(const osg::NodePtr& node)
-{
-    return node != osg::NullFC && osg::FCPtr<Core>::dcast(node->getCore()) != osg::NullFC;
-}
-
 /// Null where the handle is no clip's.
 osg::AnimNodePtr clipOf(const kxNodePtr& handle)
 {
     const osg::AnimNodePtr node = animationOf(handle);
-    return hasCore<osg::AnimClip>(node) ? node : osg::AnimNodePtr();
+    return kxClipStructure::isClip(node) ? node : osg::AnimNodePtr();
 }
 
 float secondsOf(int frame)
 {
     return float(frame / kxAnimManager::the()->fps());
-}
-
-/// Seconds of the root's time.
-struct Extent
-{
-    float start = 0;
-    float end = 0;
-};
-
-Extent extentOf(const osg::AnimNodePtr& clip)
-{
-    osg::BoxVolume volume;
-    clip->getWorldVolume(volume);
-    osg::Pnt3f minimum, maximum;
-    volume.getBounds(minimum, maximum);
-    return {minimum.x(), maximum.x()};
 }
 
 void finish(const osg::AnimNodePtr& clip, const osg::BitVector& changed)
@@ -65,39 +45,16 @@ void addBlock(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block, float
 {
     const osg::AnimNodePtr copy = osg::cloneAnimTree(block, true);
     copy->moveBy(seconds, 0); // standing nowhere yet, it moves in the time of the clip
-    const float y = kxAnimManager::the()->calculateFreeOffsetYFor(copy, clip, osg::AnimNodePtr());
-    copy->moveBy(0, y - copy->getOffset().y());
     copy->setHidden(true);
-    osg::markChanged(copy, osg::AnimNodeBase::HiddenFieldMask | osg::AnimNodeBase::OffsetFieldMask);
-    clip->addChild(copy);
-}
-
-bool addClip(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& added)
-{
-    if (kxNodeUtils::hasParent(clip, added))
-        return false;
-    const osg::NodePtr before = added->getParent();
-    clip->addChild(added);
-    if (before != osg::NullFC && before != clip)
-        osg::markChanged(before, osg::Node::ChildrenFieldMask);
-    return true;
+    osg::markChanged(copy, osg::AnimNodeBase::HiddenFieldMask);
+    kxClipStructure::moveInto(copy, clip);
+    kxClipNodes::moveToFreeTrack(copy, 0);
 }
 } // namespace
 
 kxNodePtr kxScriptClips::create(const std::string& name, const kxNodePtr& parent)
 {
-    const osg::AnimNodePtr node = osg::AnimNodeBase::create();
-    node->setCore(osg::AnimClipBase::create());
-    osg::markChanged(node, osg::Node::CoreFieldMask);
-    kxNodeUtils::setName(node, name, true, osg::NodePtr());
-    const osg::AnimNodePtr parentClip = clipOf(parent);
-    if (parentClip != osg::NullFC)
-    {
-        parentClip->addChild(node);
-        osg::markChanged(parentClip, osg::Node::ChildrenFieldMask);
-    }
-    else
-        kxAnimManager::the()->addToClipStructure(node);
+    const osg::AnimNodePtr node = kxClipStructure::addClip(name, clipOf(parent));
     kxClipRefresh::run();
     return kxNodePtr(node);
 }
@@ -131,11 +88,11 @@ bool kxScriptClips::add(const kxNodePtr& clip, const kxNodePtr& object, int fram
     const osg::AnimNodePtr added = animationOf(object);
     if (target == osg::NullFC || added == osg::NullFC)
         return false;
-    if (hasCore<osg::AnimBlock>(added))
+    if (osg::AnimBlockPtr::dcast(added->getCore()) != osg::NullFC)
         addBlock(target, added, secondsOf(frame));
-    else if (!hasCore<osg::AnimClip>(added) || !addClip(target, added))
+    else if (!kxClipStructure::isClip(added) || !kxClipStructure::moveInto(added, target))
         return false;
-    finish(target, osg::Node::ChildrenFieldMask);
+    kxClipRefresh::run();
     return true;
 }
 
@@ -144,9 +101,9 @@ void kxScriptClips::setDuration(const kxNodePtr& clip, int frames)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    const Extent extent = extentOf(node);
-    const double length = kxAnimManager::the()->fps() * (double(extent.end) - extent.start);
-    node->scaleBy(float(frames / length), extent.start);
+    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
+    const double length = kxAnimManager::the()->fps() * (extent.end - extent.start);
+    node->scaleBy(float(frames / length), float(extent.start));
     finish(node, osg::AnimNodeBase::ScaleFieldMask);
 }
 
@@ -155,13 +112,13 @@ void kxScriptClips::setStart(const kxNodePtr& clip, int frame, bool keepEnd)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    const Extent extent = extentOf(node);
+    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
     const float start = secondsOf(frame);
     if (keepEnd && start >= extent.end)
         return;
     if (keepEnd)
-        node->scaleBy((extent.end - start) / (extent.end - extent.start), extent.start);
-    node->moveBy(start - extent.start, 0);
+        node->scaleBy(float((extent.end - start) / (extent.end - extent.start)), float(extent.start));
+    node->moveBy(float(start - extent.start), 0);
     finish(node, keepEnd ? osg::AnimNodeBase::OffsetFieldMask | osg::AnimNodeBase::ScaleFieldMask
                          : osg::AnimNodeBase::OffsetFieldMask);
 }
@@ -171,14 +128,14 @@ void kxScriptClips::setEnd(const kxNodePtr& clip, int frame, bool keepStart)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    const Extent extent = extentOf(node);
+    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
     const float end = secondsOf(frame);
     if (keepStart && extent.start >= end)
         return;
     if (keepStart)
-        node->scaleBy((end - extent.start) / (extent.end - extent.start), extent.start);
+        node->scaleBy(float((end - extent.start) / (extent.end - extent.start)), float(extent.start));
     else
-        node->moveBy(end - extent.end, 0);
+        node->moveBy(float(end - extent.end), 0);
     finish(node, keepStart ? osg::AnimNodeBase::ScaleFieldMask : osg::AnimNodeBase::OffsetFieldMask);
 }
 
@@ -187,8 +144,8 @@ void kxScriptClips::setActive(const kxNodePtr& clip, bool active)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    node->setTravMask(active ? osg::Node::Active : 0);
-    finish(node, osg::Node::TravMaskFieldMask);
+    kxClipNodes::setActive(node, active);
+    kxClipRefresh::run();
 }
 
 void kxScriptClips::setLocked(const kxNodePtr& clip, bool locked)
@@ -196,8 +153,8 @@ void kxScriptClips::setLocked(const kxNodePtr& clip, bool locked)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    node->setLocked(locked);
-    finish(node, osg::AnimNodeBase::LockedFieldMask);
+    kxClipNodes::setLocked(node, locked);
+    kxClipRefresh::run();
 }
 
 void kxScriptClips::setFlipped(const kxNodePtr& clip, bool flipped)
@@ -205,8 +162,8 @@ void kxScriptClips::setFlipped(const kxNodePtr& clip, bool flipped)
     const osg::AnimNodePtr node = clipOf(clip);
     if (node == osg::NullFC)
         return;
-    node->setFlipped(flipped);
-    finish(node, osg::AnimNodeBase::FlippedFieldMask);
+    kxClipNodes::setFlipped(node, flipped);
+    kxClipRefresh::run();
 }
 
 namespace
