@@ -1,66 +1,62 @@
 #include "kxFieldLook.h"
 
-#include <QCoreApplication>
+#include <files/text/kxFieldWords.h>
+
 #include <QHash>
 
 namespace
 {
-QString tr(const char* text)
+struct Steps
 {
-    return QCoreApplication::translate("kxFieldLook", text);
+    double step;
+    int decimals;
+};
+
+/// How numbers are edited, where not as usual.
+const QHash<QString, Steps>& steps()
+{
+    static const QHash<QString, Steps> table = {
+        {"eulerRotation", {1, 2}},  {"eulerRotationOrientation", {1, 2}},
+        {"visible", {1, 0}},        {"choice", {1, 0}},
+        {"fieldOfView", {1, 2}},    {"focalLength", {1, 2}},
+        {"near", {0.1, 4}},         {"far", {10, 2}},
+        {"kind", {1, 0}},           {"color", {0.05, 3}},
+        {"coneAngle", {1, 2}},      {"material", {1, 0}},
+        {"baseColor", {0.05, 3}},   {"metallic", {0.05, 3}},
+        {"roughness", {0.05, 3}},   {"opacity", {0.05, 3}},
+        {"emissive", {0.05, 3}},    {"doubleSided", {1, 0}},
+        {"alphaCutoff", {0.05, 3}},
+    };
+    return table;
 }
 
-QHash<QString, kxFieldLook> makeTable()
+QString capitalised(QString text)
 {
-    const QString degrees = QStringLiteral("\u00b0");
-    QHash<QString, kxFieldLook> table;
-    const auto add = [&table](const char* field, const kxFieldLook& look)
-    { table.insert(QString::fromLatin1(field), look); };
-    add("translation", {tr("Position"), {}, 0.1, 3, {}, true});
-    add("eulerRotation", {tr("Rotation"), degrees, 1, 2, {}, true});
-    add("eulerRotationOrientation", {tr("Orientation"), degrees, 1, 2, {}, true});
-    add("scale", {tr("Scale"), {}, 0.1, 3, {}, true});
-    add("visible", {tr("Visible"), {}, 1, 0, {}, true});
-    add("choice", {tr("Shown child"), {}, 1, 0, {}, true});
-    add("fieldOfView", {tr("Field of view"), degrees, 1, 2, {}, true});
-    add("focalLength", {tr("Focal length"), tr(" mm"), 1, 2, {}, true});
-    add("near", {tr("Near"), {}, 0.1, 4, {}, true});
-    add("far", {tr("Far"), {}, 10, 2, {}, true});
-    add("kind", {tr("Kind"), {}, 1, 0, {tr("Directional"), tr("Point"), tr("Spot")}, true});
-    add("color", {tr("Colour"), {}, 0.05, 3, {}, true});
-    add("intensity", {tr("Intensity"), {}, 0.1, 3, {}, true});
-    add("coneAngle", {tr("Cone angle"), degrees, 1, 2, {}, true});
-    add("material", {tr("Material"), {}, 1, 0, {}, true});
-    add("baseColor", {tr("Base colour"), {}, 0.05, 3, {}, true});
-    add("metallic", {tr("Metallic"), {}, 0.05, 3, {}, true});
-    add("roughness", {tr("Roughness"), {}, 0.05, 3, {}, true});
-    add("opacity", {tr("Opacity"), {}, 0.05, 3, {}, true});
-    add("emissive", {tr("Emissive"), {}, 0.05, 3, {}, true});
-    add("doubleSided", {tr("Double-sided"), {}, 1, 0, {}, true});
-    add("alphaCutoff", {tr("Cut-out below"), {}, 0.05, 3, {}, true});
-    for (const char* const hidden : {"travMask", "mesh", "skin", "baseColorImage"})
-        add(hidden, {QString(), {}, 1, 0, {}, false});
-    return table;
+    if (!text.isEmpty())
+        text[0] = text[0].toUpper();
+    return text;
 }
 } // namespace
 
 kxFieldLook kxFieldLook::of(const std::string& field)
 {
-    static const QHash<QString, kxFieldLook> table = makeTable();
-    const auto found = table.constFind(QString::fromStdString(field));
-    if (found != table.constEnd())
-        return *found;
+    static const QStringList hidden = {"travMask", "mesh", "skin", "baseColorImage"};
+    const QString name = QString::fromStdString(field);
+    const kxFieldWords words = kxFieldWords::of(field);
     kxFieldLook look;
-    look.label = words(field);
+    look.shown = !hidden.contains(name);
+    look.label = look.shown ? capitalised(words.label) : QString();
+    look.unit = words.unit;
+    look.choices = words.choices;
+    if (const auto found = steps().constFind(name); found != steps().constEnd())
+    {
+        look.step = found->step;
+        look.decimals = found->decimals;
+    }
     return look;
 }
 
 QString kxFieldLook::words(const std::string& name)
 {
-    QString text;
-    for (const QChar letter : QString::fromStdString(name))
-        text += letter.isUpper() && !text.isEmpty() ? QStringLiteral(" ") + letter.toLower() : QString(letter);
-    if (!text.isEmpty())
-        text[0] = text[0].toUpper();
-    return text;
+    return capitalised(kxFieldWords::words(name));
 }

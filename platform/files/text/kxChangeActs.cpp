@@ -1,0 +1,280 @@
+#include <files/text/kxChangeActs.h>
+
+#include <files/text/kxFieldWords.h>
+#include <files/text/kxKeyChange.h>
+#include <osg/AnimCores.h>
+#include <osg/AnimCurve.h>
+#include <osg/AnimNode.h>
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <algorithm>
+#include <set>
+
+using namespace osg;
+using kxChangeActs::Act;
+using kxChangeWords::Change;
+using kxChangeWords::Finder;
+using kxChangeWords::Thing;
+
+namespace
+{
+constexpr float UnitsATrack = 50;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxChangeWords", text);
+}
+
+/// The fields of one container that are another now.
+class Fields
+{
+public:
+    Fields(std::vector<Act>& acts, const Change& change, const Thing& thing, double fps, const Finder& finder)
+        : _acts(acts), _change(change), _thing(thing), _fps(fps), _finder(finder)
+    {
+    }
+
+    void add()
+    {
+        const FieldContainerType& type = *_change.after.type;
+        addName(type);
+        if (type.isDerivedFrom(AnimNodeBase::_type))
+            addTimes();
+        for (const FieldDescription& field : type.fields())
+            if (isChanged(field.name()) && _told.count(field.name()) == 0)
+                addField(type, field.name());
+    }
+
+private:
+    const FieldValue* value(const kxChangeWords::State& state, const std::string& name) const
+    {
+        const auto found = state.fields.find(name);
+        return found == state.fields.end() ? nullptr : &found->second;
+    }
+    template <class T>
+    T before(const char* name) const
+    {
+        return std::get<T>(*value(_change.before, name));
+    }
+    template <class T>
+    T after(const char* name) const
+    {
+        return std::get<T>(*value(_change.after, name));
+    }
+    /// Changed, and of one type on both sides.
+    bool isChanged(const std::string& name) const
+    {
+        const FieldValue* const was = value(_change.before, name);
+        const FieldValue* const is = value(_change.after, name);
+        return was != nullptr && is != nullptr && was->index() == is->index() && !(*was == *is);
+    }
+    Act& push(Act::Rank rank, const QString& verb, const QString& detail = QString())
+    {
+        _acts.push_back(kxChangeActs::act(rank, verb, _thing, detail));
+        return _acts.back();
+    }
+    void told(std::initializer_list<const char*> names) { _told.insert(names.begin(), names.end()); }
+
+    void addName(const FieldContainerType& type)
+    {
+        const char* const field = type.isDerivedFrom(AnimObject::_type) ? "name" : "nodeName";
+        if (!isChanged(field))
+            return;
+        told({field});
+        Act& act =
+            push(Act::Rename, tr("Rename"), tr(" to '%1'").arg(QString::fromStdString(after<std::string>(field))));
+        act.thing.name = QString::fromStdString(before<std::string>(field));
+        act.place.clear();
+    }
+
+    void addTimes()
+    {
+        told({"offset", "scale", "usePlayRange", "playRange"});
+        if (isChanged("scale"))
+            push(
+                Act::Move, tr("Stretch"),
+                tr(" by %1").arg(kxFieldWords::number(double(after<float>("scale")) / double(before<float>("scale")))));
+        else if (isChanged("offset"))
+        {
+            const Vec2f was = before<Vec2f>("offset"), is = after<Vec2f>("offset");
+            QString detail;
+            if (is.x() != was.x())
+                detail += tr(" by %1 frames").arg(kxFieldWords::frames(double(is.x()) - double(was.x()), _fps));
+            if (is.y() != was.y())
+                detail += tr(" to track %1").arg(kxFieldWords::number(double(is.y() / UnitsATrack) + 1));
+            push(Act::Move, tr("Move"), detail);
+        }
+        if (isChanged("usePlayRange") || isChanged("playRange"))
+        {
+            const Pnt2f range = Pnt2f() + after<Vec2f>("playRange");
+            push(Act::Change, tr("Play"),
+                 after<bool>("usePlayRange") ? tr(" from frame %1 to %2")
+                                                   .arg(kxFieldWords::frames(double(range.x()), _fps),
+                                                        kxFieldWords::frames(double(range.y()), _fps))
+                                             : tr(" whole"));
+        }
+    }
+
+    void addField(const FieldContainerType& type, const std::string& name)
+    {
+        const bool isAnimation = type.isDerivedFrom(AnimNodeBase::_type);
+        if (name == "controlPoints")
+            return addKeys();
+        if (name == "material")
+            return addMaterial();
+        if (name == "travMask")
+        {
+            const bool on = after<UInt32>("travMask") == Node::Active;
+            push(Act::Change, isAnimation ? on ? tr("Switch on") : tr("Switch off") : on ? tr("Show") : tr("Hide"));
+        }
+        else if (name == "postCycles")
+        {
+            const Int32 cycles = after<Int32>("postCycles");
+            push(Act::Change, tr("Repeat"), cycles < 0 ? tr(" without end") : tr(" %1 times").arg(cycles));
+        }
+        else if (name == "flipped" || name == "locked" || name == "motionBlur")
+        {
+            const bool on = after<bool>(name.c_str());
+            push(Act::Change, name == "flipped"  ? tr("Flip")
+                              : name == "locked" ? on ? tr("Lock") : tr("Unlock")
+                              : on ? tr("Blur the motion of")
+                                                 : tr("Show without motion blur"));
+        }
+        else if (name == "translation")
+            push(Act::Change, tr("Move"));
+        else if (name == "eulerRotation" || name == "eulerRotationOrientation")
+            push(Act::Change, tr("Rotate"));
+        else if (name == "scale")
+            push(Act::Change, tr("Scale"));
+        else if (name == "animations")
+            push(Act::Change, tr("Change the groups of"));
+        else
+            addValue(type, name);
+    }
+
+    void addMaterial()
+    {
+        const auto ids = after<std::vector<UInt32>>("material");
+        if (ids.empty() || ids.front() == 0)
+            push(Act::Change, tr("Take the material from"));
+        else
+            push(Act::Change, tr("Give"), tr(" the material '%1'").arg(_finder(ids.front()).name));
+    }
+
+    void addValue(const FieldContainerType& type, const std::string& name)
+    {
+        const kxFieldWords words = kxFieldWords::of(type, name);
+        const FieldValue& value = *this->value(_change.after, name);
+        const bool isShort = value.index() <= 3 || value.index() == 7; // a number, a text
+        push(Act::Change, tr("Change %1 of").arg(words.label),
+             isShort ? tr(" to %1").arg(words.value(value)) : QString());
+    }
+
+    void addKeys()
+    {
+        typedef MField<CCPnt, 0> Keys;
+        const auto change = kxKeyChange::between(std::get<Keys>(*value(_change.before, "controlPoints")),
+                                                 std::get<Keys>(*value(_change.after, "controlPoints")));
+        const auto add = [this](std::size_t count, Act::Rank rank, const QString& verb, const QString& detail)
+        {
+            if (count == 0)
+                return;
+            Act& act = push(rank, verb, detail);
+            act.count = count;
+            act.counted = tr("key");
+        };
+        add(change.added, Act::Make, tr("Add %1 to"), QString());
+        add(change.removed, Act::Delete, tr("Delete %1 of"), QString());
+        add(change.moved, Act::Move, tr("Move %1 of"),
+            change.shift ? tr(" by %1 frames").arg(kxFieldWords::frames(double(*change.shift), _fps)) : QString());
+        add(change.changed, Act::Change, tr("Change %1 of"), QString());
+        add(change.tangents,
+            change.moved + change.added + change.removed + change.changed > 0 ? Act::Follow : Act::Change,
+            tr("Change tangents of %1 of"), QString());
+    }
+
+    std::vector<Act>& _acts;
+    const Change& _change;
+    const Thing& _thing;
+    double _fps;
+    const Finder& _finder;
+    std::set<std::string> _told;
+};
+
+/// All acts of one verb.
+struct Gathered
+{
+    Act first;
+    std::set<std::pair<UInt32, QString>> things;
+    bool sameDetail = true, samePlace = true, sameKind = true, sameName = true;
+
+    void add(const Act& act)
+    {
+        if (!things.emplace(act.thing.id, act.thing.id == 0 ? act.thing.name : QString()).second)
+            return;
+        first.count += things.size() > 1 ? act.count : 0;
+        sameDetail = sameDetail && act.detail == first.detail;
+        samePlace = samePlace && act.place == first.place;
+        sameKind = sameKind && act.thing.kind == first.thing.kind;
+        sameName = sameName && act.thing.name == first.thing.name;
+    }
+
+    QString phrase() const
+    {
+        QString text =
+            first.counted.isEmpty() ? first.verb : first.verb.arg(kxFieldWords::counted(first.count, first.counted));
+        const QString kind = first.thing.kind;
+        const bool isOne = things.size() == 1 || (first.rank == Act::Rename && sameName && sameDetail); // with clones
+        if (!isOne)
+            text += QLatin1Char(' ') +
+                    kxFieldWords::counted(things.size(), sameKind && !kind.isEmpty() ? kind : tr("thing"));
+        else if (first.thing.name.isEmpty())
+            text += tr(" the %1").arg(kind.isEmpty() ? tr("scene") : kind);
+        else
+            text +=
+                (first.namesKind ? QLatin1Char(' ') + kind : QString()) + QStringLiteral(" '%1'").arg(first.thing.name);
+        if (sameDetail)
+            text += first.detail;
+        return samePlace && !first.place.isEmpty() ? text + tr(" in '%1'").arg(first.place) : text;
+    }
+};
+} // namespace
+
+Act kxChangeActs::act(Act::Rank rank, const QString& verb, const Thing& thing, const QString& detail)
+{
+    Act act;
+    act.rank = rank;
+    act.verb = verb;
+    act.detail = detail;
+    act.place = thing.place;
+    act.thing = thing;
+    return act;
+}
+
+void kxChangeActs::addFields(std::vector<Act>& acts, const Change& change, const Thing& thing, double fps,
+                             const Finder& finder)
+{
+    Fields(acts, change, thing, fps, finder).add();
+}
+
+QString kxChangeActs::sentence(const std::vector<Act>& acts)
+{
+    std::vector<Gathered> gathered;
+    for (const Act& act : acts)
+    {
+        const auto same = std::find_if(gathered.begin(), gathered.end(),
+                                       [&act](const Gathered& entry)
+                                       { return entry.first.rank == act.rank && entry.first.verb == act.verb; });
+        Gathered& entry = same != gathered.end() ? *same : gathered.emplace_back(Gathered{act, {}});
+        entry.add(act);
+    }
+    std::stable_sort(gathered.begin(), gathered.end(),
+                     [](const Gathered& a, const Gathered& b) { return a.first.rank < b.first.rank; });
+    if (gathered.empty())
+        return QString();
+    const auto further = std::count_if(gathered.begin() + 1, gathered.end(),
+                                       [](const Gathered& entry) { return entry.first.rank != Act::Follow; });
+    return gathered.front().phrase() + (further > 0 ? tr(" and more") : QString());
+}

@@ -1,0 +1,242 @@
+#include <files/text/kxChangeWords.h>
+
+#include <animation/kxAttachmentRegistry.h>
+#include <files/text/kxChangeActs.h>
+#include <files/text/kxFieldWords.h>
+#include <kxAnimManager.h>
+#include <osg/AnimCurve.h>
+#include <osg/FieldContainerFactory.h>
+#include <osg/SceneCores.h>
+#include <scene/kxScene.h>
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <set>
+#include <unordered_map>
+
+using namespace osg;
+using namespace kxChangeWords;
+
+namespace
+{
+using kxChangeActs::Act;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxChangeWords", text);
+}
+
+/// The tops of the trees, which a user doesn't know by name.
+bool isTop(const NodePtr& node)
+{
+    const kxScene& scene = *kxScene::the();
+    const kxAnimManager& manager = *kxAnimManager::the();
+    return node == scene.root() || node == scene.sceneryRoot() || node == scene.sceneplateRoot() ||
+           node == manager.clipStructureRoot() || node == manager.sceneStructureRoot();
+}
+
+QString nameOf(const AttachmentContainerPtr& container)
+{
+    const NodePtr node = NodePtr::dcast(container);
+    if (node != NullFC && isTop(node))
+        return QString();
+    const AnimCurvePtr curve = node == NullFC ? AnimCurvePtr() : AnimCurvePtr::dcast(node->getCore());
+    if (curve == NullFC)
+        return QString::fromStdString(container->getNodeName());
+    const std::string& suffix = curve->getSuffix();
+    return QString::fromStdString(curve->getChannelName() + (suffix.empty() ? "" : "." + suffix));
+}
+
+/// The container by which a user knows this one.
+AttachmentContainerPtr known(const FieldContainerPtr& container)
+{
+    if (const NodeCorePtr core = NodeCorePtr::dcast(container))
+        return core->getParents().empty() ? NodePtr() : core->getParents().front();
+    if (const AttachmentPtr attachment = AttachmentPtr::dcast(container))
+        return attachment->getParents().empty() ? AttachmentContainerPtr() : attachment->getParents().front();
+    return AttachmentContainerPtr::dcast(container);
+}
+
+/// Changes by container, and who owns whom.
+class Edit
+{
+public:
+    Edit(const std::vector<Change>& changes, double fps, const Finder& finder) : _fps(fps), _finder(finder)
+    {
+        for (const Change& change : changes)
+        {
+            if (change.before.type == nullptr && change.after.type == nullptr)
+                continue;
+            _byId[change.id] = &change;
+            noteOwned(change.before, change.id, _ownerBefore);
+            noteOwned(change.after, change.id, _ownerAfter);
+        }
+    }
+
+    std::vector<Act> acts() const
+    {
+        std::vector<Act> acts;
+        for (const auto& entry : _byId) // in the order of ids: older containers first
+        {
+            const Change& change = *entry.second;
+            if (change.before.type != nullptr && change.after.type != nullptr)
+            {
+                const Thing thing = _finder(change.id);
+                kxChangeActs::addFields(acts, change, thing, _fps, _finder);
+                addOrder(acts, change, thing);
+            }
+            else
+                addLife(acts, change);
+            addPlace(acts, change);
+        }
+        return acts;
+    }
+
+private:
+    typedef std::unordered_map<UInt32, UInt32> Owners;
+
+    static void noteOwned(const State& state, UInt32 id, Owners& owners)
+    {
+        if (state.core != 0)
+            owners.emplace(state.core, id);
+        for (const auto* const list : {&state.children, &state.attachments})
+            for (const UInt32 owned : *list)
+                owners[owned] = id;
+        const auto root = state.fields.find("animationRoot");
+        const auto* const ids = root == state.fields.end() ? nullptr : std::get_if<std::vector<UInt32>>(&root->second);
+        if (ids != nullptr && !ids->empty())
+            owners[ids->front()] = id;
+    }
+
+    /// The kind of what came or went, from the states: a dead container can't be asked.
+    Thing thing(const Change& change, const State& state) const
+    {
+        Thing found = _finder(change.id);
+        const auto core = _byId.find(state.core);
+        const State* const coreState = core == _byId.end()        ? nullptr
+                                       : &state == &change.before ? &core->second->before
+                                                                  : &core->second->after;
+        if (found.kind.isEmpty() || (coreState != nullptr && coreState->type != nullptr))
+            found.kind = kxFieldWords::kind(*state.type, coreState == nullptr ? nullptr : coreState->type);
+        const auto name = state.fields.find("nodeName");
+        if (found.name.isEmpty() && name != state.fields.end())
+            found.name = QString::fromStdString(std::get<std::string>(name->second));
+        found.id = change.id;
+        return found;
+    }
+
+    /// What a container was after it came, or before it went.
+    static const State& present(const Change& change)
+    {
+        return change.after.type == nullptr ? change.before : change.after;
+    }
+
+    /// The change of what holds a container, null where that didn't change.
+    const Change* holder(const Change& change) const
+    {
+        const Owners& owners = change.after.type == nullptr ? _ownerBefore : _ownerAfter;
+        const auto owner = owners.find(change.id);
+        const auto found = owner == owners.end() ? _byId.end() : _byId.find(owner->second);
+        return found == _byId.end() ? nullptr : found->second;
+    }
+
+    /// A node or material but for the node that only gathers an object's animations.
+    bool isThing(const Change& change) const
+    {
+        const State& state = present(change);
+        const Change* const above = holder(change);
+        const bool gathers = above != nullptr && present(*above).type->isDerivedFrom(Attachment::_type);
+        return !gathers && (state.type->isDerivedFrom(Node::_type) || state.type->isDerivedFrom(MaterialBase::_type));
+    }
+
+    /// Made or gone, where nothing that holds it came or went as well.
+    void addLife(std::vector<Act>& acts, const Change& change) const
+    {
+        const bool made = change.before.type == nullptr;
+        if (!isThing(change))
+            return;
+        for (const Change* above = holder(change); above != nullptr; above = holder(*above))
+            if ((made ? above->before : above->after).type == nullptr && isThing(*above))
+                return;
+        Act act = kxChangeActs::act(made ? Act::Make : Act::Delete, made ? tr("Make") : tr("Delete"),
+                                    thing(change, present(change)));
+        act.namesKind = true;
+        acts.push_back(act);
+    }
+
+    /// Children that came here from elsewhere.
+    void addPlace(std::vector<Act>& acts, const Change& change) const
+    {
+        const std::set<UInt32> had(change.before.children.begin(), change.before.children.end());
+        for (const UInt32 child : change.after.children)
+        {
+            const auto before = _ownerBefore.find(child);
+            if (had.count(child) != 0 || before == _ownerBefore.end() || before->second == change.id)
+                continue;
+            Act act = kxChangeActs::act(Act::Move, tr("Move"), _finder(child));
+            act.place.clear();
+            const QString from = _finder(before->second).name, to = _finder(change.id).name;
+            act.detail = (from.isEmpty() ? QString() : tr(" from '%1'").arg(from)) +
+                         (to.isEmpty() ? tr(" to the top") : tr(" to '%1'").arg(to));
+            acts.push_back(act);
+        }
+    }
+
+    void addOrder(std::vector<Act>& acts, const Change& change, const Thing& thing) const
+    {
+        if (change.before.children.size() != change.after.children.size() ||
+            change.before.children == change.after.children)
+            return;
+        std::vector<UInt32> before = change.before.children, after = change.after.children;
+        std::sort(before.begin(), before.end());
+        std::sort(after.begin(), after.end());
+        if (before == after)
+            acts.push_back(kxChangeActs::act(Act::Move, tr("Reorder what stands in"), thing));
+    }
+
+    double _fps;
+    const Finder& _finder;
+    std::map<UInt32, const Change*> _byId;
+    Owners _ownerBefore, _ownerAfter;
+};
+} // namespace
+
+Thing kxChangeWords::find(UInt32 id)
+{
+    Thing thing;
+    const AttachmentContainerPtr container = known(FieldContainerFactory::the()->get<FieldContainer>(id));
+    if (container == NullFC)
+        return thing;
+    const NodePtr node = NodePtr::dcast(container);
+    const bool hasCore = node != NullFC && node->getCore() != NullFC;
+    thing.kind = kxFieldWords::kind(container->getType(), hasCore ? &node->getCore()->getType() : nullptr);
+    thing.id = container->getId();
+    thing.name = nameOf(container);
+    if (node == NullFC || !node->getType().isDerivedFrom(AnimNodeBase::_type) || node->getParent() == NullFC)
+        return thing;
+    thing.place = nameOf(node->getParent());
+    const AnimAttachmentPtr attachment = kxAttachmentRegistry::ofRoot(node->getParent());
+    if (attachment != NullFC && !attachment->getParents().empty())
+        thing.place = nameOf(attachment->getParents().front());
+    return thing;
+}
+
+QString kxChangeWords::of(const std::vector<Change>& changes, double fps, const Finder& finder)
+{
+    return kxChangeActs::sentence(Edit(changes, fps, finder).acts());
+}
+
+QString kxChangeWords::of(const Settings& before, const Settings& after)
+{
+    QStringList texts;
+    for (const auto& [name, value] : after)
+    {
+        const auto was = before.find(name);
+        if (was == before.end() || was->second == value)
+            continue;
+        const kxFieldWords words = kxFieldWords::ofSetting(name);
+        texts << tr("Set %1 to %2").arg(words.label, words.value(FieldValue(float(value))));
+    }
+    return texts.isEmpty() ? QString() : texts.first() + (texts.size() > 1 ? tr(" and more") : QString());
+}
