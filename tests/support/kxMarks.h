@@ -11,11 +11,8 @@ public:
     kxMarks() { osg::WinThreadBase::getCurrentChangeList()->addListener(this); }
     ~kxMarks() override { osg::WinThreadBase::getCurrentChangeList()->subListener(this); }
 
+    int times(const osg::FieldContainerPtr& marked) const { return int(_ids.count(marked.getFieldContainerId())); }
     bool has(const osg::FieldContainerPtr& container) const { return times(container) != 0; }
-    int times(const osg::FieldContainerPtr& container) const
-    {
-        return int(_ids.count(container.getFieldContainerId()));
-    }
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector&) override
     {
         _ids.insert(container.getFieldContainerId());

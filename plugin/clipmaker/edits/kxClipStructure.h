@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-/// Edits of the tree of clips. Each marks what it changes; nodes aren't null where nothing else is said.
+/// Edits of the tree of clips, and moves in any tree of animations. Each marks what it changes; nodes aren't null where
+/// nothing else is said.
 namespace kxClipStructure
 {
 /// True for a node with the core of a clip, of whatever kind; false for null.

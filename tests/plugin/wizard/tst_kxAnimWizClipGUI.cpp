@@ -13,7 +13,6 @@
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
-#include <osg/ChangeList.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QComboBox>
