@@ -4,7 +4,6 @@
 #include <animation/kxAnimTree.h>
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxNodeTime.h>
-#include <animation/kxScenePlan.h>
 #include <kxAnimManager.h>
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,7 @@
 #include "kxNodeCopy.h"
 
-#include <animation/kxRestValues.h>
+#include <animation/kxAnimEngine.h>
+#include <kxAnimManager.h>
 #include <osg/AnimAttachments.h>
 #include <scene/FieldDescription.h>
 
@@ -16,7 +17,7 @@ void copyFields(osg::FieldContainer& target, const osg::FieldContainer& source)
         for (unsigned i = 0; field.isAnimatable() && i < field.components(); ++i)
         {
             float rest = 0;
-            if (kxRestValues::the().get(source.getId(), field.name(), i, rest))
+            if (kxAnimEngine::of(*kxAnimManager::the()).rest.get(source.getId(), field.name(), i, rest))
                 field.setComponent(target, i, rest);
         }
 }

@@ -7,7 +7,8 @@
 #include "kxSceneEdits.h"
 #include "kxSceneNotify.h"
 #include <QCoreApplication>
-#include <animation/kxRestValues.h>
+#include <animation/kxAnimEngine.h>
+#include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
@@ -59,7 +60,7 @@ private:
         if (core == osg::NullFC)
             return;
         const float choice = forward ? _after : _before;
-        kxRestValues::the().set(_id, "choice", 0, choice);
+        kxAnimEngine::of(*kxAnimManager::the()).rest.set(_id, "choice", 0, choice);
         core->setChoice(osg::Int32(choice));
         osg::markChanged(core, osg::Switch::ChoiceFieldMask);
         kxSceneNotify::fieldChanged(core);
@@ -195,7 +196,7 @@ bool kxSceneryEdits::setChoice(const osg::NodePtr& set, int choice)
     if (core == osg::NullFC || choice < 0 || unsigned(choice) >= set->getNChildren())
         return false;
     float rest = float(core->getChoice());
-    kxRestValues::the().get(core.getFieldContainerId(), "choice", 0, rest);
+    kxAnimEngine::of(*kxAnimManager::the()).rest.get(core.getFieldContainerId(), "choice", 0, rest);
     if (int(rest) != choice || core->getChoice() != choice)
         add(new SetChoiceCommand(core, rest, float(choice),
                                  stepText("Show %1").arg(QString::fromStdString(kxScenery::variantName(

@@ -3,8 +3,9 @@
 #include "kxColorButton.h"
 
 #include <QKXSpiner.h>
-#include <animation/kxRestValues.h>
+#include <animation/kxAnimEngine.h>
 #include <edits/kxSceneEdits.h>
+#include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <scene/kxScene.h>
 #include <widgets/kxColors.h>
@@ -111,7 +112,7 @@ void kxPropertyRow::updateDriven()
         {
             // What is driven has a value of its own beside the one that it shows.
             float rest = 0;
-            if (kxRestValues::the().get(container->getId(), _field, i, rest))
+            if (kxAnimEngine::of(*kxAnimManager::the()).rest.get(container->getId(), _field, i, rest))
                 driven.insert(i);
         }
     if (driven == _driven)

@@ -1,9 +1,9 @@
 #include "kxSceneryStage.h"
 
+#include <animation/kxAnimEngine.h>
 #include <animation/kxChannelTarget.h>
-#include <animation/kxRestValues.h>
-#include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>
+#include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxLog.h>
 #include <kxMessageIds.h>
@@ -88,27 +88,28 @@ kxSceneryStage::kxSceneryStage(kxView3D* view, QObject* parent)
     kxController::addCB(kxMessageName::DequeuedAnimation, animationEnded);
     kxController::addCB(kxMessageName::GetVariants, answerVariants);
     kxController::addCB(kxMessageName::GetSequences, answerSequences);
-    kxTriggers::setHandler(
-        [this](const std::string& name, kxTriggers::Kind kind)
-        {
-            QString problem;
-            if (kind == kxTriggers::Kind::Viewpoint)
-                problem = showViewpoint(name);
-            else if (kind == kxTriggers::Kind::Sequence)
-                _runner.start(name);
-            else
+    kxAnimEngine::of(*kxAnimManager::the())
+        .triggers.setHandler(
+            [this](const std::string& name, kxTriggers::Kind kind)
             {
-                const auto [set, choice] = kxScenery::findVariant(name);
-                problem = setVariant(set == osg::NullFC ? name : set->getNodeName(), choice);
-            }
-            if (!problem.isEmpty())
-                kxLog::warning(tr("A trigger did nothing: %1.").arg(problem));
-        });
+                QString problem;
+                if (kind == kxTriggers::Kind::Viewpoint)
+                    problem = showViewpoint(name);
+                else if (kind == kxTriggers::Kind::Sequence)
+                    _runner.start(name);
+                else
+                {
+                    const auto [set, choice] = kxScenery::findVariant(name);
+                    problem = setVariant(set == osg::NullFC ? name : set->getNodeName(), choice);
+                }
+                if (!problem.isEmpty())
+                    kxLog::warning(tr("A trigger did nothing: %1.").arg(problem));
+            });
 }
 
 kxSceneryStage::~kxSceneryStage()
 {
-    kxTriggers::setHandler(nullptr);
+    kxAnimEngine::of(*kxAnimManager::the()).triggers.setHandler(nullptr);
     listening = nullptr;
     kxController::subCB(kxMessageName::DequeuedAnimation, animationEnded);
     kxController::subCB(kxMessageName::GetVariants, answerVariants);
@@ -188,7 +189,7 @@ QString kxSceneryStage::setVariant(const std::string& set, const std::string& ch
     const osg::SwitchPtr core = osg::SwitchPtr::dcast(node->getCore());
     if (core->getChoice() == index)
         return QString();
-    kxRestValues::the().note(kxChannelTarget{&*core, osg::Switch::_type.field("choice"), 0});
+    kxAnimEngine::of(*kxAnimManager::the()).rest.note(kxChannelTarget{&*core, osg::Switch::_type.field("choice"), 0});
     core->setChoice(index);
     osg::markChanged(core, osg::Switch::ChoiceFieldMask);
     kxController::updateRender(false);

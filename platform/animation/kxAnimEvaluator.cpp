@@ -1,9 +1,7 @@
 #include <kxAnimEvaluator.h>
 
-#include <animation/kxAnimWatch.h>
+#include <animation/kxAnimEngine.h>
 #include <animation/kxChannelTarget.h>
-#include <animation/kxPlaybackQueue.h>
-#include <animation/kxTriggers.h>
 #include <animation/kxValueCommand.h>
 
 #include <algorithm>
@@ -17,6 +15,11 @@ struct kxAnimEvaluator::Private
 
 namespace
 {
+kxAnimEngine& engine()
+{
+    return kxAnimEngine::of(*kxAnimManager::the());
+}
+
 /// Marked, it is a deed of the user, who may take it back.
 void writeValue(std::vector<kxChannelTarget> targets, float value, bool mark)
 {
@@ -47,32 +50,32 @@ kxAnimEvaluator* kxAnimEvaluator::the()
 
 void kxAnimEvaluator::enqueue(const AnimNodePtr& node, bool restart)
 {
-    kxPlaybackQueue::the().enqueue(node, restart);
+    engine().queue.enqueue(node, restart);
 }
 
 void kxAnimEvaluator::dequeue(const AnimNodePtr& node, bool reset)
 {
-    kxPlaybackQueue::the().dequeue(node, reset);
+    engine().queue.dequeue(node, reset);
 }
 
 void kxAnimEvaluator::dequeueAll()
 {
-    kxPlaybackQueue::the().dequeueAll();
+    engine().queue.dequeueAll();
 }
 
 bool kxAnimEvaluator::isPlaying(const AnimNodePtr& node) const
 {
-    return kxPlaybackQueue::the().isPlaying(node);
+    return engine().queue.isPlaying(node);
 }
 
 void kxAnimEvaluator::blockSequenceEvaluation(bool block)
 {
-    kxTriggers::setBlocked(block);
+    engine().triggers.setBlocked(block);
 }
 
 bool kxAnimEvaluator::isSequenceEvaluationBlocked() const
 {
-    return kxTriggers::isBlocked();
+    return engine().triggers.isBlocked();
 }
 
 void kxAnimEvaluator::setOSGFieldValue(const AnimCurvePtr& curve, float value, bool mark)

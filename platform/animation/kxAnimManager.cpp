@@ -2,17 +2,11 @@
 
 #include <animation/kxAnimManagerPrivate.h>
 #include <animation/kxAnimScene.h>
-#include <animation/kxAnimWatch.h>
 #include <animation/kxAttachmentRegistry.h>
-#include <animation/kxClipProgram.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>
-#include <animation/kxPlaybackQueue.h>
 #include <animation/kxRateCommand.h>
-#include <animation/kxRestValues.h>
-#include <animation/kxScenePlan.h>
 #include <animation/kxTimeRescale.h>
-#include <animation/kxTriggers.h>
 #include <kxController.h>
 #include <kxFrameRate.h>
 #include <kxLog.h>
@@ -28,8 +22,6 @@ using namespace osg;
 
 namespace
 {
-double sceneFrame = 0; // see kxAnimScene::frame()
-
 AnimNodePtr makeRoot(const char* name)
 {
     const AnimNodePtr root = AnimNodeBase::create();
@@ -54,11 +46,10 @@ void sendChangedFPS()
     kxController::call(kxMessageName::ChangedFPS, message, 0);
 }
 /// What is edited may cost a moved object its pose, which undo gives back as long as the time is the same.
-std::function<void()> keepPoses()
+std::function<void()> keepPoses(const kxAnimEngine& engine)
 {
-    const auto isSceneShown = [] { return kxScenePlan::the().isShown() && kxPlaybackQueue::the().isEmpty(); };
-    std::vector<kxScenePlan::Pose> poses =
-        isSceneShown() ? kxScenePlan::the().poses() : std::vector<kxScenePlan::Pose>();
+    const auto isSceneShown = [&engine] { return engine.plan.isShown() && engine.queue.isEmpty(); };
+    std::vector<kxScenePlan::Pose> poses = isSceneShown() ? engine.plan.poses() : std::vector<kxScenePlan::Pose>();
     if (poses.empty())
         return nullptr;
     return [poses = std::move(poses), time = kxAnimManager::the()->currentTime(), isSceneShown]
@@ -85,8 +76,7 @@ kxAnimManager* kxAnimManager::the()
 
 kxAnimManager::kxAnimManager() : _p(new Private)
 {
-    kxAnimWatch::the(); // listens from here on
-    kxUndoRecorder::the().setKeeper(keepPoses);
+    kxUndoRecorder::the().setKeeper([this] { return keepPoses(_p->engine); });
     _p->clipRoot = makeRoot("Clips");
     _p->sceneRoot = makeRoot("Structure");
 }
@@ -155,7 +145,7 @@ void kxAnimManager::Private::evaluate(bool all)
     const double seconds = kxFrameTime::seconds(frame, fps);
     if (playbackContextHint == 0 || !curveEditorData)
     {
-        kxScenePlan::the().evaluate(seconds, all);
+        engine.plan.evaluate(seconds, all);
         return;
     }
     std::vector<kxCurveData> shown;
@@ -164,11 +154,10 @@ void kxAnimManager::Private::evaluate(bool all)
     for (const kxCurveData& data : shown)
         if (const AnimNodePtr node = FieldContainerFactory::the()->get<AnimNode>(data.nodeId))
             nodes.push_back(node);
-    kxScenePlan& plan = kxScenePlan::the();
-    plan.update(); // rest values are known before anything is written
-    if (all || plan.isStale())
-        kxClipPrograms::the().ofCurves(nodes).evaluate(seconds);
-    plan.settle();
+    engine.plan.update(); // rest values are known before anything is written
+    if (all || engine.plan.isStale())
+        engine.programs.ofCurves(nodes).evaluate(seconds);
+    engine.plan.settle();
 }
 
 void kxAnimManager::Private::forgetAnnounced()
@@ -199,9 +188,9 @@ void kxAnimManager::setCurrentFrame(double frame, bool force, bool announce)
     if (!std::isfinite(frame))
         return;
     const bool moves = frame != _p->frame;
-    _p->frame = sceneFrame = frame;
-    const bool all = moves || force || !kxScenePlan::the().isShown();
-    if (all || kxScenePlan::the().isStale())
+    _p->frame = _p->engine.sceneFrame = frame;
+    const bool all = moves || force || !_p->engine.plan.isShown();
+    if (all || _p->engine.plan.isStale())
         _p->evaluate(all);
     if (announce && (moves || force || frame != _p->announcedFrame))
         _p->announce(force);
@@ -216,7 +205,7 @@ void kxAnimManager::setCurrentFrameNoEvaluation(double frame, bool announce)
     const bool moves = frame != _p->frame;
     _p->frame = frame;
     if (moves)
-        kxScenePlan::the().setOverwritten();
+        _p->engine.plan.setOverwritten();
     if (announce && (moves || frame != _p->announcedFrame))
         _p->announce(false);
     else if (moves)
@@ -231,13 +220,14 @@ void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool 
     const float seconds = kxFrameTime::seconds(frame, _p->fps);
     const float before = node->getLastEvaluationTime();
     const kxNodeTime::Map toRoot = kxNodeTime::toRoot(node->getParent());
-    kxClipPrograms::the().show(node, toRoot.from(seconds));
+    _p->engine.programs.show(node, toRoot.from(seconds));
     if (triggers || recordTime)
         node->setLastEvaluationTime(seconds);
     if (recordTime)
         markChanged(node, AnimNodeBase::LastEvaluationTimeFieldMask);
     if (triggers)
-        kxTriggers::pass(FieldContainerFactory::the()->get<AnimNode>(id), toRoot.from(before), toRoot.from(seconds));
+        _p->engine.triggers.pass(FieldContainerFactory::the()->get<AnimNode>(id), toRoot.from(before),
+                                 toRoot.from(seconds));
     if (update)
         kxController::updateRender(true);
 }
@@ -347,15 +337,15 @@ void kxAnimManager::setVerifyClipStructure(bool value)
 
 void kxAnimManager::reevaluateAnimations(bool force)
 {
-    if (kxScenePlan::the().isLost())
-        setCurrentFrame(sceneFrame, true, true); // from the clip's frame back to the timeline's
-    else if (force || kxScenePlan::the().isStale())
+    if (_p->engine.plan.isLost())
+        setCurrentFrame(_p->engine.sceneFrame, true, true); // from the clip's frame back to the timeline's
+    else if (force || _p->engine.plan.isStale())
         _p->evaluate(force);
 }
 
 void kxAnimManager::updateSceneAnimCurveData()
 {
-    if (kxScenePlan::the().isStale())
+    if (_p->engine.plan.isStale())
         _p->evaluate(false);
 }
 
@@ -391,7 +381,7 @@ double kxAnimManager::pyGetCurrentFrame()
 
 double kxAnimScene::frame()
 {
-    return sceneFrame;
+    return kxAnimEngine::of(*kxAnimManager::the()).sceneFrame;
 }
 
 bool kxAnimScene::contains(const FieldContainerPtr& object)
@@ -416,12 +406,9 @@ bool kxAnimScene::contains(const FieldContainerPtr& object)
 
 void kxAnimScene::clear()
 {
-    kxPlaybackQueue::the().dequeueAll();
-    kxTriggers::clear();
-    kxRestValues::the().clear();
-    kxScenePlan::the().clear();
-    kxClipPrograms::the().clear();
     kxAnimManager* const manager = kxAnimManager::the();
+    kxAnimEngine& engine = kxAnimEngine::of(*manager);
+    engine.clear();
     for (const AnimNodePtr& root : {manager->clipStructureRoot(), manager->sceneStructureRoot()})
     {
         while (root->getNChildren() > 0)
@@ -430,6 +417,6 @@ void kxAnimScene::clear()
     }
     manager->resetMotionBlurObjectID();
     manager->setCurrentFrameNoEvaluation(0, false);
-    sceneFrame = 0;
-    kxAnimWatch::the().clearStale();
+    engine.sceneFrame = 0;
+    engine.watch.clearStale();
 }

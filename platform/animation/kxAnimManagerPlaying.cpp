@@ -2,7 +2,6 @@
 
 #include <animation/kxAnimManagerPrivate.h>
 #include <animation/kxBlockNames.h>
-#include <animation/kxPlaybackQueue.h>
 #include <kxScenegraph.h>
 #include <scene/kxScene.h>
 
@@ -104,41 +103,41 @@ std::vector<std::string> namesOf(const Visit& visitAll)
 
 void kxAnimManager::enqueue(const AnimNodePtr& node, bool restart)
 {
-    kxPlaybackQueue::the().enqueue(node, restart);
+    _p->engine.queue.enqueue(node, restart);
 }
 
 void kxAnimManager::enqueue(const std::vector<AnimNodePtr>& nodes, bool restart)
 {
     for (const AnimNodePtr& node : nodes)
-        kxPlaybackQueue::the().enqueue(node, restart);
+        _p->engine.queue.enqueue(node, restart);
 }
 
 void kxAnimManager::dequeue(const AnimNodePtr& node)
 {
-    kxPlaybackQueue::the().dequeue(node, false);
+    _p->engine.queue.dequeue(node, false);
 }
 
 void kxAnimManager::dequeueAll()
 {
-    kxPlaybackQueue::the().dequeueAll();
+    _p->engine.queue.dequeueAll();
 }
 
 void kxAnimManager::reset(const AnimNodePtr& node, bool dequeue)
 {
     if (dequeue)
-        kxPlaybackQueue::the().dequeue(node, true);
+        _p->engine.queue.dequeue(node, true);
     else
-        kxPlaybackQueue::the().showStart(node);
+        _p->engine.queue.showStart(node);
 }
 
 void kxAnimManager::pause(const AnimNodePtr& node, bool pause)
 {
-    kxPlaybackQueue::the().pause(node, pause);
+    _p->engine.queue.pause(node, pause);
 }
 
 bool kxAnimManager::isPlaying(const std::string& name) const
 {
-    return kxPlaybackQueue::the().isPlaying(name);
+    return _p->engine.queue.isPlaying(name);
 }
 
 AnimNodePtr kxAnimManager::find(const std::string& name) const

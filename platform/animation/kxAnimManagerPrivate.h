@@ -1,13 +1,16 @@
 #pragma once
 
+#include <animation/kxAnimEngine.h>
 #include <kxAnimManager.h>
 #include <osg/Share.h>
 
 #include <optional>
 
-/// What the manager keeps beside the engines of evaluation and playing.
+/// What the manager keeps.
 struct kxAnimManager::Private
 {
+    kxAnimEngine engine;
+
     double fps = 24.0;
     double playbackFps = 24.0;
     double frame = 0;

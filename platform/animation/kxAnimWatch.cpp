@@ -6,16 +6,15 @@
 
 using namespace osg;
 
-kxAnimWatch& kxAnimWatch::the()
-{
-    static kxAnimWatch* const watch = new kxAnimWatch; // never freed: containers die after the statics of other files
-    return *watch;
-}
-
 kxAnimWatch::kxAnimWatch()
 {
     kxScene::the(); // makes the main thread's change list
     WinThreadBase::getCurrentChangeList()->addListener(this);
+}
+
+kxAnimWatch::~kxAnimWatch()
+{
+    WinThreadBase::getCurrentChangeList()->subListener(this);
 }
 
 void kxAnimWatch::addRole(UInt32 id, UInt8 roles)

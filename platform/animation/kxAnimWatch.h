@@ -9,7 +9,10 @@
 class kxAnimWatch : public osg::ChangeListener
 {
 public:
-    static kxAnimWatch& the();
+    kxAnimWatch();
+    ~kxAnimWatch() override;
+    kxAnimWatch(const kxAnimWatch&) = delete;
+    kxAnimWatch& operator=(const kxAnimWatch&) = delete;
 
     /// What the plans have met a container as.
     enum Role : osg::UInt8
@@ -60,7 +63,6 @@ public:
     void containerDestroyed(osg::UInt32 id) override;
 
 private:
-    kxAnimWatch();
     void curveChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField);
     osg::UInt8 roles(osg::UInt32 id) const { return id < _roles.size() ? _roles[id] : osg::UInt8(0); }
 

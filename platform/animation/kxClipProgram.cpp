@@ -1,10 +1,8 @@
 #include <animation/kxClipProgram.h>
 
-#include <animation/kxAnimWatch.h>
+#include <animation/kxAnimEngine.h>
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxNodeTime.h>
-#include <animation/kxRestValues.h>
-#include <animation/kxScenePlan.h>
 #include <osg/AnimCores.h>
 
 #include <algorithm>
@@ -34,17 +32,17 @@ struct kxClipProgram::Gathered
 namespace
 {
 constexpr std::size_t MaxPrograms = 256; // more are the sign of a script that walks through all animations
-
-void addUsed(const FieldContainer& container)
-{
-    kxAnimWatch::the().addRole(container.getId(), kxAnimWatch::Used);
-}
 } // namespace
 
 kxClipProgram::~kxClipProgram() = default;
 
+void kxClipProgram::addUsed(const FieldContainer& container) const
+{
+    _engine.watch.addRole(container.getId(), kxAnimWatch::Used);
+}
+
 /// What `node` drives, as one option of itself for each channel.
-kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
+kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot) const
 {
     Gathered result;
     addUsed(node);
@@ -52,7 +50,7 @@ kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
         return result;
     if (const AnimCurvePtr curve = AnimCurvePtr::dcast(node.getCore()))
     {
-        kxAnimWatch::the().addCurve(curve->getId(), curve->isEmpty(), 0);
+        _engine.watch.addCurve(curve->getId(), curve->isEmpty(), 0);
         if (curve->isEmpty())
             return result;
         for (const FieldContainerPtr& object : kxAims::ofNode(NodePtr(const_cast<AnimNode*>(&node))))
@@ -97,12 +95,12 @@ kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
     return result;
 }
 
-kxClipProgram::kxClipProgram(const AnimNodePtr& root)
+kxClipProgram::kxClipProgram(kxAnimEngine& engine, const AnimNodePtr& root) : _engine(engine)
 {
     addChannels(gather(*root, true));
 }
 
-kxClipProgram::kxClipProgram(const std::vector<AnimNodePtr>& curveNodes)
+kxClipProgram::kxClipProgram(kxAnimEngine& engine, const std::vector<AnimNodePtr>& curveNodes) : _engine(engine)
 {
     Gathered all;
     for (const AnimNodePtr& node : curveNodes)
@@ -259,7 +257,7 @@ void kxClipProgram::evaluate(double seconds)
         }
         if (!changed.any())
             continue;
-        const kxAnimWatch::Mute mute(kxAnimWatch::the());
+        const kxAnimWatch::Mute mute(_engine.watch);
         markChanged(FieldContainerPtr(container), changed);
     }
 }
@@ -267,13 +265,7 @@ void kxClipProgram::evaluate(double seconds)
 void kxClipProgram::noteRestValues() const
 {
     for (const Channel& channel : _channels)
-        kxRestValues::the().note(channel.target);
-}
-
-kxClipPrograms& kxClipPrograms::the()
-{
-    static kxClipPrograms* const programs = new kxClipPrograms;
-    return *programs;
+        _engine.rest.note(channel.target);
 }
 
 void kxClipPrograms::clear()
@@ -285,9 +277,9 @@ void kxClipPrograms::clear()
 
 void kxClipPrograms::dropStale()
 {
-    if (_madeAt != kxAnimWatch::the().structureCount() || _programs.size() > MaxPrograms)
+    if (_madeAt != _engine.watch.structureCount() || _programs.size() > MaxPrograms)
         clear();
-    _madeAt = kxAnimWatch::the().structureCount();
+    _madeAt = _engine.watch.structureCount();
 }
 
 kxClipProgram& kxClipPrograms::of(const AnimNodePtr& root)
@@ -295,16 +287,16 @@ kxClipProgram& kxClipPrograms::of(const AnimNodePtr& root)
     dropStale();
     std::unique_ptr<kxClipProgram>& program = _programs[root->getId()];
     if (program == nullptr)
-        program = std::make_unique<kxClipProgram>(root);
+        program = std::make_unique<kxClipProgram>(_engine, root);
     return *program;
 }
 
 void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
 {
-    kxScenePlan::the().update(); // what the scene drives is noted before it is written over
+    _engine.plan.update(); // what the scene drives is noted before it is written over
     kxClipProgram& program = of(root);
     program.noteRestValues();
-    kxScenePlan::the().setOverwrittenBy(root);
+    _engine.plan.setOverwrittenBy(root);
     program.evaluate(seconds);
 }
 
@@ -313,7 +305,7 @@ kxClipProgram& kxClipPrograms::ofCurves(const std::vector<AnimNodePtr>& curveNod
     dropStale();
     if (_curvesProgram == nullptr || _curveNodes != curveNodes)
     {
-        _curvesProgram = std::make_unique<kxClipProgram>(curveNodes);
+        _curvesProgram = std::make_unique<kxClipProgram>(_engine, curveNodes);
         _curveNodes = curveNodes;
     }
     return *_curvesProgram;

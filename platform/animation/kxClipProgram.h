@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
+class kxAnimEngine;
+
 /// What one animation drives, made ready for evaluation at any time.
 ///
 /// For each channel that anything below the root drives, a clip chooses among its active children: the one whose extent
@@ -17,10 +19,10 @@
 class KX_API kxClipProgram
 {
 public:
-    explicit kxClipProgram(const osg::AnimNodePtr& root);
+    kxClipProgram(kxAnimEngine& engine, const osg::AnimNodePtr& root);
     /// The curves of these nodes alone, each at the time that its place in the tree gives, active or not. `seconds` of
     /// evaluate() is the time of their trees' roots.
-    explicit kxClipProgram(const std::vector<osg::AnimNodePtr>& curveNodes);
+    kxClipProgram(kxAnimEngine& engine, const std::vector<osg::AnimNodePtr>& curveNodes);
     ~kxClipProgram();
 
     /// Writes all values at `seconds` of the parent's time, and marks each container once.
@@ -59,7 +61,8 @@ private:
     };
     struct Gathered;
 
-    static Gathered gather(const osg::AnimNode& node, bool isRoot);
+    Gathered gather(const osg::AnimNode& node, bool isRoot) const;
+    void addUsed(const osg::FieldContainer& container) const;
     float valueOf(Option& option, double parentTime, double tolerance, bool stepped);
     const Passage& passed(Passage& passage, double entry, double tolerance) const;
     static Option& choose(Choice& choice, double& time, double tolerance);
@@ -73,6 +76,7 @@ private:
     /// Takes choices with one option out of the way.
     void shorten(Option& option, Passage* above, bool isHeld);
 
+    kxAnimEngine& _engine;
     std::vector<Channel> _channels; // those of one container in a row
     std::deque<Passage> _passages;
     std::map<std::pair<const osg::AnimNode*, const Passage*>, Passage*> _passageOf; // by node and what is above
@@ -83,7 +87,7 @@ private:
 class kxClipPrograms
 {
 public:
-    static kxClipPrograms& the();
+    explicit kxClipPrograms(kxAnimEngine& engine) : _engine(engine) {}
     kxClipProgram& of(const osg::AnimNodePtr& root);
     /// Shows an animation beside the scene's time, at `seconds` of its parent's time. What it drives has its rest value
     /// noted, and gets it back when the scene is evaluated next.
@@ -94,6 +98,8 @@ public:
 
 private:
     void dropStale();
+
+    kxAnimEngine& _engine;
     std::unordered_map<osg::UInt32, std::unique_ptr<kxClipProgram>> _programs; // by root id
     std::unique_ptr<kxClipProgram> _curvesProgram;
     std::vector<osg::AnimNodePtr> _curveNodes;

@@ -1,9 +1,8 @@
 #include <animation/kxPlaybackQueue.h>
 
-#include <animation/kxClipProgram.h>
+#include <animation/kxAnimEngine.h>
 #include <animation/kxNodeTime.h>
 #include <animation/kxPlaybackClock.h>
-#include <animation/kxTriggers.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <osg/FieldContainerFactory.h>
@@ -29,10 +28,10 @@ void setPlaying(const AnimNodePtr& node, bool playing)
 }
 } // namespace
 
-kxPlaybackQueue& kxPlaybackQueue::the()
+kxPlaybackQueue::~kxPlaybackQueue()
 {
-    static kxPlaybackQueue* const queue = new kxPlaybackQueue;
-    return *queue;
+    _entries.clear();
+    updateTicks();
 }
 
 std::vector<kxPlaybackQueue::Entry>::iterator kxPlaybackQueue::find(UInt32 nodeId)
@@ -125,7 +124,7 @@ void kxPlaybackQueue::showStart(const AnimNodePtr& node)
 {
     double start = 0, end = 0;
     if (node != NullFC && kxNodeTime::extent(*node, start, end))
-        kxClipPrograms::the().show(node, start);
+        _engine.programs.show(node, start);
 }
 
 void kxPlaybackQueue::updateTicks()
@@ -182,12 +181,12 @@ bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
     entry->position = after;
     const bool isFresh = entry->isFresh;
     entry->isFresh = false;
-    kxClipPrograms::the().show(node, after);
+    _engine.programs.show(node, after);
     if (isFresh)
     {
-        kxTriggers::clear();
-        kxTriggers::pass(node, before, before); // what stands at the very start
+        _engine.triggers.clear();
+        _engine.triggers.pass(node, before, before); // what stands at the very start
     }
-    kxTriggers::pass(node, before, after);
+    _engine.triggers.pass(node, before, after);
     return after >= end;
 }

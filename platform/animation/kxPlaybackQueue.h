@@ -4,13 +4,18 @@
 
 #include <vector>
 
+class kxAnimEngine;
+
 /// Animations that play in their own time beside the timeline, one pass of their extent each.
 ///
 /// "dequeuedAnimation" goes out for each one that leaves.
 class kxPlaybackQueue
 {
 public:
-    static kxPlaybackQueue& the();
+    explicit kxPlaybackQueue(kxAnimEngine& engine) : _engine(engine) {}
+    ~kxPlaybackQueue();
+    kxPlaybackQueue(const kxPlaybackQueue&) = delete;
+    kxPlaybackQueue& operator=(const kxPlaybackQueue&) = delete;
 
     void enqueue(const osg::AnimNodePtr& node, bool restart);
     /// `reset`: the objects go to the state at the animation's start.
@@ -24,8 +29,6 @@ public:
     void showStart(const osg::AnimNodePtr& node);
 
 private:
-    kxPlaybackQueue() = default;
-
     struct Entry
     {
         osg::UInt32 nodeId;
@@ -41,6 +44,7 @@ private:
     bool advance(osg::UInt32 nodeId, double now);
     void updateTicks();
 
+    kxAnimEngine& _engine;
     std::vector<Entry> _entries;
     int _ticks = 0; // number of the clock's ticker, 0 for none
 };

@@ -59,11 +59,7 @@ struct kxRestValues::Private
 
 kxRestValues::kxRestValues() : _p(new Private) {}
 
-kxRestValues& kxRestValues::the()
-{
-    static kxRestValues* const values = new kxRestValues;
-    return *values;
-}
+kxRestValues::~kxRestValues() = default;
 
 bool kxRestValues::get(UInt32 containerId, const std::string& field, unsigned component, float& value) const
 {

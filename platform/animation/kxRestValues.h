@@ -2,6 +2,7 @@
 
 #include <osg/FieldContainer.h>
 
+#include <memory>
 #include <vector>
 
 struct kxChannelTarget;
@@ -14,7 +15,8 @@ struct kxChannelTarget;
 class KX_API kxRestValues
 {
 public:
-    static kxRestValues& the();
+    kxRestValues();
+    ~kxRestValues();
 
     /// False, and `value` stays, where the component isn't driven: its present value is its own then.
     bool get(osg::UInt32 containerId, const std::string& field, unsigned component, float& value) const;
@@ -34,7 +36,6 @@ public:
     std::size_t size() const;
 
 private:
-    kxRestValues();
     struct Private;
-    Private* _p; // for the life of the process
+    std::unique_ptr<Private> _p;
 };

@@ -1,12 +1,10 @@
 #include <animation/kxScenePlan.h>
 
+#include <animation/kxAnimEngine.h>
 #include <animation/kxAnimScene.h>
-#include <animation/kxAnimWatch.h>
 #include <animation/kxAttachmentRegistry.h>
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxNodeTime.h>
-#include <animation/kxPlaybackQueue.h>
-#include <animation/kxRestValues.h>
 #include <animation/kxScenePlanBuilder.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
@@ -30,15 +28,9 @@ std::size_t pairHash(UInt32 node, UInt32 curve)
 }
 } // namespace
 
-kxScenePlan& kxScenePlan::the()
-{
-    static kxScenePlan* const plan = new kxScenePlan;
-    return *plan;
-}
-
 bool kxScenePlan::isStale() const
 {
-    const kxAnimWatch& watch = kxAnimWatch::the();
+    const kxAnimWatch& watch = _engine.watch;
     return _madeAt != watch.structureCount() || watch.areSceneTimesStale() || !watch.staleCurves().empty() ||
            !_dirty.empty();
 }
@@ -71,7 +63,7 @@ void kxScenePlan::clear()
 void kxScenePlan::settle()
 {
     _dirty.clear();
-    kxAnimWatch::the().clearStale();
+    _engine.watch.clearStale();
 }
 
 void kxScenePlan::setStale(const kxChannelTarget& target)
@@ -86,7 +78,7 @@ std::vector<kxScenePlan::Pose> kxScenePlan::poses() const
 {
     // A plan may be stale here: what it points to lives where it is found by its id.
     std::unordered_map<const FieldContainer*, UInt32> touched;
-    for (const UInt32 id : kxAnimWatch::the().touched())
+    for (const UInt32 id : _engine.watch.touched())
         if (const FieldContainerPtr container = FieldContainerFactory::the()->getContainer(id))
             touched.emplace(container.getCPtr(), id);
     std::vector<Pose> found;
@@ -107,7 +99,7 @@ std::vector<kxScenePlan::Pose> kxScenePlan::poses() const
 
 void kxScenePlan::update()
 {
-    kxAnimWatch& watch = kxAnimWatch::the();
+    kxAnimWatch& watch = _engine.watch;
     if (_madeAt == watch.structureCount())
         return;
     collectStaleCurves();
@@ -126,7 +118,7 @@ void kxScenePlan::update()
         watch.subRole(id, kxAnimWatch::SceneNode);
     _sceneNodes.clear();
 
-    kxScenePlanBuilder builder;
+    kxScenePlanBuilder builder(watch);
     builder.build();
     _contexts.assign(1, Context{nullptr, 0});
     for (const kxScenePlanBuilder::Place& place : builder.places)
@@ -172,7 +164,7 @@ void kxScenePlan::update()
     _sceneNodes = builder.nodeIds;
     {
         const kxAnimWatch::Mute mute(watch);
-        kxRestValues::the().update(driven);
+        _engine.rest.update(driven);
     }
     _madeAt = watch.structureCount();
 }
@@ -180,7 +172,7 @@ void kxScenePlan::update()
 /// Turns the curves that changed into entries to evaluate.
 void kxScenePlan::collectStaleCurves()
 {
-    kxAnimWatch& watch = kxAnimWatch::the();
+    kxAnimWatch& watch = _engine.watch;
     if (watch.areSceneTimesStale())
     {
         _dirty.resize(_entries.size());
@@ -300,11 +292,11 @@ void kxScenePlan::evaluate(double seconds, bool all)
     if (all)
     {
         // What plays beside the timeline keeps what it shows until it has ended.
-        if (kxPlaybackQueue::the().isEmpty())
-            kxRestValues::the().writeBackNoted();
+        if (_engine.queue.isEmpty())
+            _engine.rest.writeBackNoted();
         _isShown = true;
         _shownClip = 0;
-        kxAnimWatch::the().clearTouched();
+        _engine.watch.clearTouched();
     }
     if (_entries.empty() || (!all && _dirty.empty()))
     {
@@ -312,7 +304,7 @@ void kxScenePlan::evaluate(double seconds, bool all)
         return;
     }
     computeTimes(seconds);
-    const kxAnimWatch::Mute mute(kxAnimWatch::the());
+    const kxAnimWatch::Mute mute(_engine.watch);
     if (all)
         evaluateAll();
     else

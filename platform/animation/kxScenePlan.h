@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class kxAnimEngine;
+
 /// What a change of the scene's time does: a flat list of (curve, target) pairs, grouped by target container.
 ///
 /// Made from all attachments of objects in the scene and of materials: active channel curves and the curves of active
@@ -13,7 +15,7 @@
 class KX_API kxScenePlan
 {
 public:
-    static kxScenePlan& the();
+    explicit kxScenePlan(kxAnimEngine& engine) : _engine(engine) {}
 
     /// True where the trees, the places in time or the keys have changed since the last evaluation.
     bool isStale() const;
@@ -47,8 +49,6 @@ public:
     std::size_t curveCount() const { return _entries.size(); }
 
 private:
-    kxScenePlan() = default;
-
     /// A place in time: what nodes on the way from the attachment's root to a curve do to the time.
     struct Context
     {
@@ -73,7 +73,6 @@ private:
         osg::FieldContainer* container;
         osg::UInt32 begin, end; ///< entries
     };
-    class Builder;
 
     float valueOf(Entry& entry, bool stepped) const;
     bool writeEntry(std::size_t index);
@@ -84,6 +83,7 @@ private:
     void markGroup(const Group& group, const osg::BitVector& mask) const;
     void collectStaleCurves();
 
+    kxAnimEngine& _engine;
     std::vector<Context> _contexts; // a parent before its children; the first is the scene's time
     std::vector<double> _times;     // of the contexts at the present evaluation
     std::vector<Entry> _entries;

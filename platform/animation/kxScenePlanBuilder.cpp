@@ -52,7 +52,7 @@ void kxScenePlanBuilder::addAttachment(const AnimAttachmentPtr& attachment)
     std::vector<FieldContainerPtr> objects;
     for (const AttachmentContainerPtr& parent : attachment->getParents())
     {
-        kxAnimWatch::the().addRole(parent->getId(), kxAnimWatch::Used);
+        _watch.addRole(parent->getId(), kxAnimWatch::Used);
         if (isInScene(parent))
             objects.push_back(parent);
     }
@@ -63,7 +63,7 @@ void kxScenePlanBuilder::addAttachment(const AnimAttachmentPtr& attachment)
 void kxScenePlanBuilder::addTree(const AnimNode& node, UInt32 place, const std::vector<FieldContainerPtr>& objects)
 {
     nodeIds.push_back(node.getId());
-    kxAnimWatch::the().addRole(node.getId(), kxAnimWatch::Used | kxAnimWatch::SceneNode);
+    _watch.addRole(node.getId(), kxAnimWatch::Used | kxAnimWatch::SceneNode);
     if (!node.isActive() || AnimClipPtr::dcast(node.getCore()) != NullFC)
         return; // clips play, they don't follow the scene's time
     if (changesTime(node))
@@ -81,7 +81,7 @@ void kxScenePlanBuilder::addTree(const AnimNode& node, UInt32 place, const std::
 void kxScenePlanBuilder::addCurve(const AnimCurve& curve, UInt32 nodeId, UInt32 place,
                                   const std::vector<FieldContainerPtr>& objects)
 {
-    kxAnimWatch::the().addCurve(curve.getId(), curve.isEmpty(), 0);
+    _watch.addCurve(curve.getId(), curve.isEmpty(), 0);
     if (curve.isEmpty())
         return;
     for (const FieldContainerPtr& object : objects)

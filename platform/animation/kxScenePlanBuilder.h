@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+class kxAnimWatch;
+
 /// Gathers what the scene's time drives from the attachments.
 class kxScenePlanBuilder
 {
@@ -25,6 +27,7 @@ public:
         osg::UInt32 nodeId;
     };
 
+    explicit kxScenePlanBuilder(kxAnimWatch& watch) : _watch(watch) {}
     void build();
 
     std::vector<Place> places;        // a parent before its children
@@ -37,5 +40,6 @@ private:
     void addCurve(const osg::AnimCurve& curve, osg::UInt32 nodeId, osg::UInt32 place,
                   const std::vector<osg::FieldContainerPtr>& objects);
 
+    kxAnimWatch& _watch;
     std::unordered_map<kxChannelTarget, std::size_t> _driveOfTarget;
 };

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_set>
 #include <vector>
 
 using namespace osg;
@@ -42,21 +41,6 @@ struct Event
     kxTriggers::Kind kind;
 };
 typedef std::vector<Event> Events;
-
-struct State
-{
-    kxTriggers::Handler handler;
-    bool isBlocked = false;
-    UInt32 rootId = 0; // where the time stands, and what has fired there
-    double standingAt = 0;
-    std::unordered_set<UInt32> firedHere;
-};
-
-State& state()
-{
-    static State* const instance = new State;
-    return *instance;
-}
 
 void collect(const AnimNode& node, const Span& span, double travelled, double rate, Events& events, bool isRoot);
 
@@ -126,31 +110,15 @@ void collect(const AnimNode& node, const Span& span, double travelled, double ra
 }
 } // namespace
 
-void kxTriggers::setHandler(Handler handler)
-{
-    state().handler = std::move(handler);
-}
-
-void kxTriggers::setBlocked(bool blocked)
-{
-    state().isBlocked = blocked;
-}
-
-bool kxTriggers::isBlocked()
-{
-    return state().isBlocked;
-}
-
 void kxTriggers::clear()
 {
-    state().rootId = 0;
-    state().firedHere.clear();
+    _rootId = 0;
+    _firedHere.clear();
 }
 
 void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
 {
-    State& s = state();
-    if (node == NullFC || s.isBlocked || !std::isfinite(from) || !std::isfinite(to))
+    if (node == NullFC || _isBlocked || !std::isfinite(from) || !std::isfinite(to))
         return;
     const double tolerance = kxNodeTime::tolerance(std::max(std::abs(from), std::abs(to)));
     const bool isStanding = std::abs(to - from) <= tolerance;
@@ -158,18 +126,18 @@ void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
     collect(*node, Span{from, to, isStanding, tolerance}, 0, 1, events, true);
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.distance < b.distance; });
-    const bool isSamePlace = s.rootId == node->getId() && std::abs(s.standingAt - to) <= tolerance;
+    const bool isSamePlace = _rootId == node->getId() && std::abs(_standingAt - to) <= tolerance;
     if (!isSamePlace)
-        s.firedHere.clear();
-    s.rootId = node->getId();
-    s.standingAt = to;
+        _firedHere.clear();
+    _rootId = node->getId();
+    _standingAt = to;
     std::unordered_set<UInt32> firedBefore;
     if (isStanding && isSamePlace)
-        firedBefore = s.firedHere;
+        firedBefore = _firedHere;
     for (const Event& event : events)
         if (isStanding || std::abs(event.distance - std::abs(to - from)) <= 2 * tolerance)
-            s.firedHere.insert(event.nodeId);
-    const Handler handler = s.handler; // it may set another
+            _firedHere.insert(event.nodeId);
+    const Handler handler = _handler; // it may set another
     for (const Event& event : events)
         if (handler && firedBefore.count(event.nodeId) == 0)
             handler(event.name, event.kind);

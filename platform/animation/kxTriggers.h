@@ -5,31 +5,41 @@
 
 #include <functional>
 #include <string>
+#include <unordered_set>
+#include <utility>
 
 /// Events in time: what an animation's triggers name is fired when time passes over them.
-namespace kxTriggers
+class KX_API kxTriggers
 {
-enum class Kind
-{
-    Sequence,
-    Viewpoint,
-    Variant
+public:
+    enum class Kind
+    {
+        Sequence,
+        Viewpoint,
+        Variant
+    };
+
+    /// Fires what a trigger names, after the values of the frame have been written. Set by the host; without one
+    /// nothing happens.
+    typedef std::function<void(const std::string& name, Kind kind)> Handler;
+    void setHandler(Handler handler) { _handler = std::move(handler); }
+
+    /// While blocked nothing fires.
+    void setBlocked(bool blocked) { _isBlocked = blocked; }
+    bool isBlocked() const { return _isBlocked; }
+
+    /// Fires the active triggers below `node` between `from` and `to`, both in the parent's time of `node`, in the
+    /// order of time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation
+    /// starts anew there: a trigger at that very time fires, unless it was the last thing that fired there.
+    void pass(const osg::AnimNodePtr& node, double from, double to);
+
+    /// Forgets what fired last.
+    void clear();
+
+private:
+    Handler _handler;
+    bool _isBlocked = false;
+    osg::UInt32 _rootId = 0; // where the time stands, and what has fired there
+    double _standingAt = 0;
+    std::unordered_set<osg::UInt32> _firedHere;
 };
-
-/// Fires what a trigger names, after the values of the frame have been written. Set by the host; without one nothing
-/// happens.
-typedef std::function<void(const std::string& name, Kind kind)> Handler;
-KX_API void setHandler(Handler handler);
-
-/// While blocked nothing fires.
-KX_API void setBlocked(bool blocked);
-KX_API bool isBlocked();
-
-/// Fires the active triggers below `node` between `from` and `to`, both in the parent's time of `node`, in the order of
-/// time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation starts anew
-/// there: a trigger at that very time fires, unless it was the last thing that fired there.
-KX_API void pass(const osg::AnimNodePtr& node, double from, double to);
-
-/// Forgets what fired last.
-void clear();
-} // namespace kxTriggers

@@ -1,6 +1,6 @@
 #include <animation/kxValueCommand.h>
 
-#include <animation/kxScenePlan.h>
+#include <animation/kxAnimEngine.h>
 #include <kxAnimManager.h>
 #include <osg/FieldContainerFactory.h>
 #include <osg/Node.h>
@@ -44,8 +44,9 @@ void kxValueCommand::apply(bool forward)
     if (forward)
         return;
     // The value of before may be that of another frame.
+    kxAnimEngine& engine = kxAnimEngine::of(*kxAnimManager::the());
     for (const kxChannelTarget& target : written)
-        kxScenePlan::the().setStale(target);
+        engine.plan.setStale(target);
     kxAnimManager::the()->updateSceneAnimCurveData();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <animation/kxAnimEngine.h>
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 #include <osg/AnimCores.h>
@@ -22,6 +23,8 @@ public:
         kxAnimScene::clear();
         kxAnimManager::the()->setFPS(24);
     }
+
+    static kxAnimEngine& engine() { return kxAnimEngine::of(*kxAnimManager::the()); }
 
     static osg::NodePtr object(const char* name = "object")
     {

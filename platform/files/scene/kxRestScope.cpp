@@ -1,12 +1,13 @@
 #include <files/scene/kxRestScope.h>
 
-#include <animation/kxRestValues.h>
+#include <animation/kxAnimEngine.h>
+#include <kxAnimManager.h>
 
 using namespace osg;
 
 kxRestScope::kxRestScope(const std::vector<FieldContainerPtr>& containers)
 {
-    const kxRestValues& rest = kxRestValues::the();
+    const kxRestValues& rest = kxAnimEngine::of(*kxAnimManager::the()).rest;
     if (rest.size() == 0)
         return;
     for (const FieldContainerPtr& container : containers)

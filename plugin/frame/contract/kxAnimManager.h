@@ -272,6 +272,7 @@ private:
     kxAnimManager();
     ~kxAnimManager() = delete; // lives as long as the process
 
+    friend class kxAnimEngine; // what evaluates and plays
     struct Private;
     std::unique_ptr<Private> _p;
 };

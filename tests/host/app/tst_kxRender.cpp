@@ -1,7 +1,6 @@
 #include "kxSceneFixture.h"
 
 #include <QKXSpiner.h>
-#include <animation/kxTriggers.h>
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
 #include <app/kxRenderDialog.h>
@@ -104,7 +103,7 @@ private Q_SLOTS:
     {
         typedef kxAnimFixture F;
         int fired = 0;
-        kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
+        kxAnimFixture::engine().triggers.setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
         const osg::Share<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {1, 1}})}));
         const osg::AnimNodePtr clip = F::clip("Walk", {F::clone(block, 0), F::trigger("T", 0.1f)});
         kxAnimManager::the()->clipStructureRoot()->addChild(clip);
@@ -122,7 +121,7 @@ private Q_SLOTS:
         QVERIFY(QImage(path("f_04.png")).size() == QSize(16, 9) && !QFile::exists(path("f_05.png")));
         QVERIFY(!kxRenderJob::isRunning() && fired == 0);
         QCOMPARE(kxAnimManager::the()->currentFrame(), 5.0);
-        kxTriggers::setHandler(nullptr);
+        kxAnimFixture::engine().triggers.setHandler(nullptr);
     }
 
     void picturesShowNoSelection()

@@ -1,5 +1,3 @@
-#include <animation/kxRestValues.h>
-#include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
@@ -37,18 +35,19 @@ float shown(const Source& source, const AnimNodePtr& clip, double frame)
 /// What fired, as a text: "s:name v:name".
 struct Fired
 {
-    Fired()
+    explicit Fired(kxTriggers& of = kxAnimFixture::engine().triggers) : triggers(of)
     {
-        kxTriggers::setHandler([this](const std::string& name, kxTriggers::Kind kind)
-                               { text += QString("%1%2 ").arg("spv"[int(kind)]).arg(QString::fromStdString(name)); });
+        triggers.setHandler([this](const std::string& name, kxTriggers::Kind kind)
+                            { text += QString("%1%2 ").arg("spv"[int(kind)]).arg(QString::fromStdString(name)); });
     }
-    ~Fired() { kxTriggers::setHandler(nullptr); }
+    ~Fired() { triggers.setHandler(nullptr); }
     QString take() { return std::exchange(text, QString()).trimmed(); }
     QString pass(const AnimNodePtr& clip, double frame)
     {
         manager()->evaluateByFrame(clip, frame, false, true, false);
         return take();
     }
+    kxTriggers& triggers;
     QString text;
 };
 
@@ -215,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(shown(driven, clip, 60), 12.0f);
         QCOMPARE(idle.x(), 62.0f);
         float rest = 0;
-        QVERIFY(kxRestValues::the().get(idle.object->getCore()->getId(), "translation", 0, rest));
+        QVERIFY(f.engine().rest.get(idle.object->getCore()->getId(), "translation", 0, rest));
         QCOMPARE(rest, 3.0f);
         manager()->setCurrentFrame(5, false, false); // the frame that stands, but not what is shown
         QCOMPARE(driven.x(), 5.0f);
@@ -283,14 +282,15 @@ private Q_SLOTS:
         QFETCH(double, from);
         QFETCH(double, to);
         QFETCH(float, lead);
-        Fired fired;
+        kxTriggers triggers;
+        Fired fired(triggers);
         const AnimNodePtr inner =
             f.clip("inner", {f.trigger("0", lead), f.trigger("h", lead + 0.5f), f.trigger("2", lead + 2)});
         inner->setPostCycles(cycles);
         inner->setFlipped(flipped);
         const AnimNodePtr outer = f.added(f.clip("outer", {inner}));
         inner->setOffset(Vec2f(10, 0));
-        kxTriggers::pass(outer, from, to);
+        triggers.pass(outer, from, to);
         QTEST(fired.take(), "expected");
     }
 

@@ -1,6 +1,5 @@
 #include <animation/kxFramePlayerStatistics.h>
 #include <animation/kxPlaybackClock.h>
-#include <animation/kxTriggers.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxController.h>
@@ -241,8 +240,8 @@ private Q_SLOTS:
     void queuePlaysInItsOwnTime()
     {
         QStringList fired;
-        kxTriggers::setHandler([&](const std::string& name, kxTriggers::Kind)
-                               { fired << QString::fromStdString(name); });
+        kxAnimFixture::engine().triggers.setHandler([&](const std::string& name, kxTriggers::Kind)
+                                                    { fired << QString::fromStdString(name); });
         const NodePtr object = f.object();
         const AnimNodePtr block = f.added(object, f.block("door", {f.curve("translation", "X", {{0, 0}, {2, 20}})}));
         block->setTravMask(0);
@@ -265,7 +264,7 @@ private Q_SLOTS:
         QVERIFY(!manager()->isPlaying("opening"));
         QVERIFY(!clip->getPlaying());
         QCOMPARE(fired.size(), 2);
-        kxTriggers::setHandler(nullptr);
+        kxAnimFixture::engine().triggers.setHandler(nullptr);
     }
 
     void queueIsStoppedPausedAndReset()

@@ -1,8 +1,6 @@
 #include <animation/kxCurveEvaluation.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>
-#include <animation/kxRestValues.h>
-#include <animation/kxScenePlan.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxMarks.h>
@@ -86,8 +84,14 @@ private Q_SLOTS:
             manager()->addAnimation(object, node);
         QCOMPARE(placeAt(3), Vec3f(5, 0, 0));
         QCOMPARE(f.transform(object)->getScale(), Vec3f(1, 1, 1));
-        QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(1));
-        manager()->setTreeActive(off, true);
+        QCOMPARE(f.engine().plan.curveCount(), std::size_t(1));
+        {
+            kxAnimEngine another; // hears and knows nothing of the manager's, and hears no more when it has gone
+            manager()->setTreeActive(off, true);
+            another.plan.update();
+            QCOMPARE(another.plan.curveCount(), std::size_t(2));
+            QCOMPARE(f.engine().plan.curveCount(), std::size_t(1));
+        }
         manager()->reevaluateAnimations(false);
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(5, 5, 0));
         // Out of the scene, out of the plan.
@@ -95,7 +99,7 @@ private Q_SLOTS:
         kxScene::the()->root()->subChild(object);
         markChanged(kxScene::the()->root(), Node::ChildrenFieldMask);
         manager()->updateSceneAnimCurveData();
-        QCOMPARE(kxScenePlan::the().curveCount(), std::size_t(0));
+        QCOMPARE(f.engine().plan.curveCount(), std::size_t(0));
     }
 
     void laterChildrenWin()
@@ -176,9 +180,9 @@ private Q_SLOTS:
         manager()->setCurrentFrame(12, false, false);
         const UInt32 id = object->getCore()->getId();
         float rest = 0;
-        QVERIFY(kxRestValues::the().get(id, "translation", 1, rest));
+        QVERIFY(f.engine().rest.get(id, "translation", 1, rest));
         QCOMPARE(rest, 4.0f);
-        QVERIFY(!kxRestValues::the().get(id, "translation", 0, rest));
+        QVERIFY(!f.engine().rest.get(id, "translation", 0, rest));
         manager()->setCurrentFrame(24, false, false);
         const kxMarks still;
         manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
@@ -197,7 +201,7 @@ private Q_SLOTS:
             manager()->updateSceneAnimCurveData();
             QCOMPARE(f.transform(object)->getTranslation(), Vec3f(3, 12, 5));
         }
-        QCOMPARE(kxRestValues::the().size(), std::size_t(1));
+        QCOMPARE(f.engine().rest.size(), std::size_t(1));
     }
 
     void restValuesOfFiles()
@@ -205,12 +209,12 @@ private Q_SLOTS:
         const AnimNodePtr node = f.added(object, f.curve("translation", "Y", {{0, 7}}));
         manager()->updateSceneAnimCurveData();
         const UInt32 id = object->getCore()->getId();
-        QVERIFY(kxRestValues::the().set(id, "translation", 1, 40)); // driven: kept for later
-        QVERIFY(kxRestValues::the().set(id, "translation", 2, 50)); // its own: at once
-        QVERIFY(!kxRestValues::the().set(id, "translation", 3, 1));
-        QVERIFY(!kxRestValues::the().set(id, "nothing", 0, 1));
-        QVERIFY(!kxRestValues::the().set(id, "translation", 1, NAN));
-        QVERIFY(!kxRestValues::the().set(0xfffffff, "translation", 1, 1));
+        QVERIFY(f.engine().rest.set(id, "translation", 1, 40)); // driven: kept for later
+        QVERIFY(f.engine().rest.set(id, "translation", 2, 50)); // its own: at once
+        QVERIFY(!f.engine().rest.set(id, "translation", 3, 1));
+        QVERIFY(!f.engine().rest.set(id, "nothing", 0, 1));
+        QVERIFY(!f.engine().rest.set(id, "translation", 1, NAN));
+        QVERIFY(!f.engine().rest.set(0xfffffff, "translation", 1, 1));
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 7, 50));
         manager()->subAnimation(object, node);
         manager()->updateSceneAnimCurveData();

@@ -1,7 +1,6 @@
 #include "kxFilesFixture.h"
 
 #include <animation/kxAnimScene.h>
-#include <animation/kxTriggers.h>
 #include <files/gltf/kxGltfExport.h>
 #include <kxAnimFixture.h>
 #include <osg/AnimCores.h>
@@ -175,9 +174,9 @@ private Q_SLOTS:
         manager->clipStructureRoot()->getChild(1)->getChild(0)->setNodeName(names[1]);
         manager->setCurrentFrame(12, true, false);
         int fired = 0;
-        kxTriggers::setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
+        kxAnimFixture::engine().triggers.setHandler([&fired](const std::string&, kxTriggers::Kind) { ++fired; });
         const bool done = roundTrip();
-        kxTriggers::setHandler(nullptr);
+        kxAnimFixture::engine().triggers.setHandler(nullptr);
         QVERIFY(done);
         QCOMPARE(fired, 0);
         const auto clip = [manager](UInt32 i)

@@ -1,7 +1,6 @@
 #include "kxClipFixture.h"
 #include "kxClipMakerFixture.h"
 
-#include <animation/kxTriggers.h>
 #include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/edits/kxClipStructure.h>
 #include <clipmaker/edits/kxClipTriggers.h>
@@ -84,10 +83,10 @@ struct LateClip : kxClipMakerFixture
         kxAnimManager::the()->addToClipStructure(late);
         tree->rebuild(false);
         select(late);
-        kxTriggers::setHandler([this](const std::string& name, kxTriggers::Kind)
-                               { heard << QString::fromStdString(name); });
+        kxAnimFixture::engine().triggers.setHandler([this](const std::string& name, kxTriggers::Kind)
+                                                    { heard << QString::fromStdString(name); });
     }
-    ~LateClip() { kxTriggers::setHandler(nullptr); }
+    ~LateClip() { kxAnimFixture::engine().triggers.setHandler(nullptr); }
     void press(const char* button) const { form->findChild<QToolButton*>(button)->click(); }
 
     QStringList heard; // what fired
