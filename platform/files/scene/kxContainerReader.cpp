@@ -1,7 +1,6 @@
 #include <files/scene/kxContainerReader.h>
 
 #include <files/scene/kxCborInput.h>
-#include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxFieldCodec.h>
 #include <files/scene/kxFileReport.h>
 #include <osg/AnimNode.h>
@@ -147,16 +146,16 @@ void kxContainerReader::readStructure(quint32 number)
         {
             switch (_in.readUInt(0xffff))
             {
-            case kxContainerWriter::Attachments:
+            case kxContainerForm::Attachments:
                 structure.attachments = readNumbers();
                 break;
-            case kxContainerWriter::Core:
+            case kxContainerForm::Core:
                 structure.core = readNumber();
                 break;
-            case kxContainerWriter::Children:
+            case kxContainerForm::Children:
                 structure.children = readNumbers();
                 break;
-            case kxContainerWriter::CoreParents:
+            case kxContainerForm::CoreParents:
                 structure.coreParents = readNumbers();
                 break;
             default:

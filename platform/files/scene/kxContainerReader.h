@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/scene/kxContainerForm.h>
 #include <osg/Node.h>
 #include <osg/Share.h>
 #include <scene/FieldDescription.h>
@@ -72,11 +73,7 @@ private:
         bool list;
         std::vector<quint32> numbers;
     };
-    struct Structure
-    {
-        std::vector<quint32> attachments, children, coreParents;
-        quint32 core = 0;
-    };
+    typedef kxContainerForm::Numbers Structure;
 
     void readClasses();
     void readContainers();

@@ -44,6 +44,7 @@ float finite(float value)
 struct Writer
 {
     QCborStreamWriter& out;
+    bool isPacked;
 
     void operator()(bool value) { out.append(value); }
     void operator()(Int32 value) { out.append(qint64(value)); }
@@ -74,7 +75,7 @@ struct Writer
     void operator()(const std::vector<UInt8>& bytes)
     {
         uLongf size = compressBound(uLong(bytes.size()));
-        if (bytes.size() >= SmallestPacked && bytes.size() <= LargestUnpacked)
+        if (isPacked && bytes.size() >= SmallestPacked && bytes.size() <= LargestUnpacked)
         {
             std::vector<unsigned char> packed(size);
             if (compress2(packed.data(), &size, bytes.data(), uLong(bytes.size()), Z_BEST_SPEED) == Z_OK &&
@@ -234,9 +235,9 @@ std::vector<std::string> readTexts(kxCborInput& in)
 }
 } // namespace
 
-void kxFieldCodec::write(QCborStreamWriter& out, const FieldValue& value)
+void kxFieldCodec::write(QCborStreamWriter& out, const FieldValue& value, bool isPacked)
 {
-    std::visit(Writer{out}, value);
+    std::visit(Writer{out, isPacked}, value);
 }
 
 FieldValue kxFieldCodec::read(kxCborInput& in, std::size_t kind)

@@ -22,8 +22,8 @@ inline bool isReference(std::size_t kind)
     return kind == ReferenceKind || kind == ReferenceListKind;
 }
 
-/// Writes any value but a reference.
-void write(QCborStreamWriter& out, const osg::FieldValue& value);
+/// Writes any value but a reference. `isPacked`: bytes that pack well are packed.
+void write(QCborStreamWriter& out, const osg::FieldValue& value, bool isPacked = true);
 /// Reads a value of this kind, not a reference. What `in` refuses comes back empty, with in.failed().
 osg::FieldValue read(kxCborInput& in, std::size_t kind);
 } // namespace kxFieldCodec

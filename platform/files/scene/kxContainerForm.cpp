@@ -1,0 +1,152 @@
+#include <files/scene/kxContainerForm.h>
+
+#include <files/scene/kxFieldCodec.h>
+#include <osg/AnimNode.h>
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+using namespace osg;
+
+namespace
+{
+bool isOwnedByField(const FieldContainerPtr& container)
+{
+    const FieldContainerType& type = container->getType();
+    return !type.isDerivedFrom(Node::_type) || type.isDerivedFrom(AnimNodeBase::_type);
+}
+
+void writeNumbers(QCborStreamWriter& out, const std::vector<quint64>& numbers)
+{
+    out.startArray(quint64(numbers.size()));
+    for (const quint64 number : numbers)
+        out.append(number);
+    out.endArray();
+}
+
+template <class T>
+std::vector<quint64> numbersOf(const std::vector<FCPtr<T>>& containers, const kxContainerForm::Names& names)
+{
+    std::vector<quint64> numbers;
+    numbers.reserve(containers.size());
+    for (const FCPtr<T>& container : containers)
+        numbers.push_back(names.number(container));
+    return numbers;
+}
+} // namespace
+
+const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldContainer& container)
+{
+    static std::unordered_map<UInt32, std::vector<Field>> byType; // main thread only, as containers are
+    const FieldContainerType& type = container.getType();
+    const auto [entry, isNew] = byType.try_emplace(type.getId());
+    if (isNew)
+        for (const FieldDescription& field : type.fields())
+            if (!field.isTransient())
+                entry->second.push_back(Field{&field, field.value(container).index()});
+    return entry->second;
+}
+
+void kxContainerForm::ownedByFields(const FieldContainerPtr& container, std::vector<FieldContainerPtr>& owned)
+{
+    const auto own = [&owned](const FieldContainerPtr& reference)
+    {
+        if (reference != NullFC && isOwnedByField(reference))
+            owned.push_back(reference);
+    };
+    for (const Field& field : fields(*container))
+    {
+        if (!kxFieldCodec::isReference(field.kind))
+            continue;
+        const FieldValue value = field.description->value(*container);
+        if (field.kind == kxFieldCodec::ReferenceKind)
+            own(std::get<FieldContainerPtr>(value));
+        else
+            for (const FieldContainerPtr& reference : std::get<std::vector<FieldContainerPtr>>(value))
+                own(reference);
+    }
+}
+
+void kxContainerForm::ownedBy(const FieldContainerPtr& container, std::vector<FieldContainerPtr>& owned)
+{
+    if (const AttachmentContainerPtr carrier = AttachmentContainerPtr::dcast(container); carrier != NullFC)
+        owned.insert(owned.end(), carrier->getAttachments().begin(), carrier->getAttachments().end());
+    if (const NodePtr node = NodePtr::dcast(container); node != NullFC)
+    {
+        owned.push_back(node->getCore());
+        owned.insert(owned.end(), node->getChildren().begin(), node->getChildren().end());
+    }
+    ownedByFields(container, owned);
+}
+
+void kxContainerForm::Names::appendNumbers(const FieldDescription& field, const FieldContainer& container,
+                                           std::vector<quint64>& numbers) const
+{
+    const FieldValue value = field.value(container);
+    for (const FieldContainerPtr& reference : std::get<std::vector<FieldContainerPtr>>(value))
+        numbers.push_back(number(reference));
+}
+
+void kxContainerForm::writeValues(QCborStreamWriter& out, const FieldContainerPtr& container, const Names& names,
+                                  bool isPacked)
+{
+    const std::vector<Field>& stored = fields(*container);
+    out.startArray(quint64(stored.size()));
+    for (const Field& field : stored)
+        if (field.kind == kxFieldCodec::ReferenceListKind)
+        {
+            std::vector<quint64> numbers;
+            names.appendNumbers(*field.description, *container, numbers);
+            writeNumbers(out, numbers);
+        }
+        else if (const FieldValue value = field.description->value(*container);
+                 field.kind == kxFieldCodec::ReferenceKind)
+            out.append(names.number(std::get<FieldContainerPtr>(value)));
+        else
+            kxFieldCodec::write(out, value, isPacked);
+    out.endArray();
+}
+
+std::vector<NodePtr> kxContainerForm::coreParents(const NodeCorePtr& core, const Names& names)
+{
+    std::vector<NodePtr> parents;
+    if (core != NullFC && core->getParents().size() > 1)
+        std::copy_if(core->getParents().begin(), core->getParents().end(), std::back_inserter(parents),
+                     [&names](const NodePtr& parent) { return names.isWritten(parent); });
+    if (parents.size() < 2)
+        parents.clear();
+    return parents;
+}
+
+void kxContainerForm::writeStructure(QCborStreamWriter& out, const FieldContainerPtr& container, const Names& names)
+{
+    const AttachmentContainerPtr carrier = AttachmentContainerPtr::dcast(container);
+    const NodePtr node = NodePtr::dcast(container);
+    const bool attachments = carrier != NullFC && !carrier->getAttachments().empty();
+    const bool hasCore = node != NullFC && node->getCore() != NullFC;
+    const bool children = node != NullFC && node->getNChildren() > 0;
+    const std::vector<NodePtr> parents = coreParents(NodeCorePtr::dcast(container), names);
+    out.startMap(quint64(attachments) + quint64(hasCore) + quint64(children) + quint64(!parents.empty()));
+    if (attachments)
+    {
+        out.append(quint64(Attachments));
+        writeNumbers(out, numbersOf(carrier->getAttachments(), names));
+    }
+    if (hasCore)
+    {
+        out.append(quint64(Core));
+        out.append(names.number(node->getCore()));
+    }
+    if (children)
+    {
+        out.append(quint64(Children));
+        writeNumbers(out, numbersOf(node->getChildren(), names));
+    }
+    if (!parents.empty())
+    {
+        out.append(quint64(CoreParents));
+        writeNumbers(out, numbersOf(parents, names));
+    }
+    out.endMap();
+}
