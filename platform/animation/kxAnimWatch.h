@@ -59,6 +59,9 @@ public:
         const bool _before;
     };
 
+    /// True while evaluation writes: what is marked then is no change of the scene.
+    bool isMuted() const { return _muted; }
+
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
     void containerDestroyed(osg::UInt32 id) override;
 

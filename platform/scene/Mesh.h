@@ -72,6 +72,9 @@ public:
     /// The joints, null where one has died. Not owned.
     std::vector<NodePtr> joints() const;
     void setJoints(const std::vector<NodePtr>& joints);
+    /// The same by their ids, which stay where one has died: it may come back.
+    const std::vector<UInt32>& jointIds() const { return _jointIds; }
+    void setJointIds(std::vector<UInt32> ids) { _jointIds = std::move(ids); }
     /// 16 floats a joint, column by column.
     const std::vector<float>& inverseBindMatrices() const { return _inverseBindMatrices; }
     void setInverseBindMatrices(std::vector<float> values) { _inverseBindMatrices = std::move(values); }

@@ -41,6 +41,7 @@ public:
     const std::map<std::string, std::string>& settings() const { return _settings; }
     std::string setting(const std::string& key) const;
     void setSetting(const std::string& key, const std::string& value);
+    void setSettings(const std::map<std::string, std::string>& values) { _settings = values; }
 
     /// Takes everything out. No message goes out: see kxSceneIO of files/ for the whole act of a new scene.
     void clear();

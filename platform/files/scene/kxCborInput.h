@@ -39,8 +39,10 @@ public:
     void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
     /// Passes over a value of any kind.
     void skip();
+    /// How many bytes were read.
+    qint64 offset() const { return _reader.currentOffset(); }
     /// True where all was read.
-    bool atEnd() const { return _reader.currentOffset() >= _size; }
+    bool atEnd() const { return offset() >= _size; }
 
 private:
     static constexpr int DeepestNesting = 32;

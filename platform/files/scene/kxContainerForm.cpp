@@ -2,6 +2,7 @@
 
 #include <files/scene/kxFieldCodec.h>
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 
 #include <algorithm>
 #include <iterator>
@@ -36,11 +37,28 @@ std::vector<quint64> numbersOf(const std::vector<FCPtr<T>>& containers, const kx
 }
 } // namespace
 
+namespace
+{
+std::unordered_map<UInt32, std::vector<kxContainerForm::Field>>& fieldsByType()
+{
+    static auto* const fields = new std::unordered_map<UInt32, std::vector<kxContainerForm::Field>>;
+    return *fields; // main thread only, as containers are
+}
+} // namespace
+
+const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldContainerType& type)
+{
+    const auto found = fieldsByType().find(type.getId());
+    if (found != fieldsByType().end())
+        return found->second;
+    const osg::Share<FieldContainer> sample{FCPtr<FieldContainer>(type.create())};
+    return fields(*sample);
+}
+
 const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldContainer& container)
 {
-    static std::unordered_map<UInt32, std::vector<Field>> byType; // main thread only, as containers are
     const FieldContainerType& type = container.getType();
-    const auto [entry, isNew] = byType.try_emplace(type.getId());
+    const auto [entry, isNew] = fieldsByType().try_emplace(type.getId());
     if (isNew)
         for (const FieldDescription& field : type.fields())
             if (!field.isTransient())

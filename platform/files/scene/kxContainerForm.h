@@ -27,6 +27,8 @@ struct Field
 };
 /// The stored fields of a container's class, in the order in which their values stand.
 const std::vector<Field>& fields(const osg::FieldContainer& container);
+/// The same by the class, of which one is made where none was met yet.
+KX_API const std::vector<Field>& fields(const osg::FieldContainerType& type);
 
 /// Appends what the container owns, in order; nulls are among it. Nodes of the scene tree belong to their parent alone:
 /// a field that names one doesn't keep it.

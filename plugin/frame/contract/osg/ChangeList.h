@@ -15,7 +15,8 @@ class KX_API ChangeListener
 public:
     virtual ~ChangeListener() = default;
     virtual void containerChanged(const FieldContainerPtr& container, const BitVector& whichField) = 0;
-    /// The container is about to die; its id never comes back. `container` is already reduced to its base class.
+    /// The container is about to die, already reduced to its base class. Its id comes back only where undo revives it,
+    /// as a container that is new to listeners.
     virtual void containerDestroyed(UInt32 id) { static_cast<void>(id); }
 };
 

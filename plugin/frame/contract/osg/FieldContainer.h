@@ -16,7 +16,7 @@ public:
 
     virtual const FieldContainerType& getType() const { return _type; }
 
-    /// Unique for the life of the process, never 0, never used again.
+    /// Unique for the life of the process, never 0. It comes back only with the same container, where undo revives it.
     UInt32 getId() const { return _id; }
 
     /// Called after fields were written. `origin` is 1 for a change by the user or the program.

@@ -11,7 +11,8 @@ namespace osg
 class KX_API FieldContainerFactory
 {
 public:
-    /// Slot i holds the container of id i; a slot is null before and after its container's life. Slot 0 stays null.
+    /// Slot i holds the container of id i; a slot is null before and after its container's life, which
+    /// undo may begin anew. Slot 0 stays null.
     typedef tbb::concurrent_vector<FieldContainer*> Store;
 
     static FieldContainerFactory* the();

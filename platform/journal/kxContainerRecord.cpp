@@ -1,0 +1,276 @@
+#include <journal/kxContainerRecord.h>
+
+#include <animation/kxAnimScene.h>
+#include <animation/kxTimeRescale.h>
+#include <files/scene/kxAnimSettings.h>
+#include <files/scene/kxCborInput.h>
+#include <files/scene/kxFieldCodec.h>
+#include <files/scene/kxFileReport.h>
+#include <files/scene/kxRestScope.h>
+#include <files/scene/kxSceneContent.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/Mesh.h>
+#include <scene/kxScene.h>
+
+using namespace osg;
+
+namespace
+{
+class Ids : public kxContainerForm::Names
+{
+public:
+    quint64 number(const FieldContainerPtr& container) const override { return container.getFieldContainerId(); }
+    bool isWritten(const NodePtr& node) const override { return kxAnimScene::contains(node); }
+    void appendNumbers(const FieldDescription& field, const FieldContainer& container,
+                       std::vector<quint64>& numbers) const override
+    {
+        // A joint that died keeps its place, as it may come back.
+        if (container.getType().isDerivedFrom(Skin::_type))
+        {
+            const std::vector<UInt32>& joints = static_cast<const Skin&>(container).jointIds();
+            numbers.insert(numbers.end(), joints.begin(), joints.end());
+        }
+        else
+            Names::appendNumbers(field, container, numbers);
+    }
+};
+
+void appendText(QCborStreamWriter& out, const std::string& text)
+{
+    out.appendTextString(text.data(), qsizetype(text.size()));
+}
+
+template <class Numbers>
+void appendNumbers(QCborStreamWriter& out, const Numbers& numbers)
+{
+    out.startArray(quint64(numbers.size()));
+    for (const auto number : numbers)
+        out.append(quint64(number));
+    out.endArray();
+}
+
+UInt32 readId(kxCborInput& in)
+{
+    return UInt32(in.readUInt(0xffffffffu));
+}
+
+std::vector<UInt32> readIds(kxCborInput& in)
+{
+    std::vector<UInt32> ids;
+    for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
+        ids.push_back(readId(in));
+    in.leave();
+    return ids;
+}
+
+void readStructure(kxCborInput& in, kxContainerForm::Numbers& structure)
+{
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+        switch (in.readUInt(0xffffu))
+        {
+        case kxContainerForm::Attachments:
+            structure.attachments = readIds(in);
+            break;
+        case kxContainerForm::Core:
+            structure.core = readId(in);
+            break;
+        case kxContainerForm::Children:
+            structure.children = readIds(in);
+            break;
+        case kxContainerForm::CoreParents:
+            structure.coreParents = readIds(in);
+            break;
+        default:
+            in.fail(QStringLiteral("a relation of an unknown kind"));
+        }
+    in.leave();
+}
+
+/// All that stands before the values; the class, null where this is no container's record.
+const FieldContainerType* readHead(kxCborInput& in, kxContainerRecord::Content& content)
+{
+    if (in.enterArray() != 4)
+        return nullptr;
+    const FieldContainerType* const type = FieldContainerType::find(in.readText());
+    readStructure(in, content.structure);
+    content.ownedByFields = readIds(in);
+    return in.failed() ? nullptr : type;
+}
+
+/// The tops of the scene's trees, which live as long as the process.
+std::vector<UInt32> tops()
+{
+    const kxSceneContent scene = kxSceneContent::ofScene();
+    return {scene.root.id(), scene.sceneplates.id(), scene.scenery.id(), scene.clips.id(), scene.sceneStructure.id()};
+}
+
+std::map<std::string, double> animationSettings()
+{
+    std::map<std::string, double> values = kxAnimSettings::values();
+    values.erase("currentFrame");
+    return values;
+}
+} // namespace
+
+std::vector<UInt32> kxContainerRecord::Content::owned() const
+{
+    std::vector<UInt32> owned(structure.attachments.begin(), structure.attachments.end());
+    if (structure.core != 0)
+        owned.push_back(structure.core);
+    owned.insert(owned.end(), structure.children.begin(), structure.children.end());
+    owned.insert(owned.end(), ownedByFields.begin(), ownedByFields.end());
+    return owned;
+}
+
+QByteArray kxContainerRecord::of(const FieldContainerPtr& container)
+{
+    QByteArray record;
+    if (container == NullFC)
+        return record;
+    const kxRestScope rest({container});
+    std::vector<FieldContainerPtr> owned;
+    kxContainerForm::ownedByFields(container, owned);
+    QCborStreamWriter out(&record);
+    out.startArray(4);
+    const char* const name = container->getType().getName();
+    out.appendTextString(name, qsizetype(std::char_traits<char>::length(name)));
+    kxContainerForm::writeStructure(out, container, Ids());
+    out.startArray(quint64(owned.size()));
+    for (const FieldContainerPtr& each : owned)
+        out.append(quint64(each->getId()));
+    out.endArray();
+    kxContainerForm::writeValues(out, container, Ids(), false);
+    out.endArray();
+    return record;
+}
+
+kxContainerRecord::Content kxContainerRecord::read(const QByteArray& record)
+{
+    kxFileReport report;
+    kxCborInput in(record.constData(), record.size(), report);
+    Content content;
+    const FieldContainerType* const found = readHead(in, content);
+    for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
+    {
+        const qint64 start = in.offset();
+        in.skip();
+        content.values.push_back(QByteArray::fromRawData(record.constData() + start, int(in.offset() - start)));
+    }
+    in.leave();
+    if (!in.failed())
+        content.type = found;
+    return content;
+}
+
+std::vector<UInt32> kxContainerRecord::owned(const QByteArray& record)
+{
+    if (record.isEmpty())
+        return {};
+    kxFileReport report;
+    kxCborInput in(record.constData(), record.size(), report);
+    if (Content content; readHead(in, content) != nullptr)
+        return content.owned();
+    std::vector<UInt32> owned = tops();
+    const std::vector<UInt32> materials = kxSceneRecord::read(record).materials;
+    owned.insert(owned.end(), materials.begin(), materials.end());
+    return owned;
+}
+
+const FieldContainerType* kxContainerRecord::type(const QByteArray& record)
+{
+    kxFileReport report;
+    kxCborInput in(record.constData(), record.size(), report);
+    Content content;
+    return readHead(in, content);
+}
+
+FieldValue kxContainerRecord::value(const QByteArray& slice, std::size_t kind)
+{
+    kxFileReport report;
+    kxCborInput in(slice.constData(), slice.size(), report);
+    return kxFieldCodec::read(in, kind);
+}
+
+std::vector<UInt32> kxContainerRecord::ids(const QByteArray& slice)
+{
+    kxFileReport report;
+    kxCborInput in(slice.constData(), slice.size(), report);
+    return in.isArray() ? readIds(in) : std::vector<UInt32>{readId(in)};
+}
+
+QByteArray kxSceneRecord::ofScene()
+{
+    QByteArray record;
+    QCborStreamWriter out(&record);
+    out.startArray(3);
+    std::vector<UInt32> materials;
+    for (const MaterialPtr& material : kxScene::the()->materials())
+        materials.push_back(material->getId());
+    appendNumbers(out, materials);
+    out.startMap(quint64(kxScene::the()->settings().size()));
+    for (const auto& [key, value] : kxScene::the()->settings())
+    {
+        appendText(out, key);
+        appendText(out, value);
+    }
+    out.endMap();
+    const std::map<std::string, double> animation = animationSettings();
+    out.startMap(quint64(animation.size()));
+    for (const auto& [key, value] : animation)
+    {
+        appendText(out, key);
+        out.append(value);
+    }
+    out.endMap();
+    out.endArray();
+    return record;
+}
+
+kxSceneRecord::Content kxSceneRecord::read(const QByteArray& record)
+{
+    kxFileReport report;
+    kxCborInput in(record.constData(), record.size(), report);
+    Content content;
+    if (in.enterArray() != 3)
+        return content;
+    content.materials = readIds(in);
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+    {
+        const std::string key = in.readText();
+        content.settings[key] = in.readText();
+    }
+    in.leave();
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+    {
+        const std::string key = in.readText();
+        content.animation[key] = in.readNumber();
+    }
+    in.leave();
+    return content;
+}
+
+bool kxSceneRecord::apply(const QByteArray& record)
+{
+    if (record == ofScene())
+        return false;
+    const Content content = read(record);
+    kxScene* const scene = kxScene::the();
+    std::vector<MaterialPtr> materials;
+    for (const UInt32 id : content.materials)
+        if (const MaterialPtr material = FieldContainerFactory::the()->get<Material>(id); material != NullFC)
+            materials.push_back(material);
+    if (materials != scene->materials())
+    {
+        const std::vector<Share<Material>> held(scene->materials().begin(), scene->materials().end());
+        const std::vector<Share<Material>> coming(materials.begin(), materials.end());
+        while (!scene->materials().empty())
+            scene->subMaterial(scene->materials().back());
+        for (const MaterialPtr& material : materials)
+            scene->addMaterial(material);
+    }
+    scene->setSettings(content.settings);
+    // Times stand in records of their own; only the rate is put back here.
+    const kxTimeRescale::Pause pause;
+    kxAnimSettings::apply(content.animation);
+    return true;
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <files/scene/kxContainerForm.h>
+
+#include <QByteArray>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// The state of one container as bytes: all that a scene file holds of it, unpacked, with the ids of living containers
+/// in place of the file's numbers. What evaluation wrote isn't in it. The same state gives the same bytes.
+///
+/// [class, structure, [ids that its fields own], [values]], see kxContainerForm. Main thread only.
+namespace kxContainerRecord
+{
+/// What a record says, with its values as slices of it, each one CBOR item.
+struct Content
+{
+    const osg::FieldContainerType* type = nullptr; ///< null where the record can't be read
+    std::vector<QByteArray> values;                ///< in the order of kxContainerForm::fields()
+    kxContainerForm::Numbers structure;
+    std::vector<osg::UInt32> ownedByFields;
+
+    /// All ids that the container owns, in order; one may be there more than once.
+    KX_API std::vector<osg::UInt32> owned() const;
+};
+
+KX_API QByteArray of(const osg::FieldContainerPtr& container);
+/// Slices of `record`, which has to outlive them.
+KX_API Content read(const QByteArray& record);
+/// As Content::owned(), of a container's record or of the scene's.
+KX_API std::vector<osg::UInt32> owned(const QByteArray& record);
+/// The class; null for the scene's record and for one that can't be read.
+KX_API const osg::FieldContainerType* type(const QByteArray& record);
+/// One value of Content::values; of a field that is no reference.
+KX_API osg::FieldValue value(const QByteArray& slice, std::size_t kind);
+/// The ids of a reference or a list of them.
+KX_API std::vector<osg::UInt32> ids(const QByteArray& slice);
+} // namespace kxContainerRecord
+
+/// The same for what belongs to the scene and to no container; it stands under the id 0.
+namespace kxSceneRecord
+{
+struct Content
+{
+    std::vector<osg::UInt32> materials; ///< in order
+    std::map<std::string, std::string> settings;
+    std::map<std::string, double> animation; ///< see kxAnimSettings; without the current frame
+};
+
+KX_API QByteArray ofScene();
+KX_API Content read(const QByteArray& record);
+/// Gives the open scene what the record says. True where something was another.
+bool apply(const QByteArray& record);
+} // namespace kxSceneRecord

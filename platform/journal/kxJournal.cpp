@@ -1,0 +1,444 @@
+#include <journal/kxJournal.h>
+
+#include <animation/kxAnimEngine.h>
+#include <files/scene/kxSceneContent.h>
+#include <journal/kxContainerRecord.h>
+#include <journal/kxContainerRestore.h>
+#include <kxAnimManager.h>
+#include <kxLog.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
+
+#include <algorithm>
+#include <iterator>
+
+using namespace osg;
+
+namespace
+{
+constexpr UInt32 SceneId = 0; ///< of what belongs to the scene itself
+
+/// The bits of a class that stand for something a record holds.
+const BitVector& storedMask(const FieldContainerType& type)
+{
+    static std::unordered_map<UInt32, BitVector> masks;
+    const auto [entry, isNew] = masks.try_emplace(type.getId());
+    if (isNew)
+    {
+        for (const FieldDescription& field : type.fields())
+            if (!field.isTransient())
+                entry->second |= field.mask();
+        if (type.isDerivedFrom(AttachmentContainer::_type))
+            entry->second |= AttachmentContainer::AttachmentsFieldMask;
+        if (type.isDerivedFrom(Node::_type))
+            entry->second |= Node::CoreFieldMask | Node::ChildrenFieldMask;
+    }
+    return entry->second;
+}
+
+FieldContainerPtr living(UInt32 id)
+{
+    return FieldContainerFactory::the()->getContainer(id);
+}
+
+QByteArray present(UInt32 id)
+{
+    return id == SceneId ? kxSceneRecord::ofScene() : kxContainerRecord::of(living(id));
+}
+
+/// What is in one and not in the other, each as often as it is there too often.
+void differences(std::vector<UInt32> before, std::vector<UInt32> after, std::vector<UInt32>& lost,
+                 std::vector<UInt32>& gained)
+{
+    std::sort(before.begin(), before.end());
+    std::sort(after.begin(), after.end());
+    std::set_difference(before.begin(), before.end(), after.begin(), after.end(), std::back_inserter(lost));
+    std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(gained));
+}
+} // namespace
+
+/// Finds what differs from the records, and follows what came into the scene and what went.
+class kxJournal::Comparison
+{
+public:
+    explicit Comparison(kxJournal& journal) : _journal(journal) {}
+
+    void look(UInt32 id) { _open.push_back(id); }
+    States run()
+    {
+        while (!_open.empty() || !_lost.empty())
+        {
+            // First what came: a container that moves within the scene never leaves it.
+            if (!_open.empty())
+            {
+                const UInt32 id = _open.back();
+                _open.pop_back();
+                compare(id);
+            }
+            else
+            {
+                const UInt32 id = _lost.back();
+                _lost.pop_back();
+                lose(id);
+            }
+        }
+        for (auto state = _states.begin(); state != _states.end();)
+            state = state->second.wasPresent || state->second.isPresent ? std::next(state) : _states.erase(state);
+        return std::move(_states);
+    }
+
+private:
+    void compare(UInt32 id)
+    {
+        if ((id != SceneId && !_journal.isPresent(id)) || !_seen.insert(id).second)
+            return;
+        const QByteArray after = present(id);
+        if (after.isEmpty())
+        {
+            _seen.erase(id); // dead: its owner lost it
+            return;
+        }
+        const QByteArray before = _journal.record(id);
+        if (before != after)
+            follow(State{true, true, before, after}, id);
+    }
+
+    void follow(const State& state, UInt32 id)
+    {
+        std::vector<UInt32> lost, gained;
+        differences(state.wasPresent ? kxContainerRecord::owned(state.before) : std::vector<UInt32>(),
+                    kxContainerRecord::owned(state.after), lost, gained);
+        _states[id] = state;
+        for (const UInt32 each : gained)
+            gain(each);
+        // A core knows its nodes, without a mark.
+        _lost.insert(_lost.end(), lost.begin(), lost.end());
+        _open.insert(_open.end(), lost.begin(), lost.end());
+        _open.insert(_open.end(), gained.begin(), gained.end());
+    }
+
+    void gain(UInt32 id)
+    {
+        std::vector<UInt32>& owners = _journal._owners;
+        if (id >= owners.size())
+            owners.resize(std::size_t(id) + 1 + id / 2);
+        if (owners[id]++ > 0)
+            return;
+        if (const auto known = _states.find(id); known != _states.end()) // it left in this very commit
+        {
+            known->second.isPresent = true;
+            known->second.after = present(id);
+            for (const UInt32 each : kxContainerRecord::owned(known->second.after))
+                gain(each);
+            return;
+        }
+        _came.push_back(id);
+        enterAll();
+    }
+
+    /// Not by recursion: trees are deep.
+    void enterAll()
+    {
+        if (_isEntering)
+            return;
+        _isEntering = true;
+        while (!_came.empty())
+        {
+            const UInt32 id = _came.back();
+            _came.pop_back();
+            const QByteArray after = present(id);
+            if (after.isEmpty())
+                continue; // its owner will lose it
+            _seen.insert(id);
+            follow(State{false, true, _journal.record(id), after}, id);
+        }
+        _isEntering = false;
+    }
+
+    void lose(UInt32 id)
+    {
+        UInt32& owners = _journal._owners[id];
+        if (owners == 0 || --owners > 0)
+            return;
+        auto known = _states.find(id);
+        if (known == _states.end())
+        {
+            const QByteArray record = _journal.record(id);
+            known = _states.emplace(id, State{true, true, record, record}).first;
+        }
+        known->second.isPresent = false;
+        const std::vector<UInt32> owned = kxContainerRecord::owned(known->second.after);
+        _lost.insert(_lost.end(), owned.begin(), owned.end());
+        _open.insert(_open.end(), owned.begin(), owned.end());
+    }
+
+    kxJournal& _journal;
+    States _states;
+    std::unordered_set<UInt32> _seen;
+    std::vector<UInt32> _open, _lost, _came;
+    bool _isEntering = false;
+};
+
+kxJournal& kxJournal::the()
+{
+    static kxJournal* const journal = new kxJournal; // never freed: containers die after the statics of other files
+    return *journal;
+}
+
+void kxJournal::start(const QString& file)
+{
+    stop();
+    kxScene::the(); // makes the main thread's change list
+    _store = std::make_unique<kxJournalStore>(file);
+    WinThreadBase::getCurrentChangeList()->addListener(this);
+    // What belongs to the scene itself is marked as a whole.
+    const auto look = [this]
+    {
+        if (kxSceneRecord::ofScene() != _sceneRecord)
+            notePending();
+    };
+    connect(kxScene::the(), &kxScene::settingsChanged, this, look);
+    connect(kxScene::the(), &kxScene::structureChanged, this, look);
+    takeScene();
+}
+
+void kxJournal::stop()
+{
+    if (!isRunning())
+        return;
+    WinThreadBase::getCurrentChangeList()->subListener(this);
+    kxScene::the()->disconnect(this);
+    _store.reset();
+    _owners.clear();
+    _marked.clear();
+    _isMarked.clear();
+    _entries.clear();
+    _takenBack.clear();
+    _isPending = false;
+}
+
+void kxJournal::end()
+{
+    const QString why = _store->failure();
+    stop();
+    kxLog::warning(QStringLiteral("The journal of changes ends here: %1. The scene is as it is.").arg(why));
+    Q_EMIT failed(why);
+}
+
+void kxJournal::takeScene()
+{
+    _owners.clear();
+    _sceneRecord.clear();
+    Comparison comparison(*this);
+    comparison.look(SceneId);
+    _store->begin();
+    for (const auto& [id, state] : comparison.run())
+        _store->setLatest(id, state.after);
+    _sceneRecord = kxSceneRecord::ofScene();
+    if (!_store->commit())
+        end();
+}
+
+QByteArray kxJournal::record(UInt32 id) const
+{
+    if (id == SceneId)
+        return _sceneRecord;
+    return _store == nullptr ? QByteArray() : _store->latest(id);
+}
+
+void kxJournal::notePending()
+{
+    if (_isPending || !isRunning())
+        return;
+    _isPending = true;
+    Q_EMIT pending();
+}
+
+void kxJournal::containerChanged(const FieldContainerPtr& container, const BitVector& whichField)
+{
+    if (kxAnimEngine::of(*kxAnimManager::the()).watch.isMuted() ||
+        !whichField.intersects(storedMask(container->getType())))
+        return;
+    const UInt32 id = container->getId();
+    if (id >= _isMarked.size())
+        _isMarked.resize(std::size_t(id) + 1 + id / 2);
+    if (!_isMarked[id])
+    {
+        _isMarked[id] = true;
+        _marked.push_back(id);
+    }
+    notePending();
+}
+
+void kxJournal::containerDestroyed(UInt32 id)
+{
+    if (isPresent(id))
+        notePending(); // its owner says more
+}
+
+kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
+{
+    Comparison comparison(*this);
+    comparison.look(SceneId);
+    for (const UInt32 id : also)
+        comparison.look(id);
+    for (const UInt32 id : std::exchange(_marked, {}))
+    {
+        _isMarked[id] = false;
+        comparison.look(id);
+    }
+    _isPending = false;
+    return comparison.run();
+}
+
+void kxJournal::write(quint64 entry, const States& states)
+{
+    for (const auto& [id, state] : states)
+    {
+        const bool differs = state.before != state.after;
+        _store->setRow(std::uint32_t(entry),
+                       kxJournalStore::Row{id, state.wasPresent, differs ? state.before : QByteArray()});
+        if (!differs)
+            continue;
+        _store->setLatest(id, state.after);
+        if (id == SceneId)
+            _sceneRecord = state.after;
+    }
+}
+
+quint64 kxJournal::commit()
+{
+    if (!isRunning())
+        return 0;
+    const States states = compare({});
+    if (states.empty())
+        return 0;
+    const quint64 number = ++_lastNumber;
+    _store->begin();
+    write(number, states);
+    _entries.push_back(number);
+    if (_store->commit())
+        return number;
+    end();
+    return 0;
+}
+
+std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
+{
+    std::vector<UInt32> changed;
+    if (!isRunning())
+    {
+        walkSteps();
+        return changed;
+    }
+    const std::vector<kxJournalStore::Row> rows = _store->rows(std::uint32_t(number));
+    walkSteps();
+    kxContainerRestore restore([this](UInt32 id)
+                               { return isPresent(id) && living(id) != NullFC ? QByteArray() : record(id); });
+    std::vector<UInt32> ids;
+    for (const kxJournalStore::Row& row : rows) // by id: the scene's own is the first
+    {
+        ids.push_back(row.id);
+        if (row.id == SceneId)
+            restore.addScene(row.record);
+        else if (row.isPresent)
+            restore.add(row.id, row.record.isEmpty() ? record(row.id) : row.record);
+    }
+    restore.run();
+
+    States states = compare(ids);
+    _store->begin();
+    for (const kxJournalStore::Row& row : rows)
+    {
+        const auto found = states.find(row.id);
+        if (found == states.end())
+            _store->dropRow(std::uint32_t(number), row.id);
+        else if (!row.isPresent && !found->second.isPresent && !row.record.isEmpty())
+            found->second.after = row.record; // as it was known while it stood nowhere
+    }
+    write(number, states);
+    if (!_takenBack.erase(number))
+        _takenBack.insert(number);
+    for (const auto& entry : states)
+        changed.push_back(entry.first);
+    if (!_store->commit())
+        end();
+    return changed;
+}
+
+void kxJournal::forget(quint64 number)
+{
+    if (!isRunning())
+        return;
+    _store->dropRows(std::uint32_t(number));
+    _entries.erase(std::remove(_entries.begin(), _entries.end(), number), _entries.end());
+    _takenBack.erase(number);
+}
+
+std::vector<kxJournal::Change> kxJournal::changes(quint64 number) const
+{
+    std::vector<Change> changes;
+    if (!isRunning())
+        return changes;
+    const bool isDone = _takenBack.count(number) == 0;
+    // The state between this entry and the next one on the way to the present is that one's other side.
+    std::vector<quint64> between;
+    for (const quint64 entry : _entries)
+        if (isDone ? entry > number && _takenBack.count(entry) == 0 : entry < number && _takenBack.count(entry) != 0)
+            between.push_back(entry);
+    if (!isDone)
+        std::reverse(between.begin(), between.end());
+    // What a row leaves out is as the present has it, or a row on the way.
+    for (const kxJournalStore::Row& row : _store->rows(std::uint32_t(number)))
+    {
+        bool isHere = row.id == SceneId || isPresent(row.id);
+        QByteArray here;
+        bool isPlaced = false;
+        for (const quint64 entry : between)
+            if (const std::optional<kxJournalStore::Row> other = _store->row(std::uint32_t(entry), row.id))
+            {
+                if (!isPlaced)
+                    isHere = other->isPresent;
+                isPlaced = true;
+                here = other->record;
+                if (!here.isEmpty())
+                    break;
+            }
+        if (here.isEmpty())
+            here = record(row.id);
+        const QByteArray there = row.record.isEmpty() ? here : row.record;
+        Change change{row.id, row.isPresent ? there : QByteArray(), isHere ? here : QByteArray()};
+        if (!isDone)
+            std::swap(change.before, change.after);
+        changes.push_back(change);
+    }
+    return changes;
+}
+
+std::vector<UInt32> kxJournal::unmarked() const
+{
+    std::vector<UInt32> differing;
+    if (!isRunning())
+        return differing;
+    std::vector<UInt32> owners;
+    std::vector<UInt32> open{SceneId};
+    while (!open.empty())
+    {
+        const UInt32 id = open.back();
+        open.pop_back();
+        const QByteArray now = present(id);
+        if (now != record(id))
+            differing.push_back(id);
+        for (const UInt32 each : kxContainerRecord::owned(now))
+        {
+            if (each >= owners.size())
+                owners.resize(std::size_t(each) + 1 + each / 2);
+            if (owners[each]++ == 0)
+                open.push_back(each);
+        }
+    }
+    for (UInt32 id = 1; id < std::max(owners.size(), _owners.size()); ++id)
+        if ((id < owners.size() ? owners[id] : 0) != (id < _owners.size() ? _owners[id] : 0))
+            differing.push_back(id);
+    return differing;
+}

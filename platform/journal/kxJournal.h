@@ -1,0 +1,95 @@
+#pragma once
+
+#include <journal/kxJournalStore.h>
+#include <osg/ChangeList.h>
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+class kxContainerRestore;
+
+/// Knows what the open scene was before, entry by entry, and brings each entry's other side back.
+///
+/// It hears of every marked field; what evaluation writes is no change. commit() compares what was marked with the
+/// records that it has of it, and keeps the state before as an entry. exchange() puts an entry's other side in place of
+/// what stands there, whichever it is: the way back and the way there are one. Containers keep their ids.
+///
+/// A container plays a part while the scene owns it, directly or through others. A write that isn't marked is a defect
+/// of who writes; unmarked() finds it. Main thread only.
+class KX_API kxJournal : public QObject, private osg::ChangeListener
+{
+    Q_OBJECT
+public:
+    static kxJournal& the();
+
+    /// Begins with the open scene as it stands. `file` is the database's path; empty: one that goes with the process.
+    void start(const QString& file);
+    void stop();
+    bool isRunning() const { return _store != nullptr; }
+
+    /// True where something was marked since the last commit.
+    bool isPending() const { return _isPending; }
+    /// The number of the entry that holds what was before; 0 where nothing differs.
+    quint64 commit();
+    /// Puts the other side of an entry into the scene, after `walkSteps` did what it knows of it. Gives what changed;
+    /// 0 stands for what belongs to the scene itself. What is pending has to be committed before, else it becomes a
+    /// part of this entry.
+    std::vector<osg::UInt32> exchange(quint64 number, const std::function<void()>& walkSteps);
+    /// Drops an entry that isn't walked any more.
+    void forget(quint64 number);
+
+    struct Change
+    {
+        osg::UInt32 id;           ///< 0: what belongs to the scene itself, see kxSceneRecord
+        QByteArray before, after; ///< see kxContainerRecord; empty where the container wasn't in the scene
+    };
+    /// What an entry did, or will do where it was taken back.
+    std::vector<Change> changes(quint64 number) const;
+    /// The record of a container as of the last commit, whether it is in the scene or was; empty for none.
+    QByteArray record(osg::UInt32 id) const;
+
+    /// Compares all of the scene with the records, whatever was marked: what differs was written without a mark. Empty
+    /// right after a commit, or something is wrong.
+    std::vector<osg::UInt32> unmarked() const;
+
+Q_SIGNALS:
+    /// The first mark after a commit.
+    void pending();
+    /// The journal has ended, and why. The scene is as it is.
+    void failed(const QString& why);
+
+private:
+    /// One container's two states in a commit.
+    struct State
+    {
+        bool wasPresent = false, isPresent = false;
+        QByteArray before, after;
+    };
+    typedef std::unordered_map<osg::UInt32, State> States;
+    class Comparison;
+
+    kxJournal() = default;
+    void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
+    void containerDestroyed(osg::UInt32 id) override;
+    void notePending();
+    void takeScene();
+    bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
+    States compare(const std::vector<osg::UInt32>& also);
+    void write(quint64 entry, const States& states);
+    void end();
+
+    std::unique_ptr<kxJournalStore> _store;
+    std::vector<osg::UInt32> _owners; // by id: how often the scene's containers own it, of the last commit
+    std::vector<osg::UInt32> _marked;
+    std::vector<bool> _isMarked; // by id
+    QByteArray _sceneRecord;
+    std::vector<quint64> _entries; // in order
+    std::unordered_set<quint64> _takenBack;
+    quint64 _lastNumber = 0;
+    bool _isPending = false;
+};

@@ -1,0 +1,167 @@
+#include <journal/kxJournalStore.h>
+
+#include <QFile>
+
+#include <sqlite3.h>
+
+namespace
+{
+/// Entry and id in one key, so that an entry's rows lie beside each other.
+qint64 keyOf(std::uint32_t entry, std::uint32_t id)
+{
+    return qint64(entry) << 32 | id;
+}
+} // namespace
+
+/// One use of a prepared statement.
+class kxJournalStore::Statement
+{
+public:
+    Statement(kxJournalStore& store, sqlite3_stmt* statement) : _store(store), _statement(statement) {}
+    ~Statement() { sqlite3_reset(_statement); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    Statement& bind(int place, qint64 value)
+    {
+        sqlite3_bind_int64(_statement, place, value);
+        return *this;
+    }
+    /// `bytes` outlives this.
+    Statement& bind(int place, const QByteArray& bytes)
+    {
+        if (bytes.isEmpty())
+            sqlite3_bind_null(_statement, place);
+        else
+            sqlite3_bind_blob(_statement, place, bytes.constData(), bytes.size(), SQLITE_STATIC);
+        return *this;
+    }
+    /// True where a row came.
+    bool step()
+    {
+        const int result = _statement == nullptr ? SQLITE_DONE : sqlite3_step(_statement);
+        if (result != SQLITE_ROW && result != SQLITE_DONE)
+            _store.fail();
+        return result == SQLITE_ROW;
+    }
+    qint64 number(int column) const { return sqlite3_column_int64(_statement, column); }
+    QByteArray bytes(int column) const
+    {
+        const void* const data = sqlite3_column_blob(_statement, column);
+        return data == nullptr ? QByteArray()
+                               : QByteArray(static_cast<const char*>(data), sqlite3_column_bytes(_statement, column));
+    }
+
+private:
+    kxJournalStore& _store;
+    sqlite3_stmt* _statement; // null after a failure
+};
+
+kxJournalStore::kxJournalStore(const QString& file)
+{
+    if (sqlite3_open(QFile::encodeName(file).constData(), &_database) != SQLITE_OK)
+        fail();
+    execute("PRAGMA journal_mode=WAL");
+    execute("PRAGMA synchronous=NORMAL"); // what was committed outlives the process, though not a power cut
+    execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, record BLOB NOT NULL)");
+    execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
+}
+
+kxJournalStore::~kxJournalStore()
+{
+    for (const auto& entry : _prepared)
+        sqlite3_finalize(entry.second);
+    sqlite3_close(_database);
+}
+
+void kxJournalStore::fail()
+{
+    if (_failure.isEmpty())
+        _failure =
+            _database == nullptr ? QStringLiteral("out of memory") : QString::fromUtf8(sqlite3_errmsg(_database));
+}
+
+void kxJournalStore::execute(const char* sql)
+{
+    if (_failure.isEmpty() && sqlite3_exec(_database, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+        fail();
+}
+
+kxJournalStore::Statement kxJournalStore::prepared(const char* sql)
+{
+    if (!_failure.isEmpty())
+        return Statement(*this, nullptr);
+    sqlite3_stmt*& statement = _prepared[sql];
+    if (statement == nullptr && sqlite3_prepare_v2(_database, sql, -1, &statement, nullptr) != SQLITE_OK)
+        fail();
+    return Statement(*this, statement);
+}
+
+void kxJournalStore::begin()
+{
+    prepared("BEGIN IMMEDIATE").step();
+}
+
+bool kxJournalStore::commit()
+{
+    prepared("COMMIT").step();
+    if (!_failure.isEmpty())
+        sqlite3_exec(_database, "ROLLBACK", nullptr, nullptr, nullptr); // fails where nothing is open
+    return _failure.isEmpty();
+}
+
+QByteArray kxJournalStore::latest(std::uint32_t id)
+{
+    Statement statement = prepared("SELECT record FROM latest WHERE id = ?1");
+    return statement.bind(1, qint64(id)).step() ? statement.bytes(0) : QByteArray();
+}
+
+void kxJournalStore::setLatest(std::uint32_t id, const QByteArray& record)
+{
+    prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2)").bind(1, qint64(id)).bind(2, record).step();
+}
+
+void kxJournalStore::dropLatest(std::uint32_t id)
+{
+    prepared("DELETE FROM latest WHERE id = ?1").bind(1, qint64(id)).step();
+}
+
+std::vector<kxJournalStore::Row> kxJournalStore::rows(std::uint32_t entry)
+{
+    std::vector<Row> rows;
+    Statement statement = prepared("SELECT key, present, record FROM change WHERE key BETWEEN ?1 AND ?2 ORDER BY key");
+    statement.bind(1, keyOf(entry, 0)).bind(2, keyOf(entry, ~std::uint32_t(0)));
+    while (statement.step())
+        rows.push_back(Row{std::uint32_t(statement.number(0)), statement.number(1) != 0, statement.bytes(2)});
+    return rows;
+}
+
+std::optional<kxJournalStore::Row> kxJournalStore::row(std::uint32_t entry, std::uint32_t id)
+{
+    Statement statement = prepared("SELECT present, record FROM change WHERE key = ?1");
+    if (!statement.bind(1, keyOf(entry, id)).step())
+        return std::nullopt;
+    return Row{id, statement.number(0) != 0, statement.bytes(1)};
+}
+
+void kxJournalStore::setRow(std::uint32_t entry, const Row& row)
+{
+    prepared("INSERT OR REPLACE INTO change VALUES (?1, ?2, ?3)")
+        .bind(1, keyOf(entry, row.id))
+        .bind(2, qint64(row.isPresent))
+        .bind(3, row.record)
+        .step();
+}
+
+void kxJournalStore::dropRow(std::uint32_t entry, std::uint32_t id)
+{
+    prepared("DELETE FROM change WHERE key = ?1").bind(1, keyOf(entry, id)).step();
+}
+
+void kxJournalStore::dropRows(std::uint32_t entry)
+{
+    prepared("DELETE FROM change WHERE key BETWEEN ?1 AND ?2")
+        .bind(1, keyOf(entry, 0))
+        .bind(2, keyOf(entry, ~std::uint32_t(0)))
+        .step();
+}

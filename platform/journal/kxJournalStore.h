@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+/// The journal's database: records by container and by entry. Knows nothing of what is in them.
+///
+/// After the first error nothing is read or written any more, and failure() tells it.
+class kxJournalStore
+{
+public:
+    /// Of one container in an entry: its state on the other side of the entry.
+    struct Row
+    {
+        std::uint32_t id = 0;
+        bool isPresent = false; ///< it stands in the scene there
+        QByteArray record;      ///< empty: as latest() or, where that is empty, as the base has it
+    };
+
+    /// `file` empty: a database that goes with the process.
+    explicit kxJournalStore(const QString& file);
+    ~kxJournalStore();
+    kxJournalStore(const kxJournalStore&) = delete;
+    kxJournalStore& operator=(const kxJournalStore&) = delete;
+
+    const QString& failure() const { return _failure; }
+
+    /// What is written between these is there as a whole or not at all, also after a crash.
+    void begin();
+    bool commit();
+
+    QByteArray latest(std::uint32_t id);
+    void setLatest(std::uint32_t id, const QByteArray& record);
+    void dropLatest(std::uint32_t id);
+
+    std::vector<Row> rows(std::uint32_t entry);
+    std::optional<Row> row(std::uint32_t entry, std::uint32_t id);
+    void setRow(std::uint32_t entry, const Row& row);
+    void dropRow(std::uint32_t entry, std::uint32_t id);
+    void dropRows(std::uint32_t entry);
+
+private:
+    class Statement;
+    Statement prepared(const char* sql);
+    void execute(const char* sql);
+    void fail();
+
+    sqlite3* _database = nullptr;
+    std::map<const char*, sqlite3_stmt*> _prepared; // by the literal
+    QString _failure;
+};
