@@ -1,6 +1,6 @@
 #include "kxUnsavedWatch.h"
 
-#include <files/scene/kxAnimSettings.h>
+#include <files/scene/kxSceneTiming.h>
 #include <kernel/kxSelectCommand.h>
 #include <kxUndo.h>
 #include <osg/AnimAttachments.h>
@@ -25,7 +25,7 @@ bool isSelection(const QUndoCommand* command)
 /// The present values of what a file holds; where the current frame stands is no edit.
 std::map<std::string, double> presentSettings()
 {
-    std::map<std::string, double> settings = kxAnimSettings::values();
+    std::map<std::string, double> settings = kxSceneTiming::values();
     settings.erase("currentFrame");
     return settings;
 }

@@ -9,10 +9,10 @@
 #include <files/kxImportCommand.h>
 #include <files/kxLoadAnimationsCommand.h>
 #include <files/scene/kxAnimFile.h>
-#include <files/scene/kxAnimSettings.h>
 #include <files/scene/kxSceneFile.h>
 #include <files/scene/kxSceneMessages.h>
 #include <files/scene/kxSceneSummary.h>
+#include <files/scene/kxSceneTiming.h>
 #include <files/scene/kxUniqueNames.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kernel/kxSelection.h>
@@ -288,7 +288,7 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
         // What was read is in memory already, with times at its own rate.
         const kxTimeRescale::Pause pause;
         newScene();
-        kxAnimSettings::apply(content.animation);
+        kxSceneTiming::apply(content.animation);
     }
     kxScene* const scene = kxScene::the();
     // A foreign file brings no top of its own.

@@ -2,12 +2,12 @@
 
 #include <animation/kxAnimScene.h>
 #include <animation/kxTimeRescale.h>
-#include <files/scene/kxAnimSettings.h>
 #include <files/scene/kxCborInput.h>
 #include <files/scene/kxFieldCodec.h>
 #include <files/scene/kxFileReport.h>
 #include <files/scene/kxRestScope.h>
 #include <files/scene/kxSceneContent.h>
+#include <files/scene/kxSceneTiming.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/Mesh.h>
 #include <scene/kxScene.h>
@@ -106,7 +106,7 @@ std::vector<UInt32> tops()
 
 std::map<std::string, double> animationSettings()
 {
-    std::map<std::string, double> values = kxAnimSettings::values();
+    std::map<std::string, double> values = kxSceneTiming::values();
     values.erase("currentFrame");
     return values;
 }
@@ -271,6 +271,6 @@ bool kxSceneRecord::apply(const QByteArray& record)
     scene->setSettings(content.settings);
     // Times stand in records of their own; only the rate is put back here.
     const kxTimeRescale::Pause pause;
-    kxAnimSettings::apply(content.animation);
+    kxSceneTiming::apply(content.animation);
     return true;
 }

@@ -46,7 +46,7 @@ struct Content
 {
     std::vector<osg::UInt32> materials; ///< in order
     std::map<std::string, std::string> settings;
-    std::map<std::string, double> animation; ///< see kxAnimSettings; without the current frame
+    std::map<std::string, double> animation; ///< see kxSceneTiming; without the current frame
 };
 
 KX_API QByteArray ofScene();

@@ -1,6 +1,6 @@
 #include <files/scene/kxSceneContent.h>
 
-#include <files/scene/kxAnimSettings.h>
+#include <files/scene/kxSceneTiming.h>
 #include <kxAnimManager.h>
 #include <scene/kxScene.h>
 
@@ -24,6 +24,6 @@ kxSceneContent kxSceneContent::ofScene()
     content.clips = kxAnimManager::the()->clipStructureRoot();
     content.sceneStructure = kxAnimManager::the()->sceneStructureRoot();
     content.settings = kxScene::the()->settings();
-    content.animation = kxAnimSettings::values();
+    content.animation = kxSceneTiming::values();
     return content;
 }

@@ -20,7 +20,7 @@ struct kxSceneContent
     osg::Share<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
     osg::Share<osg::AnimNode> sceneStructure;         ///< the same for the scene structure
     std::map<std::string, std::string> settings;      ///< see kxScene::settings()
-    std::map<std::string, double> animation;          ///< see kxAnimSettings
+    std::map<std::string, double> animation;          ///< see kxSceneTiming
     /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.
     float animationStart = 0, animationEnd = 0;
 

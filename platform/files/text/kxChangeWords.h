@@ -47,7 +47,7 @@ KX_API Thing find(osg::UInt32 id);
 /// changes the weightiest is named. `fps` frames a second.
 KX_API QString of(const std::vector<Change>& changes, double fps, const Finder& finder = &find);
 
-/// The same for values that belong to the scene and to no container, by name; see kxAnimSettings.
+/// The same for values that belong to the scene and to no container, by name; see kxSceneTiming.
 typedef std::map<std::string, double> Settings;
 KX_API QString of(const Settings& before, const Settings& after);
 } // namespace kxChangeWords

@@ -19,7 +19,7 @@ struct KX_API kxFieldWords
     static kxFieldWords of(const std::string& field);
     /// Of any class: nodes of animation have fields of the same name with another meaning.
     static kxFieldWords of(const osg::FieldContainerType& type, const std::string& field);
-    /// Of what kxAnimSettings holds.
+    /// Of what kxSceneTiming holds.
     static kxFieldWords ofSetting(const std::string& name);
     /// "eulerRotation" is "euler rotation".
     static QString words(const std::string& name);

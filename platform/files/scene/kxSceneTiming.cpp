@@ -1,4 +1,4 @@
-#include <files/scene/kxAnimSettings.h>
+#include <files/scene/kxSceneTiming.h>
 
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
@@ -41,7 +41,7 @@ const Setting Settings[] = {
 };
 } // namespace
 
-std::map<std::string, double> kxAnimSettings::values()
+std::map<std::string, double> kxSceneTiming::values()
 {
     std::map<std::string, double> values;
     for (const Setting& setting : Settings)
@@ -49,7 +49,7 @@ std::map<std::string, double> kxAnimSettings::values()
     return values;
 }
 
-void kxAnimSettings::apply(const std::map<std::string, double>& values)
+void kxSceneTiming::apply(const std::map<std::string, double>& values)
 {
     for (const Setting& setting : Settings)
     {
