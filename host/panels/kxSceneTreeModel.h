@@ -35,7 +35,6 @@ public:
 
     osg::NodePtr node(const QModelIndex& index) const;
     QModelIndex indexOf(unsigned int id, int column = NameColumn) const;
-    int nodeCount() const { return int(_entries.size()); }
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& index) const override;

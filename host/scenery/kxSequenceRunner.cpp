@@ -129,11 +129,6 @@ std::vector<std::string> kxSequenceRunner::running() const
     return names;
 }
 
-bool kxSequenceRunner::isRunning(const std::string& name) const
-{
-    return std::any_of(_runs.begin(), _runs.end(), [&name](const RunPtr& run) { return run->name == name; });
-}
-
 int kxSequenceRunner::currentStep(const std::string& name) const
 {
     for (const RunPtr& run : _runs)

@@ -52,7 +52,6 @@ public:
 
     /// Names of the sequences that were started and have not ended.
     std::vector<std::string> running() const;
-    bool isRunning(const std::string& name) const;
     /// The index of the step that a running sequence, or one that it plays, is at; -1 for one that doesn't run.
     int currentStep(const std::string& name) const;
 

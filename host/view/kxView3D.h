@@ -30,7 +30,6 @@ public:
     kxViewActions* actions3D() const { return _actions; }
     kxRenderScene& scene() { return *_scene; }
     const kxCameraRig& rig() const { return _rig; }
-    const kxGizmo& gizmo() const { return _gizmo; }
 
     /// What the view shows, for a picture of another shape.
     kxViewCamera viewCamera(float aspect);
@@ -50,7 +49,6 @@ public:
 
     void setTool(kxGizmo::Tool tool);
     kxGizmo::Tool tool() const { return _gizmo.tool(); }
-    bool isLocal() const { return _local; }
 
     /// Draws when the event loop comes to it. Or `now`, unless what is on the screen is up to date: a frame change has
     /// several movers, and each of them asks for its picture.

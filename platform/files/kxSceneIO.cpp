@@ -365,11 +365,6 @@ bool kxSceneIO::isAnimationFile(const QString& path)
     return kxFileFormats::readerOf(path) == kxFileFormats::Reader::Animations;
 }
 
-bool kxSceneIO::canOpen(const QString& path)
-{
-    return kxFileFormats::isKnown(path);
-}
-
 QString kxSceneIO::openFilter()
 {
     return kxFileFormats::openFilter();

@@ -24,8 +24,6 @@ KX_API QString sceneSuffix();
 KX_API bool isSceneFile(const QString& path);
 /// True for animations of an object, which can be imported only.
 KX_API bool isAnimationFile(const QString& path);
-/// True where the suffix is one of openFilter(): for files that are dropped.
-KX_API bool canOpen(const QString& path);
 /// For file dialogs.
 KX_API QString openFilter();
 KX_API QString saveFilter();

@@ -21,10 +21,6 @@ inline QColor alternateBase()
 {
     return {49, 49, 49};
 } // every second row
-inline QColor sceneBackground()
-{
-    return {52, 52, 52};
-} // behind graphs and tracks
 inline QColor trough()
 {
     return {38, 38, 38};

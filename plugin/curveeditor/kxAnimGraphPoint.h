@@ -41,8 +41,6 @@ public:
 
     bool isKey() const { return _isKey; }
     bool isTangent() const { return _isTangent; }
-    /// Of a handle: its side.
-    bool isInTangent() const { return _isInTangent; }
     /// The key of a handle, a key itself.
     kxAnimGraphPoint* key();
     /// The curve of a key or a handle, null without one.

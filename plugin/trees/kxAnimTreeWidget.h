@@ -137,8 +137,6 @@ protected:
 
     /// Derived trees append their own actions.
     QMenu* contextMenu() const { return _contextMenu; }
-    /// Empty while no search is on.
-    const QString& searchText() const { return _searchText; }
 
 private Q_SLOTS:
     void debug();

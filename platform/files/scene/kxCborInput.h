@@ -26,7 +26,6 @@ public:
     void leave();
 
     bool isArray() const { return _reader.isArray(); }
-    bool isBytes() const { return _reader.isByteArray(); }
 
     bool readBool();
     /// A number from 0 to `largest`.

@@ -247,7 +247,7 @@ private Q_SLOTS:
         _stage->runner().update();
         kxSceneEdits::rename(tour, "Walk");
         kxScene::the()->flush();
-        QVERIFY(_stage->runner().isRunning("Walk"));
+        QCOMPARE(_stage->runner().running(), std::vector<std::string>{"Walk"});
         kxSceneryEdits::remove({tour}); // the undo stack keeps it
         kxScene::the()->flush();
         QVERIFY(_stage->runner().running().empty());

@@ -101,11 +101,12 @@ private Q_SLOTS:
             }
             rows << row;
         };
-        QDirIterator files(modelsFolder(), QDir::Files, QDirIterator::Subdirectories);
+        const QStringList known = kxSceneIO::openFilter().section('(', 1).section(')', 0, 0).split(' ');
+        QDirIterator files(modelsFolder(), known, QDir::Files, QDirIterator::Subdirectories);
         while (files.hasNext())
         {
             const QByteArray name = files.next().mid(modelsFolder().size() + 1).toUtf8();
-            if (!kxSceneIO::canOpen(files.filePath()) || name.contains("OutOfMemory"))
+            if (name.contains("OutOfMemory"))
                 continue;
             kxSceneIO::newScene();
             kxFileReport report(files.filePath());

@@ -54,7 +54,7 @@ private Q_SLOTS:
         {
             kxSceneIO::newScene();
             QVERIFY(nodeNamed("Body") == NullFC);
-            QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->setting("view").empty());
+            QVERIFY(kxScene::the()->materials().empty() && kxScene::the()->settings().empty());
             kxScene::the()->root()->setCore(Group::create());
             kxAnimManager::the()->setFPS(24);
             kxAnimManager::the()->setDetailedRangeEnd(12);
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(clip->getChild(0)->getCore() == block->getCore());
         QCOMPARE(kxAnimManager::the()->fps(), 29.97);
         QCOMPARE(kxAnimManager::the()->detailedRangeEnd(), 77);
-        QCOMPARE(kxScene::the()->setting("view"), std::string("top"));
+        QCOMPARE(kxScene::the()->settings().at("view"), std::string("top"));
         QCOMPARE(QString::fromStdString(body->findAttachment<TagAttachment>()->getAnimations().back()),
                  QStringLiteral("R\u00e4der"));
     }
