@@ -95,8 +95,6 @@ AnimAttachmentPtr AnimAttachmentBase::create()
 AnimAttachmentBase::~AnimAttachmentBase()
 {
     withdraw(getId());
-    if (_animationRoot != NullFC)
-        _animationRoot->subRef();
 }
 
 void AnimAttachmentBase::describeFields(FieldList& fields)
@@ -107,14 +105,10 @@ void AnimAttachmentBase::describeFields(FieldList& fields)
 
 void AnimAttachmentBase::setAnimationRoot(const AnimNodePtr& root)
 {
-    if (root == NullFC || root == _animationRoot)
+    if (root == NullFC || root == _animationRoot.get())
         return;
-    root->addRef();
-    const AnimNodePtr old = _animationRoot;
-    _animationRoot = root;
     enroll(getId(), root->getId());
-    if (old != NullFC)
-        old->subRef();
+    _animationRoot = root;
 }
 
 void AnimAttachment::getTopLevelAnimations(std::vector<AnimNodePtr>& out, bool withoutCurves) const

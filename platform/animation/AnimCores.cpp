@@ -7,17 +7,6 @@ namespace osg
 
 namespace
 {
-/// Swaps a held picture for another: shares first taken, then given back.
-void hold(ImagePtr& slot, const ImagePtr& image)
-{
-    if (image != NullFC)
-        image->addRef();
-    const ImagePtr old = slot;
-    slot = image;
-    if (old != NullFC)
-        old->subRef();
-}
-
 /// For classes that are made by their base's create().
 template <class Base>
 FieldContainerPtr made()
@@ -74,12 +63,6 @@ AnimShotPtr AnimShotBase::create()
     return AnimShotPtr(new AnimShot);
 }
 
-AnimShotBase::~AnimShotBase()
-{
-    setStartShotImage(ImagePtr());
-    setEndShotImage(ImagePtr());
-}
-
 void AnimShotBase::describeFields(FieldList& fields)
 {
     const auto add = [&fields](const char* name, auto pointer)
@@ -103,23 +86,17 @@ void AnimShotBase::describeFields(FieldList& fields)
 
 void AnimShotBase::setStartShotImage(const ImagePtr& image)
 {
-    hold(_startShotImage, image);
+    _startShotImage = image;
 }
 
 void AnimShotBase::setEndShotImage(const ImagePtr& image)
 {
-    hold(_endShotImage, image);
+    _endShotImage = image;
 }
 
 AnimWizClipPtr AnimWizClipBase::create()
 {
     return AnimWizClipPtr(new AnimWizClip);
-}
-
-AnimWizClipBase::~AnimWizClipBase()
-{
-    setStartImage(ImagePtr());
-    setEndImage(ImagePtr());
 }
 
 void AnimWizClipBase::describeFields(FieldList& fields)
@@ -136,12 +113,12 @@ void AnimWizClipBase::describeFields(FieldList& fields)
 
 void AnimWizClipBase::setStartImage(const ImagePtr& image)
 {
-    hold(_startImage, image);
+    _startImage = image;
 }
 
 void AnimWizClipBase::setEndImage(const ImagePtr& image)
 {
-    hold(_endImage, image);
+    _endImage = image;
 }
 
 TimeShapeCachePtr TimeShapeCacheBase::create()

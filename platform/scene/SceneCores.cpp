@@ -12,18 +12,6 @@ namespace osg
 namespace
 {
 const std::vector<std::string> Axes = {"X", "Y", "Z"};
-
-/// Swaps a held reference for another: shares first taken, then given back.
-template <class T>
-void hold(FCPtr<T>& slot, const FCPtr<T>& value)
-{
-    if (value != NullFC)
-        value->addRef();
-    const FCPtr<T> old = slot;
-    slot = value;
-    if (old != NullFC)
-        old->subRef();
-}
 } // namespace
 
 FieldContainerType Transform::_type(
@@ -99,28 +87,21 @@ void Geometry::describeFields(FieldList& fields)
     fields.push_back(referenceField("skin", SkinFieldMask, &Geometry::getSkin, &Geometry::setSkin));
 }
 
-Geometry::~Geometry()
-{
-    setMaterial(MaterialPtr());
-    setMesh(FieldContainerPtr());
-    setSkin(FieldContainerPtr());
-}
-
 void Geometry::setMaterial(const MaterialPtr& material)
 {
-    hold(_material, material);
+    _material = material;
 }
 
 void Geometry::setMesh(const FieldContainerPtr& mesh)
 {
     if (mesh == NullFC || MeshPtr::dcast(mesh) != NullFC)
-        hold<FieldContainer>(_mesh, mesh);
+        _mesh = mesh;
 }
 
 void Geometry::setSkin(const FieldContainerPtr& skin)
 {
     if (skin == NullFC || SkinPtr::dcast(skin) != NullFC)
-        hold<FieldContainer>(_skin, skin);
+        _skin = skin;
 }
 
 } // namespace osg

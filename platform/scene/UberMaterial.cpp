@@ -44,19 +44,9 @@ void UberMaterial::describeFields(FieldList& fields)
     fields.push_back(FieldDescription::member("alphaCutoff", AlphaCutoffFieldMask, &M::_alphaCutoff).range(0, 1));
 }
 
-UberMaterial::~UberMaterial()
-{
-    setBaseColorImage(ImagePtr());
-}
-
 void UberMaterial::setBaseColorImage(const ImagePtr& image)
 {
-    if (image != NullFC)
-        image->addRef();
-    const ImagePtr old = _baseColorImage;
     _baseColorImage = image;
-    if (old != NullFC)
-        old->subRef();
 }
 
 } // namespace osg

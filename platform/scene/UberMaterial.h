@@ -2,6 +2,7 @@
 
 #include <osg/Image.h>
 #include <osg/SceneCores.h>
+#include <osg/Share.h>
 
 namespace osg
 {
@@ -45,7 +46,6 @@ public:
 
 protected:
     UberMaterial() = default;
-    ~UberMaterial() override;
 
 private:
     static void describeFields(FieldList& fields);
@@ -55,7 +55,7 @@ private:
     float _roughness = 0.5f;
     float _opacity = 1.0f;
     Color3f _emissive;
-    ImagePtr _baseColorImage; // a share
+    Share<Image> _baseColorImage;
     bool _doubleSided = false;
     float _alphaCutoff = 0.0f;
 };

@@ -102,7 +102,6 @@ kxScene::kxScene()
         return node;
     };
     _superRoot = makeGroup("SuperRoot");
-    _superRoot->addRef();
     _root = makeGroup("Root");
     _sceneplateRoot = makeGroup("Sceneplates");
     _superRoot->addChild(_root);
@@ -145,13 +144,7 @@ bool kxScene::contains(const FieldContainerPtr& object) const
     NodePtr top = NodePtr::dcast(object);
     while (top != NullFC && top->getParent() != NullFC)
         top = top->getParent();
-    return top != NullFC && top == _superRoot;
-}
-
-std::string kxScene::setting(const std::string& key) const
-{
-    const auto found = _settings.find(key);
-    return found == _settings.end() ? std::string() : found->second;
+    return top != NullFC && top == _superRoot.get();
 }
 
 void kxScene::setSetting(const std::string& key, const std::string& value)

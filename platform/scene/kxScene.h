@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/SceneCores.h>
+#include <osg/Share.h>
 
 #include <QMatrix4x4>
 #include <QObject>
@@ -39,7 +40,6 @@ public:
 
     /// Values that belong to the scene and to no object, by key, as text; saved with it.
     const std::map<std::string, std::string>& settings() const { return _settings; }
-    std::string setting(const std::string& key) const;
     void setSetting(const std::string& key, const std::string& value);
     void setSettings(const std::map<std::string, std::string>& values) { _settings = values; }
 
@@ -66,8 +66,9 @@ private:
     kxScene();
     class Watcher;
 
-    osg::NodePtr _superRoot, _root, _sceneplateRoot, _sceneryRoot; // a share of the super root
-    std::vector<osg::MaterialPtr> _materials;                      // a share of each
+    osg::Share<osg::Node> _superRoot;
+    osg::NodePtr _root, _sceneplateRoot, _sceneryRoot;
+    std::vector<osg::MaterialPtr> _materials; // a share of each
     std::map<std::string, std::string> _settings;
     Watcher* _watcher; // lives as long as the process
 };

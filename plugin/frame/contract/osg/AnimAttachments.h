@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 
 namespace osg
 {
@@ -26,7 +27,7 @@ protected:
 private:
     static void describeFields(FieldList& fields);
 
-    AnimNodePtr _animationRoot; // a share
+    Share<AnimNode> _animationRoot;
 };
 
 /// The animations of an object or a material.

@@ -2,6 +2,7 @@
 
 #include <osg/AnimObject.h>
 #include <osg/Image.h>
+#include <osg/Share.h>
 
 namespace osg
 {
@@ -128,7 +129,6 @@ public:
 
 protected:
     AnimShotBase() = default;
-    ~AnimShotBase() override;
 
 private:
     static void describeFields(FieldList& fields);
@@ -141,7 +141,7 @@ private:
     Point<float, 3> _startFrom, _startAt, _endFrom, _endAt;
     Vector<float, 3> _startUp = Vector<float, 3>(0, 1, 0);
     Vector<float, 3> _endUp = Vector<float, 3>(0, 1, 0);
-    ImagePtr _startShotImage, _endShotImage; // a share of each
+    Share<Image> _startShotImage, _endShotImage;
 };
 
 /// A camera shot: from one view to another.
@@ -183,7 +183,6 @@ public:
 
 protected:
     AnimWizClipBase() = default;
-    ~AnimWizClipBase() override;
 
 private:
     static void describeFields(FieldList& fields);
@@ -191,7 +190,7 @@ private:
     float _start = 0;
     float _duration = 0;
     UInt32 _interpolation = 0;
-    ImagePtr _startImage, _endImage; // a share of each
+    Share<Image> _startImage, _endImage;
 };
 
 /// A clip that the animation wizard made from two captured states.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/Node.h>
+#include <osg/Share.h>
 
 #include <QMatrix4x4>
 
@@ -89,22 +90,20 @@ public:
     MaterialPtr getMaterial() const { return _material; }
     void setMaterial(const MaterialPtr& material);
     /// The mesh container (class osg::Mesh of the platform), null where there is none.
-    FieldContainerPtr getMesh() const { return _mesh; }
+    FieldContainerPtr getMesh() const { return _mesh.get(); }
     void setMesh(const FieldContainerPtr& mesh);
     /// The skin container (class osg::Skin of the platform) that bends the mesh, null where there is none.
-    FieldContainerPtr getSkin() const { return _skin; }
+    FieldContainerPtr getSkin() const { return _skin.get(); }
     void setSkin(const FieldContainerPtr& skin);
 
 protected:
     Geometry() = default;
-    ~Geometry() override;
 
 private:
     static void describeFields(FieldList& fields);
 
-    MaterialPtr _material;   // a share
-    FieldContainerPtr _mesh; // a share
-    FieldContainerPtr _skin; // a share
+    Share<Material> _material;
+    Share<FieldContainer> _mesh, _skin;
 };
 
 /// What every material is: something with a name that carries attachments.
