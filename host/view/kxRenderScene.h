@@ -62,8 +62,8 @@ public:
         osg::UInt32 kind = 0; ///< osg::Light::Kind
         QVector3D color;      ///< times intensity
         QVector3D place;
-        QVector3D aim; ///< where it shines, unit length
-        float coneAngle = 45;
+        QVector3D aim;        ///< where it shines, unit length
+        float coneAngle = 45; ///< of a spot, from edge to edge, degrees
         bool selected = false;
     };
     struct CameraItem

@@ -19,6 +19,7 @@ public:
     const FieldContainerType& getType() const override { return _type; }
     static ImagePtr create();
 
+    /// In pixels; 0 where there are no pixels.
     UInt32 getWidth() const { return _width; }
     UInt32 getHeight() const { return _height; }
     /// width * height * 4 bytes, empty where only the encoded form is there.
