@@ -195,7 +195,7 @@ void AnimCurve::clearConstantControlPoints()
         keys.clear();
         return;
     }
-    // A key inside goes where the curve is flat from the key before it to the key behind it.
+    // A key inside goes where the curve is flat from the key before it to the key after it.
     std::size_t kept = 1;
     for (std::size_t i = 1; i < keys.size(); ++i)
     {

@@ -12,7 +12,7 @@ namespace osg
 namespace
 {
 /// Reads one value after another out of a text, as a scanner does: white space before a number is skipped, a literal
-/// has to stand exactly.
+/// has to be exact.
 class Scanner
 {
 public:

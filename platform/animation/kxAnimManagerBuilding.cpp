@@ -36,7 +36,7 @@ AnimAttachmentPtr ensureAttachment(const FieldContainerPtr& container)
     return attachment;
 }
 
-/// Puts `child` under `parent`, out of where it stood. False where the tree refuses it.
+/// Puts `child` under `parent`, out of where it was. False where the tree refuses it.
 bool moveBelow(const NodePtr& parent, const NodePtr& child)
 {
     const NodePtr before = child->getParent();

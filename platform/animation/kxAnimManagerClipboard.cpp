@@ -108,7 +108,7 @@ AnimNodePtr pasteParent(const FieldContainerPtr& target)
     return attachment->getAnimationRoot();
 }
 
-/// A clip takes no copy of itself, nor of a clip that it stands in.
+/// A clip takes no copy of itself, nor of a clip that it is in.
 bool takes(const AnimNodePtr& parent, const Copied& entry)
 {
     const AnimNodePtr source = FieldContainerFactory::the()->get<AnimNode>(entry.sourceId);
@@ -191,7 +191,7 @@ std::vector<AnimNodePtr> kxAnimManager::clonePasteToWithOffset(const AnimNodePtr
         node->getBounds(start, end);
         earliest = std::min(earliest, double(start));
     }
-    // Nodes that still have to find their track don't stand in each other's way.
+    // Nodes that still have to find their track aren't in each other's way.
     const std::vector<Share<AnimNode>> waiting(pasted.begin(), pasted.end());
     for (const AnimNodePtr& node : waiting)
         clip->subChild(node);

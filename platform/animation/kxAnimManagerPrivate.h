@@ -14,7 +14,7 @@ struct kxAnimManager::Private
     double fps = 24.0;
     double playbackFps = 24.0;
     double frame = 0;
-    // What the listeners were told last; none after an unannounced change, so that the next message isn't swallowed.
+    // What was sent to the listeners last; none after an unannounced change, so that the next message isn't swallowed.
     std::optional<double> announcedFrame = 0.0;
     std::optional<int> announcedFullFrame = 0;
 

@@ -14,7 +14,7 @@ KX_API void clear();
 /// the clip maker shows.
 KX_API double frame();
 
-/// True for what stands in the scene: its nodes and materials, the animations of these, clips and what is in them.
+/// True for what is in the scene: its nodes and materials, the animations of these, clips and what is in them.
 /// False for what only the undo stack, the clipboard or a handle still knows.
 KX_API bool contains(const osg::FieldContainerPtr& object);
 } // namespace kxAnimScene

@@ -11,6 +11,6 @@ namespace kxAttachmentRegistry
 KX_API std::vector<osg::AnimAttachmentPtr> all();
 /// The attachment whose animation root is `root`, null where `root` is no such node.
 KX_API osg::AnimAttachmentPtr ofRoot(const osg::NodePtr& root);
-/// The attachment under whose root `node` stands at any depth, null where it stands under none.
+/// The attachment under whose root `node` is at any depth, null where it is under none.
 KX_API osg::AnimAttachmentPtr above(const osg::NodePtr& node);
 } // namespace kxAttachmentRegistry

@@ -48,13 +48,13 @@ struct std::hash<kxChannelTarget>
 /// Which objects a curve drives.
 namespace kxAims
 {
-/// Of the objects of ofCore() those that stand in the scene: one that was deleted lives on in the undo stack, and is
+/// Of the objects of ofCore() those that are in the scene: one that was deleted lives on in the undo stack, and is
 /// nobody's aim meanwhile.
 KX_API std::vector<osg::FieldContainerPtr> inScene(const osg::NodeCorePtr& core);
-/// The objects and materials under whose attachment a node with this core stands, each once, in the order of the
+/// The objects and materials under whose attachment a node with this core is, each once, in the order of the
 /// core's nodes. Objects that are out of the scene are driven too, so that they come back as the frame has them.
 std::vector<osg::FieldContainerPtr> ofCore(const osg::NodeCorePtr& core);
-/// The objects that the curve of `node` drives: those of the attachment the node stands under; for a node elsewhere (in
+/// The objects that the curve of `node` drives: those of the attachment the node is under; for a node elsewhere (in
 /// a clip) those of the other nodes with its core, else with a core above it.
 std::vector<osg::FieldContainerPtr> ofNode(const osg::NodePtr& node);
 } // namespace kxAims

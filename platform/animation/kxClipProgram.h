@@ -39,7 +39,7 @@ private:
         const osg::AnimNode* node = nullptr;
         Passage* above = nullptr;   ///< null where the way begins
         bool isHeld = false;        ///< a time outside of the node's extent is taken to its end
-        osg::UInt64 evaluation = 0; ///< what stands below was found in
+        osg::UInt64 evaluation = 0; ///< what is below was found in
         double entry = 0;           ///< the time where the way begins
         double time = 0;            ///< the node's own
         double tolerance = 0;

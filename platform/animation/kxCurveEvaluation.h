@@ -18,7 +18,7 @@ KX_API float value(const osg::AnimCurve& curve, double seconds, osg::UInt32& cur
                    bool stepped = false);
 KX_API float value(const osg::AnimCurve& curve, double seconds);
 
-/// The segment where `seconds` is likely to be, told from the one at `cursor`: exact where keys stand at even
+/// The segment where `seconds` is likely to be, guessed from the one at `cursor`: exact where keys are at even
 /// distances.
 inline osg::UInt32 likelySegment(const osg::AnimCurve& curve, double seconds, osg::UInt32 cursor)
 {

@@ -64,7 +64,7 @@ void kxPlaybackQueue::enqueue(const AnimNodePtr& node, bool restart)
     updateTicks();
 }
 
-/// Takes an entry out and tells so. The node may have died.
+/// Takes an entry out and announces it. The node may have died.
 void kxPlaybackQueue::leave(UInt32 nodeId)
 {
     const auto entry = find(nodeId);
@@ -148,7 +148,7 @@ void kxPlaybackQueue::tick()
         ids.push_back(entry.nodeId);
         moves = moves || !entry.isPaused;
     }
-    // All show the same moment before anybody hears that one has ended, and perhaps stops the others.
+    // All show the same moment before anybody is notified that one has ended, and perhaps stops the others.
     std::vector<UInt32> ended;
     for (const UInt32 id : ids)
         if (advance(id, now))
@@ -185,7 +185,7 @@ bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
     if (isFresh)
     {
         _engine.triggers.clear();
-        _engine.triggers.pass(node, before, before); // what stands at the very start
+        _engine.triggers.pass(node, before, before); // what is at the very start
     }
     _engine.triggers.pass(node, before, after);
     return after >= end;

@@ -9,7 +9,7 @@
 class kxRateCommand : public kxMergingCommand<kxRateCommand>
 {
 public:
-    /// Sets the rate `to` and moves every time, which is one of the rate `from`, whatever rate stands: one that was set
+    /// Sets the rate `to` and moves every time, which is one of the rate `from`, whatever rate is set: one that was set
     /// since and took no keys along has moved none.
     typedef std::function<void(double from, double to)> Change;
 

@@ -104,7 +104,7 @@ void kxScenePlan::update()
         return;
     collectStaleCurves();
     // What stays as it was keeps its cursor and isn't written again before the time moves, so that a value that the
-    // user has just changed stands.
+    // user has just changed stays.
     std::unordered_map<std::size_t, UInt32> oldEntries;
     std::unordered_map<std::size_t, bool> oldDirty;
     for (std::size_t i = 0; i < _infos.size(); ++i)

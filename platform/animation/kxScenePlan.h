@@ -25,7 +25,7 @@ public:
     void update();
     /// Something else wrote this channel: evaluate() gives it the value of the time again where it is driven.
     void setStale(const kxChannelTarget& target);
-    /// Values that something else gave to driven channels since time moved: they stand until it moves again.
+    /// Values that something else gave to driven channels since time moved: they hold until it moves again.
     struct Pose
     {
         osg::UInt32 id; // of the container
@@ -92,7 +92,7 @@ private:
     std::vector<Group> _groups;
     std::vector<osg::BitVector> _masks; // beside _groups: all fields that the group writes
     std::vector<osg::UInt8> _changed;   // beside _groups
-    std::vector<osg::UInt32> _dirty;    // entries to evaluate though time stands
+    std::vector<osg::UInt32> _dirty;    // entries to evaluate though time is at rest
     std::vector<osg::UInt32> _sceneNodes;
     double _tolerance = 0;
     bool _isShown = true;

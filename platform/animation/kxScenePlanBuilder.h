@@ -13,7 +13,7 @@ class kxAnimWatch;
 class kxScenePlanBuilder
 {
 public:
-    /// A node that does something to the time. Place 0 is the scene's time; place i stands at places[i - 1].
+    /// A node that does something to the time. Place 0 is the scene's time; place i is at places[i - 1].
     struct Place
     {
         const osg::AnimNode* node;

@@ -39,7 +39,7 @@ public:
 private:
     Handler _handler;
     bool _isBlocked = false;
-    osg::UInt32 _rootId = 0; // where the time stands, and what has fired there
+    osg::UInt32 _rootId = 0; // where the time is, and what has fired there
     double _standingAt = 0;
     std::unordered_set<osg::UInt32> _firedHere;
 };

@@ -30,5 +30,5 @@ private:
     void takeOut(const osg::NodePtr& child);
     void tell() const;
 
-    std::vector<Lost> _lost; // in the order in which they went; empty while they stand in the tree
+    std::vector<Lost> _lost; // in the order in which they went; empty while they are in the tree
 };

@@ -13,7 +13,7 @@ using namespace osg;
 
 namespace
 {
-/// Takes what stands below `group` out of the selection, without a step of its own: it is part of one.
+/// Takes what is below `group` out of the selection, without a step of its own: it is part of one.
 void deselectBelow(const NodePtr& group)
 {
     std::vector<unsigned int> ids;

@@ -10,7 +10,7 @@
 class kxImportCommand : public kxCommand
 {
 public:
-    /// `group` is the node that the content stands under.
+    /// `group` is the node that the content is under.
     kxImportCommand(const QString& text, const osg::NodePtr& group, const kxSceneContent& content);
 
     /// Each import is a step of its own.

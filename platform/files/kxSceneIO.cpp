@@ -124,7 +124,7 @@ void showFullRange()
     manager->setDetailedRangeEnd(manager->fullRangeEnd());
 }
 
-/// Top-level animations and clips: those whose names tell them apart.
+/// Top-level animations and clips: those whose names differ.
 bool isNamed(const NodePtr& node)
 {
     return AnimCurvePtr::dcast(node->getCore()) == NullFC && AnimObjectPtr::dcast(node->getCore()) != NullFC;
@@ -271,7 +271,7 @@ void kxSceneIO::newScene()
     kxAnimScene::clear();
     kxScene::the()->clear();
     call(kxMessageName::TrashCleared);
-    kxPreferencesStore::the().newScene(); // first: the tools read the settings when they hear of the scene
+    kxPreferencesStore::the().newScene(); // first: the tools read the settings when they are notified of the scene
     kxSceneMessages::newScene();
     kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
 }

@@ -86,7 +86,7 @@ void readStructure(kxCborInput& in, kxContainerForm::Numbers& structure)
     in.leave();
 }
 
-/// All that stands before the values; the class, null where this is no container's record.
+/// All that is before the values; the class, null where this is no container's record.
 const FieldContainerType* readHead(kxCborInput& in, kxContainerRecord::Content& content)
 {
     if (in.enterArray() != 4)
@@ -269,7 +269,7 @@ bool kxSceneRecord::apply(const QByteArray& record)
             scene->addMaterial(material);
     }
     scene->setSettings(content.settings);
-    // Times stand in records of their own; only the rate is put back here.
+    // Times are in records of their own; only the rate is put back here.
     const kxTimeRescale::Pause pause;
     kxSceneTiming::apply(content.animation);
     return true;

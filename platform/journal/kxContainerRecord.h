@@ -39,7 +39,7 @@ KX_API osg::FieldValue value(const QByteArray& slice, std::size_t kind);
 KX_API std::vector<osg::UInt32> ids(const QByteArray& slice);
 } // namespace kxContainerRecord
 
-/// The same for what belongs to the scene and to no container; it stands under the id 0.
+/// The same for what belongs to the scene and to no container; it is under the id 0.
 namespace kxSceneRecord
 {
 struct Content

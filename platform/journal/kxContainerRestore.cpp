@@ -252,7 +252,7 @@ void kxContainerRestore::orderCoreParents(const Target& target)
         (std::find(wanted.begin(), wanted.end(), node) == wanted.end() ? others : present).push_back(node);
     if (present == wanted)
         return;
-    // Each that takes the core anew stands behind those that have it.
+    // Each that takes the core anew is behind those that have it.
     wanted.insert(wanted.end(), others.begin(), others.end());
     for (const NodePtr& node : wanted)
     {

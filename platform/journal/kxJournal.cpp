@@ -354,7 +354,7 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         if (found == states.end())
             _store->dropRow(std::uint32_t(number), row.id);
         else if (!row.isPresent && !found->second.isPresent && !row.record.isEmpty())
-            found->second.after = row.record; // as it was known while it stood nowhere
+            found->second.after = row.record; // as it was known while it was nowhere
     }
     write(number, states);
     if (!_takenBack.erase(number))

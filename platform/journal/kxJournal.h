@@ -17,7 +17,7 @@ class kxContainerRestore;
 ///
 /// It hears of every marked field; what evaluation writes is no change. commit() compares what was marked with the
 /// records that it has of it, and keeps the state before as an entry. exchange() puts an entry's other side in place of
-/// what stands there, whichever it is: the way back and the way there are one. Containers keep their ids.
+/// what is there, whichever it is: the way back and the way there are one. Containers keep their ids.
 ///
 /// A container plays a part while the scene owns it, directly or through others. A write that isn't marked is a defect
 /// of who writes; unmarked() finds it. Main thread only.
@@ -27,7 +27,7 @@ class KX_API kxJournal : public QObject, private osg::ChangeListener
 public:
     static kxJournal& the();
 
-    /// Begins with the open scene as it stands. `file` is the database's path; empty: one that goes with the process.
+    /// Begins with the open scene as it is. `file` is the database's path; empty: one that goes with the process.
     void start(const QString& file);
     void stop();
     bool isRunning() const { return _store != nullptr; }

@@ -21,7 +21,7 @@ public:
     struct Row
     {
         std::uint32_t id = 0;
-        bool isPresent = false; ///< it stands in the scene there
+        bool isPresent = false; ///< it is in the scene there
         QByteArray record;      ///< empty: as latest() or, where that is empty, as the base has it
     };
 

@@ -21,7 +21,7 @@ struct kxLogEntry
     QDateTime time;
     Level level;
     QString text;
-    bool startsScene = false; ///< what stands above it tells of other scenes
+    bool startsScene = false; ///< what is above it is about other scenes
 };
 
 /// The log's newest entries, and a signal for whoever shows them. Main thread only.

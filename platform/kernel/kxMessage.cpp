@@ -28,7 +28,7 @@ void kxMessage::printBT()
     constexpr int maxFrames = 64;
     void* frames[maxFrames];
     const int count = backtrace(frames, maxFrames);
-    // The names go past stdio, so what stands in its buffer has to be out first.
+    // The names go past stdio, so what is in its buffer has to be out first.
     std::fflush(stderr);
     backtrace_symbols_fd(frames, count, STDERR_FILENO);
 }

@@ -81,7 +81,7 @@ void kxPreferencesStore::load()
     for (const auto& [key, value] : _stored)
         kxPreferences::getData().set(key, value, true);
 
-    const std::vector<kxPreferences*> fresh = _newPages; // these hear of it below
+    const std::vector<kxPreferences*> fresh = _newPages; // these are notified below
     initialisePages();
     forEachPage(
         [&](kxPreferences& page)

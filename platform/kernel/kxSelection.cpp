@@ -75,7 +75,7 @@ void selectMaterialsOf(kxMessage& message)
         kxLog::warning("The message '%s' holds no materials", kxMessageName::SelectMaterials);
 }
 
-/// The answers stand as soon as the library is loaded.
+/// The answers are there as soon as the library is loaded.
 const bool answersRegistered = []
 {
     kxController::addCB(kxMessageName::GetSelectedMaterials, &answerSelectedMaterials);

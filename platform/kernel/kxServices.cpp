@@ -99,7 +99,7 @@ void kxAnimationService::animationsChanged()
     announcing = true;
     again = false;
     Q_EMIT changed();
-    // Those who had heard already hear it once more; a listener that answers each time ends here.
+    // Those who were notified already are notified once more; a listener that answers each time ends here.
     if (again)
         Q_EMIT changed();
     announcing = false;

@@ -208,7 +208,7 @@ void kxInterpreter::adoptBuiltInModules()
 {
     if (!isRunning())
         return;
-    // Python imports only what stands in this tuple, which it fills at its start.
+    // Python imports only what is in this tuple, which it fills at its start.
     const Ref names(PyList_New(0));
     for (const _inittab* entry = PyImport_Inittab; names && entry->name != nullptr; ++entry)
     {

@@ -5,7 +5,7 @@
 namespace osg
 {
 
-/// Hides what lies before it: a plane in x and y of its node, which cuts away all that stands on the side of positive
+/// Hides what lies before it: a plane in x and y of its node, which cuts away all that lies on the side of positive
 /// z.
 ///
 /// Of the planes of a scene the first one that is shown cuts. Its scale is the size of the quad by which it is seen;

@@ -15,8 +15,8 @@
 /// Super root (never null, never replaced)
 ///   +- scene root: what the user sees in the scene tree
 ///   +- scene plates: the root of overlays, empty at first
-///   +- scenery: viewpoints and sequences; what stands here is no object, see kxScenery
-/// Animations stand in attachments and in the kernel's structure roots; a new scene empties those too.
+///   +- scenery: viewpoints and sequences; what is here is no object, see kxScenery
+/// Animations are in attachments and in the kernel's structure roots; a new scene empties those too.
 class KX_API kxScene : public QObject
 {
     Q_OBJECT

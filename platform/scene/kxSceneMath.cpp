@@ -41,7 +41,7 @@ void extendByMesh(BoxVolume& volume, const Mesh& mesh, const QMatrix4x4& matrix)
     }
 }
 
-/// The box of a skinned mesh: that of its vertices where its joints stand, taken joint by joint.
+/// The box of a skinned mesh: that of its vertices where its joints are, taken joint by joint.
 void extendBySkin(BoxVolume& volume, const Mesh& mesh, const Skin& skin)
 {
     const std::vector<NodePtr> joints = skin.joints();

@@ -26,7 +26,7 @@ struct CoreIcon
     const char* path;
 };
 
-/// Derived classes stand before the classes they derive from.
+/// Derived classes come before the classes they derive from.
 const CoreIcon CoreIcons[] = {
     {&AnimWizClip::_type, "scenegraph/AnimWizClip.svg"}, {&AnimClipBase::_type, "scenegraph/AnimClip.svg"},
     {&AnimBlockBase::_type, "scenegraph/AnimBlock.svg"}, {&AnimSequenceBase::_type, "scenegraph/AnimSequence.svg"},

@@ -28,7 +28,7 @@ bool isOfKind(const NodePtr& node, kxScenery::Kind kind)
     return false;
 }
 
-/// Where the things of a kind stand.
+/// Where the things of a kind are.
 NodePtr rootOf(kxScenery::Kind kind)
 {
     const bool ofScenery = kind == kxScenery::Kind::Viewpoint || kind == kxScenery::Kind::Sequence;

@@ -29,7 +29,7 @@ KX_API std::vector<osg::NodePtr> all(Kind kind);
 KX_API std::vector<std::string> names(Kind kind);
 /// The first of this name; null for none and for an empty name.
 KX_API osg::NodePtr find(Kind kind, const std::string& name);
-/// False for a node that is none of the four, or stands outside of the scene.
+/// False for a node that is none of the four, or is outside of the scene.
 KX_API bool kindOf(const osg::NodePtr& node, Kind& kind);
 
 /// The names of a variant set's choices; a child without a name goes by its number, from 1.

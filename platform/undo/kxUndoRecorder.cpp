@@ -80,7 +80,7 @@ void kxUndoRecorder::run(std::unique_ptr<kxUndoCommand> command)
     setMergeValue(*command, kxUndoGesture::the().forCommand());
     openScope();
     kxUndoCommand* const added = command.get();
-    _pending.push_back(std::move(command)); // first, so that what its redo() adds stands behind it
+    _pending.push_back(std::move(command)); // first, so that what its redo() adds comes after it
     try
     {
         added->redo();

@@ -8,7 +8,7 @@
 
 class QUndoStack;
 
-/// Turns added commands into steps of Qt's stack, and tells the modules of each step that ran.
+/// Turns added commands into steps of Qt's stack, and reports each step that ran to the modules.
 ///
 /// A command runs when it is added and waits for the end of the outermost scope; what has gathered there becomes one
 /// step. A command that is added by another's redo() joins its step. One that is added while a step is undone or redone
@@ -55,7 +55,7 @@ private:
     void run(std::unique_ptr<kxUndoCommand> command);
     void drop(const kxUndoCommand* command);
     void push();
-    /// The stack stands still: the messages of what ran go out, and what had to wait is added.
+    /// The stack is at rest: the messages of what ran go out, and what had to wait is added.
     void settle();
 
     QUndoStack* _stack = nullptr;

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-/// What stands on Qt's stack: the commands that were added in one outermost scope, in their order.
+/// What is on Qt's stack: the commands that were added in one outermost scope, in their order.
 ///
 /// They have run when the step is pushed, so that the redo of the push does nothing. A command that throws is logged
 /// and takes its step off the stack.

@@ -24,7 +24,7 @@ bool isOneArea(int area)
            area == Qt::BottomDockWidgetArea;
 }
 
-/// What stands below the view is wide, and asks for more than a small screen has beside the other windows.
+/// What is below the view is wide, and asks for more than a small screen has beside the other windows.
 bool isWide(int area)
 {
     return !isOneArea(area) || area == Qt::BottomDockWidgetArea;
@@ -99,7 +99,7 @@ struct QKXDockWindowManager::Private
     QList<QPointer<QKXDockWidget>> docks;
     QList<QPointer<QToolBar>> toolBars;
 
-    /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with what stands there.
+    /// Puts a dock at `area`. Without one it goes to the bottom, into one set of tabs with what is there.
     void place(QKXDockWidget* dock, int area)
     {
         if (isOneArea(area))
@@ -149,7 +149,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
             [dock](bool isShown)
             {
                 if (isShown)
-                    dock->raise(); // it may stand behind other tabs
+                    dock->raise(); // it may be behind other tabs
             });
     // Without this the field that follows in the main window gets the keys, and what is docked stays behind a tab.
     connect(
@@ -160,7 +160,7 @@ QKXDockWidget* QKXDockWindowManager::add(const QString& name, const QString& cat
             giveFocus(dock);
         },
         Qt::QueuedConnection);
-    // Nor may what comes to stand behind a tab go on taking the keys, unseen.
+    // Nor may what comes to be behind a tab go on taking the keys, unseen.
     connect(
         dock, &QDockWidget::visibilityChanged, dock,
         [this, dock](bool isInFront)

@@ -189,7 +189,7 @@ void QKXDoubleSpiner::applyInput()
     if (!lineEdit()->isModified() && typed == shown)
         return;
     {
-        // The base class reads a text only once: what stands in the line is a number before anybody listens.
+        // The base class reads a text only once: what is in the line is a number before anybody listens.
         const QSignalBlocker quiet(lineEdit());
         lineEdit()->setText(shown);
     }

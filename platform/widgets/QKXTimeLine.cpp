@@ -39,7 +39,7 @@ bool isInside(const kxRulerMath::Scale& scale, int frame)
     return frame >= scale.start && frame <= scale.end();
 }
 
-/// Where the number of the cursor stands: above its frame, pushed back into the widget.
+/// Where the number of the cursor is: above its frame, pushed back into the widget.
 QRectF badgeRect(const QKXTimeLine* line, int frame)
 {
     const kxRulerMath::Scale scale = scaleOf(line);
@@ -211,7 +211,7 @@ private:
         painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, text);
     }
 
-    /// The cursor stands outside the extent: an arrow at the edge shows on which side.
+    /// The cursor is outside the extent: an arrow at the edge shows on which side.
     void pointer(QPainter& painter, const QColor& color, bool right) const
     {
         const double x = right ? _line->width() - 3 : 3;

@@ -12,7 +12,7 @@ namespace
 {
 constexpr int PictureSide = 20; // device-independent pixels at 96 dots per inch
 
-/// The file of the set behind a name or path; empty, with a line in the log at its first time, where there is none.
+/// The file of the set for a name or path; empty, with a line in the log at its first time, where there is none.
 QString findFile(const QString& name, const QString& theme)
 {
     const QString leaf = name.endsWith(QLatin1String(".svg")) ? name : name + QLatin1String(".svg");

@@ -172,7 +172,7 @@ private:
             const GeometryPtr geometry = _meshes.makeGeometry(source.mMeshes[i]);
             if (geometry == NullFC)
                 continue;
-            // The parts behind the first stand below it without a name, as parts of one surface.
+            // The parts after the first are below it without a name, as parts of one surface.
             if (node->getCore() == NullFC)
                 node->setCore(geometry);
             else
@@ -202,7 +202,7 @@ private:
         return true;
     }
 
-    /// FBX files tell which axis is up without turning their objects.
+    /// FBX files say which axis is up without turning their objects.
     void turnUp()
     {
         int32_t axis = 1;
@@ -235,7 +235,7 @@ private:
         }
     }
 
-    /// A node shows a camera or light itself where that stands at its place, looks its way, and it shows nothing else.
+    /// A node shows a camera or light itself where that is at its place, looks its way, and it shows nothing else.
     void addBelow(const aiString& name, const NodeCorePtr& core, const QMatrix4x4& matrix)
     {
         const osg::Share<NodeCore> held(core);

@@ -6,13 +6,13 @@
 #include <map>
 #include <string>
 
-/// The surfaces of a file that Assimp read. A mesh that stands in several places is made once.
+/// The surfaces of a file that Assimp read. A mesh that is in several places is made once.
 class kxAssimpMeshes
 {
 public:
     kxAssimpMeshes(const aiScene& scene, const kxAssimpMaterials& materials, kxFileReport& report);
 
-    /// A surface for a mesh; null where there is nothing to see, or after a failure, which stands in the report.
+    /// A surface for a mesh; null where there is nothing to see, or after a failure, which the report names.
     osg::GeometryPtr makeGeometry(unsigned mesh);
     /// Binds the surfaces to their joints, once all nodes are there.
     void addSkins(const std::map<std::string, osg::NodePtr>& nodes);

@@ -8,7 +8,7 @@
 /// "Wheel_$AssimpFbx$_Translation", "..._PreRotation", "..._Rotation" and so on, down to "Wheel".
 ///
 /// Where no helper moves, one node can stand for all. That holds for a node that moves itself too: its animation was
-/// gathered from all steps and tells its whole place, though its helpers stay above it.
+/// gathered from all steps and gives its whole place, though its helpers stay above it.
 struct kxAssimpPivots
 {
     const aiNode* node = nullptr; ///< the one that is meant

@@ -21,7 +21,7 @@ constexpr std::size_t MostSamples = 1000000;
 
 enum class Shape
 {
-    Flat, ///< can be told as any other
+    Flat, ///< can be written as any other
     Straight,
     Step,
     Cubic,
@@ -100,7 +100,7 @@ std::vector<float> keyTimes(const Components& components)
     return times;
 }
 
-/// The kind that all pieces can be told as; Other where there is none.
+/// The kind that all pieces can be written as; Other where there is none.
 Shape commonShape(const Components& components, const std::vector<float>& times)
 {
     bool straight = true, step = true, cubic = true;
@@ -164,7 +164,7 @@ QQuaternion rotationOf(const Vec3f& angles, const QQuaternion& orientation)
 
 double degreesBetween(const QQuaternion& a, const QQuaternion& b)
 {
-    // The length of the difference, not the dot product, tells small angles.
+    // The length of the difference, not the dot product, distinguishes small angles.
     const QQuaternion d = a.conjugated() * b;
     return 2.0 * std::atan2(double(d.vector().length()), std::abs(double(d.scalar()))) * 57.295779513082320877;
 }
@@ -184,7 +184,7 @@ public:
         kxExportCurves::appendRotation(_out.values, rotationOf(anglesAt(_components, seconds), _orientation));
     }
 
-    /// Everything behind `start` up to and with `end`.
+    /// Everything after `start` up to and with `end`.
     void appendWay(double start, double end, int halvings)
     {
         const double middle = 0.5 * (start + end);

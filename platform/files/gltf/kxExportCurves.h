@@ -10,9 +10,9 @@
 
 /// Turns the curves of a field of three numbers into the one list of keys that glTF wants.
 ///
-/// Segments of straight lines, steps and cubics whose handles stand at thirds of the time pass exactly, also where the
+/// Segments of straight lines, steps and cubics whose handles are at thirds of the time pass exactly, also where the
 /// three curves have keys at different times: each kind can be cut in two without a change. What is of another kind, or
-/// of several kinds that can't be told together, is sampled.
+/// of several kinds that can't be written together, is sampled.
 namespace kxExportCurves
 {
 /// One number: a curve placed in time (time = scale * curve's time + offset), or a constant.
@@ -22,7 +22,7 @@ struct Component
     double scale = 1, offset = 0;
     float constant = 0;
 
-    /// Outside the keys the end values stand.
+    /// Outside the keys the end values hold.
     float value(double seconds) const;
 };
 typedef std::array<Component, 3> Components;

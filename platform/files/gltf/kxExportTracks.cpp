@@ -30,7 +30,7 @@ class Gatherer
 public:
     explicit Gatherer(Animation& out) : _out(out) {}
 
-    /// `owner` is the object that an attachment hangs on; null in a clip, where each curve tells its objects.
+    /// `owner` is the object that an attachment hangs on; null in a clip, where each curve names its objects.
     void add(const AnimNodePtr& node, const FieldContainerPtr& owner, Track place)
     {
         const double scale = double(node->getScale());

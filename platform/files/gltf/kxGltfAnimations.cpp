@@ -119,7 +119,7 @@ void kxGltfAnimations::writeField(const Animation& source, const TransformPtr& c
     const std::string& name = field.description->name();
     const auto& fields = source.targets.at(core->getId());
     const bool rotates = std::string(pathOf(name)) == "rotation";
-    // Both rotations of an object make one channel, which is written where the first of them stands.
+    // Both rotations of an object make one channel, which is written where the first of them is.
     if (name == "eulerRotationOrientation" && fields.count("eulerRotation") > 0)
         return;
     const bool direct = isDirect(field) && !(rotates && fields.count("eulerRotationOrientation") > 0);

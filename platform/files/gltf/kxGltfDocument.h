@@ -26,7 +26,7 @@ public:
     /// The bytes of an image; empty, noted in the report, where they aren't there.
     std::vector<unsigned char> imageBytes(int image, kxFileReport& report) const;
 
-    /// Components of an accessor, which has to have `components` of them; 0 takes any and tells it. Integers are
+    /// Components of an accessor, which has to have `components` of them; 0 takes any and says which. Integers are
     /// normalized where the accessor says so. Numbers that aren't finite come as they are.
     bool readFloats(int accessor, int& components, std::vector<float>& out, kxFileReport& report) const;
     /// As above for whole numbers.

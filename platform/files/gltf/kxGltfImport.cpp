@@ -65,7 +65,7 @@ private:
             _report.note(QStringLiteral("of %1 scenes, the default one is read").arg(_model.scenes.size()));
         if (!_model.scenes.empty())
             return _model.scenes[std::size_t(std::max(_model.defaultScene, 0))].nodes;
-        // A file without scenes: all that stands at the top.
+        // A file without scenes: all that is at the top.
         std::vector<bool> below(_model.nodes.size(), false);
         for (const tinygltf::Node& node : _model.nodes)
             for (const int child : node.children)
@@ -111,7 +111,7 @@ private:
         return true;
     }
 
-    /// What the node shows: a surface, else a camera, else a light. What comes second stands below it.
+    /// What the node shows: a surface, else a camera, else a light. What comes second is below it.
     bool addCore(int index, const NodePtr& node)
     {
         const tinygltf::Node& source = _model.nodes[std::size_t(index)];
@@ -148,7 +148,7 @@ private:
         for (std::size_t p = 0; p < parts.size(); ++p)
         {
             const GeometryPtr geometry = Geometry::create();
-            // The parts behind the first stand below it without a name, as parts of one surface.
+            // The parts after the first are below it without a name, as parts of one surface.
             if (p == 0)
                 node->setCore(geometry);
             else

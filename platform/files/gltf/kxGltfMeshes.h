@@ -5,7 +5,7 @@
 
 #include <optional>
 
-/// The surfaces of a glTF file. A mesh that stands in several places is read once.
+/// The surfaces of a glTF file. A mesh that is in several places is read once.
 class kxGltfMeshes
 {
 public:
@@ -19,7 +19,7 @@ public:
         std::vector<std::uint32_t> joints; ///< 4 a vertex, empty without
         std::vector<float> weights;
     };
-    /// The parts of a mesh; null after a failure, which stands in the report.
+    /// The parts of a mesh; null after a failure, which the report names.
     const std::vector<Part>* parts(int mesh);
 
 private:

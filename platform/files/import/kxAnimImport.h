@@ -40,7 +40,7 @@ struct Channel
     Interpolation interpolation = Interpolation::Linear;
     std::vector<float> times; ///< seconds
     std::vector<float> values;
-    /// Of a cubic spline, as many as values: change in a second before and behind the key.
+    /// Of a cubic spline, as many as values: change in a second before and after the key.
     std::vector<float> inTangents, outTangents;
 };
 

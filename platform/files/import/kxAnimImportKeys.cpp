@@ -36,7 +36,7 @@ bool isFinite(const std::vector<float>& values, std::size_t from, std::size_t co
                                                        [](float value) { return std::isfinite(value); });
 }
 
-/// The indices of the keys that stand, in order of time.
+/// The indices of the keys that stay, in order of time.
 std::vector<std::size_t> usableKeys(const Channel& channel, std::size_t components, const QString& what,
                                     kxFileReport& report)
 {
@@ -58,7 +58,7 @@ std::vector<std::size_t> usableKeys(const Channel& channel, std::size_t componen
         report.note(QStringLiteral("%1: keys out of order are put in order").arg(what));
         std::stable_sort(order.begin(), order.end(), earlier);
     }
-    // Of several keys at one time the last stands.
+    // Of several keys at one time the last stays.
     const auto last =
         std::unique(order.rbegin(), order.rend(),
                     [&channel](std::size_t a, std::size_t b) { return channel.times[a] == channel.times[b]; });
@@ -118,7 +118,7 @@ Vec3f valueOf(const Key& key)
     return Vec3f(key.value[0], key.value[1], key.value[2]);
 }
 
-/// Appends the way from the last key of `keys`, where `from` stands, to `to`, without `from`.
+/// Appends the way from the last key of `keys`, where `from` is, to `to`, without `from`.
 void appendWay(const Turn& from, const Turn& to, int halvings, std::vector<Key>& keys)
 {
     const Vec3f start = valueOf(keys.back());

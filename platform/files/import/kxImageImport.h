@@ -19,7 +19,7 @@ osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const Q
 bool mean(const std::vector<unsigned char>& bytes, float* mean);
 /// The mean's sRGB value as a linear one.
 float linearFromSrgb(float value);
-/// The bytes of a PNG or JPEG file that show the picture; empty where there is none. `jpeg` tells which.
+/// The bytes of a PNG or JPEG file that show the picture; empty where there is none. `jpeg` says which.
 std::vector<unsigned char> encoded(const osg::ImagePtr& image, bool& jpeg);
 /// True where a texel of the picture isn't opaque.
 bool hasAlpha(const osg::ImagePtr& image);

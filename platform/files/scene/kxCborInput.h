@@ -47,7 +47,7 @@ private:
     static constexpr int DeepestNesting = 32;
 
     quint64 enter();
-    /// The length of the string that stands next; -1 on failure.
+    /// The length of the string that comes next; -1 on failure.
     qint64 stringLength();
     bool readString(char* out, qint64 length);
 

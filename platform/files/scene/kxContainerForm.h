@@ -25,7 +25,7 @@ struct Field
     const osg::FieldDescription* description;
     std::size_t kind; ///< see kxFieldCodec
 };
-/// The stored fields of a container's class, in the order in which their values stand.
+/// The stored fields of a container's class, in the order in which their values are.
 const std::vector<Field>& fields(const osg::FieldContainer& container);
 /// The same by the class, of which one is made where none was met yet.
 KX_API const std::vector<Field>& fields(const osg::FieldContainerType& type);

@@ -260,7 +260,7 @@ void kxContainerReader::checkNumbers()
         for (quint32& number : reference.numbers)
         {
             check(number);
-            // A tree of animations that a field names stands there and nowhere else.
+            // A tree of animations that a field names is there and nowhere else.
             if (const FieldContainerPtr container = at(number); container != NullFC && isAnimNode(container))
                 place(number);
         }
@@ -343,7 +343,7 @@ void kxContainerReader::linkAttachments()
 
 void kxContainerReader::linkCores()
 {
-    // Shared cores first, so that their nodes stand in the written order.
+    // Shared cores first, so that their nodes are in the written order.
     for (const auto& [number, structure] : _structure)
         for (const quint32 parent : structure.coreParents)
         {

@@ -12,11 +12,11 @@
 
 class kxCborInput;
 
-/// Reads what kxContainerWriter wrote, into containers that stand nowhere yet.
+/// Reads what kxContainerWriter wrote, into containers that are in no tree yet.
 ///
-/// Everything is checked before containers are joined: numbers, classes, that a node stands in one place, and that
+/// Everything is checked before containers are joined: numbers, classes, that a node is in one place, and that
 /// nothing owns itself. What doesn't hold is left out and named in the report, and so are classes and fields that this
-/// program doesn't know; the rest is read. Only content that can't be told apart fails.
+/// program doesn't know; the rest is read. Only content that can't be distinguished fails.
 class kxContainerReader
 {
 public:
@@ -39,7 +39,7 @@ public:
             refuse(number, T::_type);
         return typed;
     }
-    /// As get() for a node of exactly this tree, of objects or of animations, that stands in no other.
+    /// As get() for a node of exactly this tree, of objects or of animations, that is in no other.
     template <class T>
     osg::FCPtr<T> getRoot(quint32 number) const
     {
@@ -50,7 +50,7 @@ public:
         refuse(number, T::_type);
         return osg::FCPtr<T>();
     }
-    /// Objects that stood among animations, and stand nowhere now.
+    /// Objects that were among animations, and are in no tree now.
     const std::vector<osg::Share<osg::Node>>& strays() const { return _strays; }
 
 private:

@@ -77,9 +77,9 @@ qint64 kxEnvelopeWriter::writeData(const char* data, qint64 size)
     _length += quint64(size);
     _failed = _failed || isTooLarge();
     if (_failed)
-        return size; // told at commit()
+        return size; // reported at commit()
     _checksum = crc(_checksum, data, size);
-    const bool isLarge = size > BlockSize / 2; // goes past the block, and so behind what the block holds
+    const bool isLarge = size > BlockSize / 2; // goes past the block, and so after what the block holds
     if (isLarge || _block.size() + size > BlockSize)
         flushBlock();
     if (isLarge)

@@ -23,7 +23,7 @@ public:
     /// Keeps the first reason; false, so that a reader can return it.
     bool fail(const QString& reason);
     void note(const QString& line);
-    /// What was read, in one line; `opened` where it stands in place of the scene before.
+    /// What was read, in one line; `opened` where it takes the place of the scene before.
     void setSummary(const QString& line, bool opened);
     const QString& summary() const { return _summary; }
     /// Writes the summary, the notes and the reason to the log.

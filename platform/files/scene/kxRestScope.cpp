@@ -29,7 +29,7 @@ kxRestScope::kxRestScope(const std::vector<FieldContainerPtr>& containers)
         }
 }
 
-// A channel may be a view of a stored field: what is kept are the stored fields behind it.
+// A channel may be a view of a stored field: what is kept are the stored fields that it shows.
 void kxRestScope::keep(const FieldContainerPtr& container, const BitVector& mask)
 {
     for (const FieldDescription& field : container->getType().fields())

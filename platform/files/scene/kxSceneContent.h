@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// A whole scene, or a part of one, that stands nowhere: what readers fill and writers take.
+/// A whole scene, or a part of one, that is in no tree: what readers fill and writers take.
 ///
 /// Nothing of the open scene is touched until kxSceneIO puts a content there.
 struct kxSceneContent

@@ -62,7 +62,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
     out.endMap();
 }
 
-/// What stands in a file beside its containers.
+/// What a file holds beside its containers.
 struct Top
 {
     quint32 root = 0, sceneplates = 0, scenery = 0, clips = 0, sceneStructure = 0;

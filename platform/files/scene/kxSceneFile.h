@@ -12,6 +12,6 @@ namespace kxSceneFile
 KX_API bool save(const QString& path, kxFileReport& report);
 /// Reads a file without touching the open scene.
 KX_API bool read(const QString& path, kxSceneContent& content, kxFileReport& report);
-/// The content behind the head and the checksum of a file.
+/// The content after the head and the checksum of a file.
 KX_API bool readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report);
 } // namespace kxSceneFile

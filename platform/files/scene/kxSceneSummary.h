@@ -4,7 +4,7 @@
 
 #include <QString>
 
-/// What a user is told of a file that was read, and names by which its materials can be told apart.
+/// What a user is shown about a file that was read, and names by which its materials can be distinguished.
 namespace kxSceneSummary
 {
 /// Of textures that don't repeat at their edges.

@@ -35,6 +35,6 @@ Act act(Act::Rank rank, const QString& verb, const kxChangeWords::Thing& thing, 
 void addFields(std::vector<Act>& acts, const kxChangeWords::Change& change, const kxChangeWords::Thing& thing,
                double fps, const kxChangeWords::Finder& finder);
 
-/// "Move 3 blocks by 12 frames in 'Show'": acts of one verb are told together.
+/// "Move 3 blocks by 12 frames in 'Show'": acts of one verb are named together.
 QString sentence(const std::vector<Act>& acts);
 } // namespace kxChangeActs

@@ -36,7 +36,7 @@ struct Thing
     osg::UInt32 id = 0; ///< of the node or material; 0 where the user knows none
     QString kind;       ///< see kxFieldWords::kind()
     QString name;
-    QString place; ///< the clip, block or object in which an animation stands; empty for others
+    QString place; ///< the clip, block or object in which an animation is; empty for others
 };
 /// Asked for containers by id, living and dead ones.
 typedef std::function<Thing(osg::UInt32 id)> Finder;

@@ -12,7 +12,7 @@
 struct KX_API kxFieldWords
 {
     QString label;       ///< "base colour"
-    QString unit;        ///< behind the number
+    QString unit;        ///< after the number
     QStringList choices; ///< texts of the values 0, 1, 2 ...
 
     /// Of an object, a core or a material by the field's name; without an entry the name in words.

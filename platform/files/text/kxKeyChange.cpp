@@ -93,7 +93,7 @@ kxKeyChange kxKeyChange::between(const MField<CCPnt, 0>& before, const MField<CC
         now.push_back(&after[a]);
 
     Counter counter{change};
-    // Of as many as there were each is taken for the one at its place; else time tells, and then the value.
+    // Of as many as there were each is taken for the one at its place; else time decides, and then the value.
     if (old.size() != now.size())
     {
         takePairs(

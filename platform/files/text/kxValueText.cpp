@@ -9,7 +9,7 @@ using namespace osg;
 
 namespace
 {
-constexpr std::size_t MostListed = 16; ///< numbers that stand on a line of their own
+constexpr std::size_t MostListed = 16; ///< numbers that are on a line of their own
 
 template <class T>
 void appendNumber(std::string& out, T value)
