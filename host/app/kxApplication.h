@@ -11,7 +11,7 @@
 /// Brings the application up in the order that its parts need, and runs it.
 ///
 /// Settings, services, window, plug-in library, interpreter, the plug-in's tools, then a new scene, which every tool
-/// hears of, and then what the command line asks for.
+/// is notified of, and then what the command line asks for.
 class kxApplication
 {
 public:
@@ -25,7 +25,7 @@ public:
 
     /// What has to be said to Qt before the application object is made.
     static void prepare(const kxCommandLine& line);
-    /// True where a window can be shown, as far as the environment tells.
+    /// True where a window can be shown, as far as the environment says.
     static bool hasDisplay();
 
     explicit kxApplication(const kxCommandLine& line);

@@ -242,7 +242,7 @@ void kxMainMenus::fillViewMenu()
     _viewMenu->clear();
     for (const QKXDockWidget* const dock : _window->dockManager()->dockWidgets())
     {
-        _viewMenu->addAction(dock->toggleViewAction()); // without an icon: it would stand in place of the check mark
+        _viewMenu->addAction(dock->toggleViewAction()); // without an icon: it would be in place of the check mark
     }
     _viewMenu->addSeparator();
     for (const QToolBar* const bar : _window->dockManager()->toolBars())

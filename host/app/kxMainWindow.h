@@ -38,7 +38,7 @@ public:
     kxSceneryStage* stage() const { return _stage; }
     kxSceneryActions* sceneryActions() const { return _sceneryActions; }
 
-    /// Takes the tools of the plug-in into the menus and puts everything where it stood last. Once, when all docks and
+    /// Takes the tools of the plug-in into the menus and puts everything where it was last. Once, when all docks and
     /// tool bars are there.
     void finishLayout();
     void resetLayout();

@@ -14,7 +14,7 @@ public:
 
     /// Absolute paths.
     const QStringList& files() const { return _files; }
-    /// Puts it first, under its absolute path, wherever it stood; what is beyond `Most` goes.
+    /// Puts it first, under its absolute path, wherever it was; what is beyond `Most` goes.
     void add(const QString& file);
     void remove(const QString& file);
     void clear();

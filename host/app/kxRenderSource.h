@@ -7,7 +7,7 @@
 
 /// What a film shows frame by frame: the timeline, or one clip as the clip maker shows it.
 ///
-/// With a clip, what it doesn't drive stands as at the timeline's frame, and no triggers fire. The timeline takes over
+/// With a clip, what it doesn't drive is as at the timeline's frame, and no triggers fire. The timeline takes over
 /// at the next change of the current frame.
 class kxRenderSource
 {
@@ -20,7 +20,7 @@ public:
     {
         osg::AnimNodePtr node;
         QString name;
-        int depth = 0; ///< how many clips it stands in
+        int depth = 0; ///< how many clips it is in
     };
     static constexpr int LargestFrame = 1000000;
 
@@ -28,7 +28,7 @@ public:
     kxRenderSource() = default;
     explicit kxRenderSource(const osg::AnimNodePtr& clip) : _clip(clip) {}
 
-    /// All clips of the clip structure, those in a clip behind it.
+    /// All clips of the clip structure, those in a clip after it.
     static std::vector<Clip> clips();
 
     /// The detailed range, or the clip's extent in frames that hold it whole; endless cycles count as one pass.

@@ -22,7 +22,7 @@ bool isSelection(const QUndoCommand* command)
                                           [](const std::unique_ptr<kxUndoCommand>& part)
                                           { return dynamic_cast<const kxSelectCommand*>(part.get()) != nullptr; });
 }
-/// The present values of what a file holds; where the current frame stands is no edit.
+/// The present values of what a file holds; the place of the current frame is no edit.
 std::map<std::string, double> presentSettings()
 {
     std::map<std::string, double> settings = kxSceneTiming::values();

@@ -2,7 +2,7 @@
 
 #include <osg/Node.h>
 
-/// The clipping plane of the scene: an object like others, that hides what stands before it.
+/// The clipping plane of the scene: an object like others, that hides what is before it.
 namespace kxClippingPlane
 {
 /// The one that cuts, or else the first that there is; null where the scene has none.

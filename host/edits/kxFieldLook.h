@@ -9,7 +9,7 @@
 struct kxFieldLook
 {
     QString label;
-    QString unit; // behind the number
+    QString unit; // after the number
     double step = 0.1;
     int decimals = 3;
     QStringList choices; // texts of the values 0, 1, 2 ...

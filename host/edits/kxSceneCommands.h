@@ -11,13 +11,13 @@
 /// Puts nodes into the tree, takes them out, or moves them from one parent to another.
 ///
 /// Holds a share of each node, so that a node which is out keeps its id, its materials and its animations. A move whose
-/// node no longer stands where the step expects it is skipped.
+/// node no longer is where the step expects it is skipped.
 class kxPlaceNodesCommand : public kxCommand
 {
 public:
     using kxCommand::kxCommand;
 
-    /// Steps of apply(true), in this order. `index` counts after the node has left its old place; -1 is behind the
+    /// Steps of apply(true), in this order. `index` counts after the node has left its old place; -1 is after the
     /// last.
     void insertNode(const osg::NodePtr& node, const osg::NodePtr& parent, int index);
     void removeNode(const osg::NodePtr& node);
@@ -57,7 +57,7 @@ private:
 
 /// Writes a field. Steps of one gesture on one field merge.
 ///
-/// Keeps the stored values behind the field before and after, so that a field that is a view of another one (field of
+/// Keeps the stored values that the field shows, so that a field that is a view of another one (field of
 /// view of focal length, visible of the traversal mask) comes back exactly.
 class kxSetFieldCommand : public kxMergingCommand<kxSetFieldCommand>
 {
@@ -87,7 +87,7 @@ private:
 class kxMaterialListCommand : public kxCommand
 {
 public:
-    /// `index` -1 is behind the last.
+    /// `index` -1 is after the last.
     static kxMaterialListCommand* add(const osg::MaterialPtr& material, int index);
     static kxMaterialListCommand* remove(const osg::MaterialPtr& material);
 

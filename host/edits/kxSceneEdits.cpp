@@ -114,7 +114,7 @@ void keepWorldPlace(const osg::NodePtr& node, const QMatrix4x4& world)
     add(kxSetFieldCommand::make(core, "scale", osg::FieldValue(newScale), stepText("Move")));
 }
 
-/// Objects stand below objects, not below viewpoints or what else the scene holds.
+/// Objects are below objects, not below viewpoints or what else the scene holds.
 bool takesObjects(const osg::NodePtr& parent)
 {
     return kxSceneEdits::isObject(parent) || parent == kxScene::the()->root();

@@ -17,13 +17,13 @@ typedef std::vector<osg::NodePtr> Nodes;
 /// no children.
 bool addNode(const osg::NodePtr& node, const osg::NodePtr& parent, const QString& text);
 osg::NodePtr makeNode(const osg::NodeCorePtr& core, const QString& name);
-/// The selected objects under a new group that stands where the first of them stood.
+/// The selected objects under a new group that is where the first of them was.
 bool groupNodes(const Nodes& nodes);
 /// How many were deleted; objects that must stay are left out.
 int deleteNodes(const Nodes& nodes);
 /// Copies beside their originals; the copies are selected.
 bool duplicateNodes(const Nodes& nodes);
-/// Puts the nodes under `parent`, before its child `index` as it stands (-1: behind the last), each at its place in the
+/// Puts the nodes under `parent`, before its child `index` as it is (-1: after the last), each at its place in the
 /// world. False where one of them may not go there; nothing moves then.
 bool moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int index);
 bool canMoveNodes(const Nodes& nodes, const osg::NodePtr& parent);
@@ -49,8 +49,8 @@ int assignMaterial(const Nodes& nodes, const osg::MaterialPtr& material);
 
 /// All objects of the scene, in the order of the tree.
 Nodes allNodes();
-/// True for what stands below the scene's root: no viewpoint, no clip, and not the root itself.
+/// True for what is below the scene's root: no viewpoint, no clip, and not the root itself.
 bool isObject(const osg::NodePtr& node);
-/// The nodes of the scene without those that stand below another one of them, in the order of the tree.
+/// The nodes of the scene without those that are below another one of them, in the order of the tree.
 Nodes topmost(const Nodes& nodes);
 } // namespace kxSceneEdits

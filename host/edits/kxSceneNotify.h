@@ -2,7 +2,7 @@
 
 #include <osg/FieldContainer.h>
 
-/// What the tools are told after an edit of the host. Edits themselves mark the fields that they write.
+/// What is sent to the tools after an edit of the host. Edits themselves mark the fields that they write.
 namespace kxSceneNotify
 {
 /// Objects or materials came, went, moved in the tree or were renamed.

@@ -14,7 +14,7 @@ struct Entry
 {
     QString name; ///< of the entry and of a new object
     QString icon;
-    std::function<osg::NodePtr()> make; ///< a node that stands nowhere yet
+    std::function<osg::NodePtr()> make; ///< a node that is in no tree yet
 };
 
 /// Bodies, each with a material of its own.

@@ -12,7 +12,7 @@ namespace kxSceneryEdits
 {
 typedef std::vector<osg::NodePtr> Nodes;
 
-/// Where `camera` stands, with a target `distance` before it. `name` empty: a word and a number.
+/// Where `camera` is, with a target `distance` before it. `name` empty: a word and a number.
 osg::NodePtr addViewpoint(const kxViewCamera& camera, float distance, const QString& name = QString());
 /// Gives a viewpoint another place.
 void updateViewpoint(const osg::NodePtr& viewpoint, const kxViewCamera& camera, float distance);
@@ -36,7 +36,7 @@ void duplicate(const Nodes& nodes);
 /// Says in the log where triggers and steps go on naming what went.
 void remove(const Nodes& nodes);
 
-/// Why a thing can't bear a name, empty where it can: names are trimmed, not empty, and tell viewpoints from
+/// Why a thing can't bear a name, empty where it can: names are trimmed, not empty, and distinguish viewpoints from
 /// viewpoints and sequences from sequences.
 QString problemOfName(const osg::NodePtr& node, const QString& name);
 /// The triggers and steps that name `node` by its present name follow it to `name`; for whoever renames it next.

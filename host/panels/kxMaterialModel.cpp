@@ -97,7 +97,7 @@ void kxMaterialModel::sync()
 {
     const auto& materials = kxScene::the()->materials();
     const auto idAt = [&materials](std::size_t i) { return materials[i].getFieldContainerId(); };
-    // Rows that are gone or stand elsewhere go; what is missing comes.
+    // Rows that are gone or are elsewhere go; what is missing comes.
     for (int row = int(_rows.size()) - 1; row >= 0; --row)
     {
         const auto begin = materials.begin(), end = materials.end();

@@ -115,7 +115,7 @@ void kxSceneTreeModel::removeDead(Entry* entry, const std::unordered_map<unsigne
 
 void kxSceneTreeModel::place(Entry* entry)
 {
-    // Top down: when a row moves below `entry`, everything above `entry` stands where it belongs already, so that no
+    // Top down: when a row moves below `entry`, everything above `entry` is where it belongs already, so that no
     // row ever moves below itself.
     const std::vector<unsigned int> ids = rowIds(entry->id);
     for (std::size_t row = 0; row < ids.size(); ++row)
@@ -128,7 +128,7 @@ void kxSceneTreeModel::place(Entry* entry)
         else
             insert(entry, int(row), ids, row);
     }
-    // Rows behind those still wait for their new parents.
+    // Rows after those still wait for their new parents.
     for (std::size_t row = 0; row < ids.size(); ++row)
         place(entry->children[row]);
 }

@@ -30,7 +30,7 @@ public:
     unsigned int sequence() const { return _sequenceId; }
     const std::vector<kxSequenceStep>& steps() const { return _steps; }
 
-    /// Behind `row`, -1 in front of all. A new step names the first thing that there is.
+    /// After `row`, -1 in front of all. A new step names the first thing that there is.
     void insertStep(int row, kxSequenceStep::Kind kind);
     void removeStep(int row);
     /// False where there is no place for it there.
@@ -56,5 +56,5 @@ private:
     kxSceneryStage* _stage;
     unsigned int _sequenceId = 0;
     std::vector<kxSequenceStep> _steps;
-    int _current = -1; // where a run stands
+    int _current = -1; // where a run is
 };

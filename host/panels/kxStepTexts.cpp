@@ -32,7 +32,7 @@ bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
     return a.x() != b.x() ? a.x() < b.x() : a.y() < b.y();
 }
 
-/// Keys that stand elsewhere, or else those with other tangents; of keys that came or went, those.
+/// Keys that are elsewhere, or else those with other tangents; of keys that came or went, those.
 std::vector<osg::CCPnt> changedKeys(const Keys& before, const Keys& now)
 {
     std::vector<osg::CCPnt> changed;

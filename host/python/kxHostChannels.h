@@ -14,7 +14,7 @@ namespace kxHostChannels
 /// In the order of the object's fields.
 std::vector<std::string> names(const osg::FieldContainerPtr& object);
 double value(const osg::FieldContainerPtr& object, const std::string& channel);
-/// One step on the undo stack where the value changes. Gives the value that stands then: numbers outside of what the
+/// One step on the undo stack where the value changes. Gives the value of the field then: numbers outside of what the
 /// channel allows are clamped. Raises ValueError for a number that no float can hold.
 double setValue(const osg::FieldContainerPtr& object, const std::string& channel, double value);
 } // namespace kxHostChannels

@@ -93,7 +93,7 @@ bool setUnsigned(kxMessage& message, const std::string& key, const bp::object& v
     return !PyBool_Check(value.ptr()) && PyLong_Check(value.ptr()) && setAs<unsigned int>(message, key, value);
 }
 
-/// An attribute of a named message whose type the value alone doesn't tell.
+/// An attribute of a named message whose type the value alone doesn't give.
 struct Known
 {
     const char* message;

@@ -122,7 +122,7 @@ osg::NodePtr clippingPlane(bool on)
     return kxClippingPlane::node();
 }
 
-/// The curve of a block, or of an object's keys that stand in no block.
+/// The curve of a block, or of an object's keys that are in no block.
 osg::AnimCurvePtr curveOf(const osg::NodePtr& object, const std::string& channel)
 {
     if (object == osg::NullFC)

@@ -8,7 +8,7 @@
 
 /// The widgets on the screen for scripts that show or test how the application is used.
 ///
-/// A widget is named by its object name, where that isn't enough behind names of widgets above it: "_properties/_name".
+/// A widget is named by its object name, where that isn't enough after names of widgets above it: "_properties/_name".
 /// Only visible ones are found; none, or more than one, raises LookupError.
 namespace kxHostWidgets
 {

@@ -23,7 +23,7 @@
 
 namespace
 {
-// Pixels. The prompt stands under the editor where both have room for some lines that way, and little side by side.
+// Pixels. The prompt is under the editor where both have room for some lines that way, and little side by side.
 constexpr int SideBySideWidth = 680;
 constexpr int StackedHeight = 320;
 const char Filter[] = "Python (*.py)";

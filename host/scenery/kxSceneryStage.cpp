@@ -44,7 +44,7 @@ void answerSequences(kxMessage& message)
     answer(message, "sequences", kxScenery::names(kxScenery::Kind::Sequence));
 }
 
-/// The one that hears of ends: there is one window.
+/// The one that is notified of ends: there is one window.
 kxSceneryStage* listening = nullptr;
 
 void animationEnded(kxMessage&)

@@ -180,7 +180,7 @@ void kxCameraRig::fitPlanes(kxViewCamera& camera, const osg::BoxVolume& scene, f
         nearest = std::min(nearest, sceneNear);
         farthest = std::max(farthest, sceneFar * 1.05f);
     }
-    // 24 bits of depth stand a ratio of some ten thousands.
+    // 24 bits of depth bear a ratio of some ten thousands.
     camera.farPlane = std::max(farthest, Closest * 10);
     camera.nearPlane = std::max({nearest, camera.farPlane * 2e-5f, Closest * 0.1f});
 }

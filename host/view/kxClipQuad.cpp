@@ -15,7 +15,7 @@ constexpr double OutlineReach = 6; // pixels
 constexpr double MiddleReach = 12;
 constexpr float ArrowPixels = 44;
 constexpr int FillAlpha = 26;
-constexpr int FillAlphaBehind = 14; // seen from behind, where the objects stand before it
+constexpr int FillAlphaBehind = 14; // seen from behind, where the objects are before it
 
 double distanceTo(const QLineF& line, const QPointF& point)
 {

@@ -9,7 +9,7 @@
 
 namespace
 {
-// The lamp of the studio that throws the shadow; it stands where the brightest soft box is.
+// The lamp of the studio that throws the shadow; it is where the brightest soft box is.
 const QVector3D KeyDirection(-0.497f, 0.678f, 0.542f);
 constexpr float KeyStrength = 2.6f;
 constexpr float StudioAlone = 0.92f;
@@ -124,7 +124,7 @@ void setLamps(kxFrame& frame, const kxRenderScene& scene, QVector3D& shadowDirec
             shadowDirection = -light.aim;
         }
     }
-    // Files tell lamps in units of their own; a scene that would be all white is dimmed instead.
+    // Files give lamps in units of their own; a scene that would be all white is dimmed instead.
     if (total > TooBright)
         u.uExposure = TooBright / total;
 }
@@ -142,9 +142,9 @@ void setMaps(kxFrame& frame, const kxRenderScene& scene, const QVector3D& shadow
     const Ball ball = anything ? steadyBall(scene.bounds()) : Ball();
     osg::Pnt3f low, high;
     scene.bounds().getBounds(low, high);
-    // What stands on the ground plane, or a little in it, throws its shadow there; else below its lowest point.
+    // What is on the ground plane, or a little in it, throws its shadow there; else below its lowest point.
     const float ground = low.y() > -0.03f * ball.radius && low.y() < 1.5f * ball.radius ? 0.0f : low.y();
-    // A little lower than what stands on it, so that a plate on the ground hides it.
+    // A little lower than what is on it, so that a plate on the ground hides it.
     u.uFloor.setX(ground - 0.0015f * ball.radius);
     u.uFloor.setZ(anything && frame.options.floorShadow ? 1.0f : 0.0f);
 

@@ -30,7 +30,7 @@ struct kxGizmoChange
 
 /// The handles with which objects are moved, turned and scaled: the same size on the screen at any distance.
 ///
-/// Knows where it stands and how it is seen; the objects are not its business. Sizes in device-independent pixels.
+/// Knows where it is and how it is seen; the objects are not its business. Sizes in device-independent pixels.
 class kxGizmo
 {
 public:

@@ -87,7 +87,7 @@ public:
     kxRenderScene(const kxRenderScene&) = delete;
     kxRenderScene& operator=(const kxRenderScene&) = delete;
 
-    /// The ids of the selected nodes; they and what stands below them are marked selected.
+    /// The ids of the selected nodes; they and what is below them are marked selected.
     void setSelection(std::vector<osg::UInt32> ids);
 
     /// True where something changed since the last update().

@@ -24,7 +24,7 @@ public:
     /// Of the last object: its own, or the scene's. Unit length, at right angles.
     std::array<QVector3D, 3> axes(bool local) const;
 
-    /// Adds the step that takes the objects from where they stood at the start to `change`. Steps of one gesture merge.
+    /// Adds the step that takes the objects from where they were at the start to `change`. Steps of one gesture merge.
     /// False where there is no step: nothing is different, or a number would not be finite.
     bool apply(const kxGizmoChange& change);
 

@@ -392,7 +392,7 @@ void kxView3D::mouseMoveEvent(QMouseEvent* event)
     const QPointF at = event->localPos(), by = at - _lastAt;
     if (event->buttons() == Qt::NoButton) // the release went elsewhere
         endDrag();
-    checkDrag(); // the scene tells of what is gone a turn of the event loop later
+    checkDrag(); // the scene reports what is gone a turn of the event loop later
     if (_drag == Drag::Click && QLineF(_pressedAt, at).length() > ClickReach)
         _drag = Drag::Orbit;
     if (_drag == Drag::None)

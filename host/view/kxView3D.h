@@ -36,7 +36,7 @@ public:
     /// Jumps there; leaves a camera of the scene.
     void setPose(const kxCameraRig::Pose& pose);
 
-    /// Looks through a camera of the scene, by the id of its node; 0 leaves it where it stands.
+    /// Looks through a camera of the scene, by the id of its node; 0 leaves it where it is.
     void lookThrough(osg::UInt32 nodeId);
     /// The node of the camera that is looked through, 0 for none.
     osg::UInt32 cameraNodeId() const;
@@ -68,7 +68,7 @@ Q_SIGNALS:
     /// A frame is on the screen; the first one counts for the start of the application.
     void frameDrawn();
     void toolChanged(int tool);
-    /// The eye stands elsewhere.
+    /// The eye is elsewhere.
     void viewChanged();
     /// The eye has come to rest after a drag or a way.
     void viewWentIdle();
