@@ -77,7 +77,7 @@ void kxAnimAbstractClipItem::takeOver(const osg::AnimNodePtr& node)
 
 void kxAnimAbstractClipItem::makeLabels()
 {
-    // Each is placed as soon as it stands; a class that places them otherwise does so in its own constructor.
+    // Each is placed as soon as it is made; a class that places them otherwise does so in its own constructor.
     _nameText = new kxAnimClipLabel(this);
     kxAnimAbstractClipItem::updateNameText(true);
     _timeText = new kxAnimClipLabel(this);
@@ -127,7 +127,7 @@ bool kxAnimAbstractClipItem::isReturning() const
 
 QVariant kxAnimAbstractClipItem::itemChange(GraphicsItemChange change, const QVariant& value)
 {
-    if (change == ItemSelectedChange && value.toBool()) // the scene tells of a selection before it has changed
+    if (change == ItemSelectedChange && value.toBool()) // the scene announces a selection before it has changed
         _selectionNumber = ++selections;
     return QGraphicsRectItem::itemChange(change, value);
 }
@@ -283,7 +283,7 @@ void kxAnimAbstractClipItem::setLocked(bool value)
         if (!free)
             unsetCursor(); // the mouse may be over the bar
         if (_returnTimeLine != nullptr)
-            _savedMovable = _savedSelectable = free; // in force once the bar stands
+            _savedMovable = _savedSelectable = free; // in force once the bar is made
         else
         {
             setFlag(ItemIsMovable, free);
@@ -461,7 +461,7 @@ bool kxAnimAbstractClipItem::sceneEvent(QEvent* event)
 
 void kxAnimAbstractClipItem::endDrag()
 {
-    // Qt keeps where all bars stood at the start of a drag until an item hears of a release.
+    // Qt keeps where all bars were at the start of a drag until an item gets a release.
     QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
     QGraphicsRectItem::mouseReleaseEvent(&release);
     kxAnimClipScene* const clips = clipScene();

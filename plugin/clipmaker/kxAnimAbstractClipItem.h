@@ -17,7 +17,7 @@ class QTimeLine;
 
 /// A bar of the clip timeline: binds a scene item to one child of the shown clip and keeps both in step.
 ///
-/// Scene units: x in frames, y as kxClipGeometry has them; the item stands at its node's first frame and track. The
+/// Scene units: x in frames, y as kxClipGeometry has them; the item is at its node's first frame and track. The
 /// node is the truth and is looked up by id at each use: a bar whose node has died does nothing. Every edit is written
 /// into the node at once. The scene owns the bars; a bar owns its menu, its return animation and its labels.
 class kxAnimAbstractClipItem : public QObject, public QGraphicsRectItem

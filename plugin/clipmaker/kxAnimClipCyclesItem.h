@@ -2,7 +2,7 @@
 
 #include <QGraphicsRectItem>
 
-/// The hatched extension that shows the passes of a node after the first, behind its bar.
+/// The hatched extension that shows the passes of a node after the first, right of its bar.
 ///
 /// A child of the bar, whose stretch it takes. Cycles without end reach past the end of the timeline.
 class kxAnimClipCyclesItem : public QGraphicsRectItem

@@ -126,7 +126,7 @@ private:
     kxFramePlayer* _player;
     QPointer<kxAnimClipEditorGUIW> _window; // owned by the dock window manager
     QLabel* _status = nullptr;
-    // Tree and view stand in the window, which may go first.
+    // Tree and view are in the window, which may go first.
     QPointer<kxAnimClipStructureWidget> _tree;
     QPointer<kxAnimClipView> _view;
     kxClipRowMarks* _rowMarks = nullptr;         // the tree's

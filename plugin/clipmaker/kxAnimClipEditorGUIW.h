@@ -4,7 +4,7 @@
 
 #include <QMainWindow>
 
-/// The window of the clip maker; tells when it is shown and hidden.
+/// The window of the clip maker; signals when it is shown and hidden.
 class kxAnimClipEditorGUIW : public QMainWindow, public Ui::kxAnimClipEditorGUI
 {
     Q_OBJECT

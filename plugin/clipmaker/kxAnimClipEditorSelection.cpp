@@ -64,7 +64,7 @@ void kxAnimClipEditor::changedClipsSelection()
     const QList<QTreeWidgetItem*> items = _tree->selectedItems();
     const QTreeWidgetItem* const only = items.size() == 1 ? items.front() : nullptr;
     const osg::AnimNodePtr node = animationOf(only);
-    const osg::AnimNodePtr clip = kxClipStructure::clipOf(node); // what has no tracks is shown where it stands
+    const osg::AnimNodePtr clip = kxClipStructure::clipOf(node); // what has no tracks is shown where it is
     if (clip != osg::NullFC)
         scene()->setClip(clip, false);
     else if (only == nullptr || node != osg::NullFC)

@@ -77,7 +77,7 @@ void kxAnimClipItem::buildMenu()
 void kxAnimClipItem::updateMenu()
 {
     if (_menu == nullptr)
-        buildMenu(); // thousands of bars stand there without one
+        buildMenu(); // thousands of bars are there without one
     const QList<QGraphicsItem*> selected = scene() == nullptr ? QList<QGraphicsItem*>() : scene()->selectedItems();
     if (const osg::AnimNodePtr own = node())
         for (int state = 0; state < _stateActions.size(); ++state)

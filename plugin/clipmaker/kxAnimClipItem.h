@@ -7,7 +7,7 @@
 
 class kxAnimClipCyclesItem;
 
-/// The bar of a block or clip: can be stretched at its ends and shows its cycles behind it.
+/// The bar of a block or clip: can be stretched at its ends and shows its cycles after it.
 ///
 /// The rectangle is one pass of the node as it was when the bar was built; drags at the ends scale the item about its
 /// left edge, and the node with it.

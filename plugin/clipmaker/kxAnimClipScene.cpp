@@ -32,7 +32,7 @@ namespace
 kxAnimClipScene* theScene = nullptr; // the one that was built last; serves the host's callbacks
 
 constexpr double TimeItemHeight = 1e30; // z value, in front of all bars
-/// How far a bar may stand from the top of its track, in pixels times dpi.
+/// How far a bar may be from the top of its track, in pixels times dpi.
 constexpr double TrackReach = 5;
 
 /// The extension of a bar that has one and shows it; else null.
@@ -62,7 +62,7 @@ kxAnimClipScene::Rebuild::~Rebuild()
         Q_EMIT _scene->selectionChanged();
         return;
     }
-    // Who hears of a selection shows its curves, and may be editing those.
+    // Who is notified of a selection shows its curves, and may be editing those.
     for (kxAnimAbstractClipItem* bar : _scene->selectedBars())
         if (!_selected.contains(bar))
             Q_EMIT _scene->itemChanged(bar);
@@ -388,7 +388,7 @@ void kxAnimClipScene::hideTimeItem()
         return;
     if (_timeItem->isMoving())
     {
-        // It loses the mouse here, and wouldn't hear of the release.
+        // It loses the mouse here, and wouldn't get the release.
         QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
         sendEvent(_timeItem, &release);
     }
@@ -453,7 +453,7 @@ void kxAnimClipScene::mousePressEvent(QGraphicsSceneMouseEvent* event)
     const kxClipLayout::TrackButton pressed = trackButtonAt(event->scenePos());
     if (pressed.button != kxClipLayout::Button::None)
         pressTrackButton(pressed);
-    // The time line is broad and in front. A bar that begins where it stands can be stretched all the same; the line is
+    // The time line is broad and in front. A bar that begins where it is can be stretched all the same; the line is
     // taken beside the bars.
     const Qt::MouseButtons buttons = _timeItem != nullptr ? _timeItem->acceptedMouseButtons() : Qt::NoButton;
     if (_timeItem != nullptr && isOnHandle(event->scenePos()))

@@ -138,7 +138,7 @@ protected:
 private:
     typedef QHash<unsigned int, quint64> Selection; // node id to the bar's number
 
-    /// Many changes of bars and selection, while nobody hears of them. At the end selectionChanged() goes out where
+    /// Many changes of bars and selection that nobody is notified of. At the end selectionChanged() goes out where
     /// other nodes are selected, else itemChanged() for each selected bar that was made anew.
     class Rebuild
     {
@@ -150,7 +150,7 @@ private:
 
     private:
         kxAnimClipScene* _scene;
-        QVector<QPointer<kxAnimAbstractClipItem>> _selected; // a new bar may stand where a dead one stood
+        QVector<QPointer<kxAnimAbstractClipItem>> _selected; // a new bar may be where a dead one was
         Selection _selection;
         bool _wasBlocked = false;
     };
@@ -179,7 +179,7 @@ private:
     void replaceBars(const osg::AnimNodePtr& node, const Selection& selected);
     void buildBars(const osg::AnimNodePtr& node);
     void deleteBars(const QVector<kxAnimAbstractClipItem*>& bars);
-    /// A drag of bars doesn't outlive any of them: Qt places all by where they stood at its start.
+    /// A drag of bars doesn't outlive any of them: Qt places all by where they were at its start.
     void endBarDrag();
 
     kxClipTracks tracks() const;
@@ -208,7 +208,7 @@ private:
 
     QVector<kxAnimAbstractClipItem*> _bars;
     int _batches = 0;
-    bool _stateChanged = false; // in a batch, which tells of it at its end
+    bool _stateChanged = false; // in a batch, which reports it at its end
     kxCallbacks _callbacks;
     kxAnimationWatch* const _watch; // a child
     bool _isBehind = false;         // changes that came during a drag are still to be followed

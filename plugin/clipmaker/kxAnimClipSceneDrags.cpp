@@ -19,7 +19,7 @@
 namespace
 {
 /// The one block or shape cache that a drag out of the library carries; null for anything else, without a clip, and
-/// where the clip stands in what is dragged.
+/// where the clip is in what is dragged.
 osg::AnimNodePtr droppedNode(const osg::AnimNodePtr& clip, const QMimeData* data)
 {
     const kxAnimLibraryPayload payload = kxAnimLibraryPayload::of(data);

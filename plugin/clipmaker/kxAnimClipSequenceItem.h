@@ -2,7 +2,7 @@
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
 
-/// The mark of a trigger or a cut on the timeline: a thin marker whose point stands at the node's frame.
+/// The mark of a trigger or a cut on the timeline: a thin marker whose point is at the node's frame.
 ///
 /// Its rectangle is no duration: 10 * dpi pixels wide where the view is zoomed in.
 class kxAnimClipSequenceItem : public kxAnimAbstractClipItem

@@ -60,7 +60,7 @@ AnimNodePtr clipOf(const QTreeWidgetItem* row)
     return kxClipStructure::isClip(node) ? node : AnimNodePtr();
 }
 
-/// Gives the rows below `row` their locks while they stand in no tree: there, each is announced and looked up in the
+/// Gives the rows below `row` their locks while they are in no tree: there, each is announced and looked up in the
 /// view.
 void showLocks(QTreeWidgetItem* row)
 {
@@ -293,7 +293,7 @@ void kxAnimClipStructureWidget::selectAlone(const QPersistentModelIndex& index)
     if (!index.isValid())
         return;
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-    // Not by the row itself, which writes to itself after whoever hears it has made all rows anew.
+    // Not by the row itself, which writes to itself after whoever is notified has made all rows anew.
     selectionModel()->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     if (index.isValid())
         scrollTo(index);
@@ -355,7 +355,7 @@ void kxAnimClipStructureWidget::editPostCycles()
     bool ok = false;
     const int cycles =
         QInputDialog::getInt(this, tr("Post cycles"), tr("Cycles:"), node->getPostCycles(), 0, 100000, 1, &ok);
-    const AnimNodePtr living = nodeOfId(id); // it may have died while the question stood
+    const AnimNodePtr living = nodeOfId(id); // it may have died while the question was open
     if (ok && living != NullFC)
         kxClipNodes::setPostCycles(living, cycles);
 }

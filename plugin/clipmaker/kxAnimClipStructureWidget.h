@@ -5,7 +5,7 @@
 
 class QTimer;
 
-/// The tree of clips: what stands below the kernel's clip structure root, clips in clips and blocks in clips.
+/// The tree of clips: what is below the kernel's clip structure root, clips in clips and blocks in clips.
 ///
 /// A row of this tree that is dropped moves its node; a row of the library that is dropped makes a clone. Both go into
 /// clips alone.
@@ -80,7 +80,7 @@ private:
     bool followClips();
     /// The selected rows that are clips, in the order of selection.
     QList<QPersistentModelIndex> selectedClipRows() const;
-    /// Makes the first column as wide as its rows, and so that the locks stand at the right edge.
+    /// Makes the first column as wide as its rows, and so that the locks are at the right edge.
     void fitFirstColumn();
     /// Does so now where it waits for that.
     void settleFirstColumn();

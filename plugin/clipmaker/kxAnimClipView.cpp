@@ -77,7 +77,7 @@ kxAnimClipView::kxAnimClipView(QWidget* parent) : QGraphicsView(parent)
     setSceneRect(-kxClipGeometry::TimelineFrames / 2, -kxClipLayout::StripHeight * dpi, kxClipGeometry::TimelineFrames,
                  10000);
     translate(0, kxClipLayout::StripHeight * dpi);
-    centerOn(0, sceneRect().top()); // the first track stands below the ruler, whatever height the view gets
+    centerOn(0, sceneRect().top()); // the first track is below the ruler, whatever height the view gets
 }
 
 kxAnimClipView::~kxAnimClipView() = default;
@@ -304,7 +304,7 @@ void kxAnimClipView::drawBackground(QPainter* painter, const QRectF&)
 
 void kxAnimClipView::drawForeground(QPainter* painter, const QRectF&)
 {
-    // Ruler and track column stand at the viewport's edges, also where only a part of it is drawn anew.
+    // Ruler and track column are at the viewport's edges, also where only a part of it is drawn anew.
     QGraphicsView::drawForeground(painter, visibleRect());
     if (_scene->bars().isEmpty())
         drawHint(painter);

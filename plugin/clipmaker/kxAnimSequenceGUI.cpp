@@ -68,7 +68,7 @@ void Ui::kxAnimSequenceGUI::setupUi(QDialog* dialog)
     QObject::connect(_buttons, SIGNAL(accepted()), dialog, SLOT(accept()));
     QObject::connect(_buttons, SIGNAL(rejected()), dialog, SLOT(reject()));
     QWidget::setTabOrder(_names, _frame);
-    _names->setFocus(); // the buttons come last, as they stand
+    _names->setFocus(); // the buttons come last, as they are placed
     QWidget::setTabOrder(_frame, _buttons);
     dialog->resize(297, 153);
 }

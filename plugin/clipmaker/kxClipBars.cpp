@@ -13,7 +13,7 @@
 
 namespace
 {
-/// How far a bar may stand from its node's place, in frames and in units of y; and what a record of seconds keeps of a
+/// How far a bar may be from its node's place, in frames and in units of y; and what a record of seconds keeps of a
 /// far frame.
 constexpr double Rounding = 0.01;
 constexpr double FarRounding = 4.0e-7;

@@ -26,7 +26,7 @@ constexpr QColor Selected{244, 133, 22, 100};
 constexpr QColor Inactive{90, 90, 90, 150};
 constexpr QColor Handle{220, 220, 220, 255};
 
-/// Cycles that no bar stands in front of.
+/// Cycles that no bar is in front of.
 constexpr QColor LooseCycles{130, 130, 130, 255};
 constexpr QColor CycleTick{220, 220, 220, 255};
 constexpr QColor InactiveCycleTick{20, 20, 20, 255};

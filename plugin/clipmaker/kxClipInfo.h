@@ -2,7 +2,7 @@
 
 #include <kxAnimManager.h>
 
-/// The message box that tells the counts, extents and scales of an animation.
+/// The message box that gives the counts, extents and scales of an animation.
 namespace kxClipInfo
 {
 /// One line a value, each with a line feed; times in seconds and in frames of `fps`.

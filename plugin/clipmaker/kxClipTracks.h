@@ -27,5 +27,5 @@ private:
         QRectF area;
     };
     float _dpi;
-    QHash<int, QVector<Entry>> _tracks; // an item stands in each track that it reaches into
+    QHash<int, QVector<Entry>> _tracks; // an item is in each track that it reaches into
 };

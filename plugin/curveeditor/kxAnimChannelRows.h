@@ -2,7 +2,7 @@
 
 #include <trees/kxAnimTreeWidgetItem.h>
 
-/// Builds the rows of the channel tree and tells which of them have lost their object.
+/// Builds the rows of the channel tree and says which of them have lost their object.
 namespace kxAnimChannelRows
 {
 enum Column
@@ -27,7 +27,7 @@ bool bindAgain(const kxAnimTreeWidgetItem& top, bool withEmptyCurves, bool& hasO
 /// Appends the curves of what the row shows: its own, those of its block, or all of its object.
 void collectCurves(const kxAnimTreeWidgetItem& row, std::vector<osg::AnimCurvePtr>& curves);
 
-/// True for a node that died or has left the scene. One that stands on the undo stack still lives, but has no place.
+/// True for a node that died or has left the scene. One that is on the undo stack still lives, but has no place.
 bool isGone(const osg::NodePtr& node);
 /// True for a top-level row whose object is gone.
 bool isTopGone(const kxAnimTreeWidgetItem& row);

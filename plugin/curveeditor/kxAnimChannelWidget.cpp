@@ -137,7 +137,7 @@ void kxAnimChannelWidget::valuesChanged(kxMessage&)
 void kxAnimChannelWidget::frameDragged(kxMessage& message)
 {
     valuesChanged(message);
-    // The panel that moves the kernel's frame may hear of the drag after this tree, and tells nobody then.
+    // The panel that moves the kernel's frame may be notified of the drag after this tree, and notifies nobody then.
     for (kxAnimChannelWidget* const instance : _instances)
         QMetaObject::invokeMethod(
             instance, [instance] { instance->updateValues(false); }, Qt::QueuedConnection);
@@ -168,7 +168,7 @@ void kxAnimChannelWidget::rebuildRows(std::size_t objectCount, bool saveStates, 
 {
     const std::vector<unsigned int> selected = selectedIds();
     {
-        // Rows come and go, but what is selected is told once, and only where it is something else.
+        // Rows come and go, but what is selected is announced once, and only where it is something else.
         const QSignalBlocker blocker(this);
         if (saveStates)
             saveItemStates();
@@ -353,7 +353,7 @@ void kxAnimChannelWidget::updateValues(bool force)
             shown->setText(kxAnimChannelRows::Value, text);
     }
     if (keyedCurves != _keyedCurves)
-        viewport()->update(); // names have the colour of a curve with keys, which no row tells of
+        viewport()->update(); // names have the colour of a curve with keys, which no row announces
     _keyedCurves = std::move(keyedCurves);
 }
 

@@ -51,7 +51,7 @@ Q_SIGNALS:
 public Q_SLOTS:
     /// Lists the nodes that are selected in the scene.
     void rebuild(bool saveStates = true) override;
-    /// Lists animations with what stands directly below each, up to the first null one.
+    /// Lists animations with what is directly below each, up to the first null one.
     void rebuildFrom(std::vector<osg::AnimNodePtr> nodes) override;
     void paste(bool rebuildListView = true) override;
     // One null object does nothing; among several it is skipped. `saveStates`: rows stay expanded and selected.
@@ -114,7 +114,7 @@ private:
     /// Shortens the names where the values would have no place, unless the user has set the column's width.
     void fitColumns();
 
-    /// Rows of channels and curves; a tree whose channels stand at the top has those.
+    /// Rows of channels and curves; a tree whose channels are at the top has those.
     Rows channelRows() const;
     Rows rowsToKey(Keyed which) const;
     void keyRows(Keyed which);

@@ -136,7 +136,7 @@ private:
     static kxAnimCurveEditor* _the; // serves the host's callbacks
     kxInstancePointer<kxAnimCurveEditor> _instance;
     QPointer<kxAnimCurveEditorGUIW> _window; // owned by the dock window manager
-    // The panes stand in the window, which may go first.
+    // The panes are in the window, which may go first.
     QPointer<kxAnimGraphView> _graphView;
     QPointer<kxAnimLibraryWidget> _library;
     QPointer<kxAnimStructureWidget> _structure; // in no layout
@@ -152,7 +152,7 @@ private:
     bool _hasFramed = false;
     bool _tooManyObjects = false;       // selected
     bool _tooManyRows = false;          // selected, of fewer objects
-    bool _onlyBlocks = false;           // objects selected whose curves all stand in blocks
+    bool _onlyBlocks = false;           // objects selected whose curves all are in blocks
     bool _missedSelection = false;      // of objects in the scene, while the window was hidden
     kxAnimationWatch* _watch = nullptr; // a child
     kxCallbacks _callbacks;

@@ -33,7 +33,7 @@ constexpr const char ManyKeysStyle[] =
 
 constexpr int NoticeMilliseconds = 6000;
 
-/// The mode that an infinity entry names. The texts are compared as they stand in the menu, untranslated.
+/// The mode that an infinity entry names. The texts are compared as they are in the menu, untranslated.
 std::optional<osg::InfinityMode> infinityMode(const QString& text)
 {
     constexpr const char* Texts[] = {"Constant", "Linear", "Loop", "Loop with Offset", "Oscillate"};

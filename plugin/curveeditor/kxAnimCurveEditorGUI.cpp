@@ -76,6 +76,6 @@ void Ui::kxAnimCurveEditorGUI::setupUi(QMainWindow* window)
     menubar->setNativeMenuBar(false);
     window->setMenuBar(menubar);
     statusbar = named<QStatusBar>("statusbar", window);
-    statusbar->setSizeGripEnabled(false); // the window stands in a dock
+    statusbar->setSizeGripEnabled(false); // the window is in a dock
     window->setStatusBar(statusbar);
 }

@@ -4,7 +4,7 @@
 
 #include <QMainWindow>
 
-/// The window of the curve editor; tells when it is shown and hidden.
+/// The window of the curve editor; signals when it is shown and hidden.
 class kxAnimCurveEditorGUIW : public QMainWindow, public Ui::kxAnimCurveEditorGUI
 {
     Q_OBJECT

@@ -32,7 +32,7 @@ float framesPerSecond()
     return float(kxAnimManager::the()->fps());
 }
 
-/// In single precision, as the kernel holds the keys, so that keys on frames stand on whole numbers.
+/// In single precision, as the kernel holds the keys, so that keys on frames are on whole numbers.
 QPointF toFrames(float seconds, float value, float fps)
 {
     return QPointF(double(seconds * fps), double(value));

@@ -38,7 +38,7 @@ public:
     unsigned int curveId() const { return _curveId; }
     /// Null past the end.
     kxAnimGraphPoint* point(unsigned int index) const;
-    /// The keys that stand in `area`.
+    /// The keys that are in `area`.
     QList<kxAnimGraphPoint*> keysIn(const QRectF& area) const;
     /// The key items, in time order between edits.
     const QList<kxAnimGraphPoint*>& points() const { return _points; }
@@ -51,14 +51,14 @@ public:
     void rebuildFromCurve();
     /// Takes places, tangents and types over from the kernel's keys; makes the items anew where their number differs.
     void updateFromCurve();
-    /// Lays the path through the items as they stand.
+    /// Lays the path through the items as they are.
     void rebuildPath();
 
-    /// The keys as the items stand: sorts the items by time, recomputes all tangents by their types, appends the keys
+    /// The keys as the items are: sorts the items by time, recomputes all tangents by their types, appends the keys
     /// to `out`, rebuilds the path and emits curveChanged(). Keys that nothing near has touched cost a copy.
     void collectControlPoints(std::vector<osg::CCPnt>& out);
 
-    /// True where another key than `key` and those that move jointly with it stands at exactly `x`. Finds it without a
+    /// True where another key than `key` and those that move jointly with it is at exactly `x`. Finds it without a
     /// walk over the keys, also while they are being moved past one another.
     bool isTimeTaken(double x, const kxAnimGraphPoint* key) const;
 
@@ -89,7 +89,7 @@ Q_SIGNALS:
 
 private:
     friend class kxAnimGraphPoint;
-    /// A key item came to stand elsewhere.
+    /// A key item came to be elsewhere.
     void keyMoved(kxAnimGraphPoint* key);
     void keySelected(kxAnimGraphPoint* key, bool isSelected);
     void keyShowsHandles(kxAnimGraphPoint* key, bool shows);
@@ -111,7 +111,7 @@ private:
     static void computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* previous, kxAnimGraphPoint* next);
     void paintSquares(QPainter& painter, const QRectF& area, const QPalette& palette) const;
 
-    kxAnimGraphLine _line; // through the keys as they stood at the last rebuildPath()
+    kxAnimGraphLine _line; // through the keys as they were at the last rebuildPath()
     QList<kxAnimGraphPoint*> _points;
     QRectF _bounds; // of line and keys, without the squares
     QSet<kxAnimGraphPoint*> _selected;

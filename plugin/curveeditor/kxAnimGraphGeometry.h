@@ -9,7 +9,7 @@
 /// The rules of dragging in the graph, as numbers. Scene units: x in frames, y in channel values.
 namespace kxAnimGraphGeometry
 {
-/// Where a key that stands at `from` goes along a snapped axis when the mouse would take it to `to`: it stops at the
+/// Where a key that is at `from` goes along a snapped axis when the mouse would take it to `to`: it stops at the
 /// whole number that it has just reached, and stays where it is inside one whole-number cell.
 ///
 ///     from 2      to 2.7 -> 2     to 3.2 -> 3     to 0.4 -> 1     to 5 -> 5

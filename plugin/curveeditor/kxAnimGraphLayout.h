@@ -13,7 +13,7 @@ namespace kxAnimGraphLayout
 /// Pixels that a line of the grid is aimed at from the next.
 constexpr int GridPitch = 75;
 
-/// The step of grid lines that are to stand about `distance` apart: whole above 1; below, k / (10 n) where `distance`
+/// The step of grid lines that are to be about `distance` apart: whole above 1; below, k / (10 n) where `distance`
 /// reaches 1 after n multiplications by 10 and k is what it is then. Always at least 0; 0 means no lines.
 float gridStep(float distance);
 

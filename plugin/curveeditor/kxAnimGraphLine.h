@@ -47,7 +47,7 @@ private:
 
     QPainterPath _path;
     std::vector<QPointF> _keys;
-    std::vector<int> _elements; // by key: the path's elements that come before those of the segment behind the key
+    std::vector<int> _elements; // by key: the path's elements that come before those of the segment after the key
     QPointF _lastOut;
     QPointF _low, _high;  // corners of the bounds
     double _overhang = 0; // how far a tangent sticks out of its segment in x, at most

@@ -478,7 +478,7 @@ QVariant kxAnimGraphPoint::itemChange(GraphicsItemChange change, const QVariant&
                 Q_EMIT graphPointMoved(this);
         }
         break;
-    case ItemSelectedChange: // before the scene tells of it
+    case ItemSelectedChange: // before the scene announces it
         if (kxAnimGraphCurve* parent = curve())
             parent->keySelected(this, value.toBool());
         break;

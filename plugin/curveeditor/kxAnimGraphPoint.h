@@ -12,19 +12,19 @@ class kxAnimGraphScene;
 
 /// A key of a curve in the graph, or one of the two tangent handles of a key: a square of 6 by 6 pixels at any zoom.
 ///
-/// A key is a child of its curve item, which stands at the scene's origin, so that a key's pos() is its place in frames
+/// A key is a child of its curve item, which is at the scene's origin, so that a key's pos() is its place in frames
 /// and value. A handle is a child of its key; its pos() is the tangent vector, in frames and value.
 ///
 /// A key makes its handles and their lines when the mouse first meets them or they are asked for, since most keys never
 /// need theirs, not even among those that show them. Until then it holds their places and types itself, and every
-/// operation answers as if they were there. So childItems() tells nothing: isKey() and isTangent() tell keys from
+/// operation answers as if they were there. So childItems() says nothing: isKey() and isTangent() tell keys from
 /// handles, inTangentType() and outTangentType() read types without making handles.
 ///
 /// Keys and handles have no contents of their own for the scene: their curve paints them in one go. With 100,000 keys
 /// under a curve, an item that paints itself costs 256 bytes a view and twice the time where it isn't even seen.
 ///
 /// The size in scene units is one for all points (setScale), so that a zoom touches none of them. A scene index that
-/// remembers bounding rectangles would have to be told of each: use QGraphicsScene::NoIndex.
+/// remembers bounding rectangles would have to be notified of each: use QGraphicsScene::NoIndex.
 class kxAnimGraphPoint : public QObject, public QGraphicsRectItem
 {
     Q_OBJECT
@@ -53,7 +53,7 @@ public:
     /// Moves a key and emits graphPointMoved().
     void setKeyPos(double x, double y);
 
-    /// While true, keys that move with this one don't refuse it the frame that they stand on. See kxAnimJointMove.
+    /// While true, keys that move with this one don't refuse it the frame that they are on. See kxAnimJointMove.
     void setMovingJointly(bool value) { _isMovingJointly = value; }
     bool isMovingJointly() const { return _isMovingJointly; }
     /// `proposed`, on the grid along the axes that snap.

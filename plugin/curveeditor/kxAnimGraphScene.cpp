@@ -118,7 +118,7 @@ void kxAnimGraphScene::clear()
     const Rebuild rebuild(this);
     if (_timeItem->isMoving())
     {
-        // It loses the mouse here, and wouldn't hear of the release.
+        // It loses the mouse here, and wouldn't get the release.
         QGraphicsSceneMouseEvent release(QEvent::GraphicsSceneMouseRelease);
         sendEvent(_timeItem, &release);
     }

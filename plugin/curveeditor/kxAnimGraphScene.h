@@ -26,7 +26,7 @@ class kxAnimGraphScene : public QGraphicsScene
     Q_OBJECT
 public:
     /// A stretch in which key items die or are made anew: selectionChanged() is held back, so that nobody meets an item
-    /// that is half gone, and goes out once behind it where the selection became another. Within another one, and with
+    /// that is half gone, and goes out once after it where the selection became another. Within another one, and with
     /// null, it does nothing.
     class Rebuild
     {
@@ -90,7 +90,7 @@ public:
     /// aren't finite are left out with a warning.
     QRectF curvesBoundingRect() const;
 
-    /// Moves the time item, which tells the host.
+    /// Moves the time item, which notifies the host.
     void setFrame(double frame);
     bool timeItemMoving() const;
     kxAnimTimeItem* timeItem() const { return _timeItem; }

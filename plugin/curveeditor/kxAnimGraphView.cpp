@@ -418,7 +418,7 @@ void kxAnimGraphView::mouseDoubleClickEvent(QMouseEvent* event)
 void kxAnimGraphView::wheelEvent(QWheelEvent* event)
 {
     const int delta = event->angleDelta().y() != 0 ? event->angleDelta().y() : event->angleDelta().x();
-    const bool isTurned = delta != 0 || event->phase() == Qt::NoScrollPhase; // touch pads tell where a turn begins
+    const bool isTurned = delta != 0 || event->phase() == Qt::NoScrollPhase; // touch pads say where a turn begins
     if (event->buttons() != Qt::NoButton || !isTurned)
         return;
     _scene->setEventsBlocked(true);
@@ -549,7 +549,7 @@ void kxAnimGraphView::resizeEvent(QResizeEvent* event)
 
 void kxAnimGraphView::drawBackground(QPainter* painter, const QRectF&)
 {
-    // Labels stand at the viewport's edges, also where only a part of it is drawn anew.
+    // Labels are at the viewport's edges, also where only a part of it is drawn anew.
     QGraphicsView::drawBackground(painter, mapToScene(viewport()->rect()).boundingRect());
 }
 

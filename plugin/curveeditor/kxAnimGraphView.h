@@ -37,7 +37,7 @@ public:
     void setAnimations(const std::vector<osg::AnimNodePtr>& nodes);
     /// Shows what is shown once more, from the kernel's curves. Selected keys stay selected.
     void refresh();
-    /// Refreshes where other curves, or curves with other keys, stand below those nodes now, and announces that.
+    /// Refreshes where other curves, or curves with other keys, are below those nodes now, and announces that.
     void followCurves();
 
     /// Zooms both axes to all curves with their handles.
@@ -46,7 +46,7 @@ public:
     void setTangentType(unsigned int type);
     /// Keeps keys and handles at their size on the screen; follows each change of the zoom and of the items.
     void updatePointScale();
-    /// Pastes the copied keys at the current frame and tells what is shown.
+    /// Pastes the copied keys at the current frame and announces what is shown.
     void paste();
     /// Tells what is shown, also nothing: the timeline marks the keys of that.
     void announceNodes() const;

@@ -24,7 +24,7 @@ kxAnimJointMove::~kxAnimJointMove()
 
 void kxAnimJointMove::settle()
 {
-    // By curve, who stands where. A key that comes to a frame that is taken goes back, unless who stands there moved
+    // By curve, which key is where. A key that comes to a frame that is taken goes back, unless the one there moved
     // while it is itself at its start: then the other one goes back, which may meet a third, and so on. Each goes back
     // once at most.
     std::unordered_map<const kxAnimGraphCurve*, std::unordered_map<double, const Member*>> standing;
@@ -41,7 +41,7 @@ void kxAnimJointMove::settle()
             if (!hasMoved(coming))
                 std::swap(coming, place->second);
             if (!hasMoved(coming))
-                break; // two that stood there from the start
+                break; // two that were there from the start
             coming->key->putBack(coming->from);
         }
     }

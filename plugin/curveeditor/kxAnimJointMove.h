@@ -7,8 +7,8 @@
 
 class kxAnimGraphPoint;
 
-/// Keys that move at one time: while it lives they don't refuse each other the frames that they stand on, since those
-/// who stand there may still have to go. At its end, a key that another one keeps from its frame is put back to where
+/// Keys that move at one time: while it lives they don't refuse each other the frames that they are on, since those
+/// which are there may still have to go. At its end, a key that another one keeps from its frame is put back to where
 /// it started. Towards keys that stay, each place is refused as it is taken.
 ///
 /// The keys have to live as long. May not nest over the same keys.

@@ -15,9 +15,9 @@ class kxAnimKeyDrag
 public:
     explicit kxAnimKeyDrag(kxAnimGraphScene& scene) : _scene(scene) {}
 
-    /// Takes the key under the mouse and the selected keys, as they stand.
+    /// Takes the key under the mouse and the selected keys, as they are.
     void begin(kxAnimGraphPoint& held);
-    /// Moves the held key by `way` from where it stood at the beginning, and the others with it. Writes the keys; those
+    /// Moves the held key by `way` from where it was at the beginning, and the others with it. Writes the keys; those
     /// that snapping, locks or ties hold where they are leave no step.
     void move(const QPointF& way);
     void end() { _keys.clear(); }

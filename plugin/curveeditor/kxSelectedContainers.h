@@ -6,7 +6,7 @@
 
 class kxAnimTreeWidgetItem;
 
-/// What the selected rows of a tree stand for. An object that is selected twice, as one that stands in two groups,
+/// What the selected rows of a tree stand for. An object that is selected twice, as one that is in two groups,
 /// counts once.
 struct kxSelectedContainers
 {

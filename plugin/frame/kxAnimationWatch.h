@@ -4,7 +4,7 @@
 
 #include <QObject>
 
-/// Hears of every marked change of animation and of every death, whoever caused it, and tells of it once a turn of the
+/// Gets every marked change of animation and every death, whoever caused it, and reports it once a turn of the
 /// event loop.
 ///
 /// What playback alone writes doesn't count. Main thread only.

@@ -29,7 +29,7 @@ qint64 covered(const QRect& window, const std::vector<kxOpensAside::Kept>& kept)
     return sum;
 }
 
-/// Flush with the ends of [first, last], and before and behind each of `spans`, as far as it fits.
+/// Flush with the ends of [first, last], and before and after each of `spans`, as far as it fits.
 std::vector<int> flushPlaces(int length, int first, int last, const std::vector<std::pair<int, int>>& spans)
 {
     const int end = std::max(first, last + 1 - length);
@@ -72,7 +72,7 @@ std::vector<kxOpensAside::Kept> kxOpensAside::kept() const
         if (widget == nullptr || !widget->isVisible())
             return;
         const QWidget* const window = widget->window();
-        // What stands behind a tab is moved out of its window.
+        // What is behind a tab is moved out of its window.
         const QRect area = window->rect() & QRect(widget->mapTo(window, QPoint()), widget->size());
         if (!area.isEmpty())
             found.push_back({area.translated(window->mapToGlobal(QPoint())).adjusted(-margin, 0, margin, 0), weight});

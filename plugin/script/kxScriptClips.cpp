@@ -44,7 +44,7 @@ void finish(const osg::AnimNodePtr& clip, const osg::BitVector& changed)
 void addBlock(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block, float seconds)
 {
     const osg::AnimNodePtr copy = osg::cloneAnimTree(block, true);
-    copy->moveBy(seconds, 0); // standing nowhere yet, it moves in the time of the clip
+    copy->moveBy(seconds, 0); // while it is in no tree, it moves in the time of the clip
     copy->setHidden(true);
     osg::markChanged(copy, osg::AnimNodeBase::HiddenFieldMask);
     kxClipStructure::moveInto(copy, clip);

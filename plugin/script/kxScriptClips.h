@@ -22,8 +22,8 @@ kxNodePtr findBlock(const std::string& name);
 /// `name` of the camera track, not of the block that moves its camera.
 kxNodePtr findCameraTrackBlock(const std::string& name);
 
-/// Puts a hidden copy of a block on the first free track at `frame`, or a clip itself wherever it stands. False for
-/// anything else, and for a clip that `clip` stands in.
+/// Puts a hidden copy of a block on the first free track at `frame`, or a clip itself wherever it is. False for
+/// anything else, and for a clip that `clip` is in.
 bool add(const kxNodePtr& clip, const kxNodePtr& object, int frame);
 
 void setDuration(const kxNodePtr& clip, int frames);

@@ -10,7 +10,7 @@ namespace kxScriptTrash
 /// Enters the functions in the module that is being filled.
 void define();
 
-/// False for a null node, and for one that stands under nothing.
+/// False for a null node, and for one that is under nothing.
 bool trash(const kxNodePtr& node);
 /// False for an empty list.
 bool trashAll(const std::vector<kxNodePtr>& nodes);

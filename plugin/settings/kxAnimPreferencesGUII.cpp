@@ -70,7 +70,7 @@ void applySpeed()
                     { kxAnimManager::the()->setPlaybackFPS(kxPlaybackRate(speed, customSpeed)); });
 }
 
-/// Stores `value` under `key`; false where it stands there already, or where the key is there and `onlyIfDifferent` is
+/// Stores `value` under `key`; false where it is there already, or where the key is there and `onlyIfDifferent` is
 /// false.
 template <class T>
 bool updateIfChanged(kxMessage& data, const char* key, T value, bool onlyIfDifferent)

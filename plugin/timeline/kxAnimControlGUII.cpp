@@ -217,7 +217,7 @@ void kxAnimControlGUII::stop()
 
 void kxAnimControlGUII::setPlaying(bool playing, bool reverse)
 {
-    // First: the player says that it stops, and playbackEnded() would tell a second time.
+    // First: the player says that it stops, and playbackEnded() would announce it a second time.
     _isPlayTold = playing;
     if (playing)
     {

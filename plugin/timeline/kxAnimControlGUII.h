@@ -61,7 +61,7 @@ private:
     void showFrame(int frame);
     void followKernel(const kxMessage& message);
     void showKeys(const kxMessage& message);
-    /// The keys of the selected animations, at the frames where they stand at the present rate.
+    /// The keys of the selected animations, at the frames where they are at the present rate.
     void markKeys();
 
     static void kernelChanged(kxMessage& message);
@@ -72,7 +72,7 @@ private:
 
     kxInstancePointer<kxAnimControlGUII> _instance;
     kxFramePlayer* _framePlayer;
-    bool _isPlayTold = false;               // others were told that it plays, and not yet that it stopped
+    bool _isPlayTold = false;               // others were notified that it plays, and not yet that it stopped
     std::vector<unsigned int> _selectedIds; // the selected animations
     std::set<float> _keyFrames;             // of these
     kxCallbacks _callbacks;

@@ -10,11 +10,11 @@ namespace kxKeyFrames
 int truncated(double frame);
 
 /// The frame of a key: the whole one where its time, a float, is that frame's within rounding. Without that a walk
-/// would land before a key that stands on a frame, and find it again.
+/// would land before a key that is on a frame, and find it again.
 float ofKey(float seconds, double fps);
 
 /// The last key before `frame`, else the last of all; `keys` isn't empty.
 float previous(const std::set<float>& keys, int frame);
-/// The first key behind `frame`, else the first of all; `keys` isn't empty.
+/// The first key after `frame`, else the first of all; `keys` isn't empty.
 float next(const std::set<float>& keys, int frame);
 } // namespace kxKeyFrames

@@ -20,7 +20,7 @@ struct kxAnimLibraryPayload
     struct Row
     {
         unsigned int animationId = 0; ///< field container id, 0 where the row is no animation
-        unsigned int containerId = 0; ///< the object of the row or the one that the animation stands under, 0 for none
+        unsigned int containerId = 0; ///< the object of the row or the one that the animation is under, 0 for none
 
         osg::AnimNodePtr animation() const;            ///< null: no animation, or no more
         osg::AttachmentContainerPtr container() const; ///< null: none, or no more

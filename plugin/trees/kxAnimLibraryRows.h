@@ -17,7 +17,7 @@ namespace kxAnimLibraryRows
 {
 typedef QList<QTreeWidgetItem*> List;
 
-/// The row behind an item of the tree, which holds no others; null for null.
+/// The row of an item of the tree, which holds no others; null for null.
 kxAnimTreeWidgetItem* rowOf(QTreeWidgetItem* item);
 
 /// The scene node that a row shows; null for an animation, a group, a material, what is dead, and null.

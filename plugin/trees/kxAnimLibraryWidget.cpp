@@ -138,7 +138,7 @@ void kxAnimLibraryWidget::addSceneNodes()
 {
     kxAnimManager::NodeTopLevelAnimations all, nodes;
     kxAnimManager::the()->getNodesWithAnimation(kxScenegraph::getSuperRoot(), all);
-    // Scene plates may stand below the super root too; their rows come from addSceneplates().
+    // Scene plates may be below the super root too; their rows come from addSceneplates().
     const NodePtr plates = kxMaterials::getMaterialPool()->getSceneplateRoot();
     for (kxAnimManager::kxAnimNodeData& entry : all)
         if (plates == NullFC || !kxNodeUtils::hasParent(entry.node, plates))

@@ -20,7 +20,7 @@ using namespace osg;
 namespace
 {
 /// `node` as a child of `parent`: a node of the structure, or of nowhere, moves; one that belongs to an object or a
-/// clip stays there, and a clone of it goes below `parent`. False where `parent` is the node itself or stands below it.
+/// clip stays there, and a clone of it goes below `parent`. False where `parent` is the node itself or is below it.
 bool addToStructure(const NodePtr& parent, const AnimNodePtr& node)
 {
     if (kxNodeUtils::hasParent(parent, node))

@@ -52,7 +52,7 @@ public:
     static void updateNames();
 
     /// The line in which the user types what to search for; not owned. A search outlives a rebuild as long as its text
-    /// stands there.
+    /// is there.
     void setSearchLine(QLineEdit* line);
 
     QSize sizeHint() const override;
@@ -121,11 +121,11 @@ protected:
     void endSearch();
 
     /// Builds rows for `root` and what is below it, curves left out. A root without parent gets no row of its own.
-    /// The caller puts what it gets by builtItem() into a tree; all other rows stand below those.
+    /// The caller puts what it gets by builtItem() into a tree; all other rows are below those.
     static void buildItems(const osg::AnimNodePtr& root);
     /// The row that the last buildItems() made for `node`, null where it made none.
     static QTreeWidgetItem* builtItem(const osg::NodePtr& node);
-    /// Both in one: the row of `root`, null for a curve. The caller owns it until it stands in a tree.
+    /// Both in one: the row of `root`, null for a curve. The caller owns it until it is in a tree.
     static QTreeWidgetItem* buildItem(const osg::AnimNodePtr& root);
 
     /// The row as what it is; null for null.

@@ -5,5 +5,5 @@
 class QAbstractItemView;
 
 /// Paints a line or two of advice into the middle of a view that has no rows. Called from the view's paint event,
-/// behind the base class.
+/// after the base class.
 void kxPaintTreeHint(const QAbstractItemView& view, const QString& text);

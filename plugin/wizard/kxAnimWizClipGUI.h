@@ -17,7 +17,7 @@ class QPushButton;
 
 /// Edits a clip that the animation wizard made: name, place in time, interpolation, and its two captured states.
 ///
-/// Every edit goes into the curves at once, so the keys as they stood at the opening are kept and put back on Cancel.
+/// Every edit goes into the curves at once, so the keys as they were at the opening are kept and put back on Cancel.
 /// The clip and its curves are held by id: what dies while the dialog is open is left out. One instance, made and
 /// released by the clip maker; modeless.
 class kxAnimWizClipGUI : public QDialog, public Ui::kxAnimWizClipDialog

@@ -47,7 +47,7 @@ osg::AnimNodePtr askedNode(const char* query, kxMessage message = kxMessage())
     return node;
 }
 
-/// The clip at the top of the structure that `clip` stands in.
+/// The clip at the top of the structure that `clip` is in.
 osg::AnimNodePtr topmostClip(const osg::AnimNodePtr& clip)
 {
     const osg::NodePtr root = kxAnimManager::the()->clipStructureRoot();

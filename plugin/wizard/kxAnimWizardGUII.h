@@ -48,7 +48,7 @@ protected:
 private:
     kxAnimWizardGUII(QWidget* parent, kxWizardInterference::Question question);
     void connectForm();
-    /// The texts of the capture page wrap, so that in a large font it is higher than its fields tell. The first page
+    /// The texts of the capture page wrap, so that in a large font it is higher than its fields say. The first page
     /// is as high, for the window not to grow over the screen's end.
     void fitPages();
 

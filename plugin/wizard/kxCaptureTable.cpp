@@ -187,7 +187,7 @@ bool kxCaptureTable::dropWhere(const std::function<bool(const Entry&)>& isDroppe
 
 void kxCaptureTable::clear()
 {
-    Entries().swap(_entries); // empty for whoever hears that the blocks go
+    Entries().swap(_entries); // empty for whoever is notified that the blocks go
 }
 
 std::vector<AnimCurvePtr> kxCaptureTable::curvesOf(const AnimNodePtr& block)

@@ -13,7 +13,7 @@
 
 /// The objects that the animation wizard captures, each with a block of the curves captured so far.
 ///
-/// The blocks stand nowhere: one that isn't attached to its object dies with the table. An object that has died stays
+/// The blocks are in no tree: one that isn't attached to its object dies with the table. An object that has died stays
 /// in the table until the next add() or dropDead(), and is never touched.
 class kxCaptureTable
 {

@@ -17,7 +17,7 @@ struct kxWizardClip
     osg::ImagePtr endImage;
 
     /// Attaches the blocks of `table` to their objects for good, under names of their own, and gives a clip with clones
-    /// of them. It stands nowhere: it dies unless it is given a parent.
+    /// of them. It is in no tree: it dies unless it is given a parent.
     osg::AnimNodePtr make(const kxCaptureTable& table) const;
     /// Keeps in the core of such a clip what the fields say, but for the name.
     void write(const osg::AnimWizClipPtr& core) const;

@@ -56,7 +56,7 @@ double kxClipGeometry::snappedTrack(double y, float dpi)
 
 int kxClipGeometry::trackOf(double y, float dpi)
 {
-    // A bar that stands on a track may lie short of it by rounding.
+    // A bar that is on a track may lie short of it by rounding.
     const double quotient = y / double(trackPitch(dpi)) + 1.0e-4;
     return int(std::clamp(quotient, -LastTrack, LastTrack));
 }

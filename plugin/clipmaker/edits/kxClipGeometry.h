@@ -40,14 +40,14 @@ struct Span
 ///   x            x + width
 Span barSpan(double startSeconds, double endSeconds, int postCycles, double fps);
 
-/// Width of the cycles behind a bar of `barWidth`, in the bar's own units; endless ones reach past the timeline's end.
+/// Width of the cycles after a bar of `barWidth`, in the bar's own units; endless ones reach past the timeline's end.
 double cyclesWidth(double barWidth, int postCycles, double itemScale);
 
 /// The cycle borders inside a stretch of the cycles that is seen, as multiples of `step`: first, first + stride, ...,
 /// last. Borders that fall on one pixel count once; none where `first` > `last`.
 ///
 ///   0     step   2 step
-///   |-- cycle --|-- cycle --|-- ...      a border stands at the end of each cycle but the last
+///   |-- cycle --|-- cycle --|-- ...      a border is at the end of each cycle but the last
 ///            | from .. to |
 struct Ticks
 {
@@ -65,11 +65,11 @@ double snappedTrack(double y, float dpi);
 int trackOf(double y, float dpi);
 
 /// How far a node moves, in frames, when its bar goes from `from` to `to`. `node` is where the node starts: where it
-/// stands under its bar, what rounding took from it in earlier steps is made good, so that a long drag adds up no
+/// is under its bar, what rounding took from it in earlier steps is made good, so that a long drag adds up no
 /// error.
 double movedFrames(double from, double to, double node);
 /// The same for y: scene units for the bar, units of an offset (50 a track) for the node and the result. A bar that
-/// stands on a track takes its node to a whole multiple.
+/// is on a track takes its node to a whole multiple.
 float movedUnits(double from, double to, float node, float dpi);
 /// The same for lengths: the factor that takes a node of length `node` along when its bar goes from length `from` to
 /// `to`. 0 where there is none: each length has to be finite and above 0.

@@ -8,14 +8,14 @@
 /// a clip leaves the scene as it is. The nodes aren't null.
 namespace kxClipNodes
 {
-/// Where a node stands in the time of the tree's root, with all its cycles; in seconds.
+/// Where a node is in the time of the tree's root, with all its cycles; in seconds.
 struct Extent
 {
     double start;
     double end;
 };
 Extent extentOf(const osg::AnimNodePtr& node);
-/// Where a node stands on the timeline: its start and one pass, in frames. Empty for null.
+/// Where a node is on the timeline: its start and one pass, in frames. Empty for null.
 kxClipGeometry::Span spanOf(const osg::AnimNodePtr& node);
 
 void setActive(const osg::AnimNodePtr& node, bool value);
@@ -38,7 +38,7 @@ void beginAt(const osg::AnimNodePtr& node, float seconds);
 /// where that is no length that a node can hold.
 bool stretch(const osg::AnimNodePtr& node, double from, double to, double x);
 
-/// Whether `clip` is `node` or stands below it, or below one that shares its core: a clip that took such a node in
+/// Whether `clip` is `node` or is below it, or below one that shares its core: a clip that took such a node in
 /// would hold itself.
 bool holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
 

@@ -113,7 +113,7 @@ AnimNodePtr kxClipStructure::insertClone(const AnimNodePtr& node, const AnimNode
     const float dpi = kxPlatform::getDpiScaleX();
     const double alone = kxClipNodes::spanOf(clone).x, y = double(dpi * clone->getOffset().y());
     clip->addChild(clone);
-    // The way is measured where the clone stands: a nested clip has a time of its own.
+    // The way is measured where the clone is: a nested clip has a time of its own.
     const QPointF from(kxClipNodes::spanOf(clone).x, y);
     const QPointF to(alone + frames, y + double(kxClipGeometry::trackPitch(dpi)) * tracks);
     if (!kxClipNodes::move(clone, from, to))

@@ -22,7 +22,7 @@ osg::AnimNodePtr targetOf(const osg::NodePtr& node);
 osg::AnimNodePtr addClip(const std::string& name, const osg::AnimNodePtr& parent);
 
 /// Moves `node`, with all below it, to the end of the children of `parent`. False where `parent` is the node itself or
-/// stands below it.
+/// is below it.
 bool moveInto(const osg::AnimNodePtr& node, const osg::NodePtr& parent);
 /// Moves a clip to the top of the tree; does nothing with anything else, or with null.
 void moveToTop(const osg::AnimNodePtr& node);
@@ -31,9 +31,9 @@ void moveToTop(const osg::AnimNodePtr& node);
 void insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, float seconds);
 
 /// An active clone of `node`, which shares its cores, at the same time in `clip`, on a free track. Null where `clip` is
-/// the node itself or stands below it.
+/// the node itself or is below it.
 osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
-/// The same, `frames` later and `tracks` further down than `node` itself stands. Null where that is no place that a
+/// The same, `frames` later and `tracks` further down than `node` itself is. Null where that is no place that a
 /// node can have.
 osg::AnimNodePtr insertClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frames, int tracks);
 

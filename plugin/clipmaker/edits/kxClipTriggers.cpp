@@ -18,7 +18,7 @@ double sceneStart(const osg::AnimNodePtr& node)
     return seconds;
 }
 
-/// Puts a node that stands nowhere into its place.
+/// Puts a node that is in no tree into its place.
 void place(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, double frame)
 {
     clip->addChild(node);

@@ -74,7 +74,7 @@ void kxAddAnimKeyUndoCommand::removeIndices(const osg::AnimCurvePtr& curve)
     unsigned int removed = 0;
     for (const unsigned int index : _indices)
     {
-        const unsigned int k = index - removed; // where the key stands after the removals before it
+        const unsigned int k = index - removed; // where the key is after the removals before it
         if (k >= curve->getControlPoints().size())
             break;
         if (_isDelete)

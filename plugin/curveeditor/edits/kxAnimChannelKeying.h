@@ -18,7 +18,7 @@ public:
     /// The value as the list shows it, by the name that the list gives the channel, becomes a key; nothing without a
     /// curve, and with `skipIgnored` for a channel that the kernel leaves out.
     void take(const osg::AnimCurvePtr& curve, const QString& channel, const QString& value, bool skipIgnored);
-    /// Switches the blocks of the listed objects off and adds the keys. Everyone hears of it: anyone may build rows
+    /// Switches the blocks of the listed objects off and adds the keys. Everyone is notified: anyone may build rows
     /// anew.
     void write();
     /// What was refused, and what changed besides keys; empty for nothing.

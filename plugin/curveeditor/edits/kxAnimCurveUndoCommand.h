@@ -8,7 +8,7 @@
 /// Moves the keys of one curve, by differences; the moves of one drag merge into one step.
 ///
 /// The differences go by key index, so that a drag that passes other keys is undone as a whole: a merged step holds for
-/// each index the sum of the movements of whatever key stood there. A command that moves nothing, and a drag that came
+/// each index the sum of the movements of whatever key was there. A command that moves nothing, and a drag that came
 /// back to its start, are obsolete.
 class kxAnimCurveUndoCommand : public kxMergingCommand<kxAnimCurveUndoCommand>
 {
@@ -23,7 +23,7 @@ public:
 
 private:
     void apply(bool forward) override;
-    /// True where the keys stand as before redo(), but for the rounding that a way there and back leaves.
+    /// True where the keys are as before redo(), but for the rounding that a way there and back leaves.
     bool isBackAtStart() const;
 
     unsigned int _curveId;

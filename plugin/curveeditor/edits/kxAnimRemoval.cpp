@@ -72,7 +72,7 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
                 continue;
             asks = answer != kxRemovalAnswer::YesToAll;
         }
-        // The host may have deleted it while the question stood.
+        // The host may have deleted it while the question was open.
         const osg::AnimNodePtr accepted = factory.get<osg::AnimNode>(row.nodeId);
         if (accepted == osg::NullFC || accepted->getCore() == osg::NullFC)
             continue;

@@ -37,7 +37,7 @@ bool kxIsPlaced(osg::NodePtr node);
 /// Decides which animations go with the rows: a row of an animation stands for itself, any other for all animations of
 /// its object or material, the curves of keyed channels among them.
 ///
-/// With `checkReferences`, `ask` gets the name of each animation that stands under one object and somewhere else; an
+/// With `checkReferences`, `ask` gets the name of each animation that is under one object and somewhere else; an
 /// accepted one takes all its clones along. After "No to All" nothing more goes; what was accepted before still does.
 kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkReferences,
                            const std::function<kxRemovalAnswer(const QString& name)>& ask);

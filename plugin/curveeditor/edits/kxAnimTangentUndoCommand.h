@@ -24,14 +24,14 @@ public:
 
 private:
     void apply(bool forward) override;
-    /// The in side of the key behind: a constant out side flattens it too.
+    /// The in side of the next key: a constant out side flattens it too.
     struct NextIn
     {
         osg::Vector<float, 2> vector;
         unsigned int type;
     };
 
-    /// True where the tangent, and the in side behind it, stand as before redo().
+    /// True where the tangent, and the in side after it, are as before redo().
     bool isBackAtStart(const osg::AnimCurvePtr& curve) const;
     void restoreNextIn(const osg::AnimCurvePtr& curve) const;
     void setNew();

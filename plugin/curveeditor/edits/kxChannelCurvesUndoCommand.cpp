@@ -12,7 +12,7 @@ osg::FCPtr<T> find(unsigned int id)
     return osg::FieldContainerFactory::the()->get<T>(id);
 }
 
-/// The root that the curves of an object's channels stand under; null where the object has none.
+/// The root that the curves of an object's channels are under; null where the object has none.
 osg::NodePtr curveRoot(unsigned int containerId)
 {
     const auto attachment = kxAnimManager::the()->getAnimAttachment(find<osg::FieldContainer>(containerId));
@@ -96,7 +96,7 @@ void kxChannelCurvesUndoCommand::takeOutAttachments()
     {
         const auto container = find<osg::AttachmentContainer>(made.containerId);
         const auto attachment = find<osg::AnimAttachment>(made.id);
-        // What came to stand in it by other ways stays.
+        // What came into it by other ways stays.
         if (container == osg::NullFC || attachment == osg::NullFC ||
             kxAnimManager::the()->getAnimAttachment(container) != attachment ||
             attachment->getAnimationRoot()->getNChildren() > 0)

@@ -30,7 +30,7 @@ private:
     {
         unsigned int containerId;
         unsigned int id;                     // of the attachment, or of the curve's node
-        osg::Share<osg::FieldContainer> out; // null while it stands in the scene
+        osg::Share<osg::FieldContainer> out; // null while it is in the scene
         unsigned int position = 0;           // below its parent, of a curve that is out
     };
     struct Block

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Edits of keys, by the ids of their curves. Each adds one command, and none where it changes nothing; curves that
-/// have gone are left out. Commands stand in the order of the ids: the same curves always give a group of the same
+/// have gone are left out. Commands are in the order of the ids: the same curves always give a group of the same
 /// commands, so that the steps of a drag merge.
 namespace kxKeyEdits
 {

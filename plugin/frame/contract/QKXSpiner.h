@@ -45,7 +45,7 @@ public:
     void setRelativeOperatorHandlingMode(int mode);
     int relativeOperatorHandlingMode() const { return _mode; }
 
-    /// Reads "+=2.5" and the like; false where `text` is no number behind an optional operator.
+    /// Reads "+=2.5" and the like; false where `text` is no number after an optional operator.
     static bool parseRelative(const QString& text, RelativeOperator& op, double& value);
     /// `value` after the operator; false where the result isn't finite, as after a divide by 0.
     static bool applyRelative(RelativeOperator op, double operand, double& value);

@@ -38,7 +38,7 @@ public:
 public Q_SLOTS:
     /// Any frame, also one outside the extent; currentFrameChanged() goes out where it differs.
     void setCurrentFrame(int frame);
-    /// `force`: currentFrameChanged() goes out even where the frame already stands.
+    /// `force`: currentFrameChanged() goes out even where it is the frame already.
     void setCurrentFrame(int frame, bool force);
     /// An end at or before the start is shown as an extent of one frame; the values stay as they were set.
     void setStartFrame(int frame);

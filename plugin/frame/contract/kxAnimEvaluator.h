@@ -27,7 +27,7 @@ public:
     /// drives. False where it drives nothing there.
     bool computeAim(const osg::AnimCurvePtr& curve, const osg::FieldContainerPtr& container,
                     osg::FieldContainerPtr& target, std::vector<osg::FieldContainerPtr>& aims) const;
-    /// The first object of the scene under whose attachment the curve stands, null where there is none.
+    /// The first object of the scene under whose attachment the curve is, null where there is none.
     osg::FieldContainerPtr getFirstAim(const osg::AnimCurvePtr& curve) const;
 
 private:

@@ -83,7 +83,7 @@ public:
 
     // Frame
 
-    /// Makes `frame` the current one and evaluates the scene. `force`: also where the frame stands and nothing is
+    /// Makes `frame` the current one and evaluates the scene. `force`: also where the frame is the same and nothing is
     /// stale. `announce`: "currentFrameChanged" goes out, then "currentFullFrameChanged" when the whole frame changed.
     void setCurrentFrame(double frame, bool force, bool announce);
     /// As above without an evaluation.
@@ -116,7 +116,7 @@ public:
     void setPlaybackContextHint(int value);
     bool getVerifyClipStructure() const;
     void setVerifyClipStructure(bool value);
-    /// With getVerifyClipStructure(): takes out clip clones whose core stands under no object any more, then clips that
+    /// With getVerifyClipStructure(): takes out clip clones whose core is under no object any more, then clips that
     /// are left empty.
     void verifyClipStructure();
 
@@ -177,10 +177,10 @@ public:
     float getOSGFieldValue(const kxOSGChannelData& channel) const;
     /// True for a channel that "key all" leaves out: "visible".
     bool ignoreChannel(const std::string& channelName) const;
-    /// How many nodes with the core of `node` stand under the attachments of objects or materials that are in the
+    /// How many nodes with the core of `node` are under the attachments of objects or materials that are in the
     /// scene.
     unsigned int blockSceneRefCount(const osg::AnimNodePtr& node) const;
-    /// The first object or material of the scene under whose attachment a node with this core stands; null where there
+    /// The first object or material of the scene under whose attachment a node with this core is; null where there
     /// is none.
     osg::FieldContainerPtr findFirstParent(const osg::NodeCorePtr& core) const;
 
@@ -189,7 +189,7 @@ public:
     /// Gathers the channel curves that have keys into a new active block; null when there is nothing to gather. The
     /// attachment's other blocks become inactive.
     osg::AnimNodePtr createBlock(const osg::AnimAttachmentPtr& attachment, const std::string& name);
-    /// A node with an empty curve for the channel; `attachment` null: it stands nowhere yet.
+    /// A node with an empty curve for the channel; `attachment` null: it is in no tree yet.
     osg::AnimNodePtr createChannelCurveNode(const kxOSGChannelData& channel, const osg::AnimAttachmentPtr& attachment);
     /// `alias` is the channel's name where it differs from the field's, else empty.
     osg::AnimNodePtr createChannelCurveNode(const osg::AnimAttachmentPtr& attachment, const std::string& field,
@@ -228,7 +228,7 @@ public:
 
     // Clipboard, one for all animations; it holds copies, so that what was copied may die
 
-    /// `container` null, or the object that the animation stands under.
+    /// `container` null, or the object that the animation is under.
     void copy(const osg::AnimNodePtr& node, const osg::FieldContainerPtr& container);
     void copy(const std::vector<osg::AnimNodePtr>& nodes);
     /// Pastes copies with cores of their own. A target that is an animation node gets them as children, any other under
@@ -261,7 +261,7 @@ public:
 
     static void pySetCurrentFrame(double frame);
     static double pyGetCurrentFrame();
-    /// Of the clips that stand in no other, as getClipNodes() gives them.
+    /// Of the clips that are in no other, as getClipNodes() gives them.
     static std::vector<std::string> pyGetClips();
     /// `includeHidden`: the copies in clips too.
     static std::vector<std::string> pyGetBlocks(bool includeHidden);

@@ -59,7 +59,7 @@ public:
     static std::string getUniqueName(const std::string& proposal, const std::vector<std::string>& names);
     /// Gives back the share that kept a node alive which is out of the tree.
     static void destroy(const osg::NodePtr& node);
-    /// True where `ancestor` stands above `node`, or is it.
+    /// True where `ancestor` is above `node`, or is it.
     static bool hasParent(const osg::NodePtr& node, const osg::NodePtr& ancestor);
     /// True for a part of a surface that the user doesn't see as an object of its own.
     static bool isGeometryComponent(const osg::NodePtr& node);
@@ -71,7 +71,7 @@ public:
 class KX_API kxMaterialPool
 {
 public:
-    /// The node under which scene plates stand, null where there are none.
+    /// The node under which scene plates are, null where there are none.
     osg::NodePtr getSceneplateRoot() const { return _sceneplateRoot; }
     void setSceneplateRoot(const osg::NodePtr& root) { _sceneplateRoot = root; }
 

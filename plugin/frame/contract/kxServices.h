@@ -100,7 +100,7 @@ public:
     using kxKernelService::kxKernelService;
     static kxAnimationService& the();
 
-    /// Animations came or went: the plan is brought up to date, the signal goes out, the modules hear next turn.
+    /// Animations came or went: the plan is brought up to date, the signal goes out, modules are notified next turn.
     void animationsChanged();
 
 Q_SIGNALS:

@@ -68,7 +68,7 @@ public:
     /// Null does nothing.
     void add(kxUndoCommand* command);
 
-    /// Behind add(): for the undo list and the menu.
+    /// What add() calls: for the undo list and the menu.
     QUndoStack* stack() const { return _stack; }
 
 private:

@@ -16,7 +16,7 @@ public:
     /// An attachment with an empty root.
     static AnimAttachmentPtr create();
 
-    /// The node under which the animations stand, never null.
+    /// The node under which the animations are, never null.
     AnimNodePtr getAnimationRoot() const { return _animationRoot; }
     void setAnimationRoot(const AnimNodePtr& root);
 
@@ -76,7 +76,7 @@ public:
     static FieldContainerType _type;
     const FieldContainerType& getType() const override { return _type; }
 
-    /// Both tell whether the list changed. A name that is there already isn't added again.
+    /// Both say whether the list changed. A name that is there already isn't added again.
     bool addAnimationTag(const std::string& name);
     bool replaceAnimationTag(const std::string& oldName, const std::string& newName);
 

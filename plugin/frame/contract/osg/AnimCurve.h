@@ -68,7 +68,7 @@ public:
     /// Index that the functions below give for a key that was refused.
     static constexpr UInt32 NoKey = 0xFFFFFFFFu;
 
-    /// Inserts a key in time order, behind keys of the same time, and gives its index.
+    /// Inserts a key in time order, after keys of the same time, and gives its index.
     ///
     /// A zero tangent vector is computed from its type. `replace`: a key of exactly this time takes the new values
     /// instead. `updateNeighbours`: the tangents of the keys on both sides are computed again from their types.

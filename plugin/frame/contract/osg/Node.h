@@ -57,7 +57,7 @@ public:
     /// Appends `child`, which leaves the parent that it has. Refused, with false: null, this node itself, a node above
     /// it, and an object below an animation or the other way round.
     bool addChild(const NodePtr& child);
-    /// As addChild(), before the child that stands at `index`; beyond the end it appends.
+    /// As addChild(), before the child that is at `index`; beyond the end it appends.
     bool insertChild(UInt32 index, const NodePtr& child);
     /// Takes a child out, which dies where nobody else owns it. False where it is no child.
     bool subChild(const NodePtr& child);

@@ -8,7 +8,7 @@
 namespace osg
 {
 
-/// Places what stands below it.
+/// Places what is below it.
 ///
 /// matrix = T(translation) * R(eulerRotation) * R(eulerRotationOrientation) * S(scale), with
 /// R(x, y, z) = Rz(z) * Ry(y) * Rx(x); angles in degrees, lengths in scene units, column vectors.

@@ -6,7 +6,7 @@
 
 namespace osg
 {
-/// A handle that owns: holds a share of its container, so that what stands in no scene lives, under the same id.
+/// A handle that owns: holds a share of its container, so that what is in no scene lives, under the same id.
 template <class T>
 class Share
 {
