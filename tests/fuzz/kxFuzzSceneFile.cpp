@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// The content behind the head of a scene file: a checksum would turn almost every change away before it is read.
+// The content after the head of a scene file: a checksum would turn almost every change away before it is read.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -65,7 +65,7 @@ struct kxTreeProbe : Tree
         for (const QString& path : paths.split(',', Qt::SkipEmptyParts))
             row(path)->setSelected(true);
     }
-    /// One line a row: its depth as dots and its text; "+" behind an expanded row, "*" behind a selected one.
+    /// One line a row: its depth as dots and its text; "+" after an expanded row, "*" after a selected one.
     QStringList dump(bool withStates = false)
     {
         QStringList lines;

@@ -26,7 +26,7 @@ QToolButton* button(const QWidget& panel, const char* name)
     return panel.findChild<QToolButton*>(name);
 }
 
-/// A page of the settings with one number, 7 at first, and the number that the application has been told.
+/// A page of the settings with one number, 7 at first, and the number that the application was given.
 class Page : public kxPreferences
 {
 public:

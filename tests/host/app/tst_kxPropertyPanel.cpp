@@ -192,7 +192,7 @@ private Q_SLOTS:
         const osg::NodePtr node = addObject("Node");
         select({node});
         QKXDoubleSpiner* const x = spinner("translationX");
-        kxScene::the()->clear(); // dies at once, the panel hears of it later
+        kxScene::the()->clear(); // dies at once, the panel is notified later
         Q_EMIT x->relativeOperatorApplied(RelativeAdd, 1);
         kxScene::the()->flush();
         QVERIFY(spinner("translationX") == nullptr || !spinner("translationX")->isVisible());

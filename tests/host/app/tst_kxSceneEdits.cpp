@@ -258,7 +258,7 @@ private Q_SLOTS:
 
     void newObjectsAreSeenAtOnce()
     {
-        // Bodies stand on the floor, lights shine from above, the camera looks down at the origin.
+        // Bodies are on the floor, lights shine from above, the camera looks down at the origin.
         for (const kxSceneObjects::Entry& entry : kxSceneObjects::primitives())
         {
             kxSceneObjects::add(entry);

@@ -275,7 +275,7 @@ private Q_SLOTS:
         QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
     }
 
-    /// In a clip that stands at 2 seconds, twice as slow, in another at 1.
+    /// In a clip that is at 2 seconds, twice as slow, in another at 1.
     void triggersStandAtTheRulersFrame()
     {
         const osg::AnimNodePtr outer = osg::AnimNodeBase::create(), clip = osg::AnimNodeBase::create();

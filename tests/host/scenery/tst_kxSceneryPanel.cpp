@@ -68,7 +68,7 @@ private Q_SLOTS:
         const QVector3D eye = _view.viewCamera(1).eye();
         _actions.all()[2]->trigger();
         kxAnimManager::the()->setCurrentFrame(0, true, false);
-        QVERIFY((_view.viewCamera(1).eye() - eye).length() < 0.01f); // the other begins where the view stands
+        QVERIFY((_view.viewCamera(1).eye() - eye).length() < 0.01f); // the other begins where the view is
         _panel->select(first);
         QVERIFY(look->isEnabled() && !look->isChecked());
         look->trigger();
@@ -80,7 +80,7 @@ private Q_SLOTS:
         _view.setPose(kxCameraRig::Pose()); // as a hand that turns the view
         QVERIFY(!look->isChecked() && !list()->currentIndex().data(Qt::ForegroundRole).isValid());
         look->trigger();
-        kxUndoStack::get(0).stack()->setIndex(0); // the tracks go, the view stands free
+        kxUndoStack::get(0).stack()->setIndex(0); // the tracks go, the view is free
         kxScene::the()->flush();
         QCOMPARE(_view.cameraNodeId(), 0u);
         QVERIFY(!look->isEnabled());

@@ -168,7 +168,7 @@ private Q_SLOTS:
         kxSelection::the().setIds(kxSelection::Nodes, {node->getId()});
         kxView3D view;
         view.resize(240, 180);
-        view.setAttribute(Qt::WA_DontShowOnScreen); // the first frame is that of the picture: no rate is told yet
+        view.setAttribute(Qt::WA_DontShowOnScreen); // the first frame is that of the picture: no rate is measured yet
         view.show();
         view.setPose({QVector3D(0, 0.5f, 0), 5, 35, 20});
         work(view);

@@ -11,7 +11,7 @@
 
 #include <random>
 
-/// What is drawn without a window, held to rules. Beside it stand the pictures of tst_kxPictures.
+/// What is drawn without a window, held to rules. Beside it are the pictures of tst_kxPictures.
 class tst_kxRenderer : public QObject
 {
     Q_OBJECT

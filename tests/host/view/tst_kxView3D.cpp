@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(_view->cameraNodeId(), node->getId());
         QVERIFY((_view->viewCamera(1).eye() - QVector3D(0, 0.5f, 5)).length() < 1e-4f);
         QVERIFY(qAbs(_view->viewCamera(1).fieldOfView - 60) < 1e-3f);
-        // A turn of the view leaves the camera where it stands, without a jump.
+        // A turn of the view leaves the camera where it is, without a jump.
         kxPress(_view.get(), QPoint(5, 5));
         kxDragTo(_view.get(), QPoint(10, 5));
         kxRelease(_view.get(), QPoint(10, 5));

@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(curve->getControlPoints(0).outtangent(), Vec2f(0.5f, 0));
         QCOMPARE(curve->getControlPoints(1).outtangent(), Vec2f(4 / 3.0f, 8 / 3.0f));
         QCOMPARE(curve->getControlPoints(2).intangent(), Vec2f(-1.5f, -4));
-        // The same time: replaced, or behind the one that is there.
+        // The same time: replaced, or after the one that is there.
         QCOMPARE(curve.add(1, 5, 0, true), 1u);
         QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
         QCOMPARE(curve.add(1, 6, 0, false), 2u);

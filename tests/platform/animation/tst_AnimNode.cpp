@@ -124,7 +124,7 @@ private Q_SLOTS:
         inner->subChild(late);
         f.changed(inner, Node::ChildrenFieldMask);
         QCOMPARE(bounds(clip).y(), 13.0);
-        // Changes that nobody is told of count as well.
+        // Changes that nobody is notified of count as well.
         FieldContainerPtr::_ignore_change = true;
         f.curveOf(curve)->subPoint(0);
         f.keysChanged(curve);

@@ -185,7 +185,7 @@ private Q_SLOTS:
         QVERIFY(find("turn") == block);
     }
 
-    /// Tracks 0 and 1 are taken from 1 to 2 and from 1.5 to 3; a trigger stands at 5 on track 0.
+    /// Tracks 0 and 1 are taken from 1 to 2 and from 1.5 to 3; a trigger is at 5 on track 0.
     void tracks_data()
     {
         kxColumns<double, double, double>("start", "end", "expected");
@@ -225,7 +225,7 @@ private Q_SLOTS:
         const AnimNodePtr block = manager()->createBlock(manager()->getAnimAttachment(object), "taken");
         QCOMPARE(childNames(rootOf(object)).join(' '), QString("taken scale.Y taken_1"));
         QVERIFY(block->getChild(0) == x && !before->isActive() && block->isActive());
-        // Whom curves move is told where it is asked for.
+        // Whom curves move is said where it is asked for.
         std::vector<kxAnimManager::kxCurveData> data;
         std::vector<AnimNodePtr> nodes;
         manager()->getAnimCurveData(block, data, nodes, true, true, false, true);
@@ -305,7 +305,7 @@ private Q_SLOTS:
         QVERIFY(clone->getCore() == block->getCore());
         QCOMPARE(clone->getNodeName(), std::string("block"));
         QVERIFY(clone->getChild(0)->getCore() == block->getChild(0)->getCore());
-        manager()->unshareFrom(clone, one); // stands elsewhere
+        manager()->unshareFrom(clone, one); // is elsewhere
         QVERIFY(clone->getCore() == block->getCore());
         manager()->unshareFrom(clone, two);
         QVERIFY(clone->getCore() != block->getCore());
@@ -325,13 +325,13 @@ private Q_SLOTS:
         QVERIFY(copy->getCore() != clip->getCore());
         QVERIFY(copy->getChild(0)->getCore() != clip->getChild(0)->getCore());
         QVERIFY(copy->getChild(0)->getChild(0)->getCore() == block->getCore());
-        // What stands in a clip beside the objects finds its object through the core that it shares.
+        // What is in a clip beside the objects finds its object through the core that it shares.
         const AnimNodePtr beside = AnimNodePtr::dcast(copy->getChild(0)->getChild(0));
         manager()->unshareFrom(beside, copy->getChild(0));
         QVERIFY(beside->getCore() == block->getCore());
         const AnimNodePtr below = f.added(one, cloneAnimTree(clip, true));
         const AnimNodePtr inner = AnimNodePtr::dcast(below->getChild(0)), leaf = AnimNodePtr::dcast(inner->getChild(0));
-        manager()->unshareFrom(leaf, clip); // stands in another clip
+        manager()->unshareFrom(leaf, clip); // is in another clip
         QVERIFY(leaf->getCore() == block->getCore());
         manager()->unshareFrom(leaf, inner);
         QVERIFY(leaf->getCore() != block->getCore() && inner->getCore() == clip->getChild(0)->getCore());

@@ -216,7 +216,7 @@ private Q_SLOTS:
         float rest = 0;
         QVERIFY(f.engine().rest.get(idle.object->getCore()->getId(), "translation", 0, rest));
         QCOMPARE(rest, 3.0f);
-        manager()->setCurrentFrame(5, false, false); // the frame that stands, but not what is shown
+        manager()->setCurrentFrame(5, false, false); // the current frame, but not what is shown
         QCOMPARE(driven.x(), 5.0f);
         QCOMPARE(idle.x(), 3.0f);
         manager()->setCurrentFrameNoEvaluation(9, false);
@@ -250,7 +250,7 @@ private Q_SLOTS:
         QCOMPARE(fired.pass(clip, 24), QString());
         QCOMPARE(fired.pass(clip, 24.5), QString());
         QCOMPARE(fired.pass(clip, 72), QString("sc pe"));
-        QCOMPARE(fired.pass(clip, 12), QString("sc vb")); // backwards; where it stood is not passed again
+        QCOMPARE(fired.pass(clip, 12), QString("sc vb")); // backwards; where it was is not passed again
         QCOMPARE(fired.pass(clip, 0), QString("sa"));
         // A loop: on to the end, then anew at the start.
         fired.pass(clip, 71);
@@ -311,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(fired.pass(clip, 40), QString());
         const kxMarks marks;
         manager()->evaluateByFrame(clip, 42, false, false, true);
-        QVERIFY(marks.has(clip)); // where it stands is shown elsewhere too
+        QVERIFY(marks.has(clip)); // its place is shown elsewhere too
     }
 
 private:

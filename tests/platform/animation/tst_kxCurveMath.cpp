@@ -72,7 +72,7 @@ struct Curve : osg::Share<AnimCurve>
     double at(double seconds) const { return kxCurveEvaluation::value(*get(), seconds); }
 };
 
-/// A key at (12, 6) with gaps of 12 before and 36 behind; `neighbours` is 1 for the previous, 2 for the next.
+/// A key at (12, 6) with gaps of 12 before and 36 after; `neighbours` is 1 for the previous, 2 for the next.
 QPointF vectorOf(Side side, int type, QPointF in, QPointF out, int neighbours)
 {
     const Place previous = {0, 0}, next = {48, -12};

@@ -54,7 +54,7 @@ void tickAt(double seconds)
     kxPlaybackClock::the().tick();
 }
 
-/// Where the object stands then.
+/// Where the object is then.
 float xAt(const NodePtr& object, double seconds)
 {
     tickAt(seconds);
@@ -133,7 +133,7 @@ private Q_SLOTS:
         tickAt(100.15);
         tickAt(100.3); // a slow frame: 2 is left out
         tickAt(101.05);
-        // Frame 0 stands already.
+        // Frame 0 is current already.
         QCOMPARE(take(), QString("frame 1, full 1, frame 3, full 3, frame 10, full 10"));
         QCOMPARE(kxFramePlayerStatistics::last().framesShown, std::uint64_t(4));
         QCOMPARE(kxFramePlayerStatistics::last().framesDropped, std::uint64_t(7));
@@ -282,7 +282,7 @@ private Q_SLOTS:
         QCOMPARE(xAt(object, 105), 23.0f);
         manager()->pause(block, true);
         tickAt(108);
-        manager()->enqueue(block, false); // plays on where it stood
+        manager()->enqueue(block, false); // plays on where it was
         QCOMPARE(xAt(object, 109), 33.0f);
         manager()->reset(block, false);
         QCOMPARE(f.transform(object)->getTranslation().x(), 3.0f);

@@ -86,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(f.transform(object)->getScale(), Vec3f(1, 1, 1));
         QCOMPARE(f.engine().plan.curveCount(), std::size_t(1));
         {
-            kxAnimEngine another; // hears and knows nothing of the manager's, and hears no more when it has gone
+            kxAnimEngine another; // knows nothing of the manager's, and is notified no more when it has gone
             manager()->setTreeActive(off, true);
             another.plan.update();
             QCOMPARE(another.plan.curveCount(), std::size_t(2));
@@ -185,7 +185,7 @@ private Q_SLOTS:
         QVERIFY(!f.engine().rest.get(id, "translation", 0, rest));
         manager()->setCurrentFrame(24, false, false);
         const kxMarks still;
-        manager()->setCurrentFrame(36, false, false); // behind the curve nothing moves
+        manager()->setCurrentFrame(36, false, false); // after the curve nothing moves
         QVERIFY(!still.has(object->getCore()));
         QCOMPARE(placeAt(12), Vec3f(3, 12, 5));
         // Out and in again, as the undo of a delete does it.
@@ -311,7 +311,7 @@ private Q_SLOTS:
     }
 
 private:
-    /// Where the object stands at the frame.
+    /// Where the object is at the frame.
     Vec3f placeAt(double frame) const
     {
         manager()->setCurrentFrame(frame, false, false);

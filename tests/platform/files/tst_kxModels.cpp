@@ -84,7 +84,7 @@ private Q_SLOTS:
     }
 
     /// What all models together hold, as they are read and as they come back from an export. Where that changes on
-    /// purpose, the rows of before and after tell which models.
+    /// purpose, the rows of before and after show which models.
     void contents()
     {
         const QTemporaryDir folder;

@@ -200,7 +200,7 @@ private Q_SLOTS:
         const QString notes = report.notes().join(QLatin1Char('\n'));
         for (const char* name : {"'Kamera'", "'raughness'", "'animated'"})
             QVERIFY2(notes.contains(QLatin1String(name)), qPrintable(notes));
-        // What stood on the unknown object stays in the tree.
+        // What was on the unknown object stays in the tree.
         bool child = false;
         traverse(scene.root.get(),
                  [&child](const NodePtr& node)
@@ -264,7 +264,7 @@ private Q_SLOTS:
 
     void unsoundStructures_data()
     {
-        // Objects: a to c are nodes, g a group, x an animation; 1, the root, is a. What is left stands in brackets.
+        // Objects: a to c are nodes, g a group, x an animation; 1, the root, is a. What is left is in brackets.
         kxColumns<QByteArray, QString, QString>("structures", "note", "left");
         kxRow("good", QByteArray("{2:4,3:[2]};{3:[3]};{};{};{}"), QString(), "a(b(c))");
         kxRow("ring", QByteArray("{3:[2]};{3:[3]};{3:[2]};{};{}"), "'b' stands in two places", "a(b(c))");

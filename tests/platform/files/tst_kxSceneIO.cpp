@@ -206,7 +206,7 @@ private Q_SLOTS:
                                            .arg(QString::fromStdString(target->getNodeName())));
         }
         QCOMPARE(stack->count(), 2);
-        // The curve is the file's, the block stands beside its original.
+        // The curve is the file's, the block is beside its original.
         QCOMPARE(attachment->getAnimationRoot()->getNChildren(), count + blocks);
         QCOMPARE(blocksOf(bare).size(), std::size_t(blocks));
         QVERIFY(manager->findChannelCurveNode(manager->getAnimAttachment(bare), "translation", "X") != NullFC);

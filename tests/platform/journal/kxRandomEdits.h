@@ -6,7 +6,7 @@
 
 #include <random>
 
-/// Edits of any kind, as panels, tools and scripts make them, of what stands in the scene at the time.
+/// Edits of any kind, as panels, tools and scripts make them, of what is in the scene at the time.
 class kxRandomEdits
 {
 public:

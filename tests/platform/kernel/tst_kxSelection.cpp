@@ -17,7 +17,7 @@ namespace
 typedef std::vector<osg::NodePtr> Nodes;
 typedef std::vector<osg::MaterialPtr> Materials;
 
-/// Notes what the modules hear of the selection.
+/// Notes the messages about the selection that modules get.
 class Listener : public kxModuleBase
 {
 public:

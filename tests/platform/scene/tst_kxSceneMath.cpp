@@ -75,7 +75,7 @@ private Q_SLOTS:
         std::uniform_real_distribution<float> angle(-720, 720), step(-20, 20);
         for (int i = 0; i < 2000; ++i)
         {
-            // Every fourth rotation stands in gimbal lock.
+            // Every fourth rotation is in gimbal lock.
             const Vec3f start(angle(random), i % 4 ? angle(random) : (i % 8 ? 90.0f : -90.0f), angle(random));
             float w, x, y, z;
             kxSceneMath::quaternionFromEuler(start, w, x, y, z);

@@ -119,7 +119,7 @@ private Q_SLOTS:
         kxNodeUtils::syncCloneNodesAttachment(node, AnimAttachment::_type);
         QVERIFY(clone->findAttachment<AnimAttachment>() == second && marks.has(clone.get()));
         clone.release();
-        // Names of groups tell whether their list changed.
+        // Names of groups say whether their list changed.
         QVERIFY(tags->addAnimationTag("a") && !tags->addAnimationTag("a"));
         QVERIFY(tags->replaceAnimationTag("a", "b") && !tags->replaceAnimationTag("a", "c"));
         QVERIFY(!tags->replaceAnimationTag("b", "b"));

@@ -475,7 +475,7 @@ private Q_SLOTS:
         _stack->redo();
         QCOMPARE(document, QString("ab"));
 
-        // The stack can't take a command in the middle of an undo; it stands there afterwards.
+        // The stack can't take a command in the middle of an undo; it is there afterwards.
         outer->duringUndo = [] { add(new Append("c")); };
         _stack->undo();
         QCOMPARE(document, QString("c"));

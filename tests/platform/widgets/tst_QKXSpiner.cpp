@@ -9,7 +9,7 @@
 
 namespace
 {
-/// Puts `text` into the field as a user does: over what stands there, then Return.
+/// Puts `text` into the field as a user does: over what is there, then Return.
 void type(QAbstractSpinBox& field, const QString& text)
 {
     field.selectAll();
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QSignalSpy applied(&field, &QKXDoubleSpiner::relativeOperatorApplied);
         QSignalSpy changed(&field, QOverload<double>::of(&QDoubleSpinBox::valueChanged));
         type(field, "+=5");
-        type(field, "10.00"); // the value that stands: still an input, since it may be one of many
+        type(field, "10.00"); // the same value: still an input, since it may be one of many
         type(field, "/=0");
         QCOMPARE(applied.count(), 2);
         QCOMPARE(applied.at(0).at(0).value<RelativeOperator>(), RelativeAdd);

@@ -17,7 +17,7 @@
 
 #include <functional>
 
-/// A clip with its timeline in a window, and words for what stands on it. Two pixels a frame.
+/// A clip with its timeline in a window, and words for what is on it. Two pixels a frame.
 class kxClipFixture : public kxAnimFixture
 {
 public:

@@ -69,7 +69,7 @@ public:
         tree->clearSelection();
         for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
             if (static_cast<kxAnimTreeWidgetItem*>(*it)->nodeId() == node->getId())
-                // Not by the row itself: what hears it may make all rows anew.
+                // Not by the row itself: whoever is notified may make all rows anew.
                 return tree->setCurrentItem(*it, 0, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
     static void deliver(kxMessageId::Id id)

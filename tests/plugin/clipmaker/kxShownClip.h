@@ -25,7 +25,7 @@ public:
         view.centerOn(0, 0);
     }
 
-    /// A block of `seconds` that stands nowhere yet.
+    /// A block of `seconds` that is in no tree yet.
     static osg::AnimNodePtr blockOf(float seconds, const char* name = "Block")
     {
         return block(name, {curve("translation", "X", {{0, 0}, {seconds, 5}})});

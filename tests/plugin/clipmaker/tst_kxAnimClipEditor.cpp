@@ -381,7 +381,7 @@ private Q_SLOTS:
         QCOMPARE(announced, std::vector<osg::AnimNodePtr>{child(_clip, 0)});
     }
 
-    /// Also in a menu that stands open, torn off.
+    /// Also in a menu that is open, torn off.
     void offersWhatCanBeMade()
     {
         const QAction* const create = _form->findChild<QToolBar*>("QuickActionBar")->actions().front();
@@ -488,7 +488,7 @@ private Q_SLOTS:
         QCOMPARE(triggers->_frame->value(), 0);
     }
 
-    /// Where its window stands behind a tab, too.
+    /// Where its window is behind a tab, too.
     void showsTheSourceInSight()
     {
         auto* const curves = new QWidget;

@@ -366,7 +366,7 @@ private Q_SLOTS:
         QVERIFY(std::abs(f.barOf(clone)->x() - (snap ? 10 : x) - double(firstKey) * 24) < 0.01);
         QCOMPARE(f.barOf(clone)->y(), 2 * f.pitch());
         QCOMPARE(clone->getOffset().y(), 100.0f);
-        QVERIFY(!f.dragTo(data, place)); // it stands there
+        QVERIFY(!f.dragTo(data, place)); // it is there
         QCOMPARE(f.clipNode->getNChildren(), 2u);
     }
 
@@ -526,7 +526,7 @@ private Q_SLOTS:
         kxRow("made anew while an end is dragged", true, QPoint(69, 0));
     }
 
-    /// Where bars stood at the start of a drag that nobody ends has no part in the next one.
+    /// Where bars were at the start of a drag that nobody ends has no part in the next one.
     void endsADragWhereABarGoes()
     {
         QFETCH(bool, undo);

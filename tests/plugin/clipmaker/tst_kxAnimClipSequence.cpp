@@ -330,7 +330,7 @@ private Q_SLOTS:
         }
     }
 
-    /// The question about an animation that is in the way; its answers stand in the test of the wizard.
+    /// The question about an animation that is in the way; its answers are in the test of the wizard.
     void askingSurvivesItsParent()
     {
         const QPointer<QWidget> parent(new QWidget);

@@ -280,7 +280,7 @@ private Q_SLOTS:
             f.tree.resize(width, 200);
             f.tree.rebuild(true);
             const int first = f.tree.columnWidth(0), wanted = f.tree.viewport()->width() - f.tree.columnWidth(1);
-            QCOMPARE(first == wanted, width == 900); // the locks stand at the right edge
+            QCOMPARE(first == wanted, width == 900); // the locks are at the right edge
             QVERIFY(first >= wanted && first >= f.tree.fontMetrics().horizontalAdvance(name));
         }
     }
@@ -306,7 +306,7 @@ private Q_SLOTS:
         f.tree.editPostCycles();
         QVERIFY(b->getFlipped() && !a->getFlipped());
         QCOMPARE(b->getPostCycles(), 7);
-        // The clip may go while the question stands.
+        // The clip may go while the question is open.
         QTimer::singleShot(0, &f.tree,
                            [&]
                            {

@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(std::abs(f.view.transform().m22() - 1) < 1e-9);
         QVERIFY(seen.top() < 0 && seen.bottom() > 200);
 
-        // Where there is no room for all tracks, the first one stands below the ruler; so it does at the start.
+        // Where there is no room for all tracks, the first one is below the ruler; so it does at the start.
         const double strip = 20 * double(kxPlatform::getDpiScaleX());
         kxAnimClipView fresh;
         fresh.resize(300, 10); // as a layout may, before it has all sizes
@@ -179,7 +179,7 @@ private Q_SLOTS:
                 QVERIFY(drawn != empty);
             }
         QVERIFY(shows(40, f.view.mapFromScene(0, 2 * f.pitch()).y() - 1, 5, 2, kxClipColor::TrackLine));
-        // A number stands low in the strip at the top; the current frame at the bottom, beside its line.
+        // A number is low in the strip at the top; the current frame at the bottom, beside its line.
         QVERIFY(shows(f.at(100, 0).x(), 15 * dpi, 20, 3, kxClipColor::RulerText));
         const QRect time(f.at(90, 0).x() + 4, f.port()->height() - qRound(20 * dpi), qRound(20 * dpi),
                          qRound(20 * dpi));

@@ -134,7 +134,7 @@ private Q_SLOTS:
 
     void makesRoundingGood()
     {
-        // A node that lost a little under its bar catches up; one that stands elsewhere keeps its distance.
+        // A node that lost a little under its bar catches up; one that is elsewhere keeps its distance.
         QCOMPARE(Geometry::movedFrames(10, 12, 10.0001), 1.9999);
         QCOMPARE(Geometry::movedFrames(10, 12, 500), 2.0);
         QCOMPARE(Geometry::stretchFactor(100, 50, 100.01), float(50 / 100.01));

@@ -57,7 +57,7 @@ QString pathOf(const QTreeWidgetItem* item)
     return item->parent() == nullptr ? item->text(0) : pathOf(item->parent()) + '/' + item->text(0);
 }
 
-/// The paths of the rows; "_" behind a shared one, "-" behind one that is off.
+/// The paths of the rows; "_" after a shared one, "-" after one that is off.
 QStringList rowsOf(QTreeWidget* tree)
 {
     QStringList paths;

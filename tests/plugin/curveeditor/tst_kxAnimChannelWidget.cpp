@@ -346,7 +346,7 @@ private Q_SLOTS:
         kxAnimManager::the()->setFPS(24);
         _tree->rebuildFromNode(_first);
         core->setTranslation(osg::Vec3f(-1, 0, 0));
-        QCoreApplication::processEvents(); // behind the drag of the frame, for what was late
+        QCoreApplication::processEvents(); // after the drag of the frame, for what was late
         QCOMPARE(row("translation.X")->text(1), QString("-1.000"));
         core->setTranslation(osg::Vec3f(-2, 0, 0));
         Q_EMIT objects.propertyChangedBS();
@@ -374,7 +374,7 @@ private Q_SLOTS:
         auto* const line = _tree->findChild<QLineEdit*>();
         QVERIFY(line != nullptr);
         line->clear();
-        QTest::keyClicks(line, "x-1,2.34567"); // a letter, a comma and what is behind three decimals don't go in
+        QTest::keyClicks(line, "x-1,2.34567"); // a letter, a comma and what is after three decimals don't go in
         QCOMPARE(line->text(), QString("-12.345"));
         kxAnimFixture::transform(_first)->setTranslation(osg::Vec3f(8, 0, 0));
         send(kxMessageName::CurrentFrameChanged);
@@ -395,7 +395,7 @@ private Q_SLOTS:
         stack().redo();
         QCOMPARE(kxAnimFixture::transform(_first)->getTranslation().x(), 5.0f);
 
-        // What was typed over a key's value and keyed stands again where the key is undone, as before it.
+        // What was typed over a key's value and keyed is there again where the key is undone, as before it.
         _tree->keySelected();
         kxAnimManager::the()->setCurrentFrame(20, false, false);
         edited->setData(1, Qt::EditRole, "3");
@@ -445,7 +445,7 @@ private Q_SLOTS:
         for (const char* const channel : {"translation", "scale"})
             kxAnimManager::the()->addAnimation(_first, kxAnimFixture::curve(channel, "X", {{0.75f, 1}, {1, 3}}));
         kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("scale", "X", {{0.75f, 1}, {1, 3}}));
-        kxAnimManager::the()->setCurrentFrame(30, true, true); // a quarter of a second behind the keys
+        kxAnimManager::the()->setCurrentFrame(30, true, true); // a quarter of a second after the keys
         _tree->rebuildFromNodes({_first, _second});
         const auto choose = [this](const char* menu, const char* mode)
         {

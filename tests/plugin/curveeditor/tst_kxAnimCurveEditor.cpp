@@ -119,7 +119,7 @@ private Q_SLOTS:
         _editor->library->selectItemsForNodes({objects.begin(), objects.begin() + 20});
         Q_EMIT _editor->library->itemSelectionChanged();
         QCOMPARE(_editor->channels->topLevelItemCount(), 20);
-        QCOMPARE(_editor->curves().size(), 19); // the curve of the first one stands in its block
+        QCOMPARE(_editor->curves().size(), 19); // the curve of the first one is in its block
         QCOMPARE(nodes(), std::size_t(19));
         const int count = announced.count;
         _editor->library->selectItemsForNodes({objects.back()});
@@ -340,7 +340,7 @@ private Q_SLOTS:
         editor.show();
         const osg::NodePtr box = editor.animated("Box");
         const osg::NodePtr still = kxAnimFixture::object("Still"); // has no row in the library
-        // The undo of a deletion tells the selection before the change of the scene.
+        // The undo of a deletion notifies the selection before the change of the scene.
         editor.deliver(kxMessageId::NodeSelection, "nodes", std::vector<osg::NodePtr>{box, still});
         editor.deliver(kxMessageId::SceneChanged);
         QCOMPARE(editor.channels->topLevelItemCount(), 2);

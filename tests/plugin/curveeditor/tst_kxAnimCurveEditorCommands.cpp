@@ -76,7 +76,7 @@ private Q_SLOTS:
         Q_EMIT _editor->form->_value->relativeOperatorApplied(RelativeMultiply, 2);
         QCOMPARE(steps(), before + 1);
         QCOMPARE(keysOf(curve), (Keys{{0, 2}, {1, 4}, {2, 6}}));
-        // Each key lands where another stood.
+        // Each key lands where another was.
         Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 1);
         QCOMPARE(keysOf(curve), (Keys{{1, 2}, {2, 4}, {3, 6}}));
         kxUndoStack::get(0).stack()->undo();

@@ -69,7 +69,7 @@ private Q_SLOTS:
                 for (kxAnimGraphPoint* key : curve->points())
                     if (touchesAll)
                         key->setTangentTypes(key->inTangentType(), key->outTangentType());
-                curve->collectControlPoints(keys[touchesAll]); // behind those of the steps before
+                curve->collectControlPoints(keys[touchesAll]); // after those of the steps before
                 for (int i = 0; i < 30; ++i)
                 {
                     const kxAnimGraphPoint* key = curve->point(unsigned(i));
@@ -128,7 +128,7 @@ private Q_SLOTS:
         const osg::AnimCurvePtr kernel = curve->animCurve();
         graph.scene()->setLockX(true);
         for (osg::UInt32 i = 0; i < 3; ++i)
-            kernel->getControlPoints(i).setX(float(10 * (i + 1)) / 24); // each where its neighbour stood
+            kernel->getControlPoints(i).setX(float(10 * (i + 1)) / 24); // each where its neighbour was
         kernel->computeOuttangent(1, 0);
         curve->updateFromCurve();
         QCOMPARE(graph.point(0, 0)->pos().x(), 10.0);
@@ -233,7 +233,7 @@ private Q_SLOTS:
             QCOMPARE(white, 36 * ratio * ratio);
             QVERIFY2(met >= 36 && met <= 49, qPrintable(QString::number(met))); // the edge belongs to it
 
-            graph.point(0, 0)->setSelected(true); // an outline that stands alike in both directions
+            graph.point(0, 0)->setSelected(true); // an outline that is alike in both directions
             const QImage selected = graph.view.viewport()->grab().toImage();
             QRect outline;
             for (int x = -9 * ratio; x < 9 * ratio; ++x)
@@ -322,7 +322,7 @@ private Q_SLOTS:
     void gridStandsOnItsNumbers()
     {
         kxGraphFixture graph;
-        graph.show({{{3, 14}, {4, 14}}}); // else a hint stands there
+        graph.show({{{3, 14}, {4, 14}}}); // else a hint is there
         graph.view.setTransform(QTransform::fromScale(10, -10));
         graph.view.centerOn(3, 0);
         graph.scene()->timeItem()->hide();

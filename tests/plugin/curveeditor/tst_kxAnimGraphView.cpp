@@ -219,7 +219,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Where keys stand so close that handles lie on them.
+    /// Where keys are so close that handles lie on them.
     void selectedKeysLieOverHandles()
     {
         kxGraphFixture graph;
@@ -327,7 +327,7 @@ private Q_SLOTS:
         kxGraphFixture graph;
         graph.show({{{0, 0}, {300000, 5}}, {{50, -2000}, {60, 2000}}});
         graph.press(Qt::Key_F);
-        const QRectF handles(-150000, -2000, 600000, 4000); // those of the outer keys stand half a gap away
+        const QRectF handles(-150000, -2000, 600000, 4000); // those of the outer keys are half a gap away
         QVERIFY(graph.view.sceneRect().contains(handles));
         const QRectF seen = graph.view.mapToScene(graph.port()->rect()).boundingRect();
         QVERIFY(seen.contains(handles));
@@ -455,7 +455,7 @@ private Q_SLOTS:
         graph.click(QPoint(50, 50));
         QCOMPARE(bars.count, 0); // nothing is new
         graph.drag(graph.at(graph.point(0, 1)), QPoint(50, 50));
-        QCoreApplication::processEvents(); // the scene tells of its changes late
+        QCoreApplication::processEvents(); // the scene announces its changes late
         graph.click(QPoint(150, 50));
         QVERIFY(bars.count >= 1);
         bars.count = 0;
@@ -467,7 +467,7 @@ private Q_SLOTS:
 
     void selectionSurvivesNothing()
     {
-        // Keys that die while they are selected are told of once, and nobody meets one of them half gone.
+        // Keys that die while they are selected are reported once, and nobody meets one of them half gone.
         kxGraphFixture graph;
         graph.show({{{0, 0}, {10, 2}, {20, 0}}});
         QSignalSpy selections(graph.scene(), &QGraphicsScene::selectionChanged);

@@ -19,7 +19,7 @@
 
 namespace
 {
-// A small host in a process of its own, which tells on the standard output what it sees.
+// A small host in a process of its own, which says on the standard output what it sees.
 
 /// Runs after the statics of the library are gone, since it is registered before them.
 void countHandlersLeft()

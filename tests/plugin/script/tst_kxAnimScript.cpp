@@ -119,7 +119,7 @@ functions = {
 )";
 } // namespace
 
-/// The functions as scripts see them; what they do stands in tst_kxScriptFunctions.
+/// The functions as scripts see them; what they do is in tst_kxScriptFunctions.
 class tst_kxAnimScript : public QObject
 {
     Q_OBJECT
@@ -141,7 +141,7 @@ private Q_SLOTS:
         kxAnimFixture::clear();
     }
 
-    /// "thing" is an object without animations, "block" and "curve" stand under "thing2", "clip" holds a copy, "empty"
+    /// "thing" is an object without animations, "block" and "curve" are under "thing2", "clip" holds a copy, "empty"
     /// is a clip without anything, "material" has a curve; what is called "gone..." has died.
     void init()
     {
@@ -240,7 +240,7 @@ for signature in functions[name]:
     {
         QFETCH(QString, function);
         setGlobal("name", bp::object(function.toStdString()));
-        const kxCapturedStderr silent; // a missing service is told there
+        const kxCapturedStderr silent; // a missing service is reported there
         QVERIFY(kxScript::run(R"(
 f = getattr(kxAnimWidgets, name)
 for signature in functions[name]:

@@ -102,7 +102,7 @@ typedef void (*PlaceAt)(const kxNodePtr& clip, int frame);
 Q_DECLARE_METATYPE(MakeCore)
 Q_DECLARE_METATYPE(PlaceAt)
 
-/// What the script functions do; how they look from Python stands in tst_kxAnimScript.
+/// What the script functions do; how they look from Python is in tst_kxAnimScript.
 class tst_kxScriptFunctions : public QObject
 {
     Q_OBJECT
@@ -310,7 +310,7 @@ private Q_SLOTS:
         const kxNodePtr block = makeBlock("lid");
         const kxNodePtr clip = kxScriptClips::create("open", kxNodePtr());
         QVERIFY(!kxScriptTrash::trash(kxNodePtr()));
-        QVERIFY(!kxScriptTrash::trash(kxNodePtr(block.node()->getParent()))); // stands under nothing
+        QVERIFY(!kxScriptTrash::trash(kxNodePtr(block.node()->getParent()))); // is under nothing
         QVERIFY(!kxScriptTrash::trashAll({}));
         QUndoStack& stack = *kxUndoStack::get(0).stack();
         QCOMPARE(stack.count(), 0);
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QVERIFY(kxScriptClips::findClip("open") == clip);
         QVERIFY(kxScriptClips::findBlock("lid") == block);
 
-        // Where the user wants it, what stood in clips of a block goes with it, and comes back with it.
+        // Where the user wants it, what was in clips of a block goes with it, and comes back with it.
         QVERIFY(kxScriptClips::add(clip, block, 7));
         stack.clear();
         kxAnimManager::the()->setVerifyClipStructure(true);
@@ -387,12 +387,12 @@ private Q_SLOTS:
         const kxNodePtr outer = kxScriptClips::create("outer", kxNodePtr());
         const kxNodePtr inner = kxScriptClips::create("inner", outer);
         refreshed = 0;
-        QVERIFY(!kxScriptClips::add(inner, outer, 0)); // would stand in itself
+        QVERIFY(!kxScriptClips::add(inner, outer, 0)); // would be in itself
         QVERIFY(!kxScriptClips::add(outer, outer, 0));
         QVERIFY(!kxScriptClips::add(block, block, 0));
         QVERIFY(!kxScriptClips::add(outer, kxNodePtr(kxScene::the()->root()), 0));
         QVERIFY(!kxScriptClips::add(outer, kxNodePtr(block.node()->getChild(0)), 0)); // a curve
-        // What has died or is nothing stands in the table of bad input; a block is no clip.
+        // What has died or is nothing is in the table of bad input; a block is no clip.
         kxScriptClips::setDuration(block, 10);
         kxScriptClips::setStart(block, 10, true);
         kxScriptClips::setEnd(block, 10, false);

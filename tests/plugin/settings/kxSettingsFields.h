@@ -44,8 +44,8 @@ void kxFillFields(Form& form)
     form._detailedRangeEnd->setValue(95);
 }
 
-/// Whether each form's rows stand as they are read: a label has its field right beside it, all labels are as wide,
-/// nothing lies on anything else, and nothing stands right of an empty place but a check box below the fields.
+/// Whether each form's rows are placed as they are read: a label has its field right beside it, all labels are as wide,
+/// nothing lies on anything else, and nothing is right of an empty place but a check box below the fields.
 inline void kxVerifyRows(const QWidget& page)
 {
     int labels = 0;

@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(kxAnimManager::the()->fps(), 24.0);
         QCOMPARE(kxAnimManager::the()->playbackFPS(), 24.0);
         QCOMPARE(stored<double>(Key::Time), 24.0);
-        QCOMPARE(page.form->_fps->value(), 24.0); // the page shows what stands
+        QCOMPARE(page.form->_fps->value(), 24.0); // the page shows what is set
         QCOMPARE(page.form->_customSpeed->value(), 24.0);
     }
 

@@ -227,7 +227,7 @@ private Q_SLOTS:
         QCOMPARE(walk(panel()._prevKey), 24);
         QCOMPARE(walk(panel()._nextKey), 0);
         QCOMPARE(walk(panel()._nextKey), 10);
-        QCOMPARE(walk(panel()._nextKey), 10); // 10.5 lies behind 10
+        QCOMPARE(walk(panel()._nextKey), 10); // 10.5 lies after 10
         QCOMPARE(walk(panel()._prevKey), 0);
         QCOMPARE(kxAnimManager::the()->currentFrame(), 0.0);
 
@@ -322,7 +322,7 @@ private Q_SLOTS:
             kxMessage& data = kxPreferences::getData();
             data.set(Key::Time, 30.0, true);
             data.set(Key::DetailedRangeEnd, 33, true);
-            data.set(Key::FullRangeEnd, std::string("50"), true); // of the wrong type: its preset stands
+            data.set(Key::FullRangeEnd, std::string("50"), true); // of the wrong type: its preset holds
             data.set(Key::KeepKeys, true, true);
             data.set(Key::FullRangeStart, -9, true);
             data.set(Key::DetailedRangeStart, 7, true);
@@ -349,7 +349,7 @@ private Q_SLOTS:
             preferences.preferencesSetDefaults(false); // keeps what is there
             QCOMPARE(boost::any_cast<double>(data.get(Key::Time)), 30.0);
         }
-        // The page has taken its keys along: presets stand, and what has none stays.
+        // The page has taken its keys along: presets hold, and what has none stays.
         QVERIFY(kxPreferences::getData().get(Key::Time).empty());
         kernel.setLoopTimeline(false);
         deliver(kxMessageId::NewScene);

@@ -57,7 +57,7 @@ private Q_SLOTS:
                                       ".wheel", "..turn", "small",  ".door", "..open", ".wheel", "..turn"};
         QCOMPARE(_library->dump(), expected);
 
-        // A node that is named as a group stands beside it; a scene plate has one row; bare curves show their node
+        // A node that is named as a group is beside it; a scene plate has one row; bare curves show their node
         // alone.
         object("round", {block("spin")});
         const NodePtr plate = object("plate", {block("blink")});
@@ -109,7 +109,7 @@ private Q_SLOTS:
     void dropsRows_data()
     {
         // target: empty = no row
-        // path: of a row that stands in the tree afterwards
+        // path: of a row that is in the tree afterwards
         kxColumns<QString, QString, bool, QString>("source", "target", "taken", "path");
 
         kxRow("block to a node", "small/door/open", "car", true, "car/open");
@@ -137,7 +137,7 @@ private Q_SLOTS:
         const UInt64 marks = WinThreadBase::getCurrentChangeList()->count();
         QTEST(_library->drop(source, target), "taken");
         QVERIFY2(_library->row(path) != nullptr, qPrintable(_library->dump().join('\n')));
-        // Whoever asks for unsaved changes hears of it.
+        // Whoever asks for unsaved changes is notified.
         QCOMPARE(WinThreadBase::getCurrentChangeList()->count() != marks, _library->dump() != before);
         const bool leavesGroup = source == "small/wheel";
         QCOMPARE(_library->row("small/wheel") == nullptr, leavesGroup);
@@ -391,7 +391,7 @@ private Q_SLOTS:
             QVERIFY(!_library->dump().contains("keyed") && !_library->dump().contains("faded"));
             QCOMPARE(_library->dump().size(), before.size() - 2);
             stack->undo();
-            _library->rebuild(true); // whoever shows the library hears of it
+            _library->rebuild(true); // whoever shows the library is notified
             QCOMPARE(_library->dump(), before);
             QCOMPARE(kxAnimFixture::curveOf(keys)->getControlPoints().size(), 2u);
         }

@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(_tree->text(), QString("walk .legs ..step arms"));
         _tree->topLevelItem(0)->setSelected(true);
 
-        // A root that stands somewhere has no row either, and stands there again afterwards.
+        // A root that is somewhere has no row either, and is there again afterwards.
         const osg::Share<AnimNode> above(AnimNodeBase::create());
         above->addChild(AnimNodeBase::create());
         above->insertChild(0, root());

@@ -377,7 +377,7 @@ private:
     osg::NodePtr _box, _ball;
     osg::AnimNodePtr _walk; // under the box
     osg::AnimNodePtr _roll; // under the ball, a clone of it in the clip
-    osg::AnimNodePtr _clip; // stands under the box, "Scene *", and holds the clone "roll in"
+    osg::AnimNodePtr _clip; // is under the box, "Scene *", and holds the clone "roll in"
 };
 
 QTEST_MAIN(tst_kxAnimTreeWidget)

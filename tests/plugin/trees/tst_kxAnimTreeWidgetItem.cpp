@@ -201,7 +201,7 @@ private Q_SLOTS:
 private:
     kxAnimFixture _fixture;
     osg::NodePtr _object;
-    osg::AnimNodePtr _block; // stands under the object, "Walk"
+    osg::AnimNodePtr _block; // is under the object, "Walk"
 };
 
 QTEST_MAIN(tst_kxAnimTreeWidgetItem)

@@ -59,7 +59,7 @@ void verifyThereAndBack(QUndoCommand& command, const osg::AnimCurvePtr& curve, c
     }
 }
 
-/// Counts how often those who list animations are told to begin anew.
+/// Counts how often those who list animations are asked to begin anew.
 class CountingModule : public kxModuleBase
 {
 public:
@@ -183,7 +183,7 @@ private Q_SLOTS:
             move->redo();
             return move;
         };
-        QVERIFY(moved(curve, 2)->isObsolete()); // it stood there
+        QVERIFY(moved(curve, 2)->isObsolete()); // it was there
         const QString start = textOf(curve);
         const auto raised = moved(curve, 4);
         QVERIFY(!raised->mergeWith(moved(other, 4).get()) && !raised->mergeWith(moved(longer, 4).get()));
