@@ -1,4 +1,7 @@
 #include <files/kxSceneIO.h>
+#include <files/scene/kxSceneContent.h>
+#include <files/text/kxSceneDifference.h>
+#include <files/text/kxSceneText.h>
 #include <kxBenchScene.h>
 
 #include <benchmark/benchmark.h>
@@ -47,10 +50,45 @@ void open(benchmark::State& state)
             state.SkipWithError(qUtf8Printable(report.message()));
     }
 }
+
+/// Reads the file twice and compares what they hold, a key of each object being another.
+void compare(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        kxSceneContent before, after;
+        kxFileReport report(sceneFile());
+        if (!kxSceneIO::readContent(sceneFile(), before, report) || !kxSceneIO::readContent(sceneFile(), after, report))
+            state.SkipWithError(qUtf8Printable(report.message()));
+        for (const osg::NodePtr& node : after.root->getChildren())
+        {
+            const osg::NodePtr curve = node->findAttachment<osg::AnimAttachment>()->getAnimationRoot()->getChild(4);
+            osg::AnimCurvePtr::dcast(curve->getCore())->getControlPoints(50).setY(77);
+        }
+        state.counters["differences"] = double(kxSceneDifference::between(before, after).entries.size());
+    }
+}
+
+void text(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        double bytes = 0;
+        kxSceneText::write(kxSceneContent::ofScene(),
+                           [&bytes](const QByteArray& piece)
+                           {
+                               bytes += piece.size();
+                               return true;
+                           });
+        state.counters["bytes/key"] = bytes / Keys;
+    }
+}
 } // namespace
 
 BENCHMARK(save)->Iterations(3)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(open)->Iterations(3)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(compare)->Iterations(3)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(text)->Iterations(3)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 int main(int argc, char** argv)
 {

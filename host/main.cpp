@@ -1,4 +1,5 @@
 #include <app/kxApplication.h>
+#include <app/kxFileTexts.h>
 
 #include <QApplication>
 #include <QIcon>
@@ -51,6 +52,11 @@ int main(int argc, char** argv)
     }
     if (answersAtOnce(line, exitCode))
         return exitCode;
+    if (line.tellsOfFiles())
+    {
+        const QCoreApplication files(argc, argv); // readers look for their plug-ins beside it
+        return kxFileTexts::run(line);
+    }
     if (!line.headless && !kxApplication::hasDisplay())
     {
         QTextStream(stderr) << "kxhost: there is no display for a window"

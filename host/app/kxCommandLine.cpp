@@ -29,6 +29,12 @@ void addOptions(QCommandLineParser& parser)
     add("screenshot", tr("Picture of the window to write."), "FILE.png");
     add("export", tr("glTF file to write."), "FILE.glb");
     add("size", tr("Size of the pictures in pixels (1280x720)."), "WxH");
+    add("diff",
+        tr("Tell what two scenes or models differ in, by names; the exit code is 0 where they are equal, 1 where "
+           "they differ, 2 where one can't be read."),
+        "");
+    add("json", tr("With --diff: as JSON."), "");
+    add("text", tr("Write a scene or model as text that is made to be compared line by line."), "");
     add("headless", tr("Show no window, do what is asked, and quit."), "");
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
     parser.addOption({{QStringLiteral("v"), QStringLiteral("version")}, tr("Show the version.")});
@@ -96,6 +102,35 @@ void checkPictures(kxCommandLine& line)
         line.errors << tr("--screenshot writes .png and .jpg files, not '%1'").arg(line.screenshot);
 }
 
+/// --diff and --text stand alone. False where none of them is given.
+bool parseTexts(kxCommandLine& line, const QCommandLineParser& parser)
+{
+    const bool diff = parser.isSet(QStringLiteral("diff"));
+    line.text = parser.isSet(QStringLiteral("text"));
+    line.json = parser.isSet(QStringLiteral("json"));
+    if (!diff && !line.text)
+    {
+        if (line.json)
+            line.errors << tr("--json needs --diff");
+        return false;
+    }
+    line.compared = parser.positionalArguments();
+    const QStringList own = {QStringLiteral("diff"), QStringLiteral("text"), QStringLiteral("json"),
+                             QStringLiteral("headless")};
+    for (const QString& name : parser.optionNames())
+        if (!own.contains(name))
+            line.errors << tr("--%1 doesn't go with --%2").arg(name, own.at(diff ? 0 : 1));
+    if (diff && line.text)
+        line.errors << tr("--diff and --text exclude each other");
+    else if (line.text && line.json)
+        line.errors << tr("--json needs --diff");
+    else if (diff && line.compared.size() != 2)
+        line.errors << tr("--diff compares two files, not %1").arg(line.compared.size());
+    else if (line.text && line.compared.size() != 1)
+        line.errors << tr("--text writes one file, not %1").arg(line.compared.size());
+    return true;
+}
+
 QString oneValue(const QCommandLineParser& parser, const char* name, kxCommandLine& line)
 {
     const QStringList values = parser.values(QString::fromLatin1(name));
@@ -120,6 +155,8 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.help = parser.isSet(QStringLiteral("help"));
     line.version = parser.isSet(QStringLiteral("version"));
     line.headless = parser.isSet(QStringLiteral("headless"));
+    if (parseTexts(line, parser))
+        return line;
     const QStringList scenes = parser.positionalArguments();
     if (scenes.size() > 1)
         line.errors << tr("one scene can be opened, not %1: '%2' is too much").arg(scenes.size()).arg(scenes.at(1));

@@ -23,6 +23,9 @@ struct kxCommandLine
     QString render; ///< file name, or a pattern for a range
     QString screenshot;
     QString exportFile;
+    QStringList compared;      ///< the two files of --diff, the one of --text
+    bool text = false;         ///< --text; without it `compared` is for --diff
+    bool json = false;         ///< --diff tells as JSON
     std::optional<QSize> size; ///< of rendered pictures, or of the window for a screenshot
     bool headless = false;
     bool help = false;
@@ -34,6 +37,8 @@ struct kxCommandLine
     static QString helpText();
 
     bool writesPictures() const { return !render.isEmpty() || !screenshot.isEmpty(); }
+    /// Files are told of on the standard output, and nothing else is done; see kxFileTexts.
+    bool tellsOfFiles() const { return !compared.isEmpty(); }
     /// Something is to be done that needs no user.
     bool hasWork() const { return writesPictures() || !exportFile.isEmpty() || !scripts.isEmpty(); }
 };

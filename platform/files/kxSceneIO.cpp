@@ -279,10 +279,8 @@ void kxSceneIO::newScene()
 bool kxSceneIO::open(const QString& path, kxFileReport& report)
 {
     kxSceneContent content;
-    if (!read(path, content, report))
+    if (!readContent(path, content, report))
         return false;
-    if (!isSceneFile(path))
-        kxSceneSummary::nameMaterials(content, {});
     report.setSummary(kxSceneSummary::of(content), true);
     {
         // What was read is in memory already, with times at its own rate.
@@ -315,6 +313,15 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
     call(kxMessageName::UpdateAnimControlGUI);
     kxSceneMessages::contentChanged();
+    return true;
+}
+
+bool kxSceneIO::readContent(const QString& path, kxSceneContent& content, kxFileReport& report)
+{
+    if (!read(path, content, report))
+        return false;
+    if (!isSceneFile(path))
+        kxSceneSummary::nameMaterials(content, {});
     return true;
 }
 

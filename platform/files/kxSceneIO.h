@@ -2,6 +2,8 @@
 
 #include <files/scene/kxFileReport.h>
 
+struct kxSceneContent;
+
 /// The whole acts on the open scene: from a file and into one, with all that must follow.
 ///
 /// A file is read apart from the scene first; where that fails, the scene stays as it is. The caller logs the report.
@@ -16,6 +18,8 @@ KX_API bool open(const QString& path, kxFileReport& report);
 /// Adds the scene of a file below a new group that bears the file's name; animations of an object go to the one object
 /// or material that is selected. One step on the undo stack.
 KX_API bool importFile(const QString& path, kxFileReport& report);
+/// What open() would put there, without touching the open scene: to look at it, or to compare it.
+KX_API bool readContent(const QString& path, kxSceneContent& content, kxFileReport& report);
 KX_API bool save(const QString& path, kxFileReport& report);
 KX_API bool exportScene(const QString& path, kxFileReport& report);
 

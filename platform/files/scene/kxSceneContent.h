@@ -11,7 +11,7 @@
 /// A whole scene, or a part of one, that is in no tree: what readers fill and writers take.
 ///
 /// Nothing of the open scene is touched until kxSceneIO puts a content there.
-struct kxSceneContent
+struct KX_API kxSceneContent
 {
     osg::Share<osg::Node> root;                       ///< its children go under the scene's root
     osg::Share<osg::Node> sceneplates;                ///< null, or the same for scene plates

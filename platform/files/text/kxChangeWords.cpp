@@ -85,6 +85,7 @@ public:
                 const Thing thing = _finder(change.id);
                 kxChangeActs::addFields(acts, change, thing, _fps, _finder);
                 addOrder(acts, change, thing);
+                addUnsharing(acts, change, thing);
             }
             else
                 addLife(acts, change);
@@ -193,6 +194,16 @@ private:
         std::sort(after.begin(), after.end());
         if (before == after)
             acts.push_back(kxChangeActs::act(Act::Move, tr("Reorder what stands in"), thing));
+    }
+
+    /// A core of its own; where what holds it got one too, that one is named.
+    void addUnsharing(std::vector<Act>& acts, const Change& change, const Thing& thing) const
+    {
+        const auto isUnshared = [](const Change& each)
+        { return each.before.core != 0 && each.after.core != 0 && each.before.core != each.after.core; };
+        const Change* const above = holder(change);
+        if (isUnshared(change) && !(above != nullptr && isUnshared(*above)))
+            acts.push_back(kxChangeActs::act(Act::Change, tr("Unshare"), thing));
     }
 
     double _fps;

@@ -42,6 +42,13 @@ private Q_SLOTS:
         kxRow("size without height", "a.kxs --size 100", "100");
         kxRow("size too large", "a.kxs --size 99999x100", "99999x100");
         kxRow("twice", "a.kxs --frame 1 --frame 2", "--frame");
+        kxRow("comparison of one", "--diff a.kxs", "two files");
+        kxRow("comparison of three", "--diff a.kxs b.kxs a.kxs", "two files");
+        kxRow("text of two", "--text a.kxs b.kxs", "one file");
+        kxRow("text and comparison", "--text --diff a.kxs b.kxs", "exclude");
+        kxRow("text as JSON", "--text --json a.kxs", "--diff");
+        kxRow("JSON of nothing", "--json a.kxs", "--diff");
+        kxRow("comparison and picture", "--diff a.kxs b.kxs --render x.png", "--render");
         kxRow("headless and idle", "--headless", "nothing to do");
     }
 

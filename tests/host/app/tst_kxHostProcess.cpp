@@ -17,7 +17,8 @@ private Q_SLOTS:
         write("leaves.py", "import sys; sys.exit(3)\n");
         write("ends.py", "import sys; sys.exit()\n");
         write("broken.kxs", "nothing of a scene");
-        write("save.py", "import kxHost\nkxHost.newScene()\nkxHost.saveScene('made.kxs')\n");
+        write("save.py", "import kxHost\nkxHost.newScene()\nkxHost.saveScene('made.kxs')\n"
+                         "kxHost.addObject('box', 'Crate')\nkxHost.saveScene('more.kxs')\n");
         const Result made = run({"--headless", "--script", "save.py"});
         QVERIFY2(made.code == 0 && made.errors.contains("New scene"), qPrintable(made.errors)); // not the first one
     }
@@ -35,6 +36,14 @@ private Q_SLOTS:
         kxRow("export", "made.kxs --export out.glb", 0, "wrote out.glb");
         kxRow("export nowhere", "made.kxs --export no/such/a.glb --render never.png", 1, "a.glb");
         kxRow("window's picture", "made.kxs --screenshot shot.png", 0, "wrote shot.png");
+        kxRow("equal", "--diff made.kxs made.kxs", 0, "");
+        kxRow("different", "--diff made.kxs more.kxs", 1, "Object 'Crate': added\n");
+        kxRow("different, as JSON", "--diff --json more.kxs made.kxs", 1, "\"kind\": \"removed\"");
+        kxRow("compared with nothing", "--diff /dev/null more.kxs", 1, "Object 'Crate': added\n");
+        kxRow("compared with a damaged scene", "--diff made.kxs broken.kxs", 2, "broken.kxs");
+        kxRow("compared with no scene", "--diff none.kxs made.kxs", 2, "no such file");
+        kxRow("text", "--text more.kxs", 0, "\n[objects/Crate]\nclass = Geometry\n");
+        kxRow("text of a damaged scene", "--text broken.kxs", 2, "broken.kxs");
         kxRow("bad argument", "--frames 5:1", 2, "5:1");
         kxRow("version", "--version", 0, "kxhost");
         kxRow("help", "--help", 0, "--frames");
@@ -49,6 +58,44 @@ private Q_SLOTS:
         QVERIFY2((result.output + result.errors).contains(says), qPrintable(result.output + result.errors));
         QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
         QVERIFY2(result.code != 0 || !result.errors.contains("QF"), qPrintable(result.errors)); // no noise of a library
+    }
+
+    void gitShowsWhatChanged()
+    {
+        const QString git = QStandardPaths::findExecutable("git");
+        if (git.isEmpty())
+            QSKIP("git isn't installed");
+        QDir(_folder.path()).mkdir("repository");
+        const auto call = [&](const QStringList& arguments)
+        {
+            QProcess process;
+            process.setWorkingDirectory(_folder.filePath("repository"));
+            process.start(git,
+                          QStringList{"-c", "user.name=a", "-c", "user.email=a@b", "-c", "core.pager=cat"} + arguments);
+            return process.waitForFinished(60000)
+                       ? QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError())
+                       : QString();
+        };
+        const auto put = [&](const QString& name)
+        {
+            const QString place = _folder.filePath("repository/stage.kxs");
+            QFile::remove(place);
+            QVERIFY(QFile::copy(_folder.filePath(name), place));
+        };
+        call({"init", "-q"});
+        write("repository/.gitattributes", "*.kxs diff=kxs\n");
+        call({"config", "diff.kxs.textconv", KX_HOST " --text"});
+        call({"config", "diff.kxs.xfuncname", "^\\[.*"});
+        call({"config", "difftool.kxs.cmd", KX_HOST " --diff \"$LOCAL\" \"$REMOTE\""});
+        put("made.kxs");
+        call({"add", "."});
+        call({"commit", "-q", "-m", "first"});
+        put("more.kxs");
+        const QString lines = call({"diff"});
+        QVERIFY2(lines.contains("\n+[objects/Crate]\n") && lines.contains("\n+child = Crate\n"), qPrintable(lines));
+        QVERIFY2(lines.contains(" @@ [library]\n"), qPrintable(lines)); // the head of a hunk names the thing
+        const QString words = call({"difftool", "-y", "-t", "kxs"});
+        QVERIFY2(words.contains("Object 'Crate': added"), qPrintable(words));
     }
 
     void firstSceneHasDefaultsAndStoredSettings()
