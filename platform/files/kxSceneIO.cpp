@@ -260,9 +260,16 @@ bool importAnimations(const QString& path, kxFileReport& report)
     kxUndoStack::get(0).add(command);
     return true;
 }
-} // namespace
 
-void kxSceneIO::newScene()
+kxSceneObserver* observer = nullptr; ///< not owned
+
+void tellReplaced(const kxSceneOrigin& origin)
+{
+    if (observer != nullptr)
+        observer->sceneReplaced(origin);
+}
+
+void clearScene()
 {
     kxSceneMessages::stopPlayback();
     kxFramePlayer::the()->stop(nullptr);
@@ -276,21 +283,11 @@ void kxSceneIO::newScene()
     kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
 }
 
-bool kxSceneIO::open(const QString& path, kxFileReport& report)
+/// Puts what was read into the empty scene. `isOurs`: a foreign file brings no top of its own.
+void place(const kxSceneContent& content, bool isOurs)
 {
-    kxSceneContent content;
-    if (!readContent(path, content, report))
-        return false;
-    report.setSummary(kxSceneSummary::of(content), true);
-    {
-        // What was read is in memory already, with times at its own rate.
-        const kxTimeRescale::Pause pause;
-        newScene();
-        kxSceneTiming::apply(content.animation);
-    }
     kxScene* const scene = kxScene::the();
-    // A foreign file brings no top of its own.
-    if (isSceneFile(path))
+    if (isOurs)
         replaceTop(content.root.get(), scene->root());
     else
         moveChildren(content.root.get(), scene->root());
@@ -303,16 +300,57 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     for (const auto& [key, value] : content.settings)
         scene->setSetting(key, value);
     coverAnimations(content);
-    if (!isSceneFile(path) && !(content.animationEnd > content.animationStart))
+    if (!isOurs && !(content.animationEnd > content.animationStart))
         showFullRange();
+}
 
-    scene->markStructureChanged();
+/// The tops that were read gave what they have to those of the scene.
+kxSceneOrigin originOf(const kxSceneContent& content)
+{
+    kxSceneOrigin origin = content.origin;
+    const kxSceneContent scene = kxSceneContent::ofScene();
+    origin.replace(content.root.id(), scene.root.id());
+    origin.replace(content.sceneplates.id(), scene.sceneplates.id());
+    origin.replace(content.scenery.id(), scene.scenery.id());
+    origin.replace(content.clips.id(), scene.clips.id());
+    origin.replace(content.sceneStructure.id(), scene.sceneStructure.id());
+    return origin;
+}
+} // namespace
+
+void kxSceneIO::setObserver(kxSceneObserver* value)
+{
+    observer = value;
+}
+
+void kxSceneIO::newScene()
+{
+    clearScene();
+    tellReplaced(kxSceneOrigin());
+}
+
+bool kxSceneIO::open(const QString& path, kxFileReport& report)
+{
+    kxSceneContent content;
+    if (!readContent(path, content, report))
+        return false;
+    report.setSummary(kxSceneSummary::of(content), true);
+    {
+        // What was read is in memory already, with times at its own rate.
+        const kxTimeRescale::Pause pause;
+        clearScene();
+        kxSceneTiming::apply(content.animation);
+    }
+    place(content, isSceneFile(path));
+
+    kxScene::the()->markStructureChanged();
     kxAnimManager::the()->verifyClipStructure();
     kxUndoStack::get(0).stack()->clear(); // what that took out is no step of this scene
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
     call(kxMessageName::UpdateAnimControlGUI);
     kxSceneMessages::contentChanged();
+    tellReplaced(originOf(content));
     return true;
 }
 
@@ -349,7 +387,14 @@ bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
 bool kxSceneIO::save(const QString& path, kxFileReport& report)
 {
     kxAnimManager::the()->verifyClipStructure();
-    return kxSceneFile::save(path, report);
+    if (observer != nullptr)
+        observer->sceneToBeSaved();
+    kxSceneOrigin origin;
+    if (!kxSceneFile::save(path, report, origin))
+        return false;
+    if (observer != nullptr)
+        observer->sceneSaved(origin);
+    return true;
 }
 
 bool kxSceneIO::exportScene(const QString& path, kxFileReport& report)

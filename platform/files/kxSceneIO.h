@@ -2,6 +2,7 @@
 
 #include <files/scene/kxFileReport.h>
 
+class kxSceneObserver;
 struct kxSceneContent;
 
 /// The whole acts on the open scene: from a file and into one, with all that must follow.
@@ -22,6 +23,9 @@ KX_API bool importFile(const QString& path, kxFileReport& report);
 KX_API bool readContent(const QString& path, kxSceneContent& content, kxFileReport& report);
 KX_API bool save(const QString& path, kxFileReport& report);
 KX_API bool exportScene(const QString& path, kxFileReport& report);
+
+/// Told from then on, one at a time; null for none. Not owned.
+KX_API void setObserver(kxSceneObserver* observer);
 
 /// The suffix of our own scene files, without a dot.
 KX_API QString sceneSuffix();

@@ -40,50 +40,9 @@ void appendText(QCborStreamWriter& out, const std::string& text)
     out.appendTextString(text.data(), qsizetype(text.size()));
 }
 
-template <class Numbers>
-void appendNumbers(QCborStreamWriter& out, const Numbers& numbers)
-{
-    out.startArray(quint64(numbers.size()));
-    for (const auto number : numbers)
-        out.append(quint64(number));
-    out.endArray();
-}
-
 UInt32 readId(kxCborInput& in)
 {
     return UInt32(in.readUInt(0xffffffffu));
-}
-
-std::vector<UInt32> readIds(kxCborInput& in)
-{
-    std::vector<UInt32> ids;
-    for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
-        ids.push_back(readId(in));
-    in.leave();
-    return ids;
-}
-
-void readStructure(kxCborInput& in, kxContainerForm::Numbers& structure)
-{
-    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
-        switch (in.readUInt(0xffffu))
-        {
-        case kxContainerForm::Attachments:
-            structure.attachments = readIds(in);
-            break;
-        case kxContainerForm::Core:
-            structure.core = readId(in);
-            break;
-        case kxContainerForm::Children:
-            structure.children = readIds(in);
-            break;
-        case kxContainerForm::CoreParents:
-            structure.coreParents = readIds(in);
-            break;
-        default:
-            in.fail(QStringLiteral("a relation of an unknown kind"));
-        }
-    in.leave();
 }
 
 /// All that is before the values; the class, null where this is no container's record.
@@ -92,16 +51,9 @@ const FieldContainerType* readHead(kxCborInput& in, kxContainerRecord::Content& 
     if (in.enterArray() != 4)
         return nullptr;
     const FieldContainerType* const type = FieldContainerType::find(in.readText());
-    readStructure(in, content.structure);
-    content.ownedByFields = readIds(in);
+    content.structure = kxContainerRecord::readStructure(in);
+    content.ownedByFields = kxContainerRecord::readIds(in);
     return in.failed() ? nullptr : type;
-}
-
-/// The tops of the scene's trees, which live as long as the process.
-std::vector<UInt32> tops()
-{
-    const kxSceneContent scene = kxSceneContent::ofScene();
-    return {scene.root.id(), scene.sceneplates.id(), scene.scenery.id(), scene.clips.id(), scene.sceneStructure.id()};
 }
 
 std::map<std::string, double> animationSettings()
@@ -122,6 +74,51 @@ std::vector<UInt32> kxContainerRecord::Content::owned() const
     return owned;
 }
 
+std::vector<UInt32> kxContainerRecord::readIds(kxCborInput& in)
+{
+    std::vector<UInt32> ids;
+    if (!in.isArray())
+        return {readId(in)};
+    for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
+        ids.push_back(readId(in));
+    in.leave();
+    return ids;
+}
+
+kxContainerForm::Numbers kxContainerRecord::readStructure(kxCborInput& in)
+{
+    kxContainerForm::Numbers structure;
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
+        switch (in.readUInt(0xffffu))
+        {
+        case kxContainerForm::Attachments:
+            structure.attachments = readIds(in);
+            break;
+        case kxContainerForm::Core:
+            structure.core = readId(in);
+            break;
+        case kxContainerForm::Children:
+            structure.children = readIds(in);
+            break;
+        case kxContainerForm::CoreParents:
+            structure.coreParents = readIds(in);
+            break;
+        default:
+            in.fail(QStringLiteral("a relation of an unknown kind"));
+        }
+    in.leave();
+    return structure;
+}
+
+void kxContainerRecord::writeHead(QCborStreamWriter& out, const FieldContainerType& type,
+                                  const kxContainerForm::Numbers& structure, const std::vector<UInt32>& ownedByFields)
+{
+    out.startArray(4);
+    appendText(out, type.getName());
+    kxContainerForm::writeStructure(out, structure);
+    kxContainerForm::writeNumbers(out, ownedByFields);
+}
+
 QByteArray kxContainerRecord::of(const FieldContainerPtr& container)
 {
     QByteArray record;
@@ -130,15 +127,11 @@ QByteArray kxContainerRecord::of(const FieldContainerPtr& container)
     const kxRestScope rest({container});
     std::vector<FieldContainerPtr> owned;
     kxContainerForm::ownedByFields(container, owned);
-    QCborStreamWriter out(&record);
-    out.startArray(4);
-    const char* const name = container->getType().getName();
-    out.appendTextString(name, qsizetype(std::char_traits<char>::length(name)));
-    kxContainerForm::writeStructure(out, container, Ids());
-    out.startArray(quint64(owned.size()));
+    std::vector<UInt32> ownedIds;
     for (const FieldContainerPtr& each : owned)
-        out.append(quint64(each->getId()));
-    out.endArray();
+        ownedIds.push_back(each->getId());
+    QCborStreamWriter out(&record);
+    writeHead(out, container->getType(), kxContainerForm::structure(container, Ids()), ownedIds);
     kxContainerForm::writeValues(out, container, Ids(), false);
     out.endArray();
     return record;
@@ -170,7 +163,7 @@ std::vector<UInt32> kxContainerRecord::owned(const QByteArray& record)
     kxCborInput in(record.constData(), record.size(), report);
     if (Content content; readHead(in, content) != nullptr)
         return content.owned();
-    std::vector<UInt32> owned = tops();
+    std::vector<UInt32> owned = kxSceneRecord::tops();
     const std::vector<UInt32> materials = kxSceneRecord::read(record).materials;
     owned.insert(owned.end(), materials.begin(), materials.end());
     return owned;
@@ -195,7 +188,13 @@ std::vector<UInt32> kxContainerRecord::ids(const QByteArray& slice)
 {
     kxFileReport report;
     kxCborInput in(slice.constData(), slice.size(), report);
-    return in.isArray() ? readIds(in) : std::vector<UInt32>{readId(in)};
+    return readIds(in);
+}
+
+std::vector<UInt32> kxSceneRecord::tops()
+{
+    const kxSceneContent scene = kxSceneContent::ofScene();
+    return {scene.root.id(), scene.sceneplates.id(), scene.scenery.id(), scene.clips.id(), scene.sceneStructure.id()};
 }
 
 QByteArray kxSceneRecord::ofScene()
@@ -206,7 +205,7 @@ QByteArray kxSceneRecord::ofScene()
     std::vector<UInt32> materials;
     for (const MaterialPtr& material : kxScene::the()->materials())
         materials.push_back(material->getId());
-    appendNumbers(out, materials);
+    kxContainerForm::writeNumbers(out, materials);
     out.startMap(quint64(kxScene::the()->settings().size()));
     for (const auto& [key, value] : kxScene::the()->settings())
     {
@@ -233,7 +232,7 @@ kxSceneRecord::Content kxSceneRecord::read(const QByteArray& record)
     Content content;
     if (in.enterArray() != 3)
         return content;
-    content.materials = readIds(in);
+    content.materials = kxContainerRecord::readIds(in);
     for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
     {
         const std::string key = in.readText();

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+class kxCborInput;
+
 /// The state of one container as bytes: all that a scene file holds of it, unpacked, with the ids of living containers
 /// in place of the file's numbers. What evaluation wrote isn't in it. The same state gives the same bytes.
 ///
@@ -37,6 +39,13 @@ KX_API const osg::FieldContainerType* type(const QByteArray& record);
 KX_API osg::FieldValue value(const QByteArray& slice, std::size_t kind);
 /// The ids of a reference or a list of them.
 KX_API std::vector<osg::UInt32> ids(const QByteArray& slice);
+
+/// For others that write and read records: what is before the values, which are to follow, and one endArray().
+void writeHead(QCborStreamWriter& out, const osg::FieldContainerType& type, const kxContainerForm::Numbers& structure,
+               const std::vector<osg::UInt32>& ownedByFields);
+kxContainerForm::Numbers readStructure(kxCborInput& in);
+/// A number, or a list of them.
+std::vector<osg::UInt32> readIds(kxCborInput& in);
 } // namespace kxContainerRecord
 
 /// The same for what belongs to the scene and to no container; it is under the id 0.
@@ -50,6 +59,8 @@ struct Content
 };
 
 KX_API QByteArray ofScene();
+/// The tops of the scene's trees, which the scene owns beside its materials, and which live as long as the process.
+std::vector<osg::UInt32> tops();
 KX_API Content read(const QByteArray& record);
 /// Gives the open scene what the record says. True where something was another.
 bool apply(const QByteArray& record);

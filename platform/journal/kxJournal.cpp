@@ -1,9 +1,10 @@
 #include <journal/kxJournal.h>
 
 #include <animation/kxAnimEngine.h>
-#include <files/scene/kxSceneContent.h>
+#include <files/kxSceneIO.h>
 #include <journal/kxContainerRecord.h>
 #include <journal/kxContainerRestore.h>
+#include <journal/kxJournalBase.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
@@ -179,6 +180,10 @@ private:
     bool _isEntering = false;
 };
 
+kxJournal::kxJournal() = default;
+
+kxJournal::~kxJournal() = default;
+
 kxJournal& kxJournal::the()
 {
     static kxJournal* const journal = new kxJournal; // never freed: containers die after the statics of other files
@@ -199,7 +204,8 @@ void kxJournal::start(const QString& file)
     };
     connect(kxScene::the(), &kxScene::settingsChanged, this, look);
     connect(kxScene::the(), &kxScene::structureChanged, this, look);
-    takeScene();
+    kxSceneIO::setObserver(this);
+    takeScene(kxSceneOrigin());
 }
 
 void kxJournal::stop()
@@ -208,6 +214,8 @@ void kxJournal::stop()
         return;
     WinThreadBase::getCurrentChangeList()->subListener(this);
     kxScene::the()->disconnect(this);
+    kxSceneIO::setObserver(nullptr);
+    _base.reset();
     _store.reset();
     _owners.clear();
     _marked.clear();
@@ -225,25 +233,98 @@ void kxJournal::end()
     Q_EMIT failed(why);
 }
 
-void kxJournal::takeScene()
+/// All containers of the scene, and how often each is owned.
+std::vector<UInt32> kxJournal::takeOwners()
 {
-    _owners.clear();
-    _sceneRecord.clear();
-    Comparison comparison(*this);
-    comparison.look(SceneId);
-    _store->begin();
-    for (const auto& [id, state] : comparison.run())
-        _store->setLatest(id, state.after);
+    _owners.assign(FieldContainerFactory::the()->getFieldContainerStore().size(), 0);
+    std::vector<UInt32> found;
+    const auto own = [&](UInt32 id)
+    {
+        if (_owners[id]++ == 0)
+            found.push_back(id);
+    };
+    for (const UInt32 id : kxContainerRecord::owned(_sceneRecord))
+        own(id);
+    std::vector<FieldContainerPtr> owned;
+    for (std::size_t i = 0; i < found.size(); ++i)
+    {
+        owned.clear();
+        kxContainerForm::ownedBy(living(found[i]), owned);
+        for (const FieldContainerPtr& each : owned)
+            if (each != NullFC)
+                own(each->getId());
+    }
+    return found;
+}
+
+void kxJournal::takeScene(const kxSceneOrigin& origin)
+{
+    _entries.clear();
+    _takenBack.clear();
+    _base = std::make_unique<kxJournalBase>(origin);
+    if (!_base->isValid())
+        _base.reset();
     _sceneRecord = kxSceneRecord::ofScene();
+    const std::vector<UInt32> containers = takeOwners();
+    const std::vector<UInt32> tops = kxSceneRecord::tops();
+    _store->begin();
+    _store->clear();
+    _store->setLatest(SceneId, _sceneRecord);
+    for (const UInt32 id : containers)
+    {
+        if (_base == nullptr || !_base->has(id))
+            _store->setLatest(id, present(id));
+        // What was marked meanwhile may have been written after it was read; the tops are the scene's own.
+        else if ((id < _isMarked.size() && _isMarked[id]) || std::find(tops.begin(), tops.end(), id) != tops.end())
+            if (const QByteArray record = present(id); record != _base->record(id))
+                _store->setLatest(id, record);
+    }
+    _marked.clear();
+    _isMarked.clear();
+    _isPending = false;
     if (!_store->commit())
         end();
+}
+
+void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
+{
+    takeScene(origin);
+    Q_EMIT replaced();
+}
+
+void kxJournal::sceneSaved(const kxSceneOrigin& origin)
+{
+    auto next = std::make_unique<kxJournalBase>(origin);
+    if (!next->isValid() || _isPending) // the file before it knows what was
+        return;
+    _store->begin();
+    keepBaseRecords(*next);
+    for (const UInt32 id : _store->latestIds())
+        if (next->has(id))
+            _store->dropLatest(id);
+    for (const UInt32 id : origin.incomplete)
+        _store->setLatest(id, present(id));
+    if (!_store->commit())
+        return end();
+    _base = std::move(next);
+}
+
+/// Of what left the scene the file that was saved says nothing.
+void kxJournal::keepBaseRecords(const kxJournalBase& next)
+{
+    if (_base == nullptr)
+        return;
+    for (const UInt32 id : _store->changedIds())
+        if (!next.has(id) && _base->has(id) && _store->latest(id).isEmpty())
+            _store->setLatest(id, _base->record(id));
 }
 
 QByteArray kxJournal::record(UInt32 id) const
 {
     if (id == SceneId)
         return _sceneRecord;
-    return _store == nullptr ? QByteArray() : _store->latest(id);
+    const QByteArray latest = _store == nullptr ? QByteArray() : _store->latest(id);
+    return latest.isEmpty() && _base != nullptr ? _base->record(id) : latest;
 }
 
 void kxJournal::notePending()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/scene/kxSceneOrigin.h>
 #include <journal/kxJournalStore.h>
 #include <osg/ChangeList.h>
 
@@ -11,7 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
-class kxContainerRestore;
+class kxJournalBase;
 
 /// Knows what the open scene was before, entry by entry, and brings each entry's other side back.
 ///
@@ -21,13 +22,16 @@ class kxContainerRestore;
 ///
 /// A container plays a part while the scene owns it, directly or through others. A write that isn't marked is a defect
 /// of who writes; unmarked() finds it. Main thread only.
-class KX_API kxJournal : public QObject, private osg::ChangeListener
+///
+/// What the scene's file holds isn't held twice: records of containers that didn't change since come from the file.
+class KX_API kxJournal : public QObject, private osg::ChangeListener, private kxSceneObserver
 {
     Q_OBJECT
 public:
     static kxJournal& the();
 
-    /// Begins with the open scene as it is. `file` is the database's path; empty: one that goes with the process.
+    /// Begins with the open scene as it is, and goes along where kxSceneIO puts another in its place. `file` is the
+    /// database's path; empty: one that goes with the process.
     void start(const QString& file);
     void stop();
     bool isRunning() const { return _store != nullptr; }
@@ -60,6 +64,10 @@ public:
 Q_SIGNALS:
     /// The first mark after a commit.
     void pending();
+    /// Another scene is open; there are no entries any more.
+    void replaced();
+    /// The scene is about to be written. Where something is pending after this, the file's records aren't taken.
+    void toBeSaved();
     /// The journal has ended, and why. The scene is as it is.
     void failed(const QString& why);
 
@@ -73,18 +81,25 @@ private:
     typedef std::unordered_map<osg::UInt32, State> States;
     class Comparison;
 
-    kxJournal() = default;
+    kxJournal();
+    ~kxJournal() override;
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
     void containerDestroyed(osg::UInt32 id) override;
     void notePending();
-    void takeScene();
+    void sceneReplaced(const kxSceneOrigin& origin) override;
+    void sceneToBeSaved() override { Q_EMIT toBeSaved(); }
+    void sceneSaved(const kxSceneOrigin& origin) override;
+    void takeScene(const kxSceneOrigin& origin);
+    std::vector<osg::UInt32> takeOwners();
+    void keepBaseRecords(const kxJournalBase& next);
     bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
     States compare(const std::vector<osg::UInt32>& also);
     void write(quint64 entry, const States& states);
     void end();
 
     std::unique_ptr<kxJournalStore> _store;
-    std::vector<osg::UInt32> _owners; // by id: how often the scene's containers own it, of the last commit
+    std::unique_ptr<kxJournalBase> _base; // null where no file holds the scene
+    std::vector<osg::UInt32> _owners;     // by id: how often the scene's containers own it, of the last commit
     std::vector<osg::UInt32> _marked;
     std::vector<bool> _isMarked; // by id
     QByteArray _sceneRecord;

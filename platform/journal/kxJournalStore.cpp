@@ -126,6 +126,31 @@ void kxJournalStore::dropLatest(std::uint32_t id)
     prepared("DELETE FROM latest WHERE id = ?1").bind(1, qint64(id)).step();
 }
 
+std::vector<std::uint32_t> kxJournalStore::latestIds()
+{
+    return ids("SELECT id FROM latest");
+}
+
+std::vector<std::uint32_t> kxJournalStore::changedIds()
+{
+    return ids("SELECT DISTINCT key & 4294967295 FROM change");
+}
+
+std::vector<std::uint32_t> kxJournalStore::ids(const char* sql)
+{
+    std::vector<std::uint32_t> ids;
+    Statement statement = prepared(sql);
+    while (statement.step())
+        ids.push_back(std::uint32_t(statement.number(0)));
+    return ids;
+}
+
+void kxJournalStore::clear()
+{
+    prepared("DELETE FROM latest").step();
+    prepared("DELETE FROM change").step();
+}
+
 std::vector<kxJournalStore::Row> kxJournalStore::rows(std::uint32_t entry)
 {
     std::vector<Row> rows;

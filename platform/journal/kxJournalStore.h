@@ -40,6 +40,11 @@ public:
     QByteArray latest(std::uint32_t id);
     void setLatest(std::uint32_t id, const QByteArray& record);
     void dropLatest(std::uint32_t id);
+    std::vector<std::uint32_t> latestIds();
+    /// What any entry has a row of.
+    std::vector<std::uint32_t> changedIds();
+    /// Forgets all records and entries.
+    void clear();
 
     std::vector<Row> rows(std::uint32_t entry);
     std::optional<Row> row(std::uint32_t entry, std::uint32_t id);
@@ -50,6 +55,7 @@ public:
 private:
     class Statement;
     Statement prepared(const char* sql);
+    std::vector<std::uint32_t> ids(const char* sql);
     void execute(const char* sql);
     void fail();
 

@@ -12,27 +12,13 @@ using namespace osg;
 
 namespace
 {
-bool isOwnedByField(const FieldContainerPtr& container)
-{
-    const FieldContainerType& type = container->getType();
-    return !type.isDerivedFrom(Node::_type) || type.isDerivedFrom(AnimNodeBase::_type);
-}
-
-void writeNumbers(QCborStreamWriter& out, const std::vector<quint64>& numbers)
-{
-    out.startArray(quint64(numbers.size()));
-    for (const quint64 number : numbers)
-        out.append(number);
-    out.endArray();
-}
-
 template <class T>
-std::vector<quint64> numbersOf(const std::vector<FCPtr<T>>& containers, const kxContainerForm::Names& names)
+std::vector<quint32> numbersOf(const std::vector<FCPtr<T>>& containers, const kxContainerForm::Names& names)
 {
-    std::vector<quint64> numbers;
+    std::vector<quint32> numbers;
     numbers.reserve(containers.size());
     for (const FCPtr<T>& container : containers)
-        numbers.push_back(names.number(container));
+        numbers.push_back(quint32(names.number(container)));
     return numbers;
 }
 } // namespace
@@ -64,6 +50,12 @@ const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldCo
             if (!field.isTransient())
                 entry->second.push_back(Field{&field, field.value(container).index()});
     return entry->second;
+}
+
+bool kxContainerForm::isOwnedByField(const FieldContainerPtr& container)
+{
+    const FieldContainerType& type = container->getType();
+    return !type.isDerivedFrom(Node::_type) || type.isDerivedFrom(AnimNodeBase::_type);
 }
 
 void kxContainerForm::ownedByFields(const FieldContainerPtr& container, std::vector<FieldContainerPtr>& owned)
@@ -126,45 +118,45 @@ void kxContainerForm::writeValues(QCborStreamWriter& out, const FieldContainerPt
     out.endArray();
 }
 
-std::vector<NodePtr> kxContainerForm::coreParents(const NodeCorePtr& core, const Names& names)
+kxContainerForm::Numbers kxContainerForm::structure(const FieldContainerPtr& container, const Names& names)
 {
-    std::vector<NodePtr> parents;
-    if (core != NullFC && core->getParents().size() > 1)
+    Numbers numbers;
+    if (const AttachmentContainerPtr carrier = AttachmentContainerPtr::dcast(container); carrier != NullFC)
+        numbers.attachments = numbersOf(carrier->getAttachments(), names);
+    if (const NodePtr node = NodePtr::dcast(container); node != NullFC)
+    {
+        numbers.core = quint32(names.number(node->getCore()));
+        numbers.children = numbersOf(node->getChildren(), names);
+    }
+    if (const NodeCorePtr core = NodeCorePtr::dcast(container); core != NullFC && core->getParents().size() > 1)
+    {
+        std::vector<NodePtr> parents;
         std::copy_if(core->getParents().begin(), core->getParents().end(), std::back_inserter(parents),
                      [&names](const NodePtr& parent) { return names.isWritten(parent); });
-    if (parents.size() < 2)
-        parents.clear();
-    return parents;
+        if (parents.size() > 1)
+            numbers.coreParents = numbersOf(parents, names);
+    }
+    return numbers;
 }
 
-void kxContainerForm::writeStructure(QCborStreamWriter& out, const FieldContainerPtr& container, const Names& names)
+void kxContainerForm::writeStructure(QCborStreamWriter& out, const Numbers& structure)
 {
-    const AttachmentContainerPtr carrier = AttachmentContainerPtr::dcast(container);
-    const NodePtr node = NodePtr::dcast(container);
-    const bool attachments = carrier != NullFC && !carrier->getAttachments().empty();
-    const bool hasCore = node != NullFC && node->getCore() != NullFC;
-    const bool children = node != NullFC && node->getNChildren() > 0;
-    const std::vector<NodePtr> parents = coreParents(NodeCorePtr::dcast(container), names);
-    out.startMap(quint64(attachments) + quint64(hasCore) + quint64(children) + quint64(!parents.empty()));
-    if (attachments)
+    const auto writeList = [&out](Structure key, const std::vector<quint32>& numbers)
     {
-        out.append(quint64(Attachments));
-        writeNumbers(out, numbersOf(carrier->getAttachments(), names));
-    }
-    if (hasCore)
+        if (numbers.empty())
+            return;
+        out.append(quint64(key));
+        writeNumbers(out, numbers);
+    };
+    out.startMap(quint64(!structure.attachments.empty()) + quint64(structure.core != 0) +
+                 quint64(!structure.children.empty()) + quint64(!structure.coreParents.empty()));
+    writeList(Attachments, structure.attachments);
+    if (structure.core != 0)
     {
         out.append(quint64(Core));
-        out.append(names.number(node->getCore()));
+        out.append(quint64(structure.core));
     }
-    if (children)
-    {
-        out.append(quint64(Children));
-        writeNumbers(out, numbersOf(node->getChildren(), names));
-    }
-    if (!parents.empty())
-    {
-        out.append(quint64(CoreParents));
-        writeNumbers(out, numbersOf(parents, names));
-    }
+    writeList(Children, structure.children);
+    writeList(CoreParents, structure.coreParents);
     out.endMap();
 }

@@ -30,8 +30,9 @@ const std::vector<Field>& fields(const osg::FieldContainer& container);
 /// The same by the class, of which one is made where none was met yet.
 KX_API const std::vector<Field>& fields(const osg::FieldContainerType& type);
 
-/// Appends what the container owns, in order; nulls are among it. Nodes of the scene tree belong to their parent alone:
-/// a field that names one doesn't keep it.
+/// False for nodes of the scene tree: they belong to their parent alone, and a field that names one doesn't keep it.
+bool isOwnedByField(const osg::FieldContainerPtr& container);
+/// Appends what the container owns, in order; nulls are among it.
 void ownedBy(const osg::FieldContainerPtr& container, std::vector<osg::FieldContainerPtr>& owned);
 /// As above, of its fields alone, and without nulls.
 void ownedByFields(const osg::FieldContainerPtr& container, std::vector<osg::FieldContainerPtr>& owned);
@@ -49,16 +50,24 @@ public:
                                std::vector<quint64>& numbers) const;
 };
 
-/// `isPacked`: bytes that pack well are packed.
-void writeValues(QCborStreamWriter& out, const osg::FieldContainerPtr& container, const Names& names, bool isPacked);
-void writeStructure(QCborStreamWriter& out, const osg::FieldContainerPtr& container, const Names& names);
-/// The nodes that a core's structure lists.
-std::vector<osg::NodePtr> coreParents(const osg::NodeCorePtr& core, const Names& names);
-
-/// The structure as numbers.
+/// The structure as numbers, 0 for nothing.
 struct Numbers
 {
     std::vector<quint32> attachments, children, coreParents;
     quint32 core = 0;
 };
+Numbers structure(const osg::FieldContainerPtr& container, const Names& names);
+
+/// `isPacked`: bytes that pack well are packed.
+void writeValues(QCborStreamWriter& out, const osg::FieldContainerPtr& container, const Names& names, bool isPacked);
+void writeStructure(QCborStreamWriter& out, const Numbers& structure);
+/// A list of numbers.
+template <class Number>
+void writeNumbers(QCborStreamWriter& out, const std::vector<Number>& numbers)
+{
+    out.startArray(quint64(numbers.size()));
+    for (const Number number : numbers)
+        out.append(quint64(number));
+    out.endArray();
+}
 } // namespace kxContainerForm

@@ -73,8 +73,21 @@ void kxContainerReader::readContainers()
 {
     const quint64 count = _in.enterArray();
     for (quint64 i = 0; i < count && !_in.failed(); ++i)
+    {
+        _offsets.push_back(quint64(_in.offset()));
         readContainer(quint32(i + 1));
+    }
+    _offsets.push_back(quint64(_in.offset()));
     _in.leave();
+}
+
+kxSceneOrigin kxContainerReader::origin() const
+{
+    kxSceneOrigin origin;
+    for (std::size_t i = 0; i < _containers.size(); ++i)
+        origin.containers.push_back({_containers[i].id(), _offsets[i]});
+    origin.end = _offsets.empty() ? 0 : _offsets.back();
+    return origin;
 }
 
 void kxContainerReader::readContainer(quint32 number)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <files/scene/kxContainerForm.h>
+#include <files/scene/kxSceneOrigin.h>
 #include <osg/Node.h>
 #include <osg/Share.h>
 #include <scene/FieldDescription.h>
@@ -50,6 +51,8 @@ public:
         refuse(number, T::_type);
         return osg::FCPtr<T>();
     }
+    /// The containers that were read, by their numbers, and where they began.
+    kxSceneOrigin origin() const;
     /// Objects that were among animations, and are in no tree now.
     const std::vector<osg::Share<osg::Node>>& strays() const { return _strays; }
 
@@ -105,6 +108,7 @@ private:
     kxCborInput& _in;
     std::vector<Class> _classes;
     std::vector<osg::Share<osg::FieldContainer>> _containers;
+    std::vector<osg::UInt64> _offsets; // one more than containers
     std::map<quint32, Structure> _structure;
     std::vector<Reference> _references;
     std::vector<osg::Share<osg::Node>> _strays;

@@ -1,5 +1,7 @@
 #include <files/scene/kxContainerWriter.h>
 
+#include <algorithm>
+
 using namespace osg;
 
 void kxContainerWriter::appendKey(QCborStreamWriter& out, const char* key)
@@ -21,6 +23,15 @@ std::size_t kxContainerWriter::classOf(const FieldContainerPtr& container)
         return found->second;
     _classes.push_back(Class{&type, &kxContainerForm::fields(*container)});
     return _classByType[type.getId()] = _classes.size() - 1;
+}
+
+void kxContainerWriter::appendNumbers(const FieldDescription& field, const FieldContainer& container,
+                                      std::vector<quint64>& numbers) const
+{
+    const std::size_t start = numbers.size();
+    Names::appendNumbers(field, container, numbers);
+    _isIncomplete =
+        _isIncomplete || std::find(numbers.begin() + std::ptrdiff_t(start), numbers.end(), quint64(0)) != numbers.end();
 }
 
 bool kxContainerWriter::collect(const FieldContainerPtr& container)
@@ -46,7 +57,7 @@ bool kxContainerWriter::collect(const FieldContainerPtr& container)
     return flat;
 }
 
-void kxContainerWriter::write(QCborStreamWriter& out) const
+void kxContainerWriter::write(QCborStreamWriter& out, const std::function<quint64()>& position)
 {
     appendKey(out, "classes");
     out.startArray(quint64(_classes.size()));
@@ -70,16 +81,24 @@ void kxContainerWriter::write(QCborStreamWriter& out) const
     appendKey(out, "containers");
     out.startArray(quint64(_containers.size()));
     for (std::size_t i = 0; i < _containers.size(); ++i)
+    {
+        if (position)
+            _origin.containers.push_back({_containers[i]->getId(), position()});
         writeContainer(out, i);
+    }
+    _origin.end = position ? position() : 0;
     out.endArray();
 }
 
-void kxContainerWriter::writeContainer(QCborStreamWriter& out, std::size_t index) const
+void kxContainerWriter::writeContainer(QCborStreamWriter& out, std::size_t index)
 {
     const FieldContainerPtr& container = _containers[index];
     out.startArray(3);
     out.append(quint64(_classOfContainer[index]));
+    _isIncomplete = false;
     kxContainerForm::writeValues(out, container, *this, true);
-    kxContainerForm::writeStructure(out, container, *this);
+    if (_isIncomplete)
+        _origin.incomplete.push_back(container->getId());
+    kxContainerForm::writeStructure(out, kxContainerForm::structure(container, *this));
     out.endArray();
 }

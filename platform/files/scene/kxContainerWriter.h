@@ -1,7 +1,9 @@
 #pragma once
 
 #include <files/scene/kxContainerForm.h>
+#include <files/scene/kxSceneOrigin.h>
 
+#include <functional>
 #include <unordered_map>
 
 /// Writes containers, and all that they own, as the two entries "classes" and "containers" of a table.
@@ -20,10 +22,15 @@ public:
     /// The number of a container, 0 for null and for one that wasn't collected.
     quint64 number(const osg::FieldContainerPtr& container) const override;
     bool isWritten(const osg::NodePtr& node) const override { return number(node) != 0; }
+    void appendNumbers(const osg::FieldDescription& field, const osg::FieldContainer& container,
+                       std::vector<quint64>& numbers) const override;
 
     const std::vector<osg::FieldContainerPtr>& containers() const { return _containers; }
 
-    void write(QCborStreamWriter& out) const;
+    /// `position` tells how much was written before.
+    void write(QCborStreamWriter& out, const std::function<quint64()>& position = nullptr);
+    /// The containers by their numbers, and where they were written.
+    const kxSceneOrigin& origin() const { return _origin; }
     static void appendKey(QCborStreamWriter& out, const char* key);
 
 private:
@@ -34,11 +41,13 @@ private:
     };
 
     std::size_t classOf(const osg::FieldContainerPtr& container);
-    void writeContainer(QCborStreamWriter& out, std::size_t index) const;
+    void writeContainer(QCborStreamWriter& out, std::size_t index);
 
     std::vector<Class> _classes;
     std::unordered_map<osg::UInt32, std::size_t> _classByType;
     std::vector<osg::FieldContainerPtr> _containers;
     std::vector<std::size_t> _classOfContainer;
     std::unordered_map<osg::UInt32, quint32> _numbers; // by container id
+    kxSceneOrigin _origin;
+    mutable bool _isIncomplete = false; // of the container that is being written
 };

@@ -112,8 +112,7 @@ bool kxEnvelopeWriter::commit(kxFileReport& report)
     if (isTooLarge())
         return report.fail(QStringLiteral("the scene needs more than the %1 bytes that a file can hold")
                                .arg(kxEnvelope::LargestPayload));
-    if (_failed || !_file.seek(0) ||
-        _file.write(kxEnvelope::head(_magic, _length, _checksum)) != kxEnvelope::HeadSize || !_file.commit())
+    if (_failed || !_file.seek(0) || _file.write(head()) != kxEnvelope::HeadSize || !_file.commit())
         return report.fail(_file.errorString());
     return true;
 }

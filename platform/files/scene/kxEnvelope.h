@@ -40,6 +40,8 @@ public:
     /// system doesn't give it back.
     const char* written();
     qint64 length() const { return qint64(_length); }
+    /// As commit() writes it.
+    QByteArray head() const { return kxEnvelope::head(_magic, _length, _checksum); }
     /// The file is as it was before unless this succeeds.
     bool commit(kxFileReport& report);
 
@@ -66,6 +68,7 @@ class kxEnvelopeReader
 {
 public:
     bool open(const QString& path, const char* magic, kxFileReport& report);
+    QByteArray head() const { return QByteArray(_data - kxEnvelope::HeadSize, kxEnvelope::HeadSize); }
     const char* data() const { return _data; }
     qint64 size() const { return _size; }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/scene/kxSceneOrigin.h>
 #include <osg/AnimNode.h>
 #include <osg/SceneCores.h>
 #include <osg/Share.h>
@@ -23,6 +24,9 @@ struct KX_API kxSceneContent
     std::map<std::string, double> animation;          ///< see kxSceneTiming
     /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.
     float animationStart = 0, animationEnd = 0;
+
+    /// The file, where it was read as it is and is one of ours.
+    kxSceneOrigin origin;
 
     /// An empty root and an empty clip structure.
     static kxSceneContent empty();

@@ -12,7 +12,9 @@ namespace
 {
 constexpr std::size_t Entries = 10;
 
-void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileReport& report)
+/// Gives where the containers are.
+kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content, const kxEnvelopeWriter& file,
+                           kxFileReport& report)
 {
     kxContainerWriter writer;
     bool flat = writer.collect(content.root.get());
@@ -27,7 +29,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
 
     const kxRestScope rest(writer.containers());
     out.startMap(Entries);
-    writer.write(out); // two entries
+    writer.write(out, [&file] { return quint64(file.length()); }); // two entries
     const auto writeNumber = [&](const char* key, const FieldContainerPtr& container)
     {
         kxContainerWriter::appendKey(out, key);
@@ -60,6 +62,7 @@ void writeContent(QCborStreamWriter& out, const kxSceneContent& content, kxFileR
     }
     out.endMap();
     out.endMap();
+    return writer.origin();
 }
 
 /// What a file holds beside its containers.
@@ -134,20 +137,28 @@ bool canBeRead(kxEnvelopeWriter& file, kxFileReport& report)
 }
 } // namespace
 
-bool kxSceneFile::save(const QString& path, kxFileReport& report)
+bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin& origin)
 {
     kxEnvelopeWriter file(path, kxEnvelope::SceneMagic);
     if (!file.begin(report))
         return false;
     QCborStreamWriter out(&file);
-    writeContent(out, kxSceneContent::ofScene(), report);
-    return !report.failed() && canBeRead(file, report) && file.commit(report);
+    origin = writeContent(out, kxSceneContent::ofScene(), file, report);
+    if (report.failed() || !canBeRead(file, report) || !file.commit(report))
+        return false;
+    origin.path = path;
+    origin.head = file.head();
+    return true;
 }
 
 bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileReport& report)
 {
     kxEnvelopeReader file;
-    return file.open(path, kxEnvelope::SceneMagic, report) && readPayload(file.data(), file.size(), content, report);
+    if (!file.open(path, kxEnvelope::SceneMagic, report) || !readPayload(file.data(), file.size(), content, report))
+        return false;
+    content.origin.path = path;
+    content.origin.head = file.head();
+    return true;
 }
 
 bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report)
@@ -182,5 +193,7 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
                         .arg(QString::fromStdString(stray->getNodeName())));
         content.root->addChild(stray.get());
     }
+    if (report.notes().isEmpty()) // else the scene isn't what the file says
+        content.origin = reader.origin();
     return true;
 }

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <files/scene/kxContainerForm.h>
+#include <files/scene/kxSceneOrigin.h>
+
+#include <QFile>
+
+#include <unordered_map>
+
+class kxCborInput;
+
+/// The records of containers as a scene file holds them: what the journal knows of those that didn't change since.
+///
+/// The file is kept open, so that it stays readable when another takes its place.
+class kxJournalBase
+{
+public:
+    /// The containers have to live now.
+    explicit kxJournalBase(kxSceneOrigin origin);
+
+    /// False where the file isn't the one that the origin speaks of.
+    bool isValid() const { return _isValid; }
+    bool has(osg::UInt32 id) const { return _numbers.count(id) != 0; }
+    /// The record of a container, empty for one that the file doesn't hold.
+    QByteArray record(osg::UInt32 id);
+    const kxSceneOrigin& origin() const { return _origin; }
+
+private:
+    struct Field
+    {
+        std::string name;
+        std::size_t kind;
+    };
+    struct Class
+    {
+        const osg::FieldContainerType* type = nullptr;
+        std::vector<Field> fields;
+    };
+
+    QByteArray read(quint64 start, quint64 end);
+    void readClasses(kxCborInput& in);
+    QByteArray transcoded(kxCborInput& in) const;
+    kxContainerForm::Numbers structure(kxCborInput& in) const;
+    osg::UInt32 idOf(quint64 number) const
+    {
+        return number == 0 || number > _origin.containers.size() ? 0 : _origin.containers[number - 1].id;
+    }
+
+    kxSceneOrigin _origin;
+    QFile _file;
+    std::vector<Class> _classes;
+    std::unordered_map<osg::UInt32, quint32> _numbers; // by id
+    std::vector<bool> _isOwned;                        // by number: a field that names it owns it
+    bool _isValid = false;
+};
