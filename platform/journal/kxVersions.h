@@ -1,0 +1,110 @@
+#pragma once
+
+#include <journal/kxVersionStore.h>
+
+#include <files/scene/kxFileReport.h>
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+struct kxSceneContent;
+
+/// Keeps states of the open scene as versions: by itself at certain moments, and when it is asked to.
+///
+/// What can't be kept is told once for each scene, and fails nothing else. Main thread only.
+class KX_API kxVersions : public QObject
+{
+    Q_OBJECT
+public:
+    static kxVersions& the();
+
+    struct Settings
+    {
+        bool isOn = false; ///< by itself; what is kept by hand always is
+        int minutes = 5;   ///< between versions while somebody works
+        kxVersionBounds bounds;
+    };
+    void setSettings(const Settings& settings);
+    const Settings& settings() const { return _settings; }
+
+    /// A PNG of the view, empty where nobody looks. May be empty.
+    std::function<QByteArray()> takePicture;
+    /// The user is in the middle of something: not now. May be empty.
+    std::function<bool()> isBusy;
+    /// A number for what stands, as kxHistory::content(). May be empty: then every moment is another state.
+    std::function<quint64()> content;
+
+    // The document tells these.
+    /// Another scene is open; `path` is its file, empty where none of ours holds it.
+    void opened(const QString& path);
+    /// The scene is about to take the place of the file that lies there.
+    void toBeSaved(const QString& path);
+    void saved(const QString& path);
+
+    /// Before something that may change much: a script, an import, the wizard.
+    void keepBefore(kxVersion::Reason reason, const QString& detail = QString());
+    /// By hand; gives the number, 0 where it failed, with the reason. Where the last version is the same scene, that
+    /// one gets the name.
+    qint64 keep(const QString& name, QString& reason);
+
+    /// Of the open scene.
+    kxVersionStore& store() { return *_store; }
+    /// The file of the open scene, empty where it was never saved.
+    const QString& path() const { return _path; }
+
+    /// Reads a version that is to take the place of the open scene.
+    static bool read(kxVersionStore& store, qint64 number, kxSceneContent& content, kxFileReport& report);
+    /// The file of a version, at another place.
+    static bool saveAs(kxVersionStore& store, qint64 number, const QString& path, kxFileReport& report);
+
+    /// What one line of changes tells of.
+    struct Change
+    {
+        QString group; ///< the object or clip
+        QString words;
+    };
+    struct Changes
+    {
+        bool isKnown = false;
+        QString failure; ///< why they can't be told
+        std::vector<Change> lines;
+        int unlisted = 0; ///< lines beyond those
+    };
+    /// From one version to a later one. `reads`: where they aren't stored both are read and compared, which takes as
+    /// long as opening them; else they are unknown.
+    static Changes changes(kxVersionStore& store, qint64 since, qint64 number, bool reads);
+
+Q_SIGNALS:
+    /// Another scene, or another version of it.
+    void changed();
+
+private:
+    kxVersions();
+    kxVersion made(kxVersion::Reason reason, const QString& detail) const;
+    qint64 keepOpenScene(kxVersion version);
+    void kept(qint64 number, bool hasPicture);
+    void tick();
+    void addPicture();
+    bool isAffordable();
+    bool isNew();
+    /// Tells what went wrong, and begins anew.
+    void settle();
+    void setStore(const QString& path);
+
+    Settings _settings;
+    std::unique_ptr<kxVersionStore> _store;
+    QString _path;
+    quint64 _contentKept = 0;   // as content(), of the last version
+    QElapsedTimer _sinceKept;   // of the open scene
+    double _bytesPerMs;         // that writing a scene has got through
+    qint64 _lastSize = 0;       // of the last version
+    qint64 _total = -1;         // bytes of all versions, -1 where they weren't counted
+    qint64 _withoutPicture = 0; // the version that gets one at the next rest
+    QSet<QString> _warned;      // paths of scenes
+    QTimer _timer;
+};
