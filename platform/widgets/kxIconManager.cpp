@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QHash>
 #include <QSet>
 
 #include <cmath>
@@ -33,12 +34,22 @@ QString findFile(const QString& name, const QString& theme)
     }
     return {};
 }
+
+/// Each file is read once: rows ask for theirs whenever they are made anew.
+QIcon iconOf(const QString& file)
+{
+    static auto* const icons = new QHash<QString, QIcon>; // never freed: its pixmaps would go after the application
+    QIcon& icon = (*icons)[file];
+    if (icon.isNull())
+        icon = QIcon(file);
+    return icon;
+}
 } // namespace
 
 QIcon kxIconManager::getIcon(const QString& name, const QString& theme)
 {
     const QString file = findFile(name, theme);
-    return file.isEmpty() ? QIcon() : QIcon(file);
+    return file.isEmpty() ? QIcon() : iconOf(file);
 }
 
 QPixmap kxIconManager::get(const QString& path)
@@ -47,7 +58,7 @@ QPixmap kxIconManager::get(const QString& path)
     if (file.isEmpty() || !qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         return {};
     const int side = int(std::lround(PictureSide * double(kxPlatform::getDpiScaleX())));
-    return QIcon(file).pixmap(side, side);
+    return iconOf(file).pixmap(side, side);
 }
 
 QIcon kxIconCache::General::getSearchIcon()

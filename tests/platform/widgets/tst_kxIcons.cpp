@@ -79,6 +79,8 @@ private Q_SLOTS:
               "unlockTrackOn", "showTrackOff", "showTrackOn",   "hideTrackOff", "hideTrackOn"})
         {
             const QPixmap picture = kxIconManager::get(QStringLiteral("scenegraph/%1.svg").arg(name));
+            QCOMPARE(kxIconManager::get(QStringLiteral("scenegraph/%1.svg").arg(name)).cacheKey(),
+                     picture.cacheKey()); // drawn once for thousands of rows
             QVERIFY2(!picture.isNull() && picture.width() >= 20, name);
             QVERIFY2(inkOf(picture.toImage()).pixels > 30, name);
             const bool hot = QByteArray(name).endsWith("On");
