@@ -12,11 +12,6 @@
 
 namespace
 {
-osg::NodePtr nodeById(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<osg::Node>(id);
-}
-
 bool hasAnimations(const osg::NodePtr& root)
 {
     bool found = false;
@@ -98,7 +93,7 @@ bool kxPlaceNodesCommand::place(const osg::NodePtr& node, Place& from, const Pla
 {
     if (node == osg::NullFC || node->getParent().getFieldContainerId() != from.parentId)
         return false;
-    const osg::NodePtr source = nodeById(from.parentId), target = nodeById(to.parentId);
+    const osg::NodePtr source = osg::living<osg::Node>(from.parentId), target = osg::living<osg::Node>(to.parentId);
     if (to.parentId != 0 && (target == osg::NullFC || kxNodeUtils::hasParent(target, node)))
         return false;
     if (source != osg::NullFC)
@@ -146,7 +141,7 @@ kxRenameCommand::kxRenameCommand(const osg::AttachmentContainerPtr& container, c
 
 void kxRenameCommand::apply(bool forward)
 {
-    const auto container = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_id);
+    const auto container = osg::living<osg::AttachmentContainer>(_id);
     if (container == osg::NullFC)
         return;
     container->setNodeName(forward ? _after : _before);

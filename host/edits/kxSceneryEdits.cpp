@@ -56,7 +56,7 @@ public:
 private:
     void apply(bool forward) override
     {
-        const auto core = osg::FieldContainerFactory::the()->get<osg::Switch>(_id);
+        const auto core = osg::living<osg::Switch>(_id);
         if (core == osg::NullFC)
             return;
         const float choice = forward ? _after : _before;

@@ -18,11 +18,6 @@
 
 namespace
 {
-osg::MaterialPtr materialById(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<osg::Material>(id);
-}
-
 osg::Vec3f vectorOf(const osg::Color3f& color)
 {
     return osg::Vec3f(color.red(), color.green(), color.blue());
@@ -128,7 +123,7 @@ void kxMaterialModel::sync()
     auto users = countUsers();
     for (Row& row : _rows)
     {
-        row.name = QString::fromStdString(materialById(row.id)->getNodeName());
+        row.name = QString::fromStdString(osg::living<osg::Material>(row.id)->getNodeName());
         row.users = users[row.id];
     }
     if (!_rows.empty())
@@ -137,8 +132,9 @@ void kxMaterialModel::sync()
 
 osg::MaterialPtr kxMaterialModel::material(const QModelIndex& index) const
 {
-    return index.isValid() && std::size_t(index.row()) < _rows.size() ? materialById(_rows[std::size_t(index.row())].id)
-                                                                      : osg::MaterialPtr();
+    return index.isValid() && std::size_t(index.row()) < _rows.size()
+               ? osg::living<osg::Material>(_rows[std::size_t(index.row())].id)
+               : osg::MaterialPtr();
 }
 
 QModelIndex kxMaterialModel::indexOf(unsigned int id) const
@@ -169,7 +165,7 @@ QVariant kxMaterialModel::data(const QModelIndex& index, int role) const
         return row.users == 0 ? tr("Shown by no object") : tr("Shown by %n surfaces", nullptr, int(row.users));
     case Qt::DecorationRole:
     {
-        const osg::UberMaterialPtr uber = osg::UberMaterialPtr::dcast(materialById(row.id));
+        const osg::UberMaterialPtr uber = osg::UberMaterialPtr::dcast(osg::living<osg::Material>(row.id));
         return uber == osg::NullFC ? QVariant() : QVariant(swatch(uber, SwatchSize));
     }
     case Qt::ForegroundRole:

@@ -7,6 +7,7 @@
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <widgets/kxColors.h>
 
@@ -149,7 +150,7 @@ void kxPropertyPanel::refresh()
     markDriven();
     if (_name != nullptr && !_name->isModified() && !_named.empty())
     {
-        const auto named = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_named.front());
+        const auto named = osg::living<osg::AttachmentContainer>(_named.front());
         if (named != osg::NullFC)
             _name->setText(QString::fromStdString(named->getNodeName()));
     }
@@ -244,9 +245,7 @@ void kxPropertyPanel::addHead(const Containers& named, const QString& several, c
                     if (_name == nullptr || !_name->isModified() || _named.empty())
                         return;
                     _name->setModified(false);
-                    kxSceneEdits::rename(
-                        osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_named.front()),
-                        _name->text());
+                    kxSceneEdits::rename(osg::living<osg::AttachmentContainer>(_named.front()), _name->text());
                     refresh();
                 });
     }

@@ -13,11 +13,6 @@
 
 namespace
 {
-osg::NodePtr nodeById(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<osg::Node>(id);
-}
-
 std::vector<osg::NodePtr> nodesOf(const QMimeData* data)
 {
     std::vector<osg::NodePtr> nodes;
@@ -27,7 +22,7 @@ std::vector<osg::NodePtr> nodesOf(const QMimeData* data)
     {
         quint32 id = 0;
         stream >> id;
-        const osg::NodePtr node = nodeById(id);
+        const osg::NodePtr node = osg::living<osg::Node>(id);
         if (node != osg::NullFC)
             nodes.push_back(node);
     }
@@ -47,7 +42,7 @@ kxSceneTreeModel::~kxSceneTreeModel() = default;
 std::vector<unsigned int> kxSceneTreeModel::rowIds(unsigned int id)
 {
     std::vector<unsigned int> ids;
-    const osg::NodePtr node = nodeById(id);
+    const osg::NodePtr node = osg::living<osg::Node>(id);
     if (node != osg::NullFC)
         for (const osg::NodePtr& child : node->getChildren())
             if (!kxNodeUtils::isGeometryComponent(child))
@@ -183,7 +178,7 @@ void kxSceneTreeModel::renumber(Entry* parent, int from)
 
 void kxSceneTreeModel::read(Entry* entry) const
 {
-    const osg::NodePtr node = nodeById(entry->id);
+    const osg::NodePtr node = osg::living<osg::Node>(entry->id);
     if (node == osg::NullFC)
         return;
     entry->name = QString::fromStdString(node->getNodeName());
@@ -209,7 +204,7 @@ void kxSceneTreeModel::syncVisibility()
 {
     for (const auto& [id, entry] : _entries)
     {
-        const osg::NodePtr node = nodeById(id);
+        const osg::NodePtr node = osg::living<osg::Node>(id);
         if (node == osg::NullFC || node->isActive() == entry->visible)
             continue;
         entry->visible = node->isActive();
@@ -235,7 +230,7 @@ QModelIndex kxSceneTreeModel::indexOf(unsigned int id, int column) const
 
 osg::NodePtr kxSceneTreeModel::node(const QModelIndex& index) const
 {
-    return nodeById(entryAt(index)->id);
+    return osg::living<osg::Node>(entryAt(index)->id);
 }
 
 QModelIndex kxSceneTreeModel::index(int row, int column, const QModelIndex& parent) const
@@ -301,7 +296,7 @@ QVariant kxSceneTreeModel::data(const QModelIndex& index, int role) const
         return entry->name.isEmpty() ? tr("(unnamed)") : entry->name;
     if (role == Qt::EditRole)
         return entry->name;
-    const osg::NodePtr node = nodeById(entry->id);
+    const osg::NodePtr node = osg::living<osg::Node>(entry->id);
     if (role == Qt::DecorationRole && node != osg::NullFC)
         return iconOf(node, entry->visible);
     if (role == Qt::ToolTipRole && entry->core != nullptr)
@@ -361,11 +356,11 @@ bool kxSceneTreeModel::dropMimeData(const QMimeData* data, Qt::DropAction, int r
     if (!data->hasFormat(QString::fromLatin1(mimeType())))
         return false;
     const Entry* const entry = entryAt(parent);
-    const osg::NodePtr target = nodeById(entry->id);
+    const osg::NodePtr target = osg::living<osg::Node>(entry->id);
     int at = -1;
     // Rows leave out parts of surfaces: the child before which the nodes go says the place.
     if (target != osg::NullFC && row >= 0 && std::size_t(row) < entry->children.size())
-        at = target->findChild(nodeById(entry->children[std::size_t(row)]->id));
+        at = target->findChild(osg::living<osg::Node>(entry->children[std::size_t(row)]->id));
     if (!kxSceneEdits::moveNodes(nodesOf(data), target, at))
         return false;
     kxScene::the()->flush();

@@ -105,7 +105,7 @@ void kxSceneryModel::syncChoices()
         for (std::size_t j = 0; _sections[i].kind == kxScenery::Kind::VariantSet && j < _sections[i].items.size(); ++j)
         {
             Item& set = _sections[i].items[j];
-            const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(set.id);
+            const osg::NodePtr node = osg::living<osg::Node>(set.id);
             const QString shown = QString::fromStdString(kxScenery::shownChoice(node));
             if (shown == set.shown || set.choices.isEmpty())
                 continue;
@@ -144,7 +144,7 @@ const kxSceneryModel::Item* kxSceneryModel::item(const QModelIndex& index) const
 osg::NodePtr kxSceneryModel::node(const QModelIndex& index) const
 {
     const Item* const found = item(index);
-    return found == nullptr ? osg::NodePtr() : osg::FieldContainerFactory::the()->get<osg::Node>(found->id);
+    return found == nullptr ? osg::NodePtr() : osg::living<osg::Node>(found->id);
 }
 
 int kxSceneryModel::choice(const QModelIndex& index) const

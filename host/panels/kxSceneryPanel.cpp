@@ -258,7 +258,7 @@ void kxSceneryPanel::update()
 void kxSceneryPanel::updateLook()
 {
     const unsigned int id = _selectedIds.size() == 1 ? _selectedIds.front() : 0;
-    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+    const osg::NodePtr node = osg::living<osg::Node>(id);
     const bool isTrack = node != osg::NullFC && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC &&
                          osg::ViewpointPtr::dcast(node->getCore()) == osg::NullFC;
     _look->setEnabled(isTrack);

@@ -89,7 +89,7 @@ void kxStepModel::setSequence(unsigned int nodeId)
 
 void kxStepModel::sync(bool anew)
 {
-    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(_sequenceId);
+    const osg::NodePtr node = osg::living<osg::Node>(_sequenceId);
     std::vector<kxSequenceStep> steps = kxScenery::steps(node);
     const int current = node == osg::NullFC ? -1 : _stage->runner().currentStep(node->getNodeName());
     if (steps.size() != _steps.size())
@@ -110,7 +110,7 @@ void kxStepModel::sync(bool anew)
 
 void kxStepModel::write(const std::vector<kxSequenceStep>& steps)
 {
-    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(_sequenceId);
+    const osg::NodePtr node = osg::living<osg::Node>(_sequenceId);
     if (node == osg::NullFC)
         return;
     kxSceneryEdits::setSteps(node, steps);

@@ -148,7 +148,7 @@ void kxStepTexts::endTurn()
 void kxStepTexts::takeOver(std::set<unsigned int>& curves)
 {
     for (const unsigned int id : curves)
-        if (const auto curve = osg::FieldContainerFactory::the()->get<osg::AnimCurve>(id);
+        if (const auto curve = osg::living<osg::AnimCurve>(id);
             curve != osg::NullFC && curve->getControlPoints().size() <= MostKeysOfOne)
             _present[id] = curve->getControlPoints();
         else
@@ -206,7 +206,7 @@ QString kxStepTexts::detail() const
     std::optional<std::pair<float, float>> span;
     for (const auto& [id, before] : _before)
     {
-        const auto curve = osg::FieldContainerFactory::the()->get<osg::AnimCurve>(id);
+        const auto curve = osg::living<osg::AnimCurve>(id);
         if (curve == osg::NullFC)
             continue;
         const std::vector<osg::CCPnt> changed =

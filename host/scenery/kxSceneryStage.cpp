@@ -52,11 +52,6 @@ void animationEnded(kxMessage&)
     if (listening != nullptr)
         Q_EMIT listening->changed();
 }
-
-osg::AnimNodePtr animationById(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
-}
 } // namespace
 
 /// What runs belongs to the scene that it was started in.
@@ -124,15 +119,15 @@ kxSequenceRunner::World kxSceneryStage::world()
     world.startClip = [this](const std::string& name, unsigned int& id) { return playClip(name, id); };
     world.isPlaying = [](unsigned int id)
     {
-        const osg::AnimNodePtr node = animationById(id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(id);
         return node != osg::NullFC && kxAnimEvaluator::the()->isPlaying(node);
     };
     world.isEndless = [](unsigned int id)
     {
-        const osg::AnimNodePtr node = animationById(id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(id);
         return node != osg::NullFC && node->getPostCycles() < 0;
     };
-    world.stopClip = [](unsigned int id) { kxAnimEvaluator::the()->dequeue(animationById(id), false); };
+    world.stopClip = [](unsigned int id) { kxAnimEvaluator::the()->dequeue(osg::living<osg::AnimNode>(id), false); };
     world.runPython = [](const std::string& text, const std::string& title)
     {
         const kxScriptResult result = kxInterpreter::run(text, "<sequence " + title + ">");
@@ -147,7 +142,7 @@ kxSequenceRunner::World kxSceneryStage::world()
     world.nameOf = [](unsigned int id)
     {
         // The undo stack keeps what was deleted.
-        const auto sequence = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+        const auto sequence = osg::living<osg::Node>(id);
         return kxScene::the()->contains(sequence) ? sequence->getNodeName() : std::string();
     };
     return world;
@@ -208,14 +203,14 @@ QString kxSceneryStage::playClip(const std::string& name, unsigned int& id)
 
 bool kxSceneryStage::isPlaying() const
 {
-    const osg::AnimNodePtr block = animationById(_trackBlockId);
+    const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_trackBlockId);
     return !_runner.running().empty() || (block != osg::NullFC && kxAnimEvaluator::the()->isPlaying(block));
 }
 
 void kxSceneryStage::stopAll()
 {
     _runner.stopAll();
-    if (const osg::AnimNodePtr block = animationById(_trackBlockId))
+    if (const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_trackBlockId))
         kxAnimEvaluator::the()->dequeue(block, false);
     _trackBlockId = 0;
     Q_EMIT changed();

@@ -300,7 +300,7 @@ osg::BoxVolume kxRenderScene::selectionBounds() const
 
 const osg::Mesh* kxRenderScene::mesh(osg::UInt32 id)
 {
-    return osg::FieldContainerFactory::the()->get<osg::Mesh>(id).getCPtr();
+    return osg::living<osg::Mesh>(id).getCPtr();
 }
 
 osg::UInt32 kxRenderScene::version(osg::UInt32 id) const
@@ -314,7 +314,7 @@ const kxRenderScene::Picture& kxRenderScene::decoded(osg::UInt32 imageId)
     const auto [entry, isNew] = _pictures.try_emplace(imageId);
     if (!isNew)
         return entry->second;
-    const osg::ImagePtr image = osg::FieldContainerFactory::the()->get<osg::Image>(imageId);
+    const osg::ImagePtr image = osg::living<osg::Image>(imageId);
     QImage picture = QImageConverter::convertToQImage(image);
     if (picture.isNull())
         return entry->second;

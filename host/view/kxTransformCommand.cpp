@@ -42,7 +42,7 @@ void kxTransformCommand::apply(bool forward)
 {
     for (const Entry& entry : _entries)
     {
-        const osg::TransformPtr transform = osg::FieldContainerFactory::the()->get<osg::Transform>(entry.coreId);
+        const osg::TransformPtr transform = osg::living<osg::Transform>(entry.coreId);
         if (transform == osg::NullFC)
             continue;
         const Values& v = forward ? entry.after : entry.before;

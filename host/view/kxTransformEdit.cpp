@@ -83,7 +83,7 @@ bool kxTransformEdit::isInScene() const
     return std::all_of(_targets.begin(), _targets.end(),
                        [](const Target& target)
                        {
-                           const auto core = osg::FieldContainerFactory::the()->get<osg::Transform>(target.coreId);
+                           const auto core = osg::living<osg::Transform>(target.coreId);
                            return core != osg::NullFC &&
                                   std::any_of(core->getParents().begin(), core->getParents().end(),
                                               [](const osg::NodePtr& node) { return kxScene::the()->contains(node); });
@@ -163,7 +163,7 @@ bool kxTransformEdit::apply(const kxGizmoChange& change)
     if (!anyNew)
         return false;
     const bool several = _targets.size() > 1;
-    const auto core = osg::FieldContainerFactory::the()->get<osg::Transform>(_targets.front().coreId);
+    const auto core = osg::living<osg::Transform>(_targets.front().coreId);
     const std::string name = several ? std::string() : core->getParents().front()->getNodeName();
     const QString what = several        ? QStringLiteral("%1 Objects").arg(_targets.size())
                          : name.empty() ? QStringLiteral("1 Object")

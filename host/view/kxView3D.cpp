@@ -94,13 +94,13 @@ kxViewCamera kxView3D::viewCamera(float aspect)
 {
     _scene->update();
     if (cameraNodeId() != 0)
-        return kxViewCamera::fromNode(osg::FieldContainerFactory::the()->get<osg::Node>(_cameraNodeId), aspect);
+        return kxViewCamera::fromNode(osg::living<osg::Node>(_cameraNodeId), aspect);
     return _rig.camera(aspect, _scene->bounds());
 }
 
 osg::UInt32 kxView3D::cameraNodeId() const
 {
-    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(_cameraNodeId);
+    const osg::NodePtr node = osg::living<osg::Node>(_cameraNodeId);
     const bool inScene = node != osg::NullFC && kxNodeUtils::hasParent(node, kxScene::the()->superRoot());
     return inScene && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC ? _cameraNodeId : 0;
 }
@@ -176,8 +176,7 @@ QString kxView3D::statusText() const
         text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));
     if (const osg::UInt32 id = cameraNodeId())
         text.prepend(tr("Through %1  \u00b7  ")
-                         .arg(QString::fromUtf8(
-                             kxNodeUtils::getName(osg::FieldContainerFactory::the()->get<osg::Node>(id)).c_str())));
+                         .arg(QString::fromUtf8(kxNodeUtils::getName(osg::living<osg::Node>(id)).c_str())));
     return text;
 }
 
@@ -291,7 +290,7 @@ void kxView3D::lookThrough(osg::UInt32 nodeId)
 
 void kxView3D::goTo(osg::UInt32 nodeId, float distance)
 {
-    const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(nodeId);
+    const osg::NodePtr node = osg::living<osg::Node>(nodeId);
     if (node == osg::NullFC || osg::CameraPtr::dcast(node->getCore()) == osg::NullFC)
         return;
     const kxViewCamera camera = kxViewCamera::fromNode(node, 1);
@@ -462,7 +461,7 @@ osg::NodePtr kxView3D::nodeAt(const QPointF& point)
         id = kxClipQuad::at(point, *_scene, camera, shape);
     if (id == 0)
         id = _picking.pick(*_scene, camera.ray(point, shape)).nodeId;
-    return kxPicking::selectableNode(osg::FieldContainerFactory::the()->get<osg::Node>(id));
+    return kxPicking::selectableNode(osg::living<osg::Node>(id));
 }
 
 void kxView3D::click(const QPointF& point, Qt::KeyboardModifiers modifiers)

@@ -143,7 +143,7 @@ void kxViewActions::fillCameraMenu()
     for (const kxRenderScene::CameraItem& camera : _view->scene().cameras())
     {
         const osg::UInt32 id = camera.nodeId;
-        const osg::NodePtr node = osg::FieldContainerFactory::the()->get<osg::Node>(id);
+        const osg::NodePtr node = osg::living<osg::Node>(id);
         QString name = QString::fromUtf8(kxNodeUtils::getName(node).c_str());
         name.replace(QLatin1Char('&'), QLatin1String("&&"));
         QAction* const action =

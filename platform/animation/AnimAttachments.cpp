@@ -48,7 +48,7 @@ std::vector<AnimAttachmentPtr> kxAttachmentRegistry::all()
     std::vector<AnimAttachmentPtr> attachments;
     attachments.reserve(registry().rootOfAttachment.size());
     for (const auto& entry : registry().rootOfAttachment)
-        if (const AnimAttachmentPtr attachment = FieldContainerFactory::the()->get<AnimAttachment>(entry.first))
+        if (const AnimAttachmentPtr attachment = living<AnimAttachment>(entry.first))
             attachments.push_back(attachment);
     return attachments;
 }
@@ -58,7 +58,7 @@ AnimAttachmentPtr kxAttachmentRegistry::ofRoot(const NodePtr& root)
     const auto found = registry().attachmentOfRoot.find(root.getFieldContainerId());
     if (root == NullFC || found == registry().attachmentOfRoot.end())
         return AnimAttachmentPtr();
-    return FieldContainerFactory::the()->get<AnimAttachment>(found->second);
+    return living<AnimAttachment>(found->second);
 }
 
 AnimAttachmentPtr kxAttachmentRegistry::above(const NodePtr& node)

@@ -152,7 +152,7 @@ void kxAnimManager::Private::evaluate(bool all)
     curveEditorData(shown);
     std::vector<AnimNodePtr> nodes;
     for (const kxCurveData& data : shown)
-        if (const AnimNodePtr node = FieldContainerFactory::the()->get<AnimNode>(data.nodeId))
+        if (const AnimNodePtr node = living<AnimNode>(data.nodeId))
             nodes.push_back(node);
     engine.plan.update(); // rest values are known before anything is written
     if (all || engine.plan.isStale())
@@ -226,8 +226,7 @@ void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool 
     if (recordTime)
         markChanged(node, AnimNodeBase::LastEvaluationTimeFieldMask);
     if (triggers)
-        _p->engine.triggers.pass(FieldContainerFactory::the()->get<AnimNode>(id), toRoot.from(before),
-                                 toRoot.from(seconds));
+        _p->engine.triggers.pass(living<AnimNode>(id), toRoot.from(before), toRoot.from(seconds));
     if (update)
         kxController::updateRender(true);
 }

@@ -111,7 +111,7 @@ AnimNodePtr pasteParent(const FieldContainerPtr& target)
 /// A clip takes no copy of itself, nor of a clip that it is in.
 bool takes(const AnimNodePtr& parent, const Copied& entry)
 {
-    const AnimNodePtr source = FieldContainerFactory::the()->get<AnimNode>(entry.sourceId);
+    const AnimNodePtr source = living<AnimNode>(entry.sourceId);
     if (source == NullFC || AnimClipPtr::dcast(source->getCore()) == NullFC || !kxNodeUtils::hasParent(parent, source))
         return true;
     kxLog::warning("\"%s\" can't be pasted into itself.", kxNodeUtils::getName(source).c_str());

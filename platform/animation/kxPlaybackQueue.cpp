@@ -14,11 +14,6 @@ using namespace osg;
 
 namespace
 {
-AnimNodePtr nodeOf(UInt32 id)
-{
-    return FieldContainerFactory::the()->get<AnimNode>(id);
-}
-
 void setPlaying(const AnimNodePtr& node, bool playing)
 {
     if (node == NullFC || node->getPlaying() == playing)
@@ -71,7 +66,7 @@ void kxPlaybackQueue::leave(UInt32 nodeId)
     if (entry == _entries.end())
         return;
     _entries.erase(entry);
-    setPlaying(nodeOf(nodeId), false);
+    setPlaying(living<AnimNode>(nodeId), false);
     updateTicks();
     kxMessage message;
     message.set("animNodeId", static_cast<unsigned int>(nodeId));
@@ -115,7 +110,7 @@ bool kxPlaybackQueue::isPlaying(const std::string& name) const
     return std::any_of(_entries.begin(), _entries.end(),
                        [&name](const Entry& entry)
                        {
-                           const AnimNodePtr node = nodeOf(entry.nodeId);
+                           const AnimNodePtr node = living<AnimNode>(entry.nodeId);
                            return node != NullFC && node->getPlaying() && node->getNodeName() == name;
                        });
 }
@@ -164,7 +159,7 @@ void kxPlaybackQueue::tick()
 bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
 {
     const auto entry = find(nodeId);
-    const AnimNodePtr node = nodeOf(nodeId);
+    const AnimNodePtr node = living<AnimNode>(nodeId);
     double start = 0, end = 0;
     if (entry == _entries.end())
         return false;

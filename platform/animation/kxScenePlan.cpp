@@ -43,8 +43,7 @@ void kxScenePlan::setOverwrittenBy(const AnimNodePtr& root)
 
 bool kxScenePlan::isLost() const
 {
-    return !_isShown && _shownClip != 0 &&
-           !kxAnimScene::contains(FieldContainerFactory::the()->get<AnimNode>(_shownClip));
+    return !_isShown && _shownClip != 0 && !kxAnimScene::contains(living<AnimNode>(_shownClip));
 }
 
 void kxScenePlan::clear()

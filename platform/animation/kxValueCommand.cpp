@@ -55,7 +55,7 @@ std::vector<kxChannelTarget> kxValueCommand::write(bool forward) const
     std::vector<kxChannelTarget> written;
     for (const Entry& entry : _entries)
     {
-        const auto container = osg::FieldContainerFactory::the()->get<osg::FieldContainer>(entry.id);
+        const auto container = osg::living<osg::FieldContainer>(entry.id);
         if (container == osg::NullFC)
             continue;
         written.push_back({&*container, entry.field, entry.component});

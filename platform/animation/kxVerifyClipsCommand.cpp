@@ -46,7 +46,7 @@ void kxVerifyClipsCommand::putBack()
     const std::vector<Lost> lost = std::exchange(_lost, {});
     for (auto entry = lost.rbegin(); entry != lost.rend(); ++entry)
     {
-        const NodePtr parent = FieldContainerFactory::the()->get<Node>(entry->parentId);
+        const NodePtr parent = living<Node>(entry->parentId);
         if (parent != NullFC && parent->insertChild(entry->position, entry->node))
             markChanged(parent, Node::ChildrenFieldMask);
     }

@@ -18,7 +18,7 @@ void deselectBelow(const NodePtr& group)
 {
     std::vector<unsigned int> ids;
     for (const unsigned int id : kxSelection::the().ids(kxSelection::Nodes))
-        if (!kxNodeUtils::hasParent(FieldContainerFactory::the()->get<Node>(id), group))
+        if (!kxNodeUtils::hasParent(living<Node>(id), group))
             ids.push_back(id);
     if (ids != kxSelection::the().ids(kxSelection::Nodes))
         kxSelection::the().setIds(kxSelection::Nodes, ids);

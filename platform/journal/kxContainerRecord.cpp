@@ -256,7 +256,7 @@ bool kxSceneRecord::apply(const QByteArray& record)
     kxScene* const scene = kxScene::the();
     std::vector<MaterialPtr> materials;
     for (const UInt32 id : content.materials)
-        if (const MaterialPtr material = FieldContainerFactory::the()->get<Material>(id); material != NullFC)
+        if (const MaterialPtr material = living<Material>(id); material != NullFC)
             materials.push_back(material);
     if (materials != scene->materials())
     {

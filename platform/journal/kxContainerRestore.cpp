@@ -18,7 +18,7 @@ namespace
 template <class T>
 FCPtr<T> living(UInt32 id)
 {
-    return FieldContainerFactory::the()->get<T>(id);
+    return living<T>(id);
 }
 
 template <class T>

@@ -4,7 +4,7 @@
 
 osg::NodePtr kxNodePtr::toNode(unsigned int id)
 {
-    return osg::FieldContainerFactory::the()->get<osg::Node>(id);
+    return osg::living<osg::Node>(id);
 }
 
 osg::NodePtr kxQRPCConverter::idToNode(unsigned int id)

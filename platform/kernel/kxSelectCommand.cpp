@@ -14,7 +14,7 @@ QString stepText(kxSelection::Kind kind, const std::vector<unsigned int>& ids)
         return isNodes ? text("Select Nothing") : text("Select No Material");
     if (ids.size() > 1)
         return (isNodes ? text("Select %1 Objects") : text("Select %1 Materials")).arg(ids.size());
-    const auto container = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(ids.front());
+    const auto container = osg::living<osg::AttachmentContainer>(ids.front());
     const QString name = container == osg::NullFC ? QString() : QString::fromStdString(container->getNodeName());
     if (name.isEmpty())
         return isNodes ? text("Select Object") : text("Select Material");

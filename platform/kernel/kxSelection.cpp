@@ -21,9 +21,8 @@ constexpr const char MaterialsAttribute[] = "materials";
 
 bool lives(kxSelection::Kind kind, unsigned int id)
 {
-    const osg::FieldContainerFactory* const factory = osg::FieldContainerFactory::the();
-    return kind == kxSelection::Nodes ? factory->get<osg::Node>(id) != osg::NullFC
-                                      : factory->get<osg::Material>(id) != osg::NullFC;
+    return kind == kxSelection::Nodes ? osg::living<osg::Node>(id) != osg::NullFC
+                                      : osg::living<osg::Material>(id) != osg::NullFC;
 }
 
 /// `ids` without what doesn't live, each once, in their order.
@@ -55,7 +54,7 @@ std::vector<osg::FCPtr<T>> handlesOf(const std::vector<unsigned int>& ids)
     std::vector<osg::FCPtr<T>> handles;
     for (unsigned int id : ids)
     {
-        if (const auto handle = osg::FieldContainerFactory::the()->get<T>(id))
+        if (const auto handle = osg::living<T>(id))
             handles.push_back(handle);
     }
     return handles;

@@ -10,6 +10,6 @@ bool kxdNode::isNull() const
 
 QString kxdNode::getName() const
 {
-    const auto object = osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(_objectId);
+    const auto object = osg::living<osg::AttachmentContainer>(_objectId);
     return object == osg::NullFC ? QString() : QString::fromStdString(object->getNodeName());
 }

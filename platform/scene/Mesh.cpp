@@ -139,7 +139,7 @@ std::vector<NodePtr> Skin::joints() const
     std::vector<NodePtr> result;
     result.reserve(_jointIds.size());
     for (const UInt32 id : _jointIds)
-        result.push_back(FieldContainerFactory::the()->get<Node>(id));
+        result.push_back(living<Node>(id));
     return result;
 }
 

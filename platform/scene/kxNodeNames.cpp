@@ -10,7 +10,7 @@ namespace
 {
 NodePtr nodeCalled(UInt32 id, const std::string& name)
 {
-    const NodePtr node = FieldContainerFactory::the()->get<Node>(id);
+    const NodePtr node = living<Node>(id);
     return node != NullFC && node->getNodeName() == name ? node : NodePtr();
 }
 } // namespace
@@ -85,6 +85,6 @@ std::vector<NodePtr> kxNodeNames::called(const std::string& name)
         return nodes;
     sweep(name, found->second);
     for (const UInt32 id : found->second)
-        nodes.push_back(FieldContainerFactory::the()->get<Node>(id));
+        nodes.push_back(living<Node>(id));
     return nodes;
 }

@@ -96,7 +96,7 @@ kxAnimAbstractClipItem* kxAnimAbstractClipItem::fromItem(QGraphicsItem* item)
 
 osg::AnimNodePtr kxAnimAbstractClipItem::node() const
 {
-    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(_nodeId);
+    return osg::living<osg::AnimNode>(_nodeId);
 }
 
 void kxAnimAbstractClipItem::invalidateNode()

@@ -80,7 +80,7 @@ void kxAnimClipEditor::addTrigger(unsigned int type)
     if (_triggerDialog->exec() != QDialog::Accepted)
         return;
     // The dialog ran an event loop, in which the clip may have gone.
-    const auto target = osg::FieldContainerFactory::the()->get<osg::AnimNode>(clipId);
+    const auto target = osg::living<osg::AnimNode>(clipId);
     if (target == osg::NullFC)
         return;
     const std::string name = _triggerDialog->_names->currentText().toStdString();
@@ -181,8 +181,7 @@ void kxAnimClipEditor::pasteClone()
     if (_tree->selectedItems().isEmpty())
         kxClipStructure::paste(kxAnimManager::the()->clipStructureRoot(), frame);
     for (const unsigned int id : targets)
-        kxClipStructure::paste(kxClipStructure::targetOf(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id)),
-                               frame);
+        kxClipStructure::paste(kxClipStructure::targetOf(osg::living<osg::AnimNode>(id)), frame);
     _tree->rebuild(true);
     for (QTreeWidgetItem* const item : _tree->selectedItems())
         _tree->expandAtOnce(item, true);

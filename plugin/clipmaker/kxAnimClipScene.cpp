@@ -112,7 +112,7 @@ kxAnimClipScene::~kxAnimClipScene()
 
 osg::AnimNodePtr kxAnimClipScene::clip() const
 {
-    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(_clipId);
+    return osg::living<osg::AnimNode>(_clipId);
 }
 
 void kxAnimClipScene::setClip(const osg::AnimNodePtr& node, bool force)

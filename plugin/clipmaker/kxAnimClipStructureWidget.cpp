@@ -41,11 +41,6 @@ public:
     QWidget* createEditor(QWidget*, const QStyleOptionViewItem&, const QModelIndex&) const override { return nullptr; }
 };
 
-AnimNodePtr nodeOfId(unsigned int id)
-{
-    return FieldContainerFactory::the()->get<AnimNode>(id);
-}
-
 /// Null for a row of a dead node, and without a row.
 AnimNodePtr nodeOf(const QTreeWidgetItem* row)
 {
@@ -355,9 +350,9 @@ void kxAnimClipStructureWidget::editPostCycles()
     bool ok = false;
     const int cycles =
         QInputDialog::getInt(this, tr("Post cycles"), tr("Cycles:"), node->getPostCycles(), 0, 100000, 1, &ok);
-    const AnimNodePtr living = nodeOfId(id); // it may have died while the question was open
-    if (ok && living != NullFC)
-        kxClipNodes::setPostCycles(living, cycles);
+    const AnimNodePtr shown = living<AnimNode>(id); // it may have died while the question was open
+    if (ok && shown != NullFC)
+        kxClipNodes::setPostCycles(shown, cycles);
 }
 
 void kxAnimClipStructureWidget::resizeFirstColumn(QTreeWidgetItem*)

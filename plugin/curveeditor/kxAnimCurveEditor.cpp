@@ -75,8 +75,7 @@ std::vector<osg::NodePtr> resolve(const QList<kxdNode>& nodes)
 {
     std::vector<osg::NodePtr> resolved;
     for (const kxdNode& node : nodes)
-        if (const auto found = osg::FieldContainerFactory::the()->get<osg::Node>(node.getObjectId());
-            found != osg::NullFC)
+        if (const auto found = osg::living<osg::Node>(node.getObjectId()); found != osg::NullFC)
             resolved.push_back(found);
     return resolved;
 }

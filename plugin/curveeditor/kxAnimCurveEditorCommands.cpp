@@ -65,7 +65,7 @@ void setInfinityOfSelectedBlocks(const kxAnimTreeWidget& library, kxInfinityMode
 
 bool isAnimationRow(const kxAnimTreeWidgetItem* row)
 {
-    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(row->nodeId()) != osg::NullFC;
+    return osg::living<osg::AnimNode>(row->nodeId()) != osg::NullFC;
 }
 
 /// All keys of a curve are locked and unlocked together.

@@ -8,6 +8,7 @@
 
 #include <kxAnimManager.h>
 #include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <QPainter>
 #include <QSignalBlocker>
@@ -84,7 +85,7 @@ kxAnimGraphCurve::~kxAnimGraphCurve()
 
 osg::AnimCurvePtr kxAnimGraphCurve::animCurve() const
 {
-    return kxAnimKeyMath::curveById(_curveId);
+    return osg::living<osg::AnimCurve>(_curveId);
 }
 
 kxAnimGraphPoint* kxAnimGraphCurve::point(unsigned int index) const

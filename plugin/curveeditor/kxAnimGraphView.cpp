@@ -112,7 +112,7 @@ std::vector<osg::AnimNodePtr> kxAnimGraphView::nodes() const
 {
     std::vector<osg::AnimNodePtr> nodes;
     for (const unsigned int id : _nodeIds)
-        if (const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
+        if (const osg::AnimNodePtr node = osg::living<osg::AnimNode>(id);
             node != osg::NullFC && kxIsPlaced(node)) // one that was deleted lives on the undo stack
             nodes.push_back(node);
     return nodes;

@@ -379,7 +379,7 @@ void kxAnimControlGUII::markKeys()
     QMap<float, QColor> marks;
     for (const unsigned int id : _selectedIds)
     {
-        const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(id);
         std::vector<osg::AnimCurvePtr> curves;
         if (node != osg::NullFC)
             kxAnimManager::the()->getAnimCurves(node, curves, true, true, true);

@@ -8,12 +8,12 @@
 
 osg::AnimNodePtr kxAnimLibraryPayload::Row::animation() const
 {
-    return osg::FieldContainerFactory::the()->get<osg::AnimNode>(animationId);
+    return osg::living<osg::AnimNode>(animationId);
 }
 
 osg::AttachmentContainerPtr kxAnimLibraryPayload::Row::container() const
 {
-    return osg::FieldContainerFactory::the()->get<osg::AttachmentContainer>(containerId);
+    return osg::living<osg::AttachmentContainer>(containerId);
 }
 
 QByteArray kxAnimLibraryPayload::encode() const

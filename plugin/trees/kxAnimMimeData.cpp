@@ -12,7 +12,7 @@ void kxAnimMimeData::getNodes(std::vector<osg::AnimNodePtr>& nodes) const
 {
     nodes.clear();
     for (const unsigned int id : _nodes)
-        if (const osg::AnimNodePtr node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id))
+        if (const osg::AnimNodePtr node = osg::living<osg::AnimNode>(id))
             nodes.push_back(node);
 }
 

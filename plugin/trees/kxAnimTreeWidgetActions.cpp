@@ -26,12 +26,6 @@
 
 namespace
 {
-template <class T>
-osg::FCPtr<T> resolve(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<T>(id);
-}
-
 void pasteInto(const osg::FieldContainerPtr& target, bool shareCores, bool flipped)
 {
     if (shareCores)
@@ -76,17 +70,17 @@ struct kxAnimTreeWidget::Place
     /// The node where the user may paste to it, else the material; null for neither.
     osg::FieldContainerPtr target() const
     {
-        const osg::NodePtr node = resolve<osg::Node>(nodeId);
+        const osg::NodePtr node = osg::living<osg::Node>(nodeId);
         if (node != osg::NullFC && kxNodePermission::allows(node, kxScenegraphTypes::PasteAnimation))
             return node;
-        return resolve<osg::Material>(materialId);
+        return osg::living<osg::Material>(materialId);
     }
     /// The node, else the material, whatever the user may do with it.
     osg::FieldContainerPtr container() const
     {
-        const osg::NodePtr node = resolve<osg::Node>(nodeId);
+        const osg::NodePtr node = osg::living<osg::Node>(nodeId);
         return node != osg::NullFC ? osg::FieldContainerPtr(node)
-                                   : osg::FieldContainerPtr(resolve<osg::Material>(materialId));
+                                   : osg::FieldContainerPtr(osg::living<osg::Material>(materialId));
     }
 };
 
@@ -232,7 +226,7 @@ void kxAnimTreeWidget::cloneSelected(bool flipped)
     bool rebuildsAll = false;
     for (const Entry& entry : selectedEntries())
     {
-        const osg::AnimNodePtr animation = resolve<osg::AnimNode>(entry.animationId);
+        const osg::AnimNodePtr animation = osg::living<osg::AnimNode>(entry.animationId);
         if (animation == osg::NullFC)
             continue;
         if (!entry.hasParentRow)
@@ -272,7 +266,7 @@ void kxAnimTreeWidget::duplicate()
     std::vector<Place> changed;
     for (const Entry& entry : selectedEntries())
     {
-        const osg::AnimNodePtr animation = resolve<osg::AnimNode>(entry.animationId);
+        const osg::AnimNodePtr animation = osg::living<osg::AnimNode>(entry.animationId);
         const osg::FieldContainerPtr target = entry.parent.target();
         if (animation == osg::NullFC || target == osg::NullFC)
             continue;
@@ -290,7 +284,7 @@ void kxAnimTreeWidget::unshare()
 {
     for (const Entry& entry : selectedEntries())
     {
-        const osg::AnimNodePtr animation = resolve<osg::AnimNode>(entry.animationId);
+        const osg::AnimNodePtr animation = osg::living<osg::AnimNode>(entry.animationId);
         const osg::FieldContainerPtr container = entry.parent.container();
         if (animation == osg::NullFC || container == osg::NullFC)
             continue;
@@ -313,8 +307,8 @@ void kxAnimTreeWidget::resetSelected()
 {
     for (const Entry& entry : selectedEntries())
     {
-        kxAnimManager::the()->dequeue(resolve<osg::AnimNode>(entry.animationId));
-        kxAnimManager::the()->reset(resolve<osg::AnimNode>(entry.animationId), false);
+        kxAnimManager::the()->dequeue(osg::living<osg::AnimNode>(entry.animationId));
+        kxAnimManager::the()->reset(osg::living<osg::AnimNode>(entry.animationId), false);
     }
 }
 

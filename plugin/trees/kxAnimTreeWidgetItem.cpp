@@ -17,12 +17,6 @@ const Qt::ItemFlags FixedFlags =
     Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled | Qt::ItemIsEnabled;
 const Qt::ItemFlags EditableFlags = FixedFlags | Qt::ItemIsEditable;
 
-template <class T>
-osg::FCPtr<T> resolve(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<T>(id);
-}
-
 Qt::CheckState activeState(const osg::NodePtr& node)
 {
     return node->isActive() ? Qt::Checked : Qt::Unchecked;
@@ -80,27 +74,27 @@ void kxAnimTreeWidgetItem::setMaterial(const osg::MaterialPtr& material, bool se
 
 osg::NodePtr kxAnimTreeWidgetItem::node() const
 {
-    return resolve<osg::Node>(_nodeId);
+    return osg::living<osg::Node>(_nodeId);
 }
 
 osg::AnimNodePtr kxAnimTreeWidgetItem::animNode() const
 {
-    return resolve<osg::AnimNode>(_nodeId);
+    return osg::living<osg::AnimNode>(_nodeId);
 }
 
 osg::MaterialPtr kxAnimTreeWidgetItem::material() const
 {
-    return resolve<osg::Material>(_materialId);
+    return osg::living<osg::Material>(_materialId);
 }
 
 osg::AnimCurvePtr kxAnimTreeWidgetItem::curve() const
 {
-    return resolve<osg::AnimCurve>(_coreId);
+    return osg::living<osg::AnimCurve>(_coreId);
 }
 
 osg::AnimObjectPtr kxAnimTreeWidgetItem::animObject() const
 {
-    return resolve<osg::AnimObject>(_coreId);
+    return osg::living<osg::AnimObject>(_coreId);
 }
 
 void kxAnimTreeWidgetItem::setChannelData(const kxAnimManager::kxOSGChannelData& data)

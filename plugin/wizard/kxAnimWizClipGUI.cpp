@@ -146,7 +146,7 @@ kxAnimWizClipGUI* kxAnimWizClipGUI::the()
 
 AnimNodePtr kxAnimWizClipGUI::clip() const
 {
-    return FieldContainerFactory::the()->get<AnimNode>(_clipId);
+    return living<AnimNode>(_clipId);
 }
 
 void kxAnimWizClipGUI::show(AnimNodePtr an)
@@ -194,7 +194,7 @@ void kxAnimWizClipGUI::restoreKeys()
 {
     for (const auto& [id, keys] : _savedKeys)
     {
-        const AnimCurvePtr curve = FieldContainerFactory::the()->get<AnimCurve>(id);
+        const AnimCurvePtr curve = living<AnimCurve>(id);
         if (curve == NullFC || curve->getControlPoints() == keys)
             continue;
         kxWizardCapture::setKeys(curve, keys);

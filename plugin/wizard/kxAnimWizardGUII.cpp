@@ -348,7 +348,7 @@ bool kxAnimWizardGUII::settleInterference()
     // The scene may have changed while the dialog waited.
     std::vector<osg::AnimNodePtr> kept;
     for (const unsigned int id : ids)
-        if (const osg::AnimNodePtr clip = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id))
+        if (const osg::AnimNodePtr clip = osg::living<osg::AnimNode>(id))
             kept.push_back(clip);
     if (kept.size() != std::size(ids))
         return true;

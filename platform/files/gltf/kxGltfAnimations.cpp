@@ -100,7 +100,7 @@ void kxGltfAnimations::write(const Animation& source)
     out.name = source.name;
     for (const auto& [id, fields] : source.targets)
     {
-        const TransformPtr core = FieldContainerFactory::the()->get<Transform>(id);
+        const TransformPtr core = living<Transform>(id);
         for (const auto& [name, field] : fields)
         {
             if (core == NullFC || pathOf(name) == nullptr)
@@ -199,7 +199,7 @@ kxGltfAnimations::Samples kxGltfAnimations::sample(const Animation& source)
     std::vector<TransformPtr> cores;
     for (const auto& [id, fields] : source.targets)
     {
-        const TransformPtr core = FieldContainerFactory::the()->get<Transform>(id);
+        const TransformPtr core = living<Transform>(id);
         const bool direct =
             std::all_of(fields.begin(), fields.end(), [](const auto& entry) { return isDirect(entry.second); });
         if (core != NullFC && !direct && _nodes.count(id) > 0)

@@ -207,7 +207,7 @@ private:
 
     void addSkin(UInt32 skinId, int node)
     {
-        const SkinPtr skin = FieldContainerFactory::the()->get<Skin>(skinId);
+        const SkinPtr skin = living<Skin>(skinId);
         tinygltf::Skin entry;
         for (const NodePtr& joint : skin->joints())
         {

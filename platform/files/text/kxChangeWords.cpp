@@ -216,7 +216,7 @@ private:
 Thing kxChangeWords::find(UInt32 id)
 {
     Thing thing;
-    const AttachmentContainerPtr container = known(FieldContainerFactory::the()->get<FieldContainer>(id));
+    const AttachmentContainerPtr container = known(living<FieldContainer>(id));
     if (container == NullFC)
         return thing;
     const NodePtr node = NodePtr::dcast(container);

@@ -149,17 +149,16 @@ std::vector<AnimNodePtr> kxClipStructure::duplicate(const AnimNodePtr& node, boo
 void kxClipStructure::takeOut(const std::vector<AnimNodePtr>& nodes, const std::vector<AnimNodePtr>& kept)
 {
     // By id: what is taken out dies, with all that is left in it.
-    const auto living = [](UInt32 id) { return FieldContainerFactory::the()->get<AnimNode>(id); };
     std::vector<UInt32> bars;
     std::vector<UInt32> parents;
     for (const AnimNodePtr& node : nodes)
         bars.push_back(node->getId());
     for (const UInt32 bar : bars)
-        if (const AnimNodePtr node = living(bar))
+        if (const AnimNodePtr node = living<AnimNode>(bar))
             parents.push_back(leaveParent(node).getFieldContainerId());
     for (const UInt32 parent : parents)
-        for (AnimNodePtr clip = living(parent); clip != NullFC && clip->getNChildren() == 0 && isClip(clip) &&
-                                                std::find(kept.begin(), kept.end(), clip) == kept.end();)
+        for (AnimNodePtr clip = living<AnimNode>(parent); clip != NullFC && clip->getNChildren() == 0 && isClip(clip) &&
+                                                          std::find(kept.begin(), kept.end(), clip) == kept.end();)
             clip = leaveParent(clip);
 }
 

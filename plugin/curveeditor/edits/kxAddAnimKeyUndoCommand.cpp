@@ -2,6 +2,8 @@
 
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
+#include <osg/FieldContainerFactory.h>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -53,7 +55,7 @@ kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve,
 
 void kxAddAnimKeyUndoCommand::apply(bool forward)
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     if (curve == osg::NullFC)
         return;
     if (forward)

@@ -6,6 +6,7 @@
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
 #include <osg/Share.h>
 
 #include <cmath>
@@ -72,7 +73,7 @@ void kxAnimChannelKeys::add(const std::vector<Value>& values)
     auto group = std::make_unique<kxMultiCommand>("Add Animation Keys", "Animation");
     for (const Value& entry : values)
     {
-        const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(entry.curveId);
+        const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(entry.curveId);
         if (curve == osg::NullFC)
             continue;
         wasAnyEmpty = wasAnyEmpty || curve->isEmpty();

@@ -2,6 +2,8 @@
 
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
+#include <osg/FieldContainerFactory.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -63,7 +65,7 @@ kxAnimCurveUndoCommand::kxAnimCurveUndoCommand(const osg::AnimCurvePtr& curve, c
 
 void kxAnimCurveUndoCommand::apply(bool forward)
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     // A curve that gained or lost keys behind the stack's back is none that the differences fit.
     if (curve == osg::NullFC || _differences.empty() || curve->getControlPoints().size() != _differences.size())
         return;
@@ -80,7 +82,7 @@ void kxAnimCurveUndoCommand::apply(bool forward)
 
 bool kxAnimCurveUndoCommand::isBackAtStart() const
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     if (curve == osg::NullFC || curve->getControlPoints().size() != _differences.size())
         return false;
     for (osg::UInt32 i = 0; i < _differences.size(); ++i)

@@ -1,13 +1,6 @@
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
-#include <osg/FieldContainerFactory.h>
-
 #include <cmath>
-
-osg::AnimCurvePtr kxAnimKeyMath::curveById(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<osg::AnimCurve>(id);
-}
 
 bool kxAnimKeyMath::isFinite(const osg::CCPnt& key)
 {

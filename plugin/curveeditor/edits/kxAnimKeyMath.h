@@ -5,9 +5,6 @@
 /// Plain operations on keys that the undo commands share.
 namespace kxAnimKeyMath
 {
-/// The living curve of this id, null where there is none.
-osg::AnimCurvePtr curveById(unsigned int id);
-
 /// True where each number of the key is finite.
 bool isFinite(const osg::CCPnt& key);
 

@@ -46,14 +46,13 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
     bool asks = true;
     for (const kxRemovalRow& row : rows)
     {
-        const osg::FieldContainerFactory& factory = *osg::FieldContainerFactory::the();
-        const osg::AnimNodePtr animation = factory.get<osg::AnimNode>(row.nodeId);
+        const osg::AnimNodePtr animation = osg::living<osg::AnimNode>(row.nodeId);
         if (animation == osg::NullFC)
         {
             if (row.nodeId != 0)
-                addAnimationsOf(factory.get<osg::Node>(row.nodeId), removal);
+                addAnimationsOf(osg::living<osg::Node>(row.nodeId), removal);
             else
-                addAnimationsOf(factory.get<osg::Material>(row.materialId), removal);
+                addAnimationsOf(osg::living<osg::Material>(row.materialId), removal);
             continue;
         }
         if (animation->getCore() == osg::NullFC)
@@ -73,7 +72,7 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
             asks = answer != kxRemovalAnswer::YesToAll;
         }
         // The host may have deleted it while the question was open.
-        const osg::AnimNodePtr accepted = factory.get<osg::AnimNode>(row.nodeId);
+        const osg::AnimNodePtr accepted = osg::living<osg::AnimNode>(row.nodeId);
         if (accepted == osg::NullFC || accepted->getCore() == osg::NullFC)
             continue;
         for (const osg::NodePtr& user : accepted->getCore()->getParents())

@@ -2,6 +2,8 @@
 
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
+#include <osg/FieldContainerFactory.h>
+
 #include <cmath>
 
 namespace
@@ -105,7 +107,7 @@ void kxAnimTangentUndoCommand::apply(bool forward)
 
 void kxAnimTangentUndoCommand::setNew()
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     _nextIn.reset();
     if (!_isIn && hasKey(curve, _index + 1))
     {
@@ -124,7 +126,7 @@ void kxAnimTangentUndoCommand::setNew()
 void kxAnimTangentUndoCommand::setOld()
 {
     change(-_difference, _oldType);
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     if (!hasKey(curve, _index))
         return;
     // Not by the difference, whose rounding would stay.
@@ -158,7 +160,7 @@ void kxAnimTangentUndoCommand::restoreNextIn(const osg::AnimCurvePtr& curve) con
 
 void kxAnimTangentUndoCommand::change(const osg::Vector<float, 2>& difference, unsigned int type)
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(_curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     if (!hasKey(curve, _index))
         return;
     if (type == Free)
@@ -194,6 +196,6 @@ bool kxAnimTangentUndoCommand::mergeWith(const QUndoCommand* other)
     _difference += next._difference;
     _newType = next._newType;
     _flattensNext = _flattensNext || next._flattensNext;
-    setObsolete(isBackAtStart(kxAnimKeyMath::curveById(_curveId)));
+    setObsolete(isBackAtStart(osg::living<osg::AnimCurve>(_curveId)));
     return true;
 }

@@ -6,16 +6,10 @@
 
 namespace
 {
-template <class T>
-osg::FCPtr<T> find(unsigned int id)
-{
-    return osg::FieldContainerFactory::the()->get<T>(id);
-}
-
 /// The root that the curves of an object's channels are under; null where the object has none.
 osg::NodePtr curveRoot(unsigned int containerId)
 {
-    const auto attachment = kxAnimManager::the()->getAnimAttachment(find<osg::FieldContainer>(containerId));
+    const auto attachment = kxAnimManager::the()->getAnimAttachment(osg::living<osg::FieldContainer>(containerId));
     return attachment != osg::NullFC ? osg::NodePtr(attachment->getAnimationRoot()) : osg::NodePtr();
 }
 } // namespace
@@ -65,7 +59,7 @@ void kxChannelCurvesUndoCommand::swapMasks()
     // Blocks are switched by other ways too, which are no steps: redo() gives back what undo() found.
     for (Block& block : _blocks)
     {
-        const osg::AnimNodePtr node = find<osg::AnimNode>(block.id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(block.id);
         if (node == osg::NullFC || node->getTravMask() == block.mask)
             continue;
         const osg::UInt32 mask = node->getTravMask();
@@ -79,7 +73,7 @@ void kxChannelCurvesUndoCommand::takeOutCurves()
 {
     for (Made& curve : _curves)
     {
-        const osg::AnimNodePtr node = find<osg::AnimNode>(curve.id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(curve.id);
         const osg::NodePtr parent = node != osg::NullFC ? node->getParent() : osg::NodePtr();
         if (parent == osg::NullFC || parent != curveRoot(curve.containerId))
             continue; // gathered into a block, moved or deleted since: no longer ours to take
@@ -94,8 +88,8 @@ void kxChannelCurvesUndoCommand::takeOutAttachments()
 {
     for (Made& made : _attachments)
     {
-        const auto container = find<osg::AttachmentContainer>(made.containerId);
-        const auto attachment = find<osg::AnimAttachment>(made.id);
+        const auto container = osg::living<osg::AttachmentContainer>(made.containerId);
+        const auto attachment = osg::living<osg::AnimAttachment>(made.id);
         // What came into it by other ways stays.
         if (container == osg::NullFC || attachment == osg::NullFC ||
             kxAnimManager::the()->getAnimAttachment(container) != attachment ||
@@ -111,8 +105,8 @@ void kxChannelCurvesUndoCommand::putBackAttachments()
 {
     for (Made& made : _attachments)
     {
-        const auto container = find<osg::AttachmentContainer>(made.containerId);
-        const auto attachment = find<osg::AnimAttachment>(made.id);
+        const auto container = osg::living<osg::AttachmentContainer>(made.containerId);
+        const auto attachment = osg::living<osg::AnimAttachment>(made.id);
         // One that was made by other ways meanwhile is kept, and takes the curves.
         if (!made.out || container == osg::NullFC || attachment == osg::NullFC ||
             kxAnimManager::the()->getAnimAttachment(container) != osg::NullFC)
@@ -129,7 +123,7 @@ void kxChannelCurvesUndoCommand::putBackCurves()
     // channel the later wins.
     for (auto curve = _curves.rbegin(); curve != _curves.rend(); ++curve)
     {
-        const osg::AnimNodePtr node = find<osg::AnimNode>(curve->id);
+        const osg::AnimNodePtr node = osg::living<osg::AnimNode>(curve->id);
         const osg::NodePtr root = curveRoot(curve->containerId);
         if (!curve->out || node == osg::NullFC || root == osg::NullFC || !root->insertChild(curve->position, node))
             continue;

@@ -6,6 +6,7 @@
 #include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 
 #include <kxAnimManager.h>
+#include <osg/FieldContainerFactory.h>
 
 #include <algorithm>
 #include <memory>
@@ -18,7 +19,7 @@ void kxKeyEdits::move(const std::map<unsigned int, std::vector<osg::CCPnt>>& key
     bool changed = false;
     for (const auto& [id, moved] : keys)
     {
-        const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(id);
+        const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(id);
         if (curve == osg::NullFC)
             continue;
         const auto& present = curve->getControlPoints();
@@ -34,7 +35,7 @@ void kxKeyEdits::move(const std::map<unsigned int, std::vector<osg::CCPnt>>& key
 
 void kxKeyEdits::moveTangent(const Key& key, bool isIn, const osg::Vec2f& vector, bool isMirrored)
 {
-    const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(key.curveId);
+    const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(key.curveId);
     if (curve == osg::NullFC)
         return;
     if (!isMirrored)
@@ -54,7 +55,7 @@ void kxKeyEdits::setType(const std::vector<Key>& keys, osg::UInt32 type)
     auto group = std::make_unique<kxMultiCommand>("Set Tangent Type", "Animation");
     for (const Key& key : keys)
     {
-        const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(key.curveId);
+        const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(key.curveId);
         if (curve == osg::NullFC)
             continue;
         if (type != osg::UInt32(osg::TangentType::Constant))
@@ -85,7 +86,7 @@ bool kxKeyEdits::paste(const Copied& copied, const std::set<unsigned int>& shown
     const float now = float(kxAnimManager::the()->currentFrame() / kxAnimManager::the()->fps());
     for (const auto& [id, keys] : copied)
     {
-        const osg::AnimCurvePtr curve = shown.count(id) != 0 ? kxAnimKeyMath::curveById(id) : osg::AnimCurvePtr();
+        const osg::AnimCurvePtr curve = shown.count(id) != 0 ? osg::living<osg::AnimCurve>(id) : osg::AnimCurvePtr();
         if (curve != osg::NullFC && !keys.empty())
             new kxAddAnimKeyUndoCommand(curve, keysAt(now, keys), group.get());
     }
@@ -98,7 +99,7 @@ void kxKeyEdits::remove(std::map<unsigned int, std::vector<unsigned int>>&& indi
 {
     auto group = std::make_unique<kxMultiCommand>("Delete Animation Keys", "Animation");
     for (auto& [id, removed] : indices)
-        if (const osg::AnimCurvePtr curve = kxAnimKeyMath::curveById(id))
+        if (const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(id))
             new kxAddAnimKeyUndoCommand(curve, std::move(removed), group.get());
     kxUndoStack::get(0).add(group.release());
 }

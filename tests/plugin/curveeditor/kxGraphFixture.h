@@ -34,7 +34,7 @@ public:
     {
         stack()->clear();
         for (const unsigned int id : ids) // a test may have let one go itself
-            if (const auto node = osg::FieldContainerFactory::the()->get<osg::AnimNode>(id); node != osg::NullFC)
+            if (const auto node = osg::living<osg::AnimNode>(id); node != osg::NullFC)
                 letGo(node);
     }
 

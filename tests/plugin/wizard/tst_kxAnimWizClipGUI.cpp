@@ -375,7 +375,7 @@ private Q_SLOTS:
             dialog._duration->setValue(6);
             dialog._reset->click();
             press(dialog, accepted ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel);
-            const AnimCurvePtr curve = FieldContainerFactory::the()->get<AnimCurve>(curveId);
+            const AnimCurvePtr curve = living<AnimCurve>(curveId);
             QCOMPARE(curve == NullFC, what == "all");
             if (curve != NullFC)
                 QCOMPARE(curve->getControlPoints().back().x(), !accepted || what.startsWith("clip") ? 2.0f

@@ -349,7 +349,7 @@ private Q_SLOTS:
         QCOMPARE(kxUndoStack::get(0).stack()->count(), undoCount);
         QVERIFY(!f.wizard->_preview->isChecked());
         for (osg::UInt32 id = highest; id < osg::FieldContainerFactory::the()->getFieldContainerStore().size(); ++id)
-            QVERIFY(osg::FieldContainerFactory::the()->get<osg::AnimNode>(id) == osg::NullFC);
+            QVERIFY(osg::living<osg::AnimNode>(id) == osg::NullFC);
     }
 
     void finishesDuringThePreview()

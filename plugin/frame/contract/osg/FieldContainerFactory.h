@@ -25,13 +25,6 @@ public:
         return id < _store.size() ? FieldContainerPtr(_store[id]) : FieldContainerPtr();
     }
 
-    /// As getContainer(), null too where the container is of another class.
-    template <class T>
-    FCPtr<T> get(UInt32 id) const
-    {
-        return FCPtr<T>::dcast(getContainer(id));
-    }
-
 private:
     friend class FieldContainer;
     FieldContainerFactory();
@@ -40,5 +33,12 @@ private:
 
     Store _store;
 };
+
+/// The living container of this id, null where there is none or it is of another class.
+template <class T>
+FCPtr<T> living(UInt32 id)
+{
+    return FCPtr<T>::dcast(FieldContainerFactory::the()->getContainer(id));
+}
 
 } // namespace osg
