@@ -119,8 +119,7 @@ void undoStep(benchmark::State& state)
     Shown shown;
     for (auto _ : state)
     {
-        kxMessage message;
-        kxController::call(kxMessageName::Redo, message, 0);
+        kxSend(kxMessageName::Redo);
     }
 }
 /// 500 objects with 9 curves of 50 keys each, and a clip that places a block of each on 100 tracks, inside

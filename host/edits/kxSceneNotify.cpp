@@ -11,12 +11,6 @@
 
 namespace
 {
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 void sendPropertyChanged()
 {
     kxObjectService* const service = kxKernelServiceFactory::the().getService<kxObjectService>();
@@ -43,13 +37,13 @@ void kxSceneNotify::fieldChanged(const osg::FieldContainerPtr& container)
         return;
     const osg::FieldContainerType& type = container->getType();
     if (type.isDerivedFrom(osg::Material::_type))
-        send(kxMessageName::UberMaterialChanged);
+        kxSend(kxMessageName::UberMaterialChanged);
     else if (type.isDerivedFrom(osg::Camera::_type))
-        send(kxMessageName::UpdateNavigator);
+        kxSend(kxMessageName::UpdateNavigator);
     else if (type.isDerivedFrom(osg::Light::_type))
-        send(kxMessageName::UpdateLight);
+        kxSend(kxMessageName::UpdateLight);
     if (type.isDerivedFrom(osg::Transform::_type))
-        send(kxMessageName::ChangedTransformation);
+        kxSend(kxMessageName::ChangedTransformation);
     sendPropertyChanged();
     kxController::updateRender(false);
 }
@@ -60,5 +54,5 @@ void kxSceneNotify::materialsChanged()
     kxMaterialService* const service = kxKernelServiceFactory::the().getService<kxMaterialService>();
     if (service != nullptr)
         Q_EMIT service->materialsChanged();
-    send(kxMessageName::UberMaterialChanged);
+    kxSend(kxMessageName::UberMaterialChanged);
 }

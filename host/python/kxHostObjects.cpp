@@ -262,8 +262,7 @@ void setFrameRange(int start, int end)
     manager->setFullRangeEnd(end);
     manager->setDetailedRangeStart(start);
     manager->setDetailedRangeEnd(end);
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateAnimControlGUI, message, 0);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
 }
 
 void defineScene()

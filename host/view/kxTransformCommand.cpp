@@ -54,8 +54,7 @@ void kxTransformCommand::apply(bool forward)
             transform->setScale(v.scale);
         osg::markChanged(transform, _mask);
     }
-    kxMessage message;
-    kxController::call(kxMessageName::ChangedTransformation, message, 0);
+    kxSend(kxMessageName::ChangedTransformation);
     if (kxObjectService* const service = kxKernelServiceFactory::the().getService<kxObjectService>())
         Q_EMIT service->propertyChangedBS();
     kxController::updateRender(false);

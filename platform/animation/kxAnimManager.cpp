@@ -40,11 +40,6 @@ void setOfScene(T& setting, T value)
     kxScene::the()->markSettingsChanged();
 }
 
-void sendChangedFPS()
-{
-    kxMessage message;
-    kxController::call(kxMessageName::ChangedFPS, message, 0);
-}
 /// What is edited may cost a moved object its pose, which undo gives back as long as the time is the same.
 std::function<void()> keepPoses(const kxAnimEngine& engine)
 {
@@ -107,7 +102,7 @@ bool kxAnimManager::Private::changeRate(double from, double to, bool keepFrames)
     setOfScene(fps, to);
     const bool hasMoved = keepFrames && kxTimeRescale::keepFrames(from, to);
     evaluate(true); // another time at the same frame
-    sendChangedFPS();
+    kxSend(kxMessageName::ChangedFPS);
     return hasMoved;
 }
 
@@ -126,7 +121,7 @@ void kxAnimManager::setPlaybackFPS(double fps)
     if (fps == _p->playbackFps)
         return;
     setOfScene(_p->playbackFps, fps);
-    sendChangedFPS();
+    kxSend(kxMessageName::ChangedFPS);
 }
 
 double kxAnimManager::currentFrame() const

@@ -141,8 +141,7 @@ void kxFramePlayer::Private::show(double position)
 
 void kxFramePlayer::Private::loop()
 {
-    kxMessage message;
-    kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+    kxSend(kxMessageName::FramePlayerLoopChanged);
 }
 
 void kxFramePlayer::Private::tick()

@@ -36,12 +36,6 @@ namespace
 {
 constexpr double LargestFrame = 1.0e6; ///< of a range that is set from a file
 
-void call(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 /// What can't be read as one version of a format may be one that another reader knows.
 bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
 {
@@ -277,7 +271,7 @@ void clearScene()
     kxSelection::the().clear();
     kxAnimScene::clear();
     kxScene::the()->clear();
-    call(kxMessageName::TrashCleared);
+    kxSend(kxMessageName::TrashCleared);
     kxPreferencesStore::the().newScene(); // first: the tools read the settings when they are notified of the scene
     kxSceneMessages::newScene();
     kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
@@ -348,7 +342,7 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxUndoStack::get(0).stack()->clear(); // what that took out is no step of this scene
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
-    call(kxMessageName::UpdateAnimControlGUI);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
     kxSceneMessages::contentChanged();
     tellReplaced(originOf(content));
     return true;

@@ -414,8 +414,7 @@ void kxAnimClipScene::timeItemChanged(double value)
         return;
     kxAnimManager::the()->setCurrentFrameNoEvaluation(value, false);
     kxAnimManager::the()->evaluateByFrame(shown, value, false, true, false);
-    kxMessage message;
-    kxController::call(kxMessageName::FrameChangedClipMaker, message, 0);
+    kxSend(kxMessageName::FrameChangedClipMaker);
     kxController::updateRender(true);
 }
 

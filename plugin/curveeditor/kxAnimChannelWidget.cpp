@@ -37,11 +37,6 @@ std::unique_ptr<kxCallbacks>& callbacks()
     return entries;
 }
 
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
 } // namespace
 
 kxAnimChannelWidget::kxAnimChannelWidget(QWidget* parent) : kxAnimTreeWidget(parent)
@@ -531,7 +526,7 @@ void kxAnimChannelWidget::removeConstCurves()
         kxAnimChannelRows::collectCurves(*chosen, curves);
     kxAnimChannelKeys::removeConstant(curves);
     update();
-    send(kxMessageName::UpdateGraphView);
+    kxSend(kxMessageName::UpdateGraphView);
 }
 
 void kxAnimChannelWidget::changedPreInfinityMode(QAction* action)
@@ -565,13 +560,13 @@ std::vector<osg::AnimCurvePtr> kxAnimChannelWidget::chosenCurves() const
 void kxAnimChannelWidget::paste(bool)
 {
     kxAnimTreeWidget::paste(false);
-    send(kxMessageName::PastedAnimations);
+    kxSend(kxMessageName::PastedAnimations);
 }
 
 void kxAnimChannelWidget::pasteClone(bool)
 {
     kxAnimTreeWidget::pasteClone(false);
-    send(kxMessageName::PastedAnimations);
+    kxSend(kxMessageName::PastedAnimations);
 }
 
 void kxAnimChannelWidget::showContextMenu(QPoint p)

@@ -225,8 +225,7 @@ void kxAnimCurveEditor::modifiedFrameValues(RelativeOperator op, double value)
         notice(tr("No key was moved: the result is no frame that a key can stand on."));
     updateFrameAndValue();
     _graphView->announceNodes();
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateClipScene, message, 0);
+    kxSend(kxMessageName::UpdateClipScene);
 }
 
 void kxAnimCurveEditor::modifiedCurveValues(RelativeOperator op, double value)

@@ -50,12 +50,6 @@ bool isBefore(const kxAnimGraphPoint* a, const kxAnimGraphPoint* b)
     return a->index() < b->index();
 }
 
-void sendUpdateClipScene()
-{
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateClipScene, message, 0);
-}
-
 } // namespace
 
 kxAnimGraphScene::Rebuild::Rebuild(kxAnimGraphScene* scene) : _scene(scene)
@@ -358,7 +352,7 @@ void kxAnimGraphScene::pasteKeys()
         for (kxAnimGraphCurve* const item : items)
             item->rebuildFromCurve();
     }
-    sendUpdateClipScene();
+    kxSend(kxMessageName::UpdateClipScene);
 }
 
 void kxAnimGraphScene::notice(const QString& text)
@@ -384,7 +378,7 @@ void kxAnimGraphScene::deleteSelectedPoints()
         for (const auto& [id, item] : items)
             item->rebuildFromCurve();
     }
-    sendUpdateClipScene();
+    kxSend(kxMessageName::UpdateClipScene);
 }
 
 namespace

@@ -384,9 +384,8 @@ void kxAnimGraphView::mouseReleaseEvent(QMouseEvent* event)
     if (nodes().empty())
         return;
     announceNodes();
-    kxMessage message;
     if (_sceneChanged)
-        kxController::call(kxMessageName::UpdateClipScene, message, 0);
+        kxSend(kxMessageName::UpdateClipScene);
     _sceneChanged = false;
 }
 

@@ -19,10 +19,7 @@ bool createBlock(const osg::FieldContainerPtr& object, const std::string& name, 
     if (attachment == osg::NullFC || kxAnimManager::the()->createBlock(attachment, name) == osg::NullFC)
         return false;
     if (updateGui)
-    {
-        kxMessage message;
-        kxController::call(kxMessageName::PastedAnimations, message, 0);
-    }
+        kxSend(kxMessageName::PastedAnimations);
     return true;
 }
 

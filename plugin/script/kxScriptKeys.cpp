@@ -138,10 +138,7 @@ bool kxScriptKeys::addTranslations(const osg::NodePtr& node, const std::vector<f
     if (!addKeys(Translation, node, times, translations))
         return false;
     if (updateGui)
-    {
-        kxMessage message;
-        kxController::call(kxMessageName::PastedAnimations, message, 0);
-    }
+        kxSend(kxMessageName::PastedAnimations);
     return true;
 }
 

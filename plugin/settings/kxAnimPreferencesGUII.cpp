@@ -129,8 +129,7 @@ void kxAnimPreferencesGUII::preferencesApply()
     applyChanged(Key::DetailedRangeStart, &kxAnimManager::setDetailedRangeStart);
     applyChanged(Key::DetailedRangeEnd, &kxAnimManager::setDetailedRangeEnd);
     applyChanged(Key::VerifyClipStructure, &kxAnimManager::setVerifyClipStructure);
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateAnimControlGUI, message, 0);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
 }
 
 void kxAnimPreferencesGUII::preferencesToGUI()

@@ -86,8 +86,7 @@ void kxAnimSettings::applySettings()
     kernel.setFullRangeEnd(_fullRangeEnd->value());
     kernel.setDetailedRangeStart(_detailedRangeStart->value());
     kernel.setDetailedRangeEnd(_detailedRangeEnd->value());
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateAnimControlGUI, message, 0);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
 }
 
 void kxAnimSettings::changedSpeed(int index)

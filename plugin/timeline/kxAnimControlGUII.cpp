@@ -26,12 +26,6 @@ namespace
 {
 kxAnimControlGUII* thePanel = nullptr;
 
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 QColor colorOf(const osg::AnimCurvePtr& curve)
 {
     const auto component = [](float value) { return std::clamp(kxKeyFrames::truncated(double(value) * 255), 0, 255); };
@@ -120,7 +114,7 @@ bool kxAnimControlGUII::eventFilter(QObject* watched, QEvent* event)
         const auto* const key = static_cast<QKeyEvent*>(event);
         if (key->key() == Qt::Key_V && key->modifiers() == Qt::ControlModifier)
         {
-            send(kxMessageName::PasteKeys);
+            kxSend(kxMessageName::PasteKeys);
             return true;
         }
     }
@@ -319,7 +313,7 @@ void kxAnimControlGUII::openAnimPrefs()
 
 void kxAnimControlGUII::keyAll()
 {
-    send(kxMessageName::KeyAll);
+    kxSend(kxMessageName::KeyAll);
 }
 
 void kxAnimControlGUII::changedLocalMode(bool value)

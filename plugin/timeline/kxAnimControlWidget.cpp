@@ -50,8 +50,7 @@ void loadPreferences()
     manager.setFullRangeEnd(stored(Key::FullRangeEnd, 50));
     manager.setDetailedRangeStart(stored(Key::DetailedRangeStart, 0));
     manager.setDetailedRangeEnd(stored(Key::DetailedRangeEnd, 25));
-    kxMessage message;
-    kxController::call(kxMessageName::UpdateAnimControlGUI, message, 0);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
 }
 } // namespace
 

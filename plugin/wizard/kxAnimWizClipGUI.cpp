@@ -31,12 +31,6 @@ constexpr double StandardDuration = 2.0;
 
 kxAnimWizClipGUI* theDialog = nullptr;
 
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 AnimWizClipPtr wizClipOf(const AnimNodePtr& node)
 {
     return node != NullFC ? AnimWizClipPtr::dcast(node->getCore()) : AnimWizClipPtr();
@@ -274,7 +268,7 @@ void kxAnimWizClipGUI::forEachCurve(const std::function<void(const AnimCurvePtr&
 
 void kxAnimWizClipGUI::refreshGraph()
 {
-    send(kxMessageName::UpdateGraphView);
+    kxSend(kxMessageName::UpdateGraphView);
 }
 
 void kxAnimWizClipGUI::followClip()
@@ -347,8 +341,8 @@ void kxAnimWizClipGUI::createFinalAnimations()
         const std::string name = _name->text().toStdString();
         if (!_name->text().trimmed().isEmpty() && name != kxNodeUtils::getName(edited))
             kxNodeUtils::setName(edited, kxWizardCapture::uniqueName(_name->text()).toStdString(), true, NodePtr());
-        send(kxMessageName::PastedAnimations);
-        send(kxMessageName::UpdateClipScene); // the bar bears the name
+        kxSend(kxMessageName::PastedAnimations);
+        kxSend(kxMessageName::UpdateClipScene); // the bar bears the name
     }
     _savedKeys.clear(); // accepted, also where the clip has died: the keys of a block that lives on stay
     reset();

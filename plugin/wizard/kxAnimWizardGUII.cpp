@@ -390,8 +390,7 @@ void kxAnimWizardGUII::createFinalAnimations()
         kxClipStructure::insert(clip, target, float(recipe.start));
     clip.release();
 
-    kxMessage message;
-    kxController::call(kxMessageName::PastedAnimations, message, 0);
+    kxSend(kxMessageName::PastedAnimations);
     resetWizard();
     if (_openClipMaker->isChecked())
         showDock();

@@ -35,3 +35,10 @@ public:
     /// Plays an animation as the user would; null does nothing.
     static void playAnimation(const osg::AnimNodePtr& animation);
 };
+
+/// Runs the handlers of `name` with a message that says nothing but its name; gives how many ran.
+inline int kxSend(const std::string& name)
+{
+    kxMessage message;
+    return kxController::call(name, message, 0);
+}

@@ -109,18 +109,17 @@ private Q_SLOTS:
         QFETCH(Handlers, handlers);
         for (const kxController::Callback handler : handlers)
             kxController::addCB(Name, handler);
-        kxMessage message;
         ran.clear();
-        kxController::call(Name, message, 0);
+        kxSend(Name);
         QTEST(ran, "once");
         ran.clear();
-        kxController::call(Name, message, 0);
+        kxSend(Name);
         QTEST(ran, "again");
 
         handlers << last;
         for (const kxController::Callback handler : handlers)
             kxController::subCB(Name, handler);
-        QCOMPARE(kxController::call(Name, message, 0), 0);
+        QCOMPARE(kxSend(Name), 0);
     }
 
     void modulesDuringDelivery()

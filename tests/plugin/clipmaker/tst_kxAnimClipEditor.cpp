@@ -316,8 +316,7 @@ private Q_SLOTS:
         kxFramePlayer::the()->start(kxFramePlaybackParams(), false, this); // another owner takes the player
         QVERIFY(!_form->_play->isChecked());
         shown()->setTime(30);
-        kxMessage message;
-        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0); // no business of the clip
+        kxSend(kxMessageName::FramePlayerLoopChanged); // no business of the clip
         QCOMPARE(shown()->time(), 30.0);
         kxFramePlayer::the()->stop(this);
         press("_play");
@@ -546,10 +545,9 @@ private Q_SLOTS:
             kxMessage message(id);
             QCOMPARE(_maker->module->receivedMessage(message), 0);
         }
-        kxMessage message;
         for (const char* const name : {kxMessageName::TrashCleared, kxMessageName::UpdateClipScene,
                                        kxMessageName::SelectedClipNode, kxMessageName::FramePlayerLoopChanged})
-            kxController::call(name, message, 0);
+            kxSend(name);
     }
 
 private:

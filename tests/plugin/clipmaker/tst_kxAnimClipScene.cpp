@@ -544,8 +544,7 @@ private Q_SLOTS:
         if (undo)
         {
             second->moveBy(0, 100);
-            kxMessage message;
-            kxController::call(kxMessageName::Undo, message, 0);
+            kxSend(kxMessageName::Undo);
         }
         else
             QTest::keyClick(&f.view, Qt::Key_Delete);

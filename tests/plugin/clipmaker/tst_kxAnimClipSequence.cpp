@@ -301,8 +301,7 @@ private Q_SLOTS:
         kxAnimManager::the()->setPlaybackFPS(rateBefore);
         f.shown->setTime(60);
         f.heard.clear();
-        kxMessage message;
-        kxController::call(kxMessageName::FramePlayerLoopChanged, message, 0);
+        kxSend(kxMessageName::FramePlayerLoopChanged);
         QCOMPARE(f.heard.join(','), fired);
         QCOMPARE(f.shown->time(), reverse ? 72.0 : 48.0);
     }

@@ -343,8 +343,7 @@ private Q_SLOTS:
         for (const NodePtr& child : {NodePtr(root), NodePtr(AnimNodeBase::create()), NodePtr(AnimNodeBase::create())})
             above->addChild(child);
         const QStringList before = f.tree.dump(true);
-        kxMessage message;
-        kxController::call("pastedAnimations", message, 0);
+        kxSend("pastedAnimations");
         QCOMPARE(f.tree.dump(true), before);
         QCOMPARE(above->findChild(root), 1); // the structure's place under a node above it
         above->subChild(root);

@@ -21,12 +21,6 @@
 
 namespace
 {
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 typedef kxTreeProbe<kxAnimChannelWidget> Tree;
 
 std::vector<osg::CCPnt> keyList(const osg::AnimCurvePtr& curve)
@@ -308,17 +302,17 @@ private Q_SLOTS:
         auto newest = std::make_unique<kxAnimChannelWidget>();
         QSignalSpy oldSpy(_tree.get(), &kxAnimChannelWidget::keyedChannels);
         QSignalSpy newSpy(newest.get(), &kxAnimChannelWidget::keyedChannels);
-        send(kxMessageName::KeyAll); // hidden: it lists the selection first
+        kxSend(kxMessageName::KeyAll); // hidden: it lists the selection first
         QCOMPARE(oldSpy.count(), 0);
         QCOMPARE(newSpy.count(), 1);
         QCOMPARE(stack().count(), 1);
         newest.reset();
-        send(kxMessageName::KeyAll);
+        kxSend(kxMessageName::KeyAll);
         QCOMPARE(oldSpy.count(), 1);
         QCOMPARE(keysOf(curve("translation.Y")), QString("12:2:11"));
         _tree.reset();
-        send(kxMessageName::KeyAll);
-        send(kxMessageName::CurrentFrameChanged);
+        kxSend(kxMessageName::KeyAll);
+        kxSend(kxMessageName::CurrentFrameChanged);
     }
 
     void followsTheScene()
@@ -336,7 +330,7 @@ private Q_SLOTS:
                                        kxMessageName::FrameChangedCurveEditor})
         {
             core->setTranslation(osg::Vec3f(++x, 0, 0));
-            send(name);
+            kxSend(name);
             QCOMPARE(row("translation.X")->text(1).toFloat(), x);
         }
         kxAnimManager::the()->addAnimation(_second, kxAnimFixture::curve("translation", "X", {{0, 0}, {1, 24}}));
@@ -355,7 +349,7 @@ private Q_SLOTS:
 
         _tree->hide();
         core->setTranslation(osg::Vec3f(-3, 0, 0));
-        send(kxMessageName::CurrentFrameChanged);
+        kxSend(kxMessageName::CurrentFrameChanged);
         QCOMPARE(row("translation.X")->text(1), QString("-2.000"));
         _tree->show();
         QCOMPARE(row("translation.X")->text(1), QString("-3.000"));
@@ -377,7 +371,7 @@ private Q_SLOTS:
         QTest::keyClicks(line, "x-1,2.34567"); // a letter, a comma and what is after three decimals don't go in
         QCOMPARE(line->text(), QString("-12.345"));
         kxAnimFixture::transform(_first)->setTranslation(osg::Vec3f(8, 0, 0));
-        send(kxMessageName::CurrentFrameChanged);
+        kxSend(kxMessageName::CurrentFrameChanged);
         QCOMPARE(line->text(), QString("-12.345")); // a frame doesn't take it from under the user's hands
         _tree->keySelected();
         QCOMPARE(keysOf(curve("translation.X")), QString("12:-12.345:11"));

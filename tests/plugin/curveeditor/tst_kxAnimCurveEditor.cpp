@@ -274,8 +274,7 @@ private Q_SLOTS:
         QCOMPARE(marks(), (Frames{6, 12, 24, 40}));
         graph->copySelectedPoints();
         kxAnimManager::the()->setCurrentFrame(60, false, true);
-        kxMessage message; // of the timeline
-        kxController::call(kxMessageName::PasteKeys, message, 0);
+        kxSend(kxMessageName::PasteKeys); // of the timeline
         QCOMPARE(marks(), (Frames{6, 12, 24, 40, 60}));
         stack->undo();
         QCOMPARE(marks(), (Frames{6, 12, 24, 40}));

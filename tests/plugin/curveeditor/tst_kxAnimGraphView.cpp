@@ -376,8 +376,7 @@ private Q_SLOTS:
         QCOMPARE(graph.place(1, 0), QPointF(48, 7));
         QCOMPARE(graph.scene()->curves()[0]->points().size(), 5);
         QCOMPARE(graph.stack()->count(), 1);
-        kxMessage message;
-        kxController::call(kxMessageName::PasteKeys, message, 0); // once more on the same keys
+        kxSend(kxMessageName::PasteKeys); // once more on the same keys
         QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(5));
         graph.stack()->setIndex(0);
         QCOMPARE(kxAnimFixture::curveOf(graph.nodes[0])->getControlPoints().size(), std::size_t(3));
@@ -524,7 +523,6 @@ private Q_SLOTS:
 
     void callbacks()
     {
-        kxMessage message;
         kxAnimManager* const manager = kxAnimManager::the();
         {
             kxGraphFixture graph;
@@ -533,10 +531,10 @@ private Q_SLOTS:
             manager->setFPS(48);
             QCOMPARE(graph.point(0, 1)->pos(), QPointF(48, 2));
             kxAnimFixture::curveOf(graph.nodes[0])->addPoint({2, 5}, {}, {}, 1, 1, true, true);
-            kxController::call(kxMessageName::UpdateGraphView, message, 0);
+            kxSend(kxMessageName::UpdateGraphView);
             QCOMPARE(graph.scene()->curves()[0]->points().size(), 3);
         }
-        kxController::call(kxMessageName::UpdateGraphView, message, 0); // the view has gone
+        kxSend(kxMessageName::UpdateGraphView); // the view has gone
         manager->setPlaybackContextHint(1);
         manager->reevaluateAnimations(true);
         manager->setPlaybackContextHint(0);

@@ -29,10 +29,7 @@ void countHandlersLeft()
     for (const char* name : {Name::CurrentFullFrameChanged, Name::FinishedPlayingGlobal, Name::ChangedFPS,
                              Name::SelectedAnimations, Name::FrameChangedCurveEditor, Name::UpdateAnimControlGUI,
                              Name::FramePlayerUserChanged, Name::AnimationStart, Name::Undo, Name::Redo})
-    {
-        kxMessage message;
-        handlers += kxController::call(name, message, 0);
-    }
+        handlers += kxSend(name);
     std::printf("handlers left %d\n", handlers);
 }
 

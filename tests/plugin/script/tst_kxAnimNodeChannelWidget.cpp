@@ -132,8 +132,7 @@ private Q_SLOTS:
         const osg::NodePtr selected = kxAnimFixture::object("selected");
         kxSelection::the().selectNodes({selected});
         kxScriptChannels::animateClippingTransform(); // was built last, but the button says "selection"
-        kxMessage message;
-        kxController::call(kxMessageName::KeyAll, message, 0);
+        kxSend(kxMessageName::KeyAll);
         QVERIFY(kxAnimManager::the()->getAnimAttachment(selected) != osg::NullFC);
         QVERIFY(kxAnimManager::the()->getAnimAttachment(clippingNode) == osg::NullFC);
     }

@@ -111,8 +111,7 @@ private Q_SLOTS:
         _docks.reset();
         _window.reset();
         // The panel has gone with the window, and its callbacks with it.
-        kxMessage message;
-        QCOMPARE(kxController::call(kxMessageName::SelectedAnimations, message, 0), 0);
+        QCOMPARE(kxSend(kxMessageName::SelectedAnimations), 0);
     }
 
     void rangesStayOrdered_data()

@@ -276,8 +276,7 @@ private Q_SLOTS:
         QCOMPARE(_library->selectedItems().size(), 1);
 
         kernel()->addAnimation(_car, block("late"));
-        kxMessage message;
-        kxController::call(kxMessageName::PastedAnimations, message, 0);
+        kxSend(kxMessageName::PastedAnimations);
         QVERIFY(_library->row("car/late") != nullptr);
     }
 

@@ -451,8 +451,7 @@ private Q_SLOTS:
     void opensAndClosesByMessages()
     {
         kxWizardFixture f;
-        kxMessage message;
-        kxController::call(kxMessageName::ShowAnimationWizard, message, 0);
+        kxSend(kxMessageName::ShowAnimationWizard);
         QVERIFY(f.wizard->isVisible());
         f.deliver(kxMessageId::StopPlayback);
         QVERIFY(f.wizard->isHidden());
