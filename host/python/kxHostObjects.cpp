@@ -11,6 +11,7 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
+#include <osg/Finite.h>
 #include <osg/Share.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
@@ -37,11 +38,6 @@ std::vector<kxSceneObjects::Entry> entries()
     all.push_back(kxSceneObjects::group());
     all.back().name = QStringLiteral("Group");
     return all;
-}
-
-bool isFinite(const osg::Vec3f& value)
-{
-    return std::isfinite(value.x()) && std::isfinite(value.y()) && std::isfinite(value.z());
 }
 
 /// What an argument that may be null stands for. An object that is gone is no null: the script means something else.
@@ -99,7 +95,7 @@ osg::NodePtr addObject(const std::string& kind, const std::string& name, const b
 
 osg::MaterialPtr addMaterial(const std::string& name, const osg::Vec3f& color, double roughness, double metallic)
 {
-    if (!isFinite(color) || !std::isfinite(roughness) || !std::isfinite(metallic))
+    if (!osg::isFinite(color) || !osg::isFinite(roughness, metallic))
         kxRaise(PyExc_ValueError, "the colour, the roughness and the metallic have to be finite numbers");
     std::vector<std::string> taken;
     for (const osg::MaterialPtr& other : kxScene::the()->materials())
@@ -163,7 +159,7 @@ void setKey(const osg::NodePtr& object, const std::string& channel, double secon
 {
     const osg::AnimCurvePtr curve = curveOf(object, channel);
     const osg::Pnt2f place{float(seconds), float(value)};
-    if (!std::isfinite(place.x()) || !std::isfinite(place.y()))
+    if (!osg::isFinite(place))
         kxRaise(PyExc_ValueError, "time and value of a key have to be finite numbers");
     const auto before = curve->getControlPoints();
     const auto there = std::find_if(before.begin(), before.end(),
@@ -228,7 +224,7 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
         kxRaise(PyExc_ValueError, "no trigger is called '" + kind + "'; there are: viewpoint, variant, sequence");
     const double seconds = frame / kxAnimManager::the()->fps();
     const double own = kxNodeTime::toRoot(clip).from(seconds); // the frame is the ruler's
-    if (!std::isfinite(float(seconds)) || !std::isfinite(float(own)))
+    if (!osg::isFinite(float(seconds), float(own)))
         kxRaise(PyExc_ValueError, "the frame has to be a finite number");
     const osg::AnimSequencePtr core = osg::AnimSequenceBase::create();
     core->setName(name);

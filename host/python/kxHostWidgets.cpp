@@ -4,6 +4,8 @@
 
 #include <view/kxView3D.h>
 
+#include <osg/Finite.h>
+
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QGraphicsView>
@@ -203,7 +205,7 @@ bp::tuple kxHostWidgets::scenePoint(const std::string& path, double x, double y)
 bp::tuple kxHostWidgets::pointInView(const osg::Vec3f& point)
 {
     const QVector3D place(point.x(), point.y(), point.z());
-    if (!std::isfinite(place.x()) || !std::isfinite(place.y()) || !std::isfinite(place.z()))
+    if (!osg::isFinite(point))
         kxRaise(PyExc_ValueError, "the point is no place: its numbers have to be finite");
     const auto widgets = QApplication::allWidgets();
     for (QWidget* const widget : widgets)

@@ -1,5 +1,7 @@
 #include "kxCameraRig.h"
 
+#include <osg/Finite.h>
+
 #include <QtMath>
 
 #include <algorithm>
@@ -19,8 +21,7 @@ QVector3D backward(float yaw, float pitch)
 
 bool isFinite(const kxCameraRig::Pose& p)
 {
-    return std::isfinite(p.target.x()) && std::isfinite(p.target.y()) && std::isfinite(p.target.z()) &&
-           std::isfinite(p.distance) && std::isfinite(p.yaw) && std::isfinite(p.pitch);
+    return osg::isFinite(p.target.x(), p.target.y(), p.target.z(), p.distance, p.yaw, p.pitch);
 }
 
 float halfAngle()

@@ -4,6 +4,7 @@
 
 #include <kxRenderWidget.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 #include <scene/UberMaterial.h>
@@ -34,10 +35,7 @@ bool isFinite(const osg::BoxVolume& box)
 {
     osg::Pnt3f low, high;
     box.getBounds(low, high);
-    for (std::size_t i = 0; i < 3; ++i)
-        if (!std::isfinite(low[i]) || !std::isfinite(high[i]))
-            return false;
-    return true;
+    return osg::isFinite(low) && osg::isFinite(high);
 }
 
 bool isMirrored(const QMatrix4x4& m)
@@ -54,7 +52,7 @@ QVector4D keptBy(const QMatrix4x4& world)
     if (QVector3D::dotProduct(ahead, world.column(2).toVector3D()) < 0) // a mirror above it
         ahead = -ahead;
     const float distance = QVector3D::dotProduct(ahead, world.column(3).toVector3D());
-    const bool isPlane = !ahead.isNull() && std::isfinite(distance) && std::isfinite(ahead.lengthSquared());
+    const bool isPlane = !ahead.isNull() && osg::isFinite(distance, ahead.lengthSquared());
     return isPlane ? QVector4D(-ahead, distance) : QVector4D(0, 0, 0, 1);
 }
 

@@ -2,6 +2,7 @@
 
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 #include <scene/kxScene.h>
 
 #include <QQuaternion>
@@ -20,11 +21,6 @@ QVector3D toQt(const osg::Vec3f& v)
 osg::Vec3f toOsg(const QVector3D& v)
 {
     return osg::Vec3f(v.x(), v.y(), v.z());
-}
-
-bool isFinite(const osg::Vec3f& v)
-{
-    return std::isfinite(v.x()) && std::isfinite(v.y()) && std::isfinite(v.z());
 }
 
 /// Right angles between the columns of a matrix, as far as it has some.
@@ -150,7 +146,7 @@ bool kxTransformEdit::apply(const kxGizmoChange& change)
     for (const Target& target : _targets)
     {
         const Values values = changed(target, change);
-        if (!isFinite(values.translation) || !isFinite(values.rotation) || !isFinite(values.scale))
+        if (!osg::isFinite(values.translation) || !osg::isFinite(values.rotation) || !osg::isFinite(values.scale))
             return false;
         entries.push_back({target.coreId, target.before, values});
     }

@@ -2,6 +2,7 @@
 
 #include <kxAnimManager.h>
 #include <kxCurveMath.h>
+#include <osg/Finite.h>
 #include <scene/FieldDescription.h>
 
 #include <algorithm>
@@ -13,13 +14,6 @@ namespace osg
 namespace
 {
 typedef std::vector<CCPnt> Keys;
-
-bool isFinite(const CCPnt& key)
-{
-    // A sum of finite doubles stays finite; one that isn't spoils it.
-    const double sum = double(key.x()) + key.y() + key.inX() + key.inY() + key.outX() + key.outY();
-    return std::isfinite(sum);
-}
 
 bool isBefore(float seconds, const CCPnt& key)
 {
@@ -93,7 +87,8 @@ void AnimCurveBase::describeFields(FieldList& fields)
         {
             const auto* const keys = std::get_if<MField<CCPnt, 0>>(&value);
             const auto isLater = [](const CCPnt& a, const CCPnt& b) { return a.x() < b.x(); };
-            if (keys == nullptr || !std::all_of(keys->begin(), keys->end(), isFinite) ||
+            if (keys == nullptr ||
+                !std::all_of(keys->begin(), keys->end(), [](const CCPnt& key) { return isFinite(key); }) ||
                 !std::is_sorted(keys->begin(), keys->end(), isLater))
                 return false;
             static_cast<AnimCurveBase&>(container)._controlPoints = *keys;

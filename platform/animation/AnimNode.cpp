@@ -4,6 +4,7 @@
 #include <animation/kxNodeTime.h>
 #include <osg/AnimCores.h>
 #include <osg/AnimCurve.h>
+#include <osg/Finite.h>
 #include <scene/FieldDescription.h>
 
 #include <algorithm>
@@ -86,13 +87,13 @@ void AnimNodeBase::describeFields(FieldList& fields)
 
 void AnimNodeBase::setOffset(const Vec2f& offset)
 {
-    if (std::isfinite(offset.x()) && std::isfinite(offset.y()))
+    if (isFinite(offset))
         _offset = offset;
 }
 
 void AnimNodeBase::setPlayRange(const Pnt2f& range)
 {
-    if (std::isfinite(range.x()) && std::isfinite(range.y()))
+    if (isFinite(range))
         _playRange = range;
 }
 
@@ -112,13 +113,13 @@ void AnimNode::moveBy(float seconds, float tracks)
 {
     const double own = double(seconds) / kxNodeTime::toRoot(getParent()).scale;
     const Vec2f offset(narrowed(getOffset().x() + own), getOffset().y() + tracks);
-    if (std::isfinite(offset.x()) && std::isfinite(offset.y()))
+    if (isFinite(offset))
         setOffset(offset);
 }
 
 void AnimNode::scaleBy(float factor, float pivotSeconds)
 {
-    if (!std::isfinite(factor) || factor <= 0 || !std::isfinite(pivotSeconds))
+    if (!isFinite(factor, pivotSeconds) || factor <= 0)
         return;
     const double pivot = kxNodeTime::toRoot(getParent()).from(pivotSeconds);
     const float scale = float(double(getScale()) * factor);

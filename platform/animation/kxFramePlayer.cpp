@@ -6,6 +6,7 @@
 #include <kxController.h>
 #include <kxLog.h>
 #include <kxMessageNames.h>
+#include <osg/Finite.h>
 
 #include <algorithm>
 #include <cmath>
@@ -54,7 +55,7 @@ kxFramePlayer* kxFramePlayer::the()
 void kxFramePlayer::start(const kxFramePlaybackParams& params, bool ownEvaluation, void* owner)
 {
     const bool isRate = params.fps == -1.0 || (std::isfinite(params.fps) && params.fps > 0);
-    if (!isRate || !std::isfinite(params.start) || !std::isfinite(params.end) || !std::isfinite(params.current))
+    if (!isRate || !osg::isFinite(params.start, params.end, params.current))
     {
         kxLog::warning("Can't play: the range or the frame rate is no usable number.");
         return;

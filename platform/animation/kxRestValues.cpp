@@ -2,6 +2,7 @@
 
 #include <animation/kxChannelTarget.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 
 #include <unordered_map>
 
@@ -76,7 +77,7 @@ bool kxRestValues::get(UInt32 containerId, const std::string& field, unsigned co
 bool kxRestValues::set(UInt32 containerId, const std::string& field, unsigned component, float value)
 {
     Key key;
-    if (!detail::isFinite(&value, 1) || !resolve(containerId, field, component, key))
+    if (!isFinite(value) || !resolve(containerId, field, component, key))
         return false;
     const auto found = _p->values.find(key);
     if (found != _p->values.end())

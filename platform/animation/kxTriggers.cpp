@@ -2,6 +2,7 @@
 
 #include <animation/kxNodeTime.h>
 #include <osg/AnimCores.h>
+#include <osg/Finite.h>
 
 #include <algorithm>
 #include <cmath>
@@ -118,7 +119,7 @@ void kxTriggers::clear()
 
 void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
 {
-    if (node == NullFC || _isBlocked || !std::isfinite(from) || !std::isfinite(to))
+    if (node == NullFC || _isBlocked || !isFinite(from, to))
         return;
     const double tolerance = kxNodeTime::tolerance(std::max(std::abs(from), std::abs(to)));
     const bool isStanding = std::abs(to - from) <= tolerance;

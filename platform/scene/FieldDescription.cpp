@@ -1,15 +1,12 @@
 #include <scene/FieldDescription.h>
 
+#include <osg/Finite.h>
+
 #include <algorithm>
 #include <cmath>
 
 namespace osg
 {
-
-bool detail::isFinite(const float* values, std::size_t count)
-{
-    return std::all_of(values, values + count, [](float value) { return std::isfinite(value); });
-}
 
 FieldDescription& FieldDescription::animatable(const char* channel, std::vector<std::string> suffixes,
                                                ComponentGetter get, ComponentSetter set,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/FieldContainer.h>
+#include <osg/Finite.h>
 #include <osg/MField.h>
 #include <osg/Vector.h>
 
@@ -95,8 +96,6 @@ private:
 
 namespace detail
 {
-KX_API bool isFinite(const float* values, std::size_t count);
-
 /// Conversion of a member's type to the alternative that stands for it, and back.
 template <class T>
 struct FieldTraits
@@ -119,7 +118,7 @@ struct FieldTraits<float>
     static bool set(float& target, const FieldValue& value)
     {
         const float* const typed = std::get_if<float>(&value);
-        if (typed == nullptr || !isFinite(typed, 1))
+        if (typed == nullptr || !osg::isFinite(*typed))
             return false;
         target = *typed;
         return true;
@@ -139,7 +138,7 @@ struct VectorTraits
     static bool set(T& target, const FieldValue& value)
     {
         const Vector<float, N>* const typed = std::get_if<Vector<float, N>>(&value);
-        if (typed == nullptr || !isFinite(typed->data(), N))
+        if (typed == nullptr || !osg::isFinite(*typed))
             return false;
         for (std::size_t i = 0; i < N; ++i)
             target[i] = (*typed)[i];

@@ -1,6 +1,7 @@
 #include <scene/Mesh.h>
 
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 #include <scene/FieldDescription.h>
 
 #include <algorithm>
@@ -50,7 +51,7 @@ bool Mesh::isValid() const
     const auto fits = [vertices](const std::vector<float>& values, std::size_t components)
     { return values.empty() || values.size() == vertices * components; };
     return _positions.size() % 3 == 0 && _indices.size() % 3 == 0 && fits(_normals, 3) && fits(_texCoords, 2) &&
-           fits(_colors, 4) && detail::isFinite(_positions.data(), _positions.size()) &&
+           fits(_colors, 4) && isFinite(_positions) &&
            std::all_of(_indices.begin(), _indices.end(), [vertices](UInt32 index) { return index < vertices; });
 }
 

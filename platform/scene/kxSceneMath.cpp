@@ -2,6 +2,8 @@
 
 #include <scene/Mesh.h>
 
+#include <osg/Finite.h>
+
 #include <QQuaternion>
 
 #include <array>
@@ -164,9 +166,8 @@ bool setLocalMatrix(const NodePtr& node, const QMatrix4x4& matrix)
     const TransformPtr transform = node == NullFC ? TransformPtr() : TransformPtr::dcast(node->getCore());
     if (transform == NullFC)
         return false;
-    for (int i = 0; i < 16; ++i)
-        if (!std::isfinite(matrix.constData()[i]))
-            return false;
+    if (!isFinite(matrix.constData(), 16))
+        return false;
     QVector3D axis[3];
     float length[3];
     for (int i = 0; i < 3; ++i)

@@ -1,5 +1,7 @@
 #include <widgets/kxRulerMath.h>
 
+#include <osg/Finite.h>
+
 #include <cmath>
 #include <limits>
 
@@ -115,7 +117,7 @@ QVector<Mark> visibleMarks(const QMap<float, QColor>& keys, const Scale& scale, 
 
 QString timeText(double frame, double fps)
 {
-    if (!(fps > 0) || !std::isfinite(fps) || !std::isfinite(frame))
+    if (!(fps > 0) || !osg::isFinite(fps, frame))
         return {};
     const double seconds = std::fabs(frame) / fps;
     if (seconds > 1e12)

@@ -12,6 +12,7 @@
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 
 #include <QEasingCurve>
 #include <QGraphicsItemAnimation>
@@ -20,8 +21,6 @@
 #include <QMenu>
 #include <QPen>
 #include <QTimeLine>
-
-#include <cmath>
 
 namespace
 {
@@ -392,7 +391,7 @@ void kxAnimAbstractClipItem::info()
 
 bool kxAnimAbstractClipItem::canGoTo(const QPointF& position) const
 {
-    return clipScene() != nullptr && std::isfinite(position.x()) && std::isfinite(position.y());
+    return clipScene() != nullptr && osg::isFinite(position.x(), position.y());
 }
 
 QPointF kxAnimAbstractClipItem::takeNodeTo(const QPointF& position)

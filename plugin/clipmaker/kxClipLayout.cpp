@@ -2,6 +2,8 @@
 
 #include <clipmaker/edits/kxClipGeometry.h>
 
+#include <osg/Finite.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -46,7 +48,7 @@ int kxClipLayout::tickStep(double width)
 std::vector<double> kxClipLayout::ticks(double left, double right, int step)
 {
     std::vector<double> found;
-    if (step < 1 || !std::isfinite(left) || !std::isfinite(right) || (right - left) / step > 1.0e5)
+    if (step < 1 || !osg::isFinite(left, right) || (right - left) / step > 1.0e5)
         return found;
     for (double tick = (std::floor(left / step) + 1) * step; tick < right; tick += step)
         found.push_back(tick);

@@ -1,6 +1,5 @@
 #include <curveeditor/kxAnimGraphCurve.h>
 
-#include <curveeditor/edits/kxAnimKeyMath.h>
 #include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphMarks.h>
 #include <curveeditor/kxAnimGraphPoint.h>
@@ -9,6 +8,7 @@
 #include <kxAnimManager.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 
 #include <QPainter>
 #include <QSignalBlocker>
@@ -322,7 +322,7 @@ void kxAnimGraphCurve::keyMoved(kxAnimGraphPoint* key)
         return;
     const QPointF place = key->pos();
     _moved.emplace(place.x(), key);
-    if (!_bounds.contains(place) && std::isfinite(place.x()) && std::isfinite(place.y()))
+    if (!_bounds.contains(place) && osg::isFinite(place.x(), place.y()))
     {
         prepareGeometryChange();
         _bounds = QRectF(QPointF(std::min(_bounds.left(), place.x()), std::min(_bounds.top(), place.y())),

@@ -2,6 +2,8 @@
 
 #include <curveeditor/kxAnimGraphMarks.h>
 
+#include <osg/Finite.h>
+
 #include <QPainter>
 
 #include <algorithm>
@@ -11,11 +13,6 @@ namespace
 {
 /// With more segments than this in a pixel column, a bar for each column is what the line looks like.
 constexpr double SegmentsPerColumn = 2;
-
-bool isFinite(const QPointF& place)
-{
-    return std::isfinite(place.x()) && std::isfinite(place.y());
-}
 
 /// A point of the Bezier curve at `u`, by its Bernstein form.
 QPointF bezier(const QPointF& a, const QPointF& b, const QPointF& c, const QPointF& d, double u)
@@ -41,7 +38,7 @@ void kxAnimGraphLine::start(int keys)
 
 void kxAnimGraphLine::include(const QPointF& place)
 {
-    if (!isFinite(place))
+    if (!osg::isFinite(place.x(), place.y()))
         return;
     if (!_hasBounds)
         _low = _high = place;

@@ -6,6 +6,7 @@
 #include <curveeditor/kxAnimGraphScene.h>
 
 #include <osg/CCPnt.h>
+#include <osg/Finite.h>
 
 #include <QBrush>
 #include <QCursor>
@@ -15,8 +16,6 @@
 #include <QPainterPath>
 #include <QPen>
 #include <QStyleOptionGraphicsItem>
-
-#include <cmath>
 
 namespace
 {
@@ -490,7 +489,7 @@ QVariant kxAnimGraphPoint::itemChange(GraphicsItemChange change, const QVariant&
 
 void kxAnimGraphPoint::setScale(double sx, double sy)
 {
-    if (!std::isfinite(sx) || !std::isfinite(sy))
+    if (!osg::isFinite(sx, sy))
         return;
     kxAnimGraphCurve::aboutToScale();
     g_scaleX = sx;

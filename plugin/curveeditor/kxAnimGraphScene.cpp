@@ -11,6 +11,7 @@
 #include <kxLog.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
+#include <osg/Finite.h>
 
 #include <QCoreApplication>
 #include <QGraphicsSceneMouseEvent>
@@ -389,8 +390,7 @@ class Extent
 public:
     void add(const QRectF& rect)
     {
-        if (std::isfinite(rect.x()) && std::isfinite(rect.x() + rect.width()) && std::isfinite(rect.y()) &&
-            std::isfinite(rect.y() + rect.height()))
+        if (osg::isFinite(rect.x(), rect.x() + rect.width(), rect.y(), rect.y() + rect.height()))
             _rect |= rect;
         else
             kxLog::warning("Detected corrupted curve or tangent value. Please check your tangents!");

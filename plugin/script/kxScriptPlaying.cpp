@@ -7,8 +7,7 @@
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <osg/ChangeList.h>
-
-#include <cmath>
+#include <osg/Finite.h>
 
 namespace bp = boost::python;
 
@@ -22,7 +21,7 @@ osg::AnimNodePtr targetOf(const std::string& name)
 /// Start and end of 0 leave an earlier range in force; a range that isn't finite is none.
 void setRange(const osg::AnimNodePtr& animation, float start, float end)
 {
-    if ((start == 0 && end == 0) || !std::isfinite(start) || !std::isfinite(end))
+    if ((start == 0 && end == 0) || !osg::isFinite(start, end))
         return;
     const double fps = kxAnimManager::the()->fps();
     animation->setUsePlayRange(true);

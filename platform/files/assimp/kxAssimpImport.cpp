@@ -5,6 +5,7 @@
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxMemoryLimit.h>
 #include <kxAnimManager.h>
+#include <osg/Finite.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
@@ -189,10 +190,9 @@ private:
     bool place(const NodePtr& node, const aiMatrix4x4& source)
     {
         const QMatrix4x4 matrix = matrixOf(source);
-        for (int i = 0; i < 16; ++i)
-            if (!std::isfinite(matrix.constData()[i]))
-                return _report.fail(
-                    QStringLiteral("'%1' stands at no finite place").arg(QString::fromStdString(node->getNodeName())));
+        if (!isFinite(matrix.constData(), 16))
+            return _report.fail(
+                QStringLiteral("'%1' stands at no finite place").arg(QString::fromStdString(node->getNodeName())));
         if (!kxSceneMath::setLocalMatrix(node, matrix))
             _report.note(QStringLiteral("'%1': a matrix without an inverse is left out")
                              .arg(QString::fromStdString(node->getNodeName())));

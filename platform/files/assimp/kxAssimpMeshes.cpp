@@ -2,6 +2,8 @@
 
 #include <files/scene/kxFileReport.h>
 
+#include <osg/Finite.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -129,7 +131,7 @@ void kxAssimpMeshes::addSkins(const std::map<std::string, NodePtr>& nodes)
                 for (unsigned row = 0; row < 4; ++row)
                     matrices.push_back(m[row][column]);
         }
-        const bool finite = std::all_of(matrices.begin(), matrices.end(), [](float v) { return std::isfinite(v); });
+        const bool finite = isFinite(matrices);
         const osg::Share<Skin> skin(Skin::create());
         skin->setJoints(joints);
         skin->setInverseBindMatrices(std::move(matrices));

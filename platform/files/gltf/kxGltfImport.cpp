@@ -5,6 +5,8 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
+#include <osg/Finite.h>
+
 #include <cmath>
 
 using namespace osg;
@@ -16,12 +18,10 @@ constexpr double Degrees = 57.295779513082320877;
 constexpr int DeepestTree = 1000;
 constexpr std::size_t MatrixSize = 16;
 
-bool isFinite(const std::vector<double>& values)
+/// Of the single precision that a scene holds.
+bool areFloats(const std::vector<double>& values)
 {
-    for (const double value : values)
-        if (!std::isfinite(float(value)))
-            return false;
-    return true;
+    return isFinite(std::vector<float>(values.begin(), values.end()));
 }
 
 Vec3f vector3(const std::vector<double>& values)
@@ -167,8 +167,8 @@ private:
     {
         const tinygltf::Node& source = _model.nodes[std::size_t(index)];
         const TransformPtr transform = TransformPtr::dcast(node->getCore());
-        if (!isFinite(source.matrix) || !isFinite(source.translation) || !isFinite(source.rotation) ||
-            !isFinite(source.scale))
+        if (!areFloats(source.matrix) || !areFloats(source.translation) || !areFloats(source.rotation) ||
+            !areFloats(source.scale))
             return _report.fail(QStringLiteral("nodes[%1] stands at no finite place").arg(index));
         if (source.matrix.size() == MatrixSize)
         {
@@ -223,7 +223,7 @@ private:
         light->setKind(source.type == "spot"    ? Light::Spot
                        : source.type == "point" ? Light::PointLight
                                                 : Light::Directional);
-        if (source.color.size() == 3 && isFinite(source.color))
+        if (source.color.size() == 3 && areFloats(source.color))
             light->setColor(Color3f(float(source.color[0]), float(source.color[1]), float(source.color[2])));
         if (std::isfinite(float(source.intensity)) && source.intensity >= 0)
             light->setIntensity(float(source.intensity));
@@ -268,9 +268,8 @@ private:
             skin->setInverseBindMatrices(matrices);
             skin->setVertexJoints(parts[p].joints);
             skin->setVertexWeights(parts[p].weights);
-            for (const float value : matrices)
-                if (!std::isfinite(value))
-                    return _report.fail(QStringLiteral("skins[%1]: a matrix isn't finite").arg(skinIndex));
+            if (!isFinite(matrices))
+                return _report.fail(QStringLiteral("skins[%1]: a matrix isn't finite").arg(skinIndex));
             if (!skin->isValid(parts[p].mesh->vertexCount()))
                 return _report.fail(QStringLiteral("skins[%1] doesn't fit the joints of meshes[%2]")
                                         .arg(skinIndex)

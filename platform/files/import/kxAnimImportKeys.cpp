@@ -3,6 +3,8 @@
 #include <files/scene/kxFileReport.h>
 #include <scene/kxScene.h>
 
+#include <osg/Finite.h>
+
 #include <QQuaternion>
 
 #include <algorithm>
@@ -30,10 +32,10 @@ struct Turn
     QQuaternion inTangent, outTangent;
 };
 
+/// True too where there are no such numbers.
 bool isFinite(const std::vector<float>& values, std::size_t from, std::size_t count)
 {
-    return from + count > values.size() || std::all_of(values.begin() + long(from), values.begin() + long(from + count),
-                                                       [](float value) { return std::isfinite(value); });
+    return from + count > values.size() || osg::isFinite(values.data() + from, count);
 }
 
 /// The indices of the keys that stay, in order of time.

@@ -1,5 +1,7 @@
 #include <files/import/kxMeshData.h>
 
+#include <osg/Finite.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -19,11 +21,6 @@ void spread(std::vector<T>& values, const std::vector<std::uint32_t>& indices, s
                       values.begin() + long((index + 1) * components));
     values.swap(result);
 }
-
-bool isFinite(const std::vector<float>& values)
-{
-    return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
-}
 } // namespace
 
 void kxMeshData::unshare()
@@ -41,12 +38,12 @@ void kxMeshData::unshare()
 bool kxMeshData::repair()
 {
     const std::size_t vertices = vertexCount();
-    if (positions.size() % 3 != 0 || !isFinite(positions) || indices.size() % 3 != 0 ||
+    if (positions.size() % 3 != 0 || !osg::isFinite(positions) || indices.size() % 3 != 0 ||
         std::any_of(indices.begin(), indices.end(), [vertices](std::uint32_t index) { return index >= vertices; }))
         return false;
     const auto check = [vertices](std::vector<float>& values, std::size_t components)
     {
-        if (values.size() != vertices * components || !isFinite(values))
+        if (values.size() != vertices * components || !osg::isFinite(values))
             values.clear();
     };
     check(normals, 3);

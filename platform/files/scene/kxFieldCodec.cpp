@@ -2,6 +2,8 @@
 
 #include <files/scene/kxCborInput.h>
 
+#include <osg/Finite.h>
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -59,7 +61,7 @@ struct Writer
     void operator()(const std::vector<UInt32>& values) { appendNumbers(out, values.data(), values.size()); }
     void operator()(const std::vector<float>& values)
     {
-        if (detail::isFinite(values.data(), values.size()))
+        if (isFinite(values))
             return appendNumbers(out, values.data(), values.size());
         std::vector<float> repaired(values.size());
         std::transform(values.begin(), values.end(), repaired.begin(), finite);
@@ -142,7 +144,7 @@ std::vector<float> readFloats(kxCborInput& in, std::size_t group)
     std::vector<unsigned char> bytes;
     in.readBytes(bytes, group * sizeof(float));
     std::vector<float> values = numbers<float>(bytes);
-    if (!detail::isFinite(values.data(), values.size()))
+    if (!isFinite(values))
     {
         in.fail(QStringLiteral("a number isn't finite"));
         values.clear();

@@ -3,8 +3,7 @@
 #include <kxAnimManager.h>
 #include <kxPlatform.h>
 #include <osg/AnimCores.h>
-
-#include <cmath>
+#include <osg/Finite.h>
 
 kxClipNodes::Extent kxClipNodes::extentOf(const osg::AnimNodePtr& node)
 {
@@ -79,7 +78,7 @@ bool kxClipNodes::move(const osg::AnimNodePtr& node, const QPointF& from, const 
     const double frames = kxClipGeometry::movedFrames(from.x(), to.x(), spanOf(node).x);
     const float seconds = float(frames) / float(kxAnimManager::the()->fps());
     const float units = kxClipGeometry::movedUnits(from.y(), to.y(), node->getOffset().y(), kxPlatform::getDpiScaleX());
-    if (!std::isfinite(seconds) || !std::isfinite(units))
+    if (!osg::isFinite(seconds, units))
         return false;
     node->moveBy(seconds, units);
     osg::markChanged(node, osg::AnimNode::OffsetFieldMask);

@@ -1,8 +1,7 @@
 #include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
 
-#include <curveeditor/edits/kxAnimKeyMath.h>
-
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 
 #include <algorithm>
 #include <cmath>
@@ -31,9 +30,9 @@ kxAddAnimKeyUndoCommand::kxAddAnimKeyUndoCommand(const osg::AnimCurvePtr& curve,
       _curveId(curve.getFieldContainerId()), _points(std::move(points))
 {
     points.clear();
-    _points.erase(std::remove_if(_points.begin(), _points.end(),
-                                 [](const osg::CCPnt& key) { return !kxAnimKeyMath::isFinite(key); }),
-                  _points.end());
+    _points.erase(
+        std::remove_if(_points.begin(), _points.end(), [](const osg::CCPnt& key) { return !osg::isFinite(key); }),
+        _points.end());
     std::stable_sort(_points.begin(), _points.end(), isBefore);
 }
 

@@ -1,7 +1,6 @@
 #include <curveeditor/edits/kxAnimChannelKeys.h>
 
 #include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
-#include <curveeditor/edits/kxAnimKeyMath.h>
 #include <curveeditor/edits/kxChannelCurvesUndoCommand.h>
 
 #include <kxAnimManager.h>

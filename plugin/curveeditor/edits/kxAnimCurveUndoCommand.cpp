@@ -3,6 +3,7 @@
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,7 +18,7 @@ bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
 
 bool areFinite(const std::vector<osg::CCPnt>& keys)
 {
-    return std::all_of(keys.begin(), keys.end(), kxAnimKeyMath::isFinite);
+    return std::all_of(keys.begin(), keys.end(), [](const osg::CCPnt& key) { return osg::isFinite(key); });
 }
 
 std::vector<osg::CCPnt> differencesTo(const std::vector<osg::CCPnt>& points, const osg::AnimCurvePtr& curve)
@@ -99,7 +100,7 @@ bool kxAnimCurveUndoCommand::canMergeWith(const QUndoCommand* other) const
     if (next._curveId != _curveId || next._differences.size() != _differences.size())
         return false;
     for (std::size_t i = 0; i < _differences.size(); ++i)
-        if (!kxAnimKeyMath::isFinite(kxAnimKeyMath::added(_differences[i], next._differences[i], 1)))
+        if (!osg::isFinite(kxAnimKeyMath::added(_differences[i], next._differences[i], 1)))
             return false;
     return true;
 }

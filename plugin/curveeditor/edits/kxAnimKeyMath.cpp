@@ -1,12 +1,6 @@
 #include <curveeditor/edits/kxAnimKeyMath.h>
 
-#include <cmath>
-
-bool kxAnimKeyMath::isFinite(const osg::CCPnt& key)
-{
-    return std::isfinite(key.x()) && std::isfinite(key.y()) && std::isfinite(key.inX()) && std::isfinite(key.inY()) &&
-           std::isfinite(key.outX()) && std::isfinite(key.outY());
-}
+#include <osg/Finite.h>
 
 osg::CCPnt kxAnimKeyMath::difference(const osg::CCPnt& to, const osg::CCPnt& from)
 {

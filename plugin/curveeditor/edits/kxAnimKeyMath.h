@@ -1,13 +1,11 @@
 #pragma once
 
 #include <osg/AnimCurve.h>
+#include <osg/Finite.h>
 
 /// Plain operations on keys that the undo commands share.
 namespace kxAnimKeyMath
 {
-/// True where each number of the key is finite.
-bool isFinite(const osg::CCPnt& key);
-
 /// `to` - `from`, field by field; the types as wrapping unsigned numbers, so that added() gives `to` back, within float
 /// rounding.
 osg::CCPnt difference(const osg::CCPnt& to, const osg::CCPnt& from);

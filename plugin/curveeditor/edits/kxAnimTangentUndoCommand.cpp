@@ -1,10 +1,7 @@
 #include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 
-#include <curveeditor/edits/kxAnimKeyMath.h>
-
 #include <osg/FieldContainerFactory.h>
-
-#include <cmath>
+#include <osg/Finite.h>
 
 namespace
 {
@@ -14,11 +11,6 @@ constexpr unsigned int Free = unsigned(osg::TangentType::Free);
 bool hasKey(const osg::AnimCurvePtr& curve, unsigned int index)
 {
     return curve != osg::NullFC && index < curve->getControlPoints().size();
-}
-
-bool isFinite(const osg::Vec2f& vector)
-{
-    return std::isfinite(vector.x()) && std::isfinite(vector.y());
 }
 
 osg::Vec2f tangent(const osg::CCPnt& key, bool isIn)
@@ -71,7 +63,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
         return;
     const osg::CCPnt& key = curve->getControlPoints(index);
     const osg::Vec2f difference = vector - tangent(key, isIn);
-    if (!isFinite(difference))
+    if (!osg::isFinite(difference))
         return;
     _curveId = curve.getFieldContainerId();
     _oldType = tangentType(key, isIn);
@@ -167,7 +159,7 @@ void kxAnimTangentUndoCommand::change(const osg::Vector<float, 2>& difference, u
     {
         osg::CCPnt key = curve->getControlPoints(_index);
         const osg::Vec2f moved = tangent(key, _isIn) + difference;
-        if (!isFinite(moved))
+        if (!osg::isFinite(moved))
             return;
         setTangent(key, _isIn, moved);
         curve->getControlPoints(_index) = key;
@@ -184,7 +176,7 @@ bool kxAnimTangentUndoCommand::canMergeWith(const QUndoCommand* other) const
         return false;
     const auto& next = static_cast<const kxAnimTangentUndoCommand&>(*other);
     return next._curveId == _curveId && next._isIn == _isIn && next._index == _index &&
-           isFinite(_difference + next._difference);
+           osg::isFinite(_difference + next._difference);
 }
 
 bool kxAnimTangentUndoCommand::mergeWith(const QUndoCommand* other)

@@ -2,7 +2,6 @@
 
 #include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/edits/kxAnimCurveUndoCommand.h>
-#include <curveeditor/edits/kxAnimKeyMath.h>
 #include <curveeditor/edits/kxAnimTangentUndoCommand.h>
 
 #include <kxAnimManager.h>
