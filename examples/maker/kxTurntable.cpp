@@ -202,7 +202,7 @@ Parts buildFan(const Materials& m)
 struct Key
 {
     float seconds, value;
-    TangentType type;
+    TangentType::Type type;
 };
 
 /// Fills one channel of `container` with keys and gathers it into a block of its own.
@@ -221,8 +221,7 @@ AnimNodePtr animate(const FieldContainerPtr& container, const char* block, const
     const AnimNodePtr node = manager->createChannelCurveNode(attachment, field, component, axis, alias);
     const AnimCurvePtr curve = AnimCurvePtr::dcast(node->getCore());
     for (const Key& key : keys)
-        curve->addPoint(Pnt2f(key.seconds, key.value), Vec2f(), Vec2f(), UInt32(key.type), UInt32(key.type), false,
-                        true);
+        curve->addPoint(Pnt2f(key.seconds, key.value), Vec2f(), Vec2f(), key.type, key.type, false, true);
     curve->setPostInfinityMode(UInt32(after));
     markChanged(curve, AnimCurve::ControlPointsFieldMask | AnimCurve::PostInfinityModeFieldMask);
     return manager->createBlock(attachment, block);
@@ -230,7 +229,7 @@ AnimNodePtr animate(const FieldContainerPtr& container, const char* block, const
 
 void animateFan(const Parts& parts, const Materials& m)
 {
-    typedef TangentType T;
+    namespace T = TangentType;
     constexpr float S = kxTurntable::Seconds;
     const std::vector<AnimNodePtr> blocks = {
         animate(parts.turntable, "Turn", "eulerRotation", 1, "Y", "rotation", {{0, 0, T::Linear}, {S, 360, T::Linear}},

@@ -45,7 +45,7 @@ void unroll(std::vector<Place>& places)
 }
 
 osg::AnimNodePtr makeCurve(const osg::AnimAttachmentPtr& attachment, std::size_t channel,
-                           const std::vector<Place>& places, osg::TangentType inner, osg::TangentType ends)
+                           const std::vector<Place>& places, osg::TangentType::Type inner, osg::TangentType::Type ends)
 {
     kxAnimManager* const manager = kxAnimManager::the();
     const unsigned axis = unsigned(channel % 3);
@@ -69,8 +69,8 @@ osg::AnimNodePtr makeCurve(const osg::AnimAttachmentPtr& attachment, std::size_t
     return node;
 }
 
-osg::NodePtr makeTrack(const osg::CameraPtr& camera, const std::vector<Place>& places, osg::TangentType inner,
-                       osg::TangentType ends, const QString& blockName)
+osg::NodePtr makeTrack(const osg::CameraPtr& camera, const std::vector<Place>& places, osg::TangentType::Type inner,
+                       osg::TangentType::Type ends, const QString& blockName)
 {
     const osg::NodePtr node = kxSceneEdits::makeNode(camera, QString());
     const osg::AnimAttachmentPtr attachment = osg::AnimAttachment::create();

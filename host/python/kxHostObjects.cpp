@@ -150,7 +150,7 @@ bp::list keys(const osg::NodePtr& object, const std::string& channel)
 /// The same key at another value; the tangents that have a type follow from it anew.
 osg::CCPnt withValue(const osg::CCPnt& key, float value)
 {
-    const osg::UInt32 free = osg::UInt32(osg::TangentType::Free);
+    constexpr osg::UInt32 free = osg::TangentType::Free;
     return osg::CCPnt(osg::Pnt2f(key.point().x(), value), key.inType == free ? key.intangent() : osg::Vec2f(),
                       key.outType == free ? key.outtangent() : osg::Vec2f(), key.inType, key.outType);
 }
@@ -165,7 +165,7 @@ void setKey(const osg::NodePtr& object, const std::string& channel, double secon
     const auto there = std::find_if(before.begin(), before.end(),
                                     [seconds](const osg::CCPnt& key)
                                     { return std::abs(double(key.point().x()) - seconds) < SameTime; });
-    osg::CCPnt key(place, osg::Vec2f(), osg::Vec2f(), 1, 1);
+    osg::CCPnt key(place, osg::Vec2f(), osg::Vec2f(), osg::TangentType::Linear, osg::TangentType::Linear);
     if (there != before.end())
         key = withValue(*there, place.y());
     curve->addControlPoint(key, true, true);

@@ -43,7 +43,7 @@ Vec2f computedVector(const Keys& keys, std::size_t index, kxCurveMath::Side side
         next = placeOf(keys[index + 1]);
         around.next = &next;
     }
-    if (type > UInt32(TangentType::Free))
+    if (type > TangentType::Free)
         around.otherLength = 10.0 / kxAnimManager::the()->fps();
     const kxCurveMath::Place vector = kxCurveMath::tangentVector(side, type, around);
     return Vec2f(float(vector.x), float(vector.y));
@@ -52,14 +52,14 @@ Vec2f computedVector(const Keys& keys, std::size_t index, kxCurveMath::Side side
 void computeIn(Keys& keys, std::size_t index)
 {
     CCPnt& key = keys[index];
-    if (key.inType != UInt32(TangentType::Free))
+    if (key.inType != TangentType::Free)
         key.setIntangent(computedVector(keys, index, kxCurveMath::Side::In, key.inType));
 }
 
 void computeOut(Keys& keys, std::size_t index)
 {
     CCPnt& key = keys[index];
-    if (key.outType != UInt32(TangentType::Free))
+    if (key.outType != TangentType::Free)
         key.setOuttangent(computedVector(keys, index, kxCurveMath::Side::Out, key.outType));
 }
 } // namespace

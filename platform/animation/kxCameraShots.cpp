@@ -36,12 +36,11 @@ int axisOf(const std::string& suffix)
 
 void writeKeys(const AnimCurvePtr& curve, float duration, float start, float end, UInt32 interpolation)
 {
-    const Int32 linear = Int32(TangentType::Linear), flat = Int32(TangentType::Flat);
     curve->clear();
-    curve->addPoint(Pnt2f(0, start), Vec2f(), Vec2f(), 1, 1, false, false);
-    curve->addPoint(Pnt2f(duration, end), Vec2f(), Vec2f(), 1, 1, false, false);
-    curve->computeOuttangent(0, interpolation == 1 || interpolation == 3 ? flat : linear);
-    curve->computeIntangent(1, interpolation == 2 || interpolation == 3 ? flat : linear);
+    curve->addPoint(Pnt2f(0, start), Vec2f(), Vec2f(), TangentType::Linear, TangentType::Linear, false, false);
+    curve->addPoint(Pnt2f(duration, end), Vec2f(), Vec2f(), TangentType::Linear, TangentType::Linear, false, false);
+    curve->computeOuttangent(0, interpolation == 1 || interpolation == 3 ? TangentType::Flat : TangentType::Linear);
+    curve->computeIntangent(1, interpolation == 2 || interpolation == 3 ? TangentType::Flat : TangentType::Linear);
     markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
 }
 

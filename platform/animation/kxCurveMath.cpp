@@ -46,11 +46,11 @@ kxCurveMath::Place kxCurveMath::tangentVector(Side side, UInt32 type, const Neig
     const bool isIn = side == Side::In;
     if (n.previous == nullptr && n.next == nullptr)
         return isIn ? n.in : n.out;
-    if (type == UInt32(TangentType::Constant))
+    if (type == TangentType::Constant)
         return {};
-    if (type == UInt32(TangentType::Free))
+    if (type == TangentType::Free)
         return freeVector(side, n);
-    if (type > UInt32(TangentType::Free))
+    if (type > TangentType::Free)
         return {isIn ? -n.otherLength : n.otherLength, 0};
 
     const bool isFirst = n.previous == nullptr, isLast = n.next == nullptr;
@@ -61,7 +61,7 @@ kxCurveMath::Place kxCurveMath::tangentVector(Side side, UInt32 type, const Neig
     const bool isInside = !isFirst && !isLast;
     double length = (isFirst ? right : isLast ? left : isIn ? left : right) / 2;
     double m = 0;
-    switch (TangentType(type))
+    switch (type)
     {
     case TangentType::Linear:
         m = isIn ? toPrevious : toNext;
@@ -75,7 +75,7 @@ kxCurveMath::Place kxCurveMath::tangentVector(Side side, UInt32 type, const Neig
     default:
         break;
     }
-    if (isInside && type != UInt32(TangentType::Linear))
+    if (isInside && type != TangentType::Linear)
         length = std::min(length, (left + right) / 3);
     const double x = isIn ? -length : length;
     return {x, narrowable(x * m)};

@@ -104,27 +104,27 @@ void kxAnimCurveEditor::setTangentType(unsigned int type)
 
 void kxAnimCurveEditor::constantTangents()
 {
-    setTangentType(unsigned(osg::TangentType::Constant));
+    setTangentType(osg::TangentType::Constant);
 }
 
 void kxAnimCurveEditor::linearTangents()
 {
-    setTangentType(unsigned(osg::TangentType::Linear));
+    setTangentType(osg::TangentType::Linear);
 }
 
 void kxAnimCurveEditor::flatTangents()
 {
-    setTangentType(unsigned(osg::TangentType::Flat));
+    setTangentType(osg::TangentType::Flat);
 }
 
 void kxAnimCurveEditor::hermiteTangents()
 {
-    setTangentType(unsigned(osg::TangentType::Hermite));
+    setTangentType(osg::TangentType::Hermite);
 }
 
 void kxAnimCurveEditor::followingTangents()
 {
-    setTangentType(unsigned(osg::TangentType::Following));
+    setTangentType(osg::TangentType::Following);
 }
 
 void kxAnimCurveEditor::copySelectedControlPoints()

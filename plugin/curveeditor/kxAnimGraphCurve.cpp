@@ -20,7 +20,6 @@
 
 namespace
 {
-constexpr int Free = int(osg::TangentType::Free);
 
 std::unordered_set<kxAnimGraphCurve*>& livingCurves()
 {
@@ -290,9 +289,9 @@ void kxAnimGraphCurve::computeTangents(kxAnimGraphPoint* key, kxAnimGraphPoint* 
 {
     const QPointF in = key->inTangentPos(), out = key->outTangentPos();
     // A free handle starts from where the user left it, so that what a passing key shortened grows again.
-    if (key->inTangentType() == Free)
+    if (key->inTangentType() == osg::TangentType::Free)
         key->setInTangentPos(key->cachedInTangentPos());
-    if (key->outTangentType() == Free)
+    if (key->outTangentType() == osg::TangentType::Free)
         key->setOutTangentPos(key->cachedOutTangentPos());
     key->computeInTangent(previous, next);
     key->computeOutTangent(previous, next);

@@ -19,8 +19,6 @@
 
 namespace
 {
-constexpr int Constant = int(osg::TangentType::Constant);
-constexpr int Free = int(osg::TangentType::Free);
 /// Length of a tangent whose type has no rule.
 constexpr double OtherLength = 10;
 
@@ -253,12 +251,12 @@ void kxAnimGraphPoint::setTangentsVisible(bool visible)
 
 bool kxAnimGraphPoint::showsInTangent() const
 {
-    return _tangentsShown && _inType != Constant;
+    return _tangentsShown && _inType != osg::TangentType::Constant;
 }
 
 bool kxAnimGraphPoint::showsOutTangent() const
 {
-    return _tangentsShown && _outType != Constant;
+    return _tangentsShown && _outType != osg::TangentType::Constant;
 }
 
 void kxAnimGraphPoint::showHandles() const
@@ -295,7 +293,7 @@ QPointF kxAnimGraphPoint::computedTangent(kxCurveMath::Side side, const kxAnimGr
     const int type = isIn ? _inType : _outType;
     const kxCurveMath::Place& present = isIn ? around.in : around.out;
     const kxCurveMath::Place vector = kxCurveMath::tangentVector(side, osg::UInt32(type), around);
-    if (type == Free && vector.x == present.x && vector.y == present.y)
+    if (type == osg::TangentType::Free && vector.x == present.x && vector.y == present.y)
         return QPointF(present.x, present.y);
     if (vector.x == 0 && vector.y == 0)
         return QPointF(); // only a vector of no length at all makes a step
@@ -389,7 +387,7 @@ void kxAnimGraphPoint::dragHandle(QGraphicsSceneMouseEvent* event)
     moveTangent(event->scenePos());
     if (kxAnimGraphPoint* owner = key())
     {
-        owner->setTangentTypes(Free, Free);
+        owner->setTangentTypes(osg::TangentType::Free, osg::TangentType::Free);
         owner->setTangentsVisible(owner->tangentsShown()); // a constant side is one no more
     }
     cacheTangents();

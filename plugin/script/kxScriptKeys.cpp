@@ -41,11 +41,11 @@ struct Channel
     const char* field;
     const char* alias; // the name where it isn't the field's, else empty
     bool hasAxes;      // X, Y and Z; else one curve without an axis
-    osg::TangentType tangents;
+    osg::TangentType::Type tangents;
     bool (*isOn)(const osg::NodePtr& node);
 };
 
-constexpr osg::TangentType Linear = osg::TangentType::Linear, Constant = osg::TangentType::Constant;
+using osg::TangentType::Constant, osg::TangentType::Linear;
 constexpr Channel Translation = {"translation", "translation", "", true, Linear, isPlaced};
 constexpr Channel Scale = {"scale", "scale", "", true, Linear, isPlaced};
 constexpr Channel Rotation = {"rotation", "eulerRotation", "rotation", true, Linear, isPlaced};

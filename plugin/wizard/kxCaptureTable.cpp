@@ -35,8 +35,7 @@ AnimNodePtr makeChannel(const kxAnimManager::kxOSGChannelData& channel, const Fi
     const float present = kxCaptureTable::presentValue(curve, object);
     const float value = std::isfinite(present) ? present : 0;
     for (const float seconds : {0.0f, 1.0f})
-        curve->addPoint(Pnt2f(seconds, value), Vec2f(), Vec2f(), UInt32(TangentType::Linear),
-                        UInt32(TangentType::Linear), false, true);
+        curve->addPoint(Pnt2f(seconds, value), Vec2f(), Vec2f(), TangentType::Linear, TangentType::Linear, false, true);
     markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
     return node;
 }

@@ -12,15 +12,15 @@
 #include <cmath>
 
 using osg::CCPnt;
-using osg::TangentType;
+namespace TangentType = osg::TangentType;
 
 namespace
 {
 struct Interpolation
 {
     const char* text;
-    TangentType firstOut;
-    TangentType lastIn;
+    TangentType::Type firstOut;
+    TangentType::Type lastIn;
 };
 const Interpolation Interpolations[] = {
     {"Linear", TangentType::Linear, TangentType::Linear},
@@ -85,10 +85,10 @@ void kxWizardCapture::setInterpolation(const osg::AnimCurvePtr& curve, int inter
         return;
     const Tangents tangents = tangentsOf(interpolation);
     const osg::UInt32 last = osg::UInt32(curve->getControlPoints().size()) - 1;
-    curve->computeIntangent(0, osg::Int32(TangentType::Linear));
+    curve->computeIntangent(0, TangentType::Linear);
     curve->computeOuttangent(0, tangents.firstOut);
     curve->computeIntangent(last, tangents.lastIn);
-    curve->computeOuttangent(last, osg::Int32(TangentType::Linear));
+    curve->computeOuttangent(last, TangentType::Linear);
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 

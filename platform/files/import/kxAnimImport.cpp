@@ -63,14 +63,14 @@ AnimNodePtr makeCurve(const FieldDescription& field, std::size_t axis, const std
     const AnimNodePtr node = kxAnimManager::the()->createChannelCurveNode(
         AnimAttachmentPtr(), field.name(), unsigned(axis), field.suffixes()[axis], alias);
     const AnimCurvePtr curve = AnimCurvePtr::dcast(node->getCore());
-    const TangentType type = interpolation == Interpolation::Step          ? TangentType::Constant
-                             : interpolation == Interpolation::CubicSpline ? TangentType::Free
-                                                                           : TangentType::Linear;
+    const TangentType::Type type = interpolation == Interpolation::Step          ? TangentType::Constant
+                                   : interpolation == Interpolation::CubicSpline ? TangentType::Free
+                                                                                 : TangentType::Linear;
     MField<CCPnt, 0>& points = curve->editControlPoints();
     points.clear();
     points.reserve(keys.size());
     for (const Key& key : keys)
-        points.push_back(pointOf(key, axis, UInt32(type)));
+        points.push_back(pointOf(key, axis, type));
     if (interpolation == Interpolation::CubicSpline)
         setSplineTangents(points, keys, axis);
     else if (interpolation == Interpolation::Linear)

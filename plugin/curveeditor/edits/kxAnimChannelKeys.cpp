@@ -16,12 +16,6 @@ namespace
 {
 constexpr const char VisibleChannel[] = "visible";
 
-enum TangentType : unsigned int
-{
-    Constant = 0,
-    Linear = 1
-};
-
 float currentSeconds()
 {
     const kxAnimManager& kernel = *kxAnimManager::the();
@@ -76,7 +70,8 @@ void kxAnimChannelKeys::add(const std::vector<Value>& values)
         if (curve == osg::NullFC)
             continue;
         wasAnyEmpty = wasAnyEmpty || curve->isEmpty();
-        const unsigned int type = curve->getChannelName() == VisibleChannel ? Constant : Linear;
+        const unsigned int type =
+            curve->getChannelName() == VisibleChannel ? osg::TangentType::Constant : osg::TangentType::Linear;
         const osg::CCPnt key(osg::Pnt2f(seconds, entry.value), osg::Vec2f(), osg::Vec2f(), type, type);
         new kxAddAnimKeyUndoCommand(curve, key, group.get()); // owned by the group
     }

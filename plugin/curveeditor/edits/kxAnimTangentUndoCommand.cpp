@@ -5,8 +5,6 @@
 
 namespace
 {
-constexpr unsigned int Constant = unsigned(osg::TangentType::Constant);
-constexpr unsigned int Free = unsigned(osg::TangentType::Free);
 
 bool hasKey(const osg::AnimCurvePtr& curve, unsigned int index)
 {
@@ -46,17 +44,17 @@ bool isAsComputed(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn)
     computeTangent(curve, index, isIn, tangentType(before, isIn));
     const bool isSame = curve->getControlPoints(index) == before;
     curve->getControlPoints(index) = before;
-    if (isIn || before.outType != Constant || !hasKey(curve, index + 1))
+    if (isIn || before.outType != osg::TangentType::Constant || !hasKey(curve, index + 1))
         return isSame;
     const osg::CCPnt& next = curve->getControlPoints(index + 1);
-    return isSame && next.inType == Constant && next.intangent() == osg::Vec2f();
+    return isSame && next.inType == osg::TangentType::Constant && next.intangent() == osg::Vec2f();
 }
 } // namespace
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
                                                    const osg::Vector<float, 2>& vector, QUndoCommand* parent)
     : kxMergingCommand(kxUndoString("Move Tangent", "Animation"), parent), _curveId(0), _index(index), _isIn(isIn),
-      _oldType(Free), _newType(Free)
+      _oldType(osg::TangentType::Free), _newType(osg::TangentType::Free)
 {
     setObsolete(true);
     if (!hasKey(curve, index))
@@ -69,7 +67,7 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
     _oldType = tangentType(key, isIn);
     _oldVector = tangent(key, isIn);
     _difference = difference;
-    setObsolete(_oldType == Free && difference == osg::Vec2f());
+    setObsolete(_oldType == osg::TangentType::Free && difference == osg::Vec2f());
 }
 
 kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curve, unsigned int index, bool isIn,
@@ -78,12 +76,12 @@ kxAnimTangentUndoCommand::kxAnimTangentUndoCommand(const osg::AnimCurvePtr& curv
       _oldType(type), _newType(type)
 {
     setObsolete(true);
-    if (!hasKey(curve, index) || type > Free)
+    if (!hasKey(curve, index) || type > osg::TangentType::Free)
         return;
     _curveId = curve.getFieldContainerId();
     _oldVector = tangent(curve->getControlPoints(index), isIn);
     _oldType = tangentType(curve->getControlPoints(index), isIn);
-    if (_oldType == Free)
+    if (_oldType == osg::TangentType::Free)
     {
         computeTangent(curve, index, isIn, type);
         _difference = tangent(curve->getControlPoints(index), isIn) - _oldVector;
@@ -109,10 +107,10 @@ void kxAnimTangentUndoCommand::setNew()
     change(_difference, _newType);
     if (_flattensNext && hasKey(curve, _index + 1))
     {
-        curve->computeIntangent(_index + 1, Constant);
+        curve->computeIntangent(_index + 1, osg::TangentType::Constant);
         osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
     }
-    _flattensNext = _flattensNext || (!_isIn && _newType == Constant);
+    _flattensNext = _flattensNext || (!_isIn && _newType == osg::TangentType::Constant);
 }
 
 void kxAnimTangentUndoCommand::setOld()
@@ -142,7 +140,7 @@ bool kxAnimTangentUndoCommand::isBackAtStart(const osg::AnimCurvePtr& curve) con
 
 void kxAnimTangentUndoCommand::restoreNextIn(const osg::AnimCurvePtr& curve) const
 {
-    const bool touched = _flattensNext || _oldType == Constant;
+    const bool touched = _flattensNext || _oldType == osg::TangentType::Constant;
     if (!_nextIn || !touched || !hasKey(curve, _index + 1))
         return;
     osg::CCPnt& next = curve->getControlPoints(_index + 1);
@@ -155,7 +153,7 @@ void kxAnimTangentUndoCommand::change(const osg::Vector<float, 2>& difference, u
     const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(_curveId);
     if (!hasKey(curve, _index))
         return;
-    if (type == Free)
+    if (type == osg::TangentType::Free)
     {
         osg::CCPnt key = curve->getControlPoints(_index);
         const osg::Vec2f moved = tangent(key, _isIn) + difference;
@@ -165,8 +163,8 @@ void kxAnimTangentUndoCommand::change(const osg::Vector<float, 2>& difference, u
         curve->getControlPoints(_index) = key;
     }
     computeTangent(curve, _index, _isIn, type);
-    if (!_isIn && type == Constant)
-        curve->computeIntangent(_index + 1, Constant);
+    if (!_isIn && type == osg::TangentType::Constant)
+        curve->computeIntangent(_index + 1, osg::TangentType::Constant);
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 

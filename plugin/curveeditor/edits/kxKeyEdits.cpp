@@ -57,7 +57,7 @@ void kxKeyEdits::setType(const std::vector<Key>& keys, osg::UInt32 type)
         const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(key.curveId);
         if (curve == osg::NullFC)
             continue;
-        if (type != osg::UInt32(osg::TangentType::Constant))
+        if (type != osg::TangentType::Constant)
             new kxAnimTangentUndoCommand(curve, key.index, true, type, group.get());
         new kxAnimTangentUndoCommand(curve, key.index, false, type, group.get());
     }

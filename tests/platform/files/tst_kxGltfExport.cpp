@@ -20,7 +20,7 @@ namespace
 {
 /// A curve on an object's channel; `type` for both sides, vectors computed from it.
 AnimCurvePtr addCurve(const NodePtr& object, const char* field, const char* alias, unsigned axis,
-                      const std::vector<std::pair<float, float>>& keys, TangentType type)
+                      const std::vector<std::pair<float, float>>& keys, TangentType::Type type)
 {
     AnimAttachmentPtr attachment = object->findAttachment<AnimAttachment>();
     if (attachment == NullFC)
@@ -72,7 +72,7 @@ private Q_SLOTS:
         QFETCH(bool, exact);
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
         TransformPtr::dcast(object->getCore())->setTranslation(Vec3f(0, 0, 42));
-        const TangentType tangents = type < 0 ? TangentType::Linear : TangentType(type);
+        const TangentType::Type tangents = type < 0 ? TangentType::Linear : TangentType::Type(type);
         // Keys at different times, of the first piece one curve's alone; z has none and stays.
         const AnimCurvePtr x = addCurve(object, "translation", "", 0, {{0, 1}, {1, 5}, {2.5f, -3}}, tangents);
         const AnimCurvePtr y = addCurve(object, "translation", "", 1, {{1.5f, 10}, {1.75f, 20}}, tangents);

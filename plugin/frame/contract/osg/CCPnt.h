@@ -7,7 +7,9 @@ namespace osg
 {
 
 /// Shape of one side of a key.
-enum class TangentType : UInt32
+namespace TangentType
+{
+enum Type : UInt32
 {
     Constant = 0,
     Linear = 1,
@@ -16,6 +18,7 @@ enum class TangentType : UInt32
     Following = 4,
     Free = 5
 };
+} // namespace TangentType
 
 /// What a curve does before its first or after its last key.
 enum class InfinityMode : UInt32
@@ -69,8 +72,8 @@ public:
     }
     bool operator!=(const CCPnt& o) const { return !(*this == o); }
 
-    UInt32 inType = UInt32(TangentType::Linear);
-    UInt32 outType = UInt32(TangentType::Linear);
+    UInt32 inType = TangentType::Linear;
+    UInt32 outType = TangentType::Linear;
 
 private:
     Point<float, 2> _point;
