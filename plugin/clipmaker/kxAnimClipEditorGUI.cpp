@@ -1,8 +1,9 @@
 #include <clipmaker/kxAnimClipEditorGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXSpiner.h>
 
-#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
@@ -13,18 +14,13 @@
 
 namespace
 {
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
+using kxForm::named;
+constexpr kxForm::Texts text("kxAnimClipEditorGUI");
 
 QLabel* makeLabel(const char* name, const char* source, QWidget* parent)
 {
     QLabel* const label = named<QLabel>(name, parent);
-    label->setText(QCoreApplication::translate("kxAnimClipEditorGUI", source));
+    label->setText(text(source));
     return label;
 }
 } // namespace
@@ -33,20 +29,17 @@ void Ui::kxAnimClipEditorGUI::setupUi(QMainWindow* window)
 {
     window->setObjectName(QStringLiteral("kxAnimClipEditorGUI"));
     centralwidget = named<QWidget>("centralwidget", window);
-    gridLayout_2 = new QGridLayout(centralwidget);
-    gridLayout_2->setObjectName(QStringLiteral("gridLayout_2"));
+    gridLayout_2 = named<QGridLayout>("gridLayout_2", centralwidget);
     _splitter = named<QSplitter>("_splitter", centralwidget);
     _splitter->setOrientation(Qt::Horizontal);
     _clipsFrame = named<QFrame>("_clipsFrame", _splitter);
     _clipsFrame->setFrameShape(QFrame::NoFrame);
 
     layoutWidget = named<QWidget>("layoutWidget", _splitter);
-    verticalLayout_2 = new QVBoxLayout(layoutWidget);
-    verticalLayout_2->setObjectName(QStringLiteral("verticalLayout_2"));
+    verticalLayout_2 = named<QVBoxLayout>("verticalLayout_2", layoutWidget);
     verticalLayout_2->setContentsMargins(0, 0, 0, 0);
     setupStats();
-    verticalLayout = new QVBoxLayout;
-    verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
+    verticalLayout = named<QVBoxLayout>("verticalLayout");
     verticalLayout->setSpacing(0);
     _viewFrame = named<QFrame>("_viewFrame", layoutWidget);
     _viewFrame->setFrameShape(QFrame::NoFrame);
@@ -74,8 +67,7 @@ void Ui::kxAnimClipEditorGUI::setupStats()
     palette.setBrush(QPalette::Window, QColor(70, 70, 70, 255)); // a window in the background keeps it
     _statsFrame->setPalette(palette);
     _statsFrame->setAutoFillBackground(true);
-    horizontalLayout = new QHBoxLayout(_statsFrame);
-    horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    horizontalLayout = named<QHBoxLayout>("horizontalLayout", _statsFrame);
     horizontalLayout->setContentsMargins(6, 6, 6, 6);
 
     _startLabel = makeLabel("_startLabel", "Start", _statsFrame);
@@ -103,8 +95,7 @@ void Ui::kxAnimClipEditorGUI::setupPlayer()
     frame = named<QFrame>("frame", layoutWidget);
     frame->setFrameShape(QFrame::StyledPanel);
     frame->setStyleSheet(QStringLiteral("background-color: rgb(25, 25, 25);"));
-    gridLayout = new QGridLayout(frame);
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout = named<QGridLayout>("gridLayout", frame);
     gridLayout->addItem(new QSpacerItem(140, 15, QSizePolicy::Expanding, QSizePolicy::Minimum), 0, 0);
     _gotoStart = named<QToolButton>("_gotoStart", frame);
     _playRev = named<QToolButton>("_playRev", frame);

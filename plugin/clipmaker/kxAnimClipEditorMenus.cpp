@@ -4,22 +4,19 @@
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxAnimClipStructureWidget.h>
 #include <clipmaker/kxAnimClipView.h>
+#include <frame/kxForm.h>
 
 #include <QKXToolBar.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
 
-#include <QCoreApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QToolButton>
 
 namespace
 {
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimClipEditor", source);
-}
+constexpr kxForm::Texts text("kxAnimClipEditor");
 } // namespace
 
 kxAnimClipEditorMenus::kxAnimClipEditorMenus(kxAnimClipEditorGUIW* window, const Receivers& receivers)

@@ -1,7 +1,8 @@
 #include <clipmaker/kxAnimClipInterferenceGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QButtonGroup>
-#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -10,28 +11,23 @@
 
 namespace
 {
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("kxAnimClipInterferenceGUI", text);
-}
+using kxForm::named;
+constexpr kxForm::Texts translated("kxAnimClipInterferenceGUI");
 } // namespace
 
 void Ui::kxAnimClipInterferenceGUI::setupUi(QDialog* dialog)
 {
     dialog->setObjectName(QStringLiteral("kxAnimClipInterferenceGUI"));
     dialog->setWindowTitle(translated("Create Animation..."));
-    gridLayout = new QGridLayout(dialog);
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
-    label = new QLabel(dialog);
-    label->setObjectName(QStringLiteral("label"));
+    gridLayout = named<QGridLayout>("gridLayout", dialog);
+    label = named<QLabel>("label", dialog);
     label->setWordWrap(true);
     label->setText(translated("There are time interferences for one or more object with another animation. "
                               "Proceed and..."));
     gridLayout->addWidget(label, 0, 0);
     gridLayout->setRowMinimumHeight(1, 8);
 
-    _proceedGroup = new QButtonGroup(dialog);
-    _proceedGroup->setObjectName(QStringLiteral("_proceedGroup"));
+    _proceedGroup = named<QButtonGroup>("_proceedGroup", dialog);
     const auto addChoice = [&](const char* name, const char* text)
     {
         QRadioButton* const button = new QRadioButton(translated(text), dialog);

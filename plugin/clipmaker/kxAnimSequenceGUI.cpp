@@ -1,9 +1,10 @@
 #include <clipmaker/kxAnimSequenceGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXSpiner.h>
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFrame>
@@ -12,17 +13,15 @@
 
 namespace
 {
+using kxForm::named;
 constexpr int ColumnWidth = 130;
 
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("kxAnimSequenceGUI", text);
-}
+constexpr kxForm::Texts translated("kxAnimSequenceGUI");
 
 QLabel* makeLabel(const char* name, const char* text, QDialog* dialog)
 {
-    QLabel* const label = new QLabel(translated(text), dialog);
-    label->setObjectName(QString::fromLatin1(name));
+    QLabel* const label = named<QLabel>(name, dialog);
+    label->setText(translated(text));
     label->setMinimumWidth(ColumnWidth);
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     return label;
@@ -32,20 +31,16 @@ QLabel* makeLabel(const char* name, const char* text, QDialog* dialog)
 void Ui::kxAnimSequenceGUI::setupUi(QDialog* dialog)
 {
     dialog->setWindowTitle(translated("Dialog"));
-    gridLayout_2 = new QGridLayout(dialog);
-    gridLayout_2->setObjectName(QStringLiteral("gridLayout_2"));
+    gridLayout_2 = named<QGridLayout>("gridLayout_2", dialog);
     _buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal, dialog);
     _buttons->setObjectName(QStringLiteral("_buttons"));
 
-    gridLayout = new QGridLayout;
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout = named<QGridLayout>("gridLayout");
     _type = makeLabel("_type", "Sequence", dialog);
-    _names = new QComboBox(dialog);
-    _names->setObjectName(QStringLiteral("_names"));
+    _names = named<QComboBox>("_names", dialog);
     _names->setMinimumWidth(ColumnWidth);
     label_2 = makeLabel("label_2", "Frame", dialog);
-    _frame = new QKXSpiner(dialog);
-    _frame->setObjectName(QStringLiteral("_frame"));
+    _frame = named<QKXSpiner>("_frame", dialog);
     _frame->setMinimumWidth(ColumnWidth);
     _frame->setAlignment(Qt::AlignRight);
     _type->setBuddy(_names);
@@ -55,8 +50,7 @@ void Ui::kxAnimSequenceGUI::setupUi(QDialog* dialog)
     gridLayout->addWidget(label_2, 1, 0);
     gridLayout->addWidget(_frame, 1, 1);
 
-    frame = new QFrame(dialog);
-    frame->setObjectName(QStringLiteral("frame"));
+    frame = named<QFrame>("frame", dialog);
     frame->setFrameShape(QFrame::NoFrame);
     QSizePolicy policy = frame->sizePolicy();
     policy.setVerticalStretch(1);

@@ -1,16 +1,14 @@
 #include <clipmaker/kxClipInfo.h>
 
+#include <frame/kxForm.h>
+
 #include <kxScenegraph.h>
 
-#include <QCoreApplication>
 #include <QMessageBox>
 
 namespace
 {
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("kxAnimAbstractClipItem", text);
-}
+constexpr kxForm::Texts translated("kxAnimAbstractClipItem");
 
 QString line(const char* title, const QString& value)
 {

@@ -1,8 +1,9 @@
 #include <curveeditor/kxAnimCurveEditorGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXSpiner.h>
 
-#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
@@ -12,13 +13,7 @@
 
 namespace
 {
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
+using kxForm::named;
 
 QKXDoubleSpiner* makeField(const char* name, QWidget* parent)
 {
@@ -28,10 +23,7 @@ QKXDoubleSpiner* makeField(const char* name, QWidget* parent)
     return field;
 }
 
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimCurveEditorGUI", source);
-}
+constexpr kxForm::Texts text("kxAnimCurveEditorGUI");
 } // namespace
 
 void Ui::kxAnimCurveEditorGUI::setupUi(QMainWindow* window)
@@ -39,21 +31,18 @@ void Ui::kxAnimCurveEditorGUI::setupUi(QMainWindow* window)
     window->resize(1052, 535);
     window->setWindowTitle(text("MainWindow"));
     centralwidget = named<QWidget>("centralwidget", window);
-    gridLayout = new QGridLayout(centralwidget);
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout = named<QGridLayout>("gridLayout", centralwidget);
     _splitter = named<QSplitter>("_splitter", centralwidget);
     _splitter->setOrientation(Qt::Horizontal);
     _treeFrame = named<QFrame>("_treeFrame", _splitter);
     _treeFrame->setFrameShape(QFrame::NoFrame);
 
     layoutWidget = named<QWidget>("layoutWidget", _splitter);
-    verticalLayout = new QVBoxLayout(layoutWidget);
-    verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
+    verticalLayout = named<QVBoxLayout>("verticalLayout", layoutWidget);
     verticalLayout->setSpacing(0);
     verticalLayout->setContentsMargins(0, 0, 0, 0);
     _statsFrame = named<QFrame>("_statsFrame", layoutWidget);
-    horizontalLayout = new QHBoxLayout(_statsFrame);
-    horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    horizontalLayout = named<QHBoxLayout>("horizontalLayout", _statsFrame);
     horizontalLayout->setContentsMargins(0, 0, 0, 6);
     _frameLabel = named<QLabel>("_frameLabel", _statsFrame);
     _frameLabel->setText(text("Frame"));

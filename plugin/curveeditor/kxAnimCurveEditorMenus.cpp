@@ -3,6 +3,7 @@
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
 #include <curveeditor/kxAnimGraphScene.h>
+#include <frame/kxForm.h>
 #include <trees/kxAnimLibraryWidget.h>
 
 #include <QKXToolBar.h>
@@ -10,17 +11,11 @@
 #include <kxShortcut.h>
 
 #include <QActionGroup>
-#include <QCoreApplication>
 #include <QMenuBar>
 
 namespace
 {
-constexpr const char Context[] = "kxAnimCurveEditor";
-
-QString text(const char* source)
-{
-    return QCoreApplication::translate(Context, source);
-}
+constexpr kxForm::Texts text("kxAnimCurveEditor");
 
 /// Entries of both infinity menus. Their texts name the mode, and stay untranslated for that.
 constexpr const char* InfinityModes[] = {"Constant", "Loop", "Loop with Offset", "Oscillate", "Linear"};

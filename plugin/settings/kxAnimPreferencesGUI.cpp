@@ -1,17 +1,15 @@
 #include <settings/kxAnimPreferencesGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXCollapsibleFrame.h>
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QGridLayout>
 
 namespace
 {
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimPreferencesGUI", source);
-}
+constexpr kxForm::Texts text("kxAnimPreferencesGUI");
 } // namespace
 
 void Ui::kxAnimPreferencesGUI::setupUi(QWidget* form)

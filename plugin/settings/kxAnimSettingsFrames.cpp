@@ -1,28 +1,20 @@
 #include <settings/kxAnimSettingsFrames.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXCollapsibleFrame.h>
 #include <QKXSpiner.h>
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 
 namespace
 {
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimSettingsFrames", source);
-}
+constexpr kxForm::Texts text("kxAnimSettingsFrames");
 
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
+using kxForm::named;
 
 template <class T>
 T* makeField(const char* name, QWidget* parent)

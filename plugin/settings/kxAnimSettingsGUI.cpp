@@ -1,8 +1,9 @@
 #include <settings/kxAnimSettingsGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXCollapsibleFrame.h>
 
-#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -11,10 +12,8 @@
 
 namespace
 {
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimSettingsGUI", source);
-}
+using kxForm::named;
+constexpr kxForm::Texts text("kxAnimSettingsGUI");
 } // namespace
 
 void Ui::kxAnimSettingsGUI::setupUi(QDialog* form)
@@ -27,8 +26,7 @@ void Ui::kxAnimSettingsGUI::setupUi(QDialog* form)
     _openPreferences->setAutoDefault(false);
     _buttonBox = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal, form);
     _buttonBox->setObjectName(QStringLiteral("_buttonBox"));
-    horizontalLayout = new QHBoxLayout;
-    horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    horizontalLayout = named<QHBoxLayout>("horizontalLayout");
     horizontalLayout->addWidget(_openPreferences);
     horizontalLayout->addWidget(_buttonBox);
     gridLayout_3->addWidget(_generalFrame, 0, 0);

@@ -1,29 +1,24 @@
 #include <timeline/kxAnimControlGUI.h>
 
+#include <frame/kxForm.h>
+
 #include <QKXSpiner.h>
 #include <QKXTimeLine.h>
 #include <QKXTimeLineRange.h>
 #include <kxPlatform.h>
 
-#include <QCoreApplication>
 #include <QGridLayout>
 #include <QToolButton>
 
 namespace
 {
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
+using kxForm::named;
+constexpr kxForm::Texts text("kxAnimControlGUI");
 
 template <class Layout>
 Layout* namedLayout(const char* name, int spacing)
 {
-    Layout* const layout = new Layout;
-    layout->setObjectName(QString::fromLatin1(name));
+    Layout* const layout = named<Layout>(name);
     layout->setSpacing(spacing);
     return layout;
 }
@@ -46,8 +41,8 @@ QToolButton* makeButton(const char* name, QWidget* parent)
 /// The tool tip, and what a screen reader says where a widget shows no text of its own.
 void describe(QWidget* widget, const char* toolTip, const char* accessibleName)
 {
-    widget->setToolTip(QCoreApplication::translate("kxAnimControlGUI", toolTip));
-    widget->setAccessibleName(QCoreApplication::translate("kxAnimControlGUI", accessibleName));
+    widget->setToolTip(text(toolTip));
+    widget->setAccessibleName(text(accessibleName));
 }
 } // namespace
 
@@ -56,8 +51,7 @@ void Ui::kxAnimControlGUI::setupUi(QWidget* form)
     if (form->objectName().isEmpty())
         form->setObjectName(QStringLiteral("kxAnimControlGUI"));
     form->resize(923, 72);
-    gridLayout = new QGridLayout(form);
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout = named<QGridLayout>("gridLayout", form);
     gridLayout->setContentsMargins(3, 3, 3, 3);
     gridLayout->setHorizontalSpacing(0);
     gridLayout->setVerticalSpacing(3);
@@ -139,7 +133,7 @@ void Ui::kxAnimControlGUI::setupSideButtons(QWidget* form)
 
 void Ui::kxAnimControlGUI::setupTexts(QWidget* form)
 {
-    form->setWindowTitle(QCoreApplication::translate("kxAnimControlGUI", "Form"));
+    form->setWindowTitle(text("Form"));
     describe(_start, "Start value for full timeline range.", "Full range start");
     describe(_rangeStart, "Start value for detailed timeline range.", "Detailed range start");
     describe(_rangeEnd, "End value for detailed timeline range.", "Detailed range end");

@@ -1,17 +1,15 @@
 #include <trees/kxAnimInfoText.h>
 
+#include <frame/kxForm.h>
+
 #include <kxScenegraph.h>
 
-#include <QCoreApplication>
 #include <QMessageBox>
 #include <QStringList>
 
 namespace
 {
-QString text(const char* source)
-{
-    return QCoreApplication::translate("kxAnimTreeWidget", source);
-}
+constexpr kxForm::Texts text("kxAnimTreeWidget");
 
 QString timeText(float seconds, double fps)
 {

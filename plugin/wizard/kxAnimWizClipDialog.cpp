@@ -1,12 +1,12 @@
 #include <wizard/kxAnimWizClipDialog.h>
 
+#include <frame/kxForm.h>
 #include <wizard/kxSecondsSpiner.h>
 #include <wizard/kxWizardCapture.h>
 
 #include <QKXCollapsibleFrame.h>
 
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -25,18 +25,9 @@ constexpr int CaptureMargin = 8;
 /// Above and below the buttons.
 constexpr int GroupSpace = 6;
 
-QString text(const char* source)
-{
-    return QCoreApplication::translate(Context, source);
-}
+constexpr kxForm::Texts text(Context);
 
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
+using kxForm::named;
 
 QLabel* makeLabel(const char* name, const char* source, QWidget* parent)
 {
@@ -91,12 +82,10 @@ void Ui::kxAnimWizClipDialog::setupUi(QDialog* dialog)
 {
     dialog->setObjectName(QString::fromLatin1(Context));
     dialog->setWindowTitle(text("Animation Attributes"));
-    gridLayout_2 = new QGridLayout(dialog);
-    gridLayout_2->setObjectName(QStringLiteral("gridLayout_2"));
+    gridLayout_2 = named<QGridLayout>("gridLayout_2", dialog);
     collapsibleFrame = named<QKXCollapsibleFrame>("collapsibleFrame", dialog);
     page = named<QWidget>("page", collapsibleFrame);
-    gridLayout = new QGridLayout(page);
-    gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    gridLayout = named<QGridLayout>("gridLayout", page);
     setupFields();
     setupButtons();
     collapsibleFrame->addPage(page, text("General"));
@@ -148,16 +137,14 @@ void Ui::kxAnimWizClipDialog::setupButtons()
 {
     _captureStart = makeCapture("_captureStart", "Capture Start", page);
     _captureEnd = makeCapture("_captureEnd", "Capture End", page);
-    horizontalLayout = new QHBoxLayout;
-    horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    horizontalLayout = named<QHBoxLayout>("horizontalLayout");
     horizontalLayout->addWidget(_captureStart, 1);
     horizontalLayout->addWidget(_captureEnd, 1);
 
     _preview = makeButton("_preview", "Preview", page);
     _preview->setCheckable(true);
     _reset = makeButton("_reset", "Reset Preview", page);
-    horizontalLayout_2 = new QHBoxLayout;
-    horizontalLayout_2->setObjectName(QStringLiteral("horizontalLayout_2"));
+    horizontalLayout_2 = named<QHBoxLayout>("horizontalLayout_2");
     horizontalLayout_2->addWidget(_preview, 1);
     horizontalLayout_2->addWidget(_reset, 1);
 

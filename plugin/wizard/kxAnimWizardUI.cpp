@@ -1,12 +1,12 @@
 #include <wizard/kxAnimWizardUI.h>
 
+#include <frame/kxForm.h>
 #include <wizard/kxSecondsSpiner.h>
 #include <wizard/kxWizardCapture.h>
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -19,25 +19,9 @@ namespace
 constexpr int FieldWidth = 90;
 constexpr int ButtonWidth = 100;
 
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("kxAnimWizardUI", text);
-}
+constexpr kxForm::Texts translated("kxAnimWizardUI");
 
-template <class T>
-T* named(const char* name, QWidget* parent)
-{
-    T* const widget = new T(parent);
-    widget->setObjectName(QString::fromLatin1(name));
-    return widget;
-}
-
-QGridLayout* makeGrid(const char* name, QWidget* parent = nullptr)
-{
-    QGridLayout* const grid = new QGridLayout(parent);
-    grid->setObjectName(QString::fromLatin1(name));
-    return grid;
-}
+using kxForm::named;
 
 QLabel* makeText(const char* name, const char* text, QWidget* page)
 {
@@ -113,14 +97,13 @@ void Ui::kxAnimWizardUI::setupUi(QWizard* wizard)
 
 void Ui::kxAnimWizardUI::setupChoicePage()
 {
-    gridLayout = makeGrid("gridLayout", wizardPage1);
+    gridLayout = named<QGridLayout>("gridLayout", wizardPage1);
     label = makeText("label",
                      "Choose the type of animation you want to create and select the desired aims in the scene "
                      "respectively scenegraph and/or material editor.",
                      wizardPage1);
     gridLayout->addWidget(label, 0, 0);
-    _typeGroup = new QButtonGroup(wizardPage1);
-    _typeGroup->setObjectName(QStringLiteral("_typeGroup"));
+    _typeGroup = named<QButtonGroup>("_typeGroup", wizardPage1);
     const auto addType = [this](const char* name, const char* text, int row)
     {
         QRadioButton* const button = named<QRadioButton>(name, wizardPage1);
@@ -138,7 +121,7 @@ void Ui::kxAnimWizardUI::setupChoicePage()
 
 void Ui::kxAnimWizardUI::setupCapturePage()
 {
-    gridLayout_4 = makeGrid("gridLayout_4", wizardPage);
+    gridLayout_4 = named<QGridLayout>("gridLayout_4", wizardPage);
     label_2 = makeText("label_2", "Choose a name for your animation.", wizardPage);
     _name = named<QLineEdit>("_name", wizardPage);
     label_2->setBuddy(_name);
@@ -164,7 +147,7 @@ void Ui::kxAnimWizardUI::setupCapturePage()
 
 void Ui::kxAnimWizardUI::setupTimes()
 {
-    gridLayout_2 = makeGrid("gridLayout_2");
+    gridLayout_2 = named<QGridLayout>("gridLayout_2");
     _startTime = makeTime("_startTime", 0.0, wizardPage);
     _duration = makeTime("_duration", 2.0, wizardPage);
     _duration->setMinimum(0); // the last key never lies before the first
@@ -178,7 +161,7 @@ void Ui::kxAnimWizardUI::setupTimes()
 
 void Ui::kxAnimWizardUI::setupCaptures()
 {
-    gridLayout_3 = makeGrid("gridLayout_3");
+    gridLayout_3 = named<QGridLayout>("gridLayout_3");
     _captureStart = makeCaptureButton("_captureStart", "Capture Start", wizardPage);
     _captureEnd = makeCaptureButton("_captureEnd", "Capture End", wizardPage);
     _preview = makeButton("_preview", "Preview", wizardPage);

@@ -1,12 +1,11 @@
 #include <wizard/kxCaptureTable.h>
 
+#include <frame/kxForm.h>
 #include <wizard/kxWizardCapture.h>
 
 #include <kxAnimEvaluator.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
-
-#include <QCoreApplication>
 
 #include <algorithm>
 #include <cmath>
@@ -141,7 +140,7 @@ bool kxCaptureTable::holdsBlock(unsigned int id) const
 
 QString kxCaptureTable::missingCaptures() const
 {
-    const auto text = [](const char* source) { return QCoreApplication::translate("kxAnimWizardGUII", source); };
+    constexpr kxForm::Texts text("kxAnimWizardGUII");
     QString lines;
     for (const Entry& entry : present())
     {
