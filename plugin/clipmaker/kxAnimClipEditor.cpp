@@ -13,6 +13,7 @@
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
 #include <frame/kxOpensAside.h>
+#include <frame/kxReceive.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <trees/kxSearchLine.h>
 #include <wizard/kxAnimWizClipGUI.h>
@@ -22,7 +23,6 @@
 #include <kxAnimManager.h>
 #include <kxFramePlayer.h>
 #include <kxIconManager.h>
-#include <kxLog.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxPlatform.h>
@@ -260,17 +260,7 @@ osg::AnimNodePtr kxAnimClipEditor::shownClip() const
 
 int kxAnimClipEditor::receivedMessage(kxMessage& message)
 {
-    if (_window == nullptr)
-        return 0;
-    try
-    {
-        handle(message);
-    }
-    catch (...)
-    {
-        kxLog::error("kxAnimClipEditor::receivedMessage : An unknown exception occurred!");
-    }
-    return 0;
+    return _window == nullptr ? 0 : kxReceive(*this, [&] { handle(message); });
 }
 
 void kxAnimClipEditor::handle(const kxMessage& message)

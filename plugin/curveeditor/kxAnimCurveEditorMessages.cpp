@@ -11,10 +11,10 @@
 #include <curveeditor/kxAnimGraphView.h>
 #include <frame/kxAnimationWatch.h>
 #include <frame/kxMessageRead.h>
+#include <frame/kxReceive.h>
 #include <trees/kxAnimLibraryWidget.h>
 
 #include <kxAnimManager.h>
-#include <kxLog.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
@@ -49,17 +49,7 @@ void kxAnimCurveEditor::connectHost()
 
 int kxAnimCurveEditor::receivedMessage(kxMessage& message)
 {
-    if (_window == nullptr)
-        return 0;
-    try
-    {
-        handle(message);
-    }
-    catch (...)
-    {
-        kxLog::error("kxAnimCurveEditor::receivedMessage : An unknown exception occurred!");
-    }
-    return 0;
+    return _window == nullptr ? 0 : kxReceive(*this, [&] { handle(message); });
 }
 
 void kxAnimCurveEditor::handle(const kxMessage& message)

@@ -3,11 +3,11 @@
 #include <frame/kxHostWindows.h>
 #include <frame/kxMessageRead.h>
 #include <frame/kxPlaybackSpeed.h>
+#include <frame/kxReceive.h>
 #include <timeline/kxAnimControlGUII.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxAnimManager.h>
-#include <kxLog.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxPreferenceKeys.h>
@@ -80,16 +80,12 @@ int kxAnimControlWidget::receivedMessage(kxMessage& message)
 {
     if (_panel == nullptr)
         return 0;
-    try
-    {
-        if (message.id() == kxMessageId::NewScene)
-            loadPreferences();
-        else if (message.id() == kxMessageId::StopPlayback)
-            _panel->stop();
-    }
-    catch (...)
-    {
-        kxLog::error("kxAnimControlWidget::receivedMessage : An unknown exception occurred!");
-    }
-    return 0;
+    return kxReceive(*this,
+                     [&]
+                     {
+                         if (message.id() == kxMessageId::NewScene)
+                             loadPreferences();
+                         else if (message.id() == kxMessageId::StopPlayback)
+                             _panel->stop();
+                     });
 }
