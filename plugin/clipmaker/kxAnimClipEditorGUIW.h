@@ -1,21 +1,12 @@
 #pragma once
 
 #include <clipmaker/kxAnimClipEditorGUI.h>
+#include <frame/kxToolWindow.h>
 
-#include <QMainWindow>
-
-/// The window of the clip maker; signals when it is shown and hidden.
-class kxAnimClipEditorGUIW : public QMainWindow, public Ui::kxAnimClipEditorGUI
+/// The window of the clip maker.
+class kxAnimClipEditorGUIW : public kxToolWindow, public Ui::kxAnimClipEditorGUI
 {
     Q_OBJECT
 public:
-    explicit kxAnimClipEditorGUIW(QWidget* parent);
-
-Q_SIGNALS:
-    void show();
-    void hide();
-
-protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+    explicit kxAnimClipEditorGUIW(QWidget* parent) : kxToolWindow(parent) { setupUi(this); }
 };
