@@ -15,11 +15,7 @@ using namespace osg;
 
 namespace
 {
-template <class T>
-FCPtr<T> living(UInt32 id)
-{
-    return living<T>(id);
-}
+using osg::living;
 
 template <class T>
 std::vector<FCPtr<T>> living(const std::vector<UInt32>& ids)

@@ -7,7 +7,6 @@
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <trees/kxOutOfParent.h>
-#include <trees/kxTreeHint.h>
 
 #include <kxIconManager.h>
 #include <kxMessageNames.h>
@@ -483,13 +482,11 @@ void kxAnimClipStructureWidget::resizeEvent(QResizeEvent* event)
     resizeFirstColumn(nullptr);
 }
 
-void kxAnimClipStructureWidget::paintEvent(QPaintEvent* event)
+QString kxAnimClipStructureWidget::hint() const
 {
-    kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() == 0)
-        kxPaintTreeHint(*this, _showsHits ? tr("Nothing found")
-                                          : tr("No clips yet. Create > Clip makes one; then drag animations onto "
-                                               "it from the library of the curve editor."));
+    return _showsHits ? tr("Nothing found")
+                      : tr("No clips yet. Create > Clip makes one; then drag animations onto "
+                           "it from the library of the curve editor.");
 }
 
 void kxAnimClipStructureWidget::pastedAnimations(kxMessage&)

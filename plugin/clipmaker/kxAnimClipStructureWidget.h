@@ -61,7 +61,7 @@ protected:
     void dragMoveEvent(QDragMoveEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
+    QString hint() const override;
     void resizeEvent(QResizeEvent* event) override;
 
 protected Q_SLOTS:

@@ -5,6 +5,7 @@
 #include <clipmaker/kxAnimClipScene.h>
 #include <clipmaker/kxClipColor.h>
 #include <clipmaker/kxClipLayout.h>
+#include <frame/kxPaneHint.h>
 
 #include <kxAnimManager.h>
 #include <kxPlatform.h>
@@ -316,27 +317,11 @@ void kxAnimClipView::drawHint(QPainter* painter)
     const QString title = hasClip ? tr("The clip is empty") : tr("No clip to show");
     const QString text = hasClip ? tr("Drag an animation block from the curve editor's library onto a track.")
                                  : tr("Select a clip in the tree, or create one.");
-    const int dpi = int(kxPlatform::getDpiScaleX());
-    const QRect area = viewport()->rect().adjusted(int(kxClipLayout::ColumnWidth) * dpi + 20, 20, -20, -20);
-    QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * 1.25);
-    const QFontMetrics largeMetrics(large), metrics(font());
-    const int gap = metrics.height() / 2;
-    const int textHeight = metrics.boundingRect(area, Qt::AlignHCenter | Qt::TextWordWrap, text).height();
-    const int top = area.center().y() - (largeMetrics.height() + gap + textHeight) / 2;
+    const int column = int(kxClipLayout::ColumnWidth) * int(kxPlatform::getDpiScaleX());
     painter->save();
     painter->resetTransform();
-    const int width = std::min(
-        area.width(), 2 * gap + std::max(largeMetrics.horizontalAdvance(title), metrics.horizontalAdvance(text)));
-    // The time line doesn't cut through the words.
-    painter->fillRect(QRect(area.center().x() - width / 2, top, width, largeMetrics.height() + gap + textHeight),
-                      kxClipColor::Background);
-    painter->setFont(large);
-    painter->setPen(kxClipColor::HintTitle);
-    painter->drawText(QRect(area.left(), top, area.width(), largeMetrics.height()), Qt::AlignCenter, title);
     painter->setFont(font());
-    painter->setPen(kxClipColor::Hint);
-    painter->drawText(QRect(area.left(), top + largeMetrics.height() + gap, area.width(), textHeight),
-                      Qt::AlignHCenter | Qt::TextWordWrap, text);
+    kxPaneHint::paint(*painter, viewport()->rect().adjusted(column, 0, 0, 0),
+                      {kxClipColor::HintTitle, kxClipColor::Hint, kxClipColor::Background}, title, text);
     painter->restore();
 }

@@ -7,7 +7,6 @@
 #include <curveeditor/kxAnimChannelRows.h>
 #include <curveeditor/kxAnimInfinityMenu.h>
 #include <frame/kxCallbacks.h>
-#include <trees/kxTreeHint.h>
 
 #include <kxLog.h>
 #include <kxMessageNames.h>
@@ -378,12 +377,9 @@ void kxAnimChannelWidget::showEvent(QShowEvent* event)
     updateValues(false);
 }
 
-void kxAnimChannelWidget::paintEvent(QPaintEvent* event)
+QString kxAnimChannelWidget::hint() const
 {
-    kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() == 0)
-        kxPaintTreeHint(*this, isOverLimit() ? tr("More than 20 objects are selected.")
-                                             : tr("Select an object to see its channels."));
+    return isOverLimit() ? tr("More than 20 objects are selected.") : tr("Select an object to see its channels.");
 }
 
 bool kxAnimChannelWidget::isOverLimit() const

@@ -85,8 +85,7 @@ protected:
     /// False for a tree that is filled by other ways, which the application's "key all" passes by.
     virtual bool listsSelection() const;
     void showEvent(QShowEvent* event) override;
-    /// An empty tree says what to do next.
-    void paintEvent(QPaintEvent* event) override;
+    QString hint() const override;
     void resizeEvent(QResizeEvent* event) override;
 
 private Q_SLOTS:

@@ -9,6 +9,7 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxGraphKeySelection.h>
 #include <curveeditor/kxGraphSelectionOverlay.h>
+#include <frame/kxPaneHint.h>
 
 #include <kxMessageNames.h>
 #include <kxUndo.h>
@@ -561,32 +562,12 @@ void kxAnimGraphView::drawForeground(QPainter* painter, const QRectF& rect)
 
 void kxAnimGraphView::drawHint(QPainter* painter)
 {
-    const QString titleText = tr("No curves to show");
-    const QString text = tr("Select an object and press Ctrl+K to key it, or select a block to see its curves.");
-    QFont titleFont = font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.25);
-    constexpr int Flags = Qt::AlignHCenter | Qt::TextWordWrap;
-    constexpr int Space = 12;
-
-    const QRect area = viewport()->rect().adjusted(2 * Space, 0, -2 * Space, 0);
-    QRect title = QFontMetrics(titleFont).boundingRect(area, Flags, titleText);
-    QRect body = QFontMetrics(font()).boundingRect(area, Flags, text);
-    title.moveTop(area.center().y() - (title.height() + Space / 2 + body.height()) / 2);
-    body.moveTop(title.bottom() + Space / 2);
-    const QRect sheet = (title | body).adjusted(-Space, -Space, Space, Space);
-    if (!viewport()->rect().contains(sheet))
-        return;
-
+    namespace Color = kxAnimGraphColors;
     painter->save();
     painter->resetTransform();
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(kxAnimGraphColors::Background); // no line of the grid runs through the text
-    painter->drawRoundedRect(sheet, 0.5 * Space, 0.5 * Space);
-    painter->setFont(titleFont);
-    painter->setPen(kxAnimGraphColors::HintTitle);
-    painter->drawText(title, Flags, titleText);
     painter->setFont(font());
-    painter->setPen(kxAnimGraphColors::Hint);
-    painter->drawText(body, Flags, text);
+    kxPaneHint::paint(*painter, viewport()->rect(), {Color::HintTitle, Color::Hint, Color::Background},
+                      tr("No curves to show"),
+                      tr("Select an object and press Ctrl+K to key it, or select a block to see its curves."));
     painter->restore();
 }

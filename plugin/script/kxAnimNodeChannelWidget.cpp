@@ -3,7 +3,6 @@
 #include <curveeditor/kxAnimChannelRows.h>
 #include <frame/kxMessageRead.h>
 #include <trees/kxAnimTreeWidgetItem.h>
-#include <trees/kxTreeHint.h>
 
 #include <QKXDockWindowManager.h>
 #include <kxController.h>
@@ -162,10 +161,7 @@ bool kxAnimNodeChannelWidget::listsSelection() const
     return false;
 }
 
-void kxAnimNodeChannelWidget::paintEvent(QPaintEvent* event)
+QString kxAnimNodeChannelWidget::hint() const
 {
-    kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() == 0)
-        kxPaintTreeHint(
-            *this, tr("Scene > Clipping Plane makes a plane that cuts the view open. Its channels are keyed here."));
+    return tr("Scene > Clipping Plane makes a plane that cuts the view open. Its channels are keyed here.");
 }

@@ -36,7 +36,7 @@ protected Q_SLOTS:
 
 protected:
     bool listsSelection() const override;
-    void paintEvent(QPaintEvent* event) override;
+    QString hint() const override;
 
 private:
     kxInstancePointer<kxAnimNodeChannelWidget> _instance;

@@ -6,7 +6,6 @@
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimLibraryRows.h>
 #include <trees/kxAnimTreeWidgetItem.h>
-#include <trees/kxTreeHint.h>
 
 #include <kxLog.h>
 #include <kxMessageNames.h>
@@ -564,10 +563,7 @@ bool kxAnimLibraryWidget::dropMimeData(QTreeWidgetItem* parent, int, const QMime
     return true;
 }
 
-void kxAnimLibraryWidget::paintEvent(QPaintEvent* event)
+QString kxAnimLibraryWidget::hint() const
 {
-    kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() == 0)
-        kxPaintTreeHint(*this,
-                        _showsHits ? tr("Nothing found") : tr("No animations yet. Select an object and press Ctrl+K."));
+    return _showsHits ? tr("Nothing found") : tr("No animations yet. Select an object and press Ctrl+K.");
 }

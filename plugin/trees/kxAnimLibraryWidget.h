@@ -61,7 +61,7 @@ protected:
     /// On an object: moves animations there. On a group: puts objects into it. On no row: takes them out of all groups.
     bool dropMimeData(QTreeWidgetItem* parent, int index, const QMimeData* mime, Qt::DropAction action) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
+    QString hint() const override;
 
 protected Q_SLOTS:
     void showContextMenu(QPoint p) override;

@@ -5,7 +5,6 @@
 #include <trees/kxAnimMimeData.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 #include <trees/kxOutOfParent.h>
-#include <trees/kxTreeHint.h>
 
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
@@ -155,11 +154,4 @@ void kxAnimStructureWidget::dropEvent(QDropEvent* event)
     QTreeWidget::dropEvent(event);
     if (changed)
         rebuild(true); // the view moves its own rows at most
-}
-
-void kxAnimStructureWidget::paintEvent(QPaintEvent* event)
-{
-    kxAnimTreeWidget::paintEvent(event);
-    if (topLevelItemCount() == 0)
-        kxPaintTreeHint(*this, tr("No groups yet. Press Ctrl+G to create one."));
 }

@@ -29,7 +29,6 @@ protected:
     bool dropMimeData(QTreeWidgetItem* parent, int index, const QMimeData* mime, Qt::DropAction action) override;
     /// Moves nodes of the structure.
     void dropEvent(QDropEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 protected Q_SLOTS:
     void showContextMenu(QPoint p) override;

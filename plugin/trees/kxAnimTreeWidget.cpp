@@ -1,4 +1,5 @@
 #include <curveeditor/edits/kxAnimRemoval.h>
+#include <frame/kxPaneHint.h>
 #include <trees/kxAnimTreeWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
 #include <QRegExp>
 #include <QSet>
 #include <QTreeWidgetItemIterator>
@@ -262,6 +264,17 @@ bool kxAnimTreeWidget::event(QEvent* event)
 bool kxAnimTreeWidget::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
 {
     return trigger != AnyKeyPressed && QTreeWidget::edit(index, trigger, event);
+}
+
+void kxAnimTreeWidget::paintEvent(QPaintEvent* event)
+{
+    QTreeWidget::paintEvent(event);
+    if (topLevelItemCount() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setFont(font());
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
+    kxPaneHint::paint(painter, viewport()->rect(), hint());
 }
 
 void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)

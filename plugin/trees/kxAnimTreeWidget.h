@@ -108,7 +108,11 @@ protected:
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override;
     using QTreeWidget::edit;
     void startDrag(Qt::DropActions supportedActions) override;
+    void paintEvent(QPaintEvent* event) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+    /// What the tree says in its middle while it has no rows.
+    virtual QString hint() const { return QString(); }
 
     /// Deletes the animations of the selected rows in one step of undo. `checkReferences`: asks about those that are
     /// used outside the scene's objects.
