@@ -1,3 +1,4 @@
+#include <kxBenchMain.h>
 #include <kxBenchScene.h>
 
 #include <animation/kxAnimScene.h>
@@ -6,10 +7,7 @@
 #include <animation/kxNodeTime.h>
 #include <kxAnimManager.h>
 
-#include <benchmark/benchmark.h>
 #include <tbb/global_control.h>
-
-#include <QCoreApplication>
 
 #include <cstdio>
 #include <fstream>
@@ -206,8 +204,5 @@ BENCHMARK(wholeScene)
 
 int main(int argc, char** argv)
 {
-    const QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

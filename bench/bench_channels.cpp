@@ -1,14 +1,11 @@
 #include <curveeditor/kxAnimChannelWidget.h>
+#include <kxBenchMain.h>
 
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 #include <osg/SceneCores.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
-
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 
 #include <vector>
 
@@ -92,9 +89,5 @@ BENCHMARK(selectionToList)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

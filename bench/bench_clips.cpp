@@ -1,3 +1,4 @@
+#include "kxBenchMain.h"
 #include "kxBenchScene.h"
 
 #include <clipmaker/kxAnimAbstractClipItem.h>
@@ -10,9 +11,6 @@
 #include <kxMessageNames.h>
 #include <scene/kxScene.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QWheelEvent>
 
 using namespace osg;
@@ -200,10 +198,5 @@ BENCHMARK(evaluateFrame)->ArgName("depth")->Arg(0)->Arg(1)->Arg(8)->Unit(benchma
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kxScene::the()->clear();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

@@ -1,13 +1,10 @@
 #include <clipmaker/kxAnimClipStructureWidget.h>
+#include <kxBenchMain.h>
 
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 #include <osg/AnimCores.h>
 #include <scene/kxScene.h>
-
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 
 using namespace osg;
 
@@ -84,9 +81,5 @@ BENCHMARK(newClip)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

@@ -2,11 +2,9 @@
 #include <files/scene/kxSceneContent.h>
 #include <files/text/kxSceneDifference.h>
 #include <files/text/kxSceneText.h>
+#include <kxBenchMain.h>
 #include <kxBenchScene.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -92,10 +90,5 @@ BENCHMARK(text)->Iterations(3)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kxSceneIO::newScene();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

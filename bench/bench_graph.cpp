@@ -4,12 +4,10 @@
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <kxAnimManager.h>
+#include <kxBenchMain.h>
 #include <kxUndo.h>
 #include <scene/kxScene.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QMouseEvent>
 #include <QUndoStack>
 #include <QWheelEvent>
@@ -345,9 +343,5 @@ BENCHMARK(hoverOne)->Name("100,000 keys: mouse over them")->Unit(benchmark::kMil
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

@@ -1,15 +1,13 @@
 #include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphPoint.h>
 #include <curveeditor/kxAnimGraphScene.h>
+#include <kxBenchMain.h>
 
 #include <animation/kxAnimScene.h>
 #include <kxAnimManager.h>
 #include <kxUndo.h>
 #include <scene/kxScene.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QGraphicsView>
 #include <QUndoStack>
 
@@ -255,9 +253,5 @@ BENCHMARK(hover)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

@@ -1,3 +1,4 @@
+#include <kxBenchMain.h>
 #include <trees/kxAnimLibraryWidget.h>
 
 #include <animation/kxAnimScene.h>
@@ -6,9 +7,6 @@
 #include <osg/SceneCores.h>
 #include <scene/kxScene.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QApplication>
 #include <QTreeWidgetItemIterator>
 
 using namespace osg;
@@ -174,10 +172,5 @@ BENCHMARK(selectAllObjects)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    kxScene::the()->clear();
-    return 0;
+    return kxBenchMain(argc, argv);
 }

@@ -1,5 +1,6 @@
 #include <boost/python.hpp>
 
+#include <kxBenchMain.h>
 #include <script/kxAnimScript.h>
 
 #include <animation/kxAnimScene.h>
@@ -13,11 +14,8 @@
 #include <python/kxInterpreter.h>
 #include <scene/kxScene.h>
 
-#include <benchmark/benchmark.h>
-
 #include <QKXDockWindowManager.h>
 
-#include <QApplication>
 #include <QMainWindow>
 
 namespace bp = boost::python;
@@ -170,14 +168,13 @@ BENCHMARK_CAPTURE(findNames, block_after_edit, "addVisibleControlPoint(thing, 0,
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(findNames, no_block, "findAnimBlock('nobody')")->Unit(benchmark::kMicrosecond);
 
-int main(int count, char** arguments)
+int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(count, arguments);
-    PyImport_AppendInittab("kxAnimWidgets", initModule);
-    if (!kxInterpreter::start() || !kxScript::run("from kxTypes import *\nfrom kxAnimWidgets import *"))
-        return 1;
-    benchmark::Initialize(&count, arguments);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return kxBenchMain(argc, argv,
+                       []
+                       {
+                           PyImport_AppendInittab("kxAnimWidgets", initModule);
+                           return kxInterpreter::start() &&
+                                  kxScript::run("from kxTypes import *\nfrom kxAnimWidgets import *");
+                       });
 }
