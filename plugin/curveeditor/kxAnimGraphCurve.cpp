@@ -110,12 +110,7 @@ void kxAnimGraphCurve::deletePoints()
     _selected.clear();
     _withHandles.clear();
     _moved.clear();
-    const QList<QGraphicsItem*> items = childItems();
-    // The scene keeps a list of items that it is going to polish, and searches it for each that dies before: of 100,000
-    // keys that takes seconds.
-    if (scene() != nullptr && !items.isEmpty())
-        QMetaObject::invokeMethod(scene(), "_q_polishItems", Qt::DirectConnection);
-    qDeleteAll(items); // from the front, where scene and parent look for them first
+    qDeleteAll(childItems()); // from the front, where scene and parent look for them first
 }
 
 void kxAnimGraphCurve::buildPoints(const osg::AnimCurvePtr& curve)

@@ -79,6 +79,17 @@ public:
     /// Makes the items of the handles that are shown at `place`, so that the mouse meets them.
     void makeHandlesAt(const QPointF& place);
 
+    /// Told by the keys: one moved, was selected or not, shows its handles or not.
+    void keyMoved(kxAnimGraphPoint* key);
+    void keySelected(kxAnimGraphPoint* key, bool isSelected);
+    void keyShowsHandles(kxAnimGraphPoint* key, bool shows);
+    /// Told to all curves before the size of the squares changes.
+    static void aboutToScale();
+    /// True while places come from the kernel, which no snapping, lock or tie holds back.
+    bool isFollowingKernel() const { return _isFollowingKernel; }
+    /// Takes the vectors of a key over from the kernel, which shortens a free one that reaches a neighbour.
+    void takeTangents(kxAnimGraphPoint* key);
+
 public Q_SLOTS:
     /// A handle was dragged: writes its key's tangents.
     void movedInTangent(kxAnimGraphPoint* point);
@@ -88,18 +99,6 @@ Q_SIGNALS:
     void curveChanged();
 
 private:
-    friend class kxAnimGraphPoint;
-    /// A key item came to be elsewhere.
-    void keyMoved(kxAnimGraphPoint* key);
-    void keySelected(kxAnimGraphPoint* key, bool isSelected);
-    void keyShowsHandles(kxAnimGraphPoint* key, bool shows);
-    /// True while places come from the kernel, which no snapping, lock or tie holds back.
-    bool isFollowingKernel() const { return _isFollowingKernel; }
-    /// Takes the vectors of a key over from the kernel, which shortens a free one that reaches a neighbour.
-    void takeTangents(kxAnimGraphPoint* key);
-    /// Before the size of the squares changes.
-    static void aboutToScale();
-
     void movedTangent(const kxAnimGraphPoint* point, bool isIn);
     void deletePoints();
     /// Puts the items in order of time; gives their places.

@@ -57,8 +57,7 @@ kxAnimGraphScene::Rebuild::Rebuild(kxAnimGraphScene* scene) : _scene(scene)
 {
     if (_scene.isNull() || _scene->_rebuilds++ > 0)
         return;
-    // A scene looks every dying item up in its list of new ones, until it has polished those in an event of its own.
-    QCoreApplication::sendPostedEvents(_scene, QEvent::MetaCall);
+    _scene->polishItems();
     _selected = _scene->selectedCount();
     _wasBlocked = _scene->blockSignals(true);
 }
@@ -89,8 +88,16 @@ kxAnimGraphScene::kxAnimGraphScene(QObject* parent) : QGraphicsScene(parent), _t
 kxAnimGraphScene::~kxAnimGraphScene()
 {
     blockSignals(true); // items die after this part of the scene, and nobody is to look at it meanwhile
+    polishItems();
     if (theScene == this)
         theScene = nullptr;
+}
+
+void kxAnimGraphScene::polishItems()
+{
+    // A scene looks every dying item up in its list of new ones, until it has polished those in an event of its own: of
+    // 100,000 keys that takes seconds.
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 bool kxAnimGraphScene::eventFilter(QObject* watched, QEvent* event)

@@ -132,6 +132,7 @@ private:
     /// The key nearest to `place` if that is selected; null where no key's square holds it.
     const kxAnimGraphPoint* selectedKeyAt(const QPointF& place) const;
     void makeHandlesAt(const QPointF& place);
+    void polishItems();
     void notice(const QString& text);
     static void timeLineChangedPlay(kxMessage& message);
 
