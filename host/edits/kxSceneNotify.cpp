@@ -22,8 +22,7 @@ void sendPropertyChanged()
 void kxSceneNotify::structureChanged()
 {
     kxScene::the()->markStructureChanged();
-    kxMessage message(kxMessageId::SceneChanged);
-    kxModuleRegistry::the().deliver(message);
+    kxModuleRegistry::the().deliver(kxMessageId::SceneChanged);
 }
 
 void kxSceneNotify::animationsChanged()

@@ -51,6 +51,12 @@ int kxModuleRegistry::deliver(kxMessage& message)
     return delivered;
 }
 
+int kxModuleRegistry::deliver(std::uint64_t id)
+{
+    kxMessage message(id);
+    return deliver(message);
+}
+
 void kxModuleRegistry::deliverLater(std::uint64_t id)
 {
     QCoreApplication* const application = QCoreApplication::instance();
@@ -69,10 +75,7 @@ void kxModuleRegistry::deliverWaiting()
         waiting &= ~std::uint64_t(kxMessageId::ClipsChanged); // a part of it
     for (std::uint64_t id = 1; id != 0 && id <= waiting; id <<= 1)
         if ((waiting & id) != 0)
-        {
-            kxMessage message(id);
-            deliver(message);
-        }
+            deliver(id);
 }
 
 void kxModuleRegistry::add(kxModuleBase* module)

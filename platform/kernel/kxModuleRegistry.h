@@ -22,7 +22,9 @@ public:
     /// meanwhile is left out, one that is made meanwhile gets the next message. An exception is logged and ends only
     /// the work of the module that it came from.
     int deliver(kxMessage& message);
-    /// Delivers a message without attributes in the next turn of the event loop: once, however often it is asked for,
+    /// A message without attributes.
+    int deliver(std::uint64_t id);
+    /// Delivers such a message in the next turn of the event loop: once, however often it is asked for,
     /// so that a script's thousand edits rebuild what they concern one time. Nothing where there is no event loop.
     void deliverLater(std::uint64_t id);
 

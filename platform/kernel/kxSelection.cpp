@@ -151,8 +151,7 @@ void kxSelection::setIds(Kind kind, const std::vector<unsigned int>& ids)
 void kxSelection::announceNodes()
 {
     Q_EMIT nodesChanged();
-    kxMessage message(kxMessageId::SelectionChanged);
-    kxModuleRegistry::the().deliver(message);
+    kxModuleRegistry::the().deliver(kxMessageId::SelectionChanged);
     // Tools take the material selection after a scene selection as a part of it and pass over it, so there has to be
     // one.
     kxMessage materialMessage(kxMessageId::MaterialSelection);

@@ -74,8 +74,7 @@ public:
 QStringList delivered(std::uint64_t id)
 {
     ran.clear();
-    kxMessage message(id);
-    kxModuleRegistry::the().deliver(message);
+    kxModuleRegistry::the().deliver(id);
     return ran;
 }
 } // namespace

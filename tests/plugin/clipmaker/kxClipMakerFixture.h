@@ -7,30 +7,26 @@
 #include <clipmaker/kxAnimClipView.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
-#include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
 #include <kxAnimFixture.h>
+#include <kxTestWindow.h>
 
-#include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
 #include <kxController.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 
-#include <QMainWindow>
 #include <QUndoStack>
 
 #include <memory>
 
 /// The clip maker in a window of the host, over an empty scene.
-class kxClipMakerFixture : public kxAnimFixture
+class kxClipMakerFixture : public kxAnimFixture, public kxTestWindow
 {
 public:
-    kxClipMakerFixture() : docks(&window)
+    kxClipMakerFixture()
     {
-        kxHostHooks::the().setMainWindow(&window);
-        kxHostHooks::the().setDockWindowManager(&docks);
         module = std::make_unique<kxAnimClipEditor>();
         form = static_cast<kxAnimClipEditorGUIW*>(module->moduleWidget());
         view = form->findChild<kxAnimClipView*>();
@@ -41,8 +37,6 @@ public:
     {
         kxUndoStack::get(0).stack()->clear();
         module.reset();
-        kxHostHooks::the().setMainWindow(nullptr);
-        kxHostHooks::the().setDockWindowManager(nullptr);
     }
 
     /// An object with the block "Move" (24 frames), and the clip "Show", which holds the block twice: at frame 0 and at
@@ -72,18 +66,12 @@ public:
                 // Not by the row itself: whoever is notified may make all rows anew.
                 return tree->setCurrentItem(*it, 0, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
-    static void deliver(kxMessageId::Id id)
-    {
-        kxMessage message(id);
-        kxModuleRegistry::the().deliver(message);
-    }
+    static void deliver(kxMessageId::Id id) { kxModuleRegistry::the().deliver(id); }
     static osg::AnimNodePtr child(const osg::NodePtr& node, unsigned int index = 0)
     {
         return osg::AnimNodePtr::dcast(node->getChild(index));
     }
 
-    QMainWindow window;
-    QKXDockWindowManager docks;
     std::unique_ptr<kxAnimClipEditor> module;
     kxAnimClipEditorGUIW* form;
     kxAnimClipView* view;

@@ -10,29 +10,25 @@
 #include <trees/kxAnimLibraryWidget.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
-#include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
 #include <kxAnimFixture.h>
+#include <kxTestWindow.h>
 
-#include <QKXDockWindowManager.h>
 #include <kxController.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 
-#include <QMainWindow>
 #include <QUndoStack>
 
 #include <memory>
 
 /// The curve editor in a window of the host, over an empty scene.
-class kxCurveEditorFixture
+class kxCurveEditorFixture : public kxTestWindow
 {
 public:
-    kxCurveEditorFixture() : docks(&window)
+    kxCurveEditorFixture()
     {
-        kxHostHooks::the().setMainWindow(&window);
-        kxHostHooks::the().setDockWindowManager(&docks);
         module = std::make_unique<kxAnimCurveEditor>();
         form = static_cast<kxAnimCurveEditorGUIW*>(module->moduleWidget());
         graph = form->findChild<kxAnimGraphView*>();
@@ -44,8 +40,6 @@ public:
         kxAnimManager::the()->dequeueAll();
         kxUndoStack::get(0).stack()->clear();
         module.reset();
-        kxHostHooks::the().setMainWindow(nullptr);
-        kxHostHooks::the().setDockWindowManager(nullptr);
     }
 
     void show()
@@ -72,11 +66,7 @@ public:
         return nodes.empty() ? osg::AnimCurvePtr() : kxAnimFixture::curveOf(nodes.front());
     }
 
-    static void deliver(kxMessageId::Id id)
-    {
-        kxMessage message(id);
-        kxModuleRegistry::the().deliver(message);
-    }
+    static void deliver(kxMessageId::Id id) { kxModuleRegistry::the().deliver(id); }
     template <class Object>
     static void deliver(kxMessageId::Id id, const char* key, const std::vector<Object>& objects)
     {
@@ -94,8 +84,6 @@ public:
     QList<kxAnimGraphCurve*> curves() const { return graph->scene()->curves(); }
 
     kxAnimFixture scene;
-    QMainWindow window;
-    QKXDockWindowManager docks;
     std::unique_ptr<kxAnimCurveEditor> module;
     kxAnimCurveEditorGUIW* form;
     kxAnimGraphView* graph;

@@ -3,16 +3,13 @@
 #include <script/kxScriptChannels.h>
 #include <trees/kxAnimTreeWidgetItem.h>
 
-#include <kernel/kxHostHooks.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimFixture.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
+#include <kxTestWindow.h>
 #include <kxUndo.h>
 
-#include <QKXDockWindowManager.h>
-
-#include <QMainWindow>
 #include <QMenu>
 #include <QtTest>
 
@@ -52,21 +49,15 @@ private Q_SLOTS:
     {
         kxAnimFixture::clear();
         kxController::addCB(kxMessageName::GetClippingTransformNode, answer);
-        _window = std::make_unique<QMainWindow>();
-        _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-        kxHostHooks::the().setMainWindow(_window.get());
-        kxHostHooks::the().setDockWindowManager(_docks.get());
+        _host = std::make_unique<kxTestWindow>();
         clippingNode = kxAnimFixture::object("Plane");
     }
 
     void cleanup()
     {
         kxController::subCB(kxMessageName::GetClippingTransformNode, answer);
-        _docks.reset();
-        _window.reset();
+        _host.reset();
         QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
-        kxHostHooks::the().setDockWindowManager(nullptr);
-        kxHostHooks::the().setMainWindow(nullptr);
         clippingNode = osg::NodePtr();
         kxUndoStack::get(0).stack()->clear();
         kxAnimFixture::clear();
@@ -81,7 +72,7 @@ private Q_SLOTS:
         kxScriptChannels::animateClippingTransform(); // nobody has a clipping plane
         QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
         clippingNode = kxAnimFixture::object("Plane");
-        kxHostHooks::the().setDockWindowManager(nullptr);
+        _host.reset();
         kxScriptChannels::animateClippingTransform(); // nowhere to show it
         QVERIFY(kxAnimNodeChannelWidget::instance() == nullptr);
     }
@@ -92,8 +83,8 @@ private Q_SLOTS:
         const osg::AnimNodePtr last = kxAnimFixture::curve("rotation", "Y", {{0, 2}});
         kxAnimManager::the()->addAnimation(clippingNode, last);
         kxScriptChannels::animateClippingTransform();
-        QVERIFY(_docks->getDockWidget("Node Channels") != nullptr);
-        QVERIFY(!_docks->getDockWidget("Node Channels")->isHidden());
+        QVERIFY(_host->docks.getDockWidget("Node Channels") != nullptr);
+        QVERIFY(!_host->docks.getDockWidget("Node Channels")->isHidden());
         QVERIFY(row("Plane.translation.X") != nullptr && row("Plane.visible") != nullptr);
         QVERIFY(!(row("Plane.visible")->flags() & Qt::ItemIsUserCheckable));
         QVERIFY(row("Plane.translation.X")->curve() == osg::NullFC);
@@ -152,18 +143,18 @@ private Q_SLOTS:
     {
         kxAnimNodeChannelWidget::addDock();
         kxAnimNodeChannelWidget::addDock(); // once
-        QDockWidget* const dock = _docks->getDockWidget("Node Channels");
+        QDockWidget* const dock = _host->docks.getDockWidget("Node Channels");
         QVERIFY(dock != nullptr && dock->isHidden() && kxAnimNodeChannelWidget::instance() == nullptr);
-        QCOMPARE(_window->dockWidgetArea(dock), Qt::BottomDockWidgetArea); // beside the other editors
+        QCOMPARE(_host->window.dockWidgetArea(dock), Qt::BottomDockWidgetArea); // beside the other editors
         const osg::NodePtr plane = clippingNode;
         clippingNode = osg::NodePtr();
-        _window->show();
+        _host->window.show();
         dock->toggleViewAction()->trigger();
         QVERIFY(kxAnimNodeChannelWidget::instance() != nullptr);
         QCOMPARE(kxAnimNodeChannelWidget::instance()->topLevelItemCount(), 0);
         dock->hide();
         clippingNode = plane;
-        _docks->show("Node Channels");
+        _host->docks.show("Node Channels");
         QVERIFY(row("Plane.translation.X") != nullptr);
         QWidget* const holder = kxAnimNodeChannelWidget::instance()->parentWidget();
         QCoreApplication::processEvents();
@@ -176,8 +167,7 @@ private Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<QMainWindow> _window;
-    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxTestWindow> _host;
 };
 
 QTEST_MAIN(tst_kxAnimNodeChannelWidget)

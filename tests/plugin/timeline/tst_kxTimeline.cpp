@@ -4,13 +4,12 @@
 #include <timeline/kxAnimControlGUII.h>
 #include <timeline/kxAnimControlWidget.h>
 
-#include <kernel/kxHostHooks.h>
 #include <kernel/kxModuleRegistry.h>
 #include <kxAnimFixture.h>
 #include <kxCapturedStderr.h>
 #include <kxHeard.h>
+#include <kxTestWindow.h>
 
-#include <QKXDockWindowManager.h>
 #include <QKXSpiner.h>
 #include <QKXTimeLine.h>
 #include <QKXTimeLineRange.h>
@@ -43,12 +42,6 @@ void send(const char* name, const char* key = nullptr, const boost::any& value =
     if (key != nullptr)
         message.set(key, value, true);
     kxController::call(name, message, 0);
-}
-
-void deliver(std::uint64_t id)
-{
-    kxMessage message(id);
-    kxModuleRegistry::the().deliver(message);
 }
 
 /// Start, detailed start, detailed end, end.
@@ -89,10 +82,7 @@ class tst_kxTimeline : public QObject
 private Q_SLOTS:
     void init()
     {
-        _window = std::make_unique<QMainWindow>();
-        _docks = std::make_unique<QKXDockWindowManager>(_window.get());
-        kxHostHooks::the().setMainWindow(_window.get());
-        kxHostHooks::the().setDockWindowManager(_docks.get());
+        _host = std::make_unique<kxTestWindow>();
         _module = std::make_unique<kxAnimControlWidget>();
         QCOMPARE(shownRanges(), (Ranges{0, 0, 25, 50})); // before a scene says otherwise
         kxAnimManager& kernel = *kxAnimManager::the();
@@ -108,8 +98,7 @@ private Q_SLOTS:
     {
         kxFramePlayer::the()->stop(nullptr);
         _module.reset();
-        _docks.reset();
-        _window.reset();
+        _host.reset();
         // The panel has gone with the window, and its callbacks with it.
         QCOMPARE(kxSend(kxMessageName::SelectedAnimations), 0);
     }
@@ -334,7 +323,7 @@ private Q_SLOTS:
             kernel.setEvaluateSubframes(true);
             panel()._end->setValue(400);
             const kxCapturedStderr silent;
-            deliver(kxMessageId::NewScene);
+            kxModuleRegistry::the().deliver(kxMessageId::NewScene);
             QCOMPARE(kernel.fps(), 30.0);
             QVERIFY(kernel.keepKeysAtFrame() && kernel.loopTimeline() && !kernel.evaluateSubframes());
             QVERIFY(kernel.playbackRangeHint() == 1 && panel()._local->isChecked());
@@ -342,7 +331,7 @@ private Q_SLOTS:
             for (const auto& [speed, rate] : {std::make_pair(0, -1.0), {1, 24.0}, {3, 30.0}, {4, 12.5}, {7, 24.0}})
             {
                 data.set(Key::PlaybackSpeed, speed, true);
-                deliver(kxMessageId::NewScene);
+                kxModuleRegistry::the().deliver(kxMessageId::NewScene);
                 QCOMPARE(panel()._timeLine->fps(), rate);
             }
             preferences.preferencesSetDefaults(false); // keeps what is there
@@ -351,7 +340,7 @@ private Q_SLOTS:
         // The page has taken its keys along: presets hold, and what has none stays.
         QVERIFY(kxPreferences::getData().get(Key::Time).empty());
         kernel.setLoopTimeline(false);
-        deliver(kxMessageId::NewScene);
+        kxModuleRegistry::the().deliver(kxMessageId::NewScene);
         QCOMPARE(kernel.playbackFPS(), 25.0);
         QCOMPARE(kernel.fps(), 30.0);
         QVERIFY(!kernel.loopTimeline() && !kernel.keepKeysAtFrame() && kernel.evaluateSubframes());
@@ -362,16 +351,16 @@ private Q_SLOTS:
     {
         panel()._rangeStart->setValue(6);
         panel()._play->click();
-        deliver(kxMessageId::StopPlayback);
+        kxModuleRegistry::the().deliver(kxMessageId::StopPlayback);
         QVERIFY(!kxFramePlayer::the()->isPlaying());
         QCOMPARE(kxAnimManager::the()->currentFrame(), 6.0);
     }
 
     void fillsItsBar()
     {
-        QToolBar* const bar = _docks->getToolbar("Timeline");
-        _window->resize(1200, 300);
-        _window->show();
+        QToolBar* const bar = _host->docks.getToolbar("Timeline");
+        _host->window.resize(1200, 300);
+        _host->window.show();
         bar->show();
         QTRY_VERIFY(panel()._timeLine->width() > 500);
         QVERIFY(panel()._timeLine->geometry().right() < panel()._current->x());
@@ -388,7 +377,7 @@ private Q_SLOTS:
     void settingsDialog()
     {
         panel()._prefs->click();
-        QDialog* const dialog = _window->findChild<QDialog*>(QStringLiteral("Animation Settings"));
+        QDialog* const dialog = _host->window.findChild<QDialog*>(QStringLiteral("Animation Settings"));
         QVERIFY(dialog != nullptr && dialog->isVisible() && !dialog->isModal());
         auto* const end = dialog->findChild<QKXSpiner*>("_fullRangeEnd");
         QCOMPARE(end->value(), 50);
@@ -412,8 +401,7 @@ private:
     const kxHeard<0> _played{kxMessageName::TimeLineChangedPlay};
     const kxHeard<1> _pasted{kxMessageName::PasteKeys};
     const kxHeard<2> _keyed{kxMessageName::KeyAll};
-    std::unique_ptr<QMainWindow> _window;
-    std::unique_ptr<QKXDockWindowManager> _docks;
+    std::unique_ptr<kxTestWindow> _host;
     std::unique_ptr<kxAnimControlWidget> _module;
 };
 
