@@ -126,6 +126,12 @@ QString kxFileDialogs::askForModel(QMainWindow* window)
         QFileDialog::getOpenFileName(window, tr("Import"), folder(QStringLiteral("model")), kxSceneIO::openFilter()));
 }
 
+QString kxFileDialogs::askForComparison(QMainWindow* window, const QString& file)
+{
+    const QString start = file.isEmpty() ? folder(QStringLiteral("scene")) : file;
+    return QFileDialog::getOpenFileName(window, tr("Compare With File"), start, kxSceneIO::openFilter());
+}
+
 QString kxFileDialogs::askForExport(QMainWindow* window, const QString& folderOfScene, const QString& proposal)
 {
     const QString start = folderOfScene.isEmpty() ? folder(QStringLiteral("export")) : folderOfScene;

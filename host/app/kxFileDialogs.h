@@ -16,6 +16,8 @@ QString askForModel(QMainWindow* window);
 /// Starts in `folder`, or in the one remembered where that is empty.
 QString askForExport(QMainWindow* window, const QString& folder, const QString& name);
 QString askForScript(QMainWindow* window);
+/// Proposes `file`, what was saved last, where that isn't empty.
+QString askForComparison(QMainWindow* window, const QString& file);
 
 void showError(QMainWindow* window, const QString& action, const kxFileReport& report);
 } // namespace kxFileDialogs

@@ -138,6 +138,9 @@ void kxMainMenus::fillEditMenu()
     menu->addSeparator();
     menu->addActions({_selectAll, _duplicate, _delete});
     menu->addSeparator();
+    add(menu, tr("&Compare With File..."), QString(), QKeySequence(), [this] { _window->compareWithDialog(); })
+        ->setToolTip(tr("Shows what the open scene differs in from a file"));
+    menu->addSeparator();
     add(menu, tr("&Preferences..."), QStringLiteral("Preferences"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
         [this] { _window->openPreferences(QString()); });
 }

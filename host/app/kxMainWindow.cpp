@@ -1,5 +1,6 @@
 #include "kxMainWindow.h"
 
+#include "kxCompareDialog.h"
 #include "kxFileDialogs.h"
 #include "kxGuideWindow.h"
 #include "kxHostSettings.h"
@@ -47,6 +48,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <memory>
 
 namespace
 {
@@ -430,6 +432,16 @@ void kxMainWindow::exportWithDialog()
     const QString file = kxFileDialogs::askForExport(this, _document->folder(), _document->name());
     if (!file.isEmpty() && _document->exportTo(file))
         statusBar()->showMessage(tr("Exported %1").arg(QFileInfo(file).fileName()), 4000);
+}
+
+void kxMainWindow::compareWithDialog()
+{
+    const QString file = kxFileDialogs::askForComparison(this, _document->path());
+    if (file.isEmpty())
+        return;
+    auto dialog = std::make_unique<kxCompareDialog>(file, *_document, this);
+    if (dialog->compare())
+        dialog.release()->show(); // and goes when it is closed
 }
 
 void kxMainWindow::renderImage()

@@ -60,6 +60,7 @@ public:
     void openWithDialog();
     void importWithDialog();
     void exportWithDialog();
+    void compareWithDialog();
     void renderImage();
     void renderFrames();
     void runScriptWithDialog();

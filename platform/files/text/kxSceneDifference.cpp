@@ -49,24 +49,20 @@ public:
             const std::size_t a = _match.before(b);
             if (a != None)
                 pair(a, b);
-            else if (!_new.thing(b).gathersAnimations && isKnown(_match.before(holder(_new, b)), holder(_new, b)))
+            else if (!_new.thing(b).gathersAnimations && _match.before(holder(_new, b)) != None)
                 addLife(kxSceneDifference::Added, _new, b);
         }
-        for (std::size_t a = 0; a < _old.things().size(); ++a)
-            if (_old.isTop(a) && _match.after(a) == None)
-                addRemoved(a);
         // What belongs to one thing stands together, at the first of it.
-        std::map<QString, std::size_t> firsts;
+        const auto group = [](const Entry& entry) { return std::make_pair(entry.groupBefore, entry.groupAfter); };
+        std::map<std::pair<UInt32, UInt32>, std::size_t> firsts;
         for (std::size_t i = 0; i < _entries.size(); ++i)
-            firsts.emplace(_entries[i].group, i);
+            firsts.emplace(group(_entries[i]), i);
         std::stable_sort(_entries.begin(), _entries.end(),
-                         [&firsts](const Entry& x, const Entry& y) { return firsts[x.group] < firsts[y.group]; });
+                         [&](const Entry& x, const Entry& y) { return firsts[group(x)] < firsts[group(y)]; });
         return std::move(_entries);
     }
 
 private:
-    static bool isKnown(std::size_t partner, std::size_t holder) { return partner != None || holder == None; }
-
     template <class T>
     void addSettings(const std::map<std::string, T>& before, const std::map<std::string, T>& after)
     {
@@ -78,14 +74,17 @@ private:
             if (kxSceneText::isPassing(name) || (was != before.end() && is != after.end() && was->second == is->second))
                 continue;
             Entry entry;
-            entry.what = entry.group = tr("scene");
+            entry.what = tr("scene");
+            entry.group = tr("Scene");
             entry.field = QString::fromStdString(name);
             entry.path = QStringLiteral("%1/%2").arg(
                 QLatin1String(std::is_same_v<T, double> ? "animation" : "settings"), entry.field);
             const kxFieldWords words = kxFieldWords::ofSetting(name);
             const QString then = was == before.end() ? tr("none") : settingText(words, was->second, entry.before);
             const QString now = is == after.end() ? tr("none") : settingText(words, is->second, entry.after);
-            entry.words = tr("Scene: %1 %2 (was %3)").arg(words.label, now, then);
+            entry.isOfGroup = true;
+            entry.detail = tr("%1 %2 (was %3)").arg(words.label, now, then);
+            entry.words = tr("Scene: %1").arg(entry.detail);
             _entries.push_back(entry);
         }
     }
@@ -109,7 +108,8 @@ private:
         const std::size_t group = kxDifferenceWords::group(outline, index);
         const bool isNew = &outline == &_new;
         const std::size_t a = isNew ? _match.before(group) : group, b = isNew ? group : _match.after(group);
-        entry.group = b != None ? kxDifferenceWords::subject(_new, b) : kxDifferenceWords::subject(_old, a);
+        entry.group = b != None ? kxDifferenceWords::subject(_new, b, true) : kxDifferenceWords::subject(_old, a, true);
+        entry.isOfGroup = group == index;
         entry.groupBefore = a == None ? 0 : _old.thing(a).container.getFieldContainerId();
         entry.groupAfter = b == None ? 0 : _new.thing(b).container.getFieldContainerId();
         return entry;
@@ -124,8 +124,8 @@ private:
             [this, kind](std::size_t i)
             { return (kind == kxSceneDifference::Added ? _match.before(i) : _match.after(i)) == None; });
         const QString act = kind == kxSceneDifference::Added ? tr("added") : tr("removed");
-        entry.words = kxDifferenceWords::subject(outline, index, true) + QStringLiteral(": ") +
-                      (below.isEmpty() ? act : tr("%1, with %2").arg(act, below));
+        entry.detail = below.isEmpty() ? act : tr("%1, with %2").arg(act, below);
+        entry.words = kxDifferenceWords::subject(outline, index, true) + QStringLiteral(": ") + entry.detail;
         _entries.push_back(entry);
     }
 
@@ -148,6 +148,7 @@ private:
         entry.field = field;
         entry.before = before;
         entry.after = after;
+        entry.detail = words;
         entry.words = kxDifferenceWords::subject(_new, b) + QStringLiteral(": ") + words;
         _entries.push_back(entry);
     }
@@ -157,14 +158,10 @@ private:
     void pair(std::size_t a, std::size_t b)
     {
         if (!_new.isTop(b))
-        {
             comparePlaces(a, b);
-            compareNames(a, b);
-        }
-        else if (_old.isScene() && _new.isScene())
-            compareNames(a, b);
-        if (_old.thing(a).container != NullFC && (!_new.isTop(b) || (_old.isScene() && _new.isScene())))
+        if (_old.hasValues(a) && _new.hasValues(b))
         {
+            compareNames(a, b);
             compareClass(a, b);
             compareSharing(a, b);
             compareValues(a, b);

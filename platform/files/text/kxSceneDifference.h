@@ -34,8 +34,10 @@ struct KX_API kxSceneDifference
         QString field;            ///< of what changed: a field's name, or name, parent, order, class, sharing, keys
         QJsonValue before, after; ///< numbers, lists of numbers, texts; paths in place of references
         QString words;            ///< "'Spin' in clip 'Show': starts at frame 24 (was 12)"
-        /// What it belongs to: the object of an animation, the clip of a bar.
+        QString detail;           ///< "starts at frame 24 (was 12)"
+        /// What it belongs to: the object of an animation, the clip of a bar. "Clip 'Show'"
         QString group;
+        bool isOfGroup = false;                      ///< it tells of that thing itself
         osg::UInt32 groupBefore = 0, groupAfter = 0; ///< its containers, 0 where there is none
     };
 

@@ -14,6 +14,7 @@ namespace
 {
 constexpr const char* Clips = "clips";
 constexpr const char* Library = "library";
+constexpr const char* Objects = "objects";
 
 std::string nameOf(const AttachmentContainerPtr& container)
 {
@@ -35,19 +36,26 @@ kxSceneOutline::kxSceneOutline(const kxSceneContent& content)
     addTop(Clips, content.clips.get());
     addTop(Library, content.sceneStructure.get());
     addMaterials(content);
-    addTop("objects", content.root.get());
+    addTop(Objects, content.root.get());
     addTop("plates", content.sceneplates.get());
     addTop("scenery", content.scenery.get());
     setPlaces();
     shareCores();
 }
 
-std::size_t kxSceneOutline::addTop(const char* segment, const NodePtr& root)
+void kxSceneOutline::addTop(const char* segment, const NodePtr& root)
 {
-    const std::size_t index = root == NullFC ? None : add(None, root);
-    if (index != None)
-        _things[index].name = _things[index].segment = segment;
-    return index;
+    const std::size_t added = root == NullFC ? None : add(None, root);
+    const std::size_t index = added == None ? _things.size() : added;
+    if (added == None)
+        _things.emplace_back();
+    _things[index].name = _things[index].segment = segment;
+}
+
+bool kxSceneOutline::hasValues(std::size_t index) const
+{
+    const Thing& thing = _things[index];
+    return thing.container != NullFC && (!isTop(index) || (_isScene && thing.segment == Objects));
 }
 
 void kxSceneOutline::addMaterials(const kxSceneContent& content)

@@ -25,7 +25,7 @@ public:
         std::string segment; ///< of the path; of things beside each other with one name all but the first have a number
         std::size_t parent = None;
         std::vector<std::size_t> children;     ///< in the scene's order
-        osg::AttachmentContainerPtr container; ///< a node or a material; null for the list of materials
+        osg::AttachmentContainerPtr container; ///< a node or a material; null for a top that gathers only
         osg::NodeCorePtr core;
         std::size_t shownBy = None;      ///< the thing that stands for the core: itself, or one that has the same
         std::size_t animatedWith = None; ///< the object whose animations are this one's too
@@ -65,14 +65,16 @@ public:
     static std::string imageText(const osg::Image& image);
 
     double fps() const { return _fps; }
-    /// False for a file of another program: the tops of its trees and its settings mean nothing.
+    /// False for a file of another program, which has no settings of ours.
     bool isScene() const { return _isScene; }
-    /// True for a tree as a whole, which is no thing of the user's.
+    /// True for a tree as a whole, which is no thing of the user's. All trees are there, empty ones too.
     bool isTop(std::size_t index) const { return _things[index].parent == None; }
+    /// A thing with values: all but the tops. The objects' has some in a scene of ours, since it can move them all.
+    bool hasValues(std::size_t index) const;
 
 private:
     std::size_t add(std::size_t parent, const osg::AttachmentContainerPtr& container);
-    std::size_t addTop(const char* segment, const osg::NodePtr& root);
+    void addTop(const char* segment, const osg::NodePtr& root);
     void addMaterials(const kxSceneContent& content);
     void nameChildren(std::size_t index);
     void setPlaces();

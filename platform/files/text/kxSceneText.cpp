@@ -76,10 +76,9 @@ private:
     {
         const kxSceneOutline::Thing& thing = _outline.thing(index);
         _lines.clear();
-        const bool isTold = !_outline.isTop(index) || _outline.isScene();
-        if (thing.container != NullFC && isTold)
+        if (_outline.hasValues(index))
             values(index);
-        if (_outline.isTop(index) ? isTold && thing.core != NullFC : !thing.gathersAnimations)
+        if (_outline.hasValues(index) && !thing.gathersAnimations)
             _lines.push_back("class = " + _outline.className(index));
         std::sort(_lines.begin(), _lines.end());
         for (const std::size_t child : thing.children)

@@ -6,6 +6,7 @@
 #include <kxAnswer.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
+#include <panels/kxEmptyHint.h>
 #include <python/kxInterpreter.h>
 #include <view/kxView3D.h>
 
@@ -168,6 +169,51 @@ private Q_SLOTS:
         QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
     }
 
+    void comparesWithAFile()
+    {
+        const osg::NodePtr a = addObject("A");
+        animate(a); // which tells it from any other
+        QVERIFY(_window->document().saveTo(path("before.kxs")));
+        const QPointer<QDialog> dialog = compared();
+        auto* const tree = dialog->findChild<QTreeWidget*>();
+        auto* const copy = dialog->findChild<QPushButton*>("_copyDifferences");
+        auto* const again = dialog->findChild<QPushButton*>("_compareAgain");
+        QVERIFY(tree->findChild<kxEmptyHint*>()->isVisible() && !copy->isEnabled() && !dialog->isModal());
+        kxSceneEdits::rename(a, "Arm");
+        kxSceneEdits::addMaterial();
+        addObject("B");
+        again->click();
+        QCOMPARE(dialog->findChild<QLabel*>("_summary")->text(),
+                 QString("From before.kxs to the open scene: 3 differences in 3 things"));
+        QStringList rows;
+        for (QTreeWidgetItemIterator it(tree); *it != nullptr; ++it)
+            rows << (*it)->text(0);
+        QCOMPARE(rows.mid(2), QStringList({"Object 'Arm'", "Renamed from 'A'", "Object 'B'", "Added"}));
+        tree->setFocus();
+        QVERIFY(kxSelection::the().nodes().empty()); // looking selects nothing
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                          tree->visualItemRect(tree->topLevelItem(1)->child(0)).center());
+        QCOMPARE(kxSelection::the().nodes(), std::vector<osg::NodePtr>({a}));
+        copy->click();
+        QCOMPARE(QApplication::clipboard()->text(), QString("'Arm': renamed from 'A'"));
+        tree->setCurrentItem(tree->topLevelItem(0));
+        QCOMPARE(kxSelection::the().materials().size(), std::size_t(1));
+        // A file that can't be read any more: all stays as it is, and the user hears why.
+        QFile::resize(path("before.kxs"), 20);
+        QString said;
+        kxAnswer<QMessageBox>(
+            [&said](QMessageBox& box)
+            {
+                said = box.text() + box.informativeText();
+                box.accept();
+            });
+        again->click();
+        QVERIFY2(said.startsWith("The file can't be compared.") && said.contains("before.kxs"), qPrintable(said));
+        QVERIFY(tree->topLevelItemCount() == 3);
+        dialog->close();
+        QTRY_VERIFY(dialog.isNull());
+    }
+
     void savesWhereTheUserSays()
     {
         addObject("A");
@@ -320,6 +366,13 @@ private Q_SLOTS:
     }
 
 private:
+    /// The dialog for the file that is proposed.
+    QDialog* compared() const
+    {
+        kxAnswer<QDialog>([](QDialog& dialog) { dialog.accept(); });
+        action("_actionCompareWithFile")->trigger();
+        return _window->findChild<QDialog*>("_compareDialog");
+    }
     void open()
     {
         _window.reset(new kxMainWindow);
