@@ -134,7 +134,7 @@ void kxDifferenceTree::selectInScene() const
     for (const QTreeWidgetItem* const item : selectedItems())
     {
         const osg::UInt32 id = item->data(0, Container).toUInt();
-        const osg::FieldContainerPtr container = osg::FieldContainerFactory::the()->get<osg::FieldContainer>(id);
+        const osg::FieldContainerPtr container = osg::living<osg::FieldContainer>(id);
         if (container == osg::NullFC || !kxScene::the()->contains(container))
             continue; // gone since, or a clip
         if (const osg::NodePtr node = osg::NodePtr::dcast(container))
