@@ -85,8 +85,15 @@ void replaceTop(const NodePtr& from, const NodePtr& to)
         return;
     to->setNodeName(from->getNodeName());
     to->setTravMask(from->getTravMask());
-    if (from->getCore() != NullFC)
-        to->setCore(from->getCore());
+    // Those that share the core keep their order.
+    if (const NodeCorePtr core = from->getCore(); core != NullFC)
+        for (const NodePtr& parent : std::vector<NodePtr>(core->getParents()))
+        {
+            const NodePtr taker = parent == from ? to : parent;
+            if (parent != from)
+                taker->setCore(NodeCorePtr());
+            taker->setCore(core);
+        }
     for (const AttachmentPtr& attachment : from->getAttachments())
         to->addAttachment(attachment);
     moveChildren(from, to);
@@ -310,6 +317,27 @@ kxSceneOrigin originOf(const kxSceneContent& content)
     origin.replace(content.sceneStructure.id(), scene.sceneStructure.id());
     return origin;
 }
+
+void show(const kxSceneContent& content, bool isOurs, kxFileReport& report)
+{
+    report.setSummary(kxSceneSummary::of(content), true);
+    {
+        // What was read is in memory already, with times at its own rate.
+        const kxTimeRescale::Pause pause;
+        clearScene();
+        kxSceneTiming::apply(content.animation);
+    }
+    place(content, isOurs);
+
+    kxScene::the()->markStructureChanged();
+    kxAnimManager::the()->verifyClipStructure();
+    kxUndoStack::get(0).stack()->clear(); // what that took out is no step of this scene
+    kxAnimManager::the()->updateSceneAnimCurveData();
+    kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
+    kxSend(kxMessageName::UpdateAnimControlGUI);
+    kxSceneMessages::contentChanged();
+    tellReplaced(originOf(content));
+}
 } // namespace
 
 void kxSceneIO::setObserver(kxSceneObserver* value)
@@ -328,24 +356,13 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxSceneContent content;
     if (!readContent(path, content, report))
         return false;
-    report.setSummary(kxSceneSummary::of(content), true);
-    {
-        // What was read is in memory already, with times at its own rate.
-        const kxTimeRescale::Pause pause;
-        clearScene();
-        kxSceneTiming::apply(content.animation);
-    }
-    place(content, isSceneFile(path));
-
-    kxScene::the()->markStructureChanged();
-    kxAnimManager::the()->verifyClipStructure();
-    kxUndoStack::get(0).stack()->clear(); // what that took out is no step of this scene
-    kxAnimManager::the()->updateSceneAnimCurveData();
-    kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->currentFrame(), true, true);
-    kxSend(kxMessageName::UpdateAnimControlGUI);
-    kxSceneMessages::contentChanged();
-    tellReplaced(originOf(content));
+    show(content, isSceneFile(path), report);
     return true;
+}
+
+void kxSceneIO::open(const kxSceneContent& content, kxFileReport& report)
+{
+    show(content, true, report);
 }
 
 bool kxSceneIO::readContent(const QString& path, kxSceneContent& content, kxFileReport& report)
@@ -384,7 +401,12 @@ bool kxSceneIO::save(const QString& path, kxFileReport& report)
     if (observer != nullptr)
         observer->sceneToBeSaved();
     kxSceneOrigin origin;
-    if (!kxSceneFile::save(path, report, origin))
+    const auto tell = [&origin]
+    {
+        if (observer != nullptr)
+            observer->sceneToReplaceFile(origin);
+    };
+    if (!kxSceneFile::save(path, report, origin, tell))
         return false;
     if (observer != nullptr)
         observer->sceneSaved(origin);

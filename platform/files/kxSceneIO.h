@@ -24,6 +24,9 @@ KX_API bool readContent(const QString& path, kxSceneContent& content, kxFileRepo
 KX_API bool save(const QString& path, kxFileReport& report);
 KX_API bool exportScene(const QString& path, kxFileReport& report);
 
+/// As open(), of a scene of ours that was read elsewhere.
+KX_API void open(const kxSceneContent& content, kxFileReport& report);
+
 /// Told from then on, one at a time; null for none. Not owned.
 KX_API void setObserver(kxSceneObserver* observer);
 

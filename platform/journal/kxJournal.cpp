@@ -5,6 +5,7 @@
 #include <journal/kxContainerRecord.h>
 #include <journal/kxContainerRestore.h>
 #include <journal/kxJournalBase.h>
+#include <journal/kxRecovery.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
@@ -270,6 +271,14 @@ void kxJournal::takeScene(const kxSceneOrigin& origin)
     _store->begin();
     _store->clear();
     _store->setLatest(SceneId, _sceneRecord);
+    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(_base == nullptr ? kxSceneOrigin() : origin));
+    _store->setNote(kxJournalNote::Candidate, QByteArray());
+    QByteArray topIds;
+    QCborStreamWriter out(&topIds);
+    kxContainerForm::writeNumbers(out, tops);
+    _store->setNote(kxJournalNote::Tops, topIds);
+    noteSerial();
+    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
     for (const UInt32 id : containers)
     {
         if (_base == nullptr || !_base->has(id))
@@ -292,6 +301,12 @@ void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
     Q_EMIT replaced();
 }
 
+/// Where the process dies between the two, that file is there and the one before isn't.
+void kxJournal::sceneToReplaceFile(const kxSceneOrigin& origin)
+{
+    writeNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
+}
+
 void kxJournal::sceneSaved(const kxSceneOrigin& origin)
 {
     auto next = std::make_unique<kxJournalBase>(origin);
@@ -304,6 +319,9 @@ void kxJournal::sceneSaved(const kxSceneOrigin& origin)
             _store->dropLatest(id);
     for (const UInt32 id : origin.incomplete)
         _store->setLatest(id, present(id));
+    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(origin));
+    _store->setNote(kxJournalNote::Candidate, QByteArray());
+    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
     if (!_store->commit())
         return end();
     _base = std::move(next);
@@ -372,8 +390,34 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
     return comparison.run();
 }
 
+void kxJournal::noteSerial()
+{
+    _store->setNote(kxJournalNote::Serial, QByteArray::number(++_serial));
+}
+
+void kxJournal::writeNote(const char* name, const QByteArray& value)
+{
+    _store->begin();
+    _store->setNote(name, value);
+    if (!_store->commit())
+        end();
+}
+
+void kxJournal::setNote(const char* name, const QString& value)
+{
+    if (isRunning())
+        writeNote(name, value.toUtf8());
+}
+
+void kxJournal::noteSaved(bool isSaved)
+{
+    if (isRunning())
+        writeNote(kxJournalNote::Saved, isSaved ? QByteArray::number(_serial) : QByteArray());
+}
+
 void kxJournal::write(quint64 entry, const States& states)
 {
+    noteSerial();
     for (const auto& [id, state] : states)
     {
         const bool differs = state.before != state.after;

@@ -57,6 +57,11 @@ public:
     /// The record of a container as of the last commit, whether it is in the scene or was; empty for none.
     QByteArray record(osg::UInt32 id) const;
 
+    /// What a recovery is to know beside the scene, see kxJournalNote.
+    void setNote(const char* name, const QString& value);
+    /// A recovery is offered, or not, by what the last of these said, where nothing was committed since.
+    void noteSaved(bool isSaved);
+
     /// Compares all of the scene with the records, whatever was marked: what differs was written without a mark. Empty
     /// right after a commit, or something is wrong.
     std::vector<osg::UInt32> unmarked() const;
@@ -88,6 +93,7 @@ private:
     void notePending();
     void sceneReplaced(const kxSceneOrigin& origin) override;
     void sceneToBeSaved() override { Q_EMIT toBeSaved(); }
+    void sceneToReplaceFile(const kxSceneOrigin& origin) override;
     void sceneSaved(const kxSceneOrigin& origin) override;
     void takeScene(const kxSceneOrigin& origin);
     std::vector<osg::UInt32> takeOwners();
@@ -95,6 +101,8 @@ private:
     bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
     States compare(const std::vector<osg::UInt32>& also);
     void write(quint64 entry, const States& states);
+    void noteSerial();
+    void writeNote(const char* name, const QByteArray& value);
     void end();
 
     std::unique_ptr<kxJournalStore> _store;
@@ -106,5 +114,6 @@ private:
     std::vector<quint64> _entries; // in order
     std::unordered_set<quint64> _takenBack;
     quint64 _lastNumber = 0;
+    quint64 _serial = 0; // of the last transaction
     bool _isPending = false;
 };

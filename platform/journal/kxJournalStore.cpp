@@ -1,6 +1,7 @@
 #include <journal/kxJournalStore.h>
 
 #include <QFile>
+#include <QtEndian>
 
 #include <sqlite3.h>
 
@@ -10,6 +11,31 @@ namespace
 qint64 keyOf(std::uint32_t entry, std::uint32_t id)
 {
     return qint64(entry) << 32 | id;
+}
+
+constexpr char TotalNote[] = "total";
+
+quint64 mixed(quint64 sum, quint64 word)
+{
+    sum = (sum ^ word) * 0x9e3779b97f4a7c15u;
+    return sum ^ sum >> 29;
+}
+
+/// SQLite has none of its own for what stands in its pages. A multiplication for 8 bytes: curves are large. Never 0.
+quint64 checksum(quint64 key, const QByteArray& bytes)
+{
+    quint64 sum = mixed(key, quint64(bytes.size()));
+    int at = 0;
+    for (; at + 8 <= bytes.size(); at += 8)
+        sum = mixed(sum, qFromUnaligned<quint64>(bytes.constData() + at));
+    for (; at < bytes.size(); ++at)
+        sum = mixed(sum, quint8(bytes[at]));
+    return sum | 1;
+}
+
+quint64 nameSum(const QByteArray& name)
+{
+    return checksum(0, name);
 }
 } // namespace
 
@@ -57,14 +83,23 @@ private:
     sqlite3_stmt* _statement; // null after a failure
 };
 
-kxJournalStore::kxJournalStore(const QString& file)
+kxJournalStore::kxJournalStore(const QString& file, Mode mode)
 {
-    if (sqlite3_open(QFile::encodeName(file).constData(), &_database) != SQLITE_OK)
+    const int flags = mode == Writing ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READWRITE;
+    if (sqlite3_open_v2(QFile::encodeName(file).constData(), &_database, flags, nullptr) != SQLITE_OK)
         fail();
+    if (mode == LeftBehind)
+    {
+        sqlite3_db_config(_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); // it may be wanted once more
+        sqlite3_db_config(_database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+        execute("PRAGMA cell_size_check=ON");
+        return;
+    }
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA synchronous=NORMAL"); // what was committed outlives the process, though not a power cut
-    execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, record BLOB NOT NULL)");
+    execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
+    execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, value BLOB)");
 }
 
 kxJournalStore::~kxJournalStore()
@@ -97,6 +132,28 @@ kxJournalStore::Statement kxJournalStore::prepared(const char* sql)
     return Statement(*this, statement);
 }
 
+bool kxJournalStore::isWhole()
+{
+    {
+        Statement pages = prepared("PRAGMA integrity_check(1)");
+        if (!pages.step() || pages.bytes(0) != "ok")
+            return false;
+    }
+    bool isWhole = true;
+    quint64 total = 0;
+    Statement records = prepared("SELECT id, sum, record FROM latest");
+    while (records.step())
+    {
+        const quint64 sum = quint64(records.number(1));
+        isWhole = isWhole && sum == checksum(quint64(records.number(0)), records.bytes(2));
+        total ^= sum;
+    }
+    Statement notes = prepared("SELECT name, sum, value FROM note");
+    while (notes.step())
+        isWhole = isWhole && quint64(notes.number(1)) == checksum(nameSum(notes.bytes(0)), notes.bytes(2));
+    return _failure.isEmpty() && isWhole && note(TotalNote) == QByteArray::number(total);
+}
+
 void kxJournalStore::begin()
 {
     prepared("BEGIN IMMEDIATE").step();
@@ -104,6 +161,9 @@ void kxJournalStore::begin()
 
 bool kxJournalStore::commit()
 {
+    if (_total != _writtenTotal)
+        setNote(TotalNote, QByteArray::number(_total));
+    _writtenTotal = _total;
     prepared("COMMIT").step();
     if (!_failure.isEmpty())
         sqlite3_exec(_database, "ROLLBACK", nullptr, nullptr, nullptr); // fails where nothing is open
@@ -118,11 +178,24 @@ QByteArray kxJournalStore::latest(std::uint32_t id)
 
 void kxJournalStore::setLatest(std::uint32_t id, const QByteArray& record)
 {
-    prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2)").bind(1, qint64(id)).bind(2, record).step();
+    const quint64 sum = checksum(id, record);
+    _total ^= sumOfLatest(id) ^ sum;
+    prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2, ?3)")
+        .bind(1, qint64(id))
+        .bind(2, qint64(sum))
+        .bind(3, record)
+        .step();
+}
+
+quint64 kxJournalStore::sumOfLatest(std::uint32_t id)
+{
+    Statement statement = prepared("SELECT sum FROM latest WHERE id = ?1");
+    return statement.bind(1, qint64(id)).step() ? quint64(statement.number(0)) : 0;
 }
 
 void kxJournalStore::dropLatest(std::uint32_t id)
 {
+    _total ^= sumOfLatest(id);
     prepared("DELETE FROM latest WHERE id = ?1").bind(1, qint64(id)).step();
 }
 
@@ -147,6 +220,7 @@ std::vector<std::uint32_t> kxJournalStore::ids(const char* sql)
 
 void kxJournalStore::clear()
 {
+    _total = 0;
     prepared("DELETE FROM latest").step();
     prepared("DELETE FROM change").step();
 }
@@ -188,5 +262,20 @@ void kxJournalStore::dropRows(std::uint32_t entry)
     prepared("DELETE FROM change WHERE key BETWEEN ?1 AND ?2")
         .bind(1, keyOf(entry, 0))
         .bind(2, keyOf(entry, ~std::uint32_t(0)))
+        .step();
+}
+
+QByteArray kxJournalStore::note(const QByteArray& name)
+{
+    Statement statement = prepared("SELECT value FROM note WHERE name = ?1");
+    return statement.bind(1, name).step() ? statement.bytes(0) : QByteArray();
+}
+
+void kxJournalStore::setNote(const QByteArray& name, const QByteArray& value)
+{
+    prepared("INSERT OR REPLACE INTO note VALUES (?1, ?2, ?3)")
+        .bind(1, name)
+        .bind(2, qint64(checksum(nameSum(name), value)))
+        .bind(3, value)
         .step();
 }

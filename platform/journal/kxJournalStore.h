@@ -25,13 +25,20 @@ public:
         QByteArray record;      ///< empty: as latest() or, where that is empty, as the base has it
     };
 
+    enum Mode
+    {
+        Writing,
+        LeftBehind ///< of a process that is gone: read as it is, or as far as a crash let it come
+    };
     /// `file` empty: a database that goes with the process.
-    explicit kxJournalStore(const QString& file);
+    explicit kxJournalStore(const QString& file, Mode mode = Writing);
     ~kxJournalStore();
     kxJournalStore(const kxJournalStore&) = delete;
     kxJournalStore& operator=(const kxJournalStore&) = delete;
 
     const QString& failure() const { return _failure; }
+    /// Of a database that was left behind: false where something of latest and notes isn't what was set.
+    bool isWhole();
 
     /// What is written between these is there as a whole or not at all, also after a crash.
     void begin();
@@ -52,6 +59,10 @@ public:
     void dropRow(std::uint32_t entry, std::uint32_t id);
     void dropRows(std::uint32_t entry);
 
+    /// What else a recovery has to know, by names of the writers' choice; empty for none.
+    QByteArray note(const QByteArray& name);
+    void setNote(const QByteArray& name, const QByteArray& value);
+
 private:
     class Statement;
     Statement prepared(const char* sql);
@@ -60,6 +71,9 @@ private:
     void fail();
 
     sqlite3* _database = nullptr;
+    quint64 sumOfLatest(std::uint32_t id);
+
+    quint64 _total = 0, _writtenTotal = 0;          // over the sums of latest
     std::map<const char*, sqlite3_stmt*> _prepared; // by the literal
     QString _failure;
 };

@@ -137,18 +137,21 @@ bool canBeRead(kxEnvelopeWriter& file, kxFileReport& report)
 }
 } // namespace
 
-bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin& origin)
+bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin& origin,
+                       const std::function<void()>& beforeRename)
 {
     kxEnvelopeWriter file(path, kxEnvelope::SceneMagic);
     if (!file.begin(report))
         return false;
     QCborStreamWriter out(&file);
     origin = writeContent(out, kxSceneContent::ofScene(), file, report);
-    if (report.failed() || !canBeRead(file, report) || !file.commit(report))
+    if (report.failed() || !canBeRead(file, report))
         return false;
     origin.path = path;
     origin.head = file.head();
-    return true;
+    if (beforeRename)
+        beforeRename();
+    return file.commit(report);
 }
 
 bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileReport& report)

@@ -8,8 +8,10 @@
 namespace kxSceneFile
 {
 /// Writes the open scene beside the file, reads it back, and renames it over: a file that was there stays whole until
-/// the new one is, and gives way only to one that can be opened. `origin` is then that of the open scene.
-KX_API bool save(const QString& path, kxFileReport& report, kxSceneOrigin& origin);
+/// the new one is, and gives way only to one that can be opened. `origin` is then that of the open scene, and known
+/// when `beforeRename` is called.
+KX_API bool save(const QString& path, kxFileReport& report, kxSceneOrigin& origin,
+                 const std::function<void()>& beforeRename = {});
 /// Reads a file without touching the open scene.
 KX_API bool read(const QString& path, kxSceneContent& content, kxFileReport& report);
 /// The content after the head and the checksum of a file.

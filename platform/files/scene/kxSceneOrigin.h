@@ -41,5 +41,7 @@ public:
     /// A new scene, or one that was opened, is in place of the one before. Empty: no file of ours holds it.
     virtual void sceneReplaced(const kxSceneOrigin& origin) = 0;
     virtual void sceneToBeSaved() = 0;
+    /// It is written, and about to take the place of the file that is there; or not, where that fails.
+    virtual void sceneToReplaceFile(const kxSceneOrigin& origin) = 0;
     virtual void sceneSaved(const kxSceneOrigin& origin) = 0;
 };

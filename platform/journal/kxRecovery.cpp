@@ -1,0 +1,466 @@
+#include <journal/kxRecovery.h>
+
+#include <files/scene/kxCborInput.h>
+#include <files/scene/kxEnvelope.h>
+#include <files/scene/kxFieldCodec.h>
+#include <files/scene/kxSceneContent.h>
+#include <files/scene/kxSceneFile.h>
+#include <journal/kxContainerRecord.h>
+#include <journal/kxJournalStore.h>
+#include <osg/AnimNode.h>
+
+#include <QDataStream>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <unordered_map>
+
+using namespace osg;
+
+namespace
+{
+constexpr std::size_t Tops = 5;
+
+/// The class of a container as a payload lists it.
+struct Class
+{
+    std::string name;
+    const FieldContainerType* type = nullptr;
+    std::vector<std::pair<std::string, std::size_t>> fields; // with their kinds
+};
+
+/// One container, whichever way it was stored; numbers are ids of the session.
+struct Container
+{
+    std::size_t kind = 0;           ///< index of its class
+    std::vector<QByteArray> values; ///< as stored; those of references are in `references`
+    std::vector<std::vector<UInt32>> references;
+    kxContainerForm::Numbers structure;
+};
+
+bool isOwnedByField(const FieldContainerType* type)
+{
+    return type != nullptr && (!type->isDerivedFrom(Node::_type) || type->isDerivedFrom(AnimNodeBase::_type));
+}
+
+void appendText(QCborStreamWriter& out, const std::string& text)
+{
+    out.appendTextString(text.data(), qsizetype(text.size()));
+}
+} // namespace
+
+QByteArray kxJournalNote::toBytes(const kxSceneOrigin& origin)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out << origin.path << origin.head << quint32(origin.containers.size());
+    for (const kxSceneOrigin::Place& place : origin.containers)
+        out << quint32(place.id);
+    return bytes;
+}
+
+kxSceneOrigin kxJournalNote::toOrigin(const QByteArray& bytes)
+{
+    kxSceneOrigin origin;
+    QDataStream in(bytes);
+    quint32 count = 0;
+    in >> origin.path >> origin.head >> count;
+    for (; count > 0 && in.status() == QDataStream::Ok; --count)
+    {
+        quint32 id = 0;
+        in >> id;
+        origin.containers.push_back({id, 0});
+    }
+    return in.status() == QDataStream::Ok ? origin : kxSceneOrigin();
+}
+
+/// Gathers what the scene consisted of, from the records and from the file below them, and writes it as a file's
+/// payload, which kxSceneFile then reads with all its checks.
+class kxRecovery::Payload
+{
+public:
+    Payload(kxJournalStore& store, kxFileReport& report) : _store(store), _report(report) {}
+
+    /// False where a file held a part of the scene and isn't there any more.
+    bool readBase();
+    bool gather();
+    QByteArray write();
+
+private:
+    bool readBaseFile(const kxSceneOrigin& origin);
+    bool readBaseContainers(kxCborInput& in, const kxSceneOrigin& origin);
+    void readClasses(kxCborInput& in);
+    Container readBaseContainer(kxCborInput& in, const std::vector<UInt32>& ids);
+    bool add(UInt32 id);
+    bool addRecord(UInt32 id, const QByteArray& record);
+    void follow(const Container& container);
+    void want(UInt32 id);
+    const FieldContainerType* typeOf(UInt32 id);
+    std::size_t classOf(const FieldContainerType& type);
+    void writeClasses(QCborStreamWriter& out) const;
+    void writeContainer(QCborStreamWriter& out, const Container& container) const;
+    void writeValue(QCborStreamWriter& out, const QByteArray& slice, std::size_t kind) const;
+    kxContainerForm::Numbers numbersOf(kxContainerForm::Numbers structure) const;
+    quint32 number(UInt32 id) const
+    {
+        const auto found = _numbers.find(id);
+        return found == _numbers.end() ? 0 : found->second;
+    }
+
+    kxJournalStore& _store;
+    kxFileReport& _report;
+    kxEnvelopeReader _file;
+    std::vector<Class> _classes;
+    std::unordered_map<const FieldContainerType*, std::size_t> _classByType;
+    std::unordered_map<UInt32, Container> _base; // values lie in the mapped file
+    std::vector<UInt32> _tops;
+    kxSceneRecord::Content _scene;
+    std::vector<UInt32> _order;                   // of what the scene owns
+    std::unordered_map<UInt32, quint32> _numbers; // place in it, from 1
+    std::vector<Container> _containers;           // in that order
+    std::vector<QByteArray> _records;             // the values lie in them
+};
+
+bool kxRecovery::Payload::readBase()
+{
+    const kxSceneOrigin candidate = kxJournalNote::toOrigin(_store.note(kxJournalNote::Candidate));
+    const kxSceneOrigin base = kxJournalNote::toOrigin(_store.note(kxJournalNote::Base));
+    for (const kxSceneOrigin& origin : {candidate, base})
+    {
+        QFile file(origin.path);
+        if (!origin.isEmpty() && file.open(QIODevice::ReadOnly) && file.read(kxEnvelope::HeadSize) == origin.head)
+            return readBaseFile(origin);
+    }
+    if (base.isEmpty())
+        return true;
+    _report.note(QFileInfo::exists(base.path)
+                     ? QStringLiteral("'%1' is another file now than the one that was open").arg(base.path)
+                     : QStringLiteral("'%1' isn't there any more").arg(base.path));
+    return true;
+}
+
+bool kxRecovery::Payload::readBaseFile(const kxSceneOrigin& origin)
+{
+    if (!_file.open(origin.path, kxEnvelope::SceneMagic, _report))
+        return false;
+    kxCborInput in(_file.data(), _file.size(), _report);
+    bool isRead = false;
+    for (quint64 i = in.enterMap(); i > 0 && !in.failed() && !isRead; --i)
+    {
+        const std::string key = in.readText();
+        if (key == "classes")
+            readClasses(in);
+        else if (key == "containers")
+            isRead = readBaseContainers(in, origin);
+        else
+            in.skip();
+    }
+    return isRead && !in.failed();
+}
+
+void kxRecovery::Payload::readClasses(kxCborInput& in)
+{
+    for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
+    {
+        in.enterArray();
+        Class entry{in.readText(), nullptr, {}};
+        entry.type = FieldContainerType::find(entry.name);
+        for (quint64 f = in.enterArray(); f > 0 && !in.failed(); --f)
+        {
+            in.enterArray();
+            std::string name = in.readText();
+            entry.fields.emplace_back(std::move(name), std::size_t(in.readUInt(0xffffu)));
+            in.leave();
+        }
+        in.leave();
+        in.leave();
+        _classes.push_back(std::move(entry));
+    }
+    in.leave();
+}
+
+bool kxRecovery::Payload::readBaseContainers(kxCborInput& in, const kxSceneOrigin& origin)
+{
+    std::vector<UInt32> ids{0};
+    for (const kxSceneOrigin::Place& place : origin.containers)
+        ids.push_back(place.id);
+    const quint64 count = in.enterArray();
+    if (count != origin.containers.size())
+        return in.fail(QStringLiteral("the journal speaks of another number of objects than the file holds"));
+    for (quint64 i = 1; i <= count && !in.failed(); ++i)
+    {
+        Container container = readBaseContainer(in, ids);
+        if (ids[i] != 0)
+            _base[ids[i]] = std::move(container);
+    }
+    in.leave();
+    return !in.failed();
+}
+
+Container kxRecovery::Payload::readBaseContainer(kxCborInput& in, const std::vector<UInt32>& ids)
+{
+    const auto toId = [&ids](quint32& number) { number = number < ids.size() ? ids[number] : 0; };
+    Container container;
+    in.enterArray();
+    container.kind = std::size_t(in.readUInt(_classes.empty() ? 0 : _classes.size() - 1));
+    const quint64 count = in.enterArray();
+    if (_classes.empty() || count != _classes[container.kind].fields.size())
+        in.fail(QStringLiteral("an object lacks values"));
+    container.references.resize(in.failed() ? 0 : std::size_t(count));
+    for (std::size_t i = 0; i < container.references.size() && !in.failed(); ++i)
+    {
+        const qint64 start = in.offset();
+        if (kxFieldCodec::isReference(_classes[container.kind].fields[i].second))
+        {
+            container.references[i] = kxContainerRecord::readIds(in);
+            std::for_each(container.references[i].begin(), container.references[i].end(), toId);
+        }
+        else
+            in.skip();
+        container.values.push_back(QByteArray::fromRawData(_file.data() + start, int(in.offset() - start)));
+    }
+    in.leave();
+    container.structure = kxContainerRecord::readStructure(in);
+    toId(container.structure.core);
+    for (auto* const list :
+         {&container.structure.attachments, &container.structure.children, &container.structure.coreParents})
+        std::for_each(list->begin(), list->end(), toId);
+    in.leave();
+    return container;
+}
+
+std::size_t kxRecovery::Payload::classOf(const FieldContainerType& type)
+{
+    const auto [entry, isNew] = _classByType.try_emplace(&type, _classes.size());
+    if (isNew)
+    {
+        Class made{type.getName(), &type, {}};
+        for (const kxContainerForm::Field& field : kxContainerForm::fields(type))
+            made.fields.emplace_back(field.description->name(), field.kind);
+        _classes.push_back(std::move(made));
+    }
+    return entry->second;
+}
+
+const FieldContainerType* kxRecovery::Payload::typeOf(UInt32 id)
+{
+    if (const QByteArray record = _store.latest(id); !record.isEmpty())
+        return kxContainerRecord::type(record);
+    const auto found = _base.find(id);
+    return found == _base.end() ? nullptr : _classes[found->second.kind].type;
+}
+
+void kxRecovery::Payload::want(UInt32 id)
+{
+    if (id != 0 && _numbers.try_emplace(id, quint32(_order.size() + 1)).second)
+        _order.push_back(id);
+}
+
+void kxRecovery::Payload::follow(const Container& container)
+{
+    std::for_each(container.structure.attachments.begin(), container.structure.attachments.end(),
+                  [this](UInt32 id) { want(id); });
+    want(container.structure.core);
+    std::for_each(container.structure.children.begin(), container.structure.children.end(),
+                  [this](UInt32 id) { want(id); });
+    for (const std::vector<UInt32>& list : container.references)
+        for (const UInt32 id : list)
+            if (id != 0 && isOwnedByField(typeOf(id)))
+                want(id);
+}
+
+bool kxRecovery::Payload::gather()
+{
+    const QByteArray scene = _store.latest(0);
+    const std::vector<UInt32> tops = kxContainerRecord::ids(_store.note(kxJournalNote::Tops));
+    _scene = kxSceneRecord::read(scene);
+    if (scene.isEmpty() || tops.size() != Tops)
+        return _report.fail(QStringLiteral("the journal is damaged: it doesn't say what the scene consisted of"));
+    _tops = tops;
+    std::for_each(_tops.begin(), _tops.end(), [this](UInt32 id) { want(id); });
+    std::for_each(_scene.materials.begin(), _scene.materials.end(), [this](UInt32 id) { want(id); });
+    for (std::size_t i = 0; i < _order.size(); ++i)
+        if (!add(_order[i]))
+            return false;
+    return true;
+}
+
+bool kxRecovery::Payload::add(UInt32 id)
+{
+    if (const QByteArray record = _store.latest(id); !record.isEmpty())
+        return addRecord(id, record);
+    const auto found = _base.find(id);
+    if (found == _base.end())
+        return _report.fail(
+            QStringLiteral("what the journal holds is no whole scene%1")
+                .arg(_report.notes().isEmpty() ? QString() : QStringLiteral(": ") + _report.notes().first()));
+    _containers.push_back(found->second);
+    follow(found->second);
+    return true;
+}
+
+bool kxRecovery::Payload::addRecord(UInt32 id, const QByteArray& record)
+{
+    _records.push_back(record);
+    kxContainerRecord::Content read = kxContainerRecord::read(record);
+    if (read.type == nullptr || read.values.size() != kxContainerForm::fields(*read.type).size())
+        return _report.fail(QStringLiteral("the journal is damaged: what it holds of object %1 isn't whole").arg(id));
+    Container container{classOf(*read.type), std::move(read.values), {}, std::move(read.structure)};
+    const std::vector<kxContainerForm::Field>& fields = kxContainerForm::fields(*read.type);
+    container.references.resize(fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (kxFieldCodec::isReference(fields[i].kind))
+            container.references[i] = kxContainerRecord::ids(container.values[i]);
+    follow(container);
+    _containers.push_back(std::move(container));
+    return true;
+}
+
+kxContainerForm::Numbers kxRecovery::Payload::numbersOf(kxContainerForm::Numbers structure) const
+{
+    structure.core = number(structure.core);
+    for (auto* const list : {&structure.attachments, &structure.children, &structure.coreParents})
+    {
+        for (quint32& id : *list)
+            id = number(id);
+        list->erase(std::remove(list->begin(), list->end(), quint32(0)), list->end());
+    }
+    return structure;
+}
+
+void kxRecovery::Payload::writeContainer(QCborStreamWriter& out, const Container& container) const
+{
+    const Class& entry = _classes[container.kind];
+    out.startArray(3);
+    out.append(quint64(container.kind));
+    out.startArray(quint64(entry.fields.size()));
+    for (std::size_t i = 0; i < entry.fields.size(); ++i)
+    {
+        if (!kxFieldCodec::isReference(entry.fields[i].second))
+        {
+            writeValue(out, container.values[i], entry.fields[i].second);
+            continue;
+        }
+        std::vector<quint32> numbers;
+        for (const UInt32 id : container.references[i])
+            numbers.push_back(number(id));
+        if (entry.fields[i].second == kxFieldCodec::ReferenceListKind)
+            kxContainerForm::writeNumbers(out, numbers);
+        else
+            out.append(quint64(numbers.empty() ? 0 : numbers.front()));
+    }
+    out.endArray();
+    kxContainerForm::writeStructure(out, numbersOf(container.structure));
+    out.endArray();
+}
+
+void kxRecovery::Payload::writeValue(QCborStreamWriter& out, const QByteArray& slice, std::size_t kind) const
+{
+    kxCborInput in(slice.constData(), slice.size(), _report);
+    const FieldValue value = kxFieldCodec::read(in, kind);
+    if (!in.failed())
+        kxFieldCodec::write(out, value, false);
+}
+
+void kxRecovery::Payload::writeClasses(QCborStreamWriter& out) const
+{
+    appendText(out, "classes");
+    out.startArray(quint64(_classes.size()));
+    for (const Class& entry : _classes)
+    {
+        out.startArray(2);
+        appendText(out, entry.name);
+        out.startArray(quint64(entry.fields.size()));
+        for (const auto& [name, kind] : entry.fields)
+        {
+            out.startArray(2);
+            appendText(out, name);
+            out.append(quint64(kind));
+            out.endArray();
+        }
+        out.endArray();
+        out.endArray();
+    }
+    out.endArray();
+}
+
+QByteArray kxRecovery::Payload::write()
+{
+    static constexpr const char* TopKeys[Tops] = {"root", "sceneplates", "scenery", "clips", "sceneStructure"};
+    QByteArray payload;
+    QCborStreamWriter out(&payload);
+    out.startMap(quint64(Tops + 5));
+    writeClasses(out);
+    appendText(out, "containers");
+    out.startArray(quint64(_containers.size()));
+    for (const Container& container : _containers)
+        writeContainer(out, container);
+    out.endArray();
+    for (std::size_t i = 0; i < Tops; ++i)
+    {
+        appendText(out, TopKeys[i]);
+        out.append(quint64(number(_tops[i])));
+    }
+    appendText(out, "materials");
+    std::vector<quint32> materials;
+    for (const UInt32 id : _scene.materials)
+        materials.push_back(number(id));
+    kxContainerForm::writeNumbers(out, materials);
+    appendText(out, "settings");
+    out.startMap(quint64(_scene.settings.size()));
+    for (const auto& [name, value] : _scene.settings)
+    {
+        appendText(out, name);
+        appendText(out, value);
+    }
+    out.endMap();
+    appendText(out, "animation");
+    out.startMap(quint64(_scene.animation.size()));
+    for (const auto& [name, value] : _scene.animation)
+    {
+        appendText(out, name);
+        out.append(value);
+    }
+    out.endMap();
+    out.endMap();
+    return payload;
+}
+
+kxRecovery::kxRecovery(const QString& file)
+    : _store(std::make_unique<kxJournalStore>(file, kxJournalStore::LeftBehind)), _isReadable(_store->isWhole())
+{
+}
+
+kxRecovery::~kxRecovery() = default;
+
+QString kxRecovery::why() const
+{
+    return _store->failure().isEmpty() ? QStringLiteral("the journal is damaged")
+                                       : QStringLiteral("the journal can't be read: ") + _store->failure();
+}
+
+QString kxRecovery::note(const char* name) const
+{
+    return QString::fromUtf8(_store->note(name));
+}
+
+bool kxRecovery::hasChanges() const
+{
+    return note(kxJournalNote::Serial) != note(kxJournalNote::Saved);
+}
+
+bool kxRecovery::read(kxSceneContent& content, kxFileReport& report)
+{
+    if (!_isReadable)
+        return report.fail(why());
+    Payload payload(*_store, report);
+    if (!payload.readBase() || !payload.gather())
+        return false;
+    const QByteArray bytes = payload.write();
+    if (!_store->failure().isEmpty())
+        return report.fail(why());
+    if (report.failed() || !kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report))
+        return false;
+    content.origin = kxSceneOrigin(); // no file holds it
+    return true;
+}

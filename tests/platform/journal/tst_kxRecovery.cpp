@@ -1,0 +1,294 @@
+#include "kxFilesFixture.h"
+#include "kxRandomEdits.h"
+#include "kxRichScene.h"
+
+#include <files/scene/kxSceneContent.h>
+#include <files/scene/kxSceneFile.h>
+#include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
+#include <kernel/kxLogModel.h>
+
+#include <QCryptographicHash>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QtTest>
+
+#include <csignal>
+#include <kxTable.h>
+#include <set>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+kxJournal& journal()
+{
+    return kxJournal::the();
+}
+
+/// Of the open scene as its file would be, without anybody hearing of it.
+QByteArray digest(const QString& folder)
+{
+    kxAnimManager::the()->setCurrentFrame(7, true, false); // no part of the journal
+    const QString path = folder + QStringLiteral("/digest.kxs");
+    kxFileReport report(path);
+    kxSceneOrigin origin;
+    kxSceneFile::save(path, report, origin);
+    return QCryptographicHash::hash(bytesOfFile(path), QCryptographicHash::Md5).toHex();
+}
+
+/// Of the scene that a database gives, or why it gives none.
+QByteArray recovered(const QString& folder, QString& fault)
+{
+    kxRecovery recovery(folder + QStringLiteral("/journal.db"));
+    kxSceneContent content;
+    kxFileReport report;
+    const bool isRead = recovery.read(content, report);
+    fault = isRead ? report.notes().join(QLatin1Char('\n')) : report.error();
+    if (!isRead)
+        return QByteArray();
+    kxSceneIO::open(content, report);
+    return digest(folder);
+}
+
+/// A scene in a journal in this folder; of a file there, or of none. Gives the states that the journal had.
+std::set<QByteArray> begin(const QString& folder, bool isOfFile)
+{
+    kxSceneIO::newScene();
+    kxRichScene::make();
+    kxAnimManager::the()->verifyClipStructure(); // as opening does
+    kxFileReport report;
+    const QString path = folder + QStringLiteral("/scene.kxs");
+    if (isOfFile)
+        kxSceneIO::save(path, report);
+    journal().start(folder + QStringLiteral("/journal.db"));
+    std::set<QByteArray> states{digest(folder)};
+    if (isOfFile)
+        kxSceneIO::open(path, report);
+    states.insert(digest(folder));
+    return states;
+}
+
+void edit(kxRandomEdits& random)
+{
+    for (std::size_t n = 1 + random.below(3); n > 0; --n)
+        random.edit();
+    kxAnimManager::the()->verifyClipStructure();
+}
+
+/// 0 for none.
+ino_t inodeOf(const QString& path)
+{
+    struct stat status = {};
+    ::stat(QFile::encodeName(path).constData(), &status);
+    return status.st_ino;
+}
+
+void say(char what, const QByteArray& digest)
+{
+    const QByteArray line = what + digest + '\n';
+    Q_UNUSED(::write(STDOUT_FILENO, line.constData(), std::size_t(line.size())));
+}
+
+/// Edits, walks and saves until it is killed, and says what is to be there: "?" before a commit, "!" after it.
+[[noreturn]] void editForEver(const QString& folder, unsigned seed)
+{
+    kxRandomEdits random(seed);
+    begin(folder, random.below(3) != 0);
+    edit(random);
+    journal().commit();
+    std::vector<QByteArray> states{digest(folder)};
+    std::vector<quint64> entries;
+    say('!', states.back());
+    for (;;)
+    {
+        const std::size_t what = random.below(12);
+        if (what == 0)
+        {
+            kxFileReport report;
+            kxSceneIO::save(folder + QStringLiteral("/scene.kxs"), report);
+        }
+        else if (what < 3 && !entries.empty())
+        {
+            const quint64 last = entries.back();
+            entries.pop_back();
+            states.pop_back();
+            say('?', states.back());
+            journal().exchange(last, [] {});
+            journal().forget(last);
+            say('!', states.back());
+        }
+        else
+        {
+            edit(random);
+            const QByteArray now = digest(folder);
+            if (now != states.back())
+                say('?', now);
+            const quint64 entry = journal().commit();
+            if (entry == 0)
+                continue;
+            entries.push_back(entry);
+            states.push_back(now);
+            say('!', now);
+        }
+    }
+}
+} // namespace
+
+class tst_kxRecovery : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { journal().stop(); }
+
+    /// A process is killed at any moment, as often as KX_KILLS says: what it committed last is there, or what it was
+    /// committing.
+    void nothingCommittedIsLost()
+    {
+        const int kills = qEnvironmentVariableIsSet("KX_KILLS") ? qEnvironmentVariableIntValue("KX_KILLS") : 20;
+        const unsigned first = unsigned(std::random_device()());
+        std::mt19937 chance(first);
+        int inFlight = 0, states = 0;
+        for (int i = 0; i < kills; ++i)
+        {
+            const QTemporaryDir folder;
+            const unsigned seed = first + unsigned(i);
+            QProcess process;
+            process.start(QCoreApplication::applicationFilePath(),
+                          {QStringLiteral("--edit"), folder.path(), QString::number(seed)});
+            QByteArray said;
+            const int lines = 1 + int(chance() % 60);
+            while (said.count('\n') < lines && process.waitForReadyRead(60000))
+                said += process.readAllStandardOutput();
+            // Any time later, or when the file has just been replaced.
+            const auto file = [&] { return inodeOf(folder.filePath(QStringLiteral("scene.kxs"))); };
+            const bool isAtSave = chance() % 3 == 0;
+            const qint64 wait = isAtSave ? 200000000 : qint64(chance() % 8000000);
+            QElapsedTimer clock;
+            clock.start();
+            for (const ino_t before = file(); clock.nsecsElapsed() < wait && (!isAtSave || file() == before);)
+                continue;
+            process.kill();
+            process.waitForFinished(60000);
+            said += process.readAllStandardOutput();
+            const QList<QByteArray> all = said.split('\n');
+            QByteArray committed, coming;
+            for (const QByteArray& line : all.mid(0, all.size() - 1))
+                (line[0] == '!' ? committed : coming) = line.mid(1);
+            QString fault;
+            const QByteArray found = recovered(folder.path(), fault);
+            QVERIFY2(fault.isEmpty() && (found == committed || found == coming),
+                     qPrintable(QStringLiteral("seed %1, %2 lines: %3").arg(seed).arg(all.size()).arg(fault)));
+            inFlight += found != committed;
+            states += all.size() / 2;
+        }
+        qInfo("%d kills after %d commits, %d of them between a commit and its report", kills, states, inFlight);
+    }
+
+    /// One warning, the scene is left alone, and what was written before is still there.
+    void diskEndsTheJournal_data()
+    {
+        kxColumns<bool>("isFull");
+        kxRow("full", true);
+        kxRow("no such folder", false);
+    }
+    void diskEndsTheJournal()
+    {
+        QFETCH(const bool, isFull);
+        const QTemporaryDir folder;
+        QSignalSpy failures(&journal(), &kxJournal::failed);
+        const std::size_t warnings = kxLogModel::the().entries().size();
+        kxRandomEdits random(11);
+        std::set<QByteArray> states = begin(folder.path() + (isFull ? "" : "/none"), false);
+        QCOMPARE(journal().isRunning(), isFull);
+        rlimit before = {};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit tight = {rlim_t(QFileInfo(folder.filePath("journal.db-wal")).size()) + 60000, before.rlim_max};
+        QByteArray last;
+        for (int i = 0; i < 60; ++i)
+        {
+            edit(random);
+            last = digest(folder.path());
+            std::signal(SIGXFSZ, SIG_IGN);
+            ::setrlimit(RLIMIT_FSIZE, &tight);
+            if (journal().commit() != 0)
+                states.insert(last);
+            ::setrlimit(RLIMIT_FSIZE, &before);
+            QCOMPARE(digest(folder.path()), last);
+        }
+        QVERIFY(!journal().isRunning());
+        QCOMPARE(failures.count(), 1);
+        QCOMPARE(kxLogModel::the().entries().size(), warnings + 1);
+        QString fault;
+        if (isFull)
+            QVERIFY2(states.count(recovered(folder.path(), fault)) == 1, qPrintable(fault));
+    }
+
+    /// Cut anywhere or with any byte another: a state that was committed, or an error that says something.
+    void damageGivesAStateThatWasOrAnError_data()
+    {
+        kxColumns<bool, bool>("isOfFile", "isCut");
+        kxRow("bytes, of a file", true, false);
+        kxRow("bytes, of none", false, false);
+        kxRow("cut, of a file", true, true);
+        kxRow("cut, of none", false, true);
+    }
+    void damageGivesAStateThatWasOrAnError()
+    {
+        QFETCH(const bool, isOfFile);
+        QFETCH(const bool, isCut);
+        const QTemporaryDir folder, damaged;
+        const unsigned seed = unsigned(std::random_device()());
+        kxRandomEdits random(seed);
+        std::set<QByteArray> states = begin(folder.path(), isOfFile);
+        for (int i = 0; i < 25; ++i)
+        {
+            edit(random);
+            states.insert(digest(folder.path()));
+            journal().commit();
+        }
+        const QString names[] = {QStringLiteral("/journal.db"), QStringLiteral("/journal.db-wal")};
+        QByteArray bytes[] = {bytesOfFile(folder.path() + names[0]), bytesOfFile(folder.path() + names[1])};
+        QVERIFY(!bytes[0].isEmpty() && !bytes[1].isEmpty());
+        journal().stop(); // which moves all into the first file
+        const QByteArray whole = bytesOfFile(folder.path() + names[0]);
+        int recoveries = 0;
+        for (int i = 0; i < 120; ++i)
+        {
+            const bool isMoved = i % 3 == 0;
+            const std::size_t which = isMoved ? 0 : std::size_t(i % 2);
+            QByteArray now[] = {isMoved ? whole : bytes[0], isMoved ? QByteArray() : bytes[1]};
+            QByteArray& hit = now[which];
+            const int at = int(random.below(std::size_t(hit.size())));
+            if (isCut)
+                hit.truncate(at);
+            else
+                hit[at] = char(hit[at] ^ char(1 + random.below(255)));
+            QFile::remove(damaged.path() + names[1]);
+            QFile::remove(damaged.path() + QStringLiteral("/journal.db-shm"));
+            for (const std::size_t file : {0u, 1u})
+                if (file == 0 || !isMoved)
+                    QVERIFY(writeFile(damaged.path() + names[file], now[file]));
+            QString fault;
+            const QByteArray found = recovered(damaged.path(), fault);
+            const QByteArray where = QByteArray::number(seed) + ", byte " + QByteArray::number(at) + " of file " +
+                                     QByteArray::number(int(which)) + ": " + fault.toUtf8();
+            QVERIFY2(found.isEmpty() ? !fault.isEmpty() : fault.isEmpty() && states.count(found) == 1,
+                     where.constData());
+            recoveries += !found.isEmpty();
+        }
+        QVERIFY(recoveries > 0);
+    }
+};
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() == 4 && arguments[1] == QLatin1String("--edit"))
+        editForEver(arguments[2], arguments[3].toUInt());
+    tst_kxRecovery test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_kxRecovery.moc"
