@@ -3,6 +3,7 @@
 #include "kxBatch.h"
 #include "kxRenderJob.h"
 
+#include <journal/kxJournal.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kxAnimManager.h>
@@ -53,7 +54,7 @@ kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
     kxStyle::apply(*qApp);
     QDir().mkpath(kxPreferencesStore::settingsFolder());
     kxPreferencesStore::the().load();
-    kxScene::the(); // the main thread's list of changes
+    kxJournal::the().start(QString());
 
     _window = std::make_unique<kxMainWindow>();
     _window->setUnattended(_line.headless);

@@ -1,6 +1,7 @@
 #include "kxDocument.h"
 
 #include <files/kxSceneIO.h>
+#include <journal/kxHistory.h>
 #include <kernel/kxLogModel.h>
 
 #include <QFileInfo>
@@ -119,6 +120,7 @@ bool kxDocument::importFile(const QString& file)
 {
     kxFileReport report(file);
     const QString path = QFileInfo(file).absoluteFilePath();
+    const kxHistory::Scope scope(tr("Import %1").arg(QFileInfo(file).fileName()));
     return run(tr("Importing %1...").arg(QFileInfo(file).fileName()), tr("The file can't be imported"), report,
                [&] { return kxSceneIO::importFile(path, report); });
 }

@@ -5,11 +5,11 @@
 #include <edits/kxClippingPlane.h>
 #include <edits/kxSceneEdits.h>
 #include <edits/kxSceneObjects.h>
+#include <journal/kxHistory.h>
 
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
 #include <kxScenegraph.h>
-#include <kxUndo.h>
 #include <panels/kxSceneTreePanel.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
@@ -24,7 +24,6 @@
 #include <QMenuBar>
 #include <QRegularExpression>
 #include <QToolBar>
-#include <QUndoStack>
 
 kxMainMenus::kxMainMenus(kxMainWindow* window)
     : QObject(window), _window(window), _arbiter(new kxShortcutArbiter(this)), _objectMenu(new QMenu(window))
@@ -124,16 +123,23 @@ void kxMainMenus::fillRecent()
 void kxMainMenus::fillEditMenu()
 {
     QMenu* const menu = addMenu(tr("&Edit"), QStringLiteral("_editMenu"));
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    QAction* const undo = stack->createUndoAction(this, tr("&Undo"));
-    undo->setIcon(kxIconManager::getIcon(QStringLiteral("Undo"), QString()));
-    undo->setShortcut(QKeySequence::Undo);
-    undo->setObjectName(QStringLiteral("_actionUndo"));
-    QAction* const redo = stack->createRedoAction(this, tr("&Redo"));
-    redo->setIcon(kxIconManager::getIcon(QStringLiteral("Redo"), QString()));
+    QAction* const undo =
+        add(menu, tr("&Undo"), QStringLiteral("Undo"), QKeySequence::Undo, [] { kxHistory::the().undo(); });
+    QAction* const redo =
+        add(menu, tr("&Redo"), QStringLiteral("Redo"), QKeySequence(), [] { kxHistory::the().redo(); });
     redo->setShortcuts({QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
-    redo->setObjectName(QStringLiteral("_actionRedo"));
-    menu->addActions({undo, redo});
+    const auto follow = [undo, redo]
+    {
+        const kxHistory& history = kxHistory::the();
+        const auto text = [](const QString& form, QString act)
+        { return form.arg(act.replace(QLatin1Char('&'), QLatin1String("&&"))).trimmed(); };
+        undo->setEnabled(history.canUndo());
+        undo->setText(text(tr("&Undo %1"), history.undoText()));
+        redo->setEnabled(history.canRedo());
+        redo->setText(text(tr("&Redo %1"), history.redoText()));
+    };
+    connect(&kxHistory::the(), &kxHistory::changed, this, follow);
+    follow();
     _quickActions << undo << redo;
     menu->addSeparator();
     menu->addActions({_selectAll, _duplicate, _delete});

@@ -11,6 +11,7 @@
 #include "kxShortcutsDialog.h"
 #include "kxWelcome.h"
 
+#include <journal/kxHistory.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -390,6 +391,7 @@ void kxMainWindow::openPreferences(const QString& page)
 
 kxScriptResult kxMainWindow::runScript(const QString& file)
 {
+    const kxHistory::Scope scope(tr("Run %1").arg(QFileInfo(file).fileName()));
     const kxScriptResult result = kxInterpreter::runFile(file.toStdString());
     if (!result.ok)
         _docks->show(QStringLiteral("Log"));

@@ -3,9 +3,7 @@
 #include <QListView>
 #include <QTimer>
 
-class QUndoStack;
-
-/// The steps of the one undo stack, the oldest first; a click on a step goes there.
+/// The history of all changes, the oldest first; a click on an entry goes there.
 class kxUndoPanel : public QListView
 {
     Q_OBJECT
@@ -16,8 +14,7 @@ private:
     class Model;
     void follow();
 
-    QUndoStack* _stack; // not owned
     Model* _model;
-    QTimer _follow; // at the next turn of the event loop, however many steps there are by then
+    QTimer _follow; // at the next turn of the event loop, however many entries there are by then
     bool _following = false;
 };

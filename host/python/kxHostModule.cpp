@@ -9,14 +9,13 @@
 #include "kxHostScenery.h"
 #include "kxHostWidgets.h"
 
+#include <journal/kxHistory.h>
 #include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
 #include <kxScript.h>
-#include <kxUndo.h>
 #include <scene/kxScene.h>
 
 #include <QCoreApplication>
-#include <QUndoStack>
 
 namespace bp = boost::python;
 
@@ -69,28 +68,32 @@ void selectMaterials(const std::vector<osg::MaterialPtr>& materials)
 
 bool undo()
 {
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    const bool possible = stack->canUndo();
-    stack->undo();
-    return possible;
+    return kxHistory::the().undo();
 }
 
 bool redo()
 {
-    QUndoStack* const stack = kxUndoStack::get(0).stack();
-    const bool possible = stack->canRedo();
-    stack->redo();
-    return possible;
+    return kxHistory::the().redo();
 }
 
 int undoCount()
 {
-    return kxUndoStack::get(0).stack()->index();
+    return kxHistory::the().undoCount();
 }
 
 std::string undoText()
 {
-    return kxUndoStack::get(0).stack()->undoText().toStdString();
+    return kxHistory::the().undoText().toStdString();
+}
+
+bp::list history()
+{
+    const kxHistory& all = kxHistory::the();
+    bp::list entries;
+    for (int i = 0; i < all.count(); ++i)
+        entries.append(bp::make_tuple(all.entry(i).text().toStdString(),
+                                      double(all.entry(i).time.toMSecsSinceEpoch()) / 1000, i < all.index()));
+    return entries;
 }
 
 // Pictures and events
@@ -119,6 +122,7 @@ void screenshot(const std::string& path)
 
 void processEvents()
 {
+    const kxHistory::Pause pause; // what the user does meanwhile isn't the script's
     kxScene::the()->flush();
     QCoreApplication::processEvents();
 }
@@ -215,13 +219,22 @@ void defineChannels()
 
 void defineRest()
 {
-    bp::def("undo", undo, "Takes the last step back.\n\n@return: False if there was none.\n\n@rtype: bool");
+    bp::def("undo", undo,
+            "Takes the last change back, whatever made it. Within a script that is its own last step, where it has "
+            "made steps since something else was done.\n\n@return: False if there was none.\n\n@rtype: bool");
     bp::def("redo", redo,
-            "Makes the step again that was taken back.\n\n@return: False if there was none.\n\n"
+            "Makes the change again that was taken back.\n\n@return: False if there was none.\n\n"
             "@rtype: bool");
-    bp::def("undoCount", undoCount, "Gets the number of steps that undo() can take back.\n\n@rtype: int");
+    bp::def("undoCount", undoCount,
+            "Gets the number of changes that undo() can take back. All that a script changes is one, once it has "
+            "ended.\n\n@rtype: int");
     bp::def("undoText", undoText,
-            "Gets the name of the step that undo() takes back next; empty if there is none.\n\n@rtype: string");
+            "Gets the name of the change that undo() takes back next; empty if there is none.\n\n@rtype: string");
+    bp::def("history", history,
+            "Gets all changes that can be taken back or made again, as the window \"History\" lists them.\n\n"
+            "@return: For each change, the oldest first, what it did, when, in seconds since 1970, and whether it is "
+            "done: False for what was taken back.\n\n"
+            "@rtype: list of tuples of string, float and bool");
     bp::def("sendMessage", kxHostMessages::send, (bp::arg("name"), bp::arg("attributes") = bp::dict()),
             "Sends a named message to the application and its tools, and waits for the answer.\n\n"
             "@param name: The name of the message, as in \"pastedAnimations\".\n\n"

@@ -4,6 +4,7 @@
 #include "kxPythonEditor.h"
 #include "kxPythonPrompt.h"
 
+#include <journal/kxHistory.h>
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
@@ -108,6 +109,8 @@ void kxPythonConsole::runScript()
     const QString name = _file.isEmpty() ? QStringLiteral("<script>") : _file;
     _editor->clearErrors();
     _prompt->append(kxPythonPrompt::Note, tr("Run %1\n").arg(_file.isEmpty() ? tr("script") : _file));
+    const kxHistory::Scope scope(_file.isEmpty() ? tr("Run the script of the console")
+                                                 : tr("Run %1").arg(QFileInfo(_file).fileName()));
     const kxScriptResult result = kxInterpreter::run(_editor->text().toStdString(), name.toStdString());
     if (result.exited)
         _prompt->append(kxPythonPrompt::Note, tr("The script ended with code %1.\n").arg(result.exitCode));

@@ -3,6 +3,7 @@
 #include "kxConsoleLook.h"
 #include "kxPromptInput.h"
 
+#include <journal/kxHistory.h>
 #include <python/kxInterpreter.h>
 
 #include <QBoxLayout>
@@ -133,6 +134,7 @@ bool kxPythonPrompt::run(const QString& text)
     _echo = text;
     _running = true;
     bool needsMore = false;
+    const kxHistory::Scope scope(tr("Console: %1").arg(text.trimmed().section(QLatin1Char('\n'), 0, 0)));
     const kxScriptResult result = kxInterpreter::runInteractive(text.toStdString(), &needsMore);
     _running = false;
     if (needsMore)

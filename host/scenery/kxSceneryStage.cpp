@@ -2,6 +2,7 @@
 
 #include <animation/kxAnimEngine.h>
 #include <animation/kxChannelTarget.h>
+#include <journal/kxHistory.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -130,6 +131,7 @@ kxSequenceRunner::World kxSceneryStage::world()
     world.stopClip = [](unsigned int id) { kxAnimEvaluator::the()->dequeue(osg::living<osg::AnimNode>(id), false); };
     world.runPython = [](const std::string& text, const std::string& title)
     {
+        const kxHistory::Scope scope(tr("Run a script of the sequence %1").arg(quoted(title)));
         const kxScriptResult result = kxInterpreter::run(text, "<sequence " + title + ">");
         return result.ok ? QString() : tr("the script raised; its trace stands above");
     };

@@ -5,6 +5,7 @@
 #include "kxViewActions.h"
 #include "kxViewOverlay.h"
 
+#include <journal/kxHistory.h>
 #include <kernel/kxSelection.h>
 #include <kxController.h>
 #include <kxScenegraph.h>
@@ -448,7 +449,7 @@ void kxView3D::cancelDrag()
 {
     endDrag();
     if (_edited)
-        kxUndoStack::get(0).stack()->undo();
+        kxHistory::the().undo();
     _edited = false;
 }
 

@@ -431,7 +431,7 @@ void kxJournal::write(quint64 entry, const States& states)
     }
 }
 
-quint64 kxJournal::commit()
+quint64 kxJournal::commit(quint64 into)
 {
     if (!isRunning())
         return 0;
@@ -443,9 +443,28 @@ quint64 kxJournal::commit()
     write(number, states);
     _entries.push_back(number);
     if (_store->commit())
-        return number;
+        return into == 0 ? number : join(into, number);
     end();
     return 0;
+}
+
+quint64 kxJournal::join(quint64 first, quint64 second)
+{
+    if (!isRunning() || first == 0 || second == 0)
+        return std::max(first, second);
+    _store->begin();
+    for (kxJournalStore::Row row : _store->rows(std::uint32_t(second)))
+    {
+        const std::optional<kxJournalStore::Row> known = _store->row(std::uint32_t(first), row.id);
+        if (known && known->record.isEmpty())
+            row.isPresent = known->isPresent; // it was elsewhere, and had the state that the second one changed
+        if (!known || known->record.isEmpty())
+            _store->setRow(std::uint32_t(first), row);
+    }
+    forget(second);
+    if (!_store->commit())
+        end();
+    return first;
 }
 
 std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
@@ -469,6 +488,10 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         else if (row.isPresent)
             restore.add(row.id, row.record.isEmpty() ? record(row.id) : row.record);
     }
+    // What the steps wrote and the entry doesn't change stays as it was.
+    for (const UInt32 id : _marked)
+        if (isPresent(id) && living(id) != NullFC && !std::binary_search(ids.begin(), ids.end(), id))
+            restore.add(id, record(id));
     restore.run();
 
     States states = compare(ids);

@@ -38,8 +38,11 @@ public:
 
     /// True where something was marked since the last commit.
     bool isPending() const { return _isPending; }
-    /// The number of the entry that holds what was before; 0 where nothing differs.
-    quint64 commit();
+    /// The number of the entry that holds what was before; 0 where nothing differs. `into`: the newest entry, which
+    /// takes this over and keeps its number.
+    quint64 commit(quint64 into = 0);
+    /// Makes two entries that follow each other one, and gives its number; 0 for none.
+    quint64 join(quint64 first, quint64 second);
     /// Puts the other side of an entry into the scene, after `walkSteps` did what it knows of it. Gives what changed;
     /// 0 stands for what belongs to the scene itself. What is pending has to be committed before, else it becomes a
     /// part of this entry.

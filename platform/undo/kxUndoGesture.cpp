@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include <utility>
+
 namespace
 {
 bool isModifier(int key)
@@ -50,6 +52,14 @@ std::uint64_t kxUndoGesture::forCommand()
     return _number++;
 }
 
+void kxUndoGesture::setHeld(Qt::MouseButtons held)
+{
+    const bool wasHeld = std::exchange(_held, held) != Qt::NoButton;
+    _hasMoved = _hasMoved && wasHeld;
+    if (wasHeld && held == Qt::NoButton)
+        Q_EMIT released();
+}
+
 bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
 {
     switch (event->type())
@@ -58,21 +68,22 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
     case QEvent::MouseButtonDblClick:
         // It comes to the window first. What then loses the focus may write what was typed: no part of the drag that
         // begins when the press comes to the widget.
-        _held = static_cast<QMouseEvent*>(event)->buttons();
+        setHeld(static_cast<QMouseEvent*>(event)->buttons());
         if (_held == static_cast<QMouseEvent*>(event)->button())
             moveOn();
         break;
     case QEvent::MouseButtonRelease:
-        _held = static_cast<QMouseEvent*>(event)->buttons();
+        setHeld(static_cast<QMouseEvent*>(event)->buttons());
         moveOn();
         break;
     case QEvent::MouseMove:
         // A release that went elsewhere shows in the next move. What is added with no button held moves on by itself.
         if (static_cast<QMouseEvent*>(event)->buttons() == Qt::NoButton)
-            _held = Qt::NoButton;
+            setHeld(Qt::NoButton);
+        _hasMoved = true;
         break;
     case QEvent::Drop: // takes the place of the release
-        _held = Qt::NoButton;
+        setHeld(Qt::NoButton);
         break;
     case QEvent::KeyPress:
         if (!isModifier(static_cast<QKeyEvent*>(event)->key()))

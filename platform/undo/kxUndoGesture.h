@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kxExport.h>
+
 #include <QCoreApplication>
 #include <QObject>
 #include <QPointer>
@@ -13,8 +15,9 @@
 /// a drag doesn't cut it in two.
 class kxUndoGesture : public QObject
 {
+    Q_OBJECT
 public:
-    static kxUndoGesture& the();
+    static KX_API kxUndoGesture& the();
 
     /// Watches the application's events from now on; called again for a new application object.
     void watch();
@@ -22,13 +25,23 @@ public:
     std::uint64_t forCommand();
     /// What comes next belongs to another gesture.
     void moveOn() { ++_number; }
+    /// A mouse button is held.
+    bool isHeld() const { return _held != Qt::NoButton; }
+    /// The mouse has moved since.
+    bool isDragging() const { return isHeld() && _hasMoved; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+Q_SIGNALS:
+    /// The last mouse button was let go; what that does is still to come.
+    void released();
+
 private:
     kxUndoGesture() = default;
+    void setHeld(Qt::MouseButtons held);
 
     std::uint64_t _number = 1;
     Qt::MouseButtons _held;
+    bool _hasMoved = false;
     QPointer<QCoreApplication> _application;
 };

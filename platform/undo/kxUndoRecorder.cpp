@@ -136,7 +136,11 @@ void kxUndoRecorder::push()
         kxUndoStep::collectIds(*command, ids);
     auto step = std::make_unique<kxUndoStep>(std::move(commands));
     step->setRestore(std::move(_restore));
+    _pushing = true;
     _stack->push(step.release());
+    _pushing = false;
+    if (_watcher)
+        _watcher();
     announce(kxMessageName::Redo, true, ids);
 }
 

@@ -19,7 +19,7 @@ public:
     /// Steps the stack holds; the oldest go.
     static constexpr int Limit = 2000;
 
-    static kxUndoRecorder& the();
+    static KX_API kxUndoRecorder& the();
 
     /// For the one stack, while it is empty; not owned.
     void setStack(QUndoStack* stack);
@@ -31,6 +31,9 @@ public:
     /// they are undone, or null.
     typedef std::function<std::function<void()>()> Keeper;
     void setKeeper(Keeper keeper) { _keeper = std::move(keeper); }
+    /// Called after a step came onto the stack, joined the one on its top, or undid it by joining.
+    void setWatcher(std::function<void()> watcher) { _watcher = std::move(watcher); }
+    bool isPushing() const { return _pushing; }
     void openScope();
     void closeScope();
 
@@ -61,6 +64,8 @@ private:
     QUndoStack* _stack = nullptr;
     int _depth = 0;
     Keeper _keeper;
+    std::function<void()> _watcher;
+    bool _pushing = false;
     std::function<void()> _restore; // of the step that gathers
     kxUndoStep::Commands _pending;  // have run, wait for the end of the scope
     kxUndoStep::Commands _deferred; // haven't run, wait for the end of an undo or redo

@@ -6,7 +6,15 @@
 
 #include <algorithm>
 
-kxUndoStep::kxUndoStep(Commands commands) : QUndoCommand(commands.front()->text()), _commands(std::move(commands)) {}
+namespace
+{
+quint64 lastNumber = 0;
+}
+
+kxUndoStep::kxUndoStep(Commands commands)
+    : QUndoCommand(commands.front()->text()), _commands(std::move(commands)), _number(++lastNumber)
+{
+}
 
 void kxUndoStep::undo()
 {
@@ -46,7 +54,7 @@ int kxUndoStep::id() const
 bool kxUndoStep::mergeWith(const QUndoCommand* other)
 {
     const auto* const next = dynamic_cast<const kxUndoStep*>(other);
-    if (next == nullptr)
+    if (next == nullptr || _isClosed)
         return false;
     try
     {

@@ -20,9 +20,10 @@ public:
 
     const Commands& commands() const { return _commands; }
 
-    /// What it did to what, beside the text; null until somebody says so. For the list of steps alone.
-    const QString& detail() const { return _detail; }
-    void setDetail(const QString& detail) { _detail = detail; }
+    /// Tells it from all others of the process; later ones have higher numbers.
+    quint64 number() const { return _number; }
+    /// Nothing joins it any more: something else was done since.
+    void close() { _isClosed = true; }
 
     /// Called at the end of undo(): for what no command holds.
     void setRestore(std::function<void()> restore) { _restore = std::move(restore); }
@@ -43,7 +44,8 @@ private:
     void dropObsolete();
 
     Commands _commands;
-    QString _detail;
+    const quint64 _number;
+    bool _isClosed = false;
     std::function<void()> _restore;
     bool _hasRun = true; // until the first redo
 };

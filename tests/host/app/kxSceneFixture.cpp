@@ -3,6 +3,8 @@
 #include <app/kxHostServices.h>
 #include <files/kxSceneIO.h>
 #include <files/scene/kxSceneFile.h>
+#include <journal/kxHistory.h>
+#include <journal/kxJournal.h>
 #include <scene/UberMaterial.h>
 #include <view/kxPrimitives.h>
 
@@ -11,6 +13,8 @@ void kxSceneFixture::clear()
     static const kxHostServices services([](const QString&) {});
     kxSceneIO::newScene();
     kxScene::the()->flush();
+    kxJournal::the().start(QString());
+    kxHistory::the().clear();
 }
 
 osg::NodePtr kxSceneFixture::addObject(const char* name, const osg::NodePtr& parent)

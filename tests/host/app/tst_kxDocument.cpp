@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <app/kxDocument.h>
+#include <journal/kxHistory.h>
 #include <osg/AnimAttachments.h>
 
 using namespace kxSceneFixture;
@@ -92,7 +93,12 @@ private Q_SLOTS:
         QVERIFY(_document->save() && !_document->isUnsaved());
         osg::markChanged(node->findAttachment<osg::AnimAttachment>(), osg::AnimAttachmentBase::AnimationRootFieldMask);
         QCoreApplication::processEvents();
-        QVERIFY(_document->isUnsaved()); // animations that came to an object beside the stack
+        QVERIFY(!_document->isUnsaved()); // a mark alone changes nothing
+        node->subAttachment(node->findAttachment<osg::AnimAttachment>());
+        osg::markChanged(node, osg::AttachmentContainer::AttachmentsFieldMask);
+        QVERIFY(_document->isUnsaved()); // an animation that left an object beside the stack
+        kxHistory::the().undo();
+        QVERIFY(!_document->isUnsaved());
 
         // The saved state went with the steps that led on from another one.
         QVERIFY(_document->save() && !_document->isUnsaved());
@@ -115,10 +121,9 @@ private Q_SLOTS:
             QVERIFY(_document->isUnsaved() && !_document->mayLeave() && _asked.size() == 1);
             kxScene::the()->flush();
             QVERIFY(changed.size() == 1 && _document->isUnsaved());
-            (manager.*set)(present);
-            kxScene::the()->flush();
+            kxHistory::the().undo();
             QVERIFY(changed.size() == 2 && !_document->isUnsaved());
-            (manager.*set)(other);
+            kxHistory::the().redo();
             QVERIFY(_document->saveTo(path("s.kxs")) && !_document->isUnsaved());
             (manager.*set)(present);
             QVERIFY(_document->isUnsaved());

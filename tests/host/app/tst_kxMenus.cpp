@@ -3,6 +3,7 @@
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
 #include <app/kxWelcome.h>
+#include <journal/kxHistory.h>
 #include <kxAnswer.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
@@ -299,6 +300,7 @@ private Q_SLOTS:
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(file("a")), QUrl::fromLocalFile(file("b"))});
         addObject("There");
+        kxHistory::the().markSaved(); // nothing to ask about
         const Qt::KeyboardModifiers keys = shift ? Qt::ShiftModifier : Qt::NoModifier;
         QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, keys);
         QApplication::sendEvent(_window.data(), &enter);

@@ -1,5 +1,6 @@
 #include "kxSceneFixture.h"
 
+#include <journal/kxHistory.h>
 #include <kxAnimEvaluator.h>
 #include <kxTexts.h>
 #include <osg/AnimAttachments.h>
@@ -118,6 +119,8 @@ private Q_SLOTS:
     {
         const osg::NodePtr door = addObject("Door"), knob = addObject("Knob", door);
         animate(door);
+        kxHistory::the().flush();
+        kxHistory::the().clear();
         kxSceneEdits::setVisible({knob}, false);
         kxSceneEdits::rename(knob, "Handle");
         kxSceneEdits::duplicateNodes({door});

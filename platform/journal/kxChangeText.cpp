@@ -1,0 +1,183 @@
+#include <journal/kxChangeText.h>
+
+#include <animation/kxChannelTarget.h>
+#include <files/scene/kxFieldCodec.h>
+#include <files/text/kxChangeWords.h>
+#include <files/text/kxFieldWords.h>
+#include <journal/kxContainerRecord.h>
+#include <kxAnimManager.h>
+#include <osg/AnimAttachments.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <set>
+
+using namespace osg;
+
+namespace
+{
+constexpr qint64 MostBytes = 400000;  ///< of records of curves; where there is more, no frames are named
+constexpr qint64 MostWords = 4000000; ///< of all records; of more a sentence isn't worth the time
+
+typedef MField<CCPnt, 0> Keys;
+typedef kxJournal::Change Change;
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxChangeText", text);
+}
+
+FieldContainerPtr living(UInt32 id)
+{
+    return FieldContainerFactory::the()->getContainer(id);
+}
+
+kxChangeWords::State stateOf(UInt32 id, const QByteArray& record)
+{
+    kxChangeWords::State state;
+    if (record.isEmpty())
+        return state;
+    const kxContainerRecord::Content content = kxContainerRecord::read(record);
+    state.type = content.type;
+    state.core = content.structure.core;
+    state.children.assign(content.structure.children.begin(), content.structure.children.end());
+    state.attachments.assign(content.structure.attachments.begin(), content.structure.attachments.end());
+    const FieldContainerPtr container = living(id); // of the dead no more is said than that they went
+    if (container == NullFC)
+        return state;
+    const std::vector<kxContainerForm::Field>& fields = kxContainerForm::fields(*container);
+    for (std::size_t i = 0; i < std::min(fields.size(), content.values.size()); ++i)
+        state.fields[fields[i].description->name()] = kxFieldCodec::isReference(fields[i].kind)
+                                                          ? FieldValue(kxContainerRecord::ids(content.values[i]))
+                                                          : kxContainerRecord::value(content.values[i], fields[i].kind);
+    return state;
+}
+} // namespace
+
+QString kxChangeText::act(const std::vector<Change>& changes)
+{
+    std::vector<kxChangeWords::Change> stated;
+    QString ofScene;
+    qint64 bytes = 0;
+    for (const Change& change : changes)
+    {
+        bytes += change.before.size() + change.after.size();
+        if (change.id == 0)
+            ofScene = kxChangeWords::of(kxSceneRecord::read(change.before).animation,
+                                        kxSceneRecord::read(change.after).animation);
+        else if (bytes <= MostWords)
+            stated.push_back({change.id, stateOf(change.id, change.before), stateOf(change.id, change.after)});
+    }
+    const QString words = ofScene.isEmpty() ? kxChangeWords::of(stated, kxAnimManager::the()->fps()) : ofScene;
+    return words.isEmpty() ? tr("Change the scene") : words;
+}
+
+namespace
+{
+Keys keysOf(UInt32 id, const QByteArray& record)
+{
+    const kxChangeWords::State state = stateOf(id, record);
+    const auto found = state.fields.find("controlPoints");
+    return found == state.fields.end() ? Keys() : std::get<Keys>(found->second);
+}
+
+bool isBefore(const CCPnt& a, const CCPnt& b)
+{
+    return a.x() != b.x() ? a.x() < b.x() : a.y() < b.y();
+}
+
+/// Keys that stand elsewhere, or else those with other tangents; of keys that came or went, those.
+std::vector<CCPnt> changedKeys(const Keys& before, const Keys& now)
+{
+    std::vector<CCPnt> changed;
+    if (before.size() != now.size())
+    {
+        const Keys& more = now.size() > before.size() ? now : before;
+        const Keys& fewer = now.size() > before.size() ? before : now;
+        std::set_difference(more.begin(), more.end(), fewer.begin(), fewer.end(), std::back_inserter(changed),
+                            isBefore);
+        return changed;
+    }
+    for (const bool places : {true, false})
+    {
+        for (std::size_t i = 0; i < now.size(); ++i)
+            if (places ? before[i].point() != now[i].point() : before[i] != now[i])
+                changed.push_back(now[i]);
+        if (!changed.empty())
+            break;
+    }
+    return changed;
+}
+
+/// The objects that a curve drives, but for those that came with it: their keys are no edit of keys.
+std::set<QString> oldAims(const AnimCurvePtr& curve, const std::vector<Change>& changes)
+{
+    std::set<QString> names;
+    for (const FieldContainerPtr& aim : kxAims::inScene(curve))
+        if (std::none_of(changes.begin(), changes.end(),
+                         [&aim](const Change& change) { return change.id == aim->getId() && change.before.isEmpty(); }))
+            names.insert(QString::fromStdString(AttachmentContainerPtr::dcast(aim)->getNodeName()));
+    return names;
+}
+
+QString channelOf(const AnimCurve& curve)
+{
+    const std::string& suffix = curve.getSuffix();
+    return QString::fromStdString(curve.getChannelName() + (suffix.empty() ? "" : "." + suffix));
+}
+
+QString frameText(float seconds)
+{
+    return kxFieldWords::frames(double(seconds), kxAnimManager::the()->fps());
+}
+
+/// `one` where there is one, else the count with `several`.
+QString nameOrCount(const std::set<QString>& names, const QString& several)
+{
+    return names.size() == 1 ? *names.begin() : QStringLiteral("%1 %2").arg(names.size()).arg(several);
+}
+
+} // namespace
+
+QString kxChangeText::detail(const std::vector<Change>& changes)
+{
+    std::set<QString> objects, channels;
+    std::optional<std::pair<float, float>> span;
+    qint64 bytes = 0;
+    for (const Change& change : changes)
+    {
+        const AnimCurvePtr curve = AnimCurvePtr::dcast(change.id == 0 ? FieldContainerPtr() : living(change.id));
+        if (curve == NullFC || change.after.isEmpty())
+            continue;
+        const std::set<QString> aims = oldAims(curve, changes);
+        if (aims.empty())
+            continue;
+        bytes += change.before.size() + change.after.size();
+        if (bytes <= MostBytes)
+        {
+            const std::vector<CCPnt> changed =
+                changedKeys(keysOf(change.id, change.before), keysOf(change.id, change.after));
+            if (changed.empty())
+                continue;
+            for (const CCPnt& key : changed)
+                span = span ? std::make_pair(std::min(span->first, key.x()), std::max(span->second, key.x()))
+                            : std::make_pair(key.x(), key.x());
+        }
+        objects.insert(aims.begin(), aims.end());
+        channels.insert(channelOf(*curve));
+    }
+    QStringList parts;
+    if (!objects.empty())
+        parts << nameOrCount(objects, tr("objects"));
+    if (objects.size() == 1)
+        parts << nameOrCount(channels, tr("channels"));
+    if (span && bytes <= MostBytes && !parts.isEmpty())
+        parts << (span->first == span->second
+                      ? tr("frame %1").arg(frameText(span->first))
+                      : tr("frames %1 to %2").arg(frameText(span->first), frameText(span->second)));
+    return parts.join(QStringLiteral(", "));
+}

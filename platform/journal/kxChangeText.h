@@ -1,0 +1,17 @@
+#pragma once
+
+#include <journal/kxJournal.h>
+
+#include <QString>
+
+#include <vector>
+
+/// Changes of containers in a user's words. Asked right after they were committed: what they name is looked up in the
+/// scene.
+namespace kxChangeText
+{
+/// "Move 'Spin' by 12 frames in 'Show'".
+QString act(const std::vector<kxJournal::Change>& changes);
+/// Which keys were changed, as "Box, translation.X, frame 24"; empty where none were.
+QString detail(const std::vector<kxJournal::Change>& changes);
+} // namespace kxChangeText

@@ -1,0 +1,488 @@
+#include <journal/kxHistory.h>
+
+#include <journal/kxChangeText.h>
+#include <journal/kxHistoryNotice.h>
+#include <journal/kxJournal.h>
+#include <kernel/kxSelectCommand.h>
+#include <kxUndo.h>
+#include <scene/kxScene.h>
+#include <undo/kxUndoGesture.h>
+#include <undo/kxUndoRecorder.h>
+#include <undo/kxUndoStep.h>
+
+#include <QScopedValueRollback>
+#include <QUndoStack>
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+constexpr std::size_t MostEntries = 10000; ///< the oldest go
+
+quint64 numberOf(const QUndoCommand* command)
+{
+    const auto* const step = dynamic_cast<const kxUndoStep*>(command);
+    return step == nullptr ? 0 : step->number();
+}
+
+bool isSelection(const QUndoCommand* command)
+{
+    const auto* const step = dynamic_cast<const kxUndoStep*>(command);
+    return step != nullptr && std::all_of(step->commands().begin(), step->commands().end(),
+                                          [](const std::unique_ptr<kxUndoCommand>& part)
+                                          { return dynamic_cast<const kxSelectCommand*>(part.get()) != nullptr; });
+}
+} // namespace
+
+kxHistory& kxHistory::the()
+{
+    static kxHistory* const history = new kxHistory; // as long as the stack: the process
+    return *history;
+}
+
+kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
+{
+    kxUndoRecorder::the().setWatcher([this] { stepPushed(); });
+    connect(_stack, &QUndoStack::indexChanged, this, &kxHistory::stackMoved);
+    connect(&kxUndoGesture::the(), &kxUndoGesture::released, this, &kxHistory::settleLater);
+    connect(&kxJournal::the(), &kxJournal::pending, this, &kxHistory::settleLater);
+    connect(&kxJournal::the(), &kxJournal::replaced, this, &kxHistory::clear);
+    connect(&kxJournal::the(), &kxJournal::toBeSaved, this, &kxHistory::flush);
+    connect(kxScene::the(), &kxScene::settingsChanged, this, &kxHistory::settleLater);
+    for (int i = 0; i < _stack->count(); ++i) // what was done before anybody asked
+        append(
+            Entry{_stack->text(i), QString(), QDateTime::currentDateTime(), false, 0, {numberOf(_stack->command(i))}});
+    _index = std::size_t(_stack->index());
+    if (_stack->count() > 0)
+        _newest = numberOf(_stack->command(_stack->count() - 1));
+}
+
+// What comes
+
+void kxHistory::stepPushed()
+{
+    if (_isWalking)
+    {
+        _hasPushed = true;
+        return;
+    }
+    const quint64 top = topStep();
+    const bool isNew = top > _newest;
+    _newest = std::max(_newest, top);
+    dropUndone();
+    dropGoneSteps();
+    if (isCollecting())
+    {
+        if (isNew)
+            _runs.back().steps.push_back(top);
+        Q_EMIT changed();
+        return;
+    }
+    if (isNew)
+    {
+        const bool isOneDrag = _open && kxUndoGesture::the().isDragging() && kxJournal::the().isPending();
+        if (isOneDrag && !_entries.empty())
+            _entries.back().steps.push_back(top); // what the two wrote can't be told apart any more
+        else
+            append(Entry{_stack->undoText(), QString(), QDateTime::currentDateTime(), false, 0, {top}});
+    }
+    _open = !_entries.empty() && !_entries.back().steps.empty() && _entries.back().steps.back() == top;
+    if (_open)
+        refresh(_entries.back());
+    if (!kxUndoGesture::the().isDragging())
+        commit();
+    settleLater();
+    Q_EMIT changed();
+}
+
+void kxHistory::settleLater()
+{
+    if (isCollecting() || std::exchange(_isSettling, true))
+        return; // a script's changes wait for its end
+    QMetaObject::invokeMethod(
+        this,
+        [this]
+        {
+            _isSettling = false;
+            settle();
+        },
+        Qt::QueuedConnection);
+}
+
+void kxHistory::settle()
+{
+    if (_isWalking || isCollecting() || kxUndoGesture::the().isHeld() || kxUndoRecorder::isActing())
+        return;
+    commit();
+    _open = false;
+}
+
+void kxHistory::flush()
+{
+    if (_isWalking)
+        return;
+    if (isCollecting())
+        return commitRun();
+    commit();
+    _open = false;
+    kxUndoGesture::the().moveOn();
+}
+
+void kxHistory::commit()
+{
+    if (_open)
+    {
+        Entry& last = _entries.back();
+        const quint64 record = kxJournal::the().commit(last.record);
+        if (record == 0)
+            return;
+        last.record = record;
+        last.state = ++_states;
+        describe(last);
+    }
+    else
+    {
+        const quint64 record = kxJournal::the().commit();
+        if (record == 0)
+            return;
+        dropUndone();
+        append(Entry{QString(), QString(), QDateTime::currentDateTime(), false, record, {}});
+        describe(_entries.back());
+    }
+    Q_EMIT changed();
+}
+
+void kxHistory::append(Entry entry)
+{
+    entry.state = ++_states;
+    if (entry.steps.empty())
+        closeTop();
+    _entries.push_back(std::move(entry));
+    if (_entries.size() > MostEntries)
+    {
+        _firstState = _entries.front().state;
+        forget(_entries.front());
+        _entries.erase(_entries.begin());
+    }
+    _index = _entries.size();
+}
+
+void kxHistory::closeTop()
+{
+    if (_stack->index() == 0)
+        return;
+    // Qt gives its commands to read only.
+    auto* const command = const_cast<QUndoCommand*>(_stack->command(_stack->index() - 1));
+    if (auto* const step = dynamic_cast<kxUndoStep*>(command))
+        step->close();
+}
+
+void kxHistory::refresh(Entry& entry)
+{
+    entry.act = _stack->undoText();
+    entry.isSelection = entry.steps.size() == 1 && isSelection(_stack->command(_stack->index() - 1));
+    entry.state = ++_states;
+}
+
+void kxHistory::describe(Entry& entry)
+{
+    const std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
+    entry.isSelection = false;
+    if (entry.act.isEmpty())
+        entry.act = kxChangeText::act(changes);
+    else
+        entry.detail = kxChangeText::detail(changes);
+    if (entry.run != 0 && entry.detail.isEmpty())
+        entry.detail = kxChangeText::act(changes); // a script's name doesn't say what it did
+}
+
+void kxHistory::forget(Entry& entry)
+{
+    if (const quint64 record = std::exchange(entry.record, 0); record != 0)
+        kxJournal::the().forget(record);
+}
+
+void kxHistory::dropUndone()
+{
+    for (std::size_t i = _index; i < _entries.size(); ++i)
+        forget(_entries[i]);
+    _entries.resize(_index);
+}
+
+void kxHistory::dropGoneSteps()
+{
+    const quint64 top = topStep();
+    while (!_entries.empty() && !_entries.back().steps.empty() && _entries.back().steps.back() > top)
+    {
+        _entries.back().steps.pop_back();
+        if (!_entries.back().steps.empty() || _entries.back().record != 0)
+            continue;
+        _entries.pop_back();
+        _index = _entries.size();
+    }
+}
+
+// Walking
+
+int kxHistory::undoCount() const
+{
+    return int(_index) + (isCollecting() ? int(_runs.back().steps.size()) : 0);
+}
+
+QString kxHistory::undoText() const
+{
+    if (isCollecting() && !_runs.back().steps.empty())
+        return _stack->undoText();
+    return _index == 0 ? QString() : _entries[_index - 1].act;
+}
+
+QString kxHistory::redoText() const
+{
+    return canRedo() ? _entries[_index].act : QString();
+}
+
+bool kxHistory::undo()
+{
+    if (_isWalking)
+        return false;
+    if (isCollecting() && !_runs.back().steps.empty())
+    {
+        _stack->undo();
+        return true;
+    }
+    flush();
+    if (_index == 0)
+        return false;
+    walk(false);
+    return true;
+}
+
+bool kxHistory::redo()
+{
+    if (_isWalking)
+        return false;
+    flush();
+    if (!canRedo())
+        return false;
+    walk(true);
+    return true;
+}
+
+void kxHistory::setIndex(int index)
+{
+    flush();
+    while (!_isWalking && int(_index) != index && (index < int(_index) ? undo() : redo()))
+        ;
+}
+
+void kxHistory::walk(bool forward)
+{
+    const std::size_t at = forward ? _index : _index - 1;
+    const Entry entry = _entries[at];
+    {
+        const QScopedValueRollback<bool> walking(_isWalking, true);
+        kxHistoryNotice notice;
+        const auto steps = [&]
+        {
+            walkSteps(entry, forward);
+            notice.listen(); // the steps tell of themselves
+        };
+        if (entry.record != 0)
+            kxJournal::the().exchange(entry.record, steps);
+        else
+        {
+            steps();
+            _entries[at].record = kxJournal::the().commit();
+        }
+        _index = forward ? at + 1 : at;
+        notice.tell();
+    }
+    _open = false;
+    if (std::exchange(_hasPushed, false))
+        stepPushed();
+    Q_EMIT changed();
+}
+
+void kxHistory::walkSteps(const Entry& entry, bool forward)
+{
+    // A step that failed or that the stack's limit took is left out: the records hold what it wrote.
+    const auto walkOne = [this, forward](quint64 step)
+    {
+        if (forward && _stack->canRedo() && numberOf(_stack->command(_stack->index())) == step)
+            _stack->redo();
+        else if (!forward && topStep() == step)
+            _stack->undo();
+    };
+    forward ? void(std::for_each(entry.steps.begin(), entry.steps.end(), walkOne))
+            : void(std::for_each(entry.steps.rbegin(), entry.steps.rend(), walkOne));
+}
+
+void kxHistory::stackMoved()
+{
+    if (_isWalking || kxUndoRecorder::the().isPushing())
+        return;
+    if (_stack->count() == 0 && !_entries.empty())
+        return clear();
+    followStack();
+    Q_EMIT changed();
+}
+
+void kxHistory::followStack()
+{
+    const quint64 top = topStep(); // later steps have higher numbers
+    if (isCollecting())
+        for (std::vector<quint64>& steps = _runs.back().steps; !steps.empty() && steps.back() > top; steps.pop_back())
+            _entries.insert(
+                _entries.begin() + std::ptrdiff_t(_index),
+                Entry{_stack->redoText(), QString(), QDateTime::currentDateTime(), false, 0, {steps.back()}});
+    Entry* moved = nullptr;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < _entries.size(); ++i)
+    {
+        Entry& entry = _entries[i];
+        entry.isDone = entry.steps.empty() ? i < _index : entry.steps.back() <= top;
+        if (entry.isDone == (i < _index))
+            continue;
+        forget(entry);
+        moved = &entry;
+        ++count;
+    }
+    // Who walks on the stack knows nothing of what was done beside it: what is still to be redone is exact only where
+    // it was the next one.
+    const quint64 record = isCollecting() ? 0 : kxJournal::the().commit();
+    if (count == 1)
+        moved->record = record;
+    else if (record != 0)
+        kxJournal::the().forget(record);
+    const auto isDone = [](const Entry& entry) { return entry.isDone; };
+    if (!std::is_partitioned(_entries.begin(), _entries.end(), isDone))
+        for (Entry& entry : _entries)
+            entry.state = ++_states;
+    _index = std::size_t(std::stable_partition(_entries.begin(), _entries.end(), isDone) - _entries.begin());
+}
+
+quint64 kxHistory::topStep() const
+{
+    return _stack->index() == 0 ? 0 : numberOf(_stack->command(_stack->index() - 1));
+}
+
+// Scripts
+
+kxHistory::Scope::Scope(const QString& act) : _isOwn(!the().isCollecting())
+{
+    if (!_isOwn)
+        return;
+    the().flush();
+    the()._runs.push_back(Run{act, ++the()._runCount, {}});
+}
+
+kxHistory::Scope::~Scope()
+{
+    if (_isOwn)
+        the().endRun();
+}
+
+kxHistory::Pause::Pause() : _isOwn(the().isCollecting())
+{
+    if (!_isOwn)
+        return;
+    the().commitRun();
+    the()._runs.back().isPaused = true;
+}
+
+kxHistory::Pause::~Pause()
+{
+    if (_isOwn)
+        the()._runs.back().isPaused = false;
+}
+
+void kxHistory::commitRun()
+{
+    Run& run = _runs.back();
+    if (run.steps.empty() && (_isSettling || kxUndoGesture::the().isHeld()))
+        return; // what waits is the user's
+    const quint64 record = kxJournal::the().commit();
+    if (run.steps.empty() && record == 0)
+        return;
+    if (run.steps.empty())
+        dropUndone(); // steps alone may be what undo() within the script has left
+    Entry entry{run.act, QString(), QDateTime::currentDateTime(), false, record, std::exchange(run.steps, {})};
+    entry.run = run.number;
+    entry.state = ++_states;
+    entry.isSelection = !entry.steps.empty();
+    for (int i = 0; i < int(entry.steps.size()); ++i)
+        entry.isSelection = entry.isSelection && isSelection(_stack->command(_stack->index() - 1 - i));
+    if (record != 0)
+        describe(entry);
+    closeTop();
+    _entries.insert(_entries.begin() + std::ptrdiff_t(_index), std::move(entry));
+    ++_index;
+    Q_EMIT changed();
+}
+
+void kxHistory::endRun()
+{
+    commitRun();
+    const quint64 number = _runs.back().number;
+    _runs.pop_back();
+    std::size_t first = _index;
+    while (first > 0 && _entries[first - 1].run == number)
+        --first;
+    if (_index - first > 1)
+    {
+        Entry& whole = _entries[first];
+        for (std::size_t i = first + 1; i < _index; ++i)
+        {
+            const Entry& part = _entries[i];
+            whole.record = kxJournal::the().join(whole.record, part.record);
+            whole.steps.insert(whole.steps.end(), part.steps.begin(), part.steps.end());
+            whole.isSelection = whole.isSelection && part.isSelection;
+            whole.state = part.state;
+        }
+        if (whole.record != 0)
+            describe(whole);
+        _entries.erase(_entries.begin() + std::ptrdiff_t(first) + 1, _entries.begin() + std::ptrdiff_t(_index));
+        _index = first + 1;
+    }
+    for (Entry& entry : _entries)
+        if (entry.run == number)
+            entry.run = 0;
+    Q_EMIT changed();
+}
+
+// The file
+
+void kxHistory::clear()
+{
+    _entries.clear(); // the journal begins anew with the scene
+    _index = 0;
+    for (Run& run : _runs)
+        run.steps.clear();
+    _open = false;
+    _newest = topStep();
+    _firstState = _saved = ++_states;
+    Q_EMIT changed();
+}
+
+quint64 kxHistory::content() const
+{
+    std::size_t at = _index;
+    while (at > 0 && _entries[at - 1].isSelection)
+        --at;
+    return at == 0 ? _firstState : _entries[at - 1].state;
+}
+
+void kxHistory::markSaved()
+{
+    flush();
+    _stack->setClean(); // nothing joins what was saved
+    _saved = content();
+    Q_EMIT changed();
+}
+
+bool kxHistory::isSaved() const
+{
+    const bool isBusy = isCollecting() && !_runs.back().steps.empty();
+    return !isBusy && content() == _saved;
+}

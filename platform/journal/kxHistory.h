@@ -1,0 +1,143 @@
+#pragma once
+
+#include <kxExport.h>
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+
+#include <vector>
+
+class QUndoStack;
+
+/// All changes of the scene in the order in which they were made: steps of the undo stack, and what was changed beside
+/// them, which the journal knows.
+///
+/// What one gesture or one turn of the event loop changes beside the stack is one entry; a step is one, with all that
+/// was written along with it; so is each run of a script. Walking an entry undoes or redoes its steps and then puts
+/// every container into the state that the journal has of it. Main thread only.
+class KX_API kxHistory : public QObject
+{
+    Q_OBJECT
+public:
+    static kxHistory& the();
+
+    struct Entry
+    {
+        QString act;    ///< in the user's words
+        QString detail; ///< which object, channel and frame, where the act doesn't say it; may be empty
+        QDateTime time;
+        bool isSelection = false; ///< nothing that a file holds
+        quint64 record = 0;       ///< of the journal; 0 where nothing was written
+        std::vector<quint64> steps;
+        quint64 run = 0;   ///< of a script that hasn't ended; else 0
+        quint64 state = 0; ///< what stands when it is done, a number for each
+        bool isDone = true;
+
+        QString text() const { return detail.isEmpty() ? act : act + QStringLiteral(": ") + detail; }
+    };
+
+    int count() const { return int(_entries.size()); }
+    const Entry& entry(int index) const { return _entries[std::size_t(index)]; }
+    /// Entries that are done; those behind them are taken back.
+    int index() const { return int(_index); }
+    /// How often undo() finds something: the entries that are done, and the steps of a script that runs.
+    int undoCount() const;
+    bool canUndo() const { return undoCount() > 0; }
+    bool canRedo() const { return _index < _entries.size(); }
+    /// The act that undo() takes back, or redo() does again; empty for none.
+    QString undoText() const;
+    QString redoText() const;
+
+    /// False where there is nothing. Within a script its own steps are taken back one by one, while nothing else was
+    /// done since.
+    bool undo();
+    bool redo();
+    void setIndex(int index);
+
+    /// What was changed up to here is an entry, and what comes is another one.
+    void flush();
+    /// As flush(), but in the middle of a gesture or a script, which go on.
+    void settle();
+
+    /// The run of a script, or whatever else is one entry: all that is changed while it lives. One within another is a
+    /// part of it.
+    class KX_API Scope
+    {
+    public:
+        explicit Scope(const QString& act);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        bool _isOwn;
+    };
+    /// While a script lets the user work.
+    class KX_API Pause
+    {
+    public:
+        Pause();
+        ~Pause();
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+    private:
+        bool _isOwn;
+    };
+
+    /// For another scene, which is as its file.
+    void clear();
+    /// The scene is as its file now.
+    void markSaved();
+    bool isSaved() const;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    /// A script that runs.
+    struct Run
+    {
+        QString act;
+        quint64 number;
+        std::vector<quint64> steps; // since its last entry, all done
+        bool isPaused = false;
+    };
+
+    kxHistory();
+    bool isCollecting() const { return !_runs.empty() && !_runs.back().isPaused; }
+    void stepPushed();
+    void stackMoved();
+    void settleLater();
+    void commit();
+    void commitRun();
+    void endRun();
+    void walk(bool forward);
+    void walkSteps(const Entry& entry, bool forward);
+    void append(Entry entry);
+    void closeTop();
+    void refresh(Entry& entry);
+    void describe(Entry& entry);
+    static void forget(Entry& entry);
+    void dropUndone();
+    void dropGoneSteps();
+    /// Entries whose steps others undid or redid change sides.
+    void followStack();
+    quint64 topStep() const;
+    quint64 content() const;
+
+    QUndoStack* _stack; // not owned
+    std::vector<Entry> _entries;
+    std::size_t _index = 0;
+    std::vector<Run> _runs;
+    quint64 _newest = 0;     // number of the last step that came
+    quint64 _states = 0;     // given so far
+    quint64 _firstState = 0; // before the first entry
+    quint64 _saved = 0;      // as content()
+    quint64 _runCount = 0;
+    bool _open = false; // the last entry takes what the gesture still writes
+    bool _isWalking = false;
+    bool _hasPushed = false;  // a step came during a walk
+    bool _isSettling = false; // a call of settle() waits
+};
