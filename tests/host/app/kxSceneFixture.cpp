@@ -67,7 +67,8 @@ QByteArray kxSceneFixture::bytes()
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("scene.kxs"));
     kxFileReport report(path);
-    if (!kxSceneFile::save(path, report))
+    kxSceneOrigin origin;
+    if (!kxSceneFile::save(path, report, origin))
         return report.message().toUtf8();
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
