@@ -349,6 +349,14 @@ private:
             return;
         addChange(b, QStringLiteral("keys"), double(was.getControlPoints().size()),
                   double(is.getControlPoints().size()), change.words(_new.fps()));
+        QJsonObject& facts = _entries.back().keys;
+        for (const auto& [name, count] :
+             {std::make_pair("moved", change.moved), std::make_pair("changed", change.changed),
+              std::make_pair("added", change.added), std::make_pair("removed", change.removed),
+              std::make_pair("tangents", change.tangents)})
+            facts[QLatin1String(name)] = double(count);
+        if (change.shift)
+            facts[QStringLiteral("shift")] = kxDifferenceWords::json(FieldValue(*change.shift));
     }
 
     const kxSceneContent &_oldContent, &_newContent;
@@ -391,6 +399,8 @@ QJsonObject kxSceneDifference::toJson() const
             object[QStringLiteral("field")] = entry.field;
             object[QStringLiteral("before")] = entry.before;
             object[QStringLiteral("after")] = entry.after;
+            if (!entry.keys.isEmpty())
+                object[QStringLiteral("keys")] = entry.keys;
         }
         list.append(object);
     }

@@ -32,6 +32,7 @@ struct KX_API kxSceneDifference
         QString what;             ///< "object", "clip", ...; "scene" for its settings
         QString path;             ///< see kxSceneOutline; in the second scene, of what was removed in the first
         QString field;            ///< of what changed: a field's name, or name, parent, order, class, sharing, keys
+        QJsonObject keys;         ///< of keys: how many were moved, added, ...
         QJsonValue before, after; ///< numbers, lists of numbers, texts; paths in place of references
         QString words;            ///< "'Spin' in clip 'Show': starts at frame 24 (was 12)"
         QString detail;           ///< "starts at frame 24 (was 12)"

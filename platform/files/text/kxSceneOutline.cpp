@@ -5,6 +5,9 @@
 #include <osg/AnimCurve.h>
 #include <osg/Image.h>
 
+#include <QBuffer>
+#include <QImageReader>
+
 #include <algorithm>
 #include <set>
 
@@ -263,7 +266,15 @@ std::string kxSceneOutline::imageText(const Image& image)
     std::string text;
     for (const FieldDescription& field : image.getType().fields())
         text += kxValueText::of(field.value(image)) + '\n';
-    return "image " + std::to_string(image.getWidth()) + " x " + std::to_string(image.getHeight()) + ", digest " +
+    QSize size(int(image.getWidth()), int(image.getHeight()));
+    if (size.isEmpty() && !image.getEncoded().empty()) // as its file has it, not yet unpacked
+    {
+        const std::vector<UInt8>& encoded = image.getEncoded();
+        QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(encoded.data()), int(encoded.size()));
+        QBuffer buffer(&bytes);
+        size = QImageReader(&buffer).size();
+    }
+    return "image " + std::to_string(size.width()) + " x " + std::to_string(size.height()) + ", digest " +
            kxValueText::digest(QByteArray::fromStdString(text));
 }
 

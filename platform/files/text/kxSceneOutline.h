@@ -3,8 +3,6 @@
 #include <files/scene/kxSceneContent.h>
 #include <scene/FieldDescription.h>
 
-#include <QString>
-
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -82,7 +80,6 @@ private:
 
     std::vector<Thing> _things;
     std::unordered_map<osg::UInt32, std::size_t> _byId;
-    std::vector<osg::FieldContainerPtr> _furtherMaterials; // that the content doesn't list
     double _fps = 24;
     bool _isScene = false;
 };

@@ -3,6 +3,7 @@
 
 #include <files/scene/kxSceneContent.h>
 #include <files/text/kxChangeWords.h>
+#include <files/text/kxKeyChange.h>
 #include <files/text/kxSceneDifference.h>
 #include <files/text/kxSceneText.h>
 #include <osg/AnimAttachments.h>
@@ -208,6 +209,37 @@ private Q_SLOTS:
         QVERIFY(move["field"] == "translation" && move["what"] == "object" && move["kind"] == "changed");
         QCOMPARE(move["after"].toArray(), QJsonArray({0.1, 0.0, -2.0}));
         QVERIFY(keys["path"] == "objects/Fan : Spin/rotation.Y" && keys["field"] == "keys" && keys["before"] == 4);
+        QVERIFY(keys["keys"].toObject()["changed"] == 1 && keys["keys"].toObject()["moved"] == 0);
+    }
+
+    void keys_data()
+    {
+        kxColumns<QVector<QPointF>, QVector<QPointF>, QString>("before", "after", "words"); // seconds, values
+        typedef QVector<QPointF> Keys;
+        const Keys five = {{0, 3}, {1, 5}, {2, 7}, {3, 7}, {4, 9}};
+        kxRow("one behind another", five, Keys{{0, 3}, {1, 5}, {2, 7}, {3, 7}, {3.5, 8}, {4, 9}}, "1 key added");
+        kxRow("the first", five, five.mid(1), "1 key removed");
+        kxRow("moved past one", five, Keys{{0, 3}, {2, 7}, {2.5, 5}, {3, 7}, {4, 9}}, "1 key moved by 36 frames");
+        kxRow("moved, and one less", five, Keys{{0, 3}, {2, 7}, {3, 7}, {5, 9}}, "1 key moved by 24 frames, 1 removed");
+        kxRow("moved, not alike", five, Keys{{0.5, 3}, {2, 7}, {2.5, 5}, {3, 7}, {4, 9}}, "2 keys moved");
+        kxRow("moved in value too", five, Keys{{0, 3}, {1.5, 6}, {2, 7}, {3, 7}, {4, 9}}, "1 key moved");
+        kxRow("changed, and one more", five, Keys{{0, 3}, {1, 6}, {2, 7}, {2, 8}, {3, 7}, {4, 9}},
+              "1 key changed, 1 added");
+        kxRow("none left", five, Keys(), "5 keys removed");
+    }
+
+    void keys()
+    {
+        const auto keysOf = [](const QVector<QPointF>& points)
+        {
+            MField<CCPnt, 0> keys;
+            for (const QPointF& point : points)
+                keys.emplace_back(Pnt2f(float(point.x()), float(point.y())), Vec2f(), Vec2f(), 1, 1);
+            return keys;
+        };
+        QFETCH(QVector<QPointF>, before);
+        QFETCH(QVector<QPointF>, after);
+        QTEST(kxKeyChange::between(keysOf(before), keysOf(after)).words(24), "words");
     }
 
     void settings()
