@@ -49,6 +49,7 @@ kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
     connect(&kxJournal::the(), &kxJournal::pending, this, &kxHistory::settleLater);
     connect(&kxJournal::the(), &kxJournal::replaced, this, &kxHistory::clear);
     connect(&kxJournal::the(), &kxJournal::toBeSaved, this, &kxHistory::flush);
+    connect(&kxJournal::the(), &kxJournal::dropped, this, &kxHistory::drop, Qt::QueuedConnection); // not under a walk
     connect(kxScene::the(), &kxScene::settingsChanged, this, &kxHistory::settleLater);
     for (int i = 0; i < _stack->count(); ++i) // what was done before anybody asked
         append(
@@ -201,6 +202,26 @@ void kxHistory::forget(Entry& entry)
 {
     if (const quint64 record = std::exchange(entry.record, 0); record != 0)
         kxJournal::the().forget(record);
+}
+
+/// With what can't be reached without it.
+void kxHistory::drop(quint64 record)
+{
+    const auto found =
+        std::find_if(_entries.begin(), _entries.end(), [record](const Entry& entry) { return entry.record == record; });
+    if (found == _entries.end())
+        return;
+    const std::size_t at = std::size_t(found - _entries.begin());
+    const bool isDone = at < _index;
+    const auto first = isDone ? _entries.begin() : found, last = isDone ? found + 1 : _entries.end();
+    if (isDone)
+    {
+        _firstState = found->state;
+        _index -= at + 1;
+    }
+    std::for_each(first, last, forget);
+    _entries.erase(first, last);
+    Q_EMIT changed();
 }
 
 void kxHistory::dropUndone()

@@ -120,6 +120,7 @@ private:
     void refresh(Entry& entry);
     void describe(Entry& entry);
     static void forget(Entry& entry);
+    void drop(quint64 record);
     void dropUndone();
     void dropGoneSteps();
     /// Entries whose steps others undid or redid change sides.

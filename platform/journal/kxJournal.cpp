@@ -291,7 +291,10 @@ void kxJournal::takeScene(const kxSceneOrigin& origin)
     _marked.clear();
     _isMarked.clear();
     _isPending = false;
-    if (!_store->commit())
+    _sceneSize = sceneSize();
+    _store->commit();
+    _store->shrink(); // what was another scene's
+    if (!_store->failure().isEmpty())
         end();
 }
 
@@ -325,6 +328,7 @@ void kxJournal::sceneSaved(const kxSceneOrigin& origin)
     if (!_store->commit())
         return end();
     _base = std::move(next);
+    _sceneSize = sceneSize();
 }
 
 /// Of what left the scene the file that was saved says nothing.
@@ -442,10 +446,52 @@ quint64 kxJournal::commit(quint64 into)
     _store->begin();
     write(number, states);
     _entries.push_back(number);
-    if (_store->commit())
-        return into == 0 ? number : join(into, number);
-    end();
-    return 0;
+    if (!_store->commit())
+    {
+        end();
+        return 0;
+    }
+    const quint64 whole = into == 0 ? number : join(into, number);
+    compact();
+    return whole;
+}
+
+qint64 kxJournal::sceneSize() const
+{
+    return std::max(_base == nullptr ? 0 : _base->size(), _store->latestSize());
+}
+
+void kxJournal::compact()
+{
+    const auto isTooLarge = [this] { return _store->size() > 2 * _sceneSize + _spare; };
+    if (!isTooLarge())
+        return;
+    _sceneSize = sceneSize(); // it may have grown
+    std::vector<quint64> gone;
+    _store->begin();
+    // What was just made stays, and what is left can be walked in its order.
+    while (isTooLarge() && _entries.size() > 1)
+    {
+        const quint64 number = _takenBack.count(_entries.front()) == 0 ? _entries.front() : _entries.back();
+        gone.push_back(number);
+        forget(number);
+    }
+    if (!gone.empty())
+        dropUnused();
+    if (!_store->commit())
+        return end();
+    for (const quint64 number : gone)
+        Q_EMIT dropped(number);
+}
+
+/// Records of containers that are in no scene and that no entry brings back.
+void kxJournal::dropUnused()
+{
+    const std::vector<UInt32> changed = _store->changedIds();
+    const std::unordered_set<UInt32> used(changed.begin(), changed.end());
+    for (const UInt32 id : _store->latestIds())
+        if (id != SceneId && !isPresent(id) && used.count(id) == 0)
+            _store->dropLatest(id);
 }
 
 quint64 kxJournal::join(quint64 first, quint64 second)
@@ -470,7 +516,7 @@ quint64 kxJournal::join(quint64 first, quint64 second)
 std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
 {
     std::vector<UInt32> changed;
-    if (!isRunning())
+    if (!isRunning() || std::find(_entries.begin(), _entries.end(), number) == _entries.end())
     {
         walkSteps();
         return changed;
@@ -509,7 +555,9 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         _takenBack.insert(number);
     for (const auto& entry : states)
         changed.push_back(entry.first);
-    if (!_store->commit())
+    if (_store->commit())
+        compact();
+    else
         end();
     return changed;
 }

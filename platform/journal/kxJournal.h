@@ -49,6 +49,9 @@ public:
     std::vector<osg::UInt32> exchange(quint64 number, const std::function<void()>& walkSteps);
     /// Drops an entry that isn't walked any more.
     void forget(quint64 number);
+    /// The database stays under twice the scene and this many bytes, beside a log of 32 MB at most; entries that make
+    /// it larger are dropped.
+    void setSpare(qint64 bytes) { _spare = bytes; }
 
     struct Change
     {
@@ -76,6 +79,9 @@ Q_SIGNALS:
     void replaced();
     /// The scene is about to be written. Where something is pending after this, the file's records aren't taken.
     void toBeSaved();
+    /// An entry was dropped to keep the database small: the oldest, or the one taken back first. From within commit()
+    /// and exchange().
+    void dropped(quint64 number);
     /// The journal has ended, and why. The scene is as it is.
     void failed(const QString& why);
 
@@ -106,6 +112,9 @@ private:
     void write(quint64 entry, const States& states);
     void noteSerial();
     void writeNote(const char* name, const QByteArray& value);
+    void compact();
+    qint64 sceneSize() const;
+    void dropUnused();
     void end();
 
     std::unique_ptr<kxJournalStore> _store;
@@ -118,5 +127,7 @@ private:
     std::unordered_set<quint64> _takenBack;
     quint64 _lastNumber = 0;
     quint64 _serial = 0; // of the last transaction
+    qint64 _spare = 32 << 20;
+    qint64 _sceneSize = 0; ///< in bytes, as of the last look
     bool _isPending = false;
 };

@@ -21,13 +21,17 @@ kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)),
     kxFileReport report;
     kxCborInput in(start.constData(), start.size(), report);
     readClasses(in);
+    const auto byId = [](const kxSceneOrigin::Place& a, const kxSceneOrigin::Place& b) { return a.id < b.id; };
+    const auto [first, last] = std::minmax_element(_origin.containers.begin(), _origin.containers.end(), byId);
+    _firstId = first->id;
+    _numbers.resize(last->id - first->id + 1);
     _isOwned.resize(_origin.containers.size() + 1);
     for (std::size_t i = 0; i < _origin.containers.size(); ++i)
     {
         const FieldContainerPtr container = FieldContainerFactory::the()->getContainer(_origin.containers[i].id);
         if (container == NullFC)
             continue;
-        _numbers[container->getId()] = quint32(i + 1);
+        _numbers[container->getId() - _firstId] = quint32(i + 1);
         _isOwned[i + 1] = kxContainerForm::isOwnedByField(container);
     }
     _isValid = !_classes.empty();
@@ -67,10 +71,9 @@ void kxJournalBase::readClasses(kxCborInput& in)
 
 QByteArray kxJournalBase::record(UInt32 id)
 {
-    const auto found = _numbers.find(id);
-    if (found == _numbers.end())
+    const quint32 number = numberOf(id);
+    if (number == 0)
         return QByteArray();
-    const quint32 number = found->second;
     const quint64 start = _origin.containers[number - 1].offset;
     const QByteArray bytes =
         read(start, number < _origin.containers.size() ? _origin.containers[number].offset : _origin.end);

@@ -5,7 +5,7 @@
 
 #include <QFile>
 
-#include <unordered_map>
+#include <vector>
 
 class kxCborInput;
 
@@ -20,10 +20,12 @@ public:
 
     /// False where the file isn't the one that the origin speaks of.
     bool isValid() const { return _isValid; }
-    bool has(osg::UInt32 id) const { return _numbers.count(id) != 0; }
+    bool has(osg::UInt32 id) const { return numberOf(id) != 0; }
     /// The record of a container, empty for one that the file doesn't hold.
     QByteArray record(osg::UInt32 id);
     const kxSceneOrigin& origin() const { return _origin; }
+    /// The file's.
+    qint64 size() const { return _file.size(); }
 
 private:
     struct Field
@@ -41,6 +43,10 @@ private:
     void readClasses(kxCborInput& in);
     QByteArray transcoded(kxCborInput& in) const;
     kxContainerForm::Numbers structure(kxCborInput& in) const;
+    quint32 numberOf(osg::UInt32 id) const
+    {
+        return id < _firstId || id - _firstId >= _numbers.size() ? 0 : _numbers[id - _firstId];
+    }
     osg::UInt32 idOf(quint64 number) const
     {
         return number == 0 || number > _origin.containers.size() ? 0 : _origin.containers[number - 1].id;
@@ -49,7 +55,8 @@ private:
     kxSceneOrigin _origin;
     QFile _file;
     std::vector<Class> _classes;
-    std::unordered_map<osg::UInt32, quint32> _numbers; // by id
-    std::vector<bool> _isOwned;                        // by number: a field that names it owns it
+    std::vector<quint32> _numbers; // by id, from _firstId on; 0 for none
+    osg::UInt32 _firstId = 0;
+    std::vector<bool> _isOwned; // by number: a field that names it owns it
     bool _isValid = false;
 };

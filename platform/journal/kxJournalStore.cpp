@@ -7,6 +7,20 @@
 
 namespace
 {
+constexpr int LogPages = 512;      ///< that are gathered before the log is brought into the database
+constexpr int MostLogPages = 2048; ///< 32 MB, at which commits wait for that
+
+/// Waits for the disk, which the thread of commits doesn't.
+void checkpoint(const QByteArray& file)
+{
+    sqlite3* database = nullptr;
+    // A connection knows of the log once it has read.
+    if (sqlite3_open_v2(file.constData(), &database, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
+        sqlite3_exec(database, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) == SQLITE_OK)
+        sqlite3_wal_checkpoint_v2(database, nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr); // else later
+    sqlite3_close(database);
+}
+
 /// Entry and id in one key, so that an entry's rows lie beside each other.
 qint64 keyOf(std::uint32_t entry, std::uint32_t id)
 {
@@ -83,7 +97,7 @@ private:
     sqlite3_stmt* _statement; // null after a failure
 };
 
-kxJournalStore::kxJournalStore(const QString& file, Mode mode)
+kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
 {
     const int flags = mode == Writing ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READWRITE;
     if (sqlite3_open_v2(QFile::encodeName(file).constData(), &_database, flags, nullptr) != SQLITE_OK)
@@ -95,15 +109,35 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode)
         execute("PRAGMA cell_size_check=ON");
         return;
     }
+    execute("PRAGMA page_size=16384"); // a record may be long
+    execute("PRAGMA auto_vacuum=INCREMENTAL");
     execute("PRAGMA journal_mode=WAL");
-    execute("PRAGMA synchronous=NORMAL"); // what was committed outlives the process, though not a power cut
+    execute("PRAGMA journal_size_limit=8388608"); // of the log when it starts anew
+    execute("PRAGMA synchronous=NORMAL");         // what was committed outlives the process, though not a power cut
     execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, value BLOB)");
+    hearOfLog();
+}
+
+/// In place of a checkpoint within some commit.
+void kxJournalStore::hearOfLog()
+{
+    sqlite3_busy_timeout(_database, 2000);
+    sqlite3_wal_hook(
+        _database,
+        [](void* store, sqlite3*, const char*, int pages)
+        {
+            static_cast<kxJournalStore*>(store)->_logPages = pages;
+            return SQLITE_OK;
+        },
+        this);
 }
 
 kxJournalStore::~kxJournalStore()
 {
+    if (_logMover.joinable())
+        _logMover.join();
     for (const auto& entry : _prepared)
         sqlite3_finalize(entry.second);
     sqlite3_close(_database);
@@ -167,7 +201,50 @@ bool kxJournalStore::commit()
     prepared("COMMIT").step();
     if (!_failure.isEmpty())
         sqlite3_exec(_database, "ROLLBACK", nullptr, nullptr, nullptr); // fails where nothing is open
+    if (_logPages >= LogPages && !_isMovingLog)
+        moveLog();
+    if (_logPages >= MostLogPages && _logMover.joinable()) // it starts anew where nothing is written meanwhile
+    {
+        _logMover.join();
+        moveLog();
+        _logMover.join();
+        _logPages = 0;
+    }
     return _failure.isEmpty();
+}
+
+void kxJournalStore::moveLog()
+{
+    if (_logMover.joinable())
+        _logMover.join();
+    _isMovingLog = true;
+    _logMover = std::thread(
+        [this, file = QFile::encodeName(_file)]
+        {
+            checkpoint(file);
+            _isMovingLog = false;
+        });
+}
+
+qint64 kxJournalStore::number(const char* sql)
+{
+    Statement statement = prepared(sql);
+    return statement.step() ? statement.number(0) : 0;
+}
+
+qint64 kxJournalStore::latestSize()
+{
+    return number("SELECT sum(length(record)) FROM latest");
+}
+
+qint64 kxJournalStore::size()
+{
+    return (number("PRAGMA page_count") - number("PRAGMA freelist_count")) * number("PRAGMA page_size");
+}
+
+void kxJournalStore::shrink()
+{
+    execute("PRAGMA incremental_vacuum");
 }
 
 QByteArray kxJournalStore::latest(std::uint32_t id)

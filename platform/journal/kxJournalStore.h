@@ -3,9 +3,11 @@
 #include <QByteArray>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <thread>
 #include <vector>
 
 struct sqlite3;
@@ -37,6 +39,10 @@ public:
     kxJournalStore& operator=(const kxJournalStore&) = delete;
 
     const QString& failure() const { return _failure; }
+    /// Bytes in use, without what is free for later writes.
+    qint64 size();
+    /// Gives back what is free.
+    void shrink();
     /// Of a database that was left behind: false where something of latest and notes isn't what was set.
     bool isWhole();
 
@@ -48,6 +54,8 @@ public:
     void setLatest(std::uint32_t id, const QByteArray& record);
     void dropLatest(std::uint32_t id);
     std::vector<std::uint32_t> latestIds();
+    /// Bytes of all latest records.
+    qint64 latestSize();
     /// What any entry has a row of.
     std::vector<std::uint32_t> changedIds();
     /// Forgets all records and entries.
@@ -67,12 +75,18 @@ private:
     class Statement;
     Statement prepared(const char* sql);
     std::vector<std::uint32_t> ids(const char* sql);
+    qint64 number(const char* sql);
+    quint64 sumOfLatest(std::uint32_t id);
     void execute(const char* sql);
     void fail();
+    void hearOfLog();
+    void moveLog();
 
+    QString _file;
     sqlite3* _database = nullptr;
-    quint64 sumOfLatest(std::uint32_t id);
-
+    int _logPages = 0;     ///< of the write-ahead log
+    std::thread _logMover; ///< brings the log into the database
+    std::atomic<bool> _isMovingLog = false;
     quint64 _total = 0, _writtenTotal = 0;          // over the sums of latest
     std::map<const char*, sqlite3_stmt*> _prepared; // by the literal
     QString _failure;

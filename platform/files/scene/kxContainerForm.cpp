@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <unordered_map>
+#include <memory>
 
 using namespace osg;
 
@@ -25,18 +25,18 @@ std::vector<quint32> numbersOf(const std::vector<FCPtr<T>>& containers, const kx
 
 namespace
 {
-std::unordered_map<UInt32, std::vector<kxContainerForm::Field>>& fieldsByType()
+/// By the type's id; main thread only, as containers are.
+std::vector<std::unique_ptr<std::vector<kxContainerForm::Field>>>& fieldsByType()
 {
-    static auto* const fields = new std::unordered_map<UInt32, std::vector<kxContainerForm::Field>>;
-    return *fields; // main thread only, as containers are
+    static auto* const fields = new std::vector<std::unique_ptr<std::vector<kxContainerForm::Field>>>;
+    return *fields;
 }
 } // namespace
 
 const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldContainerType& type)
 {
-    const auto found = fieldsByType().find(type.getId());
-    if (found != fieldsByType().end())
-        return found->second;
+    if (type.getId() < fieldsByType().size() && fieldsByType()[type.getId()] != nullptr)
+        return *fieldsByType()[type.getId()];
     const osg::Share<FieldContainer> sample{FCPtr<FieldContainer>(type.create())};
     return fields(*sample);
 }
@@ -44,12 +44,17 @@ const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldCo
 const std::vector<kxContainerForm::Field>& kxContainerForm::fields(const FieldContainer& container)
 {
     const FieldContainerType& type = container.getType();
-    const auto [entry, isNew] = fieldsByType().try_emplace(type.getId());
-    if (isNew)
+    if (type.getId() >= fieldsByType().size())
+        fieldsByType().resize(type.getId() + 1);
+    std::unique_ptr<std::vector<Field>>& stored = fieldsByType()[type.getId()];
+    if (stored == nullptr)
+    {
+        stored = std::make_unique<std::vector<Field>>();
         for (const FieldDescription& field : type.fields())
             if (!field.isTransient())
-                entry->second.push_back(Field{&field, field.value(container).index()});
-    return entry->second;
+                stored->push_back(Field{&field, field.value(container).index()});
+    }
+    return *stored;
 }
 
 bool kxContainerForm::isOwnedByField(const FieldContainerPtr& container)

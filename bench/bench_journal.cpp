@@ -1,0 +1,122 @@
+#include <files/kxSceneIO.h>
+#include <journal/kxJournal.h>
+#include <kxBenchMain.h>
+#include <kxBenchScene.h>
+
+#include <QTemporaryDir>
+
+#include <thread>
+
+namespace
+{
+constexpr int Objects = 5000;
+constexpr int KeysPerCurve = 100;
+
+QString pathOf(const char* name)
+{
+    static const QTemporaryDir directory;
+    return directory.filePath(QLatin1String(name));
+}
+
+bool openScene()
+{
+    kxFileReport report(pathOf("scene.kxs"));
+    return kxSceneIO::open(pathOf("scene.kxs"), report);
+}
+
+std::vector<osg::AnimCurvePtr> curvesOfScene()
+{
+    std::vector<osg::AnimCurvePtr> curves;
+    for (const osg::NodePtr& object : kxScene::the()->root()->getChildren())
+        for (const osg::NodePtr& node :
+             object->findAttachment<osg::AnimAttachment>()->getAnimationRoot()->getChildren())
+            curves.push_back(osg::AnimCurvePtr::dcast(node->getCore()));
+    return curves;
+}
+
+void moveKey(const osg::AnimCurvePtr& curve, osg::UInt32 key)
+{
+    curve->getControlPoints(key).setY(curve->getControlPoints(key).y() + 1);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
+/// What a commit takes after `edit(turn)`, in the scene of 4.5 million keys as it was opened.
+template <class Edit>
+void measure(benchmark::State& state, const Edit& edit)
+{
+    int turn = 0;
+    std::vector<quint64> entries;
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // as hands do, who leave time to the disk
+        edit(turn++);
+        state.ResumeTiming();
+        entries.push_back(kxJournal::the().commit());
+    }
+    for (const quint64 entry : entries)
+        kxJournal::the().forget(entry);
+}
+
+/// Each time of another curve.
+void key(benchmark::State& state)
+{
+    const std::vector<osg::AnimCurvePtr> curves = curvesOfScene();
+    measure(state, [&](int turn) { moveKey(curves[std::size_t(turn) % curves.size()], 50); });
+}
+
+void movedKeys(benchmark::State& state)
+{
+    const std::vector<osg::AnimCurvePtr> curves = curvesOfScene();
+    measure(state,
+            [&](int turn)
+            {
+                for (std::size_t i = 0; i < 50; ++i)
+                    for (osg::UInt32 k = 0; k < KeysPerCurve; ++k)
+                        moveKey(curves[(std::size_t(turn) * 50 + i) % curves.size()], k);
+            });
+}
+
+void longCurve(benchmark::State& state)
+{
+    const osg::AnimCurvePtr curve = curvesOfScene().front();
+    const osg::MField<osg::CCPnt, 0> kept = curve->getControlPoints();
+    for (int k = KeysPerCurve; k < 100000; ++k)
+        curve->editControlPoints().push_back(osg::CCPnt(osg::Pnt2f(float(k * 2) / 24.0f, float(k % 7)), {}, {}, 1, 1));
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+    kxJournal::the().commit();
+    measure(state, [&](int turn) { moveKey(curve, osg::UInt32(turn)); });
+    curve->editControlPoints() = kept;
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+    kxJournal::the().commit();
+}
+
+void open(benchmark::State& state)
+{
+    kxJournal::the().stop();
+    if (state.range(0) != 0)
+        kxJournal::the().start(pathOf("journal"));
+    for (auto _ : state)
+        if (!openScene())
+            state.SkipWithError("the scene can't be opened");
+    kxJournal::the().stop();
+}
+} // namespace
+
+BENCHMARK(key)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(200);
+BENCHMARK(movedKeys)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK(longCurve)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
+BENCHMARK(open)->Unit(benchmark::kMillisecond)->Arg(0)->Arg(1)->Iterations(3)->UseRealTime();
+
+int main(int argc, char** argv)
+{
+    return kxBenchMain(argc, argv,
+                       []
+                       {
+                           kxSceneIO::newScene();
+                           kxBenchScene::make(Objects, KeysPerCurve);
+                           kxFileReport report(pathOf("scene.kxs"));
+                           kxJournal::the().start(pathOf("journal"));
+                           return kxSceneIO::save(pathOf("scene.kxs"), report) && openScene();
+                       });
+}
