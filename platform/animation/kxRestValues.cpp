@@ -36,6 +36,29 @@ struct Rest
 
 constexpr UInt64 Noted = 0;
 
+/// Gives a container the stored fields back that it had, where they are among those of a mask.
+class Kept
+{
+public:
+    Kept(FieldContainer& container, const BitVector& mask) : _container(container)
+    {
+        for (const FieldDescription& field : container.getType().fields())
+            if (!field.isTransient() && field.mask().intersects(mask))
+                _values.emplace_back(&field, field.value(container));
+    }
+    ~Kept()
+    {
+        for (const auto& [field, value] : _values)
+            field->setValue(_container, value);
+    }
+    Kept(const Kept&) = delete;
+    Kept& operator=(const Kept&) = delete;
+
+private:
+    FieldContainer& _container;
+    std::vector<std::pair<const FieldDescription*, FieldValue>> _values;
+};
+
 /// The living container's field of this name; false where there is none.
 bool resolve(UInt32 id, const std::string& field, unsigned component, Key& key)
 {
@@ -54,6 +77,11 @@ struct kxRestValues::Private
     UInt64 round = Noted;
     std::size_t noted = 0; ///< how many values only note() named
 
+    /// The driven components of a container's fields that share what they store with `field`: a camera's angle of view
+    /// and its focal length are views of one number.
+    std::vector<std::pair<Key, Rest*>> heldBeside(const FieldContainer& container, const FieldDescription& field);
+    /// The value that a component has while nothing drives its container.
+    float atRest(const kxChannelTarget& target);
     template <class Ceases>
     void writeBack(Ceases ceases);
 };
@@ -79,12 +107,44 @@ bool kxRestValues::set(UInt32 containerId, const std::string& field, unsigned co
     Key key;
     if (!isFinite(value) || !resolve(containerId, field, component, key))
         return false;
+    FieldContainer& container = *FieldContainerFactory::the()->getContainer(containerId);
     const auto found = _p->values.find(key);
+    const auto beside = _p->heldBeside(container, *key.field);
+    if (!beside.empty())
+    {
+        const Kept kept(container, key.field->mask());
+        key.field->setComponent(container, component, value);
+        for (const auto& [other, rest] : beside)
+            rest->value = other.field->component(container, other.component);
+    }
+    else if (found == _p->values.end())
+        key.field->setComponent(container, component, value);
     if (found != _p->values.end())
         found->second.value = value;
-    else
-        key.field->setComponent(*FieldContainerFactory::the()->getContainer(containerId), component, value);
     return true;
+}
+
+std::vector<std::pair<Key, Rest*>> kxRestValues::Private::heldBeside(const FieldContainer& container,
+                                                                     const FieldDescription& field)
+{
+    std::vector<std::pair<Key, Rest*>> held;
+    for (const FieldDescription& other : container.getType().fields())
+        if (&other != &field && other.isAnimatable() && other.mask().intersects(field.mask()))
+            for (unsigned i = 0; i < other.components(); ++i)
+                if (const auto found = values.find(Key{container.getId(), &other, i}); found != values.end())
+                    held.emplace_back(found->first, &found->second);
+    return held;
+}
+
+float kxRestValues::Private::atRest(const kxChannelTarget& target)
+{
+    const auto beside = heldBeside(*target.container, *target.field);
+    if (beside.empty())
+        return target.value();
+    const Kept kept(*target.container, target.field->mask());
+    for (const auto& [other, rest] : beside)
+        other.field->setComponent(*target.container, other.component, rest->value);
+    return target.value();
 }
 
 void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
@@ -97,7 +157,7 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
         const Key key = {target.container->getId(), target.field, target.component};
         const auto found = _p->values.find(key);
         if (found == _p->values.end())
-            _p->values.emplace(key, Rest{target.value(), round});
+            _p->values.emplace(key, Rest{_p->atRest(target), round});
         else
         {
             if (found->second.round == Noted)
@@ -113,8 +173,10 @@ void kxRestValues::update(const std::vector<kxChannelTarget>& driven)
 void kxRestValues::note(const kxChannelTarget& target)
 {
     const Key key = {target.container->getId(), target.field, target.component};
-    if (_p->values.emplace(key, Rest{target.value(), Noted}).second)
-        ++_p->noted;
+    if (_p->values.count(key) != 0)
+        return;
+    _p->values.emplace(key, Rest{_p->atRest(target), Noted});
+    ++_p->noted;
 }
 
 void kxRestValues::writeBackNoted()

@@ -7,6 +7,7 @@
 #include <kxTable.h>
 #include <kxUndo.h>
 #include <osg/Share.h>
+#include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 
 #include <QUndoStack>
@@ -219,6 +220,28 @@ private Q_SLOTS:
         manager()->subAnimation(object, node);
         manager()->updateSceneAnimCurveData();
         QCOMPARE(f.transform(object)->getTranslation(), Vec3f(0, 40, 50));
+    }
+
+    /// A camera's angle of view and its focal length are one number: what one drives is no rest value of the other.
+    void restValuesOfOneNumber()
+    {
+        const CameraPtr camera = Camera::create();
+        object->setCore(camera);
+        camera->setFieldOfView(40);
+        const float rest = camera->getFocalLength();
+        const AnimNodePtr angle = f.added(object, f.curve("fieldOfView", "", {{0, 90}}));
+        manager()->updateSceneAnimCurveData();
+        QCOMPARE(camera->getFieldOfView(), 90.0f);
+        const AnimNodePtr length = f.added(object, f.curve("focalLength", "", {{0, 77}}));
+        manager()->updateSceneAnimCurveData();
+        float value = 0;
+        QVERIFY(f.engine().rest.get(camera->getId(), "focalLength", 0, value));
+        QCOMPARE(value, rest);
+        QVERIFY(f.engine().rest.set(camera->getId(), "fieldOfView", 0, 60));
+        for (const AnimNodePtr& node : {angle, length})
+            manager()->subAnimation(object, node);
+        manager()->updateSceneAnimCurveData();
+        QCOMPARE(camera->getFieldOfView(), 60.0f);
     }
 
     void fieldsWithoutAnAddress()
