@@ -170,8 +170,10 @@ QString kxDifferenceWords::subject(const kxSceneOutline& outline, std::size_t in
     QString text = isPlain && !withKind ? name : word + QLatin1Char(' ') + name;
     text[0] = text[0].toUpper();
     const std::size_t above = holder(outline, index);
-    if (!isAnimation(outline, index) || above == kxSceneOutline::None || outline.isTop(above))
+    if (above == kxSceneOutline::None || outline.isTop(above))
         return text;
+    if (!isAnimation(outline, index))
+        return outline.isNameUnique(index) ? text : tr("%1 in %2").arg(text, quoted(outline, above));
     if (!isAnimation(outline, above))
         return tr("%1 of %2").arg(text, quoted(outline, above));
     const QString place = subject(outline, above);

@@ -299,12 +299,14 @@ private:
         if (is.name == "controlPoints" && oldCurve != NullFC && newCurve != NullFC)
             return compareKeys(*oldCurve, *newCurve, b);
         const FieldValue before = was.field->value(*was.container), after = is.field->value(*is.container);
+        if (_match.isSame(before, after))
+            return;
         const auto* const oldReference = std::get_if<FieldContainerPtr>(&before);
         const auto* const newReference = std::get_if<FieldContainerPtr>(&after);
         if (oldReference != nullptr && newReference != nullptr)
             compareReference(b, text(is.name), kxFieldWords::of(is.container->getType(), is.field->name()).label,
                              *oldReference, *newReference);
-        else if (!(before == after))
+        else
             addChange(b, text(is.name), kxDifferenceWords::json(before), kxDifferenceWords::json(after),
                       kxDifferenceWords::changed(is.container->getType(), is.field->name(), {_old, a, before},
                                                  {_new, b, after}));
@@ -315,8 +317,6 @@ private:
     {
         const std::size_t from = _old.find(was), to = _new.find(is);
         const bool isPart = from == None && to == None;
-        if (isPart ? _match.isSamePart(was, is) : _match.after(from) == to && (from == None) == (to == None))
-            return;
         const auto name = [](const kxSceneOutline& outline, std::size_t index)
         { return index == None ? tr("none") : QStringLiteral("'%1'").arg(text(outline.thing(index).name)); };
         const QString words = !isPart         ? tr("%1 %2 (was %3)").arg(label, name(_new, to), name(_old, from))

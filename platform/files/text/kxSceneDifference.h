@@ -44,7 +44,6 @@ struct KX_API kxSceneDifference
 
     std::vector<Entry> entries; ///< in the order of groups' paths
 
-    /// Both contents outlive this call only.
     static kxSceneDifference between(const kxSceneContent& before, const kxSceneContent& after);
 
     bool isEmpty() const { return entries.empty(); }

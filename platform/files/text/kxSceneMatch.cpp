@@ -4,6 +4,7 @@
 #include <osg/AnimCurve.h>
 #include <scene/Mesh.h>
 
+#include <algorithm>
 #include <deque>
 
 using namespace osg;
@@ -250,28 +251,30 @@ void kxSceneMatch::matchLeft(const Key& key)
     }
 }
 
-bool kxSceneMatch::isSamePart(const FieldContainerPtr& before, const FieldContainerPtr& after) const
+bool kxSceneMatch::isSame(const FieldContainerPtr& before, const FieldContainerPtr& after) const
 {
+    const std::size_t a = _old.find(before), b = _new.find(after);
+    if (a != None || b != None)
+        return a != None && b != None && this->after(a) == b;
     if (before == NullFC || after == NullFC || &before->getType() != &after->getType())
         return before == after;
     for (const FieldDescription& field : before->getType().fields())
-    {
-        if (field.isTransient())
-            continue;
-        const FieldValue was = field.value(*before), is = field.value(*after);
-        const auto* const references = std::get_if<std::vector<FieldContainerPtr>>(&was);
-        if (references == nullptr)
-        {
-            if (!(was == is))
-                return false;
-            continue;
-        }
-        const auto& others = std::get<std::vector<FieldContainerPtr>>(is);
-        if (references->size() != others.size())
+        if (!field.isTransient() && !isSame(field.value(*before), field.value(*after)))
             return false;
-        for (std::size_t i = 0; i < others.size(); ++i)
-            if (this->after(_old.find((*references)[i])) != _new.find(others[i]))
-                return false;
-    }
     return true;
+}
+
+bool kxSceneMatch::isSame(const FieldValue& before, const FieldValue& after) const
+{
+    const auto* const was = std::get_if<FieldContainerPtr>(&before);
+    const auto* const is = std::get_if<FieldContainerPtr>(&after);
+    if (was != nullptr && is != nullptr)
+        return isSame(*was, *is);
+    typedef std::vector<FieldContainerPtr> List;
+    const List* const all = std::get_if<List>(&before);
+    const List* const others = std::get_if<List>(&after);
+    if (all == nullptr || others == nullptr)
+        return before == after;
+    return std::equal(all->begin(), all->end(), others->begin(), others->end(),
+                      [this](const FieldContainerPtr& a, const FieldContainerPtr& b) { return isSame(a, b); });
 }

@@ -20,8 +20,10 @@ public:
     /// None where there is no partner.
     std::size_t after(std::size_t before) const { return before == None ? None : _after[before]; }
     std::size_t before(std::size_t after) const { return after == None ? None : _before[after]; }
-    /// The same part: a mesh, a skin, a picture.
-    bool isSamePart(const osg::FieldContainerPtr& before, const osg::FieldContainerPtr& after) const;
+    /// Things that are each other's partner, parts (a mesh, a skin, a picture) that hold the same, or null twice.
+    bool isSame(const osg::FieldContainerPtr& before, const osg::FieldContainerPtr& after) const;
+    /// The same for values: references are compared by isSame().
+    bool isSame(const osg::FieldValue& before, const osg::FieldValue& after) const;
 
 private:
     /// Hashes of the things of one side, made when they are asked for.

@@ -94,6 +94,8 @@ std::size_t kxSceneOutline::add(std::size_t parent, const AttachmentContainerPtr
     thing.core = node == NullFC ? NodeCorePtr() : node->getCore();
     if (parent != None)
         _things[parent].children.push_back(index);
+    if (!container->getType().isDerivedFrom(AnimNodeBase::_type))
+        ++_names[thing.name];
     if (const AnimAttachmentPtr attachment = container->findAttachment<AnimAttachment>(); attachment != NullFC)
     {
         const std::size_t root = add(index, attachment->getAnimationRoot());
@@ -199,6 +201,12 @@ std::string kxSceneOutline::path(std::size_t index) const
     const Thing& parent = _things[thing.parent];
     return parent.gathersAnimations ? path(parent.parent) + " : " + thing.segment
                                     : path(thing.parent) + "/" + thing.segment;
+}
+
+bool kxSceneOutline::isNameUnique(std::size_t index) const
+{
+    const auto found = _names.find(_things[index].name);
+    return found == _names.end() || found->second < 2;
 }
 
 std::vector<FieldContainerPtr> kxSceneOutline::containers() const

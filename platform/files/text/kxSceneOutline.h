@@ -49,6 +49,8 @@ public:
     /// The thing that a node or a material is, None for what is a part.
     std::size_t find(const osg::FieldContainerPtr& container) const;
     std::string path(std::size_t index) const;
+    /// False for an object or a material that shares its name with another, wherever that stands.
+    bool isNameUnique(std::size_t index) const;
     /// All containers but the parts.
     std::vector<osg::FieldContainerPtr> containers() const;
 
@@ -80,6 +82,7 @@ private:
 
     std::vector<Thing> _things;
     std::unordered_map<osg::UInt32, std::size_t> _byId;
+    std::unordered_map<std::string, std::size_t> _names; // how often, but for animations
     double _fps = 24;
     bool _isScene = false;
 };

@@ -363,6 +363,7 @@ private:
                 kxAnimFixture::added(_car, _block);
             });
         row("Rename 'Paint' to 'Oil'", "Material 'Oil': renamed from 'Paint'", [this] { _paint->setNodeName("Oil"); });
+        row("Make object 'Pin'", "Object 'Pin' in 'Car': added", [this] { addNode(_car, "Pin", Transform::create()); });
         row("Make object 'Bus' and more", "Object 'Car': removed\nObject 'Bus': added",
             [this]
             {
