@@ -21,7 +21,8 @@ int main(int argc, char** argv)
     }
     kxTurntable::build();
     kxFileReport report(arguments[1]);
-    if (!kxSceneFile::save(arguments[1], report))
+    kxSceneOrigin origin;
+    if (!kxSceneFile::save(arguments[1], report, origin))
     {
         std::fprintf(stderr, "kxMakeSample: %s\n", qUtf8Printable(report.message()));
         return 1;
