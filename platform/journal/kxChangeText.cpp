@@ -36,7 +36,7 @@ FieldContainerPtr living(UInt32 id)
     return FieldContainerFactory::the()->getContainer(id);
 }
 
-kxChangeWords::State stateOf(UInt32 id, const QByteArray& record)
+kxChangeWords::State stateOf(const QByteArray& record)
 {
     kxChangeWords::State state;
     if (record.isEmpty())
@@ -46,10 +46,9 @@ kxChangeWords::State stateOf(UInt32 id, const QByteArray& record)
     state.core = content.structure.core;
     state.children.assign(content.structure.children.begin(), content.structure.children.end());
     state.attachments.assign(content.structure.attachments.begin(), content.structure.attachments.end());
-    const FieldContainerPtr container = living(id); // of the dead no more is said than that they went
-    if (container == NullFC)
+    if (state.type == nullptr)
         return state;
-    const std::vector<kxContainerForm::Field>& fields = kxContainerForm::fields(*container);
+    const std::vector<kxContainerForm::Field>& fields = kxContainerForm::fields(*state.type);
     for (std::size_t i = 0; i < std::min(fields.size(), content.values.size()); ++i)
         state.fields[fields[i].description->name()] = kxFieldCodec::isReference(fields[i].kind)
                                                           ? FieldValue(kxContainerRecord::ids(content.values[i]))
@@ -70,7 +69,7 @@ QString kxChangeText::act(const std::vector<Change>& changes)
             ofScene = kxChangeWords::of(kxSceneRecord::read(change.before).animation,
                                         kxSceneRecord::read(change.after).animation);
         else if (bytes <= MostWords)
-            stated.push_back({change.id, stateOf(change.id, change.before), stateOf(change.id, change.after)});
+            stated.push_back({change.id, stateOf(change.before), stateOf(change.after)});
     }
     const QString words = ofScene.isEmpty() ? kxChangeWords::of(stated, kxAnimManager::the()->fps()) : ofScene;
     return words.isEmpty() ? tr("Change the scene") : words;
@@ -78,9 +77,9 @@ QString kxChangeText::act(const std::vector<Change>& changes)
 
 namespace
 {
-Keys keysOf(UInt32 id, const QByteArray& record)
+Keys keysOf(const QByteArray& record)
 {
-    const kxChangeWords::State state = stateOf(id, record);
+    const kxChangeWords::State state = stateOf(record);
     const auto found = state.fields.find("controlPoints");
     return found == state.fields.end() ? Keys() : std::get<Keys>(found->second);
 }
@@ -159,8 +158,7 @@ QString kxChangeText::detail(const std::vector<Change>& changes)
         bytes += change.before.size() + change.after.size();
         if (bytes <= MostBytes)
         {
-            const std::vector<CCPnt> changed =
-                changedKeys(keysOf(change.id, change.before), keysOf(change.id, change.after));
+            const std::vector<CCPnt> changed = changedKeys(keysOf(change.before), keysOf(change.after));
             if (changed.empty())
                 continue;
             for (const CCPnt& key : changed)

@@ -136,6 +136,26 @@ private Q_SLOTS:
                                       "Set rotation.Y of Handle"}));
     }
 
+    void editsThatAreNoStepsSayWhatTheyDid()
+    {
+        const osg::NodePtr door = addObject("Door");
+        animate(door);
+        const osg::MaterialPtr oak = addMaterial("Oak");
+        const osg::AnimNodePtr bar =
+            osg::AnimNodePtr::dcast(door->findAttachment<osg::AnimAttachment>()->getAnimationRoot()->getChild(0));
+        kxHistory::the().flush();
+        kxHistory::the().clear();
+        bar->moveBy(0.5f, 0);
+        osg::markChanged(bar, osg::AnimNodeBase::OffsetFieldMask);
+        kxHistory::the().flush();
+        kxScene::the()->subMaterial(oak); // which dies
+        kxHistory::the().flush();
+        kxAnimManager::the()->setFullRangeEnd(70);
+        kxHistory::the().flush();
+        QCOMPARE(rows(), QStringList({"Start", "Move 'translation.X' by 12 frames in 'Door'", "Delete material 'Oak'",
+                                      "Set end of the full range to 70"}));
+    }
+
     void aRowLeadsToItsStep()
     {
         const osg::NodePtr node = addObject("A");
