@@ -226,9 +226,16 @@ void kxJournal::stop()
     _isPending = false;
 }
 
+bool kxJournal::isSound() const
+{
+    return _store->failure().isEmpty() && (_base == nullptr || !_base->isBroken());
+}
+
 void kxJournal::end()
 {
-    const QString why = _store->failure();
+    const QString why = !_store->failure().isEmpty()
+                            ? _store->failure()
+                            : QStringLiteral("'%1' was changed by another program").arg(_base->origin().path);
     stop();
     kxLog::warning(QStringLiteral("The journal of changes ends here: %1. The scene is as it is.").arg(why));
     Q_EMIT failed(why);
@@ -440,7 +447,9 @@ quint64 kxJournal::commit(quint64 into)
     if (!isRunning())
         return 0;
     const States states = compare({});
-    if (states.empty())
+    if (!isSound())
+        end(); // what was before isn't known
+    if (states.empty() || !isRunning())
         return 0;
     const quint64 number = ++_lastNumber;
     _store->begin();
@@ -541,6 +550,13 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     restore.run();
 
     States states = compare(ids);
+    for (const auto& entry : states)
+        changed.push_back(entry.first);
+    if (!isSound())
+    {
+        end();
+        return changed;
+    }
     _store->begin();
     for (const kxJournalStore::Row& row : rows)
     {
@@ -553,8 +569,6 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     write(number, states);
     if (!_takenBack.erase(number))
         _takenBack.insert(number);
-    for (const auto& entry : states)
-        changed.push_back(entry.first);
     if (_store->commit())
         compact();
     else

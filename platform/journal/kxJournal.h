@@ -115,6 +115,8 @@ private:
     void compact();
     qint64 sceneSize() const;
     void dropUnused();
+    /// False where something that was known can't be read any more.
+    bool isSound() const;
     void end();
 
     std::unique_ptr<kxJournalStore> _store;

@@ -80,7 +80,8 @@ QByteArray kxJournalBase::record(UInt32 id)
     kxFileReport report;
     kxCborInput in(bytes.constData(), bytes.size(), report);
     const QByteArray record = transcoded(in);
-    return in.failed() ? QByteArray() : record;
+    _isBroken = _isBroken || in.failed() || record.isEmpty();
+    return _isBroken ? QByteArray() : record;
 }
 
 kxContainerForm::Numbers kxJournalBase::structure(kxCborInput& in) const

@@ -23,6 +23,8 @@ public:
     bool has(osg::UInt32 id) const { return numberOf(id) != 0; }
     /// The record of a container, empty for one that the file doesn't hold.
     QByteArray record(osg::UInt32 id);
+    /// Something that the file held can't be read any more: another program has written into it.
+    bool isBroken() const { return _isBroken; }
     const kxSceneOrigin& origin() const { return _origin; }
     /// The file's.
     qint64 size() const { return _file.size(); }
@@ -59,4 +61,5 @@ private:
     osg::UInt32 _firstId = 0;
     std::vector<bool> _isOwned; // by number: a field that names it owns it
     bool _isValid = false;
+    bool _isBroken = false;
 };

@@ -26,7 +26,7 @@ public:
 
     std::size_t below(std::size_t count) { return count == 0 ? 0 : _random() % count; }
 
-private:
+protected:
     static kxAnimManager* manager() { return kxAnimManager::the(); }
     float number() { return float(int(below(2000)) - 1000) / 8.0f; }
     std::string name() { return "n" + std::to_string(below(1000)); }
@@ -59,6 +59,8 @@ private:
         const std::vector<osg::NodePtr> blocks = kxAnimManager::getBlockNodes(false);
         return osg::AnimNodePtr::dcast(any(blocks));
     }
+
+private:
     static void childrenChanged(const osg::NodePtr& node) { osg::markChanged(node, osg::Node::ChildrenFieldMask); }
     static void take(const osg::NodePtr& node)
     {

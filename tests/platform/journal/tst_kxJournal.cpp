@@ -71,7 +71,7 @@ private Q_SLOTS:
         bool isGiven = false;
         const unsigned given = qEnvironmentVariable("KX_SEED").toUInt(&isGiven);
         const unsigned fresh = isGiven ? given : unsigned(std::random_device()());
-        for (const unsigned seed : {1u, 7u, fresh})
+        for (const unsigned seed : {7u, fresh})
             for (const bool isOpened : {false, true})
                 kxRow(qPrintable(QStringLiteral("%1 %2").arg(seed).arg(isOpened)), seed, isOpened);
     }
@@ -152,6 +152,42 @@ private Q_SLOTS:
         while (history.undo())
             QVERIFY(savedBytes() == states[states.size() - 1 - std::size_t(history.count() - history.index())]);
         journal().setSpare(32 << 20);
+    }
+
+    /// A file that another program writes into ends the journal with a word, and the scene stays.
+    void brokenBase()
+    {
+        const QString path = _folder.filePath(QStringLiteral("broken.kxs"));
+        kxFileReport report(path);
+        QVERIFY(kxSceneIO::save(path, report) && kxSceneIO::open(path, report));
+        const QByteArray before = savedBytes();
+        QVERIFY(QFile::resize(path, 100));
+        QSignalSpy failed(&journal(), &kxJournal::failed);
+        const NodePtr body = nodeNamed("Body");
+        body->setNodeName("Ball");
+        osg::markChanged(body, AttachmentContainer::NodeNameFieldMask);
+        QVERIFY(journal().commit() == 0 && !journal().isRunning());
+        QVERIFY(failed.count() == 1 && failed.front().front().toString().contains("broken.kxs"));
+        nodeNamed("Ball")->setNodeName("Body");
+        QCOMPARE(savedBytes(), before);
+    }
+
+    /// Neither playing nor showing a clip is a change.
+    void evaluationIsNone()
+    {
+        const AnimNodePtr clip = AnimNodePtr::dcast(kxAnimManager::the()->clipStructureRoot()->getChild(0));
+        const QByteArray before = savedBytes();
+        kxAnimManager::the()->setCurrentFrame(7, true, true);
+        journal().commit();
+        for (int frame = 8; frame < 40; ++frame)
+        {
+            kxAnimManager::the()->setCurrentFrame(frame, false, true);
+            QVERIFY(!journal().isPending());
+            kxAnimManager::the()->evaluateByFrame(clip, frame, true, false, true);
+        }
+        kxAnimManager::the()->setCurrentFrame(0, true, true);
+        QVERIFY(journal().commit() == 0 && journal().unmarked().empty());
+        QCOMPARE(savedBytes(), before);
     }
 
 private:
