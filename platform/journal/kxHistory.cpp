@@ -19,6 +19,7 @@
 namespace
 {
 constexpr std::size_t MostEntries = 10000; ///< the oldest go
+constexpr qint64 GlideTime = 700;          ///< milliseconds after a drag
 
 quint64 numberOf(const QUndoCommand* command)
 {
@@ -116,7 +117,8 @@ void kxHistory::settle()
     if (_isWalking || isCollecting() || kxUndoGesture::the().isHeld() || kxUndoRecorder::isActing())
         return;
     commit();
-    _open = false;
+    // What a drag leaves may glide to its place.
+    _open = kxUndoGesture::the().hasDragged() && _written.isValid() && !canRedo() && !_entries.empty();
 }
 
 void kxHistory::flush()
@@ -132,6 +134,8 @@ void kxHistory::flush()
 
 void kxHistory::commit()
 {
+    if (_written.isValid() && _written.elapsed() > GlideTime)
+        _open = false;
     if (_open)
     {
         Entry& last = _entries.back();
@@ -140,7 +144,10 @@ void kxHistory::commit()
             return;
         last.record = record;
         last.state = ++_states;
-        describe(last);
+        if (!describe(last)) // all is as it was before
+            _entries.pop_back();
+        _index = _entries.size();
+        _open = _open && !_entries.empty() && _entries.back().record == record;
     }
     else
     {
@@ -150,7 +157,9 @@ void kxHistory::commit()
         dropUndone();
         append(Entry{QString(), QString(), QDateTime::currentDateTime(), false, record, {}});
         describe(_entries.back());
+        _open = true;
     }
+    _written.start();
     Q_EMIT changed();
 }
 
@@ -186,16 +195,25 @@ void kxHistory::refresh(Entry& entry)
     entry.state = ++_states;
 }
 
-void kxHistory::describe(Entry& entry)
+bool kxHistory::describe(Entry& entry)
 {
-    const std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
+    std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
+    changes.erase(std::remove_if(changes.begin(), changes.end(),
+                                 [](const kxJournal::Change& change) { return change.before == change.after; }),
+                  changes.end());
+    if (changes.empty() && entry.steps.empty())
+    {
+        forget(entry);
+        return false;
+    }
     entry.isSelection = false;
-    if (entry.act.isEmpty())
+    if (entry.steps.empty() && entry.run == 0)
         entry.act = kxChangeText::act(changes);
     else
         entry.detail = kxChangeText::detail(changes);
     if (entry.run != 0 && entry.detail.isEmpty())
         entry.detail = kxChangeText::act(changes); // a script's name doesn't say what it did
+    return true;
 }
 
 void kxHistory::forget(Entry& entry)
@@ -293,8 +311,9 @@ bool kxHistory::redo()
 void kxHistory::setIndex(int index)
 {
     flush();
-    while (!_isWalking && int(_index) != index && (index < int(_index) ? undo() : redo()))
-        ;
+    const std::size_t aim = std::size_t(std::clamp(index, 0, count()));
+    while (!_isWalking && _index != aim && (aim < _index || canRedo()))
+        walk(aim > _index);
 }
 
 void kxHistory::walk(bool forward)
@@ -318,6 +337,12 @@ void kxHistory::walk(bool forward)
         }
         _index = forward ? at + 1 : at;
         notice.tell();
+        // What the tools write in answer is nobody's change.
+        if (const quint64 answer = kxJournal::the().commit(); answer != 0)
+        {
+            kxJournal::the().exchange(answer, [] {});
+            kxJournal::the().forget(answer);
+        }
     }
     _open = false;
     if (std::exchange(_hasPushed, false))

@@ -3,6 +3,7 @@
 #include <kxExport.h>
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
@@ -118,7 +119,8 @@ private:
     void append(Entry entry);
     void closeTop();
     void refresh(Entry& entry);
-    void describe(Entry& entry);
+    /// False where it did nothing, and is forgotten.
+    static bool describe(Entry& entry);
     static void forget(Entry& entry);
     void drop(quint64 record);
     void dropUndone();
@@ -137,7 +139,8 @@ private:
     quint64 _firstState = 0; // before the first entry
     quint64 _saved = 0;      // as content()
     quint64 _runCount = 0;
-    bool _open = false; // the last entry takes what the gesture still writes
+    bool _open = false;     // the last entry takes what the gesture still writes
+    QElapsedTimer _written; // since the last commit of something
     bool _isWalking = false;
     bool _hasPushed = false;  // a step came during a walk
     bool _isSettling = false; // a call of settle() waits

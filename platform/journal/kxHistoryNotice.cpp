@@ -1,5 +1,6 @@
 #include <journal/kxHistoryNotice.h>
 
+#include <journal/kxContainerRecord.h>
 #include <kernel/kxModuleRegistry.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -47,6 +48,7 @@ kxHistoryNotice::~kxHistoryNotice()
 void kxHistoryNotice::listen()
 {
     WinThreadBase::getCurrentChangeList()->addListener(this);
+    _ofScene = kxSceneRecord::ofScene();
 }
 
 void kxHistoryNotice::containerChanged(const FieldContainerPtr& container, const BitVector& whichField)
@@ -57,8 +59,9 @@ void kxHistoryNotice::containerChanged(const FieldContainerPtr& container, const
     const BitVector shape =
         AttachmentContainer::AttachmentsFieldMask | AttachmentContainer::NodeNameFieldMask |
         (isNode ? Node::CoreFieldMask | Node::ChildrenFieldMask | Node::TravMaskFieldMask : BitVector());
-    if (type.isDerivedFrom(AnimNodeBase::_type))
-        _animations = _animations || whichField.intersects(shape);
+    if (type.isDerivedFrom(AnimNodeBase::_type)) // trees show all but the place in time
+        _animations =
+            _animations || whichField.intersects(~(AnimNodeBase::OffsetFieldMask | AnimNodeBase::ScaleFieldMask));
     else if (type.isDerivedFrom(AnimCurveBase::_type))
         _animations = _animations || whichField.intersects(~AnimCurveBase::ControlPointsFieldMask);
     else if (type.isDerivedFrom(AnimObject::_type) || type.isDerivedFrom(AnimAttachmentBase::_type) ||
@@ -81,11 +84,13 @@ void kxHistoryNotice::containerDestroyed(UInt32)
 void kxHistoryNotice::tell()
 {
     WinThreadBase::getCurrentChangeList()->subListener(this);
-    kxScene* const scene = kxScene::the();
-    scene->markStructureChanged(); // the list of materials marks nothing else
-    scene->markSettingsChanged();
     deselectGone();
-    send(kxMessageName::UpdateAnimControlGUI);
+    if (kxSceneRecord::ofScene() != _ofScene)
+    {
+        kxScene::the()->markStructureChanged(); // the list of materials marks nothing else
+        kxScene::the()->markSettingsChanged();
+        send(kxMessageName::UpdateAnimControlGUI);
+    }
     if (!_any)
         return;
     tellFields();

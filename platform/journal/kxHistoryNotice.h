@@ -2,6 +2,8 @@
 
 #include <osg/ChangeList.h>
 
+#include <QByteArray>
+
 /// Tells the tools what a walk through the history has written, as any edit of theirs would.
 class kxHistoryNotice : public osg::ChangeListener
 {
@@ -21,6 +23,7 @@ public:
 private:
     void tellFields() const;
 
+    QByteArray _ofScene; // see kxSceneRecord
     bool _any = false;
     bool _structure = false;  // nodes, names, attachments
     bool _animations = false; // their trees, their names, who has them

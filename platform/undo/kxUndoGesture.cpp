@@ -80,7 +80,7 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
         // A release that went elsewhere shows in the next move. What is added with no button held moves on by itself.
         if (static_cast<QMouseEvent*>(event)->buttons() == Qt::NoButton)
             setHeld(Qt::NoButton);
-        _hasMoved = true;
+        _hasMoved = _hasMoved || isHeld();
         break;
     case QEvent::Drop: // takes the place of the release
         setHeld(Qt::NoButton);
@@ -88,6 +88,7 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
     case QEvent::KeyPress:
         if (!isModifier(static_cast<QKeyEvent*>(event)->key()))
             moveOn();
+        _hasMoved = _hasMoved && isHeld();
         break;
     default:
         break;

@@ -29,6 +29,8 @@ public:
     bool isHeld() const { return _held != Qt::NoButton; }
     /// The mouse has moved since.
     bool isDragging() const { return isHeld() && _hasMoved; }
+    /// The last that the user did was a drag, which has ended.
+    bool hasDragged() const { return !isHeld() && _hasMoved; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
