@@ -93,7 +93,7 @@ private Q_SLOTS:
         put("more.kxs");
         const QString lines = call({"diff"});
         QVERIFY2(lines.contains("\n+[objects/Crate]\n") && lines.contains("\n+child = Crate\n"), qPrintable(lines));
-        QVERIFY2(lines.contains(" @@ [library]\n"), qPrintable(lines)); // the head of a hunk names the thing
+        QVERIFY2(lines.contains(" @@ [animation]\n"), qPrintable(lines)); // the head of a hunk names the thing
         const QString words = call({"difftool", "-y", "-t", "kxs"});
         QVERIFY2(words.contains("Object 'Crate': added"), qPrintable(words));
     }
@@ -189,6 +189,7 @@ saveScene("clips.kxs")
         const Result idle = run({"made.kxs"}, false);
         QCOMPARE(idle.code, 3);
         QVERIFY(idle.errors.contains("display"));
+        QCOMPARE(run({"--diff", "made.kxs", "more.kxs"}, false).code, 1);
         QCOMPARE(run({"made.kxs", "--render", "w.png", "--size", "8x8"}, false).code, 0);
         QVERIFY(QFileInfo(_folder.filePath("w.png")).isFile());
         const Result headless = run({"made.kxs", "--headless"}, false);
