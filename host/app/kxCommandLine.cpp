@@ -30,11 +30,12 @@ void addOptions(QCommandLineParser& parser)
     add("export", tr("glTF file to write."), "FILE.glb");
     add("size", tr("Size of the pictures in pixels (1280x720)."), "WxH");
     add("diff",
-        tr("Tell what two scenes or models differ in, by names; the exit code is 0 where they are equal, 1 where "
+        tr("Tell what the two scenes or models that are named differ in; the exit code is 0 where they are equal, 1 "
+           "where "
            "they differ, 2 where one can't be read."),
         "");
     add("json", tr("With --diff: as JSON."), "");
-    add("text", tr("Write a scene or model as text that is made to be compared line by line."), "");
+    add("text", tr("Write the scene or model as text that is made to be compared line by line."), "");
     add("headless", tr("Show no window, do what is asked, and quit."), "");
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
     parser.addOption({{QStringLiteral("v"), QStringLiteral("version")}, tr("Show the version.")});

@@ -160,10 +160,12 @@ QString kxFieldWords::value(const FieldValue& value) const
 QString kxFieldWords::changed(const FieldValue& before, const FieldValue& after) const
 {
     QString was = value(before), is = value(after);
-    if (was == is)
+    const bool isNumbers = before.index() >= 3 && before.index() <= 6; // one float, or several
+    if (was == is && isNumbers)
     {
-        was = QString::fromStdString(kxValueText::of(before)) + unit;
-        is = QString::fromStdString(kxValueText::of(after)) + unit;
+        const QString space = QStringLiteral(" "), comma = QStringLiteral(", ");
+        was = QString::fromStdString(kxValueText::of(before)).replace(space, comma) + unit;
+        is = QString::fromStdString(kxValueText::of(after)).replace(space, comma) + unit;
     }
     return tr("%1 %2 (was %3)").arg(label, is, was);
 }

@@ -77,6 +77,7 @@ private Q_SLOTS:
     {
         _fixture = std::make_unique<kxAnimFixture>();
         _fan = kxAnimFixture::object("Fan");
+        kxAnimFixture::transform(_fan)->setEulerRotation(Vec3f(8, 0, 0));
         _car = kxAnimFixture::object("Car");
         _pin = addNode(_fan, "Pin", Geometry::create());
         GeometryPtr::dcast(_pin->getCore())->setMesh(mesh(2));
@@ -310,6 +311,8 @@ private:
             [this] { _clip->addChild(_bars[0]); });
         row("Rotate 'Car'", "'Car': rotation 0, 9, 0\u00b0 (was 0, 0, 0\u00b0)",
             [this] { kxAnimFixture::transform(_car)->setEulerRotation(Vec3f(0, 9, 0)); });
+        row("Rotate 'Fan'", "'Fan': rotation 8.000001, 0, 0\u00b0 (was 8, 0, 0\u00b0)",
+            [this] { kxAnimFixture::transform(_fan)->setEulerRotation(Vec3f(8.000001f, 0, 0)); });
         row("Change roughness of 'Paint' to 0.75", "Material 'Paint': roughness 0.75 (was 0.5)",
             [this] { _paint->setRoughness(0.75f); });
         row("Move 2 keys of 'rotation.Y' by 6 frames in 'Spin'",
