@@ -1,9 +1,10 @@
 #include "kxApplication.h"
 
 #include "kxBatch.h"
+#include "kxRecoveryDialog.h"
 #include "kxRenderJob.h"
 
-#include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kxAnimManager.h>
@@ -54,7 +55,7 @@ kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
     kxStyle::apply(*qApp);
     QDir().mkpath(kxPreferencesStore::settingsFolder());
     kxPreferencesStore::the().load();
-    kxJournal::the().start(QString());
+    _session = std::make_unique<kxSession>(!_line.headless);
 
     _window = std::make_unique<kxMainWindow>();
     _window->setUnattended(_line.headless);
@@ -69,6 +70,7 @@ kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
     if (_line.headless && _line.size)
         window->resize(*_line.size);
     window->document().newScene();
+    _session->follow(window->document());
 }
 
 kxApplication::~kxApplication()
@@ -118,6 +120,23 @@ void kxApplication::startTools()
         QCoreApplication::translate("kxApplication", "Animation tools are missing: see the log for the reason."));
 }
 
+void kxApplication::offerLeftovers()
+{
+    std::vector<kxLeftover> leftovers = kxLeftover::find(kxSession::folder());
+    if (leftovers.empty())
+        return;
+    const auto open = [this](kxLeftover& leftover)
+    {
+        kxRecovery recovery(leftover.journal());
+        if (!_window->document().openRecovered(recovery, leftover.path()))
+            return false;
+        kxLog::info(QCoreApplication::translate("kxApplication", "Recovered: %1").arg(leftover.description()));
+        _session->takeOver(leftover);
+        return true;
+    };
+    kxRecoveryDialog(std::move(leftovers), open, _window.get()).exec();
+}
+
 int kxApplication::run()
 {
     _window->show();
@@ -127,6 +146,8 @@ int kxApplication::run()
         QApplication::processEvents();
         return batch.run();
     }
+    if (!_line.hasWork() && !qEnvironmentVariableIsSet("KX_QUIT_AT_FIRST_FRAME"))
+        QTimer::singleShot(0, _window.get(), [this] { offerLeftovers(); });
     if (!_line.scene.isEmpty() || _line.frame || _line.hasWork())
         QTimer::singleShot(0, _window.get(),
                            [this, &batch]

@@ -4,6 +4,7 @@
 #include "kxHostServices.h"
 #include "kxMainWindow.h"
 #include "kxPluginLoader.h"
+#include "kxSession.h"
 #include <edits/kxClippingPlane.h>
 
 #include <memory>
@@ -38,9 +39,12 @@ public:
 private:
     void setHooks();
     void startTools();
+    /// Shows what other runs left, if they left something.
+    void offerLeftovers();
 
     const kxCommandLine& _line;
     kxPluginLoader _plugin;
+    std::unique_ptr<kxSession> _session; // goes after the window
     std::unique_ptr<kxMainWindow> _window;
     std::unique_ptr<kxHostServices> _services;
     kxClippingPlane::Answer _clippingPlane;

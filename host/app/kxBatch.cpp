@@ -1,8 +1,10 @@
 #include "kxBatch.h"
 
 #include "kxApplication.h"
+#include "kxLeftover.h"
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
+#include "kxSession.h"
 
 #include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
@@ -13,6 +15,7 @@
 #include <view/kxView3D.h>
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace
@@ -37,6 +40,8 @@ osg::NodePtr sceneCamera()
 
 int kxBatch::run()
 {
+    if (_line.headless)
+        tellOfLeftovers();
     if (!_line.scene.isEmpty() && !_window->document().openFile(_line.scene))
         return kxApplication::Failure;
     if (const int code = runScripts())
@@ -44,6 +49,15 @@ int kxBatch::run()
     if (_line.frame)
         kxAnimManager::the()->setCurrentFrame(*_line.frame, true, true);
     return exportScene() && render() && takeScreenshot() ? kxApplication::Success : kxApplication::Failure;
+}
+
+void kxBatch::tellOfLeftovers() const
+{
+    for (const kxLeftover& leftover : kxLeftover::find(kxSession::folder()))
+        if (!_line.scene.isEmpty() && leftover.path() == QFileInfo(_line.scene).absoluteFilePath())
+            kxLog::warning(QCoreApplication::translate("kxBatch", "There are changes of '%1' that weren't saved: %2. "
+                                                                  "They can be recovered in a window.")
+                               .arg(_line.scene, leftover.description()));
 }
 
 bool kxBatch::failed(const QString& reason)

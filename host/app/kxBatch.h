@@ -18,6 +18,8 @@ public:
     int run();
 
 private:
+    /// Where a window would offer to recover the scene that is opened.
+    void tellOfLeftovers() const;
     int runScripts();
     bool exportScene();
     bool render();

@@ -1,7 +1,9 @@
 #include "kxDocument.h"
 
 #include <files/kxSceneIO.h>
+#include <files/scene/kxSceneContent.h>
 #include <journal/kxHistory.h>
+#include <journal/kxRecovery.h>
 #include <kernel/kxLogModel.h>
 
 #include <QFileInfo>
@@ -21,8 +23,7 @@ QString kxDocument::name() const
 
 QString kxDocument::folder() const
 {
-    const QString& file = _path.isEmpty() ? _source : _path;
-    return file.isEmpty() ? QString() : QFileInfo(file).absolutePath();
+    return source().isEmpty() ? QString() : QFileInfo(source()).absolutePath();
 }
 
 bool kxDocument::mayLeave()
@@ -113,6 +114,29 @@ bool kxDocument::open(const QString& file, kxFileReport& report)
     if (!kxSceneIO::open(path, report))
         return false;
     hasOpened(path);
+    return true;
+}
+
+bool kxDocument::openRecovered(kxRecovery& recovery, const QString& file)
+{
+    if (!mayLeave())
+        return false;
+    kxFileReport report(file);
+    const auto open = [&]
+    {
+        kxSceneContent content;
+        if (!recovery.read(content, report))
+            return false;
+        kxSceneIO::open(content, report);
+        return true;
+    };
+    if (!run(tr("Recovering %1...").arg(QFileInfo(file).fileName()), tr("The changes can't be recovered"), report,
+             open))
+        return false;
+    hasOpened(QString());
+    _source = file;
+    _watch.markUnsaved();
+    Q_EMIT changed();
     return true;
 }
 

@@ -11,6 +11,8 @@
 
 #include <functional>
 
+class kxRecovery;
+
 /// The open scene as a file: its path, whether it is unsaved, and every way in and out of files.
 ///
 /// Knows no windows: what has to be asked or shown goes through `Dialogs`.
@@ -44,6 +46,8 @@ public:
     const QString& path() const { return _path; }
     /// The file's name without its folder, or a word for a scene without one.
     QString name() const;
+    /// The file it came from, of any format; empty for a new scene.
+    const QString& source() const { return _path.isEmpty() ? _source : _path; }
     /// Where the scene lies, or the model that it came from; empty for a scene of neither.
     QString folder() const;
     bool isUnsaved() const { return _watch.isUnsaved(); }
@@ -55,6 +59,8 @@ public:
     /// scene.
     bool newScene();
     bool openFile(const QString& file);
+    /// What a run before left unsaved of `file`, which is proposed to save to and else left alone.
+    bool openRecovered(kxRecovery& recovery, const QString& file);
     /// Adds a file to the scene, as one step.
     bool importFile(const QString& file);
     bool save();

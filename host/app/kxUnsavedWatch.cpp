@@ -32,6 +32,12 @@ void kxUnsavedWatch::markSaved()
     update();
 }
 
+void kxUnsavedWatch::markUnsaved()
+{
+    kxHistory::the().markUnsaved();
+    update();
+}
+
 void kxUnsavedWatch::startOver()
 {
     kxUndoStack::get(0).stack()->clear();

@@ -12,6 +12,8 @@ public:
     bool isUnsaved() const;
     /// The scene is as its file from here on.
     void markSaved();
+    /// No file holds the scene, whatever is undone.
+    void markUnsaved();
     /// As markSaved(), for a scene that was just read: its history is gone.
     void startOver();
 

@@ -527,6 +527,12 @@ void kxHistory::markSaved()
     Q_EMIT changed();
 }
 
+void kxHistory::markUnsaved()
+{
+    _saved = 0;
+    Q_EMIT changed();
+}
+
 bool kxHistory::isSaved() const
 {
     const bool isBusy = isCollecting() && !_runs.back().steps.empty();

@@ -91,6 +91,8 @@ public:
     void clear();
     /// The scene is as its file now.
     void markSaved();
+    /// There is no file of it, whatever is undone.
+    void markUnsaved();
     bool isSaved() const;
 
 Q_SIGNALS:

@@ -314,7 +314,10 @@ void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
 /// Where the process dies between the two, that file is there and the one before isn't.
 void kxJournal::sceneToReplaceFile(const kxSceneOrigin& origin)
 {
-    writeNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
+    _store->begin();
+    _store->setNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
+    if (!_store->commit())
+        end();
 }
 
 void kxJournal::sceneSaved(const kxSceneOrigin& origin)
@@ -364,19 +367,24 @@ void kxJournal::notePending()
     Q_EMIT pending();
 }
 
+void kxJournal::mark(UInt32 id)
+{
+    if (id >= _isMarked.size())
+        _isMarked.resize(std::size_t(id) + 1 + id / 2);
+    if (!_isMarked[id])
+        _marked.push_back(id);
+    _isMarked[id] = true;
+}
+
 void kxJournal::containerChanged(const FieldContainerPtr& container, const BitVector& whichField)
 {
     if (kxAnimEngine::of(*kxAnimManager::the()).watch.isMuted() ||
         !whichField.intersects(storedMask(container->getType())))
         return;
-    const UInt32 id = container->getId();
-    if (id >= _isMarked.size())
-        _isMarked.resize(std::size_t(id) + 1 + id / 2);
-    if (!_isMarked[id])
-    {
-        _isMarked[id] = true;
-        _marked.push_back(id);
-    }
+    mark(container->getId());
+    // A core knows in which order nodes took it, also those that had another one in between.
+    if (const NodePtr node = NodePtr::dcast(container); node != NullFC && whichField.intersects(Node::CoreFieldMask))
+        mark(node->getCore().getFieldContainerId());
     notePending();
 }
 
@@ -406,24 +414,17 @@ void kxJournal::noteSerial()
     _store->setNote(kxJournalNote::Serial, QByteArray::number(++_serial));
 }
 
-void kxJournal::writeNote(const char* name, const QByteArray& value)
+void kxJournal::describe(const Description& description)
 {
+    if (!isRunning())
+        return;
     _store->begin();
-    _store->setNote(name, value);
+    _store->setNote(kxJournalNote::Path, description.path.toUtf8());
+    _store->setNote(kxJournalNote::Text, description.text.toUtf8());
+    _store->setNote(kxJournalNote::Time, description.time.toString(Qt::ISODate).toUtf8());
+    _store->setNote(kxJournalNote::Saved, description.isSaved ? QByteArray::number(_serial) : QByteArray());
     if (!_store->commit())
         end();
-}
-
-void kxJournal::setNote(const char* name, const QString& value)
-{
-    if (isRunning())
-        writeNote(name, value.toUtf8());
-}
-
-void kxJournal::noteSaved(bool isSaved)
-{
-    if (isRunning())
-        writeNote(kxJournalNote::Saved, isSaved ? QByteArray::number(_serial) : QByteArray());
 }
 
 void kxJournal::write(quint64 entry, const States& states)

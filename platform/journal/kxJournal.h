@@ -4,6 +4,7 @@
 #include <journal/kxJournalStore.h>
 #include <osg/ChangeList.h>
 
+#include <QDateTime>
 #include <QObject>
 
 #include <functional>
@@ -63,10 +64,15 @@ public:
     /// The record of a container as of the last commit, whether it is in the scene or was; empty for none.
     QByteArray record(osg::UInt32 id) const;
 
-    /// What a recovery is to know beside the scene, see kxJournalNote.
-    void setNote(const char* name, const QString& value);
-    /// A recovery is offered, or not, by what the last of these said, where nothing was committed since.
-    void noteSaved(bool isSaved);
+    /// What a recovery is to know beside the scene.
+    struct Description
+    {
+        QString path; ///< of the file that the scene came from
+        QString text; ///< of the last change
+        QDateTime time;
+        bool isSaved; ///< there is nothing to recover, where nothing is committed after this
+    };
+    void describe(const Description& description);
 
     /// Compares all of the scene with the records, whatever was marked: what differs was written without a mark. Empty
     /// right after a commit, or something is wrong.
@@ -99,6 +105,7 @@ private:
     ~kxJournal() override;
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
     void containerDestroyed(osg::UInt32 id) override;
+    void mark(osg::UInt32 id);
     void notePending();
     void sceneReplaced(const kxSceneOrigin& origin) override;
     void sceneToBeSaved() override { Q_EMIT toBeSaved(); }
@@ -111,7 +118,6 @@ private:
     States compare(const std::vector<osg::UInt32>& also);
     void write(quint64 entry, const States& states);
     void noteSerial();
-    void writeNote(const char* name, const QByteArray& value);
     void compact();
     qint64 sceneSize() const;
     void dropUnused();

@@ -188,6 +188,17 @@ bool kxJournalStore::isWhole()
     return _failure.isEmpty() && isWhole && note(TotalNote) == QByteArray::number(total);
 }
 
+bool kxJournalStore::isBlank()
+{
+    {
+        Statement tables = prepared("SELECT count(*) FROM sqlite_master WHERE name IN ('latest', 'change', 'note')");
+        if (!tables.step() || tables.number(0) < 3)
+            return _failure.isEmpty();
+    }
+    Statement records = prepared("SELECT 1 FROM latest LIMIT 1");
+    return !records.step() && _failure.isEmpty();
+}
+
 void kxJournalStore::begin()
 {
     prepared("BEGIN IMMEDIATE").step();

@@ -45,6 +45,8 @@ public:
     void shrink();
     /// Of a database that was left behind: false where something of latest and notes isn't what was set.
     bool isWhole();
+    /// Nothing was ever committed to it.
+    bool isBlank();
 
     /// What is written between these is there as a whole or not at all, also after a crash.
     void begin();

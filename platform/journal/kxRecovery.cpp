@@ -426,18 +426,11 @@ QByteArray kxRecovery::Payload::write()
     return payload;
 }
 
-kxRecovery::kxRecovery(const QString& file)
-    : _store(std::make_unique<kxJournalStore>(file, kxJournalStore::LeftBehind)), _isReadable(_store->isWhole())
+kxRecovery::kxRecovery(const QString& file) : _store(std::make_unique<kxJournalStore>(file, kxJournalStore::LeftBehind))
 {
 }
 
 kxRecovery::~kxRecovery() = default;
-
-QString kxRecovery::why() const
-{
-    return _store->failure().isEmpty() ? QStringLiteral("the journal is damaged")
-                                       : QStringLiteral("the journal can't be read: ") + _store->failure();
-}
 
 QString kxRecovery::note(const char* name) const
 {
@@ -446,19 +439,27 @@ QString kxRecovery::note(const char* name) const
 
 bool kxRecovery::hasChanges() const
 {
-    return note(kxJournalNote::Serial) != note(kxJournalNote::Saved);
+    // Blank: its process ended before it had taken a scene.
+    return !_store->isBlank() &&
+           (note(kxJournalNote::Serial) != note(kxJournalNote::Saved) || !_store->failure().isEmpty());
+}
+
+bool kxRecovery::fail(kxFileReport& report) const
+{
+    return report.fail(_store->failure().isEmpty() ? QStringLiteral("the journal is damaged")
+                                                   : QStringLiteral("the journal can't be read: ") + _store->failure());
 }
 
 bool kxRecovery::read(kxSceneContent& content, kxFileReport& report)
 {
-    if (!_isReadable)
-        return report.fail(why());
+    if (!_store->isWhole())
+        return fail(report);
     Payload payload(*_store, report);
     if (!payload.readBase() || !payload.gather())
         return false;
     const QByteArray bytes = payload.write();
     if (!_store->failure().isEmpty())
-        return report.fail(why());
+        return fail(report);
     if (report.failed() || !kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report))
         return false;
     content.origin = kxSceneOrigin(); // no file holds it

@@ -40,10 +40,7 @@ public:
     explicit kxRecovery(const QString& file);
     ~kxRecovery();
 
-    /// False where there is no journal that could be read; why() says more.
-    bool isReadable() const { return _isReadable; }
-    QString why() const;
-    /// True where the scene wasn't as its file.
+    /// True where the scene wasn't as its file, or the journal can't be read, which read() then tells.
     bool hasChanges() const;
     /// One of kxJournalNote that is a text.
     QString note(const char* name) const;
@@ -54,6 +51,7 @@ public:
 private:
     class Payload;
 
+    bool fail(kxFileReport& report) const;
+
     std::unique_ptr<kxJournalStore> _store;
-    bool _isReadable;
 };

@@ -119,6 +119,19 @@ private Q_SLOTS:
         QVERIFY2(result.code == 0 && result.errors.contains("Opened 'made.kxs'"), qPrintable(result.errors));
     }
 
+    void whatAKilledRunLeftIsSaidWhereItsSceneIsOpened()
+    {
+        write("edit.py", "import kxHost\nkxHost.addObject('box', 'Lid')\n");
+        write("die.py", "import os, signal\nos.kill(os.getpid(), signal.SIGKILL)\n");
+        const QString sessions = _folder.filePath("crashed/sessions");
+        QVERIFY(run({"made.kxs", "--script", "edit.py"}, true, "crashed").code == 0 && QDir(sessions).isEmpty());
+        QCOMPARE(run({"made.kxs", "--script", "edit.py", "--script", "die.py"}, true, "crashed").code, -1);
+        const QString said = run({"made.kxs", "--headless"}, true, "crashed").errors;
+        QVERIFY2(said.contains(QRegularExpression("weren't saved: made, last change .*, 'Run edit.py")),
+                 qPrintable(said));
+        QVERIFY(!run({"more.kxs", "--headless"}, true, "crashed").errors.contains("weren't saved"));
+    }
+
     void aMissingDriverIsNamed()
     {
         qputenv("__EGL_VENDOR_LIBRARY_FILENAMES", "/no/such/driver.json");

@@ -1,0 +1,75 @@
+#include "kxSession.h"
+
+#include "kxDocument.h"
+
+#include <journal/kxHistory.h>
+#include <journal/kxJournal.h>
+#include <kernel/kxPreferencesStore.h>
+#include <kxLog.h>
+
+#include <QCoreApplication>
+#include <QDir>
+
+QString kxSession::folder()
+{
+    return kxPreferencesStore::settingsFolder() + QStringLiteral("/sessions");
+}
+
+kxSession::kxSession(bool isKept)
+{
+    const QString name = QStringLiteral("%1-%2")
+                             .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")))
+                             .arg(QCoreApplication::applicationPid());
+    if (isKept)
+    {
+        _own.reset(new kxLeftover(folder() + QLatin1Char('/') + name));
+        if (!QDir().mkpath(_own->_folder) || !_own->_lock->tryLock(0))
+        {
+            kxLog::warning(tr("Changes can't be recovered after a crash: '%1' can't be written.").arg(folder()));
+            _own.reset();
+        }
+    }
+    kxJournal::the().start(_own == nullptr ? QString() : _own->journal());
+}
+
+kxSession::~kxSession()
+{
+    kxJournal::the().stop();
+    if (_own != nullptr)
+        _own->remove();
+}
+
+void kxSession::follow(const kxDocument& document)
+{
+    _document = &document;
+    connect(&kxHistory::the(), &kxHistory::changed, this, &kxSession::describe);
+    connect(&document, &kxDocument::changed, this, &kxSession::describe);
+    describe();
+}
+
+void kxSession::describe()
+{
+    if (kxJournal::the().isPending())
+        return; // a drag goes on, or a script
+    const kxHistory& history = kxHistory::the();
+    kxJournal::Description description{_document->source(), _takenText, _takenTime, history.isSaved()};
+    if (description.isSaved)
+        _takenText.clear();
+    int last = history.index() - 1;
+    while (last >= 0 && history.entry(last).isSelection)
+        --last;
+    if (last >= 0)
+    {
+        description.text = history.entry(last).text();
+        description.time = history.entry(last).time;
+    }
+    kxJournal::the().describe(description);
+}
+
+void kxSession::takeOver(kxLeftover& leftover)
+{
+    _takenText = leftover._text;
+    _takenTime = leftover._time;
+    describe(); // before the other one is gone
+    leftover.remove();
+}

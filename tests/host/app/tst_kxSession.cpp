@@ -1,0 +1,161 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxDocument.h>
+#include <app/kxRecoveryDialog.h>
+#include <app/kxSession.h>
+#include <journal/kxHistory.h>
+#include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
+#include <kernel/kxLogModel.h>
+
+#include <QPushButton>
+#include <QRegularExpression>
+
+using namespace kxSceneFixture;
+
+/// What a run that died leaves to the next one. A run dies here by a copy of its folder, without the lock.
+class tst_kxSession : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        _folder.reset(new QTemporaryDir);
+        qputenv("KX_SETTINGS_DIR", QFile::encodeName(_folder->path()));
+        _session.reset(new kxSession(true));
+        _document.reset(new kxDocument);
+        _document->newScene();
+        _session->follow(*_document);
+        addObject("Rotor");
+        kxScene::the()->markStructureChanged();
+        QVERIFY(_document->saveTo(_folder->filePath("engine.kxs")));
+        turn();
+    }
+    void cleanup()
+    {
+        _document.reset();
+        _session.reset();
+        QVERIFY(sessions().size() <= 1); // what a test left there on purpose
+    }
+
+    void changesAreOfferedUntilTheyAreTaken()
+    {
+        kxSceneEdits::rename(objects().front(), "Stator");
+        kxSelection::the().selectNodes({objects().front()});
+        turn();
+        const QByteArray state = bytes();
+        die();
+        QVERIFY(kxHistory::the().undo() && kxHistory::the().undo()); // the selection, and what is to be lost
+        turn();
+        QVERIFY(!_document->isUnsaved());
+        const QByteArray file = fileBytes();
+        std::vector<kxLeftover> found = offered();
+        QVERIFY(found.size() == 1 && texts().isEmpty()); // not this run's own, and by one at a time
+        QVERIFY2(QRegularExpression("^engine, last change \\d\\d:\\d\\d:\\d\\d, 'Rename.*'$")
+                     .match(found[0].description())
+                     .hasMatch(),
+                 qPrintable(found[0].description()));
+        kxRecoveryDialog dialog(
+            std::move(found), [this](kxLeftover& leftover) { return open(leftover); }, nullptr);
+        QString proposed;
+        _document->dialogs().askForPath = [&proposed](const QString& proposal)
+        { return proposed = proposal, QString(); };
+        dialog.findChild<QPushButton*>("_recoveryOpen")->click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(bytes(), state);
+        QVERIFY(_document->isUnsaved() && !_document->save() && proposed == _folder->filePath("engine"));
+        QCOMPARE(fileBytes(), file);
+        QCOMPARE(sessions().size(), 1); // this run's own, which would be offered now
+        die();
+        QCOMPARE(texts().filter("'Rename").size(), 1);
+        QVERIFY(_document->saveTo(_folder->filePath("other.kxs")) && !_document->isUnsaved());
+        die();
+        QCOMPARE(texts().size(), 1); // of the first death; there was nothing to lose in the second
+    }
+
+    void whatHasNoChangesGoes()
+    {
+        const auto rename = [] { kxSceneEdits::rename(objects().front(), "Other"), turn(); };
+        const std::function<void()> ways[] = {
+            [] {}, // nothing done
+            [&] { rename(), kxHistory::the().undo(); },
+            [&]
+            {
+                QDir().mkpath(_folder->filePath("sessions/dead")); // before it had taken a scene
+                QVERIFY(QFile(_folder->filePath("sessions/dead/journal.db")).open(QIODevice::WriteOnly));
+            },
+            [&]
+            {
+                rename();
+                die();
+                QFile journal(_folder->filePath(QString("sessions/dead%1/journal.db").arg(_deaths)));
+                QVERIFY(journal.open(QIODevice::ReadWrite));
+                journal.setFileTime(QDateTime::currentDateTime().addDays(-40), QFileDevice::FileModificationTime);
+                kxHistory::the().undo();
+            },
+            [&] { rename(), _document->newScene(); }};
+        for (const std::function<void()>& way : ways)
+        {
+            way();
+            turn();
+            die();
+            QVERIFY2(texts().isEmpty() && sessions().size() == 1, qPrintable(QString::number(&way - ways)));
+        }
+    }
+
+    void aFolderThatCantBeWrittenIsSaid()
+    {
+        _session.reset();
+        QFile file(_folder->filePath("sessions")); // in the folder's place
+        QVERIFY(QDir().rmdir(file.fileName()) && file.open(QIODevice::WriteOnly));
+        const std::size_t said = kxLogModel::the().entries().size();
+        kxSession session(true);
+        QCOMPARE(kxLogModel::the().entries().size(), said + 1);
+        QVERIFY(kxLogModel::the().entries().back().text.contains(file.fileName()));
+        QVERIFY(kxJournal::the().isRunning()); // all comes back as long as the run lasts
+    }
+
+private:
+    static void turn() { QCoreApplication::processEvents(); }
+    QStringList sessions() const
+    {
+        return QDir(_folder->filePath("sessions")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    }
+    static std::vector<kxLeftover> offered() { return kxLeftover::find(kxSession::folder()); }
+    static QStringList texts()
+    {
+        QStringList texts;
+        for (const kxLeftover& leftover : offered())
+            texts << leftover.description();
+        return texts;
+    }
+    QByteArray fileBytes() const
+    {
+        QFile file(_folder->filePath("engine.kxs"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    void die()
+    {
+        const QDir from(_folder->filePath("sessions/" + sessions().front()));
+        const QString to = _folder->filePath(QString("sessions/dead%1").arg(++_deaths));
+        QVERIFY(QDir().mkpath(to));
+        for (const char* const name : {"journal.db", "journal.db-wal"})
+            QVERIFY(QFile::copy(from.filePath(name), to + '/' + name));
+    }
+    bool open(kxLeftover& leftover)
+    {
+        kxRecovery recovery(leftover.journal());
+        if (!_document->openRecovered(recovery, leftover.path()))
+            return false;
+        _session->takeOver(leftover);
+        return true;
+    }
+
+    QScopedPointer<QTemporaryDir> _folder;
+    QScopedPointer<kxSession> _session;
+    QScopedPointer<kxDocument> _document;
+    int _deaths = 0;
+};
+
+QTEST_MAIN(tst_kxSession)
+#include "tst_kxSession.moc"
