@@ -10,7 +10,6 @@
 #include <kxAnimManager.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
-#include <osg/ChangeList.h>
 
 #include <QString>
 
@@ -35,20 +34,15 @@ float secondsOf(int frame)
     return float(frame / kxAnimManager::the()->fps());
 }
 
-void finish(const osg::AnimNodePtr& clip, const osg::BitVector& changed)
+/// Where the handle is a clip's: the edit with its arguments, after which the editor shows it.
+template <class Edit, class... Values>
+void onClip(const kxNodePtr& handle, Edit edit, Values... values)
 {
-    osg::markChanged(clip, changed);
+    const osg::AnimNodePtr node = clipOf(handle);
+    if (node == osg::NullFC)
+        return;
+    edit(node, values...);
     kxClipRefresh::run();
-}
-
-void addBlock(const osg::AnimNodePtr& clip, const osg::AnimNodePtr& block, float seconds)
-{
-    const osg::AnimNodePtr copy = osg::cloneAnimTree(block, true);
-    copy->moveBy(seconds, 0); // while it is in no tree, it moves in the time of the clip
-    copy->setHidden(true);
-    osg::markChanged(copy, osg::AnimNodeBase::HiddenFieldMask);
-    kxClipStructure::moveInto(copy, clip);
-    kxClipNodes::moveToFreeTrack(copy, 0);
 }
 } // namespace
 
@@ -89,7 +83,7 @@ bool kxScriptClips::add(const kxNodePtr& clip, const kxNodePtr& object, int fram
     if (target == osg::NullFC || added == osg::NullFC)
         return false;
     if (osg::AnimBlockPtr::dcast(added->getCore()) != osg::NullFC)
-        addBlock(target, added, secondsOf(frame));
+        kxClipStructure::addBlock(added, target, secondsOf(frame));
     else if (!kxClipStructure::isClip(added) || !kxClipStructure::moveInto(added, target))
         return false;
     kxClipRefresh::run();
@@ -98,72 +92,36 @@ bool kxScriptClips::add(const kxNodePtr& clip, const kxNodePtr& object, int fram
 
 void kxScriptClips::setDuration(const kxNodePtr& clip, int frames)
 {
-    const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
-    const double length = kxAnimManager::the()->fps() * (extent.end - extent.start);
-    node->scaleBy(float(frames / length), float(extent.start));
-    finish(node, osg::AnimNodeBase::ScaleFieldMask);
+    onClip(clip, kxClipNodes::setDuration, frames);
 }
 
 void kxScriptClips::setStart(const kxNodePtr& clip, int frame, bool keepEnd)
 {
     const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
-    const float start = secondsOf(frame);
-    if (keepEnd && start >= extent.end)
-        return;
-    if (keepEnd)
-        node->scaleBy(float((extent.end - start) / (extent.end - extent.start)), float(extent.start));
-    node->moveBy(float(start - extent.start), 0);
-    finish(node, keepEnd ? osg::AnimNodeBase::OffsetFieldMask | osg::AnimNodeBase::ScaleFieldMask
-                         : osg::AnimNodeBase::OffsetFieldMask);
+    if (node != osg::NullFC && kxClipNodes::setStart(node, secondsOf(frame), keepEnd))
+        kxClipRefresh::run();
 }
 
 void kxScriptClips::setEnd(const kxNodePtr& clip, int frame, bool keepStart)
 {
     const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    const kxClipNodes::Extent extent = kxClipNodes::extentOf(node);
-    const float end = secondsOf(frame);
-    if (keepStart && extent.start >= end)
-        return;
-    if (keepStart)
-        node->scaleBy(float((end - extent.start) / (extent.end - extent.start)), float(extent.start));
-    else
-        node->moveBy(float(end - extent.end), 0);
-    finish(node, keepStart ? osg::AnimNodeBase::ScaleFieldMask : osg::AnimNodeBase::OffsetFieldMask);
+    if (node != osg::NullFC && kxClipNodes::setEnd(node, secondsOf(frame), keepStart))
+        kxClipRefresh::run();
 }
 
 void kxScriptClips::setActive(const kxNodePtr& clip, bool active)
 {
-    const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    kxClipNodes::setActive(node, active);
-    kxClipRefresh::run();
+    onClip(clip, kxClipNodes::setActive, active);
 }
 
 void kxScriptClips::setLocked(const kxNodePtr& clip, bool locked)
 {
-    const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    kxClipNodes::setLocked(node, locked);
-    kxClipRefresh::run();
+    onClip(clip, kxClipNodes::setLocked, locked);
 }
 
 void kxScriptClips::setFlipped(const kxNodePtr& clip, bool flipped)
 {
-    const osg::AnimNodePtr node = clipOf(clip);
-    if (node == osg::NullFC)
-        return;
-    kxClipNodes::setFlipped(node, flipped);
-    kxClipRefresh::run();
+    onClip(clip, kxClipNodes::setFlipped, flipped);
 }
 
 namespace

@@ -2,17 +2,13 @@
 
 #include <script/kxScriptKeys.h>
 
+#include <curveeditor/edits/kxAnimChannelKeys.h>
 #include <script/kxScriptDoc.h>
 
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
-#include <osg/ChangeList.h>
 #include <osg/SceneCores.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numeric>
 
 namespace bp = boost::python;
 
@@ -54,24 +50,12 @@ constexpr Channel Orientation = {
 constexpr Channel Visible = {"visible", "visible", "", false, Constant, isAny};
 constexpr Channel Choice = {"choice", "choice", "", false, Constant, hasCore<osg::Switch>};
 
-osg::AnimAttachmentPtr ensureAttachment(const osg::NodePtr& node)
-{
-    osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(node);
-    if (attachment == osg::NullFC)
-    {
-        attachment = osg::AnimAttachmentBase::create();
-        node->addAttachment(attachment);
-        osg::markChanged(node, osg::AttachmentContainer::AttachmentsFieldMask);
-    }
-    return attachment;
-}
-
 /// The curves of the channel, one for each axis; null where the node has something else in their place.
 std::vector<osg::AnimCurvePtr> ensureCurves(const osg::NodePtr& node, const Channel& channel)
 {
     static constexpr const char* Axes[] = {"X", "Y", "Z"};
     const kxAnimManager& manager = *kxAnimManager::the();
-    const osg::AnimAttachmentPtr attachment = ensureAttachment(node);
+    const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(node);
     std::vector<osg::AnimCurvePtr> curves;
     for (unsigned int index = 0; index < (channel.hasAxes ? 3 : 1); ++index)
     {
@@ -84,18 +68,6 @@ std::vector<osg::AnimCurvePtr> ensureCurves(const osg::NodePtr& node, const Chan
             osg::AnimCurvePtr::dcast(curveNode == osg::NullFC ? osg::NodeCorePtr() : curveNode->getCore()));
     }
     return curves;
-}
-
-/// The indices of the finite times in the order in which keys go in fastest. The order makes no difference to the keys:
-/// times that are equal stay as they are given.
-std::vector<std::size_t> insertionOrder(const std::vector<float>& times)
-{
-    std::vector<std::size_t> order(times.size());
-    std::iota(order.begin(), order.end(), 0);
-    order.erase(std::remove_if(order.begin(), order.end(), [&](std::size_t i) { return !std::isfinite(times[i]); }),
-                order.end());
-    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return times[a] < times[b]; });
-    return order;
 }
 
 float component(const osg::Vec3f& value, std::size_t axis)
@@ -119,15 +91,14 @@ bool addKeys(const Channel& channel, const osg::NodePtr& node, const std::vector
         !channel.isOn(node))
         return false;
     const std::vector<osg::AnimCurvePtr> curves = ensureCurves(node, channel);
-    const osg::UInt32 type = osg::UInt32(channel.tangents);
-    for (const std::size_t i : insertionOrder(times))
-        for (std::size_t axis = 0; axis < curves.size(); ++axis)
-            if (curves[axis] != osg::NullFC)
-                curves[axis]->addPoint(osg::Pnt2f(times[i], component(values[i], axis)), osg::Vec2f(), osg::Vec2f(),
-                                       type, type, false, true);
-    for (const osg::AnimCurvePtr& curve : curves)
-        if (curve != osg::NullFC)
-            osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+    for (std::size_t axis = 0; axis < curves.size(); ++axis)
+    {
+        std::vector<osg::Pnt2f> points;
+        points.reserve(times.size());
+        for (std::size_t i = 0; i < times.size(); ++i)
+            points.emplace_back(times[i], component(values[i], axis));
+        kxAnimChannelKeys::insert(curves[axis], std::move(points), osg::UInt32(channel.tangents));
+    }
     return true;
 }
 } // namespace

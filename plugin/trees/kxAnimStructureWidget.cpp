@@ -1,5 +1,6 @@
 #include <trees/kxAnimStructureWidget.h>
 
+#include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/edits/kxClipStructure.h>
 #include <trees/kxAnimLibraryPayload.h>
 #include <trees/kxAnimMimeData.h>
@@ -79,10 +80,7 @@ void kxAnimStructureWidget::rebuild(bool saveStates)
 
 void kxAnimStructureWidget::createGroup()
 {
-    const AnimNodePtr node = AnimNodeBase::create();
-    node->setCore(GroupBase::create());
-    markChanged(node, Node::CoreFieldMask);
-    kxNodeUtils::setName(node, tr("Group").toStdString(), true, NodePtr());
+    const AnimNodePtr node = kxClipNodes::make(GroupBase::create(), tr("Group").toStdString());
     kxAnimManager::the()->addToSceneStructure(node);
     auto* const row = new kxAnimTreeWidgetItem(true);
     row->setNode(node, true, true);

@@ -2,8 +2,29 @@
 
 #include <kxAnimManager.h>
 #include <kxPlatform.h>
+#include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <osg/Finite.h>
+
+namespace
+{
+void moveBy(const osg::AnimNodePtr& node, float seconds, float units)
+{
+    node->moveBy(seconds, units);
+    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+}
+
+/// About `seconds` of the root's time; false where that is no factor or beyond a record's numbers.
+bool scaleBy(const osg::AnimNodePtr& node, float factor, float seconds)
+{
+    const float scale = node->getScale();
+    node->scaleBy(factor, seconds);
+    if (node->getScale() == scale && factor != 1.0f)
+        return false;
+    osg::markChanged(node, osg::AnimNode::ScaleFieldMask | osg::AnimNode::OffsetFieldMask);
+    return true;
+}
+} // namespace
 
 kxClipNodes::Extent kxClipNodes::extentOf(const osg::AnimNodePtr& node)
 {
@@ -80,9 +101,38 @@ bool kxClipNodes::move(const osg::AnimNodePtr& node, const QPointF& from, const 
     const float units = kxClipGeometry::movedUnits(from.y(), to.y(), node->getOffset().y(), kxPlatform::getDpiScaleX());
     if (!osg::isFinite(seconds, units))
         return false;
-    node->moveBy(seconds, units);
-    osg::markChanged(node, osg::AnimNode::OffsetFieldMask);
+    moveBy(node, seconds, units);
     return true;
+}
+
+bool kxClipNodes::setStart(const osg::AnimNodePtr& node, float seconds, bool keepEnd)
+{
+    const Extent extent = extentOf(node);
+    if (keepEnd && seconds >= extent.end)
+        return false;
+    if (keepEnd)
+        scaleBy(node, float((extent.end - seconds) / (extent.end - extent.start)), float(extent.start));
+    moveBy(node, float(seconds - extent.start), 0);
+    return true;
+}
+
+bool kxClipNodes::setEnd(const osg::AnimNodePtr& node, float seconds, bool keepStart)
+{
+    const Extent extent = extentOf(node);
+    if (keepStart && extent.start >= seconds)
+        return false;
+    if (keepStart)
+        scaleBy(node, float((seconds - extent.start) / (extent.end - extent.start)), float(extent.start));
+    else
+        moveBy(node, float(seconds - extent.end), 0);
+    return true;
+}
+
+void kxClipNodes::setDuration(const osg::AnimNodePtr& node, double frames)
+{
+    const Extent extent = extentOf(node);
+    const double length = kxAnimManager::the()->fps() * (extent.end - extent.start);
+    scaleBy(node, float(frames / length), float(extent.start));
 }
 
 void kxClipNodes::moveToFreeTrack(const osg::AnimNodePtr& node, float seconds)
@@ -104,14 +154,7 @@ void kxClipNodes::beginAt(const osg::AnimNodePtr& node, float seconds)
 bool kxClipNodes::stretch(const osg::AnimNodePtr& node, double from, double to, double x)
 {
     const float factor = kxClipGeometry::stretchFactor(from, to, spanOf(node).width);
-    if (!(factor > 0))
-        return false;
-    const float scale = node->getScale();
-    node->scaleBy(factor, float(x / kxAnimManager::the()->fps()));
-    if (node->getScale() == scale && factor != 1.0f)
-        return false; // beyond a record's numbers
-    osg::markChanged(node, osg::AnimNode::ScaleFieldMask | osg::AnimNode::OffsetFieldMask);
-    return true;
+    return factor > 0 && scaleBy(node, factor, float(x / kxAnimManager::the()->fps()));
 }
 
 bool kxClipNodes::holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip)
@@ -120,6 +163,23 @@ bool kxClipNodes::holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& cl
         if (above == node || (above->getCore() != osg::NullFC && above->getCore() == node->getCore()))
             return true;
     return false;
+}
+
+osg::AnimNodePtr kxClipNodes::make(const osg::NodeCorePtr& core, const std::string& name)
+{
+    const osg::AnimNodePtr node = osg::AnimNode::create();
+    node->setCore(core);
+    osg::markChanged(node, osg::Node::CoreFieldMask);
+    kxNodeUtils::setName(node, name, true, osg::NodePtr());
+    return node;
+}
+
+osg::AnimNodePtr kxClipNodes::hiddenClone(const osg::AnimNodePtr& node)
+{
+    const osg::AnimNodePtr clone = osg::cloneAnimTree(node, true);
+    clone->setHidden(true);
+    osg::markChanged(clone, osg::AnimNode::HiddenFieldMask);
+    return clone;
 }
 
 osg::AnimNodePtr kxClipNodes::duplicate(const osg::AnimNodePtr& node, bool flip)

@@ -4,6 +4,8 @@
 
 #include <osg/AnimNode.h>
 
+#include <string>
+
 /// What bars and rows do with their nodes. A write that changes nothing is left out and marks nothing, so that showing
 /// a clip leaves the scene as it is. The nodes aren't null.
 namespace kxClipNodes
@@ -27,6 +29,14 @@ void setMotionBlur(const osg::AnimNodePtr& node, bool value, bool below);
 /// The same for what a bar shows: of a block, with all nodes below it.
 void setMotionBlur(const osg::AnimNodePtr& node, bool value);
 
+/// Seconds of the root's time; with `keepEnd` the node is stretched, else it is moved. False where it would begin at
+/// or after the end that it keeps.
+bool setStart(const osg::AnimNodePtr& node, float seconds, bool keepEnd);
+/// The same for its end.
+bool setEnd(const osg::AnimNodePtr& node, float seconds, bool keepStart);
+/// Stretches a node, with all its cycles, about its start.
+void setDuration(const osg::AnimNodePtr& node, double frames);
+
 /// Takes a node along with its bar, which goes from `from` to `to` in scene units. False where that is no way that a
 /// node can hold.
 bool move(const osg::AnimNodePtr& node, const QPointF& from, const QPointF& to);
@@ -42,6 +52,10 @@ bool stretch(const osg::AnimNodePtr& node, double from, double to, double x);
 /// would hold itself.
 bool holds(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);
 
+/// A node of this core, in no tree; its name is made unique.
+osg::AnimNodePtr make(const osg::NodeCorePtr& core, const std::string& name);
+/// A clone of a node that shares its cores, which no list shows.
+osg::AnimNodePtr hiddenClone(const osg::AnimNodePtr& node);
 /// A clone of a node that shares its blocks, beside it on a free track, `flip`ped the other way. Null where the node
 /// has no parent.
 osg::AnimNodePtr duplicate(const osg::AnimNodePtr& node, bool flip);

@@ -62,10 +62,7 @@ AnimNodePtr kxClipStructure::targetOf(const NodePtr& node)
 
 AnimNodePtr kxClipStructure::addClip(const std::string& name, const AnimNodePtr& parent)
 {
-    const AnimNodePtr clip = AnimNodeBase::create();
-    clip->setCore(AnimClipBase::create());
-    markChanged(clip, Node::CoreFieldMask);
-    kxNodeUtils::setName(clip, name, true, NodePtr());
+    const AnimNodePtr clip = kxClipNodes::make(AnimClipBase::create(), name);
     if (parent == NullFC)
         moveToTop(clip);
     else
@@ -94,6 +91,14 @@ void kxClipStructure::insert(const AnimNodePtr& node, const AnimNodePtr& clip, f
 {
     moveInto(node, clip);
     kxClipNodes::moveToFreeTrack(node, seconds - float(kxClipNodes::extentOf(node).start));
+}
+
+void kxClipStructure::addBlock(const AnimNodePtr& block, const AnimNodePtr& clip, float seconds)
+{
+    const AnimNodePtr copy = kxClipNodes::hiddenClone(block);
+    copy->moveBy(seconds, 0); // while it is in no tree, it moves in the time of the clip
+    moveInto(copy, clip);
+    kxClipNodes::moveToFreeTrack(copy, 0);
 }
 
 AnimNodePtr kxClipStructure::addClone(const AnimNodePtr& node, const AnimNodePtr& clip)

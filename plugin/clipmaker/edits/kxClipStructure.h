@@ -30,6 +30,10 @@ void moveToTop(const osg::AnimNodePtr& node);
 /// Puts `node` at the end of the children of `clip`, to begin at `seconds` of the root's time, on a free track.
 void insert(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip, float seconds);
 
+/// Puts a clone of `block` that no list shows into `clip`, `seconds` of the clip's time later than it is, on a free
+/// track.
+void addBlock(const osg::AnimNodePtr& block, const osg::AnimNodePtr& clip, float seconds);
+
 /// An active clone of `node`, which shares its cores, at the same time in `clip`, on a free track. Null where `clip` is
 /// the node itself or is below it.
 osg::AnimNodePtr addClone(const osg::AnimNodePtr& node, const osg::AnimNodePtr& clip);

@@ -3,7 +3,6 @@
 #include <clipmaker/edits/kxClipNodes.h>
 
 #include <kxAnimManager.h>
-#include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 
 namespace
@@ -36,17 +35,10 @@ void kxClipTriggers::add(unsigned int type, const std::string& name, const osg::
     core->setIsVariant(type == VariantSet);
     osg::markChanged(core, osg::AnimSequence::NameFieldMask | osg::AnimSequence::IsViewpointFieldMask |
                                osg::AnimSequence::IsVariantFieldMask);
-    const osg::AnimNodePtr node = osg::AnimNode::create();
-    node->setCore(core);
-    osg::markChanged(node, osg::Node::CoreFieldMask);
-    kxNodeUtils::setName(node, name, true, osg::NodePtr());
-    place(node, clip, frame);
+    place(kxClipNodes::make(core, name), clip, frame);
 }
 
 void kxClipTriggers::addCameraTrack(const osg::AnimNodePtr& block, const osg::AnimNodePtr& clip, double frame)
 {
-    const osg::AnimNodePtr clone = osg::cloneAnimTree(block, true);
-    clone->setHidden(true);
-    osg::markChanged(clone, osg::AnimNode::HiddenFieldMask);
-    place(clone, clip, frame);
+    place(kxClipNodes::hiddenClone(block), clip, frame);
 }

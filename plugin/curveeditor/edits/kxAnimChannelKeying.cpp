@@ -17,7 +17,7 @@ QString tr(const char* text)
 
 osg::AnimNodePtr kxAnimChannelKeying::requireCurveNode(const kxAnimManager::kxOSGChannelData& channel)
 {
-    const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container, *_step);
+    const osg::AnimAttachmentPtr attachment = kxAnimChannelKeys::requireAttachment(channel.container, _step.get());
     if (attachment == osg::NullFC)
         return osg::AnimNodePtr();
     if (std::find(_attachments.begin(), _attachments.end(), attachment) == _attachments.end())

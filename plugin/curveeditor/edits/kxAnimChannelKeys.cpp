@@ -8,6 +8,7 @@
 #include <osg/FieldContainerFactory.h>
 #include <osg/Share.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <set>
@@ -80,8 +81,21 @@ void kxAnimChannelKeys::add(const std::vector<Value>& values)
         kxAnimManager::the()->updateSceneAnimCurveData();
 }
 
+void kxAnimChannelKeys::insert(const osg::AnimCurvePtr& curve, std::vector<osg::Pnt2f>&& points, osg::UInt32 type)
+{
+    if (curve == osg::NullFC)
+        return;
+    points.erase(std::remove_if(points.begin(), points.end(), [](const auto& p) { return !std::isfinite(p.x()); }),
+                 points.end());
+    // The order in which keys go in fastest.
+    std::stable_sort(points.begin(), points.end(), [](const auto& a, const auto& b) { return a.x() < b.x(); });
+    for (const osg::Pnt2f& point : points)
+        curve->addPoint(point, osg::Vec2f(), osg::Vec2f(), type, type, false, true);
+    osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
+}
+
 osg::AnimAttachmentPtr kxAnimChannelKeys::requireAttachment(const osg::FieldContainerPtr& container,
-                                                            kxChannelCurvesUndoCommand& step)
+                                                            kxChannelCurvesUndoCommand* step)
 {
     const osg::AttachmentContainerPtr object = osg::AttachmentContainerPtr::dcast(container);
     if (object == osg::NullFC)
@@ -92,7 +106,8 @@ osg::AnimAttachmentPtr kxAnimChannelKeys::requireAttachment(const osg::FieldCont
         attachment = osg::AnimAttachmentBase::create();
         object->addAttachment(attachment);
         osg::markChanged(object, osg::AttachmentContainer::AttachmentsFieldMask);
-        step.noteAttachment(object, attachment);
+        if (step != nullptr)
+            step->noteAttachment(object, attachment);
     }
     return attachment;
 }

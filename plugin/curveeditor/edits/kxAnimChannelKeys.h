@@ -29,8 +29,13 @@ bool parse(const QString& text, float& value);
 /// yet join the kernel's evaluation.
 void add(const std::vector<Value>& values);
 
-/// The attachment of an object, made and noted in `step` where it has none; null where the container can carry none.
-osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container, kxChannelCurvesUndoCommand& step);
+/// Adds keys with both sides of this type to a curve, as no step of undo: in ascending time, those of one time as they
+/// are given. Points without a finite time are left out; a null curve takes none. Takes `points` over.
+void insert(const osg::AnimCurvePtr& curve, std::vector<osg::Pnt2f>&& points, osg::UInt32 type);
+
+/// The attachment of an object, made where it has none, which `step` notes; null where the container can carry none.
+osg::AnimAttachmentPtr requireAttachment(const osg::FieldContainerPtr& container,
+                                         kxChannelCurvesUndoCommand* step = nullptr);
 
 /// The curve node of a channel, made and noted in `step` where there is none; null where none can be made.
 osg::AnimNodePtr requireCurveNode(const kxAnimManager::kxOSGChannelData& channel,
