@@ -85,5 +85,6 @@ kxRemoval kxCollectRemoval(const std::vector<kxRemovalRow>& rows, bool checkRefe
 
 void kxRemoveAnimations(const std::vector<kxNodePtr>& nodes)
 {
+    const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(new kxTrashAnimationUndoCommand(nodes));
 }

@@ -37,6 +37,7 @@ void kxKeyEdits::moveTangent(const Key& key, bool isIn, const osg::Vec2f& vector
     const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(key.curveId);
     if (curve == osg::NullFC)
         return;
+    const kxScopedUndo scope(true);
     if (!isMirrored)
         kxUndoStack::get(0).add(new kxAnimTangentUndoCommand(curve, key.index, isIn, vector));
     else
@@ -61,6 +62,7 @@ void kxKeyEdits::setType(const std::vector<Key>& keys, osg::UInt32 type)
             new kxAnimTangentUndoCommand(curve, key.index, true, type, group.get());
         new kxAnimTangentUndoCommand(curve, key.index, false, type, group.get());
     }
+    const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(group.release());
 }
 
@@ -90,6 +92,7 @@ bool kxKeyEdits::paste(const Copied& copied, const std::set<unsigned int>& shown
             new kxAddAnimKeyUndoCommand(curve, keysAt(now, keys), group.get());
     }
     const bool any = group->childCount() > 0;
+    const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(group.release());
     return any;
 }
@@ -100,5 +103,6 @@ void kxKeyEdits::remove(std::map<unsigned int, std::vector<unsigned int>>&& indi
     for (auto& [id, removed] : indices)
         if (const osg::AnimCurvePtr curve = osg::living<osg::AnimCurve>(id))
             new kxAddAnimKeyUndoCommand(curve, std::move(removed), group.get());
+    const kxScopedUndo scope(true);
     kxUndoStack::get(0).add(group.release());
 }
