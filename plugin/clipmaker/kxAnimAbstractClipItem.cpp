@@ -6,7 +6,6 @@
 #include <clipmaker/kxClipColor.h>
 #include <clipmaker/kxClipIcons.h>
 #include <clipmaker/kxClipInfo.h>
-#include <wizard/kxAnimWizClipGUI.h>
 
 #include <kxPlatform.h>
 #include <kxScenegraph.h>
@@ -475,9 +474,9 @@ void kxAnimAbstractClipItem::endDrag()
 void kxAnimAbstractClipItem::mouseDoubleClickEvent(QGraphicsSceneMouseEvent* event)
 {
     const osg::AnimNodePtr own = node();
-    kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
-    if (dialog != nullptr && own != osg::NullFC && osg::AnimWizClipPtr::dcast(own->getCore()) != osg::NullFC)
-        dialog->show(own);
+    kxAnimClipScene* const clips = clipScene();
+    if (clips != nullptr && own != osg::NullFC && osg::AnimWizClipPtr::dcast(own->getCore()) != osg::NullFC)
+        Q_EMIT clips->wizardClipOpened(own);
     QGraphicsRectItem::mouseDoubleClickEvent(event);
 }
 

@@ -89,13 +89,12 @@ void kxAnimClipEditor::build()
 {
     addWindow();
     _wizard = kxAnimWizardGUII::create(kxRequireMainWindow(), kxAnimClipInterferenceGUIImpl::ask);
-    kxAnimWizClipGUI::create(_window);
+    _clipDialog = kxAnimWizClipGUI::create(_window);
     makeTree();
     makeView();
     _triggerDialog = new kxAnimSequenceGUIW;
-    for (QWidget* const dialog :
-         {static_cast<QWidget*>(kxAnimWizClipGUI::the()), static_cast<QWidget*>(_triggerDialog)})
-        new kxOpensAside(dialog, _view);
+    new kxOpensAside(_clipDialog, _view);
+    new kxOpensAside(_triggerDialog, _view);
     makeCommands();
     _player->stop(nullptr);
     connectHost();
@@ -208,6 +207,7 @@ void kxAnimClipEditor::makeView()
     connect(shown, SIGNAL(itemsChangedState()), _tree, SLOT(updateCheckStates()));
     connect(shown, SIGNAL(dropEventOccured()), _tree, SLOT(rebuild()));
     connect(shown, SIGNAL(itemDuplicated()), this, SLOT(updateSelectedClipTree()));
+    connect(shown, SIGNAL(wizardClipOpened(osg::AnimNodePtr)), _clipDialog, SLOT(show(osg::AnimNodePtr)));
     connect(_tree, SIGNAL(itemChanged(QTreeWidgetItem*, int)), shown, SLOT(updateFromItem(QTreeWidgetItem*, int)));
     QHBoxLayout* const pane = new QHBoxLayout(_window->_viewFrame);
     pane->setContentsMargins(0, 0, 0, 0);
@@ -268,7 +268,7 @@ void kxAnimClipEditor::handle(const kxMessage& message)
     switch (message.id())
     {
     case kxMessageId::NewScene:
-        kxAnimWizClipGUI::the()->reject(); // its clip goes
+        _clipDialog->reject(); // its clip goes
         if (_wizard != nullptr)
             _wizard->reject(); // its objects go
         clear();
@@ -276,8 +276,8 @@ void kxAnimClipEditor::handle(const kxMessage& message)
         _triggerDialog->reset();
         break;
     case kxMessageId::StopPlayback:
-        if (isVisible() || kxAnimWizClipGUI::the()->isVisible())
-            kxAnimWizClipGUI::the()->reject();
+        if (isVisible() || _clipDialog->isVisible())
+            _clipDialog->reject();
         if (_wizard != nullptr && (isVisible() || _wizard->isVisible()))
             _wizard->reject();
         break;

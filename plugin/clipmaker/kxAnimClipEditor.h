@@ -20,6 +20,7 @@ class kxAnimClipScene;
 class kxAnimClipStructureWidget;
 class kxAnimClipView;
 class kxAnimSequenceGUIW;
+class kxAnimWizClipGUI;
 class kxAnimWizardGUII;
 class kxClipRowMarks;
 class kxFramePlayer;
@@ -133,6 +134,7 @@ private:
     QSet<unsigned int> _selectedRows;            // their nodes, to tell a new selection from new rows
     QPointer<kxAnimSequenceGUIW> _triggerDialog; // without parent
     QPointer<kxAnimWizardGUII> _wizard;          // the main window's child
+    QPointer<kxAnimWizClipGUI> _clipDialog;      // the window's child
     bool _libraryKnows = false;                  // the blocks, by their rows, while their bars are selected
     QMenu* _createMenu = nullptr;
     QAction* _createClip = nullptr;

@@ -116,6 +116,8 @@ Q_SIGNALS:
     void clipShown();
     void itemChanged(kxAnimAbstractClipItem* item);
     void itemDuplicated();
+    /// The bar of a clip that the wizard made was double-clicked.
+    void wizardClipOpened(osg::AnimNodePtr clip);
     /// Once for an operation on many bars.
     void itemsChangedState();
     void dropEventOccured();

@@ -133,11 +133,6 @@ void kxAnimWizClipGUI::destroy()
     delete theDialog;
 }
 
-kxAnimWizClipGUI* kxAnimWizClipGUI::the()
-{
-    return theDialog;
-}
-
 AnimNodePtr kxAnimWizClipGUI::clip() const
 {
     return living<AnimNode>(_clipId);

@@ -27,8 +27,6 @@ public:
     /// The one dialog, hidden; made under `parent` where it isn't there.
     static kxAnimWizClipGUI* create(QWidget* parent);
     static void destroy();
-    /// Null before create() and after destroy().
-    static kxAnimWizClipGUI* the();
 
     /// The clip that is edited; null for none, and once it has died.
     osg::AnimNodePtr clip() const;

@@ -510,7 +510,7 @@ private Q_SLOTS:
         _clip->addChild(made);
         kxAnimFixture::changed(_clip, osg::Node::ChildrenFieldMask);
         select(_clip);
-        kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+        const QPointer<kxAnimWizClipGUI> dialog = kxAnimWizClipGUI::create(nullptr); // the one that the module has
         const auto length = [this] { return shown()->bars()[2]->sceneBoundingRect().width(); };
 
         dialog->show(made);
@@ -534,7 +534,7 @@ private Q_SLOTS:
         _maker->deliver(kxMessageId::NewScene);
         QVERIFY(!dialog->isVisible() && dialog->clip() == osg::NullFC);
         _maker->module.reset();
-        QVERIFY(kxAnimWizClipGUI::the() == nullptr);
+        QVERIFY(dialog == nullptr);
     }
 
     void doesNothingWithoutItsWindow()

@@ -403,9 +403,8 @@ private Q_SLOTS:
         kxAnimAbstractClipItem* const wizard =
             f.add(f.group<AnimWizClipBase>("Made", {f.block("Inner", {curve()})}), 0, 0);
         kxAnimAbstractClipItem* const block = f.bar(4, 2);
-        doubleClick(wizard); // there is no dialog
         kxAnimWizClipGUI& dialog = *kxAnimWizClipGUI::create(nullptr);
-        QVERIFY(!dialog.isVisible());
+        connect(&f.scene, SIGNAL(wizardClipOpened(osg::AnimNodePtr)), &dialog, SLOT(show(osg::AnimNodePtr)));
         doubleClick(block);
         QVERIFY(!dialog.isVisible());
         doubleClick(wizard);

@@ -525,7 +525,7 @@ private Q_SLOTS:
         kxWizardFixture f;
         f.window.setCentralWidget(new QWidget);
         f.window.setGeometry(10, 20, 300, 500); // of a screen of 800 x 600
-        kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::the();
+        kxAnimWizClipGUI* const dialog = kxAnimWizClipGUI::create(nullptr);
         f.wizard->showWizard();
         const osg::Share<osg::AnimNode> clip(f.clip("any", {}));
         dialog->show(clip);
