@@ -73,11 +73,16 @@ QString kxLeftover::description() const
     return _text.isEmpty() ? text : QStringLiteral("%1, '%2'").arg(text, _text);
 }
 
-void kxLeftover::remove()
+void kxLeftover::clear() const
 {
     for (const QString& name : QDir(_folder).entryList(QDir::Files | QDir::Hidden))
         if (name != QLatin1String(LockName))
             QFile::remove(_folder + QLatin1Char('/') + name);
+}
+
+void kxLeftover::remove()
+{
+    clear();
     _lock->unlock(); // takes its file along
     QDir().rmdir(_folder);
 }

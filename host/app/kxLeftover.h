@@ -29,6 +29,8 @@ private:
     static constexpr char LockName[] = "lock", JournalName[] = "journal.db";
 
     explicit kxLeftover(const QString& folder);
+    /// All but the lock.
+    void clear() const;
     bool isWanted();
 
     QString _folder;

@@ -29,7 +29,22 @@ kxSession::kxSession(bool isKept)
             _own.reset();
         }
     }
+    start();
+}
+
+void kxSession::start()
+{
     kxJournal::the().start(_own == nullptr ? QString() : _own->journal());
+}
+
+void kxSession::startAnew(bool isOtherScene)
+{
+    if (kxJournal::the().isRunning())
+        return;
+    if (_own != nullptr)
+        _own->clear();
+    if (isOtherScene) // the history of this one speaks of the journal that ended
+        start();
 }
 
 kxSession::~kxSession()
@@ -44,6 +59,8 @@ void kxSession::follow(const kxDocument& document)
     _document = &document;
     connect(&kxHistory::the(), &kxHistory::changed, this, &kxSession::describe);
     connect(&document, &kxDocument::changed, this, &kxSession::describe);
+    connect(&document, &kxDocument::opened, this, [this] { startAnew(true); });
+    connect(&document, &kxDocument::saved, this, [this] { startAnew(false); });
     describe();
 }
 

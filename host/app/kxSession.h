@@ -26,6 +26,9 @@ public:
     void takeOver(kxLeftover& leftover);
 
 private:
+    void start();
+    /// A journal that ended early says nothing of what was saved or opened since.
+    void startAnew(bool isOtherScene);
     void describe();
 
     const kxDocument* _document = nullptr; // not owned

@@ -237,7 +237,9 @@ void kxJournal::end()
                             ? _store->failure()
                             : QStringLiteral("'%1' was changed by another program").arg(_base->origin().path);
     stop();
-    kxLog::warning(QStringLiteral("The journal of changes ends here: %1. The scene is as it is.").arg(why));
+    kxLog::warning(
+        QStringLiteral("The journal of changes ends here: %1. The scene is as it is, but a crash loses what comes now.")
+            .arg(why));
     Q_EMIT failed(why);
 }
 

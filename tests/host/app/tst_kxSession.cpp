@@ -11,6 +11,9 @@
 #include <QPushButton>
 #include <QRegularExpression>
 
+#include <csignal>
+#include <sys/resource.h>
+
 using namespace kxSceneFixture;
 
 /// What a run that died leaves to the next one. A run dies here by a copy of its folder, without the lock.
@@ -113,6 +116,26 @@ private Q_SLOTS:
         QCOMPARE(kxLogModel::the().entries().size(), said + 1);
         QVERIFY(kxLogModel::the().entries().back().text.contains(file.fileName()));
         QVERIFY(kxJournal::the().isRunning()); // all comes back as long as the run lasts
+    }
+
+    /// The journal can't grow: what it had is there until a save makes it old, and another scene has one again.
+    void aFullDiskEndsTheJournalUntilAnotherSceneIsOpen()
+    {
+        const QString journal = _folder->filePath("sessions/" + sessions().front() + "/journal.db");
+        rlimit before = {};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit tight = {rlim_t(QFileInfo(journal + "-wal").size()), before.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &tight);
+        kxSceneEdits::rename(objects().front(), "Other");
+        turn();
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!kxJournal::the().isRunning() && _document->isUnsaved() && QFile::exists(journal));
+        QVERIFY(_document->saveTo(_folder->filePath("full.kxs")) && !QFile::exists(journal));
+        stack()->undo();
+        QCOMPARE(objects().front()->getNodeName(), std::string("Rotor"));
+        _document->newScene();
+        QVERIFY(kxJournal::the().isRunning() && QFile::exists(journal));
     }
 
 private:
