@@ -5,6 +5,7 @@
 #include <journal/kxContainerRecord.h>
 #include <journal/kxContainerRestore.h>
 #include <journal/kxJournalBase.h>
+#include <journal/kxRecordDelta.h>
 #include <journal/kxRecovery.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
@@ -46,6 +47,23 @@ FieldContainerPtr living(UInt32 id)
 QByteArray present(UInt32 id)
 {
     return id == SceneId ? kxSceneRecord::ofScene() : kxContainerRecord::of(living(id));
+}
+
+kxJournalStore::Row rowOf(UInt32 id, bool isPresent, const QByteArray& before, const QByteArray& after)
+{
+    if (before == after)
+        return {id, isPresent, QByteArray(), false};
+    const QByteArray delta = kxRecordDelta::make(before, after);
+    return delta.isEmpty() ? kxJournalStore::Row{id, isPresent, before, false}
+                           : kxJournalStore::Row{id, isPresent, delta, true};
+}
+
+/// What a row says, where `here` is the record on this side of its entry.
+QByteArray recordOf(const kxJournalStore::Row& row, const QByteArray& here)
+{
+    if (row.record.isEmpty())
+        return here;
+    return row.isDelta ? kxRecordDelta::apply(row.record, here) : row.record;
 }
 
 /// What is in one and not in the other, each as often as it is there too often.
@@ -435,8 +453,7 @@ void kxJournal::write(quint64 entry, const States& states)
     for (const auto& [id, state] : states)
     {
         const bool differs = state.before != state.after;
-        _store->setRow(std::uint32_t(entry),
-                       kxJournalStore::Row{id, state.wasPresent, differs ? state.before : QByteArray()});
+        _store->setRow(std::uint32_t(entry), rowOf(id, state.wasPresent, state.before, state.after));
         if (!differs)
             continue;
         _store->setLatest(id, state.after);
@@ -514,10 +531,12 @@ quint64 kxJournal::join(quint64 first, quint64 second)
     for (kxJournalStore::Row row : _store->rows(std::uint32_t(second)))
     {
         const std::optional<kxJournalStore::Row> known = _store->row(std::uint32_t(first), row.id);
-        if (known && known->record.isEmpty())
-            row.isPresent = known->isPresent; // it was elsewhere, and had the state that the second one changed
-        if (!known || known->record.isEmpty())
-            _store->setRow(std::uint32_t(first), row);
+        if (known)
+        {
+            const QByteArray after = beside(second, row.id).after;
+            row = rowOf(row.id, known->isPresent, recordOf(*known, recordOf(row, after)), after);
+        }
+        _store->setRow(std::uint32_t(first), row);
     }
     forget(second);
     if (!_store->commit())
@@ -533,7 +552,16 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         walkSteps();
         return changed;
     }
-    const std::vector<kxJournalStore::Row> rows = _store->rows(std::uint32_t(number));
+    std::vector<kxJournalStore::Row> rows = _store->rows(std::uint32_t(number));
+    bool isKnown = true;
+    for (kxJournalStore::Row& row : rows)
+    {
+        const QByteArray here = record(row.id);
+        row.record = recordOf(row, here);
+        isKnown = isKnown && row.record.isEmpty() == here.isEmpty();
+    }
+    if (!isKnown) // entries were walked out of their order
+        kxLog::warning(QStringLiteral("Not all that this step changed can be brought back."));
     walkSteps();
     kxContainerRestore restore([this](UInt32 id)
                                { return isPresent(id) && living(id) != NullFC ? QByteArray() : record(id); });
@@ -544,7 +572,7 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         if (row.id == SceneId)
             restore.addScene(row.record);
         else if (row.isPresent)
-            restore.add(row.id, row.record.isEmpty() ? record(row.id) : row.record);
+            restore.add(row.id, row.record);
     }
     // What the steps wrote and the entry doesn't change stays as it was.
     for (const UInt32 id : _marked)
@@ -572,9 +600,7 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     write(number, states);
     if (!_takenBack.erase(number))
         _takenBack.insert(number);
-    if (_store->commit())
-        compact();
-    else
+    if (!_store->commit())
         end();
     return changed;
 }
@@ -594,38 +620,38 @@ std::vector<kxJournal::Change> kxJournal::changes(quint64 number) const
     if (!isRunning())
         return changes;
     const bool isDone = _takenBack.count(number) == 0;
-    // The state between this entry and the next one on the way to the present is that one's other side.
-    std::vector<quint64> between;
-    for (const quint64 entry : _entries)
-        if (isDone ? entry > number && _takenBack.count(entry) == 0 : entry < number && _takenBack.count(entry) != 0)
-            between.push_back(entry);
-    if (!isDone)
-        std::reverse(between.begin(), between.end());
-    // What a row leaves out is as the present has it, or a row on the way.
     for (const kxJournalStore::Row& row : _store->rows(std::uint32_t(number)))
     {
-        bool isHere = row.id == SceneId || isPresent(row.id);
-        QByteArray here;
-        bool isPlaced = false;
-        for (const quint64 entry : between)
-            if (const std::optional<kxJournalStore::Row> other = _store->row(std::uint32_t(entry), row.id))
-            {
-                if (!isPlaced)
-                    isHere = other->isPresent;
-                isPlaced = true;
-                here = other->record;
-                if (!here.isEmpty())
-                    break;
-            }
-        if (here.isEmpty())
-            here = record(row.id);
-        const QByteArray there = row.record.isEmpty() ? here : row.record;
-        Change change{row.id, row.isPresent ? there : QByteArray(), isHere ? here : QByteArray()};
+        const State here = beside(number, row.id);
+        Change change{row.id, row.isPresent ? recordOf(row, here.after) : QByteArray(),
+                      here.isPresent ? here.after : QByteArray()};
         if (!isDone)
             std::swap(change.before, change.after);
         changes.push_back(change);
     }
     return changes;
+}
+
+kxJournal::State kxJournal::beside(quint64 number, UInt32 id) const
+{
+    State state;
+    state.isPresent = id == SceneId || isPresent(id);
+    state.after = record(id);
+    // From the present to the entry: each that lies between has its own other side on the way.
+    const bool isDone = _takenBack.count(number) == 0;
+    std::vector<quint64> between;
+    for (const quint64 entry : _entries)
+        if (isDone ? entry > number && _takenBack.count(entry) == 0 : entry < number && _takenBack.count(entry) != 0)
+            between.push_back(entry);
+    if (isDone)
+        std::reverse(between.begin(), between.end());
+    for (const quint64 entry : between)
+        if (const std::optional<kxJournalStore::Row> row = _store->row(std::uint32_t(entry), id))
+        {
+            state.isPresent = row->isPresent;
+            state.after = recordOf(*row, state.after);
+        }
+    return state;
 }
 
 std::vector<UInt32> kxJournal::unmarked() const

@@ -85,8 +85,7 @@ Q_SIGNALS:
     void replaced();
     /// The scene is about to be written. Where something is pending after this, the file's records aren't taken.
     void toBeSaved();
-    /// An entry was dropped to keep the database small: the oldest, or the one taken back first. From within commit()
-    /// and exchange().
+    /// An entry was dropped to keep the database small: the oldest, or the one taken back first. From within commit().
     void dropped(quint64 number);
     /// The journal has ended, and why. The scene is as it is.
     void failed(const QString& why);
@@ -117,6 +116,8 @@ private:
     bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
     States compare(const std::vector<osg::UInt32>& also);
     void write(quint64 entry, const States& states);
+    /// The state of a container on this side of an entry.
+    State beside(quint64 number, osg::UInt32 id) const;
     void noteSerial();
     void compact();
     qint64 sceneSize() const;

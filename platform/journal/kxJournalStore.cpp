@@ -27,6 +27,14 @@ qint64 keyOf(std::uint32_t entry, std::uint32_t id)
     return qint64(entry) << 32 | id;
 }
 
+// Of the column "present".
+constexpr qint64 PresentFlag = 1, DeltaFlag = 2;
+
+kxJournalStore::Row rowOf(std::uint32_t id, qint64 flags, const QByteArray& record)
+{
+    return {id, (flags & PresentFlag) != 0, record, (flags & DeltaFlag) != 0};
+}
+
 constexpr char TotalNote[] = "total";
 
 quint64 mixed(quint64 sum, quint64 word)
@@ -212,14 +220,17 @@ bool kxJournalStore::commit()
     prepared("COMMIT").step();
     if (!_failure.isEmpty())
         sqlite3_exec(_database, "ROLLBACK", nullptr, nullptr, nullptr); // fails where nothing is open
-    if (_logPages >= LogPages && !_isMovingLog)
+    if (_logPages < LogPages)
+        _logMoves = 0;
+    else if (!_isMovingLog)
         moveLog();
-    if (_logPages >= MostLogPages && _logMover.joinable()) // it starts anew where nothing is written meanwhile
+    // It starts anew where nothing is written while it is moved; a large scene that was just taken has its time.
+    if (_logPages >= MostLogPages && _logMoves > 1)
     {
         _logMover.join();
         moveLog();
         _logMover.join();
-        _logPages = 0;
+        _logPages = _logMoves = 0;
     }
     return _failure.isEmpty();
 }
@@ -229,6 +240,7 @@ void kxJournalStore::moveLog()
     if (_logMover.joinable())
         _logMover.join();
     _isMovingLog = true;
+    ++_logMoves;
     _logMover = std::thread(
         [this, file = QFile::encodeName(_file)]
         {
@@ -319,7 +331,7 @@ std::vector<kxJournalStore::Row> kxJournalStore::rows(std::uint32_t entry)
     Statement statement = prepared("SELECT key, present, record FROM change WHERE key BETWEEN ?1 AND ?2 ORDER BY key");
     statement.bind(1, keyOf(entry, 0)).bind(2, keyOf(entry, ~std::uint32_t(0)));
     while (statement.step())
-        rows.push_back(Row{std::uint32_t(statement.number(0)), statement.number(1) != 0, statement.bytes(2)});
+        rows.push_back(rowOf(std::uint32_t(statement.number(0)), statement.number(1), statement.bytes(2)));
     return rows;
 }
 
@@ -328,14 +340,14 @@ std::optional<kxJournalStore::Row> kxJournalStore::row(std::uint32_t entry, std:
     Statement statement = prepared("SELECT present, record FROM change WHERE key = ?1");
     if (!statement.bind(1, keyOf(entry, id)).step())
         return std::nullopt;
-    return Row{id, statement.number(0) != 0, statement.bytes(1)};
+    return rowOf(id, statement.number(0), statement.bytes(1));
 }
 
 void kxJournalStore::setRow(std::uint32_t entry, const Row& row)
 {
     prepared("INSERT OR REPLACE INTO change VALUES (?1, ?2, ?3)")
         .bind(1, keyOf(entry, row.id))
-        .bind(2, qint64(row.isPresent))
+        .bind(2, qint64(row.isPresent ? PresentFlag : 0) | (row.isDelta ? DeltaFlag : 0))
         .bind(3, row.record)
         .step();
 }

@@ -24,7 +24,8 @@ public:
     {
         std::uint32_t id = 0;
         bool isPresent = false; ///< it is in the scene there
-        QByteArray record;      ///< empty: as latest() or, where that is empty, as the base has it
+        QByteArray record;      ///< empty: the same as on this side
+        bool isDelta = false;   ///< against the record of this side, see kxRecordDelta
     };
 
     enum Mode
@@ -87,6 +88,7 @@ private:
     QString _file;
     sqlite3* _database = nullptr;
     int _logPages = 0;     ///< of the write-ahead log
+    int _logMoves = 0;     ///< begun since it was short
     std::thread _logMover; ///< brings the log into the database
     std::atomic<bool> _isMovingLog = false;
     quint64 _total = 0, _writtenTotal = 0;          // over the sums of latest

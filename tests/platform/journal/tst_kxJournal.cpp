@@ -6,6 +6,7 @@
 #include <journal/kxContainerRecord.h>
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
+#include <journal/kxRecordDelta.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QtTest>
@@ -123,6 +124,34 @@ private Q_SLOTS:
                 QFAIL(fault.constData());
     }
 
+    /// What makes one record of another is as small as what differs, and refuses any other.
+    void deltas()
+    {
+        std::mt19937 random(std::random_device{}());
+        const auto below = [&random](int count) { return int(random() % unsigned(count)); };
+        for (int turn = 0; turn < 300; ++turn)
+        {
+            QByteArray from;
+            while (from.size() < 9000 + turn * 100)
+                from.append(char(below(1 + turn % 9)));
+            QByteArray wanted = from;
+            for (int edits = below(4); edits > 0; --edits)
+            {
+                const int at = below(wanted.size());
+                if (below(2) == 0)
+                    wanted.remove(at, below(40));
+                else
+                    wanted.insert(at, QByteArray(below(40), char('a' + below(9))));
+            }
+            const QByteArray delta = kxRecordDelta::make(wanted, from);
+            QVERIFY(!delta.isEmpty() && delta.size() < 2000);
+            QCOMPARE(kxRecordDelta::apply(delta, from), wanted);
+            QVERIFY(kxRecordDelta::apply(delta, from + 'x').isEmpty());
+            kxRecordDelta::apply(delta.left(below(delta.size())), from);
+        }
+        QVERIFY(kxRecordDelta::make(QByteArray(9000, 'a'), QByteArray(9000, 'b')).isEmpty());
+    }
+
     /// The database stays small, whatever is edited; what is left of its entries can be walked.
     void oldEntriesGoFirst()
     {
@@ -137,8 +166,9 @@ private Q_SLOTS:
         std::vector<QByteArray> states{savedBytes()};
         for (int i = 1; i <= 300; ++i)
         {
-            for (int k = 0; k < 10; ++k) // it grows to 3,000 keys
-                curve->editControlPoints().push_back(CCPnt(Pnt2f(float(10 * i + k), float(i)), {}, {}, 1, 1));
+            curve->editControlPoints().clear();
+            for (int k = 0; k < 10 * i; ++k) // each key is another, up to 3,000
+                curve->editControlPoints().push_back(CCPnt(Pnt2f(float(k), float(k + i)), {}, {}, 1, 1));
             osg::markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
             history.flush();
             states.push_back(savedBytes());
