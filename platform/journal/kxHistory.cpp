@@ -71,6 +71,7 @@ void kxHistory::stepPushed()
     }
     const quint64 top = topStep();
     const bool isNew = top > _newest;
+    _isGliding = false;
     _newest = std::max(_newest, top);
     dropUndone();
     dropGoneSteps();
@@ -117,8 +118,8 @@ void kxHistory::settle()
     if (_isWalking || isCollecting() || kxUndoGesture::the().isHeld() || kxUndoRecorder::isActing())
         return;
     commit();
-    // What a drag leaves may glide to its place.
-    _open = kxUndoGesture::the().hasDragged() && _written.isValid() && !canRedo() && !_entries.empty();
+    _isGliding = _open && kxUndoGesture::the().hasDragged(); // what a drag leaves may glide to its place
+    _open = _isGliding;
 }
 
 void kxHistory::flush()
@@ -128,14 +129,14 @@ void kxHistory::flush()
     if (isCollecting())
         return commitRun();
     commit();
-    _open = false;
+    _open = _isGliding = false;
     kxUndoGesture::the().moveOn();
 }
 
 void kxHistory::commit()
 {
-    if (_written.isValid() && _written.elapsed() > GlideTime)
-        _open = false;
+    if (_isGliding && _written.elapsed() > GlideTime)
+        _open = _isGliding = false;
     if (_open)
     {
         Entry& last = _entries.back();
@@ -157,7 +158,7 @@ void kxHistory::commit()
         dropUndone();
         append(Entry{QString(), QString(), QDateTime::currentDateTime(), false, record, {}});
         describe(_entries.back());
-        _open = true;
+        _open = !dropPassing();
     }
     _written.start();
     Q_EMIT changed();
@@ -176,6 +177,28 @@ void kxHistory::append(Entry entry)
         _entries.erase(_entries.begin());
     }
     _index = _entries.size();
+}
+
+bool kxHistory::dropPassing()
+{
+    if (_entries.size() < 2)
+        return false;
+    Entry &first = _entries[_entries.size() - 2], &second = _entries.back();
+    if (!first.steps.empty() || first.record == 0 || first.run != second.run)
+        return false;
+    const std::vector<kxJournal::Change> came = kxJournal::the().changes(first.record);
+    const std::vector<kxJournal::Change> went = kxJournal::the().changes(second.record);
+    const auto isBack = [](const kxJournal::Change& a, const kxJournal::Change& b)
+    { return a.id == b.id && a.before == b.after; };
+    const bool hasMade =
+        std::any_of(came.begin(), came.end(), [](const kxJournal::Change& change) { return change.before.isEmpty(); });
+    if (!hasMade || !std::equal(came.begin(), came.end(), went.begin(), went.end(), isBack))
+        return false;
+    forget(second);
+    forget(first);
+    _entries.resize(_entries.size() - 2);
+    _index = _entries.size();
+    return true;
 }
 
 void kxHistory::closeTop()
@@ -344,7 +367,7 @@ void kxHistory::walk(bool forward)
             kxJournal::the().forget(answer);
         }
     }
-    _open = false;
+    _open = _isGliding = false;
     if (std::exchange(_hasPushed, false))
         stepPushed();
     Q_EMIT changed();
@@ -505,7 +528,7 @@ void kxHistory::clear()
     _index = 0;
     for (Run& run : _runs)
         run.steps.clear();
-    _open = false;
+    _open = _isGliding = false;
     _newest = topStep();
     _firstState = _saved = ++_states;
     Q_EMIT changed();

@@ -119,6 +119,8 @@ private:
     void walk(bool forward);
     void walkSteps(const Entry& entry, bool forward);
     void append(Entry entry);
+    /// What a tool made for a while and took away again, as a preview, is nobody's change. True where it was that.
+    bool dropPassing();
     void closeTop();
     void refresh(Entry& entry);
     /// False where it did nothing, and is forgotten.
@@ -143,6 +145,7 @@ private:
     quint64 _runCount = 0;
     bool _open = false;     // the last entry takes what the gesture still writes
     QElapsedTimer _written; // since the last commit of something
+    bool _isGliding = false;
     bool _isWalking = false;
     bool _hasPushed = false;  // a step came during a walk
     bool _isSettling = false; // a call of settle() waits

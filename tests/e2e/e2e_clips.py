@@ -5,7 +5,7 @@ e2e_clips.py <application> <folder for pictures of failures>
 """
 import desktop
 import fixtures
-from editors import create, near, open_dock, open_windows, place, show_frame
+from editors import create, goes_back_and_forth, near, open_dock, open_windows, place, show_frame
 
 OBJECT = "Mover"  # its block goes along x from 0 to LENGTH
 BLOCK_FRAMES = fixtures.SECONDS * fixtures.FPS
@@ -21,6 +21,8 @@ def makes_a_clip(application, folder):
     application.wait_for("['Clip'] in widgetRows('_clips')")
     application.rename("Show")  # it is selected, and the tree has the focus
     application.wait_for("['Show'] in widgetRows('_clips')")
+    goes_back_and_forth(application, "widgetRows('_clips')", presses=2)
+    application.click_row("_clips", ["Show"])
 
 
 def drags_a_block_into_it(application, folder):
@@ -67,6 +69,8 @@ def types_into_the_fields(application, folder):
         show_frame(application, frame)
         x = application.ask("channelValue(findNode(%r), 'translation.X')" % OBJECT)
         assert near(x, part * fixtures.LENGTH), "frame %d shows %g" % (frame, x)
+    goes_back_and_forth(application, "[widgetProperty('_statsFrame/' + name, 'value') for name in "
+                                     "('_start', '_duration', '_postCycles')]", presses=4)
 
 
 def takes_the_view_along(application, folder):

@@ -132,12 +132,20 @@ def captures_moves_of_the_gizmo(application, folder):
     for name in PARTS:
         assert poses.difference(poses.translation(*SEEN["end"][name]),
                                 poses.translation(*SEEN["start"][name])) > 0.05, SEEN
+    steps = application.ask("undoCount()")
     application.click("_preview")
     desktop.until("a part on its way", lambda: 0.05 < way_of(application) < 0.95)
     application.wait_for("not widgetProperty('_preview', 'checked')")
     assert {name: position(application, name) for name in PARTS} == SEEN["end"], "the preview leaves its traces"
+    application.wait_for("undoCount() == %d" % steps)  # a preview is no change
+    before = application.ask("[widgetRows('_clips'), widgetRows('_library')]")
     application.click(WIZARD + "/qt_wizard_finish")
     application.wait_for_window("kxhost")
+    application.wait_for("['Clip'] in widgetRows('_clips')")
+    application.keys("ctrl+z")
+    application.wait_for("[widgetRows('_clips'), widgetRows('_library')] == %r" % before)
+    assert {name: position(application, name) for name in PARTS} == SEEN["end"]
+    application.keys("ctrl+shift+z")
     application.wait_for("['Clip'] in widgetRows('_clips')")
 
 

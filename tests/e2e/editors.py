@@ -52,3 +52,16 @@ def frame_curves(application, *keys):
     def in_sight(point):
         return left <= point[0] < left + width and top <= point[1] < top + height
     desktop.until("the keys in sight", lambda: all(in_sight(key(application, *at)) for at in keys))
+
+
+def goes_back_and_forth(application, shown, presses=1):
+    """Each of the last edits comes back by one Ctrl+Z, and again by one Ctrl+Shift+Z: `shown` is an expression that each of
+    them has changed."""
+    states = [application.ask(shown)]
+    for _ in range(presses):
+        application.keys("ctrl+z")
+        application.wait_for("%s != %r" % (shown, states[-1]))
+        states.append(application.ask(shown))
+    for state in reversed(states[:-1]):
+        application.keys("ctrl+shift+z")
+        application.wait_for("%s == %r" % (shown, state))
