@@ -1,5 +1,7 @@
 #include <files/kxSceneIO.h>
+#include <files/scene/kxSceneContent.h>
 #include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
 #include <kxBenchMain.h>
 #include <kxBenchScene.h>
 
@@ -91,6 +93,17 @@ void longCurve(benchmark::State& state)
     kxJournal::the().commit();
 }
 
+void recover(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        kxSceneContent content;
+        kxFileReport report;
+        if (!kxRecovery(pathOf("journal")).read(content, report))
+            state.SkipWithError(qPrintable(report.error()));
+    }
+}
+
 void open(benchmark::State& state)
 {
     kxJournal::the().stop();
@@ -106,6 +119,7 @@ void open(benchmark::State& state)
 BENCHMARK(key)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(200);
 BENCHMARK(movedKeys)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
 BENCHMARK(longCurve)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
+BENCHMARK(recover)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 BENCHMARK(open)->Unit(benchmark::kMillisecond)->Arg(0)->Arg(1)->Iterations(3)->UseRealTime();
 
 int main(int argc, char** argv)

@@ -225,6 +225,31 @@ private Q_SLOTS:
             QVERIFY2(states.count(recovered(folder.path(), fault)) == 1, qPrintable(fault));
     }
 
+    /// The scene's file holds what didn't change: where it isn't that file any more, only a whole journal gives a
+    /// scene.
+    void withoutTheSceneFile()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("scene.kxs"));
+        for (const bool isOfFile : {false, true})
+        {
+            begin(folder.path(), isOfFile);
+            const QByteArray state = digest(folder.path());
+            journal().stop();
+            QString fault;
+            QCOMPARE(recovered(folder.path(), fault), state);
+            if (!isOfFile)
+                continue;
+            kxSceneIO::newScene();
+            digest(folder.path());
+            QVERIFY(writeFile(file, bytesOfFile(folder.filePath(QStringLiteral("digest.kxs")))));
+            recovered(folder.path(), fault);
+            QVERIFY2(fault.contains(file + "' is another file now"), qPrintable(fault));
+            QVERIFY(QFile::remove(file) && recovered(folder.path(), fault).isEmpty());
+            QVERIFY2(fault.contains(file + "' isn't there"), qPrintable(fault));
+        }
+    }
+
     /// Cut anywhere or with any byte another: a state that was committed, or an error that says something.
     void damageGivesAStateThatWasOrAnError_data()
     {
