@@ -56,12 +56,6 @@ const FieldContainerType* readHead(kxCborInput& in, kxContainerRecord::Content& 
     return in.failed() ? nullptr : type;
 }
 
-std::map<std::string, double> animationSettings()
-{
-    std::map<std::string, double> values = kxSceneTiming::values();
-    values.erase("currentFrame");
-    return values;
-}
 } // namespace
 
 std::vector<UInt32> kxContainerRecord::Content::owned() const
@@ -199,21 +193,29 @@ std::vector<UInt32> kxSceneRecord::tops()
 
 QByteArray kxSceneRecord::ofScene()
 {
+    Content content;
+    for (const MaterialPtr& material : kxScene::the()->materials())
+        content.materials.push_back(material->getId());
+    content.settings = kxScene::the()->settings();
+    content.animation = kxSceneTiming::values();
+    return of(content);
+}
+
+QByteArray kxSceneRecord::of(const Content& content)
+{
     QByteArray record;
     QCborStreamWriter out(&record);
     out.startArray(3);
-    std::vector<UInt32> materials;
-    for (const MaterialPtr& material : kxScene::the()->materials())
-        materials.push_back(material->getId());
-    kxContainerForm::writeNumbers(out, materials);
-    out.startMap(quint64(kxScene::the()->settings().size()));
-    for (const auto& [key, value] : kxScene::the()->settings())
+    kxContainerForm::writeNumbers(out, content.materials);
+    out.startMap(quint64(content.settings.size()));
+    for (const auto& [key, value] : content.settings)
     {
         appendText(out, key);
         appendText(out, value);
     }
     out.endMap();
-    const std::map<std::string, double> animation = animationSettings();
+    std::map<std::string, double> animation = content.animation;
+    animation.erase("currentFrame");
     out.startMap(quint64(animation.size()));
     for (const auto& [key, value] : animation)
     {

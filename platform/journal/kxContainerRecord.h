@@ -59,6 +59,7 @@ struct Content
 };
 
 KX_API QByteArray ofScene();
+QByteArray of(const Content& content);
 /// The tops of the scene's trees, which the scene owns beside its materials, and which live as long as the process.
 std::vector<osg::UInt32> tops();
 KX_API Content read(const QByteArray& record);

@@ -130,6 +130,7 @@ void kxHistory::flush()
         return commitRun();
     commit();
     _open = _isGliding = false;
+    _isSettling = false; // nothing waits for the call that comes
     kxUndoGesture::the().moveOn();
 }
 

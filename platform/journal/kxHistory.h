@@ -94,6 +94,8 @@ public:
     /// There is no file of it, whatever is undone.
     void markUnsaved();
     bool isSaved() const;
+    /// What there is, a number for each state; selections play no part.
+    quint64 content() const;
 
 Q_SIGNALS:
     void changed();
@@ -132,7 +134,6 @@ private:
     /// Entries whose steps others undid or redid change sides.
     void followStack();
     quint64 topStep() const;
-    quint64 content() const;
 
     QUndoStack* _stack; // not owned
     std::vector<Entry> _entries;

@@ -2,6 +2,10 @@
 
 #include <files/scene/kxSceneFile.h>
 #include <files/text/kxSceneDifference.h>
+#include <journal/kxHistory.h>
+#include <journal/kxHistoryNotice.h>
+#include <journal/kxJournal.h>
+#include <journal/kxSceneReplacement.h>
 #include <kxFramePlayer.h>
 #include <kxLog.h>
 
@@ -82,7 +86,7 @@ void kxVersions::setStore(const QString& path)
                                : kxVersionStore::folderOf(path);
     _store = std::make_unique<kxVersionStore>(folder, path);
     _sinceKept.start();
-    _contentKept = content ? content() : 0;
+    _contentKept = content();
     _withoutPicture = 0;
     _lastSize = 0;
 }
@@ -159,7 +163,7 @@ void kxVersions::kept(qint64 number, bool hasPicture)
     if (number != 0)
     {
         _sinceKept.start();
-        _contentKept = content ? content() : _contentKept + 1;
+        _contentKept = content();
         const std::optional<kxVersion> last = _store->last();
         _lastSize = last ? last->size : 0;
         if (!hasPicture && last && last->picture.isEmpty())
@@ -184,9 +188,15 @@ void kxVersions::settle()
     _store = std::make_unique<kxVersionStore>(_store->folder(), _path); // the next time may be better
 }
 
-bool kxVersions::isNew()
+quint64 kxVersions::content()
 {
-    return !content || content() != _contentKept;
+    kxHistory::the().settle(); // a change may be newer than the last entry
+    return kxHistory::the().content();
+}
+
+bool kxVersions::isNew() const
+{
+    return content() != _contentKept || kxJournal::the().isPending(); // within a script nothing is an entry yet
 }
 
 bool kxVersions::isAffordable()
@@ -213,6 +223,13 @@ qint64 kxVersions::keep(const QString& name, QString& reason)
     return number;
 }
 
+void kxVersions::rename(qint64 number, const QString& name)
+{
+    _store->rename(number, name);
+    settle();
+    Q_EMIT changed();
+}
+
 void kxVersions::tick()
 {
     if (QGuiApplication::mouseButtons() != Qt::NoButton || kxFramePlayer::the()->isPlaying() || (isBusy && isBusy()))
@@ -231,6 +248,24 @@ void kxVersions::addPicture()
         return;
     _store->setPicture(number, takePicture());
     Q_EMIT changed();
+}
+
+bool kxVersions::goTo(qint64 number, kxFileReport& report)
+{
+    kxSceneContent content;
+    const std::optional<kxVersion> version = _store->find(number);
+    if (!read(*_store, number, content, report))
+        return false;
+    keepBefore(kxVersion::Leaving, QString::number(number));
+    const kxHistory::Scope scope(tr("Go to version %1 (%2)").arg(number).arg(version->title()));
+    kxHistoryNotice notice;
+    notice.listen();
+    if (!kxSceneReplacement::run(content))
+        return report.fail(
+            tr("it had to be mended when it was read: %1").arg(report.notes().join(QStringLiteral("; "))));
+    content = kxSceneContent();
+    notice.tell();
+    return true;
 }
 
 bool kxVersions::read(kxVersionStore& store, qint64 number, kxSceneContent& content, kxFileReport& report)

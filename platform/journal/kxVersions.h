@@ -36,8 +36,6 @@ public:
     std::function<QByteArray()> takePicture;
     /// The user is in the middle of something: not now. May be empty.
     std::function<bool()> isBusy;
-    /// A number for what stands, as kxHistory::content(). May be empty: then every moment is another state.
-    std::function<quint64()> content;
 
     // The document tells these.
     /// Another scene is open; `path` is its file, empty where none of ours holds it.
@@ -52,11 +50,16 @@ public:
     /// one gets the name.
     qint64 keep(const QString& name, QString& reason);
 
-    /// Of the open scene.
+    void rename(qint64 number, const QString& name);
+
+    /// Of the open scene; another one after each changed().
     kxVersionStore& store() { return *_store; }
     /// The file of the open scene, empty where it was never saved.
     const QString& path() const { return _path; }
 
+    /// Puts a version in place of the open scene, as one entry of the history. What differs from the last version is
+    /// kept before.
+    bool goTo(qint64 number, kxFileReport& report);
     /// Reads a version that is to take the place of the open scene.
     static bool read(kxVersionStore& store, qint64 number, kxSceneContent& content, kxFileReport& report);
     /// The file of a version, at another place.
@@ -91,7 +94,8 @@ private:
     void tick();
     void addPicture();
     bool isAffordable();
-    bool isNew();
+    static quint64 content();
+    bool isNew() const;
     /// Tells what went wrong, and begins anew.
     void settle();
     void setStore(const QString& path);
@@ -99,7 +103,7 @@ private:
     Settings _settings;
     std::unique_ptr<kxVersionStore> _store;
     QString _path;
-    quint64 _contentKept = 0;   // as content(), of the last version
+    quint64 _contentKept = 0;   // of the last version; 0 where it is another scene
     QElapsedTimer _sinceKept;   // of the open scene
     double _bytesPerMs;         // that writing a scene has got through
     qint64 _lastSize = 0;       // of the last version
