@@ -1,5 +1,6 @@
 #include <app/kxApplication.h>
 #include <app/kxFileTexts.h>
+#include <app/kxVersionTexts.h>
 
 #include <QApplication>
 #include <QIcon>
@@ -56,6 +57,11 @@ int main(int argc, char** argv)
     {
         const QCoreApplication files(argc, argv); // readers look for their plug-ins beside it
         return kxFileTexts::run(line);
+    }
+    if (!line.versionsOf.isEmpty())
+    {
+        const QCoreApplication files(argc, argv);
+        return kxVersionTexts::run(line);
     }
     if (!line.headless && !kxApplication::hasDisplay())
     {

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int LargestPicture = 16384;
@@ -14,7 +16,8 @@ QString tr(const char* text)
     return QCoreApplication::translate("kxCommandLine", text);
 }
 
-void addOptions(QCommandLineParser& parser)
+/// `isOfVersions`: --version names one of a scene.
+void addOptions(QCommandLineParser& parser, bool isOfVersions)
 {
     parser.setApplicationDescription(tr("Shows, animates and renders 3D scenes."));
     parser.addPositionalArgument(QStringLiteral("scene"), tr("Scene or model to open."), QStringLiteral("[scene]"));
@@ -34,11 +37,16 @@ void addOptions(QCommandLineParser& parser)
            "where "
            "they differ, 2 where one can't be read."),
         "");
-    add("json", tr("With --diff: as JSON."), "");
+    add("json", tr("With --diff or --versions: as JSON."), "");
     add("text", tr("Write the scene or model as text that is made to be compared line by line."), "");
+    add("versions", tr("List the versions that were kept of a scene."), "");
+    add("save-as", tr("With --versions and --version N: write this version to a file."), "FILE.kxs");
     add("headless", tr("Show no window, do what is asked, and quit."), "");
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
-    parser.addOption({{QStringLiteral("v"), QStringLiteral("version")}, tr("Show the version.")});
+    if (isOfVersions)
+        add("version", tr("With --save-as: the number of the version."), "N");
+    else
+        parser.addOption({{QStringLiteral("v"), QStringLiteral("version")}, tr("Show the version.")});
 }
 
 std::optional<kxCommandLine::Range> parseRange(const QString& text)
@@ -143,20 +151,51 @@ QString oneValue(const QCommandLineParser& parser, const char* name, kxCommandLi
 }
 } // namespace
 
+namespace
+{
+/// --versions and what goes with it.
+void parseVersions(kxCommandLine& line, const QCommandLineParser& parser)
+{
+    const QStringList own = {QStringLiteral("versions"), QStringLiteral("version"), QStringLiteral("save-as"),
+                             QStringLiteral("json"), QStringLiteral("headless")};
+    for (const QString& name : parser.optionNames())
+        if (!own.contains(name))
+            line.errors << tr("--%1 doesn't go with --versions").arg(name);
+    if (parser.positionalArguments().size() != 1)
+        line.errors << tr("--versions needs one scene, not %1").arg(parser.positionalArguments().size());
+    line.versionsOf = parser.positionalArguments().value(0);
+    line.json = parser.isSet(own[3]);
+    line.saveAs = oneValue(parser, "save-as", line);
+    const QString number = oneValue(parser, "version", line);
+    line.versionNumber = number.toLongLong();
+    if (!number.isEmpty() && line.versionNumber < 1)
+        line.errors << tr("--version needs the number of a version, not '%1'").arg(number);
+    if (number.isEmpty() != line.saveAs.isEmpty())
+        line.errors << tr("--version N and --save-as FILE go together");
+}
+} // namespace
+
 kxCommandLine kxCommandLine::parse(const QStringList& arguments)
 {
     kxCommandLine line;
     QCommandLineParser parser;
-    addOptions(parser);
+    const bool isOfVersions = std::any_of(arguments.begin(), arguments.end(),
+                                          [](const QString& argument) {
+                                              return argument == QLatin1String("--versions") ||
+                                                     argument.startsWith(QLatin1String("--save-as"));
+                                          });
+    addOptions(parser, isOfVersions);
     if (!parser.parse(arguments))
     {
         line.errors << parser.errorText();
         return line;
     }
     line.help = parser.isSet(QStringLiteral("help"));
-    line.version = parser.isSet(QStringLiteral("version"));
+    line.version = !isOfVersions && parser.isSet(QStringLiteral("version"));
     line.headless = parser.isSet(QStringLiteral("headless"));
-    if (parseTexts(line, parser))
+    if (isOfVersions)
+        parseVersions(line, parser);
+    if (isOfVersions || parseTexts(line, parser))
         return line;
     const QStringList scenes = parser.positionalArguments();
     if (scenes.size() > 1)
@@ -199,7 +238,7 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
 QString kxCommandLine::helpText()
 {
     QCommandLineParser parser;
-    addOptions(parser);
+    addOptions(parser, false);
     return parser.helpText();
 }
 

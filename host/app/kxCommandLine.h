@@ -26,6 +26,9 @@ struct kxCommandLine
     QStringList compared;      ///< the two files of --diff, the one of --text
     bool text = false;         ///< --text; without it `compared` is for --diff
     bool json = false;         ///< --diff tells as JSON
+    QString versionsOf;        ///< a scene: its versions are listed, or one of them is written
+    qint64 versionNumber = 0;  ///< to write to `saveAs`
+    QString saveAs;            ///< empty: the versions are listed
     std::optional<QSize> size; ///< of rendered pictures, or of the window for a screenshot
     bool headless = false;
     bool help = false;

@@ -88,6 +88,14 @@ void kxDocument::hasOpened(const QString& path)
     Q_EMIT opened(path);
 }
 
+void kxDocument::hasOpenedUnsaved(const QString& source)
+{
+    hasOpened(QString());
+    _source = source;
+    _watch.markUnsaved();
+    Q_EMIT changed();
+}
+
 bool kxDocument::openFile(const QString& file)
 {
     if (kxSceneIO::isAnimationFile(file))
@@ -105,6 +113,18 @@ bool kxDocument::openFile(const QString& file)
     }
     _recent.add(path);
     hasOpened(path);
+    return true;
+}
+
+bool kxDocument::openCopy(const QString& file, const QString& source)
+{
+    if (!mayLeave())
+        return false;
+    kxFileReport report(file);
+    if (!run(tr("Opening %1...").arg(QFileInfo(source).fileName()), tr("The file can't be opened"), report,
+             [&] { return kxSceneIO::open(file, report); }))
+        return false;
+    hasOpenedUnsaved(source);
     return true;
 }
 
@@ -133,10 +153,7 @@ bool kxDocument::openRecovered(kxRecovery& recovery, const QString& file)
     if (!run(tr("Recovering %1...").arg(QFileInfo(file).fileName()), tr("The changes can't be recovered"), report,
              open))
         return false;
-    hasOpened(QString());
-    _source = file;
-    _watch.markUnsaved();
-    Q_EMIT changed();
+    hasOpenedUnsaved(file);
     return true;
 }
 
@@ -144,6 +161,7 @@ bool kxDocument::importFile(const QString& file)
 {
     kxFileReport report(file);
     const QString path = QFileInfo(file).absoluteFilePath();
+    Q_EMIT aboutToImport(path);
     const kxHistory::Scope scope(tr("Import %1").arg(QFileInfo(file).fileName()));
     return run(tr("Importing %1...").arg(QFileInfo(file).fileName()), tr("The file can't be imported"), report,
                [&] { return kxSceneIO::importFile(path, report); });
@@ -178,6 +196,7 @@ bool kxDocument::saveTo(const QString& file)
 bool kxDocument::write(const QString& file, kxFileReport& report)
 {
     const QString path = QFileInfo(file).absoluteFilePath();
+    Q_EMIT aboutToSave(path);
     if (!kxSceneIO::save(path, report))
         return false;
     setPath(path);

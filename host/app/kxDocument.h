@@ -61,6 +61,8 @@ public:
     bool openFile(const QString& file);
     /// What a run before left unsaved of `file`, which is proposed to save to and else left alone.
     bool openRecovered(kxRecovery& recovery, const QString& file);
+    /// Opens a scene file as a scene that isn't saved yet; `source` is the file that it once was, and proposes a name.
+    bool openCopy(const QString& file, const QString& source);
     /// Adds a file to the scene, as one step.
     bool importFile(const QString& file);
     bool save();
@@ -77,12 +79,17 @@ Q_SIGNALS:
     void changed();
     /// Another scene is open.
     void opened(const QString& file);
+    void aboutToImport(const QString& file);
+    /// The file that lies there, if there is one, is still as it was.
+    void aboutToSave(const QString& file);
     void saved(const QString& file);
 
 private:
     bool run(const QString& what, const QString& failure, kxFileReport& report, const std::function<bool()>& work);
     /// The scene came out of this file; empty: out of none.
     void hasOpened(const QString& path);
+    /// The scene is in no file; `source` is what it came from.
+    void hasOpenedUnsaved(const QString& source);
     void setPath(const QString& path);
 
     Dialogs _dialogs;

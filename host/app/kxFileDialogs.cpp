@@ -63,12 +63,12 @@ kxDocument::Answer askToSave(QMainWindow* window, const QString& name)
                                             : kxDocument::Cancel;
 }
 
-QString askForPath(QMainWindow* window, const QString& proposal)
+QString askForPath(QMainWindow* window, const QString& title, const QString& proposal)
 {
     const QString start =
         QFileInfo(proposal).isAbsolute() ? proposal : QDir(folder(QStringLiteral("scene"))).filePath(proposal);
     const QString suffix = kxSceneIO::sceneSuffix();
-    QFileDialog dialog(window, tr("Save Scene As"), QFileInfo(start).absolutePath(), kxSceneIO::saveFilter());
+    QFileDialog dialog(window, title, QFileInfo(start).absolutePath(), kxSceneIO::saveFilter());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(suffix);
     dialog.selectFile(QFileInfo(start).completeBaseName() + QLatin1Char('.') + suffix);
@@ -106,10 +106,16 @@ void kxFileDialogs::install(kxDocument& document, QMainWindow* window)
 {
     kxDocument::Dialogs& dialogs = document.dialogs();
     dialogs.askToSave = [window](const QString& name) { return askToSave(window, name); };
-    dialogs.askForPath = [window](const QString& proposal) { return askForPath(window, proposal); };
+    dialogs.askForPath = [window](const QString& proposal)
+    { return askForPath(window, tr("Save Scene As"), proposal); };
     dialogs.showError = [window](const QString& action, const kxFileReport& report)
     { showError(window, action, report); };
     dialogs.busy = [window](const QString& what) { showBusy(window, what); };
+}
+
+QString kxFileDialogs::askForVersionPath(QMainWindow* window, const QString& folder, const QString& name)
+{
+    return askForPath(window, tr("Save Version As"), folder.isEmpty() ? name : folder + QLatin1Char('/') + name);
 }
 
 QString kxFileDialogs::askForScene(QMainWindow* window)

@@ -18,6 +18,8 @@ QString askForExport(QMainWindow* window, const QString& folder, const QString& 
 QString askForScript(QMainWindow* window);
 /// Proposes `file`, what was saved last, where that isn't empty.
 QString askForComparison(QMainWindow* window, const QString& file);
+/// Where a version is to be written.
+QString askForVersionPath(QMainWindow* window, const QString& folder, const QString& name);
 
 void showError(QMainWindow* window, const QString& action, const kxFileReport& report);
 } // namespace kxFileDialogs

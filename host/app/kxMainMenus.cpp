@@ -84,6 +84,9 @@ void kxMainMenus::fillFileMenu()
                          [window] { window->openWithDialog(); });
     _recentMenu = menu->addMenu(kxIconManager::getIcon(QStringLiteral("History"), QString()), tr("Open &Recent"));
     _recentMenu->setToolTipsVisible(true);
+    add(menu, tr("&Versions of a File..."), QStringLiteral("Versions"), QKeySequence(),
+        [window] { window->showVersionsOfFile(); })
+        ->setToolTip(tr("Shows what was kept of a scene, also of one that is gone or was never saved"));
     menu->addSeparator();
     _quickActions << add(menu, tr("&Save"), QStringLiteral("Save"), QKeySequence::Save,
                          [window] { window->document().save(); });

@@ -9,6 +9,8 @@
 #include "kxRenderDialog.h"
 #include "kxRenderJob.h"
 #include "kxShortcutsDialog.h"
+#include "kxVersionKeeper.h"
+#include "kxVersionsDialog.h"
 #include "kxWelcome.h"
 
 #include <journal/kxHistory.h>
@@ -26,6 +28,7 @@
 #include <panels/kxSceneTreePanel.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxUndoPanel.h>
+#include <panels/kxVersionPanel.h>
 #include <python/kxInterpreter.h>
 #include <python/kxPythonConsole.h>
 #include <scene/kxScene.h>
@@ -117,6 +120,10 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     new kxWelcome(this, _view);
     _menus = new kxMainMenus(this);
     createDocks();
+    _versionKeeper = new kxVersionKeeper(this);
+    connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
+    connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,
+            [this](qint64 number) { _versionKeeper->saveAs(kxVersions::the().store(), number, _document->name()); });
     createToolBar();
     _menus->addObjectKeys(_view);
     _menus->addObjectKeys(_sceneTree);
@@ -164,6 +171,7 @@ void kxMainWindow::createDocks()
     _materials = new kxMaterialPanel;
     _scenery = new kxSceneryPanel(_stage, _sceneryActions);
     _undo = new kxUndoPanel;
+    _versions = new kxVersionPanel;
     _log = new kxLogPanel;
     _console = new kxPythonConsole;
     const auto add = [this](const char* name, QWidget* widget, const char* icon, const QString& title, int area)
@@ -176,11 +184,14 @@ void kxMainWindow::createDocks()
     add("Properties", _properties, "Properties", tr("Properties"), Qt::RightDockWidgetArea);
     add("Scenery", _scenery, "scenegraph/Viewpoint", tr("Scenery"), Qt::RightDockWidgetArea);
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
+    add("Versions", _versions, "Versions", tr("Versions"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
     add("Console", _console, "Console", tr("Python Console"), Qt::BottomDockWidgetArea);
     _sceneTree->setMinimumWidth(SmallestLeft);
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Properties")),
                      _docks->getDockWidget(QStringLiteral("Scenery")));
+    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("History")),
+                     _docks->getDockWidget(QStringLiteral("Versions")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
     QDockWidget* const log = _docks->getDockWidget(QStringLiteral("Log"));
     log->raise();
@@ -199,6 +210,7 @@ void kxMainWindow::arrange()
     resizeDocks({dock("Log")}, {within(height * 28 / 100, BottomHeight)}, Qt::Vertical);
     dock("Log")->raise();
     dock("Properties")->raise();
+    dock("History")->raise();
 }
 
 void kxMainWindow::addTools()
@@ -391,6 +403,7 @@ void kxMainWindow::openPreferences(const QString& page)
 
 kxScriptResult kxMainWindow::runScript(const QString& file)
 {
+    Q_EMIT aboutToRunScript(file);
     const kxHistory::Scope scope(tr("Run %1").arg(QFileInfo(file).fileName()));
     const kxScriptResult result = kxInterpreter::runFile(file.toStdString());
     if (!result.ok)
@@ -402,6 +415,7 @@ void kxMainWindow::setUnattended(bool unattended)
 {
     _unattended = unattended;
     _view->setUpdatesEnabled(!unattended);
+    _versionKeeper->setUnattended(unattended);
 }
 
 bool kxMainWindow::saveScreenshot(const QString& file, QString& error)
@@ -497,6 +511,11 @@ void kxMainWindow::runScriptWithDialog()
     const QString file = kxFileDialogs::askForScript(this);
     if (!file.isEmpty())
         runScript(file);
+}
+
+void kxMainWindow::showVersionsOfFile()
+{
+    (new kxVersionsDialog(_versionKeeper, this))->show(); // and goes when it is closed
 }
 
 void kxMainWindow::showShortcuts()

@@ -19,6 +19,8 @@ class kxSceneryActions;
 class kxSceneryPanel;
 class kxSceneryStage;
 class kxUndoPanel;
+class kxVersionKeeper;
+class kxVersionPanel;
 class kxView3D;
 struct kxScriptResult;
 
@@ -64,9 +66,13 @@ public:
     void renderImage();
     void renderFrames();
     void runScriptWithDialog();
+    void showVersionsOfFile();
     void showShortcuts();
     void showGuide();
     void showAbout();
+
+Q_SIGNALS:
+    void aboutToRunScript(const QString& file);
 
 protected:
     /// Leads to what is seen, and not behind another tab, where typing would go unnoticed.
@@ -103,6 +109,8 @@ private:
     kxMaterialPanel* _materials = nullptr;
     kxSceneryPanel* _scenery = nullptr;
     kxUndoPanel* _undo = nullptr;
+    kxVersionPanel* _versions = nullptr;
+    kxVersionKeeper* _versionKeeper = nullptr;
     kxLogPanel* _log = nullptr;
     kxPythonConsole* _console = nullptr;
     kxPreferencesDialog* _preferences = nullptr; // made at first use

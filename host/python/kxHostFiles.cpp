@@ -6,6 +6,9 @@
 #include "kxScriptDocument.h"
 
 #include <files/kxSceneIO.h>
+#include <journal/kxVersions.h>
+
+namespace bp = boost::python;
 
 namespace
 {
@@ -52,4 +55,31 @@ void kxHostFiles::save(const std::string& path)
 void kxHostFiles::exportTo(const std::string& path)
 {
     run(kxSceneIO::exportScene, path);
+}
+
+bp::list kxHostFiles::versions()
+{
+    bp::list versions;
+    for (const kxVersion& version : kxVersions::the().store().list())
+        versions.append(bp::make_tuple(version.number, version.title().toStdString(),
+                                       double(version.time.toMSecsSinceEpoch()) / 1000, version.size));
+    return versions;
+}
+
+qint64 kxHostFiles::keepVersion(const std::string& name)
+{
+    QString reason;
+    const qint64 number = kxVersions::the().keep(QString::fromStdString(name), reason);
+    if (number == 0)
+        kxRaise(PyExc_OSError, reason.toStdString());
+    return number;
+}
+
+void kxHostFiles::goToVersion(qint64 number)
+{
+    if (!kxVersions::the().store().find(number))
+        kxRaise(PyExc_LookupError, "there is no version " + std::to_string(number));
+    kxFileReport report(kxVersions::the().store().file(number));
+    if (!kxVersions::the().goTo(number, report))
+        kxRaise(PyExc_OSError, report.message().toStdString());
 }

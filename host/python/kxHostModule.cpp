@@ -129,6 +129,28 @@ void processEvents()
 
 // The module
 
+void defineVersions()
+{
+    bp::def("versions", kxHostFiles::versions,
+            "Gets the states that were kept of the open scene.\n\n"
+            "@return: For each, the oldest first: its number, its name or why it was kept, when it was kept in "
+            "seconds since 1970, and its size in bytes.\n\n"
+            "@rtype: list of tuple");
+    bp::def("keepVersion", kxHostFiles::keepVersion, (bp::arg("name") = ""),
+            "Keeps the scene as it is as a version. Where the last version is the same, that one gets the name.\n\n"
+            "@param name: A name for the version; those with one are kept longest.\n\n"
+            "@type name: string\n\n"
+            "@return: The version's number.\n\n"
+            "@rtype: int\n\n"
+            "@raise OSError: It can't be written; the text says why.");
+    bp::def("goToVersion", kxHostFiles::goToVersion, bp::args("number"),
+            "Puts a version in place of the scene, as one entry of the history, which undo takes back.\n\n"
+            "@param number: The version's number, as versions() gives it.\n\n"
+            "@type number: int\n\n"
+            "@raise LookupError: There is no such version.\n"
+            "@raise OSError: Its file can't be read; the text says why, and the scene stays as it is.");
+}
+
 void defineFiles()
 {
     bp::def("newScene", kxHostFiles::newScene,
@@ -153,6 +175,7 @@ void defineFiles()
             "@param path: The file to write, ending in .glb or .gltf.\n\n"
             "@type path: string\n\n"
             "@raise OSError: The file can't be written; the text says why.");
+    defineVersions();
 }
 
 void defineObjects()

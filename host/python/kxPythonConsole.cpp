@@ -109,6 +109,7 @@ void kxPythonConsole::runScript()
     const QString name = _file.isEmpty() ? QStringLiteral("<script>") : _file;
     _editor->clearErrors();
     _prompt->append(kxPythonPrompt::Note, tr("Run %1\n").arg(_file.isEmpty() ? tr("script") : _file));
+    Q_EMIT aboutToRun(_file);
     const kxHistory::Scope scope(_file.isEmpty() ? tr("Run the script of the console")
                                                  : tr("Run %1").arg(QFileInfo(_file).fileName()));
     const kxScriptResult result = kxInterpreter::run(_editor->text().toStdString(), name.toStdString());

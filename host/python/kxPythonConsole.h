@@ -30,6 +30,10 @@ public:
     kxPythonEditor* editor() const { return _editor; }
     kxPythonPrompt* prompt() const { return _prompt; }
 
+Q_SIGNALS:
+    /// A script of the editor; empty where it has no file.
+    void aboutToRun(const QString& file);
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
 

@@ -49,6 +49,11 @@ private Q_SLOTS:
         kxRow("text as JSON", "--text --json a.kxs", "--diff");
         kxRow("JSON of nothing", "--json a.kxs", "--diff");
         kxRow("comparison and picture", "--diff a.kxs b.kxs --render x.png", "--render");
+        kxRow("versions of nothing", "--versions", "one scene");
+        kxRow("version without a file", "--versions a.kxs --version 3", "--save-as");
+        kxRow("file without a version", "a.kxs --save-as b.kxs", "--version N");
+        kxRow("version that is no number", "--versions a.kxs --version x --save-as b.kxs", "'x'");
+        kxRow("versions and picture", "--versions a.kxs --render x.png", "--render");
         kxRow("headless and idle", "--headless", "nothing to do");
     }
 

@@ -18,7 +18,9 @@ private Q_SLOTS:
         write("ends.py", "import sys; sys.exit()\n");
         write("broken.kxs", "nothing of a scene");
         write("save.py", "import kxHost\nkxHost.newScene()\nkxHost.saveScene('made.kxs')\n"
-                         "kxHost.addObject('box', 'Crate')\nkxHost.saveScene('more.kxs')\n");
+                         "kxHost.addObject('box', 'Crate')\nkxHost.saveScene('more.kxs')\n"
+                         "kxHost.openScene('made.kxs')\nkxHost.saveScene('kept.kxs')\nkxHost.keepVersion('first')\n"
+                         "kxHost.addObject('box', 'Crate')\nkxHost.keepVersion('second')\n");
         const Result made = run({"--headless", "--script", "save.py"});
         QVERIFY2(made.code == 0 && made.errors.contains("New scene"), qPrintable(made.errors)); // not the first one
     }
@@ -44,6 +46,13 @@ private Q_SLOTS:
         kxRow("compared with no scene", "--diff none.kxs made.kxs", 2, "no such file");
         kxRow("text", "--text more.kxs", 0, "\n[objects/Crate]\nclass = Geometry\n");
         kxRow("text of a damaged scene", "--text broken.kxs", 2, "broken.kxs");
+        kxRow("versions of no scene", "--versions none.kxs", 1, "there are no versions of 'none.kxs'");
+        kxRow("versions", "--versions kept.kxs", 0, "  first (Kept by hand)\n");
+        kxRow("versions as JSON", "--versions --json kept.kxs", 0, "\"name\": \"second\"");
+        kxRow("a version", "--versions kept.kxs --version 1 --save-as first.kxs", 0, "wrote first.kxs");
+        kxRow("what that is", "--diff made.kxs first.kxs", 0, "");
+        kxRow("no such version", "--versions kept.kxs --version 9 --save-as never.png", 1, "there is no version 9");
+        kxRow("a version to nowhere", "--versions kept.kxs --version 2 --save-as no/such/a.kxs", 1, "a.kxs");
         kxRow("bad argument", "--frames 5:1", 2, "5:1");
         kxRow("version", "--version", 0, "kxhost");
         kxRow("help", "--help", 0, "--frames");

@@ -4,6 +4,7 @@
 #include <app/kxMainWindow.h>
 #include <app/kxWelcome.h>
 #include <journal/kxHistory.h>
+#include <journal/kxVersions.h>
 #include <kxAnswer.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
@@ -163,8 +164,9 @@ private Q_SLOTS:
                 texts << (entry->isSeparator() ? "-" : entry->text().remove('&'));
             return texts.join(' ');
         };
-        QCOMPARE(entries("_fileMenu"), QString("New Open... Open Recent - Save Save As... - Import... Export glTF... - "
-                                               "Render Image... Render Frames... - Quit"));
+        QCOMPARE(entries("_fileMenu"),
+                 QString("New Open... Open Recent Versions of a File... - Save Save As... - Import... "
+                         "Export glTF... - Render Image... Render Frames... - Quit"));
         QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
         QVERIFY2(entries("Tools").startsWith("New Open... Save Undo Redo - "), qPrintable(entries("Tools")));
         QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
@@ -212,6 +214,47 @@ private Q_SLOTS:
         QVERIFY2(said.startsWith("The file can't be compared.") && said.contains("before.kxs"), qPrintable(said));
         QVERIFY(tree->topLevelItemCount() == 3);
         dialog->close();
+        QTRY_VERIFY(dialog.isNull());
+    }
+
+    void versionsComeBack()
+    {
+        addObject("A");
+        QVERIFY(_window->document().saveTo(path("kept.kxs")));
+        QString reason;
+        QVERIFY(kxVersions::the().keep("one", reason) == 1);
+        kxSceneEdits::addMaterial();
+        addObject("B");
+        kxScene::the()->flush();
+        kxHistory::the().flush();
+        const QByteArray before = bytes();
+        QVERIFY(kxVersions::the().keep("two", reason) == 2);
+        dock("Versions")->raise();
+        auto* const list = dock("Versions")->findChild<QTreeView*>("_versionList");
+        const auto row = [list](int i) { return list->model()->index(i, 0); };
+        QCOMPARE(row(0).data().toString() + '|' + row(1).data().toString(), QString("two|one"));
+        QTRY_VERIFY(list->model()->rowCount(row(0)) > 0); // found out while nobody does anything
+        QStringList lines;
+        for (int i = 0; i < list->model()->rowCount(row(0)); ++i)
+            lines << list->model()->index(i, 0, row(0)).data().toString();
+        QVERIFY2(lines.join('|').contains("Object 'B': added"), qPrintable(lines.join('|')));
+        list->setCurrentIndex(row(1));
+        QTest::keyClick(list, Qt::Key_Return);
+        QCOMPARE(objectNames(), QStringList("A"));
+        const kxHistory& history = kxHistory::the();
+        QVERIFY2(history.undoText().startsWith("Go to version 1 (one)"), qPrintable(history.undoText()));
+        QVERIFY(kxHistory::the().undo());
+        QCOMPARE(bytes(), before);
+        // Of a file that is gone: a scene that isn't saved yet.
+        _window->document().startOver();
+        QVERIFY(QFile::remove(path("kept.kxs")));
+        action("_actionVersionsofaFile")->trigger();
+        const QPointer<QDialog> dialog = _window->findChild<QDialog*>("_versionsDialog");
+        QVERIFY(dialog->findChild<QListWidget*>()->item(0)->text().startsWith("kept.kxs"));
+        dialog->findChild<QPushButton*>("_openVersion")->click();
+        QCOMPARE(objectNames(), QStringList({"A", "B"}));
+        QVERIFY(_window->isWindowModified() && _window->document().path().isEmpty());
+        QCOMPARE(_window->document().name(), QString("kept.kxs"));
         QTRY_VERIFY(dialog.isNull());
     }
 

@@ -131,6 +131,13 @@ private Q_SLOTS:
                "refused(LookupError, 'Gone', setSequenceSteps, 'Gone', [])\n"
                "assert runSequence('Wait') and runningSequences() == ['Wait']\n"
                "stopSequences(); assert runningSequences() == []";
+        QTest::newRow("versions") << "first = keepVersion('first'); x = 'translation.X'\n"
+                                     "door = findNode('Door'); setChannelValue(door, x, 4); second = keepVersion()\n"
+                                     "kept = versions()\n"
+                                     "assert [v[:2] for v in kept] == [(first, 'first'), (second, 'Kept by hand')]\n"
+                                     "assert all(v[3] > 100 for v in kept) and kept[0][2] <= kept[1][2]\n"
+                                     "goToVersion(first); assert channelValue(door, x) == 0\n"
+                                     "refused(LookupError, 'version 77', goToVersion, 77)";
         QTest::newRow("select nodes")
             << "assert not undo() and not redo() and undoCount() == 0 and undoText() == ''\n"
                "door, knob = findNode('Door'), findNode('Knob')\n"
