@@ -40,7 +40,7 @@ osg::NodePtr sceneCamera()
 
 int kxBatch::run()
 {
-    if (_line.headless)
+    if (_line.headless || _line.hasWork())
         tellOfLeftovers();
     if (!_line.scene.isEmpty() && !_window->document().openFile(_line.scene))
         return kxApplication::Failure;

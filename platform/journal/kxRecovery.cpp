@@ -7,6 +7,7 @@
 #include <files/scene/kxSceneFile.h>
 #include <journal/kxContainerRecord.h>
 #include <journal/kxJournalStore.h>
+#include <journal/kxVersionStore.h>
 #include <osg/AnimNode.h>
 
 #include <QDataStream>
@@ -41,6 +42,19 @@ struct Container
 bool isOwnedByField(const FieldContainerType* type)
 {
     return type != nullptr && (!type->isDerivedFrom(Node::_type) || type->isDerivedFrom(AnimNodeBase::_type));
+}
+
+/// Where the file that is meant lies, or a version that was kept of it; empty where it is nowhere any more.
+QString fileOf(const kxSceneOrigin& origin)
+{
+    QFile file(origin.path);
+    if (origin.isEmpty() || (file.open(QIODevice::ReadOnly) && file.read(kxEnvelope::HeadSize) == origin.head))
+        return origin.path;
+    kxVersionStore versions(kxVersionStore::folderOf(origin.path));
+    for (const kxVersion& version : versions.list())
+        if (version.head == origin.head)
+            return versions.file(version.number);
+    return QString();
 }
 
 void appendText(QCborStreamWriter& out, const std::string& text)
@@ -87,7 +101,7 @@ public:
     QByteArray write();
 
 private:
-    bool readBaseFile(const kxSceneOrigin& origin);
+    bool readBaseFile(const QString& path, const kxSceneOrigin& origin);
     bool readBaseContainers(kxCborInput& in, const kxSceneOrigin& origin);
     void readClasses(kxCborInput& in);
     Container readBaseContainer(kxCborInput& in, const std::vector<UInt32>& ids);
@@ -125,12 +139,9 @@ bool kxRecovery::Payload::readBase()
 {
     const kxSceneOrigin candidate = kxJournalNote::toOrigin(_store.note(kxJournalNote::Candidate));
     const kxSceneOrigin base = kxJournalNote::toOrigin(_store.note(kxJournalNote::Base));
-    for (const kxSceneOrigin& origin : {candidate, base})
-    {
-        QFile file(origin.path);
-        if (!origin.isEmpty() && file.open(QIODevice::ReadOnly) && file.read(kxEnvelope::HeadSize) == origin.head)
-            return readBaseFile(origin);
-    }
+    for (const kxSceneOrigin* const origin : {&candidate, &base})
+        if (const QString path = fileOf(*origin); !path.isEmpty())
+            return readBaseFile(path, *origin);
     if (base.isEmpty())
         return true;
     _report.note(QFileInfo::exists(base.path)
@@ -139,9 +150,9 @@ bool kxRecovery::Payload::readBase()
     return true;
 }
 
-bool kxRecovery::Payload::readBaseFile(const kxSceneOrigin& origin)
+bool kxRecovery::Payload::readBaseFile(const QString& path, const kxSceneOrigin& origin)
 {
-    if (!_file.open(origin.path, kxEnvelope::SceneMagic, _report))
+    if (!_file.open(path, kxEnvelope::SceneMagic, _report))
         return false;
     kxCborInput in(_file.data(), _file.size(), _report);
     bool isRead = false;

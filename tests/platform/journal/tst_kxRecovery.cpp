@@ -6,6 +6,7 @@
 #include <files/scene/kxSceneFile.h>
 #include <journal/kxJournal.h>
 #include <journal/kxRecovery.h>
+#include <journal/kxVersionStore.h>
 #include <kernel/kxLogModel.h>
 
 #include <QCryptographicHash>
@@ -240,9 +241,13 @@ private Q_SLOTS:
             QCOMPARE(recovered(folder.path(), fault), state);
             if (!isOfFile)
                 continue;
+            kxVersionStore versions(kxVersionStore::folderOf(file)); // has what the journal needs
+            QCOMPARE(versions.copy(kxVersion(), file), qint64(1));
             kxSceneIO::newScene();
             digest(folder.path());
             QVERIFY(writeFile(file, bytesOfFile(folder.filePath(QStringLiteral("digest.kxs")))));
+            QVERIFY(recovered(folder.path(), fault) == state && versions.holds(file) == false);
+            versions.remove(1);
             recovered(folder.path(), fault);
             QVERIFY2(fault.contains(file + "' is another file now"), qPrintable(fault));
             QVERIFY(QFile::remove(file) && recovered(folder.path(), fault).isEmpty());
