@@ -7,18 +7,33 @@ add_library(kxContract INTERFACE)
 target_include_directories(kxContract INTERFACE ${KX_CONTRACT_DIR})
 target_link_libraries(kxContract INTERFACE Qt5::Widgets TBB::tbb Boost::headers)
 
+# The rooms are made anew by each configuration, so that no link outlives its header.
+file(REMOVE_RECURSE ${CMAKE_BINARY_DIR}/rooms)
+
+# kx_room(FOLDER): the folder in the build that holds links to the headers of FOLDER, and to none of the folders below.
+function(kx_room folder)
+    string(REPLACE "/" "." room ${folder})
+    set(root ${CMAKE_BINARY_DIR}/rooms/${room})
+    set(root ${root} PARENT_SCOPE)
+    if(EXISTS ${root})
+        return()
+    endif()
+    string(REGEX MATCH "/(.*)" place ${folder})
+    set(place ${CMAKE_MATCH_1})
+    file(MAKE_DIRECTORY ${root}/${place})
+    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.h)
+    foreach(header ${headers})
+        get_filename_component(name ${header} NAME)
+        file(CREATE_LINK ${header} ${root}/${place}/${name} SYMBOLIC)
+    endforeach()
+endfunction()
+
 # kx_sees(TARGET FOLDER...): the target's sources may include headers of these folders, which are named from the root,
 # as <view/header.h> of host/view and <files/gltf/header.h> of platform/files/gltf.
 # Nothing is passed on: a target names each folder whose headers it meets, and a wrong include isn't found.
 function(kx_sees target)
     foreach(folder ${ARGN})
-        string(REPLACE "/" "." room ${folder})
-        string(REGEX MATCH "/(.*)" place ${folder})
-        set(place ${CMAKE_MATCH_1})
-        set(root ${CMAKE_BINARY_DIR}/rooms/${room})
-        get_filename_component(above ${root}/${place} DIRECTORY)
-        file(MAKE_DIRECTORY ${above})
-        file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${root}/${place} SYMBOLIC)
+        kx_room(${folder})
         target_include_directories(${target} PRIVATE ${root})
     endforeach()
 endfunction()
