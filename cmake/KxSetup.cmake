@@ -37,7 +37,9 @@ set(Python3_EXECUTABLE /usr/bin/python3 CACHE FILEPATH "Interpreter Boost.Python
 find_package(Python3 3.11 REQUIRED COMPONENTS Interpreter Development.Embed)
 find_package(Boost 1.74 REQUIRED COMPONENTS python${Python3_VERSION_MAJOR}${Python3_VERSION_MINOR})
 set(KX_BOOST_PYTHON Boost::python${Python3_VERSION_MAJOR}${Python3_VERSION_MINOR})
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Svg Test LinguistTools)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Test LinguistTools)
+# It names the build's folder, which objects that serve in every folder can't.
+set_property(TARGET Qt5::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)
 find_package(TBB REQUIRED)
 find_package(assimp REQUIRED)
 find_package(OpenGL REQUIRED COMPONENTS OpenGL EGL)

@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QtTest>
 
+#include <kxPlaces.h>
 #include <kxTable.h>
 
 /// The real program without a display: what it writes, and its exit codes.
@@ -93,9 +94,9 @@ private Q_SLOTS:
         };
         call({"init", "-q"});
         write("repository/.gitattributes", "*.kxs diff=kxs\n");
-        call({"config", "diff.kxs.textconv", KX_HOST " --text"});
+        call({"config", "diff.kxs.textconv", kxBuilt("kxhost") + " --text"});
         call({"config", "diff.kxs.xfuncname", "^\\[.*"});
-        call({"config", "difftool.kxs.cmd", KX_HOST " --diff \"$LOCAL\" \"$REMOTE\""});
+        call({"config", "difftool.kxs.cmd", kxBuilt("kxhost") + " --diff \"$LOCAL\" \"$REMOTE\""});
         put("made.kxs");
         call({"add", "."});
         call({"commit", "-q", "-m", "first"});
@@ -238,7 +239,7 @@ private:
             environment.insert("KX_QUIT_AT_FIRST_FRAME", "1");
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(_folder.path());
-        process.start(QStringLiteral(KX_HOST), arguments);
+        process.start(kxBuilt("kxhost"), arguments);
         if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
             return {-1, QString(), QStringLiteral("crashed or hung: ") + process.readAllStandardError()};
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),

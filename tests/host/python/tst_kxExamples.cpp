@@ -1,6 +1,8 @@
 #include <QImage>
 #include <QtTest>
 
+#include <kxPlaces.h>
+
 /// The example scripts, run by the program without a window: what they build has to move as they say.
 class tst_kxExamples : public QObject
 {
@@ -80,10 +82,10 @@ close(at("Block 1.3", "rotation.Y", 18, field), 67.5, 0.01)  # runs backwards
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         environment.insert("KX_SETTINGS_DIR", folder.filePath("settings"));
         process.setProcessEnvironment(environment);
-        const QString example = QStringLiteral(KX_EXAMPLES "/%1.py").arg(QTest::currentDataTag());
+        const QString example = kxSource(QStringLiteral("examples/%1.py").arg(QTest::currentDataTag()));
         const auto run = [&](const QStringList& arguments)
         {
-            process.start(QStringLiteral(KX_HOST), arguments);
+            process.start(kxBuilt("kxhost"), arguments);
             return process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit &&
                    process.exitCode() == 0;
         };

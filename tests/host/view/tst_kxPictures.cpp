@@ -1,6 +1,7 @@
 #include "kxTestObjects.h"
 
 #include <kernel/kxSelection.h>
+#include <kxPlaces.h>
 #include <kxRenderWidget.h>
 #include <kxSendMouse.h>
 #include <kxTable.h>
@@ -182,8 +183,8 @@ private:
 
     static void compare(const QImage& image)
     {
-        const QString folder = QFileInfo(QFINDTESTDATA("tst_kxPictures.cpp")).path() + "/pictures/";
-        const QString file = folder + QString(QTest::currentDataTag()).replace(' ', '_') + ".png";
+        const QString name = QString(QTest::currentDataTag()).replace(' ', '_');
+        const QString file = kxSource("tests/host/view/pictures/" + name + ".png");
         if (qEnvironmentVariableIsSet("KX_RECORD_PICTURES"))
             QVERIFY(image.convertToFormat(QImage::Format_RGB888).save(file));
         const QImage expected(file);

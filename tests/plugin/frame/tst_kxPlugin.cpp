@@ -7,6 +7,7 @@
 #include <kxController.h>
 #include <kxMessageNames.h>
 #include <kxModuleBase.h>
+#include <kxPlaces.h>
 #include <kxScript.h>
 
 #include <QLibrary>
@@ -45,7 +46,7 @@ int runHost(int argc, char** argv)
     countHandlersLeft(); // makes what it uses before the library's statics
     std::atexit(countHandlersLeft);
     QApplication application(argc, argv);
-    QLibrary library(KX_PLUGIN_FILE);
+    QLibrary library(kxBuilt("libkxAnimationWidgets.so"));
     library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     typedef const char* (*Text)();
     typedef void (*Entry)();
@@ -109,7 +110,7 @@ private Q_SLOTS:
     void exportsFourNames()
     {
         QProcess nm;
-        nm.start("nm", {"-D", "--defined-only", "--format=posix", KX_PLUGIN_FILE});
+        nm.start("nm", {"-D", "--defined-only", "--format=posix", kxBuilt("libkxAnimationWidgets.so")});
         QVERIFY2(nm.waitForFinished(), "nm of the binutils is needed");
         QStringList names;
         for (const QByteArray& line : nm.readAllStandardOutput().split('\n'))
