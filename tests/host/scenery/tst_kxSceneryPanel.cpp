@@ -1,4 +1,4 @@
-#include "../app/kxSceneFixture.h"
+#include <host/app/kxSceneFixture.h>
 
 #include <edits/kxSceneryEdits.h>
 #include <kxAnswer.h>

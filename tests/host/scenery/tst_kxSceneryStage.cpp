@@ -9,7 +9,7 @@
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 
-#include "../app/kxSceneFixture.h"
+#include <host/app/kxSceneFixture.h>
 
 #include <set>
 

@@ -1,5 +1,5 @@
-#include "../trees/kxTestLibrary.h"
 #include "kxClipTree.h"
+#include <plugin/trees/kxTestLibrary.h>
 
 #include <trees/kxAnimStructureWidget.h>
 

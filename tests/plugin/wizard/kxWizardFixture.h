@@ -1,7 +1,7 @@
 #pragma once
 
-#include "../clipmaker/kxClipMakerFixture.h"
 #include "kxPictureView.h"
+#include <plugin/clipmaker/kxClipMakerFixture.h>
 
 #include <wizard/kxAnimWizardGUII.h>
 

@@ -1,5 +1,5 @@
-#include "../clipmaker/kxClipFixture.h"
 #include "kxPictureView.h"
+#include <plugin/clipmaker/kxClipFixture.h>
 
 #include <wizard/kxAnimWizClipGUI.h>
 
