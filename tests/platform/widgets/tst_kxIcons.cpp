@@ -6,6 +6,7 @@
 #include <widgets/kxStyle.h>
 
 #include <QDialogButtonBox>
+#include <QPainter>
 #include <QPushButton>
 #include <QToolButton>
 #include <QtTest>
@@ -61,6 +62,13 @@ private Q_SLOTS:
                 QVERIFY2(image.size() == QSize(side, side), qPrintable(name));
                 const int ink = inkOf(image).pixels;
                 QVERIFY2(ink > side * side / 16, qPrintable(name));
+                // At a pixel ratio of 2 it is drawn at twice the size, not stretched to it.
+                QImage fine(2 * side, 2 * side, QImage::Format_ARGB32_Premultiplied);
+                fine.setDevicePixelRatio(2);
+                fine.fill(Qt::transparent);
+                QPainter painter(&fine);
+                icon.paint(&painter, 0, 0, side, side);
+                QVERIFY2(fine == icon.pixmap(2 * side, 2 * side).toImage(), qPrintable(name));
             }
             // No two tools look the same.
             const QImage image = icon.pixmap(48, 48).toImage();
