@@ -1,6 +1,6 @@
-#include "../../platform/files/kxFilesFixture.h"
-#include "../../platform/files/kxRichScene.h"
-#include "../../platform/journal/kxRandomEdits.h"
+#include <platform/files/kxFilesFixture.h>
+#include <platform/files/kxRichScene.h>
+#include <platform/journal/kxRandomEdits.h>
 
 #include <clipmaker/edits/kxClipNodes.h>
 #include <clipmaker/edits/kxClipStructure.h>
