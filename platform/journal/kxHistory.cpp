@@ -187,13 +187,13 @@ bool kxHistory::dropPassing()
     Entry &first = _entries[_entries.size() - 2], &second = _entries.back();
     if (!first.steps.empty() || first.record == 0 || first.run != second.run)
         return false;
-    const std::vector<kxJournal::Change> came = kxJournal::the().changes(first.record);
     const std::vector<kxJournal::Change> went = kxJournal::the().changes(second.record);
-    const auto isBack = [](const kxJournal::Change& a, const kxJournal::Change& b)
-    { return a.id == b.id && a.before == b.after; };
-    const bool hasMade =
-        std::any_of(came.begin(), came.end(), [](const kxJournal::Change& change) { return change.before.isEmpty(); });
-    if (!hasMade || !std::equal(came.begin(), came.end(), went.begin(), went.end(), isBack))
+    if (std::none_of(went.begin(), went.end(), [](const kxJournal::Change& change) { return change.after.isEmpty(); }))
+        return false;
+    const std::vector<kxJournal::Change> came = kxJournal::the().changes(first.record);
+    if (!std::equal(came.begin(), came.end(), went.begin(), went.end(),
+                    [](const kxJournal::Change& a, const kxJournal::Change& b)
+                    { return a.id == b.id && a.before == b.after; }))
         return false;
     forget(second);
     forget(first);

@@ -1,5 +1,6 @@
 #include <app/kxDocument.h>
 #include <edits/kxSceneryEdits.h>
+#include <journal/kxHistory.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -458,6 +459,22 @@ private Q_SLOTS:
         run("assert tabRect('Right') == " + rect(tabs, tabs.tabRect(1) & tabs.rect()));
         other.show();
         run("refused(LookupError, 'more than one', widgetRows, 'rows')");
+    }
+
+    void aRunIsOneChange()
+    {
+        {
+            const kxHistory::Scope scope(QStringLiteral("Run it"));
+            run("door = findNode('Door')\n"
+                "for x in (1, 2, 3): setChannelValue(door, 'translation.X', x); processEvents()\n"
+                "setChannelValue(door, 'translation.Y', 5); setChannelValue(door, 'scale.X', 2)\n"
+                "assert undoCount() == 5 and undo() and channelValue(door, 'scale.X') == 1 and undoCount() == 4");
+        }
+        run("assert [(text, done) for text, _, done in history()] == [('Run it', True), ('Set scale.X of Door', "
+            "False)]\n"
+            "assert undoText() == 'Run it' and undo() and channelValue(door, 'translation.X') == 0 and not undo()\n"
+            "assert redo() and redo() and channelValue(door, 'scale.X') == 2 and channelValue(door, 'translation.Y') "
+            "== 5");
     }
 
     void everyFunctionIsDescribed()
