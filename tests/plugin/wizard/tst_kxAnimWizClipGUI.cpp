@@ -187,8 +187,10 @@ private Q_SLOTS:
         dialog._interpolation->setCurrentIndex(1);
         const Keys x = f.x();
         const kxHeard<> pasted(kxMessageName::PastedAnimations);
+        const kxMarks marks;
         press(dialog, QDialogButtonBox::Ok);
         QCOMPARE(pasted.count, 1);
+        QVERIFY(marks.has(f.core));
         QVERIFY(f.x() == x && f.x().back().x() == 3);
         QCOMPARE(f.core->getStart(), 6.0f);
         QCOMPARE(f.core->getDuration(), 3.0f);

@@ -210,12 +210,13 @@ private Q_SLOTS:
     void settlesInterference_data()
     {
         // choice: empty to cancel, "-" where nothing is asked, "+" before it where a clip beside that of "Old" is
-        // selected
+        // selected, "#" where "Old" is in a block
         kxColumns<QString, float, QString>("choice", "existingAt", "after");
         kxRow("cancel", "", 1.0f, "Show(Sub(Old@1)),");
         kxRow("move", "_moveAnim", 1.0f, "Show(Sub(Old@1)Animation@2.5),");
         kxRow("move in the clip beside it", "+_moveAnim", 1.0f, "Show(Sub(Old@1)Side(Animation@2.5)),");
         kxRow("discard", "_discardExisting", 1.0f, "Show(Animation@0),");
+        kxRow("discard in a block", "#_discardExisting", 1.0f, "Show(Sub@0Animation@0),");
         kxRow("new clip", "_newClip", 1.0f, "Show(Sub(Old@1)),Clip(Animation@0),");
         kxRow("meets in one point", "_newClip", 2.0f, "Show(Sub(Old@2)),Clip(Animation@0),");
         kxRow("behind", "-", 2.5f, "Show(Sub(Old@2.5)Animation@0),");
@@ -229,7 +230,8 @@ private Q_SLOTS:
         kxAnimManager::the()->setFPS(2);
         const osg::AnimNodePtr old = f.block("Old", {f.curve("translation", "X", {{0, 0}, {1, 1}})});
         kxAnimManager::the()->addAnimation(f.box, old);
-        const osg::AnimNodePtr sub = f.clip("Sub", {f.clone(old, existingAt)});
+        const osg::AnimNodePtr bar = f.clone(old, existingAt);
+        const osg::Share<osg::AnimNode> sub(choice.startsWith('#') ? f.block("Sub", {bar}) : f.clip("Sub", {bar}));
         const osg::AnimNodePtr show = f.clip("Show", {sub});
         kxAnimManager::the()->addToClipStructure(show);
         const bool aside = choice.startsWith('+');
@@ -237,8 +239,9 @@ private Q_SLOTS:
             show->addChild(f.clip("Side", {}));
         f.tree->rebuild(true);
         f.select(aside ? f.child(show, 1) : show);
-        choice.remove('+');
+        choice.remove('+').remove('#');
         f.captureBox(0, 1);
+        const kxMarks marks;
         const bool asked = f.answered<QDialog>([&f] { f.finish(); },
                                                [&choice](QDialog& dialog)
                                                {
@@ -249,6 +252,7 @@ private Q_SLOTS:
                                                });
         QCOMPARE(asked, choice != "-");
         QCOMPARE(f.wizard->isVisible(), choice.isEmpty());
+        QCOMPARE(marks.has(sub.get()), choice == "_discardExisting");
         QString dump;
         for (const osg::NodePtr& clip : f.clips()->getChildren())
             dump += textOf(clip) + ",";
