@@ -15,7 +15,6 @@
 
 #include <QAction>
 #include <QDragMoveEvent>
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QKeyEvent>
@@ -389,31 +388,16 @@ Qt::DropActions kxAnimClipStructureWidget::supportedDropActions() const
 
 QMimeData* kxAnimClipStructureWidget::mimeData(const QList<QTreeWidgetItem*> items) const
 {
-    if (items.isEmpty())
-        return nullptr;
-    kxAnimLibraryPayload payload;
-    payload.rightButton = QGuiApplication::mouseButtons() == Qt::RightButton;
-    QList<kxAnimTreeWidgetItem*> dragged;
-    collectTopSelectedItems(dragged);
-    for (const kxAnimTreeWidgetItem* item : dragged)
-        payload.rows.push_back({nodeOf(item).getFieldContainerId(), nodeOf(item->parent()).getFieldContainerId()});
-    auto* const mime = new QMimeData;
-    mime->setData(QLatin1String(MimeType), payload.encode());
-    return mime;
+    const auto idsOf = [](const kxAnimTreeWidgetItem* item) -> kxAnimLibraryPayload::Row {
+        return {nodeOf(item).getFieldContainerId(), nodeOf(item->parent()).getFieldContainerId()};
+    };
+    return items.isEmpty() ? nullptr : dragPayload(MimeType, idsOf);
 }
 
 void kxAnimClipStructureWidget::dragMoveEvent(QDragMoveEvent* event)
 {
     kxAnimTreeWidget::dragMoveEvent(event);
-    if (!event->mimeData()->hasFormat(QLatin1String(MimeType)))
-        return;
-    // A row belongs to a dragged one exactly where it is selected or one above it is.
-    for (const QTreeWidgetItem* row = itemAt(event->pos()); row != nullptr; row = row->parent())
-        if (row->isSelected())
-        {
-            event->ignore();
-            return;
-        }
+    refuseOverItself(event, MimeType);
 }
 
 bool kxAnimClipStructureWidget::dropMimeData(QTreeWidgetItem* parent, int, const QMimeData* mime, Qt::DropAction action)

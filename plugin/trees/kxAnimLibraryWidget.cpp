@@ -14,7 +14,6 @@
 
 #include <QAction>
 #include <QDragMoveEvent>
-#include <QGuiApplication>
 #include <QHash>
 #include <QItemSelection>
 #include <QMenu>
@@ -517,31 +516,13 @@ Qt::DropActions kxAnimLibraryWidget::supportedDropActions() const
 
 QMimeData* kxAnimLibraryWidget::mimeData(const QList<QTreeWidgetItem*> items) const
 {
-    if (items.isEmpty())
-        return nullptr;
-    kxAnimLibraryPayload payload;
-    payload.rightButton = QGuiApplication::mouseButtons() == Qt::RightButton;
-    QList<kxAnimTreeWidgetItem*> dragged;
-    collectTopSelectedItems(dragged);
-    for (kxAnimTreeWidgetItem* const item : dragged)
-        payload.rows.push_back(payloadOf(item));
-    auto* const mime = new QMimeData;
-    mime->setData(QLatin1String(kxAnimLibraryPayload::MimeType), payload.encode());
-    return mime;
+    return items.isEmpty() ? nullptr : dragPayload(kxAnimLibraryPayload::MimeType, kxAnimLibraryRows::payloadOf);
 }
 
 void kxAnimLibraryWidget::dragMoveEvent(QDragMoveEvent* event)
 {
     QTreeView::dragMoveEvent(event);
-    if (!kxAnimLibraryPayload::isIn(event->mimeData()))
-        return;
-    // A row belongs to a dragged one exactly where it is selected or one above it is.
-    for (const QTreeWidgetItem* row = itemAt(event->pos()); row != nullptr; row = row->parent())
-        if (row->isSelected())
-        {
-            event->ignore();
-            return;
-        }
+    refuseOverItself(event, kxAnimLibraryPayload::MimeType);
 }
 
 bool kxAnimLibraryWidget::dropMimeData(QTreeWidgetItem* parent, int, const QMimeData* mime, Qt::DropAction action)

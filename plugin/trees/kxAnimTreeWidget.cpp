@@ -7,7 +7,9 @@
 
 #include <QAction>
 #include <QDrag>
+#include <QDragMoveEvent>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
@@ -288,6 +290,34 @@ void kxAnimTreeWidget::startDrag(Qt::DropActions supportedActions)
     auto* const drag = new QDrag(this); // Qt deletes it, and the payload with it, when the drag has ended
     drag->setMimeData(payload);
     drag->exec(supportedActions);
+}
+
+QMimeData*
+kxAnimTreeWidget::dragPayload(const char* format,
+                              const std::function<kxAnimLibraryPayload::Row(kxAnimTreeWidgetItem* item)>& rowOf) const
+{
+    kxAnimLibraryPayload payload;
+    payload.rightButton = QGuiApplication::mouseButtons() == Qt::RightButton;
+    QList<kxAnimTreeWidgetItem*> dragged;
+    collectTopSelectedItems(dragged);
+    for (kxAnimTreeWidgetItem* const item : dragged)
+        payload.rows.push_back(rowOf(item));
+    auto* const mime = new QMimeData;
+    mime->setData(QLatin1String(format), payload.encode());
+    return mime;
+}
+
+void kxAnimTreeWidget::refuseOverItself(QDragMoveEvent* event, const char* format) const
+{
+    if (!event->mimeData()->hasFormat(QLatin1String(format)))
+        return;
+    // A row belongs to a dragged one exactly where it is selected or one above it is.
+    for (const QTreeWidgetItem* row = itemAt(event->pos()); row != nullptr; row = row->parent())
+        if (row->isSelected())
+        {
+            event->ignore();
+            return;
+        }
 }
 
 void kxAnimTreeWidget::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <trees/kxAnimLibraryPayload.h>
+
 #include <kxAnimManager.h>
 
 #include <QMap>
@@ -110,6 +112,12 @@ protected:
     void startDrag(Qt::DropActions supportedActions) override;
     void paintEvent(QPaintEvent* event) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+    /// The selected rows as a drag carries them under `format`, those below a selected one left out.
+    QMimeData* dragPayload(const char* format,
+                           const std::function<kxAnimLibraryPayload::Row(kxAnimTreeWidgetItem* item)>& rowOf) const;
+    /// Ignores a drag of rows, told by `format`, over one of them or what is below it; for dragMoveEvent().
+    void refuseOverItself(QDragMoveEvent* event, const char* format) const;
 
     /// What the tree says in its middle while it has no rows.
     virtual QString hint() const { return QString(); }
