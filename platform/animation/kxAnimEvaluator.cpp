@@ -73,11 +73,6 @@ void kxAnimEvaluator::blockSequenceEvaluation(bool block)
     engine().triggers.setBlocked(block);
 }
 
-bool kxAnimEvaluator::isSequenceEvaluationBlocked() const
-{
-    return engine().triggers.isBlocked();
-}
-
 void kxAnimEvaluator::setOSGFieldValue(const AnimCurvePtr& curve, float value, bool mark)
 {
     if (curve == NullFC)

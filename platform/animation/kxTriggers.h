@@ -26,7 +26,6 @@ public:
 
     /// While blocked nothing fires.
     void setBlocked(bool blocked) { _isBlocked = blocked; }
-    bool isBlocked() const { return _isBlocked; }
 
     /// Fires the active triggers below `node` between `from` and `to`, both in the parent's time of `node`, in the
     /// order of time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation

@@ -31,11 +31,6 @@ QString tr(const char* text)
     return QCoreApplication::translate("kxChangeText", text);
 }
 
-FieldContainerPtr living(UInt32 id)
-{
-    return FieldContainerFactory::the()->getContainer(id);
-}
-
 kxChangeWords::State stateOf(const QByteArray& record)
 {
     kxChangeWords::State state;
@@ -149,7 +144,8 @@ QString kxChangeText::detail(const std::vector<Change>& changes)
     qint64 bytes = 0;
     for (const Change& change : changes)
     {
-        const AnimCurvePtr curve = AnimCurvePtr::dcast(change.id == 0 ? FieldContainerPtr() : living(change.id));
+        const AnimCurvePtr curve =
+            AnimCurvePtr::dcast(change.id == 0 ? FieldContainerPtr() : living<FieldContainer>(change.id));
         if (curve == NullFC || change.after.isEmpty())
             continue;
         const std::set<QString> aims = oldAims(curve, changes);

@@ -19,12 +19,6 @@ using namespace osg;
 
 namespace
 {
-void send(const char* name)
-{
-    kxMessage message;
-    kxController::call(name, message, 0);
-}
-
 /// What went out of the scene isn't selected any more.
 void deselectGone()
 {
@@ -89,7 +83,7 @@ void kxHistoryNotice::tell()
     {
         kxScene::the()->markStructureChanged(); // the list of materials marks nothing else
         kxScene::the()->markSettingsChanged();
-        send(kxMessageName::UpdateAnimControlGUI);
+        kxSend(kxMessageName::UpdateAnimControlGUI);
     }
     if (!_any)
         return;
@@ -109,16 +103,16 @@ void kxHistoryNotice::tellFields() const
 {
     if (_materials)
     {
-        send(kxMessageName::UberMaterialChanged);
+        kxSend(kxMessageName::UberMaterialChanged);
         if (auto* const service = kxKernelServiceFactory::the().getService<kxMaterialService>())
             Q_EMIT service->materialsChanged();
     }
     if (_cameras)
-        send(kxMessageName::UpdateNavigator);
+        kxSend(kxMessageName::UpdateNavigator);
     if (_lights)
-        send(kxMessageName::UpdateLight);
+        kxSend(kxMessageName::UpdateLight);
     if (_transforms)
-        send(kxMessageName::ChangedTransformation);
+        kxSend(kxMessageName::ChangedTransformation);
     if (auto* const service = kxKernelServiceFactory::the().getService<kxObjectService>())
         Q_EMIT service->propertyChangedBS();
 }

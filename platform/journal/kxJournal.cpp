@@ -39,14 +39,9 @@ const BitVector& storedMask(const FieldContainerType& type)
     return entry->second;
 }
 
-FieldContainerPtr living(UInt32 id)
-{
-    return FieldContainerFactory::the()->getContainer(id);
-}
-
 QByteArray present(UInt32 id)
 {
-    return id == SceneId ? kxSceneRecord::ofScene() : kxContainerRecord::of(living(id));
+    return id == SceneId ? kxSceneRecord::ofScene() : kxContainerRecord::of(living<FieldContainer>(id));
 }
 
 kxJournalStore::Row rowOf(UInt32 id, bool isPresent, const QByteArray& before, const QByteArray& after)
@@ -277,7 +272,7 @@ std::vector<UInt32> kxJournal::takeOwners()
     for (std::size_t i = 0; i < found.size(); ++i)
     {
         owned.clear();
-        kxContainerForm::ownedBy(living(found[i]), owned);
+        kxContainerForm::ownedBy(living<FieldContainer>(found[i]), owned);
         for (const FieldContainerPtr& each : owned)
             if (each != NullFC)
                 own(each->getId());
@@ -563,8 +558,9 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     if (!isKnown) // entries were walked out of their order
         kxLog::warning(QStringLiteral("Not all that this step changed can be brought back."));
     walkSteps();
-    kxContainerRestore restore([this](UInt32 id)
-                               { return isPresent(id) && living(id) != NullFC ? QByteArray() : record(id); });
+    kxContainerRestore restore(
+        [this](UInt32 id)
+        { return isPresent(id) && living<FieldContainer>(id) != NullFC ? QByteArray() : record(id); });
     std::vector<UInt32> ids;
     for (const kxJournalStore::Row& row : rows) // by id: the scene's own is the first
     {
@@ -576,7 +572,7 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     }
     // What the steps wrote and the entry doesn't change stays as it was.
     for (const UInt32 id : _marked)
-        if (isPresent(id) && living(id) != NullFC && !std::binary_search(ids.begin(), ids.end(), id))
+        if (isPresent(id) && living<FieldContainer>(id) != NullFC && !std::binary_search(ids.begin(), ids.end(), id))
             restore.add(id, record(id));
     restore.run();
 

@@ -42,7 +42,7 @@ AnimNodePtr makeChannel(const kxAnimManager::kxOSGChannelData& channel, const Fi
 
 bool kxCaptureTable::Entry::lives() const
 {
-    return FieldContainerFactory::the()->getContainer(containerId) != NullFC;
+    return osg::living<FieldContainer>(containerId) != NullFC;
 }
 
 bool kxCaptureTable::Entry::isOutOfScene() const

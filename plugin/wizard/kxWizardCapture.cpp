@@ -12,21 +12,20 @@
 #include <cmath>
 
 using osg::CCPnt;
-namespace TangentType = osg::TangentType;
 
 namespace
 {
 struct Interpolation
 {
     const char* text;
-    TangentType::Type firstOut;
-    TangentType::Type lastIn;
+    osg::TangentType::Type firstOut;
+    osg::TangentType::Type lastIn;
 };
 const Interpolation Interpolations[] = {
-    {"Linear", TangentType::Linear, TangentType::Linear},
-    {"Ease In", TangentType::Flat, TangentType::Linear},
-    {"Ease Out", TangentType::Linear, TangentType::Flat},
-    {"Ease In/Ease Out", TangentType::Flat, TangentType::Flat},
+    {"Linear", osg::TangentType::Linear, osg::TangentType::Linear},
+    {"Ease In", osg::TangentType::Flat, osg::TangentType::Linear},
+    {"Ease Out", osg::TangentType::Linear, osg::TangentType::Flat},
+    {"Ease In/Ease Out", osg::TangentType::Flat, osg::TangentType::Flat},
 };
 
 bool hasKeys(const osg::AnimCurvePtr& curve)
@@ -85,10 +84,10 @@ void kxWizardCapture::setInterpolation(const osg::AnimCurvePtr& curve, int inter
         return;
     const Tangents tangents = tangentsOf(interpolation);
     const osg::UInt32 last = osg::UInt32(curve->getControlPoints().size()) - 1;
-    curve->computeIntangent(0, TangentType::Linear);
+    curve->computeIntangent(0, osg::TangentType::Linear);
     curve->computeOuttangent(0, tangents.firstOut);
     curve->computeIntangent(last, tangents.lastIn);
-    curve->computeOuttangent(last, TangentType::Linear);
+    curve->computeOuttangent(last, osg::TangentType::Linear);
     osg::markChanged(curve, osg::AnimCurveBase::ControlPointsFieldMask);
 }
 

@@ -16,7 +16,6 @@ public:
 
     /// While blocked, triggers don't fire. Calls don't nest.
     void blockSequenceEvaluation(bool block);
-    bool isSequenceEvaluationBlocked() const;
 
     /// Writes a value into the channel that `curve` drives, or into a channel of an object. A value that isn't finite
     /// is refused. `mark`: the field is marked, and the change is a step of the undo stack.
