@@ -156,7 +156,7 @@ void kxAnimClipItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* op
     const double scale = paintScale();
     const QColor fill = fillColor(option->state.testFlag(QStyle::State_Selected));
     setTextColor(kxClipColor::textOn(fill));
-    painter->setRenderHint(QPainter::Antialiasing, false); // ends stand sharp on their frames
+    painter->setRenderHint(QPainter::Antialiasing, false); // ends are sharp, on their frames
     painter->setPen(Qt::NoPen);
     painter->setBrush(fill);
     painter->drawRect(rect());

@@ -121,7 +121,7 @@ void kxAnimClipView::frame()
     const kxAnimManager& kernel = *kxAnimManager::the();
     const bool isEmpty = _scene->bars().isEmpty();
     const double last = isEmpty ? std::max(kernel.detailedRangeEnd(), EmptyClipFrames) : double(end.x()) * kernel.fps();
-    const double first = isEmpty ? -last / 25 : double(start.x()) * kernel.fps(); // frame 0 stands clear of the column
+    const double first = isEmpty ? -last / 25 : double(start.x()) * kernel.fps(); // the column leaves frame 0 free
     const QRectF part = kxClipLayout::framed(first, last - first, bars.y(), bars.height(), viewport()->width(),
                                              kxPlatform::getDpiScaleX());
     if (part.width() > 0)

@@ -21,6 +21,7 @@
 namespace
 {
 
+/// All that a new scale reaches, as one is for all points whatever scene they are in.
 std::unordered_set<kxAnimGraphCurve*>& livingCurves()
 {
     static std::unordered_set<kxAnimGraphCurve*> curves;
@@ -386,7 +387,7 @@ void kxAnimGraphCurve::aboutToScale()
 
 void kxAnimGraphCurve::redraw()
 {
-    static quint64 looks = 0;
+    static quint64 looks = 0; // counts over all curves: a look is never that of another one
     _look = ++looks;
     if (scene() != nullptr)
         scene()->update();

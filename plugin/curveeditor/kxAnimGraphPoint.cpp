@@ -22,7 +22,8 @@ namespace
 /// Length of a tangent whose type has no rule.
 constexpr double OtherLength = 10;
 
-/// One pixel in scene units.
+/// One pixel in scene units. One value is right for all points, since setScale() is for all: the application has one
+/// graph. Points ask for it many times a frame, also those that are in no scene yet.
 double g_scaleX = 1;
 double g_scaleY = 1;
 

@@ -15,7 +15,7 @@ public:
     explicit kxAnimationWatch(QObject* parent);
     ~kxAnimationWatch() override;
 
-    /// Tells in the next turn, as after a change.
+    /// Emits animationsChanged() in the next turn of the event loop, as after a change.
     void tellLater();
 
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;

@@ -176,6 +176,7 @@ void kxAnimTreeWidgetItem::writeActive(bool active)
     const osg::UInt32 mask = active ? osg::Node::Active : 0;
     if (shown == osg::NullFC || shown->getTravMask() == mask)
         return;
+    // Any node may be in a row, and a mask of some bits is replaced too.
     shown->setTravMask(mask);
     osg::markChanged(shown, osg::BitVector::all());
     kxAnimManager::the()->reevaluateAnimations(false);

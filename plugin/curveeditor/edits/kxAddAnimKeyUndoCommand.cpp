@@ -14,8 +14,7 @@ bool isBefore(const osg::CCPnt& a, const osg::CCPnt& b)
     return a.x() < b.x();
 }
 
-/// True where the key at `index` is `key` as far as undone moves, which come back within float rounding, let it be
-/// told.
+/// True where the key at `index` has the time of `key`, within the float rounding of undone moves.
 bool isNear(const osg::AnimCurvePtr& curve, unsigned int index, const osg::CCPnt& key)
 {
     constexpr float Tolerance = 1e-3f;
