@@ -79,7 +79,7 @@ public:
     explicit Comparison(kxJournal& journal) : _journal(journal) {}
 
     void look(UInt32 id) { _open.push_back(id); }
-    States run()
+    void run()
     {
         while (!_open.empty() || !_lost.empty())
         {
@@ -97,6 +97,10 @@ public:
                 lose(id);
             }
         }
+    }
+    /// All that was found.
+    States take()
+    {
         for (auto state = _states.begin(); state != _states.end();)
             state = state->second.wasPresent || state->second.isPresent ? std::next(state) : _states.erase(state);
         return std::move(_states);
@@ -233,6 +237,7 @@ void kxJournal::stop()
     _store.reset();
     _owners.clear();
     _marked.clear();
+    _died.clear();
     _isMarked.clear();
     _entries.clear();
     _takenBack.clear();
@@ -311,6 +316,7 @@ void kxJournal::takeScene(const kxSceneOrigin& origin)
                 _store->setLatest(id, record);
     }
     _marked.clear();
+    _died.clear();
     _isMarked.clear();
     _isPending = false;
     _sceneSize = sceneSize();
@@ -405,8 +411,10 @@ void kxJournal::containerChanged(const FieldContainerPtr& container, const BitVe
 
 void kxJournal::containerDestroyed(UInt32 id)
 {
-    if (isPresent(id))
-        notePending(); // its owner says more
+    if (!isPresent(id))
+        return;
+    _died.push_back(id);
+    notePending(); // its owner says more
 }
 
 kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
@@ -421,7 +429,16 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
         comparison.look(id);
     }
     _isPending = false;
-    return comparison.run();
+    comparison.run();
+    const std::vector<UInt32> died = std::exchange(_died, {});
+    // Whoever took it out didn't mark it.
+    if (std::any_of(died.begin(), died.end(), [this](UInt32 id) { return isPresent(id) && living(id) == NullFC; }))
+    {
+        for (UInt32 id = 1; id < _owners.size(); ++id)
+            comparison.look(id);
+        comparison.run();
+    }
+    return comparison.take();
 }
 
 void kxJournal::noteSerial()

@@ -130,7 +130,8 @@ private:
     std::unique_ptr<kxJournalBase> _base; // null where no file holds the scene
     std::vector<osg::UInt32> _owners;     // by id: how often the scene's containers own it, of the last commit
     std::vector<osg::UInt32> _marked;
-    std::vector<bool> _isMarked; // by id
+    std::vector<osg::UInt32> _died; // while the scene owned them
+    std::vector<bool> _isMarked;    // by id
     QByteArray _sceneRecord;
     std::vector<quint64> _entries; // in order
     std::unordered_set<quint64> _takenBack;

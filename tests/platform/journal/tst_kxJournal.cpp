@@ -202,6 +202,20 @@ private Q_SLOTS:
         QCOMPARE(savedBytes(), before);
     }
 
+    /// What died without a mark of its owner is found all the same.
+    void unmarkedDeath()
+    {
+        const NodePtr twin = nodeNamed("Twin");
+        const UInt32 joint = nodeNamed("Joint")->getId();
+        const QByteArray before = savedBytes();
+        twin->subChild(nodeNamed("Joint"));
+        const quint64 entry = journal().commit();
+        QVERIFY(entry != 0 && journal().unmarked().empty());
+        walk(entry);
+        QCOMPARE(nodeNamed("Joint").getFieldContainerId(), joint);
+        QCOMPARE(savedBytes(), before);
+    }
+
     /// Neither playing nor showing a clip is a change.
     void evaluationIsNone()
     {
