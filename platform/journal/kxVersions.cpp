@@ -87,7 +87,7 @@ void kxVersions::setStore(const QString& path)
     _store = std::make_unique<kxVersionStore>(folder, path);
     _sinceKept.start();
     _contentKept = content();
-    _withoutPicture = 0;
+    _withoutPicture = _newest = 0;
     _lastSize = 0;
 }
 
@@ -169,10 +169,20 @@ void kxVersions::kept(qint64 number, bool hasPicture)
         if (!hasPicture && last && last->picture.isEmpty())
             _withoutPicture = number;
         _total = _total < 0 ? _total : _total + _lastSize;
-        if (_total < 0 || _total > _settings.bounds.bytes)
-            _total = _settings.bounds.apply(_store->folder(), number, QDateTime::currentDateTime());
+        _newest = number;
+        if (!_settings.isOn)
+            applyBounds();
     }
     settle();
+}
+
+/// Looks into the folders of all scenes, which takes a moment.
+void kxVersions::applyBounds()
+{
+    if (_newest == 0 || (_total >= 0 && _total <= _settings.bounds.bytes))
+        return;
+    _total = _settings.bounds.apply(_store->folder(), _newest, QDateTime::currentDateTime());
+    Q_EMIT changed();
 }
 
 void kxVersions::settle()
@@ -235,6 +245,7 @@ void kxVersions::tick()
     if (QGuiApplication::mouseButtons() != Qt::NoButton || kxFramePlayer::the()->isPlaying() || (isBusy && isBusy()))
         return;
     addPicture();
+    applyBounds();
     if (_sinceKept.elapsed() < _settings.minutes * MinuteMs || !isNew() || !isAffordable())
         return;
     kept(keepOpenScene(made(kxVersion::Working, QString())), true);

@@ -93,6 +93,7 @@ private:
     void kept(qint64 number, bool hasPicture);
     void tick();
     void addPicture();
+    void applyBounds();
     bool isAffordable();
     static quint64 content();
     bool isNew() const;
@@ -109,6 +110,7 @@ private:
     qint64 _lastSize = 0;       // of the last version
     qint64 _total = -1;         // bytes of all versions, -1 where they weren't counted
     qint64 _withoutPicture = 0; // the version that gets one at the next rest
+    qint64 _newest = 0;         // the version kept last in this process, which the bounds leave
     QSet<QString> _warned;      // paths of scenes
     QTimer _timer;
 };
