@@ -58,9 +58,12 @@ void kxRecoveryDialog::openCurrent()
 void kxRecoveryDialog::deleteCurrent()
 {
     const int row = _list->currentRow();
-    if (row < 0 || QMessageBox::question(this, tr("Delete Recovered Changes"),
-                                         tr("Delete these changes? They can't be brought back.\n\n%1")
-                                             .arg(_leftovers[std::size_t(row)].description())) != QMessageBox::Yes)
+    if (row < 0)
+        return;
+    const QString text =
+        tr("Delete these changes? They can't be brought back.\n\n%1").arg(_leftovers[std::size_t(row)].description());
+    if (QMessageBox::question(this, tr("Delete Recovered Changes"), text, QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) != QMessageBox::Yes)
         return;
     _leftovers[std::size_t(row)].remove();
     _leftovers.erase(_leftovers.begin() + row);
