@@ -432,7 +432,8 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
     comparison.run();
     const std::vector<UInt32> died = std::exchange(_died, {});
     // Whoever took it out didn't mark it.
-    if (std::any_of(died.begin(), died.end(), [this](UInt32 id) { return isPresent(id) && living(id) == NullFC; }))
+    if (std::any_of(died.begin(), died.end(),
+                    [this](UInt32 id) { return isPresent(id) && living<FieldContainer>(id) == NullFC; }))
     {
         for (UInt32 id = 1; id < _owners.size(); ++id)
             comparison.look(id);
