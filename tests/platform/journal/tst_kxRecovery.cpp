@@ -318,6 +318,8 @@ int main(int argc, char** argv)
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() == 4 && arguments[1] == QLatin1String("--edit"))
         editForEver(arguments[2], arguments[3].toUInt());
+    if (qEnvironmentVariableIsSet("KX_KILLS"))
+        qputenv("QTEST_FUNCTION_TIMEOUT", "7200000"); // milliseconds
     tst_kxRecovery test;
     return QTest::qExec(&test, argc, argv);
 }
