@@ -66,7 +66,12 @@ QString kxChangeText::act(const std::vector<Change>& changes)
         else if (bytes <= MostWords)
             stated.push_back({change.id, stateOf(change.before), stateOf(change.after)});
     }
-    const QString words = ofScene.isEmpty() ? kxChangeWords::of(stated, kxAnimManager::the()->fps()) : ofScene;
+    const bool hasMade = std::any_of(stated.begin(), stated.end(),
+                                     [](const kxChangeWords::Change& change)
+                                     { return change.before.type == nullptr || change.after.type == nullptr; });
+    const QString ofThings = kxChangeWords::of(stated, kxAnimManager::the()->fps());
+    // A new rate may move all keys; what came or went weighs more than a range.
+    const QString words = ofScene.isEmpty() || (hasMade && !ofThings.isEmpty()) ? ofThings : ofScene;
     return words.isEmpty() ? tr("Change the scene") : words;
 }
 
