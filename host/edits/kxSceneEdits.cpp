@@ -6,7 +6,6 @@
 #include "kxFieldLook.h"
 #include "kxSceneryEdits.h"
 #include <QObject>
-#include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCurve.h>
@@ -374,6 +373,19 @@ void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& conta
     const QString text = changeText(containers, field);
     for (const osg::FieldContainerPtr& container : containers)
         add(kxSetFieldCommand::make(container, field, write, text));
+}
+
+void kxSceneEdits::setChannel(const kxAnimManager::kxOSGChannelData& channel, const QString& name, float value)
+{
+    const osg::NodePtr node = osg::NodePtr::dcast(channel.container);
+    const bool isOwn = node == osg::NullFC || node->getType().field(channel.fieldName) != nullptr;
+    const unsigned component = unsigned(channel.component);
+    add(kxSetFieldCommand::make(
+        isOwn ? channel.container : osg::FieldContainerPtr(node->getCore()), channel.fieldName,
+        [component, value](osg::FieldContainer& target, const osg::FieldDescription& field)
+        { return field.setComponent(target, component, value); },
+        stepText("Set %1 of %2")
+            .arg(name, QString::fromStdString(osg::AttachmentContainerPtr::dcast(channel.container)->getNodeName()))));
 }
 
 osg::MaterialPtr kxSceneEdits::addMaterial()

@@ -2,6 +2,7 @@
 
 #include <QKXSpiner.h>
 #include <QString>
+#include <kxAnimManager.h>
 #include <osg/SceneCores.h>
 #include <scene/FieldDescription.h>
 
@@ -37,6 +38,9 @@ void setField(const std::vector<osg::FieldContainerPtr>& containers, const std::
 /// An operator on one component of a field, for each container by itself.
 void setComponent(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field, unsigned component,
                   RelativeOperator op, double operand);
+
+/// One component of a field that can be keyed; `name` is what the undo list calls it.
+void setChannel(const kxAnimManager::kxOSGChannelData& channel, const QString& name, float value);
 
 osg::MaterialPtr addMaterial();
 /// Puts the material of a node's surface into the scene's list, under the node's name, where it isn't there yet.

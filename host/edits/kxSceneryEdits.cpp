@@ -8,11 +8,13 @@
 #include "kxSceneNotify.h"
 #include <QCoreApplication>
 #include <animation/kxAnimEngine.h>
+#include <animation/kxNodeTime.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
+#include <osg/Finite.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -216,6 +218,28 @@ void kxSceneryEdits::setSteps(const osg::NodePtr& sequence, const std::vector<kx
 {
     add(kxSetFieldCommand::make(sequence->getCore(), "steps", osg::FieldValue(kxScenery::stepTexts(steps)),
                                 stepText("Change Steps of %1").arg(QString::fromStdString(sequence->getNodeName()))));
+}
+
+osg::AnimNodePtr kxSceneryEdits::addTrigger(Kind kind, const std::string& name, const osg::AnimNodePtr& clip,
+                                            double frame)
+{
+    const double seconds = frame / kxAnimManager::the()->fps();
+    const double own = kxNodeTime::toRoot(clip).from(seconds);
+    if (!osg::isFinite(float(seconds), float(own)))
+        return osg::AnimNodePtr();
+    const osg::AnimSequencePtr core = osg::AnimSequenceBase::create();
+    core->setName(name);
+    core->setIsVariant(kind == Kind::VariantSet);
+    core->setIsViewpoint(kind == Kind::Viewpoint);
+    const osg::AnimNodePtr node = osg::AnimNodeBase::create();
+    node->setCore(core);
+    node->moveBy(float(own),
+                 kxAnimManager::the()->calculateFreeOffsetYFor(float(seconds), 0, clip, osg::AnimNodePtr()));
+    kxNodeUtils::setName(node, name, true, osg::NodePtr());
+    auto* const command = new kxPlaceNodesCommand(kxUndoString(QStringLiteral("Add Trigger"), QStringLiteral("Scene")));
+    command->insertNode(node, clip, -1);
+    add(command);
+    return node;
 }
 
 void kxSceneryEdits::duplicate(const Nodes& nodes)

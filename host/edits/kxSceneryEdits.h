@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <osg/AnimNode.h>
 #include <scene/kxScenery.h>
 #include <view/kxCameraRig.h>
 
@@ -30,6 +31,10 @@ bool setChoice(const osg::NodePtr& set, int choice);
 
 osg::NodePtr addSequence(const std::vector<kxSequenceStep>& steps, const QString& name = QString());
 void setSteps(const osg::NodePtr& sequence, const std::vector<kxSequenceStep>& steps);
+
+/// A trigger of what has this kind and name, on the first free track of `clip`, with its time at `frame` of the ruler.
+/// Null where that isn't finite.
+osg::AnimNodePtr addTrigger(kxScenery::Kind kind, const std::string& name, const osg::AnimNodePtr& clip, double frame);
 
 /// Copies of viewpoints, sequences and objects.
 void duplicate(const Nodes& nodes);

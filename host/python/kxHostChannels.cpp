@@ -2,10 +2,8 @@
 
 #include "kxHostChannels.h"
 
-#include <edits/kxSceneCommands.h>
+#include <edits/kxSceneEdits.h>
 #include <kxAnimManager.h>
-
-#include <QObject>
 
 #include <cmath>
 #include <limits>
@@ -39,15 +37,6 @@ Channel find(const osg::FieldContainerPtr& object, const std::string& name)
     }
     kxRaise(PyExc_KeyError, "no channel '" + name + "'; there are: " + (known.empty() ? "none" : known));
 }
-
-/// The container that has the channel's field: the object itself or its core.
-osg::FieldContainerPtr holderOf(const Channel& channel)
-{
-    if (channel.container->getType().field(channel.fieldName) != nullptr)
-        return channel.container;
-    const osg::NodePtr node = osg::NodePtr::dcast(channel.container);
-    return node != osg::NullFC ? osg::FieldContainerPtr(node->getCore()) : osg::FieldContainerPtr();
-}
 } // namespace
 
 std::vector<std::string> kxHostChannels::names(const osg::FieldContainerPtr& object)
@@ -68,13 +57,6 @@ double kxHostChannels::setValue(const osg::FieldContainerPtr& object, const std:
     const Channel found = find(object, channel);
     if (!(std::fabs(value) <= double(std::numeric_limits<float>::max()))) // NaN fails too
         kxRaise(PyExc_ValueError, "the value of channel '" + channel + "' has to be a finite number");
-    const unsigned component = unsigned(found.component);
-    kxUndoStack::get(0).add(kxSetFieldCommand::make(
-        holderOf(found), found.fieldName,
-        [component, value](osg::FieldContainer& target, const osg::FieldDescription& field)
-        { return field.setComponent(target, component, float(value)); },
-        kxUndoString(QStringLiteral("Set %1 of %2"), QStringLiteral("Scene"))
-            .arg(QString::fromStdString(channel),
-                 QString::fromStdString(osg::AttachmentContainerPtr::dcast(found.container)->getNodeName()))));
+    kxSceneEdits::setChannel(found, QString::fromStdString(channel), float(value));
     return double(kxAnimManager::the()->getOSGFieldValue(found));
 }

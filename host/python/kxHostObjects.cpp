@@ -2,11 +2,10 @@
 
 #include "kxHostObjects.h"
 
-#include <animation/kxNodeTime.h>
 #include <edits/kxClippingPlane.h>
-#include <edits/kxSceneCommands.h>
 #include <edits/kxSceneEdits.h>
 #include <edits/kxSceneObjects.h>
+#include <edits/kxSceneryEdits.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxMessageNames.h>
@@ -21,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 
 namespace bp = boost::python;
 
@@ -220,24 +220,15 @@ osg::AnimNodePtr addTrigger(const osg::AnimNodePtr& clip, const std::string& kin
 {
     if (osg::AnimClipPtr::dcast(living(clip)->getCore()) == osg::NullFC)
         kxRaise(PyExc_ValueError, "a trigger stands in a clip");
-    if (kind != "viewpoint" && kind != "variant" && kind != "sequence")
+    using kxScenery::Kind;
+    const std::map<std::string, Kind> kinds = {
+        {"viewpoint", Kind::Viewpoint}, {"variant", Kind::VariantSet}, {"sequence", Kind::Sequence}};
+    const auto found = kinds.find(kind);
+    if (found == kinds.end())
         kxRaise(PyExc_ValueError, "no trigger is called '" + kind + "'; there are: viewpoint, variant, sequence");
-    const double seconds = frame / kxAnimManager::the()->fps();
-    const double own = kxNodeTime::toRoot(clip).from(seconds); // the frame is the ruler's
-    if (!osg::isFinite(float(seconds), float(own)))
+    const osg::AnimNodePtr node = kxSceneryEdits::addTrigger(found->second, name, clip, frame);
+    if (node == osg::NullFC)
         kxRaise(PyExc_ValueError, "the frame has to be a finite number");
-    const osg::AnimSequencePtr core = osg::AnimSequenceBase::create();
-    core->setName(name);
-    core->setIsVariant(kind == "variant");
-    core->setIsViewpoint(kind == "viewpoint");
-    const osg::AnimNodePtr node = osg::AnimNodeBase::create();
-    node->setCore(core);
-    node->moveBy(float(own),
-                 kxAnimManager::the()->calculateFreeOffsetYFor(float(seconds), 0, clip, osg::AnimNodePtr()));
-    kxNodeUtils::setName(node, name, true, osg::NodePtr());
-    auto* const command = new kxPlaceNodesCommand(kxUndoString(QStringLiteral("Add Trigger"), QStringLiteral("Scene")));
-    command->insertNode(node, clip, -1);
-    kxUndoStack::get(0).add(command);
     return node;
 }
 
