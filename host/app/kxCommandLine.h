@@ -40,7 +40,7 @@ struct kxCommandLine
     static QString helpText();
 
     bool writesPictures() const { return !render.isEmpty() || !screenshot.isEmpty(); }
-    /// Files are told of on the standard output, and nothing else is done; see kxFileTexts.
+    /// Files are described on the standard output, and nothing else is done; see kxFileTexts.
     bool tellsOfFiles() const { return !compared.isEmpty(); }
     /// Something is to be done that needs no user.
     bool hasWork() const { return writesPictures() || !exportFile.isEmpty() || !scripts.isEmpty(); }

@@ -15,7 +15,7 @@ class kxCompareDialog : public QDialog
 public:
     kxCompareDialog(const QString& file, kxDocument& document, QWidget* parent);
 
-    /// Reads the file and compares. False where it can't be read, which the user is told; then all stays as it is.
+    /// Reads the file and compares. False where it can't be read: the user sees why, and all stays as it is.
     bool compare();
 
 private:

@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-/// Knows whether the scene differs from its file: whether the history stands elsewhere than where it was saved.
+/// Knows whether the scene differs from its file: whether the history is at another entry than when it was saved.
 class kxUnsavedWatch : public QObject
 {
     Q_OBJECT

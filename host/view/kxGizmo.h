@@ -63,7 +63,7 @@ public:
 
     void setTool(Tool tool) { _tool = tool; }
     Tool tool() const { return _tool; }
-    /// Axes have unit length and stand at right angles.
+    /// Axes have unit length and are at right angles to each other.
     void setPlace(const QVector3D& origin, const std::array<QVector3D, 3>& axes);
     void setView(const kxViewCamera& camera, const QSizeF& size);
     const QVector3D& origin() const { return _origin; }

@@ -10,11 +10,6 @@ namespace
 constexpr GLenum MaxAnisotropy = 0x84FF; // of EXT_texture_filter_anisotropic
 constexpr GLenum Anisotropy = 0x84FE;
 constexpr GLint Components[4] = {3, 3, 2, 4};
-
-bool isAlive(osg::UInt32 id)
-{
-    return osg::FieldContainerFactory::the()->getContainer(id) != osg::NullFC;
-}
 } // namespace
 
 void kxGlCache::init(const kxGlFunctions& gl)
@@ -52,7 +47,7 @@ void kxGlCache::sweep(const kxGlFunctions& gl)
 {
     for (auto entry = _meshes.begin(); entry != _meshes.end();)
     {
-        if (isAlive(entry->first))
+        if (osg::living<osg::FieldContainer>(entry->first) != osg::NullFC)
         {
             ++entry;
             continue;
@@ -62,7 +57,7 @@ void kxGlCache::sweep(const kxGlFunctions& gl)
     }
     for (auto entry = _textures.begin(); entry != _textures.end();)
     {
-        if (isAlive(entry->first))
+        if (osg::living<osg::FieldContainer>(entry->first) != osg::NullFC)
         {
             ++entry;
             continue;
