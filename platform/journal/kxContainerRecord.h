@@ -48,9 +48,11 @@ kxContainerForm::Numbers readStructure(kxCborInput& in);
 std::vector<osg::UInt32> readIds(kxCborInput& in);
 } // namespace kxContainerRecord
 
-/// The same for what belongs to the scene and to no container; it is under the id 0.
+/// The same for what belongs to the scene and to no container; it is under an id that no container has.
 namespace kxSceneRecord
 {
+constexpr osg::UInt32 Id = 0;
+
 struct Content
 {
     std::vector<osg::UInt32> materials; ///< in order

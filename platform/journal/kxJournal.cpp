@@ -19,8 +19,6 @@ using namespace osg;
 
 namespace
 {
-constexpr UInt32 SceneId = 0; ///< of what belongs to the scene itself
-
 /// The bits of a class that stand for something a record holds.
 const BitVector& storedMask(const FieldContainerType& type)
 {
@@ -41,7 +39,7 @@ const BitVector& storedMask(const FieldContainerType& type)
 
 QByteArray present(UInt32 id)
 {
-    return id == SceneId ? kxSceneRecord::ofScene() : kxContainerRecord::of(living<FieldContainer>(id));
+    return id == kxSceneRecord::Id ? kxSceneRecord::ofScene() : kxContainerRecord::of(living<FieldContainer>(id));
 }
 
 kxJournalStore::Row rowOf(UInt32 id, bool isPresent, const QByteArray& before, const QByteArray& after)
@@ -109,7 +107,7 @@ public:
 private:
     void compare(UInt32 id)
     {
-        if ((id != SceneId && !_journal.isPresent(id)) || !_seen.insert(id).second)
+        if ((id != kxSceneRecord::Id && !_journal.isPresent(id)) || !_seen.insert(id).second)
             return;
         const QByteArray after = present(id);
         if (after.isEmpty())
@@ -261,120 +259,9 @@ void kxJournal::end()
     Q_EMIT failed(why);
 }
 
-/// All containers of the scene, and how often each is owned.
-std::vector<UInt32> kxJournal::takeOwners()
-{
-    _owners.assign(FieldContainerFactory::the()->getFieldContainerStore().size(), 0);
-    std::vector<UInt32> found;
-    const auto own = [&](UInt32 id)
-    {
-        if (_owners[id]++ == 0)
-            found.push_back(id);
-    };
-    for (const UInt32 id : kxContainerRecord::owned(_sceneRecord))
-        own(id);
-    std::vector<FieldContainerPtr> owned;
-    for (std::size_t i = 0; i < found.size(); ++i)
-    {
-        owned.clear();
-        kxContainerForm::ownedBy(living<FieldContainer>(found[i]), owned);
-        for (const FieldContainerPtr& each : owned)
-            if (each != NullFC)
-                own(each->getId());
-    }
-    return found;
-}
-
-void kxJournal::takeScene(const kxSceneOrigin& origin)
-{
-    _entries.clear();
-    _takenBack.clear();
-    _base = std::make_unique<kxJournalBase>(origin);
-    if (!_base->isValid())
-        _base.reset();
-    _sceneRecord = kxSceneRecord::ofScene();
-    const std::vector<UInt32> containers = takeOwners();
-    const std::vector<UInt32> tops = kxSceneRecord::tops();
-    _store->begin();
-    _store->clear();
-    _store->setLatest(SceneId, _sceneRecord);
-    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(_base == nullptr ? kxSceneOrigin() : origin));
-    _store->setNote(kxJournalNote::Candidate, QByteArray());
-    QByteArray topIds;
-    QCborStreamWriter out(&topIds);
-    kxContainerForm::writeNumbers(out, tops);
-    _store->setNote(kxJournalNote::Tops, topIds);
-    noteSerial();
-    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
-    for (const UInt32 id : containers)
-    {
-        if (_base == nullptr || !_base->has(id))
-            _store->setLatest(id, present(id));
-        // What was marked meanwhile may have been written after it was read; the tops are the scene's own.
-        else if ((id < _isMarked.size() && _isMarked[id]) || std::find(tops.begin(), tops.end(), id) != tops.end())
-            if (const QByteArray record = present(id); record != _base->record(id))
-                _store->setLatest(id, record);
-    }
-    _marked.clear();
-    _died.clear();
-    _isMarked.clear();
-    _isPending = false;
-    _sceneSize = sceneSize();
-    _store->commit();
-    _store->shrink(); // what was another scene's
-    if (!_store->failure().isEmpty())
-        end();
-}
-
-void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
-{
-    takeScene(origin);
-    Q_EMIT replaced();
-}
-
-/// Where the process dies between the two, that file is there and the one before isn't.
-void kxJournal::sceneToReplaceFile(const kxSceneOrigin& origin)
-{
-    _store->begin();
-    _store->setNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
-    if (!_store->commit())
-        end();
-}
-
-void kxJournal::sceneSaved(const kxSceneOrigin& origin)
-{
-    auto next = std::make_unique<kxJournalBase>(origin);
-    if (!next->isValid() || _isPending) // the file before it knows what was
-        return;
-    _store->begin();
-    keepBaseRecords(*next);
-    for (const UInt32 id : _store->latestIds())
-        if (next->has(id))
-            _store->dropLatest(id);
-    for (const UInt32 id : origin.incomplete)
-        _store->setLatest(id, present(id));
-    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(origin));
-    _store->setNote(kxJournalNote::Candidate, QByteArray());
-    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
-    if (!_store->commit())
-        return end();
-    _base = std::move(next);
-    _sceneSize = sceneSize();
-}
-
-/// Of what left the scene the file that was saved says nothing.
-void kxJournal::keepBaseRecords(const kxJournalBase& next)
-{
-    if (_base == nullptr)
-        return;
-    for (const UInt32 id : _store->changedIds())
-        if (!next.has(id) && _base->has(id) && _store->latest(id).isEmpty())
-            _store->setLatest(id, _base->record(id));
-}
-
 QByteArray kxJournal::record(UInt32 id) const
 {
-    if (id == SceneId)
+    if (id == kxSceneRecord::Id)
         return _sceneRecord;
     const QByteArray latest = _store == nullptr ? QByteArray() : _store->latest(id);
     return latest.isEmpty() && _base != nullptr ? _base->record(id) : latest;
@@ -420,7 +307,7 @@ void kxJournal::containerDestroyed(UInt32 id)
 kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
 {
     Comparison comparison(*this);
-    comparison.look(SceneId);
+    comparison.look(kxSceneRecord::Id);
     for (const UInt32 id : also)
         comparison.look(id);
     for (const UInt32 id : std::exchange(_marked, {}))
@@ -470,7 +357,7 @@ void kxJournal::write(quint64 entry, const States& states)
         if (!differs)
             continue;
         _store->setLatest(id, state.after);
-        if (id == SceneId)
+        if (id == kxSceneRecord::Id)
             _sceneRecord = state.after;
     }
 }
@@ -532,7 +419,7 @@ void kxJournal::dropUnused()
     const std::vector<UInt32> changed = _store->changedIds();
     const std::unordered_set<UInt32> used(changed.begin(), changed.end());
     for (const UInt32 id : _store->latestIds())
-        if (id != SceneId && !isPresent(id) && used.count(id) == 0)
+        if (id != kxSceneRecord::Id && !isPresent(id) && used.count(id) == 0)
             _store->dropLatest(id);
 }
 
@@ -583,7 +470,7 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     for (const kxJournalStore::Row& row : rows) // by id: the scene's own is the first
     {
         ids.push_back(row.id);
-        if (row.id == SceneId)
+        if (row.id == kxSceneRecord::Id)
             restore.addScene(row.record);
         else if (row.isPresent)
             restore.add(row.id, row.record);
@@ -649,7 +536,7 @@ std::vector<kxJournal::Change> kxJournal::changes(quint64 number) const
 kxJournal::State kxJournal::beside(quint64 number, UInt32 id) const
 {
     State state;
-    state.isPresent = id == SceneId || isPresent(id);
+    state.isPresent = id == kxSceneRecord::Id || isPresent(id);
     state.after = record(id);
     // From the present to the entry: each that lies between has its own other side on the way.
     const bool isDone = _takenBack.count(number) == 0;
@@ -674,7 +561,7 @@ std::vector<UInt32> kxJournal::unmarked() const
     if (!isRunning())
         return differing;
     std::vector<UInt32> owners;
-    std::vector<UInt32> open{SceneId};
+    std::vector<UInt32> open{kxSceneRecord::Id};
     while (!open.empty())
     {
         const UInt32 id = open.back();

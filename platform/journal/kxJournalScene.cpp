@@ -1,0 +1,134 @@
+#include <journal/kxJournal.h>
+
+#include <files/kxSceneIO.h>
+#include <journal/kxContainerRecord.h>
+#include <journal/kxJournalBase.h>
+#include <journal/kxRecovery.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QCborStreamWriter>
+
+#include <algorithm>
+
+using namespace osg;
+
+// What the journal takes from the scene as a whole, where that is opened and saved.
+
+namespace
+{
+QByteArray recordOf(UInt32 id)
+{
+    return kxContainerRecord::of(living<FieldContainer>(id));
+}
+} // namespace
+
+/// All containers of the scene, and how often each is owned.
+std::vector<UInt32> kxJournal::takeOwners()
+{
+    _owners.assign(FieldContainerFactory::the()->getFieldContainerStore().size(), 0);
+    std::vector<UInt32> found;
+    const auto own = [&](UInt32 id)
+    {
+        if (_owners[id]++ == 0)
+            found.push_back(id);
+    };
+    for (const UInt32 id : kxContainerRecord::owned(_sceneRecord))
+        own(id);
+    std::vector<FieldContainerPtr> owned;
+    for (std::size_t i = 0; i < found.size(); ++i)
+    {
+        owned.clear();
+        kxContainerForm::ownedBy(living<FieldContainer>(found[i]), owned);
+        for (const FieldContainerPtr& each : owned)
+            if (each != NullFC)
+                own(each->getId());
+    }
+    return found;
+}
+
+void kxJournal::takeScene(const kxSceneOrigin& origin)
+{
+    _entries.clear();
+    _takenBack.clear();
+    _base = std::make_unique<kxJournalBase>(origin);
+    if (!_base->isValid())
+        _base.reset();
+    _sceneRecord = kxSceneRecord::ofScene();
+    const std::vector<UInt32> containers = takeOwners();
+    const std::vector<UInt32> tops = kxSceneRecord::tops();
+    _store->begin();
+    _store->clear();
+    _store->setLatest(kxSceneRecord::Id, _sceneRecord);
+    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(_base == nullptr ? kxSceneOrigin() : origin));
+    _store->setNote(kxJournalNote::Candidate, QByteArray());
+    QByteArray topIds;
+    QCborStreamWriter out(&topIds);
+    kxContainerForm::writeNumbers(out, tops);
+    _store->setNote(kxJournalNote::Tops, topIds);
+    noteSerial();
+    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
+    for (const UInt32 id : containers)
+    {
+        if (_base == nullptr || !_base->has(id))
+            _store->setLatest(id, recordOf(id));
+        // What was marked meanwhile may have been written after it was read; the tops are the scene's own.
+        else if ((id < _isMarked.size() && _isMarked[id]) || std::find(tops.begin(), tops.end(), id) != tops.end())
+            if (const QByteArray record = recordOf(id); record != _base->record(id))
+                _store->setLatest(id, record);
+    }
+    _marked.clear();
+    _died.clear();
+    _isMarked.clear();
+    _isPending = false;
+    _sceneSize = sceneSize();
+    _store->commit();
+    _store->shrink(); // what was another scene's
+    if (!_store->failure().isEmpty())
+        end();
+}
+
+void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
+{
+    takeScene(origin);
+    Q_EMIT replaced();
+}
+
+/// Where the process dies between the two, that file is there and the one before isn't.
+void kxJournal::sceneToReplaceFile(const kxSceneOrigin& origin)
+{
+    _store->begin();
+    _store->setNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
+    if (!_store->commit())
+        end();
+}
+
+void kxJournal::sceneSaved(const kxSceneOrigin& origin)
+{
+    auto next = std::make_unique<kxJournalBase>(origin);
+    if (!next->isValid() || _isPending) // the file before it knows what was
+        return;
+    _store->begin();
+    keepBaseRecords(*next);
+    for (const UInt32 id : _store->latestIds())
+        if (next->has(id))
+            _store->dropLatest(id);
+    for (const UInt32 id : origin.incomplete)
+        _store->setLatest(id, recordOf(id));
+    _store->setNote(kxJournalNote::Base, kxJournalNote::toBytes(origin));
+    _store->setNote(kxJournalNote::Candidate, QByteArray());
+    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
+    if (!_store->commit())
+        return end();
+    _base = std::move(next);
+    _sceneSize = sceneSize();
+}
+
+/// Of what left the scene the file that was saved says nothing.
+void kxJournal::keepBaseRecords(const kxJournalBase& next)
+{
+    if (_base == nullptr)
+        return;
+    for (const UInt32 id : _store->changedIds())
+        if (!next.has(id) && _base->has(id) && _store->latest(id).isEmpty())
+            _store->setLatest(id, _base->record(id));
+}
