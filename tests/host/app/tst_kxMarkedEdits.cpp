@@ -71,6 +71,13 @@ private:
     void objects()
     {
         const kxSceneEdits::Nodes nodes = some();
+        if (nodes.empty()) // a walk may have deleted all
+            kxSceneEdits::addNode(kxSceneEdits::makeNode(Transform::create(), text()), NodePtr(), "Add");
+        else
+            objects(nodes);
+    }
+    void objects(const kxSceneEdits::Nodes& nodes)
+    {
         switch (below(6))
         {
         case 0:
