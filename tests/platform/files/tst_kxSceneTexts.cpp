@@ -19,6 +19,7 @@
 #include <random>
 
 #include <kxAnimFixture.h>
+#include <kxSeed.h>
 #include <kxTable.h>
 
 using namespace osg;
@@ -137,7 +138,7 @@ private Q_SLOTS:
 
     void aWalkThroughTheEdits()
     {
-        const unsigned seed = std::random_device()();
+        const unsigned seed = kxSeed();
         qDebug("seed %u", seed);
         std::mt19937 random(seed);
         for (const FieldContainerPtr& used :

@@ -15,6 +15,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <kxSeed.h>
 #include <kxTable.h>
 #include <set>
 #include <sys/resource.h>
@@ -148,7 +149,7 @@ private Q_SLOTS:
     void nothingCommittedIsLost()
     {
         const int kills = qEnvironmentVariableIsSet("KX_KILLS") ? qEnvironmentVariableIntValue("KX_KILLS") : 20;
-        const unsigned first = unsigned(std::random_device()());
+        const unsigned first = kxSeed();
         std::mt19937 chance(first);
         int inFlight = 0, states = 0;
         for (int i = 0; i < kills; ++i)
@@ -269,7 +270,7 @@ private Q_SLOTS:
         QFETCH(const bool, isOfFile);
         QFETCH(const bool, isCut);
         const QTemporaryDir folder, damaged;
-        const unsigned seed = unsigned(std::random_device()());
+        const unsigned seed = kxSeed();
         kxRandomEdits random(seed);
         std::set<QByteArray> states = begin(folder.path(), isOfFile);
         for (int i = 0; i < 25; ++i)
