@@ -4,6 +4,8 @@
 #include <journal/kxHistoryNotice.h>
 #include <journal/kxJournal.h>
 #include <kernel/kxSelectCommand.h>
+#include <kxController.h>
+#include <kxMessageNames.h>
 #include <kxUndo.h>
 #include <scene/kxScene.h>
 #include <undo/kxUndoGesture.h>
@@ -128,6 +130,7 @@ void kxHistory::flush()
         return;
     if (isCollecting())
         return commitRun();
+    kxSend(kxMessageName::EndGlides);
     commit();
     _open = _isGliding = false;
     _isSettling = false; // nothing waits for the call that comes

@@ -95,6 +95,7 @@ kxAnimClipScene::kxAnimClipScene(QObject* parent)
     theScene = this;
     for (const char* const message : {kxMessageName::Undo, kxMessageName::Redo, kxMessageName::ChangedFPS})
         _callbacks.add(message, followAtOnce);
+    _callbacks.add(kxMessageName::EndGlides, endReturns);
 }
 
 kxAnimClipScene::~kxAnimClipScene()
@@ -182,6 +183,13 @@ void kxAnimClipScene::followAtOnce(kxMessage&)
 {
     if (theScene != nullptr)
         theScene->followClip();
+}
+
+void kxAnimClipScene::endReturns(kxMessage&)
+{
+    if (theScene != nullptr)
+        for (kxAnimAbstractClipItem* bar : qAsConst(theScene->_bars))
+            bar->endReturn();
 }
 
 void kxAnimClipScene::followChanges()

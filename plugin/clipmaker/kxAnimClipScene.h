@@ -171,6 +171,7 @@ private:
 
     Selection selection() const;
     static void followAtOnce(kxMessage& message);
+    static void endReturns(kxMessage& message);
     /// The bars of a clip that has died go.
     void followClip();
     /// Makes the bars anew that don't show what their nodes are; adds and removes those whose nodes came and went.

@@ -5,17 +5,24 @@
 #include <app/kxCommandLine.h>
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
+#include <journal/kxVersions.h>
 #include <kernel/kxHostHooks.h>
 #include <kxSendMouse.h>
+#include <plugin/wizard/kxPictureView.h>
 #include <python/kxInterpreter.h>
 
+#include <QAbstractButton>
 #include <QAbstractSpinBox>
+#include <QDropEvent>
 #include <QGraphicsItem>
 #include <QGraphicsView>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMimeData>
 #include <QRandomGenerator>
 #include <QTreeWidget>
+#include <QWizard>
 
 using namespace kxSceneFixture;
 
@@ -110,8 +117,9 @@ bool barsRest(const QGraphicsScene* scene)
                         [](const QGraphicsItem* item) { return isBar(item) && item->zValue() == -9; });
 }
 
-/// A bar of the shown clip by the middle of its node, in pixels of the view; the drag goes by whole frames.
-bool dragBar(Chance& chance, double grip, int frames, int which = -1)
+/// A bar of the shown clip by the middle of its node, in pixels of the view; the drag goes by whole frames. One that
+/// was dropped on another still glides back then.
+bool dropBar(Chance& chance, double grip, int frames, int which = -1)
 {
     auto* const view = widget<QGraphicsView>("_clipView");
     QTreeWidgetItem* const clip = choose("_clips", chance, 0);
@@ -136,8 +144,13 @@ bool dragBar(Chance& chance, double grip, int frames, int which = -1)
         QCoreApplication::processEvents(); // a drag lasts many turns
     }
     kxRelease(port, view->mapFromScene(from + QPointF(frames, 0)));
-    // One that was dropped on another glides back.
-    return QTest::qWaitFor([view] { return barsRest(view->scene()); });
+    return true;
+}
+
+bool dragBar(Chance& chance, double grip, int frames)
+{
+    const QGraphicsScene* const scene = widget<QGraphicsView>("_clipView")->scene();
+    return dropBar(chance, grip, frames) && QTest::qWaitFor([scene] { return barsRest(scene); });
 }
 
 /// In a field of the clip maker.
@@ -161,6 +174,8 @@ struct Edit
     const char* name;
     /// False where there is nothing to edit.
     std::function<bool(Chance&)> run;
+    /// Makes that there is.
+    std::function<bool(Chance&)> prepare = [](Chance&) { return true; };
 };
 
 bool onRow(const char* tree, Chance& chance, const char* slot, int depth = -1)
@@ -209,6 +224,76 @@ std::function<bool(Chance&)> line(const char* text)
     };
 }
 
+/// An object at two places; the wizard is left open on its second page.
+bool capture(Chance& chance)
+{
+    const std::vector<osg::NodePtr> all = objects();
+    auto* const wizard = widget<QWizard>("kxAnimWizardUI");
+    if (all.empty())
+        return false;
+    kxSelection::the().selectNodes({all[std::size_t(chance.below(int(all.size())))]});
+    invoke(wizard, "showWizard");
+    wizard->next();
+    for (const char* const button : {"_captureStart", "_captureEnd"})
+    {
+        line("for node in selectedNodes(): setChannelValue(node, 'translation.Y', 1.0 + n)")(chance);
+        turns();
+        wizard->findChild<QAbstractButton*>(QString::fromLatin1(button))->click();
+    }
+    if (chance.below(2) > 0)
+        wizard->findChild<QAbstractButton*>(QStringLiteral("_preview"))->click();
+    return true;
+}
+
+bool leaveWizard(QWizard::WizardButton button)
+{
+    auto* const wizard = widget<QWizard>("kxAnimWizardUI");
+    if (!wizard->isVisible() || !wizard->button(button)->isVisible())
+        return false;
+    wizard->button(button)->click();
+    return true;
+}
+
+/// A row of the library, into the shown clip or onto a row of the clips.
+bool drop(Chance& chance, bool onTimeline)
+{
+    QTreeWidgetItem* const clip = choose("_clips", chance, 0);
+    if (clip == nullptr || choose("_library", chance, 1) == nullptr)
+        return false;
+    const auto* const library = widget<QTreeWidget>("_library");
+    const std::unique_ptr<QMimeData> mime(library->model()->mimeData(library->selectionModel()->selectedRows()));
+    auto* const clips = widget<QTreeWidget>("_clips");
+    if (!onTimeline)
+        return clips->model()->dropMimeData(mime.get(), Qt::CopyAction, -1, -1, clips->currentIndex());
+    auto* const view = widget<QGraphicsView>("_clipView");
+    const QPoint place(60 + chance.below(300), 30 + chance.below(view->viewport()->height() - 30));
+    QDragEnterEvent enter(place, Qt::CopyAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(view->viewport(), &enter);
+    QDragMoveEvent move(place, Qt::CopyAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(view->viewport(), &move);
+    QDragLeaveEvent leave;
+    QDropEvent drop(place, Qt::CopyAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(view->viewport(), move.isAccepted() ? static_cast<QEvent*>(&drop) : &leave);
+    return move.isAccepted();
+}
+
+/// By the menu of the curve editor, which acts on the chosen blocks.
+bool chooseInfinity(Chance& chance, const char* side)
+{
+    if (choose("_library", chance, 1) == nullptr)
+        return false;
+    for (const QMenu* const menu : kxHostHooks::the().mainWindow()->findChildren<QMenu*>())
+        if (menu->title() == QLatin1String(side) && menu->actions().at(1)->text() == QLatin1String("Loop"))
+            return menu->actions().at(1 + chance.below(4))->trigger(), true;
+    return false;
+}
+
+bool keepVersion(Chance&)
+{
+    QString reason;
+    return kxVersions::the().keep(QStringLiteral("Kept"), reason) != 0;
+}
+
 std::vector<Edit> editsOfAll()
 {
     const auto clips = [](const char* slot, int depth)
@@ -247,7 +332,7 @@ std::vector<Edit> editsOfAll()
         {"move a bar", [](Chance& chance) { return dragBar(chance, 0.5, 100 + chance.below(99)); }},
         {"stretch a bar", [](Chance& chance) { return dragBar(chance, 0.99, 5 + chance.below(9)); }},
         {"lock bars", bars("lockItems")},
-        {"unlock bars", bars("unlockItems")},
+        {"unlock bars", bars("unlockItems"), bars("lockItems")},
         {"typed start", field("_start", 20, 90)},
         {"typed length", field("_duration", 20, 90)},
         {"typed cycles", field("_postCycles", 1, 5)},
@@ -279,6 +364,21 @@ std::vector<Edit> editsOfAll()
         {"a camera track", line("addCameraTrack([addViewpoint(), addViewpoint()], 1 + n % 3, 'Way')")},
         {"the steps of a sequence",
          line("if sequences(): setSequenceSteps(pick(sequences(), n), [('wait', 2.0 + n), ('wait', 1.0)])")},
+        {"pre infinity mode by the menu", [](Chance& chance) { return chooseInfinity(chance, "Pre Infinity Mode"); }},
+        {"post infinity mode by the menu", [](Chance& chance) { return chooseInfinity(chance, "Post Infinity Mode"); }},
+        {"a drop on the timeline", [](Chance& chance) { return drop(chance, true); }},
+        {"a drop on a clip", [](Chance& chance) { return drop(chance, false); }},
+        {"the wizard's Finish", [](Chance&) { return leaveWizard(QWizard::FinishButton); }, capture},
+        {"keying all", line("sendMessage('keyAll')")},
+        {"a version",
+         [](Chance& chance)
+         {
+             const std::vector<kxVersion> all = kxVersions::the().store().list();
+             kxFileReport report{QString()};
+             return !all.empty() &&
+                    kxVersions::the().goTo(all[std::size_t(chance.below(int(all.size())))].number, report);
+         },
+         [](Chance& chance) { return keepVersion(chance) && (kxAnimManager::the()->setFPS(77), true); }},
         {"infinity modes",
          line("setInfinity(findNode('Rest'), 'rotation.Y', pick(('linear', 'oscillate'), n), 'loop')")},
         {"a key", line("setKey(findNode('Rest'), 'translation.X', 0.25 + n % 7, float(n))")},
@@ -330,6 +430,25 @@ std::vector<Edit> editsOfAll()
     };
 }
 
+/// What changes nothing that a file holds, or not by one entry.
+std::vector<Edit> others()
+{
+    return {
+        {"a capture of the wizard", capture},
+        {"the wizard's Cancel", [](Chance&) { return leaveWizard(QWizard::CancelButton); }},
+        {"a bar that is dropped anywhere",
+         [](Chance& chance) { return dropBar(chance, 0.5, chance.below(200) - 100); }},
+        {"keep a version", keepVersion},
+        {"save",
+         [](Chance&)
+         {
+             static const QTemporaryDir folder;
+             return kxInterpreter::run("saveScene('" + folder.filePath(QStringLiteral("a.kxs")).toStdString() + "')")
+                 .ok;
+         }},
+    };
+}
+
 /// What the panels show.
 QStringList shown()
 {
@@ -351,6 +470,14 @@ private Q_SLOTS:
         _line.headless = true;
         kxApplication::prepare(_line);
         _application.reset(new kxApplication(_line));
+        _picture.reset(new kxPictureView);
+        connect(&_dialogs, &QTimer::timeout, this,
+                [this]
+                {
+                    if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+                        dialog->done(_answer());
+                });
+        _dialogs.start(0);
         kxHostHooks::the().mainWindow()->show();
         for (const char* const dock : {"Curves", "Clips"})
             kxHostHooks::the().dockWindowManager()->show(QString::fromLatin1(dock));
@@ -359,6 +486,7 @@ private Q_SLOTS:
 
     void init()
     {
+        _answer = [] { return QDialog::Accepted; };
         QVERIFY(kxInterpreter::run(Scene).ok);
         turns();
         kxSelection::the().selectNodes({objects().at(0)});
@@ -379,8 +507,7 @@ private Q_SLOTS:
         QFETCH(int, edit);
         Chance chance{QRandomGenerator(7)};
         kxHistory& history = kxHistory::the();
-        if (QByteArray(QTest::currentDataTag()) == "unlock bars")
-            editsOfAll()[std::size_t(edit) - 1].run(chance);
+        QVERIFY(editsOfAll()[std::size_t(edit)].prepare(chance));
         turns();
         history.flush();
         const int count = history.index();
@@ -410,17 +537,34 @@ private Q_SLOTS:
         }
     }
 
-    /// It glides back to where it was: nothing has happened.
+    /// It glides back to where it was: nothing has happened, and what goes back meanwhile isn't written over.
     void aBarDroppedOnAnother()
     {
+        const QGraphicsScene* const clips = widget<QGraphicsView>("_clipView")->scene();
         Chance chance{QRandomGenerator(7)};
         kxHistory& history = kxHistory::the();
         history.flush();
         const QByteArray before = bytes();
-        QVERIFY(dragBar(chance, 0.5, -30, 1)); // the second bar onto the first
+        kxAnimManager::the()->setFPS(47);
         turns();
-        QVERIFY(bytes() == before);
-        QVERIFY2(history.entry(history.count() - 1).isSelection, qPrintable(history.entry(history.count() - 1).text()));
+        const QByteArray after = bytes();
+        for (const bool waits : {true, false})
+        {
+            QVERIFY(dropBar(chance, 0.5, -30, 1)); // the second bar onto the first
+            turns();
+            QVERIFY(!barsRest(clips));
+            QTRY_VERIFY(!waits || barsRest(clips));
+            QVERIFY(history.undo());
+            while (bytes() == after && history.undo()) // the clip was selected as well
+                turns();
+            QTRY_VERIFY(barsRest(clips));
+            turns();
+            QVERIFY(bytes() == before);
+            QVERIFY(history.canRedo());
+            history.setIndex(history.count());
+            turns();
+            QVERIFY(bytes() == after);
+        }
     }
 
     void randomWalk()
@@ -434,7 +578,10 @@ private Q_SLOTS:
         history.flush();
         history.clear();
         std::map<int, QByteArray> states{{0, bytes()}};
-        const std::vector<Edit> all = editsOfAll();
+        std::vector<Edit> all = editsOfAll();
+        for (const Edit& edit : others())
+            all.push_back(edit);
+        _answer = [&chance] { return chance.below(3) > 0 ? QDialog::Accepted : QDialog::Rejected; };
         for (int i = 0; i < steps; ++i)
         {
             const Edit& edit = all[std::size_t(chance.below(int(all.size())))];
@@ -448,7 +595,7 @@ private Q_SLOTS:
                     forward ? history.redo() : history.undo();
                     turns();
                     QVERIFY2(history.index() == aim && history.count() == count,
-                             qPrintable(history.entry(history.count() - 1).text()));
+                             qPrintable(edit.name + (": " + history.entry(history.count() - 1).text())));
                 }
             states.erase(states.upper_bound(history.index()), states.end());
             const QByteArray now = bytes();
@@ -474,6 +621,9 @@ private Q_SLOTS:
 private:
     kxCommandLine _line;
     QScopedPointer<kxApplication> _application;
+    QScopedPointer<kxPictureView> _picture;
+    QTimer _dialogs; // that ask are answered
+    std::function<QDialog::DialogCode()> _answer;
 };
 
 QTEST_MAIN(tst_kxHistory)
