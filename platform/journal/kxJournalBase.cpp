@@ -15,7 +15,8 @@ using namespace osg;
 
 kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)), _file(_origin.path)
 {
-    if (_origin.isEmpty() || !_file.open(QIODevice::ReadOnly) || _file.read(kxEnvelope::HeadSize) != _origin.head)
+    if (_origin.isEmpty() || !_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
+        _file.read(kxEnvelope::HeadSize) != _origin.head)
         return;
     const QByteArray start = read(0, _origin.containers.front().offset);
     kxFileReport report;

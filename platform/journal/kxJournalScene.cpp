@@ -27,21 +27,24 @@ std::vector<UInt32> kxJournal::takeOwners()
 {
     _owners.assign(FieldContainerFactory::the()->getFieldContainerStore().size(), 0);
     std::vector<UInt32> found;
-    const auto own = [&](UInt32 id)
+    std::vector<FieldContainerPtr> open, owned;
+    const auto own = [&](const FieldContainerPtr& container)
     {
-        if (_owners[id]++ == 0)
-            found.push_back(id);
+        const UInt32 id = container.getFieldContainerId();
+        if (container == NullFC || _owners[id]++ > 0)
+            return;
+        found.push_back(id);
+        open.push_back(container);
     };
     for (const UInt32 id : kxContainerRecord::owned(_sceneRecord))
-        own(id);
-    std::vector<FieldContainerPtr> owned;
-    for (std::size_t i = 0; i < found.size(); ++i)
+        own(living<FieldContainer>(id));
+    while (!open.empty()) // what was met last is still near
     {
+        const FieldContainerPtr container = open.back();
+        open.pop_back();
         owned.clear();
-        kxContainerForm::ownedBy(living<FieldContainer>(found[i]), owned);
-        for (const FieldContainerPtr& each : owned)
-            if (each != NullFC)
-                own(each->getId());
+        kxContainerForm::ownedBy(container, owned);
+        std::for_each(owned.begin(), owned.end(), own);
     }
     return found;
 }
