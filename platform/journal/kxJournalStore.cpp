@@ -120,8 +120,8 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
     execute("PRAGMA page_size=16384"); // a record may be long
     execute("PRAGMA auto_vacuum=INCREMENTAL");
     execute("PRAGMA journal_mode=WAL");
-    execute("PRAGMA journal_size_limit=8388608"); // of the log when it starts anew
-    execute("PRAGMA synchronous=NORMAL");         // what was committed outlives the process, though not a power cut
+    execute("PRAGMA journal_size_limit=33554432"); // of the log when it starts anew; cutting it off waits for the disk
+    execute("PRAGMA synchronous=NORMAL");          // what was committed outlives the process, though not a power cut
     execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, value BLOB)");
