@@ -131,18 +131,24 @@ void kxMainMenus::fillEditMenu()
     QAction* const redo =
         add(menu, tr("&Redo"), QStringLiteral("Redo"), QKeySequence(), [] { kxHistory::the().redo(); });
     redo->setShortcuts({QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
-    const auto follow = [undo, redo]
+    const auto name = [undo, redo]
     {
         const kxHistory& history = kxHistory::the();
         const auto text = [](const QString& form, QString act)
         { return form.arg(act.replace(QLatin1Char('&'), QLatin1String("&&"))).trimmed(); };
-        undo->setEnabled(history.canUndo());
         undo->setText(text(tr("&Undo %1"), history.undoText()));
-        redo->setEnabled(history.canRedo());
         redo->setText(text(tr("&Redo %1"), history.redoText()));
     };
-    connect(&kxHistory::the(), &kxHistory::changed, this, follow);
-    follow();
+    const auto enable = [undo, redo]
+    {
+        undo->setEnabled(kxHistory::the().canUndo());
+        redo->setEnabled(kxHistory::the().canRedo());
+    };
+    connect(&kxHistory::the(), &kxHistory::changed, this, enable);
+    connect(&kxHistory::the(), &kxHistory::rested, this, name);
+    connect(menu, &QMenu::aboutToShow, this, name);
+    enable();
+    name();
     _quickActions << undo << redo;
     menu->addSeparator();
     menu->addActions({_selectAll, _duplicate, _delete});

@@ -57,7 +57,7 @@ kxSession::~kxSession()
 void kxSession::follow(const kxDocument& document)
 {
     _document = &document;
-    connect(&kxHistory::the(), &kxHistory::changed, this, &kxSession::describe);
+    connect(&kxHistory::the(), &kxHistory::rested, this, &kxSession::describe);
     connect(&document, &kxDocument::changed, this, &kxSession::describe);
     connect(&document, &kxDocument::opened, this, [this] { startAnew(true); });
     connect(&document, &kxDocument::saved, this, [this] { startAnew(false); });

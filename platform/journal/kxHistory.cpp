@@ -22,6 +22,7 @@ namespace
 {
 constexpr std::size_t MostEntries = 10000; ///< the oldest go
 constexpr qint64 GlideTime = 700;          ///< milliseconds after a drag
+constexpr int RestTime = 100;              ///< milliseconds without a change
 
 quint64 numberOf(const QUndoCommand* command)
 {
@@ -54,6 +55,10 @@ kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
     connect(&kxJournal::the(), &kxJournal::toBeSaved, this, &kxHistory::flush);
     connect(&kxJournal::the(), &kxJournal::dropped, this, &kxHistory::drop, Qt::QueuedConnection); // not under a walk
     connect(kxScene::the(), &kxScene::settingsChanged, this, &kxHistory::settleLater);
+    _rest.setSingleShot(true);
+    _rest.setInterval(RestTime);
+    connect(&_rest, &QTimer::timeout, this, &kxHistory::rest);
+    connect(this, &kxHistory::changed, &_rest, QOverload<>::of(&QTimer::start));
     for (int i = 0; i < _stack->count(); ++i) // what was done before anybody asked
         append(
             Entry{_stack->text(i), QString(), QDateTime::currentDateTime(), false, 0, {numberOf(_stack->command(i))}});
@@ -149,7 +154,7 @@ void kxHistory::commit()
             return;
         last.record = record;
         last.state = ++_states;
-        if (!describe(last)) // all is as it was before
+        if (!takeIn(last)) // all is as it was before
             _entries.pop_back();
         _index = _entries.size();
         _open = _open && !_entries.empty() && _entries.back().record == record;
@@ -161,7 +166,7 @@ void kxHistory::commit()
             return;
         dropUndone();
         append(Entry{QString(), QString(), QDateTime::currentDateTime(), false, record, {}});
-        describe(_entries.back());
+        takeIn(_entries.back());
         _open = !dropPassing();
     }
     _written.start();
@@ -190,9 +195,9 @@ bool kxHistory::dropPassing()
     Entry &first = _entries[_entries.size() - 2], &second = _entries.back();
     if (!first.steps.empty() || first.record == 0 || first.run != second.run)
         return false;
-    const std::vector<kxJournal::Change> went = kxJournal::the().changes(second.record);
-    if (std::none_of(went.begin(), went.end(), [](const kxJournal::Change& change) { return change.after.isEmpty(); }))
+    if (!kxJournal::the().takesOut(second.record))
         return false;
+    const std::vector<kxJournal::Change> went = kxJournal::the().changes(second.record);
     const std::vector<kxJournal::Change> came = kxJournal::the().changes(first.record);
     if (!std::equal(came.begin(), came.end(), went.begin(), went.end(),
                     [](const kxJournal::Change& a, const kxJournal::Change& b)
@@ -222,25 +227,48 @@ void kxHistory::refresh(Entry& entry)
     entry.state = ++_states;
 }
 
-bool kxHistory::describe(Entry& entry)
+bool kxHistory::takeIn(Entry& entry)
 {
-    std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
-    changes.erase(std::remove_if(changes.begin(), changes.end(),
-                                 [](const kxJournal::Change& change) { return change.before == change.after; }),
-                  changes.end());
-    if (changes.empty() && entry.steps.empty())
+    if (entry.steps.empty() && !kxJournal::the().differs(entry.record))
     {
         forget(entry);
         return false;
     }
     entry.isSelection = false;
-    if (entry.steps.empty() && entry.run == 0)
+    entry.isUntold = true;
+    return true;
+}
+
+void kxHistory::tell(const Entry& entry)
+{
+    if (!std::exchange(entry.isUntold, false))
+        return;
+    std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
+    changes.erase(std::remove_if(changes.begin(), changes.end(),
+                                 [](const kxJournal::Change& change) { return change.before == change.after; }),
+                  changes.end());
+    if (entry.steps.empty() && !entry.isScript)
         entry.act = kxChangeText::act(changes);
     else
         entry.detail = kxChangeText::detail(changes);
-    if (entry.run != 0 && entry.detail.isEmpty())
+    if (entry.isScript && entry.detail.isEmpty())
         entry.detail = kxChangeText::act(changes); // a script's name doesn't say what it did
-    return true;
+}
+
+const kxHistory::Entry& kxHistory::entry(int index) const
+{
+    const Entry& entry = _entries[std::size_t(index)];
+    tell(entry);
+    return entry;
+}
+
+/// Before much else is changed: words name what is found in the scene.
+void kxHistory::rest()
+{
+    if (_isWalking)
+        return;
+    std::for_each(_entries.begin(), _entries.end(), tell);
+    Q_EMIT rested();
 }
 
 void kxHistory::forget(Entry& entry)
@@ -300,12 +328,12 @@ QString kxHistory::undoText() const
 {
     if (isCollecting() && !_runs.back().steps.empty())
         return _stack->undoText();
-    return _index == 0 ? QString() : _entries[_index - 1].act;
+    return _index == 0 ? QString() : entry(int(_index) - 1).act;
 }
 
 QString kxHistory::redoText() const
 {
-    return canRedo() ? _entries[_index].act : QString();
+    return canRedo() ? entry(int(_index)).act : QString();
 }
 
 bool kxHistory::undo()
@@ -346,7 +374,7 @@ void kxHistory::setIndex(int index)
 void kxHistory::walk(bool forward)
 {
     const std::size_t at = forward ? _index : _index - 1;
-    const Entry entry = _entries[at];
+    const Entry entry = this->entry(int(at));
     {
         const QScopedValueRollback<bool> walking(_isWalking, true);
         kxHistoryNotice notice;
@@ -417,6 +445,7 @@ void kxHistory::followStack()
         entry.isDone = entry.steps.empty() ? i < _index : entry.steps.back() <= top;
         if (entry.isDone == (i < _index))
             continue;
+        tell(entry);
         forget(entry);
         moved = &entry;
         ++count;
@@ -482,12 +511,13 @@ void kxHistory::commitRun()
         dropUndone(); // steps alone may be what undo() within the script has left
     Entry entry{run.act, QString(), QDateTime::currentDateTime(), false, record, std::exchange(run.steps, {})};
     entry.run = run.number;
+    entry.isScript = true;
     entry.state = ++_states;
     entry.isSelection = !entry.steps.empty();
     for (int i = 0; i < int(entry.steps.size()); ++i)
         entry.isSelection = entry.isSelection && isSelection(_stack->command(_stack->index() - 1 - i));
     if (record != 0)
-        describe(entry);
+        takeIn(entry);
     closeTop();
     _entries.insert(_entries.begin() + std::ptrdiff_t(_index), std::move(entry));
     ++_index;
@@ -514,7 +544,7 @@ void kxHistory::endRun()
             whole.state = part.state;
         }
         if (whole.record != 0)
-            describe(whole);
+            takeIn(whole);
         _entries.erase(_entries.begin() + std::ptrdiff_t(first) + 1, _entries.begin() + std::ptrdiff_t(_index));
         _index = first + 1;
     }

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <vector>
 
@@ -25,8 +26,8 @@ public:
 
     struct Entry
     {
-        QString act;    ///< in the user's words
-        QString detail; ///< which object, channel and frame, where the act doesn't say it; may be empty
+        mutable QString act;    ///< in the user's words
+        mutable QString detail; ///< which object, channel and frame, where the act doesn't say it; may be empty
         QDateTime time;
         bool isSelection = false; ///< nothing that a file holds
         quint64 record = 0;       ///< of the journal; 0 where nothing was written
@@ -34,12 +35,15 @@ public:
         quint64 run = 0;   ///< of a script that hasn't ended; else 0
         quint64 state = 0; ///< what stands when it is done, a number for each
         bool isDone = true;
+        bool isScript = false;
+        mutable bool isUntold = false; ///< the words aren't made yet of what was changed
 
         QString text() const { return detail.isEmpty() ? act : act + QStringLiteral(": ") + detail; }
     };
 
     int count() const { return int(_entries.size()); }
-    const Entry& entry(int index) const { return _entries[std::size_t(index)]; }
+    /// With its words, which take longer than a change may: they are made when somebody asks, or at rest.
+    const Entry& entry(int index) const;
     /// Entries that are done; those behind them are taken back.
     int index() const { return int(_index); }
     /// How often undo() finds something: the entries that are done, and the steps of a script that runs.
@@ -99,6 +103,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// Some time after it changed last; all entries have their words.
+    void rested();
 
 private:
     /// A script that runs.
@@ -125,8 +131,10 @@ private:
     bool dropPassing();
     void closeTop();
     void refresh(Entry& entry);
-    /// False where it did nothing, and is forgotten.
-    static bool describe(Entry& entry);
+    /// Of the newest entry, after something was committed to it. False where it did nothing, and is forgotten.
+    static bool takeIn(Entry& entry);
+    static void tell(const Entry& entry);
+    void rest();
     static void forget(Entry& entry);
     void drop(quint64 record);
     void dropUndone();
@@ -150,4 +158,5 @@ private:
     bool _isWalking = false;
     bool _hasPushed = false;  // a step came during a walk
     bool _isSettling = false; // a call of settle() waits
+    QTimer _rest;
 };

@@ -515,6 +515,26 @@ void kxJournal::forget(quint64 number)
     _takenBack.erase(number);
 }
 
+bool kxJournal::differs(quint64 number) const
+{
+    const std::vector<kxJournalStore::Row> rows = rowsOf(number);
+    return std::any_of(rows.begin(), rows.end(),
+                       [this](const kxJournalStore::Row& row)
+                       { return row.isPresent != isInScene(row.id) || (row.isPresent && !row.record.isEmpty()); });
+}
+
+bool kxJournal::takesOut(quint64 number) const
+{
+    const std::vector<kxJournalStore::Row> rows = rowsOf(number);
+    return std::any_of(rows.begin(), rows.end(),
+                       [this](const kxJournalStore::Row& row) { return row.isPresent && !isInScene(row.id); });
+}
+
+std::vector<kxJournalStore::Row> kxJournal::rowsOf(quint64 number) const
+{
+    return isRunning() ? _store->rows(std::uint32_t(number)) : std::vector<kxJournalStore::Row>();
+}
+
 std::vector<kxJournal::Change> kxJournal::changes(quint64 number) const
 {
     std::vector<Change> changes;
@@ -536,7 +556,7 @@ std::vector<kxJournal::Change> kxJournal::changes(quint64 number) const
 kxJournal::State kxJournal::beside(quint64 number, UInt32 id) const
 {
     State state;
-    state.isPresent = id == kxSceneRecord::Id || isPresent(id);
+    state.isPresent = isInScene(id);
     state.after = record(id);
     // From the present to the entry: each that lies between has its own other side on the way.
     const bool isDone = _takenBack.count(number) == 0;

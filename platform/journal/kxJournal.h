@@ -59,6 +59,9 @@ public:
         osg::UInt32 id;           ///< 0: what belongs to the scene itself, see kxSceneRecord
         QByteArray before, after; ///< see kxContainerRecord; empty where the container wasn't in the scene
     };
+    /// The newest entry did something; it took something out of the scene. Quicker than changes().
+    bool differs(quint64 number) const;
+    bool takesOut(quint64 number) const;
     /// What an entry did, or will do where it was taken back.
     std::vector<Change> changes(quint64 number) const;
     /// The record of a container as of the last commit, whether it is in the scene or was; empty for none.
@@ -114,6 +117,8 @@ private:
     std::vector<osg::UInt32> takeOwners();
     void keepBaseRecords(const kxJournalBase& next);
     bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
+    bool isInScene(osg::UInt32 id) const { return id == 0 || isPresent(id); } // 0: what belongs to the scene itself
+    std::vector<kxJournalStore::Row> rowsOf(quint64 number) const;
     States compare(const std::vector<osg::UInt32>& also);
     void write(quint64 entry, const States& states);
     /// The state of a container on this side of an entry.
