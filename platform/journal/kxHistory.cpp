@@ -49,6 +49,12 @@ kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
 {
     kxUndoRecorder::the().setWatcher([this] { stepPushed(); });
     connect(_stack, &QUndoStack::indexChanged, this, &kxHistory::stackMoved);
+    connect(&kxUndoGesture::the(), &kxUndoGesture::began, this,
+            [this]
+            {
+                if (_isGliding && !isCollecting())
+                    flush(); // the drag before has ended for good
+            });
     connect(&kxUndoGesture::the(), &kxUndoGesture::released, this, &kxHistory::settleLater);
     connect(&kxJournal::the(), &kxJournal::pending, this, &kxHistory::settleLater);
     connect(&kxJournal::the(), &kxJournal::replaced, this, &kxHistory::clear);

@@ -60,6 +60,12 @@ void kxUndoGesture::setHeld(Qt::MouseButtons held)
         Q_EMIT released();
 }
 
+void kxUndoGesture::begin()
+{
+    moveOn();
+    Q_EMIT began();
+}
+
 bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
 {
     switch (event->type())
@@ -70,7 +76,7 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
         // begins when the press comes to the widget.
         setHeld(static_cast<QMouseEvent*>(event)->buttons());
         if (_held == static_cast<QMouseEvent*>(event)->button())
-            moveOn();
+            begin();
         break;
     case QEvent::MouseButtonRelease:
         setHeld(static_cast<QMouseEvent*>(event)->buttons());
@@ -87,7 +93,7 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
         break;
     case QEvent::KeyPress:
         if (!isModifier(static_cast<QKeyEvent*>(event)->key()))
-            moveOn();
+            begin();
         _hasMoved = _hasMoved && isHeld();
         break;
     default:

@@ -35,11 +35,14 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
+    /// A first button or a key goes down; what that does is still to come.
+    void began();
     /// The last mouse button was let go; what that does is still to come.
     void released();
 
 private:
     kxUndoGesture() = default;
+    void begin();
     void setHeld(Qt::MouseButtons held);
 
     std::uint64_t _number = 1;

@@ -538,6 +538,24 @@ private Q_SLOTS:
                  qPrintable(added.join('|')));
     }
 
+    /// Those of one drag, though something of it could still glide when the next begins.
+    void twoDragsInARow()
+    {
+        Chance chance{QRandomGenerator(7)};
+        QVERIFY(dropBar(chance, 0.5, 100, 1));
+        turns();
+        const QByteArray once = bytes();
+        auto* const view = widget<QGraphicsView>("_clipView");
+        const QPoint ruler(view->viewport()->width() / 2, 5);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, ruler);
+        kxAnimManager::the()->setFPS(47);
+        turns();
+        QVERIFY(bytes() != once);
+        QVERIFY(kxHistory::the().undo());
+        turns();
+        QVERIFY(bytes() == once);
+    }
+
     /// It glides back to where it was: nothing has happened, and what goes back meanwhile isn't written over.
     void aBarDroppedOnAnother()
     {
@@ -585,9 +603,14 @@ private Q_SLOTS:
         _answer = [&chance] { return chance.below(3) > 0 ? QDialog::Accepted : QDialog::Rejected; };
         for (int i = 0; i < steps; ++i)
         {
+            const int before = history.index();
             const Edit& edit = all[std::size_t(chance.below(int(all.size())))];
             edit.run(chance);
             turns();
+            states.erase(states.upper_bound(std::min(before, history.index())), states.end());
+            if (chance.below(3) == 0)
+                continue; // the next comes while a bar still glides
+            history.flush();
             // What the tools do after a walk is no change: nothing comes, and the way back stays.
             for (const bool forward : {false, true})
                 while (chance.below(4) == 0 && (forward ? history.canRedo() : history.canUndo()))
@@ -598,7 +621,6 @@ private Q_SLOTS:
                     QVERIFY2(history.index() == aim && history.count() == count,
                              qPrintable(edit.name + (": " + history.entry(history.count() - 1).text())));
                 }
-            states.erase(states.upper_bound(history.index()), states.end());
             const QByteArray now = bytes();
             const auto known = states.find(history.index());
             QVERIFY2(known == states.end() || known->second == now || history.index() == history.count(), edit.name);
@@ -606,7 +628,9 @@ private Q_SLOTS:
             QVERIFY2(kxJournal::the().unmarked().empty(), edit.name);
         }
         history.setIndex(history.count());
+        states.erase(states.upper_bound(history.count()), states.end());
         const QByteArray end = bytes();
+        states[history.count()] = end;
         for (int round = 0; round < 2; ++round)
         {
             for (auto state = states.rbegin(); state != states.rend(); ++state)
