@@ -3,11 +3,14 @@
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
 #include <journal/kxRecovery.h>
+#include <kxAnimManager.h>
 #include <kxBenchMain.h>
 #include <kxBenchScene.h>
 
 #include <QTemporaryDir>
 
+#include <optional>
+#include <string>
 #include <thread>
 
 namespace
@@ -77,6 +80,42 @@ void movedKeys(benchmark::State& state)
             });
 }
 
+/// The end of a script's run, which moved all blocks of a clip.
+void script(benchmark::State& state)
+{
+    const osg::AnimNodePtr clip = osg::AnimNodeBase::create();
+    clip->setCore(osg::AnimClipBase::create());
+    clip->setNodeName("Show");
+    for (int i = 0; i < 50; ++i)
+    {
+        const osg::AnimNodePtr block = osg::AnimNodeBase::create();
+        block->setCore(osg::AnimBlockBase::create());
+        block->setNodeName("Block " + std::to_string(i));
+        clip->addChild(block);
+    }
+    const osg::AnimNodePtr clips = kxAnimManager::the()->clipStructureRoot();
+    clips->addChild(clip);
+    osg::markChanged(clips, osg::Node::ChildrenFieldMask);
+    kxHistory::the().flush();
+    std::optional<kxHistory::Scope> run;
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        run.emplace(QStringLiteral("Move blocks"));
+        for (const osg::NodePtr& node : clip->getChildren())
+        {
+            const osg::AnimNodePtr block = osg::AnimNodePtr::dcast(node);
+            block->setOffset(block->getOffset() + osg::Vec2f(1, 0));
+            osg::markChanged(block, osg::AnimNodeBase::OffsetFieldMask);
+        }
+        state.ResumeTiming();
+        run.reset();
+    }
+    clips->subChild(clip);
+    osg::markChanged(clips, osg::Node::ChildrenFieldMask);
+    kxHistory::the().flush();
+}
+
 void longCurve(benchmark::State& state)
 {
     const osg::AnimCurvePtr curve = curvesOfScene().front();
@@ -117,6 +156,7 @@ void open(benchmark::State& state)
 
 BENCHMARK(key)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(200);
 BENCHMARK(movedKeys)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK(script)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
 BENCHMARK(longCurve)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
 BENCHMARK(recover)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 BENCHMARK(open)->Unit(benchmark::kMillisecond)->Arg(0)->Arg(1)->Iterations(6)->UseRealTime();
