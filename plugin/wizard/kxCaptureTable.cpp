@@ -40,16 +40,21 @@ AnimNodePtr makeChannel(const kxAnimManager::kxOSGChannelData& channel, const Fi
 }
 } // namespace
 
+FieldContainerPtr kxCaptureTable::Entry::container() const
+{
+    return osg::living<FieldContainer>(containerId);
+}
+
 bool kxCaptureTable::Entry::lives() const
 {
-    return osg::living<FieldContainer>(containerId) != NullFC;
+    return container() != NullFC;
 }
 
 bool kxCaptureTable::Entry::isOutOfScene() const
 {
     if (!lives())
         return true;
-    const NodePtr node = NodePtr::dcast(container);
+    const NodePtr node = NodePtr::dcast(container());
     return node != NullFC && !kxNodeUtils::hasParent(node, kxScenegraph::getSuperRoot());
 }
 
@@ -57,15 +62,15 @@ std::string kxCaptureTable::Entry::objectName() const
 {
     if (!lives())
         return std::string();
-    if (const NodePtr node = NodePtr::dcast(container))
+    if (const NodePtr node = NodePtr::dcast(container()))
         return kxNodeUtils::getName(node);
-    return kxMaterials::getName(MaterialPtr::dcast(container));
+    return kxMaterials::getName(MaterialPtr::dcast(container()));
 }
 
 void kxCaptureTable::add(const FieldContainerPtr& container)
 {
-    dropDead(); // a new container may have the address of a dead one
-    if (container == NullFC || _entries.count(container) != 0 ||
+    dropDead();
+    if (container == NullFC || _entries.count(container.getFieldContainerId()) != 0 ||
         (NodePtr::dcast(container) == NullFC && FCPtr<MaterialBase>::dcast(container) == NullFC))
         return;
     std::vector<kxAnimManager::kxOSGChannelData> channels;
@@ -73,7 +78,6 @@ void kxCaptureTable::add(const FieldContainerPtr& container)
     if (channels.empty())
         return;
     Entry entry;
-    entry.container = container;
     entry.containerId = container.getFieldContainerId();
     entry.block = AnimNodeBase::create();
     entry.block->setCore(AnimBlockBase::create());
@@ -81,14 +85,14 @@ void kxCaptureTable::add(const FieldContainerPtr& container)
         if (const AnimNodePtr node = makeChannel(channel, container))
             entry.block->addChild(node);
     markChanged(entry.block.get(), Node::CoreFieldMask | Node::ChildrenFieldMask);
-    _entries.emplace(container, entry);
+    _entries.emplace(entry.containerId, entry);
 }
 
 void kxCaptureTable::captureStart(int interpolation)
 {
     dropDead();
     eachCurve([interpolation](const AnimCurvePtr& curve, const Entry& entry)
-              { kxWizardCapture::setStart(curve, presentValue(curve, entry.container), interpolation); });
+              { kxWizardCapture::setStart(curve, presentValue(curve, entry.container()), interpolation); });
     for (auto& entry : _entries)
         entry.second.startCaptured = true;
 }
@@ -97,7 +101,7 @@ void kxCaptureTable::captureEnd(double duration, int interpolation)
 {
     dropDead();
     eachCurve([=](const AnimCurvePtr& curve, const Entry& entry)
-              { kxWizardCapture::setEnd(curve, duration, presentValue(curve, entry.container), interpolation); });
+              { kxWizardCapture::setEnd(curve, duration, presentValue(curve, entry.container()), interpolation); });
     for (auto& entry : _entries)
         entry.second.endCaptured = true;
 }
@@ -165,7 +169,7 @@ bool kxCaptureTable::keepOnly(bool nodes, bool materials)
 {
     dropDead();
     return dropWhere([=](const Entry& entry)
-                     { return NodePtr::dcast(entry.container) != NullFC ? !nodes : !materials; });
+                     { return NodePtr::dcast(entry.container()) != NullFC ? !nodes : !materials; });
 }
 
 bool kxCaptureTable::dropWhere(const std::function<bool(const Entry&)>& isDropped)

@@ -20,18 +20,19 @@ class kxCaptureTable
 public:
     struct Entry
     {
-        osg::FieldContainerPtr container; ///< a node or a material; dangles once it has died
-        osg::Share<osg::AnimNode> block;  ///< one curve node of two keys a channel
+        osg::Share<osg::AnimNode> block; ///< one curve node of two keys a channel
         bool startCaptured = false;
         bool endCaptured = false;
         unsigned int containerId = 0;
 
+        /// A node or a material; null once it has died, and there again where undo brought it back.
+        osg::FieldContainerPtr container() const;
         bool lives() const;
         /// True too for an object that only the undo stack keeps: it isn't there for the user.
         bool isOutOfScene() const;
         std::string objectName() const;
     };
-    typedef std::map<osg::FieldContainerPtr, Entry> Entries;
+    typedef std::map<unsigned int, Entry> Entries; ///< by the ids of their objects
 
     kxCaptureTable() = default;
     kxCaptureTable(const kxCaptureTable&) = delete;

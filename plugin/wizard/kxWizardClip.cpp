@@ -25,7 +25,7 @@ AnimNodePtr kxWizardClip::make(const kxCaptureTable& table) const
         core->setName(animation);
         markChanged(core, AnimObject::NameFieldMask);
         kxNodeUtils::setName(entry.block.get(), animation, true, NodePtr());
-        kxAnimManager::the()->addAnimation(entry.container, entry.block);
+        kxAnimManager::the()->addAnimation(entry.container(), entry.block);
         kxClipStructure::addClone(entry.block, clip);
     }
     markChanged(clip, Node::CoreFieldMask | Node::ChildrenFieldMask);

@@ -33,7 +33,7 @@ kxWizardInterference kxWizardInterference::find(const kxCaptureTable& table, dou
     for (const kxCaptureTable::Entry& entry : table.present())
     {
         const kxClipNodes::Extent own = kxClipNodes::extentOf(entry.block);
-        for (const AnimNodePtr& bar : barsOf(entry.container))
+        for (const AnimNodePtr& bar : barsOf(entry.container()))
         {
             const kxClipNodes::Extent existing = kxClipNodes::extentOf(bar);
             if (own.start + start > existing.end || existing.start > own.end + start ||

@@ -84,19 +84,19 @@ void kxWizardPreview::write(const Channel& channel, UInt32 holderId, float value
 
 void kxWizardPreview::attach(const kxCaptureTable::Entry& entry)
 {
-    if (kxAnimManager::the()->getAnimAttachment(entry.container) == NullFC)
+    if (kxAnimManager::the()->getAnimAttachment(entry.container()) == NullFC)
         _madeAttachments.insert(entry.containerId);
-    kxAnimManager::the()->addAnimation(entry.container, entry.block);
+    kxAnimManager::the()->addAnimation(entry.container(), entry.block);
 }
 
 void kxWizardPreview::detach(const kxCaptureTable::Entry& entry)
 {
-    kxAnimManager::the()->subAnimation(entry.container, entry.block);
-    const AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(entry.container);
+    kxAnimManager::the()->subAnimation(entry.container(), entry.block);
+    const AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(entry.container());
     if (_madeAttachments.erase(entry.containerId) == 0 || attachment == NullFC ||
         attachment->getAnimationRoot()->getNChildren() != 0) // keyed by the user meanwhile
         return;
-    const AttachmentContainerPtr object = AttachmentContainerPtr::dcast(entry.container);
+    const AttachmentContainerPtr object = AttachmentContainerPtr::dcast(entry.container());
     object->subAttachment(attachment);
     markChanged(object, AttachmentContainer::AttachmentsFieldMask);
 }
@@ -105,7 +105,7 @@ void kxWizardPreview::noteBefore(const kxCaptureTable::Entry& entry)
 {
     for (const AnimCurvePtr& curve : kxCaptureTable::curvesOf(entry.block))
     {
-        const FieldContainerPtr holder = kxCaptureTable::aimOf(curve, entry.container);
+        const FieldContainerPtr holder = kxCaptureTable::aimOf(curve, entry.container());
         const float present = kxAnimManager::the()->getOSGFieldValue(curve, holder);
         const auto known = _values.emplace(Channel(entry.containerId, curve->getChannelName(), curve->getSuffix()),
                                            Value{present, 0, holder != NullFC ? holder.getFieldContainerId() : 0});

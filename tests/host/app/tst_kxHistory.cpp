@@ -8,6 +8,7 @@
 #include <journal/kxVersions.h>
 #include <kernel/kxHostHooks.h>
 #include <kxSendMouse.h>
+#include <osg/FieldContainerFactory.h>
 #include <plugin/wizard/kxPictureView.h>
 #include <python/kxInterpreter.h>
 
@@ -225,13 +226,10 @@ std::function<bool(Chance&)> line(const char* text)
 }
 
 /// An object at two places; the wizard is left open on its second page.
-bool capture(Chance& chance)
+bool captureOf(const osg::NodePtr& object, Chance& chance)
 {
-    const std::vector<osg::NodePtr> all = objects();
     auto* const wizard = widget<QWizard>("kxAnimWizardUI");
-    if (all.empty())
-        return false;
-    kxSelection::the().selectNodes({all[std::size_t(chance.below(int(all.size())))]});
+    kxSelection::the().selectNodes({object});
     invoke(wizard, "showWizard");
     wizard->next();
     for (const char* const button : {"_captureStart", "_captureEnd"})
@@ -243,6 +241,13 @@ bool capture(Chance& chance)
     if (chance.below(2) > 0)
         wizard->findChild<QAbstractButton*>(QStringLiteral("_preview"))->click();
     return true;
+}
+
+/// Of any object.
+bool capture(Chance& chance)
+{
+    const std::vector<osg::NodePtr> all = objects();
+    return !all.empty() && captureOf(all[std::size_t(chance.below(int(all.size())))], chance);
 }
 
 bool leaveWizard(QWizard::WizardButton button)
@@ -554,6 +559,34 @@ private Q_SLOTS:
         QVERIFY(kxHistory::the().undo());
         turns();
         QVERIFY(bytes() == once);
+    }
+
+    /// What died and came back is another object at another address.
+    void theWizardFindsAgainWhatCameBack()
+    {
+        Chance chance{QRandomGenerator(7)};
+        kxHistory& history = kxHistory::the();
+        history.flush();
+        const int start = history.index();
+        QVERIFY(line("addCameraTrack([addViewpoint(), addViewpoint()], 2, 'Way')")(chance));
+        QString reason;
+        kxFileReport report{QString()};
+        const qint64 version = kxVersions::the().keep(QString(), reason);
+        history.setIndex(start);
+        QVERIFY(kxVersions::the().goTo(version, report)); // no step keeps what this makes
+        turns();
+        const osg::UInt32 id = objects().back()->getId();
+        QVERIFY(captureOf(objects().back(), chance));
+        turns();
+        history.setIndex(start);
+        QVERIFY(osg::living<osg::Node>(id) == osg::NullFC);
+        history.setIndex(history.count());
+        const osg::NodePtr back = osg::living<osg::Node>(id);
+        QVERIFY(back != osg::NullFC);
+        const std::size_t blocks = kxAnimManager::the()->getAnimAttachment(back)->getAnimationRoot()->getNChildren();
+        QVERIFY(leaveWizard(QWizard::FinishButton));
+        turns();
+        QVERIFY(kxAnimManager::the()->getAnimAttachment(back)->getAnimationRoot()->getNChildren() == blocks + 1);
     }
 
     /// It glides back to where it was: nothing has happened, and what goes back meanwhile isn't written over.
