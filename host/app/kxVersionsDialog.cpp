@@ -64,9 +64,9 @@ kxVersionsDialog::kxVersionsDialog(kxVersionKeeper* keeper, QWidget* parent)
 
     connect(_list, &QListWidget::currentRowChanged, this, &kxVersionsDialog::showDocument);
     connect(_view, &kxVersionView::currentVersionChanged, this, &kxVersionsDialog::update);
-    connect(_view, &kxVersionView::chosen, this, &kxVersionsDialog::open);
+    connect(_view, &kxVersionView::chosen, this, &kxVersionsDialog::openVersion);
     connect(file, &QPushButton::clicked, this, &kxVersionsDialog::choose);
-    connect(_open, &QPushButton::clicked, this, [this] { open(_view->current()); });
+    connect(_open, &QPushButton::clicked, this, [this] { openVersion(_view->current()); });
     connect(_saveAs, &QPushButton::clicked, this, &kxVersionsDialog::saveAs);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     fill();
@@ -78,8 +78,9 @@ void kxVersionsDialog::fill()
     for (const kxVersionStore::Document& document : _documents)
     {
         auto* const item =
-            new QListWidgetItem(tr("%1\n%2 \u00b7 %n versions", nullptr, document.count)
-                                    .arg(nameOf(document), document.last.toString(QStringLiteral("yyyy-MM-dd hh:mm"))),
+            new QListWidgetItem(tr("%1\n%2 \u00b7 %3")
+                                    .arg(nameOf(document), document.last.toString(QStringLiteral("yyyy-MM-dd hh:mm")),
+                                         document.count == 1 ? tr("1 version") : tr("%1 versions").arg(document.count)),
                                 _list);
         item->setToolTip(QDir::toNativeSeparators(document.path));
     }
@@ -126,7 +127,7 @@ void kxVersionsDialog::choose()
         showFile(file);
 }
 
-void kxVersionsDialog::open(qint64 number)
+void kxVersionsDialog::openVersion(qint64 number)
 {
     if (_store != nullptr && number != 0 &&
         _keeper->open(*_store, number, _documents[std::size_t(_list->currentRow())].path))

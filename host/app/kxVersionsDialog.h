@@ -27,7 +27,7 @@ private:
     void fill();
     void showDocument(int row);
     void choose();
-    void open(qint64 number);
+    void openVersion(qint64 number);
     void saveAs();
     void update();
 

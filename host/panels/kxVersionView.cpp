@@ -95,7 +95,7 @@ kxVersionView::kxVersionView(const QString& hint, QWidget* parent) : QTreeView(p
     setContextMenuPolicy(Qt::ActionsContextMenu);
     new kxEmptyHint(hint, this);
     _rest.setInterval(RestMs);
-    connect(&_rest, &QTimer::timeout, this, &kxVersionView::rest);
+    connect(&_rest, &QTimer::timeout, this, &kxVersionView::compareOne);
     connect(_model, &QAbstractItemModel::rowsInserted, this,
             [this](const QModelIndex& above)
             {
@@ -139,7 +139,7 @@ void kxVersionView::hideEvent(QHideEvent* event)
     _rest.stop();
 }
 
-void kxVersionView::rest()
+void kxVersionView::compareOne()
 {
     if (QApplication::mouseButtons() == Qt::NoButton && !kxFramePlayer::the()->isPlaying() && !_model->compareNext())
         _rest.stop();

@@ -30,7 +30,7 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void rest();
+    void compareOne();
 
     kxVersionModel* _model;
     QTimer _rest;

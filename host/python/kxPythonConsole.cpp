@@ -4,6 +4,7 @@
 #include "kxPythonEditor.h"
 #include "kxPythonPrompt.h"
 
+#include <files/scene/kxFileReport.h>
 #include <journal/kxHistory.h>
 #include <kxIconManager.h>
 #include <kxLog.h>
@@ -141,9 +142,12 @@ bool kxPythonConsole::saveScript(const QString& file)
         return false;
     QSaveFile sink(target);
     const QByteArray text = _editor->text().toUtf8();
-    if (!sink.open(QIODevice::WriteOnly) || sink.write(text) != text.size() || !sink.commit())
+    // commit() doesn't see what fails when the last block goes out.
+    if (!sink.open(QIODevice::WriteOnly) || sink.write(text) != text.size() || !sink.flush() || !sink.commit())
     {
-        kxLog::error(tr("%1 can't be written: %2").arg(target, sink.errorString()));
+        kxFileReport report(target);
+        report.fail(sink);
+        kxLog::error(tr("%1 can't be written: %2").arg(target, report.error()));
         return false;
     }
     setFile(target);

@@ -298,11 +298,17 @@ bool kxVersions::saveAs(kxVersionStore& store, qint64 number, const QString& pat
     QFile in(store.file(number));
     QSaveFile out(path);
     if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly))
-        return report.fail(out.error() != QFileDevice::NoError ? out.errorString() : in.errorString());
+        return report.fail(in.isOpen() ? static_cast<const QFileDevice&>(out) : in);
     while (!in.atEnd())
-        if (out.write(in.read(1 << 20)) < 0)
-            return report.fail(out.errorString());
-    return out.commit() || report.fail(out.errorString());
+    {
+        const QByteArray bytes = in.read(1 << 20);
+        if (in.error() != QFileDevice::NoError)
+            return report.fail(in);
+        if (out.write(bytes) != bytes.size()) // the file that is there stays
+            return report.fail(out);
+    }
+    // commit() doesn't see what fails when the last block goes out.
+    return (out.flush() && out.commit()) || report.fail(out);
 }
 
 kxVersions::Changes kxVersions::changes(kxVersionStore& store, qint64 since, qint64 number, bool reads)

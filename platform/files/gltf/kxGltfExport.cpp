@@ -261,7 +261,7 @@ bool kxGltfExport::write(const QString& path, kxFileReport& report)
     if (!written)
         return report.fail(QStringLiteral("the scene can't be written in this format"));
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size()) ||
-        !file.commit())
-        return report.fail(file.errorString());
+        !file.flush() || !file.commit()) // commit() doesn't see what fails when the last block goes out
+        return report.fail(file);
     return true;
 }

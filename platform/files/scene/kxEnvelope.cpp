@@ -65,9 +65,9 @@ kxEnvelopeWriter::kxEnvelopeWriter(const QString& path, const char* magic) : _fi
 bool kxEnvelopeWriter::begin(kxFileReport& report)
 {
     if (!_file.open(QIODevice::WriteOnly))
-        return report.fail(_file.errorString());
+        return report.fail(_file);
     if (_file.write(QByteArray(kxEnvelope::HeadSize, '\0')) != kxEnvelope::HeadSize)
-        return report.fail(_file.errorString());
+        return report.fail(_file);
     _block.reserve(BlockSize);
     return open(QIODevice::WriteOnly | QIODevice::Unbuffered);
 }
@@ -113,7 +113,7 @@ bool kxEnvelopeWriter::commit(kxFileReport& report)
         return report.fail(QStringLiteral("the scene needs more than the %1 bytes that a file can hold")
                                .arg(kxEnvelope::LargestPayload));
     if (_failed || !_file.seek(0) || _file.write(head()) != kxEnvelope::HeadSize || !_file.commit())
-        return report.fail(_file.errorString());
+        return report.fail(_file);
     return true;
 }
 
@@ -123,7 +123,7 @@ bool kxEnvelopeReader::open(const QString& path, const char* magic, kxFileReport
         return report.fail(QStringLiteral("this is a folder"));
     _file.setFileName(path);
     if (!_file.open(QIODevice::ReadOnly))
-        return report.fail(_file.errorString());
+        return report.fail(_file);
     const qint64 size = _file.size();
     const char* bytes = size > 0 ? reinterpret_cast<const char*>(_file.map(0, size)) : nullptr;
     if (bytes == nullptr)

@@ -3,6 +3,7 @@
 #include <kernel/kxLogModel.h>
 #include <kxLog.h>
 
+#include <QFile>
 #include <QFileInfo>
 
 QString kxFileReport::message() const
@@ -15,6 +16,14 @@ bool kxFileReport::fail(const QString& reason)
     if (_error.isEmpty())
         _error = reason.trimmed().isEmpty() ? QStringLiteral("the file can't be read") : reason.trimmed();
     return false;
+}
+
+bool kxFileReport::fail(const QFileDevice& file)
+{
+    // Where only a part of the bytes was taken Qt has no reason to tell, or an unknown one.
+    if (file.error() != QFileDevice::NoError && file.errorString() != QFile().errorString())
+        return fail(file.errorString());
+    return fail(QStringLiteral("not all of it could be written; the disk may be full"));
 }
 
 void kxFileReport::note(const QString& line)

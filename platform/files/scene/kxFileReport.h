@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+class QFileDevice;
+
 /// What reading or writing one file came to: why it failed, or what had to be left out.
 class KX_API kxFileReport
 {
@@ -22,6 +24,8 @@ public:
 
     /// Keeps the first reason; false, so that a reader can return it.
     bool fail(const QString& reason);
+    /// With the reason why the file couldn't be read or written.
+    bool fail(const QFileDevice& file);
     void note(const QString& line);
     /// What was read, in one line; `opened` where it takes the place of the scene before.
     void setSummary(const QString& line, bool opened);

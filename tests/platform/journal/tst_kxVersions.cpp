@@ -12,8 +12,10 @@
 #include <QSet>
 #include <QtTest>
 
+#include <csignal>
 #include <kxSeed.h>
 #include <kxTable.h>
+#include <sys/resource.h>
 #include <thread>
 
 namespace
@@ -301,6 +303,17 @@ private Q_SLOTS:
         QVERIFY(!kxVersions::read(store, 2, content, report) && report.error().contains("damaged"));
         QVERIFY(kxVersions::saveAs(store, 3, path("out.kxs"), report = kxFileReport()));
         QCOMPARE(bytesOfFile(path("out.kxs")), bytesOfScene());
+        // On a disk that fills up the file that is there stays.
+        QVERIFY(writeFile(path("out.kxs"), "whole"));
+        rlimit before = {};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit tight = {300, before.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &tight);
+        const bool isWritten = kxVersions::saveAs(store, 3, path("out.kxs"), report = kxFileReport());
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY2(!isWritten && report.error().contains("disk may be full"), qPrintable(report.error()));
+        QCOMPARE(bytesOfFile(path("out.kxs")), QByteArray("whole"));
 
         QVERIFY(writeFile(folder + "/index.db", QByteArray(5000, 'x')));
         QFile::remove(folder + "/index.db-wal");
