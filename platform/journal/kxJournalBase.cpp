@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <optional>
 
+#include <sys/stat.h>
+
 using namespace osg;
 
 kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)), _file(_origin.path)
@@ -18,6 +20,7 @@ kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)),
     if (_origin.isEmpty() || !_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
         _file.read(kxEnvelope::HeadSize) != _origin.head)
         return;
+    _stamp = stamp();
     const QByteArray start = read(0, _origin.containers.front().offset);
     kxFileReport report;
     kxCborInput in(start.constData(), start.size(), report);
@@ -36,6 +39,19 @@ kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)),
         _isOwned[i + 1] = kxContainerForm::isOwnedByField(container);
     }
     _isValid = !_classes.empty();
+}
+
+kxJournalBase::Stamp kxJournalBase::stamp() const
+{
+    struct stat now = {};
+    ::fstat(_file.handle(), &now); // QFile keeps what it has read once
+    return {qint64(now.st_size), qint64(now.st_mtim.tv_sec), qint64(now.st_mtim.tv_nsec)};
+}
+
+bool kxJournalBase::isWritten() const
+{
+    const Stamp now = stamp();
+    return now.size != _stamp.size || now.seconds != _stamp.seconds || now.nanoseconds != _stamp.nanoseconds;
 }
 
 QByteArray kxJournalBase::read(quint64 start, quint64 end)

@@ -23,13 +23,18 @@ public:
     bool has(osg::UInt32 id) const { return numberOf(id) != 0; }
     /// The record of a container, empty for one that the file doesn't hold.
     QByteArray record(osg::UInt32 id);
-    /// Something that the file held can't be read any more: another program has written into it.
-    bool isBroken() const { return _isBroken; }
+    /// Another program has written into the file, or something that it held can't be read any more.
+    bool isBroken() const { return _isBroken || isWritten(); }
     const kxSceneOrigin& origin() const { return _origin; }
     /// The file's.
     qint64 size() const { return _file.size(); }
 
 private:
+    /// When it was written last, and its length; a new name or a link is no change.
+    struct Stamp
+    {
+        qint64 size = 0, seconds = 0, nanoseconds = 0;
+    };
     struct Field
     {
         std::string name;
@@ -41,6 +46,8 @@ private:
         std::vector<Field> fields;
     };
 
+    Stamp stamp() const;
+    bool isWritten() const;
     QByteArray read(quint64 start, quint64 end);
     void readClasses(kxCborInput& in);
     QByteArray transcoded(kxCborInput& in) const;
@@ -56,6 +63,7 @@ private:
 
     kxSceneOrigin _origin;
     QFile _file;
+    Stamp _stamp; // as the file was opened
     std::vector<Class> _classes;
     std::vector<quint32> _numbers; // by id, from _firstId on; 0 for none
     osg::UInt32 _firstId = 0;
