@@ -39,11 +39,11 @@ void kxSession::start()
 
 void kxSession::startAnew(bool isOtherScene)
 {
-    if (kxJournal::the().isRunning())
+    if (!kxJournal::the().hasFailed())
         return;
     if (_own != nullptr)
         _own->clear();
-    if (isOtherScene) // the history of this one speaks of the journal that ended
+    if (isOtherScene) // the history of this one speaks of the journal in memory
         start();
 }
 

@@ -60,6 +60,9 @@ kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
     connect(&kxJournal::the(), &kxJournal::replaced, this, &kxHistory::clear);
     connect(&kxJournal::the(), &kxJournal::toBeSaved, this, &kxHistory::flush);
     connect(&kxJournal::the(), &kxJournal::dropped, this, &kxHistory::drop, Qt::QueuedConnection); // not under a walk
+    connect(&kxJournal::the(), &kxJournal::failed, this,
+            [this](const QString&, bool isChanged) { noteLoss(isChanged); });
+    connect(&kxJournal::the(), &kxJournal::failed, this, &kxHistory::dropLost, Qt::QueuedConnection);
     connect(kxScene::the(), &kxScene::settingsChanged, this, &kxHistory::settleLater);
     _rest.setSingleShot(true);
     _rest.setInterval(RestTime);
@@ -303,6 +306,50 @@ void kxHistory::drop(quint64 record)
     Q_EMIT changed();
 }
 
+/// From within whatever asked the journal: entries stay where they are.
+void kxHistory::noteLoss(bool isChanged)
+{
+    if (isChanged || !isSaved())
+        _saved = 0;
+    _open = _isGliding = false; // nothing joins what is lost
+    closeTop();
+    for (Entry& entry : _entries)
+        entry.run = 0;
+}
+
+void kxHistory::dropLost()
+{
+    const auto isLost = [this](const Entry& entry) { return !canWalk(entry); };
+    const auto first = _entries.begin(), middle = first + std::ptrdiff_t(_index), last = _entries.end();
+    const auto undone = std::find_if(middle, last, isLost);
+    const auto done =
+        std::find_if(std::make_reverse_iterator(middle), std::make_reverse_iterator(first), isLost).base();
+    const quint64 undoneRecord = undone == last ? 0 : undone->record;
+    const quint64 doneRecord = done == first ? 0 : std::prev(done)->record;
+    for (const quint64 record : {undoneRecord, doneRecord})
+        if (record != 0)
+            drop(record);
+    for (Entry& entry : _entries)
+        if (entry.record != 0 && !kxJournal::the().has(entry.record))
+        {
+            entry.record = 0;
+            entry.isUntold = false;
+        }
+    Q_EMIT changed();
+}
+
+bool kxHistory::canWalk(const Entry& entry) const
+{
+    if (entry.record == 0 || kxJournal::the().has(entry.record))
+        return true;
+    std::vector<quint64> known;
+    for (int i = 0; i < _stack->count(); ++i)
+        known.push_back(numberOf(_stack->command(i)));
+    return !entry.steps.empty() &&
+           std::all_of(entry.steps.begin(), entry.steps.end(),
+                       [&known](quint64 step) { return std::find(known.begin(), known.end(), step) != known.end(); });
+}
+
 void kxHistory::dropUndone()
 {
     for (std::size_t i = _index; i < _entries.size(); ++i)
@@ -354,8 +401,7 @@ bool kxHistory::undo()
     flush();
     if (_index == 0)
         return false;
-    walk(false);
-    return true;
+    return walk(false);
 }
 
 bool kxHistory::redo()
@@ -365,19 +411,18 @@ bool kxHistory::redo()
     flush();
     if (!canRedo())
         return false;
-    walk(true);
-    return true;
+    return walk(true);
 }
 
 void kxHistory::setIndex(int index)
 {
     flush();
     const std::size_t aim = std::size_t(std::clamp(index, 0, count()));
-    while (!_isWalking && _index != aim && (aim < _index || canRedo()))
-        walk(aim > _index);
+    while (!_isWalking && _index != aim && (aim < _index || canRedo()) && walk(aim > _index))
+        continue;
 }
 
-void kxHistory::walk(bool forward)
+bool kxHistory::walk(bool forward)
 {
     const std::size_t at = forward ? _index : _index - 1;
     const Entry entry = this->entry(int(at));
@@ -389,9 +434,9 @@ void kxHistory::walk(bool forward)
             walkSteps(entry, forward);
             notice.listen(); // the steps tell of themselves
         };
-        if (entry.record != 0)
-            kxJournal::the().exchange(entry.record, steps);
-        else
+        if (entry.record != 0 && !kxJournal::the().exchange(entry.record, steps))
+            return false;
+        if (entry.record == 0)
         {
             steps();
             _entries[at].record = kxJournal::the().commit();
@@ -409,6 +454,7 @@ void kxHistory::walk(bool forward)
     if (std::exchange(_hasPushed, false))
         stepPushed();
     Q_EMIT changed();
+    return true;
 }
 
 void kxHistory::walkSteps(const Entry& entry, bool forward)

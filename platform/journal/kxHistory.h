@@ -124,7 +124,8 @@ private:
     void commit();
     void commitRun();
     void endRun();
-    void walk(bool forward);
+    /// False where the entry is lost.
+    bool walk(bool forward);
     void walkSteps(const Entry& entry, bool forward);
     void append(Entry entry);
     /// What a tool made for a while and took away again, as a preview, is nobody's change. True where it was that.
@@ -137,6 +138,10 @@ private:
     void rest();
     static void forget(Entry& entry);
     void drop(quint64 record);
+    void noteLoss(bool isChanged);
+    /// Entries that the journal has lost, but for those that their steps can walk.
+    void dropLost();
+    bool canWalk(const Entry& entry) const;
     void dropUndone();
     void dropGoneSteps();
     /// Entries whose steps others undid or redid change sides.

@@ -1,7 +1,6 @@
 #include <journal/kxJournal.h>
 
 #include <animation/kxAnimEngine.h>
-#include <files/kxSceneIO.h>
 #include <journal/kxContainerRecord.h>
 #include <journal/kxContainerRestore.h>
 #include <journal/kxJournalBase.h>
@@ -10,7 +9,6 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
-#include <scene/kxScene.h>
 
 #include <algorithm>
 #include <iterator>
@@ -206,59 +204,6 @@ kxJournal& kxJournal::the()
     return *journal;
 }
 
-void kxJournal::start(const QString& file)
-{
-    stop();
-    kxScene::the(); // makes the main thread's change list
-    _store = std::make_unique<kxJournalStore>(file);
-    WinThreadBase::getCurrentChangeList()->addListener(this);
-    // What belongs to the scene itself is marked as a whole.
-    const auto look = [this]
-    {
-        if (kxSceneRecord::ofScene() != _sceneRecord)
-            notePending();
-    };
-    connect(kxScene::the(), &kxScene::settingsChanged, this, look);
-    connect(kxScene::the(), &kxScene::structureChanged, this, look);
-    kxSceneIO::setObserver(this);
-    takeScene(kxSceneOrigin());
-}
-
-void kxJournal::stop()
-{
-    if (!isRunning())
-        return;
-    WinThreadBase::getCurrentChangeList()->subListener(this);
-    kxScene::the()->disconnect(this);
-    kxSceneIO::setObserver(nullptr);
-    _base.reset();
-    _store.reset();
-    _owners.clear();
-    _marked.clear();
-    _died.clear();
-    _isMarked.clear();
-    _entries.clear();
-    _takenBack.clear();
-    _isPending = false;
-}
-
-bool kxJournal::isSound() const
-{
-    return _store->failure().isEmpty() && (_base == nullptr || !_base->isBroken());
-}
-
-void kxJournal::end()
-{
-    const QString why = !_store->failure().isEmpty()
-                            ? _store->failure()
-                            : QStringLiteral("'%1' was changed by another program").arg(_base->origin().path);
-    stop();
-    kxLog::warning(
-        QStringLiteral("The journal of changes ends here: %1. The scene is as it is, but a crash loses what comes now.")
-            .arg(why));
-    Q_EMIT failed(why);
-}
-
 QByteArray kxJournal::record(UInt32 id) const
 {
     if (id == kxSceneRecord::Id)
@@ -344,7 +289,7 @@ void kxJournal::describe(const Description& description)
     _store->setNote(kxJournalNote::Time, description.time.toString(Qt::ISODate).toUtf8());
     _store->setNote(kxJournalNote::Saved, description.isSaved ? QByteArray::number(_serial) : QByteArray());
     if (!_store->commit())
-        end();
+        fail(false);
 }
 
 void kxJournal::write(quint64 entry, const States& states)
@@ -367,9 +312,12 @@ quint64 kxJournal::commit(quint64 into)
     if (!isRunning())
         return 0;
     const States states = compare({});
-    if (!isSound())
-        end(); // what was before isn't known
-    if (states.empty() || !isRunning())
+    if (!isSound()) // what was before isn't known
+    {
+        fail(!states.empty());
+        return 0;
+    }
+    if (states.empty())
         return 0;
     const quint64 number = ++_lastNumber;
     _store->begin();
@@ -377,12 +325,14 @@ quint64 kxJournal::commit(quint64 into)
     _entries.push_back(number);
     if (!_store->commit())
     {
-        end();
+        fail(true);
         return 0;
     }
     const quint64 whole = into == 0 ? number : join(into, number);
+    if (whole <= _lastLost)
+        return 0;
     compact();
-    return whole;
+    return whole > _lastLost ? whole : 0;
 }
 
 qint64 kxJournal::sceneSize() const
@@ -408,7 +358,7 @@ void kxJournal::compact()
     if (!gone.empty())
         dropUnused();
     if (!_store->commit())
-        return end();
+        return fail(true);
     for (const quint64 number : gone)
         Q_EMIT dropped(number);
 }
@@ -425,8 +375,8 @@ void kxJournal::dropUnused()
 
 quint64 kxJournal::join(quint64 first, quint64 second)
 {
-    if (!isRunning() || first == 0 || second == 0)
-        return std::max(first, second);
+    if (!has(first) || !has(second))
+        return has(first) ? first : has(second) ? second : 0;
     _store->begin();
     for (kxJournalStore::Row row : _store->rows(std::uint32_t(second)))
     {
@@ -440,18 +390,19 @@ quint64 kxJournal::join(quint64 first, quint64 second)
     }
     forget(second);
     if (!_store->commit())
-        end();
-    return first;
+        fail(true);
+    return first > _lastLost ? first : 0;
 }
 
-std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
+bool kxJournal::has(quint64 number) const
 {
-    std::vector<UInt32> changed;
-    if (!isRunning() || std::find(_entries.begin(), _entries.end(), number) == _entries.end())
-    {
-        walkSteps();
-        return changed;
-    }
+    return std::find(_entries.begin(), _entries.end(), number) != _entries.end();
+}
+
+bool kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
+{
+    if (!has(number))
+        return false;
     std::vector<kxJournalStore::Row> rows = _store->rows(std::uint32_t(number));
     bool isKnown = true;
     for (kxJournalStore::Row& row : rows)
@@ -459,6 +410,11 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
         const QByteArray here = record(row.id);
         row.record = recordOf(row, here);
         isKnown = isKnown && row.record.isEmpty() == here.isEmpty();
+    }
+    if (!isSound())
+    {
+        fail(false);
+        return false;
     }
     if (!isKnown) // entries were walked out of their order
         kxLog::warning(QStringLiteral("Not all that this step changed can be brought back."));
@@ -482,12 +438,10 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     restore.run();
 
     States states = compare(ids);
-    for (const auto& entry : states)
-        changed.push_back(entry.first);
     if (!isSound())
     {
-        end();
-        return changed;
+        fail(true);
+        return true;
     }
     _store->begin();
     for (const kxJournalStore::Row& row : rows)
@@ -502,8 +456,8 @@ std::vector<UInt32> kxJournal::exchange(quint64 number, const std::function<void
     if (!_takenBack.erase(number))
         _takenBack.insert(number);
     if (!_store->commit())
-        end();
-    return changed;
+        fail(true);
+    return true;
 }
 
 void kxJournal::forget(quint64 number)

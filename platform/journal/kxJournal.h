@@ -25,6 +25,9 @@ class kxJournalBase;
 /// of who writes; unmarked() finds it. Main thread only.
 ///
 /// What the scene's file holds isn't held twice: records of containers that didn't change since come from the file.
+///
+/// Where the database can't be written any more, or another program writes into that file, the entries are lost and it
+/// begins anew with the scene as it is.
 class KX_API kxJournal : public QObject, private osg::ChangeListener, private kxSceneObserver
 {
     Q_OBJECT
@@ -36,18 +39,20 @@ public:
     void start(const QString& file);
     void stop();
     bool isRunning() const { return _store != nullptr; }
+    /// Its database couldn't be written: what comes is known as long as the process lives.
+    bool hasFailed() const { return _hasFailed; }
 
     /// True where something was marked since the last commit.
     bool isPending() const { return _isPending; }
-    /// The number of the entry that holds what was before; 0 where nothing differs. `into`: the newest entry, which
-    /// takes this over and keeps its number.
+    /// The number of the entry that holds what was before; 0 where nothing differs, or after failed(). `into`: the
+    /// newest entry, which takes this over and keeps its number.
     quint64 commit(quint64 into = 0);
+    bool has(quint64 number) const;
     /// Makes two entries that follow each other one, and gives its number; 0 for none.
     quint64 join(quint64 first, quint64 second);
-    /// Puts the other side of an entry into the scene, after `walkSteps` did what it knows of it. Gives what changed;
-    /// 0 stands for what belongs to the scene itself. What is pending has to be committed before, else it becomes a
-    /// part of this entry.
-    std::vector<osg::UInt32> exchange(quint64 number, const std::function<void()>& walkSteps);
+    /// Puts the other side of an entry into the scene, after `walkSteps` did what it knows of it. False where the entry
+    /// is lost, and nothing was done. What is pending has to be committed before, else it becomes a part of this entry.
+    bool exchange(quint64 number, const std::function<void()>& walkSteps);
     /// Drops an entry that isn't walked any more.
     void forget(quint64 number);
     /// The database stays under twice the scene and this many bytes, beside a log of 32 MB at most; entries that make
@@ -90,8 +95,9 @@ Q_SIGNALS:
     void toBeSaved();
     /// An entry was dropped to keep the database small: the oldest, or the one taken back first. From within commit().
     void dropped(quint64 number);
-    /// The journal has ended, and why. The scene is as it is.
-    void failed(const QString& why);
+    /// All entries are lost, and why. The scene is as it is; `isChanged`: in a way that no entry says. From within
+    /// whatever was called.
+    void failed(const QString& why, bool isChanged);
 
 private:
     /// One container's two states in a commit.
@@ -129,6 +135,9 @@ private:
     void dropUnused();
     /// False where something that was known can't be read any more.
     bool isSound() const;
+    /// Warns, and begins anew where that is possible.
+    void fail(bool isChanged);
+    void begin(const QString& file);
     void end();
 
     std::unique_ptr<kxJournalStore> _store;
@@ -141,8 +150,10 @@ private:
     std::vector<quint64> _entries; // in order
     std::unordered_set<quint64> _takenBack;
     quint64 _lastNumber = 0;
-    quint64 _serial = 0; // of the last transaction
+    quint64 _lastLost = 0; // entries up to this one
+    quint64 _serial = 0;   // of the last transaction
     qint64 _spare = 32 << 20;
     qint64 _sceneSize = 0; ///< in bytes, as of the last look
     bool _isPending = false;
+    bool _hasFailed = false;
 };

@@ -4,7 +4,9 @@
 #include <journal/kxContainerRecord.h>
 #include <journal/kxJournalBase.h>
 #include <journal/kxRecovery.h>
+#include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
 
 #include <QCborStreamWriter>
 
@@ -12,7 +14,7 @@
 
 using namespace osg;
 
-// What the journal takes from the scene as a whole, where that is opened and saved.
+// What the journal takes from the scene as a whole, where that is opened and saved, and where it begins anew.
 
 namespace
 {
@@ -21,6 +23,80 @@ QByteArray recordOf(UInt32 id)
     return kxContainerRecord::of(living<FieldContainer>(id));
 }
 } // namespace
+
+void kxJournal::start(const QString& file)
+{
+    stop();
+    begin(file);
+}
+
+void kxJournal::begin(const QString& file)
+{
+    kxScene::the(); // makes the main thread's change list
+    _store = std::make_unique<kxJournalStore>(file);
+    WinThreadBase::getCurrentChangeList()->addListener(this);
+    // What belongs to the scene itself is marked as a whole.
+    const auto look = [this]
+    {
+        if (kxSceneRecord::ofScene() != _sceneRecord)
+            notePending();
+    };
+    connect(kxScene::the(), &kxScene::settingsChanged, this, look);
+    connect(kxScene::the(), &kxScene::structureChanged, this, look);
+    kxSceneIO::setObserver(this);
+    takeScene(kxSceneOrigin());
+}
+
+void kxJournal::stop()
+{
+    end();
+    _hasFailed = false;
+}
+
+void kxJournal::end()
+{
+    if (!isRunning())
+        return;
+    WinThreadBase::getCurrentChangeList()->subListener(this);
+    kxScene::the()->disconnect(this);
+    kxSceneIO::setObserver(nullptr);
+    _base.reset();
+    _store.reset();
+    _owners.clear();
+    _marked.clear();
+    _died.clear();
+    _isMarked.clear();
+    _entries.clear();
+    _takenBack.clear();
+    _isPending = false;
+}
+
+bool kxJournal::isSound() const
+{
+    return _store->failure().isEmpty() && (_base == nullptr || !_base->isBroken());
+}
+
+void kxJournal::fail(bool isChanged)
+{
+    const bool isStore = !_store->failure().isEmpty();
+    const bool wasFailed = _hasFailed;
+    const QString why =
+        isStore ? _store->failure() : QStringLiteral("'%1' was changed by another program").arg(_base->origin().path);
+    isChanged = isChanged || _isPending;
+    QString text =
+        isStore ? QStringLiteral("Changes can't be recovered after a crash any more: %1.").arg(why) : why + '.';
+    if (isChanged || !_entries.empty())
+        text += QStringLiteral(" Of what was done so far only undo steps can be taken back.");
+    kxLog::warning(text);
+    _lastLost = _lastNumber;
+    Q_EMIT failed(why, isChanged);
+    if (!isStore)
+        return takeScene(kxSceneOrigin());
+    end();
+    _hasFailed = true;
+    if (!wasFailed)
+        begin(QStringLiteral(":memory:")); // the disk may have no room for a temporary file either
+}
 
 /// All containers of the scene, and how often each is owned.
 std::vector<UInt32> kxJournal::takeOwners()
@@ -87,7 +163,7 @@ void kxJournal::takeScene(const kxSceneOrigin& origin)
     _store->commit();
     _store->shrink(); // what was another scene's
     if (!_store->failure().isEmpty())
-        end();
+        fail(false);
 }
 
 void kxJournal::sceneReplaced(const kxSceneOrigin& origin)
@@ -102,7 +178,7 @@ void kxJournal::sceneToReplaceFile(const kxSceneOrigin& origin)
     _store->begin();
     _store->setNote(kxJournalNote::Candidate, kxJournalNote::toBytes(origin));
     if (!_store->commit())
-        end();
+        fail(false);
 }
 
 void kxJournal::sceneSaved(const kxSceneOrigin& origin)
@@ -110,6 +186,8 @@ void kxJournal::sceneSaved(const kxSceneOrigin& origin)
     auto next = std::make_unique<kxJournalBase>(origin);
     if (!next->isValid() || _isPending) // the file before it knows what was
         return;
+    if (!isSound())
+        return fail(false);
     _store->begin();
     keepBaseRecords(*next);
     for (const UInt32 id : _store->latestIds())
@@ -121,7 +199,7 @@ void kxJournal::sceneSaved(const kxSceneOrigin& origin)
     _store->setNote(kxJournalNote::Candidate, QByteArray());
     _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
     if (!_store->commit())
-        return end();
+        return fail(false);
     _base = std::move(next);
     _sceneSize = sceneSize();
 }

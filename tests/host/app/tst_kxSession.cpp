@@ -118,24 +118,40 @@ private Q_SLOTS:
         QVERIFY(kxJournal::the().isRunning()); // all comes back as long as the run lasts
     }
 
-    /// The journal can't grow: what it had is there until a save makes it old, and another scene has one again.
-    void aFullDiskEndsTheJournalUntilAnotherSceneIsOpen()
+    /// The journal can't grow: what it had is there until a save makes it old, and another scene has one again. What
+    /// its entries held can't be walked; steps can, and so can what comes.
+    void aFullDiskEndsTheFileUntilAnotherSceneIsOpen()
     {
+        kxHistory& history = kxHistory::the();
+        const auto write = [](const char* name) // beside the stack
+        {
+            objects().front()->setNodeName(name);
+            osg::markChanged(objects().front(), osg::AttachmentContainer::NodeNameFieldMask);
+            turn();
+        };
+        const auto name = [] { return objects().front()->getNodeName(); };
+        write("Beside");
+        kxSceneEdits::rename(objects().front(), "Step");
+        turn();
+        QVERIFY(_document->saveTo(_folder->filePath("step.kxs")) && !_document->isUnsaved());
         const QString journal = _folder->filePath("sessions/" + sessions().front() + "/journal.db");
         rlimit before = {};
         ::getrlimit(RLIMIT_FSIZE, &before);
         const rlimit tight = {rlim_t(QFileInfo(journal + "-wal").size()), before.rlim_max};
         std::signal(SIGXFSZ, SIG_IGN);
         ::setrlimit(RLIMIT_FSIZE, &tight);
-        kxSceneEdits::rename(objects().front(), "Other");
-        turn();
+        write("Lost");
         ::setrlimit(RLIMIT_FSIZE, &before);
-        QVERIFY(!kxJournal::the().isRunning() && _document->isUnsaved() && QFile::exists(journal));
+        QVERIFY(kxJournal::the().hasFailed() && _document->isUnsaved() && QFile::exists(journal));
+        turn();
+        write("Kept");
+        QVERIFY(history.undo() && name() == "Lost" && _document->isUnsaved());
+        QVERIFY(history.undo() && name() == "Beside" && !history.undo() && _document->isUnsaved());
+        QVERIFY(history.redo() && history.redo() && name() == "Kept" && !history.redo());
         QVERIFY(_document->saveTo(_folder->filePath("full.kxs")) && !QFile::exists(journal));
-        stack()->undo();
-        QCOMPARE(objects().front()->getNodeName(), std::string("Rotor"));
+        QVERIFY(!_document->isUnsaved() && history.undo() && name() == "Lost" && _document->isUnsaved());
         _document->newScene();
-        QVERIFY(kxJournal::the().isRunning() && QFile::exists(journal));
+        QVERIFY(!kxJournal::the().hasFailed() && QFile::exists(journal));
     }
 
 private:

@@ -182,21 +182,44 @@ private Q_SLOTS:
         journal().setSpare(32 << 20);
     }
 
-    /// A file that another program writes into ends the journal with a word, and the scene stays.
+    void brokenBase_data()
+    {
+        kxColumns<bool>("isCut");
+        kxRow("cut off under a change", true);
+        kxRow("another scene, of the same length", false);
+    }
+    /// Another program writes into the scene's file: nothing comes from there any more, which is said once, and the
+    /// journal begins anew.
     void brokenBase()
     {
-        const QString path = _folder.filePath(QStringLiteral("broken.kxs"));
+        QFETCH(const bool, isCut);
+        const QString path = _folder.filePath(QStringLiteral("broken%1.kxs").arg(isCut));
         kxFileReport report(path);
         QVERIFY(kxSceneIO::save(path, report) && kxSceneIO::open(path, report));
-        const QByteArray before = savedBytes();
-        QVERIFY(QFile::resize(path, 100));
+        kxHistory& history = kxHistory::the();
+        history.clear();
         QSignalSpy failed(&journal(), &kxJournal::failed);
         const NodePtr body = nodeNamed("Body");
-        body->setNodeName("Ball");
-        osg::markChanged(body, AttachmentContainer::NodeNameFieldMask);
-        QVERIFY(journal().commit() == 0 && !journal().isRunning());
-        QVERIFY(failed.count() == 1 && failed.front().front().toString().contains("broken.kxs"));
-        nodeNamed("Ball")->setNodeName("Body");
+        const auto rename = [&body](const char* name)
+        {
+            body->setNodeName(name);
+            osg::markChanged(body, AttachmentContainer::NodeNameFieldMask);
+        };
+        rename("Ball");
+        if (!isCut)
+            history.flush();
+        const QByteArray before = savedBytes();
+        QFile file(path);
+        QVERIFY(isCut ? file.resize(100) : file.open(QIODevice::ReadWrite) && file.write(before) == file.size());
+        if (!isCut)
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(9), QFileDevice::FileModificationTime));
+        file.close();
+        QVERIFY(!history.undo() && !history.isSaved());
+        QCoreApplication::processEvents();
+        QVERIFY(failed.count() == 1 && failed.front().front().toString().contains(file.fileName()));
+        QVERIFY(history.count() == 0 && !history.isSaved() && savedBytes() == before);
+        rename("Cone");
+        QVERIFY(history.undo() && !history.undo() && !history.isSaved());
         QCOMPARE(savedBytes(), before);
     }
 
