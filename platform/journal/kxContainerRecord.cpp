@@ -122,6 +122,7 @@ QByteArray kxContainerRecord::of(const FieldContainerPtr& container)
     std::vector<FieldContainerPtr> owned;
     kxContainerForm::ownedByFields(container, owned);
     std::vector<UInt32> ownedIds;
+    ownedIds.reserve(owned.size());
     for (const FieldContainerPtr& each : owned)
         ownedIds.push_back(each->getId());
     QCborStreamWriter out(&record);

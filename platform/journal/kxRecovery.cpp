@@ -400,7 +400,7 @@ QByteArray kxRecovery::Payload::write()
     static constexpr const char* TopKeys[Tops] = {"root", "sceneplates", "scenery", "clips", "sceneStructure"};
     QByteArray payload;
     QCborStreamWriter out(&payload);
-    out.startMap(quint64(Tops + 5));
+    out.startMap(quint64(Tops) + 5);
     writeClasses(out);
     appendText(out, "containers");
     out.startArray(quint64(_containers.size()));

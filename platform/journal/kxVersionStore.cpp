@@ -26,7 +26,7 @@ namespace
 {
 constexpr const char IndexName[] = "index.db";
 constexpr const char PartSuffix[] = ".part"; ///< of a file that is on its way
-constexpr qint64 DaySeconds = 24 * 60 * 60;
+constexpr qint64 DaySeconds = qint64(24) * 60 * 60;
 /// Above it a file is linked rather than copied. What another program writes into the original, rather than in its
 /// place, is written into the link too; the head then tells.
 constexpr qint64 LargestCopy = 32 << 20;
