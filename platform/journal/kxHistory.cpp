@@ -604,6 +604,7 @@ void kxHistory::endRun()
         if (entry.run == number)
             entry.run = 0;
     Q_EMIT changed();
+    rest(); // nobody goes on by hand, and a crash later in this turn is to find what the script did
 }
 
 // The file
