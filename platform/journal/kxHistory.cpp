@@ -343,6 +343,7 @@ bool kxHistory::canWalk(const Entry& entry) const
     if (entry.record == 0 || kxJournal::the().has(entry.record))
         return true;
     std::vector<quint64> known;
+    known.reserve(std::size_t(_stack->count()));
     for (int i = 0; i < _stack->count(); ++i)
         known.push_back(numberOf(_stack->command(i)));
     return !entry.steps.empty() &&

@@ -263,15 +263,15 @@ for signature in functions[name]:
     void clipsArePlaced_data()
     {
         kxColumns<QString, int, int>("call", "start", "end");
-        kxRow("start", QString("setAnimClipStart(c, 30, False)"), 30, 54);
-        kxRow("start, end kept", QString("setAnimClipStart(c, 30, True)"), 30, 44);
-        kxRow("start behind the end", QString("setAnimClipStart(c, 50, True)"), 20, 44);
-        kxRow("end", QString("setAnimClipEnd(c, 60, False)"), 36, 60);
+        kxRow("start", QString("setAnimClipStart(c, 30, False)"), 30, 66);
+        kxRow("start, end kept", QString("setAnimClipStart(c, 30, True)"), 30, 56);
+        kxRow("start behind the end", QString("setAnimClipStart(c, 60, True)"), 20, 56);
+        kxRow("end", QString("setAnimClipEnd(c, 60, False)"), 24, 60);
         kxRow("end, start kept", QString("setAnimClipEnd(c, 60, True)"), 20, 60);
-        kxRow("end before the start", QString("setAnimClipEnd(c, 10, True)"), 20, 44);
+        kxRow("end before the start", QString("setAnimClipEnd(c, 10, True)"), 20, 56);
         kxRow("duration", QString("setAnimClipDuration(c, 12)"), 20, 32);
     }
-    /// A clip from frame 20 to 44; its track stays.
+    /// A clip from frame 20 to 56; its track stays.
     void clipsArePlaced()
     {
         QFETCH(const QString, call);
@@ -279,7 +279,7 @@ for signature in functions[name]:
         QFETCH(const int, end);
         QVERIFY(kxScript::run("c = createAnimClip('placed', kxNodePtr())\n"
                               "assert addToAnimClip(c, findAnimBlock('block'), 12)\n"
-                              "setAnimClipStart(c, 20, False)\nsetAnimClipEnd(c, 44, True)"));
+                              "setAnimClipStart(c, 20, False)\nsetAnimClipEnd(c, 56, True)"));
         const osg::AnimNodePtr clip = osg::AnimNodePtr::dcast(kxAnimManager::getClipNodes().back());
         const float track = clip->getOffset().y();
         QVERIFY(kxScript::run(call.toStdString()));
