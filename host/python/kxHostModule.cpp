@@ -143,12 +143,13 @@ void defineVersions()
             "@return: The version's number.\n\n"
             "@rtype: int\n\n"
             "@raise OSError: It can't be written; the text says why.");
-    bp::def("goToVersion", kxHostFiles::goToVersion, bp::args("number"),
-            "Puts a version in place of the scene, as one entry of the history, or as a part of the running script's.\n\n"
-            "@param number: The version's number, as versions() gives it.\n\n"
-            "@type number: int\n\n"
-            "@raise LookupError: There is no such version.\n"
-            "@raise OSError: Its file can't be read; the text says why, and the scene stays as it is.");
+    bp::def(
+        "goToVersion", kxHostFiles::goToVersion, bp::args("number"),
+        "Puts a version in place of the scene, as one entry of the history, or as a part of the running script's.\n\n"
+        "@param number: The version's number, as versions() gives it.\n\n"
+        "@type number: int\n\n"
+        "@raise LookupError: There is no such version.\n"
+        "@raise OSError: Its file can't be read; the text says why, and the scene stays as it is.");
 }
 
 void defineFiles()
