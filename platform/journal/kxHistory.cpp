@@ -134,7 +134,8 @@ void kxHistory::settle()
     if (_isWalking || isCollecting() || kxUndoGesture::the().isHeld() || kxUndoRecorder::isActing())
         return;
     commit();
-    _isGliding = _open && kxUndoGesture::the().hasDragged(); // what a drag leaves may glide to its place
+    // What a drag leaves may glide to its place, while the mouse moves on.
+    _isGliding = _open && (_isGliding || kxUndoGesture::the().hasDragged());
     _open = _isGliding;
 }
 

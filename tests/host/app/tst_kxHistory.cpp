@@ -605,7 +605,11 @@ private Q_SLOTS:
             QVERIFY(dropBar(chance, 0.5, -30, 1)); // the second bar onto the first
             turns();
             QVERIFY(!barsRest(clips));
+            const int count = history.count();
+            QTest::mouseMove(widget<QGraphicsView>("_clipView")->viewport(), QPoint(9, 9)); // the hand moves on
+            turns();
             QTRY_VERIFY(!waits || barsRest(clips));
+            QVERIFY(history.count() <= count); // a bar that is back where it was leaves none
             QVERIFY(history.undo());
             while (bytes() == after && history.undo()) // the clip was selected as well
                 turns();
