@@ -155,6 +155,7 @@ void kxClipStructure::takeOut(const std::vector<AnimNodePtr>& nodes, const std::
 {
     // By id: what is taken out dies, with all that is left in it.
     std::vector<UInt32> bars;
+    bars.reserve(nodes.size());
     std::vector<UInt32> parents;
     for (const AnimNodePtr& node : nodes)
         bars.push_back(node->getId());
