@@ -20,8 +20,6 @@ using kxChangeWords::Thing;
 
 namespace
 {
-constexpr float UnitsATrack = 50;
-
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxChangeWords", text);
@@ -103,7 +101,7 @@ private:
             if (is.x() != was.x())
                 detail += tr(" by %1 frames").arg(kxFieldWords::frames(double(is.x()) - double(was.x()), _fps));
             if (is.y() != was.y())
-                detail += tr(" to track %1").arg(kxFieldWords::number(double(is.y() / UnitsATrack) + 1));
+                detail += tr(" to track %1").arg(kxFieldWords::track(is.y()));
             push(Act::Move, tr("Move"), detail);
         }
         if (isChanged("usePlayRange") || isChanged("playRange"))

@@ -17,7 +17,6 @@ using kxDifferenceWords::Side;
 
 namespace
 {
-constexpr float UnitsATrack = 50;
 constexpr std::size_t MostNumbers = 16; ///< of a list in JSON
 
 QString tr(const char* text)
@@ -57,7 +56,6 @@ QString was(const QString& is, const QString& was)
 QString offset(const Side& before, const Side& after)
 {
     const Vec2f then = std::get<Vec2f>(before.value), now = std::get<Vec2f>(after.value);
-    const auto track = [](const Vec2f& place) { return kxFieldWords::number(double(place.y() / UnitsATrack) + 1); };
     QStringList parts;
     if (then.x() != now.x())
     {
@@ -69,7 +67,7 @@ QString offset(const Side& before, const Side& after)
                                   kxFieldWords::frames(double(then.x()), before.outline.fps())));
     }
     if (then.y() != now.y())
-        parts << tr("is on track %1").arg(was(track(now), track(then)));
+        parts << tr("is on track %1").arg(was(kxFieldWords::track(now.y()), kxFieldWords::track(then.y())));
     return parts.join(QStringLiteral(", "));
 }
 

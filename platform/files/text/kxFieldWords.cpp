@@ -181,6 +181,12 @@ QString kxFieldWords::frames(double seconds, double fps)
     return number(std::round(kxFrameTime::frame(seconds, fps) * 1000) / 1000);
 }
 
+QString kxFieldWords::track(float y)
+{
+    constexpr float UnitsATrack = 50;
+    return number(double(y / UnitsATrack));
+}
+
 QString kxFieldWords::tangent(UInt32 type)
 {
     static const char* const names[] = {"constant", "linear", "flat", "hermite", "following", "free"};

@@ -32,6 +32,8 @@ struct KX_API kxFieldWords
     static QString number(double value);
     /// Frames of a time, "12" or "12.5".
     static QString frames(double seconds, double fps);
+    /// The track of an offset's y, from 0, as the clip maker writes it beside its tracks.
+    static QString track(float y);
     /// "linear" and the like; the number for what nobody knows.
     static QString tangent(osg::UInt32 type);
     static QString infinity(osg::UInt32 mode);

@@ -269,15 +269,15 @@ private:
         row("", "", [] {});
         row("Move 'Spin' by 12 frames in 'Show'", "'Spin' in clip 'Show': starts at frame 24 (was 12)",
             [this] { _bars[0]->moveBy(0.5f, 0); });
-        row("Move 'Spin' by -6 frames to track 2 in 'Show'",
-            "'Spin#2' in clip 'Show': starts at frame 90 (was 96), is on track 2 (was 3)",
+        row("Move 'Spin' by -6 frames to track 1 in 'Show'",
+            "'Spin#2' in clip 'Show': starts at frame 90 (was 96), is on track 1 (was 2)",
             [this] { _bars[1]->moveBy(-0.25f, -50); });
         row("Move 2 blocks by 24 frames in 'Show'",
             "'Spin' in clip 'Show': starts at frame 36 (was 12)\n'Spin#2' in clip 'Show': starts at frame 120 (was 96)",
             [this] { forBars([](auto bar) { bar->moveBy(1, 0); }); });
         row("Move 2 blocks in 'Show'",
             "'Spin' in clip 'Show': starts at frame 168 (was 12)\n'Spin#2' in clip 'Show': starts at frame 168 (was "
-            "96), is on track 1 (was 3)",
+            "96), is on track 0 (was 2)",
             [this] { forBars([](auto bar) { bar->setOffset(Vec2f(7, 0)); }); });
         row("Stretch 'Spin' by 1.5 in 'Show'",
             "'Spin' in clip 'Show': starts at frame -6 (was 12)\n'Spin' in clip 'Show': time scale 1.5 (was 1)",
