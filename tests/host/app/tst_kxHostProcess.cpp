@@ -213,7 +213,8 @@ saveScene("clips.kxs")
         QCOMPARE(idle.code, 3);
         QVERIFY(idle.errors.contains("display"));
         QCOMPARE(run({"--diff", "made.kxs", "more.kxs"}, false).code, 1);
-        QCOMPARE(run({"made.kxs", "--render", "w.png", "--size", "8x8"}, false).code, 0);
+        const Result picture = run({"made.kxs", "--render", "w.png", "--size", "8x8"}, false);
+        QVERIFY2(picture.code == 0, qPrintable(picture.errors));
         QVERIFY(QFileInfo(_folder.filePath("w.png")).isFile());
         const Result headless = run({"made.kxs", "--headless"}, false);
         QVERIFY(headless.code == 0 && !headless.errors.contains("display"));
