@@ -343,6 +343,7 @@ qint64 kxJournal::sceneSize() const
 void kxJournal::compact()
 {
     const auto isTooLarge = [this] { return _store->size() > 2 * _sceneSize + _spare; };
+    const auto isTakenBack = [this](quint64 number) { return _takenBack.count(number) != 0; };
     if (!isTooLarge())
         return;
     _sceneSize = sceneSize(); // it may have grown
@@ -351,9 +352,11 @@ void kxJournal::compact()
     // What was just made stays, and what is left can be walked in its order.
     while (isTooLarge() && _entries.size() > 1)
     {
-        const quint64 number = _takenBack.count(_entries.front()) == 0 ? _entries.front() : _entries.back();
-        gone.push_back(number);
-        forget(number);
+        const auto first = !isTakenBack(_entries.front())
+                               ? _entries.begin()
+                               : std::find_if(_entries.rbegin(), _entries.rend(), isTakenBack).base() - 1;
+        gone.push_back(*first);
+        forget(gone.back());
     }
     if (!gone.empty())
         dropUnused();

@@ -179,6 +179,12 @@ private Q_SLOTS:
         QVERIFY2(history.count() > 5 && history.count() < 50, QByteArray::number(history.count()).constData());
         while (history.undo())
             QVERIFY(savedBytes() == states[states.size() - 1 - std::size_t(history.count() - history.index())]);
+        const QByteArray before = savedBytes();
+        journal().setSpare(-(1 << 30)); // there is room for nothing but what was just made, after all that was undone
+        curve->editControlPoints().resize(7);
+        osg::markChanged(curve, AnimCurveBase::ControlPointsFieldMask);
+        history.flush();
+        QVERIFY(history.undo() && savedBytes() == before && history.redo());
         journal().setSpare(32 << 20);
     }
 
