@@ -213,8 +213,7 @@ bool kxHistory::dropPassing()
                     [](const kxJournal::Change& a, const kxJournal::Change& b)
                     { return a.id == b.id && a.before == b.after; }))
         return false;
-    forget(second);
-    forget(first);
+    kxJournal::the().withdraw(kxJournal::the().join(first.record, second.record));
     _entries.resize(_entries.size() - 2);
     _index = _entries.size();
     return true;
@@ -241,7 +240,7 @@ bool kxHistory::takeIn(Entry& entry)
 {
     if (entry.steps.empty() && !kxJournal::the().differs(entry.record))
     {
-        forget(entry);
+        kxJournal::the().withdraw(std::exchange(entry.record, 0));
         return false;
     }
     entry.isSelection = false;
@@ -597,10 +596,10 @@ void kxHistory::endRun()
             whole.isSelection = whole.isSelection && part.isSelection;
             whole.state = part.state;
         }
-        if (whole.record != 0)
-            takeIn(whole);
-        _entries.erase(_entries.begin() + std::ptrdiff_t(first) + 1, _entries.begin() + std::ptrdiff_t(_index));
-        _index = first + 1;
+        const bool isAny = whole.record == 0 ? !whole.steps.empty() : takeIn(whole);
+        const std::size_t end = first + (isAny ? 1 : 0);
+        _entries.erase(_entries.begin() + std::ptrdiff_t(end), _entries.begin() + std::ptrdiff_t(_index));
+        _index = end;
     }
     for (Entry& entry : _entries)
         if (entry.run == number)

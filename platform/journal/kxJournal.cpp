@@ -449,11 +449,19 @@ bool kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
     _store->begin();
     for (const kxJournalStore::Row& row : rows)
     {
-        const auto found = states.find(row.id);
+        const bool isNowhere = !row.isPresent && !isInScene(row.id) && row.record != record(row.id);
+        const auto found = isNowhere ? states.try_emplace(row.id).first : states.find(row.id);
         if (found == states.end())
+        {
             _store->dropRow(std::uint32_t(number), row.id);
-        else if (!row.isPresent && !found->second.isPresent && !row.record.isEmpty())
-            found->second.after = row.record; // as it was known while it was nowhere
+            continue;
+        }
+        State& state = found->second;
+        if (!isNowhere)
+            continue;
+        state.after = row.record; // as it was known while it was nowhere
+        if (!state.wasPresent)
+            state.before = record(row.id);
     }
     write(number, states);
     if (!_takenBack.erase(number))
@@ -470,6 +478,19 @@ void kxJournal::forget(quint64 number)
     _store->dropRows(std::uint32_t(number));
     _entries.erase(std::remove(_entries.begin(), _entries.end(), number), _entries.end());
     _takenBack.erase(number);
+}
+
+void kxJournal::withdraw(quint64 number)
+{
+    if (!has(number))
+        return;
+    _store->begin();
+    for (const kxJournalStore::Row& row : rowsOf(number))
+        if (!row.isPresent && !isInScene(row.id) && !row.record.isEmpty())
+            _store->setLatest(row.id, recordOf(row, record(row.id)));
+    forget(number);
+    if (!_store->commit())
+        fail(true);
 }
 
 bool kxJournal::differs(quint64 number) const

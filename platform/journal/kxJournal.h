@@ -55,6 +55,8 @@ public:
     bool exchange(quint64 number, const std::function<void()>& walkSteps);
     /// Drops an entry that isn't walked any more.
     void forget(quint64 number);
+    /// Drops the newest entry, which did nothing to the scene: what was in it only meanwhile is known again as before.
+    void withdraw(quint64 number);
     /// The database stays under twice the scene and this many bytes, beside a log of 32 MB at most; entries that make
     /// it larger are dropped.
     void setSpare(qint64 bytes) { _spare = bytes; }

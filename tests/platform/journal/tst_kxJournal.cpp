@@ -229,6 +229,54 @@ private Q_SLOTS:
         QCOMPARE(savedBytes(), before);
     }
 
+    void visitors_data()
+    {
+        kxColumns<bool, bool>("isOneEntry", "isMore");
+        kxRow("two entries, which leave none", false, false);
+        kxRow("one, which leaves none", true, false);
+        kxRow("one, with another change", true, true);
+    }
+    /// What was taken out comes back as it went, whatever it was while it was in the scene for a moment since.
+    void visitors()
+    {
+        QFETCH(const bool, isOneEntry);
+        QFETCH(const bool, isMore);
+        kxHistory& history = kxHistory::the();
+        history.clear();
+        const Share<Node> joint(nodeNamed("Joint"));
+        const NodePtr twin = nodeNamed("Twin");
+        const auto turn = [&](bool isComing)
+        {
+            isComing ? twin->addChild(joint.get()) : twin->subChild(joint.get());
+            osg::markChanged(twin, Node::ChildrenFieldMask);
+            history.flush();
+        };
+        std::vector<QByteArray> states{savedBytes()};
+        turn(false);
+        states.push_back(savedBytes());
+        joint->setNodeName("Visitor");
+        {
+            const auto whole = isOneEntry ? std::make_unique<kxHistory::Scope>(QStringLiteral("Visit")) : nullptr;
+            turn(true);
+            if (isMore)
+                kxAnimManager::the()->setFPS(47);
+            turn(false);
+        }
+        if (isMore)
+            states.push_back(savedBytes());
+        for (int round = 0; round < 2; ++round)
+        {
+            QCOMPARE(history.count(), int(states.size()) - 1);
+            for (int at = history.count(); at >= 0; --at)
+            {
+                history.setIndex(at);
+                QVERIFY2(savedBytes() == states[std::size_t(at)], QByteArray::number(at).constData());
+            }
+            history.setIndex(history.count());
+            QCOMPARE(savedBytes(), states.back());
+        }
+    }
+
     /// What died without a mark of its owner is found all the same.
     void unmarkedDeath()
     {
