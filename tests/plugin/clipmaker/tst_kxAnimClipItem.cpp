@@ -6,6 +6,7 @@
 #include <clipmaker/kxClipColor.h>
 
 #include <kxHeard.h>
+#include <kxMarks.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
@@ -292,7 +293,9 @@ private Q_SLOTS:
         kxClipFixture f;
         kxAnimClipItem* const bar = f.bar(1, 2);
         bar->setFlipped(true);
+        const kxMarks marks;
         bar->duplicateFlippedSelected(); // nothing is selected
+        QVERIFY(marks.has(bar->node()->getParent()));
         QCOMPARE(f.scene.bars().size(), 2);
         kxAnimAbstractClipItem* const copy = f.scene.bars()[1];
         QVERIFY(copy->node() != bar->node() && copy->node()->getCore() == bar->node()->getCore());

@@ -2,9 +2,11 @@
 
 #include <clipmaker/kxClipColor.h>
 #include <clipmaker/kxClipLayout.h>
+#include <frame/kxPaneHint.h>
 
 #include <kxUndo.h>
 
+#include <QPainter>
 #include <QtTest>
 
 using namespace osg;
@@ -191,18 +193,26 @@ private Q_SLOTS:
         kxShownClip f;
         f.scene.hideTimeItem();
         const QImage picture = f.port()->grab(QRect(200, 40, 800, 320)).toImage(); // beside column and strips
-        const auto areaOf = [&picture](const QColor& colour)
+        const auto areaOf = [](const QImage& image, const QColor& colour, bool isThis = true)
         {
             QRect area;
-            for (int x = 0; x < picture.width(); ++x)
-                for (int y = 0; y < picture.height(); ++y)
-                    if (picture.pixelColor(x, y) == colour)
+            for (int x = 0; x < image.width(); ++x)
+                for (int y = 0; y < image.height(); ++y)
+                    if ((image.pixelColor(x, y) == colour) == isThis)
                         area |= QRect(x, y, 1, 1);
             return area;
         };
-        const QRect title = areaOf(kxClipColor::HintTitle), text = areaOf(kxClipColor::Hint);
+        const QRect title = areaOf(picture, kxClipColor::HintTitle), text = areaOf(picture, kxClipColor::Hint);
         QVERIFY(!title.isEmpty() && text.bottom() > title.bottom() + 10); // in a colour of its own, below
         QVERIFY(std::abs((title | text).center().y() - picture.height() / 2) < 12);
+
+        QImage pane(600, 300, QImage::Format_RGB32);
+        pane.fill(Qt::red);
+        QPainter painter(&pane);
+        const QRect right = pane.rect().adjusted(200, 0, 0, 0);
+        kxPaneHint::paint(painter, right, {Qt::white, Qt::white, Qt::blue}, "Title", "What to do");
+        QVERIFY((areaOf(pane, Qt::red, false).center() - right.center()).manhattanLength() <= 2); // in the middle
+        QVERIFY(areaOf(pane, Qt::black).isEmpty());                                               // without a frame
     }
 
     void hearsKeys()

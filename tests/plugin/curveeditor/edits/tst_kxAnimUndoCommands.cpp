@@ -1,6 +1,7 @@
 #include <curveeditor/edits/kxAddAnimKeyUndoCommand.h>
 #include <curveeditor/edits/kxAnimCurveUndoCommand.h>
 #include <curveeditor/edits/kxAnimTangentUndoCommand.h>
+#include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/edits/kxTrashAnimationUndoCommand.h>
 
 #include <kxAnimFixture.h>
@@ -136,6 +137,24 @@ private Q_SLOTS:
         QVERIFY(there.mergeWith(&back));
         QVERIFY(!there.isObsolete());
         verifyThereAndBack(there, curve, before);
+    }
+
+    void changesAreSeenAtOnce()
+    {
+        const kxAnimFixture scope;
+        const osg::NodePtr box = kxAnimFixture::object("Box");
+        const osg::AnimNodePtr node = kxAnimFixture::curve("translation", "X", {{0, 1}, {2, 5}});
+        kxAnimManager::the()->addAnimation(box, node);
+        kxAnimManager::the()->setCurrentFrame(24, true, true);
+        const auto x = [&box] { return kxAnimFixture::transform(box)->getTranslation().x(); };
+        QCOMPARE(x(), 3.0f);
+        const osg::AnimCurvePtr curve = kxAnimFixture::curveOf(node);
+        Keys keys = keysOf(curve);
+        keys[1].setY(9);
+        kxKeyEdits::move({{curve->getId(), keys}});
+        QCOMPARE(x(), 5.0f);
+        kxKeyEdits::moveTangent({curve->getId(), 1}, true, {-1, -6}, false);
+        QVERIFY(x() < 5);
     }
 
     void tangentMovesMerge()
