@@ -186,21 +186,30 @@ bool kxDocument::saveAs()
 bool kxDocument::saveTo(const QString& file)
 {
     kxFileReport report(file);
+    // Whoever hears of saved() may say so, which the end of being busy would wipe away.
     if (!run(tr("Saving %1...").arg(QFileInfo(file).fileName()), tr("The scene can't be saved"), report,
-             [&] { return write(file, report); }))
+             [&] { return writeTo(file, report); }))
         return false;
     _recent.add(_path);
+    Q_EMIT saved(_path);
     return true;
 }
 
 bool kxDocument::write(const QString& file, kxFileReport& report)
+{
+    if (!writeTo(file, report))
+        return false;
+    Q_EMIT saved(_path);
+    return true;
+}
+
+bool kxDocument::writeTo(const QString& file, kxFileReport& report)
 {
     const QString path = QFileInfo(file).absoluteFilePath();
     Q_EMIT aboutToSave(path);
     if (!kxSceneIO::save(path, report))
         return false;
     setPath(path);
-    Q_EMIT saved(path);
     return true;
 }
 

@@ -90,6 +90,8 @@ private:
     void hasOpened(const QString& path);
     /// The scene is in no file; `source` is what it came from.
     void hasOpenedUnsaved(const QString& source);
+    /// Writes without telling that it was saved().
+    bool writeTo(const QString& file, kxFileReport& report);
     void setPath(const QString& path);
 
     Dialogs _dialogs;

@@ -21,9 +21,12 @@ QString tr(const char* text)
     return QCoreApplication::translate("kxFileDialogs", text);
 }
 
-QString folder(const QString& kind)
+/// Where the last one of its kind was chosen; else `otherwise`, and the home folder where that is empty.
+QString folder(const QString& kind, const QString& otherwise = QString())
 {
-    return kxHostSettings().value(QStringLiteral("folder/") + kind, QDir::homePath()).toString();
+    return kxHostSettings()
+        .value(QStringLiteral("folder/") + kind, otherwise.isEmpty() ? QDir::homePath() : otherwise)
+        .toString();
 }
 
 QString remembered(const QString& kind, const QString& file)
@@ -118,23 +121,23 @@ QString kxFileDialogs::askForVersionPath(QMainWindow* window, const QString& fol
     return askForPath(window, tr("Save Version As"), folder.isEmpty() ? name : folder + QLatin1Char('/') + name);
 }
 
-QString kxFileDialogs::askForScene(QMainWindow* window)
+QString kxFileDialogs::askForScene(QMainWindow* window, const QString& lastFolder)
 {
-    return remembered(
-        QStringLiteral("scene"),
-        QFileDialog::getOpenFileName(window, tr("Open"), folder(QStringLiteral("scene")), kxSceneIO::openFilter()));
+    const QString start = lastFolder.isEmpty() ? folder(QStringLiteral("scene")) : lastFolder;
+    return remembered(QStringLiteral("scene"),
+                      QFileDialog::getOpenFileName(window, tr("Open"), start, kxSceneIO::openFilter()));
 }
 
-QString kxFileDialogs::askForModel(QMainWindow* window)
+QString kxFileDialogs::askForModel(QMainWindow* window, const QString& lastFolder)
 {
-    return remembered(
-        QStringLiteral("model"),
-        QFileDialog::getOpenFileName(window, tr("Import"), folder(QStringLiteral("model")), kxSceneIO::openFilter()));
+    return remembered(QStringLiteral("model"),
+                      QFileDialog::getOpenFileName(window, tr("Import"), folder(QStringLiteral("model"), lastFolder),
+                                                   kxSceneIO::openFilter()));
 }
 
-QString kxFileDialogs::askForComparison(QMainWindow* window, const QString& file)
+QString kxFileDialogs::askForComparison(QMainWindow* window, const QString& place)
 {
-    const QString start = file.isEmpty() ? folder(QStringLiteral("scene")) : file;
+    const QString start = place.isEmpty() ? folder(QStringLiteral("scene")) : place;
     return QFileDialog::getOpenFileName(window, tr("Compare With File"), start, kxSceneIO::openFilter());
 }
 

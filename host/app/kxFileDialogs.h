@@ -10,14 +10,16 @@ namespace kxFileDialogs
 /// Fills in the document's dialogs.
 void install(kxDocument& document, QMainWindow* window);
 
-/// A file the user chooses, empty where they take it back. The folder of the last one of its `kind` is remembered.
-QString askForScene(QMainWindow* window);
-QString askForModel(QMainWindow* window);
+/// A file the user chooses, empty where they take it back. The folder of the last one of its kind is remembered.
+/// Starts in `lastFolder`, where files were used last, or in the one remembered where that is empty.
+QString askForScene(QMainWindow* window, const QString& lastFolder = QString());
+/// Starts in the folder remembered, or in `lastFolder` where there is none.
+QString askForModel(QMainWindow* window, const QString& lastFolder);
 /// Starts in `folder`, or in the one remembered where that is empty.
 QString askForExport(QMainWindow* window, const QString& folder, const QString& name);
 QString askForScript(QMainWindow* window);
-/// Proposes `file`, what was saved last, where that isn't empty.
-QString askForComparison(QMainWindow* window, const QString& file);
+/// Starts at `place`, a folder or a file to propose, or in the folder remembered where that is empty.
+QString askForComparison(QMainWindow* window, const QString& place);
 /// Where a version is to be written.
 QString askForVersionPath(QMainWindow* window, const QString& folder, const QString& name);
 

@@ -140,8 +140,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     statusBar()->addPermanentWidget(_selectionText);
     connect(_document, &kxDocument::changed, this, &kxMainWindow::updateTitle);
     connect(_document, &kxDocument::saved, this,
-            [this](const QString& file)
-            { statusBar()->showMessage(tr("Saved %1").arg(QFileInfo(file).fileName()), 4000); });
+            [this](const QString& file) { say(tr("Saved '%1'").arg(QFileInfo(file).fileName())); });
     connect(_document, &kxDocument::opened, _view, &kxView3D::frameAll);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMainWindow::updateSelectionText);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxMainWindow::updateSelectionText);
@@ -429,16 +428,29 @@ bool kxMainWindow::saveScreenshot(const QString& file, QString& error)
     return false;
 }
 
+QString kxMainWindow::lastFolder() const
+{
+    const QStringList recent = _document->recentFiles().files();
+    return !_document->folder().isEmpty() || recent.isEmpty() ? _document->folder()
+                                                              : QFileInfo(recent.front()).absolutePath();
+}
+
+void kxMainWindow::say(const QString& text)
+{
+    kxLog::info(text);
+    statusBar()->showMessage(text, 6000);
+}
+
 void kxMainWindow::openWithDialog()
 {
-    const QString file = kxFileDialogs::askForScene(this);
+    const QString file = kxFileDialogs::askForScene(this, lastFolder());
     if (!file.isEmpty())
         _document->openFile(file);
 }
 
 void kxMainWindow::importWithDialog()
 {
-    const QString file = kxFileDialogs::askForModel(this);
+    const QString file = kxFileDialogs::askForModel(this, lastFolder());
     if (!file.isEmpty() && _document->importFile(file))
         _view->frameAll();
 }
@@ -447,12 +459,13 @@ void kxMainWindow::exportWithDialog()
 {
     const QString file = kxFileDialogs::askForExport(this, _document->folder(), _document->name());
     if (!file.isEmpty() && _document->exportTo(file))
-        statusBar()->showMessage(tr("Exported %1").arg(QFileInfo(file).fileName()), 4000);
+        say(tr("Exported '%1'").arg(QFileInfo(file).fileName()));
 }
 
 void kxMainWindow::compareWithDialog()
 {
-    const QString file = kxFileDialogs::askForComparison(this, _document->path());
+    const QString source = _document->source();
+    const QString file = kxFileDialogs::askForComparison(this, source.isEmpty() ? lastFolder() : source);
     if (file.isEmpty())
         return;
     auto dialog = std::make_unique<kxCompareDialog>(file, *_document, this);
@@ -502,8 +515,7 @@ void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
     }
     const QString text = frames ? tr("%n pictures written to %1", nullptr, written).arg(QFileInfo(dialog.file()).path())
                                 : tr("%1 written").arg(dialog.file());
-    kxLog::info(text);
-    statusBar()->showMessage(text, 6000);
+    say(text);
 }
 
 void kxMainWindow::runScriptWithDialog()

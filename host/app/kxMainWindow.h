@@ -58,6 +58,9 @@ public:
     /// A line for the user that stays in the status bar.
     void showNotice(const QString& text);
 
+    /// Of the open scene, else of the last file that was opened or saved; empty where there is none.
+    QString lastFolder() const;
+
     // What the menus ask for
     void openWithDialog();
     void importWithDialog();
@@ -97,6 +100,8 @@ private:
     /// What the mouse and the keys do to the view at this moment.
     void updateHint();
     void renderWith(kxRenderDialog& dialog, bool frames);
+    /// What a command did, in the status line for a while and in the log.
+    void say(const QString& text);
 
     kxDocument* _document;
     QKXDockWindowManager* _docks;

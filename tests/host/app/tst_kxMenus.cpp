@@ -5,6 +5,7 @@
 #include <app/kxWelcome.h>
 #include <journal/kxHistory.h>
 #include <journal/kxVersions.h>
+#include <kernel/kxLogModel.h>
 #include <kxAnswer.h>
 #include <kxIconManager.h>
 #include <kxShortcut.h>
@@ -170,6 +171,35 @@ private Q_SLOTS:
         QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
         QVERIFY2(entries("Tools").startsWith("New Open... Save Undo Redo - "), qPrintable(entries("Tools")));
         QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
+    }
+
+    void savedAndBesideIt()
+    {
+        const auto startOf = [this](const char* entry)
+        {
+            QString start;
+            kxAnswer<QFileDialog>(
+                [&start](QFileDialog& dialog)
+                {
+                    start = dialog.directory().dirName();
+                    dialog.reject();
+                });
+            action(entry)->trigger();
+            return start;
+        };
+        QVERIFY(QDir(path("")).mkpath("scenes") && _window->document().saveTo(path("scenes/fan.kxs")));
+        addObject("A");
+        action("_actionSave")->trigger();
+        QCOMPARE(_window->statusBar()->currentMessage(), QString("Saved 'fan.kxs'"));
+        QCOMPARE(kxLogModel::the().entries().back().text, QString("Saved 'fan.kxs'"));
+        const auto starts = [&startOf]
+        { return startOf("_actionOpen") + ' ' + startOf("_actionImport") + ' ' + startOf("_actionCompareWithFile"); };
+        QCOMPARE(starts(), QString("scenes scenes scenes"));
+        QVERIFY(_window->document().newScene());
+        QCOMPARE(starts(), QString("scenes scenes scenes")); // the last one there was
+        QVERIFY(QDir(path("")).mkpath("models"));
+        kxHostSettings().setValue("folder/model", path("models"));
+        QCOMPARE(starts(), QString("scenes models scenes"));
     }
 
     void comparesWithAFile()
