@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 using namespace osg;
@@ -91,9 +92,7 @@ private:
     {
         told({"offset", "scale", "usePlayRange", "playRange"});
         if (isChanged("scale"))
-            push(
-                Act::Move, tr("Stretch"),
-                tr(" by %1").arg(kxFieldWords::number(double(after<float>("scale")) / double(before<float>("scale")))));
+            push(Act::Move, tr("Stretch"), stretch());
         else if (isChanged("offset"))
         {
             const Vec2f was = before<Vec2f>("offset"), is = after<Vec2f>("offset");
@@ -113,6 +112,21 @@ private:
                                                         kxFieldWords::frames(double(range.y()), _fps))
                                              : tr(" whole"));
         }
+    }
+
+    /// The new length as the clip maker shows it, and the start where the bar was taken by that.
+    QString stretch() const
+    {
+        const double is = double(after<float>("scale")), was = double(before<float>("scale"));
+        const double length = double(_thing.end - _thing.start);
+        if (length <= 0)
+            return tr(" by %1").arg(kxFieldWords::number(is / was));
+        const auto start = [this](const Vec2f& offset, double scale)
+        { return kxFieldWords::frames(double(offset.x()) + double(_thing.start) * scale, _fps); };
+        const QString from = start(after<Vec2f>("offset"), is);
+        return tr(" to %1 frames (was %2)")
+                   .arg(kxFieldWords::frames(length * is, _fps), kxFieldWords::frames(length * was, _fps)) +
+               (from == start(before<Vec2f>("offset"), was) ? QString() : tr(" from frame %1").arg(from));
     }
 
     void addField(const FieldContainerType& type, const std::string& name)
@@ -205,37 +219,60 @@ private:
 struct Gathered
 {
     Act first;
-    std::set<std::pair<UInt32, QString>> things;
-    bool sameDetail = true, samePlace = true, sameKind = true, sameName = true;
+    std::map<std::pair<UInt32, QString>, Thing> things; // by id, those without one by name
+    bool sameDetail = true, samePlace = true, sameName = true;
 
     void add(const Act& act)
     {
-        if (!things.emplace(act.thing.id, act.thing.id == 0 ? act.thing.name : QString()).second)
+        if (!things.emplace(std::make_pair(act.thing.id, act.thing.id == 0 ? act.thing.name : QString()), act.thing)
+                 .second)
             return;
         first.count += things.size() > 1 ? act.count : 0;
         sameDetail = sameDetail && act.detail == first.detail;
         samePlace = samePlace && act.place == first.place;
-        sameKind = sameKind && act.thing.kind == first.thing.kind;
         sameName = sameName && act.thing.name == first.thing.name;
     }
 
     QString phrase() const
     {
-        QString text =
+        const QString verb =
             first.counted.isEmpty() ? first.verb : first.verb.arg(kxFieldWords::counted(first.count, first.counted));
-        const QString kind = first.thing.kind;
+        const bool hasPlace = samePlace && !first.place.isEmpty();
+        return verb + QLatin1Char(' ') + named() +
+               (hasPlace && first.thing.isOf ? tr(" of '%1'").arg(first.place) : QString()) +
+               (sameDetail ? first.detail : QString()) +
+               (hasPlace && !first.thing.isOf ? tr(" in '%1'").arg(first.place) : QString());
+    }
+
+private:
+    QString named() const
+    {
         const bool isOne = things.size() == 1 || (first.rank == Act::Rename && sameName && sameDetail); // with clones
         if (!isOne)
-            text += QLatin1Char(' ') +
-                    kxFieldWords::counted(things.size(), sameKind && !kind.isEmpty() ? kind : tr("thing"));
-        else if (first.thing.name.isEmpty())
-            text += tr(" the %1").arg(kind.isEmpty() ? tr("scene") : kind);
-        else
-            text +=
-                (first.namesKind ? QLatin1Char(' ') + kind : QString()) + QStringLiteral(" '%1'").arg(first.thing.name);
-        if (sameDetail)
-            text += first.detail;
-        return samePlace && !first.place.isEmpty() ? text + tr(" in '%1'").arg(first.place) : text;
+            return counted();
+        const QString kind = first.thing.kind;
+        if (first.thing.name.isEmpty())
+            return tr("the %1").arg(kind.isEmpty() ? tr("scene") : kind);
+        return (first.namesKind ? kind + QLatin1Char(' ') : QString()) + QStringLiteral("'%1'").arg(first.thing.name);
+    }
+
+    /// "clip 'Show' with 12 animations", "3 objects and 2 materials".
+    QString counted() const
+    {
+        std::map<std::pair<int, QString>, std::vector<const Thing*>> byKind;
+        for (const auto& entry : things)
+        {
+            const QString kind = entry.second.kind.isEmpty() ? tr("thing") : entry.second.kind;
+            byKind[{kxFieldWords::order(kind), kind}].push_back(&entry.second);
+        }
+        QStringList parts;
+        for (const auto& [kind, some] : byKind)
+            parts << (some.size() == 1 && byKind.size() > 1 && !some.front()->name.isEmpty()
+                          ? QStringLiteral("%1 '%2'").arg(kind.second, some.front()->name)
+                          : kxFieldWords::counted(some.size(), kind.second));
+        const bool isLed = parts.size() > 1 && first.namesKind && byKind.begin()->second.size() == 1;
+        return isLed ? tr("%1 with %2").arg(parts.first(), kxFieldWords::joined(parts.mid(1)))
+                     : kxFieldWords::joined(parts);
     }
 };
 } // namespace

@@ -51,6 +51,10 @@ QString nameOf(const AttachmentContainerPtr& container)
 /// The container by which a user knows this one.
 AttachmentContainerPtr known(const FieldContainerPtr& container)
 {
+    const NodePtr node = NodePtr::dcast(container);
+    const AnimAttachmentPtr gathering = node == NullFC ? AnimAttachmentPtr() : kxAttachmentRegistry::ofRoot(node);
+    if (gathering != NullFC && !gathering->getParents().empty())
+        return gathering->getParents().front();
     if (const NodeCorePtr core = NodeCorePtr::dcast(container))
         return core->getParents().empty() ? NodePtr() : core->getParents().front();
     if (const AttachmentPtr attachment = AttachmentPtr::dcast(container))
@@ -124,6 +128,14 @@ private:
         if (found.name.isEmpty() && name != state.fields.end())
             found.name = QString::fromStdString(std::get<std::string>(name->second));
         found.id = change.id;
+        const auto owner = _ownerBefore.find(change.id);
+        if (change.after.type == nullptr && found.place.isEmpty() && owner != _ownerBefore.end() &&
+            state.type->isDerivedFrom(AnimNodeBase::_type))
+        {
+            const Thing above = _finder(owner->second);
+            found.place = above.name;
+            found.isOf = above.id != owner->second;
+        }
         return found;
     }
 
@@ -151,7 +163,16 @@ private:
         return !gathers && (state.type->isDerivedFrom(Node::_type) || state.type->isDerivedFrom(MaterialBase::_type));
     }
 
-    /// Made or gone, where nothing that holds it came or went as well.
+    bool isAnimation(const Change& change) const { return present(change).type->isDerivedFrom(AnimNodeBase::_type); }
+
+    /// Curves of an object count as its keys.
+    bool isChannel(const Change& change) const
+    {
+        const auto core = _byId.find(present(change).core);
+        return core != _byId.end() && present(*core->second).type->isDerivedFrom(AnimCurveBase::_type);
+    }
+
+    /// Made or gone, where nothing that holds it came or went as well; the animations of an object for themselves.
     void addLife(std::vector<Act>& acts, const Change& change) const
     {
         const bool made = change.before.type == nullptr;
@@ -159,7 +180,11 @@ private:
             return;
         for (const Change* above = holder(change); above != nullptr; above = holder(*above))
             if ((made ? above->before : above->after).type == nullptr && isThing(*above))
-                return;
+            {
+                if (!isAnimation(change) || isAnimation(*above) || isChannel(change))
+                    return;
+                break;
+            }
         Act act = kxChangeActs::act(made ? Act::Make : Act::Delete, made ? tr("Make") : tr("Delete"),
                                     thing(change, present(change)));
         act.namesKind = true;
@@ -177,6 +202,8 @@ private:
                 continue;
             Act act = kxChangeActs::act(Act::Move, tr("Move"), _finder(child));
             act.place.clear();
+            if (change.before.type == nullptr && isAnimation(change) && isThing(change))
+                act.rank = Act::Follow; // a block takes what it is made of
             const QString from = _finder(before->second).name, to = _finder(change.id).name;
             act.detail = (from.isEmpty() ? QString() : tr(" from '%1'").arg(from)) +
                          (to.isEmpty() ? tr(" to the top") : tr(" to '%1'").arg(to));
@@ -224,12 +251,14 @@ Thing kxChangeWords::find(UInt32 id)
     thing.kind = kxFieldWords::kind(container->getType(), hasCore ? &node->getCore()->getType() : nullptr);
     thing.id = container->getId();
     thing.name = nameOf(container);
-    if (node == NullFC || !node->getType().isDerivedFrom(AnimNodeBase::_type) || node->getParent() == NullFC)
+    const AnimNodePtr animation = AnimNodePtr::dcast(node);
+    if (animation != NullFC)
+        animation->getContentExtent(thing.start, thing.end);
+    if (animation == NullFC || node->getParent() == NullFC)
         return thing;
-    thing.place = nameOf(node->getParent());
-    const AnimAttachmentPtr attachment = kxAttachmentRegistry::ofRoot(node->getParent());
-    if (attachment != NullFC && !attachment->getParents().empty())
-        thing.place = nameOf(attachment->getParents().front());
+    const AttachmentContainerPtr place = known(node->getParent());
+    thing.place = nameOf(place);
+    thing.isOf = place != AttachmentContainerPtr(node->getParent());
     return thing;
 }
 
@@ -237,6 +266,20 @@ QString kxChangeWords::of(const std::vector<Change>& changes, double fps, const 
 {
     return kxChangeActs::sentence(Edit(changes, fps, finder).acts());
 }
+
+namespace
+{
+/// Start and end are one range to a user.
+QString rangeText(const Settings& after, const std::string& name, const QString& label)
+{
+    const auto end = [&](const char* word)
+    {
+        const auto found = after.find(name + word);
+        return found == after.end() ? QString() : kxFieldWords::number(found->second);
+    };
+    return tr("%1 to %2 to %3").arg(label, end("Start"), end("End"));
+}
+} // namespace
 
 QString kxChangeWords::of(const Settings& before, const Settings& after)
 {
@@ -247,7 +290,13 @@ QString kxChangeWords::of(const Settings& before, const Settings& after)
         if (was == before.end() || was->second == value)
             continue;
         const kxFieldWords words = kxFieldWords::ofSetting(name);
-        texts << tr("Set %1 to %2").arg(words.label, words.value(FieldValue(float(value))));
+        if (name.rfind("fullRange", 0) == 0)
+            texts << rangeText(after, "fullRange", tr("full range"));
+        else if (name.rfind("detailedRange", 0) == 0)
+            texts << rangeText(after, "detailedRange", tr("detailed range"));
+        else
+            texts << tr("%1 to %2").arg(words.label, words.value(FieldValue(float(value))));
     }
-    return texts.isEmpty() ? QString() : texts.first() + (texts.size() > 1 ? tr(" and more") : QString());
+    texts.removeDuplicates();
+    return texts.isEmpty() ? QString() : tr("Set %1").arg(kxFieldWords::joined(texts));
 }

@@ -36,7 +36,10 @@ struct Thing
     osg::UInt32 id = 0; ///< of the node or material; 0 where the user knows none
     QString kind;       ///< see kxFieldWords::kind()
     QString name;
-    QString place; ///< the clip, block or object in which an animation is; empty for others
+    QString place;     ///< the clip, block or object in which an animation is; empty for others
+    bool isOf = false; ///< the place is the object that it animates
+    /// What an animation plays in one pass, in its own seconds; the same where it has no extent.
+    float start = 0, end = 0;
 };
 /// Asked for containers by id, living and dead ones.
 typedef std::function<Thing(osg::UInt32 id)> Finder;

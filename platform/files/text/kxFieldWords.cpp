@@ -221,6 +221,23 @@ QString kxFieldWords::kind(const FieldContainerType& type, const FieldContainerT
     return type.isDerivedFrom(AnimNodeBase::_type) ? tr("group of animations") : tr("object");
 }
 
+int kxFieldWords::order(const QString& kind)
+{
+    static const QStringList kinds = {tr("clip"),      tr("sequence"), tr("object"),    tr("variant set"),
+                                      tr("camera"),    tr("light"),    tr("viewpoint"), tr("group of animations"),
+                                      tr("animation"), tr("shot"),     tr("block"),     tr("trigger"),
+                                      tr("channel"),   tr("material")};
+    const int at = kinds.indexOf(kind);
+    return at < 0 ? kinds.size() : at;
+}
+
+QString kxFieldWords::joined(const QStringList& texts)
+{
+    return texts.size() < 2
+               ? texts.value(0)
+               : tr("%1 and %2").arg(texts.mid(0, texts.size() - 1).join(QStringLiteral(", ")), texts.last());
+}
+
 QString kxFieldWords::counted(std::size_t count, const QString& kind)
 {
     if (count == 1)

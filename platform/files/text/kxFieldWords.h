@@ -39,6 +39,10 @@ struct KX_API kxFieldWords
     static QString infinity(osg::UInt32 mode);
     /// "object", "clip", "channel"; empty for what a user has no word for. `core` null for what has none.
     static QString kind(const osg::FieldContainerType& type, const osg::FieldContainerType* core);
+    /// Kinds in the order in which a user counts them up: what holds others before what is held.
+    static int order(const QString& kind);
+    /// "a, b and c".
+    static QString joined(const QStringList& texts);
     /// "3 keys"; `count` 1 gives "1 key".
     static QString counted(std::size_t count, const QString& kind);
 };

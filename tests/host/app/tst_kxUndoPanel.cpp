@@ -152,8 +152,8 @@ private Q_SLOTS:
         kxHistory::the().flush();
         kxAnimManager::the()->setFullRangeEnd(70);
         kxHistory::the().flush();
-        QCOMPARE(rows(), QStringList({"Start", "Move 'translation.X' by 12 frames in 'Door'", "Delete material 'Oak'",
-                                      "Set end of the full range to 70"}));
+        QCOMPARE(rows(), QStringList({"Start", "Move 'translation.X' of 'Door' by 12 frames", "Delete material 'Oak'",
+                                      "Set full range to 0 to 70"}));
     }
 
     void aRowLeadsToItsStep()

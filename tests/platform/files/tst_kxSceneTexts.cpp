@@ -248,9 +248,19 @@ private Q_SLOTS:
     {
         QCOMPARE(kxChangeWords::of({{"fps", 24}, {"fullRangeEnd", 10}}, {{"fps", 29.97}, {"fullRangeEnd", 10}}),
                  QString("Set frame rate to 29.97"));
-        QCOMPARE(
-            kxChangeWords::of({{"fullRangeEnd", 10}, {"loopTimeline", 0}}, {{"fullRangeEnd", 7}, {"loopTimeline", 1}}),
-            QString("Set end of the full range to 7 and more"));
+        const kxChangeWords::Settings before = {{"detailedRangeEnd", 9},
+                                                {"detailedRangeStart", 3},
+                                                {"fullRangeEnd", 10},
+                                                {"fullRangeStart", 2},
+                                                {"loopTimeline", 0}};
+        kxChangeWords::Settings after = before;
+        after["fullRangeEnd"] = 70;
+        QCOMPARE(kxChangeWords::of(before, after), QString("Set full range to 2 to 70"));
+        after["detailedRangeEnd"] = 60;
+        after["detailedRangeStart"] = 5;
+        after["loopTimeline"] = 1;
+        QCOMPARE(kxChangeWords::of(before, after),
+                 QString("Set detailed range to 5 to 60, full range to 2 to 70 and loop of the timeline to on"));
     }
 
 private:
@@ -279,7 +289,9 @@ private:
             "'Spin' in clip 'Show': starts at frame 168 (was 12)\n'Spin#2' in clip 'Show': starts at frame 168 (was "
             "96), is on track 0 (was 2)",
             [this] { forBars([](auto bar) { bar->setOffset(Vec2f(7, 0)); }); });
-        row("Stretch 'Spin' by 1.5 in 'Show'",
+        row("Stretch 'Spin' to 36 frames (was 72) in 'Show'", "'Spin#2' in clip 'Show': time scale 0.5 (was 1)",
+            [this] { _bars[1]->setScale(0.5f); });
+        row("Stretch 'Spin' to 108 frames (was 72) from frame -6 in 'Show'",
             "'Spin' in clip 'Show': starts at frame -6 (was 12)\n'Spin' in clip 'Show': time scale 1.5 (was 1)",
             [this] { _bars[0]->scaleBy(1.5f, 2); });
         row("Flip 'Spin' in 'Show'", "'Spin#2' in clip 'Show': is flipped", [this] { _bars[1]->setFlipped(true); });
@@ -335,10 +347,21 @@ private:
             [this] { _curve->setPostInfinityMode(UInt32(InfinityMode::Loop)); });
         row("Make clip 'Two' in 'Show'", "Clip 'Two' in clip 'Show': added, with 1 block, 1 channel",
             [this] { _clip->addChild(kxAnimFixture::clip("Two", {kxAnimFixture::clone(_bars[0], 1)})); });
-        row("Make block 'Drive' in 'Car'", "Block 'Drive' of 'Car': added, with 1 channel",
+        row("Make block 'Drive' of 'Car'", "Block 'Drive' of 'Car': added, with 1 channel",
             [this] {
                 kxAnimFixture::added(_car,
                                      kxAnimFixture::block("Drive", {kxAnimFixture::curve("scale", "X", {{0, 1}})}));
+            });
+        row("Make clip 'Two' with object 'Pair' and 2 blocks",
+            "Clip 'Two': added, with 1 block, 1 channel\nBlock 'Drive' of 'Car': added, with 1 channel\nObject 'Pair': "
+            "added, with 1 block, 1 channel",
+            [this]
+            {
+                const NodePtr pair = kxAnimFixture::object("Pair");
+                for (const NodePtr& node : {pair, _car})
+                    kxAnimFixture::added(node,
+                                         kxAnimFixture::block("Drive", {kxAnimFixture::curve("scale", "X", {{0, 1}})}));
+                kxAnimFixture::added(kxAnimFixture::clip("Two", {kxAnimFixture::clone(_block, 1)}));
             });
         row("Delete block 'Spin' in 'Show'", "Block 'Spin#2' in clip 'Show': removed, with 1 channel",
             [this] { _clip->subChild(_bars[1]); });
