@@ -402,8 +402,6 @@ void kxAnimGraphPoint::mouseReleaseEvent(QGraphicsSceneMouseEvent* event)
         curve()->takeTangents(key());
     cacheTangents();
     _isDragging = false;
-    if (kxAnimGraphScene* const graph = graphScene())
-        graph->keyDrag().end();
 }
 
 void kxAnimGraphPoint::hoverEnterEvent(QGraphicsSceneHoverEvent* event)

@@ -20,7 +20,6 @@ public:
     /// Moves the held key by `way` from where it was at the beginning, and the others with it. Writes the keys; those
     /// that snapping, locks or ties hold where they are leave no step.
     void move(const QPointF& way);
-    void end() { _keys.clear(); }
 
 private:
     struct Key
