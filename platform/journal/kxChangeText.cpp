@@ -4,6 +4,7 @@
 #include <files/scene/kxFieldCodec.h>
 #include <files/text/kxChangeWords.h>
 #include <files/text/kxFieldWords.h>
+#include <files/text/kxKeyChange.h>
 #include <journal/kxContainerRecord.h>
 #include <kxAnimManager.h>
 #include <osg/AnimAttachments.h>
@@ -104,7 +105,9 @@ std::vector<CCPnt> changedKeys(const Keys& before, const Keys& now)
     for (const bool places : {true, false})
     {
         for (std::size_t i = 0; i < now.size(); ++i)
-            if (places ? before[i].point() != now[i].point() : before[i] != now[i])
+            if (places ? before[i].point() != now[i].point()
+                       : before[i] != now[i] &&
+                             (i == 0 || !kxKeyChange::follows(before[i - 1], now[i - 1], before[i], now[i])))
                 changed.push_back(now[i]);
         if (!changed.empty())
             break;

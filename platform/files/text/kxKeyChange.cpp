@@ -23,6 +23,7 @@ struct Counter
 {
     kxKeyChange& change;
     bool isOneShift = true;
+    const CCPnt *leftBefore = nullptr, *leftAfter = nullptr; // the pair before
 
     void pair(const CCPnt& before, const CCPnt& after)
     {
@@ -34,8 +35,13 @@ struct Counter
             change.shift = change.shift.value_or(shift);
             ++change.moved;
         }
-        else
-            ++(before.y() != after.y() ? change.changed : change.tangents);
+        else if (before.y() != after.y())
+            ++change.changed;
+        else if (leftAfter == nullptr || leftAfter + 1 != &after ||
+                 !kxKeyChange::follows(*leftBefore, *leftAfter, before, after))
+            ++change.tangents;
+        leftBefore = &before;
+        leftAfter = &after;
     }
 };
 
@@ -68,6 +74,13 @@ bool isLower(const CCPnt& a, const CCPnt& b)
     return a.y() < b.y();
 }
 } // namespace
+
+bool kxKeyChange::follows(const CCPnt& leftBefore, const CCPnt& leftAfter, const CCPnt& before, const CCPnt& after)
+{
+    const bool isStep = leftBefore.outType == TangentType::Constant || leftAfter.outType == TangentType::Constant;
+    return isStep && leftBefore.outType != leftAfter.outType && before.point() == after.point() &&
+           before.outType == after.outType && before.outtangent() == after.outtangent();
+}
 
 kxKeyChange kxKeyChange::between(const MField<CCPnt, 0>& before, const MField<CCPnt, 0>& after)
 {

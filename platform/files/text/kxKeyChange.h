@@ -17,6 +17,11 @@ struct KX_API kxKeyChange
     std::size_t tangents = 0;   ///< keys that stay and have other tangents
     std::optional<float> shift; ///< seconds that all moved keys went
 
+    /// The key behind one that became constant, or isn't any more: its in side follows from that, and nothing else of
+    /// it is another. Each key as it was and is.
+    static bool follows(const osg::CCPnt& leftBefore, const osg::CCPnt& leftAfter, const osg::CCPnt& before,
+                        const osg::CCPnt& after);
+
     static kxKeyChange between(const osg::MField<osg::CCPnt, 0>& before, const osg::MField<osg::CCPnt, 0>& after);
 
     bool isNone() const { return moved + changed + added + removed + tangents == 0; }

@@ -72,6 +72,9 @@ private Q_SLOTS:
         kxRow("time", Keys{key(0, 0), key(1.5f, 1)}, 1, "Door0, translation.X, frame 36");
         kxRow("both", Keys{key(0.5f, 0), key(2, 1)}, 1, "Door0, translation.X, frames 12 to 48");
         kxRow("tangent", Keys{key(0, 0), tangent}, 1, "Door0, translation.X, frame 24");
+        osg::CCPnt step = key(0, 0), behind = key(1, 1);
+        step.outType = behind.inType = osg::TangentType::Constant;
+        kxRow("constant", Keys{step, behind}, 1, "Door0, translation.X, frame 0");
         kxRow("one more", Keys{key(0, 0), key(0.3f, 2), key(1, 1)}, 1, "Door0, translation.X, frame 7.2");
         kxRow("one less", Keys{key(0, 0)}, 1, "Door0, translation.X, frame 24");
         kxRow("several objects", Keys{key(0, 0), key(1, 5)}, 3, "3 objects, frame 24");

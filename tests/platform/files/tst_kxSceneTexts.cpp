@@ -338,6 +338,13 @@ private:
         row("Change tangents of 3 keys of 'rotation.Y' in 'Spin'",
             "'rotation.Y' in 'Spin' of 'Fan': tangents of 3 keys changed",
             [this] { forKeys(0, 3, [](CCPnt& key) { key.outType = 4; }); });
+        row("Change tangents of 1 key of 'rotation.Y' in 'Spin'",
+            "'rotation.Y' in 'Spin' of 'Fan': tangents of 1 key changed",
+            [this]
+            {
+                forKeys(1, 2, [](CCPnt& key) { key.outType = TangentType::Constant; });
+                forKeys(2, 3, [](CCPnt& key) { key.inType = TangentType::Constant; });
+            });
         row("Add 1 key to 'rotation.Y' in 'Spin'", "'rotation.Y' in 'Spin' of 'Fan': 1 key added",
             [this] { _curve->addPoint(Pnt2f(1.5f, 4), Vec2f(), Vec2f(), 3, 3, true, true); });
         row("Delete 1 key of 'rotation.Y' in 'Spin'", "'rotation.Y' in 'Spin' of 'Fan': 1 key removed",
