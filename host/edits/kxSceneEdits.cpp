@@ -443,7 +443,8 @@ void kxSceneEdits::deleteMaterials(const std::vector<osg::MaterialPtr>& material
 int kxSceneEdits::assignMaterial(const Nodes& nodes, const osg::MaterialPtr& material)
 {
     const kxScopedUndo scope(true);
-    const QString text = kxUndoString(QStringLiteral("Assign Material"), QStringLiteral("Materials"));
+    const QString text = kxUndoString(QStringLiteral("Assign %1"), QStringLiteral("Materials"))
+                             .arg(QString::fromStdString(kxMaterials::getName(material)));
     int count = 0;
     for (const osg::NodePtr& root : topmost(nodes))
         osg::traverse(root,

@@ -51,22 +51,30 @@ kxChangeWords::State stateOf(const QByteArray& record)
                                                           : kxContainerRecord::value(content.values[i], fields[i].kind);
     return state;
 }
-} // namespace
 
-QString kxChangeText::act(const std::vector<Change>& changes)
+/// Of containers; of too many only the first.
+std::vector<kxChangeWords::Change> statesOf(const std::vector<Change>& changes)
 {
     std::vector<kxChangeWords::Change> stated;
-    QString ofScene;
     qint64 bytes = 0;
     for (const Change& change : changes)
     {
         bytes += change.before.size() + change.after.size();
+        if (change.id != 0 && bytes <= MostWords)
+            stated.push_back({change.id, stateOf(change.before), stateOf(change.after)});
+    }
+    return stated;
+}
+} // namespace
+
+QString kxChangeText::act(const std::vector<Change>& changes)
+{
+    const std::vector<kxChangeWords::Change> stated = statesOf(changes);
+    QString ofScene;
+    for (const Change& change : changes)
         if (change.id == 0)
             ofScene = kxChangeWords::of(kxSceneRecord::read(change.before).animation,
                                         kxSceneRecord::read(change.after).animation);
-        else if (bytes <= MostWords)
-            stated.push_back({change.id, stateOf(change.before), stateOf(change.after)});
-    }
     const bool hasMade = std::any_of(stated.begin(), stated.end(),
                                      [](const kxChangeWords::Change& change)
                                      { return change.before.type == nullptr || change.after.type == nullptr; });
@@ -182,4 +190,10 @@ QString kxChangeText::detail(const std::vector<Change>& changes)
                       ? tr("frame %1").arg(frameText(span->first))
                       : tr("frames %1 to %2").arg(frameText(span->first), frameText(span->second)));
     return parts.join(QStringLiteral(", "));
+}
+
+QString kxChangeText::subject(const std::vector<Change>& changes, const QString& title)
+{
+    const QString keys = detail(changes);
+    return keys.isEmpty() ? kxChangeWords::subject(statesOf(changes), title, kxAnimManager::the()->fps()) : keys;
 }

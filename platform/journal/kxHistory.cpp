@@ -258,9 +258,9 @@ void kxHistory::tell(const Entry& entry)
                   changes.end());
     if (entry.steps.empty() && !entry.isScript)
         entry.act = kxChangeText::act(changes);
-    else
-        entry.detail = kxChangeText::detail(changes);
-    if (entry.isScript && entry.detail.isEmpty())
+    else if (!entry.isScript)
+        entry.detail = kxChangeText::subject(changes, entry.act);
+    else if (entry.detail = kxChangeText::detail(changes); entry.detail.isEmpty())
         entry.detail = kxChangeText::act(changes); // a script's name doesn't say what it did
 }
 

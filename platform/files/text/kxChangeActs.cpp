@@ -7,6 +7,7 @@
 #include <osg/AnimNode.h>
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -180,8 +181,12 @@ private:
         const kxFieldWords words = kxFieldWords::of(type, name);
         const FieldValue& value = *this->value(_change.after, name);
         const bool isShort = value.index() <= 3 || value.index() == 7; // a number, a text
-        push(Act::Change, tr("Change %1 of").arg(words.label),
-             isShort ? tr(" to %1").arg(words.value(value)) : QString());
+        Act& act = push(Act::Change, tr("Change %1 of").arg(words.label));
+        if (isShort)
+        {
+            act.value = words.value(value);
+            act.detail = tr(" to %1").arg(act.value);
+        }
     }
 
     void addKeys()
@@ -237,14 +242,41 @@ struct Gathered
     {
         const QString verb =
             first.counted.isEmpty() ? first.verb : first.verb.arg(kxFieldWords::counted(first.count, first.counted));
-        const bool hasPlace = samePlace && !first.place.isEmpty();
+        const QString detail = sameDetail ? first.detail : QString();
         return verb + QLatin1Char(' ') + named() +
-               (hasPlace && first.thing.isOf ? tr(" of '%1'").arg(first.place) : QString()) +
-               (sameDetail ? first.detail : QString()) +
-               (hasPlace && !first.thing.isOf ? tr(" in '%1'").arg(first.place) : QString());
+               (first.thing.isOf ? placeText() + detail : detail + placeText()); // of comes first
+    }
+
+    /// By their names, without a verb.
+    QString subject(const QString& title) const
+    {
+        constexpr std::size_t MostNames = 3;
+        QStringList names;
+        bool isNamed = first.rank != Act::Make; // a copy's title names what it was copied from
+        for (const auto& entry : things)
+        {
+            const QString& name = entry.second.name;
+            const QString word = QRegularExpression::escape(name);
+            isNamed = isNamed && title.contains(QRegularExpression(QStringLiteral("(?<!\\w)%1(?!\\w)").arg(word)));
+            if (!name.isEmpty() && !names.contains(QStringLiteral("'%1'").arg(name)))
+                names << QStringLiteral("'%1'").arg(name);
+        }
+        QStringList parts;
+        if (!isNamed && !names.isEmpty())
+            parts << (things.size() > MostNames ? counted() : names.join(QStringLiteral(", "))) + placeText();
+        if (sameDetail && !first.value.isEmpty())
+            parts << first.value;
+        return parts.join(QStringLiteral(", "));
     }
 
 private:
+    QString placeText() const
+    {
+        if (!samePlace || first.place.isEmpty())
+            return QString();
+        return (first.thing.isOf ? tr(" of '%1'") : tr(" in '%1'")).arg(first.place);
+    }
+
     QString named() const
     {
         const bool isOne = things.size() == 1 || (first.rank == Act::Rename && sameName && sameDetail); // with clones
@@ -294,7 +326,10 @@ void kxChangeActs::addFields(std::vector<Act>& acts, const Change& change, const
     Fields(acts, change, thing, fps, finder).add();
 }
 
-QString kxChangeActs::sentence(const std::vector<Act>& acts)
+namespace
+{
+/// The weightiest first.
+std::vector<Gathered> gather(const std::vector<Act>& acts)
 {
     std::vector<Gathered> gathered;
     for (const Act& act : acts)
@@ -307,6 +342,19 @@ QString kxChangeActs::sentence(const std::vector<Act>& acts)
     }
     std::stable_sort(gathered.begin(), gathered.end(),
                      [](const Gathered& a, const Gathered& b) { return a.first.rank < b.first.rank; });
+    return gathered;
+}
+} // namespace
+
+QString kxChangeActs::subject(const std::vector<Act>& acts, const QString& title)
+{
+    const std::vector<Gathered> gathered = gather(acts);
+    return gathered.empty() || gathered.front().first.rank == Act::Rename ? QString() : gathered.front().subject(title);
+}
+
+QString kxChangeActs::sentence(const std::vector<Act>& acts)
+{
+    const std::vector<Gathered> gathered = gather(acts);
     if (gathered.empty())
         return QString();
     const auto further = std::count_if(gathered.begin() + 1, gathered.end(),

@@ -86,7 +86,7 @@ public:
             const Change& change = *entry.second;
             if (change.before.type != nullptr && change.after.type != nullptr)
             {
-                const Thing thing = _finder(change.id);
+                const Thing thing = present(change.id, change.after);
                 kxChangeActs::addFields(acts, change, thing, _fps, _finder);
                 addOrder(acts, change, thing);
                 addUnsharing(acts, change, thing);
@@ -112,6 +112,19 @@ private:
         const auto* const ids = root == state.fields.end() ? nullptr : std::get_if<std::vector<UInt32>>(&root->second);
         if (ids != nullptr && !ids->empty())
             owners[ids->front()] = id;
+    }
+
+    /// As it was called when it was changed: it may have another name by now.
+    Thing present(UInt32 id, const State& state) const
+    {
+        Thing found = _finder(id);
+        const auto name = state.fields.find("nodeName");
+        const bool isCurve = found.kind == kxFieldWords::kind(AnimNodeBase::_type, &AnimCurveBase::_type);
+        const bool isSame =
+            found.id == 0 || (found.id == id && !found.name.isEmpty() && !isCurve); // or it is gone by now
+        if (name != state.fields.end() && isSame)
+            found.name = QString::fromStdString(std::get<std::string>(name->second));
+        return found;
     }
 
     /// The kind of what came or went, from the states: a dead container can't be asked.
@@ -265,6 +278,12 @@ Thing kxChangeWords::find(UInt32 id)
 QString kxChangeWords::of(const std::vector<Change>& changes, double fps, const Finder& finder)
 {
     return kxChangeActs::sentence(Edit(changes, fps, finder).acts());
+}
+
+QString kxChangeWords::subject(const std::vector<Change>& changes, const QString& title, double fps,
+                               const Finder& finder)
+{
+    return kxChangeActs::subject(Edit(changes, fps, finder).acts(), title);
 }
 
 namespace

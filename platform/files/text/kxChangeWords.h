@@ -50,6 +50,10 @@ KX_API Thing find(osg::UInt32 id);
 /// changes the weightiest is named. `fps` frames a second.
 KX_API QString of(const std::vector<Change>& changes, double fps, const Finder& finder = &find);
 
+/// What the edit that has this title was made to: see kxChangeActs::subject().
+KX_API QString subject(const std::vector<Change>& changes, const QString& title, double fps,
+                       const Finder& finder = &find);
+
 /// The same for values that belong to the scene and to no container, by name; see kxSceneTiming.
 typedef std::map<std::string, double> Settings;
 KX_API QString of(const Settings& before, const Settings& after);

@@ -120,10 +120,17 @@ private Q_SLOTS:
 
     void stepsSayWhatTheyDidToWhat()
     {
+        const osg::MaterialPtr oak = addMaterial("Oak"), teak = addMaterial("Teak");
         const osg::NodePtr door = addObject("Door"), knob = addObject("Knob", door);
+        const std::vector<osg::NodePtr> panes = {addSurface("Left", oak), addSurface("Right", oak)};
         animate(door);
         kxHistory::the().flush();
         kxHistory::the().clear();
+        kxSceneEdits::setField({teak}, "roughness", osg::FieldValue(0.75f));
+        kxSceneEdits::assignMaterial(panes, teak);
+        kxSceneEdits::setVisible(panes, false);
+        kxSceneEdits::deleteMaterials({oak});
+        kxSceneEdits::addMaterial();
         kxSceneEdits::setVisible({knob}, false);
         kxSceneEdits::rename(knob, "Handle");
         kxSceneEdits::duplicateNodes({door});
@@ -135,8 +142,10 @@ private Q_SLOTS:
         for (const auto& channel : channels)
             if (channel.name == "rotation" && channel.suffix == "Y")
                 value->setOSGFieldValue(channel, 30, true);
-        QCOMPARE(rows(), QStringList({"Start", "Hide Knob", "Rename Knob to Handle", "Duplicate Door",
-                                      "Set rotation.Y of Handle"}));
+        QCOMPARE(rows(), QStringList({"Start", "Change Roughness of Teak: 0.75", "Assign Teak: 'Left', 'Right'",
+                                      "Hide 2 Objects: 'Left', 'Right'", "Delete Material: 'Oak'",
+                                      "Add Material: 'Material'", "Hide Knob", "Rename Knob to Handle",
+                                      "Duplicate Door: 'Door_1'", "Set rotation.Y of Handle"}));
     }
 
     void editsThatAreNoStepsSayWhatTheyDid()
@@ -151,11 +160,17 @@ private Q_SLOTS:
         bar->moveBy(0.5f, 0);
         osg::markChanged(bar, osg::AnimNodeBase::OffsetFieldMask);
         kxHistory::the().flush();
-        kxScene::the()->subMaterial(oak); // which dies
+        rows();
+        const osg::NodePtr root = bar->getParent();
+        root->subChild(bar); // dies
+        osg::markChanged(root, osg::Node::ChildrenFieldMask);
+        kxHistory::the().flush();
+        kxScene::the()->subMaterial(oak); // dies too
         kxHistory::the().flush();
         kxAnimManager::the()->setFullRangeEnd(70);
         kxHistory::the().flush();
-        QCOMPARE(rows(), QStringList({"Start", "Move 'translation.X' of 'Door' by 12 frames", "Delete material 'Oak'",
+        QCOMPARE(rows(), QStringList({"Start", "Move 'translation.X' of 'Door' by 12 frames",
+                                      "Delete channel 'translation.X' of 'Door'", "Delete material 'Oak'",
                                       "Set full range to 0 to 70"}));
     }
 
