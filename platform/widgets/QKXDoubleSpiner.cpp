@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <kxLog.h>
 #include <widgets/kxFieldHint.h>
 #include <widgets/kxFieldUndo.h>
 #include <widgets/kxSpinerText.h>
@@ -195,20 +196,21 @@ void QKXDoubleSpiner::applyInput()
     }
     RelativeOperator op;
     double operand;
-    if (parseRelative(bareText(typed), op, operand))
-        applyOperator(op, operand);
+    if (parseRelative(bareText(typed), op, operand) && !applyOperator(op, operand))
+        kxLog::warning(tr("'%1' changes nothing: the result isn't a number.").arg(typed));
 }
 
-/// `operand` comes from the user: a typed number, or the length of a step.
-void QKXDoubleSpiner::applyOperator(RelativeOperator op, double operand)
+/// `operand` comes from the user: a typed number, or the length of a step. False where there is no result.
+bool QKXDoubleSpiner::applyOperator(RelativeOperator op, double operand)
 {
     double result = value();
     if (!applyRelative(op, operand, result))
-        return;
+        return false;
     const bool absolute = op == RelativeSet || op == RelativeAssign;
     if (_mode == 0)
         setValue(result);
     Q_EMIT relativeOperatorApplied(op, absolute ? qBound(minimum(), operand, maximum()) : operand);
+    return true;
 }
 
 void QKXDoubleSpiner::wheelEvent(QWheelEvent* event)

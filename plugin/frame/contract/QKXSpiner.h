@@ -74,7 +74,7 @@ protected:
 private:
     QString bareText(const QString& text) const;
     void applyInput();
-    void applyOperator(RelativeOperator op, double operand);
+    bool applyOperator(RelativeOperator op, double operand);
 
     int _mode = 0;
 };

@@ -1,4 +1,5 @@
 #include <QKXSpiner.h>
+#include <kernel/kxLogModel.h>
 #include <kxTable.h>
 
 #include <QLineEdit>
@@ -222,6 +223,18 @@ private Q_SLOTS:
 
     void neverHoldsANumberThatIsNotFinite()
     {
+        for (const int mode : {0, 1})
+        {
+            kxLogModel::the().clear();
+            QKXDoubleSpiner divided;
+            divided.setRelativeOperatorHandlingMode(mode);
+            divided.setSuffix(" m");
+            divided.setValue(7);
+            type(divided, "/=0");
+            QCOMPARE(divided.value(), 7.0);
+            QCOMPARE(kxLogModel::the().entries().size(), std::size_t(1)); // and not in silence
+            QVERIFY(kxLogModel::the().entries().back().text.startsWith("'/=0 m' changes nothing"));
+        }
         QKXDoubleSpiner field;
         field.setValue(2);
         field.setValue(qQNaN());
