@@ -32,6 +32,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <optional>
 
 kxAnimCurveEditor* kxAnimCurveEditor::_the = nullptr;
 
@@ -308,7 +309,9 @@ void kxAnimCurveEditor::clear()
     _channels->clear();
     _graphView->setAnimations({});
     _graphView->announceNodes(); // no marks on the timeline either
-    _hasFramed = false;
+    _hasFramed = _tooManyObjects = _tooManyRows = _onlyBlocks = false;
+    _window->statusbar->clearMessage();
+    updateFrameAndValue();
 }
 
 void kxAnimCurveEditor::updateTree()
@@ -456,6 +459,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         _channels->clear();
     }
     const kxGraphKeySelection keys(*scene());
+    std::optional<kxAnimGraphScene::Rebuild> once(scene()); // nobody's field goes for a moment, and the focus with it
     _graphView->setAnimations({});
     kxSelectedContainers selected;
     for (QTreeWidgetItem* const item : tree->selectedItems())
@@ -480,6 +484,7 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
         keys.restore(*scene());
         frameFirstCurves();
     }
+    once.reset();
     updateStatus();
     _graphView->announceNodes();
 }

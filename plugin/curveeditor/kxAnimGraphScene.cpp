@@ -67,7 +67,7 @@ kxAnimGraphScene::Rebuild::~Rebuild()
     if (_scene.isNull() || --_scene->_rebuilds > 0)
         return;
     _scene->blockSignals(_wasBlocked);
-    if (_selected != _scene->selectedCount())
+    if (_selected > 0 || _scene->selectedCount() > 0)
         Q_EMIT _scene->selectionChanged();
 }
 
@@ -311,6 +311,8 @@ void kxAnimGraphScene::changedSelection()
         if (!point.isNull() && !point->isSelected())
             point->setTangentsVisible(false);
     _withTangents.assign(selected.begin(), selected.end());
+    if (!selected.isEmpty())
+        _gone.clear();
     for (kxAnimGraphPoint* const point : selected)
         point->setTangentsVisible(true);
 }
@@ -379,12 +381,14 @@ void kxAnimGraphScene::deleteSelectedPoints()
         if (point->index() >= 0)
             indices[point->curve()->curveId()].push_back(unsigned(point->index()));
 
+    const kxGraphKeySelection selection(*this);
     const kxScopedUndo scope(true); // the step is reported when the items show it
     {
         const Rebuild rebuild(this);
         kxKeyEdits::remove(std::move(indices));
         for (const auto& [id, item] : items)
             item->rebuildFromCurve();
+        selection.restore(*this);
     }
     kxSend(kxMessageName::UpdateClipScene);
 }

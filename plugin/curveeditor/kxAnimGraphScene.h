@@ -3,6 +3,7 @@
 #include <curveeditor/edits/kxKeyEdits.h>
 #include <curveeditor/kxAnimGraphPicture.h>
 #include <curveeditor/kxAnimKeyDrag.h>
+#include <curveeditor/kxGraphKeySelection.h>
 #include <frame/kxCallbacks.h>
 
 #include <osg/AnimCurve.h>
@@ -26,8 +27,8 @@ class kxAnimGraphScene : public QGraphicsScene
     Q_OBJECT
 public:
     /// A stretch in which key items die or are made anew: selectionChanged() is held back, so that nobody meets an item
-    /// that is half gone, and goes out once after it where the selection became another. Within another one, and with
-    /// null, it does nothing.
+    /// that is half gone, and goes out once after it where a key was or is selected: the same may stand elsewhere.
+    /// Within another one, and with null, it does nothing.
     class Rebuild
     {
     public:
@@ -100,6 +101,10 @@ public:
 
     kxAnimKeyDrag& keyDrag() { return _keyDrag; }
 
+    /// The keys that were selected when they went, until a key is selected.
+    const kxGraphKeySelection::Curves& goneSelection() const { return _gone; }
+    void setGoneSelection(const kxGraphKeySelection::Curves& keys) { _gone = keys; }
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
@@ -147,7 +152,8 @@ private:
     int _rebuilds = 0;         // that are open
     kxAnimTimeItem* _timeItem; // owned through the scene
 
-    std::vector<QPointer<kxAnimGraphCurve>> _curves;       // in the order in which they were made
+    std::vector<QPointer<kxAnimGraphCurve>> _curves; // in the order in which they were made
+    kxGraphKeySelection::Curves _gone;
     std::vector<QPointer<kxAnimGraphPoint>> _withTangents; // the keys that were selected, and so show their handles
     kxAnimGraphPicture _picture;
     kxAnimKeyDrag _keyDrag{*this};

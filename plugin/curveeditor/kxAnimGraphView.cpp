@@ -159,9 +159,13 @@ void kxAnimGraphView::refresh()
 {
     const kxGraphKeySelection selected(*_scene);
     std::vector<unsigned int> ids = _nodeIds;
-    setAnimations(nodes());
+    {
+        const kxAnimGraphScene::Rebuild once(_scene); // nobody's field goes for a moment, and the focus with it
+        setAnimations(nodes());
+        selected.restore(*_scene);
+    }
     _nodeIds = std::move(ids); // what was deleted is shown again where that is undone
-    selected.restore(*_scene);
+    Q_EMIT sceneChanged();
 }
 
 void kxAnimGraphView::followCurves()
@@ -200,10 +204,15 @@ void kxAnimGraphView::changedFPS(kxMessage&)
 {
     if (theView == nullptr)
         return;
-    const kxAnimGraphScene::Rebuild rebuild(theView->_scene);
-    for (kxAnimGraphCurve* const curve : theView->_scene->curves())
-        curve->rebuildFromCurve();
+    {
+        const kxGraphKeySelection selected(*theView->_scene);
+        const kxAnimGraphScene::Rebuild rebuild(theView->_scene);
+        for (kxAnimGraphCurve* const curve : theView->_scene->curves())
+            curve->rebuildFromCurve();
+        selected.restore(*theView->_scene);
+    }
     theView->updatePointScale();
+    Q_EMIT theView->sceneChanged();
 }
 
 void kxAnimGraphView::pasteKeys(kxMessage&)

@@ -92,6 +92,9 @@ kxGraphKeySelection::kxGraphKeySelection(const kxAnimGraphScene& scene)
     for (const kxAnimGraphCurve* const curve : scene.curves())
         if (!curve->selectedKeys().isEmpty())
             _curves.emplace(curve->curveId(), keysOf(*curve));
+    _areGone = _curves.empty();
+    if (_areGone)
+        _curves = scene.goneSelection();
 }
 
 void kxGraphKeySelection::restore(kxAnimGraphScene& scene) const
@@ -105,9 +108,14 @@ void kxGraphKeySelection::restore(kxAnimGraphScene& scene) const
         if (found == _curves.end())
             continue;
         Keys keys = keysOf(*curve);
-        handOver(found->second, keys);
+        if (_areGone)
+            handOver(found->second, keys, {allOf(found->second), allOf(keys)}, isSamePlace);
+        else
+            handOver(found->second, keys);
         for (int i = 0; i < curve->points().size(); ++i)
             if (keys[std::size_t(i)].isSelected)
                 curve->points().at(i)->setSelected(true);
     }
+    if (scene.selectedCount() == 0)
+        scene.setGoneSelection(_curves);
 }

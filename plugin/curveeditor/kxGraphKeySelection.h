@@ -10,7 +10,8 @@ class kxAnimGraphScene;
 /// Which keys of the graph are selected, kept over the time in which its items are made anew from changed curves.
 ///
 /// A key is known again by its place. Those that changed theirs, as by an undone move, are known by their order among
-/// each other, or by their time where some of them came or went.
+/// each other, or by their time where some of them came or went. Selected keys that are gone, as by a deletion, are
+/// remembered by the scene until others are selected, so that they are selected where they come back to their place.
 class kxGraphKeySelection
 {
 public:
@@ -26,7 +27,9 @@ public:
         bool isSelected = false;
     };
     typedef std::vector<Key> Keys;
+    typedef std::map<unsigned int, Keys> Curves; // by id, all keys of each curve with a selected one
 
 private:
-    std::map<unsigned int, Keys> _curves; // by id, all keys of each curve with a selected one
+    Curves _curves;
+    bool _areGone = false; // they are what the scene remembers
 };

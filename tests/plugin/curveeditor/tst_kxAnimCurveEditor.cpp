@@ -292,7 +292,7 @@ private Q_SLOTS:
         kxColumns<QString, QList<int>, QList<int>, QList<int>>("what", "selected", "done", "undone");
         typedef QList<int> Frames;
         kxRow("moved past others", "+30", Frames{10, 20}, Frames{40, 50}, Frames{10, 20});
-        kxRow("deleted", "delete", Frames{10}, Frames{}, Frames{});
+        kxRow("deleted", "delete", Frames{10, 30}, Frames{}, Frames{10, 30});
         kxRow("a key added before them", "key", Frames{20, 30}, Frames{20, 30}, Frames{20, 30});
     }
 

@@ -79,7 +79,10 @@ private Q_SLOTS:
         // Each key lands where another was.
         Q_EMIT _editor->form->_frame->relativeOperatorApplied(RelativeAdd, 1);
         QCOMPARE(keysOf(curve), (Keys{{1, 2}, {2, 4}, {3, 6}}));
+        _editor->form->_value->setFocus();
         kxUndoStack::get(0).stack()->undo();
+        _editor->deliver(kxMessageId::AnimationsChanged);
+        QCOMPARE(_editor->window.focusWidget(), _editor->form->_value);
         kxUndoStack::get(0).stack()->undo();
         QCOMPARE(keysOf(curve), (Keys{{0, 1}, {1, 2}, {2, 3}}));
         QCOMPARE(_editor->curves().front()->point(2)->pos(), QPointF(2, 3));
@@ -175,6 +178,17 @@ private Q_SLOTS:
         _editor->channels->keyAll();
         _editor->channels->selectAll(); // two objects and what can be keyed of them
         QVERIFY(said("More than 20 rows") && !said("objects"));
+        _editor->deliver(kxMessageId::NewScene);
+        QVERIFY(!said("More than"));
+        _editor->select({_editor->animated("Cup")});
+        choose(*_editor, "View", "Lock Objects");
+        kxSend(kxMessageName::UpdateGraphView); // made anew, keys are free
+        QVERIFY(!said("locked"));
+        _editor->curves().front()->point(1)->setSelected(true);
+        QCOMPARE(_editor->form->_frame->value(), 24.0);
+        kxAnimManager::the()->setFPS(60);
+        QCOMPARE(_editor->form->_frame->value(), 60.0);
+        kxAnimManager::the()->setFPS(24);
     }
 
     void whatACommandLeftOutIsSaid()
