@@ -4,6 +4,7 @@
 #include <curveeditor/kxAnimChannelWidget.h>
 #include <curveeditor/kxAnimCurveEditorGUIW.h>
 #include <curveeditor/kxAnimCurveEditorMenus.h>
+#include <curveeditor/kxAnimGraphCurve.h>
 #include <curveeditor/kxAnimGraphScene.h>
 #include <curveeditor/kxAnimGraphView.h>
 #include <curveeditor/kxGraphKeySelection.h>
@@ -491,8 +492,16 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
 
 void kxAnimCurveEditor::frameFirstCurves()
 {
-    if (_hasFramed || scene()->curves().isEmpty())
+    if (_hasFramed)
         return;
-    _hasFramed = true;
-    _graphView->frameAll();
+    const QList<kxAnimGraphCurve*> curves = scene()->curves();
+    const auto hasKeys = [&curves](int count)
+    {
+        return std::any_of(curves.begin(), curves.end(),
+                           [count](const kxAnimGraphCurve* curve) { return curve->points().size() >= count; });
+    };
+    // Single keys have no extent to keep: they are framed until there is a curve that leads from key to key.
+    _hasFramed = hasKeys(2);
+    if (hasKeys(1))
+        _graphView->frameAll();
 }

@@ -215,6 +215,21 @@ private Q_SLOTS:
         QVERIFY(static_cast<kxAnimTreeWidgetItem*>(made.front())->animNode() != osg::NullFC);
     }
 
+    void framesTheFirstCurvesThatLeadSomewhere()
+    {
+        _editor->show();
+        _editor->select({kxAnimFixture::object("Ball")});
+        const auto keyAt = [this](double frame)
+        {
+            kxAnimManager::the()->setCurrentFrame(frame, false, true);
+            _editor->channels->keyAll();
+            const QRect port = _editor->graph->viewport()->rect();
+            return port.contains(_editor->graph->mapFromScene(frame, 0));
+        };
+        QVERIFY(keyAt(300) && keyAt(1800));
+        QVERIFY(!keyAt(9000)); // the zoom is the user's
+    }
+
     /// What others than the curve editor make, take out and bring back.
     void followsScripts()
     {
