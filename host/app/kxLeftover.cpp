@@ -34,6 +34,7 @@ bool kxLeftover::isWanted()
     const kxRecovery recovery(journal());
     if (!recovery.hasChanges())
         return false;
+    _isReadable = recovery.isReadable();
     _path = recovery.note(kxJournalNote::Path);
     _text = recovery.note(kxJournalNote::Text);
     _time = QDateTime::fromString(recovery.note(kxJournalNote::Time), Qt::ISODate);

@@ -22,6 +22,8 @@ public:
     const QString& path() const { return _path; }
     /// "engine, last change 12:03:05, 'Move key'".
     QString description() const;
+    /// False where its journal is damaged so that nothing can be made of it.
+    bool isReadable() const { return _isReadable; }
     void remove();
 
 private:
@@ -37,4 +39,5 @@ private:
     std::unique_ptr<QLockFile> _lock;
     QString _path, _text;
     QDateTime _time;
+    bool _isReadable = true;
 };

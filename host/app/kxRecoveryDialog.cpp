@@ -14,44 +14,53 @@ kxRecoveryDialog::kxRecoveryDialog(std::vector<kxLeftover> leftovers, std::funct
 {
     setObjectName(QStringLiteral("_recoveryDialog"));
     setWindowTitle(tr("Recovered Changes"));
-    auto* const text = new QLabel(tr("The application ended before these changes were saved. A scene opens as unsaved; "
-                                     "its file stays as it is until you save."),
-                                  this);
-    text->setWordWrap(true);
+    auto* const label =
+        new QLabel(tr("The application ended before these changes were saved. A scene opens as unsaved; "
+                      "its file stays as it is until you save."),
+                   this);
+    label->setWordWrap(true);
     _list->setObjectName(QStringLiteral("_recoveryList"));
     for (const kxLeftover& leftover : _leftovers)
     {
-        auto* const item = new QListWidgetItem(tr("Recovered: %1").arg(leftover.description()), _list);
-        item->setToolTip(QDir::toNativeSeparators(leftover.path()));
+        const QString text = leftover.isReadable() ? tr("Recovered: %1") : tr("Damaged, nothing can be read: %1");
+        auto* const item = new QListWidgetItem(text.arg(leftover.description()), _list);
+        item->setToolTip(QDir::toNativeSeparators(leftover.path().isEmpty() ? leftover.journal() : leftover.path()));
     }
-    _list->setCurrentRow(0);
     connect(_list, &QListWidget::itemActivated, this, &kxRecoveryDialog::openCurrent);
 
     auto* const buttons = new QDialogButtonBox(this);
-    const auto addButton = [&](const QString& label, QDialogButtonBox::ButtonRole role, const char* name)
+    const auto addButton = [&](const QString& word, QDialogButtonBox::ButtonRole role, const char* name)
     {
-        QPushButton* const button = buttons->addButton(label, role);
+        QPushButton* const button = buttons->addButton(word, role);
         button->setObjectName(QLatin1String(name));
         return button;
     };
-    QPushButton* const opens = addButton(tr("Open"), QDialogButtonBox::AcceptRole, "_recoveryOpen");
+    _opens = addButton(tr("Open"), QDialogButtonBox::AcceptRole, "_recoveryOpen");
     addButton(tr("Keep for Later"), QDialogButtonBox::RejectRole, "_recoveryKeep");
     QPushButton* const deletes = addButton(tr("Delete"), QDialogButtonBox::DestructiveRole, "_recoveryDelete");
-    opens->setDefault(true);
-    connect(opens, &QPushButton::clicked, this, &kxRecoveryDialog::openCurrent);
+    _opens->setDefault(true);
+    connect(_list, &QListWidget::currentRowChanged, this, &kxRecoveryDialog::showCurrent);
+    _list->setCurrentRow(0);
+    connect(_opens, &QPushButton::clicked, this, &kxRecoveryDialog::openCurrent);
     connect(deletes, &QPushButton::clicked, this, &kxRecoveryDialog::deleteCurrent);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* const layout = new QVBoxLayout(this);
-    layout->addWidget(text);
+    layout->addWidget(label);
     layout->addWidget(_list, 1);
     layout->addWidget(buttons);
     resize(620, 240);
 }
 
+void kxRecoveryDialog::showCurrent()
+{
+    const int row = _list->currentRow();
+    _opens->setEnabled(row >= 0 && _leftovers[std::size_t(row)].isReadable());
+}
+
 void kxRecoveryDialog::openCurrent()
 {
-    if (_list->currentRow() >= 0 && _open(_leftovers[std::size_t(_list->currentRow())]))
+    if (_opens->isEnabled() && _open(_leftovers[std::size_t(_list->currentRow())]))
         accept();
 }
 
@@ -66,8 +75,9 @@ void kxRecoveryDialog::deleteCurrent()
                               QMessageBox::No) != QMessageBox::Yes)
         return;
     _leftovers[std::size_t(row)].remove();
-    _leftovers.erase(_leftovers.begin() + row);
     delete _list->takeItem(row);
+    _leftovers.erase(_leftovers.begin() + row);
+    showCurrent();
     if (_leftovers.empty())
         reject();
 }

@@ -7,6 +7,7 @@
 #include <functional>
 
 class QListWidget;
+class QPushButton;
 
 /// Offers what runs before this one left: to open it, to keep it for the next start, or to delete it.
 class kxRecoveryDialog : public QDialog
@@ -19,8 +20,10 @@ public:
 private:
     void openCurrent();
     void deleteCurrent();
+    void showCurrent();
 
     std::vector<kxLeftover> _leftovers;
     std::function<bool(kxLeftover&)> _open;
     QListWidget* _list;
+    QPushButton* _opens;
 };

@@ -43,7 +43,7 @@ quint64 mixed(quint64 sum, quint64 word)
     return sum ^ sum >> 29;
 }
 
-/// SQLite has none of its own for what stands in its pages. A multiplication for 8 bytes: curves are large. Never 0.
+/// A multiplication for 8 bytes: curves are large. Never 0.
 quint64 checksum(quint64 key, const QByteArray& bytes)
 {
     quint64 sum = mixed(key, quint64(bytes.size()));
@@ -54,12 +54,17 @@ quint64 checksum(quint64 key, const QByteArray& bytes)
         sum = mixed(sum, quint8(bytes[at]));
     return sum | 1;
 }
-
-quint64 nameSum(const QByteArray& name)
-{
-    return checksum(0, name);
-}
 } // namespace
+
+quint64 kxJournalStore::sum(quint64 id, quint64 stamp, const QByteArray& record)
+{
+    return checksum(mixed(id, stamp), record);
+}
+
+quint64 kxJournalStore::sum(const QByteArray& name, quint64 stamp, const QByteArray& value)
+{
+    return sum(checksum(0, name), stamp, value);
+}
 
 /// One use of a prepared statement.
 class kxJournalStore::Statement
@@ -117,14 +122,17 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
         execute("PRAGMA cell_size_check=ON");
         return;
     }
-    execute("PRAGMA page_size=16384"); // a record may be long
+    execute(("PRAGMA page_size=" + QByteArray::number(PageSize)).constData());
     execute("PRAGMA auto_vacuum=INCREMENTAL");
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA journal_size_limit=33554432"); // of the log when it starts anew; cutting it off waits for the disk
     execute("PRAGMA synchronous=NORMAL");          // what was committed outlives the process, though not a power cut
-    execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, record BLOB)");
+    execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, stamp INTEGER NOT NULL, "
+            "record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
-    execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, value BLOB)");
+    execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, stamp INTEGER NOT NULL, "
+            "value BLOB)");
+    _stamp = stamp();
     hearOfLog();
 }
 
@@ -183,16 +191,16 @@ bool kxJournalStore::isWhole()
     }
     bool isWhole = true;
     quint64 total = 0;
-    Statement records = prepared("SELECT id, sum, record FROM latest");
+    Statement records = prepared("SELECT id, sum, stamp, record FROM latest");
     while (records.step())
     {
         const quint64 sum = quint64(records.number(1));
-        isWhole = isWhole && sum == checksum(quint64(records.number(0)), records.bytes(2));
+        isWhole = isWhole && sum == this->sum(quint64(records.number(0)), quint64(records.number(2)), records.bytes(3));
         total ^= sum;
     }
-    Statement notes = prepared("SELECT name, sum, value FROM note");
+    Statement notes = prepared("SELECT name, sum, stamp, value FROM note");
     while (notes.step())
-        isWhole = isWhole && quint64(notes.number(1)) == checksum(nameSum(notes.bytes(0)), notes.bytes(2));
+        isWhole = isWhole && quint64(notes.number(1)) == sum(notes.bytes(0), quint64(notes.number(2)), notes.bytes(3));
     return _failure.isEmpty() && isWhole && note(TotalNote) == QByteArray::number(total);
 }
 
@@ -207,8 +215,14 @@ bool kxJournalStore::isBlank()
     return !records.step() && _failure.isEmpty();
 }
 
+quint64 kxJournalStore::stamp()
+{
+    return quint64(number("SELECT max(stamp) FROM note"));
+}
+
 void kxJournalStore::begin()
 {
+    ++_stamp;
     prepared("BEGIN IMMEDIATE").step();
 }
 
@@ -278,12 +292,13 @@ QByteArray kxJournalStore::latest(std::uint32_t id)
 
 void kxJournalStore::setLatest(std::uint32_t id, const QByteArray& record)
 {
-    const quint64 sum = checksum(id, record);
+    const quint64 sum = this->sum(id, _stamp, record);
     _total ^= sumOfLatest(id) ^ sum;
-    prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2, ?3)")
+    prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2, ?3, ?4)")
         .bind(1, qint64(id))
         .bind(2, qint64(sum))
-        .bind(3, record)
+        .bind(3, qint64(_stamp))
+        .bind(4, record)
         .step();
 }
 
@@ -373,9 +388,10 @@ QByteArray kxJournalStore::note(const QByteArray& name)
 
 void kxJournalStore::setNote(const QByteArray& name, const QByteArray& value)
 {
-    prepared("INSERT OR REPLACE INTO note VALUES (?1, ?2, ?3)")
+    prepared("INSERT OR REPLACE INTO note VALUES (?1, ?2, ?3, ?4)")
         .bind(1, name)
-        .bind(2, qint64(checksum(nameSum(name), value)))
-        .bind(3, value)
+        .bind(2, qint64(sum(name, _stamp, value)))
+        .bind(3, qint64(_stamp))
+        .bind(4, value)
         .step();
 }

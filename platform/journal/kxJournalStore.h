@@ -48,6 +48,13 @@ public:
     bool isWhole();
     /// Nothing was ever committed to it.
     bool isBlank();
+    /// Rows are stamped with the number of their transaction; this is the newest.
+    quint64 stamp();
+
+    static constexpr int PageSize = 16384; ///< a record may be long
+    /// Of what stands in a row of a record, and of a note: SQLite has none of its own for its pages. Never 0.
+    static quint64 sum(quint64 id, quint64 stamp, const QByteArray& record);
+    static quint64 sum(const QByteArray& name, quint64 stamp, const QByteArray& value);
 
     /// What is written between these is there as a whole or not at all, also after a crash.
     void begin();
@@ -91,6 +98,7 @@ private:
     int _logMoves = 0;     ///< begun since it was short
     std::thread _logMover; ///< brings the log into the database
     std::atomic<bool> _isMovingLog = false;
+    quint64 _stamp = 0;                             // of the present transaction
     quint64 _total = 0, _writtenTotal = 0;          // over the sums of latest
     std::map<const char*, sqlite3_stmt*> _prepared; // by the literal
     QString _failure;

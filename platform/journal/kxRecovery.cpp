@@ -6,6 +6,7 @@
 #include <files/scene/kxSceneContent.h>
 #include <files/scene/kxSceneFile.h>
 #include <journal/kxContainerRecord.h>
+#include <journal/kxJournalSalvage.h>
 #include <journal/kxJournalStore.h>
 #include <journal/kxVersionStore.h>
 #include <osg/AnimNode.h>
@@ -14,6 +15,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 
 using namespace osg;
@@ -93,9 +95,13 @@ kxSceneOrigin kxJournalNote::toOrigin(const QByteArray& bytes)
 class kxRecovery::Payload
 {
 public:
-    Payload(kxJournalStore& store, kxFileReport& report) : _store(store), _report(report) {}
+    /// `isDamaged`: what is missing is left out.
+    Payload(kxJournalStore& store, kxFileReport& report, bool isDamaged)
+        : _store(store), _report(report), _isDamaged(isDamaged)
+    {
+    }
 
-    /// False where a file held a part of the scene and isn't there any more.
+    // False where the report says why.
     bool readBase();
     bool gather();
     QByteArray write();
@@ -105,8 +111,7 @@ private:
     bool readBaseContainers(kxCborInput& in, const kxSceneOrigin& origin);
     void readClasses(kxCborInput& in);
     Container readBaseContainer(kxCborInput& in, const std::vector<UInt32>& ids);
-    bool add(UInt32 id);
-    bool addRecord(UInt32 id, const QByteArray& record);
+    std::optional<Container> fromRecord(const QByteArray& record);
     void follow(const Container& container);
     void want(UInt32 id);
     const FieldContainerType* typeOf(UInt32 id);
@@ -123,6 +128,7 @@ private:
 
     kxJournalStore& _store;
     kxFileReport& _report;
+    bool _isDamaged;
     kxEnvelopeReader _file;
     std::vector<Class> _classes;
     std::unordered_map<const FieldContainerType*, std::size_t> _classByType;
@@ -130,7 +136,7 @@ private:
     std::vector<UInt32> _tops;
     kxSceneRecord::Content _scene;
     std::vector<UInt32> _order;                   // of what the scene owns
-    std::unordered_map<UInt32, quint32> _numbers; // place in it, from 1
+    std::unordered_map<UInt32, quint32> _numbers; // place in _containers, from 1; 0 for what is left out
     std::vector<Container> _containers;           // in that order
     std::vector<QByteArray> _records;             // the values lie in them
 };
@@ -263,7 +269,7 @@ const FieldContainerType* kxRecovery::Payload::typeOf(UInt32 id)
 
 void kxRecovery::Payload::want(UInt32 id)
 {
-    if (id != 0 && _numbers.try_emplace(id, quint32(_order.size() + 1)).second)
+    if (id != 0 && _numbers.try_emplace(id, 0).second)
         _order.push_back(id);
 }
 
@@ -282,49 +288,55 @@ void kxRecovery::Payload::follow(const Container& container)
 
 bool kxRecovery::Payload::gather()
 {
-    const QByteArray scene = _store.latest(0);
-    const std::vector<UInt32> tops = kxContainerRecord::ids(_store.note(kxJournalNote::Tops));
-    _scene = kxSceneRecord::read(scene);
-    if (scene.isEmpty() || tops.size() != Tops)
-        return _report.fail(QStringLiteral("the journal is damaged: it doesn't say what the scene consisted of"));
-    _tops = tops;
+    _tops = kxContainerRecord::ids(_store.note(kxJournalNote::Tops));
+    _scene = kxSceneRecord::read(_store.latest(kxSceneRecord::Id));
+    _tops.resize(Tops);
     std::for_each(_tops.begin(), _tops.end(), [this](UInt32 id) { want(id); });
     std::for_each(_scene.materials.begin(), _scene.materials.end(), [this](UInt32 id) { want(id); });
-    for (std::size_t i = 0; i < _order.size(); ++i)
-        if (!add(_order[i]))
-            return false;
-    return true;
+    std::size_t missing = 0;
+    for (std::size_t i = 0; i < _order.size(); ++i) // which grows
+    {
+        const QByteArray record = _store.latest(_order[i]);
+        const auto found = _base.find(_order[i]);
+        if (std::optional<Container> container = record.isEmpty() ? std::nullopt : fromRecord(record))
+            _containers.push_back(std::move(*container));
+        else if (record.isEmpty() && found != _base.end())
+            _containers.push_back(found->second);
+        else if (_isDamaged)
+        {
+            ++missing;
+            continue;
+        }
+        else
+            return _report.fail(
+                QStringLiteral("what the journal holds is no whole scene%1")
+                    .arg(_report.notes().isEmpty() ? QString() : QStringLiteral(": ") + _report.notes().first()));
+        follow(_containers.back());
+        _numbers[_order[i]] = quint32(_containers.size());
+    }
+    if (_isDamaged)
+        _report.note(missing == 0
+                         ? QStringLiteral("the journal is damaged; this is the last state that can be read")
+                         : QStringLiteral("the journal is damaged; this is the last state that can be read. Parts "
+                                          "of it that are missing: %1")
+                               .arg(missing));
+    return number(_tops.front()) != 0 ||
+           _report.fail(QStringLiteral("the journal is damaged: nothing of the scene can be read"));
 }
 
-bool kxRecovery::Payload::add(UInt32 id)
+std::optional<Container> kxRecovery::Payload::fromRecord(const QByteArray& record)
 {
-    if (const QByteArray record = _store.latest(id); !record.isEmpty())
-        return addRecord(id, record);
-    const auto found = _base.find(id);
-    if (found == _base.end())
-        return _report.fail(
-            QStringLiteral("what the journal holds is no whole scene%1")
-                .arg(_report.notes().isEmpty() ? QString() : QStringLiteral(": ") + _report.notes().first()));
-    _containers.push_back(found->second);
-    follow(found->second);
-    return true;
-}
-
-bool kxRecovery::Payload::addRecord(UInt32 id, const QByteArray& record)
-{
-    _records.push_back(record);
     kxContainerRecord::Content read = kxContainerRecord::read(record);
     if (read.type == nullptr || read.values.size() != kxContainerForm::fields(*read.type).size())
-        return _report.fail(QStringLiteral("the journal is damaged: what it holds of object %1 isn't whole").arg(id));
+        return std::nullopt;
+    _records.push_back(record);
     Container container{classOf(*read.type), std::move(read.values), {}, std::move(read.structure)};
     const std::vector<kxContainerForm::Field>& fields = kxContainerForm::fields(*read.type);
     container.references.resize(fields.size());
     for (std::size_t i = 0; i < fields.size(); ++i)
         if (kxFieldCodec::isReference(fields[i].kind))
             container.references[i] = kxContainerRecord::ids(container.values[i]);
-    follow(container);
-    _containers.push_back(std::move(container));
-    return true;
+    return container;
 }
 
 kxContainerForm::Numbers kxRecovery::Payload::numbersOf(kxContainerForm::Numbers structure) const
@@ -437,11 +449,26 @@ QByteArray kxRecovery::Payload::write()
     return payload;
 }
 
-kxRecovery::kxRecovery(const QString& file) : _store(std::make_unique<kxJournalStore>(file, kxJournalStore::LeftBehind))
+kxRecovery::kxRecovery(const QString& file) : _file(file)
 {
+    const kxJournalSalvage salvage(file);
+    // SQLite removes the log of an empty database, and leaves out of a log what follows on a damaged place.
+    if (QFileInfo(file).size() > 0)
+        _store = std::make_unique<kxJournalStore>(file, kxJournalStore::LeftBehind);
+    if (_store == nullptr || salvage.newestLogged() > _store->stamp() || !isReadable())
+        mend();
 }
 
 kxRecovery::~kxRecovery() = default;
+
+void kxRecovery::mend()
+{
+    const bool isBlank = _store == nullptr || _store->isBlank();
+    auto mended = std::make_unique<kxJournalStore>(QString());
+    kxJournalSalvage(_file).run(*mended);
+    _isDamaged = !isBlank || !mended->isBlank();
+    _store = std::move(mended);
+}
 
 QString kxRecovery::note(const char* name) const
 {
@@ -451,26 +478,27 @@ QString kxRecovery::note(const char* name) const
 bool kxRecovery::hasChanges() const
 {
     // Blank: its process ended before it had taken a scene.
-    return !_store->isBlank() &&
-           (note(kxJournalNote::Serial) != note(kxJournalNote::Saved) || !_store->failure().isEmpty());
+    return _isDamaged || (!_store->isBlank() && note(kxJournalNote::Serial) != note(kxJournalNote::Saved));
 }
 
-bool kxRecovery::fail(kxFileReport& report) const
+bool kxRecovery::isReadable() const
 {
-    return report.fail(_store->failure().isEmpty() ? QStringLiteral("the journal is damaged")
-                                                   : QStringLiteral("the journal can't be read: ") + _store->failure());
+    return !_store->latest(kxSceneRecord::Id).isEmpty() && !_store->note(kxJournalNote::Tops).isEmpty() &&
+           !_store->note(kxJournalNote::Base).isEmpty() && _store->failure().isEmpty();
 }
 
 bool kxRecovery::read(kxSceneContent& content, kxFileReport& report)
 {
-    if (!_store->isWhole())
-        return fail(report);
-    Payload payload(*_store, report);
+    if (!_isDamaged && !_store->isWhole())
+        mend();
+    if (!isReadable())
+        return report.fail(QStringLiteral("the journal is damaged: nothing of the scene can be read"));
+    Payload payload(*_store, report, _isDamaged);
     if (!payload.readBase() || !payload.gather())
         return false;
     const QByteArray bytes = payload.write();
     if (!_store->failure().isEmpty())
-        return fail(report);
+        return report.fail(QStringLiteral("the journal can't be read: ") + _store->failure());
     if (report.failed() || !kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report))
         return false;
     content.origin = kxSceneOrigin(); // no file holds it

@@ -32,16 +32,18 @@ kxSceneOrigin toOrigin(const QByteArray& bytes);
 
 /// The database that a process left behind, as the scene that was open in it at its last commit.
 ///
-/// What is damaged gives an error or, where a crash cut it, the last commit before; neither database nor scene file are
-/// changed. The caller makes sure that no process writes it any more.
+/// Of a damaged one it is what can be read; what is missing is said. Neither database nor scene file are changed. The
+/// caller makes sure that no process writes it any more.
 class KX_API kxRecovery
 {
 public:
     explicit kxRecovery(const QString& file);
     ~kxRecovery();
 
-    /// True where the scene wasn't as its file, or the journal can't be read, which read() then tells.
+    /// True where the scene wasn't as its file, or the journal is damaged.
     bool hasChanges() const;
+    /// False where the journal is damaged so that no scene can be made of it.
+    bool isReadable() const;
     /// One of kxJournalNote that is a text.
     QString note(const char* name) const;
 
@@ -51,7 +53,10 @@ public:
 private:
     class Payload;
 
-    bool fail(kxFileReport& report) const;
+    /// Takes what can be read in place of the database.
+    void mend();
 
+    QString _file;
     std::unique_ptr<kxJournalStore> _store;
+    bool _isDamaged = false;
 };

@@ -8,6 +8,7 @@
 #include <journal/kxRecovery.h>
 #include <kernel/kxLogModel.h>
 
+#include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
 
@@ -38,7 +39,7 @@ private Q_SLOTS:
     {
         _document.reset();
         _session.reset();
-        QVERIFY(sessions().size() <= 1); // what a test left there on purpose
+        QVERIFY(sessions().size() <= 2); // what a test left there on purpose
     }
 
     void changesAreOfferedUntilTheyAreTaken()
@@ -74,6 +75,43 @@ private Q_SLOTS:
         QVERIFY(_document->saveTo(_folder->filePath("other.kxs")) && !_document->isUnsaved());
         die();
         QCOMPARE(texts().size(), 1); // of the first death; there was nothing to lose in the second
+    }
+
+    /// What can be read of a damaged one is offered; one of which nothing can be read stays until it is deleted.
+    void damagedOnesAreSaid()
+    {
+        kxSceneEdits::rename(objects().front(), "Stator");
+        turn();
+        const QByteArray state = bytes();
+        die();
+        die();
+        kxHistory::the().undo();
+        turn();
+        const auto damage = [this](int death, qint64 length)
+        {
+            for (const char* const name : {"journal.db", "journal.db-wal"})
+            {
+                QFile file(_folder->filePath(QString("sessions/dead%1/").arg(death) + name));
+                QVERIFY(file.open(QIODevice::ReadWrite) &&
+                        file.write(QByteArray(int(std::min(length, file.size())), 'x')) > 0);
+            }
+        };
+        damage(_deaths - 1, 1 << 30);
+        damage(_deaths, 32); // the heads
+        bool isOpened = false;
+        kxRecoveryDialog dialog(
+            offered(), [&](kxLeftover& leftover) { return isOpened = open(leftover); }, nullptr);
+        auto* const list = dialog.findChild<QListWidget*>("_recoveryList");
+        auto* const button = dialog.findChild<QPushButton*>("_recoveryOpen");
+        QVERIFY(list->count() == 2 && list->item(0)->text().contains("engine") &&
+                list->item(0)->text().contains("'Rename"));
+        QVERIFY(list->item(1)->text().startsWith("Damaged, nothing can be read") && button->isEnabled());
+        list->setCurrentRow(1);
+        Q_EMIT list->itemActivated(list->item(1));
+        QVERIFY(!button->isEnabled() && !isOpened);
+        list->setCurrentRow(0);
+        button->click();
+        QVERIFY(isOpened && bytes() == state && sessions().size() == 2);
     }
 
     void whatHasNoChangesGoes()
