@@ -1,6 +1,8 @@
 #include "kxUndoPanel.h"
 
 #include <QAbstractListModel>
+#include <QApplication>
+#include <QStyledItemDelegate>
 #include <journal/kxHistory.h>
 
 #include <QScopedValueRollback>
@@ -16,11 +18,13 @@ public:
     QVariant data(const QModelIndex& index, int role) const override
     {
         const kxHistory& history = kxHistory::the();
-        if ((role != Qt::DisplayRole && role != Qt::ToolTipRole) || index.row() > history.count())
+        if ((role != Qt::DisplayRole && role != Qt::ToolTipRole && role != DetailRole) || index.row() > history.count())
             return QVariant();
         if (index.row() == 0)
-            return kxUndoPanel::tr("Start");
+            return role == DetailRole ? QString() : kxUndoPanel::tr("Start");
         const kxHistory::Entry& entry = history.entry(index.row() - 1);
+        if (role == DetailRole)
+            return entry.detail;
         return role == Qt::DisplayRole
                    ? entry.text()
                    : entry.text() + QStringLiteral("\n") + entry.time.toString(QStringLiteral("hh:mm:ss"));
@@ -44,11 +48,34 @@ private:
     int _rows = 1; // of what the views know
 };
 
+namespace
+{
+class Delegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (option->rect.isEmpty())
+            return;
+        const QStyle* const style = option->widget == nullptr ? QApplication::style() : option->widget->style();
+        const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, option, option->widget) + 1;
+        option->text = kxUndoPanel::fitted(option->text, index.data(kxUndoPanel::DetailRole).toString(),
+                                           option->fontMetrics, option->rect.width() - 2 * margin);
+    }
+};
+} // namespace
+
 kxUndoPanel::kxUndoPanel(QWidget* parent) : QListView(parent), _model(new Model(this))
 {
     setAccessibleName(tr("Changes that can be undone"));
     setFrameShape(QFrame::NoFrame);
     setUniformItemSizes(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setItemDelegate(new Delegate(this));
     setModel(_model);
     _follow.setSingleShot(true);
     _follow.setInterval(0);
@@ -68,4 +95,15 @@ void kxUndoPanel::follow()
     const QScopedValueRollback<bool> following(_following, true);
     _model->takeOver();
     setCurrentIndex(_model->index(kxHistory::the().index()));
+}
+
+QString kxUndoPanel::fitted(const QString& text, const QString& detail, const QFontMetrics& metrics, int width)
+{
+    if (detail.isEmpty() || metrics.horizontalAdvance(text) <= width)
+        return metrics.elidedText(text, Qt::ElideMiddle, width);
+    const QString rest = QStringLiteral(": ") + detail, title = text.chopped(rest.size());
+    const int least = std::min(metrics.horizontalAdvance(title), width / 4);
+    const QString start =
+        metrics.elidedText(title, Qt::ElideRight, std::max(least, width - metrics.horizontalAdvance(rest)));
+    return start + metrics.elidedText(rest, Qt::ElideMiddle, width - metrics.horizontalAdvance(start));
 }

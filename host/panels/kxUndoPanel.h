@@ -8,7 +8,14 @@ class kxUndoPanel : public QListView
 {
     Q_OBJECT
 public:
+    /// What an entry was made to, without its title.
+    static constexpr int DetailRole = Qt::UserRole;
+
     explicit kxUndoPanel(QWidget* parent = nullptr);
+
+    /// A row where there is room for `width` pixels: its title gives way to the detail at its end; without one, and
+    /// where the detail is too long, the middle does.
+    static QString fitted(const QString& text, const QString& detail, const QFontMetrics& metrics, int width);
 
 private:
     class Model;

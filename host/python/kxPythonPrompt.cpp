@@ -32,6 +32,14 @@ QColor colorOf(kxPythonPrompt::Kind kind)
     }
     return kxColors::text();
 }
+
+/// Of code, so that what it did has room beside it.
+QString beginning(const QString& code)
+{
+    constexpr int MostLetters = 24;
+    const QString line = code.section(QLatin1Char('\n'), 0, 0);
+    return line.size() <= MostLetters && line.size() == code.size() ? line : line.left(MostLetters) + QChar(0x2026);
+}
 } // namespace
 
 kxPythonPrompt::kxPythonPrompt(QWidget* parent)
@@ -134,7 +142,7 @@ bool kxPythonPrompt::run(const QString& text)
     _echo = text;
     _running = true;
     bool needsMore = false;
-    const kxHistory::Scope scope(tr("Console: %1").arg(text.trimmed().section(QLatin1Char('\n'), 0, 0)));
+    const kxHistory::Scope scope(tr("Console: %1").arg(beginning(text.trimmed())));
     const kxScriptResult result = kxInterpreter::runInteractive(text.toStdString(), &needsMore);
     _running = false;
     if (needsMore)

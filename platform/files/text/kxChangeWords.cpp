@@ -288,34 +288,42 @@ QString kxChangeWords::subject(const std::vector<Change>& changes, const QString
 
 namespace
 {
-/// Start and end are one range to a user.
-QString rangeText(const Settings& after, const std::string& name, const QString& label)
+/// Start and end are one range to a user, "3 to 9"; empty where it is as before.
+QString changedRange(const Settings& before, const Settings& after, const std::string& name)
 {
-    const auto end = [&](const char* word)
+    QStringList ends;
+    bool isChanged = false;
+    for (const char* const end : {"Start", "End"})
     {
-        const auto found = after.find(name + word);
-        return found == after.end() ? QString() : kxFieldWords::number(found->second);
-    };
-    return tr("%1 to %2 to %3").arg(label, end("Start"), end("End"));
+        const auto was = before.find(name + end), is = after.find(name + end);
+        if (was == before.end() || is == after.end())
+            return QString();
+        isChanged = isChanged || was->second != is->second;
+        ends << kxFieldWords::number(is->second);
+    }
+    return isChanged ? ends.join(tr(" to ")) : QString();
 }
 } // namespace
 
 QString kxChangeWords::of(const Settings& before, const Settings& after)
 {
     QStringList texts;
+    const QString full = changedRange(before, after, "fullRange");
+    const QString detailed = changedRange(before, after, "detailedRange");
+    if (full == detailed && !full.isEmpty())
+        texts << tr("full and detailed range to %1").arg(full);
+    else
+        for (const auto& [label, range] : {std::make_pair(tr("full range"), full), {tr("detailed range"), detailed}})
+            if (!range.isEmpty())
+                texts << tr("%1 to %2").arg(label, range);
     for (const auto& [name, value] : after)
     {
         const auto was = before.find(name);
-        if (was == before.end() || was->second == value)
+        const bool isRange = name.rfind("fullRange", 0) == 0 || name.rfind("detailedRange", 0) == 0;
+        if (was == before.end() || was->second == value || isRange)
             continue;
         const kxFieldWords words = kxFieldWords::ofSetting(name);
-        if (name.rfind("fullRange", 0) == 0)
-            texts << rangeText(after, "fullRange", tr("full range"));
-        else if (name.rfind("detailedRange", 0) == 0)
-            texts << rangeText(after, "detailedRange", tr("detailed range"));
-        else
-            texts << tr("%1 to %2").arg(words.label, words.value(FieldValue(float(value))));
+        texts << tr("%1 to %2").arg(words.label, words.value(FieldValue(float(value))));
     }
-    texts.removeDuplicates();
     return texts.isEmpty() ? QString() : tr("Set %1").arg(kxFieldWords::joined(texts));
 }

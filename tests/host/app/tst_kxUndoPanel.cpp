@@ -174,6 +174,22 @@ private Q_SLOTS:
                                       "Set full range to 0 to 70"}));
     }
 
+    void aNarrowRowKeepsItsEnds()
+    {
+        const QFontMetrics metrics = _panel->fontMetrics();
+        const QString detail = "Box, translation.X, frame 24", text = "Move Control Points: " + detail;
+        const int full = metrics.horizontalAdvance(text);
+        QCOMPARE(kxUndoPanel::fitted(text, detail, metrics, full), text);
+        for (const int width : {full - 1, full * 4 / 5, full / 2})
+            for (const bool hasDetail : {true, false})
+            {
+                const QString fitted = kxUndoPanel::fitted(text, hasDetail ? detail : QString(), metrics, width);
+                QVERIFY2(metrics.horizontalAdvance(fitted) <= width && fitted.startsWith("Mo") &&
+                             fitted.endsWith(hasDetail && width > full / 2 ? ": " + detail : "24"),
+                         qPrintable(fitted));
+            }
+    }
+
     void aRowLeadsToItsStep()
     {
         const osg::NodePtr node = addObject("A");

@@ -12,6 +12,7 @@
 #include <osg/AnimNode.h>
 #include <python/kxHostModule.h>
 #include <python/kxInterpreter.h>
+#include <python/kxPythonPrompt.h>
 #include <scene/UberMaterial.h>
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryStage.h>
@@ -475,6 +476,10 @@ private Q_SLOTS:
             "assert undoText() == 'Run it' and undo() and channelValue(door, 'translation.X') == 0 and not undo()\n"
             "assert redo() and redo() and channelValue(door, 'scale.X') == 2 and channelValue(door, 'translation.Y') "
             "== 5");
+        kxPythonPrompt prompt;
+        QVERIFY(prompt.run("from kxHost import *") && prompt.run("setChannelValue(findNode('Door'), 'scale.X', 7)"));
+        QCOMPARE(kxHistory::the().undoText(),
+                 QString("Console: setChannelValue(findNode\u2026")); // what it did follows
     }
 
     void everyFunctionIsDescribed()

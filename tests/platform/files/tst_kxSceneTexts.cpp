@@ -260,7 +260,11 @@ private Q_SLOTS:
         after["detailedRangeStart"] = 5;
         after["loopTimeline"] = 1;
         QCOMPARE(kxChangeWords::of(before, after),
-                 QString("Set detailed range to 5 to 60, full range to 2 to 70 and loop of the timeline to on"));
+                 QString("Set full range to 2 to 70, detailed range to 5 to 60 and loop of the timeline to on"));
+        after["fullRangeStart"] = 5;
+        after["fullRangeEnd"] = 60;
+        after["loopTimeline"] = 0;
+        QCOMPARE(kxChangeWords::of(before, after), QString("Set full and detailed range to 5 to 60"));
     }
 
 private:
