@@ -119,14 +119,23 @@ bool takesObjects(const osg::NodePtr& parent)
     return kxSceneEdits::isObject(parent) || parent == kxScene::the()->root();
 }
 
-bool standsInClip(const osg::AnimNodePtr& animation)
+/// The clips in which the animation has bars, quoted; empty for none.
+QString clipsWith(const osg::AnimNodePtr& animation)
 {
+    const osg::NodePtr root = kxAnimManager::the()->clipStructureRoot();
+    QStringList names;
     if (animation->getCore() == osg::NullFC)
-        return false;
-    const std::vector<osg::NodePtr>& nodes = animation->getCore()->getParents();
-    return std::any_of(nodes.begin(), nodes.end(),
-                       [](const osg::NodePtr& node)
-                       { return kxNodeUtils::hasParent(node, kxAnimManager::the()->clipStructureRoot()); });
+        return QString();
+    for (osg::NodePtr node : animation->getCore()->getParents())
+    {
+        if (node == root || !kxNodeUtils::hasParent(node, root))
+            continue;
+        while (node->getParent() != root)
+            node = node->getParent();
+        names << QStringLiteral("\"%1\"").arg(QString::fromStdString(node->getNodeName()));
+    }
+    names.removeDuplicates();
+    return names.join(QStringLiteral(", "));
 }
 
 /// Names the animations of `root` and below that clips go on using without their object.
@@ -141,11 +150,10 @@ void warnOfSharedAnimations(const osg::NodePtr& root)
                       std::vector<osg::AnimNodePtr> animations;
                       attachment->getTopLevelAnimations(animations, true);
                       for (const osg::AnimNodePtr& animation : animations)
-                          if (standsInClip(animation))
-                              kxLog::warning(QObject::tr("\"%1\" was deleted, and its animation \"%2\" stands in a "
-                                                         "clip that moves nothing by it any more.")
+                          if (const QString clips = clipsWith(animation); !clips.isEmpty())
+                              kxLog::warning(QObject::tr("\"%1\" was deleted. The bar \"%2\" in %3 now moves nothing.")
                                                  .arg(QString::fromStdString(node->getNodeName()),
-                                                      QString::fromStdString(animation->getNodeName())));
+                                                      QString::fromStdString(animation->getNodeName()), clips));
                       return osg::Action::Continue;
                   });
 }

@@ -2,6 +2,8 @@
 
 #include <edits/kxSceneObjects.h>
 #include <kernel/kxHostHooks.h>
+#include <kernel/kxLogModel.h>
+#include <kxAnimFixture.h>
 #include <kxHeard.h>
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
@@ -223,6 +225,19 @@ private Q_SLOTS:
         QVERIFY(core->getScale() == osg::Vec3f(1, 1, 1) && core->getTranslation().x() == 3);
         stack()->undo();
         QVERIFY(core->getTranslation().x() == 0);
+    }
+
+    void aDeletedObjectLeavesItsBars()
+    {
+        const osg::NodePtr door = addObject("Door");
+        const osg::AnimNodePtr swing = kxAnimFixture::added(
+            door, kxAnimFixture::block("Swing", {kxAnimFixture::curve("translation", "X", {{0, 1}, {2, 4}})}));
+        for (const char* const clip : {"Show", "Trailer"})
+            kxAnimFixture::added(kxAnimFixture::clip(
+                clip, {kxAnimFixture::clone(swing, 1), kxAnimFixture::clip("In", {kxAnimFixture::clone(swing, 3)})}));
+        kxSceneEdits::deleteNodes({door});
+        QCOMPARE(kxLogModel::the().entries().back().text,
+                 QString("\"Door\" was deleted. The bar \"Swing\" in \"Show\", \"Trailer\" now moves nothing."));
     }
 
     void toolsHear()
