@@ -154,6 +154,8 @@ bool kxDocument::openRecovered(kxRecovery& recovery, const QString& file)
              open))
         return false;
     hasOpenedUnsaved(file);
+    if (kxSceneIO::isSceneFile(file))
+        Q_EMIT recovered(file);
     return true;
 }
 

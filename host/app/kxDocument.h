@@ -79,6 +79,8 @@ Q_SIGNALS:
     void changed();
     /// Another scene is open.
     void opened(const QString& file);
+    /// After opened(): it is what was left unsaved of this scene file, which need not be there any more.
+    void recovered(const QString& file);
     void aboutToImport(const QString& file);
     /// The file that lies there, if there is one, is still as it was.
     void aboutToSave(const QString& file);

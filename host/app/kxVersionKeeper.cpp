@@ -26,6 +26,7 @@ kxVersionKeeper::kxVersionKeeper(kxMainWindow* window) : QObject(window), _windo
     versions.isBusy = [] { return kxRenderJob::isRunning() || QApplication::activeModalWidget() != nullptr; };
     const kxDocument* const document = &window->document();
     connect(document, &kxDocument::opened, this, [document] { kxVersions::the().opened(document->path()); });
+    connect(document, &kxDocument::recovered, this, [](const QString& file) { kxVersions::the().recovered(file); });
     connect(document, &kxDocument::aboutToSave, this, [](const QString& file) { kxVersions::the().toBeSaved(file); });
     connect(document, &kxDocument::saved, this, [](const QString& file) { kxVersions::the().saved(file); });
     connect(document, &kxDocument::aboutToImport, this,

@@ -103,6 +103,13 @@ void kxVersions::opened(const QString& path)
     Q_EMIT changed();
 }
 
+void kxVersions::recovered(const QString& path)
+{
+    setStore(path);
+    _contentKept = 0; // no version holds it
+    Q_EMIT changed();
+}
+
 void kxVersions::toBeSaved(const QString& path)
 {
     if (!_settings.isOn || !QFile::exists(path))

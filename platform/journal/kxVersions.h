@@ -40,6 +40,8 @@ public:
     // The document tells these.
     /// Another scene is open; `path` is its file, empty where none of ours holds it.
     void opened(const QString& path);
+    /// The open scene is what a run before left unsaved of this file, whose versions it goes on with.
+    void recovered(const QString& path);
     /// The scene is about to take the place of the file that lies there.
     void toBeSaved(const QString& path);
     void saved(const QString& path);
@@ -54,7 +56,7 @@ public:
 
     /// Of the open scene; another one after each changed().
     kxVersionStore& store() { return *_store; }
-    /// The file of the open scene, empty where it was never saved.
+    /// The file of the open scene, also of a recovered one; empty where it was never saved.
     const QString& path() const { return _path; }
 
     /// Puts a version in place of the open scene, as one entry of the history. What differs from the last version is

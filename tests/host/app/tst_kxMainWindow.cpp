@@ -2,9 +2,14 @@
 
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
+#include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
+#include <journal/kxVersions.h>
 #include <kernel/kxLogModel.h>
 #include <kxLog.h>
 #include <panels/kxSceneTreePanel.h>
+#include <panels/kxVersionModel.h>
+#include <panels/kxVersionView.h>
 #include <python/kxPythonConsole.h>
 #include <view/kxView3D.h>
 
@@ -101,6 +106,24 @@ private Q_SLOTS:
         _window->dockManager()->show("Log"); // nobody's keys are taken away
         QCoreApplication::processEvents();
         QCOMPARE(_window->focusWidget(), _window->view());
+    }
+
+    void aRecoveredSceneGoesOnWithItsVersions()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath("engine.kxs");
+        QString reason;
+        kxSceneFixture::addObject("Wheel");
+        QVERIFY(_window->document().saveTo(file) && kxVersions::the().keep("round", reason) == 1);
+        kxJournal::the().start(folder.filePath("journal.db"));
+        kxJournal::the().stop();
+        auto* const list = dock("Versions")->findChild<kxVersionView*>()->versions();
+        QVERIFY(_window->document().newScene() && list->rowCount() == 0);
+        kxRecovery recovery(folder.filePath("journal.db"));
+        QVERIFY(_window->document().openRecovered(recovery, file));
+        QVERIFY(list->rowCount() == 1 && list->index(0, 0).data().toString().contains("round"));
+        QVERIFY(kxVersions::the().keep(QString(), reason) > 0);
+        QVERIFY(_window->document().saveTo(file) && list->rowCount() == 1); // the same scene
     }
 
     void keysOfTheToolsInTheSceneTree()
