@@ -66,14 +66,15 @@ bool kxVersionKeeper::eventFilter(QObject* watched, QEvent* event)
 QByteArray kxVersionKeeper::picture() const
 {
     kxView3D* const view = _window->view();
-    if (_isUnattended || !view->isVisible() || _window->isMinimized() || view->visibleRegion().isEmpty())
+    if (_isUnattended || !view->isVisible())
         return QByteArray();
+    // Of its own shape: a low view would give a strip in which nothing can be made out.
+    const QImage drawn = view->picture(PictureSize * 2);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    view->grabFrameBuffer(false)
-        .scaled(PictureSize, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-        .save(&buffer, "PNG");
+    if (!drawn.isNull())
+        drawn.scaled(PictureSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).save(&buffer, "PNG");
     return bytes;
 }
 

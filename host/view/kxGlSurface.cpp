@@ -57,6 +57,18 @@ QImage kxGlSurface::grab()
     return grabFramebuffer();
 }
 
+QImage kxGlSurface::draw(const kxFrame& frame)
+{
+    if (_offscreen)
+        return _offscreen->render(*_content.scene, frame);
+    if (!_renderer->isReady())
+        return QImage();
+    makeCurrent();
+    const QImage image = _renderer->renderToImage(*_content.scene, frame);
+    doneCurrent();
+    return image;
+}
+
 void kxGlSurface::paintGL()
 {
     QElapsedTimer time;

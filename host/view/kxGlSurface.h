@@ -19,6 +19,7 @@ public:
     static QSurfaceFormat wantedFormat();
     QWidget* widget() override { return this; }
     QImage grab() override;
+    QImage draw(const kxFrame& frame) override;
 
 protected:
     /// Called again in a new context, when the widget gets into another window.

@@ -48,3 +48,8 @@ QImage kxPaintedSurface::grab()
     _content.overlay(painter);
     return image;
 }
+
+QImage kxPaintedSurface::draw(const kxFrame& frame)
+{
+    return _gl.render(*_content.scene, frame);
+}

@@ -13,6 +13,7 @@ public:
 
     QWidget* widget() override { return this; }
     QImage grab() override;
+    QImage draw(const kxFrame& frame) override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -205,6 +205,14 @@ QImage kxView3D::grabFrameBuffer(bool withAlpha)
     return image;
 }
 
+QImage kxView3D::picture(const QSize& pixels)
+{
+    const float aspect = float(pixels.width()) / float(std::max(1, pixels.height()));
+    kxRenderOptions options;
+    options.grid = options.outline = false;
+    return _surface->draw(kxFrame::make(*_scene, viewCamera(aspect), pixels, options));
+}
+
 void kxView3D::resizeEvent(QResizeEvent*)
 {
     _isDrawn = false;

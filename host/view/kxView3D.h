@@ -54,6 +54,8 @@ public:
     /// several movers, and each of them asks for its picture.
     void redraw(bool now);
     QImage grabFrameBuffer(bool withAlpha) override;
+    /// The scene alone from where the view looks, in a size of its own; null before the view was shown.
+    QImage picture(const QSize& pixels);
 
 public Q_SLOTS:
     /// Everything into the picture; at once where nothing was shown yet.

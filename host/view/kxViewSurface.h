@@ -30,6 +30,8 @@ public:
     virtual QWidget* widget() = 0;
     /// What is shown, drawn anew at once.
     virtual QImage grab() = 0;
+    /// `frame`, of whatever size, drawn aside; null where it can't be.
+    virtual QImage draw(const kxFrame& frame) = 0;
 
     /// By OpenGL where a window can have a context of 3.3.
     static kxViewSurface* create(const kxViewContent& content, QWidget* parent);

@@ -250,6 +250,10 @@ private Q_SLOTS:
     void versionsComeBack()
     {
         addObject("A");
+        _window->resize(1400, 420); // leaves the view a strip
+        _window->setUnattended(false);
+        QCOMPARE(QImage::fromData(kxVersions::the().takePicture()).size(), QSize(160, 100));
+        _window->setUnattended(true);
         QVERIFY(_window->document().saveTo(path("kept.kxs")));
         QString reason;
         QVERIFY(kxVersions::the().keep("one", reason) == 1);
