@@ -6,6 +6,7 @@
 #include <QAction>
 #include <kernel/kxSelection.h>
 #include <kxIconManager.h>
+#include <kxLog.h>
 #include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
@@ -83,7 +84,10 @@ void kxSceneryActions::showTrack(const osg::NodePtr& track)
 
 void kxSceneryActions::addVariantSet()
 {
-    Q_EMIT added(kxSceneryEdits::addVariantSet(kxSelection::the().nodes()).getFieldContainerId());
+    const auto choices = kxSelection::the().nodes();
+    if (choices.empty())
+        return kxLog::warning(tr("No variant set was made: select the objects that are to be its choices first."));
+    Q_EMIT added(kxSceneryEdits::addVariantSet(choices).getFieldContainerId());
 }
 
 void kxSceneryActions::addSequence()

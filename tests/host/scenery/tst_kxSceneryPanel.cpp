@@ -1,6 +1,8 @@
 #include <host/app/kxSceneFixture.h>
 
 #include <edits/kxSceneryEdits.h>
+#include <kernel/kxLogModel.h>
+#include <kernel/kxSelection.h>
 #include <kxAnswer.h>
 #include <kxTexts.h>
 #include <panels/kxSceneryPanel.h>
@@ -39,6 +41,11 @@ private Q_SLOTS:
         const Kind kinds[] = {Kind::Viewpoint, Kind::CameraTrack, Kind::CameraTrack, Kind::VariantSet, Kind::Sequence};
         QVERIFY(!_actions.all()[1]->isEnabled()); // it needs two viewpoints
         _actions.all()[0]->trigger();
+        kxSelection::the().clear();
+        _actions.all()[3]->trigger();
+        QVERIFY(kxScenery::all(Kind::VariantSet).empty()); // of no choice
+        QVERIFY(kxLogModel::the().entries().back().text.startsWith("No variant set was made"));
+        kxSelection::the().selectNodes({kxSceneFixture::addObject("Door")});
         for (int i = 0; i < 5; ++i)
         {
             QVERIFY(_actions.all()[i]->isEnabled());
