@@ -60,11 +60,6 @@ osg::AnimNodePtr makeCurve(const osg::AnimAttachmentPtr& attachment, std::size_t
         curve->addPoint(osg::Pnt2f(places[i].seconds, places[i].values[channel]), osg::Vec2f(), osg::Vec2f(), type,
                         type, false, true);
     }
-    for (std::size_t i = 0; i < places.size(); ++i)
-    {
-        curve->computeIntangent(osg::UInt32(i), -1);
-        curve->computeOuttangent(osg::UInt32(i), -1);
-    }
     osg::markChanged(curve, osg::AnimCurve::ControlPointsFieldMask);
     return node;
 }

@@ -59,6 +59,9 @@ private Q_SLOTS:
         QVERIFY(kxSceneEdits::rename(front, "Start"));
         kxSceneryEdits::remove({front, set});
         QVERIFY(kxScenery::all(Kind::VariantSet) == std::vector<osg::NodePtr>{copy});
+        const int edits = stack()->count();
+        kxSceneryEdits::remove({a}); // belongs to the scene
+        QCOMPARE(stack()->count(), edits);
         QVERIFY(goesBackAndForth(before));
     }
 
@@ -228,6 +231,16 @@ private Q_SLOTS:
             QVERIFY((at.eye() - wanted.eye()).length() < 1e-3f);
             QVERIFY(QVector3D::dotProduct(at.forward(), wanted.forward()) > 0.9999f);
         }
+        const auto eyeAt = [](const osg::NodePtr& shown, double seconds)
+        {
+            kxAnimManager::the()->setCurrentFrame(seconds * kxAnimManager::the()->fps(), true, false);
+            return kxViewCamera::fromNode(shown, 1).eye();
+        };
+        const QVector3D first = eyeAt(track, 0), second = eyeAt(track, 2);
+        QVERIFY((eyeAt(track, 0.1) - first).length() < (second - first).length() / 60); // it eases in
+        const QVector3D before = second - eyeAt(track, 1.95), after = eyeAt(track, 2.05) - second;
+        QVERIFY((after - before).length() < after.length() / 10); // and goes on smoothly
+
         QVERIFY(_stage->playCameraTrack(track).isEmpty() && _stage->isPlaying());
         QCOMPARE(_view->cameraNodeId(), track.getFieldContainerId());
         const QVector3D eye = kxViewCamera::fromNode(track, 1).eye();
