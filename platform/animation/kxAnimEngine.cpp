@@ -2,7 +2,7 @@
 
 #include <animation/kxAnimManagerPrivate.h>
 
-kxAnimEngine::kxAnimEngine() : plan(*this), programs(*this), queue(*this) {}
+kxAnimEngine::kxAnimEngine() : plan(*this), programs(*this), film(*this), queue(*this) {}
 
 kxAnimEngine::~kxAnimEngine() = default;
 
@@ -18,4 +18,5 @@ void kxAnimEngine::clear()
     rest.clear();
     plan.clear();
     programs.clear();
+    film.clear();
 }

@@ -2,6 +2,7 @@
 
 #include <animation/kxAnimWatch.h>
 #include <animation/kxClipProgram.h>
+#include <animation/kxFilm.h>
 #include <animation/kxPlaybackQueue.h>
 #include <animation/kxRestValues.h>
 #include <animation/kxScenePlan.h>
@@ -27,6 +28,7 @@ public:
     kxRestValues rest;
     kxScenePlan plan;
     kxClipPrograms programs;
+    kxFilm film;
     kxTriggers triggers;
     kxPlaybackQueue queue;
     double sceneFrame = 0; ///< see kxAnimScene::frame()

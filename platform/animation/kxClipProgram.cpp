@@ -42,7 +42,7 @@ void kxClipProgram::addUsed(const FieldContainer& container) const
 }
 
 /// What `node` drives, as one option of itself for each channel.
-kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot) const
+kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
 {
     Gathered result;
     addUsed(node);
@@ -57,6 +57,7 @@ kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
         {
             const kxChannelTarget target = kxChannelTarget::find(object, *curve);
             addUsed(*object);
+            _hasScenery = _hasScenery || kxFilm::cameraOf(object) != NullFC;
             if (target.isNull())
                 continue;
             addUsed(*target.container);
@@ -67,6 +68,7 @@ kxClipProgram::Gathered kxClipProgram::gather(const AnimNode& node, bool isRoot)
         }
         return result;
     }
+    _hasScenery = _hasScenery || AnimSequencePtr::dcast(node.getCore()) != NullFC;
     const bool isTimed = AnimBlockPtr::dcast(node.getCore()) == NullFC;
     Gathered below;
     for (const NodePtr& child : node.getChildren())
@@ -298,6 +300,7 @@ void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
     program.noteRestValues();
     _engine.plan.setOverwrittenBy(root);
     program.evaluate(seconds);
+    _engine.film.show(root, seconds, program);
 }
 
 kxClipProgram& kxClipPrograms::ofCurves(const std::vector<AnimNodePtr>& curveNodes)

@@ -28,6 +28,8 @@ public:
     /// Writes all values at `seconds` of the parent's time, and marks each container once.
     void evaluate(double seconds);
     bool isEmpty() const { return _channels.empty(); }
+    /// True where cameras, viewpoints, variants or sequences play a part.
+    bool hasScenery() const { return _hasScenery; }
     /// Notes the rest values of what evaluate() writes.
     void noteRestValues() const;
 
@@ -61,7 +63,7 @@ private:
     };
     struct Gathered;
 
-    Gathered gather(const osg::AnimNode& node, bool isRoot) const;
+    Gathered gather(const osg::AnimNode& node, bool isRoot);
     void addUsed(const osg::FieldContainer& container) const;
     float valueOf(Option& option, double parentTime, double tolerance, bool stepped);
     const Passage& passed(Passage& passage, double entry, double tolerance) const;
@@ -81,6 +83,7 @@ private:
     std::deque<Passage> _passages;
     std::map<std::pair<const osg::AnimNode*, const Passage*>, Passage*> _passageOf; // by node and what is above
     osg::UInt64 _evaluation = 0;
+    bool _hasScenery = false;
 };
 
 /// The programs of the animations that were evaluated lately; made anew when trees change.

@@ -292,7 +292,10 @@ void kxScenePlan::evaluate(double seconds, bool all)
     {
         // What plays beside the timeline keeps what it shows until it has ended.
         if (_engine.queue.isEmpty())
+        {
             _engine.rest.writeBackNoted();
+            _engine.film.clear();
+        }
         _isShown = true;
         _shownClip = 0;
         _engine.watch.clearTouched();

@@ -15,6 +15,9 @@ namespace
 /// More passes of a cycle than this inside one frame fire as this many.
 constexpr double MaxPasses = 100;
 
+/// Seconds: no animation begins further before the scene's time 0, and double still tells microseconds apart there.
+constexpr double Earlier = 1.0e6;
+
 struct Span
 {
     double from = 0;
@@ -109,7 +112,27 @@ void collect(const AnimNode& node, const Span& span, double travelled, double ra
              travelled + rate * std::abs(from - own.from));
     }
 }
+
+void sortByTime(Events& events)
+{
+    std::stable_sort(events.begin(), events.end(),
+                     [](const Event& a, const Event& b) { return a.distance < b.distance; });
+}
 } // namespace
+
+kxTriggers::Names kxTriggers::before(const AnimNode& root, double seconds)
+{
+    if (!isFinite(seconds, seconds))
+        return {};
+    Events events;
+    collect(root, Span{std::min(seconds, 0.0) - Earlier, seconds, true, kxNodeTime::tolerance(seconds)}, 0, 1, events,
+            true);
+    sortByTime(events);
+    Names names;
+    for (Event& event : events)
+        names.emplace_back(std::move(event.name), event.kind);
+    return names;
+}
 
 void kxTriggers::clear()
 {
@@ -125,8 +148,7 @@ void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
     const bool isStanding = std::abs(to - from) <= tolerance;
     Events events;
     collect(*node, Span{from, to, isStanding, tolerance}, 0, 1, events, true);
-    std::stable_sort(events.begin(), events.end(),
-                     [](const Event& a, const Event& b) { return a.distance < b.distance; });
+    sortByTime(events);
     const bool isSamePlace = _rootId == node->getId() && std::abs(_standingAt - to) <= tolerance;
     if (!isSamePlace)
         _firedHere.clear();

@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 /// Events in time: what an animation's triggers name is fired when time passes over them.
 class KX_API kxTriggers
@@ -31,6 +32,11 @@ public:
     /// order of time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation
     /// starts anew there: a trigger at that very time fires, unless it was the last thing that fired there.
     void pass(const osg::AnimNodePtr& node, double from, double to);
+
+    /// What is named on the way to `seconds` of the parent's time of `root`, from before all of it: what has fired when
+    /// an evaluation goes there straight from the beginning. In the order of time.
+    typedef std::vector<std::pair<std::string, Kind>> Names;
+    static Names before(const osg::AnimNode& root, double seconds);
 
     /// Forgets what fired last.
     void clear();

@@ -116,9 +116,14 @@ std::string kxScenery::shownChoice(const NodePtr& set)
 int kxScenery::choiceIndex(const NodePtr& set, const std::string& choice)
 {
     const SwitchPtr core = set == NullFC ? SwitchPtr() : SwitchPtr::dcast(set->getCore());
-    const int count = core == NullFC ? 0 : int(set->getNChildren());
+    return core == NullFC ? -1 : choiceIndex(set, choice, int(core->getChoice()));
+}
+
+int kxScenery::choiceIndex(const NodePtr& set, const std::string& choice, int shown)
+{
+    const int count = set == NullFC ? 0 : int(set->getNChildren());
     if (choice.empty() && count > 0)
-        return core->getChoice() < 0 || core->getChoice() >= count - 1 ? 0 : int(core->getChoice()) + 1;
+        return shown < 0 || shown >= count - 1 ? 0 : shown + 1;
     for (int i = 0; i < count; ++i)
         if (choiceName(set, UInt32(i)) == choice)
             return i;

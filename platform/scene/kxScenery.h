@@ -36,8 +36,10 @@ KX_API bool kindOf(const osg::NodePtr& node, Kind& kind);
 KX_API std::vector<std::string> choices(const osg::NodePtr& set);
 /// The name of what the set shows, empty for none or all.
 KX_API std::string shownChoice(const osg::NodePtr& set);
-/// The index of the choice of this name, -1 for none. `choice` empty: the one after the one that is shown, around.
+/// The index of the choice of this name, -1 for none. `choice` empty: the one after the one that is shown, around, or
+/// after `shown` where it's given.
 KX_API int choiceIndex(const osg::NodePtr& set, const std::string& choice);
+KX_API int choiceIndex(const osg::NodePtr& set, const std::string& choice, int shown);
 
 /// A set, or a set and one of its choices, in one text, as triggers name it: "Door", "Door/Open".
 KX_API std::string variantName(const std::string& set, const std::string& choice);
