@@ -92,11 +92,13 @@ void kxApplication::setHooks()
     hooks.isSnapshotRendering = &kxRenderJob::isRunning;
     hooks.scrollToNode = [window](const osg::NodePtr& node) { window->sceneTree()->scrollToNode(node); };
 
-    kxHostModule::hooks().render = [window](const QString& file, int width, int height, QString& reason)
+    kxHostModule::hooks().render =
+        [window](const QString& file, int width, int height, const QString& camera, QString& reason)
     {
         kxRenderJob job;
-        job.camera = [window](float aspect) { return window->view()->viewCamera(aspect); };
-        return job.renderImage(file, QSize(width, height), reason);
+        job.camera.film = window->view()->isFilm();
+        job.camera.chosen = [window](float aspect) { return window->view()->viewCamera(aspect); };
+        return job.camera.setName(camera, reason) && job.renderImage(file, QSize(width, height), reason);
     };
     kxHostModule::hooks().stage = window->stage();
     kxHostModule::hooks().document = &window->document();

@@ -10,8 +10,6 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <python/kxInterpreter.h>
-#include <scene/CameraLight.h>
-#include <scene/kxScene.h>
 #include <view/kxView3D.h>
 
 #include <QApplication>
@@ -21,22 +19,7 @@
 namespace
 {
 constexpr QSize PictureSize(1280, 720);
-
-/// The first camera that the scene shows, null where there is none.
-osg::NodePtr sceneCamera()
-{
-    osg::NodePtr camera;
-    osg::traverse(kxScene::the()->root(),
-                  [&camera](const osg::NodePtr& node)
-                  {
-                      if (osg::CameraPtr::dcast(node->getCore()) == osg::NullFC || !kxSceneMath::isShown(node))
-                          return osg::Action::Continue;
-                      camera = node;
-                      return osg::Action::Quit;
-                  });
-    return camera;
 }
-} // namespace
 
 int kxBatch::run()
 {
@@ -105,19 +88,22 @@ bool kxBatch::render()
     if (!findSource(source))
         return false;
     kxRenderJob job;
+    QString error;
+    if (!job.camera.setName(_line.camera, error))
+        return failed(error);
     // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours, or of a script's,
     // counts. Without one, and for models whose cameras mean something else, the whole scene is framed.
     if (!_line.headless)
-        job.camera = [this](float aspect) { return _window->view()->viewCamera(aspect); };
-    else if ((_line.scene.isEmpty() || kxSceneIO::isSceneFile(_line.scene)) && sceneCamera() != osg::NullFC)
-        job.camera = [](float aspect) { return kxViewCamera::fromNode(sceneCamera(), aspect); };
+        job.camera.chosen = [this](float aspect) { return _window->view()->viewCamera(aspect); };
+    else if (const osg::NodePtr camera = kxRenderCamera::firstCamera();
+             camera != osg::NullFC && (_line.scene.isEmpty() || kxSceneIO::isSceneFile(_line.scene)))
+        job.camera.chosen = [camera](float aspect) { return kxViewCamera::fromNode(camera, aspect); };
     job.progress = [](int, const QString& file)
     {
         wrote(file);
         return true;
     };
     const QSize size = _line.size.value_or(PictureSize);
-    QString error;
     if (_line.frames)
         job.renderFrames(_line.render, source, {_line.frames->first, _line.frames->last}, size, error);
     else if (!_line.clip.isEmpty())

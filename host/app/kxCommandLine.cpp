@@ -28,6 +28,7 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("frame", tr("Frame to go to."), "N");
     add("frames", tr("Frames to render, first and last included."), "A:B");
     add("clip", tr("Clip to render instead of the timeline; without --frames, all of it."), "NAME");
+    add("camera", tr("Camera or viewpoint that pictures are seen through; else the clip's, else the scene's."), "NAME");
     add("render", tr("Picture to render; for frames a pattern such as out_%04d.png."), "FILE.png");
     add("screenshot", tr("Picture of the window to write."), "FILE.png");
     add("export", tr("glTF file to write."), "FILE.glb");
@@ -97,6 +98,8 @@ void checkPictures(kxCommandLine& line)
         line.errors << tr("--frame and --frames exclude each other");
     if (!line.clip.isEmpty() && line.render.isEmpty())
         line.errors << tr("--clip needs --render with the files to write, such as --render out_%04d.png");
+    if (!line.camera.isEmpty() && line.render.isEmpty())
+        line.errors << tr("--camera needs --render with the files to write, such as --render out.png");
     if (!line.clip.isEmpty() && line.frame)
         line.errors << tr("--frame and --clip exclude each other; one frame of a clip is --frames N:N");
     if (!line.render.isEmpty())
@@ -204,6 +207,7 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.scripts = parser.values(QStringLiteral("script"));
     line.plugin = oneValue(parser, "plugin", line);
     line.clip = oneValue(parser, "clip", line);
+    line.camera = oneValue(parser, "camera", line);
     line.render = oneValue(parser, "render", line);
     line.screenshot = oneValue(parser, "screenshot", line);
     line.exportFile = oneValue(parser, "export", line);

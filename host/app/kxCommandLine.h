@@ -20,6 +20,7 @@ struct kxCommandLine
     std::optional<double> frame;
     std::optional<Range> frames;
     QString clip;   ///< to render instead of the timeline; without `frames` its extent
+    QString camera; ///< to render through
     QString render; ///< file name, or a pattern for a range
     QString screenshot;
     QString exportFile;

@@ -476,7 +476,7 @@ void kxMainWindow::compareWithDialog()
 void kxMainWindow::renderImage()
 {
     kxRenderDialog dialog(kxRenderDialog::Image, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
-                          this);
+                          _view->isFilm(), this);
     if (dialog.exec() == QDialog::Accepted)
         renderWith(dialog, false);
 }
@@ -484,7 +484,7 @@ void kxMainWindow::renderImage()
 void kxMainWindow::renderFrames()
 {
     kxRenderDialog dialog(kxRenderDialog::Frames, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
-                          this);
+                          _view->isFilm(), this);
     if (dialog.exec() == QDialog::Accepted)
         renderWith(dialog, true);
 }
@@ -492,7 +492,8 @@ void kxMainWindow::renderFrames()
 void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
 {
     kxRenderJob job;
-    job.camera = [this](float aspect) { return _view->viewCamera(aspect); };
+    job.camera = dialog.camera();
+    job.camera.chosen = [this](float aspect) { return _view->viewCamera(aspect); };
     job.transparent = dialog.isTransparent();
     const kxRenderSource::Range range = dialog.range();
     QProgressDialog progress(tr("Rendering..."), tr("Cancel"), range.first, range.last + 1, this);

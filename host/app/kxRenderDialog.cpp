@@ -31,6 +31,18 @@ QKXSpiner* makeSpinner(int minimum, int maximum, int value, const QString& name,
     return spinner;
 }
 
+/// Of names that may be long, and many.
+QComboBox* makeChoice(const QString& name, const QString& text, QWidget* parent)
+{
+    auto* const box = new QComboBox(parent);
+    box->setObjectName(name);
+    box->setAccessibleName(text);
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(20);
+    box->setMaxVisibleItems(20);
+    return box;
+}
+
 QHBoxLayout* pair(QWidget* first, const QString& between, QWidget* second)
 {
     auto* const row = new QHBoxLayout;
@@ -41,7 +53,7 @@ QHBoxLayout* pair(QWidget* first, const QString& between, QWidget* second)
 }
 } // namespace
 
-kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& name, QWidget* parent)
+kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& name, bool isFilm, QWidget* parent)
     : QDialog(parent), _mode(mode), _file(new QLineEdit(this)), _transparent(new QCheckBox(tr("Transparent"), this)),
       _problem(new QLabel(this))
 {
@@ -69,6 +81,7 @@ kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& 
     form->addRow(tr("Size"), pair(_width, QStringLiteral("\u00d7"), _height));
     if (mode == Frames)
         addRange(form);
+    addCameras(form, isFilm);
     form->addRow(tr("Background"), _transparent);
     QPalette colors = _problem->palette();
     colors.setColor(QPalette::WindowText, kxColors::accent());
@@ -109,17 +122,25 @@ void kxRenderDialog::addClips(QFormLayout* form)
     _clips = kxRenderSource::clips();
     if (_clips.empty())
         return;
-    _source = new QComboBox(this);
-    _source->setObjectName(QStringLiteral("_source"));
-    _source->setAccessibleName(tr("Animation"));
-    _source->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon); // a name may be long
-    _source->setMinimumContentsLength(20);
-    _source->setMaxVisibleItems(20);
+    _source = makeChoice(QStringLiteral("_source"), tr("Animation"), this);
     _source->addItem(tr("Timeline"));
     for (const kxRenderSource::Clip& clip : _clips)
         _source->addItem(QString(4 * clip.depth, QLatin1Char(' ')) + clip.name);
     form->addRow(tr("Animation"), _source);
     connect(_source, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &kxRenderDialog::proposeRange);
+}
+
+void kxRenderDialog::addCameras(QFormLayout* form, bool isFilm)
+{
+    _camera = makeChoice(QStringLiteral("_camera"), tr("Camera"), this);
+    _camera->addItem(tr("As in the film"));
+    _camera->setItemData(0, tr("A clip's camera tracks and viewpoints, else the view"), Qt::ToolTipRole);
+    _camera->addItem(tr("As in the view"));
+    _cameras = kxRenderCamera::all();
+    for (const kxRenderCamera::Entry& entry : _cameras)
+        _camera->addItem(entry.name.isEmpty() ? tr("Camera") : entry.name);
+    _camera->setCurrentIndex(isFilm ? 0 : 1);
+    form->addRow(tr("Camera"), _camera);
 }
 
 void kxRenderDialog::proposeRange()
@@ -169,6 +190,16 @@ kxRenderSource kxRenderDialog::source() const
 kxRenderSource::Range kxRenderDialog::range() const
 {
     return _first == nullptr ? kxRenderSource::Range{} : kxRenderSource::Range{_first->value(), _last->value()};
+}
+
+kxRenderCamera kxRenderDialog::camera() const
+{
+    kxRenderCamera camera;
+    const int index = _camera->currentIndex();
+    camera.film = index == 0;
+    if (index > 1)
+        camera.named = _cameras[std::size_t(index - 2)].node;
+    return camera;
 }
 
 bool kxRenderDialog::isTransparent() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxRenderCamera.h"
 #include "kxRenderSource.h"
 
 #include <QDialog>
@@ -23,19 +24,23 @@ public:
         Frames
     };
     /// `folder` empty: the one that was rendered to last.
-    kxRenderDialog(Mode mode, const QString& folder, const QString& name, QWidget* parent);
+    /// `isFilm`: the view shows clips through their own cameras, and so is the first proposal.
+    kxRenderDialog(Mode mode, const QString& folder, const QString& name, bool isFilm, QWidget* parent);
 
     QString file() const;
     QSize size() const;
     kxRenderSource source() const;
     kxRenderSource::Range range() const;
     bool isTransparent() const;
+    /// Without `chosen`.
+    kxRenderCamera camera() const;
 
 private:
     void choose();
     void check();
     void addRange(QFormLayout* form);
     void addClips(QFormLayout* form);
+    void addCameras(QFormLayout* form, bool isFilm);
     void proposeRange();
 
     Mode _mode;
@@ -46,6 +51,8 @@ private:
     QComboBox* _source = nullptr; // where there are clips: the timeline, then these
     QKXSpiner* _first = nullptr;  // of a range
     QKXSpiner* _last = nullptr;
+    std::vector<kxRenderCamera::Entry> _cameras;
+    QComboBox* _camera = nullptr; // the film, the view, then these
     QCheckBox* _transparent;
     QLabel* _problem;
     QPushButton* _render;

@@ -31,16 +31,22 @@ kxOffscreen& kxRenderJob::offscreen()
     return *shared;
 }
 
-kxViewCamera kxRenderJob::viewFor(const QSize& size)
+kxViewCamera kxRenderJob::viewFor(const QSize& size, std::optional<kxViewCamera>& framed)
 {
     const float aspect = float(size.width()) / float(std::max(1, size.height()));
-    return camera ? camera(aspect) : offscreen().framingCamera(aspect);
+    kxViewCamera view;
+    if (camera.find(aspect, view))
+        return view;
+    if (!framed)
+        framed = offscreen().framingCamera(aspect);
+    return *framed;
 }
 
 bool kxRenderJob::renderImage(const QString& file, const QSize& size, QString& error)
 {
     const QScopedValueRollback<bool> flag(running, true);
-    return write(file, size, viewFor(size), error);
+    std::optional<kxViewCamera> framed;
+    return write(file, size, viewFor(size, framed), error);
 }
 
 int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
@@ -50,15 +56,13 @@ int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& sour
     kxAnimManager* const manager = kxAnimManager::the();
     const double before = manager->currentFrame();
     manager->setCurrentFrame(before, false, true); // another clip may be shown
-    source.show(range.first);
-    // One view for all: a camera that frames anew in each picture would make the film jump.
-    const kxViewCamera view = viewFor(size);
+    std::optional<kxViewCamera> framed;
     int written = 0;
     for (int frame = range.first; frame <= range.last; ++frame)
     {
         source.show(frame);
         const QString file = kxFramePattern::fileName(pattern, frame);
-        if (!write(file, size, camera ? viewFor(size) : view, error))
+        if (!write(file, size, viewFor(size, framed), error))
             break;
         ++written;
         if (progress && !progress(frame, file))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxRenderCamera.h"
 #include "kxRenderSource.h"
 
 #include <QImage>
@@ -8,6 +9,7 @@
 #include <view/kxOffscreen.h>
 
 #include <functional>
+#include <optional>
 
 /// Draws the open scene into picture files.
 ///
@@ -17,8 +19,7 @@ class kxRenderJob
 public:
     static bool isRunning();
 
-    /// Fills in the camera for a picture of this aspect; where empty, one that shows the whole scene.
-    std::function<kxViewCamera(float aspect)> camera;
+    kxRenderCamera camera;
     /// Told after each picture; false ends the job. May be empty.
     std::function<bool(int frame, const QString& file)> progress;
     bool transparent = false;
@@ -32,6 +33,8 @@ public:
 
 private:
     bool write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error);
-    kxViewCamera viewFor(const QSize& size);
+    /// Where nobody chose a camera, all pictures have one view of the whole scene: one that frames anew in each would
+    /// make the film jump.
+    kxViewCamera viewFor(const QSize& size, std::optional<kxViewCamera>& framed);
     static kxOffscreen& offscreen();
 };

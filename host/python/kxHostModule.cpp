@@ -104,13 +104,13 @@ void check(bool succeeded, const QString& reason)
         kxRaise(PyExc_RuntimeError, reason.isEmpty() ? "no picture was made" : reason.toStdString());
 }
 
-void render(const std::string& path, int width, int height)
+void render(const std::string& path, int width, int height, const std::string& camera)
 {
     if (width < 1 || height < 1 || width > LargestPicture || height > LargestPicture)
         kxRaise(PyExc_ValueError, "width and height have to be 1 to " + std::to_string(LargestPicture));
     QString reason = QStringLiteral("There is no view that could draw the scene.");
     const auto draw = kxHostModule::hooks().render;
-    check(draw && draw(QString::fromStdString(path), width, height, reason), reason);
+    check(draw && draw(QString::fromStdString(path), width, height, QString::fromStdString(camera), reason), reason);
 }
 
 void screenshot(const std::string& path)
@@ -269,7 +269,7 @@ void defineRest()
             "@return: All attributes of the message afterwards, with what the answer added.\n\n"
             "@rtype: dict\n\n"
             "@raise TypeError: A value is of a type that a message can't carry.");
-    bp::def("render", render, bp::args("path", "width", "height"),
+    bp::def("render", render, (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("camera") = std::string()),
             "Draws the scene at the current frame into a picture file, as File, Render Image does.\n\n"
             "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"
             "@type path: string\n\n"
@@ -277,8 +277,11 @@ void defineRest()
             "@type width: int\n\n"
             "@param height: Pixels.\n\n"
             "@type height: int\n\n"
+            "@param camera: A camera or a viewpoint by its name; without one the film's while a clip is shown, else "
+            "what the view shows.\n\n"
+            "@type camera: string\n\n"
             "@raise ValueError: A size is below 1 or above 16384.\n"
-            "@raise RuntimeError: Nothing can be drawn, or the file can't be written.");
+            "@raise RuntimeError: There is no such camera, nothing can be drawn, or the file can't be written.");
     bp::def("screenshot", screenshot, bp::args("path"),
             "Saves a picture of the main window.\n\n"
             "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"

@@ -16,7 +16,8 @@ public:
     struct Hooks
     {
         /// Draws the scene at the present frame into a picture file of `width` x `height` pixels.
-        std::function<bool(const QString& file, int width, int height, QString& reason)> render;
+        /// `camera` by name, empty for none.
+        std::function<bool(const QString& file, int width, int height, const QString& camera, QString& reason)> render;
         /// Saves a picture of the main window.
         std::function<bool(const QString& file, QString& reason)> screenshot;
         /// Shows viewpoints and runs sequences; not owned.

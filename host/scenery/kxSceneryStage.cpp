@@ -65,8 +65,10 @@ public:
           _stage(stage)
     {
     }
-    int receivedMessage(kxMessage&) override
+    int receivedMessage(kxMessage& message) override
     {
+        if (message.id() == kxMessageId::NewScene)
+            _stage->view()->setFilm(true);
         _stage->stopAll();
         return 0;
     }
@@ -89,15 +91,10 @@ kxSceneryStage::kxSceneryStage(kxView3D* view, QObject* parent)
             [this](const std::string& name, kxTriggers::Kind kind)
             {
                 QString problem;
-                if (kind == kxTriggers::Kind::Viewpoint)
-                    problem = showViewpoint(name);
-                else if (kind == kxTriggers::Kind::Sequence)
+                if (kind == kxTriggers::Kind::Sequence)
                     _runner.start(name);
                 else
-                {
-                    const auto [set, choice] = kxScenery::findVariant(name);
-                    problem = setVariant(set == osg::NullFC ? name : set->getNodeName(), choice);
-                }
+                    problem = kind == kxTriggers::Kind::Viewpoint ? passViewpoint(name) : passVariant(name);
                 if (!problem.isEmpty())
                     kxLog::warning(tr("A trigger did nothing: %1.").arg(problem));
             });
@@ -150,14 +147,34 @@ kxSequenceRunner::World kxSceneryStage::world()
     return world;
 }
 
+QString kxSceneryStage::passViewpoint(const std::string& name)
+{
+    if (kxScenery::find(kxScenery::Kind::Viewpoint, name) == osg::NullFC)
+        return tr("there is no viewpoint %1").arg(quoted(name));
+    viewpointActivated();
+    return QString();
+}
+
+QString kxSceneryStage::passVariant(const std::string& name) const
+{
+    const auto [set, choice] = kxScenery::findVariant(name);
+    int index = -1;
+    return findChoice(set, set == osg::NullFC ? name : set->getNodeName(), choice, index);
+}
+
+void kxSceneryStage::viewpointActivated()
+{
+    if (auto* const service = kxKernelServiceFactory::the().getService<kxCameraService>())
+        Q_EMIT service->viewpointActivated();
+}
+
 QString kxSceneryStage::showViewpoint(const std::string& name)
 {
     const osg::NodePtr node = kxScenery::find(kxScenery::Kind::Viewpoint, name);
     if (node == osg::NullFC)
         return tr("there is no viewpoint %1").arg(quoted(name));
     _view->goTo(node.getFieldContainerId(), osg::ViewpointPtr::dcast(node->getCore())->getTargetDistance());
-    if (auto* const service = kxKernelServiceFactory::the().getService<kxCameraService>())
-        Q_EMIT service->viewpointActivated();
+    viewpointActivated();
     return QString();
 }
 
@@ -174,15 +191,25 @@ QString kxSceneryStage::playCameraTrack(const osg::NodePtr& track)
     return QString();
 }
 
+QString kxSceneryStage::findChoice(const osg::NodePtr& set, const std::string& name, const std::string& choice,
+                                   int& index) const
+{
+    if (set == osg::NullFC)
+        return tr("there is no variant set %1").arg(quoted(name));
+    index = kxScenery::choiceIndex(set, choice);
+    if (index >= 0)
+        return QString();
+    return choice.empty() ? tr("the variant set %1 has no choices").arg(quoted(name))
+                          : tr("the variant set %1 has no choice %2").arg(quoted(name), quoted(choice));
+}
+
 QString kxSceneryStage::setVariant(const std::string& set, const std::string& choice)
 {
     const osg::NodePtr node = kxScenery::find(kxScenery::Kind::VariantSet, set);
-    if (node == osg::NullFC)
-        return tr("there is no variant set %1").arg(quoted(set));
-    const int index = kxScenery::choiceIndex(node, choice);
-    if (index < 0)
-        return choice.empty() ? tr("the variant set %1 has no choices").arg(quoted(set))
-                              : tr("the variant set %1 has no choice %2").arg(quoted(set), quoted(choice));
+    int index = -1;
+    const QString problem = findChoice(node, set, choice, index);
+    if (!problem.isEmpty())
+        return problem;
     const osg::SwitchPtr core = osg::SwitchPtr::dcast(node->getCore());
     if (core->getChoice() == index)
         return QString();

@@ -44,6 +44,13 @@ Q_SIGNALS:
 private:
     class SceneModule;
     kxSequenceRunner::World world();
+    /// Time passed over a trigger of this name. What it shows is kxFilm's; here others are notified, and the user of
+    /// what is missing.
+    QString passViewpoint(const std::string& name);
+    QString passVariant(const std::string& name) const;
+    static void viewpointActivated();
+    /// `set` is the one of this name, or null.
+    QString findChoice(const osg::NodePtr& set, const std::string& name, const std::string& choice, int& index) const;
 
     kxView3D* _view;
     kxSequenceRunner _runner;

@@ -5,9 +5,12 @@
 #include "kxViewActions.h"
 #include "kxViewOverlay.h"
 
+#include <animation/kxAnimEngine.h>
 #include <journal/kxHistory.h>
 #include <kernel/kxSelection.h>
+#include <kxAnimManager.h>
 #include <kxController.h>
+#include <kxLog.h>
 #include <kxScenegraph.h>
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
@@ -94,13 +97,35 @@ kxFrame kxView3D::makeFrame(const QSize& pixels)
 kxViewCamera kxView3D::viewCamera(float aspect)
 {
     _scene->update();
-    if (cameraNodeId() != 0)
-        return kxViewCamera::fromNode(osg::living<osg::Node>(_cameraNodeId), aspect);
+    if (const osg::UInt32 id = cameraNodeId())
+        return kxViewCamera::fromNode(osg::living<osg::Node>(id), aspect);
     return _rig.camera(aspect, _scene->bounds());
+}
+
+osg::NodePtr kxView3D::filmCamera() const
+{
+    return _film ? kxAnimEngine::of(*kxAnimManager::the()).film.camera() : osg::NodePtr();
+}
+
+void kxView3D::releaseFilmCamera()
+{
+    kxAnimEngine::of(*kxAnimManager::the()).film.releaseCamera();
+}
+
+void kxView3D::setFilm(bool on)
+{
+    if (on == _film)
+        return;
+    _film = on;
+    redraw(false);
+    Q_EMIT filmChanged(on);
+    Q_EMIT viewChanged();
 }
 
 osg::UInt32 kxView3D::cameraNodeId() const
 {
+    if (const osg::NodePtr camera = filmCamera())
+        return camera.getFieldContainerId();
     const osg::NodePtr node = osg::living<osg::Node>(_cameraNodeId);
     const bool inScene = node != osg::NullFC && kxNodeUtils::hasParent(node, kxScene::the()->superRoot());
     return inScene && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC ? _cameraNodeId : 0;
@@ -116,6 +141,9 @@ void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
 {
     _drawnRevision = _scene->revision();
     _isDrawn = true;
+    const osg::UInt32 camera = cameraNodeId();
+    const bool isCut = camera != _drawnCameraId;
+    _drawnCameraId = camera;
     _governor.note(level, milliseconds);
     if (level != kxFrameGovernor::Full)
         _sharpen->start();
@@ -130,6 +158,8 @@ void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
     }
     _frameTime.start();
     Q_EMIT frameDrawn();
+    if (isCut)
+        Q_EMIT viewChanged();
 }
 
 bool kxView3D::placeGizmo()
@@ -176,7 +206,7 @@ QString kxView3D::statusText() const
     if (_frameSeconds > 0)
         text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));
     if (const osg::UInt32 id = cameraNodeId())
-        text.prepend(tr("Through %1  \u00b7  ")
+        text.prepend((filmCamera() == osg::NullFC ? tr("Through %1  \u00b7  ") : tr("Film: through %1  \u00b7  "))
                          .arg(QString::fromUtf8(kxNodeUtils::getName(osg::living<osg::Node>(id)).c_str())));
     return text;
 }
@@ -195,7 +225,7 @@ void kxView3D::redraw(bool now)
 
 bool kxView3D::showsScene() const
 {
-    return !_scene->isStale() && _scene->revision() == _drawnRevision;
+    return !_scene->isStale() && _scene->revision() == _drawnRevision && cameraNodeId() == _drawnCameraId;
 }
 
 QImage kxView3D::grabFrameBuffer(bool withAlpha)
@@ -291,6 +321,7 @@ void kxView3D::lookThrough(osg::UInt32 nodeId)
     else
     {
         _way->stop();
+        releaseFilmCamera();
         _cameraNodeId = nodeId;
     }
     redraw(false);
@@ -308,6 +339,7 @@ void kxView3D::goTo(osg::UInt32 nodeId, float distance)
         lookThrough(nodeId);
         return;
     }
+    releaseFilmCamera();
     leaveCamera();
     startWay(_rig.poseOf(camera, distance));
 }
@@ -317,6 +349,10 @@ void kxView3D::leaveCamera()
     if (cameraNodeId() != 0)
         _rig.setPose(_rig.poseOf(viewCamera(1)));
     _cameraNodeId = 0;
+    if (filmCamera() == osg::NullFC)
+        return;
+    setFilm(false);
+    kxLog::info(tr("Film is off: the view stays where you turn it while a clip plays (Camera > Film)."));
 }
 
 void kxView3D::startWay(const kxCameraRig::Pose& pose)

@@ -40,6 +40,11 @@ public:
     void lookThrough(osg::UInt32 nodeId);
     /// The node of the camera that is looked through, 0 for none.
     osg::UInt32 cameraNodeId() const;
+
+    /// While on, a clip that is shown is seen through its own cameras, see kxFilm; whatever camera is chosen here
+    /// counts where it has none. Whoever turns the view then looks for themselves, and the film is off.
+    void setFilm(bool on);
+    bool isFilm() const { return _film; }
     /// Goes where a node of the scene looks from, on a short way, and stays free to move; the target lies `distance`
     /// before the eye. What isn't upright, or sees another angle, is looked through. Does nothing for a node that is
     /// no camera.
@@ -74,6 +79,7 @@ Q_SIGNALS:
     void viewChanged();
     /// The eye has come to rest after a drag or a way.
     void viewWentIdle();
+    void filmChanged(bool on);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -117,6 +123,8 @@ private:
     /// True where the last frame drawn shows the scene as it is.
     bool showsScene() const;
     void leaveCamera();
+    osg::NodePtr filmCamera() const;
+    static void releaseFilmCamera();
     void startWay(const kxCameraRig::Pose& pose);
     void walk();
 
@@ -127,7 +135,9 @@ private:
     kxRenderOptions _options;
     kxViewSurface* _surface = nullptr; // a child
     kxViewActions* _actions = nullptr; // a child
-    osg::UInt32 _cameraNodeId = 0;
+    osg::UInt32 _cameraNodeId = 0;     // that was chosen
+    bool _film = true;
+    osg::UInt32 _drawnCameraId = 0;
     osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame
     bool _isDrawn = false;          // nothing else than the scene may have changed since then
     bool _local = false;

@@ -135,6 +135,12 @@ void kxViewActions::fillCameraMenu()
     look(tr("From Above"), 0, kxCameraRig::LargestPitch);
     look(tr("From a Corner"), kxCameraRig::Pose().yaw, kxCameraRig::Pose().pitch);
     _cameraMenu->addSeparator();
+    QAction* const film = _cameraMenu->addAction(tr("Film"), _view, &kxView3D::setFilm);
+    film->setObjectName(QStringLiteral("film"));
+    film->setToolTip(tr("A clip that plays is seen through its camera tracks and viewpoints"));
+    film->setCheckable(true);
+    film->setChecked(_view->isFilm());
+    _cameraMenu->addSeparator();
     const osg::UInt32 current = _view->cameraNodeId();
     QAction* const free = _cameraMenu->addAction(tr("Free View"), _view, [this] { _view->lookThrough(0); });
     free->setCheckable(true);

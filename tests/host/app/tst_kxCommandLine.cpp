@@ -35,6 +35,7 @@ private Q_SLOTS:
         kxRow("range into one file", "a.kxs --frames 0:3 --render x.png", "x.png");
         kxRow("both kinds of frames", "a.kxs --frame 1 --frames 0:3 --render x_%d.png", "exclude");
         kxRow("clip without files", "a.kxs --clip Walk", "--render");
+        kxRow("camera without files", "a.kxs --camera Near", "--render");
         kxRow("clip into one file", "a.kxs --clip Walk --render x.png", "x.png");
         kxRow("clip and a timeline's frame", "a.kxs --clip Walk --frame 1 --render x_%d.png", "exclude");
         kxRow("picture of no kind", "a.kxs --render x.txt", "x.txt");

@@ -7,6 +7,7 @@
 #include <app/kxRenderJob.h>
 #include <kxAnimFixture.h>
 #include <osg/Share.h>
+#include <scene/CameraLight.h>
 
 #include <QtWidgets>
 
@@ -45,7 +46,8 @@ private Q_SLOTS:
         QFETCH(int, first);
         QFETCH(int, last);
         QFETCH(QString, problem);
-        kxRenderDialog dialog(frames ? kxRenderDialog::Frames : kxRenderDialog::Image, _folder.path(), "Film", nullptr);
+        kxRenderDialog dialog(frames ? kxRenderDialog::Frames : kxRenderDialog::Image, _folder.path(), "Film", true,
+                              nullptr);
         QCOMPARE(dialog.file(), path(frames ? "Film_%04d.png" : "Film.png"));
         dialog.findChild<QLineEdit*>("_file")->setText(path(file));
         if (frames)
@@ -66,7 +68,7 @@ private Q_SLOTS:
     {
         for (const bool accepts : {false, true})
         {
-            kxRenderDialog dialog(kxRenderDialog::Image, _folder.path(), "Film", nullptr);
+            kxRenderDialog dialog(kxRenderDialog::Image, _folder.path(), "Film", true, nullptr);
             dialog.show();
             QCOMPARE(dialog.size(), QSize(1920, 1080));
             dialog.findChild<QKXSpiner*>("_width")->setValue(640);
@@ -78,7 +80,7 @@ private Q_SLOTS:
             QCOMPARE(dialog.result(), int(accepts));
             QVERIFY(!dialog.isVisible());
         }
-        const kxRenderDialog next(kxRenderDialog::Image, QString(), "Other", nullptr);
+        const kxRenderDialog next(kxRenderDialog::Image, QString(), "Other", true, nullptr);
         QVERIFY(next.size() == QSize(640, 400) && next.file() == path("Other.png"));
     }
 
@@ -88,7 +90,7 @@ private Q_SLOTS:
         const osg::Share<osg::AnimNode> block(F::block("step", {F::curve("translation", "X", {{0, 0}, {2, 1}})}));
         const osg::AnimNodePtr inner = F::clip("Inner", {F::clone(block, 0.5f)});
         kxAnimManager::the()->clipStructureRoot()->addChild(F::clip("Walk", {inner, F::clone(block, 3)}));
-        kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", nullptr);
+        kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", true, nullptr);
         auto* const source = dialog.findChild<QComboBox*>("_source");
         QCOMPARE(source->count(), 3);
         for (const auto& [entry, first, last] :
@@ -122,6 +124,49 @@ private Q_SLOTS:
         QVERIFY(!kxRenderJob::isRunning() && fired == 0);
         QCOMPARE(kxAnimManager::the()->currentFrame(), 5.0);
         kxAnimFixture::engine().triggers.setHandler(nullptr);
+    }
+
+    /// Whoever nobody named is seen through; and the dialog's three ways.
+    void framesAreSeenThroughTheFilmsCameras()
+    {
+        addSurface("Box", addMaterial("Paint"));
+        std::vector<osg::AnimNodePtr> bars;
+        for (const float x : {1.0f, 3.0f})
+        {
+            const osg::NodePtr camera = kxAnimFixture::object(x < 2 ? "Near" : "Far");
+            camera->setCore(osg::Camera::create());
+            const osg::AnimNodePtr block =
+                kxAnimFixture::block("shot", {kxAnimFixture::curve("translation", "X", {{0, x}, {1, -x}}),
+                                              kxAnimFixture::curve("translation", "Z", {{0, 4 * x}, {1, 4 * x}})});
+            kxAnimFixture::added(camera, block);
+            bars.push_back(kxAnimFixture::clone(block, x < 2 ? 0 : 1.0f));
+        }
+        const osg::AnimNodePtr clip = kxAnimFixture::clip("Walk", bars);
+        kxAnimManager::the()->clipStructureRoot()->addChild(clip);
+        const auto frame = [&](int at, const kxRenderCamera& camera)
+        {
+            kxRenderJob job;
+            job.camera = camera;
+            job.camera.chosen = [](float aspect) { return kxViewCamera::fromNode(osg::NodePtr(), aspect); };
+            QString error;
+            return job.renderFrames(path("f_%d.png"), kxRenderSource(clip), {at, at}, QSize(80, 45), error) == 1
+                       ? QImage(path(QString("f_%1.png").arg(at)))
+                       : QImage();
+        };
+        kxRenderCamera near, far, nobody, none;
+        QString error;
+        QVERIFY(near.setName("Near", error) && far.setName("Far", error) && none.setName("", error));
+        nobody.film = false;
+        QVERIFY(!none.setName("Nobody", error) && error.contains("'Nobody'; there are: Near, Far"));
+        QVERIFY(!frame(6, {}).isNull() && frame(6, {}) == frame(6, near) && frame(30, {}) == frame(30, far));
+        QVERIFY(frame(6, far) != frame(6, near) && frame(6, far) != frame(30, far) && frame(6, nobody) != frame(6, {}));
+        kxRenderDialog dialog(kxRenderDialog::Frames, _folder.path(), "Film", false, nullptr);
+        auto* const choice = dialog.findChild<QComboBox*>("_camera");
+        QVERIFY(!dialog.camera().film && dialog.camera().named == osg::NullFC);
+        choice->setCurrentIndex(choice->findText("Far"));
+        QVERIFY(frame(6, dialog.camera()) == frame(6, far));
+        choice->setCurrentIndex(0);
+        QVERIFY(dialog.camera().film && frame(30, dialog.camera()) == frame(30, far));
     }
 
     void picturesShowNoSelection()

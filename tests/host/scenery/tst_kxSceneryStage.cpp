@@ -1,15 +1,20 @@
 #include <edits/kxSceneryEdits.h>
 #include <files/kxSceneIO.h>
+#include <kernel/kxModuleRegistry.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxMessageIds.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
 #include <kxTexts.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
 
 #include <host/app/kxSceneFixture.h>
+
+#include <QMenu>
 
 #include <set>
 
@@ -137,7 +142,9 @@ private Q_SLOTS:
     {
         const osg::NodePtr set =
             kxSceneryEdits::addVariantSet({addObject("A"), addObject("B"), addObject("C")}, "Look");
-        kxSceneryEdits::addViewpoint(camera(120), 5, "Side");
+        const osg::NodePtr side = kxSceneryEdits::addViewpoint(camera(120), 5, "Side");
+        const QSignalSpy activated(kxKernelServiceFactory::the().getService<kxCameraService>(),
+                                   &kxCameraService::viewpointActivated);
         kxSceneryEdits::addSequence({{kxSequenceStep::Kind::SetVariant, "Look", "A", 0}}, "Back");
         const osg::AnimNodePtr clip =
             kxAnimFixture::clip("clip", {trigger("Look", 1, Kind::VariantSet), trigger("Side", 1, Kind::Viewpoint),
@@ -150,7 +157,7 @@ private Q_SLOTS:
         show(1.5);
         show(2);
         QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // the next one, once
-        QVERIFY(std::fabs(_view->rig().pose().yaw - 120) < 0.1f);
+        QVERIFY(_view->cameraNodeId() == side.getFieldContainerId() && activated.size() == 1);
         show(3.5);
         QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // a sequence never runs inside of a frame
         _stage->runner().update();
@@ -214,6 +221,48 @@ private Q_SLOTS:
             if (fieldOfView == kxCameraRig::FieldOfView)
                 QVERIFY((_view->rig().pose().target - QVector3D(1, 2, 3)).length() < 1e-3f);
         }
+    }
+
+    void aClipIsSeenThroughItsOwnCameras()
+    {
+        const osg::NodePtr wide = kxSceneryEdits::addViewpoint(camera(30), 5, "Wide"),
+                           other = kxSceneryEdits::addViewpoint(camera(80), 5, "Other"),
+                           track = kxSceneryEdits::addCameraTrack({wide, other}, 2);
+        kxAnimManager* const manager = kxAnimManager::the();
+        const osg::AnimNodePtr clip =
+            kxAnimFixture::clip("clip", {trigger("Wide", 3, Kind::Viewpoint),
+                                         kxAnimFixture::clone(manager->getCameraTrackBlock(track), 5)});
+        manager->addToClipStructure(clip);
+        const auto seenAt = [&](double frame)
+        {
+            manager->evaluateByFrame(clip, frame, true, true, true);
+            return osg::living<osg::Node>(_view->cameraNodeId());
+        };
+        QVERIFY(seenAt(125) == track && seenAt(80) == wide && seenAt(2) == osg::NullFC);
+        // A camera that is chosen counts where the film has none, and while the film stands.
+        _view->lookThrough(other.getFieldContainerId());
+        QVERIFY(seenAt(2) == other && seenAt(125) == track);
+        _view->lookThrough(other.getFieldContainerId());
+        QVERIFY(_view->cameraNodeId() == other.getFieldContainerId() && seenAt(130) == track);
+        manager->setCurrentFrame(12, true, false);
+        QCOMPARE(_view->cameraNodeId(), other.getFieldContainerId());
+        // Who turns the view stands where the film was, and looks for themselves from then on.
+        seenAt(125);
+        const QVector3D eye = _view->viewCamera(1).eye();
+        kxLogModel::the().clear();
+        _view->lookFrom(_view->rig().pose().yaw, 0);
+        QVERIFY(!_view->isFilm() && kxLogged().join(' ').contains("Film is off") && seenAt(80) == osg::NullFC);
+        QVERIFY((_view->viewCamera(1).eye() - _view->rig().pose().target).length() > 1 && eye != QVector3D());
+        QMenu* const menu = _view->findChild<QMenu*>("cameraMenu");
+        Q_EMIT menu->aboutToShow();
+        QAction* const film = menu->findChild<QAction*>("film");
+        QVERIFY(film != nullptr && !film->isChecked());
+        film->trigger();
+        QVERIFY(_view->isFilm() && osg::living<osg::Node>(_view->cameraNodeId()) == wide);
+        _view->setFilm(false);
+        clear();
+        kxModuleRegistry::the().deliver(kxMessageId::NewScene);
+        QVERIFY(_view->isFilm());
     }
 
     void cameraTracksPassTheirViewpoints()
