@@ -6,6 +6,7 @@
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
+#include <kxFramePlayer.h>
 #include <kxLog.h>
 #include <kxMessageIds.h>
 #include <kxMessageNames.h>
@@ -53,6 +54,12 @@ void animationEnded(kxMessage&)
     if (listening != nullptr)
         Q_EMIT listening->changed();
 }
+
+void playerChanged(kxMessage&)
+{
+    if (listening != nullptr && kxFramePlayer::the()->isPlaying())
+        listening->view()->resumeFilm();
+}
 } // namespace
 
 /// What runs belongs to the scene that it was started in.
@@ -84,6 +91,7 @@ kxSceneryStage::kxSceneryStage(kxView3D* view, QObject* parent)
     connect(kxScene::the(), &kxScene::structureChanged, &_runner, &kxSequenceRunner::update);
     listening = this;
     kxController::addCB(kxMessageName::DequeuedAnimation, animationEnded);
+    kxController::addCB(kxMessageName::FramePlayerUserChanged, playerChanged);
     kxController::addCB(kxMessageName::GetVariants, answerVariants);
     kxController::addCB(kxMessageName::GetSequences, answerSequences);
     kxAnimEngine::of(*kxAnimManager::the())
@@ -105,6 +113,7 @@ kxSceneryStage::~kxSceneryStage()
     kxAnimEngine::of(*kxAnimManager::the()).triggers.setHandler(nullptr);
     listening = nullptr;
     kxController::subCB(kxMessageName::DequeuedAnimation, animationEnded);
+    kxController::subCB(kxMessageName::FramePlayerUserChanged, playerChanged);
     kxController::subCB(kxMessageName::GetVariants, answerVariants);
     kxController::subCB(kxMessageName::GetSequences, answerSequences);
 }
@@ -225,6 +234,7 @@ QString kxSceneryStage::playClip(const std::string& name, unsigned int& id)
     const osg::AnimNodePtr node = kxAnimManager::the()->find(name);
     if (node == osg::NullFC)
         return tr("there is no clip or block %1").arg(quoted(name));
+    _view->resumeFilm();
     kxAnimEvaluator::the()->enqueue(node, true);
     id = node.getFieldContainerId();
     return QString();

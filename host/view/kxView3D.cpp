@@ -104,7 +104,7 @@ kxViewCamera kxView3D::viewCamera(float aspect)
 
 osg::NodePtr kxView3D::filmCamera() const
 {
-    return _film ? kxAnimEngine::of(*kxAnimManager::the()).film.camera() : osg::NodePtr();
+    return isFilm() ? kxAnimEngine::of(*kxAnimManager::the()).film.camera() : osg::NodePtr();
 }
 
 void kxView3D::releaseFilmCamera()
@@ -114,12 +114,15 @@ void kxView3D::releaseFilmCamera()
 
 void kxView3D::setFilm(bool on)
 {
-    if (on == _film)
-        return;
     _film = on;
+    _isFilmLeft = false;
     redraw(false);
-    Q_EMIT filmChanged(on);
     Q_EMIT viewChanged();
+}
+
+void kxView3D::resumeFilm()
+{
+    setFilm(_film);
 }
 
 osg::UInt32 kxView3D::cameraNodeId() const
@@ -351,8 +354,8 @@ void kxView3D::leaveCamera()
     _cameraNodeId = 0;
     if (filmCamera() == osg::NullFC)
         return;
-    setFilm(false);
-    kxLog::info(tr("Film is off: the view stays where you turn it while a clip plays (Camera > Film)."));
+    _isFilmLeft = true;
+    kxLog::info(tr("The view has left the film's camera, until something is played or Camera > Film is switched on."));
 }
 
 void kxView3D::startWay(const kxCameraRig::Pose& pose)

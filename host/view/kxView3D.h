@@ -42,9 +42,11 @@ public:
     osg::UInt32 cameraNodeId() const;
 
     /// While on, a clip that is shown is seen through its own cameras, see kxFilm; whatever camera is chosen here
-    /// counts where it has none. Whoever turns the view then looks for themselves, and the film is off.
+    /// counts where it has none. Whoever turns the view then looks for themselves, until resumeFilm().
     void setFilm(bool on);
-    bool isFilm() const { return _film; }
+    bool isFilm() const { return _film && !_isFilmLeft; }
+    /// Something is played from now on: the film is back where it wasn't switched off.
+    void resumeFilm();
     /// Goes where a node of the scene looks from, on a short way, and stays free to move; the target lies `distance`
     /// before the eye. What isn't upright, or sees another angle, is looked through. Does nothing for a node that is
     /// no camera.
@@ -79,7 +81,6 @@ Q_SIGNALS:
     void viewChanged();
     /// The eye has come to rest after a drag or a way.
     void viewWentIdle();
-    void filmChanged(bool on);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -137,6 +138,7 @@ private:
     kxViewActions* _actions = nullptr; // a child
     osg::UInt32 _cameraNodeId = 0;     // that was chosen
     bool _film = true;
+    bool _isFilmLeft = false; // by turning the view
     osg::UInt32 _drawnCameraId = 0;
     osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame
     bool _isDrawn = false;          // nothing else than the scene may have changed since then

@@ -409,16 +409,18 @@ private Q_SLOTS:
         run("refused(RuntimeError, 'no view', render, 'a.png', 1, 1)");
         QStringList drawn;
         bool succeeds = true;
-        kxHostModule::hooks().render = [&](const QString& file, int width, int height, QString& reason)
+        kxHostModule::hooks().render =
+            [&](const QString& file, int width, int height, const QString& camera, QString& reason)
         {
-            drawn << QString("%1 %2 %3").arg(file).arg(width).arg(height);
+            drawn << QString("%1 %2 %3%4").arg(file).arg(width).arg(height).arg(camera);
             reason = succeeds ? QString() : "the disk is full";
             return succeeds;
         };
         run("for size in [(0, 9), (9, 0), (16385, 9), (9, 16385)]:\n"
             "    refused(ValueError, '1 to 16384', render, 'a.png', *size)\n"
-            "render('a.png', 1, 16384)");
-        QCOMPARE(drawn, QStringList("a.png 1 16384"));
+            "render('a.png', 1, 16384)\n"
+            "render('a.png', 7, 9, camera=' Caf\u00e9')");
+        QCOMPARE(drawn, QStringList({"a.png 1 16384", "a.png 7 9 Caf\u00e9"}));
         succeeds = false;
         run("refused(RuntimeError, 'disk', render, 'b.png', 3, 2)");
     }

@@ -3,6 +3,7 @@
 #include <kernel/kxModuleRegistry.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
+#include <kxFramePlayer.h>
 #include <kxMessageIds.h>
 #include <kxScenegraph.h>
 #include <kxServices.h>
@@ -249,17 +250,31 @@ private Q_SLOTS:
         // Who turns the view stands where the film was, and looks for themselves from then on.
         seenAt(125);
         const QVector3D eye = _view->viewCamera(1).eye();
+        const kxCameraRig::Pose pose = _view->rig().poseOf(_view->viewCamera(1));
         kxLogModel::the().clear();
-        _view->lookFrom(_view->rig().pose().yaw, 0);
-        QVERIFY(!_view->isFilm() && kxLogged().join(' ').contains("Film is off") && seenAt(80) == osg::NullFC);
-        QVERIFY((_view->viewCamera(1).eye() - _view->rig().pose().target).length() > 1 && eye != QVector3D());
+        _view->lookFrom(pose.yaw, pose.pitch);
+        QVERIFY(!_view->isFilm() && kxLogged().join(' ').contains("left the film") && seenAt(80) == osg::NullFC);
+        QVERIFY((_view->viewCamera(1).eye() - eye).length() < 1e-2f);
         QMenu* const menu = _view->findChild<QMenu*>("cameraMenu");
         Q_EMIT menu->aboutToShow();
         QAction* const film = menu->findChild<QAction*>("film");
         QVERIFY(film != nullptr && !film->isChecked());
         film->trigger();
         QVERIFY(_view->isFilm() && osg::living<osg::Node>(_view->cameraNodeId()) == wide);
-        _view->setFilm(false);
+        // So does whatever is played, but where it was switched off by hand.
+        kxFramePlaybackParams params;
+        params.end = 9;
+        for (const bool isWanted : {true, false})
+        {
+            film->setChecked(!isWanted);
+            film->trigger();
+            QCOMPARE(_view->isFilm(), isWanted);
+            _view->lookFrom(15, 0);
+            QVERIFY(!_view->isFilm());
+            kxFramePlayer::the()->start(params, true, this);
+            kxFramePlayer::the()->stop(this);
+            QCOMPARE(_view->isFilm(), isWanted);
+        }
         clear();
         kxModuleRegistry::the().deliver(kxMessageId::NewScene);
         QVERIFY(_view->isFilm());
