@@ -134,6 +134,20 @@ std::set<QString> oldAims(const AnimCurvePtr& curve, const std::vector<Change>& 
     return names;
 }
 
+/// Of keys whose tangents alone were changed, to one type: its word.
+QString tangentText(const Keys& before, const Keys& now)
+{
+    std::set<UInt32> types;
+    for (std::size_t i = 0; i < now.size(); ++i)
+    {
+        if (before.size() != now.size() || before[i].point() != now[i].point())
+            return QString();
+        if (before[i].outType != now[i].outType)
+            types.insert(now[i].outType);
+    }
+    return types.size() == 1 ? kxFieldWords::tangent(*types.begin()) : QString();
+}
+
 QString channelOf(const AnimCurve& curve)
 {
     const std::string& suffix = curve.getSuffix();
@@ -155,7 +169,7 @@ QString nameOrCount(const std::set<QString>& names, const QString& several)
 
 QString kxChangeText::detail(const std::vector<Change>& changes)
 {
-    std::set<QString> objects, channels;
+    std::set<QString> objects, channels, tangents;
     std::optional<std::pair<float, float>> span;
     qint64 bytes = 0;
     for (const Change& change : changes)
@@ -170,9 +184,11 @@ QString kxChangeText::detail(const std::vector<Change>& changes)
         bytes += change.before.size() + change.after.size();
         if (bytes <= MostBytes)
         {
-            const std::vector<CCPnt> changed = changedKeys(keysOf(change.before), keysOf(change.after));
+            const Keys before = keysOf(change.before), now = keysOf(change.after);
+            const std::vector<CCPnt> changed = changedKeys(before, now);
             if (changed.empty())
                 continue;
+            tangents.insert(tangentText(before, now));
             for (const CCPnt& key : changed)
                 span = span ? std::make_pair(std::min(span->first, key.x()), std::max(span->second, key.x()))
                             : std::make_pair(key.x(), key.x());
@@ -189,6 +205,8 @@ QString kxChangeText::detail(const std::vector<Change>& changes)
         parts << (span->first == span->second
                       ? tr("frame %1").arg(frameText(span->first))
                       : tr("frames %1 to %2").arg(frameText(span->first), frameText(span->second)));
+    if (tangents.size() == 1 && !tangents.begin()->isEmpty() && bytes <= MostBytes)
+        parts << *tangents.begin();
     return parts.join(QStringLiteral(", "));
 }
 

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 
 using namespace osg;
@@ -223,12 +224,18 @@ private:
 /// All acts of one verb.
 struct Gathered
 {
+    explicit Gathered(const Act& act) : first(act) {}
+
     Act first;
     std::map<std::pair<UInt32, QString>, Thing> things; // by id, those without one by name
     bool sameDetail = true, samePlace = true, sameName = true;
+    int owns = 0;
+    std::optional<Act> own; // the only one under an object: the others are its clones in clips
 
     void add(const Act& act)
     {
+        if (act.thing.isOf)
+            own = ++owns == 1 ? std::optional<Act>(act) : std::nullopt;
         if (!things.emplace(std::make_pair(act.thing.id, act.thing.id == 0 ? act.thing.name : QString()), act.thing)
                  .second)
             return;
@@ -270,17 +277,23 @@ struct Gathered
     }
 
 private:
+    bool isOne() const
+    {
+        const bool isCloned = (first.rank == Act::Rename && sameDetail) || (first.rank == Act::Delete && own);
+        return things.size() == 1 || (sameName && isCloned);
+    }
+
     QString placeText() const
     {
-        if (!samePlace || first.place.isEmpty())
+        const Act& act = isOne() && own ? *own : first;
+        if ((!samePlace && !isOne()) || act.place.isEmpty())
             return QString();
-        return (first.thing.isOf ? tr(" of '%1'") : tr(" in '%1'")).arg(first.place);
+        return (act.thing.isOf ? tr(" of '%1'") : tr(" in '%1'")).arg(act.place);
     }
 
     QString named() const
     {
-        const bool isOne = things.size() == 1 || (first.rank == Act::Rename && sameName && sameDetail); // with clones
-        if (!isOne)
+        if (!isOne())
             return counted();
         const QString kind = first.thing.kind;
         if (first.thing.name.isEmpty())
@@ -337,7 +350,7 @@ std::vector<Gathered> gather(const std::vector<Act>& acts)
         const auto same = std::find_if(gathered.begin(), gathered.end(),
                                        [&act](const Gathered& entry)
                                        { return entry.first.rank == act.rank && entry.first.verb == act.verb; });
-        Gathered& entry = same != gathered.end() ? *same : gathered.emplace_back(Gathered{act, {}});
+        Gathered& entry = same != gathered.end() ? *same : gathered.emplace_back(act);
         entry.add(act);
     }
     std::stable_sort(gathered.begin(), gathered.end(),

@@ -74,7 +74,7 @@ private Q_SLOTS:
         kxRow("tangent", Keys{key(0, 0), tangent}, 1, "Door0, translation.X, frame 24");
         osg::CCPnt step = key(0, 0), behind = key(1, 1);
         step.outType = behind.inType = osg::TangentType::Constant;
-        kxRow("constant", Keys{step, behind}, 1, "Door0, translation.X, frame 0");
+        kxRow("constant", Keys{step, behind}, 1, "Door0, translation.X, frame 0, constant");
         kxRow("one more", Keys{key(0, 0), key(0.3f, 2), key(1, 1)}, 1, "Door0, translation.X, frame 7.2");
         kxRow("one less", Keys{key(0, 0)}, 1, "Door0, translation.X, frame 24");
         kxRow("several objects", Keys{key(0, 0), key(1, 5)}, 3, "3 objects, frame 24");

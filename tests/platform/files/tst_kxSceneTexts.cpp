@@ -142,8 +142,8 @@ private Q_SLOTS:
         qDebug("seed %u", seed);
         std::mt19937 random(seed);
         for (const FieldContainerPtr& used :
-             {FieldContainerPtr(_car), FieldContainerPtr(_clip), FieldContainerPtr(_curve), FieldContainerPtr(_bars[1]),
-              FieldContainerPtr(_block)})
+             {FieldContainerPtr(_car), FieldContainerPtr(_clip), FieldContainerPtr(_curve), FieldContainerPtr(_bars[0]),
+              FieldContainerPtr(_bars[1]), FieldContainerPtr(_block)})
             _held.emplace_back(FCPtr<FieldContainer>(used));
         const std::vector<Row> all = rows();
         kxSceneContent last = saved();
@@ -376,6 +376,15 @@ private:
             });
         row("Delete block 'Spin' in 'Show'", "Block 'Spin#2' in clip 'Show': removed, with 1 channel",
             [this] { _clip->subChild(_bars[1]); });
+        row("Delete block 'Spin' of 'Fan'",
+            "Block 'Spin' in clip 'Show': removed, with 1 channel\nBlock 'Spin#2' in clip 'Show': removed, with 1 "
+            "channel\nBlock 'Spin' of 'Fan': removed, with 1 channel",
+            [this]
+            {
+                for (const AnimNodePtr& node : {_bars[0], _bars[1], _block})
+                    if (const NodePtr parent = node->getParent(); parent != NullFC)
+                        parent->subChild(node);
+            });
         row("Delete clip 'Show' and more",
             "Clip 'Show': removed, with 2 blocks, 2 channels\nMaterial 'Paint': metallic 1 (was 0)",
             [this]
