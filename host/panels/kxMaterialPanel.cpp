@@ -2,20 +2,15 @@
 
 #include "kxEmptyHint.h"
 #include "kxMaterialModel.h"
+#include "kxPanelButtons.h"
 
 #include <edits/kxSceneEdits.h>
 #include <kernel/kxSelection.h>
-#include <kxIconManager.h>
 #include <kxLog.h>
-#include <kxPlatform.h>
 #include <scene/kxScene.h>
 
-#include <QAction>
-#include <QHBoxLayout>
 #include <QListView>
 #include <QScopedValueRollback>
-#include <QToolButton>
-#include <QVBoxLayout>
 
 kxMaterialPanel::kxMaterialPanel(QWidget* parent)
     : QWidget(parent), _model(new kxMaterialModel(this)), _view(new QListView(this))
@@ -33,23 +28,16 @@ kxMaterialPanel::kxMaterialPanel(QWidget* parent)
     _view->setContextMenuPolicy(Qt::ActionsContextMenu);
     new kxEmptyHint(tr("No materials yet.\n\nAdd one with the button below."), _view);
 
-    auto* const buttons = new QHBoxLayout;
-    buttons->setContentsMargins(4, 3, 4, 3);
-    buttons->setSpacing(2);
-    auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(_view);
-    layout->addLayout(buttons);
-    _add = addAction(tr("Add Material"), QStringLiteral("Add"), QStringLiteral("_addMaterial"),
-                     &kxMaterialPanel::addMaterial);
-    _duplicate = addAction(tr("Duplicate"), QStringLiteral("Copy"), QStringLiteral("_duplicateMaterial"),
-                           &kxMaterialPanel::duplicateSelected);
-    _assign = addAction(tr("Assign to Selected Objects"), QStringLiteral("Geometry"), QStringLiteral("_assignMaterial"),
-                        &kxMaterialPanel::assignSelected);
-    buttons->addStretch(1);
-    _delete = addAction(tr("Delete Material"), QStringLiteral("Delete"), QStringLiteral("_deleteMaterial"),
-                        &kxMaterialPanel::deleteSelected);
+    kxPanelButtons buttons(this, _view);
+    _add = buttons.add(tr("Add Material"), QStringLiteral("Add"), QStringLiteral("_addMaterial"),
+                       &kxMaterialPanel::addMaterial);
+    _duplicate = buttons.add(tr("Duplicate"), QStringLiteral("Copy"), QStringLiteral("_duplicateMaterial"),
+                             &kxMaterialPanel::duplicateSelected);
+    _assign = buttons.add(tr("Assign to Selected Objects"), QStringLiteral("Geometry"),
+                          QStringLiteral("_assignMaterial"), &kxMaterialPanel::assignSelected);
+    buttons.addStretch();
+    _delete = buttons.add(tr("Delete Material"), QStringLiteral("Delete"), QStringLiteral("_deleteMaterial"),
+                          &kxMaterialPanel::deleteSelected);
     _delete->setShortcut(QKeySequence::Delete);
     _delete->setShortcutContext(Qt::WidgetWithChildrenShortcut);
 
@@ -58,22 +46,6 @@ kxMaterialPanel::kxMaterialPanel(QWidget* parent)
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMaterialPanel::updateActions);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxMaterialPanel::takeSelection);
     updateActions();
-}
-
-QAction* kxMaterialPanel::addAction(const QString& text, const QString& icon, const QString& objectName,
-                                    void (kxMaterialPanel::*slot)())
-{
-    auto* const action = new QAction(kxIconManager::getIcon(icon, QString()), text, this);
-    action->setObjectName(objectName + QStringLiteral("Action"));
-    connect(action, &QAction::triggered, this, slot);
-    _view->addAction(action);
-    auto* const button = new QToolButton(this);
-    button->setObjectName(objectName);
-    button->setDefaultAction(action);
-    button->setAutoRaise(true);
-    button->setIconSize(QSize(kxPlatform::getSmallIconSize(), kxPlatform::getSmallIconSize()));
-    static_cast<QHBoxLayout*>(layout()->itemAt(1)->layout())->addWidget(button);
-    return action;
 }
 
 void kxMaterialPanel::takeSelection()

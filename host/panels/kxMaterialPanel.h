@@ -4,7 +4,6 @@
 
 class QAction;
 class QListView;
-class QToolButton;
 class kxMaterialModel;
 
 /// The materials of the scene: swatches, names to edit, the selection both ways, and what can be done with them.
@@ -15,8 +14,6 @@ public:
     explicit kxMaterialPanel(QWidget* parent = nullptr);
 
 private:
-    QAction* addAction(const QString& text, const QString& icon, const QString& objectName,
-                       void (kxMaterialPanel::*slot)());
     void takeSelection();
     void giveSelection();
     void updateActions();

@@ -1,18 +1,14 @@
 #include "kxVersionPanel.h"
 
+#include "kxPanelButtons.h"
 #include "kxVersionModel.h"
 #include "kxVersionView.h"
 
 #include <journal/kxVersions.h>
-#include <kxIconManager.h>
-#include <kxPlatform.h>
 
 #include <QAction>
-#include <QHBoxLayout>
 #include <QInputDialog>
 #include <QMessageBox>
-#include <QToolButton>
-#include <QVBoxLayout>
 
 kxVersionPanel::kxVersionPanel(QWidget* parent)
     : QWidget(parent), _view(new kxVersionView(
@@ -23,46 +19,21 @@ kxVersionPanel::kxVersionPanel(QWidget* parent)
     setObjectName(QStringLiteral("_versions"));
     _view->setObjectName(QStringLiteral("_versionList"));
     _view->setAccessibleName(tr("Versions of the scene"));
-    auto* const buttons = new QHBoxLayout;
-    buttons->setContentsMargins(4, 3, 4, 3);
-    buttons->setSpacing(2);
-    auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(_view);
-    layout->addLayout(buttons);
-    addAction(tr("Keep Now..."), QStringLiteral("Add"), QStringLiteral("_keepVersion"), &kxVersionPanel::keepNow);
-    _goTo = addAction(tr("Go To"), QStringLiteral("History"), QStringLiteral("_goToVersion"), &kxVersionPanel::goTo);
-    buttons->addStretch(1);
-    _name = addAction(tr("Name..."), QString(), QStringLiteral("_nameVersion"), &kxVersionPanel::giveName);
+    kxPanelButtons buttons(this, _view);
+    buttons.add(tr("Keep Now..."), QStringLiteral("Add"), QStringLiteral("_keepVersion"), &kxVersionPanel::keepNow);
+    _goTo = buttons.add(tr("Go To"), QStringLiteral("History"), QStringLiteral("_goToVersion"), &kxVersionPanel::goTo);
+    buttons.addStretch();
+    _name = buttons.add(tr("Name..."), QString(), QStringLiteral("_nameVersion"), &kxVersionPanel::giveName);
     _name->setShortcut(Qt::Key_F2);
     _name->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     _saveAs =
-        addAction(tr("Save As..."), QStringLiteral("Save"), QStringLiteral("_saveVersion"), &kxVersionPanel::saveAs);
+        buttons.add(tr("Save As..."), QStringLiteral("Save"), QStringLiteral("_saveVersion"), &kxVersionPanel::saveAs);
     connect(_view, &kxVersionView::chosen, this, &kxVersionPanel::goToAsked);
     connect(_view, &kxVersionView::currentVersionChanged, this, &kxVersionPanel::update);
     connect(&kxVersions::the(), &kxVersions::changed, this,
             [this] { _view->versions()->follow(&kxVersions::the().store()); });
     _view->versions()->follow(&kxVersions::the().store());
     update();
-}
-
-QAction* kxVersionPanel::addAction(const QString& text, const QString& icon, const QString& objectName,
-                                   void (kxVersionPanel::*slot)())
-{
-    auto* const action = new QAction(icon.isEmpty() ? QIcon() : kxIconManager::getIcon(icon, QString()), text, this);
-    action->setObjectName(objectName + QStringLiteral("Action"));
-    connect(action, &QAction::triggered, this, slot);
-    _view->addAction(action);
-    if (icon.isEmpty())
-        return action; // in the context menu alone
-    auto* const button = new QToolButton(this);
-    button->setObjectName(objectName);
-    button->setDefaultAction(action);
-    button->setAutoRaise(true);
-    button->setIconSize(QSize(kxPlatform::getSmallIconSize(), kxPlatform::getSmallIconSize()));
-    static_cast<QHBoxLayout*>(layout()->itemAt(1)->layout())->addWidget(button);
-    return action;
 }
 
 void kxVersionPanel::update()

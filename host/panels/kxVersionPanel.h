@@ -17,8 +17,6 @@ Q_SIGNALS:
     void saveAsAsked(qint64 number);
 
 private:
-    QAction* addAction(const QString& text, const QString& icon, const QString& objectName,
-                       void (kxVersionPanel::*slot)());
     void update();
     void keepNow();
     void goTo();
