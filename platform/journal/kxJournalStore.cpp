@@ -66,50 +66,6 @@ quint64 kxJournalStore::sum(const QByteArray& name, quint64 stamp, const QByteAr
     return sum(checksum(0, name), stamp, value);
 }
 
-/// One use of a prepared statement.
-class kxJournalStore::Statement
-{
-public:
-    Statement(kxJournalStore& store, sqlite3_stmt* statement) : _store(store), _statement(statement) {}
-    ~Statement() { sqlite3_reset(_statement); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-
-    Statement& bind(int place, qint64 value)
-    {
-        sqlite3_bind_int64(_statement, place, value);
-        return *this;
-    }
-    /// `bytes` outlives this.
-    Statement& bind(int place, const QByteArray& bytes)
-    {
-        if (bytes.isEmpty())
-            sqlite3_bind_null(_statement, place);
-        else
-            sqlite3_bind_blob(_statement, place, bytes.constData(), bytes.size(), SQLITE_STATIC);
-        return *this;
-    }
-    /// True where a row came.
-    bool step()
-    {
-        const int result = _statement == nullptr ? SQLITE_DONE : sqlite3_step(_statement);
-        if (result != SQLITE_ROW && result != SQLITE_DONE)
-            _store.fail();
-        return result == SQLITE_ROW;
-    }
-    qint64 number(int column) const { return sqlite3_column_int64(_statement, column); }
-    QByteArray bytes(int column) const
-    {
-        const void* const data = sqlite3_column_blob(_statement, column);
-        return data == nullptr ? QByteArray()
-                               : QByteArray(static_cast<const char*>(data), sqlite3_column_bytes(_statement, column));
-    }
-
-private:
-    kxJournalStore& _store;
-    sqlite3_stmt* _statement; // null after a failure
-};
-
 kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
 {
     const int flags = mode == Writing ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READWRITE;
@@ -172,33 +128,36 @@ void kxJournalStore::execute(const char* sql)
         fail();
 }
 
-kxJournalStore::Statement kxJournalStore::prepared(const char* sql)
+kxStatement kxJournalStore::prepared(const char* sql)
 {
-    if (!_failure.isEmpty())
-        return Statement(*this, nullptr);
-    sqlite3_stmt*& statement = _prepared[sql];
-    if (statement == nullptr && sqlite3_prepare_v2(_database, sql, -1, &statement, nullptr) != SQLITE_OK)
-        fail();
-    return Statement(*this, statement);
+    sqlite3_stmt* statement = nullptr;
+    if (_failure.isEmpty())
+    {
+        sqlite3_stmt*& kept = _prepared[sql];
+        if (kept == nullptr && sqlite3_prepare_v2(_database, sql, -1, &kept, nullptr) != SQLITE_OK)
+            fail();
+        statement = kept;
+    }
+    return kxStatement(statement, kxStatement::Reset, [this](int) { fail(); });
 }
 
 bool kxJournalStore::isWhole()
 {
     {
-        Statement pages = prepared("PRAGMA integrity_check(1)");
+        kxStatement pages = prepared("PRAGMA integrity_check(1)");
         if (!pages.step() || pages.bytes(0) != "ok")
             return false;
     }
     bool isWhole = true;
     quint64 total = 0;
-    Statement records = prepared("SELECT id, sum, stamp, record FROM latest");
+    kxStatement records = prepared("SELECT id, sum, stamp, record FROM latest");
     while (records.step())
     {
         const quint64 sum = quint64(records.number(1));
         isWhole = isWhole && sum == this->sum(quint64(records.number(0)), quint64(records.number(2)), records.bytes(3));
         total ^= sum;
     }
-    Statement notes = prepared("SELECT name, sum, stamp, value FROM note");
+    kxStatement notes = prepared("SELECT name, sum, stamp, value FROM note");
     while (notes.step())
         isWhole = isWhole && quint64(notes.number(1)) == sum(notes.bytes(0), quint64(notes.number(2)), notes.bytes(3));
     return _failure.isEmpty() && isWhole && note(TotalNote) == QByteArray::number(total);
@@ -207,11 +166,11 @@ bool kxJournalStore::isWhole()
 bool kxJournalStore::isBlank()
 {
     {
-        Statement tables = prepared("SELECT count(*) FROM sqlite_master WHERE name IN ('latest', 'change', 'note')");
+        kxStatement tables = prepared("SELECT count(*) FROM sqlite_master WHERE name IN ('latest', 'change', 'note')");
         if (!tables.step() || tables.number(0) < 3)
             return _failure.isEmpty();
     }
-    Statement records = prepared("SELECT 1 FROM latest LIMIT 1");
+    kxStatement records = prepared("SELECT 1 FROM latest LIMIT 1");
     return !records.step() && _failure.isEmpty();
 }
 
@@ -265,7 +224,7 @@ void kxJournalStore::moveLog()
 
 qint64 kxJournalStore::number(const char* sql)
 {
-    Statement statement = prepared(sql);
+    kxStatement statement = prepared(sql);
     return statement.step() ? statement.number(0) : 0;
 }
 
@@ -286,8 +245,8 @@ void kxJournalStore::shrink()
 
 QByteArray kxJournalStore::latest(std::uint32_t id)
 {
-    Statement statement = prepared("SELECT record FROM latest WHERE id = ?1");
-    return statement.bind(1, qint64(id)).step() ? statement.bytes(0) : QByteArray();
+    kxStatement statement = prepared("SELECT record FROM latest WHERE id = ?1");
+    return statement.bind(qint64(id)).step() ? statement.bytes(0) : QByteArray();
 }
 
 void kxJournalStore::setLatest(std::uint32_t id, const QByteArray& record)
@@ -295,23 +254,23 @@ void kxJournalStore::setLatest(std::uint32_t id, const QByteArray& record)
     const quint64 sum = this->sum(id, _stamp, record);
     _total ^= sumOfLatest(id) ^ sum;
     prepared("INSERT OR REPLACE INTO latest VALUES (?1, ?2, ?3, ?4)")
-        .bind(1, qint64(id))
-        .bind(2, qint64(sum))
-        .bind(3, qint64(_stamp))
-        .bind(4, record)
+        .bind(qint64(id))
+        .bind(qint64(sum))
+        .bind(qint64(_stamp))
+        .bind(record)
         .step();
 }
 
 quint64 kxJournalStore::sumOfLatest(std::uint32_t id)
 {
-    Statement statement = prepared("SELECT sum FROM latest WHERE id = ?1");
-    return statement.bind(1, qint64(id)).step() ? quint64(statement.number(0)) : 0;
+    kxStatement statement = prepared("SELECT sum FROM latest WHERE id = ?1");
+    return statement.bind(qint64(id)).step() ? quint64(statement.number(0)) : 0;
 }
 
 void kxJournalStore::dropLatest(std::uint32_t id)
 {
     _total ^= sumOfLatest(id);
-    prepared("DELETE FROM latest WHERE id = ?1").bind(1, qint64(id)).step();
+    prepared("DELETE FROM latest WHERE id = ?1").bind(qint64(id)).step();
 }
 
 std::vector<std::uint32_t> kxJournalStore::latestIds()
@@ -327,7 +286,7 @@ std::vector<std::uint32_t> kxJournalStore::changedIds()
 std::vector<std::uint32_t> kxJournalStore::ids(const char* sql)
 {
     std::vector<std::uint32_t> ids;
-    Statement statement = prepared(sql);
+    kxStatement statement = prepared(sql);
     while (statement.step())
         ids.push_back(std::uint32_t(statement.number(0)));
     return ids;
@@ -343,8 +302,9 @@ void kxJournalStore::clear()
 std::vector<kxJournalStore::Row> kxJournalStore::rows(std::uint32_t entry)
 {
     std::vector<Row> rows;
-    Statement statement = prepared("SELECT key, present, record FROM change WHERE key BETWEEN ?1 AND ?2 ORDER BY key");
-    statement.bind(1, keyOf(entry, 0)).bind(2, keyOf(entry, ~std::uint32_t(0)));
+    kxStatement statement =
+        prepared("SELECT key, present, record FROM change WHERE key BETWEEN ?1 AND ?2 ORDER BY key");
+    statement.bind(keyOf(entry, 0)).bind(keyOf(entry, ~std::uint32_t(0)));
     while (statement.step())
         rows.push_back(rowOf(std::uint32_t(statement.number(0)), statement.number(1), statement.bytes(2)));
     return rows;
@@ -352,8 +312,8 @@ std::vector<kxJournalStore::Row> kxJournalStore::rows(std::uint32_t entry)
 
 std::optional<kxJournalStore::Row> kxJournalStore::row(std::uint32_t entry, std::uint32_t id)
 {
-    Statement statement = prepared("SELECT present, record FROM change WHERE key = ?1");
-    if (!statement.bind(1, keyOf(entry, id)).step())
+    kxStatement statement = prepared("SELECT present, record FROM change WHERE key = ?1");
+    if (!statement.bind(keyOf(entry, id)).step())
         return std::nullopt;
     return rowOf(id, statement.number(0), statement.bytes(1));
 }
@@ -361,37 +321,37 @@ std::optional<kxJournalStore::Row> kxJournalStore::row(std::uint32_t entry, std:
 void kxJournalStore::setRow(std::uint32_t entry, const Row& row)
 {
     prepared("INSERT OR REPLACE INTO change VALUES (?1, ?2, ?3)")
-        .bind(1, keyOf(entry, row.id))
-        .bind(2, qint64(row.isPresent ? PresentFlag : 0) | (row.isDelta ? DeltaFlag : 0))
-        .bind(3, row.record)
+        .bind(keyOf(entry, row.id))
+        .bind(qint64(row.isPresent ? PresentFlag : 0) | (row.isDelta ? DeltaFlag : 0))
+        .bind(row.record)
         .step();
 }
 
 void kxJournalStore::dropRow(std::uint32_t entry, std::uint32_t id)
 {
-    prepared("DELETE FROM change WHERE key = ?1").bind(1, keyOf(entry, id)).step();
+    prepared("DELETE FROM change WHERE key = ?1").bind(keyOf(entry, id)).step();
 }
 
 void kxJournalStore::dropRows(std::uint32_t entry)
 {
     prepared("DELETE FROM change WHERE key BETWEEN ?1 AND ?2")
-        .bind(1, keyOf(entry, 0))
-        .bind(2, keyOf(entry, ~std::uint32_t(0)))
+        .bind(keyOf(entry, 0))
+        .bind(keyOf(entry, ~std::uint32_t(0)))
         .step();
 }
 
 QByteArray kxJournalStore::note(const QByteArray& name)
 {
-    Statement statement = prepared("SELECT value FROM note WHERE name = ?1");
-    return statement.bind(1, name).step() ? statement.bytes(0) : QByteArray();
+    kxStatement statement = prepared("SELECT value FROM note WHERE name = ?1");
+    return statement.bind(name).step() ? statement.bytes(0) : QByteArray();
 }
 
 void kxJournalStore::setNote(const QByteArray& name, const QByteArray& value)
 {
     prepared("INSERT OR REPLACE INTO note VALUES (?1, ?2, ?3, ?4)")
-        .bind(1, name)
-        .bind(2, qint64(sum(name, _stamp, value)))
-        .bind(3, qint64(_stamp))
-        .bind(4, value)
+        .bind(name)
+        .bind(qint64(sum(name, _stamp, value)))
+        .bind(qint64(_stamp))
+        .bind(value)
         .step();
 }

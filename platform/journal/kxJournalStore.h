@@ -1,5 +1,7 @@
 #pragma once
 
+#include <journal/kxStatement.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -82,8 +84,7 @@ public:
     void setNote(const QByteArray& name, const QByteArray& value);
 
 private:
-    class Statement;
-    Statement prepared(const char* sql);
+    kxStatement prepared(const char* sql);
     std::vector<std::uint32_t> ids(const char* sql);
     qint64 number(const char* sql);
     quint64 sumOfLatest(std::uint32_t id);

@@ -43,62 +43,6 @@ QString kxVersion::why() const
     return tr("Found without an entry");
 }
 
-/// One use of a statement.
-class kxVersionIndex::Statement
-{
-public:
-    Statement(kxVersionIndex& index, const char* sql) : _index(index)
-    {
-        if (_index._failure.isEmpty())
-            check(sqlite3_prepare_v2(_index._database, sql, -1, &_statement, nullptr));
-    }
-    ~Statement() { sqlite3_finalize(_statement); }
-    Statement(const Statement&) = delete;
-    Statement& operator=(const Statement&) = delete;
-
-    Statement& bind(qint64 value)
-    {
-        sqlite3_bind_int64(_statement, ++_place, value);
-        return *this;
-    }
-    Statement& bind(const QByteArray& bytes)
-    {
-        sqlite3_bind_blob(_statement, ++_place, bytes.constData(), bytes.size(), SQLITE_TRANSIENT);
-        return *this;
-    }
-    Statement& bind(const QString& text)
-    {
-        const QByteArray bytes = text.toUtf8();
-        sqlite3_bind_text(_statement, ++_place, bytes.constData(), bytes.size(), SQLITE_TRANSIENT);
-        return *this;
-    }
-    /// True where a row came.
-    bool step()
-    {
-        const int result = _statement == nullptr ? SQLITE_DONE : sqlite3_step(_statement);
-        check(result);
-        return result == SQLITE_ROW;
-    }
-    qint64 number(int column) const { return sqlite3_column_int64(_statement, column); }
-    QByteArray bytes(int column) const
-    {
-        const void* const data = sqlite3_column_blob(_statement, column);
-        return QByteArray(static_cast<const char*>(data), sqlite3_column_bytes(_statement, column));
-    }
-    QString text(int column) const { return QString::fromUtf8(bytes(column)); }
-
-private:
-    void check(int result)
-    {
-        if (result != SQLITE_OK && result != SQLITE_ROW && result != SQLITE_DONE)
-            _index.fail(result);
-    }
-
-    kxVersionIndex& _index;
-    sqlite3_stmt* _statement = nullptr;
-    int _place = 0;
-};
-
 kxVersionIndex::kxVersionIndex(const QString& file)
 {
     if (const int result = sqlite3_open(QFile::encodeName(file).constData(), &_database); result != SQLITE_OK)
@@ -110,7 +54,7 @@ kxVersionIndex::kxVersionIndex(const QString& file)
     execute("CREATE TABLE IF NOT EXISTS version (number INTEGER PRIMARY KEY AUTOINCREMENT, time INTEGER NOT NULL, "
             "reason INTEGER NOT NULL, name TEXT NOT NULL, detail TEXT NOT NULL, size INTEGER NOT NULL, picture BLOB, "
             "head BLOB, since INTEGER, changes BLOB)");
-    Statement check(*this, "PRAGMA quick_check(1)");
+    kxStatement check = statement("PRAGMA quick_check(1)");
     if (check.step() && check.text(0) != QLatin1String("ok"))
         fail(SQLITE_CORRUPT);
 }
@@ -130,9 +74,18 @@ void kxVersionIndex::fail(int result)
                                       : QString::fromUtf8(sqlite3_errmsg(_database));
 }
 
+kxStatement kxVersionIndex::statement(const char* sql)
+{
+    sqlite3_stmt* statement = nullptr;
+    if (_failure.isEmpty())
+        if (const int result = sqlite3_prepare_v2(_database, sql, -1, &statement, nullptr); result != SQLITE_OK)
+            fail(result);
+    return kxStatement(statement, kxStatement::Finalize, [this](int result) { fail(result); });
+}
+
 void kxVersionIndex::execute(const char* sql)
 {
-    Statement(*this, sql).step();
+    statement(sql).step();
 }
 
 void kxVersionIndex::begin()
@@ -150,17 +103,17 @@ bool kxVersionIndex::commit()
 
 QString kxVersionIndex::document()
 {
-    Statement statement(*this, "SELECT path FROM document");
-    return statement.step() ? statement.text(0) : QString();
+    kxStatement row = statement("SELECT path FROM document");
+    return row.step() ? row.text(0) : QString();
 }
 
 void kxVersionIndex::setDocument(const QString& path)
 {
     execute("DELETE FROM document");
-    Statement(*this, "INSERT INTO document VALUES (?)").bind(path).step();
+    statement("INSERT INTO document VALUES (?)").bind(path).step();
 }
 
-kxVersion kxVersionIndex::read(const Statement& row)
+kxVersion kxVersionIndex::read(const kxStatement& row)
 {
     kxVersion version;
     version.number = row.number(0);
@@ -178,29 +131,29 @@ kxVersion kxVersionIndex::read(const Statement& row)
 std::vector<kxVersion> kxVersionIndex::versions()
 {
     std::vector<kxVersion> versions;
-    Statement statement(*this,
-                        "SELECT number, time, reason, name, detail, size, picture, head FROM version ORDER BY number");
-    while (statement.step())
-        versions.push_back(read(statement));
+    kxStatement row =
+        statement("SELECT number, time, reason, name, detail, size, picture, head FROM version ORDER BY number");
+    while (row.step())
+        versions.push_back(read(row));
     return versions;
 }
 
 std::optional<kxVersion> kxVersionIndex::last()
 {
-    Statement statement(*this, "SELECT number, time, reason, name, detail, size, picture, head FROM version "
-                               "ORDER BY number DESC LIMIT 1");
-    return statement.step() ? std::make_optional(read(statement)) : std::nullopt;
+    kxStatement row = statement("SELECT number, time, reason, name, detail, size, picture, head FROM version "
+                                "ORDER BY number DESC LIMIT 1");
+    return row.step() ? std::make_optional(read(row)) : std::nullopt;
 }
 
 qint64 kxVersionIndex::nextNumber()
 {
-    Statement statement(*this, "SELECT seq FROM sqlite_sequence WHERE name = 'version'");
-    return statement.step() ? statement.number(0) + 1 : 1;
+    kxStatement row = statement("SELECT seq FROM sqlite_sequence WHERE name = 'version'");
+    return row.step() ? row.number(0) + 1 : 1;
 }
 
 void kxVersionIndex::insert(const kxVersion& version)
 {
-    Statement(*this, "INSERT INTO version VALUES (?, ?, ?, ?, ?, ?, ?, ?, NULL, NULL)")
+    statement("INSERT INTO version VALUES (?, ?, ?, ?, ?, ?, ?, ?, NULL, NULL)")
         .bind(version.number)
         .bind(version.time.toMSecsSinceEpoch())
         .bind(qint64(version.reason))
@@ -214,28 +167,28 @@ void kxVersionIndex::insert(const kxVersion& version)
 
 void kxVersionIndex::remove(qint64 number)
 {
-    Statement(*this, "DELETE FROM version WHERE number = ?").bind(number).step();
+    statement("DELETE FROM version WHERE number = ?").bind(number).step();
 }
 
 void kxVersionIndex::rename(qint64 number, const QString& name)
 {
-    Statement(*this, "UPDATE version SET name = ? WHERE number = ?").bind(name).bind(number).step();
+    statement("UPDATE version SET name = ? WHERE number = ?").bind(name).bind(number).step();
 }
 
 void kxVersionIndex::setPicture(qint64 number, const QByteArray& picture)
 {
-    Statement(*this, "UPDATE version SET picture = ? WHERE number = ?").bind(picture).bind(number).step();
+    statement("UPDATE version SET picture = ? WHERE number = ?").bind(picture).bind(number).step();
 }
 
 QByteArray kxVersionIndex::changes(qint64 number, qint64 since)
 {
-    Statement statement(*this, "SELECT changes FROM version WHERE number = ? AND since = ?");
-    return statement.bind(number).bind(since).step() ? statement.bytes(0) : QByteArray();
+    kxStatement row = statement("SELECT changes FROM version WHERE number = ? AND since = ?");
+    return row.bind(number).bind(since).step() ? row.bytes(0) : QByteArray();
 }
 
 void kxVersionIndex::setChanges(qint64 number, qint64 since, const QByteArray& changes)
 {
-    Statement(*this, "UPDATE version SET since = ?, changes = ? WHERE number = ?")
+    statement("UPDATE version SET since = ?, changes = ? WHERE number = ?")
         .bind(since)
         .bind(changes)
         .bind(number)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <journal/kxStatement.h>
 #include <kxExport.h>
 
 #include <QByteArray>
@@ -10,7 +11,6 @@
 #include <vector>
 
 struct sqlite3;
-struct sqlite3_stmt;
 
 /// A state of a scene that was kept as a file of its own.
 struct KX_API kxVersion
@@ -79,10 +79,10 @@ public:
     void setChanges(qint64 number, qint64 since, const QByteArray& changes);
 
 private:
-    class Statement;
+    kxStatement statement(const char* sql);
     void execute(const char* sql);
     void fail(int result);
-    static kxVersion read(const Statement& row);
+    static kxVersion read(const kxStatement& row);
 
     sqlite3* _database = nullptr;
     QString _failure;
