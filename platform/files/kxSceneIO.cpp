@@ -160,27 +160,35 @@ void forAnimations(const kxSceneContent& content, const std::function<void(const
     visit(content.clips.get());
 }
 
-/// Viewpoints and sequences that come into a scene with some of the same name get another; what came with them and
-/// names them follows.
+/// Viewpoints, sequences and variant sets that come into a scene with some of the same name get another; what came with
+/// them and names them follows.
 void renameScenery(const kxSceneContent& content)
 {
-    if (!content.scenery)
-        return;
-    const auto forKind = [&content](kxScenery::Kind kind, const FieldContainerType& type)
+    const auto forKind = [&content](kxScenery::Kind kind, const NodePtr& root, const FieldContainerType& type)
     {
         kxUniqueNames names;
         for (const std::string& name : kxScenery::names(kind))
             names.reserve(name);
-        std::vector<NodePtr> colliding, all;
-        for (const NodePtr& node : content.scenery->getChildren())
-            if (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(type))
+        std::vector<NodePtr> colliding;
+        const auto forAll = [&root, &type](const std::function<void(const NodePtr&)>& use)
+        {
+            traverse(root,
+                     [&](const NodePtr& node)
+                     {
+                         if (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(type) &&
+                             !node->getNodeName().empty())
+                             use(node);
+                         return Action::Continue;
+                     });
+        };
+        forAll(
+            [&](const NodePtr& node)
             {
-                all.push_back(node);
                 if (names.isTaken(node->getNodeName()))
                     colliding.push_back(node);
-            }
-        for (const NodePtr& node : all) // new names mustn't collide within the file either
-            names.reserve(node->getNodeName());
+            });
+        // New names mustn't collide within the file either.
+        forAll([&names](const NodePtr& node) { names.reserve(node->getNodeName()); });
         for (const NodePtr& node : colliding)
         {
             const std::string before = node->getNodeName();
@@ -188,11 +196,18 @@ void renameScenery(const kxSceneContent& content)
             kxScenery::rename(kind, before, node->getNodeName(), content.clips.get(), content.scenery.get());
         }
     };
-    forKind(kxScenery::Kind::Viewpoint, Viewpoint::_type);
-    forKind(kxScenery::Kind::Sequence, SceneSequence::_type);
+    forKind(kxScenery::Kind::Viewpoint, content.scenery.get(), Viewpoint::_type);
+    forKind(kxScenery::Kind::Sequence, content.scenery.get(), SceneSequence::_type);
+    forKind(kxScenery::Kind::VariantSet, content.root.get(), Switch::_type);
 }
 
-/// Names that the open scene has go to its animations; those of the file that collide get a number.
+bool isTrigger(const AnimNodePtr& node)
+{
+    return AnimSequencePtr::dcast(node->getCore()) != NullFC;
+}
+
+/// Names that the open scene has go to its animations; those of the file that collide get a number. Triggers keep
+/// theirs: they name something else.
 void renameCollisions(const kxSceneContent& content)
 {
     renameScenery(content);
@@ -204,7 +219,7 @@ void renameCollisions(const kxSceneContent& content)
     forAnimations(content,
                   [&](const AnimNodePtr& node)
                   {
-                      if (names.isTaken(node->getNodeName()))
+                      if (!isTrigger(node) && names.isTaken(node->getNodeName()))
                           colliding.push_back(node);
                   });
     forAnimations(content, [&names](const AnimNodePtr& node) { names.reserve(node->getNodeName()); });

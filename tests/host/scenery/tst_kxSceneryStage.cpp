@@ -103,7 +103,9 @@ private Q_SLOTS:
         const osg::AnimNodePtr block = kxAnimFixture::block("Jump", {});
         kxAnimManager::the()->addAnimation(object, block);
         const osg::AnimNodePtr clone = kxAnimFixture::clone(block, 1);
-        const osg::AnimNodePtr clip = kxAnimFixture::clip("Show", {clone});
+        kxSceneryEdits::addVariantSet({addObject("B"), addObject("C")}, "Look");
+        const osg::AnimNodePtr clip = kxAnimFixture::clip(
+            "Show", {clone, trigger("Show", 1, Kind::Viewpoint), trigger("Look/C", 2, Kind::VariantSet)});
         kxAnimManager::the()->addToClipStructure(clip);
         const osg::NodePtr tour = kxSceneryEdits::addSequence(
             {{Step::PlayClip, "Show", "", 0}, {Step::StartClip, "Jump", "", 0}, {Step::ShowViewpoint, "Show", "", 0}});
@@ -135,6 +137,12 @@ private Q_SLOTS:
         const std::vector<std::string> viewpoints = kxScenery::names(Kind::Viewpoint);
         QCOMPARE(std::set<std::string>(viewpoints.begin(), viewpoints.end()).size(), std::size_t(4));
         QCOMPARE(imported[2].name, viewpoints[2]);
+        QStringList targets;
+        kxScenery::forTriggers(kxAnimManager::the()->clipStructureRoot(),
+                               [&targets](const osg::AnimNodePtr&, const osg::AnimSequencePtr& core, Kind)
+                               { targets << QString::fromStdString(core->getName()); });
+        QCOMPARE(targets.join(','), "Show,Look/C," + QString::fromStdString(viewpoints[2]) + ",Look_1/C");
+        QVERIFY(kxScenery::find(Kind::VariantSet, "Look_1") != osg::NullFC);
         stack()->undo();
         QCOMPARE(bytes(), before);
     }
