@@ -380,6 +380,9 @@ void kxAnimCurveEditor::followAnimations()
     if (!_channels->followCurves())
         _channels->rebuildFromFieldContainers(listedContainers(), true);
     _graphView->followCurves();
+    if (!_shownTree.isNull() && !_tooManyObjects && !_tooManyRows)
+        _onlyBlocks = kxSelectedContainers(_shownTree->selectedItems()).areOnlyBlocks();
+    updateStatus();
 }
 
 std::vector<osg::FieldContainerPtr> kxAnimCurveEditor::listedContainers() const
@@ -462,14 +465,12 @@ void kxAnimCurveEditor::showSelectionOf(kxAnimTreeWidget* tree, bool rebuildChan
     const kxGraphKeySelection keys(*scene());
     std::optional<kxAnimGraphScene::Rebuild> once(scene()); // nobody's field goes for a moment, and the focus with it
     _graphView->setAnimations({});
-    kxSelectedContainers selected;
-    for (QTreeWidgetItem* const item : tree->selectedItems())
-        if (const auto* const row = dynamic_cast<kxAnimTreeWidgetItem*>(item))
-            selected.add(*row);
+    _shownTree = tree;
+    const kxSelectedContainers selected(tree->selectedItems());
     const bool isTooMany = selected.containers.size() > kxAnimChannelWidget::ObjectLimit;
     _tooManyObjects = selected.objectCount() > kxAnimChannelWidget::ObjectLimit;
     _tooManyRows = isTooMany && !_tooManyObjects;
-    _onlyBlocks = !isTooMany && selected.curveNodes.empty() && selected.hasBlocks();
+    _onlyBlocks = !isTooMany && selected.areOnlyBlocks();
     if (isTooMany)
     {
         if (rebuildChannels)

@@ -148,7 +148,8 @@ private:
     QMenu* _preInfinityMenu = nullptr;
     QMenu* _postInfinityMenu = nullptr;
     QAction* _saveAction = nullptr;
-    QLabel* _status = nullptr; // in the status bar
+    QLabel* _status = nullptr;             // in the status bar
+    QPointer<kxAnimTreeWidget> _shownTree; // whose selection is shown, one of the three
     bool _hasFramed = false;
     bool _tooManyObjects = false;       // selected
     bool _tooManyRows = false;          // selected, of fewer objects

@@ -19,6 +19,8 @@
 #include <kxMessageNames.h>
 #include <kxScenegraph.h>
 
+#include <QStatusBar>
+
 #include <algorithm>
 #include <cmath>
 
@@ -150,6 +152,7 @@ void kxAnimCurveEditor::undoStackMoved(kxMessage& message)
         _the->updateStatus(); // keys that were pasted aren't locked
         return;
     }
+    _the->_window->statusbar->clearMessage(); // what a command said of itself no longer holds
     const std::vector<osg::NodePtr> withoutRow = _the->listedWithoutRow();
     _the->_library->rebuild(true);
     kxAnimManager::the()->updateSceneAnimCurveData();

@@ -6,6 +6,13 @@
 
 #include <algorithm>
 
+kxSelectedContainers::kxSelectedContainers(const QList<QTreeWidgetItem*>& rows)
+{
+    for (const QTreeWidgetItem* const item : rows)
+        if (const auto* const row = dynamic_cast<const kxAnimTreeWidgetItem*>(item))
+            add(*row);
+}
+
 void kxSelectedContainers::add(const kxAnimTreeWidgetItem& item)
 {
     const osg::NodePtr node = item.node();
@@ -27,8 +34,10 @@ std::size_t kxSelectedContainers::objectCount() const
                                      { return osg::AnimNodePtr::dcast(container) == osg::NullFC; }));
 }
 
-bool kxSelectedContainers::hasBlocks() const
+bool kxSelectedContainers::areOnlyBlocks() const
 {
+    if (!curveNodes.empty())
+        return false;
     std::vector<osg::AnimNodePtr> animations;
     for (const osg::FieldContainerPtr& container : containers)
         if (const auto attachment = kxAnimManager::the()->getAnimAttachment(container); attachment != osg::NullFC)

@@ -166,6 +166,11 @@ private Q_SLOTS:
         QVERIFY(!said("locked"));
         _editor->select({_editor->animated("Walker", {{0, 1}, {1, 5}}, "Walk")});
         QVERIFY(said("select a block"));
+        _editor->channels->keyAll();
+        QVERIFY(!said("select a block") && _editor->form->statusbar->currentMessage().contains("Switched off"));
+        kxUndoStack::get(0).stack()->undo();
+        QCoreApplication::processEvents();
+        QVERIFY(said("select a block") && _editor->form->statusbar->currentMessage().isEmpty());
         std::vector<osg::NodePtr> crowd = stills(kxAnimChannelWidget::ObjectLimit + 1);
         _editor->select(crowd);
         QVERIFY(said("More than 20 objects") && !said("select a block"));
