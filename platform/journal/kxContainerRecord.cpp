@@ -3,8 +3,8 @@
 #include <animation/kxAnimScene.h>
 #include <animation/kxTimeRescale.h>
 #include <files/scene/kxCborInput.h>
+#include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxFieldCodec.h>
-#include <files/scene/kxFileReport.h>
 #include <files/scene/kxRestScope.h>
 #include <files/scene/kxSceneContent.h>
 #include <files/scene/kxSceneTiming.h>
@@ -34,11 +34,6 @@ public:
             Names::appendNumbers(field, container, numbers);
     }
 };
-
-void appendText(QCborStreamWriter& out, const std::string& text)
-{
-    out.appendTextString(text.data(), qsizetype(text.size()));
-}
 
 UInt32 readId(kxCborInput& in)
 {
@@ -108,7 +103,7 @@ void kxContainerRecord::writeHead(QCborStreamWriter& out, const FieldContainerTy
                                   const kxContainerForm::Numbers& structure, const std::vector<UInt32>& ownedByFields)
 {
     out.startArray(4);
-    appendText(out, type.getName());
+    kxContainerWriter::appendKey(out, type.getName());
     kxContainerForm::writeStructure(out, structure);
     kxContainerForm::writeNumbers(out, ownedByFields);
 }
@@ -134,8 +129,7 @@ QByteArray kxContainerRecord::of(const FieldContainerPtr& container)
 
 kxContainerRecord::Content kxContainerRecord::read(const QByteArray& record)
 {
-    kxFileReport report;
-    kxCborInput in(record.constData(), record.size(), report);
+    kxCborBytes in(record);
     Content content;
     const FieldContainerType* const found = readHead(in, content);
     for (quint64 i = in.enterArray(); i > 0 && !in.failed(); --i)
@@ -154,8 +148,7 @@ std::vector<UInt32> kxContainerRecord::owned(const QByteArray& record)
 {
     if (record.isEmpty())
         return {};
-    kxFileReport report;
-    kxCborInput in(record.constData(), record.size(), report);
+    kxCborBytes in(record);
     if (Content content; readHead(in, content) != nullptr)
         return content.owned();
     std::vector<UInt32> owned = kxSceneRecord::tops();
@@ -166,23 +159,20 @@ std::vector<UInt32> kxContainerRecord::owned(const QByteArray& record)
 
 const FieldContainerType* kxContainerRecord::type(const QByteArray& record)
 {
-    kxFileReport report;
-    kxCborInput in(record.constData(), record.size(), report);
+    kxCborBytes in(record);
     Content content;
     return readHead(in, content);
 }
 
 FieldValue kxContainerRecord::value(const QByteArray& slice, std::size_t kind)
 {
-    kxFileReport report;
-    kxCborInput in(slice.constData(), slice.size(), report);
+    kxCborBytes in(slice);
     return kxFieldCodec::read(in, kind);
 }
 
 std::vector<UInt32> kxContainerRecord::ids(const QByteArray& slice)
 {
-    kxFileReport report;
-    kxCborInput in(slice.constData(), slice.size(), report);
+    kxCborBytes in(slice);
     return readIds(in);
 }
 
@@ -208,46 +198,23 @@ QByteArray kxSceneRecord::of(const Content& content)
     QCborStreamWriter out(&record);
     out.startArray(3);
     kxContainerForm::writeNumbers(out, content.materials);
-    out.startMap(quint64(content.settings.size()));
-    for (const auto& [key, value] : content.settings)
-    {
-        appendText(out, key);
-        appendText(out, value);
-    }
-    out.endMap();
+    kxContainerWriter::writeMap(out, content.settings);
     std::map<std::string, double> animation = content.animation;
     animation.erase("currentFrame");
-    out.startMap(quint64(animation.size()));
-    for (const auto& [key, value] : animation)
-    {
-        appendText(out, key);
-        out.append(value);
-    }
-    out.endMap();
+    kxContainerWriter::writeMap(out, animation);
     out.endArray();
     return record;
 }
 
 kxSceneRecord::Content kxSceneRecord::read(const QByteArray& record)
 {
-    kxFileReport report;
-    kxCborInput in(record.constData(), record.size(), report);
+    kxCborBytes in(record);
     Content content;
     if (in.enterArray() != 3)
         return content;
     content.materials = kxContainerRecord::readIds(in);
-    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
-    {
-        const std::string key = in.readText();
-        content.settings[key] = in.readText();
-    }
-    in.leave();
-    for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
-    {
-        const std::string key = in.readText();
-        content.animation[key] = in.readNumber();
-    }
-    in.leave();
+    in.readMap(content.settings);
+    in.readMap(content.animation);
     return content;
 }
 

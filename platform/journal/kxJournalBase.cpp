@@ -3,7 +3,6 @@
 #include <files/scene/kxCborInput.h>
 #include <files/scene/kxEnvelope.h>
 #include <files/scene/kxFieldCodec.h>
-#include <files/scene/kxFileReport.h>
 #include <journal/kxContainerRecord.h>
 #include <osg/FieldContainerFactory.h>
 #include <osg/Share.h>
@@ -22,8 +21,7 @@ kxJournalBase::kxJournalBase(kxSceneOrigin origin) : _origin(std::move(origin)),
         return;
     _stamp = stamp();
     const QByteArray start = read(0, _origin.containers.front().offset);
-    kxFileReport report;
-    kxCborInput in(start.constData(), start.size(), report);
+    kxCborBytes in(start);
     readClasses(in);
     const auto byId = [](const kxSceneOrigin::Place& a, const kxSceneOrigin::Place& b) { return a.id < b.id; };
     const auto [first, last] = std::minmax_element(_origin.containers.begin(), _origin.containers.end(), byId);
@@ -94,8 +92,7 @@ QByteArray kxJournalBase::record(UInt32 id)
     const quint64 start = _origin.containers[number - 1].offset;
     const QByteArray bytes =
         read(start, number < _origin.containers.size() ? _origin.containers[number].offset : _origin.end);
-    kxFileReport report;
-    kxCborInput in(bytes.constData(), bytes.size(), report);
+    kxCborBytes in(bytes);
     const QByteArray record = transcoded(in);
     _isBroken = _isBroken || in.failed() || record.isEmpty();
     return _isBroken ? QByteArray() : record;

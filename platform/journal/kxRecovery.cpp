@@ -1,6 +1,7 @@
 #include <journal/kxRecovery.h>
 
 #include <files/scene/kxCborInput.h>
+#include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxEnvelope.h>
 #include <files/scene/kxFieldCodec.h>
 #include <files/scene/kxSceneContent.h>
@@ -57,11 +58,6 @@ QString fileOf(const kxSceneOrigin& origin)
         if (version.head == origin.head)
             return versions.file(version.number);
     return QString();
-}
-
-void appendText(QCborStreamWriter& out, const std::string& text)
-{
-    out.appendTextString(text.data(), qsizetype(text.size()));
 }
 } // namespace
 
@@ -387,17 +383,17 @@ void kxRecovery::Payload::writeValue(QCborStreamWriter& out, const QByteArray& s
 
 void kxRecovery::Payload::writeClasses(QCborStreamWriter& out) const
 {
-    appendText(out, "classes");
+    kxContainerWriter::appendKey(out, "classes");
     out.startArray(quint64(_classes.size()));
     for (const Class& entry : _classes)
     {
         out.startArray(2);
-        appendText(out, entry.name);
+        kxContainerWriter::appendText(out, entry.name);
         out.startArray(quint64(entry.fields.size()));
         for (const auto& [name, kind] : entry.fields)
         {
             out.startArray(2);
-            appendText(out, name);
+            kxContainerWriter::appendText(out, name);
             out.append(quint64(kind));
             out.endArray();
         }
@@ -414,37 +410,25 @@ QByteArray kxRecovery::Payload::write()
     QCborStreamWriter out(&payload);
     out.startMap(quint64(Tops) + 5);
     writeClasses(out);
-    appendText(out, "containers");
+    kxContainerWriter::appendKey(out, "containers");
     out.startArray(quint64(_containers.size()));
     for (const Container& container : _containers)
         writeContainer(out, container);
     out.endArray();
     for (std::size_t i = 0; i < Tops; ++i)
     {
-        appendText(out, TopKeys[i]);
+        kxContainerWriter::appendKey(out, TopKeys[i]);
         out.append(quint64(number(_tops[i])));
     }
-    appendText(out, "materials");
+    kxContainerWriter::appendKey(out, "materials");
     std::vector<quint32> materials;
     for (const UInt32 id : _scene.materials)
         materials.push_back(number(id));
     kxContainerForm::writeNumbers(out, materials);
-    appendText(out, "settings");
-    out.startMap(quint64(_scene.settings.size()));
-    for (const auto& [name, value] : _scene.settings)
-    {
-        appendText(out, name);
-        appendText(out, value);
-    }
-    out.endMap();
-    appendText(out, "animation");
-    out.startMap(quint64(_scene.animation.size()));
-    for (const auto& [name, value] : _scene.animation)
-    {
-        appendText(out, name);
-        out.append(value);
-    }
-    out.endMap();
+    kxContainerWriter::appendKey(out, "settings");
+    kxContainerWriter::writeMap(out, _scene.settings);
+    kxContainerWriter::appendKey(out, "animation");
+    kxContainerWriter::writeMap(out, _scene.animation);
     out.endMap();
     return payload;
 }

@@ -1,7 +1,5 @@
 #include <files/scene/kxCborInput.h>
 
-#include <files/scene/kxFileReport.h>
-
 #include <QByteArray>
 
 #include <cmath>
@@ -176,6 +174,26 @@ std::string kxCborInput::readText()
         return std::string();
     std::string text(std::size_t(length), '\0');
     return readString(&text[0], length) ? text : std::string();
+}
+
+void kxCborInput::readMap(std::map<std::string, std::string>& values)
+{
+    for (quint64 i = enterMap(); i > 0 && !failed(); --i)
+    {
+        const std::string name = readText();
+        values[name] = readText();
+    }
+    leave();
+}
+
+void kxCborInput::readMap(std::map<std::string, double>& values)
+{
+    for (quint64 i = enterMap(); i > 0 && !failed(); --i)
+    {
+        const std::string name = readText();
+        values[name] = readNumber();
+    }
+    leave();
 }
 
 void kxCborInput::readBytes(std::vector<unsigned char>& out, std::size_t unit)

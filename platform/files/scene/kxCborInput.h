@@ -1,11 +1,12 @@
 #pragma once
 
+#include <files/scene/kxFileReport.h>
+
 #include <QCborStreamReader>
 
+#include <map>
 #include <string>
 #include <vector>
-
-class kxFileReport;
 
 /// Reads CBOR that may be damaged in any way: never deeper than a limit, never a length beyond what is left.
 ///
@@ -34,6 +35,9 @@ public:
     /// A single or double precision number, finite.
     double readNumber();
     std::string readText();
+    /// Names with a text or a number each; what is known of other names stays.
+    void readMap(std::map<std::string, std::string>& values);
+    void readMap(std::map<std::string, double>& values);
     /// Bytes of a length that is a multiple of `unit`.
     void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
     /// Passes over a value of any kind.
@@ -55,4 +59,16 @@ private:
     qint64 _size;
     kxFileReport& _report;
     int _depth = 0;
+};
+
+/// Of bytes in memory, where it doesn't matter why they can't be read. They have to outlive this.
+class kxCborBytes : private kxFileReport, public kxCborInput
+{
+public:
+    explicit kxCborBytes(const QByteArray& bytes)
+        : kxCborInput(bytes.constData(), bytes.size(), static_cast<kxFileReport&>(*this))
+    {
+    }
+    using kxCborInput::fail;
+    using kxCborInput::failed;
 };

@@ -9,6 +9,33 @@ void kxContainerWriter::appendKey(QCborStreamWriter& out, const char* key)
     out.appendTextString(key, qsizetype(std::char_traits<char>::length(key)));
 }
 
+void kxContainerWriter::appendText(QCborStreamWriter& out, const std::string& text)
+{
+    out.appendTextString(text.data(), qsizetype(text.size()));
+}
+
+void kxContainerWriter::writeMap(QCborStreamWriter& out, const std::map<std::string, std::string>& values)
+{
+    out.startMap(quint64(values.size()));
+    for (const auto& [name, value] : values)
+    {
+        appendText(out, name);
+        appendText(out, value);
+    }
+    out.endMap();
+}
+
+void kxContainerWriter::writeMap(QCborStreamWriter& out, const std::map<std::string, double>& values)
+{
+    out.startMap(quint64(values.size()));
+    for (const auto& [name, value] : values)
+    {
+        appendText(out, name);
+        out.append(value);
+    }
+    out.endMap();
+}
+
 quint64 kxContainerWriter::number(const FieldContainerPtr& container) const
 {
     const auto found = _numbers.find(container.getFieldContainerId());

@@ -32,6 +32,9 @@ public:
     /// The containers by their numbers, and where they were written.
     const kxSceneOrigin& origin() const { return _origin; }
     static void appendKey(QCborStreamWriter& out, const char* key);
+    static void appendText(QCborStreamWriter& out, const std::string& text);
+    static void writeMap(QCborStreamWriter& out, const std::map<std::string, std::string>& values);
+    static void writeMap(QCborStreamWriter& out, const std::map<std::string, double>& values);
 
 private:
     struct Class

@@ -46,21 +46,9 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
         out.append(quint64(writer.number(material.get())));
     out.endArray();
     kxContainerWriter::appendKey(out, "settings");
-    out.startMap(quint64(content.settings.size()));
-    for (const auto& [key, value] : content.settings)
-    {
-        kxContainerWriter::appendKey(out, key.c_str());
-        out.appendTextString(value.data(), qsizetype(value.size()));
-    }
-    out.endMap();
+    kxContainerWriter::writeMap(out, content.settings);
     kxContainerWriter::appendKey(out, "animation");
-    out.startMap(quint64(content.animation.size()));
-    for (const auto& [key, value] : content.animation)
-    {
-        kxContainerWriter::appendKey(out, key.c_str());
-        out.append(value);
-    }
-    out.endMap();
+    kxContainerWriter::writeMap(out, content.animation);
     out.endMap();
     return writer.origin();
 }
@@ -94,23 +82,9 @@ void readEntry(const std::string& key, kxCborInput& in, kxContainerReader& reade
         in.leave();
     }
     else if (key == "settings")
-    {
-        for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
-        {
-            const std::string name = in.readText();
-            content.settings[name] = in.readText();
-        }
-        in.leave();
-    }
+        in.readMap(content.settings);
     else if (key == "animation")
-    {
-        for (quint64 i = in.enterMap(); i > 0 && !in.failed(); --i)
-        {
-            const std::string name = in.readText();
-            content.animation[name] = in.readNumber();
-        }
-        in.leave();
-    }
+        in.readMap(content.animation);
     else
     {
         in.report().note(QStringLiteral("the unknown entry '%1' is left out").arg(QString::fromStdString(key)));
