@@ -1,6 +1,5 @@
 #include <journal/kxHistory.h>
 
-#include <journal/kxChangeText.h>
 #include <journal/kxHistoryNotice.h>
 #include <journal/kxJournal.h>
 #include <kernel/kxSelectCommand.h>
@@ -20,9 +19,8 @@
 
 namespace
 {
-constexpr std::size_t MostEntries = 10000; ///< the oldest go
-constexpr qint64 GlideTime = 700;          ///< milliseconds after a drag
-constexpr int RestTime = 100;              ///< milliseconds without a change
+constexpr qint64 GlideTime = 700; ///< milliseconds after a drag
+constexpr int RestTime = 100;     ///< milliseconds without a change
 
 quint64 numberOf(const QUndoCommand* command)
 {
@@ -71,7 +69,7 @@ kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
     for (int i = 0; i < _stack->count(); ++i) // what was done before anybody asked
         append(
             Entry{_stack->text(i), QString(), QDateTime::currentDateTime(), false, 0, {numberOf(_stack->command(i))}});
-    _index = std::size_t(_stack->index());
+    _list.setIndex(std::size_t(_stack->index()));
     if (_stack->count() > 0)
         _newest = numberOf(_stack->command(_stack->count() - 1));
 }
@@ -89,8 +87,8 @@ void kxHistory::stepPushed()
     const bool isNew = top > _newest;
     _isGliding = false;
     _newest = std::max(_newest, top);
-    dropUndone();
-    dropGoneSteps();
+    _list.dropUndone();
+    _list.dropGoneSteps(top);
     if (isCollecting())
     {
         if (isNew)
@@ -101,14 +99,14 @@ void kxHistory::stepPushed()
     if (isNew)
     {
         const bool isOneDrag = _open && kxUndoGesture::the().isDragging() && kxJournal::the().isPending();
-        if (isOneDrag && !_entries.empty())
-            _entries.back().steps.push_back(top); // what the two wrote can't be told apart any more
+        if (isOneDrag && !_list.isEmpty())
+            _list.back().steps.push_back(top); // what the two wrote can't be told apart any more
         else
             append(Entry{_stack->undoText(), QString(), QDateTime::currentDateTime(), false, 0, {top}});
     }
-    _open = !_entries.empty() && !_entries.back().steps.empty() && _entries.back().steps.back() == top;
+    _open = !_list.isEmpty() && !_list.back().steps.empty() && _list.back().steps.back() == top;
     if (_open)
-        refresh(_entries.back());
+        refresh(_list.back());
     if (!kxUndoGesture::the().isDragging())
         commit();
     settleLater();
@@ -158,26 +156,25 @@ void kxHistory::commit()
         _open = _isGliding = false;
     if (_open)
     {
-        Entry& last = _entries.back();
+        Entry& last = _list.back();
         const quint64 record = kxJournal::the().commit(last.record);
         if (record == 0)
             return;
         last.record = record;
-        last.state = ++_states;
-        if (!takeIn(last)) // all is as it was before
-            _entries.pop_back();
-        _index = _entries.size();
-        _open = _open && !_entries.empty() && _entries.back().record == record;
+        _list.renew(last);
+        if (!_list.takeIn(last)) // all is as it was before
+            _list.popBack();
+        _open = _open && !_list.isEmpty() && _list.back().record == record;
     }
     else
     {
         const quint64 record = kxJournal::the().commit();
         if (record == 0)
             return;
-        dropUndone();
+        _list.dropUndone();
         append(Entry{QString(), QString(), QDateTime::currentDateTime(), false, record, {}});
-        takeIn(_entries.back());
-        _open = !dropPassing();
+        _list.takeIn(_list.back());
+        _open = _list.joinPassing();
     }
     _written.start();
     Q_EMIT changed();
@@ -185,38 +182,9 @@ void kxHistory::commit()
 
 void kxHistory::append(Entry entry)
 {
-    entry.state = ++_states;
     if (entry.steps.empty())
         closeTop();
-    _entries.push_back(std::move(entry));
-    if (_entries.size() > MostEntries)
-    {
-        _firstState = _entries.front().state;
-        forget(_entries.front());
-        _entries.erase(_entries.begin());
-    }
-    _index = _entries.size();
-}
-
-bool kxHistory::dropPassing()
-{
-    if (_entries.size() < 2)
-        return false;
-    Entry &first = _entries[_entries.size() - 2], &second = _entries.back();
-    if (!first.steps.empty() || first.record == 0 || first.run != second.run)
-        return false;
-    if (!kxJournal::the().takesOut(second.record))
-        return false;
-    const std::vector<kxJournal::Change> went = kxJournal::the().changes(second.record);
-    const std::vector<kxJournal::Change> came = kxJournal::the().changes(first.record);
-    if (!std::equal(came.begin(), came.end(), went.begin(), went.end(),
-                    [](const kxJournal::Change& a, const kxJournal::Change& b)
-                    { return a.id == b.id && a.before == b.after; }))
-        return false;
-    kxJournal::the().withdraw(kxJournal::the().join(first.record, second.record));
-    _entries.resize(_entries.size() - 2);
-    _index = _entries.size();
-    return true;
+    _list.append(std::move(entry));
 }
 
 void kxHistory::closeTop()
@@ -233,42 +201,12 @@ void kxHistory::refresh(Entry& entry)
 {
     entry.act = _stack->undoText();
     entry.isSelection = entry.steps.size() == 1 && isSelection(_stack->command(_stack->index() - 1));
-    entry.state = ++_states;
-}
-
-bool kxHistory::takeIn(Entry& entry)
-{
-    if (entry.steps.empty() && !kxJournal::the().differs(entry.record))
-    {
-        kxJournal::the().withdraw(std::exchange(entry.record, 0));
-        return false;
-    }
-    entry.isSelection = false;
-    entry.isUntold = true;
-    return true;
-}
-
-void kxHistory::tell(const Entry& entry)
-{
-    if (!std::exchange(entry.isUntold, false))
-        return;
-    std::vector<kxJournal::Change> changes = kxJournal::the().changes(entry.record);
-    changes.erase(std::remove_if(changes.begin(), changes.end(),
-                                 [](const kxJournal::Change& change) { return change.before == change.after; }),
-                  changes.end());
-    if (entry.steps.empty() && !entry.isScript)
-        entry.act = kxChangeText::act(changes);
-    else if (!entry.isScript)
-        entry.detail = kxChangeText::subject(changes, entry.act);
-    else if (entry.detail = kxChangeText::detail(changes); entry.detail.isEmpty())
-        entry.detail = kxChangeText::act(changes); // a script's name doesn't say what it did
+    _list.renew(entry);
 }
 
 const kxHistory::Entry& kxHistory::entry(int index) const
 {
-    const Entry& entry = _entries[std::size_t(index)];
-    tell(entry);
-    return entry;
+    return _list.told(std::size_t(index));
 }
 
 /// Before much else is changed: words name what is found in the scene.
@@ -276,33 +214,13 @@ void kxHistory::rest()
 {
     if (_isWalking)
         return;
-    std::for_each(_entries.begin(), _entries.end(), tell);
+    _list.tellAll();
     Q_EMIT rested();
 }
 
-void kxHistory::forget(Entry& entry)
-{
-    if (const quint64 record = std::exchange(entry.record, 0); record != 0)
-        kxJournal::the().forget(record);
-}
-
-/// With what can't be reached without it.
 void kxHistory::drop(quint64 record)
 {
-    const auto found =
-        std::find_if(_entries.begin(), _entries.end(), [record](const Entry& entry) { return entry.record == record; });
-    if (found == _entries.end())
-        return;
-    const std::size_t at = std::size_t(found - _entries.begin());
-    const bool isDone = at < _index;
-    const auto first = isDone ? _entries.begin() : found, last = isDone ? found + 1 : _entries.end();
-    if (isDone)
-    {
-        _firstState = found->state;
-        _index -= at + 1;
-    }
-    std::for_each(first, last, forget);
-    _entries.erase(first, last);
+    _list.drop(record);
     Q_EMIT changed();
 }
 
@@ -313,81 +231,36 @@ void kxHistory::noteLoss(bool isChanged)
         _saved = 0;
     _open = _isGliding = false; // nothing joins what is lost
     closeTop();
-    for (Entry& entry : _entries)
-        entry.run = 0;
+    _list.closeRuns();
 }
 
 void kxHistory::dropLost()
 {
-    const auto isLost = [this](const Entry& entry) { return !canWalk(entry); };
-    const auto first = _entries.begin(), middle = first + std::ptrdiff_t(_index), last = _entries.end();
-    const auto undone = std::find_if(middle, last, isLost);
-    const auto done =
-        std::find_if(std::make_reverse_iterator(middle), std::make_reverse_iterator(first), isLost).base();
-    const quint64 undoneRecord = undone == last ? 0 : undone->record;
-    const quint64 doneRecord = done == first ? 0 : std::prev(done)->record;
-    for (const quint64 record : {undoneRecord, doneRecord})
-        if (record != 0)
-            drop(record);
-    for (Entry& entry : _entries)
-        if (entry.record != 0 && !kxJournal::the().has(entry.record))
-        {
-            entry.record = 0;
-            entry.isUntold = false;
-        }
-    Q_EMIT changed();
-}
-
-bool kxHistory::canWalk(const Entry& entry) const
-{
-    if (entry.record == 0 || kxJournal::the().has(entry.record))
-        return true;
     std::vector<quint64> known;
     known.reserve(std::size_t(_stack->count()));
     for (int i = 0; i < _stack->count(); ++i)
         known.push_back(numberOf(_stack->command(i)));
-    return !entry.steps.empty() &&
-           std::all_of(entry.steps.begin(), entry.steps.end(),
-                       [&known](quint64 step) { return std::find(known.begin(), known.end(), step) != known.end(); });
-}
-
-void kxHistory::dropUndone()
-{
-    for (std::size_t i = _index; i < _entries.size(); ++i)
-        forget(_entries[i]);
-    _entries.resize(_index);
-}
-
-void kxHistory::dropGoneSteps()
-{
-    const quint64 top = topStep();
-    while (!_entries.empty() && !_entries.back().steps.empty() && _entries.back().steps.back() > top)
-    {
-        _entries.back().steps.pop_back();
-        if (!_entries.back().steps.empty() || _entries.back().record != 0)
-            continue;
-        _entries.pop_back();
-        _index = _entries.size();
-    }
+    _list.dropLost(known);
+    Q_EMIT changed();
 }
 
 // Walking
 
 int kxHistory::undoCount() const
 {
-    return int(_index) + (isCollecting() ? int(_runs.back().steps.size()) : 0);
+    return index() + (isCollecting() ? int(_runs.back().steps.size()) : 0);
 }
 
 QString kxHistory::undoText() const
 {
     if (isCollecting() && !_runs.back().steps.empty())
         return _stack->undoText();
-    return _index == 0 ? QString() : entry(int(_index) - 1).act;
+    return index() == 0 ? QString() : entry(index() - 1).act;
 }
 
 QString kxHistory::redoText() const
 {
-    return canRedo() ? entry(int(_index)).act : QString();
+    return canRedo() ? entry(index()).act : QString();
 }
 
 bool kxHistory::undo()
@@ -400,9 +273,7 @@ bool kxHistory::undo()
         return true;
     }
     flush();
-    if (_index == 0)
-        return false;
-    return walk(false);
+    return index() > 0 && walk(false);
 }
 
 bool kxHistory::redo()
@@ -410,23 +281,21 @@ bool kxHistory::redo()
     if (_isWalking)
         return false;
     flush();
-    if (!canRedo())
-        return false;
-    return walk(true);
+    return canRedo() && walk(true);
 }
 
 void kxHistory::setIndex(int index)
 {
     flush();
-    const std::size_t aim = std::size_t(std::clamp(index, 0, count()));
-    while (!_isWalking && _index != aim && (aim < _index || canRedo()) && walk(aim > _index))
+    const int aim = std::clamp(index, 0, count());
+    while (!_isWalking && this->index() != aim && (aim < this->index() || canRedo()) && walk(aim > this->index()))
         continue;
 }
 
 bool kxHistory::walk(bool forward)
 {
-    const std::size_t at = forward ? _index : _index - 1;
-    const Entry entry = this->entry(int(at));
+    const std::size_t at = forward ? _list.index() : _list.index() - 1;
+    const Entry entry = _list.told(at);
     {
         const QScopedValueRollback<bool> walking(_isWalking, true);
         kxHistoryNotice notice;
@@ -440,9 +309,9 @@ bool kxHistory::walk(bool forward)
         if (entry.record == 0)
         {
             steps();
-            _entries[at].record = kxJournal::the().commit();
+            _list[at].record = kxJournal::the().commit();
         }
-        _index = forward ? at + 1 : at;
+        _list.setIndex(forward ? at + 1 : at);
         notice.tell();
         // What the tools write in answer is nobody's change.
         if (const quint64 answer = kxJournal::the().commit(); answer != 0)
@@ -476,7 +345,7 @@ void kxHistory::stackMoved()
 {
     if (_isWalking || kxUndoRecorder::the().isPushing())
         return;
-    if (_stack->count() == 0 && !_entries.empty())
+    if (_stack->count() == 0 && !_list.isEmpty())
         return clear();
     followStack();
     Q_EMIT changed();
@@ -484,37 +353,20 @@ void kxHistory::stackMoved()
 
 void kxHistory::followStack()
 {
-    const quint64 top = topStep(); // later steps have higher numbers
+    const quint64 top = topStep();
     if (isCollecting())
         for (std::vector<quint64>& steps = _runs.back().steps; !steps.empty() && steps.back() > top; steps.pop_back())
-            _entries.insert(
-                _entries.begin() + std::ptrdiff_t(_index),
-                Entry{_stack->redoText(), QString(), QDateTime::currentDateTime(), false, 0, {steps.back()}});
-    Entry* moved = nullptr;
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < _entries.size(); ++i)
-    {
-        Entry& entry = _entries[i];
-        entry.isDone = entry.steps.empty() ? i < _index : entry.steps.back() <= top;
-        if (entry.isDone == (i < _index))
-            continue;
-        tell(entry);
-        forget(entry);
-        moved = &entry;
-        ++count;
-    }
+            _list.insert(Entry{_stack->redoText(), QString(), QDateTime::currentDateTime(), false, 0, {steps.back()}},
+                         false);
+    const std::vector<Entry*> moved = _list.onWrongSide(top);
     // Who walks on the stack knows nothing of what was done beside it: what is still to be redone is exact only where
     // it was the next one.
     const quint64 record = isCollecting() ? 0 : kxJournal::the().commit();
-    if (count == 1)
-        moved->record = record;
+    if (moved.size() == 1)
+        moved.front()->record = record;
     else if (record != 0)
         kxJournal::the().forget(record);
-    const auto isDone = [](const Entry& entry) { return entry.isDone; };
-    if (!std::is_partitioned(_entries.begin(), _entries.end(), isDone))
-        for (Entry& entry : _entries)
-            entry.state = ++_states;
-    _index = std::size_t(std::stable_partition(_entries.begin(), _entries.end(), isDone) - _entries.begin());
+    _list.moveSides();
 }
 
 quint64 kxHistory::topStep() const
@@ -561,19 +413,17 @@ void kxHistory::commitRun()
     if (run.steps.empty() && record == 0)
         return;
     if (run.steps.empty())
-        dropUndone(); // steps alone may be what undo() within the script has left
+        _list.dropUndone(); // steps alone may be what undo() within the script has left
     Entry entry{run.act, QString(), QDateTime::currentDateTime(), false, record, std::exchange(run.steps, {})};
     entry.run = run.number;
     entry.isScript = true;
-    entry.state = ++_states;
     entry.isSelection = !entry.steps.empty();
     for (int i = 0; i < int(entry.steps.size()); ++i)
         entry.isSelection = entry.isSelection && isSelection(_stack->command(_stack->index() - 1 - i));
     if (record != 0)
-        takeIn(entry);
+        _list.takeIn(entry);
     closeTop();
-    _entries.insert(_entries.begin() + std::ptrdiff_t(_index), std::move(entry));
-    ++_index;
+    _list.insert(std::move(entry), true);
     Q_EMIT changed();
 }
 
@@ -582,28 +432,7 @@ void kxHistory::endRun()
     commitRun();
     const quint64 number = _runs.back().number;
     _runs.pop_back();
-    std::size_t first = _index;
-    while (first > 0 && _entries[first - 1].run == number)
-        --first;
-    if (_index - first > 1)
-    {
-        Entry& whole = _entries[first];
-        for (std::size_t i = first + 1; i < _index; ++i)
-        {
-            const Entry& part = _entries[i];
-            whole.record = kxJournal::the().join(whole.record, part.record);
-            whole.steps.insert(whole.steps.end(), part.steps.begin(), part.steps.end());
-            whole.isSelection = whole.isSelection && part.isSelection;
-            whole.state = part.state;
-        }
-        const bool isAny = whole.record == 0 ? !whole.steps.empty() : takeIn(whole);
-        const std::size_t end = first + (isAny ? 1 : 0);
-        _entries.erase(_entries.begin() + std::ptrdiff_t(end), _entries.begin() + std::ptrdiff_t(_index));
-        _index = end;
-    }
-    for (Entry& entry : _entries)
-        if (entry.run == number)
-            entry.run = 0;
+    _list.joinRun(number);
     Q_EMIT changed();
     rest(); // nobody goes on by hand, and a crash later in this turn is to find what the script did
 }
@@ -612,22 +441,13 @@ void kxHistory::endRun()
 
 void kxHistory::clear()
 {
-    _entries.clear(); // the journal begins anew with the scene
-    _index = 0;
+    _list.clear(); // the journal begins anew with the scene
     for (Run& run : _runs)
         run.steps.clear();
     _open = _isGliding = false;
     _newest = topStep();
-    _firstState = _saved = ++_states;
+    _saved = content();
     Q_EMIT changed();
-}
-
-quint64 kxHistory::content() const
-{
-    std::size_t at = _index;
-    while (at > 0 && _entries[at - 1].isSelection)
-        --at;
-    return at == 0 ? _firstState : _entries[at - 1].state;
 }
 
 void kxHistory::markSaved()

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <journal/kxHistoryList.h>
 #include <kxExport.h>
 
-#include <QDateTime>
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
@@ -24,32 +24,17 @@ class KX_API kxHistory : public QObject
 public:
     static kxHistory& the();
 
-    struct Entry
-    {
-        mutable QString act;    ///< in the user's words
-        mutable QString detail; ///< which object, channel and frame, where the act doesn't say it; may be empty
-        QDateTime time;
-        bool isSelection = false; ///< nothing that a file holds
-        quint64 record = 0;       ///< of the journal; 0 where nothing was written
-        std::vector<quint64> steps;
-        quint64 run = 0;   ///< of a script that hasn't ended; else 0
-        quint64 state = 0; ///< what stands when it is done, a number for each
-        bool isDone = true;
-        bool isScript = false;
-        mutable bool isUntold = false; ///< the words aren't made yet of what was changed
+    typedef kxHistoryEntry Entry;
 
-        QString text() const { return detail.isEmpty() ? act : act + QStringLiteral(": ") + detail; }
-    };
-
-    int count() const { return int(_entries.size()); }
+    int count() const { return int(_list.size()); }
     /// With its words, which take longer than a change may: they are made when somebody asks, or at rest.
     const Entry& entry(int index) const;
     /// Entries that are done; those behind them are taken back.
-    int index() const { return int(_index); }
+    int index() const { return int(_list.index()); }
     /// How often undo() finds something: the entries that are done, and the steps of a script that runs.
     int undoCount() const;
     bool canUndo() const { return undoCount() > 0; }
-    bool canRedo() const { return _index < _entries.size(); }
+    bool canRedo() const { return _list.index() < _list.size(); }
     /// The act that undo() takes back, or redo() does again; empty for none.
     QString undoText() const;
     QString redoText() const;
@@ -99,7 +84,7 @@ public:
     void markUnsaved();
     bool isSaved() const;
     /// What there is, a number for each state; selections play no part.
-    quint64 content() const;
+    quint64 content() const { return _list.content(); }
 
 Q_SIGNALS:
     void changed();
@@ -128,34 +113,21 @@ private:
     bool walk(bool forward);
     void walkSteps(const Entry& entry, bool forward);
     void append(Entry entry);
-    /// What a tool made for a while and took away again, as a preview, is nobody's change. True where it was that.
-    bool dropPassing();
     void closeTop();
     void refresh(Entry& entry);
-    /// Of the newest entry, after something was committed to it. False where it did nothing, and is forgotten.
-    static bool takeIn(Entry& entry);
-    static void tell(const Entry& entry);
     void rest();
-    static void forget(Entry& entry);
     void drop(quint64 record);
     void noteLoss(bool isChanged);
-    /// Entries that the journal has lost, but for those that their steps can walk.
     void dropLost();
-    bool canWalk(const Entry& entry) const;
-    void dropUndone();
-    void dropGoneSteps();
     /// Entries whose steps others undid or redid change sides.
     void followStack();
     quint64 topStep() const;
 
     QUndoStack* _stack; // not owned
-    std::vector<Entry> _entries;
-    std::size_t _index = 0;
+    kxHistoryList _list;
     std::vector<Run> _runs;
-    quint64 _newest = 0;     // number of the last step that came
-    quint64 _states = 0;     // given so far
-    quint64 _firstState = 0; // before the first entry
-    quint64 _saved = 0;      // as content()
+    quint64 _newest = 0; // number of the last step that came
+    quint64 _saved = 0;  // as content()
     quint64 _runCount = 0;
     bool _open = false;     // the last entry takes what the gesture still writes
     QElapsedTimer _written; // since the last commit of something

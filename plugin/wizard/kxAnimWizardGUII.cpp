@@ -90,6 +90,7 @@ kxAnimWizardGUII::kxAnimWizardGUII(QWidget* parent, kxWizardInterference::Questi
     connectForm();
     _callbacks.add(kxMessageName::ShowAnimationWizard, showAnimationWizard);
     _callbacks.add(kxMessageName::DequeuedAnimation, dequeuedAnimation);
+    _callbacks.add(kxMessageName::EndGlides, endPreview);
 }
 
 kxAnimWizardGUII::~kxAnimWizardGUII()
@@ -431,5 +432,11 @@ void kxAnimWizardGUII::dequeuedAnimation(kxMessage& message)
     unsigned int id = 0;
     if (theWizard != nullptr && theWizard->_preview->isChecked() && getFromMessage(message, "animNodeId", id) &&
         id != 0 && theWizard->_table.holdsBlock(id))
+        theWizard->_preview->setChecked(false);
+}
+
+void kxAnimWizardGUII::endPreview(kxMessage&)
+{
+    if (theWizard != nullptr)
         theWizard->_preview->setChecked(false);
 }

@@ -72,6 +72,7 @@ private:
 
     static void showAnimationWizard(kxMessage& message);
     static void dequeuedAnimation(kxMessage& message);
+    static void endPreview(kxMessage& message);
 
     kxInstancePointer<kxAnimWizardGUII> _instance;
     kxWizardInterference::Question _askOnInterference;

@@ -14,7 +14,8 @@ constexpr const char AnimationStart[] = "animationStart";
 constexpr const char DequeuedAnimation[] = "dequeuedAnimation";
 constexpr const char Undo[] = "kxURManager::undo";
 constexpr const char Redo[] = "kxURManager::redo";
-/// The state of the scene is about to count, for undo, a file or a script: what glides to its place is there at once.
+/// The state of the scene is about to count, for undo, a file or a script: what glides to its place is there at once,
+/// and what is shown for a while ends.
 constexpr const char EndGlides[] = "endGlides";
 constexpr const char TrashCleared[] = "trashCleared";
 constexpr const char ShowAnimationWizard[] = "showAnimationWizard";

@@ -7,6 +7,7 @@
 #include <kxSeed.h>
 #include <osg/FieldContainerFactory.h>
 
+#include <QAbstractButton>
 #include <QGraphicsView>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -128,6 +129,37 @@ private Q_SLOTS:
         QVERIFY(leaveWizard(QWizard::FinishButton));
         turns();
         QVERIFY(kxAnimManager::the()->getAnimAttachment(back)->getAnimationRoot()->getNChildren() == blocks + 1);
+    }
+
+    /// What plays for a while is no change, and what the user does meanwhile is what is taken back.
+    void aPreviewLeavesNoEntry()
+    {
+        Chance chance{QRandomGenerator(7)};
+        kxHistory& history = kxHistory::the();
+        QVERIFY(captureOf(objects().at(1), chance));
+        auto* const preview = widget<QWizard>("kxAnimWizardUI")->findChild<QAbstractButton*>("_preview");
+        for (const bool isEdited : {true, false})
+        {
+            preview->setChecked(false);
+            turns();
+            history.flush();
+            const int count = history.index();
+            const QByteArray before = bytes();
+            preview->setChecked(true);
+            turns();
+            QVERIFY(preview->isChecked() && bytes() != before);
+            const double fps = kxAnimManager::the()->fps();
+            if (isEdited)
+                kxAnimManager::the()->setFPS(fps + 7);
+            turns();
+            QVERIFY(history.undo());
+            turns();
+            QVERIFY(!preview->isChecked() && history.index() <= count + int(isEdited) && history.canRedo());
+            QCOMPARE(kxAnimManager::the()->fps(), fps);
+            history.setIndex(count);
+            QVERIFY(bytes() == before);
+        }
+        QVERIFY(leaveWizard(QWizard::CancelButton));
     }
 
     /// It glides back to where it was: nothing has happened, and what goes back meanwhile isn't written over.
