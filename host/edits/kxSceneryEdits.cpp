@@ -8,6 +8,7 @@
 #include "kxSceneNotify.h"
 #include <QCoreApplication>
 #include <animation/kxAnimEngine.h>
+#include <animation/kxAnimScene.h>
 #include <animation/kxNodeTime.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
@@ -18,6 +19,7 @@
 #include <scene/kxScene.h>
 
 #include <algorithm>
+#include <set>
 
 namespace
 {
@@ -70,6 +72,32 @@ private:
 
     unsigned int _id;
     float _before, _after;
+};
+
+/// Switches blocks of the timeline off together.
+class RestCommand : public kxCommand
+{
+public:
+    RestCommand(const std::vector<osg::AnimNodePtr>& blocks, const QString& text) : kxCommand(text)
+    {
+        for (const osg::AnimNodePtr& block : blocks)
+            _ids.push_back(block.getFieldContainerId());
+    }
+
+private:
+    void apply(bool forward) override
+    {
+        for (const unsigned int id : _ids)
+            if (const auto block = osg::living<osg::AnimNode>(id))
+            {
+                block->setTravMask(forward ? 0 : osg::Node::Active);
+                osg::markChanged(block, osg::Node::TravMaskFieldMask);
+            }
+        kxSceneNotify::animationsChanged();
+        kxAnimManager::the()->reevaluateAnimations(true);
+    }
+
+    std::vector<unsigned int> _ids;
 };
 
 osg::NodePtr insert(const osg::NodePtr& node, const char* text)
@@ -240,6 +268,51 @@ osg::AnimNodePtr kxSceneryEdits::addTrigger(Kind kind, const std::string& name, 
     command->insertNode(node, clip, -1);
     add(command);
     return node;
+}
+
+void kxSceneryEdits::retarget(const osg::AnimNodePtr& trigger, const std::string& name)
+{
+    const osg::AnimSequencePtr core =
+        trigger == osg::NullFC ? osg::AnimSequencePtr() : osg::AnimSequencePtr::dcast(trigger->getCore());
+    if (core == osg::NullFC || name.empty() || core->getName() == name)
+        return;
+    const kxScopedUndo scope(true);
+    const std::vector<osg::NodePtr> nodes = core->getParents(); // a trigger's duplicates are it, too
+    for (const osg::NodePtr& node : nodes)
+        if (node->getNodeName() == core->getName())
+            add(new kxRenameCommand(node, name));
+    add(kxSetFieldCommand::make(core, "name", osg::FieldValue(name),
+                                stepText("Let the Trigger %1 Name %2")
+                                    .arg(QString::fromStdString(core->getName()), QString::fromStdString(name))));
+}
+
+std::vector<osg::AnimNodePtr> kxSceneryEdits::restless(const osg::AnimNodePtr& clip)
+{
+    std::vector<osg::AnimNodePtr> blocks;
+    std::set<unsigned int> seen;
+    const osg::NodePtr clips = kxAnimManager::the()->clipStructureRoot();
+    osg::traverse(clip,
+                  [&](const osg::NodePtr& bar)
+                  {
+                      const auto core = osg::AnimBlockPtr::dcast(bar->getCore());
+                      if (core == osg::NullFC || !seen.insert(core.getFieldContainerId()).second)
+                          return osg::Action::Continue;
+                      for (const osg::NodePtr& node : core->getParents())
+                          if (const auto block = osg::AnimNodePtr::dcast(node); block->isActive() &&
+                                                                                !kxNodeUtils::hasParent(block, clips) &&
+                                                                                kxAnimScene::contains(block))
+                              blocks.push_back(block);
+                      return osg::Action::Continue;
+                  });
+    return blocks;
+}
+
+int kxSceneryEdits::rest(const osg::AnimNodePtr& clip)
+{
+    const std::vector<osg::AnimNodePtr> blocks = restless(clip);
+    if (!blocks.empty())
+        add(new RestCommand(blocks, stepText("Rest of %1").arg(QString::fromStdString(clip->getNodeName()))));
+    return int(blocks.size());
 }
 
 void kxSceneryEdits::duplicate(const Nodes& nodes)

@@ -36,6 +36,16 @@ void setSteps(const osg::NodePtr& sequence, const std::vector<kxSequenceStep>& s
 /// Null where that isn't finite.
 osg::AnimNodePtr addTrigger(kxScenery::Kind kind, const std::string& name, const osg::AnimNodePtr& clip, double frame);
 
+/// Lets a trigger name another thing of its kind; its label follows where it is what it named.
+void retarget(const osg::AnimNodePtr& trigger, const std::string& name);
+
+/// The active blocks of the timeline whose clones stand in a clip: at the timeline's frames they move their objects
+/// too.
+std::vector<osg::AnimNodePtr> restless(const osg::AnimNodePtr& clip);
+/// Switches them off together, so that the scene stands as it was made to stand where the clip isn't shown. Gives how
+/// many they were.
+int rest(const osg::AnimNodePtr& clip);
+
 /// Copies of viewpoints, sequences and objects.
 void duplicate(const Nodes& nodes);
 /// Says in the log where triggers and steps go on naming what went.

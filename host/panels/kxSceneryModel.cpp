@@ -1,7 +1,12 @@
 #include "kxSceneryModel.h"
 
 #include <QFont>
+#include <animation/kxFrameTime.h>
+#include <animation/kxNodeTime.h>
 #include <edits/kxSceneEdits.h>
+#include <edits/kxSceneryEdits.h>
+#include <journal/kxHistory.h>
+#include <kxAnimManager.h>
 #include <kxIconManager.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
@@ -10,12 +15,19 @@
 #include <view/kxView3D.h>
 #include <widgets/kxColors.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace
 {
 // What an index carries: nothing for a section, the section's row for a thing, and the thing's row above it for a
 // choice.
 constexpr quintptr LevelMask = 3, ItemLevel = 1, ChoiceLevel = 2;
 constexpr int SectionShift = 2, ItemShift = 5;
+
+/// Of kinds of scenery, and of clips.
+const char* const Icons[] = {"scenegraph/Viewpoint", "scenegraph/CameraTrack", "scenegraph/SwitchNode",
+                             "scenegraph/Sequence", "scenegraph/AnimClip"};
 
 int sectionOf(quintptr id)
 {
@@ -28,6 +40,7 @@ kxSceneryModel::kxSceneryModel(kxSceneryStage* stage, QObject* parent) : QAbstra
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxSceneryModel::sync);
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxSceneryModel::syncChoices);
     connect(stage, &kxSceneryStage::changed, this, &kxSceneryModel::sync);
+    connect(&kxHistory::the(), &kxHistory::changed, this, &kxSceneryModel::sync); // clips are no part of the structure
     connect(stage->view(), &kxView3D::viewChanged, this, &kxSceneryModel::syncLook);
     sync();
 }
@@ -37,25 +50,65 @@ kxSceneryModel::Sections kxSceneryModel::read() const
     Sections sections;
     for (int i = 0; i < kxScenery::KindCount; ++i)
     {
-        Section section{kxScenery::Kind(i), {}};
-        for (const osg::NodePtr& node : kxScenery::all(section.kind))
+        const auto kind = kxScenery::Kind(i);
+        Section section{i, {}};
+        for (const osg::NodePtr& node : kxScenery::all(kind))
         {
-            Item item{node.getFieldContainerId(), QString::fromStdString(node->getNodeName()), {}, {}, false, false};
-            if (section.kind == kxScenery::Kind::VariantSet)
+            Item item{
+                node.getFieldContainerId(), QString::fromStdString(node->getNodeName()), {}, {}, {}, false, false};
+            if (kind == kxScenery::Kind::VariantSet)
             {
                 for (const std::string& choice : kxScenery::choices(node))
-                    item.choices << QString::fromStdString(choice);
+                    item.below << QString::fromStdString(choice);
                 item.shown = QString::fromStdString(kxScenery::shownChoice(node));
             }
-            item.isLooked = section.kind == kxScenery::Kind::CameraTrack && item.id == _stage->view()->cameraNodeId();
+            item.isLooked = kind == kxScenery::Kind::CameraTrack && item.id == _stage->view()->cameraNodeId();
             item.isRunning =
-                section.kind == kxScenery::Kind::Sequence && _stage->runner().currentStep(node->getNodeName()) >= 0;
+                kind == kxScenery::Kind::Sequence && _stage->runner().currentStep(node->getNodeName()) >= 0;
             section.items.push_back(item);
         }
-        if (!section.items.empty())
-            sections.push_back(std::move(section));
+        sections.push_back(std::move(section));
     }
+    Section clips{Clips, {}};
+    osg::traverse(kxAnimManager::the()->clipStructureRoot(),
+                  [&clips](const osg::NodePtr& node)
+                  {
+                      if (osg::AnimClipPtr::dcast(node->getCore()) != osg::NullFC &&
+                          node != kxAnimManager::the()->clipStructureRoot())
+                          clips.items.push_back(readClip(node));
+                      return osg::Action::Continue;
+                  });
+    sections.push_back(std::move(clips));
+    sections.erase(
+        std::remove_if(sections.begin(), sections.end(), [](const Section& section) { return section.items.empty(); }),
+        sections.end());
     return sections;
+}
+
+kxSceneryModel::Item kxSceneryModel::readClip(const osg::NodePtr& clip)
+{
+    Item item{clip.getFieldContainerId(), QString::fromStdString(clip->getNodeName()), {}, {}, {}, false, false};
+    std::vector<std::pair<double, osg::AnimNodePtr>> triggers;
+    for (const osg::NodePtr& child : clip->getChildren())
+        if (osg::AnimSequencePtr::dcast(child->getCore()) != osg::NullFC)
+        {
+            const osg::AnimNodePtr trigger = osg::AnimNodePtr::dcast(child);
+            triggers.emplace_back(frameOf(trigger), trigger);
+        }
+    std::stable_sort(triggers.begin(), triggers.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& [frame, trigger] : triggers)
+    {
+        const osg::AnimSequencePtr core = osg::AnimSequencePtr::dcast(trigger->getCore());
+        item.below << tr("%1: %2").arg(frame).arg(QString::fromStdString(core->getName()));
+        item.triggers.push_back(trigger.getFieldContainerId());
+    }
+    return item;
+}
+
+double kxSceneryModel::frameOf(const osg::AnimNodePtr& trigger)
+{
+    const double seconds = kxNodeTime::toRoot(trigger->getParent()).to(double(trigger->getOffset().x()));
+    return std::round(kxFrameTime::frame(seconds, kxAnimManager::the()->fps()) * 1000) / 1000;
 }
 
 bool kxSceneryModel::haveSameRows(const Sections& a, const Sections& b)
@@ -67,7 +120,8 @@ bool kxSceneryModel::haveSameRows(const Sections& a, const Sections& b)
         if (a[i].kind != b[i].kind || a[i].items.size() != b[i].items.size())
             return false;
         for (std::size_t j = 0; j < a[i].items.size(); ++j)
-            if (a[i].items[j].id != b[i].items[j].id || a[i].items[j].choices.size() != b[i].items[j].choices.size())
+            if (a[i].items[j].id != b[i].items[j].id || a[i].items[j].below.size() != b[i].items[j].below.size() ||
+                a[i].items[j].triggers != b[i].items[j].triggers)
                 return false;
     }
     return true;
@@ -88,30 +142,31 @@ void kxSceneryModel::sync()
         {
             Item& shown = _sections[i].items[j];
             const Item& now = sections[i].items[j];
-            if (shown.name == now.name && shown.choices == now.choices && shown.shown == now.shown &&
+            if (shown.name == now.name && shown.below == now.below && shown.shown == now.shown &&
                 shown.isRunning == now.isRunning && shown.isLooked == now.isLooked)
                 continue;
             shown = now;
             const QModelIndex row = index(int(j), 0, index(int(i), 0));
             Q_EMIT dataChanged(row, row);
-            if (!now.choices.isEmpty())
-                Q_EMIT dataChanged(index(0, 0, row), index(now.choices.size() - 1, 0, row));
+            if (!now.below.isEmpty())
+                Q_EMIT dataChanged(index(0, 0, row), index(now.below.size() - 1, 0, row));
         }
 }
 
 void kxSceneryModel::syncChoices()
 {
     for (std::size_t i = 0; i < _sections.size(); ++i)
-        for (std::size_t j = 0; _sections[i].kind == kxScenery::Kind::VariantSet && j < _sections[i].items.size(); ++j)
+        for (std::size_t j = 0; _sections[i].kind == int(kxScenery::Kind::VariantSet) && j < _sections[i].items.size();
+             ++j)
         {
             Item& set = _sections[i].items[j];
             const osg::NodePtr node = osg::living<osg::Node>(set.id);
             const QString shown = QString::fromStdString(kxScenery::shownChoice(node));
-            if (shown == set.shown || set.choices.isEmpty())
+            if (shown == set.shown || set.below.isEmpty())
                 continue;
             set.shown = shown;
             const QModelIndex row = index(int(j), 0, index(int(i), 0));
-            Q_EMIT dataChanged(index(0, 0, row), index(set.choices.size() - 1, 0, row));
+            Q_EMIT dataChanged(index(0, 0, row), index(set.below.size() - 1, 0, row));
         }
 }
 
@@ -119,7 +174,8 @@ void kxSceneryModel::syncLook()
 {
     const unsigned int looked = _stage->view()->cameraNodeId();
     for (std::size_t i = 0; i < _sections.size(); ++i)
-        for (std::size_t j = 0; _sections[i].kind == kxScenery::Kind::CameraTrack && j < _sections[i].items.size(); ++j)
+        for (std::size_t j = 0; _sections[i].kind == int(kxScenery::Kind::CameraTrack) && j < _sections[i].items.size();
+             ++j)
         {
             Item& track = _sections[i].items[j];
             if (track.isLooked == (track.id == looked))
@@ -147,9 +203,36 @@ osg::NodePtr kxSceneryModel::node(const QModelIndex& index) const
     return found == nullptr ? osg::NodePtr() : osg::living<osg::Node>(found->id);
 }
 
-int kxSceneryModel::choice(const QModelIndex& index) const
+int kxSceneryModel::rowBelow(const QModelIndex& index)
 {
     return index.isValid() && (index.internalId() & LevelMask) == ChoiceLevel ? index.row() : -1;
+}
+
+int kxSceneryModel::kindOf(const QModelIndex& index) const
+{
+    return _sections[std::size_t(sectionOf(index.internalId()))].kind;
+}
+
+int kxSceneryModel::choice(const QModelIndex& index) const
+{
+    return rowBelow(index) < 0 || kindOf(index) == Clips ? -1 : rowBelow(index);
+}
+
+osg::AnimNodePtr kxSceneryModel::trigger(const QModelIndex& index) const
+{
+    const Item* const clip = rowBelow(index) < 0 || kindOf(index) != Clips ? nullptr : item(index);
+    return clip == nullptr ? osg::AnimNodePtr()
+                           : osg::living<osg::AnimNode>(clip->triggers[std::size_t(rowBelow(index))]);
+}
+
+QStringList kxSceneryModel::targets(const QModelIndex& index) const
+{
+    const osg::AnimNodePtr node = trigger(index);
+    QStringList names;
+    if (node != osg::NullFC)
+        for (const std::string& name : kxScenery::targets(osg::AnimSequencePtr::dcast(node->getCore())))
+            names << QString::fromStdString(name);
+    return names;
 }
 
 QModelIndex kxSceneryModel::indexOf(unsigned int nodeId) const
@@ -192,26 +275,26 @@ int kxSceneryModel::rowCount(const QModelIndex& parent) const
     if (level == 0)
         return int(_sections[std::size_t(parent.row())].items.size());
     const Item* const above = level == ItemLevel ? item(parent) : nullptr;
-    return above == nullptr ? 0 : above->choices.size();
+    return above == nullptr ? 0 : above->below.size();
 }
 
 QVariant kxSceneryModel::sectionData(const Section& section, int role) const
 {
-    static const char* const Titles[kxScenery::KindCount] = {QT_TR_NOOP("Viewpoints"), QT_TR_NOOP("Camera Tracks"),
-                                                             QT_TR_NOOP("Variant Sets"), QT_TR_NOOP("Sequences")};
+    static const char* const Titles[] = {QT_TR_NOOP("Viewpoints"), QT_TR_NOOP("Camera Tracks"),
+                                         QT_TR_NOOP("Variant Sets"), QT_TR_NOOP("Sequences"), QT_TR_NOOP("Clips")};
     if (role == Qt::DisplayRole)
-        return tr(Titles[int(section.kind)]);
+        return tr(Titles[section.kind]);
     return role == Qt::ForegroundRole ? QVariant(kxColors::dimText()) : QVariant();
 }
 
 QVariant kxSceneryModel::choiceData(const Item& set, int row, int role) const
 {
-    const bool isShown = set.choices[row] == set.shown;
+    const bool isShown = set.below[row] == set.shown;
     switch (role)
     {
     case Qt::DisplayRole:
     case Qt::EditRole:
-        return set.choices[row];
+        return set.below[row];
     case Qt::DecorationRole:
         return kxIconManager::getIcon(isShown ? QStringLiteral("Visible") : QStringLiteral("Hidden"), QString());
     case Qt::ForegroundRole:
@@ -223,19 +306,47 @@ QVariant kxSceneryModel::choiceData(const Item& set, int row, int role) const
     }
 }
 
+QVariant kxSceneryModel::triggerData(const Item& clip, int row, int role) const
+{
+    const osg::AnimNodePtr node = osg::living<osg::AnimNode>(clip.triggers[std::size_t(row)]);
+    const osg::AnimSequencePtr core =
+        node == osg::NullFC ? osg::AnimSequencePtr() : osg::AnimSequencePtr::dcast(node->getCore());
+    if (core == osg::NullFC)
+        return QVariant();
+    const kxScenery::Kind kind = kxScenery::kindOf(core);
+    const bool isMissing = !kxScenery::isKnown(kind, core->getName());
+    switch (role)
+    {
+    case Qt::DisplayRole:
+        return clip.below[row];
+    case Qt::EditRole:
+        return QString::fromStdString(core->getName());
+    case Qt::DecorationRole:
+        return kxIconManager::getIcon(QString::fromLatin1(Icons[int(kind)]), QString());
+    case Qt::ForegroundRole:
+        return isMissing           ? QVariant(kxColors::accent())
+               : !node->isActive() ? QVariant(kxColors::dimText())
+                                   : QVariant();
+    case Qt::ToolTipRole:
+        return isMissing ? tr("There is nothing of this name; F2 chooses another")
+                         : tr("Double-click shows the clip at its frame; F2 chooses what it names");
+    default:
+        return QVariant();
+    }
+}
+
 QVariant kxSceneryModel::data(const QModelIndex& index, int role) const
 {
     const Item* const found = item(index);
     if (found == nullptr)
         return index.isValid() ? sectionData(_sections[std::size_t(index.row())], role) : QVariant();
-    if (choice(index) >= 0)
-        return choiceData(*found, index.row(), role);
-    const kxScenery::Kind kind = _sections[std::size_t(sectionOf(index.internalId()))].kind;
-    static const char* const Icons[kxScenery::KindCount] = {"scenegraph/Viewpoint", "scenegraph/CameraTrack",
-                                                            "scenegraph/SwitchNode", "scenegraph/Sequence"};
-    static const char* const Tips[kxScenery::KindCount] = {
-        QT_TR_NOOP("Double-click takes the view there"), QT_TR_NOOP("Double-click plays it through its camera"),
-        QT_TR_NOOP("Double-click shows the next choice"), QT_TR_NOOP("Double-click runs it")};
+    const int kind = kindOf(index);
+    if (rowBelow(index) >= 0)
+        return kind == Clips ? triggerData(*found, index.row(), role) : choiceData(*found, index.row(), role);
+    static const char* const Tips[] = {QT_TR_NOOP("Double-click takes the view there"),
+                                       QT_TR_NOOP("Double-click plays it through its camera"),
+                                       QT_TR_NOOP("Double-click shows the next choice"),
+                                       QT_TR_NOOP("Double-click runs it"), QT_TR_NOOP("Double-click plays it once")};
     switch (role)
     {
     case Qt::DisplayRole:
@@ -243,15 +354,14 @@ QVariant kxSceneryModel::data(const QModelIndex& index, int role) const
     case Qt::EditRole:
         return found->name;
     case Qt::DecorationRole:
-        return kxIconManager::getIcon(found->isRunning ? QStringLiteral("Play") : QString::fromLatin1(Icons[int(kind)]),
+        return kxIconManager::getIcon(found->isRunning ? QStringLiteral("Play") : QString::fromLatin1(Icons[kind]),
                                       QString());
     case Qt::ForegroundRole:
         return found->isRunning || found->isLooked ? QVariant(kxColors::accent()) : QVariant();
     case Qt::ToolTipRole:
-        return found->isRunning ? tr("Runs")
-               : found->isLooked
-                   ? tr("The view looks through it; moving the view leaves it. %1").arg(tr(Tips[int(kind)]))
-                   : tr(Tips[int(kind)]);
+        return found->isRunning  ? tr("Runs")
+               : found->isLooked ? tr("The view looks through it; moving the view leaves it. %1").arg(tr(Tips[kind]))
+                                 : tr(Tips[kind]);
     default:
         return QVariant();
     }
@@ -259,6 +369,12 @@ QVariant kxSceneryModel::data(const QModelIndex& index, int role) const
 
 bool kxSceneryModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
+    if (const osg::AnimNodePtr node = trigger(index); node != osg::NullFC && role == Qt::EditRole)
+    {
+        kxSceneryEdits::retarget(node, value.toString().toStdString());
+        kxScene::the()->flush();
+        return true;
+    }
     const osg::NodePtr above = node(index);
     const int row = choice(index);
     const osg::NodePtr target = row < 0 || above == osg::NullFC ? above : above->getChild(unsigned(row));

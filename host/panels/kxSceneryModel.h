@@ -7,8 +7,8 @@
 
 class kxSceneryStage;
 
-/// Viewpoints, camera tracks, variant sets with their choices, and sequences of the scene, in a section for each kind
-/// that has some.
+/// Viewpoints, camera tracks, variant sets with their choices, sequences, and clips with their triggers, in a section
+/// for each that has some.
 class kxSceneryModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -16,11 +16,19 @@ public:
     /// `stage` outlives it.
     explicit kxSceneryModel(kxSceneryStage* stage, QObject* parent = nullptr);
 
-    /// The thing of a row, or the set of a choice's row; null for a section.
+    /// The thing of a row, or what a choice's or a trigger's row belongs to; null for a section.
     osg::NodePtr node(const QModelIndex& index) const;
+    /// The row below a thing's, -1 for others.
+    static int rowBelow(const QModelIndex& index);
     /// The number of a choice's row, -1 for others.
     int choice(const QModelIndex& index) const;
+    /// Null for what is no trigger's row.
+    osg::AnimNodePtr trigger(const QModelIndex& index) const;
+    /// What a trigger's row could name instead.
+    QStringList targets(const QModelIndex& index) const;
     QModelIndex indexOf(unsigned int nodeId) const;
+    /// On the ruler of the clip that a trigger is in.
+    static double frameOf(const osg::AnimNodePtr& trigger);
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;
@@ -35,18 +43,21 @@ private:
     {
         unsigned int id;
         QString name;
-        QStringList choices;
-        QString shown; // of the choices
+        QStringList below;                  // the names of choices, the texts of triggers
+        QString shown;                      // of the choices
+        std::vector<unsigned int> triggers; // beside `below`
         bool isRunning;
         bool isLooked; // the view looks through it
     };
+    static constexpr int Clips = kxScenery::KindCount;
     struct Section
     {
-        kxScenery::Kind kind;
+        int kind; // a kxScenery::Kind, or Clips
         std::vector<Item> items;
     };
     typedef std::vector<Section> Sections;
     Sections read() const;
+    static Item readClip(const osg::NodePtr& clip);
     static bool haveSameRows(const Sections& a, const Sections& b);
     void sync();
     /// Frame after frame while something plays: looks at what sets show, and no further.
@@ -57,6 +68,8 @@ private:
     const Item* item(const QModelIndex& index) const;
     QVariant sectionData(const Section& section, int role) const;
     QVariant choiceData(const Item& set, int row, int role) const;
+    QVariant triggerData(const Item& clip, int row, int role) const;
+    int kindOf(const QModelIndex& index) const;
 
     kxSceneryStage* _stage;
     Sections _sections; // those that aren't empty

@@ -6,10 +6,12 @@
 #include "kxStepModel.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -17,6 +19,7 @@
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
+#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryActions.h>
@@ -49,6 +52,47 @@ QToolButton* makeMenuButton(QWidget* parent, const QString& objectName, const QS
     return button;
 }
 
+bool isClip(const osg::NodePtr& node)
+{
+    return osg::AnimNodePtr::dcast(node) != osg::NullFC;
+}
+
+bool isRestless(const osg::NodePtr& node)
+{
+    return isClip(node) && !kxSceneryEdits::restless(osg::AnimNodePtr::dcast(node)).empty();
+}
+
+/// A trigger's name is chosen, others are typed.
+class RowDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        const auto* const model = static_cast<const kxSceneryModel*>(index.model());
+        if (model->trigger(index) == osg::NullFC)
+            return QStyledItemDelegate::createEditor(parent, option, index);
+        auto* const names = new QComboBox(parent);
+        names->addItems(model->targets(index));
+        return names;
+    }
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override
+    {
+        if (auto* const names = qobject_cast<QComboBox*>(editor))
+            names->setCurrentIndex(names->findText(index.data(Qt::EditRole).toString()));
+        else
+            QStyledItemDelegate::setEditorData(editor, index);
+    }
+    void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override
+    {
+        auto* const names = qobject_cast<QComboBox*>(editor);
+        if (names == nullptr)
+            QStyledItemDelegate::setModelData(editor, model, index);
+        else if (names->currentIndex() >= 0)
+            model->setData(index, names->currentText(), Qt::EditRole);
+    }
+};
+
 QHBoxLayout* makeRow()
 {
     auto* const row = new QHBoxLayout;
@@ -64,7 +108,7 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
 {
     setObjectName(QStringLiteral("_scenery"));
     _view->setObjectName(QStringLiteral("_sceneryList"));
-    _view->setAccessibleName(tr("Viewpoints, camera tracks, variant sets and sequences"));
+    _view->setAccessibleName(tr("Viewpoints, camera tracks, variant sets, sequences and clips"));
     _view->setModel(_model);
     _view->setFrameShape(QFrame::NoFrame);
     _view->setHeaderHidden(true);
@@ -73,6 +117,7 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
     _view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     _view->setEditTriggers(QAbstractItemView::EditKeyPressed);
     _view->setExpandsOnDoubleClick(false);
+    _view->setItemDelegate(new RowDelegate(_view));
     _view->setContextMenuPolicy(Qt::ActionsContextMenu);
     _view->expandAll();
     new kxEmptyHint(
@@ -117,6 +162,9 @@ kxSceneryPanel::kxSceneryPanel(kxSceneryStage* stage, kxSceneryActions* actions,
         addAction(nullptr, _view, tr("Rename"), QString(), QStringLiteral("_renameScenery"), &kxSceneryPanel::rename);
     _duplicate = addAction(buttons, _view, tr("Duplicate"), QStringLiteral("Copy"), QStringLiteral("_duplicateScenery"),
                            &kxSceneryPanel::duplicate);
+    _rest = addAction(nullptr, _view, tr("Rest"), QString(), QStringLiteral("_restClip"), &kxSceneryPanel::rest);
+    _rest->setToolTip(
+        tr("Switches off the blocks of the timeline that the clip plays, so that the scene stands as it was made"));
     buttons->addStretch(1);
     _delete = addAction(buttons, _view, tr("Delete"), QStringLiteral("Delete"), QStringLiteral("_deleteScenery"),
                         &kxSceneryPanel::remove);
@@ -205,7 +253,7 @@ std::vector<osg::NodePtr> kxSceneryPanel::selected() const
 {
     std::vector<osg::NodePtr> nodes;
     for (const QModelIndex& index : _view->selectionModel()->selectedRows())
-        if (const osg::NodePtr node = _model->node(index); node != osg::NullFC && _model->choice(index) < 0)
+        if (const osg::NodePtr node = _model->node(index); node != osg::NullFC && _model->rowBelow(index) < 0)
             nodes.push_back(node);
     return nodes;
 }
@@ -244,8 +292,10 @@ void kxSceneryPanel::update()
     _stop->setEnabled(_stage->isPlaying());
     _move->setEnabled(isOne && osg::ViewpointPtr::dcast(nodes.front()->getCore()) != osg::NullFC);
     _rename->setEnabled(_try->isEnabled());
-    _duplicate->setEnabled(!nodes.empty());
-    _delete->setEnabled(!nodes.empty());
+    const bool haveClips = std::any_of(nodes.begin(), nodes.end(), isClip);
+    _duplicate->setEnabled(!nodes.empty() && !haveClips); // the clip maker does that
+    _delete->setEnabled(!nodes.empty() && !haveClips);
+    _rest->setEnabled(std::any_of(nodes.begin(), nodes.end(), isRestless));
     updateLook();
     const bool isSequence = isOne && osg::SceneSequencePtr::dcast(nodes.front()->getCore()) != osg::NullFC;
     const unsigned int sequence = isSequence ? nodes.front().getFieldContainerId() : 0;
@@ -283,6 +333,14 @@ void kxSceneryPanel::tryCurrent()
 {
     const QModelIndex index = _view->currentIndex();
     const osg::NodePtr node = _model->node(index);
+    if (const osg::AnimNodePtr clip = osg::AnimNodePtr::dcast(node))
+    {
+        if (const osg::AnimNodePtr trigger = _model->trigger(index))
+            _stage->showFrame(clip, kxSceneryModel::frameOf(trigger));
+        else
+            _stage->play(clip);
+        return;
+    }
     kxScenery::Kind kind = kxScenery::Kind::Viewpoint;
     if (!kxScenery::kindOf(node, kind))
         return;
@@ -324,6 +382,16 @@ void kxSceneryPanel::rename()
 void kxSceneryPanel::duplicate()
 {
     kxSceneryEdits::duplicate(selected());
+}
+
+void kxSceneryPanel::rest()
+{
+    const kxScopedUndo scope(true);
+    int count = 0;
+    for (const osg::NodePtr& node : selected())
+        if (isClip(node))
+            count += kxSceneryEdits::rest(osg::AnimNodePtr::dcast(node));
+    kxLog::info(tr("%n block(s) of the timeline switched off; the clip plays them as before.", nullptr, count));
 }
 
 void kxSceneryPanel::remove()

@@ -13,8 +13,8 @@ class kxSceneryModel;
 class kxSceneryStage;
 class kxStepModel;
 
-/// Viewpoints, camera tracks, variant sets and sequences: names to edit, what can be done with them, and the steps of
-/// the sequence that is selected.
+/// Viewpoints, camera tracks, variant sets, sequences, and clips with their triggers: names to edit, what can be done
+/// with them, and the steps of the sequence that is selected.
 class kxSceneryPanel : public QWidget
 {
     Q_OBJECT
@@ -40,6 +40,7 @@ private:
     void lookThrough();
     void rename();
     void duplicate();
+    void rest();
     void remove();
     void removeStep();
     void raiseStep();
@@ -59,6 +60,7 @@ private:
     QAction* _look = nullptr;
     QAction* _rename;
     QAction* _duplicate;
+    QAction* _rest;
     QAction* _delete;
     QAction* _removeStep = nullptr;
     QAction* _raiseStep = nullptr;

@@ -194,10 +194,22 @@ QString kxSceneryStage::playCameraTrack(const osg::NodePtr& track)
         return tr("it is no camera track, or its animation was deleted");
     kxAnimManager::the()->updateCameraTrackBlockForNode(block);
     _view->lookThrough(track.getFieldContainerId());
-    _trackBlockId = block.getFieldContainerId();
-    kxAnimEvaluator::the()->enqueue(block, true);
-    Q_EMIT changed();
+    play(block);
     return QString();
+}
+
+void kxSceneryStage::play(const osg::AnimNodePtr& animation)
+{
+    _view->resumeFilm();
+    _playedId = animation.getFieldContainerId();
+    kxAnimManager::the()->updateCameraShotCurves(animation);
+    kxAnimEvaluator::the()->enqueue(animation, true);
+    Q_EMIT changed();
+}
+
+void kxSceneryStage::showFrame(const osg::AnimNodePtr& clip, double frame)
+{
+    kxAnimManager::the()->evaluateByFrame(clip, frame, true, false, false);
 }
 
 QString kxSceneryStage::findChoice(const osg::NodePtr& set, const std::string& name, const std::string& choice,
@@ -242,15 +254,15 @@ QString kxSceneryStage::playClip(const std::string& name, unsigned int& id)
 
 bool kxSceneryStage::isPlaying() const
 {
-    const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_trackBlockId);
+    const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_playedId);
     return !_runner.running().empty() || (block != osg::NullFC && kxAnimEvaluator::the()->isPlaying(block));
 }
 
 void kxSceneryStage::stopAll()
 {
     _runner.stopAll();
-    if (const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_trackBlockId))
+    if (const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_playedId))
         kxAnimEvaluator::the()->dequeue(block, false);
-    _trackBlockId = 0;
+    _playedId = 0;
     Q_EMIT changed();
 }

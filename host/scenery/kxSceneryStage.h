@@ -30,6 +30,10 @@ public:
     QString playCameraTrack(const osg::NodePtr& track);
     /// `choice` empty: the next one.
     QString setVariant(const std::string& set, const std::string& choice);
+    /// Plays it beside the timeline.
+    void play(const osg::AnimNodePtr& animation);
+    /// Shows a clip at a frame of its ruler.
+    void showFrame(const osg::AnimNodePtr& clip, double frame);
     /// Plays a clip or a block beside the timeline; `id` becomes its node's.
     QString playClip(const std::string& name, unsigned int& id);
 
@@ -54,6 +58,6 @@ private:
 
     kxView3D* _view;
     kxSequenceRunner _runner;
-    unsigned int _trackBlockId = 0; // the camera track that was played last
+    unsigned int _playedId = 0; // the animation that was played by hand last
     std::unique_ptr<SceneModule> _module;
 };

@@ -196,6 +196,25 @@ std::vector<std::string> kxScenery::stepTexts(const std::vector<kxSequenceStep>&
     return texts;
 }
 
+kxScenery::Kind kxScenery::kindOf(const AnimSequencePtr& trigger)
+{
+    return trigger->getIsVariant() ? Kind::VariantSet : trigger->getIsViewpoint() ? Kind::Viewpoint : Kind::Sequence;
+}
+
+std::vector<std::string> kxScenery::targets(const AnimSequencePtr& trigger)
+{
+    const Kind kind = kindOf(trigger);
+    return kind == Kind::VariantSet ? variantNames() : names(kind);
+}
+
+bool kxScenery::isKnown(Kind kind, const std::string& name)
+{
+    if (kind != Kind::VariantSet)
+        return find(kind, name) != NullFC;
+    const auto [set, choice] = findVariant(name);
+    return set != NullFC && choiceIndex(set, choice) >= 0;
+}
+
 void kxScenery::forTriggers(
     const AnimNodePtr& clips,
     const std::function<void(const AnimNodePtr& node, const AnimSequencePtr& trigger, Kind kind)>& use)
@@ -205,10 +224,7 @@ void kxScenery::forTriggers(
              {
                  const AnimSequencePtr trigger = AnimSequencePtr::dcast(node->getCore());
                  if (trigger != NullFC)
-                     use(AnimNodePtr::dcast(node), trigger,
-                         trigger->getIsVariant()     ? Kind::VariantSet
-                         : trigger->getIsViewpoint() ? Kind::Viewpoint
-                                                     : Kind::Sequence);
+                     use(AnimNodePtr::dcast(node), trigger, kindOf(trigger));
                  return Action::Continue;
              });
 }
@@ -247,13 +263,24 @@ bool kxScenery::renamed(Kind kind, const std::string& before, const std::string&
 void kxScenery::rename(Kind kind, const std::string& before, const std::string& after, const AnimNodePtr& clips,
                        const NodePtr& scenery)
 {
+    std::vector<AnimSequencePtr> triggers; // several nodes may share one
     forTriggers(clips,
-                [&](const AnimNodePtr&, const AnimSequencePtr& trigger, Kind kindOfTrigger)
+                [&](const AnimNodePtr& node, const AnimSequencePtr& trigger, Kind kindOfTrigger)
                 {
                     std::string name = trigger->getName();
-                    if (kindOfTrigger == kind && renamed(kind, before, after, name))
-                        trigger->setName(name);
+                    const bool isLabel = node->getNodeName() == name;
+                    if (kindOfTrigger != kind || !renamed(kind, before, after, name))
+                        return;
+                    triggers.push_back(trigger);
+                    if (isLabel)
+                        node->setNodeName(name);
                 });
+    for (const AnimSequencePtr& trigger : triggers)
+    {
+        std::string name = trigger->getName();
+        if (renamed(kind, before, after, name))
+            trigger->setName(name);
+    }
     for (UInt32 i = 0; scenery != NullFC && i < scenery->getNChildren(); ++i)
     {
         const SceneSequencePtr core = SceneSequencePtr::dcast(scenery->getChild(i)->getCore());

@@ -52,6 +52,12 @@ KX_API std::vector<std::string> variantNames();
 KX_API std::vector<kxSequenceStep> steps(const osg::NodePtr& sequence, int* unread = nullptr);
 KX_API std::vector<std::string> stepTexts(const std::vector<kxSequenceStep>& steps);
 
+/// The kind of what a trigger names.
+KX_API Kind kindOf(const osg::AnimSequencePtr& trigger);
+/// All that a trigger of this kind could name.
+KX_API std::vector<std::string> targets(const osg::AnimSequencePtr& trigger);
+/// True where what a trigger of this kind and name fires is in the scene.
+KX_API bool isKnown(Kind kind, const std::string& name);
 /// Calls `use` with each trigger below `clips`, and the kind of what it names.
 KX_API void forTriggers(
     const osg::AnimNodePtr& clips,

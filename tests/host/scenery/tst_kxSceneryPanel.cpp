@@ -1,10 +1,13 @@
 #include <host/app/kxSceneFixture.h>
 
 #include <edits/kxSceneryEdits.h>
+#include <journal/kxHistory.h>
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
+#include <kxAnimFixture.h>
 #include <kxAnswer.h>
 #include <kxTexts.h>
+#include <osg/FieldContainerFactory.h>
 #include <panels/kxSceneryPanel.h>
 #include <panels/kxStepModel.h>
 #include <scene/kxScenery.h>
@@ -115,6 +118,62 @@ private Q_SLOTS:
         QVERIFY(!choice(1).data(Qt::ForegroundRole).isValid() && choice(0).data(Qt::ForegroundRole).isValid());
         QVERIFY(choice(0).data(Qt::DecorationRole).value<QIcon>().cacheKey() !=
                 choice(1).data(Qt::DecorationRole).value<QIcon>().cacheKey());
+    }
+
+    void clipsListTheirTriggersAndRest()
+    {
+        typedef kxAnimFixture F;
+        const osg::NodePtr box = kxSceneFixture::addObject("Box");
+        const osg::AnimNodePtr block =
+            F::added(box, F::block("Slide", {F::curve("translation", "X", {{0, 3}, {2, 9}})}));
+        for (const float yaw : {10.0f, 80.0f})
+            kxSceneryEdits::addViewpoint(_view.viewCamera(1), yaw, yaw < 50 ? "Wide" : "Close");
+        const osg::AnimNodePtr late = F::trigger("Wide", 2.5f, false, true), gone = F::trigger("Gone", 1.25f, true);
+        F::added(F::clip("Show", {F::clone(block, 0), late, gone, F::clip("Inner", {F::clone(block, 1, 2)})}));
+        F::added(F::clip("Empty", {}));
+        kxHistory::the().flush();
+        kxAnimManager::the()->setCurrentFrame(24, true, false);
+        QCOMPARE(F::transform(box)->getTranslation().x(), 6.0f);
+        QAbstractItemModel* const model = list()->model();
+        const auto clip = [model](int row) { return model->index(row, 0, model->index(1, 0)); };
+        QCOMPARE(kxTexts(model), QStringList({"Viewpoints", "Clips"}));
+        QCOMPARE(kxTexts(model, model->index(1, 0)), QStringList({"Show", "Inner", "Empty"}));
+        QCOMPARE(kxTexts(model, clip(0)), QStringList({"30: Gone", "60: Wide"}));
+        const auto trigger = [&](int row) { return model->index(row, 0, clip(0)); };
+        QVERIFY(trigger(0).data(Qt::ForegroundRole).isValid() && !trigger(1).data(Qt::ForegroundRole).isValid());
+        // A double click shows its frame.
+        list()->setCurrentIndex(trigger(1));
+        Q_EMIT list()->doubleClicked(trigger(1));
+        QCOMPARE(osg::living<osg::Node>(_view.cameraNodeId())->getNodeName(), std::string("Wide"));
+        // What it names is chosen from what there is.
+        const QByteArray before = kxSceneFixture::bytes();
+        list()->edit(trigger(1));
+        auto* const names = list()->findChild<QComboBox*>();
+        QVERIFY(names != nullptr && names->currentText() == "Wide" && names->count() == 2);
+        names->setCurrentText("Close");
+        QTest::keyClick(names, Qt::Key_Return);
+        QCoreApplication::processEvents(); // an editor hands its value on then
+        QCOMPARE(kxTexts(model, clip(0)), QStringList({"30: Gone", "60: Close"}));
+        QCOMPARE(osg::living<osg::Node>(_view.cameraNodeId())->getNodeName(), std::string("Close"));
+        QCOMPARE(late->getNodeName(), std::string("Close"));
+        kxHistory::the().undo();
+        QCOMPARE(kxSceneFixture::bytes(), before);
+        // At rest the scene stands as it was made, and the clip plays as before.
+        auto* const rest = _panel->findChild<QAction*>("_restClipAction");
+        list()->setCurrentIndex(clip(2));
+        QVERIFY(!rest->isEnabled());
+        list()->setCurrentIndex(clip(0));
+        QVERIFY(rest->isEnabled() && !_panel->findChild<QAction*>("_deleteSceneryAction")->isEnabled());
+        rest->trigger();
+        kxAnimManager::the()->setCurrentFrame(36, true, false);
+        QVERIFY(!block->isActive() && F::transform(box)->getTranslation().x() == 0);
+        list()->setCurrentIndex(clip(1));
+        QVERIFY(!rest->isEnabled());
+        kxAnimManager::the()->evaluateByFrame(osg::AnimNodePtr::dcast(late->getParent()), 36, false, false, false);
+        QCOMPARE(F::transform(box)->getTranslation().x(), 4.5f); // the inner clip's
+        kxHistory::the().undo();
+        kxAnimManager::the()->setCurrentFrame(24, true, false);
+        QVERIFY(block->isActive() && kxSceneFixture::bytes() == before);
     }
 
     void stepsAreEditedInPlace()
