@@ -4,6 +4,7 @@
 #include <journal/kxJournal.h>
 #include <kernel/kxSelectCommand.h>
 #include <kxController.h>
+#include <kxLog.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
 #include <scene/kxScene.h>
@@ -272,13 +273,15 @@ bool kxHistory::undo()
         _stack->undo();
         return true;
     }
+    if (isHeldBack())
+        return false;
     flush();
     return index() > 0 && walk(false);
 }
 
 bool kxHistory::redo()
 {
-    if (_isWalking)
+    if (_isWalking || isHeldBack())
         return false;
     flush();
     return canRedo() && walk(true);
@@ -286,10 +289,21 @@ bool kxHistory::redo()
 
 void kxHistory::setIndex(int index)
 {
+    if (isHeldBack())
+        return;
     flush();
     const int aim = std::clamp(index, 0, count());
     while (!_isWalking && this->index() != aim && (aim < this->index() || canRedo()) && walk(aim > this->index()))
         continue;
+}
+
+bool kxHistory::isHeldBack() const
+{
+    const bool hasStep = _open && !_list.isEmpty() && !_list.back().steps.empty(); // which who drags hears of
+    const bool isHeld = kxUndoGesture::the().isDragging() && kxJournal::the().isPending() && !hasStep;
+    if (isHeld)
+        kxLog::warning(tr("Nothing is undone or redone while the mouse drags: let it go first."));
+    return isHeld;
 }
 
 bool kxHistory::walk(bool forward)

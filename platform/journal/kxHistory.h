@@ -39,8 +39,8 @@ public:
     QString undoText() const;
     QString redoText() const;
 
-    /// False where there is nothing. Within a script its own steps are taken back one by one, while nothing else was
-    /// done since.
+    /// False where there is nothing, or the mouse holds what it changes. Within a script its own steps are taken back
+    /// one by one, while nothing else was done since.
     bool undo();
     bool redo();
     void setIndex(int index);
@@ -111,6 +111,8 @@ private:
     void endRun();
     /// False where the entry is lost.
     bool walk(bool forward);
+    /// A drag goes on that has no step, and would write over what is taken back; that is said.
+    bool isHeldBack() const;
     void walkSteps(const Entry& entry, bool forward);
     void append(Entry entry);
     void closeTop();

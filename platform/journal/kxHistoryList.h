@@ -39,6 +39,7 @@ public:
     const Entry& told(std::size_t at) const;
     void tellAll() const;
     Entry& back() { return _entries.back(); }
+    const Entry& back() const { return _entries.back(); }
 
     /// Behind all others, as done. The oldest goes where there are too many.
     void append(Entry entry);

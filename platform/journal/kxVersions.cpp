@@ -6,8 +6,10 @@
 #include <journal/kxHistoryNotice.h>
 #include <journal/kxJournal.h>
 #include <journal/kxSceneReplacement.h>
+#include <kxController.h>
 #include <kxFramePlayer.h>
 #include <kxLog.h>
+#include <kxMessageNames.h>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -151,6 +153,8 @@ qint64 kxVersions::keepOpenScene(kxVersion version)
     const QString part = _store->temporary();
     if (part.isEmpty())
         return 0;
+    kxSend(kxMessageName::EndGlides);
+    kxHistory::the().settle();
     QElapsedTimer time;
     time.start();
     kxFileReport report(part);

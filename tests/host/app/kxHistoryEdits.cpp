@@ -238,7 +238,7 @@ bool kxHistoryEdits::barsRest(const QGraphicsScene* scene)
                         [](const QGraphicsItem* item) { return isBar(item) && item->zValue() == -9; });
 }
 
-bool kxHistoryEdits::dropBar(Chance& chance, double grip, int frames, int which)
+bool kxHistoryEdits::dropBar(Chance& chance, double grip, int frames, int which, const std::function<void()>& held)
 {
     auto* const view = widget<QGraphicsView>("_clipView");
     QTreeWidgetItem* const clip = choose("_clips", chance, 0);
@@ -262,6 +262,7 @@ bool kxHistoryEdits::dropBar(Chance& chance, double grip, int frames, int which)
         kxDragTo(port, view->mapFromScene(from + QPointF(frames * i / 4.0, 0)));
         QCoreApplication::processEvents(); // a drag lasts many turns
     }
+    held();
     kxRelease(port, view->mapFromScene(from + QPointF(frames, 0)));
     return true;
 }

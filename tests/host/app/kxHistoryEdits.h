@@ -74,8 +74,9 @@ std::vector<Edit> ofOneEntry();
 std::vector<Edit> ofAll(const QString& folder);
 
 /// A bar of the shown clip by the middle of its node, in pixels of the view; the drag goes by whole frames. One that
-/// was dropped on another still glides back then.
-bool dropBar(Chance& chance, double grip, int frames, int which = -1);
+/// was dropped on another still glides back then. `held` is called before the mouse is released.
+bool dropBar(
+    Chance& chance, double grip, int frames, int which = -1, const std::function<void()>& held = [] {});
 bool barsRest(const QGraphicsScene* scene);
 /// A line as at the prompt; `n` in it is any number.
 std::function<bool(Chance&)> line(const char* text);

@@ -131,6 +131,30 @@ private Q_SLOTS:
         QVERIFY(kxAnimManager::the()->getAnimAttachment(back)->getAnimationRoot()->getNChildren() == blocks + 1);
     }
 
+    /// Nothing is taken back from under the mouse, and no version holds a bar on its way back.
+    void aBarInTheHand()
+    {
+        Chance chance{QRandomGenerator(7)};
+        kxHistory& history = kxHistory::the();
+        history.flush();
+        const QByteArray before = bytes();
+        bool isRefused = false;
+        QVERIFY(dropBar(chance, 0.5, 100, 1, [&] { isRefused = !history.undo(); }));
+        turns();
+        const QByteArray after = bytes();
+        QVERIFY(isRefused && after != before);
+        QVERIFY(history.undo());
+        turns();
+        QVERIFY(bytes() == before);
+        QVERIFY(dropBar(chance, 0.5, -30, 1)); // onto the first
+        turns();
+        QString reason;
+        QVERIFY(!barsRest(widget<QGraphicsView>("_clipView")->scene()) && bytes() != before);
+        const qint64 version = kxVersions::the().keep(QString(), reason);
+        QFile file(kxVersions::the().store().file(version));
+        QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == before);
+    }
+
     /// What plays for a while is no change, and what the user does meanwhile is what is taken back.
     void aPreviewLeavesNoEntry()
     {
