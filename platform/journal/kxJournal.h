@@ -121,7 +121,7 @@ private:
     void sceneToBeSaved() override { Q_EMIT toBeSaved(); }
     void sceneToReplaceFile(const kxSceneOrigin& origin) override;
     void sceneSaved(const kxSceneOrigin& origin) override;
-    void takeScene(const kxSceneOrigin& origin);
+    void takeScene(const kxSceneOrigin& origin, bool isSaved = true);
     std::vector<osg::UInt32> takeOwners();
     void keepBaseRecords(const kxJournalBase& next);
     bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }

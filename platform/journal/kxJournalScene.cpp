@@ -91,7 +91,7 @@ void kxJournal::fail(bool isChanged)
     _lastLost = _lastNumber;
     Q_EMIT failed(why, isChanged);
     if (!isStore)
-        return takeScene(kxSceneOrigin());
+        return takeScene(kxSceneOrigin(), false); // until somebody says so: a crash may come before
     end();
     _hasFailed = true;
     if (!wasFailed)
@@ -125,7 +125,7 @@ std::vector<UInt32> kxJournal::takeOwners()
     return found;
 }
 
-void kxJournal::takeScene(const kxSceneOrigin& origin)
+void kxJournal::takeScene(const kxSceneOrigin& origin, bool isSaved)
 {
     _entries.clear();
     _takenBack.clear();
@@ -145,7 +145,7 @@ void kxJournal::takeScene(const kxSceneOrigin& origin)
     kxContainerForm::writeNumbers(out, tops);
     _store->setNote(kxJournalNote::Tops, topIds);
     noteSerial();
-    _store->setNote(kxJournalNote::Saved, QByteArray::number(_serial));
+    _store->setNote(kxJournalNote::Saved, isSaved ? QByteArray::number(_serial) : QByteArray());
     for (const UInt32 id : containers)
     {
         if (_base == nullptr || !_base->has(id))

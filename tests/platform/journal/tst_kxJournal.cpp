@@ -7,6 +7,7 @@
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
 #include <journal/kxRecordDelta.h>
+#include <journal/kxRecovery.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <QtTest>
@@ -199,6 +200,8 @@ private Q_SLOTS:
     void brokenBase()
     {
         QFETCH(const bool, isCut);
+        const QString database = _folder.filePath(QStringLiteral("broken%1").arg(isCut));
+        journal().start(database);
         const QString path = _folder.filePath(QStringLiteral("broken%1.kxs").arg(isCut));
         kxFileReport report(path);
         QVERIFY(kxSceneIO::save(path, report) && kxSceneIO::open(path, report));
@@ -221,6 +224,7 @@ private Q_SLOTS:
             QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(9), QFileDevice::FileModificationTime));
         file.close();
         QVERIFY(!history.undo() && !history.isSaved());
+        QVERIFY(kxRecovery(database).hasChanges());
         QCoreApplication::processEvents();
         QVERIFY(failed.count() == 1 && failed.front().front().toString().contains(file.fileName()));
         QVERIFY(history.count() == 0 && !history.isSaved() && savedBytes() == before);
