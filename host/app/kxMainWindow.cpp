@@ -2,6 +2,7 @@
 
 #include "kxCompareDialog.h"
 #include "kxFileDialogs.h"
+#include "kxFinishedClips.h"
 #include "kxGuideWindow.h"
 #include "kxHostSettings.h"
 #include "kxLogNotice.h"
@@ -121,6 +122,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _menus = new kxMainMenus(this);
     createDocks();
     _versionKeeper = new kxVersionKeeper(this);
+    _finishedClips = new kxFinishedClips(this);
     connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
     connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,
             [this](qint64 number) { _versionKeeper->saveAs(kxVersions::the().store(), number, _document->name()); });
@@ -415,6 +417,7 @@ void kxMainWindow::setUnattended(bool unattended)
     _unattended = unattended;
     _view->setUpdatesEnabled(!unattended);
     _versionKeeper->setUnattended(unattended);
+    _finishedClips->setUnattended(unattended);
 }
 
 bool kxMainWindow::saveScreenshot(const QString& file, QString& error)

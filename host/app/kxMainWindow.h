@@ -19,6 +19,7 @@ class kxSceneryActions;
 class kxSceneryPanel;
 class kxSceneryStage;
 class kxUndoPanel;
+class kxFinishedClips;
 class kxVersionKeeper;
 class kxVersionPanel;
 class kxView3D;
@@ -116,6 +117,7 @@ private:
     kxUndoPanel* _undo = nullptr;
     kxVersionPanel* _versions = nullptr;
     kxVersionKeeper* _versionKeeper = nullptr;
+    kxFinishedClips* _finishedClips = nullptr; // a child
     kxLogPanel* _log = nullptr;
     kxPythonConsole* _console = nullptr;
     kxPreferencesDialog* _preferences = nullptr; // made at first use

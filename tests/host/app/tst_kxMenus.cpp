@@ -6,8 +6,10 @@
 #include <journal/kxHistory.h>
 #include <journal/kxVersions.h>
 #include <kernel/kxLogModel.h>
+#include <kxAnimFixture.h>
 #include <kxAnswer.h>
 #include <kxIconManager.h>
+#include <kxPreferences.h>
 #include <kxShortcut.h>
 #include <panels/kxEmptyHint.h>
 #include <python/kxInterpreter.h>
@@ -245,6 +247,53 @@ private Q_SLOTS:
         QVERIFY(tree->topLevelItemCount() == 3);
         dialog->close();
         QTRY_VERIFY(dialog.isNull());
+    }
+
+    /// What the wizard has left on is asked about once it has finished, in words and as a setting.
+    void finishedClipsRest_data()
+    {
+        kxColumns<int, bool, QString, bool, int>("setting", "unattended", "button", "active", "settingAfter");
+        kxRow("asked", 0, false, "Rest", false, 0);
+        kxRow("asked, and always", 0, false, "Rest, always", false, 1);
+        kxRow("asked, and never", 0, false, "Leave On, always", true, 2);
+        kxRow("always", 1, false, "", false, 1);
+        kxRow("never", 2, false, "", true, 2);
+        kxRow("nobody there", 0, true, "", true, 0);
+    }
+
+    void finishedClipsRest()
+    {
+        QFETCH(QString, button);
+        typedef kxAnimFixture F;
+        QFETCH(int, setting);
+        QFETCH(bool, unattended);
+        kxPreferences::getData().set("film.finishedClips", setting);
+        const osg::AnimNodePtr old =
+            F::added(F::object("Old"), F::block("Old", {F::curve("translation", "X", {{0, 1}})}));
+        F::added(F::clip("Old", {F::clone(old, 0)}));
+        _window->setUnattended(unattended);
+        QWizard wizard;
+        wizard.show();
+        const osg::AnimNodePtr made =
+            F::added(F::object("New"), F::block("New", {F::curve("translation", "X", {{0, 1}})}));
+        F::added(F::clip("New", {F::clone(made, 0)}));
+        wizard.accept();
+        QCoreApplication::processEvents();
+        _window->setUnattended(true);
+        auto* const box = _window->findChild<QMessageBox*>("_clipFinished");
+        QCOMPARE(box != nullptr, !button.isEmpty());
+        if (box != nullptr)
+        {
+            QVERIFY(box->text().contains("\"New\""));
+            box->checkBox()->setChecked(button.contains("always"));
+            for (QAbstractButton* const each : box->buttons())
+                if (button.startsWith(each->text().remove('&')))
+                    each->click();
+        }
+        QVERIFY(old->isActive());
+        QTEST(made->isActive(), "active");
+        QTEST(boost::any_cast<int>(kxPreferences::getData().get("film.finishedClips")), "settingAfter");
+        kxPreferences::getData().set("film.finishedClips", 0);
     }
 
     void versionsComeBack()

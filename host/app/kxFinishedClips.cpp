@@ -1,0 +1,126 @@
+#include "kxFinishedClips.h"
+
+#include "kxRenderSource.h"
+
+#include <edits/kxSceneryEdits.h>
+#include <osg/FieldContainerFactory.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QFormLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QWizard>
+
+namespace
+{
+constexpr const char Key[] = "film.finishedClips";
+} // namespace
+
+kxFinishedClips::kxFinishedClips(QWidget* window)
+    : QObject(window), kxPreferences(QString(), tr("Film")), _window(window), _page(new QWidget)
+{
+    auto* const form = new QFormLayout(_page);
+    _choice = new QComboBox;
+    _choice->setObjectName(QStringLiteral("_finishedClips"));
+    _choice->addItems({tr("Ask"), tr("Switch them off (Rest)"), tr("Leave them on")});
+    form->addRow(tr("Blocks of the wizard's clips"), _choice);
+    auto* const note = new QLabel(tr("The wizard leaves the blocks that it made switched on. Its clip plays them, and "
+                                     "without it they move their objects at the timeline's frames. At rest the scene "
+                                     "stands as it was made to stand."));
+    note->setWordWrap(true);
+    form->addRow(note);
+    addPreferencesGUI(_page);
+    qApp->installEventFilter(this);
+}
+
+kxFinishedClips::~kxFinishedClips()
+{
+    getData().remove(Key);
+    subPreferencesGUI(_page);
+    delete _page;
+}
+
+bool kxFinishedClips::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* const wizard =
+        event->type() == QEvent::Show && !event->spontaneous() ? qobject_cast<QWizard*>(watched) : nullptr;
+    if (wizard == nullptr)
+        return false;
+    _before.clear();
+    for (const kxRenderSource::Clip& clip : kxRenderSource::clips())
+        _before.insert(clip.node.getFieldContainerId());
+    // The clip is made by others who hear of it first.
+    connect(wizard, &QDialog::accepted, this, &kxFinishedClips::finished,
+            Qt::ConnectionType(Qt::QueuedConnection | Qt::UniqueConnection));
+    return false;
+}
+
+void kxFinishedClips::finished()
+{
+    for (const kxRenderSource::Clip& clip : kxRenderSource::clips())
+    {
+        if (_before.count(clip.node.getFieldContainerId()) != 0 || kxSceneryEdits::restless(clip.node).empty())
+            continue;
+        if (answer() == Rest)
+            kxSceneryEdits::rest(clip.node);
+        else if (answer() == Ask && !_isUnattended)
+            ask(clip.node.getFieldContainerId());
+        return; // one that holds the others comes first
+    }
+}
+
+void kxFinishedClips::ask(unsigned int clipId)
+{
+    const auto clip = osg::living<osg::AnimNode>(clipId);
+    auto* const box = new QMessageBox(QMessageBox::Question, tr("Clip Finished"),
+                                      tr("The clip \"%1\" is made. The blocks that it plays are on in the timeline "
+                                         "too, and move their objects there.\n\n"
+                                         "Switch them off, so that the scene stands as it was made to stand?")
+                                          .arg(QString::fromStdString(clip->getNodeName())),
+                                      QMessageBox::NoButton, _window);
+    box->setObjectName(QStringLiteral("_clipFinished"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* const rest = box->addButton(tr("Rest"), QMessageBox::AcceptRole);
+    box->addButton(tr("Leave On"), QMessageBox::RejectRole);
+    box->setDefaultButton(rest);
+    auto* const always = new QCheckBox(tr("Always, without asking (Settings > Film)"));
+    box->setCheckBox(always);
+    connect(box, &QMessageBox::buttonClicked, this,
+            [clipId, rest, always](QAbstractButton* button)
+            {
+                if (button == rest)
+                    kxSceneryEdits::rest(osg::living<osg::AnimNode>(clipId));
+                if (always->isChecked())
+                    getData().set(Key, int(button == rest ? Rest : Leave), true);
+            });
+    box->setModal(false);
+    box->show();
+}
+
+kxFinishedClips::Answer kxFinishedClips::answer()
+{
+    const boost::any value = getData().get(Key);
+    const int* const stored = boost::any_cast<int>(&value);
+    return stored == nullptr || *stored < Ask || *stored > Leave ? Ask : Answer(*stored);
+}
+
+void kxFinishedClips::preferencesSetDefaults(bool overwrite)
+{
+    getData().set(Key, int(Ask), overwrite);
+}
+
+void kxFinishedClips::preferencesToGUI()
+{
+    if (_page != nullptr)
+        _choice->setCurrentIndex(answer());
+}
+
+void kxFinishedClips::preferencesFromGUI()
+{
+    if (_page != nullptr)
+        getData().set(Key, _choice->currentIndex());
+}
