@@ -78,16 +78,18 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
         execute("PRAGMA cell_size_check=ON");
         return;
     }
+    execute(
+        "PRAGMA synchronous=OFF"); // an empty one needn't outlive a power cut, and the start doesn't wait for the disk
     execute(("PRAGMA page_size=" + QByteArray::number(PageSize)).constData());
     execute("PRAGMA auto_vacuum=INCREMENTAL");
     execute("PRAGMA journal_mode=WAL");
     execute("PRAGMA journal_size_limit=33554432"); // of the log when it starts anew; cutting it off waits for the disk
-    execute("PRAGMA synchronous=NORMAL");          // what was committed outlives the process, though not a power cut
     execute("CREATE TABLE IF NOT EXISTS latest (id INTEGER PRIMARY KEY, sum INTEGER NOT NULL, stamp INTEGER NOT NULL, "
             "record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS change (key INTEGER PRIMARY KEY, present INTEGER NOT NULL, record BLOB)");
     execute("CREATE TABLE IF NOT EXISTS note (name BLOB PRIMARY KEY, sum INTEGER NOT NULL, stamp INTEGER NOT NULL, "
             "value BLOB)");
+    execute("PRAGMA synchronous=NORMAL"); // what was committed outlives the process, though not a power cut
     _stamp = stamp();
     hearOfLog();
 }
