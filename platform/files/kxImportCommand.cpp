@@ -1,5 +1,6 @@
 #include <files/kxImportCommand.h>
 
+#include <animation/kxTimeRescale.h>
 #include <files/scene/kxSceneMessages.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -25,8 +26,8 @@ void deselectBelow(const NodePtr& group)
 }
 } // namespace
 
-kxImportCommand::kxImportCommand(const QString& text, const NodePtr& group, const kxSceneContent& content)
-    : kxCommand(text), _group(group), _materials(content.materials)
+kxImportCommand::kxImportCommand(const QString& text, const NodePtr& group, const kxSceneContent& content, double rate)
+    : kxCommand(text), _group(group), _materials(content.materials), _rate(rate)
 {
     for (UInt32 i = 0; content.clips && i < content.clips->getNChildren(); ++i)
         _clips.emplace_back(AnimNodePtr::dcast(content.clips->getChild(i)));
@@ -40,6 +41,13 @@ void kxImportCommand::apply(bool forward)
     { forward ? parent->addChild(child) : parent->subChild(child); };
     if (!forward)
         deselectBelow(_group);
+    if (_rate > 0)
+    {
+        const kxTimeRescale::Pause pause; // what comes has its times at its own rate, and there is nothing else
+        const double before = kxAnimManager::the()->fps();
+        kxAnimManager::the()->setFPS(_rate);
+        _rate = before;
+    }
     const NodePtr root = kxScene::the()->root(), clips = kxAnimManager::the()->clipStructureRoot(),
                   scenery = kxScene::the()->sceneryRoot();
     put(root, _group);

@@ -10,8 +10,8 @@
 class kxImportCommand : public kxCommand
 {
 public:
-    /// `group` is the node that the content is under.
-    kxImportCommand(const QString& text, const osg::NodePtr& group, const kxSceneContent& content);
+    /// `group` is the node that the content is under. `rate`: frames a second that the scene takes over, 0 for none.
+    kxImportCommand(const QString& text, const osg::NodePtr& group, const kxSceneContent& content, double rate);
 
     /// Each import is a step of its own.
     bool canMergeWith(const QUndoCommand*) const override { return false; }
@@ -23,4 +23,5 @@ private:
     std::vector<osg::Share<osg::Material>> _materials;
     std::vector<osg::Share<osg::AnimNode>> _clips;
     std::vector<osg::Share<osg::Node>> _scenery;
+    double _rate; ///< of the scene when this is walked over next; 0 leaves it
 };

@@ -299,6 +299,29 @@ void clearScene()
     kxUndoStack::get(0).stack()->clear(); // what the tools set up for the new scene is no step
 }
 
+void tellRate(double rate, kxFileReport& report)
+{
+    report.tell(QStringLiteral("the scene takes its frame rate, %1 frames a second").arg(rate));
+}
+
+/// The rate that an import brings into a scene with nothing in it; 0 where there is none.
+double rateForScene(double rate, kxFileReport& report)
+{
+    const kxAnimManager* const manager = kxAnimManager::the();
+    if (rate <= 0 || rate == manager->fps())
+        return 0;
+    if (kxScene::the()->root()->getNChildren() == 0 && kxScene::the()->materials().empty() &&
+        manager->clipStructureRoot()->getNChildren() == 0)
+    {
+        tellRate(rate, report);
+        return rate;
+    }
+    report.tell(QStringLiteral("its frame rate is %1, the scene's stays %2: keys keep their seconds")
+                    .arg(rate)
+                    .arg(manager->fps()));
+    return 0;
+}
+
 /// Puts what was read into the empty scene. `isOurs`: a foreign file brings no top of its own.
 void place(const kxSceneContent& content, bool isOurs)
 {
@@ -341,6 +364,11 @@ void show(const kxSceneContent& content, bool isOurs, kxFileReport& report)
         const kxTimeRescale::Pause pause;
         clearScene();
         kxSceneTiming::apply(content.animation);
+        if (content.frameRate > 0)
+        {
+            kxAnimManager::the()->setFPS(content.frameRate);
+            tellRate(content.frameRate, report);
+        }
     }
     place(content, isOurs);
 
@@ -406,7 +434,7 @@ bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
         group->addAttachment(attachment);
     moveChildren(content.root.get(), group);
     const QString text = kxUndoString(QStringLiteral("Import"), QStringLiteral("File"));
-    kxUndoStack::get(0).add(new kxImportCommand(text, group, content));
+    kxUndoStack::get(0).add(new kxImportCommand(text, group, content, rateForScene(content.frameRate, report)));
     return true;
 }
 

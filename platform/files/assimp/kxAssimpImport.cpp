@@ -2,6 +2,7 @@
 
 #include <files/assimp/kxAssimpMeshes.h>
 #include <files/assimp/kxAssimpPivots.h>
+#include <files/assimp/kxAssimpUnits.h>
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxMemoryLimit.h>
 #include <kxAnimManager.h>
@@ -17,6 +18,7 @@
 #include <assimp/postprocess.h>
 #include <cmath>
 #include <exception>
+#include <memory>
 
 using namespace osg;
 
@@ -309,9 +311,10 @@ private:
         kxAnimImport::Channel channel;
         channel.target = target;
         channel.path = kxAnimImport::Path::Rotation;
+        const aiQuaternion missing = kxAssimpPivots::missingTurn(_scene, source.mNodeName.C_Str());
         for (unsigned i = 0; i < source.mNumRotationKeys; ++i)
         {
-            const aiQuaternion& q = source.mRotationKeys[i].mValue;
+            const aiQuaternion q = source.mRotationKeys[i].mValue * missing;
             channel.times.push_back(float(source.mRotationKeys[i].mTime / rate));
             channel.values.insert(channel.values.end(), {q.x, q.y, q.z, q.w});
         }
@@ -327,6 +330,20 @@ private:
     std::map<std::string, NodePtr> _nodes; // the first of each name
     std::set<std::string> _animated;       // names of nodes
 };
+
+/// Lengths become metres, those of all other formats that the application reads.
+bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSceneContent& content,
+               kxFileReport& report)
+{
+    const double metres = kxAssimpUnits::metres(*scene);
+    if (metres != 1)
+    {
+        kxAssimpUnits::scale(*scene, float(metres));
+        report.tell(QStringLiteral("a unit of the file is %1 m: all lengths were multiplied by that").arg(metres));
+    }
+    content.frameRate = kxAssimpUnits::frameRate(*scene);
+    return Reader(*scene, path, content, report).read();
+}
 } // namespace
 
 bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileReport& report)
@@ -341,15 +358,14 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
         importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-        const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), Steps);
-        if (scene == nullptr)
+        if (importer.ReadFile(path.toUtf8().constData(), Steps) == nullptr)
         {
             const QString reason = QString::fromUtf8(importer.GetErrorString());
             return report.fail(reason.contains(QLatin1String("bad_alloc"))
                                    ? QStringLiteral("the file claims more than it can hold")
                                    : reason);
         }
-        return Reader(*scene, path, content, report).read();
+        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, content, report);
     }
     catch (const std::exception& e)
     {

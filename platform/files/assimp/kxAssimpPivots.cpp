@@ -1,8 +1,13 @@
 #include <files/assimp/kxAssimpPivots.h>
 
+namespace
+{
+constexpr char Mark[] = "_$AssimpFbx$_";
+}
+
 bool kxAssimpPivots::isHelper(const aiNode& node)
 {
-    return std::string(node.mName.C_Str()).find("_$AssimpFbx$_") != std::string::npos;
+    return std::string(node.mName.C_Str()).find(Mark) != std::string::npos;
 }
 
 kxAssimpPivots kxAssimpPivots::below(const aiNode& top, const std::set<std::string>& animated)
@@ -19,4 +24,13 @@ kxAssimpPivots kxAssimpPivots::below(const aiNode& top, const std::set<std::stri
     pivots.matrix = pivots.matrix * at->mTransformation;
     pivots.merges = true;
     return pivots;
+}
+
+aiQuaternion kxAssimpPivots::missingTurn(const aiScene& scene, const std::string& node)
+{
+    const aiNode* const last = scene.mRootNode->FindNode((node + Mark + "PostRotation").c_str());
+    if (last == nullptr)
+        return aiQuaternion();
+    const aiQuaternion inverse{aiMatrix3x3(last->mTransformation)};
+    return inverse * inverse;
 }

@@ -18,4 +18,7 @@ struct kxAssimpPivots
     static bool isHelper(const aiNode& node);
     /// The chain that starts at a helper; `animated` names the nodes that move.
     static kxAssimpPivots below(const aiNode& top, const std::set<std::string>& animated);
+    /// What the keys of a node's rotation lack behind them. Assimp appends the turn that ends the chain where it has to
+    /// append its inverse, as it does for a node at rest.
+    static aiQuaternion missingTurn(const aiScene& scene, const std::string& node);
 };

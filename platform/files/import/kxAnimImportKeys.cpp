@@ -20,15 +20,16 @@ using kxAnimImport::Key;
 using kxAnimImport::Path;
 
 constexpr float Radians = 0.01745329251994329577f;
-/// How far, in degrees, straight lines of angles may lie off the way of a rotation.
-constexpr float Tolerance = 2.0f;
-constexpr int MostHalvings = 6;
+/// How far, in degrees, the angles between two keys may lie off the way of a rotation where that is compared.
+constexpr double Tolerance = 0.05;
+constexpr int Compared = 7; ///< times between two keys
+constexpr int MostHalvings = 12;
 
-/// One key of a rotation.
+/// One key of a rotation, as the file has it.
 struct Turn
 {
     float time;
-    QQuaternion rotation;
+    QQuaternion rotation; ///< of any length
     QQuaternion inTangent, outTangent;
 };
 
@@ -82,11 +83,11 @@ QQuaternion quaternion(const Vec3f& degrees)
     return QQuaternion(w, x, y, z);
 }
 
-/// The angle between two rotations in degrees.
-float angleBetween(const QQuaternion& a, const QQuaternion& b)
+/// The angle between two rotations of unit length in degrees.
+double angleBetween(const QQuaternion& a, const QQuaternion& b)
 {
-    const float cosine = std::min(1.0f, std::abs(QQuaternion::dotProduct(a.normalized(), b.normalized())));
-    return 2.0f * std::acos(cosine) / Radians;
+    const QQuaternion turn = a.conjugated() * b;
+    return 2.0 * std::atan2(double(turn.vector().length()), std::abs(double(turn.scalar()))) / double(Radians);
 }
 
 /// Change of the Euler angles in a second where the quaternion `q` of unit length changes by `change`.
@@ -106,12 +107,14 @@ std::array<float, 3> eulerChange(const QQuaternion& q, const QQuaternion& change
 
 Key keyOf(const Turn& turn, const Vec3f& nearest)
 {
-    const Vec3f angles = euler(turn.rotation, nearest);
+    const float length = turn.rotation.length();
+    const QQuaternion rotation = turn.rotation / length;
+    const Vec3f angles = euler(rotation, nearest);
     Key key;
     key.time = turn.time;
     key.value = {angles[0], angles[1], angles[2]};
-    key.inTangent = eulerChange(turn.rotation, turn.inTangent, angles);
-    key.outTangent = eulerChange(turn.rotation, turn.outTangent, angles);
+    key.inTangent = eulerChange(rotation, turn.inTangent / length, angles);
+    key.outTangent = eulerChange(rotation, turn.outTangent / length, angles);
     return key;
 }
 
@@ -120,23 +123,78 @@ Vec3f valueOf(const Key& key)
     return Vec3f(key.value[0], key.value[1], key.value[2]);
 }
 
-/// Appends the way from the last key of `keys`, where `from` is, to `to`, without `from`.
-void appendWay(const Turn& from, const Turn& to, int halvings, std::vector<Key>& keys)
+/// What the format means between two keys of a rotation, and what becomes of it.
+class Way
 {
-    const Vec3f start = valueOf(keys.back());
-    const Key end = keyOf(to, start);
-    const float time = from.time + 0.5f * (to.time - from.time);
-    const Vec3f middle = (start + valueOf(end)) * 0.5f;
-    const QQuaternion onWay = QQuaternion::slerp(from.rotation, to.rotation, 0.5f);
-    if (halvings > 0 && time > from.time && time < to.time && angleBetween(quaternion(middle), onWay) > Tolerance)
+public:
+    Way(const Turn& from, const Turn& to, Interpolation interpolation)
+        : _from(from), _to(to), _interpolation(interpolation)
     {
-        const Turn half{time, onWay, QQuaternion(0, 0, 0, 0), QQuaternion(0, 0, 0, 0)};
-        appendWay(from, half, halvings - 1, keys);
-        appendWay(half, to, halvings - 1, keys);
     }
-    else
-        keys.push_back(end);
-}
+
+    /// Appends the keys of the part from `start`, where the last of `keys` is, to `end`, without the former; both are
+    /// fractions of the way. Keys are added until the angles stay on the way.
+    void append(float start, float end, int halvings, std::vector<Key>& keys) const
+    {
+        const Turn last = at(end);
+        const Key key = keyOf(last, valueOf(keys.back()));
+        const float middle = 0.5f * (start + end), time = timeAt(middle);
+        if (halvings > 0 && time > keys.back().time && time < key.time && !holds(start, end, keys.back(), key))
+        {
+            append(start, middle, halvings - 1, keys);
+            append(middle, end, halvings - 1, keys);
+        }
+        else
+            keys.push_back(key);
+    }
+
+private:
+    float timeAt(float fraction) const { return _from.time + fraction * (_to.time - _from.time); }
+
+    Turn at(float t) const
+    {
+        if (t >= 1)
+            return _to;
+        if (_interpolation != Interpolation::CubicSpline)
+            return Turn{timeAt(t), QQuaternion::slerp(_from.rotation.normalized(), _to.rotation.normalized(), t),
+                        QQuaternion(0, 0, 0, 0), QQuaternion(0, 0, 0, 0)};
+        const float seconds = _to.time - _from.time, t2 = t * t, t3 = t2 * t;
+        const QQuaternion rotation = _from.rotation * (2 * t3 - 3 * t2 + 1) + _to.rotation * (3 * t2 - 2 * t3) +
+                                     _from.outTangent * (seconds * (t3 - 2 * t2 + t)) +
+                                     _to.inTangent * (seconds * (t3 - t2));
+        const QQuaternion change = (_to.rotation - _from.rotation) * (6 * (t - t2) / seconds) +
+                                   _from.outTangent * (3 * t2 - 4 * t + 1) + _to.inTangent * (3 * t2 - 2 * t);
+        return Turn{timeAt(t), rotation, change, change};
+    }
+
+    /// True where the angles between two keys are those of the way.
+    bool holds(float start, float end, const Key& first, const Key& last) const
+    {
+        for (int i = 1; i <= Compared; ++i)
+        {
+            const float t = float(i) / (Compared + 1);
+            if (angleBetween(quaternion(between(first, last, t)), at(start + t * (end - start)).rotation.normalized()) >
+                Tolerance)
+                return false;
+        }
+        return true;
+    }
+
+    /// What curves through the keys give.
+    Vec3f between(const Key& first, const Key& last, float t) const
+    {
+        const float t2 = t * t, t3 = t2 * t, seconds = last.time - first.time;
+        Vec3f angles = valueOf(first) * (1 - t) + valueOf(last) * t;
+        for (std::size_t i = 0; i < 3 && _interpolation == Interpolation::CubicSpline; ++i)
+            angles[i] = (2 * t3 - 3 * t2 + 1) * first.value[i] + (3 * t2 - 2 * t3) * last.value[i] +
+                        seconds * ((t3 - 2 * t2 + t) * first.outTangent[i] + (t3 - t2) * last.inTangent[i]);
+        return angles;
+    }
+
+    const Turn& _from;
+    const Turn& _to;
+    Interpolation _interpolation;
+};
 
 QQuaternion quaternionAt(const std::vector<float>& values, std::size_t index)
 {
@@ -152,14 +210,13 @@ std::vector<Key> rotationKeys(const Channel& channel, const std::array<float, 3>
     for (const std::size_t i : usableKeys(channel, 4, what, report))
     {
         const QQuaternion rotation = quaternionAt(channel.values, i);
-        const float length = rotation.length();
-        if (!(length > 1e-6f))
+        if (!(rotation.length() > 1e-6f))
         {
             report.note(QStringLiteral("%1: rotations of no direction are left out").arg(what));
             continue;
         }
-        turns.push_back(Turn{channel.times[i], rotation / length, quaternionAt(channel.inTangents, i) / length,
-                             quaternionAt(channel.outTangents, i) / length});
+        turns.push_back(Turn{channel.times[i], rotation, quaternionAt(channel.inTangents, i),
+                             quaternionAt(channel.outTangents, i)});
     }
     std::vector<Key> keys;
     for (std::size_t i = 0; i < turns.size(); ++i)
@@ -167,7 +224,8 @@ std::vector<Key> rotationKeys(const Channel& channel, const std::array<float, 3>
         if (i == 0)
             keys.push_back(keyOf(turns[i], Vec3f(nearest[0], nearest[1], nearest[2])));
         else
-            appendWay(turns[i - 1], turns[i], channel.interpolation == Interpolation::Linear ? MostHalvings : 0, keys);
+            Way(turns[i - 1], turns[i], channel.interpolation)
+                .append(0, 1, channel.interpolation == Interpolation::Step ? 0 : MostHalvings, keys);
     }
     if (keys.size() > turns.size())
         report.note(QStringLiteral("%1: keys were added so that the rotation stays on its way (%2)")

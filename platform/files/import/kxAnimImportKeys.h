@@ -21,8 +21,8 @@ struct Key
 };
 
 /// In order of time, each time once, all finite; what had to go is noted under `what`. Rotations become Euler angles
-/// that start near `nearest` and take the short way from key to key; between linear keys that lie so far apart that
-/// straight lines of angles would leave the way, keys on the way are added.
+/// that start near `nearest` and take the short way from key to key; where the angles between keys would leave the way
+/// that the format means, keys on the way are added.
 std::vector<Key> keysOf(const Channel& channel, const std::array<float, 3>& nearest, const QString& what,
                         kxFileReport& report);
 } // namespace kxAnimImport

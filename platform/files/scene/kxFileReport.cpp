@@ -52,6 +52,8 @@ void kxFileReport::log() const
         else
             kxLog::info(QStringLiteral("Imported '%1': %2").arg(name, _summary));
     }
+    for (const QString& line : _told)
+        kxLog::info(QStringLiteral("'%1': %2").arg(_file, line));
     for (const QString& line : _notes)
         kxLog::warning(QStringLiteral("'%1': %2").arg(_file, line));
     if (_unlisted > 0)

@@ -27,10 +27,13 @@ public:
     /// With the reason why the file couldn't be read or written.
     bool fail(const QFileDevice& file);
     void note(const QString& line);
+    /// What was done that is no fault of the file.
+    void tell(const QString& line) { _told.append(line); }
+    const QStringList& told() const { return _told; }
     /// What was read, in one line; `opened` where it takes the place of the scene before.
     void setSummary(const QString& line, bool opened);
     const QString& summary() const { return _summary; }
-    /// Writes the summary, the notes and the reason to the log.
+    /// Writes the summary, what was told and noted, and the reason to the log.
     void log() const;
 
 private:
@@ -39,6 +42,7 @@ private:
     QString _file;
     QString _error;
     QStringList _notes;
+    QStringList _told;
     QString _summary;
     bool _opened = false;
     int _unlisted = 0; ///< notes beyond MostNotes

@@ -24,6 +24,7 @@ struct KX_API kxSceneContent
     std::map<std::string, double> animation;          ///< see kxSceneTiming
     /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.
     float animationStart = 0, animationEnd = 0;
+    double frameRate = 0; ///< of a file of another program; 0 where it doesn't say
 
     /// The file, where it was read as it is and is one of ours.
     kxSceneOrigin origin;

@@ -8,8 +8,10 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QUndoStack>
 #include <QtTest>
 #include <kxTable.h>
+#include <kxUndo.h>
 
 #include <set>
 
@@ -71,17 +73,25 @@ class tst_kxImport : public QObject
 private Q_SLOTS:
     void init() { kxSceneIO::newScene(); }
 
-    /// The library leaves the steps of a node above it, and makes one animation of all of them.
+    /// The library leaves the steps of a node above it, and makes one animation of all of them. Lengths come in metres,
+    /// frames at the file's rate.
     void helpersOfFbxMerge()
     {
         const QByteArray text = R"(; FBX 7.4.0 project file
 FBXHeaderExtension: { FBXVersion: 7400
+}
+GlobalSettings: {
+    Properties70: {
+        P: "UnitScaleFactor", "double", "Number", "",20
+        P: "TimeMode", "enum", "", "",10
+    }
 }
 Objects: {
     Model: 1, "Model::wheel", "Null" {
         Properties70: {
             P: "RotationActive", "bool", "", "",1
             P: "PreRotation", "Vector3D", "Vector", "",0,0,90
+            P: "PostRotation", "Vector3D", "Vector", "",0,40,0
             P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
             P: "Lcl Rotation", "Lcl Rotation", "", "A",20,0,0
         }
@@ -116,19 +126,37 @@ Connections: {
         const auto turned = [](double degrees)
         {
             QMatrix4x4 matrix;
-            matrix.translate(1, 2, 3);
+            matrix.translate(0.2f, 0.4f, 0.6f);
             matrix.rotate(90, 0, 0, 1);
             matrix.rotate(float(degrees), 1, 0, 0);
+            matrix.rotate(-40, 0, 1, 0); // what comes last is taken back
             return matrix;
         };
+        QCOMPARE(kxAnimManager::the()->fps(), 25.0);
+        QVERIFY2(report.told().join(' ').contains("0.2 m"), qPrintable(report.told().join(' ')));
         for (const double seconds : {0.0, 0.5, 1.0})
         {
             kxAnimManager::the()->setCurrentFrame(seconds * kxAnimManager::the()->fps(), true, false);
             for (const QVector3D& point : {QVector3D(1, 0, 0), QVector3D(0, 1, 0)})
             {
                 const QVector3D off = kxSceneMath::worldMatrix(wheel).map(point) - turned(20 + 30 * seconds).map(point);
-                QVERIFY2(off.length() < 0.02f, qPrintable(QString::number(seconds)));
+                QVERIFY2(off.length() < 0.002f, qPrintable(QString::number(seconds)));
             }
+        }
+        // What is there keeps its rate, nothing takes the file's, until that is undone.
+        for (const bool empty : {false, true})
+        {
+            if (empty)
+                kxSceneIO::newScene();
+            kxAnimManager::the()->setFPS(50);
+            kxFileReport imported(path);
+            QVERIFY(kxSceneIO::importFile(path, imported));
+            QCOMPARE(kxAnimManager::the()->fps(), empty ? 25.0 : 50.0);
+            QVERIFY(imported.told().join(' ').contains(empty ? "takes its frame rate, 25" : "stays 50"));
+            QCOMPARE(curvesOf(blocksOf(nodeNamed("wheel")).front()).at("rotation.X")->getControlPoints().back().x(),
+                     1.0f);
+            kxUndoStack::get(0).stack()->undo();
+            QCOMPARE(kxAnimManager::the()->fps(), 50.0);
         }
     }
 
@@ -155,8 +183,54 @@ Connections: {
         // At a third of the way, by the format's own formula (Hermite).
         QVERIFY(std::abs(double(kxCurveEvaluation::value(*y, 2.0)) - 60.0 / 27) < 1e-5);
         const AnimCurvePtr z = curves.at("rotation.Z");
-        QVERIFY(std::abs(z->getControlPoints(1).y() - 90) < 1e-3f);
-        QVERIFY(std::abs(z->getControlPoints(0).outY() - 60) < 1e-3f);
+        QVERIFY(std::abs(z->getControlPoints().back().y() - 90) < 1e-3f);
+        QVERIFY(std::abs(z->getControlPoints(0).outY() / z->getControlPoints(0).outX() - 60) < 1e-3f);
+    }
+
+    /// Between keys too, where angles are no straight lines: far turns about a slanted axis, through the pole, and
+    /// splines whose values aren't of unit length.
+    void rotationsStayOnTheirWay()
+    {
+        const auto turn = [](float degrees, float x, float y, float z)
+        { return QQuaternion::fromAxisAndAngle(QVector3D(x, y, z), degrees); };
+        const std::vector<QQuaternion> turns = {turn(20, 1, 2, 3), turn(150, 3, -1, 1), turn(85, 0, 1, 0.02f),
+                                                turn(170, -1, 1, 2) * 0.8f};
+        const QQuaternion slope(-0.3f, 1.1f, 0.7f, -0.9f);
+        const std::vector<float> times = {1, 1.5f, 4, 4.75f};
+        for (const bool spline : {false, true})
+        {
+            std::vector<float> values;
+            const auto add = [&values](const QQuaternion& q) {
+                values.insert(values.end(), {q.x(), q.y(), q.z(), q.scalar()});
+            };
+            for (const QQuaternion& q : turns)
+            {
+                if (spline)
+                    add(slope * 0.5f);
+                add(q);
+                if (spline)
+                    add(slope);
+            }
+            AnimatedFile file;
+            file.add("rotation", spline ? "CUBICSPLINE" : "LINEAR", times, values);
+            QString notes;
+            QVERIFY2(open(file.json(), &notes), qPrintable(notes));
+            double worst = 0;
+            for (std::size_t k = 0; k + 1 < times.size(); ++k)
+                for (int i = 0; i < 1000; ++i)
+                {
+                    const float t = float(i) / 1000, d = times[k + 1] - times[k], t2 = t * t, t3 = t2 * t;
+                    const QQuaternion meant =
+                        spline ? turns[k] * (2 * t3 - 3 * t2 + 1) + turns[k + 1] * (3 * t2 - 2 * t3) +
+                                     slope * (d * (t3 - 2 * t2 + t)) + slope * (0.5f * d * (t3 - t2))
+                               : QQuaternion::slerp(turns[k].normalized(), turns[k + 1].normalized(), t);
+                    const double seconds = double(times[k]) + double(t) * double(d);
+                    worst = std::max(
+                        worst, angleBetween(quaternionOf(valueAt(block(), "rotation", seconds)), meant.normalized()));
+                }
+            QVERIFY2(worst < 0.1, qPrintable(QString::number(worst)));
+            QVERIFY(curvesOf(block()).at("rotation.X")->getControlPoints().size() < 300u);
+        }
     }
 
     void brokenKeysAreMended()
