@@ -1,9 +1,11 @@
 #include "kxBatch.h"
 
 #include "kxApplication.h"
+#include "kxInterrupt.h"
 #include "kxLeftover.h"
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
+#include "kxRenderProgress.h"
 #include "kxSession.h"
 
 #include <files/kxSceneIO.h>
@@ -82,14 +84,12 @@ bool kxBatch::exportScene()
 
 bool kxBatch::render()
 {
-    if (_line.render.isEmpty())
+    if (!_line.writesFilms())
         return true;
     kxRenderSource source;
-    if (!findSource(source))
-        return false;
     kxRenderJob job;
     QString error;
-    if (!job.camera.setName(_line.camera, error))
+    if (!source.setName(_line.clip, error) || !job.camera.setName(_line.camera, error))
         return failed(error);
     // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours, or of a script's,
     // counts. Without one, and for models whose cameras mean something else, the whole scene is framed.
@@ -98,6 +98,14 @@ bool kxBatch::render()
     else if (const osg::NodePtr camera = kxRenderCamera::firstCamera();
              camera != osg::NullFC && (_line.scene.isEmpty() || kxSceneIO::isSceneFile(_line.scene)))
         job.camera.chosen = [camera](float aspect) { return kxViewCamera::fromNode(camera, aspect); };
+    job.transparent = _line.transparent;
+    return (_line.render.isEmpty() || renderPictures(job, source)) &&
+           (_line.movie.isEmpty() || renderMovie(job, source));
+}
+
+bool kxBatch::renderPictures(kxRenderJob& job, const kxRenderSource& source)
+{
+    QString error;
     job.progress = [](int, const QString& file)
     {
         wrote(file);
@@ -106,7 +114,7 @@ bool kxBatch::render()
     const QSize size = _line.size.value_or(PictureSize);
     if (_line.frames)
         job.renderFrames(_line.render, source, {_line.frames->first, _line.frames->last}, size, error);
-    else if (!_line.clip.isEmpty())
+    else if (_line.allFrames || !_line.clip.isEmpty())
         job.renderFrames(_line.render, source, source.range(), size, error);
     else
     {
@@ -117,26 +125,25 @@ bool kxBatch::render()
     return error.isEmpty() || failed(error);
 }
 
-bool kxBatch::findSource(kxRenderSource& source) const
+bool kxBatch::renderMovie(kxRenderJob& job, const kxRenderSource& source)
 {
-    if (_line.clip.isEmpty())
-        return true;
-    QStringList names;
-    for (const kxRenderSource::Clip& clip : kxRenderSource::clips())
+    const kxRenderSource::Range range =
+        _line.frames ? kxRenderSource::Range{_line.frames->first, _line.frames->last} : source.range();
+    kxRenderLines lines(range);
+    const kxInterrupt interrupt;
+    job.waiting = [] { return !kxInterrupt::isWanted(); };
+    job.progress = [&](int frame, const QString&)
     {
-        if (clip.name == _line.clip)
-        {
-            source = kxRenderSource(clip.node);
-            return true;
-        }
-        names << clip.name;
-    }
-    if (names.isEmpty())
-        return failed(
-            QCoreApplication::translate("kxBatch", "There is no clip '%1'; the scene has none.").arg(_line.clip));
-    names.removeDuplicates();
-    return failed(QCoreApplication::translate("kxBatch", "There is no clip '%1'; there are: %2")
-                      .arg(_line.clip, names.join(QStringLiteral(", "))));
+        lines.show(frame);
+        return job.waiting();
+    };
+    QString error;
+    const QSize size = _line.size.value_or(PictureSize);
+    if (job.renderMovie(_line.movie, source, range, size, error) > 0)
+        wrote(_line.movie);
+    else if (error.isEmpty())
+        error = QCoreApplication::translate("kxBatch", "'%1' isn't written: interrupted.").arg(_line.movie);
+    return error.isEmpty() || failed(error);
 }
 
 bool kxBatch::takeScreenshot()

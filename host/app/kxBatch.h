@@ -3,6 +3,7 @@
 #include "kxCommandLine.h"
 
 class kxMainWindow;
+class kxRenderJob;
 class kxRenderSource;
 
 /// What the command line asks for: opens the scene, runs the scripts, goes to the frame, writes files; in this order.
@@ -23,7 +24,8 @@ private:
     int runScripts();
     bool exportScene();
     bool render();
-    bool findSource(kxRenderSource& source) const;
+    bool renderPictures(kxRenderJob& job, const kxRenderSource& source);
+    bool renderMovie(kxRenderJob& job, const kxRenderSource& source);
     bool takeScreenshot();
     static bool failed(const QString& reason);
     static void wrote(const QString& file);

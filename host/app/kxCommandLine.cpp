@@ -1,5 +1,7 @@
 #include "kxCommandLine.h"
 
+#include "kxMovieFile.h"
+
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -26,10 +28,12 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("plugin", tr("Animation plug-in to load instead of the one beside the program."), "FILE");
     add("script", tr("Python script to run; may be given more than once."), "FILE.py");
     add("frame", tr("Frame to go to."), "N");
-    add("frames", tr("Frames to render, first and last included."), "A:B");
+    add("frames", tr("Frames to render, first and last included, or all."), "A:B");
     add("clip", tr("Clip to render instead of the timeline; without --frames, all of it."), "NAME");
     add("camera", tr("Camera or viewpoint that pictures are seen through; else the clip's, else the scene's."), "NAME");
     add("render", tr("Picture to render; for frames a pattern such as out_%04d.png."), "FILE.png");
+    add("movie", tr("Movie to render: .mp4, .webm or .gif; without --frames, of the whole range."), "FILE.mp4");
+    add("transparent", tr("Render without a background."), "");
     add("screenshot", tr("Picture of the window to write."), "FILE.png");
     add("export", tr("glTF file to write."), "FILE.glb");
     add("size", tr("Size of the pictures in pixels (1280x720)."), "WxH");
@@ -92,23 +96,36 @@ void checkFiles(kxCommandLine& line)
 
 void checkPictures(kxCommandLine& line)
 {
-    if (line.frames && line.clip.isEmpty() && line.render.isEmpty())
-        line.errors << tr("--frames needs --render with the files to write, such as --render out_%04d.png");
-    if (line.frames && line.frame)
+    const bool ranges = line.frames || line.allFrames;
+    const auto needsFiles = [&line](bool isGiven, const char* name, const char* example)
+    {
+        if (isGiven && !line.writesFilms())
+            line.errors << tr("--%1 needs --render or --movie with the files to write, such as --render %2")
+                               .arg(QLatin1String(name), QLatin1String(example));
+    };
+    needsFiles(ranges && line.clip.isEmpty(), "frames", "out_%04d.png");
+    needsFiles(!line.clip.isEmpty(), "clip", "out_%04d.png");
+    needsFiles(!line.camera.isEmpty(), "camera", "out.png");
+    needsFiles(line.transparent, "transparent", "out.png");
+    if (ranges && line.frame)
         line.errors << tr("--frame and --frames exclude each other");
-    if (!line.clip.isEmpty() && line.render.isEmpty())
-        line.errors << tr("--clip needs --render with the files to write, such as --render out_%04d.png");
-    if (!line.camera.isEmpty() && line.render.isEmpty())
-        line.errors << tr("--camera needs --render with the files to write, such as --render out.png");
     if (!line.clip.isEmpty() && line.frame)
         line.errors << tr("--frame and --clip exclude each other; one frame of a clip is --frames N:N");
+    if (!line.movie.isEmpty() && line.frame)
+        line.errors << tr("--frame and --movie exclude each other; the frames of a movie are --frames A:B");
     if (!line.render.isEmpty())
     {
-        const bool several = line.frames ? line.frames->last > line.frames->first : !line.clip.isEmpty();
-        const QString problem = kxFramePattern::problem(line.render, several);
+        const bool several =
+            line.frames ? line.frames->last > line.frames->first : line.allFrames || !line.clip.isEmpty();
+        QString problem = kxFramePattern::problem(line.render, several);
+        if (problem.isEmpty() && line.transparent && !kxFramePattern::hasAlpha(line.render))
+            problem = tr("a .jpg picture can't be transparent; .png can");
         if (!problem.isEmpty())
             line.errors << tr("--render '%1': %2").arg(line.render, problem);
     }
+    if (!line.movie.isEmpty())
+        if (const QString problem = kxMovieFile::problem(line.movie, line.transparent); !problem.isEmpty())
+            line.errors << tr("--movie '%1': %2").arg(line.movie, problem);
     if (!line.screenshot.isEmpty() &&
         !kxFramePattern::problem(QString(line.screenshot).remove(QLatin1Char('%')), false).isEmpty())
         line.errors << tr("--screenshot writes .png and .jpg files, not '%1'").arg(line.screenshot);
@@ -209,6 +226,8 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.clip = oneValue(parser, "clip", line);
     line.camera = oneValue(parser, "camera", line);
     line.render = oneValue(parser, "render", line);
+    line.movie = oneValue(parser, "movie", line);
+    line.transparent = parser.isSet(QStringLiteral("transparent"));
     line.screenshot = oneValue(parser, "screenshot", line);
     line.exportFile = oneValue(parser, "export", line);
 
@@ -223,10 +242,12 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
         else
             line.frame = number;
     }
+    line.allFrames = frames == QLatin1String("all");
     line.frames = parseRange(frames);
-    if (!frames.isEmpty() && !line.frames)
-        line.errors
-            << tr("--frames needs two whole numbers such as 0:50, the first not above the last, not '%1'").arg(frames);
+    if (!frames.isEmpty() && !line.frames && !line.allFrames)
+        line.errors << tr("--frames needs two whole numbers such as 0:50, the first not above the last, or \"all\", "
+                          "not '%1'")
+                           .arg(frames);
     line.size = parseSize(size);
     if (!size.isEmpty() && !line.size)
         line.errors << tr("--size needs a width and a height from 1 to %1, such as 1280x720, not '%2'")
@@ -267,6 +288,11 @@ QString kxFramePattern::problem(const QString& pattern, bool needsNumber)
     if (suffix != QLatin1String("png") && suffix != QLatin1String("jpg") && suffix != QLatin1String("jpeg"))
         return tr("the name has to end in .png or .jpg");
     return QString();
+}
+
+bool kxFramePattern::hasAlpha(const QString& pattern)
+{
+    return !QFileInfo(pattern).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
 }
 
 QString kxFramePattern::fileName(const QString& pattern, int frame)

@@ -19,9 +19,12 @@ struct kxCommandLine
     QStringList scripts; ///< in order
     std::optional<double> frame;
     std::optional<Range> frames;
-    QString clip;   ///< to render instead of the timeline; without `frames` its extent
-    QString camera; ///< to render through
-    QString render; ///< file name, or a pattern for a range
+    bool allFrames = false; ///< the whole range of the timeline or of `clip`
+    QString clip;           ///< to render instead of the timeline; without `frames` its extent
+    QString camera;         ///< to render through
+    QString render;         ///< file name, or a pattern for a range
+    QString movie;          ///< of `frames`; without them of the whole range
+    bool transparent = false;
     QString screenshot;
     QString exportFile;
     QStringList compared;      ///< the two files of --diff, the one of --text
@@ -40,7 +43,8 @@ struct kxCommandLine
     static kxCommandLine parse(const QStringList& arguments);
     static QString helpText();
 
-    bool writesPictures() const { return !render.isEmpty() || !screenshot.isEmpty(); }
+    bool writesFilms() const { return !render.isEmpty() || !movie.isEmpty(); }
+    bool writesPictures() const { return writesFilms() || !screenshot.isEmpty(); }
     /// Files are described on the standard output, and nothing else is done; see kxFileTexts.
     bool tellsOfFiles() const { return !compared.isEmpty(); }
     /// Something is to be done that needs no user.
@@ -52,6 +56,8 @@ namespace kxFramePattern
 {
 /// Empty where `pattern` fits; else what is wrong with it. `needsNumber`: it stands for more than one picture.
 QString problem(const QString& pattern, bool needsNumber);
+/// Pictures of this kind can be transparent.
+bool hasAlpha(const QString& pattern);
 /// "%d" and "%04d" become the frame, "%%" a percent sign.
 QString fileName(const QString& pattern, int frame);
 } // namespace kxFramePattern

@@ -1,12 +1,14 @@
 #include "kxRenderJob.h"
 
 #include "kxCommandLine.h"
+#include "kxMovieFile.h"
 
 #include <kxAnimManager.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImageWriter>
+#include <QSaveFile>
 #include <QScopedValueRollback>
 
 namespace
@@ -46,33 +48,72 @@ bool kxRenderJob::renderImage(const QString& file, const QSize& size, QString& e
 {
     const QScopedValueRollback<bool> flag(running, true);
     std::optional<kxViewCamera> framed;
-    return write(file, size, viewFor(size, framed), error);
+    const QImage picture = draw(size, viewFor(size, framed), error);
+    return !picture.isNull() && save(picture, file, error);
 }
 
 int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
                               const QSize& size, QString& error)
+{
+    int written = 0;
+    const auto write = [&](int frame, const QImage& picture)
+    {
+        const QString file = kxFramePattern::fileName(pattern, frame);
+        if (!save(picture, file, error))
+            return false;
+        ++written;
+        return !progress || progress(frame, file);
+    };
+    drawFrames(source, range, 1, size, error, write);
+    return written;
+}
+
+int kxRenderJob::renderMovie(const QString& file, const kxRenderSource& source, const kxRenderSource::Range& range,
+                             const QSize& size, QString& error)
+{
+    const double rate = kxAnimManager::the()->fps();
+    const int step = kxMovieFile::step(file, rate);
+    const QSize pictures = kxMovieFile::pictureSize(file, size);
+    kxMovieFile movie;
+    movie.goesOn = waiting;
+    int added = 0;
+    bool goesOn = movie.open(file, pictures, rate / step, transparent);
+    const auto add = [&](int frame, const QImage& picture)
+    {
+        goesOn = movie.add(picture) && (!progress || progress(frame, file));
+        return goesOn;
+    };
+    if (goesOn)
+        added = drawFrames(source, range, step, pictures, error, add);
+    const bool whole = goesOn && error.isEmpty() && movie.finish();
+    if (error.isEmpty())
+        error = movie.error();
+    return whole ? added : 0;
+}
+
+int kxRenderJob::drawFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step,
+                            const QSize& size, QString& error,
+                            const std::function<bool(int frame, const QImage& picture)>& take)
 {
     const QScopedValueRollback<bool> flag(running, true);
     kxAnimManager* const manager = kxAnimManager::the();
     const double before = manager->currentFrame();
     manager->setCurrentFrame(before, false, true); // another clip may be shown
     std::optional<kxViewCamera> framed;
-    int written = 0;
-    for (int frame = range.first; frame <= range.last; ++frame)
+    int taken = 0;
+    for (int frame = range.first; frame <= range.last; frame += step)
     {
         source.show(frame);
-        const QString file = kxFramePattern::fileName(pattern, frame);
-        if (!write(file, size, viewFor(size, framed), error))
+        const QImage picture = draw(size, viewFor(size, framed), error);
+        if (picture.isNull() || !take(frame, picture))
             break;
-        ++written;
-        if (progress && !progress(frame, file))
-            break;
+        ++taken;
     }
     manager->setCurrentFrame(before, false, true);
-    return written;
+    return taken;
 }
 
-bool kxRenderJob::write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error)
+QImage kxRenderJob::draw(const QSize& size, const kxViewCamera& view, QString& error) const
 {
     kxRenderOptions options;
     options.grid = false;
@@ -80,18 +121,23 @@ bool kxRenderJob::write(const QString& file, const QSize& size, const kxViewCame
     options.transparent = transparent;
     const QImage image = offscreen().render(size.width(), size.height(), view, options);
     if (image.isNull())
-    {
         error = offscreen().problem();
-        if (error.isEmpty())
-            error = tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height());
-        return false;
-    }
-    QImageWriter writer(file);
+    if (image.isNull() && error.isEmpty())
+        error = tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height());
+    return image;
+}
+
+bool kxRenderJob::save(const QImage& picture, const QString& file, QString& error)
+{
+    QSaveFile whole(file); // no half picture
+    QImageWriter writer(&whole, QFileInfo(file).suffix().toLatin1());
     const bool isJpeg = QFileInfo(file).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
     if (isJpeg)
         writer.setQuality(95);
-    if (writer.write(isJpeg ? image.convertToFormat(QImage::Format_RGB32) : image))
+    if (whole.open(QIODevice::WriteOnly) &&
+        writer.write(isJpeg ? picture.convertToFormat(QImage::Format_RGB32) : picture) && whole.commit())
         return true;
-    error = tr("'%1' can't be written: %2").arg(file, writer.errorString());
+    const bool isOfFile = whole.error() != QFileDevice::NoError;
+    error = tr("'%1' can't be written: %2").arg(file, isOfFile ? whole.errorString() : writer.errorString());
     return false;
 }

@@ -24,6 +24,9 @@ public:
     std::function<bool(int frame, const QString& file)> progress;
     bool transparent = false;
 
+    /// Asked again and again while a movie's encoder is busy; false ends the job. May be empty.
+    std::function<bool()> waiting;
+
     /// One picture at the present frame.
     bool renderImage(const QString& file, const QSize& size, QString& error);
     /// A picture for each frame, by a pattern as in kxFramePattern. The timeline's frame of before is shown again at
@@ -31,8 +34,18 @@ public:
     int renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
                      const QSize& size, QString& error);
 
+    /// A movie of these frames at the scene's rate, in pictures as kxMovieFile has them. Gives how many it holds, 0
+    /// where there is none: then `error` says why, empty where progress() or waiting() ended it.
+    int renderMovie(const QString& file, const kxRenderSource& source, const kxRenderSource::Range& range,
+                    const QSize& size, QString& error);
+
 private:
-    bool write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error);
+    /// Shows each `step`th frame, draws it and hands it to `take`, until that gives false. Gives how many were taken.
+    int drawFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step, const QSize& size,
+                   QString& error, const std::function<bool(int frame, const QImage& picture)>& take);
+    /// Null, and the reason, where it can't be drawn.
+    QImage draw(const QSize& size, const kxViewCamera& view, QString& error) const;
+    static bool save(const QImage& picture, const QString& file, QString& error);
     /// Where nobody chose a camera, all pictures have one view of the whole scene: one that frames anew in each would
     /// make the film jump.
     kxViewCamera viewFor(const QSize& size, std::optional<kxViewCamera>& framed);

@@ -4,6 +4,8 @@
 #include <kxAnimManager.h>
 #include <osg/AnimCores.h>
 
+#include <QCoreApplication>
+
 #include <algorithm>
 #include <cmath>
 
@@ -37,6 +39,29 @@ std::vector<kxRenderSource::Clip> kxRenderSource::clips()
                       return osg::Action::Continue;
                   });
     return clips;
+}
+
+bool kxRenderSource::setName(const QString& name, QString& error)
+{
+    _clip = osg::AnimNodePtr();
+    if (name.isEmpty())
+        return true;
+    QStringList names;
+    for (const Clip& clip : clips())
+    {
+        if (clip.name == name)
+        {
+            _clip = clip.node;
+            return true;
+        }
+        names << clip.name;
+    }
+    names.removeDuplicates();
+    error = names.isEmpty()
+                ? QCoreApplication::translate("kxRenderSource", "There is no clip '%1'; the scene has none.").arg(name)
+                : QCoreApplication::translate("kxRenderSource", "There is no clip '%1'; there are: %2")
+                      .arg(name, names.join(QStringLiteral(", ")));
+    return false;
 }
 
 kxRenderSource::Range kxRenderSource::range() const

@@ -30,6 +30,9 @@ public:
 
     /// All clips of the clip structure, those in a clip after it.
     static std::vector<Clip> clips();
+    /// The first clip of this name. False, and a reason with the names there are, where there is none; an empty name
+    /// is the timeline and no failure.
+    bool setName(const QString& name, QString& error);
 
     /// The detailed range, or the clip's extent in frames that hold it whole; endless cycles count as one pass.
     Range range() const;

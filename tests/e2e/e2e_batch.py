@@ -4,6 +4,7 @@ e2e_batch.py <application> <unused folder>
 """
 import os
 import struct
+import subprocess
 import sys
 
 import cases
@@ -29,15 +30,18 @@ def png(path, size):
 
 
 def renders_a_range(folder):
-    """One picture for each frame, of the size that was asked for, each another one."""
-    pictures = os.path.join(folder, "pictures")
+    """One picture for each frame, of the size that was asked for, each another one; a movie has as many."""
+    pictures, movie = os.path.join(folder, "pictures"), os.path.join(folder, "movie.webm")
     os.mkdir(pictures)
-    succeeds(folder, fixtures.movers(folder), "--frames", "10:15", "--size", "160x90",
+    succeeds(folder, fixtures.movers(folder), "--frames", "10:15", "--size", "160x90", "--movie", movie,
              "--render", os.path.join(pictures, "at_%03d.png"))
     names = sorted(os.listdir(pictures))
     assert names == ["at_%03d.png" % frame for frame in range(10, 16)], names
     contents = {png(os.path.join(pictures, name), (160, 90)) for name in names}
     assert len(contents) == len(names), "only %d of %d pictures differ" % (len(contents), len(names))
+    counted = subprocess.check_output(["ffprobe", "-v", "error", "-count_frames", "-show_entries",
+                                       "stream=nb_read_frames,avg_frame_rate", "-of", "csv=p=0", movie], text=True)
+    assert counted.strip() == "%d/1,%d" % (fixtures.FPS, len(names)), counted
 
 
 def takes_a_screenshot(folder):

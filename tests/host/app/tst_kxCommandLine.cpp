@@ -39,6 +39,13 @@ private Q_SLOTS:
         kxRow("clip into one file", "a.kxs --clip Walk --render x.png", "x.png");
         kxRow("clip and a timeline's frame", "a.kxs --clip Walk --frame 1 --render x_%d.png", "exclude");
         kxRow("picture of no kind", "a.kxs --render x.txt", "x.txt");
+        kxRow("movie of no kind", "a.kxs --movie x.avi", ".webm");
+        kxRow("movie of one frame of the timeline", "a.kxs --movie x.mp4 --frame 3", "exclude");
+        kxRow("all frames into one file", "a.kxs --frames all --render x.png", "x.png");
+        kxRow("all frames of nothing", "a.kxs --frames all", "--movie");
+        kxRow("transparency that a movie hasn't", "a.kxs --transparent --movie x.mp4", ".webm");
+        kxRow("transparency that a picture hasn't", "a.kxs --transparent --render x.JPG", ".png can");
+        kxRow("transparency of nothing", "a.kxs --transparent", "--render");
         kxRow("export of no kind", "a.kxs --export x.fbx", "x.fbx");
         kxRow("size without height", "a.kxs --size 100", "100");
         kxRow("size too large", "a.kxs --size 99999x100", "99999x100");
@@ -88,7 +95,10 @@ private Q_SLOTS:
         QCOMPARE(line.scripts.size(), 2);
         QCOMPARE(*line.frame, -2.5);
         QVERIFY(line.hasWork() && line.scene.isEmpty());
-        for (const char* const plain : {"kxhost", "kxhost --render a.png --size 1x1", "kxhost --headless a.kxs"})
+        line = parsed("kxhost --headless a.kxs --transparent --frames all --movie a.GIF --render a%d.png");
+        QVERIFY(line.allFrames && !line.frames && line.transparent && line.hasWork() && line.movie == "a.GIF");
+        for (const char* const plain :
+             {"kxhost", "kxhost --movie a.mp4", "kxhost --render a.png --size 1x1", "kxhost --headless a.kxs"})
             parsed(plain);
     }
 

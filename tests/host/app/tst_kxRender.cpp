@@ -5,6 +5,7 @@
 #include <app/kxMainWindow.h>
 #include <app/kxRenderDialog.h>
 #include <app/kxRenderJob.h>
+#include <app/kxRenderProgress.h>
 #include <kxAnimFixture.h>
 #include <osg/Share.h>
 #include <scene/CameraLight.h>
@@ -129,20 +130,7 @@ private Q_SLOTS:
     /// Whoever nobody named is seen through; and the dialog's three ways.
     void framesAreSeenThroughTheFilmsCameras()
     {
-        addSurface("Box", addMaterial("Paint"));
-        std::vector<osg::AnimNodePtr> bars;
-        for (const float x : {1.0f, 3.0f})
-        {
-            const osg::NodePtr camera = kxAnimFixture::object(x < 2 ? "Near" : "Far");
-            camera->setCore(osg::Camera::create());
-            const osg::AnimNodePtr block =
-                kxAnimFixture::block("shot", {kxAnimFixture::curve("translation", "X", {{0, x}, {1, -x}}),
-                                              kxAnimFixture::curve("translation", "Z", {{0, 4 * x}, {1, 4 * x}})});
-            kxAnimFixture::added(camera, block);
-            bars.push_back(kxAnimFixture::clone(block, x < 2 ? 0 : 1.0f));
-        }
-        const osg::AnimNodePtr clip = kxAnimFixture::clip("Walk", bars);
-        kxAnimManager::the()->clipStructureRoot()->addChild(clip);
+        const osg::AnimNodePtr clip = filmOfTwoCameras();
         const auto frame = [&](int at, const kxRenderCamera& camera)
         {
             kxRenderJob job;
@@ -167,6 +155,133 @@ private Q_SLOTS:
         QVERIFY(frame(6, dialog.camera()) == frame(6, far));
         choice->setCurrentIndex(0);
         QVERIFY(dialog.camera().film && frame(30, dialog.camera()) == frame(30, far));
+    }
+
+    void moviesShowThePicturesOfTheirFrames_data()
+    {
+        kxColumns<QString, double, bool, QSize, QString, int>("file", "rate", "clear", "size", "says", "step");
+        kxRow("widely known", "m.mp4", 24.0, false, QSize(162, 92), "162,92,24/1,17", 1);
+        kxRow("just below a whole rate", "m.mp4", 29.97, false, QSize(162, 92), "162,92,30000/1001,17", 1);
+        kxRow("of odd sides", "m.webm", 30.0, false, QSize(161, 91), "161,91,30/1,17", 1);
+        kxRow("transparent", "m.webm", 24.0, true, QSize(161, 91), "161,91,24/1,17", 1);
+        kxRow("palette", "m.gif", 25.0, false, QSize(161, 91), "161,91,25/1,17", 1);
+        kxRow("faster than a GIF", "m.gif", 100.0, true, QSize(161, 91), "161,91,50/1,9", 2);
+    }
+
+    void moviesShowThePicturesOfTheirFrames()
+    {
+        QFETCH(QString, file);
+        QFETCH(double, rate);
+        QFETCH(bool, clear);
+        QFETCH(QSize, size);
+        QFETCH(QString, says);
+        QFETCH(int, step);
+        kxAnimManager::the()->setFPS(rate);
+        const osg::AnimNodePtr clip = filmOfTwoCameras();
+        kxRenderJob job;
+        job.transparent = clear;
+        QString error;
+        const kxRenderSource::Range range = {3, 19};
+        QVERIFY2(job.renderMovie(path(file), kxRenderSource(clip), range, QSize(161, 91), error) == 16 / step + 1,
+                 qPrintable(error));
+        const auto run = [](const char* program, QStringList arguments)
+        {
+            QProcess process;
+            process.start(program, QStringList{"-v", "error"} + arguments);
+            process.waitForFinished();
+            return process.readAllStandardOutput();
+        };
+        QCOMPARE(
+            QString(run("ffprobe", {"-count_frames", "-show_entries", "stream=width,height,r_frame_rate,nb_read_frames",
+                                    "-of", "csv=p=0", path(file)}))
+                .trimmed(),
+            says);
+        QStringList decode = {"-i", path(file), "-vsync", "0", "-f", "rawvideo", "-pix_fmt", "rgba", "-"};
+        if (clear && file.endsWith("webm"))
+            decode = QStringList{"-c:v", "libvpx-vp9"} + decode; // the other one leaves the transparency out
+        const QByteArray frames = run("ffmpeg", decode);
+        const int bytes = 4 * size.width() * size.height();
+        QCOMPARE(frames.size(), bytes * (16 / step + 1));
+        const auto off = [&](int index, int frame) // mean of all bytes
+        {
+            job.renderFrames(path("p.png"), kxRenderSource(clip), {frame, frame}, size, error);
+            const QImage picture = QImage(path("p.png")).convertToFormat(QImage::Format_RGBA8888);
+            double sum = 0;
+            for (int i = 0; i < bytes; ++i)
+                if (i % 4 == 3 || picture.constBits()[i / 4 * 4 + 3] > 250) // what can't be seen has any colour
+                    sum += std::abs(int(picture.constBits()[i]) - int(uchar(frames[index * bytes + i])));
+            return sum / bytes;
+        };
+        for (const int index : {0, 5, 16 / step})
+        {
+            const int frame = range.first + index * step;
+            const double own = off(index, frame);
+            QVERIFY2(own < 4 && std::min(off(index, frame + step), off(index, frame - step)) > 1.5 * own,
+                     qPrintable(QString("%1: %2, beside %3").arg(frame).arg(own).arg(off(index, frame + step))));
+        }
+        QCOMPARE(QDir(_folder.path()).entryList({".*"}, QDir::Files | QDir::Hidden), QStringList());
+        QCOMPARE(QFileInfo(path(file)).permission(QFile::ReadGroup),
+                 QFileInfo(path("p.png")).permission(QFile::ReadGroup));
+    }
+
+    /// What stood there stays, and nothing else is left.
+    void moviesAreWholeOrNotThere_data()
+    {
+        kxColumns<QString, QString, int, QString>("encoder", "file", "ends", "says");
+        kxRow("taken back while drawing", "", "m.mp4", 1, "");
+        kxRow("taken back while the encoder is busy", "exec sleep 30", "m.mp4", 2, "");
+        kxRow("no encoder", "none", "m.mp4", 0, "Please install the package \"ffmpeg\"");
+        kxRow("disk full", "cat >/dev/null; echo half >\"$out\"; echo a: No space left on device >&2; exit 1", "m.webm",
+              0, "m.webm' can't be written: the disk is full");
+        kxRow("encoder gives up", "echo Unknown encoder >&2; exit 1", "m.gif", 0, "ffmpeg says: Unknown encoder");
+        kxRow("encoder is shot", "echo half >\"$out\"; kill -9 $$", "m.mp4", 0, "ended early");
+        kxRow("no folder", "", "gone/m.mp4", 0, "No such file");
+        kxRow("of no kind", "", "m.avi", 0, ".mp4, .webm or .gif");
+        kxRow("folder", "", "folder.mp4", 0, "it is a folder");
+    }
+
+    void moviesAreWholeOrNotThere()
+    {
+        QFETCH(QString, encoder);
+        QFETCH(QString, file);
+        QFETCH(int, ends);
+        QFETCH(QString, says);
+        const QTemporaryDir folder, programs;
+        QVERIFY(QDir(folder.path()).mkdir("folder.mp4"));
+        QFile before(folder.filePath("m.mp4")), program(programs.filePath("ffmpeg"));
+        QVERIFY(before.open(QFile::WriteOnly) && before.write("before") == 6);
+        before.close();
+        const QByteArray ways = qgetenv("PATH");
+        if (!encoder.isEmpty())
+            qputenv("PATH", programs.path().toLocal8Bit() + (encoder == "none" ? "" : ":" + ways));
+        if (!encoder.isEmpty() && encoder != "none")
+        {
+            QVERIFY(program.open(QFile::WriteOnly));
+            program.write("#!/bin/sh\nfor last; do out=${last#file:}; done\n" + encoder.toLocal8Bit() + '\n');
+            program.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+            program.close();
+        }
+        kxRenderJob job;
+        int seen = 0;
+        job.progress = [&](int, const QString&) { return ++seen < 3 || ends != 1; };
+        job.waiting = [&] { return ends != 2; };
+        QString error;
+        const int written = job.renderMovie(folder.filePath(file), kxRenderSource(), {1, 5}, QSize(320, 200), error);
+        qputenv("PATH", ways);
+        QVERIFY2(written == 0 && error.contains(says) && error.isEmpty() == says.isEmpty(), qPrintable(error));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList({"folder.mp4", "m.mp4"}));
+        QVERIFY(before.open(QFile::ReadOnly) && before.readAll() == "before");
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 5.0);
+    }
+
+    void timeLeftIsSaid()
+    {
+        QCOMPARE(kxRenderTime::text(0.5, 3, 90), QString("Frame 3 of 90"));
+        QCOMPARE(kxRenderTime::text(6, 3, 13), QString("Frame 3 of 13, about 20 s left"));
+        QCOMPARE(kxRenderTime::text(6, 3, 90), QString("Frame 3 of 90, about 2 min 54 s left"));
+        QCOMPARE(kxRenderTime::text(60, 10, 900), QString("Frame 10 of 900, about 1 h 29 min left"));
+        QCOMPARE(kxRenderTime::text(60, 90, 90), QString("Frame 90 of 90"));
     }
 
     void picturesShowNoSelection()
@@ -225,6 +340,25 @@ private Q_SLOTS:
     }
 
 private:
+    /// A clip of a box, seen by "Near" for a second and by "Far" for another.
+    static osg::AnimNodePtr filmOfTwoCameras()
+    {
+        addSurface("Box", addMaterial("Paint"));
+        std::vector<osg::AnimNodePtr> bars;
+        for (const float x : {1.0f, 3.0f})
+        {
+            const osg::NodePtr camera = kxAnimFixture::object(x < 2 ? "Near" : "Far");
+            camera->setCore(osg::Camera::create());
+            const osg::AnimNodePtr block =
+                kxAnimFixture::block("shot", {kxAnimFixture::curve("translation", "X", {{0, x}, {1, -x}}),
+                                              kxAnimFixture::curve("translation", "Z", {{0, 4 * x}, {1, 4 * x}})});
+            kxAnimFixture::added(camera, block);
+            bars.push_back(kxAnimFixture::clone(block, x < 2 ? 0 : 1.0f));
+        }
+        const osg::AnimNodePtr clip = kxAnimFixture::clip("Walk", bars);
+        kxAnimManager::the()->clipStructureRoot()->addChild(clip);
+        return clip;
+    }
     QString path(const QString& name) const { return _folder.filePath(name); }
     QTemporaryDir _folder;
 };
