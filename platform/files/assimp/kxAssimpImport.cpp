@@ -268,7 +268,7 @@ private:
             // Times of a file without a rate are frames, and stay on their frames.
             const double rate = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : kxAnimManager::the()->fps();
             kxAnimImport::Animation animation;
-            animation.name = source.mName.length == 0 ? "Animation" : source.mName.C_Str();
+            animation.name = source.mName.C_Str();
             if (source.mNumMeshChannels > 0 || source.mNumMorphMeshChannels > 0)
                 _report.note(QStringLiteral("animations of meshes are left out"));
             for (unsigned c = 0; c < source.mNumChannels; ++c)

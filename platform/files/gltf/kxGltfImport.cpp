@@ -285,7 +285,11 @@ private:
         {
             const tinygltf::Animation& source = _model.animations[a];
             kxAnimImport::Animation animation;
-            animation.name = source.name.empty() ? "Animation" : source.name;
+            animation.name = source.name;
+            if (source.extras.IsObject() && source.extras.Get(kxAnimImport::TimelineName).IsBool())
+                animation.kind = source.extras.Get(kxAnimImport::TimelineName).Get<bool>()
+                                     ? kxAnimImport::Kind::Timeline
+                                     : kxAnimImport::Kind::Clip;
             for (const tinygltf::AnimationChannel& channel : source.channels)
                 if (!addChannel(source, channel, QStringLiteral("animations[%1]").arg(a), animation))
                     return false;

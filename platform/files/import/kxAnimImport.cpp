@@ -17,6 +17,7 @@ using kxAnimImport::Animation;
 using kxAnimImport::Channel;
 using kxAnimImport::Interpolation;
 using kxAnimImport::Key;
+using kxAnimImport::Kind;
 using kxAnimImport::Path;
 
 constexpr float TrackHeight = 50.0f; ///< of the offsets' y
@@ -82,7 +83,19 @@ AnimNodePtr makeCurve(const FieldDescription& field, std::size_t axis, const std
     return node;
 }
 
-/// The block that gathers the curves of one animation on one object; under the object's attachment.
+/// Where the animations of an object stand.
+AnimNodePtr animationRoot(const NodePtr& target)
+{
+    AnimAttachmentPtr attachment = target->findAttachment<AnimAttachment>();
+    if (attachment == NullFC)
+    {
+        attachment = AnimAttachmentBase::create();
+        target->addAttachment(attachment);
+    }
+    return attachment->getAnimationRoot();
+}
+
+/// The block that gathers the curves of one animation on one object.
 AnimNodePtr makeBlock(const NodePtr& target, const std::string& name)
 {
     const AnimNodePtr block = AnimNodeBase::create();
@@ -90,14 +103,23 @@ AnimNodePtr makeBlock(const NodePtr& target, const std::string& name)
     core->setName(name);
     block->setCore(core);
     block->setNodeName(name);
-    AnimAttachmentPtr attachment = target->findAttachment<AnimAttachment>();
-    if (attachment == NullFC)
-    {
-        attachment = AnimAttachmentBase::create();
-        target->addAttachment(attachment);
-    }
-    attachment->getAnimationRoot()->addChild(block);
+    animationRoot(target)->addChild(block);
     return block;
+}
+
+/// True where both have the same curves.
+bool isSame(const AnimNodePtr& a, const AnimNodePtr& b)
+{
+    if (a->getNodeName() != b->getNodeName() || a->getNChildren() != b->getNChildren())
+        return false;
+    const auto curve = [](const AnimNodePtr& block, UInt32 i)
+    { return AnimCurvePtr::dcast(block->getChild(i)->getCore()); };
+    for (UInt32 i = 0; i < a->getNChildren(); ++i)
+        if (curve(a, i)->getChannelName() != curve(b, i)->getChannelName() ||
+            curve(a, i)->getSuffix() != curve(b, i)->getSuffix() ||
+            !(curve(a, i)->getControlPoints() == curve(b, i)->getControlPoints()))
+            return false;
+    return true;
 }
 
 /// The clip that plays an animation as a whole.
@@ -125,13 +147,20 @@ class Importer
 public:
     Importer(kxSceneContent& content, kxFileReport& report) : _content(content), _report(report) {}
 
-    /// The clips get their names first: what is exported and opened again is called the same.
+    /// The clips get their names first, so that a number goes to nobody but who comes second.
     void addAll(const std::vector<Animation>& animations)
     {
         std::vector<std::string> names;
         names.reserve(animations.size());
         for (const Animation& animation : animations)
-            names.push_back(_names.take(baseOf(animation)));
+        {
+            // What we wrote comes back as it was.
+            if (animation.kind == Kind::Unsaid)
+                names.push_back(_names.take(baseOf(animation)));
+            else
+                _names.reserve(names.emplace_back(animation.name));
+            _isSaid = _isSaid || animation.kind != Kind::Unsaid;
+        }
         for (std::size_t i = 0; i < animations.size(); ++i)
             add(animations[i], names[i]);
     }
@@ -147,15 +176,32 @@ private:
         _blocks.clear();
         _blockOf.clear();
         _base = baseOf(animation);
+        _isTimeline = animation.kind == Kind::Timeline;
         for (const Channel& channel : animation.channels)
             addChannel(channel);
+        if (_isTimeline)
+            return rest();
         if (_blocks.empty())
             return _report.note(QStringLiteral("the animation '%1' moves nothing and is left out").arg(base()));
         _content.clips->addChild(makeClip(clipName, _blocks));
-        if (!_first)
+        if (_isSaid || !_first)
             for (const AnimNodePtr& block : _blocks)
                 block->setTravMask(0);
         _first = false;
+    }
+
+    /// A block that a clip holds too came twice: the one of the clip plays for both.
+    void rest()
+    {
+        for (const auto& [id, block] : _blockOf)
+            for (const NodePtr& other : std::vector<NodePtr>(block->getParent()->getChildren()))
+                if (other != NodePtr(block) && AnimBlockPtr::dcast(other->getCore()) != NullFC && !other->isActive() &&
+                    isSame(AnimNodePtr::dcast(other), block))
+                {
+                    other->setTravMask(block->getTravMask());
+                    block->getParent()->subChild(block);
+                    break;
+                }
     }
 
     QString base() const { return QString::fromStdString(_base); }
@@ -175,9 +221,10 @@ private:
         const std::vector<Key> keys = keysOf(channel, rest, what, _report);
         if (keys.empty())
             return _report.note(QStringLiteral("%1: a channel without keys is left out").arg(what));
-        const AnimNodePtr block = blockOf(channel.target, channel.block.empty() ? _base : channel.block);
+        const AnimNodePtr parent = _isTimeline && channel.block.empty() ? animationRoot(channel.target)
+                                                                        : blockOf(channel.target, channel.block);
         for (std::size_t axis = 0; axis < 3; ++axis)
-            block->addChild(makeCurve(*field, axis, keys, channel.interpolation));
+            parent->addChild(makeCurve(*field, axis, keys, channel.interpolation));
         extend(keys.front().time, keys.back().time);
     }
 
@@ -186,7 +233,7 @@ private:
         AnimNodePtr& block = _blockOf[target.getFieldContainerId()];
         if (block == NullFC)
         {
-            block = makeBlock(target, _names.take(name));
+            block = makeBlock(target, name.empty() ? _names.take(target->getNodeName() + ' ' + _base) : name);
             _blocks.push_back(block);
         }
         return block;
@@ -206,6 +253,8 @@ private:
     std::string _base;
     std::vector<AnimNodePtr> _blocks;       // of the animation at hand
     std::map<UInt32, AnimNodePtr> _blockOf; // the same by the id of what they move
+    bool _isSaid = false;                   ///< the file says what the timeline plays
+    bool _isTimeline = false;
     bool _first = true;
     bool _extended = false;
 };

@@ -10,12 +10,15 @@ struct kxSceneContent;
 
 /// Turns the animations of other programs' files into blocks and clips.
 ///
-/// Each animated object gets a block for each animation that moves it, each animation a clip with hidden clones of its
-/// blocks. Only the blocks of the first animation are active.
+/// Each animated object gets a block for each animation that moves it, each animation a clip of its name with hidden
+/// clones of its blocks. A block is called after its object and the animation, unless the file has a name for it. Only
+/// the blocks of the first animation are active; in a file that says what the timeline plays, those that it plays.
 namespace kxAnimImport
 {
 /// Among the extras of a glTF channel.
 constexpr char BlockName[] = "block";
+/// Among the extras of a glTF animation: true for what the timeline plays, false for a clip.
+constexpr char TimelineName[] = "timeline";
 
 enum class Path
 {
@@ -35,7 +38,7 @@ enum class Interpolation
 struct Channel
 {
     osg::NodePtr target;
-    std::string block; ///< the name of the object's block; empty for the animation's
+    std::string block; ///< the name of the object's block, where the file has one
     Path path = Path::Translation;
     Interpolation interpolation = Interpolation::Linear;
     std::vector<float> times; ///< seconds
@@ -44,9 +47,17 @@ struct Channel
     std::vector<float> inTangents, outTangents;
 };
 
+enum class Kind
+{
+    Unsaid,
+    Clip,
+    Timeline ///< no clip: what the scene's own time plays
+};
+
 struct Animation
 {
     std::string name; ///< may be empty or taken
+    Kind kind = Kind::Unsaid;
     std::vector<Channel> channels;
 };
 

@@ -35,15 +35,15 @@ public:
                          .arg(QLatin1String(path));
     }
 
-    QByteArray json(const QString& extra = QString()) const
+    QByteArray json(const QString& extra = QString(), const QString& name = QStringLiteral("move")) const
     {
         return QStringLiteral(R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"name":"n"}],)"
-                              R"("animations":[{"name":"move","channels":[%1],"samplers":[%2]}],"accessors":[%3],)"
+                              R"("animations":[{"name":"%8","channels":[%1],"samplers":[%2]}],"accessors":[%3],)"
                               R"("bufferViews":[%4],"buffers":[{"byteLength":%5,"uri":)"
                               R"("data:application/octet-stream;base64,%6"}]%7})")
             .arg(_channels.join(','), _samplers.join(','), _accessors.join(','), _views.join(','))
             .arg(_bytes.size())
-            .arg(QString::fromLatin1(_bytes.toBase64()), extra)
+            .arg(QString::fromLatin1(_bytes.toBase64()), extra, name)
             .toUtf8();
     }
 
@@ -230,6 +230,87 @@ Connections: {
                 }
             QVERIFY2(worst < 0.1, qPrintable(QString::number(worst)));
             QVERIFY(curvesOf(block()).at("rotation.X")->getControlPoints().size() < 300u);
+        }
+    }
+
+    /// A file's own names, then ten times through a file of ours and one for others.
+    void namesStay()
+    {
+        AnimatedFile file;
+        file.add("translation", "LINEAR", {1, 4}, {0, 0, 0, 1, 2, 3});
+        // Two objects of one name, moved by two animations of one name.
+        QByteArray json = file.json(QString(), QStringLiteral("Walk")).replace("\"nodes\":[0]", "\"nodes\":[0,1]");
+        json.replace("{\"name\":\"n\"}", R"({"name":"LeftArm"},{"name":"LeftArm"})");
+        const int from = json.indexOf("{\"name\":\"Walk\"");
+        const QByteArray walk = json.mid(from, json.indexOf("}],\"accessors") + 1 - from);
+        json.insert(from, QByteArray(walk).replace("\"node\":0", "\"node\":1") + ',');
+        QString notes;
+        QVERIFY2(open(json, &notes), qPrintable(notes));
+        const auto names = []
+        {
+            std::vector<std::string> all;
+            const NodePtr root = kxScene::the()->root();
+            traverse(root,
+                     [&](const NodePtr& node)
+                     {
+                         all.push_back(node->getNodeName());
+                         for (const AnimNodePtr& block : blocksOf(node))
+                             all.push_back(block->getNodeName() + (block->isActive() ? " plays" : ""));
+                         return Action::Continue;
+                     });
+            traverse(kxAnimManager::the()->clipStructureRoot(),
+                     [&all](const NodePtr& node)
+                     {
+                         all.push_back(node->getNodeName());
+                         return Action::Continue;
+                     });
+            std::sort(all.begin(), all.end());
+            all.erase(std::unique(all.begin(), all.end()), all.end());
+            return all;
+        };
+        const std::vector<std::string> before = names();
+        for (const char* const name : {"Walk", "Walk_1", "LeftArm", "LeftArm Walk plays", "LeftArm Walk_1"})
+            QVERIFY2(std::count(before.begin(), before.end(), name) == 1, name);
+        for (int i = 0; i < 20; ++i)
+        {
+            const QString path = _folder.filePath(i % 2 == 0 ? QStringLiteral("trip.glb") : QStringLiteral("trip.kxs"));
+            kxFileReport written(path), read(path);
+            QVERIFY((i % 2 == 0 ? kxSceneIO::exportScene(path, written) : kxSceneIO::save(path, written)) &&
+                    kxSceneIO::open(path, read));
+            QVERIFY2(names() == before, qPrintable(QString::number(i)));
+        }
+    }
+
+    /// What a file says the timeline plays is no clip: a clip's block of the same keys, another, and bare curves.
+    void theTimelineIsNoClip()
+    {
+        AnimatedFile file;
+        for (const float end : {1.0f, 2.0f, 3.0f})
+            file.add("translation", "LINEAR", {1, 4}, {0, 0, 0, end, 2, 3});
+        const QByteArray target = R"("target":{"node":0,"path":"translation"})";
+        const auto channel = [&target](int sampler, const char* extras)
+        { return "{\"sampler\":" + QByteArray::number(sampler) + extras + ',' + target + '}'; };
+        const char* const block = R"(,"extras":{"block":"B"})";
+        for (const int played : {0, 1})
+        {
+            QByteArray json = file.json();
+            const int from = json.indexOf("\"channels\""), to = json.indexOf(",\"samplers\"");
+            const QByteArray samplers = json.mid(to, json.indexOf("}],\"accessors") - to);
+            json.replace(from, to - from,
+                         R"("extras":{"timeline":false},"channels":[)" + channel(0, block) + ']' + samplers +
+                             R"(},{"name":"Scene","extras":{"timeline":true},"channels":[)" + channel(played, block) +
+                             "]" + samplers + R"(},{"extras":{"timeline":true},"channels":[)" + channel(2, "") + ']');
+            QString notes;
+            QVERIFY2(open(json, &notes), qPrintable(notes));
+            QCOMPARE(kxAnimManager::the()->clipStructureRoot()->getNChildren(), 1u);
+            const std::vector<AnimNodePtr> blocks = blocksOf(nodeNamed("n"));
+            QCOMPARE(blocks.size(), std::size_t(1 + played));
+            QVERIFY(blocks.back()->isActive() && blocks.front()->isActive() == (played == 0));
+            QVERIFY(blocks.front()->getNodeName() == "B" && blocks.back()->getNodeName() == "B");
+            const AnimAttachmentPtr attachment = nodeNamed("n")->findAttachment<AnimAttachment>();
+            const AnimNodePtr x = kxAnimManager::the()->findChannelCurveNode(attachment, "translation", "X");
+            QVERIFY(x != NullFC);
+            QCOMPARE(AnimCurvePtr::dcast(x->getCore())->getControlPoints().back().y(), 3.0f);
         }
     }
 
