@@ -117,9 +117,7 @@ void checkPictures(kxCommandLine& line)
     {
         const bool several =
             line.frames ? line.frames->last > line.frames->first : line.allFrames || !line.clip.isEmpty();
-        QString problem = kxFramePattern::problem(line.render, several);
-        if (problem.isEmpty() && line.transparent && !kxFramePattern::hasAlpha(line.render))
-            problem = tr("a .jpg picture can't be transparent; .png can");
+        const QString problem = kxFramePattern::problem(line.render, several, line.transparent);
         if (!problem.isEmpty())
             line.errors << tr("--render '%1': %2").arg(line.render, problem);
     }
@@ -267,7 +265,7 @@ QString kxCommandLine::helpText()
     return parser.helpText();
 }
 
-QString kxFramePattern::problem(const QString& pattern, bool needsNumber)
+QString kxFramePattern::problem(const QString& pattern, bool needsNumber, bool transparent)
 {
     static const QRegularExpression number(QStringLiteral("%0?[1-9]?d"));
     QString rest = pattern;
@@ -287,12 +285,9 @@ QString kxFramePattern::problem(const QString& pattern, bool needsNumber)
         return tr("several frames need a place for their number, such as %04d");
     if (suffix != QLatin1String("png") && suffix != QLatin1String("jpg") && suffix != QLatin1String("jpeg"))
         return tr("the name has to end in .png or .jpg");
+    if (transparent && suffix.startsWith(QLatin1String("jp")))
+        return tr("a .jpg picture can't be transparent; .png can");
     return QString();
-}
-
-bool kxFramePattern::hasAlpha(const QString& pattern)
-{
-    return !QFileInfo(pattern).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
 }
 
 QString kxFramePattern::fileName(const QString& pattern, int frame)

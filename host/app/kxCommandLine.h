@@ -55,9 +55,7 @@ struct kxCommandLine
 namespace kxFramePattern
 {
 /// Empty where `pattern` fits; else what is wrong with it. `needsNumber`: it stands for more than one picture.
-QString problem(const QString& pattern, bool needsNumber);
-/// Pictures of this kind can be transparent.
-bool hasAlpha(const QString& pattern);
+QString problem(const QString& pattern, bool needsNumber, bool transparent = false);
 /// "%d" and "%04d" become the frame, "%%" a percent sign.
 QString fileName(const QString& pattern, int frame);
 } // namespace kxFramePattern

@@ -102,6 +102,8 @@ void kxMainMenus::fillFileMenu()
     add(menu, tr("Render I&mage..."), QStringLiteral("Render"), QKeySequence(Qt::Key_F11),
         [window] { window->renderImage(); });
     add(menu, tr("Render &Frames..."), QString(), QKeySequence(Qt::Key_F12), [window] { window->renderFrames(); });
+    add(menu, tr("Render &Movie..."), QString(), QKeySequence(Qt::SHIFT | Qt::Key_F12),
+        [window] { window->renderMovie(); });
     menu->addSeparator();
     add(menu, tr("&Quit"), QString(), QKeySequence::Quit, [window] { window->close(); });
 }

@@ -9,6 +9,7 @@
 #include "kxMainMenus.h"
 #include "kxRenderDialog.h"
 #include "kxRenderJob.h"
+#include "kxRenderProgress.h"
 #include "kxShortcutsDialog.h"
 #include "kxVersionKeeper.h"
 #include "kxVersionsDialog.h"
@@ -46,7 +47,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QProgressDialog>
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
@@ -478,48 +478,54 @@ void kxMainWindow::compareWithDialog()
 
 void kxMainWindow::renderImage()
 {
-    kxRenderDialog dialog(kxRenderDialog::Image, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
-                          _view->isFilm(), this);
-    if (dialog.exec() == QDialog::Accepted)
-        renderWith(dialog, false);
+    renderWithDialog(kxRenderDialog::Image);
 }
 
 void kxMainWindow::renderFrames()
 {
-    kxRenderDialog dialog(kxRenderDialog::Frames, _document->folder(), QFileInfo(_document->name()).completeBaseName(),
-                          _view->isFilm(), this);
-    if (dialog.exec() == QDialog::Accepted)
-        renderWith(dialog, true);
+    renderWithDialog(kxRenderDialog::Frames);
 }
 
-void kxMainWindow::renderWith(kxRenderDialog& dialog, bool frames)
+void kxMainWindow::renderMovie()
 {
+    renderWithDialog(kxRenderDialog::Movie);
+}
+
+void kxMainWindow::renderWithDialog(int mode)
+{
+    kxRenderDialog dialog(kxRenderDialog::Mode(mode), _document->folder(),
+                          QFileInfo(_document->name()).completeBaseName(), _view->isFilm(), this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
     kxRenderJob job;
     job.camera = dialog.camera();
     job.camera.chosen = [this](float aspect) { return _view->viewCamera(aspect); };
     job.transparent = dialog.isTransparent();
-    const kxRenderSource::Range range = dialog.range();
-    QProgressDialog progress(tr("Rendering..."), tr("Cancel"), range.first, range.last + 1, this);
-    progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(400);
-    job.progress = [&progress](int frame, const QString& file)
-    {
-        progress.setLabelText(QFileInfo(file).fileName());
-        progress.setValue(frame + 1);
-        return !progress.wasCanceled();
-    };
     QString error;
-    const int written = frames ? job.renderFrames(dialog.file(), dialog.source(), range, dialog.size(), error)
-                               : int(job.renderImage(dialog.file(), dialog.size(), error));
-    if (!error.isEmpty())
-    {
-        kxLog::error(error);
-        QMessageBox::critical(this, tr("Render"), error);
-        return;
-    }
-    const QString text = frames ? tr("%n pictures written to %1", nullptr, written).arg(QFileInfo(dialog.file()).path())
-                                : tr("%1 written").arg(dialog.file());
-    say(text);
+    const QString done = renderAs(dialog, job, error);
+    if (error.isEmpty())
+        return say(done);
+    kxLog::error(error);
+    QMessageBox::critical(this, tr("Render"), error);
+}
+
+QString kxMainWindow::renderAs(const kxRenderDialog& dialog, kxRenderJob& job, QString& error)
+{
+    const QString file = dialog.file();
+    if (dialog.mode() == kxRenderDialog::Image)
+        return job.renderImage(file, dialog.size(), error) ? tr("%1 written").arg(file) : QString();
+    const bool isMovie = dialog.mode() == kxRenderDialog::Movie;
+    const kxRenderSource::Range range = dialog.range();
+    kxRenderProgress progress(range, isMovie, this);
+    job.progress = [&progress](int frame, const QString&) { return progress.show(frame); };
+    job.waiting = [&progress] { return progress.wait(); };
+    if (!isMovie)
+        return tr("%n pictures written to %1", nullptr,
+                  job.renderFrames(file, dialog.source(), range, dialog.size(), error))
+            .arg(QFileInfo(file).path());
+    const int frames = job.renderMovie(file, dialog.source(), range, dialog.size(), error);
+    return frames == 0 ? tr("Cancelled: no movie was written")
+                       : tr("%n frames written to %1", nullptr, frames).arg(file);
 }
 
 void kxMainWindow::runScriptWithDialog()

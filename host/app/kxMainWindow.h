@@ -14,6 +14,7 @@ class kxPreferencesDialog;
 class kxPropertyPanel;
 class kxPythonConsole;
 class kxRenderDialog;
+class kxRenderJob;
 class kxSceneTreePanel;
 class kxSceneryActions;
 class kxSceneryPanel;
@@ -69,6 +70,7 @@ public:
     void compareWithDialog();
     void renderImage();
     void renderFrames();
+    void renderMovie();
     void runScriptWithDialog();
     void showVersionsOfFile();
     void showShortcuts();
@@ -100,7 +102,10 @@ private:
     void updateSelectionText();
     /// What the mouse and the keys do to the view at this moment.
     void updateHint();
-    void renderWith(kxRenderDialog& dialog, bool frames);
+    /// `mode`: a kxRenderDialog::Mode.
+    void renderWithDialog(int mode);
+    /// Gives what was done, for the user.
+    QString renderAs(const kxRenderDialog& dialog, kxRenderJob& job, QString& error);
     /// What a command did, in the status line for a while and in the log.
     void say(const QString& text);
 

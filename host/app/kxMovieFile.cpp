@@ -141,9 +141,8 @@ bool kxMovieFile::open(const QString& file, const QSize& size, double framesPerS
     if (!_error.isEmpty())
         return false;
     _target = info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
-    const QString part =
-        QFileInfo(_target).dir().filePath(QStringLiteral(".%1.%2").arg(info.completeBaseName().left(80)) +
-                                          QUuid::createUuid().toString(QUuid::Id128).left(8));
+    const QString name = QLatin1Char('.') + info.completeBaseName().left(80) + QLatin1Char('.');
+    const QString part = QFileInfo(_target).dir().filePath(name + QUuid::createUuid().toString(QUuid::Id128).left(8));
     // Made here: then the reason why it can't be is the system's, and the rights are those of every new file.
     QFile made(part);
     if (!made.open(QIODevice::WriteOnly))

@@ -2,8 +2,10 @@
 
 #include "kxCommandLine.h"
 #include "kxHostSettings.h"
+#include "kxMovieFile.h"
 
 #include <QKXSpiner.h>
+#include <kxAnimManager.h>
 #include <widgets/kxColors.h>
 
 #include <QCheckBox>
@@ -16,6 +18,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QToolButton>
 
@@ -55,34 +58,59 @@ QHBoxLayout* pair(QWidget* first, const QString& between, QWidget* second)
 
 kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& name, bool isFilm, QWidget* parent)
     : QDialog(parent), _mode(mode), _file(new QLineEdit(this)), _transparent(new QCheckBox(tr("Transparent"), this)),
-      _problem(new QLabel(this))
+      _note(new QLabel(this)), _problem(new QLabel(this))
 {
     setObjectName(QStringLiteral("_renderDialog"));
-    setWindowTitle(mode == Image ? tr("Render Image") : tr("Render Frames"));
-    kxHostSettings settings;
-    const QSize last = settings.value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
+    setWindowTitle(mode == Image ? tr("Render Image") : mode == Frames ? tr("Render Frames") : tr("Render Movie"));
+    auto* const form = new QFormLayout(this);
+    addFile(form, folder, name);
+    addSize(form);
+    if (mode != Image)
+        addRange(form);
+    addCameras(form, isFilm);
+    form->addRow(tr("Background"), _transparent);
+    addEnd(form);
+    connect(_file, &QLineEdit::textChanged, this, &kxRenderDialog::check);
+    connect(_transparent, &QCheckBox::toggled, this, &kxRenderDialog::check);
+    check();
+}
+
+void kxRenderDialog::addFile(QFormLayout* form, const QString& folder, const QString& name)
+{
     const QString start =
-        folder.isEmpty() ? settings.value(QStringLiteral("renderFolder"), QDir::homePath()).toString() : folder;
+        folder.isEmpty() ? kxHostSettings().value(QStringLiteral("renderFolder"), QDir::homePath()).toString() : folder;
+    const QString end = _mode == Image    ? QStringLiteral(".png")
+                        : _mode == Frames ? QStringLiteral("_%04d.png")
+                                          : QStringLiteral(".mp4");
     _file->setObjectName(QStringLiteral("_file"));
-    _file->setText(QDir(start).filePath(name + (mode == Image ? QStringLiteral(".png") : QStringLiteral("_%04d.png"))));
+    _file->setText(QDir(start).filePath(name + end));
     _file->setMinimumWidth(360);
-    _width = makeSpinner(1, 16384, last.width(), QStringLiteral("_width"), tr("Width"), this);
-    _height = makeSpinner(1, 16384, last.height(), QStringLiteral("_height"), tr("Height"), this);
     auto* const browse = new QToolButton(this);
     browse->setText(QStringLiteral("..."));
     browse->setToolTip(tr("Choose a file"));
     connect(browse, &QToolButton::clicked, this, &kxRenderDialog::choose);
-    auto* const fileRow = new QHBoxLayout;
-    fileRow->addWidget(_file, 1);
-    fileRow->addWidget(browse);
+    auto* const row = new QHBoxLayout;
+    row->addWidget(_file, 1);
+    row->addWidget(browse);
+    form->addRow(_mode == Frames ? tr("Files") : tr("File"), row);
+}
 
-    auto* const form = new QFormLayout(this);
-    form->addRow(mode == Image ? tr("File") : tr("Files"), fileRow);
+void kxRenderDialog::addSize(QFormLayout* form)
+{
+    const QSize last = kxHostSettings().value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
+    _width = makeSpinner(1, 16384, last.width(), QStringLiteral("_width"), tr("Width"), this);
+    _height = makeSpinner(1, 16384, last.height(), QStringLiteral("_height"), tr("Height"), this);
     form->addRow(tr("Size"), pair(_width, QStringLiteral("\u00d7"), _height));
-    if (mode == Frames)
-        addRange(form);
-    addCameras(form, isFilm);
-    form->addRow(tr("Background"), _transparent);
+    for (const QKXSpiner* const side : {_width, _height})
+        connect(side, QOverload<int>::of(&QSpinBox::valueChanged), this, &kxRenderDialog::check);
+}
+
+void kxRenderDialog::addEnd(QFormLayout* form)
+{
+    _note->setObjectName(QStringLiteral("_note"));
+    _note->setWordWrap(true);
+    if (_mode == Movie)
+        form->addRow(QString(), _note);
     QPalette colors = _problem->palette();
     colors.setColor(QPalette::WindowText, kxColors::accent());
     _problem->setPalette(colors);
@@ -101,8 +129,6 @@ kxRenderDialog::kxRenderDialog(Mode mode, const QString& folder, const QString& 
             });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     form->addRow(buttons);
-    connect(_file, &QLineEdit::textChanged, this, &kxRenderDialog::check);
-    check();
 }
 
 void kxRenderDialog::addRange(QFormLayout* form)
@@ -152,23 +178,54 @@ void kxRenderDialog::proposeRange()
 
 void kxRenderDialog::choose()
 {
-    const QString chosen = QFileDialog::getSaveFileName(this, windowTitle(), file(), tr("Pictures (*.png *.jpg)"));
+    const QString filter = _mode == Movie ? kxMovieFile::filter() : tr("Pictures (*.png *.jpg)");
+    const QString chosen = QFileDialog::getSaveFileName(this, windowTitle(), file(), filter);
     if (!chosen.isEmpty())
         _file->setText(chosen);
 }
 
-void kxRenderDialog::check()
+QString kxRenderDialog::problem() const
 {
     const bool several = _mode == Frames && _last->value() > _first->value();
-    QString problem = kxFramePattern::problem(_file->text(), several);
-    if (problem.isEmpty() && _mode == Frames && _last->value() < _first->value())
+    QString problem = _mode == Movie ? kxMovieFile::problem(file(), isTransparent())
+                                     : kxFramePattern::problem(file(), several, isTransparent());
+    if (problem.isEmpty() && _mode != Image && _last->value() < _first->value())
         problem = tr("the last frame stands before the first");
-    if (problem.isEmpty() && !QFileInfo(_file->text()).absoluteDir().exists())
+    if (problem.isEmpty() && !QFileInfo(file()).absoluteDir().exists())
         problem = tr("there is no such folder");
-    if (!problem.isEmpty())
-        problem[0] = problem[0].toUpper();
-    _problem->setText(problem);
-    _render->setEnabled(problem.isEmpty());
+    if (problem.isEmpty() && _mode == Movie)
+        problem = kxMovieFile::missing();
+    return problem;
+}
+
+QString kxRenderDialog::note() const
+{
+    const double rate = kxAnimManager::the()->fps();
+    const int step = kxMovieFile::step(file(), rate);
+    const int frames = (range().last - range().first) / step + 1;
+    const QLocale locale;
+    QStringList parts(tr("%n frames, %1 s at %2 frames a second", nullptr, frames)
+                          .arg(locale.toString(frames * step / rate, 'f', 2), locale.toString(rate / step, 'g', 5)));
+    if (step > 1)
+        parts << tr("A GIF shows no more in a second: of %n frames it holds one.", nullptr, step);
+    const QSize pictures = kxMovieFile::pictureSize(file(), size());
+    if (pictures != size())
+        parts << tr("An MP4 has even sides: %1 \u00d7 %2.").arg(pictures.width()).arg(pictures.height());
+    if (QFileInfo::exists(file()))
+        parts << tr("The file is there, and will be replaced.");
+    return parts.join(QLatin1Char('\n'));
+}
+
+void kxRenderDialog::check()
+{
+    QString said = problem();
+    if (!said.isEmpty())
+        said[0] = said[0].toUpper();
+    _problem->setText(said);
+    _problem->setVisible(!said.isEmpty());
+    _note->setText(said.isEmpty() && _mode == Movie ? note() : QString());
+    _note->setVisible(said.isEmpty() && _mode == Movie);
+    _render->setEnabled(said.isEmpty());
 }
 
 QString kxRenderDialog::file() const

@@ -13,7 +13,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 
-/// Asks what to render and where to: one picture, or a range of frames.
+/// Asks what to render and where to: one picture, or a range of frames as pictures or as a movie.
 class kxRenderDialog : public QDialog
 {
     Q_OBJECT
@@ -21,12 +21,14 @@ public:
     enum Mode
     {
         Image,
-        Frames
+        Frames,
+        Movie
     };
     /// `folder` empty: the one that was rendered to last.
     /// `isFilm`: the view shows clips through their own cameras, and so is the first proposal.
     kxRenderDialog(Mode mode, const QString& folder, const QString& name, bool isFilm, QWidget* parent);
 
+    Mode mode() const { return _mode; }
     QString file() const;
     QSize size() const;
     kxRenderSource source() const;
@@ -38,6 +40,13 @@ public:
 private:
     void choose();
     void check();
+    /// Why there can be nothing of what is asked for; empty where there can.
+    QString problem() const;
+    /// What the user should know of what is asked for.
+    QString note() const;
+    void addFile(QFormLayout* form, const QString& folder, const QString& name);
+    void addSize(QFormLayout* form);
+    void addEnd(QFormLayout* form);
     void addRange(QFormLayout* form);
     void addClips(QFormLayout* form);
     void addCameras(QFormLayout* form, bool isFilm);
@@ -45,8 +54,8 @@ private:
 
     Mode _mode;
     QLineEdit* _file;
-    QKXSpiner* _width;
-    QKXSpiner* _height;
+    QKXSpiner* _width = nullptr;
+    QKXSpiner* _height = nullptr;
     std::vector<kxRenderSource::Clip> _clips;
     QComboBox* _source = nullptr; // where there are clips: the timeline, then these
     QKXSpiner* _first = nullptr;  // of a range
@@ -54,6 +63,7 @@ private:
     std::vector<kxRenderCamera::Entry> _cameras;
     QComboBox* _camera = nullptr; // the film, the view, then these
     QCheckBox* _transparent;
+    QLabel* _note;
     QLabel* _problem;
-    QPushButton* _render;
+    QPushButton* _render = nullptr;
 };

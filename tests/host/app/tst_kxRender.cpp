@@ -30,28 +30,43 @@ private Q_SLOTS:
 
     void dialogRefuses_data()
     {
-        kxColumns<bool, QString, int, int, QString>("frames", "file", "first", "last", "problem");
-        kxRow("one picture", false, "a.png", 0, 0, "");
-        kxRow("of no kind", false, "a.txt", 0, 0, ".png");
-        kxRow("into no folder", false, "gone/a.png", 0, 0, "There is no such folder");
-        kxRow("frames", true, "a_%04d.png", -2, 9, "");
-        kxRow("of one name", true, "a.png", 1, 2, "%04d");
-        kxRow("one frame of one name", true, "a.png", 7, 7, "");
-        kxRow("backwards", true, "a_%d.png", 9, 8, "The last frame stands before the first");
+        kxColumns<int, QString, int, int, QString, QString>("mode", "file", "first", "last", "problem", "note");
+        const int image = kxRenderDialog::Image, frames = kxRenderDialog::Frames, movie = kxRenderDialog::Movie;
+        kxRow("one picture", image, "a.png", 0, 0, "", "");
+        kxRow("of no kind", image, "a.txt", 0, 0, ".png", "");
+        kxRow("into no folder", image, "gone/a.png", 0, 0, "There is no such folder", "");
+        kxRow("frames", frames, "a_%04d.png", -2, 9, "", "");
+        kxRow("of one name", frames, "a.png", 1, 2, "%04d", "");
+        kxRow("one frame of one name", frames, "a.png", 7, 7, "", "");
+        kxRow("backwards", frames, "a_%d.png", 9, 8, "The last frame stands before the first", "");
+        kxRow("transparent", frames, "clear_%d.jpg", 3, 8, "can't be transparent", "");
+        kxRow("movie", movie, "a.mp4", -2, 9, "", "12 frames, 0.20 s at 60 frames a second");
+        kxRow("odd sides", movie, "odd.mp4", -2, 9, "", "even sides: 642 \u00d7 360");
+        kxRow("movie of odd sides that can", movie, "odd.webm", -2, 9, "", "12 frames");
+        kxRow("too fast", movie, "a.gif", -2, 9, "", "6 frames, 0.20 s at 30 frames a second");
+        kxRow("in place of another", movie, "old.gif", -2, 9, "", "will be replaced");
+        kxRow("backwards movie", movie, "a.gif", 9, 8, "The last frame stands before the first", "");
+        kxRow("transparent movie", movie, "clear.mp4", 3, 8, "can't be transparent", "");
+        kxRow("movie of no kind", movie, "a.png", 3, 8, ".webm", "");
     }
 
     void dialogRefuses()
     {
-        QFETCH(bool, frames);
+        QFETCH(int, mode);
         QFETCH(QString, file);
         QFETCH(int, first);
         QFETCH(int, last);
         QFETCH(QString, problem);
-        kxRenderDialog dialog(frames ? kxRenderDialog::Frames : kxRenderDialog::Image, _folder.path(), "Film", true,
-                              nullptr);
-        QCOMPARE(dialog.file(), path(frames ? "Film_%04d.png" : "Film.png"));
+        QFETCH(QString, note);
+        QVERIFY(QFile(path("old.gif")).open(QFile::WriteOnly));
+        kxAnimManager::the()->setFPS(60);
+        kxRenderDialog dialog(kxRenderDialog::Mode(mode), _folder.path(), "Film", true, nullptr);
+        QCOMPARE(dialog.file(), path(QStringList{"Film.png", "Film_%04d.png", "Film.mp4"}.at(mode)));
         dialog.findChild<QLineEdit*>("_file")->setText(path(file));
-        if (frames)
+        dialog.findChild<QCheckBox*>()->setChecked(file.startsWith("clear"));
+        dialog.findChild<QKXSpiner*>("_height")->setValue(360);
+        dialog.findChild<QKXSpiner*>("_width")->setValue(file.startsWith("odd") ? 641 : 640);
+        if (mode != kxRenderDialog::Image)
         {
             QVERIFY(dialog.range().first == 3 && dialog.range().last == 17);
             dialog.findChild<QKXSpiner*>("_first")->setValue(first);
@@ -61,7 +76,8 @@ private Q_SLOTS:
         QString said;
         for (const QLabel* const label : dialog.findChildren<QLabel*>())
             said += label->text() + '\n';
-        QVERIFY2(said.contains(problem), qPrintable(said));
+        QVERIFY2(said.contains(problem) && said.contains(note), qPrintable(said));
+        QCOMPARE(said.contains("even"), file == "odd.mp4");
         QCOMPARE(dialog.findChild<QPushButton*>("_render")->isEnabled(), problem.isEmpty());
     }
 
@@ -299,20 +315,23 @@ private Q_SLOTS:
                 qAlpha(QImage(path("plain.png")).pixel(0, 0)) == 255);
     }
 
-    void menuWritesOnePicture_data()
+    void menuWritesFiles_data()
     {
-        kxColumns<bool, QString, QString>("frames", "file", "says");
-        kxRow("a picture", false, "one.png", "one.png written");
-        kxRow("frames", true, "n_%d.png", "pictures written to");
-        kxRow("what can't be written", false, "folder.png", "folder.png' can't be written");
+        kxColumns<QString, QString, QString>("action", "file", "says");
+        kxRow("a picture", "_actionRenderImage", "one.png", "one.png written");
+        kxRow("frames", "_actionRenderFrames", "n_%d.png", "pictures written to");
+        kxRow("what can't be written", "_actionRenderImage", "folder.png", "folder.png' can't be written");
+        kxRow("a movie", "_actionRenderMovie", "one.mp4", "15 frames written to");
+        kxRow("a movie that can't be", "_actionRenderMovie", "folder.mp4", "folder.mp4' can't be written");
     }
 
-    void menuWritesOnePicture()
+    void menuWritesFiles()
     {
-        QFETCH(bool, frames);
+        QFETCH(QString, action);
         QFETCH(QString, file);
         QFETCH(QString, says);
         QDir(_folder.path()).mkdir("folder.png");
+        QDir(_folder.path()).mkdir("folder.mp4");
         kxMainWindow window;
         QString said;
         QTimer answer; // the dialog, then the message where there is one
@@ -333,10 +352,10 @@ private Q_SLOTS:
                     }
                 });
         answer.start(0);
-        window.findChild<QAction*>(frames ? "_actionRenderFrames" : "_actionRenderImage")->trigger();
+        window.findChild<QAction*>(action)->trigger();
         answer.stop();
         QVERIFY2((said + window.statusBar()->currentMessage()).contains(says), qPrintable(said));
-        QVERIFY(!frames || QDir(_folder.path()).entryList({"n_*.png"}).size() == 15);
+        QVERIFY(file != "n_%d.png" || QDir(_folder.path()).entryList({"n_*.png"}).size() == 15);
     }
 
 private:
