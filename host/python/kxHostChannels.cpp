@@ -10,7 +10,7 @@
 
 namespace
 {
-typedef kxAnimManager::kxOSGChannelData Channel;
+using kxHostChannels::Channel;
 
 std::string nameOf(const Channel& channel)
 {
@@ -25,8 +25,9 @@ std::vector<Channel> channelsOf(const osg::FieldContainerPtr& object)
     kxAnimManager::the()->getKeyableChannels(object, channels);
     return channels;
 }
+} // namespace
 
-Channel find(const osg::FieldContainerPtr& object, const std::string& name)
+Channel kxHostChannels::find(const osg::FieldContainerPtr& object, const std::string& name)
 {
     std::string known;
     for (const Channel& channel : channelsOf(object))
@@ -37,8 +38,6 @@ Channel find(const osg::FieldContainerPtr& object, const std::string& name)
     }
     kxRaise(PyExc_KeyError, "no channel '" + name + "'; there are: " + (known.empty() ? "none" : known));
 }
-} // namespace
-
 std::vector<std::string> kxHostChannels::names(const osg::FieldContainerPtr& object)
 {
     std::vector<std::string> names;

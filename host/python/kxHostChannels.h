@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kxAnimManager.h>
 #include <osg/FCPtr.h>
 
 #include <string>
@@ -11,6 +12,8 @@
 /// Raises ValueError for an object that is null or gone, and KeyError, with the channels there are, for an unknown one.
 namespace kxHostChannels
 {
+typedef kxAnimManager::kxOSGChannelData Channel;
+Channel find(const osg::FieldContainerPtr& object, const std::string& name);
 /// In the order of the object's fields.
 std::vector<std::string> names(const osg::FieldContainerPtr& object);
 double value(const osg::FieldContainerPtr& object, const std::string& channel);

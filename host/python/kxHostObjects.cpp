@@ -1,5 +1,6 @@
 #include "kxRaise.h"
 
+#include "kxHostChannels.h"
 #include "kxHostObjects.h"
 
 #include <edits/kxClippingPlane.h>
@@ -118,28 +119,54 @@ osg::NodePtr clippingPlane(bool on)
     return kxClippingPlane::node();
 }
 
-/// The curve of a block, or of an object's keys that are in no block.
-osg::AnimCurvePtr curveOf(const osg::NodePtr& object, const std::string& channel)
+bool isBlock(const osg::FieldContainerPtr& object)
+{
+    const osg::NodePtr node = osg::NodePtr::dcast(object);
+    return node != osg::NullFC && osg::AnimBlockPtr::dcast(node->getCore()) != osg::NullFC;
+}
+
+/// The curve of a block, or of an object's keys that are in no block; null where there is none.
+osg::AnimCurvePtr findCurve(const osg::FieldContainerPtr& object, const std::string& channel)
 {
     if (object == osg::NullFC)
         kxRaise(PyExc_ValueError, "the object is null, or it is gone");
     std::vector<osg::AnimNodePtr> nodes;
-    if (osg::AnimBlockPtr::dcast(object->getCore()) != osg::NullFC)
+    if (isBlock(object))
     {
-        for (const osg::NodePtr& child : object->getChildren())
+        for (const osg::NodePtr& child : osg::NodePtr::dcast(object)->getChildren())
             if (const osg::AnimNodePtr node = osg::AnimNodePtr::dcast(child))
                 nodes.push_back(node);
     }
     else
-        kxAnimManager::the()->getChannelCurveNodes(object, nodes);
+        kxAnimManager::the()->getChannelCurveNodes(kxAnimManager::the()->getAnimAttachment(object), nodes);
     for (const osg::AnimNodePtr& node : nodes)
         if (node->getNodeName() == channel)
             if (const osg::AnimCurvePtr curve = osg::AnimCurvePtr::dcast(node->getCore()))
                 return curve;
-    kxRaise(PyExc_ValueError, "the object has no keys of '" + channel + "'");
+    return osg::AnimCurvePtr();
 }
 
-bp::list keys(const osg::NodePtr& object, const std::string& channel)
+osg::AnimCurvePtr curveOf(const osg::FieldContainerPtr& object, const std::string& channel)
+{
+    const osg::AnimCurvePtr curve = findCurve(object, channel);
+    if (curve == osg::NullFC)
+        kxRaise(PyExc_ValueError, "the object has no keys of '" + channel + "'");
+    return curve;
+}
+
+/// Made where the object has the channel and no curve of it.
+osg::AnimCurvePtr ensureCurve(const osg::FieldContainerPtr& object, const std::string& channel)
+{
+    const osg::AnimCurvePtr there = findCurve(object, channel);
+    if (there != osg::NullFC || isBlock(object))
+        return there != osg::NullFC ? there : curveOf(object, channel);
+    const osg::AnimNodePtr node =
+        kxAnimManager::the()->createChannelCurveNode(kxHostChannels::find(object, channel), osg::AnimAttachmentPtr());
+    kxAnimManager::the()->addAnimation(object, node);
+    return osg::AnimCurvePtr::dcast(node->getCore());
+}
+
+bp::list keys(const osg::FieldContainerPtr& object, const std::string& channel)
 {
     bp::list found;
     for (const osg::CCPnt& key : curveOf(object, channel)->getControlPoints())
@@ -155,12 +182,12 @@ osg::CCPnt withValue(const osg::CCPnt& key, float value)
                       key.outType == free ? key.outtangent() : osg::Vec2f(), key.inType, key.outType);
 }
 
-void setKey(const osg::NodePtr& object, const std::string& channel, double seconds, double value)
+void setKey(const osg::FieldContainerPtr& object, const std::string& channel, double seconds, double value)
 {
-    const osg::AnimCurvePtr curve = curveOf(object, channel);
     const osg::Pnt2f place{float(seconds), float(value)};
     if (!osg::isFinite(place))
         kxRaise(PyExc_ValueError, "time and value of a key have to be finite numbers");
+    const osg::AnimCurvePtr curve = ensureCurve(object, channel);
     const auto before = curve->getControlPoints();
     const auto there = std::find_if(before.begin(), before.end(),
                                     [seconds](const osg::CCPnt& key)
@@ -174,7 +201,64 @@ void setKey(const osg::NodePtr& object, const std::string& channel, double secon
     kxSceneEdits::setField({curve}, "controlPoints", after);
 }
 
-void setInfinity(const osg::NodePtr& object, const std::string& channel, const std::string& before,
+double numberOf(const bp::object& value)
+{
+    const double number = PyFloat_AsDouble(value.ptr());
+    if (PyErr_Occurred() != nullptr)
+        bp::throw_error_already_set();
+    if (!std::isfinite(number))
+        kxRaise(PyExc_ValueError, "times and values have to be finite numbers");
+    return number;
+}
+
+/// A vector of this direction of time from a handle that a script gives, and its type.
+osg::UInt32 tangentOf(const bp::object& value, double direction, osg::Vec2f& vector)
+{
+    static constexpr const char* Words[] = {"constant", "linear", "flat", "hermite", "following"};
+    static constexpr osg::UInt32 Types[] = {osg::TangentType::Constant, osg::TangentType::Linear,
+                                            osg::TangentType::Flat, osg::TangentType::Hermite,
+                                            osg::TangentType::Following};
+    if (const bp::extract<std::string> word(value); word.check())
+    {
+        for (std::size_t i = 0; i < std::size(Words); ++i)
+            if (word() == Words[i])
+                return Types[i];
+        kxRaise(PyExc_ValueError, "no tangent is called '" + word() +
+                                      "'; there are: constant, linear, flat, hermite, following, or a handle");
+    }
+    const bp::extract<bp::tuple> handle(value);
+    if (!handle.check() || bp::len(handle()) != 2)
+        kxRaise(PyExc_TypeError, "a tangent is a text or a handle (seconds, value)");
+    vector = osg::Vec2f(float(numberOf(handle()[0])), float(numberOf(handle()[1])));
+    if (double(vector.x()) * direction < 0)
+        kxRaise(PyExc_ValueError, "the handle before a key has no seconds above 0, the one after it none below");
+    return osg::TangentType::Free;
+}
+
+void setTangents(const osg::FieldContainerPtr& object, const std::string& channel, double seconds,
+                 const bp::object& before, const bp::object& after)
+{
+    const osg::AnimCurvePtr curve = curveOf(object, channel);
+    const auto keys = curve->getControlPoints();
+    const auto there = std::find_if(keys.begin(), keys.end(),
+                                    [seconds](const osg::CCPnt& key)
+                                    { return std::abs(double(key.point().x()) - seconds) < SameTime; });
+    if (there == keys.end())
+        kxRaise(PyExc_ValueError, "there is no key at that time");
+    osg::Vec2f in, out;
+    const osg::UInt32 inType = tangentOf(before, -1, in), outType = tangentOf(after, 1, out);
+    const osg::UInt32 index = osg::UInt32(there - keys.begin());
+    osg::CCPnt& key = curve->editControlPoints()[index];
+    key.setIntangent(in);
+    key.setOuttangent(out);
+    curve->computeIntangent(index, osg::Int32(inType));
+    curve->computeOuttangent(index, osg::Int32(outType));
+    const osg::FieldValue result(curve->getControlPoints());
+    curve->editControlPoints() = keys; // the step does it
+    kxSceneEdits::setField({curve}, "controlPoints", result);
+}
+
+void setInfinity(const osg::FieldContainerPtr& object, const std::string& channel, const std::string& before,
                  const std::string& after)
 {
     static constexpr const char* Words[] = {"constant", "linear", "loop", "loop with offset", "oscillate"};
@@ -204,6 +288,36 @@ void setCycles(const osg::AnimNodePtr& animation, int cycles)
     if (cycles < -1 || cycles > 100000)
         kxRaise(PyExc_ValueError, "the cycles have to be -1 to 100000");
     kxSceneEdits::setField({living(animation)}, "postCycles", osg::FieldValue(osg::Int32(cycles)));
+}
+
+/// What isn't given stays.
+void setTiming(const osg::AnimNodePtr& animation, const bp::object& start, const bp::object& stretch,
+               const bp::object& flipped, const bp::object& range)
+{
+    const std::vector<osg::FieldContainerPtr> target = {living(animation)};
+    const auto number = [](const bp::object& value) { return float(numberOf(value)); };
+    const float scale = stretch.is_none() ? 1.0f : number(stretch);
+    if (!(scale > 0))
+        kxRaise(PyExc_ValueError, "the stretch has to be above 0");
+    osg::Pnt2f limits;
+    if (!range.is_none())
+    {
+        const bp::extract<bp::tuple> pair(range);
+        if (!pair.check() || bp::len(pair()) != 2)
+            kxRaise(PyExc_TypeError, "a range is a tuple of two times");
+        limits = osg::Pnt2f(number(pair()[0]), number(pair()[1]));
+    }
+    if (!start.is_none())
+        kxSceneEdits::setField(target, "offset",
+                               osg::FieldValue(osg::Vec2f(number(start), animation->getOffset().y())));
+    if (!stretch.is_none())
+        kxSceneEdits::setField(target, "scale", osg::FieldValue(scale));
+    if (!flipped.is_none())
+        kxSceneEdits::setField(target, "flipped", osg::FieldValue(bp::extract<bool>(flipped)()));
+    if (range.is_none())
+        return;
+    kxSceneEdits::setField(target, "usePlayRange", osg::FieldValue(true));
+    kxSceneEdits::setField(target, "playRange", osg::FieldValue(osg::Vec2f(limits.x(), limits.y())));
 }
 
 void setTrack(const osg::AnimNodePtr& animation, int track)
@@ -322,15 +436,45 @@ void defineAnimation()
     bp::def("setKey", setKey, bp::args("object", "channel", "seconds", "value"),
             "Gives a key another value, or adds a key where there is none at that time. Copies of a block that stand "
             "in clips share its keys. One step on the undo stack.\n\n"
-            "@param object: A block, or a node with keys that stand in no block.\n\n"
+            "@param object: A block, a node or a material, of which the keys that stand in no block are meant.\n\n"
             "@type object: NodePtr\n\n"
-            "@param channel: As in \"rotation.Y\", one that has keys.\n\n"
+            "@param channel: As in \"rotation.Y\", any channel of the object; of a block one that has keys.\n\n"
             "@type channel: string\n\n"
             "@param seconds: The time of the key, from the start of the block.\n\n"
             "@type seconds: float\n\n"
             "@param value: The value.\n\n"
             "@type value: float\n\n"
-            "@raise ValueError: The object is null, the channel has no keys, or a number isn't finite.");
+            "@raise ValueError: The object is null, the block has no keys of the channel, or a number isn't finite.\n\n"
+            "@raise KeyError: The object has no such channel.");
+    bp::def("setTangents", setTangents, bp::args("object", "channel", "seconds", "before", "after"),
+            "Bends the curve at a key. One step on the undo stack.\n\n"
+            "@param object: A block, or a node with keys that stand in no block.\n\n"
+            "@type object: NodePtr\n\n"
+            "@param channel: As in \"rotation.Y\".\n\n"
+            "@type channel: string\n\n"
+            "@param seconds: The time of the key.\n\n"
+            "@type seconds: float\n\n"
+            "@param before: \"constant\", \"linear\", \"flat\", \"hermite\", \"following\", or the handle as "
+            "(seconds, value) from the key.\n\n"
+            "@type before: string or (float, float)\n\n"
+            "@param after: The same.\n\n"
+            "@type after: string or (float, float)\n\n"
+            "@raise ValueError: There is no such key or tangent, or the handle points the wrong way.");
+    bp::def("setTiming", setTiming,
+            (bp::arg("animation"), bp::arg("start") = bp::object(), bp::arg("stretch") = bp::object(),
+             bp::arg("flipped") = bp::object(), bp::arg("range") = bp::object()),
+            "Places a clip or a block in the time of what it stands in. What isn't given stays.\n\n"
+            "@param animation: The clip or block.\n\n"
+            "@type animation: AnimNodePtr\n\n"
+            "@param start: Where its own second 0 lies, in seconds.\n\n"
+            "@type start: float\n\n"
+            "@param stretch: How long one of its seconds lasts.\n\n"
+            "@type stretch: float\n\n"
+            "@param flipped: True where it runs backwards.\n\n"
+            "@type flipped: bool\n\n"
+            "@param range: The part of it that is played, from and to, in its own seconds.\n\n"
+            "@type range: (float, float)\n\n"
+            "@raise ValueError: The animation is null, or a number makes no sense.");
     bp::def("setCycles", setCycles, bp::args("animation", "cycles"),
             "Says how often a clip or a block repeats after its first pass.\n\n"
             "@param animation: The clip, or the copy of a block that stands in one.\n\n"

@@ -275,12 +275,21 @@ private Q_SLOTS:
             "assert keys(door, x) == [(0, 0), (1, 9), (2, 6)] and undoCount() == 2\n"
             "for bad in ((float('nan'), 1), (1, float('inf')), (1e300, 1)):\n"
             "    refused(ValueError, 'finite', setKey, door, x, *bad)\n"
-            "refused(ValueError, 'no keys', setKey, door, 'rotation.X', 1, 1)\n"
+            "refused(KeyError, 'scale.Q', setKey, door, 'scale.Q', 1, 1)\n"
+            "refused(ValueError, 'no keys', setTangents, door, 'rotation.X', 1, 'flat', 'flat')\n"
+            "refused(ValueError, 'no key at', setTangents, door, x, 1.5, 'flat', 'flat')\n"
+            "refused(ValueError, 'hermite', setTangents, door, x, 1, 'soft', 'flat')\n"
+            "refused(ValueError, 'below', setTangents, door, x, 1, 'flat', (-0.1, 1))\n"
+            "refused(ValueError, 'null', setTiming, None, 1)\n"
             "refused(ValueError, 'null', keys, None, x); refused(ValueError, 'null', setKey, None, x, 1, 1)\n"
             "assert undoCount() == 2 and keys(door, x)[2] == (2, 6)");
         QCOMPARE(curve->getControlPoints(2).inType, flat);
         QCOMPARE(curve->getControlPoints(1).inType, osg::UInt32(osg::TangentType::Linear));
-        run("assert undo() and keys(door, x)[2] == (2, 4) and undo() and len(keys(door, x)) == 2 and redo()");
+        run("setTangents(door, x, 1, 'flat', (0.25, 3)); assert undoCount() == 3");
+        QCOMPARE(curve->getControlPoints(1).outtangent(), osg::Vec2f(0.25f, 3));
+        QCOMPARE(curve->getControlPoints(1).inType, flat);
+        run("assert undo() and undo() and keys(door, x)[2] == (2, 4) and undo() and len(keys(door, x)) == 2 and "
+            "redo()");
         QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
     }
 
