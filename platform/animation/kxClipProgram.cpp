@@ -176,37 +176,7 @@ void kxClipProgram::shorten(Option& option, Passage* above, bool isHeld)
 /// Chooses by `time`, which is moved to the end of the option it lies outside of.
 kxClipProgram::Option& kxClipProgram::choose(Choice& choice, double& time, double tolerance)
 {
-    enum Rank
-    {
-        StartsLater,
-        Ended,
-        Holds
-    };
-    Option* best = nullptr;
-    Rank bestRank = StartsLater;
-    double bestNearness = 0, bestTime = time;
-    for (Option& option : choice.options)
-    {
-        double start = 0, end = 0;
-        if (!kxNodeTime::extent(*option.node, start, end))
-            continue;
-        const Rank rank = time < start - tolerance ? StartsLater : time > end + tolerance ? Ended : Holds;
-        // Greater is better: the latest end, the earliest start.
-        const double nearness = rank == Ended ? end : rank == StartsLater ? -start : 0;
-        const float track = option.node->getOffset().y();
-        if (best != nullptr)
-        {
-            if (rank < bestRank || (rank == bestRank && nearness < bestNearness))
-                continue;
-            if (rank == bestRank && nearness == bestNearness && track < best->node->getOffset().y())
-                continue;
-        }
-        best = &option;
-        bestRank = rank;
-        bestNearness = nearness;
-        bestTime = std::clamp(time, start, end);
-    }
-    time = bestTime;
+    Option* const best = kxNodeTime::choose(choice.options, time, tolerance);
     return best == nullptr ? choice.options.back() : *best;
 }
 

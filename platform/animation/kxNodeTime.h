@@ -2,6 +2,9 @@
 
 #include <osg/AnimNode.h>
 
+#include <algorithm>
+#include <vector>
+
 /// Time in the animation tree, in double: how a parent's time falls into a node, and where a node lies. Seconds.
 ///
 ///   parent  ----|offset|== pass 0 ==|== pass 1 ==|---->      own time: (t - offset) / scale
@@ -29,6 +32,46 @@ KX_API double contentTime(const osg::AnimNode& node, double parentTime, double t
 
 /// Start and end with all passes in the parent's time; an endless node ends at infinity. False where it has no extent.
 KX_API bool extent(const osg::AnimNode& node, double& start, double& end);
+
+/// Which of several animations in a clip counts at `time`, which is moved to the end of the one that it lies outside
+/// of: the one that holds it, else the one that ended last, else the one that starts first; of equals the one on the
+/// higher track, then the later one. Each has a `node`. Null where none has an extent.
+template <class Options>
+auto choose(Options& options, double& time, double tolerance) -> decltype(options.data())
+{
+    enum Rank
+    {
+        StartsLater,
+        Ended,
+        Holds
+    };
+    decltype(options.data()) best = nullptr;
+    Rank bestRank = StartsLater;
+    double bestNearness = 0, bestTime = time;
+    for (auto& option : options)
+    {
+        double start = 0, end = 0;
+        if (!extent(*option.node, start, end))
+            continue;
+        const Rank rank = time < start - tolerance ? StartsLater : time > end + tolerance ? Ended : Holds;
+        // Greater is better: the latest end, the earliest start.
+        const double nearness = rank == Ended ? end : rank == StartsLater ? -start : 0;
+        const float track = option.node->getOffset().y();
+        if (best != nullptr)
+        {
+            if (rank < bestRank || (rank == bestRank && nearness < bestNearness))
+                continue;
+            if (rank == bestRank && nearness == bestNearness && track < best->node->getOffset().y())
+                continue;
+        }
+        best = &option;
+        bestRank = rank;
+        bestNearness = nearness;
+        bestTime = std::clamp(time, start, end);
+    }
+    time = bestTime;
+    return best;
+}
 
 /// How far a time near `seconds` may be off by the rounding of keys, offsets and frames to float.
 KX_API double tolerance(double seconds);

@@ -1,6 +1,5 @@
 #include <files/gltf/kxExportCurves.h>
 
-#include <animation/kxCurveEvaluation.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -11,291 +10,377 @@ using namespace osg;
 namespace
 {
 using kxAnimImport::Interpolation;
-using kxExportCurves::Component;
-using kxExportCurves::Components;
-using kxExportCurves::Sampler;
+using kxExportSpans::Span;
 
-constexpr double LongestTurn = 90.0; ///< degrees between two keys
-constexpr int MostHalvings = 12;
-constexpr std::size_t MostSamples = 1000000;
+constexpr double SmallestStep = 1e-9; ///< seconds: nearer times are one
+/// Where a piece is compared with what stands for it; the cubic goes through thirds anyway.
+constexpr double Checks[] = {1.0 / 24, 1.0 / 8, 5.0 / 24, 11.0 / 24, 13.0 / 24, 19.0 / 24, 7.0 / 8, 23.0 / 24};
 
-enum class Shape
-{
-    Flat, ///< can be written as any other
-    Straight,
-    Step,
-    Cubic,
-    Other
-};
-
-/// The curve between two times that no key lies between.
-struct Piece
-{
-    Shape shape = Shape::Flat;
-    /// Of the keys on both sides: time, value; and the values of the handles.
-    double start = 0, end = 1;
-    double value[4] = {0, 0, 0, 0};
-
-    /// Change in a second.
-    double slope(double seconds) const
-    {
-        const double length = end - start;
-        if (shape == Shape::Flat)
-            return 0;
-        if (shape == Shape::Straight)
-            return (value[3] - value[0]) / length;
-        const double u = std::clamp((seconds - start) / length, 0.0, 1.0), w = 1 - u;
-        return 3 * (w * w * (value[1] - value[0]) + 2 * w * u * (value[2] - value[1]) + u * u * (value[3] - value[2])) /
-               length;
-    }
-};
-
-Shape shapeOf(const CCPnt& a, const CCPnt& b)
-{
-    const double dx = double(b.x()) - a.x(), dy = double(b.y()) - a.y();
-    const bool step = a.outX() == 0 && a.outY() == 0 && b.inX() == 0 && b.inY() == 0;
-    if (step || !(dx > 0))
-        return dy == 0 ? Shape::Flat : Shape::Step;
-    const double scale = std::max({std::abs(double(a.y())), std::abs(double(b.y())), 1e-6});
-    const double offOut = std::abs(a.outY() - dy * a.outX() / dx), offIn = std::abs(b.inY() - dy * b.inX() / dx);
-    if (offOut <= 1e-6 * scale && offIn <= 1e-6 * scale)
-        return dy == 0 ? Shape::Flat : Shape::Straight;
-    const double third = dx / 3;
-    const bool thirds = std::abs(a.outX() - third) <= 1e-4 * dx && std::abs(b.inX() + third) <= 1e-4 * dx;
-    return thirds ? Shape::Cubic : Shape::Other;
-}
-
-Piece pieceAt(const Component& component, double seconds)
-{
-    Piece piece;
-    if (component.curve == nullptr)
-        return piece;
-    const MField<CCPnt, 0>& keys = component.curve->getControlPoints();
-    const double local = (seconds - component.offset) / component.scale;
-    const auto next = std::upper_bound(keys.begin(), keys.end(), local,
-                                       [](double time, const CCPnt& key) { return time < double(key.x()); });
-    if (next == keys.begin() || next == keys.end())
-        return piece;
-    const CCPnt &a = *(next - 1), &b = *next;
-    piece.shape = shapeOf(a, b);
-    piece.start = component.scale * double(a.x()) + component.offset;
-    piece.end = component.scale * double(b.x()) + component.offset;
-    piece.value[0] = a.y();
-    piece.value[1] = double(a.y()) + a.outY();
-    piece.value[2] = double(b.y()) + b.inY();
-    piece.value[3] = b.y();
-    return piece;
-}
-
-/// The times of all keys, each once.
-std::vector<float> keyTimes(const Components& components)
-{
-    std::vector<float> times;
-    for (const Component& component : components)
-        if (component.curve != nullptr)
-            for (const CCPnt& key : component.curve->getControlPoints())
-                times.push_back(float(component.scale * double(key.x()) + component.offset));
-    std::sort(times.begin(), times.end());
-    times.erase(std::unique(times.begin(), times.end()), times.end());
-    return times;
-}
-
-/// The kind that all pieces can be written as; Other where there is none.
-Shape commonShape(const Components& components, const std::vector<float>& times)
-{
-    bool straight = true, step = true, cubic = true;
-    for (std::size_t i = 0; i + 1 < times.size(); ++i)
-        for (const Component& component : components)
-        {
-            const Shape shape = pieceAt(component, 0.5 * (double(times[i]) + times[i + 1])).shape;
-            straight = straight && (shape == Shape::Flat || shape == Shape::Straight);
-            step = step && (shape == Shape::Flat || shape == Shape::Step);
-            cubic = cubic && shape != Shape::Step && shape != Shape::Other;
-        }
-    return straight ? Shape::Straight : step ? Shape::Step : cubic ? Shape::Cubic : Shape::Other;
-}
-
-void appendValue(const Components& components, double seconds, std::vector<float>& values)
-{
-    for (const Component& component : components)
-        values.push_back(component.value(seconds));
-}
-
-void appendSpline(const Components& components, const std::vector<float>& times, std::vector<float>& values)
-{
-    for (std::size_t i = 0; i < times.size(); ++i)
-    {
-        const double t = times[i];
-        const auto slope = [&](const Component& component, std::size_t from, std::size_t to)
-        { return to >= times.size() ? 0.0 : pieceAt(component, 0.5 * (double(times[from]) + times[to])).slope(t); };
-        for (const Component& component : components)
-            values.push_back(i == 0 ? 0.0f : float(slope(component, i - 1, i)));
-        appendValue(components, t, values);
-        for (const Component& component : components)
-            values.push_back(float(slope(component, i, i + 1)));
-    }
-}
-
-std::vector<float> withFrames(const std::vector<float>& times, double fps)
-{
-    std::vector<float> all = times;
-    if (times.size() < 2 || !(fps > 0) || (double(times.back()) - times.front()) * fps > double(MostSamples))
-        return all;
-    for (double frame = std::ceil(times.front() * fps); frame <= times.back() * fps; frame += 1)
-        all.push_back(float(frame / fps));
-    std::sort(all.begin(), all.end());
-    // Times that mean the same frame differ by their rounding.
-    const float slack = float(1e-3 / fps);
-    all.erase(std::unique(all.begin(), all.end(), [slack](float a, float b) { return b - a < slack; }), all.end());
-    return all;
-}
-
-Vec3f anglesAt(const Components& components, double seconds)
-{
-    return Vec3f(components[0].value(seconds), components[1].value(seconds), components[2].value(seconds));
-}
-
-QQuaternion rotationOf(const Vec3f& angles, const QQuaternion& orientation)
+QQuaternion quaternion(const double* degrees)
 {
     float w, x, y, z;
-    kxSceneMath::quaternionFromEuler(angles, w, x, y, z);
-    return QQuaternion(w, x, y, z) * orientation;
+    kxSceneMath::quaternionFromEuler(Vec3f(float(degrees[0]), float(degrees[1]), float(degrees[2])), w, x, y, z);
+    return QQuaternion(w, x, y, z);
 }
 
-double degreesBetween(const QQuaternion& a, const QQuaternion& b)
+void rotationOf(const double* in, double* out)
 {
-    // The length of the difference, not the dot product, distinguishes small angles.
-    const QQuaternion d = a.conjugated() * b;
-    return 2.0 * std::atan2(double(d.vector().length()), std::abs(double(d.scalar()))) * 57.295779513082320877;
+    const QQuaternion rotation = (quaternion(in) * quaternion(in + 3)).normalized();
+    out[0] = double(rotation.x());
+    out[1] = double(rotation.y());
+    out[2] = double(rotation.z());
+    out[3] = double(rotation.scalar());
 }
 
-/// The way between two keys.
-class Turns
+double dot(const std::vector<double>& a, const std::vector<double>& b)
 {
-public:
-    Turns(const Components& components, const QQuaternion& orientation, float tolerance, Sampler& out)
-        : _components(components), _orientation(orientation), _tolerance(double(tolerance)), _out(out)
-    {
-    }
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        sum += a[i] * b[i];
+    return sum;
+}
 
-    void append(double seconds)
-    {
-        _out.times.push_back(float(seconds));
-        kxExportCurves::appendRotation(_out.values, rotationOf(anglesAt(_components, seconds), _orientation));
-    }
+/// In degrees. The length of the difference, not the cosine, tells small angles apart.
+double angleBetween(const std::vector<double>& a, const std::vector<double>& b)
+{
+    const double sign = dot(a, b) < 0 ? -1 : 1;
+    double square = 0;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        square += (a[i] - sign * b[i]) * (a[i] - sign * b[i]);
+    return 4 * std::asin(std::min(1.0, 0.5 * std::sqrt(square))) * 57.295779513082320877;
+}
 
-    /// Everything after `start` up to and with `end`.
-    void appendWay(double start, double end, int halvings)
-    {
-        const double middle = 0.5 * (start + end);
-        if (halvings > 0 && !isStraight(start, end) && float(start) < float(middle) && float(middle) < float(end))
-        {
-            appendWay(start, middle, halvings - 1);
-            appendWay(middle, end, halvings - 1);
-        }
-        else
-            append(end);
-    }
+std::vector<double> slerp(const std::vector<double>& a, const std::vector<double>& b, double part)
+{
+    const double sign = dot(a, b) < 0 ? -1 : 1, angle = std::acos(std::min(1.0, std::abs(dot(a, b))));
+    const double sine = std::sin(angle);
+    const bool isSmall = sine < 1e-6;
+    const double u = isSmall ? 1 - part : std::sin((1 - part) * angle) / sine;
+    const double v = sign * (isSmall ? part : std::sin(part * angle) / sine);
+    std::vector<double> mixed(a.size());
+    for (std::size_t i = 0; i < a.size(); ++i)
+        mixed[i] = a[i] * u + b[i] * v;
+    return mixed;
+}
 
-private:
-    bool isStraight(double start, double end) const
-    {
-        const Vec3f a = anglesAt(_components, start), b = anglesAt(_components, end);
-        double turn = 0, least = 0;
-        for (std::size_t i = 0; i < 3; ++i)
-        {
-            turn += std::abs(double(b[i]) - a[i]);
-            for (const double part : {0.25, 0.5, 0.75})
-                least = std::max(least, std::abs(double(_components[i].value(start + part * (end - start))) - a[i]));
-        }
-        if (turn > LongestTurn || least > LongestTurn)
-            return false;
-        const QQuaternion from = rotationOf(a, _orientation), to = rotationOf(b, _orientation);
-        for (const double part : {0.25, 0.5, 0.75})
-        {
-            const QQuaternion there = rotationOf(anglesAt(_components, start + part * (end - start)), _orientation);
-            if (degreesBetween(QQuaternion::slerp(from, to, float(part)), there) > _tolerance)
-                return false;
-        }
-        return true;
-    }
+/// The last float at or before a time, or the first behind it.
+float floatAt(double seconds, bool behind)
+{
+    const float nearest = float(seconds);
+    const float before = double(nearest) <= seconds ? nearest : std::nextafter(nearest, -INFINITY);
+    return behind ? std::nextafter(before, INFINITY) : before;
+}
 
-    const Components& _components;
-    const QQuaternion _orientation;
-    const double _tolerance;
-    Sampler& _out;
-};
+double hermite(double first, double firstSlope, double last, double lastSlope, double part, double length)
+{
+    const double t = part, w = 1 - part;
+    return first * w * w * (1 + 2 * t) + last * t * t * (3 - 2 * t) + length * t * w * (firstSlope * w - lastSlope * t);
+}
 } // namespace
 
-float Component::value(double seconds) const
+/// Keys in the making.
+class kxExportCurves::Keys
 {
-    if (curve == nullptr)
-        return constant;
-    const MField<CCPnt, 0>& keys = curve->getControlPoints();
-    const double local = (seconds - offset) / scale;
-    if (local <= double(keys.front().x()))
-        return keys.front().y();
-    if (local >= double(keys.back().x()))
-        return keys.back().y();
-    UInt32 cursor = 0;
-    // Times went through float on their way here.
-    return kxCurveEvaluation::value(*curve, local, cursor, 1e-6 * std::max(1.0, std::abs(local)));
+public:
+    Keys(const kxExportCurves& curves, Interpolation interpolation, double shift)
+        : _curves(curves), _isRotation(curves._isRotation), _shift(shift)
+    {
+        out.interpolation = interpolation;
+    }
+
+    void add(const std::vector<Fit>& fits)
+    {
+        const Values none(fits.front().first.size(), 0.0);
+        const bool steps = out.interpolation == Interpolation::Step;
+        const Values* before = _curves._before.empty() ? nullptr : &_curves._before;
+        const Values* slope = &none;
+        for (const Fit& fit : fits)
+        {
+            const bool jumps = before != nullptr && _curves.isJump(*before, fit.first);
+            if (out.times.empty() || jumps || !steps)
+                addKey(fit.start, before, fit.first, *slope, fit.firstSlope, jumps);
+            before = &fit.last;
+            slope = &fit.lastSlope;
+        }
+        if (fits.back().end == fits.front().start)
+            return;
+        addKey(fits.back().end, before, _curves._after, *slope, none, _curves.isJump(*before, _curves._after));
+    }
+
+    Sampler out;
+
+private:
+    void addKey(double seconds, const Values* before, const Values& value, const Values& in, const Values& slope,
+                bool jumps)
+    {
+        const Values none(value.size(), 0.0);
+        const float time =
+            jumps ? floatAt(seconds + _shift, _curves.holdsAt(seconds, *before, value)) : float(seconds + _shift);
+        if (jumps && out.interpolation != Interpolation::Step)
+        {
+            push(std::nextafter(time, -INFINITY), in, *before, none);
+            ++out.added;
+            return push(time, none, value, slope);
+        }
+        push(time, in, value, slope);
+    }
+
+    void push(float time, const Values& in, const Values& value, const Values& slope)
+    {
+        if (!out.times.empty() && time <= out.times.back())
+            time = std::nextafter(out.times.back(), INFINITY);
+        out.times.push_back(time);
+        const bool isSpline = out.interpolation == Interpolation::CubicSpline;
+        if (isSpline)
+            out.values.insert(out.values.end(), in.begin(), in.end());
+        // On the side of the sphere that is nearer to the rotation before.
+        if (_isRotation && !_last.empty() && dot(_last, value) < 0)
+            for (const double number : value)
+                out.values.push_back(float(-number));
+        else
+            out.values.insert(out.values.end(), value.begin(), value.end());
+        if (_isRotation)
+            _last.assign(out.values.end() - 4, out.values.end());
+        if (isSpline)
+            out.values.insert(out.values.end(), slope.begin(), slope.end());
+    }
+
+    const kxExportCurves& _curves;
+    const bool _isRotation;
+    const double _shift;
+    Values _last;
+};
+
+kxExportCurves::kxExportCurves(std::vector<Input> inputs, unsigned width, Map map)
+    : _inputs(std::move(inputs)), _width(width), _map(std::move(map))
+{
+    makePieces();
+    Values low(_width, INFINITY);
+    _highest.assign(_width, -INFINITY);
+    for (const Piece& piece : _pieces)
+        for (int i = 0; i <= 8; ++i)
+        {
+            const Values values = valueAt(piece, piece.start + i * 0.125 * (piece.end - piece.start));
+            for (unsigned c = 0; c < _width; ++c)
+            {
+                low[c] = std::min(low[c], values[c]);
+                _highest[c] = std::max(_highest[c], values[c]);
+            }
+        }
+    for (unsigned c = 0; c < _width; ++c)
+        _tolerance.push_back(std::max(
+            {Share * (_highest[c] - low[c]), 2.5e-7 * std::max(std::abs(low[c]), std::abs(_highest[c])), 1e-12}));
+    trim();
 }
 
-Sampler kxExportCurves::vectorSampler(const Components& components, double fps)
+kxExportCurves kxExportCurves::rotation(std::vector<Input> angles)
 {
-    Sampler sampler;
-    sampler.times = keyTimes(components);
-    const Shape shape = commonShape(components, sampler.times);
-    if (shape == Shape::Cubic)
-    {
-        sampler.interpolation = Interpolation::CubicSpline;
-        appendSpline(components, sampler.times, sampler.values);
-        return sampler;
-    }
-    sampler.interpolation = shape == Shape::Step ? Interpolation::Step : Interpolation::Linear;
-    sampler.exact = shape != Shape::Other;
-    if (!sampler.exact)
-        sampler.times = withFrames(sampler.times, fps);
-    for (const float time : sampler.times)
-        appendValue(components, time, sampler.values);
-    return sampler;
+    kxExportCurves curves(std::move(angles), 4, &rotationOf);
+    curves._isRotation = true;
+    return curves;
 }
 
-Sampler kxExportCurves::rotationSampler(const Components& components, const QQuaternion& orientation, float tolerance)
+void kxExportCurves::makePieces()
 {
-    Sampler sampler;
-    const std::vector<float> times = keyTimes(components);
-    const Shape shape = commonShape(components, times);
-    Turns turns(components, orientation, tolerance, sampler);
-    if (shape == Shape::Step)
-    {
-        sampler.interpolation = Interpolation::Step;
-        for (const float time : times)
-            turns.append(time);
-        return sampler;
-    }
-    const auto moving = std::count_if(components.begin(), components.end(),
-                                      [](const Component& component) { return component.curve != nullptr; });
-    sampler.exact = shape == Shape::Straight && moving <= 1;
+    Values times;
+    for (const Input& input : _inputs)
+        for (const Span& span : input.spans)
+            times.insert(times.end(), {span.start, span.end});
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end(), [](double a, double b) { return b - a < SmallestStep; }),
+                times.end());
+    std::vector<std::size_t> at(_inputs.size(), 0);
     for (std::size_t i = 0; i < times.size(); ++i)
     {
-        if (i == 0)
-            turns.append(times[0]);
-        else
-            turns.appendWay(times[i - 1], times[i], MostHalvings);
+        Piece piece;
+        piece.start = times[i];
+        piece.end = i + 1 < times.size() ? times[i + 1] : times[i];
+        if (i > 0 && i + 1 == times.size())
+            break;
+        const double middle = 0.5 * (piece.start + piece.end);
+        for (std::size_t c = 0; c < _inputs.size(); ++c)
+        {
+            const std::vector<Span>& spans = _inputs[c].spans;
+            while (at[c] + 1 < spans.size() && spans[at[c]].end < middle)
+                ++at[c];
+            piece.spans.push_back(spans.empty() ? nullptr : &spans[at[c]]);
+            piece.isStill = piece.isStill && (spans.empty() || spans[at[c]].isStill());
+            piece.isOutside = piece.isOutside && (spans.empty() || spans[at[c]].isOutside);
+        }
+        _pieces.push_back(std::move(piece));
     }
-    return sampler;
 }
 
-void kxExportCurves::appendRotation(std::vector<float>& values, QQuaternion rotation)
+/// Outside of its keys a file holds their values by itself.
+void kxExportCurves::trim()
 {
-    rotation.normalize();
-    if (values.size() >= 4)
+    auto first = _pieces.begin(), last = _pieces.end();
+    while (last - first > 1 && first->isStill && first->isOutside)
+        _before = valueAt(*first, (first->end)), ++first;
+    while (last - first > 1 && (last - 1)->isStill && (last - 1)->isOutside)
+        _after = valueAt(*(last - 1), (last - 1)->start), --last;
+    if (last - first == 1 && first->isStill && first->isOutside && _before.empty() && _after.empty())
+        first->end = first->start; // nothing moves: one key tells it
+    if (_after.empty())
+        _after = exactAt((last - 1)->end);
+    _pieces = std::vector<Piece>(first, last);
+}
+
+kxExportCurves::Values kxExportCurves::valueAt(const Piece& piece, double seconds) const
+{
+    Values in(_inputs.size());
+    for (std::size_t i = 0; i < in.size(); ++i)
+        in[i] = piece.spans[i] == nullptr ? _inputs[i].constant
+                                          : piece.spans[i]->value(std::clamp(seconds, piece.start, piece.end));
+    return valueOf(std::move(in));
+}
+
+kxExportCurves::Values kxExportCurves::valueOf(Values in) const
+{
+    if (_map == nullptr)
+        return in;
+    Values out(_width);
+    _map(in.data(), out.data());
+    return out;
+}
+
+kxExportCurves::Values kxExportCurves::exactAt(double seconds) const
+{
+    Values in;
+    for (const Input& input : _inputs)
+        in.push_back(input.source == nullptr ? input.constant
+                                             : kxExportSpans::valueAt(*input.source, seconds, input.isStepped));
+    return valueOf(std::move(in));
+}
+
+bool kxExportCurves::holdsAt(double seconds, const Values& before, const Values& after) const
+{
+    const Values there = exactAt(seconds);
+    double toBefore = 0, toAfter = 0;
+    for (unsigned c = 0; c < _width; ++c)
     {
-        const float* const last = &values[values.size() - 4];
-        if (last[0] * rotation.x() + last[1] * rotation.y() + last[2] * rotation.z() + last[3] * rotation.scalar() < 0)
-            rotation = -rotation;
+        toBefore += std::abs(there[c] - before[c]);
+        toAfter += std::abs(there[c] - after[c]);
     }
-    values.insert(values.end(), {rotation.x(), rotation.y(), rotation.z(), rotation.scalar()});
+    return toBefore < toAfter;
+}
+
+bool kxExportCurves::isJump(const Values& a, const Values& b) const
+{
+    if (_isRotation)
+        return angleBetween(a, b) > Degrees;
+    for (unsigned c = 0; c < _width; ++c)
+        if (std::abs(a[c] - b[c]) > _tolerance[c])
+            return true;
+    return false;
+}
+
+kxExportCurves::Fit kxExportCurves::fitOf(const Piece& piece, double start, double end) const
+{
+    Fit fit;
+    fit.start = start;
+    fit.end = end;
+    fit.first = valueAt(piece, start);
+    fit.last = valueAt(piece, end);
+    fit.firstSlope.assign(_width, 0.0);
+    fit.lastSlope = fit.firstSlope;
+    fit.isStill = fit.isStraight = piece.isStill;
+    // The slopes are those of the length that the file has.
+    const double length = double(float(end)) - double(float(start));
+    if (piece.isStill || _isRotation || !(length > 0))
+        return fit;
+    const Values third = valueAt(piece, start + (end - start) / 3), second = valueAt(piece, end - (end - start) / 3);
+    fit.isStraight = true;
+    for (unsigned c = 0; c < _width; ++c)
+    {
+        const Span* const span = _map == nullptr ? piece.spans[c] : nullptr;
+        const double chord = (fit.last[c] - fit.first[c]) / length;
+        const auto isOff = [&](double part)
+        {
+            const double there = valueAt(piece, start + part * (end - start))[c];
+            return std::abs(fit.first[c] + part * (fit.last[c] - fit.first[c]) - there) > 0.1 * _tolerance[c];
+        };
+        const bool isStraight = _map == nullptr ? span == nullptr || span->isStraight()
+                                                : !std::any_of(std::begin(Checks), std::end(Checks), isOff);
+        fit.isStraight = fit.isStraight && isStraight;
+        if (isStraight)
+            fit.firstSlope[c] = fit.lastSlope[c] = chord;
+        else if (span != nullptr && span->isCubic())
+        {
+            fit.firstSlope[c] = span->slope(start);
+            fit.lastSlope[c] = span->slope(end);
+        }
+        else // the cubic through four points
+        {
+            const double f0 = fit.first[c], f1 = third[c], f2 = second[c], f3 = fit.last[c];
+            fit.firstSlope[c] = (-5.5 * f0 + 9 * f1 - 4.5 * f2 + f3) / length;
+            fit.lastSlope[c] = (-f0 + 4.5 * f1 - 9 * f2 + 5.5 * f3) / length;
+        }
+    }
+    return fit;
+}
+
+bool kxExportCurves::isGoodTurn(const Piece& piece, const Fit& fit) const
+{
+    Values before = fit.first;
+    double turn = 0;
+    for (const double part : Checks)
+    {
+        Values there = valueAt(piece, fit.start + part * (fit.end - fit.start));
+        turn += angleBetween(before, there);
+        if (turn > LongestTurn || angleBetween(slerp(fit.first, fit.last, part), there) > Degrees)
+            return false;
+        before = std::move(there);
+    }
+    // Full turns look like none where they are looked at too seldom.
+    double angles = 0;
+    for (const Span* const span : piece.spans)
+        if (span != nullptr)
+            angles += std::abs(span->value(fit.end) - span->value(fit.start));
+    return turn + angleBetween(before, fit.last) <= LongestTurn && angles < 170;
+}
+
+bool kxExportCurves::isGood(const Piece& piece, const Fit& fit) const
+{
+    if (fit.isStraight)
+        return true;
+    if (_isRotation)
+        return isGoodTurn(piece, fit);
+    const double length = double(float(fit.end)) - double(float(fit.start));
+    for (const double part : Checks)
+    {
+        const Values there = valueAt(piece, fit.start + part * (fit.end - fit.start));
+        for (unsigned c = 0; c < _width; ++c)
+            if (std::abs(hermite(fit.first[c], fit.firstSlope[c], fit.last[c], fit.lastSlope[c], part, length) -
+                         there[c]) > _tolerance[c])
+                return false;
+    }
+    return true;
+}
+
+void kxExportCurves::append(const Piece& piece, double start, double end, std::vector<Fit>& fits) const
+{
+    Fit fit = fitOf(piece, start, end);
+    const double middle = 0.5 * (start + end);
+    if (isGood(piece, fit) || !(float(start) < float(middle) && float(middle) < float(end)))
+        return fits.push_back(std::move(fit));
+    append(piece, start, middle, fits);
+    append(piece, middle, end, fits);
+}
+
+kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
+{
+    std::vector<Fit> fits;
+    for (const Piece& piece : _pieces)
+        append(piece, piece.start, piece.end, fits);
+    const bool steps = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStill; });
+    const bool straight = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStraight; });
+    Keys keys(*this,
+              steps                     ? Interpolation::Step
+              : straight || _isRotation ? Interpolation::Linear
+                                        : Interpolation::CubicSpline,
+              shift);
+    keys.add(fits);
+    keys.out.added += fits.size() - _pieces.size();
+    return std::move(keys.out);
 }

@@ -1,47 +1,94 @@
 #pragma once
 
+#include <files/gltf/kxExportSpans.h>
 #include <files/import/kxAnimImport.h>
-#include <osg/AnimCurve.h>
 
 #include <QQuaternion>
 
-#include <array>
+#include <functional>
 #include <vector>
 
-/// Turns the curves of a field of three numbers into the one list of keys that glTF wants.
+/// Turns what drives an object into the one list of keys that glTF wants for each of its properties.
 ///
-/// Segments of straight lines, steps and cubics whose handles are at thirds of the time pass exactly, also where the
-/// three curves have keys at different times: each kind can be cut in two without a change. What is of another kind, or
-/// of several kinds that can't be written together, is sampled.
-namespace kxExportCurves
+/// Straight lines, steps and cubics whose handles are at thirds of the time pass exactly, also where several curves
+/// have keys at different times: each kind can be cut in two without a change. What is of another kind is cut into
+/// cubics, and turns into arcs, until they lie within the tolerance. A jump is two keys at times next to each other.
+class kxExportCurves
 {
-/// One number: a curve placed in time (time = scale * curve's time + offset), or a constant.
-struct Component
-{
-    const osg::AnimCurve* curve = nullptr; ///< with keys; null for a constant
-    double scale = 1, offset = 0;
-    float constant = 0;
+public:
+    static constexpr double Share = 2.5e-5;     ///< how far off a value may be, of its range
+    static constexpr double Degrees = 0.03;     ///< how far off a rotation may be
+    static constexpr double LongestTurn = 30.0; ///< degrees between two keys: programs differ on longer ones
 
-    /// Outside the keys the end values hold.
-    float value(double seconds) const;
+    /// One number that goes in: spans in order without gaps, or a constant.
+    struct Input
+    {
+        const kxExportSources::Source* source = nullptr; ///< of the spans
+        bool isStepped = false;
+        std::vector<kxExportSpans::Span> spans;
+        double constant = 0;
+    };
+    /// What comes out of the inputs, `width` numbers; null: the inputs themselves. Angles for a rotation: x, y, z in
+    /// degrees, then those of the orientation, become a quaternion by themselves.
+    typedef std::function<void(const double* in, double* out)> Map;
+
+    kxExportCurves(std::vector<Input> inputs, unsigned width, Map map);
+    kxExportCurves(kxExportCurves&&) = default;
+    kxExportCurves(const kxExportCurves&) = delete; // pieces point to spans
+    /// A quaternion of six angles.
+    static kxExportCurves rotation(std::vector<Input> angles);
+
+    /// The first time at which something happens, in seconds.
+    double start() const { return _pieces.front().start; }
+    /// Of all times, what an output reaches at most.
+    double highest(unsigned output) const { return _highest[output]; }
+
+    struct Sampler
+    {
+        kxAnimImport::Interpolation interpolation = kxAnimImport::Interpolation::Linear;
+        std::vector<float> times;
+        /// Of a spline in tangent, value, out tangent.
+        std::vector<float> values;
+        std::size_t added = 0; ///< keys that no curve has
+    };
+    /// `shift` is added to all times.
+    Sampler sampler(double shift) const;
+
+private:
+    typedef std::vector<double> Values;
+    struct Piece
+    {
+        double start = 0, end = 0;
+        std::vector<const kxExportSpans::Span*> spans; ///< beside the inputs; null for a constant
+        bool isStill = true, isOutside = true;
+    };
+    /// Between two keys: values and slopes at both ends.
+    struct Fit
+    {
+        double start = 0, end = 0;
+        Values first, last, firstSlope, lastSlope;
+        bool isStill = false, isStraight = false;
+    };
+    class Keys;
+
+    void makePieces();
+    void trim();
+    Values valueAt(const Piece& piece, double seconds) const;
+    Values valueOf(Values in) const;
+    Values exactAt(double seconds) const;
+    /// Whether what lies before it still counts at the time of a jump.
+    bool holdsAt(double seconds, const Values& before, const Values& after) const;
+    bool isJump(const Values& a, const Values& b) const;
+    Fit fitOf(const Piece& piece, double start, double end) const;
+    bool isGood(const Piece& piece, const Fit& fit) const;
+    bool isGoodTurn(const Piece& piece, const Fit& fit) const;
+    void append(const Piece& piece, double start, double end, std::vector<Fit>& fits) const;
+
+    std::vector<Input> _inputs;
+    unsigned _width;
+    Map _map;
+    bool _isRotation = false;
+    std::vector<Piece> _pieces; // without those at both ends in which nothing happens
+    Values _before, _after;     // what holds outside of them
+    Values _tolerance, _highest;
 };
-typedef std::array<Component, 3> Components;
-
-struct Sampler
-{
-    kxAnimImport::Interpolation interpolation = kxAnimImport::Interpolation::Linear;
-    std::vector<float> times;
-    /// 3 numbers a key, 4 (x, y, z, w) for a rotation; of a spline in tangent, value, out tangent.
-    std::vector<float> values;
-    bool exact = true;
-};
-
-/// `fps`: where samples are needed, one is taken at each frame, besides those at the keys.
-Sampler vectorSampler(const Components& components, double fps);
-/// Euler angles in degrees, followed by a fixed rotation. Keys are added so that no segment turns by more than 90
-/// degrees and none lies off the way by more than `tolerance`, in degrees. Exact for steps and for turns about one axis
-/// in straight lines.
-Sampler rotationSampler(const Components& components, const QQuaternion& orientation, float tolerance);
-/// Appends a rotation, on the side of the sphere that is nearer to the one before.
-void appendRotation(std::vector<float>& values, QQuaternion rotation);
-} // namespace kxExportCurves

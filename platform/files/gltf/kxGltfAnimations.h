@@ -1,35 +1,31 @@
 #pragma once
 
-#include <files/gltf/kxExportCurves.h>
-#include <files/gltf/kxExportTracks.h>
 #include <files/gltf/kxGltfBuffer.h>
+#include <files/gltf/kxGltfProperties.h>
 
-class kxFileReport;
-
-/// Writes the scene's animations into a glTF model.
+/// Writes the scene's animations into a glTF model, in which all else stands already.
 class kxGltfAnimations
 {
 public:
-    /// `nodes`: the indices of the nodes that show a core, by the core's id.
-    kxGltfAnimations(tinygltf::Model& model, kxGltfBuffer& buffer, std::map<osg::UInt32, std::vector<int>> nodes,
-                     kxFileReport& report);
+    kxGltfAnimations(tinygltf::Model& model, kxGltfBuffer& buffer, const kxGltfPlaces& places, kxFileReport& report)
+        : _model(model), _buffer(buffer), _places(places), _report(report)
+    {
+    }
 
-    void write();
+    void write(const std::vector<kxExportSources::Animation>& animations);
 
 private:
-    struct Samples;
-
-    void write(const kxExportTracks::Animation& source);
-    void writeField(const kxExportTracks::Animation& source, const osg::TransformPtr& core,
-                    const kxExportTracks::Field& field, float shift, const Samples& samples, tinygltf::Animation& out);
+    void write(const kxExportSources::Animation& source);
+    kxExportCurves curvesOf(const kxExportSources::Animation& source, const kxGltfProperty& property);
+    int addSampler(const kxExportCurves::Sampler& sampler, const kxGltfProperty& property, tinygltf::Animation& out);
     /// The channel keeps the name of the block in what the format leaves to applications.
-    void append(const kxExportCurves::Sampler& sampler, float shift, const osg::TransformPtr& core, const char* path,
-                const std::string& block, tinygltf::Animation& out);
-    Samples sample(const kxExportTracks::Animation& source);
-    std::string nameOf(const osg::TransformPtr& core) const;
+    void addChannel(int sampler, const std::string& pointer, const std::string& block, tinygltf::Animation& out);
+    int accessorOf(const std::vector<float>& values, int type, bool isTimes, bool isTruth);
 
     tinygltf::Model& _model;
     kxGltfBuffer& _buffer;
-    std::map<osg::UInt32, std::vector<int>> _nodes;
+    const kxGltfPlaces& _places;
     kxFileReport& _report;
+    std::map<std::pair<int, std::vector<float>>, int> _accessors; // by type and values: what is equal is written once
+    std::size_t _added = 0;
 };

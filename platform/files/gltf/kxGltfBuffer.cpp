@@ -80,6 +80,18 @@ int kxGltfBuffer::addIndices(const std::vector<std::uint32_t>& values, int type,
     return int(_model.accessors.size() - 1);
 }
 
+int kxGltfBuffer::addTruths(const std::vector<float>& values)
+{
+    const std::vector<unsigned char> bytes(values.begin(), values.end());
+    tinygltf::Accessor accessor;
+    accessor.bufferView = addView(bytes.data(), bytes.size(), 0);
+    accessor.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE;
+    accessor.type = TINYGLTF_TYPE_SCALAR;
+    accessor.count = bytes.size();
+    _model.accessors.push_back(accessor);
+    return int(_model.accessors.size() - 1);
+}
+
 void kxGltfBuffer::finish()
 {
     if (_bytes.empty())

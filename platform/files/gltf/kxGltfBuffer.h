@@ -16,6 +16,8 @@ public:
     int addFloats(const std::vector<float>& values, int type, int target, bool bounds);
     /// The same for unsigned numbers of 32 bits.
     int addIndices(const std::vector<std::uint32_t>& values, int type, int target);
+    /// Numbers from 0 to 255, one to an element, in a byte each: truth values.
+    int addTruths(const std::vector<float>& values);
     /// Bytes as they are; the index of their view.
     int addBytes(const std::vector<unsigned char>& bytes);
     /// Puts the buffer into the model; nothing may be added after that.

@@ -12,6 +12,7 @@
 
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QtEndian>
 
 #include <algorithm>
 #include <set>
@@ -55,8 +56,11 @@ public:
         _model.asset.generator = "kxhost";
         // Animated values play no part in the tree, nor where an animation moves only some components of a field.
         const kxRestScope rest(containersOfScene());
+        const std::vector<kxExportSources::Animation> animations = kxExportSources::ofScene();
+        _blinking = kxGltfProperties::shownAndHidden(animations);
         writeTree();
-        kxGltfAnimations(_model, _buffer, _nodesOfCore, _report).write();
+        _places.materials = _surfaces.materials();
+        kxGltfAnimations(_model, _buffer, _places, _report).write(animations);
         if (_buffer.size() > LargestBuffer)
             _report.fail(QStringLiteral("the scene is too large for this format"));
         _buffer.finish();
@@ -85,7 +89,7 @@ private:
         scene.name = "Scene";
         for (const NodePtr& child : kxScene::the()->root()->getChildren())
             if (!isLeftOut(child))
-                scene.nodes.push_back(addNode(child, child->isActive()));
+                scene.nodes.push_back(addNode(child, true, child->isActive()));
         _model.scenes.push_back(std::move(scene));
         _model.defaultScene = 0;
         for (const auto& [id, node] : _skinned)
@@ -101,17 +105,19 @@ private:
         return node->getNChildren() == 0;
     }
 
-    int addNode(const NodePtr& node, bool shown)
+    /// `above`: what it stands below is shown at some time. `own`: nothing of itself hides it at rest.
+    int addNode(const NodePtr& node, bool above, bool own)
     {
+        const bool blinks = _blinking.count(node->getId()) > 0, shown = above && (own || blinks);
         const int index = int(_model.nodes.size());
         _model.nodes.emplace_back();
-        _indices[node->getId()] = index;
+        _places.nodes[node->getId()] = index;
         tinygltf::Node entry;
         entry.name = node->getNodeName();
         const NodeCorePtr core = node->getCore();
         if (const TransformPtr transform = TransformPtr::dcast(core); transform != NullFC)
         {
-            _nodesOfCore[core->getId()].push_back(index);
+            _places.nodesOfCore[core->getId()].push_back(index);
             place(transform, entry);
         }
         std::set<UInt32> parts;
@@ -120,10 +126,17 @@ private:
         else if (GeometryPtr::dcast(core) != NullFC)
             _report.note(QStringLiteral("surfaces that are hidden are left out"));
         if (const CameraPtr camera = CameraPtr::dcast(core); camera != NullFC)
-            entry.camera = addCamera(camera, entry.name);
+            _places.camerasOfCore[core->getId()].push_back(entry.camera = addCamera(camera, entry.name));
         if (const LightPtr light = LightPtr::dcast(core); light != NullFC)
+        {
+            const int added = addLight(light, entry.name);
+            _places.lightsOfCore[core->getId()].push_back(added);
             entry.extensions[LightExtension] =
-                tinygltf::Value(tinygltf::Value::Object{{"light", tinygltf::Value(addLight(light, entry.name))}});
+                tinygltf::Value(tinygltf::Value::Object{{"light", tinygltf::Value(added)}});
+        }
+        if (blinks)
+            entry.extensions[kxGltfProperties::Visibility] =
+                tinygltf::Value(tinygltf::Value::Object{{"visible", tinygltf::Value(own)}});
         const SwitchPtr choice = SwitchPtr::dcast(core);
         for (UInt32 i = 0; i < node->getNChildren(); ++i)
         {
@@ -131,7 +144,7 @@ private:
             const bool chosen =
                 choice == NullFC || choice->getChoice() == Switch::All || choice->getChoice() == Int32(i);
             if (parts.count(child->getId()) == 0 && !isLeftOut(child))
-                entry.children.push_back(addNode(child, shown && chosen && child->isActive()));
+                entry.children.push_back(addNode(child, shown, chosen && child->isActive()));
         }
         _model.nodes[std::size_t(index)] = std::move(entry);
         return index;
@@ -211,8 +224,8 @@ private:
         tinygltf::Skin entry;
         for (const NodePtr& joint : skin->joints())
         {
-            const auto found = _indices.find(joint.getFieldContainerId());
-            if (found == _indices.end())
+            const auto found = _places.nodes.find(joint.getFieldContainerId());
+            if (found == _places.nodes.end())
                 return _report.note(QStringLiteral("a skin has a joint outside the scene and is left out"));
             entry.joints.push_back(found->second);
         }
@@ -230,11 +243,33 @@ private:
     tinygltf::Model _model;
     kxGltfBuffer _buffer;
     kxGltfSurfaces _surfaces;
-    std::map<UInt32, int> _indices;                                        // of nodes, by id
-    std::map<UInt32, std::vector<int>> _nodesOfCore;                       // by core id
+    kxGltfPlaces _places;
+    std::set<UInt32> _blinking;                                            // nodes that are shown and hidden, by id
     std::vector<std::pair<UInt32, int>> _skinned;                          // skin id, node
     std::map<std::pair<std::vector<int>, std::vector<float>>, int> _skins; // index + 1
 };
+} // namespace
+
+namespace
+{
+/// What a pointer animates has no node, which the serializer writes as -1. Blanks take its place: lengths stay.
+void dropMissingNodes(std::string& bytes, bool text)
+{
+    constexpr std::size_t Head = 20, LengthAt = 12; // of a binary file, before the description
+    std::size_t from = 0, to = bytes.size();
+    if (!text && bytes.size() > Head)
+    {
+        from = Head;
+        to = Head + qFromLittleEndian<quint32>(bytes.data() + LengthAt);
+    }
+    constexpr char Name[] = "\"node\"";
+    for (std::size_t at = bytes.find(Name, from); at < to; at = bytes.find(Name, at + 1))
+    {
+        const std::size_t end = bytes.find(',', at);
+        if (end < to && bytes.compare(end - 2, 2, "-1") == 0)
+            std::fill(bytes.begin() + long(at), bytes.begin() + long(end) + 1, ' ');
+    }
+}
 } // namespace
 
 bool kxGltfExport::write(const QString& path, kxFileReport& report)
@@ -256,7 +291,8 @@ bool kxGltfExport::write(const QString& path, kxFileReport& report)
         // Names that aren't UTF-8, say.
         return report.fail(QString::fromUtf8(e.what()));
     }
-    const std::string bytes = stream.str();
+    std::string bytes = stream.str();
+    dropMissingNodes(bytes, text);
     QSaveFile file(path);
     if (!written)
         return report.fail(QStringLiteral("the scene can't be written in this format"));

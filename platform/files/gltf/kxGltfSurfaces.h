@@ -20,6 +20,9 @@ public:
     /// The index of a mesh that has these surfaces as its primitives, -1 where there is nothing to see.
     int mesh(const std::vector<osg::GeometryPtr>& parts, const std::string& name);
 
+    /// The index of each written material, by container id.
+    const std::map<osg::UInt32, int>& materials() const { return _materials; }
+
 private:
     struct Arrays
     {

@@ -62,7 +62,7 @@ private Q_SLOTS:
         QTest::newRow("straight") << int(TangentType::Linear) << QStringLiteral("LINEAR") << true;
         QTest::newRow("steps") << int(TangentType::Constant) << QStringLiteral("STEP") << true;
         QTest::newRow("cubics of time") << -1 << QStringLiteral("CUBICSPLINE") << true;
-        QTest::newRow("free handles") << -2 << QStringLiteral("LINEAR") << false;
+        QTest::newRow("free handles") << -2 << QStringLiteral("CUBICSPLINE") << false;
     }
 
     void keysPassExactly()
@@ -92,14 +92,14 @@ private Q_SLOTS:
         const tinygltf::AnimationSampler& sampler = file.animations.at(0).samplers.at(0);
         QCOMPARE(QString::fromStdString(sampler.interpolation), expected);
         QCOMPARE(file.accessors[std::size_t(sampler.output)].count,
-                 file.accessors[std::size_t(sampler.input)].count * (type == -1 ? 3 : 1));
-        QCOMPARE(_notes.contains(QLatin1String("sampled")), !exact);
+                 file.accessors[std::size_t(sampler.input)].count * (type < 0 ? 3 : 1));
+        QCOMPARE(_told.contains(QLatin1String(" 0 keys were added")), exact);
         for (const auto& [seconds, value] : before)
         {
-            const Vec3f after = valueAt(blocksOf(nodeNamed("object")).at(0), "translation", seconds);
+            const Vec3f after = valueAt(rootOf("object"), "translation", seconds);
             for (std::size_t i = 0; i < 3; ++i)
                 QVERIFY2(
-                    std::abs(after[i] - value[i]) < (exact ? 2e-5f : 0.05f),
+                    std::abs(after[i] - value[i]) < (exact ? 2e-5f : 1e-3f),
                     qPrintable(QStringLiteral("%1 s: %2 %3").arg(seconds).arg(double(after[i])).arg(double(value[i]))));
         }
     }
@@ -121,20 +121,20 @@ private Q_SLOTS:
         QVERIFY(roundTrip());
         for (int i = 0; i <= 60; ++i)
         {
-            const QQuaternion after = quaternionOf(valueAt(blocksOf(nodeNamed("object")).at(0), "rotation", i * 0.05));
+            const QQuaternion after = quaternionOf(valueAt(rootOf("object"), "rotation", i * 0.05));
             const double dot = std::abs(double(QQuaternion::dotProduct(after, before[std::size_t(i)])));
             QVERIFY2(dot > 0.9997, qPrintable(QStringLiteral("%1 s: %2").arg(i * 0.05).arg(dot))); // 3 degrees
         }
     }
 
-    void repeatsAreSampledAndNamed_data()
+    void repeatsAreKept_data()
     {
         kxColumns<int, double>("cycles", "seconds");
         kxRow("the middle of the second pass", 1, 1.5);
         kxRow("without end, up to that of the timeline", -1, 3.5);
     }
 
-    void repeatsAreSampledAndNamed()
+    void repeatsAreKept()
     {
         QFETCH(int, cycles);
         QFETCH(double, seconds);
@@ -146,11 +146,10 @@ private Q_SLOTS:
         block->setPostCycles(cycles);
         markChanged(block, AnimNodeBase::PostCyclesFieldMask);
         QVERIFY(roundTrip());
-        QVERIFY(_notes.contains(QLatin1String("sampled")));
         QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
     }
 
-    /// One that is sampled, and one whose keys pass, with a part that is switched off. What one of them moves rests in
+    /// One that repeats, and one with a part that is switched off. What one of them moves rests in
     /// the other, and no trigger is fired.
     void clipsAreWrittenApart()
     {
@@ -182,7 +181,7 @@ private Q_SLOTS:
         const auto clip = [manager](UInt32 i)
         { return AnimNodePtr::dcast(manager->clipStructureRoot()->getChild(i)->getChild(0)); };
         QCOMPARE(valueAt(clip(0), "translation", 1.5), Vec3f(3, 8, 42));
-        QCOMPARE(curvesOf(clip(0)).at("translation.X")->getControlPoints().size(), std::size_t(49)); // one a frame
+        QCOMPARE(curvesOf(clip(0)).at("translation.X")->getControlPoints().size(), std::size_t(4)); // two at the seam
         QCOMPARE(valueAt(clip(1), "translation", 0.5), Vec3f(7, 15, 42));
         QVERIFY(roundTrip());
         for (UInt32 i = 0; i < 2; ++i) // names don't grow
@@ -283,13 +282,18 @@ private Q_SLOTS:
     }
 
 private:
+    /// Where curves stand that are in no block.
+    static AnimNodePtr rootOf(const char* object)
+    {
+        return nodeNamed(object)->findAttachment<AnimAttachment>()->getAnimationRoot();
+    }
     /// Exports the scene and opens the result.
     bool roundTrip(const char* suffix = "glb")
     {
         const QString path = _folder.filePath(QStringLiteral("scene.") + QLatin1String(suffix));
         kxFileReport written(path), read(path);
         const bool done = kxSceneIO::exportScene(path, written) && kxSceneIO::open(path, read);
-        _notes = written.notes().join(QLatin1Char('\n'));
+        _told = written.told().join(QLatin1Char('\n'));
         _readNotes = read.notes();
         if (!done)
             qWarning("%s %s", qPrintable(written.error()), qPrintable(read.error()));
@@ -307,7 +311,7 @@ private:
     }
 
     QTemporaryDir _folder;
-    QString _notes;
+    QString _told;
     QStringList _readNotes;
 };
 

@@ -1,0 +1,162 @@
+#include <files/gltf/kxExportSources.h>
+
+#include <animation/kxAttachmentRegistry.h>
+#include <animation/kxNodeTime.h>
+#include <kxAnimManager.h>
+#include <osg/AnimCores.h>
+#include <scene/kxScene.h>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+
+using namespace osg;
+
+namespace
+{
+using kxExportSources::Animation;
+using kxExportSources::Channel;
+using kxExportSources::Source;
+
+/// Sources by channel, in the order in which the channels were met.
+struct Gathered
+{
+    std::vector<Channel> channels;
+    std::unordered_map<kxChannelTarget, std::size_t> places;
+
+    Channel& at(const kxChannelTarget& target)
+    {
+        const auto found = places.emplace(target, channels.size());
+        if (found.second)
+            channels.push_back(Channel{target, Source()});
+        return channels[found.first->second];
+    }
+};
+
+void addCurve(const AnimNode& node, const AnimCurve& curve, const std::vector<FieldContainerPtr>& objects,
+              Gathered& result)
+{
+    for (const FieldContainerPtr& object : objects)
+    {
+        const kxChannelTarget target = kxChannelTarget::find(object, curve);
+        if (target.isNull())
+            continue;
+        Source& source = result.at(target).source;
+        source.node = &node;
+        source.curve = &curve;
+    }
+}
+
+/// `objects`: what the curves below an attachment drive; null in a clip, where each names its own.
+Gathered gather(const AnimNode& node, const std::vector<FieldContainerPtr>* objects, bool isRoot)
+{
+    Gathered result;
+    const bool isClip = AnimClipPtr::dcast(node.getCore()) != NullFC;
+    if ((!isRoot && !node.isActive()) || (objects != nullptr && isClip)) // clips don't follow the scene's time
+        return result;
+    if (const AnimCurvePtr curve = AnimCurvePtr::dcast(node.getCore()))
+    {
+        if (!curve->isEmpty())
+            addCurve(node, *curve.getCPtr(),
+                     objects != nullptr ? *objects : kxAims::ofNode(NodePtr(const_cast<AnimNode*>(&node))), result);
+        return result;
+    }
+    const bool isTimed = objects == nullptr && AnimBlockPtr::dcast(node.getCore()) == NullFC;
+    for (const NodePtr& child : node.getChildren())
+        if (const AnimNodePtr animation = AnimNodePtr::dcast(child))
+            for (Channel& channel : gather(*animation, objects, false).channels)
+            {
+                Source& source = result.at(channel.target).source;
+                source.node = &node;
+                source.isTimed = isTimed;
+                if (!isTimed)
+                    source.below.clear(); // the last one counts
+                source.below.push_back(std::move(channel.source));
+            }
+    return result;
+}
+
+const std::string* blockOf(const Source& source)
+{
+    if (AnimBlockPtr::dcast(source.node->getCore()) != NullFC)
+        return &source.node->getNodeName();
+    for (const Source& below : source.below)
+        if (const std::string* const name = blockOf(below))
+            return name;
+    return nullptr;
+}
+
+void add(Gathered&& gathered, Animation& animation)
+{
+    for (Channel& channel : gathered.channels)
+    {
+        const auto there = std::find_if(animation.channels.begin(), animation.channels.end(),
+                                        [&channel](const Channel& other) { return other.target == channel.target; });
+        if (const std::string* const block = blockOf(channel.source))
+            animation.blocks.emplace(channel.target.container->getId(), *block);
+        if (there == animation.channels.end())
+            animation.channels.push_back(std::move(channel));
+        else
+            *there = std::move(channel);
+    }
+}
+
+/// The full range of the timeline, and all of `node`.
+void extend(const AnimNode& node, Animation& animation)
+{
+    double start = 0, end = 0;
+    if (!kxNodeTime::extent(node, start, end))
+        return;
+    animation.start = std::min(animation.start, start);
+    if (std::isfinite(end)) // without end: as far as the timeline
+        animation.end = std::max(animation.end, end);
+}
+
+bool isInScene(const FieldContainerPtr& object)
+{
+    NodePtr top = NodePtr::dcast(object);
+    if (top == NullFC)
+        return true; // materials have no place in the tree
+    while (top->getParent() != NullFC)
+        top = top->getParent();
+    return top == kxScene::the()->superRoot();
+}
+} // namespace
+
+std::vector<Animation> kxExportSources::ofScene()
+{
+    const kxAnimManager* const manager = kxAnimManager::the();
+    Animation empty;
+    empty.start = double(manager->fullRangeStart()) / manager->fps();
+    empty.end = double(manager->fullRangeEnd()) / manager->fps();
+    std::vector<Animation> animations;
+    for (const NodePtr& child : manager->clipStructureRoot()->getChildren())
+    {
+        const AnimNodePtr clip = AnimNodePtr::dcast(child);
+        if (clip == NullFC)
+            continue;
+        animations.push_back(empty);
+        animations.back().name = clip->getNodeName();
+        add(gather(*clip, nullptr, true), animations.back());
+        extend(*clip, animations.back());
+    }
+    animations.push_back(empty);
+    Animation& timeline = animations.back();
+    timeline.name = "Scene";
+    timeline.isTimeline = true;
+    for (const AnimAttachmentPtr& attachment : kxAttachmentRegistry::all())
+    {
+        std::vector<FieldContainerPtr> objects;
+        for (const AttachmentContainerPtr& parent : attachment->getParents())
+            if (isInScene(parent))
+                objects.push_back(parent);
+        if (objects.empty())
+            continue;
+        const AnimNodePtr root = attachment->getAnimationRoot();
+        add(gather(*root, &objects, false), timeline);
+        for (const NodePtr& child : root->getChildren())
+            if (const AnimNodePtr animation = AnimNodePtr::dcast(child); animation != NullFC && animation->isActive())
+                extend(*animation, timeline);
+    }
+    return animations;
+}
