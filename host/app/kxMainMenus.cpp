@@ -99,9 +99,10 @@ void kxMainMenus::fillFileMenu()
     add(menu, tr("&Export glTF..."), QStringLiteral("Export"), QKeySequence(Qt::CTRL | Qt::Key_E),
         [window] { window->exportWithDialog(); });
     menu->addSeparator();
-    add(menu, tr("Render I&mage..."), QStringLiteral("Render"), QKeySequence(Qt::Key_F11),
+    add(menu, tr("Render I&mage..."), QStringLiteral("Render"), QKeySequence(Qt::Key_F12),
         [window] { window->renderImage(); });
-    add(menu, tr("Render &Frames..."), QString(), QKeySequence(Qt::Key_F12), [window] { window->renderFrames(); });
+    add(menu, tr("Render &Frames..."), QString(), QKeySequence(Qt::CTRL | Qt::Key_F12),
+        [window] { window->renderFrames(); });
     add(menu, tr("Render &Movie..."), QString(), QKeySequence(Qt::SHIFT | Qt::Key_F12),
         [window] { window->renderMovie(); });
     menu->addSeparator();
@@ -268,6 +269,9 @@ void kxMainMenus::fillViewMenu()
     for (const QToolBar* const bar : _window->dockManager()->toolBars())
         _viewMenu->addAction(bar->toggleViewAction());
     _viewMenu->addSeparator();
+    QAction* const full = add(_viewMenu, tr("&Full Screen"), QString(), QKeySequence(Qt::Key_F11),
+                              [this] { _window->setCleanView(!_window->isCleanView()); });
+    _window->addAction(full); // the menu bar is gone then
     add(_viewMenu, tr("Reset &Layout"), QStringLiteral("Reload"), QKeySequence(), [this] { _window->resetLayout(); });
 }
 

@@ -1,7 +1,9 @@
 #include "kxMainWindow.h"
 
+#include "kxCleanView.h"
 #include "kxCompareDialog.h"
 #include "kxFileDialogs.h"
+#include "kxFilmPanel.h"
 #include "kxFinishedClips.h"
 #include "kxGuideWindow.h"
 #include "kxHostSettings.h"
@@ -123,6 +125,9 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     createDocks();
     _versionKeeper = new kxVersionKeeper(this);
     _finishedClips = new kxFinishedClips(this);
+    _cleanView = new kxCleanView(this, _view);
+    connect(_film, &kxFilmPanel::fullScreenAsked, this, [this] { _cleanView->set(true); });
+    _view->addAction(_film->playAction());
     connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
     connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,
             [this](qint64 number) { _versionKeeper->saveAs(kxVersions::the().store(), number, _document->name()); });
@@ -171,6 +176,7 @@ void kxMainWindow::createDocks()
     _properties = new kxPropertyPanel;
     _materials = new kxMaterialPanel;
     _scenery = new kxSceneryPanel(_stage, _sceneryActions);
+    _film = new kxFilmPanel(_stage);
     _undo = new kxUndoPanel;
     _versions = new kxVersionPanel;
     _log = new kxLogPanel;
@@ -184,6 +190,7 @@ void kxMainWindow::createDocks()
     add("Materials", _materials, "Materials", tr("Materials"), Qt::LeftDockWidgetArea);
     add("Properties", _properties, "Properties", tr("Properties"), Qt::RightDockWidgetArea);
     add("Scenery", _scenery, "scenegraph/Viewpoint", tr("Scenery"), Qt::RightDockWidgetArea);
+    add("Film", _film, "Film", tr("Film"), Qt::RightDockWidgetArea);
     add("History", _undo, "History", tr("History"), Qt::RightDockWidgetArea);
     add("Versions", _versions, "Versions", tr("Versions"), Qt::RightDockWidgetArea);
     add("Log", _log, "Log", tr("Log"), Qt::BottomDockWidgetArea);
@@ -191,6 +198,7 @@ void kxMainWindow::createDocks()
     _sceneTree->setMinimumWidth(SmallestLeft);
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Properties")),
                      _docks->getDockWidget(QStringLiteral("Scenery")));
+    tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Scenery")), _docks->getDockWidget(QStringLiteral("Film")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("History")),
                      _docks->getDockWidget(QStringLiteral("Versions")));
     tabifyDockWidget(_docks->getDockWidget(QStringLiteral("Log")), _docks->getDockWidget(QStringLiteral("Console")));
@@ -287,9 +295,20 @@ void kxMainWindow::restoreLayout()
 
 void kxMainWindow::saveLayout()
 {
+    _cleanView->set(false);
     kxHostSettings settings;
     settings.setValue(QStringLiteral("geometry"), saveGeometry());
     settings.setValue(QStringLiteral("layout"), saveState(LayoutVersion));
+}
+
+void kxMainWindow::setCleanView(bool on)
+{
+    _cleanView->set(on);
+}
+
+bool kxMainWindow::isCleanView() const
+{
+    return _cleanView->isOn();
 }
 
 void kxMainWindow::resetLayout()

@@ -20,6 +20,8 @@ class kxSceneryActions;
 class kxSceneryPanel;
 class kxSceneryStage;
 class kxUndoPanel;
+class kxCleanView;
+class kxFilmPanel;
 class kxFinishedClips;
 class kxVersionKeeper;
 class kxVersionPanel;
@@ -46,6 +48,9 @@ public:
     /// tool bars are there.
     void finishLayout();
     void resetLayout();
+    /// The picture over the whole screen, and nothing beside it.
+    void setCleanView(bool on);
+    bool isCleanView() const;
     /// Nothing is asked at the end, nothing is remembered, and the view isn't drawn: for runs without a user.
     void setUnattended(bool unattended);
 
@@ -123,6 +128,8 @@ private:
     kxVersionPanel* _versions = nullptr;
     kxVersionKeeper* _versionKeeper = nullptr;
     kxFinishedClips* _finishedClips = nullptr; // a child
+    kxCleanView* _cleanView = nullptr;         // a child
+    kxFilmPanel* _film = nullptr;              // in its dock
     kxLogPanel* _log = nullptr;
     kxPythonConsole* _console = nullptr;
     kxPreferencesDialog* _preferences = nullptr; // made at first use

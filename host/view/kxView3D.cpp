@@ -89,7 +89,10 @@ kxFrame kxView3D::makeFrame(const QSize& pixels)
     _scene->setSelection(kxSelection::the().ids(kxSelection::Nodes));
     _scene->update();
     const float aspect = float(pixels.width()) / float(std::max(1, pixels.height()));
-    kxFrame frame = kxFrame::make(*_scene, viewCamera(aspect), pixels, _options);
+    kxRenderOptions options = _options;
+    if (_isClean)
+        options.grid = options.outline = options.wire = false;
+    kxFrame frame = kxFrame::make(*_scene, viewCamera(aspect), pixels, options);
     frame.outlineWidth = 2.2f * float(devicePixelRatioF());
     return frame;
 }
@@ -179,6 +182,8 @@ bool kxView3D::placeGizmo()
 
 void kxView3D::paintOverlay(QPainter& painter)
 {
+    if (_isClean)
+        return;
     const QSizeF shape(size());
     const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
     kxClipQuad::paint(painter, *_scene, camera, shape);
@@ -250,6 +255,13 @@ void kxView3D::resizeEvent(QResizeEvent*)
 {
     _isDrawn = false;
     _surface->widget()->setGeometry(rect());
+}
+
+void kxView3D::setClean(bool clean)
+{
+    endDrag();
+    _isClean = clean;
+    redraw(false);
 }
 
 void kxView3D::setTool(kxGizmo::Tool tool)

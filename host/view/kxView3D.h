@@ -54,6 +54,9 @@ public:
     /// Turns around the target, on a short way.
     void lookFrom(float yaw, float pitch);
 
+    /// Only the picture: no grid, gizmo, signs and marks of the selection.
+    void setClean(bool clean);
+
     void setTool(kxGizmo::Tool tool);
     kxGizmo::Tool tool() const { return _gizmo.tool(); }
 
@@ -143,6 +146,7 @@ private:
     osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame
     bool _isDrawn = false;          // nothing else than the scene may have changed since then
     bool _local = false;
+    bool _isClean = false;
 
     Drag _drag = Drag::None;
     QPointF _pressedAt, _lastAt;

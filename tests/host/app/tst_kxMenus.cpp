@@ -105,7 +105,7 @@ private Q_SLOTS:
     {
         kxColumns<QString, QStringList>("search", "shown");
         QTest::newRow("a text") << "dupl" << QStringList{"Edit", "Duplicate|Ctrl+D"};
-        QTest::newRow("a key") << "f11" << QStringList{"File", "Render Image|F11"};
+        QTest::newRow("a key") << "f11" << QStringList{"View", "Full Screen|F11"};
         QTest::newRow("two keys, once") << "redo" << QStringList{"Edit", "Redo|Ctrl+Shift+Z, Ctrl+Y"};
         QTest::newRow("of a tool") << "twirl" << QStringList{"Sorcery", "Twirl the curve|Ctrl+J"};
         QTest::newRow("nothing") << "no such thing" << QStringList();
@@ -169,7 +169,7 @@ private Q_SLOTS:
         };
         QCOMPARE(entries("_fileMenu"),
                  QString("New Open... Open Recent Versions of a File... - Save Save As... - Import... "
-                         "Export glTF... - Render Image... Render Frames... - Quit"));
+                         "Export glTF... - Render Image... Render Frames... Render Movie... - Quit"));
         QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
         QVERIFY2(entries("Tools").startsWith("New Open... Save Undo Redo - "), qPrintable(entries("Tools")));
         QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));

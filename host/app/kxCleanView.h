@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QPointer>
+
+#include <vector>
+
+class QMainWindow;
+class QWidget;
+class kxView3D;
+
+/// The view over the whole screen, without windows, bars and signs; Escape gives all of them back.
+class kxCleanView : public QObject
+{
+    Q_OBJECT
+public:
+    /// Both outlive it.
+    kxCleanView(QMainWindow* window, kxView3D* view);
+
+    bool isOn() const { return _isOn; }
+    void set(bool on);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    void changed(bool on);
+
+private:
+    QMainWindow* _window;
+    kxView3D* _view;
+    std::vector<QPointer<QWidget>> _hidden;
+    QByteArray _layout;
+    Qt::WindowStates _state;
+    bool _isOn = false;
+};

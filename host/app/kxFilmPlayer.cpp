@@ -1,0 +1,145 @@
+#include "kxFilmPlayer.h"
+
+#include <animation/kxFrameTime.h>
+#include <animation/kxPlaybackClock.h>
+#include <kxAnimEvaluator.h>
+#include <kxAnimManager.h>
+#include <kxController.h>
+#include <kxFramePlayer.h>
+#include <kxScenegraph.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/kxScene.h>
+#include <view/kxView3D.h>
+
+#include <algorithm>
+#include <cmath>
+
+kxFilmPlayer::kxFilmPlayer(kxSceneryStage* stage, QObject* parent) : QObject(parent), _stage(stage)
+{
+    setClip(osg::AnimNodePtr());
+}
+
+kxFilmPlayer::~kxFilmPlayer()
+{
+    kxPlaybackClock::the().stop(_ticks);
+}
+
+osg::AnimNodePtr kxFilmPlayer::clip() const
+{
+    const auto clip = osg::living<osg::AnimNode>(_clipId);
+    return clip != osg::NullFC && kxNodeUtils::hasParent(clip, kxAnimManager::the()->clipStructureRoot())
+               ? clip
+               : osg::AnimNodePtr();
+}
+
+void kxFilmPlayer::setClip(const osg::AnimNodePtr& clip)
+{
+    halt();
+    _clipId = clip.getFieldContainerId();
+    _isRangeSet = false;
+    _range = kxRenderSource(clip).range();
+    _frame = clip == osg::NullFC ? kxAnimManager::the()->currentFrame() : _range.first;
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::setRange(int first, int last)
+{
+    _isRangeSet = true;
+    _range = {std::min(first, last), std::max(first, last)};
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::refresh()
+{
+    const kxRenderSource::Range whole = kxRenderSource(clip()).range();
+    if (_isRangeSet || (whole.first == _range.first && whole.last == _range.last))
+        return;
+    _range = whole;
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::setLooping(bool loops)
+{
+    _isLooping = loops;
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::goTo(double frame)
+{
+    const bool wasPlaying = isPlaying();
+    halt();
+    show(std::clamp(frame, double(_range.first), double(_range.last)), true);
+    if (wasPlaying)
+        play();
+}
+
+void kxFilmPlayer::play()
+{
+    stop();
+    _stage->view()->resumeFilm();
+    const bool isAtEnd = _frame >= _range.last || _frame < _range.first;
+    _startFrame = isAtEnd ? _range.first : _frame;
+    _startClock = kxPlaybackClock::the().seconds();
+    if (const osg::AnimNodePtr shown = clip())
+        kxAnimManager::the()->updateCameraShotCurves(shown);
+    show(_startFrame, true);
+    _ticks = kxPlaybackClock::the().start([this] { tick(); });
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::stop()
+{
+    kxFramePlayer::the()->stop(nullptr);
+    kxAnimEvaluator::the()->dequeueAll();
+    _stage->stopAll();
+    halt();
+}
+
+void kxFilmPlayer::halt()
+{
+    if (_ticks == 0)
+        return;
+    kxPlaybackClock::the().stop(_ticks);
+    _ticks = 0;
+    Q_EMIT changed();
+}
+
+void kxFilmPlayer::tick()
+{
+    const double length = double(_range.last) - _range.first + 1; // each frame has its time, the last one too
+    double frame = std::floor(_startFrame +
+                              (kxPlaybackClock::the().seconds() - _startClock) * kxAnimManager::the()->fps() + 1.0e-6);
+    const bool isAnew = frame > _range.last;
+    if (isAnew && !_isLooping)
+    {
+        if (_frame < _range.last)
+            show(_range.last, false); // is always seen
+        halt();
+        return;
+    }
+    if (isAnew)
+    {
+        const double passes = std::floor((frame - _range.first) / length);
+        frame -= passes * length;
+        _startFrame -= passes * length;
+    }
+    if (frame != _frame || isAnew)
+        show(frame, isAnew);
+}
+
+/// `isAnew`: no time passed from the frame that was shown before to this one.
+void kxFilmPlayer::show(double frame, bool isAnew)
+{
+    _frame = frame;
+    const osg::AnimNodePtr shown = clip();
+    if (shown == osg::NullFC)
+        kxAnimManager::the()->setCurrentFrame(frame, false, true);
+    else
+    {
+        if (isAnew)
+            shown->setLastEvaluationTime(float(kxFrameTime::seconds(frame, kxAnimManager::the()->fps())));
+        kxAnimManager::the()->evaluateByFrame(shown, frame, false, true, false);
+    }
+    kxController::updateRender(true);
+    Q_EMIT frameChanged(frame);
+}

@@ -1,0 +1,88 @@
+#include "kxFilmMarkers.h"
+
+#include <kxCommand.h>
+#include <scene/kxScene.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace
+{
+typedef kxFilmMarkers::Marker Marker;
+
+constexpr char Key[] = "film.markers"; ///< [{"frame": 12, "name": "Doors"}]
+constexpr double LargestFrame = 1.0e6;
+
+std::string stored()
+{
+    const auto& settings = kxScene::the()->settings();
+    const auto found = settings.find(Key);
+    return found == settings.end() ? std::string() : found->second;
+}
+
+class SetMarkersCommand : public kxCommand
+{
+public:
+    SetMarkersCommand(std::string markers, const QString& text)
+        : kxCommand(text), _before(stored()), _after(std::move(markers))
+    {
+    }
+
+private:
+    void apply(bool forward) override
+    {
+        auto settings = kxScene::the()->settings();
+        settings[Key] = forward ? _after : _before;
+        if (settings[Key].empty())
+            settings.erase(Key);
+        kxScene::the()->setSettings(settings);
+        kxScene::the()->markSettingsChanged();
+    }
+
+    std::string _before, _after;
+};
+} // namespace
+
+std::vector<Marker> kxFilmMarkers::all()
+{
+    std::vector<Marker> markers;
+    for (const QJsonValue& value : QJsonDocument::fromJson(QByteArray::fromStdString(stored())).array())
+    {
+        const QJsonObject object = value.toObject();
+        const QJsonValue frame = object.value(QLatin1String("frame"));
+        if (frame.isDouble() && std::abs(frame.toDouble()) <= LargestFrame)
+            markers.push_back({int(frame.toDouble()), object.value(QLatin1String("name")).toString()});
+    }
+    std::stable_sort(markers.begin(), markers.end(),
+                     [](const Marker& a, const Marker& b) { return a.frame < b.frame; });
+    return markers;
+}
+
+void kxFilmMarkers::set(std::vector<Marker> markers, const QString& text)
+{
+    std::stable_sort(markers.begin(), markers.end(),
+                     [](const Marker& a, const Marker& b) { return a.frame < b.frame; });
+    QJsonArray array;
+    for (const Marker& marker : markers)
+        array.append(QJsonObject{{QStringLiteral("frame"), marker.frame}, {QStringLiteral("name"), marker.name}});
+    const std::string after =
+        array.isEmpty() ? std::string() : QJsonDocument(array).toJson(QJsonDocument::Compact).toStdString();
+    if (after != stored())
+        kxUndoStack::get(0).add(new SetMarkersCommand(after, text));
+}
+
+const Marker* kxFilmMarkers::next(const std::vector<Marker>& markers, double frame, bool forward)
+{
+    const Marker* found = nullptr;
+    for (const Marker& marker : markers)
+    {
+        if (forward && marker.frame > frame)
+            return &marker;
+        if (marker.frame < frame)
+            found = &marker;
+    }
+    return forward ? nullptr : found;
+}

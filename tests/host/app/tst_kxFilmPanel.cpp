@@ -1,0 +1,211 @@
+#include "kxSceneFixture.h"
+
+#include <QKXSpiner.h>
+#include <animation/kxPlaybackClock.h>
+#include <app/kxFilmPanel.h>
+#include <app/kxMainWindow.h>
+#include <journal/kxHistory.h>
+#include <kxAnimEvaluator.h>
+#include <kxAnimFixture.h>
+#include <kxFramePlayer.h>
+#include <kxTexts.h>
+#include <view/kxView3D.h>
+
+#include <QtWidgets>
+
+using namespace kxSceneFixture;
+typedef kxAnimFixture F;
+
+/// The dock as a user handles it, by a clock of its own.
+class tst_kxFilmPanel : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase()
+    {
+        kxPlaybackClock::the().setSource([this] { return _now; });
+    }
+    void init()
+    {
+        clear();
+        kxAnimManager::the()->setFPS(24);
+        _box = addObject("Box");
+        const osg::AnimNodePtr block =
+            F::added(_box, F::block("Slide", {F::curve("translation", "X", {{0, 0}, {4, 96}})}));
+        _clip = F::added(F::clip("Show", {F::clone(block, 1)}));
+        block->setTravMask(0);
+        _panel = std::make_unique<kxFilmPanel>(&_stage);
+        kxHistory::the().flush();
+        _player = &_panel->player();
+    }
+    void cleanup()
+    {
+        _panel.reset();
+        clear();
+    }
+    void cleanupTestCase() { kxPlaybackClock::the().setSource(nullptr); }
+
+    void playsByTheClock()
+    {
+        QVERIFY(_player->clip() == _clip && source()->currentText() == "Show"); // the first clip is the film
+        QVERIFY(_player->range().first == 24 && field("_filmOut")->value() == 120);
+        const osg::AnimNodePtr end = F::trigger("End", 6);
+        _clip->addChild(end);
+        osg::markChanged(_clip, osg::Node::ChildrenFieldMask);
+        kxHistory::the().flush();
+        QCOMPARE(field("_filmOut")->value(), 144);
+        field("_filmIn")->setValue(30);
+        field("_filmOut")->setValue(40);
+        trigger("_filmPlay");
+        QCOMPARE(passes(3.4 / 24), "33");
+        QCOMPARE(passes(2.0 / 24), "35");
+        QCOMPARE(passes(99), "40 stopped"); // the last one is seen
+        trigger("_filmPlay");
+        QCOMPARE(passes(0), "30");
+        QCOMPARE(passes(10.9 / 24), "40"); // its time isn't over
+        QCOMPARE(passes(0.2 / 24), "40 stopped");
+        trigger("_filmLoop");
+        trigger("_filmPlay");
+        QCOMPARE(passes(11.5 / 24), "30");
+        QCOMPARE(passes(26.0 / 24), "34");
+        QCOMPARE(F::transform(_box)->getTranslation().x(), 10.0f);
+        trigger("_filmPlay"); // pauses
+        QCOMPARE(passes(5), "34 stopped");
+        field("_filmFrame")->setValue(77);
+        QCOMPARE(passes(0), "40 stopped");
+        trigger("_filmStart");
+        QCOMPARE(passes(0), "30 stopped");
+    }
+
+    void playsTheTimelineAndWhatIsThere()
+    {
+        kxAnimManager::the()->setDetailedRangeStart(5);
+        kxAnimManager::the()->setDetailedRangeEnd(9);
+        source()->setCurrentIndex(0);
+        Q_EMIT source()->activated(0);
+        QVERIFY(_player->clip() == osg::NullFC && field("_filmOut")->value() == 9);
+        trigger("_filmEnd");
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 9.0);
+        F::added(F::clip("Later", {F::clip("Inner", {})}));
+        kxHistory::the().flush();
+        QCOMPARE(source()->itemText(3), "    Inner");
+        QVERIFY(source()->currentIndex() == 0 && field("_filmFrame")->value() == 9);
+        source()->setCurrentIndex(1);
+        Q_EMIT source()->activated(1);
+        kxAnimManager::the()->clipStructureRoot()->subChild(_clip); // gone while it is the film
+        osg::markChanged(kxAnimManager::the()->clipStructureRoot(), osg::Node::ChildrenFieldMask);
+        kxHistory::the().flush();
+        QVERIFY(_player->clip() == osg::NullFC && source()->currentText() == "Timeline");
+    }
+
+    void stopEndsWhoeverPlays()
+    {
+        kxFramePlaybackParams params;
+        params.end = 90;
+        kxFramePlayer::the()->start(params, false, this);
+        kxAnimEvaluator::the()->enqueue(_clip, true);
+        trigger("_filmStop");
+        QVERIFY(!kxFramePlayer::the()->isPlaying() && !kxAnimEvaluator::the()->isPlaying(_clip));
+        kxFramePlayer::the()->start(params, false, this);
+        trigger("_filmPlay"); // takes it over
+        QVERIFY(!kxFramePlayer::the()->isPlaying() && _player->isPlaying());
+    }
+
+    void markersAreSteps()
+    {
+        const QByteArray before = bytes();
+        const int start = kxHistory::the().index();
+        const auto mark = [this](int frame)
+        {
+            _player->goTo(frame);
+            trigger("_addMarker");
+            kxScene::the()->flush();
+        };
+        mark(60);
+        mark(31);
+        QCOMPARE(rows(), QStringList({"31 Marker 2", "60 Marker 1"}));
+        list()->topLevelItem(1)->setText(1, " Doors ");
+        flush();
+        list()->topLevelItem(0)->setText(0, "90");
+        flush();
+        QCOMPARE(rows(), QStringList({"60 Doors", "90 Marker 2"}));
+        list()->topLevelItem(0)->setText(0, "soon"); // no frame
+        flush();
+        QCOMPARE(rows(), QStringList({"60 Doors", "90 Marker 2"}));
+        trigger("_filmStart");
+        trigger("_nextMarker");
+        trigger("_nextMarker");
+        QCOMPARE(_player->frame(), 90.0);
+        trigger("_nextMarker");
+        trigger("_previousMarker");
+        QCOMPARE(_player->frame(), 60.0);
+        Q_EMIT list()->itemDoubleClicked(list()->topLevelItem(1), 1);
+        QCOMPARE(_player->frame(), 90.0);
+        const QByteArray made = bytes();
+        list()->topLevelItem(0)->setSelected(true);
+        trigger("_deleteMarkers");
+        kxScene::the()->flush();
+        QCOMPARE(rows(), QStringList("90 Marker 2"));
+        kxHistory::the().undo();
+        QCOMPARE(bytes(), made);
+        while (kxHistory::the().index() > start)
+            kxHistory::the().undo();
+        kxScene::the()->flush();
+        QVERIFY(rows().isEmpty() && bytes() == before);
+        kxScene::the()->setSetting("film.markers", "[{\"frame\": \"x\"}, 3, {\"frame\": 1e99}, {\"frame\": 7}]");
+        kxScene::the()->markSettingsChanged();
+        kxScene::the()->flush();
+        QCOMPARE(rows(), QStringList("7 "));
+    }
+
+    void theViewAloneIsSeen()
+    {
+        kxMainWindow window;
+        window.finishLayout();
+        window.show();
+        auto* const bar = window.findChild<QToolBar*>("Tools");
+        auto* const full = window.findChild<QToolButton*>("_filmFullScreen");
+        full->defaultAction()->trigger();
+        QVERIFY(window.isCleanView() && bar->isHidden() && window.menuBar()->isHidden() && window.isFullScreen());
+        QVERIFY(window.dockManager()->getDockWidget("History")->isHidden());
+        QTest::keyClick(window.view(), Qt::Key_Escape);
+        QVERIFY(!window.isCleanView() && !bar->isHidden() && !window.menuBar()->isHidden() && !window.isFullScreen());
+        QVERIFY(!window.dockManager()->getDockWidget("History")->isHidden());
+    }
+
+private:
+    QComboBox* source() const { return _panel->findChild<QComboBox*>("_filmSource"); }
+    QTreeWidget* list() const { return _panel->findChild<QTreeWidget*>("_markerList"); }
+    QKXSpiner* field(const char* name) const { return _panel->findChild<QKXSpiner*>(name); }
+    void trigger(const char* name) const { _panel->findChild<QToolButton*>(name)->defaultAction()->trigger(); }
+    QStringList rows() const
+    {
+        QStringList texts;
+        for (int i = 0; i < list()->topLevelItemCount(); ++i)
+            texts << list()->topLevelItem(i)->text(0) + ' ' + list()->topLevelItem(i)->text(1);
+        return texts;
+    }
+    static void flush()
+    {
+        kxScene::the()->flush();
+        QCoreApplication::processEvents();
+    }
+    /// What the dock shows after so many seconds.
+    QString passes(double seconds)
+    {
+        _now += seconds;
+        kxPlaybackClock::the().tick();
+        return QString::number(field("_filmFrame")->value()) + (_player->isPlaying() ? "" : " stopped");
+    }
+
+    double _now = 100;
+    kxView3D _view;
+    kxSceneryStage _stage{&_view};
+    std::unique_ptr<kxFilmPanel> _panel;
+    kxFilmPlayer* _player = nullptr;
+    osg::NodePtr _box;
+    osg::AnimNodePtr _clip;
+};
+
+QTEST_MAIN(tst_kxFilmPanel)
+#include "tst_kxFilmPanel.moc"
