@@ -92,13 +92,29 @@ void kxApplication::setHooks()
     hooks.isSnapshotRendering = &kxRenderJob::isRunning;
     hooks.scrollToNode = [window](const osg::NodePtr& node) { window->sceneTree()->scrollToNode(node); };
 
-    kxHostModule::hooks().render =
-        [window](const QString& file, int width, int height, const QString& camera, QString& reason)
+    const auto prepare = [window](kxRenderJob& job, const QString& camera, QString& reason)
     {
-        kxRenderJob job;
         job.camera.film = window->view()->isFilm();
         job.camera.chosen = [window](float aspect) { return window->view()->viewCamera(aspect); };
-        return job.camera.setName(camera, reason) && job.renderImage(file, QSize(width, height), reason);
+        return job.camera.setName(camera, reason);
+    };
+    kxHostModule::hooks().render =
+        [prepare](const QString& file, int width, int height, const QString& camera, QString& reason)
+    {
+        kxRenderJob job;
+        return prepare(job, camera, reason) && job.renderImage(file, QSize(width, height), reason);
+    };
+    kxHostModule::hooks().renderMovie = [prepare](const kxHostModule::Hooks::Movie& movie, int& frames, QString& reason)
+    {
+        kxRenderJob job;
+        kxRenderSource source;
+        if (!prepare(job, movie.camera, reason) || !source.setName(movie.clip, reason))
+            return false;
+        const kxRenderSource::Range whole = source.range();
+        const kxRenderSource::Range range = {movie.first.value_or(whole.first), movie.last.value_or(whole.last)};
+        reason.clear();
+        frames = job.renderMovie(movie.file, source, range, QSize(movie.width, movie.height), reason);
+        return frames > 0;
     };
     kxHostModule::hooks().stage = window->stage();
     kxHostModule::hooks().document = &window->document();

@@ -71,6 +71,11 @@ int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& sour
 int kxRenderJob::renderMovie(const QString& file, const kxRenderSource& source, const kxRenderSource::Range& range,
                              const QSize& size, QString& error)
 {
+    if (range.last < range.first)
+    {
+        error = tr("'%1' can't be written: the last frame stands before the first").arg(file);
+        return 0;
+    }
     const double rate = kxAnimManager::the()->fps();
     const int step = kxMovieFile::step(file, rate);
     const QSize pictures = kxMovieFile::pictureSize(file, size);

@@ -104,10 +104,31 @@ void check(bool succeeded, const QString& reason)
         kxRaise(PyExc_RuntimeError, reason.isEmpty() ? "no picture was made" : reason.toStdString());
 }
 
-void render(const std::string& path, int width, int height, const std::string& camera)
+void checkSize(int width, int height)
 {
     if (width < 1 || height < 1 || width > LargestPicture || height > LargestPicture)
         kxRaise(PyExc_ValueError, "width and height have to be 1 to " + std::to_string(LargestPicture));
+}
+
+int renderMovie(const std::string& path, int width, int height, const std::string& clip, const bp::object& first,
+                const bp::object& last, const std::string& camera)
+{
+    checkSize(width, height);
+    const auto frame = [](const bp::object& number)
+    { return number.is_none() ? std::optional<int>() : std::optional<int>(bp::extract<int>(number)()); };
+    const kxHostModule::Hooks::Movie movie = {QString::fromStdString(path),  width,        height,
+                                              QString::fromStdString(clip),  frame(first), frame(last),
+                                              QString::fromStdString(camera)};
+    QString reason = QStringLiteral("There is no view that could draw the scene.");
+    const auto draw = kxHostModule::hooks().renderMovie;
+    int frames = 0;
+    check(draw && draw(movie, frames, reason), reason);
+    return frames;
+}
+
+void render(const std::string& path, int width, int height, const std::string& camera)
+{
+    checkSize(width, height);
     QString reason = QStringLiteral("There is no view that could draw the scene.");
     const auto draw = kxHostModule::hooks().render;
     check(draw && draw(QString::fromStdString(path), width, height, QString::fromStdString(camera), reason), reason);
@@ -282,6 +303,29 @@ void defineRest()
             "@type camera: string\n\n"
             "@raise ValueError: A size is below 1 or above 16384.\n"
             "@raise RuntimeError: There is no such camera, nothing can be drawn, or the file can't be written.");
+    bp::def("renderMovie", renderMovie,
+            (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("clip") = std::string(),
+             bp::arg("first") = bp::object(), bp::arg("last") = bp::object(), bp::arg("camera") = std::string()),
+            "Draws frames into a movie file at the scene's rate, as File, Render Movie does.\n\n"
+            "@param path: The file to write; its ending says which kind it is (.mp4, .webm, .gif).\n\n"
+            "@type path: string\n\n"
+            "@param width: Pixels; an .mp4 movie whose size is odd is one pixel larger.\n\n"
+            "@type width: int\n\n"
+            "@param height: Pixels.\n\n"
+            "@type height: int\n\n"
+            "@param clip: A clip by its name; without one the timeline.\n\n"
+            "@type clip: string\n\n"
+            "@param first: The first frame; without one that of the timeline's detailed range or of the clip.\n\n"
+            "@type first: int\n\n"
+            "@param last: The last frame, included.\n\n"
+            "@type last: int\n\n"
+            "@param camera: As of render().\n\n"
+            "@type camera: string\n\n"
+            "@return: How many frames the movie holds.\n\n"
+            "@rtype: int\n\n"
+            "@raise ValueError: A size is below 1 or above 16384.\n"
+            "@raise RuntimeError: There is no such clip or camera, the last frame stands before the first, or the file "
+            "can't be written.");
     bp::def("screenshot", screenshot, bp::args("path"),
             "Saves a picture of the main window.\n\n"
             "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"

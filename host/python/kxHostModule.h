@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class kxSceneryStage;
 class kxScriptDocument;
@@ -18,6 +19,16 @@ public:
         /// Draws the scene at the present frame into a picture file of `width` x `height` pixels.
         /// `camera` by name, empty for none.
         std::function<bool(const QString& file, int width, int height, const QString& camera, QString& reason)> render;
+        struct Movie
+        {
+            QString file;
+            int width = 0, height = 0;
+            QString clip;                   ///< by name, empty for the timeline
+            std::optional<int> first, last; ///< frames, both included; else those of the whole range
+            QString camera;                 ///< as of render
+        };
+        /// Draws these frames into a movie file, and says how many it holds.
+        std::function<bool(const Movie& movie, int& frames, QString& reason)> renderMovie;
         /// Saves a picture of the main window.
         std::function<bool(const QString& file, QString& reason)> screenshot;
         /// Shows viewpoints and runs sequences; not owned.

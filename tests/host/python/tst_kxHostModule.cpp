@@ -430,8 +430,24 @@ private Q_SLOTS:
             "render('a.png', 1, 16384)\n"
             "render('a.png', 7, 9, camera=' Caf\u00e9')");
         QCOMPARE(drawn, QStringList({"a.png 1 16384", "a.png 7 9 Caf\u00e9"}));
+        kxHostModule::hooks().renderMovie = [&](const kxHostModule::Hooks::Movie& movie, int& frames, QString& reason)
+        {
+            drawn << QString("%1 %2 %3%4 %5")
+                         .arg(movie.file)
+                         .arg(movie.width)
+                         .arg(movie.height)
+                         .arg(movie.clip, movie.camera);
+            frames = movie.last.value_or(20) - movie.first.value_or(3) + 1;
+            reason = "the disk is full";
+            return succeeds;
+        };
+        run("refused(ValueError, '1 to 16384', renderMovie, 'a.gif', 0, 9)\n"
+            "assert renderMovie('a.mp4', 7, 9) == 18\n"
+            "assert renderMovie('a.mp4', 7, 9, ' Walk', first=5, last=6, camera='Near') == 2");
+        QCOMPARE(drawn.mid(2), QStringList({"a.mp4 7 9 ", "a.mp4 7 9 Walk Near"}));
         succeeds = false;
-        run("refused(RuntimeError, 'disk', render, 'b.png', 3, 2)");
+        run("refused(RuntimeError, 'disk', render, 'b.png', 3, 2)\n"
+            "refused(RuntimeError, 'disk', renderMovie, 'b.gif', 3, 2)");
     }
 
     void placesOnTheScreen()
