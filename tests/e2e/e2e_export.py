@@ -1,5 +1,6 @@
 """What a file that the application exports shows in another program, measured against what the application shows: a player
-made from the format's text alone samples every animated channel between its keys too.
+made from the format's text alone samples every animated channel between its keys too. All exports are valid, where the
+validator is installed.
 
 Prints the table of bench/README.md.
 
@@ -8,6 +9,8 @@ e2e_export.py <application> <unused folder>
 import json
 import math
 import os
+import shutil
+import subprocess
 import sys
 
 import cases
@@ -20,6 +23,19 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 SAMPLES = 1000
 SHARE, DEGREES = 1e-4, 0.1  # of the curve's range; of a turn
 DEGREE = math.radians(1)
+MODELS = "/usr/share/assimp/models"
+VALIDATOR = os.path.join(HERE, "../../build/tools/node_modules/gltf-validator")
+EXPORT_ALL = """
+import os, kxHost
+for i, path in enumerate(os.path.join(place, name) for place, _, names in os.walk(%(models)r) for name in names):
+    if os.path.getsize(path) > 400000 or "OutOfMemory" in path:
+        continue
+    try:
+        kxHost.openScene(path)
+    except OSError:
+        continue
+    kxHost.exportScene(os.path.join(%(target)r, "%%d %%s.glb" %% (i, os.path.basename(path))))
+"""
 POINTERS = {  # channel: of which list, what, how many of its units are one of ours, which component
     "intensity": ("light", "intensity", 1, None), "coneAngle": ("light", "spot/outerConeAngle", 2 / DEGREE, None),
     "color.G": ("light", "color", 1, 1), "fieldOfView": ("camera", "perspective/yfov", 1 / DEGREE, None),
@@ -105,4 +121,21 @@ def is_what_is_shown(folder):
     assert not missed, "not as shown: " + ", ".join(missed)
 
 
-cases.limited(lambda folder: cases.run([is_what_is_shown], folder))
+def is_valid(folder):
+    """Of every model that can be opened, and of the scene above."""
+    if not (shutil.which("node") and os.path.isdir(VALIDATOR) and os.path.isdir(MODELS)):
+        print("skipped: ./setup --tests installs the validator where there is npm, and the models")
+        return
+    script = os.path.join(folder, "all.py")
+    with open(script, "w") as file:
+        file.write(EXPORT_ALL % {"models": MODELS, "target": folder})
+    code, output = desktop.run_headless(HOST, folder, "--script", script)
+    assert code == 0, output
+    files = sorted(os.path.join(folder, name) for name in os.listdir(folder) if name.endswith(".glb"))
+    assert len(files) > 200, "only %d models were exported" % len(files)
+    done = subprocess.run(["node", os.path.join(HERE, "validate.js"), os.path.realpath(VALIDATOR), *files],
+                          capture_output=True, text=True, timeout=60)
+    assert done.returncode == 0 and not done.stdout, done.stdout[:2000] + done.stderr
+
+
+cases.limited(lambda folder: cases.run([is_what_is_shown, is_valid], folder))

@@ -152,6 +152,7 @@ void kxGltfAnimations::addChannel(int sampler, const std::string& pointer, const
             tinygltf::Value(tinygltf::Value::Object{{"pointer", tinygltf::Value(pointer)}});
     }
     if (!block.empty())
-        channel.extras = tinygltf::Value(tinygltf::Value::Object{{kxAnimImport::BlockName, tinygltf::Value(block)}});
+        channel.extras = tinygltf::Value(tinygltf::Value::Object{
+            {kxAnimImport::BlockName, tinygltf::Value(QString::fromStdString(block).toStdString())}});
     out.channels.push_back(channel);
 }

@@ -64,10 +64,33 @@ public:
         if (_buffer.size() > LargestBuffer)
             _report.fail(QStringLiteral("the scene is too large for this format"));
         _buffer.finish();
+        repairNames();
         return _model;
     }
 
 private:
+    /// The format's texts are UTF-8; what isn't gets a mark in its place.
+    void repairNames()
+    {
+        const auto repair = [this](auto& entries)
+        {
+            for (auto& entry : entries)
+            {
+                const std::string name = QString::fromStdString(entry.name).toStdString();
+                if (name != entry.name)
+                    _report.note(QStringLiteral("'%1': letters of the name that are no text are replaced")
+                                     .arg(QString::fromStdString(name)));
+                entry.name = name;
+            }
+        };
+        repair(_model.nodes);
+        repair(_model.meshes);
+        repair(_model.materials);
+        repair(_model.cameras);
+        repair(_model.lights);
+        repair(_model.animations);
+    }
+
     static std::vector<FieldContainerPtr> containersOfScene()
     {
         std::vector<FieldContainerPtr> containers;

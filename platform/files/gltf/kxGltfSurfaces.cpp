@@ -3,7 +3,10 @@
 #include <files/import/kxImageImport.h>
 #include <files/scene/kxFileReport.h>
 
+#include <osg/Share.h>
+
 #include <algorithm>
+#include <cmath>
 
 using namespace osg;
 
@@ -12,6 +15,42 @@ namespace
 std::vector<double> doubles(const Color3f& color, double scale = 1)
 {
     return {double(color[0]) * scale, double(color[1]) * scale, double(color[2]) * scale};
+}
+/// Of unit length, as the format wants them. One of no direction takes that of the triangles around it.
+std::vector<float> unitNormals(const Mesh& mesh)
+{
+    std::vector<float> normals = mesh.normals();
+    Share<Mesh> smooth;
+    for (std::size_t i = 0; i + 2 < normals.size(); i += 3)
+    {
+        const auto length = [&normals, i]
+        {
+            const double x = double(normals[i]), y = double(normals[i + 1]), z = double(normals[i + 2]);
+            return std::sqrt(x * x + y * y + z * z);
+        };
+        if (!(length() > 0))
+        {
+            if (!smooth)
+            {
+                smooth = Share<Mesh>(Mesh::create());
+                smooth.get()->setPositions(mesh.positions());
+                smooth.get()->setIndices(mesh.indices());
+                smooth.get()->computeNormals();
+            }
+            std::copy_n(smooth.get()->normals().begin() + long(i), 3, normals.begin() + long(i));
+        }
+        const double scale = 1 / length();
+        for (std::size_t c = i; c < i + 3; ++c)
+            normals[c] = float(scale * double(normals[c]));
+    }
+    return normals;
+}
+
+std::vector<float> clamped(std::vector<float> colors)
+{
+    for (float& value : colors)
+        value = std::clamp(value, 0.0f, 1.0f);
+    return colors;
 }
 } // namespace
 
@@ -27,9 +66,9 @@ const kxGltfSurfaces::Arrays& kxGltfSurfaces::arrays(const MeshPtr& mesh)
             arrays.attributes[name] = _buffer.addFloats(values, type, TINYGLTF_TARGET_ARRAY_BUFFER, bounds);
     };
     add("POSITION", mesh->positions(), TINYGLTF_TYPE_VEC3, true);
-    add("NORMAL", mesh->normals(), TINYGLTF_TYPE_VEC3, false);
+    add("NORMAL", unitNormals(*mesh.getCPtr()), TINYGLTF_TYPE_VEC3, false);
     add("TEXCOORD_0", mesh->texCoords(), TINYGLTF_TYPE_VEC2, false);
-    add("COLOR_0", mesh->colors(), TINYGLTF_TYPE_VEC4, false);
+    add("COLOR_0", clamped(mesh->colors()), TINYGLTF_TYPE_VEC4, false);
     arrays.indices = _buffer.addIndices(mesh->indices(), TINYGLTF_TYPE_SCALAR, TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER);
     return arrays;
 }
@@ -57,6 +96,9 @@ int kxGltfSurfaces::mesh(const std::vector<GeometryPtr>& parts, const std::strin
         primitive.attributes = data.attributes;
         primitive.indices = data.indices;
         primitive.material = material(part->getMaterial());
+        if (primitive.material >= 0 && data.attributes.count("TEXCOORD_0") == 0 &&
+            _model.materials[std::size_t(primitive.material)].pbrMetallicRoughness.baseColorTexture.index >= 0)
+            primitive.attributes["TEXCOORD_0"] = cornerCoords(mesh->vertexCount());
         const SkinPtr skin = SkinPtr::dcast(part->getSkin());
         if (skin != NullFC && skin->isValid(mesh->vertexCount()))
         {
@@ -79,6 +121,16 @@ int kxGltfSurfaces::mesh(const std::vector<GeometryPtr>& parts, const std::strin
         index = int(_model.meshes.size() - 1);
     }
     return _meshes[key] = index;
+}
+
+/// A surface without coordinates shows the picture's first texel.
+int kxGltfSurfaces::cornerCoords(UInt32 vertices)
+{
+    const auto found = _corners.find(vertices);
+    if (found != _corners.end())
+        return found->second;
+    return _corners[vertices] = _buffer.addFloats(std::vector<float>(2 * std::size_t(vertices), 0.0f),
+                                                  TINYGLTF_TYPE_VEC2, TINYGLTF_TARGET_ARRAY_BUFFER, false);
 }
 
 int kxGltfSurfaces::material(const MaterialPtr& material)

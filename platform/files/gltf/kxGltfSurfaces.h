@@ -31,6 +31,7 @@ private:
     };
 
     const Arrays& arrays(const osg::MeshPtr& mesh);
+    int cornerCoords(osg::UInt32 vertices);
     int material(const osg::MaterialPtr& material);
     void describe(const osg::UberMaterial& source, tinygltf::Material& target);
     int texture(const osg::ImagePtr& image);
@@ -40,6 +41,7 @@ private:
     kxFileReport& _report;
     std::map<osg::UInt32, Arrays> _arrays; // by container id, like all below
     std::map<osg::UInt32, std::map<std::string, int>> _skins;
+    std::map<osg::UInt32, int> _corners; // by the number of vertices
     std::map<osg::UInt32, int> _materials;
     std::map<osg::UInt32, int> _textures;
     std::map<std::vector<osg::UInt32>, int> _meshes; // by mesh, material and skin of each part
