@@ -1,5 +1,6 @@
 #include <files/assimp/kxAssimpImport.h>
 
+#include <files/assimp/kxAssimpLooks.h>
 #include <files/assimp/kxAssimpMeshes.h>
 #include <files/assimp/kxAssimpPivots.h>
 #include <files/assimp/kxAssimpUnits.h>
@@ -44,25 +45,6 @@ QMatrix4x4 matrixOf(const aiMatrix4x4& m)
 QVector3D vectorOf(const aiVector3D& v)
 {
     return QVector3D(v.x, v.y, v.z);
-}
-
-/// From the axes that look down -z, y up, to those of a camera or light.
-QMatrix4x4 lookMatrix(const QVector3D& place, const QVector3D& direction, const QVector3D& up)
-{
-    QVector3D back = -direction.normalized();
-    if (back.isNull())
-        back = QVector3D(0, 0, 1);
-    QVector3D right = QVector3D::crossProduct(up, back).normalized();
-    if (right.isNull())
-        right = QVector3D::crossProduct(std::abs(back.y()) < 0.9f ? QVector3D(0, 1, 0) : QVector3D(1, 0, 0), back)
-                    .normalized();
-    const QVector3D newUp = QVector3D::crossProduct(back, right);
-    QMatrix4x4 matrix;
-    matrix.setColumn(0, QVector4D(right, 0));
-    matrix.setColumn(1, QVector4D(newUp, 0));
-    matrix.setColumn(2, QVector4D(back, 0));
-    matrix.setColumn(3, QVector4D(place, 1));
-    return matrix;
 }
 
 /// True where a place, a turn and a size don't come to the matrix.
@@ -222,7 +204,7 @@ private:
         {
             const aiCamera& camera = *_scene.mCameras[i];
             addBelow(camera.mName, makeCamera(camera),
-                     lookMatrix(vectorOf(camera.mPosition), vectorOf(camera.mLookAt), vectorOf(camera.mUp)));
+                     kxAssimpLooks::matrix(vectorOf(camera.mPosition), vectorOf(camera.mLookAt), vectorOf(camera.mUp)));
         }
         for (unsigned i = 0; i < _scene.mNumLights; ++i)
         {
@@ -233,7 +215,7 @@ private:
                 continue;
             }
             addBelow(light.mName, makeLight(light),
-                     lookMatrix(vectorOf(light.mPosition), vectorOf(light.mDirection), vectorOf(light.mUp)));
+                     kxAssimpLooks::matrix(vectorOf(light.mPosition), vectorOf(light.mDirection), vectorOf(light.mUp)));
         }
     }
 
@@ -335,6 +317,7 @@ private:
 bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSceneContent& content,
                kxFileReport& report)
 {
+    kxAssimpLooks::mend(path, *scene);
     const double metres = kxAssimpUnits::metres(*scene);
     if (metres != 1)
     {

@@ -451,6 +451,70 @@ Connections: {
         QVERIFY((place.mapVector(QVector3D(0, 0, -1)) - QVector3D(0.1f, -1, 0.2f).normalized()).length() < 1e-5f);
     }
 
+    /// One scene in two formats, one of which says where the camera looks by a target and a roll; a third has it the
+    /// other way round in the library; the fourth looks at a point with an up that isn't square to it.
+    void camerasLookWhereTheFileSays()
+    {
+        const auto camera = []
+        {
+            NodePtr found;
+            traverse(kxScene::the()->root(),
+                     [&found](const NodePtr& node)
+                     {
+                         if (CameraPtr::dcast(node->getCore()) != NullFC)
+                             found = node;
+                         return Action::Continue;
+                     });
+            return found;
+        };
+        const QVector3D forward(0, 0, -1);
+        const QString collada = _folder.filePath(QStringLiteral("look.dae"));
+        QVERIFY(writeFile(collada, R"(<?xml version="1.0"?>
+<COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c"><optics><technique_common><perspective><yfov>30</yfov><znear>1</znear><zfar>99</zfar>
+</perspective></technique_common></optics></camera></library_cameras>
+<library_visual_scenes><visual_scene id="s"><node id="eye"><lookat>5 9 2  1 1 1  0 1 0</lookat>
+<instance_camera url="#c"/></node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)"));
+        kxFileReport report(collada);
+        QVERIFY2(kxSceneIO::open(collada, report), qPrintable(report.error()));
+        QMatrix4x4 place = kxSceneMath::worldMatrix(camera());
+        QVERIFY((place.mapVector(forward) - QVector3D(-4, -8, -1).normalized()).length() < 1e-4f);
+        QVERIFY(std::abs(place(1, 0)) < 1e-5f && (place.map(QVector3D()) - QVector3D(5, 9, 2)).length() < 1e-4f);
+        if (modelsFolder().isEmpty())
+            QSKIP("the model collection isn't installed");
+        kxFileReport other(modelsFolder() + QStringLiteral("/LWS/move_x.lws"));
+        QVERIFY(kxSceneIO::open(other.file(), other));
+        QVERIFY((kxSceneMath::worldMatrix(camera()).mapVector(forward) - forward).length() < 1e-5f); // to the cube
+        // At the frames that have keys in both.
+        for (const auto& [name, step] : {std::pair("CameraRollAnim", 120), std::pair("TargetCameraAnim", 30)})
+        {
+            std::vector<QMatrix4x4> places[2];
+            for (const bool second : {false, true})
+            {
+                kxAnimManager::the()->setFPS(30);
+                kxFileReport file(
+                    modelsFolder() +
+                    QStringLiteral("/%1/%2.%3").arg(second ? "3DS" : "ASE", name, second ? "3ds" : "ase"));
+                QVERIFY(kxSceneIO::open(file.file(), file));
+                QVERIFY(std::abs(CameraPtr::dcast(camera()->getCore())->getFieldOfView() - 34.5f) < 0.1f); // 45 wide
+                for (int frame = 0; frame <= step * 3 && frame <= 120; frame += step)
+                {
+                    kxAnimManager::the()->setCurrentFrame(frame, true, false);
+                    places[second].push_back(kxSceneMath::worldMatrix(camera()));
+                }
+            }
+            for (std::size_t i = 0; i < places[0].size(); ++i)
+                for (const QVector3D& axis : {forward, QVector3D(1, 0, 0)})
+                {
+                    const QVector3D off = places[1][i].mapVector(axis) - places[0][i].mapVector(axis);
+                    QVERIFY2(off.length() < 0.01f, qPrintable(QStringLiteral("%1 %2").arg(name).arg(i)));
+                    const QVector3D away = places[1][i].map(QVector3D()) - places[0][i].map(QVector3D());
+                    QVERIFY(away.length() < 1); // of 85; the samples of one leave some out
+                }
+        }
+    }
+
     void memoryIsLimited()
     {
 #ifndef KX_SANITIZED
