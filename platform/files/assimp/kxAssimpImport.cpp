@@ -4,6 +4,7 @@
 #include <files/assimp/kxAssimpMeshes.h>
 #include <files/assimp/kxAssimpPivots.h>
 #include <files/assimp/kxAssimpUnits.h>
+#include <files/assimp/kxFirstGltf.h>
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxMemoryLimit.h>
 #include <kxAnimManager.h>
@@ -317,6 +318,8 @@ private:
 bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSceneContent& content,
                kxFileReport& report)
 {
+    if (kxAssimpUnits::format(*scene) == "glTF Importer")
+        kxFirstGltf::mend(path, *scene, report);
     kxAssimpLooks::mend(path, *scene);
     const double metres = kxAssimpUnits::metres(*scene);
     if (metres != 1)

@@ -1,5 +1,6 @@
 #include <files/assimp/kxAssimpLooks.h>
 
+#include <files/assimp/kxAssimpUnits.h>
 #include <files/assimp/kxCameras3ds.h>
 
 #include <cmath>
@@ -30,17 +31,16 @@ void straighten(aiNode& node)
 
 void kxAssimpLooks::mend(const QString& path, aiScene& scene)
 {
-    aiString format;
-    if (scene.mMetaData == nullptr || !scene.mMetaData->Get("SourceAsset_Format", format) || scene.mRootNode == nullptr)
+    const std::string format = kxAssimpUnits::format(scene);
+    if (scene.mRootNode == nullptr)
         return;
-    const QLatin1String name(format.C_Str());
-    if (name == QLatin1String("Discreet 3DS Importer"))
+    if (format == "Discreet 3DS Importer")
         kxCameras3ds::turn(path, scene);
     // Their nodes are turned as those of all others; what looks down their +z are the cameras of the importer.
-    if (name == QLatin1String("ASE Importer") || name == QLatin1String("LightWave Scene Importer"))
+    if (format == "ASE Importer" || format == "LightWave Scene Importer")
         for (unsigned i = 0; i < scene.mNumCameras; ++i)
             scene.mCameras[i]->mLookAt = aiVector3D(0, 0, -1);
-    if (name == QLatin1String("Collada Importer"))
+    if (format == "Collada Importer")
         for (unsigned i = 0; i < scene.mNumCameras; ++i)
             if (aiNode* const node = scene.mRootNode->FindNode(scene.mCameras[i]->mName))
                 straighten(*node);

@@ -1,5 +1,6 @@
 #include <files/assimp/kxAssimpUnits.h>
 
+#include <assimp/commonMetaData.h>
 #include <cmath>
 
 namespace
@@ -35,6 +36,14 @@ double namedRate(int name, double custom)
     return name >= 0 && name < Custom ? Rates[name] : 0;
 }
 } // namespace
+
+std::string kxAssimpUnits::format(const aiScene& scene)
+{
+    aiString name;
+    if (scene.mMetaData != nullptr)
+        scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, name);
+    return name.C_Str();
+}
 
 double kxAssimpUnits::metres(const aiScene& scene)
 {
