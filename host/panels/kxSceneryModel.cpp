@@ -40,7 +40,8 @@ kxSceneryModel::kxSceneryModel(kxSceneryStage* stage, QObject* parent) : QAbstra
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxSceneryModel::sync);
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxSceneryModel::syncChoices);
     connect(stage, &kxSceneryStage::changed, this, &kxSceneryModel::sync);
-    connect(&kxHistory::the(), &kxHistory::changed, this, &kxSceneryModel::sync); // clips are no part of the structure
+    // Clips are no part of the structure.
+    connect(&kxHistory::the(), &kxHistory::changed, this, &kxSceneryModel::syncClips);
     connect(stage->view(), &kxView3D::viewChanged, this, &kxSceneryModel::syncLook);
     sync();
 }
@@ -69,6 +70,15 @@ kxSceneryModel::Sections kxSceneryModel::read() const
         }
         sections.push_back(std::move(section));
     }
+    sections.push_back(readClips());
+    sections.erase(
+        std::remove_if(sections.begin(), sections.end(), [](const Section& section) { return section.items.empty(); }),
+        sections.end());
+    return sections;
+}
+
+kxSceneryModel::Section kxSceneryModel::readClips()
+{
     Section clips{Clips, {}};
     osg::traverse(kxAnimManager::the()->clipStructureRoot(),
                   [&clips](const osg::NodePtr& node)
@@ -78,11 +88,7 @@ kxSceneryModel::Sections kxSceneryModel::read() const
                           clips.items.push_back(readClip(node));
                       return osg::Action::Continue;
                   });
-    sections.push_back(std::move(clips));
-    sections.erase(
-        std::remove_if(sections.begin(), sections.end(), [](const Section& section) { return section.items.empty(); }),
-        sections.end());
-    return sections;
+    return clips;
 }
 
 kxSceneryModel::Item kxSceneryModel::readClip(const osg::NodePtr& clip)
@@ -129,7 +135,22 @@ bool kxSceneryModel::haveSameRows(const Sections& a, const Sections& b)
 
 void kxSceneryModel::sync()
 {
-    Sections sections = read();
+    show(read());
+}
+
+void kxSceneryModel::syncClips()
+{
+    Sections sections = _sections;
+    if (!sections.empty() && sections.back().kind == Clips)
+        sections.pop_back();
+    Section clips = readClips();
+    if (!clips.items.empty())
+        sections.push_back(std::move(clips));
+    show(std::move(sections));
+}
+
+void kxSceneryModel::show(Sections&& sections)
+{
     if (!haveSameRows(sections, _sections))
     {
         beginResetModel();

@@ -57,9 +57,12 @@ private:
     };
     typedef std::vector<Section> Sections;
     Sections read() const;
+    static Section readClips();
     static Item readClip(const osg::NodePtr& clip);
     static bool haveSameRows(const Sections& a, const Sections& b);
     void sync();
+    void syncClips();
+    void show(Sections&& sections);
     /// Frame after frame while something plays: looks at what sets show, and no further.
     void syncChoices();
     /// The same for the camera that is looked through.
