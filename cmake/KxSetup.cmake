@@ -45,6 +45,7 @@ find_package(assimp REQUIRED)
 find_package(OpenGL REQUIRED COMPONENTS OpenGL EGL)
 find_package(ZLIB REQUIRED)
 find_package(SQLite3 REQUIRED)
+find_package(OpenEXR 3 REQUIRED)
 
 add_compile_definitions(QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY BOOST_BIND_GLOBAL_PLACEHOLDERS
                         BOOST_ALLOW_DEPRECATED_HEADERS QT_DEPRECATED_WARNINGS)

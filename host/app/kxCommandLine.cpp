@@ -125,7 +125,8 @@ void checkPictures(kxCommandLine& line)
         if (const QString problem = kxMovieFile::problem(line.movie, line.transparent); !problem.isEmpty())
             line.errors << tr("--movie '%1': %2").arg(line.movie, problem);
     if (!line.screenshot.isEmpty() &&
-        !kxFramePattern::problem(QString(line.screenshot).remove(QLatin1Char('%')), false).isEmpty())
+        (line.screenshot.endsWith(QLatin1String(".exr"), Qt::CaseInsensitive) ||
+         !kxFramePattern::problem(QString(line.screenshot).remove(QLatin1Char('%')), false).isEmpty()))
         line.errors << tr("--screenshot writes .png and .jpg files, not '%1'").arg(line.screenshot);
 }
 
@@ -283,10 +284,12 @@ QString kxFramePattern::problem(const QString& pattern, bool needsNumber, bool t
         return tr("it has more than one place for the frame number");
     if (count == 0 && needsNumber)
         return tr("several frames need a place for their number, such as %04d");
-    if (suffix != QLatin1String("png") && suffix != QLatin1String("jpg") && suffix != QLatin1String("jpeg"))
-        return tr("the name has to end in .png or .jpg");
+    static const QStringList suffixes = {QStringLiteral("png"), QStringLiteral("jpg"), QStringLiteral("jpeg"),
+                                         QStringLiteral("exr")};
+    if (!suffixes.contains(suffix))
+        return tr("the name has to end in .png, .jpg or .exr");
     if (transparent && suffix.startsWith(QLatin1String("jp")))
-        return tr("a .jpg picture can't be transparent; .png can");
+        return tr("a .jpg picture can't be transparent; .png and .exr can");
     return QString();
 }
 

@@ -178,7 +178,7 @@ void kxRenderDialog::proposeRange()
 
 void kxRenderDialog::choose()
 {
-    const QString filter = _mode == Movie ? kxMovieFile::filter() : tr("Pictures (*.png *.jpg)");
+    const QString filter = _mode == Movie ? kxMovieFile::filter() : tr("Pictures (*.png *.jpg *.exr)");
     const QString chosen = QFileDialog::getSaveFileName(this, windowTitle(), file(), filter);
     if (!chosen.isEmpty())
         _file->setText(chosen);

@@ -1,6 +1,7 @@
 #include "kxRenderJob.h"
 
 #include "kxCommandLine.h"
+#include "kxExrFile.h"
 #include "kxMovieFile.h"
 
 #include <kxAnimManager.h>
@@ -18,6 +19,22 @@ bool running = false;
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxRenderJob", text);
+}
+
+/// No half picture.
+bool save(const QImage& picture, const QString& file, QString& error)
+{
+    QSaveFile whole(file);
+    QImageWriter writer(&whole, QFileInfo(file).suffix().toLatin1());
+    const bool isJpeg = QFileInfo(file).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
+    if (isJpeg)
+        writer.setQuality(95);
+    if (whole.open(QIODevice::WriteOnly) &&
+        writer.write(isJpeg ? picture.convertToFormat(QImage::Format_RGB32) : picture) && whole.commit())
+        return true;
+    const bool isOfFile = whole.error() != QFileDevice::NoError;
+    error = tr("'%1' can't be written: %2").arg(file, isOfFile ? whole.errorString() : writer.errorString());
+    return false;
 }
 } // namespace
 
@@ -48,23 +65,22 @@ bool kxRenderJob::renderImage(const QString& file, const QSize& size, QString& e
 {
     const QScopedValueRollback<bool> flag(running, true);
     std::optional<kxViewCamera> framed;
-    const QImage picture = draw(size, viewFor(size, framed), error);
-    return !picture.isNull() && save(picture, file, error);
+    return write(file, size, viewFor(size, framed), error);
 }
 
 int kxRenderJob::renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
                               const QSize& size, QString& error)
 {
     int written = 0;
-    const auto write = [&](int frame, const QImage& picture)
+    const auto take = [&](int frame, const kxViewCamera& view)
     {
         const QString file = kxFramePattern::fileName(pattern, frame);
-        if (!save(picture, file, error))
+        if (!write(file, size, view, error))
             return false;
         ++written;
         return !progress || progress(frame, file);
     };
-    drawFrames(source, range, 1, size, error, write);
+    showFrames(source, range, 1, size, take);
     return written;
 }
 
@@ -83,66 +99,72 @@ int kxRenderJob::renderMovie(const QString& file, const kxRenderSource& source, 
     movie.goesOn = waiting;
     int added = 0;
     bool goesOn = movie.open(file, pictures, rate / step, transparent);
-    const auto add = [&](int frame, const QImage& picture)
+    const auto take = [&](int frame, const kxViewCamera& view)
     {
-        goesOn = movie.add(picture) && (!progress || progress(frame, file));
+        const QImage picture = draw(pictures, view, error);
+        goesOn = !picture.isNull() && movie.add(picture) && (!progress || progress(frame, file));
+        added += goesOn ? 1 : 0;
         return goesOn;
     };
     if (goesOn)
-        added = drawFrames(source, range, step, pictures, error, add);
-    const bool whole = goesOn && error.isEmpty() && movie.finish();
+        showFrames(source, range, step, pictures, take);
+    const bool whole = goesOn && movie.finish();
     if (error.isEmpty())
         error = movie.error();
     return whole ? added : 0;
 }
 
-int kxRenderJob::drawFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step,
-                            const QSize& size, QString& error,
-                            const std::function<bool(int frame, const QImage& picture)>& take)
+void kxRenderJob::showFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step,
+                             const QSize& size, const std::function<bool(int frame, const kxViewCamera& view)>& take)
 {
     const QScopedValueRollback<bool> flag(running, true);
     kxAnimManager* const manager = kxAnimManager::the();
     const double before = manager->currentFrame();
     manager->setCurrentFrame(before, false, true); // another clip may be shown
     std::optional<kxViewCamera> framed;
-    int taken = 0;
     for (int frame = range.first; frame <= range.last; frame += step)
     {
         source.show(frame);
-        const QImage picture = draw(size, viewFor(size, framed), error);
-        if (picture.isNull() || !take(frame, picture))
+        if (!take(frame, viewFor(size, framed)))
             break;
-        ++taken;
     }
     manager->setCurrentFrame(before, false, true);
-    return taken;
 }
 
-QImage kxRenderJob::draw(const QSize& size, const kxViewCamera& view, QString& error) const
+kxRenderOptions kxRenderJob::options() const
 {
     kxRenderOptions options;
     options.grid = false;
     options.outline = false;
     options.transparent = transparent;
-    const QImage image = offscreen().render(size.width(), size.height(), view, options);
+    return options;
+}
+
+QImage kxRenderJob::draw(const QSize& size, const kxViewCamera& view, QString& error) const
+{
+    const QImage image = offscreen().render(size.width(), size.height(), view, options());
     if (image.isNull())
-        error = offscreen().problem();
-    if (image.isNull() && error.isEmpty())
-        error = tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height());
+        error = whyNothing(size);
     return image;
 }
 
-bool kxRenderJob::save(const QImage& picture, const QString& file, QString& error)
+bool kxRenderJob::write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error) const
 {
-    QSaveFile whole(file); // no half picture
-    QImageWriter writer(&whole, QFileInfo(file).suffix().toLatin1());
-    const bool isJpeg = QFileInfo(file).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
-    if (isJpeg)
-        writer.setQuality(95);
-    if (whole.open(QIODevice::WriteOnly) &&
-        writer.write(isJpeg ? picture.convertToFormat(QImage::Format_RGB32) : picture) && whole.commit())
-        return true;
-    const bool isOfFile = whole.error() != QFileDevice::NoError;
-    error = tr("'%1' can't be written: %2").arg(file, isOfFile ? whole.errorString() : writer.errorString());
+    if (!kxExrFile::isName(file))
+    {
+        const QImage picture = draw(size, view, error);
+        return !picture.isNull() && save(picture, file, error);
+    }
+    const kxLightImage picture = offscreen().renderLight(size.width(), size.height(), view, options());
+    if (!picture.size.isEmpty())
+        return kxExrFile::write(picture, transparent, file, error);
+    error = whyNothing(size);
     return false;
+}
+
+QString kxRenderJob::whyNothing(const QSize& size)
+{
+    const QString problem = offscreen().problem();
+    return problem.isEmpty() ? tr("A picture of %1 x %2 pixels can't be drawn.").arg(size.width()).arg(size.height())
+                             : problem;
 }

@@ -40,14 +40,17 @@ public:
                     const QSize& size, QString& error);
 
 private:
-    /// Shows each `step`th frame, draws it and hands it to `take`, until that gives false. Gives how many were taken.
-    int drawFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step, const QSize& size,
-                   QString& error, const std::function<bool(int frame, const QImage& picture)>& take);
+    /// Shows each `step`th frame and hands it to `take` with what is seen then, until that gives false.
+    void showFrames(const kxRenderSource& source, const kxRenderSource::Range& range, int step, const QSize& size,
+                    const std::function<bool(int frame, const kxViewCamera& view)>& take);
+    kxRenderOptions options() const;
     /// Null, and the reason, where it can't be drawn.
     QImage draw(const QSize& size, const kxViewCamera& view, QString& error) const;
-    static bool save(const QImage& picture, const QString& file, QString& error);
+    /// Into a picture file of the kind that its name says.
+    bool write(const QString& file, const QSize& size, const kxViewCamera& view, QString& error) const;
     /// Where nobody chose a camera, all pictures have one view of the whole scene: one that frames anew in each would
     /// make the film jump.
     kxViewCamera viewFor(const QSize& size, std::optional<kxViewCamera>& framed);
+    static QString whyNothing(const QSize& size);
     static kxOffscreen& offscreen();
 };

@@ -292,7 +292,7 @@ void defineRest()
             "@raise TypeError: A value is of a type that a message can't carry.");
     bp::def("render", render, (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("camera") = std::string()),
             "Draws the scene at the current frame into a picture file, as File, Render Image does.\n\n"
-            "@param path: The file to write; its ending says which kind it is (.png, .jpg ...).\n\n"
+            "@param path: The file to write; its ending says which kind it is (.png, .jpg, .exr ...).\n\n"
             "@type path: string\n\n"
             "@param width: Pixels.\n\n"
             "@type width: int\n\n"

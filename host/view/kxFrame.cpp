@@ -204,6 +204,7 @@ kxFrame kxFrame::make(const kxRenderScene& scene, const kxViewCamera& camera, co
     frame.kept = scene.kept();
     frame.uniforms.uEye = camera.eye();
     frame.uniforms.uAspect = camera.aspect;
+    frame.uniforms.uIsLight = options.light ? 1.0f : 0.0f;
     QVector3D shadowDirection = KeyDirection;
     setLamps(frame, scene, shadowDirection);
     setMaps(frame, scene, shadowDirection);

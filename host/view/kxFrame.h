@@ -17,6 +17,7 @@ struct kxRenderOptions
     bool outline = true;      ///< around what is selected
     bool quick = false;       ///< one sample a pixel
     bool transparent = false; ///< no backdrop; the picture has an alpha channel
+    bool light = false;       ///< colours are light, linear and without bounds, not ready for the screen
 };
 
 /// One picture, prepared for any renderer: what is seen in which order, lights, maps.

@@ -6,6 +6,8 @@
 #include "kxGlTarget.h"
 #include "kxViewColors.h"
 
+#include <algorithm>
+
 namespace
 {
 // Texture units.
@@ -22,7 +24,7 @@ struct kxGlRenderer::Data
     kxGlFunctions gl;
     kxGlCache cache;
     kxGlProgram surface, flat, contact, backdrop, floor, blur, outline, over;
-    kxGlTarget samples, single, mask, picture, sunMap, contactMap, contactBlur;
+    kxGlTarget samples, single, lightSamples, light, mask, picture, sunMap, contactMap, contactBlur;
     GLuint overTexture = 0;
     QSize overSize;
     GLuint empty = 0; // vertex array without attributes
@@ -60,7 +62,10 @@ struct kxGlRenderer::Data
     }
     void endCut() const { gl.Disable(GL_CLIP_DISTANCE0); }
     /// Where the picture is drawn first.
-    kxGlTarget& canvas(const kxFrame& frame) { return frame.options.quick ? single : samples; }
+    kxGlTarget& canvas(const kxFrame& frame)
+    {
+        return frame.options.light ? lightSamples : frame.options.quick ? single : samples;
+    }
     /// Colours of the source over what is there, which may be transparent.
     void blend() const
     {
@@ -103,8 +108,8 @@ void kxGlRenderer::release()
     for (kxGlProgram* const program :
          {&d.surface, &d.flat, &d.contact, &d.backdrop, &d.floor, &d.blur, &d.outline, &d.over})
         program->release(d.gl);
-    for (kxGlTarget* const target :
-         {&d.samples, &d.single, &d.mask, &d.picture, &d.sunMap, &d.contactMap, &d.contactBlur})
+    for (kxGlTarget* const target : {&d.samples, &d.single, &d.lightSamples, &d.light, &d.mask, &d.picture, &d.sunMap,
+                                     &d.contactMap, &d.contactBlur})
         target->release(d.gl);
     d.gl.DeleteTextures(1, &d.overTexture);
     d.gl.DeleteVertexArrays(1, &d.empty);
@@ -116,7 +121,9 @@ bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned i
 {
     Data& d = *_data;
     const kxGlFunctions& gl = d.gl;
-    const kxGlTarget::Kind kind = frame.options.quick ? kxGlTarget::SingleSample : kxGlTarget::Multisampled;
+    const kxGlTarget::Kind kind = frame.options.light   ? kxGlTarget::LightSamples
+                                  : frame.options.quick ? kxGlTarget::SingleSample
+                                                        : kxGlTarget::Multisampled;
     if (!_ready || frame.size.isEmpty() || !d.canvas(frame).prepare(gl, kind, frame.size))
         return false;
     gl.VertexAttrib4f(1, 0, 0, 0, 0);
@@ -169,17 +176,43 @@ bool kxGlRenderer::render(kxRenderScene& scene, const kxFrame& frame, unsigned i
 QImage kxGlRenderer::renderToImage(kxRenderScene& scene, const kxFrame& frame)
 {
     Data& d = *_data;
-    if (!_ready || frame.size.isEmpty() || !d.picture.prepare(d.gl, kxGlTarget::Picture, frame.size) ||
-        !render(scene, frame, d.picture.frameBuffer(), frame.size))
+    if (!renderTo(d.picture, scene, frame))
         return QImage();
     QImage image(frame.size,
                  frame.options.transparent ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGBX8888);
     if (image.isNull())
         return QImage();
-    d.gl.BindFramebuffer(GL_FRAMEBUFFER, d.picture.frameBuffer());
-    d.gl.PixelStorei(GL_PACK_ALIGNMENT, 4);
     d.gl.ReadPixels(0, 0, image.width(), image.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
     return image.mirrored();
+}
+
+kxLightImage kxGlRenderer::renderToLight(kxRenderScene& scene, const kxFrame& frame)
+{
+    Data& d = *_data;
+    kxLightImage image;
+    if (!renderTo(d.light, scene, frame))
+        return image;
+    image.size = frame.size;
+    const std::size_t row = 4 * std::size_t(frame.size.width()), rows = std::size_t(frame.size.height());
+    image.halves.resize(row * rows);
+    d.gl.ReadPixels(0, 0, frame.size.width(), frame.size.height(), GL_RGBA, GL_HALF_FLOAT, image.halves.data());
+    for (std::size_t top = 0; top < rows / 2; ++top)
+        std::swap_ranges(image.halves.begin() + std::ptrdiff_t(top * row),
+                         image.halves.begin() + std::ptrdiff_t((top + 1) * row),
+                         image.halves.begin() + std::ptrdiff_t((rows - 1 - top) * row));
+    return image;
+}
+
+bool kxGlRenderer::renderTo(kxGlTarget& target, kxRenderScene& scene, const kxFrame& frame)
+{
+    const kxGlFunctions& gl = _data->gl;
+    const kxGlTarget::Kind kind = frame.options.light ? kxGlTarget::Light : kxGlTarget::Picture;
+    if (!_ready || frame.size.isEmpty() || !target.prepare(gl, kind, frame.size) ||
+        !render(scene, frame, target.frameBuffer(), frame.size))
+        return false;
+    gl.BindFramebuffer(GL_FRAMEBUFFER, target.frameBuffer());
+    gl.PixelStorei(GL_PACK_ALIGNMENT, 4);
+    return true;
 }
 
 void kxGlRenderer::finish()

@@ -2,8 +2,12 @@
 
 #include "kxFrame.h"
 
+#include "kxLightImage.h"
+
 #include <functional>
 #include <memory>
+
+class kxGlTarget;
 
 /// Draws a frame by OpenGL 3.3, in any context whose entry points it is given.
 ///
@@ -27,12 +31,15 @@ public:
     void finish();
     /// Makes a frame buffer of its own, draws there and reads it; null where the driver refuses.
     QImage renderToImage(kxRenderScene& scene, const kxFrame& frame);
+    /// The same of a frame whose colours are light.
+    kxLightImage renderToLight(kxRenderScene& scene, const kxFrame& frame);
 
     /// Lays a picture (Format_ARGB32_Premultiplied) over all of a frame buffer of the same size.
     void drawOver(const QImage& picture, unsigned int frameBuffer);
 
 private:
     struct Data;
+    bool renderTo(kxGlTarget& target, kxRenderScene& scene, const kxFrame& frame);
     void drawMaps(const kxRenderScene& scene, const kxFrame& frame);
     void drawShadow(const kxRenderScene& scene, const kxFrame& frame);
     void drawContact(const kxRenderScene& scene, const kxFrame& frame);

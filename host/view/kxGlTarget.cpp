@@ -40,12 +40,12 @@ bool kxGlTarget::prepare(const kxGlFunctions& gl, Kind kind, const QSize& size)
     _size = size;
     gl.GenFramebuffers(1, &_frameBuffer);
     gl.BindFramebuffer(GL_FRAMEBUFFER, _frameBuffer);
-    if (kind == Multisampled || kind == SingleSample)
+    if (kind == Multisampled || kind == SingleSample || kind == LightSamples)
     {
         GLint most = 0;
         gl.GetIntegerv(GL_MAX_SAMPLES, &most);
         const GLsizei samples = kind == SingleSample ? 0 : std::min<GLint>(4, most);
-        _color = newBuffer(gl, GL_RGBA8, samples, size);
+        _color = newBuffer(gl, kind == LightSamples ? GL_RGBA16F : GL_RGBA8, samples, size);
         _depth = newBuffer(gl, GL_DEPTH_COMPONENT24, samples, size);
         gl.FramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, _color);
     }
@@ -62,7 +62,8 @@ bool kxGlTarget::prepare(const kxGlFunctions& gl, Kind kind, const QSize& size)
     else
     {
         const bool map = kind == Map;
-        _texture = newTexture(gl, map ? GL_R8 : GL_RGBA8, map ? GL_RED : GL_RGBA, GL_UNSIGNED_BYTE, size);
+        const GLint format = kind == Light ? GL_RGBA16F : GL_RGBA8;
+        _texture = newTexture(gl, map ? GL_R8 : format, map ? GL_RED : GL_RGBA, GL_UNSIGNED_BYTE, size);
         setEdge(gl, map ? GL_CLAMP_TO_BORDER : GL_CLAMP_TO_EDGE, {0, 0, 0, 0});
         if (map)
             _depth = newBuffer(gl, GL_DEPTH_COMPONENT24, 0, size);

@@ -12,7 +12,9 @@ public:
     {
         Multisampled, ///< RGBA and depth, 4 samples a pixel; only to be copied from
         SingleSample, ///< RGBA and depth; only to be copied from
+        LightSamples, ///< as Multisampled, in half floats
         Picture,      ///< an RGBA texture
+        Light,        ///< one in half floats
         Map,          ///< a texture of one channel, and depth
         Shadow        ///< a depth texture to compare with
     };

@@ -78,3 +78,14 @@ QImage kxOffscreenGl::render(kxRenderScene& scene, const kxFrame& frame)
     _context->doneCurrent();
     return image;
 }
+
+kxLightImage kxOffscreenGl::renderLight(kxRenderScene& scene, const kxFrame& frame)
+{
+    prepare();
+    const ContextPause pause;
+    if (!_renderer || !_context->makeCurrent())
+        return kxLightImage();
+    kxLightImage image = _renderer->renderToLight(scene, frame);
+    _context->doneCurrent();
+    return image;
+}

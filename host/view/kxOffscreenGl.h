@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kxLightImage.h"
+
 #include <QImage>
 #include <QString>
 
@@ -24,6 +26,8 @@ public:
     /// Format_RGBX8888, or Format_RGBA8888_Premultiplied where the frame is transparent. Null where there is a
     /// problem(), or where the driver refuses the size.
     QImage render(kxRenderScene& scene, const kxFrame& frame);
+    /// Of a frame whose colours are light; empty as render() is null.
+    kxLightImage renderLight(kxRenderScene& scene, const kxFrame& frame);
 
 private:
     void prepare();

@@ -22,7 +22,8 @@
     X(int,                                                                                                             \
       uShadowTaps) /* look-ups to each side in the shadow map; a uniform, so that drivers don't unroll them all */     \
     X(float, uGridFade) /* strength of the finest lines, 0 to 1 */                                                     \
-    X(float, uAspect)   /* width / height */
+    X(float, uAspect)   /* width / height */                                                                           \
+    X(float, uIsLight)  /* 1: colours come as light, linear and without bounds, not ready for the screen */
 
 /// Arrays of MaxLights vectors. Place: xyz position, or direction to the light; w 0 directional, 1 point, 2 spot.
 /// Colour: rgb times intensity; w cosine of half the cone. Aim: xyz where a spot shines; w cosine where it begins to

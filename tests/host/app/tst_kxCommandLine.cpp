@@ -44,8 +44,9 @@ private Q_SLOTS:
         kxRow("all frames into one file", "a.kxs --frames all --render x.png", "x.png");
         kxRow("all frames of nothing", "a.kxs --frames all", "--movie");
         kxRow("transparency that a movie hasn't", "a.kxs --transparent --movie x.mp4", ".webm");
-        kxRow("transparency that a picture hasn't", "a.kxs --transparent --render x.JPG", ".png can");
+        kxRow("transparency that a picture hasn't", "a.kxs --transparent --render x.JPG", ".png and .exr can");
         kxRow("transparency of nothing", "a.kxs --transparent", "--render");
+        kxRow("window as light", "a.kxs --screenshot x.exr", ".png");
         kxRow("export of no kind", "a.kxs --export x.fbx", "x.fbx");
         kxRow("size without height", "a.kxs --size 100", "100");
         kxRow("size too large", "a.kxs --size 99999x100", "99999x100");
@@ -111,6 +112,7 @@ private Q_SLOTS:
         kxRow("longer than its width", "a_%02d.png", true, 12345, "a_12345.png");
         kxRow("negative", "a_%04d.png", true, -7, "a_-007.png");
         kxRow("bare", "a%d.jpg", true, 30, "a30.jpg");
+        kxRow("light", "a%d.EXR", true, 30, "a30.EXR");
         kxRow("spaces", "%3d.png", true, 30, " 30.png");
         kxRow("two numbers", "%d/%d.png", true, 1, "");
         kxRow("percent sign", "50%%_%d.png", true, 1, "50%_1.png");

@@ -9,6 +9,7 @@
 #include <kxAnimFixture.h>
 #include <osg/Share.h>
 #include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
 
 #include <QtWidgets>
 
@@ -313,6 +314,48 @@ private Q_SLOTS:
         QVERIFY(job.renderImage(path("clear.png"), QSize(160, 90), error));
         QVERIFY(qAlpha(QImage(path("clear.png")).pixel(0, 0)) == 0 &&
                 qAlpha(QImage(path("plain.png")).pixel(0, 0)) == 255);
+    }
+
+    /// Brighter than white, and through the curve of the screen as the other pictures.
+    void lightIsWrittenAsItIs()
+    {
+        const osg::MaterialPtr paint = addMaterial("Paint");
+        osg::UberMaterialPtr::dcast(paint)->setEmissive(osg::Color3f(6, 0.5f, 0));
+        addSurface("Box", paint);
+        kxRenderJob job;
+        QString error;
+        const QSize size(96, 54);
+        const auto light = [&](const char* name, const char* format)
+        {
+            QProcess decode; // into planes of green, blue, red and maybe alpha
+            decode.start("ffmpeg", {"-v", "error", "-i", path(name), "-f", "rawvideo", "-pix_fmt", format, "-"});
+            decode.waitForFinished();
+            const QByteArray bytes = decode.readAllStandardOutput();
+            std::vector<float> planes(std::size_t(bytes.size()) / sizeof(float));
+            std::memcpy(planes.data(), bytes.constData(), std::size_t(bytes.size()));
+            return planes;
+        };
+        QVERIFY2(job.renderImage(path("a.EXR"), size, error) && job.renderImage(path("a.png"), size, error),
+                 qPrintable(error));
+        const std::vector<float> seen = light("a.EXR", "gbrpf32le");
+        const std::size_t all = 96 * 54, middle = 27 * 96 + 48;
+        QVERIFY(seen.size() == 3 * all && seen[2 * all + middle] > 5 && seen[middle] < 3);
+        QFile file(path("a.EXR"));
+        QVERIFY(file.open(QFile::ReadOnly) && file.readAll().contains(QByteArray("R\0\1\0\0\0", 6))); // halves
+        const QImage picture(path("a.png"));
+        std::size_t off = 0;
+        for (std::size_t i = 0; i < all; ++i)
+        {
+            const double x = 0.8 * double(seen[i]), y = x * (2.51 * x + 0.03) / (x * (2.43 * x + 0.59) + 0.14);
+            const double onScreen = 255 * (1.055 * std::pow(std::min(1.0, y), 1 / 2.4) - 0.055);
+            off += std::abs(onScreen - qGreen(picture.pixel(int(i % 96), int(i / 96)))) > 3;
+        }
+        QVERIFY2(off < all / 20, qPrintable(QString::number(off))); // edges are mixed in light
+        job.transparent = true;
+        QVERIFY(job.renderImage(path("c.exr"), size, error));
+        const std::vector<float> clear = light("c.exr", "gbrapf32le");
+        QVERIFY(clear[3 * all] == 0 && clear[0] == 0 && clear[3 * all + middle] == 1 && clear[middle] == seen[middle]);
+        QVERIFY(!job.renderImage(path("gone/a.exr"), size, error) && error.contains("gone/a.exr' can't be written"));
     }
 
     void menuWritesFiles_data()
