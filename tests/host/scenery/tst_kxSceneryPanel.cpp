@@ -131,6 +131,7 @@ private Q_SLOTS:
         const osg::AnimNodePtr late = F::trigger("Wide", 2.5f, false, true), gone = F::trigger("Gone", 1.25f, true);
         F::added(F::clip("Show", {F::clone(block, 0), late, gone, F::clip("Inner", {F::clone(block, 1, 2)})}));
         F::added(F::clip("Empty", {}));
+        kxScene::the()->flush();
         kxHistory::the().flush();
         kxAnimManager::the()->setCurrentFrame(24, true, false);
         QCOMPARE(F::transform(box)->getTranslation().x(), 6.0f);
