@@ -34,6 +34,7 @@ constexpr float SmoothAngle = 60.0f;
 constexpr quint64 SmallestGrowth = quint64(512) << 20;
 constexpr quint64 GrowthAByte = 200;
 
+constexpr unsigned PointsAndLines = aiPrimitiveType_POINT | aiPrimitiveType_LINE;
 constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
                            aiProcess_LimitBoneWeights | aiProcess_SortByPType | aiProcess_FlipUVs |
                            aiProcess_ValidateDataStructure;
@@ -112,6 +113,10 @@ public:
         if (_scene.mRootNode == nullptr ||
             (_scene.mNumMeshes == 0 && _scene.mNumCameras == 0 && _scene.mNumLights == 0 && _scene.mNumAnimations == 0))
             return _report.fail(QStringLiteral("the file holds no objects"));
+        const auto isSurface = [](const aiMesh* mesh) { return (mesh->mPrimitiveTypes & ~PointsAndLines) != 0; };
+        if (_scene.mNumMeshes > 0 && _scene.mNumCameras == 0 && _scene.mNumLights == 0 && _scene.mNumAnimations == 0 &&
+            std::none_of(_scene.mMeshes, _scene.mMeshes + _scene.mNumMeshes, isSurface))
+            return _report.fail(QStringLiteral("the file holds nothing but points and lines, which can't be shown"));
         if ((_scene.mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0)
             _report.note(QStringLiteral("the file isn't complete: it may lack surfaces"));
         if (!addNode(*_scene.mRootNode, _content.root.get(), 0))
@@ -343,7 +348,6 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         Assimp::Importer importer;
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
-        importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
         if (importer.ReadFile(path.toUtf8().constData(), Steps) == nullptr)
         {
             const QString reason = QString::fromUtf8(importer.GetErrorString());

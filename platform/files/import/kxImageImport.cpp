@@ -32,13 +32,19 @@ bool isPng(const std::vector<unsigned char>& bytes)
     return bytes.size() > 33 && std::memcmp(bytes.data(), "\x89PNG", 4) == 0;
 }
 
+/// An uncompressed Targa begins as a cursor does, which Qt takes it for.
+bool looksLikeCursor(const std::vector<unsigned char>& bytes)
+{
+    return bytes.size() > 3 && std::memcmp(bytes.data(), "\0\0\2\0", 4) == 0;
+}
+
 QImage decode(const std::vector<unsigned char>& bytes)
 {
     QByteArray data = view(bytes);
     QBuffer buffer(&data);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
-    const QSize size = reader.size();
+    const QSize size = looksLikeCursor(bytes) ? QSize() : reader.size();
     if (size.isValid() && qint64(size.width()) * size.height() <= MostTexels)
         return reader.read().convertToFormat(QImage::Format_RGBA8888);
     // Formats that Qt leaves out.

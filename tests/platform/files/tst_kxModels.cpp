@@ -123,9 +123,9 @@ private Q_SLOTS:
                 take(name, 20);
         }
         const double expected[] = {1323.5099, 4631.5010, 539.4721, 628.2670,  559.8313,  4917.6568, 54.4132,  268.9061,
-                                   525.7496,  3732.7453, 90.6132,  1597.2115, 101.2092,  823.9554,  100.6917, 312.2729,
+                                   525.7496,  3732.7453, 100.0347, 1747.0209, 101.2092,  823.9554,  100.6917, 312.2729,
                                    947.2866,  4211.7401, 308.0799, 950.6160,  1147.3156, 4084.0448, 447.2299, 527.3530,
-                                   477.9500,  4203.5194, 43.3530,  189.4960,  435.9575,  3260.9326, 81.5732,  1317.5640,
+                                   477.9500,  4203.5194, 43.3530,  189.4960,  435.9575,  3260.9326, 90.9947,  1440.6069,
                                    82.7580,   677.1075,  81.6798,  193.4546,  790.8604,  3684.4685, 219.3765, 722.2615};
         QCOMPARE(all.size(), std::size(expected));
         QString numbers;
@@ -165,6 +165,14 @@ private Q_SLOTS:
         kxFileReport report(QString::fromLatin1(QTest::currentDataTag()));
         QVERIFY(!kxSceneIO::open(modelsFolder() + QLatin1Char('/') + QLatin1String(QTest::currentDataTag()), report));
         QVERIFY2(report.error().contains(reason), qPrintable(report.error()));
+    }
+
+    void uncompressedTarga()
+    {
+        kxFileReport report(modelsFolder() + QStringLiteral("/Collada/duck.dae"));
+        QVERIFY(kxSceneIO::open(report.file(), report));
+        const ImagePtr image = UberMaterialPtr::dcast(kxScene::the()->materials().front())->getBaseColorImage();
+        QVERIFY2(image != NullFC && image->getWidth() == 512, qPrintable(report.notes().join('\n')));
     }
 
     void firstVersionGoesToTheOtherReader()
