@@ -514,8 +514,12 @@ void kxMainWindow::renderWithDialog(int mode)
 {
     kxRenderDialog dialog(kxRenderDialog::Mode(mode), _document->folder(),
                           QFileInfo(_document->name()).completeBaseName(), _view->isFilm(), this);
+    kxFilmPlayer& film = _film->player();
+    film.refresh();
+    dialog.propose(film.clip(), film.range());
     if (dialog.exec() != QDialog::Accepted)
         return;
+    film.stop(); // what plays would show other frames in between
     kxRenderJob job;
     job.camera = dialog.camera();
     job.camera.chosen = [this](float aspect) { return _view->viewCamera(aspect); };

@@ -153,7 +153,7 @@ void kxRenderDialog::addClips(QFormLayout* form)
     for (const kxRenderSource::Clip& clip : _clips)
         _source->addItem(QString(4 * clip.depth, QLatin1Char(' ')) + clip.name);
     form->addRow(tr("Animation"), _source);
-    connect(_source, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &kxRenderDialog::proposeRange);
+    connect(_source, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &kxRenderDialog::proposeWholeRange);
 }
 
 void kxRenderDialog::addCameras(QFormLayout* form, bool isFilm)
@@ -169,9 +169,23 @@ void kxRenderDialog::addCameras(QFormLayout* form, bool isFilm)
     form->addRow(tr("Camera"), _camera);
 }
 
-void kxRenderDialog::proposeRange()
+void kxRenderDialog::propose(const osg::AnimNodePtr& clip, const kxRenderSource::Range& range)
 {
-    const kxRenderSource::Range range = source().range();
+    if (_first == nullptr)
+        return;
+    for (std::size_t i = 0; i < _clips.size(); ++i)
+        if (_clips[i].node == clip)
+            _source->setCurrentIndex(int(i) + 1);
+    setRange(range);
+}
+
+void kxRenderDialog::proposeWholeRange()
+{
+    setRange(source().range());
+}
+
+void kxRenderDialog::setRange(const kxRenderSource::Range& range)
+{
     _first->setValue(range.first);
     _last->setValue(range.last);
 }

@@ -28,6 +28,9 @@ public:
     /// `isFilm`: the view shows clips through their own cameras, and so is the first proposal.
     kxRenderDialog(Mode mode, const QString& folder, const QString& name, bool isFilm, QWidget* parent);
 
+    /// What the film is: an animation, null for the timeline, and its frames. Not for one picture.
+    void propose(const osg::AnimNodePtr& clip, const kxRenderSource::Range& range);
+
     Mode mode() const { return _mode; }
     QString file() const;
     QSize size() const;
@@ -50,7 +53,8 @@ private:
     void addRange(QFormLayout* form);
     void addClips(QFormLayout* form);
     void addCameras(QFormLayout* form, bool isFilm);
-    void proposeRange();
+    void proposeWholeRange();
+    void setRange(const kxRenderSource::Range& range);
 
     Mode _mode;
     QLineEdit* _file;

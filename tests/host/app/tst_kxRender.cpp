@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <QKXSpiner.h>
+#include <app/kxFilmPanel.h>
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
 #include <app/kxRenderDialog.h>
@@ -365,6 +366,7 @@ private Q_SLOTS:
         kxRow("frames", "_actionRenderFrames", "n_%d.png", "pictures written to");
         kxRow("what can't be written", "_actionRenderImage", "folder.png", "folder.png' can't be written");
         kxRow("a movie", "_actionRenderMovie", "one.mp4", "15 frames written to");
+        kxRow("a movie of the film that plays", "_actionRenderMovie", "two.gif", "5 frames written to");
         kxRow("a movie that can't be", "_actionRenderMovie", "folder.mp4", "folder.mp4' can't be written");
     }
 
@@ -376,6 +378,13 @@ private Q_SLOTS:
         QDir(_folder.path()).mkdir("folder.png");
         QDir(_folder.path()).mkdir("folder.mp4");
         kxMainWindow window;
+        kxFilmPlayer& film = window.findChild<kxFilmPanel*>()->player();
+        if (file == "two.gif")
+        {
+            film.setClip(filmOfTwoCameras());
+            film.setRange(20, 24);
+            film.play();
+        }
         QString said;
         QTimer answer; // the dialog, then the message where there is one
         connect(&answer, &QTimer::timeout, this,
@@ -397,6 +406,7 @@ private Q_SLOTS:
         answer.start(0);
         window.findChild<QAction*>(action)->trigger();
         answer.stop();
+        QVERIFY(!film.isPlaying());
         QVERIFY2((said + window.statusBar()->currentMessage()).contains(says), qPrintable(said));
         QVERIFY(file != "n_%d.png" || QDir(_folder.path()).entryList({"n_*.png"}).size() == 15);
     }
