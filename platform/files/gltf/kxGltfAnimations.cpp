@@ -28,6 +28,8 @@ int typeOf(unsigned width)
 
 void kxGltfAnimations::write(const std::vector<Animation>& animations)
 {
+    for (const Animation& animation : animations)
+        reserveStrength(animation);
     const int left = _report.notes().size();
     for (const Animation& animation : animations)
         write(animation);
@@ -38,6 +40,31 @@ void kxGltfAnimations::write(const std::vector<Animation>& animations)
                        "for that, %2 animated values left out")
             .arg(_added)
             .arg(_report.notes().size() - left));
+}
+
+/// What lights up brighter than 1 in an animation needs a strength that all of them share.
+void kxGltfAnimations::reserveStrength(const Animation& source)
+{
+    for (const kxExportSources::Channel& channel : source.channels)
+    {
+        const auto place = _places.materials.find(channel.target.container->getId());
+        if (place == _places.materials.end() || channel.target.field->name() != "emissive")
+            continue;
+        kxGltfProperty property;
+        property.inputs = {channel.target};
+        const double highest = std::min(curvesOf(source, property).highest(0), double(channel.target.field->maximum()));
+        tinygltf::Material& material = _model.materials[std::size_t(place->second)];
+        const auto extension = material.extensions.find(kxGltfProperties::Strength);
+        const double strength =
+            extension == material.extensions.end() ? 1 : extension->second.Get("emissiveStrength").GetNumberAsDouble();
+        if (highest <= strength)
+            continue;
+        use(_model, kxGltfProperties::Strength);
+        material.extensions[kxGltfProperties::Strength] =
+            tinygltf::Value(tinygltf::Value::Object{{"emissiveStrength", tinygltf::Value(highest)}});
+        for (double& factor : material.emissiveFactor)
+            factor *= strength / highest;
+    }
 }
 
 kxExportCurves kxGltfAnimations::curvesOf(const Animation& source, const kxGltfProperty& property)
@@ -135,17 +162,6 @@ void kxGltfAnimations::addChannel(int sampler, const std::string& pointer, const
             if (extensions.count(kxGltfProperties::Visibility) == 0)
                 extensions[kxGltfProperties::Visibility] =
                     tinygltf::Value(tinygltf::Value::Object{{"visible", tinygltf::Value(true)}});
-        }
-        int material = -1;
-        constexpr char Strength[] = "KHR_materials_emissive_strength";
-        if (std::sscanf(pointer.c_str(), "/materials/%d/", &material) == 1 &&
-            pointer.find(Strength) != std::string::npos)
-        {
-            use(_model, Strength);
-            tinygltf::ExtensionMap& extensions = _model.materials[std::size_t(material)].extensions;
-            if (extensions.count(Strength) == 0)
-                extensions[Strength] =
-                    tinygltf::Value(tinygltf::Value::Object{{"emissiveStrength", tinygltf::Value(1.0)}});
         }
         channel.target_path = "pointer";
         channel.target_extensions[PointerExtension] =

@@ -16,6 +16,7 @@ public:
 
 private:
     void write(const kxExportSources::Animation& source);
+    void reserveStrength(const kxExportSources::Animation& source);
     kxExportCurves curvesOf(const kxExportSources::Animation& source, const kxGltfProperty& property);
     int addSampler(const kxExportCurves::Sampler& sampler, const kxGltfProperty& property, tinygltf::Animation& out);
     /// The channel keeps the name of the block in what the format leaves to applications.

@@ -24,9 +24,9 @@ constexpr std::size_t HeadSize = 12, ChunkHeadSize = 8;
 constexpr std::size_t LargestGrowth = 64, SmallestBudget = std::size_t(64) << 20;
 
 /// Extensions that are read, wholly or nearly.
-const char* const KnownExtensions[] = {"KHR_materials_unlit",   "KHR_materials_emissive_strength",
-                                       "KHR_texture_transform", "KHR_lights_punctual",
-                                       "KHR_mesh_quantization", "KHR_materials_pbrSpecularGlossiness"};
+const char* const KnownExtensions[] = {
+    "KHR_materials_unlit",   "KHR_materials_emissive_strength",     "KHR_texture_transform", "KHR_lights_punctual",
+    "KHR_mesh_quantization", "KHR_materials_pbrSpecularGlossiness", "KHR_animation_pointer", "KHR_node_visibility"};
 /// Extensions of the look alone: a file that needs one is shown without it.
 constexpr char LookExtensions[] = "KHR_materials_";
 
@@ -87,6 +87,49 @@ bool keepImage(tinygltf::Image* image, const int, std::string*, std::string*, in
     return true;
 }
 
+/// What a pointer animates has no node, which the loader insists on: it gets one that nobody looks at. Other channels
+/// without a node mean nothing. False where all is as it was.
+bool addMissingNodes(QByteArray& json)
+{
+    QJsonObject root = QJsonDocument::fromJson(json).object();
+    QJsonArray animations = root.value(QStringLiteral("animations")).toArray();
+    bool changed = false;
+    for (QJsonValueRef entry : animations)
+    {
+        QJsonObject animation = entry.toObject();
+        QJsonArray channels = animation.value(QStringLiteral("channels")).toArray();
+        for (QJsonValueRef channelEntry : channels)
+        {
+            QJsonObject channel = channelEntry.toObject(), target = channel.value(QStringLiteral("target")).toObject();
+            if (target.contains(QStringLiteral("node")))
+                continue;
+            changed = true;
+            target.insert(QStringLiteral("node"), 0);
+            if (target.value(QStringLiteral("path")) != QLatin1String("pointer"))
+                target.insert(QStringLiteral("path"), QStringLiteral("nothing"));
+            channel.insert(QStringLiteral("target"), target);
+            channelEntry = channel;
+        }
+        animation.insert(QStringLiteral("channels"), channels);
+        entry = animation;
+    }
+    root.insert(QStringLiteral("animations"), animations);
+    if (changed)
+        json = QJsonDocument(root).toJson(QJsonDocument::Compact);
+    return changed;
+}
+
+/// A binary file with another description.
+QByteArray withJson(const QByteArray& bytes, int oldLength, QByteArray json)
+{
+    json.append(QByteArray(-json.size() & 3, ' '));
+    const QByteArray rest = bytes.mid(int(HeadSize + ChunkHeadSize) + oldLength);
+    QByteArray result = bytes.left(int(HeadSize + ChunkHeadSize)) + json + rest;
+    qToLittleEndian<quint32>(quint32(result.size()), result.data() + 8);
+    qToLittleEndian<quint32>(quint32(json.size()), result.data() + HeadSize);
+    return result;
+}
+
 QString firstLine(const std::string& text)
 {
     return QString::fromStdString(text).trimmed().section(QLatin1Char('\n'), 0, 0);
@@ -109,20 +152,23 @@ bool kxGltfDocument::load(const QString& path, kxFileReport& report)
         return report.fail(file.errorString());
     if (file.size() > LargestFile)
         return report.fail(QStringLiteral("the file is larger than %1 bytes").arg(LargestFile));
-    const QByteArray bytes = file.readAll();
+    QByteArray bytes = file.readAll();
     const bool binary = bytes.startsWith("glTF");
     QByteArray json = bytes;
     _folder = QFileInfo(path).absolutePath();
     if (_folder.endsWith(QLatin1Char('/')))
         _folder.chop(1);
     constexpr int VersionAt = 4;
-    if (binary && bytes.size() > VersionAt && bytes[VersionAt] == 1)
+    if (binary && bytes.size() > VersionAt && bytes.at(VersionAt) == 1)
     {
         _firstVersion = true;
         return report.fail(QStringLiteral("the file has version 1 of its format"));
     }
     if ((binary && !splitBinary(bytes, json, report)) || !checkJson(json, report))
         return false;
+    const int length = json.size();
+    if (json.contains("\"pointer\"") && addMissingNodes(json))
+        bytes = binary ? withJson(bytes, length, json) : json;
 
     Files files{_folder, &_bufferLengths};
     tinygltf::TinyGLTF loader;

@@ -1,5 +1,6 @@
 #include <files/gltf/kxGltfImport.h>
 
+#include <files/gltf/kxGltfChannels.h>
 #include <files/gltf/kxGltfMeshes.h>
 #include <files/import/kxAnimImport.h>
 #include <scene/CameraLight.h>
@@ -34,8 +35,9 @@ class Reader
 public:
     Reader(const kxGltfDocument& document, kxSceneContent& content, kxFileReport& report)
         : _document(document), _model(document.model()), _content(content), _report(report),
-          _materials(document, report), _meshes(document, _materials, report), _nodes(_model.nodes.size())
+          _materials(document, report), _meshes(document, _materials, report)
     {
+        _targets.nodes.resize(_model.nodes.size());
     }
 
     bool read()
@@ -48,8 +50,8 @@ public:
                 return false;
         if (roots.empty())
             return _report.fail(QStringLiteral("the file holds no objects"));
-        for (std::size_t i = 0; i < _nodes.size(); ++i)
-            if (_nodes[i] && !_geometries[i].empty() && !addSkin(int(i)))
+        for (std::size_t i = 0; i < _targets.nodes.size(); ++i)
+            if (_targets.nodes[i] && !_geometries[i].empty() && !addSkin(int(i)))
                 return false;
         if (_report.failed())
             return false;
@@ -95,14 +97,18 @@ private:
     bool addNode(int index, const NodePtr& parent, int depth)
     {
         const tinygltf::Node& source = _model.nodes[std::size_t(index)];
-        if (_nodes[std::size_t(index)])
+        if (_targets.nodes[std::size_t(index)])
             return _report.fail(QStringLiteral("nodes[%1] contains itself or stands in two places").arg(index));
         if (depth > DeepestTree)
             return _report.fail(QStringLiteral("the nodes are nested more than %1 deep").arg(DeepestTree));
         const NodePtr node = Node::create();
-        _nodes[std::size_t(index)] = node;
+        _targets.nodes[std::size_t(index)] = node;
         node->setNodeName(source.name.empty() ? "Node " + std::to_string(index) : source.name);
         parent->addChild(node);
+        const auto visibility = source.extensions.find("KHR_node_visibility");
+        if (visibility != source.extensions.end() && visibility->second.IsObject() &&
+            visibility->second.Get("visible").IsBool() && !visibility->second.Get("visible").Get<bool>())
+            node->setTravMask(0);
         if (!addCore(index, node) || !place(index, node))
             return false;
         for (const int child : source.children)
@@ -123,9 +129,8 @@ private:
             addGeometries(index, *parts, node);
         if (source.camera >= 0)
             cores.push_back(makeCamera(_model.cameras[std::size_t(source.camera)]));
-        const auto light = source.extensions.find("KHR_lights_punctual");
-        if (light != source.extensions.end())
-            if (const NodeCorePtr core = makeLight(light->second); core != NullFC)
+        if (source.extensions.count("KHR_lights_punctual") > 0)
+            if (const NodeCorePtr core = makeLight(lightOf(source)); core != NullFC)
                 cores.push_back(core);
         for (const NodeCorePtr& core : cores)
         {
@@ -137,6 +142,10 @@ private:
                 node->addChild(place);
             }
             place->setCore(core);
+            if (CameraPtr::dcast(core) != NullFC)
+                _targets.cameras[source.camera].push_back(place);
+            else
+                _targets.lights[lightOf(source)].push_back(place);
         }
         if (node->getCore() == NullFC)
             node->setCore(Transform::create());
@@ -209,10 +218,18 @@ private:
         return camera;
     }
 
-    NodeCorePtr makeLight(const tinygltf::Value& extension)
+    /// -1 where the node names none.
+    static int lightOf(const tinygltf::Node& node)
     {
-        const int index =
-            extension.IsObject() && extension.Get("light").IsNumber() ? extension.Get("light").GetNumberAsInt() : -1;
+        const auto extension = node.extensions.find("KHR_lights_punctual");
+        return extension != node.extensions.end() && extension->second.IsObject() &&
+                       extension->second.Get("light").IsNumber()
+                   ? extension->second.Get("light").GetNumberAsInt()
+                   : -1;
+    }
+
+    NodeCorePtr makeLight(int index)
+    {
         if (index < 0 || std::size_t(index) >= _model.lights.size())
         {
             _report.note(QStringLiteral("a light that isn't there is left out"));
@@ -242,10 +259,10 @@ private:
         std::vector<NodePtr> joints;
         for (const int joint : source.joints)
         {
-            if (!_nodes[std::size_t(joint)])
+            if (!_targets.nodes[std::size_t(joint)])
                 return _report.fail(
                     QStringLiteral("skins[%1]: nodes[%2] stands in no scene").arg(skinIndex).arg(joint));
-            joints.push_back(_nodes[std::size_t(joint)].get());
+            joints.push_back(_targets.nodes[std::size_t(joint)].get());
         }
         std::vector<float> matrices;
         int sixteen = int(MatrixSize);
@@ -280,85 +297,13 @@ private:
 
     bool addAnimations()
     {
+        for (std::size_t i = 0; i < _model.materials.size(); ++i)
+            _targets.materials.push_back(_materials.material(int(i)));
         std::vector<kxAnimImport::Animation> animations;
-        for (std::size_t a = 0; a < _model.animations.size(); ++a)
-        {
-            const tinygltf::Animation& source = _model.animations[a];
-            kxAnimImport::Animation animation;
-            animation.name = source.name;
-            if (source.extras.IsObject() && source.extras.Get(kxAnimImport::TimelineName).IsBool())
-                animation.kind = source.extras.Get(kxAnimImport::TimelineName).Get<bool>()
-                                     ? kxAnimImport::Kind::Timeline
-                                     : kxAnimImport::Kind::Clip;
-            for (const tinygltf::AnimationChannel& channel : source.channels)
-                if (!addChannel(source, channel, QStringLiteral("animations[%1]").arg(a), animation))
-                    return false;
-            animations.push_back(std::move(animation));
-        }
+        if (!kxGltfChannels(_document, _targets, _report).read(animations))
+            return false;
         kxAnimImport::add(animations, _content, _report);
         return true;
-    }
-
-    bool addChannel(const tinygltf::Animation& animation, const tinygltf::AnimationChannel& source, const QString& what,
-                    kxAnimImport::Animation& out)
-    {
-        using kxAnimImport::Interpolation;
-        using kxAnimImport::Path;
-        if (source.sampler < 0 || std::size_t(source.sampler) >= animation.samplers.size())
-            return _report.fail(QStringLiteral("%1: a channel names a sampler that isn't there").arg(what));
-        const bool known =
-            source.target_path == "translation" || source.target_path == "rotation" || source.target_path == "scale";
-        if (!known || source.target_node < 0)
-        {
-            _report.note(source.target_path == "weights" ? QStringLiteral("animations of morph targets are left out")
-                                                         : QStringLiteral("%1: a channel '%2' is left out")
-                                                               .arg(what, QString::fromStdString(source.target_path)));
-            return true;
-        }
-        const NodePtr target = _nodes[std::size_t(source.target_node)].get();
-        if (target == NullFC)
-        {
-            _report.note(QStringLiteral("%1: what moves outside the scene is left out").arg(what));
-            return true;
-        }
-        const tinygltf::AnimationSampler& sampler = animation.samplers[std::size_t(source.sampler)];
-        kxAnimImport::Channel channel;
-        channel.target = target;
-        if (source.extras.IsObject() && source.extras.Get(kxAnimImport::BlockName).IsString())
-            channel.block = source.extras.Get(kxAnimImport::BlockName).Get<std::string>();
-        channel.path = source.target_path == "rotation" ? Path::Rotation
-                       : source.target_path == "scale"  ? Path::Scale
-                                                        : Path::Translation;
-        channel.interpolation = sampler.interpolation == "STEP"          ? Interpolation::Step
-                                : sampler.interpolation == "CUBICSPLINE" ? Interpolation::CubicSpline
-                                                                         : Interpolation::Linear;
-        int one = 1, components = channel.path == Path::Rotation ? 4 : 3;
-        if (!_document.readFloats(sampler.input, one, channel.times, _report) ||
-            !_document.readFloats(sampler.output, components, channel.values, _report))
-            return false;
-        const std::size_t width = std::size_t(components);
-        const std::size_t perKey = channel.interpolation == Interpolation::CubicSpline ? 3 : 1;
-        if (channel.values.size() < channel.times.size() * width * perKey)
-            return _report.fail(QStringLiteral("%1: a channel has fewer values than keys").arg(what));
-        if (perKey == 3)
-            splitSpline(channel, width);
-        out.channels.push_back(std::move(channel));
-        return true;
-    }
-
-    /// A key of a spline comes as in tangent, value, out tangent.
-    static void splitSpline(kxAnimImport::Channel& channel, std::size_t width)
-    {
-        const std::vector<float> all = std::move(channel.values);
-        channel.values.clear();
-        for (std::size_t k = 0; k < channel.times.size(); ++k)
-        {
-            const auto from = all.begin() + long(3 * k * width);
-            const long w = long(width);
-            channel.inTangents.insert(channel.inTangents.end(), from, from + w);
-            channel.values.insert(channel.values.end(), from + w, from + 2 * w);
-            channel.outTangents.insert(channel.outTangents.end(), from + 2 * w, from + 3 * w);
-        }
     }
 
     const kxGltfDocument& _document;
@@ -367,7 +312,7 @@ private:
     kxFileReport& _report;
     kxGltfMaterials _materials;
     kxGltfMeshes _meshes;
-    std::vector<osg::Share<Node>> _nodes;              // by index; null where the scene doesn't show them
+    kxGltfChannels::Targets _targets;
     std::vector<std::vector<GeometryPtr>> _geometries; // the parts of a node's mesh
 };
 } // namespace

@@ -190,21 +190,11 @@ private:
             add(material, {"baseColor", "opacity"}, at("/pbrMetallicRoughness/baseColorFactor"), 4,
                 [color](const double* in, double* out)
                 { std::transform(in, in + 4, out, [color](double value) { return clamped(*color, value); }); });
-        if (!take(material, {"emissive"}))
-            return;
-        // The factor reaches up to 1; what is brighter goes into the strength.
-        const FieldDescription* const emissive = material->getType().field("emissive");
-        const auto strength = [emissive](const double* in) {
-            return std::max(1.0, clamped(*emissive, std::max({in[0], in[1], in[2]})));
-        };
-        add(material, {"emissive"}, at("/emissiveFactor"), 3,
-            [emissive, strength](const double* in, double* out)
-            {
-                for (int c = 0; c < 3; ++c)
-                    out[c] = clamped(*emissive, in[c]) / strength(in);
-            });
-        add(material, {"emissive"}, at("/extensions/KHR_materials_emissive_strength/emissiveStrength"), 1,
-            [strength](const double* in, double* out) { out[0] = strength(in); });
+        // The factor reaches up to 1; what is brighter goes into the strength, which stands.
+        const auto extension = entry.extensions.find(kxGltfProperties::Strength);
+        const double strength =
+            extension == entry.extensions.end() ? 1 : extension->second.Get("emissiveStrength").GetNumberAsDouble();
+        addScaled(material, "emissive", at("/emissiveFactor"), 1 / strength);
     }
 
     /// A node is shown where it is visible and, below a switch, the choice.

@@ -40,4 +40,5 @@ std::vector<kxGltfProperty> of(const kxExportSources::Animation& animation, cons
 std::set<osg::UInt32> shownAndHidden(const std::vector<kxExportSources::Animation>& animations);
 /// As a pointer names it.
 constexpr char Visibility[] = "KHR_node_visibility";
+constexpr char Strength[] = "KHR_materials_emissive_strength";
 } // namespace kxGltfProperties

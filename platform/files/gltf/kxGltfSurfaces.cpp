@@ -1,5 +1,6 @@
 #include <files/gltf/kxGltfSurfaces.h>
 
+#include <files/gltf/kxGltfProperties.h>
 #include <files/import/kxImageImport.h>
 #include <files/scene/kxFileReport.h>
 
@@ -170,7 +171,7 @@ void kxGltfSurfaces::describe(const UberMaterial& source, tinygltf::Material& ta
     target.emissiveFactor = doubles(emissive, brightest > 1 ? 1 / brightest : 1);
     if (brightest > 1)
     {
-        const char* const name = "KHR_materials_emissive_strength";
+        const char* const name = kxGltfProperties::Strength;
         target.extensions[name] =
             tinygltf::Value(tinygltf::Value::Object{{"emissiveStrength", tinygltf::Value(brightest)}});
         if (std::find(_model.extensionsUsed.begin(), _model.extensionsUsed.end(), name) == _model.extensionsUsed.end())

@@ -22,10 +22,12 @@ using kxAnimImport::Path;
 
 constexpr float TrackHeight = 50.0f; ///< of the offsets' y
 
-const char* fieldOf(Path path)
+const char* fieldOf(const Channel& channel)
 {
-    switch (path)
+    switch (channel.path)
     {
+    case Path::Field:
+        return channel.field.c_str();
     case Path::Translation:
         return "translation";
     case Path::Rotation:
@@ -84,7 +86,7 @@ AnimNodePtr makeCurve(const FieldDescription& field, std::size_t axis, const std
 }
 
 /// Where the animations of an object stand.
-AnimNodePtr animationRoot(const NodePtr& target)
+AnimNodePtr animationRoot(const AttachmentContainerPtr& target)
 {
     AnimAttachmentPtr attachment = target->findAttachment<AnimAttachment>();
     if (attachment == NullFC)
@@ -96,7 +98,7 @@ AnimNodePtr animationRoot(const NodePtr& target)
 }
 
 /// The block that gathers the curves of one animation on one object.
-AnimNodePtr makeBlock(const NodePtr& target, const std::string& name)
+AnimNodePtr makeBlock(const AttachmentContainerPtr& target, const std::string& name)
 {
     const AnimNodePtr block = AnimNodeBase::create();
     const AnimBlockPtr core = AnimBlockBase::create();
@@ -204,36 +206,49 @@ private:
                 }
     }
 
+    static const FieldDescription* fieldIn(const FieldContainerPtr& holder, const Channel& channel)
+    {
+        const FieldDescription* const field = holder == NullFC ? nullptr : holder->getType().field(fieldOf(channel));
+        const unsigned width = channel.path == Path::Field ? channel.width : 3;
+        return field != nullptr && field->isAnimatable() && field->components() == width ? field : nullptr;
+    }
+
+    static std::string nameOf(const AttachmentContainerPtr& target)
+    {
+        const NodePtr node = NodePtr::dcast(target);
+        return node != NullFC ? node->getNodeName() : MaterialPtr::dcast(target)->getNodeName();
+    }
+
     QString base() const { return QString::fromStdString(_base); }
 
     void addChannel(const Channel& channel)
     {
-        const TransformPtr core =
-            channel.target == NullFC ? TransformPtr() : TransformPtr::dcast(channel.target->getCore());
-        const FieldDescription* const field = core == NullFC ? nullptr : core->getType().field(fieldOf(channel.path));
+        FieldContainerPtr holder = channel.target;
+        const FieldDescription* field = fieldIn(holder, channel);
+        if (const NodePtr node = NodePtr::dcast(channel.target); field == nullptr && node != NullFC)
+            field = fieldIn(holder = node->getCore(), channel);
         if (field == nullptr)
             return _report.note(QStringLiteral("the animation '%1' moves something that isn't there").arg(base()));
-        std::array<float, 3> rest;
-        for (unsigned axis = 0; axis < 3; ++axis)
-            rest[axis] = field->component(*core, axis);
-        const QString what =
-            QStringLiteral("%1 of '%2'").arg(base(), QString::fromStdString(channel.target->getNodeName()));
+        std::array<float, 3> rest{};
+        for (unsigned axis = 0; axis < field->components(); ++axis)
+            rest[axis] = field->component(*holder, axis);
+        const QString what = QStringLiteral("%1 of '%2'").arg(base(), QString::fromStdString(nameOf(channel.target)));
         const std::vector<Key> keys = keysOf(channel, rest, what, _report);
         if (keys.empty())
             return _report.note(QStringLiteral("%1: a channel without keys is left out").arg(what));
         const AnimNodePtr parent = _isTimeline && channel.block.empty() ? animationRoot(channel.target)
                                                                         : blockOf(channel.target, channel.block);
-        for (std::size_t axis = 0; axis < 3; ++axis)
+        for (std::size_t axis = 0; axis < field->components(); ++axis)
             parent->addChild(makeCurve(*field, axis, keys, channel.interpolation));
         extend(keys.front().time, keys.back().time);
     }
 
-    AnimNodePtr blockOf(const NodePtr& target, const std::string& name)
+    AnimNodePtr blockOf(const AttachmentContainerPtr& target, const std::string& name)
     {
         AnimNodePtr& block = _blockOf[target.getFieldContainerId()];
         if (block == NullFC)
         {
-            block = makeBlock(target, name.empty() ? _names.take(target->getNodeName() + ' ' + _base) : name);
+            block = makeBlock(target, name.empty() ? _names.take(nameOf(target) + ' ' + _base) : name);
             _blocks.push_back(block);
         }
         return block;

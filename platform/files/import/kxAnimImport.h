@@ -1,5 +1,6 @@
 #pragma once
 
+#include <osg/AttachmentContainer.h>
 #include <osg/Node.h>
 
 #include <string>
@@ -24,7 +25,8 @@ enum class Path
 {
     Translation,
     Rotation, ///< values are quaternions x, y, z, w
-    Scale
+    Scale,
+    Field ///< what the channel names, in the numbers of the field
 };
 
 enum class Interpolation
@@ -34,10 +36,12 @@ enum class Interpolation
     CubicSpline
 };
 
-/// The keys of one field of one object. Values hold 3 numbers a key, 4 for a rotation.
+/// The keys of one field of one object. Values hold 3 numbers a key, 4 for a rotation, `width` for a named field.
 struct Channel
 {
-    osg::NodePtr target;
+    osg::AttachmentContainerPtr target; ///< a node, also for what its core has, or a material
+    std::string field;                  ///< of Path::Field
+    unsigned width = 3;
     std::string block; ///< the name of the object's block, where the file has one
     Path path = Path::Translation;
     Interpolation interpolation = Interpolation::Linear;

@@ -240,16 +240,17 @@ std::vector<Key> kxAnimImport::keysOf(const Channel& channel, const std::array<f
 {
     if (channel.path == Path::Rotation)
         return rotationKeys(channel, nearest, what, report);
+    const std::size_t width = channel.width;
     std::vector<Key> keys;
-    for (const std::size_t i : usableKeys(channel, 3, what, report))
+    for (const std::size_t i : usableKeys(channel, width, what, report))
     {
         Key key;
         key.time = channel.times[i];
-        std::copy_n(channel.values.begin() + long(3 * i), 3, key.value.begin());
+        std::copy_n(channel.values.begin() + long(width * i), width, key.value.begin());
         if (channel.interpolation == Interpolation::CubicSpline)
         {
-            std::copy_n(channel.inTangents.begin() + long(3 * i), 3, key.inTangent.begin());
-            std::copy_n(channel.outTangents.begin() + long(3 * i), 3, key.outTangent.begin());
+            std::copy_n(channel.inTangents.begin() + long(width * i), width, key.inTangent.begin());
+            std::copy_n(channel.outTangents.begin() + long(width * i), width, key.outTangent.begin());
         }
         keys.push_back(key);
     }
