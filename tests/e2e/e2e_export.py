@@ -69,56 +69,80 @@ def degrees_between(a, b):
     return math.degrees(math.atan2(sine, cosine))
 
 
-def worst_of(shown, told):
-    """The largest difference of one case: degrees, or a share of the range."""
-    turns = len(told["channels"]) == 6
-    if not turns:
-        column = [row[0] for row in told["values"]]
-        extent = max(column) - min(column) or 1.0
-        kind, what, unit, part = POINTERS.get(told["channels"][0], ("node", "translation", 1, 0))
-        pointer = pointer_of(shown, told["name"], kind, what)
-    worst, at = 0.0, 0.0
-    for seconds, values in zip(told["seconds"], told["values"]):
-        if turns:
-            there = shown.value(told["animation"], "/nodes/%d/rotation" % shown.index[told["name"]], seconds,
-                                player.RESTS["rotation"])
-            off = degrees_between(poses.from_quaternion(*there),
-                                  poses.product(poses.from_euler(*values[:3]), poses.from_euler(*values[3:])))
-        else:
-            there = shown.value(told["animation"], pointer, seconds, player.RESTS.get(what))
-            off = abs(float(there if part is None else there[part]) * unit - values[0]) / extent
-        if off > worst:
-            worst, at = off, seconds
-    return turns, worst, at
+def turned(values):
+    return poses.product(poses.from_euler(*values[:3]), poses.from_euler(*values[3:]))
+
+
+def in_the_file(shown, told):
+    """For each time what a file shows: a matrix of a turn, or a number."""
+    animation, channel, place = told["animation"], told["channels"][0], "/nodes/%d/" % shown.index.get(told["name"], -1)
+    if len(told["channels"]) == 6:
+        return [poses.from_quaternion(*shown.value(animation, place + "rotation", s, player.RESTS["rotation"]))
+                for s in told["seconds"]]
+    if channel == "choice":
+        pointers = [pointer_of(shown, shown.nodes[child]["name"], *POINTERS["visible"][:2])
+                    for child in shown.nodes[shown.index[told["name"]]]["children"]]
+        return [[shown.value(animation, pointer, s) for pointer in pointers].index(1) for s in told["seconds"]]
+    kind, what, unit, part = POINTERS.get(channel, ("node", "translation", 1, 0))
+    pointer = pointer_of(shown, told["name"], kind, what)
+    values = [shown.value(animation, pointer, s, player.RESTS.get(what)) for s in told["seconds"]]
+    return [float(value if part is None else value[part]) * unit for value in values]
+
+
+def worst_of(told, found):
+    """The largest difference: degrees, or a share of the range."""
+    if len(told["channels"]) == 6:
+        return max(degrees_between(there, turned(values)) for there, values in zip(found, told["values"]))
+    column = [row[0] for row in told["values"]]
+    return max(abs(there - value) for there, value in zip(found, column)) / ((max(column) - min(column)) or 1.0)
+
+
+def compare(cases_told, found_of):
+    """Prints the largest difference of each kind."""
+    rows = {}
+    for case in cases_told:
+        turns = len(case["channels"]) == 6
+        try:
+            worst = worst_of(case, found_of(case))
+        except (AttributeError, LookupError, TypeError, ValueError) as error:
+            worst, case["name"] = math.inf, "%s: %r" % (case["name"], error)
+        kind = case["kind"]
+        if kind.startswith("clip") and case["animation"] == "Scene":
+            kind = "the blocks of these clips on the timeline"
+        rows.setdefault((kind, turns), []).append((worst, case["name"]))
+    missed = []
+    for (kind, turns), entries in rows.items():
+        worst, name = max(entries)
+        print("| %s | %d | %s |" % (kind, len(entries), "%.3f degrees" % worst if turns else "%.1e" % worst))
+        if worst > (DEGREES if turns else SHARE):
+            missed.append("%s (%s)" % (kind, name))
+    assert not missed, "not as shown: " + ", ".join(missed)
+
+
+def run_inside(folder, statement, *arguments):
+    script = os.path.join(folder, "inside.py")
+    with open(script, "w") as file:
+        file.write("import sys; sys.path.insert(0, %r); import exported; exported.%s\n" % (HERE, statement))
+    code, output = desktop.run_headless(HOST, folder, "--script", script, *arguments)
+    assert code == 0, output
+
+
+def told_in(folder):
+    with open(os.path.join(folder, "told.json")) as file:
+        return json.load(file)
 
 
 def is_what_is_shown(folder):
-    script, answer, target = (os.path.join(folder, name) for name in ("make.py", "told.json", "out.glb"))
-    with open(os.path.join(HERE, "exported.py")) as source, open(script, "w") as file:
-        file.write("OUT, SAMPLES = %r, %d\n%s" % (answer, SAMPLES, source.read()))
-    code, output = desktop.run_headless(HOST, folder, "--script", script, "--export", target)
-    assert code == 0, output
+    told, target = os.path.join(folder, "told.json"), os.path.join(folder, "out.glb")
+    run_inside(folder, "tell(%r, %d)" % (told, SAMPLES), "--export", target)
     shown = player.Player(target)
-    with open(answer) as file:
-        told = json.load(file)
-    rows = {}
-    for case in told:
-        try:
-            turns, worst, at = worst_of(shown, case)
-        except (AttributeError, LookupError, TypeError, ValueError) as error:
-            turns, worst, at = False, math.inf, repr(error)
-        if case["kind"].startswith("clip") and case["animation"] == "Scene":
-            case["kind"] = "the blocks of these clips on the timeline"
-        row = rows.setdefault((case["kind"], turns), [0, 0.0, None])
-        row[0] += 1
-        if worst >= row[1]:
-            row[1:] = worst, "%s at %s" % (case["name"], at)
-    missed = []
-    for (kind, turns), (count, worst, where) in rows.items():
-        good = worst <= (DEGREES if turns else SHARE)
-        print("| %s | %d | %s |" % (kind, count, "%.3f degrees" % worst if turns else "%.1e" % worst))
-        missed += [] if good else ["%s (%s)" % (kind, where)]
-    assert not missed, "not as shown: " + ", ".join(missed)
+    compare(told_in(folder), lambda case: in_the_file(shown, case))
+
+
+def comes_back(folder):
+    """Opened again, all of it plays as before."""
+    run_inside(folder, "tell_again(%r, %r)" % (os.path.join(folder, "told.json"), os.path.join(folder, "out.glb")))
+    compare(told_in(folder), lambda case: [turned(row) if len(row) == 6 else row[0] for row in case["again"]])
 
 
 def is_valid(folder):
@@ -138,4 +162,4 @@ def is_valid(folder):
     assert done.returncode == 0 and not done.stdout, done.stdout[:2000] + done.stderr
 
 
-cases.limited(lambda folder: cases.run([is_what_is_shown, is_valid], folder))
+cases.limited(lambda folder: cases.run([is_what_is_shown, comes_back, is_valid], folder))

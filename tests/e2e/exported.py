@@ -1,5 +1,4 @@
-"""Runs inside the application: makes a scene with every kind of motion, and tells what it shows at many times. Each entry
-of CASES is (kind, object, channels); OUT and SAMPLES are given by the test."""
+"""Runs inside the application: makes a scene with every kind of motion, and tells what it shows at many times."""
 import itertools
 import json
 import random
@@ -13,7 +12,7 @@ MODES = "constant", "linear", "loop", "loop with offset", "oscillate"
 TYPES = "constant", "linear", "flat", "hermite", "following"
 PLACE = ["translation.X"]
 TURN = ["%s.%s" % (field, axis) for field in ("rotation", "rotationOrientation") for axis in "XYZ"]
-cases, clips = [], []
+cases = []  # (kind, object, channels), and the clip where there is one
 
 
 def keyed(kind, channel="translation.X", keys=KEYS, tangents="hermite", about=None, thing=None):
@@ -122,6 +121,8 @@ def make_values():
     for channel in ("baseColor.R", "opacity", "metallic", "roughness", "emissive.B"):
         keyed("materials", channel, [(1.0, 0.1), (2.0, 0.8), (3.0, 0.3)], thing=paint)
     keyed("visible", "visible", [(0.0, 1.0), (1.0, 0.0), (2.5, 1.0)], thing=body)
+    doors = host.addVariantSet([host.addObject("box", name) for name in ("open", "shut", "gone")], "door")
+    keyed("choice", "choice", [(0.0, 0.0), (1.0, 2.0), (2.5, 1.0)], thing=doors)
 
 
 def sampled(seed, count):
@@ -130,27 +131,43 @@ def sampled(seed, count):
     return sorted([dice.uniform(0, END * FPS) for _ in range(count)] + [s * FPS for s, _ in KEYS] + [0.0, END * FPS])
 
 
+def values(animation, objects, frames):
+    """What is shown at each frame, for each (object, channels)."""
+    clip = None if animation == "Scene" else tools.findAnimClip(animation)
+    rows = []
+    for frame in frames:
+        host.showAnimation(clip, frame) if clip else tools.setCurrentFrame(frame)
+        rows.append([[host.channelValue(thing, channel) for channel in channels] for thing, channels in objects])
+    return [list(column) for column in zip(*rows)]
+
+
 def tell(out, count):
     make()
     told = []
     for animation in ["Scene", "Flat", "Outer"]:
         wanted = [case for case in cases if animation == "Scene" or animation in case[3:]]
-        if animation != "Scene":
-            clip = tools.findAnimClip(animation)
         frames = sampled(animation, count)
-        rows = []
-        for frame in frames:
-            if animation == "Scene":
-                tools.setCurrentFrame(frame)
-            else:
-                host.showAnimation(clip, frame)
-            rows.append([[host.channelValue(case[1], channel) for channel in case[2]] for case in wanted])
+        columns = values(animation, [case[1:3] for case in wanted], frames)
         told += [{"kind": case[0], "name": case[1].name, "channels": case[2], "animation": animation,
-                  "seconds": [frame / FPS for frame in frames], "values": [row[i] for row in rows]}
-                 for i, case in enumerate(wanted)]
+                  "seconds": [frame / FPS for frame in frames], "values": column}
+                 for case, column in zip(wanted, columns)]
     tools.setCurrentFrame(0.0)
     with open(out, "w") as file:
         json.dump(told, file)
 
 
-tell(OUT, SAMPLES)
+def tell_again(told, scene):
+    """The same of a file that was exported, into the same list, at one time of four."""
+    with open(told) as file:
+        entries = json.load(file)
+    for entry in entries:
+        entry["seconds"], entry["values"] = entry["seconds"][::4], entry["values"][::4]
+    host.openScene(scene)
+    find = {True: host.findMaterial, False: host.findNode}
+    for animation in ["Scene", "Flat", "Outer"]:
+        wanted = [entry for entry in entries if entry["animation"] == animation]
+        objects = [(find[entry["kind"] == "materials"](entry["name"]), entry["channels"]) for entry in wanted]
+        for entry, column in zip(wanted, values(animation, objects, [s * FPS for s in wanted[0]["seconds"]])):
+            entry["again"] = column
+    with open(told, "w") as file:
+        json.dump(entries, file)

@@ -3,6 +3,8 @@
 #include <files/scene/kxFileReport.h>
 #include <scene/UberMaterial.h>
 
+#include <algorithm>
+
 using namespace osg;
 
 namespace
@@ -52,6 +54,59 @@ void splitSpline(Channel& channel, std::size_t width)
         channel.outTangents.insert(channel.outTangents.end(), from + 2 * w, from + 3 * w);
     }
 }
+/// What a stepped channel has at a time.
+bool isShownAt(const Channel& channel, float seconds)
+{
+    const auto next = std::upper_bound(channel.times.begin(), channel.times.end(), seconds);
+    return channel.values[std::size_t(std::max(next - channel.times.begin() - 1, std::ptrdiff_t(0)))] >= 0.5f;
+}
+
+/// Those below a switch, shown one by one or all together, are a choice.
+void joinChoice(const NodePtr& node, std::vector<Channel>& channels)
+{
+    const UInt32 count = node->getNChildren();
+    Channel joined;
+    std::vector<const Channel*> parts(count, nullptr);
+    for (const Channel& channel : channels)
+        for (UInt32 i = 0; i < count; ++i)
+            if (channel.field == "visible" && channel.target == AttachmentContainerPtr(node->getChild(i)) &&
+                !channel.values.empty() && channel.values.size() == channel.times.size())
+            {
+                parts[i] = &channel;
+                joined = channel;
+            }
+    if (std::count(parts.begin(), parts.end(), nullptr) > 0)
+        return;
+    joined.target = node;
+    joined.field = "choice";
+    joined.times.clear();
+    joined.values.clear();
+    for (const Channel* const part : parts)
+        joined.times.insert(joined.times.end(), part->times.begin(), part->times.end());
+    std::sort(joined.times.begin(), joined.times.end());
+    joined.times.erase(std::unique(joined.times.begin(), joined.times.end()), joined.times.end());
+    for (const float time : joined.times)
+    {
+        std::vector<UInt32> shown;
+        for (UInt32 i = 0; i < count; ++i)
+            if (isShownAt(*parts[i], time))
+                shown.push_back(i);
+        if (shown.size() > 1 && shown.size() < count)
+            return;
+        joined.values.push_back(shown.empty()       ? float(Switch::None)
+                                : shown.size() == 1 ? float(shown.front())
+                                                    : Switch::All);
+    }
+    channels.erase(std::remove_if(channels.begin(), channels.end(),
+                                  [&node](const Channel& channel)
+                                  {
+                                      const NodePtr child = NodePtr::dcast(channel.target);
+                                      return channel.field == "visible" && child != NullFC &&
+                                             child->getParent() == node;
+                                  }),
+                   channels.end());
+    channels.push_back(std::move(joined));
+}
 } // namespace
 
 bool kxGltfChannels::read(std::vector<kxAnimImport::Animation>& animations)
@@ -68,6 +123,8 @@ bool kxGltfChannels::read(std::vector<kxAnimImport::Animation>& animations)
         for (const tinygltf::AnimationChannel& channel : sources[a].channels)
             if (!addChannel(sources[a], channel, QStringLiteral("animations[%1]").arg(a), animation))
                 return false;
+        for (const NodePtr& node : _targets.switches)
+            joinChoice(node, animation.channels);
         animations.push_back(std::move(animation));
     }
     return true;

@@ -5,6 +5,7 @@
 #include <osg/Share.h>
 
 #include <map>
+#include <set>
 
 /// The animations of a glTF file, of nodes and of what JSON pointers name.
 class kxGltfChannels
@@ -15,6 +16,7 @@ public:
     {
         std::vector<osg::Share<osg::Node>> nodes; ///< by index; null where the scene doesn't show them
         std::map<int, std::vector<osg::NodePtr>> cameras, lights;
+        std::set<osg::NodePtr> switches;
         std::vector<osg::MaterialPtr> materials;
     };
 

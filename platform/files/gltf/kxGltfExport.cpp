@@ -161,6 +161,9 @@ private:
             entry.extensions[kxGltfProperties::Visibility] =
                 tinygltf::Value(tinygltf::Value::Object{{"visible", tinygltf::Value(own)}});
         const SwitchPtr choice = SwitchPtr::dcast(core);
+        if (choice != NullFC && node->getNChildren() > 0 && _blinking.count(node->getChild(0)->getId()) > 0)
+            entry.extras = tinygltf::Value(
+                tinygltf::Value::Object{{kxAnimImport::ChoiceName, tinygltf::Value(int(choice->getChoice()))}});
         for (UInt32 i = 0; i < node->getNChildren(); ++i)
         {
             const NodePtr child = node->getChild(i);

@@ -106,8 +106,9 @@ private:
         node->setNodeName(source.name.empty() ? "Node " + std::to_string(index) : source.name);
         parent->addChild(node);
         const auto visibility = source.extensions.find("KHR_node_visibility");
-        if (visibility != source.extensions.end() && visibility->second.IsObject() &&
-            visibility->second.Get("visible").IsBool() && !visibility->second.Get("visible").Get<bool>())
+        if (_targets.switches.count(parent) == 0 && visibility != source.extensions.end() &&
+            visibility->second.IsObject() && visibility->second.Get("visible").IsBool() &&
+            !visibility->second.Get("visible").Get<bool>())
             node->setTravMask(0);
         if (!addCore(index, node) || !place(index, node))
             return false;
@@ -146,6 +147,14 @@ private:
                 _targets.cameras[source.camera].push_back(place);
             else
                 _targets.lights[lightOf(source)].push_back(place);
+        }
+        if (node->getCore() == NullFC && source.extras.IsObject() &&
+            source.extras.Get(kxAnimImport::ChoiceName).IsInt())
+        {
+            const SwitchPtr choice = Switch::create();
+            choice->setChoice(source.extras.Get(kxAnimImport::ChoiceName).GetNumberAsInt());
+            node->setCore(choice);
+            _targets.switches.insert(node);
         }
         if (node->getCore() == NullFC)
             node->setCore(Transform::create());
