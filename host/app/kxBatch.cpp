@@ -1,7 +1,6 @@
 #include "kxBatch.h"
 
 #include "kxApplication.h"
-#include "kxInterrupt.h"
 #include "kxLeftover.h"
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
@@ -130,19 +129,15 @@ bool kxBatch::renderMovie(kxRenderJob& job, const kxRenderSource& source)
     const kxRenderSource::Range range =
         _line.frames ? kxRenderSource::Range{_line.frames->first, _line.frames->last} : source.range();
     kxRenderLines lines(range);
-    const kxInterrupt interrupt;
-    job.waiting = [] { return !kxInterrupt::isWanted(); };
     job.progress = [&](int frame, const QString&)
     {
         lines.show(frame);
-        return job.waiting();
+        return true;
     };
     QString error;
     const QSize size = _line.size.value_or(PictureSize);
     if (job.renderMovie(_line.movie, source, range, size, error) > 0)
         wrote(_line.movie);
-    else if (error.isEmpty())
-        error = QCoreApplication::translate("kxBatch", "'%1' isn't written: interrupted.").arg(_line.movie);
     return error.isEmpty() || failed(error);
 }
 

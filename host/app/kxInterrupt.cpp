@@ -8,9 +8,9 @@ constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP};
 struct sigaction before[sizeof Signals / sizeof *Signals];
 volatile std::sig_atomic_t wanted = 0;
 
-void note(int)
+void note(int signal)
 {
-    wanted = 1;
+    wanted = signal;
 }
 } // namespace
 
@@ -28,6 +28,8 @@ kxInterrupt::~kxInterrupt()
 {
     for (unsigned i = 0; i < sizeof Signals / sizeof *Signals; ++i)
         sigaction(Signals[i], &before[i], nullptr);
+    if (wanted != 0)
+        std::raise(wanted);
 }
 
 bool kxInterrupt::isWanted()

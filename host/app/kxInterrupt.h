@@ -1,7 +1,8 @@
 #pragma once
 
 /// While it lives, the signals that end a program (Ctrl+C, a closed terminal, `kill`) only set isWanted(): whoever
-/// works for long asks, stops, and leaves nothing half done. One at a time.
+/// works for long asks, stops, and leaves nothing half done. When it goes, the signal ends the program. One at a
+/// time.
 class kxInterrupt
 {
 public:

@@ -2,9 +2,11 @@
 
 #include "kxCommandLine.h"
 #include "kxExrFile.h"
+#include "kxInterrupt.h"
 #include "kxMovieFile.h"
 
 #include <kxAnimManager.h>
+#include <kxLog.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -95,14 +97,16 @@ int kxRenderJob::renderMovie(const QString& file, const kxRenderSource& source, 
     const double rate = kxAnimManager::the()->fps();
     const int step = kxMovieFile::step(file, rate);
     const QSize pictures = kxMovieFile::pictureSize(file, size);
+    const kxInterrupt interrupt; // outlives the movie
     kxMovieFile movie;
-    movie.goesOn = waiting;
+    movie.goesOn = [this] { return !kxInterrupt::isWanted() && (!waiting || waiting()); };
     int added = 0;
     bool goesOn = movie.open(file, pictures, rate / step, transparent);
     const auto take = [&](int frame, const kxViewCamera& view)
     {
         const QImage picture = draw(pictures, view, error);
-        goesOn = !picture.isNull() && movie.add(picture) && (!progress || progress(frame, file));
+        goesOn =
+            !picture.isNull() && movie.add(picture) && !kxInterrupt::isWanted() && (!progress || progress(frame, file));
         added += goesOn ? 1 : 0;
         return goesOn;
     };
@@ -111,6 +115,8 @@ int kxRenderJob::renderMovie(const QString& file, const kxRenderSource& source, 
     const bool whole = goesOn && movie.finish();
     if (error.isEmpty())
         error = movie.error();
+    if (!whole && kxInterrupt::isWanted())
+        kxLog::warning(tr("'%1' isn't written: interrupted.").arg(file));
     return whole ? added : 0;
 }
 

@@ -198,6 +198,27 @@ saveScene("clips.kxs")
         QVERIFY2(result.errors.contains("Wlak") && result.errors.contains("Walk"), qPrintable(result.errors));
     }
 
+    void anInterruptedMovieLeavesNothing()
+    {
+        QVERIFY(QDir(_folder.path()).mkdir("film"));
+        const QDir film(_folder.filePath("film"));
+        write("film/m.webm", "before");
+        write("film.py", "import kxHost\nkxHost.renderMovie('film/m.webm', 320, 180, first=0, last=99999)\n");
+        const auto files = [&film] { return film.entryList(QDir::Files | QDir::Hidden); };
+        for (const QStringList& arguments :
+             {QStringList{"more.kxs", "--movie", "film/m.webm", "--frames", "0:99999"}, {"--script", "film.py"}})
+        {
+            QProcess process;
+            start(process, arguments + QStringList{"--headless"}, true, "settings");
+            QTRY_VERIFY_WITH_TIMEOUT(files().size() == 2, 30000);
+            process.terminate();
+            QVERIFY(process.waitForFinished() && process.exitStatus() == QProcess::CrashExit); // as the signal has it
+            QVERIFY(process.readAllStandardError().contains("'film/m.webm' isn't written: interrupted"));
+            QCOMPARE(files(), QStringList("m.webm"));
+            QCOMPARE(QFileInfo(film.filePath("m.webm")).size(), 6);
+        }
+    }
+
     void goesOnWithoutThePlugin()
     {
         write("none.so", "no library");
@@ -230,6 +251,15 @@ private:
     Result run(const QStringList& arguments, bool display = true, const QString& settings = "settings") const
     {
         QProcess process;
+        start(process, arguments, display, settings);
+        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+            return {-1, QString(), QStringLiteral("crashed or hung: ") + process.readAllStandardError()};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    void start(QProcess& process, const QStringList& arguments, bool display, const QString& settings) const
+    {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
             environment.remove(QString::fromLatin1(name));
@@ -241,10 +271,6 @@ private:
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(_folder.path());
         process.start(kxBuilt("kxhost"), arguments);
-        if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-            return {-1, QString(), QStringLiteral("crashed or hung: ") + process.readAllStandardError()};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
     }
 
     void write(const QString& name, const QByteArray& text) const
