@@ -40,7 +40,9 @@ QString capitalised(QString text)
 
 kxFieldLook kxFieldLook::of(const std::string& field)
 {
-    static const QStringList hidden = {"travMask", "mesh", "skin", "baseColorImage"};
+    static const QStringList hidden = {"travMask",          "mesh",         "skin",           "baseColorImage",
+                                       "normalImage",       "normalScale",  "roughnessImage", "occlusionImage",
+                                       "occlusionStrength", "emissiveImage"};
     const QString name = QString::fromStdString(field);
     const kxFieldWords words = kxFieldWords::of(field);
     kxFieldLook look;

@@ -57,7 +57,7 @@ void kxGlCache::sweep(const kxGlFunctions& gl)
     }
     for (auto entry = _textures.begin(); entry != _textures.end();)
     {
-        if (osg::living<osg::FieldContainer>(entry->first) != osg::NullFC)
+        if (osg::living<osg::FieldContainer>(osg::UInt32(entry->first >> 1)) != osg::NullFC)
         {
             ++entry;
             continue;
@@ -128,12 +128,12 @@ void kxGlCache::uploadBent(const kxGlFunctions& gl, Mesh& target, const kxBentMe
     }
 }
 
-GLuint kxGlCache::texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UInt32 imageId)
+GLuint kxGlCache::texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UInt32 imageId, Meaning meaning)
 {
     if (imageId == 0)
         return 0;
     const osg::UInt32 version = scene.version(imageId);
-    Texture& cached = _textures[imageId];
+    Texture& cached = _textures[keyOf(imageId, meaning)];
     if (cached.name != 0 && cached.version == version)
         return cached.name;
     const QImage* const picture = scene.picture(imageId);
@@ -148,8 +148,8 @@ GLuint kxGlCache::texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UI
     gl.ActiveTexture(GL_TEXTURE0); // a map is bound to each of the others
     gl.BindTexture(GL_TEXTURE_2D, cached.name);
     gl.PixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    gl.TexImage2D(GL_TEXTURE_2D, 0, GL_SRGB8_ALPHA8, pixels.width(), pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                  pixels.constBits());
+    gl.TexImage2D(GL_TEXTURE_2D, 0, meaning == Meaning::Color ? GL_SRGB8_ALPHA8 : GL_RGBA8, pixels.width(),
+                  pixels.height(), 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.constBits());
     gl.GenerateMipmap(GL_TEXTURE_2D);
     gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     gl.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);

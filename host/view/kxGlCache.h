@@ -26,8 +26,13 @@ public:
     /// Uploads what isn't there yet or is out of date. Owned here, until sweep() or release(); null where the mesh has
     /// died.
     const Mesh* mesh(const kxGlFunctions& gl, const kxRenderScene& scene, const kxRenderScene::Item& item);
-    /// With mipmaps, as sRGB; 0 where there is no picture.
-    GLuint texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UInt32 imageId);
+    enum class Meaning
+    {
+        Color, ///< sRGB
+        Numbers
+    };
+    /// With mipmaps; 0 where there is no picture.
+    GLuint texture(const kxGlFunctions& gl, kxRenderScene& scene, osg::UInt32 imageId, Meaning meaning);
     /// Frees what belongs to containers that have died.
     void sweep(const kxGlFunctions& gl);
 
@@ -42,7 +47,12 @@ private:
     static void free(const kxGlFunctions& gl, Mesh& mesh);
 
     std::unordered_map<osg::UInt32, Mesh> _meshes; // by mesh id; bent ones by the id of their node
-    std::unordered_map<osg::UInt32, Texture> _textures;
+    static osg::UInt64 keyOf(osg::UInt32 imageId, Meaning meaning)
+    {
+        return osg::UInt64(imageId) << 1 | osg::UInt64(meaning);
+    }
+
+    std::unordered_map<osg::UInt64, Texture> _textures; // by keyOf()
     float _anisotropy = 0;
     GLint _largest = 2048;
 };

@@ -15,7 +15,11 @@ enum Unit
 {
     PictureUnit,
     SunUnit,
-    ContactUnit
+    ContactUnit,
+    NormalUnit,
+    RoughnessUnit,
+    OcclusionUnit,
+    EmissiveUnit
 };
 } // namespace
 
@@ -52,6 +56,25 @@ struct kxGlRenderer::Data
         program.set(gl, "uSunMap", int(SunUnit));
         program.set(gl, "uContact", int(ContactUnit));
         program.set(gl, "uPicture", int(PictureUnit));
+    }
+    /// The pictures of a look; true where it has one of its colour.
+    bool bindLook(kxRenderScene& scene, const kxRenderScene::Look& look)
+    {
+        using Meaning = kxGlCache::Meaning;
+        const auto upload = [&](Unit unit, osg::UInt32 image, Meaning meaning)
+        { return std::make_pair(unit, cache.texture(gl, scene, image, meaning)); };
+        // All before any is bound: uploading binds too.
+        const std::pair<Unit, GLuint> all[] = {upload(PictureUnit, look.imageId, Meaning::Color),
+                                               upload(NormalUnit, look.normalId, Meaning::Numbers),
+                                               upload(RoughnessUnit, look.roughnessId, Meaning::Numbers),
+                                               upload(OcclusionUnit, look.occlusionId, Meaning::Numbers),
+                                               upload(EmissiveUnit, look.emissiveId, Meaning::Color)};
+        for (const auto& [unit, texture] : all)
+            bindTexture(unit, texture);
+        const auto strength = [&all](int index, float value) { return all[index].second != 0 ? value : 0.0f; };
+        surface.set(gl, "uPictures", strength(1, look.normalScale), strength(2, 1), strength(3, look.occlusionStrength),
+                    strength(4, 1));
+        return all[0].second != 0;
     }
     /// What the scene's clipping plane cuts away isn't drawn by this program until endCut(). No other program may draw
     /// in between: those of whole screens don't say where they are.
@@ -344,6 +367,10 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
     if (items.empty())
         return;
     d.useShading(d.surface, frame);
+    d.surface.set(gl, "uNormals", int(NormalUnit));
+    d.surface.set(gl, "uRoughness", int(RoughnessUnit));
+    d.surface.set(gl, "uOcclusion", int(OcclusionUnit));
+    d.surface.set(gl, "uGlow", int(EmissiveUnit));
     d.surface.set(gl, "uClip", frame.camera.viewProjection());
     d.beginCut(d.surface, frame);
     if (transparent)
@@ -363,11 +390,10 @@ void kxGlRenderer::drawSurfaces(kxRenderScene& scene, const kxFrame& frame, bool
         {
             lastLook = item->look;
             lastNormals = mesh->hasNormals;
-            const GLuint texture = d.cache.texture(gl, scene, look.imageId);
-            d.bindTexture(PictureUnit, texture);
+            const bool hasPicture = d.bindLook(scene, look);
             d.surface.set(gl, "uBase", look.base[0], look.base[1], look.base[2], look.opacity);
             d.surface.set(gl, "uEmissive", look.emissive[0], look.emissive[1], look.emissive[2], look.alphaCutoff);
-            d.surface.set(gl, "uSurface", look.metallic, look.roughness, texture != 0 ? 1.0f : 0.0f,
+            d.surface.set(gl, "uSurface", look.metallic, look.roughness, hasPicture ? 1.0f : 0.0f,
                           mesh->hasNormals ? 1.0f : 0.0f);
         }
         d.surface.set(gl, "uWorld", item->world);

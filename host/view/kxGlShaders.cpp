@@ -70,9 +70,31 @@ uniform vec4 uBase;     // rgb, opacity
 uniform vec4 uEmissive; // rgb, alpha cut-off
 uniform vec4 uSurface;  // metallic, roughness, 1 with picture, 1 with normals
 uniform sampler2D uPicture;
+uniform vec4 uPictures; // strength of the normals', 1 with roughness, strength of occlusion, 1 with emission; 0 without
+uniform sampler2D uNormals;
+uniform sampler2D uRoughness;
+uniform sampler2D uOcclusion;
+uniform sampler2D uGlow;
 uniform vec4 uKept;
 uniform float uSection; // 1: the inside is shown as the cut through a solid body
 out vec4 oColor;
+
+// The picture's normal around n: its axes follow from how place and texture coordinates change over the screen.
+vec3 bumped(vec3 n)
+{
+    vec3 acrossPlace = dFdx(vPosition), upPlace = dFdy(vPosition);
+    vec2 across = dFdx(vTexCoord), up = dFdy(vTexCoord);
+    vec3 upSide = cross(upPlace, n), acrossSide = cross(n, acrossPlace);
+    vec3 u = upSide * across.x + acrossSide * up.x;
+    vec3 v = -(upSide * across.y + acrossSide * up.y); // rows of a picture go down
+    float longest = max(dot(u, u), dot(v, v));
+    vec3 m = texture(uNormals, vTexCoord).rgb * 2.0 - 1.0;
+    if (longest < 1e-30)
+        return n;
+    m.xy *= uPictures.x;
+    return normalize((u * m.x + v * m.y) * inversesqrt(longest) + n * m.z);
+}
+
 void main()
 {
     vec4 base = uBase * vColor;
@@ -91,10 +113,23 @@ void main()
     kxSurface s;
     s.position = vPosition;
     s.normal = n;
+    if (uPictures.x != 0.0)
+        s.normal = bumped(n);
     s.base = base.rgb;
     s.emissive = uEmissive.rgb;
+    if (uPictures.w > 0.5)
+        s.emissive *= texture(uGlow, vTexCoord).rgb;
     s.metallic = uSurface.x;
     s.roughness = uSurface.y;
+    if (uPictures.y > 0.5)
+    {
+        vec2 look = texture(uRoughness, vTexCoord).gb;
+        s.roughness *= look.x;
+        s.metallic *= look.y;
+    }
+    s.open = 1.0;
+    if (uPictures.z > 0.0)
+        s.open = mix(1.0, texture(uOcclusion, vTexCoord).r, uPictures.z);
     if (uSection > 0.5 && !gl_FrontFacing)
         s = sectionOf(s, uKept);
     oColor = surfaceColor(s, base.a);

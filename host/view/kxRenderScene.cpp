@@ -260,9 +260,13 @@ std::size_t kxRenderScene::lookOf(const osg::MaterialPtr& material)
         look.opacity = uber->getOpacity();
         look.alphaCutoff = uber->getAlphaCutoff();
         look.doubleSided = uber->getDoubleSided();
-        look.imageId = uber->getBaseColorImage().getFieldContainerId();
-        if (look.imageId != 0 && picture(look.imageId) == nullptr)
-            look.imageId = 0;
+        look.imageId = shownId(uber->getBaseColorImage());
+        look.normalId = shownId(uber->getNormalImage());
+        look.roughnessId = shownId(uber->getRoughnessImage());
+        look.occlusionId = shownId(uber->getOcclusionImage());
+        look.emissiveId = shownId(uber->getEmissiveImage());
+        look.normalScale = uber->getNormalScale();
+        look.occlusionStrength = uber->getOcclusionStrength();
         const bool picturesAlpha = look.imageId != 0 && decoded(look.imageId).hasAlpha;
         look.transparent = look.alphaCutoff <= 0 && (look.opacity < 0.999f || picturesAlpha);
     }
@@ -325,6 +329,12 @@ const kxRenderScene::Picture& kxRenderScene::decoded(osg::UInt32 imageId)
             entry->second.hasAlpha = line[4 * x + 3] < 250;
     }
     return entry->second;
+}
+
+osg::UInt32 kxRenderScene::shownId(const osg::ImagePtr& image)
+{
+    const osg::UInt32 id = image.getFieldContainerId();
+    return id != 0 && picture(id) != nullptr ? id : 0;
 }
 
 const QImage* kxRenderScene::picture(osg::UInt32 imageId)

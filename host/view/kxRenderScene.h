@@ -41,7 +41,10 @@ public:
         float alphaCutoff = 0;
         bool doubleSided = false;
         bool transparent = false; ///< blends with what is behind
-        osg::UInt32 imageId = 0;  ///< 0 for none
+        osg::UInt32 imageId = 0;  ///< of the base colour; 0 for none, as for those below
+        osg::UInt32 normalId = 0, roughnessId = 0, occlusionId = 0, emissiveId = 0;
+        float normalScale = 1;
+        float occlusionStrength = 1;
     };
     struct Item
     {
@@ -133,6 +136,8 @@ private:
     bool isDrawable(const osg::Mesh& mesh);
     std::size_t lookOf(const osg::MaterialPtr& material);
     const Picture& decoded(osg::UInt32 imageId);
+    /// 0 for a picture that can't be shown.
+    osg::UInt32 shownId(const osg::ImagePtr& image);
 
     std::vector<osg::UInt32> _selection;
     std::vector<Item> _items;

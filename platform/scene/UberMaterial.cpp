@@ -42,6 +42,16 @@ void UberMaterial::describeFields(FieldList& fields)
         referenceField("baseColorImage", BaseColorImageFieldMask, &M::getBaseColorImage, &M::setBaseColorImage));
     fields.push_back(FieldDescription::member("doubleSided", DoubleSidedFieldMask, &M::_doubleSided));
     fields.push_back(FieldDescription::member("alphaCutoff", AlphaCutoffFieldMask, &M::_alphaCutoff).range(0, 1));
+    fields.push_back(referenceField("normalImage", NormalImageFieldMask, &M::getNormalImage, &M::setNormalImage));
+    fields.push_back(FieldDescription::member("normalScale", NormalScaleFieldMask, &M::_normalScale));
+    fields.push_back(
+        referenceField("roughnessImage", RoughnessImageFieldMask, &M::getRoughnessImage, &M::setRoughnessImage));
+    fields.push_back(
+        referenceField("occlusionImage", OcclusionImageFieldMask, &M::getOcclusionImage, &M::setOcclusionImage));
+    fields.push_back(
+        FieldDescription::member("occlusionStrength", OcclusionStrengthFieldMask, &M::_occlusionStrength).range(0, 1));
+    fields.push_back(
+        referenceField("emissiveImage", EmissiveImageFieldMask, &M::getEmissiveImage, &M::setEmissiveImage));
 }
 
 void UberMaterial::setBaseColorImage(const ImagePtr& image)

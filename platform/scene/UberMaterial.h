@@ -19,6 +19,12 @@ public:
     static constexpr BitVector BaseColorImageFieldMask = BitVector::bit(21);
     static constexpr BitVector DoubleSidedFieldMask = BitVector::bit(22);
     static constexpr BitVector AlphaCutoffFieldMask = BitVector::bit(23);
+    static constexpr BitVector NormalImageFieldMask = BitVector::bit(24);
+    static constexpr BitVector NormalScaleFieldMask = BitVector::bit(25);
+    static constexpr BitVector RoughnessImageFieldMask = BitVector::bit(26);
+    static constexpr BitVector OcclusionImageFieldMask = BitVector::bit(27);
+    static constexpr BitVector OcclusionStrengthFieldMask = BitVector::bit(28);
+    static constexpr BitVector EmissiveImageFieldMask = BitVector::bit(29);
 
     static FieldContainerType _type;
     const FieldContainerType& getType() const override { return _type; }
@@ -43,6 +49,24 @@ public:
     /// Above 0: texels with less opacity than this are cut out, the others are opaque.
     float getAlphaCutoff() const { return _alphaCutoff; }
     void setAlphaCutoff(float value) { _alphaCutoff = value; }
+    /// Directions in the surface's own axes, red along its picture's rows, green upwards; linear; null for none.
+    ImagePtr getNormalImage() const { return _normalImage; }
+    void setNormalImage(const ImagePtr& image) { _normalImage = image; }
+    /// Multiplies red and green of the above.
+    float getNormalScale() const { return _normalScale; }
+    void setNormalScale(float value) { _normalScale = value; }
+    /// Green multiplies the roughness, blue the metallic; linear; null for none.
+    ImagePtr getRoughnessImage() const { return _roughnessImage; }
+    void setRoughnessImage(const ImagePtr& image) { _roughnessImage = image; }
+    /// Red is how much of the light around reaches the surface; linear; null for none.
+    ImagePtr getOcclusionImage() const { return _occlusionImage; }
+    void setOcclusionImage(const ImagePtr& image) { _occlusionImage = image; }
+    /// 0: the above counts for nothing, 1: for all.
+    float getOcclusionStrength() const { return _occlusionStrength; }
+    void setOcclusionStrength(float value) { _occlusionStrength = value; }
+    /// Multiplies the emissive colour; sRGB; null for none.
+    ImagePtr getEmissiveImage() const { return _emissiveImage; }
+    void setEmissiveImage(const ImagePtr& image) { _emissiveImage = image; }
 
 protected:
     UberMaterial() = default;
@@ -58,6 +82,9 @@ private:
     Share<Image> _baseColorImage;
     bool _doubleSided = false;
     float _alphaCutoff = 0.0f;
+    Share<Image> _normalImage, _roughnessImage, _occlusionImage, _emissiveImage;
+    float _normalScale = 1.0f;
+    float _occlusionStrength = 1.0f;
 };
 typedef FCPtr<UberMaterial> UberMaterialPtr;
 

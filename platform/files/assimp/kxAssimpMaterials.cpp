@@ -80,7 +80,7 @@ void kxAssimpMaterials::add(const aiMaterial& source)
     source.Get(AI_MATKEY_NAME, name);
     material->setNodeName(name.C_Str());
     addSurface(source, *material);
-    material->setBaseColorImage(picture(source));
+    addPictures(source, *material);
     const Color3f& color = material->getBaseColor();
     if (material->getBaseColorImage() != NullFC && std::max({color[0], color[1], color[2]}) < Darkest)
         material->setBaseColor(Color3f(1, 1, 1));
@@ -110,19 +110,31 @@ void kxAssimpMaterials::addSurface(const aiMaterial& source, UberMaterial& mater
         material.setDoubleSided(twoSided != 0);
 }
 
-ImagePtr kxAssimpMaterials::picture(const aiMaterial& source)
+void kxAssimpMaterials::addPictures(const aiMaterial& source, UberMaterial& material)
+{
+    material.setBaseColorImage(picture(source, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}));
+    material.setNormalImage(picture(source, {aiTextureType_NORMAL_CAMERA, aiTextureType_NORMALS}));
+    material.setOcclusionImage(picture(source, {aiTextureType_AMBIENT_OCCLUSION}));
+    material.setEmissiveImage(picture(source, {aiTextureType_EMISSION_COLOR, aiTextureType_EMISSIVE}));
+    const Color3f& emissive = material.getEmissive();
+    if (material.getEmissiveImage() != NullFC && std::max({emissive[0], emissive[1], emissive[2]}) <= 0)
+        material.setEmissive(Color3f(1, 1, 1)); // black is a preset too
+    for (const aiTextureType type :
+         {aiTextureType_HEIGHT, aiTextureType_SPECULAR, aiTextureType_METALNESS, aiTextureType_DIFFUSE_ROUGHNESS})
+        if (source.GetTextureCount(type) > 0)
+            _report.note(QStringLiteral("pictures of heights, highlights, metal and roughness are left out"));
+}
+
+ImagePtr kxAssimpMaterials::picture(const aiMaterial& source, std::initializer_list<aiTextureType> types)
 {
     aiString path;
     aiTextureMapMode wrap[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
     const auto find = [&](aiTextureType type)
     { return source.GetTexture(type, 0, &path, nullptr, nullptr, nullptr, nullptr, wrap) == AI_SUCCESS; };
-    if ((!find(aiTextureType_BASE_COLOR) && !find(aiTextureType_DIFFUSE)) || path.length == 0)
+    if (std::none_of(types.begin(), types.end(), find) || path.length == 0)
         return ImagePtr();
     if (wrap[0] != aiTextureMapMode_Wrap || wrap[1] != aiTextureMapMode_Wrap)
         _report.note(QString::fromLatin1(kxSceneSummary::WrapNote));
-    for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT, aiTextureType_SPECULAR})
-        if (source.GetTextureCount(type) > 0)
-            _report.note(QStringLiteral("pictures of other things than the base colour are left out"));
     const QString name = QString::fromUtf8(path.C_Str());
     const auto found = _pictures.find(name);
     if (found != _pictures.end())

@@ -24,7 +24,9 @@ public:
 private:
     void add(const aiMaterial& source);
     void addSurface(const aiMaterial& source, osg::UberMaterial& material) const;
-    osg::ImagePtr picture(const aiMaterial& source);
+    void addPictures(const aiMaterial& source, osg::UberMaterial& material);
+    /// The first of these kinds that the material has; null for none.
+    osg::ImagePtr picture(const aiMaterial& source, std::initializer_list<aiTextureType> types);
     osg::ImagePtr read(const QString& path);
     std::vector<unsigned char> fileBytes(const QString& path) const;
 

@@ -98,6 +98,7 @@ void kxGltfMaterials::add(const tinygltf::Material& source)
     Mapping mapping;
     addBaseColor(source, *material, mapping);
     addFactors(source, *material);
+    addPictures(source, *material, mapping);
     _mappings.push_back(mapping);
 }
 
@@ -142,16 +143,6 @@ void kxGltfMaterials::addFactors(const tinygltf::Material& source, UberMaterial&
 {
     const tinygltf::PbrMetallicRoughness& pbr = source.pbrMetallicRoughness;
     double metallic = pbr.metallicFactor, roughness = pbr.roughnessFactor;
-    float mean[3];
-    if (pbr.metallicRoughnessTexture.index >= 0)
-    {
-        _report.note(QStringLiteral("pictures of metallic and roughness are replaced by their mean"));
-        if (meanOf(pbr.metallicRoughnessTexture.index, mean))
-        {
-            roughness *= double(mean[1]);
-            metallic *= double(mean[2]);
-        }
-    }
     const tinygltf::Value& glossy = extension(source.extensions, "KHR_materials_pbrSpecularGlossiness");
     if (glossy.IsObject())
     {
@@ -172,18 +163,35 @@ void kxGltfMaterials::addFactors(const tinygltf::Material& source, UberMaterial&
     float emissive[3] = {0, 0, 0};
     for (std::size_t i = 0; i < 3 && i < source.emissiveFactor.size(); ++i)
         emissive[i] = float(std::clamp(source.emissiveFactor[i] * strength, 0.0, 1000.0));
-    if (source.emissiveTexture.index >= 0)
-    {
-        _report.note(QStringLiteral("emissive pictures are replaced by their mean"));
-        if (meanOf(source.emissiveTexture.index, mean))
-            for (int i = 0; i < 3; ++i)
-                emissive[i] *= kxImageImport::linearFromSrgb(mean[i]);
-    }
     material.setEmissive(Color3f(emissive[0], emissive[1], emissive[2]));
-    if (source.normalTexture.index >= 0)
-        _report.note(QStringLiteral("normal pictures are left out"));
-    if (source.occlusionTexture.index >= 0)
-        _report.note(QStringLiteral("occlusion pictures are left out"));
+}
+
+void kxGltfMaterials::addPictures(const tinygltf::Material& source, UberMaterial& material, Mapping& mapping)
+{
+    bool mapped = material.getBaseColorImage() != NullFC;
+    const auto read = [&](const auto& info)
+    {
+        const ImagePtr image = info.index < 0 ? ImagePtr() : picture(info.index, false);
+        if (image == NullFC)
+            return image;
+        const Mapping own = mappingOf(info.extensions, info.texCoord);
+        if (!mapped)
+            mapping = own;
+        mapped = true;
+        if (own.texCoord != mapping.texCoord || own.matrix != mapping.matrix)
+            _report.note(QStringLiteral("all pictures of a material take the texture coordinates of its first"));
+        return image;
+    };
+    material.setNormalImage(read(source.normalTexture));
+    material.setNormalScale(std::isfinite(float(source.normalTexture.scale)) ? float(source.normalTexture.scale)
+                                                                             : 1.0f);
+    material.setOcclusionImage(read(source.occlusionTexture));
+    material.setOcclusionStrength(unit(source.occlusionTexture.strength));
+    material.setEmissiveImage(read(source.emissiveTexture));
+    const bool isPlain = !extension(source.extensions, "KHR_materials_pbrSpecularGlossiness").IsObject() &&
+                         source.extensions.count("KHR_materials_unlit") == 0;
+    if (isPlain)
+        material.setRoughnessImage(read(source.pbrMetallicRoughness.metallicRoughnessTexture));
 }
 
 int kxGltfMaterials::imageOf(int texture) const
@@ -212,10 +220,4 @@ ImagePtr kxGltfMaterials::picture(int texture, bool opaque)
                                                    QString::fromStdString(name), _report);
     }
     return picture.image.get();
-}
-
-bool kxGltfMaterials::meanOf(int texture, float* mean)
-{
-    const int index = imageOf(texture);
-    return index >= 0 && kxImageImport::mean(_document.imageBytes(index, _report), mean);
 }

@@ -16,7 +16,7 @@ public:
     /// The material of a primitive; that of the format's default for -1.
     osg::MaterialPtr material(int index);
 
-    /// Which texture coordinates the base colour takes, and how they are changed.
+    /// Which texture coordinates the pictures take, and how they are changed.
     struct Mapping
     {
         int texCoord = 0;
@@ -35,8 +35,9 @@ private:
     void add(const tinygltf::Material& source);
     void addBaseColor(const tinygltf::Material& source, osg::UberMaterial& material, Mapping& mapping);
     void addFactors(const tinygltf::Material& source, osg::UberMaterial& material);
+    /// The pictures beside that of the base colour, with its mapping where there is one.
+    void addPictures(const tinygltf::Material& source, osg::UberMaterial& material, Mapping& mapping);
     osg::ImagePtr picture(int texture, bool opaque);
-    bool meanOf(int texture, float* mean);
     int imageOf(int texture) const;
 
     const kxGltfDocument& _document;

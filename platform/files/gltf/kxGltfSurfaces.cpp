@@ -47,6 +47,13 @@ std::vector<float> unitNormals(const Mesh& mesh)
     return normals;
 }
 
+bool hasPictures(const tinygltf::Material& material)
+{
+    const tinygltf::PbrMetallicRoughness& pbr = material.pbrMetallicRoughness;
+    return std::max({pbr.baseColorTexture.index, pbr.metallicRoughnessTexture.index, material.normalTexture.index,
+                     material.occlusionTexture.index, material.emissiveTexture.index}) >= 0;
+}
+
 std::vector<float> clamped(std::vector<float> colors)
 {
     for (float& value : colors)
@@ -98,7 +105,7 @@ int kxGltfSurfaces::mesh(const std::vector<GeometryPtr>& parts, const std::strin
         primitive.indices = data.indices;
         primitive.material = material(part->getMaterial());
         if (primitive.material >= 0 && data.attributes.count("TEXCOORD_0") == 0 &&
-            _model.materials[std::size_t(primitive.material)].pbrMetallicRoughness.baseColorTexture.index >= 0)
+            hasPictures(_model.materials[std::size_t(primitive.material)]))
             primitive.attributes["TEXCOORD_0"] = cornerCoords(mesh->vertexCount());
         const SkinPtr skin = SkinPtr::dcast(part->getSkin());
         if (skin != NullFC && skin->isValid(mesh->vertexCount()))
@@ -159,6 +166,16 @@ void kxGltfSurfaces::describe(const UberMaterial& source, tinygltf::Material& ta
     target.doubleSided = source.getDoubleSided();
     if (source.getBaseColorImage() != NullFC)
         pbr.baseColorTexture.index = texture(source.getBaseColorImage());
+    if (source.getRoughnessImage() != NullFC)
+        pbr.metallicRoughnessTexture.index = texture(source.getRoughnessImage());
+    if (source.getNormalImage() != NullFC)
+        target.normalTexture.index = texture(source.getNormalImage());
+    target.normalTexture.scale = double(source.getNormalScale());
+    if (source.getOcclusionImage() != NullFC)
+        target.occlusionTexture.index = texture(source.getOcclusionImage());
+    target.occlusionTexture.strength = double(source.getOcclusionStrength());
+    if (source.getEmissiveImage() != NullFC)
+        target.emissiveTexture.index = texture(source.getEmissiveImage());
     if (source.getAlphaCutoff() > 0)
     {
         target.alphaMode = "MASK";

@@ -145,24 +145,6 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
     return fromPixels(repaint ? pixels.convertToFormat(QImage::Format_RGBX8888) : pixels);
 }
 
-bool kxImageImport::mean(const std::vector<unsigned char>& bytes, float* mean)
-{
-    const QImage pixels = decode(bytes);
-    if (pixels.isNull())
-        return false;
-    double sum[3] = {0, 0, 0};
-    for (int y = 0; y < pixels.height(); ++y)
-    {
-        const uchar* const row = pixels.constScanLine(y);
-        for (int x = 0; x < pixels.width(); ++x)
-            for (int c = 0; c < 3; ++c)
-                sum[c] += row[4 * x + c];
-    }
-    for (int c = 0; c < 3; ++c)
-        mean[c] = float(sum[c] / 255.0 / pixels.width() / pixels.height());
-    return true;
-}
-
 float kxImageImport::linearFromSrgb(float value)
 {
     return value <= 0.04045f ? value / 12.92f : std::pow((value + 0.055f) / 1.055f, 2.4f);

@@ -15,9 +15,7 @@ namespace kxImageImport
 /// Keeps PNG and JPEG as they are and decodes what else can be read. Null, noted in the report under `name`, for what
 /// can't. `opaque`: the alpha of the picture means nothing and is taken out.
 osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, kxFileReport& report);
-/// The mean of each channel, 0 to 1, in `mean` (red, green, blue); false where the picture can't be read.
-bool mean(const std::vector<unsigned char>& bytes, float* mean);
-/// The mean's sRGB value as a linear one.
+/// An sRGB value as a linear one.
 float linearFromSrgb(float value);
 /// The bytes of a PNG or JPEG file that show the picture; empty where there is none. `jpeg` says which.
 std::vector<unsigned char> encoded(const osg::ImagePtr& image, bool& jpeg);

@@ -57,8 +57,13 @@ QString kxSceneSummary::of(const kxSceneContent& content)
     {
         animations.add(material.get());
         const UberMaterialPtr surface = UberMaterialPtr::dcast(material.get());
-        if (surface != NullFC && surface->getBaseColorImage() != NullFC)
-            textures.insert(surface->getBaseColorImage().getFieldContainerId());
+        if (surface == NullFC)
+            continue;
+        for (const ImagePtr& image :
+             {surface->getBaseColorImage(), surface->getNormalImage(), surface->getRoughnessImage(),
+              surface->getOcclusionImage(), surface->getEmissiveImage()})
+            if (image != NullFC)
+                textures.insert(image.getFieldContainerId());
     }
     std::size_t clips = 0;
     const NodePtr structure = content.clips.get(); // itself no clip of the user's, whatever its core

@@ -48,6 +48,12 @@ Table makeObjectTable()
             {"coneAngle", {tr("cone angle"), degrees, {}}},
             {"baseColor", {tr("base colour"), {}, {}}},
             {"baseColorImage", {tr("texture"), {}, {}}},
+            {"normalImage", {tr("normal texture"), {}, {}}},
+            {"normalScale", {tr("strength of normals"), {}, {}}},
+            {"roughnessImage", {tr("roughness texture"), {}, {}}},
+            {"occlusionImage", {tr("occlusion texture"), {}, {}}},
+            {"occlusionStrength", {tr("strength of occlusion"), {}, {}}},
+            {"emissiveImage", {tr("emissive texture"), {}, {}}},
             {"mesh", {tr("shape"), {}, {}}},
             {"doubleSided", {tr("double-sided"), {}, {}}},
             {"alphaCutoff", {tr("cut-out below"), {}, {}}}};

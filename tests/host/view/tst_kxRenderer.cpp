@@ -62,6 +62,59 @@ private Q_SLOTS:
         QCOMPARE(qAlpha(picture(clear).pixel(48, 48)), 0);
     }
 
+    /// Each on one half of a quad that looks at the eye, with the other half as it would be without.
+    void picturesShapeTheSurface()
+    {
+        const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(0.5f, 0.5f, 0.5f));
+        const osg::MeshPtr quad = osg::Mesh::create();
+        quad->setPositions({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0});
+        quad->setNormals({0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1});
+        quad->setTexCoords({0, 1, 1, 1, 1, 0, 0, 0});
+        quad->setIndices({0, 1, 2, 0, 2, 3});
+        kxTestObjects::add(quad, material, osg::Vec3f(0, 0, 0));
+        const auto halves = [&](const QColor& upper, const QColor& lower)
+        {
+            QImage pixels(8, 8, QImage::Format_RGBA8888);
+            for (int y = 0; y < 8; ++y)
+                for (int x = 0; x < 8; ++x)
+                    pixels.setPixelColor(x, y, y < 4 ? upper : lower);
+            const osg::ImagePtr image = osg::Image::create();
+            QImageConverter::convertToOSGImage(pixels, image);
+            return image;
+        };
+        const auto colors = [&]
+        {
+            osg::markChanged(material, osg::FieldBits);
+            const QImage seen = picture();
+            return std::make_pair(seen.pixelColor(48, 36), seen.pixelColor(48, 60));
+        };
+        const auto plain = colors();
+        // Up to the studio's lamp, and down: green is up.
+        material->setNormalImage(halves(QColor(128, 230, 200), QColor(128, 26, 200)));
+        const auto bumped = colors();
+        QVERIFY(bumped.first.green() > bumped.second.green() + 15);
+        material->setNormalImage(halves(QColor(128, 128, 255), QColor(128, 128, 255)));
+        QVERIFY(std::abs(colors().first.green() - plain.first.green()) <= 2);
+        material->setNormalImage(osg::ImagePtr());
+        material->setEmissive(osg::Color3f(0.9f, 0.9f, 0.9f));
+        material->setEmissiveImage(halves(Qt::red, Qt::black));
+        const auto glowing = colors();
+        QVERIFY(glowing.first.red() > plain.first.red() + 30 && glowing.first.red() > glowing.first.green() + 30);
+        QVERIFY(std::abs(glowing.second.red() - plain.second.red()) <= 2);
+        material->setEmissiveImage(osg::ImagePtr());
+        material->setEmissive(osg::Color3f());
+        material->setOcclusionImage(halves(Qt::white, Qt::black));
+        const auto dim = colors();
+        QVERIFY(std::abs(dim.first.red() - plain.first.red()) <= 2 && dim.second.red() < plain.second.red() - 15);
+        material->setOcclusionImage(osg::ImagePtr());
+        material->setMetallic(1);
+        const auto metal = colors();
+        material->setRoughnessImage(halves(QColor(0, 255, 255), QColor(0, 255, 0)));
+        const auto mixed = colors();
+        QVERIFY(std::abs(mixed.first.red() - metal.first.red()) <= 2);
+        QVERIFY(std::abs(mixed.second.red() - plain.second.red()) <= 2 && mixed.second != metal.second);
+    }
+
     void theFirstPictureIsAsTheSecond()
     {
         const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));

@@ -3,6 +3,7 @@
 #include <animation/kxAnimScene.h>
 #include <files/gltf/kxGltfExport.h>
 #include <kxAnimFixture.h>
+#include <kxRenderWidget.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
@@ -236,6 +237,18 @@ private Q_SLOTS:
         const ImagePtr image = osg::Image::create();
         image->set(2, 1, {255, 0, 0, 255, 0, 255, 0, 255});
         material->setBaseColorImage(image);
+        std::vector<ImagePtr> others;
+        for (UInt8 i = 1; i < 5; ++i)
+        {
+            others.push_back(osg::Image::create());
+            others.back()->set(1, 1, {UInt8(10 * i), 128, 200, 255});
+        }
+        material->setNormalImage(others[0]);
+        material->setRoughnessImage(others[1]);
+        material->setOcclusionImage(others[2]);
+        material->setEmissiveImage(others[3]);
+        material->setNormalScale(0.5f);
+        material->setOcclusionStrength(0.75f);
         const GeometryPtr part = Geometry::create(); // with something below it: no mere part of the surface
         const UberMaterialPtr cutOut = UberMaterial::create();
         cutOut->setAlphaCutoff(0.25f);
@@ -269,6 +282,11 @@ private Q_SLOTS:
             for (unsigned i = 0; i < 3; ++i)
                 QVERIFY(std::abs(paint->getEmissive()[i] - Color3f(1, 4, 2)[i]) < 1e-5f);
             QVERIFY(paint->getBaseColorImage() != NullFC);
+            QVERIFY(paint->getNormalScale() == 0.5f && paint->getOcclusionStrength() == 0.75f);
+            int red = 0;
+            for (const ImagePtr& picture : {paint->getNormalImage(), paint->getRoughnessImage(),
+                                            paint->getOcclusionImage(), paint->getEmissiveImage()})
+                QCOMPARE(QImageConverter::convertToQImage(picture).pixelColor(0, 0), QColor(red += 10, 128, 200));
             const GeometryPtr other = GeometryPtr::dcast(nodeNamed("deep")->getParent()->getCore());
             QCOMPARE(UberMaterialPtr::dcast(other->getMaterial())->getAlphaCutoff(), 0.25f);
             QVERIFY(std::abs(CameraPtr::dcast(nodeNamed("eye")->getCore())->getFieldOfView() - 40) < 1e-3f);

@@ -382,7 +382,9 @@ Connections: {
                                                                  "JOINTS_0": 5, "WEIGHTS_0": 4}},
                                    {"indices": 2, "attributes": {"POSITION": 0}, "mode": 5, "material": 0}]}],
         "materials": [{"pbrMetallicRoughness": {"baseColorTexture": {"index": 0},
-                                                "metallicRoughnessTexture": {"index": 0}}}],
+                                                "metallicRoughnessTexture": {"index": 0}},
+                       "normalTexture": {"index": 0, "scale": 0.5}, "emissiveTexture": {"index": 0},
+                       "occlusionTexture": {"index": 0, "strength": 0.25}, "emissiveFactor": [0.5, 0.25, 1]}],
         "textures": [{"source": 0}], "images": [{"uri": "data:image/png;base64,%3"}],
         "buffers": [{"byteLength": %1, "uri": "data:application/octet-stream;base64,%2"}],
         "bufferViews": [{"buffer": 0, "byteLength": 48}, {"buffer": 0, "byteOffset": 48, "byteLength": 8},
@@ -436,8 +438,12 @@ Connections: {
         QCOMPARE(MeshPtr::dcast(strip->getMesh())->triangleCount(), 3u); // of the strip's 7 the others have no area
         const UberMaterialPtr painted = UberMaterialPtr::dcast(strip->getMaterial());
         QCOMPARE(painted->getBaseColorImage()->getPixels(), std::vector<UInt8>({200, 100, 50, 255, 100, 60, 30, 255}));
-        QCOMPARE(painted->getRoughness(), 80 / 255.0f); // the mean of green
-        QCOMPARE(painted->getMetallic(), 40 / 255.0f);
+        const ImagePtr surface = painted->getRoughnessImage();
+        QVERIFY(surface != NullFC && painted->getRoughness() == 1 && painted->getMetallic() == 1);
+        QVERIFY(painted->getOcclusionImage() == surface && painted->getEmissiveImage() == surface);
+        QVERIFY(painted->getNormalImage() == surface && painted->getNormalScale() == 0.5f);
+        QCOMPARE(painted->getOcclusionStrength(), 0.25f);
+        QCOMPARE(painted->getEmissive(), Color3f(0.5f, 0.25f, 1));
         QVERIFY((kxSceneMath::worldMatrix(node).map(QVector3D(1, 0, 0)) - QVector3D(3, 6, 5)).length() < 1.0e-4f);
     }
 

@@ -131,7 +131,8 @@ private Q_SLOTS:
             "Camera fieldOfView:3*[0.1,179]~ focalLength:3*[0.104723,13751] near:3*[1e-06,1e+09] far:3*[1e-05,1e+12]",
             "Light kind:2[0,2] color:5*RGB[0,1] intensity:3*[0,1e+09] coneAngle:3*[0.1,180]",
             "UberMaterial baseColor:5*RGB[0,1] metallic:3*[0,1] roughness:3*[0,1] opacity:3*[0,1] "
-            "emissive:5*RGB[0,1000] baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1]",
+            "emissive:5*RGB[0,1000] baseColorImage:12 doubleSided:0 alphaCutoff:3[0,1] normalImage:12 "
+            "normalScale:3 roughnessImage:12 occlusionImage:12 occlusionStrength:3[0,1] emissiveImage:12",
             "Mesh positions:10 normals:10 texCoords:10 colors:10 indices:9",
             "Skin joints:13 inverseBindMatrices:10 vertexJoints:9 vertexWeights:10",
             "Image width:2 height:2 pixels:8 encoded:8",
