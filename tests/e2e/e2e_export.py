@@ -85,6 +85,9 @@ def in_the_file(shown, told):
         return [[shown.value(animation, pointer, s) for pointer in pointers].index(1) for s in told["seconds"]]
     kind, what, unit, part = POINTERS.get(channel, ("node", "translation", 1, 0))
     pointer = pointer_of(shown, told["name"], kind, what)
+    if channel.startswith("emissive"):
+        unit = shown.value(animation, pointer.replace(what, "extensions/KHR_materials_emissive_strength"),
+                           0)["emissiveStrength"]
     values = [shown.value(animation, pointer, s, player.RESTS.get(what)) for s in told["seconds"]]
     return [float(value if part is None else value[part]) * unit for value in values]
 

@@ -118,8 +118,8 @@ def make_values():
         keyed("lens, near and far", channel, [(1.0, low), (2.0, high), (3.0, low)], thing=camera)
     paint = host.addMaterial("paint")
     body = host.addObject("box", "body", material=paint)
-    for channel in ("baseColor.R", "opacity", "metallic", "roughness", "emissive.B"):
-        keyed("materials", channel, [(1.0, 0.1), (2.0, 0.8), (3.0, 0.3)], thing=paint)
+    for channel, most in (("baseColor.R", 1), ("opacity", 1), ("metallic", 1), ("roughness", 1), ("emissive.B", 5)):
+        keyed("materials", channel, [(1.0, 0.1), (2.0, 0.8 * most), (3.0, 0.3)], thing=paint)
     keyed("visible", "visible", [(0.0, 1.0), (1.0, 0.0), (2.5, 1.0)], thing=body)
     doors = host.addVariantSet([host.addObject("box", name) for name in ("open", "shut", "gone")], "door")
     keyed("choice", "choice", [(0.0, 0.0), (1.0, 2.0), (2.5, 1.0)], thing=doors)

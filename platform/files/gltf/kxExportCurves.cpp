@@ -226,13 +226,18 @@ void kxExportCurves::trim()
     _pieces = std::vector<Piece>(first, last);
 }
 
-kxExportCurves::Values kxExportCurves::valueAt(const Piece& piece, double seconds) const
+kxExportCurves::Values kxExportCurves::inputsAt(const Piece& piece, double seconds) const
 {
     Values in(_inputs.size());
     for (std::size_t i = 0; i < in.size(); ++i)
         in[i] = piece.spans[i] == nullptr ? _inputs[i].constant
                                           : piece.spans[i]->value(std::clamp(seconds, piece.start, piece.end));
-    return valueOf(std::move(in));
+    return in;
+}
+
+kxExportCurves::Values kxExportCurves::valueAt(const Piece& piece, double seconds) const
+{
+    return valueOf(inputsAt(piece, seconds));
 }
 
 kxExportCurves::Values kxExportCurves::valueOf(Values in) const
@@ -322,22 +327,21 @@ kxExportCurves::Fit kxExportCurves::fitOf(const Piece& piece, double start, doub
 
 bool kxExportCurves::isGoodTurn(const Piece& piece, const Fit& fit) const
 {
-    Values before = fit.first;
-    double turn = 0;
-    for (const double part : Checks)
+    Values before = fit.first, anglesBefore = inputsAt(piece, fit.start);
+    double turn = 0, way = 0;
+    const auto goTo = [&](double part)
     {
-        Values there = valueAt(piece, fit.start + part * (fit.end - fit.start));
+        const double seconds = fit.start + part * (fit.end - fit.start);
+        Values angles = inputsAt(piece, seconds), there = valueOf(angles);
         turn += angleBetween(before, there);
-        if (turn > LongestTurn || angleBetween(slerp(fit.first, fit.last, part), there) > Degrees)
-            return false;
+        for (std::size_t i = 0; i < angles.size(); ++i)
+            way += std::abs(angles[i] - anglesBefore[i]); // full turns look like none
+        const bool isNear = angleBetween(slerp(fit.first, fit.last, part), there) <= Degrees;
         before = std::move(there);
-    }
-    // Full turns look like none where they are looked at too seldom.
-    double angles = 0;
-    for (const Span* const span : piece.spans)
-        if (span != nullptr)
-            angles += std::abs(span->value(fit.end) - span->value(fit.start));
-    return turn + angleBetween(before, fit.last) <= LongestTurn && angles < 170;
+        anglesBefore = std::move(angles);
+        return isNear && turn <= LongestTurn && way < 170;
+    };
+    return std::all_of(std::begin(Checks), std::end(Checks), goTo) && goTo(1);
 }
 
 bool kxExportCurves::isGood(const Piece& piece, const Fit& fit) const

@@ -73,6 +73,7 @@ private:
 
     void makePieces();
     void trim();
+    Values inputsAt(const Piece& piece, double seconds) const;
     Values valueAt(const Piece& piece, double seconds) const;
     Values valueOf(Values in) const;
     Values exactAt(double seconds) const;

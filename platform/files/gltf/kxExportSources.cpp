@@ -90,14 +90,13 @@ void add(Gathered&& gathered, Animation& animation)
 {
     for (Channel& channel : gathered.channels)
     {
-        const auto there = std::find_if(animation.channels.begin(), animation.channels.end(),
-                                        [&channel](const Channel& other) { return other.target == channel.target; });
         if (const std::string* const block = blockOf(channel.source))
             animation.blocks.emplace(channel.target.container->getId(), *block);
-        if (there == animation.channels.end())
+        const auto place = animation.places.emplace(channel.target, animation.channels.size());
+        if (place.second)
             animation.channels.push_back(std::move(channel));
         else
-            *there = std::move(channel);
+            animation.channels[place.first->second] = std::move(channel);
     }
 }
 
@@ -139,6 +138,13 @@ std::vector<Animation> kxExportSources::ofScene()
         animations.back().name = clip->getNodeName();
         add(gather(*clip, nullptr, true), animations.back());
         extend(*clip, animations.back());
+        traverse(clip,
+                 [&](const NodePtr& node)
+                 {
+                     const bool isTrigger = AnimSequencePtr::dcast(node->getCore()) != NullFC;
+                     animations.back().hasTriggers = animations.back().hasTriggers || isTrigger;
+                     return Action::Continue;
+                 });
     }
     animations.push_back(empty);
     Animation& timeline = animations.back();

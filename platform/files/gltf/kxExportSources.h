@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// What drives what in an animation that is exported.
@@ -29,9 +30,18 @@ struct Animation
 {
     std::string name;
     bool isTimeline = false;
+    bool hasTriggers = false;
     std::vector<Channel> channels;
-    std::map<osg::UInt32, std::string> blocks; ///< by container id, the name of a block that drives it
-    double start = 0, end = 0;                 ///< seconds: all that is played
+    std::unordered_map<kxChannelTarget, std::size_t> places; ///< of the channels
+    std::map<osg::UInt32, std::string> blocks;               ///< by container id, the name of a block that drives it
+    double start = 0, end = 0;                               ///< seconds: all that is played
+
+    /// Null where nothing drives it.
+    const Channel* find(const kxChannelTarget& target) const
+    {
+        const auto found = places.find(target);
+        return found == places.end() ? nullptr : &channels[found->second];
+    }
 };
 
 /// Each clip at the top of the clip structure, active or not, and then what the timeline plays.

@@ -30,7 +30,6 @@ void kxGltfAnimations::write(const std::vector<Animation>& animations)
 {
     for (const Animation& animation : animations)
         reserveStrength(animation);
-    const int left = _report.notes().size();
     for (const Animation& animation : animations)
         write(animation);
     if (_model.animations.empty())
@@ -39,7 +38,7 @@ void kxGltfAnimations::write(const std::vector<Animation>& animations)
         QStringLiteral("animations lie within 0.01 % of each curve's range and 0.1 degrees; %1 keys were added "
                        "for that, %2 animated values left out")
             .arg(_added)
-            .arg(_report.notes().size() - left));
+            .arg(_left));
 }
 
 /// What lights up brighter than 1 in an animation needs a strength that all of them share.
@@ -75,14 +74,13 @@ kxExportCurves kxGltfAnimations::curvesOf(const Animation& source, const kxGltfP
     {
         inputs.emplace_back();
         inputs.back().constant = double(target.value());
-        for (const kxExportSources::Channel& channel : source.channels)
-            if (channel.target == target)
-            {
-                inputs.back().source = &channel.source;
-                inputs.back().isStepped = target.field->isStepped();
-                inputs.back().spans =
-                    kxExportSpans::of(channel.source, source.start, source.end, inputs.back().isStepped, isCut);
-            }
+        const kxExportSources::Channel* const channel = source.find(target);
+        if (channel == nullptr)
+            continue;
+        inputs.back().source = &channel->source;
+        inputs.back().isStepped = target.field->isStepped();
+        inputs.back().spans =
+            kxExportSpans::of(channel->source, source.start, source.end, inputs.back().isStepped, isCut);
     }
     if (isCut)
         _report.note(QStringLiteral("'%1': repeats beyond what a file can take are left out")
@@ -94,7 +92,7 @@ kxExportCurves kxGltfAnimations::curvesOf(const Animation& source, const kxGltfP
 
 void kxGltfAnimations::write(const Animation& source)
 {
-    const std::vector<kxGltfProperty> properties = kxGltfProperties::of(source, _places, _model, _report);
+    const std::vector<kxGltfProperty> properties = kxGltfProperties::of(source, _places, _model, _report, _left);
     double earliest = 0;
     if (source.start < 0)
         for (const kxGltfProperty& property : properties)
@@ -102,6 +100,8 @@ void kxGltfAnimations::write(const Animation& source)
     if (earliest < 0)
         _report.note(QStringLiteral("the animation '%1' starts before 0 and is moved to start there")
                          .arg(QString::fromStdString(source.name)));
+    if (source.hasTriggers)
+        _report.note(QStringLiteral("'%1': its triggers are left out").arg(QString::fromStdString(source.name)));
     tinygltf::Animation out;
     out.name = source.name;
     out.extras =

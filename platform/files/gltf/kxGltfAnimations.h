@@ -28,5 +28,5 @@ private:
     const kxGltfPlaces& _places;
     kxFileReport& _report;
     std::map<std::pair<int, std::vector<float>>, int> _accessors; // by type and values: what is equal is written once
-    std::size_t _added = 0;
+    std::size_t _added = 0, _left = 0;                            // keys; animated values
 };

@@ -51,13 +51,14 @@ public:
             _driven.emplace(channel.target.container, channel.target.field->name());
     }
 
-    std::vector<kxGltfProperty> find(kxFileReport& report)
+    std::vector<kxGltfProperty> find(kxFileReport& report, std::size_t& left)
     {
         std::set<FieldContainer*> seen;
         for (const kxExportSources::Channel& channel : _animation.channels)
             if (seen.insert(channel.target.container).second)
                 addAll(FieldContainerPtr(channel.target.container));
         addVisibilities();
+        left += _driven.size();
         for (const auto& [container, field] : _driven)
             report.note(QStringLiteral("'%1': the animation of '%2' is left out")
                             .arg(nameOf(FieldContainerPtr(container)), QString::fromStdString(field)));
@@ -93,7 +94,10 @@ private:
         const auto found = places.find(id);
         if (found != places.end())
             for (const int index : found->second)
-                pointers.push_back(list + std::to_string(index) + what);
+            {
+                pointers.push_back(list);
+                pointers.back().append(std::to_string(index)).append(what);
+            }
         return pointers;
     }
 
@@ -235,9 +239,9 @@ private:
 
 std::vector<kxGltfProperty> kxGltfProperties::of(const kxExportSources::Animation& animation,
                                                  const kxGltfPlaces& places, tinygltf::Model& model,
-                                                 kxFileReport& report)
+                                                 kxFileReport& report, std::size_t& left)
 {
-    return Finder(animation, places, model).find(report);
+    return Finder(animation, places, model).find(report, left);
 }
 
 std::set<UInt32> kxGltfProperties::shownAndHidden(const std::vector<kxExportSources::Animation>& animations)

@@ -35,7 +35,7 @@ namespace kxGltfProperties
 /// What the channels of an animation become; what has no place is noted with its object. Where it asks for it, the
 /// model gets what is pointed to.
 std::vector<kxGltfProperty> of(const kxExportSources::Animation& animation, const kxGltfPlaces& places,
-                               tinygltf::Model& model, kxFileReport& report);
+                               tinygltf::Model& model, kxFileReport& report, std::size_t& left);
 /// The nodes of which an animation changes whether they are shown, by id.
 std::set<osg::UInt32> shownAndHidden(const std::vector<kxExportSources::Animation>& animations);
 /// As a pointer names it.

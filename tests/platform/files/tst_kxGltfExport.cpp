@@ -29,7 +29,7 @@ AnimCurvePtr addCurve(const NodePtr& object, const char* field, const char* alia
         attachment = AnimAttachmentBase::create();
         object->addAttachment(attachment);
     }
-    const std::string suffix(1, "XYZ"[axis]);
+    const std::string suffix(axis < 3 ? 1 : 0, "XYZ"[axis]); // 3: a channel of one number
     const AnimNodePtr node = kxAnimManager::the()->createChannelCurveNode(attachment, field, axis, suffix, alias);
     const AnimCurvePtr curve = AnimCurvePtr::dcast(node->getCore());
     for (const auto& [time, value] : keys)
@@ -190,6 +190,26 @@ private Q_SLOTS:
             QCOMPARE(clip(i)->getParent()->getNodeName(), std::string(i == 0 ? "runs" : "stands"));
             QCOMPARE(clip(i)->getNodeName(), names[i]);
         }
+    }
+
+    void whatIsLeftOutIsNamed()
+    {
+        const LightPtr light = Light::create();
+        light->setKind(Light::PointLight);
+        addCurve(addNode(kxScene::the()->root(), "bulb", light), "coneAngle", "", 3, {{0, 10}, {1, 40}},
+                 TangentType::Linear);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "scale", "", 0, {{0, 1}, {1, 2}}, TangentType::Linear);
+        const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "grows");
+        const AnimNodePtr clip =
+            kxAnimFixture::clip("show", {kxAnimFixture::clone(block, 0), kxAnimFixture::trigger("shot", 0.5f)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        kxFileReport report;
+        QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("left.glb")), report));
+        const QString notes = report.notes().join(QLatin1Char('\n'));
+        QVERIFY2(notes.contains("'bulb': the animation of 'coneAngle'") && notes.contains("'show': its triggers"),
+                 qPrintable(notes));
+        QVERIFY(report.told().join(QString()).contains(" 1 animated values left out"));
     }
 
     void theSceneStaysAsItIs()
