@@ -4,6 +4,7 @@
 #include <files/assimp/kxAssimpMeshes.h>
 #include <files/assimp/kxAssimpPivots.h>
 #include <files/assimp/kxAssimpUnits.h>
+#include <files/assimp/kxBlendFaces.h>
 #include <files/assimp/kxFirstGltf.h>
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxMemoryLimit.h>
@@ -12,6 +13,7 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -335,6 +337,22 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSce
     content.frameRate = kxAssimpUnits::frameRate(*scene);
     return Reader(*scene, path, content, report).read();
 }
+
+/// Reads a file with all steps.
+bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& report)
+{
+    QFile file(path);
+    const bool isBlend = file.open(QIODevice::ReadOnly) && kxBlendFaces::isBlend(file.peek(16));
+    if (!isBlend && QFileInfo(path).suffix().toLower() == QLatin1String("blend"))
+        report.note(QStringLiteral("the file is compressed: what is flat in it may come smooth"));
+    if (!isBlend)
+        return importer.ReadFile(path.toUtf8().constData(), Steps) != nullptr;
+    const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), aiProcess_ValidateDataStructure);
+    if (scene == nullptr)
+        return false;
+    kxBlendFaces::flatten(file.readAll(), const_cast<aiScene&>(*scene), report); // the importer's, until it is ours
+    return importer.ApplyPostProcessing(Steps & ~unsigned(aiProcess_ValidateDataStructure)) != nullptr;
+}
 } // namespace
 
 bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileReport& report)
@@ -348,7 +366,7 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         Assimp::Importer importer;
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
-        if (importer.ReadFile(path.toUtf8().constData(), Steps) == nullptr)
+        if (!readFile(importer, path, report))
         {
             const QString reason = QString::fromUtf8(importer.GetErrorString());
             return report.fail(reason.contains(QLatin1String("bad_alloc"))
