@@ -155,6 +155,17 @@ void kxAnimManager::Private::evaluate(bool all)
     engine.plan.settle();
 }
 
+void kxAnimManager::Private::evaluateAnew(bool all)
+{
+    double clipSeconds = 0;
+    const AnimNodePtr clip = engine.plan.shownClip(clipSeconds);
+    if (clip == NullFC || (playbackContextHint != 0 && curveEditorData))
+        return evaluate(all);
+    // The present frame is the clip's, which goes on being shown; what it doesn't drive is as at the timeline's.
+    engine.plan.evaluate(kxFrameTime::seconds(engine.sceneFrame, fps), all);
+    engine.programs.show(clip, clipSeconds);
+}
+
 void kxAnimManager::Private::forgetAnnounced()
 {
     announcedFrame.reset();
@@ -334,13 +345,13 @@ void kxAnimManager::reevaluateAnimations(bool force)
     if (_p->engine.plan.isLost())
         setCurrentFrame(_p->engine.sceneFrame, true, true); // from the clip's frame back to the timeline's
     else if (force || _p->engine.plan.isStale())
-        _p->evaluate(force);
+        _p->evaluateAnew(force);
 }
 
 void kxAnimManager::updateSceneAnimCurveData()
 {
     if (_p->engine.plan.isStale())
-        _p->evaluate(false);
+        _p->evaluateAnew(false);
 }
 
 void kxAnimManager::setMotionBlurObjectID(unsigned int id)

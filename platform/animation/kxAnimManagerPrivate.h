@@ -36,6 +36,8 @@ struct kxAnimManager::Private
 
     /// Writes the scene's values at the current frame: all, or those that are stale.
     void evaluate(bool all);
+    /// The same after an edit: a clip that is shown goes on being shown.
+    void evaluateAnew(bool all);
     /// `keepFrames`: all times, which are those of the rate `from`, go along. True where one did.
     bool changeRate(double from, double to, bool keepFrames);
     void announce(bool force);

@@ -268,7 +268,7 @@ void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
     _engine.plan.update(); // what the scene drives is noted before it is written over
     kxClipProgram& program = of(root);
     program.noteRestValues();
-    _engine.plan.setOverwrittenBy(root);
+    _engine.plan.setOverwrittenBy(root, seconds);
     program.evaluate(seconds);
     _engine.film.show(root, seconds, program);
 }

@@ -35,10 +35,17 @@ bool kxScenePlan::isStale() const
            !_dirty.empty();
 }
 
-void kxScenePlan::setOverwrittenBy(const AnimNodePtr& root)
+void kxScenePlan::setOverwrittenBy(const AnimNodePtr& root, double seconds)
 {
     setOverwritten();
     _shownClip = AnimClipPtr::dcast(root->getCore()) != NullFC ? root->getId() : 0;
+    _shownSeconds = seconds;
+}
+
+AnimNodePtr kxScenePlan::shownClip(double& seconds) const
+{
+    seconds = _shownSeconds;
+    return _isShown ? AnimNodePtr() : living<AnimNode>(_shownClip);
 }
 
 bool kxScenePlan::isLost() const

@@ -40,7 +40,9 @@ public:
     /// False after something else than the scene's time was shown, as a clip at its own time.
     bool isShown() const { return _isShown; }
     void setOverwritten() { _isShown = false; }
-    void setOverwrittenBy(const osg::AnimNodePtr& root);
+    void setOverwrittenBy(const osg::AnimNodePtr& root, double seconds);
+    /// The clip that is shown instead, and when; null while the scene is shown.
+    osg::AnimNodePtr shownClip(double& seconds) const;
     /// True where what is shown instead is a clip that has left the scene.
     bool isLost() const;
     /// Takes all that is stale as shown, for an evaluation that went another way.
@@ -97,5 +99,6 @@ private:
     double _tolerance = 0;
     bool _isShown = true;
     osg::UInt32 _shownClip = 0; // while the scene isn't
+    double _shownSeconds = 0;   // of its parent's time
     osg::UInt64 _madeAt = 0;    // structure count
 };

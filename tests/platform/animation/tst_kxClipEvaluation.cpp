@@ -228,6 +228,13 @@ private Q_SLOTS:
         QCOMPARE(shown(driven, clip, 60), 12.0f);
         manager()->reevaluateAnimations(false);
         QCOMPARE(driven.x(), 12.0f);
+        // After an edit it goes on being shown, and what it doesn't drive stays at the timeline's frame.
+        const Source other(0);
+        for (const bool force : {false, true})
+        {
+            manager()->reevaluateAnimations(force);
+            QVERIFY(driven.x() == 12 && idle.x() == 62 && other.x() == 9);
+        }
         const Share<AnimNode> held(clip);
         manager()->clipStructureRoot()->subChild(clip);
         manager()->reevaluateAnimations(false);
