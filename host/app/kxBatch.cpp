@@ -75,7 +75,7 @@ bool kxBatch::exportScene()
 {
     if (_line.exportFile.isEmpty())
         return true;
-    if (!_window->document().exportTo(_line.exportFile))
+    if (!_window->document().exportTo(_line.exportFile, _line.exported))
         return false;
     wrote(_line.exportFile);
     return true;

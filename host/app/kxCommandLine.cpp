@@ -2,6 +2,8 @@
 
 #include "kxMovieFile.h"
 
+#include <files/kxSceneIO.h>
+
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -36,6 +38,7 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("transparent", tr("Render without a background."), "");
     add("screenshot", tr("Picture of the window to write."), "FILE.png");
     add("export", tr("glTF file to write."), "FILE.glb");
+    add("animations", tr("With --export: all of them, those of clips, or the timeline's."), "all|clips|timeline");
     add("size", tr("Size of the pictures in pixels (1280x720)."), "WxH");
     add("diff",
         tr("Tell what the two scenes or models that are named differ in; the exit code is 0 where they are equal, 1 "
@@ -229,6 +232,11 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.transparent = parser.isSet(QStringLiteral("transparent"));
     line.screenshot = oneValue(parser, "screenshot", line);
     line.exportFile = oneValue(parser, "export", line);
+    const QString exported = oneValue(parser, "animations", line);
+    if (!exported.isEmpty() && line.exportFile.isEmpty())
+        line.errors << tr("--animations is for --export");
+    if (!exported.isEmpty() && !kxSceneIO::exportedAnimations(exported, line.exported))
+        line.errors << tr("--animations is all, clips or timeline, not '%1'").arg(exported);
 
     const QString frame = oneValue(parser, "frame", line), frames = oneValue(parser, "frames", line),
                   size = oneValue(parser, "size", line);

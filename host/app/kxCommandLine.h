@@ -1,5 +1,7 @@
 #pragma once
 
+#include <files/scene/kxExportedAnimations.h>
+
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -27,6 +29,7 @@ struct kxCommandLine
     bool transparent = false;
     QString screenshot;
     QString exportFile;
+    kxExportedAnimations exported = kxExportedAnimations::All;
     QStringList compared;      ///< the two files of --diff, the one of --text
     bool text = false;         ///< --text; without it `compared` is for --diff
     bool json = false;         ///< --diff tells as JSON

@@ -215,9 +215,9 @@ bool kxDocument::writeTo(const QString& file, kxFileReport& report)
     return true;
 }
 
-bool kxDocument::exportTo(const QString& file)
+bool kxDocument::exportTo(const QString& file, kxExportedAnimations wanted)
 {
     kxFileReport report(file);
     return run(tr("Exporting %1...").arg(QFileInfo(file).fileName()), tr("The scene can't be exported"), report,
-               [&] { return kxSceneIO::exportScene(QFileInfo(file).absoluteFilePath(), report); });
+               [&] { return kxSceneIO::exportScene(QFileInfo(file).absoluteFilePath(), report, wanted); });
 }

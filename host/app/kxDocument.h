@@ -3,6 +3,7 @@
 #include "kxRecentFiles.h"
 #include "kxUnsavedWatch.h"
 
+#include <files/scene/kxExportedAnimations.h>
 #include <python/kxScriptDocument.h>
 
 #include <QObject>
@@ -68,7 +69,7 @@ public:
     bool save();
     bool saveAs();
     bool saveTo(const QString& file);
-    bool exportTo(const QString& file);
+    bool exportTo(const QString& file, kxExportedAnimations wanted = kxExportedAnimations::All);
 
     void startOver() override;
     bool open(const QString& file, kxFileReport& report) override;

@@ -141,13 +141,16 @@ QString kxFileDialogs::askForComparison(QMainWindow* window, const QString& plac
     return QFileDialog::getOpenFileName(window, tr("Compare With File"), start, kxSceneIO::openFilter());
 }
 
-QString kxFileDialogs::askForExport(QMainWindow* window, const QString& folderOfScene, const QString& proposal)
+QString kxFileDialogs::askForExport(QMainWindow* window, const QString& folderOfScene, const QString& proposal,
+                                    kxExportedAnimations& wanted)
 {
+    QString filter;
     const QString start = folderOfScene.isEmpty() ? folder(QStringLiteral("export")) : folderOfScene;
     const QString file = QFileDialog::getSaveFileName(
         window, tr("Export glTF"),
         QDir(start).filePath(QFileInfo(proposal).completeBaseName() + QStringLiteral(".glb")),
-        kxSceneIO::exportFilter());
+        kxSceneIO::exportFilter(), &filter);
+    wanted = kxSceneIO::exportedBy(filter);
     return remembered(QStringLiteral("export"), withSuffix(file, QStringLiteral("glb")));
 }
 

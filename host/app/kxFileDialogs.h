@@ -1,5 +1,7 @@
 #pragma once
 
+#include <files/scene/kxExportedAnimations.h>
+
 #include "kxDocument.h"
 
 class QMainWindow;
@@ -15,8 +17,8 @@ void install(kxDocument& document, QMainWindow* window);
 QString askForScene(QMainWindow* window, const QString& lastFolder = QString());
 /// Starts in the folder remembered, or in `lastFolder` where there is none.
 QString askForModel(QMainWindow* window, const QString& lastFolder);
-/// Starts in `folder`, or in the one remembered where that is empty.
-QString askForExport(QMainWindow* window, const QString& folder, const QString& name);
+/// Starts in `folder`, or in the one remembered where that is empty. `wanted` is what the chosen filter stands for.
+QString askForExport(QMainWindow* window, const QString& folder, const QString& name, kxExportedAnimations& wanted);
 QString askForScript(QMainWindow* window);
 /// Starts at `place`, a folder or a file to propose, or in the folder remembered where that is empty.
 QString askForComparison(QMainWindow* window, const QString& place);

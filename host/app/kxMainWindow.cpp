@@ -479,8 +479,9 @@ void kxMainWindow::importWithDialog()
 
 void kxMainWindow::exportWithDialog()
 {
-    const QString file = kxFileDialogs::askForExport(this, _document->folder(), _document->name());
-    if (!file.isEmpty() && _document->exportTo(file))
+    kxExportedAnimations wanted = kxExportedAnimations::All;
+    const QString file = kxFileDialogs::askForExport(this, _document->folder(), _document->name(), wanted);
+    if (!file.isEmpty() && _document->exportTo(file, wanted))
         say(tr("Exported '%1'").arg(QFileInfo(file).fileName()));
 }
 

@@ -52,9 +52,13 @@ void kxHostFiles::save(const std::string& path)
     run([](const QString& file, kxFileReport& report) { return document().write(file, report); }, path);
 }
 
-void kxHostFiles::exportTo(const std::string& path)
+void kxHostFiles::exportTo(const std::string& path, const std::string& animations)
 {
-    run(kxSceneIO::exportScene, path);
+    kxExportedAnimations wanted = kxExportedAnimations::All;
+    if (!kxSceneIO::exportedAnimations(QString::fromStdString(animations), wanted))
+        kxRaise(PyExc_ValueError, "the animations are 'all', 'clips' or 'timeline', not '" + animations + "'");
+    run([wanted](const QString& file, kxFileReport& report) { return kxSceneIO::exportScene(file, report, wanted); },
+        path);
 }
 
 bp::list kxHostFiles::versions()

@@ -13,7 +13,7 @@ void newScene();
 void open(const std::string& path);
 void import(const std::string& path);
 void save(const std::string& path);
-void exportTo(const std::string& path);
+void exportTo(const std::string& path, const std::string& animations);
 
 // Versions of the open scene.
 boost::python::list versions();

@@ -192,10 +192,12 @@ void defineFiles()
             "@param path: The file to write; one that exists is replaced once the new one is complete.\n\n"
             "@type path: string\n\n"
             "@raise OSError: The file can't be written; the text says why.");
-    bp::def("exportScene", kxHostFiles::exportTo, bp::args("path"),
+    bp::def("exportScene", kxHostFiles::exportTo, (bp::arg("path"), bp::arg("animations") = std::string("all")),
             "Writes the scene with its animations for other programs.\n\n"
             "@param path: The file to write, ending in .glb or .gltf.\n\n"
             "@type path: string\n\n"
+            "@param animations: \"all\", \"clips\", or \"timeline\" for what that plays.\n\n"
+            "@type animations: string\n\n"
             "@raise OSError: The file can't be written; the text says why.");
     defineVersions();
 }

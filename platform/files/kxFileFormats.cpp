@@ -90,6 +90,9 @@ QString kxFileFormats::saveFilter()
 
 QString kxFileFormats::exportFilter()
 {
+    const QStringList both = {QLatin1String(kxFileSuffix::BinaryGltf), QLatin1String(kxFileSuffix::Gltf)};
     return entry(tr("glTF, one file"), {QLatin1String(kxFileSuffix::BinaryGltf)}) + QStringLiteral(";;") +
-           entry(tr("glTF, as text"), {QLatin1String(kxFileSuffix::Gltf)});
+           entry(tr("glTF, as text"), {QLatin1String(kxFileSuffix::Gltf)}) + QStringLiteral(";;") +
+           entry(tr("glTF, of animations the clips alone"), both) + QStringLiteral(";;") +
+           entry(tr("glTF, of animations the timeline's alone"), both);
 }

@@ -456,9 +456,31 @@ bool kxSceneIO::save(const QString& path, kxFileReport& report)
     return true;
 }
 
-bool kxSceneIO::exportScene(const QString& path, kxFileReport& report)
+bool kxSceneIO::exportScene(const QString& path, kxFileReport& report, kxExportedAnimations wanted)
 {
-    return kxGltfExport::write(path, report);
+    return kxGltfExport::write(path, report, wanted);
+}
+
+bool kxSceneIO::exportedAnimations(const QString& word, kxExportedAnimations& wanted)
+{
+    const int index =
+        QStringList{QStringLiteral("all"), QStringLiteral("clips"), QStringLiteral("timeline")}.indexOf(word);
+    if (index >= 0)
+        wanted = kxExportedAnimations(index);
+    return index >= 0;
+}
+
+kxExportedAnimations kxSceneIO::exportedBy(const QString& filter)
+{
+    switch (exportFilter().split(QStringLiteral(";;")).indexOf(filter))
+    {
+    case 2:
+        return kxExportedAnimations::Clips;
+    case 3:
+        return kxExportedAnimations::Timeline;
+    default:
+        return kxExportedAnimations::All;
+    }
 }
 
 QString kxSceneIO::sceneSuffix()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/scene/kxExportedAnimations.h>
 #include <files/scene/kxFileReport.h>
 
 class kxSceneObserver;
@@ -22,7 +23,12 @@ KX_API bool importFile(const QString& path, kxFileReport& report);
 /// What open() would put there, without touching the open scene: to look at it, or to compare it.
 KX_API bool readContent(const QString& path, kxSceneContent& content, kxFileReport& report);
 KX_API bool save(const QString& path, kxFileReport& report);
-KX_API bool exportScene(const QString& path, kxFileReport& report);
+KX_API bool exportScene(const QString& path, kxFileReport& report,
+                        kxExportedAnimations wanted = kxExportedAnimations::All);
+/// Of "all", "clips" and "timeline"; false for another word.
+KX_API bool exportedAnimations(const QString& word, kxExportedAnimations& wanted);
+/// What the filter of a file dialog, one of exportFilter(), stands for.
+KX_API kxExportedAnimations exportedBy(const QString& filter);
 
 /// As open(), of a scene of ours that was read elsewhere.
 KX_API void open(const kxSceneContent& content, kxFileReport& report);

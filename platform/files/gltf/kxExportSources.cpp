@@ -122,7 +122,7 @@ bool isInScene(const FieldContainerPtr& object)
 }
 } // namespace
 
-std::vector<Animation> kxExportSources::ofScene()
+std::vector<Animation> kxExportSources::ofScene(kxExportedAnimations wanted)
 {
     const kxAnimManager* const manager = kxAnimManager::the();
     Animation empty;
@@ -132,7 +132,7 @@ std::vector<Animation> kxExportSources::ofScene()
     for (const NodePtr& child : manager->clipStructureRoot()->getChildren())
     {
         const AnimNodePtr clip = AnimNodePtr::dcast(child);
-        if (clip == NullFC)
+        if (clip == NullFC || wanted == kxExportedAnimations::Timeline)
             continue;
         animations.push_back(empty);
         animations.back().name = clip->getNodeName();
@@ -146,6 +146,8 @@ std::vector<Animation> kxExportSources::ofScene()
                      return Action::Continue;
                  });
     }
+    if (wanted == kxExportedAnimations::Clips)
+        return animations;
     animations.push_back(empty);
     Animation& timeline = animations.back();
     timeline.name = "Scene";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <animation/kxChannelTarget.h>
+#include <files/scene/kxExportedAnimations.h>
 #include <osg/AnimNode.h>
 
 #include <map>
@@ -45,5 +46,5 @@ struct Animation
 };
 
 /// Each clip at the top of the clip structure, active or not, and then what the timeline plays.
-std::vector<Animation> ofScene();
+std::vector<Animation> ofScene(kxExportedAnimations wanted);
 } // namespace kxExportSources

@@ -50,13 +50,13 @@ public:
     explicit Writer(kxFileReport& report) : _report(report), _buffer(_model), _surfaces(_model, _buffer, report) {}
 
     /// The model of the open scene.
-    tinygltf::Model& write()
+    tinygltf::Model& write(kxExportedAnimations wanted)
     {
         _model.asset.version = "2.0";
         _model.asset.generator = "kxhost";
         // Animated values play no part in the tree, nor where an animation moves only some components of a field.
         const kxRestScope rest(containersOfScene());
-        const std::vector<kxExportSources::Animation> animations = kxExportSources::ofScene();
+        const std::vector<kxExportSources::Animation> animations = kxExportSources::ofScene(wanted);
         _blinking = kxGltfProperties::shownAndHidden(animations);
         writeTree();
         _places.materials = _surfaces.materials();
@@ -298,10 +298,10 @@ void dropMissingNodes(std::string& bytes, bool text)
 }
 } // namespace
 
-bool kxGltfExport::write(const QString& path, kxFileReport& report)
+bool kxGltfExport::write(const QString& path, kxFileReport& report, kxExportedAnimations wanted)
 {
     Writer writer(report);
-    const tinygltf::Model& model = writer.write();
+    const tinygltf::Model& model = writer.write(wanted);
     if (report.failed())
         return false;
     const bool text = QFileInfo(path).suffix().toLower() == QLatin1String(kxFileSuffix::Gltf);

@@ -48,6 +48,8 @@ private Q_SLOTS:
         kxRow("transparency of nothing", "a.kxs --transparent", "--render");
         kxRow("window as light", "a.kxs --screenshot x.exr", ".png");
         kxRow("export of no kind", "a.kxs --export x.fbx", "x.fbx");
+        kxRow("animations of no kind", "a.kxs --export x.glb --animations some", "some");
+        kxRow("animations of nothing", "a.kxs --animations clips", "--export");
         kxRow("size without height", "a.kxs --size 100", "100");
         kxRow("size too large", "a.kxs --size 99999x100", "99999x100");
         kxRow("twice", "a.kxs --frame 1 --frame 2", "--frame");

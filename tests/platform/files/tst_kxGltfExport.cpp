@@ -210,6 +210,20 @@ private Q_SLOTS:
         QVERIFY2(notes.contains("'bulb': the animation of 'coneAngle'") && notes.contains("'show': its triggers"),
                  qPrintable(notes));
         QVERIFY(report.told().join(QString()).contains(" 1 animated values left out"));
+        const auto namesOf = [this](int filter)
+        {
+            const QString path = _folder.filePath(QStringLiteral("scene.glb")),
+                          chosen = kxSceneIO::exportFilter().split(QStringLiteral(";;")).at(filter);
+            kxFileReport written(path);
+            kxSceneIO::exportScene(path, written, kxSceneIO::exportedBy(chosen));
+            QStringList names;
+            for (const tinygltf::Animation& animation : this->written().animations)
+                names << QString::fromStdString(animation.name);
+            return names.join(QLatin1Char(' '));
+        };
+        QCOMPARE(namesOf(0), QStringLiteral("show Scene"));
+        QCOMPARE(namesOf(2), QStringLiteral("show"));
+        QCOMPARE(namesOf(3), QStringLiteral("Scene"));
     }
 
     void theSceneStaysAsItIs()
