@@ -18,6 +18,9 @@ class kxFileReport;
 class kxGltfDocument
 {
 public:
+    /// What our own files say that they were made by.
+    static constexpr char Generator[] = "kxhost";
+
     bool load(const QString& path, kxFileReport& report);
     /// True where load() failed because the file is of the first version of the format.
     bool isFirstVersion() const { return _firstVersion; }

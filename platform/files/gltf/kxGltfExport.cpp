@@ -1,6 +1,7 @@
 #include <files/gltf/kxGltfExport.h>
 
 #include <files/gltf/kxGltfAnimations.h>
+#include <files/gltf/kxGltfDocument.h>
 #include <files/gltf/kxGltfSurfaces.h>
 #include <files/scene/kxFileSuffixes.h>
 #include <files/scene/kxRestScope.h>
@@ -53,7 +54,7 @@ public:
     tinygltf::Model& write(kxExportedAnimations wanted)
     {
         _model.asset.version = "2.0";
-        _model.asset.generator = "kxhost";
+        _model.asset.generator = kxGltfDocument::Generator;
         // Animated values play no part in the tree, nor where an animation moves only some components of a field.
         const kxRestScope rest(containersOfScene());
         const std::vector<kxExportSources::Animation> animations = kxExportSources::ofScene(wanted);

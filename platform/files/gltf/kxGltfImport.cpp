@@ -103,7 +103,8 @@ private:
             return _report.fail(QStringLiteral("the nodes are nested more than %1 deep").arg(DeepestTree));
         const NodePtr node = Node::create();
         _targets.nodes[std::size_t(index)] = node;
-        node->setNodeName(source.name.empty() ? "Node " + std::to_string(index) : source.name);
+        const bool isOurs = _model.asset.generator == kxGltfDocument::Generator; // what has no name there, had none
+        node->setNodeName(source.name.empty() && !isOurs ? "Node " + std::to_string(index) : source.name);
         parent->addChild(node);
         const auto visibility = source.extensions.find("KHR_node_visibility");
         if (_targets.switches.count(parent) == 0 && visibility != source.extensions.end() &&

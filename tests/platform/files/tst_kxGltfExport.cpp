@@ -321,6 +321,7 @@ private Q_SLOTS:
             for (const ImagePtr& picture : {paint->getNormalImage(), paint->getRoughnessImage(),
                                             paint->getOcclusionImage(), paint->getEmissiveImage()})
                 QCOMPARE(QImageConverter::convertToQImage(picture).pixelColor(0, 0), QColor(red += 10, 128, 200));
+            QVERIFY(nodeNamed("deep")->getParent()->getNodeName().empty());
             const GeometryPtr other = GeometryPtr::dcast(nodeNamed("deep")->getParent()->getCore());
             QCOMPARE(UberMaterialPtr::dcast(other->getMaterial())->getAlphaCutoff(), 0.25f);
             QVERIFY(std::abs(CameraPtr::dcast(nodeNamed("eye")->getCore())->getFieldOfView() - 40) < 1e-3f);
