@@ -55,6 +55,7 @@ private Q_SLOTS:
         kxHistory::the().flush();
         QCOMPARE(field("_filmOut")->value(), 144);
         field("_filmIn")->setValue(30);
+        QVERIFY(_player->range().first == 30 && _player->range().last == 144);
         field("_filmOut")->setValue(40);
         trigger("_filmPlay");
         QCOMPARE(passes(3.4 / 24), "33");
@@ -142,6 +143,7 @@ private Q_SLOTS:
         Q_EMIT list()->itemDoubleClicked(list()->topLevelItem(1), 1);
         QCOMPARE(_player->frame(), 90.0);
         const QByteArray made = bytes();
+        QVERIFY(!_panel->findChild<QToolButton*>("_deleteMarkers")->isEnabled());
         list()->topLevelItem(0)->setSelected(true);
         trigger("_deleteMarkers");
         kxScene::the()->flush();
