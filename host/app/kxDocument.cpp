@@ -1,5 +1,7 @@
 #include "kxDocument.h"
 
+#include "kxPoseWatch.h"
+
 #include <files/kxSceneIO.h>
 #include <files/scene/kxSceneContent.h>
 #include <journal/kxHistory.h>
@@ -12,6 +14,7 @@
 
 kxDocument::kxDocument(QObject* parent) : QObject(parent)
 {
+    new kxPoseWatch(this);
     connect(&_watch, &kxUnsavedWatch::unsavedChanged, this, &kxDocument::changed);
 }
 
@@ -193,7 +196,7 @@ bool kxDocument::saveTo(const QString& file)
              [&] { return writeTo(file, report); }))
         return false;
     _recent.add(_path);
-    Q_EMIT saved(_path);
+    hasSaved();
     return true;
 }
 
@@ -201,8 +204,14 @@ bool kxDocument::write(const QString& file, kxFileReport& report)
 {
     if (!writeTo(file, report))
         return false;
-    Q_EMIT saved(_path);
+    hasSaved();
     return true;
+}
+
+void kxDocument::hasSaved()
+{
+    Q_EMIT saved(_path);
+    kxPoseWatch::warnOfFile(); // last: whoever says that all is saved has said it
 }
 
 bool kxDocument::writeTo(const QString& file, kxFileReport& report)

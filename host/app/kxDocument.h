@@ -95,6 +95,7 @@ private:
     void hasOpenedUnsaved(const QString& source);
     /// Writes without telling that it was saved().
     bool writeTo(const QString& file, kxFileReport& report);
+    void hasSaved();
     void setPath(const QString& path);
 
     Dialogs _dialogs;

@@ -100,11 +100,12 @@ bool kxVersionKeeper::open(kxVersionStore& store, qint64 number, const QString& 
 void kxVersionKeeper::goTo(qint64 number)
 {
     kxFileReport report(kxVersions::the().store().file(number));
+    _window->statusBar()->clearMessage();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool isThere = kxVersions::the().goTo(number, report);
     QApplication::restoreOverrideCursor();
-    if (isThere)
-        _window->statusBar()->showMessage(tr("This is version %1; undo leads back").arg(number), 4000);
-    else
+    if (!isThere)
         kxFileDialogs::showError(_window, tr("The version can't be opened"), report);
+    else if (_window->statusBar()->currentMessage().isEmpty()) // a warning stays
+        _window->statusBar()->showMessage(tr("This is version %1; undo leads back").arg(number), 4000);
 }

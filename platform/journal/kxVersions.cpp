@@ -1,5 +1,6 @@
 #include <journal/kxVersions.h>
 
+#include <animation/kxPoses.h>
 #include <files/scene/kxSceneFile.h>
 #include <files/text/kxSceneDifference.h>
 #include <journal/kxHistory.h>
@@ -279,6 +280,7 @@ bool kxVersions::goTo(qint64 number, kxFileReport& report)
     if (!read(*_store, number, content, report))
         return false;
     keepBefore(kxVersion::Leaving, QString::number(number));
+    const QString poses = kxPoses::unsaved();
     const kxHistory::Scope scope(tr("Go to version %1 (%2)").arg(number).arg(version->title()));
     kxHistoryNotice notice;
     notice.listen();
@@ -287,6 +289,8 @@ bool kxVersions::goTo(qint64 number, kxFileReport& report)
             tr("it had to be mended when it was read: %1").arg(report.notes().join(QStringLiteral("; "))));
     content = kxSceneContent();
     notice.tell();
+    if (!poses.isEmpty())
+        kxLog::warning(tr("No version has the poses that aren't keyed: %1.").arg(poses));
     return true;
 }
 

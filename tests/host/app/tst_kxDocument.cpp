@@ -2,6 +2,8 @@
 
 #include <app/kxDocument.h>
 #include <journal/kxHistory.h>
+#include <journal/kxVersions.h>
+#include <kxTexts.h>
 #include <osg/AnimAttachments.h>
 
 using namespace kxSceneFixture;
@@ -106,6 +108,41 @@ private Q_SLOTS:
         kxSceneEdits::rename(node, "Third");
         stack()->setIndex(0);
         QVERIFY(_document->isUnsaved());
+    }
+
+    void posesAreNamed()
+    {
+        const osg::NodePtr door = addObject("Door"), other = addObject("Other");
+        animate(door);
+        const auto core = osg::TransformPtr::dcast(door->getCore());
+        const auto setX = [&](double x) { kxSceneEdits::setComponent({core}, "translation", 0, RelativeSet, x); };
+        const auto said = [](const char* words)
+        {
+            QCoreApplication::processEvents();
+            return kxLogged().filter(QLatin1String(words)).filter(QStringLiteral("'Door'")).size();
+        };
+        kxAnimManager::the()->setCurrentFrame(6, true, true);
+        said("");
+        kxSceneEdits::setComponent({core}, "translation", 1, RelativeSet, 4); // no curve moves it
+        kxSceneEdits::setComponent({other->getCore()}, "translation", 0, RelativeSet, 4);
+        QVERIFY(said("animated") == 0 && _document->saveTo(path("p.kxs")) && said("keyed") == 0);
+        setX(7);
+        QCOMPARE(said("is lost at the next frame"), 1);
+        setX(8);
+        QCOMPARE(said("animated"), 0); // once
+        kxSelection::the().selectNodes({other});
+        QCOMPARE(said("animated"), 0);
+        core->setTranslation(osg::Vec3f(9, 4, 0)); // as scripts do
+        osg::markChanged(core, osg::Transform::TranslationFieldMask);
+        QCOMPARE(said("animated"), 1);
+        QVERIFY(_document->save());
+        QCOMPARE(said("Saved without"), 1);
+        QString reason;
+        kxFileReport report{QString()};
+        const qint64 version = kxVersions::the().keep(QString(), reason);
+        QVERIFY(kxVersions::the().goTo(version, report));
+        QCOMPARE(said("No version has"), 1);
+        QVERIFY(_document->save() && said("Saved without") == 0);
     }
 
     void settingsMakeUnsaved()

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <animation/kxScenePlan.h>
+
+#include <QString>
+#include <QStringList>
+
+/// What was given to driven channels of the scene and no key holds: it lasts until time moves.
+namespace kxPoses
+{
+/// None while something else than the scene's time is shown. Of switches none: what they show is their own.
+KX_API std::vector<kxScenePlan::Pose> all();
+/// Of the object or material that `id` belongs to, in quotes.
+KX_API QString nameOf(osg::UInt32 id);
+/// The names of those whose poses no file would hold, joined; empty for none.
+KX_API QString unsaved();
+} // namespace kxPoses
