@@ -5,6 +5,7 @@
 #include <files/assimp/kxAssimpPivots.h>
 #include <files/assimp/kxAssimpUnits.h>
 #include <files/assimp/kxBlendFaces.h>
+#include <files/assimp/kxColladaNames.h>
 #include <files/assimp/kxFirstGltf.h>
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxMemoryLimit.h>
@@ -101,9 +102,11 @@ NodeCorePtr makeLight(const aiLight& source)
 class Reader
 {
 public:
-    Reader(const aiScene& scene, const QString& path, kxSceneContent& content, kxFileReport& report)
-        : _scene(scene), _content(content), _report(report), _materials(scene, QFileInfo(path).absolutePath(), report),
-          _meshes(scene, _materials, report)
+    /// `names`: what nodes are called, by what the library calls them; its own names for the others.
+    Reader(const aiScene& scene, const QString& path, const std::map<std::string, std::string>& names,
+           kxSceneContent& content, kxFileReport& report)
+        : _scene(scene), _names(names), _content(content), _report(report),
+          _materials(scene, QFileInfo(path).absolutePath(), report), _meshes(scene, _materials, report)
     {
         for (unsigned i = 0; i < scene.mNumAnimations; ++i)
             for (unsigned c = 0; c < scene.mAnimations[i]->mNumChannels; ++c)
@@ -146,7 +149,10 @@ private:
                 matrix = pivots.matrix;
             }
         const NodePtr node = Node::create();
-        node->setNodeName(meant->mName.length == 0 ? "Node" : meant->mName.C_Str());
+        const auto name = _names.find(meant->mName.C_Str());
+        node->setNodeName(name != _names.end()       ? name->second
+                          : meant->mName.length == 0 ? "Node"
+                                                     : meant->mName.C_Str());
         parent->addChild(node);
         _nodes.emplace(meant->mName.C_Str(), node);
         addSurfaces(*meant, node);
@@ -313,6 +319,7 @@ private:
     }
 
     const aiScene& _scene;
+    const std::map<std::string, std::string>& _names;
     kxSceneContent& _content;
     kxFileReport& _report;
     kxAssimpMaterials _materials;
@@ -322,8 +329,8 @@ private:
 };
 
 /// Lengths become metres, those of all other formats that the application reads.
-bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSceneContent& content,
-               kxFileReport& report)
+bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path,
+               const std::map<std::string, std::string>& names, kxSceneContent& content, kxFileReport& report)
 {
     if (kxAssimpUnits::format(*scene) == "glTF Importer")
         kxFirstGltf::mend(path, *scene, report);
@@ -335,7 +342,7 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, kxSce
         report.tell(QStringLiteral("a unit of the file is %1 m: all lengths were multiplied by that").arg(metres));
     }
     content.frameRate = kxAssimpUnits::frameRate(*scene);
-    return Reader(*scene, path, content, report).read();
+    return Reader(*scene, path, names, content, report).read();
 }
 
 /// Reads a file with all steps.
@@ -365,7 +372,8 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
         const kxMemoryLimit limit(SmallestGrowth + GrowthAByte * quint64(QFileInfo(path).size()));
         Assimp::Importer importer;
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true); // names, not the file's ids
+        const std::map<std::string, std::string> names = kxColladaNames::byId(path);
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, names.empty());
         if (!readFile(importer, path, report))
         {
             const QString reason = QString::fromUtf8(importer.GetErrorString());
@@ -373,7 +381,7 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
                                    ? QStringLiteral("the file claims more than it can hold")
                                    : reason);
         }
-        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, content, report);
+        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, names, content, report);
     }
     catch (const std::exception& e)
     {

@@ -523,6 +523,45 @@ Connections: {
         }
     }
 
+    /// Nodes of one name are different ones, each with its own animation and camera.
+    void nodesOfOneNameAreTold()
+    {
+        QByteArray animations, nodes;
+        for (const char* const height : {"6", "9"})
+        {
+            QByteArray animation = R"(<animation><source id="in@"><float_array id="times@" count="2">0 1</float_array>
+<technique_common><accessor source="#times@" count="2"><param name="TIME" type="float"/></accessor></technique_common></source>
+<source id="out@"><float_array id="of@" count="6">1 2 3 5 @ 7</float_array><technique_common>
+<accessor source="#of@" count="2" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>
+<param name="Z" type="float"/></accessor></technique_common></source><sampler id="s@">
+<input semantic="INPUT" source="#in@"/><input semantic="OUTPUT" source="#out@"/></sampler>
+<channel source="#s@" target="node@/place"/></animation>)";
+            QByteArray node = R"(<node id="node@" name="wheel"><translate sid="place">1 2 3</translate>
+<instance_camera url="#c"/></node>)";
+            animations += animation.replace('@', height);
+            nodes += node.replace('@', height);
+        }
+        const QString path = _folder.filePath(QStringLiteral("names.dae"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, R"(<?xml version="1.0"?><COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c"><optics><technique_common><perspective><yfov>30</yfov></perspective></technique_common>
+</optics></camera></library_cameras><library_animations>)" +
+                                    animations + R"(</library_animations><library_visual_scenes>
+<visual_scene id="s">)" + nodes + R"(</visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)"));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->fps(), true, false);
+        std::vector<float> heights;
+        traverse(kxScene::the()->root(),
+                 [&heights](const NodePtr& node)
+                 {
+                     if (node->getNodeName() == "wheel" && CameraPtr::dcast(node->getCore()) != NullFC)
+                         heights.push_back(kxSceneMath::worldMatrix(node)(1, 3));
+                     return Action::Continue;
+                 });
+        QCOMPARE(heights, std::vector<float>({6, 9}));
+    }
+
     void pointsAndLinesAreNamed()
     {
         for (const bool surface : {true, false})
