@@ -1,0 +1,239 @@
+#include "kxFilesFixture.h"
+
+#include <kxUndo.h>
+#include <scene/CameraLight.h>
+
+#include <QUndoStack>
+#include <QtTest>
+
+using namespace osg;
+
+/// What the library that reads most formats leaves to whoever calls it.
+class tst_kxAssimpImport : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { kxSceneIO::newScene(); }
+
+    /// The library leaves the steps of a node above it, and makes one animation of all of them. Lengths come in metres,
+    /// frames at the file's rate.
+    void helpersOfFbxMerge()
+    {
+        const QByteArray text = R"(; FBX 7.4.0 project file
+FBXHeaderExtension: { FBXVersion: 7400
+}
+GlobalSettings: {
+    Properties70: {
+        P: "UnitScaleFactor", "double", "Number", "",20
+        P: "TimeMode", "enum", "", "",10
+    }
+}
+Objects: {
+    Model: 1, "Model::wheel", "Null" {
+        Properties70: {
+            P: "RotationActive", "bool", "", "",1
+            P: "PreRotation", "Vector3D", "Vector", "",0,0,90
+            P: "PostRotation", "Vector3D", "Vector", "",0,40,0
+            P: "Lcl Translation", "Lcl Translation", "", "A",1,2,3
+            P: "Lcl Rotation", "Lcl Rotation", "", "A",20,0,0
+        }
+    }
+    AnimationStack: 10, "AnimStack::roll", "" {
+    }
+    AnimationLayer: 11, "AnimLayer::layer", "" {
+    }
+    AnimationCurveNode: 12, "AnimCurveNode::R", "" {
+    }
+    AnimationCurve: 13, "AnimCurve::", "" {
+        KeyTime: *2 { a: 0,46186158000
+        }
+        KeyValueFloat: *2 { a: 20,50
+        }
+    }
+}
+Connections: {
+    C: "OO",1,0
+    C: "OO",11,10
+    C: "OO",12,11
+    C: "OP",12,1, "Lcl Rotation"
+    C: "OP",13,12, "d|X"
+}
+)";
+        const QString path = _folder.filePath(QStringLiteral("roll.fbx"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, text));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        QVERIFY(nodeNamed("wheel_$AssimpFbx$_PreRotation") == NullFC);
+        const NodePtr wheel = nodeNamed("wheel");
+        const auto turned = [](double degrees)
+        {
+            QMatrix4x4 matrix;
+            matrix.translate(0.2f, 0.4f, 0.6f);
+            matrix.rotate(90, 0, 0, 1);
+            matrix.rotate(float(degrees), 1, 0, 0);
+            matrix.rotate(-40, 0, 1, 0); // what comes last is taken back
+            return matrix;
+        };
+        QCOMPARE(kxAnimManager::the()->fps(), 25.0);
+        QVERIFY2(report.told().join(' ').contains("0.2 m"), qPrintable(report.told().join(' ')));
+        for (const double seconds : {0.0, 0.5, 1.0})
+        {
+            kxAnimManager::the()->setCurrentFrame(seconds * kxAnimManager::the()->fps(), true, false);
+            for (const QVector3D& point : {QVector3D(1, 0, 0), QVector3D(0, 1, 0)})
+            {
+                const QVector3D off = kxSceneMath::worldMatrix(wheel).map(point) - turned(20 + 30 * seconds).map(point);
+                QVERIFY2(off.length() < 0.002f, qPrintable(QString::number(seconds)));
+            }
+        }
+        // What is there keeps its rate, nothing takes the file's, until that is undone.
+        for (const bool empty : {false, true})
+        {
+            if (empty)
+                kxSceneIO::newScene();
+            kxAnimManager::the()->setFPS(50);
+            kxFileReport imported(path);
+            QVERIFY(kxSceneIO::importFile(path, imported));
+            QCOMPARE(kxAnimManager::the()->fps(), empty ? 25.0 : 50.0);
+            QVERIFY(imported.told().join(' ').contains(empty ? "takes its frame rate, 25" : "stays 50"));
+            QCOMPARE(curvesOf(blocksOf(nodeNamed("wheel")).front()).at("rotation.X")->getControlPoints().back().x(),
+                     1.0f);
+            kxUndoStack::get(0).stack()->undo();
+            QCOMPARE(kxAnimManager::the()->fps(), 50.0);
+        }
+    }
+
+    /// A camera that looks nearly down, and a file that doesn't say which way is up for it.
+    void camerasWithoutAnUp()
+    {
+        const QString path = _folder.filePath(QStringLiteral("eye.nff"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, "v\nfrom 0 0 0\nat 0.1 -1 0.2\nup 0 0 0\nangle 45\nf 1 0 0\nhex 0 0 0 5\n"));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        const QMatrix4x4 place = kxSceneMath::worldMatrix(nodeNamed("Camera"));
+        QVERIFY(std::abs(place(0, 0)) < 1e-5f && std::abs(place(1, 0) - 0.196116f) < 1e-5f); // its right lies level
+        QVERIFY((place.mapVector(QVector3D(0, 0, -1)) - QVector3D(0.1f, -1, 0.2f).normalized()).length() < 1e-5f);
+    }
+
+    /// One scene in two formats, one of which says where the camera looks by a target and a roll; a third has it the
+    /// other way round in the library; the fourth looks at a point with an up that isn't square to it.
+    void camerasLookWhereTheFileSays()
+    {
+        const auto camera = []
+        {
+            NodePtr found;
+            traverse(kxScene::the()->root(),
+                     [&found](const NodePtr& node)
+                     {
+                         if (CameraPtr::dcast(node->getCore()) != NullFC)
+                             found = node;
+                         return Action::Continue;
+                     });
+            return found;
+        };
+        const QVector3D forward(0, 0, -1);
+        const QString collada = _folder.filePath(QStringLiteral("look.dae"));
+        QVERIFY(writeFile(collada, R"(<?xml version="1.0"?>
+<COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c"><optics><technique_common><perspective><yfov>30</yfov><znear>1</znear><zfar>99</zfar>
+</perspective></technique_common></optics></camera></library_cameras>
+<library_visual_scenes><visual_scene id="s"><node id="eye"><lookat>5 9 2  1 1 1  0 1 0</lookat>
+<instance_camera url="#c"/></node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)"));
+        kxFileReport report(collada);
+        QVERIFY2(kxSceneIO::open(collada, report), qPrintable(report.error()));
+        QMatrix4x4 place = kxSceneMath::worldMatrix(camera());
+        QVERIFY((place.mapVector(forward) - QVector3D(-4, -8, -1).normalized()).length() < 1e-4f);
+        QVERIFY(std::abs(place(1, 0)) < 1e-5f && (place.map(QVector3D()) - QVector3D(5, 9, 2)).length() < 1e-4f);
+        if (modelsFolder().isEmpty())
+            QSKIP("the model collection isn't installed");
+        kxFileReport other(modelsFolder() + QStringLiteral("/LWS/move_x.lws"));
+        QVERIFY(kxSceneIO::open(other.file(), other));
+        QVERIFY((kxSceneMath::worldMatrix(camera()).mapVector(forward) - forward).length() < 1e-5f); // to the cube
+        // At the frames that have keys in both.
+        for (const auto& [name, step] : {std::pair("CameraRollAnim", 120), std::pair("TargetCameraAnim", 30)})
+        {
+            std::vector<QMatrix4x4> places[2];
+            for (const bool second : {false, true})
+            {
+                kxAnimManager::the()->setFPS(30);
+                kxFileReport file(
+                    modelsFolder() +
+                    QStringLiteral("/%1/%2.%3").arg(second ? "3DS" : "ASE", name, second ? "3ds" : "ase"));
+                QVERIFY(kxSceneIO::open(file.file(), file));
+                QVERIFY(std::abs(CameraPtr::dcast(camera()->getCore())->getFieldOfView() - 34.5f) < 0.1f); // 45 wide
+                for (int frame = 0; frame <= step * 3 && frame <= 120; frame += step)
+                {
+                    kxAnimManager::the()->setCurrentFrame(frame, true, false);
+                    places[second].push_back(kxSceneMath::worldMatrix(camera()));
+                }
+            }
+            for (std::size_t i = 0; i < places[0].size(); ++i)
+                for (const QVector3D& axis : {forward, QVector3D(1, 0, 0)})
+                {
+                    const QVector3D off = places[1][i].mapVector(axis) - places[0][i].mapVector(axis);
+                    QVERIFY2(off.length() < 0.01f, qPrintable(QStringLiteral("%1 %2").arg(name).arg(i)));
+                    const QVector3D away = places[1][i].map(QVector3D()) - places[0][i].map(QVector3D());
+                    QVERIFY(away.length() < 1); // of 85; the samples of one leave some out
+                }
+        }
+    }
+
+    /// Nodes of one name are different ones, each with its own animation and camera.
+    void nodesOfOneNameAreTold()
+    {
+        QByteArray animations, nodes;
+        for (const char* const height : {"6", "9"})
+        {
+            QByteArray animation = R"(<animation><source id="in@"><float_array id="times@" count="2">0 1</float_array>
+<technique_common><accessor source="#times@" count="2"><param name="TIME" type="float"/></accessor></technique_common></source>
+<source id="out@"><float_array id="of@" count="6">1 2 3 5 @ 7</float_array><technique_common>
+<accessor source="#of@" count="2" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>
+<param name="Z" type="float"/></accessor></technique_common></source><sampler id="s@">
+<input semantic="INPUT" source="#in@"/><input semantic="OUTPUT" source="#out@"/></sampler>
+<channel source="#s@" target="node@/place"/></animation>)";
+            QByteArray node = R"(<node id="node@" name="wheel"><translate sid="place">1 2 3</translate>
+<instance_camera url="#c"/></node>)";
+            animations += animation.replace('@', height);
+            nodes += node.replace('@', height);
+        }
+        const QString path = _folder.filePath(QStringLiteral("names.dae"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, R"(<?xml version="1.0"?><COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c"><optics><technique_common><perspective><yfov>30</yfov></perspective></technique_common>
+</optics></camera></library_cameras><library_animations>)" +
+                                    animations + R"(</library_animations><library_visual_scenes>
+<visual_scene id="s">)" + nodes + R"(</visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#s"/></scene></COLLADA>)"));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        kxAnimManager::the()->setCurrentFrame(kxAnimManager::the()->fps(), true, false);
+        std::vector<float> heights;
+        traverse(kxScene::the()->root(),
+                 [&heights](const NodePtr& node)
+                 {
+                     if (node->getNodeName() == "wheel" && CameraPtr::dcast(node->getCore()) != NullFC)
+                         heights.push_back(kxSceneMath::worldMatrix(node)(1, 3));
+                     return Action::Continue;
+                 });
+        QCOMPARE(heights, std::vector<float>({6, 9}));
+    }
+
+    void pointsAndLinesAreNamed()
+    {
+        for (const bool surface : {true, false})
+        {
+            const QString path = _folder.filePath(QStringLiteral("lines.obj"));
+            kxFileReport report(path);
+            QVERIFY(
+                writeFile(path, QByteArray("v 1 2 3\nv 4 5 7\nv 0 1 9\nl 1 2\np 3\n") + (surface ? "f 1 2 3\n" : "")));
+            QCOMPARE(kxSceneIO::open(path, report), surface);
+            QVERIFY2((report.notes().join(' ') + report.error()).contains("points and lines"),
+                     qPrintable(report.error()));
+        }
+    }
+
+private:
+    QTemporaryDir _folder;
+};
+
+QTEST_MAIN(tst_kxAssimpImport)
+#include "tst_kxAssimpImport.moc"
