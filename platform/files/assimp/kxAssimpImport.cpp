@@ -14,7 +14,6 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -348,16 +347,13 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path,
 /// Reads a file with all steps.
 bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& report)
 {
-    QFile file(path);
-    const bool isBlend = file.open(QIODevice::ReadOnly) && kxBlendFaces::isBlend(file.peek(16));
-    if (!isBlend && QFileInfo(path).suffix().toLower() == QLatin1String("blend"))
-        report.note(QStringLiteral("the file is compressed: what is flat in it may come smooth"));
-    if (!isBlend)
+    const QByteArray blend = kxBlendFaces::bytesOf(path);
+    if (blend.isEmpty())
         return importer.ReadFile(path.toUtf8().constData(), Steps) != nullptr;
     const aiScene* const scene = importer.ReadFile(path.toUtf8().constData(), aiProcess_ValidateDataStructure);
     if (scene == nullptr)
         return false;
-    kxBlendFaces::flatten(file.readAll(), const_cast<aiScene&>(*scene), report); // the importer's, until it is ours
+    kxBlendFaces::flatten(blend, const_cast<aiScene&>(*scene), report); // the importer's, until it is ours
     return importer.ApplyPostProcessing(Steps & ~unsigned(aiProcess_ValidateDataStructure)) != nullptr;
 }
 } // namespace

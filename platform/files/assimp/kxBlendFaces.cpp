@@ -2,10 +2,13 @@
 
 #include <files/scene/kxFileReport.h>
 
+#include <QFile>
+
 #include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
+#include <zlib.h>
 
 namespace
 {
@@ -224,9 +227,22 @@ void flatten(aiMesh& mesh, const aiFace& face)
 }
 } // namespace
 
-bool kxBlendFaces::isBlend(const QByteArray& bytes)
+QByteArray kxBlendFaces::bytesOf(const QString& path)
 {
-    return bytes.startsWith("BLENDER");
+    constexpr int Most = 1 << 30, Chunk = 1 << 20;
+    // Of a file that isn't packed this gives the bytes as they are.
+    const gzFile file = gzopen(QFile::encodeName(path).constData(), "rb");
+    if (file == nullptr)
+        return QByteArray();
+    QByteArray bytes(16, '\0');
+    int size = gzread(file, bytes.data(), unsigned(bytes.size()));
+    for (int read = size; read > 0 && bytes.startsWith("BLENDER") && size < Most; size += std::max(read, 0))
+    {
+        bytes.resize(size + Chunk);
+        read = gzread(file, bytes.data() + size, Chunk);
+    }
+    gzclose(file);
+    return bytes.startsWith("BLENDER") ? bytes.left(size) : QByteArray();
 }
 
 void kxBlendFaces::flatten(const QByteArray& bytes, aiScene& scene, kxFileReport& report)
