@@ -140,7 +140,10 @@ void kxApplication::startTools()
 
 void kxApplication::offerLeftovers()
 {
-    std::vector<kxLeftover> leftovers = kxLeftover::find(kxSession::folder());
+    QStringList waiting;
+    std::vector<kxLeftover> leftovers = kxLeftover::find(kxSession::folder(), &waiting);
+    for (const QString& text : waiting)
+        kxLog::warning(text);
     if (leftovers.empty())
         return;
     const auto open = [this](kxLeftover& leftover)
@@ -148,8 +151,12 @@ void kxApplication::offerLeftovers()
         kxRecovery recovery(leftover.journal());
         if (!_window->document().openRecovered(recovery, leftover.path()))
             return false;
-        kxLog::info(QCoreApplication::translate("kxApplication", "Recovered: %1").arg(leftover.description()));
-        _session->takeOver(leftover);
+        const QString description = leftover.description();
+        const QString text = _session->takeOver(leftover)
+                                 ? QCoreApplication::translate("kxApplication", "Recovered: %1")
+                                 : QCoreApplication::translate("kxApplication", "Recovered: %1. It is offered again "
+                                                                                "until it is saved.");
+        kxLog::info(text.arg(description));
         return true;
     };
     kxRecoveryDialog(std::move(leftovers), open, _window.get()).exec();

@@ -5,12 +5,49 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QSysInfo>
+
+#include <algorithm>
 
 namespace
 {
 constexpr std::size_t Most = 20;
 constexpr int OldestDays = 30;
-constexpr int StartTime = 60; ///< seconds in which a run has made its journal
+constexpr int StartTime = 60;           ///< seconds in which a run has made its journal
+constexpr int OtherMachine = 24 * 3600; ///< seconds after which a run of which only another machine knows is over
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("kxLeftover", text);
+}
+
+/// The machine that the lock at `path` names; empty for this one.
+QString otherMachine(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    const QList<QByteArray> lines = file.readAll().split('\n'); // process, application, machine, its id, ...
+    const bool isOther = lines.value(3).isEmpty() ? lines.value(2) != QSysInfo::machineHostName().toLocal8Bit()
+                                                  : lines.value(3) != QSysInfo::machineUniqueId();
+    return isOther && lines.size() > 2 ? QString::fromLocal8Bit(lines[2]) : QString();
+}
+
+/// For `outOfReach` whose locks can't be written, and for runs that may go on on `machines`.
+QStringList textsOf(int outOfReach, const QStringList& machines)
+{
+    QStringList texts;
+    if (outOfReach == 1)
+        texts << tr("1 scene waits to be recovered; there's no room on the disk, or it can't be written.");
+    else if (outOfReach > 1)
+        texts << tr("%1 scenes wait to be recovered; there's no room on the disk, or it can't be written.")
+                     .arg(outOfReach);
+    if (!machines.isEmpty())
+        texts << tr("The application seems to run on '%1' too. If it doesn't, changes from there are offered a day "
+                    "after the last one.")
+                     .arg(machines.join(QStringLiteral("', '")));
+    return texts;
+}
 } // namespace
 
 kxLeftover::kxLeftover(const QString& folder)
@@ -43,23 +80,45 @@ bool kxLeftover::isWanted()
     return true;
 }
 
-std::vector<kxLeftover> kxLeftover::find(const QString& folder)
+bool kxLeftover::hold()
+{
+    if (_lock->tryLock(0))
+        return true;
+    // The log is what a run writes.
+    const QDateTime touched =
+        std::max(QFileInfo(journal()).lastModified(), QFileInfo(journal() + QStringLiteral("-wal")).lastModified());
+    // It isn't removed where its file is held, as it is by whoever lives on this machine.
+    return _lock->error() == QLockFile::LockFailedError &&
+           touched.secsTo(QDateTime::currentDateTime()) > OtherMachine && _lock->removeStaleLockFile() &&
+           _lock->tryLock(0);
+}
+
+std::vector<kxLeftover> kxLeftover::find(const QString& folder, QStringList* waiting)
 {
     std::vector<kxLeftover> found;
+    QStringList machines;
+    int outOfReach = 0;
     for (const QFileInfo& entry :
          QDir(folder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::Reversed))
     {
         kxLeftover leftover(entry.absoluteFilePath());
-        if (!leftover._lock->tryLock(0))
-            continue; // of a run that goes on, or out of reach
-        if (found.size() < Most && leftover.isWanted())
+        const bool isHeld = leftover.hold();
+        if (leftover._lock->error() == QLockFile::LockFailedError) // of a run that goes on
+            machines << otherMachine(leftover._folder + QLatin1Char('/') + QLatin1String(LockName));
+        else if (found.size() < Most && leftover.isWanted())
         {
-            if (QFileInfo::exists(leftover.journal()))
+            const bool isScene = QFileInfo::exists(leftover.journal());
+            outOfReach += isScene && !isHeld ? 1 : 0;
+            if (isScene && isHeld)
                 found.push_back(std::move(leftover));
         }
-        else
+        else if (isHeld)
             leftover.remove();
     }
+    machines.removeAll(QString());
+    machines.removeDuplicates();
+    if (waiting != nullptr)
+        *waiting = textsOf(outOfReach, machines);
     return found;
 }
 

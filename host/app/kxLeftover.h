@@ -2,7 +2,7 @@
 
 #include <QDateTime>
 #include <QLockFile>
-#include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -14,8 +14,9 @@ class kxLeftover
 {
 public:
     /// Those in `folder` that no living run holds, the newest first. What has no changes, is older than a month or
-    /// beyond the newest twenty goes.
-    static std::vector<kxLeftover> find(const QString& folder);
+    /// beyond the newest twenty goes. `waiting` is given a text for the user about those that nobody may hold and that
+    /// can't be offered yet.
+    static std::vector<kxLeftover> find(const QString& folder, QStringList* waiting = nullptr);
 
     QString journal() const;
     /// Of the scene's file or of the model it came from; empty for none.
@@ -34,6 +35,8 @@ private:
     /// All but the lock.
     void clear() const;
     bool isWanted();
+    /// Takes the lock, also that of a machine that is gone.
+    bool hold();
 
     QString _folder;
     std::unique_ptr<QLockFile> _lock;

@@ -25,6 +25,7 @@ kxSession::kxSession(bool isKept)
         _own.reset(new kxLeftover(folder() + QLatin1Char('/') + name));
         if (!QDir().mkpath(_own->_folder) || !_own->_lock->tryLock(0))
         {
+            QDir().rmdir(_own->_folder);
             kxLog::warning(tr("Changes can't be recovered after a crash: '%1' can't be written.").arg(folder()));
             _own.reset();
         }
@@ -35,6 +36,8 @@ kxSession::kxSession(bool isKept)
 void kxSession::start()
 {
     kxJournal::the().start(_own == nullptr ? QString() : _own->journal());
+    if (_own != nullptr && kxJournal::the().hasFailed())
+        _own->clear(); // what it could write is no scene
 }
 
 void kxSession::startAnew(bool isOtherScene)
@@ -59,8 +62,19 @@ void kxSession::follow(const kxDocument& document)
     _document = &document;
     connect(&kxHistory::the(), &kxHistory::rested, this, &kxSession::describe);
     connect(&document, &kxDocument::changed, this, &kxSession::describe);
-    connect(&document, &kxDocument::opened, this, [this] { startAnew(true); });
-    connect(&document, &kxDocument::saved, this, [this] { startAnew(false); });
+    connect(&document, &kxDocument::opened, this,
+            [this]
+            {
+                _taken.reset();
+                startAnew(true);
+            });
+    connect(&document, &kxDocument::saved, this,
+            [this]
+            {
+                if (_taken != nullptr)
+                    std::exchange(_taken, nullptr)->remove();
+                startAnew(false);
+            });
     describe();
 }
 
@@ -83,10 +97,15 @@ void kxSession::describe()
     kxJournal::the().describe(description);
 }
 
-void kxSession::takeOver(kxLeftover& leftover)
+bool kxSession::takeOver(kxLeftover& leftover)
 {
     _takenText = leftover._text;
     _takenTime = leftover._time;
     describe(); // before the other one is gone
-    leftover.remove();
+    const bool isKept = _own != nullptr && !kxJournal::the().hasFailed();
+    if (isKept)
+        leftover.remove();
+    else
+        _taken = std::make_unique<kxLeftover>(std::move(leftover));
+    return isKept;
 }

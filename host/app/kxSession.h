@@ -22,8 +22,9 @@ public:
 
     /// The journal says from now on of which scene it is, and what was changed last.
     void follow(const kxDocument& document);
-    /// What `leftover` held is the open scene: it is gone, and this run keeps it.
-    void takeOver(kxLeftover& leftover);
+    /// What `leftover` held is the open scene. It is gone where this run's journal has it. Else this gives false, and
+    /// it is held until the scene is saved; where that never happens, it is offered again.
+    bool takeOver(kxLeftover& leftover);
 
 private:
     void start();
@@ -33,6 +34,7 @@ private:
 
     const kxDocument* _document = nullptr; // not owned
     std::unique_ptr<kxLeftover> _own;      // null without a folder
+    std::unique_ptr<kxLeftover> _taken;    // what the open scene came from, where nothing else has it
     QString _takenText;                    // what was changed last before the scene was recovered
     QDateTime _takenTime;
 };

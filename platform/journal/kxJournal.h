@@ -158,4 +158,5 @@ private:
     qint64 _sceneSize = 0; ///< in bytes, as of the last look
     bool _isPending = false;
     bool _hasFailed = false;
+    bool _isFailureSaid = false; ///< and no database was written since
 };

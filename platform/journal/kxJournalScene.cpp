@@ -26,7 +26,8 @@ QByteArray recordOf(UInt32 id)
 
 void kxJournal::start(const QString& file)
 {
-    stop();
+    end();
+    _hasFailed = false;
     begin(file);
 }
 
@@ -50,7 +51,7 @@ void kxJournal::begin(const QString& file)
 void kxJournal::stop()
 {
     end();
-    _hasFailed = false;
+    _hasFailed = _isFailureSaid = false;
 }
 
 void kxJournal::end()
@@ -85,9 +86,12 @@ void kxJournal::fail(bool isChanged)
     isChanged = isChanged || _isPending;
     QString text =
         isStore ? QStringLiteral("Changes can't be recovered after a crash any more: %1.").arg(why) : why + '.';
-    if (isChanged || !_entries.empty())
+    const bool isLoss = isChanged || !_entries.empty();
+    if (isLoss)
         text += QStringLiteral(" Of what was done so far only undo steps can be taken back.");
-    kxLog::warning(text);
+    if (isLoss || !isStore || !_isFailureSaid)
+        kxLog::warning(text);
+    _isFailureSaid = _isFailureSaid || isStore;
     _lastLost = _lastNumber;
     Q_EMIT failed(why, isChanged);
     if (!isStore)
@@ -163,7 +167,8 @@ void kxJournal::takeScene(const kxSceneOrigin& origin, bool isSaved)
     _store->commit();
     _store->shrink(); // what was another scene's
     if (!_store->failure().isEmpty())
-        fail(false);
+        return fail(false);
+    _isFailureSaid = _isFailureSaid && _hasFailed; // which is in memory
 }
 
 void kxJournal::sceneReplaced(const kxSceneOrigin& origin)

@@ -76,6 +76,7 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
         sqlite3_db_config(_database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); // it may be wanted once more
         sqlite3_db_config(_database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         execute("PRAGMA cell_size_check=ON");
+        hold();
         return;
     }
     execute(
@@ -92,6 +93,14 @@ kxJournalStore::kxJournalStore(const QString& file, Mode mode) : _file(file)
     execute("PRAGMA synchronous=NORMAL"); // what was committed outlives the process, though not a power cut
     _stamp = stamp();
     hearOfLog();
+}
+
+/// Alone with it, SQLite needs no file beside it to find its way in the log: there may be no room for one.
+void kxJournalStore::hold()
+{
+    constexpr char Held[] = "PRAGMA locking_mode=EXCLUSIVE; SELECT count(*) FROM sqlite_master";
+    if (sqlite3_exec(_database, Held, nullptr, nullptr, nullptr) != SQLITE_OK)
+        execute("PRAGMA locking_mode=NORMAL"); // it is open elsewhere, or can't be written
 }
 
 /// In place of a checkpoint within some commit.

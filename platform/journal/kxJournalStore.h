@@ -90,6 +90,7 @@ private:
     quint64 sumOfLatest(std::uint32_t id);
     void execute(const char* sql);
     void fail();
+    void hold();
     void hearOfLog();
     void moveLog();
 

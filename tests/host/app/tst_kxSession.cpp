@@ -17,6 +17,23 @@
 
 using namespace kxSceneFixture;
 
+/// No file grows beyond this many bytes: a disk that is full.
+class Tight
+{
+public:
+    explicit Tight(qint64 bytes)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &_before);
+        const rlimit tight = {rlim_t(bytes), _before.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &tight);
+    }
+    ~Tight() { ::setrlimit(RLIMIT_FSIZE, &_before); }
+
+private:
+    rlimit _before = {};
+};
+
 /// What a run that died leaves to the next one. A run dies here by a copy of its folder, without the lock.
 class tst_kxSession : public QObject
 {
@@ -173,13 +190,10 @@ private Q_SLOTS:
         turn();
         QVERIFY(_document->saveTo(_folder->filePath("step.kxs")) && !_document->isUnsaved());
         const QString journal = _folder->filePath("sessions/" + sessions().front() + "/journal.db");
-        rlimit before = {};
-        ::getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit tight = {rlim_t(QFileInfo(journal + "-wal").size()), before.rlim_max};
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::setrlimit(RLIMIT_FSIZE, &tight);
-        write("Lost");
-        ::setrlimit(RLIMIT_FSIZE, &before);
+        {
+            const Tight tight(QFileInfo(journal + "-wal").size());
+            write("Lost");
+        }
         QVERIFY(kxJournal::the().hasFailed() && _document->isUnsaved() && QFile::exists(journal));
         turn();
         write("Kept");
@@ -190,6 +204,71 @@ private Q_SLOTS:
         QVERIFY(!_document->isUnsaved() && history.undo() && name() == "Lost" && _document->isUnsaved());
         _document->newScene();
         QVERIFY(!kxJournal::the().hasFailed() && QFile::exists(journal));
+    }
+
+    /// What a run left stays until it is safe elsewhere: in this run's journal, or in a file. It is said once.
+    void aFullDiskTakesNothingOfWhatWasLeft()
+    {
+        die(); // without changes
+        kxSceneEdits::rename(objects().front(), "Stator");
+        turn();
+        const QByteArray state = bytes();
+        die();
+        kxHistory::the().undo();
+        turn();
+        QStringList waiting;
+        {
+            const Tight tight(0);
+            QVERIFY(kxLeftover::find(kxSession::folder(), &waiting).empty());
+        }
+        QVERIFY(waiting.size() == 1 && waiting.front().startsWith("1 scene waits"));
+        const auto warnings = []
+        {
+            const auto& entries = kxLogModel::the().entries();
+            return std::count_if(entries.begin(), entries.end(),
+                                 [](const auto& entry) { return entry.text.contains("can't be recovered"); });
+        };
+        const auto before = warnings();
+        for (const bool isSaved : {false, true})
+        {
+            {
+                const Tight tight(20000); // room for locks only
+                std::vector<kxLeftover> found = kxLeftover::find(kxSession::folder(), &waiting);
+                QVERIFY(found.size() == 1 && found[0].isReadable() && waiting.isEmpty() && open(found[0]));
+            }
+            QVERIFY(bytes() == state && _document->isUnsaved() && texts().isEmpty()); // held
+            QCOMPARE(warnings(), before + 1 + int(isSaved));
+            if (isSaved)
+                QVERIFY(_document->saveTo(_folder->filePath("safe.kxs")));
+            else
+                _document->newScene();
+            QCOMPARE(texts().filter("'Rename").size(), isSaved ? 0 : 1);
+        }
+    }
+
+    /// A lock of another machine holds as long as somebody may live there.
+    void locksOfOtherMachines()
+    {
+        kxSceneEdits::rename(objects().front(), "Stator");
+        turn();
+        die();
+        const QString folder = _folder->filePath(QString("sessions/dead%1/").arg(_deaths));
+        QFile lock(folder + "lock");
+        QVERIFY(lock.open(QIODevice::WriteOnly) && lock.write("77\nkxhost\nattic\nab12\ncd34\n") > 0);
+        lock.close();
+        QStringList waiting;
+        QVERIFY(kxLeftover::find(kxSession::folder(), &waiting).empty());
+        QVERIFY(waiting.size() == 1 && waiting.front().contains("'attic'"));
+        for (const char* const name : {"journal.db", "journal.db-wal"})
+        {
+            QVERIFY(texts().isEmpty()); // either was written just now
+            QFile file(folder + name);
+            QVERIFY(file.open(QIODevice::ReadWrite) &&
+                    file.setFileTime(QDateTime::currentDateTime().addDays(-2), QFileDevice::FileModificationTime));
+        }
+        std::vector<kxLeftover> found = kxLeftover::find(kxSession::folder(), &waiting);
+        QVERIFY(found.size() == 1 && waiting.isEmpty());
+        found[0].remove();
     }
 
 private:
