@@ -88,7 +88,8 @@ void kxJournal::fail(bool isChanged)
         isStore ? QStringLiteral("Changes can't be recovered after a crash any more: %1.").arg(why) : why + '.';
     const bool isLoss = isChanged || !_entries.empty();
     if (isLoss)
-        text += QStringLiteral(" Of what was done so far only undo steps can be taken back.");
+        text +=
+            QStringLiteral(" Of what was done so far only undo steps after the last other change can be taken back.");
     if (isLoss || !isStore || !_isFailureSaid)
         kxLog::warning(text);
     _isFailureSaid = _isFailureSaid || isStore;
