@@ -113,6 +113,48 @@ void keepWorldPlace(const osg::NodePtr& node, const QMatrix4x4& world)
     add(kxSetFieldCommand::make(core, "scale", osg::FieldValue(newScale), stepText("Move")));
 }
 
+/// Whether any animation, also one that is off or plays in clips, gives the node its place.
+bool isPlaceAnimated(const osg::NodePtr& node)
+{
+    const auto isPlace = [](const osg::AnimCurvePtr& curve)
+    {
+        const auto& fields = osg::Transform::_type.fields();
+        return !curve->isEmpty() && std::any_of(fields.begin(), fields.end(),
+                                                [&curve](const osg::FieldDescription& field) {
+                                                    return field.mask().intersects(osg::Transform::MatrixFieldMask) &&
+                                                           field.channel() == curve->getChannelName();
+                                                });
+    };
+    std::vector<osg::AnimCurvePtr> curves;
+    for (const osg::FieldContainerPtr& owner : {osg::FieldContainerPtr(node), osg::FieldContainerPtr(node->getCore())})
+        if (const osg::AnimAttachmentPtr attachment = kxAnimManager::the()->getAnimAttachment(owner))
+            kxAnimManager::the()->getAnimCurves(attachment->getAnimationRoot(), curves, true, false, true);
+    return osg::TransformPtr::dcast(node->getCore()) != osg::NullFC &&
+           std::any_of(curves.begin(), curves.end(), isPlace);
+}
+
+/// Where the numbers of an animated node, and those of its animation, would mean another place below `parent`: a group
+/// to stand there in its stead, which has the place of the node's parent. Else null.
+osg::NodePtr carrierFor(const osg::NodePtr& node, const osg::NodePtr& parent)
+{
+    const osg::NodePtr old = node->getParent();
+    if (old == parent || !isPlaceAnimated(node))
+        return osg::NodePtr();
+    const QMatrix4x4 before = kxSceneMath::worldMatrix(old), after = kxSceneMath::worldMatrix(parent);
+    if (qFuzzyCompare(before, after))
+        return osg::NodePtr();
+    bool invertible = false;
+    const QMatrix4x4 place = after.inverted(&invertible) * before;
+    const osg::NodePtr group =
+        kxSceneEdits::makeNode(osg::Transform::create(), QString::fromStdString(node->getNodeName()));
+    if (invertible && kxSceneMath::setLocalMatrix(group, place))
+        return group;
+    const osg::Share<osg::Node> dropped(group);
+    kxLog::warning(QObject::tr("The animation of '%1' was made for its old parent, and moves it elsewhere now.")
+                       .arg(QString::fromStdString(node->getNodeName())));
+    return osg::NodePtr();
+}
+
 /// Objects are below objects, not below viewpoints or what else the scene holds.
 bool takesObjects(const osg::NodePtr& parent)
 {
@@ -303,8 +345,12 @@ bool kxSceneEdits::moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int
         before = parent->getChild(unsigned(parent->findChild(before) + 1));
 
     std::vector<QMatrix4x4> worlds;
+    Nodes carriers; // beside `top`: null for what goes by itself
     for (const osg::NodePtr& node : top)
+    {
         worlds.push_back(kxSceneMath::worldMatrix(node));
+        carriers.push_back(carrierFor(node, parent));
+    }
     const auto goesOut = [&parent](const osg::NodePtr& node) { return node->getParent() == parent; };
     const int own = int(std::count_if(top.begin(), top.end(), goesOut));
     int at = -1;
@@ -324,10 +370,20 @@ bool kxSceneEdits::moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int
             if (goesOut(node))
                 command->moveNode(node, parent, -1);
     for (std::size_t i = 0; i < top.size(); ++i)
-        command->moveNode(top[i], parent, at < 0 ? -1 : at + int(i));
+    {
+        const int place = at < 0 ? -1 : at + int(i);
+        if (carriers[i] != osg::NullFC)
+            command->insertNode(carriers[i], parent, place);
+        command->moveNode(top[i], carriers[i] == osg::NullFC ? parent : carriers[i],
+                          carriers[i] == osg::NullFC ? place : -1);
+    }
     add(command);
     for (std::size_t i = 0; i < top.size(); ++i)
-        keepWorldPlace(top[i], worlds[i]);
+        if (carriers[i] == osg::NullFC)
+            keepWorldPlace(top[i], worlds[i]);
+        else
+            kxLog::info(QObject::tr("'%1' is animated: a group of its name has its old parent's place.")
+                            .arg(QString::fromStdString(top[i]->getNodeName())));
     return true;
 }
 

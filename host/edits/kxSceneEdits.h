@@ -25,7 +25,8 @@ int deleteNodes(const Nodes& nodes);
 /// Copies beside their originals; the copies are selected.
 bool duplicateNodes(const Nodes& nodes);
 /// Puts the nodes under `parent`, before its child `index` as it is (-1: after the last), each at its place in the
-/// world. False where one of them may not go there; nothing moves then.
+/// world. One whose place is animated goes below a group of its name with its old parent's place, if that is another.
+/// False where one of them may not go there; nothing moves then.
 bool moveNodes(const Nodes& nodes, const osg::NodePtr& parent, int index);
 bool canMoveNodes(const Nodes& nodes, const osg::NodePtr& parent);
 /// An empty name is refused. Triggers and steps of sequences that name it follow.

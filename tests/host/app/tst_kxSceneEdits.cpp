@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <edits/kxSceneObjects.h>
+#include <edits/kxSceneryEdits.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxLogModel.h>
 #include <kxAnimFixture.h>
@@ -61,6 +62,61 @@ private Q_SLOTS:
         QCOMPARE(stack()->count(), 1);
         stack()->undo();
         QVERIFY(own->getEulerRotation() == osg::Vec3f(0, 370, 15));
+    }
+
+    void animatedNodesKeepTheirMotion_data()
+    {
+        kxColumns<QString, bool>("edit", "isOn");
+        kxRow("variant set", "set", true);
+        kxRow("variant set, the animation is off", "set", false);
+        kxRow("group", "group", true);
+        kxRow("dragged", "drag", true);
+    }
+
+    void animatedNodesKeepTheirMotion()
+    {
+        QFETCH(QString, edit);
+        QFETCH(bool, isOn);
+        const osg::NodePtr target = addObject("Target"), still = addObject("Still", target),
+                           parent = addObject("Parent"), door = addObject("Door", parent);
+        const auto place = osg::TransformPtr::dcast(parent->getCore());
+        place->setTranslation(osg::Vec3f(3, -1, 2));
+        place->setEulerRotation(osg::Vec3f(20, 130, -40));
+        osg::TransformPtr::dcast(target->getCore())->setTranslation(osg::Vec3f(0, 7, -4));
+        osg::TransformPtr::dcast(door->getCore())->setTranslation(osg::Vec3f(8, 5, 6));
+        animate(door);
+        std::vector<osg::AnimNodePtr> curves;
+        kxAnimManager::the()->getChannelCurveNodes(door, curves);
+        const auto switchTo = [&](bool on)
+        {
+            curves.at(0)->setTravMask(on ? osg::Node::Active : 0);
+            osg::markChanged(curves[0], osg::Node::TravMaskFieldMask);
+        };
+        const auto worldAt = [&](double frame)
+        {
+            kxAnimManager::the()->setCurrentFrame(frame, true, true);
+            return kxSceneMath::worldMatrix(door);
+        };
+        const QMatrix4x4 before = worldAt(18);
+        worldAt(6);
+        switchTo(isOn);
+        const int steps = stack()->count();
+        const kxSceneEdits::Nodes nodes = {still, door};
+        QVERIFY(edit == "set"     ? kxSceneryEdits::addVariantSet(nodes, "Look") != osg::NullFC
+                : edit == "group" ? kxSceneEdits::groupNodes(nodes)
+                                  : kxSceneEdits::moveNodes(nodes, target, 1));
+        QCOMPARE(stack()->count(), steps + 1);
+        switchTo(true);
+        const QMatrix4x4 after = worldAt(18);
+        for (int i = 0; i < 16; ++i)
+            QVERIFY(std::abs(after.constData()[i] - before.constData()[i]) < 1e-4f);
+        const osg::NodePtr carrier = door->getParent();
+        QCOMPARE(carrier->getNodeName(), std::string("Door")); // and the choice's
+        QCOMPARE(carrier->getParent(), still->getParent());
+        stack()->undo();
+        QCOMPARE(door->getParent(), parent);
+        QVERIFY(kxSceneEdits::moveNodes({door}, addObject("Level", parent), -1)); // which stands as its parent does
+        QCOMPARE(door->getParent()->getNodeName(), std::string("Level"));
     }
 
     void moveAmongSiblings_data()
