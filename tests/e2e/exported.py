@@ -88,8 +88,7 @@ def make():
 
 
 def make_clips(timings, turn):
-    flat = tools.createAnimClip("Flat", tools.kxNodePtr() if hasattr(tools, "kxNodePtr") else None)
-    tracks = 0
+    flat = tools.createAnimClip("Flat", None)
     for timing in timings:
         for cycles in (0, 2, -1):
             for more in ({}, turn):
@@ -99,7 +98,10 @@ def make_clips(timings, turn):
     two = block("clip: of two bars the one that counts")
     copy(flat, two, 6), copy(flat, two, 90, stretch=0.5)
     cases[-1] += ("Flat",)
-    outer = tools.createAnimClip("Outer", flat.__class__())
+    held = block("clip: ends that are held, one after the other")
+    copy(flat, held, 6, range=(1.0, 1.0)), copy(flat, held, 30, range=(2.5, 2.5)), copy(flat, held, 90, stretch=0.5)
+    cases[-1] += ("Flat",)
+    outer = tools.createAnimClip("Outer", None)
     inner = tools.createAnimClip("Inner", outer)
     for more in ({}, turn):
         copy(inner, block("clip: nested, flipped, stretched, repeated, switched off", **more), 10, 1, stretch=0.4)

@@ -215,10 +215,13 @@ void kxExportCurves::makePieces()
 void kxExportCurves::trim()
 {
     auto first = _pieces.begin(), last = _pieces.end();
-    while (last - first > 1 && first->isStill && first->isOutside)
-        _before = valueAt(*first, (first->end)), ++first;
-    while (last - first > 1 && (last - 1)->isStill && (last - 1)->isOutside)
-        _after = valueAt(*(last - 1), (last - 1)->start), --last;
+    // A held end may jump to another one, where bars follow each other.
+    const auto holds = [this](const Piece& piece, const Values& beyond)
+    { return piece.isStill && piece.isOutside && (beyond.empty() || !isJump(beyond, valueAt(piece, piece.start))); };
+    for (; last - first > 1 && holds(*first, _before); ++first)
+        _before = valueAt(*first, first->start);
+    for (; last - first > 1 && holds(*(last - 1), _after); --last)
+        _after = valueAt(*(last - 1), (last - 1)->start);
     if (last - first == 1 && first->isStill && first->isOutside && _before.empty() && _after.empty())
         first->end = first->start; // nothing moves: one key tells it
     if (_after.empty())
