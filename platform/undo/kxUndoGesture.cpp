@@ -55,7 +55,9 @@ std::uint64_t kxUndoGesture::forCommand()
 void kxUndoGesture::setHeld(Qt::MouseButtons held)
 {
     const bool wasHeld = std::exchange(_held, held) != Qt::NoButton;
-    _hasMoved = _hasMoved && wasHeld;
+    // An event comes to the window, the widget, and those above it that get what it ignores: only the first ends a
+    // drag.
+    _hasMoved = _hasMoved && (wasHeld || held == Qt::NoButton);
     if (wasHeld && held == Qt::NoButton)
         Q_EMIT released();
 }
@@ -87,6 +89,9 @@ bool kxUndoGesture::eventFilter(QObject*, QEvent* event)
         if (static_cast<QMouseEvent*>(event)->buttons() == Qt::NoButton)
             setHeld(Qt::NoButton);
         _hasMoved = _hasMoved || isHeld();
+        break;
+    case QEvent::Wheel:
+        _hasMoved = _hasMoved && isHeld();
         break;
     case QEvent::Drop: // takes the place of the release
         setHeld(Qt::NoButton);

@@ -3,12 +3,17 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QWidget>
+#include <QWindow>
 
-/// Sends a mouse event as the window system would; of a graphics view, `widget` is the viewport.
+/// Sends a mouse event as the window system would, which the application's filters see at the window first; of a
+/// graphics view, `widget` is the viewport.
 inline void kxSendMouse(QWidget* widget, QEvent::Type type, const QPoint& at, Qt::MouseButton button,
                         Qt::MouseButtons held, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
     QMouseEvent event(type, at, widget->mapTo(widget->window(), at), widget->mapToGlobal(at), button, held, modifiers);
+    QWindow window; // not the widget's own, which would send it on
+    QMouseEvent first(event);
+    QApplication::sendEvent(&window, &first);
     QApplication::sendEvent(widget, &event);
 }
 
