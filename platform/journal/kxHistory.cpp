@@ -270,6 +270,8 @@ bool kxHistory::undo()
         return false;
     if (isCollecting() && !_runs.back().steps.empty())
     {
+        if (gatherRun())
+            _list.dropUndone();
         _stack->undo();
         return true;
     }
@@ -376,6 +378,8 @@ void kxHistory::followStack()
     // Who walks on the stack knows nothing of what was done beside it: what is still to be redone is exact only where
     // it was the next one.
     const quint64 record = isCollecting() ? 0 : kxJournal::the().commit();
+    if (isCollecting())
+        gatherRun(); // what is found later is new work
     if (moved.size() == 1)
         moved.front()->record = record;
     else if (record != 0)
@@ -395,7 +399,7 @@ kxHistory::Scope::Scope(const QString& act) : _isOwn(!the().isCollecting())
     if (!_isOwn)
         return;
     the().flush();
-    the()._runs.push_back(Run{act, ++the()._runCount, {}});
+    the()._runs.push_back(Run{act, ++the()._runCount, {}, 0});
 }
 
 kxHistory::Scope::~Scope()
@@ -414,28 +418,41 @@ kxHistory::Pause::Pause() : _isOwn(the().isCollecting())
 
 kxHistory::Pause::~Pause()
 {
-    if (_isOwn)
-        the()._runs.back().isPaused = false;
+    if (!_isOwn)
+        return;
+    if (!kxUndoGesture::the().isHeld() && !kxUndoRecorder::isActing())
+        the().flush(); // not all that was done has been heard of
+    the()._runs.back().isPaused = false;
+}
+
+bool kxHistory::gatherRun()
+{
+    Run& run = _runs.back();
+    const quint64 record = kxJournal::the().commit(run.record);
+    run.record = record == 0 ? run.record : record;
+    return record != 0;
 }
 
 void kxHistory::commitRun()
 {
     Run& run = _runs.back();
-    if (run.steps.empty() && (_isSettling || kxUndoGesture::the().isHeld()))
-        return; // what waits is the user's
-    const quint64 record = kxJournal::the().commit();
+    const bool isUsers = run.steps.empty() && (_isSettling || kxUndoGesture::the().isHeld()); // what waits
+    const bool isNew = !isUsers && gatherRun();
+    quint64 record = std::exchange(run.record, 0);
     if (run.steps.empty() && record == 0)
         return;
-    if (run.steps.empty())
+    if (isNew || run.steps.empty())
         _list.dropUndone(); // steps alone may be what undo() within the script has left
+    if (record == 0)
+        record = kxJournal::the().commitNothing(); // what the steps wrote alone isn't what they left
     Entry entry{run.act, QString(), QDateTime::currentDateTime(), false, record, std::exchange(run.steps, {})};
     entry.run = run.number;
     entry.isScript = true;
     entry.isSelection = !entry.steps.empty();
     for (int i = 0; i < int(entry.steps.size()); ++i)
         entry.isSelection = entry.isSelection && isSelection(_stack->command(_stack->index() - 1 - i));
-    if (record != 0)
-        _list.takeIn(entry);
+    if (record != 0 && !_list.takeIn(entry))
+        return;
     closeTop();
     _list.insert(std::move(entry), true);
     Q_EMIT changed();
@@ -457,7 +474,10 @@ void kxHistory::clear()
 {
     _list.clear(); // the journal begins anew with the scene
     for (Run& run : _runs)
+    {
         run.steps.clear();
+        run.record = 0;
+    }
     _open = _isGliding = false;
     _newest = topStep();
     _saved = content();
@@ -480,6 +500,6 @@ void kxHistory::markUnsaved()
 
 bool kxHistory::isSaved() const
 {
-    const bool isBusy = isCollecting() && !_runs.back().steps.empty();
+    const bool isBusy = isCollecting() && (!_runs.back().steps.empty() || _runs.back().record != 0);
     return !isBusy && content() == _saved;
 }

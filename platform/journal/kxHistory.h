@@ -98,6 +98,7 @@ private:
         QString act;
         quint64 number;
         std::vector<quint64> steps; // since its last entry, all done
+        quint64 record = 0;         // since then, up to its last undo()
         bool isPaused = false;
     };
 
@@ -108,6 +109,8 @@ private:
     void settleLater();
     void commit();
     void commitRun();
+    /// False where the run did nothing since it was gathered last.
+    bool gatherRun();
     void endRun();
     /// False where the entry is lost.
     bool walk(bool forward);

@@ -98,10 +98,11 @@ void kxHistoryList::insert(Entry entry, bool isDone)
 
 bool kxHistoryList::takeIn(Entry& entry)
 {
-    if (entry.steps.empty() && !kxJournal::the().differs(entry.record))
+    if ((entry.steps.empty() || entry.isSelection) && !kxJournal::the().differs(entry.record))
     {
-        kxJournal::the().withdraw(std::exchange(entry.record, 0));
-        return false;
+        if (entry.steps.empty())
+            kxJournal::the().withdraw(std::exchange(entry.record, 0));
+        return entry.record != 0;
     }
     entry.isSelection = false;
     entry.isUntold = true;

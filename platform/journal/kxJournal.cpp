@@ -335,6 +335,14 @@ quint64 kxJournal::commit(quint64 into)
     return whole > _lastLost ? whole : 0;
 }
 
+quint64 kxJournal::commitNothing()
+{
+    if (!isRunning())
+        return 0;
+    _entries.push_back(++_lastNumber);
+    return _lastNumber;
+}
+
 qint64 kxJournal::sceneSize() const
 {
     return std::max(_base == nullptr ? 0 : _base->size(), _store->latestSize());
@@ -435,6 +443,8 @@ bool kxJournal::exchange(quint64 number, const std::function<void()>& walkSteps)
             restore.add(row.id, row.record);
     }
     // What the steps wrote and the entry doesn't change stays as it was.
+    if ((ids.empty() || ids.front() != kxSceneRecord::Id) && present(kxSceneRecord::Id) != _sceneRecord)
+        restore.addScene(_sceneRecord);
     for (const UInt32 id : _marked)
         if (isPresent(id) && living<FieldContainer>(id) != NullFC && !std::binary_search(ids.begin(), ids.end(), id))
             restore.add(id, record(id));

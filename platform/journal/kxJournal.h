@@ -47,6 +47,9 @@ public:
     /// The number of the entry that holds what was before; 0 where nothing differs, or after failed(). `into`: the
     /// newest entry, which takes this over and keeps its number.
     quint64 commit(quint64 into = 0);
+    /// The number of an entry that changes nothing, for steps whose writes cancel out with others: exchange() holds all
+    /// as it is. What is pending has to be committed before.
+    quint64 commitNothing();
     bool has(quint64 number) const;
     /// Makes two entries that follow each other one, and gives its number; 0 for none.
     quint64 join(quint64 first, quint64 second);

@@ -220,6 +220,76 @@ private Q_SLOTS:
         }
     }
 
+    /// Changes that cancel out, of which a part is a step.
+    void aScriptThatLeavesNothing_data()
+    {
+        kxColumns<QString>("script");
+        kxRow("a clip", "c = createAnimClip('X', kxNodePtr())\n"
+                        "addToAnimClip(c, spin, 12)\n"
+                        "trashAnimation(c)");
+        kxRow("an object", "v = keepVersion('a')\naddObject('box', 'New')\ngoToVersion(v)");
+    }
+
+    void aScriptThatLeavesNothing()
+    {
+        QFETCH(QString, script);
+        Chance chance{QRandomGenerator(7)};
+        kxHistory& history = kxHistory::the();
+        history.flush();
+        const int count = history.index();
+        const QByteArray before = bytes();
+        QVERIFY(line(qPrintable(script))(chance));
+        turns();
+        QVERIFY(bytes() == before && kxJournal::the().unmarked().empty());
+        for (int round = 0; round < 2; ++round)
+            for (const int index : {count, count + 1})
+            {
+                history.setIndex(index);
+                turns();
+                QVERIFY(bytes() == before && kxJournal::the().unmarked().empty());
+            }
+    }
+
+    /// What is done within a run takes the way on away, and what the user does while it waits is no part of it.
+    void aRunWithWorkBetween_data()
+    {
+        kxColumns<QString, QStringList>("script", "entries");
+        kxRow("beside the stack",
+              "addObject('cone', 'C'); addObject('box', 'New'); undo(); addObject('sphere', 'S'); undo()\n"
+              "createAnimClip('Q', kxNodePtr())",
+              QStringList{"Script"});
+        kxRow("before what was undone",
+              "addObject('cone', 'C'); createAnimClip('Q', kxNodePtr()); addObject('box', 'New'); undo()",
+              QStringList{"Script", "Add Box -"});
+        kxRow("between two undone",
+              "addObject('cone', 'C'); addObject('box', 'A'); addObject('sphere', 'B'); undo()\n"
+              "createAnimClip('Q', kxNodePtr()); undo()",
+              QStringList{"Script", "Add Box -"});
+        kxRow("the user's",
+              "createAnimClip('P', kxNodePtr()); processEvents(); addObject('box', 'A'); createAnimClip('Q', "
+              "kxNodePtr())",
+              QStringList{"Script", "Set full range to 0 to 77", "Script"});
+    }
+
+    void aRunWithWorkBetween()
+    {
+        QFETCH(QString, script);
+        kxHistory& history = kxHistory::the();
+        Chance chance{QRandomGenerator(7)};
+        history.flush();
+        const int count = history.index();
+        const QByteArray before = bytes();
+        QTimer::singleShot(0, this, [] { kxAnimManager::the()->setFullRangeEnd(77); });
+        QVERIFY(line(qPrintable(script))(chance));
+        QStringList entries;
+        for (int i = count; i < history.count(); ++i)
+            entries << history.entry(i).act + (i < history.index() ? "" : " -");
+        QTEST(entries, "entries");
+        turns();
+        history.setIndex(count);
+        QVERIFY(bytes() == before);
+    }
+
     void randomWalk()
     {
         const unsigned seed = kxSeed();
