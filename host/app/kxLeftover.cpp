@@ -8,6 +8,9 @@
 #include <QSysInfo>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace
 {
@@ -31,6 +34,16 @@ QString otherMachine(const QString& path)
     const bool isOther = lines.value(3).isEmpty() ? lines.value(2) != QSysInfo::machineHostName().toLocal8Bit()
                                                   : lines.value(3) != QSysInfo::machineUniqueId();
     return isOther && lines.size() > 2 ? QString::fromLocal8Bit(lines[2]) : QString();
+}
+
+/// A process of this machine holds it.
+bool isLive(const QString& lock)
+{
+    const int file = ::open(QFile::encodeName(lock).constData(), O_RDWR | O_CLOEXEC);
+    const bool isHeld = file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) != 0;
+    if (file >= 0)
+        ::close(file); // and with it the lock
+    return isHeld;
 }
 
 /// For `outOfReach` whose locks can't be written, and for runs that may go on on `machines`.
@@ -103,8 +116,12 @@ std::vector<kxLeftover> kxLeftover::find(const QString& folder, QStringList* wai
     {
         kxLeftover leftover(entry.absoluteFilePath());
         const bool isHeld = leftover.hold();
-        if (leftover._lock->error() == QLockFile::LockFailedError) // of a run that goes on
-            machines << otherMachine(leftover._folder + QLatin1Char('/') + QLatin1String(LockName));
+        const QString lock = leftover._folder + QLatin1Char('/') + QLatin1String(LockName);
+        const QString machine = isHeld ? QString() : otherMachine(lock);
+        if (!machine.isEmpty())
+            machines << machine;
+        else if (!isHeld && isLive(lock))
+            continue;
         else if (found.size() < Most && leftover.isWanted())
         {
             const bool isScene = QFileInfo::exists(leftover.journal());
@@ -115,7 +132,6 @@ std::vector<kxLeftover> kxLeftover::find(const QString& folder, QStringList* wai
         else if (isHeld)
             leftover.remove();
     }
-    machines.removeAll(QString());
     machines.removeDuplicates();
     if (waiting != nullptr)
         *waiting = textsOf(outOfReach, machines);

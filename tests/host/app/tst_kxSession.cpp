@@ -216,6 +216,11 @@ private Q_SLOTS:
         die();
         kxHistory::the().undo();
         turn();
+        QFile lock(_folder->filePath(QString("sessions/dead%1/lock").arg(_deaths)));
+        QVERIFY(lock.open(QIODevice::WriteOnly) &&
+                lock.write("999999999\nkxhost\n" + QSysInfo::machineHostName().toLocal8Bit() + '\n' +
+                           QSysInfo::machineUniqueId() + '\n' + QSysInfo::bootUniqueId() + '\n') > 0);
+        lock.close();
         QStringList waiting;
         {
             const Tight tight(0);
