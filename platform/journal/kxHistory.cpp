@@ -47,6 +47,7 @@ kxHistory& kxHistory::the()
 kxHistory::kxHistory() : _stack(kxUndoStack::get(0).stack())
 {
     kxUndoRecorder::the().setWatcher([this] { stepPushed(); });
+    kxSelection::the().setIsStepless([this] { return canRedo() && !kxUndoRecorder::isActing(); });
     connect(_stack, &QUndoStack::indexChanged, this, &kxHistory::stackMoved);
     connect(&kxUndoGesture::the(), &kxUndoGesture::began, this,
             [this]

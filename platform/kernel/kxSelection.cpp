@@ -131,7 +131,11 @@ void kxSelection::select(Kind kind, const std::vector<unsigned int>& wanted)
 {
     const std::vector<unsigned int> before = ids(kind);
     const std::vector<unsigned int> after = cleaned(kind, wanted);
-    if (before != after)
+    if (before == after)
+        return;
+    if (_isStepless && _isStepless())
+        setIds(kind, after);
+    else
         kxUndoStack::get(0).add(new kxSelectCommand(kind, before, after));
 }
 

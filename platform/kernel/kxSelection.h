@@ -4,6 +4,7 @@
 
 #include <QObject>
 
+#include <functional>
 #include <vector>
 
 /// What is selected in the scene: nodes and, apart from them, materials. Both in the order of selection.
@@ -26,9 +27,13 @@ public:
     std::vector<osg::MaterialPtr> materials() const;
     bool contains(unsigned int id) const;
 
-    /// A step on the undo stack, but where this is selected already. Null handles and repetitions are left out.
+    /// A step on the undo stack, but where this is selected already, or a step would cost too much. Null handles and
+    /// repetitions are left out.
     void selectNodes(const std::vector<osg::NodePtr>& nodes);
     void selectMaterials(const std::vector<osg::MaterialPtr>& materials);
+
+    /// Asked before each: true where what was taken back would be gone for a mere selection.
+    void setIsStepless(std::function<bool()> isStepless) { _isStepless = std::move(isStepless); }
 
     /// Selects nothing, without a step: for a scene that is closed.
     void clear();
@@ -48,6 +53,7 @@ private:
     void announceNodes();
     void announceMaterials();
 
+    std::function<bool()> _isStepless;
     std::vector<unsigned int> _nodes;
     std::vector<unsigned int> _materials;
 };

@@ -220,6 +220,28 @@ private Q_SLOTS:
         }
     }
 
+    void lookingAroundKeepsWhatWasTakenBack()
+    {
+        kxHistory& history = kxHistory::the();
+        kxSelection::the().selectNodes({objects()[1]});
+        kxSceneEdits::setVisible({objects()[2]}, false);
+        kxSceneEdits::rename(objects()[2], "Other");
+        history.flush();
+        const int count = history.count();
+        const QByteArray after = bytes();
+        QVERIFY(history.undo() && history.undo());
+        for (const std::size_t at : {2, 0}) // the second may not be taken for a part of the first
+            kxSelection::the().selectNodes({objects()[at]});
+        turns();
+        QVERIFY(kxSelection::the().nodes() == std::vector<osg::NodePtr>{objects()[0]});
+        QCOMPARE(history.count(), count);
+        QVERIFY(history.redo() && history.redo() && bytes() == after);
+        QVERIFY(history.undo());
+        kxSceneEdits::duplicateNodes({objects()[0]}); // selects along with it
+        QVERIFY(!history.canRedo());
+        QVERIFY(history.undo() && kxSelection::the().nodes() == std::vector<osg::NodePtr>{objects()[0]});
+    }
+
     /// Changes that cancel out, of which a part is a step.
     void aScriptThatLeavesNothing_data()
     {
