@@ -185,6 +185,16 @@ kxSetFieldCommand::kxSetFieldCommand(const osg::FieldContainerPtr& container, co
 {
 }
 
+bool kxSetFieldCommand::canMergeWith(const QUndoCommand* other) const
+{
+    constexpr qint64 RowTime = 2000; // milliseconds
+    if (kxMergingCommand::canMergeWith(other))
+        return true;
+    const auto* const next = dynamic_cast<const kxSetFieldCommand*>(other);
+    return next != nullptr && _inRow.isValid() && next->_inRow.isValid() && !_inRow.hasExpired(RowTime) &&
+           next->_id == _id && next->_field == _field && next->text() == text();
+}
+
 bool kxSetFieldCommand::mergeWith(const QUndoCommand* other)
 {
     if (!canMergeWith(other))
@@ -194,6 +204,7 @@ bool kxSetFieldCommand::mergeWith(const QUndoCommand* other)
         return false;
     _after = next._after;
     _afterShares = next._afterShares;
+    _inRow = next._inRow;
     setMergeValue(next.mergeValue());
     setObsolete(areEqual(_before, _after));
     return true;

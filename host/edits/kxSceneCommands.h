@@ -5,6 +5,8 @@
 #include <osg/Share.h>
 #include <scene/FieldDescription.h>
 
+#include <QElapsedTimer>
+
 #include <functional>
 #include <vector>
 
@@ -70,6 +72,10 @@ public:
                                    const osg::FieldValue& value, const QString& text);
     static kxSetFieldCommand* make(const osg::FieldContainerPtr& container, const std::string& field,
                                    const Writer& write, const QString& text);
+    /// Steps of this text that follow each other shortly are one, also of several gestures: arrow keys, notches of the
+    /// wheel and a typed number.
+    void joinInRow() { _inRow.start(); }
+    bool canMergeWith(const QUndoCommand* other) const override;
     bool mergeWith(const QUndoCommand* other) override;
 
 private:
@@ -79,6 +85,7 @@ private:
 
     unsigned int _id;
     std::string _field;
+    QElapsedTimer _inRow; // since the last of the row; invalid for one that joins none
     Values _before, _after;
     std::vector<osg::Share<osg::FieldContainer>> _beforeShares, _afterShares; // of containers that the values name
 };

@@ -31,11 +31,22 @@ QString stepText(const char* act, const Nodes& nodes)
                                                : stepText("%1 Objects").arg(nodes.size()));
 }
 
-/// "Change Roughness of Steel", "Change Intensity of 2 Objects".
-QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field)
+/// ".X" for a component of a field that has several.
+QString axisText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field, unsigned component)
+{
+    const osg::FieldDescription* const known =
+        containers.empty() ? nullptr : containers.front()->getType().field(field);
+    return known == nullptr || known->components() < 2 || component >= known->components()
+               ? QString()
+               : QLatin1Char('.') + QString::fromStdString(known->suffixes()[component]);
+}
+
+/// "Change Roughness of Steel", "Change Position.X of Box", "Change Intensity of 2 Objects".
+QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
+                   const QString& axis = QString())
 {
     const QString label = kxFieldLook::of(field).label;
-    const QString what = label.isEmpty() ? kxFieldLook::words(field) : label;
+    const QString what = (label.isEmpty() ? kxFieldLook::words(field) : label) + axis;
     if (containers.size() != 1)
         return stepText("Change %1 of %2 Objects").arg(what).arg(containers.size());
     const osg::NodeCorePtr core = osg::NodeCorePtr::dcast(containers.front());
@@ -86,6 +97,13 @@ void add(kxUndoCommand* command)
 {
     if (command != nullptr)
         kxUndoStack::get(0).add(command);
+}
+
+void addInRow(kxSetFieldCommand* command)
+{
+    if (command != nullptr)
+        command->joinInRow();
+    add(command);
 }
 
 /// Keeps a node's place in the world when its parent changes: written as steps on the fields.
@@ -424,6 +442,15 @@ void kxSceneEdits::setField(const std::vector<osg::FieldContainerPtr>& container
         add(kxSetFieldCommand::make(container, field, value, text));
 }
 
+void kxSceneEdits::setNumber(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
+                             float value)
+{
+    const kxScopedUndo scope(true);
+    const QString text = changeText(containers, field);
+    for (const osg::FieldContainerPtr& container : containers)
+        addInRow(kxSetFieldCommand::make(container, field, osg::FieldValue(value), text));
+}
+
 void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
                                 unsigned component, RelativeOperator op, double operand)
 {
@@ -434,9 +461,9 @@ void kxSceneEdits::setComponent(const std::vector<osg::FieldContainerPtr>& conta
         return component < description.components() && QKXDoubleSpiner::applyRelative(op, operand, value) &&
                description.setComponent(target, component, float(value));
     };
-    const QString text = changeText(containers, field);
+    const QString text = changeText(containers, field, axisText(containers, field, component));
     for (const osg::FieldContainerPtr& container : containers)
-        add(kxSetFieldCommand::make(container, field, write, text));
+        addInRow(kxSetFieldCommand::make(container, field, write, text));
 }
 
 void kxSceneEdits::setChannel(const kxAnimManager::kxOSGChannelData& channel, const QString& name, float value)

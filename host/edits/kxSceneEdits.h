@@ -36,6 +36,8 @@ void setVisible(const Nodes& nodes, bool visible);
 /// One value for a field of several containers; those without the field are left out.
 void setField(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field,
               const osg::FieldValue& value);
+/// As setField(), but numbers that follow each other shortly are one step; so with setComponent().
+void setNumber(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field, float value);
 /// An operator on one component of a field, for each container by itself.
 void setComponent(const std::vector<osg::FieldContainerPtr>& containers, const std::string& field, unsigned component,
                   RelativeOperator op, double operand);

@@ -169,7 +169,8 @@ void kxNumberRow::addSpinner(unsigned component, const osg::FieldDescription& fi
                 {
                     double result = double(number(first(), component));
                     if (QKXDoubleSpiner::applyRelative(op, operand, result))
-                        write(osg::FieldValue(std::clamp(float(result), own->minimum(), own->maximum())));
+                        kxSceneEdits::setNumber(containers(), this->field(),
+                                                std::clamp(float(result), own->minimum(), own->maximum()));
                 }
                 refresh();
             });

@@ -157,11 +157,11 @@ private:
                                                  : tr("Show without motion blur"));
         }
         else if (name == "translation")
-            push(Act::Change, tr("Move"));
+            addNumber(type, name, push(Act::Change, tr("Move")));
         else if (name == "eulerRotation" || name == "eulerRotationOrientation")
-            push(Act::Change, tr("Rotate"));
+            addNumber(type, name, push(Act::Change, tr("Rotate")));
         else if (name == "scale")
-            push(Act::Change, tr("Scale"));
+            addNumber(type, name, push(Act::Change, tr("Scale")));
         else if (name == "animations")
             push(Act::Change, tr("Change the groups of"));
         else
@@ -187,6 +187,26 @@ private:
         {
             act.value = words.value(value);
             act.detail = tr(" to %1").arg(act.value);
+        }
+        else
+            addNumber(type, name, act);
+    }
+
+    /// Of a vector of which one number was changed, that one.
+    void addNumber(const FieldContainerType& type, const std::string& name, Act& act)
+    {
+        const auto* const was = std::get_if<Vec3f>(value(_change.before, name));
+        const auto* const is = std::get_if<Vec3f>(value(_change.after, name));
+        const FieldDescription* const field = type.field(name);
+        if (was == nullptr || is == nullptr || field == nullptr || field->components() != 3)
+            return;
+        for (unsigned i = 0; i < 3; ++i)
+        {
+            if ((*was)[i] == (*is)[i])
+                continue;
+            const bool isFirst = act.component.isEmpty();
+            act.component = QString::fromStdString(field->suffixes()[i]);
+            act.value = isFirst ? kxFieldWords::of(type, name).value(FieldValue((*is)[i])) : QString();
         }
     }
 
@@ -228,7 +248,7 @@ struct Gathered
 
     Act first;
     std::map<std::pair<UInt32, QString>, Thing> things; // by id, those without one by name
-    bool sameDetail = true, samePlace = true, sameName = true;
+    bool sameDetail = true, sameValue = true, samePlace = true, sameName = true;
     int owns = 0;
     std::optional<Act> own; // the only one under an object: the others are its clones in clips
 
@@ -241,6 +261,7 @@ struct Gathered
             return;
         first.count += things.size() > 1 ? act.count : 0;
         sameDetail = sameDetail && act.detail == first.detail;
+        sameValue = sameValue && act.value == first.value;
         samePlace = samePlace && act.place == first.place;
         sameName = sameName && act.thing.name == first.thing.name;
     }
@@ -271,7 +292,8 @@ struct Gathered
         QStringList parts;
         if (!isNamed && !names.isEmpty())
             parts << (things.size() > MostNames ? counted() : names.join(QStringLiteral(", "))) + placeText();
-        if (sameDetail && !first.value.isEmpty())
+        const bool isSaid = first.component.isEmpty() || title.contains(QLatin1Char('.') + first.component);
+        if (sameDetail && sameValue && isSaid && !first.value.isEmpty())
             parts << first.value;
         return parts.join(QStringLiteral(", "));
     }

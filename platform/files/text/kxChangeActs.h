@@ -21,7 +21,8 @@ struct Act
     Rank rank = Change;
     QString verb; ///< "Move"; "%1" in it stands for the count
     QString detail;
-    QString value; ///< "0.75"
+    QString value;     ///< "0.75"
+    QString component; ///< "X" where that alone is the value's; the title has to say it
     QString place;
     kxChangeWords::Thing thing;
     std::size_t count = 0;  ///< of what the verb counts

@@ -1,6 +1,7 @@
 #include "kxSceneFixture.h"
 
 #include <QKXSpiner.h>
+#include <journal/kxHistory.h>
 #include <kxSendMouse.h>
 #include <kxServices.h>
 #include <osg/AnimAttachments.h>
@@ -167,6 +168,39 @@ private Q_SLOTS:
         stack()->undo();
         kxScene::the()->flush();
         QCOMPARE(x->value(), 0.0);
+    }
+
+    /// However it is entered; each field and axis is another one.
+    void aRowOfNumbersIsOneStep()
+    {
+        const osg::NodePtr node = addObject("Rest");
+        select({node});
+        kxHistory::the().flush();
+        kxHistory::the().clear();
+        QKXDoubleSpiner* const y = spinner("eulerRotationOrientationY");
+        y->setFocus();
+        for (int i = 0; i < 3; ++i)
+            QTest::keyClick(y, Qt::Key_Up);
+        for (int i = 0; i < 5; ++i)
+        {
+            QWheelEvent wheel(QPointF(3, 3), y->mapToGlobal(QPoint(3, 3)), QPoint(), QPoint(0, 120), Qt::NoButton,
+                              Qt::NoModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(y, &wheel);
+            QCoreApplication::processEvents();
+        }
+        y->selectAll();
+        QTest::keyClicks(y, "35");
+        QTest::keyClick(y, Qt::Key_Return);
+        for (const char* const field : {"eulerRotationOrientationX", "translationX", "translationY"})
+            Q_EMIT spinner(field)->relativeOperatorApplied(RelativeAdd, 3);
+        QStringList texts;
+        for (int i = 0; i < kxHistory::the().count(); ++i)
+            texts << kxHistory::the().entry(i).text();
+        QCOMPARE(texts, QStringList({"Change Orientation.Y of Rest: 35\u00b0", "Change Orientation.X of Rest: 3\u00b0",
+                                     "Change Position.X of Rest: 3", "Change Position.Y of Rest: 3"}));
+        kxHistory::the().setIndex(0);
+        const osg::TransformPtr core = osg::TransformPtr::dcast(node->getCore());
+        QVERIFY(core->getEulerRotationOrientation() == osg::Vec3f() && core->getTranslation() == osg::Vec3f());
     }
 
     void marksWhatIsDriven()

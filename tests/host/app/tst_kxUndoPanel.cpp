@@ -145,7 +145,7 @@ private Q_SLOTS:
         QCOMPARE(rows(), QStringList({"Start", "Change Roughness of Teak: 0.75", "Assign Teak: 'Left', 'Right'",
                                       "Hide 2 Objects: 'Left', 'Right'", "Delete Material: 'Oak'",
                                       "Add Material: 'Material'", "Hide Knob", "Rename Knob to Handle",
-                                      "Duplicate Door: 'Door_1'", "Set rotation.Y of Handle"}));
+                                      "Duplicate Door: 'Door_1'", "Set rotation.Y of Handle: 30\u00b0"}));
     }
 
     void editsThatAreNoStepsSayWhatTheyDid()
