@@ -31,6 +31,8 @@ QString kxDocument::folder() const
 
 bool kxDocument::mayLeave()
 {
+    if (!_dialogs.askToSave)
+        Q_EMIT aboutToReplace();
     if (!isUnsaved() || !_dialogs.askToSave)
         return true;
     switch (_dialogs.askToSave(name()))
@@ -70,11 +72,17 @@ bool kxDocument::newScene()
 {
     if (!mayLeave())
         return false;
-    startOver();
+    makeNew();
     return true;
 }
 
 void kxDocument::startOver()
+{
+    Q_EMIT aboutToReplace();
+    makeNew();
+}
+
+void kxDocument::makeNew()
 {
     kxSceneIO::newScene();
     if (std::exchange(_hasBegun, true))
@@ -82,10 +90,10 @@ void kxDocument::startOver()
     hasOpened(QString());
 }
 
-void kxDocument::hasOpened(const QString& path)
+void kxDocument::hasOpened(const QString& path, const QString& source)
 {
     _watch.startOver();
-    _source = path;
+    _source = source;
     // A file of another program is a source, no place to save to.
     setPath(!path.isEmpty() && kxSceneIO::isSceneFile(path) ? path : QString());
     Q_EMIT opened(path);
@@ -93,8 +101,7 @@ void kxDocument::hasOpened(const QString& path)
 
 void kxDocument::hasOpenedUnsaved(const QString& source)
 {
-    hasOpened(QString());
-    _source = source;
+    hasOpened(QString(), source);
     _watch.markUnsaved();
     Q_EMIT changed();
 }
@@ -134,6 +141,7 @@ bool kxDocument::openCopy(const QString& file, const QString& source)
 bool kxDocument::open(const QString& file, kxFileReport& report)
 {
     const QString path = QFileInfo(file).absoluteFilePath();
+    Q_EMIT aboutToReplace();
     if (!kxSceneIO::open(path, report))
         return false;
     hasOpened(path);
@@ -157,8 +165,9 @@ bool kxDocument::openRecovered(kxRecovery& recovery, const QString& file)
              open))
         return false;
     hasOpenedUnsaved(file);
-    if (kxSceneIO::isSceneFile(file))
-        Q_EMIT recovered(file);
+    const QString versions = recovery.note(kxJournalNote::Versions);
+    if (!versions.isEmpty() || kxSceneIO::isSceneFile(file))
+        Q_EMIT recovered(file, versions);
     return true;
 }
 

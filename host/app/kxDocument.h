@@ -71,6 +71,7 @@ public:
     bool saveTo(const QString& file);
     bool exportTo(const QString& file, kxExportedAnimations wanted = kxExportedAnimations::All);
 
+    // For scripts: nobody is asked.
     void startOver() override;
     bool open(const QString& file, kxFileReport& report) override;
     bool write(const QString& file, kxFileReport& report) override;
@@ -80,17 +81,22 @@ Q_SIGNALS:
     void changed();
     /// Another scene is open.
     void opened(const QString& file);
-    /// After opened(): it is what was left unsaved of this scene file, which need not be there any more.
-    void recovered(const QString& file);
+    /// After opened(): it is what was left unsaved of this scene file, which need not be there any more, or where
+    /// `versions` isn't empty of a scene that was never saved and has its versions there.
+    void recovered(const QString& file, const QString& versions);
+    /// Another scene takes the place of this one, and nobody was asked whether it is to be saved.
+    void aboutToReplace();
     void aboutToImport(const QString& file);
     /// The file that lies there, if there is one, is still as it was.
     void aboutToSave(const QString& file);
     void saved(const QString& file);
 
 private:
+    void makeNew();
     bool run(const QString& what, const QString& failure, kxFileReport& report, const std::function<bool()>& work);
     /// The scene came out of this file; empty: out of none.
-    void hasOpened(const QString& path);
+    void hasOpened(const QString& path) { hasOpened(path, path); }
+    void hasOpened(const QString& path, const QString& source);
     /// The scene is in no file; `source` is what it came from.
     void hasOpenedUnsaved(const QString& source);
     /// Writes without telling that it was saved().

@@ -4,6 +4,7 @@
 
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
+#include <journal/kxVersions.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kxLog.h>
 
@@ -83,7 +84,8 @@ void kxSession::describe()
     if (kxJournal::the().isPending())
         return; // a drag goes on, or a script
     const kxHistory& history = kxHistory::the();
-    kxJournal::Description description{_document->source(), _takenText, _takenTime, history.isSaved()};
+    kxJournal::Description description{_document->source(), _takenText, _takenTime, history.isSaved(),
+                                       kxVersions::the().neverSavedFolder()};
     if (description.isSaved)
         _takenText.clear();
     int last = history.index() - 1;

@@ -4,6 +4,7 @@
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
 
+#include <journal/kxJournal.h>
 #include <kxLog.h>
 #include <python/kxPythonConsole.h>
 #include <view/kxView3D.h>
@@ -25,8 +26,16 @@ kxVersionKeeper::kxVersionKeeper(kxMainWindow* window) : QObject(window), _windo
     versions.takePicture = [this] { return picture(); };
     versions.isBusy = [] { return kxRenderJob::isRunning() || QApplication::activeModalWidget() != nullptr; };
     const kxDocument* const document = &window->document();
-    connect(document, &kxDocument::opened, this, [document] { kxVersions::the().opened(document->path()); });
-    connect(document, &kxDocument::recovered, this, [](const QString& file) { kxVersions::the().recovered(file); });
+    versions.wait = [window](bool isWaiting)
+    {
+        if (const auto& busy = window->document().dialogs().busy)
+            busy(isWaiting ? tr("Keeping a version...") : QString());
+    };
+    connect(document, &kxDocument::opened, this,
+            [document] { kxVersions::the().opened(document->path(), document->source()); });
+    connect(document, &kxDocument::aboutToReplace, this, &kxVersionKeeper::keepUnsaved);
+    connect(document, &kxDocument::recovered, this,
+            [](const QString& file, const QString& folder) { kxVersions::the().recovered(file, folder); });
     connect(document, &kxDocument::aboutToSave, this, [](const QString& file) { kxVersions::the().toBeSaved(file); });
     connect(document, &kxDocument::saved, this, [](const QString& file) { kxVersions::the().saved(file); });
     connect(document, &kxDocument::aboutToImport, this,
@@ -46,6 +55,7 @@ kxVersionKeeper::~kxVersionKeeper()
     kxVersions& versions = kxVersions::the();
     versions.takePicture = nullptr;
     versions.isBusy = nullptr;
+    versions.wait = nullptr;
     versions.setSettings(kxVersions::Settings());
 }
 
@@ -54,6 +64,14 @@ void kxVersionKeeper::setUnattended(bool unattended)
     _isUnattended = unattended;
     _preferences.setUnattended(unattended);
     _preferences.preferencesApply();
+}
+
+void kxVersionKeeper::keepUnsaved()
+{
+    const kxDocument& document = _window->document();
+    const bool isUnsaved = document.isUnsaved() || kxJournal::the().isPending(); // a script's own
+    if (isUnsaved && kxVersions::the().keepBefore(kxVersion::Replacing))
+        kxLog::info(tr("The unsaved changes of '%1' are kept: File > Versions of a File.").arg(document.name()));
 }
 
 bool kxVersionKeeper::eventFilter(QObject* watched, QEvent* event)

@@ -28,6 +28,8 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    /// Before the scene is replaced without a question.
+    void keepUnsaved();
     QByteArray picture() const;
 
     kxMainWindow* _window;

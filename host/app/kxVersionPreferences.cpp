@@ -64,9 +64,10 @@ void kxVersionPreferences::makePage()
                      tr(" days"));
     _megabytes = addField(form, tr("All scenes together take at most"), QStringLiteral("_versionMegabytes"), 10,
                           MostMegabytes, tr(" MB"));
-    auto* const note = new QLabel(tr("Versions are kept at opening and saving, before scripts, imports and the "
-                                     "animation wizard, and while you work. They lie beside the settings. Beyond the "
-                                     "size the oldest go first, and those with a name last."));
+    auto* const note =
+        new QLabel(tr("Versions are kept when a scene file is opened or saved, before scripts, "
+                      "imports and the animation wizard, and while you work. They lie beside the settings. Beyond the "
+                      "size the oldest go first, and those with a name last."));
     note->setWordWrap(true);
     form->addRow(note);
     QObject::connect(_isOn, &QCheckBox::toggled, _minutes, &QWidget::setEnabled);

@@ -34,7 +34,7 @@ void writeLines(kxVersionStore& store, const std::vector<kxVersion>& versions, Q
                    .arg(version.name.isEmpty() ? version.why()
                                                : QStringLiteral("%1 (%2)").arg(version.name, version.why()));
         QString reason;
-        if (!store.isSound(version, reason))
+        if (!store.isWhole(version, reason))
             out << QStringLiteral(": ") << reason;
         out << Qt::endl;
     }
@@ -46,7 +46,7 @@ void writeJson(kxVersionStore& store, const std::vector<kxVersion>& versions, QT
     for (const kxVersion& version : versions)
     {
         QString reason;
-        const bool isSound = store.isSound(version, reason);
+        const bool isSound = store.isWhole(version, reason);
         list.append(QJsonObject{{QStringLiteral("number"), version.number},
                                 {QStringLiteral("time"), version.time.toString(Qt::ISODate)},
                                 {QStringLiteral("name"), version.name},

@@ -24,7 +24,14 @@ constexpr int ListWidth = 250;
 
 QString nameOf(const kxVersionStore::Document& document)
 {
-    return document.path.isEmpty() ? kxVersionsDialog::tr("Never saved") : QFileInfo(document.path).fileName();
+    const QString name = QFileInfo(document.path).fileName();
+    if (document.isNeverSaved)
+        return name.isEmpty() ? kxVersionsDialog::tr("Never saved")
+                              : kxVersionsDialog::tr("%1 (never saved)").arg(name);
+    // Where the index was lost the folder tells, without the digest behind the name.
+    return name.isEmpty() ? kxVersionsDialog::tr("%1 (which file is unknown)")
+                                .arg(QFileInfo(document.folder).fileName().section(QLatin1Char('-'), 0, -2))
+                          : name;
 }
 } // namespace
 

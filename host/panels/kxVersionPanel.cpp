@@ -11,10 +11,12 @@
 #include <QMessageBox>
 
 kxVersionPanel::kxVersionPanel(QWidget* parent)
-    : QWidget(parent), _view(new kxVersionView(
-                           tr("No versions yet.\n\nThey are kept when a scene is opened or saved, before scripts and "
-                              "imports, and while you work. Keep one of your own with the button below."),
-                           this))
+    : QWidget(parent),
+      _view(new kxVersionView(
+          tr("No versions yet.\n\nThey are kept when a scene file is opened or saved, before scripts and "
+             "imports, and while you work. A model of another format is kept once it was changed. "
+             "Keep one of your own with the button below."),
+          this))
 {
     setObjectName(QStringLiteral("_versions"));
     _view->setObjectName(QStringLiteral("_versionList"));

@@ -285,6 +285,7 @@ void kxJournal::describe(const Description& description)
         return;
     _store->begin();
     _store->setNote(kxJournalNote::Path, description.path.toUtf8());
+    _store->setNote(kxJournalNote::Versions, description.versions.toUtf8());
     _store->setNote(kxJournalNote::Text, description.text.toUtf8());
     _store->setNote(kxJournalNote::Time, description.time.toString(Qt::ISODate).toUtf8());
     _store->setNote(kxJournalNote::Saved, description.isSaved ? QByteArray::number(_serial) : QByteArray());

@@ -83,7 +83,8 @@ public:
         QString path; ///< of the file that the scene came from
         QString text; ///< of the last change
         QDateTime time;
-        bool isSaved; ///< there is nothing to recover, where nothing is committed after this
+        bool isSaved;     ///< there is nothing to recover, where nothing is committed after this
+        QString versions; ///< see kxVersions::neverSavedFolder()
     };
     void describe(const Description& description);
 

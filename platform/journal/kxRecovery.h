@@ -21,6 +21,7 @@ constexpr char Tops[] = "tops";           ///< ids: root, sceneplates, scenery, 
 constexpr char Serial[] = "serial";       ///< goes on with each transaction that changes the scene
 constexpr char Saved[] = "saved";         ///< the serial at which the scene was as its file
 constexpr char Path[] = "path";           ///< of the scene's file or of the model it came from
+constexpr char Versions[] = "versions";   ///< the name of their folder, where the scene was never saved
 constexpr char Text[] = "text";           ///< of the last change
 constexpr char Time[] = "time";           ///< of the last change, ISO
 

@@ -37,6 +37,8 @@ QString kxVersion::why() const
         return tr("Before going to version %1").arg(detail);
     case Working:
         return tr("While working");
+    case Replacing:
+        return tr("Before another scene took its place");
     case Unknown:
         break;
     }
@@ -119,7 +121,7 @@ kxVersion kxVersionIndex::read(const kxStatement& row)
     version.number = row.number(0);
     version.time = QDateTime::fromMSecsSinceEpoch(row.number(1));
     const qint64 reason = row.number(2);
-    version.reason = reason < 0 || reason > kxVersion::Unknown ? kxVersion::Unknown : kxVersion::Reason(reason);
+    version.reason = reason < 0 || reason > kxVersion::Replacing ? kxVersion::Unknown : kxVersion::Reason(reason);
     version.name = row.text(3);
     version.detail = row.text(4);
     version.size = row.number(5);

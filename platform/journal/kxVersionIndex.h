@@ -26,7 +26,8 @@ struct KX_API kxVersion
         Wizard,
         Leaving, ///< before going to another version
         Working,
-        Unknown
+        Unknown,
+        Replacing ///< before another scene takes its place; the numbers are stored, so this comes last
     };
 
     qint64 number = 0; ///< from 1; never given twice in one scene
@@ -61,7 +62,7 @@ public:
     void begin();
     bool commit();
 
-    /// The scene's path, empty for one that was never saved.
+    /// The path of the scene's file, or of what a scene came from that was never saved; may be empty.
     QString document();
     void setDocument(const QString& path);
 

@@ -1,6 +1,7 @@
 #include <journal/kxVersionStore.h>
 
 #include <files/scene/kxEnvelope.h>
+#include <files/scene/kxFileReport.h>
 #include <files/scene/kxFileSuffixes.h>
 #include <kernel/kxPreferencesStore.h>
 
@@ -143,6 +144,22 @@ QString kxVersionStore::folderOf(const QString& path)
     return rootFolder() + QLatin1Char('/') + name + QLatin1Char('-') + QString::fromLatin1(digest);
 }
 
+QString kxVersionStore::makeNeverSavedFolder()
+{
+    static int count = 0;
+    return QStringLiteral("%1/unsaved-%2-%3-%4")
+        .arg(rootFolder(), QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss")))
+        .arg(QCoreApplication::applicationPid())
+        .arg(++count);
+}
+
+bool kxVersionStore::isNeverSaved(const QString& folder)
+{
+    // A digest, as folderOf() puts it behind the name, has no such parts.
+    static const QRegularExpression form(QStringLiteral("^unsaved-\\d{8}-\\d{6}-\\d+-\\d+$"));
+    return form.match(QFileInfo(folder).fileName()).hasMatch();
+}
+
 std::vector<kxVersionStore::Document> kxVersionStore::documents()
 {
     std::vector<Document> documents;
@@ -151,7 +168,8 @@ std::vector<kxVersionStore::Document> kxVersionStore::documents()
         kxVersionStore store(folder);
         const std::vector<kxVersion> versions = store.list();
         if (!versions.empty())
-            documents.push_back({store.folder(), store._index->document(), versions.back().time, int(versions.size())});
+            documents.push_back({store.folder(), store._index->document(), isNeverSaved(folder), versions.back().time,
+                                 int(versions.size())});
     }
     std::sort(documents.begin(), documents.end(), [](const Document& a, const Document& b) { return a.last > b.last; });
     return documents;
@@ -269,6 +287,17 @@ bool kxVersionStore::isSound(const kxVersion& version, QString& reason) const
     else
         return true;
     return false;
+}
+
+bool kxVersionStore::isWhole(const kxVersion& version, QString& reason) const
+{
+    if (!isSound(version, reason))
+        return false;
+    kxEnvelopeReader in;
+    kxFileReport report;
+    const bool isWhole = in.open(file(version.number), kxEnvelope::SceneMagic, report);
+    reason = report.error();
+    return isWhole;
 }
 
 QString kxVersionStore::temporary()

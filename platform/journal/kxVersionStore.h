@@ -23,10 +23,15 @@ public:
     static QString rootFolder();
     /// Of the file at `path`, which need not be there any more.
     static QString folderOf(const QString& path);
+    /// Another one at each call, for a scene that was never saved.
+    static QString makeNeverSavedFolder();
+    static bool isNeverSaved(const QString& folder);
     /// A scene that has versions.
     struct Document
     {
-        QString folder, path; ///< no path: it was never saved
+        QString folder;
+        QString path; ///< of its file, or where it was never saved of what it came from; may be empty
+        bool isNeverSaved = false;
         QDateTime last;
         int count = 0;
     };
@@ -45,8 +50,11 @@ public:
     QString file(qint64 number) const;
     /// A version has the content of this file.
     bool holds(const QString& file);
-    /// False, with the reason, where the version's file isn't the one that was kept.
+    /// False, with the reason, where the version's file isn't the one that was kept. It goes by size and head.
     bool isSound(const kxVersion& version, QString& reason) const;
+
+    /// The same, and that nothing within it was damaged, for which all of it is read.
+    bool isWhole(const kxVersion& version, QString& reason) const;
 
     /// A place for a file that move() then takes, empty where there is none.
     QString temporary();

@@ -62,7 +62,7 @@ kxVersions& kxVersions::the()
 kxVersions::kxVersions() : _bytesPerMs(FirstBytesPerMs)
 {
     connect(&_timer, &QTimer::timeout, this, &kxVersions::tick);
-    setStore(QString());
+    setStore(QString(), QString());
 }
 
 void kxVersions::setSettings(const Settings& settings)
@@ -75,28 +75,27 @@ void kxVersions::setSettings(const Settings& settings)
         _timer.stop();
 }
 
-void kxVersions::setStore(const QString& path)
+void kxVersions::setStore(const QString& path, const QString& source)
+{
+    const bool isNeverSaved = path.isEmpty();
+    setStore(path, std::make_unique<kxVersionStore>(isNeverSaved ? kxVersionStore::makeNeverSavedFolder()
+                                                                 : kxVersionStore::folderOf(path),
+                                                    isNeverSaved ? source : path));
+}
+
+void kxVersions::setStore(const QString& path, std::unique_ptr<kxVersionStore> store)
 {
     _path = path;
-    // A scene that was never saved has its folder in this process alone.
-    static int unsaved = 0;
-    const QString folder = path.isEmpty()
-                               ? QStringLiteral("%1/unsaved-%2-%3-%4")
-                                     .arg(kxVersionStore::rootFolder(),
-                                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss")))
-                                     .arg(QCoreApplication::applicationPid())
-                                     .arg(++unsaved)
-                               : kxVersionStore::folderOf(path);
-    _store = std::make_unique<kxVersionStore>(folder, path);
+    _store = std::move(store);
     _sinceKept.start();
     _contentKept = content();
     _withoutPicture = _newest = 0;
     _lastSize = 0;
 }
 
-void kxVersions::opened(const QString& path)
+void kxVersions::opened(const QString& path, const QString& source)
 {
-    setStore(path);
+    setStore(path, source);
     if (_settings.isOn && !path.isEmpty())
     {
         kxVersion version;
@@ -106,11 +105,20 @@ void kxVersions::opened(const QString& path)
     Q_EMIT changed();
 }
 
-void kxVersions::recovered(const QString& path)
+void kxVersions::recovered(const QString& path, const QString& neverSavedFolder)
 {
-    setStore(path);
+    const QString folder = kxVersionStore::rootFolder() + QLatin1Char('/') + neverSavedFolder;
+    if (kxVersionStore::isNeverSaved(folder))
+        setStore(QString(), std::make_unique<kxVersionStore>(folder, path));
+    else
+        setStore(path, path);
     _contentKept = 0; // no version holds it
     Q_EMIT changed();
+}
+
+QString kxVersions::neverSavedFolder() const
+{
+    return _path.isEmpty() ? QFileInfo(_store->folder()).fileName() : QString();
 }
 
 void kxVersions::toBeSaved(const QString& path)
@@ -131,7 +139,7 @@ void kxVersions::saved(const QString& path)
 {
     const std::unique_ptr<kxVersionStore> before = std::exchange(_store, nullptr);
     const bool wasUnsaved = _path.isEmpty();
-    setStore(path);
+    setStore(path, path);
     if (wasUnsaved)
         _store->adopt(*before);
     if (_settings.isOn)
@@ -221,17 +229,25 @@ bool kxVersions::isNew() const
     return content() != _contentKept || kxJournal::the().isPending(); // within a script nothing is an entry yet
 }
 
-bool kxVersions::isAffordable()
+bool kxVersions::isQuick() const
 {
-    return double(_lastSize) / _bytesPerMs < LongestWriteMs || _sinceKept.elapsed() > SlowMinutes * MinuteMs;
+    return double(_lastSize) / _bytesPerMs < LongestWriteMs;
 }
 
-void kxVersions::keepBefore(kxVersion::Reason reason, const QString& detail)
+bool kxVersions::keepBefore(kxVersion::Reason reason, const QString& detail)
 {
-    if (!_settings.isOn || !isNew() || !isAffordable())
-        return;
-    kept(keepOpenScene(made(reason, detail)), true);
+    if (!_settings.isOn || !isNew())
+        return _settings.isOn;
+    const bool isLong = wait && !isQuick();
+    if (isLong)
+        wait(true);
+    const qint64 number = keepOpenScene(made(reason, detail));
+    if (isLong)
+        wait(false);
+    _warned.remove(_path); // each time: what comes can't be taken back by a version then
+    kept(number, true);
     Q_EMIT changed();
+    return number != 0;
 }
 
 qint64 kxVersions::keep(const QString& name, QString& reason)
@@ -258,7 +274,8 @@ void kxVersions::tick()
         return;
     addPicture();
     applyBounds();
-    if (_sinceKept.elapsed() < _settings.minutes * MinuteMs || !isNew() || !isAffordable())
+    const int minutes = isQuick() ? _settings.minutes : std::max(_settings.minutes, SlowMinutes);
+    if (_sinceKept.elapsed() < minutes * MinuteMs || !isNew())
         return;
     kept(keepOpenScene(made(kxVersion::Working, QString())), true);
     Q_EMIT changed();

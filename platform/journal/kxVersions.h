@@ -36,18 +36,24 @@ public:
     std::function<QByteArray()> takePicture;
     /// The user is in the middle of something: not now. May be empty.
     std::function<bool()> isBusy;
+    /// Around what somebody waits for. May be empty.
+    std::function<void(bool isWaiting)> wait;
 
     // The document tells these.
-    /// Another scene is open; `path` is its file, empty where none of ours holds it.
-    void opened(const QString& path);
-    /// The open scene is what a run before left unsaved of this file, whose versions it goes on with.
-    void recovered(const QString& path);
+    /// Another scene is open; `path` is its file, empty where none of ours holds it, and `source` what it came from.
+    void opened(const QString& path, const QString& source = QString());
+    /// The open scene is what a run before left unsaved of this file, or of what came from it and was never saved, as
+    /// that run's neverSavedFolder() says. It goes on with those versions.
+    void recovered(const QString& path, const QString& neverSavedFolder = QString());
+    /// The name of the folder of a scene that was never saved, empty for others.
+    QString neverSavedFolder() const;
     /// The scene is about to take the place of the file that lies there.
     void toBeSaved(const QString& path);
     void saved(const QString& path);
 
-    /// Before something that may change much: a script, an import, the wizard.
-    void keepBefore(kxVersion::Reason reason, const QString& detail = QString());
+    /// Before something that may change much: a script, an import, the wizard. However long it takes; false where no
+    /// version holds what changed since the last one or the file.
+    bool keepBefore(kxVersion::Reason reason, const QString& detail = QString());
     /// By hand; gives the number, 0 where it failed, with the reason. Where the last version is the same scene, that
     /// one gets the name.
     qint64 keep(const QString& name, QString& reason);
@@ -96,12 +102,13 @@ private:
     void tick();
     void addPicture();
     void applyBounds();
-    bool isAffordable();
+    bool isQuick() const;
     static quint64 content();
     bool isNew() const;
     /// Tells what went wrong, and begins anew.
     void settle();
-    void setStore(const QString& path);
+    void setStore(const QString& path, const QString& source);
+    void setStore(const QString& path, std::unique_ptr<kxVersionStore> store);
 
     Settings _settings;
     std::unique_ptr<kxVersionStore> _store;

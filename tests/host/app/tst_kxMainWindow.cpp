@@ -2,6 +2,10 @@
 
 #include <app/kxHostSettings.h>
 #include <app/kxMainWindow.h>
+#include <app/kxSession.h>
+#include <files/scene/kxSceneContent.h>
+#include <files/text/kxSceneText.h>
+#include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
 #include <journal/kxRecovery.h>
 #include <journal/kxVersions.h>
@@ -124,6 +128,76 @@ private Q_SLOTS:
         QVERIFY(list->rowCount() == 1 && list->index(0, 0).data().toString().contains("round"));
         QVERIFY(kxVersions::the().keep(QString(), reason) > 0);
         QVERIFY(_window->document().saveTo(file) && list->rowCount() == 1); // the same scene
+    }
+
+    /// Of a model that was opened, killed before it was saved: its versions go on, bear its name, and go along.
+    void aRecoveredModelGoesOnWithItsVersions()
+    {
+        const QTemporaryDir folder;
+        const QString model = folder.filePath("engine.glb");
+        QString reason;
+        kxSceneFixture::addObject("Wheel");
+        kxFileReport report;
+        QVERIFY(_window->document().exportTo(model) && _window->document().open(model, report));
+        kxSession session(false);
+        session.follow(_window->document());
+        kxJournal::the().start(folder.filePath("journal.db"));
+        QVERIFY(kxVersions::the().keep("round", reason) == 1);
+        kxSceneFixture::addObject("Lid");
+        kxHistory::the().flush();
+        _window->document().changed();
+        kxJournal::the().stop();
+        _window->document().startOver();
+        kxRecovery recovery(folder.filePath("journal.db"));
+        QVERIFY(_window->document().openRecovered(recovery, model));
+        QVERIFY(kxVersions::the().keep("lid", reason) == 2);
+        _window->findChild<QAction*>("_actionVersionsofaFile")->trigger();
+        QDialog* const dialog = _window->findChild<QDialog*>("_versionsDialog");
+        const QString first = dialog->findChild<QListWidget*>()->item(0)->text();
+        QVERIFY2(first.startsWith("engine.glb (never saved)\n"), qPrintable(first));
+        dialog->close();
+        QVERIFY(_window->document().saveTo(folder.filePath("engine.kxs")));
+        const auto* const list = dock("Versions")->findChild<kxVersionView*>()->versions();
+        QCOMPARE(list->rowCount(), 2);
+        QVERIFY(list->index(1, 0).data().toString().contains("round"));
+    }
+
+    void scriptsLoseNothing_data()
+    {
+        kxColumns<QStringList>("acts"); // a file to open, or nothing for a new scene
+        kxRow("a new one", QStringList{""});
+        kxRow("a file", QStringList{"other.kxs"});
+        kxRow("one that can't be opened", QStringList{"none.kxs"});
+        kxRow("nothing more to lose", QStringList{"", "other.kxs"});
+    }
+    /// What isn't saved is kept where a script replaces the scene without a question, once.
+    void scriptsLoseNothing()
+    {
+        QFETCH(const QStringList, acts);
+        const QTemporaryDir folder;
+        QVERIFY(_window->document().saveTo(folder.filePath("other.kxs")));
+        kxJournal::the().start(folder.filePath("journal.db"));
+        kxVersions::Settings settings;
+        settings.isOn = true;
+        kxVersions::the().setSettings(settings);
+        kxSceneFixture::addObject("Wheel");
+        kxScriptDocument& document = _window->document();
+        for (const QString& act : acts)
+        {
+            kxFileReport report;
+            if (act.isEmpty())
+                document.startOver();
+            else
+                QCOMPARE(document.open(folder.filePath(act), report), act == "other.kxs");
+        }
+        kxJournal::the().stop();
+        kxVersionStore kept(kxVersionStore::folderOf(folder.filePath("other.kxs")));
+        QCOMPARE(kept.list().size(), std::size_t(acts.back() == "other.kxs" ? 2 : 1)); // with that of the opening
+        QCOMPARE(kept.list().front().title(), QString("Before another scene took its place"));
+        kxSceneContent content;
+        kxFileReport report;
+        QVERIFY(kxVersions::read(kept, 1, content, report));
+        QVERIFY(kxSceneText::of(content).contains("[objects/Wheel]"));
     }
 
     void keysOfTheToolsInTheSceneTree()

@@ -97,6 +97,21 @@ private Q_SLOTS:
         versions().opened(QString());
     }
 
+    /// Before the first write of a scene that takes long, as it goes by what it assumes of the disk; so this comes
+    /// first.
+    void beforeAScriptHoweverLong()
+    {
+        kxJournal::the().start(QString());
+        nodeNamed("Body")->setNodeName(std::string(20 << 20, 'x'));
+        QVERIFY(save(path("large.kxs")));
+        QVERIFY(versions().keepBefore(kxVersion::Script, "spin.py")); // as it was saved
+        QCOMPARE(titles(versions().store()), QString("Saved"));
+        edit();
+        QVERIFY(versions().keepBefore(kxVersion::Script, "spin.py"));
+        QCOMPARE(titles(versions().store()), QString("Saved|Before the script 'spin.py'"));
+        kxJournal::the().stop();
+    }
+
     void everyStateComesBack_data()
     {
         kxColumns<unsigned>("seed");
@@ -320,6 +335,10 @@ private Q_SLOTS:
         kxVersionStore mended(folder);
         QCOMPARE(titles(mended), QString("Found without an entry|Found without an entry"));
         QVERIFY(mended.takeNotes().join(' ').contains("index"));
+        QString reason;
+        QVERIFY(mended.isWhole(mended.list().back(), reason));
+        QVERIFY(mended.isSound(mended.list().front(), reason) && !mended.isWhole(mended.list().front(), reason));
+        QVERIFY2(reason.contains("damaged"), qPrintable(reason));
         QCOMPARE(mended.list().back().number, qint64(3));
     }
 
@@ -377,9 +396,21 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             QVERIFY(save(path("a.kxs")) && keep("x") == 0);
         QCOMPARE(warnings().filter("can't be kept").size(), before + 1);
+        kxJournal::the().start(QString());
+        edit();
+        for (int i = 0; i < 2; ++i) // what comes has no way back: each time
+            QVERIFY(!versions().keepBefore(kxVersion::Import, "arm.glb"));
+        QCOMPARE(warnings().filter("can't be kept").size(), before + 3);
+        kxJournal::the().stop();
     }
 
 private:
+    static void edit()
+    {
+        kxScene::the()->setSetting("sky", "red");
+        kxScene::the()->markSettingsChanged();
+        kxScene::the()->flush();
+    }
     QString path(const QString& name) const { return _folder->filePath(name); }
     std::unique_ptr<QTemporaryDir> _folder;
 };
