@@ -421,8 +421,7 @@ kxHistory::Pause::~Pause()
 {
     if (!_isOwn)
         return;
-    if (!kxUndoGesture::the().isHeld() && !kxUndoRecorder::isActing())
-        the().flush(); // not all that was done has been heard of
+    the().settle(); // not all that was done has been heard of; what glides or previews goes on
     the()._runs.back().isPaused = false;
 }
 
