@@ -1,5 +1,6 @@
 #include <animation/kxFrameTime.h>
 #include <osg/SceneCores.h>
+#include <osg/Share.h>
 #include <scene/CameraLight.h>
 #include <scene/Scenery.h>
 #include <scene/kxScenery.h>
@@ -112,7 +113,8 @@ private Q_SLOTS:
         QCOMPARE(at(40), QString("Near 20")); // the film has it
         QCOMPARE(at(20), QString("- 22"));
         kxAnimEngine::of(*kxAnimManager::the()).film.releaseCamera();
-        kxScene::the()->root()->subChild(kxScenery::find(kxScenery::Kind::VariantSet, "Lamp"));
+        const osg::Share<Node> held(kxScenery::find(kxScenery::Kind::VariantSet, "Lamp"));
+        kxScene::the()->root()->subChild(held.get());
         QCOMPARE(at(144).left(5), QString("Rig 2"));
         kxAnimManager::the()->clipStructureRoot()->subChild(film);
         QCOMPARE(seen().left(1), QString("-"));
