@@ -146,7 +146,10 @@ private:
         else if (name == "postCycles")
         {
             const Int32 cycles = after<Int32>("postCycles");
-            push(Act::Change, tr("Repeat"), cycles < 0 ? tr(" without end") : tr(" %1 times").arg(cycles));
+            push(Act::Change, tr("Repeat"),
+                 cycles < 0    ? tr(" without end")
+                 : cycles == 1 ? tr(" once")
+                               : tr(" %1 times").arg(cycles));
         }
         else if (name == "flipped" || name == "locked" || name == "motionBlur")
         {

@@ -73,7 +73,7 @@ QString offset(const Side& before, const Side& after)
 
 QString times(Int32 cycles)
 {
-    return cycles < 0 ? tr("without end") : tr("%1 times").arg(cycles);
+    return cycles < 0 ? tr("without end") : cycles == 1 ? tr("once") : tr("%1 times").arg(cycles);
 }
 
 QString frameRange(const Side& side)

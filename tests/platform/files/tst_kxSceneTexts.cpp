@@ -303,6 +303,8 @@ private:
             [this] { forBars([](auto bar) { bar->setLocked(true); }); });
         row("Repeat 'Spin' 3 times in 'Show'", "'Spin' in clip 'Show': repeats 3 times (was 0 times)",
             [this] { _bars[0]->setPostCycles(3); });
+        row("Repeat 'Spin' once in 'Show'", "'Spin' in clip 'Show': repeats once (was 0 times)",
+            [this] { _bars[0]->setPostCycles(1); });
         row("Repeat 'Spin' without end in 'Show'", "'Spin' in clip 'Show': repeats without end (was 0 times)",
             [this] { _bars[0]->setPostCycles(-1); });
         row("Play 'Spin' from frame 6 to 12 in 'Show'",
