@@ -8,8 +8,8 @@
 #include <panels/kxEmptyHint.h>
 #include <scene/kxScene.h>
 
-#include <QAction>
 #include <QAbstractItemView>
+#include <QAction>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>

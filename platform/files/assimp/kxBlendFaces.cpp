@@ -231,7 +231,7 @@ QByteArray kxBlendFaces::bytesOf(const QString& path)
 {
     constexpr int Most = 1 << 30, Chunk = 1 << 20;
     // Of a file that isn't packed this gives the bytes as they are.
-    const gzFile file = gzopen(QFile::encodeName(path).constData(), "rb");
+    gzFile_s* const file = gzopen(QFile::encodeName(path).constData(), "rb");
     if (file == nullptr)
         return QByteArray();
     QByteArray bytes(16, '\0');
