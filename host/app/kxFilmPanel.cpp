@@ -183,8 +183,9 @@ void kxFilmPanel::fillSources()
         _source->addItem(QString(4 * clip.depth, QLatin1Char(' ')) + clip.name);
     }
     _source->setCurrentIndex(current);
-    if (_player.clip() != shown || current == 0)
+    if (_player.clip() != shown)
         chooseSource(current);
+    _player.refresh();
 }
 
 void kxFilmPanel::chooseSource(int index)

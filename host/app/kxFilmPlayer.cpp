@@ -51,6 +51,8 @@ void kxFilmPlayer::setRange(int first, int last)
 
 void kxFilmPlayer::refresh()
 {
+    if (_clipId != 0 && clip() == osg::NullFC)
+        setClip(osg::AnimNodePtr());
     const kxRenderSource::Range whole = kxRenderSource(clip()).range();
     if (_isRangeSet || (whole.first == _range.first && whole.last == _range.last))
         return;
@@ -69,7 +71,7 @@ void kxFilmPlayer::goTo(double frame)
     const bool wasPlaying = isPlaying();
     halt();
     show(std::clamp(frame, double(_range.first), double(_range.last)), true);
-    if (wasPlaying)
+    if (wasPlaying && (_frame < _range.last || _isLooping)) // else it has come to its end
         play();
 }
 

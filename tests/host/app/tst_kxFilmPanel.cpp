@@ -87,8 +87,13 @@ private Q_SLOTS:
         QVERIFY(_player->clip() == osg::NullFC && field("_filmOut")->value() == 9);
         trigger("_filmEnd");
         QCOMPARE(kxAnimManager::the()->currentFrame(), 9.0);
+        field("_filmIn")->setValue(7);
+        trigger("_filmPlay");
         F::added(F::clip("Later", {F::clip("Inner", {})}));
         kxHistory::the().flush();
+        QVERIFY(_player->isPlaying() && field("_filmIn")->value() == 7); // another clip is none of its business
+        trigger("_filmEnd");
+        trigger("_filmStop");
         QCOMPARE(source()->itemText(3), "    Inner");
         QVERIFY(source()->currentIndex() == 0 && field("_filmFrame")->value() == 9);
         source()->setCurrentIndex(1);
