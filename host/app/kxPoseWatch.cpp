@@ -21,6 +21,7 @@ void kxPoseWatch::look()
     {
         _said.clear();
         _poses.clear();
+        return; // evaluation has just written all: there is nothing to look for at each frame of a playback
     }
     const std::vector<kxScenePlan::Pose> before = std::exchange(_poses, kxPoses::all());
     for (const kxScenePlan::Pose& pose : _poses)
