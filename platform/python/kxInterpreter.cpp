@@ -179,6 +179,14 @@ kxScriptResult reported(kxScriptResult result)
 }
 } // namespace
 
+kxInterpreter::Lock::Lock() : _state(Py_IsInitialized() != 0 ? int(PyGILState_Ensure()) : -1) {}
+
+kxInterpreter::Lock::~Lock()
+{
+    if (_state >= 0)
+        PyGILState_Release(PyGILState_STATE(_state));
+}
+
 bool kxInterpreter::start()
 {
     if (isRunning())
@@ -208,6 +216,7 @@ void kxInterpreter::adoptBuiltInModules()
 {
     if (!isRunning())
         return;
+    const Lock lock;
     // Python imports only what is in this tuple, which it fills at its start.
     const Ref names(PyList_New(0));
     for (const _inittab* entry = PyImport_Inittab; names && entry->name != nullptr; ++entry)
@@ -225,6 +234,7 @@ kxScriptResult kxInterpreter::run(const std::string& text, const std::string& na
 {
     if (!isRunning())
         return reported(notRunning());
+    const Lock lock;
     const Ref outcome(
         PyObject_CallMethod(runner, "run_text", "y#s", text.data(), Py_ssize_t(text.size()), name.c_str()));
     return reported(outcome ? toResult(outcome.get()) : internalError());
@@ -234,6 +244,7 @@ kxScriptResult kxInterpreter::runFile(const std::string& path)
 {
     if (!isRunning())
         return reported(notRunning());
+    const Lock lock;
     const Ref decoded(PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size())));
     const Ref outcome(decoded ? PyObject_CallMethod(runner, "run_file", "O", decoded.get()) : nullptr);
     return reported(outcome ? toResult(outcome.get()) : internalError());
@@ -245,6 +256,7 @@ kxScriptResult kxInterpreter::runInteractive(const std::string& text, bool* need
         *needsMore = false;
     if (!isRunning())
         return notRunning();
+    const Lock lock;
     const Ref source(PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace"));
     const Ref answer(source ? PyObject_CallMethod(runner, "run_interactive", "O", source.get()) : nullptr);
     int more = 0;
@@ -261,6 +273,7 @@ std::vector<std::string> kxInterpreter::complete(const std::string& text)
     std::vector<std::string> names;
     if (!isRunning())
         return names;
+    const Lock lock;
     const Ref source(PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace"));
     const Ref found(source ? PyObject_CallMethod(runner, "complete", "O", source.get()) : nullptr);
     if (!found || !PyList_Check(found.get()))

@@ -15,12 +15,27 @@ struct kxScriptResult
     std::string trace;   ///< UTF-8, ends with a line break; empty unless an exception other than SystemExit came out
 };
 
-/// The application's one Python interpreter. Main thread only, which holds the interpreter's lock all the time.
+/// The application's one Python interpreter. Main thread only, which holds the interpreter's lock all the time, but for
+/// what a script calls that lets go of it, and that may turn the event loop: each function here takes the lock.
 ///
 /// All scripts share one namespace, that of `__main__`. An error ends the script, never the application.
 class KX_API kxInterpreter
 {
 public:
+    /// Holds the interpreter's lock while it lives, for code that calls Python itself. One may stand in another's life;
+    /// does nothing before Python starts.
+    class KX_API Lock
+    {
+    public:
+        Lock();
+        ~Lock();
+        Lock(const Lock&) = delete;
+        Lock& operator=(const Lock&) = delete;
+
+    private:
+        int _state; // of Python's, -1 for none
+    };
+
     enum Stream
     {
         Output,

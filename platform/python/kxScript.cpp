@@ -35,6 +35,7 @@ void callSafely(const std::function<void(kxPythonRegisterFactory::Level)>& funct
 {
     if (!function)
         return;
+    const kxInterpreter::Lock lock;
     try
     {
         function(level);

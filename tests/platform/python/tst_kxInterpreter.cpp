@@ -113,6 +113,28 @@ private Q_SLOTS:
         QVERIFY(kxScript::run("x = 1"));
     }
 
+    void comesInWhileAScriptHasLetGoOfTheLock()
+    {
+        kxScript::run("import ctypes\nturn = ctypes.CDLL('libQt5Core.so.5')."
+                      "_ZN16QCoreApplication13processEventsE6QFlagsIN10QEventLoop17ProcessEventsFlagEE\nseen = []");
+        std::vector<std::string> names;
+        QTimer::singleShot(0, this,
+                           [&]
+                           {
+                               // One in the other: the loop that the first script turns runs the second one's.
+                               QTimer::singleShot(0, this, [] { kxInterpreter::run("seen.append('inner')"); });
+                               kxInterpreter::run("turn(0)\nseen.append('outer')");
+                               bool more = true;
+                               kxInterpreter::runInteractive("seen.append('typed')", &more);
+                               names = kxInterpreter::complete("seen.appe");
+                               const kxPythonRegister late([](Level) { PyRun_SimpleString("seen.append('late')"); });
+                           });
+        const kxScriptResult result = kxInterpreter::run("turn(0)\nassert seen == ['inner', 'outer', 'typed', 'late', "
+                                                         "'late'], seen");
+        QVERIFY2(result.ok, result.trace.c_str());
+        QCOMPARE(names, std::vector<std::string>{"seen.append"});
+    }
+
     void exitGivesItsCode()
     {
         const std::pair<const char*, int> exits[] = {{"", 0}, {"3", 3}, {"'too hot'", 1}, {"2**40", 2147483647}};
