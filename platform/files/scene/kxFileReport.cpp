@@ -26,6 +26,12 @@ bool kxFileReport::fail(const QFileDevice& file)
     return fail(QStringLiteral("not all of it could be written; the disk may be full"));
 }
 
+bool kxFileReport::cancel()
+{
+    _cancelled = true;
+    return fail(QStringLiteral("it was cancelled"));
+}
+
 void kxFileReport::note(const QString& line)
 {
     if (_notes.contains(line))
@@ -58,6 +64,8 @@ void kxFileReport::log() const
         kxLog::warning(QStringLiteral("'%1': %2").arg(_file, line));
     if (_unlisted > 0)
         kxLog::warning(QStringLiteral("'%1': and %2 more").arg(_file).arg(_unlisted));
-    if (failed())
+    if (isCancelled())
+        kxLog::info(message());
+    else if (failed())
         kxLog::error(message());
 }

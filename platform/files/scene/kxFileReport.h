@@ -26,6 +26,9 @@ public:
     bool fail(const QString& reason);
     /// With the reason why the file couldn't be read or written.
     bool fail(const QFileDevice& file);
+    /// The user took it back: nobody has to be told why it failed.
+    bool cancel();
+    bool isCancelled() const { return _cancelled; }
     void note(const QString& line);
     /// What was done that is no fault of the file.
     void tell(const QString& line) { _told.append(line); }
@@ -45,5 +48,6 @@ private:
     QStringList _told;
     QString _summary;
     bool _opened = false;
+    bool _cancelled = false;
     int _unlisted = 0; ///< notes beyond MostNotes
 };
