@@ -128,10 +128,10 @@ void kxRenderJob::showFrames(const kxRenderSource& source, const kxRenderSource:
     const double before = manager->currentFrame();
     manager->setCurrentFrame(before, false, true); // another clip may be shown
     std::optional<kxViewCamera> framed;
-    for (int frame = range.first; frame <= range.last; frame += step)
+    for (qint64 frame = range.first; frame <= range.last; frame += step)
     {
-        source.show(frame);
-        if (!take(frame, viewFor(size, framed)))
+        source.show(int(frame));
+        if (!take(int(frame), viewFor(size, framed)))
             break;
     }
     manager->setCurrentFrame(before, false, true);

@@ -68,7 +68,7 @@ kxRenderSource::Range kxRenderSource::range() const
 {
     const kxAnimManager* const manager = kxAnimManager::the();
     if (_clip == osg::NullFC)
-        return {manager->detailedRangeStart(), manager->detailedRangeEnd()};
+        return {toFrame(manager->detailedRangeStart()), toFrame(manager->detailedRangeEnd())};
     const kxAnimManager::kxAnimInfo info = manager->getInfo(_clip);
     const auto frameOf = [manager](float seconds) { return kxFrameTime::frame(double(seconds), manager->fps()); };
     return {toFrame(std::floor(frameOf(info.start))), toFrame(std::ceil(frameOf(info.end)))};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <animation/kxTimeLimit.h>
 #include <osg/AnimNode.h>
 
 #include <vector>
@@ -22,7 +23,7 @@ public:
         QString name;
         int depth = 0; ///< how many clips it is in
     };
-    static constexpr int LargestFrame = 1000000;
+    static constexpr int LargestFrame = kxTimeLimit::Frames;
 
     /// The timeline.
     kxRenderSource() = default;

@@ -1,5 +1,6 @@
 #include "kxFilmMarkers.h"
 
+#include <animation/kxTimeLimit.h>
 #include <kxCommand.h>
 #include <scene/kxScene.h>
 
@@ -14,7 +15,6 @@ namespace
 typedef kxFilmMarkers::Marker Marker;
 
 constexpr char Key[] = "film.markers"; ///< [{"frame": 12, "name": "Doors"}]
-constexpr double LargestFrame = 1.0e6;
 
 std::string stored()
 {
@@ -53,7 +53,7 @@ std::vector<Marker> kxFilmMarkers::all()
     {
         const QJsonObject object = value.toObject();
         const QJsonValue frame = object.value(QLatin1String("frame"));
-        if (frame.isDouble() && std::abs(frame.toDouble()) <= LargestFrame)
+        if (frame.isDouble() && std::abs(frame.toDouble()) <= kxTimeLimit::Frames)
             markers.push_back({int(frame.toDouble()), object.value(QLatin1String("name")).toString()});
     }
     std::stable_sort(markers.begin(), markers.end(),

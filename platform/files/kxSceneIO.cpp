@@ -1,6 +1,7 @@
 #include <files/kxSceneIO.h>
 
 #include <animation/kxAnimScene.h>
+#include <animation/kxTimeLimit.h>
 #include <animation/kxTimeRescale.h>
 #include <files/assimp/kxAssimpImport.h>
 #include <files/gltf/kxGltfExport.h>
@@ -34,8 +35,6 @@ using namespace osg;
 
 namespace
 {
-constexpr double LargestFrame = 1.0e6; ///< of a range that is set from a file
-
 /// What can't be read as one version of a format may be one that another reader knows.
 bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
 {
@@ -107,9 +106,9 @@ void coverAnimations(const kxSceneContent& content)
         return;
     constexpr double Slack = 1e-3; // of a frame: times that mean a frame aren't exact
     kxAnimManager* const manager = kxAnimManager::the();
-    const double fps = manager->fps();
-    const double start = std::floor(std::clamp(content.animationStart * fps + Slack, -LargestFrame, LargestFrame));
-    const double end = std::ceil(std::clamp(content.animationEnd * fps - Slack, -LargestFrame, LargestFrame));
+    const double fps = manager->fps(), limit = kxTimeLimit::Frames;
+    const double start = std::floor(std::clamp(content.animationStart * fps + Slack, -limit, limit));
+    const double end = std::ceil(std::clamp(content.animationEnd * fps - Slack, -limit, limit));
     manager->setFullRangeStart(int(start));
     manager->setFullRangeEnd(int(end));
     manager->setDetailedRangeStart(int(start));

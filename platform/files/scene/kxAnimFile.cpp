@@ -5,6 +5,8 @@
 #include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxEnvelope.h>
 #include <files/scene/kxFileReport.h>
+#include <files/scene/kxTimeBounds.h>
+#include <kxAnimManager.h>
 #include <osg/AnimNode.h>
 
 using namespace osg;
@@ -78,10 +80,15 @@ bool kxAnimFile::read(const QString& path, std::vector<AnimNodePtr>& out, QStrin
             for (const quint32 number : numbers)
                 if (const AnimNodePtr animation = reader.getRoot<AnimNode>(number); animation != NullFC)
                     animations.emplace_back(animation);
+        std::map<std::string, double> rate = {{"fps", kxAnimManager::the()->fps()}};
         if (!report.failed())
+        {
+            kxTimeBounds::clamp(reader.containers(), rate, report);
+            report.log();
             // What was read dies with its reader; the copies, which nobody owns yet, keep its cores.
             for (const osg::Share<AnimNode>& animation : animations)
                 out.push_back(cloneAnimTree(animation.get(), true));
+        }
     }
     error = report.error();
     return !report.failed();

@@ -81,6 +81,16 @@ void kxContainerReader::readContainers()
     _in.leave();
 }
 
+std::vector<FieldContainerPtr> kxContainerReader::containers() const
+{
+    std::vector<FieldContainerPtr> containers;
+    containers.reserve(_containers.size());
+    for (const osg::Share<FieldContainer>& container : _containers)
+        if (container)
+            containers.push_back(container.get());
+    return containers;
+}
+
 kxSceneOrigin kxContainerReader::origin() const
 {
     kxSceneOrigin origin;

@@ -53,6 +53,8 @@ public:
     }
     /// The containers that were read, by their numbers, and where they began.
     kxSceneOrigin origin() const;
+    /// Those of known classes.
+    std::vector<osg::FieldContainerPtr> containers() const;
     /// Objects that were among animations, and are in no tree now.
     const std::vector<osg::Share<osg::Node>>& strays() const { return _strays; }
 

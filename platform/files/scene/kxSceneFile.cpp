@@ -5,6 +5,7 @@
 #include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxEnvelope.h>
 #include <files/scene/kxRestScope.h>
+#include <files/scene/kxTimeBounds.h>
 
 using namespace osg;
 
@@ -154,6 +155,7 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
         in.fail(QStringLiteral("something stands behind the content"));
     if (!reader.link())
         return false;
+    kxTimeBounds::clamp(reader.containers(), content.animation, report);
     content.root = reader.getRoot<Node>(top.root);
     content.sceneplates = reader.getRoot<Node>(top.sceneplates);
     content.scenery = reader.getRoot<Node>(top.scenery);

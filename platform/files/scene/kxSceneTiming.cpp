@@ -1,15 +1,13 @@
 #include <files/scene/kxSceneTiming.h>
 
 #include <animation/kxAnimScene.h>
+#include <animation/kxTimeLimit.h>
 #include <kxAnimManager.h>
 
 #include <cmath>
 
 namespace
 {
-/// Whole numbers beyond this are no frames.
-constexpr double LargestFrame = 1.0e9;
-
 struct Setting
 {
     const char* name;
@@ -54,7 +52,7 @@ void kxSceneTiming::apply(const std::map<std::string, double>& values)
     for (const Setting& setting : Settings)
     {
         const auto found = values.find(setting.name);
-        if (found != values.end() && std::abs(found->second) <= LargestFrame)
+        if (found != values.end() && std::abs(found->second) <= kxTimeLimit::Frames)
             setting.set(*kxAnimManager::the(), found->second);
     }
 }

@@ -1,6 +1,7 @@
 #include "kxFilesFixture.h"
 #include "kxRichScene.h"
 
+#include <animation/kxNodeTime.h>
 #include <files/scene/kxEnvelope.h>
 #include <files/scene/kxSceneFile.h>
 #include <osg/AnimCores.h>
@@ -184,6 +185,60 @@ private Q_SLOTS:
             refused += !kxSceneFile::readPayload(bytes.constData(), bytes.size(), content, report);
         }
         QVERIFY(refused > 1000);
+    }
+
+    /// What a file says of time is brought back to what can be played, once, and named.
+    void timesOfFiles_data()
+    {
+        kxColumns<QString, double>("field", "value");
+        for (const char* const field : {"offset", "scale", "range", "key"})
+            for (const double value : {3e38, 1e9, 1e-40, -3e38})
+                if (value > 0 || *field != 's')
+                    kxRow(qPrintable(QStringLiteral("%1 %2").arg(field).arg(value)), field, value);
+        kxRow("cycles", "cycles", 2e9);
+        kxRow("frames", "frames", 2e9);
+    }
+
+    void timesOfFiles()
+    {
+        QFETCH(QString, field);
+        QFETCH(double, value);
+        kxRichScene::make();
+        const AnimNodePtr clip = AnimNodePtr::dcast(kxAnimManager::the()->clipStructureRoot()->getChild(0));
+        const AnimNodePtr bar = AnimNodePtr::dcast(clip->getChild(0));
+        const auto curve = curvesOf(bar).at("rotation.Y");
+        clip->setOffset(Vec2f(7, 0));
+        for (const AnimNodePtr& node : {clip, bar})
+        {
+            if (field == "offset")
+                node->setOffset(Vec2f(float(value), 50));
+            if (field == "scale")
+                node->setScale(float(value));
+            if (field == "cycles")
+                node->setPostCycles(int(value));
+            node->setUsePlayRange(field == "range");
+            node->setPlayRange(Pnt2f(float(-value), float(value)));
+        }
+        if (field == "key")
+            curve->editControlPoints()[value < 0 ? 0 : 2].setX(float(value));
+        kxAnimManager::the()->setFPS(25);
+        if (field == "frames")
+            kxAnimManager::the()->setFullRangeEnd(int(value));
+        const QString path = _folder.filePath(QStringLiteral("times.kxs"));
+        const double limit = 10000000 / 25.0 * (1 + 1e-4);
+        for (int pass = 0; pass < 2; ++pass)
+        {
+            QVERIFY(writeFile(path, bytesOfScene()));
+            kxFileReport report(path);
+            QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.message()));
+            const bool isNamed = pass == 0 && (std::abs(value) > 1 || field == "scale");
+            QVERIFY2(report.notes().isEmpty() == !isNamed, qPrintable(report.notes().join(QString())));
+            double start = 0, end = 0;
+            const NodePtr root = kxAnimManager::the()->clipStructureRoot();
+            QVERIFY(kxNodeTime::extent(*AnimNodePtr::dcast(root->getChild(0)), start, end));
+            QVERIFY2(start >= -limit && end <= limit, qPrintable(QStringLiteral("%1 %2").arg(start).arg(end)));
+            QVERIFY(kxAnimManager::the()->fullRangeEnd() <= 10000000);
+        }
     }
 
     void unknownClassesAndFieldsAreNamed()
