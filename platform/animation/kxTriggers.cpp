@@ -14,6 +14,8 @@ namespace
 {
 /// More passes of a cycle than this inside one frame fire as this many.
 constexpr double MaxPasses = 100;
+/// Cycles inside of cycles multiply: when so many nodes were gone through, what is left of each is passed in one go.
+constexpr int MaxVisits = 100000;
 
 /// Seconds: no animation begins further before the scene's time 0, and double still tells microseconds apart there.
 constexpr double Earlier = 1.0e6;
@@ -44,7 +46,10 @@ struct Event
     std::string name;
     kxTriggers::Kind kind;
 };
-typedef std::vector<Event> Events;
+struct Events : std::vector<Event>
+{
+    int visits = 0;
+};
 
 void collect(const AnimNode& node, const Span& span, double travelled, double rate, Events& events, bool isRoot);
 
@@ -69,6 +74,7 @@ void collect(const AnimNode& node, const Span& span, double travelled, double ra
 {
     if (!isRoot && !node.isActive())
         return;
+    ++events.visits;
     const double scale = node.getScale(), offset = node.getOffset().x();
     Span own = {(span.from - offset) / scale, (span.to - offset) / scale, span.includesFrom, span.tolerance / scale};
     rate *= scale;
@@ -103,6 +109,8 @@ void collect(const AnimNode& node, const Span& span, double travelled, double ra
     const double count = std::min(std::abs(final - first), MaxPasses);
     for (double i = 0; i <= count; ++i)
     {
+        if (events.visits > MaxVisits)
+            i = count;
         const double index = i == count ? final : isForward ? first + i : first - i;
         const double shift = index * length;
         const double begin = start + shift + (isForward ? 0 : length),

@@ -103,6 +103,18 @@ private Q_SLOTS:
         QCOMPARE(at(119), QString("- 11"));
     }
 
+    /// Passes inside of passes are more than anybody can wait for.
+    void cyclesMultiply()
+    {
+        AnimNodePtr film = clip();
+        for (int i = 0; i < 5; ++i)
+        {
+            film->setPostCycles(100);
+            film = f.clip("outer", {film});
+        }
+        QVERIFY(seenAt(f.added(film), 1e12) != "- 11");
+    }
+
     void whatSomebodyElseChoosesIsTheScenes()
     {
         const AnimNodePtr film = f.added(clip());
