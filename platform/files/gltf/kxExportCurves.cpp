@@ -369,7 +369,8 @@ void kxExportCurves::append(const Piece& piece, double start, double end, std::v
 {
     Fit fit = fitOf(piece, start, end);
     const double middle = 0.5 * (start + end);
-    if (isGood(piece, fit) || !(float(start) < float(middle) && float(middle) < float(end)))
+    if (fits.size() >= _pieces.size() + MostAdded || isGood(piece, fit) ||
+        !(float(start) < float(middle) && float(middle) < float(end)))
         return fits.push_back(std::move(fit));
     append(piece, start, middle, fits);
     append(piece, middle, end, fits);
@@ -389,5 +390,6 @@ kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
               shift);
     keys.add(fits);
     keys.out.added += fits.size() - _pieces.size();
+    keys.out.isCut = fits.size() >= _pieces.size() + MostAdded;
     return std::move(keys.out);
 }

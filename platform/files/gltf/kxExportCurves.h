@@ -16,9 +16,10 @@
 class kxExportCurves
 {
 public:
-    static constexpr double Share = 2.5e-5;     ///< how far off a value may be, of its range
-    static constexpr double Degrees = 0.03;     ///< how far off a rotation may be
-    static constexpr double LongestTurn = 30.0; ///< degrees between two keys: programs differ on longer ones
+    static constexpr double Share = 2.5e-5;          ///< how far off a value may be, of its range
+    static constexpr double Degrees = 0.03;          ///< how far off a rotation may be
+    static constexpr double LongestTurn = 30.0;      ///< degrees between two keys: programs differ on longer ones
+    static constexpr std::size_t MostAdded = 200000; ///< keys of one property
 
     /// One number that goes in: spans in order without gaps, or a constant.
     struct Input
@@ -50,6 +51,7 @@ public:
         /// Of a spline in tangent, value, out tangent.
         std::vector<float> values;
         std::size_t added = 0; ///< keys that no curve has
+        bool isCut = false;    ///< more would have to be added than there may be: it isn't as near as it should be
     };
     /// `shift` is added to all times.
     Sampler sampler(double shift) const;

@@ -14,8 +14,6 @@ namespace
 using kxExportSources::Source;
 using kxExportSpans::Span;
 
-constexpr std::size_t MostSpans = 400000; // of one channel
-
 bool near(double a, double b)
 {
     return std::abs(a - b) <= 1e-9 * std::max({1.0, std::abs(a), std::abs(b)});
@@ -31,7 +29,7 @@ struct Line
 class Decomposer
 {
 public:
-    Decomposer(bool isStepped, bool& isCut) : _isStepped(isStepped), _isCut(isCut) {}
+    Decomposer(bool isStepped, std::size_t& most) : _isStepped(isStepped), _most(most) {}
 
     /// `line` is the parent's time.
     void add(const Source& source, double start, double end, const Line& line)
@@ -67,19 +65,20 @@ private:
         std::sort(times.begin(), times.end());
         double from = start;
         for (const double time : times)
-            if (time > from && !near(time, from) && time < end && !near(time, end))
+            if (time > from && !near(time, from) && time < end && !near(time, end) && mayGoOn())
             {
                 part(from, time);
                 from = time;
             }
-        part(from, end);
+        if (mayGoOn())
+            part(from, end);
     }
 
-    bool tooMany(double count)
+    /// False where no more parts are to be looked at: what was found is all that there will be.
+    bool mayGoOn()
     {
-        const bool isBeyond = !(count < double(MostSpans));
-        _isCut = _isCut || isBeyond;
-        return isBeyond;
+        _most -= _most > 0 ? 1 : 0;
+        return _most > 0;
     }
 
     /// The parent's times between `one` and `two` at which passes begin and end.
@@ -94,10 +93,8 @@ private:
         double last = node.getPostCycles() >= 0 ? double(node.getPostCycles()) + 1 : INFINITY;
         last = length > 0 ? std::min(last, std::ceil((high - double(a)) / length)) : 0;
         const double first = length > 0 ? std::max(0.0, std::floor((low - double(a)) / length)) : 0;
-        if (tooMany(last - first))
-            return;
-        for (double pass = first; pass <= last; pass += 1)
-            times.push_back(double(node.getOffset().x()) + scale * (double(a) + pass * length));
+        for (double i = 0; i <= last - first && times.size() <= _most; ++i)
+            times.push_back(double(node.getOffset().x()) + scale * (double(a) + (first + i) * length));
     }
 
     void addContent(const Source& source, double start, double end, const Line& line)
@@ -158,17 +155,25 @@ private:
         const std::vector<CCPnt>& keys = curve.getControlPoints();
         const double front = double(keys.front().x()), back = double(keys.back().x()), length = back - front;
         const double low = std::min(one, two), high = std::max(one, two);
-        for (const CCPnt& key : keys)
-            times.push_back(double(key.x()));
+        const auto isEarlier = [](const CCPnt& key, double time) { return double(key.x()) < time; };
+        const auto add = [&](double period)
+        {
+            const double a = low - period * length, b = high - period * length;
+            const bool isFlipped = isMirrored(curve, period);
+            const double from = isFlipped ? front + back - b : a, to = isFlipped ? front + back - a : b;
+            for (auto key = std::lower_bound(keys.begin(), keys.end(), from, isEarlier);
+                 key != keys.end() && double(key->x()) <= to && times.size() <= _most; ++key)
+                times.push_back(placeIn(curve, period, double(key->x())));
+        };
         if (!(length > 0))
-            return;
-        const double first = repeats(curve.getPreInfinityMode()) ? std::floor((low - front) / length) : 0;
-        const double last = repeats(curve.getPostInfinityMode()) ? std::floor((high - front) / length) : 0;
-        if (tooMany((last - first + 1) * double(keys.size())))
-            return;
-        for (double period = std::min(first, 0.0); period <= last; period += 1)
-            for (const CCPnt& key : keys)
-                times.push_back(placeIn(curve, period, double(key.x())));
+            return add(0);
+        double first = std::floor((low - front) / length), last = std::floor((high - front) / length);
+        if (!repeats(curve.getPreInfinityMode()))
+            first = std::max(first, 0.0);
+        if (!repeats(curve.getPostInfinityMode()))
+            last = std::min(last, 0.0);
+        for (double i = 0; i <= last - first && times.size() <= _most; ++i)
+            add(first + i);
     }
 
     static bool isMirrored(const AnimCurve& curve, double period)
@@ -266,12 +271,12 @@ private:
     {
         if (!spans.empty() && goesOn(spans.back(), span))
             spans.back().end = span.end;
-        else if (!tooMany(double(spans.size())))
+        else
             spans.push_back(span);
     }
 
     const bool _isStepped;
-    bool& _isCut;
+    std::size_t& _most; ///< parts that may still be looked at
 };
 } // namespace
 
@@ -321,17 +326,19 @@ double Span::slope(double seconds) const
            dx;
 }
 
-std::vector<Span> kxExportSpans::of(const Source& source, double start, double end, bool isStepped, bool& isCut)
+std::vector<Span> kxExportSpans::of(const Source& source, double start, double end, bool isStepped, std::size_t& most)
 {
-    Decomposer decomposer(isStepped, isCut);
+    Decomposer decomposer(isStepped, most);
     decomposer.add(source, start, end, Line());
+    if (decomposer.spans.empty())
+        decomposer.add(source, start, end, Line{0, start});
     return std::move(decomposer.spans);
 }
 
 double kxExportSpans::valueAt(const Source& source, double seconds, bool isStepped)
 {
-    bool isCut = false;
-    Decomposer decomposer(isStepped, isCut);
+    std::size_t most = 0; // one time has no parts
+    Decomposer decomposer(isStepped, most);
     decomposer.add(source, seconds, seconds, Line{0, seconds});
     return decomposer.spans.front().first;
 }

@@ -26,9 +26,10 @@ struct Span
     double slope(double seconds) const;
 };
 
-/// From `start` to `end` without gaps, in order. `isStepped`: values hold from key to key. `isCut` is set where there
-/// would be more spans than a file can take; the last one holds then.
-std::vector<Span> of(const kxExportSources::Source& source, double start, double end, bool isStepped, bool& isCut);
+/// From `start` to `end` without gaps, in order. `isStepped`: values hold from key to key. No more than `most` parts of
+/// time are looked at, and `most` says how many are left: where it comes down to 0 the last span holds.
+std::vector<Span> of(const kxExportSources::Source& source, double start, double end, bool isStepped,
+                     std::size_t& most);
 /// At one time, also where spans meet: which of them it belongs to.
 double valueAt(const kxExportSources::Source& source, double seconds, bool isStepped);
 } // namespace kxExportSpans

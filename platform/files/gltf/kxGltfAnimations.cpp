@@ -12,6 +12,7 @@ namespace
 using kxExportSources::Animation;
 
 constexpr char PointerExtension[] = "KHR_animation_pointer";
+constexpr std::size_t MostPartsOfChannel = 400000;
 
 void use(tinygltf::Model& model, const char* extension)
 {
@@ -79,15 +80,24 @@ kxExportCurves kxGltfAnimations::curvesOf(const Animation& source, const kxGltfP
             continue;
         inputs.back().source = &channel->source;
         inputs.back().isStepped = target.field->isStepped();
+        const std::size_t allowed = std::min(_parts, MostPartsOfChannel);
+        std::size_t left = allowed;
         inputs.back().spans =
-            kxExportSpans::of(channel->source, source.start, source.end, inputs.back().isStepped, isCut);
+            kxExportSpans::of(channel->source, source.start, source.end, inputs.back().isStepped, left);
+        _parts -= allowed - left;
+        isCut = isCut || left == 0;
     }
     if (isCut)
-        _report.note(QStringLiteral("'%1': repeats beyond what a file can take are left out")
-                         .arg(QString::fromStdString(source.name)));
+        noteCut(source);
     if (property.isRotation())
         return kxExportCurves::rotation(std::move(inputs));
     return kxExportCurves(std::move(inputs), property.width, property.map);
+}
+
+void kxGltfAnimations::noteCut(const Animation& source)
+{
+    _report.note(QStringLiteral("'%1': repeats beyond what a file can take are left out")
+                     .arg(QString::fromStdString(source.name)));
 }
 
 void kxGltfAnimations::write(const Animation& source)
@@ -109,6 +119,8 @@ void kxGltfAnimations::write(const Animation& source)
     for (const kxGltfProperty& property : properties)
     {
         const kxExportCurves::Sampler sampler = curvesOf(source, property).sampler(-earliest);
+        if (sampler.isCut)
+            noteCut(source);
         const auto block = source.blocks.find(property.owner);
         const int index = addSampler(sampler, property, out);
         for (const std::string& pointer : property.pointers)

@@ -18,6 +18,7 @@ private:
     void write(const kxExportSources::Animation& source);
     void reserveStrength(const kxExportSources::Animation& source);
     kxExportCurves curvesOf(const kxExportSources::Animation& source, const kxGltfProperty& property);
+    void noteCut(const kxExportSources::Animation& source);
     int addSampler(const kxExportCurves::Sampler& sampler, const kxGltfProperty& property, tinygltf::Animation& out);
     /// The channel keeps the name of the block in what the format leaves to applications.
     void addChannel(int sampler, const std::string& pointer, const std::string& block, tinygltf::Animation& out);
@@ -29,4 +30,5 @@ private:
     kxFileReport& _report;
     std::map<std::pair<int, std::vector<float>>, int> _accessors; // by type and values: what is equal is written once
     std::size_t _added = 0, _left = 0;                            // keys; animated values
+    std::size_t _parts = 20000000; // of time that may still be looked at; a file may claim any number of repeats
 };

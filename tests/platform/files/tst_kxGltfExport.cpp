@@ -150,6 +150,32 @@ private Q_SLOTS:
         QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
     }
 
+    /// As many keys as a file may have, and said.
+    void noEndOfKeysIsCut_data()
+    {
+        kxColumns<int, float>("cycles", "degrees");
+        kxRow("repeats of repeats", 100000, 90.0f);
+        kxRow("turns", 0, 3.0e30f);
+    }
+
+    void noEndOfKeysIsCut()
+    {
+        QFETCH(int, cycles);
+        QFETCH(float, degrees);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "eulerRotation", "rotation", 1, {{0, 0}, {1, degrees}}, TangentType::Linear);
+        const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "b");
+        const AnimNodePtr inner = kxAnimFixture::clip("inner", {kxAnimFixture::clone(block, 0)});
+        inner->setPostCycles(cycles);
+        const AnimNodePtr outer = kxAnimFixture::clip("outer", {inner});
+        outer->setPostCycles(cycles);
+        kxAnimManager::the()->addToClipStructure(outer);
+        kxFileReport report;
+        QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("cut.glb")), report, kxExportedAnimations::Clips));
+        QVERIFY2(report.notes().join(QString()).contains("'outer': repeats beyond"),
+                 qPrintable(report.notes().join(' ')));
+    }
+
     /// One that repeats, and one with a part that is switched off. What one of them moves rests in
     /// the other, and no trigger is fired.
     void clipsAreWrittenApart()
