@@ -16,6 +16,8 @@ constexpr int ButtonBottom = 30;
 // Pixels a frame: the whole timeline in 400 pixels, and a frame over several screens.
 constexpr double SmallestScale = 0.002;
 constexpr double LargestScale = 10000;
+
+constexpr int MostTicks = 100000;
 } // namespace
 
 kxClipLayout::TrackButton kxClipLayout::trackButtonAt(const QPointF& point, double left, double scale, float dpi)
@@ -48,10 +50,11 @@ int kxClipLayout::tickStep(double width)
 std::vector<double> kxClipLayout::ticks(double left, double right, int step)
 {
     std::vector<double> found;
-    if (step < 1 || !osg::isFinite(left, right) || (right - left) / step > 1.0e5)
+    if (step < 1 || !osg::isFinite(left, right) || (right - left) / step > MostTicks)
         return found;
-    for (double tick = (std::floor(left / step) + 1) * step; tick < right; tick += step)
-        found.push_back(tick);
+    const double first = std::floor(left / step) + 1;
+    for (int i = 0; i <= MostTicks && (first + i) * step < right; ++i)
+        found.push_back((first + i) * step);
     return found;
 }
 

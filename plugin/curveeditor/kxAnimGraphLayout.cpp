@@ -12,7 +12,7 @@ constexpr double TopLabel = 15;
 constexpr double ValueLabelWidth = 50;
 constexpr double SmallestZoom = 0.00001;
 /// More lines than a viewport has pixels are a mistake of the zoom.
-constexpr double MostLines = 10000;
+constexpr int MostLines = 10000;
 } // namespace
 
 float kxAnimGraphLayout::gridStep(float distance)
@@ -34,12 +34,13 @@ float kxAnimGraphLayout::gridStep(float distance)
 std::vector<double> kxAnimGraphLayout::gridLines(double low, double high, float step)
 {
     std::vector<double> lines;
-    if (!(step > 0) || !((high - low) / step < MostLines))
+    const bool leadsOn = low + double(step) > low && high + double(step) > high;
+    if (!(step > 0) || !leadsOn || !((high - low) / step < MostLines))
         return lines;
     const double first = std::ceil(low / step);
-    for (double i = first; i * step <= high && i < first + MostLines; ++i)
+    for (int i = 0; i < MostLines && (first + i) * step <= high; ++i)
     {
-        const double at = i * step;
+        const double at = (first + i) * step;
         if (at > 0 ? at < high : at < 0 && at > low)
             lines.push_back(at);
     }

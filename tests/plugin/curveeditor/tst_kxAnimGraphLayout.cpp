@@ -45,6 +45,7 @@ private Q_SLOTS:
         kxRow("endless", 0.0, std::numeric_limits<double>::infinity(), 1.0, Lines{});
         kxRow("no number", std::numeric_limits<double>::quiet_NaN(), 1.0, 1.0, Lines{});
         kxRow("finer than the numbers", 1.0e30, 1.0e30 + 1, 1.0, Lines{});
+        kxRow("a little finer than the numbers", 3.0e18, 3.0e18 + 512, 1.0, Lines{});
     }
     void gridLines()
     {
