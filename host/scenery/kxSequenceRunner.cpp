@@ -9,6 +9,7 @@
 namespace
 {
 constexpr std::size_t DeepestNesting = 64;
+constexpr int MostSteps = 1000;   ///< in one turn of the event loop: sequences that play others multiply
 constexpr double ClipCheck = 0.1; ///< seconds between looks at a clip whose end is waited for
 
 QString quoted(const std::string& name)
@@ -149,7 +150,7 @@ void kxSequenceRunner::update()
     {
         const RunPtr run = _runs[i];
         moved = followScene(*run) || moved;
-        while (advance(*run))
+        for (int step = 0; step < MostSteps && advance(*run); ++step)
             moved = true;
         const auto found = std::find(_runs.begin(), _runs.end(), run);
         if (found == _runs.end() || !run->levels.empty())

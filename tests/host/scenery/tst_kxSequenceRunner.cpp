@@ -199,6 +199,20 @@ private Q_SLOTS:
         QVERIFY(t.runner.start("v"));
     }
 
+    /// One turn does a part of it: the user may stop it.
+    void sequencesOfSequencesLeaveTheUserTheirTurn()
+    {
+        Theatre t;
+        for (char name = 'a'; name < 'k'; ++name)
+            t.sequences[std::string(1, name)] =
+                std::vector<kxSequenceStep>(10, make(Step::PlaySequence, std::string(1, char(name + 1)).c_str()));
+        t.sequences["k"] = {make(Step::ShowViewpoint, "one of many")};
+        QVERIFY(t.runner.start("a"));
+        t.at(0);
+        QVERIFY(t.done.size() > 100 && t.runner.running().size() == 1);
+        QVERIFY(t.runner.stop("a"));
+    }
+
     void stopEndsWhatPlays()
     {
         Theatre t;
