@@ -11,6 +11,7 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <python/kxInterpreter.h>
+#include <trust/kxCodeTrust.h>
 #include <view/kxView3D.h>
 
 #include <QApplication>
@@ -23,6 +24,14 @@ constexpr QSize PictureSize(1280, 720);
 }
 
 int kxBatch::run()
+{
+    kxCodeTrust::the().setTrusting(_line.trust);
+    const int code = work();
+    kxCodeTrust::the().setTrusting(false);
+    return code;
+}
+
+int kxBatch::work()
 {
     if (_line.headless || _line.hasWork())
         tellOfLeftovers();

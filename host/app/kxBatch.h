@@ -19,6 +19,7 @@ public:
     int run();
 
 private:
+    int work();
     /// Where a window would offer to recover the scene that is opened.
     void tellOfLeftovers() const;
     int runScripts();

@@ -49,6 +49,7 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("text", tr("Write the scene or model as text that is made to be compared line by line."), "");
     add("versions", tr("List the versions that were kept of a scene."), "");
     add("save-as", tr("With --versions and --version N: write this version to a file."), "FILE.kxs");
+    add("trust", tr("Let the Python code run that the scene, or what the scripts open, carries."), "");
     add("headless", tr("Show no window, do what is asked, and quit."), "");
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
     if (isOfVersions)
@@ -215,6 +216,7 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.help = parser.isSet(QStringLiteral("help"));
     line.version = !isOfVersions && parser.isSet(QStringLiteral("version"));
     line.headless = parser.isSet(QStringLiteral("headless"));
+    line.trust = parser.isSet(QStringLiteral("trust"));
     if (isOfVersions)
         parseVersions(line, parser);
     if (isOfVersions || parseTexts(line, parser))

@@ -38,6 +38,7 @@ struct kxCommandLine
     QString saveAs;            ///< empty: the versions are listed
     std::optional<QSize> size; ///< of rendered pictures, or of the window for a screenshot
     bool headless = false;
+    bool trust = false; ///< the code of what is opened runs
     bool help = false;
     bool version = false;
     QStringList errors; ///< one line each; empty where the command line can be followed

@@ -7,6 +7,7 @@
 #include <journal/kxHistory.h>
 #include <journal/kxRecovery.h>
 #include <kernel/kxLogModel.h>
+#include <trust/kxCodeTrust.h>
 
 #include <QFileInfo>
 
@@ -96,6 +97,7 @@ void kxDocument::hasOpened(const QString& path, const QString& source)
     _source = source;
     // A file of another program is a source, no place to save to.
     setPath(!path.isEmpty() && kxSceneIO::isSceneFile(path) ? path : QString());
+    kxCodeTrust::the().opened(_path, source);
     Q_EMIT opened(path);
 }
 
@@ -177,8 +179,11 @@ bool kxDocument::importFile(const QString& file)
     const QString path = QFileInfo(file).absoluteFilePath();
     Q_EMIT aboutToImport(path);
     const kxHistory::Scope scope(tr("Import %1").arg(QFileInfo(file).fileName()));
-    return run(tr("Importing %1...").arg(QFileInfo(file).fileName()), tr("The file can't be imported"), report,
-               [&] { return kxSceneIO::importFile(path, report); });
+    if (!run(tr("Importing %1...").arg(QFileInfo(file).fileName()), tr("The file can't be imported"), report,
+             [&] { return kxSceneIO::importFile(path, report); }))
+        return false;
+    kxCodeTrust::the().imported(path);
+    return true;
 }
 
 bool kxDocument::save()
@@ -219,6 +224,7 @@ bool kxDocument::write(const QString& file, kxFileReport& report)
 
 void kxDocument::hasSaved()
 {
+    kxCodeTrust::the().saved(_path);
     Q_EMIT saved(_path);
     kxPoseWatch::warnOfFile(); // last: whoever says that all is saved has said it
 }

@@ -87,6 +87,8 @@ void kxMainMenus::fillFileMenu()
     add(menu, tr("&Versions of a File..."), QStringLiteral("Versions"), QKeySequence(),
         [window] { window->showVersionsOfFile(); })
         ->setToolTip(tr("Shows what was kept of a scene, also of one that is gone or was never saved"));
+    add(menu, tr("&Code of This Scene..."), QStringLiteral("Script"), QKeySequence(), [window] { window->showCode(); })
+        ->setToolTip(tr("Shows the code that came with the scene, and asks again whether it may run"));
     menu->addSeparator();
     _quickActions << add(menu, tr("&Save"), QStringLiteral("Save"), QKeySequence::Save,
                          [window] { window->document().save(); });

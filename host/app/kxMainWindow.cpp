@@ -13,6 +13,7 @@
 #include "kxRenderJob.h"
 #include "kxRenderProgress.h"
 #include "kxShortcutsDialog.h"
+#include "kxTrustKeeper.h"
 #include "kxVersionKeeper.h"
 #include "kxVersionsDialog.h"
 #include "kxWelcome.h"
@@ -38,6 +39,7 @@
 #include <scene/kxScene.h>
 #include <scenery/kxSceneryActions.h>
 #include <scenery/kxSceneryStage.h>
+#include <trust/kxCodeTrust.h>
 #include <view/kxView3D.h>
 #include <view/kxViewActions.h>
 #include <widgets/kxColors.h>
@@ -117,7 +119,6 @@ kxMainWindow::kxMainWindow(QWidget* parent)
 
     _view = new kxView3D(this);
     _view->setObjectName(QStringLiteral("_view"));
-    setCentralWidget(_view);
     _stage = new kxSceneryStage(_view, this);
     _sceneryActions = new kxSceneryActions(_stage, this);
     new kxWelcome(this, _view);
@@ -126,7 +127,9 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _versionKeeper = new kxVersionKeeper(this);
     _finishedClips = new kxFinishedClips(this);
     _cleanView = new kxCleanView(this, _view);
+    _trust = new kxTrustKeeper(this, _view);
     connect(_film, &kxFilmPanel::fullScreenAsked, this, [this] { _cleanView->set(true); });
+    connect(_cleanView, &kxCleanView::changed, _trust, &kxTrustKeeper::setCleanView);
     _view->addAction(_film->playAction());
     connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
     connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,
@@ -398,8 +401,11 @@ void kxMainWindow::dropEvent(QDropEvent* event)
             bool open = !adds;
             for (const QString& file : files)
             {
-                if (QFileInfo(file).suffix() == QLatin1String("py"))
+                const bool isScript = QFileInfo(file).suffix() == QLatin1String("py");
+                if (isScript && files.size() == 1)
                     runScript(file);
+                else if (isScript) // maybe nothing that the user looked at
+                    kxLog::warning(tr("'%1' came among other files and wasn't run.").arg(QFileInfo(file).fileName()));
                 else if (open ? !_document->openFile(file) : !_document->importFile(file))
                     return;
                 else
@@ -436,6 +442,7 @@ void kxMainWindow::setUnattended(bool unattended)
     _unattended = unattended;
     _view->setUpdatesEnabled(!unattended);
     _versionKeeper->setUnattended(unattended);
+    kxCodeTrust::the().setUnattended(unattended);
     _finishedClips->setUnattended(unattended);
 }
 
@@ -562,6 +569,11 @@ void kxMainWindow::runScriptWithDialog()
 void kxMainWindow::showVersionsOfFile()
 {
     (new kxVersionsDialog(_versionKeeper, this))->show(); // and goes when it is closed
+}
+
+void kxMainWindow::showCode()
+{
+    _trust->showCode();
 }
 
 void kxMainWindow::showShortcuts()

@@ -19,6 +19,7 @@ class kxSceneTreePanel;
 class kxSceneryActions;
 class kxSceneryPanel;
 class kxSceneryStage;
+class kxTrustKeeper;
 class kxUndoPanel;
 class kxCleanView;
 class kxFilmPanel;
@@ -78,6 +79,7 @@ public:
     void renderMovie();
     void runScriptWithDialog();
     void showVersionsOfFile();
+    void showCode();
     void showShortcuts();
     void showGuide();
     void showAbout();
@@ -128,6 +130,7 @@ private:
     kxVersionPanel* _versions = nullptr;
     kxVersionKeeper* _versionKeeper = nullptr;
     kxFinishedClips* _finishedClips = nullptr; // a child
+    kxTrustKeeper* _trust = nullptr;           // a child
     kxCleanView* _cleanView = nullptr;         // a child
     kxFilmPanel* _film = nullptr;              // in its dock
     kxLogPanel* _log = nullptr;

@@ -17,6 +17,7 @@
 #include <osg/FieldContainerFactory.h>
 #include <osg/Finite.h>
 #include <scene/kxScene.h>
+#include <trust/kxCodeTrust.h>
 
 #include <algorithm>
 #include <set>
@@ -236,6 +237,7 @@ bool kxSceneryEdits::setChoice(const osg::NodePtr& set, int choice)
 
 osg::NodePtr kxSceneryEdits::addSequence(const std::vector<kxSequenceStep>& steps, const QString& name)
 {
+    kxCodeTrust::the().written({}, steps);
     const osg::SceneSequencePtr core = osg::SceneSequence::create();
     core->setSteps(kxScenery::stepTexts(steps));
     return insert(kxSceneEdits::makeNode(core, QString::fromStdString(freeName(Kind::Sequence, name, tr("Sequence")))),
@@ -244,6 +246,7 @@ osg::NodePtr kxSceneryEdits::addSequence(const std::vector<kxSequenceStep>& step
 
 void kxSceneryEdits::setSteps(const osg::NodePtr& sequence, const std::vector<kxSequenceStep>& steps)
 {
+    kxCodeTrust::the().written(kxScenery::steps(sequence), steps);
     add(kxSetFieldCommand::make(sequence->getCore(), "steps", osg::FieldValue(kxScenery::stepTexts(steps)),
                                 stepText("Change Steps of %1").arg(QString::fromStdString(sequence->getNodeName()))));
 }

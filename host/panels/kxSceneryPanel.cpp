@@ -359,7 +359,7 @@ void kxSceneryPanel::tryCurrent()
             problem = tr("it has no choices yet: drag objects onto it in the scene tree");
         break;
     case kxScenery::Kind::Sequence:
-        _stage->runner().start(node->getNodeName());
+        _stage->run(node);
         break;
     }
     if (!problem.isEmpty())

@@ -7,6 +7,7 @@
 
 #include <files/kxSceneIO.h>
 #include <journal/kxVersions.h>
+#include <trust/kxCodeTrust.h>
 
 namespace bp = boost::python;
 
@@ -45,6 +46,7 @@ void kxHostFiles::open(const std::string& path)
 void kxHostFiles::import(const std::string& path)
 {
     run(kxSceneIO::importFile, path);
+    kxCodeTrust::the().imported(QString::fromStdString(path));
 }
 
 void kxHostFiles::save(const std::string& path)

@@ -191,7 +191,7 @@ void setSequenceSteps(const bp::object& sequence, const bp::object& steps)
 
 bool runSequence(const bp::object& sequence)
 {
-    return stage().runner().start(find(Kind::Sequence, sequence)->getNodeName());
+    return stage().run(find(Kind::Sequence, sequence));
 }
 
 void stopSequences()

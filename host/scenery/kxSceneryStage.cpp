@@ -16,9 +16,11 @@
 #include <python/kxInterpreter.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
+#include <trust/kxCodeTrust.h>
 #include <view/kxView3D.h>
 
 #include <set>
+#include <utility>
 
 namespace
 {
@@ -58,7 +60,7 @@ void animationEnded(kxMessage&)
 void playerChanged(kxMessage&)
 {
     if (listening != nullptr && kxFramePlayer::the()->isPlaying())
-        listening->view()->resumeFilm();
+        listening->playBegins();
 }
 } // namespace
 
@@ -135,8 +137,10 @@ kxSequenceRunner::World kxSceneryStage::world()
         return node != osg::NullFC && node->getPostCycles() < 0;
     };
     world.stopClip = [](unsigned int id) { kxAnimEvaluator::the()->dequeue(osg::living<osg::AnimNode>(id), false); };
-    world.runPython = [](const std::string& text, const std::string& title)
+    world.runPython = [this](const std::string& text, const std::string& title)
     {
+        if (!kxCodeTrust::the().mayRun(text))
+            return skipped();
         const kxHistory::Scope scope(tr("Run a script of the sequence %1").arg(quoted(title)));
         const kxScriptResult result = kxInterpreter::run(text, "<sequence " + title + ">");
         return result.ok ? QString() : tr("the script raised; its trace stands above");
@@ -154,6 +158,19 @@ kxSequenceRunner::World kxSceneryStage::world()
         return kxScene::the()->contains(sequence) ? sequence->getNodeName() : std::string();
     };
     return world;
+}
+
+QString kxSceneryStage::skipped()
+{
+    if (std::exchange(_hasSkipped, true))
+        return QString();
+    return tr("skipped, as all code that came with a file and that nobody has allowed");
+}
+
+bool kxSceneryStage::run(const osg::NodePtr& sequence)
+{
+    _hasSkipped = false;
+    return _runner.start(sequence->getNodeName());
 }
 
 QString kxSceneryStage::passViewpoint(const std::string& name)
@@ -198,9 +215,15 @@ QString kxSceneryStage::playCameraTrack(const osg::NodePtr& track)
     return QString();
 }
 
+void kxSceneryStage::playBegins()
+{
+    _hasSkipped = false;
+    _view->resumeFilm();
+}
+
 void kxSceneryStage::play(const osg::AnimNodePtr& animation)
 {
-    _view->resumeFilm();
+    playBegins();
     _playedId = animation.getFieldContainerId();
     kxAnimManager::the()->updateCameraShotCurves(animation);
     kxAnimEvaluator::the()->enqueue(animation, true);
@@ -260,6 +283,7 @@ bool kxSceneryStage::isPlaying() const
 
 void kxSceneryStage::stopAll()
 {
+    _hasSkipped = false;
     _runner.stopAll();
     if (const osg::AnimNodePtr block = osg::living<osg::AnimNode>(_playedId))
         kxAnimEvaluator::the()->dequeue(block, false);

@@ -30,6 +30,10 @@ public:
     QString playCameraTrack(const osg::NodePtr& track);
     /// `choice` empty: the next one.
     QString setVariant(const std::string& set, const std::string& choice);
+    /// Begins a sequence. False, with a line in the log, where it runs already.
+    bool run(const osg::NodePtr& sequence);
+    /// Somebody starts to play something: the film is shown, and code that is skipped is told of once more.
+    void playBegins();
     /// Plays it beside the timeline.
     void play(const osg::AnimNodePtr& animation);
     /// Shows a clip at a frame of its ruler.
@@ -53,11 +57,14 @@ private:
     QString passViewpoint(const std::string& name);
     QString passVariant(const std::string& name) const;
     static void viewpointActivated();
+    /// Why a step's code isn't run: said once for all that plays together.
+    QString skipped();
     /// `set` is the one of this name, or null.
     QString findChoice(const osg::NodePtr& set, const std::string& name, const std::string& choice, int& index) const;
 
     kxView3D* _view;
     kxSequenceRunner _runner;
+    bool _hasSkipped = false;   // code, since something was started to play
     unsigned int _playedId = 0; // the animation that was played by hand last
     std::unique_ptr<SceneModule> _module;
 };

@@ -112,6 +112,21 @@ def the_film_is_what_plays(folder):
     assert len(seen) == len(frames), "only %d of %d frames differ" % (len(seen), len(frames))
 
 
+def code_of_a_file_waits(folder):
+    """What a file brings in Python runs for its maker, for others where --trust says so, and nowhere else."""
+    scene, sign, maker = (os.path.join(folder, name) for name in ("door.kxs", "sign", "maker"))
+    os.mkdir(maker)
+    make = "from kxHost import *\naddSequence([('python', 'open(%%r, \"w\")' %% %r)], 'Door')\nsaveScene(%r)" % (sign, scene)
+    succeeds(maker, "--script", script(folder, "door.py", make))
+    play = script(folder, "open.py", "from kxHost import *\nrunSequence('Door')\nprocessEvents()\n")
+    for who, flags, runs in ((folder, [], False), (folder, ["--trust"], True), (folder, [], False), (maker, [], True)):
+        code, output = desktop.run_headless(HOST, who, scene, "--script", play, *flags)
+        assert code == 0 and os.path.exists(sign) == runs, "%s, %s: %s" % (who, flags, output)
+        assert ("code, which is skipped: 1 sequence step" in output) != runs, output
+        if runs:
+            os.remove(sign)
+
+
 def takes_a_screenshot(folder):
     path = os.path.join(folder, "window.png")
     succeeds(folder, fixtures.movers(folder), "--frame", "12", "--size", "1000x700", "--screenshot", path)
@@ -138,5 +153,5 @@ def shows_and_exports_the_file(folder):
                 poses.check("%s at %g s" % (name, seconds), values[name], wanted[name][seconds])
 
 
-cases.limited(lambda folder: cases.run([renders_a_range, the_film_is_what_plays,
+cases.limited(lambda folder: cases.run([renders_a_range, the_film_is_what_plays, code_of_a_file_waits,
                                         takes_a_screenshot, shows_and_exports_the_file], folder))

@@ -89,7 +89,7 @@ private Q_SLOTS:
         };
         kxCommandLine line = parsed("kxhost --headless --frames -5:12 --render out_%04d.png a.kxs --size 640X480");
         QCOMPARE(line.scene, QString("a.kxs"));
-        QVERIFY(line.headless && line.frames && !line.frame);
+        QVERIFY(line.headless && !line.trust && line.frames && !line.frame);
         QCOMPARE(line.frames->first, -5);
         QCOMPARE(line.frames->last, 12);
         QCOMPARE(*line.size, QSize(640, 480));
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(line.scripts.size(), 2);
         QCOMPARE(*line.frame, -2.5);
         QVERIFY(line.hasWork() && line.scene.isEmpty());
-        line = parsed("kxhost --headless a.kxs --transparent --frames all --movie a.GIF --render a%d.png");
+        line = parsed("kxhost --headless --trust a.kxs --transparent --frames all --movie a.GIF --render a%d.png");
         QVERIFY(line.allFrames && !line.frames && line.transparent && line.hasWork() && line.movie == "a.GIF");
         for (const char* const plain :
              {"kxhost", "kxhost --movie a.mp4", "kxhost --render a.png --size 1x1", "kxhost --headless a.kxs"})

@@ -11,6 +11,7 @@
 #include <kxIconManager.h>
 #include <kxPreferences.h>
 #include <kxShortcut.h>
+#include <kxTexts.h>
 #include <panels/kxEmptyHint.h>
 #include <python/kxInterpreter.h>
 #include <view/kxView3D.h>
@@ -167,9 +168,10 @@ private Q_SLOTS:
                 texts << (entry->isSeparator() ? "-" : entry->text().remove('&'));
             return texts.join(' ');
         };
-        QCOMPARE(entries("_fileMenu"),
-                 QString("New Open... Open Recent Versions of a File... - Save Save As... - Import... "
-                         "Export glTF... - Render Image... Render Frames... Render Movie... - Quit"));
+        QCOMPARE(
+            entries("_fileMenu"),
+            QString("New Open... Open Recent Versions of a File... Code of This Scene... - Save Save As... - Import... "
+                    "Export glTF... - Render Image... Render Frames... Render Movie... - Quit"));
         QCOMPARE(entries("_helpMenu"), QString("User Guide Keyboard Shortcuts - About"));
         QVERIFY2(entries("Tools").startsWith("New Open... Save Undo Redo - "), qPrintable(entries("Tools")));
         QVERIFY(action("_actionClippingPlane")->toolTip().contains("animated"));
@@ -424,7 +426,9 @@ private Q_SLOTS:
         QFETCH(bool, shift);
         QFETCH(QStringList, names);
         QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file("a")), QUrl::fromLocalFile(file("b"))});
+        // A script among others may be nothing that anybody looked at.
+        data.setUrls(
+            {QUrl::fromLocalFile(file("a")), QUrl::fromLocalFile(path("s.py")), QUrl::fromLocalFile(file("b"))});
         addObject("There");
         kxHistory::the().markSaved(); // nothing to ask about
         const Qt::KeyboardModifiers keys = shift ? Qt::ShiftModifier : Qt::NoModifier;
@@ -435,6 +439,8 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QCOMPARE(objectNames(), names);
         QVERIFY(enter.isAccepted() && (shift || _window->document().name() == "a.kxs"));
+        const QString log = kxLogged().join('|');
+        QVERIFY(log.contains("'s.py' came among other files") && !log.contains("Python isn't running"));
     }
 
     void keysOfObjects()

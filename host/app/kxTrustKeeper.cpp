@@ -1,0 +1,38 @@
+#include "kxTrustKeeper.h"
+
+#include "kxCodeDialog.h"
+#include "kxTrustBar.h"
+
+#include <trust/kxCodeTrust.h>
+
+#include <QMainWindow>
+#include <QVBoxLayout>
+
+kxTrustKeeper::kxTrustKeeper(QMainWindow* window, QWidget* view)
+    : QObject(window), _window(window), _bar(new kxTrustBar)
+{
+    auto* const middle = new QWidget(window);
+    auto* const layout = new QVBoxLayout(middle);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(_bar);
+    layout->addWidget(view, 1);
+    window->setCentralWidget(middle);
+    connect(_bar, &kxTrustBar::showAsked, this, &kxTrustKeeper::showCode);
+}
+
+void kxTrustKeeper::showCode()
+{
+    kxCodeTrust::the().ask();
+    auto* dialog = _window->findChild<kxCodeDialog*>();
+    if (dialog == nullptr)
+        dialog = new kxCodeDialog(_window); // goes when it is closed
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
+}
+
+void kxTrustKeeper::setCleanView(bool on)
+{
+    _bar->holdBack(on);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "kxSecurityPreferences.h"
+
+#include <QObject>
+
+class QMainWindow;
+class kxTrustBar;
+
+/// Joins the window with kxCodeTrust: the question above the view, the code to look at, the page of settings.
+class kxTrustKeeper : public QObject
+{
+    Q_OBJECT
+public:
+    /// `view` comes into the middle of `window`, with room for the question above it.
+    kxTrustKeeper(QMainWindow* window, QWidget* view);
+
+    /// Shows the code of the scene, and asks again where some of it is skipped.
+    void showCode();
+    /// Nothing but the picture is to be seen.
+    void setCleanView(bool on);
+
+private:
+    QMainWindow* _window;
+    kxTrustBar* _bar;
+    kxSecurityPreferences _preferences;
+};

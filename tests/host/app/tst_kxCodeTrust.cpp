@@ -1,0 +1,241 @@
+#include "kxSceneFixture.h"
+
+#include <app/kxCodeDialog.h>
+#include <app/kxMainWindow.h>
+#include <edits/kxSceneryEdits.h>
+#include <files/kxSceneIO.h>
+#include <journal/kxHistory.h>
+#include <journal/kxVersions.h>
+#include <kxAnimFixture.h>
+#include <kxFramePlayer.h>
+#include <kxTexts.h>
+#include <osg/FieldContainerFactory.h>
+#include <python/kxInterpreter.h>
+#include <scene/kxScenery.h>
+#include <scenery/kxSceneryStage.h>
+#include <trust/kxCodeTrust.h>
+
+#include <QtWidgets>
+
+using namespace kxSceneFixture;
+typedef std::vector<kxSequenceStep> Steps;
+
+namespace
+{
+/// Each prints its letter.
+Steps code(const char* letters)
+{
+    Steps steps;
+    for (const char* letter = letters; *letter != 0; ++letter)
+        steps.push_back({kxSequenceStep::Kind::RunPython, std::string("print('") + *letter + "')", "", 0});
+    return steps;
+}
+
+std::vector<osg::NodePtr> sequences()
+{
+    return kxScenery::all(kxScenery::Kind::Sequence);
+}
+} // namespace
+
+/// Code that comes with a file, in the window of who opens it.
+class tst_kxCodeTrust : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(kxInterpreter::start()); }
+
+    void init()
+    {
+        _folder.reset(new QTemporaryDir);
+        qputenv("KX_SETTINGS_DIR", QFile::encodeName(_folder->path()));
+        clear();
+        _window.reset(new kxMainWindow);
+        _window->finishLayout();
+        _window->document().dialogs() = kxDocument::Dialogs();
+        _window->document().newScene();
+        _window->show();
+        kxLogModel::the().clear();
+    }
+
+    void cleanup() { _window.reset(); }
+
+    void answers_data()
+    {
+        kxColumns<QString, QString, bool, QString>("button", "now", "asks", "later");
+        kxRow("none", "", "", true, "");
+        kxRow("never", "_trustNever", "", false, "");
+        kxRow("this time", "_trustThisTime", "ab", false, "");
+        kxRow("always", "_trustAlways", "ab", false, "ab");
+    }
+
+    void answers()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, later);
+        const QString path = stranger("door.kxs", "ab");
+        open(path);
+        QCOMPARE(ran(), QString());
+        QVERIFY(bar()->isVisible() && text("_trustText").contains("This scene holds code: 2 sequence steps in Python"));
+        QCOMPARE(kxLogged().filter("'door.kxs' holds code").size(), 1);
+        if (!button.isEmpty())
+            bar()->findChild<QPushButton*>(button)->click();
+        QTEST(ran(), "now");
+        QTEST(bar()->isVisible(), "asks");
+        _window->findChild<QAction*>("_actionCodeofThisScene")->trigger(); // asks again
+        QTEST(bar()->isVisible() ? QString() : QString("ab"), "now");
+
+        // A file that was moved is the same one; one that somebody changed isn't.
+        const QString moved = _folder->filePath("moved.kxs");
+        QVERIFY(QFile::rename(path, moved));
+        open(moved);
+        QCOMPARE(ran(), later);
+        QCOMPARE(bar()->isVisible(), later.isEmpty());
+        open(stranger("door.kxs", "ac"));
+        QCOMPARE(ran(), later.left(1));
+        QVERIFY(bar()->isVisible());
+    }
+
+    void whatIsWrittenHereRuns()
+    {
+        kxSceneryEdits::addSequence(code("a"));
+        QVERIFY(_window->document().saveTo(_folder->filePath("own.kxs")));
+        kxSceneryEdits::setSteps(sequences().front(), code("ba"));
+        QCOMPARE(ran(), QString("ba"));
+        kxFileReport lost(_folder->filePath("lost.kxs")); // as a crash leaves it
+        QVERIFY(kxSceneIO::save(lost.file(), lost));
+        open(_folder->filePath("own.kxs"));
+        QCOMPARE(ran(), QString("a"));
+        QVERIFY(_window->document().openCopy(lost.file(), "own.kxs"));
+        QVERIFY(ran() == "ba" && !bar()->isVisible());
+
+        // What was written in a scene without a file becomes the file's.
+        _window->document().startOver();
+        kxSceneryEdits::addSequence(code("c"));
+        _window->openPreferences("Security");
+        const auto* const list = _window->findChild<QTreeWidget*>("_trustedFiles");
+        QCOMPARE(kxTexts(list->model()), QStringList({"Written here, in no file yet", "own.kxs"}));
+        QVERIFY(_window->document().saveTo(_folder->filePath("third.kxs")));
+        QCOMPARE(kxTexts(list->model()), QStringList({"third.kxs", "own.kxs"}));
+        QAbstractButton* const remove = _window->findChild<QAbstractButton*>("_removeTrusted");
+        QVERIFY(!remove->isEnabled());
+        list->topLevelItem(0)->setSelected(true);
+        remove->click();
+        QVERIFY(ran().isEmpty() && bar()->isVisible());
+        open(_folder->filePath("own.kxs"));
+        QCOMPARE(ran(), QString("a"));
+        _window->findChild<QAbstractButton*>("_removeAllTrusted")->click();
+        QVERIFY(ran().isEmpty() && bar()->isVisible() && list->topLevelItemCount() == 0);
+    }
+
+    void anImportWaitsAlone()
+    {
+        const QString path = stranger("door.kxs", "bc");
+        kxSceneryEdits::addSequence(code("a"), "Own");
+        QVERIFY(_window->document().importFile(path));
+        QCOMPARE(ran(), QString("a"));
+        QVERIFY(text("_trustText").contains("What was imported from 'door.kxs' holds code: 2 "));
+        QString reason;
+        const qint64 version = kxVersions::the().keep("with the door", reason);
+        kxHistory::the().undo();
+        kxScene::the()->flush();
+        QVERIFY(!bar()->isVisible() && ran() == "a");
+        kxFileReport report(path);
+        QVERIFY(version != 0 && kxVersions::the().goTo(version, report));
+        kxScene::the()->flush();
+        QVERIFY(bar()->isVisible() && ran() == "a" && sequences().size() == 2);
+
+        // Nothing that is done to it lets it run; what is put beside it does.
+        const osg::NodePtr there = sequences().back();
+        kxSceneryEdits::setSteps(there, code("dc"));
+        kxSceneryEdits::addSequence(kxScenery::steps(there));
+        kxSceneryEdits::duplicate({there});
+        QCOMPARE(ran(), QString("a"));
+        kxSceneryEdits::setSteps(there, code("dce"));
+        QCOMPARE(ran(), QString("ae"));
+        kxScene::the()->flush(); // the answer is for what the question named
+        bar()->findChild<QPushButton*>("_trustThisTime")->click();
+        kxSceneryEdits::setSteps(there, code("fce")); // from something that may run this time only
+        QCOMPARE(ran(), QString("afcedcdc"));
+        QVERIFY(_window->document().saveTo(_folder->filePath("both.kxs")));
+        open(_folder->filePath("both.kxs"));
+        QCOMPARE(ran(), QString("ae"));
+    }
+
+    void whatIsSkippedIsSaidOnceAPlay()
+    {
+        open(stranger("door.kxs", "ab"));
+        const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::trigger("Door", 1, false, false)});
+        kxAnimManager::the()->addToClipStructure(clip);
+        kxLogModel::the().clear();
+        kxFramePlaybackParams params;
+        params.end = 9;
+        for (int play = 0; play < 2; ++play)
+        {
+            kxFramePlayer::the()->start(params, true, this);
+            for (const double frame : {0, 40, 0, 40, 0, 40})
+            {
+                kxAnimManager::the()->evaluateByFrame(clip, frame, false, true, true);
+                _window->stage()->runner().update();
+            }
+            kxFramePlayer::the()->stop(this);
+            const QStringList lines = kxLogged();
+            QVERIFY2(lines.size() == 1 && lines[0].contains("\"Door\", step 1: skipped"), qPrintable(lines.join('|')));
+        }
+    }
+
+    void theCodeIsShown()
+    {
+        open(stranger("door.kxs", "ab"));
+        bar()->findChild<QPushButton*>("_trustShow")->click();
+        auto* const dialog = _window->findChild<kxCodeDialog*>();
+        auto* const list = dialog->findChild<QListWidget*>();
+        QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1 (skipped)", "Door, step 2 (skipped)"}));
+        list->setCurrentRow(1);
+        QCOMPARE(dialog->findChild<QPlainTextEdit*>()->toPlainText(), QString("print('b')"));
+        bar()->findChild<QPushButton*>("_trustAlways")->click();
+        QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1", "Door, step 2"}));
+        // Nothing hides from who reads it.
+        QCOMPARE(kxCodeDialog::readable("a\t\n\u00e9\xe2\x80\xae"
+                                        "b\r\xe2\x80\x8b\xf0\x9f\x98\x80"),
+                 QString::fromUtf8("a\t\n\u00e9<U+202e>b<U+000d><U+200b>\xf0\x9f\x98\x80"));
+    }
+
+private:
+    QWidget* bar() const { return _window->findChild<QWidget*>("_trustBar"); }
+    QString text(const char* label) const { return _window->findChild<QLabel*>(label)->text(); }
+    void open(const QString& path) { QVERIFY(_window->document().openFile(path)); }
+
+    /// A file that somebody else made; the open scene is empty then.
+    QString stranger(const char* name, const char* letters)
+    {
+        _window->document().startOver();
+        kxSceneryEdits::addSequence({}, "Door");
+        osg::SceneSequencePtr::dcast(sequences().front()->getCore())->setSteps(kxScenery::stepTexts(code(letters)));
+        kxFileReport report(_folder->filePath(name));
+        if (!kxSceneIO::save(report.file(), report))
+            qFatal("%s", qPrintable(report.message()));
+        _window->document().startOver();
+        return report.file();
+    }
+
+    /// What all sequences print, each run once.
+    QString ran()
+    {
+        QString all;
+        const int listener = kxInterpreter::addListener([&all](kxInterpreter::Stream, const std::string& written)
+                                                        { all += QString::fromStdString(written).trimmed(); });
+        for (const osg::NodePtr& sequence : sequences())
+        {
+            _window->stage()->run(sequence);
+            _window->stage()->runner().update();
+        }
+        kxInterpreter::removeListener(listener);
+        return all;
+    }
+
+    std::unique_ptr<QTemporaryDir> _folder;
+    std::unique_ptr<kxMainWindow> _window;
+};
+
+QTEST_MAIN(tst_kxCodeTrust)
+#include "tst_kxCodeTrust.moc"
