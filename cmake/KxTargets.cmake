@@ -63,6 +63,7 @@ endfunction()
 function(kx_add_test name)
     add_executable(${name} ${name}.cpp)
     target_link_libraries(${name} PRIVATE kxTestSupport Qt5::Test ${ARGN})
+    add_dependencies(${name} kxreader)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KX_SETTINGS_DIR=${CMAKE_BINARY_DIR}/test-settings/${name}")

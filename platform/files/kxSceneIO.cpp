@@ -3,9 +3,8 @@
 #include <animation/kxAnimScene.h>
 #include <animation/kxTimeLimit.h>
 #include <animation/kxTimeRescale.h>
-#include <files/assimp/kxAssimpImport.h>
+#include <files/apart/kxReaderProcess.h>
 #include <files/gltf/kxGltfExport.h>
-#include <files/gltf/kxGltfImport.h>
 #include <files/kxFileFormats.h>
 #include <files/kxImportCommand.h>
 #include <files/kxLoadAnimationsCommand.h>
@@ -35,36 +34,28 @@ using namespace osg;
 
 namespace
 {
-/// What can't be read as one version of a format may be one that another reader knows.
 bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
 {
     const QFileInfo file(path);
     if (file.isDir())
         return report.fail(QStringLiteral("it is a folder"));
-    if (file.isFile() && file.size() == 0)
+    if (!file.isFile())
+        return report.fail(QStringLiteral("there is no such file"));
+    if (file.size() == 0)
         return report.fail(QStringLiteral("the file is empty"));
     switch (kxFileFormats::readerOf(path))
     {
     case kxFileFormats::Reader::Scene:
         return kxSceneFile::read(path, content, report);
-    case kxFileFormats::Reader::Gltf:
-    {
-        bool firstVersion = false;
-        kxFileReport own(report.file());
-        if (kxGltfImport::read(path, content, own, &firstVersion) || !firstVersion)
-        {
-            report = own;
-            return !own.failed();
-        }
-        break;
-    }
     case kxFileFormats::Reader::Animations:
         return report.fail(QStringLiteral("it holds animations of an object. Select the object that gets them, and "
                                           "import the file."));
+    case kxFileFormats::Reader::Gltf:
+        return kxReaderProcess::read(kxModelReader::Gltf, path, content, report);
     case kxFileFormats::Reader::Assimp:
         break;
     }
-    return kxAssimpImport::read(path, content, report);
+    return kxReaderProcess::read(kxModelReader::Other, path, content, report);
 }
 
 template <class T>

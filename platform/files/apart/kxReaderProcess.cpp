@@ -1,15 +1,208 @@
 #include <files/apart/kxReaderProcess.h>
 
+#include "kxReaderAnswer.h"
+
+#include <apart/kxChild.h>
+#include <files/apart/kxReaderProgram.h>
+#include <kxAnimManager.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace
 {
+constexpr int WatchInterval = 30, EndInterval = 2; ///< milliseconds
+constexpr quint64 MemoryAByte = 40, BytesOfSeconds = 100'000'000, SecondsOfBytes = 30;
+
 kxReaderProcess::Watch& watch()
 {
     static kxReaderProcess::Watch current;
     return current;
 }
+
+/// A descriptor, closed at the end.
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor = -1) : _descriptor(descriptor) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return _descriptor; }
+    void set(int descriptor) { _descriptor = descriptor; }
+    void close()
+    {
+        if (_descriptor >= 0)
+            ::close(_descriptor);
+        _descriptor = -1;
+    }
+
+private:
+    int _descriptor;
+};
+
+/// How much there is to read. The bytes of a glTF lie beside it.
+quint64 sizeOf(kxModelReader::Kind kind, const QFileInfo& file)
+{
+    auto size = quint64(file.size());
+    if (kind == kxModelReader::Gltf)
+        for (const QFileInfo& buffer : file.dir().entryInfoList({QStringLiteral("*.bin")}, QDir::Files))
+            size += quint64(buffer.size());
+    return size;
+}
+
+/// One run of the program.
+class Run
+{
+public:
+    Run(kxModelReader::Kind kind, const QString& path, kxFileReport& report)
+        : _path(path), _report(report), _answer(memfd_create("answer", MFD_CLOEXEC))
+    {
+        const kxReaderProcess::Rules& rules = kxReaderProcess::rules();
+        const quint64 size = sizeOf(kind, QFileInfo(path));
+        _memory = std::max(rules.memory, MemoryAByte * size);
+        _seconds = std::max(rules.seconds, SecondsOfBytes * size / BytesOfSeconds);
+        _clock = _seconds * rules.clockASecond;
+        const QString suffix = QFileInfo(path).suffix().toUpper();
+        _reader = suffix.isEmpty() ? QStringLiteral("the reader of models")
+                                   : QStringLiteral("the reader of %1 files").arg(suffix);
+        start(kind);
+    }
+
+    bool wait();
+    bool take(kxSceneContent& content);
+
+private:
+    bool stopped(const QString& reason) { return _report.fail(QStringLiteral("%1 stopped: %2").arg(_reader, reason)); }
+    void start(kxModelReader::Kind kind);
+    void listen();
+    QString reason() const;
+
+    QString _path, _reader;
+    kxFileReport& _report;
+    quint64 _memory, _seconds, _clock;
+    Descriptor _answer, _progress;
+    kxChild _child;
+    double _share = -1;
+};
+
+void Run::start(kxModelReader::Kind kind)
+{
+    int pipe[2];
+    if (_answer.get() < 0 || pipe2(pipe, O_CLOEXEC | O_NONBLOCK) != 0)
+    {
+        _report.fail(
+            QStringLiteral("its reader can't be started: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
+        return;
+    }
+    _progress.set(pipe[0]);
+    const Descriptor told(pipe[1]);
+    const QStringList arguments{QString::number(kind),
+                                QFileInfo(_path).absoluteFilePath(),
+                                QString::number(kxAnimManager::the()->fps(), 'g', 17),
+                                QString::number(_memory),
+                                QString::number(_seconds),
+                                QString::number(getpid())};
+    const QString why = _child.start(kxReaderProcess::rules().program, arguments, {_answer.get(), told.get()});
+    if (!why.isEmpty())
+        _report.fail(QStringLiteral("its reader can't be started: %1").arg(why));
+}
+
+/// Waits a moment for news of how far it is. The other end of the pipe closes when the process ends.
+void Run::listen()
+{
+    pollfd source{_progress.get(), POLLIN, 0};
+    if (poll(&source, 1, _progress.get() < 0 ? EndInterval : WatchInterval) <= 0 || _progress.get() < 0)
+        return;
+    unsigned char percents[128];
+    const ssize_t count = ::read(_progress.get(), percents, sizeof percents);
+    if (count > 0)
+        _share = std::min(int(percents[count - 1]), 100) / 100.0;
+    else if (count == 0)
+        _progress.close();
+}
+
+/// False, with a report that says why, where there is no answer.
+bool Run::wait()
+{
+    if (_report.failed())
+        return false;
+    QElapsedTimer asked, running;
+    running.start();
+    asked.start();
+    while (!_child.hasEnded())
+    {
+        listen();
+        if (watch() && asked.elapsed() >= WatchInterval)
+        {
+            if (!watch()(_share))
+            {
+                _child.kill();
+                return _report.cancel();
+            }
+            asked.restart();
+        }
+        if (quint64(running.elapsed()) > _clock * 1000)
+        {
+            _child.kill();
+            return stopped(QStringLiteral("it didn't end within %1 s").arg(_clock));
+        }
+    }
+    return _child.hasEndedWith(0) || stopped(reason());
+}
+
+QString Run::reason() const
+{
+    if (_child.hasEndedWith(kxReaderProgram::NeedsMemory))
+        return QStringLiteral("it needed more than %1 GB of memory").arg(double(_memory >> 20) / 1024, 0, 'g', 3);
+    if (_child.hasEndedWith(kxReaderProgram::HasFailed))
+        return QStringLiteral("it met an error that it doesn't handle");
+    if (_child.hasEndedBy(SIGXCPU))
+        return QStringLiteral("it took more than %1 s of processor time").arg(_seconds);
+    return _child.reason();
+}
+
+bool Run::take(kxSceneContent& content)
+{
+    struct stat state = {};
+    if (fstat(_answer.get(), &state) != 0 || state.st_size <= 0)
+        return stopped(QStringLiteral("it handed nothing back"));
+    void* const bytes = mmap(nullptr, std::size_t(state.st_size), PROT_READ, MAP_PRIVATE, _answer.get(), 0);
+    if (bytes == MAP_FAILED)
+        return stopped(QStringLiteral("what it handed back doesn't fit into the memory"));
+    QString damage;
+    const bool taken = kxReaderAnswer::read(static_cast<const char*>(bytes), state.st_size, content, _report, damage);
+    munmap(bytes, std::size_t(state.st_size));
+    if (!damage.isEmpty())
+        return stopped(QStringLiteral("what it handed back is damaged: %1").arg(damage));
+    return taken;
+}
 } // namespace
+
+bool kxReaderProcess::read(kxModelReader::Kind kind, const QString& path, kxSceneContent& content, kxFileReport& report)
+{
+    Run run(kind, path, report);
+    return run.wait() && run.take(content);
+}
 
 void kxReaderProcess::setWatch(const Watch& value)
 {
     watch() = value;
+}
+
+kxReaderProcess::Rules& kxReaderProcess::rules()
+{
+    static Rules current;
+    return current;
 }

@@ -8,8 +8,6 @@
 #include <files/assimp/kxColladaNames.h>
 #include <files/assimp/kxFirstGltf.h>
 #include <files/import/kxAnimImport.h>
-#include <files/import/kxMemoryLimit.h>
-#include <kxAnimManager.h>
 #include <osg/Finite.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
@@ -18,6 +16,7 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <cmath>
@@ -32,9 +31,6 @@ constexpr float Degrees = 57.2957795130823f;
 /// Deeper trees would exhaust the stack of those who walk them.
 constexpr int DeepestTree = 1000;
 constexpr float SmoothAngle = 60.0f;
-/// Memory that reading a file may take: so much, and so many times its size.
-constexpr quint64 SmallestGrowth = quint64(512) << 20;
-constexpr quint64 GrowthAByte = 200;
 
 constexpr unsigned PointsAndLines = aiPrimitiveType_POINT | aiPrimitiveType_LINE;
 constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
@@ -102,9 +98,9 @@ class Reader
 {
 public:
     /// `names`: what nodes are called, by what the library calls them; its own names for the others.
-    Reader(const aiScene& scene, const QString& path, const std::map<std::string, std::string>& names,
+    Reader(const aiScene& scene, const QString& path, double frameRate, const std::map<std::string, std::string>& names,
            kxSceneContent& content, kxFileReport& report)
-        : _scene(scene), _names(names), _content(content), _report(report),
+        : _scene(scene), _frameRate(frameRate), _names(names), _content(content), _report(report),
           _materials(scene, QFileInfo(path).absolutePath(), report), _meshes(scene, _materials, report)
     {
         for (unsigned i = 0; i < scene.mNumAnimations; ++i)
@@ -261,7 +257,7 @@ private:
         {
             const aiAnimation& source = *_scene.mAnimations[i];
             // Times of a file without a rate are frames, and stay on their frames.
-            const double rate = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : kxAnimManager::the()->fps();
+            const double rate = source.mTicksPerSecond > 0 ? source.mTicksPerSecond : _frameRate;
             kxAnimImport::Animation animation;
             animation.name = source.mName.C_Str();
             if (source.mNumMeshChannels > 0 || source.mNumMorphMeshChannels > 0)
@@ -318,6 +314,7 @@ private:
     }
 
     const aiScene& _scene;
+    double _frameRate;
     const std::map<std::string, std::string>& _names;
     kxSceneContent& _content;
     kxFileReport& _report;
@@ -328,7 +325,7 @@ private:
 };
 
 /// Lengths become metres, those of all other formats that the application reads.
-bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path,
+bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, double frameRate,
                const std::map<std::string, std::string>& names, kxSceneContent& content, kxFileReport& report)
 {
     if (kxAssimpUnits::format(*scene) == "glTF Importer")
@@ -341,8 +338,24 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path,
         report.tell(QStringLiteral("a unit of the file is %1 m: all lengths were multiplied by that").arg(metres));
     }
     content.frameRate = kxAssimpUnits::frameRate(*scene);
-    return Reader(*scene, path, names, content, report).read();
+    return Reader(*scene, path, frameRate, names, content, report).read();
 }
+
+/// Passes on how far the library is; what is made of it afterwards takes some time too.
+class Progress : public Assimp::ProgressHandler
+{
+public:
+    explicit Progress(const std::function<void(double)>& tell) : _tell(tell) {}
+    bool Update(float share) override
+    {
+        if (share >= 0)
+            _tell(0.8 * double(share));
+        return true;
+    }
+
+private:
+    std::function<void(double)> _tell;
+};
 
 /// Reads a file with all steps.
 bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& report)
@@ -358,15 +371,16 @@ bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& rep
 }
 } // namespace
 
-bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileReport& report)
+bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent& content, kxFileReport& report,
+                          const std::function<void(double)>& progress)
 {
     content = kxSceneContent::empty();
     if (!QFileInfo(path).isFile())
         return report.fail(QStringLiteral("there is no such file"));
     try
     {
-        const kxMemoryLimit limit(SmallestGrowth + GrowthAByte * quint64(QFileInfo(path).size()));
         Assimp::Importer importer;
+        importer.SetProgressHandler(new Progress(progress)); // the importer's
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         const std::map<std::string, std::string> names = kxColladaNames::byId(path);
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, names.empty());
@@ -377,7 +391,8 @@ bool kxAssimpImport::read(const QString& path, kxSceneContent& content, kxFileRe
                                    ? QStringLiteral("the file claims more than it can hold")
                                    : reason);
         }
-        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, names, content, report);
+        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names, content,
+                         report);
     }
     catch (const std::exception& e)
     {

@@ -30,6 +30,9 @@ public:
     bool cancel();
     bool isCancelled() const { return _cancelled; }
     void note(const QString& line);
+    /// How many are noted beyond those in the list.
+    int unlisted() const { return _unlisted; }
+    void addUnlisted(int count) { _unlisted += count; }
     /// What was done that is no fault of the file.
     void tell(const QString& line) { _told.append(line); }
     const QStringList& told() const { return _told; }

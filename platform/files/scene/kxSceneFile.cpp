@@ -13,9 +13,9 @@ namespace
 {
 constexpr std::size_t Entries = 10;
 
-/// Gives where the containers are.
-kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content, const kxEnvelopeWriter& file,
-                           kxFileReport& report)
+/// Gives where the containers are, by what `position` tells to be written.
+kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content,
+                           const std::function<quint64()>& position, kxFileReport& report)
 {
     kxContainerWriter writer;
     bool flat = writer.collect(content.root.get());
@@ -30,7 +30,7 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
 
     const kxRestScope rest(writer.containers());
     out.startMap(Entries);
-    writer.write(out, [&file] { return quint64(file.length()); }); // two entries
+    writer.write(out, position); // two entries
     const auto writeNumber = [&](const char* key, const FieldContainerPtr& container)
     {
         kxContainerWriter::appendKey(out, key);
@@ -119,7 +119,8 @@ bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin&
     if (!file.begin(report))
         return false;
     QCborStreamWriter out(&file);
-    origin = writeContent(out, kxSceneContent::ofScene(), file, report);
+    origin = writeContent(
+        out, kxSceneContent::ofScene(), [&file] { return quint64(file.length()); }, report);
     if (report.failed() || !canBeRead(file, report))
         return false;
     origin.path = path;
@@ -137,6 +138,12 @@ bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileRepor
     content.origin.path = path;
     content.origin.head = file.head();
     return true;
+}
+
+void kxSceneFile::writePayload(QIODevice& out, const kxSceneContent& content, kxFileReport& report)
+{
+    QCborStreamWriter writer(&out);
+    writeContent(writer, content, nullptr, report);
 }
 
 bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report)

@@ -3,6 +3,8 @@
 #include <files/scene/kxFileReport.h>
 #include <files/scene/kxSceneContent.h>
 
+class QIODevice;
+
 /// Our own scene files, which keep everything. The bytes depend on the scene alone: saving what was read gives them
 /// again.
 namespace kxSceneFile
@@ -16,4 +18,6 @@ KX_API bool save(const QString& path, kxFileReport& report, kxSceneOrigin& origi
 KX_API bool read(const QString& path, kxSceneContent& content, kxFileReport& report);
 /// The content after the head and the checksum of a file.
 KX_API bool readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report);
+/// Writes what readPayload() reads. The report says where it can't be read again.
+KX_API void writePayload(QIODevice& out, const kxSceneContent& content, kxFileReport& report);
 } // namespace kxSceneFile

@@ -1,6 +1,5 @@
 #include "kxFilesFixture.h"
 
-#include <files/import/kxMemoryLimit.h>
 #include <osg/AnimCores.h>
 #include <scene/CameraLight.h>
 #include <scene/Mesh.h>
@@ -10,8 +9,6 @@
 #include <QImage>
 #include <QtTest>
 #include <kxTable.h>
-
-#include <malloc.h>
 
 #include <set>
 
@@ -358,24 +355,6 @@ private Q_SLOTS:
         QVERIFY((kxSceneMath::worldMatrix(node).map(QVector3D(1, 0, 0)) - QVector3D(3, 6, 5)).length() < 1.0e-4f);
     }
 
-    void memoryIsLimited()
-    {
-#ifndef KX_SANITIZED
-        malloc_trim(0); // what others left free is no growth
-        const auto fits = [](std::size_t megabytes)
-        {
-            void* volatile memory = std::malloc(megabytes << 20); // else the compiler leaves it out
-            std::free(memory);
-            return memory != nullptr;
-        };
-        {
-            const kxMemoryLimit limit(quint64(64) << 20);
-            QVERIFY(fits(40) && !fits(80));
-        }
-        QVERIFY(fits(80));
-#endif
-    }
-
     void hostileFiles_data()
     {
         kxColumns<QByteArray, QString>("json", "reason");
@@ -439,10 +418,7 @@ private:
             *notes = opened ? report.notes().join(QLatin1Char('\n')) : report.error();
         return opened;
     }
-    AnimNodePtr block()
-    {
-        return blocksOf(nodeNamed("n")).at(0);
-    }
+    AnimNodePtr block() { return blocksOf(nodeNamed("n")).at(0); }
 
     QTemporaryDir _folder;
 };

@@ -1,0 +1,15 @@
+#include <files/apart/kxReaderProgram.h>
+
+#ifdef KX_SANITIZED
+// What is found ends the process by a signal, as without the sanitizer; what isn't freed then doesn't matter.
+extern "C" const char* __asan_default_options();
+extern "C" __attribute__((visibility("default"))) const char* __asan_default_options()
+{
+    return "abort_on_error=1:detect_leaks=0";
+}
+#endif
+
+int main(int argc, char** argv)
+{
+    kxReaderProgram::run(argc, argv, &kxModelReader::read);
+}
