@@ -1,3 +1,4 @@
+#include <animation/kxCurveSegment.h>
 #include <kxCurveMath.h>
 
 #include <algorithm>
@@ -81,32 +82,17 @@ kxCurveMath::Place kxCurveMath::tangentVector(Side side, UInt32 type, const Neig
     return {x, narrowable(x * m)};
 }
 
-namespace
-{
-/// x(u) and y(u) of a segment as polynomials without constant terms; x runs from 0 to 1.
-struct Segment
-{
-    double x3, x2, x1;
-    double y3, y2, y1;
-
-    double x(double u) const { return ((x3 * u + x2) * u + x1) * u; }
-    double xSlope(double u) const { return (3 * x3 * u + 2 * x2) * u + x1; }
-    double y(double u) const { return ((y3 * u + y2) * u + y1) * u; }
-};
-
-/// The u in [0, 1] with x(u) = s, for 0 < s < 1.
-///
 /// Halley's steps while they stay inside the bracket and get shorter; else the bracket is halved. x(0) = 0 and x(1) = 1
 /// lie on both sides of s, so that there is a root even where x runs back on the way.
-double solve(const Segment& segment, double s)
+double kxCurvePolynomial::solve(double s) const
 {
     double low = 0, high = 1, u = s, previousStep = 1;
     for (int i = 0; i < 100; ++i)
     {
-        const double error = segment.x(u) - s;
+        const double error = x(u) - s;
         (error > 0 ? high : low) = u;
-        const double gradient = segment.xSlope(u);
-        const double bend = 3 * segment.x3 * u + segment.x2; // half the second derivative
+        const double gradient = xSlope(u);
+        const double bend = 3 * _x3 * u + _x2; // half the second derivative
         const double step = error * gradient / (gradient * gradient - error * bend);
         double next = u - step;
         const bool isGood = next > low && next < high && std::abs(step) < 0.9 * previousStep;
@@ -126,6 +112,8 @@ double solve(const Segment& segment, double s)
     return u;
 }
 
+namespace
+{
 float finite(double value, float fallback)
 {
     if (std::isnan(value))
@@ -144,26 +132,11 @@ float kxCurveMath::segmentValue(const CCPnt& a, const CCPnt& b, double seconds)
     if (!(s < 1))
         return finite(b.y(), 0);
 
-    const double rise = double(b.y()) - a.y();
-    const double outX = a.outX() * perSecond, inX = b.inX() * perSecond;
-    const double outY = a.outY(), inY = b.inY();
-    if (outX == 0 && inX == 0 && outY == 0 && inY == 0)
-        return finite(a.y(), 0); // a step
-    // Both vectors on the chord, as linear sides and flat stretches have it: the curve is the chord, however fast it is
-    // run through. Not for vectors that run past the other key: there the way matters.
-    const double slack = 2.0e-7 * std::abs(rise) + 5.0e-8 * std::abs(a.y());
-    if (std::abs(outY - rise * outX) <= slack && std::abs(inY - rise * inX) <= slack && outX >= 0 && outX <= 1 &&
-        inX <= 0 && inX >= -1)
-        return finite(a.y() + rise * s, a.y());
-
-    Segment segment;
-    segment.x1 = 3 * outX;
-    segment.x2 = 3 * (1 + inX) - 6 * outX;
-    segment.x3 = 1 - segment.x1 - segment.x2;
-    segment.y1 = 3 * outY;
-    segment.y2 = 3 * (rise + inY) - 6 * outY;
-    segment.y3 = rise - segment.y1 - segment.y2;
-    // Vectors of a third of the segment's length: x(u) is the straight line.
-    const bool isStraight = std::abs(outX - 1.0 / 3) < 1.0e-9 && std::abs(inX + 1.0 / 3) < 1.0e-9;
-    return finite(a.y() + segment.y(isStraight ? s : solve(segment, s)), a.y());
+    const kxCurveSegment segment(a, b, perSecond);
+    if (segment.isStep())
+        return finite(a.y(), 0);
+    if (segment.isChord())
+        return finite(a.y() + segment.rise * s, a.y());
+    const kxCurvePolynomial polynomial(segment);
+    return finite(a.y() + polynomial.y(polynomial.parameterAt(s)), a.y());
 }

@@ -2,11 +2,13 @@
 import itertools
 import json
 import random
+import struct
 
 import kxAnimWidgets as tools
 import kxHost as host
 
 FPS, END = 24.0, 6.0
+RANGES = {"Far": (200.03, 200.12)}  # seconds of an animation, where it isn't the timeline's
 KEYS = [(1.0, 2.0), (1.75, 5.0), (2.5, -3.0), (3.0, 4.0)]
 MODES = "constant", "linear", "loop", "loop with offset", "oscillate"
 TYPES = "constant", "linear", "flat", "hermite", "following"
@@ -83,6 +85,8 @@ def make():
     for cycles in (3, -1):
         block("a jump at the seam of a repeat", dict(stretch=0.55), cycles, keys=seam, tangents="linear")
     block("a jump at the seam of a repeat", None, 3, channel="rotation.Y", keys=angles[:2])
+    for timing in timings:
+        block("steps before their block and after it", dict(timing, start=1.5), 1, tangents="constant")
     make_clips(timings, turn)
     make_values()
 
@@ -109,6 +113,10 @@ def make_clips(timings, turn):
     host.setTiming(inner, start=0.3, stretch=0.8, flipped=True)
     host.setCycles(inner, 1)
     tools.setAnimClipActive(outer, False)
+    far = tools.createAnimClip("Far", None)
+    for more in (dict(tangents="linear"), dict(tangents="hermite"), turn):
+        copy(far, block("clip: fast, and far from 0", **more), int(200 * FPS), stretch=0.0371)
+        cases[-1] += ("Far",)
 
 
 def make_values():
@@ -127,10 +135,16 @@ def make_values():
     keyed("choice", "choice", [(0.0, 0.0), (1.0, 2.0), (2.5, 1.0)], thing=doors)
 
 
-def sampled(seed, count):
+def sampled(animation, count):
     """Frames all over the range, and those of the keys."""
-    dice = random.Random(seed)
-    return sorted([dice.uniform(0, END * FPS) for _ in range(count)] + [s * FPS for s, _ in KEYS] + [0.0, END * FPS])
+    dice, (start, end) = random.Random(animation), RANGES.get(animation, (0.0, END))
+    times = [dice.uniform(start, end) for _ in range(count)] + [s for s, _ in KEYS if start <= s] + [start, end]
+    return sorted(seconds * FPS for seconds in times)
+
+
+def shown_at(frame):
+    """The time that is shown at a frame: seconds have the digits of a float."""
+    return struct.unpack("f", struct.pack("f", frame / FPS))[0]
 
 
 def values(animation, objects, frames):
@@ -146,12 +160,12 @@ def values(animation, objects, frames):
 def tell(out, count):
     make()
     told = []
-    for animation in ["Scene", "Flat", "Outer"]:
+    for animation in ["Scene", "Flat", "Outer", "Far"]:
         wanted = [case for case in cases if animation == "Scene" or animation in case[3:]]
         frames = sampled(animation, count)
         columns = values(animation, [case[1:3] for case in wanted], frames)
         told += [{"kind": case[0], "name": case[1].name, "channels": case[2], "animation": animation,
-                  "seconds": [frame / FPS for frame in frames], "values": column}
+                  "seconds": [shown_at(frame) for frame in frames], "values": column}
                  for case, column in zip(wanted, columns)]
     tools.setCurrentFrame(0.0)
     with open(out, "w") as file:
@@ -166,7 +180,7 @@ def tell_again(told, scene):
         entry["seconds"], entry["values"] = entry["seconds"][::4], entry["values"][::4]
     host.openScene(scene)
     find = {True: host.findMaterial, False: host.findNode}
-    for animation in ["Scene", "Flat", "Outer"]:
+    for animation in ["Scene", "Flat", "Outer", "Far"]:
         wanted = [entry for entry in entries if entry["animation"] == animation]
         objects = [(find[entry["kind"] == "materials"](entry["name"]), entry["channels"]) for entry in wanted]
         for entry, column in zip(wanted, values(animation, objects, [s * FPS for s in wanted[0]["seconds"]])):

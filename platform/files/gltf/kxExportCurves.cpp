@@ -1,5 +1,6 @@
 #include <files/gltf/kxExportCurves.h>
 
+#include <animation/kxNodeTime.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -10,11 +11,17 @@ using namespace osg;
 namespace
 {
 using kxAnimImport::Interpolation;
+using kxExportSpans::Sample;
+using kxExportSpans::Samples;
 using kxExportSpans::Span;
 
-constexpr double SmallestStep = 1e-9; ///< seconds: nearer times are one
-/// Where a piece is compared with what stands for it; the cubic goes through thirds anyway.
-constexpr double Checks[] = {1.0 / 24, 1.0 / 8, 5.0 / 24, 11.0 / 24, 13.0 / 24, 19.0 / 24, 7.0 / 8, 23.0 / 24};
+constexpr double SmallestStep = 1e-9; // seconds: nearer times are one
+constexpr double LastDigit = 1.2e-7;  // of a float, as a share
+constexpr double TooFar = 2;          // the error of a fit that is aimed at 1
+constexpr double MostParts = 6;       // that a fit is cut into at once
+constexpr double DegreesOfHalfChord = 4 * 57.295779513082320877;
+// Where a turn is compared with what stands for it.
+constexpr double Checks[] = {1.0 / 6, 1.0 / 3, 0.5, 2.0 / 3, 5.0 / 6};
 
 QQuaternion quaternion(const double* degrees)
 {
@@ -23,45 +30,58 @@ QQuaternion quaternion(const double* degrees)
     return QQuaternion(w, x, y, z);
 }
 
-void rotationOf(const double* in, double* out)
+void rotationOf(const QQuaternion& turn, const QQuaternion& orientation, double* out)
 {
-    const QQuaternion rotation = (quaternion(in) * quaternion(in + 3)).normalized();
+    const QQuaternion rotation = (turn * orientation).normalized();
     out[0] = double(rotation.x());
     out[1] = double(rotation.y());
     out[2] = double(rotation.z());
     out[3] = double(rotation.scalar());
 }
 
-double dot(const std::vector<double>& a, const std::vector<double>& b)
+double dot(const double* a, const double* b)
 {
-    double sum = 0;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        sum += a[i] * b[i];
-    return sum;
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2] + a[3] * b[3];
 }
 
-/// In degrees. The length of the difference, not the cosine, tells small angles apart.
-double angleBetween(const std::vector<double>& a, const std::vector<double>& b)
+/// Half the length of the difference, which is the sine of a quarter of the angle. It tells small angles apart.
+double halfChord(const double* a, const double* b)
 {
     const double sign = dot(a, b) < 0 ? -1 : 1;
     double square = 0;
-    for (std::size_t i = 0; i < a.size(); ++i)
+    for (int i = 0; i < 4; ++i)
         square += (a[i] - sign * b[i]) * (a[i] - sign * b[i]);
-    return 4 * std::asin(std::min(1.0, 0.5 * std::sqrt(square))) * 57.295779513082320877;
+    return 0.5 * std::sqrt(square);
 }
 
-std::vector<double> slerp(const std::vector<double>& a, const std::vector<double>& b, double part)
+double angleBetween(const double* a, const double* b)
 {
-    const double sign = dot(a, b) < 0 ? -1 : 1, angle = std::acos(std::min(1.0, std::abs(dot(a, b))));
-    const double sine = std::sin(angle);
-    const bool isSmall = sine < 1e-6;
-    const double u = isSmall ? 1 - part : std::sin((1 - part) * angle) / sine;
-    const double v = sign * (isSmall ? part : std::sin(part * angle) / sine);
-    std::vector<double> mixed(a.size());
-    for (std::size_t i = 0; i < a.size(); ++i)
-        mixed[i] = a[i] * u + b[i] * v;
-    return mixed;
+    return DegreesOfHalfChord * std::asin(std::min(1.0, halfChord(a, b)));
 }
+
+/// The shorter arc between two rotations.
+class Arc
+{
+public:
+    Arc(const double* a, const double* b)
+        : _a(a), _b(b), _sign(dot(a, b) < 0 ? -1 : 1), _angle(std::acos(std::min(1.0, std::abs(dot(a, b))))),
+          _sine(std::sin(_angle))
+    {
+    }
+
+    void at(double part, double* out) const
+    {
+        const bool isSmall = _sine < 1e-6;
+        const double u = isSmall ? 1 - part : std::sin((1 - part) * _angle) / _sine;
+        const double v = _sign * (isSmall ? part : std::sin(part * _angle) / _sine);
+        for (int i = 0; i < 4; ++i)
+            out[i] = _a[i] * u + _b[i] * v;
+    }
+
+private:
+    const double *_a, *_b;
+    double _sign, _angle, _sine;
+};
 
 /// The last float at or before a time, or the first behind it.
 float floatAt(double seconds, bool behind)
@@ -76,53 +96,70 @@ double hermite(double first, double firstSlope, double last, double lastSlope, d
     const double t = part, w = 1 - part;
     return first * w * w * (1 + 2 * t) + last * t * t * (3 - 2 * t) + length * t * w * (firstSlope * w - lastSlope * t);
 }
+
+/// The slopes at both ends of the cubic that goes through two samples too; those of the chord where these don't tell.
+void findSlopes(double first, double last, const Sample& one, const Sample& two, double length, double& firstSlope,
+                double& lastSlope)
+{
+    const auto out = [](double t) { return t * (1 - t) * (1 - t); };
+    const auto in = [](double t) { return -t * t * (1 - t); };
+    const double restOne = one.value - hermite(first, 0, last, 0, one.part, length);
+    const double restTwo = two.value - hermite(first, 0, last, 0, two.part, length);
+    const double scale = length * (out(one.part) * in(two.part) - out(two.part) * in(one.part));
+    firstSlope = lastSlope = (last - first) / length;
+    if (std::abs(scale) < 1e-6 * length)
+        return;
+    firstSlope = (restOne * in(two.part) - restTwo * in(one.part)) / scale;
+    lastSlope = (restTwo * out(one.part) - restOne * out(two.part)) / scale;
+}
 } // namespace
 
 /// Keys in the making.
 class kxExportCurves::Keys
 {
 public:
-    Keys(const kxExportCurves& curves, Interpolation interpolation, double shift)
-        : _curves(curves), _isRotation(curves._isRotation), _shift(shift)
+    Keys(const kxExportCurves& curves, Interpolation interpolation) : _curves(curves)
     {
         out.interpolation = interpolation;
     }
 
-    void add(const std::vector<Fit>& fits)
+    void add(const std::vector<Fit>& fits, float end)
     {
-        const Values none(fits.front().first.size(), 0.0);
-        const bool steps = out.interpolation == Interpolation::Step;
-        const Values* before = _curves._before.empty() ? nullptr : &_curves._before;
-        const Values* slope = &none;
-        for (const Fit& fit : fits)
-        {
-            const bool jumps = before != nullptr && _curves.isJump(*before, fit.first);
-            if (out.times.empty() || jumps || !steps)
-                addKey(fit.start, before, fit.first, *slope, fit.firstSlope, jumps);
-            before = &fit.last;
-            slope = &fit.lastSlope;
-        }
-        if (fits.back().end == fits.front().start)
+        const Fit& front = fits.front();
+        const bool jumps = _curves._isHeld && _curves.isJump(_curves._before, front.first);
+        const float before = std::nextafter(front.start, -INFINITY);
+        if (jumps && before >= 0)
+            push(before, {}, _curves._before, {});
+        push(front.start, {}, front.first, front.firstSlope);
+        for (std::size_t i = 1; i < fits.size(); ++i)
+            addBetween(fits[i - 1], fits[i]);
+        if (_curves.isPoint())
             return;
-        addKey(fits.back().end, before, _curves._after, *slope, none, _curves.isJump(*before, _curves._after));
+        const Fit& back = fits.back();
+        const bool isLast = !(back.end < end);
+        if (!isLast && !isStepped())
+            push(back.end, back.lastSlope, back.last, {});
+        push(end, isLast ? back.lastSlope : Values(), _curves._after, {});
     }
 
     Sampler out;
 
 private:
-    void addKey(double seconds, const Values* before, const Values& value, const Values& in, const Values& slope,
-                bool jumps)
+    bool isStepped() const { return out.interpolation == Interpolation::Step; }
+
+    void addBetween(const Fit& a, const Fit& b)
     {
-        const Values none(value.size(), 0.0);
-        const float time =
-            jumps ? floatAt(seconds + _shift, _curves.holdsAt(seconds, *before, value)) : float(seconds + _shift);
-        if (jumps && out.interpolation != Interpolation::Step)
+        if (isStepped())
         {
-            push(std::nextafter(time, -INFINITY), in, *before, none);
-            ++out.added;
-            return push(time, none, value, slope);
+            if (_curves.isJump(a.last, b.first))
+                push(b.start, {}, b.first, {});
+            return;
         }
-        push(time, in, value, slope);
+        if (a.end >= b.start)
+            return push(b.start, a.lastSlope, b.first, b.firstSlope);
+        push(a.end, a.lastSlope, a.last, {});
+        ++out.added;
+        push(b.start, {}, b.first, b.firstSlope);
     }
 
     void push(float time, const Values& in, const Values& value, const Values& slope)
@@ -130,59 +167,49 @@ private:
         if (!out.times.empty() && time <= out.times.back())
             time = std::nextafter(out.times.back(), INFINITY);
         out.times.push_back(time);
+        const unsigned width = _curves._width;
         const bool isSpline = out.interpolation == Interpolation::CubicSpline;
         if (isSpline)
-            out.values.insert(out.values.end(), in.begin(), in.end());
-        // On the side of the sphere that is nearer to the rotation before.
-        if (_isRotation && !_last.empty() && dot(_last, value) < 0)
-            for (const double number : value)
-                out.values.push_back(float(-number));
-        else
-            out.values.insert(out.values.end(), value.begin(), value.end());
-        if (_isRotation)
-            _last.assign(out.values.end() - 4, out.values.end());
+            out.values.insert(out.values.end(), in.begin(), in.begin() + width);
+        // A rotation: on the side of the sphere that is nearer to the one before.
+        const double sign = _curves._isRotation && out.times.size() > 1 && dot(_last.data(), value.data()) < 0 ? -1 : 1;
+        for (unsigned c = 0; c < width; ++c)
+        {
+            _last[c] = sign * value[c];
+            out.values.push_back(float(_last[c]));
+        }
         if (isSpline)
-            out.values.insert(out.values.end(), slope.begin(), slope.end());
+            out.values.insert(out.values.end(), slope.begin(), slope.begin() + width);
     }
 
     const kxExportCurves& _curves;
-    const bool _isRotation;
-    const double _shift;
-    Values _last;
+    Values _last{};
 };
 
-kxExportCurves::kxExportCurves(std::vector<Input> inputs, unsigned width, Map map)
-    : _inputs(std::move(inputs)), _width(width), _map(std::move(map))
+kxExportCurves::kxExportCurves(std::vector<Input> inputs, unsigned width, Map map, bool isRotation)
+    : _inputs(std::move(inputs)), _width(width), _map(std::move(map)), _isRotation(isRotation)
 {
     makePieces();
-    Values low(_width, INFINITY);
-    _highest.assign(_width, -INFINITY);
-    for (const Piece& piece : _pieces)
-        for (int i = 0; i <= 8; ++i)
-        {
-            const Values values = valueAt(piece, piece.start + i * 0.125 * (piece.end - piece.start));
-            for (unsigned c = 0; c < _width; ++c)
-            {
-                low[c] = std::min(low[c], values[c]);
-                _highest[c] = std::max(_highest[c], values[c]);
-            }
-        }
-    for (unsigned c = 0; c < _width; ++c)
-        _tolerance.push_back(std::max(
-            {Share * (_highest[c] - low[c]), 2.5e-7 * std::max(std::abs(low[c]), std::abs(_highest[c])), 1e-12}));
+    if (!isRotation)
+        findRanges();
     trim();
 }
 
 kxExportCurves kxExportCurves::rotation(std::vector<Input> angles)
 {
-    kxExportCurves curves(std::move(angles), 4, &rotationOf);
-    curves._isRotation = true;
-    return curves;
+    Map map = [](const double* in, double* out) { rotationOf(quaternion(in), quaternion(in + 3), out); };
+    if (std::all_of(angles.begin() + 3, angles.end(), [](const Input& input) { return input.spans.empty(); }))
+    {
+        const double degrees[] = {angles[3].constant, angles[4].constant, angles[5].constant};
+        map = [orientation = quaternion(degrees)](const double* in, double* out)
+        { rotationOf(quaternion(in), orientation, out); };
+    }
+    return kxExportCurves(std::move(angles), 4, std::move(map), true);
 }
 
 void kxExportCurves::makePieces()
 {
-    Values times;
+    std::vector<double> times;
     for (const Input& input : _inputs)
         for (const Span& span : input.spans)
             times.insert(times.end(), {span.start, span.end});
@@ -203,11 +230,44 @@ void kxExportCurves::makePieces()
             const std::vector<Span>& spans = _inputs[c].spans;
             while (at[c] + 1 < spans.size() && spans[at[c]].end < middle)
                 ++at[c];
-            piece.spans.push_back(spans.empty() ? nullptr : &spans[at[c]]);
+            piece.spans[c] = spans.empty() ? nullptr : &spans[at[c]];
             piece.isStill = piece.isStill && (spans.empty() || spans[at[c]].isStill());
             piece.isOutside = piece.isOutside && (spans.empty() || spans[at[c]].isOutside);
         }
-        _pieces.push_back(std::move(piece));
+        _pieces.push_back(piece);
+    }
+}
+
+void kxExportCurves::findRanges()
+{
+    Values low;
+    low.fill(INFINITY);
+    _highest.fill(-INFINITY);
+    const auto add = [&](unsigned c, double value)
+    {
+        low[c] = std::min(low[c], value);
+        _highest[c] = std::max(_highest[c], value);
+    };
+    std::array<Samples, 4> samples;
+    for (const Piece& piece : _pieces)
+    {
+        const Values first = valueAt(piece, piece.start), last = valueAt(piece, piece.end);
+        if (!piece.isStill)
+            sample(piece, piece.start, piece.end, samples);
+        for (unsigned c = 0; c < _width; ++c)
+        {
+            add(c, first[c]);
+            add(c, last[c]);
+            if (!piece.isStill)
+                for (const Sample& one : samples[c])
+                    add(c, one.value);
+        }
+    }
+    for (unsigned c = 0; c < _width; ++c)
+    {
+        _range[c] = _highest[c] - low[c];
+        _tolerance[c] = std::max(
+            {Share / TooFar * _range[c], LastDigit * std::max(std::abs(low[c]), std::abs(_highest[c])), 1e-12});
     }
 }
 
@@ -215,26 +275,27 @@ void kxExportCurves::makePieces()
 void kxExportCurves::trim()
 {
     auto first = _pieces.begin(), last = _pieces.end();
+    bool isEndHeld = false;
     // A held end may jump to another one, where bars follow each other.
-    const auto holds = [this](const Piece& piece, const Values& beyond)
-    { return piece.isStill && piece.isOutside && (beyond.empty() || !isJump(beyond, valueAt(piece, piece.start))); };
-    for (; last - first > 1 && holds(*first, _before); ++first)
+    const auto holds = [this](const Piece& piece, bool isHeld, const Values& beyond)
+    { return piece.isStill && piece.isOutside && (!isHeld || !isJump(beyond, valueAt(piece, piece.start))); };
+    for (; last - first > 1 && holds(*first, _isHeld, _before); ++first, _isHeld = true)
         _before = valueAt(*first, first->start);
-    for (; last - first > 1 && holds(*(last - 1), _after); --last)
+    for (; last - first > 1 && holds(*(last - 1), isEndHeld, _after); --last, isEndHeld = true)
         _after = valueAt(*(last - 1), (last - 1)->start);
-    if (last - first == 1 && first->isStill && first->isOutside && _before.empty() && _after.empty())
+    if (last - first == 1 && first->isStill && first->isOutside && !_isHeld && !isEndHeld)
         first->end = first->start; // nothing moves: one key tells it
-    if (_after.empty())
+    if (!isEndHeld)
         _after = exactAt((last - 1)->end);
     _pieces = std::vector<Piece>(first, last);
 }
 
 kxExportCurves::Values kxExportCurves::inputsAt(const Piece& piece, double seconds) const
 {
-    Values in(_inputs.size());
-    for (std::size_t i = 0; i < in.size(); ++i)
-        in[i] = piece.spans[i] == nullptr ? _inputs[i].constant
-                                          : piece.spans[i]->value(std::clamp(seconds, piece.start, piece.end));
+    Values in{};
+    const double inside = std::clamp(seconds, piece.start, piece.end);
+    for (std::size_t i = 0; i < _inputs.size(); ++i)
+        in[i] = piece.spans[i] == nullptr ? _inputs[i].constant : piece.spans[i]->value(inside);
     return in;
 }
 
@@ -243,25 +304,28 @@ kxExportCurves::Values kxExportCurves::valueAt(const Piece& piece, double second
     return valueOf(inputsAt(piece, seconds));
 }
 
-kxExportCurves::Values kxExportCurves::valueOf(Values in) const
+/// As the file can hold it.
+kxExportCurves::Values kxExportCurves::valueOf(const Values& in) const
 {
-    if (_map == nullptr)
-        return in;
-    Values out(_width);
-    _map(in.data(), out.data());
+    Values out = in;
+    if (_map != nullptr)
+        _map(in.data(), out.data());
+    for (unsigned c = 0; c < _width; ++c)
+        out[c] = double(float(out[c]));
     return out;
 }
 
 kxExportCurves::Values kxExportCurves::exactAt(double seconds) const
 {
-    Values in;
-    for (const Input& input : _inputs)
-        in.push_back(input.source == nullptr ? input.constant
-                                             : kxExportSpans::valueAt(*input.source, seconds, input.isStepped));
-    return valueOf(std::move(in));
+    Values in{};
+    for (std::size_t i = 0; i < _inputs.size(); ++i)
+        in[i] = _inputs[i].source == nullptr
+                    ? _inputs[i].constant
+                    : kxExportSpans::valueAt(*_inputs[i].source, seconds, _inputs[i].isStepped);
+    return valueOf(in);
 }
 
-bool kxExportCurves::holdsAt(double seconds, const Values& before, const Values& after) const
+float kxExportCurves::timeOfJump(double seconds, double shift, const Values& before, const Values& after) const
 {
     const Values there = exactAt(seconds);
     double toBefore = 0, toAfter = 0;
@@ -270,126 +334,214 @@ bool kxExportCurves::holdsAt(double seconds, const Values& before, const Values&
         toBefore += std::abs(there[c] - before[c]);
         toAfter += std::abs(there[c] - after[c]);
     }
-    return toBefore < toAfter;
+    if (toBefore >= toAfter)
+        return floatAt(seconds + shift, false);
+    // What lies before still counts there. Opened here again a jump is shown as early as times are off.
+    return floatAt(seconds + shift + 1.5 * kxNodeTime::tolerance(seconds + shift), true);
 }
 
-bool kxExportCurves::isJump(const Values& a, const Values& b) const
+bool kxExportCurves::differ(const Values& a, const Values& b, double share) const
 {
     if (_isRotation)
-        return angleBetween(a, b) > Degrees;
+        return angleBetween(a.data(), b.data()) > share * Degrees / TooFar;
     for (unsigned c = 0; c < _width; ++c)
-        if (std::abs(a[c] - b[c]) > _tolerance[c])
+        if (std::abs(a[c] - b[c]) > share * _tolerance[c])
             return true;
     return false;
 }
 
-kxExportCurves::Fit kxExportCurves::fitOf(const Piece& piece, double start, double end) const
+/// Keys lie at the times that a float holds. Where curves meet between two of these, and much happens, both get a key.
+template <class Next>
+void kxExportCurves::meet(Stretch& a, float& first, double seconds, double shift, const Next& next) const
 {
+    const Values before = valueAt(*a.piece, seconds), after = next(seconds);
+    if (isJump(before, after))
+    {
+        first = timeOfJump(seconds, shift, before, after);
+        a.last = std::nextafter(first, -INFINITY);
+    }
+    else if (const float last = floatAt(seconds + shift, false); double(last) != seconds + shift)
+    {
+        const float behind = std::nextafter(last, INFINITY);
+        if (differ(valueAt(*a.piece, double(last) - shift), next(double(behind) - shift), 0.25))
+        {
+            a.last = last;
+            first = behind;
+        }
+    }
+    a.last = std::max(a.first, a.last);
+}
+
+std::vector<kxExportCurves::Stretch> kxExportCurves::stretches(double shift, float& end) const
+{
+    std::vector<Stretch> result;
+    result.reserve(_pieces.size());
+    for (const Piece& piece : _pieces)
+    {
+        Stretch next = {&piece, float(piece.start + shift), float(piece.end + shift)};
+        if (next.first >= next.last && (!result.empty() || &piece != &_pieces.back()))
+            continue; // no time of the file lies in it
+        if (!result.empty())
+            meet(result.back(), next.first, piece.start, shift,
+                 [&](double seconds) { return valueAt(piece, seconds); });
+        else if (const Values first = valueAt(piece, piece.start); _isHeld && isJump(_before, first))
+            next.first = timeOfJump(piece.start, shift, _before, first);
+        next.last = std::max(next.first, next.last);
+        result.push_back(next);
+    }
+    end = float(_pieces.back().end + shift);
+    if (!isPoint())
+        meet(result.back(), end, _pieces.back().end, shift, [this](double) { return _after; });
+    return result;
+}
+
+void kxExportCurves::sample(const Piece& piece, double from, double to, std::array<Samples, 4>& samples) const
+{
+    for (unsigned c = 0; c < _width && _map == nullptr; ++c)
+        if (piece.spans[c] != nullptr)
+            piece.spans[c]->sample(from, to, samples[c]);
+        else
+            for (std::size_t i = 0; i < samples[c].size(); ++i)
+                samples[c][i] = {double(i + 1) / double(samples[c].size() + 1), _inputs[c].constant};
+    for (std::size_t i = 0; i < samples[0].size() && _map != nullptr; ++i)
+    {
+        const double part = double(i + 1) / double(samples[0].size() + 1);
+        const Values values = valueAt(piece, from + part * (to - from));
+        for (unsigned c = 0; c < _width; ++c)
+            samples[c][i] = {part, values[c]};
+    }
+}
+
+kxExportCurves::Fit kxExportCurves::fitOf(const Stretch& stretch, double shift) const
+{
+    const Piece& piece = *stretch.piece;
     Fit fit;
-    fit.start = start;
-    fit.end = end;
-    fit.first = valueAt(piece, start);
-    fit.last = valueAt(piece, end);
-    fit.firstSlope.assign(_width, 0.0);
-    fit.lastSlope = fit.firstSlope;
+    fit.start = stretch.first;
+    fit.end = stretch.last;
+    fit.first = valueAt(piece, double(stretch.first) - shift);
+    fit.last = piece.isStill ? fit.first : valueAt(piece, double(stretch.last) - shift);
     fit.isStill = fit.isStraight = piece.isStill;
-    // The slopes are those of the length that the file has.
-    const double length = double(float(end)) - double(float(start));
-    if (piece.isStill || _isRotation || !(length > 0))
+    if (piece.isStill || !(stretch.first < stretch.last))
         return fit;
-    const Values third = valueAt(piece, start + (end - start) / 3), second = valueAt(piece, end - (end - start) / 3);
+    if (_isRotation)
+        fitTurn(stretch, shift, fit);
+    else
+        fitCurve(stretch, shift, fit);
+    return fit;
+}
+
+void kxExportCurves::fitCurve(const Stretch& stretch, double shift, Fit& fit) const
+{
+    const Piece& piece = *stretch.piece;
+    const double length = double(fit.end) - double(fit.start), start = double(fit.start) - shift;
+    std::array<Samples, 4> samples;
+    sample(piece, start, start + length, samples);
     fit.isStraight = true;
     for (unsigned c = 0; c < _width; ++c)
     {
         const Span* const span = _map == nullptr ? piece.spans[c] : nullptr;
-        const double chord = (fit.last[c] - fit.first[c]) / length;
-        const auto isOff = [&](double part)
-        {
-            const double there = valueAt(piece, start + part * (end - start))[c];
-            return std::abs(fit.first[c] + part * (fit.last[c] - fit.first[c]) - there) > 0.1 * _tolerance[c];
-        };
+        const double first = fit.first[c], last = fit.last[c], chord = (last - first) / length;
+        const auto isOff = [&](const Sample& there)
+        { return std::abs(first + there.part * (last - first) - there.value) > 0.05 * _tolerance[c]; };
         const bool isStraight = _map == nullptr ? span == nullptr || span->isStraight()
-                                                : !std::any_of(std::begin(Checks), std::end(Checks), isOff);
+                                                : std::none_of(samples[c].begin(), samples[c].end(), isOff);
         fit.isStraight = fit.isStraight && isStraight;
-        if (isStraight)
-            fit.firstSlope[c] = fit.lastSlope[c] = chord;
-        else if (span != nullptr && span->isCubic())
+        double off = 0, firstSlope = chord, lastSlope = chord;
+        if (!isStraight && span != nullptr && span->isCubic())
         {
-            fit.firstSlope[c] = span->slope(start);
-            fit.lastSlope[c] = span->slope(end);
+            firstSlope = span->slope(start);
+            lastSlope = span->slope(start + length);
         }
-        else // the cubic through four points
-        {
-            const double f0 = fit.first[c], f1 = third[c], f2 = second[c], f3 = fit.last[c];
-            fit.firstSlope[c] = (-5.5 * f0 + 9 * f1 - 4.5 * f2 + f3) / length;
-            fit.lastSlope[c] = (-f0 + 4.5 * f1 - 9 * f2 + 5.5 * f3) / length;
-        }
+        else if (!isStraight)
+            findSlopes(first, last, samples[c][2], samples[c][6], length, firstSlope, lastSlope);
+        fit.firstSlope[c] = double(float(firstSlope));
+        fit.lastSlope[c] = double(float(lastSlope));
+        if (isStraight && span != nullptr) // a seam that lies between two floats bends it
+            off = std::abs(0.5 * (first + last) - span->value(start + 0.5 * length));
+        for (const Sample& there : samples[c])
+            if (!isStraight)
+                off = std::max(off,
+                               std::abs(hermite(first, fit.firstSlope[c], last, fit.lastSlope[c], there.part, length) -
+                                        there.value));
+        fit.error = std::max(fit.error, off / _tolerance[c]);
+        fit.off = std::max(fit.off, off / std::max(_range[c], 1e-30));
     }
-    return fit;
 }
 
-bool kxExportCurves::isGoodTurn(const Piece& piece, const Fit& fit) const
+void kxExportCurves::fitTurn(const Stretch& stretch, double shift, Fit& fit) const
 {
-    Values before = fit.first, anglesBefore = inputsAt(piece, fit.start);
-    double turn = 0, way = 0;
-    const auto goTo = [&](double part)
+    const Piece& piece = *stretch.piece;
+    const double start = double(fit.start) - shift, length = double(fit.end) - double(fit.start);
+    const Arc arc(fit.first.data(), fit.last.data());
+    Values before = fit.first, anglesBefore = inputsAt(piece, start), onArc{};
+    double turn = 0, way = 0, off = 0;
+    const auto goTo = [&](const Values& angles, const Values& there)
     {
-        const double seconds = fit.start + part * (fit.end - fit.start);
-        Values angles = inputsAt(piece, seconds), there = valueOf(angles);
-        turn += angleBetween(before, there);
-        for (std::size_t i = 0; i < angles.size(); ++i)
+        turn += halfChord(before.data(), there.data());
+        for (std::size_t i = 0; i < _inputs.size(); ++i)
             way += std::abs(angles[i] - anglesBefore[i]); // full turns look like none
-        const bool isNear = angleBetween(slerp(fit.first, fit.last, part), there) <= Degrees;
-        before = std::move(there);
-        anglesBefore = std::move(angles);
-        return isNear && turn <= LongestTurn && way < 170;
+        before = there;
+        anglesBefore = angles;
     };
-    return std::all_of(std::begin(Checks), std::end(Checks), goTo) && goTo(1);
-}
-
-bool kxExportCurves::isGood(const Piece& piece, const Fit& fit) const
-{
-    if (fit.isStraight)
-        return true;
-    if (_isRotation)
-        return isGoodTurn(piece, fit);
-    const double length = double(float(fit.end)) - double(float(fit.start));
     for (const double part : Checks)
     {
-        const Values there = valueAt(piece, fit.start + part * (fit.end - fit.start));
-        for (unsigned c = 0; c < _width; ++c)
-            if (std::abs(hermite(fit.first[c], fit.firstSlope[c], fit.last[c], fit.lastSlope[c], part, length) -
-                         there[c]) > _tolerance[c])
-                return false;
+        const Values angles = inputsAt(piece, start + part * length), there = valueOf(angles);
+        goTo(angles, there);
+        arc.at(part, onArc.data());
+        off = std::max(off, halfChord(onArc.data(), there.data()));
     }
-    return true;
+    goTo(inputsAt(piece, start + length), fit.last);
+    fit.off = off * DegreesOfHalfChord;
+    fit.error = fit.off / (Degrees / TooFar);
+    // Arcs that are too long: by as many parts as it takes.
+    const double longest = std::max(turn * DegreesOfHalfChord / LongestTurn, way / 170);
+    if (longest > 1 + 1e-9)
+        fit.error = std::max(fit.error, longest * longest);
 }
 
-void kxExportCurves::append(const Piece& piece, double start, double end, std::vector<Fit>& fits) const
+void kxExportCurves::append(const Stretch& stretch, double shift, std::vector<Fit>& fits) const
 {
-    Fit fit = fitOf(piece, start, end);
-    const double middle = 0.5 * (start + end);
-    if (fits.size() >= _pieces.size() + MostAdded || isGood(piece, fit) ||
-        !(float(start) < float(middle) && float(middle) < float(end)))
-        return fits.push_back(std::move(fit));
-    append(piece, start, middle, fits);
-    append(piece, middle, end, fits);
+    const Fit fit = fitOf(stretch, shift);
+    // Between neighbouring floats no time can be asked for.
+    const bool isShortest = !(std::nextafter(stretch.first, INFINITY) < stretch.last);
+    if (!(fit.error > 1) || isShortest || fits.size() >= _pieces.size() + MostAdded)
+    {
+        fits.push_back(fit);
+        if (isShortest)
+            fits.back().error = fits.back().off = 0;
+        return;
+    }
+    // What is smooth gets nearer by the fourth power of the parts, an arc by the second.
+    const double parts = std::clamp(std::ceil(1.1 * std::pow(fit.error, _isRotation ? 0.5 : 0.25)), 2.0, MostParts);
+    const double length = double(stretch.last) - double(stretch.first);
+    Stretch part = stretch;
+    for (double i = 1; i <= parts; ++i)
+    {
+        part.last = i < parts ? float(double(stretch.first) + i / parts * length) : stretch.last;
+        if (!(part.first < part.last))
+            continue;
+        append(part, shift, fits);
+        part.first = part.last;
+    }
 }
 
 kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
 {
+    float end = 0;
+    const std::vector<Stretch> whole = stretches(shift, end);
     std::vector<Fit> fits;
-    for (const Piece& piece : _pieces)
-        append(piece, piece.start, piece.end, fits);
+    fits.reserve(whole.size());
+    for (const Stretch& stretch : whole)
+        append(stretch, shift, fits);
     const bool steps = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStill; });
     const bool straight = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStraight; });
-    Keys keys(*this,
-              steps                     ? Interpolation::Step
-              : straight || _isRotation ? Interpolation::Linear
-                                        : Interpolation::CubicSpline,
-              shift);
-    keys.add(fits);
-    keys.out.added += fits.size() - _pieces.size();
-    keys.out.isCut = fits.size() >= _pieces.size() + MostAdded;
+    Keys keys(*this, steps                     ? Interpolation::Step
+                     : straight || _isRotation ? Interpolation::Linear
+                                               : Interpolation::CubicSpline);
+    keys.add(fits, end);
+    keys.out.added += fits.size() - whole.size();
+    for (const Fit& fit : fits)
+        if (fit.error > TooFar)
+            keys.out.off = std::max(keys.out.off, fit.off);
     return std::move(keys.out);
 }

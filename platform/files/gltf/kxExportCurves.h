@@ -5,6 +5,7 @@
 
 #include <QQuaternion>
 
+#include <array>
 #include <functional>
 #include <vector>
 
@@ -16,8 +17,8 @@
 class kxExportCurves
 {
 public:
-    static constexpr double Share = 2.5e-5;          ///< how far off a value may be, of its range
-    static constexpr double Degrees = 0.03;          ///< how far off a rotation may be
+    /// How far off a value may be, of its range, and a rotation. It is aimed at half of that.
+    static constexpr double Share = 1e-4, Degrees = 0.1;
     static constexpr double LongestTurn = 30.0;      ///< degrees between two keys: programs differ on longer ones
     static constexpr std::size_t MostAdded = 200000; ///< keys of one property
 
@@ -33,7 +34,10 @@ public:
     /// degrees, then those of the orientation, become a quaternion by themselves.
     typedef std::function<void(const double* in, double* out)> Map;
 
-    kxExportCurves(std::vector<Input> inputs, unsigned width, Map map);
+    kxExportCurves(std::vector<Input> inputs, unsigned width, Map map)
+        : kxExportCurves(std::move(inputs), width, std::move(map), false)
+    {
+    }
     kxExportCurves(kxExportCurves&&) = default;
     kxExportCurves(const kxExportCurves&) = delete; // pieces point to spans
     /// A quaternion of six angles.
@@ -51,47 +55,70 @@ public:
         /// Of a spline in tangent, value, out tangent.
         std::vector<float> values;
         std::size_t added = 0; ///< keys that no curve has
-        bool isCut = false;    ///< more would have to be added than there may be: it isn't as near as it should be
+        /// Where it didn't come near enough, how far off it is: as a share of the range, or in degrees; else 0.
+        double off = 0;
     };
     /// `shift` is added to all times.
     Sampler sampler(double shift) const;
 
 private:
-    typedef std::vector<double> Values;
+    static constexpr std::size_t MostInputs = 6;
+    typedef std::array<double, MostInputs> Values; // the first of them count
     struct Piece
     {
         double start = 0, end = 0;
-        std::vector<const kxExportSpans::Span*> spans; ///< beside the inputs; null for a constant
+        std::array<const kxExportSpans::Span*, MostInputs> spans{}; ///< beside the inputs; null for a constant
         bool isStill = true, isOutside = true;
+    };
+    /// A piece between the times that its first and its last key have in the file.
+    struct Stretch
+    {
+        const Piece* piece = nullptr;
+        float first = 0, last = 0;
     };
     /// Between two keys: values and slopes at both ends.
     struct Fit
     {
-        double start = 0, end = 0;
-        Values first, last, firstSlope, lastSlope;
+        float start = 0, end = 0;
+        Values first{}, last{}, firstSlope{}, lastSlope{};
         bool isStill = false, isStraight = false;
+        double error = 0; ///< how far off it is, of what it may be
+        double off = 0;   ///< as of a sampler
     };
     class Keys;
 
+    kxExportCurves(std::vector<Input> inputs, unsigned width, Map map, bool isRotation);
     void makePieces();
+    void findRanges();
     void trim();
     Values inputsAt(const Piece& piece, double seconds) const;
     Values valueAt(const Piece& piece, double seconds) const;
-    Values valueOf(Values in) const;
+    Values valueOf(const Values& in) const;
     Values exactAt(double seconds) const;
-    /// Whether what lies before it still counts at the time of a jump.
-    bool holdsAt(double seconds, const Values& before, const Values& after) const;
-    bool isJump(const Values& a, const Values& b) const;
-    Fit fitOf(const Piece& piece, double start, double end) const;
-    bool isGood(const Piece& piece, const Fit& fit) const;
-    bool isGoodTurn(const Piece& piece, const Fit& fit) const;
-    void append(const Piece& piece, double start, double end, std::vector<Fit>& fits) const;
+    /// The time in the file at which one value jumps to another.
+    float timeOfJump(double seconds, double shift, const Values& before, const Values& after) const;
+    /// `share` of what a difference may be.
+    bool differ(const Values& a, const Values& b, double share) const;
+    bool isJump(const Values& a, const Values& b) const { return differ(a, b, 0.5); }
+    /// Of a stretch and what is `next` at a time: the last key of one, and the `first` of the other.
+    template <class Next>
+    void meet(Stretch& a, float& first, double seconds, double shift, const Next& next) const;
+    /// `end`: of the last key.
+    std::vector<Stretch> stretches(double shift, float& end) const;
+    Fit fitOf(const Stretch& stretch, double shift) const;
+    void fitCurve(const Stretch& stretch, double shift, Fit& fit) const;
+    void fitTurn(const Stretch& stretch, double shift, Fit& fit) const;
+    void sample(const Piece& piece, double from, double to, std::array<kxExportSpans::Samples, 4>& samples) const;
+    /// Nothing moves at all.
+    bool isPoint() const { return _pieces.size() == 1 && _pieces.front().end == _pieces.front().start; }
+    void append(const Stretch& stretch, double shift, std::vector<Fit>& fits) const;
 
     std::vector<Input> _inputs;
     unsigned _width;
     Map _map;
     bool _isRotation = false;
     std::vector<Piece> _pieces; // without those at both ends in which nothing happens
-    Values _before, _after;     // what holds outside of them
-    Values _tolerance, _highest;
+    bool _isHeld = false;       // something else holds before them
+    Values _before{}, _after{}; // what holds outside of them
+    Values _range{}, _tolerance{}, _highest{};
 };

@@ -107,8 +107,12 @@ void extend(const AnimNode& node, Animation& animation)
     if (!kxNodeTime::extent(node, start, end))
         return;
     animation.start = std::min(animation.start, start);
-    if (std::isfinite(end)) // without end: as far as the timeline
-        animation.end = std::max(animation.end, end);
+    if (!std::isfinite(end)) // as far as the timeline
+        return;
+    // What a clip holds ends where a float lies, which may be short of its last key.
+    if (AnimClipPtr::dcast(node.getCore()) != NullFC)
+        end = double(std::nextafter(float(end), INFINITY));
+    animation.end = std::max(animation.end, end);
 }
 
 bool isInScene(const FieldContainerPtr& object)

@@ -1,6 +1,7 @@
 #include <files/gltf/kxExportSpans.h>
 
 #include <animation/kxCurveEvaluation.h>
+#include <animation/kxCurveSegment.h>
 #include <animation/kxNodeTime.h>
 #include <kxCurveMath.h>
 
@@ -295,13 +296,7 @@ double Span::value(double seconds) const
 
 bool Span::isStraight() const
 {
-    if (key == nullptr)
-        return true;
-    const double dx = double(key[1].x()) - key[0].x(), dy = double(key[1].y()) - key[0].y();
-    const double scale = std::max({std::abs(double(key[0].y())), std::abs(double(key[1].y())), 1e-6});
-    return std::abs(key[0].outY() - dy * key[0].outX() / dx) <= 1e-6 * scale &&
-           std::abs(key[1].inY() - dy * key[1].inX() / dx) <= 1e-6 * scale && key[0].outX() >= 0 &&
-           double(key[0].outX()) <= dx && key[1].inX() <= 0 && double(key[1].inX()) >= -dx;
+    return key == nullptr || kxCurveSegment(key[0], key[1], 1 / (double(key[1].x()) - key[0].x())).isChord();
 }
 
 bool Span::isCubic() const
@@ -324,6 +319,30 @@ double Span::slope(double seconds) const
            (w * w * key[0].outY() + 2 * w * u * (dy + double(key[1].inY()) - key[0].outY()) -
             u * u * double(key[1].inY())) /
            dx;
+}
+
+void Span::sample(double from, double to, Samples& samples) const
+{
+    const double parts = double(samples.size() + 1);
+    if (isStraight())
+    {
+        const double low = value(from), rise = value(to) - low;
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            samples[i] = {double(i + 1) / parts, low + rise * double(i + 1) / parts};
+        return;
+    }
+    // Along the curve no time has to be looked for, and where it rises steeply the samples lie close.
+    const double x = double(key[0].x()), length = double(key[1].x()) - x, y = double(key[0].y()) + offset;
+    const kxCurvePolynomial curve(kxCurveSegment(key[0], key[1], 1 / length));
+    const auto parameterAt = [&](double seconds)
+    { return curve.parameterAt(std::clamp((rate * seconds + shift - x) / length, 0.0, 1.0)); };
+    const double begin = parameterAt(from), step = (parameterAt(to) - begin) / parts;
+    for (std::size_t i = 0; i < samples.size(); ++i)
+    {
+        const double u = begin + double(i + 1) * step;
+        const double seconds = (x + length * curve.x(u) - shift) / rate;
+        samples[i] = {std::clamp((seconds - from) / (to - from), 0.0, 1.0), y + curve.y(u)};
+    }
 }
 
 std::vector<Span> kxExportSpans::of(const Source& source, double start, double end, bool isStepped, std::size_t& most)

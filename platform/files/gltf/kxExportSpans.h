@@ -3,9 +3,18 @@
 #include <files/gltf/kxExportSources.h>
 #include <osg/AnimCurve.h>
 
+#include <array>
+
 /// Takes what drives a channel apart into spans of time in which it is one smooth piece, exactly.
 namespace kxExportSpans
 {
+/// A time as a share of the way from one to another, and the value there.
+struct Sample
+{
+    double part = 0, value = 0;
+};
+typedef std::array<Sample, 9> Samples;
+
 /// A piece of a curve, or a straight line, between two times of the animation.
 struct Span
 {
@@ -24,6 +33,8 @@ struct Span
     bool isCubic() const;
     /// Change in a second, of what is straight or a cubic.
     double slope(double seconds) const;
+    /// Evenly along the curve between two times, which lie inside of the span up to the rounding of keys; without them.
+    void sample(double from, double to, Samples& samples) const;
 };
 
 /// From `start` to `end` without gaps, in order. `isStepped`: values hold from key to key. No more than `most` parts of

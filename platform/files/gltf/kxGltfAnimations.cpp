@@ -88,16 +88,11 @@ kxExportCurves kxGltfAnimations::curvesOf(const Animation& source, const kxGltfP
         isCut = isCut || left == 0;
     }
     if (isCut)
-        noteCut(source);
+        _report.note(QStringLiteral("'%1': repeats beyond what a file can take are left out")
+                         .arg(QString::fromStdString(source.name)));
     if (property.isRotation())
         return kxExportCurves::rotation(std::move(inputs));
     return kxExportCurves(std::move(inputs), property.width, property.map);
-}
-
-void kxGltfAnimations::noteCut(const Animation& source)
-{
-    _report.note(QStringLiteral("'%1': repeats beyond what a file can take are left out")
-                     .arg(QString::fromStdString(source.name)));
 }
 
 void kxGltfAnimations::write(const Animation& source)
@@ -119,8 +114,7 @@ void kxGltfAnimations::write(const Animation& source)
     for (const kxGltfProperty& property : properties)
     {
         const kxExportCurves::Sampler sampler = curvesOf(source, property).sampler(-earliest);
-        if (sampler.isCut)
-            noteCut(source);
+        noteDistance(source, property, sampler.off);
         const auto block = source.blocks.find(property.owner);
         const int index = addSampler(sampler, property, out);
         for (const std::string& pointer : property.pointers)
@@ -128,6 +122,17 @@ void kxGltfAnimations::write(const Animation& source)
     }
     if (!out.channels.empty())
         _model.animations.push_back(std::move(out));
+}
+
+void kxGltfAnimations::noteDistance(const Animation& source, const kxGltfProperty& property, double off)
+{
+    if (off == 0)
+        return;
+    const QString distance = property.isRotation() ? QStringLiteral("%1 degrees").arg(off, 0, 'g', 3)
+                                                   : QStringLiteral("%1 % of its range").arg(100 * off, 0, 'g', 3);
+    _report.note(QStringLiteral("'%1': '%2' is up to %3 off in the animation '%4'")
+                     .arg(property.object, QString::fromStdString(property.inputs.front().field->name()), distance,
+                          QString::fromStdString(source.name)));
 }
 
 int kxGltfAnimations::accessorOf(const std::vector<float>& values, int type, bool isTimes, bool isTruth)

@@ -16,9 +16,10 @@ public:
 
 private:
     void write(const kxExportSources::Animation& source);
+    /// Says what isn't as near as the rest.
+    void noteDistance(const kxExportSources::Animation& source, const kxGltfProperty& property, double off);
     void reserveStrength(const kxExportSources::Animation& source);
     kxExportCurves curvesOf(const kxExportSources::Animation& source, const kxGltfProperty& property);
-    void noteCut(const kxExportSources::Animation& source);
     int addSampler(const kxExportCurves::Sampler& sampler, const kxGltfProperty& property, tinygltf::Animation& out);
     /// The channel keeps the name of the block in what the format leaves to applications.
     void addChannel(int sampler, const std::string& pointer, const std::string& block, tinygltf::Animation& out);

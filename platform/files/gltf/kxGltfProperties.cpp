@@ -110,6 +110,7 @@ private:
         property.width = width;
         property.map = std::move(map);
         property.owner = container->getId();
+        property.object = nameOf(container);
         for (const char* const name : fields)
         {
             const FieldDescription* const field = container->getType().field(name);

@@ -2,6 +2,8 @@
 
 #include <files/gltf/kxExportCurves.h>
 
+#include <QString>
+
 #include <map>
 #include <set>
 #include <string>
@@ -27,6 +29,7 @@ struct kxGltfProperty
     std::vector<kxChannelTarget> inputs; ///< six for a rotation
     kxExportCurves::Map map;             ///< null: the inputs themselves
     osg::UInt32 owner = 0;               ///< the container that is animated
+    QString object;                      ///< whose it is, by name
     bool isRotation() const { return inputs.size() == 6 && width == 4; }
 };
 

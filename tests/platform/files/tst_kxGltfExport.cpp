@@ -153,15 +153,16 @@ private Q_SLOTS:
     /// As many keys as a file may have, and said.
     void noEndOfKeysIsCut_data()
     {
-        kxColumns<int, float>("cycles", "degrees");
-        kxRow("repeats of repeats", 100000, 90.0f);
-        kxRow("turns", 0, 3.0e30f);
+        kxColumns<int, float, QString>("cycles", "degrees", "said");
+        kxRow("repeats of repeats", 100000, 90.0f, "^'outer': repeats beyond");
+        kxRow("turns", 0, 5.0e7f, "'object': 'eulerRotation' is up to 1[5-8]\\d degrees off .* 'outer'$");
     }
 
     void noEndOfKeysIsCut()
     {
         QFETCH(int, cycles);
         QFETCH(float, degrees);
+        QFETCH(QString, said);
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
         addCurve(object, "eulerRotation", "rotation", 1, {{0, 0}, {1, degrees}}, TangentType::Linear);
         const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "b");
@@ -172,8 +173,7 @@ private Q_SLOTS:
         kxAnimManager::the()->addToClipStructure(outer);
         kxFileReport report;
         QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("cut.glb")), report, kxExportedAnimations::Clips));
-        QVERIFY2(report.notes().join(QString()).contains("'outer': repeats beyond"),
-                 qPrintable(report.notes().join(' ')));
+        QVERIFY2(report.notes().value(0).contains(QRegularExpression(said)), qPrintable(report.notes().join(' ')));
     }
 
     /// One that repeats, and one with a part that is switched off. What one of them moves rests in
