@@ -103,14 +103,17 @@ void kxGltfAnimations::write(const Animation& source)
         for (const kxGltfProperty& property : properties)
             earliest = std::min(earliest, curvesOf(source, property).start());
     if (earliest < 0)
-        _report.note(QStringLiteral("the animation '%1' starts before 0 and is moved to start there")
-                         .arg(QString::fromStdString(source.name)));
+        _report.note(QStringLiteral("the animation '%1' starts before 0: other programs show it %2 s later")
+                         .arg(QString::fromStdString(source.name))
+                         .arg(-earliest));
     if (source.hasTriggers)
         _report.note(QStringLiteral("'%1': its triggers are left out").arg(QString::fromStdString(source.name)));
     tinygltf::Animation out;
     out.name = source.name;
-    out.extras =
-        tinygltf::Value(tinygltf::Value::Object{{kxAnimImport::TimelineName, tinygltf::Value(source.isTimeline)}});
+    tinygltf::Value::Object extras = {{kxAnimImport::TimelineName, tinygltf::Value(source.isTimeline)}};
+    if (earliest < 0)
+        extras[kxAnimImport::ShiftName] = tinygltf::Value(-earliest);
+    out.extras = tinygltf::Value(extras);
     for (const kxGltfProperty& property : properties)
     {
         const kxExportCurves::Sampler sampler = curvesOf(source, property).sampler(-earliest);

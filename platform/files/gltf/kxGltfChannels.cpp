@@ -120,6 +120,8 @@ bool kxGltfChannels::read(std::vector<kxAnimImport::Animation>& animations)
         if (extras.IsObject() && extras.Get(kxAnimImport::TimelineName).IsBool())
             animation.kind = extras.Get(kxAnimImport::TimelineName).Get<bool>() ? kxAnimImport::Kind::Timeline
                                                                                 : kxAnimImport::Kind::Clip;
+        if (extras.IsObject() && extras.Get(kxAnimImport::ShiftName).IsNumber())
+            animation.shift = extras.Get(kxAnimImport::ShiftName).GetNumberAsDouble();
         for (const tinygltf::AnimationChannel& channel : sources[a].channels)
             if (!addChannel(sources[a], channel, QStringLiteral("animations[%1]").arg(a), animation))
                 return false;
@@ -156,6 +158,8 @@ bool kxGltfChannels::addChannel(const tinygltf::Animation& animation, const tiny
     if (!_document.readFloats(sampler.input, one, all.times, _report) ||
         !_document.readFloats(sampler.output, components, all.values, _report))
         return false;
+    for (float& time : all.times)
+        time = float(double(time) - out.shift);
     const std::size_t width = std::size_t(components);
     const std::size_t perKey = all.interpolation == Interpolation::CubicSpline ? 3 : 1;
     if (all.values.size() < all.times.size() * width * perKey)

@@ -252,6 +252,21 @@ private Q_SLOTS:
         QCOMPARE(namesOf(3), QStringLiteral("Scene"));
     }
 
+    void whatStartsBeforeZeroComesBackThere()
+    {
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "scale", "", 1, {{-1.3f, 1}, {0.1f, 2}, {0.7f, 9}}, TangentType::Linear);
+        kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "early");
+        for (int i = 0; i < 10; ++i)
+            QVERIFY(roundTrip());
+        const AnimCurvePtr curve = curvesOf(blocksOf(nodeNamed("object")).at(0)).at("scale.Y");
+        QCOMPARE(curve->getControlPoints().size(), std::size_t(3));
+        QCOMPARE(curve->getControlPoints(0).x(), -1.3f);
+        QCOMPARE(curve->getControlPoints(1).x(), 0.1f);
+        for (const tinygltf::Accessor& accessor : written().accessors)
+            QVERIFY(accessor.minValues.size() != 1 || accessor.minValues.at(0) == 0); // times of the file
+    }
+
     void theSceneStaysAsItIs()
     {
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
