@@ -152,7 +152,7 @@ int kxMaterialModel::rowCount(const QModelIndex& parent) const
 
 QVariant kxMaterialModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid())
+    if (!index.isValid() || std::size_t(index.row()) >= _rows.size())
         return QVariant();
     const Row& row = _rows[std::size_t(index.row())];
     switch (role)

@@ -11,6 +11,7 @@
 #include <journal/kxVersions.h>
 #include <kernel/kxLogModel.h>
 #include <kxLog.h>
+#include <kxTexts.h>
 #include <panels/kxSceneTreePanel.h>
 #include <panels/kxVersionModel.h>
 #include <panels/kxVersionView.h>
@@ -122,6 +123,7 @@ private Q_SLOTS:
         kxJournal::the().start(folder.filePath("journal.db"));
         kxJournal::the().stop();
         auto* const list = dock("Versions")->findChild<kxVersionView*>()->versions();
+        kxTestModel(dock("Versions")->findChild<kxVersionView*>());
         QVERIFY(_window->document().newScene() && list->rowCount() == 0);
         kxRecovery recovery(folder.filePath("journal.db"));
         QVERIFY(_window->document().openRecovered(recovery, file));

@@ -268,6 +268,8 @@ private Q_SLOTS:
         write(int(kxLogModel::Capacity)); // the oldest lines go
         QCOMPARE(list->model()->rowCount(), int(kxLogModel::Capacity));
         QCOMPARE(list->model()->index(0, 0).data().toString(), QString("0"));
+        kxTestModel(list);
+        write(2); // one goes, one comes
     }
 
     void preferencesDialog_data()

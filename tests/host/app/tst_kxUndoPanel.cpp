@@ -61,6 +61,7 @@ private Q_SLOTS:
         _panel.reset();
         clear();
         _panel.reset(new kxUndoPanel);
+        kxTestModel(_panel.get());
     }
 
     void keysNameObjectAndFrame_data()
@@ -202,7 +203,7 @@ private Q_SLOTS:
                           _panel->visualRect(_panel->model()->index(1, 0)).center());
         QCOMPARE(stack()->index(), 1);
         QCOMPARE(node->getNodeName(), std::string("B"));
-        QTest::keyClick(_panel.data(), Qt::Key_Down);
+        QTest::keyClick(_panel.get(), Qt::Key_Down);
         QCOMPARE(node->getNodeName(), std::string("C"));
         stack()->setIndex(0);
         QVERIFY(rows().size() == 4 && _panel->currentIndex().row() == 0);

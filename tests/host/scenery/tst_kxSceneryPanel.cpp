@@ -33,6 +33,8 @@ private Q_SLOTS:
         _panel = std::make_unique<kxSceneryPanel>(&_stage, &_actions);
         _panel->resize(340, 520);
         _panel->show();
+        kxTestModel(list());
+        kxTestModel(steps());
     }
 
     void cleanup() { kxSceneFixture::clear(); }
