@@ -363,7 +363,8 @@ void kxExportCurves::meet(Stretch& a, float& first, double seconds, double shift
     else if (const float last = floatAt(seconds + shift, false); double(last) != seconds + shift)
     {
         const float behind = std::nextafter(last, INFINITY);
-        if (differ(valueAt(*a.piece, double(last) - shift), next(double(behind) - shift), 0.25))
+        if (differ(valueAt(*a.piece, double(last) - shift), before, 0.25) ||
+            differ(next(double(behind) - shift), after, 0.25))
         {
             a.last = last;
             first = behind;
