@@ -1,5 +1,6 @@
 #include "kxFilmPlayer.h"
 
+#include <animation/kxAnimEngine.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxPlaybackClock.h>
 #include <kxAnimEvaluator.h>
@@ -13,6 +14,25 @@
 
 #include <algorithm>
 #include <cmath>
+
+namespace
+{
+kxTriggers& triggers()
+{
+    return kxAnimEngine::of(*kxAnimManager::the()).triggers;
+}
+
+void evaluate(const osg::AnimNodePtr& clip, double frame)
+{
+    kxAnimManager::the()->evaluateByFrame(clip, frame, false, true, false);
+}
+
+/// No time passes from where `clip` was to this frame.
+void beginAnew(const osg::AnimNodePtr& clip, double frame)
+{
+    clip->setLastEvaluationTime(float(kxFrameTime::seconds(frame, kxAnimManager::the()->fps())));
+}
+} // namespace
 
 kxFilmPlayer::kxFilmPlayer(kxSceneryStage* stage, QObject* parent) : QObject(parent), _stage(stage)
 {
@@ -84,7 +104,10 @@ void kxFilmPlayer::play()
     _startClock = kxPlaybackClock::the().seconds();
     if (const osg::AnimNodePtr shown = clip())
         kxAnimManager::the()->updateCameraShotCurves(shown);
-    show(_startFrame, true);
+    {
+        const kxTriggers::Playing playing(triggers());
+        show(_startFrame, true);
+    }
     _ticks = kxPlaybackClock::the().start([this] { tick(); });
     Q_EMIT changed();
 }
@@ -112,6 +135,7 @@ void kxFilmPlayer::tick()
     double frame = std::floor(_startFrame +
                               (kxPlaybackClock::the().seconds() - _startClock) * kxAnimManager::the()->fps() + 1.0e-6);
     const bool isAnew = frame > _range.last;
+    const kxTriggers::Playing playing(triggers());
     if (isAnew && !_isLooping)
     {
         if (_frame < _range.last)
@@ -124,9 +148,21 @@ void kxFilmPlayer::tick()
         const double passes = std::floor((frame - _range.first) / length);
         frame -= passes * length;
         _startFrame -= passes * length;
+        wrap();
     }
     if (frame != _frame || isAnew)
-        show(frame, isAnew);
+        show(frame, false);
+}
+
+/// The pass goes to its end and begins anew, also where the first frames come too late to be shown.
+void kxFilmPlayer::wrap()
+{
+    const osg::AnimNodePtr shown = clip();
+    if (shown == osg::NullFC)
+        return;
+    evaluate(shown, _range.last);
+    beginAnew(shown, _range.first);
+    evaluate(shown, _range.first);
 }
 
 /// `isAnew`: no time passed from the frame that was shown before to this one.
@@ -139,8 +175,8 @@ void kxFilmPlayer::show(double frame, bool isAnew)
     else
     {
         if (isAnew)
-            shown->setLastEvaluationTime(float(kxFrameTime::seconds(frame, kxAnimManager::the()->fps())));
-        kxAnimManager::the()->evaluateByFrame(shown, frame, false, true, false);
+            beginAnew(shown, frame);
+        evaluate(shown, frame);
     }
     kxController::updateRender(true);
     Q_EMIT frameChanged(frame);

@@ -45,6 +45,7 @@ Q_SIGNALS:
 
 private:
     void tick();
+    void wrap();
     void show(double frame, bool isAnew);
     void halt();
 

@@ -1,5 +1,6 @@
 #include <kxFramePlayer.h>
 
+#include <animation/kxAnimEngine.h>
 #include <animation/kxFramePlayerStatistics.h>
 #include <animation/kxPlaybackClock.h>
 #include <kxAnimManager.h>
@@ -15,6 +16,11 @@ namespace
 {
 /// Subframes come no more often than this, in seconds: as often as a screen shows them.
 constexpr double SubframeInterval = 1.0 / 60;
+
+kxTriggers& triggers()
+{
+    return kxAnimEngine::of(*kxAnimManager::the()).triggers;
+}
 } // namespace
 
 struct kxFramePlayer::Private
@@ -131,6 +137,7 @@ void kxFramePlayer::Private::show(double position)
     const double frame = std::clamp(frameAt(position), params.start, params.end);
     if (ownEvaluation)
     {
+        const kxTriggers::Playing playing(triggers());
         kxMessage message;
         message.set("frame", frame);
         kxController::call(kxMessageName::FramePlayerFrameChanged, message, 0);
@@ -142,6 +149,7 @@ void kxFramePlayer::Private::show(double position)
 
 void kxFramePlayer::Private::loop()
 {
+    const kxTriggers::Playing playing(triggers());
     kxSend(kxMessageName::FramePlayerLoopChanged);
 }
 

@@ -177,6 +177,7 @@ bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
     const bool isFresh = entry->isFresh;
     entry->isFresh = false;
     _engine.programs.show(node, after);
+    const kxTriggers::Playing playing(_engine.triggers);
     if (isFresh)
     {
         _engine.triggers.clear();

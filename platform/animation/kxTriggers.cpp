@@ -156,6 +156,10 @@ void kxTriggers::pass(const AnimNodePtr& node, double from, double to)
     const bool isStanding = std::abs(to - from) <= tolerance;
     Events events;
     collect(*node, Span{from, to, isStanding, tolerance}, 0, 1, events, true);
+    if (_players == 0)
+        events.erase(std::remove_if(events.begin(), events.end(),
+                                    [](const Event& event) { return event.kind == Kind::Sequence; }),
+                     events.end());
     sortByTime(events);
     const bool isSamePlace = _rootId == node->getId() && std::abs(_standingAt - to) <= tolerance;
     if (!isSamePlace)

@@ -28,6 +28,20 @@ public:
     /// While blocked nothing fires.
     void setBlocked(bool blocked) { _isBlocked = blocked; }
 
+    /// Where time passes because something plays. Elsewhere it is moved by hand: then sequences don't fire, and one
+    /// that the time stands on fires when playing begins there.
+    class Playing
+    {
+    public:
+        explicit Playing(kxTriggers& triggers) : _triggers(triggers) { ++_triggers._players; }
+        ~Playing() { --_triggers._players; }
+        Playing(const Playing&) = delete;
+        Playing& operator=(const Playing&) = delete;
+
+    private:
+        kxTriggers& _triggers;
+    };
+
     /// Fires the active triggers below `node` between `from` and `to`, both in the parent's time of `node`, in the
     /// order of time; `from` itself not, since it fired when time reached it. With `from` equal to `to` the evaluation
     /// starts anew there: a trigger at that very time fires, unless it was the last thing that fired there.
@@ -44,6 +58,7 @@ public:
 private:
     Handler _handler;
     bool _isBlocked = false;
+    int _players = 0;
     osg::UInt32 _rootId = 0; // where the time is, and what has fired there
     double _standingAt = 0;
     std::unordered_set<osg::UInt32> _firedHere;

@@ -4,6 +4,7 @@
 #include <animation/kxPlaybackClock.h>
 #include <app/kxFilmPanel.h>
 #include <app/kxMainWindow.h>
+#include <edits/kxSceneryEdits.h>
 #include <journal/kxHistory.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
@@ -102,6 +103,28 @@ private Q_SLOTS:
         osg::markChanged(kxAnimManager::the()->clipStructureRoot(), osg::Node::ChildrenFieldMask);
         kxHistory::the().flush();
         QVERIFY(_player->clip() == osg::NullFC && source()->currentText() == "Timeline");
+    }
+
+    void sequencesRunWherePlayed()
+    {
+        kxSceneryEdits::addSequence({{kxSequenceStep::Kind::Wait, "", "", 60}}, "Tour");
+        _clip->addChild(F::trigger("Tour", 2));
+        osg::markChanged(_clip, osg::Node::ChildrenFieldMask);
+        const auto runs = [this] { return !_stage.runner().running().empty(); };
+        for (const int frame : {47, 48, 60})
+            field("_filmFrame")->setValue(frame);
+        QVERIFY(!runs());
+        field("_filmFrame")->setValue(48);
+        trigger("_filmPlay"); // from it on
+        QVERIFY(runs());
+        trigger("_filmStop");
+        QVERIFY(!runs());
+        field("_filmFrame")->setValue(110);
+        trigger("_filmLoop");
+        trigger("_filmPlay");
+        QCOMPARE(passes(41.5 / 24), "54"); // the frames before come too late
+        QVERIFY(runs());
+        trigger("_filmStop");
     }
 
     void stopEndsWhoeverPlays()

@@ -168,6 +168,10 @@ private Q_SLOTS:
         QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // the next one, once
         QVERIFY(_view->cameraNodeId() == side.getFieldContainerId() && activated.size() == 1);
         show(3.5);
+        QVERIFY(_stage->runner().running().empty()); // moved by hand
+        show(2);
+        const kxTriggers::Playing playing(kxAnimFixture::engine().triggers);
+        show(3.5);
         QCOMPARE(kxScenery::shownChoice(set), std::string("B")); // a sequence never runs inside of a frame
         _stage->runner().update();
         QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
@@ -181,6 +185,7 @@ private Q_SLOTS:
             kxAnimFixture::clip("clip", {trigger("V", 1, Kind::Viewpoint), trigger("S", 2, Kind::Sequence),
                                          trigger("W", 3, Kind::VariantSet), trigger("Look/Z", 4, Kind::VariantSet)});
         kxAnimManager::the()->addToClipStructure(clip);
+        const kxTriggers::Playing playing(kxAnimFixture::engine().triggers);
         for (const double seconds : {0.0, 5.0})
             kxAnimManager::the()->evaluateByFrame(clip, seconds * kxAnimManager::the()->fps(), false, true, true);
         const QStringList lines = kxLogged();

@@ -4,6 +4,8 @@
 #include <kxTable.h>
 #include <osg/Share.h>
 
+#include <optional>
+
 using namespace osg;
 
 namespace
@@ -48,6 +50,7 @@ struct Fired
         return take();
     }
     kxTriggers& triggers;
+    std::optional<kxTriggers::Playing> playing{std::in_place, triggers};
     QString text;
 };
 
@@ -319,6 +322,21 @@ private Q_SLOTS:
         const kxMarks marks;
         manager()->evaluateByFrame(clip, 42, false, false, true);
         QVERIFY(marks.has(clip)); // its place is shown elsewhere too
+    }
+
+    void sequencesFireWhereSomethingPlays()
+    {
+        Fired fired;
+        const AnimNodePtr clip =
+            f.added(f.clip("clip", {f.trigger("a", 1), f.trigger("b", 1, false, true), f.trigger("c", 2, true)}));
+        for (const auto& [plays, frame, expected] :
+             {std::make_tuple(false, 30, "pb"), {false, 60, "vc"}, {false, 24, "vc pb"}, {true, 24, "sa"}})
+        {
+            fired.playing.reset();
+            if (plays)
+                fired.playing.emplace(fired.triggers);
+            QCOMPARE(fired.pass(clip, frame), QString(expected));
+        }
     }
 
 private:

@@ -89,6 +89,7 @@ struct LateClip : kxClipMakerFixture
     ~LateClip() { kxAnimFixture::engine().triggers.setHandler(nullptr); }
     void press(const char* button) const { form->findChild<QToolButton*>(button)->click(); }
 
+    const kxTriggers::Playing playing{kxAnimFixture::engine().triggers};
     QStringList heard; // what fired
 };
 } // namespace
