@@ -1,6 +1,5 @@
-"""One call of any function of the application's modules with values that fit, and with odd ones."""
+"""One call of any function of the application's modules, with values that fit and odd ones."""
 import inspect
-import os
 import random
 import re
 import sys
@@ -13,13 +12,19 @@ FUNCTIONS = sorted({(module.__name__, name) for module in (kxHost, kxAnimWidgets
                     if callable(thing) and not inspect.isclass(thing) and not name.startswith("__")})
 METHODS = sorted({("kxHost." + kind, name) for kind in ("Vec3f", "NodePtr", "AnimNodePtr", "MaterialPtr", "kxNodePtr")
                   for name in dir(getattr(kxHost, kind)) if name not in ("__class__", "__reduce__", "__reduce_ex__")})
-NUMBERS = 0, 1, 2, 5.5, 0.25, 24, 90
+NUMBERS = 0, 1, 2, 3, 5.5, 0.25, 24, 90
 ODD_NUMBERS = (-1, -7, 2 ** 31 - 1, -2 ** 31, 2 ** 32, 2 ** 63, 10 ** 30, 1e9, -1e30, 1e300, float("nan"), float("inf"),
                -float("inf"), True)
 ODD_TEXTS = "", "x" * 100000, "a\0b", "\ud800", "\u202e\U0001f600", "../../x", "%s%n", "\n[x]\n= 1", " "
-TEXTS = ("Box", "Sphere", "Show", "Inner", "Deep", "Tour", "Flight", "Front", "Shapes", "translation.X", "rotation.Y",
-         "visible", "baseColor.R", "constant", "linear", "loop", "oscillate", "box", "group", "camera", "viewpoint",
-         "variant", "sequence", "clips", "a.kxs", "a.glb", "a.png", "a.gif", "_view", "_play", "value", "keyAll")
+OBJECTS, CLIPS, BLOCKS = ("Box", "Sphere", "Torus", "All"), ("Show", "Inner", "Deep"), ("Sphere", "Rounded Box")
+TEXTS = {"kind": ("box", "group", "camera", "spot light", "viewpoint", "variant", "sequence"),
+         "channel": ("translation.X", "translation.Y", "rotation.Y", "scale.Z", "visible", "baseColor.R"),
+         "before|after": ("constant", "linear", "flat", "hermite", "loop", "loop with offset", "oscillate"),
+         "sequence": ("Tour",), "animations": ("all", "clips", "timeline"), "choice": ("Torus", "Plane", "Cone", "Cylinder"),
+         "viewpoint": ("Front", "Side"), "set": ("Shapes",), "track": ("Flight",),
+         "clip": CLIPS, "path": ("a.kxs", "a.glb", "a.png", "a.gif"), "property": ("value", "text", "enabled"),
+         "name": OBJECTS + CLIPS + ("Red", "Tour", "Front", "_play", "_objects", "_current", "keyAll", "New")}
+ALL_TEXTS = sorted({str(one) for some in TEXTS.values() for one in some})
 handles = []
 
 
@@ -28,22 +33,24 @@ def begin(seed):
 
 
 def number():
-    return random.choice(NUMBERS if random.random() < 0.7 else ODD_NUMBERS)
+    return random.choice(NUMBERS if random.random() < 0.85 else ODD_NUMBERS)
 
 
-def text():
-    return random.choice(TEXTS if random.random() < 0.8 else ODD_TEXTS)
+def text(name=""):
+    fitting = [some for names, some in TEXTS.items() if re.search(names, name)]
+    return random.choice(ODD_TEXTS if random.random() < 0.1 else fitting[0] if fitting else ALL_TEXTS)
 
 
-def handle():
-    names = [lambda: kxHost.findNode(text()), lambda: kxAnimWidgets.findAnimClip(random.choice(TEXTS)),
-             lambda: kxAnimWidgets.findAnimBlock(random.choice(TEXTS)), lambda: kxHost.findMaterial("Red")]
-    if handles and random.random() < 0.5:
+def handle(name=""):
+    if handles and random.random() < 0.25:
         return random.choice(handles)
-    try:
-        return random.choice(names)()
-    except Exception:
-        return kxHost.NodePtr()
+    if "aterial" in name and ("NodePtr" not in name or random.random() < 0.2):
+        return kxHost.findMaterial(random.choice(("Red", "Glass")))
+    if re.search("clip|animation", name) and random.random() < 0.8:
+        return kxAnimWidgets.findAnimClip(random.choice(CLIPS))
+    if re.search("block", name) or random.random() < 0.3:
+        return kxAnimWidgets.findAnimBlock(random.choice(BLOCKS))
+    return kxHost.findNode(random.choice(OBJECTS))
 
 
 def odd():
@@ -55,22 +62,24 @@ def odd():
 
 
 def step():
-    return random.choice([("wait", number()), ("clip", text()), ("start", text()), ("viewpoint", text()), ("sequence", text()),
-                          ("variant", text(), text()), ("python", "x = 1"), (text(), odd()), odd()])
+    return random.choice([("wait", number()), ("clip", text("clip")), ("viewpoint", text("viewpoint")), ("python", "x = 1"),
+                          ("variant", text("set"), text()), ("sequence", text("sequence")), (text(), odd()), odd()])
 
 
-def fitting(kind):
-    if random.random() < 0.25:
+def fitting(name, kind):
+    if random.random() < 0.07:
         return odd()
-    if "list" in kind or "sequence of" in kind or "tuple" in kind:
-        inner = kind.split(" of ", 1)[1] if " of " in kind else random.choice(("float", "string", "steps"))
-        return [fitting(inner) for _ in range(random.choice((0, 1, 2, 3, 3, 7)))]
-    for words, make in ((("Vec3f", "vector"), lambda: random.choice((tuple, list))(number() for _ in range(3))),
-                        (("step",), step), (("Ptr", "handle"), handle), (("str",), text), (("bool",), lambda: number() > 1),
-                        (("dict",), lambda: {text(): odd() for _ in range(3)}), (("int", "float"), number)):
-        if any(word in kind for word in words):
+    if kind == "(float, float)" or "(" in kind and random.random() < 0.5:
+        return number(), number()
+    if re.search("list|sequence of|vector", kind):
+        inner = re.sub(".* of |.*<", "", kind)
+        return [fitting(name, inner) for _ in range(random.choice((0, 1, 2, 3, 3, 3, 7)))]
+    for words, make in (("Vec3f", lambda: tuple(number() for _ in range(3))), ("step|tuple", step),
+                        ("str", lambda: text(name)), ("Ptr|handle", lambda: handle(name + kind)),
+                        ("[bB]ool", lambda: number() > 1), ("dict", lambda: {text(): odd() for _ in range(3)})):
+        if re.search(words, kind):
             return make()
-    return random.choice((number, text, handle))()
+    return number()
 
 
 def call(index):
@@ -79,21 +88,19 @@ def call(index):
         return
     owner = kxHost if place.startswith("kxHost") else kxAnimWidgets
     function = getattr(getattr(owner, place.split(".")[1]) if "." in place else owner, name)
-    kinds = re.findall(r"@type \w+: ([^\n]*)", getattr(function, "__doc__", None) or "")
+    kinds = re.findall(r"@type (\w+): ([^\n]*)", getattr(function, "__doc__", None) or "")
+    if not kinds and random.random() < 0.5:
+        kinds = [("clip", "string"), ("", "float"), ("", "float")][:random.randrange(4)]
     if "." in place:
-        kinds = [place, random.choice(("float", "Vec3f", place))][:random.choice((1, 2))]
-    arguments = [fitting(kind) for kind in kinds]
-    if random.random() < 0.05:
-        arguments = arguments[:-1] if random.random() < 0.5 else arguments + [odd()]
-    print(index, place, name, ", ".join(repr(a)[:60] for a in arguments).encode("ascii", "replace").decode(), file=sys.stderr)
-    if not callable(function):
-        return
+        kinds = [("", place), ("", random.choice(("float", "Vec3f", place)))][:random.choice((1, 2))]
+    arguments = [fitting(*kind) for kind in kinds] + ([odd()] if random.random() < 0.02 else [])
+    said = ", ".join(repr(a)[:60] for a in arguments)
+    print(index, place, name, said.encode("ascii", "replace").decode(), file=sys.stderr)
     try:
         result = function(*arguments)
     except Exception as error:
         print("  ", type(error).__name__, str(error)[:100].encode("ascii", "replace").decode(), file=sys.stderr)
         return
-    for found in result if isinstance(result, (list, tuple)) else [result]:
-        if "Ptr" in type(found).__name__:
-            handles.append(found)
+    handles.extend(one for one in (result if isinstance(result, (list, tuple)) else [result])
+                   if "Ptr" in type(one).__name__)
     del handles[:-200]

