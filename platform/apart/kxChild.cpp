@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -141,6 +142,15 @@ bool kxChild::hasEnded()
     _isLost = ended < 0;
     _process = 0;
     return true;
+}
+
+double kxChild::processorSeconds() const
+{
+    clockid_t clock{};
+    timespec time{};
+    if (!isRunning() || clock_getcpuclockid(_process, &clock) != 0 || clock_gettime(clock, &time) != 0)
+        return 0;
+    return double(time.tv_sec) + double(time.tv_nsec) * 1.0e-9;
 }
 
 void kxChild::kill()

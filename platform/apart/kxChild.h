@@ -27,6 +27,8 @@ public:
     bool isRunning() const { return _process > 0; }
     /// Asks without waiting; true from the end on.
     bool hasEnded();
+    /// Processor time that it has taken; 0 where it isn't running.
+    double processorSeconds() const;
     /// At once. Nothing where it isn't running.
     void kill();
     /// True where it ended by itself with this code.

@@ -2,7 +2,9 @@
 
 #include "kxLandlock.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImageReader>
 
 #include <cerrno>
 #include <cstring>
@@ -38,7 +40,7 @@ constexpr const char* Allowed[] = {
 using Filter = std::unique_ptr<void, decltype(&seccomp_release)>;
 
 /// Calls that are good or bad by what they are given.
-bool addConditions(scmp_filter_ctx filter)
+bool addConditions(scmp_filter_ctx filter, bool opensFiles)
 {
     constexpr std::uint64_t Writing = O_ACCMODE | O_CREAT | O_TRUNC | O_APPEND | (O_TMPFILE & ~O_DIRECTORY);
     const auto add = [filter](const char* name, const scmp_arg_cmp& condition, std::uint32_t action = SCMP_ACT_ALLOW)
@@ -49,11 +51,12 @@ bool addConditions(scmp_filter_ctx filter)
     const auto equal = [](unsigned argument, std::uint64_t value) {
         return scmp_arg_cmp{argument, SCMP_CMP_EQ, value, 0};
     };
-    bool done = add("openat", masked(2, Writing, O_RDONLY)) && add("open", masked(1, Writing, O_RDONLY)) &&
-                add("mmap", masked(2, PROT_EXEC, 0)) && // no code is loaded or made
-                add("mprotect", masked(2, PROT_EXEC, 0)) &&
-                add("clone", masked(0, CLONE_THREAD, CLONE_THREAD)) && // a thread, no process
-                add("tgkill", equal(0, std::uint64_t(getpid()))) && add("prlimit64", equal(2, 0));
+    bool done =
+        (!opensFiles || (add("openat", masked(2, Writing, O_RDONLY)) && add("open", masked(1, Writing, O_RDONLY)))) &&
+        add("mmap", masked(2, PROT_EXEC, 0)) && // no code is loaded or made
+        add("mprotect", masked(2, PROT_EXEC, 0)) &&
+        add("clone", masked(0, CLONE_THREAD, CLONE_THREAD)) && // a thread, no process
+        add("tgkill", equal(0, std::uint64_t(getpid()))) && add("prlimit64", equal(2, 0));
     for (const int command : {F_GETFD, F_SETFD, F_GETFL})
         done = done && add("fcntl", equal(1, std::uint64_t(command)));
     // Those who make threads by a newer call try the older one then.
@@ -61,7 +64,7 @@ bool addConditions(scmp_filter_ctx filter)
 }
 
 /// The process can do nothing but what is listed, whatever comes to run in it.
-bool forbidCalls()
+bool forbidCalls(bool opensFiles)
 {
     const Filter filter(seccomp_init(SCMP_ACT_ERRNO(EPERM)), &seccomp_release);
     if (!filter)
@@ -72,7 +75,7 @@ bool forbidCalls()
         if (const int number = seccomp_syscall_resolve_name(name);
             number != __NR_SCMP_ERROR && seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, number, 0) != 0)
             return false;
-    return addConditions(filter.get()) && seccomp_load(filter.get()) == 0;
+    return addConditions(filter.get(), opensFiles) && seccomp_load(filter.get()) == 0;
 }
 
 bool setLimit(__rlimit_resource resource, quint64 value, quint64 last)
@@ -116,11 +119,21 @@ QStringList placesOfLibraries()
 QString kxSandbox::enter(const Limits& limits, const QStringList& readable)
 {
     const quint64 seconds = limits.processorSeconds * Slower;
-    const bool limited = limitMemory(limits.memory) && setLimit(RLIMIT_CPU, seconds, seconds + 1) &&
+    const bool limited = limitMemory(limits.memory) && (seconds == 0 || setLimit(RLIMIT_CPU, seconds, seconds + 1)) &&
                          setLimit(RLIMIT_CORE, 0, 0) && setLimit(RLIMIT_FSIZE, limits.written, limits.written);
     if (!limited)
         return QStringLiteral("its limits can't be set: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || !kxLandlock::restrictTo(readable + placesOfLibraries()))
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        !kxLandlock::restrictTo(readable.isEmpty() ? readable : readable + placesOfLibraries()))
         return QStringLiteral("its files can't be kept apart: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
-    return forbidCalls() ? QString() : QStringLiteral("the system can't forbid it what it needn't do");
+    return forbidCalls(!readable.isEmpty()) ? QString()
+                                            : QStringLiteral("the system can't forbid it what it needn't do");
+}
+
+void kxSandbox::loadPictureReaders()
+{
+    QByteArray nothing("\1\2\3\4");
+    QBuffer buffer(&nothing);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader(&buffer).canRead(); // each of the plug-ins is asked
 }

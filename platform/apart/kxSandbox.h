@@ -15,10 +15,13 @@ namespace kxSandbox
 struct Limits
 {
     quint64 memory = 0;           ///< bytes by which the process may grow
-    quint64 processorSeconds = 0; ///< from its start; SIGXCPU ends it then
+    quint64 processorSeconds = 0; ///< from its start; SIGXCPU ends it then; 0 for no limit
     quint64 written = 0;          ///< bytes of a file
 };
 
-/// `readable`: files, and folders with all that lies below. Empty, or why it can't be put on.
+/// `readable`: files, and folders with all that lies below; nothing can be opened where there are none. Empty, or why
+/// it can't be put on.
 KX_API QString enter(const Limits& limits, const QStringList& readable);
+/// Has Qt load what reads pictures, which can't be loaded afterwards.
+KX_API void loadPictureReaders();
 } // namespace kxSandbox

@@ -1,32 +1,18 @@
+#include <apart/kxPictures.h>
 #include <kxLog.h>
 #include <kxRenderWidget.h>
-
-#include <QBuffer>
-#include <QImageReader>
 
 #include <cstring>
 
 namespace
 {
-/// A file of a few bytes can claim any size; 2^28 pixels are 1 GB.
-constexpr qint64 MaxPixels = qint64(1) << 28;
-
+/// By a process of its own: the bytes may be a stranger's.
 QImage decoded(const std::vector<osg::UInt8>& bytes)
 {
-    QByteArray data = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes.data()), int(bytes.size()));
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
-    reader.setDecideFormatFromContent(true);
-    const QSize size = reader.size();
-    if (size.isValid() && qint64(size.width()) * size.height() > MaxPixels)
-    {
-        kxLog::warning("A picture of %d x %d pixels is too large to be read", size.width(), size.height());
-        return QImage();
-    }
-    const QImage image = reader.read();
+    QString reason;
+    const QImage image = kxPictures::decode(bytes, reason);
     if (image.isNull())
-        kxLog::warning("A picture can't be read: %s", qUtf8Printable(reader.errorString()));
+        kxLog::warning("A picture can't be read: %s", qUtf8Printable(reason));
     return image;
 }
 } // namespace

@@ -3,6 +3,7 @@
 #include "kxReaderAnswer.h"
 
 #include <apart/kxChild.h>
+#include <apart/kxDescriptor.h>
 #include <files/apart/kxReaderProgram.h>
 #include <kxAnimManager.h>
 
@@ -31,27 +32,6 @@ kxReaderProcess::Watch& watch()
     return current;
 }
 
-/// A descriptor, closed at the end.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor = -1) : _descriptor(descriptor) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return _descriptor; }
-    void set(int descriptor) { _descriptor = descriptor; }
-    void close()
-    {
-        if (_descriptor >= 0)
-            ::close(_descriptor);
-        _descriptor = -1;
-    }
-
-private:
-    int _descriptor;
-};
-
 /// How much there is to read. The bytes of a glTF lie beside it.
 quint64 sizeOf(kxModelReader::Kind kind, const QFileInfo& file)
 {
@@ -71,8 +51,8 @@ public:
     {
         const kxReaderProcess::Rules& rules = kxReaderProcess::rules();
         const quint64 size = sizeOf(kind, QFileInfo(path));
-        _memory = std::max(rules.memory, MemoryAByte * size);
-        _seconds = std::max(rules.seconds, SecondsOfBytes * size / BytesOfSeconds);
+        _memory = rules.memory + MemoryAByte * size;
+        _seconds = rules.seconds + SecondsOfBytes * size / BytesOfSeconds;
         _clock = _seconds * rules.clockASecond;
         const QString suffix = QFileInfo(path).suffix().toUpper();
         _reader = suffix.isEmpty() ? QStringLiteral("the reader of models")
@@ -88,26 +68,29 @@ private:
     void start(kxModelReader::Kind kind);
     void listen();
     QString reason() const;
+    QString lateness(qint64 milliseconds);
 
     QString _path, _reader;
     kxFileReport& _report;
     quint64 _memory, _seconds, _clock;
-    Descriptor _answer, _progress;
+    kxDescriptor _answer, _progress;
     kxChild _child;
     double _share = -1;
+    double _done = 0;     ///< seconds of processor time, when it last worked
+    qint64 _lastWork = 0; ///< milliseconds after its start
 };
 
 void Run::start(kxModelReader::Kind kind)
 {
     int pipe[2];
-    if (_answer.get() < 0 || pipe2(pipe, O_CLOEXEC | O_NONBLOCK) != 0)
+    if (!_answer.isOpen() || pipe2(pipe, O_CLOEXEC | O_NONBLOCK) != 0)
     {
         _report.fail(
             QStringLiteral("its reader can't be started: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
         return;
     }
     _progress.set(pipe[0]);
-    const Descriptor told(pipe[1]);
+    const kxDescriptor told(pipe[1]);
     const QStringList arguments{QString::number(kind),
                                 QFileInfo(_path).absoluteFilePath(),
                                 QString::number(kxAnimManager::the()->fps(), 'g', 17),
@@ -123,7 +106,7 @@ void Run::start(kxModelReader::Kind kind)
 void Run::listen()
 {
     pollfd source{_progress.get(), POLLIN, 0};
-    if (poll(&source, 1, _progress.get() < 0 ? EndInterval : WatchInterval) <= 0 || _progress.get() < 0)
+    if (poll(&source, 1, _progress.isOpen() ? WatchInterval : EndInterval) <= 0 || !_progress.isOpen())
         return;
     unsigned char percents[128];
     const ssize_t count = ::read(_progress.get(), percents, sizeof percents);
@@ -131,6 +114,22 @@ void Run::listen()
         _share = std::min(int(percents[count - 1]), 100) / 100.0;
     else if (count == 0)
         _progress.close();
+}
+
+/// Why it isn't waited for any longer; empty where it is. Where others need the processors it may take long, but goes
+/// on.
+QString Run::lateness(qint64 milliseconds)
+{
+    constexpr double Work = 0.01;
+    if (const double done = _child.processorSeconds(); done > _done + Work)
+    {
+        _done = done;
+        _lastWork = milliseconds;
+    }
+    const quint64 quiet = kxReaderProcess::rules().quietSeconds;
+    if (quint64(milliseconds - _lastWork) > quiet * 1000)
+        return QStringLiteral("it did nothing for %1 s").arg(quiet);
+    return quint64(milliseconds) > _clock * 1000 ? QStringLiteral("it didn't end within %1 s").arg(_clock) : QString();
 }
 
 /// False, with a report that says why, where there is no answer.
@@ -153,10 +152,10 @@ bool Run::wait()
             }
             asked.restart();
         }
-        if (quint64(running.elapsed()) > _clock * 1000)
+        if (const QString late = lateness(running.elapsed()); !late.isEmpty())
         {
             _child.kill();
-            return stopped(QStringLiteral("it didn't end within %1 s").arg(_clock));
+            return stopped(late);
         }
     }
     return _child.hasEndedWith(0) || stopped(reason());

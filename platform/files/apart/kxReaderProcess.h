@@ -22,9 +22,10 @@ KX_API void setWatch(const Watch& watch);
 struct Rules
 {
     QString program = QStringLiteral("kxreader");
-    quint64 memory = quint64(2) << 30; ///< bytes, or 40 times the file where that is more
-    quint64 seconds = 20;              ///< of processor time, or 30 a 100 MB
-    quint64 clockASecond = 6;          ///< so much by the clock, where others need the processors or the disk is slow
+    quint64 memory = quint64(2) << 30; ///< bytes, and 40 times the file: an OBJ alone needs as much
+    quint64 seconds = 20;              ///< of processor time, and 30 a 100 MB
+    quint64 clockASecond = 30;         ///< so much by the clock, where others need the processors
+    quint64 quietSeconds = 60;         ///< without any processor time
 };
 /// For all that is read from then on.
 KX_API Rules& rules();

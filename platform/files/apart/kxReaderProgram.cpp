@@ -6,11 +6,9 @@
 #include <apart/kxSandbox.h>
 #include <files/scene/kxEnvelope.h>
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
 
 #include <algorithm>
 #include <exception>
@@ -49,15 +47,6 @@ enum Argument
     _exit(kxReaderProgram::HasFailed);
 }
 
-/// What libraries load when they are first asked can't be loaded later.
-void loadLibraries()
-{
-    QByteArray nothing("\1\2\3\4");
-    QBuffer buffer(&nothing);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader(&buffer).canRead(); // each of the plug-ins is asked
-}
-
 /// As a number from 0 to 100, where it has changed.
 void tellProgress(double share)
 {
@@ -79,7 +68,7 @@ void kxReaderProgram::run(int argc, char** argv,
     kxChild::endWithParent(QByteArray(argv[Parent]).toLongLong());
     std::set_terminate(&giveUp);
     const QCoreApplication application(argc, argv);
-    loadLibraries();
+    kxSandbox::loadPictureReaders();
 
     kxModelReader::Task task;
     task.kind = kxModelReader::Kind(QByteArray(argv[Kind]).toInt());

@@ -1,5 +1,6 @@
 #include <files/import/kxImageImport.h>
 
+#include <apart/kxPictures.h>
 #include <files/scene/kxFileReport.h>
 
 #include <QBuffer>
@@ -164,6 +165,9 @@ bool kxImageImport::hasAlpha(const ImagePtr& image)
     if (image == NullFC || isJpeg(image->getEncoded()))
         return false;
     if (isPng(image->getEncoded()))
-        return pngMayHaveAlpha(image->getEncoded()) && anyTransparent(decode(image->getEncoded()));
+    {
+        QString reason; // what can't be read shows nothing through
+        return pngMayHaveAlpha(image->getEncoded()) && anyTransparent(kxPictures::decode(image->getEncoded(), reason));
+    }
     return anyTransparent(pixelsOf(image));
 }

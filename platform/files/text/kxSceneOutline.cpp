@@ -1,12 +1,12 @@
 #include <files/text/kxSceneOutline.h>
 
+#include <apart/kxPictureSize.h>
 #include <files/text/kxValueText.h>
 #include <osg/AnimAttachments.h>
 #include <osg/AnimCurve.h>
 #include <osg/Image.h>
 
-#include <QBuffer>
-#include <QImageReader>
+#include <QSize>
 
 #include <algorithm>
 #include <set>
@@ -278,9 +278,7 @@ std::string kxSceneOutline::imageText(const Image& image)
     if (size.isEmpty() && !image.getEncoded().empty()) // as its file has it, not yet unpacked
     {
         const std::vector<UInt8>& encoded = image.getEncoded();
-        QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(encoded.data()), int(encoded.size()));
-        QBuffer buffer(&bytes);
-        size = QImageReader(&buffer).size();
+        size = kxPictureSize::of(encoded.data(), encoded.size());
     }
     return "image " + std::to_string(size.width()) + " x " + std::to_string(size.height()) + ", digest " +
            kxValueText::digest(QByteArray::fromStdString(text));
