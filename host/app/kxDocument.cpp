@@ -3,12 +3,14 @@
 #include "kxPoseWatch.h"
 
 #include <files/kxSceneIO.h>
+#include <files/scene/kxProgress.h>
 #include <files/scene/kxSceneContent.h>
 #include <journal/kxHistory.h>
 #include <journal/kxRecovery.h>
 #include <kernel/kxLogModel.h>
 #include <trust/kxCodeTrust.h>
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <utility>
@@ -53,11 +55,21 @@ bool kxDocument::run(const QString& what, const QString& failure, kxFileReport& 
 {
     if (_dialogs.busy)
         _dialogs.busy(what);
-    const bool done = work();
+    bool done = false;
+    {
+        const auto goesOn = _dialogs.goesOn;
+        if (goesOn)
+            QCoreApplication::sendPostedEvents(); // nothing of before happens in the middle of the work
+        const kxProgress::Scope watched(goesOn ? [&](double share) { return goesOn(what, share); }
+                                               : kxProgress::Watch());
+        done = work();
+    }
     if (_dialogs.busy)
         _dialogs.busy(QString());
     report.log();
-    if (!done && _dialogs.showError)
+    if (report.isCancelled() && _dialogs.tell)
+        _dialogs.tell(tr("%1 Cancelled; all is as it was.").arg(what));
+    else if (!done && _dialogs.showError)
         _dialogs.showError(failure, report);
     return done;
 }

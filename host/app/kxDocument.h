@@ -37,6 +37,10 @@ public:
         std::function<void(const QString& action, const kxFileReport& report)> showError;
         /// Around what may take long; `what` empty at the end.
         std::function<void(const QString& what)> busy;
+        /// In the middle of work with a file, see kxProgress: how far it is. False where the user takes it back.
+        std::function<bool(const QString& what, double share)> goesOn;
+        /// Something that isn't worth a dialog.
+        std::function<void(const QString& text)> tell;
     };
 
     explicit kxDocument(QObject* parent = nullptr);

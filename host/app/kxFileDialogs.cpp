@@ -1,8 +1,11 @@
 #include "kxFileDialogs.h"
 
 #include "kxHostSettings.h"
+#include "kxWorkProgress.h"
 
+#include <files/apart/kxReaderProcess.h>
 #include <files/kxSceneIO.h>
+#include <files/scene/kxProgress.h>
 #include <kxIconManager.h>
 
 #include <QApplication>
@@ -16,6 +19,9 @@
 
 namespace
 {
+const QString ProgressName = QStringLiteral("_fileProgress");
+constexpr int TellFor = 8000; // ms
+
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxFileDialogs", text);
@@ -80,8 +86,22 @@ QString askForPath(QMainWindow* window, const QString& title, const QString& pro
     return remembered(QStringLiteral("scene"), dialog.selectedFiles().value(0));
 }
 
+void showProgress(QMainWindow* window, const QString& what)
+{
+    delete window->findChild<kxWorkProgress*>(ProgressName);
+    if (!what.isEmpty() && window->isVisible())
+        new kxWorkProgress(ProgressName, tr("Please Wait"), window);
+}
+
+bool goesOn(QMainWindow* window, const QString& what, double share)
+{
+    auto* const progress = window->findChild<kxWorkProgress*>(ProgressName);
+    return progress == nullptr || progress->show(what, share);
+}
+
 void showBusy(QMainWindow* window, const QString& what)
 {
+    showProgress(window, what);
     if (what.isEmpty())
     {
         QApplication::restoreOverrideCursor();
@@ -114,6 +134,9 @@ void kxFileDialogs::install(kxDocument& document, QMainWindow* window)
     dialogs.showError = [window](const QString& action, const kxFileReport& report)
     { showError(window, action, report); };
     dialogs.busy = [window](const QString& what) { showBusy(window, what); };
+    dialogs.goesOn = [window](const QString& what, double share) { return goesOn(window, what, share); };
+    dialogs.tell = [window](const QString& text) { window->statusBar()->showMessage(text, TellFor); };
+    kxReaderProcess::setWatch([](double share) { return kxProgress::goesOn(share); });
 }
 
 QString kxFileDialogs::askForVersionPath(QMainWindow* window, const QString& folder, const QString& name)

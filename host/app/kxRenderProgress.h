@@ -1,15 +1,13 @@
 #pragma once
 
 #include "kxRenderSource.h"
+#include "kxWorkProgress.h"
 
 #include <QElapsedTimer>
-#include <QProgressDialog>
 
 /// How far a job of many frames is, and how long it will take.
 namespace kxRenderTime
 {
-/// "about 2 min 10 s left", by what `done` of `all` frames took; empty while that says nothing yet.
-QString left(double seconds, int done, int all);
 /// "Frame 12 of 100, about 2 min 10 s left".
 QString text(double seconds, int done, int all);
 } // namespace kxRenderTime
@@ -28,21 +26,20 @@ private:
     qint64 _last = 0; ///< when the last line was written, ms
 };
 
-/// Shows it in a window, once the job has taken a while, with a way to end it.
-class kxRenderProgress : public QProgressDialog
+/// Shows it in a window; between frames the application goes on.
+class kxRenderProgress : public kxWorkProgress
 {
     Q_OBJECT
 public:
-    /// `isMovie`: at the end the file is finished, which takes its time.
-    kxRenderProgress(const kxRenderSource::Range& range, bool isMovie, QWidget* parent);
+    kxRenderProgress(const kxRenderSource::Range& range, QWidget* parent);
 
-    /// `frame` has been drawn. Lets the application go on; false where the user ends the job.
+    /// `frame` has been drawn. False where the user ends the job.
     bool show(int frame);
     /// An encoder is busy.
     bool wait();
 
 private:
     kxRenderSource::Range _range;
-    int _done = 0; ///< frames
-    QElapsedTimer _clock;
+    QString _text;
+    double _share = 0;
 };

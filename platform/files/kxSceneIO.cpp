@@ -9,6 +9,7 @@
 #include <files/kxImportCommand.h>
 #include <files/kxLoadAnimationsCommand.h>
 #include <files/scene/kxAnimFile.h>
+#include <files/scene/kxProgress.h>
 #include <files/scene/kxSceneFile.h>
 #include <files/scene/kxSceneMessages.h>
 #include <files/scene/kxSceneSummary.h>
@@ -389,6 +390,8 @@ bool kxSceneIO::open(const QString& path, kxFileReport& report)
     kxSceneContent content;
     if (!readContent(path, content, report))
         return false;
+    if (!kxProgress::mayFinish())
+        return report.cancel();
     show(content, isSceneFile(path), report);
     return true;
 }
@@ -414,6 +417,8 @@ bool kxSceneIO::importFile(const QString& path, kxFileReport& report)
     kxSceneContent content;
     if (!read(path, content, report))
         return false;
+    if (!kxProgress::mayFinish())
+        return report.cancel();
     renameCollisions(content);
     kxSceneSummary::nameMaterials(content, kxScene::the()->materials());
     report.setSummary(kxSceneSummary::of(content), false);

@@ -3,11 +3,12 @@
 #include <QApplication>
 #include <QTimer>
 
-/// Hands the dialog that opens next to `answer`, which isn't called where no dialog of this class does.
+/// Hands the dialog that opens next to `answer`, which isn't called where no dialog of this class does. By a timer that
+/// has a time: one without runs as soon as posted events are sent.
 template <class Dialog, class Answer>
 void kxAnswer(const Answer& answer)
 {
-    QTimer::singleShot(0, qApp,
+    QTimer::singleShot(1, qApp,
                        [answer]
                        {
                            if (auto* const dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget()))

@@ -129,7 +129,7 @@ bool kxReaderAnswer::read(const char* data, qint64 size, kxSceneContent& content
     }
     const qint64 begin = HeadSize + qint64(length);
     if (!kxSceneFile::readPayload(data + begin, size - begin, content, payload))
-        return refuse(payload.error());
+        return payload.isCancelled() ? report.cancel() : refuse(payload.error());
     content.origin = kxSceneOrigin(); // it is in no file of ours
     for (const QString& note : payload.notes())
         found.note(note);

@@ -5,6 +5,7 @@
 #include <apart/kxChild.h>
 #include <apart/kxDescriptor.h>
 #include <files/apart/kxReaderProgram.h>
+#include <files/scene/kxProgress.h>
 #include <kxAnimManager.h>
 
 #include <QDir>
@@ -23,6 +24,7 @@
 
 namespace
 {
+constexpr double Read = 0.8;                       ///< of all the work; then the answer is taken
 constexpr int WatchInterval = 30, EndInterval = 2; ///< milliseconds
 constexpr quint64 MemoryAByte = 40, BytesOfSeconds = 100'000'000, SecondsOfBytes = 30;
 
@@ -145,7 +147,7 @@ bool Run::wait()
         listen();
         if (watch() && asked.elapsed() >= WatchInterval)
         {
-            if (!watch()(_share))
+            if (!watch()(_share * (_share < 0 ? 1 : Read)))
             {
                 _child.kill();
                 return _report.cancel();
@@ -192,7 +194,10 @@ bool Run::take(kxSceneContent& content)
 bool kxReaderProcess::read(kxModelReader::Kind kind, const QString& path, kxSceneContent& content, kxFileReport& report)
 {
     Run run(kind, path, report);
-    return run.wait() && run.take(content);
+    if (!run.wait())
+        return false;
+    const kxProgress::Part part(Read, 1);
+    return run.take(content);
 }
 
 void kxReaderProcess::setWatch(const Watch& value)

@@ -1,6 +1,7 @@
 #include <files/gltf/kxGltfAnimations.h>
 
 #include <files/scene/kxFileReport.h>
+#include <files/scene/kxProgress.h>
 #include <osg/FieldContainerFactory.h>
 
 #include <algorithm>
@@ -31,8 +32,11 @@ void kxGltfAnimations::write(const std::vector<Animation>& animations)
 {
     for (const Animation& animation : animations)
         reserveStrength(animation);
-    for (const Animation& animation : animations)
-        write(animation);
+    for (std::size_t i = 0; i < animations.size(); ++i)
+    {
+        const kxProgress::Part part(double(i) / double(animations.size()), double(i + 1) / double(animations.size()));
+        write(animations[i]);
+    }
     if (_model.animations.empty())
         return;
     _report.tell(
@@ -101,7 +105,7 @@ void kxGltfAnimations::write(const Animation& source)
     double earliest = 0;
     if (source.start < 0)
         for (const kxGltfProperty& property : properties)
-            earliest = std::min(earliest, curvesOf(source, property).start());
+            earliest = kxProgress::goesOn(0) ? std::min(earliest, curvesOf(source, property).start()) : 0;
     if (earliest < 0)
         _report.note(QStringLiteral("the animation '%1' starts before 0: other programs show it %2 s later")
                          .arg(QString::fromStdString(source.name))
@@ -114,8 +118,11 @@ void kxGltfAnimations::write(const Animation& source)
     if (earliest < 0)
         extras[kxAnimImport::ShiftName] = tinygltf::Value(-earliest);
     out.extras = tinygltf::Value(extras);
-    for (const kxGltfProperty& property : properties)
+    for (std::size_t i = 0; i < properties.size(); ++i)
     {
+        const kxGltfProperty& property = properties[i];
+        if (!kxProgress::goesOn(double(i) / double(properties.size())))
+            return;
         const kxExportCurves::Sampler sampler = curvesOf(source, property).sampler(-earliest);
         noteDistance(source, property, sampler.off);
         const auto block = source.blocks.find(property.owner);

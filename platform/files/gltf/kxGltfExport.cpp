@@ -4,6 +4,7 @@
 #include <files/gltf/kxGltfDocument.h>
 #include <files/gltf/kxGltfSurfaces.h>
 #include <files/scene/kxFileSuffixes.h>
+#include <files/scene/kxProgress.h>
 #include <files/scene/kxRestScope.h>
 #include <kxScenegraph.h>
 #include <osg/FieldContainerFactory.h>
@@ -25,6 +26,9 @@ namespace
 {
 constexpr double Degrees = 57.295779513082320877;
 constexpr std::size_t LargestBuffer = 0xf0000000u; // lengths of the binary form have 32 bits
+constexpr std::size_t WrittenAtOnce = std::size_t(1) << 23;
+/// Of the time that an export takes: the tree with its surfaces, then the animations, then all is put into words.
+constexpr double TreeDone = 0.4, AnimationsDone = 0.7;
 constexpr char LightExtension[] = "KHR_lights_punctual";
 
 bool isIdentity(const TransformPtr& transform)
@@ -59,9 +63,17 @@ public:
         const kxRestScope rest(containersOfScene());
         const std::vector<kxExportSources::Animation> animations = kxExportSources::ofScene(wanted);
         _blinking = kxGltfProperties::shownAndHidden(animations);
-        writeTree();
+        {
+            const kxProgress::Part part(0, TreeDone);
+            writeTree();
+        }
         _places.materials = _surfaces.materials();
-        kxGltfAnimations(_model, _buffer, _places, _report).write(animations);
+        {
+            const kxProgress::Part part(TreeDone, AnimationsDone);
+            kxGltfAnimations(_model, _buffer, _places, _report).write(animations);
+        }
+        if (!kxProgress::goesOn(AnimationsDone))
+            _report.cancel();
         if (_buffer.size() > LargestBuffer)
             _report.fail(QStringLiteral("the scene is too large for this format"));
         _buffer.finish();
@@ -111,6 +123,12 @@ private:
     {
         tinygltf::Scene scene;
         scene.name = "Scene";
+        traverse(kxScene::the()->root(),
+                 [this](const NodePtr&)
+                 {
+                     ++_nodes;
+                     return Action::Continue;
+                 });
         for (const NodePtr& child : kxScene::the()->root()->getChildren())
             if (!isLeftOut(child))
                 scene.nodes.push_back(addNode(child, true, child->isActive()));
@@ -134,6 +152,8 @@ private:
     {
         const bool blinks = _blinking.count(node->getId()) > 0, shown = above && (own || blinks);
         const int index = int(_model.nodes.size());
+        if (!kxProgress::goesOn(double(index) / double(_nodes)))
+            return index; // nothing of it is used
         _model.nodes.emplace_back();
         _places.nodes[node->getId()] = index;
         tinygltf::Node entry;
@@ -267,6 +287,7 @@ private:
     }
 
     kxFileReport& _report;
+    std::size_t _nodes = 1; ///< of the scene
     tinygltf::Model _model;
     kxGltfBuffer _buffer;
     kxGltfSurfaces _surfaces;
@@ -323,8 +344,18 @@ bool kxGltfExport::write(const QString& path, kxFileReport& report, kxExportedAn
     QSaveFile file(path);
     if (!written)
         return report.fail(QStringLiteral("the scene can't be written in this format"));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size()) ||
-        !file.flush() || !file.commit()) // commit() doesn't see what fails when the last block goes out
+    if (!file.open(QIODevice::WriteOnly))
         return report.fail(file);
-    return true;
+    for (std::size_t at = 0; at < bytes.size(); at += WrittenAtOnce)
+    {
+        const qint64 size = qint64(std::min(WrittenAtOnce, bytes.size() - at));
+        if (!kxProgress::goesOn(1))
+            return report.cancel();
+        if (file.write(bytes.data() + at, size) != size)
+            return report.fail(file);
+    }
+    if (!kxProgress::mayFinish())
+        return report.cancel();
+    // commit() doesn't see what fails when the last block goes out
+    return (file.flush() && file.commit()) || report.fail(file);
 }

@@ -42,6 +42,8 @@ public:
     void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
     /// Passes over a value of any kind.
     void skip();
+    /// Of all bytes, from 0 to 1.
+    double share() const { return double(offset()) / double(_size); }
     /// How many bytes were read.
     qint64 offset() const { return _reader.currentOffset(); }
     /// True where all was read.

@@ -3,6 +3,7 @@
 #include <files/scene/kxCborInput.h>
 #include <files/scene/kxFieldCodec.h>
 #include <files/scene/kxFileReport.h>
+#include <files/scene/kxProgress.h>
 #include <osg/AnimNode.h>
 #include <osg/Image.h>
 #include <scene/CameraLight.h>
@@ -74,6 +75,8 @@ void kxContainerReader::readContainers()
     const quint64 count = _in.enterArray();
     for (quint64 i = 0; i < count && !_in.failed(); ++i)
     {
+        if (!kxProgress::goesOn(_in.share()))
+            _in.report().cancel();
         _offsets.push_back(quint64(_in.offset()));
         readContainer(quint32(i + 1));
     }

@@ -1,5 +1,7 @@
 #include <files/scene/kxContainerWriter.h>
 
+#include <files/scene/kxProgress.h>
+
 #include <algorithm>
 
 using namespace osg;
@@ -84,7 +86,7 @@ bool kxContainerWriter::collect(const FieldContainerPtr& container)
     return flat;
 }
 
-void kxContainerWriter::write(QCborStreamWriter& out, const std::function<quint64()>& position)
+bool kxContainerWriter::write(QCborStreamWriter& out, const std::function<quint64()>& position)
 {
     appendKey(out, "classes");
     out.startArray(quint64(_classes.size()));
@@ -112,9 +114,12 @@ void kxContainerWriter::write(QCborStreamWriter& out, const std::function<quint6
         if (position)
             _origin.containers.push_back({_containers[i]->getId(), position()});
         writeContainer(out, i);
+        if (!kxProgress::goesOn(double(i) / double(_containers.size())))
+            return false;
     }
     _origin.end = position ? position() : 0;
     out.endArray();
+    return true;
 }
 
 void kxContainerWriter::writeContainer(QCborStreamWriter& out, std::size_t index)

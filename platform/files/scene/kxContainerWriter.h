@@ -27,8 +27,8 @@ public:
 
     const std::vector<osg::FieldContainerPtr>& containers() const { return _containers; }
 
-    /// `position` tells how much was written before.
-    void write(QCborStreamWriter& out, const std::function<quint64()>& position = nullptr);
+    /// `position` tells how much was written before. False where the user took it back, and nothing may follow.
+    bool write(QCborStreamWriter& out, const std::function<quint64()>& position = nullptr);
     /// The containers by their numbers, and where they were written.
     const kxSceneOrigin& origin() const { return _origin; }
     static void appendKey(QCborStreamWriter& out, const char* key);

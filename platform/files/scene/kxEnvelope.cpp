@@ -1,6 +1,7 @@
 #include <files/scene/kxEnvelope.h>
 
 #include <files/scene/kxFileReport.h>
+#include <files/scene/kxProgress.h>
 
 #include <QFileInfo>
 #include <QtEndian>
@@ -14,6 +15,7 @@ namespace
 {
 constexpr int VersionAt = 8, HeadChecksumAt = 12, LengthAt = 16, ChecksumAt = 24;
 constexpr int BlockSize = 1 << 20;
+constexpr qint64 ChecksumPart = 1 << 24;
 
 quint32 crc(quint32 start, const char* data, qint64 size)
 {
@@ -55,7 +57,14 @@ bool kxEnvelope::check(const char* magic, const char* bytes, qint64 size, kxFile
                              : QStringLiteral("%1 bytes stand behind the file's end").arg(present - length));
     if (present > quint64(LargestPayload))
         return report.fail(QStringLiteral("the file is larger than %1 bytes").arg(LargestPayload));
-    if (crc(0, bytes + HeadSize, qint64(present)) != qFromLittleEndian<quint32>(bytes + ChecksumAt))
+    quint32 sum = 0;
+    for (qint64 at = 0; at < qint64(present); at += ChecksumPart)
+    {
+        sum = crc(sum, bytes + HeadSize + at, std::min(ChecksumPart, qint64(present) - at));
+        if (!kxProgress::goesOn(0))
+            return report.cancel();
+    }
+    if (sum != qFromLittleEndian<quint32>(bytes + ChecksumAt))
         return report.fail(QStringLiteral("the file is damaged: its checksum doesn't fit its content"));
     return true;
 }

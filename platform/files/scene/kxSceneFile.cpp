@@ -4,6 +4,7 @@
 #include <files/scene/kxContainerReader.h>
 #include <files/scene/kxContainerWriter.h>
 #include <files/scene/kxEnvelope.h>
+#include <files/scene/kxProgress.h>
 #include <files/scene/kxRestScope.h>
 #include <files/scene/kxTimeBounds.h>
 
@@ -12,6 +13,7 @@ using namespace osg;
 namespace
 {
 constexpr std::size_t Entries = 10;
+constexpr double Written = 0.6; ///< of the time that saving takes; then the file is read back
 
 /// Gives where the containers are, by what `position` tells to be written.
 kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content,
@@ -30,7 +32,11 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
 
     const kxRestScope rest(writer.containers());
     out.startMap(Entries);
-    writer.write(out, position); // two entries
+    if (!writer.write(out, position)) // two entries
+    {
+        report.cancel();
+        return kxSceneOrigin();
+    }
     const auto writeNumber = [&](const char* key, const FieldContainerPtr& container)
     {
         kxContainerWriter::appendKey(out, key);
@@ -102,10 +108,14 @@ bool canBeRead(kxEnvelopeWriter& file, kxFileReport& report)
         return true; // commit() says what failed
     kxSceneContent content;
     kxFileReport found(report.file());
+    const kxProgress::Part part(Written, 1);
     if (!kxSceneFile::readPayload(payload, file.length(), content, found))
-        return report.fail(QStringLiteral("the scene can't be written so that it could be opened again: %1. The file "
-                                          "is as it was.")
-                               .arg(found.error()));
+        return found.isCancelled()
+                   ? report.cancel()
+                   : report.fail(
+                         QStringLiteral("the scene can't be written so that it could be opened again: %1. The file "
+                                        "is as it was.")
+                             .arg(found.error()));
     for (const QString& note : found.notes())
         report.note(QStringLiteral("when this file is opened: ") + note);
     return true;
@@ -119,10 +129,15 @@ bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin&
     if (!file.begin(report))
         return false;
     QCborStreamWriter out(&file);
-    origin = writeContent(
-        out, kxSceneContent::ofScene(), [&file] { return quint64(file.length()); }, report);
+    {
+        const kxProgress::Part part(0, Written);
+        origin = writeContent(
+            out, kxSceneContent::ofScene(), [&file] { return quint64(file.length()); }, report);
+    }
     if (report.failed() || !canBeRead(file, report))
         return false;
+    if (!kxProgress::mayFinish())
+        return report.cancel();
     origin.path = path;
     origin.head = file.head();
     if (beforeRename)

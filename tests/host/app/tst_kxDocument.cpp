@@ -56,6 +56,63 @@ private Q_SLOTS:
         QTEST(QFile::exists(path("a.kxs")), "file");
     }
 
+    void takenBack_data()
+    {
+        kxColumns<QString>("work");
+        for (const char* const work : {"open", "import", "save", "export"})
+            kxRow(work, work);
+    }
+
+    /// In the middle or at the end: the scene, its history and all files are as they were.
+    void takenBack()
+    {
+        QFETCH(QString, work);
+        addObject("Saved");
+        QVERIFY(_document->saveTo(path("taken.kxs")) && _document->exportTo(path("taken.glb")));
+        edit();
+        QCoreApplication::processEvents();
+        const auto run = [&]
+        {
+            return work == "open"     ? _document->openFile(path("taken.kxs"))
+                   : work == "import" ? _document->importFile(path("taken.kxs"))
+                   : work == "save"   ? _document->saveTo(path("taken.kxs"))
+                                      : _document->exportTo(path("taken.glb"));
+        };
+        const auto state = [this]
+        {
+            QStringList all(QDir(_folder.path()).entryList(QDir::AllEntries | QDir::Hidden));
+            for (const char* const name : {"taken.kxs", "taken.glb"})
+            {
+                QFile file(path(name));
+                all << QString::fromLatin1(file.open(QIODevice::ReadOnly) ? file.readAll().toHex() : QByteArray());
+            }
+            all << QString::number(kxHistory::the().count()) << QString::number(kxScene::the()->root()->getNChildren());
+            return all << _document->path() << QString::number(_document->isUnsaved());
+        };
+        const QStringList before = state();
+        _answer = kxDocument::Discard;
+        QStringList told;
+        double last = 0;
+        _document->dialogs().tell = [&told](const QString& text) { told << text; };
+        _document->dialogs().showError = [&told](const QString& text, const kxFileReport&)
+        { told << "error: " + text; };
+        for (const double end : {0.0, 1.0})
+        {
+            _document->dialogs().goesOn = [end](const QString&, double share) { return share < end; };
+            QVERIFY(!run());
+            QCOMPARE(state(), before);
+        }
+        QVERIFY2(told.size() == 2 && told[0].contains("aken.") && told[0] == told[1] && told[0].contains("Cancelled"),
+                 qPrintable(told.join('\n')));
+        _document->dialogs().goesOn = [&last](const QString&, double share)
+        {
+            last = share < last ? 2 : share;
+            return true;
+        };
+        QVERIFY(run() && state() != before);
+        QCOMPARE(last, 1.0);
+    }
+
     void whatMakesUnsaved()
     {
         const osg::NodePtr node = addObject("Node");

@@ -1,0 +1,97 @@
+#include "kxWorkProgress.h"
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace
+{
+constexpr int ShowAfter = 500; // ms
+constexpr int Steps = 1000;
+} // namespace
+
+QString kxWorkTime::left(double seconds, double share)
+{
+    constexpr double Enough = 1; // seconds
+    if (share <= 0 || seconds < Enough || share >= 1)
+        return QString();
+    const qint64 whole = qint64(std::ceil(std::min(seconds * (1 / share - 1) - 1e-6, 1e9)));
+    const auto say = [](const char* text, qint64 large, qint64 small)
+    { return QCoreApplication::translate("kxWorkProgress", text).arg(large).arg(small); };
+    if (whole < 60)
+        return QCoreApplication::translate("kxWorkProgress", "about %1 s left").arg(whole);
+    if (whole < 3600)
+        return say("about %1 min %2 s left", whole / 60, whole % 60);
+    return say("about %1 h %2 min left", whole / 3600, whole % 3600 / 60);
+}
+
+kxWorkProgress::kxWorkProgress(const QString& name, const QString& title, QWidget* parent)
+    : QDialog(parent), _text(new QLabel(this)), _left(new QLabel(this)), _bar(new QProgressBar(this)),
+      _cancel(new QPushButton(tr("Cancel"), this))
+{
+    setObjectName(name);
+    setWindowTitle(title);
+    setWindowModality(Qt::ApplicationModal);
+    setMinimumWidth(400);
+    _bar->setObjectName(QStringLiteral("_share"));
+    _bar->setTextVisible(false);
+    _text->setObjectName(QStringLiteral("_text"));
+    _left->setObjectName(QStringLiteral("_left"));
+    _cancel->setObjectName(QStringLiteral("_cancel"));
+    connect(_cancel, &QPushButton::clicked, this, &kxWorkProgress::reject);
+    auto* const below = new QHBoxLayout;
+    below->addWidget(_left, 1);
+    below->addWidget(_cancel);
+    auto* const layout = new QVBoxLayout(this);
+    layout->addWidget(_text);
+    layout->addWidget(_bar);
+    layout->addLayout(below);
+    _clock.start();
+}
+
+bool kxWorkProgress::show(const QString& text, double share)
+{
+    if (!_isCancelled)
+        _text->setText(text);
+    _bar->setRange(0, share < 0 ? 0 : Steps);
+    _bar->setValue(int(share * Steps));
+    _left->setText(_isCancelled ? QString()
+                   : share >= 1 ? tr("Finishing...")
+                                : kxWorkTime::left(double(_clock.elapsed()) / 1000, share));
+    if (!isVisible() && !_isCancelled && _clock.elapsed() >= ShowAfter)
+        open();
+    follow();
+    if (_isCancelled || share < 1)
+        return !_isCancelled;
+    _cancel->setEnabled(false);
+    _cancel->repaint();
+    return true;
+}
+
+void kxWorkProgress::reject()
+{
+    if (!_cancel->isEnabled())
+        return;
+    _isCancelled = true;
+    _text->setText(tr("Cancelling..."));
+    _cancel->setEnabled(false);
+}
+
+void kxWorkProgress::letAllGoOn()
+{
+    _letsAllGoOn = true;
+}
+
+/// In the middle of the work nothing may happen but in this window: what runs by timers waits.
+void kxWorkProgress::follow()
+{
+    if (_letsAllGoOn)
+        QCoreApplication::processEvents();
+    else if (isVisible())
+        QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers | QEventLoop::X11ExcludeTimers);
+}
