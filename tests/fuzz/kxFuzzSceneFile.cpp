@@ -1,18 +1,9 @@
 #include <files/scene/kxSceneFile.h>
 
-#include <QGuiApplication>
-
 #include <cstddef>
 #include <cstdint>
 
 // The content after the head of a scene file: a checksum would turn almost every change away before it is read.
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QGuiApplication* const application = new QGuiApplication(*argc, *argv);
-    return application == nullptr;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     kxSceneContent content;

@@ -137,7 +137,7 @@ def in_json(random, data):
             data[end:])
 
 
-SHARP = {"kxs": in_payload, "kxa": in_payload, "gltf": in_json, "glb": in_json}
+SHARP = {"kxs": in_payload, "osb": in_payload, "gltf": in_json, "glb": in_json}
 
 
 def damaged(random, suffix, data, other):

@@ -107,9 +107,9 @@ def own_scenes(host, folder):
         numbers = [i for i, entry in enumerate(content["containers"], 1) if entry[0] in nodes]
         animations = {key: content[key] for key in ("classes", "containers")}
         animations["animations"] = numbers[1:20]
-        with open(path[:-1] + "a", "wb") as file:
+        with open(path[:-3] + "osb", "wb") as file:
             file.write(damage.seal(damage.ANIMATIONS, cbor.encode(animations)))
-        made += [path, path[:-1] + "a"]
+        made += [path, path[:-3] + "osb"]
     return made
 
 
@@ -154,7 +154,7 @@ class Attack:
         whole = read(target)
         with open(path, "wb") as file:
             file.write(damage.damaged(chance, suffix_of(target), whole, read(chance.choice(self.files[suffix]))))
-        way, uses = "import" if suffix == "kxa" else chance.choice(("open", "import")), number % 10 == 0
+        way, uses = "import" if suffix == "osb" else chance.choice(("open", "import")), number % 10 == 0
         what = "%s of %d, %r%s" % (way, number, os.path.relpath(target, self.folder), ", used" if uses else "")
         became = self.ask("tried(%r, %r, %r, %r)" % (way, model if path == target else path, uses,
                                                     self.application.folder), what, path)

@@ -9,6 +9,8 @@
 #include <kxAnimManager.h>
 #include <osg/AnimNode.h>
 
+#include <set>
+
 using namespace osg;
 
 namespace
@@ -70,26 +72,31 @@ bool kxAnimFile::read(const QString& path, std::vector<AnimNodePtr>& out, QStrin
 {
     kxFileReport report(path);
     kxEnvelopeReader file;
-    if (file.open(path, kxEnvelope::AnimationMagic, report))
-    {
-        kxCborInput in(file.data(), file.size(), report);
-        kxContainerReader reader(in);
-        std::vector<quint32> numbers;
-        std::vector<osg::Share<AnimNode>> animations;
-        if (readContent(in, reader, numbers))
-            for (const quint32 number : numbers)
-                if (const AnimNodePtr animation = reader.getRoot<AnimNode>(number); animation != NullFC)
-                    animations.emplace_back(animation);
-        std::map<std::string, double> rate = {{"fps", kxAnimManager::the()->fps()}};
-        if (!report.failed())
-        {
-            kxTimeBounds::clamp(reader.containers(), rate, report);
-            report.log();
-            // What was read dies with its reader; the copies, which nobody owns yet, keep its cores.
-            for (const osg::Share<AnimNode>& animation : animations)
-                out.push_back(cloneAnimTree(animation.get(), true));
-        }
-    }
+    const bool isRead =
+        file.open(path, kxEnvelope::AnimationMagic, report) && readPayload(file.data(), file.size(), out, report);
     error = report.error();
-    return !report.failed();
+    return isRead;
+}
+
+bool kxAnimFile::readPayload(const char* data, qint64 size, std::vector<AnimNodePtr>& out, kxFileReport& report)
+{
+    kxCborInput in(data, size, report);
+    kxContainerReader reader(in);
+    std::vector<quint32> numbers;
+    std::vector<osg::Share<AnimNode>> animations;
+    std::set<quint32> seen; // each is copied: naming one again and again would take all memory
+    if (readContent(in, reader, numbers))
+        for (const quint32 number : numbers)
+            if (const AnimNodePtr animation = reader.getRoot<AnimNode>(number);
+                animation != NullFC && seen.insert(number).second)
+                animations.emplace_back(animation);
+    if (report.failed())
+        return false;
+    std::map<std::string, double> rate = {{"fps", kxAnimManager::the()->fps()}};
+    kxTimeBounds::clamp(reader.containers(), rate, report);
+    report.log();
+    // What was read dies with its reader; the copies, which nobody owns yet, keep its cores.
+    for (const osg::Share<AnimNode>& animation : animations)
+        out.push_back(cloneAnimTree(animation.get(), true));
+    return true;
 }

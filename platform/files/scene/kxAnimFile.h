@@ -7,6 +7,8 @@
 
 #include <vector>
 
+class kxFileReport;
+
 /// Files of animations alone, with their curves and cores; nothing of the objects that they move.
 namespace kxAnimFile
 {
@@ -14,4 +16,6 @@ namespace kxAnimFile
 KX_API bool write(const QString& path, const std::vector<osg::AnimNodePtr>& animations, QString& error);
 /// Appends the animations of a file; they have no owner yet. False with the reason in `error`, `out` as it was.
 KX_API bool read(const QString& path, std::vector<osg::AnimNodePtr>& out, QString& error);
+/// The content after the head and the checksum of a file.
+KX_API bool readPayload(const char* data, qint64 size, std::vector<osg::AnimNodePtr>& out, kxFileReport& report);
 } // namespace kxAnimFile

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -216,6 +217,13 @@ void kxCborInput::readBytes(std::vector<unsigned char>& out, std::size_t unit)
     }
     out.resize(std::size_t(length));
     readString(reinterpret_cast<char*>(out.data()), length);
+}
+
+bool kxCborInput::mayUnpack(quint64 bytes)
+{
+    _unpacked += bytes;
+    const quint64 budget = std::max(SmallestBudget, LargestGrowth * quint64(_size));
+    return _unpacked <= budget || fail(QStringLiteral("the packed blocks claim more than %1 bytes").arg(budget));
 }
 
 void kxCborInput::skip()

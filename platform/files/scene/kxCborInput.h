@@ -40,6 +40,9 @@ public:
     void readMap(std::map<std::string, double>& values);
     /// Bytes of a length that is a multiple of `unit`.
     void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
+    /// Before a packed block is unpacked: false, and failed, where all that were unpacked would be more than a file of
+    /// this length can mean.
+    bool mayUnpack(quint64 bytes);
     /// Passes over a value of any kind.
     void skip();
     /// Of all bytes, from 0 to 1.
@@ -51,6 +54,7 @@ public:
 
 private:
     static constexpr int DeepestNesting = 32;
+    static constexpr quint64 SmallestBudget = quint64(4) << 30, LargestGrowth = 40; ///< of packed blocks
 
     quint64 enter();
     /// The length of the string that comes next; -1 on failure.
@@ -61,6 +65,7 @@ private:
     qint64 _size;
     kxFileReport& _report;
     int _depth = 0;
+    quint64 _unpacked = 0;
 };
 
 /// Of bytes in memory, where it doesn't matter why they can't be read. They have to outlive this.

@@ -185,6 +185,8 @@ std::vector<unsigned char> readBlock(kxCborInput& in)
         in.fail(QStringLiteral("a packed block claims more than it can hold"));
         return bytes;
     }
+    if (!in.mayUnpack(length))
+        return bytes;
     bytes.resize(std::size_t(length));
     uLongf size = uLongf(length);
     if (uncompress(bytes.data(), &size, packed.data(), uLong(packed.size())) != Z_OK || size != length)

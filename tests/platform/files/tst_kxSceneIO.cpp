@@ -1,6 +1,8 @@
 #include "kxFilesFixture.h"
 #include "kxRichScene.h"
 
+#include <files/scene/kxAnimFile.h>
+#include <files/scene/kxEnvelope.h>
 #include <kernel/kxLogModel.h>
 #include <kernel/kxSelection.h>
 #include <kxCapturedStderr.h>
@@ -12,6 +14,8 @@
 #include <kxUndo.h>
 #include <osg/AnimCores.h>
 
+#include <QCborArray>
+#include <QCborMap>
 #include <QUndoStack>
 #include <QtTest>
 
@@ -241,6 +245,18 @@ private Q_SLOTS:
         }
         kxSelection::the().setIds(kxSelection::Nodes, {body.getFieldContainerId()});
         QVERIFY(refuses(kxSceneIO::open, path, "Select the object"));
+        // A file that names an animation many times doesn't fill the memory with copies.
+        QCborMap content = QCborValue::fromCbor(bytesOfFile(path).mid(kxEnvelope::HeadSize)).toMap();
+        QCborArray named = content.value(QStringLiteral("animations")).toArray();
+        const std::size_t count = std::size_t(named.size());
+        named.append(named.first());
+        content.insert(QStringLiteral("animations"), named);
+        const QByteArray payload = QCborValue(content).toCbor();
+        std::vector<AnimNodePtr> animations;
+        kxFileReport report(path);
+        QVERIFY(kxAnimFile::readPayload(payload.constData(), payload.size(), animations, report));
+        const std::vector<osg::Share<AnimNode>> held(animations.begin(), animations.end());
+        QVERIFY(count > 0 && held.size() == count);
         QVERIFY(writeFile(path, "Something else"));
         QVERIFY(refuses(kxSceneIO::importFile, path, ""));
         QVERIFY(refuses(kxSceneIO::importFile, _folder.filePath(QStringLiteral("none.osb")), ""));
