@@ -98,7 +98,10 @@ bool isInSight(const QWidget* widget)
     if (dock == nullptr)
         return true;
     const QWidget* const part = dock->widget()->isAncestorOf(widget) ? dock->widget() : dock;
-    return !part->visibleRegion().isEmpty();
+    // What is covered by parts of its own is seen by them.
+    const auto isSeen = [](const QWidget* one) { return !one->visibleRegion().isEmpty(); };
+    const QList<QWidget*> below = part->findChildren<QWidget*>();
+    return isSeen(part) || std::any_of(below.begin(), below.end(), isSeen);
 }
 } // namespace
 

@@ -128,6 +128,15 @@ def types_properties(application, folder):
     application.click("_timeLine")  # a field takes back what is typed in it
     application.keys("ctrl+z")
     desktop.until("the value before", lambda: place(application, "Still") == before)
+    # Tab goes from number to number of a material too.
+    material = application.ask("selectMaterials([addMaterial('Tin', (0.5, 0.5, 0.5), 0.5, 0)]) or 'Tin'")
+    application.type_into("_properties/baseColorR", "0.3")
+    application.keys("Tab", "ctrl+a")
+    application.type("0.7")
+    application.keys("Return")
+    desktop.until("the green of the material", lambda: application.ask(
+        "round(channelValue(findMaterial(%r), 'baseColor.G'), 3)" % material) == 0.7)
+    application.keys("ctrl+z", "ctrl+z")
 
 
 def saves_for_another_process(application, folder):
