@@ -42,6 +42,7 @@ kxMaterialPanel::kxMaterialPanel(QWidget* parent)
     _delete->setShortcutContext(Qt::WidgetWithChildrenShortcut);
 
     connect(_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &kxMaterialPanel::giveSelection);
+    connect(_view, &QAbstractItemView::clicked, this, &kxMaterialPanel::giveSelection); // selected already
     connect(&kxSelection::the(), &kxSelection::materialsChanged, this, &kxMaterialPanel::takeSelection);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMaterialPanel::updateActions);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxMaterialPanel::takeSelection);

@@ -75,6 +75,12 @@ kxPropertyPanel::kxPropertyPanel(QWidget* parent)
 
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, [this] { showKind(kxSelection::Nodes); });
     connect(&kxSelection::the(), &kxSelection::materialsChanged, this, [this] { showKind(kxSelection::Materials); });
+    connect(&kxSelection::the(), &kxSelection::selectedAgain, this,
+            [this](kxSelection::Kind kind)
+            {
+                if (kind != _kind)
+                    showKind(kind);
+            });
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxPropertyPanel::follow);
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxPropertyPanel::refresh);
     connect(&kxAnimationService::the(), &kxAnimationService::changed, this, &kxPropertyPanel::markDriven);

@@ -32,6 +32,16 @@ void markDriven(QWidget* widget, bool driven, const QString& toolTip)
                               : toolTip);
 }
 
+/// Several values: the first one's is shown.
+void setDiffers(QWidget* widget, bool differs)
+{
+    QFont font = widget->font();
+    if (font.italic() == differs)
+        return;
+    font.setItalic(differs);
+    widget->setFont(font);
+}
+
 QHBoxLayout* rowLayout(QWidget* row)
 {
     auto* const layout = new QHBoxLayout(row);
@@ -200,12 +210,7 @@ void kxNumberRow::refresh()
         const float shown = number(all.front(), i);
         const bool differs =
             std::any_of(all.begin(), all.end(), [&](const auto& other) { return number(other, i) != shown; });
-        QFont font = spinner->font();
-        if (font.italic() != differs)
-        {
-            font.setItalic(differs); // several values: the first one's is shown
-            spinner->setFont(font);
-        }
+        setDiffers(spinner, differs);
         const auto* const edit = spinner->findChild<QLineEdit*>();
         if (spinner->hasFocus() && edit != nullptr && edit->isModified())
             continue;
@@ -299,7 +304,13 @@ void kxChoiceRow::refresh()
         fillMaterials();
         const auto* const reference = std::get_if<osg::FieldContainerPtr>(&shown);
         _box->setCurrentIndex(reference == nullptr ? 0 : _box->findData(reference->getFieldContainerId()));
+        if (reference != nullptr && *reference != osg::NullFC) // it may have another colour now
+            _box->setItemIcon(_box->currentIndex(), kxScenegraph::getMaterialIcon(osg::MaterialPtr::dcast(*reference)));
     }
     else if (const auto* const number = std::get_if<osg::UInt32>(&shown))
         _box->setCurrentIndex(int(*number));
+    const auto all = containers();
+    setDiffers(_box,
+               std::any_of(all.begin(), all.end(),
+                           [&](const osg::FieldContainerPtr& other) { return description()->value(*other) != shown; }));
 }

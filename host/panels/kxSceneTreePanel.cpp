@@ -75,6 +75,12 @@ kxSceneTreePanel::kxSceneTreePanel(QMenu* menu, QWidget* parent)
     layout->addWidget(_view);
 
     connect(_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &kxSceneTreePanel::giveSelection);
+    connect(_view, &QAbstractItemView::clicked, this,
+            [this](const QModelIndex& index)
+            {
+                if (index.column() == kxSceneTreeModel::NameColumn)
+                    giveSelection(); // of what is selected already
+            });
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxSceneTreePanel::takeSelection);
     takeSelection();
 }

@@ -132,7 +132,10 @@ void kxSelection::select(Kind kind, const std::vector<unsigned int>& wanted)
     const std::vector<unsigned int> before = ids(kind);
     const std::vector<unsigned int> after = cleaned(kind, wanted);
     if (before == after)
+    {
+        Q_EMIT selectedAgain(kind);
         return;
+    }
     if (_isStepless && _isStepless())
         setIds(kind, after);
     else

@@ -46,6 +46,8 @@ public:
 Q_SIGNALS:
     void nodesChanged();
     void materialsChanged();
+    /// What was selected is what is selected already: whoever shows one kind at a time may show this one again.
+    void selectedAgain(kxSelection::Kind kind);
 
 private:
     kxSelection() = default;

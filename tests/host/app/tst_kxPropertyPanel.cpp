@@ -6,8 +6,10 @@
 #include <kxServices.h>
 #include <osg/AnimAttachments.h>
 #include <panels/kxColorButton.h>
+#include <panels/kxMaterialPanel.h>
 #include <panels/kxPropertyPanel.h>
 #include <panels/kxPropertyRow.h>
+#include <panels/kxSceneTreePanel.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
 
@@ -99,6 +101,7 @@ private Q_SLOTS:
         QCOMPARE(visible->checkState(), Qt::PartiallyChecked);
         visible->click();
         QVERIFY(a->isActive() && b->isActive() && visible->checkState() == Qt::Checked);
+        QVERIFY(!_panel->findChild<QComboBox*>("materialBox")->font().italic());
         visible->click();
         visible->click();
         QCOMPARE(visible->checkState(), Qt::Checked); // never in between by hand
@@ -108,6 +111,15 @@ private Q_SLOTS:
         const auto shows = [](const osg::NodePtr& node)
         { return osg::GeometryPtr::dcast(node->getCore())->getMaterial(); };
         QVERIFY(shows(a) == brass && shows(b) == brass);
+        osg::GeometryPtr::dcast(b->getCore())->setMaterial(steel);
+        osg::UberMaterialPtr::dcast(brass)->setBaseColor(osg::Color3f(0, 0, 1));
+        osg::markChanged(brass, osg::UberMaterial::BaseColorFieldMask);
+        kxScene::the()->flush();
+        const auto* const both = _panel->findChild<QScrollArea*>()->widget()->findChild<QComboBox*>("materialBox");
+        QVERIFY(both->font().italic()); // the two differ
+        const QColor ball = both->itemIcon(both->currentIndex()).pixmap(32).toImage().pixelColor(16, 16);
+        QVERIFY(ball.blue() > 2 * ball.red());
+        osg::GeometryPtr::dcast(b->getCore())->setMaterial(brass);
         _panel->resize(300, 120);
         auto* const scroll = _panel->findChild<QScrollArea*>()->verticalScrollBar();
         QCoreApplication::processEvents();
@@ -219,6 +231,60 @@ private Q_SLOTS:
         kxScene::the()->markStructureChanged();
         kxScene::the()->flush();
         QVERIFY(!spinner("translationX")->property("driven").toBool());
+    }
+
+    void whatIsSelectedAgainIsShown()
+    {
+        addSurface("A", addMaterial("Steel"));
+        addMaterial("Brass");
+        kxMaterialPanel materials;
+        QMenu menu;
+        kxSceneTreePanel tree(&menu);
+        const auto click = [](QAbstractItemView* view, int row)
+        {
+            const QModelIndex index = view->model()->index(row, 0);
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+            QCoreApplication::processEvents();
+        };
+        const auto name = [this] { return _panel->findChild<QLineEdit*>("_name")->text(); };
+        auto* const list = materials.findChild<QListView*>();
+        auto* const objects = tree.findChild<QTreeView*>();
+        materials.show();
+        tree.show();
+        for (int i = 0; i < 2; ++i)
+        {
+            click(list, 1);
+            QCOMPARE(name(), QString("Brass"));
+            click(objects, 0);
+            QCOMPARE(name(), QString("A"));
+        }
+    }
+
+    void tabGoesFromNumberToNumber_data()
+    {
+        kxColumns<bool, QStringList>("material", "numbers");
+        kxRow("object", false, QStringList{"translationX", "translationY", "translationZ", "eulerRotationX"});
+        kxRow("material", true, QStringList{"baseColorR", "baseColorG", "baseColorB", "metallic"});
+    }
+
+    void tabGoesFromNumberToNumber()
+    {
+        QFETCH(bool, material);
+        QFETCH(QStringList, numbers);
+        const osg::MaterialPtr steel = addMaterial("Steel");
+        if (material)
+            kxSelection::the().selectMaterials({steel});
+        select(material ? std::vector<osg::NodePtr>() : std::vector<osg::NodePtr>{addSurface("A", steel)});
+        QVERIFY(QTest::qWaitForWindowActive(_panel.data()));
+        spinner(qPrintable(numbers[0]))->setFocus();
+        for (int i = 0; i < numbers.size(); ++i)
+        {
+            QCOMPARE(QApplication::focusWidget()->objectName(), numbers[i]);
+            QTest::keyClicks(QApplication::focusWidget(), "0.25");
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            kxScene::the()->flush();
+            QCoreApplication::processEvents();
+        }
     }
 
     void survivesTheEndOfItsObject()
