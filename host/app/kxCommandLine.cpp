@@ -30,7 +30,7 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("plugin", tr("Animation plug-in to load instead of the one beside the program."), "FILE");
     add("script", tr("Python script to run; may be given more than once."), "FILE.py");
     add("frame", tr("Frame to go to."), "N");
-    add("frames", tr("Frames to render, first and last included, or all."), "A:B");
+    add("frames", tr("Frames to render, first and last included, one frame N, or all."), "A:B");
     add("clip", tr("Clip to render instead of the timeline; without --frames, all of it."), "NAME");
     add("camera", tr("Camera or viewpoint that pictures are seen through; else the clip's, else the scene's."), "NAME");
     add("render", tr("Picture to render; for frames a pattern such as out_%04d.png."), "FILE.png");
@@ -60,10 +60,11 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
 
 std::optional<kxCommandLine::Range> parseRange(const QString& text)
 {
-    static const QRegularExpression form(QStringLiteral("^(-?\\d+):(-?\\d+)$"));
+    static const QRegularExpression form(QStringLiteral("^(-?\\d+)(?::(-?\\d+))?$"));
     const QRegularExpressionMatch match = form.match(text);
     bool firstFits = false, lastFits = false;
-    const int first = match.captured(1).toInt(&firstFits), last = match.captured(2).toInt(&lastFits);
+    const int first = match.captured(1).toInt(&firstFits),
+              last = match.captured(match.lastCapturedIndex()).toInt(&lastFits);
     if (!match.hasMatch() || !firstFits || !lastFits || last < first || qint64(last) - first >= MostFrames)
         return std::nullopt;
     return kxCommandLine::Range{first, last};
@@ -114,7 +115,7 @@ void checkPictures(kxCommandLine& line)
     if (ranges && line.frame)
         line.errors << tr("--frame and --frames exclude each other");
     if (!line.clip.isEmpty() && line.frame)
-        line.errors << tr("--frame and --clip exclude each other; one frame of a clip is --frames N:N");
+        line.errors << tr("--frame and --clip exclude each other; one frame of a clip is --frames N");
     if (!line.movie.isEmpty() && line.frame)
         line.errors << tr("--frame and --movie exclude each other; the frames of a movie are --frames A:B");
     if (!line.render.isEmpty())
@@ -254,8 +255,8 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     line.allFrames = frames == QLatin1String("all");
     line.frames = parseRange(frames);
     if (!frames.isEmpty() && !line.frames && !line.allFrames)
-        line.errors << tr("--frames needs two whole numbers such as 0:50, the first not above the last, or \"all\", "
-                          "not '%1'")
+        line.errors << tr("--frames needs two whole numbers such as 0:50, the first not above the last, or one, or "
+                          "\"all\", not '%1'")
                            .arg(frames);
     line.size = parseSize(size);
     if (!size.isEmpty() && !line.size)

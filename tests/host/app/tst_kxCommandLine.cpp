@@ -98,6 +98,8 @@ private Q_SLOTS:
         QCOMPARE(line.scripts.size(), 2);
         QCOMPARE(*line.frame, -2.5);
         QVERIFY(line.hasWork() && line.scene.isEmpty());
+        line = parsed("kxhost --headless a.kxs --frames -7 --render out.png");
+        QVERIFY(line.frames && line.frames->first == -7 && line.frames->last == -7);
         line = parsed("kxhost --headless --trust a.kxs --transparent --frames all --movie a.GIF --render a%d.png");
         QVERIFY(line.allFrames && !line.frames && line.transparent && line.hasWork() && line.movie == "a.GIF");
         for (const char* const plain :
