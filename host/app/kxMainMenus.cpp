@@ -98,7 +98,7 @@ void kxMainMenus::fillFileMenu()
     add(menu, tr("&Import..."), QStringLiteral("Import"), QKeySequence(Qt::CTRL | Qt::Key_I),
         [window] { window->importWithDialog(); })
         ->setToolTip(tr("Adds the objects of a model to the scene"));
-    add(menu, tr("&Export glTF..."), QStringLiteral("Export"), QKeySequence(Qt::CTRL | Qt::Key_E),
+    add(menu, tr("&Export glTF..."), QStringLiteral("Export"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
         [window] { window->exportWithDialog(); });
     menu->addSeparator();
     add(menu, tr("Render I&mage..."), QStringLiteral("Render"), QKeySequence(Qt::Key_F12),
