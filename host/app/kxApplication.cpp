@@ -92,23 +92,24 @@ void kxApplication::setHooks()
     hooks.isSnapshotRendering = &kxRenderJob::isRunning;
     hooks.scrollToNode = [window](const osg::NodePtr& node) { window->sceneTree()->scrollToNode(node); };
 
-    const auto prepare = [window](kxRenderJob& job, const QString& camera, QString& reason)
+    const auto prepare = [window](kxRenderJob& job, const QString& camera, bool isTransparent, QString& reason)
     {
+        job.transparent = isTransparent;
         job.camera.film = window->view()->isFilm();
         job.camera.chosen = [window](float aspect) { return window->view()->viewCamera(aspect); };
         return job.camera.setName(camera, reason);
     };
-    kxHostModule::hooks().render =
-        [prepare](const QString& file, int width, int height, const QString& camera, QString& reason)
+    kxHostModule::hooks().render = [prepare](const QString& file, int width, int height, const QString& camera,
+                                             bool isTransparent, QString& reason)
     {
         kxRenderJob job;
-        return prepare(job, camera, reason) && job.renderImage(file, QSize(width, height), reason);
+        return prepare(job, camera, isTransparent, reason) && job.renderImage(file, QSize(width, height), reason);
     };
     kxHostModule::hooks().renderMovie = [prepare](const kxHostModule::Hooks::Movie& movie, int& frames, QString& reason)
     {
         kxRenderJob job;
         kxRenderSource source;
-        if (!prepare(job, movie.camera, reason) || !source.setName(movie.clip, reason))
+        if (!prepare(job, movie.camera, movie.isTransparent, reason) || !source.setName(movie.clip, reason))
             return false;
         const kxRenderSource::Range whole = source.range();
         const kxRenderSource::Range range = {movie.first.value_or(whole.first), movie.last.value_or(whole.last)};

@@ -111,14 +111,14 @@ void checkSize(int width, int height)
 }
 
 int renderMovie(const std::string& path, int width, int height, const std::string& clip, const bp::object& first,
-                const bp::object& last, const std::string& camera)
+                const bp::object& last, const std::string& camera, bool isTransparent)
 {
     checkSize(width, height);
     const auto frame = [](const bp::object& number)
     { return number.is_none() ? std::optional<int>() : std::optional<int>(bp::extract<int>(number)()); };
-    const kxHostModule::Hooks::Movie movie = {QString::fromStdString(path),  width,        height,
-                                              QString::fromStdString(clip),  frame(first), frame(last),
-                                              QString::fromStdString(camera)};
+    const kxHostModule::Hooks::Movie movie = {QString::fromStdString(path),   width,        height,
+                                              QString::fromStdString(clip),   frame(first), frame(last),
+                                              QString::fromStdString(camera), isTransparent};
     QString reason = QStringLiteral("There is no view that could draw the scene.");
     const auto draw = kxHostModule::hooks().renderMovie;
     int frames = 0;
@@ -126,12 +126,14 @@ int renderMovie(const std::string& path, int width, int height, const std::strin
     return frames;
 }
 
-void render(const std::string& path, int width, int height, const std::string& camera)
+void render(const std::string& path, int width, int height, const std::string& camera, bool isTransparent)
 {
     checkSize(width, height);
     QString reason = QStringLiteral("There is no view that could draw the scene.");
     const auto draw = kxHostModule::hooks().render;
-    check(draw && draw(QString::fromStdString(path), width, height, QString::fromStdString(camera), reason), reason);
+    check(draw &&
+              draw(QString::fromStdString(path), width, height, QString::fromStdString(camera), isTransparent, reason),
+          reason);
 }
 
 void screenshot(const std::string& path)
@@ -292,7 +294,9 @@ void defineRest()
             "@return: All attributes of the message afterwards, with what the answer added.\n\n"
             "@rtype: dict\n\n"
             "@raise TypeError: A value is of a type that a message can't carry.");
-    bp::def("render", render, (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("camera") = std::string()),
+    bp::def("render", render,
+            (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("camera") = std::string(),
+             bp::arg("transparent") = false),
             "Draws the scene at the current frame into a picture file, as File, Render Image does.\n\n"
             "@param path: The file to write; its ending says which kind it is (.png, .jpg, .exr ...).\n\n"
             "@type path: string\n\n"
@@ -303,11 +307,14 @@ void defineRest()
             "@param camera: A camera or a viewpoint by its name; without one the film's while a clip is shown, else "
             "what the view shows.\n\n"
             "@type camera: string\n\n"
+            "@param transparent: True leaves the background out, which .png and .exr can.\n\n"
+            "@type transparent: bool\n\n"
             "@raise ValueError: A size is below 1 or above 16384.\n"
             "@raise RuntimeError: There is no such camera, nothing can be drawn, or the file can't be written.");
     bp::def("renderMovie", renderMovie,
             (bp::arg("path"), bp::arg("width"), bp::arg("height"), bp::arg("clip") = std::string(),
-             bp::arg("first") = bp::object(), bp::arg("last") = bp::object(), bp::arg("camera") = std::string()),
+             bp::arg("first") = bp::object(), bp::arg("last") = bp::object(), bp::arg("camera") = std::string(),
+             bp::arg("transparent") = false),
             "Draws frames into a movie file at the scene's rate, as File, Render Movie does.\n\n"
             "@param path: The file to write; its ending says which kind it is (.mp4, .webm, .gif).\n\n"
             "@type path: string\n\n"
@@ -323,6 +330,8 @@ void defineRest()
             "@type last: int\n\n"
             "@param camera: As of render().\n\n"
             "@type camera: string\n\n"
+            "@param transparent: True leaves the background out, which .webm and .gif can.\n\n"
+            "@type transparent: bool\n\n"
             "@return: How many frames the movie holds.\n\n"
             "@rtype: int\n\n"
             "@raise ValueError: A size is below 1 or above 16384.\n"

@@ -17,8 +17,10 @@ public:
     struct Hooks
     {
         /// Draws the scene at the present frame into a picture file of `width` x `height` pixels.
-        /// `camera` by name, empty for none.
-        std::function<bool(const QString& file, int width, int height, const QString& camera, QString& reason)> render;
+        /// `camera` by name, empty for none; `isTransparent`: without a background.
+        std::function<bool(const QString& file, int width, int height, const QString& camera, bool isTransparent,
+                           QString& reason)>
+            render;
         struct Movie
         {
             QString file;
@@ -26,6 +28,7 @@ public:
             QString clip;                   ///< by name, empty for the timeline
             std::optional<int> first, last; ///< frames, both included; else those of the whole range
             QString camera;                 ///< as of render
+            bool isTransparent = false;     ///< as of render
         };
         /// Draws these frames into a movie file, and says how many it holds.
         std::function<bool(const Movie& movie, int& frames, QString& reason)> renderMovie;
