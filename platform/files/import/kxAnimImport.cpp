@@ -165,6 +165,9 @@ public:
         }
         for (std::size_t i = 0; i < animations.size(); ++i)
             add(animations[i], names[i]);
+        if (_added > 0)
+            _report.tell(QStringLiteral("%1 keys were added so that rotations turn between keys as the file has them")
+                             .arg(_added));
     }
 
 private:
@@ -234,6 +237,7 @@ private:
             rest[axis] = field->component(*holder, axis);
         const QString what = QStringLiteral("%1 of '%2'").arg(base(), QString::fromStdString(nameOf(channel.target)));
         const std::vector<Key> keys = keysOf(channel, rest, what, _report);
+        _added += keys.size() - std::min(keys.size(), channel.times.size());
         if (keys.empty())
             return _report.note(QStringLiteral("%1: a channel without keys is left out").arg(what));
         const AnimNodePtr parent = _isTimeline && channel.block.empty() ? animationRoot(channel.target)
@@ -271,6 +275,7 @@ private:
     bool _isSaid = false;                   ///< the file says what the timeline plays
     bool _isTimeline = false;
     bool _first = true;
+    std::size_t _added = 0; ///< keys that the file doesn't have
     bool _extended = false;
 };
 } // namespace

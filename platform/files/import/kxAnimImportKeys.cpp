@@ -227,10 +227,6 @@ std::vector<Key> rotationKeys(const Channel& channel, const std::array<float, 3>
             Way(turns[i - 1], turns[i], channel.interpolation)
                 .append(0, 1, channel.interpolation == Interpolation::Step ? 0 : MostHalvings, keys);
     }
-    if (keys.size() > turns.size())
-        report.note(QStringLiteral("%1: keys were added so that the rotation stays on its way (%2)")
-                        .arg(what)
-                        .arg(keys.size() - turns.size()));
     return keys;
 }
 } // namespace
