@@ -177,9 +177,12 @@ QVariant kxMaterialModel::data(const QModelIndex& index, int role) const
 
 bool kxMaterialModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
-    if (role != Qt::EditRole || !kxSceneEdits::rename(material(index), value.toString()))
+    const osg::MaterialPtr renamed = material(index);
+    if (role != Qt::EditRole || !kxSceneEdits::rename(renamed, value.toString()))
         return false;
-    kxScene::the()->flush();
+    // Rows come and go at the next turn: a view that goes to another row writes this one on its way.
+    _rows[std::size_t(index.row())].name = QString::fromStdString(renamed->getNodeName());
+    Q_EMIT dataChanged(index, index);
     return true;
 }
 

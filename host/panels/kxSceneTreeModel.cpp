@@ -317,7 +317,7 @@ bool kxSceneTreeModel::setData(const QModelIndex& index, const QVariant& value, 
     }
     if (index.column() != NameColumn || role != Qt::EditRole || !kxSceneEdits::rename(target, value.toString()))
         return false;
-    kxScene::the()->flush();
+    refresh(&_root); // rows come and go at the next turn: a view may be on its way from this row to another
     return true;
 }
 

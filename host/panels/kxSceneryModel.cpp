@@ -138,6 +138,13 @@ void kxSceneryModel::sync()
     show(read());
 }
 
+/// Rows come and go at the next turn: a view may be on its way from one to another.
+void kxSceneryModel::syncNames()
+{
+    if (Sections now = read(); haveSameRows(now, _sections))
+        show(std::move(now));
+}
+
 void kxSceneryModel::syncClips()
 {
     Sections sections = _sections;
@@ -393,7 +400,7 @@ bool kxSceneryModel::setData(const QModelIndex& index, const QVariant& value, in
     if (const osg::AnimNodePtr node = trigger(index); node != osg::NullFC && role == Qt::EditRole)
     {
         kxSceneryEdits::retarget(node, value.toString().toStdString());
-        kxScene::the()->flush();
+        syncNames();
         return true;
     }
     const osg::NodePtr above = node(index);
@@ -401,7 +408,7 @@ bool kxSceneryModel::setData(const QModelIndex& index, const QVariant& value, in
     const osg::NodePtr target = row < 0 || above == osg::NullFC ? above : above->getChild(unsigned(row));
     if (role != Qt::EditRole || !kxSceneEdits::rename(target, value.toString()))
         return false;
-    kxScene::the()->flush();
+    syncNames();
     return true;
 }
 

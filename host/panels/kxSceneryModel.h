@@ -61,6 +61,7 @@ private:
     static Item readClip(const osg::NodePtr& clip);
     static bool haveSameRows(const Sections& a, const Sections& b);
     void sync();
+    void syncNames();
     void syncClips();
     void show(Sections&& sections);
     /// Frame after frame while something plays: looks at what sets show, and no further.

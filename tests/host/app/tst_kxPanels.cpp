@@ -8,6 +8,7 @@
 #include <panels/kxMaterialModel.h>
 #include <panels/kxMaterialPanel.h>
 #include <panels/kxPreferencesDialog.h>
+#include <panels/kxSceneTreePanel.h>
 #include <scene/UberMaterial.h>
 
 #include <QtWidgets>
@@ -118,6 +119,39 @@ private Q_SLOTS:
         QVERIFY(kxSelection::the().materials() == std::vector<osg::MaterialPtr>{all[0]});
         kxSelection::the().selectMaterials({});
         QVERIFY(!list->selectionModel()->hasSelection());
+    }
+
+    void rowsStayWhileTheirNamesAreWritten_data()
+    {
+        kxColumns<bool>("ofMaterials");
+        kxRow("materials", true);
+        kxRow("objects", false);
+    }
+
+    /// A search by keys leaves a row whose name is being written for one that is gone, and not yet known to be.
+    void rowsStayWhileTheirNamesAreWritten()
+    {
+        QFETCH(bool, ofMaterials);
+        for (const char* const name : {"Ask", "Bell", "Cup"})
+            ofMaterials ? void(addMaterial(name)) : void(addObject(name));
+        kxMaterialPanel materials;
+        kxSceneTreePanel tree(nullptr);
+        auto* const view = ofMaterials ? materials.findChild<QAbstractItemView*>("_materialList")
+                                       : tree.findChild<QAbstractItemView*>("_objects");
+        view->window()->show();
+        view->setCurrentIndex(view->model()->index(0, 0));
+        view->edit(view->currentIndex());
+        view->findChild<QLineEdit*>()->setText("Axe");
+        if (ofMaterials)
+            kxSceneEdits::deleteMaterials({kxScene::the()->materials()[1]});
+        else
+            kxSceneEdits::deleteNodes({objects()[1]});
+        const QSignalSpy gone(view->model(), &QAbstractItemModel::rowsRemoved);
+        QTest::keyClick(view, 'b');
+        QVERIFY(gone.isEmpty());
+        QCOMPARE(kxTexts(view->model()), QStringList({"Axe", "Bell", "Cup"}));
+        kxScene::the()->flush();
+        QCOMPARE(kxTexts(view->model()), QStringList({"Axe", "Cup"}));
     }
 
     void materialButtons_data()
