@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QTextDocument>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -30,7 +31,7 @@ QTreeWidgetItem* rowOf(const kxTrustStore::File& file)
     auto* const row =
         new QTreeWidgetItem({name, QLocale().toString(file.time, QLocale::ShortFormat), digest.left(DigestLetters)});
     row->setData(0, Qt::UserRole, file.name);
-    row->setToolTip(0, QDir::toNativeSeparators(file.name).toHtmlEscaped());
+    row->setToolTip(0, Qt::convertFromPlainText(QDir::toNativeSeparators(file.name)));
     row->setToolTip(2, digest);
     return row;
 }

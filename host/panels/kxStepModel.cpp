@@ -1,6 +1,7 @@
 #include "kxStepModel.h"
 
 #include <QLocale>
+#include <QTextDocument>
 #include <edits/kxSceneryEdits.h>
 #include <kxAnimManager.h>
 #include <kxIconManager.h>
@@ -9,6 +10,7 @@
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryStage.h>
+#include <trust/kxCodeTrust.h>
 #include <widgets/kxColors.h>
 
 #include <algorithm>
@@ -78,6 +80,7 @@ kxStepModel::kxStepModel(kxSceneryStage* stage, QObject* parent) : QAbstractTabl
 {
     connect(kxScene::the(), &kxScene::structureChanged, this, [this] { sync(true); });
     connect(kxScene::the(), &kxScene::appearanceChanged, this, [this] { sync(false); });
+    connect(&kxCodeTrust::the(), &kxCodeTrust::changed, this, [this] { sync(true); });
     connect(stage, &kxSceneryStage::changed, this, [this] { sync(false); });
 }
 
@@ -209,6 +212,19 @@ bool kxStepModel::isMissing(const kxSequenceStep& step) const
     return !candidates(step.kind).contains(QString::fromStdString(kxScenery::variantName(step.name, step.choice)));
 }
 
+bool kxStepModel::isWaiting(const kxSequenceStep& step)
+{
+    return step.kind == Kind::RunPython && !kxCodeTrust::the().mayRun(step.name);
+}
+
+QString kxStepModel::codeTip(const kxSequenceStep& step)
+{
+    QString tip = QString::fromStdString(step.name);
+    if (isWaiting(step))
+        tip.prepend(tr("Skipped: it came with a file. File > Code of This Scene asks again.") + QStringLiteral("\n\n"));
+    return Qt::mightBeRichText(tip) ? Qt::convertFromPlainText(tip) : tip;
+}
+
 QVariant kxStepModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid() || std::size_t(index.row()) >= _steps.size())
@@ -229,11 +245,11 @@ QVariant kxStepModel::data(const QModelIndex& index, int role) const
     case Qt::ForegroundRole:
         if (index.row() == _current)
             return kxColors::accent();
-        return isWith && isMissing(step) ? QVariant(kxColors::disabledText()) : QVariant();
+        return isWith && (isMissing(step) || isWaiting(step)) ? QVariant(kxColors::disabledText()) : QVariant();
     case Qt::ToolTipRole:
         if (isWith && isMissing(step))
             return tr("There is nothing of this name: the step will be skipped");
-        return step.kind == Kind::RunPython ? QVariant(QString::fromStdString(step.name)) : QVariant();
+        return step.kind == Kind::RunPython ? QVariant(codeTip(step)) : QVariant();
     default:
         return QVariant();
     }

@@ -52,6 +52,9 @@ private:
     void write(const std::vector<kxSequenceStep>& steps);
     QString withText(const kxSequenceStep& step) const;
     bool isMissing(const kxSequenceStep& step) const;
+    /// Code that came with a file and that nobody has allowed.
+    static bool isWaiting(const kxSequenceStep& step);
+    static QString codeTip(const kxSequenceStep& step);
 
     kxSceneryStage* _stage;
     unsigned int _sequenceId = 0;

@@ -5,11 +5,14 @@
 #include <edits/kxSceneryEdits.h>
 #include <files/kxSceneIO.h>
 #include <journal/kxHistory.h>
+#include <journal/kxJournal.h>
+#include <journal/kxRecovery.h>
 #include <journal/kxVersions.h>
 #include <kxAnimFixture.h>
 #include <kxFramePlayer.h>
 #include <kxTexts.h>
 #include <osg/FieldContainerFactory.h>
+#include <panels/kxSceneryPanel.h>
 #include <python/kxInterpreter.h>
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryStage.h>
@@ -101,7 +104,9 @@ private Q_SLOTS:
         QVERIFY(_window->document().saveTo(_folder->filePath("own.kxs")));
         kxSceneryEdits::setSteps(sequences().front(), code("ba"));
         QCOMPARE(ran(), QString("ba"));
-        kxFileReport lost(_folder->filePath("lost.kxs")); // as a crash leaves it
+        recover("own.kxs");
+        QVERIFY(ran() == "ba" && !bar()->isVisible());
+        kxFileReport lost(_folder->filePath("lost.kxs"));
         QVERIFY(kxSceneIO::save(lost.file(), lost));
         open(_folder->filePath("own.kxs"));
         QCOMPARE(ran(), QString("a"));
@@ -142,6 +147,8 @@ private Q_SLOTS:
         kxFileReport report(path);
         QVERIFY(version != 0 && kxVersions::the().goTo(version, report));
         kxScene::the()->flush();
+        QVERIFY(bar()->isVisible() && ran() == "a" && sequences().size() == 2);
+        recover("both.kxs");
         QVERIFY(bar()->isVisible() && ran() == "a" && sequences().size() == 2);
 
         // Nothing that is done to it lets it run; what is put beside it does.
@@ -192,7 +199,12 @@ private Q_SLOTS:
         QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1 (skipped)", "Door, step 2 (skipped)"}));
         list->setCurrentRow(1);
         QCOMPARE(dialog->findChild<QPlainTextEdit*>()->toPlainText(), QString("print('b')"));
+        kxSceneryPanel* const scenery = _window->findChild<kxSceneryPanel*>();
+        scenery->select(sequences().front().getFieldContainerId());
+        const QModelIndex step = scenery->findChild<QAbstractItemView*>("_stepList")->model()->index(1, 1);
+        QVERIFY(step.data(Qt::ToolTipRole).toString().startsWith("Skipped") && step.data(Qt::ForegroundRole).isValid());
         bar()->findChild<QPushButton*>("_trustAlways")->click();
+        QVERIFY(step.data(Qt::ToolTipRole) == "print('b')" && !step.data(Qt::ForegroundRole).isValid());
         QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1", "Door, step 2"}));
         // Nothing hides from who reads it.
         QCOMPARE(kxCodeDialog::readable("a\t\n\u00e9\xe2\x80\xae"
@@ -216,6 +228,18 @@ private:
             qFatal("%s", qPrintable(report.message()));
         _window->document().startOver();
         return report.file();
+    }
+
+    /// The scene as a crash leaves it.
+    void recover(const char* name)
+    {
+        const QString journal = _folder->filePath("journal.db");
+        QFile::remove(journal);
+        kxJournal::the().start(journal);
+        kxJournal::the().stop();
+        _window->document().startOver();
+        kxRecovery recovery(journal);
+        QVERIFY(_window->document().openRecovered(recovery, _folder->filePath(name)));
     }
 
     /// What all sequences print, each run once.
