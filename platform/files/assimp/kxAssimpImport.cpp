@@ -391,6 +391,10 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
                                    ? QStringLiteral("the file claims more than it can hold")
                                    : reason);
         }
+        if (path.endsWith(QLatin1String(".zae"), Qt::CaseInsensitive))
+            report.note(
+                QStringLiteral("objects of a compressed file are told apart by their names alone: of those that "
+                               "share one, an animation or a camera may be given to another"));
         return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names, content,
                          report);
     }

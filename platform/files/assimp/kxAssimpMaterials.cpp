@@ -128,13 +128,19 @@ void kxAssimpMaterials::addPictures(const aiMaterial& source, UberMaterial& mate
 ImagePtr kxAssimpMaterials::picture(const aiMaterial& source, std::initializer_list<aiTextureType> types)
 {
     aiString path;
+    unsigned coordinates = 0;
     aiTextureMapMode wrap[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap, aiTextureMapMode_Wrap};
     const auto find = [&](aiTextureType type)
-    { return source.GetTexture(type, 0, &path, nullptr, nullptr, nullptr, nullptr, wrap) == AI_SUCCESS; };
+    { return source.GetTexture(type, 0, &path, nullptr, &coordinates, nullptr, nullptr, wrap) == AI_SUCCESS; };
     if (std::none_of(types.begin(), types.end(), find) || path.length == 0)
         return ImagePtr();
     if (wrap[0] != aiTextureMapMode_Wrap || wrap[1] != aiTextureMapMode_Wrap)
         _report.note(QString::fromLatin1(kxSceneSummary::WrapNote));
+    const auto hasOthers = [&](const aiMesh* mesh)
+    { return _scene.mMaterials[mesh->mMaterialIndex] == &source && mesh->HasTextureCoords(coordinates); };
+    if (coordinates != 0 && std::any_of(_scene.mMeshes, _scene.mMeshes + _scene.mNumMeshes, hasOthers))
+        _report.note(
+            QStringLiteral("pictures take the first texture coordinates of a surface, also those made for others"));
     const QString name = QString::fromUtf8(path.C_Str());
     const auto found = _pictures.find(name);
     if (found != _pictures.end())

@@ -217,6 +217,34 @@ Connections: {
         QCOMPARE(heights, std::vector<float>({6, 9}));
     }
 
+    /// One set of two is read.
+    void otherTextureCoordinatesAreNamed()
+    {
+        const QString path = _folder.filePath(QStringLiteral("two.dae"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, R"(<?xml version="1.0"?><COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
+<library_images><image id="i"><init_from>i.png</init_from></image></library_images>
+<library_effects><effect id="e"><profile_COMMON><newparam sid="u"><surface type="2D"><init_from>i</init_from></surface>
+</newparam><newparam sid="s"><sampler2D><source>u</source></sampler2D></newparam><technique sid="t"><lambert><diffuse>
+<texture texture="s" texcoord="UV1"/></diffuse></lambert></technique></profile_COMMON></effect></library_effects>
+<library_materials><material id="m"><instance_effect url="#e"/></material></library_materials>
+<library_geometries><geometry id="g"><mesh><source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array>
+<technique_common><accessor source="#pa" count="3" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>
+<param name="Z" type="float"/></accessor></technique_common></source><source id="c">
+<float_array id="ca" count="6">0 0 1 0 0 1</float_array><technique_common><accessor source="#ca" count="3" stride="2">
+<param name="S" type="float"/><param name="T" type="float"/></accessor></technique_common></source>
+<vertices id="v"><input semantic="POSITION" source="#p"/></vertices><triangles count="1" material="k">
+<input semantic="VERTEX" source="#v" offset="0"/><input semantic="TEXCOORD" source="#c" offset="1" set="0"/>
+<input semantic="TEXCOORD" source="#c" offset="2" set="1"/><p>0 0 0 1 1 1 2 2 2</p></triangles></mesh></geometry>
+</library_geometries><library_visual_scenes><visual_scene id="w"><node id="n"><instance_geometry url="#g"><bind_material>
+<technique_common><instance_material symbol="k" target="#m"><bind_vertex_input semantic="UV1" input_semantic="TEXCOORD"
+ input_set="1"/></instance_material></technique_common></bind_material></instance_geometry></node></visual_scene>
+</library_visual_scenes><scene><instance_visual_scene url="#w"/></scene></COLLADA>)"));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        QVERIFY2(report.notes().join(' ').contains("the first texture coordinates"),
+                 qPrintable(report.notes().join('\n')));
+    }
+
     void pointsAndLinesAreNamed()
     {
         for (const bool surface : {true, false})

@@ -9,6 +9,7 @@
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
+#include <kxTable.h>
 
 #include <algorithm>
 #include <numeric>
@@ -205,6 +206,22 @@ private Q_SLOTS:
         QVERIFY(kxSceneIO::open(report.file(), report));
         const ImagePtr image = UberMaterialPtr::dcast(kxScene::the()->materials().front())->getBaseColorImage();
         QVERIFY2(image != NullFC && image->getWidth() == 512, qPrintable(report.notes().join('\n')));
+    }
+
+    void whatIsNotReadIsNamed_data()
+    {
+        kxColumns<QString, QString>("model", "said");
+        kxRow("names of a compressed file", "/Collada/duck.zae", "told apart by their names alone");
+        kxRow("pictures of metal", "/FBX/maxPbrMaterial_metalRough.fbx", "metal and roughness are left out");
+    }
+
+    void whatIsNotReadIsNamed()
+    {
+        QFETCH(QString, model);
+        QFETCH(QString, said);
+        kxFileReport report(modelsFolder() + model);
+        QVERIFY(kxSceneIO::open(report.file(), report));
+        QVERIFY2(report.notes().join(' ').contains(said), qPrintable(report.notes().join('\n')));
     }
 
     void firstVersionGoesToTheOtherReader()
