@@ -7,7 +7,6 @@
 #include <osg/AnimNode.h>
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -23,6 +22,17 @@ using kxChangeWords::Thing;
 
 namespace
 {
+/// `words` stand in `text`, and not within a longer word. No pattern, which may not be as long as a name.
+bool hasWords(const QString& text, const QString& words)
+{
+    const auto isWord = [&text](int at)
+    { return at >= 0 && at < text.size() && (text[at].isLetterOrNumber() || text[at] == QLatin1Char('_')); };
+    for (int at = text.indexOf(words); at >= 0; at = text.indexOf(words, at + 1))
+        if (!isWord(at - 1) && !isWord(at + words.size()))
+            return true;
+    return false;
+}
+
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxChangeWords", text);
@@ -287,8 +297,7 @@ struct Gathered
         for (const auto& entry : things)
         {
             const QString& name = entry.second.name;
-            const QString word = QRegularExpression::escape(name);
-            isNamed = isNamed && title.contains(QRegularExpression(QStringLiteral("(?<!\\w)%1(?!\\w)").arg(word)));
+            isNamed = isNamed && hasWords(title, name);
             if (!name.isEmpty() && !names.contains(QStringLiteral("'%1'").arg(name)))
                 names << QStringLiteral("'%1'").arg(name);
         }
