@@ -5,13 +5,16 @@
 #include <kxIconManager.h>
 #include <kxPlatform.h>
 #include <kxUndo.h>
+#include <osg/FieldContainerFactory.h>
 #include <panels/kxEmptyHint.h>
 #include <scene/kxScene.h>
 
 #include <QAbstractItemView>
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -123,6 +126,7 @@ QAction* kxFilmPanel::add(QHBoxLayout* row, const QString& text, const QString& 
     button->setAutoRaise(true);
     button->setIconSize(QSize(kxPlatform::getSmallIconSize(), kxPlatform::getSmallIconSize()));
     button->setDefaultAction(action);
+    connect(button, &QToolButton::pressed, this, &kxFilmPanel::leaveField);
     row->addWidget(button);
     return action;
 }
@@ -137,7 +141,30 @@ QKXSpiner* kxFilmPanel::addField(QHBoxLayout* row, const QString& text, const QS
     field->setKeyboardTracking(false);
     row->addWidget(label);
     row->addWidget(field);
+    field->installEventFilter(this);
     return field;
+}
+
+bool kxFilmPanel::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* const field = qobject_cast<QKXSpiner*>(watched);
+    const bool isKey = event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress;
+    const int key = field != nullptr && isKey ? static_cast<QKeyEvent*>(event)->key() : 0;
+    if (key == Qt::Key_Space && event->type() == QEvent::ShortcutOverride)
+    {
+        field->interpretText();
+        event->ignore(); // no character of a number: it plays, as in the rest of the dock
+        return true;
+    }
+    if ((key == Qt::Key_Return || key == Qt::Key_Enter) && event->type() == QEvent::KeyPress)
+        QMetaObject::invokeMethod(this, &kxFilmPanel::leaveField, Qt::QueuedConnection); // once the field has taken it
+    return QWidget::eventFilter(watched, event);
+}
+
+void kxFilmPanel::leaveField()
+{
+    if (isAncestorOf(QApplication::focusWidget()) && qobject_cast<QKXSpiner*>(QApplication::focusWidget()) != nullptr)
+        setFocus();
 }
 
 void kxFilmPanel::makeMarkers()
@@ -160,37 +187,42 @@ void kxFilmPanel::makeMarkers()
 
 void kxFilmPanel::fillSources()
 {
-    std::vector<kxRenderSource::Clip> clips = kxRenderSource::clips();
-    const bool isSame = std::equal(clips.begin(), clips.end(), _clips.begin(), _clips.end(),
-                                   [](const kxRenderSource::Clip& a, const kxRenderSource::Clip& b)
-                                   { return a.node == b.node && a.name == b.name && a.depth == b.depth; });
-    if (isSame && _source->count() != 0)
+    std::vector<Source> clips;
+    for (const kxRenderSource::Clip& clip : kxRenderSource::clips())
+        clips.push_back({clip.node->getId(), QString(4 * clip.depth, QLatin1Char(' ')) + clip.name});
+    if (clips == _clips && _source->count() != 0)
     {
         _player.refresh();
         return;
     }
-    const bool isFirst = _clips.empty() && !clips.empty(); // the film is the first clip, until another one is chosen
-    const osg::AnimNodePtr shown = isFirst ? clips.front().node : _player.clip();
+    const auto isListed = [this](const Source& clip)
+    {
+        return std::any_of(_clips.begin(), _clips.end(),
+                           [&clip](const Source& listed) { return listed.clipId == clip.clipId; });
+    };
+    // In another scene the film is its first clip, until another one is chosen.
+    const bool isAnother = !clips.empty() && std::none_of(clips.begin(), clips.end(), isListed);
+    const osg::UInt32 shown = isAnother ? clips.front().clipId : _player.clip().getFieldContainerId();
     _clips = std::move(clips);
     const QSignalBlocker quiet(_source);
     _source->clear();
     _source->addItem(tr("Timeline"));
     int current = 0;
-    for (const kxRenderSource::Clip& clip : _clips)
+    for (const Source& clip : _clips)
     {
-        if (clip.node == shown)
+        if (clip.clipId == shown)
             current = _source->count();
-        _source->addItem(QString(4 * clip.depth, QLatin1Char(' ')) + clip.name);
+        _source->addItem(clip.text);
     }
     _source->setCurrentIndex(current);
-    if (_player.clip() != shown)
+    if (_player.clip().getFieldContainerId() != shown)
         chooseSource(current);
     _player.refresh();
 }
 
 void kxFilmPanel::chooseSource(int index)
 {
-    _player.setClip(index > 0 ? _clips[std::size_t(index) - 1].node : osg::AnimNodePtr());
+    _player.setClip(index > 0 ? osg::living<osg::AnimNode>(_clips[std::size_t(index) - 1].clipId) : osg::AnimNodePtr());
 }
 
 void kxFilmPanel::update()

@@ -33,6 +33,9 @@ private:
                  void (kxFilmPanel::*slot)());
     QKXSpiner* addField(QHBoxLayout* row, const QString& text, const QString& name);
     void makeMarkers();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    /// What was typed counts; keys are the dock's from now on.
+    void leaveField();
     void fillSources();
     void chooseSource(int index);
     void fillMarkers();
@@ -48,8 +51,14 @@ private:
     void changeMarker(QTreeWidgetItem* row);
     void goToMarker(QTreeWidgetItem* row);
 
+    struct Source
+    {
+        osg::UInt32 clipId;
+        QString text;
+        bool operator==(const Source& other) const { return clipId == other.clipId && text == other.text; }
+    };
     kxFilmPlayer _player;
-    std::vector<kxRenderSource::Clip> _clips;
+    std::vector<Source> _clips; // as they are listed below the timeline
     std::vector<kxFilmMarkers::Marker> _shownMarkers;
     QComboBox* _source;
     QSlider* _slider;

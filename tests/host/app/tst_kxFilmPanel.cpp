@@ -5,6 +5,7 @@
 #include <app/kxFilmPanel.h>
 #include <app/kxMainWindow.h>
 #include <edits/kxSceneryEdits.h>
+#include <files/kxSceneIO.h>
 #include <journal/kxHistory.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
@@ -125,6 +126,48 @@ private Q_SLOTS:
         QCOMPARE(passes(41.5 / 24), "54"); // the frames before come too late
         QVERIFY(runs());
         trigger("_filmStop");
+    }
+
+    void anotherSceneBringsItsFilm()
+    {
+        const QTemporaryDir folder;
+        kxFileReport report(folder.filePath("two.kxs"));
+        F::added(F::clip("Later", {F::clip("Inner", {F::trigger("End", 7)})}));
+        QVERIFY(kxSceneIO::save(report.file(), report));
+        kxHistory::the().flush();
+        source()->setCurrentIndex(2);
+        Q_EMIT source()->activated(2);
+        QVERIFY(_player->clip() != _clip && source()->currentText() == "Later");
+        QVERIFY(kxSceneIO::open(report.file(), report));
+        flush();
+        kxHistory::the().flush();
+        QVERIFY(source()->currentText() == "Show" && field("_filmOut")->value() == 120);
+        QVERIFY(_player->clip() != osg::NullFC && _player->clip() != _clip);
+    }
+
+    void keysArePlayedFromTheFields()
+    {
+        _panel->show();
+        QVERIFY(QTest::qWaitForWindowActive(_panel.get()));
+        QKXSpiner* const out = field("_filmOut");
+        for (const int key : {0, int(Qt::Key_Return)})
+        {
+            out->setFocus();
+            out->selectAll();
+            QTest::keyClicks(out, key == 0 ? "60" : "70");
+            if (key != 0)
+                QTest::keyClick(out, Qt::Key(key));
+            QCoreApplication::processEvents();
+            QCOMPARE(out->hasFocus(), key == 0);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+            QVERIFY(_player->isPlaying() && _player->range().last == (key == 0 ? 60 : 70));
+            out->setFocus();
+            QTest::keyClick(out, Qt::Key_Space);
+            QVERIFY(!_player->isPlaying());
+        }
+        out->setFocus();
+        QTest::mouseClick(_panel->findChild<QToolButton*>("_filmPlay"), Qt::LeftButton);
+        QVERIFY(_player->isPlaying() && !out->hasFocus());
     }
 
     void stopEndsWhoeverPlays()
