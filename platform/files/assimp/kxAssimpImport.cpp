@@ -382,8 +382,10 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
         Assimp::Importer importer;
         importer.SetProgressHandler(new Progress(progress)); // the importer's
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
-        const std::map<std::string, std::string> names = kxColladaNames::byId(path);
-        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, names.empty());
+        const kxColladaNames names = kxColladaNames::of(path);
+        if (names.hasOrthographic)
+            report.note(QStringLiteral("orthographic cameras become perspective ones"));
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, names.byId.empty());
         if (!readFile(importer, path, report))
         {
             const QString reason = QString::fromUtf8(importer.GetErrorString());
@@ -395,7 +397,7 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
             report.note(
                 QStringLiteral("objects of a compressed file are told apart by their names alone: of those that "
                                "share one, an animation or a camera may be given to another"));
-        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names, content,
+        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names.byId, content,
                          report);
     }
     catch (const std::exception& e)

@@ -40,10 +40,18 @@ void kxAssimpLooks::mend(const QString& path, aiScene& scene)
     if (format == "ASE Importer" || format == "LightWave Scene Importer")
         for (unsigned i = 0; i < scene.mNumCameras; ++i)
             scene.mCameras[i]->mLookAt = aiVector3D(0, 0, -1);
-    if (format == "Collada Importer")
-        for (unsigned i = 0; i < scene.mNumCameras; ++i)
-            if (aiNode* const node = scene.mRootNode->FindNode(scene.mCameras[i]->mName))
-                straighten(*node);
+    if (format != "Collada Importer")
+        return;
+    // The file's unit is a scale of the root, which lenses know nothing of.
+    const aiMatrix4x4& root = scene.mRootNode->mTransformation;
+    const float unit = aiVector3D(root.a3, root.b3, root.c3).Length();
+    for (unsigned i = 0; i < scene.mNumCameras; ++i)
+    {
+        if (aiNode* const node = scene.mRootNode->FindNode(scene.mCameras[i]->mName))
+            straighten(*node);
+        scene.mCameras[i]->mClipPlaneNear *= unit;
+        scene.mCameras[i]->mClipPlaneFar *= unit;
+    }
 }
 
 QMatrix4x4 kxAssimpLooks::matrix(const QVector3D& place, const QVector3D& direction, const QVector3D& up)

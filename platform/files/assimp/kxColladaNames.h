@@ -5,10 +5,13 @@
 #include <map>
 #include <string>
 
-/// Names of the nodes of a Collada file by their ids. Ids are what animations, cameras and joints go by; several nodes
-/// may have one name.
-namespace kxColladaNames
+/// What Assimp loses of a Collada file, or doesn't say. Nothing for other files.
+struct kxColladaNames
 {
-/// Empty where the file isn't Collada, or names nodes that have no id.
-std::map<std::string, std::string> byId(const QString& path);
-} // namespace kxColladaNames
+    /// Names of the nodes by their ids, which are what animations, cameras and joints go by; several nodes may have one
+    /// name. Empty where the file names nodes that have no id.
+    std::map<std::string, std::string> byId;
+    bool hasOrthographic = false; ///< a camera
+
+    static kxColladaNames of(const QString& path);
+};

@@ -133,16 +133,20 @@ Connections: {
         const QVector3D forward(0, 0, -1);
         const QString collada = _folder.filePath(QStringLiteral("look.dae"));
         QVERIFY(writeFile(collada, R"(<?xml version="1.0"?>
-<COLLADA version="1.4.1"><asset><up_axis>Y_UP</up_axis></asset>
-<library_cameras><camera id="c"><optics><technique_common><perspective><yfov>30</yfov><znear>1</znear><zfar>99</zfar>
-</perspective></technique_common></optics></camera></library_cameras>
-<library_visual_scenes><visual_scene id="s"><node id="eye"><lookat>5 9 2  1 1 1  0 1 0</lookat>
+<COLLADA version="1.4.1"><asset><unit name="centimeter" meter="0.01"/><up_axis>Y_UP</up_axis></asset>
+<library_cameras><camera id="c" name="c"><optics><technique_common><perspective><znear>10</znear><zfar>9900</zfar>
+</perspective></technique_common></optics></camera><camera id="d" name="d"><optics><technique_common><orthographic><xmag>3</xmag>
+</orthographic></technique_common></optics></camera></library_cameras>
+<library_visual_scenes><visual_scene id="s"><node id="eye"><lookat>500 900 200  100 100 100  0 1 0</lookat>
 <instance_camera url="#c"/></node></visual_scene></library_visual_scenes>
 <scene><instance_visual_scene url="#s"/></scene></COLLADA>)"));
         kxFileReport report(collada);
         QVERIFY2(kxSceneIO::open(collada, report), qPrintable(report.error()));
         QMatrix4x4 place = kxSceneMath::worldMatrix(camera());
-        QVERIFY((place.mapVector(forward) - QVector3D(-4, -8, -1).normalized()).length() < 1e-4f);
+        const CameraPtr lens = CameraPtr::dcast(camera()->getCore());
+        QVERIFY(std::abs(lens->getNear() - 0.1f) < 1e-6f && std::abs(lens->getFar() - 99) < 1e-3f);
+        QVERIFY(report.notes().join(' ').contains("orthographic"));
+        QVERIFY((place.mapVector(forward).normalized() - QVector3D(-4, -8, -1).normalized()).length() < 1e-4f);
         QVERIFY(std::abs(place(1, 0)) < 1e-5f && (place.map(QVector3D()) - QVector3D(5, 9, 2)).length() < 1e-4f);
         if (modelsFolder().isEmpty())
             QSKIP("the model collection isn't installed");
