@@ -1,7 +1,6 @@
 #include "kxSceneryStage.h"
 
 #include <animation/kxAnimEngine.h>
-#include <animation/kxChannelTarget.h>
 #include <journal/kxHistory.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
@@ -254,12 +253,7 @@ QString kxSceneryStage::setVariant(const std::string& set, const std::string& ch
     const QString problem = findChoice(node, set, choice, index);
     if (!problem.isEmpty())
         return problem;
-    const osg::SwitchPtr core = osg::SwitchPtr::dcast(node->getCore());
-    if (core->getChoice() == index)
-        return QString();
-    kxAnimEngine::of(*kxAnimManager::the()).rest.note(kxChannelTarget{&*core, osg::Switch::_type.field("choice"), 0});
-    core->setChoice(index);
-    osg::markChanged(core, osg::Switch::ChoiceFieldMask);
+    kxAnimEngine::of(*kxAnimManager::the()).film.choose(osg::SwitchPtr::dcast(node->getCore()), index);
     kxController::updateRender(false);
     return QString();
 }

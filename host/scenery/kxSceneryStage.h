@@ -12,8 +12,8 @@ class kxView3D;
 /// animations.
 ///
 /// What is set here passes like what an animation shows: it is no step, a saved scene doesn't hold it, and the next
-/// frame of the timeline takes variants back. While it lives, triggers reach it and the names of what there is are
-/// answered.
+/// frame of the timeline or of a clip takes variants back. While it lives, triggers reach it and the names of what
+/// there is are answered.
 class kxSceneryStage : public QObject
 {
     Q_OBJECT

@@ -166,6 +166,14 @@ void kxAnimManager::Private::evaluateAnew(bool all)
     engine.programs.show(clip, clipSeconds);
 }
 
+/// A clip's frame shows nothing of what other animations and sequences have left, unless something goes on playing.
+void kxAnimManager::Private::takeBackOthers(const AnimNodePtr& node)
+{
+    const bool hasOthers = engine.plan.holdsOthersThan(node) || !engine.film.chosen().empty();
+    if (hasOthers && engine.queue.isEmpty() && AnimClipPtr::dcast(node->getCore()) != NullFC)
+        engine.plan.evaluate(kxFrameTime::seconds(engine.sceneFrame, fps), true);
+}
+
 void kxAnimManager::Private::forgetAnnounced()
 {
     announcedFrame.reset();
@@ -226,6 +234,7 @@ void kxAnimManager::evaluateByFrame(const AnimNodePtr& node, double frame, bool 
     const float seconds = kxFrameTime::seconds(frame, _p->fps);
     const float before = node->getLastEvaluationTime();
     const kxNodeTime::Map toRoot = kxNodeTime::toRoot(node->getParent());
+    _p->takeBackOthers(node);
     _p->engine.programs.show(node, toRoot.from(seconds));
     if (triggers || recordTime)
         node->setLastEvaluationTime(seconds);

@@ -41,5 +41,6 @@ struct kxAnimManager::Private
     /// `keepFrames`: all times, which are those of the rate `from`, go along. True where one did.
     bool changeRate(double from, double to, bool keepFrames);
     void announce(bool force);
+    void takeBackOthers(const osg::AnimNodePtr& node);
     void forgetAnnounced();
 };

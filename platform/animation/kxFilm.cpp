@@ -4,7 +4,6 @@
 #include <animation/kxNodeTime.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
-#include <osg/SceneCores.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
@@ -157,8 +156,19 @@ void kxFilm::show(const AnimNodePtr& root, double seconds, const kxClipProgram& 
     }
 }
 
+void kxFilm::choose(const SwitchPtr& set, Int32 choice)
+{
+    if (set->getChoice() == choice)
+        return;
+    _engine.rest.note(kxChannelTarget{&*set, Switch::_type.field("choice"), 0});
+    _chosen.push_back(set->getId());
+    set->setChoice(choice);
+    markChanged(set, Switch::ChoiceFieldMask);
+}
+
 void kxFilm::clear()
 {
+    _chosen.clear();
     _rootId = 0;
     _sets.clear();
     _variants.clear();

@@ -2,10 +2,12 @@
 
 #include <kxExport.h>
 #include <osg/AnimNode.h>
+#include <osg/SceneCores.h>
 
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 class kxAnimEngine;
 class kxClipProgram;
@@ -30,10 +32,15 @@ public:
     osg::NodePtr camera() const;
     /// camera() is null until a clip is shown anew.
     void releaseCamera() { _rootId = 0; }
+    bool hasCamera() const { return _rootId != 0; }
 
     /// The values of `root` at `seconds` have been written: each variant set that its triggers name gets the choice
     /// that was named last before that time, and where none was, the one that the scene has.
     void show(const osg::AnimNodePtr& root, double seconds, const kxClipProgram& program);
+    /// Gives a set a choice that passes: the next frame of the timeline or of a film takes it back.
+    void choose(const osg::SwitchPtr& set, osg::Int32 choice);
+    /// The sets that choose() wrote since the scene was shown.
+    const std::vector<osg::UInt32>& chosen() const { return _chosen; }
     /// The scene's own time is shown: its choices have been written back.
     void clear();
 
@@ -49,6 +56,7 @@ private:
     kxAnimEngine& _engine;
     osg::UInt32 _rootId = 0; // what is shown, 0 for nothing that has a camera of its own
     double _seconds = 0;
+    std::vector<osg::UInt32> _chosen;                                               // by the switch's id
     std::unordered_map<osg::UInt32, Set> _sets;                                     // by the switch's id
     std::unordered_map<std::string, std::pair<osg::UInt32, std::string>> _variants; // node and choice by text
 };

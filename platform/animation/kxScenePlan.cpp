@@ -38,6 +38,8 @@ bool kxScenePlan::isStale() const
 void kxScenePlan::setOverwrittenBy(const AnimNodePtr& root, double seconds)
 {
     setOverwritten();
+    _areMany = holdsOthersThan(root);
+    _shownRoot = root->getId();
     _shownClip = AnimClipPtr::dcast(root->getCore()) != NullFC ? root->getId() : 0;
     _shownSeconds = seconds;
 }
@@ -46,6 +48,17 @@ AnimNodePtr kxScenePlan::shownClip(double& seconds) const
 {
     seconds = _shownSeconds;
     return _isShown ? AnimNodePtr() : living<AnimNode>(_shownClip);
+}
+
+AnimNodePtr kxScenePlan::shownRoot(double& seconds) const
+{
+    seconds = _shownSeconds;
+    return _isShown ? AnimNodePtr() : living<AnimNode>(_shownRoot);
+}
+
+bool kxScenePlan::holdsOthersThan(const AnimNodePtr& root) const
+{
+    return _areMany || (_shownRoot != 0 && _shownRoot != root.getFieldContainerId());
 }
 
 bool kxScenePlan::isLost() const
@@ -64,6 +77,8 @@ void kxScenePlan::clear()
     _dirty.clear();
     _contexts.clear();
     _madeAt = 0;
+    _shownRoot = 0;
+    _areMany = false;
 }
 
 void kxScenePlan::settle()
@@ -302,6 +317,8 @@ void kxScenePlan::evaluate(double seconds, bool all)
         {
             _engine.rest.writeBackNoted();
             _engine.film.clear();
+            _shownRoot = 0;
+            _areMany = false;
         }
         _isShown = true;
         _shownClip = 0;

@@ -41,8 +41,12 @@ public:
     bool isShown() const { return _isShown; }
     void setOverwritten() { _isShown = false; }
     void setOverwrittenBy(const osg::AnimNodePtr& root, double seconds);
-    /// The clip that is shown instead, and when; null while the scene is shown.
+    /// The clip that is shown instead, and when, in seconds of its parent's time; null while the scene is shown.
     osg::AnimNodePtr shownClip(double& seconds) const;
+    /// The animation that was shown last, which is a clip, a block or a curve; else as shownClip().
+    osg::AnimNodePtr shownRoot(double& seconds) const;
+    /// True where another animation than `root` has left values since the scene was shown.
+    bool holdsOthersThan(const osg::AnimNodePtr& root) const;
     /// True where what is shown instead is a clip that has left the scene.
     bool isLost() const;
     /// Takes all that is stale as shown, for an evaluation that went another way.
@@ -99,6 +103,8 @@ private:
     double _tolerance = 0;
     bool _isShown = true;
     osg::UInt32 _shownClip = 0; // while the scene isn't
+    osg::UInt32 _shownRoot = 0; // what has written last what the scene doesn't drive
+    bool _areMany = false;      // others have before
     double _shownSeconds = 0;   // of its parent's time
     osg::UInt64 _madeAt = 0;    // structure count
 };

@@ -115,6 +115,29 @@ private Q_SLOTS:
         QVERIFY(seenAt(f.added(film), 1e12) != "- 11");
     }
 
+    /// What sequences choose and other clips show is gone at the next frame.
+    void nothingIsLeftOfOthers()
+    {
+        const NodePtr box = f.object("Box");
+        const AnimNodePtr slide = f.added(box, f.block("Slide", {f.curve("translation", "X", {{0, 3}, {2, 9}})}));
+        const AnimNodePtr film = f.added(clip()), other = f.added(f.clip("other", {f.clone(slide, 1)}));
+        slide->setTravMask(0);
+        kxAnimManager::the()->setCurrentFrame(7, false, true);
+        const auto choose = [this](std::size_t set, int choice)
+        { kxAnimFixture::engine().film.choose(_sets[set], choice); };
+        choose(1, 2);
+        QCOMPARE(seen(), QString("- 12"));
+        QCOMPARE(seenAt(film, 20), QString("- 21"));
+        choose(0, 0);
+        choose(1, 2);
+        QCOMPARE(seenAt(film, 20), QString("- 21"));
+        choose(1, 2);
+        QCOMPARE(seenAt(other, 72), QString("- 11"));
+        QCOMPARE(f.transform(box)->getTranslation().x(), 9.0f);
+        QCOMPARE(seenAt(film, 20), QString("- 21"));
+        QCOMPARE(f.transform(box)->getTranslation().x(), 0.0f);
+    }
+
     void whatSomebodyElseChoosesIsTheScenes()
     {
         const AnimNodePtr film = f.added(clip());
