@@ -1,8 +1,10 @@
 #include "kxPoseWatch.h"
 
+#include <animation/kxAnimEngine.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -15,9 +17,18 @@ kxPoseWatch::kxPoseWatch(QObject* parent) : QObject(parent)
     connect(kxScene::the(), &kxScene::appearanceChanged, this, &kxPoseWatch::look);
 }
 
+kxPoseWatch::Moment kxPoseWatch::moment()
+{
+    double seconds = 0;
+    const auto shown = kxAnimEngine::of(*kxAnimManager::the()).plan.shownRoot(seconds);
+    return {shown.getFieldContainerId(), shown == osg::NullFC ? kxAnimManager::the()->currentTime() : seconds};
+}
+
 void kxPoseWatch::look()
 {
-    if (std::exchange(_time, kxAnimManager::the()->currentTime()) != kxAnimManager::the()->currentTime())
+    const Moment now = moment();
+    const auto shown = osg::living<osg::AnimNode>(now.first);
+    if (std::exchange(_moment, now) != now)
     {
         _said.clear();
         _poses.clear();
@@ -34,7 +45,11 @@ void kxPoseWatch::look()
                                          });
         if (const QString name = kxPoses::nameOf(pose.id); !isKnown && _said.insert(name).second)
             kxLog::warning(
-                tr("%1 is animated: this pose is lost at the next frame unless it is keyed (Ctrl+K).").arg(name));
+                shown == osg::NullFC
+                    ? tr("%1 is animated: this pose is lost at the next frame unless it is keyed (Ctrl+K).").arg(name)
+                    : tr("%1 is animated by '%2', which is shown: this edit is lost at its next frame. The keys that "
+                         "it plays are edited in Curves.")
+                          .arg(name, QString::fromStdString(shown->getNodeName())));
     }
 }
 

@@ -4,9 +4,10 @@
 #include <animation/kxPoses.h>
 
 #include <set>
+#include <utility>
 
-/// Says of an animated object that is posed that the pose doesn't last, whoever poses it: once for each object until
-/// the selection or the frame is another.
+/// Says of an animated object that is posed that the pose doesn't last, whoever poses it and whether the timeline or a
+/// clip is shown: once for each object until the selection or what is shown is another.
 class kxPoseWatch : public QObject
 {
     Q_OBJECT
@@ -17,9 +18,12 @@ public:
     static void warnOfFile();
 
 private:
+    /// The animation that is shown instead of the timeline, 0 for none, and its time or the timeline's.
+    typedef std::pair<unsigned int, double> Moment;
+    static Moment moment();
     void look();
 
     std::vector<kxScenePlan::Pose> _poses; // at the last look
     std::set<QString> _said;               // objects
-    double _time = 0;                      // of the last look
+    Moment _moment;                        // of the last look
 };

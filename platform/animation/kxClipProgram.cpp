@@ -136,7 +136,8 @@ void kxClipProgram::addChannels(Gathered&& gathered)
     for (std::size_t i = 0; i < gathered.targets.size(); ++i)
     {
         order.emplace(gathered.targets[i].container, order.size());
-        _channels.push_back(Channel{gathered.targets[i], std::move(gathered.options[i].front())});
+        const kxChannelTarget& target = gathered.targets[i];
+        _channels.push_back(Channel{target, std::move(gathered.options[i].front()), target.value()});
         shorten(_channels.back().root, nullptr, false);
     }
     _passageOf.clear();
@@ -226,6 +227,7 @@ void kxClipProgram::evaluate(double seconds)
             const kxChannelTarget& target = _channels[i].target;
             if (target.write(valueOf(_channels[i].root, seconds, tolerance, target.field->isStepped())))
                 changed |= target.field->mask();
+            _channels[i].evaluated = target.value(); // the writer may round
         }
         if (!changed.any())
             continue;
@@ -238,6 +240,20 @@ void kxClipProgram::noteRestValues() const
 {
     for (const Channel& channel : _channels)
         _engine.rest.note(channel.target);
+}
+
+std::vector<kxScenePlan::Pose> kxClipProgram::poses(const std::vector<UInt32>& touched) const
+{
+    std::vector<kxScenePlan::Pose> found;
+    for (const Channel& channel : _channels)
+    {
+        const kxChannelTarget& target = channel.target;
+        const UInt32 id = target.container->getId();
+        const float value = target.value();
+        if (value != channel.evaluated && std::find(touched.begin(), touched.end(), id) != touched.end())
+            found.push_back({id, target.field, target.component, value});
+    }
+    return found;
 }
 
 void kxClipPrograms::clear()
@@ -263,6 +279,13 @@ kxClipProgram& kxClipPrograms::of(const AnimNodePtr& root)
     return *program;
 }
 
+const kxClipProgram* kxClipPrograms::find(const AnimNodePtr& root) const
+{
+    const auto known =
+        _madeAt == _engine.watch.structureCount() ? _programs.find(root.getFieldContainerId()) : _programs.end();
+    return known == _programs.end() ? nullptr : known->second.get();
+}
+
 void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
 {
     _engine.plan.update(); // what the scene drives is noted before it is written over
@@ -271,6 +294,7 @@ void kxClipPrograms::show(const AnimNodePtr& root, double seconds)
     _engine.plan.setOverwrittenBy(root, seconds);
     program.evaluate(seconds);
     _engine.film.show(root, seconds, program);
+    _engine.watch.clearTouched();
 }
 
 kxClipProgram& kxClipPrograms::ofCurves(const std::vector<AnimNodePtr>& curveNodes)

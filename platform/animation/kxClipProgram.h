@@ -1,6 +1,7 @@
 #pragma once
 
 #include <animation/kxChannelTarget.h>
+#include <animation/kxScenePlan.h>
 
 #include <deque>
 #include <map>
@@ -32,6 +33,8 @@ public:
     bool hasScenery() const { return _hasScenery; }
     /// Notes the rest values of what evaluate() writes.
     void noteRestValues() const;
+    /// The channels of `touched` containers that something else has written since evaluate().
+    std::vector<kxScenePlan::Pose> poses(const std::vector<osg::UInt32>& touched) const;
 
 private:
     /// The way of a time down the tree to a node, through nodes that leave no choice. Channels that go the same way
@@ -73,6 +76,7 @@ private:
     {
         kxChannelTarget target;
         Option root;
+        float evaluated = 0;
     };
     void addChannels(Gathered&& gathered);
     /// Takes choices with one option out of the way.
@@ -92,6 +96,8 @@ class kxClipPrograms
 public:
     explicit kxClipPrograms(kxAnimEngine& engine) : _engine(engine) {}
     kxClipProgram& of(const osg::AnimNodePtr& root);
+    /// Null where none has been made.
+    const kxClipProgram* find(const osg::AnimNodePtr& root) const;
     /// Shows an animation beside the scene's time, at `seconds` of its parent's time. What it drives has its rest value
     /// noted, and gets it back when the scene is evaluated next.
     void show(const osg::AnimNodePtr& root, double seconds);

@@ -12,9 +12,14 @@ using namespace osg;
 std::vector<kxScenePlan::Pose> kxPoses::all()
 {
     const kxAnimEngine& engine = kxAnimEngine::of(*kxAnimManager::the());
-    if (!engine.plan.isShown() || !engine.queue.isEmpty())
+    if (!engine.queue.isEmpty())
         return {};
-    std::vector<kxScenePlan::Pose> poses = engine.plan.poses();
+    std::vector<kxScenePlan::Pose> poses;
+    double seconds = 0;
+    if (engine.plan.isShown())
+        poses = engine.plan.poses();
+    else if (const kxClipProgram* const program = engine.programs.find(engine.plan.shownRoot(seconds)))
+        poses = program->poses(engine.watch.touched());
     poses.erase(std::remove_if(poses.begin(), poses.end(),
                                [](const kxScenePlan::Pose& pose) { return living<Switch>(pose.id) != NullFC; }),
                 poses.end());

@@ -5,10 +5,11 @@
 #include <QString>
 #include <QStringList>
 
-/// What was given to driven channels of the scene and no key holds: it lasts until time moves.
+/// What was given to channels that the scene's time, or the animation that is shown instead, drives, and no key holds:
+/// it lasts until time moves.
 namespace kxPoses
 {
-/// None while something else than the scene's time is shown. Of switches none: what they show is their own.
+/// None while something plays beside the timeline. Of switches none: what they show is their own.
 KX_API std::vector<kxScenePlan::Pose> all();
 /// Of the object or material that `id` belongs to, in quotes.
 KX_API QString nameOf(osg::UInt32 id);

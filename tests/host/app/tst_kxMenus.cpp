@@ -251,6 +251,56 @@ private Q_SLOTS:
         QTRY_VERIFY(dialog.isNull());
     }
 
+    void posesThatPassAreSaid_data()
+    {
+        kxColumns<QString, QString>("shown", "says");
+        kxRow("what the timeline drives", "", "'Slider' is animated: this pose is lost");
+        kxRow("what a clip drives", "Show", "'Slider' is animated by 'Show', which is shown: this edit is lost");
+        kxRow("what a block drives", "Slide", "'Slider' is animated by 'Slide'");
+        kxRow("what another clip drives", "Other", "");
+    }
+
+    void posesThatPassAreSaid()
+    {
+        typedef kxAnimFixture F;
+        QFETCH(QString, shown);
+        QFETCH(QString, says);
+        const osg::NodePtr slider = F::object("Slider"), idler = F::object("Idler");
+        const osg::AnimNodePtr block =
+            F::added(slider, F::block("Slide", {F::curve("translation", "X", {{0, 1}, {3, 8}})}));
+        F::added(F::clip("Show", {F::clone(block, 1)}));
+        F::added(F::clip("Other", {F::clip("Empty", {})}));
+        kxAnimManager::the()->setCurrentFrame(12, true, true);
+        if (!shown.isEmpty())
+            block->setTravMask(0);
+        osg::markChanged(block, osg::Node::TravMaskFieldMask);
+        const auto show = [&](double frame)
+        {
+            if (shown.isEmpty())
+                kxAnimManager::the()->setCurrentFrame(frame, false, true);
+            else
+                kxAnimManager::the()->evaluateByFrame(kxAnimManager::the()->find(shown.toStdString()), frame, true,
+                                                      false, false);
+            kxScene::the()->flush();
+        };
+        const auto pose = [](const osg::NodePtr& node, float x)
+        {
+            kxSceneEdits::setField({node->getCore()}, "translation", osg::FieldValue(osg::Vec3f(x, 0, 0)));
+            kxScene::the()->flush();
+            return kxLogged().join('|');
+        };
+        show(36);
+        kxLogModel::the().clear();
+        QCOMPARE(pose(idler, 300), QString());
+        const QString said = pose(slider, 300);
+        QVERIFY2(says.isEmpty() ? said.isEmpty() : said.startsWith(says), qPrintable(said));
+        QCOMPARE(pose(slider, 301), QString()); // once
+        QVERIFY(_window->document().saveTo(path("posed.kxs")));
+        QCOMPARE(kxLogged().filter("Saved without poses").size(), says.isEmpty() ? 0 : 1);
+        show(40);
+        QCOMPARE(pose(slider, 302).isEmpty(), says.isEmpty());
+    }
+
     /// What the wizard has left on is asked about once it has finished, in words and as a setting.
     void finishedClipsRest_data()
     {
