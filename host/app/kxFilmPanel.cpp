@@ -100,6 +100,7 @@ kxFilmPanel::kxFilmPanel(kxSceneryStage* stage, QWidget* parent)
     connect(_loop, &QAction::toggled, &_player, &kxFilmPlayer::setLooping);
     connect(_slider, &QSlider::valueChanged, this, [this](int value) { _player.goTo(value); });
     connect(_frame, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) { _player.goTo(value); });
+    connect(_frame, &QSpinBox::editingFinished, this, &kxFilmPanel::confirmFrame);
     const auto setRange = [this] { _player.setRange(_in->value(), _out->value()); };
     connect(_in, QOverload<int>::of(&QSpinBox::valueChanged), this, setRange);
     connect(_out, QOverload<int>::of(&QSpinBox::valueChanged), this, setRange);
@@ -246,6 +247,13 @@ void kxFilmPanel::showFrame(double frame)
     const QSignalBlocker quietSlider(_slider), quietFrame(_frame);
     _slider->setValue(int(frame));
     _frame->setValue(int(frame));
+}
+
+void kxFilmPanel::confirmFrame()
+{
+    // Enter on the number that stands there: something else may be on the screen.
+    if (_frame->hasFocus() && !_player.isPlaying())
+        _player.goTo(_frame->value());
 }
 
 void kxFilmPanel::togglePlay()

@@ -41,6 +41,7 @@ private:
     void fillMarkers();
     void update();
     void showFrame(double frame);
+    void confirmFrame();
     void togglePlay();
     void toStart();
     void toEnd();

@@ -5,6 +5,8 @@
 #include "kxInterrupt.h"
 #include "kxMovieFile.h"
 
+#include <animation/kxAnimEngine.h>
+#include <animation/kxShownMoment.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 
@@ -125,8 +127,10 @@ void kxRenderJob::showFrames(const kxRenderSource& source, const kxRenderSource:
 {
     const QScopedValueRollback<bool> flag(running, true);
     kxAnimManager* const manager = kxAnimManager::the();
-    const double before = manager->currentFrame();
-    manager->setCurrentFrame(before, false, true); // another clip may be shown
+    const kxAnimEngine& engine = kxAnimEngine::of(*manager);
+    const kxShownMoment before;
+    // Another clip may be shown, or what a sequence has chosen.
+    manager->setCurrentFrame(engine.sceneFrame, !engine.film.chosen().empty(), true);
     std::optional<kxViewCamera> framed;
     for (qint64 frame = range.first; frame <= range.last; frame += step)
     {
@@ -134,7 +138,7 @@ void kxRenderJob::showFrames(const kxRenderSource& source, const kxRenderSource:
         if (!take(int(frame), viewFor(size, framed)))
             break;
     }
-    manager->setCurrentFrame(before, false, true);
+    before.show();
 }
 
 kxRenderOptions kxRenderJob::options() const

@@ -29,8 +29,8 @@ public:
 
     /// One picture at the present frame.
     bool renderImage(const QString& file, const QSize& size, QString& error);
-    /// A picture for each frame, by a pattern as in kxFramePattern. The timeline's frame of before is shown again at
-    /// the end. Gives how many were written; `error` says why it were less, empty where progress() ended it.
+    /// A picture for each frame, by a pattern as in kxFramePattern. What was shown before is shown again at the
+    /// end. Gives how many were written; `error` says why it were less, empty where progress() ended it.
     int renderFrames(const QString& pattern, const kxRenderSource& source, const kxRenderSource::Range& range,
                      const QSize& size, QString& error);
 

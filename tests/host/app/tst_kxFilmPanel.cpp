@@ -78,6 +78,13 @@ private Q_SLOTS:
         QCOMPARE(passes(0), "40 stopped");
         trigger("_filmStart");
         QCOMPARE(passes(0), "30 stopped");
+        field("_filmFrame")->setValue(36);
+        kxAnimManager::the()->setCurrentFrame(7, false, true); // somebody else shows something else
+        _panel->show();
+        field("_filmFrame")->setFocus();
+        QApplication::setActiveWindow(_panel.get());
+        QTest::keyClick(field("_filmFrame"), Qt::Key_Return);
+        QCOMPARE(F::transform(_box)->getTranslation().x(), 12.0f);
     }
 
     void playsTheTimelineAndWhatIsThere()

@@ -302,6 +302,54 @@ private Q_SLOTS:
         QCOMPARE(kxRenderTime::text(60, 90, 90), QString("Frame 90 of 90"));
     }
 
+    /// Whatever is shown while frames are rendered, and where the user ends that.
+    void whatIsShownComesBack_data()
+    {
+        kxColumns<QString, bool>("shown", "cancels");
+        kxRow("the timeline", "", false);
+        kxRow("a clip, as by the dock Film", "Walk", false);
+        kxRow("a clip, as by the clip maker", "Walk maker", true);
+        kxRow("a clip that the view has left", "Walk left", false);
+    }
+
+    void whatIsShownComesBack()
+    {
+        QFETCH(QString, shown);
+        QFETCH(bool, cancels);
+        const osg::AnimNodePtr clip = filmOfTwoCameras();
+        kxAnimManager* const manager = kxAnimManager::the();
+        kxAnimEngine& engine = kxAnimFixture::engine();
+        manager->setCurrentFrame(21, false, true);
+        if (shown.contains("maker"))
+            manager->setCurrentFrameNoEvaluation(40, true);
+        if (!shown.isEmpty())
+            manager->evaluateByFrame(clip, 40, false, false, false);
+        if (shown.contains("left"))
+            engine.film.releaseCamera();
+        const osg::NodePtr far = kxScene::the()->root()->getChildren().back();
+        kxSceneEdits::setField({far->getCore()}, "translation", osg::FieldValue(osg::Vec3f(77, 0, 0))); // a pose
+        const auto state = [&]
+        {
+            double seconds = 0;
+            const osg::AnimNodePtr root = engine.plan.shownRoot(seconds);
+            return QString("%1 %2 %3 %4 %5")
+                .arg(manager->currentFrame())
+                .arg(kxAnimScene::frame())
+                .arg(root == osg::NullFC ? 0 : seconds)
+                .arg(engine.film.camera() != osg::NullFC)
+                .arg(double(kxSceneMath::worldMatrix(far).column(3).x()));
+        };
+        const QString before = state();
+        QVERIFY2(before.endsWith(" 77"), qPrintable(before));
+        kxRenderJob job;
+        job.progress = [&](int, const QString&) { return !cancels; };
+        QString error;
+        job.renderFrames(path("s_%d.png"), kxRenderSource(clip), {30, 32}, QSize(8, 8), error);
+        QCOMPARE(state(), before);
+        job.renderFrames(path("s_%d.png"), kxRenderSource(), {3, 6}, QSize(8, 8), error);
+        QCOMPARE(state(), before);
+    }
+
     void picturesShowNoSelection()
     {
         const osg::NodePtr box = addSurface("Box", addMaterial("Paint"));
