@@ -146,6 +146,7 @@ bool kxView3D::isMoving() const
 void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
 {
     _drawnRevision = _scene->revision();
+    _drawnMoment = kxViewOverlay::moment(cameraNodeId());
     _isDrawn = true;
     const osg::UInt32 camera = cameraNodeId();
     const bool isCut = camera != _drawnCameraId;
@@ -213,9 +214,8 @@ QString kxView3D::statusText() const
                    tr("%1 triangles").arg(locale.toString(triangles));
     if (_frameSeconds > 0)
         text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));
-    if (const osg::UInt32 id = cameraNodeId())
-        text.prepend((filmCamera() == osg::NullFC ? tr("Through %1  \u00b7  ") : tr("Film: through %1  \u00b7  "))
-                         .arg(QString::fromUtf8(kxNodeUtils::getName(osg::living<osg::Node>(id)).c_str())));
+    if (const QString moment = kxViewOverlay::moment(cameraNodeId()); !moment.isEmpty())
+        text.prepend(moment + QStringLiteral("  \u00b7  "));
     return text;
 }
 
@@ -233,7 +233,8 @@ void kxView3D::redraw(bool now)
 
 bool kxView3D::showsScene() const
 {
-    return !_scene->isStale() && _scene->revision() == _drawnRevision && cameraNodeId() == _drawnCameraId;
+    return !_scene->isStale() && _scene->revision() == _drawnRevision && cameraNodeId() == _drawnCameraId &&
+           kxViewOverlay::moment(cameraNodeId()) == _drawnMoment;
 }
 
 QImage kxView3D::grabFrameBuffer(bool withAlpha)

@@ -143,6 +143,7 @@ private:
     bool _film = true;
     bool _isFilmLeft = false; // by turning the view
     osg::UInt32 _drawnCameraId = 0;
+    QString _drawnMoment;           // see kxViewOverlay
     osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame
     bool _isDrawn = false;          // nothing else than the scene may have changed since then
     bool _local = false;

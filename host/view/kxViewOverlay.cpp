@@ -2,8 +2,14 @@
 
 #include "kxViewColors.h"
 
+#include <animation/kxAnimEngine.h>
+#include <animation/kxFrameTime.h>
+#include <animation/kxNodeTime.h>
+#include <kxAnimManager.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
 
+#include <QCoreApplication>
 #include <QPainter>
 #include <QPainterPath>
 #include <QtMath>
@@ -215,6 +221,22 @@ void kxViewOverlay::paintLabel(QPainter& painter, const QString& text, const QPo
     painter.setPen(kxViewColor::Text);
     painter.drawText(plate, Qt::AlignCenter, text);
     painter.restore();
+}
+
+QString kxViewOverlay::moment(osg::UInt32 cameraId)
+{
+    const auto tr = [](const char* text) { return QCoreApplication::translate("kxViewOverlay", text); };
+    const auto nameOf = [](const osg::NodePtr& node) { return QString::fromStdString(node->getNodeName()); };
+    const auto camera = osg::living<osg::Node>(cameraId);
+    double seconds = 0;
+    const osg::AnimNodePtr shown = kxAnimEngine::of(*kxAnimManager::the()).plan.shownRoot(seconds);
+    if (shown == osg::NullFC)
+        return camera == osg::NullFC ? QString() : tr("Through %1").arg(nameOf(camera));
+    const double frame =
+        kxFrameTime::frame(kxNodeTime::toRoot(shown->getParent()).to(seconds), kxAnimManager::the()->fps());
+    const QString number = QString::number(std::round(frame * 10) / 10);
+    return camera == osg::NullFC ? tr("%1, frame %2").arg(nameOf(shown), number)
+                                 : tr("%1, frame %2, through %3").arg(nameOf(shown), number, nameOf(camera));
 }
 
 void kxViewOverlay::paintStatus(QPainter& painter, const QString& text, const QSizeF& size)

@@ -21,6 +21,9 @@ void paintTriad(QPainter& painter, const kxViewCamera& camera, const QSizeF& siz
 void paintHint(QPainter& painter, const QString& title, const QString& text, const QSizeF& size);
 /// A line on a plate, its lower left corner at `corner`.
 void paintLabel(QPainter& painter, const QString& text, const QPointF& corner);
+/// What is on the screen, for the status: which animation is shown instead of the timeline, at which frame of its
+/// ruler, through which camera. Empty for the timeline with no camera.
+QString moment(osg::UInt32 cameraId);
 /// Quiet text in the lower left corner.
 void paintStatus(QPainter& painter, const QString& text, const QSizeF& size);
 } // namespace kxViewOverlay

@@ -12,6 +12,7 @@
 #include <scene/kxScenery.h>
 #include <scenery/kxSceneryStage.h>
 #include <view/kxView3D.h>
+#include <view/kxViewOverlay.h>
 
 #include <host/app/kxSceneFixture.h>
 
@@ -206,6 +207,12 @@ private Q_SLOTS:
         QCOMPARE(stack()->index(), steps);
         kxAnimManager::the()->setCurrentFrame(7, true, false);
         QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+        const osg::AnimNodePtr film = kxAnimFixture::added(kxAnimFixture::clip("film", {}));
+        kxAnimManager::the()->evaluateByFrame(film, 3, false, false, false);
+        _stage->setVariant("Look", "B");
+        kxAnimManager::the()->evaluateByFrame(film, 3, false, false, false);
+        QCOMPARE(kxScenery::shownChoice(set), std::string("A"));
+        kxAnimManager::the()->setCurrentFrame(7, true, false);
         // What the user chooses in between stays.
         _stage->setVariant("Look", "B");
         QVERIFY(kxSceneryEdits::setChoice(set, 2));
@@ -253,6 +260,10 @@ private Q_SLOTS:
             return osg::living<osg::Node>(_view->cameraNodeId());
         };
         QVERIFY(seenAt(125) == track && seenAt(80) == wide && seenAt(2) == osg::NullFC);
+        const auto moment = [this] { return kxViewOverlay::moment(_view->cameraNodeId()); };
+        QCOMPARE(moment(), QString("clip, frame 2"));
+        seenAt(81);
+        QCOMPARE(moment(), QString("clip, frame 81, through Wide"));
         // A camera that is chosen counts where the film has none, and while the film stands.
         _view->lookThrough(other.getFieldContainerId());
         QVERIFY(seenAt(2) == other && seenAt(125) == track);
@@ -260,6 +271,7 @@ private Q_SLOTS:
         QVERIFY(_view->cameraNodeId() == other.getFieldContainerId() && seenAt(130) == track);
         manager->setCurrentFrame(12, true, false);
         QCOMPARE(_view->cameraNodeId(), other.getFieldContainerId());
+        QCOMPARE(moment(), QString("Through Other"));
         // Who turns the view stands where the film was, and looks for themselves from then on.
         seenAt(125);
         const QVector3D eye = _view->viewCamera(1).eye();
