@@ -13,6 +13,11 @@
 
 #include <algorithm>
 
+namespace
+{
+constexpr int MostShown = 200000; ///< characters: a widget takes its time for a long line
+}
+
 kxCodeDialog::kxCodeDialog(QWidget* parent)
     : QDialog(parent), _summary(new QLabel(this)), _list(new QListWidget(this)), _text(new QPlainTextEdit(this))
 {
@@ -61,6 +66,8 @@ QString kxCodeDialog::readable(const std::string& text)
             shown += QStringLiteral("<U+%1>").arg(character, 4, 16, QLatin1Char('0'));
         else
             shown += QString::fromUcs4(&character, 1);
+        if (shown.size() >= MostShown)
+            return shown + tr("\n\n[It goes on; only the first %n characters are shown.]", nullptr, MostShown);
     }
     return shown;
 }
@@ -72,7 +79,7 @@ void kxCodeDialog::follow()
     _list->clear();
     for (const kxSceneCode& piece : _code)
     {
-        const QString name = tr("%1, step %2").arg(QString::fromStdString(piece.sequence)).arg(piece.step);
+        const QString name = tr("%1, step %2").arg(readable(piece.sequence)).arg(piece.step);
         _list->addItem(kxCodeTrust::the().mayRun(piece.text) ? name : tr("%1 (skipped)").arg(name));
     }
     const std::size_t waiting = kxCodeTrust::the().waiting().size();

@@ -15,6 +15,7 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -117,7 +118,7 @@ void kxTrustStore::change(const std::function<void()>& edit)
     edit();
     _files.erase(std::remove_if(_files.begin(), _files.end(), [](const File& file) { return file.code.empty(); }),
                  _files.end());
-    if (!write() || !isMine)
+    if ((!write() || !isMine) && !std::exchange(_isWarned, true))
         kxLog::warning(QCoreApplication::translate("kxTrustStore",
                                                    "Which code may run can't be remembered: '%1' can't be written.")
                            .arg(_path));

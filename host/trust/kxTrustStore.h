@@ -48,4 +48,5 @@ private:
     QString _stamp; // as it lay there
     std::vector<File> _files;
     QSet<QByteArray> _code;
+    bool _isWarned = false; // that nothing can be written
 };

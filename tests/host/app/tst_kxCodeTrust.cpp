@@ -174,6 +174,7 @@ private Q_SLOTS:
         const osg::AnimNodePtr clip = kxAnimFixture::clip("clip", {kxAnimFixture::trigger("Door", 1, false, false)});
         kxAnimManager::the()->addToClipStructure(clip);
         kxLogModel::the().clear();
+        const kxTriggers::Playing playing(kxAnimFixture::engine().triggers);
         kxFramePlaybackParams params;
         params.end = 9;
         for (int play = 0; play < 2; ++play)
