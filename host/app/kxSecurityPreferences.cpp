@@ -1,5 +1,6 @@
 #include "kxSecurityPreferences.h"
 
+#include <files/apart/kxReaderProcess.h>
 #include <panels/kxEmptyHint.h>
 #include <trust/kxCodeTrust.h>
 
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTextDocument>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -18,10 +20,21 @@
 namespace
 {
 constexpr int DigestLetters = 12; ///< that are shown; the tool tip has all
+constexpr const char MemoryKey[] = "security.readerMemory";
+constexpr int MostGigabytes = 1024;
 
 QString tr(const char* text)
 {
     return QCoreApplication::translate("kxSecurityPreferences", text);
+}
+
+int gigabytes()
+{
+    const boost::any value = kxPreferences::getData().get(MemoryKey);
+    const int* const stored = boost::any_cast<int>(&value);
+    return stored == nullptr || *stored < 1 || *stored > MostGigabytes
+               ? int(kxReaderProcess::Rules().memory / kxReaderProcess::Gigabyte)
+               : *stored;
 }
 
 QTreeWidgetItem* rowOf(const kxTrustStore::File& file)
@@ -45,6 +58,7 @@ kxSecurityPreferences::kxSecurityPreferences() : kxPreferences(QString(), tr("Se
 
 kxSecurityPreferences::~kxSecurityPreferences()
 {
+    getData().remove(MemoryKey);
     subPreferencesGUI(_page);
     delete _page;
 }
@@ -85,6 +99,7 @@ void kxSecurityPreferences::makePage()
                       "is removed is asked for again at once."));
     note->setWordWrap(true);
     layout->addWidget(note);
+    addMemory();
     QObject::connect(_files, &QTreeWidget::itemSelectionChanged, _page, [this] { updateButtons(); });
     QObject::connect(_remove, &QPushButton::clicked, _page, [this] { revoke(false); });
     QObject::connect(_removeAll, &QPushButton::clicked, _page, [this] { revoke(true); });
@@ -92,9 +107,26 @@ void kxSecurityPreferences::makePage()
                      [this]
                      {
                          if (_page->isVisible())
-                             preferencesToGUI();
+                             listFiles();
                      });
     updateButtons();
+}
+
+void kxSecurityPreferences::addMemory()
+{
+    _memory = new QSpinBox;
+    _memory->setObjectName(QStringLiteral("_readerMemory"));
+    _memory->setRange(1, MostGigabytes);
+    _memory->setSuffix(tr(" GB"));
+    _memory->setToolTip(tr("And 40 times the size of the file. A reader that takes more is ended, and the file isn't "
+                           "opened."));
+    auto* const row = new QHBoxLayout;
+    auto* const label = new QLabel(tr("Memory that reading a model of another program may take"));
+    label->setBuddy(_memory);
+    row->addWidget(label);
+    row->addWidget(_memory);
+    row->addStretch();
+    static_cast<QVBoxLayout*>(_page->layout())->addLayout(row);
 }
 
 void kxSecurityPreferences::updateButtons()
@@ -103,10 +135,32 @@ void kxSecurityPreferences::updateButtons()
     _removeAll->setEnabled(_files->topLevelItemCount() > 0);
 }
 
+void kxSecurityPreferences::preferencesSetDefaults(bool overwrite)
+{
+    getData().set(MemoryKey, int(kxReaderProcess::Rules().memory / kxReaderProcess::Gigabyte), overwrite);
+}
+
+void kxSecurityPreferences::preferencesApply()
+{
+    kxReaderProcess::rules().memory = quint64(gigabytes()) * kxReaderProcess::Gigabyte;
+}
+
+void kxSecurityPreferences::preferencesFromGUI()
+{
+    if (_page != nullptr)
+        getData().set(MemoryKey, _memory->value());
+}
+
 void kxSecurityPreferences::preferencesToGUI()
 {
     if (_page == nullptr)
         return;
+    _memory->setValue(gigabytes());
+    listFiles();
+}
+
+void kxSecurityPreferences::listFiles()
+{
     QStringList selected;
     for (const QTreeWidgetItem* const row : _files->selectedItems())
         selected << row->data(0, Qt::UserRole).toString();
@@ -127,5 +181,5 @@ void kxSecurityPreferences::revoke(bool all)
         if (const QTreeWidgetItem* const row = _files->topLevelItem(i); all || row->isSelected())
             names << row->data(0, Qt::UserRole).toString();
     kxCodeTrust::the().revoke(names);
-    preferencesToGUI();
+    listFiles();
 }

@@ -3,6 +3,7 @@
 #include <app/kxCodeDialog.h>
 #include <app/kxMainWindow.h>
 #include <edits/kxSceneryEdits.h>
+#include <files/apart/kxReaderProcess.h>
 #include <files/kxSceneIO.h>
 #include <journal/kxHistory.h>
 #include <journal/kxJournal.h>
@@ -130,6 +131,18 @@ private Q_SLOTS:
         QCOMPARE(ran(), QString("a"));
         _window->findChild<QAbstractButton*>("_removeAllTrusted")->click();
         QVERIFY(ran().isEmpty() && bar()->isVisible() && list->topLevelItemCount() == 0);
+    }
+
+    void readersMayTakeMemory()
+    {
+        _window->openPreferences("Security");
+        _window->findChild<QSpinBox*>("_readerMemory")->setValue(3);
+        _window->findChild<QDialog*>("_preferencesDialog")->accept();
+        QCOMPARE(kxReaderProcess::rules().memory, 3 * kxReaderProcess::Gigabyte);
+        _window->openPreferences("Security");
+        _window->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->click();
+        _window->findChild<QDialog*>("_preferencesDialog")->accept();
+        QCOMPARE(kxReaderProcess::rules().memory, kxReaderProcess::Rules().memory);
     }
 
     void anImportWaitsAlone()
