@@ -452,12 +452,9 @@ void kxMainWindow::setUnattended(bool unattended)
 bool kxMainWindow::saveScreenshot(const QString& file, QString& error)
 {
     _view->setUpdatesEnabled(true);
-    const bool saved = grab().save(file);
+    const QImage picture = grab().toImage();
     _view->setUpdatesEnabled(!_unattended);
-    if (saved)
-        return true;
-    error = tr("'%1' can't be written.").arg(file);
-    return false;
+    return kxRenderJob::save(picture, file, error);
 }
 
 QString kxMainWindow::lastFolder() const

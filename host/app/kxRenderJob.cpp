@@ -24,9 +24,14 @@ QString tr(const char* text)
 {
     return QCoreApplication::translate("kxRenderJob", text);
 }
+} // namespace
 
-/// No half picture.
-bool save(const QImage& picture, const QString& file, QString& error)
+bool kxRenderJob::isRunning()
+{
+    return running;
+}
+
+bool kxRenderJob::save(const QImage& picture, const QString& file, QString& error)
 {
     QSaveFile whole(file);
     QImageWriter writer(&whole, QFileInfo(file).suffix().toLatin1());
@@ -39,12 +44,6 @@ bool save(const QImage& picture, const QString& file, QString& error)
     const bool isOfFile = whole.error() != QFileDevice::NoError;
     error = tr("'%1' can't be written: %2").arg(file, isOfFile ? whole.errorString() : writer.errorString());
     return false;
-}
-} // namespace
-
-bool kxRenderJob::isRunning()
-{
-    return running;
 }
 
 kxOffscreen& kxRenderJob::offscreen()

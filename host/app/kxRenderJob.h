@@ -18,6 +18,8 @@ class kxRenderJob
 {
 public:
     static bool isRunning();
+    /// A picture into a file of the kind that its name says; what the file held stays where that can't be done.
+    static bool save(const QImage& picture, const QString& file, QString& error);
 
     kxRenderCamera camera;
     /// Told after each picture; false ends the job. May be empty.

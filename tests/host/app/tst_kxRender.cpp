@@ -405,6 +405,9 @@ private Q_SLOTS:
         const std::vector<float> clear = light("c.exr", "gbrapf32le");
         QVERIFY(clear[3 * all] == 0 && clear[0] == 0 && clear[3 * all + middle] == 1 && clear[middle] == seen[middle]);
         QVERIFY(!job.renderImage(path("gone/a.exr"), size, error) && error.contains("gone/a.exr' can't be written"));
+        kxMainWindow window;
+        QVERIFY(file.rename(path("scene.kxs")) && !window.saveScreenshot(path("scene.kxs"), error));
+        QVERIFY(error.contains("scene.kxs' can't be written") && file.size() > 0);
     }
 
     void menuWritesFiles_data()
