@@ -255,6 +255,7 @@ public:
 void call(Ledger& ledger, unsigned seed, int count)
 {
     kxHistory& history = kxHistory::the();
+    static_cast<kxMainWindow*>(kxHostHooks::the().mainWindow())->setUnattended(true); // nothing is drawn
     runFile("calls.py");
     run(QStringLiteral("begin(%1)").arg(seed));
     for (int i = 0; i < count; ++i)
