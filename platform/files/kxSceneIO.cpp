@@ -30,6 +30,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 using namespace osg;
 
@@ -180,11 +181,13 @@ void renameScenery(const kxSceneContent& content)
             });
         // New names mustn't collide within the file either.
         forAll([&names](const NodePtr& node) { names.reserve(node->getNodeName()); });
+        std::set<std::string> followed; // of several with one name, what names it means the first
         for (const NodePtr& node : colliding)
         {
             const std::string before = node->getNodeName();
             node->setNodeName(names.take(before));
-            kxScenery::rename(kind, before, node->getNodeName(), content.clips.get(), content.scenery.get());
+            if (followed.insert(before).second)
+                kxScenery::rename(kind, before, node->getNodeName(), content.clips.get(), content.scenery.get());
         }
     };
     forKind(kxScenery::Kind::Viewpoint, content.scenery.get(), Viewpoint::_type);
@@ -214,13 +217,15 @@ void renameCollisions(const kxSceneContent& content)
                           colliding.push_back(node);
                   });
     forAnimations(content, [&names](const AnimNodePtr& node) { names.reserve(node->getNodeName()); });
+    std::set<std::string> followed;
     for (const AnimNodePtr& node : colliding)
     {
         std::string& name = nameOfCore[node->getCore().getFieldContainerId()];
         if (name.empty())
         {
             name = names.take(node->getNodeName());
-            kxScenery::renameAnimation(node->getNodeName(), name, content.scenery.get());
+            if (followed.insert(node->getNodeName()).second)
+                kxScenery::renameAnimation(node->getNodeName(), name, content.scenery.get());
         }
         node->setNodeName(name);
         AnimObjectPtr::dcast(node->getCore())->setName(name);

@@ -202,12 +202,18 @@ class Attack:
     def run(self):
         started, number = time.monotonic(), self.options.first
         self.memory.append([])
-        while (not self.options.files or number < self.options.first + self.options.files) and (
-                not self.options.seconds or time.monotonic() - started < self.options.seconds):
-            self.one(number)
-            number += 1
-            if number % EVERY == 0:
-                self.look()
+        last = number + self.options.files if self.options.files else float("inf")
+        end = started + self.options.seconds if self.options.seconds else float("inf")
+        try:
+            while number < last and time.monotonic() < end:
+                self.one(number)
+                number += 1
+                if number % EVERY == 0:
+                    self.look()
+                if number % 1000 == 0:
+                    print("%d files" % number, flush=True)
+        except KeyboardInterrupt:
+            print("ended by hand")
         failed = self.tell(number - self.options.first, time.monotonic() - started)
         self.application.end()
         return 1 if failed else 0

@@ -13,11 +13,15 @@
 #include <kxModuleBase.h>
 #include <kxUndo.h>
 #include <osg/AnimCores.h>
+#include <scene/Scenery.h>
+#include <scene/kxScenery.h>
 
 #include <QCborArray>
 #include <QCborMap>
 #include <QUndoStack>
 #include <QtTest>
+
+#include <set>
 
 using namespace osg;
 
@@ -222,6 +226,22 @@ private Q_SLOTS:
         QCOMPARE(bytesOfScene(), after);
         stack->clear();
         QCOMPARE(blocksOf(bare).size(), std::size_t(blocks));
+    }
+
+    /// Thousands of one name, as a file may have them to keep the application busy.
+    void manyOfOneNameAreTold()
+    {
+        constexpr std::size_t Count = 10000;
+        for (std::size_t i = 0; i < Count; ++i)
+        {
+            const NodePtr sequence = addNode(kxScene::the()->sceneryRoot(), "Tour", SceneSequence::create());
+            SceneSequencePtr::dcast(sequence->getCore())->setSteps({R"(["sequence","Tour"])"});
+        }
+        const QString path = _folder.filePath(QStringLiteral("tours.kxs"));
+        kxFileReport report(path);
+        QVERIFY(kxSceneIO::save(path, report) && kxSceneIO::importFile(path, report));
+        const std::vector<std::string> names = kxScenery::names(kxScenery::Kind::Sequence);
+        QCOMPARE(std::set<std::string>(names.begin(), names.end()).size(), Count + 1);
     }
 
     void animationsNeedOneObject()
