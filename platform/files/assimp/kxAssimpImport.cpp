@@ -8,6 +8,7 @@
 #include <files/assimp/kxColladaNames.h>
 #include <files/assimp/kxFirstGltf.h>
 #include <files/import/kxAnimImport.h>
+#include <files/import/kxModelFolder.h>
 #include <osg/Finite.h>
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
@@ -15,6 +16,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/config.h>
@@ -341,6 +343,32 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, doubl
     return Reader(*scene, path, frameRate, names, content, report).read();
 }
 
+/// Opens what lies in the model's folder or below, to read it.
+class Files : public Assimp::DefaultIOSystem
+{
+public:
+    Files(const QString& model, kxFileReport& report) : _folder(QFileInfo(model).absolutePath()), _report(report) {}
+
+    bool Exists(const char* file) const override { return mayOpen(file) && DefaultIOSystem::Exists(file); }
+    Assimp::IOStream* Open(const char* file, const char* mode) override
+    {
+        return *mode == 'r' && mayOpen(file) ? DefaultIOSystem::Open(file, mode) : nullptr;
+    }
+
+private:
+    bool mayOpen(const char* file) const
+    {
+        const QString path = QString::fromUtf8(file);
+        if (!QFileInfo::exists(path) || _folder.holds(path))
+            return true;
+        _folder.refuse(path, _report);
+        return false;
+    }
+
+    kxModelFolder _folder;
+    kxFileReport& _report;
+};
+
 /// Passes on how far the library is; what is made of it afterwards takes some time too.
 class Progress : public Assimp::ProgressHandler
 {
@@ -380,7 +408,8 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
     try
     {
         Assimp::Importer importer;
-        importer.SetProgressHandler(new Progress(progress)); // the importer's
+        importer.SetIOHandler(new Files(path, report)); // the importer's, as the next
+        importer.SetProgressHandler(new Progress(progress));
         importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         const kxColladaNames names = kxColladaNames::of(path);
         if (names.hasOrthographic)

@@ -4,9 +4,7 @@
 #include <files/scene/kxFileReport.h>
 #include <files/scene/kxSceneSummary.h>
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <assimp/GltfMaterial.h>
@@ -30,18 +28,6 @@ Color3f linear(const aiColor4D& color)
 {
     const auto one = [](float value) { return kxImageImport::linearFromSrgb(finite(value, 0.0f, 1.0f, 0.8f)); };
     return Color3f(one(color.r), one(color.g), one(color.b));
-}
-
-/// The file of this path, in any case of its name's letters; empty where there is none.
-QString existingFile(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.isFile())
-        return path;
-    for (const QString& entry : info.dir().entryList(QDir::Files))
-        if (entry.compare(info.fileName(), Qt::CaseInsensitive) == 0)
-            return info.dir().filePath(entry);
-    return QString();
 }
 
 ImagePtr fromTexels(const aiTexture& texture)
@@ -162,20 +148,9 @@ ImagePtr kxAssimpMaterials::read(const QString& path)
 
 std::vector<unsigned char> kxAssimpMaterials::fileBytes(const QString& path) const
 {
-    QString relative = path;
-    relative.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    // The place that the file names is one of its author's machine more often than not, and so is the case of its
-    // letters.
-    const QString name = relative.section(QLatin1Char('/'), -1);
-    const QString beside = _folder + QLatin1Char('/');
-    for (const QString& candidate : {QFileInfo(relative).isAbsolute() ? relative : beside + relative, beside + name,
-                                     beside + "textures/" + name, beside + "../" + name})
-    {
-        QFile file(existingFile(candidate));
-        if (file.fileName().isEmpty() || file.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray bytes = file.readAll();
-        return std::vector<unsigned char>(bytes.begin(), bytes.end());
-    }
-    return {};
+    QFile file(_folder.find(path, _report));
+    if (file.fileName().isEmpty() || file.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = file.readAll();
+    return std::vector<unsigned char>(bytes.begin(), bytes.end());
 }

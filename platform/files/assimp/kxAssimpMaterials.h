@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/import/kxModelFolder.h>
 #include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
@@ -31,7 +32,7 @@ private:
     std::vector<unsigned char> fileBytes(const QString& path) const;
 
     const aiScene& _scene;
-    QString _folder;
+    kxModelFolder _folder;
     kxFileReport& _report;
     std::vector<osg::Share<osg::Material>> _materials;
     std::map<QString, osg::Share<osg::Image>> _pictures; // by the name in the file; null for what can't be read

@@ -1,6 +1,7 @@
 #include <files/gltf/kxGltfDocument.h>
 
 #include <files/gltf/kxGltfSchema.h>
+#include <files/import/kxModelFolder.h>
 #include <files/scene/kxFileReport.h>
 
 #include <QDir>
@@ -41,7 +42,10 @@ struct Files
 QString externalFile(const Files& files, const std::string& path)
 {
     const QString file = QDir::cleanPath(QString::fromStdString(path));
-    return file.startsWith(files.folder + QLatin1Char('/')) && QFileInfo(file).isFile() ? file : QString();
+    return file.startsWith(files.folder + QLatin1Char('/')) && QFileInfo(file).isFile() &&
+                   kxModelFolder(files.folder).holds(file)
+               ? file
+               : QString();
 }
 
 bool fileExists(const std::string& path, void* user)
@@ -85,6 +89,23 @@ bool keepImage(tinygltf::Image* image, const int, std::string*, std::string*, in
     if (image->bufferView == -1 && bytes != nullptr && size > 0)
         image->image.assign(bytes, bytes + size);
     return true;
+}
+
+/// Names what the loader won't find because it lies elsewhere.
+void refuseOthers(const QJsonObject& root, const QString& folder, kxFileReport& report)
+{
+    const kxModelFolder files(folder);
+    for (const QJsonValue& list : {root.value(QStringLiteral("buffers")), root.value(QStringLiteral("images"))})
+        for (const QJsonValue& entry : list.toArray())
+        {
+            const QString uri =
+                QUrl::fromPercentEncoding(entry.toObject().value(QStringLiteral("uri")).toString().toUtf8());
+            if (uri.isEmpty() || uri.startsWith(QLatin1String("data:")))
+                continue;
+            const QString file = folder + QLatin1Char('/') + uri;
+            if (files.leadsOut(uri) || (QFileInfo::exists(file) && !files.holds(file)))
+                files.refuse(uri, report);
+        }
 }
 
 /// What a pointer animates has no node, which the loader insists on: it gets one that nobody looks at. Other channels
@@ -248,6 +269,7 @@ bool kxGltfDocument::checkJson(const QByteArray& json, kxFileReport& report)
             report.note(QStringLiteral("the extension '%1' is left out").arg(name.toString()));
     if (!kxGltfSchema::check(root, report))
         return false;
+    refuseOthers(root, _folder, report);
     for (const QJsonValue& buffer : root.value(QStringLiteral("buffers")).toArray())
     {
         const QJsonObject entry = buffer.toObject();

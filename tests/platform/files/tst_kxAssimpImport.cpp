@@ -1,10 +1,15 @@
 #include "kxFilesFixture.h"
 
+#include <files/apart/kxModelReader.h>
+#include <files/scene/kxSceneContent.h>
 #include <kxUndo.h>
 #include <scene/CameraLight.h>
+#include <scene/UberMaterial.h>
 
 #include <QUndoStack>
 #include <QtTest>
+
+#include <kxTable.h>
 
 using namespace osg;
 
@@ -261,6 +266,81 @@ Connections: {
             QVERIFY2((report.notes().join(' ') + report.error()).contains("points and lines"),
                      qPrintable(report.error()));
         }
+    }
+
+    void filesBesideAModel_data()
+    {
+        kxColumns<QString, bool, bool>("named", "read", "refused");
+        kxRow("below", "sub/near.png", true, false);
+        kxRow("the maker's disk", "C:\\work\\NEAR2.png", true, false);
+        kxRow("an absolute path of a file beside", "/maker/near2.png", true, false);
+        kxRow("in and out", "sub/../near2.png", true, false);
+        kxRow("climbs out", "../secret.png", false, true);
+        kxRow("climbs out from below", "sub/../../secret.png", false, true);
+        kxRow("absolute", "%1/secret.png", false, true);
+        kxRow("an address of a file", "file://%1/secret.png", false, true);
+        kxRow("an address", "http://a.example/secret.png", false, true);
+        kxRow("a link", "link.png", false, true);
+        kxRow("a folder that is a link", "away/secret.png", false, true);
+        kxRow("nothing there", "none.png", false, false);
+    }
+
+    /// Of a model only its folder and what is below is looked at, by texts and by links.
+    void filesBesideAModel()
+    {
+        QFETCH(QString, named);
+        const QDir top(_folder.path());
+        QVERIFY(top.mkpath("model/sub"));
+        QImage picture(2, 2, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        for (const char* const name : {"secret.png", "model/near2.png", "model/sub/near.png"})
+            QVERIFY(picture.save(top.filePath(name)));
+        QFile::link(top.filePath("secret.png"), top.filePath("model/link.png"));
+        QFile::link(top.path(), top.filePath("model/away"));
+        QVERIFY(writeFile(top.filePath("secret.bin"), QByteArray(36, '\0')));
+        QVERIFY(writeFile(top.filePath("secret.mtl"), "newmtl m\nKd 0.1 0.2 0.9\n"));
+        named.replace("%1", top.path());
+        const QByteArray text = named.toUtf8();
+        QVERIFY(writeFile(top.filePath("model/a.mtl"), "newmtl m\nmap_Kd " + text + '\n'));
+        const QByteArray obj = "v 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nusemtl m\nf 1/1 2/1 3/1\n";
+        QVERIFY(writeFile(top.filePath("model/a.obj"), "mtllib a.mtl\n" + obj));
+        QVERIFY(writeFile(top.filePath("model/b.obj"), "mtllib ../secret.mtl\n" + obj));
+        QByteArray gltf = R"({"asset": {"version": "2.0"}, "scenes": [{"nodes": [0]}], "nodes": [{"mesh": 0}],
+            "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "material": 0}]}],
+            "materials": [{"pbrMetallicRoughness": {"baseColorTexture": {"index": 0}}}], "textures": [{"source": 0}],
+            "images": [{"uri": "IMAGE"}], "buffers": [{"byteLength": 36, "uri": "BUFFER"}],
+            "bufferViews": [{"buffer": 0, "byteLength": 36}],
+            "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}]})";
+        QVERIFY(writeFile(top.filePath("model/near.bin"), QByteArray(36, '\0')));
+        gltf.replace("IMAGE", QByteArray(text).replace('\\', '/'));
+        QVERIFY(writeFile(top.filePath("model/a.gltf"), QByteArray(gltf).replace("BUFFER", "near.bin")));
+        QVERIFY(writeFile(top.filePath("model/b.gltf"), gltf.replace("BUFFER", "../secret.bin")));
+        kxSceneContent content;
+        QString notes;
+        const auto read = [&](const QString& name)
+        {
+            kxModelReader::Task task;
+            task.kind = name.endsWith("gltf") ? kxModelReader::Gltf : kxModelReader::Other;
+            task.path = top.filePath("model/" + name);
+            kxFileReport report(task.path);
+            content = kxSceneContent();
+            const bool isRead = kxModelReader::read(task, content, report);
+            notes = report.notes().join(QLatin1Char('\n'));
+            return isRead;
+        };
+        const auto material = [&content] { return UberMaterialPtr::dcast(content.materials.back().get()); };
+        const QString refusal = QStringLiteral("leads out of the folder");
+        QVERIFY(read("a.obj"));
+        QTEST(material()->getBaseColorImage() != NullFC, "read");
+        QTEST(notes.contains(refusal), "refused");
+        // Models of this format name files as they are.
+        const bool isNamed = !named.contains("/maker") && !named.contains("work");
+        QVERIFY2(read("a.gltf"), qPrintable(notes));
+        QCOMPARE(material()->getBaseColorImage() != NullFC, isNamed && named.contains("near"));
+        QCOMPARE(notes.contains(refusal), !isNamed || (named != "none.png" && !named.contains("near")));
+        QVERIFY(read("b.obj") && notes.contains(refusal));
+        QVERIFY(material()->getBaseColor()[2] < 0.7f);
+        QVERIFY(!read("b.gltf") && notes.contains(refusal));
     }
 
 private:
