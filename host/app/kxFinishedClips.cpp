@@ -26,11 +26,12 @@ kxFinishedClips::kxFinishedClips(QWidget* window)
     auto* const form = new QFormLayout(_page);
     _choice = new QComboBox;
     _choice->setObjectName(QStringLiteral("_finishedClips"));
-    _choice->addItems({tr("Ask"), tr("Switch them off (Rest)"), tr("Leave them on")});
+    _choice->addItems({tr("Ask"), tr("Switch them off, objects as the clip begins"), tr("Leave them on"),
+                       tr("Switch them off, objects as the clip ends"), tr("Switch them off, objects as they stand")});
     form->addRow(tr("Blocks of the wizard's clips"), _choice);
     auto* const note = new QLabel(tr("The wizard leaves the blocks that it made switched on. Its clip plays them, and "
-                                     "without it they move their objects at the timeline's frames. At rest the scene "
-                                     "stands as it was made to stand."));
+                                     "without it they drive their objects at the timeline's frames. Switched off, they "
+                                     "are at rest."));
     note->setWordWrap(true);
     form->addRow(note);
     addPreferencesGUI(_page);
@@ -65,12 +66,21 @@ void kxFinishedClips::finished()
     {
         if (_before.count(clip.node.getFieldContainerId()) != 0 || kxSceneryEdits::restless(clip.node).empty())
             continue;
-        if (answer() == Rest)
-            kxSceneryEdits::rest(clip.node);
-        else if (answer() == Ask && !_isUnattended)
+        if (!rest(clip.node, answer()) && answer() == Ask && !_isUnattended)
             ask(clip.node.getFieldContainerId());
         return; // one that holds the others comes first
     }
+}
+
+bool kxFinishedClips::rest(const osg::AnimNodePtr& clip, Answer answer)
+{
+    typedef kxSceneryEdits::Stand Stand;
+    if (answer == Ask || answer == Leave || clip == osg::NullFC)
+        return false;
+    kxSceneryEdits::rest(clip, answer == RestAsItBegins ? Stand::Begin
+                               : answer == RestAsItEnds ? Stand::End
+                                                        : Stand::Present);
+    return true;
 }
 
 void kxFinishedClips::ask(unsigned int clipId)
@@ -78,24 +88,30 @@ void kxFinishedClips::ask(unsigned int clipId)
     const auto clip = osg::living<osg::AnimNode>(clipId);
     auto* const box = new QMessageBox(QMessageBox::Question, tr("Clip Finished"),
                                       tr("The clip \"%1\" is made. The blocks that it plays are on in the timeline "
-                                         "too, and move their objects there.\n\n"
-                                         "Switch them off, so that the scene stands as it was made to stand?")
+                                         "too, and drive their objects there.\n\n"
+                                         "Switch them off? The objects then stand as the clip begins, as it ends, or "
+                                         "as they stand now.")
                                           .arg(QString::fromStdString(clip->getNodeName())),
                                       QMessageBox::NoButton, _window);
     box->setObjectName(QStringLiteral("_clipFinished"));
     box->setAttribute(Qt::WA_DeleteOnClose);
-    QPushButton* const rest = box->addButton(tr("Rest"), QMessageBox::AcceptRole);
+    QPushButton* const begin = box->addButton(tr("As It Begins"), QMessageBox::AcceptRole);
+    QPushButton* const end = box->addButton(tr("As It Ends"), QMessageBox::AcceptRole);
+    QPushButton* const present = box->addButton(tr("As They Stand"), QMessageBox::AcceptRole);
     box->addButton(tr("Leave On"), QMessageBox::RejectRole);
-    box->setDefaultButton(rest);
-    auto* const always = new QCheckBox(tr("Always, without asking (Settings > Film)"));
+    box->setDefaultButton(begin);
+    auto* const always = new QCheckBox(tr("Always, without asking (Preferences > Film)"));
     box->setCheckBox(always);
     connect(box, &QMessageBox::buttonClicked, this,
-            [clipId, rest, always](QAbstractButton* button)
+            [clipId, begin, end, present, always](QAbstractButton* button)
             {
-                if (button == rest)
-                    kxSceneryEdits::rest(osg::living<osg::AnimNode>(clipId));
+                const Answer answer = button == begin     ? RestAsItBegins
+                                      : button == end     ? RestAsItEnds
+                                      : button == present ? RestAsTheyStand
+                                                          : Leave;
+                rest(osg::living<osg::AnimNode>(clipId), answer);
                 if (always->isChecked())
-                    getData().set(Key, int(button == rest ? Rest : Leave), true);
+                    getData().set(Key, int(answer), true);
             });
     box->setModal(false);
     box->show();
@@ -105,7 +121,7 @@ kxFinishedClips::Answer kxFinishedClips::answer()
 {
     const boost::any value = getData().get(Key);
     const int* const stored = boost::any_cast<int>(&value);
-    return stored == nullptr || *stored < Ask || *stored > Leave ? Ask : Answer(*stored);
+    return stored == nullptr || *stored < Ask || *stored > RestAsTheyStand ? Ask : Answer(*stored);
 }
 
 void kxFinishedClips::preferencesSetDefaults(bool overwrite)

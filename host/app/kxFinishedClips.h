@@ -3,13 +3,14 @@
 #include <QObject>
 #include <QPointer>
 #include <kxPreferences.h>
+#include <osg/AnimNode.h>
 
 #include <set>
 
 class QComboBox;
 class QWidget;
 
-/// What becomes of the timeline's blocks that the animation wizard leaves on: its clip plays them, and they move their
+/// What becomes of the timeline's blocks that the animation wizard leaves on: its clip plays them, and they drive their
 /// objects at the timeline's frames too. They go to rest, stay, or the user is asked, once the wizard has finished.
 class kxFinishedClips : public QObject, public kxPreferences
 {
@@ -18,8 +19,10 @@ public:
     enum Answer
     {
         Ask,
-        Rest,
-        Leave
+        RestAsItBegins,
+        Leave,
+        RestAsItEnds,
+        RestAsTheyStand
     };
     explicit kxFinishedClips(QWidget* window);
     ~kxFinishedClips() override;
@@ -38,6 +41,8 @@ public:
 private:
     void finished();
     void ask(unsigned int clipId);
+    /// False where the answer is no rest.
+    static bool rest(const osg::AnimNodePtr& clip, Answer answer);
     static Answer answer();
 
     QWidget* _window;

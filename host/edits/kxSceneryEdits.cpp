@@ -9,7 +9,10 @@
 #include <QCoreApplication>
 #include <animation/kxAnimEngine.h>
 #include <animation/kxAnimScene.h>
+#include <animation/kxFrameTime.h>
 #include <animation/kxNodeTime.h>
+#include <animation/kxPoses.h>
+#include <animation/kxShownMoment.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <kxScenegraph.h>
@@ -84,10 +87,30 @@ public:
         for (const osg::AnimNodePtr& block : blocks)
             _ids.push_back(block.getFieldContainerId());
     }
+    /// A channel gets the value that it has now for its own.
+    void keepValue(const kxScenePlan::Pose& present)
+    {
+        float before = present.value;
+        rest().get(present.id, present.field->name(), present.component, before);
+        _values.push_back({present, before});
+    }
 
 private:
+    struct Value
+    {
+        kxScenePlan::Pose after;
+        float before;
+    };
+    static kxRestValues& rest() { return kxAnimEngine::of(*kxAnimManager::the()).rest; }
+
     void apply(bool forward) override
     {
+        for (const auto& [after, before] : _values)
+        {
+            rest().set(after.id, after.field->name(), after.component, forward ? after.value : before);
+            if (const osg::FieldContainerPtr container = osg::FieldContainerFactory::the()->getContainer(after.id))
+                osg::markChanged(container, after.field->mask());
+        }
         for (const unsigned int id : _ids)
             if (const auto block = osg::living<osg::AnimNode>(id))
             {
@@ -99,7 +122,15 @@ private:
     }
 
     std::vector<unsigned int> _ids;
+    std::vector<Value> _values;
 };
+
+void showEnd(const osg::AnimNodePtr& clip, bool last)
+{
+    const kxAnimManager::kxAnimInfo info = kxAnimManager::the()->getInfo(clip);
+    const double frame = kxFrameTime::frame(double(last ? info.end : info.start), kxAnimManager::the()->fps());
+    kxAnimManager::the()->evaluateByFrame(clip, frame, false, false, false);
+}
 
 osg::NodePtr insert(const osg::NodePtr& node, const char* text)
 {
@@ -310,11 +341,23 @@ std::vector<osg::AnimNodePtr> kxSceneryEdits::restless(const osg::AnimNodePtr& c
     return blocks;
 }
 
-int kxSceneryEdits::rest(const osg::AnimNodePtr& clip)
+int kxSceneryEdits::rest(const osg::AnimNodePtr& clip, Stand stand)
 {
     const std::vector<osg::AnimNodePtr> blocks = restless(clip);
-    if (!blocks.empty())
-        add(new RestCommand(blocks, stepText("Rest of %1").arg(QString::fromStdString(clip->getNodeName()))));
+    if (blocks.empty())
+        return 0;
+    auto* const command =
+        new RestCommand(blocks, stepText("Rest of %1").arg(QString::fromStdString(clip->getNodeName())));
+    const kxShownMoment shown;
+    if (stand == Stand::Begin || stand == Stand::End)
+        showEnd(clip, stand == Stand::End);
+    if (stand != Stand::Own)
+        for (const osg::AnimNodePtr& block : blocks)
+            for (const kxScenePlan::Pose& value : kxPoses::drivenBy(block))
+                command->keepValue(value);
+    if (stand == Stand::Begin || stand == Stand::End)
+        shown.show();
+    add(command);
     return int(blocks.size());
 }
 

@@ -42,9 +42,17 @@ void retarget(const osg::AnimNodePtr& trigger, const std::string& name);
 /// The active blocks of the timeline whose clones stand in a clip: at the timeline's frames they move their objects
 /// too.
 std::vector<osg::AnimNodePtr> restless(const osg::AnimNodePtr& clip);
-/// Switches them off together, so that the scene stands as it was made to stand where the clip isn't shown. Gives how
-/// many they were.
-int rest(const osg::AnimNodePtr& clip);
+/// How what blocks drive stands once they are off.
+enum class Stand
+{
+    Own,    ///< with the values that it has of itself
+    Begin,  ///< as the clip begins
+    End,    ///< as it ends
+    Present ///< as it stands at the moment
+};
+/// Switches them off together, and what they drove stands so where the clip isn't shown; one step. Gives how many they
+/// were.
+int rest(const osg::AnimNodePtr& clip, Stand stand = Stand::Own);
 
 /// Copies of viewpoints, sequences and objects.
 void duplicate(const Nodes& nodes);

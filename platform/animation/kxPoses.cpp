@@ -26,6 +26,22 @@ std::vector<kxScenePlan::Pose> kxPoses::all()
     return poses;
 }
 
+std::vector<kxScenePlan::Pose> kxPoses::drivenBy(const AnimNodePtr& root)
+{
+    std::vector<kxScenePlan::Pose> driven;
+    traverse(
+        root,
+        [&driven](const NodePtr& node)
+        {
+            if (const AnimCurvePtr curve = AnimCurvePtr::dcast(node->getCore()))
+                for (const FieldContainerPtr& object : kxAims::ofNode(node))
+                    if (const kxChannelTarget target = kxChannelTarget::find(object, *curve); !target.isNull())
+                        driven.push_back({target.container->getId(), target.field, target.component, target.value()});
+            return Action::Continue;
+        });
+    return driven;
+}
+
 QString kxPoses::nameOf(UInt32 id)
 {
     const FieldContainerPtr container = FieldContainerFactory::the()->getContainer(id);

@@ -11,6 +11,8 @@ namespace kxPoses
 {
 /// None while something plays beside the timeline. Of switches none: what they show is their own.
 KX_API std::vector<kxScenePlan::Pose> all();
+/// What the curves below a node drive in the scene, with the values of the moment.
+KX_API std::vector<kxScenePlan::Pose> drivenBy(const osg::AnimNodePtr& root);
 /// Of the object or material that `id` belongs to, in quotes.
 KX_API QString nameOf(osg::UInt32 id);
 /// The names of those whose poses no file would hold, joined; empty for none.

@@ -304,13 +304,17 @@ private Q_SLOTS:
     /// What the wizard has left on is asked about once it has finished, in words and as a setting.
     void finishedClipsRest_data()
     {
-        kxColumns<int, bool, QString, bool, int>("setting", "unattended", "button", "active", "settingAfter");
-        kxRow("asked", 0, false, "Rest", false, 0);
-        kxRow("asked, and always", 0, false, "Rest, always", false, 1);
-        kxRow("asked, and never", 0, false, "Leave On, always", true, 2);
-        kxRow("always", 1, false, "", false, 1);
-        kxRow("never", 2, false, "", true, 2);
-        kxRow("nobody there", 0, true, "", true, 0);
+        kxColumns<int, bool, QString, bool, int, float>("setting", "unattended", "button", "active", "settingAfter",
+                                                        "x");
+        kxRow("asked", 0, false, "As It Begins", false, 0, 1.0f);
+        kxRow("as it ends", 0, false, "As It Ends", false, 0, 5.0f);
+        kxRow("as they stand", 0, false, "As They Stand, always", false, 4, 3.0f);
+        kxRow("asked, and always", 0, false, "As It Begins, always", false, 1, 1.0f);
+        kxRow("asked, and never", 0, false, "Leave On, always", true, 2, 3.0f);
+        kxRow("always", 1, false, "", false, 1, 1.0f);
+        kxRow("always as it ends", 3, false, "", false, 3, 5.0f);
+        kxRow("never", 2, false, "", true, 2, 3.0f);
+        kxRow("nobody there", 0, true, "", true, 0, 3.0f);
     }
 
     void finishedClipsRest()
@@ -326,9 +330,13 @@ private Q_SLOTS:
         _window->setUnattended(unattended);
         QWizard wizard;
         wizard.show();
+        const osg::NodePtr object = F::object("New");
+        F::transform(object)->setTranslation(osg::Vec3f(9, 0, 0)); // as the wizard's user has left it
         const osg::AnimNodePtr made =
-            F::added(F::object("New"), F::block("New", {F::curve("translation", "X", {{0, 1}})}));
-        F::added(F::clip("New", {F::clone(made, 0)}));
+            F::added(object, F::block("New", {F::curve("translation", "X", {{0, 1}, {2, 5}})}));
+        F::added(F::clip("New", {F::clone(made, 4)}));
+        kxAnimManager::the()->setCurrentFrame(24, true, false);
+        const QByteArray before = bytes();
         wizard.accept();
         QCoreApplication::processEvents();
         _window->setUnattended(true);
@@ -344,6 +352,10 @@ private Q_SLOTS:
         }
         QVERIFY(old->isActive());
         QTEST(made->isActive(), "active");
+        QTEST(F::transform(object)->getTranslation().x(), "x");
+        if (!made->isActive())
+            stack()->undo();
+        QVERIFY(made->isActive() && bytes() == before);
         QTEST(boost::any_cast<int>(kxPreferences::getData().get("film.finishedClips")), "settingAfter");
         kxPreferences::getData().set("film.finishedClips", 0);
     }
