@@ -9,9 +9,18 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+namespace
+{
+constexpr int LongestWait = 700; // milliseconds, for a window manager that gives another size
+} // namespace
+
 kxCleanView::kxCleanView(QMainWindow* window, kxView3D* view) : QObject(window), _window(window), _view(view)
 {
     view->installEventFilter(this);
+    window->installEventFilter(this);
+    _leaving.setSingleShot(true);
+    _leaving.setInterval(LongestWait);
+    connect(&_leaving, &QTimer::timeout, this, &kxCleanView::settle);
 }
 
 void kxCleanView::set(bool on)
@@ -21,8 +30,10 @@ void kxCleanView::set(bool on)
     _isOn = on;
     if (on)
     {
+        settle();
         _layout = _window->saveState();
         _state = _window->windowState();
+        _size = _window->size();
         QList<QWidget*> parts = {_window->menuBar(), _window->statusBar()};
         for (QToolBar* const bar : _window->findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
             parts << bar;
@@ -39,19 +50,48 @@ void kxCleanView::set(bool on)
         _view->setFocus();
     }
     else
-    {
-        _window->setWindowState(_state);
-        for (const QPointer<QWidget>& part : _hidden)
-            if (part != nullptr)
-                part->show();
-        _window->restoreState(_layout);
-    }
+        leave();
     _view->setClean(on);
     Q_EMIT changed(on);
 }
 
+void kxCleanView::leave()
+{
+    _leaving.start();
+    _window->setUpdatesEnabled(false); // else the view is seen without its windows
+    _window->setWindowState(_state);
+    for (const QPointer<QWidget>& part : _hidden)
+        if (part != nullptr)
+            part->show();
+    _window->restoreState(_layout);
+    fit();
+}
+
+/// Windows that were fitted into another size than theirs don't come back to the pixel: once more at the size of
+/// before.
+void kxCleanView::fit()
+{
+    if (!_leaving.isActive() || _window->size() != _size)
+        return;
+    _window->restoreState(_layout);
+    _window->setUpdatesEnabled(true);
+}
+
+void kxCleanView::settle()
+{
+    fit();
+    _leaving.stop();
+    _window->setUpdatesEnabled(true);
+}
+
 bool kxCleanView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == _window)
+    {
+        if (_leaving.isActive() && event->type() == QEvent::Resize)
+            QMetaObject::invokeMethod(this, &kxCleanView::fit, Qt::QueuedConnection); // the layout hears after this
+        return false;
+    }
     if (!_isOn || event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
         return QObject::eventFilter(watched, event);
     set(false);

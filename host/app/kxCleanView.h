@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QObject>
 #include <QPointer>
+#include <QSize>
+#include <QTimer>
 
 #include <vector>
 
@@ -27,10 +29,16 @@ Q_SIGNALS:
     void changed(bool on);
 
 private:
+    void leave();
+    void fit();
+    void settle();
+
     QMainWindow* _window;
     kxView3D* _view;
     std::vector<QPointer<QWidget>> _hidden;
     QByteArray _layout;
     Qt::WindowStates _state;
+    QSize _size; // of the window before
     bool _isOn = false;
+    QTimer _leaving; // while it runs, the window comes back to that size
 };

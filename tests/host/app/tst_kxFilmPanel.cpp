@@ -245,12 +245,31 @@ private Q_SLOTS:
         window.show();
         auto* const bar = window.findChild<QToolBar*>("Tools");
         auto* const full = window.findChild<QToolButton*>("_filmFullScreen");
+        const auto sizes = [&window]
+        {
+            QString all;
+            for (const char* const name : {"Scene", "Materials", "Properties", "History", "Log"})
+                all += QString("%1 %2 ").arg(name).arg(window.dockManager()->getDockWidget(name)->height());
+            return all;
+        };
+        QCoreApplication::processEvents();
+        const QString before = sizes();
         full->defaultAction()->trigger();
         QVERIFY(window.isCleanView() && bar->isHidden() && window.menuBar()->isHidden() && window.isFullScreen());
         QVERIFY(window.dockManager()->getDockWidget("History")->isHidden());
         QTest::keyClick(window.view(), Qt::Key_Escape);
         QVERIFY(!window.isCleanView() && !bar->isHidden() && !window.menuBar()->isHidden() && !window.isFullScreen());
         QVERIFY(!window.dockManager()->getDockWidget("History")->isHidden());
+        QTRY_VERIFY(window.updatesEnabled());
+        for (int i = 0; i < 3; ++i)
+        {
+            QCoreApplication::processEvents();
+            QCOMPARE(sizes(), before);
+            window.setCleanView(true);
+            QCoreApplication::processEvents();
+            window.setCleanView(false);
+            QTRY_VERIFY(window.updatesEnabled());
+        }
     }
 
 private:
