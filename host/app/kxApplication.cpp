@@ -92,11 +92,12 @@ void kxApplication::setHooks()
     hooks.isSnapshotRendering = &kxRenderJob::isRunning;
     hooks.scrollToNode = [window](const osg::NodePtr& node) { window->sceneTree()->scrollToNode(node); };
 
-    const auto prepare = [window](kxRenderJob& job, const QString& camera, bool isTransparent, QString& reason)
+    const auto prepare = [window, isHeadless = _line.headless](kxRenderJob& job, const QString& camera,
+                                                               bool isTransparent, QString& reason)
     {
         job.transparent = isTransparent;
         job.camera.film = window->view()->isFilm();
-        job.camera.chosen = [window](float aspect) { return window->view()->viewCamera(aspect); };
+        job.camera.chosen = kxRenderCamera::chosenIn(*window, isHeadless);
         return job.camera.setName(camera, reason);
     };
     kxHostModule::hooks().render = [prepare](const QString& file, int width, int height, const QString& camera,

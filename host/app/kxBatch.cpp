@@ -7,12 +7,10 @@
 #include "kxRenderProgress.h"
 #include "kxSession.h"
 
-#include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <python/kxInterpreter.h>
 #include <trust/kxCodeTrust.h>
-#include <view/kxView3D.h>
 
 #include <QApplication>
 #include <QFileInfo>
@@ -99,13 +97,7 @@ bool kxBatch::render()
     QString error;
     if (!source.setName(_line.clip, error) || !job.camera.setName(_line.camera, error))
         return failed(error);
-    // Nobody looks through the view of a window that isn't shown: then the camera of a scene of ours, or of a script's,
-    // counts. Without one, and for models whose cameras mean something else, the whole scene is framed.
-    if (!_line.headless)
-        job.camera.chosen = [this](float aspect) { return _window->view()->viewCamera(aspect); };
-    else if (const osg::NodePtr camera = kxRenderCamera::firstCamera();
-             camera != osg::NullFC && (_line.scene.isEmpty() || kxSceneIO::isSceneFile(_line.scene)))
-        job.camera.chosen = [camera](float aspect) { return kxViewCamera::fromNode(camera, aspect); };
+    job.camera.chosen = kxRenderCamera::chosenIn(*_window, _line.headless);
     job.transparent = _line.transparent;
     return (_line.render.isEmpty() || renderPictures(job, source)) &&
            (_line.movie.isEmpty() || renderMovie(job, source));

@@ -154,7 +154,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     connect(_document, &kxDocument::changed, this, &kxMainWindow::updateTitle);
     connect(_document, &kxDocument::saved, this,
             [this](const QString& file) { say(tr("Saved '%1'").arg(QFileInfo(file).fileName())); });
-    connect(_document, &kxDocument::opened, _view, &kxView3D::frameAll);
+    connect(_document, &kxDocument::opened, _view, &kxView3D::showOpened);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMainWindow::updateSelectionText);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxMainWindow::updateSelectionText);
     updateTitle();
@@ -530,7 +530,7 @@ void kxMainWindow::renderWithDialog(int mode)
     film.stop(); // what plays would show other frames in between
     kxRenderJob job;
     job.camera = dialog.camera();
-    job.camera.chosen = [this](float aspect) { return _view->viewCamera(aspect); };
+    job.camera.chosen = kxRenderCamera::chosenIn(*this, false);
     job.transparent = dialog.isTransparent();
     QString error;
     const QString done = renderAs(dialog, job, error);

@@ -1,12 +1,30 @@
 #include "kxRenderCamera.h"
 
+#include "kxMainWindow.h"
+
 #include <animation/kxAnimEngine.h>
+#include <files/kxSceneIO.h>
 #include <kxAnimManager.h>
+#include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
+#include <scene/kxChosenCamera.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
+#include <view/kxView3D.h>
 
 #include <QCoreApplication>
+
+namespace
+{
+/// That the scene shows; null where there is none.
+osg::NodePtr firstCamera()
+{
+    const std::vector<kxRenderCamera::Entry> entries = kxRenderCamera::all();
+    return entries.empty() || osg::ViewpointPtr::dcast(entries.front().node->getCore()) != osg::NullFC
+               ? osg::NodePtr()
+               : entries.front().node;
+}
+} // namespace
 
 bool kxRenderCamera::find(float aspect, kxViewCamera& camera) const
 {
@@ -37,12 +55,18 @@ std::vector<kxRenderCamera::Entry> kxRenderCamera::all()
     return entries;
 }
 
-osg::NodePtr kxRenderCamera::firstCamera()
+kxRenderCamera::Chosen kxRenderCamera::chosenIn(kxMainWindow& window, bool isHeadless)
 {
-    const std::vector<Entry> entries = all();
-    return entries.empty() || osg::ViewpointPtr::dcast(entries.front().node->getCore()) != osg::NullFC
-               ? osg::NodePtr()
-               : entries.front().node;
+    kxView3D* const view = window.view();
+    if (!isHeadless || view->isTurned())
+        return [view](float aspect) { return view->viewCamera(aspect); };
+    osg::NodePtr camera = kxChosenCamera::get();
+    const QString source = window.document().source();
+    if (camera == osg::NullFC && (source.isEmpty() || kxSceneIO::isSceneFile(source)))
+        camera = firstCamera();
+    if (camera == osg::NullFC)
+        return nullptr;
+    return [id = camera->getId()](float aspect) { return kxViewCamera::fromNode(osg::living<osg::Node>(id), aspect); };
 }
 
 bool kxRenderCamera::setName(const QString& name, QString& error)

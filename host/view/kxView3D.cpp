@@ -15,6 +15,7 @@
 #include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/CameraLight.h>
+#include <scene/kxChosenCamera.h>
 #include <scene/kxScene.h>
 
 #include <QLocale>
@@ -132,9 +133,7 @@ osg::UInt32 kxView3D::cameraNodeId() const
 {
     if (const osg::NodePtr camera = filmCamera())
         return camera.getFieldContainerId();
-    const osg::NodePtr node = osg::living<osg::Node>(_cameraNodeId);
-    const bool inScene = node != osg::NullFC && kxNodeUtils::hasParent(node, kxScene::the()->superRoot());
-    return inScene && osg::CameraPtr::dcast(node->getCore()) != osg::NullFC ? _cameraNodeId : 0;
+    return kxChosenCamera::get().getFieldContainerId();
 }
 
 bool kxView3D::isMoving() const
@@ -303,6 +302,16 @@ void kxView3D::frameAll()
                                         : _rig.framed(_scene->bounds(), float(width()) / float(std::max(1, height()))));
 }
 
+void kxView3D::showOpened()
+{
+    const osg::NodePtr camera = kxChosenCamera::get();
+    if (camera == osg::NullFC)
+        frameAll();
+    else
+        lookThrough(camera.getFieldContainerId());
+    _isTurned = false;
+}
+
 void kxView3D::frameSelection()
 {
     _scene->setSelection(kxSelection::the().ids(kxSelection::Nodes));
@@ -315,7 +324,8 @@ void kxView3D::frameSelection()
 void kxView3D::setPose(const kxCameraRig::Pose& pose)
 {
     _way->stop();
-    _cameraNodeId = 0;
+    kxChosenCamera::set(osg::NodePtr());
+    _isTurned = true;
     _rig.setPose(pose);
     redraw(false);
     Q_EMIT viewChanged();
@@ -338,7 +348,7 @@ void kxView3D::lookThrough(osg::UInt32 nodeId)
     {
         _way->stop();
         releaseFilmCamera();
-        _cameraNodeId = nodeId;
+        kxChosenCamera::set(osg::living<osg::Node>(nodeId));
     }
     redraw(false);
     Q_EMIT viewChanged();
@@ -364,7 +374,8 @@ void kxView3D::leaveCamera()
 {
     if (cameraNodeId() != 0)
         _rig.setPose(_rig.poseOf(viewCamera(1)));
-    _cameraNodeId = 0;
+    kxChosenCamera::set(osg::NodePtr());
+    _isTurned = true;
     if (filmCamera() == osg::NullFC)
         return;
     _isFilmLeft = true;

@@ -36,7 +36,11 @@ public:
     /// Jumps there; leaves a camera of the scene.
     void setPose(const kxCameraRig::Pose& pose);
 
-    /// Looks through a camera of the scene, by the id of its node; 0 leaves it where it is.
+    /// Somebody has turned it since the scene was opened; looking through a camera is no turn.
+    bool isTurned() const { return _isTurned; }
+
+    /// Looks through a camera of the scene, by the id of its node, which is kept with the scene; 0 leaves it where it
+    /// is.
     void lookThrough(osg::UInt32 nodeId);
     /// The node of the camera that is looked through, 0 for none.
     osg::UInt32 cameraNodeId() const;
@@ -70,6 +74,8 @@ public:
 public Q_SLOTS:
     /// Everything into the picture; at once where nothing was shown yet.
     void frameAll();
+    /// Another scene is there: through the camera that was chosen in it, else all of it.
+    void showOpened();
     /// What is selected, or everything.
     void frameSelection();
     void setLocalAxes(bool local);
@@ -139,9 +145,9 @@ private:
     kxRenderOptions _options;
     kxViewSurface* _surface = nullptr; // a child
     kxViewActions* _actions = nullptr; // a child
-    osg::UInt32 _cameraNodeId = 0;     // that was chosen
     bool _film = true;
     bool _isFilmLeft = false; // by turning the view
+    bool _isTurned = false;
     osg::UInt32 _drawnCameraId = 0;
     QString _drawnMoment;           // see kxViewOverlay
     osg::UInt64 _drawnRevision = 0; // of the scene, in the last frame

@@ -22,6 +22,7 @@
 #include <kxFramePlayer.h>
 #include <kxMessageNames.h>
 #include <kxUndo.h>
+#include <scene/kxChosenCamera.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
 
@@ -332,6 +333,7 @@ void place(const kxSceneContent& content, bool isOurs)
         scene->addMaterial(material.get());
     moveChildren(content.clips.get(), kxAnimManager::the()->clipStructureRoot());
     moveChildren(content.sceneStructure.get(), kxAnimManager::the()->sceneStructureRoot());
+    kxChosenCamera::set(content.camera.get());
     for (const auto& [key, value] : content.settings)
         scene->setSetting(key, value);
     coverAnimations(content);

@@ -2,6 +2,7 @@
 
 #include <osg/AnimObject.h>
 #include <osg/ChangeList.h>
+#include <scene/kxChosenCamera.h>
 
 #include <QTimer>
 
@@ -165,6 +166,7 @@ void kxScene::clear()
     while (!_materials.empty())
         subMaterial(_materials.back());
     _settings.clear();
+    kxChosenCamera::set(NodePtr());
     markStructureChanged();
 }
 

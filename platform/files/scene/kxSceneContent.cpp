@@ -2,6 +2,7 @@
 
 #include <files/scene/kxSceneTiming.h>
 #include <kxAnimManager.h>
+#include <scene/kxChosenCamera.h>
 #include <scene/kxScene.h>
 
 using namespace osg;
@@ -23,6 +24,7 @@ kxSceneContent kxSceneContent::ofScene()
     content.materials.assign(kxScene::the()->materials().begin(), kxScene::the()->materials().end());
     content.clips = kxAnimManager::the()->clipStructureRoot();
     content.sceneStructure = kxAnimManager::the()->sceneStructureRoot();
+    content.camera = kxChosenCamera::get();
     content.settings = kxScene::the()->settings();
     content.animation = kxSceneTiming::values();
     return content;

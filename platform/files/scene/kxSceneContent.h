@@ -20,6 +20,7 @@ struct KX_API kxSceneContent
     std::vector<osg::Share<osg::Material>> materials; ///< in order
     osg::Share<osg::AnimNode> clips;                  ///< null, or a node whose children go into the clip structure
     osg::Share<osg::AnimNode> sceneStructure;         ///< the same for the scene structure
+    osg::Share<osg::Node> camera;                     ///< below one of these, or null, see kxChosenCamera
     std::map<std::string, std::string> settings;      ///< see kxScene::settings()
     std::map<std::string, double> animation;          ///< see kxSceneTiming
     /// Extent of the animations of a file of another program in seconds; empty where the end isn't after the start.

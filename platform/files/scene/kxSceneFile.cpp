@@ -31,7 +31,8 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
         report.fail(QStringLiteral("the scene is nested more than %1 deep").arg(kxContainerWriter::DeepestNesting));
 
     const kxRestScope rest(writer.containers());
-    out.startMap(Entries);
+    const quint64 camera = writer.number(content.camera.get());
+    out.startMap(Entries + quint64(camera != 0));
     if (!writer.write(out, position)) // two entries
     {
         report.cancel();
@@ -47,6 +48,8 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
     writeNumber("scenery", content.scenery.get());
     writeNumber("clips", content.clips.get());
     writeNumber("sceneStructure", content.sceneStructure.get());
+    if (camera != 0)
+        writeNumber("camera", content.camera.get());
     kxContainerWriter::appendKey(out, "materials");
     out.startArray(quint64(content.materials.size()));
     for (const osg::Share<Material>& material : content.materials)
@@ -63,7 +66,7 @@ kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content
 /// What a file holds beside its containers.
 struct Top
 {
-    quint32 root = 0, sceneplates = 0, scenery = 0, clips = 0, sceneStructure = 0;
+    quint32 root = 0, sceneplates = 0, scenery = 0, clips = 0, sceneStructure = 0, camera = 0;
     std::vector<quint32> materials;
 };
 
@@ -81,6 +84,8 @@ void readEntry(const std::string& key, kxCborInput& in, kxContainerReader& reade
         top.clips = reader.readNumber();
     else if (key == "sceneStructure")
         top.sceneStructure = reader.readNumber();
+    else if (key == "camera")
+        top.camera = reader.readNumber();
     else if (key == "materials")
     {
         const quint64 count = in.enterArray();
@@ -183,6 +188,7 @@ bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& con
     content.scenery = reader.getRoot<Node>(top.scenery);
     content.clips = reader.getRoot<AnimNode>(top.clips);
     content.sceneStructure = reader.getRoot<AnimNode>(top.sceneStructure);
+    content.camera = reader.get<Node>(top.camera);
     for (const quint32 number : top.materials)
         if (const MaterialPtr material = reader.get<Material>(number); material != NullFC)
             content.materials.emplace_back(material);

@@ -7,10 +7,12 @@
 #include <app/kxRenderDialog.h>
 #include <app/kxRenderJob.h>
 #include <app/kxRenderProgress.h>
+#include <files/scene/kxFileReport.h>
 #include <kxAnimFixture.h>
 #include <osg/Share.h>
 #include <scene/CameraLight.h>
 #include <scene/UberMaterial.h>
+#include <view/kxView3D.h>
 
 #include <QtWidgets>
 
@@ -173,6 +175,42 @@ private Q_SLOTS:
         QVERIFY(frame(6, dialog.camera()) == frame(6, far));
         choice->setCurrentIndex(0);
         QVERIFY(dialog.camera().film && frame(30, dialog.camera()) == frame(30, far));
+    }
+
+    /// Chosen cameras are kept; without anybody at the window they count, then the first camera of a scene of ours.
+    void theChosenCameraIsKeptWithTheScene()
+    {
+        filmOfTwoCameras();
+        const auto node = [](const char* name)
+        {
+            const std::vector<osg::NodePtr> nodes = objects();
+            return *std::find_if(nodes.begin(), nodes.end(),
+                                 [name](const osg::NodePtr& object) { return object->getNodeName() == name; });
+        };
+        const auto eye = [&node](const char* name) { return kxViewCamera::fromNode(node(name), 1).eye(); };
+        kxMainWindow window;
+        kxView3D* const view = window.view();
+        const auto seen = [&window](bool headless)
+        {
+            const kxRenderCamera::Chosen chosen = kxRenderCamera::chosenIn(window, headless);
+            return chosen ? chosen(1).eye() : QVector3D(99, 99, 99);
+        };
+        kxFileReport report(path("chosen.kxs"));
+        const auto reopens = [&]
+        {
+            return window.document().write(report.file(), report) && window.document().newScene() &&
+                   window.document().open(report.file(), report);
+        };
+        QVERIFY(reopens());
+        QVERIFY(view->cameraNodeId() == 0 && seen(true) == eye("Near") && seen(false) == view->viewCamera(1).eye());
+        view->lookThrough(node("Far")->getId());
+        QVERIFY(!window.document().isUnsaved() && reopens());
+        QCOMPARE(view->cameraNodeId(), node("Far")->getId());
+        QVERIFY(seen(true) == eye("Far") && seen(false) == eye("Far"));
+        view->setPose({QVector3D(1, 2, 3), 4, 50, 6});
+        QVERIFY(seen(true) == view->viewCamera(1).eye() && seen(true) != eye("Far"));
+        QVERIFY(reopens() && view->cameraNodeId() == 0);
+        QCOMPARE(seen(true), eye("Near"));
     }
 
     void moviesShowThePicturesOfTheirFrames_data()
