@@ -44,72 +44,11 @@ def renders_a_range(folder):
     assert counted.strip() == "%d/1,%d" % (fixtures.FPS, len(names)), counted
 
 
-FILM = """
-import math
-from kxAnimWidgets import *
-from kxHost import *
-clips = [createAnimClip(name, kxNodePtr()) for name in ("Apart", "Together", "Film")]
-apart, together, film = clips
-for i in range(20):
-    part = addObject("box", "Part %%d" %% i)
-    at, to = (0, 0.3 * i, 0), (4 * math.cos(i), 0.3 * i, 4 * math.sin(i))
-    addTranslationControlPoints(part, [0.0, 0.8], [at, to], False)
-    createAnimationBlockForNode(part, False)
-    for clip in (apart, together):
-        addToAnimClip(clip, findAnimBlock(part.name), i)
-setAnimClipFlipped(together, True)
-for clip, start in ((apart, 5), (together, 60)):
-    addToAnimClip(film, clip, 0)
-    setAnimClipStart(clip, start, False)
-setAnimClipDuration(together, 30)
-looks = [addObject(kind, kind) for kind in ("sphere", "cone", "torus")]
-addVariantSet(looks, "Look")
-views = [addViewpoint(name) for name in ("Wide", "Close")]
-for i, view in enumerate(views):
-    for channel, value in (("translation.X", 9 - 3 * i), ("translation.Y", 7 - 2 * i), ("translation.Z", 14 - 5 * i)):
-        setChannelValue(view, channel, value)
-addToAnimClip(film, findCameraTrackBlock(addCameraTrack(views, 1, "Flight").name), 70)
-addSequence([("variant", "Look", "torus")], "Tour")
-for kind, name, frame in (("viewpoint", "Wide", 0), ("variant", "Look/cone", 28), ("viewpoint", "Close", 30),
-                          ("sequence", "Tour", 40), ("variant", "Look", 55)):
-    addTrigger(film, kind, name, frame)
-saveScene(%(scene)r)
-"""
-PLAY = """
-from kxAnimWidgets import *
-from kxHost import *
-film = findAnimClip("Film")
-for way, frames in (("forward", range(100)), ("back", reversed(range(100)))):
-    for frame in frames:
-        showAnimation(film, frame)
-        if frame in %(frames)r:
-            render("%(folder)s/%%s_%%02d.png" %% (way, frame), 96, 54)
-"""
-
-
 def script(folder, name, text):
     path = os.path.join(folder, name)
     with open(path, "w") as file:
         file.write(text)
     return path
-
-
-def the_film_is_what_plays(folder):
-    """20 parts that fly apart and, flipped and stretched, together, variants, a cut, a flight, and a sequence that no
-    picture runs: each frame is the same picture rendered and shown on the way there and back."""
-    scene, frames = os.path.join(folder, "film.kxs"), (0, 9, 20, 31, 47, 60, 75, 88, 99)
-    succeeds(folder, "--script", script(folder, "make.py", FILM % {"scene": scene}))
-    succeeds(folder, scene, "--script", script(folder, "play.py", PLAY % {"folder": folder, "frames": frames}))
-    succeeds(folder, scene, "--clip", "Film", "--frames", "0:99", "--size", "96x54",
-             "--render", os.path.join(folder, "rendered_%02d.png"))
-    seen = {}
-    for frame in frames:
-        pictures = [png(os.path.join(folder, "%s_%02d.png" % (way, frame)), (96, 54))
-                    for way in ("rendered", "forward", "back")]
-        assert len(set(pictures)) == 1, "frame %d is another picture where it is %s" % (
-            frame, "played back" if pictures[0] == pictures[1] else "played")
-        seen[pictures[0]] = frame
-    assert len(seen) == len(frames), "only %d of %d frames differ" % (len(seen), len(frames))
 
 
 def code_of_a_file_waits(folder):
@@ -153,5 +92,5 @@ def shows_and_exports_the_file(folder):
                 poses.check("%s at %g s" % (name, seconds), values[name], wanted[name][seconds])
 
 
-cases.limited(lambda folder: cases.run([renders_a_range, the_film_is_what_plays, code_of_a_file_waits,
-                                        takes_a_screenshot, shows_and_exports_the_file], folder))
+cases.limited(lambda folder: cases.run([renders_a_range, code_of_a_file_waits, takes_a_screenshot,
+                                        shows_and_exports_the_file], folder))
