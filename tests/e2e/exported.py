@@ -105,6 +105,9 @@ def make_clips(timings, turn):
     held = block("clip: ends that are held, one after the other")
     copy(flat, held, 6, range=(1.0, 1.0)), copy(flat, held, 30, range=(2.5, 2.5)), copy(flat, held, 90, stretch=0.5)
     cases[-1] += ("Flat",)
+    for more in ({}, dict(channel="visible", keys=[(0.0, 0.0), (1.0, 1.0), (2.0, 0.0), (3.0, 1.0)])):
+        copy(flat, block("clip: steps, flipped, before their bar", tangents="constant", **more), 48, flipped=True)
+        cases[-1] += ("Flat",)
     outer = tools.createAnimClip("Outer", None)
     inner = tools.createAnimClip("Inner", outer)
     for more in ({}, turn):

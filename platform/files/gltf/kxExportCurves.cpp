@@ -128,7 +128,11 @@ public:
         const Fit& front = fits.front();
         const bool jumps = _curves._isHeld && _curves.isJump(_curves._before, front.first);
         const float before = std::nextafter(front.start, -INFINITY);
-        if (jumps && before >= 0)
+        // Far enough before the jump to be told from it when a file of ours is read.
+        const float early = float(double(front.start) - 2 * kxNodeTime::tolerance(double(front.start)));
+        if (jumps && early >= 0)
+            push(early, {}, _curves._before, {});
+        if (jumps && before >= 0 && (early < 0 || !isStepped()))
             push(before, {}, _curves._before, {});
         push(front.start, {}, front.first, front.firstSlope);
         for (std::size_t i = 1; i < fits.size(); ++i)

@@ -5,6 +5,7 @@
 #include <osg/FieldContainerFactory.h>
 
 #include <algorithm>
+#include <set>
 
 using namespace osg;
 
@@ -30,6 +31,9 @@ int typeOf(unsigned width)
 
 void kxGltfAnimations::write(const std::vector<Animation>& animations)
 {
+    for (const tinygltf::Node& node : _model.nodes)
+        if (node.extensions.count(kxGltfProperties::Visibility) > 0)
+            use(_model, kxGltfProperties::Visibility);
     for (const Animation& animation : animations)
         reserveStrength(animation);
     for (std::size_t i = 0; i < animations.size(); ++i)
@@ -44,6 +48,10 @@ void kxGltfAnimations::write(const std::vector<Animation>& animations)
                        "for that, %2 animated values left out")
             .arg(_added)
             .arg(_left));
+    if (_still > 0)
+        _report.tell(QStringLiteral("%1 objects are shown or hidden all through an animation as they are anyway: it "
+                                    "doesn't say so again")
+                         .arg(_still));
 }
 
 /// What lights up brighter than 1 in an animation needs a strength that all of them share.
@@ -118,13 +126,26 @@ void kxGltfAnimations::write(const Animation& source)
     if (earliest < 0)
         extras[kxAnimImport::ShiftName] = tinygltf::Value(-earliest);
     out.extras = tinygltf::Value(extras);
+    std::vector<kxExportCurves::Sampler> samplers;
+    std::set<UInt32> moving; // ids
+    for (const kxGltfProperty& property : properties)
+    {
+        if (!kxProgress::goesOn(double(samplers.size()) / double(properties.size())))
+            return;
+        samplers.push_back(curvesOf(source, property).sampler(-earliest));
+        noteDistance(source, property, samplers.back().off);
+        if (!isAsInModel(property, samplers.back()))
+            moving.insert(choiceOf(property));
+    }
     for (std::size_t i = 0; i < properties.size(); ++i)
     {
         const kxGltfProperty& property = properties[i];
-        if (!kxProgress::goesOn(double(i) / double(properties.size())))
-            return;
-        const kxExportCurves::Sampler sampler = curvesOf(source, property).sampler(-earliest);
-        noteDistance(source, property, sampler.off);
+        const kxExportCurves::Sampler& sampler = samplers[i];
+        if (!moving.empty() && moving.count(choiceOf(property)) == 0)
+        {
+            ++_still;
+            continue;
+        }
         const auto block = source.blocks.find(property.owner);
         const int index = addSampler(sampler, property, out);
         for (const std::string& pointer : property.pointers)
@@ -132,6 +153,24 @@ void kxGltfAnimations::write(const Animation& source)
     }
     if (!out.channels.empty())
         _model.animations.push_back(std::move(out));
+}
+
+/// The parts of a choice go out together or not at all.
+UInt32 kxGltfAnimations::choiceOf(const kxGltfProperty& property)
+{
+    return property.inputs.back().container->getId();
+}
+
+bool kxGltfAnimations::isAsInModel(const kxGltfProperty& property, const kxExportCurves::Sampler& sampler) const
+{
+    if (!property.isTruth)
+        return false;
+    const auto place = _places.nodes.find(property.owner);
+    const tinygltf::ExtensionMap& extensions = _model.nodes[std::size_t(place->second)].extensions;
+    const auto own = extensions.find(kxGltfProperties::Visibility);
+    const bool isShown = own == extensions.end() || own->second.Get("visible").Get<bool>();
+    return std::all_of(sampler.values.begin(), sampler.values.end(),
+                       [isShown](float value) { return (value > 0) == isShown; });
 }
 
 void kxGltfAnimations::noteDistance(const Animation& source, const kxGltfProperty& property, double off)

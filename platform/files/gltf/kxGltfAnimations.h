@@ -16,6 +16,10 @@ public:
 
 private:
     void write(const kxExportSources::Animation& source);
+    /// Says of a node whether it is shown, and always what the model says without the animation. Programs that know no
+    /// pointers may pass over an animation that has some, so one that moves something else is written without these.
+    bool isAsInModel(const kxGltfProperty& property, const kxExportCurves::Sampler& sampler) const;
+    static osg::UInt32 choiceOf(const kxGltfProperty& property);
     /// Says what isn't as near as the rest.
     void noteDistance(const kxExportSources::Animation& source, const kxGltfProperty& property, double off);
     void reserveStrength(const kxExportSources::Animation& source);
@@ -30,6 +34,6 @@ private:
     const kxGltfPlaces& _places;
     kxFileReport& _report;
     std::map<std::pair<int, std::vector<float>>, int> _accessors; // by type and values: what is equal is written once
-    std::size_t _added = 0, _left = 0;                            // keys; animated values
+    std::size_t _added = 0, _left = 0, _still = 0;                // keys; animated values; channels without effect
     std::size_t _parts = 20000000; // of time that may still be looked at; a file may claim any number of repeats
 };

@@ -252,6 +252,35 @@ private Q_SLOTS:
         QCOMPARE(namesOf(3), QStringLiteral("Scene"));
     }
 
+    /// Programs that know no pointers are spared those that change nothing, unless there is nothing else.
+    void whatStaysShownNeedsNoPointer_data()
+    {
+        kxColumns<bool, bool, bool>("moves", "hides", "points");
+        kxRow("moves", true, false, false);
+        kxRow("hides", true, true, true);
+        kxRow("is all there is", false, false, true);
+    }
+
+    void whatStaysShownNeedsNoPointer()
+    {
+        QFETCH(bool, moves);
+        QFETCH(bool, hides);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "visible", "", 3, {{1, 1}, {3, hides ? 0.0f : 1.0f}}, TangentType::Constant);
+        if (moves)
+            addCurve(object, "translation", "", 1, {{1, 4}, {3, 5}}, TangentType::Linear);
+        const AnimNodePtr block = kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "block");
+        kxAnimManager::the()->addToClipStructure(kxAnimFixture::clip("wizard", {kxAnimFixture::clone(block, 0)}));
+        block->setTravMask(0);
+        QVERIFY(roundTrip());
+        QCOMPARE(kxAnimManager::the()->clipStructureRoot()->getNChildren(), UInt32(1));
+        bool found = false;
+        for (const std::string& used : written().extensionsUsed)
+            found = found || used == "KHR_animation_pointer";
+        QTEST(found, "points");
+        QCOMPARE(_told.contains("1 objects are shown or hidden"), moves && !hides);
+    }
+
     void whatStartsBeforeZeroComesBackThere()
     {
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
