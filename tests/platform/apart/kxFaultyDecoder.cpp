@@ -45,7 +45,7 @@ int main()
         if (what == "abort")
             std::abort();
         if (what == "end")
-            return 0;
+            _exit(0);
         if (what == "sleep" || what == "half")
         {
             if (what == "half")
@@ -63,5 +63,5 @@ int main()
         if (what == "good")
             give({1, 1, 1, 4}, QByteArray("\1\2\3\4", 4));
     }
-    return 0;
+    _exit(0); // nobody looks for leaks here
 }

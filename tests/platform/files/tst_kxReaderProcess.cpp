@@ -29,9 +29,7 @@ private Q_SLOTS:
         kxColumns<QString>("reason");
         const auto row = [](const char* act, const char* reason)
         { kxRow(act, QStringLiteral("the reader of TEST files stopped: ") + reason); };
-#ifdef KX_SANITIZED
-        row("crash", "it gave up on an error of its own");
-#else
+#ifndef KX_SANITIZED // which end a process in their own way, give it more time, and limit no memory
         row("crash", "it crashed (segmentation fault)");
         row("memory", "it needed more than 0.0625 GB of memory");
         row("loop", "it took more than 1 s of processor time");
@@ -112,11 +110,11 @@ private Q_SLOTS:
     {
         kxColumns<QByteArray, QString>("bytes", "reason");
         const auto model = [](const char* name) { return bytesOfFile(modelsFolder() + QLatin1String(name)); };
-        kxRow("endless.ply", QByteArray("ply\nformat ascii 1.0\nproperty list uint8 int"), "it took more than 1 s");
         if (modelsFolder().isEmpty())
-            return;
+            QSKIP("the model collection isn't installed");
         kxRow("cut.cob", model("/COB/spider_6_6.cob").left(12800), "it met an error that it doesn't handle");
-#ifndef KX_SANITIZED // where libraries of others aren't looked into, some go on
+#ifndef KX_SANITIZED // see above
+        kxRow("endless.ply", QByteArray("ply\nformat ascii 1.0\nproperty list uint8 int"), "it took more than 1 s");
         kxRow("index.mdl", model("/MDL/MDL (HL1)/duplicate_submodels.mdl").replace(1970, 1, "\200"), "it crashed");
 #endif
     }
