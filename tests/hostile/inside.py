@@ -36,7 +36,14 @@ def use(folder):
     kxHost.openScene(kept)  # what was saved has to open
 
 
+def settle():
+    """A script that goes on for ever keeps widgets alive that are to be deleted when it returns."""
+    kxHost.processEvents()
+    ctypes.CDLL("libQt5Core.so.5")._ZN16QCoreApplication16sendPostedEventsEP7QObjecti(None, DEFERRED_DELETE)
+
+
 def tried(way, path, uses, folder):
+    settle()
     try:
         if way == "open":
             kxHost.openScene(path)
@@ -50,16 +57,13 @@ def tried(way, path, uses, folder):
         return "ended its reader" if " stopped: " in str(error) else "refused"
     if uses:
         use(folder)
-    kxHost.processEvents()
     return "opened"
 
 
 def resident():
     """Bytes in use with nothing open."""
     kxHost.newScene()
-    kxHost.processEvents()
-    # A script that goes on for ever keeps widgets alive that are to be deleted when it returns.
-    ctypes.CDLL("libQt5Core.so.5")._ZN16QCoreApplication16sendPostedEventsEP7QObjecti(None, DEFERRED_DELETE)
+    settle()
     gc.collect()
     ctypes.CDLL(None).malloc_trim(0)
     with open("/proc/self/statm") as file:
