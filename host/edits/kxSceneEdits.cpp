@@ -270,6 +270,9 @@ bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent,
     const osg::Share<osg::Node> share(node);
     if (node == osg::NullFC || !takesObjects(target) || !kxNodePermission::allows(target, kxScenegraphTypes::AddChild))
         return false;
+    if (!target->addChild(node))
+        return false;       // it would stand too deep
+    target->subChild(node); // the command puts it there
     node->setNodeName(freeName(node->getNodeName(), namesInScene()));
     const kxScopedUndo scope(true);
     auto* const command = new kxPlaceNodesCommand(kxUndoString(text, QStringLiteral("Scene")));

@@ -88,7 +88,7 @@ osg::NodePtr addObject(const std::string& kind, const std::string& name, const b
             surface->setMaterial(material);
         }
         if (!kxSceneEdits::addNode(node, parent, QStringLiteral("Add %1").arg(entry.name)))
-            kxRaise(PyExc_ValueError, "the parent takes no children");
+            kxRaise(PyExc_ValueError, "the parent takes no children, or stands too deep");
         return node;
     }
     kxRaise(PyExc_ValueError, "no object is called '" + kind + "'; there are: " + known.join(", ").toStdString());

@@ -1,11 +1,26 @@
 #include <osg/Node.h>
 
+#include <kxLog.h>
 #include <scene/FieldDescription.h>
 
 #include <algorithm>
 
 namespace osg
 {
+
+namespace
+{
+/// What holds this can be written, with all that a node owns, and walked over.
+constexpr unsigned DeepestTree = 1450;
+
+unsigned heightOf(const Node& node)
+{
+    unsigned height = 0;
+    for (const NodePtr& child : node.getChildren())
+        height = std::max(height, heightOf(*child) + 1);
+    return height;
+}
+} // namespace
 
 FieldContainerType NodeCore::_type("NodeCore", &AttachmentContainer::_type, "NodeCore", nullptr, nullptr);
 FieldContainerType Node::_type(
@@ -87,9 +102,15 @@ bool Node::insertChild(UInt32 index, const NodePtr& child)
 {
     if (child == NullFC || child->getType().getGroupId() != getType().getGroupId())
         return false;
-    for (const Node* above = this; above != nullptr; above = above->_parent.getCPtr())
+    unsigned depth = 0;
+    for (const Node* above = this; above != nullptr; above = above->_parent.getCPtr(), ++depth)
         if (above == child.getCPtr())
             return false;
+    if (depth + heightOf(*child) > DeepestTree)
+    {
+        kxLog::warning(QStringLiteral("Nothing can be nested more than %1 deep.").arg(DeepestTree));
+        return false;
+    }
     child->addRef();
     if (child->_parent != NullFC)
         child->_parent->subChild(child);

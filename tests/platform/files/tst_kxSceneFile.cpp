@@ -143,6 +143,28 @@ private Q_SLOTS:
         QVERIFY(kxSceneIO::save(path, report));
         QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
         QCOMPARE(TransformPtr::dcast(nodeNamed("spoilt \xff\xfe")->getCore())->getTranslation()[1], 5.0f);
+
+        // As deep as anybody likes, by steps and by joining deep trees.
+        for (const NodePtr& top : {kxScene::the()->root(), NodePtr(kxAnimManager::the()->clipStructureRoot())})
+        {
+            const auto deeper = [&top](const NodePtr& node)
+            {
+                const osg::Share<Node> made(FCPtr<Node>::dcast(top->getType().create()));
+                return node->addChild(made.get()) ? node->getChild(node->getNChildren() - 1) : NodePtr();
+            };
+            for (NodePtr end = top; end != NullFC;)
+                end = deeper(end);
+            const NodePtr first = deeper(top), second = deeper(top);
+            NodePtr end = first, other = second;
+            for (int i = 0; i < 1000; ++i)
+            {
+                end = deeper(end);
+                other = deeper(other);
+            }
+            QVERIFY(!end->addChild(second) && second->getParent() == top);
+        }
+        QVERIFY2(kxSceneIO::save(path, report) && kxSceneIO::open(path, report), qPrintable(report.error()));
+        QVERIFY2(report.notes().isEmpty(), qPrintable(report.notes().join(QString())));
     }
 
     void damagedFilesAreRefused()
