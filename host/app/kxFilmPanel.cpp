@@ -110,6 +110,7 @@ kxFilmPanel::kxFilmPanel(kxSceneryStage* stage, QWidget* parent)
     connect(&kxHistory::the(), &kxHistory::changed, this, &kxFilmPanel::fillSources);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxFilmPanel::fillSources);
     connect(kxScene::the(), &kxScene::settingsChanged, this, &kxFilmPanel::fillMarkers);
+    connect(kxScene::the(), &kxScene::settingsChanged, &_player, &kxFilmPlayer::refresh);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxFilmPanel::fillMarkers);
     fillSources();
     fillMarkers();

@@ -3,13 +3,16 @@
 #include <animation/kxAnimEngine.h>
 #include <animation/kxFrameTime.h>
 #include <animation/kxPlaybackClock.h>
+#include <edits/kxSettingCommand.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
 #include <kxFramePlayer.h>
 #include <kxScenegraph.h>
+#include <kxUndo.h>
 #include <osg/FieldContainerFactory.h>
 #include <scene/kxScene.h>
+#include <scene/kxScenery.h>
 #include <view/kxView3D.h>
 
 #include <algorithm>
@@ -56,16 +59,36 @@ void kxFilmPlayer::setClip(const osg::AnimNodePtr& clip)
 {
     halt();
     _clipId = clip.getFieldContainerId();
-    _isRangeSet = false;
-    _range = kxRenderSource(clip).range();
+    _range = present();
     _frame = clip == osg::NullFC ? kxAnimManager::the()->currentFrame() : _range.first;
     Q_EMIT changed();
 }
 
+std::string kxFilmPlayer::rangeKey() const
+{
+    const osg::AnimNodePtr played = clip();
+    return kxScenery::filmRangeKey(played == osg::NullFC ? std::string() : played->getNodeName());
+}
+
+kxRenderSource::Range kxFilmPlayer::present() const
+{
+    const QStringList kept = QString::fromStdString(kxSettingCommand::stored(rangeKey())).split(QLatin1Char(' '));
+    bool isFirst = false, isLast = false;
+    const int first = kept.value(0).toInt(&isFirst), last = kept.value(1).toInt(&isLast);
+    const bool isRange = isFirst && isLast && first <= last && first >= -kxRenderSource::LargestFrame &&
+                         last <= kxRenderSource::LargestFrame; // a file may hold anything
+    return isRange ? kxRenderSource::Range{first, last} : kxRenderSource(clip()).range();
+}
+
 void kxFilmPlayer::setRange(int first, int last)
 {
-    _isRangeSet = true;
-    _range = {std::min(first, last), std::max(first, last)};
+    const kxRenderSource::Range whole = kxRenderSource(clip()).range();
+    const auto [low, high] = std::minmax(first, last);
+    const bool isWhole = low == whole.first && high == whole.last;
+    kxSettingCommand::add(
+        rangeKey(), isWhole ? std::string() : std::to_string(low) + ' ' + std::to_string(high),
+        kxUndoString(QStringLiteral("Film from %1 to %2"), QStringLiteral("Scenery")).arg(low).arg(high));
+    _range = {low, high};
     Q_EMIT changed();
 }
 
@@ -73,10 +96,10 @@ void kxFilmPlayer::refresh()
 {
     if (_clipId != 0 && clip() == osg::NullFC)
         setClip(osg::AnimNodePtr());
-    const kxRenderSource::Range whole = kxRenderSource(clip()).range();
-    if (_isRangeSet || (whole.first == _range.first && whole.last == _range.last))
+    const kxRenderSource::Range range = present();
+    if (range.first == _range.first && range.last == _range.last)
         return;
-    _range = whole;
+    _range = range;
     Q_EMIT changed();
 }
 

@@ -15,14 +15,15 @@ public:
     explicit kxFilmPlayer(kxSceneryStage* stage, QObject* parent = nullptr);
     ~kxFilmPlayer() override;
 
-    /// Null for the timeline. A clip that is gone counts as the timeline. In and out become its whole extent.
+    /// Null for the timeline. A clip that is gone counts as the timeline.
     void setClip(const osg::AnimNodePtr& clip);
     osg::AnimNodePtr clip() const;
 
-    /// Both included, in order. The whole extent, until it is set.
+    /// Both included, in order. What the scene keeps for the clip or the timeline, else the whole extent.
     kxRenderSource::Range range() const { return _range; }
+    /// Kept with the scene, as a step; the whole extent is kept as none.
     void setRange(int first, int last);
-    /// What is played may have another extent.
+    /// What is played may have another extent or range.
     void refresh();
     bool isLooping() const { return _isLooping; }
     void setLooping(bool loops);
@@ -44,6 +45,9 @@ Q_SIGNALS:
     void changed();
 
 private:
+    /// Of the scene's setting that keeps in and out.
+    std::string rangeKey() const;
+    kxRenderSource::Range present() const;
     void tick();
     void wrap();
     void show(double frame, bool isAnew);
@@ -52,7 +56,6 @@ private:
     kxSceneryStage* _stage;
     osg::UInt32 _clipId = 0;
     kxRenderSource::Range _range;
-    bool _isRangeSet = false;
     bool _isLooping = false;
     double _frame = 0;
     int _ticks = 0; // number of the clock's ticker, 0 for none

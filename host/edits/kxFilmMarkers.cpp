@@ -1,8 +1,8 @@
 #include "kxFilmMarkers.h"
 
+#include "kxSettingCommand.h"
+
 #include <animation/kxTimeLimit.h>
-#include <kxCommand.h>
-#include <scene/kxScene.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,40 +16,13 @@ typedef kxFilmMarkers::Marker Marker;
 
 constexpr char Key[] = "film.markers"; ///< [{"frame": 12, "name": "Doors"}]
 
-std::string stored()
-{
-    const auto& settings = kxScene::the()->settings();
-    const auto found = settings.find(Key);
-    return found == settings.end() ? std::string() : found->second;
-}
-
-class SetMarkersCommand : public kxCommand
-{
-public:
-    SetMarkersCommand(std::string markers, const QString& text)
-        : kxCommand(text), _before(stored()), _after(std::move(markers))
-    {
-    }
-
-private:
-    void apply(bool forward) override
-    {
-        auto settings = kxScene::the()->settings();
-        settings[Key] = forward ? _after : _before;
-        if (settings[Key].empty())
-            settings.erase(Key);
-        kxScene::the()->setSettings(settings);
-        kxScene::the()->markSettingsChanged();
-    }
-
-    std::string _before, _after;
-};
 } // namespace
 
 std::vector<Marker> kxFilmMarkers::all()
 {
     std::vector<Marker> markers;
-    for (const QJsonValue& value : QJsonDocument::fromJson(QByteArray::fromStdString(stored())).array())
+    for (const QJsonValue& value :
+         QJsonDocument::fromJson(QByteArray::fromStdString(kxSettingCommand::stored(Key))).array())
     {
         const QJsonObject object = value.toObject();
         const QJsonValue frame = object.value(QLatin1String("frame"));
@@ -70,8 +43,7 @@ void kxFilmMarkers::set(std::vector<Marker> markers, const QString& text)
         array.append(QJsonObject{{QStringLiteral("frame"), marker.frame}, {QStringLiteral("name"), marker.name}});
     const std::string after =
         array.isEmpty() ? std::string() : QJsonDocument(array).toJson(QJsonDocument::Compact).toStdString();
-    if (after != stored())
-        kxUndoStack::get(0).add(new SetMarkersCommand(after, text));
+    kxSettingCommand::add(Key, after, text);
 }
 
 const Marker* kxFilmMarkers::next(const std::vector<Marker>& markers, double frame, bool forward)

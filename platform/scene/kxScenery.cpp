@@ -327,12 +327,34 @@ bool kxScenery::renameAnimation(const std::string& before, const std::string& af
     return isKnown;
 }
 
+std::string kxScenery::filmRangeKey(const std::string& clip)
+{
+    return clip.empty() ? "film.range" : "film.range/" + clip;
+}
+
+namespace
+{
+/// In and out stay with a clip that gets another name.
+void followFilmRange(const std::string& before, const std::string& after, const AnimNodePtr& animation)
+{
+    auto settings = kxScene::the()->settings();
+    const auto known = settings.find(kxScenery::filmRangeKey(before));
+    if (known == settings.end() || AnimClipPtr::dcast(animation->getCore()) == NullFC)
+        return;
+    settings[kxScenery::filmRangeKey(after)] = known->second;
+    settings.erase(known);
+    kxScene::the()->setSettings(settings);
+    kxScene::the()->markSettingsChanged();
+}
+} // namespace
+
 void kxScenery::followAnimation(const AnimNodePtr& animation, const std::string& after)
 {
     const std::string before = animation->getNodeName();
     if (before.empty() || before == after)
         return;
     // Clones in clips have the name of their block: a step means what it would play.
+    followFilmRange(before, after, animation);
     const auto isMeant = [&] { return kxAnimManager::the()->find(before) == animation; };
     if (renameAnimation(before, after, kxScene::the()->sceneryRoot(), isMeant))
         kxScene::the()->markStructureChanged();

@@ -76,4 +76,6 @@ KX_API void followAnimation(const osg::AnimNodePtr& animation, const std::string
 /// once there is such a step, and has the last word. False where nothing was written.
 KX_API bool renameAnimation(const std::string& before, const std::string& after, const osg::NodePtr& scenery,
                             const std::function<bool()>& isMeant = {});
+/// The setting of the scene that holds in and out of the film of a clip, of the timeline for an empty name.
+KX_API std::string filmRangeKey(const std::string& clip);
 } // namespace kxScenery

@@ -10,6 +10,7 @@
 #include <kxAnimEvaluator.h>
 #include <kxAnimFixture.h>
 #include <kxFramePlayer.h>
+#include <kxScenegraph.h>
 #include <kxTexts.h>
 #include <view/kxView3D.h>
 
@@ -236,6 +237,42 @@ private Q_SLOTS:
         kxScene::the()->markSettingsChanged();
         kxScene::the()->flush();
         QCOMPARE(rows(), QStringList("7 "));
+    }
+
+    void inAndOutAreKept()
+    {
+        const QByteArray before = bytes();
+        const int start = kxHistory::the().index();
+        const auto choose = [this](int row)
+        {
+            flush();
+            kxHistory::the().flush();
+            source()->setCurrentIndex(row);
+            Q_EMIT source()->activated(row);
+            return QString("%1 %2").arg(field("_filmIn")->value()).arg(field("_filmOut")->value());
+        };
+        field("_filmIn")->setValue(31);
+        kxHistory::the().flush();
+        field("_filmOut")->setValue(70);
+        const QString timeline = choose(0);
+        QVERIFY(timeline != "31 70" && bytes() != before);
+        field("_filmOut")->setValue(17);
+        kxNodeUtils::setName(_clip, "Opening", true, osg::NodePtr());
+        QCOMPARE(choose(1), QString("31 70"));
+        QCOMPARE(choose(0), timeline.section(' ', 0, 0) + " 17");
+        _panel = std::make_unique<kxFilmPanel>(&_stage); // as after opening the file
+        _player = &_panel->player();
+        QCOMPARE(choose(1), QString("31 70"));
+        field("_filmIn")->setValue(24);
+        field("_filmOut")->setValue(120); // all of it follows the clip again
+        QVERIFY(kxScene::the()->settings().count("film.range/Opening") == 0);
+        while (kxHistory::the().index() > start)
+            kxHistory::the().undo();
+        QCOMPARE(choose(1), QString("24 120"));
+        QCOMPARE(bytes(), before);
+        kxScene::the()->setSetting("film.range/Show", "9 x");
+        kxScene::the()->markSettingsChanged();
+        QCOMPARE(choose(1), QString("24 120"));
     }
 
     void theViewAloneIsSeen()
