@@ -308,7 +308,11 @@ void kxView3D::showOpened()
     if (camera == osg::NullFC)
         frameAll();
     else
+    {
+        _scene->update();
+        _rig.setPose(_rig.framed(_scene->bounds(), 1)); // who leaves the camera turns around what is there
         lookThrough(camera.getFieldContainerId());
+    }
     _isTurned = false;
 }
 

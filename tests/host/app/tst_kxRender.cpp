@@ -203,10 +203,11 @@ private Q_SLOTS:
         };
         QVERIFY(reopens());
         QVERIFY(view->cameraNodeId() == 0 && seen(true) == eye("Near") && seen(false) == view->viewCamera(1).eye());
+        view->setPose({QVector3D(), 800, 0, 0});
         view->lookThrough(node("Far")->getId());
         QVERIFY(!window.document().isUnsaved() && reopens());
         QCOMPARE(view->cameraNodeId(), node("Far")->getId());
-        QVERIFY(seen(true) == eye("Far") && seen(false) == eye("Far"));
+        QVERIFY(seen(true) == eye("Far") && seen(false) == eye("Far") && view->rig().pose().distance < 80);
         view->setPose({QVector3D(1, 2, 3), 4, 50, 6});
         QVERIFY(seen(true) == view->viewCamera(1).eye() && seen(true) != eye("Far"));
         QVERIFY(reopens() && view->cameraNodeId() == 0);
