@@ -173,18 +173,20 @@ int kxApplication::run()
         QApplication::processEvents();
         return batch.run();
     }
-    if (!_line.hasWork() && !qEnvironmentVariableIsSet("KX_QUIT_AT_FIRST_FRAME"))
-        QTimer::singleShot(0, _window.get(), [this] { offerLeftovers(); });
-    if (!_line.scene.isEmpty() || _line.frame || _line.hasWork())
-        QTimer::singleShot(0, _window.get(),
-                           [this, &batch]
-                           {
+    QTimer::singleShot(0, _window.get(),
+                       [this, &batch]
+                       {
+                           const bool opens = !_line.scene.isEmpty() || _line.frame || _line.hasWork();
+                           if (opens)
                                batch.run();
-                               // For the measurement of the start: the frame that shows what was opened is the last
-                               // one.
-                               if (qEnvironmentVariableIsSet("KX_QUIT_AT_FIRST_FRAME"))
-                                   QObject::connect(_window->view(), &kxView3D::frameDrawn, qApp, &QApplication::quit,
-                                                    Qt::QueuedConnection);
-                           });
+                           // For the measurement of the start: the frame that shows what was opened is the last one.
+                           const bool isMeasured = qEnvironmentVariableIsSet("KX_QUIT_AT_FIRST_FRAME");
+                           if (opens && isMeasured)
+                               QObject::connect(_window->view(), &kxView3D::frameDrawn, qApp, &QApplication::quit,
+                                                Qt::QueuedConnection);
+                           // Then, and not in the middle of the work: its dialog would stand in the way.
+                           if (!_line.hasWork() && !isMeasured)
+                               offerLeftovers();
+                       });
     return QApplication::exec();
 }
