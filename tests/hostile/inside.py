@@ -64,6 +64,7 @@ def resident():
     """Bytes in use with nothing open."""
     kxHost.newScene()
     settle()
+    ctypes.CDLL("libQt5Gui.so.5")._ZN12QPixmapCache5clearEv()
     gc.collect()
     ctypes.CDLL(None).malloc_trim(0)
     with open("/proc/self/statm") as file:
