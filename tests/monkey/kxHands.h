@@ -142,7 +142,7 @@ private:
         if (type != QEvent::MouseMove)
             _held = type == QEvent::MouseButtonPress ? button : Qt::NoButton;
         QWindow* const window = widget == nullptr ? nullptr : widget->window()->windowHandle();
-        if (window == nullptr)
+        if (window == nullptr || !window->isVisible())
             return;
         const char* const what = type == QEvent::MouseMove ? "move" : _held != Qt::NoButton ? "press" : "release";
         std::fprintf(stderr, "  %s %d %d,%d %s\n", what, int(button), target.at.x(), target.at.y(),
