@@ -419,32 +419,33 @@ private Q_SLOTS:
         QStringList drawn;
         bool succeeds = true;
         kxHostModule::hooks().render =
-            [&](const QString& file, int width, int height, const QString& camera, QString& reason)
+            [&](const QString& file, int width, int height, const QString& camera, bool isTransparent, QString& reason)
         {
-            drawn << QString("%1 %2 %3%4").arg(file).arg(width).arg(height).arg(camera);
+            drawn << QString("%1 %2 %3%4").arg(file).arg(width).arg(height).arg(camera) + (isTransparent ? "!" : "");
             reason = succeeds ? QString() : "the disk is full";
             return succeeds;
         };
         run("for size in [(0, 9), (9, 0), (16385, 9), (9, 16385)]:\n"
             "    refused(ValueError, '1 to 16384', render, 'a.png', *size)\n"
             "render('a.png', 1, 16384)\n"
-            "render('a.png', 7, 9, camera=' Caf\u00e9')");
-        QCOMPARE(drawn, QStringList({"a.png 1 16384", "a.png 7 9 Caf\u00e9"}));
+            "render('a.png', 7, 9, camera=' Caf\u00e9', transparent=True)");
+        QCOMPARE(drawn, QStringList({"a.png 1 16384", "a.png 7 9 Caf\u00e9!"}));
         kxHostModule::hooks().renderMovie = [&](const kxHostModule::Hooks::Movie& movie, int& frames, QString& reason)
         {
             drawn << QString("%1 %2 %3%4 %5")
-                         .arg(movie.file)
-                         .arg(movie.width)
-                         .arg(movie.height)
-                         .arg(movie.clip, movie.camera);
+                             .arg(movie.file)
+                             .arg(movie.width)
+                             .arg(movie.height)
+                             .arg(movie.clip, movie.camera) +
+                         (movie.isTransparent ? "!" : "");
             frames = movie.last.value_or(20) - movie.first.value_or(3) + 1;
             reason = "the disk is full";
             return succeeds;
         };
         run("refused(ValueError, '1 to 16384', renderMovie, 'a.gif', 0, 9)\n"
             "assert renderMovie('a.mp4', 7, 9) == 18\n"
-            "assert renderMovie('a.mp4', 7, 9, ' Walk', first=5, last=6, camera='Near') == 2");
-        QCOMPARE(drawn.mid(2), QStringList({"a.mp4 7 9 ", "a.mp4 7 9 Walk Near"}));
+            "assert renderMovie('a.mp4', 7, 9, ' Walk', first=5, last=6, camera='Near', transparent=True) == 2");
+        QCOMPARE(drawn.mid(2), QStringList({"a.mp4 7 9 ", "a.mp4 7 9 Walk Near!"}));
         succeeds = false;
         run("refused(RuntimeError, 'disk', render, 'b.png', 3, 2)\n"
             "refused(RuntimeError, 'disk', renderMovie, 'b.gif', 3, 2)");
