@@ -11,6 +11,7 @@
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 #include <scene/kxScene.h>
+#include <scene/kxScenery.h>
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -67,6 +68,7 @@ public:
             const kxProgress::Part part(0, TreeDone);
             writeTree();
         }
+        noteScenery();
         _places.materials = _surfaces.materials();
         {
             const kxProgress::Part part(TreeDone, AnimationsDone);
@@ -82,6 +84,15 @@ public:
     }
 
 private:
+    void noteScenery()
+    {
+        for (const auto& [kind, word] :
+             {std::pair(kxScenery::Kind::Viewpoint, "viewpoint"), std::pair(kxScenery::Kind::Sequence, "sequence")})
+            for (const std::string& name : kxScenery::names(kind))
+                _report.note(
+                    QStringLiteral("the %1 '%2' is left out").arg(QLatin1String(word), QString::fromStdString(name)));
+    }
+
     /// The format's texts are UTF-8; what isn't gets a mark in its place.
     void repairNames()
     {
@@ -143,7 +154,8 @@ private:
     {
         if (ClippingPlanePtr::dcast(node->getCore()) == NullFC)
             return false;
-        _report.note(QStringLiteral("clipping planes are left out"));
+        _report.note(
+            QStringLiteral("the clipping plane '%1' is left out").arg(QString::fromStdString(node->getNodeName())));
         return node->getNChildren() == 0;
     }
 
@@ -168,7 +180,8 @@ private:
         if (GeometryPtr::dcast(core) != NullFC && shown)
             parts = addSurface(node, index, entry);
         else if (GeometryPtr::dcast(core) != NullFC)
-            _report.note(QStringLiteral("surfaces that are hidden are left out"));
+            _report.note(QStringLiteral("'%1' is hidden and goes without its surface")
+                             .arg(QString::fromStdString(node->getNodeName())));
         if (const CameraPtr camera = CameraPtr::dcast(core); camera != NullFC)
             _places.camerasOfCore[core->getId()].push_back(entry.camera = addCamera(camera, entry.name));
         if (const LightPtr light = LightPtr::dcast(core); light != NullFC)

@@ -8,6 +8,7 @@
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 #include <scene/Mesh.h>
+#include <scene/Scenery.h>
 #include <scene/UberMaterial.h>
 
 #include <QtTest>
@@ -230,9 +231,14 @@ private Q_SLOTS:
         const AnimNodePtr clip =
             kxAnimFixture::clip("show", {kxAnimFixture::clone(block, 0), kxAnimFixture::trigger("shot", 0.5f)});
         kxAnimManager::the()->addToClipStructure(clip);
+        addNode(object, "cut", ClippingPlane::create());
+        addNode(object, "dark", Geometry::create())->setTravMask(0);
+        addNode(kxScene::the()->sceneryRoot(), "Front", Viewpoint::create());
         kxFileReport report;
         QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("left.glb")), report));
         const QString notes = report.notes().join(QLatin1Char('\n'));
+        for (const char* const name : {"plane 'cut'", "'dark' is hidden", "viewpoint 'Front'"})
+            QVERIFY2(notes.contains(QLatin1String(name)), qPrintable(notes));
         QVERIFY2(notes.contains("'bulb': the animation of 'coneAngle'") && notes.contains("'show': its triggers"),
                  qPrintable(notes));
         QVERIFY(report.told().join(QString()).contains(" 1 animated values left out"));
