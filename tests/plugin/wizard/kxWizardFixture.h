@@ -94,12 +94,14 @@ public:
     bool answered(Action action, Answer answer)
     {
         bool isOpen = false;
+        QObject life;
         kxAnswer<Dialog>(
             [&](Dialog& dialog)
             {
                 isOpen = true;
                 answer(dialog);
-            });
+            },
+            &life);
         action();
         QCoreApplication::processEvents();
         return isOpen;
