@@ -530,6 +530,33 @@ void kxExportCurves::append(const Stretch& stretch, double shift, std::vector<Fi
     }
 }
 
+/// A key may lie a little outside of its piece, which holds there: where that is steep the bend at the border is kept
+/// between two floats.
+void kxExportCurves::appendWhole(const Stretch& stretch, double shift, std::vector<Fit>& fits) const
+{
+    const Piece& piece = *stretch.piece;
+    Stretch rest = stretch;
+    const auto isBent = [&](float key, double border)
+    {
+        // As far inside as the key lies outside.
+        return !piece.isStill && fits.size() < _pieces.size() + MostAdded &&
+               differ(valueAt(piece, 2 * border + shift - double(key)), valueAt(piece, border), 0.25);
+    };
+    const auto cutAt = [&](float inside)
+    {
+        append({&piece, rest.first, inside}, shift, fits);
+        rest.first = inside;
+    };
+    const double start = piece.start + shift, end = piece.end + shift;
+    if (const float inside = floatAt(start, true);
+        double(stretch.first) < start && inside < stretch.last && isBent(stretch.first, piece.start))
+        cutAt(inside);
+    if (const float inside = floatAt(end, false);
+        double(stretch.last) > end && inside > rest.first && isBent(stretch.last, piece.end))
+        cutAt(inside);
+    append(rest, shift, fits);
+}
+
 kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
 {
     float end = 0;
@@ -537,7 +564,7 @@ kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
     std::vector<Fit> fits;
     fits.reserve(whole.size());
     for (const Stretch& stretch : whole)
-        append(stretch, shift, fits);
+        appendWhole(stretch, shift, fits);
     const bool steps = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStill; });
     const bool straight = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStraight; });
     Keys keys(*this, steps                     ? Interpolation::Step

@@ -112,6 +112,7 @@ private:
     /// Nothing moves at all.
     bool isPoint() const { return _pieces.size() == 1 && _pieces.front().end == _pieces.front().start; }
     void append(const Stretch& stretch, double shift, std::vector<Fit>& fits) const;
+    void appendWhole(const Stretch& stretch, double shift, std::vector<Fit>& fits) const;
 
     std::vector<Input> _inputs;
     unsigned _width;

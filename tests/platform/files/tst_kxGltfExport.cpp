@@ -131,24 +131,29 @@ private Q_SLOTS:
 
     void repeatsAreKept_data()
     {
-        kxColumns<int, double>("cycles", "seconds");
-        kxRow("the middle of the second pass", 1, 1.5);
-        kxRow("without end, up to that of the timeline", -1, 3.5);
+        kxColumns<int, float, float, double>("cycles", "from", "length", "seconds");
+        kxRow("the middle of the second pass", 1, 1.0f, 1.0f, 1.5);
+        kxRow("without end, up to that of the timeline", -1, 1.0f, 1.0f, 3.5);
+        kxRow("so short that passes begin between two floats", -1, 1000.0f, 0.00125f, 3.4237511);
     }
 
     void repeatsAreKept()
     {
         QFETCH(int, cycles);
+        QFETCH(float, from);
+        QFETCH(float, length);
         QFETCH(double, seconds);
         kxAnimManager::the()->setFullRangeEnd(96);
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
-        addCurve(object, "scale", "", 0, {{0, 1}, {1, 2}}, TangentType::Linear);
+        addCurve(object, "scale", "", 0, {{0, from}, {length, from + 1}}, TangentType::Linear);
         const AnimNodePtr block =
             kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "repeats");
         block->setPostCycles(cycles);
         markChanged(block, AnimNodeBase::PostCyclesFieldMask);
         QVERIFY(roundTrip());
-        QVERIFY(std::abs(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0] - 1.5f) < 1e-3f);
+        const double share = std::fmod(seconds, double(length)) / double(length);
+        const double off = double(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0]) - from - share;
+        QVERIFY2(std::abs(off) < 1e-4, qPrintable(QString::number(off)));
     }
 
     /// As many keys as a file may have, and said.
