@@ -116,6 +116,13 @@ kxFilmPanel::kxFilmPanel(kxSceneryStage* stage, QWidget* parent)
     fillMarkers();
 }
 
+kxFilmPanel::~kxFilmPanel()
+{
+    // A field loses the focus when the base deletes it, and this panel is gone then.
+    for (QKXSpiner* const field : {_frame, _in, _out})
+        field->disconnect(this);
+}
+
 QAction* kxFilmPanel::add(QHBoxLayout* row, const QString& text, const QString& icon, const QString& name,
                           void (kxFilmPanel::*slot)())
 {

@@ -20,6 +20,7 @@ class kxFilmPanel : public QWidget
 public:
     /// `stage` outlives it.
     explicit kxFilmPanel(kxSceneryStage* stage, QWidget* parent = nullptr);
+    ~kxFilmPanel() override;
 
     kxFilmPlayer& player() { return _player; }
     /// Plays, or stops; also a key of the view.
