@@ -47,7 +47,8 @@ const QStringList Animation = {QLatin1String(kxFileSuffix::Animation)};
 bool beginsLikeAnimations(const QString& path)
 {
     QFile file(path);
-    return !path.isEmpty() && file.open(QIODevice::ReadOnly) && file.read(kxEnvelope::MagicSize) == kxEnvelope::AnimationMagic;
+    return !path.isEmpty() && file.open(QIODevice::ReadOnly) &&
+           file.read(kxEnvelope::MagicSize) == kxEnvelope::AnimationMagic;
 }
 } // namespace
 

@@ -165,7 +165,9 @@ private:
     }
     void drag(const Target& from)
     {
-        const Qt::MouseButton button = below(5) > 0 ? Qt::LeftButton : below(2) == 0 ? Qt::MiddleButton : Qt::RightButton;
+        const Qt::MouseButton button = below(5) > 0    ? Qt::LeftButton
+                                       : below(2) == 0 ? Qt::MiddleButton
+                                                       : Qt::RightButton;
         const Target to = below(2) == 0 ? target(from.widget->window()) : Target{from.widget, place(from.widget)};
         const QPoint far = to.widget->mapToGlobal(to.at) - from.widget->mapToGlobal(from.at);
         const QPoint way = below(2) == 0 ? far : in(QRect(-60, -60, 120, 120));

@@ -23,10 +23,10 @@ constexpr quint64 Gigabyte = quint64(1) << 30;
 struct Rules
 {
     QString program = QStringLiteral("kxreader");
-    quint64 memory = 2 * Gigabyte;     ///< bytes, and 40 times the file: an OBJ alone needs as much
-    quint64 seconds = 20;              ///< of processor time, and 30 a 100 MB
-    quint64 clockASecond = 30;         ///< so much by the clock, where others need the processors
-    quint64 quietSeconds = 60;         ///< without any processor time
+    quint64 memory = 2 * Gigabyte; ///< bytes, and 40 times the file: an OBJ alone needs as much
+    quint64 seconds = 20;          ///< of processor time, and 30 a 100 MB
+    quint64 clockASecond = 30;     ///< so much by the clock, where others need the processors
+    quint64 quietSeconds = 60;     ///< without any processor time
 };
 /// For all that is read from then on.
 KX_API Rules& rules();

@@ -20,7 +20,8 @@ namespace kxAnimImport
 constexpr char BlockName[] = "block";
 /// Among the extras of a glTF animation: true for what the timeline plays, false for a clip.
 constexpr char TimelineName[] = "timeline";
-/// Among the extras of a glTF animation: how many seconds later all of it lies in the file, which knows no time before 0.
+/// Among the extras of a glTF animation: how many seconds later all of it lies in the file, which knows no time before
+/// 0.
 constexpr char ShiftName[] = "shift";
 /// Among the extras of a glTF node that shows one of those below it: the index, as an animation is to change it.
 constexpr char ChoiceName[] = "choice";

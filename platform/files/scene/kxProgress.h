@@ -10,8 +10,9 @@
 /// scene and the file as they were. Without a watch it always goes on. For the thread of the scene alone.
 namespace kxProgress
 {
-/// `share` is how much of the work is done, from 0 to 1, below 0 where nobody can tell; 1 is the end of all asking. False gives the work up. Called
-/// some 30 times a second, in the middle of the work: it mustn't touch the scene, nor let anybody else do so.
+/// `share` is how much of the work is done, from 0 to 1, below 0 where nobody can tell; 1 is the end of all asking.
+/// False gives the work up. Called some 30 times a second, in the middle of the work: it mustn't touch the scene, nor
+/// let anybody else do so.
 typedef std::function<bool(double share)> Watch;
 
 /// While it lives, `watch` is asked; then the one before.
