@@ -66,21 +66,21 @@ void kxFinishedClips::finished()
     {
         if (_before.count(clip.node.getFieldContainerId()) != 0 || kxSceneryEdits::restless(clip.node).empty())
             continue;
-        if (!rest(clip.node, answer()) && answer() == Ask && !_isUnattended)
+        rest(clip.node, answer());
+        if (answer() == Ask && !_isUnattended)
             ask(clip.node.getFieldContainerId());
         return; // one that holds the others comes first
     }
 }
 
-bool kxFinishedClips::rest(const osg::AnimNodePtr& clip, Answer answer)
+void kxFinishedClips::rest(const osg::AnimNodePtr& clip, Answer answer)
 {
     typedef kxSceneryEdits::Stand Stand;
     if (answer == Ask || answer == Leave || clip == osg::NullFC)
-        return false;
+        return;
     kxSceneryEdits::rest(clip, answer == RestAsItBegins ? Stand::Begin
                                : answer == RestAsItEnds ? Stand::End
                                                         : Stand::Present);
-    return true;
 }
 
 void kxFinishedClips::ask(unsigned int clipId)

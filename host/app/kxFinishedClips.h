@@ -41,8 +41,8 @@ public:
 private:
     void finished();
     void ask(unsigned int clipId);
-    /// False where the answer is no rest.
-    static bool rest(const osg::AnimNodePtr& clip, Answer answer);
+    /// Does nothing where the answer is no rest.
+    static void rest(const osg::AnimNodePtr& clip, Answer answer);
     static Answer answer();
 
     QWidget* _window;

@@ -356,8 +356,13 @@ private Q_SLOTS:
         if (!made->isActive())
             stack()->undo();
         QVERIFY(made->isActive() && bytes() == before);
-        QTEST(boost::any_cast<int>(kxPreferences::getData().get("film.finishedClips")), "settingAfter");
-        kxPreferences::getData().set("film.finishedClips", 0);
+        _window->openPreferences("Film");
+        auto* const choice = _window->findChild<QComboBox*>("_finishedClips");
+        QVERIFY(choice->isVisible());
+        QTEST(choice->currentIndex(), "settingAfter");
+        choice->setCurrentIndex(0);
+        _window->findChild<QDialog*>("_preferencesDialog")->accept();
+        QCOMPARE(boost::any_cast<int>(kxPreferences::getData().get("film.finishedClips")), 0);
     }
 
     void versionsComeBack()

@@ -103,6 +103,17 @@ private Q_SLOTS:
         QCOMPARE(at(119), QString("- 11"));
     }
 
+    void anotherNameIsAnotherSet()
+    {
+        const AnimNodePtr film = f.added(clip());
+        QCOMPARE(seenAt(film, 12), QString("- 21"));
+        const NodePtr door = _sets[0]->getParents().front();
+        door->setNodeName("Gate");
+        QCOMPARE(seenAt(film, 12), QString("- 11"));
+        door->setNodeName("Door");
+        QCOMPARE(seenAt(film, 12), QString("- 21"));
+    }
+
     /// Passes inside of passes are more than anybody can wait for.
     void cyclesMultiply()
     {
