@@ -11,7 +11,6 @@ import desktop
 import editors
 
 HOST = sys.argv[1]
-WIZARD = "kxAnimWizardUI"
 LAST = 99
 SEEN = []  # (when, frame, picture)
 MAKE = """
@@ -77,20 +76,13 @@ def look(application, when):
 def the_wizard_takes_them_apart(application, folder):
     editors.open_windows(application, Clips="_clipView")
     application.run("selectNodes([findNode('Part %d' % i) for i in range(20)])")
-    application.click("AnimationWizardButton")
-    application.wait_for_window("Animation Wizard")
-    desktop.at_rest("the wizard in its place", lambda: application.ask("widgetRect('%s')" % WIZARD))
-    application.click(WIZARD + "/__qt__passive_wizardbutton1")
-    application.wait_for("widgetRect('_captureStart')[3] > 80")
-    application.click(WIZARD + "/_name", count=3)
-    application.type("Apart")
-    application.keys("Return")
+    editors.begin_wizard(application, "Apart")
     application.click("_captureStart")
     application.wait_for("widgetProperty('_captureStart', 'text') == ''")
     application.run(APART)
     application.click("_captureEnd")
     application.wait_for("widgetProperty('_captureEnd', 'text') == ''")
-    application.click(WIZARD + "/qt_wizard_finish")
+    application.click(editors.WIZARD + "/qt_wizard_finish")
     application.answer_question("Clip Finished", "Escape")  # the blocks stay on
     application.wait_for("['Clip'] in widgetRows('_clips')")
     application.click_row("_clips", ["Clip"])

@@ -17,7 +17,6 @@ LENGTH = 48  # frames that taking them off lasts
 TRIGGER = 60  # the frame at which the view jumps
 AGAIN = 72  # the frame at which they are taken off once more
 FRAMES = (0, 12, 24, 36, 48, 60, 71, 72, 84, 96, 108, 119)
-WIZARD = "kxAnimWizardUI"
 SEEN = {}  # what the steps hand on to each other
 
 
@@ -107,14 +106,7 @@ def starts_the_wizard(application, folder):
     select_part(application, RIGHT)
     select_part(application, LEFT, held="ctrl")
     application.wait_for("len(selectedNodes()) == 2")
-    application.click("AnimationWizardButton")
-    application.wait_for_window("Animation Wizard")
-    desktop.at_rest("the wizard in its place", lambda: application.ask("widgetRect('%s')" % WIZARD))
-    application.click(WIZARD + "/__qt__passive_wizardbutton1")
-    application.wait_for("widgetRect('_captureStart')[3] > 80")
-    application.click(WIZARD + "/_name", count=3)
-    application.type("Apart")
-    application.keys("Return")
+    editors.begin_wizard(application, "Apart")
 
 
 def captures_moves_of_the_gizmo(application, folder):
@@ -139,7 +131,7 @@ def captures_moves_of_the_gizmo(application, folder):
     assert {name: position(application, name) for name in PARTS} == SEEN["end"], "the preview leaves its traces"
     application.wait_for("undoCount() == %d" % steps)  # a preview is no change
     before = application.ask("[widgetRows('_clips'), widgetRows('_library')]")
-    application.click(WIZARD + "/qt_wizard_finish")
+    application.click(editors.WIZARD + "/qt_wizard_finish")
     application.answer_question("Clip Finished", "Escape")  # the blocks stay on
     application.wait_for("['Clip'] in widgetRows('_clips')")
     application.keys("ctrl+z")

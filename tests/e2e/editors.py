@@ -1,6 +1,7 @@
 """What the tests do in the clip maker and in the curve editor."""
 import desktop
 
+WIZARD = "kxAnimWizardUI"
 TRACK = 50  # height of a track in the clip maker's timeline
 
 
@@ -20,6 +21,18 @@ def open_dock(application, name, view):
     """Brings a dock window to the front by its tab."""
     application.click_at(application.middle("tabRect(%r)" % name))
     application.wait_for("widgetRect(%r)[3] > 80" % view)
+
+
+def begin_wizard(application, name):
+    """Opens the animation wizard for what is selected, up to the page of captures, with the clip's name."""
+    application.click("AnimationWizardButton")
+    application.wait_for_window("Animation Wizard")
+    desktop.at_rest("the wizard in its place", lambda: application.ask("widgetRect('%s')" % WIZARD))
+    application.click(WIZARD + "/__qt__passive_wizardbutton1")
+    application.wait_for("widgetRect('_captureStart')[3] > 80")
+    application.click(WIZARD + "/_name", count=3)
+    application.type(name)
+    application.keys("Return")
 
 
 def place(application, frame, track):

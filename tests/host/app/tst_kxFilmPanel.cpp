@@ -221,6 +221,8 @@ private Q_SLOTS:
         QCOMPARE(_player->frame(), 60.0);
         Q_EMIT list()->itemDoubleClicked(list()->topLevelItem(1), 1);
         QCOMPARE(_player->frame(), 90.0);
+        Q_EMIT list()->itemDoubleClicked(list()->topLevelItem(0), 0);
+        QCOMPARE(_player->frame(), 60.0);
         const QByteArray made = bytes();
         QVERIFY(!_panel->findChild<QToolButton*>("_deleteMarkers")->isEnabled());
         list()->topLevelItem(0)->setSelected(true);
