@@ -202,19 +202,21 @@ std::size_t checkedIndex(long index)
     return std::size_t(index < 0 ? index + 3 : index);
 }
 
-float getItem(const osg::Vec3f& vector, long index)
+// What reads a sequence calls these: they take a Vec3f itself, and no sequence for one.
+
+float getItem(osg::Vec3f& vector, long index)
 {
     return vector[checkedIndex(index)];
+}
+
+std::size_t length(osg::Vec3f&)
+{
+    return 3;
 }
 
 void setItem(osg::Vec3f& vector, long index, float value)
 {
     vector[checkedIndex(index)] = value;
-}
-
-std::size_t length(const osg::Vec3f&)
-{
-    return 3;
 }
 
 osg::Vec3f divided(const osg::Vec3f& vector, float divisor)
