@@ -10,6 +10,7 @@
 #include <kxScenegraph.h>
 #include <osg/AnimCurve.h>
 #include <scene/UberMaterial.h>
+#include <scene/kxNodeNames.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -60,29 +61,25 @@ QString changeText(const std::vector<osg::FieldContainerPtr>& containers, const 
                         : stepText("Change %1 of %2").arg(what, QString::fromStdString(name));
 }
 
-std::string freeName(const std::string& wanted, const std::vector<std::string>& taken)
+/// A name that no other object of the scene bears, nor one of `newcomers`, which are to join it.
+void nameFreely(const osg::NodePtr& node, const std::string& wanted, const std::set<osg::UInt32>& newcomers = {})
 {
-    return kxNodeUtils::getUniqueName(wanted, taken);
+    const auto isTaken = [&newcomers](const osg::AttachmentContainerPtr& other)
+    {
+        return newcomers.count(other->getId()) != 0 ||
+               kxNodeUtils::hasParent(osg::NodePtr::dcast(other), kxScene::the()->root());
+    };
+    node->setNodeName(kxNodeNames::the()->free(wanted, isTaken));
+    markChanged(node, osg::AttachmentContainer::NodeNameFieldMask);
 }
 
-std::vector<std::string> namesInScene()
+/// The same for a material.
+void nameFreely(const osg::MaterialPtr& material, const std::string& wanted)
 {
-    std::vector<std::string> names;
-    osg::traverse(kxScene::the()->root(),
-                  [&names](const osg::NodePtr& node)
-                  {
-                      names.push_back(node->getNodeName());
-                      return osg::Action::Continue;
-                  });
-    return names;
-}
-
-std::vector<std::string> namesOfMaterials()
-{
-    std::vector<std::string> names;
-    for (const osg::MaterialPtr& material : kxScene::the()->materials())
-        names.push_back(material->getNodeName());
-    return names;
+    const auto isTaken = [](const osg::AttachmentContainerPtr& other)
+    { return osg::MaterialPtr::dcast(other) != osg::NullFC && kxScene::the()->contains(other); };
+    material->setNodeName(kxNodeNames::the()->free(wanted, isTaken));
+    markChanged(material, osg::AttachmentContainer::NodeNameFieldMask);
 }
 
 /// "Wheel_2" is a copy of "Wheel".
@@ -273,7 +270,7 @@ bool kxSceneEdits::addNode(const osg::NodePtr& node, const osg::NodePtr& parent,
     if (!target->addChild(node))
         return false;       // it would stand too deep
     target->subChild(node); // the command puts it there
-    node->setNodeName(freeName(node->getNodeName(), namesInScene()));
+    nameFreely(node, node->getNodeName());
     const kxScopedUndo scope(true);
     auto* const command = new kxPlaceNodesCommand(kxUndoString(text, QStringLiteral("Scene")));
     command->insertNode(node, target, -1);
@@ -290,7 +287,7 @@ bool kxSceneEdits::groupNodes(const Nodes& nodes)
         return false;
     const osg::NodePtr parent = top.front()->getParent();
     const osg::NodePtr group = makeNode(osg::Transform::create(), QObject::tr("Group"));
-    group->setNodeName(freeName(group->getNodeName(), namesInScene()));
+    nameFreely(group, group->getNodeName());
     const kxScopedUndo scope(true);
     auto* const command = new kxPlaceNodesCommand(stepText("Group %1", top));
     command->insertNode(group, parent, parent->findChild(top.front()));
@@ -325,14 +322,14 @@ bool kxSceneEdits::duplicateNodes(const Nodes& nodes)
     const Nodes top = topmost(nodes);
     if (top.empty())
         return false;
-    std::vector<std::string> names = namesInScene();
     Nodes copies;
+    std::set<osg::UInt32> ids;
     auto* const command = new kxPlaceNodesCommand(stepText("Duplicate %1", top));
     for (const osg::NodePtr& node : top)
     {
         const osg::NodePtr copy = kxNodeCopy::copyTree(node);
-        copy->setNodeName(freeName(stem(node->getNodeName()), names));
-        names.push_back(copy->getNodeName());
+        nameFreely(copy, stem(node->getNodeName()), ids);
+        ids.insert(copy->getId());
         command->insertNode(copy, node->getParent(), -1);
         copies.push_back(copy);
     }
@@ -485,7 +482,7 @@ void kxSceneEdits::setChannel(const kxAnimManager::kxOSGChannelData& channel, co
 osg::MaterialPtr kxSceneEdits::addMaterial()
 {
     const osg::UberMaterialPtr material = osg::UberMaterial::create();
-    material->setNodeName(freeName(QObject::tr("Material").toStdString(), namesOfMaterials()));
+    nameFreely(osg::MaterialPtr(material), QObject::tr("Material").toStdString());
     add(kxMaterialListCommand::add(material, -1));
     return material;
 }
@@ -496,7 +493,7 @@ void kxSceneEdits::adoptMaterial(const osg::NodePtr& node)
     const osg::MaterialPtr material = geometry == osg::NullFC ? osg::MaterialPtr() : geometry->getMaterial();
     if (material == osg::NullFC || kxScene::the()->contains(material))
         return;
-    material->setNodeName(freeName(node->getNodeName(), namesOfMaterials()));
+    nameFreely(material, node->getNodeName());
     add(kxMaterialListCommand::add(material, -1));
 }
 
@@ -508,7 +505,7 @@ void kxSceneEdits::duplicateMaterials(const std::vector<osg::MaterialPtr>& mater
         const osg::MaterialPtr copy = kxNodeCopy::copyMaterial(material);
         if (copy == osg::NullFC)
             continue;
-        copy->setNodeName(freeName(stem(material->getNodeName()), namesOfMaterials()));
+        nameFreely(copy, stem(material->getNodeName()));
         add(kxMaterialListCommand::add(copy, -1));
     }
 }

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <vector>
 
 using namespace osg;
 
@@ -28,7 +28,8 @@ bool overlap(double startA, double endA, double startB, double endB)
 /// The first free track for [start, end] in the time that the children of `parent` are placed in.
 float freeTrack(double start, double end, const AnimNodePtr& parent, const AnimNodePtr& excluded)
 {
-    std::set<long> taken;
+    // Of n bars one track up to n is free: bars on tracks above that play no part.
+    std::vector<bool> taken(parent == NullFC ? 1 : parent->getNChildren() + 1, false);
     if (parent != NullFC)
         for (const NodePtr& child : parent->getChildren())
         {
@@ -36,12 +37,11 @@ float freeTrack(double start, double end, const AnimNodePtr& parent, const AnimN
             double s = 0, e = 0;
             if (node == NullFC || node == excluded || !kxNodeTime::extent(*node, s, e) || !overlap(start, end, s, e))
                 continue;
-            taken.insert(std::lround(std::clamp(double(node->getOffset().y()), -1.0e8, 1.0e8) / TrackPitch));
+            const long track = std::lround(std::clamp(double(node->getOffset().y()), -1.0e8, 1.0e8) / TrackPitch);
+            if (track >= 0 && std::size_t(track) < taken.size())
+                taken[std::size_t(track)] = true;
         }
-    long track = 0;
-    while (taken.count(track) != 0)
-        ++track;
-    return float(track) * TrackPitch;
+    return float(std::find(taken.begin(), taken.end(), false) - taken.begin()) * TrackPitch;
 }
 } // namespace
 

@@ -63,9 +63,10 @@ AnimNodePtr kxBlockNames::find(const NodePtr& root, const std::string& name)
     if (names == nullptr)
         return walk(root, name);
     AnimNodePtr found;
-    for (const NodePtr& node : names->called(name))
+    for (const AttachmentContainerPtr& bearer : names->called(name))
     {
-        if (!isBlock(node) || !isInScene(root, node))
+        const NodePtr node = NodePtr::dcast(bearer);
+        if (node == NullFC || !isBlock(node) || !isInScene(root, node))
             continue;
         if (found != NullFC)
             return walk(root, name);

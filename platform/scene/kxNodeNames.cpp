@@ -8,10 +8,12 @@ using namespace osg;
 
 namespace
 {
-NodePtr nodeCalled(UInt32 id, const std::string& name)
+constexpr std::size_t OneByOne = 64; // numbers that are tried in order
+
+bool isCalled(UInt32 id, const std::string& name)
 {
-    const NodePtr node = living<Node>(id);
-    return node != NullFC && node->getNodeName() == name ? node : NodePtr();
+    const auto container = living<AttachmentContainer>(id);
+    return container != NullFC && container->getNodeName() == name;
 }
 } // namespace
 
@@ -34,16 +36,16 @@ void kxNodeNames::containerChanged(const FieldContainerPtr& container, const Bit
 {
     // A container that the next look-up reads has no name of interest yet.
     if (whichField.intersects(AttachmentContainer::NodeNameFieldMask) && container->getId() < _nextId)
-        note(NodePtr::dcast(container));
+        note(AttachmentContainerPtr::dcast(container));
 }
 
-void kxNodeNames::note(const NodePtr& node)
+void kxNodeNames::note(const AttachmentContainerPtr& container)
 {
-    if (node == NullFC || node->getNodeName().empty())
+    if (container == NullFC || container->getNodeName().empty())
         return;
     if (_entries >= _sweepAt)
         sweepAll();
-    _ids[node->getNodeName()].push_back(node->getId());
+    _ids[container->getNodeName()].push_back(container->getId());
     ++_entries;
 }
 
@@ -63,7 +65,7 @@ void kxNodeNames::sweep(const std::string& name, std::vector<UInt32>& ids)
     const auto isOver = [&](UInt32 id)
     {
         const auto place = std::lower_bound(seen.begin(), seen.end(), id);
-        if (nodeCalled(id, name) == NullFC || (place != seen.end() && *place == id))
+        if (!isCalled(id, name) || (place != seen.end() && *place == id))
             return true;
         seen.insert(place, id);
         return false;
@@ -73,18 +75,45 @@ void kxNodeNames::sweep(const std::string& name, std::vector<UInt32>& ids)
     _entries -= before - ids.size();
 }
 
-std::vector<NodePtr> kxNodeNames::called(const std::string& name)
+std::vector<AttachmentContainerPtr> kxNodeNames::called(const std::string& name)
 {
     const FieldContainerFactory::Store& store = FieldContainerFactory::the()->getFieldContainerStore();
     for (const std::size_t end = store.size(); _nextId < end; ++_nextId)
         if (store[_nextId] != nullptr)
-            note(NodePtr::dcast(FieldContainerPtr(store[_nextId])));
-    std::vector<NodePtr> nodes;
-    const auto found = _ids.find(name);
-    if (found == _ids.end())
-        return nodes;
-    sweep(name, found->second);
-    for (const UInt32 id : found->second)
-        nodes.push_back(living<Node>(id));
-    return nodes;
+            note(AttachmentContainerPtr::dcast(FieldContainerPtr(store[_nextId])));
+    std::vector<AttachmentContainerPtr> found;
+    const auto entry = _ids.find(name);
+    if (entry == _ids.end())
+        return found;
+    sweep(name, entry->second);
+    for (const UInt32 id : entry->second)
+        found.push_back(living<AttachmentContainer>(id));
+    return found;
+}
+
+std::string kxNodeNames::free(const std::string& wanted,
+                              const std::function<bool(const AttachmentContainerPtr&)>& isTaken)
+{
+    const auto named = [&wanted](std::size_t number)
+    { return number == 0 ? wanted : wanted + "_" + std::to_string(number); };
+    const auto isNumberTaken = [&](std::size_t number)
+    {
+        const auto bearers = called(named(number));
+        return std::any_of(bearers.begin(), bearers.end(), isTaken);
+    };
+    std::size_t number = 0;
+    while (number < OneByOne && isNumberTaken(number))
+        ++number;
+    if (number < OneByOne)
+        return named(number);
+    // A script may make thousands of one name: in ever longer steps to a free one, and back to where they begin.
+    std::size_t taken = number - 1;
+    for (; isNumberTaken(number); number *= 2)
+        taken = number;
+    while (number - taken > 1)
+    {
+        const std::size_t middle = taken + (number - taken) / 2;
+        (isNumberTaken(middle) ? taken : number) = middle;
+    }
+    return named(number);
 }

@@ -1,32 +1,32 @@
 #include <kxNodePtr.h>
 #include <kxScenegraph.h>
 #include <osg/AnimNode.h>
-#include <osg/FieldContainerFactory.h>
+#include <scene/kxNodeNames.h>
 #include <scene/kxScene.h>
 #include <scene/kxScenery.h>
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
-#include <unordered_set>
 
 using namespace osg;
 
 namespace
 {
-/// Names of all animation nodes but `except`, as far as they begin with `beginning`.
-std::unordered_set<std::string> animationNames(const NodePtr& except, const std::string& beginning)
+bool isAnimation(const NodePtr& node)
 {
-    std::unordered_set<std::string> names;
-    for (FieldContainer* container : FieldContainerFactory::the()->getFieldContainerStore())
-    {
-        const NodePtr node = NodePtr::dcast(FieldContainerPtr(container));
-        if (node != NullFC && node != except && node->getNodeName().compare(0, beginning.size(), beginning) == 0 &&
-            (node->getType().isDerivedFrom(AnimNode::_type) ||
-             (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(AnimObject::_type))))
-            names.insert(node->getNodeName());
-    }
-    return names;
+    return node != NullFC &&
+           (node->getType().isDerivedFrom(AnimNode::_type) ||
+            (node->getCore() != NullFC && node->getCore()->getType().isDerivedFrom(AnimObject::_type)));
+}
+
+/// That no animation node but `node` bears.
+std::string freeAmongAnimations(const NodePtr& node, const std::string& name)
+{
+    kxNodeNames* const names = kxNodeNames::the();
+    const auto isTaken = [&node](const AttachmentContainerPtr& other)
+    { return other != node && isAnimation(NodePtr::dcast(other)); };
+    return names == nullptr ? name : names->free(name, isTaken);
 }
 
 /// 12 of "Wheel_12" for the stem "Wheel", 0 of the stem itself; none for other names.
@@ -44,19 +44,6 @@ std::optional<std::size_t> numberOf(const std::string& name, const std::string& 
     const auto [last, error] = std::from_chars(digits, end, number);
     return last == end && error == std::errc() ? std::optional<std::size_t>(number) : std::nullopt;
 }
-
-template <class Names>
-std::string uniqueAmong(const std::string& proposal, const Names& names)
-{
-    if (names.count(proposal) == 0)
-        return proposal;
-    for (std::size_t number = 1;; ++number)
-    {
-        const std::string candidate = proposal + "_" + std::to_string(number);
-        if (names.count(candidate) == 0)
-            return candidate;
-    }
-}
 } // namespace
 
 std::string kxNodeUtils::getName(const NodePtr& node)
@@ -69,7 +56,7 @@ void kxNodeUtils::setName(const NodePtr& node, const std::string& name, bool uni
     if (node == NullFC)
         return;
     const bool animation = node->getType().isDerivedFrom(AnimNode::_type);
-    const std::string final = unique && animation ? uniqueAmong(name, animationNames(node, name)) : name;
+    const std::string final = unique && animation ? freeAmongAnimations(node, name) : name;
     if (final == node->getNodeName())
         return;
     if (animation)

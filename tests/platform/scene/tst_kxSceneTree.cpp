@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <random>
+#include <set>
 
 using namespace osg;
 
@@ -139,6 +140,32 @@ private Q_SLOTS:
             {{"Wheel", "Wheel_01", "Wheel 1", "Wheel_1b", "Wheel_", "Wheel_99999999999999999999"}, "Wheel_1"}};
         for (const auto& [taken, free] : cases)
             QCOMPARE(kxNodeUtils::getUniqueName("Wheel", taken), free);
+    }
+
+    void thousandsOfOneName()
+    {
+        std::vector<Share<Node>> held;
+        const auto add = [&held](const std::string& name)
+        {
+            const AnimNodePtr node = AnimNode::create();
+            held.emplace_back(node);
+            kxNodeUtils::setName(node, name, true, NodePtr());
+            return node->getNodeName();
+        };
+        const Share<Node> object(Node::create());
+        object->setNodeName("Spoke_2"); // no animation
+        for (int i = 0; i < 3000; ++i)
+            QCOMPARE(add("Spoke"), i == 0 ? std::string("Spoke") : "Spoke_" + std::to_string(i));
+        held.erase(held.begin() + 7);
+        QCOMPARE(add("Spoke"), std::string("Spoke_7"));
+        held.erase(held.begin() + 1500, held.begin() + 1510); // no search finds each gap
+        std::set<std::string> names;
+        for (int i = 0; i < 20; ++i)
+            QVERIFY(names.insert(add("Spoke")).second);
+        for (std::size_t i = 0; i + 20 < held.size(); ++i)
+            QVERIFY(names.count(held[i]->getNodeName()) == 0);
+        kxNodeUtils::setName(held[3].get(), held[3]->getNodeName(), true, NodePtr());
+        QCOMPARE(held[3]->getNodeName(), std::string("Spoke_3")); // its own name is free to it
     }
 };
 
