@@ -21,6 +21,8 @@
 #include <QDir>
 #include <QTimer>
 
+#include <csignal>
+
 namespace
 {
 QtMessageHandler nextHandler = nullptr;
@@ -41,6 +43,9 @@ bool kxApplication::hasDisplay()
 
 void kxApplication::prepare(const kxCommandLine& line)
 {
+    std::signal(SIGPIPE, SIG_IGN); // an error of the write that nobody reads; programs that start get it back
+    if (line.headless)
+        kxInterpreter::needStreams();
     if (line.headless || !hasDisplay())
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (qgetenv("QT_QPA_PLATFORM") == "offscreen" && nextHandler == nullptr)

@@ -69,6 +69,8 @@ int kxBatch::runScripts()
         const kxScriptResult result = _window->runScript(script);
         if (result.ok)
             continue;
+        if (result.exitCode == kxInterpreter::Unread)
+            return result.exitCode; // as when the signal ended it: who closed the pipe knows
         failed(result.exited ? QCoreApplication::translate("kxBatch", "The script '%1' ended with code %2.")
                                    .arg(script)
                                    .arg(result.exitCode)

@@ -12,6 +12,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 
@@ -33,6 +34,7 @@ struct NumberedListener
 PyObject* runner = nullptr; // the module of kxRunner.py; never released
 std::vector<NumberedListener> listeners;
 int lastListener = 0;
+bool areStreamsNeeded = false;
 
 /// Runs `action` on the main thread: at once there, else at the next turn of its event loop.
 void onMainThread(std::function<void()> action)
@@ -67,10 +69,13 @@ PyObject* writeStream(PyObject*, PyObject* arguments)
         return nullptr;
     const std::string text(bytes, std::size_t(size));
     std::FILE* const file = isError != 0 ? stderr : stdout;
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fflush(file);
+    const bool isWritten = std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+    const int error = errno;
     onMainThread([isError, text] { tellListeners(isError != 0 ? kxInterpreter::Error : kxInterpreter::Output, text); });
-    Py_RETURN_NONE;
+    if (isWritten || !areStreamsNeeded)
+        Py_RETURN_NONE;
+    errno = error;
+    return PyErr_SetFromErrnoWithFilename(PyExc_OSError, isError != 0 ? "<stderr>" : "<stdout>");
 }
 
 PyObject* unhandledError(PyObject*, PyObject* arguments)
@@ -91,7 +96,10 @@ PyObject* initStreams()
                                     {nullptr, nullptr, 0, nullptr}};
     static PyModuleDef definition = {
         PyModuleDef_HEAD_INIT, "_kxStreams", nullptr, -1, methods, nullptr, nullptr, nullptr, nullptr};
-    return PyModule_Create(&definition);
+    PyObject* const module = PyModule_Create(&definition);
+    if (module != nullptr)
+        PyModule_AddIntConstant(module, "UNREAD", kxInterpreter::Unread);
+    return module;
 }
 
 bool failed(const PyStatus& status)
@@ -290,6 +298,11 @@ std::vector<std::string> kxInterpreter::complete(const std::string& text)
             PyErr_Clear();
     }
     return names;
+}
+
+void kxInterpreter::needStreams()
+{
+    areStreamsNeeded = true;
 }
 
 int kxInterpreter::addListener(Listener listener)

@@ -44,6 +44,9 @@ public:
     /// Gets UTF-8 as scripts write it, in pieces of any length, and the traces that go to the log. Always called on the
     /// main thread.
     typedef std::function<void(Stream stream, const std::string& text)> Listener;
+    /// The code of a script that BrokenPipeError ended because nobody reads the process's streams any more: what a
+    /// shell says of a program that SIGPIPE ended.
+    static constexpr int Unread = 141;
 
     /// Starts Python and runs the registered script modules through both levels. Later calls do nothing. False, with
     /// the reason in the log, where Python can't start. It is never shut down.
@@ -62,6 +65,9 @@ public:
     /// The names in the script namespace that the dotted name `text` may go on as.
     static std::vector<std::string> complete(const std::string& text);
 
+    /// From here on scripts get an OSError where the process's own streams don't take what they write. Else that counts
+    /// for nothing, since a console shows it.
+    static void needStreams();
     /// `listener` gets what scripts write, beside the process's own streams, until it is removed by the number that
     /// this gives.
     static int addListener(Listener listener);

@@ -1,11 +1,12 @@
 """Runs the application's scripts: an error ends the script and nothing else.
 
 Every run gives (ok, exited, code, trace). `ok`: nothing was raised, or the script left with code 0. `trace` is empty
-unless an exception other than SystemExit came out.
+unless an exception other than SystemExit came out. Who prints to a pipe that nobody reads any more leaves without one.
 """
 
 import ast
 import codeop
+import contextlib
 import io
 import linecache
 import os
@@ -55,7 +56,8 @@ def _exit_code(error):
         return 0
     if isinstance(error.code, int):
         return max(-(2**31), min(error.code, 2**31 - 1))
-    print(error.code, file=sys.stderr)
+    with contextlib.suppress(OSError):
+        print(error.code, file=sys.stderr)
     return 1
 
 
@@ -65,6 +67,10 @@ def _guard(body):
     except SystemExit as error:
         code = _exit_code(error)
         return code == 0, True, code, ""
+    except BrokenPipeError as error:
+        if error.filename not in ("<stdout>", "<stderr>"):
+            return False, False, 1, _trace(error)
+        return False, True, _kxStreams.UNREAD, ""
     except BaseException as error:
         return False, False, 1, _trace(error)
     return True, False, 0, ""

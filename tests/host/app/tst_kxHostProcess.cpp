@@ -70,6 +70,36 @@ private Q_SLOTS:
         QVERIFY2(result.code != 0 || !result.errors.contains("QF"), qPrintable(result.errors)); // no noise of a library
     }
 
+    void aClosedPipeIsAnError()
+    {
+        write("prints.py", "n = 0\nwhile n < 1e6: n += 1; print('line', n)\n");
+        write("tells.py", "import sys\nwhile True: print('more', file=sys.stderr)\n");
+        write("leaves2.py", "import sys\ntry:\n    while True: print('x')\nexcept BrokenPipeError: sys.exit('gone')\n");
+        write("pipes.py",
+              "import os, socket, subprocess, sys\nends = os.pipe(), [s.detach() for s in socket.socketpair()]\n"
+              "for near, far in ends:\n    os.close(near)\n    try: os.write(far, b'x')\n"
+              "    except BrokenPipeError: print('told')\n"
+              "assert subprocess.run(['sh', '-c', 'kill -PIPE $$; exit 0']).returncode == -13\n");
+        const char* const rows[][3] = {{"--script prints.py", "head -1", "line 1\n141\n"},
+                                       {"--script tells.py 2>&1", "grep -m1 -o more", "more\n141\n"},
+                                       {"--script leaves2.py", "head -1", "x\n1\n"},
+                                       {"--script pipes.py", "grep told", "told\ntold\n0\n"},
+                                       {"--script good.py --export piped.glb", "true", "141\n"},
+                                       {"made.kxs --export piped.glb", "true", "0\n"}};
+        for (const auto& [arguments, reader, said] : rows)
+        {
+            QProcess process;
+            start(process,
+                  {"-c", QStringLiteral("{ %1 --headless 2>errors %2; echo $? >code; } | %3; cat code")
+                             .arg(kxBuilt("kxhost"), arguments, reader)},
+                  true, "settings", "sh");
+            QVERIFY(process.waitForFinished(30000));
+            QCOMPARE(process.readAllStandardOutput(), QByteArray(said));
+            QVERIFY(!read("errors").contains("Traceback") && !read("errors").contains("141"));
+        }
+        QVERIFY(QFileInfo::exists(_folder.filePath("piped.glb")));
+    }
+
     void gitShowsWhatChanged()
     {
         const QString git = QStandardPaths::findExecutable("git");
@@ -258,7 +288,8 @@ private:
                 QString::fromUtf8(process.readAllStandardError())};
     }
 
-    void start(QProcess& process, const QStringList& arguments, bool display, const QString& settings) const
+    void start(QProcess& process, const QStringList& arguments, bool display, const QString& settings,
+               const QString& program = kxBuilt("kxhost")) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
@@ -266,11 +297,17 @@ private:
         if (display)
             environment.insert("QT_QPA_PLATFORM", "offscreen");
         environment.insert("KX_SETTINGS_DIR", _folder.filePath(settings));
-        if (!arguments.contains("--headless"))
+        if (!arguments.join(' ').contains("--headless"))
             environment.insert("KX_QUIT_AT_FIRST_FRAME", "1");
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(_folder.path());
-        process.start(kxBuilt("kxhost"), arguments);
+        process.start(program, arguments);
+    }
+
+    QByteArray read(const QString& name) const
+    {
+        QFile file(_folder.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     void write(const QString& name, const QByteArray& text) const
