@@ -11,7 +11,7 @@ RARE = {"newScene", "openScene", "importScene", "goToVersion", "render", "render
 FUNCTIONS = sorted({(module.__name__, name) for module in (kxHost, kxAnimWidgets) for name, thing in vars(module).items()
                     if callable(thing) and not inspect.isclass(thing) and not name.startswith("__")})
 METHODS = sorted({("kxHost." + kind, name) for kind in ("Vec3f", "NodePtr", "AnimNodePtr", "MaterialPtr", "kxNodePtr")
-                  for name in dir(getattr(kxHost, kind)) if name not in ("__class__", "__reduce__", "__reduce_ex__")})
+                  for name in dir(getattr(kxHost, kind)) if name != "__class__"})
 NUMBERS = 0, 1, 2, 3, 5.5, 0.25, 24, 90
 ODD_NUMBERS = (-1, -7, 2 ** 31 - 1, -2 ** 31, 2 ** 32, 2 ** 63, 10 ** 30, 1e9, -1e30, 1e300, float("nan"), float("inf"),
                -float("inf"), True)
@@ -94,6 +94,8 @@ def call(index):
     if "." in place:
         kinds = [("", place), ("", random.choice(("float", "Vec3f", place)))][:random.choice((1, 2))]
     arguments = [fitting(*kind) for kind in kinds] + ([odd()] if random.random() < 0.02 else [])
+    if "." in place and random.random() < 0.4:  # the method of another class, or of an object that nobody made
+        arguments[0] = random.choice((odd, lambda: type(handle()).__new__(type(handle()))))()
     if name == "saveScene":  # not where pictures go: nothing is taken back after that
         arguments = ["a.kxs"]
     said = ", ".join(repr(a)[:60] for a in arguments)
