@@ -32,12 +32,10 @@ namespace
 constexpr float Degrees = 57.2957795130823f;
 /// Deeper trees would exhaust the stack of those who walk them.
 constexpr int DeepestTree = 1000;
-constexpr float SmoothAngle = 60.0f;
 
 constexpr unsigned PointsAndLines = aiPrimitiveType_POINT | aiPrimitiveType_LINE;
-constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_GenSmoothNormals |
-                           aiProcess_LimitBoneWeights | aiProcess_SortByPType | aiProcess_FlipUVs |
-                           aiProcess_ValidateDataStructure;
+constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_LimitBoneWeights | aiProcess_SortByPType |
+                           aiProcess_FlipUVs | aiProcess_ValidateDataStructure;
 
 QMatrix4x4 matrixOf(const aiMatrix4x4& m)
 {
@@ -410,7 +408,6 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
         Assimp::Importer importer;
         importer.SetIOHandler(new Files(path, report)); // the importer's, as the next
         importer.SetProgressHandler(new Progress(progress));
-        importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, SmoothAngle);
         const kxColladaNames names = kxColladaNames::of(path);
         if (names.hasOrthographic)
             report.note(QStringLiteral("orthographic cameras become perspective ones"));

@@ -12,6 +12,7 @@ using namespace osg;
 namespace
 {
 constexpr std::size_t JointsAVertex = 4;
+constexpr float LargestSmoothTurn = 60; // degrees
 
 void append(std::vector<float>& out, const aiVector3D* vectors, unsigned count)
 {
@@ -83,6 +84,10 @@ void kxAssimpMeshes::make(unsigned index, Entry& entry)
         return;
     }
     data.normalizeWeights();
+    // The library has steps for both, which take many times the memory, and of a large surface time by its square.
+    if (data.normals.empty())
+        data.smooth(LargestSmoothTurn);
+    data.join();
     entry.joints = std::move(data.joints);
     entry.weights = std::move(data.weights);
     entry.mesh = data.makeMesh();

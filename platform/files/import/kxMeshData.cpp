@@ -1,5 +1,8 @@
 #include <files/import/kxMeshData.h>
 
+#include "kxAlike.h"
+#include "kxSmoothNormals.h"
+
 #include <osg/Finite.h>
 
 #include <algorithm>
@@ -25,14 +28,66 @@ void spread(std::vector<T>& values, const std::vector<std::uint32_t>& indices, s
 
 void kxMeshData::unshare()
 {
-    spread(positions, indices, 3);
-    spread(normals, indices, 3);
-    spread(texCoords, indices, 2);
-    spread(colors, indices, 4);
-    spread(joints, indices, 4);
-    spread(weights, indices, 4);
+    forArrays([this](auto& values, std::size_t components) { spread(values, indices, components); });
     for (std::size_t i = 0; i < indices.size(); ++i)
         indices[i] = std::uint32_t(i);
+}
+
+void kxMeshData::smooth(float largestTurn)
+{
+    unshare();
+    normals = kxSmoothNormals::of(positions, largestTurn);
+}
+
+void kxMeshData::join()
+{
+    const auto hash = [this](std::size_t v)
+    {
+        std::size_t all = 0;
+        forArrays([&](const auto& values, std::size_t components)
+                  { all = values.empty() ? all : kxAlike::hashOf(&values[v * components], components, all); });
+        return all;
+    };
+    const auto isSame = [this](std::size_t a, std::size_t b)
+    {
+        bool all = true;
+        forArrays(
+            [&](const auto& values, std::size_t components)
+            {
+                const auto* const rows = values.data();
+                all = all && (values.empty() ||
+                              std::equal(rows + a * components, rows + (a + 1) * components, rows + b * components));
+            });
+        return all;
+    };
+    std::vector<std::uint32_t> kept = kxAlike::first(vertexCount(), hash, isSame);
+    std::size_t count = 0;
+    for (std::size_t v = 0; v < kept.size(); ++v)
+    {
+        if (kept[v] != v)
+        {
+            kept[v] = kept[kept[v]];
+            continue;
+        }
+        forArrays(
+            [&](auto& values, std::size_t components)
+            {
+                if (!values.empty())
+                    std::copy_n(values.begin() + long(v * components), components,
+                                values.begin() + long(count * components));
+            });
+        kept[v] = std::uint32_t(count++);
+    }
+    for (std::uint32_t& index : indices)
+        index = kept[index];
+    forArrays(
+        [&](auto& values, std::size_t components)
+        {
+            if (values.empty())
+                return;
+            values.resize(count * components);
+            values.shrink_to_fit();
+        });
 }
 
 bool kxMeshData::repair()

@@ -19,8 +19,25 @@ struct kxMeshData
     /// Takes out arrays of another length than the vertices need and numbers that aren't finite, but for positions: a
     /// mesh with such a position, or an index beyond its vertices, is no mesh (false).
     bool repair();
+    /// Normals, smooth where the surface turns by no more than so many degrees. Each corner gets a vertex of its own.
+    void smooth(float largestTurn);
+    /// Vertices that are the same in everything become one, the first. All numbers are finite.
+    void join();
     /// Weights that aren't negative and sum to 1; a vertex without weights follows the first joint.
     void normalizeWeights();
     /// Moves all arrays out. Without normals, smooth ones are made.
     osg::MeshPtr makeMesh();
+
+private:
+    /// Calls `use` with each array that goes by vertices, and how many of its entries a vertex has.
+    template <class Use>
+    void forArrays(const Use& use)
+    {
+        use(positions, 3);
+        use(normals, 3);
+        use(texCoords, 2);
+        use(colors, 4);
+        use(joints, 4);
+        use(weights, 4);
+    }
 };

@@ -1,9 +1,11 @@
 #include "kxFilesFixture.h"
 
 #include <files/apart/kxModelReader.h>
+#include <files/apart/kxReaderProcess.h>
 #include <files/scene/kxSceneContent.h>
 #include <kxUndo.h>
 #include <scene/CameraLight.h>
+#include <scene/Mesh.h>
 #include <scene/UberMaterial.h>
 
 #include <QUndoStack>
@@ -105,6 +107,88 @@ Connections: {
             kxUndoStack::get(0).stack()->undo();
             QCOMPARE(kxAnimManager::the()->fps(), 50.0);
         }
+    }
+
+    void surfacesWithoutNormals_data()
+    {
+        kxColumns<double, double, double, bool, int>("turn", "size", "gap", "isFar", "vertices");
+        kxRow("smooth", 50.0, 2.0, 0.0, false, 6);
+        kxRow("an edge", 70.0, 2.0, 0.0, false, 8);
+        kxRow("apart by rounding", 50.0, 2.0, 1.0e-5, false, 8);
+        kxRow("tiny", 50.0, 1.0e-7, 0.0, false, 6);
+        kxRow("huge, something far away", 50.0, 1.0e5, 0.0, true, 9);
+        kxRow("an edge, something far away", 70.0, 2.0, 0.0, true, 11);
+    }
+
+    /// Two squares that meet at their edges on the x axis: up to 60 degrees one surface.
+    void surfacesWithoutNormals()
+    {
+        QFETCH(double, turn);
+        QFETCH(double, size);
+        QFETCH(double, gap);
+        QFETCH(bool, isFar);
+        const double y = size * std::cos(qDegreesToRadians(turn)), z = size * std::sin(qDegreesToRadians(turn));
+        QByteArray text = "f 1 2 3 4\nf 5 6 7 8\n";
+        const auto place = [&text](double px, double py, double pz)
+        { text += QStringLiteral("v %1 %2 %3\n").arg(px, 0, 'g', 9).arg(py, 0, 'g', 9).arg(pz, 0, 'g', 9).toUtf8(); };
+        place(0, 0, 0);
+        place(0, -size, 0);
+        place(size, -size, 0);
+        place(size, 0, 0);
+        place(size, gap * size, 0);
+        place(size, y, z);
+        place(0, y, z);
+        place(0, gap * size, 0);
+        if (isFar)
+            text += "v 1e12 0 0\nv 1e12 1e11 0\nv 1e12 0 1e11\nf 9 10 11\n";
+        const QString path = _folder.filePath(QStringLiteral("fold.obj"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, text));
+        QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+        MeshPtr mesh;
+        traverse(kxScene::the()->root(),
+                 [&mesh](const NodePtr& node)
+                 {
+                     if (const GeometryPtr geometry = GeometryPtr::dcast(node->getCore()))
+                         mesh = MeshPtr::dcast(geometry->getMesh());
+                     return Action::Continue;
+                 });
+        QTEST(int(mesh->vertexCount()), "vertices");
+        for (std::size_t i = 0; i < 12; ++i)
+        {
+            const float* const at = &mesh->positions()[3 * mesh->indices()[i]];
+            const double flat = i < 6 ? 0 : turn;
+            const bool isSmooth = turn < 60 && std::abs(double(at[1])) < 0.001 * size;
+            const double angle = qDegreesToRadians(isSmooth ? turn / 2 : flat);
+            const float* const normal = &mesh->normals()[3 * mesh->indices()[i]];
+            QVERIFY(std::abs(double(normal[0])) < 1e-4 && std::abs(double(normal[1]) + std::sin(angle)) < 1e-4 &&
+                    std::abs(double(normal[2]) - std::cos(angle)) < 1e-4);
+        }
+    }
+
+    /// A surface of 80,000 triangles takes what its file may take, with less room than any file gets.
+    void largeSurfaces()
+    {
+        constexpr int Side = 200;
+        QByteArray text;
+        for (int i = 0; i <= Side; ++i)
+            for (int k = 0; k <= Side; ++k)
+                text += QByteArray::number(i).prepend("v ") + ' ' + QByteArray::number(k) + " 0\n";
+        for (int i = 0; i < Side; ++i)
+            for (int k = 1; k <= Side; ++k)
+            {
+                const auto corner = [&](int row, int column)
+                { return ' ' + QByteArray::number((i + row) * (Side + 1) + k + column); };
+                text += 'f' + corner(0, 0) + corner(0, 1) + corner(1, 1) + "\nf" + corner(0, 0) + corner(1, 1) +
+                        corner(1, 0) + '\n';
+            }
+        kxReaderProcess::rules().memory = quint64(32) << 20;
+        const QString path = _folder.filePath(QStringLiteral("large.obj"));
+        kxFileReport report(path);
+        QVERIFY(writeFile(path, text));
+        const bool opened = kxSceneIO::open(path, report);
+        kxReaderProcess::rules() = kxReaderProcess::Rules();
+        QVERIFY2(opened, qPrintable(report.error()));
     }
 
     /// A camera that looks nearly down, and a file that doesn't say which way is up for it.
