@@ -53,8 +53,8 @@ public:
     {
         const kxReaderProcess::Rules& rules = kxReaderProcess::rules();
         const quint64 size = sizeOf(kind, QFileInfo(path));
-        _memory = rules.memory + MemoryAByte * size;
-        _seconds = rules.seconds + SecondsOfBytes * size / BytesOfSeconds;
+        _memory = std::max(rules.memory, MemoryAByte * size);
+        _seconds = std::max(rules.seconds, SecondsOfBytes * size / BytesOfSeconds);
         _clock = _seconds * rules.clockASecond;
         const QString suffix = QFileInfo(path).suffix().toUpper();
         _reader = suffix.isEmpty() ? QStringLiteral("the reader of models")

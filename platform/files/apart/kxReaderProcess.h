@@ -23,8 +23,8 @@ constexpr quint64 Gigabyte = quint64(1) << 30;
 struct Rules
 {
     QString program = QStringLiteral("kxreader");
-    quint64 memory = 2 * Gigabyte; ///< bytes, and 40 times the file: an OBJ alone needs as much
-    quint64 seconds = 20;          ///< of processor time, and 30 a 100 MB
+    quint64 memory = 2 * Gigabyte; ///< bytes, or 40 times the file where that is more
+    quint64 seconds = 20;          ///< of processor time, or 30 a 100 MB where that is more
     quint64 clockASecond = 30;     ///< so much by the clock, where others need the processors
     quint64 quietSeconds = 60;     ///< without any processor time
 };
