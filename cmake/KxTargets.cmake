@@ -4,7 +4,8 @@ set(KX_CONTRACT_DIR ${CMAKE_SOURCE_DIR}/plugin/frame/contract)
 
 # The language of the contract, for all that includes its headers.
 add_library(kxContract INTERFACE)
-target_include_directories(kxContract INTERFACE ${KX_CONTRACT_DIR})
+target_include_directories(kxContract INTERFACE $<BUILD_INTERFACE:${KX_CONTRACT_DIR}>)
+target_compile_definitions(kxContract INTERFACE QT_NO_KEYWORDS) # TBB declares a function of such a name
 target_link_libraries(kxContract INTERFACE Qt5::Widgets TBB::tbb Boost::headers)
 
 # The rooms are made anew by each configuration, so that no link outlives its header.

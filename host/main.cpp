@@ -10,7 +10,7 @@
 
 namespace
 {
-constexpr const char Version[] = "1.0";
+constexpr const char Version[] = KX_VERSION;
 
 QStringList argumentList(int argc, char** argv)
 {
@@ -74,7 +74,9 @@ int main(int argc, char** argv)
     }
     kxApplication::prepare(line);
     // Never destroyed: the plug-in's tools are statics, which take down their widgets while the process ends.
-    static const QApplication* const application = new QApplication(argc, argv);
+    // Qt would take options of ours for its own: only the program's name is for it.
+    static int forQt = 1;
+    static const QApplication* const application = new QApplication(forQt, argv);
     Q_UNUSED(application);
     QApplication::setApplicationName(QStringLiteral("kxhost"));
     QApplication::setApplicationVersion(QString::fromLatin1(Version));

@@ -8,7 +8,7 @@ QString kxHostFolders::find(const QString& relativePath)
 {
     const QDir binaries(QCoreApplication::applicationDirPath());
     // Beside the executable, under a prefix, or in the sources above build/<preset>/bin.
-    for (const char* const above : {".", "..", "../share/kxhost", "../../.."})
+    for (const char* const above : {".", "..", KX_DATA_WAY, "../../.."})
     {
         const QFileInfo file(binaries.filePath(QString::fromLatin1(above) + QLatin1Char('/') + relativePath));
         if (file.isFile())

@@ -29,7 +29,9 @@ QStringList missingModules()
 
 QString kxPluginLoader::defaultFile()
 {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/libkxAnimationWidgets.so");
+    const QString folder = QCoreApplication::applicationDirPath(), name = QStringLiteral("/libkxAnimationWidgets.so");
+    const QString installed = QDir::cleanPath(folder + QLatin1String("/" KX_PLUGINS_WAY) + name);
+    return QFileInfo::exists(installed) ? installed : folder + name;
 }
 
 bool kxPluginLoader::load(const QString& file)

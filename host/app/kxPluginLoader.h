@@ -7,7 +7,7 @@
 class kxPluginLoader
 {
 public:
-    /// Beside the executable.
+    /// Where it is installed, else beside the executable.
     static QString defaultFile();
 
     /// Loads the library; what it registers for scripts is registered with that. False, with the reason in error(),

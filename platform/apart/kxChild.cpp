@@ -32,7 +32,7 @@ QString pathOf(const QString& program)
     Dl_info library{};
     dladdr(reinterpret_cast<const void*>(&pathOf), &library);
     const QString folder = QFileInfo(QFile::decodeName(library.dli_fname)).absolutePath();
-    const QString installed = folder + QStringLiteral("/../libexec/kxhost/") + program;
+    const QString installed = folder + QLatin1String("/" KX_PROGRAMS_WAY "/") + program;
     return QFileInfo::exists(installed) ? installed : folder + QLatin1Char('/') + program;
 }
 

@@ -59,7 +59,7 @@ void buildStatics(const char* entryPoint, Build build)
 
 const char* getPluginVersion()
 {
-    return "15.3";
+    return KX_VERSION;
 }
 
 void initPlugin()
