@@ -47,7 +47,7 @@ ImagePtr fromTexels(const aiTexture& texture)
 } // namespace
 
 kxAssimpMaterials::kxAssimpMaterials(const aiScene& scene, const QString& folder, kxFileReport& report)
-    : _scene(scene), _folder(folder), _report(report)
+    : _scene(scene), _folder(folder), _report(report), _surfaces(report)
 {
     for (unsigned i = 0; i < scene.mNumMaterials; ++i)
         add(*scene.mMaterials[i]);
@@ -91,6 +91,13 @@ void kxAssimpMaterials::addSurface(const aiMaterial& source, UberMaterial& mater
     else if (source.Get(AI_MATKEY_SHININESS, value) == AI_SUCCESS && value > 0)
         // The width of the highlight of Blinn's model with this exponent.
         material.setRoughness(finite(std::sqrt(2.0f / (value + 2.0f)), 0.05f, 1.0f, 0.5f));
+    // Where a file says these, the others are made up of its highlights.
+    if (source.Get("$raw.3dsMax|main|metalness", 0, 0, value) == AI_SUCCESS)
+        material.setMetallic(finite(value, 0.0f, 1.0f, 0.0f));
+    if (source.Get("$raw.3dsMax|main|roughness", 0, 0, value) == AI_SUCCESS)
+        material.setRoughness(finite(value, 0.0f, 1.0f, 0.5f));
+    else if (source.Get("$raw.3dsMax|main|glossiness", 0, 0, value) == AI_SUCCESS)
+        material.setRoughness(1 - finite(value, 0.0f, 1.0f, 0.5f));
     int twoSided = 0;
     if (source.Get(AI_MATKEY_TWOSIDED, twoSided) == AI_SUCCESS)
         material.setDoubleSided(twoSided != 0);
@@ -105,10 +112,54 @@ void kxAssimpMaterials::addPictures(const aiMaterial& source, UberMaterial& mate
     const Color3f& emissive = material.getEmissive();
     if (material.getEmissiveImage() != NullFC && std::max({emissive[0], emissive[1], emissive[2]}) <= 0)
         material.setEmissive(Color3f(1, 1, 1)); // black is a preset too
-    for (const aiTextureType type :
-         {aiTextureType_HEIGHT, aiTextureType_SPECULAR, aiTextureType_METALNESS, aiTextureType_DIFFUSE_ROUGHNESS})
-        if (source.GetTextureCount(type) > 0)
-            _report.note(QStringLiteral("pictures of heights, highlights, metal and roughness are left out"));
+    addJoinedPictures(source, material);
+    noteOthers(source);
+}
+
+/// A picture stands in the place of its number, which the formats leave at any preset.
+void kxAssimpMaterials::addJoinedPictures(const aiMaterial& source, UberMaterial& material)
+{
+    kxSurfacePictures::Parts parts;
+    parts.metal = picture(source, {aiTextureType_METALNESS});
+    parts.roughness = picture(source, {aiTextureType_DIFFUSE_ROUGHNESS});
+    if (parts.roughness == NullFC && (parts.roughness = picture(source, {aiTextureType_SHININESS})) != NullFC)
+    {
+        // A number of roughness is there where the picture doesn't go with an exponent.
+        float exponent = 0, roughness = 0;
+        if (source.Get(AI_MATKEY_ROUGHNESS_FACTOR, roughness) != AI_SUCCESS)
+            source.Get(AI_MATKEY_SHININESS, exponent);
+        parts.exponent = finite(exponent, 0, 1e6f, 0);
+    }
+    if (parts.metal == NullFC && parts.roughness == NullFC)
+        return;
+    parts.occlusion = material.getOcclusionImage();
+    const ImagePtr joined = _surfaces.joined(parts, QString::fromStdString(material.getNodeName()));
+    if (joined == NullFC)
+        return;
+    material.setRoughnessImage(joined);
+    if (parts.occlusion != NullFC)
+        material.setOcclusionImage(joined);
+    if (parts.metal != NullFC)
+        material.setMetallic(1);
+    if (parts.roughness != NullFC)
+        material.setRoughness(1);
+}
+
+void kxAssimpMaterials::noteOthers(const aiMaterial& source)
+{
+    const auto name = [&source](aiTextureType type)
+    {
+        aiString path;
+        source.GetTexture(type, 0, &path);
+        return std::string(path.C_Str());
+    };
+    for (const aiTextureType type : {aiTextureType_HEIGHT, aiTextureType_SPECULAR})
+        if (!name(type).empty())
+            _report.note(QStringLiteral("pictures of heights and highlights are left out"));
+    // That of the colour has an opacity of its own.
+    const std::string opacity = name(aiTextureType_OPACITY);
+    if (!opacity.empty() && opacity != name(aiTextureType_BASE_COLOR) && opacity != name(aiTextureType_DIFFUSE))
+        _report.note(QStringLiteral("pictures of opacity beside those of colour are left out"));
 }
 
 ImagePtr kxAssimpMaterials::picture(const aiMaterial& source, std::initializer_list<aiTextureType> types)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <files/import/kxModelFolder.h>
+#include <files/import/kxSurfacePictures.h>
 #include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
@@ -26,6 +27,8 @@ private:
     void add(const aiMaterial& source);
     void addSurface(const aiMaterial& source, osg::UberMaterial& material) const;
     void addPictures(const aiMaterial& source, osg::UberMaterial& material);
+    void addJoinedPictures(const aiMaterial& source, osg::UberMaterial& material);
+    void noteOthers(const aiMaterial& source);
     /// The first of these kinds that the material has; null for none.
     osg::ImagePtr picture(const aiMaterial& source, std::initializer_list<aiTextureType> types);
     osg::ImagePtr read(const QString& path);
@@ -34,6 +37,7 @@ private:
     const aiScene& _scene;
     kxModelFolder _folder;
     kxFileReport& _report;
+    kxSurfacePictures _surfaces;
     std::vector<osg::Share<osg::Material>> _materials;
     std::map<QString, osg::Share<osg::Image>> _pictures; // by the name in the file; null for what can't be read
 };

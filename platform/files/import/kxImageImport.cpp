@@ -59,18 +59,6 @@ QImage decode(const std::vector<unsigned char>& bytes)
     return QImage(image.image.data(), image.width, image.height, image.width * 4, QImage::Format_RGBA8888).copy();
 }
 
-ImagePtr fromPixels(const QImage& pixels)
-{
-    const ImagePtr image = Image::create();
-    std::vector<UInt8> bytes;
-    bytes.reserve(std::size_t(pixels.width()) * std::size_t(pixels.height()) * 4);
-    for (int y = 0; y < pixels.height(); ++y)
-        bytes.insert(bytes.end(), pixels.constScanLine(y),
-                     pixels.constScanLine(y) + 4 * std::ptrdiff_t(pixels.width()));
-    image->set(UInt32(pixels.width()), UInt32(pixels.height()), std::move(bytes));
-    return image;
-}
-
 /// The picture as a file; empty where it has no pixels.
 QImage pixelsOf(const ImagePtr& image)
 {
@@ -144,6 +132,33 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
         return image;
     }
     return fromPixels(repaint ? pixels.convertToFormat(QImage::Format_RGBX8888) : pixels);
+}
+
+ImagePtr kxImageImport::fromPixels(const QImage& pixels)
+{
+    const ImagePtr image = Image::create();
+    std::vector<UInt8> bytes;
+    bytes.reserve(std::size_t(pixels.width()) * std::size_t(pixels.height()) * 4);
+    for (int y = 0; y < pixels.height(); ++y)
+        bytes.insert(bytes.end(), pixels.constScanLine(y),
+                     pixels.constScanLine(y) + 4 * std::ptrdiff_t(pixels.width()));
+    image->set(UInt32(pixels.width()), UInt32(pixels.height()), std::move(bytes));
+    return image;
+}
+
+QImage kxImageImport::decoded(const ImagePtr& image)
+{
+    return image->getPixels().empty() ? decode(image->getEncoded()) : pixelsOf(image);
+}
+
+QSize kxImageImport::sizeOf(const ImagePtr& image)
+{
+    if (!image->getPixels().empty())
+        return QSize(int(image->getWidth()), int(image->getHeight()));
+    QByteArray data = view(image->getEncoded());
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    return QImageReader(&buffer).size();
 }
 
 float kxImageImport::linearFromSrgb(float value)

@@ -7,6 +7,7 @@
 #include <vector>
 
 class QImage;
+class QSize;
 class kxFileReport;
 
 /// Pictures of other programs' files.
@@ -15,6 +16,12 @@ namespace kxImageImport
 /// Keeps PNG and JPEG as they are and decodes what else can be read. Null, noted in the report under `name`, for what
 /// can't. `opaque`: the alpha of the picture means nothing and is taken out.
 osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, kxFileReport& report);
+/// Of 8-bit RGBA, or with RGB and a byte that isn't used.
+osg::ImagePtr fromPixels(const QImage& pixels);
+/// Its texels; null for what is damaged. Decodes what strangers made: for processes that may be lost.
+QImage decoded(const osg::ImagePtr& image);
+/// By what the picture's head says, without decoding it.
+QSize sizeOf(const osg::ImagePtr& image);
 /// An sRGB value as a linear one.
 float linearFromSrgb(float value);
 /// The bytes of a PNG or JPEG file that show the picture; empty where there is none. `jpeg` says which.

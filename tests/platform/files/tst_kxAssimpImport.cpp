@@ -3,6 +3,7 @@
 #include <files/apart/kxModelReader.h>
 #include <files/apart/kxReaderProcess.h>
 #include <files/scene/kxSceneContent.h>
+#include <kxRenderWidget.h>
 #include <kxUndo.h>
 #include <scene/CameraLight.h>
 #include <scene/Mesh.h>
@@ -425,6 +426,84 @@ Connections: {
         QVERIFY(read("b.obj") && notes.contains(refusal));
         QVERIFY(material()->getBaseColor()[2] < 0.7f);
         QVERIFY(!read("b.gltf") && notes.contains(refusal));
+    }
+
+    void picturesOfASurface_data()
+    {
+        typedef QMap<QString, QColor> Pictures;
+        kxColumns<QString, Pictures, QSize, QColor, QVector2D, bool>("model", "pictures", "size", "left", "numbers",
+                                                                     "occluded");
+        const QColor grey(90, 90, 90), dark(40, 40, 40), packed(10, 20, 30);
+        const QSize both(6, 8);
+        kxRow("both", "Pr 0.7\nPm 0\nmap_Pr rough.png\nmap_Pm metal.png", Pictures{{"rough", grey}, {"metal", dark}},
+              both, QColor(255, 90, 40), QVector2D(1, 1), false);
+        kxRow("roughness alone", "Pr 0.7\nPm 0.25\nmap_Pr rough.png", Pictures{{"rough", grey}}, QSize(2, 8),
+              QColor(255, 90, 255), QVector2D(0.25f, 1), false);
+        kxRow("metal alone", "Pr 0.75\nPm 0\nmap_Pm metal.png", Pictures{{"metal", dark}}, QSize(6, 4),
+              QColor(255, 255, 40), QVector2D(1, 0.75f), false);
+        kxRow("joined in the file", "map_Pr rough.png\nmap_Pm rough.png", Pictures{{"rough", packed}}, QSize(2, 8),
+              QColor(255, 20, 30), QVector2D(1, 1), false);
+        kxRow("an exponent", "Ns 50\nmap_Ns gloss.png", Pictures{{"gloss", QColor(102, 102, 102)}}, QSize(2, 4),
+              QColor(255, 77, 255), QVector2D(0, 1), false);
+        kxRow("one of both is missing", "Pr 0.75\nPm 0.5\nmap_Pr none.png\nmap_Pm metal.png", Pictures{{"metal", dark}},
+              QSize(6, 4), QColor(255, 255, 40), QVector2D(1, 0.75f), false);
+        kxRow("one of both is damaged", "Pr 0.75\nPm 0.5\nmap_Pr broken.png\nmap_Pm metal.png",
+              Pictures{{"broken", grey}, {"metal", dark}}, QSize(), QColor(), QVector2D(0.5f, 0.75f), false);
+        const QString max = QStringLiteral("/FBX/maxPbrMaterial_%1.fbx");
+        const Pictures pictures = {
+            {"roughness", grey}, {"metalness", dark}, {"glossiness", grey}, {"occlusion", packed}};
+        kxRow("roughness of FBX", max.arg("metalRough"), pictures, both, QColor(10, 90, 40), QVector2D(1, 1), true);
+        kxRow("glossiness of FBX", max.arg("specGloss"), pictures, QSize(2, 4), QColor(10, 165, 255), QVector2D(0, 1),
+              true);
+        kxRow("numbers of FBX", max.arg("metalRough"), Pictures(), QSize(), QColor(), QVector2D(0.25f, 0.5f), false);
+        kxRow("glossiness alone", max.arg("specGloss"), Pictures(), QSize(), QColor(), QVector2D(0, 1 - 0.33f), false);
+    }
+
+    /// Pictures of different sizes, their left half in a colour, become one.
+    void picturesOfASurface()
+    {
+        QFETCH(QString, model);
+        QFETCH(QSize, size);
+        const QTemporaryDir folder;
+        const QDir top(folder.path());
+        QVERIFY(top.mkpath("Textures"));
+        typedef QMap<QString, QColor> Pictures;
+        QFETCH(Pictures, pictures);
+        for (auto picture = pictures.begin(); picture != pictures.end(); ++picture)
+        {
+            // Wide ones and high ones; what can be seen through counts too.
+            const bool isWide = picture.key().startsWith("metal"), isHigh = picture.key().startsWith("rough");
+            QImage image(isWide ? 6 : 2, isHigh ? 8 : 4, QImage::Format_RGBA8888);
+            image.fill(QColor(255, 255, 255, 0));
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width() / 2; ++x)
+                    image.setPixelColor(x, y, picture.value());
+            const QString file = top.filePath((model.startsWith('/') ? "Textures/" : "") + picture.key() + ".png");
+            QVERIFY(image.save(file));
+            if (picture.key() == "broken")
+                QVERIFY(writeFile(file, bytesOfFile(file).chopped(22)));
+        }
+        QString path = top.filePath("a.obj");
+        if (model.startsWith('/'))
+            QVERIFY(QFile::copy(modelsFolder() + model, path = top.filePath("a.fbx")));
+        QVERIFY(writeFile(top.filePath("a.mtl"), "newmtl m\n" + model.toUtf8() + '\n'));
+        if (path.endsWith("obj"))
+            QVERIFY(writeFile(path, "mtllib a.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nusemtl m\nf 1/1 2/1 3/1\n"));
+        kxFileReport report(path);
+        QVERIFY(kxSceneIO::open(path, report));
+        const UberMaterialPtr material = UberMaterialPtr::dcast(kxScene::the()->materials().back());
+        const ImagePtr image = material->getRoughnessImage();
+        QCOMPARE(image != NullFC, size.isValid());
+        QTEST(QVector2D(material->getMetallic(), material->getRoughness()), "numbers");
+        QTEST(material->getOcclusionImage() != NullFC, "occluded");
+        if (image == NullFC)
+            return;
+        QVERIFY(material->getOcclusionImage() == NullFC || material->getOcclusionImage() == image);
+        const QImage joined = QImageConverter::convertToQImage(image);
+        QCOMPARE(joined.size(), size);
+        QTEST(joined.pixelColor(0, size.height() - 1), "left");
+        const QColor right = joined.pixelColor(size.width() - 1, 0);
+        QCOMPARE(QPoint(right.red(), right.blue()), QPoint(255, 255));
     }
 
 private:

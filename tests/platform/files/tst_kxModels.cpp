@@ -125,9 +125,9 @@ private Q_SLOTS:
                 take(name, 20);
         }
         const double expected[] = {1323.5099, 4632.9494, 539.4721, 628.2670,  559.8313,  4965.3989, 54.4132,  269.8579,
-                                   525.7496,  3733.2532, 94.9939,  1611.7080, 101.2092,  794.1166,  100.6917, 312.2729,
+                                   525.7496,  3733.2546, 94.9939,  1611.7080, 101.2092,  794.1166,  100.6917, 312.2729,
                                    947.2866,  4211.7070, 308.0799, 950.6120,  1147.3156, 4085.1926, 447.2299, 527.3530,
-                                   477.9500,  4239.8372, 43.3530,  190.4478,  435.9575,  3262.1347, 87.1349,  1337.7291,
+                                   477.9500,  4239.8372, 43.3530,  190.4478,  435.9575,  3262.1361, 87.1349,  1337.7291,
                                    82.7580,   650.0096,  81.6798,  193.4546,  790.8604,  3684.4394, 219.3765, 722.1904};
         QCOMPARE(all.size(), std::size(expected));
         QString numbers;
@@ -212,7 +212,9 @@ private Q_SLOTS:
     {
         kxColumns<QString, QString>("model", "said");
         kxRow("names of a compressed file", "/Collada/duck.zae", "told apart by their names alone");
-        kxRow("pictures of metal", "/FBX/maxPbrMaterial_metalRough.fbx", "metal and roughness are left out");
+        kxRow("pictures of opacity", "/FBX/maxPbrMaterial_metalRough.fbx",
+              "opacity beside those of colour are left out");
+        kxRow("pictures of highlights", "/FBX/maxPbrMaterial_specGloss.fbx", "heights and highlights are left out");
     }
 
     void whatIsNotReadIsNamed()
