@@ -116,8 +116,16 @@ void kxPropertyPanel::showKind(kxSelection::Kind kind)
     if (kind != _kind && kxSelection::the().ids(kind).empty())
         return;
     _kind = kind;
+    rebuildLater();
+}
+
+/// A script may select thousands of times before anyone sees the panel, and what an event loop's own turn replaces is
+/// deleted by the next, also where a script turns it.
+void kxPropertyPanel::rebuildLater()
+{
     _stale = true;
-    _rebuild.start(); // a script may select thousands of times before anyone sees the panel
+    if (!_rebuild.isActive())
+        _rebuild.start();
 }
 
 std::vector<unsigned int> kxPropertyPanel::parts() const
@@ -140,7 +148,7 @@ void kxPropertyPanel::follow()
     if (!isVisible())
         _stale = true;
     else if (parts() != _parts)
-        rebuild();
+        rebuildLater();
     else
         refresh();
 }
@@ -150,7 +158,7 @@ void kxPropertyPanel::refresh()
     if (!isVisible() || _stale)
         return;
     if (_kind == kxSelection::Nodes && parts() != _parts)
-        return rebuild(); // another material, say
+        return rebuildLater(); // another material, say
     for (kxPropertyRow* const row : _rows)
         row->refresh();
     markDriven();

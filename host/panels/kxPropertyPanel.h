@@ -32,6 +32,7 @@ private:
     typedef std::vector<osg::FieldContainerPtr> Containers;
     void showKind(kxSelection::Kind kind);
     void rebuild();
+    void rebuildLater();
     /// Rebuilds where the selection is made of other parts than the rows show; else refreshes.
     void follow();
     void refresh();

@@ -114,7 +114,7 @@ private Q_SLOTS:
         osg::GeometryPtr::dcast(b->getCore())->setMaterial(steel);
         osg::UberMaterialPtr::dcast(brass)->setBaseColor(osg::Color3f(0, 0, 1));
         osg::markChanged(brass, osg::UberMaterial::BaseColorFieldMask);
-        kxScene::the()->flush();
+        turn();
         const auto* const both = _panel->findChild<QScrollArea*>()->widget()->findChild<QComboBox*>("materialBox");
         QVERIFY(both->font().italic()); // the two differ
         const QColor ball = both->itemIcon(both->currentIndex()).pixmap(32).toImage().pixelColor(16, 16);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         scroll->setValue(40);
         stack()->undo(); // other rows, at the same place
-        kxScene::the()->flush();
+        turn();
         QCOMPARE(scroll->value(), 40);
         QCOMPARE(_panel->findChild<QComboBox*>("materialBox")->currentText(), QString("Steel"));
         const osg::NodePtr light = kxSceneEdits::makeNode(osg::Light::create(), "Light");
@@ -294,7 +294,7 @@ private Q_SLOTS:
         QKXDoubleSpiner* const x = spinner("translationX");
         kxScene::the()->clear(); // dies at once, the panel is notified later
         Q_EMIT x->relativeOperatorApplied(RelativeAdd, 1);
-        kxScene::the()->flush();
+        turn();
         QVERIFY(spinner("translationX") == nullptr || !spinner("translationX")->isVisible());
     }
 
@@ -309,10 +309,37 @@ private Q_SLOTS:
         QTRY_COMPARE(_panel->findChild<QLineEdit*>("_name")->text(), QString("C"));
     }
 
+    void pagesDieWhileAScriptTurnsTheLoop()
+    {
+        const auto widgets = [] { return QApplication::allWidgets().size(); };
+        int after10 = 0;
+        for (int i = 0; i < 30; ++i)
+        {
+            const osg::NodePtr node = addObject("Node");
+            node->setCore(i % 2 == 0 ? osg::NodeCorePtr(osg::Geometry::create()) : osg::Transform::create());
+            kxSelection::the().selectNodes({node});
+            turn();
+            node->setCore(osg::Transform::create());
+            osg::markChanged(node, osg::Node::CoreFieldMask);
+            turn();
+            kxScene::the()->root()->subChild(node);
+            turn();
+            if (i == 10)
+                after10 = widgets();
+        }
+        turn();
+        QVERIFY2(widgets() < after10 + 100, qPrintable(QString::number(widgets() - after10)));
+    }
+
 private:
     QKXDoubleSpiner* spinner(const char* name) const
     {
         return _panel->findChild<QKXDoubleSpiner*>(QString::fromLatin1(name));
+    }
+    static void turn()
+    {
+        kxScene::the()->flush();
+        QCoreApplication::processEvents();
     }
     void select(const std::vector<osg::NodePtr>& nodes)
     {
