@@ -19,6 +19,7 @@
 #include "kxWelcome.h"
 
 #include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxSelection.h>
 #include <kxAnimManager.h>
@@ -433,6 +434,7 @@ void kxMainWindow::openPreferences(const QString& page)
 kxScriptResult kxMainWindow::runScript(const QString& file)
 {
     Q_EMIT aboutToRunScript(file);
+    const kxHeldMessages::Scope held;
     const kxHistory::Scope scope(tr("Run %1").arg(QFileInfo(file).fileName()));
     const kxScriptResult result = kxInterpreter::runFile(file.toStdString());
     if (!result.ok)

@@ -10,6 +10,7 @@
 #include "kxHostWidgets.h"
 
 #include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
 #include <kernel/kxSelection.h>
 #include <kxScenegraph.h>
 #include <kxScript.h>
@@ -146,6 +147,7 @@ void screenshot(const std::string& path)
 void processEvents()
 {
     const kxHistory::Pause pause; // what the user does meanwhile isn't the script's
+    const kxHeldMessages::Pause delivered;
     kxScene::the()->flush();
     QCoreApplication::processEvents();
 }

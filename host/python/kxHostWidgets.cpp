@@ -4,6 +4,7 @@
 
 #include <view/kxView3D.h>
 
+#include <kernel/kxHeldMessages.h>
 #include <osg/Finite.h>
 
 #include <QAbstractItemView>
@@ -39,6 +40,7 @@ bool isAt(const QWidget* widget, const QStringList& path)
 
 const QWidget* find(const std::string& path)
 {
+    kxHeldMessages::deliver(); // a script reads what it made
     const QStringList names = QString::fromStdString(path).split(QLatin1Char('/'));
     const QWidget* found = nullptr;
     const auto widgets = QApplication::allWidgets();

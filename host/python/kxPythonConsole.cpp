@@ -6,6 +6,7 @@
 
 #include <files/scene/kxFileReport.h>
 #include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
 #include <kxIconManager.h>
 #include <kxLog.h>
 #include <kxPlatform.h>
@@ -111,6 +112,7 @@ void kxPythonConsole::runScript()
     _editor->clearErrors();
     _prompt->append(kxPythonPrompt::Note, tr("Run %1\n").arg(_file.isEmpty() ? tr("script") : _file));
     Q_EMIT aboutToRun(_file);
+    const kxHeldMessages::Scope held;
     const kxHistory::Scope scope(_file.isEmpty() ? tr("Run the script of the console")
                                                  : tr("Run %1").arg(QFileInfo(_file).fileName()));
     const kxScriptResult result = kxInterpreter::run(_editor->text().toStdString(), name.toStdString());

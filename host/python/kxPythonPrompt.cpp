@@ -4,6 +4,7 @@
 #include "kxPromptInput.h"
 
 #include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
 #include <python/kxInterpreter.h>
 
 #include <QBoxLayout>
@@ -142,6 +143,7 @@ bool kxPythonPrompt::run(const QString& text)
     _echo = text;
     _running = true;
     bool needsMore = false;
+    const kxHeldMessages::Scope held;
     const kxHistory::Scope scope(tr("Console: %1").arg(beginning(text.trimmed())));
     const kxScriptResult result = kxInterpreter::runInteractive(text.toStdString(), &needsMore);
     _running = false;

@@ -2,6 +2,7 @@
 
 #include <animation/kxAnimEngine.h>
 #include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
 #include <kxAnimEvaluator.h>
 #include <kxAnimManager.h>
 #include <kxController.h>
@@ -140,6 +141,7 @@ kxSequenceRunner::World kxSceneryStage::world()
     {
         if (!kxCodeTrust::the().mayRun(text))
             return skipped();
+        const kxHeldMessages::Scope held;
         const kxHistory::Scope scope(tr("Run a script of the sequence %1").arg(quoted(title)));
         const kxScriptResult result = kxInterpreter::run(text, "<sequence " + title + ">");
         return result.ok ? QString() : tr("the script raised; its trace stands above");

@@ -2,6 +2,7 @@
 #include <kxController.h>
 #include <kxLog.h>
 
+#include <kernel/kxHeldMessages.h>
 #include <kernel/kxHostHooks.h>
 
 #include <algorithm>
@@ -66,6 +67,8 @@ int kxController::call(const std::string& name, kxMessage& message, int)
     const auto entry = registry().find(name);
     if (entry == registry().end())
         return 0;
+    if (kxHeldMessages::takes(name))
+        return int(entry->second.size());
 
     const Handlers handlers = entry->second; // a handler may change the list
     int ran = 0;

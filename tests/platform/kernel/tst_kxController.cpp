@@ -2,7 +2,9 @@
 #include <kxModuleBase.h>
 #include <kxTable.h>
 
+#include <kernel/kxHeldMessages.h>
 #include <kernel/kxModuleRegistry.h>
+#include <kxMessageNames.h>
 
 #include <QStringList>
 #include <QtTest>
@@ -119,6 +121,35 @@ private Q_SLOTS:
         for (const kxController::Callback handler : handlers)
             kxController::subCB(Name, handler);
         QCOMPARE(kxSend(Name), 0);
+    }
+
+    void aScriptIsHeardOnce()
+    {
+        kxController::addCB(kxMessageName::PastedAnimations, first);
+        ran.clear();
+        {
+            const kxHeldMessages::Scope script;
+            const kxHeldMessages::Scope inner;
+            for (int i = 0; i < 3; ++i)
+                QCOMPARE(kxSend(kxMessageName::PastedAnimations), 1);
+            QVERIFY(ran.isEmpty());
+            kxHeldMessages::deliver();
+            QCOMPARE(ran.size(), 1);
+            {
+                kxSend(kxMessageName::PastedAnimations);
+                const kxHeldMessages::Pause user;
+                kxSend(kxMessageName::PastedAnimations);
+                QCOMPARE(ran.size(), 3);
+            }
+            kxSend(kxMessageName::PastedAnimations);
+            QCoreApplication::processEvents();
+            QCOMPARE(ran.size(), 4);
+            kxSend(kxMessageName::PastedAnimations);
+        }
+        QCOMPARE(ran.size(), 5);
+        kxSend(kxMessageName::PastedAnimations);
+        QCOMPARE(ran.size(), 6);
+        kxController::subCB(kxMessageName::PastedAnimations, first);
     }
 
     void modulesDuringDelivery()
