@@ -1,6 +1,7 @@
 #include <animation/kxFilm.h>
 
 #include <animation/kxAnimEngine.h>
+#include <animation/kxAnimScene.h>
 #include <animation/kxNodeTime.h>
 #include <osg/AnimCores.h>
 #include <osg/FieldContainerFactory.h>
@@ -89,8 +90,11 @@ NodePtr kxFilm::cameraAt(const AnimNode& root, double seconds)
 
 NodePtr kxFilm::camera() const
 {
-    const AnimNodePtr root = living<AnimNode>(_rootId);
-    return root == NullFC || _engine.plan.isLost() ? NodePtr() : cameraAt(*root, _seconds);
+    for (auto shown = _shown.rbegin(); _hasCamera && shown != _shown.rend(); ++shown)
+        if (const AnimNodePtr root = living<AnimNode>(shown->rootId); kxAnimScene::contains(root))
+            if (const NodePtr found = cameraAt(*root, shown->seconds))
+                return found;
+    return NodePtr();
 }
 
 /// Found once for each text: a scene may be large, and a film asks at each frame.
@@ -120,17 +124,54 @@ void kxFilm::write(UInt32 coreId, Int32 choice)
     markChanged(core, Switch::ChoiceFieldMask);
 }
 
+/// False where neither it nor what was shown before plays a part.
+bool kxFilm::note(const AnimNodePtr& root, double seconds, bool hasScenery)
+{
+    const auto isGone = [](const Shown& shown) { return living<AnimNode>(shown.rootId) == NullFC; };
+    _shown.erase(std::remove_if(_shown.begin(), _shown.end(), isGone), _shown.end());
+    const auto known = findShown(root->getId());
+    const bool wasShown = known != _shown.end();
+    if (!hasScenery)
+    {
+        if (wasShown)
+            _shown.erase(known);
+        return wasShown;
+    }
+    _hasCamera = true;
+    if (wasShown)
+        known->seconds = seconds;
+    else
+        _shown.push_back({root->getId(), seconds});
+    return true;
+}
+
+std::vector<kxFilm::Shown>::iterator kxFilm::findShown(UInt32 rootId)
+{
+    return std::find_if(_shown.begin(), _shown.end(), [rootId](const Shown& shown) { return shown.rootId == rootId; });
+}
+
+void kxFilm::begin(const AnimNodePtr& root)
+{
+    if (const auto known = findShown(root->getId()); known != _shown.end())
+        std::rotate(known, known + 1, _shown.end());
+}
+
+kxTriggers::Names kxFilm::passedTriggers() const
+{
+    kxTriggers::Names names;
+    for (const Shown& shown : _shown)
+        if (const AnimNodePtr clip = living<AnimNode>(shown.rootId); kxAnimScene::contains(clip))
+            for (auto& name : kxTriggers::before(*clip, shown.seconds))
+                names.push_back(std::move(name));
+    return names;
+}
+
 void kxFilm::show(const AnimNodePtr& root, double seconds, const kxClipProgram& program)
 {
-    if (!program.hasScenery() && _sets.empty())
+    if (!note(root, seconds, program.hasScenery()))
         return;
-    if (program.hasScenery())
-    {
-        _rootId = root->getId();
-        _seconds = seconds;
-    }
     std::map<UInt32, Int32> choices; // by the switch's id
-    for (const auto& [name, kind] : kxTriggers::before(*root, seconds))
+    for (const auto& [name, kind] : passedTriggers())
     {
         const auto [set, choice] = kind == kxTriggers::Kind::Variant ? variant(name) : decltype(variant(name))();
         const SwitchPtr core = set == NullFC ? SwitchPtr() : SwitchPtr::dcast(set->getCore());
@@ -169,7 +210,8 @@ void kxFilm::choose(const SwitchPtr& set, Int32 choice)
 void kxFilm::clear()
 {
     _chosen.clear();
-    _rootId = 0;
+    _shown.clear();
+    _hasCamera = false;
     _sets.clear();
     _variants.clear();
 }

@@ -176,6 +176,8 @@ bool kxPlaybackQueue::advance(UInt32 nodeId, double now)
     entry->position = after;
     const bool isFresh = entry->isFresh;
     entry->isFresh = false;
+    if (isFresh)
+        _engine.film.begin(node);
     _engine.programs.show(node, after);
     const kxTriggers::Playing playing(_engine.triggers);
     if (isFresh)

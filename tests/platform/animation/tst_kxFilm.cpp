@@ -1,4 +1,6 @@
 #include <animation/kxFrameTime.h>
+#include <animation/kxPlaybackClock.h>
+#include <kxAnimEvaluator.h>
 #include <osg/SceneCores.h>
 #include <osg/Share.h>
 #include <scene/CameraLight.h>
@@ -147,6 +149,46 @@ private Q_SLOTS:
         QCOMPARE(f.transform(box)->getTranslation().x(), 9.0f);
         QCOMPARE(seenAt(film, 20), QString("- 21"));
         QCOMPARE(f.transform(box)->getTranslation().x(), 0.0f);
+    }
+
+    /// The one that was started last has the say, whichever has just come to its next frame.
+    void clipsAtOnce()
+    {
+        double now = 100;
+        kxPlaybackClock::the().setSource([&now] { return now; });
+        const auto at = [](double frame) { return float(kxFrameTime::seconds(frame, 24)); };
+        const auto passes = [&](double frames)
+        {
+            now += at(frames);
+            kxPlaybackClock::the().tick();
+            return seen();
+        };
+        const NodePtr box = f.object("Box");
+        const AnimNodePtr slide = f.added(box, f.block("Slide", {f.curve("translation", "X", {{0, 3}, {9, 9}})}));
+        slide->setTravMask(0);
+        const AnimNodePtr film = f.added(clip()),
+                          over = f.added(
+                              f.clip("over", {f.trigger("begin", 0), f.trigger("Door/a", at(24), true),
+                                              f.trigger("Wide", at(36), false, true), f.trigger("end", at(48))})),
+                          plain = f.added(f.clip("plain", {f.clone(slide, 0)}));
+        kxAnimEvaluator* const evaluator = kxAnimEvaluator::the();
+        kxAnimManager* const manager = kxAnimManager::the();
+        for (const AnimNodePtr& played : {film, over, plain})
+            evaluator->enqueue(played, true);
+        QCOMPARE(passes(0), QString("- 11"));
+        QCOMPARE(passes(20), QString("- 21")); // of the film
+        QCOMPARE(passes(10), QString("Near 01"));
+        QCOMPARE(passes(8), QString("Wide 00"));
+        manager->evaluateByFrame(plain, 5, false, false, false); // shown beside
+        QCOMPARE(seen(), QString("Wide 00"));
+        evaluator->enqueue(film, true); // started last now
+        QCOMPARE(passes(0), QString("Wide 01"));
+        QCOMPARE(passes(12), QString("Wide 11")); // the other one has ended, and stays
+        QCOMPARE(passes(14), QString("Near 11"));
+        evaluator->dequeueAll();
+        manager->setCurrentFrame(8, false, true);
+        QCOMPARE(seen(), QString("- 11"));
+        kxPlaybackClock::the().setSource(nullptr);
     }
 
     void whatSomebodyElseChoosesIsTheScenes()
