@@ -118,8 +118,9 @@ void kxSecurityPreferences::addMemory()
     _memory->setObjectName(QStringLiteral("_readerMemory"));
     _memory->setRange(1, MostGigabytes);
     _memory->setSuffix(tr(" GB"));
-    _memory->setToolTip(tr("Or 40 times the size of the file, where that is more. A reader that takes more is ended, and "
-                           "the file isn't opened."));
+    _memory->setToolTip(
+        tr("Or 40 times the size of the file, where that is more. A reader that takes more is ended, and "
+           "the file isn't opened."));
     auto* const row = new QHBoxLayout;
     auto* const label = new QLabel(tr("Memory that reading a model of another program may take"));
     label->setBuddy(_memory);
