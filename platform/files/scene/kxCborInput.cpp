@@ -197,9 +197,19 @@ void kxCborInput::readMap(std::map<std::string, double>& values)
     leave();
 }
 
-void kxCborInput::readBytes(std::vector<unsigned char>& out, std::size_t unit)
+void kxCborInput::readBytes(std::vector<unsigned char>& out)
 {
     out.clear();
+    readBytes(1,
+              [&out](std::size_t length)
+              {
+                  out.resize(length);
+                  return reinterpret_cast<char*>(out.data());
+              });
+}
+
+void kxCborInput::readBytes(std::size_t unit, const std::function<char*(std::size_t length)>& room)
+{
     if (failed())
         return;
     if (!_reader.isByteArray())
@@ -215,8 +225,7 @@ void kxCborInput::readBytes(std::vector<unsigned char>& out, std::size_t unit)
         fail(QStringLiteral("a block of bytes has a length that doesn't fit its kind"));
         return;
     }
-    out.resize(std::size_t(length));
-    readString(reinterpret_cast<char*>(out.data()), length);
+    readString(room(std::size_t(length)), length);
 }
 
 bool kxCborInput::mayUnpack(quint64 bytes)

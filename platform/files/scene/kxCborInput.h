@@ -4,6 +4,7 @@
 
 #include <QCborStreamReader>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -38,8 +39,9 @@ public:
     /// Names with a text or a number each; what is known of other names stays.
     void readMap(std::map<std::string, std::string>& values);
     void readMap(std::map<std::string, double>& values);
-    /// Bytes of a length that is a multiple of `unit`.
-    void readBytes(std::vector<unsigned char>& out, std::size_t unit = 1);
+    void readBytes(std::vector<unsigned char>& out);
+    /// Bytes of a length that is a multiple of `unit`, to where `room` has it for so many.
+    void readBytes(std::size_t unit, const std::function<char*(std::size_t length)>& room);
     /// Before a packed block is unpacked: false, and failed, where all that were unpacked would be more than a file of
     /// this length can mean.
     bool mayUnpack(quint64 bytes);

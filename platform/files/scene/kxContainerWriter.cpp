@@ -128,7 +128,7 @@ void kxContainerWriter::writeContainer(QCborStreamWriter& out, std::size_t index
     out.startArray(3);
     out.append(quint64(_classOfContainer[index]));
     _isIncomplete = false;
-    kxContainerForm::writeValues(out, container, *this, true);
+    kxContainerForm::writeValues(out, container, *this, _isPacked);
     if (_isIncomplete)
         _origin.incomplete.push_back(container->getId());
     kxContainerForm::writeStructure(out, kxContainerForm::structure(container, *this));

@@ -17,6 +17,9 @@ public:
     /// Readers allow some more: the way by which a container is met first needn't be the longest.
     static constexpr unsigned DeepestNesting = 1500;
 
+    /// `isPacked`: pictures are packed where that makes them smaller.
+    explicit kxContainerWriter(bool isPacked = true) : _isPacked(isPacked) {}
+
     /// Takes in a container with all below it. Null does nothing. False where it is nested deeper than readers allow.
     bool collect(const osg::FieldContainerPtr& container);
     /// The number of a container, 0 for null and for one that wasn't collected.
@@ -46,6 +49,7 @@ private:
     std::size_t classOf(const osg::FieldContainerPtr& container);
     void writeContainer(QCborStreamWriter& out, std::size_t index);
 
+    const bool _isPacked;
     std::vector<Class> _classes;
     std::unordered_map<osg::UInt32, std::size_t> _classByType;
     std::vector<osg::FieldContainerPtr> _containers;

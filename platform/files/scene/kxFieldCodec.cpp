@@ -32,6 +32,8 @@ void appendBytes(QCborStreamWriter& out, const std::vector<unsigned char>& bytes
 template <class T>
 void appendNumbers(QCborStreamWriter& out, const T* values, std::size_t count)
 {
+    if constexpr (QSysInfo::ByteOrder == QSysInfo::LittleEndian)
+        return out.appendByteString(reinterpret_cast<const char*>(values), qsizetype(count) * qsizetype(sizeof(T)));
     std::vector<unsigned char> bytes(count * sizeof(T));
     qToLittleEndian<T>(values, qsizetype(count), bytes.data());
     appendBytes(out, bytes);
@@ -139,11 +141,24 @@ std::vector<T> numbers(const std::vector<unsigned char>& bytes)
     return values;
 }
 
+/// As many as there are, in groups of so many.
+template <class T>
+std::vector<T> readNumbers(kxCborInput& in, std::size_t group)
+{
+    std::vector<T> values;
+    in.readBytes(group * sizeof(T),
+                 [&values](std::size_t length)
+                 {
+                     values.resize(length / sizeof(T));
+                     return reinterpret_cast<char*>(values.data());
+                 });
+    qFromLittleEndian<T>(values.data(), qsizetype(values.size()), values.data());
+    return values;
+}
+
 std::vector<float> readFloats(kxCborInput& in, std::size_t group)
 {
-    std::vector<unsigned char> bytes;
-    in.readBytes(bytes, group * sizeof(float));
-    std::vector<float> values = numbers<float>(bytes);
+    std::vector<float> values = readNumbers<float>(in, group);
     if (!isFinite(values))
     {
         in.fail(QStringLiteral("a number isn't finite"));
@@ -268,11 +283,7 @@ FieldValue kxFieldCodec::read(kxCborInput& in, std::size_t kind)
     case 8:
         return FieldValue(readBlock(in));
     case 9:
-    {
-        std::vector<unsigned char> bytes;
-        in.readBytes(bytes, sizeof(UInt32));
-        return FieldValue(numbers<UInt32>(bytes));
-    }
+        return FieldValue(readNumbers<UInt32>(in, 1));
     case 10:
         return FieldValue(readFloats(in, 1));
     case 11:

@@ -17,9 +17,9 @@ constexpr double Written = 0.6; ///< of the time that saving takes; then the fil
 
 /// Gives where the containers are, by what `position` tells to be written.
 kxSceneOrigin writeContent(QCborStreamWriter& out, const kxSceneContent& content,
-                           const std::function<quint64()>& position, kxFileReport& report)
+                           const std::function<quint64()>& position, bool isPacked, kxFileReport& report)
 {
-    kxContainerWriter writer;
+    kxContainerWriter writer(isPacked);
     bool flat = writer.collect(content.root.get());
     flat = writer.collect(content.sceneplates.get()) && flat;
     flat = writer.collect(content.scenery.get()) && flat;
@@ -137,7 +137,7 @@ bool kxSceneFile::save(const QString& path, kxFileReport& report, kxSceneOrigin&
     {
         const kxProgress::Part part(0, Written);
         origin = writeContent(
-            out, kxSceneContent::ofScene(), [&file] { return quint64(file.length()); }, report);
+            out, kxSceneContent::ofScene(), [&file] { return quint64(file.length()); }, true, report);
     }
     if (report.failed() || !canBeRead(file, report))
         return false;
@@ -163,7 +163,7 @@ bool kxSceneFile::read(const QString& path, kxSceneContent& content, kxFileRepor
 void kxSceneFile::writePayload(QIODevice& out, const kxSceneContent& content, kxFileReport& report)
 {
     QCborStreamWriter writer(&out);
-    writeContent(writer, content, nullptr, report);
+    writeContent(writer, content, nullptr, false, report);
 }
 
 bool kxSceneFile::readPayload(const char* data, qint64 size, kxSceneContent& content, kxFileReport& report)
