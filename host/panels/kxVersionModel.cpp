@@ -57,6 +57,7 @@ kxVersionModel::Row kxVersionModel::made(const kxVersion& version, qint64 since)
     row.version = version;
     row.since = since;
     row.picture.loadFromData(version.picture);
+    _store->isSound(version, row.damage);
     if (since != 0)
         row.changes = kxVersions::changes(*_store, since, version.number, false);
     row.lines = linesOf(row.changes);
@@ -199,6 +200,8 @@ void kxVersionModel::fetchMore(const QModelIndex& parent)
 
 QString kxVersionModel::summary(const Row& row)
 {
+    if (!row.damage.isEmpty())
+        return tr("Damaged: %1").arg(row.damage);
     if (!row.changes.isKnown || row.lines.isEmpty())
         return row.changes.failure;
     const int more = int(row.changes.lines.size()) + row.changes.unlisted - 1;
@@ -225,6 +228,7 @@ QVariant kxVersionModel::versionData(const Row& row, int role) const
         return !version.name.isEmpty();
     case Qt::ToolTipRole:
         return tr("Version %1: %2\n%3").arg(version.number).arg(version.why(), time) +
+               (row.damage.isEmpty() ? QString() : QLatin1Char('\n') + summary(row)) +
                (row.lines.isEmpty() ? QString()
                                     : QStringLiteral("\n\n") + row.lines.mid(0, 12).join(QLatin1Char('\n')) +
                                           (row.lines.size() > 12 ? QStringLiteral("\n...") : QString()));

@@ -49,6 +49,7 @@ private:
         kxVersion version;
         qint64 since = 0; ///< the version before, 0 for the first
         QPixmap picture;
+        QString damage; ///< why its file isn't the one that was kept; empty where it is
         kxVersions::Changes changes;
         QStringList lines; ///< of the changes
     };

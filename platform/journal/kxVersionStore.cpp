@@ -17,20 +17,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace
 {
 constexpr const char IndexName[] = "index.db";
 constexpr const char PartSuffix[] = ".part"; ///< of a file that is on its way
 constexpr qint64 DaySeconds = qint64(24) * 60 * 60;
-/// Above it a file is linked rather than copied. What another program writes into the original, rather than in its
-/// place, is written into the link too; the head then tells.
-constexpr qint64 LargestCopy = 32 << 20;
 
 QString tr(const char* text)
 {
@@ -57,26 +50,6 @@ bool isSameFile(const QString& a, const QString& b)
     const uchar* const left = one.map(0, one.size());
     const uchar* const right = other.map(0, other.size());
     return left != nullptr && right != nullptr && std::memcmp(left, right, std::size_t(one.size())) == 0;
-}
-
-/// A copy that shares the blocks on disk, where the file system can do that.
-bool cloneFile(const QString& from, const QString& to)
-{
-    QFile in(from), out(to);
-    if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        return false;
-    if (ioctl(out.handle(), FICLONE, in.handle()) == 0)
-        return true;
-    out.remove();
-    return false;
-}
-
-bool copyFile(const QString& from, const QString& to)
-{
-    return cloneFile(from, to) ||
-           (QFileInfo(from).size() > LargestCopy &&
-            link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0) ||
-           QFile::copy(from, to);
 }
 
 /// The files of a folder by their numbers.
@@ -342,7 +315,9 @@ qint64 kxVersionStore::copy(const kxVersion& version, const QString& from)
     const QString part = temporary();
     if (part.isEmpty())
         return 0;
-    if (copyFile(from, part))
+    // Never a link, which what another program writes into the original would go into too. Where the file system can do
+    // that, the copy shares the blocks on disk.
+    if (QFile::copy(from, part))
         return move(version, part);
     QFile::remove(part);
     fail(tr("'%1' can't be copied to '%2'").arg(QDir::toNativeSeparators(from), QDir::toNativeSeparators(_folder)));

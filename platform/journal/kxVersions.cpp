@@ -318,15 +318,19 @@ bool kxVersions::read(kxVersionStore& store, qint64 number, kxSceneContent& cont
     if (!version)
         return report.fail(tr("there is no version %1").arg(number));
     if (!store.isSound(*version, reason))
-        return report.fail(reason);
+        return report.fail(tr("version %1 is damaged: %2").arg(number).arg(reason));
     return kxSceneFile::read(store.file(number), content, report);
 }
 
 bool kxVersions::saveAs(kxVersionStore& store, qint64 number, const QString& path, kxFileReport& report)
 {
     kxSceneContent content; // what is handed out can be opened
-    if (!read(store, number, content, report))
+    kxFileReport kept(store.file(number));
+    if (!read(store, number, content, kept))
+    {
+        report = kept; // it isn't the fault of what was to be written
         return false;
+    }
     QFile in(store.file(number));
     QSaveFile out(path);
     if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly))

@@ -130,6 +130,9 @@ private Q_SLOTS:
         QVERIFY(list->rowCount() == 1 && list->index(0, 0).data().toString().contains("round"));
         QVERIFY(kxVersions::the().keep(QString(), reason) > 0);
         QVERIFY(_window->document().saveTo(file) && list->rowCount() == 1); // the same scene
+        QVERIFY(QFile::resize(kxVersions::the().store().file(1), 5));
+        list->follow(&kxVersions::the().store());
+        QVERIFY(list->index(0, 0).data(kxVersionModel::SummaryRole).toString().startsWith("Damaged"));
     }
 
     /// Of a model that was opened, killed before it was saved: its versions go on, bear its name, and go along.

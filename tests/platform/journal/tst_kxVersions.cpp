@@ -342,20 +342,27 @@ private Q_SLOTS:
         QCOMPARE(mended.list().back().number, qint64(3));
     }
 
-    /// A large file is linked: what another program writes into it doesn't go for the version that was kept.
+    /// What another program writes into a scene's file, however large, doesn't go into the version; where the version's
+    /// own file is written into, that is said of it.
     void writtenInPlace()
     {
         const QString file = path("large.kxs");
         QVERIFY(writeFile(file, QByteArray(40 << 20, 'a')));
         kxVersionStore store(kxVersionStore::folderOf(file), file);
         QVERIFY(store.copy(kxVersion(), file) != 0);
-        QVERIFY(QFile::remove(file) && writeFile(file, "another")); // as saving does
+        const auto writeInto = [](const QString& name)
+        {
+            QFile out(name);
+            return out.open(QIODevice::ReadWrite) && out.write("letter") == 6;
+        };
         QString reason;
-        QVERIFY(store.isSound(store.list().front(), reason));
-        QFile version(store.file(1));
-        QVERIFY(version.open(QIODevice::ReadWrite) && version.write("b") == 1);
-        version.close();
-        QVERIFY(!store.isSound(store.list().front(), reason) && reason.contains("changed"));
+        QVERIFY(writeInto(file) && store.isSound(store.list().front(), reason));
+        QCOMPARE(bytesOfFile(store.file(1)), QByteArray(40 << 20, 'a'));
+        QVERIFY(writeInto(store.file(1)));
+        kxFileReport report(path("out.kxs"));
+        QVERIFY(!kxVersions::saveAs(store, 1, report.file(), report));
+        QCOMPARE(report.message(),
+                 QString("'%1': version 1 is damaged: its file was changed since it was kept").arg(store.file(1)));
     }
 
     /// Two processes with the same document: no number is given twice, and nothing is lost.
