@@ -52,7 +52,7 @@ function(kx_install_platform)
         ${CMAKE_BINARY_DIR}/kxAnimationWidgetsConfigVersion.cmake DESTINATION ${KX_CMAKE} COMPONENT dev)
 endfunction()
 
-install(FILES docs/user-guide.md docs/scripting.md docs/security.md DESTINATION ${KX_DATA}/docs COMPONENT program)
+install(FILES docs/user-guide.md docs/scripting.md docs/security.md docs/dependencies.md DESTINATION ${KX_DATA}/docs COMPONENT program)
 install(DIRECTORY docs/pictures DESTINATION ${KX_DATA}/docs COMPONENT program)
 install(DIRECTORY examples/ DESTINATION ${KX_DATA}/examples COMPONENT program
     FILES_MATCHING PATTERN *.py PATTERN *.kxs PATTERN maker EXCLUDE PATTERN plugin EXCLUDE PATTERN __pycache__ EXCLUDE)
