@@ -3,11 +3,13 @@
 e2e_installed.py <application in the folder it was built in> <unused folder>
 """
 import glob
+import gzip
 import os
 import re
 import shutil
 import subprocess
 import sys
+from xml.etree import ElementTree
 
 import cases
 import desktop
@@ -67,6 +69,23 @@ def has_one_version(folder):
     assert "Animation plug-in %s\n" % version in said, said
 
 
+def tells_desktop_and_reader(folder):
+    """The manual has each option of --help, and a scene is known by its first bytes."""
+    options = set(re.findall(r"^  (?:-\w, )?(--[\w-]+)", output_of(folder + "/moved/bin/kxhost", "--help"), re.M))
+    with gzip.open(folder + "/moved/share/man/man1/kxhost.1.gz", "rt") as file:
+        manual = file.read().replace("\\-", "-")
+    missing = [option for option in options if option not in manual]
+    assert len(options) > 15 and missing == [], missing
+    kinds = ElementTree.parse(folder + "/moved/share/mime/packages/kxhost.xml").getroot()
+    magic = kinds.find(".//{*}match").get("value").encode().decode("unicode_escape").encode("latin-1")
+    with open(folder + "/mine.kxs", "rb") as scene:
+        assert scene.read(8) == magic
+    with open(folder + "/moved/share/applications/kxhost.desktop") as entry:
+        words = dict(line.rstrip("\n").split("=", 1) for line in entry if "=" in line)
+    assert kinds[0].get("type") in words["MimeType"].split(";") and words["Exec"] == "kxhost %f", words
+    assert os.path.exists(folder + "/moved/share/icons/hicolor/scalable/apps/%s.svg" % words["Icon"])
+
+
 def builds_another_plugin(folder):
     """With nothing but what is installed; the application loads it in place of its own."""
     source, build = folder + "/moved/share/kxhost/examples/plugin", folder + "/plugin"
@@ -80,4 +99,5 @@ def builds_another_plugin(folder):
     assert "came without: Curve Editor" in said and "No such plugin" not in said, said
 
 
-cases.limited(lambda folder: cases.run([installs, does_what_is_promised, has_one_version, builds_another_plugin], folder))
+cases.limited(lambda folder: cases.run([installs, does_what_is_promised, has_one_version, tells_desktop_and_reader,
+                                        builds_another_plugin], folder))
