@@ -326,11 +326,12 @@ private:
 
 /// Lengths become metres, those of all other formats that the application reads.
 bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, double frameRate,
-               const std::map<std::string, std::string>& names, kxSceneContent& content, kxFileReport& report)
+               const kxColladaNames& names, kxSceneContent& content, kxFileReport& report)
 {
     if (kxAssimpUnits::format(*scene) == "glTF Importer")
         kxFirstGltf::mend(path, *scene, report);
     kxAssimpLooks::mend(path, *scene);
+    names.mend(*scene);
     const double metres = kxAssimpUnits::metres(*scene);
     if (metres != 1)
     {
@@ -338,7 +339,7 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, doubl
         report.tell(QStringLiteral("a unit of the file is %1 m: all lengths were multiplied by that").arg(metres));
     }
     content.frameRate = kxAssimpUnits::frameRate(*scene);
-    return Reader(*scene, path, frameRate, names, content, report).read();
+    return Reader(*scene, path, frameRate, names.byId, content, report).read();
 }
 
 /// Opens what lies in the model's folder or below, to read it.
@@ -423,7 +424,7 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
             report.note(
                 QStringLiteral("objects of a compressed file are told apart by their names alone: of those that "
                                "share one, an animation or a camera may be given to another"));
-        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names.byId, content,
+        return readOwned(std::unique_ptr<aiScene>(importer.GetOrphanedScene()), path, frameRate, names, content,
                          report);
     }
     catch (const std::exception& e)

@@ -5,6 +5,8 @@
 #include <map>
 #include <string>
 
+struct aiScene;
+
 /// What Assimp loses of a Collada file, or doesn't say. Nothing for other files.
 struct kxColladaNames
 {
@@ -13,5 +15,10 @@ struct kxColladaNames
     std::map<std::string, std::string> byId;
     bool hasOrthographic = false; ///< a camera
 
+    /// By what the library calls the node: how high its camera sees, in degrees; 0 where the file doesn't say.
+    std::map<std::string, double> lenses;
+
+    /// Gives the cameras these lenses.
+    void mend(aiScene& scene) const;
     static kxColladaNames of(const QString& path);
 };

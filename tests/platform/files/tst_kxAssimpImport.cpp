@@ -311,6 +311,54 @@ Connections: {
         QCOMPARE(heights, std::vector<float>({6, 9}));
     }
 
+    /// What a file says of how high or wide its cameras see, by ids of its nodes and by names alone.
+    void lensesOfCollada()
+    {
+        const float preset = Camera::create()->getFieldOfView();
+        const auto high = [](double degrees, double aspect)
+        { return float(2 * std::atan(std::tan(degrees / 114.591559) / aspect) * 57.2957795); };
+        const std::vector<std::pair<QByteArray, float>> lenses = {
+            {"<yfov>30</yfov>", 30.0f},
+            {"<xfov>50</xfov>", high(50, 4.0 / 3)},
+            {"<xfov>50</xfov><yfov>20</yfov>", 20.0f},
+            {"<xfov>50</xfov><aspect_ratio>2</aspect_ratio>", high(50, 2)},
+            {"<yfov>25</yfov><aspect_ratio>2</aspect_ratio>", 25.0f},
+            {"<yfov>nan</yfov>", preset},
+            {"</perspective><perspective_extra><xfov>9</xfov></perspective_extra><perspective>", preset}};
+        for (const bool haveIds : {true, false})
+        {
+            QByteArray cameras, nodes;
+            for (std::size_t i = 0; i < lenses.size(); ++i)
+            {
+                const QByteArray number = QByteArray::number(int(i));
+                cameras += "<camera id='c" + number + "'><optics><technique_common><perspective>" + lenses[i].first +
+                           "</perspective></technique_common></optics></camera>";
+                // Each below the one before, whose camera comes after it.
+                nodes += QByteArray("<node ") + (haveIds ? "id='n" + number + "' " : "") + "name='eye" + number + "'>";
+            }
+            for (std::size_t i = lenses.size(); i-- > 0;)
+                nodes += "<instance_camera url='#c" + QByteArray::number(int(i)) + "'/></node>";
+            const QString path = _folder.filePath(QStringLiteral("lenses.dae"));
+            kxFileReport report(path);
+            QVERIFY(
+                writeFile(path, "<COLLADA version='1.4.1'><asset><up_axis>Y_UP</up_axis></asset><library_visual_scenes>"
+                                "<visual_scene id='s'>" +
+                                    nodes +
+                                    "</visual_scene></library_visual_scenes>"
+                                    "<library_cameras>" +
+                                    cameras +
+                                    "</library_cameras>"
+                                    "<scene><instance_visual_scene url='#s'/></scene></COLLADA>"));
+            QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.error()));
+            for (std::size_t i = 0; i < lenses.size(); ++i)
+            {
+                const CameraPtr camera = CameraPtr::dcast(nodeNamed("eye" + std::to_string(i))->getCore());
+                QVERIFY2(camera != NullFC && std::abs(camera->getFieldOfView() - lenses[i].second) < 1e-3f,
+                         lenses[i].first.constData());
+            }
+        }
+    }
+
     /// One set of two is read.
     void otherTextureCoordinatesAreNamed()
     {
