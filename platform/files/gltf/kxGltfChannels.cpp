@@ -4,6 +4,7 @@
 #include <scene/UberMaterial.h>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace osg;
 
@@ -54,6 +55,21 @@ void splitSpline(Channel& channel, std::size_t width)
         channel.outTangents.insert(channel.outTangents.end(), from + 2 * w, from + 3 * w);
     }
 }
+
+/// Keys that lie apart stay apart: both sides of a jump lie at neighbouring floats, which may become one.
+void moveBack(std::vector<float>& times, double shift)
+{
+    float before = 0; // the last one, where it lay
+    for (std::size_t i = 0; i < times.size(); ++i)
+    {
+        const float time = times[i];
+        times[i] = float(double(time) - shift);
+        if (i > 0 && time > before && times[i] <= times[i - 1])
+            times[i] = std::nextafter(times[i - 1], INFINITY);
+        before = time;
+    }
+}
+
 /// What a stepped channel has at a time.
 bool isShownAt(const Channel& channel, float seconds)
 {
@@ -158,8 +174,7 @@ bool kxGltfChannels::addChannel(const tinygltf::Animation& animation, const tiny
     if (!_document.readFloats(sampler.input, one, all.times, _report) ||
         !_document.readFloats(sampler.output, components, all.values, _report))
         return false;
-    for (float& time : all.times)
-        time = float(double(time) - out.shift);
+    moveBack(all.times, out.shift);
     const std::size_t width = std::size_t(components);
     const std::size_t perKey = all.interpolation == Interpolation::CubicSpline ? 3 : 1;
     if (all.values.size() < all.times.size() * width * perKey)

@@ -131,10 +131,11 @@ private Q_SLOTS:
 
     void repeatsAreKept_data()
     {
-        kxColumns<int, float, float, double>("cycles", "from", "length", "seconds");
-        kxRow("the middle of the second pass", 1, 1.0f, 1.0f, 1.5);
-        kxRow("without end, up to that of the timeline", -1, 1.0f, 1.0f, 3.5);
-        kxRow("so short that passes begin between two floats", -1, 1000.0f, 0.00125f, 3.4237511);
+        kxColumns<int, float, float, float, double>("cycles", "from", "length", "start", "seconds");
+        kxRow("the middle of the second pass", 1, 1.0f, 1.0f, 0.0f, 1.5);
+        kxRow("without end, up to that of the timeline", -1, 1.0f, 1.0f, 0.0f, 3.5);
+        kxRow("so short that passes begin between two floats", -1, 1000.0f, 0.00125f, 0.0f, 3.4237511);
+        kxRow("from before 0, where both sides of a jump get other floats", -1, 1.0f, 0.0625f, -7.5416665f, 3.1);
     }
 
     void repeatsAreKept()
@@ -142,6 +143,7 @@ private Q_SLOTS:
         QFETCH(int, cycles);
         QFETCH(float, from);
         QFETCH(float, length);
+        QFETCH(float, start);
         QFETCH(double, seconds);
         kxAnimManager::the()->setFullRangeEnd(96);
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
@@ -149,9 +151,11 @@ private Q_SLOTS:
         const AnimNodePtr block =
             kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "repeats");
         block->setPostCycles(cycles);
+        block->setOffset(Vec2f(start, 0));
         markChanged(block, AnimNodeBase::PostCyclesFieldMask);
         QVERIFY(roundTrip());
-        const double share = std::fmod(seconds, double(length)) / double(length);
+        QVERIFY2(_readNotes.isEmpty(), qPrintable(_readNotes.join('\n')));
+        const double share = std::fmod(seconds - double(start), double(length)) / double(length);
         const double off = double(valueAt(blocksOf(nodeNamed("object")).at(0), "scale", seconds)[0]) - from - share;
         QVERIFY2(std::abs(off) < 1e-4, qPrintable(QString::number(off)));
     }
