@@ -14,7 +14,7 @@ namespace
 using kxExportSources::Animation;
 
 constexpr char PointerExtension[] = "KHR_animation_pointer";
-constexpr std::size_t MostPartsOfChannel = 400000;
+constexpr std::size_t MostPartsOfChannel = 400000, MostPartsBefore = 1000;
 
 void use(tinygltf::Model& model, const char* extension)
 {
@@ -134,6 +134,9 @@ void kxGltfAnimations::write(const Animation& source)
             return;
         samplers.push_back(curvesOf(source, property).sampler(-earliest));
         noteDistance(source, property, samplers.back().off);
+        if (!source.isTimeline && isMovedBefore(source, property))
+            _report.note(QStringLiteral("'%1': what it does before the start of the animation '%2' is left out")
+                             .arg(property.object, QString::fromStdString(source.name)));
         if (!isAsInModel(property, samplers.back()))
             moving.insert(choiceOf(property));
     }
@@ -171,6 +174,25 @@ bool kxGltfAnimations::isAsInModel(const kxGltfProperty& property, const kxExpor
     const bool isShown = own == extensions.end() || own->second.Get("visible").Get<bool>();
     return std::all_of(sampler.values.begin(), sampler.values.end(),
                        [isShown](float value) { return (value > 0) == isShown; });
+}
+
+/// Endless repeats in a clip that is flipped have no beginning.
+bool kxGltfAnimations::isMovedBefore(const Animation& source, const kxGltfProperty& property)
+{
+    for (const kxChannelTarget& target : property.inputs)
+    {
+        const kxExportSources::Channel* const channel = source.find(target);
+        if (channel == nullptr)
+            continue;
+        std::size_t most = MostPartsBefore;
+        const std::vector<kxExportSpans::Span> spans = kxExportSpans::of(channel->source, 2 * source.start - source.end,
+                                                                         source.start, target.field->isStepped(), most);
+        const double value = spans.front().first;
+        if (std::any_of(spans.begin(), spans.end(),
+                        [value](const kxExportSpans::Span& span) { return !span.isStill() || span.first != value; }))
+            return true;
+    }
+    return false;
 }
 
 void kxGltfAnimations::noteDistance(const Animation& source, const kxGltfProperty& property, double off)

@@ -20,6 +20,8 @@ private:
     /// pointers may pass over an animation that has some, so one that moves something else is written without these.
     bool isAsInModel(const kxGltfProperty& property, const kxExportCurves::Sampler& sampler) const;
     static osg::UInt32 choiceOf(const kxGltfProperty& property);
+    /// True where it moves as far before the animation as that is long.
+    static bool isMovedBefore(const kxExportSources::Animation& source, const kxGltfProperty& property);
     /// Says what isn't as near as the rest.
     void noteDistance(const kxExportSources::Animation& source, const kxGltfProperty& property, double off);
     void reserveStrength(const kxExportSources::Animation& source);

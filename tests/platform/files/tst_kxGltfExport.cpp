@@ -228,6 +228,46 @@ private Q_SLOTS:
         }
     }
 
+    /// All that a clip holds, which may begin before the timeline; of what has no beginning the rest is named.
+    void clipsFromBefore0_data()
+    {
+        kxColumns<bool, int, bool>("flipped", "cycles", "named");
+        kxRow("a bar before 0", false, 2, false);
+        kxRow("flipped", true, 2, false);
+        kxRow("an endless one", false, -1, false);
+        kxRow("flipped, without a beginning", true, -1, true);
+    }
+
+    void clipsFromBefore0()
+    {
+        QFETCH(bool, flipped);
+        kxAnimManager::the()->setFullRangeEnd(96);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "translation", "", 0, {{0, 3}, {1, 5}}, TangentType::Linear);
+        const AnimNodePtr bar = kxAnimFixture::clone(
+            kxAnimManager::the()->createBlock(object->findAttachment<AnimAttachment>(), "block"), -1.5f);
+        QFETCH(int, cycles);
+        bar->setPostCycles(cycles);
+        const AnimNodePtr clip = kxAnimFixture::clip("clip", {bar});
+        clip->setFlipped(flipped);
+        kxAnimManager::the()->addToClipStructure(clip);
+        const auto shown = [&](double seconds)
+        {
+            kxAnimManager* const manager = kxAnimManager::the();
+            manager->evaluateByFrame(AnimNodePtr::dcast(manager->clipStructureRoot()->getChild(0)),
+                                     seconds * manager->fps(), true, false, false);
+            return TransformPtr::dcast(nodeNamed("object")->getCore())->getTranslation().x();
+        };
+        std::vector<float> before;
+        for (double seconds = -1.4; seconds < 4; seconds += 0.3)
+            before.push_back(shown(seconds));
+        QVERIFY(roundTrip());
+        std::size_t i = 0;
+        for (double seconds = -1.4; seconds < 4; seconds += 0.3)
+            QVERIFY2(std::abs(shown(seconds) - before[i++]) < 1e-3f, qPrintable(QString::number(seconds)));
+        QTEST(_notes.join(' ').contains("'object': what it does before the start of the animation 'clip'"), "named");
+    }
+
     void whatIsLeftOutIsNamed()
     {
         const LightPtr light = Light::create();
@@ -433,6 +473,7 @@ private:
         const bool done = kxSceneIO::exportScene(path, written) && kxSceneIO::open(path, read);
         _told = written.told().join(QLatin1Char('\n'));
         _readNotes = read.notes();
+        _notes = written.notes();
         if (!done)
             qWarning("%s %s", qPrintable(written.error()), qPrintable(read.error()));
         return done;
@@ -450,7 +491,7 @@ private:
 
     QTemporaryDir _folder;
     QString _told;
-    QStringList _readNotes;
+    QStringList _readNotes, _notes;
 };
 
 QTEST_MAIN(tst_kxGltfExport)
