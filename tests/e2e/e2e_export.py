@@ -165,4 +165,5 @@ def is_valid(folder):
     assert done.returncode == 0 and not done.stdout, done.stdout[:2000] + done.stderr
 
 
-cases.limited(lambda folder: cases.run([is_what_is_shown, comes_back, is_valid], folder))
+if __name__ == "__main__":
+    cases.limited(lambda folder: cases.run([is_what_is_shown, comes_back, is_valid], folder))

@@ -60,10 +60,11 @@ class Player:
         self.nodes = self.document["nodes"]
         self.index = {node["name"]: i for i, node in enumerate(self.nodes)}
         self._parent = {child: i for i, node in enumerate(self.nodes) for child in node.get("children", [])}
-        self.animations = {}
+        self.animations, self.shifts = {}, {}  # seconds by which an animation lies later in the file
         for animation in self.document.get("animations", []):
             samplers = [Sampler([row[0] for row in self._rows(s["input"])], self._rows(s["output"]),
                                 s.get("interpolation", "LINEAR")) for s in animation["samplers"]]
+            self.shifts[animation["name"]] = animation.get("extras", {}).get("shift", 0)
             assert animation["name"] not in self.animations, "two animations are called " + animation["name"]
             self.animations[animation["name"]] = {self._target(c["target"]): samplers[c["sampler"]]
                                                   for c in animation["channels"]}
