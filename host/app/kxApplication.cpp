@@ -4,6 +4,7 @@
 #include "kxRecoveryDialog.h"
 #include "kxRenderJob.h"
 
+#include <journal/kxJournal.h>
 #include <journal/kxRecovery.h>
 #include <kernel/kxHostHooks.h>
 #include <kernel/kxPreferencesStore.h>
@@ -76,6 +77,7 @@ kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
         window->resize(*_line.size);
     window->document().newScene();
     _session->follow(window->document());
+    QObject::connect(window->view(), &kxView3D::viewChanged, &kxJournal::the(), &kxJournal::noteCamera);
 }
 
 kxApplication::~kxApplication()

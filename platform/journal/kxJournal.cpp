@@ -9,6 +9,7 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
+#include <scene/kxChosenCamera.h>
 
 #include <algorithm>
 #include <iterator>
@@ -277,6 +278,18 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
 void kxJournal::noteSerial()
 {
     _store->setNote(kxJournalNote::Serial, QByteArray::number(++_serial));
+}
+
+void kxJournal::noteCamera()
+{
+    const UInt32 camera = kxChosenCamera::get().getFieldContainerId();
+    if (!isRunning() || camera == _cameraId)
+        return;
+    _store->begin();
+    _store->setNote(kxJournalNote::Camera, QByteArray::number(camera));
+    _cameraId = camera;
+    if (!_store->commit())
+        fail(false);
 }
 
 void kxJournal::describe(const Description& description)

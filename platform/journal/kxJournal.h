@@ -87,6 +87,8 @@ public:
         QString versions; ///< see kxVersions::neverSavedFolder()
     };
     void describe(const Description& description);
+    /// A recovery is to know through which camera the scene is looked at. Free where it is the same as before.
+    void noteCamera();
 
     /// Compares all of the scene with the records, whatever was marked: what differs was written without a mark. Empty
     /// right after a commit, or something is wrong.
@@ -158,6 +160,7 @@ private:
     quint64 _lastNumber = 0;
     quint64 _lastLost = 0; // entries up to this one
     quint64 _serial = 0;   // of the last transaction
+    osg::UInt32 _cameraId = 0;
     qint64 _spare = 32 << 20;
     qint64 _sceneSize = 0; ///< in bytes, as of the last look
     bool _isPending = false;

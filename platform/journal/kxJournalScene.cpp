@@ -6,6 +6,7 @@
 #include <journal/kxRecovery.h>
 #include <kxLog.h>
 #include <osg/FieldContainerFactory.h>
+#include <scene/kxChosenCamera.h>
 #include <scene/kxScene.h>
 
 #include <QCborStreamWriter>
@@ -149,6 +150,8 @@ void kxJournal::takeScene(const kxSceneOrigin& origin, bool isSaved)
     QCborStreamWriter out(&topIds);
     kxContainerForm::writeNumbers(out, tops);
     _store->setNote(kxJournalNote::Tops, topIds);
+    _cameraId = kxChosenCamera::get().getFieldContainerId();
+    _store->setNote(kxJournalNote::Camera, QByteArray::number(_cameraId));
     noteSerial();
     _store->setNote(kxJournalNote::Saved, isSaved ? QByteArray::number(_serial) : QByteArray());
     for (const UInt32 id : containers)

@@ -408,7 +408,8 @@ QByteArray kxRecovery::Payload::write()
     static constexpr const char* TopKeys[Tops] = {"root", "sceneplates", "scenery", "clips", "sceneStructure"};
     QByteArray payload;
     QCborStreamWriter out(&payload);
-    out.startMap(quint64(Tops) + 5);
+    const quint32 camera = number(_store.note(kxJournalNote::Camera).toUInt());
+    out.startMap(quint64(Tops) + (camera == 0 ? 5 : 6));
     writeClasses(out);
     kxContainerWriter::appendKey(out, "containers");
     out.startArray(quint64(_containers.size()));
@@ -419,6 +420,11 @@ QByteArray kxRecovery::Payload::write()
     {
         kxContainerWriter::appendKey(out, TopKeys[i]);
         out.append(quint64(number(_tops[i])));
+    }
+    if (camera != 0)
+    {
+        kxContainerWriter::appendKey(out, "camera");
+        out.append(quint64(camera));
     }
     kxContainerWriter::appendKey(out, "materials");
     std::vector<quint32> materials;

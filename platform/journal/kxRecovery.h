@@ -18,6 +18,7 @@ namespace kxJournalNote
 constexpr char Base[] = "base";           ///< the file that holds what no record does, see toBytes()
 constexpr char Candidate[] = "candidate"; ///< the same, of a file that is about to become it
 constexpr char Tops[] = "tops";           ///< ids: root, sceneplates, scenery, clips, scene structure
+constexpr char Camera[] = "camera";       ///< the id of the camera that was chosen, see kxChosenCamera
 constexpr char Serial[] = "serial";       ///< goes on with each transaction that changes the scene
 constexpr char Saved[] = "saved";         ///< the serial at which the scene was as its file
 constexpr char Path[] = "path";           ///< of the scene's file or of the model it came from

@@ -6,7 +6,7 @@
 #include <journal/kxContainerRestore.h>
 #include <journal/kxJournalBase.h>
 #include <osg/FieldContainerFactory.h>
-#include <scene/kxScene.h>
+#include <scene/kxChosenCamera.h>
 
 #include <algorithm>
 #include <utility>
@@ -35,7 +35,9 @@ bool kxSceneReplacement::run(kxSceneContent& content)
     scene.settings = content.settings;
     scene.animation = content.animation;
     restore.addScene(kxSceneRecord::of(scene));
+    const UInt32 camera = replacement.idFor(content.camera.id());
     restore.run();
+    kxChosenCamera::set(living<Node>(camera));
     return true;
 }
 

@@ -10,8 +10,8 @@ class kxSceneOutline;
 /// Gives the open scene the content of a file, as an edit of it: what is the same thing in both stays the same
 /// container and gets the other's fields, see kxSceneMatch; the rest comes and goes.
 ///
-/// Everything is marked, so that the history knows it and leads back. The frame that is shown stays. The content is
-/// used up. Main thread only.
+/// Everything is marked, so that the history knows it and leads back. The frame that is shown stays; the camera that
+/// was chosen is the file's. The content is used up. Main thread only.
 class KX_API kxSceneReplacement
 {
 public:

@@ -8,6 +8,7 @@
 #include <journal/kxRecovery.h>
 #include <journal/kxVersionStore.h>
 #include <kernel/kxLogModel.h>
+#include <scene/kxChosenCamera.h>
 
 #include <QCryptographicHash>
 #include <QElapsedTimer>
@@ -258,6 +259,32 @@ private Q_SLOTS:
             QVERIFY2(fault.contains(file + "' is another file now"), qPrintable(fault));
             QVERIFY(QFile::remove(file) && recovered(folder.path(), fault).isEmpty());
             QVERIFY2(fault.contains(file + "' isn't there"), qPrintable(fault));
+        }
+    }
+
+    /// Beside what changes, that is: no step, but the scene looks so again, as after saving and opening.
+    void whatIsShownComesBack()
+    {
+        for (const bool isOfFile : {false, true})
+        {
+            const QTemporaryDir folder;
+            begin(folder.path(), isOfFile);
+            kxScene::the()->setSetting("film.range/Show", "31 70");
+            kxScene::the()->markSettingsChanged();
+            kxAnimManager::the()->setFPS(30);
+            journal().commit();
+            kxChosenCamera::set(nodeNamed("On the camera")->getParent());
+            journal().noteCamera();
+            const QByteArray state = digest(folder.path());
+            journal().stop();
+            QString fault;
+            QVERIFY(recovered(folder.path(), fault) == state && fault.isEmpty());
+            QVERIFY(kxChosenCamera::get() != osg::NullFC && kxAnimManager::the()->fps() == 30);
+            kxScene::the()->setSetting("film.range/Show", "");
+            journal().start(folder.filePath("journal.db")); // keeps what was chosen before
+            const QByteArray begun = digest(folder.path());
+            journal().stop();
+            QCOMPARE(recovered(folder.path(), fault), begun);
         }
     }
 

@@ -8,6 +8,8 @@
 #include <journal/kxSceneReplacement.h>
 #include <journal/kxVersions.h>
 #include <kernel/kxLogModel.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/kxChosenCamera.h>
 
 #include <QSet>
 #include <QtTest>
@@ -61,6 +63,20 @@ void showFrame(double frame)
 {
     kxAnimManager::the()->updateSceneAnimCurveData();
     kxAnimManager::the()->setCurrentFrame(frame, true, true);
+}
+
+/// Any camera of the scene, or none.
+void lookThroughAnother(kxRandomEdits& random)
+{
+    std::vector<osg::NodePtr> cameras(1);
+    osg::traverse(kxScene::the()->root(),
+                  [&cameras](const osg::NodePtr& node)
+                  {
+                      if (osg::CameraPtr::dcast(node->getCore()) != osg::NullFC)
+                          cameras.push_back(node);
+                      return osg::Action::Continue;
+                  });
+    kxChosenCamera::set(cameras[random.below(cameras.size())]);
 }
 
 /// What a version has that the scene hasn't.
@@ -173,6 +189,7 @@ private Q_SLOTS:
         {
             for (std::size_t n = random.below(6); n > 0; --n)
                 random.edit();
+            lookThroughAnother(random);
             numbers.push_back(keep());
         }
         kxJournal::the().start(QString());
@@ -181,6 +198,8 @@ private Q_SLOTS:
             if (random.below(3) == 0)
                 random.edit();
             kxJournal::the().commit();
+            lookThroughAnother(random);
+            const osg::UInt32 camera = kxChosenCamera::get().getFieldContainerId();
             const QByteArray before = bytesOfScene();
             const osg::UInt32 root = kxScene::the()->root()->getId();
             const osg::NodePtr body = nodeNamed("Body");
@@ -203,6 +222,7 @@ private Q_SLOTS:
             if (const quint64 entry = kxJournal::the().commit(); entry != 0 && random.below(2) == 0)
             {
                 kxJournal::the().exchange(entry, [] {});
+                kxChosenCamera::set(osg::living<osg::Node>(camera)); // like the frame no part of the journal
                 showFrame(frameBefore);
                 QVERIFY(bytesOfScene() == before);
             }
