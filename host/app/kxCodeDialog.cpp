@@ -13,11 +13,6 @@
 
 #include <algorithm>
 
-namespace
-{
-constexpr int MostShown = 200000; ///< characters: a widget takes its time for a long line
-}
-
 kxCodeDialog::kxCodeDialog(QWidget* parent)
     : QDialog(parent), _summary(new QLabel(this)), _list(new QListWidget(this)), _text(new QPlainTextEdit(this))
 {
@@ -55,21 +50,11 @@ kxCodeDialog::kxCodeDialog(QWidget* parent)
 
 QString kxCodeDialog::readable(const std::string& text)
 {
-    QString shown;
-    for (const uint character : QString::fromStdString(text).toUcs4())
-    {
-        const QChar::Category category = QChar::category(character);
-        const bool isHidden = category == QChar::Other_Control || category == QChar::Other_Format ||
-                              category == QChar::Other_PrivateUse || category == QChar::Other_NotAssigned ||
-                              category == QChar::Separator_Line || category == QChar::Separator_Paragraph;
-        if (isHidden && character != '\n' && character != '\t')
-            shown += QStringLiteral("<U+%1>").arg(character, 4, 16, QLatin1Char('0'));
-        else
-            shown += QString::fromUcs4(&character, 1);
-        if (shown.size() >= MostShown)
-            return shown + tr("\n\n[It goes on; only the first %n characters are shown.]", nullptr, MostShown);
-    }
-    return shown;
+    bool isWhole = true;
+    const QString shown = kxSceneCode::readable(text, isWhole);
+    return isWhole ? shown
+                   : shown + tr("\n\n[It goes on; only the first %n characters are shown, so it can't be allowed.]",
+                                nullptr, kxSceneCode::MostShown);
 }
 
 void kxCodeDialog::follow()

@@ -7,6 +7,7 @@
 
 #include <files/kxSceneIO.h>
 #include <journal/kxVersions.h>
+#include <scene/kxScene.h>
 #include <trust/kxCodeTrust.h>
 
 namespace bp = boost::python;
@@ -88,4 +89,5 @@ void kxHostFiles::goToVersion(qint64 number)
     kxFileReport report(kxVersions::the().store().file(number));
     if (!kxVersions::the().goTo(number, report))
         kxRaise(PyExc_OSError, report.message().toStdString());
+    kxScene::the()->flush(); // whoever follows the scene knows it before the script goes on
 }

@@ -71,9 +71,11 @@ void kxCodeTrust::follow(const QString& file)
     _waiting.clear();
     for (kxSceneCode& piece : kxSceneCode::of(kxScene::the()->sceneryRoot()))
     {
+        const QByteArray digest = kxSceneCode::digest(piece.text);
+        if (!_store.contains(digest))
+            _foreign.insert(digest);
         if (mayRun(piece.text))
             continue;
-        const QByteArray digest = kxSceneCode::digest(piece.text);
         _isAsking = _isAsking || !isIn(before, digest);
         _origins.emplace(digest, file);
         _waiting.push_back(std::move(piece));
@@ -141,7 +143,19 @@ void kxCodeTrust::answer(Answer answer)
 {
     std::map<QString, std::vector<QByteArray>> code;
     for (const kxSceneCode& piece : _waiting)
-        code[originOf(piece)].push_back(kxSceneCode::digest(piece.text));
+    {
+        bool isWhole = true;
+        kxSceneCode::readable(piece.text, isWhole);
+        if (isWhole || answer == Never)
+            code[originOf(piece)].push_back(kxSceneCode::digest(piece.text));
+        else
+            kxLog::warning(
+                tr("Step %1 of the sequence \"%2\" is longer than what can be shown of it (%n characters), so "
+                   "it isn't allowed.",
+                   nullptr, kxSceneCode::MostShown)
+                    .arg(piece.step)
+                    .arg(QString::fromStdString(piece.sequence)));
+    }
     for (const auto& [file, digests] : code)
     {
         if (answer == Always)
@@ -178,13 +192,9 @@ void kxCodeTrust::setTrusting(bool trusts)
     follow(_source);
 }
 
-std::vector<QByteArray> kxCodeTrust::foreign()
+bool kxCodeTrust::isForeign(const QByteArray& digest)
 {
-    std::vector<QByteArray> digests = digestsOf(kxSceneCode::of(kxScene::the()->sceneryRoot()));
-    digests.erase(std::remove_if(digests.begin(), digests.end(),
-                                 [this](const QByteArray& digest) { return _store.contains(digest); }),
-                  digests.end());
-    return digests;
+    return _foreign.contains(digest) && !_store.contains(digest);
 }
 
 void kxCodeTrust::saved(const QString& file)
@@ -205,17 +215,18 @@ void kxCodeTrust::saved(const QString& file)
 void kxCodeTrust::written(const std::vector<kxSequenceStep>& before, const std::vector<kxSequenceStep>& after)
 {
     const std::vector<kxSceneCode> old = kxSceneCode::of(before), now = kxSceneCode::of(after);
-    const std::vector<QByteArray> foreign = this->foreign(), kept = digestsOf(now);
+    const std::vector<QByteArray> kept = digestsOf(now);
+    follow(_source); // the scene may have got code that nobody has told of yet
     bool isOfFile = false, mayRunAll = true;
     for (const kxSceneCode& piece : old)
-        if (const QByteArray digest = kxSceneCode::digest(piece.text); isIn(foreign, digest) && !isIn(kept, digest))
+        if (const QByteArray digest = kxSceneCode::digest(piece.text); isForeign(digest) && !isIn(kept, digest))
         {
             isOfFile = true;
             mayRunAll = mayRunAll && mayRun(piece.text);
         }
     std::vector<QByteArray> written;
     for (const QByteArray& digest : kept)
-        if (!isIn(foreign, digest) && !isIn(written, digest) && !_store.contains(digest))
+        if (!isForeign(digest) && !isIn(written, digest) && !_store.contains(digest))
             written.push_back(digest);
     if (!isOfFile && !written.empty())
         _store.add(_path, written);

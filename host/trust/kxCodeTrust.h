@@ -51,7 +51,8 @@ public:
     void imported(const QString& file);
     /// What may run for good may do so wherever this file goes.
     void saved(const QString& file);
-    /// Somebody here puts steps in place of others. What takes the place of a file's code may run where that may.
+    /// Somebody here puts steps in place of others. What takes the place of a file's code may run where that may; a
+    /// copy of a file's code stays that wherever it is written, also when its scene is gone.
     void written(const std::vector<kxSequenceStep>& before, const std::vector<kxSequenceStep>& after);
 
 Q_SIGNALS:
@@ -65,11 +66,12 @@ private:
     void follow(const QString& file);
     void tell(const QString& file) const;
     QString originOf(const kxSceneCode& piece) const;
-    /// Of the open scene what may not run for good.
-    std::vector<QByteArray> foreign();
+    /// Came with a file, now or before, and may not run for good.
+    bool isForeign(const QByteArray& digest);
 
     kxTrustStore _store;
     QSet<QByteArray> _thisTime;
+    QSet<QByteArray> _foreign; ///< all code that files brought into this process and that wasn't allowed for good then
     std::vector<kxSceneCode> _waiting;
     std::map<QByteArray, QString> _origins; ///< the files that what waits or waited came with, by digest
     QString _path, _source;                 ///< of the open scene

@@ -83,11 +83,11 @@ def _remember(name, source):
 
 
 def run_text(source, name):
-    """`source`: bytes, in UTF-8 unless its first lines say otherwise."""
+    """`source`: bytes, in UTF-8 whatever its first lines say: what runs is what was shown."""
 
     def body():
         _remember(name, source)
-        exec(compile(source, name, "exec", dont_inherit=True), __main__.__dict__)
+        exec(compile(source.decode("utf-8-sig"), name, "exec", dont_inherit=True), __main__.__dict__)
 
     return _guard(body)
 

@@ -22,6 +22,11 @@ struct KX_API kxSceneCode
     static std::vector<kxSceneCode> of(const osg::NodePtr& scenery);
     /// Of steps that belong together; they bear no sequence's name.
     static std::vector<kxSceneCode> of(const std::vector<kxSequenceStep>& steps);
+    /// For who reads it before it may run: what would be drawn as nothing or would change what stands beside it
+    /// (control characters, marks, fillers, spaces but the usual one) as its number. Only its beginning, and no
+    /// `whole`, where that is longer than MostShown.
+    static QString readable(const std::string& text, bool& whole);
+    static constexpr int MostShown = 200000; ///< characters: a widget takes its time for a long line
     /// SHA-256.
     static QByteArray digest(const std::string& text);
     /// How much there is of each kind, as in "2 sequence steps in Python".

@@ -26,12 +26,15 @@ typedef std::vector<kxSequenceStep> Steps;
 
 namespace
 {
+int testNumber = 0; ///< a file's code stays one for the life of the process
+
 /// Each prints its letter.
 Steps code(const char* letters)
 {
     Steps steps;
     for (const char* letter = letters; *letter != 0; ++letter)
-        steps.push_back({kxSequenceStep::Kind::RunPython, std::string("print('") + *letter + "')", "", 0});
+        steps.push_back({kxSequenceStep::Kind::RunPython,
+                         std::string("print('") + *letter + "') # " + std::to_string(testNumber), "", 0});
     return steps;
 }
 
@@ -50,6 +53,7 @@ private Q_SLOTS:
 
     void init()
     {
+        ++testNumber;
         _folder.reset(new QTemporaryDir);
         qputenv("KX_SETTINGS_DIR", QFile::encodeName(_folder->path()));
         clear();
@@ -181,6 +185,36 @@ private Q_SLOTS:
         QCOMPARE(ran(), QString("ae"));
     }
 
+    void whatAFileBroughtStaysItsOwn_data()
+    {
+        kxColumns<QString>("goes");
+        for (const char* goes : {"sequence", "scene", "trusting"})
+            QTest::newRow(goes) << goes;
+    }
+
+    /// Steps that a script or the clipboard keeps while their scene goes.
+    void whatAFileBroughtStaysItsOwn()
+    {
+        QFETCH(QString, goes);
+        const QString path = stranger("door.kxs", "ab");
+        if (goes == "trusting")
+            kxCodeTrust::the().setTrusting(true);
+        open(path);
+        const Steps steps = kxScenery::steps(sequences().front());
+        if (goes == "sequence")
+            kxSceneryEdits::remove({sequences().front()});
+        else
+            _window->document().startOver();
+        kxSceneryEdits::addSequence(steps, "Merged");
+        kxSceneryEdits::addSequence(code("c"));
+        kxCodeTrust::the().setTrusting(false);
+        QVERIFY(_window->document().saveTo(_folder->filePath("merged.kxs")));
+        open(_folder->filePath("merged.kxs"));
+        QCOMPARE(ran(), QString("c"));
+        bar()->findChild<QPushButton*>("_trustAlways")->click();
+        QCOMPARE(ran(), QString("abc"));
+    }
+
     void whatIsSkippedIsSaidOnceAPlay()
     {
         open(stranger("door.kxs", "ab"));
@@ -212,18 +246,38 @@ private Q_SLOTS:
         auto* const list = dialog->findChild<QListWidget*>();
         QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1 (skipped)", "Door, step 2 (skipped)"}));
         list->setCurrentRow(1);
-        QCOMPARE(dialog->findChild<QPlainTextEdit*>()->toPlainText(), QString("print('b')"));
+        QCOMPARE(dialog->findChild<QPlainTextEdit*>()->toPlainText().toStdString(), code("b")[0].name);
         kxSceneryPanel* const scenery = _window->findChild<kxSceneryPanel*>();
         scenery->select(sequences().front().getFieldContainerId());
         const QModelIndex step = scenery->findChild<QAbstractItemView*>("_stepList")->model()->index(1, 1);
         QVERIFY(step.data(Qt::ToolTipRole).toString().startsWith("Skipped") && step.data(Qt::ForegroundRole).isValid());
         bar()->findChild<QPushButton*>("_trustAlways")->click();
-        QVERIFY(step.data(Qt::ToolTipRole) == "print('b')" && !step.data(Qt::ForegroundRole).isValid());
+        QVERIFY(step.data(Qt::ToolTipRole).toString().startsWith("print('b')") &&
+                !step.data(Qt::ForegroundRole).isValid());
         QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1", "Door, step 2"}));
         // Nothing hides from who reads it.
         QCOMPARE(kxCodeDialog::readable("a\t\n\u00e9\xe2\x80\xae"
                                         "b\r\xe2\x80\x8b\xf0\x9f\x98\x80"),
                  QString::fromUtf8("a\t\n\u00e9<U+202e>b<U+000d><U+200b>\xf0\x9f\x98\x80"));
+        QCOMPARE(kxCodeDialog::readable("\ufe0f\u034f\u00a0\u3164\u20dd\U000e0100 \u4e2d"),
+                 QString::fromUtf8("<U+fe0f><U+034f><U+00a0><U+3164><U+20dd><U+e0100> \u4e2d"));
+    }
+
+    /// What runs is what was shown, whatever its first line says of its letters.
+    void whatIsShownRuns()
+    {
+        Steps steps = code("a");
+        steps[0].name += "\n# coding: utf-7\n# +AAo-print('h')";
+        steps.insert(steps.begin(),
+                     {kxSequenceStep::Kind::RunPython, "# coding: unicode_escape\n#\\x0aprint('h')", "", 0});
+        Steps far = code("f");
+        far[0].name.insert(0, std::string(200000, ' ') + '\n'); // out of sight
+        steps.push_back(far[0]);
+        open(stranger("door.kxs", steps));
+        kxLogModel::the().clear();
+        bar()->findChild<QPushButton*>("_trustAlways")->click();
+        QCOMPARE(ran(), QString("a"));
+        QVERIFY(kxLogged()[0].contains("Step 3 of the sequence \"Door\" is longer"));
     }
 
 private:
@@ -232,11 +286,12 @@ private:
     void open(const QString& path) { QVERIFY(_window->document().openFile(path)); }
 
     /// A file that somebody else made; the open scene is empty then.
-    QString stranger(const char* name, const char* letters)
+    QString stranger(const char* name, const char* letters) { return stranger(name, code(letters)); }
+    QString stranger(const char* name, const Steps& steps)
     {
         _window->document().startOver();
         kxSceneryEdits::addSequence({}, "Door");
-        osg::SceneSequencePtr::dcast(sequences().front()->getCore())->setSteps(kxScenery::stepTexts(code(letters)));
+        osg::SceneSequencePtr::dcast(sequences().front()->getCore())->setSteps(kxScenery::stepTexts(steps));
         kxFileReport report(_folder->filePath(name));
         if (!kxSceneIO::save(report.file(), report))
             qFatal("%s", qPrintable(report.message()));
