@@ -1,5 +1,7 @@
 #include "kxCleanView.h"
 
+#include "kxDockState.h"
+
 #include <view/kxView3D.h>
 
 #include <QDockWidget>
@@ -63,7 +65,7 @@ void kxCleanView::leave()
     for (const QPointer<QWidget>& part : _hidden)
         if (part != nullptr)
             part->show();
-    _window->restoreState(_layout);
+    kxDockState::restore(*_window, _layout);
     fit();
 }
 
@@ -73,7 +75,7 @@ void kxCleanView::fit()
 {
     if (!_leaving.isActive() || _window->size() != _size)
         return;
-    _window->restoreState(_layout);
+    kxDockState::restore(*_window, _layout);
     _window->setUpdatesEnabled(true);
 }
 

@@ -22,6 +22,8 @@ public:
 
     bool isOn() const { return _isOn; }
     void set(bool on);
+    /// The window isn't yet as it was before.
+    bool isLeaving() const { return _leaving.isActive(); }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 

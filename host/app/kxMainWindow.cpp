@@ -2,6 +2,7 @@
 
 #include "kxCleanView.h"
 #include "kxCompareDialog.h"
+#include "kxDockState.h"
 #include "kxFileDialogs.h"
 #include "kxFilmPanel.h"
 #include "kxFinishedClips.h"
@@ -52,6 +53,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
@@ -243,17 +245,22 @@ void kxMainWindow::addTools()
         action->setToolTip(tr("Show the window \"%1\"").arg(dock->windowTitle()));
         connect(action, &QAction::triggered, this, [this, dock] { _docks->show(dock->objectName()); });
         static_cast<QToolButton*>(bar->widgetForAction(action))->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        // Afterwards: Qt's layout, which says so in the middle of its work, doesn't bear another size there. What comes
+        // back with a layout has its size from there.
         connect(dock, &QDockWidget::visibilityChanged, this,
                 [this, dock](bool isVisible)
                 {
-                    if (isVisible && !dock->isFloating())
-                        giveRoom(dock);
+                    if (isVisible && !_isRestoring && !_cleanView->isLeaving())
+                        QMetaObject::invokeMethod(
+                            dock, [this, dock] { giveRoom(dock); }, Qt::QueuedConnection);
                 });
     }
 }
 
 void kxMainWindow::giveRoom(QKXDockWidget* tool)
 {
+    if (!tool->isVisible() || tool->isFloating())
+        return;
     const int least =
         std::clamp(ToolHeight, height() * ToolHeightPercent[0] / 100, height() * ToolHeightPercent[1] / 100);
     if (tool->height() < least)
@@ -297,7 +304,13 @@ void kxMainWindow::restoreLayout()
         resize(size().boundedTo(largestSize()));
         move(screen->availableGeometry().center() - rect().center());
     }
-    restoreState(settings.value(QStringLiteral("layout")).toByteArray(), LayoutVersion);
+    restoreDocks(settings.value(QStringLiteral("layout")).toByteArray());
+}
+
+void kxMainWindow::restoreDocks(const QByteArray& state)
+{
+    const QScopedValueRollback<bool> restoring(_isRestoring, true);
+    kxDockState::restore(*this, state, LayoutVersion);
 }
 
 void kxMainWindow::saveLayout()
@@ -320,7 +333,7 @@ bool kxMainWindow::isCleanView() const
 
 void kxMainWindow::resetLayout()
 {
-    restoreState(_initialState, LayoutVersion);
+    restoreDocks(_initialState);
     arrange();
 }
 

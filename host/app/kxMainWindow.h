@@ -104,6 +104,7 @@ private:
     void giveRoom(QKXDockWidget* tool);
     void arrange();
     void restoreLayout();
+    void restoreDocks(const QByteArray& state);
     void saveLayout();
     void updateTitle();
     void updateSelectionText();
@@ -136,6 +137,7 @@ private:
     kxLogPanel* _log = nullptr;
     kxPythonConsole* _console = nullptr;
     kxPreferencesDialog* _preferences = nullptr; // made at first use
+    bool _isRestoring = false;
     QLabel* _selectionText = nullptr;
     QLabel* _notice = nullptr;
     QLabel* _hint = nullptr;

@@ -307,6 +307,11 @@ private Q_SLOTS:
             window.setCleanView(true);
             QCoreApplication::processEvents();
             window.setCleanView(false);
+            if (i == 1) // again, while it comes back
+            {
+                window.setCleanView(true);
+                window.setCleanView(false);
+            }
             QTRY_VERIFY(window.updatesEnabled());
         }
     }
