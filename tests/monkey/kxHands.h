@@ -33,12 +33,16 @@ public:
         _gesture.pop_front();
         next();
     }
-    /// Lets go, and gives up one menu or dialog; false where there was nothing to leave.
-    bool leave()
+    bool holds() const { return _held != Qt::NoButton; }
+    void letGo()
     {
         _gesture.clear();
-        if (_held != Qt::NoButton)
-            return mouse(QEvent::MouseButtonRelease, {}, _held), true;
+        if (holds())
+            mouse(QEvent::MouseButtonRelease, {}, _held);
+    }
+    /// Gives up one menu or dialog; false where there was none.
+    bool leave()
+    {
         QWidget* const popup = QApplication::activePopupWidget();
         QWidget* const top = popup != nullptr ? popup : QApplication::activeModalWidget();
         if (auto* const dialog = qobject_cast<QDialog*>(top))
@@ -139,6 +143,8 @@ private:
             _last = target.widget->mapToGlobal(target.at);
         if (type == QEvent::MouseButtonPress)
             _grabber = widget;
+        if (type == QEvent::MouseButtonRelease) // after a press that closed a menu, and that Qt then makes again
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::MouseButtonPress);
         if (type != QEvent::MouseMove)
             _held = type == QEvent::MouseButtonPress ? button : Qt::NoButton;
         QWindow* const window = widget == nullptr ? nullptr : widget->window()->windowHandle();

@@ -108,7 +108,10 @@ public:
         connect(&kxJournal::the(), &kxJournal::replaced, this, [this] { _isOther = true; });
         connect(&kxJournal::the(), &kxJournal::dropped, this, [this] { _first.clear(); });
         connect(&kxLogModel::the(), &kxLogModel::added, this,
-                [this](const kxLogEntry& entry) { _isCut = _isCut || entry.text.contains("brought back"); });
+                [this](const kxLogEntry& entry) {
+                    _isCut = _isCut || entry.text.contains("brought back") ||
+                             entry.text.startsWith("Clip structure verified");
+                });
         connect(&kxJournal::the(), &kxJournal::failed, this, [](const QString& why) { fail(why); });
     }
     QByteArray text() const
@@ -123,17 +126,27 @@ public:
             _first = text();
         _isOther = _isOther && kxHistory::the().count() > 0;
     }
+    static void tellHistory(const char* when)
+    {
+        kxHistory& history = kxHistory::the();
+        std::fprintf(stderr, "%s: %d of %d\n", when, history.index(), history.count());
+        for (int i = 0; i < history.count(); ++i)
+            std::fprintf(stderr, "    %d %s\n", i, qPrintable(history.entry(i).act));
+    }
     /// All back and there again, then saved and opened.
     void check()
     {
         const QByteArray now = text();
         const int count = kxHistory::the().index();
+        tellHistory("before");
         while (kxHistory::the().undo())
             turn();
+        tellHistory("undone");
         if (!_first.isEmpty() && !_isOther)
             compare(_first, "all undone");
         while (kxHistory::the().index() < count && kxHistory::the().redo())
             turn();
+        tellHistory("done again");
         compare(now, "all done again");
         _isCut = false;
         if (!run(QStringLiteral("saveScene('checked.kxs'); openScene('checked.kxs')")))
@@ -192,11 +205,15 @@ private:
         ++beats;
         if (QThread::currentThread()->loopLevel() == 1)
             _ledger.look();
-        if (_done % _round == _round - 1 && !rests())
-            return QTimer::singleShot(1, this, &Walk::next);
+        // The timer first: what this starts may have an event loop of its own.
+        const bool ends = _done % _round == _round - 1;
+        if (ends && (_hands.holds() || !rests()))
+        {
+            QTimer::singleShot(1, this, &Walk::next);
+            return _hands.letGo();
+        }
         if (++_done >= _steps)
             return QCoreApplication::exit();
-        // The timer first: what this starts may have an event loop of its own.
         QTimer::singleShot(_done % 16 == 0 ? 20 : 0, this, &Walk::next);
         if (_done % 50 == 1)
             testModels();
