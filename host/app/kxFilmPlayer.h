@@ -25,6 +25,8 @@ public:
     void setRange(int first, int last);
     /// What is played may have another extent or range.
     void refresh();
+    /// Another scene is open: nothing of the one before is played on.
+    void startOver() { setClip(clip()); }
     bool isLooping() const { return _isLooping; }
     void setLooping(bool loops);
 

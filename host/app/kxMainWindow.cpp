@@ -158,6 +158,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     connect(_document, &kxDocument::saved, this,
             [this](const QString& file) { say(tr("Saved '%1'").arg(QFileInfo(file).fileName())); });
     connect(_document, &kxDocument::opened, _view, &kxView3D::showOpened);
+    connect(_document, &kxDocument::opened, &_film->player(), &kxFilmPlayer::startOver);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMainWindow::updateSelectionText);
     connect(kxScene::the(), &kxScene::structureChanged, this, &kxMainWindow::updateSelectionText);
     updateTitle();

@@ -153,6 +153,23 @@ private Q_SLOTS:
         QVERIFY(_player->clip() != osg::NullFC && _player->clip() != _clip);
     }
 
+    void anotherSceneStopsTheTimeline()
+    {
+        kxMainWindow window;
+        window.finishLayout();
+        kxFilmPlayer& film = window.findChild<kxFilmPanel*>()->player();
+        film.setClip(osg::AnimNodePtr());
+        film.goTo(9);
+        film.play();
+        _now += 5.0 / 24;
+        kxPlaybackClock::the().tick();
+        QCOMPARE(kxAnimManager::the()->currentFrame(), 14.0);
+        window.document().startOver();
+        _now += 3.0 / 24;
+        kxPlaybackClock::the().tick();
+        QVERIFY(!film.isPlaying() && film.frame() == 0 && kxAnimManager::the()->currentFrame() == 0);
+    }
+
     void keysArePlayedFromTheFields()
     {
         _panel->show();
