@@ -66,16 +66,21 @@ private:
         std::sort(times.begin(), times.end());
         double from = start;
         for (const double time : times)
-            if (time > from && !near(time, from) && time < end && !near(time, end) && mayGoOn())
+        {
+            if (!mayGoOn())
+                return;
+            if (time > from && !near(time, from) && time < end && !near(time, end))
             {
                 part(from, time);
                 from = time;
             }
+        }
         if (mayGoOn())
             part(from, end);
     }
 
-    /// False where no more parts are to be looked at: what was found is all that there will be.
+    /// False where no more times are to be looked at: what was found is all that there will be. Those that begin no
+    /// part count too, or a file with cycles shorter than the times can tell apart would be looked through for each.
     bool mayGoOn()
     {
         _most -= _most > 0 ? 1 : 0;
@@ -277,7 +282,7 @@ private:
     }
 
     const bool _isStepped;
-    std::size_t& _most; ///< parts that may still be looked at
+    std::size_t& _most; ///< times that may still be looked at
 };
 } // namespace
 

@@ -37,8 +37,8 @@ struct Span
     void sample(double from, double to, Samples& samples) const;
 };
 
-/// From `start` to `end` without gaps, in order. `isStepped`: values hold from key to key. No more than `most` parts of
-/// time are looked at, and `most` says how many are left: where it comes down to 0 the last span holds.
+/// From `start` to `end` without gaps, in order. `isStepped`: values hold from key to key. No more than `most` times
+/// are looked at, and `most` says how many are left: where it comes down to 0 the last span holds.
 std::vector<Span> of(const kxExportSources::Source& source, double start, double end, bool isStepped,
                      std::size_t& most);
 /// At one time, also where spans meet: which of them it belongs to.

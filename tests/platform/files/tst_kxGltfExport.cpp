@@ -163,14 +163,16 @@ private Q_SLOTS:
     /// As many keys as a file may have, and said.
     void noEndOfKeysIsCut_data()
     {
-        kxColumns<int, float, QString>("cycles", "degrees", "said");
-        kxRow("repeats of repeats", 100000, 90.0f, "^'outer': repeats beyond");
-        kxRow("turns", 0, 5.0e7f, "'object': 'eulerRotation' is up to 1[5-8]\\d degrees off .* 'outer'$");
+        kxColumns<int, float, float, QString>("cycles", "scale", "degrees", "said");
+        kxRow("repeats of repeats", 100000, 1.0f, 90.0f, "^'outer': repeats beyond");
+        kxRow("shorter than times tell apart", -1, 1.0e-5f, 90.0f, "^'outer': repeats beyond");
+        kxRow("turns", 0, 1.0f, 5.0e7f, "'object': 'eulerRotation' is up to 1[5-8]\\d degrees off .* 'outer'$");
     }
 
     void noEndOfKeysIsCut()
     {
         QFETCH(int, cycles);
+        QFETCH(float, scale);
         QFETCH(float, degrees);
         QFETCH(QString, said);
         const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
@@ -180,6 +182,8 @@ private Q_SLOTS:
         inner->setPostCycles(cycles);
         const AnimNodePtr outer = kxAnimFixture::clip("outer", {inner});
         outer->setPostCycles(cycles);
+        for (const AnimNodePtr& node : {block, inner, outer})
+            node->setScale(scale);
         kxAnimManager::the()->addToClipStructure(outer);
         kxFileReport report;
         QVERIFY(kxGltfExport::write(_folder.filePath(QStringLiteral("cut.glb")), report, kxExportedAnimations::Clips));
