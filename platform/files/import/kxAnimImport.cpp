@@ -8,6 +8,7 @@
 #include <scene/FieldDescription.h>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace osg;
 
@@ -20,7 +21,8 @@ using kxAnimImport::Key;
 using kxAnimImport::Kind;
 using kxAnimImport::Path;
 
-constexpr float TrackHeight = 50.0f; ///< of the offsets' y
+constexpr float TrackHeight = 50.0f;      ///< of the offsets' y
+constexpr std::size_t MostCompared = 100; ///< blocks of one name below an object
 
 const char* fieldOf(const Channel& channel)
 {
@@ -97,35 +99,103 @@ AnimNodePtr animationRoot(const AttachmentContainerPtr& target)
     return attachment->getAnimationRoot();
 }
 
+void rename(const AnimNodePtr& block, const std::string& name)
+{
+    AnimBlockPtr::dcast(block->getCore())->setName(name);
+    block->setNodeName(name);
+}
+
 /// The block that gathers the curves of one animation on one object.
 AnimNodePtr makeBlock(const AttachmentContainerPtr& target, const std::string& name)
 {
     const AnimNodePtr block = AnimNodeBase::create();
     const AnimBlockPtr core = AnimBlockBase::create();
-    core->setName(name);
     block->setCore(core);
-    block->setNodeName(name);
+    rename(block, name);
     animationRoot(target)->addChild(block);
     return block;
 }
 
-/// True where both have the same curves.
-bool isSame(const AnimNodePtr& a, const AnimNodePtr& b)
+/// A block in a clip: content time t lies at scale * t + offset.
+struct Bar
 {
-    if (a->getNodeName() != b->getNodeName() || a->getNChildren() != b->getNChildren())
+    AnimNodePtr block;
+    double scale = 1, offset = 0;
+};
+
+const std::vector<CCPnt>& pointsOf(const AnimNodePtr& block, UInt32 curve)
+{
+    return AnimCurvePtr::dcast(block->getChild(curve)->getCore())->getControlPoints();
+}
+
+/// From the first key of all curves to the last.
+std::pair<double, double> timesOf(const AnimNodePtr& block)
+{
+    std::pair<double, double> times(INFINITY, -INFINITY);
+    for (UInt32 i = 0; i < block->getNChildren(); ++i)
+    {
+        times.first = std::min(times.first, double(pointsOf(block, i).front().x()));
+        times.second = std::max(times.second, double(pointsOf(block, i).back().x()));
+    }
+    return times;
+}
+
+/// True where `b` has the keys of `bar`, as far as an export leaves them as they are.
+bool isSame(const Bar& bar, UInt32 curve, const AnimNodePtr& b)
+{
+    const AnimCurvePtr first = AnimCurvePtr::dcast(bar.block->getChild(curve)->getCore()),
+                       second = AnimCurvePtr::dcast(b->getChild(curve)->getCore());
+    const std::vector<CCPnt>&keys = first->getControlPoints(), &others = second->getControlPoints();
+    if (first->getChannelName() != second->getChannelName() || first->getSuffix() != second->getSuffix() ||
+        keys.size() != others.size())
         return false;
-    const auto curve = [](const AnimNodePtr& block, UInt32 i)
-    { return AnimCurvePtr::dcast(block->getChild(i)->getCore()); };
-    for (UInt32 i = 0; i < a->getNChildren(); ++i)
-        if (curve(a, i)->getChannelName() != curve(b, i)->getChannelName() ||
-            curve(a, i)->getSuffix() != curve(b, i)->getSuffix() ||
-            !(curve(a, i)->getControlPoints() == curve(b, i)->getControlPoints()))
-            return false;
-    return true;
+    constexpr double Tolerance = 1e-5; // of times beyond a second, and of the values' range
+    const auto [low, high] =
+        std::minmax_element(keys.begin(), keys.end(), [](const CCPnt& a, const CCPnt& c) { return a.y() < c.y(); });
+    const double most = std::max({std::abs(double(low->y())), std::abs(double(high->y())), 1e-6});
+    // The angles of a turn come from quaternions of the same precision.
+    const double values = first->getChannelName() == "rotation"
+                              ? 1e-3
+                              : Tolerance * std::max(double(high->y()) - double(low->y()), 0.1 * most);
+    const auto areNear = [&](const Vec2f& a, const Vec2f& c, double offset, double reach)
+    {
+        return std::abs(bar.scale * double(a.x()) + offset - double(c.x())) <= Tolerance * std::max(reach, 1.0) &&
+               std::abs(double(a.y()) - double(c.y())) <= values;
+    };
+    return std::equal(keys.begin(), keys.end(), others.begin(),
+                      [&](const CCPnt& a, const CCPnt& c)
+                      {
+                          const double reach = std::abs(double(c.x())) + std::abs(bar.offset);
+                          return areNear(Vec2f(a.x(), a.y()), Vec2f(c.x(), c.y()), bar.offset, reach) &&
+                                 areNear(a.intangent(), c.intangent(), 0, 1) &&
+                                 areNear(a.outtangent(), c.outtangent(), 0, 1) && a.inType == c.inType &&
+                                 a.outType == c.outType;
+                      });
+}
+
+/// The bar of `block` that shows what `other` does; without a block where there is none.
+Bar barOf(const AnimNodePtr& block, const AnimNodePtr& other)
+{
+    if (block->getNChildren() != other->getNChildren())
+        return {};
+    const auto from = timesOf(block), to = timesOf(other);
+    const double length = from.second - from.first;
+    Bar bar = {block, length > 0 ? (to.second - to.first) / length : 1.0};
+    if (!(bar.scale > 0))
+        return {};
+    if (std::abs(bar.scale - 1) < 1e-5)
+        bar.scale = 1;
+    bar.offset = to.first - bar.scale * from.first;
+    if (std::abs(bar.offset) < 1e-6 * std::max(1.0, std::abs(to.first)))
+        bar.offset = 0;
+    for (UInt32 i = 0; i < block->getNChildren(); ++i)
+        if (!isSame(bar, i, other))
+            return {};
+    return bar;
 }
 
 /// The clip that plays an animation as a whole.
-AnimNodePtr makeClip(const std::string& name, const std::vector<AnimNodePtr>& blocks)
+AnimNodePtr makeClip(const std::string& name, const std::vector<Bar>& bars)
 {
     const AnimNodePtr clip = AnimNodeBase::create();
     const AnimClipPtr core = AnimClipBase::create();
@@ -133,11 +203,13 @@ AnimNodePtr makeClip(const std::string& name, const std::vector<AnimNodePtr>& bl
     clip->setCore(core);
     clip->setNodeName(name);
     float track = 0;
-    for (const AnimNodePtr& block : blocks)
+    for (const Bar& bar : bars)
     {
-        const AnimNodePtr clone = cloneAnimTree(block, true);
+        const AnimNodePtr clone = cloneAnimTree(bar.block, true);
         clone->setHidden(true);
-        clone->setOffset(Vec2f(block->getOffset().x(), track));
+        clone->setTravMask(Node::Active);
+        clone->setScale(float(bar.scale));
+        clone->setOffset(Vec2f(float(bar.offset), track));
         track += TrackHeight;
         clip->addChild(clone);
     }
@@ -163,8 +235,11 @@ public:
                 _names.reserve(names.emplace_back(animation.name));
             _isSaid = _isSaid || animation.kind != Kind::Unsaid;
         }
-        for (std::size_t i = 0; i < animations.size(); ++i)
-            add(animations[i], names[i]);
+        // Blocks that the timeline plays are as it plays them, and clips have bars of them.
+        for (const bool isTimeline : {true, false})
+            for (std::size_t i = 0; i < animations.size(); ++i)
+                if ((animations[i].kind == Kind::Timeline) == isTimeline)
+                    add(animations[i], names[i]);
         if (_added > 0)
             _report.tell(QStringLiteral("%1 keys were added so that rotations turn between keys as the file has them")
                              .arg(_added));
@@ -184,29 +259,37 @@ private:
         _isTimeline = animation.kind == Kind::Timeline;
         for (const Channel& channel : animation.channels)
             addChannel(channel);
+        std::vector<Bar> bars;
+        for (const AnimNodePtr& block : _blocks)
+            bars.push_back(barOf(block));
         if (_isTimeline)
-            return rest();
+            return;
         if (_blocks.empty())
             return _report.note(QStringLiteral("the animation '%1' moves nothing and is left out").arg(base()));
-        _content.clips->addChild(makeClip(clipName, _blocks));
-        if (_isSaid || !_first)
-            for (const AnimNodePtr& block : _blocks)
-                block->setTravMask(0);
+        _content.clips->addChild(makeClip(clipName, bars));
+        for (std::size_t i = 0; i < bars.size(); ++i)
+            if (bars[i].block == _blocks[i] && (_isSaid || !_first))
+                _blocks[i]->setTravMask(0);
         _first = false;
     }
 
-    /// A block that a clip holds too came twice: the one of the clip plays for both.
-    void rest()
+    /// Where another block of the object has this name in the file and does the same at some place and stretch, that
+    /// one plays for both; else they are told apart by the animation.
+    Bar barOf(const AnimNodePtr& block)
     {
-        for (const auto& [id, block] : _blockOf)
-            for (const NodePtr& other : std::vector<NodePtr>(block->getParent()->getChildren()))
-                if (other != NodePtr(block) && AnimBlockPtr::dcast(other->getCore()) != NullFC && !other->isActive() &&
-                    isSame(AnimNodePtr::dcast(other), block))
-                {
-                    other->setTravMask(block->getTravMask());
-                    block->getParent()->subChild(block);
-                    break;
-                }
+        const std::string name = block->getNodeName();
+        std::vector<AnimNodePtr>& others = _named[{block->getParent()->getId(), name}];
+        for (const AnimNodePtr& other : others)
+            if (const Bar bar = ::barOf(other, block); bar.block != NullFC)
+            {
+                block->getParent()->subChild(block);
+                return bar;
+            }
+        if (!others.empty())
+            rename(block, _names.take(name + ' ' + _base));
+        if (others.size() < MostCompared)
+            others.push_back(block);
+        return Bar{block};
     }
 
     static const FieldDescription* fieldIn(const FieldContainerPtr& holder, const Channel& channel)
@@ -272,7 +355,9 @@ private:
     std::string _base;
     std::vector<AnimNodePtr> _blocks;       // of the animation at hand
     std::map<UInt32, AnimNodePtr> _blockOf; // the same by the id of what they move
-    bool _isSaid = false;                   ///< the file says what the timeline plays
+    /// By the id of where they stand and the name in the file; those that differ.
+    std::map<std::pair<UInt32, std::string>, std::vector<AnimNodePtr>> _named;
+    bool _isSaid = false; ///< the file says what the timeline plays
     bool _isTimeline = false;
     bool _first = true;
     std::size_t _added = 0; ///< keys that the file doesn't have

@@ -12,8 +12,9 @@ struct kxSceneContent;
 /// Turns the animations of other programs' files into blocks and clips.
 ///
 /// Each animated object gets a block for each animation that moves it, each animation a clip of its name with hidden
-/// clones of its blocks. A block is called after its object and the animation, unless the file has a name for it. Only
-/// the blocks of the first animation are active; in a file that says what the timeline plays, those that it plays.
+/// clones of its blocks. A block is called after its object and the animation, unless the file has a name for it:
+/// blocks of one object and name that show the same are one, others are told apart by the animation. Only the blocks of
+/// the first animation are active; in a file that says what the timeline plays, those that it plays.
 namespace kxAnimImport
 {
 /// Among the extras of a glTF channel.

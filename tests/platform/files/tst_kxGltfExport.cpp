@@ -232,6 +232,72 @@ private Q_SLOTS:
         }
     }
 
+    void blocksAreShared_data()
+    {
+        kxColumns<bool, QString>("active", "names");
+        kxRow("the timeline plays it", true, "move,move twice");
+        kxRow("clips alone", false, "move,move twice");
+    }
+
+    /// Bars of one block are bars of one block again, where they are moved or stretched; what repeats is another block.
+    void blocksAreShared()
+    {
+        QFETCH(bool, active);
+        QFETCH(QString, names);
+        kxAnimManager* const manager = kxAnimManager::the();
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        makeCubic(addCurve(object, "translation", "", 0, {{0.25f, 3}, {1, 5}, {1.5f, -2}}, TangentType::Free),
+                  {1, -2, 4});
+        addCurve(object, "eulerRotation", "rotation", 1, {{0.25f, 0}, {1.1f, 100}}, TangentType::Linear);
+        const AnimNodePtr block = manager->createBlock(object->findAttachment<AnimAttachment>(), "move");
+        block->setTravMask(active ? Node::Active : 0);
+        const std::vector<std::pair<const char*, Vec2f>> clips = {
+            {"late", Vec2f(2.3f, 1)}, {"early", Vec2f(-1.7f, 1)}, {"twice", Vec2f(0.5f, 1)}, {"slow", Vec2f(1, 2.5f)}};
+        for (const auto& [name, place] : clips)
+        {
+            const AnimNodePtr bar = kxAnimFixture::clone(block, place.x());
+            bar->setTravMask(Node::Active);
+            bar->setScale(place.y());
+            bar->setPostCycles(std::string(name) == "twice" ? 1 : 0);
+            manager->addToClipStructure(kxAnimFixture::clip(name, {bar}));
+        }
+        const auto shown = [&]
+        {
+            std::vector<Vec3f> values;
+            for (UInt32 i = 0; i < UInt32(clips.size()); ++i)
+                for (double frame = -30; frame < 120; frame += 7)
+                {
+                    manager->evaluateByFrame(AnimNodePtr::dcast(manager->clipStructureRoot()->getChild(i)), frame, true,
+                                             false, false);
+                    const TransformPtr core = TransformPtr::dcast(nodeNamed("object")->getCore());
+                    values.insert(values.end(), {core->getTranslation(), core->getEulerRotation()});
+                }
+            return values;
+        };
+        const std::vector<Vec3f> before = shown();
+        for (int trip = 0; trip < 10; ++trip)
+        {
+            QVERIFY(roundTrip());
+            QStringList found;
+            for (const AnimNodePtr& each : blocksOf(nodeNamed("object")))
+                found << QString::fromStdString(each->getNodeName());
+            QCOMPARE(found.join(','), names);
+            QCOMPARE(blocksOf(nodeNamed("object")).front()->isActive(), active);
+            for (UInt32 i = 0; i < UInt32(clips.size()); ++i)
+            {
+                const NodePtr clip = manager->clipStructureRoot()->getChild(i);
+                QCOMPARE(clip->getNodeName(), std::string(clips[i].first));
+                QVERIFY(clip->getChild(0)->isActive());
+                QCOMPARE(clip->getChild(0)->getNodeName(), std::string(i == 2 ? "move twice" : "move"));
+            }
+            const std::vector<Vec3f> after = shown();
+            for (std::size_t i = 0; i < before.size(); ++i)
+                for (std::size_t axis = 0; axis < 3; ++axis)
+                    QVERIFY2(std::abs(after[i][axis] - before[i][axis]) < 0.05f,
+                             qPrintable(QStringLiteral("%1 %2").arg(trip).arg(i)));
+        }
+    }
+
     /// All that a clip holds, which may begin before the timeline; of what has no beginning the rest is named.
     void clipsFromBefore0_data()
     {

@@ -215,8 +215,9 @@ private Q_SLOTS:
             QCOMPARE(kxAnimManager::the()->clipStructureRoot()->getNChildren(), 1u);
             const std::vector<AnimNodePtr> blocks = blocksOf(nodeNamed("n"));
             QCOMPARE(blocks.size(), std::size_t(1 + played));
-            QVERIFY(blocks.back()->isActive() && blocks.front()->isActive() == (played == 0));
-            QVERIFY(blocks.front()->getNodeName() == "B" && blocks.back()->getNodeName() == "B");
+            QVERIFY(blocks.front()->isActive() && blocks.back()->isActive() == (played == 0));
+            QCOMPARE(blocks.front()->getNodeName(), std::string("B"));
+            QCOMPARE(blocks.back()->getNodeName(), std::string(played == 0 ? "B" : "B move"));
             const AnimAttachmentPtr attachment = nodeNamed("n")->findAttachment<AnimAttachment>();
             const AnimNodePtr x = kxAnimManager::the()->findChannelCurveNode(attachment, "translation", "X");
             QVERIFY(x != NullFC);
