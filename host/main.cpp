@@ -8,6 +8,9 @@
 
 #include <kxIconManager.h>
 
+#include <cstdio>
+#include <unistd.h>
+
 namespace
 {
 constexpr const char Version[] = KX_VERSION;
@@ -83,5 +86,12 @@ int main(int argc, char** argv)
     QApplication::setDesktopFileName(QStringLiteral("kxhost"));
     QApplication::setWindowIcon(kxIconManager::getIcon(QStringLiteral("AppIcon"), QString()));
     kxApplication host(line);
-    return host.run();
+    const int code = host.run();
+    if (line.headless)
+    {
+        // What the plug-in says at its end is no output of a script.
+        std::fflush(stdout);
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    }
+    return code;
 }

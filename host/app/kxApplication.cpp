@@ -7,6 +7,7 @@
 #include <journal/kxJournal.h>
 #include <journal/kxRecovery.h>
 #include <kernel/kxHostHooks.h>
+#include <kernel/kxLogModel.h>
 #include <kernel/kxPreferencesStore.h>
 #include <kxAnimManager.h>
 #include <kxFramePlayer.h>
@@ -59,7 +60,10 @@ void kxApplication::prepare(const kxCommandLine& line)
 kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
 {
     kxStyle::apply(*qApp);
-    QDir().mkpath(kxPreferencesStore::settingsFolder());
+    if (!_line.headless)
+        QDir().mkpath(kxPreferencesStore::settingsFolder());
+    if (_line.quiet)
+        kxLogModel::the().setQuiet();
     kxPreferencesStore::the().load();
     _session = std::make_unique<kxSession>(!_line.headless);
 
@@ -72,7 +76,10 @@ kxApplication::kxApplication(const kxCommandLine& line) : _line(line)
     startTools();
     window->finishLayout();
     if (_line.headless)
+    {
         window->document().dialogs() = kxDocument::Dialogs();
+        window->document().recentFiles().freeze();
+    }
     if (_line.headless && _line.size)
         window->resize(*_line.size);
     window->document().newScene();

@@ -1,20 +1,29 @@
 #include "kxBatch.h"
 
 #include "kxApplication.h"
+#include "kxInterrupt.h"
 #include "kxLeftover.h"
 #include "kxMainWindow.h"
 #include "kxRenderJob.h"
 #include "kxRenderProgress.h"
 #include "kxSession.h"
 
+#include <journal/kxHistory.h>
+#include <kernel/kxHeldMessages.h>
+#include <kernel/kxPreferencesStore.h>
 #include <kxAnimManager.h>
 #include <kxLog.h>
 #include <python/kxInterpreter.h>
 #include <trust/kxCodeTrust.h>
 
 #include <QApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
+
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -23,6 +32,9 @@ constexpr QSize PictureSize(1280, 720);
 
 int kxBatch::run()
 {
+    std::optional<kxInterrupt> interrupt;
+    if (_line.headless)
+        interrupt.emplace();
     kxCodeTrust::the().setTrusting(_line.trust);
     const int code = work();
     kxCodeTrust::the().setTrusting(false);
@@ -35,7 +47,7 @@ int kxBatch::work()
         tellOfLeftovers();
     if (!_line.scene.isEmpty() && !_window->document().openFile(_line.scene))
         return kxApplication::Failure;
-    if (const int code = runScripts())
+    if (const int code = kxInterrupt::isWanted() ? kxApplication::Failure : runScripts())
         return code;
     if (_line.frame)
         kxAnimManager::the()->setCurrentFrame(*_line.frame, true, true);
@@ -57,27 +69,55 @@ bool kxBatch::failed(const QString& reason)
     return false;
 }
 
-void kxBatch::wrote(const QString& file)
+void kxBatch::wrote(const QString& file) const
 {
-    QTextStream(stdout) << "wrote " << file << Qt::endl;
+    if (!_line.quiet)
+        QTextStream(stdout) << "wrote " << file << Qt::endl;
 }
 
 int kxBatch::runScripts()
 {
-    for (const QString& script : _line.scripts)
+    std::vector<std::string> arguments;
+    for (const QString& argument : _line.scriptArguments)
+        arguments.push_back(argument.toLocal8Bit().toStdString());
+    kxInterpreter::setArguments(arguments);
+    int code = kxApplication::Success;
+    for (int i = 0; i < _line.scripts.size() && code == kxApplication::Success; ++i)
     {
-        const kxScriptResult result = _window->runScript(script);
-        if (result.ok)
-            continue;
-        if (result.exitCode == kxInterpreter::Unread)
-            return result.exitCode; // as when the signal ended it: who closed the pipe knows
+        const QString script = _line.scripts[i];
+        code = codeOf(script == QLatin1String("-") ? runAs(script, [] { return kxInterpreter::runFile("-"); })
+                                                   : _window->runScript(script),
+                      script);
+    }
+    if (!_line.command.isEmpty() && code == kxApplication::Success)
+        code = codeOf(
+            runAs(QStringLiteral("-c"), [this] { return kxInterpreter::runCommand(_line.command.toStdString()); }),
+            QStringLiteral("-c"));
+    const QString history = kxPreferencesStore::settingsFolder() + QStringLiteral("/prompt-history");
+    if (_line.prompt && code == kxApplication::Success)
+        code = codeOf(runAs(QStringLiteral("-"),
+                            [&] { return kxInterpreter::runPrompt(QFile::encodeName(history).toStdString()); }),
+                      QStringLiteral("-"));
+    return code;
+}
+
+kxScriptResult kxBatch::runAs(const QString& name, const std::function<kxScriptResult()>& run)
+{
+    Q_EMIT _window->aboutToRunScript(name);
+    const kxHeldMessages::Scope held;
+    const kxHistory::Scope scope(QCoreApplication::translate("kxBatch", "Run %1").arg(name));
+    return run();
+}
+
+int kxBatch::codeOf(const kxScriptResult& result, const QString& script)
+{
+    // Unread: as when the signal ended it; who closed the pipe knows.
+    if (!result.ok && result.exitCode != kxInterpreter::Unread)
         failed(result.exited ? QCoreApplication::translate("kxBatch", "The script '%1' ended with code %2.")
                                    .arg(script)
                                    .arg(result.exitCode)
                              : QCoreApplication::translate("kxBatch", "The script '%1' failed.").arg(script));
-        return result.exitCode;
-    }
-    return kxApplication::Success;
+    return result.ok ? kxApplication::Success : result.exitCode;
 }
 
 bool kxBatch::exportScene()
@@ -108,10 +148,10 @@ bool kxBatch::render()
 bool kxBatch::renderPictures(kxRenderJob& job, const kxRenderSource& source)
 {
     QString error;
-    job.progress = [](int, const QString& file)
+    job.progress = [this](int, const QString& file)
     {
         wrote(file);
-        return true;
+        return !kxInterrupt::isWanted();
     };
     const QSize size = _line.size.value_or(PictureSize);
     if (_line.frames)
@@ -134,7 +174,8 @@ bool kxBatch::renderMovie(kxRenderJob& job, const kxRenderSource& source)
     kxRenderLines lines(range);
     job.progress = [&](int frame, const QString&)
     {
-        lines.show(frame);
+        if (!_line.quiet)
+            lines.show(frame);
         return true;
     };
     QString error;

@@ -2,9 +2,12 @@
 
 #include "kxCommandLine.h"
 
+#include <functional>
+
 class kxMainWindow;
 class kxRenderJob;
 class kxRenderSource;
+struct kxScriptResult;
 
 /// What the command line asks for: opens the scene, runs the scripts, goes to the frame, writes files; in this order.
 ///
@@ -23,13 +26,17 @@ private:
     /// Where a window would offer to recover the scene that is opened.
     void tellOfLeftovers() const;
     int runScripts();
+    /// A script that is no file.
+    kxScriptResult runAs(const QString& name, const std::function<kxScriptResult()>& run);
+    /// Says why a script failed.
+    static int codeOf(const kxScriptResult& result, const QString& script);
     bool exportScene();
     bool render();
     bool renderPictures(kxRenderJob& job, const kxRenderSource& source);
     bool renderMovie(kxRenderJob& job, const kxRenderSource& source);
     bool takeScreenshot();
     static bool failed(const QString& reason);
-    static void wrote(const QString& file);
+    void wrote(const QString& file) const;
 
     kxMainWindow* _window;
     const kxCommandLine& _line;

@@ -28,7 +28,12 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     const auto add = [&parser](const char* name, const QString& description, const char* value)
     { parser.addOption(QCommandLineOption(QString::fromLatin1(name), description, QString::fromLatin1(value))); };
     add("plugin", tr("Animation plug-in to load instead of the one beside the program."), "FILE");
-    add("script", tr("Python script to run; may be given more than once."), "FILE.py");
+    add("script",
+        tr("Python script to run, - for the standard input; may be given more than once. What follows -- is for "
+           "scripts, in sys.argv."),
+        "FILE.py");
+    add("c", tr("Python code to run, after the scripts."), "CODE");
+    add("python", tr("Python at a prompt in the terminal, after the scripts; without a window."), "");
     add("frame", tr("Frame to go to."), "N");
     add("frames", tr("Frames to render, first and last included, one frame N, or all."), "A:B");
     add("clip", tr("Clip to render instead of the timeline; without --frames, all of it."), "NAME");
@@ -51,6 +56,7 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
     add("save-as", tr("With --versions and --version N: write this version to a file."), "FILE.kxs");
     add("trust", tr("Let the Python code run that the scene, or what the scripts open, carries."), "");
     add("headless", tr("Show no window, do what is asked, and quit."), "");
+    add("quiet", tr("Tell of nothing but warnings and errors; scripts still print."), "");
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help.")});
     if (isOfVersions)
         add("version", tr("With --save-as: the number of the version."), "N");
@@ -93,7 +99,8 @@ void checkFiles(kxCommandLine& line)
     needFile(line.scene, tr("there is no file '%1' to open"));
     needFile(line.plugin, tr("there is no plug-in '%1'"));
     for (const QString& script : qAsConst(line.scripts))
-        needFile(script, tr("there is no script '%1'"));
+        if (script != QLatin1String("-"))
+            needFile(script, tr("there is no script '%1'"));
     const QString suffix = QFileInfo(line.exportFile).suffix().toLower();
     if (!line.exportFile.isEmpty() && suffix != QLatin1String("glb") && suffix != QLatin1String("gltf"))
         line.errors << tr("--export writes .glb and .gltf files, not '%1'").arg(line.exportFile);
@@ -167,10 +174,11 @@ bool parseTexts(kxCommandLine& line, const QCommandLineParser& parser)
 QString oneValue(const QCommandLineParser& parser, const char* name, kxCommandLine& line)
 {
     const QStringList values = parser.values(QString::fromLatin1(name));
+    const QString option = QLatin1String(name[1] == '\0' ? "-" : "--") + QLatin1String(name);
     if (values.size() > 1)
-        line.errors << tr("--%1 is given more than once").arg(QString::fromLatin1(name));
+        line.errors << tr("%1 is given more than once").arg(option);
     if (!values.isEmpty() && values.last().isEmpty())
-        line.errors << tr("--%1 needs a value").arg(QString::fromLatin1(name));
+        line.errors << tr("%1 needs a value").arg(option);
     return values.isEmpty() ? QString() : values.last();
 }
 } // namespace
@@ -201,6 +209,18 @@ void parseVersions(kxCommandLine& line, const QCommandLineParser& parser)
 
 kxCommandLine kxCommandLine::parse(const QStringList& arguments)
 {
+    const int end = arguments.indexOf(QStringLiteral("--"));
+    if (end < 0)
+        return parseOwn(arguments);
+    kxCommandLine line = parseOwn(arguments.mid(0, end));
+    if (!line.runsScripts())
+        return parseOwn(arguments); // nobody but us wants what follows: files whose names may begin with a dash
+    line.scriptArguments = arguments.mid(end + 1);
+    return line;
+}
+
+kxCommandLine kxCommandLine::parseOwn(const QStringList& arguments)
+{
     kxCommandLine line;
     QCommandLineParser parser;
     const bool isOfVersions = std::any_of(arguments.begin(), arguments.end(),
@@ -216,7 +236,9 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
     }
     line.help = parser.isSet(QStringLiteral("help"));
     line.version = !isOfVersions && parser.isSet(QStringLiteral("version"));
-    line.headless = parser.isSet(QStringLiteral("headless"));
+    line.prompt = parser.isSet(QStringLiteral("python"));
+    line.headless = line.prompt || parser.isSet(QStringLiteral("headless"));
+    line.quiet = parser.isSet(QStringLiteral("quiet"));
     line.trust = parser.isSet(QStringLiteral("trust"));
     if (isOfVersions)
         parseVersions(line, parser);
@@ -227,6 +249,7 @@ kxCommandLine kxCommandLine::parse(const QStringList& arguments)
         line.errors << tr("one scene can be opened, not %1: '%2' is too much").arg(scenes.size()).arg(scenes.at(1));
     line.scene = scenes.value(0);
     line.scripts = parser.values(QStringLiteral("script"));
+    line.command = oneValue(parser, "c", line);
     line.plugin = oneValue(parser, "plugin", line);
     line.clip = oneValue(parser, "clip", line);
     line.camera = oneValue(parser, "camera", line);
@@ -274,7 +297,14 @@ QString kxCommandLine::helpText()
 {
     QCommandLineParser parser;
     addOptions(parser, false);
-    return parser.helpText();
+    return parser.helpText() +
+           tr("\nExit codes: 0 all was done, 1 a script, a file or a picture failed, 2 bad arguments, 3 no display, "
+              "130 Ctrl+C "
+              "ended a\nscript, 141 a script's output isn't read any more, others by a script's sys.exit(n); those of "
+              "--diff "
+              "and --text above.\n\nEnvironment: KX_SETTINGS_DIR folder of the settings; PYTHONPATH folders that "
+              "scripts import "
+              "from; DISPLAY,\nWAYLAND_DISPLAY, QT_QPA_PLATFORM without any of them there is no window.\n");
 }
 
 QString kxFramePattern::problem(const QString& pattern, bool needsNumber, bool transparent)

@@ -16,9 +16,12 @@ struct kxCommandLine
         int first = 0, last = 0; ///< both included
     };
 
-    QString scene;       ///< empty: a new scene
-    QString plugin;      ///< empty: beside the executable
-    QStringList scripts; ///< in order
+    QString scene;               ///< empty: a new scene
+    QString plugin;              ///< empty: beside the executable
+    QStringList scripts;         ///< in order; "-" is the standard input
+    QString command;             ///< Python text to run after them
+    bool prompt = false;         ///< then Python in the terminal
+    QStringList scriptArguments; ///< behind the name in sys.argv
     std::optional<double> frame;
     std::optional<Range> frames;
     bool allFrames = false; ///< the whole range of the timeline or of `clip`
@@ -38,6 +41,7 @@ struct kxCommandLine
     QString saveAs;            ///< empty: the versions are listed
     std::optional<QSize> size; ///< of rendered pictures, or of the window for a screenshot
     bool headless = false;
+    bool quiet = false; ///< what was written, and how far the work is, isn't told
     bool trust = false; ///< the code of what is opened runs
     bool help = false;
     bool version = false;
@@ -46,13 +50,15 @@ struct kxCommandLine
     /// `arguments` begin with the program's name.
     static kxCommandLine parse(const QStringList& arguments);
     static QString helpText();
+    static kxCommandLine parseOwn(const QStringList& arguments);
 
     bool writesFilms() const { return !render.isEmpty() || !movie.isEmpty(); }
     bool writesPictures() const { return writesFilms() || !screenshot.isEmpty(); }
     /// Files are described on the standard output, and nothing else is done; see kxFileTexts.
     bool tellsOfFiles() const { return !compared.isEmpty(); }
     /// Something is to be done that needs no user.
-    bool hasWork() const { return writesPictures() || !exportFile.isEmpty() || !scripts.isEmpty(); }
+    bool hasWork() const { return writesPictures() || !exportFile.isEmpty() || runsScripts(); }
+    bool runsScripts() const { return !scripts.isEmpty() || !command.isEmpty() || prompt; }
 };
 
 /// File names of a sequence of pictures, as in "out_%04d.png".

@@ -11,6 +11,8 @@ kxRecentFiles::kxRecentFiles(QObject* parent)
 
 void kxRecentFiles::add(const QString& file)
 {
+    if (_isFrozen)
+        return;
     const QString path = QFileInfo(file).absoluteFilePath();
     _files.removeAll(path);
     _files.prepend(path);
@@ -21,7 +23,7 @@ void kxRecentFiles::add(const QString& file)
 
 void kxRecentFiles::remove(const QString& file)
 {
-    if (_files.removeAll(file) > 0)
+    if (!_isFrozen && _files.removeAll(file) > 0)
         store();
 }
 

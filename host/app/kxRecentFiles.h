@@ -18,6 +18,8 @@ public:
     void add(const QString& file);
     void remove(const QString& file);
     void clear();
+    /// From here on no file is taken up or forgotten: for runs without a user.
+    void freeze() { _isFrozen = true; }
 
 Q_SIGNALS:
     void changed();
@@ -25,4 +27,5 @@ Q_SIGNALS:
 private:
     void store();
     QStringList _files;
+    bool _isFrozen = false;
 };

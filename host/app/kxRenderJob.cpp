@@ -10,6 +10,7 @@
 #include <kxAnimManager.h>
 #include <kxLog.h>
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImageWriter>
@@ -24,6 +25,15 @@ QString tr(const char* text)
 {
     return QCoreApplication::translate("kxRenderJob", text);
 }
+
+/// What a full disk has no room for is written once more: only that tells the reason.
+bool writeAll(QSaveFile& file, const QByteArray& content)
+{
+    qint64 done = 0;
+    for (qint64 more = 1; more > 0 && done < content.size(); done += more)
+        more = file.write(content.constData() + done, content.size() - done);
+    return done == content.size();
+}
 } // namespace
 
 bool kxRenderJob::isRunning()
@@ -33,16 +43,18 @@ bool kxRenderJob::isRunning()
 
 bool kxRenderJob::save(const QImage& picture, const QString& file, QString& error)
 {
-    QSaveFile whole(file);
-    QImageWriter writer(&whole, QFileInfo(file).suffix().toLatin1());
+    // In one go: else the writers of pictures, and a buffer, lose the reason of a full disk.
+    QBuffer content;
+    QImageWriter writer(&content, QFileInfo(file).suffix().toLatin1());
     const bool isJpeg = QFileInfo(file).suffix().startsWith(QLatin1String("jp"), Qt::CaseInsensitive);
     if (isJpeg)
         writer.setQuality(95);
-    if (whole.open(QIODevice::WriteOnly) &&
-        writer.write(isJpeg ? picture.convertToFormat(QImage::Format_RGB32) : picture) && whole.commit())
+    const bool isMade = writer.write(isJpeg ? picture.convertToFormat(QImage::Format_RGB32) : picture);
+    QSaveFile whole(file);
+    if (isMade && whole.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(whole, content.data()) &&
+        whole.commit())
         return true;
-    const bool isOfFile = whole.error() != QFileDevice::NoError;
-    error = tr("'%1' can't be written: %2").arg(file, isOfFile ? whole.errorString() : writer.errorString());
+    error = tr("'%1' can't be written: %2").arg(file, isMade ? whole.errorString() : writer.errorString());
     return false;
 }
 

@@ -21,7 +21,8 @@ void kxLogModel::startScene(const QString& text)
 
 void kxLogModel::append(const kxLogEntry& entry)
 {
-    std::fprintf(stderr, "%s: %s\n", levelName(entry.level), entry.text.toUtf8().constData());
+    if (!_isQuiet || entry.level != kxLogEntry::Info)
+        std::fprintf(stderr, "%s: %s\n", levelName(entry.level), entry.text.toUtf8().constData());
     if (_entries.size() >= Capacity)
         _entries.pop_front();
     _entries.push_back(entry);

@@ -40,6 +40,8 @@ public:
     /// The same for the line with which another scene begins.
     void startScene(const QString& text);
     void clear();
+    /// From here on lines of information aren't printed.
+    void setQuiet() { _isQuiet = true; }
 
     /// "info", "warning" or "error".
     static const char* levelName(kxLogEntry::Level level);
@@ -52,4 +54,5 @@ private:
     kxLogModel() = default;
     void append(const kxLogEntry& entry);
     std::deque<kxLogEntry> _entries;
+    bool _isQuiet = false;
 };

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <memory>
 
@@ -35,6 +36,9 @@ PyObject* runner = nullptr; // the module of kxRunner.py; never released
 std::vector<NumberedListener> listeners;
 int lastListener = 0;
 bool areStreamsNeeded = false;
+volatile std::sig_atomic_t runningScripts = 0;
+volatile std::sig_atomic_t pendingSignal = 0;
+void (*onInterruptTaken)() = nullptr;
 
 /// Runs `action` on the main thread: at once there, else at the next turn of its event loop.
 void onMainThread(std::function<void()> action)
@@ -89,10 +93,21 @@ PyObject* unhandledError(PyObject*, PyObject* arguments)
     Py_RETURN_NONE;
 }
 
+/// Gives the signal that a script is to get, and 0 the next time.
+PyObject* takeSignal(PyObject*, PyObject*)
+{
+    const int signal = pendingSignal;
+    pendingSignal = 0;
+    if (signal == SIGINT && onInterruptTaken != nullptr)
+        onInterruptTaken();
+    return PyLong_FromLong(signal);
+}
+
 PyObject* initStreams()
 {
     static PyMethodDef methods[] = {{"write", writeStream, METH_VARARGS, nullptr},
                                     {"unhandled", unhandledError, METH_VARARGS, nullptr},
+                                    {"take_signal", takeSignal, METH_NOARGS, nullptr},
                                     {nullptr, nullptr, 0, nullptr}};
     static PyModuleDef definition = {
         PyModuleDef_HEAD_INIT, "_kxStreams", nullptr, -1, methods, nullptr, nullptr, nullptr, nullptr};
@@ -155,6 +170,12 @@ kxScriptResult notRunning()
 /// The pending exception, of the machinery and not of a script.
 kxScriptResult internalError()
 {
+    if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0 || PyErr_ExceptionMatches(PyExc_SystemExit) != 0)
+    {
+        // By a signal, when the script was over.
+        PyErr_Clear();
+        return {false, true, 128 + SIGINT, std::string()};
+    }
     PyErr_Print();
     kxScriptResult result = notRunning();
     result.trace = "The script can't be run.\n";
@@ -177,6 +198,21 @@ kxScriptResult toResult(PyObject* outcome)
     result.exited = exited != 0;
     result.trace.assign(PyBytes_AS_STRING(bytes.get()), std::size_t(PyBytes_GET_SIZE(bytes.get())));
     return result;
+}
+
+/// Calls a function of kxRunner.py with one argument, given back before the return.
+kxScriptResult callRunner(const char* function, PyObject* argument)
+{
+    const Ref held(argument);
+    ++runningScripts;
+    const Ref outcome(held ? PyObject_CallMethod(runner, function, "O", argument) : nullptr);
+    --runningScripts;
+    return outcome ? toResult(outcome.get()) : internalError();
+}
+
+PyObject* toPath(const std::string& path)
+{
+    return PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size()));
 }
 
 kxScriptResult reported(kxScriptResult result)
@@ -253,9 +289,54 @@ kxScriptResult kxInterpreter::runFile(const std::string& path)
     if (!isRunning())
         return reported(notRunning());
     const Lock lock;
-    const Ref decoded(PyUnicode_DecodeFSDefaultAndSize(path.data(), Py_ssize_t(path.size())));
-    const Ref outcome(decoded ? PyObject_CallMethod(runner, "run_file", "O", decoded.get()) : nullptr);
-    return reported(outcome ? toResult(outcome.get()) : internalError());
+    return reported(callRunner("run_file", toPath(path)));
+}
+
+kxScriptResult kxInterpreter::runCommand(const std::string& text)
+{
+    if (!isRunning())
+        return reported(notRunning());
+    const Lock lock;
+    return reported(callRunner("run_command", PyBytes_FromStringAndSize(text.data(), Py_ssize_t(text.size()))));
+}
+
+kxScriptResult kxInterpreter::runPrompt(const std::string& history)
+{
+    if (!isRunning())
+        return reported(notRunning());
+    const Lock lock;
+    return reported(callRunner("run_prompt", toPath(history)));
+}
+
+void kxInterpreter::setArguments(const std::vector<std::string>& arguments)
+{
+    if (!isRunning())
+        return;
+    const Lock lock;
+    const Ref list(PyList_New(0));
+    for (const std::string& argument : arguments)
+        if (const Ref text(toPath(argument)); list && text)
+            PyList_Append(list.get(), text.get());
+    if (!list || PyObject_SetAttrString(runner, "arguments", list.get()) != 0)
+        PyErr_Print();
+}
+
+void kxInterpreter::heedInterrupts(void (*taken)())
+{
+    onInterruptTaken = taken;
+    if (!isRunning())
+        return;
+    const Lock lock;
+    if (!Ref(PyObject_CallMethod(runner, "heed_interrupts", nullptr)))
+        PyErr_Print();
+}
+
+void kxInterpreter::interrupt(int signal)
+{
+    if (runningScripts == 0)
+        return;
+    pendingSignal = signal;
+    PyErr_SetInterrupt();
 }
 
 kxScriptResult kxInterpreter::runInteractive(const std::string& text, bool* needsMore)

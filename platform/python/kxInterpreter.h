@@ -57,14 +57,28 @@ public:
 
     /// Runs a text. A trace goes to the log too. `name` stands for the text in traces.
     static kxScriptResult run(const std::string& text, const std::string& name = "<script>");
-    /// Runs a file, with its path as `__file__` and `sys.argv[0]` and its folder on the module path.
+    /// Runs a file, with its path as `__file__` and `sys.argv[0]` and its folder on the module path; "-" is the
+    /// standard input.
     static kxScriptResult runFile(const std::string& path);
+    /// Runs a text with "-c" as `sys.argv[0]`.
+    static kxScriptResult runCommand(const std::string& text);
+    /// Runs what is typed in the terminal until its end, and keeps the lines in the file `history`. Where the standard
+    /// input is no terminal, it is a script.
+    static kxScriptResult runPrompt(const std::string& history);
+    /// For runFile(), runCommand() and runPrompt(): what follows the name in `sys.argv`.
+    static void setArguments(const std::vector<std::string>& arguments);
     /// Runs what was typed at a prompt; values of expressions are shown. Where `text` is the beginning of a statement,
     /// `*needsMore` becomes true and nothing runs. A trace is in the result only: the prompt shows it.
     static kxScriptResult runInteractive(const std::string& text, bool* needsMore);
     /// The names in the script namespace that the dotted name `text` may go on as.
     static std::vector<std::string> complete(const std::string& text);
 
+    /// From here on interrupt() does what it says; `taken` is called when a script gets KeyboardInterrupt. This takes
+    /// the handler of SIGINT.
+    static void heedInterrupts(void (*taken)());
+    /// For handlers of signals: the script that runs gets KeyboardInterrupt for SIGINT, SystemExit with 128 + `signal`
+    /// for others, when Python goes on. Does nothing where none runs.
+    static void interrupt(int signal);
     /// From here on scripts get an OSError where the process's own streams don't take what they write. Else that counts
     /// for nothing, since a console shows it.
     static void needStreams();

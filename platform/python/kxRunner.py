@@ -5,12 +5,15 @@ unless an exception other than SystemExit came out. Who prints to a pipe that no
 """
 
 import ast
+import code
 import codeop
 import contextlib
 import io
 import linecache
 import os
+import readline
 import rlcompleter
+import signal
 import sys
 import traceback
 
@@ -18,6 +21,7 @@ import __main__
 import _kxStreams
 
 _commands = codeop.CommandCompiler()
+arguments = []  # of the command line, for scripts: they follow the name in sys.argv
 
 
 class _Stream(io.TextIOBase):
@@ -47,6 +51,11 @@ def _trace(error):
     position = error.__traceback__
     while position is not None and position.tb_frame.f_code.co_filename == _trace.__code__.co_filename:
         position = position.tb_next
+    last = position
+    while last is not None and last.tb_next is not None:
+        if last.tb_next.tb_frame.f_code.co_filename == _trace.__code__.co_filename:
+            last.tb_next = None
+        last = last.tb_next
     return "".join(traceback.format_exception(type(error), error, position))
 
 
@@ -71,6 +80,8 @@ def _guard(body):
         if error.filename not in ("<stdout>", "<stderr>"):
             return False, False, 1, _trace(error)
         return False, True, _kxStreams.UNREAD, ""
+    except KeyboardInterrupt as error:
+        return False, False, 128 + signal.SIGINT, _trace(error)
     except BaseException as error:
         return False, False, 1, _trace(error)
     return True, False, 0, ""
@@ -92,24 +103,26 @@ def run_text(source, name):
     return _guard(body)
 
 
-def run_file(path):
-    """Runs a file in the script namespace, with its path as sys.argv[0] and `__file__`.
+def _run_script(read, name, argument, folder):
+    """Runs a text in the script namespace; `argument` is its sys.argv[0]. A `name` without brackets is a file's.
 
-    Its folder stays on the module path, so that what the script leaves behind can import its neighbours later.
+    The folder stays on the module path, so that what the script leaves behind can import its neighbours later.
     """
     names = __main__.__dict__
     kept_arguments, kept_file = sys.argv, names.get("__file__")
 
     def body():
-        with open(path, "rb") as file:
-            source = file.read()
-        folder = os.path.dirname(os.path.abspath(path))
+        source = read()
         if folder not in sys.path:
             sys.path.insert(0, folder)
-        linecache.cache.pop(path, None)
-        sys.argv = [path]
-        names["__file__"] = path
-        exec(compile(source, path, "exec", dont_inherit=True), names)
+        sys.argv = [argument] + arguments
+        if name.startswith("<"):
+            _remember(name, source)
+            names.pop("__file__", None)
+        else:
+            linecache.cache.pop(name, None)
+            names["__file__"] = name
+        exec(compile(source, name, "exec", dont_inherit=True), names)
 
     try:
         return _guard(body)
@@ -119,6 +132,46 @@ def run_file(path):
             names.pop("__file__", None)
         else:
             names["__file__"] = kept_file
+
+
+def run_file(path):
+    """Runs a file, which finds its path in `__file__`; "-" is the standard input."""
+
+    def read():
+        with open(path, "rb") as file:
+            return file.read()
+
+    if path == "-":
+        return _run_script(sys.stdin.buffer.read, "<stdin>", "-", "")
+    return _run_script(read, path, path, os.path.dirname(os.path.abspath(path)))
+
+
+def run_command(source):
+    """Runs a text of the command line, in bytes."""
+    return _run_script(lambda: source, "<command>", "-c", "")
+
+
+def _interact(history):
+    kept = sys.stdout, sys.stderr, sys.excepthook
+    sys.stdout, sys.stderr, sys.excepthook = sys.__stdout__, sys.__stderr__, sys.__excepthook__
+    readline.set_completer(rlcompleter.Completer(__main__.__dict__).complete)
+    readline.parse_and_bind("tab: complete")
+    with contextlib.suppress(OSError):
+        readline.read_history_file(history)
+    try:
+        code.interact(banner="", local=__main__.__dict__, exitmsg="")
+    finally:
+        sys.stdout, sys.stderr, sys.excepthook = kept
+        readline.set_history_length(1000)
+        with contextlib.suppress(OSError):
+            os.makedirs(os.path.dirname(history), exist_ok=True)
+            readline.write_history_file(history)
+
+
+def run_prompt(history):
+    """Runs what is typed in the terminal, with the lines of the file `history` to go back to. Without a terminal the
+    standard input is a script."""
+    return _guard(lambda: _interact(history)) if sys.stdin.isatty() else run_file("-")
 
 
 def _compile_pasted(text, name):
@@ -182,6 +235,19 @@ def _unhandled(kind, error, position):
     _kxStreams.unhandled("".join(traceback.format_exception(kind, error, position)).encode("utf-8", "replace"))
 
 
+def _interrupted(number, frame):
+    number = _kxStreams.take_signal()
+    if number == signal.SIGINT:
+        raise KeyboardInterrupt
+    if number != 0:
+        sys.exit(128 + number)
+
+
+def heed_interrupts():
+    signal.signal(signal.SIGINT, _interrupted)
+
+
+sys.path[:0] = [folder for folder in os.environ.get("PYTHONPATH", "").split(os.pathsep) if folder]
 sys.stdout = _Stream(False)
 sys.stderr = _Stream(True)
 sys.excepthook = _unhandled

@@ -65,6 +65,9 @@ private Q_SLOTS:
         kxRow("file without a version", "a.kxs --save-as b.kxs", "--version N");
         kxRow("version that is no number", "--versions a.kxs --version x --save-as b.kxs", "'x'");
         kxRow("versions and picture", "--versions a.kxs --render x.png", "--render");
+        kxRow("quiet and idle", "--headless --quiet", "nothing to do");
+        kxRow("code twice", "-c 1 -c 2", "-c is given more than once");
+        kxRow("dashes without a script", "a.kxs -- b.kxs", "b.kxs");
         kxRow("headless and idle", "--headless", "nothing to do");
     }
 
@@ -102,6 +105,12 @@ private Q_SLOTS:
         QVERIFY(line.frames && line.frames->first == -7 && line.frames->last == -7);
         line = parsed("kxhost --headless --trust a.kxs --transparent --frames all --movie a.GIF --render a%d.png");
         QVERIFY(line.allFrames && !line.frames && line.transparent && line.hasWork() && line.movie == "a.GIF");
+        line = parsed("kxhost a.kxs --script - -c pass -- --fly -- b.kxs");
+        QVERIFY(line.scripts == QStringList("-") && line.command == "pass" && line.scene == "a.kxs" && !line.headless);
+        QCOMPARE(line.scriptArguments, QStringList({"--fly", "--", "b.kxs"}));
+        line = parsed("kxhost --quiet --python -- x");
+        QVERIFY(line.prompt && line.headless && line.quiet && line.hasWork() && line.scriptArguments.size() == 1);
+        QCOMPARE(parsed("kxhost -- a.kxs").scene, QString("a.kxs"));
         for (const char* const plain :
              {"kxhost", "kxhost --movie a.mp4", "kxhost --render a.png --size 1x1", "kxhost --headless a.kxs"})
             parsed(plain);

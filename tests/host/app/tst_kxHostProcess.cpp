@@ -6,6 +6,8 @@
 #include <kxPlaces.h>
 #include <kxTable.h>
 
+#include <csignal>
+
 /// The real program without a display: what it writes, and its exit codes.
 class tst_kxHostProcess : public QObject
 {
@@ -16,6 +18,8 @@ private Q_SLOTS:
         write("good.py", "print('hello from a script')\n");
         write("raises.py", "raise ValueError('spoiled')\n");
         write("leaves.py", "import sys; sys.exit(3)\n");
+        write("bye.py", "import sys; sys.exit('gone for good')\n");
+        write("tells_arguments.py", "import sys; print(sys.argv)\n");
         write("ends.py", "import sys; sys.exit()\n");
         write("broken.kxs", "nothing of a scene");
         write("save.py", "import kxHost\nkxHost.newScene()\nkxHost.saveScene('made.kxs')\n"
@@ -34,6 +38,10 @@ private Q_SLOTS:
         kxRow("script raises", "--script raises.py --render never.png", 1, "spoiled");
         kxRow("script leaves", "--script leaves.py --script raises.py --render never.png", 3, "code 3");
         kxRow("script ends early", "--script ends.py --script good.py", 0, "hello from a script");
+        kxRow("script leaves with a text", "--script bye.py --render never.png", 1, "gone for good");
+        kxRow("arguments", "--script tells_arguments.py -- -x --help", 0, "['tells_arguments.py', '-x', '--help']");
+        kxRow("code", "more.kxs -c print(__import__('sys').argv,bool(findNode('Crate'))) -- a", 0, "['-c', 'a'] True");
+        kxRow("code leaves", "-c exit(9) --render never.png", 9, "code 9");
         kxRow("damaged scene", "broken.kxs --render never.png", 1, "broken.kxs");
         kxRow("picture nowhere", "made.kxs --render no/such/folder/a.png --size 8x8", 1, "a.png");
         kxRow("export", "made.kxs --export out.glb", 0, "wrote out.glb");
@@ -63,7 +71,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, arguments);
         QFETCH(QString, says);
-        const Result result = run(arguments.split(' ') + QStringList{"--headless"});
+        const Result result = run(QStringList{"--headless"} + arguments.split(' '));
         QTEST(result.code, "code");
         QVERIFY2((result.output + result.errors).contains(says), qPrintable(result.output + result.errors));
         QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
@@ -98,6 +106,76 @@ private Q_SLOTS:
             QVERIFY(!read("errors").contains("Traceback") && !read("errors").contains("141"));
         }
         QVERIFY(QFileInfo::exists(_folder.filePath("piped.glb")));
+    }
+
+    void shell_data()
+    {
+        kxColumns<QString, QString>("line", "output");
+        kxRow("script from a pipe", "echo 'import beside, sys; print(beside.v, sys.argv)' | $K --script - -- 7",
+              "5 ['-', '7']\n0\n");
+        kxRow("no terminal", "echo 'print(beside.v)' | PYTHONPATH=more $K --script imports.py --python", "6\n0\n");
+        kxRow("written", "$K made.kxs --export e.glb -c 'print(1)'", "1\nwrote e.glb\n0\n");
+        kxRow("quiet", "$K made.kxs --export e.glb --quiet -c 'print(1)'; grep -c info errors", "1\n0\n1\n");
+        kxRow("no settings", "export KX_SETTINGS_DIR=none; $K made.kxs -c 'saveScene(\"again.kxs\")'; ls none", "2\n");
+        for (const char* const file : {"f.png", "f.jpg", "f.exr"})
+            kxRow(file,
+                  QStringLiteral("(trap '' XFSZ; ulimit -f 1; $K made.kxs --size 640x480 --render %1) 2>&1 | "
+                                 "grep -o '%1.*File too large'; ls -A | grep -c %1")
+                      .arg(file),
+                  QStringLiteral("%1' can't be written: File too large\n0\n1\n").arg(file));
+        kxRow("prompt",
+              "printf 'x = 6\\nprint(x * 7)\\n1/0\\nexit(3)\\n' | script -qec \"$K --python\" /dev/null | "
+              "grep -c -e ^42 -e ^ZeroDivision; tail -1 settings/prompt-history",
+              "2\nexit(3)\n0\n");
+    }
+
+    void shell()
+    {
+        QFETCH(QString, line);
+        QDir(_folder.path()).mkpath("more");
+        write("beside.py", "v = 5\n");
+        write("more/beside.py", "v = 6\n");
+        QDir(_folder.path()).mkpath("apart");
+        write("apart/imports.py", "import beside\n");
+        line.replace("imports.py", "apart/imports.py");
+        QProcess process;
+        start(process, {"-c", "K='" + kxBuilt("kxhost") + " --headless'; { " + line + "; } 2>errors; echo $?"}, true,
+              "settings", "bash");
+        QVERIFY(process.waitForFinished(60000));
+        QTEST(QString(process.readAllStandardOutput()).remove('\r'), "output");
+    }
+
+    void signalsReachScripts()
+    {
+        write("waits.py",
+              "import time\ntry:\n    print('first', flush=True)\n    while True: time.sleep(0.01)\n"
+              "except KeyboardInterrupt: pass\n"
+              "try:\n    print('second', flush=True)\n    time.sleep(100)\nfinally: print('third', flush=True)\n");
+        for (const int last : {SIGINT, SIGTERM})
+        {
+            QProcess process;
+            start(process, {"--headless", "--script", "waits.py", "--render", "never.png"}, true, "settings");
+            QByteArray output;
+            for (const QByteArray said : {"first", "second"})
+            {
+                QTRY_VERIFY_WITH_TIMEOUT((output += process.readAllStandardOutput()).contains(said), 30000);
+                ::kill(pid_t(process.processId()), said == "first" ? SIGINT : last);
+            }
+            QVERIFY(process.waitForFinished());
+            QCOMPARE(output + process.readAllStandardOutput(), QByteArray("first\nsecond\nthird\n"));
+            QVERIFY(!process.readAllStandardError().contains("<runner>"));
+            QCOMPARE(process.exitStatus(), last == SIGINT ? QProcess::NormalExit : QProcess::CrashExit);
+            QCOMPARE(process.exitCode(), last == SIGINT ? 130 : SIGTERM);
+            QVERIFY(!QFileInfo::exists(_folder.filePath("never.png")));
+        }
+        QProcess frames;
+        start(frames, {"made.kxs", "--headless", "--frames", "0:99999", "--size", "8x8", "--render", "s_%d.png"}, true,
+              "settings");
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(_folder.filePath("s_1.png")), 30000);
+        frames.terminate();
+        QVERIFY(frames.waitForFinished() && frames.exitStatus() == QProcess::CrashExit);
+        for (const QString& name : QDir(_folder.path()).entryList({"s_*"}, QDir::Files))
+            QVERIFY2(name.endsWith(".png") && !QImage(_folder.filePath(name)).isNull(), qPrintable(name));
     }
 
     void gitShowsWhatChanged()
