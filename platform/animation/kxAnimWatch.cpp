@@ -19,15 +19,12 @@ kxAnimWatch::~kxAnimWatch()
 
 void kxAnimWatch::addRole(UInt32 id, UInt8 roles)
 {
-    if (id >= _roles.size())
-        _roles.resize(std::size_t(id) + 1 + id / 2);
-    _roles[id] |= roles;
+    _roles.set(id, UInt8(_roles.get(id) | roles));
 }
 
 void kxAnimWatch::subRole(UInt32 id, UInt8 roles)
 {
-    if (id < _roles.size())
-        _roles[id] &= UInt8(~roles);
+    _roles.set(id, UInt8(_roles.get(id) & ~roles));
 }
 
 void kxAnimWatch::addCurve(UInt32 id, bool isEmpty, UInt8 roles)
@@ -112,6 +109,6 @@ void kxAnimWatch::containerDestroyed(UInt32 id)
 {
     if (roles(id) == 0)
         return;
-    _roles[id] = 0;
+    _roles.set(id, 0);
     ++_structureCount;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <osg/ChangeList.h>
+#include <scene/kxIdTable.h>
 
 #include <utility>
 #include <vector>
@@ -67,9 +68,9 @@ public:
 
 private:
     void curveChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField);
-    osg::UInt8 roles(osg::UInt32 id) const { return id < _roles.size() ? _roles[id] : osg::UInt8(0); }
+    osg::UInt8 roles(osg::UInt32 id) const { return _roles.get(id); }
 
-    std::vector<osg::UInt8> _roles; // by container id
+    kxIdTable<osg::UInt8> _roles;
     std::vector<osg::UInt32> _staleCurves;
     std::vector<osg::UInt32> _touched;
     osg::UInt64 _structureCount = 1;

@@ -135,10 +135,9 @@ private:
 
     void gain(UInt32 id)
     {
-        std::vector<UInt32>& owners = _journal._owners;
-        if (id >= owners.size())
-            owners.resize(std::size_t(id) + 1 + id / 2);
-        if (owners[id]++ > 0)
+        const UInt32 owners = _journal._owners.get(id);
+        _journal._owners.set(id, owners + 1);
+        if (owners > 0)
             return;
         if (const auto known = _states.find(id); known != _states.end()) // it left in this very commit
         {
@@ -173,8 +172,11 @@ private:
 
     void lose(UInt32 id)
     {
-        UInt32& owners = _journal._owners[id];
-        if (owners == 0 || --owners > 0)
+        const UInt32 owners = _journal._owners.get(id);
+        if (owners == 0)
+            return;
+        _journal._owners.set(id, owners - 1);
+        if (owners > 1)
             return;
         auto known = _states.find(id);
         if (known == _states.end())
@@ -223,11 +225,9 @@ void kxJournal::notePending()
 
 void kxJournal::mark(UInt32 id)
 {
-    if (id >= _isMarked.size())
-        _isMarked.resize(std::size_t(id) + 1 + id / 2);
-    if (!_isMarked[id])
+    if (!_isMarked.get(id))
         _marked.push_back(id);
-    _isMarked[id] = true;
+    _isMarked.set(id, true);
 }
 
 void kxJournal::containerChanged(const FieldContainerPtr& container, const BitVector& whichField)
@@ -258,7 +258,7 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
         comparison.look(id);
     for (const UInt32 id : std::exchange(_marked, {}))
     {
-        _isMarked[id] = false;
+        _isMarked.set(id, false);
         comparison.look(id);
     }
     _isPending = false;
@@ -268,7 +268,7 @@ kxJournal::States kxJournal::compare(const std::vector<UInt32>& also)
     if (std::any_of(died.begin(), died.end(),
                     [this](UInt32 id) { return isPresent(id) && living<FieldContainer>(id) == NullFC; }))
     {
-        for (UInt32 id = 1; id < _owners.size(); ++id)
+        for (const UInt32 id : _owners.ids())
             comparison.look(id);
         comparison.run();
     }
@@ -582,7 +582,7 @@ std::vector<UInt32> kxJournal::unmarked() const
     std::vector<UInt32> differing;
     if (!isRunning())
         return differing;
-    std::vector<UInt32> owners;
+    kxIdTable<UInt32> owners;
     std::vector<UInt32> open{kxSceneRecord::Id};
     while (!open.empty())
     {
@@ -593,14 +593,17 @@ std::vector<UInt32> kxJournal::unmarked() const
             differing.push_back(id);
         for (const UInt32 each : kxContainerRecord::owned(now))
         {
-            if (each >= owners.size())
-                owners.resize(std::size_t(each) + 1 + each / 2);
-            if (owners[each]++ == 0)
+            const UInt32 known = owners.get(each);
+            owners.set(each, known + 1);
+            if (known == 0)
                 open.push_back(each);
         }
     }
-    for (UInt32 id = 1; id < std::max(owners.size(), _owners.size()); ++id)
-        if ((id < owners.size() ? owners[id] : 0) != (id < _owners.size() ? _owners[id] : 0))
+    for (const UInt32 id : owners.ids())
+        if (owners.get(id) != _owners.get(id))
+            differing.push_back(id);
+    for (const UInt32 id : _owners.ids())
+        if (owners.get(id) == 0)
             differing.push_back(id);
     return differing;
 }

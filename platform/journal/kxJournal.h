@@ -3,6 +3,7 @@
 #include <files/scene/kxSceneOrigin.h>
 #include <journal/kxJournalStore.h>
 #include <osg/ChangeList.h>
+#include <scene/kxIdTable.h>
 
 #include <QDateTime>
 #include <QObject>
@@ -130,7 +131,7 @@ private:
     void takeScene(const kxSceneOrigin& origin, bool isSaved = true);
     std::vector<osg::UInt32> takeOwners();
     void keepBaseRecords(const kxJournalBase& next);
-    bool isPresent(osg::UInt32 id) const { return id < _owners.size() && _owners[id] > 0; }
+    bool isPresent(osg::UInt32 id) const { return _owners.get(id) > 0; }
     bool isInScene(osg::UInt32 id) const { return id == 0 || isPresent(id); } // 0: what belongs to the scene itself
     std::vector<kxJournalStore::Row> rowsOf(quint64 number) const;
     States compare(const std::vector<osg::UInt32>& also);
@@ -150,10 +151,10 @@ private:
 
     std::unique_ptr<kxJournalStore> _store;
     std::unique_ptr<kxJournalBase> _base; // null where no file holds the scene
-    std::vector<osg::UInt32> _owners;     // by id: how often the scene's containers own it, of the last commit
+    kxIdTable<osg::UInt32> _owners;       // how often the scene's containers own each, of the last commit
     std::vector<osg::UInt32> _marked;
     std::vector<osg::UInt32> _died; // while the scene owned them
-    std::vector<bool> _isMarked;    // by id
+    kxIdTable<bool> _isMarked;
     QByteArray _sceneRecord;
     std::vector<quint64> _entries; // in order
     std::unordered_set<quint64> _takenBack;

@@ -107,13 +107,17 @@ void kxJournal::fail(bool isChanged)
 /// All containers of the scene, and how often each is owned.
 std::vector<UInt32> kxJournal::takeOwners()
 {
-    _owners.assign(FieldContainerFactory::the()->getFieldContainerStore().size(), 0);
+    _owners.clear();
     std::vector<UInt32> found;
     std::vector<FieldContainerPtr> open, owned;
     const auto own = [&](const FieldContainerPtr& container)
     {
         const UInt32 id = container.getFieldContainerId();
-        if (container == NullFC || _owners[id]++ > 0)
+        if (container == NullFC)
+            return;
+        const UInt32 owners = _owners.get(id);
+        _owners.set(id, owners + 1);
+        if (owners > 0)
             return;
         found.push_back(id);
         open.push_back(container);
@@ -159,7 +163,7 @@ void kxJournal::takeScene(const kxSceneOrigin& origin, bool isSaved)
         if (_base == nullptr || !_base->has(id))
             _store->setLatest(id, recordOf(id));
         // What was marked meanwhile may have been written after it was read; the tops are the scene's own.
-        else if ((id < _isMarked.size() && _isMarked[id]) || std::find(tops.begin(), tops.end(), id) != tops.end())
+        else if (_isMarked.get(id) || std::find(tops.begin(), tops.end(), id) != tops.end())
             if (const QByteArray record = recordOf(id); record != _base->record(id))
                 _store->setLatest(id, record);
     }

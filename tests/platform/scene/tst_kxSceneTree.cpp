@@ -4,6 +4,7 @@
 #include <osg/AnimNode.h>
 #include <osg/FieldContainerFactory.h>
 #include <osg/Share.h>
+#include <scene/kxIdTable.h>
 #include <scene/kxScene.h>
 
 #include <QtTest>
@@ -32,6 +33,25 @@ class tst_kxSceneTree : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void idsThatAreGoneTakeNoRoom()
+    {
+        kxIdTable<UInt8> table;
+        table.set(3, 9);
+        std::size_t room = 0;
+        for (UInt32 scene = 1; scene <= 50; ++scene) // each with other ids, set twice
+        {
+            for (UInt32 id = scene * 1000; id < scene * 1000 + 900; ++id)
+                table.set(id, 1), table.set(id, UInt8(scene));
+            QVERIFY(table.get(scene * 1000 + 899) == scene && table.get(scene * 1000 + 900) == 0);
+            QCOMPARE(table.ids().size(), std::size_t(901));
+            room = std::max(room, table.room());
+            for (UInt32 id = scene * 1000 + 899; id >= scene * 1000; --id)
+                table.set(id, 0), table.set(id, 0);
+        }
+        QCOMPARE(table.ids(), std::vector<UInt32>{3});
+        QVERIFY(table.get(3) == 9 && table.room() < room && room < 3000);
+    }
+
     void lifeFollowsShares()
     {
         osg::Share parent(makeNode()), twin(Node::create());
