@@ -1,6 +1,7 @@
 #include "kxCleanView.h"
 
 #include "kxDockState.h"
+#include "kxQuestionBar.h"
 
 #include <view/kxView3D.h>
 
@@ -30,6 +31,8 @@ void kxCleanView::set(bool on)
     if (on == _isOn)
         return;
     _isOn = on;
+    for (kxQuestionBar* const bar : _window->findChildren<kxQuestionBar*>())
+        bar->holdBack(on);
     if (on)
     {
         settle();

@@ -8,6 +8,7 @@
 #include <journal/kxHistory.h>
 #include <journal/kxRecovery.h>
 #include <kernel/kxLogModel.h>
+#include <kxLog.h>
 #include <trust/kxCodeTrust.h>
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@ kxDocument::kxDocument(QObject* parent) : QObject(parent)
 {
     new kxPoseWatch(this);
     connect(&_watch, &kxUnsavedWatch::unsavedChanged, this, &kxDocument::changed);
+    connect(&_fileWatch, &kxFileWatch::changed, this, &kxDocument::hasChanged);
 }
 
 QString kxDocument::name() const
@@ -77,8 +79,19 @@ bool kxDocument::run(const QString& what, const QString& failure, kxFileReport& 
 void kxDocument::setPath(const QString& path)
 {
     _path = path;
+    _fileWatch.follow(path);
     _watch.markSaved();
     Q_EMIT changed();
+}
+
+void kxDocument::hasChanged(bool isGone)
+{
+    kxLog::warning((isGone ? tr("The file '%1' is gone; the scene is unsaved.")
+                           : tr("Another program changed the file '%1'; the scene is unsaved."))
+                       .arg(_path));
+    _watch.markUnsaved();
+    Q_EMIT changed();
+    Q_EMIT fileChanged(isGone);
 }
 
 bool kxDocument::newScene()
@@ -136,6 +149,17 @@ bool kxDocument::openFile(const QString& file)
         return false;
     }
     _recent.add(path);
+    hasOpened(path);
+    return true;
+}
+
+bool kxDocument::reload()
+{
+    const QString path = _path;
+    kxFileReport report(path);
+    if (!run(tr("Opening %1...").arg(name()), tr("The file can't be opened"), report,
+             [&] { return kxSceneIO::open(path, report); }))
+        return false;
     hasOpened(path);
     return true;
 }
@@ -245,7 +269,10 @@ bool kxDocument::writeTo(const QString& file, kxFileReport& report)
 {
     const QString path = QFileInfo(file).absoluteFilePath();
     Q_EMIT aboutToSave(path);
-    if (!kxSceneIO::save(path, report))
+    _fileWatch.pause(true);
+    const bool isWritten = kxSceneIO::save(path, report);
+    _fileWatch.pause(false);
+    if (!isWritten)
         return false;
     setPath(path);
     return true;

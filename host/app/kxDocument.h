@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxFileWatch.h"
 #include "kxRecentFiles.h"
 #include "kxUnsavedWatch.h"
 
@@ -68,6 +69,8 @@ public:
     bool openRecovered(kxRecovery& recovery, const QString& file);
     /// Opens a scene file as a scene that isn't saved yet; `source` is the file that it once was, and proposes a name.
     bool openCopy(const QString& file, const QString& source);
+    /// Opens the scene's file as it is now, and asks nothing.
+    bool reload();
     /// Adds a file to the scene, as one step.
     bool importFile(const QString& file);
     bool save();
@@ -94,6 +97,8 @@ Q_SIGNALS:
     /// The file that lies there, if there is one, is still as it was.
     void aboutToSave(const QString& file);
     void saved(const QString& file);
+    /// Another program changed or removed the scene's file; the scene is unsaved from then on.
+    void fileChanged(bool isGone);
 
 private:
     void makeNew();
@@ -106,11 +111,13 @@ private:
     /// Writes without telling that it was saved().
     bool writeTo(const QString& file, kxFileReport& report);
     void hasSaved();
+    void hasChanged(bool isGone);
     void setPath(const QString& path);
 
     Dialogs _dialogs;
     kxRecentFiles _recent;
     kxUnsavedWatch _watch;
+    kxFileWatch _fileWatch;
     QString _path;          // of our own format
     QString _source;        // what was opened, of any format; proposes the name
     bool _hasBegun = false; // a first scene has been made

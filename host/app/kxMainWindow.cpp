@@ -3,6 +3,7 @@
 #include "kxCleanView.h"
 #include "kxCompareDialog.h"
 #include "kxDockState.h"
+#include "kxFileBar.h"
 #include "kxFileDialogs.h"
 #include "kxFilmPanel.h"
 #include "kxFinishedClips.h"
@@ -135,7 +136,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _cleanView = new kxCleanView(this, _view);
     _trust = new kxTrustKeeper(this, _view);
     connect(_film, &kxFilmPanel::fullScreenAsked, this, [this] { _cleanView->set(true); });
-    connect(_cleanView, &kxCleanView::changed, _trust, &kxTrustKeeper::setCleanView);
+    new kxFileBar(*_document, _view);
     _view->addAction(_film->playAction());
     connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
     connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,

@@ -8,17 +8,15 @@
 #include <QMainWindow>
 #include <QVBoxLayout>
 
-kxTrustKeeper::kxTrustKeeper(QMainWindow* window, QWidget* view)
-    : QObject(window), _window(window), _bar(new kxTrustBar)
+kxTrustKeeper::kxTrustKeeper(QMainWindow* window, QWidget* view) : QObject(window), _window(window)
 {
     auto* const middle = new QWidget(window);
     auto* const layout = new QVBoxLayout(middle);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(_bar);
     layout->addWidget(view, 1);
     window->setCentralWidget(middle);
-    connect(_bar, &kxTrustBar::showAsked, this, &kxTrustKeeper::showCode);
+    connect(new kxTrustBar(view), &kxTrustBar::showAsked, this, &kxTrustKeeper::showCode);
 }
 
 void kxTrustKeeper::showCode()
@@ -30,9 +28,4 @@ void kxTrustKeeper::showCode()
     dialog->show();
     dialog->raise();
     dialog->activateWindow();
-}
-
-void kxTrustKeeper::setCleanView(bool on)
-{
-    _bar->holdBack(on);
 }

@@ -5,7 +5,6 @@
 #include <QObject>
 
 class QMainWindow;
-class kxTrustBar;
 
 /// Joins the window with kxCodeTrust: the question above the view, the code to look at, the page of settings.
 class kxTrustKeeper : public QObject
@@ -17,11 +16,8 @@ public:
 
     /// Shows the code of the scene, and asks again where some of it is skipped.
     void showCode();
-    /// Nothing but the picture is to be seen.
-    void setCleanView(bool on);
 
 private:
     QMainWindow* _window;
-    kxTrustBar* _bar;
     kxSecurityPreferences _preferences;
 };

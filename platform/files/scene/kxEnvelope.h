@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kxExport.h>
+
 #include <QByteArray>
 #include <QFile>
 #include <QIODevice>
@@ -64,7 +66,7 @@ private:
 };
 
 /// The payload of a file, mapped into memory for as long as this lives.
-class kxEnvelopeReader
+class KX_API kxEnvelopeReader
 {
 public:
     bool open(const QString& path, const char* magic, kxFileReport& report);

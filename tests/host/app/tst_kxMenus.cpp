@@ -452,6 +452,63 @@ private Q_SLOTS:
         QCOMPARE(objectNames(), QStringList(button == "Save" ? "Changed" : "ASKED"));
     }
 
+    void anotherProgramWrites_data()
+    {
+        kxColumns<QString, QString, QString, bool, QString>("act", "told", "answer", "unsaved", "left");
+        kxRow("reloaded", "written", "changed", "_fileReload", false, "OTHER");
+        kxRow("kept", "written", "changed", "_fileKeep", true, "ASKED");
+        kxRow("gone", "removed", "is gone", "_fileSave", false, "ASKED");
+        kxRow("touched", "touched", "", "", false, "ASKED");
+        kxRow("saved here", "saved", "", "", false, "ASKED");
+    }
+
+    /// At once, above the view and in the log; the scene is unsaved until that is answered.
+    void anotherProgramWrites()
+    {
+        QFETCH(QString, act);
+        QFETCH(QString, told);
+        QFETCH(QString, answer);
+        QFETCH(QString, left);
+        const QString other = file("other"), path = file("asked");
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+        QVERIFY(_window->document().openFile(path));
+        kxLogModel::the().clear();
+        QSignalSpy changed(&_window->document(), &kxDocument::fileChanged);
+        if (act == "written")
+        {
+            QFile from(other), to(path); // in place, as cp does it
+            QVERIFY(from.open(QIODevice::ReadOnly) && to.open(QIODevice::WriteOnly) && to.write(from.readAll()) > 0);
+        }
+        else if (act == "removed")
+            QVERIFY(QFile::remove(path));
+        else if (act == "saved")
+            QVERIFY(_window->document().save());
+        else
+        {
+            QFile touched(path);
+            QVERIFY(touched.open(QIODevice::ReadWrite));
+            QVERIFY(touched.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+        }
+        if (told.isEmpty())
+            Q_EMIT qApp->applicationStateChanged(Qt::ApplicationActive); // looks at once
+        else
+            QTRY_COMPARE(changed.size(), 1);
+        const auto* const bar = _window->findChild<QWidget*>("_fileBar");
+        QCOMPARE(bar->isVisible(), !told.isEmpty());
+        QCOMPARE(_window->isWindowModified(), !told.isEmpty());
+        QCOMPARE(kxLogged().filter("the scene is unsaved").isEmpty(), told.isEmpty());
+        if (told.isEmpty())
+            return;
+        QVERIFY(_window->findChild<QLabel*>("_fileText")->text().contains(told));
+        if (left == "OTHER") // no versions are kept here
+            kxAnswer<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
+        _window->findChild<QPushButton*>(answer)->click();
+        QVERIFY(!bar->isVisible() && _window->focusWidget() == _window->view());
+        QTEST(_window->isWindowModified(), "unsaved");
+        QCOMPARE(objectNames(), QStringList(left));
+        QCOMPARE(QFile::exists(path), true);
+    }
+
     void errorsSayFileAndReason()
     {
         QFile broken(path("broken.kxs"));
