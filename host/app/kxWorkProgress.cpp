@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace
@@ -30,6 +31,19 @@ QString kxWorkTime::left(double seconds, double share)
     return say("about %1 h %2 min left", whole / 3600, whole % 3600 / 60);
 }
 
+QString kxWorkTime::Estimate::text(double seconds, double share)
+{
+    constexpr double Enough = 1, Slack = 1.25;
+    if (seconds < Enough || share >= 1)
+        return QString();
+    const double end = share > 0 ? seconds / share : -1;
+    _isLost = _isLost || (_end > 0 && (end > _end * Slack || seconds > _end));
+    if (_isLost || end < 0)
+        return QCoreApplication::translate("kxWorkProgress", "%1 s so far").arg(qint64(seconds));
+    _end = _end < 0 ? end : std::min(_end, end);
+    return left(seconds, seconds / _end);
+}
+
 kxWorkProgress::kxWorkProgress(const QString& name, const QString& title, QWidget* parent)
     : QDialog(parent), _text(new QLabel(this)), _left(new QLabel(this)), _bar(new QProgressBar(this)),
       _cancel(new QPushButton(tr("Cancel"), this))
@@ -43,6 +57,7 @@ kxWorkProgress::kxWorkProgress(const QString& name, const QString& title, QWidge
     _text->setObjectName(QStringLiteral("_text"));
     _left->setObjectName(QStringLiteral("_left"));
     _cancel->setObjectName(QStringLiteral("_cancel"));
+    _cancel->setAutoDefault(false); // Return ends no work
     connect(_cancel, &QPushButton::clicked, this, &kxWorkProgress::reject);
     auto* const below = new QHBoxLayout;
     below->addWidget(_left, 1);
@@ -58,11 +73,11 @@ bool kxWorkProgress::show(const QString& text, double share)
 {
     if (!_isCancelled)
         _text->setText(text);
-    _bar->setRange(0, share < 0 ? 0 : Steps);
+    const double seconds = double(_clock.elapsed()) / 1000;
+    const QString time = _letsAllGoOn ? kxWorkTime::left(seconds, share) : _estimate.text(seconds, share);
+    _bar->setRange(0, share < 0 || (_estimate.isLost() && share < 1) ? 0 : Steps);
     _bar->setValue(int(share * Steps));
-    _left->setText(_isCancelled ? QString()
-                   : share >= 1 ? tr("Finishing...")
-                                : kxWorkTime::left(double(_clock.elapsed()) / 1000, share));
+    _left->setText(_isCancelled ? QString() : share >= 1 ? tr("Finishing; it can't be cancelled any more") : time);
     if (!isVisible() && !_isCancelled && _clock.elapsed() >= ShowAfter)
         open();
     follow();

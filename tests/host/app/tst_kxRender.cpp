@@ -339,6 +339,13 @@ private Q_SLOTS:
         QCOMPARE(kxRenderTime::text(6, 3, 90), QString("Frame 3 of 90, about 2 min 54 s left"));
         QCOMPARE(kxRenderTime::text(60, 10, 900), QString("Frame 10 of 900, about 1 h 29 min left"));
         QCOMPARE(kxRenderTime::text(60, 90, 90), QString("Frame 90 of 90"));
+        // A reader that stays at half: what is told doesn't rise.
+        kxWorkTime::Estimate time;
+        QCOMPARE(time.text(1.5, -1), QString("1 s so far"));
+        QCOMPARE(time.text(2, 0.5), QString("about 2 s left"));
+        QCOMPARE(time.text(2.4, 0.5), QString("about 2 s left"));
+        QVERIFY(time.text(3.2, 0.5) == "3 s so far" && time.isLost());
+        QCOMPARE(time.text(4, 0.9), QString("4 s so far"));
     }
 
     /// Whatever is shown while frames are rendered, and where the user ends that.
