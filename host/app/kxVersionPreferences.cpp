@@ -55,7 +55,7 @@ void kxVersionPreferences::makePage()
 {
     _page = new QWidget;
     auto* const form = new QFormLayout(_page);
-    _isOn = new QCheckBox(tr("Keep versions by itself"));
+    _isOn = new QCheckBox(tr("Keep versions automatically"));
     _isOn->setObjectName(QStringLiteral("_keepVersions"));
     form->addRow(_isOn);
     _minutes = addField(form, tr("While working, every"), QStringLiteral("_versionMinutes"), 1, LongestMinutes,

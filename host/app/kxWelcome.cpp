@@ -49,7 +49,10 @@ kxWelcome::kxWelcome(kxMainWindow* window, QWidget* view) : QWidget(view)
 
 void kxWelcome::follow()
 {
-    setVisible(kxScene::the()->root()->getNChildren() == 0);
+    const bool isWanted = kxScene::the()->root()->getNChildren() == 0;
+    if (!isWanted && isAncestorOf(window()->focusWidget()))
+        parentWidget()->setFocus(); // the view's keys, and not the next widget's in a row
+    setVisible(isWanted);
     raise();
     place();
 }

@@ -70,9 +70,11 @@ private Q_SLOTS:
         QTRY_VERIFY(welcome->isVisible() && isInTheMiddle());
         _window->resize(_window->width() - 120, _window->height() - 60);
         QTRY_VERIFY(isInTheMiddle());
-        welcome->findChild<QPushButton*>("_welcomeBox")->click();
+        auto* const box = welcome->findChild<QPushButton*>("_welcomeBox");
+        box->setFocus();
+        box->click();
         kxScene::the()->flush();
-        QVERIFY(!welcome->isVisible());
+        QVERIFY(!welcome->isVisible() && _window->focusWidget() == _window->view());
         QCOMPARE(objectNames(), QStringList("Box"));
         _window->document().startOver();
         kxScene::the()->flush();
