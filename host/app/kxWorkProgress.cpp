@@ -1,18 +1,21 @@
 #include "kxWorkProgress.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <algorithm>
 #include <cmath>
 
 namespace
 {
-constexpr int ShowAfter = 500; // ms
+constexpr int ShowAfter = 500;  // ms
+constexpr int ShowWithin = 200; // ms
 constexpr int Steps = 1000;
 } // namespace
 
@@ -79,13 +82,23 @@ bool kxWorkProgress::show(const QString& text, double share)
     _bar->setValue(int(share * Steps));
     _left->setText(_isCancelled ? QString() : share >= 1 ? tr("Finishing; it can't be cancelled any more") : time);
     if (!isVisible() && !_isCancelled && _clock.elapsed() >= ShowAfter)
-        open();
+        appear();
     follow();
     if (_isCancelled || share < 1)
         return !_isCancelled;
     _cancel->setEnabled(false);
     _cancel->repaint();
     return true;
+}
+
+/// The window system shows the window when it comes to it, which may be after the next question of the work.
+void kxWorkProgress::appear()
+{
+    open();
+    const QDeadlineTimer wait(ShowWithin);
+    do
+        follow();
+    while (!windowHandle()->isExposed() && !wait.hasExpired());
 }
 
 void kxWorkProgress::reject()

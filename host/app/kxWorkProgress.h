@@ -46,6 +46,7 @@ protected:
     void letAllGoOn();
 
 private:
+    void appear();
     void follow();
 
     QLabel* _text;

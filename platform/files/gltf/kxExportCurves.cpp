@@ -1,6 +1,7 @@
 #include <files/gltf/kxExportCurves.h>
 
 #include <animation/kxNodeTime.h>
+#include <files/scene/kxProgress.h>
 #include <scene/kxScene.h>
 
 #include <algorithm>
@@ -564,7 +565,11 @@ kxExportCurves::Sampler kxExportCurves::sampler(double shift) const
     std::vector<Fit> fits;
     fits.reserve(whole.size());
     for (const Stretch& stretch : whole)
+    {
+        if (!kxProgress::goesOn(double(&stretch - whole.data()) / double(whole.size())))
+            return Sampler();
         appendWhole(stretch, shift, fits);
+    }
     const bool steps = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStill; });
     const bool straight = std::all_of(fits.begin(), fits.end(), [](const Fit& fit) { return fit.isStraight; });
     Keys keys(*this, steps                     ? Interpolation::Step

@@ -130,9 +130,11 @@ void kxGltfAnimations::write(const Animation& source)
     std::set<UInt32> moving; // ids
     for (const kxGltfProperty& property : properties)
     {
-        if (!kxProgress::goesOn(double(samplers.size()) / double(properties.size())))
-            return;
+        const double done = double(samplers.size()), all = double(properties.size());
+        const kxProgress::Part part(done / all, (done + 1) / all);
         samplers.push_back(curvesOf(source, property).sampler(-earliest));
+        if (!kxProgress::goesOn(1))
+            return;
         noteDistance(source, property, samplers.back().off);
         if (!source.isTimeline && isMovedBefore(source, property))
             _report.note(QStringLiteral("'%1': what it does before the start of the animation '%2' is left out")
