@@ -33,6 +33,7 @@ private Q_SLOTS:
         row("crash", "it crashed (segmentation fault)");
         row("memory", "it needed more than 0.0625 GB of memory");
         row("loop", "it took more than 1 s of processor time");
+        row("memory,large", "it needed more than 0.273 GB of memory"); // what a file of 7 MB gets by its size
 #endif
         row("abort", "it gave up on an error of its own");
         row("throw", "it met an error that it doesn't handle");
@@ -53,9 +54,9 @@ private Q_SLOTS:
         const QByteArray act = QTest::currentDataTag();
         if (act == "sleep")
             kxReaderProcess::rules().quietSeconds = 1;
-        if (act == "hide")
-            kxReaderProcess::rules().clockASecond = 1;
-        kxFileReport report(file("model.test", act));
+        kxReaderProcess::rules().clockASecond = act == "hide" ? 1 : 300;
+        const int padding = act.contains("large") ? 7 << 20 : 0;
+        kxFileReport report(file("model.test", act + QByteArray(padding, ' ')));
         QVERIFY(!(act > "l" ? kxSceneIO::importFile(report.file(), report) : kxSceneIO::open(report.file(), report)));
         QVERIFY2(report.error().startsWith(reason), qPrintable(report.error()));
         QVERIFY(!report.isCancelled() && nodeNamed("kept") != osg::NullFC);
