@@ -50,7 +50,8 @@ void addOptions(QCommandLineParser& parser, bool isOfVersions)
            "where "
            "they differ, 2 where one can't be read."),
         "");
-    add("json", tr("With --diff or --versions: as JSON."), "");
+    add("json", tr("With --diff, --info or --versions: as JSON."), "");
+    add("info", tr("Tell what is in a scene or model: objects, clips, cameras, materials and so on."), "");
     add("text", tr("Write the scene or model as text that is made to be compared line by line."), "");
     add("versions", tr("List the versions that were kept of a scene."), "");
     add("save-as", tr("With --versions and --version N: write this version to a file."), "FILE.kxs");
@@ -142,32 +143,31 @@ void checkPictures(kxCommandLine& line)
         line.errors << tr("--screenshot writes .png and .jpg files, not '%1'").arg(line.screenshot);
 }
 
-/// --diff and --text stand alone. False where none of them is given.
+/// --diff, --text and --info stand alone. False where none of them is given.
 bool parseTexts(kxCommandLine& line, const QCommandLineParser& parser)
 {
     const bool diff = parser.isSet(QStringLiteral("diff"));
     line.text = parser.isSet(QStringLiteral("text"));
     line.json = parser.isSet(QStringLiteral("json"));
-    if (!diff && !line.text)
+    line.info = parser.isSet(QStringLiteral("info"));
+    if (!diff && !line.text && !line.info)
     {
         if (line.json)
             line.errors << tr("--json needs --diff");
         return false;
     }
     line.compared = parser.positionalArguments();
-    const QStringList own = {QStringLiteral("diff"), QStringLiteral("text"), QStringLiteral("json"),
-                             QStringLiteral("headless")};
+    const QString mode = diff ? QStringLiteral("diff") : line.text ? QStringLiteral("text") : QStringLiteral("info");
+    const QStringList own = {mode, QStringLiteral("json"), QStringLiteral("headless"), QStringLiteral("quiet")};
     for (const QString& name : parser.optionNames())
         if (!own.contains(name))
-            line.errors << tr("--%1 doesn't go with --%2").arg(name, own.at(diff ? 0 : 1));
-    if (diff && line.text)
-        line.errors << tr("--diff and --text exclude each other");
-    else if (line.text && line.json)
-        line.errors << tr("--json needs --diff");
+            line.errors << tr("--%1 doesn't go with --%2").arg(name, mode);
+    if (line.text && line.json)
+        line.errors << tr("--json needs --diff or --info");
     else if (diff && line.compared.size() != 2)
         line.errors << tr("--diff compares two files, not %1").arg(line.compared.size());
-    else if (line.text && line.compared.size() != 1)
-        line.errors << tr("--text writes one file, not %1").arg(line.compared.size());
+    else if (!diff && line.compared.size() != 1)
+        line.errors << tr("--%1 tells of one file, not of %2").arg(mode).arg(line.compared.size());
     return true;
 }
 

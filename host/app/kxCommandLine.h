@@ -34,8 +34,9 @@ struct kxCommandLine
     QString exportFile;
     kxExportedAnimations exported = kxExportedAnimations::All;
     QStringList compared;      ///< the two files of --diff, the one of --text
-    bool text = false;         ///< --text; without it `compared` is for --diff
-    bool json = false;         ///< --diff tells as JSON
+    bool text = false;         ///< --text; without it and `info` `compared` is for --diff
+    bool info = false;         ///< --info, of the one file
+    bool json = false;         ///< --diff and --info tell as JSON
     QString versionsOf;        ///< a scene: its versions are listed, or one of them is written
     qint64 versionNumber = 0;  ///< to write to `saveAs`
     QString saveAs;            ///< empty: the versions are listed

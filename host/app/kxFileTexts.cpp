@@ -1,5 +1,7 @@
 #include "kxFileTexts.h"
 
+#include "kxFileInfo.h"
+
 #include <files/kxSceneIO.h>
 #include <files/scene/kxSceneContent.h>
 #include <files/text/kxSceneDifference.h>
@@ -20,7 +22,7 @@ void complain(const QString& text)
     QTextStream(stderr) << "kxhost: " << text << Qt::endl;
 }
 
-bool read(const QString& path, kxSceneContent& content)
+bool read(const QString& path, kxSceneContent& content, QStringList* notes)
 {
     if (path == NoFile)
     {
@@ -32,8 +34,11 @@ bool read(const QString& path, kxSceneContent& content)
         report.fail(QCoreApplication::translate("kxFileTexts", "there is no such file"));
     else
         kxSceneIO::readContent(path, content, report);
-    for (const QString& note : report.notes())
-        complain(QStringLiteral("'%1': %2").arg(path, note));
+    if (notes != nullptr)
+        *notes = report.notes();
+    else
+        for (const QString& note : report.notes())
+            complain(QStringLiteral("'%1': %2").arg(path, note));
     if (report.failed())
         complain(report.message());
     return !report.failed();
@@ -45,10 +50,16 @@ bool write(QFile& out, const QByteArray& text)
 }
 
 /// False where the reader is gone, or the disk full.
-bool tell(const kxCommandLine& line, const std::vector<kxSceneContent>& contents, QFile& out, int& code)
+bool tell(const kxCommandLine& line, const std::vector<kxSceneContent>& contents, const QStringList& notes, QFile& out,
+          int& code)
 {
     if (line.text)
         return kxSceneText::write(contents.front(), [&out](const QByteArray& piece) { return write(out, piece); });
+    if (line.info)
+    {
+        const QJsonObject info = kxFileInfo::of(line.compared[0], contents[0], notes);
+        return write(out, line.json ? QJsonDocument(info).toJson() : kxFileInfo::toText(info).toUtf8());
+    }
     const kxSceneDifference difference = kxSceneDifference::between(contents[0], contents[1]);
     code = difference.isEmpty() ? kxFileTexts::Equal : kxFileTexts::Different;
     if (!line.json)
@@ -63,14 +74,15 @@ bool tell(const kxCommandLine& line, const std::vector<kxSceneContent>& contents
 int kxFileTexts::run(const kxCommandLine& line)
 {
     std::vector<kxSceneContent> contents(std::size_t(line.compared.size()));
+    QStringList notes;
     bool isRead = true;
     for (std::size_t i = 0; i < contents.size(); ++i)
-        isRead = read(line.compared[int(i)], contents[i]) && isRead;
+        isRead = read(line.compared[int(i)], contents[i], line.info ? &notes : nullptr) && isRead;
     if (!isRead)
         return Unreadable;
     QFile out;
     int code = Equal;
-    if (out.open(stdout, QIODevice::WriteOnly) && tell(line, contents, out, code) && out.flush())
+    if (out.open(stdout, QIODevice::WriteOnly) && tell(line, contents, notes, out, code) && out.flush())
         return code;
     complain(QCoreApplication::translate("kxFileTexts", "the output can't be written: %1").arg(out.errorString()));
     return Unreadable;

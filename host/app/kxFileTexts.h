@@ -2,12 +2,12 @@
 
 #include "kxCommandLine.h"
 
-/// What the program tells of files without opening them: their text, and what two of them differ in.
+/// What the program tells of files without opening them: what is in them, their text, and what two of them differ in.
 namespace kxFileTexts
 {
 enum ExitCode
 {
-    Equal = 0, ///< and what --text gives
+    Equal = 0, ///< and what --text and --info give
     Different = 1,
     Unreadable = 2
 };

@@ -56,10 +56,13 @@ private Q_SLOTS:
         kxRow("comparison of one", "--diff a.kxs", "two files");
         kxRow("comparison of three", "--diff a.kxs b.kxs a.kxs", "two files");
         kxRow("text of two", "--text a.kxs b.kxs", "one file");
-        kxRow("text and comparison", "--text --diff a.kxs b.kxs", "exclude");
+        kxRow("text and comparison", "--text --diff a.kxs b.kxs", "--text doesn't go with --diff");
         kxRow("text as JSON", "--text --json a.kxs", "--diff");
         kxRow("JSON of nothing", "--json a.kxs", "--diff");
         kxRow("comparison and picture", "--diff a.kxs b.kxs --render x.png", "--render");
+        kxRow("info of two", "--info a.kxs b.kxs", "one file, not of 2");
+        kxRow("info and picture", "--info a.kxs --render x.png", "--render");
+        kxRow("info and text", "--info --text a.kxs", "--info doesn't go with --text");
         kxRow("versions of nothing", "--versions", "one scene");
         kxRow("version without a file", "--versions a.kxs --version 3", "--save-as");
         kxRow("file without a version", "a.kxs --save-as b.kxs", "--version N");

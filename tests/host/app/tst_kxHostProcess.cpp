@@ -1,6 +1,9 @@
 #include <files/scene/kxSceneFile.h>
 
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QtTest>
 
 #include <kxPlaces.h>
@@ -20,6 +23,8 @@ private Q_SLOTS:
         write("leaves.py", "import sys; sys.exit(3)\n");
         write("bye.py", "import sys; sys.exit('gone for good')\n");
         write("tells_arguments.py", "import sys; print(sys.argv)\n");
+        write("m.obj", "mtllib m.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nf 1/1 2/1 3/1\n");
+        write("m.mtl", "newmtl m\nmap_Kd none.png\n");
         write("ends.py", "import sys; sys.exit()\n");
         write("broken.kxs", "nothing of a scene");
         write("save.py", "import kxHost\nkxHost.newScene()\nkxHost.saveScene('made.kxs')\n"
@@ -53,6 +58,11 @@ private Q_SLOTS:
         kxRow("compared with nothing", "--diff /dev/null more.kxs", 1, "Object 'Crate': added\n");
         kxRow("compared with a damaged scene", "--diff made.kxs broken.kxs", 2, "broken.kxs");
         kxRow("compared with no scene", "--diff none.kxs made.kxs", 2, "no such file");
+        kxRow("info", "--info more.kxs", 0,
+              "\nframes: 0 to 25, 24 a second\nobjects: 1 Geometry\nextents: (-0.5, 0, -0.5) to (0.5, 1, 0.5)\n");
+        kxRow("info of a model", "--info m.obj", 0, "textures: 0\nclips: 0\ncode: 0\nnote: ");
+        kxRow("info of a model, its picture", "--info --json m.obj", 0, "none.png");
+        kxRow("info of a damaged scene", "--info broken.kxs", 2, "broken.kxs");
         kxRow("text", "--text more.kxs", 0, "\n[objects/Crate]\nclass = Geometry\n");
         kxRow("text of a damaged scene", "--text broken.kxs", 2, "broken.kxs");
         kxRow("versions of no scene", "--versions none.kxs", 1, "there are no versions of 'none.kxs'");
@@ -293,6 +303,11 @@ setAnimClipStart(clip, 10, False)
 saveScene("clips.kxs")
 )");
         QCOMPARE(run({"--headless", "--script", "clips.py"}).code, 0);
+        const QJsonObject info =
+            QJsonDocument::fromJson(run({"--info", "--json", "clips.kxs"}).output.toUtf8()).object();
+        const QJsonObject clip = info["clips"][0].toObject();
+        QVERIFY(clip["name"] == "Walk" && qAbs(clip["start"].toDouble() - 10.0 / 24) < 1e-6 &&
+                qAbs(clip["frames"].toDouble() - 4) < 1e-5 && info["cameras"].toArray() == QJsonArray{"Camera"});
         const auto picture = [this](const QString& name) { return QImage(_folder.filePath(name)); };
         const QStringList common = {"clips.kxs", "--headless", "--size", "64x36"};
         QCOMPARE(run(common + QStringList{"--clip", "Walk", "--render", "c_%d.png"}).code, 0);
