@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QUrl>
 
 #include <algorithm>
 #include <cerrno>
@@ -34,14 +35,34 @@ kxReaderProcess::Watch& watch()
     return current;
 }
 
-/// How much there is to read. The bytes of a glTF lie beside it.
-quint64 sizeOf(kxModelReader::Kind kind, const QFileInfo& file)
+/// How much there is to read. The bytes of a glTF lie beside it, in files that it names.
+quint64 sizeOf(kxModelReader::Kind kind, const QFileInfo& info)
 {
-    auto size = quint64(file.size());
-    if (kind == kxModelReader::Gltf)
-        for (const QFileInfo& buffer : file.dir().entryInfoList({QStringLiteral("*.bin")}, QDir::Files))
-            size += quint64(buffer.size());
+    auto size = quint64(info.size());
+    QFile file(info.filePath());
+    if (kind != kxModelReader::Gltf || !file.open(QIODevice::ReadOnly))
+        return size;
+    const QByteArray text = file.read(kxReaderProcess::LargestBuffer);
+    const auto isNamed = [&text](const QString& name)
+    { return text.contains(name.toUtf8()) || text.contains(QUrl::toPercentEncoding(name)); };
+    for (const QFileInfo& buffer : info.dir().entryInfoList({QStringLiteral("*.bin")}, QDir::Files))
+        if (isNamed(buffer.fileName()))
+            size += quint64(std::min(buffer.size(), kxReaderProcess::LargestBuffer));
     return size;
+}
+
+/// The machine has to go on beside a reader.
+quint64 mostMemory()
+{
+    return quint64(sysconf(_SC_PHYS_PAGES)) * quint64(sysconf(_SC_PAGESIZE)) / 4 * 3;
+}
+
+/// The file itself where a link was given: what a model names lies beside that.
+QString fileOf(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString file = info.canonicalFilePath();
+    return file.isEmpty() ? info.absoluteFilePath() : file;
 }
 
 /// One run of the program.
@@ -49,13 +70,13 @@ class Run
 {
 public:
     Run(kxModelReader::Kind kind, const QString& path, kxFileReport& report)
-        : _path(path), _report(report), _answer(memfd_create("answer", MFD_CLOEXEC))
+        : _file(fileOf(path)), _report(report), _answer(memfd_create("answer", MFD_CLOEXEC))
     {
         const kxReaderProcess::Rules& rules = kxReaderProcess::rules();
-        const quint64 size = sizeOf(kind, QFileInfo(path));
-        _memory = std::max(rules.memory, MemoryAByte * size);
-        _seconds = std::max(rules.seconds, SecondsOfBytes * size / BytesOfSeconds);
-        _clock = _seconds * rules.clockASecond;
+        const quint64 size = sizeOf(kind, QFileInfo(_file));
+        _memory = std::max(rules.memory, std::min(MemoryAByte * size, mostMemory()));
+        _seconds = std::max(rules.seconds, std::min(SecondsOfBytes * size / BytesOfSeconds, rules.mostSeconds));
+        _clock = std::min(_seconds * rules.clockASecond, std::max(_seconds, rules.mostClock));
         const QString suffix = QFileInfo(path).suffix().toUpper();
         _reader = suffix.isEmpty() ? QStringLiteral("the reader of models")
                                    : QStringLiteral("the reader of %1 files").arg(suffix);
@@ -72,7 +93,7 @@ private:
     QString reason() const;
     QString lateness(qint64 milliseconds);
 
-    QString _path, _reader;
+    QString _file, _reader;
     kxFileReport& _report;
     quint64 _memory, _seconds, _clock;
     kxDescriptor _answer, _progress;
@@ -94,7 +115,7 @@ void Run::start(kxModelReader::Kind kind)
     _progress.set(pipe[0]);
     const kxDescriptor told(pipe[1]);
     const QStringList arguments{QString::number(kind),
-                                QFileInfo(_path).absoluteFilePath(),
+                                _file,
                                 QString::number(kxAnimManager::the()->fps(), 'g', 17),
                                 QString::number(_memory),
                                 QString::number(_seconds),

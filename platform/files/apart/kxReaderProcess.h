@@ -20,11 +20,14 @@ typedef std::function<bool(double share)> Watch;
 KX_API void setWatch(const Watch& watch);
 
 constexpr quint64 Gigabyte = quint64(1) << 30;
+constexpr qint64 LargestBuffer = 0x7fff0000; ///< bytes of a file beside a model that count
 struct Rules
 {
     QString program = QStringLiteral("kxreader");
-    quint64 memory = 2 * Gigabyte; ///< bytes, or 40 times the file where that is more
+    quint64 memory = 2 * Gigabyte; ///< bytes, or 40 times the file where that is more and the machine has it
     quint64 seconds = 20;          ///< of processor time, or 30 a 100 MB where that is more
+    quint64 mostSeconds = 1800;    ///< of processor time, however large a file is
+    quint64 mostClock = 7200;      ///< seconds by the clock, likewise
     quint64 clockASecond = 30;     ///< so much by the clock, where others need the processors
     quint64 quietSeconds = 60;     ///< without any processor time
 };

@@ -106,6 +106,43 @@ private Q_SLOTS:
         QCOMPARE(bytesOfFile(path), QByteArray("x"));
     }
 
+    /// What a link leads to is the model, with its folder.
+    void aLinkLeadsToTheModel()
+    {
+        const QDir top(_folder.path());
+        QVERIFY(top.mkpath("far"));
+        QVERIFY(!file("far/x.mtl", "newmtl m\nKd 0 0 1\n").isEmpty());
+        QVERIFY(!file("far/x.obj", "mtllib x.mtl\nusemtl m\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n").isEmpty());
+        QVERIFY(QFile::link(top.filePath("far/x.obj"), top.filePath("here.obj")));
+        kxFileReport report(top.filePath("here.obj"));
+        QVERIFY2(kxSceneIO::open(report.file(), report), qPrintable(report.error()));
+        QVERIFY(report.notes().isEmpty());
+    }
+
+    /// Limits that follow the size of a file have an end, and only what the file names counts.
+    void limitsEnd_data()
+    {
+        kxColumns<bool, quint64>("isNamed", "seconds");
+        kxRow("a large file beside it", false, quint64(1));
+        kxRow("a large file that it names", true, quint64(LargestSeconds));
+    }
+
+    void limitsEnd()
+    {
+        QFETCH(bool, isNamed);
+        QFETCH(quint64, seconds);
+        kxReaderProcess::rules().program = faulty();
+        kxReaderProcess::rules().mostSeconds = LargestSeconds;
+        kxReaderProcess::rules().memory = quint64(64) << 20;
+        const QString large = file("large one.bin", "");
+        QVERIFY(QFile::resize(large, qint64(4) << 40));
+        kxFileReport report(file("model.gltf", QByteArray("loop") + (isNamed ? ",\"large%20one.bin\"" : "")));
+        QVERIFY(!kxSceneIO::open(report.file(), report));
+        QVERIFY2(report.error().contains(QStringLiteral("more than %1 s of processor").arg(seconds)),
+                 qPrintable(report.error()));
+        QVERIFY(QFile::remove(large));
+    }
+
     /// Small changes of files that others' readers don't survive.
     void hostileFiles_data()
     {
@@ -132,6 +169,7 @@ private Q_SLOTS:
     }
 
 private:
+    static constexpr quint64 LargestSeconds = 2;
     static QString faulty()
     {
         return QStringLiteral("kxFaultyReader");
