@@ -13,6 +13,7 @@
 #include <scene/CameraLight.h>
 #include <scene/kxScene.h>
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -32,6 +33,7 @@ namespace
 constexpr float Degrees = 57.2957795130823f;
 /// Deeper trees would exhaust the stack of those who walk them.
 constexpr int DeepestTree = 1000;
+constexpr qint64 LargestHead = 1 << 20; ///< bytes of a model in which it names its materials
 
 constexpr unsigned PointsAndLines = aiPrimitiveType_POINT | aiPrimitiveType_LINE;
 constexpr unsigned Steps = aiProcess_Triangulate | aiProcess_LimitBoneWeights | aiProcess_SortByPType |
@@ -346,7 +348,10 @@ bool readOwned(const std::unique_ptr<aiScene>& scene, const QString& path, doubl
 class Files : public Assimp::DefaultIOSystem
 {
 public:
-    Files(const QString& model, kxFileReport& report) : _folder(QFileInfo(model).absolutePath()), _report(report) {}
+    Files(const QString& model, kxFileReport& report)
+        : _path(QFileInfo(model).absolutePath() + QLatin1Char('/')), _folder(_path), _report(report)
+    {
+    }
 
     bool Exists(const char* file) const override { return mayOpen(file) && DefaultIOSystem::Exists(file); }
     Assimp::IOStream* Open(const char* file, const char* mode) override
@@ -355,15 +360,17 @@ public:
     }
 
 private:
-    bool mayOpen(const char* file) const
+    bool mayOpen(const char* given) const
     {
-        const QString path = QString::fromUtf8(file);
-        if (!QFileInfo::exists(path) || _folder.holds(path))
-            return true;
-        _folder.refuse(path, _report);
-        return false;
+        const QString path = QString::fromUtf8(given);
+        const QFileInfo file(path);
+        const bool isHeld = !file.exists() || _folder.holds(path);
+        if (!isHeld && file.isFile()) // the library also guesses, which is no name of the model
+            _folder.refuse(path.startsWith(_path) ? path.mid(_path.size()) : path, _report);
+        return isHeld;
     }
 
+    QString _path;
     kxModelFolder _folder;
     kxFileReport& _report;
 };
@@ -396,6 +403,22 @@ bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& rep
     kxBlendFaces::flatten(blend, const_cast<aiScene&>(*scene), report); // the importer's, until it is ours
     return importer.ApplyPostProcessing(Steps & ~unsigned(aiProcess_ValidateDataStructure)) != nullptr;
 }
+/// The library says nothing of a list of materials that it doesn't find.
+void refuseMaterials(const QString& path, kxFileReport& report)
+{
+    QFile file(path);
+    if (!path.endsWith(QLatin1String(".obj"), Qt::CaseInsensitive) || !file.open(QIODevice::ReadOnly))
+        return;
+    const kxModelFolder folder(QFileInfo(path).absolutePath());
+    const QByteArray head = file.read(LargestHead), word = "mtllib ";
+    for (int at = head.indexOf(word); at >= 0; at = head.indexOf(word, at + 1))
+    {
+        const int from = at + word.size(), end = head.indexOf('\n', from);
+        const QString name = QString::fromUtf8(head.mid(from, end < 0 ? -1 : end - from)).trimmed();
+        if (folder.leadsOut(name))
+            folder.refuse(name, report);
+    }
+}
 } // namespace
 
 bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent& content, kxFileReport& report,
@@ -409,6 +432,7 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
         Assimp::Importer importer;
         importer.SetIOHandler(new Files(path, report)); // the importer's, as the next
         importer.SetProgressHandler(new Progress(progress));
+        refuseMaterials(path, report);
         const kxColladaNames names = kxColladaNames::of(path);
         if (names.hasOrthographic)
             report.note(QStringLiteral("orthographic cameras become perspective ones"));

@@ -4,8 +4,6 @@
 #include <files/scene/kxFileReport.h>
 #include <files/scene/kxSceneSummary.h>
 
-#include <QFile>
-
 #include <algorithm>
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
@@ -156,6 +154,11 @@ void kxAssimpMaterials::noteOthers(const aiMaterial& source)
     for (const aiTextureType type : {aiTextureType_HEIGHT, aiTextureType_SPECULAR})
         if (!name(type).empty())
             _report.note(QStringLiteral("pictures of heights and highlights are left out"));
+    // Of those that aren't looked for.
+    for (int type = aiTextureType_NONE; type <= aiTextureType_UNKNOWN; ++type)
+        if (const QString path = QString::fromStdString(name(aiTextureType(type)));
+            !path.isEmpty() && _pictures.count(path) == 0 && _folder.leadsOut(path))
+            _folder.refuse(path, _report);
     // That of the colour has an opacity of its own.
     const std::string opacity = name(aiTextureType_OPACITY);
     if (!opacity.empty() && opacity != name(aiTextureType_BASE_COLOR) && opacity != name(aiTextureType_DIFFUSE))
@@ -189,19 +192,10 @@ ImagePtr kxAssimpMaterials::read(const QString& path)
 {
     const aiTexture* const embedded = _scene.GetEmbeddedTexture(path.toUtf8().constData());
     if (embedded == nullptr)
-        return kxImageImport::fromEncoded(fileBytes(path), false, path, _report);
+        return kxImageImport::fromEncoded(_folder.bytesOf(path, LargestPicture, _report), false, path, _known, _report);
     if (embedded->mHeight > 0)
         return fromTexels(*embedded);
     const auto* const bytes = reinterpret_cast<const unsigned char*>(embedded->pcData);
-    return kxImageImport::fromEncoded(std::vector<unsigned char>(bytes, bytes + embedded->mWidth), false, path,
+    return kxImageImport::fromEncoded(std::vector<unsigned char>(bytes, bytes + embedded->mWidth), false, path, _known,
                                       _report);
-}
-
-std::vector<unsigned char> kxAssimpMaterials::fileBytes(const QString& path) const
-{
-    QFile file(_folder.find(path, _report));
-    if (file.fileName().isEmpty() || file.size() > LargestPicture || !file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray bytes = file.readAll();
-    return std::vector<unsigned char>(bytes.begin(), bytes.end());
 }

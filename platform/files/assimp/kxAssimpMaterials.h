@@ -1,5 +1,6 @@
 #pragma once
 
+#include <files/import/kxImageImport.h>
 #include <files/import/kxModelFolder.h>
 #include <files/import/kxSurfacePictures.h>
 #include <osg/Share.h>
@@ -32,12 +33,12 @@ private:
     /// The first of these kinds that the material has; null for none.
     osg::ImagePtr picture(const aiMaterial& source, std::initializer_list<aiTextureType> types);
     osg::ImagePtr read(const QString& path);
-    std::vector<unsigned char> fileBytes(const QString& path) const;
 
     const aiScene& _scene;
     kxModelFolder _folder;
     kxFileReport& _report;
     kxSurfacePictures _surfaces;
     std::vector<osg::Share<osg::Material>> _materials;
+    kxImageImport::Known _known;
     std::map<QString, osg::Share<osg::Image>> _pictures; // by the name in the file; null for what can't be read
 };

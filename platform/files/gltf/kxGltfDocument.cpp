@@ -91,21 +91,27 @@ bool keepImage(tinygltf::Image* image, const int, std::string*, std::string*, in
     return true;
 }
 
-/// Names what the loader won't find because it lies elsewhere.
+/// Names the bytes that the loader won't find because they lie elsewhere.
 void refuseOthers(const QJsonObject& root, const QString& folder, kxFileReport& report)
 {
     const kxModelFolder files(folder);
-    for (const QJsonValue& list : {root.value(QStringLiteral("buffers")), root.value(QStringLiteral("images"))})
-        for (const QJsonValue& entry : list.toArray())
-        {
-            const QString uri =
-                QUrl::fromPercentEncoding(entry.toObject().value(QStringLiteral("uri")).toString().toUtf8());
-            if (uri.isEmpty() || uri.startsWith(QLatin1String("data:")))
-                continue;
-            const QString file = folder + QLatin1Char('/') + uri;
-            if (files.leadsOut(uri) || (QFileInfo::exists(file) && !files.holds(file)))
-                files.refuse(uri, report);
-        }
+    for (const QJsonValue& entry : root.value(QStringLiteral("buffers")).toArray())
+    {
+        const QString uri =
+            QUrl::fromPercentEncoding(entry.toObject().value(QStringLiteral("uri")).toString().toUtf8());
+        if (uri.isEmpty() || uri.startsWith(QLatin1String("data:")))
+            continue;
+        const QString file = folder + QLatin1Char('/') + uri;
+        if (files.leadsOut(uri) || (QFileInfo::exists(file) && !files.holds(file)))
+            files.refuse(uri, report);
+    }
+}
+
+/// Pictures that aren't where a model names them are looked for later.
+bool isOfPicture(const QString& warning)
+{
+    return warning.startsWith(QLatin1String("File not found")) ||
+           warning.startsWith(QLatin1String("Failed to load external 'uri' for image"));
 }
 
 /// What a pointer animates has no node, which the loader insists on: it gets one that nobody looks at. Other channels
@@ -213,7 +219,7 @@ bool kxGltfDocument::load(const QString& path, kxFileReport& report)
         return report.fail(firstLine(error));
     if (!error.empty())
         report.note(firstLine(error));
-    if (!warning.empty())
+    if (!warning.empty() && !isOfPicture(firstLine(warning)))
         report.note(firstLine(warning));
     std::size_t total = 0;
     for (const tinygltf::Buffer& buffer : _model.buffers)
@@ -441,9 +447,9 @@ std::vector<unsigned char> kxGltfDocument::imageBytes(int image, kxFileReport& r
     const tinygltf::Image& entry = _model.images[std::size_t(image)];
     if (entry.bufferView < 0)
     {
-        if (entry.image.empty())
-            report.note(QStringLiteral("the picture '%1' isn't there").arg(QString::fromStdString(entry.uri)));
-        return entry.image;
+        const QString name = QUrl::fromPercentEncoding(QByteArray::fromStdString(entry.uri));
+        return entry.image.empty() && !name.isEmpty() ? kxModelFolder(_folder).bytesOf(name, LargestFile, report)
+                                                      : entry.image;
     }
     const std::size_t size = _model.bufferViews[std::size_t(entry.bufferView)].byteLength;
     const unsigned char* const from =

@@ -217,7 +217,7 @@ ImagePtr kxGltfMaterials::picture(int texture, bool opaque)
         const tinygltf::Image& image = _document.model().images[std::size_t(index)];
         const std::string name = image.name.empty() ? image.uri : image.name;
         picture.image = kxImageImport::fromEncoded(_document.imageBytes(index, _report), opaque,
-                                                   QString::fromStdString(name), _report);
+                                                   QString::fromStdString(name), _known, _report);
     }
     return picture.image.get();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <files/gltf/kxGltfDocument.h>
+#include <files/import/kxImageImport.h>
 #include <osg/Share.h>
 #include <scene/UberMaterial.h>
 
@@ -45,5 +46,6 @@ private:
     std::vector<osg::Share<osg::Material>> _materials;
     osg::Share<osg::Material> _default;
     std::vector<Mapping> _mappings;
+    kxImageImport::Known _known;
     std::vector<Picture> _pictures[2]; ///< by image; with its alpha, and without
 };

@@ -4,6 +4,7 @@
 #include <files/scene/kxFileReport.h>
 
 #include <QBuffer>
+#include <QCryptographicHash>
 #include <QImage>
 #include <QImageReader>
 
@@ -96,10 +97,8 @@ bool anyTransparent(const QImage& image)
     }
     return false;
 }
-} // namespace
 
-ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name,
-                                    kxFileReport& report)
+ImagePtr imageOf(std::vector<unsigned char> bytes, bool opaque, const QString& name, kxFileReport& report)
 {
     const auto refuse = [&]
     {
@@ -107,7 +106,7 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
         return ImagePtr();
     };
     if (bytes.empty())
-        return refuse();
+        return ImagePtr(); // which is told where it is looked for
     const bool keep = isJpeg(bytes) || isPng(bytes);
     if (keep && !(opaque && isPng(bytes) && pngMayHaveAlpha(bytes)))
     {
@@ -131,7 +130,19 @@ ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaqu
         image->setEncoded(std::move(bytes));
         return image;
     }
-    return fromPixels(repaint ? pixels.convertToFormat(QImage::Format_RGBX8888) : pixels);
+    return kxImageImport::fromPixels(repaint ? pixels.convertToFormat(QImage::Format_RGBX8888) : pixels);
+}
+} // namespace
+
+ImagePtr kxImageImport::fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, Known& known,
+                                    kxFileReport& report)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(view(bytes));
+    const auto [entry, isNew] = known.try_emplace(hash.result() + char(opaque));
+    if (isNew || entry->second.get() == NullFC) // each name of what can't be read is told
+        entry->second = imageOf(std::move(bytes), opaque, name, report);
+    return entry->second.get();
 }
 
 ImagePtr kxImageImport::fromPixels(const QImage& pixels)

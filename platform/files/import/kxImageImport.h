@@ -1,9 +1,12 @@
 #pragma once
 
 #include <osg/Image.h>
+#include <osg/Share.h>
 
+#include <QByteArray>
 #include <QString>
 
+#include <map>
 #include <vector>
 
 class QImage;
@@ -14,8 +17,11 @@ class kxFileReport;
 namespace kxImageImport
 {
 /// Keeps PNG and JPEG as they are and decodes what else can be read. Null, noted in the report under `name`, for what
-/// can't. `opaque`: the alpha of the picture means nothing and is taken out.
-osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, kxFileReport& report);
+/// can't. `opaque`: the alpha of the picture means nothing and is taken out. What is `known` by the same bytes,
+/// whatever its name, is the same picture.
+typedef std::map<QByteArray, osg::Share<osg::Image>> Known; ///< by digest
+osg::ImagePtr fromEncoded(std::vector<unsigned char> bytes, bool opaque, const QString& name, Known& known,
+                          kxFileReport& report);
 /// Of 8-bit RGBA, or with RGB and a byte that isn't used.
 osg::ImagePtr fromPixels(const QImage& pixels);
 /// Its texels; null for what is damaged. Decodes what strangers made: for processes that may be lost.

@@ -3,6 +3,7 @@
 #include <files/scene/kxFileReport.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -16,6 +17,11 @@ QString withSlash(const QString& folder)
 QString slashed(const QString& name)
 {
     return QString(name).replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
+QString refusal(const QString& name)
+{
+    return QStringLiteral("'%1' leads out of the folder of the model and isn't read").arg(name);
 }
 
 /// The file of this path, in any case of its name's letters; empty where there is none.
@@ -53,7 +59,7 @@ bool kxModelFolder::leadsOut(const QString& name) const
 
 void kxModelFolder::refuse(const QString& name, kxFileReport& report) const
 {
-    report.note(QStringLiteral("'%1' leads out of the folder of the model and isn't read").arg(name));
+    report.note(refusal(name));
 }
 
 QString kxModelFolder::find(const QString& name, kxFileReport& report) const
@@ -73,4 +79,15 @@ QString kxModelFolder::find(const QString& name, kxFileReport& report) const
     if (isOutside)
         refuse(name, report);
     return QString();
+}
+
+std::vector<unsigned char> kxModelFolder::bytesOf(const QString& name, qint64 most, kxFileReport& report) const
+{
+    QFile file(find(name, report));
+    QByteArray bytes;
+    if (!file.fileName().isEmpty() && file.size() <= most && file.open(QIODevice::ReadOnly))
+        bytes = file.readAll();
+    if (bytes.isEmpty() && !report.notes().contains(refusal(name)))
+        report.note(QStringLiteral("the picture '%1' can't be read and is left out").arg(name));
+    return {bytes.begin(), bytes.end()};
 }

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <vector>
+
 class kxFileReport;
 
 /// What a model may have read beside itself: files of its own folder and below, whatever its texts and links say.
@@ -22,6 +24,8 @@ public:
     /// machine more often than not: the file of that name beside the model is taken. Empty where there is none, noted
     /// where it leads out.
     QString find(const QString& name, kxFileReport& report) const;
+    /// Of a picture that find() finds; empty, with one note, where it isn't there or is larger than `most`.
+    std::vector<unsigned char> bytesOf(const QString& name, qint64 most, kxFileReport& report) const;
 
 private:
     QString _folder, _root; ///< as it was given, and with all links followed; both end with /

@@ -466,11 +466,21 @@ Connections: {
         QVERIFY(read("a.obj"));
         QTEST(material()->getBaseColorImage() != NullFC, "read");
         QTEST(notes.contains(refusal), "refused");
-        // Models of this format name files as they are.
-        const bool isNamed = !named.contains("/maker") && !named.contains("work");
         QVERIFY2(read("a.gltf"), qPrintable(notes));
-        QCOMPARE(material()->getBaseColorImage() != NullFC, isNamed && named.contains("near"));
-        QCOMPARE(notes.contains(refusal), !isNamed || (named != "none.png" && !named.contains("near")));
+        QTEST(material()->getBaseColorImage() != NullFC, "read");
+        QTEST(notes.contains(refusal), "refused");
+        QCOMPARE(notes.count(".png"), material()->getBaseColorImage() == NullFC ? 1 : 0); // one line
+        for (const char* const key : {"map_Ka", "map_d"})            // which aren't shown
+        {
+            QVERIFY(writeFile(top.filePath("model/a.mtl"), QByteArray("newmtl m\n") + key + " ../far.png\n"));
+            QVERIFY(read("a.obj") && notes.count("'../far.png' " + refusal) == 1);
+        }
+        for (const QByteArray& library : {"file://" + QFile::encodeName(top.filePath("secret.mtl")),
+                                          QFile::encodeName(top.filePath("secret.mtl")), QByteArray("../none.mtl")})
+        {
+            QVERIFY(writeFile(top.filePath("model/c.obj"), "mtllib " + library + '\n' + obj));
+            QVERIFY(read("c.obj") && notes.count(refusal) == 1);
+        }
         QVERIFY(read("b.obj") && notes.contains(refusal));
         QVERIFY(material()->getBaseColor()[2] < 0.7f);
         QVERIFY(!read("b.gltf") && notes.contains(refusal));
