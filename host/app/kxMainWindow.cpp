@@ -158,6 +158,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     connect(_document, &kxDocument::changed, this, &kxMainWindow::updateTitle);
     connect(_document, &kxDocument::saved, this,
             [this](const QString& file) { say(tr("Saved '%1'").arg(QFileInfo(file).fileName())); });
+    _view->setPictureSize(kxRenderDialog::lastSize());
     connect(_document, &kxDocument::opened, _view, &kxView3D::showOpened);
     connect(_document, &kxDocument::opened, &_film->player(), &kxFilmPlayer::startOver);
     connect(&kxSelection::the(), &kxSelection::nodesChanged, this, &kxMainWindow::updateSelectionText);
@@ -544,6 +545,7 @@ void kxMainWindow::renderWithDialog(int mode)
     dialog.propose(film.clip(), film.range());
     if (dialog.exec() != QDialog::Accepted)
         return;
+    _view->setPictureSize(kxRenderDialog::lastSize());
     film.stop(); // what plays would show other frames in between
     kxRenderJob job;
     job.camera = dialog.camera();

@@ -95,9 +95,14 @@ void kxRenderDialog::addFile(QFormLayout* form, const QString& folder, const QSt
     form->addRow(_mode == Frames ? tr("Files") : tr("File"), row);
 }
 
+QSize kxRenderDialog::lastSize()
+{
+    return kxHostSettings().value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
+}
+
 void kxRenderDialog::addSize(QFormLayout* form)
 {
-    const QSize last = kxHostSettings().value(QStringLiteral("renderSize"), QSize(1920, 1080)).toSize();
+    const QSize last = lastSize();
     _width = makeSpinner(1, 16384, last.width(), QStringLiteral("_width"), tr("Width"), this);
     _height = makeSpinner(1, 16384, last.height(), QStringLiteral("_height"), tr("Height"), this);
     form->addRow(tr("Size"), pair(_width, QStringLiteral("\u00d7"), _height));

@@ -31,6 +31,9 @@ public:
     /// What the film is: an animation, null for the timeline, and its frames. Not for one picture.
     void propose(const osg::AnimNodePtr& clip, const kxRenderSource::Range& range);
 
+    /// Of the pictures that were rendered last.
+    static QSize lastSize();
+
     Mode mode() const { return _mode; }
     QString file() const;
     QSize size() const;

@@ -217,7 +217,7 @@ bp::tuple kxHostWidgets::pointInView(const osg::Vec3f& point)
             continue;
         const QSizeF size = view->size();
         QPointF seen;
-        if (!view->viewCamera(float(size.width() / std::max(1.0, size.height()))).project(place, size, seen))
+        if (!view->shownCamera().project(place, size, seen))
             kxRaise(PyExc_LookupError, "the point lies behind the eye");
         const QPoint found = onScreen(*view, seen);
         return bp::make_tuple(found.x(), found.y());

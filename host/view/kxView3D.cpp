@@ -89,11 +89,10 @@ kxFrame kxView3D::makeFrame(const QSize& pixels)
 {
     _scene->setSelection(kxSelection::the().ids(kxSelection::Nodes));
     _scene->update();
-    const float aspect = float(pixels.width()) / float(std::max(1, pixels.height()));
     kxRenderOptions options = _options;
     if (_isClean)
         options.grid = options.outline = options.wire = false;
-    kxFrame frame = kxFrame::make(*_scene, viewCamera(aspect), pixels, options);
+    kxFrame frame = kxFrame::make(*_scene, shownCamera(), pixels, options);
     frame.outlineWidth = 2.2f * float(devicePixelRatioF());
     return frame;
 }
@@ -104,6 +103,34 @@ kxViewCamera kxView3D::viewCamera(float aspect)
     if (const osg::UInt32 id = cameraNodeId())
         return kxViewCamera::fromNode(osg::living<osg::Node>(id), aspect);
     return _rig.camera(aspect, _scene->bounds());
+}
+
+kxViewCamera kxView3D::shownCamera()
+{
+    const float aspect = float(width()) / float(std::max(1, height()));
+    kxViewCamera camera = viewCamera(aspect);
+    if (!pictureFrame().isEmpty())
+        camera.widenFor(float(_pictureAspect));
+    return camera;
+}
+
+void kxView3D::setPictureSize(const QSize& pictures)
+{
+    _pictureAspect = double(pictures.width()) / double(std::max(1, pictures.height()));
+    redraw(false);
+}
+
+void kxView3D::setPictureFrameShown(bool shown)
+{
+    _isFrameShown = shown;
+    redraw(false);
+    Q_EMIT viewChanged();
+}
+
+QRectF kxView3D::pictureFrame() const
+{
+    const bool isFramed = _isFrameShown && !_isClean && _pictureAspect > 0 && cameraNodeId() != 0;
+    return isFramed ? kxViewOverlay::pictureRect(_pictureAspect, QSizeF(size())) : QRectF();
 }
 
 osg::NodePtr kxView3D::filmCamera() const
@@ -171,7 +198,7 @@ void kxView3D::noteDrawn(kxFrameGovernor::Level level, double milliseconds)
 bool kxView3D::placeGizmo()
 {
     const QSizeF shape(size());
-    _gizmo.setView(viewCamera(float(shape.width() / std::max(1.0, shape.height()))), shape);
+    _gizmo.setView(shownCamera(), shape);
     if (_gizmo.tool() == kxGizmo::SelectTool)
         return false;
     const kxTransformEdit now(kxScenegraph::getSelectedNodes());
@@ -185,8 +212,9 @@ void kxView3D::paintOverlay(QPainter& painter)
     if (_isClean)
         return;
     const QSizeF shape(size());
-    const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
+    const kxViewCamera camera = shownCamera();
     kxClipQuad::paint(painter, *_scene, camera, shape);
+    kxViewOverlay::paintFrame(painter, pictureFrame(), shape);
     kxViewOverlay::paintSigns(painter, *_scene, camera, shape);
     if (placeGizmo())
         _gizmo.paint(painter);
@@ -531,7 +559,7 @@ void kxView3D::cancelDrag()
 osg::NodePtr kxView3D::nodeAt(const QPointF& point)
 {
     const QSizeF shape(size());
-    const kxViewCamera camera = viewCamera(float(shape.width() / std::max(1.0, shape.height())));
+    const kxViewCamera camera = shownCamera();
     osg::UInt32 id = kxViewOverlay::signAt(point, *_scene, camera, shape);
     if (id == 0)
         id = kxClipQuad::at(point, *_scene, camera, shape);

@@ -33,6 +33,8 @@ public:
 
     /// What the view shows, for a picture of another shape.
     kxViewCamera viewCamera(float aspect);
+    /// What is on the screen: as viewCamera(), but so wide that the picture frame is seen whole.
+    kxViewCamera shownCamera();
     /// Jumps there; leaves a camera of the scene.
     void setPose(const kxCameraRig::Pose& pose);
 
@@ -57,6 +59,14 @@ public:
     void goTo(osg::UInt32 nodeId, float distance);
     /// Turns around the target, on a short way.
     void lookFrom(float yaw, float pitch);
+
+    /// The shape of the pictures that are rendered next; none at first.
+    void setPictureSize(const QSize& pictures);
+    /// Whoever looks through a camera sees what a picture would hold; what lies outside is dark.
+    void setPictureFrameShown(bool shown);
+    bool isPictureFrameShown() const { return _isFrameShown; }
+    /// In points of the view; empty where there is no frame.
+    QRectF pictureFrame() const;
 
     /// Only the picture: no grid, gizmo, signs and marks of the selection.
     void setClean(bool clean);
@@ -154,6 +164,8 @@ private:
     bool _isDrawn = false;          // nothing else than the scene may have changed since then
     bool _local = false;
     bool _isClean = false;
+    bool _isFrameShown = true;
+    double _pictureAspect = 0; // width by height; 0 for none
 
     Drag _drag = Drag::None;
     QPointF _pressedAt, _lastAt;

@@ -140,6 +140,11 @@ void kxViewActions::fillCameraMenu()
     film->setToolTip(tr("A clip that plays is seen through its camera tracks and viewpoints"));
     film->setCheckable(true);
     film->setChecked(_view->isFilm());
+    QAction* const frame = _cameraMenu->addAction(tr("Picture Frame"), _view, &kxView3D::setPictureFrameShown);
+    frame->setObjectName(QStringLiteral("pictureFrame"));
+    frame->setToolTip(tr("Through a camera, show what a picture of the size that was rendered last holds"));
+    frame->setCheckable(true);
+    frame->setChecked(_view->isPictureFrameShown());
     _cameraMenu->addSeparator();
     const osg::UInt32 current = _view->cameraNodeId();
     QAction* const free = _cameraMenu->addAction(tr("Free View"), _view, [this] { _view->lookThrough(0); });

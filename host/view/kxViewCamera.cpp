@@ -46,6 +46,12 @@ float kxViewCamera::pixelLength(const QVector3D& point, double pictureHeight) co
     return 2.0f * depth * std::tan(qDegreesToRadians(fieldOfView) * 0.5f) / float(std::max(pictureHeight, 1.0));
 }
 
+void kxViewCamera::widenFor(float pictureAspect)
+{
+    const float wider = std::max(1.0f, pictureAspect / std::max(aspect, 1e-3f));
+    fieldOfView = 2 * qRadiansToDegrees(std::atan(std::tan(qDegreesToRadians(fieldOfView) * 0.5f) * wider));
+}
+
 kxViewCamera kxViewCamera::fromNode(const osg::NodePtr& node, float aspect)
 {
     kxViewCamera camera;

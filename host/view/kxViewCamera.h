@@ -38,6 +38,9 @@ struct kxViewCamera
     /// The length, at the depth of `point`, that one row of a picture of this height covers.
     float pixelLength(const QVector3D& point, double pictureHeight) const;
 
+    /// A picture of this shape, width by height, has room in what is seen.
+    void widenFor(float pictureAspect);
+
     /// What the camera of the scene sees that is the core of `node`; a default view where there is none.
     static kxViewCamera fromNode(const osg::NodePtr& node, float aspect);
 };

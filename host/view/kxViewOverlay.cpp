@@ -187,6 +187,27 @@ void kxViewOverlay::paintTriad(QPainter& painter, const kxViewCamera& camera, co
     painter.restore();
 }
 
+QRectF kxViewOverlay::pictureRect(double aspect, const QSizeF& size)
+{
+    QRectF place(QPointF(), size.width() < aspect * size.height() ? QSizeF(size.width(), size.width() / aspect)
+                                                                  : QSizeF(aspect * size.height(), size.height()));
+    place.moveCenter(QRectF(QPointF(), size).center());
+    return place;
+}
+
+void kxViewOverlay::paintFrame(QPainter& painter, const QRectF& frame, const QSizeF& size)
+{
+    if (frame.isEmpty())
+        return;
+    QPainterPath outside;
+    outside.addRect(QRectF(QPointF(), size));
+    outside.addRect(frame);
+    painter.fillPath(outside, QColor(0, 0, 0, 130));
+    painter.setPen(QPen(QColor(255, 255, 255, 140), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(frame.adjusted(0.5, 0.5, -0.5, -0.5));
+}
+
 void kxViewOverlay::paintHint(QPainter& painter, const QString& title, const QString& text, const QSizeF& size)
 {
     painter.save();

@@ -17,6 +17,10 @@ void paintSigns(QPainter& painter, const kxRenderScene& scene, const kxViewCamer
 osg::UInt32 signAt(const QPointF& point, const kxRenderScene& scene, const kxViewCamera& camera, const QSizeF& size);
 /// The three directions of the scene, in the lower right corner.
 void paintTriad(QPainter& painter, const kxViewCamera& camera, const QSizeF& size);
+/// The largest place of this shape, width by height, in the middle of a view.
+QRectF pictureRect(double aspect, const QSizeF& size);
+/// Darkens what lies outside of a picture; nothing for an empty one.
+void paintFrame(QPainter& painter, const QRectF& frame, const QSizeF& size);
 /// In the middle of an empty view.
 void paintHint(QPainter& painter, const QString& title, const QString& text, const QSizeF& size);
 /// A line on a plate, its lower left corner at `corner`.

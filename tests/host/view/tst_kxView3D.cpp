@@ -289,6 +289,32 @@ private Q_SLOTS:
         QVERIFY2(apart < 60, QByteArray::number(apart).constData()); // edges, where one of them is drawn quickly
     }
 
+    /// Who looks through a camera sees all of what a picture holds, and where it ends.
+    void pictureFrame()
+    {
+        kxView3D view;
+        view.resize(400, 300);
+        const osg::NodePtr eye = osg::Node::create();
+        eye->setCore(osg::Camera::create());
+        kxScene::the()->root()->addChild(eye);
+        const auto widthOf = [&view](const kxViewCamera& camera)
+        { return std::tan(qDegreesToRadians(camera.fieldOfView) / 2) * camera.aspect; };
+        view.setPictureSize(QSize(1600, 800));
+        QVERIFY(view.pictureFrame().isEmpty()); // nobody takes pictures from here
+        view.lookThrough(eye->getId());
+        QCOMPARE(view.pictureFrame(), QRectF(0, 50, 400, 200));
+        QCOMPARE(widthOf(view.shownCamera()), widthOf(view.viewCamera(2)));
+        view.setPictureSize(QSize(300, 600));
+        QCOMPARE(view.pictureFrame(), QRectF(125, 0, 150, 300));
+        QCOMPARE(view.shownCamera().fieldOfView, view.viewCamera(0.5f).fieldOfView);
+        view.setPictureSize(QSize(1600, 800));
+        view.actions3D()->cameraMenu()->aboutToShow();
+        view.actions3D()->cameraMenu()->findChild<QAction*>("pictureFrame")->trigger();
+        QVERIFY(view.pictureFrame().isEmpty());
+        QCOMPARE(view.shownCamera().fieldOfView, view.viewCamera(2).fieldOfView);
+        kxScene::the()->root()->subChild(eye);
+    }
+
     void looksFromTheSides()
     {
         kxView3D view; // before its first frame it goes there at once
