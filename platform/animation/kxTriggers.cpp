@@ -128,17 +128,25 @@ void sortByTime(Events& events)
 }
 } // namespace
 
-kxTriggers::Names kxTriggers::before(const AnimNode& root, double seconds)
+std::vector<kxTriggers::Named> kxTriggers::until(const AnimNode& root, double seconds)
 {
     if (!isFinite(seconds, seconds))
         return {};
     Events events;
-    collect(root, Span{std::min(seconds, 0.0) - Earlier, seconds, true, kxNodeTime::tolerance(seconds)}, 0, 1, events,
-            true);
+    const double from = std::min(seconds, 0.0) - Earlier;
+    collect(root, Span{from, seconds, true, kxNodeTime::tolerance(seconds)}, 0, 1, events, true);
     sortByTime(events);
-    Names names;
+    std::vector<Named> names;
     for (Event& event : events)
-        names.emplace_back(std::move(event.name), event.kind);
+        names.push_back({from + event.distance, std::move(event.name), event.kind});
+    return names;
+}
+
+kxTriggers::Names kxTriggers::before(const AnimNode& root, double seconds)
+{
+    Names names;
+    for (Named& named : until(root, seconds))
+        names.emplace_back(std::move(named.name), named.kind);
     return names;
 }
 

@@ -50,6 +50,14 @@ public:
     /// What is named on the way to `seconds` of the parent's time of `root`, from before all of it: what has fired when
     /// an evaluation goes there straight from the beginning. In the order of time.
     typedef std::vector<std::pair<std::string, Kind>> Names;
+    /// The same with its time.
+    struct Named
+    {
+        double seconds;
+        std::string name;
+        Kind kind;
+    };
+    static std::vector<Named> until(const osg::AnimNode& root, double seconds);
     static Names before(const osg::AnimNode& root, double seconds);
 
     /// Forgets what fired last.

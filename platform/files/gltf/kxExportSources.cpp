@@ -2,9 +2,13 @@
 
 #include <animation/kxAttachmentRegistry.h>
 #include <animation/kxNodeTime.h>
+#include <animation/kxTriggers.h>
 #include <kxAnimManager.h>
 #include <osg/AnimCores.h>
+#include <osg/FieldContainerFactory.h>
+#include <scene/FieldDescription.h>
 #include <scene/kxScene.h>
+#include <scene/kxScenery.h>
 
 #include <algorithm>
 #include <cmath>
@@ -115,6 +119,57 @@ void extend(const AnimNode& node, Animation& animation)
     animation.end = std::max(animation.end, end);
 }
 
+/// A curve of steps, made for the export, that shows `choices` from their times on, and before that what the scene has.
+void addChoices(const SwitchPtr& core, const std::vector<std::pair<double, Int32>>& choices, Animation& animation)
+{
+    const FieldDescription* const field = Switch::_type.field("choice");
+    const AnimNodePtr node =
+        kxAnimManager::the()->createChannelCurveNode(AnimAttachmentPtr(), field->name(), 0, field->suffixes()[0], "");
+    const AnimCurvePtr curve = AnimCurvePtr::dcast(node->getCore());
+    MField<CCPnt, 0>& points = curve->editControlPoints();
+    points.clear();
+    const auto add = [&points](double seconds, Int32 choice)
+    {
+        points.push_back(CCPnt(Pnt2f(float(seconds), float(choice)), Vec2f(), Vec2f(), UInt32(TangentType::Constant),
+                               UInt32(TangentType::Constant)));
+    };
+    // Its value holds before it too. A file's time begins at 0, before which nothing has to be moved for it.
+    const double first = choices.front().first;
+    add(first > 0 ? first / 2 : first - 1, core->getChoice());
+    for (const auto& [seconds, choice] : choices)
+        if (points.back().x() < float(seconds))
+            add(seconds, choice);
+        else
+            points.back().setY(float(choice)); // of several at one time the last counts
+    animation.made.emplace_back(node);
+    const kxChannelTarget target = {core.getCPtr(), field, 0};
+    animation.places.emplace(target, animation.channels.size());
+    animation.channels.push_back(Channel{target, Source{&*node, &*curve, false, {}}});
+}
+
+/// What the triggers of a clip choose, as its film shows it.
+void addVariants(const AnimNode& clip, Animation& animation)
+{
+    std::map<UInt32, std::vector<std::pair<double, Int32>>> choices; // by the id of the switch
+    for (const kxTriggers::Named& named : kxTriggers::until(clip, animation.end))
+    {
+        const auto [set, choice] = named.kind == kxTriggers::Kind::Variant ? kxScenery::findVariant(named.name)
+                                                                           : std::pair<NodePtr, std::string>();
+        const SwitchPtr core = set == NullFC ? SwitchPtr() : SwitchPtr::dcast(set->getCore());
+        if (core == NullFC || animation.find({core.getCPtr(), Switch::_type.field("choice"), 0}) != nullptr)
+        {
+            animation.hasTriggers = true;
+            continue;
+        }
+        std::vector<std::pair<double, Int32>>& ofSet = choices[core->getId()];
+        const Int32 before = ofSet.empty() ? core->getChoice() : ofSet.back().second;
+        const int index = kxScenery::choiceIndex(set, choice, before);
+        ofSet.emplace_back(named.seconds, index >= 0 ? index : before);
+    }
+    for (const auto& [id, ofSet] : choices)
+        addChoices(living<Switch>(id), ofSet, animation);
+}
+
 bool isInScene(const FieldContainerPtr& object)
 {
     NodePtr top = NodePtr::dcast(object);
@@ -142,13 +197,7 @@ std::vector<Animation> kxExportSources::ofScene(kxExportedAnimations wanted)
         animations.back().name = clip->getNodeName();
         add(gather(*clip, nullptr, true), animations.back());
         extend(*clip, animations.back());
-        traverse(clip,
-                 [&](const NodePtr& node)
-                 {
-                     const bool isTrigger = AnimSequencePtr::dcast(node->getCore()) != NullFC;
-                     animations.back().hasTriggers = animations.back().hasTriggers || isTrigger;
-                     return Action::Continue;
-                 });
+        addVariants(*clip, animations.back());
     }
     if (wanted == kxExportedAnimations::Clips)
         return animations;

@@ -3,6 +3,7 @@
 #include <animation/kxChannelTarget.h>
 #include <files/scene/kxExportedAnimations.h>
 #include <osg/AnimNode.h>
+#include <osg/Share.h>
 
 #include <map>
 #include <string>
@@ -31,8 +32,9 @@ struct Animation
 {
     std::string name;
     bool isTimeline = false;
-    bool hasTriggers = false;
+    bool hasTriggers = false; ///< beside those that choose variants
     std::vector<Channel> channels;
+    std::vector<osg::Share<osg::AnimNode>> made;             ///< for the channels that its triggers drive
     std::unordered_map<kxChannelTarget, std::size_t> places; ///< of the channels
     std::map<osg::UInt32, std::string> blocks;               ///< by container id, the name of a block that drives it
     double start = 0, end = 0;                               ///< seconds: all that is played

@@ -119,7 +119,9 @@ void kxGltfAnimations::write(const Animation& source)
                          .arg(QString::fromStdString(source.name))
                          .arg(-earliest));
     if (source.hasTriggers)
-        _report.note(QStringLiteral("'%1': its triggers are left out").arg(QString::fromStdString(source.name)));
+        _report.note(
+            QStringLiteral("'%1': triggers of viewpoints, sequences and what else no file can show are left out")
+                .arg(QString::fromStdString(source.name)));
     tinygltf::Animation out;
     out.name = source.name;
     tinygltf::Value::Object extras = {{kxAnimImport::TimelineName, tinygltf::Value(source.isTimeline)}};

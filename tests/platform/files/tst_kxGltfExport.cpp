@@ -298,6 +298,49 @@ private Q_SLOTS:
         }
     }
 
+    /// What a clip's triggers choose is seen in the file, and comes back as animation, once.
+    void variantsOfTriggers()
+    {
+        kxAnimManager* const manager = kxAnimManager::the();
+        const SwitchPtr door = Switch::create();
+        const NodePtr set = addNode(kxScene::the()->root(), "door", door);
+        for (const char* const name : {"open", "shut", "gone"})
+            addNode(set, name, Transform::create());
+        door->setChoice(1);
+        const NodePtr object = addNode(kxScene::the()->root(), "object", Transform::create());
+        addCurve(object, "translation", "", 0, {{0.25f, 3}, {3, 5}}, TangentType::Linear);
+        const AnimNodePtr block = manager->createBlock(object->findAttachment<AnimAttachment>(), "move");
+        const AnimNodePtr inner = kxAnimFixture::clip("inner", {kxAnimFixture::trigger("door/open", 0.25f, true)});
+        inner->setOffset(Vec2f(2, 0));
+        const AnimNodePtr off = kxAnimFixture::trigger("door/gone", 1.3f, true);
+        off->setTravMask(0);
+        manager->addToClipStructure(kxAnimFixture::clip(
+            "clip", {kxAnimFixture::clone(block, 0), kxAnimFixture::trigger("door/gone", 0.5f, true),
+                     kxAnimFixture::trigger("door/open", 1.5f, true), kxAnimFixture::trigger("door", 1.5f, true),
+                     kxAnimFixture::trigger("door/none", 1.75f, true), inner, off}));
+        const auto shown = [&]
+        {
+            QString choices;
+            for (double seconds = 0.1; seconds < 3; seconds += 0.2)
+            {
+                manager->evaluateByFrame(AnimNodePtr::dcast(manager->clipStructureRoot()->getChild(0)),
+                                         seconds * manager->fps(), true, false, false);
+                choices += QString::number(SwitchPtr::dcast(nodeNamed("door")->getCore())->getChoice());
+            }
+            return choices;
+        };
+        QCOMPARE(shown(), QStringLiteral("112222211110000"));
+        for (int trip = 0; trip < 3; ++trip)
+        {
+            QVERIFY(roundTrip());
+            QVERIFY2(_notes.isEmpty(), qPrintable(_notes.join('\n')));
+            QCOMPARE(shown(), QStringLiteral("112222211110000"));
+            QCOMPARE(blocksOf(nodeNamed("door")).size(), std::size_t(1));
+            manager->setCurrentFrame(60, true, false);
+            QCOMPARE(SwitchPtr::dcast(nodeNamed("door")->getCore())->getChoice(), 1);
+        }
+    }
+
     /// All that a clip holds, which may begin before the timeline; of what has no beginning the rest is named.
     void clipsFromBefore0_data()
     {
@@ -358,7 +401,8 @@ private Q_SLOTS:
         const QString notes = report.notes().join(QLatin1Char('\n'));
         for (const char* const name : {"plane 'cut'", "'dark' is hidden", "viewpoint 'Front'"})
             QVERIFY2(notes.contains(QLatin1String(name)), qPrintable(notes));
-        QVERIFY2(notes.contains("'bulb': the animation of 'coneAngle'") && notes.contains("'show': its triggers"),
+        QVERIFY2(notes.contains("'bulb': the animation of 'coneAngle'") &&
+                     notes.contains("'show': triggers of viewpoints"),
                  qPrintable(notes));
         QVERIFY(report.told().join(QString()).contains(" 1 animated values left out"));
         const auto namesOf = [this](int filter)
