@@ -213,7 +213,7 @@ private Q_SLOTS:
     void timesOfFiles_data()
     {
         kxColumns<QString, double>("field", "value");
-        for (const char* const field : {"offset", "scale", "range", "key"})
+        for (const char* const field : {"offset", "scale", "range", "key", "handle"})
             for (const double value : {3e38, 1e9, 1e-40, -3e38})
                 if (value > 0 || *field != 's')
                     kxRow(qPrintable(QStringLiteral("%1 %2").arg(field).arg(value)), field, value);
@@ -243,6 +243,8 @@ private Q_SLOTS:
         }
         if (field == "key")
             curve->editControlPoints()[value < 0 ? 0 : 2].setX(float(value));
+        if (field == "handle")
+            curve->editControlPoints()[1].setOuttangent(Vec2f(float(value), 1));
         kxAnimManager::the()->setFPS(25);
         if (field == "frames")
             kxAnimManager::the()->setFullRangeEnd(int(value));
@@ -259,6 +261,11 @@ private Q_SLOTS:
             const NodePtr root = kxAnimManager::the()->clipStructureRoot();
             QVERIFY(kxNodeTime::extent(*AnimNodePtr::dcast(root->getChild(0)), start, end));
             QVERIFY2(start >= -limit && end <= limit, qPrintable(QStringLiteral("%1 %2").arg(start).arg(end)));
+            const NodePtr read = root->getChild(0)->getChild(0);
+            for (const CCPnt& key : curvesOf(AnimNodePtr::dcast(read)).at("rotation.Y")->getControlPoints())
+                QVERIFY(std::abs(double(key.outX())) <= limit);
+            if (field == "cycles") // as many as there is room for, at their own pace
+                QVERIFY(end > limit / 2 && AnimNodePtr::dcast(root->getChild(0))->getScale() == 1);
             QVERIFY(kxAnimManager::the()->fullRangeEnd() <= 10000000);
         }
     }
