@@ -1,5 +1,6 @@
 #include "kxSecurityPreferences.h"
 
+#include <apart/kxPictures.h>
 #include <files/apart/kxReaderProcess.h>
 #include <panels/kxEmptyHint.h>
 #include <trust/kxCodeTrust.h>
@@ -20,7 +21,7 @@
 namespace
 {
 constexpr int DigestLetters = 12; ///< that are shown; the tool tip has all
-constexpr const char MemoryKey[] = "security.readerMemory";
+constexpr const char MemoryKey[] = "security.readerMemory", PicturesKey[] = "security.pictureMemory";
 constexpr int MostGigabytes = 1024;
 
 QString tr(const char* text)
@@ -28,13 +29,27 @@ QString tr(const char* text)
     return QCoreApplication::translate("kxSecurityPreferences", text);
 }
 
-int gigabytes()
+int gigabytes(quint64 bytes)
 {
-    const boost::any value = kxPreferences::getData().get(MemoryKey);
-    const int* const stored = boost::any_cast<int>(&value);
-    return stored == nullptr || *stored < 1 || *stored > MostGigabytes
-               ? int(kxReaderProcess::Rules().memory / kxReaderProcess::Gigabyte)
-               : *stored;
+    return int(bytes / kxReaderProcess::Gigabyte);
+}
+
+quint64 stored(const char* key, quint64 otherwise)
+{
+    const boost::any value = kxPreferences::getData().get(key);
+    const int* const found = boost::any_cast<int>(&value);
+    return found == nullptr || *found < 1 || *found > MostGigabytes ? otherwise
+                                                                    : quint64(*found) * kxReaderProcess::Gigabyte;
+}
+
+quint64 readerMemory()
+{
+    return stored(MemoryKey, kxReaderProcess::Rules().memory);
+}
+
+quint64 pictureMemory()
+{
+    return stored(PicturesKey, kxPictures::Rules().memory);
 }
 
 QTreeWidgetItem* rowOf(const kxTrustStore::File& file)
@@ -59,6 +74,7 @@ kxSecurityPreferences::kxSecurityPreferences() : kxPreferences(QString(), tr("Se
 kxSecurityPreferences::~kxSecurityPreferences()
 {
     getData().remove(MemoryKey);
+    getData().remove(PicturesKey);
     subPreferencesGUI(_page);
     delete _page;
 }
@@ -99,7 +115,13 @@ void kxSecurityPreferences::makePage()
                       "is removed is asked for again at once."));
     note->setWordWrap(true);
     layout->addWidget(note);
-    addMemory();
+    _memory =
+        addGigabytes(tr("Memory that reading a model of another program may take"), "_readerMemory",
+                     tr("Or 40 times the size of the file, where that is more. A reader that takes more is ended, and "
+                        "the file isn't opened."));
+    _pictures = addGigabytes(tr("Memory that all pictures of a scene may take"), "_pictureMemory",
+                             tr("4 bytes a pixel when they are shown. Pictures beyond that aren't shown, which the log "
+                                "says. For scenes that are opened from then on."));
     QObject::connect(_files, &QTreeWidget::itemSelectionChanged, _page, [this] { updateButtons(); });
     QObject::connect(_remove, &QPushButton::clicked, _page, [this] { revoke(false); });
     QObject::connect(_removeAll, &QPushButton::clicked, _page, [this] { revoke(true); });
@@ -112,22 +134,21 @@ void kxSecurityPreferences::makePage()
     updateButtons();
 }
 
-void kxSecurityPreferences::addMemory()
+QSpinBox* kxSecurityPreferences::addGigabytes(const QString& text, const char* name, const QString& tip)
 {
-    _memory = new QSpinBox;
-    _memory->setObjectName(QStringLiteral("_readerMemory"));
-    _memory->setRange(1, MostGigabytes);
-    _memory->setSuffix(tr(" GB"));
-    _memory->setToolTip(
-        tr("Or 40 times the size of the file, where that is more. A reader that takes more is ended, and "
-           "the file isn't opened."));
+    auto* const box = new QSpinBox;
+    box->setObjectName(QString::fromLatin1(name));
+    box->setRange(1, MostGigabytes);
+    box->setSuffix(tr(" GB"));
+    box->setToolTip(tip);
     auto* const row = new QHBoxLayout;
-    auto* const label = new QLabel(tr("Memory that reading a model of another program may take"));
-    label->setBuddy(_memory);
+    auto* const label = new QLabel(text);
+    label->setBuddy(box);
     row->addWidget(label);
-    row->addWidget(_memory);
+    row->addWidget(box);
     row->addStretch();
     static_cast<QVBoxLayout*>(_page->layout())->addLayout(row);
+    return box;
 }
 
 void kxSecurityPreferences::updateButtons()
@@ -138,25 +159,30 @@ void kxSecurityPreferences::updateButtons()
 
 void kxSecurityPreferences::preferencesSetDefaults(bool overwrite)
 {
-    getData().set(MemoryKey, int(kxReaderProcess::Rules().memory / kxReaderProcess::Gigabyte), overwrite);
+    getData().set(MemoryKey, gigabytes(kxReaderProcess::Rules().memory), overwrite);
+    getData().set(PicturesKey, gigabytes(kxPictures::Rules().memory), overwrite);
 }
 
 void kxSecurityPreferences::preferencesApply()
 {
-    kxReaderProcess::rules().memory = quint64(gigabytes()) * kxReaderProcess::Gigabyte;
+    kxReaderProcess::rules().memory = readerMemory();
+    kxPictures::rules().memory = pictureMemory();
 }
 
 void kxSecurityPreferences::preferencesFromGUI()
 {
-    if (_page != nullptr)
-        getData().set(MemoryKey, _memory->value());
+    if (_page == nullptr)
+        return;
+    getData().set(MemoryKey, _memory->value());
+    getData().set(PicturesKey, _pictures->value());
 }
 
 void kxSecurityPreferences::preferencesToGUI()
 {
     if (_page == nullptr)
         return;
-    _memory->setValue(gigabytes());
+    _memory->setValue(gigabytes(readerMemory()));
+    _pictures->setValue(gigabytes(pictureMemory()));
     listFiles();
 }
 

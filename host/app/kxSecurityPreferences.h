@@ -23,7 +23,7 @@ public:
 
 private:
     void makePage();
-    void addMemory();
+    QSpinBox* addGigabytes(const QString& text, const char* name, const QString& tip);
     void listFiles();
     void revoke(bool all);
     void updateButtons();
@@ -31,5 +31,5 @@ private:
     QPointer<QWidget> _page; // owned, unless a dialog that showed it has taken it along
     QTreeWidget* _files = nullptr;
     QPushButton *_remove = nullptr, *_removeAll = nullptr;
-    QSpinBox* _memory = nullptr;
+    QSpinBox *_memory = nullptr, *_pictures = nullptr;
 };

@@ -2,6 +2,10 @@
 
 #include "kxSkinning.h"
 
+#include <QCoreApplication>
+#include <apart/kxPictureSize.h>
+#include <apart/kxPictures.h>
+#include <kxLog.h>
 #include <kxRenderWidget.h>
 #include <osg/FieldContainerFactory.h>
 #include <osg/Finite.h>
@@ -82,7 +86,7 @@ void kxRenderScene::containerChanged(const osg::FieldContainerPtr& container, co
     if (type.isDerivedFrom(osg::Mesh::_type) || type.isDerivedFrom(osg::Image::_type))
     {
         ++_versions[container->getId()];
-        _pictures.erase(container->getId());
+        forgetPicture(container->getId());
         _drawable.erase(container->getId());
         _stale = true;
     }
@@ -99,7 +103,7 @@ void kxRenderScene::containerChanged(const osg::FieldContainerPtr& container, co
 void kxRenderScene::containerDestroyed(osg::UInt32 id)
 {
     _versions.erase(id);
-    _pictures.erase(id);
+    forgetPicture(id);
     _drawable.erase(id);
     _bent.erase(id);
     _stale = true; // an item may hold its id
@@ -253,6 +257,7 @@ std::size_t kxRenderScene::lookOf(const osg::MaterialPtr& material)
     Look look;
     if (const osg::UberMaterialPtr uber = osg::UberMaterialPtr::dcast(material))
     {
+        const std::string& owner = uber->getNodeName();
         copyColor(look.base, uber->getBaseColor());
         copyColor(look.emissive, uber->getEmissive());
         look.metallic = uber->getMetallic();
@@ -260,14 +265,14 @@ std::size_t kxRenderScene::lookOf(const osg::MaterialPtr& material)
         look.opacity = uber->getOpacity();
         look.alphaCutoff = uber->getAlphaCutoff();
         look.doubleSided = uber->getDoubleSided();
-        look.imageId = shownId(uber->getBaseColorImage());
-        look.normalId = shownId(uber->getNormalImage());
-        look.roughnessId = shownId(uber->getRoughnessImage());
-        look.occlusionId = shownId(uber->getOcclusionImage());
-        look.emissiveId = shownId(uber->getEmissiveImage());
+        look.imageId = shownId(uber->getBaseColorImage(), owner);
+        look.normalId = shownId(uber->getNormalImage(), owner);
+        look.roughnessId = shownId(uber->getRoughnessImage(), owner);
+        look.occlusionId = shownId(uber->getOcclusionImage(), owner);
+        look.emissiveId = shownId(uber->getEmissiveImage(), owner);
         look.normalScale = uber->getNormalScale();
         look.occlusionStrength = uber->getOcclusionStrength();
-        const bool picturesAlpha = look.imageId != 0 && decoded(look.imageId).hasAlpha;
+        const bool picturesAlpha = look.imageId != 0 && decoded(look.imageId, owner).hasAlpha;
         look.transparent = look.alphaCutoff <= 0 && (look.opacity < 0.999f || picturesAlpha);
     }
     _looks.push_back(look);
@@ -311,12 +316,54 @@ osg::UInt32 kxRenderScene::version(osg::UInt32 id) const
     return found == _versions.end() ? 0 : found->second;
 }
 
-const kxRenderScene::Picture& kxRenderScene::decoded(osg::UInt32 imageId)
+void kxRenderScene::forgetPicture(osg::UInt32 imageId)
+{
+    const auto found = _pictures.find(imageId);
+    if (found == _pictures.end())
+        return;
+    _pictureBytes -= found->second.bytes;
+    _pictures.erase(found);
+}
+
+bool kxRenderScene::fits(const osg::ImagePtr& image, const std::string& owner, Picture& picture)
+{
+    const std::vector<osg::UInt8>& encoded = image->getEncoded();
+    const QSize size = image->getPixels().empty() ? kxPictureSize::of(encoded.data(), encoded.size())
+                                                  : QSize(int(image->getWidth()), int(image->getHeight()));
+    if (!size.isValid())
+        return true; // decoding says what it lacks
+    const QSize shown = image->getPixels().empty() ? kxPictures::shownSize(size) : size;
+    const qint64 bytes = 4 * qint64(shown.width()) * shown.height();
+    const QString name =
+        QStringLiteral("%1 (%2 x %3)").arg(QString::fromStdString(owner)).arg(size.width()).arg(size.height());
+    if (quint64(_pictureBytes + bytes) > kxPictures::rules().memory)
+    {
+        kxLog::warning(QCoreApplication::translate(
+                           "kxRenderScene", "A picture of the material %1 isn't shown: all pictures of the scene "
+                                            "would take more than %2 GB (Preferences > Security).")
+                           .arg(name)
+                           .arg(double(kxPictures::rules().memory >> 20) / 1024, 0, 'g', 3));
+        return false;
+    }
+    if (shown != size)
+        kxLog::info(
+            QCoreApplication::translate("kxRenderScene", "A picture of the material %1 is shown with %2 x %3 pixels.")
+                .arg(name)
+                .arg(shown.width())
+                .arg(shown.height()));
+    picture.bytes = bytes;
+    _pictureBytes += bytes;
+    return true;
+}
+
+const kxRenderScene::Picture& kxRenderScene::decoded(osg::UInt32 imageId, const std::string& owner)
 {
     const auto [entry, isNew] = _pictures.try_emplace(imageId);
     if (!isNew)
         return entry->second;
     const osg::ImagePtr image = osg::living<osg::Image>(imageId);
+    if (image == osg::NullFC || !fits(image, owner, entry->second))
+        return entry->second;
     QImage picture = QImageConverter::convertToQImage(image);
     if (picture.isNull())
         return entry->second;
@@ -331,14 +378,14 @@ const kxRenderScene::Picture& kxRenderScene::decoded(osg::UInt32 imageId)
     return entry->second;
 }
 
-osg::UInt32 kxRenderScene::shownId(const osg::ImagePtr& image)
+osg::UInt32 kxRenderScene::shownId(const osg::ImagePtr& image, const std::string& owner)
 {
     const osg::UInt32 id = image.getFieldContainerId();
-    return id != 0 && picture(id) != nullptr ? id : 0;
+    return id != 0 && !decoded(id, owner).image.isNull() ? id : 0;
 }
 
 const QImage* kxRenderScene::picture(osg::UInt32 imageId)
 {
-    const Picture& picture = decoded(imageId);
+    const Picture& picture = decoded(imageId, std::string());
     return picture.image.isNull() ? nullptr : &picture.image;
 }

@@ -124,6 +124,7 @@ private:
     {
         QImage image;
         bool hasAlpha = false;
+        qint64 bytes = 0; ///< of all pictures' share
     };
 
     void containerChanged(const osg::FieldContainerPtr& container, const osg::BitVector& whichField) override;
@@ -135,9 +136,13 @@ private:
     void cut();
     bool isDrawable(const osg::Mesh& mesh);
     std::size_t lookOf(const osg::MaterialPtr& material);
-    const Picture& decoded(osg::UInt32 imageId);
+    /// `owner`: the name of a material that shows it.
+    const Picture& decoded(osg::UInt32 imageId, const std::string& owner);
+    void forgetPicture(osg::UInt32 imageId);
+    /// False, which the log says, where all pictures would take more than they may.
+    bool fits(const osg::ImagePtr& image, const std::string& owner, Picture& picture);
     /// 0 for a picture that can't be shown.
-    osg::UInt32 shownId(const osg::ImagePtr& image);
+    osg::UInt32 shownId(const osg::ImagePtr& image, const std::string& owner);
 
     std::vector<osg::UInt32> _selection;
     std::vector<Item> _items;
@@ -152,6 +157,7 @@ private:
     std::unordered_map<osg::UInt32, bool> _drawable;                    // by mesh id: the costly check, made once
     std::unordered_map<osg::UInt32, Picture> _pictures;                 // by image id
     std::unordered_map<osg::UInt32, std::shared_ptr<kxBentMesh>> _bent; // by node id
+    qint64 _pictureBytes = 0;                                           // of all of them
     osg::UInt64 _revision = 0;
     bool _stale = true;
 };

@@ -30,12 +30,14 @@ QImage decode(QByteArray& bytes, QString& reason)
         reason = QStringLiteral("%1 x %2 pixels are too many").arg(size.width()).arg(size.height());
         return QImage();
     }
-    const QImage image = reader.read();
+    QImage image = reader.read();
     if (image.isNull() || qint64(image.width()) * image.height() > kxPictures::MostPixels)
     {
         reason = reader.errorString();
         return QImage();
     }
+    if (const QSize shown = kxPictures::shownSize(image.size()); shown != image.size())
+        image = image.scaled(shown, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
 }
 

@@ -149,6 +149,17 @@ Decoder& decoder()
 }
 } // namespace
 
+QSize kxPictures::shownSize(const QSize& size)
+{
+    return size.boundedTo(QSize(LargestSide, LargestSide));
+}
+
+kxPictures::Rules& kxPictures::rules()
+{
+    static Rules current;
+    return current;
+}
+
 QImage kxPictures::decode(const std::vector<unsigned char>& bytes, QString& reason)
 {
     return decoder().decode(bytes, reason);

@@ -3,6 +3,7 @@
 #include <kxExport.h>
 
 #include <QImage>
+#include <QSize>
 #include <QString>
 
 #include <vector>
@@ -15,9 +16,19 @@ namespace kxPictures
 {
 /// Pictures of more pixels are refused: a file of a few bytes can claim any size.
 constexpr qint64 MostPixels = qint64(1) << 28;
+/// Larger ones come scaled down to this: nothing draws them larger.
+constexpr int LargestSide = 8192;
+KX_API QSize shownSize(const QSize& size);
 
-/// 8-bit RGBA, or RGBX where the file has no transparency. Null with a `reason` where it can't be read. Waits; may be
-/// called by several threads.
+struct Rules
+{
+    quint64 memory = quint64(2) << 30; ///< bytes that all pictures of a scene may take when they are shown
+};
+/// For all that is shown from then on.
+KX_API Rules& rules();
+
+/// 8-bit RGBA, or RGBX where the file has no transparency; no larger than shownSize(). Null with a `reason` where it
+/// can't be read. Waits; may be called by several threads.
 KX_API QImage decode(const std::vector<unsigned char>& bytes, QString& reason);
 
 /// For tests: the program to ask from now on, and how long it may take at least.

@@ -1,12 +1,15 @@
 #include "kxTestObjects.h"
 
+#include <apart/kxPictures.h>
 #include <kxRenderWidget.h>
+#include <kxTexts.h>
 #include <scene/CameraLight.h>
 #include <scene/ClippingPlane.h>
 #include <view/kxCameraRig.h>
 #include <view/kxOffscreen.h>
 #include <view/kxPrimitives.h>
 
+#include <QBuffer>
 #include <QtTest>
 
 #include <random>
@@ -113,6 +116,42 @@ private Q_SLOTS:
         const auto mixed = colors();
         QVERIFY(std::abs(mixed.first.red() - metal.first.red()) <= 2);
         QVERIFY(std::abs(mixed.second.red() - plain.second.red()) <= 2 && mixed.second != metal.second);
+    }
+
+    /// Of more than all may take the rest isn't shown; what goes makes room.
+    void picturesTakeAShare()
+    {
+        kxPictures::rules().memory = 4 * 600 * 600;
+        const auto painted = [](const QColor& color, bool isFile)
+        {
+            QImage pixels(500, 500, QImage::Format_RGBA8888);
+            pixels.fill(color);
+            const osg::ImagePtr image = osg::Image::create();
+            QImageConverter::convertToOSGImage(pixels, image);
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            pixels.save(&buffer, "PNG");
+            if (isFile)
+            {
+                image->set(0, 0, {});
+                image->setEncoded({buffer.data().begin(), buffer.data().end()});
+            }
+            return image;
+        };
+        for (const bool isFile : {false, true})
+        {
+            const osg::UberMaterialPtr material = kxTestObjects::material(osg::Color3f(1, 1, 1));
+            kxTestObjects::add(kxPrimitives::box(), material, osg::Vec3f(0, 0, 0));
+            material->setNodeName("tiles");
+            material->setBaseColorImage(painted(Qt::green, false));
+            material->setEmissive(osg::Color3f(1, 1, 1));
+            material->setEmissiveImage(painted(Qt::blue, isFile));
+            kxLogModel::the().clear();
+            QVERIFY(qRed(picture().pixel(48, 48)) > 200); // the emissive colour without its picture: white
+            QVERIFY(kxLogged().join('|').contains("A picture of the material tiles (500 x 500) isn't shown"));
+            kxScene::the()->clear();
+        }
+        kxPictures::rules() = kxPictures::Rules();
     }
 
     void theFirstPictureIsAsTheSecond()

@@ -89,6 +89,23 @@ private Q_SLOTS:
         QVERIFY(isKnown);
     }
 
+    /// What nobody draws so large comes smaller, each side on its own.
+    void largeOnesAreScaled()
+    {
+        QImage source(9000, 40, QImage::Format_RGB32);
+        source.fill(Qt::red);
+        for (int x = 6000; x < 9000; ++x)
+            for (int y = 0; y < 40; ++y)
+                source.setPixelColor(x, y, Qt::blue);
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        QVERIFY(source.save(&buffer, "PNG"));
+        QString reason;
+        const QImage image = kxPictures::decode({buffer.data().begin(), buffer.data().end()}, reason);
+        QCOMPARE(image.size(), QSize(kxPictures::LargestSide, 40));
+        QVERIFY(image.pixelColor(5400, 30) == Qt::red && image.pixelColor(5500, 30) == Qt::blue);
+    }
+
 private:
     /// The first pixel, or the reason why there is none.
     static QString decode(const QByteArray& bytes)
