@@ -20,6 +20,12 @@ std::vector<QByteArray> digestsOf(const std::vector<kxSceneCode>& code)
     return digests;
 }
 
+QString called(const QString& file)
+{
+    return file.isEmpty() ? kxCodeTrust::tr("the unsaved scene")
+                          : QStringLiteral("'%1'").arg(QFileInfo(file).fileName());
+}
+
 bool isIn(const std::vector<QByteArray>& digests, const QByteArray& digest)
 {
     return std::find(digests.begin(), digests.end(), digest) != digests.end();
@@ -116,9 +122,11 @@ void kxCodeTrust::tell(const QString& file) const
                                                  [&](const kxSceneCode& piece) { return originOf(piece) == file; }));
     if (count == 0)
         return;
-    const QString name = QFileInfo(file).fileName(), summary = kxSceneCode::summary(count);
-    kxLog::warning((_isUnattended ? tr("'%1' holds code, which is skipped: %2. --trust lets it run.")
-                                  : tr("'%1' holds code: %2. It doesn't run until you say so, above the view."))
+    QString name = called(file);
+    name[0] = name[0].toUpper();
+    const QString summary = kxSceneCode::summary(count);
+    kxLog::warning((_isUnattended ? tr("%1 holds code, which is skipped: %2. --trust lets it run.")
+                                  : tr("%1 holds code: %2. It doesn't run until you say so, above the view."))
                        .arg(name, summary));
 }
 
@@ -162,10 +170,10 @@ void kxCodeTrust::answer(Answer answer)
             _store.add(file, digests);
         else if (answer == ThisTime)
             _thisTime.unite(QSet<QByteArray>(digests.begin(), digests.end()));
-        kxLog::info((answer == Always     ? tr("Code of '%1' may run from now on.")
-                     : answer == ThisTime ? tr("Code of '%1' may run until another scene is opened.")
-                                          : tr("Code of '%1' is skipped. File > Code of This Scene asks again."))
-                        .arg(QFileInfo(file).fileName()));
+        kxLog::info((answer == Always     ? tr("Code of %1 may run from now on.")
+                     : answer == ThisTime ? tr("Code of %1 may run until another scene is opened.")
+                                          : tr("Code of %1 is skipped. File > Code of This Scene asks again."))
+                        .arg(called(file)));
     }
     _isAsking = false;
     follow(_source);

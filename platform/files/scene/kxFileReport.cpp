@@ -6,6 +6,15 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace
+{
+/// Without a file it is a scene that was never saved.
+QString quoted(const QString& file)
+{
+    return file.isEmpty() ? QStringLiteral("an unsaved scene") : QStringLiteral("'%1'").arg(file);
+}
+} // namespace
+
 QString kxFileReport::message() const
 {
     return QStringLiteral("'%1': %2").arg(_file, _error);
@@ -52,18 +61,18 @@ void kxFileReport::log() const
 {
     if (!_summary.isEmpty() && !failed())
     {
-        const QString name = QFileInfo(_file).fileName();
+        const QString name = quoted(QFileInfo(_file).fileName());
         if (_opened)
-            kxLogModel::the().startScene(QStringLiteral("Opened '%1': %2").arg(name, _summary));
+            kxLogModel::the().startScene(QStringLiteral("Opened %1: %2").arg(name, _summary));
         else
-            kxLog::info(QStringLiteral("Imported '%1': %2").arg(name, _summary));
+            kxLog::info(QStringLiteral("Imported %1: %2").arg(name, _summary));
     }
     for (const QString& line : _told)
-        kxLog::info(QStringLiteral("'%1': %2").arg(_file, line));
+        kxLog::info(QStringLiteral("%1: %2").arg(quoted(_file), line));
     for (const QString& line : _notes)
-        kxLog::warning(QStringLiteral("'%1': %2").arg(_file, line));
+        kxLog::warning(QStringLiteral("%1: %2").arg(quoted(_file), line));
     if (_unlisted > 0)
-        kxLog::warning(QStringLiteral("'%1': and %2 more").arg(_file).arg(_unlisted));
+        kxLog::warning(QStringLiteral("%1: and %2 more").arg(quoted(_file)).arg(_unlisted));
     if (isCancelled())
         kxLog::info(message());
     else if (failed())

@@ -51,8 +51,9 @@ private:
     {
         if (value >= low - slack && value <= high + slack)
             return value;
-        _report.note(QStringLiteral("times of '%1' lie beyond what can be played, %2 frames, and are brought back")
-                         .arg(QString::fromStdString(name))
+        _report.note(QStringLiteral("times of %1 lie beyond what can be played, %2 frames, and are brought back")
+                         .arg(name.empty() ? QStringLiteral("an animation without a name")
+                                           : QStringLiteral("'%1'").arg(QString::fromStdString(name)))
                          .arg(kxTimeLimit::Frames));
         return std::max(low, std::min(value, high)); // rounding may have them cross
     }
@@ -106,6 +107,11 @@ private:
 
 void clampSettings(std::map<std::string, double>& settings, kxFileReport& report)
 {
+    if (const auto rate = settings.find("fps"); rate != settings.end() && !kxIsFrameRate(rate->second))
+    {
+        report.note(QStringLiteral("its frame rate, %1, is none and is left out").arg(rate->second));
+        settings.erase(rate);
+    }
     for (auto& [name, value] : settings)
     {
         if (std::abs(value) <= kxTimeLimit::Frames)

@@ -1,5 +1,6 @@
 #include "kxSceneFixture.h"
 
+#include <apart/kxPictures.h>
 #include <app/kxCodeDialog.h>
 #include <app/kxMainWindow.h>
 #include <edits/kxSceneryEdits.h>
@@ -141,12 +142,15 @@ private Q_SLOTS:
     {
         _window->openPreferences("Security");
         _window->findChild<QSpinBox*>("_readerMemory")->setValue(3);
+        _window->findChild<QSpinBox*>("_pictureMemory")->setValue(5);
         _window->findChild<QDialog*>("_preferencesDialog")->accept();
         QCOMPARE(kxReaderProcess::rules().memory, 3 * kxReaderProcess::Gigabyte);
+        QCOMPARE(kxPictures::rules().memory, 5 * kxReaderProcess::Gigabyte);
         _window->openPreferences("Security");
         _window->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::RestoreDefaults)->click();
         _window->findChild<QDialog*>("_preferencesDialog")->accept();
         QCOMPARE(kxReaderProcess::rules().memory, kxReaderProcess::Rules().memory);
+        QCOMPARE(kxPictures::rules().memory, kxPictures::Rules().memory);
     }
 
     void anImportWaitsAlone()
@@ -165,7 +169,9 @@ private Q_SLOTS:
         QVERIFY(version != 0 && kxVersions::the().goTo(version, report));
         kxScene::the()->flush();
         QVERIFY(bar()->isVisible() && ran() == "a" && sequences().size() == 2);
-        recover("both.kxs");
+        kxLogModel::the().clear();
+        recover("");
+        QVERIFY(!kxLogged().join(QString()).contains("''"));
         QVERIFY(bar()->isVisible() && ran() == "a" && sequences().size() == 2);
 
         // Nothing that is done to it lets it run; what is put beside it does.
@@ -308,7 +314,7 @@ private:
         kxJournal::the().stop();
         _window->document().startOver();
         kxRecovery recovery(journal);
-        QVERIFY(_window->document().openRecovered(recovery, _folder->filePath(name)));
+        QVERIFY(_window->document().openRecovered(recovery, *name == 0 ? QString() : _folder->filePath(name)));
     }
 
     /// What all sequences print, each run once.

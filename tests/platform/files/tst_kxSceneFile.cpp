@@ -232,6 +232,8 @@ private Q_SLOTS:
         clip->setOffset(Vec2f(7, 0));
         for (const AnimNodePtr& node : {clip, bar})
         {
+            if (field == "scale")
+                node->setNodeName(std::string());
             if (field == "offset")
                 node->setOffset(Vec2f(float(value), 50));
             if (field == "scale")
@@ -255,6 +257,7 @@ private Q_SLOTS:
             QVERIFY(writeFile(path, bytesOfScene()));
             kxFileReport report(path);
             QVERIFY2(kxSceneIO::open(path, report), qPrintable(report.message()));
+            QVERIFY(!report.notes().join(QString()).contains("''"));
             const bool isNamed = pass == 0 && (std::abs(value) > 1 || field == "scale");
             QVERIFY2(report.notes().isEmpty() == !isNamed, qPrintable(report.notes().join(QString())));
             double start = 0, end = 0;
