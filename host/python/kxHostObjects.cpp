@@ -3,6 +3,7 @@
 #include "kxHostChannels.h"
 #include "kxHostObjects.h"
 
+#include <animation/kxTimeLimit.h>
 #include <edits/kxClippingPlane.h>
 #include <edits/kxSceneEdits.h>
 #include <edits/kxSceneObjects.h>
@@ -182,11 +183,21 @@ osg::CCPnt withValue(const osg::CCPnt& key, float value)
                       key.outType == free ? key.outtangent() : osg::Vec2f(), key.inType, key.outType);
 }
 
+/// What lies farther out isn't kept in a file, see kxTimeLimit.
+double playable(double seconds)
+{
+    if (std::abs(seconds) > kxTimeLimit::seconds(kxAnimManager::the()->fps()))
+        kxRaise(PyExc_ValueError,
+                "times go as far as " + std::to_string(kxTimeLimit::Frames) + " frames on each side of frame 0");
+    return seconds;
+}
+
 void setKey(const osg::FieldContainerPtr& object, const std::string& channel, double seconds, double value)
 {
     const osg::Pnt2f place{float(seconds), float(value)};
     if (!osg::isFinite(place))
         kxRaise(PyExc_ValueError, "time and value of a key have to be finite numbers");
+    playable(seconds);
     const osg::AnimCurvePtr curve = ensureCurve(object, channel);
     const auto before = curve->getControlPoints();
     const auto there = std::find_if(before.begin(), before.end(),
@@ -295,10 +306,10 @@ void setTiming(const osg::AnimNodePtr& animation, const bp::object& start, const
                const bp::object& flipped, const bp::object& range)
 {
     const std::vector<osg::FieldContainerPtr> target = {living(animation)};
-    const auto number = [](const bp::object& value) { return float(numberOf(value)); };
-    const float scale = stretch.is_none() ? 1.0f : number(stretch);
-    if (!(scale > 0))
-        kxRaise(PyExc_ValueError, "the stretch has to be above 0");
+    const auto number = [](const bp::object& value) { return float(playable(numberOf(value))); };
+    const float scale = stretch.is_none() ? 1.0f : float(numberOf(stretch));
+    if (!(scale >= float(1 / kxTimeLimit::Stretch) && scale <= float(kxTimeLimit::Stretch)))
+        kxRaise(PyExc_ValueError, "the stretch has to be 0.000001 to 1000000");
     osg::Pnt2f limits;
     if (!range.is_none())
     {
@@ -359,6 +370,8 @@ void setFrameRange(int start, int end)
         kxRaise(PyExc_ValueError,
                 "the end has to lie 1 to " + std::to_string(LongestRange) + " frames behind the start");
     kxAnimManager* const manager = kxAnimManager::the();
+    for (const int frame : {start, end})
+        playable(frame / manager->fps());
     manager->setFullRangeStart(start);
     manager->setFullRangeEnd(end);
     manager->setDetailedRangeStart(start);
@@ -517,7 +530,7 @@ void defineAnimation()
             "@type start: int\n\n"
             "@param end: The last frame, above the first.\n\n"
             "@type end: int\n\n"
-            "@raise ValueError: The range is empty, or longer than a million frames.");
+            "@raise ValueError: The range is empty, longer than a million frames, or farther out than ten million.");
 }
 } // namespace
 

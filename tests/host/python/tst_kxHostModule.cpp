@@ -275,6 +275,8 @@ private Q_SLOTS:
             "assert keys(door, x) == [(0, 0), (1, 9), (2, 6)] and undoCount() == 2\n"
             "for bad in ((float('nan'), 1), (1, float('inf')), (1e300, 1)):\n"
             "    refused(ValueError, 'finite', setKey, door, x, *bad)\n"
+            "refused(ValueError, 'each side', setKey, door, x, -416667, 1)\n"
+            "refused(ValueError, 'each side', setFrameRange, 10**7, 10**7 + 1)\n"
             "refused(KeyError, 'scale.Q', setKey, door, 'scale.Q', 1, 1)\n"
             "refused(ValueError, 'no keys', setTangents, door, 'rotation.X', 1, 'flat', 'flat')\n"
             "refused(ValueError, 'no key at', setTangents, door, x, 1.5, 'flat', 'flat')\n"
@@ -307,7 +309,11 @@ private Q_SLOTS:
         kxSelection::the().setIds(kxSelection::Nodes, {clip->getId()});
         run("clip = kxNodePtr(selectedNodes()[0])\n"
             "names = [addTrigger(clip, 'viewpoint', 'Close', frame).name for frame in (96, 120)]\n"
-            "assert names == ['Close', 'Close_1'], names");
+            "assert names == ['Close', 'Close_1'], names\n"
+            "refused(ValueError, 'each side', setTiming, clip, 416667)\n"
+            "refused(ValueError, 'each side', lambda: setTiming(clip, range=(0, -416667.0)))\n"
+            "refused(ValueError, '0.000001', lambda: setTiming(clip, stretch=2e6))\n"
+            "setTiming(clip, start=2, stretch=2)");
         QCOMPARE(clip->getNChildren(), 2u);
         for (const double frame : {96.0, 120.0})
         {
