@@ -44,11 +44,10 @@ const QStringList Gltf = {QLatin1String(kxFileSuffix::Gltf), QLatin1String(kxFil
 const QStringList Scene = {QLatin1String(kxFileSuffix::Scene)};
 const QStringList Animation = {QLatin1String(kxFileSuffix::Animation)};
 
-bool beginsLikeAnimations(const QString& path)
+QByteArray beginning(const QString& path)
 {
     QFile file(path);
-    return !path.isEmpty() && file.open(QIODevice::ReadOnly) &&
-           file.read(kxEnvelope::MagicSize) == kxEnvelope::AnimationMagic;
+    return !path.isEmpty() && file.open(QIODevice::ReadOnly) ? file.read(kxEnvelope::MagicSize) : QByteArray();
 }
 } // namespace
 
@@ -59,8 +58,13 @@ kxFileFormats::Reader kxFileFormats::readerOf(const QString& path)
         return Reader::Scene;
     if (Gltf.contains(suffix))
         return Reader::Gltf;
-    if (Animation.contains(suffix) || (!isKnown(path) && beginsLikeAnimations(path)))
+    if (Animation.contains(suffix))
         return Reader::Animations;
+    const QByteArray first = isKnown(path) ? QByteArray() : beginning(path);
+    if (first == kxEnvelope::AnimationMagic)
+        return Reader::Animations;
+    if (first.startsWith("glTF"))
+        return Reader::Gltf;
     return Reader::Assimp;
 }
 

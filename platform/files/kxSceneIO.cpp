@@ -44,6 +44,8 @@ bool read(const QString& path, kxSceneContent& content, kxFileReport& report)
         return report.fail(QStringLiteral("it is a folder"));
     if (!file.isFile())
         return report.fail(QStringLiteral("there is no such file"));
+    if (QFile bytes(path); !bytes.open(QIODevice::ReadOnly))
+        return report.fail(bytes); // the system's reason
     if (file.size() == 0)
         return report.fail(QStringLiteral("the file is empty"));
     switch (kxFileFormats::readerOf(path))

@@ -7,6 +7,7 @@
 #include <files/assimp/kxBlendFaces.h>
 #include <files/assimp/kxColladaNames.h>
 #include <files/assimp/kxFirstGltf.h>
+#include <files/assimp/kxPlyHeader.h>
 #include <files/import/kxAnimImport.h>
 #include <files/import/kxModelFolder.h>
 #include <osg/Finite.h>
@@ -391,6 +392,25 @@ private:
     std::function<void(double)> _tell;
 };
 
+/// What it means for the user that the library said this.
+QString refusal(const QString& path, const QString& said)
+{
+    const QString suffix = QFileInfo(path).suffix();
+    if (said.contains(QLatin1String("bad_alloc")))
+        return QStringLiteral("the file claims more than it can hold");
+    if (said.contains(QLatin1String("contains no faces")))
+        return QStringLiteral("a mesh in it has only points, which can't be shown");
+    if (said.startsWith(QLatin1String("No suitable reader")))
+        return suffix.isEmpty()
+                   ? QStringLiteral("its name has no ending, which decides how it is read. Give it that of its format")
+                   : QStringLiteral("there is no reader for the ending '.%1'").arg(suffix);
+    const QString meaning =
+        QStringLiteral("it is damaged, or isn't of the format %1 that its ending says").arg(suffix.toUpper());
+    return said.isEmpty() || said.startsWith(QLatin1String("Failed to open file")) // which could be opened
+               ? meaning
+               : QStringLiteral("%1. The reader says: %2").arg(meaning, said);
+}
+
 /// Reads a file with all steps.
 bool readFile(Assimp::Importer& importer, const QString& path, kxFileReport& report)
 {
@@ -427,6 +447,9 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
     content = kxSceneContent::empty();
     if (!QFileInfo(path).isFile())
         return report.fail(QStringLiteral("there is no such file"));
+    if (path.endsWith(QLatin1String(".ply"), Qt::CaseInsensitive))
+        if (const QString claim = kxPlyHeader::refusal(path); !claim.isEmpty())
+            return report.fail(claim);
     try
     {
         Assimp::Importer importer;
@@ -438,12 +461,7 @@ bool kxAssimpImport::read(const QString& path, double frameRate, kxSceneContent&
             report.note(QStringLiteral("orthographic cameras become perspective ones"));
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, names.byId.empty());
         if (!readFile(importer, path, report))
-        {
-            const QString reason = QString::fromUtf8(importer.GetErrorString());
-            return report.fail(reason.contains(QLatin1String("bad_alloc"))
-                                   ? QStringLiteral("the file claims more than it can hold")
-                                   : reason);
-        }
+            return report.fail(refusal(path, QString::fromUtf8(importer.GetErrorString())));
         if (path.endsWith(QLatin1String(".zae"), Qt::CaseInsensitive))
             report.note(
                 QStringLiteral("objects of a compressed file are told apart by their names alone: of those that "

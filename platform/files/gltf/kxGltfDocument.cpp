@@ -253,7 +253,9 @@ bool kxGltfDocument::checkJson(const QByteArray& json, kxFileReport& report)
         --end;
     const QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromRawData(json.constData(), end), &error);
     if (error.error != QJsonParseError::NoError)
-        return report.fail(QStringLiteral("%1, at byte %2").arg(error.errorString()).arg(error.offset));
+        return report.fail(QStringLiteral("it is damaged, or isn't of the format glTF: %1, at byte %2")
+                               .arg(error.errorString())
+                               .arg(error.offset));
     if (!document.isObject())
         return report.fail(QStringLiteral("the file holds no object"));
     const QJsonObject root = document.object();

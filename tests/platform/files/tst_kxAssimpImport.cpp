@@ -401,6 +401,41 @@ Connections: {
         }
     }
 
+    void refusalsSayWhatToDo_data()
+    {
+        kxColumns<QString, QString, QString>("name", "bytes", "says");
+        const QString damaged("it is damaged, or isn't of the format %1 that its ending says");
+        const auto ply = [](const char* head) { return QString("ply\nformat ascii 1.0\n") + head; };
+        kxRow("a letter", "a.off", QString("Dear friend"),
+              damaged.arg("OFF") + ". The reader says: OFF: Header is invalid");
+        kxRow("said to be closed", "a.3mf", QString("PK\3\4 no"), damaged.arg("3MF"));
+        kxRow("points", "a.obj", QString("v 0 0 0\nv 1 0 0\n"), "a mesh in it has only points, which can't be shown");
+        kxRow("no ending", "a", QString("Dear friend"),
+              "its name has no ending, which decides how it is read. Give it that of "
+              "its format");
+        kxRow("cut in the head", "a.ply", ply(""), "the file is cut off: its head has no end");
+        kxRow("claims much", "a.ply",
+              ply("element vertex 9\nproperty float x\nelement face 4000000000\n"
+                  "property list uchar int vertex_indices\nend_header\n"),
+              "the file claims more than it can hold");
+        kxRow("glTF without an ending", "box", "", "");
+    }
+    void refusalsSayWhatToDo()
+    {
+        QFETCH(QString, bytes);
+        QFETCH(QString, says);
+        QFETCH(QString, name);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(name);
+        if (bytes.isEmpty())
+            QVERIFY(QFile::copy(modelsFolder() + "/glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", path));
+        else
+            QVERIFY(writeFile(path, bytes.toUtf8()));
+        kxFileReport report(path);
+        QCOMPARE(kxSceneIO::open(path, report), says.isEmpty());
+        QCOMPARE(report.error(), says);
+    }
+
     void filesBesideAModel_data()
     {
         kxColumns<QString, bool, bool>("named", "read", "refused");

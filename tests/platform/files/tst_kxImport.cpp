@@ -385,9 +385,10 @@ private Q_SLOTS:
         row("sampler", "'sampler':0", "'sampler':5", "animations[0]: a channel names a sampler that isn't there");
         row("node", "'node':0", "'node':5", "animations[0].channels[0].target.node: 5 is no index of the 1 nodes");
         row("stride", "'byteLength':24}", "'byteLength':24,'byteStride':4}", "accessors[1] has elements that overlap");
-        row("not finite", "'name':'n'", "'translation':[1e999,0,0]", "illegal number, at byte");
+        row("not finite", "'name':'n'", "'translation':[1e999,0,0]",
+            "it is damaged, or isn't of the format glTF: illegal number, at byte");
         row("nested", "'name':'n'", "'extras':" + QByteArray(5000, '[') + QByteArray(5000, ']'),
-            "too deeply nested document, at byte");
+            "it is damaged, or isn't of the format glTF: too deeply nested document, at byte");
         QByteArray nodes = "{'name':'n','children':[1]}";
         for (int i = 2; i < 5000; ++i)
             nodes += ",{'children':[" + QByteArray::number(i) + "]}";
