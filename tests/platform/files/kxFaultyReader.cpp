@@ -95,6 +95,7 @@ void misbehave(const QString& path)
         {"code", [] { _exit(7); }},
         {"noise", [] { answer(QByteArray(1000, 'x')); }},
         {"half", [] { answer(QByteArray("KXREAD1\n\1\0\0\0\0\0\0\0\xa0\xa1", 18)); }},
+        {"more", [] { answer(QByteArray("KXREAD1\n\2\0\0\0\0\0\0\0\xa0\xa0\xa0", 19)); }},
         {"long", [] { answer(QByteArray("KXREAD1\n\377\377\377\377\377\377\377\377\xa0", 17)); }}};
     acts.at(what)();
 }

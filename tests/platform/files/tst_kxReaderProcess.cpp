@@ -43,6 +43,7 @@ private Q_SLOTS:
         row("code", "it ended with the code 7");
         row("noise", "what it handed back is damaged: it doesn't begin as it should");
         row("half", "what it handed back is damaged: the content is nested too deeply or damaged");
+        row("more", "what it handed back is damaged: something stands behind the report");
         row("long", "what it handed back is damaged: it is cut off");
     }
 
