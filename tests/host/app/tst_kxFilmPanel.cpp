@@ -112,6 +112,10 @@ private Q_SLOTS:
         osg::markChanged(kxAnimManager::the()->clipStructureRoot(), osg::Node::ChildrenFieldMask);
         kxHistory::the().flush();
         QVERIFY(_player->clip() == osg::NullFC && source()->currentText() == "Timeline");
+        clear();
+        kxAnimManager::the()->setCurrentFrame(8, false, true);
+        _panel = std::make_unique<kxFilmPanel>(&_stage); // it begins where the timeline stands
+        QCOMPARE(field("_filmFrame")->value(), 8);
     }
 
     void sequencesRunWherePlayed()
@@ -146,8 +150,12 @@ private Q_SLOTS:
         source()->setCurrentIndex(2);
         Q_EMIT source()->activated(2);
         QVERIFY(_player->clip() != _clip && source()->currentText() == "Later");
+        trigger("_addMarker");
+        flush();
+        QCOMPARE(rows().size(), 1);
         QVERIFY(kxSceneIO::open(report.file(), report));
         flush();
+        QVERIFY(rows().isEmpty());
         kxHistory::the().flush();
         QVERIFY(source()->currentText() == "Show" && field("_filmOut")->value() == 120);
         QVERIFY(_player->clip() != osg::NullFC && _player->clip() != _clip);
@@ -163,6 +171,7 @@ private Q_SLOTS:
             out->setFocus();
             out->selectAll();
             QTest::keyClicks(out, key == 0 ? "60" : "70");
+            QCOMPARE(_player->range().last, key == 0 ? 120 : 60); // not digit by digit
             if (key != 0)
                 QTest::keyClick(out, Qt::Key(key));
             QCoreApplication::processEvents();
@@ -176,6 +185,7 @@ private Q_SLOTS:
         out->setFocus();
         QTest::mouseClick(_panel->findChild<QToolButton*>("_filmPlay"), Qt::LeftButton);
         QVERIFY(_player->isPlaying() && !out->hasFocus());
+        QVERIFY(!source()->geometry().intersects(_panel->findChild<QToolButton*>("_filmLoop")->geometry()));
     }
 
     void stopEndsWhoeverPlays()
@@ -265,6 +275,8 @@ private Q_SLOTS:
         _panel = std::make_unique<kxFilmPanel>(&_stage); // as after opening the file
         _player = &_panel->player();
         QCOMPARE(choose(1), QString("31 70"));
+        field("_filmIn")->setValue(-kxRenderSource::LargestFrame);
+        QCOMPARE(choose(1), QString("%1 70").arg(-kxRenderSource::LargestFrame));
         field("_filmIn")->setValue(24);
         field("_filmOut")->setValue(120); // all of it follows the clip again
         QVERIFY(kxScene::the()->settings().count("film.range/Opening") == 0);
