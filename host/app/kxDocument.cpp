@@ -1,6 +1,7 @@
 #include "kxDocument.h"
 
 #include "kxPoseWatch.h"
+#include "kxTypedText.h"
 
 #include <files/kxSceneIO.h>
 #include <files/scene/kxProgress.h>
@@ -224,11 +225,13 @@ bool kxDocument::importFile(const QString& file)
 
 bool kxDocument::save()
 {
+    kxTypedText::finish();
     return _path.isEmpty() ? saveAs() : saveTo(_path);
 }
 
 bool kxDocument::saveAs()
 {
+    kxTypedText::finish();
     if (!_dialogs.askForPath)
         return false;
     QString proposal = _path;

@@ -16,6 +16,7 @@
 #include "kxRenderProgress.h"
 #include "kxShortcutsDialog.h"
 #include "kxTrustKeeper.h"
+#include "kxTypedText.h"
 #include "kxVersionKeeper.h"
 #include "kxVersionsDialog.h"
 #include "kxWelcome.h"
@@ -137,6 +138,7 @@ kxMainWindow::kxMainWindow(QWidget* parent)
     _trust = new kxTrustKeeper(this, _view);
     connect(_film, &kxFilmPanel::fullScreenAsked, this, [this] { _cleanView->set(true); });
     new kxFileBar(*_document, _view);
+    connect(&kxHistory::the(), &kxHistory::toBeWalked, this, &kxTypedText::finish);
     _view->addAction(_film->playAction());
     connect(_versions, &kxVersionPanel::goToAsked, _versionKeeper, &kxVersionKeeper::goTo);
     connect(_versions, &kxVersionPanel::saveAsAsked, _versionKeeper,

@@ -269,6 +269,7 @@ bool kxHistory::undo()
 {
     if (_isWalking)
         return false;
+    Q_EMIT toBeWalked();
     if (isCollecting() && !_runs.back().steps.empty())
     {
         if (gatherRun())
@@ -284,7 +285,10 @@ bool kxHistory::undo()
 
 bool kxHistory::redo()
 {
-    if (_isWalking || isHeldBack())
+    if (_isWalking)
+        return false;
+    Q_EMIT toBeWalked();
+    if (isHeldBack())
         return false;
     flush();
     return canRedo() && walk(true);
@@ -292,6 +296,9 @@ bool kxHistory::redo()
 
 void kxHistory::setIndex(int index)
 {
+    if (_isWalking)
+        return;
+    Q_EMIT toBeWalked();
     if (isHeldBack())
         return;
     flush();

@@ -87,6 +87,8 @@ public:
     quint64 content() const { return _list.content(); }
 
 Q_SIGNALS:
+    /// Somebody asks for undo(), redo() or setIndex(): what isn't an edit yet may become one.
+    void toBeWalked();
     void changed();
     /// Some time after it changed last; all entries have their words.
     void rested();

@@ -70,6 +70,51 @@ private Q_SLOTS:
         QVERIFY(tool->width() >= 647 && tool->height() >= 270 && room->horizontalScrollBar()->isVisible());
     }
 
+    void typedTextIsAnEditFirst_data()
+    {
+        kxColumns<bool, bool>("inTree", "saves");
+        QTest::newRow("name, undo") << false << false;
+        QTest::newRow("name, save") << false << true;
+        QTest::newRow("row, undo") << true << false;
+        QTest::newRow("row, save") << true << true;
+    }
+
+    void typedTextIsAnEditFirst()
+    {
+        QFETCH(bool, inTree);
+        QFETCH(bool, saves);
+        QTemporaryDir folder;
+        const osg::NodePtr first = kxSceneFixture::addObject("First"), box = kxSceneFixture::addObject("Box");
+        QVERIFY(_window->document().saveTo(folder.filePath("typed.kxs")));
+        const int start = kxHistory::the().index();
+        for (const osg::NodePtr& node : {first, box})
+        {
+            kxSelection::the().selectNodes({node});
+            kxHistory::the().flush();
+        }
+        const int count = kxHistory::the().count();
+        QApplication::setActiveWindow(_window.data());
+        QCoreApplication::processEvents();
+        auto* const rows = _window->findChild<QTreeView*>("_objects");
+        if (inTree)
+            rows->edit(rows->model()->index(1, 0));
+        auto* const field =
+            inTree ? rows->viewport()->findChild<QLineEdit*>() : _window->findChild<QLineEdit*>("_name");
+        field->setFocus();
+        field->selectAll();
+        QTest::keyClicks(field, "Typed");
+        _window->findChild<QAction*>(saves ? "_actionSave" : "_actionUndo")->trigger();
+        QCoreApplication::processEvents();
+        QCOMPARE(QString::fromStdString(box->getNodeName()), QString(saves ? "Typed" : "Box"));
+        QCOMPARE(kxHistory::the().count(), count + 1);
+        QVERIFY(!saves || !_window->isWindowModified());
+        while (kxHistory::the().index() > start && kxHistory::the().undo()) // properties go with the selection
+            QCoreApplication::processEvents();
+        while (kxHistory::the().redo())
+            QCoreApplication::processEvents();
+        QCOMPARE(QString::fromStdString(box->getNodeName()), QString("Typed"));
+    }
+
     void tabLeadsToWhatIsSeen()
     {
         QSet<const QWidget*> unseen, met;
