@@ -129,10 +129,13 @@ private Q_SLOTS:
         ran.clear();
         {
             const kxHeldMessages::Scope script;
-            const kxHeldMessages::Scope inner;
-            for (int i = 0; i < 3; ++i)
-                QCOMPARE(kxSend(kxMessageName::PastedAnimations), 1);
+            {
+                const kxHeldMessages::Scope inner;
+                for (int i = 0; i < 3; ++i)
+                    QCOMPARE(kxSend(kxMessageName::PastedAnimations), 1);
+            }
             QVERIFY(ran.isEmpty());
+            kxHeldMessages::deliver();
             kxHeldMessages::deliver();
             QCOMPARE(ran.size(), 1);
             {
