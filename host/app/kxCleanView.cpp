@@ -35,10 +35,14 @@ void kxCleanView::set(bool on)
         bar->holdBack(on);
     if (on)
     {
-        settle();
-        _layout = _window->saveState();
-        _state = _window->windowState();
-        _size = _window->size();
+        if (!_leaving.isActive()) // else what it is to come back to is known, and what is there isn't it yet
+        {
+            _layout = _window->saveState();
+            _state = _window->windowState();
+            _size = _window->size();
+        }
+        _leaving.stop();
+        _window->setUpdatesEnabled(true);
         QList<QWidget*> parts = {_window->menuBar(), _window->statusBar()};
         for (QToolBar* const bar : _window->findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
             parts << bar;
