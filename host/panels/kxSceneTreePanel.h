@@ -30,6 +30,7 @@ protected:
 private:
     /// Ids of the rows that the view shows as selected.
     std::unordered_set<unsigned int> shownSelection() const;
+    QModelIndex rowOf(unsigned int id) const;
     void takeSelection();
     void giveSelection();
     void filter(const QString& text);

@@ -5,6 +5,7 @@
 #include <panels/kxSceneTreePanel.h>
 
 #include <QContextMenuEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTreeView>
 
@@ -93,6 +94,26 @@ private Q_SLOTS:
         QCOMPARE(objects().back()->getNodeName(), std::string("Child"));
         view->expand(view->model()->index(0, 0));
         QVERIFY(isExpanded("B2"));
+    }
+
+    /// What the search hides is there once more after it, whatever moved and came meanwhile.
+    void searchGivesBackAll()
+    {
+        const osg::NodePtr a = addObject("A"), b = addObject("B");
+        const std::vector<osg::NodePtr> children = {addObject("A0", a), addObject("A1", a), addObject("B0", b)};
+        kxSceneTreePanel panel(nullptr);
+        auto* const search = panel.findChild<QLineEdit*>("_search");
+        search->setText("nothing has this name");
+        QCOMPARE(panel.view()->model()->rowCount(), 0);
+        kxSelection::the().selectNodes(children);
+        kxScene::the()->flush();
+        kxSceneEdits::moveNodes({children[0], children[1]}, b, -1);
+        kxScene::the()->flush();
+        addObject("B3", b);
+        addObject("A0 new", a);
+        kxScene::the()->flush();
+        search->clear();
+        QCOMPARE(namesBelow(*panel.view()->model(), QModelIndex()), QString("A(A0 new())B(B0()A0()A1()B3())"));
     }
 
     void dropCountsVisibleRows()
@@ -197,6 +218,16 @@ private Q_SLOTS:
     }
 
 private:
+    static QString namesBelow(const QAbstractItemModel& model, const QModelIndex& index)
+    {
+        QString names;
+        for (int row = 0; row < model.rowCount(index); ++row)
+        {
+            const QModelIndex child = model.index(row, 0, index);
+            names += child.data().toString() + '(' + namesBelow(model, child) + ')';
+        }
+        return names;
+    }
     static void compare(const kxSceneTreeModel& model, const QModelIndex& index, const osg::NodePtr& node)
     {
         QCOMPARE(model.rowCount(index), int(node->getNChildren()));
