@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -38,6 +39,17 @@ kxCodeDialog::kxCodeDialog(QWidget* parent)
     parts->setSizes({220, 500});
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    const auto add = [&](const QString& text, const char* name, kxCodeTrust::Answer given)
+    {
+        QPushButton* const button = buttons->addButton(text, QDialogButtonBox::ActionRole);
+        button->setObjectName(QString::fromLatin1(name));
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [given] { kxCodeTrust::the().answer(given); });
+        _answers << button;
+    };
+    add(tr("Never Run It"), "_codeNever", kxCodeTrust::Never);
+    add(tr("Run This Time"), "_codeThisTime", kxCodeTrust::ThisTime);
+    add(tr("Always for This File"), "_codeAlways", kxCodeTrust::Always);
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(_summary);
     layout->addWidget(parts, 1);
@@ -68,10 +80,12 @@ void kxCodeDialog::follow()
         _list->addItem(kxCodeTrust::the().mayRun(piece.text) ? name : tr("%1 (skipped)").arg(name));
     }
     const std::size_t waiting = kxCodeTrust::the().waiting().size();
+    for (QPushButton* const answer : qAsConst(_answers))
+        answer->setVisible(waiting > 0);
     _summary->setText(_code.empty() ? tr("This scene holds no code.")
                       : waiting == 0
                           ? tr("This scene holds code, which may run: %1.").arg(kxSceneCode::summary(_code.size()))
-                          : kxCodeTrust::the().question() + QLatin1Char(' ') + tr("It is skipped until you allow it."));
+                          : kxCodeTrust::the().question());
     _list->setCurrentRow(std::min(row, _list->count() - 1));
     showPiece();
 }

@@ -6,8 +6,9 @@
 class QLabel;
 class QListWidget;
 class QPlainTextEdit;
+class QPushButton;
 
-/// Shows the code that the open scene carries, to be read and nothing else.
+/// Shows the code that the open scene carries, to be read, and to be answered for.
 class kxCodeDialog : public QDialog
 {
     Q_OBJECT
@@ -24,5 +25,6 @@ private:
     QLabel* _summary;
     QListWidget* _list;
     QPlainTextEdit* _text;
+    QList<QPushButton*> _answers; ///< as long as there is code that doesn't run
     std::vector<kxSceneCode> _code;
 };

@@ -18,6 +18,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int DigestLetters = 12; ///< that are shown; the tool tip has all
@@ -54,14 +56,26 @@ quint64 pictureMemory()
 
 QTreeWidgetItem* rowOf(const kxTrustStore::File& file)
 {
-    const QString name = file.name.isEmpty() ? tr("Written here, in no file yet") : QFileInfo(file.name).fileName();
-    const QString digest = QString::fromLatin1(file.digest().toHex());
-    auto* const row =
-        new QTreeWidgetItem({name, QLocale().toString(file.time, QLocale::ShortFormat), digest.left(DigestLetters)});
+    const QString name = !file.name.isEmpty() ? QFileInfo(file.name).fileName()
+                         : file.isRefused     ? tr("A scene in no file")
+                                              : tr("Written here, in no file yet");
+    QStringList digests;
+    for (auto code = file.code.rbegin(); code != file.code.rend(); ++code)
+        digests << QString::fromLatin1(code->toHex());
+    const QString more = digests.size() > 1 ? tr(" and %1 more").arg(digests.size() - 1) : QString();
+    auto* const row = new QTreeWidgetItem({name, file.isRefused ? tr("never") : tr("may run"),
+                                           QLocale().toString(file.time, QLocale::ShortFormat),
+                                           digests.front().left(DigestLetters) + more});
     row->setData(0, Qt::UserRole, file.name);
+    row->setData(1, Qt::UserRole, file.isRefused);
     row->setToolTip(0, Qt::convertFromPlainText(QDir::toNativeSeparators(file.name)));
-    row->setToolTip(2, digest);
+    row->setToolTip(3, digests.join(QLatin1Char('\n')));
     return row;
+}
+
+kxTrustStore::File fileOf(const QTreeWidgetItem& row)
+{
+    return {row.data(0, Qt::UserRole).toString(), {}, {}, row.data(1, Qt::UserRole).toBool()};
 }
 } // namespace
 
@@ -83,21 +97,21 @@ void kxSecurityPreferences::makePage()
 {
     _page = new QWidget;
     auto* const layout = new QVBoxLayout(_page);
-    auto* const title = new QLabel(tr("Files whose code may run"));
+    auto* const title = new QLabel(tr("Files whose code was answered for"));
     layout->addWidget(title);
     _files = new QTreeWidget;
     _files->setObjectName(QStringLiteral("_trustedFiles"));
     _files->setAccessibleName(title->text());
-    _files->setHeaderLabels({tr("File"), tr("Since"), tr("Digest")});
+    _files->setHeaderLabels({tr("File"), tr("Code"), tr("Since"), tr("Digest")});
     _files->setRootIsDecorated(false);
     _files->setUniformRowHeights(true);
     _files->setSelectionMode(QAbstractItemView::ExtendedSelection);
     _files->header()->setStretchLastSection(false);
     _files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    _files->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    _files->header()->setSectionResizeMode(2, QHeaderView::ResizeToContents);
+    for (const int column : {1, 2, 3})
+        _files->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
     new kxEmptyHint(tr("No file's code may run.\n\nScenes with code that you write and save come here, and those for "
-                       "which you answer \"Always for This File\"."),
+                       "which you answer \"Always for This File\" or \"Never\"."),
                     _files);
     layout->addWidget(_files, 1);
     auto* const buttons = new QHBoxLayout;
@@ -112,7 +126,7 @@ void kxSecurityPreferences::makePage()
     auto* const note =
         new QLabel(tr("Code is known by what it says, not by the file's name: a file that is moved keeps "
                       "its place here, and one whose code is changed elsewhere is asked for again. What "
-                      "is removed is asked for again at once."));
+                      "is removed is asked for again; that counts at once, without OK."));
     note->setWordWrap(true);
     layout->addWidget(note);
     _memory =
@@ -188,25 +202,26 @@ void kxSecurityPreferences::preferencesToGUI()
 
 void kxSecurityPreferences::listFiles()
 {
-    QStringList selected;
+    std::vector<kxTrustStore::File> selected;
     for (const QTreeWidgetItem* const row : _files->selectedItems())
-        selected << row->data(0, Qt::UserRole).toString();
+        selected.push_back(fileOf(*row));
     _files->clear();
     for (const kxTrustStore::File& file : kxCodeTrust::the().files())
     {
         QTreeWidgetItem* const row = rowOf(file);
         _files->insertTopLevelItem(0, row); // the newest first
-        row->setSelected(selected.contains(file.name));
+        row->setSelected(std::any_of(selected.begin(), selected.end(),
+                                     [&file](const kxTrustStore::File& other) { return other.is(file); }));
     }
     updateButtons();
 }
 
 void kxSecurityPreferences::revoke(bool all)
 {
-    QStringList names;
+    std::vector<kxTrustStore::File> files;
     for (int i = 0; i < _files->topLevelItemCount(); ++i)
         if (const QTreeWidgetItem* const row = _files->topLevelItem(i); all || row->isSelected())
-            names << row->data(0, Qt::UserRole).toString();
-    kxCodeTrust::the().revoke(names);
+            files.push_back(fileOf(*row));
+    kxCodeTrust::the().revoke(files);
     listFiles();
 }

@@ -4,21 +4,25 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 
 kxTrustBar::kxTrustBar(QWidget* view) : kxQuestionBar(QStringLiteral("trust"), view)
 {
     setAccessibleName(tr("Code of this file"));
-    const auto answer = [](kxCodeTrust::Answer given) { return [given] { kxCodeTrust::the().answer(given); }; };
     addAnswer(tr("Show Code..."), "_trustShow", tr("Shows the code, without running it"),
               [this] { Q_EMIT showAsked(); });
     answers()->addStretch();
-    answers()->addWidget(new QLabel(tr("Run code of this file?"), this));
-    addAnswer(tr("Never"), "_trustNever", tr("Its code is skipped; File > Code of This Scene asks again"),
-              answer(kxCodeTrust::Never));
-    addAnswer(tr("This Time"), "_trustThisTime", tr("Its code may run until another scene is opened"),
-              answer(kxCodeTrust::ThisTime));
-    addAnswer(tr("Always for This File"), "_trustAlways",
-              tr("This code may run from now on; Preferences > Security takes it back"), answer(kxCodeTrust::Always));
+    auto* const question = new QLabel(tr("Run code of this file?"), this);
+    answers()->addWidget(question);
+    _answers << question;
+    const auto add = [this](const QString& text, const char* name, const QString& tip, kxCodeTrust::Answer given)
+    { _answers << addAnswer(text, name, tip, [given] { kxCodeTrust::the().answer(given); }); };
+    add(tr("Never"), "_trustNever",
+        tr("Its code is skipped and not asked for again; Preferences > Security takes it back"), kxCodeTrust::Never);
+    add(tr("This Time"), "_trustThisTime", tr("Its code may run until another scene is opened"), kxCodeTrust::ThisTime);
+    add(tr("Always for This File"), "_trustAlways",
+        tr("This code may run from now on; Preferences > Security takes it back"), kxCodeTrust::Always);
+    _again = addAnswer(tr("Ask Again"), "_trustAgain", tr("Shows the question"), [] { kxCodeTrust::the().ask(); });
     connect(&kxCodeTrust::the(), &kxCodeTrust::changed, this, &kxTrustBar::follow);
     follow();
 }
@@ -26,5 +30,10 @@ kxTrustBar::kxTrustBar(QWidget* view) : kxQuestionBar(QStringLiteral("trust"), v
 void kxTrustBar::follow()
 {
     const kxCodeTrust& trust = kxCodeTrust::the();
-    ask(trust.isAsking() ? trust.question() + QLatin1Char(' ') + tr("It is skipped until you allow it.") : QString());
+    for (QWidget* const answer : qAsConst(_answers))
+        answer->setVisible(trust.isAsking());
+    _again->setVisible(!trust.isAsking());
+    ask(trust.isAsking()          ? trust.question()
+        : trust.waiting().empty() ? QString()
+                                  : tr("Code of this file doesn't run."));
 }

@@ -2,7 +2,7 @@
 
 #include "kxQuestionBar.h"
 
-/// Asks above the view whether code that came with a file may run, as long as nobody has answered.
+/// Asks above the view whether code that came with a file may run; says quietly that it doesn't, once that was refused.
 class kxTrustBar : public kxQuestionBar
 {
     Q_OBJECT
@@ -14,4 +14,7 @@ Q_SIGNALS:
 
 private:
     void follow();
+
+    QList<QWidget*> _answers; ///< away where there is nothing to answer
+    QWidget* _again;
 };

@@ -6,7 +6,13 @@
 #include <trust/kxCodeTrust.h>
 
 #include <QMainWindow>
+#include <QStatusBar>
 #include <QVBoxLayout>
+
+namespace
+{
+constexpr int ShownFor = 8000; // ms
+}
 
 kxTrustKeeper::kxTrustKeeper(QMainWindow* window, QWidget* view) : QObject(window), _window(window)
 {
@@ -16,6 +22,9 @@ kxTrustKeeper::kxTrustKeeper(QMainWindow* window, QWidget* view) : QObject(windo
     layout->setSpacing(0);
     layout->addWidget(view, 1);
     window->setCentralWidget(middle);
+    // In place of the line that told that there is code.
+    connect(&kxCodeTrust::the(), &kxCodeTrust::answered, window->statusBar(),
+            [bar = window->statusBar()](const QString& said) { bar->showMessage(said, ShownFor); });
     connect(new kxTrustBar(view), &kxTrustBar::showAsked, this, &kxTrustKeeper::showCode);
 }
 

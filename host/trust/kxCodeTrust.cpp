@@ -82,7 +82,7 @@ void kxCodeTrust::follow(const QString& file)
             _foreign.insert(digest);
         if (mayRun(piece.text))
             continue;
-        _isAsking = _isAsking || !isIn(before, digest);
+        _isAsking = _isAsking || (!isIn(before, digest) && !_store.isRefused(digest));
         _origins.emplace(digest, file);
         _waiting.push_back(std::move(piece));
     }
@@ -96,6 +96,12 @@ QString kxCodeTrust::originOf(const kxSceneCode& piece) const
 }
 
 QString kxCodeTrust::question() const
+{
+    return whatWaits() + QLatin1Char(' ') +
+           tr("It can read, change and delete your files, with all your rights, and is skipped until you allow it.");
+}
+
+QString kxCodeTrust::whatWaits() const
 {
     QStringList imports;
     bool isOwn = false;
@@ -125,6 +131,8 @@ void kxCodeTrust::tell(const QString& file) const
     QString name = called(file);
     name[0] = name[0].toUpper();
     const QString summary = kxSceneCode::summary(count);
+    if (!_isUnattended && !_isAsking)
+        return kxLog::info(tr("%1 holds code that you refused, and that doesn't run: %2.").arg(name, summary));
     kxLog::warning((_isUnattended ? tr("%1 holds code, which is skipped: %2. --trust lets it run.")
                                   : tr("%1 holds code: %2. It doesn't run until you say so, above the view."))
                        .arg(name, summary));
@@ -150,6 +158,7 @@ void kxCodeTrust::imported(const QString& file)
 void kxCodeTrust::answer(Answer answer)
 {
     std::map<QString, std::vector<QByteArray>> code;
+    QStringList said;
     for (const kxSceneCode& piece : _waiting)
     {
         bool isWhole = true;
@@ -157,12 +166,14 @@ void kxCodeTrust::answer(Answer answer)
         if (isWhole || answer == Never)
             code[originOf(piece)].push_back(kxSceneCode::digest(piece.text));
         else
-            kxLog::warning(
-                tr("Step %1 of the sequence \"%2\" is longer than what can be shown of it (%n characters), so "
-                   "it isn't allowed.",
-                   nullptr, kxSceneCode::MostShown)
-                    .arg(piece.step)
-                    .arg(QString::fromStdString(piece.sequence)));
+        {
+            said << tr("Step %1 of the sequence \"%2\" is longer than what can be shown of it (%n characters), so "
+                       "it isn't allowed.",
+                       nullptr, kxSceneCode::MostShown)
+                        .arg(piece.step)
+                        .arg(QString::fromStdString(piece.sequence));
+            kxLog::warning(said.back());
+        }
     }
     for (const auto& [file, digests] : code)
     {
@@ -170,13 +181,17 @@ void kxCodeTrust::answer(Answer answer)
             _store.add(file, digests);
         else if (answer == ThisTime)
             _thisTime.unite(QSet<QByteArray>(digests.begin(), digests.end()));
-        kxLog::info((answer == Always     ? tr("Code of %1 may run from now on.")
-                     : answer == ThisTime ? tr("Code of %1 may run until another scene is opened.")
-                                          : tr("Code of %1 is skipped. File > Code of This Scene asks again."))
-                        .arg(called(file)));
+        else
+            _store.refuse(file, digests);
+        said << (answer == Always     ? tr("Code of %1 may run from now on.")
+                 : answer == ThisTime ? tr("Code of %1 may run until another scene is opened.")
+                                      : tr("Code of %1 doesn't run, and isn't asked for again."))
+                    .arg(called(file));
+        kxLog::info(said.back());
     }
     _isAsking = false;
     follow(_source);
+    Q_EMIT answered(said.join(QLatin1Char(' ')));
 }
 
 void kxCodeTrust::ask()
@@ -185,9 +200,13 @@ void kxCodeTrust::ask()
     Q_EMIT changed();
 }
 
-void kxCodeTrust::revoke(const QStringList& files)
+void kxCodeTrust::revoke(const std::vector<kxTrustStore::File>& files)
 {
     _store.remove(files);
+    for (const kxTrustStore::File& file : files)
+        kxLog::info((file.isRefused ? tr("Code of %1 is asked for again.") : tr("Code of %1 may no longer run."))
+                        .arg(called(file.name)));
+    _waiting.clear(); // whatever was answered
     follow(_source);
 }
 
@@ -202,7 +221,7 @@ void kxCodeTrust::setTrusting(bool trusts)
 
 bool kxCodeTrust::isForeign(const QByteArray& digest)
 {
-    return _foreign.contains(digest) && !_store.contains(digest);
+    return (_foreign.contains(digest) || _store.isRefused(digest)) && !_store.contains(digest);
 }
 
 void kxCodeTrust::saved(const QString& file)

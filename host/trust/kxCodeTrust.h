@@ -20,7 +20,7 @@ public:
 
     enum Answer
     {
-        Never,    ///< not asked again for this scene, until something else comes in
+        Never,    ///< not asked again for this code
         ThisTime, ///< until another scene is open
         Always
     };
@@ -30,15 +30,16 @@ public:
     const std::vector<kxSceneCode>& waiting() const { return _waiting; }
     /// Nobody has answered for what waits.
     bool isAsking() const { return _isAsking; }
-    /// What waits and where it came from, for the user.
+    /// What waits and where it came from, and what it could do, for the user.
     QString question() const;
     void answer(Answer answer);
     /// Asks again after Never.
     void ask();
 
-    /// What may run for good.
+    /// What may run for good, and what never may.
     const std::vector<kxTrustStore::File>& files() { return _store.files(); }
-    void revoke(const QStringList& files);
+    /// Takes the answers back.
+    void revoke(const std::vector<kxTrustStore::File>& files);
 
     /// Everything that is opened may run, as the command line says.
     void setTrusting(bool trusts);
@@ -58,6 +59,8 @@ public:
 Q_SIGNALS:
     /// Something else waits, or is asked for.
     void changed();
+    /// `said`: what follows from it.
+    void answered(const QString& said);
 
 private:
     class Watch;
@@ -65,8 +68,9 @@ private:
     /// Of what is new in the scene, all came from `file`.
     void follow(const QString& file);
     void tell(const QString& file) const;
+    QString whatWaits() const;
     QString originOf(const kxSceneCode& piece) const;
-    /// Came with a file, now or before, and may not run for good.
+    /// Came with a file, now or before, or was refused, and may not run for good.
     bool isForeign(const QByteArray& digest);
 
     kxTrustStore _store;

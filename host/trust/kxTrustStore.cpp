@@ -4,7 +4,6 @@
 #include <kxLog.h>
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -24,7 +23,8 @@ constexpr std::size_t MostUnsaved = 2000; ///< pieces written here that are in n
 constexpr int DigestSize = 32;
 constexpr int LockTime = 2000; // milliseconds
 
-const QLatin1String FilesKey("files"), NameKey("name"), TimeKey("time"), CodeKey("code");
+// Either of the last two, so that who knows of no refusals allows nothing.
+const QLatin1String FilesKey("files"), NameKey("name"), TimeKey("time"), CodeKey("code"), RefusedKey("refused");
 
 QString path()
 {
@@ -47,16 +47,6 @@ void drop(std::vector<QByteArray>& from, const std::vector<QByteArray>& code)
 }
 } // namespace
 
-QByteArray kxTrustStore::File::digest() const
-{
-    std::vector<QByteArray> sorted = code;
-    std::sort(sorted.begin(), sorted.end());
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const QByteArray& piece : sorted)
-        hash.addData(piece);
-    return hash.result();
-}
-
 void kxTrustStore::refresh()
 {
     if (_path != path() || _stamp != stampOf(path()))
@@ -69,6 +59,7 @@ void kxTrustStore::read()
     _stamp = stampOf(_path);
     _files.clear();
     _code.clear();
+    _refused.clear();
     QFile file(_path);
     if (_stamp.isEmpty() || file.size() > LargestFile || !file.open(QIODevice::ReadOnly))
         return;
@@ -76,12 +67,15 @@ void kxTrustStore::read()
     for (const QJsonValue& value : files)
     {
         const QJsonObject object = value.toObject();
-        File read{object[NameKey].toString(), QDateTime::fromString(object[TimeKey].toString(), Qt::ISODate), {}};
-        for (const QJsonValue& code : object[CodeKey].toArray())
+        File read{object[NameKey].toString(),
+                  QDateTime::fromString(object[TimeKey].toString(), Qt::ISODate),
+                  {},
+                  object.contains(RefusedKey)};
+        for (const QJsonValue& code : object[read.isRefused ? RefusedKey : CodeKey].toArray())
             if (const QByteArray digest = QByteArray::fromHex(code.toString().toLatin1()); digest.size() == DigestSize)
             {
                 read.code.push_back(digest);
-                _code.insert(digest);
+                (read.isRefused ? _refused : _code).insert(digest);
             }
         if (!read.code.empty())
             _files.push_back(read);
@@ -92,15 +86,18 @@ bool kxTrustStore::write()
 {
     QJsonArray files;
     _code.clear();
+    _refused.clear();
     for (const File& file : _files)
     {
         QJsonArray code;
         for (const QByteArray& digest : file.code)
         {
             code.append(QString::fromLatin1(digest.toHex()));
-            _code.insert(digest);
+            (file.isRefused ? _refused : _code).insert(digest);
         }
-        files.append(QJsonObject{{NameKey, file.name}, {TimeKey, file.time.toString(Qt::ISODate)}, {CodeKey, code}});
+        files.append(QJsonObject{{NameKey, file.name},
+                                 {TimeKey, file.time.toString(Qt::ISODate)},
+                                 {file.isRefused ? RefusedKey : CodeKey, code}});
     }
     QSaveFile file(_path);
     const bool isWritten = file.open(QIODevice::WriteOnly) &&
@@ -124,11 +121,11 @@ void kxTrustStore::change(const std::function<void()>& edit)
                            .arg(_path));
 }
 
-kxTrustStore::File& kxTrustStore::fileOf(const QString& name)
+kxTrustStore::File& kxTrustStore::fileOf(const QString& name, bool isRefused)
 {
+    File file{name, {}, {}, isRefused};
     const auto found =
-        std::find_if(_files.begin(), _files.end(), [&name](const File& file) { return file.name == name; });
-    File file{name, {}, {}};
+        std::find_if(_files.begin(), _files.end(), [&file](const File& other) { return other.is(file); });
     if (found != _files.end())
     {
         file = *found;
@@ -145,13 +142,20 @@ bool kxTrustStore::contains(const QByteArray& code)
     return _code.contains(code);
 }
 
+bool kxTrustStore::isRefused(const QByteArray& code)
+{
+    refresh();
+    return _refused.contains(code);
+}
+
 bool kxTrustStore::holds(const QString& name, const std::vector<QByteArray>& code)
 {
     const auto has = [&](const QString& file, const QByteArray& digest)
     {
         return std::any_of(files().begin(), files().end(),
-                           [&](const File& other) {
-                               return other.name == file &&
+                           [&](const File& other)
+                           {
+                               return other.name == file && !other.isRefused &&
                                       std::find(other.code.begin(), other.code.end(), digest) != other.code.end();
                            });
     };
@@ -165,15 +169,15 @@ const std::vector<kxTrustStore::File>& kxTrustStore::files()
     return _files;
 }
 
-void kxTrustStore::add(const QString& name, const std::vector<QByteArray>& code)
+void kxTrustStore::put(const QString& name, bool isRefused, const std::vector<QByteArray>& code)
 {
     change(
         [&]
         {
             for (File& file : _files) // what was written here is in a file from now on
-                if (file.name.isEmpty())
+                if (file.name.isEmpty() || file.isRefused != isRefused)
                     drop(file.code, code);
-            std::vector<QByteArray>& all = fileOf(name).code;
+            std::vector<QByteArray>& all = fileOf(name, isRefused).code;
             drop(all, code);
             all.insert(all.end(), code.begin(), code.end());
             if (name.isEmpty() && all.size() > MostUnsaved)
@@ -181,13 +185,19 @@ void kxTrustStore::add(const QString& name, const std::vector<QByteArray>& code)
         });
 }
 
-void kxTrustStore::remove(const QStringList& names)
+void kxTrustStore::add(const QString& name, const std::vector<QByteArray>& code)
 {
-    change(
-        [&]
-        {
-            _files.erase(std::remove_if(_files.begin(), _files.end(),
-                                        [&names](const File& file) { return names.contains(file.name); }),
-                         _files.end());
-        });
+    put(name, false, code);
+}
+
+void kxTrustStore::refuse(const QString& name, const std::vector<QByteArray>& code)
+{
+    put(name, true, code);
+}
+
+void kxTrustStore::remove(const std::vector<File>& files)
+{
+    const auto goes = [&files](const File& file)
+    { return std::any_of(files.begin(), files.end(), [&file](const File& other) { return other.is(file); }); };
+    change([&] { _files.erase(std::remove_if(_files.begin(), _files.end(), goes), _files.end()); });
 }

@@ -84,24 +84,43 @@ private Q_SLOTS:
         const QString path = stranger("door.kxs", "ab");
         open(path);
         QCOMPARE(ran(), QString());
-        QVERIFY(bar()->isVisible() && text("_trustText").contains("This scene holds code: 2 sequence steps in Python"));
+        QVERIFY(isAsking() && text("_trustText").contains("This scene holds code: 2 sequence steps in Python"));
+        QVERIFY(text("_trustText").contains("delete your files"));
         QCOMPARE(kxLogged().filter("'door.kxs' holds code").size(), 1);
         if (!button.isEmpty())
+        {
             bar()->findChild<QPushButton*>(button)->click();
+            QVERIFY(_window->statusBar()->currentMessage().startsWith("Code of 'door.kxs' "));
+        }
         QTEST(ran(), "now");
-        QTEST(bar()->isVisible(), "asks");
+        QTEST(isAsking(), "asks");
+        const bool isRefused = button == "_trustNever";
+        QCOMPARE(bar()->isVisible(), button.isEmpty() || isRefused);
+        if (isRefused)
+            QCOMPARE(text("_trustText"), QString("Code of this file doesn't run."));
         _window->findChild<QAction*>("_actionCodeofThisScene")->trigger(); // asks again
-        QTEST(bar()->isVisible() ? QString() : QString("ab"), "now");
+        QTEST(isAsking() ? QString() : QString("ab"), "now");
 
         // A file that was moved is the same one; one that somebody changed isn't.
         const QString moved = _folder->filePath("moved.kxs");
         QVERIFY(QFile::rename(path, moved));
         open(moved);
         QCOMPARE(ran(), later);
-        QCOMPARE(bar()->isVisible(), later.isEmpty());
+        QCOMPARE(isAsking(), later.isEmpty() && !isRefused);
         open(stranger("door.kxs", "ac"));
         QCOMPARE(ran(), later.left(1));
-        QVERIFY(bar()->isVisible());
+        QVERIFY(isAsking());
+        if (!isRefused)
+            return;
+        open(moved);
+        _window->openPreferences("Security"); // takes it back
+        const auto* const list = _window->findChild<QTreeWidget*>("_trustedFiles");
+        QCOMPARE(list->topLevelItem(0)->text(1), QString("never"));
+        QFile stored(_folder->filePath("trusted.json"));
+        QVERIFY(stored.open(QIODevice::ReadOnly) &&
+                stored.readAll().contains(list->topLevelItem(0)->text(3).left(12).toUtf8()));
+        _window->findChild<QAbstractButton*>("_removeAllTrusted")->click();
+        QVERIFY(isAsking() && kxLogged().filter("is asked for again").size() == 1);
     }
 
     void whatIsWrittenHereRuns()
@@ -136,6 +155,22 @@ private Q_SLOTS:
         QCOMPARE(ran(), QString("a"));
         _window->findChild<QAbstractButton*>("_removeAllTrusted")->click();
         QVERIFY(ran().isEmpty() && bar()->isVisible() && list->topLevelItemCount() == 0);
+    }
+
+    void whatAnotherRunRefusedStaysRefused()
+    {
+        QFile stored(_folder->filePath("trusted.json"));
+        QVERIFY(stored.open(QIODevice::WriteOnly));
+        const QByteArray digest = kxSceneCode::digest(code("a")[0].name).toHex();
+        stored.write("{\"files\": [{\"name\": \"/x/door.kxs\", \"refused\": [\"" + digest + "\"]}]}");
+        stored.close();
+        kxSceneryEdits::addSequence(code("ab"));
+        kxScene::the()->flush();
+        QVERIFY(ran() == "b" && bar()->isVisible() && !isAsking());
+        bar()->findChild<QPushButton*>("_trustAgain")->click();
+        QVERIFY(isAsking());
+        bar()->findChild<QPushButton*>("_trustAlways")->click();
+        QCOMPARE(ran(), QString("ab"));
     }
 
     void readersMayTakeMemory()
@@ -257,7 +292,10 @@ private Q_SLOTS:
         scenery->select(sequences().front().getFieldContainerId());
         const QModelIndex step = scenery->findChild<QAbstractItemView*>("_stepList")->model()->index(1, 1);
         QVERIFY(step.data(Qt::ToolTipRole).toString().startsWith("Skipped") && step.data(Qt::ForegroundRole).isValid());
-        bar()->findChild<QPushButton*>("_trustAlways")->click();
+        auto* const always = dialog->findChild<QPushButton*>("_codeAlways");
+        QVERIFY(always->isVisible());
+        always->click();
+        QVERIFY(!always->isVisible());
         QVERIFY(step.data(Qt::ToolTipRole).toString().startsWith("print('b')") &&
                 !step.data(Qt::ForegroundRole).isValid());
         QCOMPARE(kxTexts(list->model()), QStringList({"Door, step 1", "Door, step 2"}));
@@ -288,6 +326,7 @@ private Q_SLOTS:
 
 private:
     QWidget* bar() const { return _window->findChild<QWidget*>("_trustBar"); }
+    bool isAsking() const { return bar()->findChild<QWidget*>("_trustNever")->isVisible(); }
     QString text(const char* label) const { return _window->findChild<QLabel*>(label)->text(); }
     void open(const QString& path) { QVERIFY(_window->document().openFile(path)); }
 
