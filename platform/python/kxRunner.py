@@ -98,7 +98,12 @@ def run_text(source, name):
 
     def body():
         _remember(name, source)
-        exec(compile(source.decode("utf-8-sig"), name, "exec", dont_inherit=True), __main__.__dict__)
+        try:
+            text = source.decode("utf-8-sig")
+        except UnicodeDecodeError as error:
+            line = source.count(b"\n", 0, error.start) + 1
+            raise SyntaxError("the text isn't UTF-8: %s" % error.reason, (name, line, None, None)) from None
+        exec(compile(text, name, "exec", dont_inherit=True), __main__.__dict__)
 
     return _guard(body)
 
