@@ -505,7 +505,7 @@ Connections: {
         QTEST(material()->getBaseColorImage() != NullFC, "read");
         QTEST(notes.contains(refusal), "refused");
         QCOMPARE(notes.count(".png"), material()->getBaseColorImage() == NullFC ? 1 : 0); // one line
-        for (const char* const key : {"map_Ka", "map_d"})            // which aren't shown
+        for (const char* const key : {"map_Ka", "map_d"})                                 // which aren't shown
         {
             QVERIFY(writeFile(top.filePath("model/a.mtl"), QByteArray("newmtl m\n") + key + " ../far.png\n"));
             QVERIFY(read("a.obj") && notes.count("'../far.png' " + refusal) == 1);
