@@ -57,7 +57,8 @@ kxFileWatch::Stamp kxFileWatch::stamp() const
     if (_path.isEmpty() || stat(QFile::encodeName(_path).constData(), &status) != 0)
         return Stamp();
     return {status.st_size, status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec, status.st_ino,
-            file.open(QIODevice::ReadOnly) ? file.read(kxEnvelope::HeadSize) : QByteArray()};
+            // What stands there instead may be a pipe that nobody writes into.
+            S_ISREG(status.st_mode) && file.open(QIODevice::ReadOnly) ? file.read(kxEnvelope::HeadSize) : QByteArray()};
 }
 
 bool kxFileWatch::holdsTheSame(const Stamp& now) const
