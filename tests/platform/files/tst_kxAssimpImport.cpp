@@ -314,7 +314,8 @@ Connections: {
     /// What a file says of how high or wide its cameras see, by ids of its nodes and by names alone.
     void lensesOfCollada()
     {
-        const float preset = Camera::create()->getFieldOfView();
+        const osg::Share<Camera> made(Camera::create());
+        const float preset = made->getFieldOfView();
         const auto high = [](double degrees, double aspect)
         { return float(2 * std::atan(std::tan(degrees / 114.591559) / aspect) * 57.2957795); };
         const std::vector<std::pair<QByteArray, float>> lenses = {
