@@ -74,6 +74,7 @@ kxAnimClipView::kxAnimClipView(QWidget* parent) : QGraphicsView(parent)
     setFrameShape(NoFrame);
     _scene = new kxAnimClipScene(this);
     setScene(_scene);
+    connect(_scene, &kxAnimClipScene::dropEventOccured, this, [this] { _awaitsBars = false; });
     const double dpi = double(kxPlatform::getDpiScaleX());
     setSceneRect(-kxClipGeometry::TimelineFrames / 2, -kxClipLayout::StripHeight * dpi, kxClipGeometry::TimelineFrames,
                  10000);
@@ -148,6 +149,7 @@ void kxAnimClipView::frameUnseenClip()
     _isClipNew = false;
     const osg::AnimNodePtr clip = _scene->clip();
     const QVector<kxAnimAbstractClipItem*>& bars = _scene->bars();
+    _awaitsBars = clip != osg::NullFC && bars.isEmpty();
     if (clip == osg::NullFC)
         return;
     const QRectF seen = visibleRect();
@@ -170,6 +172,7 @@ void kxAnimClipView::frameUnseenClip()
 
 void kxAnimClipView::mousePressEvent(QMouseEvent* event)
 {
+    _awaitsBars = false;
     _lastY = event->y();
     _panPosition = _zoomAnchor = event->pos();
     if (event->button() != Qt::LeftButton || event->modifiers().testFlag(Qt::ControlModifier))
@@ -213,6 +216,7 @@ void kxAnimClipView::mouseDoubleClickEvent(QMouseEvent* event)
 
 void kxAnimClipView::wheelEvent(QWheelEvent* event)
 {
+    _awaitsBars = false;
     // With some modifiers the turn comes on the other axis; the events around a gesture turn nothing.
     const QPoint turned = event->angleDelta();
     const int delta = turned.y() != 0 ? turned.y() : turned.x();
@@ -288,7 +292,7 @@ void kxAnimClipView::resizeEvent(QResizeEvent* event)
 
 void kxAnimClipView::paintEvent(QPaintEvent* event)
 {
-    if (_isClipNew)
+    if (_isClipNew || (_awaitsBars && !_scene->bars().isEmpty()))
         frameUnseenClip();
     QGraphicsView::paintEvent(event);
 }

@@ -58,6 +58,7 @@ private:
     QPoint _zoomAnchor;
     double _keptX = 0; // the frame that the last zoom left where it was
     int _lastY = 0;
+    bool _awaitsBars = false;   // of a clip that was shown empty, until somebody works in the view
     bool _isClipNew = false;    // it is looked at when it is drawn: only then a view has its size
     QSet<unsigned int> _framed; // ids of the clips that were, with bars in them
     bool _isPressed = false;    // the scene got a press, and has to get its release

@@ -102,11 +102,15 @@ private Q_SLOTS:
         const osg::AnimNodePtr far = kxAnimFixture::clip("Far", {kxAnimFixture::clone(child(_clip, 0), 400)});
         kxAnimManager::the()->addToClipStructure(far);
         tree()->rebuild(false);
-        const auto seen = [this](const osg::AnimNodePtr& clip)
+        const auto isSeen = [this]
         {
-            select(clip);
             _maker->view->grab();
             return _maker->view->mapToScene(_maker->view->viewport()->rect()).boundingRect();
+        };
+        const auto seen = [&](const osg::AnimNodePtr& clip)
+        {
+            select(clip);
+            return isSeen();
         };
         const QRectF first = seen(_clip);
         QVERIFY(first.left() < 0 && std::abs(first.right() - 72) < 1);
@@ -129,6 +133,23 @@ private Q_SLOTS:
         _maker->view->scale(0.5, 1);
         const QRectF users = seen(_clip);
         QCOMPARE(seen(empty), users);
+        // Bars from elsewhere are framed, unless somebody works in the view.
+        for (const bool works : {true, false})
+        {
+            const osg::AnimNodePtr filled = kxAnimFixture::clip("Filled", {});
+            kxAnimManager::the()->addToClipStructure(filled);
+            tree()->rebuild(false);
+            const QRectF before = seen(filled);
+            if (works)
+                kxSendMouse(_maker->view->viewport(), QEvent::MouseButtonPress, {300, 90}, Qt::RightButton,
+                            Qt::RightButton);
+            filled->addChild(kxAnimFixture::clone(child(_clip, 0), 0));
+            kxAnimFixture::changed(filled, osg::Node::ChildrenFieldMask);
+            kxSend(kxMessageName::PastedAnimations);
+            QCoreApplication::processEvents();
+            const QRectF after = isSeen();
+            QVERIFY(shown()->bars().size() == 1 && (works ? after == before : std::abs(after.right() - 24) < 1));
+        }
         kxAnimManager::the()->setDetailedRangeEnd(25);
     }
 
