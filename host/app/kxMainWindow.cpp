@@ -568,7 +568,7 @@ QString kxMainWindow::renderAs(const kxRenderDialog& dialog, kxRenderJob& job, Q
         return job.renderImage(file, dialog.size(), error) ? tr("%1 written").arg(file) : QString();
     const bool isMovie = dialog.mode() == kxRenderDialog::Movie;
     const kxRenderSource::Range range = dialog.range();
-    kxRenderProgress progress(range, this);
+    kxRenderProgress progress(file, range, this);
     job.progress = [&progress](int frame, const QString&) { return progress.show(frame); };
     job.waiting = [&progress] { return progress.wait(); };
     if (!isMovie)

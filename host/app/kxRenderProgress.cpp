@@ -1,6 +1,7 @@
 #include "kxRenderProgress.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QTextStream>
 
 #include <algorithm>
@@ -36,8 +37,9 @@ void kxRenderLines::show(int frame)
                         << Qt::endl;
 }
 
-kxRenderProgress::kxRenderProgress(const kxRenderSource::Range& range, QWidget* parent)
-    : kxWorkProgress(QStringLiteral("_renderProgress"), tr("Render"), parent), _range(range), _text(tr("Rendering..."))
+kxRenderProgress::kxRenderProgress(const QString& file, const kxRenderSource::Range& range, QWidget* parent)
+    : kxWorkProgress(QStringLiteral("_renderProgress"), tr("Render %1").arg(QFileInfo(file).fileName()), parent),
+      _range(range), _text(tr("Rendering..."))
 {
     letAllGoOn();
 }

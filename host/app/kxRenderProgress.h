@@ -31,7 +31,7 @@ class kxRenderProgress : public kxWorkProgress
 {
     Q_OBJECT
 public:
-    kxRenderProgress(const kxRenderSource::Range& range, QWidget* parent);
+    kxRenderProgress(const QString& file, const kxRenderSource::Range& range, QWidget* parent);
 
     /// `frame` has been drawn. False where the user ends the job.
     bool show(int frame);

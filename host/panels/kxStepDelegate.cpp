@@ -4,7 +4,9 @@
 
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFontDatabase>
 #include <QInputDialog>
+#include <QPlainTextEdit>
 #include <QTimer>
 
 namespace
@@ -13,13 +15,15 @@ typedef kxSequenceStep::Kind Kind;
 
 void editPython(QWidget* parent, const QPersistentModelIndex& index)
 {
-    bool accepted = false;
-    const QString text = QInputDialog::getMultiLineText(
-        parent->window(), kxStepDelegate::tr("Run Python"),
-        kxStepDelegate::tr("Runs in the namespace of the console, with the names of kxHost and kxAnimWidgets."),
-        index.data(Qt::EditRole).toString(), &accepted);
-    if (accepted && index.isValid())
-        const_cast<QAbstractItemModel*>(index.model())->setData(index, text, Qt::EditRole);
+    QInputDialog dialog(parent->window());
+    dialog.setWindowTitle(kxStepDelegate::tr("Run Python"));
+    dialog.setLabelText(
+        kxStepDelegate::tr("Runs in the namespace of the console, with the names of kxHost and kxAnimWidgets."));
+    dialog.setOption(QInputDialog::UsePlainTextEditForTextInput);
+    dialog.setTextValue(index.data(Qt::EditRole).toString());
+    dialog.findChild<QPlainTextEdit*>()->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    if (dialog.exec() == QDialog::Accepted && index.isValid())
+        const_cast<QAbstractItemModel*>(index.model())->setData(index, dialog.textValue(), Qt::EditRole);
 }
 } // namespace
 

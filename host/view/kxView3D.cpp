@@ -240,7 +240,7 @@ QString kxView3D::statusText() const
     QString text = (count == 1 ? tr("1 surface") : tr("%1 surfaces").arg(count)) + QStringLiteral("  \u00b7  ") +
                    tr("%1 triangles").arg(locale.toString(triangles));
     if (_frameSeconds > 0)
-        text += QStringLiteral("  \u00b7  ") + tr("%1 frames a second").arg(qRound(1 / _frameSeconds));
+        text += QStringLiteral("  \u00b7  ") + tr("drawn %1 times a second").arg(qRound(1 / _frameSeconds));
     if (const QString moment = kxViewOverlay::moment(cameraNodeId()); !moment.isEmpty())
         text.prepend(moment + QStringLiteral("  \u00b7  "));
     return text;
