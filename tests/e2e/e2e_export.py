@@ -156,7 +156,7 @@ def is_valid(folder):
     script = os.path.join(folder, "all.py")
     with open(script, "w") as file:
         file.write(EXPORT_ALL % {"models": MODELS, "target": folder})
-    code, output = desktop.run_headless(HOST, folder, "--script", script)
+    code, output = desktop.run_headless(HOST, folder, "--script", script, seconds=240)  # with sanitizers, beside others
     assert code == 0, output
     files = sorted(os.path.join(folder, name) for name in os.listdir(folder) if name.endswith(".glb"))
     assert len(files) > 200, "only %d models were exported" % len(files)
